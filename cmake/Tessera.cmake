@@ -1,0 +1,59 @@
+# The few shapes that every target of the project has.
+
+# Compiler settings that every target of ours shares.
+add_library(tessera_settings INTERFACE)
+target_compile_features(tessera_settings INTERFACE cxx_std_20)
+target_compile_options(tessera_settings INTERFACE -Wall -Wextra -Wconversion -Wshadow -Werror)
+if(WIN32)
+    # Only the W functions are called, Windows 7 and later.
+    target_compile_definitions(tessera_settings INTERFACE
+        UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601 STRICT)
+endif()
+if(TESSERA_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+if(TESSERA_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+
+# Header-only Debian packages, staged so that the cross build sees these headers and no others.
+set(TESSERA_STAGED_INCLUDE ${CMAKE_BINARY_DIR}/staged/include)
+foreach(_package nlohmann CLI)
+    if(NOT EXISTS ${TESSERA_STAGED_INCLUDE}/${_package} AND EXISTS /usr/include/${_package})
+        file(COPY /usr/include/${_package} DESTINATION ${TESSERA_STAGED_INCLUDE})
+    endif()
+endforeach()
+add_library(tessera_staged INTERFACE)
+target_include_directories(tessera_staged SYSTEM INTERFACE ${TESSERA_STAGED_INCLUDE})
+
+# tessera_library(NAME SOURCES file... [USES target...] [PRIVATE_USES target...])
+# A static library whose public headers live in include/ beside its CMakeLists.txt.
+function(tessera_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;USES;PRIVATE_USES" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+    target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include
+                                       PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
+    target_link_libraries(${name} PUBLIC ${ARG_USES} PRIVATE tessera_settings ${ARG_PRIVATE_USES})
+    target_compile_features(${name} PUBLIC cxx_std_20)
+endfunction()
+
+# tessera_test(NAME SOURCES file... USES target... [TIMEOUT seconds])
+# A GoogleTest program. Natively every test is its own CTest entry; under Wine, where starting a
+# process is slow, the program is one entry. Both have a time limit.
+function(tessera_test name)
+    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;USES" ${ARGN})
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+    add_executable(${name} ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE tessera_settings ${ARG_USES} GTest::gmock GTest::gtest_main)
+    if(WIN32)
+        add_test(NAME ${name} COMMAND ${name})
+        set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT})
+    else()
+        gtest_discover_tests(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} DISCOVERY_TIMEOUT 60)
+    endif()
+endfunction()

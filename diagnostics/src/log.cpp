@@ -1,0 +1,55 @@
+#include <diagnostics/log.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+namespace diagnostics {
+
+namespace {
+
+struct FileCloser {
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+
+std::string logPath() {
+    const char* drive = std::getenv("SystemDrive");
+    return std::string(drive ? drive : "") + "\\Aviary.log";
+}
+
+int append(const char* format, std::va_list arguments) {
+    const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(logPath().c_str(), "a"));
+    if (!file) return 0;
+    const int written = std::vfprintf(file.get(), format, arguments);
+    return written < 0 ? 0 : written;
+}
+
+}  // namespace
+
+int log(const char* format, ...) noexcept {
+    std::va_list arguments;
+    va_start(arguments, format);
+    int written = 0;
+    try {
+        written = append(format, arguments);
+    } catch (...) {
+        // Only building the path can throw, for want of memory; the line is lost like any line
+        // that cannot be written.
+    }
+    va_end(arguments);
+    return written;
+}
+
+void logCurrentException(const char* sourceFile, int guardLine) noexcept {
+    try {
+        throw;
+    } catch (const AviaryAssertion& assertion) {
+        log("Assertion failed in %s at %d\n", assertion.file, assertion.line);
+    } catch (...) {
+        log("Exception in %s at %d\n", sourceFile, guardLine);
+    }
+}
+
+}  // namespace diagnostics

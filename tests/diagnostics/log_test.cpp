@@ -1,0 +1,81 @@
+#include <diagnostics/log.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+using diagnostics::AviaryAssertion;
+using diagnostics::guarded;
+using diagnostics::log;
+
+void setSystemDrive(const char* value) {
+#ifdef _WIN32
+    _putenv_s("SystemDrive", value ? value : "");
+#else
+    value ? setenv("SystemDrive", value, 1) : unsetenv("SystemDrive");
+#endif
+}
+
+/// Points "SystemDrive" at a folder of the test's own, and back at the end.
+class LogTest : public testing::Test {
+protected:
+    void SetUp() override {
+        const char* drive = std::getenv("SystemDrive");
+        had_ = drive != nullptr;
+        if (had_) drive_ = drive;
+        folder_ = std::filesystem::temp_directory_path() / "tessera-log-test";
+        std::filesystem::remove_all(folder_);
+        std::filesystem::create_directories(folder_);
+        setSystemDrive(folder_.string().c_str());
+    }
+
+    void TearDown() override {
+        setSystemDrive(had_ ? drive_.c_str() : nullptr);
+        std::filesystem::remove_all(folder_);
+        std::remove((folder_.string() + "\\Aviary.log").c_str());
+    }
+
+    /// The log is the drive's value followed by "\Aviary.log", whatever a backslash means here.
+    std::string content() const {
+        std::ifstream file(folder_.string() + "\\Aviary.log");
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    std::filesystem::path folder_;
+    std::string drive_;
+    bool had_ = false;
+};
+
+TEST_F(LogTest, AppendsEveryFailureAsOneLineAndKeepsWhatWasThere) {
+    EXPECT_EQ(log("earlier %d\n", 7), 10);
+    EXPECT_FALSE(guarded("avfltpanel", 523, false,
+                         []() -> bool { throw AviaryAssertion("fltgroup", 61); }));
+    EXPECT_EQ(guarded("avfltpanel", 483, -1, []() -> int { throw std::runtime_error("no"); }), -1);
+    EXPECT_EQ(guarded("avfltpanel", 483, -1, []() -> int { throw 5; }), -1);
+    EXPECT_EQ(guarded("avfltpanel", 483, -1, [] { return 12; }), 12);
+    EXPECT_EQ(content(),
+              "earlier 7\n"
+              "Assertion failed in fltgroup at 61\n"
+              "Exception in avfltpanel at 483\n"
+              "Exception in avfltpanel at 483\n");
+}
+
+TEST_F(LogTest, LosesTheLineSilentlyWhereNothingCanBeWritten) {
+    setSystemDrive((folder_ / "missing" / "deeper").string().c_str());
+    EXPECT_EQ(log("lost\n"), 0);
+}
+
+TEST(AviaryAssertionTest, BoundsTheSourceName) {
+    const AviaryAssertion assertion(std::string(1000, 'x').c_str(), 3);
+    EXPECT_EQ(assertion.file, std::string(255, 'x'));
+    EXPECT_EQ(assertion.line, 3);
+}
+
+}  // namespace
