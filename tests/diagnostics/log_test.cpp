@@ -30,7 +30,9 @@ protected:
         const char* drive = std::getenv("SystemDrive");
         had_ = drive != nullptr;
         if (had_) drive_ = drive;
-        folder_ = std::filesystem::temp_directory_path() / "tessera-log-test";
+        folder_ = std::filesystem::temp_directory_path() /
+                  (std::string("tessera-") +
+                   testing::UnitTest::GetInstance()->current_test_info()->name());
         std::filesystem::remove_all(folder_);
         std::filesystem::create_directories(folder_);
         setSystemDrive(folder_.string().c_str());
