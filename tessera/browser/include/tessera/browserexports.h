@@ -1,0 +1,127 @@
+// The hierarchy browser as its client sees it: exported functions and the events they answer with.
+//
+// The browser is a window that shows a scene as a tree. It knows no scene: it holds node handles
+// that its client gave it, and sends everything that changes or queries the scene to the client's
+// one callback. There is at most one form; every function may be called without one and then does
+// nothing. All of them belong to the user-interface thread. Texts are UTF-8.
+#pragma once
+
+#include <cstdint>
+
+struct _TREEITEM;  // what HTREEITEM points to
+struct HWND__;     // what HWND points to
+
+namespace tessera {
+
+/// An item of the browser's tree: `HTREEITEM` by another name, so that the header needs no window
+/// system. Null means "no item".
+using BrowserItem = _TREEITEM*;
+
+/// A window: `HWND` by another name.
+using BrowserWindow = HWND__*;
+
+/// What the client calls a node. The browser hands it back and reads the node's attributes through
+/// the attribute store, to which it is the address of an `INode`. 0 means "no node".
+using NodeHandle = std::uintptr_t;
+
+/// What the browser tells or asks its client. The comments name the two items and the two arguments
+/// of the callback where they are not zero.
+enum class BrowserEvent : std::uint32_t {
+    selectInHost = 0,          ///< no item: clear the selection; (item, its parent): add it
+    moveDown = 1,              ///< (item, its parent): one place later among its siblings
+    moveUp = 2,                ///< (item, its parent): one place earlier
+    attach = 3,                ///< (dragged item, target): re-parent under the target
+    reserved4 = 4,             ///< never sent
+    reserved5 = 5,             ///< never sent
+    reserved6 = 6,             ///< never sent
+    closed = 7,                ///< the user closed the form
+    rename = 8,                ///< (item, its parent), argument: the new name, `const char*`
+    moveUpTogether = 9,        ///< never sent by this form: move a list of siblings up
+    moveDownTogether = 10,     ///< never sent by this form: move a list of siblings down
+    create = 11,               ///< (parent item), arguments: opcode, sign-extended; format revision
+    reserved12 = 12,           ///< never sent
+    countSwitchChildren = 13,  ///< (item), argument: `std::uint32_t*` that takes the child count
+    redraw = 14,               ///< redraw the viewports
+    countSelected = 15,    ///< argument: `std::uint32_t*` that takes the number of selected nodes
+    getSelected = 16,      ///< arguments: index; `NodeHandle*` that takes the node
+    rebuild = 17,          ///< clear the tree and add every node again
+    activated = 18,        ///< the user activated the form
+    switchesChanged = 19,  ///< update the scene from changed switch data
+    confirmKind = 20,      ///< (parent item), argument: `std::uint32_t*` to clear, see below
+    confirmForm = 21,      ///< argument: `std::uint32_t*` to clear, see below
+    itemState = 22,        ///< (item), argument: 2 when the item is selected, else 0
+};
+
+/// The client. `clientData` is what it gave at creation.
+///
+/// `confirmForm` and `confirmKind` are a handshake: the argument points to a 32-bit 1 that a client
+/// which knows the event sets to 0. Left alone, it refuses the form, or turns the creation into
+/// that of an object.
+using BrowserCallback = void (*)(BrowserEvent event, BrowserItem first, BrowserItem second,
+                                 std::uintptr_t argument, std::uintptr_t argument2,
+                                 void* clientData);
+
+/// What `_zufltguicreate` answers.
+enum BrowserStatus : std::int32_t {
+    kBrowserDone = 0,
+    kBrowserRefused = 1,       ///< the client did not answer `confirmForm`
+    kBrowserNoMemory = 2,      ///< the form could not be allocated
+    kBrowserDialogFailed = 3,  ///< the dialog could not be created
+    kBrowserFormMissing = 4,   ///< no form exists afterwards
+};
+
+}  // namespace tessera
+
+extern "C" {
+
+/// Creates the form, hidden, if there is none, as a popup owned by `parent` (null for none), and
+/// binds `callback` and `clientData`, replacing earlier ones. `reserved` is ignored. The client is
+/// asked first, with `confirmForm`; a null `callback` cannot agree and is refused.
+/// Gives a `tessera::BrowserStatus`.
+std::int32_t _zufltguicreate(tessera::BrowserWindow parent, tessera::BrowserCallback callback,
+                             std::int32_t reserved, void* clientData);
+
+/// Shows the form with an empty property side and all commands enabled (non-zero), or hides it (0).
+/// Gives whether a form exists.
+bool _zufltguishow(std::uint8_t show);
+
+/// Destroys the form. The client is not told.
+void _zufltguidestroy();
+
+/// Adds an item with `text` as the last child of `parent`, or as the last top-level item when that
+/// is null, with the icon of the node's kind. Gives the item, null without a form.
+tessera::BrowserItem _zufltguiaddnode(tessera::BrowserItem parent, const char* text,
+                                      tessera::NodeHandle node);
+
+/// Deletes `item` with everything below it; null clears the whole tree. Gives whether a form
+/// exists.
+bool _zufltguidelnode(tessera::BrowserItem item);
+
+/// Deletes everything below `item`. Gives whether a form exists and the item is not null.
+bool _zufltguidelchildren(tessera::BrowserItem item);
+
+/// The handle given when `item` was added; 0 for "Scene Root", for null, without a form, and while
+/// the tree is being cleared.
+tessera::NodeHandle _zufltguinode2hdl(tessera::BrowserItem item);
+
+/// Makes `item` the tree's caret item and shows its node. Always gives false, on purpose: callers
+/// have always been answered so and must not read meaning into it.
+bool _zufltguiselectnode(tessera::BrowserItem item);
+
+/// Asks the client to rebuild the tree, clears the property side and enables all commands.
+void zufltguirefresh();
+
+/// The scene changed behind the tree: clears the property side and disables every command but
+/// Refresh. The tree stays as it is.
+void zufltguiSceneChanged();
+
+/// Moves the form to (0, 0) of the screen, keeping its size.
+void zufltguiresetpos();
+
+/// Puts `text`, such as the name of the last imported file, in the form's caption behind the
+/// product's name; null or empty leaves the product's name alone. Remembered for a form to come.
+void zufltguisettitle(const char* text);
+
+/// Shows the about box.
+void qofltAboutShow();
+}
