@@ -1,0 +1,8 @@
+// The per-node options block kept beside the record.
+#pragma once
+
+class FltRuntime;
+
+/// What a node keeps that has no place in its OpenFlight record: `KilnFace` for faces, `KilnLight`
+/// for light sources, `KilnLightPoint` for light points. Written and read like a record.
+using FltNodeOptions = FltRuntime;
