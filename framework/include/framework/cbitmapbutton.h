@@ -1,0 +1,37 @@
+// Picture buttons.
+#pragma once
+
+#include <framework/controls.h>
+
+/// An owner-drawn button whose pictures are the module's bitmap resources named after its caption:
+/// caption "Up" takes UPU (up), UPD (pressed), UPF (with focus) and UPX (disabled). Only the first
+/// is needed; without the others the button shifts the picture when pressed, draws the platform's
+/// focus rectangle, and greys the picture. Magenta (255, 0, 255) in a picture is see-through.
+///
+/// The button draws its own frame; keyboard focus always shows, also when a focus picture is there.
+/// Its parent must be an object of this layer, which hands the drawing on.
+class CBitmapButton : public CButton {
+public:
+    /// Connects the control `id` of `parent`, makes it owner-drawn and loads the pictures by its
+    /// caption. False when the control or the first picture is missing.
+    bool AutoLoad(int id, HWND parent);
+
+    /// Loads the pictures by resource name. Empty names are allowed except for the first.
+    bool LoadBitmaps(const std::string& up, const std::string& down = {},
+                     const std::string& focus = {}, const std::string& disabled = {});
+
+    /// Makes the button as large as its picture and frame.
+    void SizeToContent() const;
+
+protected:
+    void DrawItem(const DRAWITEMSTRUCT& item) override;
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+private:
+    enum class Look { up, down, focus, disabled };
+
+    HBITMAP PictureFor(Look look) const noexcept;
+
+    GdiBitmap up_, down_, focus_, disabled_;
+    bool hot_ = false;
+};

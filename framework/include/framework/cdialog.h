@@ -1,0 +1,86 @@
+// Dialogs made from resource templates.
+#pragma once
+
+#include <framework/cwnd.h>
+
+/// Moves values between a dialog's controls and a class's members, in the direction that it was
+/// made for. Every call names a control of the dialog; a control that is missing is skipped.
+class DataExchange {
+public:
+    DataExchange(const CWnd& dialog, bool save) noexcept : dialog_(dialog), save_(save) {}
+
+    /// True: controls to members. False: members to controls.
+    bool Saving() const noexcept { return save_; }
+
+    void Text(int id, std::string& value);
+    /// A text that is not a number leaves the member alone.
+    void Integer(int id, int& value);
+    void Check(int id, bool& value);
+    /// Connects a control's object, the first time.
+    void Control(int id, CWnd& control);
+
+private:
+    const CWnd& dialog_;
+    bool save_;
+};
+
+/// A modal or modeless dialog. The messages before WM_INITDIALOG are not routed, so `OnInitDialog`
+/// is the first handler called.
+///
+/// Keyboard navigation of modeless dialogs (Tab, arrows, mnemonics, Enter, Escape) does not need
+/// the message loop's help, which may be a foreign host's: while a modeless dialog exists, a hook
+/// on its thread hands it the keys that are meant for it or its controls.
+class CDialog : public CWnd {
+public:
+    CDialog() = default;
+    /// For `DoModal`. The parent is not owned and may be null.
+    explicit CDialog(UINT templateId, HWND parent = nullptr) noexcept
+        : templateId_(templateId), parent_(parent) {}
+    ~CDialog() override;
+
+    /// Runs the dialog and gives what `EndDialog` was called with, -1 when it cannot be created.
+    INT_PTR DoModal();
+
+    /// Creates the modeless dialog `templateId` of the module's resources; it is visible when its
+    /// template says so. False when it cannot be created or `OnInitDialog` throws.
+    bool Create(UINT templateId, HWND parent = nullptr);
+
+    /// Ends a modal dialog.
+    void EndDialog(INT_PTR result);
+
+    /// Runs `DoDataExchange`: true from the controls to the members, false the other way.
+    void UpdateData(bool save = true);
+
+    /// A rectangle of dialog units in pixels.
+    RECT FromDialogUnits(RECT units) const;
+
+protected:
+    /// Called once the controls exist. The default fills the controls by `UpdateData(false)`. True
+    /// lets the platform give the focus to the first control.
+    virtual bool OnInitDialog();
+    virtual void DoDataExchange(DataExchange&) {}
+
+    /// Enter or the OK button. The default ends a modal dialog after `UpdateData`; a modeless one
+    /// is hidden.
+    virtual void OnOK();
+    /// Escape, the cancel button or the close box. The default ends a modal dialog; a modeless one
+    /// is hidden, so that it can be shown again.
+    virtual void OnCancel();
+
+    /// Sees the keys meant for a modeless dialog before the navigation does; true takes the
+    /// message.
+    virtual bool PreTranslateMessage(MSG&) { return false; }
+
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+private:
+    friend class DialogNavigation;
+
+    static INT_PTR CALLBACK DialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
+    INT_PTR Initialise(HWND dialog) noexcept;
+
+    UINT templateId_ = 0;
+    HWND parent_ = nullptr;
+    bool modal_ = false;
+    bool failed_ = false;
+};

@@ -1,0 +1,68 @@
+// The platform's tree view.
+#pragma once
+
+#include <framework/cimagelist.h>
+#include <framework/cwnd.h>
+
+/// A tree view. Items are the platform's handles; null means none.
+class CTreeCtrl : public CWnd {
+public:
+    bool Create(DWORD style, const RECT& area, HWND parent, UINT id);
+
+    /// Inserts an item below `parent` (null or TVI_ROOT: top level), after `after`.
+    HTREEITEM Insert(std::string_view text, HTREEITEM parent = TVI_ROOT, HTREEITEM after = TVI_LAST,
+                     LPARAM data = 0, int image = 0, int selectedImage = 0) const;
+    bool DeleteItem(HTREEITEM item) const;
+    bool DeleteAll() const;
+    int Count() const;
+
+    std::string ItemText(HTREEITEM item) const;
+    using CWnd::ItemText;
+    void SetItemText(HTREEITEM item, std::string_view text) const;
+    using CWnd::SetItemText;
+    LPARAM ItemData(HTREEITEM item) const;
+    void SetItemData(HTREEITEM item, LPARAM data) const;
+    /// False and no change for an item that does not exist.
+    bool ItemImages(HTREEITEM item, int& image, int& selectedImage) const;
+    void SetItemImages(HTREEITEM item, int image, int selectedImage) const;
+    /// The TVIS_ bits of `mask`.
+    UINT ItemState(HTREEITEM item, UINT mask) const;
+    void SetItemState(HTREEITEM item, UINT state, UINT mask) const;
+
+    /// The item in the platform's relation TVGN_... to another.
+    HTREEITEM Next(HTREEITEM item, UINT relation) const;
+    HTREEITEM Root() const { return Next(nullptr, TVGN_ROOT); }
+    HTREEITEM Caret() const { return Next(nullptr, TVGN_CARET); }
+    HTREEITEM DropTarget() const { return Next(nullptr, TVGN_DROPHILITE); }
+    HTREEITEM FirstVisible() const { return Next(nullptr, TVGN_FIRSTVISIBLE); }
+    HTREEITEM Child(HTREEITEM item) const { return Next(item, TVGN_CHILD); }
+    HTREEITEM NextSibling(HTREEITEM item) const { return Next(item, TVGN_NEXT); }
+    HTREEITEM PreviousSibling(HTREEITEM item) const { return Next(item, TVGN_PREVIOUS); }
+    HTREEITEM ParentItem(HTREEITEM item) const { return Next(item, TVGN_PARENT); }
+    HTREEITEM NextVisible(HTREEITEM item) const { return Next(item, TVGN_NEXTVISIBLE); }
+    HTREEITEM PreviousVisible(HTREEITEM item) const { return Next(item, TVGN_PREVIOUSVISIBLE); }
+    bool HasChildren(HTREEITEM item) const;
+
+    /// Makes an item the caret; null leaves the tree without one.
+    bool Select(HTREEITEM item) const;
+    bool SelectDropTarget(HTREEITEM item) const;
+    /// `code` is TVE_EXPAND, TVE_COLLAPSE or TVE_TOGGLE.
+    bool Expand(HTREEITEM item, UINT code) const;
+    bool EnsureVisible(HTREEITEM item) const;
+    /// The item under a point in client coordinates; `flags` gets the TVHT_ codes.
+    HTREEITEM HitTest(POINT at, UINT* flags = nullptr) const;
+    /// False when the item is not visible. `textOnly`: the label alone, else the whole line.
+    bool ItemRect(HTREEITEM item, RECT& area, bool textOnly) const;
+
+    /// The edit control that has opened, or null.
+    HWND EditLabel(HTREEITEM item) const;
+    HWND EditControl() const;
+    void EndEditLabel(bool cancel) const;
+
+    /// Not owned; gives the former one. `kind` is TVSIL_NORMAL or TVSIL_STATE.
+    HIMAGELIST SetImageList(HIMAGELIST list, int kind = TVSIL_NORMAL) const;
+    /// An image list of its own that shows the item, for a drag.
+    CImageList CreateDragImage(HTREEITEM item) const;
+    void SetBackground(COLORREF colour) const;
+    COLORREF Background() const;
+};

@@ -1,0 +1,26 @@
+// The platform's dialogs for choosing files.
+#pragma once
+
+#include <framework/win32.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// One line of a file dialog's type list: ("OpenFlight files", "*.flt;*.fltz").
+struct FileFilter {
+    std::string name;
+    std::string pattern;
+};
+
+/// Asks for an existing file. Nothing when the user cancels. Texts are UTF-8.
+std::optional<std::string> askOpenFile(HWND owner, std::string_view title,
+                                       const std::vector<FileFilter>& filters);
+
+/// Asks for a file to write, warning before one is replaced. `extension` (without a dot) is added
+/// to a name typed without one; `suggestion` is the name that stands there first.
+std::optional<std::string> askSaveFile(HWND owner, std::string_view title,
+                                       const std::vector<FileFilter>& filters,
+                                       std::string_view extension,
+                                       std::string_view suggestion = {});

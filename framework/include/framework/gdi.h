@@ -1,0 +1,119 @@
+// Owned GDI objects, double buffering and display scaling.
+#pragma once
+
+#include <framework/win32.h>
+
+#include <utility>
+
+/// Owns a GDI object (font, brush, pen, bitmap, region) and deletes it.
+template <typename Handle>
+class GdiObject {
+public:
+    GdiObject() noexcept = default;
+    explicit GdiObject(Handle handle) noexcept : handle_(handle) {}
+    ~GdiObject() { reset(); }
+    GdiObject(GdiObject&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+    GdiObject& operator=(GdiObject&& other) noexcept {
+        if (this != &other) reset(std::exchange(other.handle_, nullptr));
+        return *this;
+    }
+
+    Handle get() const noexcept { return handle_; }
+    explicit operator bool() const noexcept { return handle_ != nullptr; }
+    Handle release() noexcept { return std::exchange(handle_, nullptr); }
+    void reset(Handle handle = nullptr) noexcept {
+        if (handle_) ::DeleteObject(handle_);
+        handle_ = handle;
+    }
+
+private:
+    Handle handle_ = nullptr;
+};
+
+using GdiFont = GdiObject<HFONT>;
+using GdiBrush = GdiObject<HBRUSH>;
+using GdiPen = GdiObject<HPEN>;
+using GdiBitmap = GdiObject<HBITMAP>;
+using GdiRegion = GdiObject<HRGN>;
+
+/// Selects an object into a device context for as long as it lives. A null object selects nothing.
+class SelectScope {
+public:
+    SelectScope(HDC dc, HGDIOBJ object) noexcept
+        : dc_(dc), former_(object ? ::SelectObject(dc, object) : nullptr) {}
+    ~SelectScope() {
+        if (former_) ::SelectObject(dc_, former_);
+    }
+    SelectScope(const SelectScope&) = delete;
+    SelectScope& operator=(const SelectScope&) = delete;
+
+private:
+    HDC dc_;
+    HGDIOBJ former_;
+};
+
+/// The device context of a window's client area (of the screen for null), for measuring and for
+/// drawing outside WM_PAINT.
+class WindowDc {
+public:
+    explicit WindowDc(HWND window) noexcept : window_(window), dc_(::GetDC(window)) {}
+    ~WindowDc() {
+        if (dc_) ::ReleaseDC(window_, dc_);
+    }
+    WindowDc(const WindowDc&) = delete;
+    WindowDc& operator=(const WindowDc&) = delete;
+    HDC get() const noexcept { return dc_; }
+
+private:
+    HWND window_;
+    HDC dc_;
+};
+
+/// A device context over a bitmap of its own, compatible with another one.
+class MemoryDc {
+public:
+    MemoryDc(HDC like, int width, int height) noexcept;
+    ~MemoryDc();
+    MemoryDc(const MemoryDc&) = delete;
+    MemoryDc& operator=(const MemoryDc&) = delete;
+    /// Null when the platform has no room.
+    HDC get() const noexcept { return dc_; }
+    HBITMAP bitmap() const noexcept { return bitmap_.get(); }
+
+private:
+    GdiBitmap bitmap_;
+    HDC dc_;
+    HGDIOBJ former_ = nullptr;
+};
+
+/// The drawing of one WM_PAINT through memory, so that nothing flickers: draw to `dc()` in client
+/// coordinates; the destructor copies the invalid area to the window. When there is no room for the
+/// bitmap, `dc()` is the window's own.
+class BufferedPaint {
+public:
+    explicit BufferedPaint(HWND window) noexcept;
+    ~BufferedPaint();
+    BufferedPaint(const BufferedPaint&) = delete;
+    BufferedPaint& operator=(const BufferedPaint&) = delete;
+    HDC dc() const noexcept { return dc_; }
+    /// The invalid area, in client coordinates.
+    const RECT& area() const noexcept { return paint_.rcPaint; }
+
+private:
+    HWND window_;
+    PAINTSTRUCT paint_;
+    HDC dc_;
+    HDC memory_ = nullptr;
+    GdiBitmap bitmap_;
+    HGDIOBJ former_ = nullptr;
+};
+
+/// Dots per inch of the display that a window is on (of the main display for null): 96 at 100 %.
+int windowDpi(HWND window) noexcept;
+
+inline int widthOf(const RECT& area) noexcept {
+    return static_cast<int>(area.right - area.left);
+}
+inline int heightOf(const RECT& area) noexcept {
+    return static_cast<int>(area.bottom - area.top);
+}

@@ -1,0 +1,35 @@
+// What a module (program or library) of ours must switch to while its own code runs: where its
+// resources come from and which version of the common controls its windows are made of.
+#pragma once
+
+#include <framework/win32.h>
+
+/// The handle of the program or library that this code is linked into.
+HINSTANCE moduleInstance() noexcept;
+
+/// Where dialogs, strings and bitmaps are looked up: the module itself unless `setResourceInstance`
+/// named another. UI thread only.
+HINSTANCE resourceInstance() noexcept;
+
+/// Looks resources up in `instance` (not owned) until the next call or the end of the innermost
+/// `ModuleScope`. Null means the module itself.
+void setResourceInstance(HINSTANCE instance) noexcept;
+
+/// While it lives, resources come from this module and windows are created under the activation
+/// context of the manifest that this module carries as resource 2 (a module without one keeps the
+/// caller's context). The destructor restores what was there, on every way out, also by exception.
+/// Every exported function of a library opens one; window procedures of this layer do so
+/// themselves. Scopes nest and must end in the reverse order of their creation. Cheap: about two
+/// calls.
+class ModuleScope {
+public:
+    ModuleScope() noexcept;
+    ~ModuleScope();
+    ModuleScope(const ModuleScope&) = delete;
+    ModuleScope& operator=(const ModuleScope&) = delete;
+
+private:
+    HINSTANCE savedResources_;
+    ULONG_PTR cookie_ = 0;
+    bool activated_ = false;
+};

@@ -1,0 +1,10 @@
+// String resources.
+#pragma once
+
+#include <string>
+
+/// The text of string resource `id`, as UTF-8; empty when there is none.
+///
+/// There is one buffer for the whole module: the text stays valid only until the next call, so a
+/// caller that needs two texts copies the first. UI thread only.
+const std::string& loadString(unsigned id);
