@@ -1,0 +1,78 @@
+// The degree-of-freedom record.
+#pragma once
+
+#include <quillon/fltgeometry.h>
+#include <quillon/fltopcode.h>
+#include <quillon/fltrecord.h>
+
+/// Degree of freedom: a local frame and the limits, current value and increment of nine motions.
+/// Translations are in database units, angles in degrees. Named "d%d" on output.
+class FltDof : public FltPrimaryRec {
+public:
+    static constexpr std::uint16_t kOpcode = kFltDof;
+
+    std::uint16_t opcode() const override { return kOpcode; }
+    char* id() override { return asciiId; }
+    void write(FltStream& stream) override;
+    void writeToken(FltToken& token, std::uint32_t revision) const override;
+    void readToken(FltToken& token, std::uint32_t revision) override;
+    void visitFields(FltFieldVisitor& visitor) const override;
+
+    /// All coordinates of a frame point that was never set. Reading replaces such a point by its
+    /// default.
+    static constexpr double kUnsetCoordinate = -1e8;
+
+    char asciiId[8] = {};  ///< NUL-padded; a first byte of 0 means no name yet
+
+    // The local frame.
+    FltPoint3d origin{0, 0, 0};
+    FltPoint3d pointOnXAxis{1, 0, 0};
+    FltPoint3d pointInXyPlane{0, 1, 0};
+
+    double zTranslationMin = 0;
+    double zTranslationMax = 0;
+    double zTranslationCurrent = 0;
+    double zTranslationIncrement = 0;
+
+    double yTranslationMin = 0;
+    double yTranslationMax = 0;
+    double yTranslationCurrent = 0;
+    double yTranslationIncrement = 0;
+
+    double xTranslationMin = 0;
+    double xTranslationMax = 0;
+    double xTranslationCurrent = 0;
+    double xTranslationIncrement = 0;
+
+    double pitchMin = 0;
+    double pitchMax = 0;
+    double pitchCurrent = 0;
+    double pitchIncrement = 0;
+
+    double rollMin = 0;
+    double rollMax = 0;
+    double rollCurrent = 0;
+    double rollIncrement = 0;
+
+    double yawMin = 0;
+    double yawMax = 0;
+    double yawCurrent = 0;
+    double yawIncrement = 0;
+
+    double zScaleMin = 0;
+    double zScaleMax = 0;
+    double zScaleCurrent = 0;
+    double zScaleIncrement = 0;
+
+    double yScaleMin = 0;
+    double yScaleMax = 0;
+    double yScaleCurrent = 0;
+    double yScaleIncrement = 0;
+
+    double xScaleMin = 0;
+    double xScaleMax = 0;
+    double xScaleCurrent = 0;
+    double xScaleIncrement = 0;
+
+    std::int32_t flags = 0;
+};

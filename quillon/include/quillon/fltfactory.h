@@ -1,0 +1,10 @@
+// Records by opcode.
+#pragma once
+
+#include <quillon/fltrecord.h>
+
+#include <cstdint>
+#include <memory>
+
+/// A record with its defaults, of the class that `opcode` names; null for an opcode without one.
+std::unique_ptr<FltRecord> fltCreateRecord(std::uint16_t opcode);

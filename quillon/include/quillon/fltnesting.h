@@ -1,0 +1,20 @@
+// The nesting that control records open and close.
+#pragma once
+
+#include <cstdint>
+
+/// Push records minus pop records, per kind. Depths go negative when a file pops more than it
+/// pushes; whoever cares tests for that.
+struct FltNesting {
+    std::int32_t level = 0;
+    std::int32_t subface = 0;
+    std::int32_t extension = 0;
+    std::int32_t attribute = 0;
+
+    /// Counts a record of `opcode`.
+    void count(std::uint16_t opcode) noexcept;
+
+    std::int32_t total() const noexcept { return level + subface + extension + attribute; }
+
+    friend bool operator==(const FltNesting&, const FltNesting&) = default;
+};

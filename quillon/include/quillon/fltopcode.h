@@ -1,0 +1,97 @@
+// The opcode vocabulary: which records there are, what they are called, which family they are in.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+/// Opcodes of the OpenFlight records that the library knows by name.
+enum FltOpcode : std::uint16_t {
+    kFltEndOfFile = 0,
+    kFltHeader = 1,
+    kFltGroup = 2,
+    kFltObject = 4,
+    kFltFace = 5,
+    kFltPushLevel = 10,
+    kFltPopLevel = 11,
+    kFltDof = 14,
+    kFltPushSubface = 19,
+    kFltPopSubface = 20,
+    kFltPushExtension = 21,
+    kFltPopExtension = 22,
+    kFltComment = 31,
+    kFltColorPalette = 32,
+    kFltLongId = 33,
+    kFltMatrix = 49,
+    kFltVector = 50,
+    kFltMultiTexture = 52,
+    kFltUvList = 53,
+    kFltBsp = 55,
+    kFltReplicate = 60,
+    kFltInstanceRef = 61,
+    kFltInstanceDef = 62,
+    kFltExternalRef = 63,
+    kFltTexture = 64,
+    kFltMaterialTable = 66,
+    kFltVertexPalette = 67,
+    kFltVertexWithColor = 68,
+    kFltVertexWithNormal = 69,
+    kFltVertexWithTextureAndNormal = 70,
+    kFltVertexWithTexture = 71,
+    kFltVertexList = 72,
+    kFltLod = 73,
+    kFltBoundingBox = 74,
+    kFltRotateAboutEdge = 76,
+    kFltTranslate = 78,
+    kFltScale = 79,
+    kFltRotateAboutPoint = 80,
+    kFltRotateScaleAboutPoint = 81,
+    kFltPut = 82,
+    kFltTrackplanePalette = 83,
+    kFltRoadSegment = 87,
+    kFltRoadZone = 88,
+    kFltMorphVertexList = 89,
+    kFltLinkagePalette = 90,
+    kFltSound = 91,
+    kFltRoadPath = 92,
+    kFltSoundPalette = 93,
+    kFltGeneralMatrix = 94,
+    kFltText = 95,
+    kFltSwitch = 96,
+    kFltLineStylePalette = 97,
+    kFltClipRegion = 98,
+    kFltExtensionAttr = 100,
+    kFltLightSource = 101,
+    kFltLightSourcePalette = 102,
+    kFltBoundingSphere = 105,
+    kFltBoundingCylinder = 106,
+    kFltBoundingCenter = 108,
+    kFltBoundingOrientation = 109,
+    kFltLightPoint = 111,
+    kFltTextureMappingPalette = 112,
+    kFltMaterial = 113,
+    kFltColorNamePalette = 114,
+    kFltCat = 115,
+    kFltCatData = 116,
+    kFltPushAttribute = 122,
+    kFltPopAttribute = 123,
+    kFltAdaptiveAttribute = 125,
+    kFltCurveNode = 126,
+    kFltRoadConstruction = 127,
+};
+
+/// The record families. The values are part of the table and stay as they are.
+enum class FltOpcodeClass : std::int32_t { control = 0, palette = 1, primary = 2, ancillary = 3 };
+
+/// One row of the opcode table.
+struct FltOpcodeEntry {
+    FltOpcodeClass family;
+    std::int16_t opcode;
+    const char* name;  ///< constant, NUL-terminated, "FLT_" and upper-case words
+};
+
+/// The name of `opcode`, "UNDEFINED" for one that is not in the table. The text is constant and
+/// never freed.
+const char* fltOpcodeName(std::uint16_t opcode);
+
+/// Every known opcode, ascending. Lives as long as the module.
+std::span<const FltOpcodeEntry> fltOpcodeTable();

@@ -1,0 +1,93 @@
+// The output side of an OpenFlight file.
+#pragma once
+
+#include <quillon/fltheader.h>
+#include <quillon/fltlistof.h>
+#include <quillon/fltnesting.h>
+#include <quillon/flttoken.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+/// Turns the items that a stream has pending into one record.
+class FltPendingWriter {
+public:
+    virtual ~FltPendingWriter() = default;
+
+    /// Puts the record into `token`, as `FltRecord::writeToken` does.
+    virtual void writePending(FltToken& token, std::uint32_t revision) = 0;
+};
+
+enum class FltStreamMode : std::int32_t { read = 0, write = 1 };
+
+/// Writes records, in order, to a file, and counts the nesting they open and close.
+///
+/// It owns the file's header, whose counters name the records that have no name. Writing never
+/// fails at once: a disk that refuses is remembered and reported by `close`.
+class FltStream {
+public:
+    FltStream() = default;
+    FltStream(const FltStream&) = delete;
+    FltStream& operator=(const FltStream&) = delete;
+
+    /// Closes the file; what the disk says is lost. Call `close` to know.
+    ~FltStream();
+
+    /// Creates the file (replacing one that exists) and writes `header` as its first record; the
+    /// stream's revision is the header's. Gives false when the file cannot be created, true
+    /// otherwise. The path is UTF-8. Throws `AviaryAssertion` when a file is open already.
+    [[nodiscard]] bool open(const std::string& path, const FltHeader& header = {});
+
+    /// Uses a file that the caller has open, and closes it after this stream is done with it.
+    /// Nothing is written to it but the records. Throws as `open`.
+    void attach(std::FILE* file, std::uint32_t revision, FltStreamMode mode = FltStreamMode::write);
+
+    /// Writes what is pending, brings the header at the file's start up to date with the counters
+    /// (for a file that `open` created), and lets go of the file. Gives false when any byte since
+    /// the file was opened could not be written; true also when no file is open.
+    [[nodiscard]] bool close();
+
+    bool isOpen() const noexcept { return file_ != nullptr; }
+
+    /// The revision that every record operation receives.
+    std::uint32_t revision() const noexcept { return revision_; }
+
+    /// The token that records are put into on their way; reused for all of them.
+    FltToken& token() noexcept { return token_; }
+
+    FltHeader& header() noexcept { return header_; }
+    const FltNesting& nesting() const noexcept { return nesting_; }
+
+    /// Writes one finished record, after whatever is pending: pads it, patches its length, counts
+    /// its nesting. Throws `AviaryAssertion` without an open file or in another mode than write.
+    void writeToken(FltToken& token);
+
+    /// Installs who writes pending items; not owned, must outlive them.
+    void setPendingWriter(FltPendingWriter* writer) noexcept { pendingWriter_ = writer; }
+
+    /// Keeps `item` for the record that precedes the next one written.
+    /// Throws `AviaryAssertion` without a pending writer.
+    void addPending(std::int32_t item);
+    const FltListOf<std::int32_t>& pendingItems() const noexcept { return pendingItems_; }
+
+    /// Writes the pending items as one record and forgets them. Nothing when there are none, or
+    /// while it is at work already.
+    void flushPending();
+
+private:
+    bool release() noexcept;
+
+    std::uint32_t revision_ = 1580;
+    FltToken token_;
+    FltStreamMode mode_ = FltStreamMode::read;
+    FltNesting nesting_;
+    FltPendingWriter* pendingWriter_ = nullptr;
+    FltListOf<std::int32_t> pendingItems_;
+    FltToken pendingToken_;
+    bool flushing_ = false;
+    FltHeader header_;
+    std::FILE* file_ = nullptr;
+    bool ownsFile_ = false;
+};
