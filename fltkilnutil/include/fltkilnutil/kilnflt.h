@@ -53,7 +53,7 @@ std::unique_ptr<FltRecord> fltNewRecord(FltNodeKind kind);
 /// Stores the record in OpenFlight form at the node's stored parameter; false without a kind block
 /// or when the record is too large for one OpenFlight record. An existing record chunk is updated
 /// in place and keeps its buffer when the length stays the same.
-bool fltPutRecord(INode* node, FltRecord& record) noexcept;
+bool fltPutRecord(INode* node, const FltRecord& record) noexcept;
 
 /// Reads the node's record into `record` at the stored parameter; false without a kind block or a
 /// record chunk, and for bytes that the record refuses (another opcode, for kinds that check it).
@@ -64,7 +64,7 @@ bool fltGetRecord(INode* node, FltRecord& record) noexcept;
 bool fltHasRecord(INode* node) noexcept;
 
 /// Stores the options block of a node; needs no kind block.
-bool fltPutOptions(INode* node, FltNodeOptions& options) noexcept;
+bool fltPutOptions(INode* node, const FltNodeOptions& options) noexcept;
 
 /// Reads the node's options block; false without an options chunk or for bytes that the options
 /// refuse. What a refused read leaves in `options` is unspecified but valid.
