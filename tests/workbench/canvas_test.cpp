@@ -1,0 +1,128 @@
+#include <workbench/canvas.h>
+
+#include <gmock/gmock.h>
+
+#include <random>
+
+using namespace workbench;
+
+namespace {
+
+constexpr Colour kRed = 0xFF0000, kBlue = 0x0000FF;
+
+Canvas blank(int width, int height) {
+    Canvas canvas;
+    canvas.resize(width, height);
+    canvas.clear(0, 0);
+    return canvas;
+}
+
+int count(const Canvas& canvas, Colour colour) {
+    int found = 0;
+    for (int y = 0; y < canvas.height(); ++y)
+        for (int x = 0; x < canvas.width(); ++x) found += canvas.pixel(x, y) == colour;
+    return found;
+}
+
+TEST(Canvas, TriangleCoversThePixelsWhoseCentresItHolds) {
+    Canvas canvas = blank(8, 8);
+    canvas.triangle({1, 1, 0}, {6, 1, 0}, {1, 6, 0}, kRed, 3);
+    EXPECT_EQ(count(canvas, kRed), 4 + 3 + 2 + 1) << "pixels with their centre under x + y = 7";
+    EXPECT_EQ(canvas.pixel(1, 1), kRed);
+    EXPECT_EQ(canvas.item(1, 1), 3u);
+    EXPECT_EQ(canvas.pixel(0, 1), 0u);
+    EXPECT_EQ(canvas.pixel(1, 0), 0u);
+    EXPECT_EQ(canvas.item(6, 6), kNoItem);
+}
+
+// Random fans around a point inside the picture cover it wholly, and no pixel twice.
+TEST(Canvas, NeighbouringTrianglesMeetWithoutGapOrOverlap) {
+    std::mt19937 random(7);
+    std::uniform_real_distribution<float> inside(4, 28);
+    for (int round = 0; round < 50; ++round) {
+        const ScreenPoint middle{inside(random), inside(random), 0};
+        const ScreenPoint ring[] = {
+            {-5, -5, 0}, {inside(random), -5, 0}, {37, -5, 0}, {37, inside(random), 0},
+            {37, 37, 0}, {inside(random), 37, 0}, {-5, 37, 0}, {-5, inside(random), 0}};
+        std::vector<int> hits(32 * 32, 0);
+        for (std::size_t i = 0; i < std::size(ring); ++i) {
+            Canvas canvas = blank(32, 32);
+            const ScreenPoint& next = ring[(i + 1) % std::size(ring)];
+            if (i % 2)
+                canvas.triangle(ring[i], next, middle, kRed, 0);
+            else
+                canvas.triangle(next, ring[i], middle, kRed, 0);
+            for (int y = 0; y < 32; ++y)
+                for (int x = 0; x < 32; ++x)
+                    hits[static_cast<std::size_t>(y * 32 + x)] += canvas.item(x, y) == 0;
+        }
+        ASSERT_THAT(hits, testing::Each(1)) << "round " << round;
+    }
+}
+
+TEST(Canvas, NearerWinsWhateverTheOrder) {
+    for (const bool nearFirst : {true, false}) {
+        Canvas canvas = blank(20, 20);
+        const auto draw = [&](bool nearOne) {
+            // Two crossing planes: red is nearer on the left, blue on the right.
+            if (nearOne)
+                canvas.triangle({-40, 0, 9}, {60, 0, -1}, {10, 60, 4}, kRed, 1);
+            else
+                canvas.triangle({-40, 0, -1}, {60, 0, 9}, {10, 60, 4}, kBlue, 2);
+        };
+        draw(nearFirst);
+        draw(!nearFirst);
+        EXPECT_EQ(canvas.pixel(5, 10), kRed);
+        EXPECT_EQ(canvas.item(5, 10), 1u);
+        EXPECT_EQ(canvas.pixel(14, 10), kBlue);
+        EXPECT_EQ(canvas.item(14, 10), 2u);
+    }
+}
+
+TEST(Canvas, DrawsPartsOfWhatLeavesThePictureAndSurvivesNonsense) {
+    Canvas canvas = blank(16, 16);
+    const float huge = 1e30f, none = std::nanf("");
+    canvas.triangle({-1e6f, -1e6f, 0}, {1e6f, -1e6f, 0}, {0, 1e6f, 0}, kRed, 0);
+    EXPECT_EQ(count(canvas, kRed), 256);
+    canvas.triangle({huge, huge, 0}, {-huge, huge, 0}, {0, -huge, huge}, kBlue, 0);
+    canvas.triangle({none, 1, 0}, {5, none, 0}, {2, 9, none}, kBlue, 0);
+    canvas.triangle({3, 3, 0}, {3, 3, 0}, {3, 3, 0}, kBlue, 0);
+    canvas.line({none, 0, 0}, {5, 5, 0}, {kBlue});
+    canvas.line({-huge, -huge, 0}, {huge, huge, 0}, {kBlue});
+    canvas.rectangle(-50, 14, 500, 900, 1, {kBlue});
+    EXPECT_EQ(canvas.pixel(0, 15), kBlue);
+    EXPECT_EQ(canvas.pixel(15, 15), kBlue);
+}
+
+TEST(Canvas, LineIsClippedNotBent) {
+    Canvas canvas = blank(40, 40);
+    canvas.line({-1000, 20.5f, 0}, {1000, 20.5f, 0}, {kBlue, 1, 5});
+    for (int x = 0; x < 40; ++x) ASSERT_EQ(canvas.pixel(x, 20), kBlue) << x;
+    EXPECT_EQ(count(canvas, kBlue), 40);
+    EXPECT_EQ(canvas.item(39, 20), 5u);
+}
+
+TEST(Canvas, LineHidesBehindSurfacesUnlessTold) {
+    Canvas canvas = blank(20, 20);
+    canvas.triangle({0, 0, 5}, {10, 0, 5}, {0, 60, 5}, kRed, 1);
+    canvas.line({0, 5.5f, 4}, {20, 5.5f, 4}, {kBlue});
+    EXPECT_EQ(canvas.pixel(2, 5), kRed);
+    EXPECT_EQ(canvas.pixel(15, 5), kBlue);
+    canvas.line({0, 6.5f, 4}, {20, 6.5f, 4}, {kBlue, 1, kNoItem, 0, false});
+    EXPECT_EQ(canvas.pixel(2, 6), kBlue);
+    EXPECT_EQ(canvas.item(2, 6), 1u) << "a line of no item leaves the surface to be picked";
+}
+
+TEST(Canvas, PicksTheNearestWithinReach) {
+    Canvas canvas = blank(30, 30);
+    canvas.rectangle(10, 10, 12, 12, 0, {kRed, 1, 4});
+    canvas.rectangle(14, 10, 16, 12, 0, {kBlue, 1, 9});
+    EXPECT_EQ(canvas.pick(11, 11, 3), 4u);
+    EXPECT_EQ(canvas.pick(13, 11, 0), kNoItem);
+    EXPECT_EQ(canvas.pick(16, 12, 3), 9u);
+    EXPECT_EQ(canvas.pick(8, 9, 3), 4u);
+    EXPECT_EQ(canvas.pick(25, 25, 3), kNoItem);
+    EXPECT_EQ(canvas.pick(-100, -100, 3), kNoItem);
+}
+
+}  // namespace

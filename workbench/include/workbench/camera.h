@@ -1,0 +1,91 @@
+// The viewport's camera: where it looks from, and what becomes of a world point on the screen.
+#pragma once
+
+#include <workbench/geometry.h>
+
+#include <optional>
+
+namespace workbench {
+
+enum class View { kPerspective, kTop, kFront, kLeft };
+
+/// A point on the screen. `x` and `y` are pixels from the upper left corner, pixel centres at .5.
+/// `depth` grows towards the viewer and is linear across the screen in either projection.
+struct ScreenPoint {
+    float x = 0, y = 0, depth = 0;
+};
+
+/// A camera that circles a target. The perspective view turns freely; top, front and left are
+/// parallel projections, and turning one of them makes it a perspective view again.
+class Camera {
+public:
+    /// Radians; pitch is kept within this of the horizon so that "up" always exists.
+    static constexpr float kMaxPitch = 1.55334f;
+
+    /// Tells the camera how large the picture is, in pixels. Sizes below 1 count as 1.
+    void setPictureSize(int width, int height);
+
+    /// Looks from one of the usual sides, keeping target and distance. The perspective view goes
+    /// back to where it was turned last.
+    void setView(View view);
+    View view() const { return view_; }
+
+    /// Turns around the target by a mouse movement in pixels.
+    void orbit(float dx, float dy);
+    /// Shifts target and eye so that what is at the target's depth follows the mouse, in pixels.
+    void pan(float dx, float dy);
+    /// Moves nearer by `steps` wheel notches (negative: away), keeping the point under the pixel
+    /// (`x`, `y`) at the target's depth where it is.
+    void zoom(float steps, float x, float y);
+    /// Makes `box` fill the picture, from the current direction. An empty box shows the origin.
+    void frame(const Box& box);
+
+    Vec3 eye() const { return target_ - forward_ * distance_; }
+    Vec3 target() const { return target_; }
+    float distance() const { return distance_; }
+    Vec3 right() const { return right_; }
+    Vec3 up() const { return up_; }
+    Vec3 forward() const { return forward_; }
+    bool isParallel() const { return view_ != View::kPerspective; }
+    /// Nothing nearer to the eye than this is drawn, in world units along the view direction.
+    float nearDistance() const { return isParallel() ? kParallelNear : distance_ * 1e-3f; }
+    /// World units that one pixel covers at the target.
+    float unitsPerPixel() const;
+
+    /// A world point seen from the eye: x to the right, y up, z away from the viewer.
+    Vec3 toView(Vec3 world) const {
+        const Vec3 d = world - eye_;
+        return {dot(d, right_), dot(d, up_), dot(d, forward_)};
+    }
+    /// The place on the screen of a point in view space, which must not be nearer than
+    /// `nearDistance()`.
+    ScreenPoint toScreen(Vec3 view) const {
+        if (isParallel()) return {centreX_ + view.x * scale_, centreY_ - view.y * scale_, -view.z};
+        const float inverse = 1 / view.z;
+        return {centreX_ + view.x * scale_ * inverse, centreY_ - view.y * scale_ * inverse,
+                inverse};
+    }
+    /// The place on the screen of a world point, or nothing when it is behind the viewer.
+    std::optional<ScreenPoint> project(Vec3 world) const;
+    /// True when no point within `radius` of `centre` can be in the picture.
+    bool isOutside(Vec3 centre, float radius) const;
+
+private:
+    static constexpr float kParallelNear = -1e30f;
+    static constexpr float kHalfFieldTangent = 0.41421356f;  // 45 degrees from top to bottom
+
+    void update();
+
+    View view_ = View::kPerspective;
+    Vec3 target_{};
+    float distance_ = 100;
+    float yaw_ = -0.9f, pitch_ = 0.55f;
+    int width_ = 1, height_ = 1;
+
+    // Derived by update().
+    Vec3 eye_{}, right_{1, 0, 0}, up_{0, 0, 1}, forward_{0, 1, 0};
+    float centreX_ = 0.5f, centreY_ = 0.5f, scale_ = 1;
+    float sideSlope_ = 1, heightSlope_ = 1;  // half picture size over scale
+};
+
+}  // namespace workbench

@@ -1,0 +1,68 @@
+// A picture with depth: pixels, how near each is, and what each shows.
+#pragma once
+
+#include <workbench/camera.h>
+#include <workbench/scenemodel.h>
+
+#include <limits>
+#include <vector>
+
+namespace workbench {
+
+/// What a drawing operation does with the pixels it covers.
+struct Paint {
+    Colour colour = 0;
+    float opacity = 1;
+    ItemIndex item = kNoItem;  ///< what picking finds there; kNoItem leaves what was there
+    /// Added to the depth for the comparison, as a share of it; positive draws over a surface that
+    /// lies in the same place.
+    float depthBias = 0;
+    bool testDepth = true;
+};
+
+/// Rows run from top to bottom without padding, one 32-bit word per pixel (0x00RRGGBB), which is
+/// what a top-down 32-bit device-independent bitmap holds.
+class Canvas {
+public:
+    /// Makes the picture this size; memory is only taken when it has never been so large before.
+    void resize(int width, int height);
+    /// Fills with a gradient from top to bottom, and forgets depths and items.
+    void clear(Colour top, Colour bottom);
+
+    int width() const { return width_; }
+    int height() const { return height_; }
+    const Colour* pixels() const { return colours_.data(); }
+    Colour pixel(int x, int y) const { return colours_[at(x, y)]; }
+    /// Larger is nearer; kFarthest where nothing was drawn.
+    float depth(int x, int y) const { return depths_[at(x, y)]; }
+    ItemIndex item(int x, int y) const { return items_[at(x, y)]; }
+    static constexpr float kFarthest = std::numeric_limits<float>::lowest();
+
+    /// The item nearest to a pixel within `reach` pixels, or kNoItem. A pixel of its own wins over
+    /// a neighbour.
+    ItemIndex pick(int x, int y, int reach) const;
+
+    /// Fills the pixels whose centres lie in the triangle; triangles that share an edge neither
+    /// overlap nor leave a gap. Either orientation is filled.
+    void triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, Colour colour,
+                  ItemIndex item);
+    /// Draws a smooth line one pixel wide. Off-screen parts cost nothing.
+    void line(ScreenPoint a, ScreenPoint b, const Paint& paint);
+    /// Fills a rectangle of pixels, all at one depth; right and bottom are not part of it.
+    void rectangle(int left, int top, int right, int bottom, float depth, const Paint& paint);
+
+private:
+    std::size_t at(int x, int y) const {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
+               static_cast<std::size_t>(x);
+    }
+    void plot(int x, int y, float depth, const Paint& paint, float coverage);
+    void plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& paint);
+
+    int width_ = 0, height_ = 0;
+    std::vector<Colour> colours_;
+    std::vector<float> depths_;
+    std::vector<ItemIndex> items_;
+};
+
+}  // namespace workbench

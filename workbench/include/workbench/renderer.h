@@ -1,0 +1,57 @@
+// Draws a scene model through a camera into a canvas.
+#pragma once
+
+#include <workbench/canvas.h>
+
+namespace workbench {
+
+enum class DrawMode { kShaded, kShadedEdges, kWireframe };
+
+struct RenderOptions {
+    DrawMode mode = DrawMode::kShadedEdges;
+    bool grid = true;
+    bool axes = true;
+    /// Lines and marks are this many pixels to what they are at 96 dots per inch.
+    float pixelScale = 1;
+};
+
+/// Keeps its working memory between frames; a frame of a scene drawn before takes none.
+class Renderer {
+public:
+    /// Draws one frame; the canvas keeps what picking needs until the next. The camera must have
+    /// been told the canvas's size.
+    void draw(const SceneModel& scene, const Camera& camera, const RenderOptions& options,
+              Canvas& canvas);
+
+    /// Triangles that the last frame handed to the canvas: those in front of the camera and not
+    /// culled.
+    std::size_t trianglesDrawn() const { return trianglesDrawn_; }
+
+private:
+    void drawSurface(const SceneModel& scene, const Item& item, ItemIndex index);
+    void fillTriangle(const Triangle& triangle, std::uint32_t base, ItemIndex index,
+                      Vec3 towardsEye);
+    void fillClipped(const Vec3 (&corners)[3], Colour colour, ItemIndex index);
+    void drawEdges(const SceneModel& scene, const Item& item, const Paint& paint);
+    void drawMark(const Mark& mark, bool selected);
+    void drawBrackets(const Box& box);
+    void drawGrid();
+    void drawAxes();
+    void transform(const SceneModel& scene, const Item& item);
+    void worldLine(Vec3 a, Vec3 b, const Paint& paint);
+    void viewLine(Vec3 a, Vec3 b, const Paint& paint);
+    Colour shaded(const Triangle& triangle, Vec3 towardsEye) const;
+    Vec3 toEye(const SceneModel& scene, const Triangle& triangle) const;
+
+    // Of the frame being drawn.
+    const Camera* camera_ = nullptr;
+    Canvas* canvas_ = nullptr;
+    RenderOptions options_;
+    Vec3 light_;
+
+    std::vector<Vec3> view_;           // the current item's vertices in view space
+    std::vector<ScreenPoint> screen_;  // and on the screen, where in front of the eye
+    std::size_t trianglesDrawn_ = 0;
+};
+
+}  // namespace workbench

@@ -1,0 +1,85 @@
+// What the viewport draws: the host's scene, flattened into world space.
+#pragma once
+
+#include <workbench/geometry.h>
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace workbench {
+
+/// The number of a thing that can be picked: an index into SceneModel::items().
+using ItemIndex = std::uint32_t;
+constexpr ItemIndex kNoItem = 0xFFFFFFFFu;
+
+/// Things without a surface are shown as a mark of constant size on the screen.
+enum class MarkKind : std::uint8_t { kHelper, kLight, kLightPoint };
+
+/// One host node's share of the model.
+struct Item {
+    std::uint32_t firstVertex = 0, vertexCount = 0;
+    std::uint32_t firstTriangle = 0, triangleCount = 0;
+    Box box;            ///< of its own surface or mark
+    Box selectionBox;   ///< what its corner brackets enclose when it is selected
+    Vec3 sphereCentre;  ///< of the surface, for culling
+    float sphereRadius = 0;
+    bool selected = false;
+};
+
+/// Three vertices in counter-clockwise order, seen from the front.
+struct Triangle {
+    static constexpr std::uint8_t kAllEdges = 7;
+
+    std::uint32_t vertex[3];
+    Colour colour;
+    Vec3 normal;         ///< unit length, or zero for a degenerate triangle
+    std::uint8_t edges;  ///< bit i: the edge from vertex i to the next is a polygon's edge
+};
+
+struct Mark {
+    Vec3 position;
+    Colour colour;
+    ItemIndex item;
+    MarkKind kind;
+};
+
+/// Built anew whenever the scene has changed; the vectors keep their room from one time to the
+/// next. Turning the camera reads it only.
+class SceneModel {
+public:
+    void clear();
+
+    /// Starts the next item; the surface and marks added next belong to it.
+    ItemIndex beginItem();
+    /// Adds a vertex of the current item, in world space; gives its index within the item.
+    std::uint32_t addVertex(Vec3 world);
+    /// Adds a triangle by the indices that addVertex gave. An index that does not exist, or a
+    /// vertex that is not a finite point, leaves the triangle out.
+    void addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, Colour colour,
+                     std::uint8_t edges = Triangle::kAllEdges);
+    void addMark(MarkKind kind, Vec3 world, Colour colour);
+    /// Closes the current item. Its selection box is its own box until setSelectionBox.
+    void endItem();
+
+    void setSelected(ItemIndex item, bool selected) { items_[item].selected = selected; }
+    void setSelectionBox(ItemIndex item, const Box& box) { items_[item].selectionBox = box; }
+
+    std::span<const Item> items() const { return items_; }
+    std::span<const Vec3> vertices() const { return vertices_; }
+    std::span<const Triangle> triangles() const { return triangles_; }
+    std::span<const Mark> marks() const { return marks_; }
+    /// Encloses everything.
+    const Box& box() const { return box_; }
+    /// Encloses the selected items; empty without any.
+    Box selectedBox() const;
+
+private:
+    std::vector<Item> items_;
+    std::vector<Vec3> vertices_;
+    std::vector<Triangle> triangles_;
+    std::vector<Mark> marks_;
+    Box box_;
+};
+
+}  // namespace workbench
