@@ -25,13 +25,14 @@ public:
 
 protected:
     void DrawItem(const DRAWITEMSTRUCT& item) override;
+    UINT OnGetDlgCode(const MSG* message) override;
+    void OnMouseMove(UINT keys, POINT at) override;
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
 
 private:
-    enum class Look { up, down, focus, disabled };
-
-    HBITMAP PictureFor(Look look) const noexcept;
+    HBITMAP PictureFor(UINT state) const noexcept;
 
     GdiBitmap up_, down_, focus_, disabled_;
     bool hot_ = false;
+    bool default_ = false;
 };

@@ -16,7 +16,7 @@
 /// message of the window goes to `WindowProc`, whose default calls one of the `On...` handlers.
 /// A handler that does not override, or calls the base class's handler, passes the message on with
 /// its original parameters to whoever had the window before. No exception leaves a window
-/// procedure: it ends in `CWinApp::OnException` and the message counts as not handled.
+/// procedure: it ends in `CWinApp::OnException`, and the sender of the message gets 0.
 ///
 /// Ownership: the destructor destroys a window that this object created, and lets go of any other.
 /// When the window dies first, the handle becomes null.
@@ -46,7 +46,8 @@ public:
     static bool RegisterWindowClass(const wchar_t* className, UINT classStyle = CS_DBLCLKS,
                                     HBRUSH background = nullptr, HICON icon = nullptr);
 
-    /// Wraps a handle without listening to its messages (to call the operations below on it).
+    /// Wraps a handle without listening to its messages (to call the operations below on it). The
+    /// object does not notice when the window dies.
     void Attach(HWND window) noexcept;
     /// Lets go of the window, which stays as it is, and gives its handle.
     HWND Detach() noexcept;
@@ -197,19 +198,16 @@ protected:
 private:
     friend class WindowRouter;
 
-    struct Message {
-        UINT message;
-        WPARAM wParam;
-        LPARAM lParam;
-    };
-
-    LRESULT RouteFrame(UINT message, WPARAM wParam, LPARAM lParam);
-    LRESULT RouteInput(UINT message, WPARAM wParam, LPARAM lParam);
-    LRESULT RouteChild(UINT message, WPARAM wParam, LPARAM lParam);
+    // `answered`: with a result of the handler's own; `handled`: with what `Default` gave, if
+    // called.
+    enum class Routed { no, handled, answered };
+    Routed RouteFrame(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result);
+    Routed RouteKeyboard(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result);
+    Routed RouteMouse(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result);
+    Routed RouteChild(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result);
 
     HWND window_ = nullptr;
     WNDPROC former_ = nullptr;
-    Message current_{};
     HWND toolTips_ = nullptr;
     bool created_ = false;
 };

@@ -3,6 +3,7 @@
 
 #include <framework/win32.h>
 
+#include <optional>
 #include <utility>
 
 /// Owns a GDI object (font, brush, pen, bitmap, region) and deletes it.
@@ -103,9 +104,7 @@ private:
     HWND window_;
     PAINTSTRUCT paint_;
     HDC dc_;
-    HDC memory_ = nullptr;
-    GdiBitmap bitmap_;
-    HGDIOBJ former_ = nullptr;
+    std::optional<MemoryDc> buffer_;
 };
 
 /// Dots per inch of the display that a window is on (of the main display for null): 96 at 100 %.

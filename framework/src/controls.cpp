@@ -1,0 +1,222 @@
+#include <framework/controls.h>
+#include <framework/text.h>
+
+namespace {
+
+LPARAM pointerTo(const std::wstring& text) noexcept {
+    return reinterpret_cast<LPARAM>(text.c_str());
+}
+
+// Combo and list boxes differ in their message numbers only.
+struct ListMessages {
+    UINT textLength;
+    UINT text;
+};
+
+std::string entryText(const CWnd& list, ListMessages messages, int position) {
+    const auto index = static_cast<WPARAM>(position);
+    const LRESULT length = list.Send(messages.textLength, index);
+    if (position < 0 || length <= 0) return {};
+    std::wstring text(static_cast<size_t>(length) + 1, L'\0');
+    list.Send(messages.text, index, reinterpret_cast<LPARAM>(text.data()));
+    text.resize(static_cast<size_t>(length));
+    return toUtf8(text);
+}
+
+}  // namespace
+
+bool CStatic::Create(std::string_view text, DWORD style, const RECT& area, HWND parent, UINT id) {
+    return CreateEx(0, WC_STATICW, text, style | WS_CHILD, area, parent, id);
+}
+
+HBITMAP CStatic::SetBitmap(HBITMAP bitmap) const {
+    return reinterpret_cast<HBITMAP>(
+        Send(STM_SETIMAGE, IMAGE_BITMAP, reinterpret_cast<LPARAM>(bitmap)));
+}
+
+HICON CStatic::SetIcon(HICON icon) const {
+    return reinterpret_cast<HICON>(Send(STM_SETIMAGE, IMAGE_ICON, reinterpret_cast<LPARAM>(icon)));
+}
+
+bool CButton::Create(std::string_view text, DWORD style, const RECT& area, HWND parent, UINT id) {
+    return CreateEx(0, WC_BUTTONW, text, style | WS_CHILD, area, parent, id);
+}
+
+bool CButton::IsChecked() const {
+    return Send(BM_GETCHECK) == BST_CHECKED;
+}
+
+void CButton::SetChecked(bool checked) const {
+    Send(BM_SETCHECK, checked ? BST_CHECKED : BST_UNCHECKED);
+}
+
+void CButton::Click() const {
+    Send(BM_CLICK);
+}
+
+bool CEdit::Create(std::string_view text, DWORD style, const RECT& area, HWND parent, UINT id) {
+    return CreateEx(WS_EX_CLIENTEDGE, WC_EDITW, text, style | WS_CHILD, area, parent, id);
+}
+
+void CEdit::SetReadOnly(bool readOnly) const {
+    Send(EM_SETREADONLY, readOnly);
+}
+
+void CEdit::SetLimit(int length) const {
+    Send(EM_SETLIMITTEXT, static_cast<WPARAM>(length));
+}
+
+void CEdit::Selection(int& from, int& to) const {
+    DWORD first = 0;
+    DWORD last = 0;
+    Send(EM_GETSEL, reinterpret_cast<WPARAM>(&first), reinterpret_cast<LPARAM>(&last));
+    from = static_cast<int>(first);
+    to = static_cast<int>(last);
+}
+
+void CEdit::Select(int from, int to) const {
+    Send(EM_SETSEL, static_cast<WPARAM>(from), to);
+}
+
+void CEdit::ReplaceSelection(std::string_view text, bool canUndo) const {
+    Send(EM_REPLACESEL, canUndo, pointerTo(toWide(text)));
+}
+
+void CEdit::Append(std::string_view text) const {
+    const int end = HasWindow() ? ::GetWindowTextLengthW(Handle()) : 0;
+    Select(end, end);
+    ReplaceSelection(text, false);
+    Send(EM_SCROLLCARET);
+}
+
+int CEdit::LineCount() const {
+    return static_cast<int>(Send(EM_GETLINECOUNT));
+}
+
+bool CEdit::IsModified() const {
+    return Send(EM_GETMODIFY) != 0;
+}
+
+void CEdit::SetModified(bool modified) const {
+    Send(EM_SETMODIFY, modified);
+}
+
+bool CComboBox::Create(DWORD style, const RECT& area, HWND parent, UINT id) {
+    return CreateEx(0, WC_COMBOBOXW, {}, style | WS_CHILD, area, parent, id);
+}
+
+int CComboBox::Add(std::string_view text) const {
+    return static_cast<int>(Send(CB_ADDSTRING, 0, pointerTo(toWide(text))));
+}
+
+void CComboBox::Clear() const {
+    Send(CB_RESETCONTENT);
+}
+
+int CComboBox::Count() const {
+    return static_cast<int>(Send(CB_GETCOUNT));
+}
+
+int CComboBox::Selected() const {
+    return HasWindow() ? static_cast<int>(Send(CB_GETCURSEL)) : -1;
+}
+
+void CComboBox::Select(int position) const {
+    Send(CB_SETCURSEL, static_cast<WPARAM>(position));
+}
+
+std::string CComboBox::EntryText(int position) const {
+    return entryText(*this, {CB_GETLBTEXTLEN, CB_GETLBTEXT}, position);
+}
+
+int CComboBox::Find(std::string_view text) const {
+    if (!HasWindow()) return -1;
+    return static_cast<int>(
+        Send(CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), pointerTo(toWide(text))));
+}
+
+LPARAM CComboBox::EntryData(int position) const {
+    return Send(CB_GETITEMDATA, static_cast<WPARAM>(position));
+}
+
+void CComboBox::SetEntryData(int position, LPARAM data) const {
+    Send(CB_SETITEMDATA, static_cast<WPARAM>(position), data);
+}
+
+void CComboBox::ShowDropDown(bool shown) const {
+    Send(CB_SHOWDROPDOWN, shown);
+}
+
+bool CComboBox::IsDroppedDown() const {
+    return Send(CB_GETDROPPEDSTATE) != 0;
+}
+
+bool CListBox::Create(DWORD style, const RECT& area, HWND parent, UINT id) {
+    return CreateEx(WS_EX_CLIENTEDGE, WC_LISTBOXW, {}, style | WS_CHILD, area, parent, id);
+}
+
+int CListBox::Add(std::string_view text) const {
+    return static_cast<int>(Send(LB_ADDSTRING, 0, pointerTo(toWide(text))));
+}
+
+void CListBox::Remove(int position) const {
+    Send(LB_DELETESTRING, static_cast<WPARAM>(position));
+}
+
+void CListBox::Clear() const {
+    Send(LB_RESETCONTENT);
+}
+
+int CListBox::Count() const {
+    return static_cast<int>(Send(LB_GETCOUNT));
+}
+
+int CListBox::Selected() const {
+    return HasWindow() ? static_cast<int>(Send(LB_GETCURSEL)) : -1;
+}
+
+void CListBox::Select(int position) const {
+    Send(LB_SETCURSEL, static_cast<WPARAM>(position));
+}
+
+std::string CListBox::EntryText(int position) const {
+    return entryText(*this, {LB_GETTEXTLEN, LB_GETTEXT}, position);
+}
+
+int CListBox::Find(std::string_view text) const {
+    if (!HasWindow()) return -1;
+    return static_cast<int>(
+        Send(LB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), pointerTo(toWide(text))));
+}
+
+LPARAM CListBox::EntryData(int position) const {
+    return Send(LB_GETITEMDATA, static_cast<WPARAM>(position));
+}
+
+void CListBox::SetEntryData(int position, LPARAM data) const {
+    Send(LB_SETITEMDATA, static_cast<WPARAM>(position), data);
+}
+
+void CListBox::SetTop(int position) const {
+    Send(LB_SETTOPINDEX, static_cast<WPARAM>(position));
+}
+
+bool CSpinButtonCtrl::Create(DWORD style, const RECT& area, HWND parent, UINT id) {
+    return CreateEx(0, UPDOWN_CLASSW, {}, style | WS_CHILD, area, parent, id);
+}
+
+void CSpinButtonCtrl::SetRange(int low, int high) const {
+    Send(UDM_SETRANGE32, static_cast<WPARAM>(low), high);
+}
+
+int CSpinButtonCtrl::Position() const {
+    return static_cast<int>(Send(UDM_GETPOS32));
+}
+
+void CSpinButtonCtrl::SetPosition(int position) const {
+    Send(UDM_SETPOS32, 0, position);
+}
+
+void CSpinButtonCtrl::SetBuddy(HWND buddy) const {
+    Send(UDM_SETBUDDY, reinterpret_cast<WPARAM>(buddy));
+}

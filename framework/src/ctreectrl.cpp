@@ -1,0 +1,189 @@
+#include <framework/ctreectrl.h>
+#include <framework/text.h>
+
+namespace {
+
+// The platform keeps item texts of any length but gives as much as the buffer holds.
+constexpr size_t kFirstTextBuffer = 260;
+constexpr size_t kLastTextBuffer = 1 << 20;
+
+LPARAM pointerTo(const void* object) noexcept {
+    return reinterpret_cast<LPARAM>(object);
+}
+
+TVITEMW itemFor(HTREEITEM item, UINT mask) noexcept {
+    TVITEMW description{};
+    description.hItem = item;
+    description.mask = mask | TVIF_HANDLE;
+    return description;
+}
+
+}  // namespace
+
+bool CTreeCtrl::Create(DWORD style, const RECT& area, HWND parent, UINT id) {
+    return CreateEx(WS_EX_CLIENTEDGE, WC_TREEVIEWW, {}, style | WS_CHILD, area, parent, id);
+}
+
+HTREEITEM CTreeCtrl::Insert(std::string_view text, HTREEITEM parent, HTREEITEM after, LPARAM data,
+                            int image, int selectedImage) const {
+    std::wstring wideText = toWide(text);
+    TVINSERTSTRUCTW insertion{};
+    insertion.hParent = parent ? parent : TVI_ROOT;
+    insertion.hInsertAfter = after;
+    insertion.item.mask = TVIF_TEXT | TVIF_PARAM | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
+    insertion.item.pszText = wideText.data();
+    insertion.item.lParam = data;
+    insertion.item.iImage = image;
+    insertion.item.iSelectedImage = selectedImage;
+    return reinterpret_cast<HTREEITEM>(Send(TVM_INSERTITEMW, 0, pointerTo(&insertion)));
+}
+
+bool CTreeCtrl::DeleteItem(HTREEITEM item) const {
+    return item && Send(TVM_DELETEITEM, 0, pointerTo(item)) != 0;
+}
+
+bool CTreeCtrl::DeleteAll() const {
+    return Send(TVM_DELETEITEM, 0, pointerTo(TVI_ROOT)) != 0;
+}
+
+int CTreeCtrl::Count() const {
+    return static_cast<int>(Send(TVM_GETCOUNT));
+}
+
+std::string CTreeCtrl::ItemText(HTREEITEM item) const {
+    if (!item) return {};
+    std::wstring text;
+    for (size_t size = kFirstTextBuffer; size <= kLastTextBuffer; size *= 4) {
+        text.assign(size, L'\0');
+        TVITEMW description = itemFor(item, TVIF_TEXT);
+        description.pszText = text.data();
+        description.cchTextMax = static_cast<int>(size);
+        if (!Send(TVM_GETITEMW, 0, pointerTo(&description))) return {};
+        // The control may give its own buffer instead of filling ours.
+        const std::wstring_view given = description.pszText;
+        if (given.size() + 1 < size || description.pszText != text.data()) return toUtf8(given);
+    }
+    return toUtf8(text.c_str());
+}
+
+void CTreeCtrl::SetItemText(HTREEITEM item, std::string_view text) const {
+    if (!item) return;
+    std::wstring wideText = toWide(text);
+    TVITEMW description = itemFor(item, TVIF_TEXT);
+    description.pszText = wideText.data();
+    Send(TVM_SETITEMW, 0, pointerTo(&description));
+}
+
+LPARAM CTreeCtrl::ItemData(HTREEITEM item) const {
+    if (!item) return 0;
+    TVITEMW description = itemFor(item, TVIF_PARAM);
+    return Send(TVM_GETITEMW, 0, pointerTo(&description)) ? description.lParam : 0;
+}
+
+void CTreeCtrl::SetItemData(HTREEITEM item, LPARAM data) const {
+    if (!item) return;
+    TVITEMW description = itemFor(item, TVIF_PARAM);
+    description.lParam = data;
+    Send(TVM_SETITEMW, 0, pointerTo(&description));
+}
+
+bool CTreeCtrl::ItemImages(HTREEITEM item, int& image, int& selectedImage) const {
+    if (!item) return false;
+    TVITEMW description = itemFor(item, TVIF_IMAGE | TVIF_SELECTEDIMAGE);
+    if (!Send(TVM_GETITEMW, 0, pointerTo(&description))) return false;
+    image = description.iImage;
+    selectedImage = description.iSelectedImage;
+    return true;
+}
+
+void CTreeCtrl::SetItemImages(HTREEITEM item, int image, int selectedImage) const {
+    if (!item) return;
+    TVITEMW description = itemFor(item, TVIF_IMAGE | TVIF_SELECTEDIMAGE);
+    description.iImage = image;
+    description.iSelectedImage = selectedImage;
+    Send(TVM_SETITEMW, 0, pointerTo(&description));
+}
+
+UINT CTreeCtrl::ItemState(HTREEITEM item, UINT mask) const {
+    if (!item) return 0;
+    TVITEMW description = itemFor(item, TVIF_STATE);
+    description.stateMask = mask;
+    return Send(TVM_GETITEMW, 0, pointerTo(&description)) ? description.state & mask : 0;
+}
+
+void CTreeCtrl::SetItemState(HTREEITEM item, UINT state, UINT mask) const {
+    if (!item) return;
+    TVITEMW description = itemFor(item, TVIF_STATE);
+    description.state = state;
+    description.stateMask = mask;
+    Send(TVM_SETITEMW, 0, pointerTo(&description));
+}
+
+HTREEITEM CTreeCtrl::Next(HTREEITEM item, UINT relation) const {
+    return reinterpret_cast<HTREEITEM>(Send(TVM_GETNEXTITEM, relation, pointerTo(item)));
+}
+
+bool CTreeCtrl::HasChildren(HTREEITEM item) const {
+    return item && Child(item) != nullptr;
+}
+
+bool CTreeCtrl::Select(HTREEITEM item) const {
+    return Send(TVM_SELECTITEM, TVGN_CARET, pointerTo(item)) != 0;
+}
+
+bool CTreeCtrl::SelectDropTarget(HTREEITEM item) const {
+    return Send(TVM_SELECTITEM, TVGN_DROPHILITE, pointerTo(item)) != 0;
+}
+
+bool CTreeCtrl::Expand(HTREEITEM item, UINT code) const {
+    return item && Send(TVM_EXPAND, code, pointerTo(item)) != 0;
+}
+
+bool CTreeCtrl::EnsureVisible(HTREEITEM item) const {
+    return item && Send(TVM_ENSUREVISIBLE, 0, pointerTo(item)) != 0;
+}
+
+HTREEITEM CTreeCtrl::HitTest(POINT at, UINT* flags) const {
+    TVHITTESTINFO info{};
+    info.pt = at;
+    Send(TVM_HITTEST, 0, pointerTo(&info));
+    if (flags) *flags = info.flags;
+    return info.hItem;
+}
+
+bool CTreeCtrl::ItemRect(HTREEITEM item, RECT& area, bool textOnly) const {
+    if (!item) return false;
+    // The message takes the item in the place of the answer.
+    *reinterpret_cast<HTREEITEM*>(&area) = item;
+    return Send(TVM_GETITEMRECT, textOnly, pointerTo(&area)) != 0;
+}
+
+HWND CTreeCtrl::EditLabel(HTREEITEM item) const {
+    return item ? reinterpret_cast<HWND>(Send(TVM_EDITLABELW, 0, pointerTo(item))) : nullptr;
+}
+
+HWND CTreeCtrl::EditControl() const {
+    return reinterpret_cast<HWND>(Send(TVM_GETEDITCONTROL));
+}
+
+void CTreeCtrl::EndEditLabel(bool cancel) const {
+    Send(TVM_ENDEDITLABELNOW, cancel);
+}
+
+HIMAGELIST CTreeCtrl::SetImageList(HIMAGELIST list, int kind) const {
+    return reinterpret_cast<HIMAGELIST>(
+        Send(TVM_SETIMAGELIST, static_cast<WPARAM>(kind), pointerTo(list)));
+}
+
+CImageList CTreeCtrl::CreateDragImage(HTREEITEM item) const {
+    if (!item) return {};
+    return CImageList(reinterpret_cast<HIMAGELIST>(Send(TVM_CREATEDRAGIMAGE, 0, pointerTo(item))));
+}
+
+void CTreeCtrl::SetBackground(COLORREF colour) const {
+    Send(TVM_SETBKCOLOR, 0, static_cast<LPARAM>(colour));
+}
+
+COLORREF CTreeCtrl::Background() const {
+    return static_cast<COLORREF>(Send(TVM_GETBKCOLOR));
+}

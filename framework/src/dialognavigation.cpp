@@ -1,0 +1,77 @@
+#include "dialognavigation.h"
+
+#include "module_internal.h"
+
+#include <framework/module.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+HHOOK g_hook = nullptr;
+
+// Never destroyed: a dialog that is a static object may go after this would have.
+std::vector<CDialog*>& dialogs() {
+    static auto* const list = new std::vector<CDialog*>;
+    return *list;
+}
+
+// Arrow keys in an open menu, or while a window is moved by keyboard, are not for the dialog.
+bool inMenuOrMove() noexcept {
+    GUITHREADINFO info{};
+    info.cbSize = sizeof info;
+    constexpr DWORD kModes =
+        GUI_INMENUMODE | GUI_INMOVESIZE | GUI_POPUPMENUMODE | GUI_SYSTEMMENUMODE;
+    return ::GetGUIThreadInfo(::GetCurrentThreadId(), &info) && (info.flags & kModes);
+}
+
+}  // namespace
+
+void DialogNavigation::add(CDialog& dialog) {
+    dialogs().push_back(&dialog);
+    if (!g_hook)
+        g_hook = ::SetWindowsHookExW(WH_GETMESSAGE, messageHook, nullptr, ::GetCurrentThreadId());
+}
+
+void DialogNavigation::remove(const CDialog& dialog) noexcept {
+    std::erase(dialogs(), &dialog);
+    if (dialogs().empty() && g_hook) ::UnhookWindowsHookEx(std::exchange(g_hook, nullptr));
+}
+
+LRESULT CALLBACK DialogNavigation::messageHook(int code, WPARAM wParam, LPARAM lParam) {
+    if (code == HC_ACTION && wParam == PM_REMOVE) {
+        MSG& message = *reinterpret_cast<MSG*>(lParam);
+        if (translate(message)) {
+            message.message = WM_NULL;
+            message.wParam = 0;
+            message.lParam = 0;
+        }
+    }
+    return ::CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+bool DialogNavigation::translate(MSG& message) noexcept {
+    if (message.message < WM_KEYFIRST || message.message > WM_KEYLAST) return false;
+    CDialog* const dialog = dialogOf(message.hwnd);
+    if (!dialog || inMenuOrMove()) return false;
+    const ModuleScope module;
+    const HWND window = dialog->Handle();
+    try {
+        if (dialog->PreTranslateMessage(message)) return true;
+    } catch (...) {
+        reportCurrentException();
+        return true;
+    }
+    return ::IsDialogMessageW(window, &message) != FALSE;
+}
+
+CDialog* DialogNavigation::dialogOf(HWND window) noexcept {
+    for (; window; window = ::GetAncestor(window, GA_PARENT)) {
+        const auto found = std::ranges::find(dialogs(), window, &CDialog::Handle);
+        if (found != dialogs().end()) return *found;
+        // An owned window is no part of its owner's dialog.
+        if (!(::GetWindowLongW(window, GWL_STYLE) & WS_CHILD)) return nullptr;
+    }
+    return nullptr;
+}

@@ -1,0 +1,67 @@
+#include <framework/filedialog.h>
+#include <framework/text.h>
+
+// Not among the headers of WIN32_LEAN_AND_MEAN.
+#include <commdlg.h>
+
+namespace {
+
+constexpr size_t kPathBuffer = 32768;
+
+// "name\0pattern\0...\0", as the platform wants it.
+std::wstring filterList(const std::vector<FileFilter>& filters) {
+    std::wstring list;
+    for (const FileFilter& filter : filters) {
+        list += toWide(filter.name);
+        list += L'\0';
+        list += toWide(filter.pattern);
+        list += L'\0';
+    }
+    list += L'\0';
+    return list;
+}
+
+struct Question {
+    HWND owner;
+    std::string_view title;
+    const std::vector<FileFilter>& filters;
+    std::string_view extension;
+    std::string_view suggestion;
+    DWORD flags;
+    BOOL(WINAPI* ask)(OPENFILENAMEW*);
+};
+
+std::optional<std::string> askFile(const Question& question) {
+    const std::wstring title = toWide(question.title);
+    const std::wstring filters = filterList(question.filters);
+    const std::wstring extension = toWide(question.extension);
+    std::wstring path = toWide(question.suggestion);
+    path.resize(kPathBuffer, L'\0');
+    path.back() = L'\0';
+
+    OPENFILENAMEW dialog{};
+    dialog.lStructSize = sizeof dialog;
+    dialog.hwndOwner = question.owner;
+    dialog.lpstrFilter = filters.c_str();
+    dialog.lpstrFile = path.data();
+    dialog.nMaxFile = static_cast<DWORD>(path.size());
+    dialog.lpstrTitle = title.empty() ? nullptr : title.c_str();
+    dialog.lpstrDefExt = extension.empty() ? nullptr : extension.c_str();
+    dialog.Flags = question.flags | OFN_EXPLORER | OFN_NOCHANGEDIR | OFN_HIDEREADONLY;
+    if (!question.ask(&dialog)) return std::nullopt;
+    return toUtf8(path.c_str());
+}
+
+}  // namespace
+
+std::optional<std::string> askOpenFile(HWND owner, std::string_view title,
+                                       const std::vector<FileFilter>& filters) {
+    return askFile({owner, title, filters, {}, {}, OFN_FILEMUSTEXIST, ::GetOpenFileNameW});
+}
+
+std::optional<std::string> askSaveFile(HWND owner, std::string_view title,
+                                       const std::vector<FileFilter>& filters,
+                                       std::string_view extension, std::string_view suggestion) {
+    return askFile({owner, title, filters, extension, suggestion,
+                    OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST, ::GetSaveFileNameW});
+}

@@ -1,0 +1,61 @@
+#include "module_internal.h"
+
+#include <framework/module.h>
+
+extern "C" IMAGE_DOS_HEADER __ImageBase;
+
+namespace {
+
+HINSTANCE g_resources = nullptr;
+
+constexpr WORD kIsolationAwareManifest = 2;
+
+// Lives as long as the process: window procedures may still run while static objects are being
+// destroyed, and a context of a module that has gone harms nobody.
+HANDLE createModuleContext() noexcept {
+    ACTCTXW description{};
+    description.cbSize = sizeof description;
+    description.dwFlags = ACTCTX_FLAG_HMODULE_VALID | ACTCTX_FLAG_RESOURCE_NAME_VALID;
+    description.hModule = moduleInstance();
+    description.lpResourceName = MAKEINTRESOURCEW(kIsolationAwareManifest);
+    return ::CreateActCtxW(&description);
+}
+
+HANDLE moduleContext() noexcept {
+    static const HANDLE context = createModuleContext();
+    return context;
+}
+
+}  // namespace
+
+HINSTANCE moduleInstance() noexcept {
+    return reinterpret_cast<HINSTANCE>(&__ImageBase);
+}
+
+HINSTANCE resourceInstance() noexcept {
+    return g_resources ? g_resources : moduleInstance();
+}
+
+void setResourceInstance(HINSTANCE instance) noexcept {
+    g_resources = instance;
+}
+
+ModuleScope::ModuleScope() noexcept : savedResources_(g_resources) {
+    g_resources = nullptr;
+    const HANDLE context = moduleContext();
+    activated_ = context != INVALID_HANDLE_VALUE && ::ActivateActCtx(context, &cookie_);
+}
+
+ModuleScope::~ModuleScope() {
+    if (activated_) ::DeactivateActCtx(0, cookie_);
+    g_resources = savedResources_;
+}
+
+void ensureCommonControls() noexcept {
+    static const bool ready = [] {
+        const INITCOMMONCONTROLSEX classes{sizeof classes,
+                                           ICC_WIN95_CLASSES | ICC_STANDARD_CLASSES};
+        return ::InitCommonControlsEx(&classes) != FALSE;
+    }();
+    static_cast<void>(ready);
+}

@@ -1,0 +1,21 @@
+// What the parts of the window layer share among themselves.
+#pragma once
+
+#include <framework/win32.h>
+
+#include <cstdint>
+
+/// Registers the platform's common controls, once.
+void ensureCommonControls() noexcept;
+
+/// Hands the exception being handled to the application object; nothing leaves this function.
+/// Must be called from within a catch block.
+void reportCurrentException() noexcept;
+
+/// A function of a loaded library of the platform by name, or null. The caller names its type.
+template <typename Function>
+Function* platformFunction(const wchar_t* library, const char* name) noexcept {
+    const HMODULE module = ::GetModuleHandleW(library);
+    if (!module) return nullptr;
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
+}
