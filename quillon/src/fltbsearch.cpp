@@ -40,7 +40,8 @@ std::int32_t fltBsearch(const void* list, std::int32_t count, const void* key,
             upper = probe;
         }
         const std::int32_t next = lower + (upper - lower) / 2;
-        if (next == probe) return end(order > 0 ? probe : probe + 1, kNotFound);
+        // Only an element before the key can be met twice: the upper bound is never probed again.
+        if (next == probe) return end(probe + 1, kNotFound);
         probe = next;
     }
 }

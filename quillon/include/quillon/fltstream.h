@@ -46,7 +46,8 @@ public:
 
     /// Writes what is pending, brings the header at the file's start up to date with the counters
     /// (for a file that `open` created), and lets go of the file. Gives false when any byte since
-    /// the file was opened could not be written; true also when no file is open.
+    /// the file was opened could not be written; true also when no file is open. What a pending
+    /// writer throws passes through and leaves the file open.
     [[nodiscard]] bool close();
 
     bool isOpen() const noexcept { return file_ != nullptr; }
@@ -77,6 +78,7 @@ public:
     void flushPending();
 
 private:
+    bool rewriteHeader();
     bool release() noexcept;
 
     std::uint32_t revision_ = 1580;

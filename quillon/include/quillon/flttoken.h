@@ -1,19 +1,11 @@
 // The bytes of one OpenFlight record, with a cursor and big-endian conversion.
 #pragma once
 
-#include <bit>
-#include <concepts>
-#include <cstddef>
+#include <quillon/fltbyteorder.h>
+
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <memory>
-#include <type_traits>
-
-/// A number of exactly `size` bytes: an integer, an enumeration or a floating-point value.
-template <typename T, std::size_t size>
-concept FltNumberOf = (std::is_arithmetic_v<T> || std::is_enum_v<T>)&&!std::same_as<T, bool> &&
-                      sizeof(T) == size;
 
 /// The buffer of one record: 16-bit opcode, 16-bit length (header included), body.
 ///
@@ -103,7 +95,16 @@ public:
 
     /// Moves the cursor over `n` bytes to be written and gives their place; they are not cleared.
     /// For writers that fill in a known layout at once.
-    std::uint8_t* claim(std::uint32_t n);
+    std::uint8_t* claim(std::uint32_t n) {
+        const std::uint64_t end = std::uint64_t{position_} + n;
+        if (!owns_ || end > kLongestRecord || end > static_cast<std::uint64_t>(capacity_))
+            [[unlikely]]
+            makeRoom(n);
+        const std::uint32_t place = position_;
+        position_ = static_cast<std::uint16_t>(end);
+        if (position_ > length_) length_ = position_;
+        return block_.get() + place;
+    }
 
     /// Moves the cursor over `n` bytes to be read, of which at least `n` must be left
     /// (`remaining()`), and gives their place.
@@ -126,24 +127,27 @@ public:
     /// Whether the bytes are the token's own, rather than attached.
     bool ownsBuffer() const noexcept { return owns_; }
 
-    /// Copies a number of 1, 2, 4 or 8 bytes between host and big-endian order, which is the same
-    /// operation both ways. Throws `AviaryAssertion` for any other size.
+    /// Copies a number of 1, 2, 4 or 8 bytes between host and big-endian order, for sizes known
+    /// only at run time. Throws `AviaryAssertion` for any other size.
     static void convertOrder(void* destination, const void* source, std::size_t size);
 
 private:
     static constexpr std::uint16_t kHeaderSize = 4;
+    static constexpr std::uint32_t kLongestRecord = 0xFFFF;
 
-    template <typename T>
+    template <FltNumber T>
     void readNumber(T& destination) noexcept {
-        std::uint8_t scratch[sizeof(T)] = {};
-        const std::uint32_t present = remaining() < sizeof(T) ? remaining() : sizeof(T);
-        if (present != 0) std::memcpy(scratch, take(present), present);
-        convertOrder(&destination, scratch, sizeof(T));
+        if (remaining() >= sizeof(T)) [[likely]]
+            fltLoadBigEndian(take(sizeof(T)), destination);
+        else
+            readShort(&destination, sizeof(T));
     }
-    template <typename T>
+    template <FltNumber T>
     void writeNumber(T value) {
-        convertOrder(claim(sizeof(T)), &value, sizeof(T));
+        fltStoreBigEndian(claim(sizeof(T)), value);
     }
+    void makeRoom(std::uint32_t n);
+    void readShort(void* destination, std::size_t size) noexcept;
     void moveToOwnBlock(std::uint32_t capacity);
 
     std::uint16_t opcode_ = 0;

@@ -1,0 +1,37 @@
+#include "fltcodec.h"
+
+#include <quillon/fltbsp.h>
+#include <quillon/fltstream.h>
+
+namespace {
+
+template <typename Codec>
+void layout(Codec& codec, auto& record) {
+    codec.field("id", record.asciiId);
+    codec.reserved(4);
+    codec.field("planeA", record.planeA);
+    codec.field("planeB", record.planeB);
+    codec.field("planeC", record.planeC);
+    codec.field("planeD", record.planeD);
+}
+
+}  // namespace
+
+void FltBsp::write(FltStream& stream) {
+    quillon::nameRecord(asciiId, "b%d", stream.header().nextBspId);
+    FltRecord::write(stream);
+}
+
+void FltBsp::writeToken(FltToken& token, std::uint32_t) const {
+    token.begin(kOpcode);
+    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
+}
+
+void FltBsp::readToken(FltToken& token, std::uint32_t) {
+    token.rewind();
+    quillon::readFields(token, [this](auto& codec) { layout(codec, *this); });
+}
+
+void FltBsp::visitFields(FltFieldVisitor& visitor) const {
+    quillon::showFields(visitor, [this](auto& codec) { layout(codec, *this); });
+}

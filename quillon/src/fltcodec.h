@@ -1,0 +1,217 @@
+// One description of a record's layout, several uses of it.
+//
+// A layout is a function template over a codec that names the record's fields in file order:
+//
+//     template <typename Codec, typename Record>
+//     void layout(Codec& codec, Record& record) {
+//         codec.field("relativePriority", record.relativePriority);
+//         codec.reserved(2);
+//         ...
+//
+// Each codec is an aggregate of inline functions, so that a layout compiles to straight-line code.
+#pragma once
+
+#include <diagnostics/assertion.h>
+#include <quillon/fltbyteorder.h>
+#include <quillon/fltfield.h>
+#include <quillon/fltgeometry.h>
+#include <quillon/fltpackedcolor.h>
+#include <quillon/fltrecord.h>
+#include <quillon/flttext.h>
+#include <quillon/flttoken.h>
+
+#include <cstdint>
+#include <cstring>
+
+namespace quillon {
+
+/// What the codecs that move bytes share: everything is made of numbers, raw bytes and reserved
+/// bytes, which `Codec` supplies.
+template <typename Codec>
+struct ByteCodec {
+    template <FltNumber T>
+    void field(const char*, T& value) {
+        self().number(value);
+    }
+    /// Raw bytes, such as a name.
+    template <std::size_t size>
+    void field(const char*, char (&text)[size]) {
+        self().bytes(text, size);
+    }
+    template <std::size_t size>
+    void field(const char*, const char (&text)[size]) {
+        self().bytes(text, size);
+    }
+    void field(const char*, auto& point) requires requires { point.x, point.y, point.z; }
+    {
+        self().number(point.x);
+        self().number(point.y);
+        self().number(point.z);
+    }
+    void field(const char*, auto& color) requires requires { color.alpha, color.red; }
+    {
+        self().number(color.alpha);
+        self().number(color.blue);
+        self().number(color.green);
+        self().number(color.red);
+    }
+    /// A value that the layout holds a second time.
+    void repeated(auto& value) { self().number(value); }
+
+private:
+    Codec& self() { return static_cast<Codec&>(*this); }
+};
+
+/// Adds up the size of a layout.
+struct MeasureCodec : ByteCodec<MeasureCodec> {
+    std::uint32_t size = 0;
+
+    void number(const FltNumber auto& value) { size += sizeof value; }
+    void bytes(const char*, std::uint32_t n) { size += n; }
+    void reserved(std::uint32_t n) { size += n; }
+    void narrowed(const char*, double) { size += sizeof(float); }
+    void readOnly(const char*, const FltPackedColor& color) { size += sizeof color; }
+};
+
+/// Stores fields where there is room for all of them.
+struct StoreCodec : ByteCodec<StoreCodec> {
+    static constexpr bool kReads = false;
+    std::uint8_t* place;
+
+    explicit StoreCodec(std::uint8_t* start) : place(start) {}
+
+    void number(const FltNumber auto& value) {
+        fltStoreBigEndian(place, value);
+        place += sizeof value;
+    }
+    void bytes(const char* text, std::uint32_t n) {
+        std::memcpy(place, text, n);
+        place += n;
+    }
+    void reserved(std::uint32_t n) {
+        std::memset(place, 0, n);
+        place += n;
+    }
+    /// A value that the file holds with fewer bits than memory does.
+    void narrowed(const char*, double value) { number(static_cast<float>(value)); }
+    /// A value that is kept as read but leaves only zeros in the file.
+    void readOnly(const char*, const FltPackedColor& color) { reserved(sizeof color); }
+};
+
+/// Loads fields that are known to be there.
+struct LoadCodec : ByteCodec<LoadCodec> {
+    const std::uint8_t* place;
+
+    explicit LoadCodec(const std::uint8_t* start) : place(start) {}
+
+    void number(FltNumber auto& value) {
+        fltLoadBigEndian(place, value);
+        place += sizeof value;
+    }
+    void bytes(char* text, std::uint32_t n) {
+        std::memcpy(text, place, n);
+        place += n;
+    }
+    void reserved(std::uint32_t n) { place += n; }
+    void narrowed(const char*, double& value) {
+        float narrow = 0;
+        number(narrow);
+        value = narrow;
+    }
+    void readOnly(const char* name, FltPackedColor& color) { field(name, color); }
+};
+
+/// Reads fields from a record that may end before its layout does.
+struct ShortLoadCodec : ByteCodec<ShortLoadCodec> {
+    FltToken& token;
+
+    explicit ShortLoadCodec(FltToken& source) : token(source) {}
+
+    template <FltNumber T>
+    void number(T& value) {
+        if constexpr (sizeof(T) == 1) token.readInt8(value);
+        if constexpr (sizeof(T) == 2) token.readInt16(value);
+        if constexpr (sizeof(T) == 4) token.readInt32(value);
+        if constexpr (sizeof(T) == 8) token.readInt64(value);
+    }
+    void bytes(char* text, std::uint32_t n) { token.readBytes(n, text); }
+    void reserved(std::uint32_t n) { token.skip(n); }
+    void narrowed(const char*, double& value) {
+        float narrow = 0;
+        number(narrow);
+        value = narrow;
+    }
+    void readOnly(const char* name, FltPackedColor& color) { field(name, color); }
+};
+
+/// Shows fields to a visitor.
+struct ShowCodec {
+    FltFieldVisitor& visitor;
+
+    template <FltNumber T>
+    void field(const char* name, const T& value) {
+        show(name, -1, value);
+    }
+    template <std::size_t size>
+    void field(const char* name, const char (&text)[size]) {
+        visitor.text(name, fltText(text));
+    }
+    void field(const char* name, const FltPoint3d& point) {
+        show(name, 0, point.x);
+        show(name, 1, point.y);
+        show(name, 2, point.z);
+    }
+    void readOnly(const char* name, const FltPackedColor& color) {
+        show(name, 0, color.alpha);
+        show(name, 1, color.blue);
+        show(name, 2, color.green);
+        show(name, 3, color.red);
+    }
+    void repeated(const auto&) {}
+    void reserved(std::uint32_t) {}
+    void narrowed(const char* name, double value) { show(name, -1, value); }
+
+    template <FltNumber T>
+    void show(const char* name, int index, T value) {
+        if constexpr (std::is_floating_point_v<T>)
+            visitor.real(name, index, static_cast<double>(value));
+        else
+            visitor.integer(name, index, static_cast<std::int64_t>(value));
+    }
+};
+
+/// Appends the fields that `layout`, called with a codec, names to what `token` holds.
+template <typename Layout>
+void writeFields(FltToken& token, Layout&& layout) {
+    MeasureCodec measure;
+    layout(measure);
+    StoreCodec store(token.claim(measure.size));
+    layout(store);
+}
+
+/// Reads the fields that `layout` names from the token's cursor on. The record may be short.
+template <typename Layout>
+void readFields(FltToken& token, Layout&& layout) {
+    MeasureCodec measure;
+    layout(measure);
+    if (token.remaining() >= measure.size) [[likely]] {
+        LoadCodec load(token.take(measure.size));
+        layout(load);
+    } else {
+        ShortLoadCodec load(token);
+        layout(load);
+    }
+}
+
+/// Shows the fields that `layout` names to `visitor`.
+template <typename Layout>
+void showFields(FltFieldVisitor& visitor, Layout&& layout) {
+    ShowCodec show{visitor};
+    layout(show);
+}
+
+/// Gives a record without a name the next one of its kind, from `pattern` and the header's
+/// `counter`, which moves on. A record with a name keeps it.
+void nameRecord(char (&id)[8], const char* pattern, std::int16_t& counter);
+
+}  // namespace quillon

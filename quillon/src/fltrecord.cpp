@@ -1,0 +1,17 @@
+#include <quillon/fltfilereader.h>
+#include <quillon/fltrecord.h>
+#include <quillon/fltstream.h>
+
+void FltRecord::write(FltStream& stream) {
+    writeToken(stream.token(), stream.revision());
+    stream.writeToken(stream.token());
+}
+
+void FltRecord::read(FltStream& stream) {
+    readToken(stream.token(), stream.revision());
+}
+
+void FltRecord::readFromFile(FltFileToken* token) {
+    if (token == nullptr || token->header == nullptr) return;
+    readToken(*token, token->header->revision());
+}

@@ -1,0 +1,103 @@
+#include "fltfile.h"
+
+#include <diagnostics/assertion.h>
+#include <quillon/fltstream.h>
+
+namespace {
+
+constexpr std::size_t kFileBufferSize = 1 << 16;
+
+/// Keeps a flag set for a scope, whichever way it is left.
+class FlagSetter {
+public:
+    explicit FlagSetter(bool& flag) : flag_(flag) { flag_ = true; }
+    ~FlagSetter() { flag_ = false; }
+    FlagSetter(const FlagSetter&) = delete;
+    FlagSetter& operator=(const FlagSetter&) = delete;
+
+private:
+    bool& flag_;
+};
+
+}  // namespace
+
+FltStream::~FltStream() {
+    try {
+        static_cast<void>(close());
+    } catch (...) {
+        // A pending writer may throw; nobody is left to be told.
+        static_cast<void>(release());
+    }
+}
+
+bool FltStream::open(const std::string& path, const FltHeader& header) {
+    diagnostics::check(file_ == nullptr, "fltstream", 72);
+    std::FILE* file = quillon::openFile(quillon::nativePath(path), true);
+    if (file == nullptr) return false;
+    std::setvbuf(file, nullptr, _IOFBF, kFileBufferSize);
+    attach(file, header.revision());
+    ownsFile_ = true;
+    header_ = header;
+    header_.write(*this);
+    return true;
+}
+
+void FltStream::attach(std::FILE* file, std::uint32_t revision, FltStreamMode mode) {
+    diagnostics::check(file_ == nullptr, "fltstream", 85);
+    file_ = file;
+    ownsFile_ = false;
+    revision_ = revision;
+    mode_ = mode;
+    nesting_ = {};
+    header_ = {};
+    pendingItems_.clear();
+}
+
+bool FltStream::close() {
+    if (file_ == nullptr) return true;
+    if (mode_ == FltStreamMode::write) flushPending();
+    const bool upToDate = !ownsFile_ || rewriteHeader();
+    return release() && upToDate;
+}
+
+// Puts the counters, which naming has moved, into the header at the file's start. The header keeps
+// the revision that it was written with, so that its length stays the same.
+bool FltStream::rewriteHeader() {
+    if (std::ferror(file_) != 0 || std::fseek(file_, 0, SEEK_SET) != 0) return false;
+    header_.formatRevision = static_cast<std::int32_t>(revision_);
+    header_.writeToken(token_, revision_);
+    token_.writeTo(file_);
+    return true;
+}
+
+bool FltStream::release() noexcept {
+    const bool flushed = std::fflush(file_) == 0;
+    bool good = std::ferror(file_) == 0 && flushed;
+    if (ownsFile_ && std::fclose(file_) != 0) good = false;
+    file_ = nullptr;
+    ownsFile_ = false;
+    return good;
+}
+
+void FltStream::writeToken(FltToken& token) {
+    diagnostics::check(file_ != nullptr, "fltstream", 417);
+    diagnostics::check(mode_ == FltStreamMode::write, "fltstream", 418);
+    flushPending();
+    nesting_.count(token.opcode());
+    token.writeTo(file_);
+}
+
+void FltStream::addPending(std::int32_t item) {
+    diagnostics::check(pendingWriter_ != nullptr, "fltstream", 431);
+    pendingItems_.append(item);
+}
+
+void FltStream::flushPending() {
+    if (flushing_) return;
+    const FlagSetter guard(flushing_);
+    if (pendingItems_.count() == 0) return;
+    diagnostics::check(pendingWriter_ != nullptr, "fltstream", 431);
+    pendingWriter_->writePending(pendingToken_, revision_);
+    writeToken(pendingToken_);
+    pendingItems_.clear();
+}

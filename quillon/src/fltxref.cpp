@@ -1,0 +1,29 @@
+#include "fltcodec.h"
+
+#include <quillon/fltxref.h>
+
+namespace {
+
+template <typename Codec>
+void layout(Codec& codec, auto& record) {
+    codec.field("fileName", record.fileName);
+    codec.reserved(4);
+    codec.field("flags", record.flags);
+    codec.reserved(2);
+}
+
+}  // namespace
+
+void FltXRef::writeToken(FltToken& token, std::uint32_t) const {
+    token.begin(kOpcode);
+    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
+}
+
+void FltXRef::readToken(FltToken& token, std::uint32_t) {
+    token.rewind();
+    quillon::readFields(token, [this](auto& codec) { layout(codec, *this); });
+}
+
+void FltXRef::visitFields(FltFieldVisitor& visitor) const {
+    quillon::showFields(visitor, [this](auto& codec) { layout(codec, *this); });
+}
