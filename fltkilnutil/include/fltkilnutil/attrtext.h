@@ -1,6 +1,7 @@
 // Numbers of attributes as text, the same on every platform and in every locale.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 

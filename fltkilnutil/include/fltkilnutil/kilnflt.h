@@ -15,7 +15,6 @@
 #include <fltkilnutil/nodeoptions.h>
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -46,9 +45,6 @@ bool fltGetParameter(INode* node, std::uint32_t& parameter) noexcept;
 /// Whether the host object of the node counts as a face: geometry or shape, convertible to the
 /// host's triangle mesh, and renderable.
 bool fltIsFaceObject(INode* node) noexcept;
-
-/// A default record of the kind, owned by the caller; null for a kind without a record class.
-std::unique_ptr<FltRecord> fltNewRecord(FltNodeKind kind);
 
 /// Stores the record in OpenFlight form at the node's stored parameter; false without a kind block
 /// or when the record is too large for one OpenFlight record. An existing record chunk is updated

@@ -1,0 +1,84 @@
+#include "attrtable.h"
+
+#include <diagnostics/log.h>
+
+namespace fltkilnutil {
+
+namespace {
+
+constexpr std::uint16_t kYesCaption = 114;
+constexpr std::uint16_t kNoCaption = 115;
+
+/// In the order of look-up.
+constexpr const GroupRow* kGroupRows[AttrTable::kGroups] = {
+    &kBspGroup,    &kClipRegionGroup, &kDofGroup,         &kFaceGroup,        &kGroupGroup,
+    &kHeaderGroup, &kLightPointGroup, &kLightSourceGroup, &kLodGroup,         &kObjectGroup,
+    &kSwitchGroup, &kXRefGroup,       &kInstanceRefGroup, &kInstanceDefGroup,
+};
+
+std::unique_ptr<AttrTable> buildTable() {
+    if (const CaptionReader captions = openCaptionLibrary())
+        return std::make_unique<AttrTable>(captions);
+    diagnostics::log("Attribute captions not found: %s\n", kCaptionLibrary);
+    return nullptr;
+}
+
+void fillChoices(FltAttrDesc& descriptor) {
+    if (descriptor.type != FltAttrType::Enumeration || descriptor.enumeration == nullptr) return;
+    for (const FltAttrEnum* entry = descriptor.enumeration; entry->text != nullptr; ++entry)
+        descriptor.choices.push_back(entry->text);
+}
+
+}  // namespace
+
+constinit FltAttrEnum yesNoTable[3] = {{0, "No"}, {1, "Yes"}, {0, nullptr}};
+
+AttrTable* AttrTable::instance() {
+    static const std::unique_ptr<AttrTable> table = buildTable();
+    return table.get();
+}
+
+AttrTable::AttrTable(const CaptionReader& captions) : captions_(captions) {
+    yesNoTable[0].text = captions_.text(kNoCaption);
+    yesNoTable[1].text = captions_.text(kYesCaption);
+    for (std::size_t i = 0; i < kGroups; ++i) {
+        groups_[i] = buildGroup(*kGroupRows[i]);
+        list_[i] = groups_[i].get();
+    }
+}
+
+std::unique_ptr<TableGroup> AttrTable::buildGroup(const GroupRow& row) {
+    auto group = std::make_unique<TableGroup>(row);
+    group->caption = captions_.text(row.caption);
+    group->kind = row.kind;
+    group->record = row.makeRecord();
+    if (row.makeOptions != nullptr) group->options = row.makeOptions();
+    group->rows.reserve(row.rows.size() + 1);
+    for (const AttrRow& attribute : row.rows) {
+        group->rows.emplace_back(captions_.text(attribute.caption), attribute.field.target,
+                                 attribute.key, attribute.type, attribute.declaredDefault,
+                                 attribute.field.field, attribute.width, attribute.mask,
+                                 buildEnumeration(attribute.choices), attribute.controlling);
+        fillChoices(group->rows.back());
+    }
+    group->rows.emplace_back();
+    group->descriptors = group->rows.data();
+    return group;
+}
+
+const FltAttrEnum* AttrTable::buildEnumeration(std::span<const EnumRow> choices) {
+    if (choices.empty()) return nullptr;
+    auto entries = std::make_unique<FltAttrEnum[]>(choices.size() + 1);
+    for (std::size_t i = 0; i < choices.size(); ++i)
+        entries[i] = {choices[i].value, captions_.text(choices[i].caption)};
+    entries[choices.size()] = {0, nullptr};
+    return enumerations_.emplace_back(std::move(entries)).get();
+}
+
+TableGroup* AttrTable::find(FltNodeKind kind) const noexcept {
+    for (const auto& group : groups_)
+        if (group->kind == kind) return group.get();
+    return nullptr;
+}
+
+}  // namespace fltkilnutil

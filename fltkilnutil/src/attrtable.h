@@ -1,0 +1,56 @@
+// The attribute table in memory: all groups with their rows, built from the constant rows.
+#pragma once
+
+#include "attrrow.h"
+#include "captionstore.h"
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace fltkilnutil {
+
+/// A group together with what it was built from.
+struct TableGroup : FltAttrGroup {
+    explicit TableGroup(const GroupRow& groupRow) : row(groupRow) {}
+
+    /// Puts record and options back to their defaults.
+    void resetRecord() { row.resetRecord(*record); }
+    void resetOptions() { row.resetOptions(*options); }
+
+    const GroupRow& row;
+    std::vector<FltAttrDesc> rows;  ///< the terminator included
+};
+
+class AttrTable {
+public:
+    static constexpr std::size_t kGroups = 14;
+
+    /// The table, built at the first call; null when the caption library is missing, which the
+    /// first call logs.
+    static AttrTable* instance();
+
+    explicit AttrTable(const CaptionReader& captions);
+    AttrTable(const AttrTable&) = delete;
+    AttrTable& operator=(const AttrTable&) = delete;
+
+    TableGroup* find(FltNodeKind kind) const noexcept;
+
+    /// All groups, ended by null.
+    FltAttrGroup* const* list() const noexcept { return list_.data(); }
+
+private:
+    std::unique_ptr<TableGroup> buildGroup(const GroupRow& row);
+    const FltAttrEnum* buildEnumeration(std::span<const EnumRow> choices);
+
+    CaptionStore captions_;
+    std::vector<std::unique_ptr<FltAttrEnum[]>> enumerations_;
+    std::array<std::unique_ptr<TableGroup>, kGroups> groups_;
+    std::array<FltAttrGroup*, kGroups + 1> list_{};
+};
+
+/// No and yes, the enumeration of every boolean row.
+extern FltAttrEnum yesNoTable[3];
+
+}  // namespace fltkilnutil

@@ -1,0 +1,141 @@
+#include "attrtable.h"
+#include "attrvalue.h"
+
+#include <fltkilnutil/fltattr.h>
+#include <fltkilnutil/kilnflt.h>
+#include <fltkilnutil/kilnlightpoint.h>
+
+using namespace fltkilnutil;
+
+namespace {
+
+/// Runs `body`, which may fail for want of memory, and gives `failure` then.
+template <typename Result, typename Body>
+Result orElse(Result failure, Body&& body) noexcept {
+    try {
+        return body();
+    } catch (...) {
+        return failure;
+    }
+}
+
+FltAttrBlock blockOf(FltAttrGroup& group, const FltAttrDesc& descriptor) noexcept {
+    if (descriptor.target == FltAttrTarget::Options) return *group.options;
+    return *group.record;
+}
+
+/// The second light point row holds the mode's parameter, which only mode 1 has.
+void showModeParameter(FltAttrGroup& group) noexcept {
+    if (group.kind != FltNodeKind::LightPoint) return;
+    const bool hasParameter = fltAttrGetField(*group.options, group.descriptors[0]) == 1;
+    group.descriptors[1].visible = hasParameter ? 1 : 0;
+}
+
+bool readRecord(INode* node, TableGroup& group, std::uint32_t parameter) {
+    group.resetRecord();  // a short record leaves nothing of the node before
+    if (fltHasRecord(node))
+        return fltGetParameter(node, group.parameter) && fltGetRecord(node, *group.record);
+    group.parameter = parameter;
+    return true;
+}
+
+bool readOptions(INode* node, TableGroup& group) {
+    if (group.options == nullptr) return true;
+    group.resetOptions();
+    return !fltHasOptions(node) || fltGetOptions(node, *group.options);
+}
+
+void printValues(FltAttrGroup& group) {
+    NumberText room;
+    for (FltAttrDesc* row = group.descriptors; !row->isTerminator(); ++row) {
+        const std::string_view text = printField(blockOf(group, *row), *row, room);
+        row->value.setSize(static_cast<std::int32_t>(text.size()) + 1);
+        text.copy(row->value.text(), text.size());
+    }
+    showModeParameter(group);
+}
+
+FltAttrGroup* load(INode* node, std::uint32_t parameter) {
+    FltNodeKind kind{};
+    if (!fltGetKind(node, true, kind)) return nullptr;
+    AttrTable* const table = AttrTable::instance();
+    TableGroup* const group = table != nullptr ? table->find(kind) : nullptr;
+    if (group == nullptr || !readRecord(node, *group, parameter) || !readOptions(node, *group))
+        return nullptr;
+    printValues(*group);
+    return group;
+}
+
+/// A node of another kind keeps its data.
+bool mayBecome(INode* node, FltNodeKind kind) noexcept {
+    FltNodeKind stored{};
+    return !fltGetKind(node, false, stored) || stored == kind;
+}
+
+bool store(INode* node, FltAttrGroup& group) {
+    if (node == nullptr || !mayBecome(node, group.kind)) return false;
+    for (const FltAttrDesc* row = group.descriptors; !row->isTerminator(); ++row)
+        storeField(blockOf(group, *row), *row);
+    if (!fltHasData(node) && !fltEnsureKind(node, group.kind, group.parameter)) return false;
+    if (group.options != nullptr && !fltPutOptions(node, *group.options)) return false;
+    if (!fltPutRecord(node, *group.record)) return false;
+    showModeParameter(group);
+    return true;
+}
+
+}  // namespace
+
+FltAttrDesc::FltAttrDesc(const char* rowCaption, FltAttrTarget rowTarget, const char* rowKey,
+                         FltAttrType rowType, const char* /*declaredDefault*/,
+                         FltAttrField rowField, FltAttrWidth rowWidth, std::uint32_t rowMask,
+                         const FltAttrEnum* rowEnumeration, bool isControlling)
+    : caption(rowCaption),
+      key(rowKey),
+      type(rowType),
+      target(rowTarget),
+      field(rowField),
+      width(rowWidth),
+      mask(rowMask),
+      enumeration(rowEnumeration),
+      controlling(isControlling ? 1 : 0) {
+    if (type != FltAttrType::Boolean) return;
+    type = FltAttrType::Enumeration;
+    enumeration = yesNoTable;
+    bitFlag = mask != 0 ? 1 : 0;
+}
+
+FltAttrGroup* fltAttrGroupFind(FltNodeKind kind) noexcept {
+    return orElse<FltAttrGroup*>(nullptr, [kind]() -> FltAttrGroup* {
+        AttrTable* const table = AttrTable::instance();
+        return table != nullptr ? table->find(kind) : nullptr;
+    });
+}
+
+FltAttrGroup* const* fltAttrGroups() noexcept {
+    return orElse<FltAttrGroup* const*>(nullptr, []() -> FltAttrGroup* const* {
+        AttrTable* const table = AttrTable::instance();
+        return table != nullptr ? table->list() : nullptr;
+    });
+}
+
+std::size_t fltAttrCount(const FltAttrGroup& group) noexcept {
+    std::size_t count = 0;
+    while (!group.descriptors[count].isTerminator()) ++count;
+    return count;
+}
+
+FltAttrDesc* fltAttrFindRow(FltNodeKind kind, std::string_view key) noexcept {
+    const FltAttrGroup* const group = fltAttrGroupFind(kind);
+    if (group == nullptr || key.empty()) return nullptr;
+    for (FltAttrDesc* row = group->descriptors; !row->isTerminator(); ++row)
+        if (row->key == key) return row;
+    return nullptr;
+}
+
+FltAttrGroup* fltAttrLoad(INode* node, std::uint32_t parameter) noexcept {
+    return orElse<FltAttrGroup*>(nullptr, [=] { return load(node, parameter); });
+}
+
+bool fltAttrStore(INode* node, FltAttrGroup& group) noexcept {
+    return orElse(false, [&] { return store(node, group); });
+}
