@@ -1,0 +1,116 @@
+// What every thing of a scene has: application data chunks and custom attributes.
+#pragma once
+
+#include <kiln/ids.h>
+#include <kiln/platform.h>
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+class CustAttrib;
+class ICustAttribContainer;
+struct AnimatableData;
+
+/// One block of bytes that a plug-in keeps on a thing of the scene, saved with the scene.
+///
+/// The owner may change `data` and `length` in place, for a block of the host allocator; it then
+/// frees the block it replaced (or has it from `KILN_realloc`). The block that `data` names when
+/// the chunk goes is freed by the host with `KILN_free`.
+struct AppDataChunk {
+    Class_ID clID;    ///< class of the plug-in that owns the chunk
+    SClass_ID sclID;  ///< its super class
+    DWORD subID;      ///< which of the owner's chunks
+    DWORD length;     ///< bytes in `data`
+    void* data;       ///< a block of the host allocator; null only when `length` is 0
+};
+
+/// Base of everything that a scene is made of.
+class KILNAPI Animatable {
+public:
+    Animatable();
+    virtual ~Animatable();
+    Animatable(const Animatable&) = delete;
+    Animatable& operator=(const Animatable&) = delete;
+
+    virtual SClass_ID SuperClassID() const = 0;
+    virtual Class_ID ClassID() const = 0;
+    /// Gives the object back to the module that made it.
+    virtual void DeleteThis() { delete this; }
+
+    /// Attaches `data` (a block of `KILN_malloc` of `length` bytes; null only for length 0) and
+    /// takes it over. A chunk with the same three ids is kept and gets the new block, its old one
+    /// being freed. Gives the chunk as the host now holds it; null when there is no memory or
+    /// `data` is null for a length above 0, and `data` then stays the caller's.
+    AppDataChunk* AddAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD subId, DWORD length,
+                                  void* data) noexcept;
+    /// The chunk with these ids, or null. Valid until it is removed or this object goes.
+    AppDataChunk* GetAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD subId) const noexcept;
+    /// Frees the chunk with these ids; false when there is none.
+    bool RemoveAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD subId) noexcept;
+    /// Frees all chunks.
+    void ClearAllAppData() noexcept;
+    /// Chunks in the order they were first added.
+    int NumAppDataChunks() const noexcept;
+    AppDataChunk* GetAppDataChunk(int index) const noexcept;
+
+    /// The custom attributes, or null while there is no container.
+    ICustAttribContainer* GetCustAttribContainer() const noexcept;
+    /// Makes the container unless there is one already; gives it. Null without memory.
+    ICustAttribContainer* AllocCustAttribContainer() noexcept;
+    /// Deletes the container and every attribute in it.
+    void DeleteCustAttribContainer() noexcept;
+
+private:
+    std::unique_ptr<AnimatableData> data_;  // most things carry neither chunks nor attributes
+};
+
+/// Something that several others may refer to. It lives until the last reference is released.
+/// A new one has no references: whoever keeps it adds the first.
+class KILNAPI ReferenceTarget : public Animatable {
+public:
+    void AddReference() noexcept { ++references_; }
+    /// Calls `DeleteThis` when this was the last reference.
+    void ReleaseReference() noexcept;
+    int NumReferences() const noexcept { return references_; }
+
+    /// What this keeps in a scene file, as bytes of its own layout. The host's own classes are
+    /// written out by the host and leave this empty. Must not throw.
+    virtual std::vector<BYTE> SaveState() const { return {}; }
+    /// Takes back what `SaveState` gave, which may have been damaged; false refuses it, and with it
+    /// the scene file. Must not throw.
+    virtual bool LoadState(const BYTE* bytes, std::size_t length);
+
+private:
+    int references_ = 0;
+};
+
+/// A custom attribute: data of a plug-in's class that hangs on a thing of the scene.
+class KILNAPI CustAttrib : public ReferenceTarget {
+public:
+    SClass_ID SuperClassID() const override { return CUST_ATTRIB_CLASS_ID; }
+    /// The name that a user sees, UTF-8.
+    virtual const char* GetName() const { return ""; }
+};
+
+/// The custom attributes of one thing, in order. It holds a reference to each.
+class KILNAPI ICustAttribContainer {
+public:
+    ICustAttribContainer() = default;
+    ~ICustAttribContainer();
+    ICustAttribContainer(const ICustAttribContainer&) = delete;
+    ICustAttribContainer& operator=(const ICustAttribContainer&) = delete;
+
+    int GetNumCustAttribs() const noexcept { return static_cast<int>(attribs_.size()); }
+    /// Null when `index` is out of range.
+    CustAttrib* GetCustAttrib(int index) const noexcept;
+    /// Inserts before `index` (0 to the number of attributes); false, and nothing happens, when the
+    /// index is out of range, `attrib` is null or there is no memory.
+    bool InsertCustAttrib(int index, CustAttrib* attrib) noexcept;
+    bool AppendCustAttrib(CustAttrib* attrib) noexcept;
+    /// Takes the attribute out and releases it; false when `index` is out of range.
+    bool RemoveCustAttrib(int index) noexcept;
+
+private:
+    std::vector<CustAttrib*> attribs_;
+};

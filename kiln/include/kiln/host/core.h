@@ -1,0 +1,110 @@
+// The host's own side of the core: its life, its scene files, imports, panel and settings.
+#pragma once
+
+#include <kiln/classdesc.h>
+#include <kiln/host/hostwindow.h>
+#include <kiln/host/status.h>
+#include <kiln/interface.h>
+#include <kiln/sceneio.h>
+#include <kiln/timevalue.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace kiln {
+
+/// The result of an import or export.
+struct ImportResult {
+    int code = IMPEXP_FAIL;  ///< `IMPEXP_SUCCESS`, `IMPEXP_FAIL` or `IMPEXP_CANCEL`
+    std::string message;     ///< the summary after success, otherwise why it failed; may be empty
+    bool ok() const noexcept { return code == IMPEXP_SUCCESS; }
+};
+
+/// Asked now and then during an import or export; false cancels it.
+using ProgressFunction = std::function<bool(double fraction, const char* what)>;
+
+/// A file kind that a registered importer or exporter handles.
+struct FileKind {
+    ClassDesc* owner;
+    std::string description;              ///< "OpenFlight scene"
+    std::vector<std::string> extensions;  ///< without a dot
+};
+
+/// The core, of which there is at most one. `GetCOREInterface()` is null before `create` and after
+/// `destroy`.
+class KILNAPI Core {
+public:
+    /// Makes the core with an empty scene, or gives the one there is.
+    static Core& create();
+    /// The core, or null.
+    static Core* get() noexcept;
+    /// Closes the utility, empties the scene, unloads the modules and ends the core. Does nothing
+    /// without one. Published interfaces, notifications of linked code and name makers outlive it.
+    static void destroy();
+
+    Core(const Core&) = delete;
+    Core& operator=(const Core&) = delete;
+
+    Interface& hostInterface() noexcept;
+
+    /// The application's windows; null for none (as at first). Must outlive the core or be set to
+    /// null before it goes.
+    void setHostWindow(HostWindow* window) noexcept;
+    HostWindow& hostWindow() noexcept;  ///< a window that does nothing while none is set
+
+    void setTime(TimeValue t) noexcept;
+    /// Sets a directory of `Interface::GetDir`; separators at the end are dropped. False for an
+    /// unknown id.
+    bool setDirectory(int id, const std::string& path);
+
+    // The scene.
+
+    /// Empties the scene. Sends `NOTIFY_SCENE_PRE_CLEAR` and `NOTIFY_SCENE_NEW`.
+    void newScene();
+    /// Empties the scene and puts the time back to 0. Sends also `NOTIFY_SCENE_RESET`.
+    void resetScene();
+    /// Opens a .kiln file in place of the scene. A file that cannot be read or is damaged is
+    /// refused with a message that says where, and the scene stays as it was.
+    /// Sends `NOTIFY_SCENE_PRE_CLEAR` and `NOTIFY_SCENE_OPENED`.
+    Status loadScene(const std::string& path);
+    /// Writes the scene to a temporary file beside `path` and renames it to `path`. After a failure
+    /// a file that was there before is as it was. Sends `NOTIFY_SCENE_SAVED`.
+    Status saveScene(const std::string& path);
+    /// The scene as the text of a .kiln file, and back, without a file and without its
+    /// notifications of saving; `path` stands in messages.
+    std::string sceneText() const;
+    Status loadSceneText(const std::string& text, const std::string& path);
+    /// Whether the scene was changed through the graph since it was made, opened or saved. Changes
+    /// that a plug-in makes inside a chunk go unseen until it says so with `setModified`.
+    bool isModified() const noexcept;
+    void setModified(bool modified) noexcept;
+
+    // Import and export.
+
+    std::vector<FileKind> importKinds() const;
+    std::vector<FileKind> exportKinds() const;
+    /// Runs the registered importer for the extension of `path`. After anything but success every
+    /// node and texture map that it made is gone again.
+    ImportResult importFile(const std::string& path, const ProgressFunction& progress = {});
+    /// Runs the registered exporter for the extension of `path`.
+    ImportResult exportFile(const std::string& path, DWORD options = 0,
+                            const ProgressFunction& progress = {});
+
+    // The utility panel.
+
+    /// Opens the utility that `utility` describes, closing the one that is open. Refused when it is
+    /// no utility or does not give an object.
+    Status openUtility(ClassDesc* utility);
+    void closeUtility();
+    /// The open utility's descriptor, or null.
+    ClassDesc* openedUtility() const noexcept;
+
+private:
+    Core();
+    ~Core();
+    struct Impl;
+    Impl* impl_;
+};
+
+}  // namespace kiln

@@ -1,0 +1,23 @@
+// What tests and the application can see and provoke in the host allocator.
+#pragma once
+
+#include <kiln/platform.h>
+
+#include <cstddef>
+
+namespace kiln {
+
+/// Blocks of the host allocator that have not been freed.
+KILNAPI std::size_t allocatedBlocks() noexcept;
+
+/// Lets the next `count` allocations succeed and all later ones fail, until this object goes.
+/// Chunks and containers are made with the host allocator, so attaching them fails too.
+class KILNAPI AllocationLimit {
+public:
+    explicit AllocationLimit(std::size_t count) noexcept;
+    ~AllocationLimit();
+    AllocationLimit(const AllocationLimit&) = delete;
+    AllocationLimit& operator=(const AllocationLimit&) = delete;
+};
+
+}  // namespace kiln

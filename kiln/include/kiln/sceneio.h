@@ -1,0 +1,62 @@
+// Plug-ins that read and write foreign scene files.
+#pragma once
+
+#include <kiln/platform.h>
+
+class Interface;
+
+/// What an import or export came to.
+inline constexpr int IMPEXP_FAIL = 0;
+inline constexpr int IMPEXP_SUCCESS = 1;
+inline constexpr int IMPEXP_CANCEL = 2;
+
+/// How an import or export tells the host about itself. All texts are UTF-8 and copied.
+class ImpExpReport {
+public:
+    virtual ~ImpExpReport() = default;
+
+    /// Why it failed, in one sentence for the user. The last call counts.
+    virtual void Error(const char* message) = 0;
+    /// One line on what was read or written. The last call counts.
+    virtual void Summary(const char* line) = 0;
+    /// How far it is, 0 to 1, and with what; gives false once the user wants to cancel. Cheap
+    /// enough to be called per record.
+    virtual bool Progress(double fraction, const char* what) = 0;
+    /// Whether the user wants to cancel.
+    virtual bool Cancelled() const = 0;
+};
+
+/// An importer, of super class `SCENE_IMPORT_CLASS_ID`.
+class SceneImport {
+public:
+    virtual ~SceneImport() = default;
+
+    virtual int ExtCount() = 0;
+    /// The file extension `index`, without a dot; compared without regard to case.
+    virtual const char* Ext(int index) = 0;
+    /// "OpenFlight scene": stands before the extensions in the file dialog.
+    virtual const char* ShortDesc() = 0;
+    virtual const char* LongDesc() { return ShortDesc(); }
+    /// Reads the file at `path` (UTF-8) into the scene. Gives one of the `IMPEXP_` results; after
+    /// anything but success the host removes every node and texture map that was added meanwhile.
+    virtual int DoImport(const char* path, ImpExpReport& report, Interface* ip) = 0;
+    virtual void DeleteThis() { delete this; }
+};
+
+/// Bits of `SceneExport::DoExport`'s `options`.
+inline constexpr DWORD SCENE_EXPORT_SELECTED = 1;  ///< only what is selected
+
+/// An exporter, of super class `SCENE_EXPORT_CLASS_ID`.
+class SceneExport {
+public:
+    virtual ~SceneExport() = default;
+
+    virtual int ExtCount() = 0;
+    virtual const char* Ext(int index) = 0;
+    virtual const char* ShortDesc() = 0;
+    virtual const char* LongDesc() { return ShortDesc(); }
+    /// Writes the scene to `path` (UTF-8). After anything but success a file that was there before
+    /// must be as it was.
+    virtual int DoExport(const char* path, ImpExpReport& report, Interface* ip, DWORD options) = 0;
+    virtual void DeleteThis() { delete this; }
+};

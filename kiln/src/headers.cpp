@@ -1,0 +1,1 @@
+#include <kiln/host/host.h>
