@@ -21,7 +21,7 @@
 #define KILNAPI
 #define KILN_PLUGIN_EXPORT extern "C"
 
-using HWND = struct KilnWindow*;
+using HWND = struct HWND__*;
 using HINSTANCE = struct KilnModule*;
 using BYTE = std::uint8_t;
 using WORD = std::uint16_t;

@@ -1,0 +1,28 @@
+// The browser's client: acts on the host's scene for the browser and keeps its tree filled.
+#pragma once
+
+#include <tessera/browserexports.h>
+
+#include <cstdint>
+
+class Interface;
+
+namespace tessera {
+
+/// The callback handed to the browser; `clientData` is the `Interface`. Failures are logged and
+/// never reach the browser.
+void browserClient(BrowserEvent event, BrowserItem first, BrowserItem second,
+                   std::uintptr_t argument, std::uintptr_t argument2, void* clientData);
+
+/// Creates the browser form, hidden, as a window of the host's, or binds the one that is there.
+/// Gives what `_zufltguicreate` answered.
+std::int32_t createBrowser(Interface& host);
+
+/// Fills the browser's tree from the scene, shows the form and from then on follows changes of the
+/// scene until the user closes it.
+void showBrowser(Interface& host);
+
+/// Sounds the plain system beep, where there is one.
+void beep() noexcept;
+
+}  // namespace tessera

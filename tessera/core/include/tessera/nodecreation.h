@@ -1,0 +1,22 @@
+// Creating OpenFlight nodes in the host's scene.
+#pragma once
+
+#include <cstdint>
+
+class INode;
+class Interface;
+
+namespace tessera {
+
+/// Makes a host dummy node that is an OpenFlight node of kind `opcode`, stored at `revision`
+/// (OpenFlight revision x 100), at the world's origin, below `parent` (null for the top level),
+/// with a default record if the kind has one and a unique name made from the kind's prefix. Gives
+/// the node, which belongs to the scene, or null, leaving the scene as it was, when the host makes
+/// none or will not attach it.
+INode* createFltNode(Interface& host, std::uint16_t opcode, std::uint32_t revision, INode* parent);
+
+/// Forgets the name maker, which is otherwise kept from the first creation on. The module calls it
+/// before the host goes.
+void releaseNameMaker() noexcept;
+
+}  // namespace tessera

@@ -1,0 +1,226 @@
+#include <tessera/browserclient.h>
+
+#include "browserfill.h"
+#include "siblingorder.h"
+
+#include <diagnostics/log.h>
+#include <kiln/kiln.h>
+#include <tessera/lodviewer.h>
+#include <tessera/nodecreation.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace tessera {
+
+namespace {
+
+// The client belongs to the panel's source, which is what users find in their logs.
+constexpr const char* kSource = "avfltpanel";
+constexpr int kClientLine = 483;
+
+/// While it is set, scene changes are our own and the browser already knows of them.
+bool sceneChangesSuppressed = false;
+
+class SuppressSceneChanges {
+public:
+    explicit SuppressSceneChanges(bool suppress) : active_(suppress) {
+        if (active_) sceneChangesSuppressed = true;
+    }
+    ~SuppressSceneChanges() {
+        if (active_) sceneChangesSuppressed = false;
+    }
+    SuppressSceneChanges(const SuppressSceneChanges&) = delete;
+    SuppressSceneChanges& operator=(const SuppressSceneChanges&) = delete;
+
+private:
+    bool active_;
+};
+
+/// The scene changes that make the browser's tree stale, in the order of registration.
+constexpr int kFollowedNotifications[] = {NOTIFY_NODE_CREATED, NOTIFY_NODE_DELETED,
+                                          NOTIFY_NODE_RENAMED, NOTIFY_NODE_LINKED,
+                                          NOTIFY_SCENE_NEW,    NOTIFY_SCENE_OPENED};
+
+void onSceneChange(void*, NotifyInfo*) {
+    if (!sceneChangesSuppressed) zufltguiSceneChanged();
+}
+
+void followScene() {
+    for (const int code : kFollowedNotifications)
+        RegisterNotification(onSceneChange, nullptr, code);
+    sceneChangesSuppressed = false;
+}
+
+void leaveScene() {
+    for (const int code : kFollowedNotifications)
+        UnRegisterNotification(onSceneChange, nullptr, code);
+}
+
+INode* nodeOf(BrowserItem item) {
+    return item ? reinterpret_cast<INode*>(_zufltguinode2hdl(item)) : nullptr;
+}
+
+NodeHandle handleOf(INode* node) {
+    return reinterpret_cast<NodeHandle>(node);
+}
+
+/// Stores a 32-bit answer where the browser asks for it.
+void answer(std::uintptr_t argument, int value) {
+    if (argument) *reinterpret_cast<std::uint32_t*>(argument) = static_cast<std::uint32_t>(value);
+}
+
+void redraw(Interface& host) {
+    host.RedrawViews(host.GetTime(), REDRAW_NORMAL, nullptr);
+}
+
+void refill(Interface& host) {
+    _zufltguidelnode(nullptr);
+    if (INode* const root = host.GetRootNode()) BrowserFill(host).add(nullptr, root);
+}
+
+bool isAncestorOrSelf(const INode* candidate, INode* node) {
+    for (; node; node = node->GetParentNode())
+        if (node == candidate) return true;
+    return false;
+}
+
+/// One event with its items already turned into nodes.
+struct Event {
+    Interface& host;
+    BrowserEvent code;
+    BrowserItem firstItem;
+    BrowserItem secondItem;
+    INode* first;
+    INode* second;
+    std::uintptr_t argument;
+    std::uintptr_t argument2;
+};
+
+void selectInHost(const Event& event) {
+    if (!event.firstItem)
+        event.host.ClearNodeSelection();
+    else if (event.first && !event.first->IsRootNode())
+        event.host.SelectNode(event.first, false);
+    redraw(event.host);
+}
+
+void attach(const Event& event) {
+    INode* const node = event.first;
+    INode* const target = event.second;
+    if (!node || !target || isAncestorOrSelf(node, target)) return beep();
+    target->AttachChild(node, true);
+    if (target->IsGroupHead()) node->SetGroupMember(true);
+    _zufltguidelnode(event.firstItem);
+    BrowserFill(event.host).add(event.secondItem, node);
+}
+
+void create(const Event& event) {
+    INode* const node = createFltNode(event.host, static_cast<std::uint16_t>(event.argument),
+                                      static_cast<std::uint32_t>(event.argument2), event.first);
+    if (node) _zufltguiaddnode(event.firstItem, node->GetName(), handleOf(node));
+}
+
+void move(const Event& event, int step) {
+    moveAmongSiblings(event.host, event.firstItem, event.secondItem, step,
+                      reinterpret_cast<const BrowserItem*>(event.argument));
+}
+
+void storeSelected(const Event& event) {
+    if (!event.argument2) return;
+    INode* const node = event.host.GetSelNode(static_cast<int>(event.argument));
+    *reinterpret_cast<NodeHandle*>(event.argument2) = handleOf(node);
+}
+
+void act(const Event& event) {
+    switch (event.code) {
+        case BrowserEvent::selectInHost:
+            return selectInHost(event);
+        case BrowserEvent::moveDown:
+            return move(event, +1);
+        case BrowserEvent::moveUp:
+            return move(event, -1);
+        case BrowserEvent::moveUpTogether:
+            return move(event, -2);
+        case BrowserEvent::moveDownTogether:
+            return move(event, +2);
+        case BrowserEvent::attach:
+            return attach(event);
+        case BrowserEvent::closed:
+            EnableAccelerators();
+            return leaveScene();
+        case BrowserEvent::rename:
+            if (event.first && event.argument)
+                event.first->SetName(reinterpret_cast<const char*>(event.argument));
+            return;
+        case BrowserEvent::create:
+            return create(event);
+        case BrowserEvent::countSwitchChildren:
+            if (event.first) answer(event.argument, event.first->NumberOfChildren());
+            return;
+        case BrowserEvent::redraw:
+            return redraw(event.host);
+        case BrowserEvent::countSelected:
+            DisableAccelerators();
+            return answer(event.argument, event.host.GetSelNodeCount());
+        case BrowserEvent::getSelected:
+            return storeSelected(event);
+        case BrowserEvent::rebuild:
+            DisableAccelerators();
+            return refill(event.host);
+        case BrowserEvent::activated:
+            return DisableAccelerators();
+        case BrowserEvent::switchesChanged:
+            return LodViewer(event.host).Refresh();
+        case BrowserEvent::confirmKind:
+        case BrowserEvent::confirmForm:
+        case BrowserEvent::reserved4:
+        case BrowserEvent::reserved5:
+        case BrowserEvent::reserved6:
+        case BrowserEvent::reserved12:
+            return answer(event.argument, 0);
+        case BrowserEvent::itemState:
+            return;
+    }
+}
+
+/// The events whose edits the browser follows by itself.
+bool editsScene(BrowserEvent code) {
+    switch (code) {
+        case BrowserEvent::moveDown:
+        case BrowserEvent::moveUp:
+        case BrowserEvent::attach:
+        case BrowserEvent::rename:
+        case BrowserEvent::moveUpTogether:
+        case BrowserEvent::moveDownTogether:
+        case BrowserEvent::create:
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+void browserClient(BrowserEvent event, BrowserItem first, BrowserItem second,
+                   std::uintptr_t argument, std::uintptr_t argument2, void* clientData) {
+    diagnostics::guarded(kSource, kClientLine, false, [&] {
+        if (!clientData) return false;
+        const SuppressSceneChanges suppress(editsScene(event));
+        act({*static_cast<Interface*>(clientData), event, first, second, nodeOf(first),
+             nodeOf(second), argument, argument2});
+        return true;
+    });
+}
+
+std::int32_t createBrowser(Interface& host) {
+    return _zufltguicreate(host.GetKilnHWND(), browserClient, 0, &host);
+}
+
+void showBrowser(Interface& host) {
+    followScene();
+    refill(host);
+    _zufltguishow(1);
+}
+
+}  // namespace tessera

@@ -1,0 +1,36 @@
+#include "caboutdlg.h"
+
+#include <framework/module.h>
+#include <resources/resource.h>
+#include <tessera/browserexports.h>
+
+#include <cstdio>
+
+namespace {
+
+constexpr const char* kVersionText = "版本 2.0";
+constexpr const char* kBuildFormat = "Build %s";
+constexpr const char* kBuild = "2. 0. 0. 2";
+
+}  // namespace
+
+CAboutDlg::CAboutDlg(HWND parent) : CDialog(IDD_ABOUT, parent) {}
+
+bool CAboutDlg::OnInitDialog() {
+    CDialog::OnInitDialog();
+    picture_.AutoLoad(IDC_ABOUT_PICTURE, Handle());
+    SetItemText(IDC_ABOUT_VERSION, kVersionText);
+    char build[64];
+    std::snprintf(build, sizeof build, kBuildFormat, kBuild);
+    SetItemText(IDC_ABOUT_BUILD, build);
+    return true;
+}
+
+void qofltAboutShow() {
+    const ModuleScope scope;
+    try {
+        CAboutDlg(GetActiveWindow()).DoModal();
+    } catch (...) {
+        // Only want of memory leads here; then there is no about box.
+    }
+}
