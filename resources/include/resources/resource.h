@@ -5,10 +5,10 @@
 // by these numbers, so a number never changes its meaning once given.
 
 // Dialogs.
-#define IDD_HIERARCHY 101 // the browser form
-#define IDD_PANEL 116     // the rollup page in the host's utility panel
-#define IDD_SWITCH 200    // the switch mask editor
-#define IDD_ABOUT 202     // the about box
+#define IDD_HIERARCHY 101  // the browser form
+#define IDD_PANEL 116      // the rollup page in the host's utility panel
+#define IDD_SWITCH 200     // the switch mask editor
+#define IDD_ABOUT 202      // the about box
 
 // Controls of the utility panel. Its close button is IDOK.
 #define IDC_BROWSER 1003
@@ -16,7 +16,7 @@
 #define IDC_LOD_LESS 1005
 #define IDC_LOD_MOST 1006
 #define IDC_LOD_LEAST 1007
-#define IDC_ABOUT 1136 // the credit line; a click on it opens the about box
+#define IDC_ABOUT 1136  // the credit line; a click on it opens the about box
 
 // Controls of the browser form.
 #define IDC_FIND 1010
@@ -53,7 +53,7 @@
 #define IDC_MASK_CLEAR 1114
 #define IDC_MASK_SET 1115
 #define IDC_MASK_INVERT 1116
-#define IDC_SHOW_MASK 1134 // shares its number with a separator of the browser form
+#define IDC_SHOW_MASK 1134  // shares its number with a separator of the browser form
 
 // Controls of the about box.
 #define IDC_ABOUT_VERSION 1137
@@ -72,7 +72,7 @@
 #define IDS_NO_FIELD_SELECTED 30673
 #define IDS_SELECTION_NEEDED 30674
 #define IDS_CREATE_BELOW_FACE 30676
-#define IDS_KIND_FIRST 30677 // the kind names follow each other in the order of the tree's icons
+#define IDS_KIND_FIRST 30677  // the kind names follow each other in the order of the tree's icons
 #define IDS_KIND_GROUP 30677
 #define IDS_KIND_OBJECT 30678
 #define IDS_KIND_LOD 30679
@@ -90,7 +90,7 @@
 #define IDS_KIND_FACE 30691
 #define IDS_KIND_INSTANCE_DEFINITION 30692
 #define IDS_KIND_INSTANCE_REFERENCE 30693
-#define IDS_KIND_PLAIN 30694 // has no string: a node without a record shows no kind name
+#define IDS_KIND_PLAIN 30694  // has no string: a node without a record shows no kind name
 #define IDS_NO_PARENT_SELECTED 30695
 #define IDS_SWITCH_WITHOUT_CHILDREN 30696
 

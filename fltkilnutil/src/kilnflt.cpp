@@ -1,0 +1,203 @@
+#include "nodechunk.h"
+
+#include <fltkilnutil/kilnflt.h>
+#include <kiln/inode.h>
+#include <quillon/fltcomment.h>
+#include <quillon/fltrecord.h>
+#include <quillon/flttoken.h>
+
+#include <array>
+#include <cstring>
+
+using namespace fltkilnutil;
+
+namespace {
+
+// The kind block: 40 bytes, of which these are read. Little-endian, as the host's machines are.
+constexpr std::size_t kKindBlockSize = 40;
+constexpr std::size_t kKindOffset = 4;       // 16 bits
+constexpr std::size_t kParameterOffset = 8;  // 32 bits
+constexpr std::size_t kKindBlockUsed = 12;
+
+/// The node's kind block; empty when there is none or it is too short to be read.
+Chunk kindBlock(INode* node) noexcept {
+    const Chunk chunk = findChunk(node, ChunkId::Kind);
+    return chunk.size() >= kKindBlockUsed ? chunk : Chunk();
+}
+
+/// Reads `chunk` through a token. The bytes are a user's: a record length that goes beyond them, or
+/// is less than a record header, means a damaged chunk.
+template <typename Read>
+bool readChunk(Chunk chunk, Read&& read) noexcept {
+    constexpr std::size_t kHeaderSize = 4;
+    if (chunk.size() < kHeaderSize) return false;
+    const std::size_t length =
+        std::to_integer<std::size_t>(chunk[2]) << 8 | std::to_integer<std::size_t>(chunk[3]);
+    if (length < kHeaderSize || length > chunk.size()) return false;
+    try {
+        FltToken token;
+        token.attach(chunk.data(), static_cast<std::int32_t>(length));
+        read(token);
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+/// Stores what `write` puts into a token. The chunk changes only when all bytes are there.
+template <typename Write>
+bool writeChunk(INode* node, ChunkId id, Write&& write) noexcept {
+    static FltToken token;  // kept warm: storing allocates nothing but the chunk
+    try {
+        write(token);
+        token.finish();
+    } catch (...) {
+        return false;
+    }
+    return storeChunk(node, id, std::as_bytes(std::span(token.data(), token.length())));
+}
+
+bool isHostLightSource(const Class_ID& light) noexcept {
+    // A target spot light is none: its direction hangs on a second node, which a record cannot say.
+    return light.PartA() == OMNI_LIGHT_CLASS_ID.PartA() ||
+           light.PartA() == DIR_LIGHT_CLASS_ID.PartA() ||
+           light.PartA() == FSPOT_LIGHT_CLASS_ID.PartA();
+}
+
+bool isSurface(SClass_ID superClass) noexcept {
+    return superClass == GEOMOBJECT_CLASS_ID || superClass == SHAPE_CLASS_ID;
+}
+
+bool isRenderableMesh(const Object& object) {
+    return object.CanConvertToType(TRIOBJ_CLASS_ID) && object.IsRenderable();
+}
+
+bool deriveKind(INode* node, FltNodeKind& kind) {
+    const Object* const object = node->EvalWorldState(0).obj;
+    const SClass_ID superClass = object != nullptr ? object->SuperClassID() : 0;
+    bool derived = false;
+    if (isSurface(superClass)) {
+        derived = isRenderableMesh(*object);
+        if (derived) kind = FltNodeKind::Face;
+    } else if (superClass == LIGHT_CLASS_ID) {
+        derived = isHostLightSource(object->ClassID());
+        if (derived) kind = FltNodeKind::LightSource;
+    } else {
+        derived = node->IsGroupHead();
+        if (derived) kind = FltNodeKind::Group;
+    }
+    return derived;
+}
+
+bool copyChunk(INode* source, INode* destination, ChunkId id) noexcept {
+    return hasChunk(source, id) && storeChunk(destination, id, findChunk(source, id));
+}
+
+}  // namespace
+
+bool fltHasData(INode* node) noexcept {
+    return !kindBlock(node).empty();
+}
+
+bool fltEnsureKind(INode* node, FltNodeKind kind, std::uint32_t parameter) noexcept {
+    Chunk block = kindBlock(node);
+    if (block.empty()) {
+        if (!storeChunk(node, ChunkId::Kind, std::array<std::byte, kKindBlockSize>{})) return false;
+        block = kindBlock(node);
+    }
+    std::memcpy(&block[kKindOffset], &kind, sizeof kind);
+    std::memcpy(&block[kParameterOffset], &parameter, sizeof parameter);
+    return true;
+}
+
+bool fltGetKind(INode* node, bool derive, FltNodeKind& kind) noexcept {
+    const Chunk block = kindBlock(node);
+    if (!block.empty()) {
+        std::memcpy(&kind, &block[kKindOffset], sizeof kind);
+        return true;
+    }
+    try {
+        return derive && node != nullptr && deriveKind(node, kind);
+    } catch (...) {
+        return false;  // an object of another plug-in that throws has no kind
+    }
+}
+
+bool fltGetParameter(INode* node, std::uint32_t& parameter) noexcept {
+    const Chunk block = kindBlock(node);
+    if (block.empty()) return false;
+    std::memcpy(&parameter, &block[kParameterOffset], sizeof parameter);
+    return true;
+}
+
+bool fltIsFaceObject(INode* node) noexcept {
+    try {
+        const Object* const object = node != nullptr ? node->EvalWorldState(0).obj : nullptr;
+        return object != nullptr && isSurface(object->SuperClassID()) && isRenderableMesh(*object);
+    } catch (...) {
+        return false;
+    }
+}
+
+bool fltPutRecord(INode* node, const FltRecord& record) noexcept {
+    std::uint32_t revision = 0;
+    return fltGetParameter(node, revision) &&
+           writeChunk(node, ChunkId::Record,
+                      [&](FltToken& token) { record.writeToken(token, revision); });
+}
+
+bool fltGetRecord(INode* node, FltRecord& record) noexcept {
+    std::uint32_t revision = 0;
+    return fltGetParameter(node, revision) &&
+           readChunk(findChunk(node, ChunkId::Record),
+                     [&](FltToken& token) { record.readToken(token, revision); });
+}
+
+bool fltHasRecord(INode* node) noexcept {
+    return hasChunk(node, ChunkId::Record);
+}
+
+bool fltPutOptions(INode* node, const FltNodeOptions& options) noexcept {
+    return writeChunk(node, ChunkId::Options, [&](FltToken& token) { options.write(token); });
+}
+
+bool fltGetOptions(INode* node, FltNodeOptions& options) noexcept {
+    return readChunk(findChunk(node, ChunkId::Options),
+                     [&](FltToken& token) { options.read(token); });
+}
+
+bool fltHasOptions(INode* node) noexcept {
+    return hasChunk(node, ChunkId::Options);
+}
+
+bool fltPutComment(INode* node, std::string_view text) noexcept {
+    return writeChunk(node, ChunkId::Comment, [&](FltToken& token) {
+        const FltComment comment(std::string(text).c_str());
+        comment.writeToken(token, kFltRevision);
+    });
+}
+
+bool fltGetComment(INode* node, std::string& text) noexcept {
+    return readChunk(findChunk(node, ChunkId::Comment), [&](FltToken& token) {
+        FltComment comment;
+        comment.readToken(token, kFltRevision);
+        text = comment.text();
+    });
+}
+
+bool fltCopyData(INode* source, INode* destination) noexcept {
+    if (source == nullptr || destination == nullptr) return false;
+    if (!copyChunk(source, destination, ChunkId::Kind)) return false;
+    if (!copyChunk(source, destination, ChunkId::Record)) return false;
+    for (const ChunkId id : {ChunkId::Comment, ChunkId::Options})
+        if (hasChunk(source, id) && !copyChunk(source, destination, id)) return false;
+    return true;
+}
+
+bool fltRemoveData(INode* node) noexcept {
+    bool removed = false;
+    for (const ChunkId id :
+         {ChunkId::Kind, ChunkId::Record, ChunkId::Comment, ChunkId::Options, ChunkId::Reserved})
+        removed |= removeChunk(node, id);
+    return removed;
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "canvas.h"
+
+namespace draw {
+
+struct Picture {
+    std::string name;  // file name without its ending
+    Canvas canvas;
+};
+
+// The icons of the browser's tree, 16 x 15 pixels, clear pixels already white.
+std::vector<Picture> treeIcons();
+
+// The picture buttons of the browser form, four states each.
+std::vector<Picture> buttons();
+
+// The emblem: a mosaic of nine square tiles, five of which form a T. `tile`, `gap` and `margin`
+// are in pixels; the picture's side is 3 tiles, 2 gaps and 2 margins. The corners are rounded by
+// `radius` and clear outside.
+Canvas emblem(int tile, int gap, int margin, double radius);
+
+// The about box's picture button, four states.
+std::vector<Picture> aboutButton();
+
+// What a button looks like in each of its four states. The names of their files end in these.
+enum class ButtonState : char { kUp = 'u', kDown = 'd', kFocused = 'f', kDisabled = 'x' };
+constexpr ButtonState kButtonStates[] = {ButtonState::kUp, ButtonState::kDown,
+                                         ButtonState::kFocused, ButtonState::kDisabled};
+
+std::string buttonName(const std::string& caption, ButtonState state);
+
+// The picture in greys and paler, as a command looks that cannot be given now.
+Canvas greyed(const Canvas& canvas);
+
+// The two frames, one solid and one dotted, that show where the keyboard is.
+void paintFocus(Canvas& canvas);
+
+}  // namespace draw

@@ -1,0 +1,167 @@
+#include "framework_test.h"
+#include "input.h"
+
+#include <framework/cdialog.h>
+#include <framework/controls.h>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <vector>
+
+using testinput::key;
+
+namespace {
+
+class ValuesDialog : public CDialog {
+public:
+    ValuesDialog() : CDialog(IDD_VALUES) {}
+
+    std::string name = "组";
+    int count = 12;
+    bool flag = true;
+    std::string typedCount = "34";
+    WORD finish = IDOK;
+    bool failInInit = false;
+    std::string shownName, shownCount;
+    bool shownFlag = false;
+
+protected:
+    void DoDataExchange(DataExchange& exchange) override {
+        exchange.Text(IDC_NAME, name);
+        exchange.Integer(IDC_COUNT, count);
+        exchange.Check(IDC_FLAG, flag);
+    }
+    bool OnInitDialog() override {
+        if (failInInit) throw std::runtime_error("init");
+        CDialog::OnInitDialog();
+        shownName = ItemText(IDC_NAME);
+        shownCount = ItemText(IDC_COUNT);
+        shownFlag = IsItemChecked(IDC_FLAG);
+        SetItemText(IDC_NAME, "对象");
+        SetItemText(IDC_COUNT, typedCount);
+        CheckItem(IDC_FLAG, false);
+        Post(WM_COMMAND, finish);
+        return true;
+    }
+};
+
+class Form : public CDialog {
+public:
+    std::vector<int> commands;
+    std::vector<int> tipRequests;
+    bool failInInit = false;
+
+protected:
+    bool OnInitDialog() override {
+        if (failInInit) throw std::runtime_error("init");
+        return EnableToolTips();
+    }
+    bool OnCommand(int id, UINT code, HWND) override {
+        if (code == BN_CLICKED) commands.push_back(id);
+        return false;
+    }
+    bool OnNotify(int, NMHDR& header, LRESULT&) override {
+        if (header.code != TTN_NEEDTEXTW) return false;
+        tipRequests.push_back(ToolTipControlId(header));
+        ::lstrcpyW(reinterpret_cast<NMTTDISPINFOW&>(header).szText, L"tip");
+        return true;
+    }
+};
+
+class ShownForm : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(form.Create(IDD_FORM));
+        form.Show();
+        ASSERT_TRUE(testinput::activate(form.Handle()));
+        ::SetFocus(form.Item(IDC_NAME));
+    }
+    int focusedId() const { return ::GetDlgCtrlID(::GetFocus()); }
+
+    Form form;
+};
+
+}  // namespace
+
+TEST(ModalDialog, MovesValuesInAndOutOnOkOnly) {
+    ValuesDialog accepted;
+    EXPECT_EQ(accepted.DoModal(), IDOK);
+    EXPECT_EQ(accepted.shownName, "组");
+    EXPECT_EQ(accepted.shownCount, "12");
+    EXPECT_TRUE(accepted.shownFlag);
+    EXPECT_EQ(accepted.name, "对象");
+    EXPECT_EQ(accepted.count, 34);
+    EXPECT_FALSE(accepted.flag);
+    EXPECT_FALSE(accepted.HasWindow());
+
+    ValuesDialog cancelled;
+    cancelled.finish = IDCANCEL;
+    EXPECT_EQ(cancelled.DoModal(), IDCANCEL);
+    EXPECT_EQ(cancelled.name, "组");
+
+    ValuesDialog noNumber;
+    noNumber.typedCount = "3x";
+    EXPECT_EQ(noNumber.DoModal(), IDOK);
+    EXPECT_EQ(noNumber.count, 12);
+}
+
+TEST(ModalDialog, ThatCannotStartGivesMinusOne) {
+    ValuesDialog dialog;
+    dialog.failInInit = true;
+    EXPECT_EQ(dialog.DoModal(), -1);
+    CDialog missing(4711);
+    EXPECT_EQ(missing.DoModal(), -1);
+}
+
+TEST(ModelessDialog, ThatCannotStartLeavesNothingBehind) {
+    Form form;
+    form.failInInit = true;
+    EXPECT_FALSE(form.Create(IDD_FORM));
+    EXPECT_FALSE(form.HasWindow());
+    form.failInInit = false;
+    EXPECT_FALSE(form.Create(4711));
+    EXPECT_TRUE(form.Create(IDD_FORM));
+    EXPECT_FALSE(form.Create(IDD_FORM)) << "it is there already";
+}
+
+TEST_F(ShownForm, IsNavigatedByKeyboardInALoopThatKnowsNothingOfIt) {
+    key(VK_TAB);
+    EXPECT_EQ(focusedId(), IDC_FLAG);
+    key(VK_TAB, {VK_SHIFT});
+    EXPECT_EQ(focusedId(), IDC_NAME);
+    testinput::type(L"值");
+    EXPECT_EQ(form.ItemText(IDC_NAME), "值");
+    key(L'F', {VK_MENU});
+    EXPECT_TRUE(form.IsItemChecked(IDC_FLAG));
+    EXPECT_EQ(focusedId(), IDC_FLAG);
+    form.commands.clear();
+    key(VK_RETURN);
+    EXPECT_EQ(form.commands, std::vector<int>{IDC_APPLY});
+    key(VK_ESCAPE);
+    EXPECT_FALSE(form.IsVisible());
+    EXPECT_TRUE(form.HasWindow()) << "a modeless dialog is hidden, not destroyed";
+}
+
+TEST_F(ShownForm, LeavesTheKeysOfOtherWindowsAlone) {
+    CEdit other;
+    ASSERT_TRUE(other.CreateEx(0, L"EDIT", "", WS_POPUP | WS_VISIBLE | ES_MULTILINE,
+                               {500, 500, 600, 560}, form.Handle()));
+    ASSERT_TRUE(testinput::activate(other.Handle()));
+    other.SetFocus();
+    key(VK_TAB);
+    EXPECT_EQ(other.Text(), "\t");
+}
+
+TEST_F(ShownForm, IsHiddenByItsCloseBox) {
+    ::SendMessageW(form.Handle(), WM_CLOSE, 0, 0);
+    testinput::pump();
+    EXPECT_TRUE(form.HasWindow());
+    EXPECT_FALSE(form.IsVisible());
+}
+
+TEST_F(ShownForm, AsksForTheTipOfTheControlUnderTheMouse) {
+    testinput::moveTo(form.Item(IDC_APPLY), {10, 5});
+    testinput::moveTo(form.Item(IDC_APPLY), {14, 8});
+    ASSERT_TRUE(testinput::pumpUntil([&] { return !form.tipRequests.empty(); }));
+    EXPECT_EQ(form.tipRequests.front(), IDC_APPLY);
+}

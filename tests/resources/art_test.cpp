@@ -1,0 +1,112 @@
+#include <gtest/gtest.h>
+
+#include <draw/art.h>
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Pixel {
+    int red, green, blue;
+    bool operator==(const Pixel&) const = default;
+    int lightness() const { return (30 * red + 59 * green + 11 * blue) / 100; }
+};
+
+constexpr Pixel kWhite{255, 255, 255};
+
+// A picture read back from the bytes of its file, rows from the top.
+struct Bitmap {
+    int width = 0;
+    int height = 0;
+    std::vector<Pixel> pixels;
+
+    const Pixel& at(int x, int y) const { return pixels[static_cast<std::size_t>(y * width + x)]; }
+    bool contains(int x, int y) const { return x >= 0 && y >= 0 && x < width && y < height; }
+};
+
+Bitmap readBitmap(const std::vector<std::uint8_t>& file) {
+    const auto word = [&](std::size_t at) { return file[at] | file[at + 1] << 8; };
+    Bitmap result{word(18), word(22), {}};
+    EXPECT_EQ(word(28), 24);
+    const int stride = (result.width * 3 + 3) / 4 * 4;
+    EXPECT_EQ(file.size(), static_cast<std::size_t>(54 + stride * result.height));
+    for (int y = result.height - 1; y >= 0; --y) {
+        for (int x = 0; x < result.width; ++x) {
+            const auto at = static_cast<std::size_t>(54 + y * stride + x * 3);
+            result.pixels.push_back({file[at + 2], file[at + 1], file[at]});
+        }
+    }
+    return result;
+}
+
+const std::vector<draw::ArtFile>& drawn() {
+    static const auto files = draw::drawAll();
+    return files;
+}
+
+const std::map<std::string, Bitmap>& treeIcons() {
+    static const auto icons = [] {
+        std::map<std::string, Bitmap> found;
+        for (const draw::ArtFile& file : drawn()) {
+            if (!file.name.ends_with(".bmp")) continue;
+            const Bitmap bitmap = readBitmap(file.bytes);
+            if (bitmap.height == 15) found.emplace(file.name, bitmap);
+        }
+        return found;
+    }();
+    return icons;
+}
+
+TEST(Art, CommittedFilesAreWhatTheProgramDraws) {
+    for (const draw::ArtFile& file : drawn()) {
+        std::ifstream in(std::string(BITMAP_FOLDER "/") + file.name, std::ios::binary);
+        ASSERT_TRUE(in) << file.name;
+        const std::vector<std::uint8_t> committed{std::istreambuf_iterator<char>(in), {}};
+        EXPECT_TRUE(committed == file.bytes) << file.name << " is stale: build the target redraw";
+    }
+}
+
+// White is cut out of an icon, so a nearly white pixel at the cut shows as a bright fringe on the
+// tree's grey.
+TEST(Art, TreeIconsHaveClearSurroundingsWithoutAFringe) {
+    EXPECT_EQ(treeIcons().size(), 19U);
+    for (const auto& [name, icon] : treeIcons()) {
+        SCOPED_TRACE(name);
+        EXPECT_GT(std::count(icon.pixels.begin(), icon.pixels.end(), kWhite), 20);
+        for (int y = 0; y < icon.height; ++y) {
+            for (int x = 0; x < icon.width; ++x) {
+                if (icon.at(x, y) == kWhite) continue;
+                constexpr int kBesides[][2] = {{1, 0}, {-1, 0}, {0, 1}, {0, -1}};
+                const bool atTheCut =
+                    std::any_of(std::begin(kBesides), std::end(kBesides), [&](const auto& step) {
+                        const int nearX = x + step[0];
+                        const int nearY = y + step[1];
+                        return icon.contains(nearX, nearY) && icon.at(nearX, nearY) == kWhite;
+                    });
+                if (!atTheCut) continue;
+                EXPECT_LT(icon.at(x, y).lightness(), 0xE1) << x << ", " << y;
+            }
+        }
+    }
+}
+
+// Seen in greys, any two icons differ clearly over 15 % of their area or more.
+TEST(Art, TreeIconsDifferByShape) {
+    for (auto first = treeIcons().begin(); first != treeIcons().end(); ++first) {
+        for (auto second = std::next(first); second != treeIcons().end(); ++second) {
+            int different = 0;
+            for (std::size_t i = 0; i < first->second.pixels.size(); ++i) {
+                different += std::abs(first->second.pixels[i].lightness() -
+                                      second->second.pixels[i].lightness()) > 64;
+            }
+            EXPECT_GE(different, 16 * 15 * 15 / 100) << first->first << " and " << second->first;
+        }
+    }
+}
+
+}  // namespace

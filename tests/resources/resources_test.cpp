@@ -1,0 +1,145 @@
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <resources/resource.h>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "probe.h"
+
+namespace {
+
+std::string loadText(unsigned id) {
+    const wchar_t* text = nullptr;
+    const int length = LoadStringW(probe(), id, reinterpret_cast<wchar_t*>(&text), 0);
+    return length > 0 ? utf8({text, static_cast<std::size_t>(length)}) : "";
+}
+
+// 0 x 0 when there is no such bitmap.
+SIZE bitmapSize(const wchar_t* name) {
+    const auto bytes = resourceBytes(RT_BITMAP, name);
+    BITMAPINFOHEADER header{};
+    if (bytes.size() < sizeof header) return {0, 0};
+    std::memcpy(&header, bytes.data(), sizeof header);
+    return {header.biWidth, header.biHeight};
+}
+
+TEST(Resources, HoldEveryTextUnderItsNumber) {
+    const struct {
+        unsigned id;
+        const char* text;
+    } kTexts[] = {
+        {30664, ""},
+        {30665, "Aviary (C)"},
+        {30666, "Aviary 层次"},
+        {30667, "属性"},
+        {30668, "值"},
+        {30669, "Aviary (C)"},
+        {30670, "非法附加 - 父对象在子对象下方。"},
+        {30671, "非法附加 - 面对象可能只有作为子对象时才能有面.."},
+        {30672, "记录未选择 OpenFlight 记录"},
+        {30673, "没有要搜寻的选定字段"},
+        {30674, "需要选择"},
+        {30675, ""},
+        {30676, "非法创建 - 面对象可能只有作为子对象时才能有面.."},
+        {30677, "组"},
+        {30678, "对象(LOD)"},
+        {30679, "细节级别"},
+        {30680, "切换"},
+        {30681, "自由度(DOF)"},
+        {30682, "外部参照"},
+        {30683, "Bsp"},
+        {30684, "剪辑区域"},
+        {30685, "灯光点"},
+        {30686, "灯光源"},
+        {30687, "标头"},
+        {30688, "场景根"},
+        {30689, "泛光灯"},
+        {30690, "聚光灯"},
+        {30691, "面"},
+        {30692, "实例定义"},
+        {30693, "实例参考"},
+        {30694, ""},  // a node without a record has no kind name
+        {30695, "没有被选定父节点。"},
+        {30696, "不能编辑： 开关无子对象"},
+        {30697, ""},
+    };
+    for (const auto& [id, text] : kTexts) EXPECT_EQ(loadText(id), text) << id;
+}
+
+TEST(Resources, HoldEveryTreeIcon) {
+    for (const int id : {123, 124, 125, 126, 127, 195, 206, 207, 201, 197, 196, 199, 198, 200, 128,
+                         223, 222, 219, 129}) {
+        const SIZE size = bitmapSize(MAKEINTRESOURCEW(id));
+        EXPECT_EQ(size.cx, 16) << id;
+        EXPECT_EQ(size.cy, 15) << id;
+    }
+}
+
+TEST(Resources, HoldFourImagesForEveryPictureButton) {
+    for (const std::wstring caption : {L"Up", L"Down", L"Expand", L"Collapse", L"SelectGet",
+                                       L"SelectSet", L"Find", L"Tool", L"About"}) {
+        const long side = caption == L"About" ? 72 : 24;
+        for (const wchar_t* suffix : {L"U", L"D", L"F", L"X"}) {
+            const std::wstring name = caption + suffix;
+            const SIZE size = bitmapSize(name.c_str());
+            EXPECT_EQ(size.cx, side) << utf8(name);
+            EXPECT_EQ(size.cy, caption == L"About" ? 72 : 23) << utf8(name);
+        }
+    }
+}
+
+TEST(Resources, NameTheVersion) {
+    const auto bytes = resourceBytes(RT_VERSION, MAKEINTRESOURCEW(VS_VERSION_INFO));
+    ASSERT_FALSE(bytes.empty());
+    // The query wants room behind the block.
+    std::vector<std::byte> block(bytes.begin(), bytes.end());
+    block.resize(block.size() * 2);
+
+    void* found = nullptr;
+    UINT size = 0;
+    ASSERT_TRUE(VerQueryValueW(block.data(), L"\\", &found, &size));
+    const auto* fixed = static_cast<const VS_FIXEDFILEINFO*>(found);
+    EXPECT_EQ(fixed->dwFileVersionMS, 0x00020000U);
+    EXPECT_EQ(fixed->dwFileVersionLS, 0x00000002U);
+    EXPECT_EQ(fixed->dwProductVersionMS, 0x00020000U);
+    EXPECT_EQ(fixed->dwProductVersionLS, 0x00000002U);
+
+    // The texts are looked up under the language that the block itself declares.
+    ASSERT_TRUE(VerQueryValueW(block.data(), L"\\VarFileInfo\\Translation", &found, &size));
+    WORD translation[2];
+    ASSERT_EQ(size, sizeof translation);
+    std::memcpy(translation, found, sizeof translation);
+    wchar_t key[64];
+    swprintf(key, 64, L"\\StringFileInfo\\%04x%04x\\ProductName", translation[0], translation[1]);
+    ASSERT_TRUE(VerQueryValueW(block.data(), key, &found, &size));
+    EXPECT_STREQ(static_cast<const wchar_t*>(found), L"Tessera");
+}
+
+// The way the module itself enters its manifest: through its own resource 2.
+TEST(Resources, ManifestSelectsVersionSixOfTheCommonControls) {
+    const auto bytes = resourceBytes(RT_MANIFEST, MAKEINTRESOURCEW(2));
+    const std::string text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    EXPECT_NE(text.find(">true</dpiAware>"), std::string::npos);
+
+    const std::wstring path = probePath();
+    ACTCTXW request{};
+    request.cbSize = sizeof request;
+    request.dwFlags = ACTCTX_FLAG_RESOURCE_NAME_VALID;
+    request.lpSource = path.c_str();
+    request.lpResourceName = MAKEINTRESOURCEW(2);
+    const HANDLE context = CreateActCtxW(&request);
+    ASSERT_NE(context, INVALID_HANDLE_VALUE) << GetLastError();
+
+    ULONG_PTR cookie = 0;
+    ASSERT_TRUE(ActivateActCtx(context, &cookie));
+    ACTCTX_SECTION_KEYED_DATA data{};
+    data.cbSize = sizeof data;
+    EXPECT_TRUE(FindActCtxSectionStringW(0, nullptr, ACTIVATION_CONTEXT_SECTION_DLL_REDIRECTION,
+                                         L"comctl32.dll", &data));
+    DeactivateActCtx(0, cookie);
+    ReleaseActCtx(context);
+}
+
+}  // namespace
