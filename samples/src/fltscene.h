@@ -1,0 +1,82 @@
+// A scene to be written as a .flt file: a tree of records with their geometry.
+#pragma once
+
+#include <quillon/fltface.h>
+#include <quillon/fltgeometry.h>
+#include <quillon/fltlightsourcepalette.h>
+#include <quillon/fltrecord.h>
+#include <quillon/fltstream.h>
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace samples {
+
+using Point = FltPoint3d;
+using Polygon = std::vector<Point>;
+
+/// Rows of a transform for row vectors: three axes, then the translation.
+using Matrix = std::array<std::array<float, 4>, 4>;
+
+struct Rgb {
+    std::uint8_t red;
+    std::uint8_t green;
+    std::uint8_t blue;
+};
+
+/// A record with everything that hangs on it.
+class Node {
+public:
+    explicit Node(std::unique_ptr<FltRecord> record) : record_(std::move(record)) {}
+
+    /// Adds a child that carries `record`, and gives it; valid as long as this node.
+    template <typename Record>
+    Node& add(Record record, std::string longId = {}) {
+        return append(children_, std::make_unique<Record>(std::move(record)), std::move(longId));
+    }
+
+    /// Adds a face over `polygon`, coloured by entry `color` of the colour palette.
+    Node& addFace(Polygon polygon, std::uint32_t color);
+
+    /// The same, lying on this face: drawn after it, without regard to depth.
+    Node& addSubface(Polygon polygon, std::uint32_t color);
+
+    /// Gives a light point its points.
+    void setPoints(Polygon points) { points_ = std::move(points); }
+
+    Node& comment(std::string text);
+    Node& transform(const Matrix& matrix);
+
+private:
+    friend class FltSceneWriter;
+
+    Node& append(std::vector<std::unique_ptr<Node>>& nodes, std::unique_ptr<FltRecord> record,
+                 std::string longId);
+
+    std::unique_ptr<FltRecord> record_;
+    std::string longId_;
+    std::vector<std::string> comments_;
+    std::vector<Matrix> matrices_;  ///< none or one
+    Polygon points_;
+    std::vector<std::unique_ptr<Node>> subfaces_;
+    std::vector<std::unique_ptr<Node>> children_;
+};
+
+/// The database: its palettes, and the nodes below its header.
+struct FltScene {
+    FltHeader header;
+    std::vector<Rgb> colors;  ///< entries of the colour palette, from 0 on
+    std::vector<FltLightSourcePalette> lights;
+    std::string comment;
+    Node root{nullptr};  ///< stands for the header; only its children are written
+};
+
+/// Writes `scene` to `path` (UTF-8), replacing a file of that name. Gives false when the file
+/// cannot be created or written whole.
+[[nodiscard]] bool writeScene(const FltScene& scene, const std::string& path);
+
+}  // namespace samples
