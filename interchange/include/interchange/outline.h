@@ -1,0 +1,76 @@
+// The outline of a .flt file: which nodes it holds, how they nest, and where their bytes are.
+//
+// Import works in two steps. The outline is read and checked completely, without touching the
+// scene, so that a damaged file is refused before anything exists that would have to be undone. It
+// keeps offsets, not copies: a node costs a few words however long its records are.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace interchange {
+
+/// The bytes of a whole file, owned by someone else.
+using FileBytes = std::span<const std::uint8_t>;
+
+/// "No node", "no comment" and the like in the index members below.
+inline constexpr std::uint32_t kNone = 0xFFFFFFFF;
+
+/// One node of the file. Offsets are in bytes from the start of the file and name the record's
+/// first byte; 0, where the header stands, means that there is no such record.
+struct OutlineNode {
+    std::uint16_t kind = 0;              ///< opcode of the node's record
+    std::uint32_t parent = kNone;        ///< index of the parent, which comes first; header: kNone
+    std::uint32_t record = 0;            ///< the node's record
+    std::uint32_t longId = 0;            ///< its long identifier
+    std::uint32_t matrix = 0;            ///< its 4 x 4 matrix
+    std::uint32_t firstCorner = 0;       ///< index into `Outline::corners`
+    std::uint32_t cornerCount = 0;       ///< corners of its polygon, or its points
+    std::uint32_t firstComment = kNone;  ///< index into `Outline::comments`
+    std::uint32_t lastComment = kNone;
+};
+
+/// One comment record; the comments of a node form a chain in file order.
+struct OutlineComment {
+    std::uint32_t record = 0;    ///< offset of the record
+    std::uint32_t next = kNone;  ///< index of the node's next comment
+};
+
+/// What a file holds. Every offset in it names a record that lies completely within the file.
+struct Outline {
+    std::uint32_t revision = 0;            ///< format revision x 100, from the header
+    std::vector<OutlineNode> nodes;        ///< in file order, the header first
+    std::vector<OutlineComment> comments;  ///< in file order
+    std::vector<std::uint32_t> corners;    ///< offsets of vertex records, for all nodes
+    std::vector<std::uint32_t> lights;     ///< offsets of light source palette records
+    std::uint32_t colorPalette = 0;        ///< offset of the colour palette, 0 without one
+
+    std::uint32_t longIds = 0;         ///< long identifiers read
+    std::uint32_t unknownRecords = 0;  ///< records of opcodes that nobody here knows
+    std::uint32_t leftOutNodes = 0;    ///< nodes of known kinds that have no place in a scene
+};
+
+/// Levels of push records may nest this deep; deeper files are refused. Far beyond real content,
+/// and shallow enough for every program that later walks the scene by recursion.
+inline constexpr std::size_t kDeepestLevel = 512;
+
+/// Reads the outline of the file in `bytes`, in linear time. The outline refers to the bytes by
+/// offset only, so it owns nothing of them.
+///
+/// The length of every record is taken from the file. Records between a push and pop of extension
+/// or attribute levels belong to no node. Throws `FltFileError` for a file that is empty, cut
+/// short, older than the format, nested wrongly or too deeply, or that contradicts itself.
+Outline readOutline(FileBytes bytes);
+
+/// A big-endian number of the file. The bytes must be there.
+std::uint16_t uint16At(FileBytes bytes, std::size_t offset) noexcept;
+std::uint32_t uint32At(FileBytes bytes, std::size_t offset) noexcept;
+float float32At(FileBytes bytes, std::size_t offset) noexcept;
+double float64At(FileBytes bytes, std::size_t offset) noexcept;
+
+/// The record at `offset`, header included: one that the outline names, so it is whole.
+FileBytes recordAt(FileBytes bytes, std::uint32_t offset) noexcept;
+
+}  // namespace interchange

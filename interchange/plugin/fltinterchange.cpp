@@ -1,0 +1,53 @@
+// The exports of FltInterchange.dli, through which the host finds the importer.
+#include <interchange/import.h>
+
+#include <kiln/kiln.h>
+
+#include <new>
+
+namespace {
+
+class FltSceneImport final : public SceneImport {
+public:
+    int ExtCount() override { return 1; }
+    const char* Ext(int index) override { return index == 0 ? "flt" : ""; }
+    const char* ShortDesc() override { return "OpenFlight"; }
+
+    int DoImport(const char* path, ImpExpReport& report, Interface* ip) override {
+        if (ip == nullptr) return IMPEXP_FAIL;
+        const int result = interchange::importFile(path, report, *ip);
+        ip->RedrawViews(ip->GetTime());
+        return result;
+    }
+};
+
+class FltSceneImportDesc final : public ClassDesc2 {
+public:
+    bool IsPublic() override { return true; }
+    void* Create(bool) override {
+        return static_cast<SceneImport*>(new (std::nothrow) FltSceneImport);
+    }
+    const char* ClassName() override { return "OpenFlight"; }
+    SClass_ID SuperClassID() override { return SCENE_IMPORT_CLASS_ID; }
+    Class_ID ClassID() override { return {0x51D8A2C4, 0x7B30E619}; }
+    const char* Category() override { return ""; }
+};
+
+}  // namespace
+
+KILN_PLUGIN_EXPORT const char* LibDescription() {
+    return "OpenFlight interchange";
+}
+
+KILN_PLUGIN_EXPORT int LibNumberClasses() {
+    return 1;
+}
+
+KILN_PLUGIN_EXPORT ClassDesc* LibClassDesc(int index) {
+    static FltSceneImportDesc importer;
+    return index == 0 ? &importer : nullptr;
+}
+
+KILN_PLUGIN_EXPORT DWORD LibVersion() {
+    return KILN_SDK_VERSION;
+}

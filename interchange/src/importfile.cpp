@@ -1,0 +1,58 @@
+#include <interchange/import.h>
+
+#include <kiln/kiln.h>
+#include <quillon/fltfilereader.h>
+#include <tessera/iaviaryutil.h>
+
+#include <exception>
+#include <new>
+#include <string_view>
+
+namespace interchange {
+
+namespace {
+
+std::string_view fileNameOf(std::string_view path) {
+    return path.substr(path.find_last_of("/\\:") + 1);
+}
+
+std::string stemOf(std::string_view fileName) {
+    const std::size_t dot = fileName.rfind('.');
+    return std::string(dot == 0 ? fileName : fileName.substr(0, dot));
+}
+
+/// Tells Aviary, if it is loaded, which file was read.
+void tellAviary(const std::string& fileName) {
+    FPInterface* aviary = GetCOREInterface(kAviaryInterfaceId);
+    if (aviary != nullptr) static_cast<IAviaryUtil*>(aviary)->SetLastImport(fileName.c_str());
+}
+
+void readInto(std::string_view path, ImpExpReport& report, Interface& host) {
+    const std::string fileName(fileNameOf(path));
+    const FltFileBytes file = FltFileBytes::load(std::string(path));
+    const Outline outline = readOutline(file.bytes());
+    buildScene(file.bytes(), outline, stemOf(fileName), report, host);
+    report.Progress(1, "Building the scene");
+    report.Summary(summaryOf(outline).c_str());
+    tellAviary(fileName);
+}
+
+}  // namespace
+
+int importFile(const char* path, ImpExpReport& report, Interface& host) noexcept {
+    try {
+        readInto(path == nullptr ? "" : path, report, host);
+        return IMPEXP_SUCCESS;
+    } catch (const Cancelled&) {
+        return IMPEXP_CANCEL;
+    } catch (const std::bad_alloc&) {
+        report.Error("There is not enough memory to read this file.");
+    } catch (const std::exception& error) {
+        report.Error(error.what());
+    } catch (...) {
+        report.Error("The file could not be read.");
+    }
+    return IMPEXP_FAIL;
+}
+
+}  // namespace interchange

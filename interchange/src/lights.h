@@ -1,0 +1,21 @@
+// Light sources as lights of the host.
+#pragma once
+
+#include <fltkilnutil/kilnlight.h>
+#include <kiln/kiln.h>
+#include <quillon/fltlightsource.h>
+
+namespace interchange {
+
+/// A light of the palette entry's type, colour and state. The caller owns it, without a reference.
+Object* makeLight(const FltLightSourcePalette& palette);
+
+/// Where a light source stands, and how it is turned. Yaw and pitch lead from the light's target to
+/// the light: yaw counter-clockwise about z from the x axis, pitch up from the ground, so that the
+/// default light comes down from the sky.
+Matrix3 placeOf(const FltLightSource& source);
+
+/// The options that keep the palette entry on the node.
+KilnLight optionsOf(const FltLightSourcePalette& palette);
+
+}  // namespace interchange

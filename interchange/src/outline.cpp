@@ -1,0 +1,423 @@
+#include <interchange/outline.h>
+#include <quillon/fltfilereader.h>
+#include <quillon/fltopcode.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+namespace interchange {
+
+namespace {
+
+constexpr std::uint32_t kRecordHeader = 4;
+constexpr std::uint32_t kOldestRevision = 1400;
+constexpr std::uint32_t kNewestRevision = 1999;
+
+// Opcodes of the published format that the record library has no name for.
+constexpr std::uint16_t kContinuation = 23;
+constexpr std::uint16_t kMesh = 84;
+constexpr std::uint16_t kIndexedLightPoint = 130;
+constexpr std::uint16_t kLightPointSystem = 131;
+
+/// What a record means for the outline.
+enum class Role : std::uint8_t {
+    unknown,
+    node,         ///< becomes a node of the scene
+    leftOutNode,  ///< a node too, but its children take its place
+    push,
+    pop,
+    comment,
+    longId,
+    matrix,
+    vertexPalette,
+    vertex,
+    vertexList,
+    continuation,
+    colorPalette,
+    lightPalette,
+    passedOver,  ///< known, and without a meaning for the scene
+};
+
+Role roleOfFamily(FltOpcodeClass family) {
+    return family == FltOpcodeClass::primary ? Role::leftOutNode : Role::passedOver;
+}
+
+Role roleOfNamed(const FltOpcodeEntry& entry) {
+    switch (entry.opcode) {
+        case kFltGroup:
+        case kFltObject:
+        case kFltFace:
+        case kFltDof:
+        case kFltBsp:
+        case kFltInstanceRef:
+        case kFltInstanceDef:
+        case kFltExternalRef:
+        case kFltLod:
+        case kFltSwitch:
+        case kFltClipRegion:
+        case kFltLightSource:
+        case kFltLightPoint:
+            return Role::node;
+        case kFltPushLevel:
+        case kFltPushSubface:
+        case kFltPushExtension:
+        case kFltPushAttribute:
+            return Role::push;
+        case kFltPopLevel:
+        case kFltPopSubface:
+        case kFltPopExtension:
+        case kFltPopAttribute:
+            return Role::pop;
+        case kFltComment:
+            return Role::comment;
+        case kFltLongId:
+            return Role::longId;
+        case kFltMatrix:
+            return Role::matrix;
+        case kFltVertexPalette:
+            return Role::vertexPalette;
+        case kFltVertexWithColor:
+        case kFltVertexWithNormal:
+        case kFltVertexWithTextureAndNormal:
+        case kFltVertexWithTexture:
+            return Role::vertex;
+        case kFltVertexList:
+        case kFltMorphVertexList:
+            return Role::vertexList;
+        case kFltColorPalette:
+            return Role::colorPalette;
+        case kFltLightSourcePalette:
+            return Role::lightPalette;
+        default:
+            return roleOfFamily(entry.family);
+    }
+}
+
+/// The roles by opcode; everything from 256 on is unknown.
+std::array<Role, 256> makeRoles() {
+    std::array<Role, 256> roles{};
+    for (const FltOpcodeEntry& entry : fltOpcodeTable()) {
+        roles[static_cast<std::uint8_t>(entry.opcode)] = roleOfNamed(entry);
+    }
+    roles[kContinuation] = Role::continuation;
+    roles[kMesh] = roles[kIndexedLightPoint] = roles[kLightPointSystem] = Role::leftOutNode;
+    return roles;
+}
+
+/// The opcode that closes what `push` opens.
+std::uint16_t closerOf(std::uint16_t push) {
+    return static_cast<std::uint16_t>(push + 1);
+}
+
+std::string at(std::size_t offset) {
+    return " at byte " + std::to_string(offset);
+}
+
+std::string describe(std::uint16_t opcode) {
+    return std::string(fltOpcodeName(opcode)) + ", opcode " + std::to_string(opcode);
+}
+
+/// An open level.
+struct Level {
+    std::uint16_t closer;   ///< opcode of the record that ends it
+    std::uint32_t offset;   ///< of the record that began it
+    std::uint32_t parent;   ///< node under which nodes of this level go; kNone: there are none
+    std::uint32_t owner;    ///< node whose vertex list stands in this level, or kNone
+    std::uint32_t current;  ///< node that the next ancillary or push is about, or kNone
+};
+
+class OutlineReader {
+public:
+    explicit OutlineReader(FileBytes bytes) : bytes_(bytes), reader_(bytes) {}
+
+    Outline read() {
+        readHeader();
+        while (nextRecord()) {
+            const Role role = roleOf(opcode_);
+            handle(role);
+            continuesList_ =
+                role == Role::vertexList || (role == Role::continuation && continuesList_);
+        }
+        if (levels_.size() > 1) {
+            fail(end(), "The file ends" + at(end()) + " with " + openLevels() +
+                            " still open, the innermost since byte " +
+                            std::to_string(levels_.back().offset) + ". It was cut short.");
+        }
+        return std::move(outline_);
+    }
+
+private:
+    [[noreturn]] static void fail(std::size_t offset, const std::string& message) {
+        throw FltFileError(message, offset);
+    }
+
+    static Role roleOf(std::uint16_t opcode) {
+        static const std::array<Role, 256> roles = makeRoles();
+        return opcode < roles.size() ? roles[opcode] : Role::unknown;
+    }
+
+    std::string openLevels() const {
+        const std::size_t count = levels_.size() - 1;
+        return count == 1 ? "one level" : std::to_string(count) + " levels";
+    }
+
+    std::size_t end() const { return std::size_t{offset_} + length_; }
+
+    void readHeader() {
+        if (bytes_.empty()) fail(0, "The file is empty: it ends at byte 0.");
+        if (bytes_.size() >= kNone) {
+            fail(kNone, "The file goes on past byte 4294967295, further than OpenFlight counts.");
+        }
+        if (bytes_.size() < 2 || uint16At(bytes_, 0) != kFltHeader) {
+            fail(0, "This is not an OpenFlight file: there is no header record at byte 0.");
+        }
+        nextRecord();
+        constexpr std::uint32_t kRevisionEnd = 16;
+        if (length_ < kRevisionEnd) {
+            fail(0, "The header at byte 0 is " + std::to_string(length_) +
+                        " bytes long and ends before its format revision.");
+        }
+        outline_.revision = uint32At(bytes_, 12);
+        if (outline_.revision < kOldestRevision || outline_.revision > kNewestRevision) {
+            fail(12, "The format revision at byte 12 is " +
+                         std::to_string(static_cast<std::int32_t>(outline_.revision)) +
+                         "; it must be 1400 (OpenFlight 14.0) or later.");
+        }
+        addNode(kFltHeader, kNone);
+        levels_.push_back({0, 0, 0, kNone, 0});
+    }
+
+    /// Moves to the next record; false at the end of the file.
+    bool nextRecord() {
+        if (endsAt(end()) || !reader_.next()) return false;
+        offset_ = static_cast<std::uint32_t>(reader_.offset());
+        opcode_ = reader_.opcode();
+        length_ = reader_.length();
+        return true;
+    }
+
+    /// Whether the file ends at `offset`: in an end-of-file record, or in the zeros with which some
+    /// programs fill the last block, however few they are.
+    bool endsAt(std::size_t offset) const {
+        const FileBytes start = bytes_.subspan(offset, std::min<std::size_t>(3, left(offset)));
+        return left(offset) < 4
+                   ? std::ranges::all_of(start, [](std::uint8_t byte) { return byte == 0; })
+                   : uint16At(bytes_, offset) == kFltEndOfFile;
+    }
+
+    std::size_t left(std::size_t offset) const { return bytes_.size() - offset; }
+
+    void handle(Role role) {
+        switch (role) {
+            case Role::unknown:
+                ++outline_.unknownRecords;
+                break;
+            case Role::node:
+                beginNode();
+                break;
+            case Role::leftOutNode:
+                leaveOutNode();
+                break;
+            case Role::push:
+                push();
+                break;
+            case Role::pop:
+                pop();
+                break;
+            case Role::comment:
+                addComment();
+                break;
+            case Role::longId:
+                addLongId();
+                break;
+            case Role::matrix:
+                addMatrix();
+                break;
+            case Role::vertexPalette:
+                paletteStart_ = offset_;
+                paletteEnd_ = offset_ + length_;
+                break;
+            case Role::vertex:
+                if (offset_ == paletteEnd_) paletteEnd_ += length_;
+                break;
+            case Role::vertexList:
+                beginCorners();
+                break;
+            case Role::continuation:
+                if (continuesList_) addCorners();
+                break;
+            case Role::colorPalette:
+                if (outline_.colorPalette == 0) outline_.colorPalette = offset_;
+                break;
+            case Role::lightPalette:
+                outline_.lights.push_back(offset_);
+                break;
+            case Role::passedOver:
+                break;
+        }
+    }
+
+    std::uint32_t addNode(std::uint16_t kind, std::uint32_t parent) {
+        OutlineNode node;
+        node.kind = kind;
+        node.parent = parent;
+        node.record = offset_;
+        outline_.nodes.push_back(node);
+        return static_cast<std::uint32_t>(outline_.nodes.size() - 1);
+    }
+
+    void beginNode() {
+        Level& level = levels_.back();
+        if (level.parent == kNone) {
+            leaveOutNode();
+            return;
+        }
+        if (opcode_ == kFltSwitch) checkSwitch();
+        level.current = addNode(opcode_, level.parent);
+    }
+
+    void leaveOutNode() {
+        ++outline_.leftOutNodes;
+        levels_.back().current = kNone;
+    }
+
+    /// A switch says how many mask words it has; it must have them.
+    void checkSwitch() {
+        constexpr std::uint32_t kWords = 28;
+        if (length_ < kWords) return;
+        const auto masks = static_cast<std::int32_t>(uint32At(bytes_, offset_ + 20));
+        const auto words = static_cast<std::int32_t>(uint32At(bytes_, offset_ + 24));
+        const std::int64_t room = (length_ - kWords) / 4;
+        if (masks < 0 || words < 0 || std::int64_t{masks} * words > room) {
+            fail(offset_, "The switch" + at(offset_) + " claims " + std::to_string(masks) +
+                              " masks of " + std::to_string(words) + " words, but holds " +
+                              std::to_string(room) + " words.");
+        }
+    }
+
+    void push() {
+        if (levels_.size() > kDeepestLevel) {
+            fail(offset_, "The record" + at(offset_) + " (" + describe(opcode_) +
+                              ") nests deeper than " + std::to_string(kDeepestLevel) + " levels.");
+        }
+        const Level& outer = levels_.back();
+        Level level{closerOf(opcode_), offset_, outer.parent, outer.current, outer.current};
+        if (opcode_ == kFltPushExtension || opcode_ == kFltPushAttribute) {
+            level.parent = level.owner = level.current = kNone;
+        } else if (outer.current != kNone) {
+            level.parent = outer.current;
+        }
+        levels_.push_back(level);
+    }
+
+    void pop() {
+        if (levels_.size() == 1) {
+            fail(offset_, "The record" + at(offset_) + " (" + describe(opcode_) +
+                              ") closes a level that was never opened.");
+        }
+        const Level& level = levels_.back();
+        if (opcode_ != level.closer) {
+            fail(offset_, "The record" + at(offset_) + " (" + describe(opcode_) +
+                              ") closes another sort of level than the record" + at(level.offset) +
+                              " opened.");
+        }
+        levels_.pop_back();
+    }
+
+    OutlineNode* currentNode() {
+        const std::uint32_t current = levels_.back().current;
+        return current == kNone ? nullptr : &outline_.nodes[current];
+    }
+
+    void addComment() {
+        OutlineNode* node = currentNode();
+        if (node == nullptr) return;
+        const auto index = static_cast<std::uint32_t>(outline_.comments.size());
+        outline_.comments.push_back({offset_, kNone});
+        if (node->lastComment == kNone) {
+            node->firstComment = index;
+        } else {
+            outline_.comments[node->lastComment].next = index;
+        }
+        node->lastComment = index;
+    }
+
+    void addLongId() {
+        OutlineNode* node = currentNode();
+        if (node == nullptr) return;
+        ++outline_.longIds;
+        if (node->longId == 0) node->longId = offset_;
+    }
+
+    void addMatrix() {
+        constexpr std::uint32_t kMatrixLength = 68;
+        OutlineNode* node = currentNode();
+        if (node != nullptr && node->matrix == 0 && length_ >= kMatrixLength) {
+            node->matrix = offset_;
+        }
+    }
+
+    /// Faces and light points have one vertex list each; a second one has no meaning.
+    void beginCorners() {
+        listOwner_ = kNone;
+        const std::uint32_t owner = levels_.back().owner;
+        if (owner == kNone) return;
+        OutlineNode& node = outline_.nodes[owner];
+        const bool holdsPoints = node.kind == kFltFace || node.kind == kFltLightPoint;
+        if (!holdsPoints || node.cornerCount != 0) return;
+        node.firstCorner = static_cast<std::uint32_t>(outline_.corners.size());
+        listOwner_ = owner;
+        // A morphing list gives two vertices per corner, the undisturbed one first.
+        cornerStride_ = opcode_ == kFltMorphVertexList ? 8 : 4;
+        addCorners();
+    }
+
+    void addCorners() {
+        if (listOwner_ == kNone) return;
+        const std::uint32_t end = offset_ + length_;
+        for (std::uint32_t i = offset_ + kRecordHeader; i + 4 <= end; i += cornerStride_) {
+            outline_.corners.push_back(vertexAt(uint32At(bytes_, i)));
+        }
+        OutlineNode& node = outline_.nodes[listOwner_];
+        node.cornerCount = static_cast<std::uint32_t>(outline_.corners.size()) - node.firstCorner;
+    }
+
+    /// The file offset of the vertex at an offset from the start of the vertex palette.
+    std::uint32_t vertexAt(std::uint32_t paletteOffset) {
+        constexpr std::uint32_t kPositionEnd = 32;
+        const std::uint64_t vertex = std::uint64_t{paletteStart_} + paletteOffset;
+        if (paletteStart_ != 0 && vertex + kPositionEnd <= paletteEnd_) {
+            const std::uint16_t opcode = uint16At(bytes_, vertex);
+            const std::uint16_t length = uint16At(bytes_, vertex + 2);
+            if (opcode >= kFltVertexWithColor && opcode <= kFltVertexWithTexture &&
+                length >= kPositionEnd) {
+                return static_cast<std::uint32_t>(vertex);
+            }
+        }
+        fail(offset_, "The vertex list" + at(offset_) + " names the vertex at offset " +
+                          std::to_string(paletteOffset) +
+                          " of the vertex palette, where there is none.");
+    }
+
+    FileBytes bytes_;
+    FltFileReader reader_;
+    Outline outline_;
+    std::vector<Level> levels_;
+    std::uint32_t offset_ = 0;
+    std::uint16_t opcode_ = 0;
+    std::uint16_t length_ = 0;
+    std::uint32_t paletteStart_ = 0;
+    std::uint32_t paletteEnd_ = 0;
+    std::uint32_t listOwner_ = kNone;
+    std::uint32_t cornerStride_ = 4;
+    bool continuesList_ = false;
+};
+
+}  // namespace
+
+Outline readOutline(FileBytes bytes) {
+    return OutlineReader(bytes).read();
+}
+
+}  // namespace interchange
