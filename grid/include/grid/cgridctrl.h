@@ -1,0 +1,305 @@
+// The grid control.
+#pragma once
+
+#include <framework/cwnd.h>
+#include <grid/cell.h>
+#include <grid/cinplaceeditor.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The window class that a dialog template names to contain a grid. `CGridCtrl::RegisterGridClass`
+/// must have been called before the dialog is created.
+inline constexpr wchar_t kGridWindowClass[] = L"MFCGridCtrl";
+
+/// A table of text cells with fixed heading rows and columns, edited in place.
+///
+/// Use: bind it to a dialog's custom control with `SubclassDlgItem`, or `Create` it. Counts, cells,
+/// widths and switches may be set before or after there is a window. Calls about a cell that does
+/// not exist change nothing and give empty results.
+///
+/// Keys: arrows, Page Up and Down, Home and End (with Ctrl: of the grid) move the focus cell, with
+/// Shift they extend the selection; Ctrl+A selects all cells that are not fixed. Tab and Shift+Tab
+/// go through the cells and leave the grid at its ends, with Ctrl at once. F2, Enter or typing
+/// edits; Ctrl+C, X and V are the clipboard, Delete clears. In a right-to-left window the left and
+/// right arrows follow what is seen.
+///
+/// Mouse: a click moves the focus cell, a click on the focus cell edits it, a click on a cell with
+/// a list opens the list at once. Dragging selects a range; a heading selects its row or column,
+/// the corner everything. A divider in the heading row resizes its column; a double click on it
+/// fits the column to its contents.
+///
+/// Notifications to the parent, all WM_NOTIFY:
+/// - LVN_BEGINLABELEDITW (`NMLVDISPINFOW`: iItem row, iSubItem column, lParam datum) before an
+///   editor opens; an answer other than 0 refuses.
+/// - LVN_ENDLABELEDITW (the same with pszText) after an edit, a paste or a clearing gave a cell a
+/// new
+///   text: the cell holds it already. An answer below 0 refuses: the former text comes back. The
+///   owner may change the grid at will from within. The text is UTF-16; `EditedText` gives UTF-8.
+///   An edit that is cancelled, or left without a change other than by Enter, is not notified.
+class CGridCtrl : public CWnd {
+public:
+    CGridCtrl();
+    ~CGridCtrl() override;
+
+    /// Makes `kGridWindowClass` known to this module's dialog templates.
+    static bool RegisterGridClass();
+
+    bool Create(const RECT& area, HWND parent, UINT id,
+                DWORD style = WS_CHILD | WS_VISIBLE | WS_BORDER | WS_TABSTOP);
+
+    /// Row and column of an LVN_BEGINLABELEDITW or LVN_ENDLABELEDITW notification.
+    static grid::CellId EditedCell(const NMHDR& notification) noexcept;
+    /// The new text of an LVN_ENDLABELEDITW notification, as UTF-8.
+    static std::string EditedText(const NMHDR& notification);
+
+    // Extent. Fixed rows and columns are part of the counts. New cells are empty, with the default
+    // format and the edit field as editor. Removing the focus cell leaves the grid without one. An
+    // open editor is cancelled. Throws std::bad_alloc and changes nothing when memory ends.
+
+    int RowCount() const noexcept { return rowCount_; }
+    int ColumnCount() const noexcept { return columnCount_; }
+    void SetRowCount(int count);
+    void SetColumnCount(int count);
+    int FixedRowCount() const noexcept { return fixedRows_; }
+    int FixedColumnCount() const noexcept { return fixedColumns_; }
+    void SetFixedRowCount(int count);
+    void SetFixedColumnCount(int count);
+    void InsertRow(int before);
+    void DeleteRow(int row);
+
+    // Cells.
+
+    bool IsValid(grid::CellId cell) const noexcept;
+    bool IsFixed(grid::CellId cell) const noexcept;
+    std::string CellText(int row, int column) const;
+    void SetCellText(int row, int column, std::string_view text);
+    /// DT_ codes of the platform.
+    UINT CellFormat(int row, int column) const noexcept;
+    void SetCellFormat(int row, int column, UINT format);
+    /// Anything the owner wants to keep with the cell; not owned.
+    LPARAM CellData(int row, int column) const noexcept;
+    void SetCellData(int row, int column, LPARAM data);
+    grid::EditorKind CellEditor(int row, int column) const noexcept;
+    void SetCellEditor(int row, int column, grid::EditorKind kind);
+    /// Whether the user may change the cell now: the grid is editable, the cell is not fixed and
+    /// has an editor.
+    bool CanEdit(grid::CellId cell) const noexcept;
+
+    // Focus and selection.
+
+    /// The cell that the keyboard acts on; (-1, -1) when there is none. A fixed cell can only
+    /// become it by `SetFocusCell`.
+    grid::CellId FocusCell() const noexcept { return focus_; }
+    /// Moves it there, selects it alone and scrolls it into view; an invalid cell leaves the grid
+    /// without a focus cell.
+    void SetFocusCell(grid::CellId cell);
+    grid::CellRange Selection() const noexcept;
+    void SelectRange(const grid::CellRange& range);
+    void EnsureVisible(grid::CellId cell);
+    /// The first row below the fixed ones that is shown, to keep and restore a scroll position.
+    int TopRow() const noexcept { return topRow_; }
+    void SetTopRow(int row);
+
+    // Columns, in pixels.
+
+    int ColumnWidth(int column) const noexcept;
+    void SetColumnWidth(int column, int width);
+    /// As wide as the widest text of the column.
+    void AutoSizeColumn(int column);
+    void AutoSizeColumns();
+    /// Makes the columns fill the client width (a shown vertical scroll bar is not part of it):
+    /// every column gets its share of it. The shares are those of the widths when this was first
+    /// called after the widths were last set; resizing by mouse keeps the columns filling the
+    /// width.
+    void ExpandColumnsToFit();
+    int RowHeight() const;
+
+    // Looks and switches.
+
+    void SetBackground(COLORREF colour);
+    COLORREF Background() const noexcept { return background_; }
+    /// Off at first.
+    void SetEditable(bool on);
+    bool IsEditable() const noexcept { return editable_; }
+    /// Dragging a selected cell puts its text into the cell where it is dropped (with Shift it is
+    /// moved there). Off at first.
+    void SetDragAndDrop(bool on) { dragAndDrop_ = on; }
+    bool IsDragAndDrop() const noexcept { return dragAndDrop_; }
+    /// On at first.
+    void SetColumnResizing(bool on) { columnResizing_ = on; }
+
+    // Editing.
+
+    /// Opens the cell's editor; false when the cell cannot be edited or the parent refuses.
+    /// `firstKey` is the character that started it and replaces the text; with it, arrow and page
+    /// keys end the edit too.
+    bool BeginEdit(grid::CellId cell, wchar_t firstKey = 0);
+    /// Closes an open editor, keeping its text or not.
+    void EndEdit(bool keep);
+    /// The open editor's window, or null.
+    HWND Editor() const noexcept;
+
+    // Clipboard: cells in a row are separated by tabs, rows by line ends; a text with a tab, quote
+    // or line end stands in double quotes. Changing cells goes through the notification, and cells
+    // that cannot be edited are passed over. False when there was nothing to do.
+
+    bool Copy() const;
+    bool Cut();
+    /// From the upper left cell of the selection on. One single text fills the whole selection.
+    bool Paste();
+    bool ClearSelection();
+    std::string RangeText(const grid::CellRange& range) const;
+    bool SetRangeText(grid::CellId at, std::string_view text);
+
+    // Geometry, in client coordinates.
+
+    /// Nothing when no part of the cell is shown.
+    std::optional<RECT> CellRect(grid::CellId cell) const;
+    /// An invalid cell when there is none at the point.
+    grid::CellId CellAt(POINT at) const noexcept;
+
+protected:
+    /// Fills a list editor that is about to open for a cell. The default adds nothing.
+    virtual void FillList(int /*row*/, int /*column*/, CInPlaceList&) {}
+
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+    void OnDestroy() override;
+    void OnSize(UINT type, int width, int height) override;
+    void OnEnable(bool enabled) override;
+    void OnPaint() override;
+    bool OnEraseBackground(HDC) override { return true; }
+    void OnSetFocus(HWND former) override;
+    void OnKillFocus(HWND next) override;
+    UINT OnGetDlgCode(const MSG* message) override;
+    void OnKeyDown(UINT key, UINT repeat, UINT flags) override;
+    void OnChar(UINT utf16, UINT repeat, UINT flags) override;
+    void OnLButtonDown(UINT keys, POINT at) override;
+    void OnLButtonUp(UINT keys, POINT at) override;
+    void OnLButtonDblClk(UINT keys, POINT at) override;
+    void OnMouseMove(UINT keys, POINT at) override;
+    void OnMouseWheel(UINT keys, int delta, POINT screen) override;
+    bool OnSetCursor(HWND under, UINT hitTest, UINT message) override;
+    void OnCaptureChanged(HWND gaining) override;
+    void OnTimer(UINT_PTR id) override;
+    void OnHScroll(UINT code, int position, HWND control) override;
+    void OnVScroll(UINT code, int position, HWND control) override;
+    bool OnCommand(int id, UINT code, HWND control) override;
+
+private:
+    friend class CInPlaceEdit;
+    friend class CInPlaceList;
+
+    enum class Tracking { none, pressed, selecting, resizing, dragging };
+
+    static constexpr int kDefaultColumnWidth = 64;
+    // Posted to the grid itself.
+    static constexpr UINT kDropRetiredEditors = WM_APP + 1;
+
+    // Contents
+    const grid::Cell* Find(grid::CellId cell) const noexcept;
+    grid::Cell* Find(grid::CellId cell) noexcept;
+    void ExtentChanged();
+    grid::CellId FirstFreeCell() const noexcept;
+    grid::CellId LastCell() const noexcept { return {rowCount_ - 1, columnCount_ - 1}; }
+    grid::CellRange FreeCells() const noexcept { return {FirstFreeCell(), LastCell()}; }
+    void MoveFocus(grid::CellId cell, bool extend);
+    bool FillRange(const grid::CellRange& range, const std::string& text);
+
+    // Layout and scrolling
+    HFONT GridFont() const;
+    int TextMargin() const;
+    int ContentWidth(int column) const;
+    void RememberShares();
+    void FitColumns(int from, int width);
+    void ResizeColumn(int column, int width);
+    int FixedHeight() const;
+    int FixedWidth() const noexcept;
+    int ColumnLeft(int column) const noexcept;
+    int ColumnAt(int x) const noexcept;
+    int DividerAt(POINT at) const;
+    int RowTop(int row) const;
+    int RowAt(int y) const;
+    int PageRows() const;
+    void InvalidateCell(grid::CellId cell) const;
+    int MaxTopRow() const;
+    int MaxScrollX() const;
+    void UpdateScrollBars();
+    void ScrollTo(int topRow, int scrollX);
+    int ScrolledPosition(int bar, UINT code, int step) const;
+
+    // Painting
+    void PaintGrid(HDC dc, const RECT& dirty) const;
+    void PaintPane(HDC dc, const RECT& dirty, const grid::CellRange& cells, const RECT& pane) const;
+    void PaintCell(HDC dc, grid::CellId id, const RECT& area) const;
+    void PaintDropTarget(HDC dc) const;
+
+    // Keyboard
+    std::optional<grid::CellId> TargetOf(UINT key) const;
+    bool MoveByKey(UINT key, bool extend);
+    grid::CellId TabTarget(bool backwards) const noexcept;
+    void LeaveByTab(bool backwards);
+    bool HandleShortcut(UINT key);
+
+    // Mouse
+    void PressHeading(grid::CellId cell);
+    void PressCell(grid::CellId cell, UINT keys);
+    void TrackTo(POINT at);
+    void StopTracking();
+    grid::CellRange DropRange() const;
+    void DropAt(grid::CellId cell);
+
+    // Editing
+    LRESULT NotifyParent(UINT code, grid::CellId cell, const std::string& text) const;
+    bool ChangeText(grid::CellId cell, const std::string& text);
+    std::optional<RECT> EditorArea(grid::CellId cell) const;
+    bool OpenEdit(grid::CellId cell, wchar_t firstKey);
+    bool OpenList(grid::CellId cell, wchar_t firstKey);
+    std::optional<std::string> EditorText() const;
+    void EditorDone(const CWnd& editor, bool keep, UINT key);
+    void FinishEdit(bool keep, UINT key);
+
+    // Row by row.
+    std::vector<grid::Cell> cells_;
+    int rowCount_ = 0;
+    int columnCount_ = 0;
+    int fixedRows_ = 0;
+    int fixedColumns_ = 0;
+    std::vector<int> widths_;
+    // Each column's part of the client width; empty when the columns need not fill it.
+    std::vector<double> shares_;
+
+    grid::CellId focus_;
+    // Where the selection began.
+    grid::CellId anchor_;
+    grid::CellRange selection_;
+    bool focused_ = false;
+
+    HFONT font_ = nullptr;
+    // 0 until it has been measured.
+    mutable int rowHeight_ = 0;
+    int topRow_ = 0;
+    int scrollX_ = 0;
+    int wheel_ = 0;
+    bool updatingScrollBars_ = false;
+
+    COLORREF background_ = ::GetSysColor(COLOR_WINDOW);
+    bool editable_ = false;
+    bool dragAndDrop_ = false;
+    bool columnResizing_ = true;
+
+    Tracking tracking_ = Tracking::none;
+    POINT pressPoint_{};
+    bool editOnRelease_ = false;
+    int resizedColumn_ = -1;
+    int resizedWidth_ = 0;
+    grid::CellId dropCell_;
+
+    std::unique_ptr<CWnd> editor_;
+    grid::CellId editedCell_;
+    // Closed, but perhaps still within one of their own message handlers.
+    std::vector<std::unique_ptr<CWnd>> retiredEditors_;
+};

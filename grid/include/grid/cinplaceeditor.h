@@ -1,0 +1,66 @@
+// The editors that a grid opens over a cell.
+#pragma once
+
+#include <framework/controls.h>
+
+#include <string>
+
+class CGridCtrl;
+
+/// A one-line edit field over a cell; of several lines where the grid wants that.
+///
+/// Tab, Enter and Escape end the edit; so do the arrow and page keys when Ctrl is held or
+/// `arrowsEnd` was given. Enter belongs to the text of a field of several lines, which Ctrl+Enter
+/// ends. Losing the focus ends the edit and keeps the text.
+class CInPlaceEdit : public CEdit {
+public:
+    CInPlaceEdit(CGridCtrl& owner, bool multiLine, bool arrowsEnd) noexcept
+        : owner_(owner), multiLine_(multiLine), arrowsEnd_(arrowsEnd) {}
+
+    /// Opens with everything selected or, after a first key, with that character alone.
+    bool Open(const RECT& area, std::string_view text, wchar_t firstKey);
+
+protected:
+    UINT OnGetDlgCode(const MSG*) override { return DLGC_WANTALLKEYS; }
+    void OnKeyDown(UINT key, UINT repeat, UINT flags) override;
+    void OnChar(UINT utf16, UINT repeat, UINT flags) override;
+    void OnKillFocus(HWND next) override;
+
+private:
+    CGridCtrl& owner_;
+    bool multiLine_;
+    bool arrowsEnd_;
+};
+
+/// A list of choices over a cell, dropped down from the start. Typing searches the entry that
+/// begins with what was typed in quick succession. Choosing with the mouse or Enter ends the edit,
+/// as do the keys that end `CInPlaceEdit`; closing the list without a choice cancels.
+class CInPlaceList : public CComboBox {
+public:
+    CInPlaceList(CGridCtrl& owner, bool arrowsEnd) noexcept
+        : owner_(owner), arrowsEnd_(arrowsEnd) {}
+
+    /// Creates the empty list; the grid then has it filled.
+    bool Open(const RECT& area);
+    /// Chooses the entry that equals `text` and drops the list down.
+    void Start(const std::string& text, wchar_t firstKey);
+
+    /// The grid hands the combo box's own notifications (CBN_ codes) back to it.
+    void HandleNotification(UINT code);
+
+protected:
+    UINT OnGetDlgCode(const MSG*) override { return DLGC_WANTALLKEYS; }
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+    void OnKeyDown(UINT key, UINT repeat, UINT flags) override;
+    void OnChar(UINT utf16, UINT repeat, UINT flags) override;
+    void OnKillFocus(HWND next) override;
+
+private:
+    void SearchFor(wchar_t typed);
+
+    CGridCtrl& owner_;
+    bool arrowsEnd_;
+    bool chosen_ = false;
+    std::wstring typed_;
+    ULONGLONG lastTyped_ = 0;
+};

@@ -1,0 +1,152 @@
+#include <framework/text.h>
+#include <grid/cgridctrl.h>
+#include <grid/cinplaceeditor.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr UINT kEditorId = 1;
+constexpr int kShownEntries = 10;
+// Posted by the list to itself: it must not be taken down within the combo box's own procedure.
+constexpr UINT kChoiceMade = WM_APP + 2;
+
+bool isDown(int key) noexcept {
+    return ::GetKeyState(key) < 0;
+}
+
+bool isMove(UINT key) noexcept {
+    switch (key) {
+        case VK_LEFT:
+        case VK_RIGHT:
+        case VK_UP:
+        case VK_DOWN:
+        case VK_PRIOR:
+        case VK_NEXT:
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+// CInPlaceEdit
+
+bool CInPlaceEdit::Open(const RECT& area, std::string_view text, wchar_t firstKey) {
+    const DWORD lines = multiLine_ ? ES_MULTILINE | ES_WANTRETURN | ES_AUTOVSCROLL | WS_BORDER : 0u;
+    if (!CreateEx(0, WC_EDITW, text, WS_CHILD | ES_AUTOHSCROLL | lines, area, owner_.Handle(),
+                  kEditorId))
+        return false;
+    const int margin = Scaled(3);
+    Send(EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, MAKELPARAM(margin, margin));
+    Select(0, -1);
+    Show();
+    SetFocus();
+    if (firstKey) Send(WM_CHAR, firstKey, 1);
+    return true;
+}
+
+void CInPlaceEdit::OnKeyDown(UINT key, UINT, UINT) {
+    const bool control = isDown(VK_CONTROL);
+    const bool ends = key == VK_TAB || key == VK_ESCAPE ||
+                      (key == VK_RETURN && (!multiLine_ || control)) ||
+                      (isMove(key) && (control || arrowsEnd_));
+    if (ends) {
+        owner_.EditorDone(*this, key != VK_ESCAPE, key);
+    } else {
+        Default();
+    }
+}
+
+void CInPlaceEdit::OnChar(UINT utf16, UINT, UINT) {
+    // The characters of the keys that ended the edit arrive after it, and would beep.
+    const bool ended = owner_.Editor() != Handle();
+    const bool controlKey = utf16 == VK_TAB || utf16 == VK_ESCAPE || utf16 == L'\n' ||
+                            (utf16 == VK_RETURN && !multiLine_);
+    constexpr UINT kSelectAll = 1;
+    if (utf16 == kSelectAll) {
+        Select(0, -1);
+    } else if (!ended && !controlKey) {
+        Default();
+    }
+}
+
+void CInPlaceEdit::OnKillFocus(HWND) {
+    Default();
+    owner_.EditorDone(*this, true, 0);
+}
+
+// CInPlaceList
+
+bool CInPlaceList::Open(const RECT& area) {
+    RECT dropped = area;
+    dropped.bottom += kShownEntries * heightOf(area);
+    if (!CreateEx(0, WC_COMBOBOXW, {}, WS_CHILD | WS_VSCROLL | CBS_DROPDOWNLIST, dropped,
+                  owner_.Handle(), kEditorId))
+        return false;
+    // The closed box is as high as the cell.
+    const int border =
+        heightOf(WindowRect()) - static_cast<int>(Send(CB_GETITEMHEIGHT, static_cast<WPARAM>(-1)));
+    Send(CB_SETITEMHEIGHT, static_cast<WPARAM>(-1), std::max(heightOf(area) - border, 1));
+    return true;
+}
+
+void CInPlaceList::Start(const std::string& text, wchar_t firstKey) {
+    Select(Find(text));
+    Show();
+    SetFocus();
+    ShowDropDown(true);
+    if (firstKey) SearchFor(firstKey);
+}
+
+void CInPlaceList::OnKeyDown(UINT key, UINT, UINT) {
+    const bool ends = key == VK_TAB || key == VK_ESCAPE || key == VK_RETURN ||
+                      (isMove(key) && (isDown(VK_CONTROL) || arrowsEnd_));
+    if (!ends) {
+        Default();
+        return;
+    }
+    const bool keep = key != VK_ESCAPE;
+    // Closing the list would count as giving up.
+    chosen_ = true;
+    const int choice = Selected();
+    ShowDropDown(false);
+    Select(choice);
+    owner_.EditorDone(*this, keep, key);
+}
+
+void CInPlaceList::OnChar(UINT utf16, UINT, UINT) {
+    if (utf16 >= L' ' && owner_.Editor() == Handle()) SearchFor(static_cast<wchar_t>(utf16));
+}
+
+void CInPlaceList::SearchFor(wchar_t typed) {
+    constexpr ULONGLONG kPause = 1000;
+    const ULONGLONG now = ::GetTickCount64();
+    if (now - lastTyped_ > kPause) typed_.clear();
+    lastTyped_ = now;
+    typed_ += typed;
+    // The same key again and again goes through the entries that begin with it.
+    const bool repeated = typed_.find_first_not_of(typed) == std::wstring::npos;
+    const std::wstring sought = repeated ? std::wstring(1, typed) : typed_;
+    const int after = repeated ? Selected() : Selected() - 1;
+    const LRESULT found =
+        Send(CB_FINDSTRING, static_cast<WPARAM>(after), reinterpret_cast<LPARAM>(sought.c_str()));
+    if (found >= 0) Select(static_cast<int>(found));
+}
+
+void CInPlaceList::HandleNotification(UINT code) {
+    if (code == CBN_SELENDOK) chosen_ = true;
+    if (code == CBN_CLOSEUP) Post(kChoiceMade);
+}
+
+LRESULT CInPlaceList::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message != kChoiceMade) return CComboBox::WindowProc(message, wParam, lParam);
+    owner_.EditorDone(*this, chosen_, chosen_ ? VK_RETURN : VK_ESCAPE);
+    return 0;
+}
+
+void CInPlaceList::OnKillFocus(HWND) {
+    Default();
+    owner_.EditorDone(*this, true, 0);
+}

@@ -1,0 +1,183 @@
+// The grid by keyboard.
+#include <grid/cgridctrl.h>
+
+using grid::CellId;
+
+namespace {
+
+bool isDown(int key) noexcept {
+    return ::GetKeyState(key) < 0;
+}
+
+bool isRightToLeft(HWND window) noexcept {
+    return (::GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_LAYOUTRTL) != 0;
+}
+
+// In a mirrored window the columns run from right to left.
+UINT mirrored(UINT key) noexcept {
+    if (key == VK_LEFT) return VK_RIGHT;
+    if (key == VK_RIGHT) return VK_LEFT;
+    return key;
+}
+
+}  // namespace
+
+std::optional<CellId> CGridCtrl::TargetOf(UINT key) const {
+    const CellId first = FirstFreeCell();
+    if (!first.IsValid()) return std::nullopt;
+    // From a heading, or from nowhere, the way goes to the first cell.
+    if (!IsValid(focus_) || IsFixed(focus_)) return first;
+    const CellId last = LastCell();
+    const bool control = isDown(VK_CONTROL);
+    CellId cell = focus_;
+    switch (isRightToLeft(Handle()) ? mirrored(key) : key) {
+        case VK_UP:
+            --cell.row;
+            break;
+        case VK_DOWN:
+            ++cell.row;
+            break;
+        case VK_LEFT:
+            --cell.column;
+            break;
+        case VK_RIGHT:
+            ++cell.column;
+            break;
+        case VK_PRIOR:
+            cell.row -= PageRows();
+            break;
+        case VK_NEXT:
+            cell.row += PageRows();
+            break;
+        case VK_HOME:
+            cell = control ? first : CellId{cell.row, first.column};
+            break;
+        case VK_END:
+            cell = control ? last : CellId{cell.row, last.column};
+            break;
+        default:
+            return std::nullopt;
+    }
+    cell.row = std::clamp(cell.row, first.row, last.row);
+    cell.column = std::clamp(cell.column, first.column, last.column);
+    return cell;
+}
+
+bool CGridCtrl::MoveByKey(UINT key, bool extend) {
+    const std::optional<CellId> cell = TargetOf(key);
+    if (!cell) return false;
+    MoveFocus(*cell, extend);
+    return true;
+}
+
+CellId CGridCtrl::TabTarget(bool backwards) const noexcept {
+    const CellId first = FirstFreeCell();
+    const CellId last = LastCell();
+    if (!first.IsValid()) return {};
+    if (!IsValid(focus_) || IsFixed(focus_)) return backwards ? last : first;
+    CellId cell = focus_;
+    cell.column += backwards ? -1 : 1;
+    if (cell.column > last.column) cell = {cell.row + 1, first.column};
+    if (cell.column < first.column) cell = {cell.row - 1, last.column};
+    return cell.row >= first.row && cell.row <= last.row ? cell : CellId{};
+}
+
+void CGridCtrl::LeaveByTab(bool backwards) {
+    if (const HWND next = ::GetNextDlgTabItem(Parent(), Handle(), backwards)) ::SetFocus(next);
+}
+
+UINT CGridCtrl::OnGetDlgCode(const MSG* message) {
+    constexpr UINT kAlways = DLGC_WANTARROWS | DLGC_WANTCHARS;
+    if (!message || message->message != WM_KEYDOWN) return kAlways;
+    bool wanted = false;
+    switch (message->wParam) {
+        case VK_TAB:
+            wanted = !isDown(VK_CONTROL) && TabTarget(isDown(VK_SHIFT)).IsValid();
+            break;
+        case VK_RETURN:
+            wanted = CanEdit(focus_);
+            break;
+        case VK_ESCAPE:
+            wanted = tracking_ != Tracking::none;
+            break;
+        default:
+            break;
+    }
+    return wanted ? kAlways | DLGC_WANTMESSAGE : kAlways;
+}
+
+bool CGridCtrl::HandleShortcut(UINT key) {
+    if (isDown(VK_CONTROL)) {
+        switch (key) {
+            case L'A':
+                SelectRange(FreeCells());
+                return true;
+            case L'C':
+            case VK_INSERT:
+                Copy();
+                return true;
+            case L'X':
+                Cut();
+                return true;
+            case L'V':
+                Paste();
+                return true;
+            default:
+                return false;
+        }
+    }
+    switch (key) {
+        case VK_F2:
+        case VK_RETURN:
+            BeginEdit(focus_);
+            return true;
+        case VK_DELETE:
+            ClearSelection();
+            return true;
+        case VK_ESCAPE:
+            StopTracking();
+            return true;
+        case VK_INSERT:
+            if (isDown(VK_SHIFT)) Paste();
+            return true;
+        default:
+            return false;
+    }
+}
+
+void CGridCtrl::OnKeyDown(UINT key, UINT, UINT) {
+    if (key == VK_TAB) {
+        const bool backwards = isDown(VK_SHIFT);
+        const CellId cell = TabTarget(backwards);
+        if (cell.IsValid() && !isDown(VK_CONTROL)) {
+            MoveFocus(cell, false);
+        } else {
+            LeaveByTab(backwards);
+        }
+        return;
+    }
+    if (!HandleShortcut(key) && !MoveByKey(key, isDown(VK_SHIFT))) Default();
+}
+
+void CGridCtrl::OnChar(UINT utf16, UINT repeat, UINT flags) {
+    // What is typed faster than the editor opens belongs to the editor.
+    if (const HWND editor = Editor()) {
+        ::SendMessageW(editor, WM_CHAR, utf16, MAKELPARAM(repeat, flags));
+        return;
+    }
+    constexpr UINT kDeleteCharacter = 127;
+    if (utf16 >= L' ' && utf16 != kDeleteCharacter) BeginEdit(focus_, static_cast<wchar_t>(utf16));
+}
+
+void CGridCtrl::OnSetFocus(HWND) {
+    focused_ = true;
+    // Without a focus cell the keyboard would show nothing of being here.
+    if (!IsValid(focus_) && FirstFreeCell().IsValid() && !isDown(VK_LBUTTON))
+        MoveFocus(FirstFreeCell(), false);
+    Invalidate(false);
+}
+
+void CGridCtrl::OnKillFocus(HWND) {
+    focused_ = false;
+    Invalidate(false);
+}

@@ -1,0 +1,200 @@
+// The grid by mouse: focus, selection, column widths, dragging of cells.
+#include <grid/cgridctrl.h>
+
+#include <cstdlib>
+
+using grid::CellId;
+using grid::CellRange;
+
+namespace {
+
+constexpr UINT_PTR kScrollTimer = 1;
+constexpr UINT kScrollInterval = 60;
+
+}  // namespace
+
+void CGridCtrl::OnLButtonDown(UINT keys, POINT at) {
+    const HWND self = Handle();
+    EndEdit(true);
+    if (FromHandle(self) != this) return;
+    // Whether this click may edit: the cell must have been the focus cell before it.
+    const CellId before = focused_ ? focus_ : CellId{};
+    SetFocus();
+    StopTracking();
+    pressPoint_ = at;
+    if (const int column = DividerAt(at); column >= 0) {
+        tracking_ = Tracking::resizing;
+        resizedColumn_ = column;
+        resizedWidth_ = ColumnWidth(column);
+        ::SetCapture(Handle());
+        return;
+    }
+    const CellId cell = CellAt(at);
+    if (!cell.IsValid()) return;
+    if (IsFixed(cell)) {
+        PressHeading(cell);
+        return;
+    }
+    editOnRelease_ =
+        !(keys & (MK_SHIFT | MK_CONTROL)) &&
+        (cell == before || CellEditor(cell.row, cell.column) == grid::EditorKind::list);
+    PressCell(cell, keys);
+}
+
+// A double click is two clicks, except on a divider.
+void CGridCtrl::OnLButtonDblClk(UINT keys, POINT at) {
+    const int column = DividerAt(at);
+    if (column < 0) {
+        OnLButtonDown(keys, at);
+        return;
+    }
+    StopTracking();
+    EndEdit(true);
+    ResizeColumn(column, ContentWidth(column));
+}
+
+void CGridCtrl::PressHeading(CellId cell) {
+    const CellId first = FirstFreeCell();
+    if (!first.IsValid()) return;
+    CellRange range = FreeCells();
+    if (cell.row >= fixedRows_) range.first.row = range.last.row = cell.row;
+    if (cell.column >= fixedColumns_) range.first.column = range.last.column = cell.column;
+    focus_ = range.first;
+    SelectRange(range);
+}
+
+void CGridCtrl::PressCell(CellId cell, UINT keys) {
+    const bool inSelection = selection_.Contains(cell) && !(keys & MK_SHIFT);
+    if (dragAndDrop_ && inSelection) {
+        // Whether this is a click or the start of a drag shows later.
+        tracking_ = Tracking::pressed;
+    } else {
+        MoveFocus(cell, (keys & MK_SHIFT) != 0);
+        tracking_ = Tracking::selecting;
+        ::SetTimer(Handle(), kScrollTimer, kScrollInterval, nullptr);
+    }
+    ::SetCapture(Handle());
+}
+
+void CGridCtrl::OnMouseMove(UINT keys, POINT at) {
+    if (tracking_ != Tracking::none && !(keys & MK_LBUTTON)) StopTracking();
+    TrackTo(at);
+}
+
+void CGridCtrl::TrackTo(POINT at) {
+    switch (tracking_) {
+        case Tracking::none:
+            return;
+        case Tracking::resizing:
+            ResizeColumn(resizedColumn_, resizedWidth_ + static_cast<int>(at.x - pressPoint_.x));
+            return;
+        case Tracking::pressed:
+            if (std::abs(at.x - pressPoint_.x) < ::GetSystemMetrics(SM_CXDRAG) * 2 &&
+                std::abs(at.y - pressPoint_.y) < ::GetSystemMetrics(SM_CYDRAG) * 2)
+                return;
+            tracking_ = Tracking::dragging;
+            [[fallthrough]];
+        case Tracking::dragging: {
+            dropCell_ = CellAt(at);
+            const bool possible = !DropRange().IsEmpty();
+            ::SetCursor(::LoadCursorW(nullptr, possible ? IDC_HAND : IDC_NO));
+            Invalidate(false);
+            return;
+        }
+        case Tracking::selecting:
+            break;
+    }
+    const RECT client = ClientRect();
+    const POINT inside{
+        std::clamp<LONG>(at.x, FixedWidth(), std::max<LONG>(client.right - 1, FixedWidth())),
+        std::clamp<LONG>(at.y, FixedHeight(), std::max<LONG>(client.bottom - 1, FixedHeight()))};
+    const CellId cell = CellAt(inside);
+    if (!cell.IsValid() || cell == focus_) return;
+    editOnRelease_ = false;
+    MoveFocus(cell, true);
+}
+
+// While the mouse is held outside, the grid scrolls and the selection follows.
+void CGridCtrl::OnTimer(UINT_PTR id) {
+    if (id != kScrollTimer || tracking_ != Tracking::selecting) {
+        Default();
+        return;
+    }
+    POINT at;
+    ::GetCursorPos(&at);
+    at = ToClient(at);
+    const RECT client = ClientRect();
+    const int rows = at.y < FixedHeight() ? -1 : at.y >= client.bottom ? 1 : 0;
+    const int columns = at.x < FixedWidth() ? -1 : at.x >= client.right ? 1 : 0;
+    if (rows == 0 && columns == 0) return;
+    ScrollTo(topRow_ + rows, scrollX_ + columns * RowHeight());
+    TrackTo(at);
+}
+
+void CGridCtrl::OnLButtonUp(UINT, POINT at) {
+    const Tracking tracked = tracking_;
+    const CellId target = tracked == Tracking::dragging ? dropCell_ : CellId{};
+    const bool edit = editOnRelease_;
+    const CellId cell = CellAt(at);
+    const bool possible = !DropRange().IsEmpty();
+    StopTracking();
+    if (tracked == Tracking::dragging) {
+        if (target.IsValid() && possible) DropAt(target);
+    } else if (tracked == Tracking::pressed || tracked == Tracking::selecting) {
+        if (edit && cell.IsValid() && (cell == focus_ || selection_.Contains(cell))) {
+            MoveFocus(cell, false);
+            BeginEdit(cell);
+        } else if (tracked == Tracking::pressed && cell.IsValid()) {
+            MoveFocus(cell, false);
+        }
+    }
+}
+
+void CGridCtrl::StopTracking() {
+    if (tracking_ == Tracking::none) return;
+    const bool wasDragging = tracking_ == Tracking::dragging;
+    tracking_ = Tracking::none;
+    editOnRelease_ = false;
+    dropCell_ = {};
+    if (!HasWindow()) return;
+    ::KillTimer(Handle(), kScrollTimer);
+    if (::GetCapture() == Handle()) ::ReleaseCapture();
+    if (wasDragging) Invalidate(false);
+}
+
+void CGridCtrl::OnCaptureChanged(HWND) {
+    StopTracking();
+}
+
+bool CGridCtrl::OnSetCursor(HWND under, UINT hitTest, UINT) {
+    POINT at;
+    ::GetCursorPos(&at);
+    if (under == Handle() && hitTest == HTCLIENT && DividerAt(ToClient(at)) >= 0) {
+        ::SetCursor(::LoadCursorW(nullptr, IDC_SIZEWE));
+        return true;
+    }
+    return Default() != 0;
+}
+
+// Dragging cells
+
+CellRange CGridCtrl::DropRange() const {
+    if (!CanEdit(dropCell_) || selection_.Contains(dropCell_) || selection_.IsEmpty()) return {};
+    const CellId last = LastCell();
+    const int rows = selection_.last.row - selection_.first.row;
+    const int columns = selection_.last.column - selection_.first.column;
+    return {dropCell_,
+            {std::min(dropCell_.row + rows, last.row),
+             std::min(dropCell_.column + columns, last.column)}};
+}
+
+void CGridCtrl::DropAt(CellId cell) {
+    const HWND self = Handle();
+    const CellRange source = selection_;
+    const std::string text = RangeText(source);
+    const bool move = ::GetKeyState(VK_SHIFT) < 0;
+    if (move) ClearSelection();
+    if (FromHandle(self) != this || !IsValid(cell)) return;
+    MoveFocus(cell, false);
+    SetRangeText(cell, text);
+}
