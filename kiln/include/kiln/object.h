@@ -92,6 +92,11 @@ public:
     Object* ConvertToType(TimeValue t, const Class_ID& id) override;
     Box3 GetLocalBoundBox(TimeValue t) const override;
 
+    void SetSize(double length, double width, double height) noexcept {
+        length_ = length;
+        width_ = width;
+        height_ = height;
+    }
     double GetLength() const noexcept { return length_; }  ///< along y
     double GetWidth() const noexcept { return width_; }    ///< along x
     double GetHeight() const noexcept { return height_; }  ///< along z

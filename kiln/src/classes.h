@@ -1,0 +1,30 @@
+// The classes that things of a scene can be made of.
+#pragma once
+
+#include <kiln/classdesc.h>
+#include <kiln/object.h>
+#include <kiln/texmap.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kiln {
+
+/// Lets go of something that nobody has taken a reference to.
+struct DeleteThis {
+    void operator()(Animatable* thing) const { thing->DeleteThis(); }
+};
+
+/// A thing of class `id`, or one that stands in for it while the plug-in that has the class is not
+/// there: it keeps the class's identity and its saved state, so that nothing is lost when the scene
+/// is saved again. Null when `superClass` is none of a scene.
+std::unique_ptr<Animatable, DeleteThis> createOrStandIn(SClass_ID superClass, const Class_ID& id);
+
+/// Whether the host itself provides that class, and writes its things out.
+bool isBuiltIn(SClass_ID superClass, const Class_ID& id) noexcept;
+
+/// Whether things of that super class are objects that nodes show.
+bool isObjectSuperClass(SClass_ID superClass) noexcept;
+
+}  // namespace kiln

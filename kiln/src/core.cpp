@@ -1,0 +1,166 @@
+#include <kiln/host/core.h>
+#include <kiln/host/module.h>
+
+#include "coreimpl.h"
+#include "files.h"
+#include "modified.h"
+#include "scenefile.h"
+#include "text.h"
+
+namespace kiln {
+
+namespace {
+
+Core* theCore = nullptr;
+
+}  // namespace
+
+Core::Core() : impl_(new Impl) {}
+Core::~Core() {
+    delete impl_;
+}
+
+Core& Core::create() {
+    if (!theCore) {
+        theCore = new Core;
+        setSceneModified(false);
+    }
+    return *theCore;
+}
+
+Core* Core::get() noexcept {
+    return theCore;
+}
+
+void Core::destroy() {
+    if (!theCore) return;
+    theCore->closeUtility();
+    theCore->newScene();
+    // Modules still see the host while they go.
+    unloadModules();
+    delete theCore;
+    theCore = nullptr;
+}
+
+Interface& Core::hostInterface() noexcept {
+    return *impl_;
+}
+
+void Core::setHostWindow(HostWindow* window) noexcept {
+    impl_->window = window ? window : &impl_->noWindow;
+}
+
+HostWindow& Core::hostWindow() noexcept {
+    return *impl_->window;
+}
+
+void Core::setTime(TimeValue t) noexcept {
+    impl_->time = t;
+}
+
+bool Core::setDirectory(int id, const std::string& path) {
+    if (id < 0 || id >= KILN_DIR_COUNT) return false;
+    std::string directory = path;
+    // A root keeps its separator: without it, it would be another directory.
+    while (directory.size() > 1 && (directory.back() == '/' || directory.back() == '\\') &&
+           directory[directory.size() - 2] != ':')
+        directory.pop_back();
+    impl_->directories[static_cast<std::size_t>(id)] = directory;
+    return true;
+}
+
+void Core::newScene() {
+    if (impl_->scene->deleting()) return;
+    impl_->sceneNotifies(NOTIFY_SCENE_PRE_CLEAR, nullptr);
+    impl_->replaceScene(std::make_unique<Scene>());
+    setSceneModified(false);
+    impl_->sceneNotifies(NOTIFY_SCENE_NEW, nullptr);
+}
+
+void Core::resetScene() {
+    if (impl_->scene->deleting()) return;
+    newScene();
+    impl_->time = 0;
+    impl_->sceneNotifies(NOTIFY_SCENE_RESET, nullptr);
+}
+
+Status Core::loadScene(const std::string& path) {
+    std::string text;
+    if (Status status = readFile(path, text); !status) return status;
+    return loadSceneText(text, path);
+}
+
+Status Core::loadSceneText(const std::string& text, const std::string& path) {
+    if (impl_->scene->deleting()) return Status::failure("the scene is being changed");
+    const bool wasModified = sceneModified();
+    auto next = std::make_unique<Scene>();
+    if (Status status = readScene(text, path, *next); !status) {
+        setSceneModified(wasModified);
+        return status;
+    }
+    impl_->sceneNotifies(NOTIFY_SCENE_PRE_CLEAR, nullptr);
+    impl_->replaceScene(std::move(next));
+    setSceneModified(false);
+    impl_->sceneNotifies(NOTIFY_SCENE_OPENED, const_cast<char*>(path.c_str()));
+    return {};
+}
+
+std::string Core::sceneText() const {
+    return writtenScene(*impl_->scene);
+}
+
+Status Core::saveScene(const std::string& path) {
+    if (Status status = replaceFile(path, sceneText()); !status) return status;
+    setSceneModified(false);
+    impl_->sceneNotifies(NOTIFY_SCENE_SAVED, const_cast<char*>(path.c_str()));
+    return {};
+}
+
+bool Core::isModified() const noexcept {
+    return sceneModified();
+}
+void Core::setModified(bool modified) noexcept {
+    setSceneModified(modified);
+}
+
+Status Core::openUtility(ClassDesc* utility) {
+    closeUtility();
+    if (!utility || utility->SuperClassID() != UTILITY_CLASS_ID)
+        return Status::failure("not a utility");
+    try {
+        impl_->utility = static_cast<UtilityObj*>(utility->Create(false));
+        if (!impl_->utility)
+            return Status::failure(std::string(utility->ClassName()) + " cannot be opened");
+        impl_->utilityClass = utility;
+        impl_->utility->BeginEditParams(impl_, impl_);
+    } catch (...) {
+        closeUtility();
+        return Status::failure(std::string(utility->ClassName()) + " failed while it was opened");
+    }
+    impl_->window->utilityChanged(utility);
+    return {};
+}
+
+void Core::closeUtility() {
+    // Cleared first: a utility that asks to be closed while it is being closed is closed once.
+    UtilityObj* const utility = std::exchange(impl_->utility, nullptr);
+    impl_->utilityClass = nullptr;
+    if (!utility) return;
+    try {
+        utility->EndEditParams(impl_, impl_);
+        utility->DeleteThis();
+    } catch (...) {
+        // It is closed for the host all the same.
+    }
+    impl_->window->utilityChanged(nullptr);
+}
+
+void Core::Impl::CloseUtility() {
+    if (Core* const core = Core::get()) core->closeUtility();
+}
+
+ClassDesc* Core::openedUtility() const noexcept {
+    return impl_->utilityClass;
+}
+
+}  // namespace kiln

@@ -1,1 +1,0 @@
-#include <kiln/host/host.h>

@@ -1,0 +1,171 @@
+// Runs importers and exporters.
+#include <kiln/host/core.h>
+#include <kiln/host/module.h>
+
+#include <algorithm>
+#include <new>
+#include <vector>
+
+#include "coreimpl.h"
+#include "text.h"
+
+namespace kiln {
+
+namespace {
+
+class Report final : public ImpExpReport {
+public:
+    explicit Report(const ProgressFunction& progress) : progress_(progress) {}
+
+    void Error(const char* message) override { error = message ? message : ""; }
+    void Summary(const char* line) override { summary = line ? line : ""; }
+    bool Progress(double fraction, const char* what) override {
+        if (!cancelled_ && progress_)
+            cancelled_ = !progress_(std::clamp(fraction, 0.0, 1.0), what ? what : "");
+        return !cancelled_;
+    }
+    bool Cancelled() const override { return cancelled_; }
+
+    std::string error;
+    std::string summary;
+
+private:
+    const ProgressFunction& progress_;
+    bool cancelled_ = false;
+};
+
+struct DeleteThisCall {
+    template <typename T>
+    void operator()(T* object) const {
+        object->DeleteThis();
+    }
+};
+template <typename T>
+using Made = std::unique_ptr<T, DeleteThisCall>;
+
+template <typename T>
+Made<T> create(ClassDesc* description) {
+    try {
+        return Made<T>(static_cast<T*>(description->Create(false)));
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+template <typename T>
+std::vector<FileKind> kindsOf(SClass_ID superClass) {
+    std::vector<FileKind> kinds;
+    for (ClassDesc* const one : classesOf(superClass)) {
+        const Made<T> object = create<T>(one);
+        if (!object) continue;
+        FileKind kind{one, object->ShortDesc(), {}};
+        for (int i = 0; i < object->ExtCount(); ++i) kind.extensions.emplace_back(object->Ext(i));
+        kinds.push_back(std::move(kind));
+    }
+    return kinds;
+}
+
+std::string extensionOf(const std::string& path) {
+    const std::string extension = textOf(pathFrom(path).extension());
+    return extension.empty() ? extension : extension.substr(1);
+}
+
+template <typename T>
+Made<T> handlerFor(const std::string& path, SClass_ID superClass) {
+    const std::string extension = extensionOf(path);
+    for (const FileKind& kind : kindsOf<T>(superClass))
+        for (const std::string& one : kind.extensions)
+            if (sameTextIgnoringCase(one, extension)) return create<T>(kind.owner);
+    return nullptr;
+}
+
+ImportResult resultOf(int code, const Report& report, const char* failure) {
+    switch (code) {
+        case IMPEXP_SUCCESS:
+            return {code, report.summary};
+        case IMPEXP_CANCEL:
+            return {code, "cancelled"};
+        default:
+            return {IMPEXP_FAIL, report.error.empty() ? failure : report.error};
+    }
+}
+
+// Takes back what was added to the scene since it was made.
+class Rollback {
+public:
+    explicit Rollback(Scene& scene)
+        : scene_(scene), maps_(scene.texmaps().begin(), scene.texmaps().end()) {
+        for (const Node* const node : subtreeOf(scene.root())) nodes_.insert(node->GetHandle());
+    }
+
+    void run() {
+        // What was there before may hang on what is new by now.
+        std::vector<DWORD> added;
+        for (Node* const node : subtreeOf(scene_.root())) {
+            if (!nodes_.contains(node->GetHandle()))
+                added.push_back(node->GetHandle());
+            else if (node->parent() && !nodes_.contains(node->parent()->GetHandle()))
+                node->Detach(0, true);
+        }
+        for (const DWORD handle : added) scene_.deleteNode(scene_.byHandle(handle));
+        const std::vector<Texmap*> now = scene_.texmaps();
+        for (Texmap* const map : now)
+            if (!maps_.contains(map)) scene_.removeTexmap(map);
+    }
+
+private:
+    Scene& scene_;
+    std::unordered_set<DWORD> nodes_;
+    std::unordered_set<const Texmap*> maps_;
+};
+
+}  // namespace
+
+std::vector<FileKind> Core::importKinds() const {
+    return kindsOf<SceneImport>(SCENE_IMPORT_CLASS_ID);
+}
+
+std::vector<FileKind> Core::exportKinds() const {
+    return kindsOf<SceneExport>(SCENE_EXPORT_CLASS_ID);
+}
+
+ImportResult Core::importFile(const std::string& path, const ProgressFunction& progress) {
+    const auto importer = handlerFor<SceneImport>(path, SCENE_IMPORT_CLASS_ID);
+    if (!importer)
+        return {IMPEXP_FAIL,
+                path + ": no plug-in imports files of type \"" + extensionOf(path) + "\""};
+    Report report(progress);
+    Scene* const scene = impl_->scene.get();
+    Rollback rollback(*scene);
+    int code = IMPEXP_FAIL;
+    try {
+        code = importer->DoImport(path.c_str(), report, impl_);
+    } catch (const std::bad_alloc&) {
+        report.Error("there is not enough memory");
+    } catch (...) {
+        report.Error("the importer failed unexpectedly");
+    }
+    if (code != IMPEXP_SUCCESS && impl_->scene.get() == scene) rollback.run();
+    impl_->sceneNotifies(NOTIFY_IMPORT_ENDED, const_cast<char*>(path.c_str()));
+    return resultOf(code, report, "the file could not be imported");
+}
+
+ImportResult Core::exportFile(const std::string& path, DWORD options,
+                              const ProgressFunction& progress) {
+    const auto exporter = handlerFor<SceneExport>(path, SCENE_EXPORT_CLASS_ID);
+    if (!exporter)
+        return {IMPEXP_FAIL,
+                path + ": no plug-in exports files of type \"" + extensionOf(path) + "\""};
+    Report report(progress);
+    int code = IMPEXP_FAIL;
+    try {
+        code = exporter->DoExport(path.c_str(), report, impl_, options);
+    } catch (const std::bad_alloc&) {
+        report.Error("there is not enough memory");
+    } catch (...) {
+        report.Error("the exporter failed unexpectedly");
+    }
+    return resultOf(code, report, "the file could not be exported");
+}
+
+}  // namespace kiln

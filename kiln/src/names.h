@@ -1,0 +1,90 @@
+// Who has which name, and the makers of new ones.
+#pragma once
+
+#include <kiln/namemaker.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace kiln {
+
+class Node;
+
+struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const noexcept {
+        return std::hash<std::string_view>{}(text);
+    }
+};
+template <typename Value>
+using TextMap = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
+using TextSet = std::unordered_set<std::string, TextHash, std::equal_to<>>;
+
+/// A node's place among those of the same name.
+struct NameLinks {
+    Node* previous = nullptr;
+    Node* next = nullptr;
+};
+
+/// The nodes of a scene by name. Constant time, also for names that very many nodes share.
+class NameIndex {
+public:
+    void add(Node* node);
+    /// Takes `node` out; gives whether it was the last with its name.
+    bool remove(Node* node) noexcept;
+    /// The node that has had `name` longest, or null.
+    Node* find(std::string_view name) const noexcept;
+    bool contains(std::string_view name) const noexcept { return nodes_.contains(name); }
+
+private:
+    struct Sharers {
+        Node* first = nullptr;
+        Node* last = nullptr;
+    };
+    TextMap<Sharers> nodes_;
+};
+
+class SceneNameMaker;
+
+/// What the makers of one host have in common. Makers may outlive the host, so they share it.
+struct MakerRegistry {
+    const NameIndex* sceneNames = nullptr;  ///< of the present scene; null without one
+    std::vector<SceneNameMaker*> makers;
+
+    /// The last node named `name` was renamed or deleted.
+    void nameFreed(std::string_view name) noexcept;
+    /// The scene was emptied or replaced, by one with `names`.
+    void sceneReplaced(const NameIndex* names) noexcept;
+};
+
+class SceneNameMaker final : public NameMaker {
+public:
+    /// `registry` null makes a maker that knows no scene.
+    explicit SceneNameMaker(std::shared_ptr<MakerRegistry> registry);
+    ~SceneNameMaker() override;
+
+    void MakeUniqueName(CStr& name) override;
+    void AddName(const char* name) override;
+    bool NameExists(const char* name) const override;
+
+    /// `base` with the smallest number that makes it free.
+    std::string numbered(const std::string& base);
+    void nameFreed(std::string_view name) noexcept;
+    void sceneReplaced() noexcept;
+
+private:
+    bool taken(std::string_view name) const noexcept;
+
+    std::shared_ptr<MakerRegistry> registry_;
+    TextSet added_;
+    TextSet given_;
+    TextMap<std::uint64_t> nextNumber_;  // by base: every smaller number is taken
+};
+
+}  // namespace kiln

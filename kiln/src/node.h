@@ -1,0 +1,114 @@
+// The scene graph's node.
+#pragma once
+
+#include <kiln/inode.h>
+#include <kiln/texmap.h>
+
+#include <string>
+#include <vector>
+
+#include "modified.h"
+#include "names.h"
+#include "nodelist.h"
+
+namespace kiln {
+
+class Scene;
+
+class Node final : public INode {
+public:
+    Node(Scene& scene, DWORD handle, std::string name);
+    ~Node() override;
+
+    const char* GetName() const override { return name_.c_str(); }
+    void SetName(const char* name) override;
+    DWORD GetHandle() const override { return handle_; }
+
+    bool IsRootNode() const override;
+    INode* GetParentNode() const override { return parent_; }
+    int NumberOfChildren() const override { return static_cast<int>(children_.size()); }
+    INode* GetChildNode(int index) const override;
+    int GetChildIndex(const INode* child) const override;
+    bool AttachChild(INode* child, bool keepPos) override;
+    void Detach(TimeValue t, bool keepPos) override;
+    void Delete(TimeValue t) override;
+
+    Matrix3 GetNodeTM(TimeValue t) const override;
+    void SetNodeTM(TimeValue t, const Matrix3& tm) override;
+    Matrix3 GetLocalTM(TimeValue) const override { return local_; }
+    void SetLocalTM(TimeValue t, const Matrix3& tm) override;
+
+    ObjectState EvalWorldState(TimeValue) const override { return {object_}; }
+    Object* GetObjectRef() const override { return object_; }
+    void SetObjectRef(Object* object) override;
+    Texmap* GetTexmap() const override { return texmap_; }
+    void SetTexmap(Texmap* map) override;
+
+    void Hide(bool hidden) override { change(hidden_, hidden); }
+    bool IsHidden() const override { return hidden_; }
+    bool Selected() const override { return selectionBlock != nullptr; }
+    COLORREF GetWireColor() const override { return wireColor_; }
+    void SetWireColor(COLORREF color) override { change(wireColor_, color); }
+
+    bool IsGroupHead() const override { return groupHead_; }
+    bool IsGroupMember() const override { return groupMember_; }
+    void SetGroupHead(bool head) override { change(groupHead_, head); }
+    void SetGroupMember(bool member) override { change(groupMember_, member); }
+
+    void InvalidateWS() override;
+
+    // The core's own side.
+
+    const std::string& name() const noexcept { return name_; }
+    NameLinks& nameLinks() noexcept { return nameLinks_; }
+    Node* parent() const noexcept { return parent_; }
+    const auto& children() const noexcept { return children_; }
+    /// Hangs a node without parent under this one without checks or notifications.
+    void adopt(Node* child);
+    /// Takes the node from its parent, its transforms left alone.
+    void unlink() noexcept;
+    /// Whether the node is being deleted.
+    bool dying() const noexcept { return dying_; }
+    void setDying() noexcept { dying_ = true; }
+
+    NodeBlock* siblingBlock = nullptr;    ///< where the node lies among its siblings
+    NodeBlock* selectionBlock = nullptr;  ///< where it lies in the selection; null: not selected
+
+private:
+    template <typename T>
+    static void change(T& member, T value) noexcept {
+        if (member == value) return;
+        member = value;
+        setSceneModified(true);
+    }
+    bool canAdopt(const Node* child) const noexcept;
+    void relink(Node* newParent, bool keepPos);
+    const Matrix3& world() const;
+    void setLocal(const Matrix3& tm);
+    void setWorld(const Matrix3& tm);
+    void invalidateSubtree();
+
+    Scene& scene_;
+    const DWORD handle_;
+    bool hidden_ = false;
+    bool groupHead_ = false;
+    bool groupMember_ = false;
+    bool dying_ = false;
+    // The world transform is worked out when it is asked for. While a node's is not valid, neither
+    // is that of any node below it.
+    mutable bool worldValid_ = false;
+    COLORREF wireColor_ = 0xC0C0C0;
+    std::string name_;
+    NameLinks nameLinks_;
+    Node* parent_ = nullptr;
+    Object* object_ = nullptr;
+    Texmap* texmap_ = nullptr;
+    NodeList<&Node::siblingBlock> children_;
+    Matrix3 local_;
+    mutable Matrix3 world_;
+};
+
+/// `top` and all nodes below it, parents before children, siblings in order. Does not recurse.
+std::vector<Node*> subtreeOf(Node* top);
+
+}  // namespace kiln

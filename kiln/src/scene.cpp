@@ -1,0 +1,129 @@
+#include "scene.h"
+
+#include <algorithm>
+
+#include "modified.h"
+
+namespace kiln {
+
+namespace {
+
+bool modified = false;
+DWORD lastHandle = 0;  // of all scenes, so that an old handle never names a new node
+
+}  // namespace
+
+void setSceneModified(bool isModified) noexcept {
+    modified = isModified;
+}
+bool sceneModified() noexcept {
+    return modified;
+}
+
+Scene::Scene() : root_(new Node(*this, ++lastHandle, "Scene Root")) {
+    live_.insert(root_);
+}
+
+Scene::~Scene() {
+    selection_.clear();
+    const std::vector<Node*> all = subtreeOf(root_);
+    for (Node* const node : all) delete node;
+    for (Texmap* const map : texmaps_) map->ReleaseReference();
+}
+
+void Scene::show(SceneListener& listener, MakerRegistry& makers) noexcept {
+    listener_ = &listener;
+    makers_ = &makers;
+    makers.sceneReplaced(&names_);
+}
+
+Node* Scene::createNode(Object* object, std::string name, Node* parent) {
+    auto node = std::make_unique<Node>(*this, ++lastHandle, std::move(name));
+    node->SetObjectRef(object);
+    Node* const made = node.release();
+    live_.insert(made);
+    byHandle_.emplace(made->GetHandle(), made);
+    names_.add(made);
+    parent->adopt(made);
+    setSceneModified(true);
+    return made;
+}
+
+void Scene::deleteNode(Node* node) {
+    if (!node || node == root_ || deleting_ || !contains(node)) return;
+    const std::vector<Node*> doomed = subtreeOf(node);
+    deleting_ = true;
+    for (Node* const one : doomed) one->setDying();
+    for (Node* const one : doomed) notify(NOTIFY_NODE_DELETED, static_cast<INode*>(one));
+
+    bool selectionChanged = false;
+    node->unlink();
+    for (Node* const one : doomed) {
+        selectionChanged |= deselect(one);
+        if (names_.remove(one) && makers_) makers_->nameFreed(one->name());
+        byHandle_.erase(one->GetHandle());
+        live_.erase(one);
+    }
+    for (Node* const one : doomed) delete one;
+    deleting_ = false;
+    setSceneModified(true);
+    if (selectionChanged) notify(NOTIFY_SELECTION_CHANGED);
+}
+
+void Scene::renameNode(Node* node, std::string& name, std::string newName) {
+    const bool wasLast = names_.remove(node);
+    name.swap(newName);
+    names_.add(node);
+    if (wasLast && makers_) makers_->nameFreed(newName);
+    setSceneModified(true);
+    notify(NOTIFY_NODE_RENAMED, static_cast<INode*>(node));
+}
+
+Node* Scene::byHandle(DWORD handle) const noexcept {
+    const auto entry = byHandle_.find(handle);
+    return entry == byHandle_.end() ? nullptr : entry->second;
+}
+
+void Scene::addTexmap(Texmap* map) {
+    if (!map || std::ranges::find(texmaps_, map) != texmaps_.end()) return;
+    texmaps_.push_back(map);
+    map->AddReference();
+    setSceneModified(true);
+}
+
+bool Scene::removeTexmap(Texmap* map) noexcept {
+    const auto entry = std::ranges::find(texmaps_, map);
+    if (entry == texmaps_.end()) return false;
+    texmaps_.erase(entry);
+    map->ReleaseReference();
+    setSceneModified(true);
+    return true;
+}
+
+bool Scene::select(Node* node) {
+    if (!node || node == root_ || node->dying() || node->Selected()) return false;
+    selection_.append(node);
+    return true;
+}
+
+bool Scene::deselect(Node* node) noexcept {
+    if (!node || !node->Selected()) return false;
+    selection_.remove(node);
+    return true;
+}
+
+bool Scene::clearSelection() noexcept {
+    if (selection_.empty()) return false;
+    selection_.clear();
+    return true;
+}
+
+void Scene::notify(int code, void* parameter) {
+    if (listener_) listener_->sceneNotifies(code, parameter);
+}
+
+void Scene::nodeInvalidated(Node* node) {
+    if (listener_) listener_->sceneNodeInvalidated(node);
+}
+
+}  // namespace kiln

@@ -1,0 +1,78 @@
+// A scene: its nodes, names, texture maps and selection.
+#pragma once
+
+#include <kiln/notify.h>
+#include <kiln/texmap.h>
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "names.h"
+#include "node.h"
+
+namespace kiln {
+
+/// Hears of what happens in the scene that it shows.
+class SceneListener {
+public:
+    virtual void sceneNotifies(int code, void* parameter) = 0;
+    virtual void sceneNodeInvalidated(Node* node) = 0;
+
+protected:
+    ~SceneListener() = default;
+};
+
+/// A scene. It is silent until it gets a listener, so that one can be built beside the one in use.
+class Scene {
+public:
+    Scene();
+    ~Scene();
+    Scene(const Scene&) = delete;
+    Scene& operator=(const Scene&) = delete;
+
+    /// Shows the scene: notifications go to `listener` and name makers follow it. Both outlive it.
+    void show(SceneListener& listener, MakerRegistry& makers) noexcept;
+
+    Node* root() const noexcept { return root_; }
+    const NameIndex& names() const noexcept { return names_; }
+
+    /// Makes a node below `parent` and takes a reference to `object` (may be null). Silent.
+    Node* createNode(Object* object, std::string name, Node* parent);
+    void deleteNode(Node* node);
+    void renameNode(Node* node, std::string& name, std::string newName);
+    bool contains(const INode* node) const noexcept { return live_.contains(node); }
+    Node* byHandle(DWORD handle) const noexcept;
+    Node* byName(std::string_view name) const noexcept { return names_.find(name); }
+    std::size_t nodeCount() const noexcept { return byHandle_.size(); }
+    /// Whether nodes are being deleted; nothing else may be deleted meanwhile.
+    bool deleting() const noexcept { return deleting_; }
+
+    const std::vector<Texmap*>& texmaps() const noexcept { return texmaps_; }
+    void addTexmap(Texmap* map);
+    bool removeTexmap(Texmap* map) noexcept;
+
+    const auto& selection() const noexcept { return selection_; }
+    /// Each gives whether the selection changed. Silent.
+    bool select(Node* node);
+    bool deselect(Node* node) noexcept;
+    bool clearSelection() noexcept;
+
+    void notify(int code, void* parameter = nullptr);
+    void nodeInvalidated(Node* node);
+
+private:
+    SceneListener* listener_ = nullptr;
+    MakerRegistry* makers_ = nullptr;
+    NameIndex names_;
+    NodeList<&Node::selectionBlock> selection_;
+    std::unordered_map<DWORD, Node*> byHandle_;  // without the root
+    std::unordered_set<const INode*> live_;      // with the root
+    std::vector<Texmap*> texmaps_;
+    bool deleting_ = false;
+    Node* root_;
+};
+
+}  // namespace kiln
