@@ -18,6 +18,7 @@ struct Pixel {
 };
 
 constexpr Pixel kWhite{255, 255, 255};
+constexpr Pixel kMagenta{255, 0, 255};
 
 // A picture read back from the bytes of its file, rows from the top.
 struct Bitmap {
@@ -49,17 +50,28 @@ const std::vector<draw::ArtFile>& drawn() {
     return files;
 }
 
+std::map<std::string, Bitmap> bitmapsOfHeight(int height) {
+    std::map<std::string, Bitmap> found;
+    for (const draw::ArtFile& file : drawn()) {
+        if (!file.name.ends_with(".bmp")) continue;
+        const Bitmap bitmap = readBitmap(file.bytes);
+        if (bitmap.height == height) found.emplace(file.name, bitmap);
+    }
+    return found;
+}
+
 const std::map<std::string, Bitmap>& treeIcons() {
-    static const auto icons = [] {
-        std::map<std::string, Bitmap> found;
-        for (const draw::ArtFile& file : drawn()) {
-            if (!file.name.ends_with(".bmp")) continue;
-            const Bitmap bitmap = readBitmap(file.bytes);
-            if (bitmap.height == 15) found.emplace(file.name, bitmap);
-        }
-        return found;
-    }();
+    static const auto icons = bitmapsOfHeight(15);
     return icons;
+}
+
+// How many pixels differ clearly in lightness.
+int difference(const Bitmap& first, const Bitmap& second) {
+    int count = 0;
+    for (std::size_t i = 0; i < first.pixels.size(); ++i) {
+        count += std::abs(first.pixels[i].lightness() - second.pixels[i].lightness()) > 64;
+    }
+    return count;
 }
 
 TEST(Art, CommittedFilesAreWhatTheProgramDraws) {
@@ -99,13 +111,32 @@ TEST(Art, TreeIconsHaveClearSurroundingsWithoutAFringe) {
 TEST(Art, TreeIconsDifferByShape) {
     for (auto first = treeIcons().begin(); first != treeIcons().end(); ++first) {
         for (auto second = std::next(first); second != treeIcons().end(); ++second) {
-            int different = 0;
-            for (std::size_t i = 0; i < first->second.pixels.size(); ++i) {
-                different += std::abs(first->second.pixels[i].lightness() -
-                                      second->second.pixels[i].lightness()) > 64;
-            }
-            EXPECT_GE(different, 16 * 15 * 15 / 100) << first->first << " and " << second->first;
+            EXPECT_GE(difference(first->second, second->second), 16 * 15 * 15 / 100)
+                << first->first << " and " << second->first;
         }
+    }
+}
+
+// The user must see at a glance whether a button can be pressed, is pressed or has the keyboard.
+TEST(Art, ButtonStatesDifferAndLeaveTheFaceClear) {
+    const auto symbols = bitmapsOfHeight(16);
+    EXPECT_EQ(symbols.size(), 8U * 4U);
+    for (const auto& [name, up] : symbols) {
+        if (!name.ends_with("_u.bmp")) continue;
+        SCOPED_TRACE(name);
+        const std::string stem = name.substr(0, name.size() - 5);
+        const Bitmap& down = symbols.at(stem + "d.bmp");
+        const Bitmap& focused = symbols.at(stem + "f.bmp");
+        const Bitmap& disabled = symbols.at(stem + "x.bmp");
+        EXPECT_EQ(up.at(15, 0), kMagenta);
+        EXPECT_GT(std::count(up.pixels.begin(), up.pixels.end(), kMagenta), 60);
+        for (const Bitmap* other : {&down, &focused, &disabled}) {
+            EXPECT_GE(difference(up, *other), 30);
+        }
+        EXPECT_TRUE(
+            std::all_of(disabled.pixels.begin(), disabled.pixels.end(), [](const Pixel& pixel) {
+                return pixel == kMagenta || (pixel.red == pixel.green && pixel.green == pixel.blue);
+            }));
     }
 }
 

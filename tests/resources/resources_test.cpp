@@ -80,12 +80,12 @@ TEST(Resources, HoldEveryTreeIcon) {
 TEST(Resources, HoldFourImagesForEveryPictureButton) {
     for (const std::wstring caption : {L"Up", L"Down", L"Expand", L"Collapse", L"SelectGet",
                                        L"SelectSet", L"Find", L"Tool", L"About"}) {
-        const long side = caption == L"About" ? 72 : 24;
+        const long side = caption == L"About" ? 72 : 16;
         for (const wchar_t* suffix : {L"U", L"D", L"F", L"X"}) {
             const std::wstring name = caption + suffix;
             const SIZE size = bitmapSize(name.c_str());
             EXPECT_EQ(size.cx, side) << utf8(name);
-            EXPECT_EQ(size.cy, caption == L"About" ? 72 : 23) << utf8(name);
+            EXPECT_EQ(size.cy, side) << utf8(name);
         }
     }
 }

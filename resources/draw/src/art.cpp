@@ -12,9 +12,9 @@ std::vector<ArtFile> drawAll() {
             files.push_back({picture.name + ".bmp", bitmapFile(picture.canvas)});
         }
     }
-    files.push_back({"workbench.ico",
-                     iconFile({emblem(4, 1, 1, 2), emblem(6, 2, 1, 3), emblem(8, 2, 2, 4),
-                               emblem(12, 3, 3, 6), emblem(16, 4, 4, 8), emblem(64, 16, 16, 32)})});
+    files.push_back(
+        {"workbench.ico", iconFile({emblem(4, 1, 1, 2), emblem(6, 2, 1, 3), emblem(8, 2, 2, 4),
+                                    emblem(12, 3, 3, 6), emblem(16, 4, 4, 8)})});
     return files;
 }
 

@@ -3,9 +3,6 @@
 namespace draw {
 namespace {
 
-// The size of a button of 16 x 14 dialog units in Tahoma 8 at 96 dots per inch.
-constexpr int kWidth = 24;
-constexpr int kHeight = 23;
 constexpr int kSymbolSize = 16;
 
 void paintVerticalArrow(Canvas& c, bool down) {
@@ -117,34 +114,45 @@ void paintTool(Canvas& c) {
     c.fill(disc({3.4, 12.6}, 0.8), kGrey.deep);
 }
 
-Canvas face(ButtonState state) {
-    Canvas canvas(kWidth, kHeight);
-    const Rect whole{0, 0, kWidth, kHeight};
-    switch (state) {
-        case ButtonState::kDown:
-            canvas.fill(whole, rgb(0x3A6EA5));
-            canvas.fill(whole.inset(1), rgb(0xB4CDE6), rgb(0xCBDDEF));
-            canvas.fill(Rect{1, 1, kWidth - 1, 2}, rgb(0x8FB0D2));
-            canvas.fill(Rect{1, 1, 2, kHeight - 1}, rgb(0x8FB0D2));
-            break;
-        case ButtonState::kDisabled:
-            canvas.fill(whole, rgb(0xCFCFCF));
-            canvas.fill(whole.inset(1), rgb(0xF0F0F0));
-            break;
-        default:
-            canvas.fill(whole, rgb(0xA0A5AC));
-            canvas.fill(whole.inset(1), rgb(0xFAFBFC), rgb(0xE2E5E9));
-            break;
+// The button draws its face and frame itself; the picture is cut out along this colour.
+constexpr Colour kSeeThrough = rgb(0xFF00FF);
+// What the face looks like, for the edges of the symbol to run into.
+constexpr Colour kFace = rgb(0xF5F5F5);
+
+Canvas darkened(const Canvas& canvas) {
+    Canvas result = canvas;
+    for (int y = 0; y < canvas.height(); ++y) {
+        for (int x = 0; x < canvas.width(); ++x) {
+            Colour& pixel = result.at(x, y);
+            const double alpha = pixel.alpha;
+            pixel = mix(pixel, rgb(0x000000), 0.3);
+            pixel.alpha = alpha;
+        }
     }
-    return canvas;
+    return result;
 }
 
+// With the focus the symbol stands on a pale plate, pressed on a deeper one.
 Canvas button(const Canvas& symbol, ButtonState state) {
-    Canvas canvas = face(state);
-    const int pushed = state == ButtonState::kDown ? 1 : 0;
-    canvas.overlay(state == ButtonState::kDisabled ? greyed(symbol) : symbol,
-                   (kWidth - kSymbolSize) / 2 + pushed, (kHeight - kSymbolSize) / 2 + pushed);
-    if (state == ButtonState::kFocused) paintFocus(canvas);
+    const RoundedRect plate{{0, 0, kSymbolSize, kSymbolSize}, 2};
+    Canvas canvas(kSymbolSize, kSymbolSize);
+    switch (state) {
+        case ButtonState::kUp:
+            canvas.overlay(symbol, 0, 0);
+            break;
+        case ButtonState::kDown:
+            canvas.fill(plate, rgb(0x9FC3E8));
+            canvas.overlay(darkened(symbol), 0, 0);
+            break;
+        case ButtonState::kFocused:
+            canvas.fill(plate, rgb(0xD2E6FA));
+            canvas.overlay(symbol, 0, 0);
+            break;
+        case ButtonState::kDisabled:
+            canvas.overlay(greyed(symbol), 0, 0);
+            break;
+    }
+    cutOut(canvas, kFace, kSeeThrough);
     return canvas;
 }
 
@@ -167,15 +175,14 @@ Canvas greyed(const Canvas& canvas) {
     return result;
 }
 
-void paintFocus(Canvas& canvas) {
-    const Rect whole{0, 0, static_cast<double>(canvas.width()),
-                     static_cast<double>(canvas.height())};
-    canvas.fill(frame(whole, 1), kBlue.plain);
-    for (int y = 2; y < canvas.height() - 2; ++y) {
-        for (int x = 2; x < canvas.width() - 2; ++x) {
-            const bool edge =
-                x == 2 || y == 2 || x == canvas.width() - 3 || y == canvas.height() - 3;
-            if (edge && (x + y) % 2 == 0) canvas.at(x, y) = kBlue.deep;
+void cutOut(Canvas& canvas, Colour background, Colour clear) {
+    constexpr double kLeastCoverage = 0.34;
+    for (int y = 0; y < canvas.height(); ++y) {
+        for (int x = 0; x < canvas.width(); ++x) {
+            Colour& pixel = canvas.at(x, y);
+            const double coverage = pixel.alpha;
+            pixel.alpha = 1;
+            pixel = coverage < kLeastCoverage ? clear : mix(background, pixel, coverage);
         }
     }
 }

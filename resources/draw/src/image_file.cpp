@@ -102,7 +102,7 @@ std::vector<std::uint8_t> iconFile(const std::vector<Canvas>& canvases) {
     Bytes images;
     for (const Canvas& canvas : canvases) {
         const Bytes image = iconImage(canvas);
-        out.push_back(static_cast<std::uint8_t>(canvas.width()));  // 256 is written as 0
+        out.push_back(static_cast<std::uint8_t>(canvas.width()));
         out.push_back(static_cast<std::uint8_t>(canvas.height()));
         put16(out, 0);
         put16(out, 1);

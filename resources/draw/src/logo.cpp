@@ -37,21 +37,23 @@ Canvas emblem(int tile, int gap, int margin, double radius) {
 }
 
 std::vector<Picture> aboutButton() {
-    // 48 x 44 dialog units in Tahoma 8 at 96 dots per inch: 72 x 72 pixels. A button image has no
-    // transparency, so the corners stay square.
+    // 48 x 44 dialog units in Tahoma 8 at 96 dots per inch: 72 x 72 pixels, all of the button.
     std::vector<Picture> pictures;
     for (const ButtonState state : kButtonStates) {
         Canvas canvas = emblem(18, 4, 5, 0);
-        if (state == ButtonState::kDown) {
-            Canvas moved = canvas;
-            moved.overlay(canvas, 1, 1);
-            moved.fill(Rect{0, 0, 72, 72}, rgb(0x000000, 0.25));
-            canvas = moved;
-        }
-        if (state == ButtonState::kDisabled) canvas = greyed(canvas);
-        if (state == ButtonState::kFocused) {
-            paintFocus(canvas);
-            canvas.fill(frame({0, 0, 72, 72}, 2), kBlue.light);
+        const Rect whole{0, 0, 72, 72};
+        switch (state) {
+            case ButtonState::kUp:
+                break;
+            case ButtonState::kDown:
+                canvas.fill(whole, rgb(0x000000, 0.25));
+                break;
+            case ButtonState::kFocused:
+                canvas.fill(frame(whole, 2), kBlue.light);
+                break;
+            case ButtonState::kDisabled:
+                canvas = greyed(canvas);
+                break;
         }
         pictures.push_back({buttonName("about", state), canvas});
     }

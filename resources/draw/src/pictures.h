@@ -15,7 +15,7 @@ struct Picture {
 // The icons of the browser's tree, 16 x 15 pixels, clear pixels already white.
 std::vector<Picture> treeIcons();
 
-// The picture buttons of the browser form, four states each.
+// The symbols of the form's picture buttons, 16 x 16 pixels, four states each, magenta where clear.
 std::vector<Picture> buttons();
 
 // The emblem: a mosaic of nine square tiles, five of which form a T. `tile`, `gap` and `margin`
@@ -36,7 +36,9 @@ std::string buttonName(const std::string& caption, ButtonState state);
 // The picture in greys and paler, as a command looks that cannot be given now.
 Canvas greyed(const Canvas& canvas);
 
-// The two frames, one solid and one dotted, that show where the keyboard is.
-void paintFocus(Canvas& canvas);
+// Prepares a picture for a display that knows only opaque and clear: a pixel that is covered by a
+// third or more becomes opaque, mixed with the background that the display will show behind it, so
+// that edges stay smooth; the rest becomes `clear`.
+void cutOut(Canvas& canvas, Colour background, Colour clear);
 
 }  // namespace draw

@@ -200,22 +200,10 @@ void paintOverlay(Canvas& c) {
     c.fill(disc({12, 11}, 1.2), rgb(0xF6E3E0));
 }
 
-// The icons are drawn through a one-bit mask whose clear colour is white. So a pixel that is
-// covered by a third or more becomes opaque, its edge mixed with the grey the tree shows behind
-// it, and the rest becomes white. An opaque pixel is never pure white: it would turn into a hole.
-void maskWithWhite(Canvas& canvas) {
-    constexpr double kLeastCoverage = 0.34;
-    constexpr Colour kTreeBackground = rgb(0xE1E1E1);
-    constexpr Colour kClear = rgb(0xFFFFFF);
-    for (int y = 0; y < canvas.height(); ++y) {
-        for (int x = 0; x < canvas.width(); ++x) {
-            Colour& pixel = canvas.at(x, y);
-            const double coverage = pixel.alpha;
-            pixel.alpha = 1;
-            pixel = coverage < kLeastCoverage ? kClear : mix(kTreeBackground, pixel, coverage);
-        }
-    }
-}
+// What the icons are cut out along, and what the tree shows behind them. An opaque pixel is never
+// pure white: it would turn into a hole.
+constexpr Colour kClear = rgb(0xFFFFFF);
+constexpr Colour kTreeBackground = rgb(0xE1E1E1);
 
 }  // namespace
 
@@ -249,7 +237,7 @@ std::vector<Picture> treeIcons() {
     for (const Entry& entry : kEntries) {
         Canvas canvas(kWidth, kHeight);
         entry.paint(canvas);
-        maskWithWhite(canvas);
+        cutOut(canvas, kTreeBackground, kClear);
         pictures.push_back({entry.name, canvas});
     }
     return pictures;
