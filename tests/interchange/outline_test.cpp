@@ -1,0 +1,213 @@
+#include "fltbytes.h"
+
+#include <gtest/gtest.h>
+#include <interchange/import.h>
+#include <interchange/outline.h>
+#include <quillon/fltfilereader.h>
+
+#include <string>
+
+using interchange::kNone;
+using interchange::Outline;
+using interchange::readOutline;
+
+namespace {
+
+/// The tree as "1(2,2(5,5))", by kind.
+std::string treeOf(const Outline& outline, std::uint32_t index = 0) {
+    std::string children;
+    for (std::uint32_t i = 0; i < outline.nodes.size(); ++i) {
+        if (outline.nodes[i].parent != index) continue;
+        children += (children.empty() ? "" : ",") + treeOf(outline, i);
+    }
+    const std::string kind = std::to_string(outline.nodes[index].kind);
+    return children.empty() ? kind : kind + "(" + children + ")";
+}
+
+FltFileError refusalOf(std::span<const std::uint8_t> bytes) {
+    try {
+        readOutline(bytes);
+    } catch (const FltFileError& error) {
+        return error;
+    }
+    ADD_FAILURE() << "the file was accepted";
+    return {"", 0};
+}
+
+const std::initializer_list<std::array<double, 3>> kSquare = {
+    {0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}};
+
+FltBytes fileWithSubfaces() {
+    FltBytes file;
+    file.palette(kSquare).push().face("f").record(19).polygon("s", {0, 1, 2}).record(20);
+    file.push().list({0, 1, 2, 3}).pop().face("g").pop();
+    return file;
+}
+
+FltBytes fileWithExtension() {
+    FltBytes file;
+    file.push().group("a").record(21).record(100).group("x").push().object("y").pop().record(22);
+    file.record(122).record(125).record(123).push().object("b").pop().pop();
+    return file;
+}
+
+FltBytes fileWithSound() {
+    FltBytes file;
+    file.push().group("a").push().record(91, Bytes().zeros(60)).push().object("b").pop();
+    file.object("c").pop().pop();
+    return file;
+}
+
+}  // namespace
+
+TEST(Outline, FollowsEverySortOfLevel) {
+    const struct {
+        const char* name;
+        FltBytes file;
+        std::string tree;
+    } cases[] = {
+        {"header alone", FltBytes(), "1"},
+        {"without levels", FltBytes().group("a").group("b"), "1(2,2)"},
+        {"levels",
+         FltBytes().push().group("a").push().object("b").object("c").pop().group("d").pop(),
+         "1(2(4,4),2)"},
+        {"level without a node before it", FltBytes().push().push().group("a").pop().pop(), "1(2)"},
+        {"two levels below one node",
+         FltBytes().push().group("a").push().object("b").pop().push().object("c").pop().pop(),
+         "1(2(4,4))"},
+        {"subfaces", fileWithSubfaces(), "1(5(5),5)"},
+        {"extension and attribute levels hold no nodes", fileWithExtension(), "1(2(4))"},
+        {"nodes without a place leave it to their children", fileWithSound(), "1(2(4,4))"},
+    };
+    for (const auto& test : cases)
+        EXPECT_EQ(treeOf(readOutline(test.file)), test.tree) << test.name;
+}
+
+TEST(Outline, CountsWhatItDoesNotTake) {
+    FltBytes file;
+    file.push().group("a").record(300).record(3, Bytes().zeros(8)).record(0xFFFF).record(84);
+    file.comment("about the mesh").record(49, Bytes().zeros(64)).pop();
+    const Outline outline = readOutline(file);
+    EXPECT_EQ(outline.unknownRecords, 3U);
+    EXPECT_EQ(outline.leftOutNodes, 1U);
+    EXPECT_EQ(outline.nodes[1].firstComment, kNone);
+    EXPECT_EQ(outline.nodes[1].matrix, 0U);
+    EXPECT_EQ(interchange::summaryOf(outline),
+              "imported 2 nodes (1 group, 1 header), skipped 3 unknown records, "
+              "left out 1 node of another kind");
+}
+
+TEST(Outline, TellsWhichNodeARecordIsAbout) {
+    FltBytes file;
+    file.comment("about the file").push().group("a").record(300).comment("first").longId("long");
+    file.push().group("b").comment("other").pop().comment("second").pop();
+    const Outline outline = readOutline(file);
+    std::vector<int> commentCounts;
+    for (const auto& node : outline.nodes) {
+        int count = 0;
+        for (auto i = node.firstComment; i != kNone; i = outline.comments[i].next) ++count;
+        commentCounts.push_back(count);
+    }
+    EXPECT_EQ(commentCounts, (std::vector<int>{1, 2, 1}));
+    EXPECT_NE(outline.nodes[1].longId, 0U);
+    EXPECT_EQ(outline.nodes[2].longId, 0U);
+}
+
+TEST(Outline, FindsVerticesOfEveryKindAndLength) {
+    FltBytes file;
+    const auto palette = static_cast<std::uint32_t>(file.size());
+    file.record(67, Bytes().u32(0));
+    std::vector<std::uint32_t> offsets;
+    // Each kind at the lengths that different revisions write.
+    const std::pair<unsigned, std::size_t> vertices[] = {{68, 36}, {68, 40}, {69, 52}, {69, 56},
+                                                         {70, 60}, {70, 64}, {71, 44}, {71, 48}};
+    for (const auto& [opcode, length] : vertices) {
+        offsets.push_back(static_cast<std::uint32_t>(file.size()));
+        file.record(opcode, Bytes().zeros(length - 4));
+    }
+    Bytes list, more, morph;
+    for (std::size_t i = 0; i < 6; ++i) list.u32(offsets[i] - palette);
+    for (std::size_t i = 6; i < 8; ++i) more.u32(offsets[i] - palette);
+    for (const std::uint32_t offset : {offsets[2], offsets[0]}) {
+        morph.u32(offset - palette).u32(offsets[7] - palette);
+    }
+    file.push().face("f").push().record(72, list).record(23, more).record(72, list).pop();
+    file.face("m").push().record(89, morph).pop().pop();
+
+    const Outline outline = readOutline(file);
+    const auto cornersOf = [&](std::size_t node) {
+        const auto first = outline.corners.begin() + outline.nodes[node].firstCorner;
+        return std::vector<std::uint32_t>(first, first + outline.nodes[node].cornerCount);
+    };
+    EXPECT_EQ(cornersOf(1), offsets) << "the list, its continuation, and not a second list";
+    EXPECT_EQ(cornersOf(2), (std::vector<std::uint32_t>{offsets[2], offsets[0]}));
+}
+
+TEST(Outline, RefusesWhatMakesNoSense) {
+    constexpr std::size_t kEnd = FltBytes::kHeaderLength;
+    constexpr std::size_t kList = kEnd + 8 + 4 * FltBytes::kVertexLength + 84;
+    const auto cut = [](FltBytes file, std::size_t left) {
+        file.vector().resize(left);
+        return file;
+    };
+    FltBytes shortLength = FltBytes().group("a");
+    shortLength.vector()[kEnd + 3] = 3;
+    FltBytes notFlt;
+    notFlt.vector()[1] = 7;
+    const auto switchOf = [](std::uint32_t masks, std::uint32_t words) {
+        return FltBytes().record(96, Bytes().field("s", 8).zeros(8).u32(masks).u32(words).u32(1));
+    };
+    const struct {
+        const char* name;
+        FltBytes file;
+        std::size_t offset;
+        std::string text;
+    } cases[] = {
+        {"empty", cut(FltBytes(), 0), 0, "empty"},
+        {"another sort of file", notFlt, 0, "not an OpenFlight file"},
+        {"header cut short", cut(FltBytes(), 12), 0, "0"},
+        {"revision before the format", FltBytes("db", 1300), 12, "byte 12"},
+        {"revision that is no revision", FltBytes("db", 0x80000000), 12, "-2147483648"},
+        {"cut in a record", cut(FltBytes().group("a"), kEnd + 20), kEnd, "328"},
+        {"cut in a record's first bytes", cut(FltBytes().group("a"), kEnd + 3), kEnd, "328"},
+        {"cut between two records", cut(FltBytes().push().group("a").pop(), kEnd + 36), kEnd + 36,
+         "byte 364 with one level still open, the innermost since byte 328"},
+        {"record shorter than its own head", shortLength, kEnd, "328"},
+        {"pop without push", FltBytes().group("a").pop(), kEnd + 32, "never opened"},
+        {"pop of another sort", FltBytes().push().record(20), kEnd + 4, "byte 328"},
+        {"vertex list without a palette", FltBytes().polygon("f", {0}), kEnd + 84, "offset 8"},
+        {"vertex beyond the palette", FltBytes().palette(kSquare).polygon("f", {0, 4}), kList,
+         "offset 168"},
+        {"vertex list into a record's middle",
+         FltBytes().palette(kSquare).face("f").push().record(72, Bytes().u32(12)), kList,
+         "offset 12"},
+        {"switch with more masks than words", switchOf(2, 1), kEnd, "2 masks"},
+        {"switch with masks beyond counting", switchOf(0x7FFFFFFF, 0x7FFFFFFF), kEnd, "2147483647"},
+        {"switch with masks below nothing", switchOf(0xFFFFFFFF, 0xFFFFFFFF), kEnd, "-1"},
+    };
+    for (const auto& test : cases) {
+        const FltFileError error = refusalOf(test.file);
+        EXPECT_EQ(error.offset(), test.offset) << test.name << ": " << error.what();
+        EXPECT_NE(std::string(error.what()).find(test.text), std::string::npos)
+            << test.name << ": " << error.what();
+    }
+}
+
+TEST(Outline, AcceptsTheZerosBehindTheLastRecord) {
+    for (const std::size_t zeros : {1, 3, 4, 500}) {
+        FltBytes file = FltBytes().group("a");
+        file.zeros(zeros);
+        EXPECT_EQ(treeOf(readOutline(file)), "1(2)") << zeros;
+    }
+}
+
+TEST(Outline, RefusesNestingThatWouldOverflowOthers) {
+    FltBytes pushes;
+    for (int i = 0; i < 1'000'000; ++i) pushes.push();
+    EXPECT_EQ(refusalOf(pushes).offset(), FltBytes::kHeaderLength + 4 * interchange::kDeepestLevel);
+
+    FltBytes deepest;
+    for (std::size_t i = 0; i < interchange::kDeepestLevel; ++i) deepest.push().group("g");
+    for (std::size_t i = 0; i < interchange::kDeepestLevel; ++i) deepest.pop();
+    EXPECT_EQ(readOutline(deepest).nodes.size(), interchange::kDeepestLevel + 1);
+}
