@@ -3,6 +3,8 @@
 #include <fltkilnutil/kilnface.h>
 #include <quillon/fltxref.h>
 
+#include <cstring>
+
 namespace {
 
 constexpr Class_ID kTextureAttrClassId(0x6A3C1F07, 0x2E9D0005);

@@ -3,6 +3,7 @@
 #include <quillon/fltswitch.h>
 #include <tessera/lodviewer.h>
 
+#include <cmath>
 #include <map>
 
 namespace {
