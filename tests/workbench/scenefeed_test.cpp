@@ -1,0 +1,91 @@
+#include <workbench/scenefeed.h>
+
+#include <kiln/host/host.h>
+
+#include <gmock/gmock.h>
+
+using namespace workbench;
+
+namespace {
+
+class SceneFeedTest : public testing::Test {
+protected:
+    ~SceneFeedTest() override { kiln::Core::destroy(); }
+
+    ItemIndex itemOf(const INode* node) const {
+        for (ItemIndex i = 0; i < feed_.model().items().size(); ++i)
+            if (feed_.nodeOf(i) == node) return i;
+        return kNoItem;
+    }
+
+    Interface& host_ = kiln::Core::create().hostInterface();
+    SceneFeed feed_;
+};
+
+TEST_F(SceneFeedTest, ShowsSurfacesInWorldSpaceInTheirColour) {
+    INode* group = host_.CreateObjectNode(new DummyObject, "group");
+    INode* box = host_.CreateObjectNode(new BoxObject(4, 2, 6), "box");
+    box->SetWireColor(0x00112233);
+    group->AttachChild(box);
+    group->SetNodeTM(0, TransMatrix({100, 0, 0}));
+    feed_.build(host_);
+
+    const Item& item = feed_.model().items()[itemOf(box)];
+    EXPECT_EQ(item.triangleCount, 12u);
+    EXPECT_FLOAT_EQ(item.box.min.x, 99);
+    EXPECT_FLOAT_EQ(item.box.max.x, 101);
+    EXPECT_FLOAT_EQ(item.box.max.z, 6);
+    EXPECT_EQ(feed_.model().triangles()[item.firstTriangle].colour, 0x332211u);
+    EXPECT_EQ(feed_.counts().nodes, 2);
+    EXPECT_EQ(feed_.counts().faces, 12u);
+}
+
+TEST_F(SceneFeedTest, HidesANodeButNotItsChildren) {
+    INode* parent = host_.CreateObjectNode(new BoxObject, "parent");
+    INode* child = host_.CreateObjectNode(new BoxObject, "child");
+    parent->AttachChild(child);
+    parent->Hide(true);
+    feed_.build(host_);
+    EXPECT_EQ(itemOf(parent), kNoItem);
+    EXPECT_NE(itemOf(child), kNoItem);
+    EXPECT_EQ(feed_.counts().hidden, 1);
+}
+
+TEST_F(SceneFeedTest, AGroupIsBracketedWithAllBelowIt) {
+    INode* head = host_.CreateObjectNode(new DummyObject, "head");
+    INode* middle = host_.CreateObjectNode(new DummyObject, "middle");
+    INode* box = host_.CreateObjectNode(new BoxObject, "box");
+    box->SetNodeTM(0, TransMatrix({50, 60, 70}));
+    middle->AttachChild(box);
+    head->AttachChild(middle);
+    host_.SelectNode(head);
+    feed_.build(host_);
+    EXPECT_FLOAT_EQ(feed_.model().selectedBox().max.z, 80);
+    EXPECT_FLOAT_EQ(feed_.model().selectedBox().min.x, 0);
+
+    host_.SelectNode(box);
+    feed_.updateSelection();
+    EXPECT_FLOAT_EQ(feed_.model().selectedBox().min.x, 45);
+}
+
+TEST_F(SceneFeedTest, KeepsBadMeshesAndDeepScenesFromDoingHarm) {
+    auto* broken = new TriObject;
+    const Point3 corner{1, 2, 3};
+    broken->GetMesh().verts.Append(1, &corner);
+    Face face;
+    face.v[0] = 7;
+    broken->GetMesh().faces.Append(1, &face);
+    host_.CreateObjectNode(broken, "broken");
+    INode* above = host_.GetRootNode();
+    constexpr int kDepth = 20000;
+    for (int i = 0; i < kDepth; ++i) {
+        INode* node = host_.CreateObjectNode(nullptr, "link");
+        above->AttachChild(node);
+        above = node;
+    }
+    feed_.build(host_);
+    EXPECT_EQ(feed_.counts().nodes, kDepth + 1);
+    EXPECT_EQ(feed_.counts().faces, 0u);
+}
+
+}  // namespace

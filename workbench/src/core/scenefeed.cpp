@@ -1,0 +1,124 @@
+#include <workbench/scenefeed.h>
+
+#include <kiln/mesh.h>
+#include <kiln/object.h>
+
+#include <memory>
+
+namespace workbench {
+namespace {
+
+constexpr Colour kHelperColour = 0x6FD0A8;
+
+// The host has blue in the highest byte, the screen red.
+Colour screenColour(COLORREF colour) {
+    const auto value = static_cast<Colour>(colour);
+    return (value & 0xFF) << 16 | (value & 0xFF00) | (value >> 16 & 0xFF);
+}
+
+Vec3 toVec3(const Point3& p) {
+    return {static_cast<float>(p.x), static_cast<float>(p.y), static_cast<float>(p.z)};
+}
+
+// A converted object belongs to the caller, unless it is the very one that was asked.
+struct Converted {
+    Object* source;
+    Object* result;
+    ~Converted() {
+        if (result && result != source) result->DeleteThis();
+    }
+};
+
+}  // namespace
+
+void SceneFeed::clear() {
+    model_.clear();
+    nodes_.clear();
+    visits_.clear();
+    counts_ = {};
+}
+
+void SceneFeed::build(Interface& host) {
+    clear();
+    if (INode* root = host.GetRootNode()) visitAll(root);
+    boundSubtrees();
+    updateSelection();
+    counts_.faces = model_.triangles().size();
+}
+
+// Parents come before their children; however deep the scene is, the call stack is not.
+void SceneFeed::visitAll(INode* root) {
+    visits_.push_back({root, 0, kNoItem, {}});
+    for (std::size_t at = 0; at < visits_.size(); ++at) {
+        INode& node = *visits_[at].node;
+        if (!node.IsRootNode()) {
+            ++counts_.nodes;
+            if (node.IsHidden()) {
+                ++counts_.hidden;
+            } else {
+                visits_[at].item = model_.beginItem();
+                nodes_.push_back(&node);
+                addNode(node);
+                model_.endItem();
+                visits_[at].subtree = model_.items().back().box;
+            }
+        }
+        const int children = node.NumberOfChildren();
+        for (int i = 0; i < children; ++i)
+            visits_.push_back({node.GetChildNode(i), at, kNoItem, {}});
+    }
+}
+
+// A selected group is bracketed with all that hangs below it.
+void SceneFeed::boundSubtrees() {
+    for (std::size_t at = visits_.size(); at-- > 1;) {
+        const Visit& visit = visits_[at];
+        visits_[visit.parent].subtree.include(visit.subtree);
+        if (visit.item != kNoItem) model_.setSelectionBox(visit.item, visit.subtree);
+    }
+}
+
+void SceneFeed::addNode(INode& node) {
+    const Matrix3 place = node.GetNodeTM(0);
+    const Vec3 origin = toVec3(place.GetTrans());
+    Object* object = node.EvalWorldState(0).obj;
+    if (!object) return model_.addMark(MarkKind::kHelper, origin, kHelperColour);
+    if (object->SuperClassID() == LIGHT_CLASS_ID) {
+        const auto* light = dynamic_cast<const GenLight*>(object);
+        const Colour colour = light ? screenColour(light->GetColor()) : 0xFFF0A0;
+        return model_.addMark(MarkKind::kLight, origin, colour);
+    }
+    if (object->CanConvertToType(TRIOBJ_CLASS_ID)) {
+        const Converted converted{object, object->ConvertToType(0, TRIOBJ_CLASS_ID)};
+        if (converted.result) {
+            const Mesh& mesh = static_cast<const TriObject*>(converted.result)->GetMesh();
+            addMesh(place, mesh, screenColour(node.GetWireColor()));
+            if (mesh.faces.Count() > 0) return;
+        }
+    }
+    model_.addMark(MarkKind::kHelper, origin, kHelperColour);
+}
+
+void SceneFeed::addMesh(const Matrix3& place, const Mesh& mesh, Colour colour) {
+    static_assert(EDGE_A == 1 && EDGE_B == 2 && EDGE_C == 4,
+                  "the model's edge bits are the mesh's");
+    for (const Point3& vertex : mesh.verts) model_.addVertex(toVec3(place.PointTransform(vertex)));
+    const bool painted = mesh.colors.Count() > 0 && mesh.colors.Count() == mesh.verts.Count();
+    for (const Face& face : mesh.faces) {
+        const bool known = face.v[0] < static_cast<DWORD>(mesh.verts.Count());
+        const Colour own =
+            painted && known ? screenColour(mesh.colors[static_cast<int>(face.v[0])]) : colour;
+        model_.addTriangle(face.v[0], face.v[1], face.v[2], own,
+                           static_cast<std::uint8_t>(face.flags & EDGE_ALL));
+    }
+}
+
+void SceneFeed::updateSelection() {
+    for (ItemIndex i = 0; i < nodes_.size(); ++i) model_.setSelected(i, nodes_[i]->Selected());
+}
+
+INode* SceneFeed::nodeOf(ItemIndex item) const {
+    return item < nodes_.size() ? nodes_[item] : nullptr;
+}
+
+}  // namespace workbench
