@@ -1,13 +1,23 @@
 #include "attrtable.h"
 #include "attrvalue.h"
-#include "nodechunk.h"
 
 #include <fltkilnutil/fltattr.h>
 #include <fltkilnutil/kilnflt.h>
+#include <fltkilnutil/kilnlightpoint.h>
 
 using namespace fltkilnutil;
 
 namespace {
+
+/// Runs `body`, which may fail for want of memory, and gives `failure` then.
+template <typename Result, typename Body>
+Result orElse(Result failure, Body&& body) noexcept {
+    try {
+        return body();
+    } catch (...) {
+        return failure;
+    }
+}
 
 FltAttrBlock blockOf(FltAttrGroup& group, const FltAttrDesc& descriptor) noexcept {
     if (descriptor.target == FltAttrTarget::Options) return *group.options;
@@ -48,7 +58,7 @@ void printValues(FltAttrGroup& group) {
 FltAttrGroup* load(INode* node, std::uint32_t parameter) {
     FltNodeKind kind{};
     if (!fltGetKind(node, true, kind)) return nullptr;
-    const AttrTable* const table = AttrTable::instance();
+    AttrTable* const table = AttrTable::instance();
     TableGroup* const group = table != nullptr ? table->find(kind) : nullptr;
     if (group == nullptr || !readRecord(node, *group, parameter) || !readOptions(node, *group))
         return nullptr;
@@ -66,13 +76,11 @@ bool store(INode* node, FltAttrGroup& group) {
     if (node == nullptr || !mayBecome(node, group.kind)) return false;
     for (const FltAttrDesc* row = group.descriptors; !row->isTerminator(); ++row)
         storeField(blockOf(group, *row), *row);
-    const bool isNew = !fltHasData(node);
-    if (isNew && !fltEnsureKind(node, group.kind, group.parameter)) return false;
-    const bool stored = (group.options == nullptr || fltPutOptions(node, *group.options)) &&
-                        fltPutRecord(node, *group.record);
-    if (!stored && isNew) removeChunk(node, ChunkId::Kind);  // no OpenFlight node after all
-    if (stored) showModeParameter(group);
-    return stored;
+    if (!fltHasData(node) && !fltEnsureKind(node, group.kind, group.parameter)) return false;
+    if (group.options != nullptr && !fltPutOptions(node, *group.options)) return false;
+    if (!fltPutRecord(node, *group.record)) return false;
+    showModeParameter(group);
+    return true;
 }
 
 }  // namespace
@@ -97,13 +105,17 @@ FltAttrDesc::FltAttrDesc(const char* rowCaption, FltAttrTarget rowTarget, const 
 }
 
 FltAttrGroup* fltAttrGroupFind(FltNodeKind kind) noexcept {
-    const AttrTable* const table = AttrTable::instance();
-    return table != nullptr ? table->find(kind) : nullptr;
+    return orElse<FltAttrGroup*>(nullptr, [kind]() -> FltAttrGroup* {
+        AttrTable* const table = AttrTable::instance();
+        return table != nullptr ? table->find(kind) : nullptr;
+    });
 }
 
 FltAttrGroup* const* fltAttrGroups() noexcept {
-    const AttrTable* const table = AttrTable::instance();
-    return table != nullptr ? table->list() : nullptr;
+    return orElse<FltAttrGroup* const*>(nullptr, []() -> FltAttrGroup* const* {
+        AttrTable* const table = AttrTable::instance();
+        return table != nullptr ? table->list() : nullptr;
+    });
 }
 
 std::size_t fltAttrCount(const FltAttrGroup& group) noexcept {
@@ -121,17 +133,9 @@ FltAttrDesc* fltAttrFindRow(FltNodeKind kind, std::string_view key) noexcept {
 }
 
 FltAttrGroup* fltAttrLoad(INode* node, std::uint32_t parameter) noexcept {
-    try {
-        return load(node, parameter);
-    } catch (...) {
-        return nullptr;  // no memory for a value text
-    }
+    return orElse<FltAttrGroup*>(nullptr, [=] { return load(node, parameter); });
 }
 
 bool fltAttrStore(INode* node, FltAttrGroup& group) noexcept {
-    try {
-        return store(node, group);
-    } catch (...) {
-        return false;
-    }
+    return orElse(false, [&] { return store(node, group); });
 }

@@ -23,7 +23,8 @@ void FltBsp::write(FltStream& stream) {
 }
 
 void FltBsp::writeToken(FltToken& token, std::uint32_t) const {
-    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
+    token.begin(kOpcode);
+    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltBsp::readToken(FltToken& token, std::uint32_t) {

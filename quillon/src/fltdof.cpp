@@ -65,7 +65,8 @@ void FltDof::write(FltStream& stream) {
 }
 
 void FltDof::writeToken(FltToken& token, std::uint32_t) const {
-    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
+    token.begin(kOpcode);
+    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltDof::readToken(FltToken& token, std::uint32_t) {

@@ -27,7 +27,8 @@ void FltGroup::write(FltStream& stream) {
 }
 
 void FltGroup::writeToken(FltToken& token, std::uint32_t) const {
-    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
+    token.begin(kOpcode);
+    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltGroup::readToken(FltToken& token, std::uint32_t) {

@@ -99,7 +99,8 @@ void layoutRest(Codec& codec, auto& record) {
 }  // namespace
 
 void FltHeader::writeToken(FltToken& token, std::uint32_t) const {
-    quillon::writeFields(token, kOpcode, [this](auto& codec) {
+    token.begin(kOpcode);
+    quillon::writeFields(token, [this](auto& codec) {
         layoutStart(codec, *this);
         layoutRest(codec, *this);
     });

@@ -14,7 +14,8 @@ void layout(Codec& codec, auto& record) {
 }  // namespace
 
 void FltInstance::writeToken(FltToken& token, std::uint32_t) const {
-    quillon::writeFields(token, opcode(), [this](auto& codec) { layout(codec, *this); });
+    token.begin(opcode());
+    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltInstance::readToken(FltToken& token, std::uint32_t) {

@@ -39,7 +39,8 @@ void layout(Codec& codec, auto& record) {
 }  // namespace
 
 void FltLightSourcePalette::writeToken(FltToken& token, std::uint32_t) const {
-    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
+    token.begin(kOpcode);
+    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltLightSourcePalette::readToken(FltToken& token, std::uint32_t) {

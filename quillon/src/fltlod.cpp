@@ -29,7 +29,8 @@ void FltLod::write(FltStream& stream) {
 }
 
 void FltLod::writeToken(FltToken& token, std::uint32_t) const {
-    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
+    token.begin(kOpcode);
+    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltLod::readToken(FltToken& token, std::uint32_t) {

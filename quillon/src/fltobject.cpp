@@ -26,7 +26,8 @@ void FltObject::write(FltStream& stream) {
 }
 
 void FltObject::writeToken(FltToken& token, std::uint32_t) const {
-    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
+    token.begin(kOpcode);
+    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltObject::readToken(FltToken& token, std::uint32_t) {

@@ -15,7 +15,8 @@ void layout(Codec& codec, auto& record) {
 }  // namespace
 
 void FltXRef::writeToken(FltToken& token, std::uint32_t) const {
-    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
+    token.begin(kOpcode);
+    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltXRef::readToken(FltToken& token, std::uint32_t) {

@@ -1,0 +1,32 @@
+// Parts of file names, as text (UTF-8).
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace workbench {
+
+/// The last component of a path.
+inline std::string fileName(std::string_view path) {
+    return std::string(path.substr(path.find_last_of("/\\:") + 1));
+}
+
+/// The last component without its extension.
+inline std::string baseName(std::string_view path) {
+    const std::string name = fileName(path);
+    return name.substr(0, name.rfind('.'));
+}
+
+/// Whether the path ends in the extension, which is given without a dot and in lower case.
+inline bool hasExtension(std::string_view path, std::string_view extension) {
+    const std::string name = fileName(path);
+    const std::size_t dot = name.rfind('.');
+    if (dot == std::string::npos || name.size() - dot - 1 != extension.size()) return false;
+    for (std::size_t i = 0; i < extension.size(); ++i) {
+        const char c = name[dot + 1 + i];
+        if ((c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c) != extension[i]) return false;
+    }
+    return true;
+}
+
+}  // namespace workbench

@@ -1,0 +1,165 @@
+// workbench.exe: the stand-in 3D host.
+#include "mainwindow.h"
+#include "walk.h"
+
+#include <framework/cwinapp.h>
+#include <framework/text.h>
+
+#include <shellapi.h>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace workbench {
+namespace {
+
+constexpr char kUsage[] =
+    "usage: workbench.exe [FILE] [--plugins DIR] [--utility NAME] [--screenshots DIR]\n"
+    "\n"
+    "  FILE               a .kiln scene, or a file that a plug-in imports\n"
+    "  --plugins DIR      load the plug-ins of this folder (default: plugins, beside the program)\n"
+    "  --utility NAME     open this utility\n"
+    "  --screenshots DIR  walk through the main views without a person, write PNG files, and end;\n"
+    "                     the exit code is 0 when every step worked\n";
+
+struct Options {
+    std::string file, plugins, utility, screenshots;
+    std::string error;  ///< what is wrong with the command line; empty when nothing is
+};
+
+std::vector<std::string> arguments() {
+    std::vector<std::string> all;
+    int count = 0;
+    wchar_t** words = ::CommandLineToArgvW(::GetCommandLineW(), &count);
+    for (int i = 1; words && i < count; ++i) all.push_back(toUtf8(words[i]));
+    ::LocalFree(words);
+    return all;
+}
+
+Options parse(const std::vector<std::string>& words) {
+    Options options;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        const std::string& word = words[i];
+        std::string* value = word == "--plugins"       ? &options.plugins
+                             : word == "--utility"     ? &options.utility
+                             : word == "--screenshots" ? &options.screenshots
+                                                       : nullptr;
+        if (value && i + 1 < words.size())
+            *value = words[++i];
+        else if (value)
+            options.error = word + " needs a value";
+        else if (word.rfind("--", 0) == 0)
+            options.error = "unknown option " + word;
+        else if (!options.file.empty())
+            options.error = "one file at a time";
+        else
+            options.file = word;
+    }
+    if (!options.screenshots.empty() && options.file.empty())
+        options.error = "--screenshots needs a file to show";
+    return options;
+}
+
+std::string programFolder() {
+    std::wstring path(32768, L'\0');
+    path.resize(::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return toUtf8(path.substr(0, path.find_last_of(L'\\')));
+}
+
+std::string absolutePath(const std::string& path) {
+    wchar_t full[MAX_PATH];
+    const DWORD length = ::GetFullPathNameW(toWide(path).c_str(), MAX_PATH, full, nullptr);
+    return length > 0 && length < MAX_PATH ? toUtf8(full) : path;
+}
+
+class WorkbenchApp : public CWinApp {
+public:
+    bool InitInstance() override;
+    int ExitInstance() override;
+    bool PreTranslateMessage(MSG& message) override {
+        if (message.message == WM_APP && !message.hwnd && walk_) {
+            ::PostQuitMessage(std::exchange(walk_, nullptr)->run());
+            return true;
+        }
+        return window_ && window_->preTranslate(message);
+    }
+
+private:
+    void loadPlugins(const std::string& folder);
+    void openAtStart(const Options& options);
+
+    std::unique_ptr<MainWindow> window_;
+    std::unique_ptr<Walk> walk_;
+};
+
+bool WorkbenchApp::InitInstance() {
+    const Options options = parse(arguments());
+    if (!options.error.empty()) {
+        std::fprintf(stderr, "workbench: %s\n\n%s", options.error.c_str(), kUsage);
+        return false;
+    }
+    kiln::Core& core = kiln::Core::create();
+    core.setDirectory(KILN_PLUGIN_DIR, programFolder());
+    window_ = std::make_unique<MainWindow>(core);
+    if (!window_->Create()) return false;
+    loadPlugins(options.plugins.empty() ? programFolder() + "\\plugins"
+                                        : absolutePath(options.plugins));
+    window_->Show(SW_SHOW);
+    window_->viewport().SetFocus();
+    window_->Update();
+    if (!options.screenshots.empty()) {
+        walk_ = std::make_unique<Walk>(*window_, absolutePath(options.file),
+                                       absolutePath(options.screenshots), options.utility,
+                                       [this](MSG& message) {
+                                           if (PreTranslateMessage(message)) return;
+                                           ::TranslateMessage(&message);
+                                           ::DispatchMessageW(&message);
+                                       });
+        return ::PostThreadMessageW(::GetCurrentThreadId(), WM_APP, 0, 0) != FALSE;
+    }
+    openAtStart(options);
+    return true;
+}
+
+void WorkbenchApp::loadPlugins(const std::string& folder) {
+    const kiln::ModuleScan scan = kiln::scanModules(folder);
+    for (const kiln::ModuleInfo& module : kiln::modules())
+        window_->print("-- loaded " + module.description + " (" + module.path + ")");
+    for (const std::string& refusal : scan.refusals) {
+        window_->print("-- " + refusal);
+        std::fprintf(stderr, "workbench: %s\n", refusal.c_str());
+    }
+    window_->listUtilities();
+}
+
+void WorkbenchApp::openAtStart(const Options& options) {
+    if (!options.file.empty()) {
+        const std::string path = absolutePath(options.file);
+        std::string summary;
+        const kiln::Status status = window_->openFile(path, summary);
+        if (!status.ok())
+            window_->showFailure("The file could not be opened.", path, status.message());
+    }
+    if (options.utility.empty()) return;
+    if (!window_->panel().pressUtility(options.utility))
+        window_->print("-- there is no utility named \"" + options.utility + "\"");
+}
+
+int WorkbenchApp::ExitInstance() {
+    const int code = CWinApp::ExitInstance();
+    walk_.reset();
+    // The modules go while the window is still there to take their pages from.
+    kiln::Core::destroy();
+    window_.reset();
+    return code;
+}
+
+WorkbenchApp theApp;
+
+}  // namespace
+}  // namespace workbench
+
+int WINAPI wWinMain(HINSTANCE, HINSTANCE, PWSTR, int) {
+    return CWinApp::RunProgram();
+}

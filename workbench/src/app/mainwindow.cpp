@@ -1,0 +1,752 @@
+#include "mainwindow.h"
+
+#include "appicon.h"
+#include "commands.h"
+#include "filenames.h"
+
+#include <framework/cwaitcursor.h>
+#include <framework/filedialog.h>
+#include <framework/module.h>
+#include <framework/text.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+
+namespace workbench {
+namespace {
+
+constexpr wchar_t kClassName[] = L"WorkbenchMain";
+constexpr char kProgramName[] = "Workbench";
+constexpr UINT kViewportId = 10, kPanelId = 11, kScriptId = 12, kStatusId = 13;
+constexpr UINT kRefreshMessage = WM_APP + 1;
+constexpr UINT_PTR kModifiedTimer = 1;
+constexpr int kScriptHeight = 132;
+constexpr int kSplitter = 5;
+
+constexpr int kNotifications[] = {
+    NOTIFY_SCENE_PRE_CLEAR, NOTIFY_SCENE_NEW,    NOTIFY_SCENE_RESET,      NOTIFY_SCENE_OPENED,
+    NOTIFY_SCENE_SAVED,     NOTIFY_NODE_CREATED, NOTIFY_NODE_DELETED,     NOTIFY_NODE_LINKED,
+    NOTIFY_NODE_RENAMED,    NOTIFY_IMPORT_ENDED, NOTIFY_SELECTION_CHANGED};
+
+constexpr BYTE kPlain = FVIRTKEY, kCtrl = FVIRTKEY | FCONTROL, kShift = FVIRTKEY | FSHIFT;
+
+// Keys that nobody types into a field; they work wherever the focus is.
+ACCEL kFileKeys[] = {
+    {kCtrl, 'N', CMD_FILE_NEW},    {kCtrl, 'O', CMD_FILE_OPEN},
+    {kCtrl, 'S', CMD_FILE_SAVE},   {kCtrl | FSHIFT, 'S', CMD_FILE_SAVE_AS},
+    {kCtrl, 'I', CMD_FILE_IMPORT}, {kCtrl, 'E', CMD_FILE_EXPORT},
+};
+// Keys that mean something else where text is edited.
+ACCEL kSceneKeys[] = {
+    {kCtrl, 'A', CMD_EDIT_SELECT_ALL},
+    {kCtrl, 'D', CMD_EDIT_SELECT_NONE},
+    {kCtrl | FSHIFT, 'I', CMD_EDIT_SELECT_INVERT},
+    {kCtrl, 'G', CMD_EDIT_GROUP},
+    {kCtrl | FSHIFT, 'G', CMD_EDIT_UNGROUP},
+    {kPlain, 'H', CMD_EDIT_HIDE},
+    {kShift, 'H', CMD_EDIT_UNHIDE_ALL},
+    {kPlain, VK_DELETE, CMD_EDIT_DELETE},
+    {kPlain, 'Z', CMD_VIEW_ALL},
+    {kShift, 'Z', CMD_VIEW_SELECTED},
+    {kPlain, 'P', CMD_VIEW_PERSPECTIVE},
+    {kPlain, 'T', CMD_VIEW_TOP},
+    {kPlain, 'F', CMD_VIEW_FRONT},
+    {kPlain, 'L', CMD_VIEW_LEFT},
+    {kPlain, VK_F2, CMD_VIEW_SHADED},
+    {kPlain, VK_F3, CMD_VIEW_SHADED_EDGES},
+    {kPlain, VK_F4, CMD_VIEW_WIREFRAME},
+    {kPlain, 'G', CMD_VIEW_GRID},
+};
+
+const std::vector<FileFilter> kSceneFilters = {{"Kiln scenes (*.kiln)", "*.kiln"},
+                                               {"All files (*.*)", "*.*"}};
+
+std::vector<FileFilter> filtersOf(const std::vector<kiln::FileKind>& kinds) {
+    std::vector<FileFilter> filters;
+    for (const kiln::FileKind& kind : kinds) {
+        std::string pattern;
+        for (const std::string& extension : kind.extensions)
+            pattern += (pattern.empty() ? "*." : ";*.") + extension;
+        filters.push_back({kind.description + " (" + pattern + ")", pattern});
+    }
+    return filters;
+}
+
+std::string grouped(std::size_t number) {
+    std::string text = std::to_string(number);
+    for (std::size_t at = text.size(); at > 3; at -= 3) text.insert(at - 3, 1, ',');
+    return text;
+}
+
+std::string counted(std::size_t number, const char* one, const char* many) {
+    return grouped(number) + " " + (number == 1 ? one : many);
+}
+
+std::string secondsSince(std::chrono::steady_clock::time_point start) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.2f s",
+                  std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    return text;
+}
+
+}  // namespace
+
+MainWindow::MainWindow(kiln::Core& core)
+    : core_(core), host_(core.hostInterface()), scriptLine_(host_), viewport_(*this) {
+    fileKeys_ = ::CreateAcceleratorTableW(kFileKeys, static_cast<int>(std::size(kFileKeys)));
+    sceneKeys_ = ::CreateAcceleratorTableW(kSceneKeys, static_cast<int>(std::size(kSceneKeys)));
+    for (const int code : kNotifications) RegisterNotification(onNotify, this, code);
+    core_.setHostWindow(this);
+}
+
+MainWindow::~MainWindow() {
+    core_.setHostWindow(nullptr);
+    for (const int code : kNotifications) UnRegisterNotification(onNotify, this, code);
+    ::DestroyAcceleratorTable(fileKeys_);
+    ::DestroyAcceleratorTable(sceneKeys_);
+}
+
+bool MainWindow::Create() {
+    const HICON icon = makeAppIcon(::GetSystemMetrics(SM_CXICON));
+    RegisterWindowClass(kClassName, CS_DBLCLKS, nullptr, icon);
+    const int dpi = windowDpi(nullptr);
+    RECT work;
+    ::SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
+    const int width = std::min(::MulDiv(1280, dpi, 96), widthOf(work));
+    const int height = std::min(::MulDiv(900, dpi, 96), heightOf(work));
+    if (!CreateEx(0, kClassName, kProgramName, WS_OVERLAPPEDWINDOW | WS_CLIPCHILDREN,
+                  {work.left, work.top, work.left + width, work.top + height}, nullptr))
+        return false;
+    Send(WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(icon));
+    Send(WM_SETICON, ICON_SMALL,
+         reinterpret_cast<LPARAM>(makeAppIcon(::GetSystemMetrics(SM_CXSMICON))));
+    return true;
+}
+
+bool MainWindow::OnCreate(const CREATESTRUCTW&) {
+    ::SetMenu(Handle(), ::LoadMenuW(moduleInstance(), MAKEINTRESOURCEW(IDR_MAIN_MENU)));
+    scriptHeight_ = Scaled(kScriptHeight);
+    if (!viewport_.Create(Handle(), kViewportId) || !panel_.Create(Handle(), kPanelId) ||
+        !script_.Create(Handle(), kScriptId) || !status_.Create(Handle(), kStatusId))
+        return false;
+    script_.setEvaluator([this](const std::string& line) {
+        const ScriptResult result = scriptLine_.evaluate(line);
+        refreshFrame();
+        return result.ok ? result.text : "-- Error. " + result.text;
+    });
+    ::SetTimer(Handle(), kModifiedTimer, 500, nullptr);
+    refreshFrame();
+    return true;
+}
+
+void MainWindow::OnDestroy() {
+    ::PostQuitMessage(0);
+}
+
+// ---------------------------------------------------------------- layout
+
+void MainWindow::layout() {
+    const RECT area = ClientRect();
+    const int width = widthOf(area);
+    status_.place(width);
+    const int height = heightOf(area) - status_.height(), gap = Scaled(kSplitter);
+    const int panelLeft = std::max(width - panel_.wantedWidth(), 0);
+    scriptHeight_ =
+        std::clamp(scriptHeight_, Scaled(50), std::max(height - Scaled(120), Scaled(50)));
+    const int scriptTop = std::max(height - scriptHeight_, 0);
+    viewport_.MoveTo({0, 0, std::max(panelLeft - gap, 0), std::max(scriptTop - gap, 0)});
+    script_.MoveTo({0, scriptTop, std::max(panelLeft - gap, 0), height});
+    panel_.MoveTo({panelLeft, 0, width, height});
+}
+
+RECT MainWindow::splitterArea() const {
+    const RECT view = viewport_.AreaInParent(), script = script_.AreaInParent();
+    return {view.left, view.bottom, view.right, script.top};
+}
+
+void MainWindow::OnSize(UINT type, int, int) {
+    if (type == SIZE_MINIMIZED || !status_.HasWindow()) return;
+    layout();
+    Invalidate(false);
+}
+
+void MainWindow::OnMinMaxInfo(MINMAXINFO& info) {
+    info.ptMinTrackSize = {Scaled(640), Scaled(420)};
+}
+
+void MainWindow::OnPaint() {
+    PAINTSTRUCT paint;
+    const HDC dc = ::BeginPaint(Handle(), &paint);
+    ::FillRect(dc, &paint.rcPaint, ::GetSysColorBrush(COLOR_BTNFACE));
+    ::EndPaint(Handle(), &paint);
+}
+
+void MainWindow::OnLButtonDown(UINT, POINT at) {
+    const RECT splitter = splitterArea();
+    if (!::PtInRect(&splitter, at)) return;
+    splitting_ = true;
+    ::SetCapture(Handle());
+}
+
+void MainWindow::OnMouseMove(UINT, POINT at) {
+    if (!splitting_ || ::GetCapture() != Handle()) return;
+    scriptHeight_ = heightOf(ClientRect()) - status_.height() - static_cast<int>(at.y);
+    layout();
+}
+
+void MainWindow::OnLButtonUp(UINT, POINT) {
+    if (splitting_) ::ReleaseCapture();
+    splitting_ = false;
+}
+
+bool MainWindow::OnSetCursor(HWND under, UINT hitTest, UINT message) {
+    POINT at;
+    ::GetCursorPos(&at);
+    at = ToClient(at);
+    const RECT splitter = splitterArea();
+    if (under != Handle() || hitTest != HTCLIENT || !::PtInRect(&splitter, at))
+        return CWnd::OnSetCursor(under, hitTest, message);
+    ::SetCursor(::LoadCursorW(nullptr, IDC_SIZENS));
+    return true;
+}
+
+// ---------------------------------------------------------------- keyboard
+
+bool MainWindow::preTranslate(MSG& message) {
+    if (message.message < WM_KEYFIRST || message.message > WM_KEYLAST) return false;
+    if (!::IsWindowEnabled(Handle())) return false;
+    const bool ours = ::IsChild(Handle(), message.hwnd) || message.hwnd == Handle();
+    const HWND page = ours ? panel_.pageOf(message.hwnd) : nullptr;
+    // A plug-in that takes the keys away means them for its own windows: a key in the viewport is
+    // still the host's.
+    if (AcceleratorsEnabled() || (ours && !page)) {
+        if (::TranslateAcceleratorW(Handle(), fileKeys_, &message)) return true;
+        if (!script_.owns(message.hwnd) && ::TranslateAcceleratorW(Handle(), sceneKeys_, &message))
+            return true;
+    }
+    if (page) return ::IsDialogMessageW(page, &message) != FALSE;
+    return ours && message.wParam == VK_TAB && ::IsDialogMessageW(Handle(), &message);
+}
+
+void MainWindow::OnSetFocus(HWND) {
+    viewport_.SetFocus();
+}
+
+// ---------------------------------------------------------------- the host's window side
+
+HWND MainWindow::addRollupPage(HINSTANCE module, int dialogId, DLGPROC procedure, const char* title,
+                               LPARAM param, DWORD flags, int category) {
+    return panel_.addRollup(module, dialogId, procedure, title ? title : "", param,
+                            (flags & APPENDROLL_CLOSED) != 0, category);
+}
+
+void MainWindow::deleteRollupPage(HWND page) {
+    panel_.deleteRollup(page);
+}
+
+void MainWindow::rollupMouseMessage(HWND page, UINT message, WPARAM wParam, LPARAM lParam) {
+    panel_.rollupMouse(page, message, wParam, lParam);
+}
+
+void MainWindow::redrawViews(TimeValue, DWORD, Animatable*) {
+    redrawScene();
+    refreshFrame();
+}
+
+void MainWindow::nodeInvalidated(INode*) {
+    redrawScene();
+}
+
+void MainWindow::pushPrompt(const char* text) {
+    prompt_ = text ? text : "";
+    status_.setText(StatusBar::kMessage, prompt_);
+}
+
+void MainWindow::utilityChanged(ClassDesc* utility) {
+    const auto found = std::find(utilities_.begin(), utilities_.end(), utility);
+    panel_.setOpenUtility(found == utilities_.end()
+                              ? -1
+                              : static_cast<int>(std::distance(utilities_.begin(), found)));
+}
+
+void MainWindow::listUtilities() {
+    utilities_ = kiln::classesOf(UTILITY_CLASS_ID);
+    std::vector<std::string> names;
+    for (ClassDesc* utility : utilities_) names.emplace_back(utility->ClassName());
+    panel_.setUtilities(names, [this](int position) {
+        ClassDesc* wanted = utilities_[static_cast<std::size_t>(position)];
+        if (core_.openedUtility() == wanted) return core_.closeUtility();
+        const kiln::Status status = core_.openUtility(wanted);
+        if (!status.ok()) ShowMessage(status.message(), MB_OK | MB_ICONERROR, kProgramName);
+    });
+    utilityChanged(core_.openedUtility());
+}
+
+ClassDesc* MainWindow::utilityNamed(const std::string& name) const {
+    for (ClassDesc* utility : utilities_)
+        if (name == utility->ClassName()) return utility;
+    return nullptr;
+}
+
+// ---------------------------------------------------------------- scene and selection
+
+void MainWindow::onNotify(void* self, NotifyInfo* info) {
+    static_cast<MainWindow*>(self)->noteChange(info->intcode);
+}
+
+// Little is done here: an import sends one of these for each of its nodes. The viewport is told at
+// once, so that nothing is picked by the numbers of a scene that is no more.
+void MainWindow::noteChange(int code) {
+    if (code == NOTIFY_SELECTION_CHANGED) {
+        selectionStale_ = true;
+    } else if (code != NOTIFY_SCENE_SAVED && code != NOTIFY_NODE_RENAMED) {
+        if (code == NOTIFY_SCENE_PRE_CLEAR) feed_.clear();
+        if (!sceneStale_) redrawScene();
+    }
+    refreshFrame();
+}
+
+const SceneModel& MainWindow::sceneToDraw() {
+    if (sceneStale_) {
+        feed_.build(host_);
+        sceneStale_ = selectionStale_ = false;
+        refreshFrame();
+    } else if (selectionStale_) {
+        feed_.updateSelection();
+        selectionStale_ = false;
+    }
+    return feed_.model();
+}
+
+void MainWindow::redrawScene() {
+    sceneStale_ = true;
+    viewport_.redraw();
+}
+
+void MainWindow::onPick(ItemIndex item, bool add) {
+    INode* node = feed_.nodeOf(item);
+    if (node && add && node->Selected())
+        host_.DeSelectNode(node);
+    else if (node)
+        host_.SelectNode(node, !add);
+    else if (!add)
+        host_.ClearNodeSelection();
+}
+
+bool MainWindow::selectShownNode() {
+    const auto items = sceneToDraw().items();
+    for (ItemIndex i = 0; i < items.size(); ++i) {
+        if (items[i].triangleCount == 0) continue;
+        onPick(i, false);
+        return host_.GetSelNodeCount() == 1;
+    }
+    return false;
+}
+
+void MainWindow::onHover(ItemIndex item) {
+    const INode* node = sceneStale_ ? nullptr : feed_.nodeOf(item);
+    status_.setText(StatusBar::kMessage, node ? node->GetName() : prompt_);
+}
+
+// ---------------------------------------------------------------- title, status, menu
+
+void MainWindow::refreshFrame() {
+    if (refreshPosted_ || !HasWindow()) return;
+    refreshPosted_ = Post(kRefreshMessage);
+}
+
+LRESULT MainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == kRefreshMessage) {
+        refreshPosted_ = false;
+        if (selectionStale_) viewport_.redraw();
+        refreshTitle();
+        refreshStatus();
+        return 0;
+    }
+    if (message == WM_INITMENU) refreshMenu();
+    return CWnd::WindowProc(message, wParam, lParam);
+}
+
+void MainWindow::OnTimer(UINT_PTR id) {
+    if (id == kModifiedTimer) refreshTitle();
+}
+
+void MainWindow::refreshTitle() {
+    std::string name = fileName(path_);
+    if (name.empty()) name = sourceName_.empty() ? "Untitled" : sourceName_ + " (imported)";
+    const std::string title = name + (core_.isModified() ? " *" : "") + " - " + kProgramName;
+    if (Text() != title) SetText(title);
+}
+
+void MainWindow::refreshStatus() {
+    const SceneCounts& counts = feed_.counts();
+    std::string nodes = counted(static_cast<std::size_t>(counts.nodes), "node", "nodes");
+    if (counts.hidden > 0)
+        nodes += " (" + grouped(static_cast<std::size_t>(counts.hidden)) + " hidden)";
+    status_.setText(StatusBar::kNodes, nodes);
+    status_.setText(StatusBar::kFaces, counted(counts.faces, "face", "faces"));
+    const int selected = host_.GetSelNodeCount();
+    std::string selection = "Nothing selected";
+    if (selected == 1) selection = std::string("Selected: ") + host_.GetSelNode(0)->GetName();
+    if (selected > 1) selection = counted(static_cast<std::size_t>(selected), "", "nodes selected");
+    status_.setText(StatusBar::kSelection, selection);
+    status_.setText(StatusBar::kTime, "Time " + std::to_string(host_.GetTime()));
+}
+
+void MainWindow::refreshMenu() {
+    const HMENU menu = ::GetMenu(Handle());
+    const auto enable = [&](UINT command, bool on) {
+        ::EnableMenuItem(menu, command, MF_BYCOMMAND | (on ? MF_ENABLED : MF_GRAYED));
+    };
+    const bool selected = host_.GetSelNodeCount() > 0, any = host_.GetNodeCount() > 0;
+    for (const UINT command : {CMD_EDIT_SELECT_NONE, CMD_EDIT_DELETE, CMD_EDIT_HIDE, CMD_EDIT_GROUP,
+                               CMD_EDIT_UNGROUP, CMD_VIEW_SELECTED})
+        enable(command, selected);
+    enable(CMD_EDIT_SELECT_ALL, any);
+    enable(CMD_EDIT_SELECT_INVERT, any);
+    enable(CMD_FILE_IMPORT, !core_.importKinds().empty());
+    enable(CMD_FILE_EXPORT, !core_.exportKinds().empty());
+    ::CheckMenuRadioItem(menu, CMD_VIEW_PERSPECTIVE, CMD_VIEW_LEFT,
+                         CMD_VIEW_PERSPECTIVE + static_cast<UINT>(viewport_.camera().view()),
+                         MF_BYCOMMAND);
+    ::CheckMenuRadioItem(menu, CMD_VIEW_SHADED, CMD_VIEW_WIREFRAME,
+                         CMD_VIEW_SHADED + static_cast<UINT>(viewport_.options().mode),
+                         MF_BYCOMMAND);
+    ::CheckMenuItem(menu, CMD_VIEW_GRID,
+                    MF_BYCOMMAND | (viewport_.options().grid ? MF_CHECKED : MF_UNCHECKED));
+}
+
+// ---------------------------------------------------------------- commands
+
+void MainWindow::run(int command) {
+    OnCommand(command, 0, nullptr);
+}
+
+bool MainWindow::OnCommand(int id, UINT code, HWND control) {
+    if (control && code != 0) return false;
+    return runFile(id) || runEdit(id) || runView(id);
+}
+
+bool MainWindow::runFile(int command) {
+    switch (command) {
+        case CMD_FILE_NEW:
+            newScene();
+            return true;
+        case CMD_FILE_OPEN:
+            open();
+            return true;
+        case CMD_FILE_SAVE:
+            save();
+            return true;
+        case CMD_FILE_SAVE_AS:
+            saveAs();
+            return true;
+        case CMD_FILE_IMPORT:
+            import();
+            return true;
+        case CMD_FILE_EXPORT:
+            exportScene();
+            return true;
+        case CMD_FILE_EXIT:
+            Post(WM_CLOSE);
+            return true;
+        case CMD_HELP_ABOUT:
+            about();
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool MainWindow::runEdit(int command) {
+    switch (command) {
+        case CMD_EDIT_SELECT_ALL:
+            selectAll();
+            return true;
+        case CMD_EDIT_SELECT_NONE:
+            host_.ClearNodeSelection();
+            return true;
+        case CMD_EDIT_SELECT_INVERT:
+            invertSelection();
+            return true;
+        case CMD_EDIT_HIDE:
+            hideSelected();
+            return true;
+        case CMD_EDIT_UNHIDE_ALL:
+            unhideAll();
+            return true;
+        case CMD_EDIT_GROUP:
+            groupSelected();
+            return true;
+        case CMD_EDIT_UNGROUP:
+            ungroupSelected();
+            return true;
+        case CMD_EDIT_DELETE:
+            deleteSelected();
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool MainWindow::runView(int command) {
+    switch (command) {
+        case CMD_VIEW_ALL:
+            viewport_.viewAll();
+            return true;
+        case CMD_VIEW_SELECTED:
+            viewport_.viewSelected();
+            return true;
+        case CMD_VIEW_PERSPECTIVE:
+            viewport_.setView(View::kPerspective);
+            return true;
+        case CMD_VIEW_TOP:
+            viewport_.setView(View::kTop);
+            return true;
+        case CMD_VIEW_FRONT:
+            viewport_.setView(View::kFront);
+            return true;
+        case CMD_VIEW_LEFT:
+            viewport_.setView(View::kLeft);
+            return true;
+        case CMD_VIEW_SHADED:
+            viewport_.options().mode = DrawMode::kShaded;
+            break;
+        case CMD_VIEW_SHADED_EDGES:
+            viewport_.options().mode = DrawMode::kShadedEdges;
+            break;
+        case CMD_VIEW_WIREFRAME:
+            viewport_.options().mode = DrawMode::kWireframe;
+            break;
+        case CMD_VIEW_GRID:
+            viewport_.options().grid = !viewport_.options().grid;
+            break;
+        default:
+            return false;
+    }
+    viewport_.redraw();
+    return true;
+}
+
+void MainWindow::showFailure(const std::string& what, const std::string& path,
+                             const std::string& reason) {
+    ShowMessage(what + "\n\n" + path + "\n\n" + reason, MB_OK | MB_ICONERROR, kProgramName);
+}
+
+bool MainWindow::mayLoseScene() {
+    if (!core_.isModified()) return true;
+    const std::string name = path_.empty() ? "the scene" : fileName(path_);
+    switch (ShowMessage("Save the changes to " + name + " first?", MB_YESNOCANCEL | MB_ICONQUESTION,
+                        kProgramName)) {
+        case IDYES:
+            return save();
+        case IDNO:
+            return true;
+        default:
+            return false;
+    }
+}
+
+void MainWindow::OnClose() {
+    if (mayLoseScene()) DestroyWindow();
+}
+
+void MainWindow::newScene() {
+    if (!mayLoseScene()) return;
+    core_.newScene();
+    path_.clear();
+    sourceName_.clear();
+    viewport_.viewAll();
+}
+
+void MainWindow::open() {
+    if (!mayLoseScene()) return;
+    std::vector<FileFilter> filters = kSceneFilters;
+    const std::vector<FileFilter> foreign = filtersOf(core_.importKinds());
+    filters.insert(filters.begin() + 1, foreign.begin(), foreign.end());
+    const auto path = askOpenFile(Handle(), "Open", filters);
+    if (!path) return;
+    std::string summary;
+    const kiln::Status status = openFile(*path, summary);
+    if (!status.ok()) showFailure("The file could not be opened.", *path, status.message());
+}
+
+kiln::Status MainWindow::openFile(const std::string& path, std::string& summary) {
+    const CWaitCursor wait;
+    const auto start = std::chrono::steady_clock::now();
+    kiln::Status status;
+    if (hasExtension(path, "kiln")) {
+        status = core_.loadScene(path);
+        if (!status.ok()) return status;
+        path_ = path;
+        sourceName_.clear();
+        summary =
+            "opened " + counted(static_cast<std::size_t>(host_.GetNodeCount()), "node", "nodes");
+    } else {
+        core_.newScene();
+        path_.clear();
+        sourceName_.clear();
+        status = importInto(path, summary);
+        if (!status.ok()) return status;
+        sourceName_ = fileName(path);
+    }
+    print("-- " + fileName(path) + ": " + summary + " in " + secondsSince(start));
+    viewport_.viewAll();
+    refreshFrame();
+    return status;
+}
+
+kiln::Status MainWindow::importInto(const std::string& path, std::string& summary) {
+    const std::string name = fileName(path);
+    int shown = -1;
+    const kiln::ImportResult result =
+        core_.importFile(path, [&](double fraction, const char* what) {
+            const int percent = static_cast<int>(fraction * 100);
+            if (percent != shown) {
+                shown = percent;
+                status_.setText(StatusBar::kMessage, "Importing " + name + ": " +
+                                                         std::to_string(percent) + " % " +
+                                                         (what ? what : "") + " (Esc cancels)");
+                status_.Update();
+            }
+            return (::GetAsyncKeyState(VK_ESCAPE) & 0x8000) == 0 ||
+                   ::GetForegroundWindow() != Handle();
+        });
+    status_.setText(StatusBar::kMessage, prompt_);
+    if (result.ok()) {
+        summary = result.message;
+        return {};
+    }
+    if (result.code == IMPEXP_CANCEL) return kiln::Status::failure("The import was cancelled.");
+    return kiln::Status::failure(result.message.empty() ? "The importer gave no reason."
+                                                        : result.message);
+}
+
+void MainWindow::import() {
+    const auto path = askOpenFile(Handle(), "Import", filtersOf(core_.importKinds()));
+    if (!path) return;
+    const CWaitCursor wait;
+    std::string summary;
+    const kiln::Status status = importInto(*path, summary);
+    if (!status.ok())
+        return showFailure("The file could not be imported.", *path, status.message());
+    print("-- " + fileName(*path) + ": " + summary);
+    viewport_.viewAll();
+}
+
+void MainWindow::exportScene() {
+    const std::vector<kiln::FileKind> kinds = core_.exportKinds();
+    if (kinds.empty() || kinds.front().extensions.empty()) return;
+    const auto path = askSaveFile(Handle(), "Export", filtersOf(kinds),
+                                  kinds.front().extensions.front(), baseName(path_));
+    if (!path) return;
+    const CWaitCursor wait;
+    const kiln::ImportResult result = core_.exportFile(*path);
+    if (!result.ok()) return showFailure("The file could not be exported.", *path, result.message);
+    print("-- " + fileName(*path) + ": " + result.message);
+}
+
+bool MainWindow::save() {
+    return path_.empty() ? saveAs() : saveTo(path_);
+}
+
+bool MainWindow::saveAs() {
+    const std::string name = baseName(path_.empty() ? sourceName_ : path_);
+    const auto path = askSaveFile(Handle(), "Save As", kSceneFilters, "kiln", name);
+    return path && saveTo(*path);
+}
+
+bool MainWindow::saveTo(const std::string& path) {
+    const CWaitCursor wait;
+    const kiln::Status status = core_.saveScene(path);
+    if (!status.ok()) {
+        showFailure("The scene could not be saved.", path, status.message());
+        return false;
+    }
+    path_ = path;
+    print("-- saved " + fileName(path));
+    refreshFrame();
+    return true;
+}
+
+// ---------------------------------------------------------------- editing
+
+std::vector<INode*> MainWindow::selectedNodes() const {
+    std::vector<INode*> nodes;
+    for (int i = 0; i < host_.GetSelNodeCount(); ++i) nodes.push_back(host_.GetSelNode(i));
+    return nodes;
+}
+
+void MainWindow::selectAll() {
+    const auto items = static_cast<ItemIndex>(sceneToDraw().items().size());
+    for (ItemIndex i = 0; i < items; ++i) host_.SelectNode(feed_.nodeOf(i), false);
+}
+
+void MainWindow::invertSelection() {
+    const auto items = static_cast<ItemIndex>(sceneToDraw().items().size());
+    for (ItemIndex i = 0; i < items; ++i) {
+        INode* node = feed_.nodeOf(i);
+        if (node->Selected())
+            host_.DeSelectNode(node);
+        else
+            host_.SelectNode(node, false);
+    }
+}
+
+void MainWindow::hideSelected() {
+    for (INode* node : selectedNodes()) node->Hide(true);
+    host_.ClearNodeSelection();
+    redrawScene();
+}
+
+void MainWindow::unhideAll() {
+    std::vector<INode*> open{host_.GetRootNode()};
+    while (!open.empty()) {
+        INode* node = open.back();
+        open.pop_back();
+        if (node->IsHidden()) node->Hide(false);
+        for (int i = 0; i < node->NumberOfChildren(); ++i) open.push_back(node->GetChildNode(i));
+    }
+    redrawScene();
+}
+
+void MainWindow::groupSelected() {
+    Tab<INode*> nodes;
+    for (INode* node : selectedNodes()) nodes.Append(1, &node);
+    INode* head = host_.GroupNodes(nodes);
+    if (head) host_.SelectNode(head);
+    redrawScene();
+}
+
+void MainWindow::ungroupSelected() {
+    for (INode* node : selectedNodes())
+        if (host_.IsNodeInScene(node) && node->IsGroupHead()) host_.UngroupNode(node);
+    redrawScene();
+}
+
+void MainWindow::deleteSelected() {
+    const std::vector<INode*> nodes = selectedNodes();
+    if (nodes.empty()) return;
+    const std::string what = nodes.size() == 1 ? std::string("\"") + nodes.front()->GetName() + "\""
+                                               : counted(nodes.size(), "", "selected nodes");
+    if (ShowMessage("Delete " + what + " and everything below? This cannot be undone.",
+                    MB_OKCANCEL | MB_ICONWARNING, kProgramName) != IDOK)
+        return;
+    // A node may have gone with one above it.
+    for (INode* node : nodes)
+        if (host_.IsNodeInScene(node)) host_.DeleteNode(node);
+    redrawScene();
+}
+
+void MainWindow::about() {
+    std::string text =
+        "Workbench 2.0\n\nA small 3D modelling host for plug-in modules.\n\nModules:";
+    for (const kiln::ModuleInfo& module : kiln::modules())
+        text += "\n    " + fileName(module.path) + ": " + module.description;
+    if (kiln::modules().empty()) text += "\n    none";
+    ShowMessage(text, MB_OK | MB_ICONINFORMATION, "About Workbench");
+}
+
+}  // namespace workbench

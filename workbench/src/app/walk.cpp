@@ -1,0 +1,220 @@
+#include "walk.h"
+
+#include "commands.h"
+#include "mainwindow.h"
+#include "screenshot.h"
+
+#include <framework/text.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+namespace workbench {
+namespace {
+
+constexpr int kOpenBrowserButton = 1003;  // the first button of the utility's rollup page
+constexpr int kExpandButton = 1123;       // of the form that it opens
+constexpr DWORD kRestMilliseconds = 200;
+constexpr DWORD kPatience = 20000;
+constexpr UINT_PTR kWatchdog = 77;
+constexpr UINT kWatchdogMilliseconds = 100000;
+constexpr int kMaxTreeDepth = 64;
+
+void say(const std::string& line) {
+    std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+}
+
+// A message box that nobody answers would stop the walk for ever.
+void CALLBACK onWatchdog(HWND, UINT, UINT_PTR, DWORD) {
+    CWnd front;
+    front.Attach(::GetForegroundWindow());
+    say("failed: no progress; the window in front is \"" + front.Text() + "\"");
+    front.Detach();
+    std::_Exit(1);
+}
+
+BOOL CALLBACK findTree(HWND window, LPARAM found) {
+    wchar_t name[32];
+    ::GetClassNameW(window, name, 32);
+    if (::lstrcmpiW(name, WC_TREEVIEWW) != 0) return TRUE;
+    *reinterpret_cast<HWND*>(found) = window;
+    return FALSE;
+}
+
+HWND treeOf(HWND form) {
+    HWND tree = nullptr;
+    ::EnumChildWindows(form, findTree, reinterpret_cast<LPARAM>(&tree));
+    return tree;
+}
+
+// The visible window of this thread, apart from the main one, that holds a tree.
+BOOL CALLBACK findForm(HWND window, LPARAM found) {
+    if (!::IsWindowVisible(window) || !treeOf(window)) return TRUE;
+    *reinterpret_cast<HWND*>(found) = window;
+    return FALSE;
+}
+
+kiln::Status press(HWND parent, int id) {
+    const HWND button = ::GetDlgItem(parent, id);
+    if (!button) return kiln::Status::failure("there is no control " + std::to_string(id));
+    if (!::IsWindowEnabled(button))
+        return kiln::Status::failure("control " + std::to_string(id) + " is disabled");
+    ::SendMessageW(button, BM_CLICK, 0, 0);
+    return {};
+}
+
+kiln::Status require(bool holds, const char* otherwise) {
+    return holds ? kiln::Status() : kiln::Status::failure(otherwise);
+}
+
+HTREEITEM itemAfter(HWND tree, UINT relation, HTREEITEM from) {
+    return reinterpret_cast<HTREEITEM>(
+        ::SendMessageW(tree, TVM_GETNEXTITEM, relation, reinterpret_cast<LPARAM>(from)));
+}
+
+bool selectItem(HWND tree, HTREEITEM item) {
+    ::SendMessageW(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(item));
+    return itemAfter(tree, TVGN_CARET, nullptr) == item;
+}
+
+}  // namespace
+
+Walk::Walk(MainWindow& window, std::string file, std::string folder, std::string utility,
+           std::function<void(MSG&)> pump)
+    : window_(window),
+      file_(std::move(file)),
+      folder_(std::move(folder)),
+      utility_(std::move(utility)),
+      pump_(std::move(pump)) {}
+
+int Walk::run() {
+    step("open the file", [this] { return openFile(); });
+    step("picture of the viewport", [this] { return shot("01-viewport"); });
+    step("open the utility", [this] { return openUtility(); });
+    step("picture of the command panel", [this] { return shot("02-panel"); });
+    step("open the browser", [this] { return openBrowser(); });
+    step("place the browser beside the viewport", [this] { return arrange(); });
+    step("picture of the browser", [this] { return shot("03-browser"); });
+    step("expand the tree", [this] { return expandTree(); });
+    step("picture of the tree", [this] { return shot("04-tree"); });
+    step("select an item of the tree", [this] { return selectInTree(); });
+    step("picture of the attributes", [this] { return shot("05-attributes"); });
+    step("select in the viewport", [this] { return selectInViewport(); });
+    step("picture of the selection", [this] { return shot("06-selection"); });
+    step("view from above", [this] {
+        window_.run(CMD_VIEW_TOP);
+        window_.run(CMD_VIEW_ALL);
+        return shot("07-top");
+    });
+    step("wireframe", [this] {
+        window_.run(CMD_VIEW_PERSPECTIVE);
+        window_.run(CMD_VIEW_WIREFRAME);
+        window_.run(CMD_VIEW_ALL);
+        return shot("08-wireframe");
+    });
+    if (!failed_) say(summary_);
+    return failed_ ? 1 : 0;
+}
+
+// Steps after a failure are not tried: they would only report its consequences.
+void Walk::step(const char* name, const std::function<kiln::Status()>& action) {
+    if (failed_) return;
+    ::SetTimer(nullptr, kWatchdog, kWatchdogMilliseconds, onWatchdog);
+    const kiln::Status status = action();
+    settle();
+    failed_ = !status.ok();
+    say(std::string(failed_ ? "failed: " : "ok: ") + name +
+        (failed_ ? ": " + status.message() : ""));
+}
+
+void Walk::settle() {
+    const ULONGLONG start = ::GetTickCount64();
+    ULONGLONG lastWork = start;
+    for (ULONGLONG now = start; now - lastWork < kRestMilliseconds && now - start < kPatience;
+         now = ::GetTickCount64()) {
+        MSG message;
+        while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+            if (message.message != WM_TIMER) lastWork = now;
+            pump_(message);
+        }
+        ::MsgWaitForMultipleObjects(0, nullptr, FALSE, 20, QS_ALLINPUT);
+    }
+    ::GdiFlush();
+}
+
+kiln::Status Walk::shot(const char* name) {
+    settle();
+    return saveScreenshot(folder_ + "\\" + name + ".png");
+}
+
+kiln::Status Walk::openFile() {
+    const kiln::Status status = window_.openFile(file_, summary_);
+    if (status.ok()) say("    " + summary_);
+    return status;
+}
+
+kiln::Status Walk::openUtility() {
+    const std::vector<ClassDesc*> all = kiln::classesOf(UTILITY_CLASS_ID);
+    ClassDesc* wanted =
+        utility_.empty() ? (all.empty() ? nullptr : all.front()) : window_.utilityNamed(utility_);
+    if (!wanted) return kiln::Status::failure("there is no such utility");
+    if (!window_.panel().pressUtility(wanted->ClassName()))
+        return kiln::Status::failure("the panel has no button for it");
+    settle();
+    if (window_.core().openedUtility() != wanted) return kiln::Status::failure("it did not open");
+    return require(window_.panel().firstPage() != nullptr, "it has no rollup page");
+}
+
+kiln::Status Walk::openBrowser() {
+    const kiln::Status pressed = press(window_.panel().firstPage(), kOpenBrowserButton);
+    if (!pressed.ok()) return pressed;
+    settle();
+    ::EnumThreadWindows(::GetCurrentThreadId(), findForm, reinterpret_cast<LPARAM>(&form_));
+    if (!form_) return kiln::Status::failure("no window with a tree appeared");
+    tree_ = treeOf(form_);
+    return require(itemAfter(tree_, TVGN_ROOT, nullptr) != nullptr, "its tree is empty");
+}
+
+// The form at the right edge, the main window in the rest of the desktop.
+kiln::Status Walk::arrange() {
+    RECT work, form;
+    ::SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
+    ::GetWindowRect(form_, &form);
+    const int width = widthOf(form);
+    const int formLeft = static_cast<int>(work.right) - width;
+    ::SetWindowPos(form_, nullptr, formLeft, work.top, width, heightOf(form), SWP_NOZORDER);
+    window_.MoveTo({work.left, work.top, formLeft, work.bottom});
+    window_.viewport().viewAll();
+    return {};
+}
+
+kiln::Status Walk::expandTree() {
+    const HTREEITEM root = itemAfter(tree_, TVGN_ROOT, nullptr);
+    if (!selectItem(tree_, root)) return kiln::Status::failure("the root could not be selected");
+    settle();
+    const kiln::Status pressed = press(form_, kExpandButton);
+    if (!pressed.ok()) return pressed;
+    settle();
+    const HTREEITEM child = itemAfter(tree_, TVGN_CHILD, root);
+    return require(child && itemAfter(tree_, TVGN_NEXTVISIBLE, root) == child,
+                   "the root shows no children");
+}
+
+// The deepest first child shows more of the attribute grid than the root does.
+kiln::Status Walk::selectInTree() {
+    HTREEITEM item = itemAfter(tree_, TVGN_ROOT, nullptr);
+    for (int depth = 0; depth < kMaxTreeDepth; ++depth) {
+        const HTREEITEM child = itemAfter(tree_, TVGN_CHILD, item);
+        if (!child) break;
+        item = child;
+    }
+    return require(selectItem(tree_, item), "the item could not be selected");
+}
+
+kiln::Status Walk::selectInViewport() {
+    return require(window_.selectShownNode(), "there is nothing to select");
+}
+
+}  // namespace workbench

@@ -1,0 +1,49 @@
+// A walk through the main views without a person, for pictures.
+#pragma once
+
+#include <framework/win32.h>
+#include <kiln/host/status.h>
+
+#include <functional>
+#include <string>
+
+namespace workbench {
+
+class MainWindow;
+
+/// Opens a file, opens a utility and its browser, and takes a screenshot at every stage. What it
+/// does to windows of plug-ins it does as a user could: by pressing buttons and selecting items.
+class Walk {
+public:
+    /// `pump` handles one message as the program's loop does.
+    Walk(MainWindow& window, std::string file, std::string folder, std::string utility,
+         std::function<void(MSG&)> pump);
+
+    /// Gives the exit code: 0 when every step worked. Each step is a line on the standard output;
+    /// the last line of a good walk is what the importer said about the file.
+    int run();
+
+private:
+    void step(const char* name, const std::function<kiln::Status()>& action);
+    kiln::Status shot(const char* name);
+    /// Handles messages until the windows have come to rest.
+    void settle();
+
+    kiln::Status openFile();
+    kiln::Status openUtility();
+    kiln::Status openBrowser();
+    kiln::Status arrange();
+    kiln::Status expandTree();
+    kiln::Status selectInTree();
+    kiln::Status selectInViewport();
+
+    MainWindow& window_;
+    std::string file_, folder_, utility_;
+    std::function<void(MSG&)> pump_;
+    std::string summary_;
+    HWND form_ = nullptr;
+    HWND tree_ = nullptr;
+    bool failed_ = false;
+};
+
+}  // namespace workbench

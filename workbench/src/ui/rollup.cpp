@@ -1,0 +1,97 @@
+#include "rollup.h"
+
+#include "look.h"
+
+#include <framework/text.h>
+
+#include <utility>
+
+namespace workbench {
+namespace {
+
+constexpr wchar_t kClassName[] = L"WorkbenchRollup";
+
+}  // namespace
+
+Rollup::Rollup(std::string title, bool closed, int category, std::function<void()> onFolded)
+    : title_(std::move(title)),
+      closed_(closed),
+      category_(category),
+      onFolded_(std::move(onFolded)) {}
+
+bool Rollup::Create(HWND parent, HINSTANCE module, int dialogId, DLGPROC procedure, LPARAM param) {
+    RegisterWindowClass(kClassName, CS_DBLCLKS, nullptr, nullptr);
+    if (!CreateEx(WS_EX_CONTROLPARENT, kClassName, title_,
+                  WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, {0, 0, 10, 10}, parent))
+        return false;
+    page_ = ::CreateDialogParamW(module, MAKEINTRESOURCEW(dialogId), Handle(), procedure, param);
+    if (!page_) return false;
+    RECT area;
+    ::GetWindowRect(page_, &area);
+    pageHeight_ = heightOf(area);
+    placePage();
+    return true;
+}
+
+int Rollup::height() const {
+    return titleHeight() + (closed_ ? 0 : pageHeight_ + Scaled(4));
+}
+
+void Rollup::placePage() {
+    if (!page_) return;
+    RECT area;
+    ::GetWindowRect(page_, &area);
+    const int x = std::max((widthOf(ClientRect()) - widthOf(area)) / 2, 0);
+    ::SetWindowPos(
+        page_, nullptr, x, titleHeight() + Scaled(2), 0, 0,
+        SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE | (closed_ ? SWP_HIDEWINDOW : SWP_SHOWWINDOW));
+}
+
+void Rollup::OnSize(UINT, int, int) {
+    placePage();
+    Invalidate(false);
+}
+
+void Rollup::OnPaint() {
+    const BufferedPaint paint(Handle());
+    const HDC dc = paint.dc();
+    RECT area = ClientRect();
+    ::FillRect(dc, &area, ::GetSysColorBrush(COLOR_BTNFACE));
+    // A frame around the page, with the title in its upper edge as a raised bar.
+    ::DrawEdge(dc, &area, BDR_SUNKENOUTER, BF_RECT);
+    RECT bar = area;
+    bar.bottom = bar.top + titleHeight();
+    ::DrawFrameControl(dc, &bar, DFC_BUTTON, DFCS_BUTTONPUSH);
+    const SelectScope font(dc, Look::of(Handle()).normal());
+    ::SetBkMode(dc, TRANSPARENT);
+    ::SetTextColor(dc, ::GetSysColor(COLOR_BTNTEXT));
+    const std::wstring sign = closed_ ? L"+" : L"\u2212";
+    RECT left = bar;
+    left.left += Scaled(7);
+    ::DrawTextW(dc, sign.c_str(), -1, &left, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
+    const std::wstring title = toWide(title_);
+    ::DrawTextW(dc, title.c_str(), -1, &bar,
+                DT_SINGLELINE | DT_VCENTER | DT_CENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
+}
+
+void Rollup::OnLButtonDown(UINT, POINT at) {
+    if (at.y >= titleHeight()) return;
+    closed_ = !closed_;
+    placePage();
+    Invalidate(false);
+    onFolded_();
+}
+
+bool Rollup::OnSetCursor(HWND under, UINT hitTest, UINT message) {
+    const POINT at = [this] {
+        POINT p;
+        ::GetCursorPos(&p);
+        return ToClient(p);
+    }();
+    if (under != Handle() || at.y >= titleHeight())
+        return CWnd::OnSetCursor(under, hitTest, message);
+    ::SetCursor(::LoadCursorW(nullptr, IDC_HAND));
+    return true;
+}
+
+}  // namespace workbench

@@ -1,0 +1,55 @@
+// The log with the script line below it.
+#pragma once
+
+#include <framework/controls.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace workbench {
+
+/// An edit field that keeps what was entered: Enter enters, up and down go through the history.
+class HistoryEdit : public CEdit {
+public:
+    std::function<void(const std::string&)> onEnter;
+
+protected:
+    void OnKeyDown(UINT key, UINT repeat, UINT flags) override;
+    void OnChar(UINT utf16, UINT repeat, UINT flags) override;
+    UINT OnGetDlgCode(const MSG* message) override;
+
+private:
+    void showEntry(std::size_t position);
+
+    std::vector<std::string> history_;
+    std::size_t position_ = 0;
+};
+
+class ScriptPane : public CWnd {
+public:
+    bool Create(HWND parent, UINT id);
+
+    /// `evaluate` gets each line that the user enters and gives what to print; empty prints
+    /// nothing.
+    void setEvaluator(std::function<std::string(const std::string&)> evaluate);
+    /// Adds a line to the log.
+    void print(const std::string& line);
+    /// Whether `window` is the field where a script is typed, or the log.
+    bool owns(HWND window) const { return ::IsChild(Handle(), window) != 0; }
+
+protected:
+    void OnSize(UINT type, int width, int height) override;
+    void OnPaint() override;
+    bool OnEraseBackground(HDC) override { return true; }
+    HBRUSH OnCtlColor(HDC dc, HWND control, UINT type) override;
+
+private:
+    int lineHeight() const { return Scaled(22); }
+
+    CEdit log_;
+    HistoryEdit line_;
+    bool empty_ = true;
+};
+
+}  // namespace workbench

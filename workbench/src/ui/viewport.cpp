@@ -1,0 +1,239 @@
+#include "viewport.h"
+
+#include "look.h"
+
+#include <framework/module.h>
+#include <framework/text.h>
+
+#include <windowsx.h>
+#include <chrono>
+#include <cstring>
+
+namespace workbench {
+namespace {
+
+constexpr wchar_t kClassName[] = L"WorkbenchViewport";
+constexpr int kPickReach = 4;       // pixels at 100 %
+constexpr int kClickTolerance = 3;  // a click may tremble this much
+constexpr float kKeyOrbit = 16;     // pixels of mouse movement that an arrow key stands for
+
+bool isDown(int key) {
+    return ::GetKeyState(key) < 0;
+}
+
+}  // namespace
+
+bool Viewport::Create(HWND parent, UINT id) {
+    RegisterWindowClass(kClassName, CS_DBLCLKS, nullptr, nullptr);
+    return CreateEx(0, kClassName, "", WS_CHILD | WS_VISIBLE | WS_CLIPSIBLINGS, {0, 0, 10, 10},
+                    parent, id);
+}
+
+void Viewport::redraw() {
+    stale_ = true;
+    Invalidate(false);
+}
+
+void Viewport::viewAll() {
+    camera_.frame(client_.sceneToDraw().box());
+    redraw();
+}
+
+void Viewport::viewSelected() {
+    const Box box = client_.sceneToDraw().selectedBox();
+    if (box.empty()) return viewAll();
+    camera_.frame(box);
+    redraw();
+}
+
+void Viewport::setView(View view) {
+    camera_.setView(view);
+    redraw();
+}
+
+std::string Viewport::label() const {
+    static constexpr const char* kViews[] = {"Perspective", "Top", "Front", "Left"};
+    static constexpr const char* kModes[] = {"Shaded", "Shaded with edges", "Wireframe"};
+    return std::string(kViews[static_cast<int>(camera_.view())]) + "  |  " +
+           kModes[static_cast<int>(options_.mode)];
+}
+
+void Viewport::OnSize(UINT, int width, int height) {
+    if (width > 0 && height > 0) camera_.setPictureSize(width, height);
+    redraw();
+}
+
+bool Viewport::ensureBitmap(int width, int height) {
+    if (bitmap_ && width == bitmapWidth_ && height == bitmapHeight_) return true;
+    BITMAPINFO info{};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = width;
+    info.bmiHeader.biHeight = -height;  // from top to bottom, as the canvas
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    info.bmiHeader.biCompression = BI_RGB;
+    void* bits = nullptr;
+    bitmap_.reset(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    bits_ = static_cast<Colour*>(bits);
+    bitmapWidth_ = width;
+    bitmapHeight_ = height;
+    stale_ = true;
+    return static_cast<bool>(bitmap_);
+}
+
+void Viewport::draw() {
+    const auto start = std::chrono::steady_clock::now();
+    options_.pixelScale = static_cast<float>(windowDpi(Handle())) / 96;
+    canvas_.resize(bitmapWidth_, bitmapHeight_);
+    renderer_.draw(client_.sceneToDraw(), camera_, options_, canvas_);
+    ::GdiFlush();
+    std::memcpy(bits_, canvas_.pixels(),
+                sizeof(Colour) * static_cast<std::size_t>(bitmapWidth_) *
+                    static_cast<std::size_t>(bitmapHeight_));
+    frameMilliseconds_ =
+        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+    stale_ = false;
+}
+
+void Viewport::OnPaint() {
+    PAINTSTRUCT paint;
+    const HDC dc = ::BeginPaint(Handle(), &paint);
+    const RECT area = ClientRect();
+    if (widthOf(area) > 0 && heightOf(area) > 0 && ensureBitmap(widthOf(area), heightOf(area))) {
+        const bool fresh = stale_;
+        if (stale_) draw();
+        const HDC memory = ::CreateCompatibleDC(dc);
+        {
+            const SelectScope selected(memory, bitmap_.get());
+            if (fresh) drawLabel(memory);
+            ::BitBlt(dc, 0, 0, bitmapWidth_, bitmapHeight_, memory, 0, 0, SRCCOPY);
+        }
+        ::DeleteDC(memory);
+    }
+    ::EndPaint(Handle(), &paint);
+}
+
+void Viewport::drawLabel(HDC dc) {
+    const SelectScope font(dc, Look::of(Handle()).bold());
+    ::SetBkMode(dc, TRANSPARENT);
+    const std::wstring text = toWide(label());
+    const int x = Scaled(10), y = Scaled(8), count = static_cast<int>(text.size());
+    ::SetTextColor(dc, RGB(30, 36, 42));
+    ::TextOutW(dc, x + 1, y + 1, text.c_str(), count);
+    ::SetTextColor(dc, RGB(232, 236, 240));
+    ::TextOutW(dc, x, y, text.c_str(), count);
+}
+
+ItemIndex Viewport::itemAt(POINT at) {
+    // What is on the screen may be older than the scene: its item numbers mean nothing then.
+    if (stale_ || canvas_.width() != bitmapWidth_) Update();
+    if (stale_) return kNoItem;
+    return canvas_.pick(static_cast<int>(at.x), static_cast<int>(at.y), Scaled(kPickReach));
+}
+
+void Viewport::startDrag(Drag drag, POINT at) {
+    SetFocus();
+    drag_ = drag;
+    dragStart_ = dragLast_ = at;
+    ::SetCapture(Handle());
+}
+
+void Viewport::OnLButtonDown(UINT, POINT at) {
+    const bool shift = isDown(VK_SHIFT);
+    startDrag(!isDown(VK_MENU) ? Drag::kClick : shift ? Drag::kPan : Drag::kOrbit, at);
+}
+
+void Viewport::OnLButtonUp(UINT keys, POINT at) {
+    const bool click = drag_ == Drag::kClick &&
+                       std::abs(at.x - dragStart_.x) <= Scaled(kClickTolerance) &&
+                       std::abs(at.y - dragStart_.y) <= Scaled(kClickTolerance);
+    if (drag_ != Drag::kNone) ::ReleaseCapture();
+    if (click) client_.onPick(itemAt(at), (keys & MK_CONTROL) != 0);
+}
+
+void Viewport::OnMButtonDown(UINT keys, POINT at) {
+    startDrag(keys & MK_SHIFT ? Drag::kPan : Drag::kOrbit, at);
+}
+
+void Viewport::OnMButtonUp(UINT, POINT) {
+    if (drag_ != Drag::kNone) ::ReleaseCapture();
+}
+
+void Viewport::OnCaptureChanged(HWND) {
+    drag_ = Drag::kNone;
+}
+
+void Viewport::OnMouseMove(UINT, POINT at) {
+    const float dx = static_cast<float>(at.x - dragLast_.x);
+    const float dy = static_cast<float>(at.y - dragLast_.y);
+    dragLast_ = at;
+    switch (drag_) {
+        case Drag::kOrbit:
+            camera_.orbit(dx, dy);
+            return redraw();
+        case Drag::kPan:
+            camera_.pan(dx, dy);
+            return redraw();
+        case Drag::kClick:
+            return;
+        case Drag::kNone:
+            break;
+    }
+    TRACKMOUSEEVENT leave{sizeof leave, TME_LEAVE, Handle(), 0};
+    ::TrackMouseEvent(&leave);
+    if (!stale_) hover(itemAt(at));
+}
+
+void Viewport::hover(ItemIndex item) {
+    if (item == hovered_) return;
+    hovered_ = item;
+    client_.onHover(item);
+}
+
+void Viewport::OnMouseWheel(UINT, int delta, POINT screen) {
+    const POINT at = ToClient(screen);
+    camera_.zoom(static_cast<float>(delta) / WHEEL_DELTA, static_cast<float>(at.x),
+                 static_cast<float>(at.y));
+    redraw();
+}
+
+void Viewport::OnKeyDown(UINT key, UINT, UINT) {
+    const float x = static_cast<float>(bitmapWidth_) / 2, y = static_cast<float>(bitmapHeight_) / 2;
+    switch (key) {
+        case VK_LEFT:
+            camera_.orbit(-kKeyOrbit, 0);
+            break;
+        case VK_RIGHT:
+            camera_.orbit(kKeyOrbit, 0);
+            break;
+        case VK_UP:
+            camera_.orbit(0, -kKeyOrbit);
+            break;
+        case VK_DOWN:
+            camera_.orbit(0, kKeyOrbit);
+            break;
+        case VK_ADD:
+        case VK_OEM_PLUS:
+            camera_.zoom(1, x, y);
+            break;
+        case VK_SUBTRACT:
+        case VK_OEM_MINUS:
+            camera_.zoom(-1, x, y);
+            break;
+        default:
+            Default();
+            return;
+    }
+    redraw();
+}
+
+UINT Viewport::OnGetDlgCode(const MSG*) {
+    return DLGC_WANTARROWS;
+}
+
+LRESULT Viewport::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_MOUSELEAVE) hover(kNoItem);
+    return CWnd::WindowProc(message, wParam, lParam);
+}
+
+}  // namespace workbench

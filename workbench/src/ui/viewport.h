@@ -1,0 +1,84 @@
+// The window that shows the scene.
+#pragma once
+
+#include <framework/cwnd.h>
+#include <workbench/renderer.h>
+
+#include <string>
+
+namespace workbench {
+
+/// What a viewport asks of, and tells, the one who owns the scene.
+class ViewportClient {
+public:
+    virtual ~ViewportClient() = default;
+    /// What to draw; stays valid and unchanged while the viewport draws.
+    virtual const SceneModel& sceneToDraw() = 0;
+    /// A click on an item, or on nothing (kNoItem). `add` adds to or takes from the selection.
+    virtual void onPick(ItemIndex item, bool add) = 0;
+    /// The mouse has come over another item, or left it (kNoItem).
+    virtual void onHover(ItemIndex item) = 0;
+};
+
+/// Left click selects, with Ctrl adds. The middle button, or Alt with the left one, orbits; with
+/// Shift it pans. The wheel zooms towards the mouse. Arrow keys orbit, plus and minus zoom.
+class Viewport : public CWnd {
+public:
+    explicit Viewport(ViewportClient& client) : client_(client) {}
+
+    bool Create(HWND parent, UINT id);
+
+    Camera& camera() { return camera_; }
+    RenderOptions& options() { return options_; }
+    /// Draws anew at the next paint; the pixels before are not trusted any more for picking.
+    void redraw();
+    /// Frames the whole scene, or what is selected in it.
+    void viewAll();
+    void viewSelected();
+    void setView(View view);
+    /// The text in the upper left corner, for example "Perspective, shaded".
+    std::string label() const;
+    /// How long the last frame took to draw, in milliseconds.
+    double frameMilliseconds() const { return frameMilliseconds_; }
+
+protected:
+    void OnSize(UINT type, int width, int height) override;
+    void OnPaint() override;
+    bool OnEraseBackground(HDC) override { return true; }
+    void OnLButtonDown(UINT keys, POINT at) override;
+    void OnLButtonUp(UINT keys, POINT at) override;
+    void OnMButtonDown(UINT keys, POINT at) override;
+    void OnMButtonUp(UINT keys, POINT at) override;
+    void OnMouseMove(UINT keys, POINT at) override;
+    void OnMouseWheel(UINT keys, int delta, POINT screen) override;
+    void OnCaptureChanged(HWND gaining) override;
+    void OnKeyDown(UINT key, UINT repeat, UINT flags) override;
+    UINT OnGetDlgCode(const MSG* message) override;
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+private:
+    enum class Drag { kNone, kClick, kOrbit, kPan };
+
+    void startDrag(Drag drag, POINT at);
+    void draw();
+    void drawLabel(HDC dc);
+    bool ensureBitmap(int width, int height);
+    ItemIndex itemAt(POINT at);
+    void hover(ItemIndex item);
+
+    ViewportClient& client_;
+    Camera camera_;
+    Canvas canvas_;
+    Renderer renderer_;
+    RenderOptions options_;
+    GdiBitmap bitmap_;
+    Colour* bits_ = nullptr;  // of bitmap_
+    int bitmapWidth_ = 0, bitmapHeight_ = 0;
+    bool stale_ = true;
+    double frameMilliseconds_ = 0;
+    Drag drag_ = Drag::kNone;
+    POINT dragStart_{}, dragLast_{};
+    ItemIndex hovered_ = kNoItem;
+};
+
+}  // namespace workbench
