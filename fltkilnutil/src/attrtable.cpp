@@ -33,9 +33,13 @@ void fillChoices(FltAttrDesc& descriptor) {
 
 constinit FltAttrEnum yesNoTable[3] = {{0, "No"}, {1, "Yes"}, {0, nullptr}};
 
-AttrTable* AttrTable::instance() {
-    static const std::unique_ptr<AttrTable> table = buildTable();
-    return table.get();
+AttrTable* AttrTable::instance() noexcept {
+    try {
+        static const std::unique_ptr<AttrTable> table = buildTable();
+        return table.get();
+    } catch (...) {
+        return nullptr;
+    }
 }
 
 AttrTable::AttrTable(const CaptionReader& captions) : captions_(captions) {

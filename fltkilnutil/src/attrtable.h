@@ -28,8 +28,8 @@ public:
     static constexpr std::size_t kGroups = 14;
 
     /// The table, built at the first call; null when the caption library is missing, which the
-    /// first call logs.
-    static AttrTable* instance();
+    /// first call logs, and while there is no memory for it.
+    static AttrTable* instance() noexcept;
 
     explicit AttrTable(const CaptionReader& captions);
     AttrTable(const AttrTable&) = delete;

@@ -1,23 +1,13 @@
 #include "attrtable.h"
 #include "attrvalue.h"
+#include "nodechunk.h"
 
 #include <fltkilnutil/fltattr.h>
 #include <fltkilnutil/kilnflt.h>
-#include <fltkilnutil/kilnlightpoint.h>
 
 using namespace fltkilnutil;
 
 namespace {
-
-/// Runs `body`, which may fail for want of memory, and gives `failure` then.
-template <typename Result, typename Body>
-Result orElse(Result failure, Body&& body) noexcept {
-    try {
-        return body();
-    } catch (...) {
-        return failure;
-    }
-}
 
 FltAttrBlock blockOf(FltAttrGroup& group, const FltAttrDesc& descriptor) noexcept {
     if (descriptor.target == FltAttrTarget::Options) return *group.options;
@@ -58,7 +48,7 @@ void printValues(FltAttrGroup& group) {
 FltAttrGroup* load(INode* node, std::uint32_t parameter) {
     FltNodeKind kind{};
     if (!fltGetKind(node, true, kind)) return nullptr;
-    AttrTable* const table = AttrTable::instance();
+    const AttrTable* const table = AttrTable::instance();
     TableGroup* const group = table != nullptr ? table->find(kind) : nullptr;
     if (group == nullptr || !readRecord(node, *group, parameter) || !readOptions(node, *group))
         return nullptr;
@@ -76,11 +66,13 @@ bool store(INode* node, FltAttrGroup& group) {
     if (node == nullptr || !mayBecome(node, group.kind)) return false;
     for (const FltAttrDesc* row = group.descriptors; !row->isTerminator(); ++row)
         storeField(blockOf(group, *row), *row);
-    if (!fltHasData(node) && !fltEnsureKind(node, group.kind, group.parameter)) return false;
-    if (group.options != nullptr && !fltPutOptions(node, *group.options)) return false;
-    if (!fltPutRecord(node, *group.record)) return false;
-    showModeParameter(group);
-    return true;
+    const bool isNew = !fltHasData(node);
+    if (isNew && !fltEnsureKind(node, group.kind, group.parameter)) return false;
+    const bool stored = (group.options == nullptr || fltPutOptions(node, *group.options)) &&
+                        fltPutRecord(node, *group.record);
+    if (!stored && isNew) removeChunk(node, ChunkId::Kind);  // no OpenFlight node after all
+    if (stored) showModeParameter(group);
+    return stored;
 }
 
 }  // namespace
@@ -105,17 +97,13 @@ FltAttrDesc::FltAttrDesc(const char* rowCaption, FltAttrTarget rowTarget, const 
 }
 
 FltAttrGroup* fltAttrGroupFind(FltNodeKind kind) noexcept {
-    return orElse<FltAttrGroup*>(nullptr, [kind]() -> FltAttrGroup* {
-        AttrTable* const table = AttrTable::instance();
-        return table != nullptr ? table->find(kind) : nullptr;
-    });
+    const AttrTable* const table = AttrTable::instance();
+    return table != nullptr ? table->find(kind) : nullptr;
 }
 
 FltAttrGroup* const* fltAttrGroups() noexcept {
-    return orElse<FltAttrGroup* const*>(nullptr, []() -> FltAttrGroup* const* {
-        AttrTable* const table = AttrTable::instance();
-        return table != nullptr ? table->list() : nullptr;
-    });
+    const AttrTable* const table = AttrTable::instance();
+    return table != nullptr ? table->list() : nullptr;
 }
 
 std::size_t fltAttrCount(const FltAttrGroup& group) noexcept {
@@ -133,9 +121,17 @@ FltAttrDesc* fltAttrFindRow(FltNodeKind kind, std::string_view key) noexcept {
 }
 
 FltAttrGroup* fltAttrLoad(INode* node, std::uint32_t parameter) noexcept {
-    return orElse<FltAttrGroup*>(nullptr, [=] { return load(node, parameter); });
+    try {
+        return load(node, parameter);
+    } catch (...) {
+        return nullptr;  // no memory for a value text
+    }
 }
 
 bool fltAttrStore(INode* node, FltAttrGroup& group) noexcept {
-    return orElse(false, [&] { return store(node, group); });
+    try {
+        return store(node, group);
+    } catch (...) {
+        return false;
+    }
 }

@@ -23,8 +23,7 @@ void FltBsp::write(FltStream& stream) {
 }
 
 void FltBsp::writeToken(FltToken& token, std::uint32_t) const {
-    token.begin(kOpcode);
-    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltBsp::readToken(FltToken& token, std::uint32_t) {

@@ -58,8 +58,7 @@ void FltClipRegion::write(FltStream& stream) {
 }
 
 void FltClipRegion::writeToken(FltToken& token, std::uint32_t) const {
-    token.begin(kOpcode);
-    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltClipRegion::readToken(FltToken& token, std::uint32_t) {

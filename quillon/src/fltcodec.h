@@ -180,27 +180,33 @@ struct ShowCodec {
     }
 };
 
-/// Appends the fields that `layout`, called with a codec, names to what `token` holds.
+/// Puts a record of `opcode` with the fields that `layout`, called with a codec, names into
+/// `token`. Flattened, so that no part of a layout is left as a call.
 template <typename Layout>
-void writeFields(FltToken& token, Layout&& layout) {
+[[gnu::flatten]] void writeFields(FltToken& token, std::uint16_t opcode, Layout&& layout) {
     MeasureCodec measure;
     layout(measure);
-    StoreCodec store(token.claim(measure.size));
+    StoreCodec store(token.begin(opcode, measure.size));
     layout(store);
+}
+
+template <typename Layout>
+[[gnu::noinline]] void readShortFields(FltToken& token, Layout&& layout) {
+    ShortLoadCodec load(token);
+    layout(load);
 }
 
 /// Reads the fields that `layout` names from the token's cursor on. The record may be short.
 template <typename Layout>
-void readFields(FltToken& token, Layout&& layout) {
+[[gnu::flatten]] void readFields(FltToken& token, Layout&& layout) {
     MeasureCodec measure;
     layout(measure);
-    if (token.remaining() >= measure.size) [[likely]] {
-        LoadCodec load(token.take(measure.size));
-        layout(load);
-    } else {
-        ShortLoadCodec load(token);
-        layout(load);
+    if (token.remaining() < measure.size) [[unlikely]] {
+        readShortFields(token, layout);
+        return;
     }
+    LoadCodec load(token.take(measure.size));
+    layout(load);
 }
 
 /// Shows the fields that `layout` names to `visitor`.

@@ -65,8 +65,7 @@ void FltDof::write(FltStream& stream) {
 }
 
 void FltDof::writeToken(FltToken& token, std::uint32_t) const {
-    token.begin(kOpcode);
-    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltDof::readToken(FltToken& token, std::uint32_t) {

@@ -77,7 +77,7 @@ void narrowLayout(Codec& codec, auto& record, auto& primary, auto& alternate) {
 void writeNarrow(FltToken& token, const FltFace& face) {
     const auto primary = static_cast<std::uint16_t>(face.primaryColorIndex);
     const auto alternate = static_cast<std::uint16_t>(face.alternateColorIndex);
-    quillon::writeFields(token,
+    quillon::writeFields(token, FltFace::kOpcode,
                          [&](auto& codec) { narrowLayout(codec, face, primary, alternate); });
 }
 
@@ -100,11 +100,10 @@ void FltFace::write(FltStream& stream) {
 }
 
 void FltFace::writeToken(FltToken& token, std::uint32_t revision) const {
-    token.begin(kOpcode);
     if (revision < kWideIndexRevision)
         writeNarrow(token, *this);
     else
-        quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
+        quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltFace::readToken(FltToken& token, std::uint32_t revision) {

@@ -27,8 +27,7 @@ void FltGroup::write(FltStream& stream) {
 }
 
 void FltGroup::writeToken(FltToken& token, std::uint32_t) const {
-    token.begin(kOpcode);
-    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltGroup::readToken(FltToken& token, std::uint32_t) {

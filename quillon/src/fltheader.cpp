@@ -99,8 +99,7 @@ void layoutRest(Codec& codec, auto& record) {
 }  // namespace
 
 void FltHeader::writeToken(FltToken& token, std::uint32_t) const {
-    token.begin(kOpcode);
-    quillon::writeFields(token, [this](auto& codec) {
+    quillon::writeFields(token, kOpcode, [this](auto& codec) {
         layoutStart(codec, *this);
         layoutRest(codec, *this);
     });

@@ -14,8 +14,7 @@ void layout(Codec& codec, auto& record) {
 }  // namespace
 
 void FltInstance::writeToken(FltToken& token, std::uint32_t) const {
-    token.begin(opcode());
-    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::writeFields(token, opcode(), [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltInstance::readToken(FltToken& token, std::uint32_t) {

@@ -57,8 +57,7 @@ void FltLightPoint::write(FltStream& stream) {
 }
 
 void FltLightPoint::writeToken(FltToken& token, std::uint32_t) const {
-    token.begin(kOpcode);
-    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltLightPoint::readToken(FltToken& token, std::uint32_t) {

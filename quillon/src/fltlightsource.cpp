@@ -29,8 +29,7 @@ void FltLightSource::write(FltStream& stream) {
 }
 
 void FltLightSource::writeToken(FltToken& token, std::uint32_t) const {
-    token.begin(kOpcode);
-    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltLightSource::readToken(FltToken& token, std::uint32_t) {

@@ -39,8 +39,7 @@ void layout(Codec& codec, auto& record) {
 }  // namespace
 
 void FltLightSourcePalette::writeToken(FltToken& token, std::uint32_t) const {
-    token.begin(kOpcode);
-    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltLightSourcePalette::readToken(FltToken& token, std::uint32_t) {

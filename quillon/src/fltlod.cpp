@@ -29,8 +29,7 @@ void FltLod::write(FltStream& stream) {
 }
 
 void FltLod::writeToken(FltToken& token, std::uint32_t) const {
-    token.begin(kOpcode);
-    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltLod::readToken(FltToken& token, std::uint32_t) {

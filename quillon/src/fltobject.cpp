@@ -26,8 +26,7 @@ void FltObject::write(FltStream& stream) {
 }
 
 void FltObject::writeToken(FltToken& token, std::uint32_t) const {
-    token.begin(kOpcode);
-    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltObject::readToken(FltToken& token, std::uint32_t) {

@@ -46,9 +46,8 @@ void FltSwitch::write(FltStream& stream) {
 
 void FltSwitch::writeToken(FltToken& token, std::uint32_t) const {
     diagnostics::check(wordsPerMask >= 0, "fltswitch", 114);  // reading would refuse it
-    token.begin(kOpcode);
     const std::int32_t masks = maskCount();
-    quillon::writeFields(token, [&](auto& codec) { layout(codec, *this, masks); });
+    quillon::writeFields(token, kOpcode, [&](auto& codec) { layout(codec, *this, masks); });
 
     const std::int32_t count = maskWords.count();
     diagnostics::check(count <= kMaxMaskWords, "fltswitch", 121);

@@ -37,13 +37,6 @@ void FltToken::attach(const void* bytes, std::int32_t size) noexcept {
     length_ = static_cast<std::uint16_t>(std::min<std::int32_t>(stated, capacity_));
 }
 
-void FltToken::begin(std::uint16_t opcode) {
-    length_ = position_ = 0;
-    writeInt16(opcode);
-    writeInt16(kHeaderSize);
-    opcode_ = opcode;
-}
-
 std::uint32_t FltToken::readBytes(std::uint32_t n, void* destination) noexcept {
     if (n == 0) return 0;
     const std::uint32_t present = std::min(n, remaining());
@@ -94,11 +87,12 @@ void FltToken::moveToOwnBlock(std::uint32_t capacity) {
 }
 
 // Makes the `n` bytes at the cursor part of the token's own block; the length stays.
-void FltToken::makeRoom(std::uint32_t n) {
+void FltToken::makeRoom(std::uint64_t n) {
     diagnostics::check(n <= kLongestRecord - position_, "flttoken", 133);
-    if (!owns_) moveToOwnBlock(std::max(length_ + n, kSmallestCapacity));
+    const auto end = static_cast<std::uint32_t>(position_ + n);
     const std::uint16_t length = length_;
-    if (position_ + n > length) grow(position_ + n);
+    if (!owns_) moveToOwnBlock(std::max({end, std::uint32_t{length}, kSmallestCapacity}));
+    if (end > length) grow(end);
     length_ = length;
 }
 
@@ -106,7 +100,8 @@ void FltToken::finish() {
     diagnostics::check(length_ >= kHeaderSize, "flttoken", 171);
     position_ = length_;
     // A vertex list is as long as its vertices.
-    if (opcode_ != kFltVertexList) skip((kAlignment - length_ % kAlignment) % kAlignment);
+    const std::uint32_t beyond = length_ % kAlignment;
+    if (beyond != 0 && opcode_ != kFltVertexList) skip(kAlignment - beyond);
     position_ = 2;
     writeInt16(length_);
 }

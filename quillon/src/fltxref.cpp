@@ -15,8 +15,7 @@ void layout(Codec& codec, auto& record) {
 }  // namespace
 
 void FltXRef::writeToken(FltToken& token, std::uint32_t) const {
-    token.begin(kOpcode);
-    quillon::writeFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltXRef::readToken(FltToken& token, std::uint32_t) {

@@ -198,6 +198,8 @@ TEST(SwitchTest, TrustsNoCountInTheFile) {
 
     record.maskWords.resize(FltSwitch::kMaxMaskWords + 1);
     expectAssertion("fltswitch", 121, [&] { encode(record); });
+    record.wordsPerMask = -1;
+    expectAssertion("fltswitch", 114, [&] { encode(record); });
 }
 
 TEST(BspTest, LaysOutItsPlane) {

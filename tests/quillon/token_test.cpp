@@ -100,6 +100,13 @@ TEST(TokenTest, NeverWritesIntoAttachedBytes) {
     token.attach(attached.data(), 8);
     token.begin(7);
     EXPECT_EQ(attached, bytes);
+
+    FltToken other;  // patched at its start, where its own block must still hold the rest
+    const Bytes longer = hex("0002 0048 00:60 12345678 'end!'");
+    other.attach(longer.data(), 72);
+    other.rewind();
+    other.writeInt8<std::uint8_t>(0xFF);
+    EXPECT_EQ(toHex(bytesOf(other)), toHex(hex("0002 0048 FF 00:59 12345678 'end!'")));
 }
 
 TEST(TokenTest, BoundsTheLengthOfAttachedBytes) {

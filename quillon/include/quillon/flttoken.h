@@ -28,7 +28,23 @@ public:
     void attach(const void* bytes, std::int32_t size) noexcept;
 
     /// Starts a new record: opcode, placeholder length 4, cursor behind them.
-    void begin(std::uint16_t opcode);
+    void begin(std::uint16_t opcode) { begin(opcode, 0); }
+
+    /// Starts a new record with a body of `size` bytes, which the caller fills in at the place
+    /// that this gives; the cursor is behind them. For writers that know their layout.
+    std::uint8_t* begin(std::uint16_t opcode, std::uint32_t size) {
+        length_ = position_ = 0;
+        const std::uint64_t end = std::uint64_t{size} + kHeaderSize;
+        if (!owns_ || end > kLongestRecord || end > static_cast<std::uint64_t>(capacity_))
+            [[unlikely]]
+            makeRoom(end);
+        opcode_ = opcode;
+        length_ = position_ = static_cast<std::uint16_t>(end);
+        std::uint8_t* place = block_.get();
+        fltStoreBigEndian(place, opcode);
+        fltStoreBigEndian(place + 2, kHeaderSize);
+        return place + kHeaderSize;
+    }
 
     /// Puts the cursor at the start of the body.
     void rewind() noexcept { position_ = length_ < kHeaderSize ? length_ : kHeaderSize; }
@@ -94,7 +110,6 @@ public:
     void writeTo(std::FILE* file);
 
     /// Moves the cursor over `n` bytes to be written and gives their place; they are not cleared.
-    /// For writers that fill in a known layout at once.
     std::uint8_t* claim(std::uint32_t n) {
         const std::uint64_t end = std::uint64_t{position_} + n;
         if (!owns_ || end > kLongestRecord || end > static_cast<std::uint64_t>(capacity_))
@@ -146,7 +161,7 @@ private:
     void writeNumber(T value) {
         fltStoreBigEndian(claim(sizeof(T)), value);
     }
-    void makeRoom(std::uint32_t n);
+    void makeRoom(std::uint64_t n);
     void readShort(void* destination, std::size_t size) noexcept;
     void moveToOwnBlock(std::uint32_t capacity);
 

@@ -1,0 +1,182 @@
+#include "scene.h"
+
+#include <quillon/fltinstance.h>
+#include <tessera/browserclient.h>
+
+namespace {
+
+using tessera::BrowserEvent;
+using tessera::BrowserItem;
+
+class BrowserClientTest : public SceneTest {
+protected:
+    /// An earlier test may have left its handlers registered.
+    void open() {
+        aviary.Browser();
+        browser.sceneChanges = 0;
+    }
+
+    RecordingBrowser& browser = recordingBrowser();
+
+    BrowserItem item(const char* name) const { return browser.find(name); }
+
+    void send(BrowserEvent event, const char* first, const char* second = nullptr,
+              std::uintptr_t argument = 0, std::uintptr_t argument2 = 0) const {
+        browser.send(event, item(first), second ? item(second) : nullptr, argument, argument2);
+    }
+};
+
+TEST_F(BrowserClientTest, OpensFilledAndFollowsTheSceneUntilClosed) {
+    INode* const a = add(nullptr, "a");
+    add(a, "b");
+    add(nullptr, "c");
+    open();
+    EXPECT_TRUE(browser.shown);
+    EXPECT_EQ(browser.outline(), "Scene Root(a(b),c)");
+    EXPECT_FALSE(AcceleratorsEnabled());
+
+    a->SetName("renamed");
+    EXPECT_EQ(browser.sceneChanges, 1);
+    browser.send(BrowserEvent::rebuild);
+    EXPECT_EQ(browser.outline(), "Scene Root(renamed(b),c)");
+
+    browser.send(BrowserEvent::closed);
+    EXPECT_TRUE(AcceleratorsEnabled());
+    a->SetName("again");
+    EXPECT_EQ(browser.sceneChanges, 1);
+
+    // Opening it twice must not make it hear everything twice.
+    open();
+    open();
+    a->SetName("third");
+    EXPECT_EQ(browser.sceneChanges, 1);
+    browser.send(BrowserEvent::closed);
+}
+
+TEST_F(BrowserClientTest, ItsOwnEditsDoNotMakeTheTreeStale) {
+    INode* const group = add(nullptr, "group");
+    INode* const child = add(nullptr, "child");
+    Matrix3 moved;
+    moved.SetTrans(Point3(1, 2, 3));
+    group->SetNodeTM(0, moved);
+    open();
+    send(BrowserEvent::rename, "child", nullptr, reinterpret_cast<std::uintptr_t>("塔楼"));
+    EXPECT_STREQ(child->GetName(), "塔楼");
+    send(BrowserEvent::attach, "child", "group");
+    EXPECT_EQ(child->GetParentNode(), group);
+    EXPECT_TRUE(child->GetNodeTM(0) == Matrix3()) << "its place in the world stays";
+    EXPECT_EQ(browser.outline(), "Scene Root(group(塔楼))");
+    send(BrowserEvent::create, "group", nullptr, 73, 1580);
+    ASSERT_EQ(group->NumberOfChildren(), 2);
+    EXPECT_TRUE(aviary.IsOfType(group->GetChildNode(1), "LOD"));
+    EXPECT_EQ(browser.outline(),
+              std::string("Scene Root(group(塔楼,") + group->GetChildNode(1)->GetName() + "))");
+    EXPECT_EQ(browser.sceneChanges, 0);
+    child->SetName("outside");
+    EXPECT_EQ(browser.sceneChanges, 1) << "other changes are seen again afterwards";
+}
+
+TEST_F(BrowserClientTest, ATargetThatHeadsAHostGroupTakesTheNodeIn) {
+    INode* const head = add(nullptr, "head");
+    head->SetGroupHead(true);
+    INode* const child = add(nullptr, "child");
+    open();
+    send(BrowserEvent::attach, "child", "head");
+    EXPECT_TRUE(child->IsGroupMember());
+    send(BrowserEvent::attach, "head", "child");
+    EXPECT_EQ(head->GetParentNode(), host.GetRootNode()) << "below itself is refused";
+    EXPECT_EQ(browser.outline(), "Scene Root(head(child))");
+}
+
+TEST_F(BrowserClientTest, MovesAmongSiblings) {
+    INode* const parent = add(nullptr, "p");
+    for (const char* name : {"a", "b", "c", "d"}) add(parent, name);
+    const auto order = [&] { return childNames(parent); };
+    open();
+    send(BrowserEvent::moveDown, "a", "p");
+    EXPECT_EQ(order(), "b,a,c,d");
+    EXPECT_EQ(browser.outline(), "Scene Root(p(b,a,c,d))");
+    ASSERT_TRUE(browser.selected);
+    EXPECT_EQ(browser.selected->text, "a");
+    send(BrowserEvent::moveUp, "b", "p");  // already first
+    EXPECT_EQ(order(), "b,a,c,d");
+    send(BrowserEvent::moveUp, "d", "p");
+    EXPECT_EQ(order(), "b,a,d,c");
+    send(BrowserEvent::moveUp, "d", nullptr);  // no parent
+    EXPECT_EQ(order(), "b,a,d,c");
+
+    const BrowserItem block[] = {item("a"), item("c"), nullptr};
+    const auto list = reinterpret_cast<std::uintptr_t>(block);
+    browser.send(BrowserEvent::moveUpTogether, item("a"), item("p"), list);
+    EXPECT_EQ(order(), "a,b,c,d");
+    const BrowserItem last[] = {item("b"), item("c"), nullptr};
+    browser.send(BrowserEvent::moveDownTogether, item("b"), item("p"),
+                 reinterpret_cast<std::uintptr_t>(last));
+    EXPECT_EQ(order(), "a,d,b,c");
+    const BrowserItem end[] = {item("c"), nullptr};
+    browser.send(BrowserEvent::moveDownTogether, item("b"), item("p"),
+                 reinterpret_cast<std::uintptr_t>(end));
+    EXPECT_EQ(order(), "a,d,b,c") << "a block at the end stays";
+    EXPECT_EQ(browser.sceneChanges, 0);
+}
+
+TEST_F(BrowserClientTest, MovesAtTheTopLevelToo) {
+    for (const char* name : {"a", "b", "c"}) add(nullptr, name);
+    open();
+    send(BrowserEvent::moveDown, "a", "Scene Root");
+    EXPECT_EQ(childNames(host.GetRootNode()), "b,a,c");
+    EXPECT_EQ(browser.outline(), "Scene Root(b,a,c)");
+}
+
+TEST_F(BrowserClientTest, AnswersWhatTheBrowserAsks) {
+    INode* const a = add(nullptr, "a");
+    INode* const b = add(a, "b");
+    open();
+    browser.send(BrowserEvent::selectInHost);
+    send(BrowserEvent::selectInHost, "a");
+    send(BrowserEvent::selectInHost, "b");
+    std::uint32_t count = 99;
+    const auto countSlot = reinterpret_cast<std::uintptr_t>(&count);
+    browser.send(BrowserEvent::countSelected, nullptr, nullptr, countSlot);
+    ASSERT_EQ(count, 2u);
+    tessera::NodeHandle handle = 0;
+    browser.send(BrowserEvent::getSelected, nullptr, nullptr, 1,
+                 reinterpret_cast<std::uintptr_t>(&handle));
+    EXPECT_EQ(handle, reinterpret_cast<tessera::NodeHandle>(b));
+    send(BrowserEvent::countSwitchChildren, "a", nullptr, countSlot);
+    EXPECT_EQ(count, 1u);
+    for (const int code : {4, 5, 6, 12, 20, 21}) {
+        count = 1;
+        browser.send(static_cast<BrowserEvent>(code), nullptr, nullptr, countSlot);
+        EXPECT_EQ(count, 0u) << code;
+        browser.send(static_cast<BrowserEvent>(code));
+    }
+    count = 1;
+    for (const int code : {22, 23, 1000}) {
+        browser.send(static_cast<BrowserEvent>(code), nullptr, nullptr, countSlot);
+        EXPECT_EQ(count, 1u) << code;
+    }
+    browser.send(BrowserEvent::selectInHost);
+    EXPECT_EQ(host.GetSelNodeCount(), 0);
+}
+
+TEST_F(BrowserClientTest, AReferenceListsWhatItsDefinitionHolds) {
+    const auto instance = [&](INode* parent, const char* name, FltInstance& record, int number) {
+        INode* const node = add(parent, name, record.opcode());
+        record.instanceNumber = static_cast<std::int16_t>(number);
+        EXPECT_TRUE(fltPutRecord(node, record));
+        return node;
+    };
+    FltInstanceDef definition;
+    FltInstanceRef reference;
+    INode* const tree = instance(nullptr, "tree", definition, 7);
+    add(tree, "trunk");
+    instance(tree, "itself", reference, 7);  // a definition that uses itself must come to an end
+    instance(nullptr, "use", reference, 7);
+    add(instance(nullptr, "lost", reference, 8), "own");
+    open();
+    EXPECT_EQ(browser.outline(),
+              "Scene Root(tree(trunk,itself(trunk,itself)),use(trunk,itself),lost(own))");
+}
+
+}  // namespace

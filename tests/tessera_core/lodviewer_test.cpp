@@ -1,0 +1,157 @@
+#include "scene.h"
+
+#include <quillon/fltswitch.h>
+#include <tessera/lodviewer.h>
+
+#include <cmath>
+#include <map>
+
+namespace {
+
+using tessera::LodViewer;
+
+class LodViewerTest : public SceneTest {
+protected:
+    /// Three bands, 0 to 100 to 500 to 2000, each with one mesh below a group.
+    void buildBands() {
+        INode* const tower = add(nullptr, "tower", 2);
+        near = addMesh(add(addLod(tower, "l1", 0, 100), "g1", 2), "near");
+        middle = addMesh(addLod(tower, "l2", 100, 500), "middle");
+        far = addMesh(addLod(tower, "l3", 500, 2000), "far");
+        outside = addMesh(tower, "outside");
+    }
+
+    /// Which of the three meshes show, as "nmf".
+    std::string shown() const {
+        return std::string(near->IsHidden() ? "-" : "n") + (middle->IsHidden() ? "-" : "m") +
+               (far->IsHidden() ? "-" : "f");
+    }
+
+    INode* near = nullptr;
+    INode* middle = nullptr;
+    INode* far = nullptr;
+    INode* outside = nullptr;
+};
+
+// First in the file: whether a distance was ever stored is never forgotten.
+TEST_F(LodViewerTest, StepsFromNowhereGoToTheEnds) {
+    buildBands();
+    ASSERT_FALSE(aviary.IsLodDistanceSet());
+    LodViewer(host).Refresh();
+    EXPECT_EQ(shown(), "nmf");
+    aviary.LodMoreDetail();
+    EXPECT_EQ(aviary.GetLodDistance(), 50);
+    EXPECT_TRUE(aviary.IsLodDistanceSet());
+    EXPECT_EQ(shown(), "n--");
+}
+
+TEST_F(LodViewerTest, StepsBandByBandAndStopsAtTheEnds) {
+    buildBands();
+    outside->Hide(true);
+    const struct {
+        double from;
+        bool (LodViewer::*step)();
+        bool changed;
+        double to;
+    } kSteps[] = {
+        {300, &LodViewer::MostDetail, true, 50},
+        {300, &LodViewer::LeastDetail, true, 1250},
+        {300, &LodViewer::MoreDetail, true, 50},
+        {300, &LodViewer::LessDetail, true, 1250},
+        {50, &LodViewer::MoreDetail, false, 50},
+        {50, &LodViewer::LessDetail, true, 300},
+        {1250, &LodViewer::LessDetail, false, 1250},
+        {1250, &LodViewer::MoreDetail, true, 300},
+        // At a switch distance itself both steps take the band at their side.
+        {100, &LodViewer::MoreDetail, true, 50},
+        {100, &LodViewer::LessDetail, true, 300},
+        {9000, &LodViewer::MoreDetail, true, 1250},
+        {9000, &LodViewer::LessDetail, false, 9000},
+        {-5, &LodViewer::LessDetail, true, 50},
+        {-5, &LodViewer::MoreDetail, false, -5},
+    };
+    for (const auto& step : kSteps) {
+        SCOPED_TRACE(step.from);
+        aviary.StoreLodDistance(step.from);
+        LodViewer viewer(host);
+        EXPECT_EQ((viewer.*step.step)(), step.changed);
+        EXPECT_EQ(aviary.GetLodDistance(), step.to);
+    }
+    EXPECT_TRUE(outside->IsHidden()) << "geometry outside every level of detail is left alone";
+}
+
+TEST_F(LodViewerTest, AShowsFromSwitchOutExclusiveToSwitchInInclusive) {
+    buildBands();
+    const std::map<double, const char*> kShown = {{0, "---"},   {50, "n--"},  {100, "n--"},
+                                                  {101, "-m-"}, {500, "-m-"}, {2000, "--f"},
+                                                  {2001, "---"}};
+    for (const auto& [distance, wanted] : kShown) {
+        aviary.SetLodDistance(distance);
+        EXPECT_EQ(shown(), wanted) << distance;
+    }
+}
+
+TEST_F(LodViewerTest, OneBandOnlyHasOneMiddle) {
+    addMesh(addLod(nullptr, "l", 10, 30), "mesh");
+    aviary.StoreLodDistance(7);
+    EXPECT_TRUE(LodViewer(host).MostDetail());
+    EXPECT_EQ(aviary.GetLodDistance(), 20);
+    EXPECT_TRUE(LodViewer(host).LeastDetail());
+    EXPECT_EQ(aviary.GetLodDistance(), 20);
+    core.newScene();
+    EXPECT_FALSE(LodViewer(host).MostDetail());
+    EXPECT_EQ(aviary.GetLodDistance(), 20);
+}
+
+TEST_F(LodViewerTest, SwitchesWalkTheChildrenOfTheirCurrentMask) {
+    INode* const lod = addLod(nullptr, "l", 0, 100);
+    INode* const switchNode = add(lod, "s", 96);
+    std::vector<INode*> children;
+    for (int i = 0; i < 40; ++i) {
+        children.push_back(addMesh(switchNode, "child"));
+        children.back()->Hide(true);
+    }
+    FltSwitch record;
+    record.wordsPerMask = 2;
+    record.currentMask = 1;
+    for (const std::uint32_t word : {0u, 0u, 0x5u, 0x80u}) record.maskWords.append(word);
+    ASSERT_TRUE(fltPutRecord(switchNode, record));
+    aviary.SetLodDistance(50);
+    for (int i = 0; i < 40; ++i)
+        EXPECT_EQ(children[static_cast<std::size_t>(i)]->IsHidden(), i != 0 && i != 2 && i != 39)
+            << i;
+
+    // The mask of children beyond its words, or none at all, touches nothing.
+    for (INode* const child : children) child->Hide(true);
+    record.currentMask = 2;
+    ASSERT_TRUE(fltPutRecord(switchNode, record));
+    aviary.SetLodDistance(50);
+    for (INode* const child : children) EXPECT_TRUE(child->IsHidden());
+}
+
+TEST_F(LodViewerTest, ADamagedLevelOfDetailCountsAsPlainStructure) {
+    addLod(nullptr, "good", 0, 10);
+    INode* const damaged = add(nullptr, "damaged", 73);
+    INode* const mesh = addMesh(damaged, "mesh");
+    mesh->Hide(true);
+    INode* const unordered = addLod(nullptr, "nan", std::nan(""), 4);
+    addMesh(unordered, "never");
+    LodViewer viewer(host);
+    viewer.Collect();
+    EXPECT_EQ(viewer.lodDistances(), (std::vector<double>{0, 4, 10}));
+    viewer.Apply(5);
+    EXPECT_TRUE(mesh->IsHidden());
+}
+
+TEST_F(LodViewerTest, SurvivesScenesDeeperThanTheStack) {
+    INode* node = addLod(nullptr, "l", 0, 10);
+    for (int i = 0; i < 50000; ++i) node = add(node, "n");
+    INode* const mesh = addMesh(node, "mesh");
+    addLod(nullptr, "other", 10, 20);
+    aviary.SetLodDistance(15);
+    EXPECT_TRUE(mesh->IsHidden());
+    aviary.SetLodDistance(5);
+    EXPECT_FALSE(mesh->IsHidden());
+}
+
+}  // namespace

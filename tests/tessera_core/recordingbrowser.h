@@ -1,0 +1,42 @@
+// A browser without windows: keeps the tree that its client fills and counts what it is asked for.
+#pragma once
+
+#include <tessera/browserexports.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+struct _TREEITEM {
+    _TREEITEM* parent = nullptr;
+    std::string text;
+    tessera::NodeHandle node = 0;
+    std::vector<std::unique_ptr<_TREEITEM>> children;
+};
+
+struct RecordingBrowser {
+    bool exists = false;
+    bool shown = false;
+    int sceneChanges = 0;
+    int refreshes = 0;
+    int resets = 0;
+    std::string title;
+    tessera::BrowserCallback callback = nullptr;
+    void* clientData = nullptr;
+    _TREEITEM top;
+    tessera::BrowserItem selected = nullptr;
+
+    /// Sends an event as the form would.
+    void send(tessera::BrowserEvent event, tessera::BrowserItem first = nullptr,
+              tessera::BrowserItem second = nullptr, std::uintptr_t argument = 0,
+              std::uintptr_t argument2 = 0) const;
+
+    /// The first item with that text, depth first; null for none.
+    tessera::BrowserItem find(const std::string& text) const;
+
+    /// The whole tree as "a(b,c(d))".
+    std::string outline() const;
+};
+
+RecordingBrowser& recordingBrowser();
