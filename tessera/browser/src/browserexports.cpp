@@ -8,7 +8,7 @@
 #include <framework/strings.h>
 #include <framework/text.h>
 #include <resources/resource.h>
-#include <tessera/browserlifetime.h>
+#include <tessera/browser.h>
 
 #include <memory>
 #include <new>

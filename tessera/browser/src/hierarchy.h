@@ -9,6 +9,7 @@
 #include <tessera/browserexports.h>
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -20,6 +21,9 @@ namespace tessera {
 /// is the item whose node is shown on the right; it need not be the tree's caret item.
 class Hierarchy : public CDialog {
 public:
+    Hierarchy();
+    ~Hierarchy() override;
+
     /// Creates the dialog, hidden. False when the platform refuses.
     bool create(HWND parent);
 
@@ -52,6 +56,8 @@ protected:
     bool PreTranslateMessage(MSG& message) override;
 
 private:
+    class CGridEx;
+
     // Setting up and laying out.
     void initialiseTree();
     void initialiseGrid();
@@ -85,6 +91,7 @@ private:
 
     // Notifications.
     bool notifyTree(NMHDR& header, LRESULT& result);
+    bool notifyGrid(NMHDR& header);
     bool giveToolTip(NMHDR& header);
     void selectionChanged(HTREEITEM old, HTREEITEM now);
     void spreadMarks(HTREEITEM old, HTREEITEM now);
@@ -99,9 +106,15 @@ private:
     void showComment(NodeHandle node);
     void storeComment();
     void reduceGrid();
+    void endEdit(int attribute, const std::string& entered);
+    bool storeValue(NodeHandle node, int attribute, const std::string& value);
+    bool storeInSelected(FltNodeKind kind, int attribute, const std::string& value);
+    void renewDependent(NodeHandle node);
+    void showAgain(HTREEITEM item);
     void focusTree();
     void editSwitch(bool on, HTREEITEM item);
 
+    std::unique_ptr<CGridEx> grid_;
     BrowserCallback callback_ = nullptr;
     void* clientData_ = nullptr;
     CTreeCtrlEx tree_;
