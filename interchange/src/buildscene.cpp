@@ -259,9 +259,8 @@ private:
             throw std::bad_alloc();
         }
         if (!fltPutRecord(&node, record)) {
-            throw FltFileError("The record at byte " + std::to_string(source.record) + " (" +
-                                   fltOpcodeName(source.kind) +
-                                   ") is too long to be kept on a node.",
+            throw FltFileError("damaged at byte offset " + std::to_string(source.record) +
+                                   ": a record too long to be kept on a node",
                                source.record);
         }
         if (source.kind == kFltLightSource) {

@@ -30,8 +30,13 @@ void tellAviary(const std::string& fileName) {
 void readInto(std::string_view path, ImpExpReport& report, Interface& host) {
     const std::string fileName(fileNameOf(path));
     const FltFileBytes file = FltFileBytes::load(std::string(path));
-    const Outline outline = readOutline(file.bytes());
-    buildScene(file.bytes(), outline, stemOf(fileName), report, host);
+    Outline outline;
+    try {
+        outline = readOutline(file.bytes());
+        buildScene(file.bytes(), outline, stemOf(fileName), report, host);
+    } catch (const FltFileError& error) {
+        throw FltFileError(fileName + ": " + error.what(), error.offset());
+    }
     report.Progress(1, "Building the scene");
     report.Summary(summaryOf(outline).c_str());
     tellAviary(fileName);

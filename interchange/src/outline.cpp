@@ -110,14 +110,6 @@ std::uint16_t closerOf(std::uint16_t push) {
     return static_cast<std::uint16_t>(push + 1);
 }
 
-std::string at(std::size_t offset) {
-    return " at byte " + std::to_string(offset);
-}
-
-std::string describe(std::uint16_t opcode) {
-    return std::string(fltOpcodeName(opcode)) + ", opcode " + std::to_string(opcode);
-}
-
 /// An open level.
 struct Level {
     std::uint16_t closer;   ///< opcode of the record that ends it
@@ -140,16 +132,17 @@ public:
                 role == Role::vertexList || (role == Role::continuation && continuesList_);
         }
         if (levels_.size() > 1) {
-            fail(end(), "The file ends" + at(end()) + " with " + openLevels() +
-                            " still open, the innermost since byte " +
-                            std::to_string(levels_.back().offset) + ". It was cut short.");
+            fail(end(), "the file ends with " + openLevels() + " still open, the innermost since " +
+                            std::to_string(levels_.back().offset));
         }
         return std::move(outline_);
     }
 
 private:
-    [[noreturn]] static void fail(std::size_t offset, const std::string& message) {
-        throw FltFileError(message, offset);
+    /// Refuses the file in the words of the file reader.
+    [[noreturn]] static void fail(std::size_t offset, const std::string& reason) {
+        throw FltFileError("damaged at byte offset " + std::to_string(offset) + ": " + reason,
+                           offset);
     }
 
     static Role roleOf(std::uint16_t opcode) {
@@ -165,24 +158,23 @@ private:
     std::size_t end() const { return std::size_t{offset_} + length_; }
 
     void readHeader() {
-        if (bytes_.empty()) fail(0, "The file is empty: it ends at byte 0.");
+        if (bytes_.empty()) fail(0, "the file is empty");
         if (bytes_.size() >= kNone) {
-            fail(kNone, "The file goes on past byte 4294967295, further than OpenFlight counts.");
+            fail(kNone, "the file goes on beyond what OpenFlight can count");
         }
         if (bytes_.size() < 2 || uint16At(bytes_, 0) != kFltHeader) {
-            fail(0, "This is not an OpenFlight file: there is no header record at byte 0.");
+            fail(0, "there is no header record, so this is not an OpenFlight file");
         }
         nextRecord();
         constexpr std::uint32_t kRevisionEnd = 16;
         if (length_ < kRevisionEnd) {
-            fail(0, "The header at byte 0 is " + std::to_string(length_) +
-                        " bytes long and ends before its format revision.");
+            fail(0, "the header ends before its format revision");
         }
         outline_.revision = uint32At(bytes_, 12);
         if (outline_.revision < kOldestRevision || outline_.revision > kNewestRevision) {
-            fail(12, "The format revision at byte 12 is " +
+            fail(12, "a format revision of " +
                          std::to_string(static_cast<std::int32_t>(outline_.revision)) +
-                         "; it must be 1400 (OpenFlight 14.0) or later.");
+                         ", where 1400 (OpenFlight 14.0) or a later one is needed");
         }
         addNode(kFltHeader, kNone);
         levels_.push_back({0, 0, 0, kNone, 0});
@@ -290,16 +282,15 @@ private:
         const auto words = static_cast<std::int32_t>(uint32At(bytes_, offset_ + 24));
         const std::int64_t room = (length_ - kWords) / 4;
         if (masks < 0 || words < 0 || std::int64_t{masks} * words > room) {
-            fail(offset_, "The switch" + at(offset_) + " claims " + std::to_string(masks) +
-                              " masks of " + std::to_string(words) + " words, but holds " +
-                              std::to_string(room) + " words.");
+            fail(offset_, "a switch of " + std::to_string(masks) + " masks of " +
+                              std::to_string(words) + " words, of which the record has " +
+                              std::to_string(room));
         }
     }
 
     void push() {
         if (levels_.size() > kDeepestLevel) {
-            fail(offset_, "The record" + at(offset_) + " (" + describe(opcode_) +
-                              ") nests deeper than " + std::to_string(kDeepestLevel) + " levels.");
+            fail(offset_, "levels nest deeper than " + std::to_string(kDeepestLevel));
         }
         const Level& outer = levels_.back();
         Level level{closerOf(opcode_), offset_, outer.parent, outer.current, outer.current};
@@ -313,14 +304,12 @@ private:
 
     void pop() {
         if (levels_.size() == 1) {
-            fail(offset_, "The record" + at(offset_) + " (" + describe(opcode_) +
-                              ") closes a level that was never opened.");
+            fail(offset_, std::string(fltOpcodeName(opcode_)) + " without a level to close");
         }
         const Level& level = levels_.back();
         if (opcode_ != level.closer) {
-            fail(offset_, "The record" + at(offset_) + " (" + describe(opcode_) +
-                              ") closes another sort of level than the record" + at(level.offset) +
-                              " opened.");
+            fail(offset_, std::string(fltOpcodeName(opcode_)) + " where the level opened at " +
+                              std::to_string(level.offset) + " is of another sort");
         }
         levels_.pop_back();
     }
@@ -395,9 +384,8 @@ private:
                 return static_cast<std::uint32_t>(vertex);
             }
         }
-        fail(offset_, "The vertex list" + at(offset_) + " names the vertex at offset " +
-                          std::to_string(paletteOffset) +
-                          " of the vertex palette, where there is none.");
+        fail(offset_, "a vertex list with the palette offset " + std::to_string(paletteOffset) +
+                          ", where there is no vertex");
     }
 
     FileBytes bytes_;

@@ -18,7 +18,8 @@ std::string treeOf(const Outline& outline, std::uint32_t index = 0) {
     std::string children;
     for (std::uint32_t i = 0; i < outline.nodes.size(); ++i) {
         if (outline.nodes[i].parent != index) continue;
-        children += (children.empty() ? "" : ",") + treeOf(outline, i);
+        if (!children.empty()) children += ',';
+        children += treeOf(outline, i);
     }
     const std::string kind = std::to_string(outline.nodes[index].kind);
     return children.empty() ? kind : kind + "(" + children + ")";
@@ -166,21 +167,24 @@ TEST(Outline, RefusesWhatMakesNoSense) {
         {"empty", cut(FltBytes(), 0), 0, "empty"},
         {"another sort of file", notFlt, 0, "not an OpenFlight file"},
         {"header cut short", cut(FltBytes(), 12), 0, "0"},
-        {"revision before the format", FltBytes("db", 1300), 12, "byte 12"},
+        {"revision before the format", FltBytes("db", 1300), 12,
+         "offset 12: a format revision of 1300"},
         {"revision that is no revision", FltBytes("db", 0x80000000), 12, "-2147483648"},
         {"cut in a record", cut(FltBytes().group("a"), kEnd + 20), kEnd, "328"},
         {"cut in a record's first bytes", cut(FltBytes().group("a"), kEnd + 3), kEnd, "328"},
         {"cut between two records", cut(FltBytes().push().group("a").pop(), kEnd + 36), kEnd + 36,
-         "byte 364 with one level still open, the innermost since byte 328"},
+         "one level still open, the innermost since 328"},
         {"record shorter than its own head", shortLength, kEnd, "328"},
-        {"pop without push", FltBytes().group("a").pop(), kEnd + 32, "never opened"},
-        {"pop of another sort", FltBytes().push().record(20), kEnd + 4, "byte 328"},
-        {"vertex list without a palette", FltBytes().polygon("f", {0}), kEnd + 84, "offset 8"},
+        {"pop without push", FltBytes().group("a").pop(), kEnd + 32,
+         "FLT_POP_LEVEL without a level"},
+        {"pop of another sort", FltBytes().push().record(20), kEnd + 4, "opened at 328"},
+        {"vertex list without a palette", FltBytes().polygon("f", {0}), kEnd + 84,
+         "palette offset 8,"},
         {"vertex beyond the palette", FltBytes().palette(kSquare).polygon("f", {0, 4}), kList,
-         "offset 168"},
+         "palette offset 168,"},
         {"vertex list into a record's middle",
          FltBytes().palette(kSquare).face("f").push().record(72, Bytes().u32(12)), kList,
-         "offset 12"},
+         "palette offset 12,"},
         {"switch with more masks than words", switchOf(2, 1), kEnd, "2 masks"},
         {"switch with masks beyond counting", switchOf(0x7FFFFFFF, 0x7FFFFFFF), kEnd, "2147483647"},
         {"switch with masks below nothing", switchOf(0xFFFFFFFF, 0xFFFFFFFF), kEnd, "-1"},

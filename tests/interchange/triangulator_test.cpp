@@ -11,9 +11,9 @@ using interchange::Triangulator;
 
 namespace {
 
-using Polygon = std::vector<Point3>;
+using Corners = std::vector<Point3>;
 
-Point3 areaOf(const Polygon& polygon) {
+Point3 areaOf(const Corners& polygon) {
     Point3 area;
     for (std::size_t i = 2; i < polygon.size(); ++i) {
         area = area + CrossProd(polygon[i - 1] - polygon[0], polygon[i] - polygon[0]);
@@ -28,7 +28,7 @@ struct Cut {
     double absoluteArea = 0;  ///< the same without signs; 1 when nothing overlaps either
 };
 
-Cut cutOf(const Polygon& polygon) {
+Cut cutOf(const Corners& polygon) {
     Triangulator triangulator;
     Cut cut;
     const Point3 whole = areaOf(polygon);
@@ -45,8 +45,8 @@ Cut cutOf(const Polygon& polygon) {
 }
 
 /// A comb with its teeth upwards, concave between any two of them.
-Polygon comb(int teeth) {
-    Polygon polygon = {{0, -1, 0}, {2.0 * teeth, -1, 0}};
+Corners comb(int teeth) {
+    Corners polygon = {{0, -1, 0}, {2.0 * teeth, -1, 0}};
     for (int i = teeth; i-- > 0;) {
         polygon.push_back({2.0 * i + 2, 0, 0});
         polygon.push_back({2.0 * i + 1, 10, 0});
@@ -58,18 +58,18 @@ Polygon comb(int teeth) {
 }  // namespace
 
 TEST(Triangulator, CoversPolygonsExactly) {
-    const Polygon ell = {{0, 0, 0}, {2, 0, 0}, {2, 1, 0}, {1, 1, 0}, {1, 2, 0}, {0, 2, 0}};
-    Polygon tilted, mirrored, farAway;
+    const Corners ell = {{0, 0, 0}, {2, 0, 0}, {2, 1, 0}, {1, 1, 0}, {1, 2, 0}, {0, 2, 0}};
+    Corners tilted, mirrored, farAway;
     for (const Point3& p : ell) {
         tilted.push_back({p.x, p.y * 0.6, p.y * 0.8 + p.x});
         mirrored.push_back({p.y, p.x, 5});
         farAway.push_back({p.x + 4e6, p.y - 3e6, 2e6});
     }
-    const Polygon withHole = {{0, 0, 0}, {6, 0, 0}, {6, 6, 0}, {0, 6, 0}, {0, 0, 0},
+    const Corners withHole = {{0, 0, 0}, {6, 0, 0}, {6, 6, 0}, {0, 6, 0}, {0, 0, 0},
                               {2, 2, 0}, {2, 4, 0}, {4, 4, 0}, {4, 2, 0}, {2, 2, 0}};
     const struct {
         const char* name;
-        Polygon polygon;
+        Corners polygon;
         std::size_t triangles;
         std::size_t edges;
     } cases[] = {
@@ -103,11 +103,11 @@ TEST(Triangulator, CoversPolygonsExactly) {
 TEST(Triangulator, GivesNothingForPolygonsWithoutArea) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double infinity = std::numeric_limits<double>::infinity();
-    for (const Polygon& polygon : {Polygon{}, Polygon{{0, 0, 0}, {1, 0, 0}},
-                                   Polygon{{1, 1, 1}, {1, 1, 1}, {1, 1, 1}, {1, 1, 1}},
-                                   Polygon{{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {3, 3, 3}},
-                                   Polygon{{0, 0, 0}, {1, 0, 0}, {nan, 1, 0}},
-                                   Polygon{{0, 0, 0}, {infinity, 0, 0}, {1, 1, 0}}}) {
+    for (const Corners& polygon : {Corners{}, Corners{{0, 0, 0}, {1, 0, 0}},
+                                   Corners{{1, 1, 1}, {1, 1, 1}, {1, 1, 1}, {1, 1, 1}},
+                                   Corners{{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {3, 3, 3}},
+                                   Corners{{0, 0, 0}, {1, 0, 0}, {nan, 1, 0}},
+                                   Corners{{0, 0, 0}, {infinity, 0, 0}, {1, 1, 0}}}) {
         EXPECT_EQ(cutOf(polygon).triangles, 0U);
     }
 }
@@ -115,15 +115,15 @@ TEST(Triangulator, GivesNothingForPolygonsWithoutArea) {
 TEST(Triangulator, EndsWithEveryPolygon) {
     unsigned state = 1;
     const auto random = [&] { return double(state = state * 1103515245U + 12345U) * 1e-6; };
-    const Polygon bowTie = {{0, 0, 0}, {1, 1, 0}, {1, 0, 0}, {0, 1, 0}};
-    Polygon star, wild, huge;
+    const Corners bowTie = {{0, 0, 0}, {1, 1, 0}, {1, 0, 0}, {0, 1, 0}};
+    Corners star, wild, huge;
     for (int i = 0; i < 5; ++i) {
         const double angle = std::numbers::pi * 2 * (i * 2 % 5) / 5;
         star.push_back({std::cos(angle), std::sin(angle), 0});
     }
     for (int i = 0; i < 16'000; ++i) wild.push_back({random(), random(), random()});
     for (int i = 0; i < 8; ++i) huge.push_back({random() * 1e300, random() * 1e300, -1e308});
-    for (const Polygon& polygon : {star, bowTie, wild, huge}) {
+    for (const Corners& polygon : {star, bowTie, wild, huge}) {
         Triangulator triangulator;
         const auto triangles = triangulator.cut(polygon);
         EXPECT_LE(triangles.size(), polygon.size() - 2);

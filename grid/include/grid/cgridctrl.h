@@ -293,8 +293,6 @@ private:
 
     Tracking tracking_ = Tracking::none;
     POINT pressPoint_{};
-    grid::CellId pressedCell_;
-    bool moved_ = false;
     bool editOnRelease_ = false;
     int resizedColumn_ = -1;
     int resizedWidth_ = 0;

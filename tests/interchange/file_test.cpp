@@ -1,0 +1,94 @@
+// Files on disk, through the plug-in's exports, with Aviary listening.
+#include "../tessera_core/recordingbrowser.h"
+#include "fltbytes.h"
+#include "importscene.h"
+
+#include <airport.h>
+#include <tessera/aviaryutil.h>
+
+#include <filesystem>
+#include <fstream>
+
+KILN_PLUGIN_EXPORT const char* LibDescription();
+KILN_PLUGIN_EXPORT int LibNumberClasses();
+KILN_PLUGIN_EXPORT ClassDesc* LibClassDesc(int index);
+KILN_PLUGIN_EXPORT DWORD LibVersion();
+
+namespace {
+
+std::string utf8(const std::filesystem::path& path) {
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
+class FileTest : public ImportScene {
+protected:
+    FileTest() {
+        std::filesystem::create_directories(folder);
+        static const kiln::Status registered = kiln::registerModule(
+            "FltInterchange", {&LibDescription, &LibNumberClasses, &LibClassDesc, &LibVersion});
+        EXPECT_TRUE(registered.ok()) << registered.message();
+        tessera::aviaryUtil().SetLastImport("");
+    }
+    ~FileTest() override { std::filesystem::remove_all(folder); }
+
+    std::string write(const char8_t* name, std::span<const std::uint8_t> bytes) const {
+        std::ofstream file(folder / name, std::ios::binary);
+        file.write(reinterpret_cast<const char*>(bytes.data()),
+                   static_cast<std::streamsize>(bytes.size()));
+        return utf8(folder / name);
+    }
+
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / "interchange_file_test";
+};
+
+}  // namespace
+
+TEST_F(FileTest, ImportsThroughThePlugIn) {
+    const std::string path = write(u8"机场 one.flt", FltBytes("").group("a").group("b"));
+    const kiln::ImportResult result = core.importFile(path);
+    EXPECT_TRUE(result.ok());
+    EXPECT_EQ(result.message, "imported 3 nodes (2 groups, 1 header)");
+    EXPECT_EQ(tree(), "机场 one(a,b)");
+    EXPECT_STREQ(tessera::aviaryUtil().GetLastImport(), "机场 one.flt");
+    EXPECT_EQ(recordingBrowser().title, "机场 one.flt");
+}
+
+TEST_F(FileTest, RefusesInOneSentence) {
+    FltBytes cut = FltBytes().group("a");
+    cut.vector().resize(340);
+    const kiln::ImportResult result = core.importFile(write(u8"cut.flt", cut));
+    EXPECT_EQ(result.code, IMPEXP_FAIL);
+    EXPECT_EQ(
+        result.message,
+        "cut.flt: damaged at byte offset 328: a record of 32 bytes, of which the file has 12");
+    EXPECT_EQ(tree(), "");
+    EXPECT_STREQ(tessera::aviaryUtil().GetLastImport(), "");
+
+    const kiln::ImportResult missing = core.importFile(utf8(folder / "missing.flt"));
+    EXPECT_EQ(missing.code, IMPEXP_FAIL);
+    EXPECT_NE(missing.message.find("missing.flt"), std::string::npos) << missing.message;
+}
+
+TEST_F(FileTest, ImportsTheSampleWhole) {
+    const std::string path = utf8(folder / "airport.flt");
+    ASSERT_TRUE(samples::writeScene(samples::makeAirport(), path));
+    const kiln::ImportResult result = core.importFile(path);
+    EXPECT_EQ(result.message,
+              "imported 608 nodes (8 groups, 2 levels of detail, 1 switch, 1 degree of freedom, "
+              "40 objects, 1 binary separating plane, 1 clip region, 1 external reference, "
+              "1 instance definition, 3 instance references, 4 light points, 2 light sources, "
+              "542 faces, 1 header)");
+    EXPECT_EQ(host.GetNodeCount(), 608);
+    int empty = 0;
+    std::vector<INode*> open = {host.GetRootNode()};
+    while (!open.empty()) {
+        INode* node = open.back();
+        open.pop_back();
+        for (int i = 0; i < node->NumberOfChildren(); ++i) open.push_back(node->GetChildNode(i));
+        const auto* object = dynamic_cast<TriObject*>(node->GetObjectRef());
+        if (object != nullptr && object->GetMesh().verts.IsEmpty()) ++empty;
+    }
+    EXPECT_EQ(empty, 0) << "every polygon of the sample has an area";
+}
