@@ -9,6 +9,10 @@ if(WIN32)
     target_compile_definitions(tessera_settings INTERFACE
         UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0601 STRICT)
 endif()
+if(WIN32)
+    # A program finds the libraries that it is linked with beside it.
+    set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+endif()
 if(TESSERA_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
     add_link_options(-fsanitize=address,undefined)

@@ -64,7 +64,7 @@ INode* Core::Impl::CreateObjectNode(Object* object, const char* name) try {
 }
 
 void Core::Impl::DeleteNode(INode* node) {
-    scene->deleteNode(own(node));
+    scene->deleteNode(node);
 }
 
 bool Core::Impl::IsNodeInScene(const INode* node) const {

@@ -49,8 +49,9 @@ Node* Scene::createNode(Object* object, std::string name, Node* parent) {
     return made;
 }
 
-void Scene::deleteNode(Node* node) {
-    if (!node || node == root_ || deleting_ || !contains(node)) return;
+void Scene::deleteNode(INode* which) {
+    if (!which || which == root_ || deleting_ || !contains(which)) return;
+    auto* const node = static_cast<Node*>(which);
     const std::vector<Node*> doomed = subtreeOf(node);
     deleting_ = true;
     for (Node* const one : doomed) one->setDying();

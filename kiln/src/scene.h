@@ -41,7 +41,8 @@ public:
 
     /// Makes a node below `parent` and takes a reference to `object` (may be null). Silent.
     Node* createNode(Object* object, std::string name, Node* parent);
-    void deleteNode(Node* node);
+    /// Does nothing for the root and for what is not, or no longer, a node of the scene.
+    void deleteNode(INode* which);
     void renameNode(Node* node, std::string& name, std::string newName);
     bool contains(const INode* node) const noexcept { return live_.contains(node); }
     Node* byHandle(DWORD handle) const noexcept;

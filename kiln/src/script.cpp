@@ -114,8 +114,9 @@ private:
     }
 
     Status wrongCount(std::size_t count) const {
-        const std::string most = params_.empty() ? "none" : std::to_string(params_.size());
-        return failure("takes " + most + " arguments, not " + std::to_string(count));
+        const std::string most = params_.empty() ? "no" : std::to_string(params_.size());
+        return failure("takes " + most + (params_.size() == 1 ? " argument" : " arguments") +
+                       ", not " + std::to_string(count));
     }
 
     std::size_t indexOf(const std::string& keyword) const {

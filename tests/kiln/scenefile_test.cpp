@@ -1,0 +1,213 @@
+#include "fixture.h"
+
+#include <cmath>
+#include <fstream>
+#include <limits>
+#include <sstream>
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+std::string readAll(const std::string& path) {
+    std::ifstream file(std::filesystem::path(std::u8string(path.begin(), path.end())),
+                       std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+struct KeptAttribute final : CustAttrib {
+    Class_ID ClassID() const override { return {0x6A3C1F07, 0x2E9D0005}; }
+    std::vector<BYTE> SaveState() const override { return {1, 2, 0, 255}; }
+};
+
+class SceneFileTest : public HostTest {
+protected:
+    // One of everything, with the numbers that are hard to write down.
+    void fillScene() {
+        INode* const head = addNode("Kopf \xE6\xB0\xB4 \"\\\n");
+        head->SetGroupHead(true);
+        head->SetWireColor(0x123456);
+        head->SetLocalTM(0, Matrix3({0.1, 1.0 / 3, -0.0}, {5e-324, 1.7976931348623157e308, 2},
+                                    {std::numeric_limits<double>::infinity(), 0, 1},
+                                    {std::nan("7"), 1e-7, 123456789.123456789}));
+        std::string bytes;
+        for (int i = 0; i < 256; ++i) bytes += static_cast<char>(i);
+        head->AddAppDataChunk({0x6A3C1F07, 0x2E9D0001}, 0xA10, 1, 256, hostBlock(bytes));
+        head->AddAppDataChunk({0x6A3C1F07, 0x2E9D0001}, 0xA10, 2, 0, nullptr);
+        head->AddAppDataChunk({0xFFFFFFFF, 0}, 0, 0xFFFFFFFF, 1, hostBlock("x"));
+
+        auto* const tri = new TriObject;
+        Mesh& mesh = tri->GetMesh();
+        for (const Point3& point : {Point3{0.1, 0.2, 0.3}, Point3{1, 0, 0}, Point3{0, 1, 0}}) {
+            mesh.verts.Append(point);
+            mesh.normals.Append(Point3{0, 0, 1});
+            mesh.tVerts.Append(point);
+            mesh.colors.Append(COLORREF{0x80FF00});
+        }
+        mesh.faces.Append(Face{{0, 1, 2}, EDGE_A | EDGE_C, 5});
+        mesh.tvFaces.Append(TVFace{{2, 1, 0}});
+        INode* const first = host.CreateObjectNode(tri, "mesh");
+        INode* const second = host.CreateObjectNode(tri, "instance");
+        for (INode* const member : {first, second}) {
+            head->AttachChild(member, false);
+            member->SetGroupMember(true);
+        }
+        first->Hide(true);
+
+        auto* const map = new BitmapTex;
+        map->SetName("wall");
+        map->SetMapName("C:\\maps\\wall.rgb");
+        map->AllocCustAttribContainer()->AppendCustAttrib(new KeptAttribute);
+        second->SetTexmap(map);  // in use, but not in the scene's list
+        auto* const listed = new BitmapTex;
+        listed->SetName("listed");
+        host.AddTexmap(listed);
+
+        host.CreateObjectNode(new BoxObject(1, 2, 3.5), "box");
+        auto* const light = new GenLight(FSPOT_LIGHT_CLASS_ID);
+        light->SetIntensity(0.7);
+        light->SetUseLight(false);
+        host.CreateObjectNode(light, "light");
+        auto* const line = new SplineShape;
+        line->GetPoints().Append(Point3{1, 2, 3});
+        line->SetClosed(true);
+        host.CreateObjectNode(line, "line");
+        host.CreateObjectNode(nullptr, "");
+        root->AddAppDataChunk({1, 1}, 1, 1, 2, hostBlock("ok"));
+        host.SelectNode(second);
+        host.SelectNode(head, false);
+    }
+};
+
+TEST_F(SceneFileTest, ReadsBackBitForBit) {
+    fillScene();
+    TemporaryFolder folder;
+    const std::string path = folder.file(u8"Szene \u6C34.kiln");
+    const Matrix3 transform = root->GetChildNode(0)->GetLocalTM(0);
+    const Mesh mesh =
+        static_cast<TriObject*>(host.GetINodeByName("mesh")->GetObjectRef())->GetMesh();
+    ASSERT_TRUE(core.saveScene(path));
+    EXPECT_EQ(folder.fileCount(), 1u) << "the temporary file is gone";
+    EXPECT_FALSE(core.isModified());
+    core.newScene();
+    const kiln::Status status = core.loadScene(path);
+    ASSERT_TRUE(status) << status.message();
+    EXPECT_FALSE(core.isModified());
+
+    root = host.GetRootNode();
+    EXPECT_EQ(bytesOf(root->GetAppDataChunk({1, 1}, 1, 1)), "ok");
+    INode* const head = root->GetChildNode(0);
+    EXPECT_STREQ(head->GetName(), "Kopf \xE6\xB0\xB4 \"\\\n");
+    const Matrix3 read = head->GetLocalTM(0);
+    EXPECT_EQ(std::memcmp(&read, &transform, sizeof read), 0);
+    EXPECT_THAT(childNames(head), ElementsAre("mesh", "instance"));
+    INode* const first = head->GetChildNode(0);
+    INode* const second = head->GetChildNode(1);
+    EXPECT_EQ(first->GetObjectRef(), second->GetObjectRef());
+    EXPECT_EQ(static_cast<TriObject*>(first->GetObjectRef())->GetMesh(), mesh);
+    EXPECT_TRUE(first->IsHidden() && !second->IsHidden());
+    EXPECT_TRUE(head->IsGroupHead() && second->IsGroupMember() && !head->IsGroupMember());
+    EXPECT_EQ(head->GetWireColor(), 0x123456u);
+
+    // A class whose plug-in is not there: identity and state stay.
+    ASSERT_NE(second->GetTexmap(), nullptr);
+    const CustAttrib* const kept = second->GetTexmap()->GetCustAttribContainer()->GetCustAttrib(0);
+    EXPECT_EQ(kept->ClassID(), Class_ID(0x6A3C1F07, 0x2E9D0005));
+    EXPECT_EQ(kept->SaveState(), (std::vector<BYTE>{1, 2, 0, 255}));
+    EXPECT_EQ(host.GetTexmapCount(), 1);
+    EXPECT_EQ(host.GetSelNode(0), second);
+    EXPECT_EQ(host.GetSelNode(1), head);
+
+    // Everything else: the file written again is the same to the byte.
+    EXPECT_EQ(core.sceneText(), readAll(path));
+}
+
+TEST_F(SceneFileTest, SavingReplacesTheOldFileOrLeavesIt) {
+    addNode("one");
+    TemporaryFolder folder;
+    const std::string path = folder.file(u8"scene.kiln");
+    ASSERT_TRUE(core.saveScene(path));
+    const std::string before = readAll(path);
+    addNode("two");
+    ASSERT_TRUE(core.saveScene(path));
+    EXPECT_NE(readAll(path), before);
+
+    const std::string nowhere = folder.file(u8"none/scene.kiln");
+    EXPECT_THAT(core.saveScene(nowhere).message(), StartsWith(nowhere + ": cannot be written: "));
+    // A folder of that name cannot be replaced by a file.
+    std::filesystem::create_directories(folder.path() / "folder.kiln" / "full");
+    core.setModified(true);
+    EXPECT_FALSE(core.saveScene(folder.file(u8"folder.kiln")));
+    EXPECT_TRUE(core.isModified());
+    EXPECT_EQ(folder.fileCount(), 2u) << "no temporary file stays";
+    EXPECT_THAT(core.loadScene(nowhere).message(), StartsWith(nowhere + ": cannot be opened: "));
+}
+
+struct DamageCase {
+    std::string find;     // replaced at its first place ...
+    std::string replace;  // ... by this
+    std::string message;  // how the complaint goes on after the path
+};
+
+TEST_F(SceneFileTest, RefusesDamageAndSaysWhere) {
+    fillScene();
+    const std::string good = core.sceneText();
+    ASSERT_TRUE(core.loadSceneText(good, "good"));
+    const DamageCase cases[] = {
+        {"\"kiln scene\"", "\"other\"", "is damaged at format: is not that of a scene file"},
+        {"\"version\": 1", "\"version\": 2", "is damaged at version: 2 is not known"},
+        {"\"version\": 1,", "", "is damaged at the file: \"version\" is missing"},
+        {"\"version\": 1", "\"version\": -1", "is damaged at version: must be a whole number"},
+        {"AAECAwQF", "AAEC*wQF", "is damaged at nodes[0].chunks[0].data: is not base64"},
+        {"\"length\":256", "\"length\":255",
+         "is damaged at nodes[0].chunks[0].data: does not have"},
+        {"\"sub\":2", "\"sub\":1", "is damaged at nodes[0].chunks[1]: is there twice"},
+        {"\"parent\":0", "\"parent\":1", "is damaged at nodes[1].parent: 1 is out of range"},
+        {"\"object\":0", "\"object\":99", "is damaged at nodes[0].object: 99 is out of range"},
+        {"\"wire\":1193046", "\"wire\":4294967296", "is damaged at nodes[0].wire: "},
+        {"\"faces\":[0,1,2", "\"faces\":[0,1,3", "is damaged at objects[1].mesh: indices"},
+        {"\"faces\":[0,1,2", "\"faces\":[0,1", "is damaged at objects[1].mesh.faces: must have"},
+        {"\"transform\":[0.1,", "\"transform\":[",
+         "is damaged at nodes[0].transform: must have 12"},
+        {"0x7ff0000000000000", "0x7ff00000000000zz",
+         "is damaged at nodes[0].transform[6]: must be"},
+        {"\"super\":16,", "\"super\":17,", "is damaged at objects[1].super: is not that of"},
+        {"\"name\":\"mesh\"", "\"name\":3", "is damaged at nodes[1].name: must be a text"},
+        {"\"hidden\":true", "\"hidden\":1", "is damaged at nodes[1].hidden: must be true or false"},
+        {"\"selection\": [2", "\"selection\": [90", "is damaged at selection[0]: 90 is out of"},
+        {"\"nodes\": [\n", "\"nodes\": [\n]", "is damaged: parse error at line "},
+    };
+    for (const DamageCase& one : cases) {
+        std::string bad = good;
+        const std::size_t at = bad.find(one.find);
+        ASSERT_NE(at, std::string::npos) << one.find;
+        bad.replace(at, one.find.size(), one.replace);
+        const kiln::Status status = core.loadSceneText(bad, "a.kiln");
+        EXPECT_THAT(status.message(), StartsWith("a.kiln: " + one.message)) << one.find;
+    }
+    EXPECT_EQ(core.sceneText(), good) << "the scene stays as it was";
+}
+
+// Every file cut short and every file with one changed byte loads or is refused, nothing else.
+TEST_F(SceneFileTest, SurvivesAnyDamage) {
+    fillScene();
+    const std::string good = core.sceneText();
+    for (std::size_t length = 0; length + 2 < good.size(); length += 7)
+        ASSERT_FALSE(core.loadSceneText(good.substr(0, length), "cut.kiln"));
+    unsigned seed = 7;
+    for (std::size_t at = 0; at < good.size(); ++at) {
+        seed = seed * 1664525u + 1013904223u;
+        std::string bad = good;
+        bad[at] = static_cast<char>(seed >> 24);
+        if (core.loadSceneText(bad, "bad.kiln")) {
+            ASSERT_TRUE(core.loadSceneText(core.sceneText(), "again.kiln"));
+        }
+    }
+    EXPECT_FALSE(core.loadSceneText(std::string(1000000, '['), "deep.kiln"));
+}
+
+}  // namespace
