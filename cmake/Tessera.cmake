@@ -55,6 +55,10 @@ function(tessera_test name)
     add_executable(${name} ${ARG_SOURCES})
     target_link_libraries(${name} PRIVATE tessera_settings ${ARG_USES} GTest::gmock GTest::gtest_main)
     if(WIN32)
+        # The host's core is a DLL, which a program finds beside itself.
+        add_custom_command(TARGET ${name} POST_BUILD COMMAND ${CMAKE_COMMAND} -E
+            $<IF:$<BOOL:$<TARGET_RUNTIME_DLLS:${name}>>,copy_if_different$<SEMICOLON>$<TARGET_RUNTIME_DLLS:${name}>$<SEMICOLON>$<TARGET_FILE_DIR:${name}>,true>
+            COMMAND_EXPAND_LISTS VERBATIM)
         add_test(NAME ${name} COMMAND ${name})
         set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT})
     else()

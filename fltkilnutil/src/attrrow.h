@@ -96,14 +96,14 @@ struct AttrRow {
                       FltAttrType rowType, FltAttrWidth rowWidth, const char* rowDefault,
                       std::uint32_t rowMask = 0, std::span<const EnumRow> rowChoices = {},
                       bool isControlling = false)
-        : caption(captionId),
-          key(rowKey),
+        : key(rowKey),
+          declaredDefault(rowDefault),
+          choices(rowChoices),
           field(rowField),
           type(rowType),
           width(rowWidth),
-          declaredDefault(rowDefault),
           mask(rowMask),
-          choices(rowChoices),
+          caption(captionId),
           controlling(isControlling) {
         const bool wantsReal = width == FltAttrWidth::Float32 || width == FltAttrWidth::Float64;
         if (widthSize(width) != 0 && widthSize(width) != field.field.size)
@@ -111,14 +111,14 @@ struct AttrRow {
         if (wantsReal != field.real) throw "a real field needs a real width";
     }
 
-    std::uint16_t caption;
     const char* key;  ///< empty: not addressable by scripts
+    const char* declaredDefault;
+    std::span<const EnumRow> choices;
     FieldRef field;
     FltAttrType type;
     FltAttrWidth width;
-    const char* declaredDefault;
     std::uint32_t mask;
-    std::span<const EnumRow> choices;
+    std::uint16_t caption;
     bool controlling;
 };
 

@@ -11,7 +11,8 @@
 
 namespace {
 
-constexpr int kFrame = 4;
+// A picture that comes this close to the edges is the button's whole face, frame and all.
+constexpr int kFrame = 3;
 constexpr std::uint32_t kSeeThrough = 0xFF00FF;
 constexpr BYTE kDisabledOpacity = 90;
 
@@ -161,15 +162,21 @@ void CBitmapButton::DrawItem(const DRAWITEMSTRUCT& item) {
     const HDC dc = buffer.get() ? buffer.get() : item.hDC;
     if (buffer.get()) ::SetWindowOrgEx(dc, area.left, area.top, nullptr);
 
-    drawFrame(Handle(), dc, area, item.itemState, hot_, default_);
     const HBITMAP own = PictureFor(item.itemState);
     const HBITMAP picture = own ? own : up_.get();
-    const SIZE size = sizeOf(picture);
-    RECT place = centred(area, {Scaled(size.cx), Scaled(size.cy)});
-    if (item.itemState & ODS_SELECTED) ::OffsetRect(&place, 1, 1);
+    const SIZE size{Scaled(sizeOf(picture).cx), Scaled(sizeOf(picture).cy)};
+    const bool wholeFace =
+        size.cx >= widthOf(area) - 2 * kFrame && size.cy >= heightOf(area) - 2 * kFrame;
+    RECT place = area;
+    ::FillRect(dc, &area, ::GetSysColorBrush(COLOR_BTNFACE));
+    if (!wholeFace) {
+        drawFrame(Handle(), dc, area, item.itemState, hot_, default_);
+        place = centred(area, size);
+    }
+    if ((item.itemState & ODS_SELECTED) && !own) ::OffsetRect(&place, 1, 1);
     const bool greyed = (item.itemState & ODS_DISABLED) && !own;
     drawPicture(dc, place, picture, greyed ? kDisabledOpacity : 255);
-    if (item.itemState & ODS_FOCUS) {
+    if ((item.itemState & ODS_FOCUS) && picture != focus_.get()) {
         RECT focus = area;
         ::InflateRect(&focus, -Scaled(3), -Scaled(3));
         ::SetTextColor(dc, RGB(0, 0, 0));

@@ -22,6 +22,8 @@ void CGridCtrl::OnLButtonDown(UINT keys, POINT at) {
     SetFocus();
     StopTracking();
     pressPoint_ = at;
+    pressedCell_ = {};
+    moved_ = false;
     if (const int column = DividerAt(at); column >= 0) {
         tracking_ = Tracking::resizing;
         resizedColumn_ = column;
@@ -64,6 +66,7 @@ void CGridCtrl::PressHeading(CellId cell) {
 }
 
 void CGridCtrl::PressCell(CellId cell, UINT keys) {
+    pressedCell_ = cell;
     const bool inSelection = selection_.Contains(cell) && !(keys & MK_SHIFT);
     if (dragAndDrop_ && inSelection) {
         // Whether this is a click or the start of a drag shows later.
@@ -78,7 +81,11 @@ void CGridCtrl::PressCell(CellId cell, UINT keys) {
 
 void CGridCtrl::OnMouseMove(UINT keys, POINT at) {
     if (tracking_ != Tracking::none && !(keys & MK_LBUTTON)) StopTracking();
-    TrackTo(at);
+    // A hand trembles: a click is not a drag. What counts is the way of the mouse, since a press on
+    // a row that is partly shown scrolls the cells under it.
+    moved_ = moved_ || std::abs(at.x - pressPoint_.x) >= 2 * ::GetSystemMetrics(SM_CXDRAG) ||
+             std::abs(at.y - pressPoint_.y) >= 2 * ::GetSystemMetrics(SM_CYDRAG);
+    if (moved_ || tracking_ == Tracking::resizing) TrackTo(at);
 }
 
 void CGridCtrl::TrackTo(POINT at) {
@@ -89,9 +96,6 @@ void CGridCtrl::TrackTo(POINT at) {
             ResizeColumn(resizedColumn_, resizedWidth_ + static_cast<int>(at.x - pressPoint_.x));
             return;
         case Tracking::pressed:
-            if (std::abs(at.x - pressPoint_.x) < ::GetSystemMetrics(SM_CXDRAG) * 2 &&
-                std::abs(at.y - pressPoint_.y) < ::GetSystemMetrics(SM_CYDRAG) * 2)
-                return;
             tracking_ = Tracking::dragging;
             [[fallthrough]];
         case Tracking::dragging: {
@@ -110,7 +114,6 @@ void CGridCtrl::TrackTo(POINT at) {
         std::clamp<LONG>(at.y, FixedHeight(), std::max<LONG>(client.bottom - 1, FixedHeight()))};
     const CellId cell = CellAt(inside);
     if (!cell.IsValid() || cell == focus_) return;
-    editOnRelease_ = false;
     MoveFocus(cell, true);
 }
 
@@ -131,23 +134,19 @@ void CGridCtrl::OnTimer(UINT_PTR id) {
     TrackTo(at);
 }
 
-void CGridCtrl::OnLButtonUp(UINT, POINT at) {
+void CGridCtrl::OnLButtonUp(UINT, POINT) {
     const Tracking tracked = tracking_;
-    const CellId target = tracked == Tracking::dragging ? dropCell_ : CellId{};
-    const bool edit = editOnRelease_;
-    const CellId cell = CellAt(at);
-    const bool possible = !DropRange().IsEmpty();
+    const bool edit = editOnRelease_ && !moved_;
+    const CellId cell = pressedCell_;
+    const CellId target = DropRange().first;
     StopTracking();
     if (tracked == Tracking::dragging) {
-        if (target.IsValid() && possible) DropAt(target);
-    } else if (tracked == Tracking::pressed || tracked == Tracking::selecting) {
-        if (edit && cell.IsValid() && (cell == focus_ || selection_.Contains(cell))) {
-            MoveFocus(cell, false);
-            BeginEdit(cell);
-        } else if (tracked == Tracking::pressed && cell.IsValid()) {
-            MoveFocus(cell, false);
-        }
+        if (target.IsValid()) DropAt(target);
+        return;
     }
+    // A press within the selection might have become a drag; it was a click.
+    if (tracked == Tracking::pressed) MoveFocus(cell, false);
+    if (edit) BeginEdit(cell);
 }
 
 void CGridCtrl::StopTracking() {

@@ -19,6 +19,13 @@ void fill(HDC dc, const RECT& area, COLORREF colour) {
     ::ExtTextOutW(dc, 0, 0, ETO_OPAQUE, &area, nullptr, 0, nullptr);
 }
 
+// A colour on the way from one to another that is still easy to read on the latter.
+COLORREF between(COLORREF from, COLORREF to) {
+    const auto part = [](BYTE a, BYTE b) { return static_cast<BYTE>((3 * a + 2 * b) / 5); };
+    return RGB(part(GetRValue(from), GetRValue(to)), part(GetGValue(from), GetGValue(to)),
+               part(GetBValue(from), GetBValue(to)));
+}
+
 // The lower and right edge of a cell, within it.
 void drawEdges(HDC dc, const RECT& area, COLORREF colour) {
     fill(dc, {area.left, area.bottom - 1, area.right, area.bottom}, colour);
@@ -91,10 +98,11 @@ void CGridCtrl::PaintCell(HDC dc, CellId id, const RECT& area) const {
     const bool fixed = IsFixed(id);
     const bool selected = selection_.Contains(id);
     const bool active = selected && focused_;
-    const bool greyed = !IsEnabled() || (editable_ && !fixed && !CanEdit(id));
+    const bool readOnly = editable_ && !fixed && !CanEdit(id);
 
     COLORREF back = background_;
-    COLORREF textColour = ::GetSysColor(greyed ? COLOR_GRAYTEXT : COLOR_WINDOWTEXT);
+    COLORREF textColour = ::GetSysColor(IsEnabled() ? COLOR_WINDOWTEXT : COLOR_GRAYTEXT);
+    if (readOnly && IsEnabled()) textColour = between(textColour, background_);
     if (fixed || selected) back = ::GetSysColor(COLOR_BTNFACE);
     if (active) {
         back = ::GetSysColor(COLOR_HIGHLIGHT);

@@ -38,7 +38,7 @@ protected:
         form.Show();
         ASSERT_TRUE(testinput::activate(form.Handle()));
         ::SetFocus(form.Item(IDC_NAME));
-        testinput::moveTo(form.Handle(), {2, 2});
+        testinput::hover(form.Handle(), {2, 2});
         centre = {form.all.ClientRect().right / 2, form.all.ClientRect().bottom / 2};
     }
 

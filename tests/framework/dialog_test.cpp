@@ -160,8 +160,8 @@ TEST_F(ShownForm, IsHiddenByItsCloseBox) {
 }
 
 TEST_F(ShownForm, AsksForTheTipOfTheControlUnderTheMouse) {
-    testinput::moveTo(form.Item(IDC_APPLY), {10, 5});
-    testinput::moveTo(form.Item(IDC_APPLY), {14, 8});
+    ASSERT_TRUE(testinput::hover(form.Item(IDC_APPLY), {10, 5}));
+    ASSERT_TRUE(testinput::hover(form.Item(IDC_APPLY), {14, 8}));
     ASSERT_TRUE(testinput::pumpUntil([&] { return !form.tipRequests.empty(); }));
     EXPECT_EQ(form.tipRequests.front(), IDC_APPLY);
 }

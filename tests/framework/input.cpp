@@ -1,6 +1,7 @@
 #include "input.h"
 
 #include <chrono>
+#include <utility>
 #include <vector>
 
 namespace testinput {
@@ -9,12 +10,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-void send(const INPUT& input) {
-    INPUT copy = input;
-    ::SendInput(1, &copy, sizeof copy);
-}
-
-void sendKey(WORD virtualKey, bool up) {
+INPUT keyEvent(WORD virtualKey, bool up) {
     INPUT input{};
     input.type = INPUT_KEYBOARD;
     input.ki.wVk = virtualKey;
@@ -23,33 +19,49 @@ void sendKey(WORD virtualKey, bool up) {
     const bool extended = (virtualKey >= VK_PRIOR && virtualKey <= VK_DOWN) ||
                           virtualKey == VK_INSERT || virtualKey == VK_DELETE;
     if (extended) input.ki.dwFlags |= KEYEVENTF_EXTENDEDKEY;
-    send(input);
+    return input;
 }
 
-void sendMouse(DWORD flags, int data = 0) {
-    INPUT input{};
-    input.type = INPUT_MOUSE;
-    input.mi.dwFlags = flags;
-    input.mi.mouseData = static_cast<DWORD>(data);
-    send(input);
+void send(std::vector<INPUT> inputs) {
+    ::SendInput(static_cast<UINT>(inputs.size()), inputs.data(), sizeof(INPUT));
 }
 
-class Held {
-public:
-    explicit Held(std::initializer_list<WORD> keys) : keys_(keys) {
-        for (const WORD held : keys_) sendKey(held, false);
-        pump();
-    }
-    ~Held() {
-        for (const WORD held : keys_) sendKey(held, true);
-        pump();
-    }
-    Held(const Held&) = delete;
-    Held& operator=(const Held&) = delete;
+// The window that a mouse message goes to: the one that has captured the mouse, else the one under
+// the point, a screen point.
+HWND mouseTarget(POINT screen) {
+    const HWND captured = ::GetCapture();
+    return captured ? captured : ::WindowFromPoint(screen);
+}
 
-private:
-    std::vector<WORD> keys_;
-};
+using Modifiers = std::initializer_list<WORD>;
+
+WPARAM mouseKeys(bool buttonDown, Modifiers modifiers) {
+    WPARAM keys = buttonDown ? MK_LBUTTON : 0u;
+    for (const WORD modifier : modifiers) {
+        if (modifier == VK_SHIFT) keys |= MK_SHIFT;
+        if (modifier == VK_CONTROL) keys |= MK_CONTROL;
+    }
+    return keys;
+}
+
+void mouse(UINT message, POINT screen, bool buttonDown, Modifiers modifiers = {}) {
+    const HWND target = mouseTarget(screen);
+    POINT at = screen;
+    ::ScreenToClient(target, &at);
+    ::PostMessageW(target, message, mouseKeys(buttonDown, modifiers), MAKELPARAM(at.x, at.y));
+    pump();
+}
+
+POINT onScreen(HWND window, POINT at) {
+    ::ClientToScreen(window, &at);
+    return at;
+}
+
+// A second press in quick succession is a double click to the windows that ask for it.
+UINT pressMessage(int earlierPresses, POINT screen) {
+    const bool asks = ::GetClassLongPtrW(mouseTarget(screen), GCL_STYLE) & CS_DBLCLKS;
+    return asks && earlierPresses % 2 == 1 ? WM_LBUTTONDBLCLK : WM_LBUTTONDOWN;
+}
 
 }  // namespace
 
@@ -77,59 +89,69 @@ bool activate(HWND window) {
 }
 
 void key(WORD virtualKey, std::initializer_list<WORD> modifiers) {
-    const Held held(modifiers);
-    sendKey(virtualKey, false);
-    pump();
-    sendKey(virtualKey, true);
+    // All in one go: the display, which knows nothing of injected keys, would otherwise release
+    // them as soon as the mouse enters a window.
+    std::vector<INPUT> inputs;
+    for (const WORD held : modifiers) inputs.push_back(keyEvent(held, false));
+    inputs.push_back(keyEvent(virtualKey, false));
+    inputs.push_back(keyEvent(virtualKey, true));
+    for (const WORD held : modifiers) inputs.push_back(keyEvent(held, true));
+    send(std::move(inputs));
     pump();
 }
 
 void type(std::wstring_view text) {
     for (const wchar_t character : text) {
-        INPUT input{};
-        input.type = INPUT_KEYBOARD;
-        input.ki.wScan = static_cast<WORD>(character);
-        input.ki.dwFlags = KEYEVENTF_UNICODE;
-        send(input);
-        input.ki.dwFlags |= KEYEVENTF_KEYUP;
-        send(input);
+        INPUT down{};
+        down.type = INPUT_KEYBOARD;
+        down.ki.wScan = static_cast<WORD>(character);
+        down.ki.dwFlags = KEYEVENTF_UNICODE;
+        INPUT up = down;
+        up.ki.dwFlags |= KEYEVENTF_KEYUP;
+        send({down, up});
         pump();
     }
 }
 
-void moveTo(HWND window, POINT at) {
-    ::ClientToScreen(window, &at);
-    ::SetCursorPos(at.x, at.y);
-    pump();
+bool hover(HWND window, POINT at) {
+    const POINT screen = onScreen(window, at);
+    // The display tells of the mouse's way some time later, and may still tell of an earlier one.
+    return pumpUntil([&] {
+        POINT now{};
+        ::GetCursorPos(&now);
+        if (now.x == screen.x && now.y == screen.y) return true;
+        ::SetCursorPos(screen.x, screen.y);
+        return false;
+    });
 }
 
 void click(HWND window, POINT at, int count, std::initializer_list<WORD> modifiers) {
-    const Held held(modifiers);
-    moveTo(window, at);
+    const POINT screen = onScreen(window, at);
+    mouse(WM_MOUSEMOVE, screen, false, modifiers);
     for (int i = 0; i < count; ++i) {
-        sendMouse(MOUSEEVENTF_LEFTDOWN);
-        pump();
-        sendMouse(MOUSEEVENTF_LEFTUP);
-        pump();
+        mouse(pressMessage(i, screen), screen, true, modifiers);
+        mouse(WM_LBUTTONUP, screen, false, modifiers);
     }
 }
 
 void drag(HWND window, POINT from, POINT to) {
     constexpr int kSteps = 4;
-    moveTo(window, from);
-    sendMouse(MOUSEEVENTF_LEFTDOWN);
-    pump();
+    const POINT start = onScreen(window, from);
+    const POINT end = onScreen(window, to);
+    mouse(WM_LBUTTONDOWN, start, true);
     for (int step = 1; step <= kSteps; ++step) {
-        moveTo(window, {from.x + (to.x - from.x) * step / kSteps,
-                        from.y + (to.y - from.y) * step / kSteps});
+        mouse(WM_MOUSEMOVE,
+              {start.x + (end.x - start.x) * step / kSteps,
+               start.y + (end.y - start.y) * step / kSteps},
+              true);
     }
-    sendMouse(MOUSEEVENTF_LEFTUP);
-    pump();
+    mouse(WM_LBUTTONUP, end, false);
 }
 
 void wheel(HWND window, POINT at, int delta) {
-    moveTo(window, at);
-    sendMouse(MOUSEEVENTF_WHEEL, delta);
+    const POINT screen = onScreen(window, at);
+    // Unlike the others, this message has screen coordinates.
+    ::PostMessageW(window, WM_MOUSEWHEEL, MAKEWPARAM(0, delta), MAKELPARAM(screen.x, screen.y));
     pump();
 }
 

@@ -1,4 +1,4 @@
-// Real keyboard and mouse input for tests of windows, and the message loop that receives it.
+// Keyboard and mouse input for tests of windows, and the message loop that receives it.
 #pragma once
 
 #include <framework/win32.h>
@@ -25,10 +25,16 @@ void key(WORD virtualKey, std::initializer_list<WORD> modifiers = {});
 /// Types characters, then pumps.
 void type(std::wstring_view text);
 
-/// Moves the mouse to a point of the window's client area, then pumps.
-void moveTo(HWND window, POINT at);
+/// Moves the mouse pointer itself to a point of the window's client area; false when it does not
+/// get there.
+bool hover(HWND window, POINT at);
 
-/// Clicks there `count` times in quick succession while the modifiers are held, then pumps.
+// The mouse messages below are posted as the platform would send them, to the window that has
+// captured the mouse or is under the point. The pointer itself stays: displays report its way late
+// and would make tests depend on the load of the machine.
+
+/// Clicks a point of the window's client area `count` times in quick succession while the
+/// modifiers are held.
 void click(HWND window, POINT at, int count = 1, std::initializer_list<WORD> modifiers = {});
 
 /// Presses the left button at `from`, moves in steps to `to` and releases it.

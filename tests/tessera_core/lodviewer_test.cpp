@@ -15,22 +15,22 @@ protected:
     /// Three bands, 0 to 100 to 500 to 2000, each with one mesh below a group.
     void buildBands() {
         INode* const tower = add(nullptr, "tower", 2);
-        near = addMesh(add(addLod(tower, "l1", 0, 100), "g1", 2), "near");
-        middle = addMesh(addLod(tower, "l2", 100, 500), "middle");
-        far = addMesh(addLod(tower, "l3", 500, 2000), "far");
-        outside = addMesh(tower, "outside");
+        nearMesh = addMesh(add(addLod(tower, "l1", 0, 100), "g1", 2), "near");
+        middleMesh = addMesh(addLod(tower, "l2", 100, 500), "middle");
+        farMesh = addMesh(addLod(tower, "l3", 500, 2000), "far");
+        outsideMesh = addMesh(tower, "outside");
     }
 
     /// Which of the three meshes show, as "nmf".
     std::string shown() const {
-        return std::string(near->IsHidden() ? "-" : "n") + (middle->IsHidden() ? "-" : "m") +
-               (far->IsHidden() ? "-" : "f");
+        return std::string(nearMesh->IsHidden() ? "-" : "n") +
+               (middleMesh->IsHidden() ? "-" : "m") + (farMesh->IsHidden() ? "-" : "f");
     }
 
-    INode* near = nullptr;
-    INode* middle = nullptr;
-    INode* far = nullptr;
-    INode* outside = nullptr;
+    INode* nearMesh = nullptr;
+    INode* middleMesh = nullptr;
+    INode* farMesh = nullptr;
+    INode* outsideMesh = nullptr;
 };
 
 // First in the file: whether a distance was ever stored is never forgotten.
@@ -47,7 +47,7 @@ TEST_F(LodViewerTest, StepsFromNowhereGoToTheEnds) {
 
 TEST_F(LodViewerTest, StepsBandByBandAndStopsAtTheEnds) {
     buildBands();
-    outside->Hide(true);
+    outsideMesh->Hide(true);
     const struct {
         double from;
         bool (LodViewer::*step)();
@@ -77,7 +77,7 @@ TEST_F(LodViewerTest, StepsBandByBandAndStopsAtTheEnds) {
         EXPECT_EQ((viewer.*step.step)(), step.changed);
         EXPECT_EQ(aviary.GetLodDistance(), step.to);
     }
-    EXPECT_TRUE(outside->IsHidden()) << "geometry outside every level of detail is left alone";
+    EXPECT_TRUE(outsideMesh->IsHidden()) << "geometry outside every level of detail is left alone";
 }
 
 TEST_F(LodViewerTest, AShowsFromSwitchOutExclusiveToSwitchInInclusive) {

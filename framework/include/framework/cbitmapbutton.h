@@ -8,7 +8,9 @@
 /// is needed; without the others the button shifts the picture when pressed, draws the platform's
 /// focus rectangle, and greys the picture. Magenta (255, 0, 255) in a picture is see-through.
 ///
-/// The button draws its own frame; keyboard focus always shows, also when a focus picture is there.
+/// A picture as large as the button (at 100 % display scaling) is its whole face and is stretched
+/// over it; a smaller one stands in the middle of a push button's frame. A focus picture must show
+/// the keyboard focus by itself.
 /// Its parent must be an object of this layer, which hands the drawing on.
 class CBitmapButton : public CButton {
 public:

@@ -293,6 +293,8 @@ private:
 
     Tracking tracking_ = Tracking::none;
     POINT pressPoint_{};
+    grid::CellId pressedCell_;
+    bool moved_ = false;
     bool editOnRelease_ = false;
     int resizedColumn_ = -1;
     int resizedWidth_ = 0;

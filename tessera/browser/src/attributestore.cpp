@@ -1,0 +1,81 @@
+#include "attributestore.h"
+
+#include "recordkinds.h"
+
+#include <fltkilnutil/attrtext.h>
+#include <fltkilnutil/kilnflt.h>
+#include <fltkilnutil/kilnlight.h>
+#include <framework/text.h>
+#include <windows.h>
+
+namespace tessera {
+namespace {
+
+int lightIcon(NodeHandle handle) noexcept {
+    KilnLight options;
+    if (!fltGetOptions(nodeOf(handle), options)) return kindRowByIcon(IconKind::omniLight);
+    switch (options.palette.lightType) {
+        case 0:
+            return kindRowByIcon(IconKind::lightSource);
+        case 1:
+            return kindRowByIcon(IconKind::omniLight);
+        case 2:
+            return kindRowByIcon(IconKind::spotLight);
+        default:
+            return -1;
+    }
+}
+
+bool equalIgnoringCase(const char* a, const char* b) {
+    const std::wstring wideA = toWide(a);
+    const std::wstring wideB = toWide(b);
+    return ::CompareStringOrdinal(wideA.c_str(), static_cast<int>(wideA.size()), wideB.c_str(),
+                                  static_cast<int>(wideB.size()), TRUE) == CSTR_EQUAL;
+}
+
+}  // namespace
+
+std::optional<FltNodeKind> recordKind(NodeHandle handle) noexcept {
+    FltNodeKind kind{};
+    if (!fltGetKind(nodeOf(handle), true, kind)) return std::nullopt;
+    return kind;
+}
+
+bool isOfKind(NodeHandle handle, FltNodeKind kind) noexcept {
+    return recordKind(handle) == kind;
+}
+
+int iconOf(NodeHandle handle) noexcept {
+    const std::optional<FltNodeKind> kind = recordKind(handle);
+    if (!kind) return kindRowByIcon(IconKind::plain);
+    if (*kind == FltNodeKind::LightSource) return lightIcon(handle);
+    return kindRowByOpcode(static_cast<std::uint16_t>(*kind));
+}
+
+FltAttrGroup* loadAttributes(NodeHandle handle) noexcept {
+    return fltAttrLoad(nodeOf(handle), kFltRevision);
+}
+
+FltAttrDesc* attributeAt(const FltAttrGroup& set, int row) noexcept {
+    FltAttrDesc* at = set.descriptors;
+    for (; row > 0 && !at->isTerminator(); --row) ++at;
+    return row < 0 || at->isTerminator() ? nullptr : at;
+}
+
+bool sameValue(const FltAttrDesc& a, FltAttrType typeOfB, const char* textOfB) {
+    if (a.type != typeOfB) return false;
+    switch (a.type) {
+        case FltAttrType::Integer:
+            return fltParseInteger(a.value.text()) == fltParseInteger(textOfB);
+        case FltAttrType::Float:
+        case FltAttrType::Double: {
+            const double x = fltParseReal(a.value.text());
+            const double y = fltParseReal(textOfB);
+            return !(x < y) && !(y < x);
+        }
+        default:
+            return equalIgnoringCase(a.value.text(), textOfB);
+    }
+}
+
+}  // namespace tessera

@@ -1,0 +1,168 @@
+// The exported functions, and the one form that they work on.
+#include "formbusy.h"
+#include "hierarchy.h"
+#include "recordkinds.h"
+
+#include <diagnostics/log.h>
+#include <framework/module.h>
+#include <framework/strings.h>
+#include <framework/text.h>
+#include <resources/resource.h>
+#include <tessera/browser.h>
+
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+namespace tessera {
+namespace {
+
+// The product's name and the name of a file with its path.
+constexpr std::size_t kLongestTitle = 1024;
+
+std::unique_ptr<Hierarchy> form;
+std::string title;
+
+// Forms destroyed by their client while their own code was on the stack.
+std::vector<std::unique_ptr<Hierarchy>> retired;
+
+// What every exported function opens first.
+class Entry {
+public:
+    Entry() = default;
+    ~Entry() {
+        if (FormBusy::depth() == 1) retired.clear();
+    }
+    Entry(const Entry&) = delete;
+    Entry& operator=(const Entry&) = delete;
+
+private:
+    ModuleScope module_;
+    FormBusy busy_;
+};
+
+bool clientAgrees(BrowserCallback callback, void* clientData) {
+    std::uint32_t refused = 1;
+    if (callback)
+        callback(BrowserEvent::confirmForm, nullptr, nullptr,
+                 reinterpret_cast<std::uintptr_t>(&refused), 0, clientData);
+    return refused == 0;
+}
+
+BrowserStatus makeForm(HWND parent) {
+    std::unique_ptr<Hierarchy> made(new (std::nothrow) Hierarchy);
+    if (!made) return kBrowserNoMemory;
+    if (!made->create(parent)) return kBrowserDialogFailed;
+    form = std::move(made);
+    return kBrowserDone;
+}
+
+void destroyForm() {
+    if (!form) return;
+    retired.push_back(std::move(form));
+    retired.back()->DestroyWindow();
+}
+
+std::string productTitle() {
+    return loadString(IDS_FORM_TITLE);
+}
+
+}  // namespace
+
+void browserStartUp() {
+    if (title.empty()) title = productTitle();
+    loadKindNames();
+}
+
+void browserShutDown() {
+    destroyForm();
+    retired.clear();
+    freeKindNames();
+}
+
+}  // namespace tessera
+
+using namespace tessera;
+
+std::int32_t _zufltguicreate(BrowserWindow parent, BrowserCallback callback, std::int32_t,
+                             void* clientData) {
+    const Entry entry;
+    if (!clientAgrees(callback, clientData)) return kBrowserRefused;
+    if (!form) {
+        const BrowserStatus status = makeForm(parent);
+        if (status != kBrowserDone) return status;
+    }
+    if (!form) return kBrowserFormMissing;
+    form->SetText(title);
+    form->bind(callback, clientData);
+    return kBrowserDone;
+}
+
+bool _zufltguishow(std::uint8_t show) {
+    const Entry entry;
+    if (form) form->show(show != 0);
+    return form != nullptr;
+}
+
+void _zufltguidestroy() {
+    const Entry entry;
+    destroyForm();
+}
+
+BrowserItem _zufltguiaddnode(BrowserItem parent, const char* text, NodeHandle node) {
+    const Entry entry;
+    return form ? form->addNode(parent, text, node) : nullptr;
+}
+
+bool _zufltguidelnode(BrowserItem item) {
+    const Entry entry;
+    if (form) form->deleteNode(item);
+    return form != nullptr;
+}
+
+bool _zufltguidelchildren(BrowserItem item) {
+    const Entry entry;
+    if (!form || !item) return false;
+    form->deleteChildren(item);
+    return true;
+}
+
+NodeHandle _zufltguinode2hdl(BrowserItem item) {
+    const Entry entry;
+    return form ? form->nodeOfItem(item) : 0;
+}
+
+bool _zufltguiselectnode(BrowserItem item) {
+    const Entry entry;
+    if (form) form->selectNode(item);
+    return false;
+}
+
+void zufltguirefresh() {
+    const Entry entry;
+    if (form) form->refresh();
+}
+
+void zufltguiSceneChanged() {
+    const Entry entry;
+    if (form) form->resetProperties(false);
+}
+
+void zufltguiresetpos() {
+    const Entry entry;
+    if (form) form->resetPosition();
+}
+
+void zufltguisettitle(const char* text) {
+    const Entry entry;
+    title = productTitle();
+    if (text && *text) title += " (" + std::string(text) + ")";
+    title = clipUtf8(title, kLongestTitle);
+    if (!form) {
+        diagnostics::log("title :ZuFltHierForm NULL\n");
+        return;
+    }
+    form->SetText(title);
+    diagnostics::log("title :%s\n", title.c_str());
+}

@@ -1,0 +1,25 @@
+// The attribute grid of the form.
+#pragma once
+
+#include "hierarchy.h"
+
+#include <grid/cgridctrl.h>
+
+/// Two columns: the caption of an attribute, fixed, and its value. Both cells of a row carry the
+/// attribute's descriptor as their datum.
+class tessera::Hierarchy::CGridEx : public CGridCtrl {
+public:
+    /// One heading row alone.
+    void Reset();
+    /// A row for each attribute of the set; none can be edited when `readOnly`. The focus cell and
+    /// what is scrolled into view stay where they still exist.
+    void ShowAttributes(const FltAttrGroup& set, bool readOnly);
+    /// Sets the editor of an attribute's value by what the attribute says of itself.
+    void RenewEditor(int attribute, const FltAttrDesc& descriptor, bool readOnly);
+    /// Column 0 one and a half times as wide as its contents, both filling the width.
+    void SizeColumns();
+
+protected:
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+    void FillList(int row, int column, CInPlaceList& list) override;
+};

@@ -1,0 +1,607 @@
+#include "ctreectrlex.h"
+
+#include "formbusy.h"
+
+#include <framework/text.h>
+#include <windowsx.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <unordered_set>
+#include <utility>
+
+using tessera::TreeModel;
+
+namespace {
+
+constexpr int kDragThreshold = 9;        // pixels
+constexpr UINT_PTR kScrollTimer = 0x5C;  // while dragging
+constexpr UINT kScrollInterval = 60;     // milliseconds
+constexpr int kScrollMargin = 14;        // pixels at 100 % scaling
+// Below this many branches, expanding them one by one in view costs less than the detour.
+constexpr std::size_t kManyBranches = 64;
+
+bool isDown(int key) {
+    return (::GetKeyState(key) & 0x8000) != 0;
+}
+
+// Counts up while it lives.
+class CountUp {
+public:
+    explicit CountUp(int& counter) : counter_(counter) { ++counter_; }
+    ~CountUp() { --counter_; }
+    CountUp(const CountUp&) = delete;
+    CountUp& operator=(const CountUp&) = delete;
+
+private:
+    int& counter_;
+};
+
+}  // namespace
+
+// ---------------------------------------------------------------- items
+
+tessera::NodeHandle CTreeCtrlEx::Node(HTREEITEM item) {
+    const Item* found = Find(item);
+    return found ? found->node : 0;
+}
+
+HTREEITEM CTreeCtrlEx::Add(HTREEITEM parent, std::string_view text, tessera::NodeHandle node,
+                           int image) {
+    const int shown = image < 0 ? 0 : image;
+    return Insert(text, parent ? parent : TVI_ROOT, TVI_LAST, static_cast<LPARAM>(node), shown,
+                  shown);
+}
+
+bool CTreeCtrlEx::IsExpanded(const Item& item) const {
+    return item.firstChild && (ItemState(item.handle, TVIS_EXPANDED) & TVIS_EXPANDED) != 0;
+}
+
+// Everything that adds, deletes or marks items passes here, so the model cannot miss it.
+LRESULT CTreeCtrlEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+    const tessera::FormBusy busy;
+    switch (message) {
+        case TVM_INSERTITEMA:
+        case TVM_INSERTITEMW:
+            return InsertThrough(message, wParam, lParam);
+        case TVM_DELETEITEM:
+            return DeleteThrough(message, wParam, lParam);
+        case TVM_SETITEMA:
+        case TVM_SETITEMW:
+            return SetThrough(message, wParam, lParam);
+        case TVM_GETITEMA:
+        case TVM_GETITEMW:
+            return GetThrough(message, wParam, lParam);
+        case TVM_GETITEMSTATE: {
+            const LRESULT state = CTreeCtrl::WindowProc(message, wParam, lParam);
+            const auto mask = static_cast<UINT>(lParam);
+            const UINT shown =
+                WithMark(static_cast<UINT>(state), reinterpret_cast<HTREEITEM>(wParam));
+            return static_cast<LRESULT>(shown & mask) | (state & ~static_cast<LRESULT>(mask));
+        }
+        case TVM_SELECTITEM: {
+            const LRESULT result = CTreeCtrl::WindowProc(message, wParam, lParam);
+            CaretChanged();
+            return result;
+        }
+        default:
+            return CTreeCtrl::WindowProc(message, wParam, lParam);
+    }
+}
+
+LRESULT CTreeCtrlEx::InsertThrough(UINT message, WPARAM wParam, LPARAM lParam) {
+    const auto& insert = *reinterpret_cast<const TVINSERTSTRUCTW*>(lParam);
+    const LRESULT result = CTreeCtrl::WindowProc(message, wParam, lParam);
+    const auto handle = reinterpret_cast<HTREEITEM>(result);
+    if (!handle) return result;
+    const bool top = !insert.hParent || insert.hParent == TVI_ROOT;
+    const bool last = insert.hInsertAfter == TVI_LAST;
+    Item* after = last ? nullptr : Find(PreviousSibling(handle));
+    Item* parent = top ? nullptr : Find(insert.hParent);
+    const bool first = !last && !after;
+    Item& item = model_.insert(handle, parent, after, first,
+                               (insert.item.mask & TVIF_PARAM) != 0
+                                   ? static_cast<tessera::NodeHandle>(insert.item.lParam)
+                                   : 0);
+    if ((insert.item.mask & TVIF_STATE) != 0 && (insert.item.state & TVIS_SELECTED) != 0)
+        SetSelected(item, true);
+    return result;
+}
+
+LRESULT CTreeCtrlEx::DeleteThrough(UINT message, WPARAM wParam, LPARAM lParam) {
+    const auto handle = reinterpret_cast<HTREEITEM>(lParam);
+    if (!handle || handle == TVI_ROOT)
+        model_.clear();
+    else if (Item* item = Find(handle))
+        model_.remove(*item);
+    else
+        return FALSE;
+    ForgetDeleted();
+    const LRESULT result = CTreeCtrl::WindowProc(message, wParam, lParam);
+    CaretChanged();
+    return result;
+}
+
+void CTreeCtrlEx::ForgetDeleted() {
+    if (!Find(anchor_)) anchor_ = nullptr;
+    if (!Find(caret_)) caret_ = nullptr;
+    if (!Find(pressed_)) {
+        pressed_ = nullptr;
+        pressPending_ = false;
+    }
+    if (!Find(dropTarget_)) dropTarget_ = nullptr;
+    if (dragged_ && !Find(dragged_)) CancelDrag();
+}
+
+// The control's own selected bit is that of its caret. Marking an item there takes it a pass over
+// all that is expanded, so the marks of all others live in the model alone; whoever asks the
+// control for an item's state gets the model's answer, and `Draw` paints it.
+
+UINT CTreeCtrlEx::WithMark(UINT state, HTREEITEM item) {
+    const Item* found = Find(item);
+    if (!found) return state;
+    return found->selected ? state | TVIS_SELECTED : state & ~static_cast<UINT>(TVIS_SELECTED);
+}
+
+// The narrow structures differ from the wide ones in the type of the text pointer only.
+LRESULT CTreeCtrlEx::SetThrough(UINT message, WPARAM wParam, LPARAM lParam) {
+    TVITEMEXW item{};
+    const auto& given = *reinterpret_cast<const TVITEMW*>(lParam);
+    const bool marks = (given.mask & TVIF_STATE) != 0 && (given.stateMask & TVIS_SELECTED) != 0;
+    Item* const found = marks ? Find(given.hItem) : nullptr;
+    if (!found) return CTreeCtrl::WindowProc(message, wParam, lParam);
+    SetSelected(*found, (given.state & TVIS_SELECTED) != 0);
+    std::memcpy(&item, &given,
+                (given.mask & TVIF_INTEGRAL) != 0 ? sizeof(TVITEMEXW) : sizeof(TVITEMW));
+    item.stateMask &= ~static_cast<UINT>(TVIS_SELECTED);
+    if (item.stateMask == 0) item.mask &= ~static_cast<UINT>(TVIF_STATE);
+    if ((item.mask & ~static_cast<UINT>(TVIF_HANDLE)) == 0) return TRUE;
+    return CTreeCtrl::WindowProc(message, wParam, reinterpret_cast<LPARAM>(&item));
+}
+
+LRESULT CTreeCtrlEx::GetThrough(UINT message, WPARAM wParam, LPARAM lParam) {
+    const LRESULT result = CTreeCtrl::WindowProc(message, wParam, lParam);
+    auto& item = *reinterpret_cast<TVITEMW*>(lParam);
+    if (result && (item.mask & TVIF_STATE) != 0) item.state = WithMark(item.state, item.hItem);
+    return result;
+}
+
+LRESULT CTreeCtrlEx::Draw(NMTVCUSTOMDRAW& draw) {
+    if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
+    if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT) return CDRF_DODEFAULT;
+    const auto item = reinterpret_cast<HTREEITEM>(draw.nmcd.dwItemSpec);
+    if (item == dropTarget_) return CDRF_DODEFAULT;
+    const bool marked = IsSelected(item);
+    const bool focus = HasFocus();
+    // Otherwise the control insists on its own colours for the caret.
+    draw.nmcd.uItemState &= ~static_cast<UINT>(CDIS_SELECTED);
+    draw.clrText = ::GetSysColor(marked && focus ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT);
+    draw.clrTextBk =
+        !marked ? Background() : ::GetSysColor(focus ? COLOR_HIGHLIGHT : COLOR_BTNSHADOW);
+    return CDRF_DODEFAULT;
+}
+
+void CTreeCtrlEx::PauseRedraw() {
+    if (paused_++ == 0) SetRedraw(false);
+}
+
+void CTreeCtrlEx::ResumeRedraw() {
+    if (--paused_ > 0) return;
+    SetRedraw(true);
+    Invalidate();
+}
+
+// ---------------------------------------------------------------- selection
+
+// The control marks the new caret item and takes the mark from the old one.
+void CTreeCtrlEx::CaretChanged() {
+    const HTREEITEM now = Caret();
+    if (now == caret_) return;
+    if (Item* old = Find(std::exchange(caret_, now))) model_.setSelected(*old, false);
+    if (Item* item = Find(now)) model_.setSelected(*item, true);
+}
+
+void CTreeCtrlEx::MoveCaret(HTREEITEM item) {
+    const CountUp changing(changing_);
+    Select(item);
+}
+
+bool CTreeCtrlEx::IsSelected(HTREEITEM item) {
+    const Item* found = Find(item);
+    return found && found->selected;
+}
+
+void CTreeCtrlEx::SetSelected(Item& item, bool selected) {
+    if (item.selected == selected) return;
+    model_.setSelected(item, selected);
+    if (paused_ == 0) Invalidate(false);
+}
+
+// Visits the visible items in order, leaving out branches without any of the wanted ones, until
+// `visit` gives false.
+template <typename Visit>
+void CTreeCtrlEx::WalkVisible(const std::vector<Item*>& wanted, Visit visit) {
+    if (wanted.empty()) return;
+    const std::vector<Item*> above = TreeModel::ancestorsBottomUp(wanted);
+    const std::unordered_set<const Item*> branches(above.begin(), above.end());
+    for (Item* at = model_.first(); at;) {
+        if (!visit(*at)) return;
+        at = branches.count(at) != 0 && IsExpanded(*at) ? TreeModel::following(*at)
+                                                        : TreeModel::skipping(*at);
+    }
+}
+
+std::vector<CTreeCtrlEx::Item*> CTreeCtrlEx::VisibleSelection() {
+    std::vector<Item*> found;
+    WalkVisible(model_.selected(), [&](Item& item) {
+        if (item.selected) found.push_back(&item);
+        return true;
+    });
+    return found;
+}
+
+CTreeCtrlEx::Item* CTreeCtrlEx::FirstSelected() {
+    Item* found = nullptr;
+    WalkVisible(model_.selected(), [&](Item& item) {
+        if (item.selected) found = &item;
+        return !found;
+    });
+    return found;
+}
+
+CTreeCtrlEx::Item* CTreeCtrlEx::NextSelected(HTREEITEM from, bool forward) {
+    Item* const start = Find(from);
+    if (!start) return nullptr;
+    std::vector<Item*> wanted = model_.selected();
+    wanted.push_back(start);
+    Item* before = nullptr;
+    Item* after = nullptr;
+    bool passed = false;
+    WalkVisible(wanted, [&](Item& item) {
+        if (&item == start)
+            passed = true;
+        else if (item.selected)
+            (passed ? after : before) = &item;
+        return !after && (forward || !passed);
+    });
+    if (!passed) return nullptr;
+    return forward ? after : before;
+}
+
+void CTreeCtrlEx::SelectAlso(HTREEITEM item, bool keep) {
+    const HTREEITEM former = Caret();
+    if (former == item) {
+        if (!keep) MoveCaret(nullptr);
+        return;
+    }
+    MoveCaret(item);
+    anchor_ = item;
+    if (Item* old = Find(former)) SetSelected(*old, true);
+}
+
+void CTreeCtrlEx::ClearSelection(bool keepCaret) {
+    if (!keepCaret) MoveCaret(nullptr);
+    for (Item* item : model_.selected()) SetSelected(*item, false);
+}
+
+void CTreeCtrlEx::SpreadMark(HTREEITEM item) {
+    Item* const top = Find(item);
+    if (!top) return;
+    for (Item* at = TreeModel::following(*top, top); at; at = TreeModel::following(*at, top))
+        SetSelected(*at, top->selected);
+}
+
+void CTreeCtrlEx::ClickSelect(HTREEITEM item, bool shift, bool control) {
+    const HTREEITEM old = Caret();
+    if (shift)
+        SelectRange(item);
+    else if (control)
+        ToggleSelected(item);
+    else
+        SelectOnly(item);
+    NotifySelectionChanged(old, item);
+}
+
+// Marks the visible items from the anchor to `item`, and those only.
+void CTreeCtrlEx::SelectRange(HTREEITEM item) {
+    if (!anchor_) anchor_ = Caret();
+    MoveCaret(item);
+    std::vector<Item*> all;
+    for (Item* at = model_.first(); at;
+         at = IsExpanded(*at) ? TreeModel::following(*at) : TreeModel::skipping(*at))
+        all.push_back(at);
+    const auto position = [&all](HTREEITEM wanted, std::size_t otherwise) {
+        for (std::size_t i = 0; i < all.size(); ++i)
+            if (all[i]->handle == wanted) return i;
+        return otherwise;
+    };
+    std::size_t to = position(item, 0);
+    // An anchor that has been collapsed out of view since gives a range of one.
+    std::size_t from = position(anchor_, to);
+    if (from > to) std::swap(from, to);
+    for (std::size_t i = 0; i < all.size(); ++i) SetSelected(*all[i], i >= from && i <= to);
+}
+
+void CTreeCtrlEx::ToggleSelected(HTREEITEM item) {
+    Item* const old = Find(Caret());
+    const bool oldSelected = old && old->selected;
+    const bool wasSelected = IsSelected(item);
+    MoveCaret(item);
+    if (old) SetSelected(*old, oldSelected);
+    if (Item* clicked = Find(item)) SetSelected(*clicked, !wasSelected);
+    if (!anchor_) anchor_ = item;
+}
+
+void CTreeCtrlEx::SelectOnly(HTREEITEM item) {
+    ClearSelection(false);
+    MoveCaret(item);
+    if (Item* clicked = Find(item)) SetSelected(*clicked, true);
+    anchor_ = item;
+}
+
+void CTreeCtrlEx::NotifySelectionChanged(HTREEITEM old, HTREEITEM now) {
+    NMTREEVIEWW notification{};
+    notification.hdr = {Handle(), static_cast<UINT_PTR>(Id()), static_cast<UINT>(TVN_SELCHANGEDA)};
+    notification.action = TVC_BYMOUSE;
+    const auto fill = [this](TVITEMW& item, HTREEITEM handle) {
+        item.mask = TVIF_HANDLE | TVIF_STATE | TVIF_PARAM;
+        item.hItem = handle;
+        item.stateMask = TVIS_SELECTED;
+        item.state = IsSelected(handle) ? TVIS_SELECTED : 0U;
+        item.lParam = static_cast<LPARAM>(Node(handle));
+    };
+    fill(notification.itemOld, old);
+    fill(notification.itemNew, now);
+    ::SendMessageW(Parent(), WM_NOTIFY, notification.hdr.idFrom,
+                   reinterpret_cast<LPARAM>(&notification));
+}
+
+// ---------------------------------------------------------------- branches
+
+void CTreeCtrlEx::ExpandAll(HTREEITEM handle) {
+    Item* const top = Find(handle);
+    if (!top || !top->firstChild) return;
+    std::vector<Item*> branches;
+    for (Item* at : TreeModel::bottomUp(*top))
+        if (at->firstChild) branches.push_back(at);
+    const RedrawPause pause(*this);
+    // The control numbers its visible items anew at every expansion of a visible item. So all but
+    // the last expansion are done out of its sight, which costs the caret its place meanwhile.
+    const HTREEITEM caretHandle = Caret();
+    const Item* const caret = Find(caretHandle);
+    const bool hide = branches.size() > kManyBranches && IsExpanded(*top);
+    const bool moves = hide && caret && caret != top && TreeModel::isWithin(*caret, *top);
+    const bool caretSelected = moves && caret->selected;
+    const bool topSelected = top->selected;
+    const HTREEITEM firstShown = FirstVisible();
+    const CountUp changing(changing_);
+    if (hide) Expand(handle, TVE_COLLAPSE);
+    for (const Item* at : branches) Expand(at->handle, TVE_EXPAND);
+    if (moves) {
+        Item* const back = Find(caretHandle);
+        Select(caretHandle);
+        SetSelected(*back, caretSelected);
+        SetSelected(*top, topSelected);
+    }
+    if (hide) Send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(firstShown));
+}
+
+void CTreeCtrlEx::CollapseAll(HTREEITEM handle) {
+    Item* const top = Find(handle);
+    if (!top) return;
+    const RedrawPause pause(*this);
+    // From the top down, so that only the first one changes what is in view.
+    for (const Item* at = top; at; at = TreeModel::following(*at, top))
+        if (at->firstChild) Expand(at->handle, TVE_COLLAPSE);
+}
+
+void CTreeCtrlEx::Reveal(const std::vector<Item*>& items) {
+    for (const Item* above : TreeModel::ancestorsBottomUp(items))
+        if (!IsExpanded(*above)) Expand(above->handle, TVE_EXPAND);
+}
+
+// ---------------------------------------------------------------- mouse
+
+void CTreeCtrlEx::OnLButtonDown(UINT keys, POINT at) {
+    UINT where = 0;
+    const HTREEITEM item = HitTest(at, &where);
+    const bool shift = (keys & MK_SHIFT) != 0;
+    const bool control = (keys & MK_CONTROL) != 0;
+    // With a modifier held the click extends the selection even on the caret's label.
+    if (item && (where & TVHT_ONITEMLABEL) != 0 && item == Caret() && !shift && !control) {
+        SetFocus();
+        EditLabel(item);
+        return;
+    }
+    if (!item || (where & TVHT_ONITEM) == 0) {
+        Default();
+        return;
+    }
+    SetFocus();
+    pressed_ = item;
+    pressPoint_ = at;
+    pressPending_ = IsSelected(item);
+    ::SetCapture(Handle());  // so that the button's release is not missed
+    if (!pressPending_) ClickSelect(item, shift, control);
+}
+
+void CTreeCtrlEx::OnLButtonUp(UINT keys, POINT) {
+    const HTREEITEM dragged = dragged_;
+    const HTREEITEM target = dropTarget_;
+    const HTREEITEM pressed = std::exchange(pressed_, nullptr);
+    const bool pending = std::exchange(pressPending_, false);
+    if (dragged) EndDragging();
+    if (::GetCapture() == Handle()) ::ReleaseCapture();
+    Default();
+    if (dragged && onDrop) onDrop(dragged, target);
+    if (pending && Find(pressed))
+        ClickSelect(pressed, (keys & MK_SHIFT) != 0, (keys & MK_CONTROL) != 0);
+}
+
+bool CTreeCtrlEx::WantsDrag(POINT at) const noexcept {
+    // A drop attaches one node, so several selected items are not dragged.
+    return pressed_ && SelectedCount() <= 1 &&
+           (std::abs(at.x - pressPoint_.x) >= kDragThreshold ||
+            std::abs(at.y - pressPoint_.y) >= kDragThreshold);
+}
+
+void CTreeCtrlEx::OnMouseMove(UINT, POINT at) {
+    if (dragged_) {
+        DragTo(at);
+    } else if (WantsDrag(at)) {
+        pressPending_ = false;
+        BeginDrag(std::exchange(pressed_, nullptr), at);
+    }
+    Default();
+}
+
+void CTreeCtrlEx::OnRButtonDown(UINT, POINT at) {
+    UINT where = 0;
+    const HTREEITEM item = HitTest(at, &where);
+    if (item && (where & TVHT_ONITEM) != 0 && SelectedCount() < 2) Select(item);
+    Default();
+}
+
+// ---------------------------------------------------------------- dragging
+
+// The drag image is placed from the window's corner, the mouse from that of the client area.
+POINT CTreeCtrlEx::InWindow(POINT client) const noexcept {
+    const POINT screen = ToScreen(client);
+    const RECT window = WindowRect();
+    return {screen.x - window.left, screen.y - window.top};
+}
+
+void CTreeCtrlEx::BeginDrag(HTREEITEM item, POINT at) {
+    dragged_ = item;
+    dropTarget_ = nullptr;
+    dragImage_ = CreateDragImage(item);
+    CImageList::DragShow(true);
+    dragImage_.SetDragCursorImage(0, {0, 0});
+    dragImage_.BeginDrag(0, {0, 0});
+    CImageList::DragMove(InWindow(at));
+    CImageList::DragEnter(Handle(), InWindow(at));
+    ::SetCapture(Handle());
+    ::SetTimer(Handle(), kScrollTimer, kScrollInterval, nullptr);
+}
+
+void CTreeCtrlEx::DragTo(POINT at) {
+    CImageList::DragMove(InWindow(at));
+    const HTREEITEM item = HitTest(at);
+    if (!item || item == dropTarget_) return;  // over empty space the last target stays
+    CImageList::DragLeave(Handle());
+    dropTarget_ = item;
+    SelectDropTarget(item);
+    Update();
+    CImageList::DragEnter(Handle(), InWindow(at));
+}
+
+void CTreeCtrlEx::ScrollWhileDragging() {
+    POINT at{};
+    ::GetCursorPos(&at);
+    at = ToClient(at);
+    const RECT area = ClientRect();
+    const int margin = Scaled(kScrollMargin);
+    if (at.x < area.left || at.x >= area.right) return;
+    const bool up = at.y < area.top + margin;
+    if (!up && at.y < area.bottom - margin) return;
+    CImageList::DragShow(false);
+    Send(WM_VSCROLL, up ? SB_LINEUP : SB_LINEDOWN);
+    Update();
+    CImageList::DragShow(true);
+    DragTo(at);
+}
+
+void CTreeCtrlEx::OnTimer(UINT_PTR id) {
+    if (id == kScrollTimer)
+        ScrollWhileDragging();
+    else
+        Default();
+}
+
+// Takes everything of a drag away; what was dragged and where to is up to the caller.
+void CTreeCtrlEx::EndDragging() {
+    ::KillTimer(Handle(), kScrollTimer);
+    CImageList::DragLeave(Handle());
+    CImageList::EndDrag();
+    dragImage_.Delete();
+    dragged_ = nullptr;
+    dropTarget_ = nullptr;
+    SelectDropTarget(nullptr);
+}
+
+void CTreeCtrlEx::CancelDrag() {
+    if (!dragged_) return;
+    EndDragging();
+    if (::GetCapture() == Handle()) ::ReleaseCapture();
+}
+
+void CTreeCtrlEx::OnCaptureChanged(HWND gaining) {
+    if (gaining != Handle()) {
+        CancelDrag();
+        pressed_ = nullptr;
+        pressPending_ = false;
+    }
+    Default();
+}
+
+void CTreeCtrlEx::OnCancelMode() {
+    CancelDrag();
+    Default();
+}
+
+// ---------------------------------------------------------------- keyboard
+
+void CTreeCtrlEx::OnKeyDown(UINT key, UINT, UINT) {
+    const bool vertical = key == VK_UP || key == VK_DOWN;
+    if (key == VK_ESCAPE && dragged_)
+        CancelDrag();
+    else if (vertical && isDown(VK_SHIFT))
+        ExtendByKey(key);
+    else if (vertical && !isDown(VK_CONTROL))  // with Ctrl the control scrolls
+        MoveCaretByKey();
+    else
+        Default();
+}
+
+void CTreeCtrlEx::ExtendByKey(UINT key) {
+    const HTREEITEM former = Caret();
+    const HTREEITEM next = key == VK_UP ? PreviousVisible(former) : NextVisible(former);
+    if (former && next) {
+        const bool wasSelected = IsSelected(next);
+        MoveCaret(next);
+        if (Item* old = Find(former); old && !wasSelected) SetSelected(*old, true);
+        NotifySelectionChanged(former, next);
+    }
+    NotifyKeyDown(key);
+}
+
+void CTreeCtrlEx::MoveCaretByKey() {
+    const HTREEITEM former = Caret();
+    ClearSelection(true);
+    Default();
+    anchor_ = Caret();
+    // At the end of the tree the caret stays, and so does its mark.
+    if (former && Caret() == former) {
+        if (Item* item = Find(former)) SetSelected(*item, true);
+        NotifySelectionChanged(former, former);
+    }
+}
+
+void CTreeCtrlEx::NotifyKeyDown(UINT key) {
+    NMTVKEYDOWN notification{};
+    notification.hdr = {Handle(), static_cast<UINT_PTR>(Id()), static_cast<UINT>(TVN_KEYDOWN)};
+    notification.wVKey = static_cast<WORD>(key);
+    ::SendMessageW(Parent(), WM_NOTIFY, notification.hdr.idFrom,
+                   reinterpret_cast<LPARAM>(&notification));
+}
+
+// The selected items have another colour without the focus.
+void CTreeCtrlEx::OnSetFocus(HWND) {
+    Default();
+    Invalidate();
+}
+
+void CTreeCtrlEx::OnKillFocus(HWND) {
+    Default();
+    Invalidate();
+}

@@ -1,0 +1,22 @@
+// Knowing when a form may be freed.
+#pragma once
+
+namespace tessera {
+
+/// Lives while a window procedure of the form, or an export, is on the stack. The client may
+/// destroy the form from within any event; its object must then outlive the calls that led there.
+class FormBusy {
+public:
+    FormBusy() noexcept { ++depth_; }
+    ~FormBusy() { --depth_; }
+    FormBusy(const FormBusy&) = delete;
+    FormBusy& operator=(const FormBusy&) = delete;
+
+    /// How many are alive.
+    static int depth() noexcept { return depth_; }
+
+private:
+    static inline int depth_ = 0;
+};
+
+}  // namespace tessera

@@ -1,0 +1,408 @@
+// The form as a window: creation, layout, notifications, life.
+#include "hierarchy.h"
+
+#include "attributestore.h"
+#include "bulkoperation.h"
+#include "formbusy.h"
+#include "recordkinds.h"
+
+#include <diagnostics/log.h>
+#include <framework/cwaitcursor.h>
+#include <framework/strings.h>
+#include <framework/text.h>
+#include <resources/resource.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <new>
+
+namespace tessera {
+namespace {
+
+constexpr COLORREF kTreeBackground = 0xe1e1e1;
+constexpr COLORREF kTransparent = 0xffffff;
+constexpr int kIconWidth = 16;
+constexpr int kIconHeight = 15;
+
+// What the form's growth goes to. Everything else keeps its size, and all keep their corner.
+struct Growth {
+    int id;
+    bool wide;
+    bool high;
+};
+constexpr std::array kGrowths = {
+    Growth{IDC_COMMENT, true, false},       Growth{IDC_GRID, true, true},
+    Growth{IDC_TREE, false, true},          Growth{IDC_TREE_GROUP, false, true},
+    Growth{IDC_PROPERTY_GROUP, true, true},
+};
+
+// The form can shrink until the grid has this many pixels left, at 100 % scaling.
+constexpr int kSmallestGridWidth = 120;
+constexpr int kSmallestGridHeight = 80;
+
+// In this order. Numbers without a control are from earlier forms, whose scripts still count on the
+// order. Refresh is not among them: it is the way back after a scene change.
+constexpr std::array kCommands = {IDC_TREE,     IDC_UP,         IDC_DOWN,       1098,
+                                  1099,         IDC_SELECT_SET, IDC_SELECT_GET, IDC_EXPAND,
+                                  IDC_COLLAPSE, IDC_FIND,       IDC_CREATE};
+
+constexpr int kLongestCaption = 512;  // characters of it that go to the log
+
+SIZE sizeOf(const RECT& area) {
+    return {area.right - area.left, area.bottom - area.top};
+}
+
+std::string platformMessage(DWORD error) {
+    std::array<wchar_t, 256> text{};
+    const DWORD length =
+        ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error,
+                         0, text.data(), static_cast<DWORD>(text.size()), nullptr);
+    return toUtf8({text.data(), length});
+}
+
+}  // namespace
+
+void Hierarchy::bind(BrowserCallback callback, void* clientData) noexcept {
+    callback_ = callback;
+    clientData_ = clientData;
+}
+
+LRESULT Hierarchy::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+    const FormBusy busy;
+    return CDialog::WindowProc(message, wParam, lParam);
+}
+
+// ---------------------------------------------------------------- setting up
+
+bool Hierarchy::OnInitDialog() {
+    tree_.SubclassDlgItem(IDC_TREE, Handle());
+    tree_.onDrop = [this](HTREEITEM dragged, HTREEITEM target) { drop(dragged, target); };
+    comment_.Attach(Item(IDC_COMMENT));
+    createKind_.Attach(Item(IDC_CREATE_KIND));
+    global_.Attach(Item(IDC_GLOBAL));
+    name_.Attach(Item(IDC_NAME));
+    subtree_.Attach(Item(IDC_SUBTREE));
+    EnableToolTips();
+    try {
+        initialiseTree();
+        initialiseGrid();
+    } catch (const std::bad_alloc&) {
+        ShowMessage(platformMessage(ERROR_NOT_ENOUGH_MEMORY), MB_OK | MB_ICONSTOP);
+        return false;
+    }
+    loadPictures();
+    size_ = sizeOf(ClientRect());
+    CWnd grid;
+    grid.Attach(Item(IDC_GRID));
+    const SIZE window = sizeOf(WindowRect());
+    const SIZE room = sizeOf(grid.WindowRect());
+    smallestTrack_ = {window.cx - std::max(0L, room.cx - Scaled(kSmallestGridWidth)),
+                      window.cy - std::max(0L, room.cy - Scaled(kSmallestGridHeight))};
+    return true;
+}
+
+void Hierarchy::initialiseTree() {
+    tree_.Add(nullptr, "Scene Root", 0, kindRowByIcon(IconKind::sceneRoot));
+    tree_.SetBackground(kTreeBackground);
+    for (int row = 0; row < creatableKindCount(); ++row) createKind_.Add(kindName(row));
+    createKind_.Select(0);
+    constexpr int kCount = static_cast<int>(kRecordKindCount);
+    images_.Create(kIconWidth, kIconHeight, ILC_COLOR24 | ILC_MASK, kCount, kCount);
+    for (const RecordKind& row : kRecordKinds) images_.AddResource(row.bitmap, kTransparent);
+    images_.SetOverlayImage(kOverlayRow, 1);
+    tree_.SetImageList(images_.Handle());
+}
+
+void Hierarchy::loadPictures() {
+    up_.AutoLoad(IDC_UP, Handle());
+    down_.AutoLoad(IDC_DOWN, Handle());
+    expand_.AutoLoad(IDC_EXPAND, Handle());
+    collapse_.AutoLoad(IDC_COLLAPSE, Handle());
+    selectGet_.AutoLoad(IDC_SELECT_GET, Handle());
+    selectSet_.AutoLoad(IDC_SELECT_SET, Handle());
+    find_.AutoLoad(IDC_FIND, Handle());
+    tool_.AutoLoad(IDC_TOOL, Handle());
+}
+
+// ---------------------------------------------------------------- layout
+
+void Hierarchy::OnSize(UINT, int width, int height) {
+    Default();
+    if (width < 2 || height < 2) return;  // minimised
+    if (size_.cx == 0) return;            // not laid out yet
+    layOut(width - size_.cx, height - size_.cy);
+    size_ = {width, height};
+    Invalidate();
+}
+
+void Hierarchy::layOut(int growX, int growY) {
+    HDWP moves = ::BeginDeferWindowPos(static_cast<int>(kGrowths.size()));
+    for (const Growth& growth : kGrowths) {
+        CWnd control;
+        control.Attach(Item(growth.id));
+        const SIZE size = sizeOf(control.WindowRect());
+        const int width = std::max(0L, size.cx + (growth.wide ? growX : 0));
+        const int height = std::max(0L, size.cy + (growth.high ? growY : 0));
+        if (moves)
+            moves = ::DeferWindowPos(moves, control.Handle(), nullptr, 0, 0, width, height,
+                                     SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    }
+    if (moves) ::EndDeferWindowPos(moves);
+    fitColumns();
+}
+
+void Hierarchy::OnMinMaxInfo(MINMAXINFO& info) {
+    Default();
+    info.ptMinTrackSize = {std::max(info.ptMinTrackSize.x, smallestTrack_.cx),
+                           std::max(info.ptMinTrackSize.y, smallestTrack_.cy)};
+}
+
+void Hierarchy::resetPosition() {
+    // The recorded size is that of the client area.
+    if (::IsIconic(Handle())) Show(SW_RESTORE);
+    RECT area{0, 0, size_.cx, size_.cy};
+    ::AdjustWindowRectEx(&area, Style(), FALSE,
+                         static_cast<DWORD>(::GetWindowLongPtrW(Handle(), GWL_EXSTYLE)));
+    const SIZE window = sizeOf(area);
+    MoveTo({0, 0, window.cx, window.cy});
+    Invalidate();
+}
+
+// ---------------------------------------------------------------- life
+
+void Hierarchy::show(bool shown) {
+    if (!shown) {
+        Hide();
+        return;
+    }
+    resetProperties(true);
+    Show(SW_SHOWNORMAL);
+}
+
+void Hierarchy::OnActivate(UINT state, HWND, bool) {
+    Default();
+    if (state != WA_INACTIVE) send(BrowserEvent::activated);
+}
+
+// Hidden and not destroyed: the client decides when the form goes.
+void Hierarchy::OnClose() {
+    send(BrowserEvent::closed);
+    Hide();
+}
+
+void Hierarchy::OnCancel() {
+    OnClose();
+}
+
+bool Hierarchy::PreTranslateMessage(MSG& message) {
+    if (message.message != WM_KEYDOWN) return false;
+    switch (message.wParam) {
+        case VK_ESCAPE:
+            if (!tree_.IsDragging()) return false;
+            tree_.CancelDrag();
+            return true;
+        case VK_F3:
+            spin(::GetKeyState(VK_SHIFT) < 0 ? -1 : 1);
+            return true;
+        case VK_F5:
+            refresh();
+            return true;
+        default:
+            return false;
+    }
+}
+
+void Hierarchy::resetProperties(bool enabled) {
+    commandsEnabled_ = enabled;
+    for (const int id : kCommands) EnableItem(id, enabled);
+    // The keyboard must not be left with a control that has just been disabled.
+    const HWND focus = ::GetFocus();
+    if (focus && ::IsChild(Handle(), focus) && !::IsWindowEnabled(focus))
+        ::SetFocus(Item(IDC_REFRESH));
+    editSwitch(false, nullptr);
+    name_.SetText("");
+    showComment(0);
+    reduceGrid();
+}
+
+void Hierarchy::refresh() {
+    {
+        const CWaitCursor wait;
+        const RedrawPause pause(tree_);
+        send(BrowserEvent::rebuild);
+    }
+    showNode(nullptr);
+    resetProperties(true);
+    diagnostics::log("OnRefresh %s\n", Text(kLongestCaption).c_str());
+}
+
+void Hierarchy::send(BrowserEvent event, HTREEITEM first, HTREEITEM second, std::uintptr_t argument,
+                     std::uintptr_t argument2) {
+    if (callback_) callback_(event, first, second, argument, argument2, clientData_);
+}
+
+void Hierarchy::message(unsigned stringId) {
+    const std::string text = loadString(stringId);
+    ShowMessage(text);
+}
+
+// ---------------------------------------------------------------- items
+
+HTREEITEM Hierarchy::addNode(HTREEITEM parent, const char* text, NodeHandle node) {
+    if (parent == TVI_ROOT) parent = nullptr;
+    if (parent && !tree_.Find(parent)) return nullptr;
+    const int image = parent ? iconOf(node) : kindRowByIcon(IconKind::sceneRoot);
+    const HTREEITEM item = tree_.Add(parent, text ? text : "", node, image);
+    if (item) index_.try_emplace(node, item);
+    return item;
+}
+
+void Hierarchy::deleteNode(HTREEITEM item) {
+    if (!item) {
+        clear();
+        return;
+    }
+    const TreeItem* found = tree_.Find(item);
+    if (!found) return;
+    index_.erase(found->node);
+    {
+        const BulkOperation bulk(bulk_);
+        tree_.DeleteItem(item);
+    }
+    showNode(nullptr);
+    countSelected();
+}
+
+void Hierarchy::clear() {
+    const RedrawPause pause(tree_);
+    const CWaitCursor wait;
+    clearing_ = true;
+    current_ = nullptr;
+    tree_.DeleteAll();
+    index_.clear();
+    clearing_ = false;
+    selectedCount_ = 0;
+    EnableItem(IDC_CREATE, false);
+    editSwitch(false, nullptr);
+}
+
+void Hierarchy::deleteChildren(HTREEITEM item) {
+    TreeItem* const parent = tree_.Find(item);
+    if (!parent) return;
+    {
+        const RedrawPause pause(tree_);
+        const BulkOperation bulk(bulk_);
+        while (const TreeItem* child = parent->firstChild) {
+            index_.erase(child->node);
+            if (!tree_.DeleteItem(child->handle)) break;
+        }
+    }
+    if (current_ && !tree_.Find(current_)) showNode(tree_.Caret());
+    countSelected();
+}
+
+NodeHandle Hierarchy::nodeOfItem(HTREEITEM item) {
+    return clearing_ ? 0 : tree_.Node(item);
+}
+
+void Hierarchy::selectNode(HTREEITEM item) {
+    if (item && !tree_.Find(item)) return;
+    const HTREEITEM old = tree_.Caret();
+    {
+        const BulkOperation bulk(bulk_);
+        tree_.Select(item);
+    }
+    showNode(item);
+    if (!bulk_ && old != item) spreadMarks(old, item);
+    countSelected();
+    tree_.Invalidate();
+}
+
+// ---------------------------------------------------------------- notifications
+
+bool Hierarchy::OnCommand(int id, UINT code, HWND) {
+    if (id == IDC_COMMENT && code == EN_KILLFOCUS) {
+        storeComment();
+        return true;
+    }
+    return code == BN_CLICKED && pushed(id);
+}
+
+bool Hierarchy::OnNotify(int id, NMHDR& header, LRESULT& result) {
+    if (header.code == TTN_NEEDTEXTW || header.code == TTN_NEEDTEXTA) return giveToolTip(header);
+    if (header.hwndFrom == tree_.Handle()) return notifyTree(header, result);
+    if (id == IDC_GRID) return notifyGrid(header);
+    if (id == IDC_ITEM_SPIN && header.code == UDN_DELTAPOS) {
+        spin(reinterpret_cast<const NMUPDOWN&>(header).iDelta);
+        result = TRUE;  // the control's own position means nothing
+        return true;
+    }
+    return false;
+}
+
+bool Hierarchy::notifyTree(NMHDR& header, LRESULT& result) {
+    switch (header.code) {
+        case TVN_SELCHANGEDA:
+        case TVN_SELCHANGEDW: {
+            tree_.CaretChanged();
+            if (tree_.IsChanging()) return true;
+            const auto& change = reinterpret_cast<const NMTREEVIEWW&>(header);
+            selectionChanged(change.itemOld.hItem, change.itemNew.hItem);
+            return true;
+        }
+        case NM_CUSTOMDRAW:
+            result = tree_.Draw(reinterpret_cast<NMTVCUSTOMDRAW&>(header));
+            return true;
+        case TVN_KEYDOWN:
+            if (reinterpret_cast<const NMTVKEYDOWN&>(header).wVKey != VK_F2) return false;
+            tree_.EditLabel(tree_.Caret());
+            return true;
+        case TVN_ENDLABELEDITW:
+            result = rename(reinterpret_cast<const NMTVDISPINFOW&>(header).item);
+            return true;
+        default:
+            return false;
+    }
+}
+
+// The tip is the control's number, by which scripts and support name it.
+bool Hierarchy::giveToolTip(NMHDR& header) {
+    diagnostics::log("TTN\n");
+    const int id = ToolTipControlId(header);
+    if (header.code == TTN_NEEDTEXTA) {
+        auto& text = reinterpret_cast<NMTTDISPINFOA&>(header).szText;
+        std::snprintf(text, std::size(text), "Control ID = %d", id);
+    } else {
+        auto& text = reinterpret_cast<NMTTDISPINFOW&>(header).szText;
+        const std::wstring wide = toWide("Control ID = " + std::to_string(id));
+        wide.copy(text, std::size(text) - 1);
+        text[std::min(wide.size(), std::size(text) - 1)] = 0;
+    }
+    return true;
+}
+
+void Hierarchy::selectionChanged(HTREEITEM old, HTREEITEM now) {
+    if (bulk_ || clearing_) return;
+    showNode(now);
+    spreadMarks(old, now);
+    countSelected();
+}
+
+void Hierarchy::spreadMarks(HTREEITEM old, HTREEITEM now) {
+    if (!subtree_.IsChecked()) return;
+    const CWaitCursor wait;
+    const RedrawPause pause(tree_);
+    const BulkOperation bulk(bulk_);
+    tree_.SpreadMark(old);
+    tree_.SpreadMark(now);
+}
+
+void Hierarchy::countSelected() {
+    const std::size_t count = tree_.SelectedCount();
+    if (count == selectedCount_) return;
+    selectedCount_ = count;
+    EnableItem(IDC_CREATE, count == 1 && commandsEnabled_);
+}
+
+}  // namespace tessera

@@ -1,0 +1,143 @@
+// The form of the hierarchy browser.
+#pragma once
+
+#include "ctreectrlex.h"
+
+#include <fltkilnutil/fltattr.h>
+#include <framework/cbitmapbutton.h>
+#include <framework/cdialog.h>
+#include <tessera/browserexports.h>
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tessera {
+
+/// The window with the scene's tree on the left and the current node's attributes on the right.
+///
+/// It never touches the scene: everything that changes or queries it goes to the client. "Current"
+/// is the item whose node is shown on the right; it need not be the tree's caret item.
+class Hierarchy : public CDialog {
+public:
+    Hierarchy();
+    ~Hierarchy() override;
+
+    /// Creates the dialog, hidden. False when the platform refuses.
+    bool create(HWND parent);
+
+    void bind(BrowserCallback callback, void* clientData) noexcept;
+
+    // What the exports do; they are described there.
+    void show(bool shown);
+    HTREEITEM addNode(HTREEITEM parent, const char* text, NodeHandle node);
+    void deleteNode(HTREEITEM item);
+    void deleteChildren(HTREEITEM item);
+    NodeHandle nodeOfItem(HTREEITEM item);
+    void selectNode(HTREEITEM item);
+    void refresh();
+    void resetPosition();
+
+    /// Clears the property side and enables or disables the commands.
+    void resetProperties(bool enabled);
+
+protected:
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+    bool OnInitDialog() override;
+    void OnSize(UINT type, int width, int height) override;
+    void OnMinMaxInfo(MINMAXINFO& info) override;
+    void OnClose() override;
+    void OnOK() override {}
+    void OnCancel() override;
+    void OnActivate(UINT state, HWND other, bool minimised) override;
+    bool OnCommand(int id, UINT code, HWND control) override;
+    bool OnNotify(int id, NMHDR& header, LRESULT& result) override;
+    bool PreTranslateMessage(MSG& message) override;
+
+private:
+    class CGridEx;
+
+    // Setting up and laying out.
+    void initialiseTree();
+    void initialiseGrid();
+    void loadPictures();
+    void layOut(int growX, int growY);
+    void fitColumns();
+
+    // The client.
+    bool hasClient() const noexcept { return callback_ != nullptr; }
+    void send(BrowserEvent event, HTREEITEM first = nullptr, HTREEITEM second = nullptr,
+              std::uintptr_t argument = 0, std::uintptr_t argument2 = 0);
+    void message(unsigned stringId);
+
+    // Commands.
+    bool pushed(int id);
+    void moveSelected(BrowserEvent event);
+    void selectCaretOnly();
+    void expandSelected(bool expand);
+    void selectInHost();
+    void selectFromHost();
+    std::vector<NodeHandle> hostSelection();
+    void find();
+    std::optional<int> searchedAttribute();
+    void markMatches(NodeHandle node, FltNodeKind kind, int row);
+    void create();
+    bool mayCreate(const TreeItem& parent, int choice);
+    void spin(int step);
+    void drop(HTREEITEM dragged, HTREEITEM target);
+    bool mayAttach(const TreeItem& dragged, const TreeItem& target);
+    bool rename(const TVITEMW& edited);
+
+    // Notifications.
+    bool notifyTree(NMHDR& header, LRESULT& result);
+    bool notifyGrid(NMHDR& header);
+    bool giveToolTip(NMHDR& header);
+    void selectionChanged(HTREEITEM old, HTREEITEM now);
+    void spreadMarks(HTREEITEM old, HTREEITEM now);
+    void countSelected();
+    void clear();
+
+    // The property side.
+    void showNode(HTREEITEM item);
+    void showNothing(const char* name);
+    void showName();
+    void showAttributes(const FltAttrGroup& set);
+    void showComment(NodeHandle node);
+    void storeComment();
+    void reduceGrid();
+    void endEdit(int attribute, const std::string& entered);
+    bool storeValue(NodeHandle node, int attribute, const std::string& value);
+    bool storeInSelected(FltNodeKind kind, int attribute, const std::string& value);
+    void renewDependent(NodeHandle node);
+    void showAgain(HTREEITEM item);
+    void focusTree();
+    void editSwitch(bool on, HTREEITEM item);
+
+    std::unique_ptr<CGridEx> grid_;
+    BrowserCallback callback_ = nullptr;
+    void* clientData_ = nullptr;
+    CTreeCtrlEx tree_;
+    SIZE size_{};           ///< of the client area, as the controls are laid out for
+    SIZE smallestTrack_{};  ///< of the window
+    bool clearing_ = false;
+    bool bulk_ = false;
+    /// An item's handle leaves it when the item is deleted by itself; those of the items below stay
+    /// until the whole tree is cleared.
+    std::map<NodeHandle, HTREEITEM> index_;
+    HTREEITEM current_ = nullptr;
+    CEdit comment_;
+    CComboBox createKind_;
+    CButton global_;
+    CEdit name_;
+    CBitmapButton up_, down_, expand_, collapse_, selectGet_, selectSet_, find_, tool_;
+    std::size_t selectedCount_ = 0;
+    bool switchEditing_ = false;
+    HTREEITEM switchItem_ = nullptr;
+    CButton subtree_;
+    CImageList images_;
+    bool commandsEnabled_ = true;
+    std::string shownComment_;
+};
+
+}  // namespace tessera

@@ -1,0 +1,111 @@
+// The property side of the form: the current node's name and comment.
+#include "attributestore.h"
+#include "hierarchy.h"
+
+#include <fltkilnutil/kilnflt.h>
+#include <framework/text.h>
+#include <resources/resource.h>
+
+namespace tessera {
+namespace {
+
+// A comment keeps at most this many characters when it is edited here.
+constexpr int kLongestComment = 8096;
+
+// An edit control shows only pairs of carriage return and line feed as line ends.
+std::string withLineEnds(const std::string& text) {
+    std::string shown;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\n' && (i == 0 || text[i - 1] != '\r')) shown += '\r';
+        shown += text[i];
+    }
+    return shown;
+}
+
+// What a control gives for at most that many UTF-16 units, without half a character at the end.
+std::string wholeCharacters(const CWnd& control, int units) {
+    std::wstring text = toWide(control.Text(units + 1));
+    if (text.size() > static_cast<std::size_t>(units)) {
+        text.resize(static_cast<std::size_t>(units));
+        if (!text.empty() && IS_HIGH_SURROGATE(text.back())) text.pop_back();
+    }
+    return toUtf8(text);
+}
+
+}  // namespace
+
+// Every change of the current item ends here.
+void Hierarchy::showNode(HTREEITEM item) {
+    if (comment_.HasFocus()) storeComment();
+    current_ = item;
+    const TreeItem* const found = tree_.Find(item);
+    if (!found) {
+        current_ = nullptr;
+        focusTree();
+        editSwitch(false, nullptr);
+        return;
+    }
+    if (!found->node) {
+        showNothing("");
+        return;
+    }
+    const std::optional<FltNodeKind> kind = recordKind(found->node);
+    const FltAttrGroup* const set = kind ? loadAttributes(found->node) : nullptr;
+    if (!set) {
+        showNothing("Non-OpenFlight Selection");
+        return;
+    }
+    showName();
+    showAttributes(*set);
+    comment_.Enable();
+    showComment(found->node);
+    focusTree();
+    editSwitch(*kind == FltNodeKind::Switch, item);
+}
+
+void Hierarchy::showNothing(const char* name) {
+    name_.SetText(name);
+    showComment(0);
+    reduceGrid();
+    focusTree();
+    editSwitch(false, nullptr);
+}
+
+void Hierarchy::showName() {
+    const FltAttrGroup* const set = loadAttributes(tree_.Node(current_));
+    if (!set) return;
+    name_.SetText(std::string(set->caption ? set->caption : "") + ":" + tree_.ItemText(current_));
+}
+
+// Gives the keyboard to the tree, but takes it from nobody else's window while the form is hidden.
+void Hierarchy::focusTree() {
+    if (IsVisible()) tree_.SetFocus();
+}
+
+/// No node: empty and not to be written in.
+void Hierarchy::showComment(NodeHandle node) {
+    std::string text;
+    if (node) fltGetComment(nodeOf(node), text);
+    comment_.SetText(withLineEnds(text));
+    comment_.Enable(node != 0);
+    shownComment_ = wholeCharacters(comment_, kLongestComment);
+}
+
+// Only what the user changed is written, so that walking over a node gives it no comment.
+void Hierarchy::storeComment() {
+    const NodeHandle node = tree_.Node(current_);
+    if (!node || !comment_.IsEnabled()) return;
+    const std::string text = wholeCharacters(comment_, kLongestComment);
+    if (text == shownComment_) return;
+    if (fltPutComment(nodeOf(node), text)) shownComment_ = text;
+}
+
+// ---------------------------------------------------------------- switch
+
+void Hierarchy::editSwitch(bool on, HTREEITEM item) {
+    switchEditing_ = on;
+    switchItem_ = on ? item : nullptr;
+    EnableItem(IDC_TOOL, on);
+}
+
+}  // namespace tessera

@@ -1,0 +1,50 @@
+// The kinds of nodes that the tree tells apart.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace tessera {
+
+/// What an icon stands for. The numbers are those of the icon set, not the order of the images.
+enum class IconKind : std::int32_t {
+    lightSource = 7,
+    sceneRoot = 9,
+    omniLight = 12,
+    spotLight = 13,
+    plain = 17,
+    none = -1,
+};
+
+/// A row of the table of record kinds. The position of a row is that of its icon among the tree's
+/// images.
+struct RecordKind {
+    IconKind icon;
+    std::uint16_t opcode;  ///< 65535: not an OpenFlight record
+    std::uint16_t bitmap;  ///< resource id
+    bool endsCreateList;   ///< neither this row nor a later one can be created by the user
+};
+
+inline constexpr std::size_t kRecordKindCount = 19;
+/// The row of the overlay image, which is no kind.
+inline constexpr int kOverlayRow = 18;
+
+extern const std::array<RecordKind, kRecordKindCount> kRecordKinds;
+
+/// The first row of that opcode, -1 when there is none.
+int kindRowByOpcode(std::uint16_t opcode) noexcept;
+/// The first row of that icon kind, -1 when there is none.
+int kindRowByIcon(IconKind icon) noexcept;
+
+/// The number of rows that the user can create: those before the first that ends the list.
+int creatableKindCount() noexcept;
+
+/// Loads the display names from the module's strings, and frees them.
+void loadKindNames();
+void freeKindNames() noexcept;
+/// The display name of a row; empty when its string is missing or the names are not loaded.
+const std::string& kindName(int row) noexcept;
+
+}  // namespace tessera

@@ -1,0 +1,87 @@
+#include "treemodel.h"
+
+#include <algorithm>
+
+namespace tessera {
+
+TreeItem& TreeModel::insert(BrowserItem handle, TreeItem* parent, TreeItem* after, bool first,
+                            NodeHandle node) {
+    TreeItem& above = *topAware(parent);
+    TreeItem& item = items_[handle];
+    item.handle = handle;
+    item.node = node;
+    item.parent = parent;
+    item.previous = after || first ? after : above.lastChild;
+    item.next = item.previous ? item.previous->next : above.firstChild;
+    (item.previous ? item.previous->next : above.firstChild) = &item;
+    (item.next ? item.next->previous : above.lastChild) = &item;
+    return item;
+}
+
+void TreeModel::remove(TreeItem& item) {
+    TreeItem& above = *topAware(item.parent);
+    (item.previous ? item.previous->next : above.firstChild) = item.next;
+    (item.next ? item.next->previous : above.lastChild) = item.previous;
+    for (TreeItem* gone : bottomUp(item)) {
+        selected_.erase(gone);
+        items_.erase(gone->handle);
+    }
+}
+
+void TreeModel::clear() {
+    selected_.clear();
+    items_.clear();
+    top_ = TreeItem();
+}
+
+TreeItem* TreeModel::find(BrowserItem handle) {
+    const auto found = items_.find(handle);
+    return found == items_.end() ? nullptr : &found->second;
+}
+
+void TreeModel::setSelected(TreeItem& item, bool selected) {
+    item.selected = selected;
+    if (selected)
+        selected_.insert(&item);
+    else
+        selected_.erase(&item);
+}
+
+TreeItem* TreeModel::following(const TreeItem& item, const TreeItem* below) {
+    return item.firstChild ? item.firstChild : skipping(item, below);
+}
+
+TreeItem* TreeModel::skipping(const TreeItem& item, const TreeItem* below) {
+    for (const TreeItem* at = &item; at && at != below; at = at->parent)
+        if (at->next) return at->next;
+    return nullptr;
+}
+
+std::vector<TreeItem*> TreeModel::bottomUp(TreeItem& item) {
+    std::vector<TreeItem*> items;
+    for (TreeItem* at = &item; at; at = following(*at, &item)) items.push_back(at);
+    std::reverse(items.begin(), items.end());
+    return items;
+}
+
+bool TreeModel::isWithin(const TreeItem& item, const TreeItem& ancestor) {
+    const TreeItem* at = &item;
+    while (at && at != &ancestor) at = at->parent;
+    return at != nullptr;
+}
+
+std::vector<TreeItem*> TreeModel::ancestorsBottomUp(const std::vector<TreeItem*>& items) {
+    std::unordered_set<const TreeItem*> seen;
+    std::vector<TreeItem*> ancestors;
+    for (const TreeItem* item : items) {
+        const auto start = static_cast<std::ptrdiff_t>(ancestors.size());
+        for (TreeItem* at = item->parent; at && seen.insert(at).second; at = at->parent)
+            ancestors.push_back(at);
+        // Each path is found bottom-up and ends below what is there: reversed, all are top-down.
+        std::reverse(ancestors.begin() + start, ancestors.end());
+    }
+    std::reverse(ancestors.begin(), ancestors.end());
+    return ancestors;
+}
+
+}  // namespace tessera

@@ -1,0 +1,76 @@
+// What the browser knows of its tree without asking the control.
+#pragma once
+
+#include <tessera/browserexports.h>
+
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace tessera {
+
+/// One item of the tree. The links are null where there is no such item.
+struct TreeItem {
+    BrowserItem handle = nullptr;
+    NodeHandle node = 0;
+    TreeItem* parent = nullptr;
+    TreeItem* firstChild = nullptr;
+    TreeItem* lastChild = nullptr;
+    TreeItem* next = nullptr;
+    TreeItem* previous = nullptr;
+    bool selected = false;
+};
+
+/// The items of a tree control with their order, node handles and selected marks.
+///
+/// The platform's control looks an item up at every call, in time that may grow with the size of
+/// the tree; walking or counting 100,000 items through it takes seconds. This copy is kept in step
+/// by the control's window procedure and answers at once.
+class TreeModel {
+public:
+    /// Adds an item as a child of `parent` (null: top level), after its sibling `after`; without
+    /// one as the last child, or the first.
+    TreeItem& insert(BrowserItem handle, TreeItem* parent, TreeItem* after, bool first,
+                     NodeHandle node);
+
+    /// Removes an item with everything below it.
+    void remove(TreeItem& item);
+    void clear();
+
+    /// Null for a handle that is not in the tree.
+    TreeItem* find(BrowserItem handle);
+
+    /// The first top-level item, or null.
+    TreeItem* first() { return top_.firstChild; }
+    std::size_t size() const noexcept { return items_.size(); }
+
+    void setSelected(TreeItem& item, bool selected);
+    std::size_t selectedCount() const noexcept { return selected_.size(); }
+    /// The selected items, in no particular order.
+    std::vector<TreeItem*> selected() const { return {selected_.begin(), selected_.end()}; }
+
+    /// The item after `item` when parents come before their children; null at the end. Within
+    /// `below` only, when given: null once everything below it has been seen.
+    static TreeItem* following(const TreeItem& item, const TreeItem* below = nullptr);
+
+    /// The same, leaving out what is below `item`.
+    static TreeItem* skipping(const TreeItem& item, const TreeItem* below = nullptr);
+
+    /// `item` and everything below it, children before their parents.
+    static std::vector<TreeItem*> bottomUp(TreeItem& item);
+
+    /// Whether `item` is `ancestor` or lies below it.
+    static bool isWithin(const TreeItem& item, const TreeItem& ancestor);
+
+    /// Every item above one of `items`, each once, children before their parents.
+    static std::vector<TreeItem*> ancestorsBottomUp(const std::vector<TreeItem*>& items);
+
+private:
+    TreeItem* topAware(TreeItem* parent) { return parent ? parent : &top_; }
+
+    TreeItem top_;  ///< stands above the top level; never handed out
+    std::unordered_map<BrowserItem, TreeItem> items_;
+    std::unordered_set<TreeItem*> selected_;
+};
+
+}  // namespace tessera

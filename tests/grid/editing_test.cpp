@@ -1,0 +1,272 @@
+#include "gridhost.h"
+
+#include <stdexcept>
+
+using grid::CellId;
+using grid::EditorKind;
+using gridtest::Edited;
+using testinput::key;
+
+namespace {
+
+class GridEditing : public gridtest::GridTest {
+protected:
+    bool editing() {
+        testinput::pump();
+        return grid().Editor() != nullptr;
+    }
+    std::string editorText() {
+        CWnd editor;
+        editor.Attach(grid().Editor());
+        return editor.Text();
+    }
+    using Edits = std::vector<Edited>;
+};
+
+}  // namespace
+
+TEST_F(GridEditing, StartsBySecondClickF2EnterOrTyping) {
+    clickCell(2, 1);
+    EXPECT_FALSE(editing());
+    clickCell(2, 1);
+    EXPECT_TRUE(editing());
+    EXPECT_EQ(editorText(), "value 2");
+    key(VK_ESCAPE);
+    EXPECT_FALSE(editing());
+
+    for (const WORD start : {WORD{VK_F2}, WORD{VK_RETURN}}) {
+        key(start);
+        EXPECT_TRUE(editing());
+        testinput::type(L"12");
+        EXPECT_EQ(editorText(), "12") << "what is typed replaces the selected text";
+        key(VK_ESCAPE);
+        EXPECT_FALSE(editing());
+    }
+    testinput::type(L"组7");
+    EXPECT_TRUE(editing());
+    EXPECT_EQ(editorText(), "组7");
+    key(VK_ESCAPE);
+    EXPECT_EQ(grid().CellText(2, 1), "value 2");
+    EXPECT_TRUE(host.edits.empty()) << "a cancelled edit is nobody's business";
+    EXPECT_EQ(::GetFocus(), grid().Handle());
+}
+
+TEST_F(GridEditing, EndsOnEnterTabAndLossOfFocusAndTellsTheOwner) {
+    grid().SetFocusCell({1, 1});
+    testinput::type(L"one");
+    key(VK_RETURN);
+    EXPECT_FALSE(editing());
+    EXPECT_EQ(focus(), (CellId{1, 1}));
+    EXPECT_EQ(grid().CellText(1, 1), "one");
+    testinput::type(L"two");
+    key(VK_TAB);
+    EXPECT_EQ(focus(), (CellId{2, 1})) << "Tab goes to the next value";
+    testinput::type(L"three");
+    key(VK_TAB, {VK_SHIFT});
+    EXPECT_EQ(focus(), (CellId{1, 1}));
+    testinput::type(L"four");
+    ::SetFocus(host.Item(gridtest::kBefore));
+    testinput::pump();
+    EXPECT_EQ(::GetFocus(), host.Item(gridtest::kBefore)) << "the focus stays where it went";
+    EXPECT_EQ(
+        host.edits,
+        (Edits{{{1, 1}, "one", 1}, {{1, 1}, "two", 1}, {{2, 1}, "three", 2}, {{1, 1}, "four", 1}}));
+}
+
+TEST_F(GridEditing, AnUnchangedTextIsToldOnEnterOnly) {
+    grid().SetFocusCell({1, 1});
+    key(VK_F2);
+    key(VK_TAB);
+    key(VK_F2);
+    clickCell(4, 1);
+    EXPECT_TRUE(host.edits.empty());
+    key(VK_F2);
+    key(VK_RETURN);
+    EXPECT_EQ(host.edits, (Edits{{{4, 1}, "value 4", 4}}));
+}
+
+TEST_F(GridEditing, ArrowAndPageKeysEndItWhereAskedOrWithControl) {
+    grid().SetFocusCell({2, 1});
+    testinput::type(L"typed");
+    key(VK_DOWN);
+    EXPECT_FALSE(editing());
+    EXPECT_EQ(focus(), (CellId{3, 1})) << "an edit begun by typing goes on by arrow";
+    EXPECT_EQ(grid().CellText(2, 1), "typed");
+
+    key(VK_F2);
+    for (const WORD inside : {WORD{VK_LEFT}, WORD{VK_HOME}, WORD{VK_UP}, WORD{VK_NEXT}}) {
+        key(inside);
+        EXPECT_TRUE(editing()) << "key " << inside << " moves in the text";
+    }
+    testinput::type(L"<");
+    key(VK_UP, {VK_CONTROL});
+    EXPECT_FALSE(editing());
+    EXPECT_EQ(grid().CellText(3, 1), "<value 3");
+    EXPECT_EQ(focus(), (CellId{2, 1}));
+    key(VK_F2);
+    key(VK_NEXT, {VK_CONTROL});
+    EXPECT_EQ(focus(), (CellId{6, 1})) << "the page keys too, when Ctrl is held";
+}
+
+TEST_F(GridEditing, TheLastRowTakesSeveralLines) {
+    grid().SetFocusCell({6, 1});
+    key(VK_F2);
+    testinput::type(L"first");
+    key(VK_RETURN);
+    EXPECT_TRUE(editing()) << "Enter belongs to the text";
+    testinput::type(L"second");
+    key(VK_RETURN, {VK_CONTROL});
+    EXPECT_FALSE(editing());
+    EXPECT_EQ(grid().CellText(6, 1), "first\r\nsecond");
+    key(VK_F2);
+    key(VK_TAB);
+    EXPECT_EQ(::GetFocus(), host.Item(gridtest::kAfter)) << "Tab from the last cell leaves";
+}
+
+TEST_F(GridEditing, OwnerHasTheLastWordOnTheText) {
+    host.onEdit = [&](const Edited& edited) -> LRESULT {
+        host.grid.SetCellText(edited.cell.row, edited.cell.column, "12");
+        return 0;
+    };
+    grid().SetFocusCell({2, 1});
+    testinput::type(L"12abc");
+    key(VK_RETURN);
+    EXPECT_EQ(grid().CellText(2, 1), "12") << "a normalised text is shown at once";
+
+    host.onEdit = [](const Edited&) -> LRESULT { return -1; };
+    testinput::type(L"nonsense");
+    key(VK_RETURN);
+    EXPECT_EQ(grid().CellText(2, 1), "12") << "a refused one goes back";
+
+    host.onEdit = [&](const Edited&) -> LRESULT {
+        host.Fill(2);
+        ::SetFocus(host.Item(gridtest::kBefore));
+        return 0;
+    };
+    grid().SetFocusCell({5, 1});
+    testinput::type(L"gone");
+    key(VK_TAB);
+    EXPECT_EQ(grid().RowCount(), 3) << "the rows may go from within";
+    EXPECT_FALSE(editing());
+
+    host.onEdit = [](const Edited&) -> LRESULT { throw std::runtime_error("owner"); };
+    grid().SetFocusCell({1, 1});
+    testinput::type(L"x");
+    key(VK_RETURN);
+    EXPECT_FALSE(editing());
+    host.onEdit = nullptr;
+    testinput::type(L"y");
+    key(VK_RETURN);
+    EXPECT_EQ(grid().CellText(1, 1), "y") << "the grid goes on after an owner that failed";
+}
+
+TEST_F(GridEditing, NeedsAnEditorAnEditableGridAndTheOwnersConsent) {
+    grid().SetCellEditor(1, 1, EditorKind::none);
+    EXPECT_FALSE(grid().BeginEdit({1, 1}));
+    EXPECT_FALSE(grid().BeginEdit({1, 0})) << "a fixed cell";
+    host.refuseEditing = true;
+    EXPECT_FALSE(grid().BeginEdit({2, 1}));
+    EXPECT_EQ(host.begun, (std::vector<CellId>{{2, 1}})) << "only a possible edit is asked for";
+    host.refuseEditing = false;
+    EXPECT_TRUE(grid().BeginEdit({2, 1}));
+    grid().SetEditable(false);
+    EXPECT_FALSE(editing());
+    EXPECT_FALSE(grid().BeginEdit({2, 1}));
+    clickCell(3, 1);
+    testinput::type(L"a");
+    EXPECT_FALSE(editing());
+}
+
+TEST_F(GridEditing, DestroyingTheGridWhileEditingIsHarmless) {
+    grid().SetFocusCell({2, 1});
+    key(VK_F2);
+    testinput::type(L"x");
+    host.DestroyWindow();
+    testinput::pump();
+    EXPECT_FALSE(grid().HasWindow());
+    EXPECT_EQ(host.edits, (Edits{{{2, 1}, "x", 2}})) << "it is told while all is still there";
+}
+
+namespace {
+
+class GridList : public GridEditing {
+protected:
+    void SetUp() override {
+        GridEditing::SetUp();
+        grid().SetCellEditor(2, 1, EditorKind::list);
+        grid().SetCellText(2, 1, "Never");
+    }
+    bool dropped() { return ::SendMessageW(grid().Editor(), CB_GETDROPPEDSTATE, 0, 0) != 0; }
+    POINT entry(int position) {
+        COMBOBOXINFO info{};
+        info.cbSize = sizeof info;
+        ::GetComboBoxInfo(grid().Editor(), &info);
+        RECT area{};
+        ::SendMessageW(info.hwndList, LB_GETITEMRECT, static_cast<WPARAM>(position),
+                       reinterpret_cast<LPARAM>(&area));
+        POINT at{area.left + 10, (area.top + area.bottom) / 2};
+        ::ClientToScreen(info.hwndList, &at);
+        ::ScreenToClient(grid().Handle(), &at);
+        return at;
+    }
+};
+
+}  // namespace
+
+TEST_F(GridList, DropsDownOnTheFirstClickAndTakesTheClickedEntry) {
+    clickCell(2, 1);
+    ASSERT_TRUE(editing());
+    EXPECT_TRUE(dropped());
+    EXPECT_EQ(editorText(), "Never") << "it begins with the cell's own text";
+    EXPECT_EQ(::SendMessageW(grid().Editor(), CB_GETCOUNT, 0, 0), 4);
+    testinput::click(grid().Handle(), entry(2));
+    EXPECT_FALSE(editing());
+    EXPECT_EQ(grid().CellText(2, 1), "Near");
+    EXPECT_EQ(host.edits, (Edits{{{2, 1}, "Near", 2}}));
+    EXPECT_EQ(::GetFocus(), grid().Handle());
+}
+
+TEST_F(GridList, FindsWhatIsTyped) {
+    grid().SetFocusCell({2, 1});
+    key(VK_F2);
+    testinput::type(L"nig");
+    EXPECT_EQ(editorText(), "Night");
+    key(VK_RETURN);
+    EXPECT_FALSE(editing());
+    EXPECT_EQ(grid().CellText(2, 1), "Night");
+
+    testinput::type(L"a");
+    EXPECT_TRUE(editing()) << "typing on the cell opens its list";
+    EXPECT_EQ(editorText(), "Always");
+    key(VK_TAB);
+    EXPECT_EQ(grid().CellText(2, 1), "Always");
+    EXPECT_EQ(focus(), (CellId{3, 1}));
+}
+
+TEST_F(GridList, TheSameKeyGoesThroughTheEntries) {
+    grid().SetCellText(2, 1, "Always");
+    grid().SetFocusCell({2, 1});
+    key(VK_F2);
+    testinput::type(L"n");
+    EXPECT_EQ(editorText(), "Never");
+    testinput::type(L"n");
+    EXPECT_EQ(editorText(), "Near");
+    testinput::type(L"n");
+    EXPECT_EQ(editorText(), "Night");
+}
+
+TEST_F(GridList, EscapeAndAForeignTextChangeNothing) {
+    grid().SetFocusCell({2, 1});
+    key(VK_F2);
+    key(VK_DOWN);
+    EXPECT_EQ(editorText(), "Near");
+    key(VK_ESCAPE);
+    EXPECT_FALSE(editing());
+    EXPECT_EQ(grid().CellText(2, 1), "Never");
+
+    grid().SetCellText(2, 1, "none of the choices");
+    key(VK_F2);
+    key(VK_TAB);
+    EXPECT_EQ(grid().CellText(2, 1), "none of the choices");
+    EXPECT_TRUE(host.edits.empty());
+}

@@ -1,0 +1,145 @@
+#include "gridhost.h"
+
+#include <numeric>
+
+using grid::CellId;
+
+namespace {
+
+class GridLayout : public gridtest::GridTest {
+protected:
+    int widthOfAll() {
+        int width = 0;
+        for (int column = 0; column < grid().ColumnCount(); ++column)
+            width += grid().ColumnWidth(column);
+        return width;
+    }
+    bool hasBar(DWORD style) { return (grid().Style() & style) != 0; }
+};
+
+}  // namespace
+
+TEST_F(GridLayout, SharesStayWhenTheGridIsResized) {
+    grid().SetColumnWidth(0, 100);
+    grid().SetColumnWidth(1, 300);
+    grid().ExpandColumnsToFit();
+    EXPECT_EQ(widthOfAll(), grid().ClientRect().right);
+    for (const int width : {333, 90, 251, 400}) {
+        RECT area = grid().AreaInParent();
+        area.right = area.left + width;
+        grid().MoveTo(area);
+        const int client = grid().ClientRect().right;
+        EXPECT_EQ(widthOfAll(), client) << "at " << width;
+        EXPECT_NEAR(grid().ColumnWidth(0), client / 4.0, 1) << "at " << width;
+    }
+}
+
+TEST_F(GridLayout, FillsTheWidthBesideTheScrollBarThatComesAndGoes) {
+    host.Fill(2);
+    EXPECT_FALSE(hasBar(WS_VSCROLL));
+    const int wide = grid().ClientRect().right;
+    host.Fill(100);
+    EXPECT_TRUE(hasBar(WS_VSCROLL));
+    EXPECT_LT(grid().ClientRect().right, wide);
+    EXPECT_EQ(widthOfAll(), grid().ClientRect().right);
+    EXPECT_FALSE(hasBar(WS_HSCROLL));
+    host.Fill(1);
+    EXPECT_FALSE(hasBar(WS_VSCROLL));
+    EXPECT_EQ(widthOfAll(), wide);
+}
+
+TEST_F(GridLayout, AutoSizeShowsTheWidestText) {
+    grid().SetCellText(3, 1, "a text that is clearly the widest one of this column");
+    grid().AutoSizeColumn(1);
+    const int wide = grid().ColumnWidth(1);
+    grid().SetCellText(3, 1, "short");
+    grid().AutoSizeColumn(1);
+    EXPECT_LT(grid().ColumnWidth(1), wide / 2);
+    EXPECT_GT(grid().ColumnWidth(1), 0);
+}
+
+TEST_F(GridLayout, ScrollsByWheelAndBarWithinItsRows) {
+    host.Fill(1000);
+    testinput::wheel(grid().Handle(), middleOf(3, 1), -WHEEL_DELTA);
+    EXPECT_EQ(grid().TopRow(), 4);
+    EXPECT_FALSE(grid().CellRect({1, 1}));
+    EXPECT_TRUE(grid().CellRect({0, 1})) << "the heading stays";
+    testinput::wheel(grid().Handle(), middleOf(5, 1), -WHEEL_DELTA / 3);
+    EXPECT_EQ(grid().TopRow(), 5) << "a fine wheel turns by parts of a notch";
+    testinput::wheel(grid().Handle(), middleOf(5, 1), 50 * WHEEL_DELTA);
+    EXPECT_EQ(grid().TopRow(), 1);
+    grid().Send(WM_VSCROLL, SB_BOTTOM);
+    EXPECT_TRUE(grid().CellRect({1000, 1}));
+    grid().SetTopRow(100000);
+    EXPECT_TRUE(grid().CellRect({1000, 1})) << "there is nothing below the last row";
+    const auto last = grid().CellRect({1000, 1});
+    EXPECT_LE(last->bottom, grid().ClientRect().bottom);
+}
+
+TEST_F(GridLayout, ScrollsSidewaysUnderTheFixedColumn) {
+    grid().SetColumnCount(10);
+    for (int column = 0; column < 10; ++column) grid().SetColumnWidth(column, 90);
+    EXPECT_TRUE(hasBar(WS_HSCROLL));
+    grid().SetFocusCell({1, 9});
+    const auto last = grid().CellRect({1, 9});
+    ASSERT_TRUE(last);
+    EXPECT_LE(last->right, grid().ClientRect().right);
+    EXPECT_EQ(grid().CellRect({1, 0})->left, 0);
+    EXPECT_FALSE(grid().CellRect({1, 1}));
+    EXPECT_EQ(grid().CellAt({last->left + 5, last->top + 2}), (CellId{1, 9}));
+    EXPECT_EQ(grid().CellAt({5, last->top + 2}), (CellId{1, 0}));
+    grid().SetFocusCell({1, 1});
+    EXPECT_EQ(grid().CellRect({1, 1})->left, 90);
+}
+
+TEST_F(GridLayout, IsFoundAgainAtEveryPointOfACell) {
+    for (int row = 0; row < 4; ++row) {
+        for (int column = 0; column < 2; ++column) {
+            const auto area = grid().CellRect({row, column});
+            ASSERT_TRUE(area);
+            EXPECT_EQ(grid().CellAt({area->left, area->top}), (CellId{row, column}));
+            EXPECT_EQ(grid().CellAt({area->right - 1, area->bottom - 1}), (CellId{row, column}));
+        }
+    }
+    EXPECT_EQ(grid().CellAt({-1, 5}), CellId{});
+    EXPECT_EQ(grid().CellAt({5, 10000}), CellId{});
+}
+
+TEST_F(GridLayout, PaintsItsBackgroundAndTheSelection) {
+    constexpr COLORREF kYellow = 0xE0FFFF;
+    grid().SetBackground(kYellow);
+    grid().SetRowCount(3);
+    const RECT client = grid().ClientRect();
+    EXPECT_EQ(testinput::pixel(grid().Handle(), {client.right / 2, client.bottom - 3}), kYellow);
+    grid().SetFocusCell({1, 1});
+    const auto inCell = [&](int row) {
+        const auto area = grid().CellRect({row, 1});
+        return testinput::pixel(grid().Handle(), {area->right - 6, area->top + 3});
+    };
+    EXPECT_EQ(inCell(1), ::GetSysColor(COLOR_HIGHLIGHT));
+    EXPECT_EQ(inCell(2), kYellow);
+    ::SetFocus(host.Item(gridtest::kBefore));
+    EXPECT_EQ(inCell(1), ::GetSysColor(COLOR_BTNFACE)) << "without the focus it is seen, but pale";
+}
+
+TEST_F(GridLayout, MirroredIsLaidOutFromTheRight) {
+    CGridCtrl mirrored;
+    ASSERT_TRUE(mirrored.CreateEx(WS_EX_LAYOUTRTL | WS_EX_RTLREADING, kGridWindowClass, "",
+                                  WS_CHILD | WS_VISIBLE, {0, 0, 150, 60}, host.Handle(), 7));
+    mirrored.SetRowCount(2);
+    mirrored.SetColumnCount(3);
+    for (int column = 0; column < 3; ++column) mirrored.SetColumnWidth(column, 50);
+    mirrored.SetFixedRowCount(1);
+    mirrored.SetFocusCell({1, 1});
+    mirrored.SetFocus();
+    testinput::key(VK_LEFT);
+    EXPECT_EQ(mirrored.FocusCell(), (CellId{1, 2})) << "left is towards the later columns";
+    testinput::pump();
+    // In screen coordinates the last column is the leftmost one.
+    const RECT window = mirrored.WindowRect();
+    const WindowDc screen(nullptr);
+    const auto area = mirrored.CellRect({1, 2});
+    const int y = static_cast<int>(window.top + area->top) + 3;
+    EXPECT_EQ(::GetPixel(screen.get(), window.left + 6, y), ::GetSysColor(COLOR_HIGHLIGHT));
+    EXPECT_NE(::GetPixel(screen.get(), window.right - 6, y), ::GetSysColor(COLOR_HIGHLIGHT));
+}

@@ -1,0 +1,95 @@
+#include "gridhost.h"
+
+using grid::CellId;
+using grid::CellRange;
+
+namespace {
+
+class GridMouse : public gridtest::GridTest {
+protected:
+    // A point on the divider at the right of a column.
+    POINT divider(int column) {
+        const auto area = grid().CellRect({0, column});
+        return {area->right, (area->top + area->bottom) / 2};
+    }
+};
+
+}  // namespace
+
+TEST_F(GridMouse, ClickMovesTheFocusAndShiftClickExtends) {
+    clickCell(2, 1);
+    EXPECT_EQ(focus(), (CellId{2, 1}));
+    EXPECT_EQ(grid().Editor(), nullptr) << "the first click selects";
+    clickCell(4, 1, {VK_SHIFT});
+    EXPECT_EQ(grid().Selection(), (CellRange{{2, 1}, {4, 1}}));
+    testinput::drag(grid().Handle(), middleOf(1, 1), middleOf(3, 1));
+    EXPECT_EQ(grid().Selection(), (CellRange{{1, 1}, {3, 1}}));
+    EXPECT_EQ(grid().Editor(), nullptr);
+}
+
+TEST_F(GridMouse, HeadingsSelectRowColumnAndAll) {
+    clickCell(3, 0);
+    EXPECT_EQ(focus(), (CellId{3, 1}));
+    EXPECT_EQ(grid().Selection(), (CellRange{{3, 1}, {3, 1}}));
+    clickCell(0, 1);
+    EXPECT_EQ(grid().Selection(), (CellRange{{1, 1}, {6, 1}}));
+    clickCell(0, 0);
+    EXPECT_EQ(grid().Selection(), (CellRange{{1, 1}, {6, 1}}));
+}
+
+TEST_F(GridMouse, ADividerResizesAndTheOtherColumnsKeepFilling) {
+    const int client = grid().ClientRect().right;
+    const int before = grid().ColumnWidth(0);
+    const POINT at = divider(0);
+    testinput::drag(grid().Handle(), at, {at.x + 30, at.y});
+    EXPECT_EQ(grid().ColumnWidth(0), before + 30);
+    EXPECT_EQ(grid().ColumnWidth(0) + grid().ColumnWidth(1), client);
+    const POINT moved = divider(0);
+    testinput::drag(grid().Handle(), moved, {moved.x + 5000, moved.y});
+    EXPECT_GT(grid().ColumnWidth(1), 0) << "the next column is never squeezed out";
+    EXPECT_EQ(grid().ColumnWidth(0) + grid().ColumnWidth(1), client);
+}
+
+TEST_F(GridMouse, WithoutFittingADividerChangesItsColumnOnly) {
+    grid().SetColumnWidth(0, 60);
+    grid().SetColumnWidth(1, 80);
+    const POINT at = divider(1);
+    testinput::drag(grid().Handle(), at, {at.x - 20, at.y});
+    EXPECT_EQ(grid().ColumnWidth(0), 60);
+    EXPECT_EQ(grid().ColumnWidth(1), 60);
+    grid().SetColumnResizing(false);
+    testinput::drag(grid().Handle(), divider(1), at);
+    EXPECT_EQ(grid().ColumnWidth(1), 60);
+}
+
+TEST_F(GridMouse, DoubleClickOnADividerFitsTheColumn) {
+    grid().SetCellText(2, 0, "quite a long name for a row");
+    grid().AutoSizeColumn(0);
+    const int fitted = grid().ColumnWidth(0);
+    grid().SetColumnWidth(0, 20);
+    testinput::click(grid().Handle(), divider(0), 2);
+    EXPECT_EQ(grid().ColumnWidth(0), fitted);
+    EXPECT_EQ(grid().Editor(), nullptr);
+}
+
+TEST_F(GridMouse, DraggingACellCopiesItsText) {
+    grid().SetDragAndDrop(true);
+    grid().SetFocusCell({1, 1});
+    testinput::drag(grid().Handle(), middleOf(1, 1), middleOf(3, 1));
+    EXPECT_EQ(grid().CellText(3, 1), "value 1");
+    EXPECT_EQ(grid().CellText(1, 1), "value 1");
+    EXPECT_EQ(host.edits, (std::vector<gridtest::Edited>{{{3, 1}, "value 1", 3}}));
+    EXPECT_EQ(focus(), (CellId{3, 1}));
+
+    host.edits.clear();
+    grid().SetCellEditor(4, 1, grid::EditorKind::none);
+    testinput::drag(grid().Handle(), middleOf(3, 1), middleOf(4, 1));
+    EXPECT_TRUE(host.edits.empty()) << "a cell that cannot be edited takes nothing";
+    EXPECT_EQ(grid().Editor(), nullptr);
+
+    grid().SetDragAndDrop(false);
+    grid().SetFocusCell({1, 1});
+    testinput::drag(grid().Handle(), middleOf(1, 1), middleOf(3, 1));
+    EXPECT_TRUE(host.edits.empty());
+    EXPECT_EQ(grid().Selection(), (CellRange{{1, 1}, {3, 1}}));
+}
