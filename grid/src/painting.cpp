@@ -21,7 +21,7 @@ void fill(HDC dc, const RECT& area, COLORREF colour) {
 
 // A colour on the way from one to another that is still easy to read on the latter.
 COLORREF between(COLORREF from, COLORREF to) {
-    const auto part = [](BYTE a, BYTE b) { return static_cast<BYTE>((3 * a + 2 * b) / 5); };
+    const auto part = [](BYTE a, BYTE b) { return static_cast<BYTE>((3 * a + b) / 4); };
     return RGB(part(GetRValue(from), GetRValue(to)), part(GetGValue(from), GetGValue(to)),
                part(GetBValue(from), GetBValue(to)));
 }
