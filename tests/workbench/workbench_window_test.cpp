@@ -7,8 +7,14 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
+#include <memory>
 #include <string>
+#include <utility>
+
+using testing::HasSubstr;
 
 namespace {
 
@@ -31,6 +37,29 @@ std::string textOf(HWND window) {
     return toUtf8(text);
 }
 
+/// A file that collects what a program writes to its standard output.
+class OutputFile {
+public:
+    explicit OutputFile(std::wstring path) : path_(std::move(path)) {
+        SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+        handle_ = ::CreateFileW(path_.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited,
+                                CREATE_ALWAYS, 0, nullptr);
+    }
+    ~OutputFile() { ::CloseHandle(handle_); }
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    HANDLE handle() const { return handle_; }
+    std::string text() const {
+        std::ifstream file(std::filesystem::path(path_), std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+private:
+    std::wstring path_;
+    HANDLE handle_;
+};
+
 class WorkbenchTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -39,15 +68,16 @@ protected:
         std::filesystem::create_directories(folder_ / "plugins");
         scene_ = (folder_ / L"场景.kiln").wstring();
         makeScene(toUtf8(scene_));
-        start();
     }
 
     void TearDown() override {
         if (process_.hProcess) {
             ::TerminateProcess(process_.hProcess, 1);
+            ::WaitForSingleObject(process_.hProcess, kPatience);
             ::CloseHandle(process_.hProcess);
             ::CloseHandle(process_.hThread);
         }
+        output_.reset();
         std::filesystem::remove_all(folder_);
     }
 
@@ -55,26 +85,45 @@ protected:
     static void makeScene(const std::string& path) {
         Interface& host = kiln::Core::create().hostInterface();
         host.CreateObjectNode(new BoxObject(20, 20, 20), "塔楼");
-        ASSERT_TRUE(kiln::Core::get()->saveScene(path).ok());
+        const kiln::Status saved = kiln::Core::get()->saveScene(path);
+        ASSERT_TRUE(saved.ok()) << saved.message();
         kiln::Core::destroy();
     }
 
-    void start() {
-        std::wstring line = toWide(WORKBENCH_PROGRAM) + L" \"" + scene_ + L"\" --plugins \"" +
-                            (folder_ / "plugins").wstring() + L"\"";
+    void launch(const std::wstring& plugins, const std::wstring& more = {}) {
+        std::wstring line = L"\"" + toWide(WORKBENCH_PROGRAM) + L"\" \"" + scene_ +
+                            L"\" --plugins \"" + plugins + L"\" " + more;
+        output_ = std::make_unique<OutputFile>((folder_ / "output.txt").wstring());
         STARTUPINFOW info{};
         info.cb = sizeof info;
-        ASSERT_TRUE(::CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr,
+        info.dwFlags = STARTF_USESTDHANDLES;
+        info.hStdOutput = info.hStdError = output_->handle();
+        ASSERT_TRUE(::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
                                      nullptr, &info, &process_));
+    }
+
+    void start(const std::wstring& plugins) {
+        launch(plugins);
         ASSERT_TRUE(eventually([this] {
             window_ = ::FindWindowW(L"WorkbenchMain", nullptr);
             return window_ && ::IsWindowVisible(window_);
         }));
         viewport_ = ::FindWindowExW(window_, nullptr, L"WorkbenchViewport", nullptr);
+        panel_ = ::FindWindowExW(window_, nullptr, L"WorkbenchCommandPanel", nullptr);
         const HWND script = ::FindWindowExW(window_, nullptr, L"WorkbenchScriptPane", nullptr);
         log_ = ::GetDlgItem(script, 1);
         line_ = ::GetDlgItem(script, 2);
-        ASSERT_TRUE(viewport_ && log_ && line_);
+        ASSERT_TRUE(viewport_ && panel_ && log_ && line_);
+        ASSERT_TRUE(eventually([this] { return textOf(window_) == "场景.kiln - Workbench"; }))
+            << textOf(window_);
+    }
+
+    // The program's exit code, once it has ended by itself.
+    DWORD exitCode() {
+        EXPECT_EQ(::WaitForSingleObject(process_.hProcess, kPatience * 4), WAIT_OBJECT_0);
+        DWORD code = STILL_ACTIVE;
+        ::GetExitCodeProcess(process_.hProcess, &code);
+        return code;
     }
 
     // Types a line into the script field and gives what was added to the log.
@@ -91,40 +140,103 @@ protected:
         ::SendMessageW(viewport_, WM_LBUTTONUP, 0, at);
     }
 
+    // The dialog of the open rollup page, or null.
+    HWND page() const {
+        const HWND rollup = ::FindWindowExW(panel_, nullptr, L"WorkbenchRollup", nullptr);
+        return rollup ? ::GetWindow(rollup, GW_CHILD) : nullptr;
+    }
+
     std::filesystem::path folder_;
     std::wstring scene_;
+    std::unique_ptr<OutputFile> output_;
     PROCESS_INFORMATION process_{};
-    HWND window_ = nullptr, viewport_ = nullptr, log_ = nullptr, line_ = nullptr;
+    HWND window_ = nullptr, viewport_ = nullptr, panel_ = nullptr, log_ = nullptr, line_ = nullptr;
 };
 
 TEST_F(WorkbenchTest, OpensASceneSelectsByClickAndCloses) {
-    EXPECT_TRUE(eventually([this] { return textOf(window_) == "场景.kiln - Workbench"; }))
-        << textOf(window_);
-    const HMENU menu = ::GetMenu(window_);
-    ASSERT_NE(menu, nullptr);
-    EXPECT_EQ(::GetMenuItemCount(menu), 4);
-
+    start((folder_ / "plugins").wstring());
+    EXPECT_NE(::GetMenu(window_), nullptr);
     RECT area;
     ::GetClientRect(viewport_, &area);
     EXPECT_GT(area.right, 600);
     EXPECT_GT(area.bottom, 400);
-    EXPECT_THAT(script("$"), testing::HasSubstr("no node is selected"));
+    EXPECT_THAT(script("$"), HasSubstr("no node is selected"));
     click(area.right / 2, area.bottom / 2);
-    EXPECT_THAT(script("$"), testing::HasSubstr("\r\n$'塔楼'"));
+    EXPECT_THAT(script("$"), HasSubstr("\r\n$塔楼"));
     click(3, area.bottom / 3);
-    EXPECT_THAT(script("$"), testing::HasSubstr("no node is selected"));
+    EXPECT_THAT(script("$"), HasSubstr("no node is selected"));
 
     ::SendMessageW(window_, WM_COMMAND, kViewTop, 0);
     ::SendMessageW(window_, WM_COMMAND, kSelectAll, 0);
-    EXPECT_THAT(script("$"), testing::HasSubstr("塔楼"));
-    EXPECT_THAT(script("Nobody.Home"), testing::HasSubstr("no interface is named \"Nobody\""));
+    EXPECT_THAT(script("$"), HasSubstr("\r\n$塔楼"));
+    EXPECT_THAT(script("Nobody.Home"), HasSubstr("no interface is named \"Nobody\""));
 
     ::PostMessageW(window_, WM_CLOSE, 0, 0);
-    ASSERT_EQ(::WaitForSingleObject(process_.hProcess, kPatience), WAIT_OBJECT_0)
-        << "an unchanged scene is closed without a question";
-    DWORD code = 1;
-    ::GetExitCodeProcess(process_.hProcess, &code);
-    EXPECT_EQ(code, 0u);
+    EXPECT_EQ(exitCode(), 0u) << "an unchanged scene is closed without a question";
+}
+
+TEST_F(WorkbenchTest, HostsTheRollupPageOfAUtility) {
+    start(toWide(SAMPLE_PLUGINS));
+    const HWND button = ::FindWindowExW(panel_, nullptr, L"Button", nullptr);
+    ASSERT_NE(button, nullptr);
+    EXPECT_EQ(textOf(button), "Sample 样本");
+    EXPECT_EQ(page(), nullptr);
+    ::SendMessageW(button, BM_CLICK, 0, 0);
+    ASSERT_NE(page(), nullptr);
+    EXPECT_TRUE(::IsWindowVisible(page()));
+
+    // Pulling on an empty place of the page, which is taller than the panel, scrolls it.
+    RECT before, after;
+    ::GetWindowRect(page(), &before);
+    ::SendMessageW(page(), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(20, 200));
+    ::SendMessageW(page(), WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(20, 140));
+    ::SendMessageW(page(), WM_LBUTTONUP, 0, MAKELPARAM(20, 140));
+    ::GetWindowRect(page(), &after);
+    EXPECT_EQ(after.top, before.top - 60);
+    ::SendMessageW(panel_, WM_VSCROLL, SB_TOP, 0);
+    ::GetWindowRect(page(), &after);
+    EXPECT_EQ(after.top, before.top);
+
+    // The title bar folds the page and unfolds it.
+    const HWND rollup = ::GetParent(page());
+    ::SendMessageW(rollup, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(20, 5));
+    EXPECT_FALSE(::IsWindowVisible(page()));
+    ::SendMessageW(rollup, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(20, 5));
+    EXPECT_TRUE(::IsWindowVisible(page()));
+
+    // The page's own button closes the utility while it handles the press.
+    ::SendMessageW(::GetDlgItem(page(), IDOK), BM_CLICK, 0, 0);
+    EXPECT_TRUE(eventually([this] { return page() == nullptr; }));
+    ::SendMessageW(button, BM_CLICK, 0, 0);
+    EXPECT_NE(page(), nullptr);
+    ::SendMessageW(button, BM_CLICK, 0, 0);
+    EXPECT_EQ(page(), nullptr) << "pressing the open utility's button closes it";
+
+    ::SendMessageW(button, BM_CLICK, 0, 0);
+    ::PostMessageW(window_, WM_CLOSE, 0, 0);
+    EXPECT_EQ(exitCode(), 0u) << "closes with a utility open";
+}
+
+TEST_F(WorkbenchTest, WalksThroughTheViewsWithoutAPerson) {
+    launch(toWide(SAMPLE_PLUGINS), L"--screenshots \"" + folder_.wstring() + L"\"");
+    EXPECT_EQ(exitCode(), 0u);
+    const std::string text = output_->text();
+    EXPECT_THAT(text, HasSubstr("ok: expand the tree"));
+    EXPECT_THAT(text, testing::EndsWith("opened 1 node\r\n"));
+    for (const char* name : {"01-viewport.png", "04-tree.png", "08-top.png"}) {
+        std::ifstream file(folder_ / name, std::ios::binary);
+        std::string start(8, ' ');
+        file.read(start.data(), 8);
+        EXPECT_EQ(start, "\x89PNG\r\n\x1A\n") << name;
+    }
+}
+
+TEST_F(WorkbenchTest, AWalkThatMeetsADamagedFileFailsAndSaysWhy) {
+    std::ofstream(std::filesystem::path(scene_), std::ios::trunc) << "{ \"nodes\": [";
+    launch(toWide(SAMPLE_PLUGINS), L"--screenshots \"" + folder_.wstring() + L"\"");
+    EXPECT_EQ(exitCode(), 1u);
+    EXPECT_THAT(output_->text(), HasSubstr("failed: open the file: "));
+    EXPECT_FALSE(std::filesystem::exists(folder_ / "01-viewport.png"));
 }
 
 }  // namespace

@@ -34,7 +34,7 @@ private:
     void fillClipped(const Vec3 (&corners)[3], Colour colour, ItemIndex index);
     void drawEdges(const SceneModel& scene, const Item& item, const Paint& paint);
     void drawMark(const Mark& mark, bool selected);
-    void drawBrackets(const Box& box);
+    void drawBrackets(const Box& around);
     void drawGrid();
     void drawAxes();
     void transform(const SceneModel& scene, const Item& item);

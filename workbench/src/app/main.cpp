@@ -100,11 +100,12 @@ bool WorkbenchApp::InitInstance() {
         return false;
     }
     kiln::Core& core = kiln::Core::create();
-    core.setDirectory(KILN_PLUGIN_DIR, programFolder());
+    const std::string plugins =
+        options.plugins.empty() ? programFolder() + "\\plugins" : absolutePath(options.plugins);
+    core.setDirectory(KILN_PLUGIN_DIR, plugins);
     window_ = std::make_unique<MainWindow>(core);
     if (!window_->Create()) return false;
-    loadPlugins(options.plugins.empty() ? programFolder() + "\\plugins"
-                                        : absolutePath(options.plugins));
+    loadPlugins(plugins);
     window_->Show(SW_SHOW);
     window_->viewport().SetFocus();
     window_->Update();

@@ -335,14 +335,20 @@ void MainWindow::onPick(ItemIndex item, bool add) {
         host_.ClearNodeSelection();
 }
 
-bool MainWindow::selectShownNode() {
+bool MainWindow::selectTallest() {
     const auto items = sceneToDraw().items();
+    ItemIndex tallest = kNoItem;
+    float most = -1;
     for (ItemIndex i = 0; i < items.size(); ++i) {
-        if (items[i].triangleCount == 0) continue;
-        onPick(i, false);
-        return host_.GetSelNodeCount() == 1;
+        const float height = items[i].box.max.z - items[i].box.min.z;
+        if (items[i].triangleCount > 0 && height > most) {
+            most = height;
+            tallest = i;
+        }
     }
-    return false;
+    if (tallest == kNoItem) return false;
+    onPick(tallest, false);
+    return host_.GetSelNodeCount() == 1;
 }
 
 void MainWindow::onHover(ItemIndex item) {

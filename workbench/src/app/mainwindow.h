@@ -43,8 +43,8 @@ public:
     CommandPanel& panel() { return panel_; }
     Viewport& viewport() { return viewport_; }
     kiln::Core& core() { return core_; }
-    /// Selects the first node that shows a surface, as a click on it would; false without one.
-    bool selectShownNode();
+    /// Selects the node with the tallest surface, as a click on it would; false without one.
+    bool selectTallest();
     /// Runs a menu command.
     void run(int command);
 

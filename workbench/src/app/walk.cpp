@@ -103,16 +103,18 @@ int Walk::run() {
     step("picture of the attributes", [this] { return shot("05-attributes"); });
     step("select in the viewport", [this] { return selectInViewport(); });
     step("picture of the selection", [this] { return shot("06-selection"); });
+    step("view what is selected", [this] { return closeUp(); });
+    step("picture of the close-up", [this] { return shot("07-close-up"); });
     step("view from above", [this] {
         window_.run(CMD_VIEW_TOP);
         window_.run(CMD_VIEW_ALL);
-        return shot("07-top");
+        return shot("08-top");
     });
     step("wireframe", [this] {
         window_.run(CMD_VIEW_PERSPECTIVE);
         window_.run(CMD_VIEW_WIREFRAME);
         window_.run(CMD_VIEW_ALL);
-        return shot("08-wireframe");
+        return shot("09-wireframe");
     });
     if (!failed_) say(summary_);
     return failed_ ? 1 : 0;
@@ -214,7 +216,16 @@ kiln::Status Walk::selectInTree() {
 }
 
 kiln::Status Walk::selectInViewport() {
-    return require(window_.selectShownNode(), "there is nothing to select");
+    return require(window_.selectTallest(), "there is nothing to select");
+}
+
+// With what it belongs to, so that there is more to see than one face.
+kiln::Status Walk::closeUp() {
+    Interface& host = window_.core().hostInterface();
+    INode* parent = host.GetSelNode(0)->GetParentNode();
+    if (!parent->IsRootNode()) host.SelectNode(parent);
+    window_.run(CMD_VIEW_SELECTED);
+    return {};
 }
 
 }  // namespace workbench

@@ -36,6 +36,7 @@ private:
     kiln::Status expandTree();
     kiln::Status selectInTree();
     kiln::Status selectInViewport();
+    kiln::Status closeUp();
 
     MainWindow& window_;
     std::string file_, folder_, utility_;

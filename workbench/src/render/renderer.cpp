@@ -13,7 +13,7 @@ constexpr Colour kEdge = 0x20262B;
 constexpr Colour kSelected = 0xFFC040;
 constexpr Colour kAxisX = 0xE0554F, kAxisY = 0x66C25A, kAxisZ = 0x5A8FF0;
 
-constexpr float kAmbient = 0.34f, kDiffuse = 0.66f;
+constexpr float kAmbient = 0.42f, kDiffuse = 0.66f;
 constexpr float kEdgeBias = 6e-4f;   // edges lie upon their own surface
 constexpr float kGridBias = -2e-4f;  // the grid gives way to ground that lies in its plane
 
@@ -181,7 +181,12 @@ void Renderer::drawMark(const Mark& mark, bool selected) {
 }
 
 // The corners of a box, each drawn a quarter of the way along its three edges.
-void Renderer::drawBrackets(const Box& box) {
+void Renderer::drawBrackets(const Box& around) {
+    // A little outside, so that it is not lost among the edges of a box.
+    const Vec3 margin = (around.max - around.min) * 0.03f;
+    Box box;
+    box.add(around.min - margin);
+    box.add(around.max + margin);
     const Paint paint{0xFFFFFF, 1, kNoItem, kEdgeBias, false};
     const Vec3 quarter = (box.max - box.min) * 0.22f;
     for (unsigned i = 0; i < 8; ++i) {
@@ -245,12 +250,19 @@ void Renderer::drawAxes() {
         const float dx = dot(axis.direction, camera_->right());
         const float dy = -dot(axis.direction, camera_->up());
         if (std::abs(dx) + std::abs(dy) < 0.05f) continue;  // points at the viewer
-        canvas_->line(origin, {origin.x + dx * size, origin.y + dy * size, 0}, paint);
+        // Twice, half a pixel apart, for weight.
+        for (const float shift : {-0.5f, 0.5f}) {
+            const float across = shift * scale;
+            canvas_->line({origin.x + across, origin.y + across, 0},
+                          {origin.x + dx * size + across, origin.y + dy * size + across, 0}, paint);
+        }
         const float x = origin.x + dx * size * 1.28f, y = origin.y + dy * size * 1.28f;
-        for (const Stroke& s : axis.letter)
-            if (s.x0 != s.x1 || s.y0 != s.y1)
-                canvas_->line({x + s.x0 * glyph, y + s.y0 * glyph, 0},
-                              {x + s.x1 * glyph, y + s.y1 * glyph, 0}, paint);
+        for (const Stroke& s : axis.letter) {
+            if (s.x0 == s.x1 && s.y0 == s.y1) continue;
+            for (const float across : {0.f, 0.7f})
+                canvas_->line({x + s.x0 * glyph + across, y + s.y0 * glyph, 0},
+                              {x + s.x1 * glyph + across, y + s.y1 * glyph, 0}, paint);
+        }
     }
 }
 

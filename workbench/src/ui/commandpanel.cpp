@@ -4,6 +4,7 @@
 
 #include <framework/text.h>
 
+#include <windowsx.h>
 #include <algorithm>
 #include <utility>
 
@@ -106,9 +107,9 @@ HWND CommandPanel::pageOf(HWND window) const {
     return nullptr;
 }
 
-void CommandPanel::rollupMouse(HWND page, UINT message, WPARAM wParam, LPARAM) {
-    POINT at;
-    ::GetCursorPos(&at);
+void CommandPanel::rollupMouse(HWND page, UINT message, WPARAM wParam, LPARAM lParam) {
+    POINT at{GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
+    ::ClientToScreen(page, &at);
     if (message == WM_LBUTTONDOWN) {
         dragY_ = static_cast<int>(at.y);
         ::SetCapture(page);

@@ -57,11 +57,12 @@ void Rollup::OnPaint() {
     const HDC dc = paint.dc();
     RECT area = ClientRect();
     ::FillRect(dc, &area, ::GetSysColorBrush(COLOR_BTNFACE));
-    // A frame around the page, with the title in its upper edge as a raised bar.
-    ::DrawEdge(dc, &area, BDR_SUNKENOUTER, BF_RECT);
+    // A flat frame around the page; the title bar is its upper edge.
     RECT bar = area;
     bar.bottom = bar.top + titleHeight();
-    ::DrawFrameControl(dc, &bar, DFC_BUTTON, DFCS_BUTTONPUSH);
+    ::FillRect(dc, &bar, ::GetSysColorBrush(COLOR_3DLIGHT));
+    ::FrameRect(dc, &area, ::GetSysColorBrush(COLOR_BTNSHADOW));
+    ::FrameRect(dc, &bar, ::GetSysColorBrush(COLOR_BTNSHADOW));
     const SelectScope font(dc, Look::of(Handle()).normal());
     ::SetBkMode(dc, TRANSPARENT);
     ::SetTextColor(dc, ::GetSysColor(COLOR_BTNTEXT));
