@@ -63,11 +63,13 @@ bool WindowRouter::connect(CWnd& object, HWND window) {
     const auto [place, isNew] = connections().try_emplace(window, Connection{nullptr, nullptr});
     Connection& connection = place->second;
     if (connection.object) return false;
-    const auto here = reinterpret_cast<WNDPROC>(::GetWindowLongPtrW(window, GWLP_WNDPROC));
-    if (isNew && here == procedure) {
+    // The class decides, not who has the window now: a tool tip may listen in front of a window of
+    // our own class, and putting ourselves before it as well would make the two call each other.
+    const auto ofClass = reinterpret_cast<WNDPROC>(::GetClassLongPtrW(window, GCLP_WNDPROC));
+    if (isNew && ofClass == procedure) {
         connection.former = ::DefWindowProcW;
     } else if (isNew) {
-        connection.former = here;
+        connection.former = reinterpret_cast<WNDPROC>(::GetWindowLongPtrW(window, GWLP_WNDPROC));
         ::SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&procedure));
     }
     connection.object = &object;
