@@ -2,7 +2,7 @@
 #include <interchange/textencoding.h>
 #include <interchange/triangulator.h>
 
-#include "facecolor.h"
+#include "colors.h"
 #include "lights.h"
 
 #include <fltkilnutil/kilnflt.h>
@@ -153,8 +153,9 @@ private:
     Object* makeObject(const OutlineNode& source, const FltRecord& record) {
         switch (source.kind) {
             case kFltFace:
+                return makePolygon(source).release();
             case kFltLightPoint:
-                return makeMesh(source).release();
+                return makePoints(source).release();
             case kFltLightSource:
                 return makeLight(paletteOf(static_cast<const FltLightSource&>(record)));
             default:
@@ -162,26 +163,38 @@ private:
         }
     }
 
-    std::unique_ptr<TriObject, DeleteThis> makeMesh(const OutlineNode& source) {
+    std::unique_ptr<TriObject, DeleteThis> makePolygon(const OutlineNode& source) {
         std::unique_ptr<TriObject, DeleteThis> object(new TriObject);
-        const auto count = static_cast<int>(source.cornerCount);
         Mesh& mesh = object->GetMesh();
-        mesh.verts.Resize(count);
-        for (std::uint32_t i = 0; i < source.cornerCount; ++i) {
-            const Point3 corner = cornerAt(source.firstCorner + i);
-            // Points are shown one by one; a polygon with such a corner is not shown at all.
-            if (isFinite(corner) || source.kind == kFltFace) mesh.verts.Append(corner);
-        }
-        if (source.kind == kFltFace) cutPolygon(mesh);
+        mesh.verts.Resize(static_cast<int>(source.cornerCount));
+        for (const std::uint32_t vertex : cornersOf(source)) mesh.verts.Append(positionAt(vertex));
+        cutPolygon(mesh);
         return object;
+    }
+
+    /// A mesh of nothing but vertices, with their colours.
+    std::unique_ptr<TriObject, DeleteThis> makePoints(const OutlineNode& source) {
+        constexpr COLORREF kWhite = 0xFFFFFF;
+        std::unique_ptr<TriObject, DeleteThis> object(new TriObject);
+        Mesh& mesh = object->GetMesh();
+        for (const std::uint32_t vertex : cornersOf(source)) {
+            const Point3 position = positionAt(vertex);
+            if (!isFinite(position)) continue;
+            mesh.verts.Append(position);
+            mesh.colors.Append(vertexColor(vertex, bytes_, outline_).value_or(kWhite));
+        }
+        return object;
+    }
+
+    std::span<const std::uint32_t> cornersOf(const OutlineNode& source) const {
+        return std::span(outline_.corners).subspan(source.firstCorner, source.cornerCount);
     }
 
     static bool isFinite(const Point3& point) {
         return std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
     }
 
-    Point3 cornerAt(std::uint32_t index) const {
-        const std::uint32_t vertex = outline_.corners[index];
+    Point3 positionAt(std::uint32_t vertex) const {
         return {float64At(bytes_, vertex + 8), float64At(bytes_, vertex + 16),
                 float64At(bytes_, vertex + 24)};
     }

@@ -41,13 +41,16 @@ enum Color : std::uint32_t {
     kTrim,
     kTree,
     kTrunk,
+    kWhiteLamp,
+    kGreenLamp,
+    kRedLamp,
 };
 
 const std::vector<Rgb> kColors = {
-    {104, 142, 78},  {122, 158, 88},  {68, 70, 74},    {158, 158, 152},
-    {240, 240, 236}, {236, 190, 60},  {222, 214, 198}, {96, 150, 176},
-    {172, 84, 66},   {150, 162, 172}, {92, 112, 132},  {238, 112, 48},
-    {244, 246, 248}, {48, 96, 168},   {64, 108, 62},   {112, 86, 60},
+    {104, 142, 78}, {122, 158, 88},  {68, 70, 74},    {158, 158, 152}, {240, 240, 236},
+    {236, 190, 60}, {222, 214, 198}, {96, 150, 176},  {172, 84, 66},   {150, 162, 172},
+    {92, 112, 132}, {238, 112, 48},  {244, 246, 248}, {48, 96, 168},   {64, 108, 62},
+    {112, 86, 60},  {255, 250, 220}, {70, 255, 120},  {255, 70, 60},
 };
 
 // Layers of things that lie on the ground, far enough apart for every depth buffer.
@@ -376,24 +379,25 @@ FltLightPoint lamp(std::string_view id, bool isDirectional) {
 }
 
 void addLampRow(Node& parent, const FltLightPoint& record, const std::string& longId,
-                const Point& from, const Point& to, int count) {
+                const Point& from, const Point& to, int count, Color color) {
     Polygon points;
     for (int i = 0; i < count; ++i) points.push_back(pointBetween(from, to, i, count - 1));
-    parent.add(record, longId).setPoints(std::move(points));
+    parent.add(record, longId).setPoints(std::move(points), color);
 }
 
 void addRunwayLights(Node& root) {
     Node& lights = root.add(named<FltGroup>("lights"), "跑道灯 runway lights");
     lights.comment("边灯、入口灯与末端灯");
     Node& edge = lights.add(named<FltObject>("edge"), "边灯 edge lights");
-    addLampRow(edge, lamp("north", false), "北侧 north", {-360, -80, kLamp}, {360, -80, kLamp}, 25);
+    addLampRow(edge, lamp("north", false), "北侧 north", {-360, -80, kLamp}, {360, -80, kLamp}, 25,
+               kWhiteLamp);
     addLampRow(edge, lamp("south", false), "南侧 south", {-360, -120, kLamp}, {360, -120, kLamp},
-               25);
+               25, kWhiteLamp);
     Node& ends = lights.add(named<FltObject>("ends"), "两端 ends");
     addLampRow(ends, lamp("thresh", true), "入口灯 threshold, green", {-362, -116, kLamp},
-               {-362, -84, kLamp}, 9);
-    addLampRow(ends, lamp("end", true), "末端灯 end, red", {362, -116, kLamp}, {362, -84, kLamp},
-               9);
+               {-362, -84, kLamp}, 9, kGreenLamp);
+    addLampRow(ends, lamp("end", true), "末端灯 end, red", {362, -116, kLamp}, {362, -84, kLamp}, 9,
+               kRedLamp);
 }
 
 FltLightSourcePalette lightEntry(std::int32_t index, std::string_view name, std::int32_t type) {

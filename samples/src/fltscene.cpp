@@ -28,11 +28,15 @@ Point normalOf(const Polygon& polygon) {
     return length > 0 ? Point{sum.x / length, sum.y / length, sum.z / length} : Point{0, 0, 1};
 }
 
+std::uint32_t colorIndex(std::uint32_t color) {
+    return color * kIntensities + kFullIntensity;
+}
+
 FltFace faceOfColor(std::uint32_t color) {
     constexpr std::uint32_t kNoAlternateColor = 0x20000000;
     FltFace face;
     face.flags = kNoAlternateColor;
-    face.primaryColorIndex = color * kIntensities + kFullIntensity;
+    face.primaryColorIndex = colorIndex(color);
     return face;
 }
 
@@ -55,6 +59,11 @@ Node& Node::addSubface(Polygon polygon, std::uint32_t color) {
     Node& face = append(subfaces_, std::make_unique<FltFace>(faceOfColor(color)), {});
     face.points_ = std::move(polygon);
     return face;
+}
+
+void Node::setPoints(Polygon points, std::uint32_t color) {
+    points_ = std::move(points);
+    pointColors_.assign(1, color);
 }
 
 Node& Node::comment(std::string text) {
@@ -126,21 +135,22 @@ private:
     void writeVertices(const Node& node) {
         for (const auto& subface : node.subfaces_) writeVertices(*subface);
         const Point normal = normalOf(node.points_);
-        for (const Point& point : node.points_) writeVertex(point, normal);
+        for (const Point& point : node.points_) writeVertex(point, normal, node.pointColors_);
         for (const auto& child : node.children_) writeVertices(*child);
     }
 
-    void writeVertex(const Point& point, const Point& normal) {
+    void writeVertex(const Point& point, const Point& normal,
+                     const std::vector<std::uint32_t>& colors) {
         constexpr std::uint16_t kNoColor = 0x2000;
         FltToken& token = begin(kFltVertexWithNormal);
         token.writeInt16<std::int16_t>(-1);
-        token.writeInt16<std::uint16_t>(kNoColor);
+        token.writeInt16<std::uint16_t>(colors.empty() ? kNoColor : 0);
         for (const double value : {point.x, point.y, point.z}) token.writeInt64(value);
         for (const double value : {normal.x, normal.y, normal.z}) {
             token.writeInt32(static_cast<float>(value));
         }
         token.writeInt32<std::uint32_t>(0xFFFFFFFF);
-        token.writeInt32<std::int32_t>(-1);
+        token.writeInt32<std::uint32_t>(colors.empty() ? 0xFFFFFFFF : colorIndex(colors.front()));
         token.skip(4);
         end();
     }

@@ -45,8 +45,8 @@ public:
     /// The same, lying on this face: drawn after it, without regard to depth.
     Node& addSubface(Polygon polygon, std::uint32_t color);
 
-    /// Gives a light point its points.
-    void setPoints(Polygon points) { points_ = std::move(points); }
+    /// Gives a light point its points, coloured by entry `color` of the colour palette.
+    void setPoints(Polygon points, std::uint32_t color);
 
     Node& comment(std::string text);
     Node& transform(const Matrix& matrix);
@@ -62,6 +62,7 @@ private:
     std::vector<std::string> comments_;
     std::vector<Matrix> matrices_;  ///< none or one
     Polygon points_;
+    std::vector<std::uint32_t> pointColors_;  ///< none or one, for all points
     std::vector<std::unique_ptr<Node>> subfaces_;
     std::vector<std::unique_ptr<Node>> children_;
 };

@@ -226,6 +226,33 @@ TEST_F(ImportTest, KeepsThePointsOfLightPoints) {
     EXPECT_EQ(mesh.verts[1], (Point3{8, 0, 0}));
 }
 
+TEST_F(ImportTest, ColoursLightPointsByTheirVertices) {
+    constexpr unsigned kPacked = 0x1000, kNoColor = 0x2000;
+    Bytes colors;
+    colors.zeros(128 + 4 * 5).u8(255).u8(30).u8(20).u8(10).zeros(4 * 1018);
+    FltBytes file("f");
+    file.record(32, colors);
+    const auto palette = static_cast<std::uint32_t>(file.size());
+    file.record(67, Bytes().u32(0));
+    Bytes list;
+    // Each kind of vertex has its colour behind other things: normal, both, texture coordinates.
+    const std::pair<unsigned, std::size_t> kinds[] = {{68, 0}, {69, 12}, {70, 20}, {71, 8}};
+    for (const unsigned flags : {kPacked, 0U, kNoColor}) {
+        for (const auto& [opcode, before] : kinds) {
+            list.u32(static_cast<std::uint32_t>(file.size()) - palette);
+            Bytes vertex;
+            vertex.u16(0).u16(flags).zeros(24).zeros(before).u32(0xFF332211).u32(5 * 128 + 127);
+            file.record(opcode, vertex);
+        }
+    }
+    file.push().record(111, Bytes().field("lp", 8).zeros(144)).push().record(72, list).pop().pop();
+    const Mesh& mesh = meshOf(import(file)->GetChildNode(0));
+    ASSERT_EQ(mesh.colors.Count(), 12);
+    for (int i = 0; i < 12; ++i) {
+        EXPECT_EQ(mesh.colors[i], i < 4 ? 0x332211U : i < 8 ? 0x1E140AU : 0xFFFFFFU) << i;
+    }
+}
+
 TEST_F(ImportTest, CutsCommentsThatNoRecordCanHold) {
     FltBytes file("f");
     const std::string line(30'000, 'x');

@@ -44,6 +44,7 @@ private:
     void visitAll(INode* root);
     void addNode(INode& node);
     void addMesh(const class Matrix3& place, const struct Mesh& mesh, Colour colour);
+    void addPoints(const class Matrix3& place, const struct Mesh& mesh);
     void boundSubtrees();
 
     SceneModel model_;

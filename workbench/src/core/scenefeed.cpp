@@ -94,6 +94,7 @@ void SceneFeed::addNode(INode& node) {
             const Mesh& mesh = static_cast<const TriObject*>(converted.result)->GetMesh();
             addMesh(place, mesh, screenColour(node.GetWireColor()));
             if (mesh.faces.Count() > 0) return;
+            if (mesh.verts.Count() > 0) return addPoints(place, mesh);
         }
     }
     model_.addMark(MarkKind::kHelper, origin, kHelperColour);
@@ -110,6 +111,14 @@ void SceneFeed::addMesh(const Matrix3& place, const Mesh& mesh, Colour colour) {
             painted && known ? screenColour(mesh.colors[static_cast<int>(face.v[0])]) : colour;
         model_.addTriangle(face.v[0], face.v[1], face.v[2], own,
                            static_cast<std::uint8_t>(face.flags & EDGE_ALL));
+    }
+}
+
+// A mesh of nothing but vertices is how light points stand in a scene.
+void SceneFeed::addPoints(const Matrix3& place, const Mesh& mesh) {
+    for (int i = 0; i < mesh.verts.Count(); ++i) {
+        const Colour own = i < mesh.colors.Count() ? screenColour(mesh.colors[i]) : 0xFFFFFF;
+        model_.addMark(MarkKind::kLightPoint, toVec3(place.PointTransform(mesh.verts[i])), own);
     }
 }
 

@@ -1,6 +1,7 @@
-#include "facecolor.h"
+#include "colors.h"
 
 #include <quillon/fltface.h>
+#include <quillon/fltopcode.h>
 
 namespace interchange {
 
@@ -34,6 +35,20 @@ std::optional<COLORREF> paletteColor(std::uint32_t index, FileBytes bytes, std::
     return colorRef(shade(3), shade(2), shade(1));
 }
 
+/// Where a vertex of that kind has its packed colour; the index follows.
+std::size_t packedColorOffset(std::uint16_t opcode) {
+    switch (opcode) {
+        case kFltVertexWithNormal:
+            return 44;
+        case kFltVertexWithTextureAndNormal:
+            return 52;
+        case kFltVertexWithTexture:
+            return 40;
+        default:
+            return 32;
+    }
+}
+
 }  // namespace
 
 std::optional<COLORREF> colorOf(const FltFace& face, FileBytes bytes, const Outline& outline) {
@@ -43,6 +58,20 @@ std::optional<COLORREF> colorOf(const FltFace& face, FileBytes bytes, const Outl
     }
     if (face.flags & kNoColor) return std::nullopt;
     return paletteColor(face.primaryColorIndex, bytes, outline.colorPalette);
+}
+
+std::optional<COLORREF> vertexColor(std::uint32_t vertex, FileBytes bytes, const Outline& outline) {
+    constexpr std::uint16_t kVertexNoColor = 0x2000;
+    constexpr std::uint16_t kVertexPackedColor = 0x1000;
+    const FileBytes record = recordAt(bytes, vertex);
+    const std::size_t color = packedColorOffset(uint16At(record, 0));
+    const std::uint16_t flags = uint16At(record, 6);
+    if (record.size() < color + 4 || flags & kVertexNoColor) return std::nullopt;
+    if (flags & kVertexPackedColor) {
+        return colorRef(record[color + 3], record[color + 2], record[color + 1]);
+    }
+    if (record.size() < color + 8) return std::nullopt;
+    return paletteColor(uint32At(record, color + 4), bytes, outline.colorPalette);
 }
 
 }  // namespace interchange
