@@ -83,15 +83,17 @@ bool Hierarchy::OnInitDialog() {
     global_.Attach(Item(IDC_GLOBAL));
     name_.Attach(Item(IDC_NAME));
     subtree_.Attach(Item(IDC_SUBTREE));
-    EnableToolTips();
     try {
         initialiseTree();
         initialiseGrid();
     } catch (const std::bad_alloc&) {
+        EnableToolTips();
         ShowMessage(platformMessage(ERROR_NOT_ENOUGH_MEMORY), MB_OK | MB_ICONSTOP);
         return false;
     }
     loadPictures();
+    // Last: the tips listen to the controls in front of whoever listens to them already.
+    EnableToolTips();
     size_ = sizeOf(ClientRect());
     CWnd grid;
     grid.Attach(Item(IDC_GRID));

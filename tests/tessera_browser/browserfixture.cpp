@@ -1,0 +1,202 @@
+#include "browserfixture.h"
+
+#include <kiln/host/core.h>
+
+#include <filesystem>
+#include <map>
+#include <ostream>
+
+namespace {
+
+HMODULE loadModule() {
+    std::string path = "Z:" MODULE_FILE;
+    for (char& c : path)
+        if (c == '/') c = '\\';
+    return LoadLibraryA(path.c_str());
+}
+
+template <typename Function>
+void find(HMODULE module, const char* name, Function& function) {
+    function = reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+    if (!function) throw std::runtime_error(std::string("no export ") + name);
+}
+
+BOOL CALLBACK findForm(HWND window, LPARAM found) {
+    if (!GetDlgItem(window, IDC_TREE)) return TRUE;
+    *reinterpret_cast<HWND*>(found) = window;
+    return FALSE;
+}
+
+}  // namespace
+
+void PrintTo(const Sent& sent, std::ostream* out) {
+    *out << "event " << static_cast<unsigned>(sent.event) << " (" << sent.first << ", "
+         << sent.second << ", " << sent.argument << ", " << sent.argument2 << ")";
+}
+
+const Exports& browser() {
+    static const Exports exports = [] {
+        const HMODULE module = loadModule();
+        Exports found{};
+        find(module, "_zufltguicreate", found.create);
+        find(module, "_zufltguishow", found.show);
+        find(module, "_zufltguidestroy", found.destroy);
+        find(module, "_zufltguiaddnode", found.addNode);
+        find(module, "_zufltguidelnode", found.delNode);
+        find(module, "_zufltguidelchildren", found.delChildren);
+        find(module, "_zufltguinode2hdl", found.nodeOf);
+        find(module, "_zufltguiselectnode", found.selectNode);
+        find(module, "zufltguirefresh", found.refresh);
+        find(module, "zufltguiSceneChanged", found.sceneChanged);
+        find(module, "zufltguiresetpos", found.resetPos);
+        find(module, "zufltguisettitle", found.setTitle);
+        return found;
+    }();
+    return exports;
+}
+
+// ---------------------------------------------------------------- client
+
+void Client::callback(BrowserEvent event, BrowserItem first, BrowserItem second,
+                      std::uintptr_t argument, std::uintptr_t argument2, void* data) {
+    auto& client = *static_cast<Client*>(data);
+    const auto answer = [argument](bool yes) {
+        if (yes) *reinterpret_cast<std::uint32_t*>(argument) = 0;
+    };
+    if (event == BrowserEvent::confirmForm) return answer(client.allowsForm);
+    if (event == BrowserEvent::confirmKind) return answer(client.knowsKinds);
+    if (event == BrowserEvent::rename) client.lastText = reinterpret_cast<const char*>(argument);
+    const Sent sent{event, first, second, argument, argument2};
+    client.sent_.push_back(sent);
+    if (client.onEvent) client.onEvent(sent);
+}
+
+std::vector<Sent> Client::take() {
+    return std::exchange(sent_, {});
+}
+
+// ---------------------------------------------------------------- message boxes
+
+MessageBoxes::MessageBoxes()
+    : hook_(SetWindowsHookExW(WH_CBT, hook, nullptr, GetCurrentThreadId())) {
+    current_ = this;
+}
+
+MessageBoxes::~MessageBoxes() {
+    UnhookWindowsHookEx(hook_);
+    current_ = nullptr;
+}
+
+std::vector<std::wstring> MessageBoxes::take() {
+    return std::exchange(texts_, {});
+}
+
+LRESULT CALLBACK MessageBoxes::hook(int code, WPARAM wParam, LPARAM lParam) {
+    constexpr int kMessageText = 0xFFFF;
+    const auto window = reinterpret_cast<HWND>(wParam);
+    if (code == HCBT_ACTIVATE && !GetDlgItem(window, IDC_TREE)) {
+        wchar_t text[256] = L"";
+        // A box has its text in a control of this number, and an OK button.
+        if (GetDlgItem(window, kMessageText) && GetDlgItemTextW(window, kMessageText, text, 256)) {
+            current_->texts_.emplace_back(text);
+            PostMessageW(window, WM_COMMAND, IDOK, 0);
+        }
+    }
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+// ---------------------------------------------------------------- fixture
+
+BrowserTest::BrowserTest() {
+    kiln::Core::create().setDirectory(KILN_PLUGIN_DIR, std::filesystem::current_path().string());
+    browser().setTitle(nullptr);
+}
+
+BrowserTest::~BrowserTest() {
+    browser().destroy();
+    testinput::pump();
+    kiln::Core::destroy();
+}
+
+void BrowserTest::open(bool shown) {
+    ASSERT_EQ(browser().create(nullptr, Client::callback, 0, &client), tessera::kBrowserDone);
+    browser().delNode(nullptr);
+    if (!shown) return;
+    browser().show(1);
+    ASSERT_TRUE(testinput::activate(form()));
+    client.take();
+}
+
+HWND BrowserTest::form() {
+    HWND found = nullptr;
+    EnumThreadWindows(GetCurrentThreadId(), findForm, reinterpret_cast<LPARAM>(&found));
+    return found;
+}
+
+void BrowserTest::push(int id) {
+    SendMessageW(control(id), BM_CLICK, 0, 0);
+    testinput::pump();
+}
+
+void BrowserTest::check(int id, bool checked) {
+    CheckDlgButton(form(), id, checked ? BST_CHECKED : BST_UNCHECKED);
+}
+
+std::wstring BrowserTest::text(HWND window) {
+    wchar_t buffer[16384] = L"";
+    SendMessageW(window, WM_GETTEXT, std::size(buffer), reinterpret_cast<LPARAM>(buffer));
+    return buffer;
+}
+
+INode* BrowserTest::node(int kind) {
+    INode* const made = GetCOREInterface()->CreateObjectNode(new DummyObject);
+    if (kind != 0) EXPECT_TRUE(fltEnsureKind(made, static_cast<FltNodeKind>(kind), kFltRevision));
+    return made;
+}
+
+BrowserItem BrowserTest::add(BrowserItem parent, const char* name, INode* node) {
+    return browser().addNode(parent, name, reinterpret_cast<NodeHandle>(node));
+}
+
+void BrowserTest::select(std::initializer_list<BrowserItem> items) {
+    bool first = true;
+    for (const BrowserItem item : items) {
+        if (std::exchange(first, false)) browser().selectNode(item);
+        TreeView_SetItemState(tree(), item, TVIS_SELECTED, TVIS_SELECTED);
+    }
+}
+
+bool BrowserTest::isSelected(BrowserItem item) {
+    return (TreeView_GetItemState(tree(), item, TVIS_SELECTED) & TVIS_SELECTED) != 0;
+}
+
+bool BrowserTest::isExpanded(BrowserItem item) {
+    return (TreeView_GetItemState(tree(), item, TVIS_EXPANDED) & TVIS_EXPANDED) != 0;
+}
+
+int BrowserTest::image(BrowserItem item) {
+    TVITEMW found{};
+    found.mask = TVIF_IMAGE | TVIF_SELECTEDIMAGE;
+    found.hItem = item;
+    SendMessageW(tree(), TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&found));
+    EXPECT_EQ(found.iImage, found.iSelectedImage);
+    return found.iImage;
+}
+
+std::wstring BrowserTest::label(BrowserItem item) {
+    wchar_t buffer[256] = L"";
+    TVITEMW found{};
+    found.mask = TVIF_TEXT;
+    found.hItem = item;
+    found.pszText = buffer;
+    found.cchTextMax = static_cast<int>(std::size(buffer));
+    SendMessageW(tree(), TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&found));
+    return buffer;
+}
+
+POINT BrowserTest::middle(BrowserItem item, bool icon) {
+    TreeView_EnsureVisible(tree(), item);
+    RECT area{};
+    TreeView_GetItemRect(tree(), item, &area, TRUE);
+    return {icon ? area.left - 10 : (area.left + area.right) / 2, (area.top + area.bottom) / 2};
+}

@@ -1,0 +1,267 @@
+// The commands of the form's button row.
+#include "browserfixture.h"
+
+#include <quillon/fltgroup.h>
+
+namespace {
+
+class BrowserCommands : public BrowserTest {
+protected:
+    void SetUp() override {
+        open();
+        root = add(nullptr, "root", 0);
+        a = add(root, "a");
+        b = add(root, "b");
+        below = add(b, "below");
+        c = add(root, "c");
+        TreeView_Expand(tree(), root, TVE_EXPAND);
+        client.take();
+    }
+
+    BrowserItem root, a, b, below, c;
+};
+
+TEST_F(BrowserCommands, UpAndDownMoveTheFirstSelected) {
+    select({c, a, b});
+    push(IDC_UP);
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::moveUp, a, root}}));
+    EXPECT_FALSE(isSelected(a));
+    EXPECT_FALSE(isSelected(b));
+    EXPECT_TRUE(isSelected(c)) << "the caret keeps its mark";
+    EXPECT_EQ(caret(), c);
+    push(IDC_DOWN);
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::moveDown, c, root}}));
+
+    // What is inside a collapsed branch is not found.
+    TreeView_SetItemState(tree(), c, 0, TVIS_SELECTED);
+    TreeView_SetItemState(tree(), below, TVIS_SELECTED, TVIS_SELECTED);
+    push(IDC_DOWN);
+    EXPECT_TRUE(client.take().empty());
+}
+
+TEST_F(BrowserCommands, ExpandAndCollapseReachEverythingBelow) {
+    const BrowserItem deep = add(below, "deep");
+    add(deep, "deepest");
+    TreeView_Expand(tree(), root, TVE_COLLAPSE);
+    select({root});
+    push(IDC_EXPAND);
+    for (const BrowserItem item : {root, b, below, deep}) EXPECT_TRUE(isExpanded(item));
+    push(IDC_COLLAPSE);
+    for (const BrowserItem item : {root, b, below, deep}) EXPECT_FALSE(isExpanded(item));
+    // Only what is selected.
+    TreeView_Expand(tree(), root, TVE_EXPAND);
+    select({a});
+    push(IDC_EXPAND);
+    EXPECT_FALSE(isExpanded(b));
+}
+
+// With this many branches the form takes a shortcut, which must not show.
+TEST_F(BrowserCommands, ExpandingALargeBranchKeepsTheCaretAndTheMarks) {
+    BrowserItem last = nullptr;
+    for (int i = 0; i < 100; ++i) last = add(add(c, "branch"), "leaf");
+    select({root});
+    TreeView_Expand(tree(), c, TVE_EXPAND);
+    const BrowserItem inside = TreeView_GetParent(tree(), last);
+    browser().selectNode(inside);
+    TreeView_SetItemState(tree(), root, TVIS_SELECTED, TVIS_SELECTED);
+    TreeView_SetItemState(tree(), inside, 0, TVIS_SELECTED);
+    const std::wstring shown = text(control(IDC_NAME));
+    push(IDC_EXPAND);
+    EXPECT_TRUE(isExpanded(inside));
+    EXPECT_EQ(caret(), inside);
+    EXPECT_TRUE(isSelected(root));
+    EXPECT_FALSE(isSelected(inside));
+    EXPECT_EQ(text(control(IDC_NAME)), shown);
+}
+
+TEST_F(BrowserCommands, SelectSetTellsTheHostEveryItemAndItsSelection) {
+    select({b, a});
+    push(IDC_SELECT_SET);
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::selectInHost},
+                                                {BrowserEvent::itemState, root},
+                                                {BrowserEvent::itemState, a, nullptr, 2},
+                                                {BrowserEvent::selectInHost, a, root},
+                                                {BrowserEvent::itemState, b, nullptr, 2},
+                                                {BrowserEvent::selectInHost, b, root},
+                                                {BrowserEvent::itemState, below},
+                                                {BrowserEvent::itemState, c}}));
+}
+
+TEST_F(BrowserCommands, SelectGetMarksWhatIsSelectedInTheHost) {
+    select({a});
+    // An instance shows one node in two places.
+    const NodeHandle twice = browser().nodeOf(below);
+    const BrowserItem again = browser().addNode(c, "again", twice);
+    client.onEvent = [&](const Sent& sent) {
+        if (sent.event == BrowserEvent::countSelected)
+            *reinterpret_cast<std::uint32_t*>(sent.argument) = 2;
+        if (sent.event == BrowserEvent::getSelected)
+            *reinterpret_cast<NodeHandle*>(sent.argument2) = sent.argument == 0 ? twice : 0x5EEC;
+    };
+    push(IDC_SELECT_GET);
+    EXPECT_TRUE(isSelected(below));
+    EXPECT_TRUE(isSelected(again));
+    EXPECT_FALSE(isSelected(a));
+    EXPECT_EQ(caret(), a) << "the caret stays";
+    EXPECT_TRUE(isExpanded(b));
+    EXPECT_TRUE(isExpanded(c));
+    EXPECT_NE(text(control(IDC_NAME)).find(L":again"), std::wstring::npos);
+    EXPECT_FALSE(isEnabled(IDC_CREATE)) << "two are selected";
+    const std::vector<Sent> sent = client.take();
+    ASSERT_EQ(sent.size(), 3u);
+    EXPECT_EQ(sent[2].argument, 1u);
+}
+
+TEST_F(BrowserCommands, CreateIsForExactlyOneSelectedNode) {
+    select({a});
+    EXPECT_TRUE(isEnabled(IDC_CREATE));
+    ComboBox_SetCurSel(control(IDC_CREATE_KIND), 3);
+    push(IDC_CREATE);
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::create, a, nullptr, 96, 1580}}));
+    client.knowsKinds = false;
+    push(IDC_CREATE);
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::create, a, nullptr, 4, 1580}}));
+
+    select({b});
+    select({b, c});
+    EXPECT_FALSE(isSelected(a));
+    SendMessageW(form(), WM_COMMAND, IDC_CREATE, reinterpret_cast<LPARAM>(control(IDC_CREATE)));
+    EXPECT_TRUE(client.take().empty());
+    EXPECT_TRUE(boxes.take().empty()) << "it only beeps";
+}
+
+TEST_F(BrowserCommands, CreateRefusesFacesAndItemsWithoutANode) {
+    const BrowserItem face = add(root, "face", 5);
+    select({face});
+    for (int kind = 0; kind < 9; ++kind) {
+        ComboBox_SetCurSel(control(IDC_CREATE_KIND), kind);
+        push(IDC_CREATE);
+        EXPECT_EQ(boxes.take(),
+                  std::vector<std::wstring>{L"非法创建 - 面对象可能只有作为子对象时才能有面.."});
+    }
+    select({browser().addNode(nullptr, "no node", 0)});
+    push(IDC_CREATE);
+    EXPECT_EQ(boxes.take(), std::vector<std::wstring>{L"没有被选定父节点。"});
+    EXPECT_TRUE(client.take().empty());
+}
+
+TEST_F(BrowserCommands, CreateFollowsTheNumberOfSelectedItems) {
+    testinput::click(tree(), middle(a));
+    EXPECT_TRUE(isEnabled(IDC_CREATE));
+    testinput::click(tree(), middle(b), 1, {VK_CONTROL});
+    EXPECT_FALSE(isEnabled(IDC_CREATE));
+    testinput::click(tree(), middle(b), 1, {VK_CONTROL});
+    EXPECT_TRUE(isEnabled(IDC_CREATE));
+    browser().delNode(nullptr);
+    EXPECT_FALSE(isEnabled(IDC_CREATE));
+}
+
+TEST_F(BrowserCommands, TheSpinnerStepsThroughTheSelected) {
+    const auto spin = [&](int step) {
+        NMUPDOWN notification{};
+        notification.hdr = {control(IDC_ITEM_SPIN), IDC_ITEM_SPIN, UDN_DELTAPOS};
+        notification.iDelta = step;
+        SendMessageW(form(), WM_NOTIFY, IDC_ITEM_SPIN, reinterpret_cast<LPARAM>(&notification));
+        const std::wstring name = text(control(IDC_NAME));
+        return name.substr(name.find(L':') + 1);
+    };
+    select({a});
+    EXPECT_EQ(spin(1), L"a") << "one selected: it beeps";
+    select({a, b, c});
+    EXPECT_EQ(spin(1), L"b");
+    EXPECT_EQ(spin(1), L"c");
+    EXPECT_EQ(spin(1), L"c") << "no further one";
+    EXPECT_EQ(spin(-1), L"b");
+    EXPECT_EQ(caret(), a);
+}
+
+TEST_F(BrowserCommands, SubtreeMarksEverythingBelow) {
+    check(IDC_SUBTREE, true);
+    testinput::click(tree(), middle(b));
+    EXPECT_TRUE(isSelected(below)) << "collapsed or not";
+    testinput::click(tree(), middle(a));
+    EXPECT_FALSE(isSelected(below));
+    check(IDC_SUBTREE, false);
+    testinput::click(tree(), middle(b));
+    EXPECT_FALSE(isSelected(below));
+}
+
+TEST_F(BrowserCommands, FindAddsTheNodesOfTheSameValue) {
+    const auto group = [&](const char* name, BrowserItem parent, std::int16_t priority) {
+        FltGroup record;
+        record.relativePriority = priority;
+        INode* const made = node(2);
+        EXPECT_TRUE(fltPutRecord(made, record));
+        return add(parent, name, made);
+    };
+    const BrowserItem sought = group("sought", root, 7);
+    const BrowserItem hidden = group("hidden", below, 7);
+    const BrowserItem other = group("other", root, 8);
+    const BrowserItem otherKind = add(root, "object", 4);
+
+    push(IDC_FIND);
+    EXPECT_EQ(boxes.take(), std::vector<std::wstring>{L"需要选择"});
+    select({root});
+    push(IDC_FIND);
+    EXPECT_EQ(boxes.take(), std::vector<std::wstring>{L"记录未选择 OpenFlight 记录"});
+    browser().selectNode(sought);
+    push(IDC_FIND);
+    EXPECT_EQ(boxes.take(), std::vector<std::wstring>{L"没有要搜寻的选定字段"});
+
+    // The first attribute of a group is its priority: a click on its value makes it the focus.
+    select({otherKind});
+    browser().selectNode(sought);
+    TreeView_SetItemState(tree(), otherKind, TVIS_SELECTED, TVIS_SELECTED);
+    RECT area{};
+    GetClientRect(grid(), &area);
+    const int line = HIWORD(GetDialogBaseUnits());
+    testinput::click(grid(), {area.right * 3 / 4, line + line / 2 + 4});
+    testinput::key(VK_ESCAPE);
+    push(IDC_FIND);
+    EXPECT_TRUE(boxes.take().empty());
+    EXPECT_TRUE(isSelected(sought));
+    EXPECT_TRUE(isSelected(hidden));
+    EXPECT_TRUE(isExpanded(below)) << "what was found can be seen";
+    EXPECT_FALSE(isSelected(other));
+    EXPECT_FALSE(isSelected(a));
+    EXPECT_TRUE(isSelected(otherKind)) << "a search adds to the selection";
+    EXPECT_EQ(caret(), sought);
+}
+
+TEST_F(BrowserCommands, RenamingAsksTheClient) {
+    browser().selectNode(a);
+    SetFocus(tree());
+    testinput::key(VK_F2);
+    ASSERT_NE(TreeView_GetEditControl(tree()), nullptr);
+    testinput::type(L"塔楼");
+    testinput::key(VK_RETURN);
+    EXPECT_EQ(client.lastText, "塔楼");
+    std::vector<Sent> sent = client.take();
+    ASSERT_EQ(sent.size(), 1u);
+    EXPECT_EQ(sent[0].event, BrowserEvent::rename);
+    EXPECT_EQ(sent[0].first, a);
+    EXPECT_EQ(sent[0].second, root);
+    EXPECT_EQ(label(a), L"塔楼");
+    EXPECT_NE(text(control(IDC_NAME)).find(L":塔楼"), std::wstring::npos);
+
+    // A click on the caret's own label edits it too; an empty name is refused.
+    testinput::click(tree(), middle(a));
+    ASSERT_NE(TreeView_GetEditControl(tree()), nullptr);
+    SetWindowTextW(TreeView_GetEditControl(tree()), L"");
+    testinput::key(VK_RETURN);
+    EXPECT_TRUE(client.take().empty());
+    EXPECT_EQ(label(a), L"塔楼");
+}
+
+TEST_F(BrowserCommands, WorkByTheKeyboard) {
+    SetFocus(tree());
+    testinput::key(VK_F5);
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::rebuild}}));
+    SetFocus(control(IDC_REFRESH));
+    testinput::key(VK_TAB);
+    EXPECT_EQ(GetFocus(), control(IDC_UP));
+    testinput::key(VK_RETURN);
+    EXPECT_TRUE(IsWindowVisible(form())) << "Enter closes nothing";
+}
+
+}  // namespace

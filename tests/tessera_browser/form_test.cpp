@@ -1,0 +1,198 @@
+// The form as a window: creation, handshake, title, layout, closing.
+#include "browserfixture.h"
+
+namespace {
+
+class BrowserForm : public BrowserTest {};
+
+SIZE sizeOf(HWND window) {
+    RECT area{};
+    GetWindowRect(window, &area);
+    return {area.right - area.left, area.bottom - area.top};
+}
+
+TEST_F(BrowserForm, IsCreatedOnlyForAClientThatAnswers) {
+    client.allowsForm = false;
+    EXPECT_EQ(browser().create(nullptr, Client::callback, 0, &client), tessera::kBrowserRefused);
+    EXPECT_EQ(browser().create(nullptr, nullptr, 0, nullptr), tessera::kBrowserRefused);
+    EXPECT_FALSE(browser().show(1));
+    client.allowsForm = true;
+    const auto noWindow = reinterpret_cast<HWND>(std::uintptr_t{0xDEAD});
+    EXPECT_EQ(browser().create(noWindow, Client::callback, 0, &client),
+              tessera::kBrowserDialogFailed);
+    EXPECT_FALSE(browser().show(1));
+    EXPECT_EQ(form(), nullptr);
+
+    EXPECT_EQ(browser().create(nullptr, Client::callback, 0, &client), tessera::kBrowserDone);
+    EXPECT_FALSE(IsWindowVisible(form())) << "the client shows it";
+    EXPECT_EQ(label(TreeView_GetRoot(tree())), L"Scene Root");
+    EXPECT_EQ(browser().nodeOf(TreeView_GetRoot(tree())), 0u);
+}
+
+TEST_F(BrowserForm, ASecondCreationRebindsTheClient) {
+    open(false);
+    const HWND first = form();
+    Client other;
+    EXPECT_EQ(browser().create(nullptr, Client::callback, 0, &other), tessera::kBrowserDone);
+    EXPECT_EQ(form(), first);
+    client.take();
+    browser().refresh();
+    EXPECT_TRUE(client.take().empty());
+    EXPECT_EQ(other.take(), (std::vector<Sent>{{BrowserEvent::rebuild}}));
+}
+
+TEST_F(BrowserForm, ShowsItsTitle) {
+    browser().setTitle("early.flt");
+    open(false);
+    EXPECT_EQ(text(form()), L"Aviary 层次 (early.flt)");
+    browser().setTitle("terrain");
+    EXPECT_EQ(text(form()), L"Aviary 层次 (terrain)");
+    browser().setTitle("跑道.flt");
+    EXPECT_EQ(text(form()), L"Aviary 层次 (跑道.flt)");
+    browser().setTitle("");
+    EXPECT_EQ(text(form()), L"Aviary 层次");
+    browser().setTitle(std::string(100'000, 'x').c_str());
+    EXPECT_EQ(text(form()).substr(0, 13), L"Aviary 层次 (xxx");
+}
+
+TEST_F(BrowserForm, OffersTheCreatableKinds) {
+    open(false);
+    std::wstring names;
+    for (int i = 0; i < ComboBox_GetCount(control(IDC_CREATE_KIND)); ++i) {
+        wchar_t name[64] = L"";
+        SendDlgItemMessageW(form(), IDC_CREATE_KIND, CB_GETLBTEXT, static_cast<WPARAM>(i),
+                            reinterpret_cast<LPARAM>(name));
+        names += name + std::wstring(L";");
+    }
+    EXPECT_EQ(names, L"组;对象(LOD);细节级别;切换;自由度(DOF);外部参照;Bsp;剪辑区域;灯光点;");
+    EXPECT_EQ(ComboBox_GetCurSel(control(IDC_CREATE_KIND)), 0);
+}
+
+TEST_F(BrowserForm, ASceneChangeLeavesOnlyRefresh) {
+    open();
+    BrowserItem added = nullptr;
+    client.onEvent = [&](const Sent& sent) {
+        if (sent.event != BrowserEvent::rebuild) return;
+        browser().delNode(nullptr);
+        added = add(nullptr, "root", 0);
+        add(added, "child");
+    };
+    const BrowserItem stale = add(nullptr, "stale");
+    browser().selectNode(stale);
+    browser().sceneChanged();
+    for (const int id : {IDC_TREE, IDC_UP, IDC_DOWN, IDC_SELECT_SET, IDC_SELECT_GET, IDC_EXPAND,
+                         IDC_COLLAPSE, IDC_FIND, IDC_CREATE})
+        EXPECT_FALSE(isEnabled(id)) << id;
+    EXPECT_TRUE(isEnabled(IDC_REFRESH));
+    EXPECT_EQ(text(control(IDC_NAME)), L"");
+    EXPECT_EQ(label(stale), L"stale") << "the tree stays until it is refreshed";
+
+    push(IDC_REFRESH);
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::rebuild}}));
+    for (const int id : {IDC_TREE, IDC_UP, IDC_FIND, IDC_CREATE}) EXPECT_TRUE(isEnabled(id)) << id;
+    EXPECT_EQ(TreeView_GetRoot(tree()), added);
+    EXPECT_EQ(TreeView_GetCount(tree()), 2u);
+}
+
+TEST_F(BrowserForm, SharesItsGrowthOut) {
+    open();
+    struct Expectation {
+        int id;
+        int wide;
+        int high;
+    };
+    const Expectation expected[] = {
+        {IDC_COMMENT, 1, 0},        {IDC_GRID, 1, 1}, {IDC_TREE, 0, 1},   {IDC_TREE_GROUP, 0, 1},
+        {IDC_PROPERTY_GROUP, 1, 1}, {IDC_NAME, 0, 0}, {IDC_REFRESH, 0, 0}};
+    std::vector<SIZE> before;
+    for (const Expectation& control : expected) before.push_back(sizeOf(this->control(control.id)));
+    const SIZE whole = sizeOf(form());
+    const auto expectGrown = [&](int growX, int growY) {
+        for (std::size_t i = 0; i < std::size(expected); ++i) {
+            const SIZE now = sizeOf(control(expected[i].id));
+            EXPECT_EQ(now.cx, before[i].cx + expected[i].wide * growX) << expected[i].id;
+            EXPECT_EQ(now.cy, before[i].cy + expected[i].high * growY) << expected[i].id;
+        }
+    };
+    SetWindowPos(form(), nullptr, 0, 0, whole.cx + 90, whole.cy + 40, SWP_NOMOVE);
+    expectGrown(90, 40);
+    // Minimising changes nothing, so that restoring finds everything in its place.
+    ShowWindow(form(), SW_MINIMIZE);
+    testinput::pump();
+    ShowWindow(form(), SW_RESTORE);
+    testinput::pump();
+    expectGrown(90, 40);
+    SetWindowPos(form(), nullptr, 300, 200, whole.cx, whole.cy, 0);
+    expectGrown(0, 0);
+
+    browser().resetPos();
+    RECT area{};
+    GetWindowRect(form(), &area);
+    EXPECT_EQ(area.left, 0);
+    EXPECT_EQ(area.top, 0);
+    EXPECT_EQ(area.right, whole.cx);
+    EXPECT_EQ(area.bottom, whole.cy);
+    // However small it is dragged, nothing gets lost.
+    SetWindowPos(form(), nullptr, 0, 0, 10, 10, SWP_NOMOVE);
+    EXPECT_GT(sizeOf(grid()).cx, 50);
+    EXPECT_GT(sizeOf(grid()).cy, 50);
+}
+
+TEST_F(BrowserForm, ClosingHidesItAndTellsTheClient) {
+    for (const bool byKey : {false, true}) {
+        open();
+        if (byKey) {
+            SetFocus(tree());
+            testinput::key(VK_ESCAPE);
+        } else {
+            SendMessageW(form(), WM_SYSCOMMAND, SC_CLOSE, 0);
+            testinput::pump();
+        }
+        EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::closed}}));
+        EXPECT_FALSE(IsWindowVisible(form()));
+        EXPECT_TRUE(browser().show(1)) << "it is only hidden";
+        EXPECT_TRUE(browser().show(0));
+    }
+    client.take();
+    testinput::pump();
+    EXPECT_TRUE(client.take().empty()) << "hiding by the client is no closing";
+}
+
+TEST_F(BrowserForm, TellsWhenTheUserComesToIt) {
+    open();
+    const HWND other = CreateWindowExW(0, L"STATIC", L"other", WS_OVERLAPPEDWINDOW | WS_VISIBLE,
+                                       900, 600, 200, 100, nullptr, nullptr, nullptr, nullptr);
+    ASSERT_TRUE(testinput::activate(other));
+    EXPECT_TRUE(client.take().empty());
+    ASSERT_TRUE(testinput::activate(form()));
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::activated}}));
+    DestroyWindow(other);
+}
+
+TEST_F(BrowserForm, NamesItsControlsInToolTips) {
+    open(false);
+    NMTTDISPINFOW wide{};
+    wide.hdr = {nullptr, reinterpret_cast<UINT_PTR>(control(IDC_UP)), TTN_NEEDTEXTW};
+    wide.uFlags = TTF_IDISHWND;
+    SendMessageW(form(), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&wide));
+    EXPECT_STREQ(wide.szText, L"Control ID = 1018");
+    NMTTDISPINFOA narrow{};
+    narrow.hdr = {nullptr, reinterpret_cast<UINT_PTR>(tree()), TTN_NEEDTEXTA};
+    narrow.uFlags = TTF_IDISHWND;
+    SendMessageW(form(), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&narrow));
+    EXPECT_STREQ(narrow.szText, "Control ID = 1011");
+}
+
+// A client may end the form from within whatever it is told.
+TEST_F(BrowserForm, MayBeDestroyedByAnyEvent) {
+    for (const int button : {IDC_REFRESH, IDC_UP, IDC_SELECT_SET, IDC_SELECT_GET, IDC_CREATE}) {
+        open();
+        select({add(nullptr, "a")});
+        client.onEvent = [](const Sent&) { browser().destroy(); };
+        push(button);
+        client.onEvent = nullptr;
+        EXPECT_EQ(form(), nullptr) << button;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,242 @@
+// The property side: name line, comment and attribute grid.
+#include "browserfixture.h"
+
+#include <fltkilnutil/fltattr.h>
+
+#include <algorithm>
+
+namespace {
+
+class BrowserProperties : public BrowserTest {
+protected:
+    void SetUp() override {
+        open();
+        root = add(nullptr, "root", 0);
+        client.take();
+    }
+
+    /// The value column, a line for each attribute.
+    static std::wstring gridValues() {
+        if (OpenClipboard(form())) {
+            EmptyClipboard();
+            CloseClipboard();
+        }
+        SetFocus(grid());
+        testinput::key('A', {VK_CONTROL});
+        testinput::key('C', {VK_CONTROL});
+        std::wstring values;
+        if (!OpenClipboard(form())) return values;
+        if (const HANDLE data = GetClipboardData(CF_UNICODETEXT)) {
+            values = static_cast<const wchar_t*>(GlobalLock(data));
+            GlobalUnlock(data);
+        }
+        CloseClipboard();
+        return values;
+    }
+
+    static int rowOf(FltNodeKind kind, const char* key) {
+        const FltAttrGroup* const set = fltAttrGroupFind(kind);
+        const FltAttrDesc* const row = fltAttrFindRow(kind, key);
+        EXPECT_TRUE(set && row) << key;
+        return set && row ? static_cast<int>(row - set->descriptors) : 0;
+    }
+
+    /// Moves the grid's focus to an attribute by the keyboard.
+    static void goTo(int row) {
+        SetFocus(grid());
+        testinput::key(VK_HOME, {VK_CONTROL});
+        for (int i = 0; i < row; ++i) testinput::key(VK_DOWN);
+    }
+
+    static void enter(FltNodeKind kind, const char* key, std::wstring_view value) {
+        goTo(rowOf(kind, key));
+        testinput::type(value);
+        testinput::key(VK_RETURN);
+    }
+
+    static std::string stored(INode* node, FltNodeKind kind, const char* key) {
+        if (!fltAttrLoad(node, kFltRevision)) return "nothing";
+        return fltAttrFindRow(kind, key)->value.text();
+    }
+
+    BrowserItem root;
+};
+
+TEST_F(BrowserProperties, ShowTheCurrentNode) {
+    const std::wstring caption = [] {
+        const FltAttrGroup* const set = fltAttrGroupFind(FltNodeKind::Lod);
+        wchar_t wide[100] = L"";
+        if (set) MultiByteToWideChar(CP_UTF8, 0, set->caption, -1, wide, 100);
+        return std::wstring(wide);
+    }();
+    ASSERT_NE(caption, L"");
+    INode* const lod = node(73);
+    fltPutComment(lod, "远处\n可见");
+    browser().selectNode(add(root, "近处", lod));
+    EXPECT_EQ(text(control(IDC_NAME)), caption + L":近处");
+    EXPECT_EQ(text(control(IDC_COMMENT)), L"远处\r\n可见");
+    EXPECT_TRUE(isEnabled(IDC_COMMENT));
+    const std::wstring values = gridValues();
+    EXPECT_EQ(values.substr(0, 11), L"100000\r\n0\r\n");
+    EXPECT_EQ(std::count(values.begin(), values.end(), L'\n') + 1,
+              static_cast<std::ptrdiff_t>(fltAttrCount(*fltAttrGroupFind(FltNodeKind::Lod))));
+
+    browser().selectNode(browser().addNode(root, "no node", 0));
+    EXPECT_EQ(text(control(IDC_NAME)), L"");
+    EXPECT_EQ(text(control(IDC_COMMENT)), L"");
+    EXPECT_FALSE(isEnabled(IDC_COMMENT));
+    EXPECT_EQ(gridValues(), L"");
+
+    browser().selectNode(add(root, "plain", 0));
+    EXPECT_EQ(text(control(IDC_NAME)), L"Non-OpenFlight Selection");
+    EXPECT_FALSE(isEnabled(IDC_COMMENT));
+    EXPECT_EQ(gridValues(), L"");
+    EXPECT_FALSE(isEnabled(IDC_TOOL));
+}
+
+TEST_F(BrowserProperties, EditsAreNormalisedAndShownAtOnce) {
+    INode* const group = node(2);
+    INode* const lod = node(73);
+    const BrowserItem groupItem = add(root, "group", group);
+    const BrowserItem lodItem = add(root, "lod", lod);
+    struct Edit {
+        const char* key;
+        const wchar_t* typed;
+        const char* expected;
+    };
+    browser().selectNode(groupItem);
+    for (const Edit& edit :
+         {Edit{"FltGrpSpecial1", L"12abc", "12"}, Edit{"FltGrpSpecial1", L"abc", "0"},
+          Edit{"FltGrpSpecial2", L" -7 ", "-7"}}) {
+        enter(FltNodeKind::Group, edit.key, edit.typed);
+        EXPECT_EQ(stored(group, FltNodeKind::Group, edit.key), edit.expected) << edit.typed;
+    }
+    EXPECT_NE(gridValues().find(L"0\r\n0\r\n-7\r\n"), std::wstring::npos);
+    browser().selectNode(lodItem);
+    enter(FltNodeKind::Lod, "FltLodMin", L"2.50");
+    EXPECT_EQ(stored(lod, FltNodeKind::Lod, "FltLodMin"), "2.5");
+    EXPECT_EQ(gridValues().substr(0, 5), L"2.5\r\n");
+    // The keyboard stays in the grid for the next value.
+    goTo(0);
+    testinput::type(L"9");
+    testinput::key(VK_TAB);
+    EXPECT_TRUE(GetFocus() == grid() || IsChild(grid(), GetFocus()));
+    testinput::type(L"8");
+    testinput::key(VK_RETURN);
+    EXPECT_EQ(stored(lod, FltNodeKind::Lod, "FltLodMin"), "9");
+    EXPECT_EQ(stored(lod, FltNodeKind::Lod, "FltLodMax"), "8");
+}
+
+TEST_F(BrowserProperties, GlobalEditsTheSelectedNodesOfTheKind) {
+    INode* nodes[] = {node(4), node(4), node(2), node(4)};
+    std::vector<BrowserItem> items;
+    for (INode* made : nodes) items.push_back(add(root, "node", made));
+    TreeView_Expand(tree(), root, TVE_EXPAND);
+    select({items[0], items[1], items[2]});
+    const auto priorities = [&] {
+        std::string all;
+        for (INode* made : {nodes[0], nodes[1], nodes[3]})
+            all += stored(made, FltNodeKind::Object, "FltObjRelPriority") + " ";
+        return all + stored(nodes[2], FltNodeKind::Group, "FltGrpRelPriority");
+    };
+    enter(FltNodeKind::Object, "FltObjRelPriority", L"3");
+    EXPECT_EQ(priorities(), "3 0 0 0") << "without Global, the current node alone";
+    check(IDC_GLOBAL, true);
+    enter(FltNodeKind::Object, "FltObjRelPriority", L"5");
+    EXPECT_EQ(priorities(), "5 5 0 0");
+}
+
+TEST_F(BrowserProperties, ChoicesComeFromAList) {
+    INode* const group = node(2);
+    browser().selectNode(add(root, "group", group));
+    const FltAttrDesc* const row = fltAttrFindRow(FltNodeKind::Group, "FltGrpFwdAnim");
+    ASSERT_TRUE(row);
+    const std::string before = stored(group, FltNodeKind::Group, "FltGrpFwdAnim");
+    goTo(rowOf(FltNodeKind::Group, "FltGrpFwdAnim"));
+    testinput::key(VK_F2);
+    // The other of the two choices.
+    testinput::key(before == row->choices[0] ? VK_DOWN : VK_UP);
+    testinput::key(VK_RETURN);
+    testinput::pump();
+    EXPECT_NE(stored(group, FltNodeKind::Group, "FltGrpFwdAnim"), before);
+}
+
+TEST_F(BrowserProperties, TheFirstAttributeOfALightPointDecidesAboutTheSecond) {
+    constexpr auto kKind = FltNodeKind::LightPoint;
+    INode* const light = node(111);
+    browser().selectNode(add(root, "light", light));
+    FltAttrGroup* const set = fltAttrGroupFind(kKind);
+    ASSERT_TRUE(set);
+    ASSERT_EQ(set->descriptors[0].controlling, 1u);
+    const auto canEditSecond = [] {
+        goTo(1);
+        testinput::key(VK_F2);
+        const bool opened = GetFocus() != grid();
+        testinput::key(VK_ESCAPE);
+        return opened;
+    };
+    bool seen[2] = {};
+    for (std::size_t choice = 0; choice < set->descriptors[0].choices.size(); ++choice) {
+        goTo(0);
+        testinput::key(VK_F2);
+        testinput::key(VK_HOME);
+        for (std::size_t i = 0; i < choice; ++i) testinput::key(VK_DOWN);
+        testinput::key(VK_RETURN);
+        fltAttrLoad(light, kFltRevision);
+        const bool expected = set->descriptors[1].visible != 0;
+        EXPECT_EQ(canEditSecond(), expected) << choice;
+        seen[expected] = true;
+    }
+    EXPECT_TRUE(seen[0] && seen[1]) << "both happened";
+}
+
+TEST_F(BrowserProperties, TheCommentIsStoredWhenItIsLeft) {
+    INode* const first = node(2);
+    INode* const second = node(4);
+    const BrowserItem a = add(root, "a", first);
+    const BrowserItem b = add(root, "b", second);
+    TreeView_Expand(tree(), root, TVE_EXPAND);
+    const auto comment = [](INode* of) {
+        std::string text = "none";
+        fltGetComment(of, text);
+        return text;
+    };
+    browser().selectNode(a);
+    SetFocus(control(IDC_COMMENT));
+    SetFocus(tree());
+    EXPECT_EQ(comment(first), "none") << "walking over it writes nothing";
+    SetFocus(control(IDC_COMMENT));
+    testinput::type(L"注释 1");
+    testinput::click(tree(), middle(b));
+    EXPECT_EQ(comment(first), "注释 1");
+    EXPECT_EQ(comment(second), "none");
+    EXPECT_EQ(text(control(IDC_COMMENT)), L"");
+
+    // The client may select another node while the user is typing.
+    SetFocus(control(IDC_COMMENT));
+    testinput::type(L"unfinished");
+    browser().selectNode(a);
+    EXPECT_EQ(comment(second), "unfinished");
+    EXPECT_EQ(comment(first), "注释 1");
+
+    // Too long a text is cut between characters, not within one.
+    std::wstring large(8095, L'x');
+    large += L"\U0001F6E9";
+    SetWindowTextW(control(IDC_COMMENT), large.c_str());
+    SetFocus(control(IDC_COMMENT));
+    SetFocus(tree());
+    EXPECT_EQ(comment(first), std::string(8095, 'x'));
+}
+
+TEST_F(BrowserProperties, DamagedNodesAreShownAsPlain) {
+    INode* const damaged = node(2);
+    ASSERT_TRUE(fltPutComment(damaged, "x"));
+    AppDataChunk* const chunk =
+        damaged->GetAppDataChunk(Class_ID(0x6A3C1F07, 0x2E9D0001), 0xA10, 2);
+    ASSERT_TRUE(chunk);
+    static_cast<unsigned char*>(chunk->data)[0] = 0xEE;
+    browser().selectNode(add(root, "damaged", damaged));
+    EXPECT_EQ(text(control(IDC_COMMENT)), L"");
+}
+
+}  // namespace

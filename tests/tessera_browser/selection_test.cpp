@@ -1,0 +1,245 @@
+// Selecting and dragging with the mouse and the arrow keys.
+#include "browserfixture.h"
+
+#include <string_view>
+
+namespace {
+
+class BrowserSelection : public BrowserTest {
+protected:
+    void SetUp() override {
+        open();
+        root = add(nullptr, "root", 0);
+        for (const char* name : {"a", "b", "c", "d", "e", "f"}) items.push_back(add(root, name));
+        inside = add(items[2], "inside");
+        TreeView_Expand(tree(), root, TVE_EXPAND);
+        SetFocus(tree());
+        client.take();
+    }
+
+    void click(int item, std::initializer_list<WORD> modifiers = {}) {
+        testinput::click(tree(), middle(items[static_cast<std::size_t>(item)]), 1, modifiers);
+    }
+
+    /// The letters of the selected items.
+    std::string selected() const {
+        std::string letters;
+        for (std::size_t i = 0; i < items.size(); ++i)
+            if (isSelected(items[i])) letters += static_cast<char>('a' + i);
+        return letters;
+    }
+
+    /// Mouse messages without a mouse, for exact distances.
+    static void mouse(UINT message, POINT at) {
+        const WPARAM keys = message == WM_LBUTTONUP ? 0 : MK_LBUTTON;
+        SendMessageW(tree(), message, keys, MAKELPARAM(at.x, at.y));
+    }
+    static void dragTo(POINT from, POINT to) {
+        mouse(WM_LBUTTONDOWN, from);
+        mouse(WM_MOUSEMOVE, to);
+        mouse(WM_MOUSEMOVE, {to.x + 1, to.y});
+        mouse(WM_LBUTTONUP, to);
+        testinput::pump();
+    }
+    void drag(BrowserItem from, BrowserItem to) {
+        browser().selectNode(root);
+        middle(to);
+        dragTo(middle(from, true), middle(to));
+    }
+
+    BrowserItem root;
+    std::vector<BrowserItem> items;
+    BrowserItem inside;
+};
+
+TEST_F(BrowserSelection, AClickSelectsOneItemAndCtrlTogglesIt) {
+    click(0);
+    EXPECT_EQ(selected(), "a");
+    click(2, {VK_CONTROL});
+    click(4, {VK_CONTROL});
+    EXPECT_EQ(selected(), "ace");
+    EXPECT_EQ(caret(), items[4]);
+    click(4, {VK_CONTROL});
+    EXPECT_EQ(selected(), "ac") << "the others stay";
+    EXPECT_EQ(TreeView_GetEditControl(tree()), nullptr) << "that was no click to rename";
+    click(2, {VK_CONTROL});
+    EXPECT_EQ(selected(), "a");
+    click(5);
+    EXPECT_EQ(selected(), "f");
+}
+
+TEST_F(BrowserSelection, ShiftSelectsARangeOfVisibleItems) {
+    TreeView_SetItemState(tree(), inside, TVIS_SELECTED, TVIS_SELECTED);
+    click(5, {VK_CONTROL});
+    click(1);
+    TreeView_SetItemState(tree(), inside, TVIS_SELECTED, TVIS_SELECTED);
+    click(4, {VK_SHIFT});
+    EXPECT_EQ(selected(), "bcde");
+    EXPECT_TRUE(isSelected(inside)) << "what is not visible keeps its mark";
+    EXPECT_EQ(caret(), items[4]);
+    click(0, {VK_SHIFT});
+    EXPECT_EQ(selected(), "ab") << "from the same anchor, upwards";
+}
+
+TEST_F(BrowserSelection, PressingASelectedItemWaitsForTheButton) {
+    click(1);
+    click(3, {VK_CONTROL});
+    const POINT at = middle(items[1]);
+    mouse(WM_LBUTTONDOWN, at);
+    EXPECT_EQ(selected(), "bd");
+    mouse(WM_LBUTTONUP, at);
+    EXPECT_EQ(selected(), "b");
+
+    // Two selected items are not dragged.
+    click(3, {VK_CONTROL});
+    dragTo(middle(items[1]), middle(items[5]));
+    EXPECT_TRUE(client.take().empty());
+    EXPECT_EQ(selected(), "b");
+    // An unselected one is selected at once.
+    mouse(WM_LBUTTONDOWN, middle(items[4]));
+    EXPECT_EQ(selected(), "e");
+    mouse(WM_LBUTTONUP, middle(items[4]));
+}
+
+TEST_F(BrowserSelection, ArrowsMoveAndShiftArrowsExtend) {
+    click(1);
+    testinput::key(VK_DOWN, {VK_SHIFT});
+    testinput::key(VK_DOWN, {VK_SHIFT});
+    EXPECT_EQ(selected(), "bcd");
+    EXPECT_EQ(caret(), items[3]);
+    EXPECT_FALSE(isEnabled(IDC_CREATE));
+    testinput::key(VK_UP, {VK_SHIFT});
+    EXPECT_EQ(selected(), "bc") << "going back shrinks it";
+    testinput::key(VK_DOWN);
+    EXPECT_EQ(selected(), "d");
+    EXPECT_TRUE(isEnabled(IDC_CREATE));
+    EXPECT_NE(text(control(IDC_NAME)).find(L":d"), std::wstring::npos);
+    testinput::key(VK_END);
+    testinput::key(VK_DOWN);
+    EXPECT_EQ(selected(), "f") << "the last item stays selected";
+}
+
+TEST_F(BrowserSelection, ARightClickMovesTheCaretUnlessSeveralAreSelected) {
+    const auto rightClick = [&](int item) {
+        const POINT at = middle(items[static_cast<std::size_t>(item)]);
+        // The control waits for the button to come up.
+        PostMessageW(tree(), WM_RBUTTONUP, 0, MAKELPARAM(at.x, at.y));
+        SendMessageW(tree(), WM_RBUTTONDOWN, MK_RBUTTON, MAKELPARAM(at.x, at.y));
+        testinput::pump();
+    };
+    click(0);
+    rightClick(3);
+    EXPECT_EQ(caret(), items[3]);
+    EXPECT_EQ(selected(), "d");
+    click(1, {VK_CONTROL});
+    rightClick(5);
+    EXPECT_EQ(selected(), "bd");
+}
+
+TEST_F(BrowserSelection, ADragBeginsAfterNinePixels) {
+    struct Move {
+        LONG x, y;
+        bool drags;
+    };
+    for (const Move& move : {Move{8, 8, false}, Move{-8, -8, false}, Move{9, 0, true},
+                             Move{-9, 0, true}, Move{0, 9, true}}) {
+        browser().selectNode(root);
+        const POINT from = middle(items[3], true);
+        const POINT to{from.x + move.x, from.y + move.y};
+        mouse(WM_LBUTTONDOWN, from);
+        mouse(WM_MOUSEMOVE, to);  // begins it
+        mouse(WM_MOUSEMOVE, to);  // and finds what it is over
+        EXPECT_EQ(TreeView_GetDropHilight(tree()) != nullptr, move.drags)
+            << move.x << ", " << move.y;
+        mouse(WM_LBUTTONUP, to);
+        testinput::pump();
+        boxes.take();
+    }
+}
+
+TEST_F(BrowserSelection, ADropAsksTheClientToAttach) {
+    drag(items[0], items[4]);
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::attach, items[0], items[4]}}));
+    EXPECT_EQ(TreeView_GetDropHilight(tree()), nullptr);
+    EXPECT_NE(GetCapture(), tree());
+
+    // Beyond every item the last one that it passed is the target.
+    browser().selectNode(root);
+    const POINT from = middle(items[1], true);
+    const POINT over = middle(items[5]);
+    RECT area{};
+    GetClientRect(tree(), &area);
+    mouse(WM_LBUTTONDOWN, from);
+    mouse(WM_MOUSEMOVE, over);
+    mouse(WM_MOUSEMOVE, over);
+    mouse(WM_MOUSEMOVE, {over.x, area.bottom - 40});
+    EXPECT_EQ(TreeView_GetDropHilight(tree()), items[5]);
+    mouse(WM_LBUTTONUP, {over.x, area.bottom - 40});
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::attach, items[1], items[5]}}));
+}
+
+TEST_F(BrowserSelection, ADragCanBeGivenUp) {
+    for (const bool byKey : {true, false}) {
+        browser().selectNode(root);
+        const POINT from = middle(items[1], true);
+        mouse(WM_LBUTTONDOWN, from);
+        mouse(WM_MOUSEMOVE, {from.x + 20, from.y});
+        mouse(WM_MOUSEMOVE, middle(items[3]));
+        EXPECT_EQ(TreeView_GetDropHilight(tree()), items[3]);
+        if (byKey)
+            testinput::key(VK_ESCAPE);
+        else
+            ReleaseCapture();
+        EXPECT_EQ(TreeView_GetDropHilight(tree()), nullptr);
+        mouse(WM_LBUTTONUP, middle(items[3]));
+        EXPECT_TRUE(client.take().empty());
+        EXPECT_TRUE(IsWindowVisible(form()));
+    }
+}
+
+TEST_F(BrowserSelection, IllegalDropsAreRefusedWithAMessage) {
+    const std::vector<std::wstring> belowChild{L"非法附加 - 父对象在子对象下方。"};
+    const std::vector<std::wstring> toFace{L"非法附加 - 面对象可能只有作为子对象时才能有面.."};
+    const BrowserItem face = add(root, "face", 5);
+    const BrowserItem otherFace = add(root, "other face", 5);
+    const BrowserItem plain = add(root, "plain", 0);
+    const BrowserItem deepest = add(inside, "deepest");
+    TreeView_Expand(tree(), items[2], TVE_EXPAND);
+    TreeView_Expand(tree(), inside, TVE_EXPAND);
+
+    drag(items[2], deepest);
+    EXPECT_EQ(boxes.take(), belowChild) << "onto its own grandchild";
+    drag(items[0], face);
+    EXPECT_EQ(boxes.take(), toFace);
+    drag(plain, face);
+    EXPECT_EQ(boxes.take(), toFace);
+    EXPECT_TRUE(client.take().empty());
+    drag(otherFace, face);
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::attach, otherFace, face}}));
+    drag(items[0], plain);
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::attach, items[0], plain}}));
+    EXPECT_TRUE(boxes.take().empty());
+}
+
+// What is selected can be told by its colour, with and without the focus.
+TEST_F(BrowserSelection, SelectedItemsAreColoured) {
+    click(1);
+    click(3, {VK_CONTROL});
+    click(4, {VK_CONTROL});
+    click(4, {VK_CONTROL});
+    const auto background = [&](int item) {
+        RECT area{};
+        TreeView_GetItemRect(tree(), items[static_cast<std::size_t>(item)], &area, TRUE);
+        return testinput::pixel(tree(), {area.left + 1, area.top + 1});
+    };
+    EXPECT_EQ(background(1), GetSysColor(COLOR_HIGHLIGHT));
+    EXPECT_EQ(background(3), GetSysColor(COLOR_HIGHLIGHT));
+    EXPECT_EQ(background(2), 0xe1e1e1u);
+    EXPECT_NE(background(4), GetSysColor(COLOR_HIGHLIGHT)) << "the caret alone is no selection";
+    SetFocus(control(IDC_REFRESH));
+    testinput::pump();
+    EXPECT_EQ(background(3), GetSysColor(COLOR_BTNSHADOW));
+    EXPECT_EQ(background(2), 0xe1e1e1u);
+}
+
+}  // namespace
