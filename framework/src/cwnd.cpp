@@ -252,7 +252,8 @@ bool CWnd::EnableToolTips(bool on) {
     TTTOOLINFOW tool{};
     // The size that every version of the common controls takes.
     tool.cbSize = TTTOOLINFOW_V2_SIZE;
-    tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+    // A tip that lies over the control must not take its clicks.
+    tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS | TTF_TRANSPARENT;
     tool.hwnd = window_;
     tool.lpszText = LPSTR_TEXTCALLBACKW;
     for (HWND child = ::GetWindow(window_, GW_CHILD); child;

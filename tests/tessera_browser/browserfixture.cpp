@@ -65,6 +65,7 @@ void Client::callback(BrowserEvent event, BrowserItem first, BrowserItem second,
     };
     if (event == BrowserEvent::confirmForm) return answer(client.allowsForm);
     if (event == BrowserEvent::confirmKind) return answer(client.knowsKinds);
+    if (event == BrowserEvent::activated && !client.notesActivation) return;
     if (event == BrowserEvent::rename) client.lastText = reinterpret_cast<const char*>(argument);
     const Sent sent{event, first, second, argument, argument2};
     client.sent_.push_back(sent);
@@ -150,7 +151,9 @@ std::wstring BrowserTest::text(HWND window) {
 
 INode* BrowserTest::node(int kind) {
     INode* const made = GetCOREInterface()->CreateObjectNode(new DummyObject);
-    if (kind != 0) EXPECT_TRUE(fltEnsureKind(made, static_cast<FltNodeKind>(kind), kFltRevision));
+    if (kind != 0) {
+        EXPECT_TRUE(fltEnsureKind(made, static_cast<FltNodeKind>(kind), kFltRevision));
+    }
     return made;
 }
 
@@ -196,6 +199,8 @@ std::wstring BrowserTest::label(BrowserItem item) {
 
 POINT BrowserTest::middle(BrowserItem item, bool icon) {
     TreeView_EnsureVisible(tree(), item);
+    testinput::pump();
+    UpdateWindow(tree());  // the control measures its labels when it paints them
     RECT area{};
     TreeView_GetItemRect(tree(), item, &area, TRUE);
     return {icon ? area.left - 10 : (area.left + area.right) / 2, (area.top + area.bottom) / 2};

@@ -8,6 +8,7 @@
 #include <kiln/kiln.h>
 #include <resources/resource.h>
 #include <tessera/browserexports.h>
+#include <windowsx.h>
 
 #include <gtest/gtest.h>
 
@@ -59,6 +60,8 @@ public:
 
     bool allowsForm = true;
     bool knowsKinds = true;
+    /// Message boxes that close activate the form again, which few tests are about.
+    bool notesActivation = false;
     /// Asked for every event that is written down.
     std::function<void(const Sent&)> onEvent;
     std::string lastText;  ///< the text of the last renaming

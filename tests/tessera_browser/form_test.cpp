@@ -52,7 +52,7 @@ TEST_F(BrowserForm, ShowsItsTitle) {
     browser().setTitle("");
     EXPECT_EQ(text(form()), L"Aviary 层次");
     browser().setTitle(std::string(100'000, 'x').c_str());
-    EXPECT_EQ(text(form()).substr(0, 13), L"Aviary 层次 (xxx");
+    EXPECT_EQ(text(form()).substr(0, 14), L"Aviary 层次 (xxx");
 }
 
 TEST_F(BrowserForm, OffersTheCreatableKinds) {
@@ -160,6 +160,7 @@ TEST_F(BrowserForm, ClosingHidesItAndTellsTheClient) {
 
 TEST_F(BrowserForm, TellsWhenTheUserComesToIt) {
     open();
+    client.notesActivation = true;
     const HWND other = CreateWindowExW(0, L"STATIC", L"other", WS_OVERLAPPEDWINDOW | WS_VISIBLE,
                                        900, 600, 200, 100, nullptr, nullptr, nullptr, nullptr);
     ASSERT_TRUE(testinput::activate(other));

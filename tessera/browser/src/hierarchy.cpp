@@ -396,7 +396,10 @@ void Hierarchy::spreadMarks(HTREEITEM old, HTREEITEM now) {
     const CWaitCursor wait;
     const RedrawPause pause(tree_);
     const BulkOperation bulk(bulk_);
+    // The new item may lie below the old one, whose mark it must not take.
+    const bool selected = tree_.IsSelected(now);
     tree_.SpreadMark(old);
+    if (TreeItem* item = tree_.Find(now)) tree_.SetSelected(*item, selected);
     tree_.SpreadMark(now);
 }
 
