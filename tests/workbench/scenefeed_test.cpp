@@ -61,11 +61,17 @@ TEST_F(SceneFeedTest, AGroupIsBracketedWithAllBelowIt) {
     host_.SelectNode(head);
     feed_.build(host_);
     EXPECT_FLOAT_EQ(feed_.model().selectedBox().max.z, 80);
-    EXPECT_FLOAT_EQ(feed_.model().selectedBox().min.x, 0);
+    EXPECT_FLOAT_EQ(feed_.model().selectedBox().min.x, 45) << "not from where the helpers are";
+    EXPECT_FLOAT_EQ(feed_.model().box().min.x, 45);
 
+    INode* lonely = host_.CreateObjectNode(new DummyObject, "lonely");
+    host_.SelectNode(lonely);
+    feed_.build(host_);
+    EXPECT_FLOAT_EQ(feed_.model().selectedBox().max.x, 0) << "a helper alone is where it is";
+    EXPECT_FALSE(feed_.model().selectedBox().empty());
     host_.SelectNode(box);
     feed_.updateSelection();
-    EXPECT_FLOAT_EQ(feed_.model().selectedBox().min.x, 45);
+    EXPECT_FLOAT_EQ(feed_.model().selectedBox().min.z, 70);
 }
 
 TEST_F(SceneFeedTest, KeepsBadMeshesAndDeepScenesFromDoingHarm) {

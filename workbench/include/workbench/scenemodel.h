@@ -69,8 +69,8 @@ public:
     std::span<const Vec3> vertices() const { return vertices_; }
     std::span<const Triangle> triangles() const { return triangles_; }
     std::span<const Mark> marks() const { return marks_; }
-    /// Encloses everything.
-    const Box& box() const { return box_; }
+    /// Encloses everything that shows; helpers count only when there is nothing else.
+    const Box& box() const { return box_.empty() ? helperBox_ : box_; }
     /// Encloses the selected items; empty without any.
     Box selectedBox() const;
 
@@ -79,7 +79,7 @@ private:
     std::vector<Vec3> vertices_;
     std::vector<Triangle> triangles_;
     std::vector<Mark> marks_;
-    Box box_;
+    Box box_, helperBox_;
 };
 
 }  // namespace workbench

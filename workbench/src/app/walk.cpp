@@ -148,6 +148,10 @@ void Walk::settle() {
 
 kiln::Status Walk::shot(const char* name) {
     settle();
+    char frame[48];
+    std::snprintf(frame, sizeof frame, "    drawn in %.1f ms",
+                  window_.viewport().frameMilliseconds());
+    say(frame);
     return saveScreenshot(folder_ + "\\" + name + ".png");
 }
 
@@ -179,14 +183,14 @@ kiln::Status Walk::openBrowser() {
     return require(itemAfter(tree_, TVGN_ROOT, nullptr) != nullptr, "its tree is empty");
 }
 
-// The form at the right edge, the main window in the rest of the desktop.
+// The form along the right edge, the main window in the rest of the desktop.
 kiln::Status Walk::arrange() {
     RECT work, form;
     ::SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
     ::GetWindowRect(form_, &form);
     const int width = widthOf(form);
     const int formLeft = static_cast<int>(work.right) - width;
-    ::SetWindowPos(form_, nullptr, formLeft, work.top, width, heightOf(form), SWP_NOZORDER);
+    ::SetWindowPos(form_, nullptr, formLeft, work.top, width, heightOf(work), SWP_NOZORDER);
     window_.MoveTo({work.left, work.top, formLeft, work.bottom});
     window_.viewport().viewAll();
     return {};

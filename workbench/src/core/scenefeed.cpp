@@ -60,7 +60,8 @@ void SceneFeed::visitAll(INode* root) {
                 nodes_.push_back(&node);
                 addNode(node);
                 model_.endItem();
-                visits_[at].subtree = model_.items().back().box;
+                if (model_.items().back().triangleCount > 0)
+                    visits_[at].subtree = model_.items().back().box;
             }
         }
         const int children = node.NumberOfChildren();
@@ -69,10 +70,13 @@ void SceneFeed::visitAll(INode* root) {
     }
 }
 
-// A selected group is bracketed with all that hangs below it.
+// A selected group is bracketed with all that hangs below it. The place of a helper counts only
+// when nothing does: most stay at the origin, far from what they hold.
 void SceneFeed::boundSubtrees() {
     for (std::size_t at = visits_.size(); at-- > 1;) {
-        const Visit& visit = visits_[at];
+        Visit& visit = visits_[at];
+        if (visit.subtree.empty() && visit.item != kNoItem)
+            visit.subtree = model_.items()[visit.item].box;
         visits_[visit.parent].subtree.include(visit.subtree);
         if (visit.item != kNoItem) model_.setSelectionBox(visit.item, visit.subtree);
     }

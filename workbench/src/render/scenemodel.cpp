@@ -7,7 +7,7 @@ void SceneModel::clear() {
     vertices_.clear();
     triangles_.clear();
     marks_.clear();
-    box_ = {};
+    box_ = helperBox_ = {};
 }
 
 ItemIndex SceneModel::beginItem() {
@@ -42,6 +42,7 @@ void SceneModel::addMark(MarkKind kind, Vec3 world, Colour colour) {
     if (!isFinite(world)) return;
     marks_.push_back({world, colour, static_cast<ItemIndex>(items_.size() - 1), kind});
     items_.back().box.add(world);
+    (kind == MarkKind::kHelper ? helperBox_ : box_).add(world);
 }
 
 void SceneModel::endItem() {
@@ -50,7 +51,7 @@ void SceneModel::endItem() {
     if (item.box.empty()) return;
     item.sphereCentre = item.box.centre();
     item.sphereRadius = length(item.box.max - item.sphereCentre);
-    box_.include(item.box);
+    if (item.triangleCount > 0) box_.include(item.box);
 }
 
 Box SceneModel::selectedBox() const {
