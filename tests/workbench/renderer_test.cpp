@@ -81,6 +81,21 @@ TEST_F(RendererTest, WireframeLeavesFacesOpenAndHidesInnerEdges) {
     EXPECT_EQ(canvas_.pick(static_cast<int>(edge.x), static_cast<int>(edge.y), 2), 0u);
 }
 
+TEST_F(RendererTest, EdgesAreLeftOutWhereTheyWouldHideTheSurface) {
+    addCube(scene_, {}, 10);
+    const auto sameInBothModes = [&] {
+        draw(DrawMode::kShaded);
+        const std::vector<Colour> plain(canvas_.pixels(), canvas_.pixels() + kWidth * kHeight);
+        draw(DrawMode::kShadedEdges);
+        return std::equal(plain.begin(), plain.end(), canvas_.pixels());
+    };
+    camera_.frame(scene_.box());
+    EXPECT_FALSE(sameInBothModes());
+    camera_.zoom(-25, kWidth / 2.f, kHeight / 2.f);
+    EXPECT_TRUE(sameInBothModes());
+    EXPECT_NE(canvas_.pick(kWidth / 2, kHeight / 2, 3), kNoItem) << "it is still there";
+}
+
 TEST_F(RendererTest, SelectionIsMarkedWithoutTakingOtherThingsPixels) {
     const ItemIndex cube = addCube(scene_, {}, 10);
     camera_.frame(scene_.box());

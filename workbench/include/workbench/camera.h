@@ -52,6 +52,9 @@ public:
     /// World units that one pixel covers at the target.
     float unitsPerPixel() const;
 
+    /// Pixels that one world unit covers at a world point in front of the eye.
+    float pixelsPerUnitAt(Vec3 world) const;
+
     /// A world point seen from the eye: x to the right, y up, z away from the viewer.
     Vec3 toView(Vec3 world) const {
         const Vec3 d = world - eye_;

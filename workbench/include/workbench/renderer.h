@@ -33,6 +33,7 @@ private:
                       Vec3 towardsEye);
     void fillClipped(const Vec3 (&corners)[3], Colour colour, ItemIndex index);
     void drawEdges(const SceneModel& scene, const Item& item, const Paint& paint);
+    void drawFadedEdges(const SceneModel& scene, const Item& item, ItemIndex index);
     void drawMark(const Mark& mark, bool selected);
     void drawBrackets(const Box& around);
     void drawGrid();

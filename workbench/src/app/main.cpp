@@ -85,6 +85,8 @@ public:
         return window_ && window_->preTranslate(message);
     }
 
+    void OnException(std::exception_ptr exception) override;
+
 private:
     void loadPlugins(const std::string& folder);
     void openAtStart(const Options& options);
@@ -92,6 +94,16 @@ private:
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<Walk> walk_;
 };
+
+// The user goes on working; the log says what has failed.
+void WorkbenchApp::OnException(std::exception_ptr exception) {
+    try {
+        std::rethrow_exception(exception);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "workbench: %s\n", error.what());
+        if (window_) window_->print(std::string("-- Internal error. ") + error.what());
+    }
+}
 
 bool WorkbenchApp::InitInstance() {
     const Options options = parse(arguments());

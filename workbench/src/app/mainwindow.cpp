@@ -543,7 +543,9 @@ void MainWindow::showFailure(const std::string& what, const std::string& path,
 
 bool MainWindow::mayLoseScene() {
     if (!core_.isModified()) return true;
-    const std::string name = path_.empty() ? "the scene" : fileName(path_);
+    const std::string name = !path_.empty()        ? fileName(path_)
+                             : sourceName_.empty() ? "the scene"
+                                                   : "the scene imported from " + sourceName_;
     switch (ShowMessage("Save the changes to " + name + " first?", MB_YESNOCANCEL | MB_ICONQUESTION,
                         kProgramName)) {
         case IDYES:

@@ -92,6 +92,11 @@ float Camera::unitsPerPixel() const {
     return 2 * kHalfFieldTangent * distance_ / static_cast<float>(height_);
 }
 
+float Camera::pixelsPerUnitAt(Vec3 world) const {
+    if (isParallel()) return scale_;
+    return scale_ / std::max(toView(world).z, nearDistance());
+}
+
 std::optional<ScreenPoint> Camera::project(Vec3 world) const {
     const Vec3 view = toView(world);
     if (view.z < nearDistance()) return std::nullopt;

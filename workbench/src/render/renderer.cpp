@@ -85,13 +85,22 @@ void Renderer::drawSurface(const SceneModel& scene, const Item& item, ItemIndex 
     else if (wire)
         drawEdges(scene, item, {scene.triangles()[item.firstTriangle].colour, 1, index, 0, true});
     else if (options_.mode == DrawMode::kShadedEdges)
-        drawEdges(scene, item, {kEdge, 0.55f, index, kEdgeBias, true});
+        drawFadedEdges(scene, item, index);
 }
 
 Colour Renderer::shaded(const Triangle& triangle, Vec3 towardsEye) const {
     const float facing = dot(triangle.normal, towardsEye) < 0 ? -1.f : 1.f;
     const float lit = std::max(0.f, facing * dot(triangle.normal, light_));
     return scaled(triangle.colour, kAmbient + kDiffuse * lit);
+}
+
+// The edges of what is only a few pixels large would leave nothing of its colour.
+void Renderer::drawFadedEdges(const SceneModel& scene, const Item& item, ItemIndex index) {
+    constexpr float kEdgeOpacity = 0.55f, kNoEdgesBelow = 4, kFullEdgesFrom = 14;  // radius, pixels
+    const float radius = item.sphereRadius * camera_->pixelsPerUnitAt(item.sphereCentre);
+    const float share = (radius - kNoEdgesBelow) / (kFullEdgesFrom - kNoEdgesBelow);
+    if (share <= 0) return;
+    drawEdges(scene, item, {kEdge, kEdgeOpacity * std::min(share, 1.f), index, kEdgeBias, true});
 }
 
 Vec3 Renderer::toEye(const SceneModel& scene, const Triangle& triangle) const {
