@@ -56,6 +56,7 @@ const std::vector<Rgb> kColors = {
 // Layers of things that lie on the ground, far enough apart for every depth buffer.
 constexpr double kGround = 0;
 constexpr double kPavement = 0.15;
+constexpr double kMarking = 0.3;
 constexpr double kLamp = 0.6;
 
 template <typename Record>
@@ -91,32 +92,37 @@ void addBlock(Node& parent, const Polygon& base, double height, Color side, Colo
 void addGround(Node& root) {
     Node& ground = root.add(named<FltGroup>("ground"), "地面 ground");
     ground.comment("草地、跑道与停机坪");
-    ground.addFace(rectangle(-420, -200, 420, 240, kGround), kGrass);
+    ground.addFace(rectangle(-235, -95, 265, 195, kGround), kGrass);
 
     Node& runway = ground.add(named<FltObject>("runway"), "跑道 runway 09/27");
-    runway.comment("Length 720 m, width 36 m").comment("道面：沥青");
-    Node& asphalt = runway.addFace(rectangle(-360, -118, 360, -82, kPavement), kAsphalt);
-    for (int i = 0; i < 15; ++i) {
-        const double x = -290 + 40 * i;
-        asphalt.addSubface(rectangle(x, -100.6, x + 20, -99.4, kPavement), kPaint);
+    runway.comment("Length 450 m, width 30 m").comment("道面：沥青");
+    Node& asphalt = runway.addFace(rectangle(-210, -66, 240, -36, kPavement), kAsphalt);
+    for (int i = 0; i < 12; ++i) {
+        const double x = -163 + 30 * i;
+        asphalt.addSubface(rectangle(x, -51.6, x + 16, -50.4, kMarking), kPaint);
     }
     for (int i = 0; i < 8; ++i) {
-        const double y = -115.5 + 4.2 * i;
-        asphalt.addSubface(rectangle(-352, y, -318, y + 1.8, kPavement), kPaint);
-        asphalt.addSubface(rectangle(318, y, 352, y + 1.8, kPavement), kPaint);
+        const double y = -63.8 + 3.4 * i;
+        asphalt.addSubface(rectangle(-204, y, -178, y + 1.8, kMarking), kPaint);
+        asphalt.addSubface(rectangle(208, y, 234, y + 1.8, kMarking), kPaint);
     }
 
     Node& taxiway = ground.add(named<FltObject>("taxiway"), "滑行道 taxiway A");
-    Node& bend = taxiway.addFace({{-300, -82, kPavement},
-                                  {-280, -82, kPavement},
-                                  {-280, -20, kPavement},
-                                  {-130, -20, kPavement},
-                                  {-130, 0, kPavement},
-                                  {-300, 0, kPavement}},
+    Node& bend = taxiway.addFace({{-190, -36, kPavement},
+                                  {-170, -36, kPavement},
+                                  {-170, 0, kPavement},
+                                  {-110, 0, kPavement},
+                                  {-110, 20, kPavement},
+                                  {-190, 20, kPavement}},
                                  kConcrete);
-    bend.addSubface(rectangle(-291, -82, -289.4, -10.8, kPavement), kYellow);
-    bend.addSubface(rectangle(-291, -10.8, -130, -9.2, kPavement), kYellow);
-    taxiway.addFace(rectangle(-130, -40, 230, 60, kPavement), kConcrete);
+    bend.addSubface(rectangle(-180.8, -36, -179.2, 9.2, kMarking), kYellow);
+    bend.addSubface(rectangle(-180.8, 9.2, -110, 10.8, kMarking), kYellow);
+    Node& apron = taxiway.addFace(rectangle(-110, -15, 230, 68, kPavement), kConcrete);
+    apron.addSubface(rectangle(-110, 9.2, 215, 10.8, kMarking), kYellow);
+    for (int i = 0; i < 8; ++i) {
+        const double x = -95 + 40 * i;
+        apron.addSubface(rectangle(x - 0.5, 10.8, x + 0.5, 45, kMarking), kYellow);
+    }
 }
 
 // ---------------------------------------------------------------- buildings
@@ -224,7 +230,7 @@ void addHangar(Node& root) {
 // ---------------------------------------------------------------- things that move or repeat
 
 void addWindsock(Node& root) {
-    constexpr double kX = -180, kY = -50;
+    constexpr double kX = -140, kY = -20;
     Node& group = root.add(named<FltGroup>("wind"), "风向标 windsock");
     Node& mast = group.add(named<FltObject>("mast"));
     addBlock(mast, ring(kX, kY, 0, 0.4, 6), 9, kPaint, kPaint);
@@ -340,23 +346,24 @@ void addTree(Node& parent, double x, double y, double height) {
 void addWood(Node& root) {
     auto region = named<FltClipRegion>("woodclip");
     region.edgeClip0 = region.edgeClip1 = region.edgeClip2 = region.edgeClip3 = 1;
-    region.corner0X = region.corner3X = -400;
-    region.corner1X = region.corner2X = -240;
-    region.corner0Y = region.corner1Y = 60;
-    region.corner2Y = region.corner3Y = 220;
+    region.corner0X = region.corner3X = -220;
+    region.corner1X = region.corner2X = -115;
+    region.corner0Y = region.corner1Y = 50;
+    region.corner2Y = region.corner3Y = 180;
     region.corner0Z = region.corner1Z = region.corner2Z = region.corner3Z = 0;
     Node& wood = root.add(region, "树林 wood");
     wood.comment("Clipped where the wood ends");
-    wood.addFace({{-400, 60, 0.1},
-                  {-300, 75, 0.1},
-                  {-240, 60, 0.1},
-                  {-255, 140, 0.1},
-                  {-240, 220, 0.1},
-                  {-400, 220, 0.1}},
+    wood.addFace({{-220, 50, 0.1},
+                  {-160, 62, 0.1},
+                  {-115, 50, 0.1},
+                  {-128, 115, 0.1},
+                  {-115, 180, 0.1},
+                  {-220, 180, 0.1}},
                  kMeadow);
     for (int i = 0; i < 24; ++i) {
-        // Steps that share no factor with the field's sides spread the trees evenly.
-        const double x = -392 + (i * 61) % 130, y = 76 + (i * 47) % 136;
+        // Multiples of irrational numbers, less their whole part, spread the trees evenly.
+        const double u = i * 0.7549, v = i * 0.5698;
+        const double x = -213 + 80 * (u - std::floor(u)), y = 66 + 106 * (v - std::floor(v));
         addTree(wood, x, y, 9 + (i * 5) % 7);
     }
 }
@@ -389,14 +396,14 @@ void addRunwayLights(Node& root) {
     Node& lights = root.add(named<FltGroup>("lights"), "跑道灯 runway lights");
     lights.comment("边灯、入口灯与末端灯");
     Node& edge = lights.add(named<FltObject>("edge"), "边灯 edge lights");
-    addLampRow(edge, lamp("north", false), "北侧 north", {-360, -80, kLamp}, {360, -80, kLamp}, 25,
+    addLampRow(edge, lamp("north", false), "北侧 north", {-210, -34, kLamp}, {240, -34, kLamp}, 16,
                kWhiteLamp);
-    addLampRow(edge, lamp("south", false), "南侧 south", {-360, -120, kLamp}, {360, -120, kLamp},
-               25, kWhiteLamp);
+    addLampRow(edge, lamp("south", false), "南侧 south", {-210, -68, kLamp}, {240, -68, kLamp}, 16,
+               kWhiteLamp);
     Node& ends = lights.add(named<FltObject>("ends"), "两端 ends");
-    addLampRow(ends, lamp("thresh", true), "入口灯 threshold, green", {-362, -116, kLamp},
-               {-362, -84, kLamp}, 9, kGreenLamp);
-    addLampRow(ends, lamp("end", true), "末端灯 end, red", {362, -116, kLamp}, {362, -84, kLamp}, 9,
+    addLampRow(ends, lamp("thresh", true), "入口灯 threshold, green", {-212, -65, kLamp},
+               {-212, -37, kLamp}, 9, kGreenLamp);
+    addLampRow(ends, lamp("end", true), "末端灯 end, red", {242, -65, kLamp}, {242, -37, kLamp}, 9,
                kRedLamp);
 }
 
@@ -431,7 +438,7 @@ void addLights(FltScene& scene) {
     scene.lights.push_back(flood);
 
     Node& group = scene.root.add(named<FltGroup>("lamps"), "灯光 light sources");
-    group.add(lightAt("sun", kSun, {-200, -160, 150}, 210, 50), "太阳 sun");
+    group.add(lightAt("sun", kSun, {-150, -60, 130}, 210, 50), "太阳 sun");
     group.add(lightAt("flood", kFloodlight, {80, 70, 18}, 90, 55), "停机坪泛光灯 floodlight");
 }
 

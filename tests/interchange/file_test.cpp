@@ -76,11 +76,11 @@ TEST_F(FileTest, ImportsTheSampleWhole) {
     ASSERT_TRUE(samples::writeScene(samples::makeAirport(), path));
     const kiln::ImportResult result = core.importFile(path);
     EXPECT_EQ(result.message,
-              "imported 608 nodes (8 groups, 2 levels of detail, 1 switch, 1 degree of freedom, "
+              "imported 614 nodes (8 groups, 2 levels of detail, 1 switch, 1 degree of freedom, "
               "40 objects, 1 binary separating plane, 1 clip region, 1 external reference, "
               "1 instance definition, 3 instance references, 4 light points, 2 light sources, "
-              "542 faces, 1 header)");
-    EXPECT_EQ(host.GetNodeCount(), 608);
+              "548 faces, 1 header)");
+    EXPECT_EQ(host.GetNodeCount(), 614);
     int empty = 0;
     std::vector<INode*> open = {host.GetRootNode()};
     while (!open.empty()) {
