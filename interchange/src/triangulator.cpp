@@ -7,7 +7,7 @@ namespace interchange {
 
 namespace {
 
-constexpr std::uint64_t kTestsPerCorner = 2048;
+constexpr std::uint64_t kTestsPerCorner = 512;
 
 bool isFinite(const Point3& corner) {
     return std::isfinite(corner.x) && std::isfinite(corner.y) && std::isfinite(corner.z);

@@ -31,8 +31,8 @@ public:
     /// than three corners, or with coordinates that are not finite has no triangles.
     ///
     /// Time is linear for convex polygons. Others take time up to the square of the number of
-    /// corners for up to about a thousand corners, and grow linearly beyond, where the cut of a
-    /// very intricate polygon may overlap itself.
+    /// corners for up to some hundred corners, and grow linearly beyond, where the cut of a very
+    /// intricate polygon may overlap itself.
     std::span<const Triangle> cut(std::span<const Point3> corners);
 
 private:
