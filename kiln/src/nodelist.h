@@ -26,9 +26,7 @@ template <auto Hook>
 class NodeList {
 public:
     NodeList() = default;
-    ~NodeList() {
-        while (head_) unlink(head_);
-    }
+    ~NodeList() { freeBlocks(); }
     NodeList(const NodeList&) = delete;
     NodeList& operator=(const NodeList&) = delete;
 
@@ -59,8 +57,7 @@ public:
     void clear() noexcept {
         for (NodeBlock* block = head_; block; block = block->next)
             for (Node* const node : block->nodes) node->*Hook = nullptr;
-        while (head_) unlink(head_);
-        count_ = 0;
+        freeBlocks();
     }
 
     /// The node at `index`, which is below `size()`.
@@ -89,6 +86,16 @@ public:
 
 private:
     static constexpr std::size_t kBlockSize = 256;
+
+    void freeBlocks() noexcept {
+        for (const NodeBlock* block = head_; block;) {
+            const NodeBlock* const done = block;
+            block = block->next;
+            delete done;
+        }
+        head_ = tail_ = cursor_ = nullptr;
+        count_ = 0;
+    }
 
     void linkBlock() {
         auto* const block = new NodeBlock;

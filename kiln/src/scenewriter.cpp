@@ -1,6 +1,6 @@
+#include <array>
 #include <bit>
 #include <cmath>
-#include <cstring>
 #include <nlohmann/json.hpp>
 #include <unordered_map>
 
@@ -35,8 +35,8 @@ Json pointsJson(const Tab<Point3>& points) {
 
 // Bit for bit: a minus zero is written too.
 bool isPlainIdentity(const Matrix3& matrix) {
-    const Matrix3 identity;
-    return std::memcmp(&matrix, &identity, sizeof matrix) == 0;
+    using Bits = std::array<std::uint64_t, 12>;
+    return std::bit_cast<Bits>(matrix) == std::bit_cast<Bits>(Matrix3());
 }
 
 Json matrixJson(const Matrix3& matrix) {

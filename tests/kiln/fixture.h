@@ -27,6 +27,7 @@ protected:
 
     static std::vector<std::string> childNames(INode* parent) {
         std::vector<std::string> names;
+        names.reserve(static_cast<std::size_t>(parent->NumberOfChildren()));
         for (int i = 0; i < parent->NumberOfChildren(); ++i)
             names.emplace_back(parent->GetChildNode(i)->GetName());
         return names;

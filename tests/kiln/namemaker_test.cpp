@@ -2,8 +2,6 @@
 
 namespace {
 
-using ::testing::ElementsAre;
-
 class NameMakerTest : public HostTest {
 protected:
     std::string made(const char* name) {
@@ -43,6 +41,7 @@ TEST_F(NameMakerTest, AvoidsNodesNamedLater) {
 TEST_F(NameMakerTest, FindsTheSmallestNumberThatIsFreeAgain) {
     maker->AddName("g");
     std::vector<INode*> nodes;
+    nodes.reserve(1200);
     for (int i = 0; i < 1200; ++i) nodes.push_back(addNode(made("g").c_str()));
     EXPECT_STREQ(nodes[999]->GetName(), "g1000");
     nodes[4]->SetName("renamed");

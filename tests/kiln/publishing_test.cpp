@@ -72,7 +72,8 @@ private:
 class PublishingTest : public HostTest {
 protected:
     // The printed result, or the failure.
-    std::string call(const char* function, std::vector<kiln::ScriptArgument> arguments = {}) {
+    std::string call(const char* function,
+                     const std::vector<kiln::ScriptArgument>& arguments = {}) {
         FPValue result;
         const kiln::Status status = kiln::callFunction(sample, function, arguments, result);
         return status ? kiln::printed(result) : status.message();

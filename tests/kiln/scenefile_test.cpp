@@ -1,5 +1,7 @@
 #include "fixture.h"
 
+#include <array>
+#include <bit>
 #include <cmath>
 #include <fstream>
 #include <limits>
@@ -8,7 +10,6 @@
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 std::string readAll(const std::string& path) {
@@ -103,7 +104,8 @@ TEST_F(SceneFileTest, ReadsBackBitForBit) {
     INode* const head = root->GetChildNode(0);
     EXPECT_STREQ(head->GetName(), "Kopf \xE6\xB0\xB4 \"\\\n");
     const Matrix3 read = head->GetLocalTM(0);
-    EXPECT_EQ(std::memcmp(&read, &transform, sizeof read), 0);
+    using Bits = std::array<std::uint64_t, 12>;
+    EXPECT_EQ(std::bit_cast<Bits>(read), std::bit_cast<Bits>(transform));
     EXPECT_THAT(childNames(head), ElementsAre("mesh", "instance"));
     INode* const first = head->GetChildNode(0);
     INode* const second = head->GetChildNode(1);

@@ -120,6 +120,7 @@ TEST_F(SceneGraphTest, LongChildListsKeepOrderWhileNodesLeave) {
     INode* const parent = addNode("parent");
     INode* const shelf = addNode("shelf");
     std::vector<INode*> expected;
+    expected.reserve(2000);
     for (int i = 0; i < 2000; ++i) expected.push_back(addNode("n", parent));
 
     unsigned seed = 1;

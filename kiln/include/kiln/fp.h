@@ -115,8 +115,8 @@ public:
                              ParamType2 resultType, unsigned functionFlags = 0,
                              std::initializer_list<FPParamDesc> params = {})
         : id(functionId),
-          name(functionName),
           description(descriptionId),
+          name(functionName),
           result(resultType),
           flags(functionFlags),
           count_(params.size()) {
@@ -125,8 +125,8 @@ public:
     }
 
     FunctionID id;
-    const char* name;
     int description;  ///< string resource, -1 or 0 for none
+    const char* name;
     ParamType2 result;
     unsigned flags;
 

@@ -21,7 +21,7 @@
 #define KILNAPI
 #define KILN_PLUGIN_EXPORT extern "C"
 
-using HWND = struct HWND__*;
+using HWND = struct HWND__*;  // NOLINT(bugprone-reserved-identifier): the system's own name
 using HINSTANCE = struct KilnModule*;
 using BYTE = std::uint8_t;
 using WORD = std::uint16_t;
