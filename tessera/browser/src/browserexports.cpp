@@ -1,4 +1,5 @@
 // The exported functions, and the one form that they work on.
+#include "cswitch.h"
 #include "formbusy.h"
 #include "hierarchy.h"
 #include "recordkinds.h"

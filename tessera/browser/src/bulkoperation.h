@@ -1,14 +1,16 @@
-// Telling the browser's own selection changes from the user's.
+// Flags that hold for a while.
 #pragma once
 
 #include <utility>
 
 namespace tessera {
 
-/// Sets a flag for as long as it lives, then puts back what was there.
+/// Sets a flag for as long as it lives, then puts back what was there: so the form tells its own
+/// selection changes from the user's.
 class BulkOperation {
 public:
-    explicit BulkOperation(bool& flag) noexcept : flag_(flag), former_(std::exchange(flag, true)) {}
+    explicit BulkOperation(bool& flag, bool value = true) noexcept
+        : flag_(flag), former_(std::exchange(flag, value)) {}
     ~BulkOperation() { flag_ = former_; }
     BulkOperation(const BulkOperation&) = delete;
     BulkOperation& operator=(const BulkOperation&) = delete;

@@ -3,6 +3,7 @@
 
 #include "attributestore.h"
 #include "bulkoperation.h"
+#include "cswitch.h"
 #include "formbusy.h"
 #include "recordkinds.h"
 
@@ -175,6 +176,7 @@ void Hierarchy::resetPosition() {
 
 void Hierarchy::show(bool shown) {
     if (!shown) {
+        if (switchEditor_) switchEditor_->Hide();
         Hide();
         return;
     }
@@ -189,6 +191,7 @@ void Hierarchy::OnActivate(UINT state, HWND, bool) {
 
 // Hidden and not destroyed: the client decides when the form goes.
 void Hierarchy::OnClose() {
+    if (switchEditor_) switchEditor_->Send(WM_CLOSE);
     send(BrowserEvent::closed);
     Hide();
 }

@@ -13,7 +13,11 @@
 #include <optional>
 #include <string>
 
+class CSwitch;
+
 namespace tessera {
+
+struct SwitchRecordBuffer;
 
 /// The window with the scene's tree on the left and the current node's attributes on the right.
 ///
@@ -112,7 +116,13 @@ private:
     void renewDependent(NodeHandle node);
     void showAgain(HTREEITEM item);
     void focusTree();
+
+    // The switch editor.
     void editSwitch(bool on, HTREEITEM item);
+    bool openSwitchEditor();
+    bool showSwitchEditor();
+    void switchChanged(const SwitchRecordBuffer& changed, bool showInViewport);
+    bool storeSwitch(const SwitchRecordBuffer& changed);
 
     std::unique_ptr<CGridEx> grid_;
     BrowserCallback callback_ = nullptr;
@@ -134,9 +144,12 @@ private:
     std::size_t selectedCount_ = 0;
     bool switchEditing_ = false;
     HTREEITEM switchItem_ = nullptr;
+    std::unique_ptr<SwitchRecordBuffer> switchRecord_;
+    std::unique_ptr<CSwitch> switchEditor_;
     CButton subtree_;
     CImageList images_;
     bool commandsEnabled_ = true;
+    bool keepFocus_ = false;  ///< showing a node must not give the keyboard to the tree
     std::string shownComment_;
 };
 

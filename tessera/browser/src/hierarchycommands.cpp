@@ -61,6 +61,9 @@ bool Hierarchy::pushed(int id) {
         case IDC_CREATE:
             create();
             return true;
+        case IDC_TOOL:
+            openSwitchEditor();
+            return true;
         default:
             return false;
     }

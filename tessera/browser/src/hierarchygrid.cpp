@@ -1,6 +1,8 @@
 // The form's side of the attribute grid: showing a node's attributes and taking edits.
 #include "attributestore.h"
+#include "bulkoperation.h"
 #include "cgridex.h"
+#include "cswitch.h"
 #include "valuetext.h"
 
 #include <framework/cwaitcursor.h>
@@ -101,8 +103,8 @@ void Hierarchy::renewDependent(NodeHandle node) {
 void Hierarchy::showAgain(HTREEITEM item) {
     const HWND focus = ::GetFocus();
     const bool elsewhere = focus && focus != grid_->Handle() && ::IsChild(Handle(), focus);
+    const BulkOperation keep(keepFocus_, keepFocus_ || elsewhere);
     showNode(item);
-    if (elsewhere) ::SetFocus(focus);
 }
 
 bool Hierarchy::notifyGrid(NMHDR& header) {

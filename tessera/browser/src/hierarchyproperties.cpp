@@ -79,7 +79,7 @@ void Hierarchy::showName() {
 
 // Gives the keyboard to the tree, but takes it from nobody else's window while the form is hidden.
 void Hierarchy::focusTree() {
-    if (IsVisible()) tree_.SetFocus();
+    if (IsVisible() && !keepFocus_) tree_.SetFocus();
 }
 
 /// No node: empty and not to be written in.
@@ -98,14 +98,6 @@ void Hierarchy::storeComment() {
     const std::string text = wholeCharacters(comment_, kLongestComment);
     if (text == shownComment_) return;
     if (fltPutComment(nodeOf(node), text)) shownComment_ = text;
-}
-
-// ---------------------------------------------------------------- switch
-
-void Hierarchy::editSwitch(bool on, HTREEITEM item) {
-    switchEditing_ = on;
-    switchItem_ = on ? item : nullptr;
-    EnableItem(IDC_TOOL, on);
 }
 
 }  // namespace tessera

@@ -1,0 +1,189 @@
+#include "cswitch.h"
+
+#include "formbusy.h"
+
+#include <resources/resource.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr UINT kSimpleBeep = 0xFFFFFFFF;
+constexpr std::uint32_t kAllChildren = 0xFFFFFFFF;
+constexpr std::uint32_t kWordBits = 32;
+// What is read of the mask field. The bits of further children stay as they are.
+constexpr int kLongestMaskText = 2048;
+
+}  // namespace
+
+CSwitch::CSwitch(tessera::SwitchRecordBuffer& buffer, Notify notify)
+    : buffer_(buffer), notify_(std::move(notify)) {}
+
+bool CSwitch::Create(HWND form) {
+    return CDialog::Create(IDD_SWITCH, form);
+}
+
+LRESULT CSwitch::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+    const tessera::FormBusy busy;
+    return CDialog::WindowProc(message, wParam, lParam);
+}
+
+bool CSwitch::OnInitDialog() {
+    mask_.Attach(Item(IDC_MASK));
+    index_.Attach(Item(IDC_MASK_INDEX));
+    CheckItem(IDC_SHOW_MASK, showInViewport_);
+    Display();
+    return true;
+}
+
+void CSwitch::EnableControls(bool enabled) {
+    for (HWND child = ::GetWindow(Handle(), GW_CHILD); child;
+         child = ::GetWindow(child, GW_HWNDNEXT))
+        ::EnableWindow(child, enabled);
+}
+
+// ---------------------------------------------------------------- the current mask
+
+// A word of the current mask.
+std::uint32_t& CSwitch::Word(std::int32_t position) {
+    return *Record().maskWords.at(Record().currentMask * Record().wordsPerMask + position);
+}
+
+bool CSwitch::HasMask() const noexcept {
+    const FltSwitch& record = buffer_.record;
+    return record.currentMask >= 0 && record.currentMask < record.maskCount();
+}
+
+std::string CSwitch::MaskText() {
+    std::string text;
+    if (!HasMask()) return text;
+    const auto words = static_cast<std::uint32_t>(Record().wordsPerMask);
+    const std::uint32_t bits = std::min(buffer_.childCount, words * kWordBits);
+    for (std::uint32_t bit = 0; bit < bits; ++bit) {
+        const std::uint32_t word = Word(static_cast<std::int32_t>(bit / kWordBits));
+        text += (word >> bit % kWordBits & 1U) != 0 ? '1' : '0';
+    }
+    return text;
+}
+
+void CSwitch::Display() {
+    index_.SetText(std::to_string(Record().currentMask));
+    mask_.SetText(MaskText());
+    Tell();
+}
+
+void CSwitch::Tell() {
+    notify_(buffer_, showInViewport_);
+}
+
+// ---------------------------------------------------------------- commands
+
+void CSwitch::Fill(std::uint32_t word) {
+    for (std::int32_t i = 0; i < Record().wordsPerMask; ++i) Word(i) = word;
+}
+
+void CSwitch::Invert() {
+    for (std::int32_t i = 0; i < Record().wordsPerMask; ++i) Word(i) = ~Word(i);
+}
+
+void CSwitch::AddMask() {
+    FltSwitch& record = Record();
+    const std::int32_t masks = record.maskCount();
+    const std::int32_t end = masks * record.wordsPerMask;
+    if (record.maskWords.count() + record.wordsPerMask > FltSwitch::kMaxMaskWords) {
+        ::MessageBeep(kSimpleBeep);
+        return;
+    }
+    for (std::int32_t i = 0; i < record.wordsPerMask; ++i)
+        record.maskWords.insertAt(end + i, kAllChildren);
+    record.currentMask = masks;
+}
+
+void CSwitch::DeleteMask() {
+    FltSwitch& record = Record();
+    if (record.maskCount() < 2) {
+        ::MessageBeep(kSimpleBeep);
+        return;
+    }
+    const std::int32_t start = record.currentMask * record.wordsPerMask;
+    for (std::int32_t i = 0; i < record.wordsPerMask; ++i) record.maskWords.eraseAt(start);
+    if (record.currentMask > 0) --record.currentMask;
+    Display();
+}
+
+// The upper arrow, a negative step, goes on to the next mask; users know it so.
+void CSwitch::Step(int delta) {
+    const std::int32_t mask = Record().currentMask + (delta < 1 ? 1 : -1);
+    if (mask < 0 || mask >= Record().maskCount()) {
+        ::MessageBeep(kSimpleBeep);
+        return;
+    }
+    Record().currentMask = mask;
+    Display();
+}
+
+void CSwitch::ReadMask() {
+    const std::string text = mask_.Text(kLongestMaskText);
+    // Passing through the field is no change, and must not have the scene updated.
+    if (text == MaskText().substr(0, kLongestMaskText)) return;
+    const auto bits = static_cast<std::uint32_t>(Record().wordsPerMask) * kWordBits;
+    const auto end = std::min<std::uint32_t>(
+        bits, buffer_.childCount > kLongestMaskText ? kLongestMaskText : bits);
+    for (std::uint32_t bit = 0; bit < end; ++bit) {
+        std::uint32_t& word = Word(static_cast<std::int32_t>(bit / kWordBits));
+        const std::uint32_t flag = 1U << bit % kWordBits;
+        const bool set = bit < text.size() && text[bit] == '1';
+        word = set ? word | flag : word & ~flag;
+    }
+    Tell();
+}
+
+bool CSwitch::OnCommand(int id, UINT code, HWND) {
+    if (!HasMask()) return false;
+    if (id == IDC_MASK && code == EN_KILLFOCUS) {
+        ReadMask();
+        return true;
+    }
+    if (code != BN_CLICKED) return false;
+    switch (id) {
+        case IDC_MASK_CLEAR:
+            Fill(0);
+            break;
+        case IDC_MASK_SET:
+            Fill(kAllChildren);
+            break;
+        case IDC_MASK_INVERT:
+            Invert();
+            break;
+        case IDC_MASK_NEW:
+            AddMask();
+            break;
+        case IDC_MASK_DELETE:
+            DeleteMask();
+            return true;
+        case IDC_SHOW_MASK:
+            showInViewport_ = IsItemChecked(IDC_SHOW_MASK);
+            Tell();
+            return true;
+        default:
+            return false;
+    }
+    Display();
+    return true;
+}
+
+bool CSwitch::OnNotify(int id, NMHDR& header, LRESULT& result) {
+    if (id != IDC_MASK_SPIN || header.code != UDN_DELTAPOS) return false;
+    if (HasMask()) Step(reinterpret_cast<const NMUPDOWN&>(header).iDelta);
+    result = TRUE;  // the control's own position means nothing
+    return true;
+}
+
+// Enter takes what has been typed; the editor stays.
+void CSwitch::OnOK() {
+    if (HasMask() && mask_.HasFocus()) {
+        ReadMask();
+        Display();
+    }
+}

@@ -1,0 +1,70 @@
+// The editor of a switch's masks.
+#pragma once
+
+#include <framework/cdialog.h>
+#include <framework/controls.h>
+#include <quillon/fltswitch.h>
+#include <tessera/browserexports.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace tessera {
+
+/// A switch being edited. The client fills the first member, and sees no more of it.
+struct SwitchRecordBuffer {
+    std::uint32_t childCount = 0;  ///< bits shown of each mask
+    FltSwitch record;
+    NodeHandle node = 0;
+};
+
+}  // namespace tessera
+
+/// A small window beside the form that shows one mask of a switch as a row of "0" and "1", a
+/// character for each child, and steps through, adds, deletes and changes masks. Every change is
+/// told at once. Closing hides it.
+class CSwitch : public CDialog {
+public:
+    /// Called with the switch after every change and whenever it is shown anew; the flag says
+    /// whether the viewports are to follow.
+    using Notify = std::function<void(tessera::SwitchRecordBuffer&, bool showInViewport)>;
+
+    /// `buffer` is not owned and must outlive the editor.
+    CSwitch(tessera::SwitchRecordBuffer& buffer, Notify notify);
+
+    /// Creates the dialog, hidden. False when the platform refuses.
+    bool Create(HWND form);
+
+    /// Shows the buffer's current mask, and tells.
+    void Display();
+
+    /// Enables or disables everything in it.
+    void EnableControls(bool enabled);
+
+protected:
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+    bool OnInitDialog() override;
+    void OnOK() override;
+    bool OnCommand(int id, UINT code, HWND control) override;
+    bool OnNotify(int id, NMHDR& header, LRESULT& result) override;
+
+private:
+    FltSwitch& Record() noexcept { return buffer_.record; }
+    std::uint32_t& Word(std::int32_t position);
+    bool HasMask() const noexcept;
+    void Tell();
+    void Fill(std::uint32_t word);
+    void Invert();
+    void AddMask();
+    void DeleteMask();
+    void Step(int delta);
+    void ReadMask();
+    std::string MaskText();
+
+    tessera::SwitchRecordBuffer& buffer_;
+    Notify notify_;
+    CEdit mask_;
+    CEdit index_;
+    bool showInViewport_ = true;
+};

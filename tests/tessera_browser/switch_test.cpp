@@ -1,0 +1,208 @@
+// The switch mask editor.
+#include "browserfixture.h"
+
+#include <quillon/fltswitch.h>
+
+namespace {
+
+using Words = std::vector<std::uint32_t>;
+
+BOOL CALLBACK findEditor(HWND window, LPARAM found) {
+    if (!GetDlgItem(window, IDC_MASK)) return TRUE;
+    *reinterpret_cast<HWND*>(found) = window;
+    return FALSE;
+}
+
+class BrowserSwitch : public BrowserTest {
+protected:
+    void SetUp() override {
+        open();
+        root = add(nullptr, "root", 0);
+        client.onEvent = [this](const Sent& sent) {
+            if (sent.event == BrowserEvent::countSwitchChildren)
+                *reinterpret_cast<std::uint32_t*>(sent.argument) = children;
+        };
+    }
+
+    /// A switch with these masks, shown.
+    INode* show(std::initializer_list<std::uint32_t> words, std::int32_t wordsPerMask = 1) {
+        FltSwitch record;
+        record.wordsPerMask = wordsPerMask;
+        for (const std::uint32_t word : words) record.maskWords.append(word);
+        INode* const made = node(96);
+        EXPECT_TRUE(fltPutRecord(made, record));
+        item = add(root, "switch", made);
+        browser().selectNode(item);
+        client.take();
+        return made;
+    }
+
+    static HWND editor() {
+        HWND found = nullptr;
+        EnumThreadWindows(GetCurrentThreadId(), findEditor, reinterpret_cast<LPARAM>(&found));
+        return found;
+    }
+    static void press(int id) {
+        SendDlgItemMessageW(editor(), id, BM_CLICK, 0, 0);
+        testinput::pump();
+    }
+    static void spin(int step) {
+        NMUPDOWN notification{};
+        notification.hdr = {GetDlgItem(editor(), IDC_MASK_SPIN), IDC_MASK_SPIN, UDN_DELTAPOS};
+        notification.iDelta = step;
+        SendMessageW(editor(), WM_NOTIFY, IDC_MASK_SPIN, reinterpret_cast<LPARAM>(&notification));
+    }
+    static std::wstring mask() { return text(GetDlgItem(editor(), IDC_MASK)); }
+    static std::wstring index() { return text(GetDlgItem(editor(), IDC_MASK_INDEX)); }
+
+    static Words stored(INode* node) {
+        FltSwitch record;
+        EXPECT_TRUE(fltGetRecord(node, record));
+        Words words;
+        for (std::int32_t i = 0; i < record.maskWords.count(); ++i)
+            words.push_back(*record.maskWords.at(i));
+        return words;
+    }
+
+    std::uint32_t children = 3;
+    BrowserItem root;
+    BrowserItem item = nullptr;
+};
+
+const std::vector<Sent> kViewportFollows{{BrowserEvent::switchesChanged}, {BrowserEvent::redraw}};
+
+TEST_F(BrowserSwitch, ShowsAndChangesTheCurrentMask) {
+    INode* const node = show({5, 0});
+    EXPECT_TRUE(isEnabled(IDC_TOOL));
+    push(IDC_TOOL);
+    ASSERT_TRUE(IsWindowVisible(editor()));
+    EXPECT_EQ(client.take()[0].event, BrowserEvent::countSwitchChildren);
+    EXPECT_EQ(mask(), L"101");
+    EXPECT_EQ(index(), L"0");
+    press(IDC_MASK_INVERT);
+    EXPECT_EQ(mask(), L"010");
+    EXPECT_EQ(stored(node), (Words{0xFFFFFFFA, 0}));
+    EXPECT_EQ(client.take(), kViewportFollows);
+    press(IDC_MASK_CLEAR);
+    EXPECT_EQ(stored(node), (Words{0, 0}));
+    press(IDC_MASK_SET);
+    EXPECT_EQ(stored(node), (Words{0xFFFFFFFF, 0}));
+
+    // The upper arrow goes on, the lower one back.
+    spin(-1);
+    EXPECT_EQ(index(), L"1");
+    EXPECT_EQ(mask(), L"000");
+    spin(-1);
+    EXPECT_EQ(index(), L"1") << "the last one";
+    spin(1);
+    EXPECT_EQ(index(), L"0");
+    spin(1);
+    EXPECT_EQ(index(), L"0");
+}
+
+TEST_F(BrowserSwitch, AddsAndDeletesMasks) {
+    INode* const node = show({1, 2});
+    push(IDC_TOOL);
+    press(IDC_MASK_NEW);
+    EXPECT_EQ(index(), L"2");
+    EXPECT_EQ(mask(), L"111");
+    EXPECT_EQ(stored(node), (Words{1, 2, 0xFFFFFFFF}));
+    press(IDC_MASK_DELETE);
+    EXPECT_EQ(index(), L"1");
+    EXPECT_EQ(mask(), L"010");
+    spin(1);
+    press(IDC_MASK_DELETE);
+    EXPECT_EQ(index(), L"0");
+    EXPECT_EQ(mask(), L"010") << "what was the second";
+    press(IDC_MASK_DELETE);
+    EXPECT_EQ(stored(node), Words{2}) << "the last mask stays";
+}
+
+TEST_F(BrowserSwitch, TakesTypedMasks) {
+    children = 34;
+    INode* const node = show({0, 0, 7, 7}, 2);
+    push(IDC_TOOL);
+    const HWND field = GetDlgItem(editor(), IDC_MASK);
+    SetForegroundWindow(editor());
+    SetFocus(field);
+    SendMessageW(field, EM_SETSEL, 0, -1);
+    testinput::type(L"01x1");
+    EXPECT_EQ(stored(node), (Words{0, 0, 7, 7})) << "not before it is left";
+    testinput::key(VK_TAB);
+    EXPECT_EQ(stored(node), (Words{10, 0, 7, 7}));
+    EXPECT_EQ(GetForegroundWindow(), editor()) << "the keyboard stays";
+    SetFocus(field);
+    SetWindowTextW(field, (std::wstring(33, L'0') + L"1111").c_str());
+    testinput::key(VK_RETURN);
+    EXPECT_EQ(stored(node)[1], 0x1Eu) << "four characters from the 34th on";
+    EXPECT_EQ(mask(), std::wstring(33, L'0') + L"1");
+    EXPECT_TRUE(IsWindowVisible(editor()));
+}
+
+TEST_F(BrowserSwitch, TheViewportFollowsOnlyWhenWanted) {
+    INode* const node = show({5});
+    push(IDC_TOOL);
+    press(IDC_SHOW_MASK);
+    client.take();
+    press(IDC_MASK_CLEAR);
+    EXPECT_EQ(stored(node), Words{0});
+    EXPECT_TRUE(client.take().empty());
+    press(IDC_SHOW_MASK);
+    EXPECT_EQ(client.take(), kViewportFollows);
+}
+
+TEST_F(BrowserSwitch, IsRefusedWithoutChildren) {
+    children = 0;
+    INode* const node = show({5});
+    push(IDC_TOOL);
+    EXPECT_EQ(boxes.take(), std::vector<std::wstring>{L"不能编辑： 开关无子对象"});
+    EXPECT_EQ(editor(), nullptr);
+    EXPECT_EQ(stored(node), Words{5});
+}
+
+TEST_F(BrowserSwitch, FollowsTheCurrentNode) {
+    INode* const first = show({5});
+    const BrowserItem firstItem = item;
+    push(IDC_TOOL);
+    INode* const second = show({2, 6});
+    EXPECT_EQ(mask(), L"010") << "an open editor shows the next switch";
+    press(IDC_MASK_INVERT);
+    EXPECT_EQ(stored(first), Words{5});
+    EXPECT_EQ(stored(second), (Words{0xFFFFFFFD, 6}));
+
+    browser().selectNode(add(root, "group", 2));
+    EXPECT_FALSE(isEnabled(IDC_TOOL));
+    EXPECT_FALSE(IsWindowEnabled(GetDlgItem(editor(), IDC_MASK_INVERT)));
+    EXPECT_EQ(stored(second), (Words{0xFFFFFFFD, 6}));
+
+    browser().selectNode(firstItem);
+    EXPECT_TRUE(IsWindowEnabled(GetDlgItem(editor(), IDC_MASK_INVERT)));
+    EXPECT_EQ(mask(), L"101");
+    SendMessageW(editor(), WM_CLOSE, 0, 0);
+    testinput::pump();
+    EXPECT_FALSE(IsWindowVisible(editor()));
+    push(IDC_TOOL);
+    EXPECT_TRUE(IsWindowVisible(editor())) << "closed is only hidden";
+    SendMessageW(form(), WM_CLOSE, 0, 0);
+    testinput::pump();
+    EXPECT_FALSE(IsWindowVisible(editor())) << "with the form";
+}
+
+TEST_F(BrowserSwitch, CopesWithDamagedRecords) {
+    children = 40;
+    FltSwitch record;
+    record.currentMask = -5;
+    record.maskWords.append(3);
+    INode* const made = node(96);
+    ASSERT_TRUE(fltPutRecord(made, record));
+    browser().selectNode(add(root, "switch", made));
+    push(IDC_TOOL);
+    EXPECT_EQ(index(), L"0");
+    EXPECT_EQ(mask().substr(0, 4), L"1100");
+    EXPECT_EQ(mask().size(), 40u);
+    for (const int id : {IDC_MASK_DELETE, IDC_MASK_INVERT, IDC_MASK_NEW, IDC_MASK_DELETE})
+        press(id);
+    EXPECT_EQ(mask().substr(0, 4), L"0011");
+}
+
+}  // namespace
