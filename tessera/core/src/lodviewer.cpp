@@ -18,23 +18,7 @@ IAviaryUtil* aviary() {
 }
 
 /// The nodes that make up the hierarchy: walked through, never shown or hidden for themselves.
-bool isStructural(FltNodeKind kind) {
-    switch (kind) {
-        case FltNodeKind::Group:
-        case FltNodeKind::Object:
-        case FltNodeKind::Dof:
-        case FltNodeKind::Bsp:
-        case FltNodeKind::InstanceDef:
-        case FltNodeKind::XRef:
-        case FltNodeKind::Lod:
-        case FltNodeKind::Switch:
-        case FltNodeKind::ClipRegion:
-        case FltNodeKind::LightPoint:
-            return true;
-        default:
-            return false;
-    }
-}
+bool isStructural(FltNodeKind kind) { return fltIsBead(kind) || kind == FltNodeKind::LightPoint; }
 
 void setHidden(INode* node, bool hidden) {
     node->Hide(hidden);
