@@ -173,8 +173,10 @@ struct ShowCodec {
 
     template <FltNumber T>
     void show(const char* name, int index, T value) {
-        if constexpr (std::is_floating_point_v<T>)
-            visitor.real(name, index, static_cast<double>(value));
+        if constexpr (std::is_same_v<T, float>)
+            visitor.single(name, index, value);
+        else if constexpr (std::is_floating_point_v<T>)
+            visitor.real(name, index, value);
         else
             visitor.integer(name, index, static_cast<std::int64_t>(value));
     }

@@ -79,12 +79,28 @@ bool FltStream::release() noexcept {
     return good;
 }
 
-void FltStream::writeToken(FltToken& token) {
+// What precedes every record: the checks, the pending items, the nesting.
+void FltStream::prepareFor(std::uint16_t opcode) {
     diagnostics::check(file_ != nullptr, "fltstream", 417);
     diagnostics::check(mode_ == FltStreamMode::write, "fltstream", 418);
     flushPending();
-    nesting_.count(token.opcode());
+    nesting_.count(opcode);
+}
+
+void FltStream::writeToken(FltToken& token) {
+    prepareFor(token.opcode());
     token.writeTo(file_);
+}
+
+void FltStream::writeVerbatim(std::span<const std::uint8_t> record) {
+    diagnostics::check(record.size() >= 4, "fltstream", 424);
+    std::uint16_t opcode = 0;
+    std::uint16_t length = 0;
+    fltLoadBigEndian(record.data(), opcode);
+    fltLoadBigEndian(record.data() + 2, length);
+    diagnostics::check(length == record.size(), "fltstream", 424);
+    prepareFor(opcode);
+    static_cast<void>(std::fwrite(record.data(), 1, record.size(), file_));
 }
 
 void FltStream::addPending(std::int32_t item) {

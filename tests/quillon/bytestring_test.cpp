@@ -159,6 +159,7 @@ TEST(ListTest, KeepsElementsInOrderAndAligned) {
     expectAssertion("fltlistof", 326, [&] { list.insertAt(-1, 0); });
     expectAssertion("fltlistof", 327, [&] { list.insertAt(10, 0); });
     expectAssertion("fltlistof", 338, [&] { list.resize(0x40000000); });
+    expectAssertion("fltlistof", 338, [&] { list.resize(INT32_MIN); });
 }
 
 TEST(CommentTest, IsAllTextBehindTheRecordHeader) {

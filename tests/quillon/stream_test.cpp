@@ -53,6 +53,16 @@ protected:
     FltStream stream_;
 };
 
+TEST_F(StreamTest, WritesForeignRecordsAsTheyAre) {
+    stream_.attach(file_, 1580);
+    const Bytes records[] = {hex("000A 0004"), hex("03E7 0007 010203")};
+    for (const Bytes& record : records) stream_.writeVerbatim(record);
+    EXPECT_EQ(stream_.nesting().level, 1);
+    for (const char* wrong : {"", "0002", "0002 0006 00", "0002 0004 00"})
+        expectAssertion("fltstream", 424, [&] { stream_.writeVerbatim(hex(wrong)); });
+    EXPECT_EQ(toHex(written()), toHex(hex("000A 0004 03E7 0007 010203")));
+}
+
 TEST_F(StreamTest, CountsTheNestingOfEveryKind) {
     stream_.attach(file_, 1580);
     const std::pair<std::uint16_t, FltNesting> steps[] = {

@@ -10,6 +10,10 @@ class FltFieldVisitor {
 public:
     virtual void integer(const char* name, int index, std::int64_t value) = 0;
     virtual void real(const char* name, int index, double value) = 0;
+    /// A field of 32 bits; shown as any other real unless the visitor cares.
+    virtual void single(const char* name, int index, float value) {
+        real(name, index, static_cast<double>(value));
+    }
     /// `value` ends at the field's terminator or its last byte.
     virtual void text(const char* name, std::string_view value) = 0;
 

@@ -52,7 +52,7 @@ public:
 
     /// Makes the count `n`; new elements are not set.
     void resize(std::int32_t n) {
-        diagnostics::check(n <= std::numeric_limits<std::int32_t>::max() / kElementSize,
+        diagnostics::check(n >= 0 && n <= std::numeric_limits<std::int32_t>::max() / kElementSize,
                            "fltlistof", 338);
         FltBytestring::resize(n * kElementSize);
     }

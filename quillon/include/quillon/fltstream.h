@@ -8,7 +8,7 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <memory>
+#include <span>
 #include <string>
 
 /// Turns the items that a stream has pending into one record.
@@ -65,6 +65,11 @@ public:
     /// its nesting. Throws `AviaryAssertion` without an open file or in another mode than write.
     void writeToken(FltToken& token);
 
+    /// Writes the bytes of one whole record as they are, neither padded nor patched, after whatever
+    /// is pending, and counts its nesting. Throws as `writeToken`, and when the bytes are not as
+    /// many as their own length word says.
+    void writeVerbatim(std::span<const std::uint8_t> record);
+
     /// Installs who writes pending items; not owned, must outlive them.
     void setPendingWriter(FltPendingWriter* writer) noexcept { pendingWriter_ = writer; }
 
@@ -78,6 +83,7 @@ public:
     void flushPending();
 
 private:
+    void prepareFor(std::uint16_t opcode);
     bool rewriteHeader();
     bool release() noexcept;
 

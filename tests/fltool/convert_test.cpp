@@ -1,0 +1,101 @@
+#include "files.h"
+
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using nlohmann::json;
+
+/// The records of a file without their places, which a conversion may change, and without the
+/// revision.
+json contentsOf(const std::string& file) {
+    json contents = json::array();
+    for (json record : json::parse(runTool({"dump", "--json", file}).out)) {
+        record.erase("offset");
+        record.erase("length");
+        if (record["opcode"] == 1) record["fields"].erase("formatRevision");
+        contents.push_back(record);
+    }
+    return contents;
+}
+
+TEST(ConvertTest, KeepsWhatItNeedNotChange) {
+    const Folder folder;
+    const std::string airport = folder.writeAirport();
+    const Outcome outcome = runTool({"convert", airport, folder.text("same.flt")});
+    EXPECT_EQ(outcome.code, 0) << outcome.error;
+    EXPECT_THAT(outcome.out, testing::MatchesRegex(
+                                 "[0-9]+ records written at revision 1580, [0-9]+ copied .*\n"));
+    EXPECT_EQ(folder.read("same.flt"), folder.read("airport.flt"));
+
+    ASSERT_EQ(runTool({"convert", airport, folder.text("1510.flt"), "--revision", "1510"}).code, 0);
+    json expected = contentsOf(airport);
+    json actual = contentsOf(folder.text("1510.flt"));
+    // The older header has no room for these.
+    for (const char* field : {"deltaZ", "radius", "earthMajorAxis", "earthMinorAxis", "utmZone",
+                              "nextMeshId", "nextLightPointSystemId"}) {
+        expected[0]["fields"].erase(field);
+        actual[0]["fields"].erase(field);
+    }
+    EXPECT_EQ(actual, expected);
+    EXPECT_EQ(runTool({"check", folder.text("1510.flt")}).out, "");
+}
+
+TEST(ConvertTest, WritesEachRecordAtTheNewRevision) {
+    const Folder folder;
+    const std::string source =
+        kHeader +
+        "0002 0024 00:28 0A0B0C0D "  // a nameless group, longer than its fields
+        "0005 0050 'f':8 00:8 0001 0002 00:40 0003 0000 00000007 00000009 00:4 "
+        "03E7 0006 0102 "  // unknown, of a length that padding would change
+        "0060 001C 00:12 00000000 40000000 40000000 "  // a switch that cannot be decoded
+        "001F 000C 'hi':8";
+    ASSERT_EQ(runTool({"convert", folder.write("in.flt", source), folder.text("out.flt"),
+                       "--revision", "1420"})
+                  .code,
+              0);
+    const Bytes out = folder.read("out.flt");
+    ASSERT_GT(out.size(), 256U);
+    EXPECT_EQ(toHex(Bytes(out.begin(), out.begin() + 16)), toHex(hex("0001 0100 'db':8 0000058C")));
+    EXPECT_EQ(toHex(Bytes(out.begin() + 256, out.end())),
+              toHex(hex("0002 0028 00:28 0A0B0C0D 00:4 "
+                        "0005 0040 'f':8 00:8 0007 0009 00:40 "
+                        "03E7 0006 0102 "
+                        "0060 001C 00:12 00000000 40000000 40000000 "
+                        "001F 0008 'hi':4")));
+}
+
+TEST(ConvertTest, MayReplaceItsInput) {
+    const Folder folder;
+    const std::string file = folder.write("in.flt", kHeader + "000A 0004 000B 0004");
+    ASSERT_EQ(runTool({"convert", file, file, "--revision", "1540"}).code, 0);
+    EXPECT_EQ(folder.read("in.flt").size(), 288U);
+    EXPECT_EQ(folder.count(), 1U);
+}
+
+TEST(ConvertTest, LeavesNothingHalfDone) {
+    const Folder folder;
+    const std::string good = folder.write("good.flt", kHeader);
+    const std::string damaged = folder.write("damaged.flt", kHeader + "0002 0020 00:28 0002 0020");
+    const std::string headless = folder.write("headless.flt", "0002 0020 00:28");
+    const std::string output = folder.write("out.flt", "0102");
+    std::filesystem::create_directories(folder.path("folder"));
+    const std::vector<std::string> refused[] = {
+        {"convert", damaged, output},
+        {"convert", headless, output},
+        {"convert", folder.text("missing.flt"), output},
+        {"convert", good, folder.text("folder")},
+        {"convert", good, folder.text("nowhere/out.flt")},
+        {"convert", good, output, "--revision", "1419"},
+        {"convert", good, output, "--revision", "1581"},
+    };
+    for (const auto& arguments : refused) {
+        const Outcome outcome = runTool(arguments);
+        EXPECT_EQ(outcome.code, 2) << arguments[1];
+        EXPECT_THAT(outcome.error, testing::MatchesRegex("fltool: [^\n]+\n"));
+        EXPECT_EQ(toHex(folder.read("out.flt")), "01 02") << arguments[1];
+        EXPECT_EQ(folder.count(), 5U) << arguments[1];
+    }
+}
+
+}  // namespace

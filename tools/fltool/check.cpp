@@ -1,0 +1,233 @@
+#include "commands.h"
+#include "progress.h"
+#include "vertexpalette.h"
+
+#include <diagnostics/assertion.h>
+#include <quillon/fltfactory.h>
+#include <quillon/fltfilereader.h>
+#include <quillon/fltopcode.h>
+#include <quillon/fltswitch.h>
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <vector>
+
+namespace fltool {
+
+namespace {
+
+constexpr std::int32_t kOldestRevision = 1420;
+constexpr std::int32_t kNewestRevision = 1580;
+
+std::string number(std::int64_t value) {
+    return std::to_string(value);
+}
+
+/// The pop that closes `opcode`; none when it is no push.
+std::optional<std::uint16_t> popFor(std::uint16_t opcode) {
+    switch (opcode) {
+        case kFltPushLevel:
+            return kFltPopLevel;
+        case kFltPushSubface:
+            return kFltPopSubface;
+        case kFltPushExtension:
+            return kFltPopExtension;
+        case kFltPushAttribute:
+            return kFltPopAttribute;
+        default:
+            return std::nullopt;
+    }
+}
+
+bool isPop(std::uint16_t opcode) {
+    return opcode == kFltPopLevel || opcode == kFltPopSubface || opcode == kFltPopExtension ||
+           opcode == kFltPopAttribute;
+}
+
+bool isVertexList(std::uint16_t opcode) {
+    return opcode == kFltVertexList || opcode == kFltMorphVertexList;
+}
+
+const FltOpcodeEntry* entryOf(std::uint16_t opcode) {
+    const auto table = fltOpcodeTable();
+    const auto row = std::lower_bound(
+        table.begin(), table.end(), opcode,
+        [](const FltOpcodeEntry& entry, std::uint16_t key) { return entry.opcode < key; });
+    return row != table.end() && row->opcode == opcode ? &*row : nullptr;
+}
+
+/// Whether the record is a node in the hierarchy, a child of what encloses it.
+bool isNode(std::uint16_t opcode) {
+    if (opcode == kFltInstanceRef) return true;
+    const FltOpcodeEntry* entry = entryOf(opcode);
+    return entry != nullptr && entry->family == FltOpcodeClass::primary && !isVertexList(opcode);
+}
+
+/// A push that is still open.
+struct OpenLevel {
+    std::uint16_t opcode = 0;
+    std::size_t offset = 0;
+    std::optional<std::int64_t> maskBits;  ///< of the switch whose children these are
+    std::size_t switchOffset = 0;
+    std::int64_t children = 0;
+};
+
+class Checker {
+public:
+    Checker(std::span<const std::uint8_t> bytes, std::ostream& out) : reader_(bytes), out_(out) {}
+
+    std::size_t run(std::size_t size) {
+        Progress progress(size, true);
+        try {
+            while (reader_.next()) {
+                progress.reached(reader_.offset());
+                checkRecord();
+            }
+            finish(size);
+        } catch (const FltFileError& error) {
+            report(error.offset(), error.what());
+        }
+        return findings_;
+    }
+
+private:
+    void checkRecord() {
+        const std::uint16_t opcode = reader_.opcode();
+        checkOrder(opcode);
+        reportHere(palette_.meet(reader_));
+        checkNesting(opcode);
+        if (entryOf(opcode) == nullptr) reportHere("unknown opcode " + number(opcode));
+        if (isVertexList(opcode)) reportHere(palette_.judgeList(reader_));
+        checkFields(opcode);
+        first_ = false;
+    }
+
+    void checkOrder(std::uint16_t opcode) {
+        if (first_ && opcode != kFltHeader) reportHere("the file does not begin with its header");
+        if (opcode != kFltHeader) return;
+        if (!first_) reportHere("a header that is not the first record");
+        const std::int32_t revision = reader_.header().formatRevision;
+        if (revision < kOldestRevision || revision > kNewestRevision)
+            reportHere("format revision " + number(revision) + " is outside " +
+                       number(kOldestRevision) + " to " + number(kNewestRevision));
+    }
+
+    void checkNesting(std::uint16_t opcode) {
+        if (popFor(opcode)) {
+            open(opcode);
+        } else if (isPop(opcode)) {
+            close(opcode);
+        } else if (isNode(opcode)) {
+            if (!levels_.empty()) ++levels_.back().children;
+            pendingBits_.reset();
+        }
+    }
+
+    void open(std::uint16_t opcode) {
+        OpenLevel level;
+        level.opcode = opcode;
+        level.offset = reader_.offset();
+        // The children of a switch stand in the first level behind it.
+        if (opcode == kFltPushLevel) {
+            level.maskBits = pendingBits_;
+            level.switchOffset = pendingOffset_;
+            pendingBits_.reset();
+        }
+        levels_.push_back(level);
+    }
+
+    void close(std::uint16_t opcode) {
+        if (levels_.empty() || popFor(levels_.back().opcode) != opcode) {
+            // A pop of another kind may close a level further out; the ones inside were left open.
+            const auto match = std::find_if(
+                levels_.rbegin(), levels_.rend(),
+                [&](const OpenLevel& level) { return popFor(level.opcode) == opcode; });
+            if (match == levels_.rend()) {
+                reportHere("without a push");
+                return;
+            }
+            while (popFor(levels_.back().opcode) != opcode) abandon();
+        }
+        const OpenLevel level = levels_.back();
+        levels_.pop_back();
+        if (level.maskBits && level.children > *level.maskBits)
+            report(level.switchOffset, "FLT_SWITCH: a switch of " + number(level.children) +
+                                           " children whose masks have " + number(*level.maskBits) +
+                                           " bits");
+        pendingBits_.reset();
+    }
+
+    void abandon() {
+        report(levels_.back().offset,
+               std::string(fltOpcodeName(levels_.back().opcode)) + ": without a pop");
+        levels_.pop_back();
+    }
+
+    void checkFields(std::uint16_t opcode) {
+        std::unique_ptr<FltRecord>& record = records_[opcode];
+        if (!record) record = fltCreateRecord(opcode);
+        if (!record) return;
+        try {
+            record->readFromFile(&reader_.token());
+        } catch (const diagnostics::AviaryAssertion&) {
+            reportHere("counts that no record can hold");
+            return;
+        }
+        record->writeToken(layout_, reader_.revision());
+        // Headers of other programs leave out fields at their end.
+        if (opcode != kFltHeader && opcode != kFltComment && layout_.length() > reader_.length())
+            reportHere("the record is " + number(reader_.length()) + " bytes long, its fields " +
+                       number(layout_.length()) + "; the missing ones read as zero");
+        if (opcode == kFltSwitch) checkSwitch(static_cast<const FltSwitch&>(*record));
+    }
+
+    void checkSwitch(const FltSwitch& record) {
+        const std::int32_t masks = record.maskCount();
+        if (masks == 0)
+            reportHere("a switch without masks");
+        else if (record.currentMask < 0 || record.currentMask >= masks)
+            reportHere("current mask " + number(record.currentMask) + " of " + number(masks));
+        pendingBits_ = std::int64_t{record.wordsPerMask} * 32;
+        pendingOffset_ = reader_.offset();
+    }
+
+    void finish(std::size_t size) {
+        if (size == 0) report(0, "an empty file");
+        const std::string paletteFinding = palette_.finish();
+        if (!paletteFinding.empty()) report(palette_.offset(), paletteFinding);
+        while (!levels_.empty()) abandon();
+    }
+
+    /// Nothing for an empty finding.
+    void reportHere(const std::string& finding) {
+        if (finding.empty()) return;
+        report(reader_.offset(), std::string(fltOpcodeName(reader_.opcode())) + ": " + finding);
+    }
+    void report(std::size_t offset, const std::string& finding) {
+        out_ << offset << ": " << finding << '\n';
+        ++findings_;
+    }
+
+    FltFileReader reader_;
+    std::ostream& out_;
+    std::size_t findings_ = 0;
+    bool first_ = true;
+    VertexPalette palette_;
+    std::vector<OpenLevel> levels_;
+    std::optional<std::int64_t> pendingBits_;  ///< of a switch whose children have not begun
+    std::size_t pendingOffset_ = 0;
+    std::map<std::uint16_t, std::unique_ptr<FltRecord>> records_;  ///< one of each class, reused
+    FltToken layout_;
+};
+
+}  // namespace
+
+std::size_t check(const std::string& file, std::ostream& out) {
+    const FltFileBytes bytes = FltFileBytes::load(file);
+    return Checker(bytes.bytes(), out).run(bytes.bytes().size());
+}
+
+}  // namespace fltool

@@ -1,0 +1,121 @@
+#include "commandline.h"
+
+#include "commands.h"
+
+#include <quillon/fltfilereader.h>
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <ostream>
+#include <system_error>
+
+namespace fltool {
+
+namespace {
+
+// One line, whatever is in it: a message may quote arguments or system texts.
+std::string oneLine(std::string text) {
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c == '\n' || c == '\r'; }, ' ');
+    return text;
+}
+
+CLI::Option* addFile(CLI::App& command, const char* name, std::string& file, const char* what) {
+    return command.add_option(name, file, what)->required();
+}
+
+/// The command line's grammar, and what it asked for once parsed.
+struct CommandLine {
+    CLI::App app{"Looks into OpenFlight files, checks and converts them.", "fltool"};
+    CLI::App* dumpCommand = app.add_subcommand("dump", "Show every record with its fields");
+    CLI::App* checkCommand = app.add_subcommand("check", "Look for damage and inconsistencies");
+    CLI::App* convertCommand = app.add_subcommand("convert", "Write a file at another revision");
+    CLI::App* statsCommand = app.add_subcommand("stats", "Count records, bytes and depth");
+
+    DumpOptions dumpOptions;
+    std::vector<int> opcodes;
+    ConvertOptions convertOptions;
+    std::string file;
+
+    CommandLine() {
+        app.require_subcommand(1);
+        app.get_formatter()->column_width(24);
+
+        addFile(*dumpCommand, "FILE", file, "The file to show");
+        dumpCommand->add_flag("--json", dumpOptions.json, "One JSON array of records");
+        dumpCommand->add_option("--opcode", opcodes, "Only records of this opcode; repeatable")
+            ->allow_extra_args(false)
+            ->type_name("N")
+            ->check(CLI::Range(0, 0xFFFF));
+
+        addFile(*checkCommand, "FILE", file, "The file to check");
+        checkCommand->footer("Exit code: 0 clean, 1 findings, 2 the file cannot be read.");
+
+        addFile(*convertCommand, "IN", convertOptions.input, "The file to read");
+        addFile(*convertCommand, "OUT", convertOptions.output, "The file to write; may be IN");
+        convertCommand
+            ->add_option("--revision", convertOptions.revision,
+                         "Revision to write, 1420 to 1580 (1580 when not given)")
+            ->type_name("N")
+            ->check(CLI::Range(1420U, 1580U));
+
+        addFile(*statsCommand, "FILE", file, "The file to count");
+    }
+
+    void parse(std::vector<std::string> arguments) {
+        std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
+        app.parse(std::move(arguments));
+    }
+
+    int execute(std::ostream& out) {
+        if (dumpCommand->parsed()) {
+            dumpOptions.file = file;
+            for (const int opcode : opcodes)
+                dumpOptions.opcodes.insert(static_cast<std::uint16_t>(opcode));
+            dump(dumpOptions, out);
+        } else if (checkCommand->parsed()) {
+            if (check(file, out) > 0) return kFindings;
+        } else if (convertCommand->parsed()) {
+            convert(convertOptions, out);
+        } else {
+            stats(file, out);
+        }
+        return kDone;
+    }
+};
+
+int fail(std::ostream& out, std::ostream& error, const std::string& message) {
+    out.flush();
+    error << "fltool: " << oneLine(message) << '\n' << std::flush;
+    return kFailed;
+}
+
+int parseAndExecute(const std::vector<std::string>& arguments, std::ostream& out,
+                    std::ostream& error) {
+    CommandLine commandLine;
+    try {
+        commandLine.parse(arguments);
+    } catch (const CLI::CallForHelp&) {
+        out << commandLine.app.help() << std::flush;
+        return kDone;
+    } catch (const CLI::ParseError& problem) {
+        return fail(out, error, std::string(problem.what()) + " (see fltool --help)");
+    }
+    const int code = commandLine.execute(out);
+    if (!out.flush()) return fail(out, error, "cannot write the output");
+    return code;
+}
+
+}  // namespace
+
+int run(const std::vector<std::string>& arguments, std::ostream& out,
+        std::ostream& error) noexcept {
+    try {
+        return parseAndExecute(arguments, out, error);
+    } catch (const std::exception& problem) {
+        return fail(out, error, problem.what());
+    }
+}
+
+}  // namespace fltool

@@ -1,0 +1,47 @@
+// The commands. Each reads the file at a UTF-8 path and prints to `out`.
+#pragma once
+
+#include <cstdint>
+#include <iosfwd>
+#include <set>
+#include <stdexcept>
+#include <string>
+
+namespace fltool {
+
+/// Why a command cannot do what it is asked to; `what()` is one line for the user.
+class CommandError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+struct DumpOptions {
+    std::string file;
+    bool json = false;
+    std::set<std::uint16_t> opcodes;  ///< the records to show; all when empty
+};
+
+/// Shows every record and the fields of those that are known. A damaged file is shown up to the
+/// damage. Throws `FltFileError` at that place and `std::system_error` for a file that cannot be
+/// read.
+void dump(const DumpOptions& options, std::ostream& out);
+
+/// Prints one line per finding. Gives their number. Throws `std::system_error` for a file that
+/// cannot be read; damage is a finding.
+std::size_t check(const std::string& file, std::ostream& out);
+
+struct ConvertOptions {
+    std::string input;
+    std::string output;
+    std::uint32_t revision = 1580;  ///< OpenFlight revision x 100, 1420 to 1580
+};
+
+/// Writes the input's records at another revision. The output appears, or is replaced, only when
+/// it is whole; it may be the input. Throws `CommandError` when it cannot be written, otherwise as
+/// `dump`.
+void convert(const ConvertOptions& options, std::ostream& out);
+
+/// Prints a table of counts and sizes. Throws as `dump`, before it prints anything.
+void stats(const std::string& file, std::ostream& out);
+
+}  // namespace fltool

@@ -1,0 +1,151 @@
+#include "commands.h"
+#include "progress.h"
+
+#include <diagnostics/assertion.h>
+#include <quillon/fltfactory.h>
+#include <quillon/fltfilereader.h>
+#include <quillon/fltopcode.h>
+#include <quillon/fltstream.h>
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <ostream>
+#include <random>
+#include <system_error>
+
+namespace fltool {
+
+namespace {
+
+std::filesystem::path pathOf(const std::string& text) {
+    return std::u8string(text.begin(), text.end());
+}
+
+/// A file beside `output` that takes its place when it is complete, and is gone otherwise.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(const std::string& output) : output_(output) {
+        std::random_device random;
+        do {
+            name_ = output + "." + std::to_string(random()) + ".tmp";
+        } while (std::filesystem::exists(pathOf(name_)));
+    }
+    ~TemporaryFile() {
+        std::error_code ignored;
+        std::filesystem::remove(pathOf(name_), ignored);
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    const std::string& name() const noexcept { return name_; }
+
+    void takePlace() {
+        std::error_code reason;
+        std::filesystem::rename(pathOf(name_), pathOf(output_), reason);
+        if (reason) throw CommandError("cannot write " + output_ + ": " + reason.message());
+    }
+
+private:
+    std::string output_;
+    std::string name_;
+};
+
+class Converter {
+public:
+    Converter(const ConvertOptions& options, const FltFileBytes& file)
+        : options_(options), bytes_(file.bytes()), reader_(bytes_) {}
+
+    void run(FltStream& stream, const std::string& path) {
+        Progress progress(bytes_.size());
+        if (!reader_.next() || reader_.opcode() != kFltHeader)
+            throw CommandError(options_.input + " does not begin with a header");
+        open(stream, path);
+        while (reader_.next()) {
+            progress.reached(reader_.offset());
+            convertRecord(stream);
+        }
+        if (!stream.close()) throw CommandError("cannot write " + options_.output);
+    }
+
+    std::size_t decoded() const noexcept { return decoded_; }
+    std::size_t copied() const noexcept { return copied_; }
+
+private:
+    void open(FltStream& stream, const std::string& path) {
+        sourceRevision_ = reader_.revision();
+        FltHeader header = reader_.header();
+        header.formatRevision = static_cast<std::int32_t>(options_.revision);
+        if (!stream.open(path, header))
+            throw CommandError("cannot write " + options_.output + ": " +
+                               std::generic_category().message(errno));
+        ++decoded_;
+    }
+
+    void convertRecord(FltStream& stream) {
+        const auto record = bytes_.subspan(reader_.offset(), reader_.length());
+        if (recode(stream.token(), record)) {
+            stream.writeToken(stream.token());
+            ++decoded_;
+        } else {
+            stream.writeVerbatim(record);
+            ++copied_;
+        }
+    }
+
+    /// Puts the current record, whose bytes are `source`, into `token` as it is to be written.
+    /// Gives false for one without a class, and for one that its class refuses.
+    bool recode(FltToken& token, std::span<const std::uint8_t> source) {
+        const std::uint16_t opcode = reader_.opcode();
+        std::unique_ptr<FltRecord>& record = records_[opcode];
+        if (!record) record = fltCreateRecord(opcode);
+        // A header further on says nothing about this file.
+        if (!record || opcode == kFltHeader) return false;
+        try {
+            record->readToken(reader_.token(), sourceRevision_);
+            encode(token, *record, source);
+        } catch (const diagnostics::AviaryAssertion&) {
+            return false;
+        }
+        return true;
+    }
+
+    // Not `FltRecord::write`, which would give a name to what has none.
+    void encode(FltToken& token, const FltRecord& record, std::span<const std::uint8_t> source) {
+        record.writeToken(layout_, sourceRevision_);
+        record.writeToken(token, options_.revision);
+        // What a longer record of the same layout holds behind our fields stays there. The rest of
+        // a comment is what stands behind its terminator.
+        if (record.opcode() != kFltComment && token.length() == layout_.length() &&
+            source.size() > token.length())
+            token.writeBytes(static_cast<std::uint32_t>(source.size() - token.length()),
+                             source.data() + token.length());
+        token.finish();
+    }
+
+    const ConvertOptions& options_;
+    std::span<const std::uint8_t> bytes_;
+    FltFileReader reader_;
+    std::uint32_t sourceRevision_ = 0;
+    std::map<std::uint16_t, std::unique_ptr<FltRecord>> records_;  ///< one of each class, reused
+    FltToken layout_;
+    std::size_t decoded_ = 0;
+    std::size_t copied_ = 0;
+};
+
+}  // namespace
+
+void convert(const ConvertOptions& options, std::ostream& out) {
+    const FltFileBytes file = FltFileBytes::load(options.input);
+    TemporaryFile temporary(options.output);
+    Converter converter(options, file);
+    {
+        FltStream stream;  // closed before its file is moved or removed
+        converter.run(stream, temporary.name());
+    }
+    temporary.takePlace();
+    out << converter.decoded() << " records written at revision " << options.revision << ", "
+        << converter.copied() << " copied as they were\n";
+}
+
+}  // namespace fltool
