@@ -390,8 +390,10 @@ void CTreeCtrlEx::CollapseAll(HTREEITEM handle) {
     Item* const top = Find(handle);
     if (!top) return;
     const RedrawPause pause(*this);
-    // From the top down, so that only the first one changes what is in view.
-    for (const Item* at = top; at; at = TreeModel::following(*at, top))
+    // The first one takes everything out of view; then from the bottom up, because the control goes
+    // over whatever is still expanded behind the branch that it collapses.
+    Expand(handle, TVE_COLLAPSE);
+    for (const Item* at : TreeModel::bottomUp(*top))
         if (at->firstChild) Expand(at->handle, TVE_COLLAPSE);
 }
 
