@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <utility>
 
 namespace workbench {
@@ -79,6 +80,26 @@ bool selectItem(HWND tree, HTREEITEM item) {
     return itemAfter(tree, TVGN_CARET, nullptr) == item;
 }
 
+HTREEITEM following(HWND tree, HTREEITEM item) {
+    if (const HTREEITEM child = itemAfter(tree, TVGN_CHILD, item)) return child;
+    for (; item; item = itemAfter(tree, TVGN_PARENT, item))
+        if (const HTREEITEM next = itemAfter(tree, TVGN_NEXT, item)) return next;
+    return nullptr;
+}
+
+/// The first item with each icon, by icon.
+std::map<int, HTREEITEM> firstOfEachIcon(HWND tree) {
+    std::map<int, HTREEITEM> first;
+    for (HTREEITEM item = itemAfter(tree, TVGN_ROOT, nullptr); item; item = following(tree, item)) {
+        TVITEMW asked{};
+        asked.mask = TVIF_HANDLE | TVIF_IMAGE;
+        asked.hItem = item;
+        if (::SendMessageW(tree, TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&asked)))
+            first.emplace(asked.iImage, item);
+    }
+    return first;
+}
+
 }  // namespace
 
 Walk::Walk(MainWindow& window, std::string file, std::string folder, std::string utility,
@@ -116,6 +137,7 @@ int Walk::run() {
         window_.run(CMD_VIEW_ALL);
         return shot("09-wireframe");
     });
+    step("picture of each kind of item", [this] { return shootKinds(); });
     if (!failed_) say(summary_);
     return failed_ ? 1 : 0;
 }
@@ -217,6 +239,17 @@ kiln::Status Walk::selectInTree() {
         item = child;
     }
     return require(selectItem(tree_, item), "the item could not be selected");
+}
+
+kiln::Status Walk::shootKinds() {
+    for (const auto& [icon, item] : firstOfEachIcon(tree_)) {
+        if (!selectItem(tree_, item)) return kiln::Status::failure("an item could not be selected");
+        char name[32];
+        std::snprintf(name, sizeof name, "10-kind-%02d", icon);
+        const kiln::Status status = shot(name);
+        if (!status.ok()) return status;
+    }
+    return {};
 }
 
 kiln::Status Walk::selectInViewport() {

@@ -35,6 +35,8 @@ private:
     kiln::Status arrange();
     kiln::Status expandTree();
     kiln::Status selectInTree();
+    /// A picture for the first item of each icon, named after the icon.
+    kiln::Status shootKinds();
     kiln::Status selectInViewport();
     kiln::Status closeUp();
 
