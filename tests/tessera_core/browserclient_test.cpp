@@ -160,6 +160,73 @@ TEST_F(BrowserClientTest, AnswersWhatTheBrowserAsks) {
     EXPECT_EQ(host.GetSelNodeCount(), 0);
 }
 
+TEST_F(BrowserClientTest, LooksIntoNoNodeThatHasGone) {
+    INode* const parent = add(nullptr, "parent");
+    INode* const doomed = add(parent, "doomed");
+    add(doomed, "below");
+    add(parent, "stays");
+    open();
+    host.DeleteNode(doomed);
+    std::uint32_t count = 99;
+    for (const char* gone : {"doomed", "below"}) {
+        send(BrowserEvent::selectInHost, gone);
+        send(BrowserEvent::moveDown, gone, "parent");
+        send(BrowserEvent::moveUp, "stays", gone);
+        send(BrowserEvent::attach, gone, "stays");
+        send(BrowserEvent::attach, "stays", gone);
+        send(BrowserEvent::rename, gone, nullptr, reinterpret_cast<std::uintptr_t>("renamed"));
+        send(BrowserEvent::create, gone, nullptr, 2, 1580);
+        send(BrowserEvent::countSwitchChildren, gone, nullptr,
+             reinterpret_cast<std::uintptr_t>(&count));
+    }
+    EXPECT_EQ(count, 99u);
+    EXPECT_EQ(host.GetSelNodeCount(), 0);
+    EXPECT_EQ(childNames(host.GetRootNode()), "parent");
+    EXPECT_EQ(childNames(parent), "stays");
+    EXPECT_EQ(browser.outline(), "Scene Root(parent(doomed(below),stays))") << "until refilled";
+
+    core.newScene();
+    send(BrowserEvent::rename, "stays", nullptr, reinterpret_cast<std::uintptr_t>("renamed"));
+    send(BrowserEvent::create, "parent", nullptr, 2, 1580);
+    EXPECT_EQ(host.GetRootNode()->NumberOfChildren(), 0);
+
+    add(nullptr, "new");
+    browser.send(BrowserEvent::rebuild);
+    send(BrowserEvent::rename, "new", nullptr, reinterpret_cast<std::uintptr_t>("renamed"));
+    EXPECT_EQ(childNames(host.GetRootNode()), "renamed") << "a refilled tree is trusted again";
+}
+
+INode* addInstance(INode* node, FltInstance&& record, int number) {
+    record.instanceNumber = static_cast<std::int16_t>(number);
+    EXPECT_TRUE(fltPutRecord(node, record));
+    return node;
+}
+
+// Definitions within definitions: each is looked up at once, however many are being listed.
+TEST_F(BrowserClientTest, ListsVeryManyDefinitionsOneWithinTheOther) {
+    constexpr int kCount = 30'000;
+    for (int i = 0; i < kCount; ++i) {
+        INode* const definition = addInstance(add(nullptr, "d", 62), FltInstanceDef(), i);
+        addInstance(add(definition, "r", 61), FltInstanceRef(), i + 1);
+    }
+    open();
+    int depth = 0;
+    for (const _TREEITEM* at = &browser.top; !at->children.empty(); at = at->children[0].get())
+        ++depth;
+    EXPECT_EQ(depth, kCount + 2) << "root, definition, and a reference for each definition";
+}
+
+TEST_F(BrowserClientTest, FillsAsDeepAsTheSceneIs) {
+    constexpr int kDepth = 100'000;
+    INode* node = nullptr;
+    for (int i = 0; i < kDepth; ++i) node = add(node, "n", 2);
+    open();
+    int depth = 0;
+    for (const _TREEITEM* at = &browser.top; !at->children.empty(); at = at->children[0].get())
+        ++depth;
+    EXPECT_EQ(depth, kDepth + 1);
+}
+
 TEST_F(BrowserClientTest, AReferenceListsWhatItsDefinitionHolds) {
     const auto instance = [&](INode* parent, const char* name, FltInstance& record, int number) {
         INode* const node = add(parent, name, record.opcode());

@@ -82,7 +82,7 @@ bool _zufltguidelnode(tessera::BrowserItem item) {
     RecordingBrowser& browser = recordingBrowser();
     browser.selected = nullptr;
     if (!item)
-        browser.top.children.clear();
+        browser.top.clear();
     else
         std::erase_if(item->parent->children,
                       [&](const auto& child) { return child.get() == item; });
@@ -90,7 +90,7 @@ bool _zufltguidelnode(tessera::BrowserItem item) {
 }
 
 bool _zufltguidelchildren(tessera::BrowserItem item) {
-    if (item) item->children.clear();
+    if (item) item->clear();
     return item != nullptr;
 }
 

@@ -6,9 +6,27 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 struct _TREEITEM {
+    _TREEITEM() = default;
+    _TREEITEM(_TREEITEM&&) = default;
+    _TREEITEM& operator=(_TREEITEM&&) = default;
+    ~_TREEITEM() { clear(); }
+
+    /// Trees of tests are deeper than the call stack is.
+    void clear() {
+        std::vector<std::unique_ptr<_TREEITEM>> gone = std::move(children);
+        children.clear();
+        while (!gone.empty()) {
+            const std::unique_ptr<_TREEITEM> item = std::move(gone.back());
+            gone.pop_back();
+            for (auto& child : item->children) gone.push_back(std::move(child));
+            item->children.clear();
+        }
+    }
+
     _TREEITEM* parent = nullptr;
     std::string text;
     tessera::NodeHandle node = 0;

@@ -2,6 +2,7 @@
 
 #include "browserfill.h"
 #include "siblingorder.h"
+#include "treenodes.h"
 
 #include <diagnostics/log.h>
 #include <kiln/kiln.h>
@@ -42,7 +43,11 @@ constexpr int kFollowedNotifications[] = {NOTIFY_NODE_CREATED, NOTIFY_NODE_DELET
                                           NOTIFY_NODE_RENAMED, NOTIFY_NODE_LINKED,
                                           NOTIFY_SCENE_NEW,    NOTIFY_SCENE_OPENED};
 
-void onSceneChange(void*, NotifyInfo*) {
+void onSceneChange(void*, NotifyInfo* change) {
+    if (change->intcode == NOTIFY_NODE_DELETED)
+        forgetNode(static_cast<INode*>(change->callParam));
+    else if (change->intcode == NOTIFY_SCENE_NEW || change->intcode == NOTIFY_SCENE_OPENED)
+        forgetAllNodes();
     if (!sceneChangesSuppressed) zufltguiSceneChanged();
 }
 
@@ -50,15 +55,6 @@ void followScene() {
     for (const int code : kFollowedNotifications)
         RegisterNotification(onSceneChange, nullptr, code);
     sceneChangesSuppressed = false;
-}
-
-void leaveScene() {
-    for (const int code : kFollowedNotifications)
-        UnRegisterNotification(onSceneChange, nullptr, code);
-}
-
-INode* nodeOf(BrowserItem item) {
-    return item ? reinterpret_cast<INode*>(_zufltguinode2hdl(item)) : nullptr;
 }
 
 NodeHandle handleOf(INode* node) {
@@ -75,7 +71,7 @@ void redraw(Interface& host) {
 }
 
 void refill(Interface& host) {
-    _zufltguidelnode(nullptr);
+    emptyTree();
     if (INode* const root = host.GetRootNode()) BrowserFill(host).add(nullptr, root);
 }
 
@@ -109,16 +105,17 @@ void attach(const Event& event) {
     INode* const node = event.first;
     INode* const target = event.second;
     if (!node || !target || isAncestorOrSelf(node, target)) return beep();
-    target->AttachChild(node, true);
+    if (!target->AttachChild(node, true)) return beep();
     if (target->IsGroupHead()) node->SetGroupMember(true);
     _zufltguidelnode(event.firstItem);
     BrowserFill(event.host).add(event.secondItem, node);
 }
 
 void create(const Event& event) {
+    if (hasLostNode(event.firstItem)) return beep();
     INode* const node = createFltNode(event.host, static_cast<std::uint16_t>(event.argument),
                                       static_cast<std::uint32_t>(event.argument2), event.first);
-    if (node) _zufltguiaddnode(event.firstItem, node->GetName(), handleOf(node));
+    if (node) addItemOf(node, event.firstItem);
 }
 
 void move(const Event& event, int step) {
@@ -215,6 +212,12 @@ void browserClient(BrowserEvent event, BrowserItem first, BrowserItem second,
 
 std::int32_t createBrowser(Interface& host) {
     return _zufltguicreate(host.GetKilnHWND(), browserClient, 0, &host);
+}
+
+void leaveScene() noexcept {
+    for (const int code : kFollowedNotifications)
+        UnRegisterNotification(onSceneChange, nullptr, code);
+    forgetAllNodes();  // what happens to them from now on is not seen
 }
 
 void showBrowser(Interface& host) {

@@ -1,5 +1,7 @@
 #include "browserfill.h"
 
+#include "treenodes.h"
+
 #include <fltkilnutil/kilnflt.h>
 #include <kiln/kiln.h>
 #include <quillon/fltinstance.h>
@@ -12,38 +14,33 @@ namespace {
 /// large as anyone can read, and further references list only what is their own.
 constexpr int kMaxExpandedItems = 200'000;
 
-NodeHandle handleOf(INode* node) {
-    return reinterpret_cast<NodeHandle>(node);
-}
-
 }  // namespace
 
 BrowserItem BrowserFill::add(BrowserItem parentItem, INode* node) {
     // Scenes may be deeper than the call stack is, so the nodes to come are kept in a list.
-    const BrowserItem first = addItem({parentItem, node, -1});
+    const BrowserItem first = addItem({parentItem, node});
     while (!pending_.empty()) {
         const Pending next = pending_.back();
         pending_.pop_back();
-        addItem(next);
+        if (next.parentItem)
+            addItem(next);
+        else
+            listed_.erase(next.node);
     }
     return first;
 }
 
 BrowserItem BrowserFill::addItem(const Pending& pending) {
-    const BrowserItem item =
-        _zufltguiaddnode(pending.parentItem, pending.node->GetName(), handleOf(pending.node));
+    const BrowserItem item = addItemOf(pending.node, pending.parentItem);
     if (!item) return item;
-    if (pending.expansion >= 0) ++expandedItems_;
-    INode* listed = pending.node;
-    int expansion = pending.expansion;
-    if (INode* const definition = definitionOf(pending.node);
-        definition && mayExpand(definition, expansion)) {
-        expansions_.push_back({definition, expansion});
-        expansion = static_cast<int>(expansions_.size()) - 1;
-        listed = definition;
+    if (!listed_.empty()) ++expandedItems_;
+    INode* above = pending.node;
+    if (INode* const definition = definitionOf(pending.node); definition && mayList(definition)) {
+        above = definition;
+        pending_.push_back({nullptr, definition});  // reached when all below has been added
     }
-    for (int i = listed->NumberOfChildren(); i-- > 0;)
-        pending_.push_back({item, listed->GetChildNode(i), expansion});
+    for (int i = above->NumberOfChildren(); i-- > 0;)
+        pending_.push_back({item, above->GetChildNode(i)});
     return item;
 }
 
@@ -74,11 +71,8 @@ void BrowserFill::collectDefinitions() {
     }
 }
 
-bool BrowserFill::mayExpand(INode* definition, int expansion) const {
-    if (expandedItems_ >= kMaxExpandedItems) return false;
-    for (; expansion >= 0; expansion = expansions_[static_cast<std::size_t>(expansion)].outer)
-        if (expansions_[static_cast<std::size_t>(expansion)].definition == definition) return false;
-    return true;
+bool BrowserFill::mayList(INode* definition) {
+    return expandedItems_ < kMaxExpandedItems && listed_.insert(definition).second;
 }
 
 }  // namespace tessera

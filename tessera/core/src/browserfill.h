@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <unordered_set>
 #include <vector>
 
 class INode;
@@ -24,26 +25,21 @@ public:
     BrowserItem add(BrowserItem parentItem, INode* node);
 
 private:
-    /// A definition being listed within another, innermost first by index; -1 ends the chain.
-    struct Expansion {
-        INode* definition;
-        int outer;
-    };
+    /// A node to add below an item, or, without an item, a definition that has been listed.
     struct Pending {
         BrowserItem parentItem;
         INode* node;
-        int expansion;
     };
 
     BrowserItem addItem(const Pending& pending);
     INode* definitionOf(INode* node);
     void collectDefinitions();
-    bool mayExpand(INode* definition, int expansion) const;
+    bool mayList(INode* definition);
 
     Interface& host_;
     std::optional<std::map<std::int16_t, INode*>> definitions_;  // collected when first needed
-    std::vector<Expansion> expansions_;
-    std::vector<Pending> pending_;  // nodes to add, the next one last
+    std::unordered_set<INode*> listed_;  // the definitions being listed, one within the other
+    std::vector<Pending> pending_;       // nodes to add, the next one last
     int expandedItems_ = 0;
 };
 

@@ -1,6 +1,7 @@
 #include "siblingorder.h"
 
 #include "browserfill.h"
+#include "treenodes.h"
 
 #include <kiln/kiln.h>
 #include <tessera/browserclient.h>
@@ -14,10 +15,6 @@ namespace tessera {
 namespace {
 
 using Nodes = std::vector<INode*>;
-
-INode* nodeOf(BrowserItem item) {
-    return item ? reinterpret_cast<INode*>(_zufltguinode2hdl(item)) : nullptr;
-}
 
 std::unordered_set<INode*> movedNodes(INode* node, int step, const BrowserItem* items) {
     std::unordered_set<INode*> moved{node};

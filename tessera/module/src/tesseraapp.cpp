@@ -1,6 +1,7 @@
 // The application object of the module: its start and end hooks frame everything else.
 #include <framework/cwinapp.h>
 #include <tessera/browser.h>
+#include <tessera/browserclient.h>
 #include <tessera/nodecreation.h>
 
 namespace {
@@ -13,7 +14,9 @@ public:
     }
 
     int ExitInstance() override {
+        tessera::leaveScene();
         tessera::browserShutDown();
+        tessera::releaseNameMaker();
         return CWinApp::ExitInstance();
     }
 };

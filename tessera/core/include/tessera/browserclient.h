@@ -22,6 +22,10 @@ std::int32_t createBrowser(Interface& host);
 /// scene until the user closes it.
 void showBrowser(Interface& host);
 
+/// Stops following the scene. The module calls it before it goes, since the host would go on
+/// calling into it.
+void leaveScene() noexcept;
+
 /// Sounds the plain system beep, where there is one.
 void beep() noexcept;
 

@@ -1,0 +1,57 @@
+#include "treenodes.h"
+
+#include <kiln/kiln.h>
+
+#include <unordered_set>
+
+namespace tessera {
+
+namespace {
+
+std::unordered_set<const INode*> goneNodes;
+bool allGone = false;
+
+bool isGone(const INode* node) {
+    return allGone || goneNodes.contains(node);
+}
+
+INode* handedOut(BrowserItem item) {
+    return item ? reinterpret_cast<INode*>(_zufltguinode2hdl(item)) : nullptr;
+}
+
+}  // namespace
+
+INode* nodeOf(BrowserItem item) {
+    INode* const node = handedOut(item);
+    return node && !isGone(node) ? node : nullptr;
+}
+
+bool hasLostNode(BrowserItem item) {
+    const INode* const node = handedOut(item);
+    return node && isGone(node);
+}
+
+BrowserItem addItemOf(INode* node, BrowserItem parentItem) {
+    goneNodes.erase(node);  // the host may have put a new node where one has gone
+    return _zufltguiaddnode(parentItem, node->GetName(), reinterpret_cast<NodeHandle>(node));
+}
+
+void forgetNode(INode* node) noexcept {
+    try {
+        goneNodes.insert(node);
+    } catch (...) {
+        allGone = true;  // without the memory to tell them apart, none is to be trusted
+    }
+}
+
+void forgetAllNodes() noexcept {
+    allGone = true;
+}
+
+void emptyTree() {
+    _zufltguidelnode(nullptr);
+    goneNodes.clear();
+    allGone = false;
+}
+
+}  // namespace tessera
