@@ -4,6 +4,7 @@
 #include <quillon/fltxref.h>
 
 #include <cstring>
+#include <stdexcept>
 
 namespace {
 
@@ -202,6 +203,21 @@ TEST_F(AviaryTest, TextureAttributesGoOnBitmapsOnce) {
     EXPECT_TRUE(isTrue(29, {map}));
     EXPECT_FALSE(isTrue(29, {map}));
     EXPECT_FALSE(isTrue(28, {FPValue::Map(nullptr)}));
+}
+
+/// An attribute of somebody else's, at fault.
+class ThrowingAttr final : public CustAttrib {
+public:
+    Class_ID ClassID() const override { throw std::runtime_error("not now"); }
+};
+
+TEST_F(AviaryTest, WhatOtherPluginsThrowIsAFailure) {
+    auto* const bitmap = new BitmapTex;
+    host.AddTexmap(bitmap);
+    bitmap->AllocCustAttribContainer()->InsertCustAttrib(0, new ThrowingAttr);
+    EXPECT_FALSE(aviary.AddTextureAttr(bitmap));
+    EXPECT_FALSE(aviary.RemoveTextureAttr(bitmap));
+    EXPECT_EQ(bitmap->GetCustAttribContainer()->GetNumCustAttribs(), 1);
 }
 
 TEST_F(AviaryTest, TheLastImportIsRememberedAndTitlesTheBrowser) {

@@ -314,8 +314,12 @@ public:
         return isStored(node, FltNodeKind::Face) && fltGetOptions(node, options) &&
                options.keepTriangles != 0;
     }
-    bool AddTextureAttr(Texmap* texmap) override { return addTextureAttr(texmap); }
-    bool RemoveTextureAttr(Texmap* texmap) override { return removeTextureAttr(texmap); }
+    bool AddTextureAttr(Texmap* texmap) override {
+        return orFailure(false, [=] { return addTextureAttr(texmap); });
+    }
+    bool RemoveTextureAttr(Texmap* texmap) override {
+        return orFailure(false, [=] { return removeTextureAttr(texmap); });
+    }
 
     int GetOverrideColors() override { return static_cast<int>(0x80000000u); }
     int GetOverrideMaterials() override { return 0x40000000; }

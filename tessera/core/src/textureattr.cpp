@@ -21,7 +21,7 @@ bool isBitmap(const Texmap* texmap) {
 
 }  // namespace
 
-bool addTextureAttr(Texmap* texmap) noexcept {
+bool addTextureAttr(Texmap* texmap) {
     if (!isBitmap(texmap)) return false;
     ICustAttribContainer* attributes = texmap->GetCustAttribContainer();
     if (!attributes) attributes = texmap->AllocCustAttribContainer();
@@ -35,7 +35,7 @@ bool addTextureAttr(Texmap* texmap) noexcept {
     return false;
 }
 
-bool removeTextureAttr(Texmap* texmap) noexcept {
+bool removeTextureAttr(Texmap* texmap) {
     if (!isBitmap(texmap)) return false;
     ICustAttribContainer* const attributes = texmap->GetCustAttribContainer();
     if (!attributes) return false;
