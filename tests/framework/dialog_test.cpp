@@ -68,6 +68,33 @@ protected:
     }
 };
 
+/// A control of a class of ours, connected to its object only once the tips listen to its window.
+class LateControl : public CWnd {
+public:
+    static constexpr wchar_t kClass[] = L"FrameworkLateControl";
+    bool destroyed = false;
+
+protected:
+    void OnDestroy() override {
+        destroyed = true;
+        Default();
+    }
+};
+
+class FormWithLateControl : public Form {
+public:
+    LateControl control;
+    HWND window = nullptr;
+
+protected:
+    bool OnInitDialog() override {
+        CWnd::RegisterWindowClass(LateControl::kClass);
+        window = ::CreateWindowExW(0, LateControl::kClass, L"", WS_CHILD | WS_VISIBLE, 0, 0, 20, 20,
+                                   Handle(), nullptr, ::GetModuleHandleW(nullptr), nullptr);
+        return Form::OnInitDialog() && control.SubclassWindow(window);
+    }
+};
+
 class ShownForm : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -164,4 +191,16 @@ TEST_F(ShownForm, AsksForTheTipOfTheControlUnderTheMouse) {
     ASSERT_TRUE(testinput::hover(form.Item(IDC_APPLY), {14, 8}));
     ASSERT_TRUE(testinput::pumpUntil([&] { return !form.tipRequests.empty(); }));
     EXPECT_EQ(form.tipRequests.front(), IDC_APPLY);
+}
+
+// The tips' procedure and ours must not each take the other for what was there before it.
+TEST(ModelessDialog, EndsWithAControlOfOurClassThatTheTipsListenedToFirst) {
+    FormWithLateControl form;
+    ASSERT_TRUE(form.Create(IDD_FORM));
+    ASSERT_TRUE(form.window);
+    EXPECT_EQ(CWnd::FromHandle(form.window), &form.control);
+    form.DestroyWindow();
+    EXPECT_TRUE(form.control.destroyed);
+    EXPECT_FALSE(::IsWindow(form.window));
+    EXPECT_FALSE(form.control.HasWindow());
 }
