@@ -100,6 +100,11 @@ bool fltHasData(INode* node) noexcept {
 }
 
 bool fltEnsureKind(INode* node, FltNodeKind kind, std::uint32_t parameter) noexcept {
+    FltNodeKind presentKind{};
+    std::uint32_t presentParameter = 0;
+    if (fltGetKind(node, false, presentKind) && presentKind == kind &&
+        fltGetParameter(node, presentParameter) && presentParameter == parameter)
+        return true;
     Chunk block = kindBlock(node);
     if (block.empty()) {
         if (!storeChunk(node, ChunkId::Kind, std::array<std::byte, kKindBlockSize>{})) return false;
@@ -107,6 +112,7 @@ bool fltEnsureKind(INode* node, FltNodeKind kind, std::uint32_t parameter) noexc
     }
     std::memcpy(&block[kKindOffset], &kind, sizeof kind);
     std::memcpy(&block[kParameterOffset], &parameter, sizeof parameter);
+    node->NotifyAppDataChanged();
     return true;
 }
 

@@ -34,6 +34,11 @@ bool addChunk(INode* node, ChunkId id, std::span<const std::byte> bytes) noexcep
     return false;
 }
 
+bool holds(const AppDataChunk& chunk, std::span<const std::byte> bytes) noexcept {
+    return chunk.data != nullptr && chunk.length == bytes.size() &&
+           std::memcmp(chunk.data, bytes.data(), bytes.size()) == 0;
+}
+
 bool replaceBytes(AppDataChunk& chunk, std::span<const std::byte> bytes) noexcept {
     void* const block = hostCopy(bytes);
     if (block == nullptr) return false;
@@ -59,8 +64,12 @@ bool storeChunk(INode* node, ChunkId id, std::span<const std::byte> bytes) noexc
     if (node == nullptr) return false;
     AppDataChunk* const chunk = hostChunk(node, id);
     if (chunk == nullptr) return addChunk(node, id, bytes);
-    if (chunk->data == nullptr || chunk->length != bytes.size()) return replaceBytes(*chunk, bytes);
-    std::memmove(chunk->data, bytes.data(), bytes.size());  // the bytes may be the chunk's own
+    if (holds(*chunk, bytes)) return true;  // a scene that stays the same is not asked to be saved
+    if (chunk->data != nullptr && chunk->length == bytes.size())
+        std::memmove(chunk->data, bytes.data(), bytes.size());  // they may overlap
+    else if (!replaceBytes(*chunk, bytes))
+        return false;
+    node->NotifyAppDataChanged();
     return true;
 }
 

@@ -76,6 +76,10 @@ bool Animatable::RemoveAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD su
     return true;
 }
 
+void Animatable::NotifyAppDataChanged() noexcept {
+    kiln::setSceneModified(true);
+}
+
 void Animatable::ClearAllAppData() noexcept {
     if (!data_ || data_->chunks.empty()) return;
     data_->chunks.clear();

@@ -92,6 +92,7 @@ TEST_F(NotificationsTest, ModifiedFollowsTheGraph) {
              [&] {
                  node->AddAppDataChunk({1, 1}, 1, 1, 0, nullptr);
              },
+             [&] { node->NotifyAppDataChanged(); },
              [&] {
                  node->RemoveAppDataChunk({1, 1}, 1, 1);
              },

@@ -15,7 +15,8 @@ struct AnimatableData;
 /// One block of bytes that a plug-in keeps on a thing of the scene, saved with the scene.
 ///
 /// The owner may change `data` and `length` in place, for a block of the host allocator; it then
-/// frees the block it replaced (or has it from `KILN_realloc`). The block that `data` names when
+/// frees the block it replaced (or has it from `KILN_realloc`) and tells the host with
+/// `Animatable::NotifyAppDataChanged`. The block that `data` names when
 /// the chunk goes is freed by the host with `KILN_free`.
 struct AppDataChunk {
     Class_ID clID;    ///< class of the plug-in that owns the chunk
@@ -48,6 +49,9 @@ public:
     AppDataChunk* GetAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD subId) const noexcept;
     /// Frees the chunk with these ids; false when there is none.
     bool RemoveAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD subId) noexcept;
+    /// Tells the host that a chunk's bytes were changed in place, which it cannot see: the scene
+    /// then counts as modified and the user is asked to save it.
+    void NotifyAppDataChanged() noexcept;
     /// Frees all chunks.
     void ClearAllAppData() noexcept;
     /// Chunks in the order they were first added.

@@ -76,7 +76,8 @@ public:
     std::string sceneText() const;
     Status loadSceneText(const std::string& text, const std::string& path);
     /// Whether the scene was changed through the graph since it was made, opened or saved. Changes
-    /// that a plug-in makes inside a chunk go unseen until it says so with `setModified`.
+    /// that a plug-in makes inside a chunk go unseen until it says so with
+    /// `Animatable::NotifyAppDataChanged`.
     bool isModified() const noexcept;
     void setModified(bool modified) noexcept;
 
