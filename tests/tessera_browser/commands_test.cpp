@@ -172,6 +172,11 @@ TEST_F(BrowserCommands, TheSpinnerStepsThroughTheSelected) {
     EXPECT_EQ(spin(1), L"c");
     EXPECT_EQ(spin(1), L"c") << "no further one";
     EXPECT_EQ(spin(-1), L"b");
+    // The scene's nodes may have gone: nothing of them is shown until the tree is rebuilt.
+    browser().sceneChanged();
+    EXPECT_EQ(text(control(IDC_NAME)), L"");
+    spin(1);
+    EXPECT_EQ(text(control(IDC_NAME)), L"");
     EXPECT_EQ(caret(), a);
 }
 

@@ -43,12 +43,49 @@ private:
     FormBusy busy_;
 };
 
+// Runs the body of an exported function. No exception leaves the module: the caller gets the
+// function's plain failure.
+template <typename Result, typename Body>
+Result enter(Result failure, Body&& body) noexcept {
+    try {
+        const Entry entry;
+        return body();
+    } catch (...) {
+        return failure;
+    }
+}
+
+template <typename Body>
+void enter(Body&& body) noexcept {
+    enter(false, [&] {
+        body();
+        return true;
+    });
+}
+
 bool clientAgrees(BrowserCallback callback, void* clientData) {
     std::uint32_t refused = 1;
     if (callback)
         callback(BrowserEvent::confirmForm, nullptr, nullptr,
                  reinterpret_cast<std::uintptr_t>(&refused), 0, clientData);
     return refused == 0;
+}
+
+std::string productTitle() {
+    return loadString(IDS_FORM_TITLE);
+}
+
+// A caption too long for its window is of no use, and its text is a file's name from outside.
+void setTitle(const char* text) {
+    title = productTitle();
+    if (text && *text) title += " (" + std::string(text) + ")";
+    title = clipUtf8(title, kLongestTitle);
+    if (!form) {
+        diagnostics::log("title :ZuFltHierForm NULL\n");
+        return;
+    }
+    form->SetText(title);
+    diagnostics::log("title :%s\n", title.c_str());
 }
 
 BrowserStatus makeForm(HWND parent) {
@@ -63,10 +100,6 @@ void destroyForm() {
     if (!form) return;
     retired.push_back(std::move(form));
     retired.back()->DestroyWindow();
-}
-
-std::string productTitle() {
-    return loadString(IDS_FORM_TITLE);
 }
 
 }  // namespace
@@ -88,82 +121,79 @@ using namespace tessera;
 
 std::int32_t _zufltguicreate(BrowserWindow parent, BrowserCallback callback, std::int32_t,
                              void* clientData) {
-    const Entry entry;
-    if (!clientAgrees(callback, clientData)) return kBrowserRefused;
-    if (!form) {
-        const BrowserStatus status = makeForm(parent);
-        if (status != kBrowserDone) return status;
-    }
-    if (!form) return kBrowserFormMissing;
-    form->SetText(title);
-    form->bind(callback, clientData);
-    return kBrowserDone;
+    return enter<std::int32_t>(kBrowserFormMissing, [=]() -> std::int32_t {
+        if (!clientAgrees(callback, clientData)) return kBrowserRefused;
+        if (!form) {
+            const BrowserStatus status = makeForm(parent);
+            if (status != kBrowserDone) return status;
+        }
+        if (!form) return kBrowserFormMissing;
+        form->SetText(title);
+        form->bind(callback, clientData);
+        return kBrowserDone;
+    });
 }
 
 bool _zufltguishow(std::uint8_t show) {
-    const Entry entry;
-    if (form) form->show(show != 0);
-    return form != nullptr;
+    return enter(false, [=] {
+        if (form) form->show(show != 0);
+        return form != nullptr;
+    });
 }
 
 void _zufltguidestroy() {
-    const Entry entry;
-    destroyForm();
+    enter(destroyForm);
 }
 
 BrowserItem _zufltguiaddnode(BrowserItem parent, const char* text, NodeHandle node) {
-    const Entry entry;
-    return form ? form->addNode(parent, text, node) : nullptr;
+    return enter<BrowserItem>(nullptr,
+                              [=] { return form ? form->addNode(parent, text, node) : nullptr; });
 }
 
 bool _zufltguidelnode(BrowserItem item) {
-    const Entry entry;
-    if (form) form->deleteNode(item);
-    return form != nullptr;
+    return enter(false, [=] {
+        if (form) form->deleteNode(item);
+        return form != nullptr;
+    });
 }
 
 bool _zufltguidelchildren(BrowserItem item) {
-    const Entry entry;
-    if (!form || !item) return false;
-    form->deleteChildren(item);
-    return true;
+    return enter(false, [=] {
+        if (!form || !item) return false;
+        form->deleteChildren(item);
+        return true;
+    });
 }
 
 NodeHandle _zufltguinode2hdl(BrowserItem item) {
-    const Entry entry;
-    return form ? form->nodeOfItem(item) : 0;
+    return enter<NodeHandle>(0, [=] { return form ? form->nodeOfItem(item) : 0; });
 }
 
 bool _zufltguiselectnode(BrowserItem item) {
-    const Entry entry;
-    if (form) form->selectNode(item);
-    return false;
+    return enter(false, [=] {
+        if (form) form->selectNode(item);
+        return false;
+    });
 }
 
 void zufltguirefresh() {
-    const Entry entry;
-    if (form) form->refresh();
+    enter([] {
+        if (form) form->refresh();
+    });
 }
 
 void zufltguiSceneChanged() {
-    const Entry entry;
-    if (form) form->resetProperties(false);
+    enter([] {
+        if (form) form->sceneChanged();
+    });
 }
 
 void zufltguiresetpos() {
-    const Entry entry;
-    if (form) form->resetPosition();
+    enter([] {
+        if (form) form->resetPosition();
+    });
 }
 
 void zufltguisettitle(const char* text) {
-    const Entry entry;
-    title = productTitle();
-    if (text && *text) title += " (" + std::string(text) + ")";
-    title = clipUtf8(title, kLongestTitle);
-    if (!form) {
-        diagnostics::log("title :ZuFltHierForm NULL\n");
-        return;
-    }
-    form->SetText(title);
-    diagnostics::log("title :%s\n", title.c_str());
+    enter([=] { setTitle(text); });
 }

@@ -231,6 +231,14 @@ void Hierarchy::resetProperties(bool enabled) {
     reduceGrid();
 }
 
+// The nodes that the tree names may have gone, so none is current any more, not even for a field
+// that now loses the focus. Scenes change node by node: only the first change does anything.
+void Hierarchy::sceneChanged() {
+    if (!commandsEnabled_ && !current_) return;
+    current_ = nullptr;
+    resetProperties(false);
+}
+
 void Hierarchy::refresh() {
     {
         const CWaitCursor wait;

@@ -43,8 +43,9 @@ public:
     void refresh();
     void resetPosition();
 
-    /// Clears the property side and enables or disables the commands.
-    void resetProperties(bool enabled);
+    /// Clears the property side, disables the commands and trusts no node of the tree until the
+    /// next `refresh`.
+    void sceneChanged();
 
 protected:
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
@@ -60,6 +61,8 @@ protected:
     bool PreTranslateMessage(MSG& message) override;
 
 private:
+    /// Clears the property side and enables or disables the commands.
+    void resetProperties(bool enabled);
     class CGridEx;
 
     // Setting up and laying out.

@@ -166,7 +166,7 @@ void Hierarchy::selectFromHost() {
 
 void Hierarchy::spin(int step) {
     const TreeItem* const found =
-        current_ && tree_.SelectedCount() > 1 ? tree_.NextSelected(current_, step >= 0) : nullptr;
+        commandsEnabled_ && current_ && tree_.SelectedCount() > 1 ? tree_.NextSelected(current_, step >= 0) : nullptr;
     if (!found) {
         beep();
         return;
@@ -279,7 +279,8 @@ bool Hierarchy::mayAttach(const TreeItem& dragged, const TreeItem& target) {
 }
 
 bool Hierarchy::rename(const TVITEMW& edited) {
-    if (!hasClient() || !edited.pszText || !*edited.pszText) return false;
+    // A label edit may have begun before the scene changed behind the tree.
+    if (!commandsEnabled_ || !hasClient() || !edited.pszText || !*edited.pszText) return false;
     const TreeItem* const item = tree_.Find(edited.hItem);
     if (!item) return false;
     const std::string text = toUtf8(edited.pszText);
