@@ -59,7 +59,7 @@ function(tessera_test name)
         add_custom_command(TARGET ${name} POST_BUILD COMMAND ${CMAKE_COMMAND} -E
             $<IF:$<BOOL:$<TARGET_RUNTIME_DLLS:${name}>>,copy_if_different$<SEMICOLON>$<TARGET_RUNTIME_DLLS:${name}>$<SEMICOLON>$<TARGET_FILE_DIR:${name}>,true>
             COMMAND_EXPAND_LISTS VERBATIM)
-        add_test(NAME ${name} COMMAND ${name})
+        add_test(NAME ${name} COMMAND ${name} WORKING_DIRECTORY $<TARGET_FILE_DIR:${name}>)
         set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT})
     else()
         gtest_discover_tests(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} DISCOVERY_TIMEOUT 60)
