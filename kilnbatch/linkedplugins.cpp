@@ -1,0 +1,21 @@
+#include "plugins.h"
+
+#include <kiln/host/host.h>
+#include <tessera/aviaryutil.h>
+
+KILN_PLUGIN_EXPORT const char* LibDescription();
+KILN_PLUGIN_EXPORT int LibNumberClasses();
+KILN_PLUGIN_EXPORT ClassDesc* LibClassDesc(int index);
+KILN_PLUGIN_EXPORT DWORD LibVersion();
+
+namespace kilnbatch {
+
+std::vector<std::string> loadPlugins(const std::string&) {
+    tessera::aviaryUtil();  // published from here on
+    const kiln::Status status = kiln::registerModule(
+        "OpenFlight interchange", {LibDescription, LibNumberClasses, LibClassDesc, LibVersion});
+    if (status.ok()) return {};
+    return {status.message()};
+}
+
+}  // namespace kilnbatch

@@ -1,0 +1,161 @@
+// kilnbatch: runs scripts over a scene, without windows.
+#include "plugins.h"
+
+#include <kiln/host/host.h>
+#include <script/attributeverbs.h>
+#include <script/engine.h>
+#include <CLI/CLI.hpp>
+
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr std::size_t kStackForScripts = 3u << 20;
+
+volatile std::sig_atomic_t interrupted = 0;
+
+void interrupt(int) {
+    interrupted = 1;
+}
+
+struct Options {
+    std::string expression;
+    std::string scene;
+    std::string plugins;
+    std::uint64_t maxSteps = 0;
+    bool listVerbs = false;
+    std::vector<std::string> words;  // the script's file, then what is handed to it
+};
+
+/// Ends the core after everything that refers to its scene.
+struct Host {
+    kiln::Core& core = kiln::Core::create();
+    Host() = default;
+    ~Host() { kiln::Core::destroy(); }
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+};
+
+int complain(const std::string& what) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "kilnbatch: %s\n", what.c_str());
+    return 1;
+}
+
+std::optional<std::string> contentOf(const std::string& path) {
+    if (path == "-") return std::string(std::istreambuf_iterator<char>(std::cin), {});
+    std::ifstream file(std::filesystem::path(std::u8string(path.begin(), path.end())),
+                       std::ios::binary);
+    std::string text((std::istreambuf_iterator<char>(file)), {});
+    return file.bad() || !file.is_open() ? std::nullopt : std::optional(std::move(text));
+}
+
+void prepare(script::Engine& engine, const Options& options,
+             const std::vector<std::string>& arguments) {
+    script::addHostVerbs(engine);
+    script::addAttributeVerbs(engine);
+    script::Limits limits;
+    limits.steps = options.maxSteps;
+    limits.stackBytes = kStackForScripts;
+    engine.setLimits(limits);
+    engine.setStop([] { return interrupted != 0; });
+    engine.setOutput([](std::string_view line) {
+        std::fwrite(line.data(), 1, line.size(), stdout);
+        std::fputc('\n', stdout);
+        std::fflush(stdout);  // whoever watches a long batch sees each line at once
+    });
+    engine.setVariable("arguments", script::Value::ofArray({arguments.begin(), arguments.end()}));
+}
+
+void printResult(const script::Value& value) {
+    if (value.isUndefined() || value.as<script::Done>()) return;
+    std::printf("%s\n", value.printed().c_str());
+}
+
+int runBatch(Options options) {
+    Host host;
+    for (const std::string& refusal : kilnbatch::loadPlugins(options.plugins)) complain(refusal);
+    const bool fromFile = options.expression.empty() && !options.listVerbs;
+    std::string text = options.expression;
+    std::string name = "-e";
+    if (fromFile) {
+        name = options.words.front();
+        options.words.erase(options.words.begin());
+        const std::optional<std::string> content = contentOf(name);
+        if (!content) return complain(name + ": this script cannot be read");
+        text = *content;
+    }
+    if (!options.scene.empty())
+        if (const kiln::Status status = host.core.loadScene(options.scene); !status)
+            return complain(status.message());
+    script::Engine engine;
+    prepare(engine, options, options.words);
+    if (options.listVerbs) {
+        for (const std::string& line : engine.verbs()) std::printf("%s\n", line.c_str());
+        return 0;
+    }
+    try {
+        const script::Value value = engine.run(text, name);
+        if (!fromFile) printResult(value);
+        return 0;
+    } catch (const script::Error& error) {
+        return complain(error.what());
+    }
+}
+
+int runProgram(std::vector<std::string> words) {
+    Options options;
+    CLI::App app("Runs a script over a scene, without windows.", "kilnbatch");
+    app.add_option("-e", options.expression, "run TEXT instead of a file and print its value")
+        ->type_name("TEXT");
+    app.add_option("--scene", options.scene, "open this .kiln scene first")->type_name("FILE");
+    app.add_option("--plugins", options.plugins,
+                   "load plug-ins from here instead of the folder \"plugins\" beside the program")
+        ->type_name("FOLDER");
+    app.add_option("--max-steps", options.maxSteps, "stop a script that takes more steps")
+        ->type_name("N");
+    app.add_flag("--verbs", options.listVerbs, "list the verbs that scripts can call");
+    app.add_option("script", options.words,
+                   "a script (.ks), \"-\" for standard input; what follows is its \"arguments\"")
+        ->type_name("SCRIPT [ARGUMENT...]");
+    app.positionals_at_end(false);
+    app.footer(
+        "Exit status: 0 when the script ran to its end, 1 when an error ended it, another "
+        "one\nfor a command line that is not understood.");
+    try {
+        std::reverse(words.begin(), words.end());
+        app.parse(std::move(words));
+        if (options.expression.empty() && options.words.empty() && !options.listVerbs)
+            throw CLI::RequiredError("A script or -e");
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error);
+    }
+    std::signal(SIGINT, interrupt);
+    return runBatch(std::move(options));
+}
+
+}  // namespace
+
+#ifdef _WIN32
+int wmain(int count, wchar_t** words) {
+    SetConsoleOutputCP(CP_UTF8);
+    std::vector<std::string> given;
+    for (int i = 1; i < count; ++i) {
+        const std::u8string word = std::filesystem::path(words[i]).u8string();
+        given.emplace_back(word.begin(), word.end());
+    }
+    return runProgram(std::move(given));
+}
+#else
+int main(int count, char** words) {
+    return runProgram({words + std::min(count, 1), words + count});
+}
+#endif

@@ -1,0 +1,102 @@
+#include "hostfiles.h"
+
+#include <kiln/host/core.h>
+
+#include <algorithm>
+#include <filesystem>
+
+namespace script {
+
+namespace {
+
+kiln::Core& core() {
+    kiln::Core* const core = kiln::Core::get();
+    if (!core) throw Failure("there is no scene");
+    return *core;
+}
+
+void require(const kiln::Status& status) {
+    if (!status.ok()) throw Failure(status.message());
+}
+
+// What the plug-in said of its work.
+Value require(const kiln::ImportResult& result, const std::string& path) {
+    if (result.ok()) return Value(result.message);
+    if (!result.message.empty()) throw Failure(result.message);
+    throw Failure(path + (result.code == IMPEXP_CANCEL ? ": cancelled" : ": failed"));
+}
+
+std::filesystem::path pathOf(const std::string& text) {
+    return std::filesystem::path(std::u8string(text.begin(), text.end()));
+}
+
+std::string textOf(const std::filesystem::path& path) {
+    const std::u8string text = path.generic_u8string();
+    return std::string(text.begin(), text.end());
+}
+
+// Whether `name` fits `pattern`, in which * stands for any characters and ? for one byte.
+bool fits(std::string_view name, std::string_view pattern) {
+    std::size_t at = 0, in = 0, star = pattern.npos, resume = 0;
+    while (at < name.size()) {
+        if (in < pattern.size() && (pattern[in] == '?' || pattern[in] == name[at])) {
+            ++at, ++in;
+        } else if (in < pattern.size() && pattern[in] == '*') {
+            star = in++;
+            resume = at;
+        } else if (star != pattern.npos) {
+            in = star + 1;
+            at = ++resume;
+        } else {
+            return false;
+        }
+    }
+    return pattern.find_first_not_of('*', in) == pattern.npos || in >= pattern.size();
+}
+
+// The files of one folder whose names fit, in the order of their names.
+Value getFiles(const Arguments& arguments) {
+    const std::filesystem::path pattern = pathOf(arguments.text(0));
+    const std::string name = textOf(pattern.filename());
+    const std::filesystem::path folder = pattern.has_parent_path() ? pattern.parent_path() : ".";
+    std::vector<std::string> found;
+    std::error_code error;
+    for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+         entry.increment(error)) {
+        std::error_code ignored;
+        if (!entry->is_regular_file(ignored) || !fits(textOf(entry->path().filename()), name))
+            continue;
+        found.push_back(
+            textOf(pattern.has_parent_path() ? entry->path() : entry->path().filename()));
+    }
+    if (error) throw Failure(textOf(folder) + ": this folder cannot be read");
+    std::ranges::sort(found);
+    return Value::ofArray({found.begin(), found.end()});
+}
+
+}  // namespace
+
+void addFileVerbs(Engine& engine) {
+    engine.addVerb("newScene", "", [](const Arguments&) {
+        core().newScene();
+        return Value(Done{});
+    });
+    engine.addVerb("openScene", "path", [](const Arguments& arguments) {
+        require(core().loadScene(arguments.text(0)));
+        return Value(Done{});
+    });
+    engine.addVerb("saveScene", "path", [](const Arguments& arguments) {
+        require(core().saveScene(arguments.text(0)));
+        return Value(Done{});
+    });
+    engine.addVerb("importFile", "path", [](const Arguments& arguments) {
+        return require(core().importFile(arguments.text(0)), arguments.text(0));
+    });
+    engine.addVerb("exportFile", "path selected?", [](const Arguments& arguments) {
+        const DWORD options = arguments.boolean(1, false) ? SCENE_EXPORT_SELECTED : 0;
+        return require(core().exportFile(arguments.text(0), options), arguments.text(0));
+    });
+    engine.addVerb("getFiles", "pattern", getFiles);
+}
+
+}  // namespace script

@@ -1,0 +1,40 @@
+// Cuts a script into tokens.
+#pragma once
+
+#include <script/error.h>
+#include <script/value.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace script {
+
+enum class TokenKind {
+    end,
+    newline,  // also ";"
+    name,
+    keyword,  // "name:" before an argument
+    node,     // "$name"; an empty text is the selection
+    number,
+    string,
+    sign,  // an operator or a bracket
+};
+
+struct Token {
+    TokenKind kind = TokenKind::end;
+    std::string text;  // names in small letters
+    std::string spelling;
+    Value literal;  // of a number
+    Position position;
+    bool spaceBefore = false;
+    bool spaceAfter = false;
+};
+
+/// Letters a to z in place of A to Z; other bytes stay.
+std::string smallLetters(std::string_view text);
+
+/// The tokens of a script, the last one being `end`. Throws `Error`.
+std::vector<Token> tokensOf(std::string_view text, const std::string& file);
+
+}  // namespace script

@@ -1,0 +1,83 @@
+#include "enginefixture.h"
+
+#include <filesystem>
+#include <fstream>
+
+using testing::HasSubstr;
+
+namespace {
+
+class HostVerbsTest : public EngineTest {
+protected:
+    /// A name for a file of this test, with "/" between folders.
+    static std::string temporary(const char* name) {
+        const auto path = std::filesystem::temp_directory_path() / name;
+        const std::u8string text = path.generic_u8string();
+        return std::string(text.begin(), text.end());
+    }
+};
+
+TEST_F(HostVerbsTest, MakesNodes) {
+    good(
+        "createDummy name:\"base\" position:[1, 2, 3] size:4\n"
+        "createBox \"house\" [5, 0, 0] parent:$base height:20\n"
+        "createLight name:\"lamp\" kind:\"spot\"");
+    EXPECT_EQ(good("for o in objects collect o.name"), "#(\"base\", \"house\", \"lamp\")");
+    EXPECT_EQ(good("$house.parent"), "$base");
+    EXPECT_EQ(good("$house.position"), "[5,0,0]");
+    EXPECT_EQ(good("$lamp.object"), good("\"Spot\"")) << "named by the host";
+    const auto* const box = static_cast<BoxObject*>(host.GetINodeByName("house")->GetObjectRef());
+    EXPECT_EQ(box->GetHeight(), 20);
+    EXPECT_THAT(bad("createLight kind:\"candle\""), HasSubstr("the kind of a light is"));
+    EXPECT_THAT(bad("createBox position:5"), HasSubstr("must be a point"));
+    EXPECT_EQ(host.GetNodeCount(), 3) << "a refused creation leaves nothing behind";
+}
+
+TEST_F(HostVerbsTest, LinksAndUnlinks) {
+    good("a = createDummy \"a\"; b = createDummy \"b\" [0, 0, 5]; c = createDummy \"c\"");
+    good("link #(b, c) a");
+    EXPECT_EQ(good("a.children"), "#($b, $c)");
+    EXPECT_EQ(good("b.parent = c; c.children"), "#($b)");
+    EXPECT_EQ(good("b.position"), "[0,0,5]");
+    EXPECT_THAT(bad("link a b"), HasSubstr("lies below it"));
+    good("unlink b");
+    EXPECT_EQ(good("#(b.parent, rootNode.children)"), "#(undefined, #($a, $b))");
+    EXPECT_EQ(good("g = group #(a, b) name:\"all\"; g.children"), "#($a, $b)");
+    good("ungroup g");
+    EXPECT_THAT(bad("g.name"), HasSubstr("this node has been deleted"));
+}
+
+TEST_F(HostVerbsTest, SelectsHidesNamesAndMoves) {
+    good("a = createDummy \"a\"; b = createDummy \"my node\"");
+    good("select #(b, a)");
+    EXPECT_EQ(good("#(selection, $, a.selected)"), "#(#($my node, $a), $my node, true)");
+    good("deselect a; $'my node'.hidden = true; a.name = \"塔\"");
+    EXPECT_EQ(good("#(selection.count, b.hidden, $塔)"), "#(1, true, $塔)");
+    good("unhide b; clearSelection(); move #(a, b) [1, 0, 0]; move a [0, 2, 0]");
+    EXPECT_EQ(good("#(a.position, b.position, b.hidden, selection)"),
+              "#([1,2,0], [1,0,0], false, #())");
+    good("c = createDummy \"c\" [3, 2, 0] parent:a; rotate a [0, 0, 1] 90");
+    EXPECT_EQ(good("d = c.position - [1, 4, 0]; #(abs d.x + (abs d.y) < 1e-9, a.position)"),
+              "#(true, [1,2,0])");
+    good("scale a 2; delete #(a, c)");
+    EXPECT_EQ(good("objects"), "#($my node)");
+    EXPECT_THAT(bad("b.position = 5"), HasSubstr("a position is a point"));
+    EXPECT_THAT(bad("b.children = #()"), HasSubstr("read-only"));
+    EXPECT_THAT(bad("b.colour"), HasSubstr("a node has no property \"colour\""));
+}
+
+TEST_F(HostVerbsTest, SavesAndOpensScenes) {
+    const std::string file = temporary("script_test_塔.kiln");
+    engine.setVariable("file", script::Value(file));
+    good("createDummy \"kept\"; saveScene file; newScene()");
+    EXPECT_EQ(good("objects.count"), "0");
+    EXPECT_EQ(good("openScene file; objects"), "#($kept)");
+    engine.setVariable("pattern", script::Value(temporary("script_test_*.kiln")));
+    EXPECT_EQ(good("getFiles pattern"), "#(\"" + file + "\")");
+    EXPECT_THAT(bad("openScene \"no such file.kiln\""), HasSubstr("no such file.kiln"));
+    EXPECT_THAT(bad("importFile \"scene.unknown\""), HasSubstr("test.ks:1:1: importFile: "));
+    EXPECT_EQ(good("objects"), "#($kept)");
+    std::filesystem::remove(std::u8string(file.begin(), file.end()));
+}
+
+}  // namespace
