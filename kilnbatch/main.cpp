@@ -114,6 +114,7 @@ int runBatch(Options options) {
 int runProgram(std::vector<std::string> words) {
     Options options;
     CLI::App app("Runs a script over a scene, without windows.", "kilnbatch");
+    app.allow_windows_style_options(false);  // a path may begin with a slash
     app.add_option("-e", options.expression, "run TEXT instead of a file and print its value")
         ->type_name("TEXT");
     app.add_option("--scene", options.scene, "open this .kiln scene first")->type_name("FILE");

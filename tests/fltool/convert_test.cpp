@@ -24,8 +24,9 @@ TEST(ConvertTest, KeepsWhatItNeedNotChange) {
     const std::string airport = folder.writeAirport();
     const Outcome outcome = runTool({"convert", airport, folder.text("same.flt")});
     EXPECT_EQ(outcome.code, 0) << outcome.error;
-    EXPECT_THAT(outcome.out, testing::MatchesRegex(
-                                 "[0-9]+ records written at revision 1580, [0-9]+ copied .*\n"));
+    EXPECT_THAT(outcome.out,
+                testing::AllOf(testing::HasSubstr(" records written at revision 1580, "),
+                               testing::HasSubstr(" copied ")));
     EXPECT_EQ(folder.read("same.flt"), folder.read("airport.flt"));
 
     ASSERT_EQ(runTool({"convert", airport, folder.text("1510.flt"), "--revision", "1510"}).code, 0);
@@ -92,7 +93,7 @@ TEST(ConvertTest, LeavesNothingHalfDone) {
     for (const auto& arguments : refused) {
         const Outcome outcome = runTool(arguments);
         EXPECT_EQ(outcome.code, 2) << arguments[1];
-        EXPECT_THAT(outcome.error, testing::MatchesRegex("fltool: [^\n]+\n"));
+        EXPECT_THAT(outcome.error, IsOneErrorLine());
         EXPECT_EQ(toHex(folder.read("out.flt")), "01 02") << arguments[1];
         EXPECT_EQ(folder.count(), 5U) << arguments[1];
     }

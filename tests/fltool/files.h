@@ -65,6 +65,11 @@ private:
     std::filesystem::path path_;
 };
 
+/// One line of an error, as every failure of the tool ends in.
+MATCHER(IsOneErrorLine, "") {
+    return arg.starts_with("fltool: ") && arg.size() > 9 && arg.find('\n') == arg.size() - 1;
+}
+
 struct Outcome {
     int code;
     std::string out;

@@ -28,6 +28,7 @@ CLI::Option* addFile(CLI::App& command, const char* name, std::string& file, con
 /// The command line's grammar, and what it asked for once parsed.
 struct CommandLine {
     CLI::App app{"Looks into OpenFlight files, checks and converts them.", "fltool"};
+    app.allow_windows_style_options(false);  // a path may begin with a slash
     CLI::App* dumpCommand = app.add_subcommand("dump", "Show every record with its fields");
     CLI::App* checkCommand = app.add_subcommand("check", "Look for damage and inconsistencies");
     CLI::App* convertCommand = app.add_subcommand("convert", "Write a file at another revision");
