@@ -28,7 +28,6 @@ CLI::Option* addFile(CLI::App& command, const char* name, std::string& file, con
 /// The command line's grammar, and what it asked for once parsed.
 struct CommandLine {
     CLI::App app{"Looks into OpenFlight files, checks and converts them.", "fltool"};
-    app.allow_windows_style_options(false);  // a path may begin with a slash
     CLI::App* dumpCommand = app.add_subcommand("dump", "Show every record with its fields");
     CLI::App* checkCommand = app.add_subcommand("check", "Look for damage and inconsistencies");
     CLI::App* convertCommand = app.add_subcommand("convert", "Write a file at another revision");
@@ -42,6 +41,10 @@ struct CommandLine {
     CommandLine() {
         app.require_subcommand(1);
         app.get_formatter()->column_width(24);
+
+        // A path may begin with a slash on Windows too.
+        for (CLI::App* command : {dumpCommand, checkCommand, convertCommand, statsCommand})
+            command->allow_windows_style_options(false);
 
         addFile(*dumpCommand, "FILE", file, "The file to show");
         dumpCommand->add_flag("--json", dumpOptions.json, "One JSON array of records");
