@@ -130,6 +130,14 @@ TEST_F(ScriptLineTest, AnInterfaceAloneListsWhatItOffers) {
     EXPECT_EQ(good("   -- nothing"), "");
 }
 
+TEST_F(ScriptLineTest, KeepsVariablesAndShowsWhatALinePrints) {
+    EXPECT_EQ(good("n = Workshop.Add 2 3"), "5");
+    EXPECT_EQ(good("for i = 1 to 2 do print (n + i)"), "6\r\n7");
+    EXPECT_EQ(good("print n; n * 2"), "5\r\n10");
+    EXPECT_THAT(bad("print n; 1 / 0"), testing::StartsWith("5\r\nColumn 12: "));
+    EXPECT_THAT(bad("while true do 1"), testing::HasSubstr("stopped after"));
+}
+
 TEST_F(ScriptLineTest, SaysWhatIsWrongAndWhere) {
     const struct {
         const char* line;

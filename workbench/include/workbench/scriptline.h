@@ -1,8 +1,8 @@
-// The script line: one expression, evaluated through what plug-ins have published.
+// The script line: runs what a user types, in the host's script language.
 #pragma once
 
-#include <kiln/fp.h>
 #include <kiln/interface.h>
+#include <script/engine.h>
 
 #include <string>
 #include <string_view>
@@ -15,27 +15,30 @@ struct ScriptResult {
     std::string text;
 };
 
-/// Evaluates lines such as
+/// Runs lines such as
 ///
 ///     Aviary                             lists what the interface offers
-///     Aviary.Browser                     calls a function, or reads a property
-///     Aviary.PutComment $tower "old"     with arguments by position,
-///     Aviary.HasData Node:$tower         or by keyword
-///     Aviary.CreateGroup()
-///     $'control tower'                   a node, by its name; $ alone is the first selected node
-///     Aviary.HasData (Aviary.CreateGroup())
+///     Aviary.PutComment $tower "old"     calls a function
+///     for o in objects collect o.name
 ///
-/// Values are integers, floats, "strings" (with \" \\ \n \t), true, false, undefined and nodes.
-/// A line that is empty or a comment (from "--") prints nothing.
+/// Variables and functions stay for the next line. The result is what the line printed, then its
+/// value; lines end with "\r\n". A line that is empty or a comment prints nothing.
 class ScriptLine {
 public:
-    explicit ScriptLine(Interface& host) : host_(host) {}
+    explicit ScriptLine(Interface& host);
 
     /// Never throws for what the line says.
     ScriptResult evaluate(std::string_view line);
 
+    /// For more verbs.
+    script::Engine& engine() noexcept { return engine_; }
+
 private:
-    Interface& host_;
+    /// Adds a line to what is shown.
+    void show(std::string_view text);
+
+    script::Engine engine_;
+    std::string printed_;
 };
 
 }  // namespace workbench

@@ -8,6 +8,7 @@
 #include <framework/filedialog.h>
 #include <framework/module.h>
 #include <framework/text.h>
+#include <script/attributeverbs.h>
 
 #include <algorithm>
 #include <array>
@@ -95,6 +96,7 @@ std::string secondsSince(std::chrono::steady_clock::time_point start) {
 
 MainWindow::MainWindow(kiln::Core& core)
     : core_(core), host_(core.hostInterface()), scriptLine_(host_), viewport_(*this) {
+    script::addAttributeVerbs(scriptLine_.engine());
     fileKeys_ = ::CreateAcceleratorTableW(kFileKeys, static_cast<int>(std::size(kFileKeys)));
     sceneKeys_ = ::CreateAcceleratorTableW(kSceneKeys, static_cast<int>(std::size(kSceneKeys)));
     for (const int code : kNotifications) RegisterNotification(onNotify, this, code);
