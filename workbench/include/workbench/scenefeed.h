@@ -5,7 +5,7 @@
 
 #include <kiln/interface.h>
 
-#include <string>
+#include <span>
 #include <vector>
 
 namespace workbench {
@@ -31,6 +31,8 @@ public:
     const SceneModel& model() const { return model_; }
     /// Null for kNoItem.
     INode* nodeOf(ItemIndex item) const;
+    /// The nodes behind all items.
+    std::span<INode* const> nodes() const { return nodes_; }
     const SceneCounts& counts() const { return counts_; }
 
 private:

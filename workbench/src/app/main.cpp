@@ -150,9 +150,9 @@ void WorkbenchApp::openAtStart(const Options& options) {
     if (!options.file.empty()) {
         const std::string path = absolutePath(options.file);
         std::string summary;
-        const kiln::Status status = window_->openFile(path, summary);
+        const kiln::Status status = window_->files().openFile(path, summary);
         if (!status.ok())
-            window_->showFailure("The file could not be opened.", path, status.message());
+            window_->files().showFailure("The file could not be opened.", path, status.message());
     }
     if (options.utility.empty()) return;
     if (!window_->panel().pressUtility(options.utility))

@@ -2,18 +2,16 @@
 
 #include "appicon.h"
 #include "commands.h"
+#include "editcommands.h"
 #include "filenames.h"
+#include "wording.h"
 
-#include <framework/cwaitcursor.h>
-#include <framework/filedialog.h>
 #include <framework/module.h>
 #include <framework/text.h>
 #include <script/attributeverbs.h>
 
 #include <algorithm>
 #include <array>
-#include <chrono>
-#include <cstdio>
 
 namespace workbench {
 namespace {
@@ -61,41 +59,14 @@ ACCEL kSceneKeys[] = {
     {kPlain, 'G', CMD_VIEW_GRID},
 };
 
-const std::vector<FileFilter> kSceneFilters = {{"Kiln scenes (*.kiln)", "*.kiln"},
-                                               {"All files (*.*)", "*.*"}};
-
-std::vector<FileFilter> filtersOf(const std::vector<kiln::FileKind>& kinds) {
-    std::vector<FileFilter> filters;
-    for (const kiln::FileKind& kind : kinds) {
-        std::string pattern;
-        for (const std::string& extension : kind.extensions)
-            pattern += (pattern.empty() ? "*." : ";*.") + extension;
-        filters.push_back({kind.description + " (" + pattern + ")", pattern});
-    }
-    return filters;
-}
-
-std::string grouped(std::size_t number) {
-    std::string text = std::to_string(number);
-    for (std::size_t at = text.size(); at > 3; at -= 3) text.insert(at - 3, 1, ',');
-    return text;
-}
-
-std::string counted(std::size_t number, const char* one, const char* many) {
-    return grouped(number) + " " + (number == 1 ? one : many);
-}
-
-std::string secondsSince(std::chrono::steady_clock::time_point start) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.2f s",
-                  std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
-    return text;
-}
-
 }  // namespace
 
 MainWindow::MainWindow(kiln::Core& core)
-    : core_(core), host_(core.hostInterface()), scriptLine_(host_), viewport_(*this) {
+    : core_(core),
+      host_(core.hostInterface()),
+      scriptLine_(host_),
+      files_(*this, core, *this),
+      viewport_(*this) {
     script::addAttributeVerbs(scriptLine_.engine());
     fileKeys_ = ::CreateAcceleratorTableW(kFileKeys, static_cast<int>(std::size(kFileKeys)));
     sceneKeys_ = ::CreateAcceleratorTableW(kSceneKeys, static_cast<int>(std::size(kSceneKeys)));
@@ -322,6 +293,11 @@ const SceneModel& MainWindow::sceneToDraw() {
     return feed_.model();
 }
 
+std::span<INode* const> MainWindow::shownNodes() {
+    sceneToDraw();
+    return feed_.nodes();
+}
+
 void MainWindow::redrawScene() {
     sceneStale_ = true;
     viewport_.redraw();
@@ -382,9 +358,7 @@ void MainWindow::OnTimer(UINT_PTR id) {
 }
 
 void MainWindow::refreshTitle() {
-    std::string name = fileName(path_);
-    if (name.empty()) name = sourceName_.empty() ? "Untitled" : sourceName_ + " (imported)";
-    const std::string title = name + (core_.isModified() ? " *" : "") + " - " + kProgramName;
+    const std::string title = files_.title() + " - " + kProgramName;
     if (Text() != title) SetText(title);
 }
 
@@ -440,22 +414,22 @@ bool MainWindow::OnCommand(int id, UINT code, HWND control) {
 bool MainWindow::runFile(int command) {
     switch (command) {
         case CMD_FILE_NEW:
-            newScene();
+            files_.newScene();
             return true;
         case CMD_FILE_OPEN:
-            open();
+            files_.open();
             return true;
         case CMD_FILE_SAVE:
-            save();
+            files_.save();
             return true;
         case CMD_FILE_SAVE_AS:
-            saveAs();
+            files_.saveAs();
             return true;
         case CMD_FILE_IMPORT:
-            import();
+            files_.import();
             return true;
         case CMD_FILE_EXPORT:
-            exportScene();
+            files_.exportScene();
             return true;
         case CMD_FILE_EXIT:
             Post(WM_CLOSE);
@@ -471,32 +445,34 @@ bool MainWindow::runFile(int command) {
 bool MainWindow::runEdit(int command) {
     switch (command) {
         case CMD_EDIT_SELECT_ALL:
-            selectAll();
+            selectAll(host_, shownNodes());
             return true;
         case CMD_EDIT_SELECT_NONE:
             host_.ClearNodeSelection();
             return true;
         case CMD_EDIT_SELECT_INVERT:
-            invertSelection();
+            invertSelection(host_, shownNodes());
             return true;
         case CMD_EDIT_HIDE:
-            hideSelected();
-            return true;
+            hideSelected(host_);
+            break;
         case CMD_EDIT_UNHIDE_ALL:
-            unhideAll();
-            return true;
+            unhideAll(host_);
+            break;
         case CMD_EDIT_GROUP:
-            groupSelected();
-            return true;
+            groupSelected(host_);
+            break;
         case CMD_EDIT_UNGROUP:
-            ungroupSelected();
-            return true;
+            ungroupSelected(host_);
+            break;
         case CMD_EDIT_DELETE:
             deleteSelected();
             return true;
         default:
             return false;
     }
+    redrawScene();
+    return true;
 }
 
 bool MainWindow::runView(int command) {
@@ -538,215 +514,29 @@ bool MainWindow::runView(int command) {
     return true;
 }
 
-void MainWindow::showFailure(const std::string& what, const std::string& path,
-                             const std::string& reason) {
-    ShowMessage(what + "\n\n" + path + "\n\n" + reason, MB_OK | MB_ICONERROR, kProgramName);
-}
-
-bool MainWindow::mayLoseScene() {
-    if (!core_.isModified()) return true;
-    const std::string name = !path_.empty()        ? fileName(path_)
-                             : sourceName_.empty() ? "the scene"
-                                                   : "the scene imported from " + sourceName_;
-    switch (ShowMessage("Save the changes to " + name + " first?", MB_YESNOCANCEL | MB_ICONQUESTION,
-                        kProgramName)) {
-        case IDYES:
-            return save();
-        case IDNO:
-            return true;
-        default:
-            return false;
-    }
-}
-
 void MainWindow::OnClose() {
-    if (mayLoseScene()) DestroyWindow();
+    if (files_.mayLoseScene()) DestroyWindow();
 }
 
-void MainWindow::newScene() {
-    if (!mayLoseScene()) return;
-    core_.newScene();
-    path_.clear();
-    sourceName_.clear();
-    viewport_.viewAll();
-}
-
-void MainWindow::open() {
-    if (!mayLoseScene()) return;
-    std::vector<FileFilter> filters = kSceneFilters;
-    const std::vector<FileFilter> foreign = filtersOf(core_.importKinds());
-    filters.insert(filters.begin() + 1, foreign.begin(), foreign.end());
-    const auto path = askOpenFile(Handle(), "Open", filters);
-    if (!path) return;
-    std::string summary;
-    const kiln::Status status = openFile(*path, summary);
-    if (!status.ok()) showFailure("The file could not be opened.", *path, status.message());
-}
-
-kiln::Status MainWindow::openFile(const std::string& path, std::string& summary) {
-    const CWaitCursor wait;
-    const auto start = std::chrono::steady_clock::now();
-    kiln::Status status;
-    if (hasExtension(path, "kiln")) {
-        status = core_.loadScene(path);
-        if (!status.ok()) return status;
-        path_ = path;
-        sourceName_.clear();
-        summary =
-            "opened " + counted(static_cast<std::size_t>(host_.GetNodeCount()), "node", "nodes");
-    } else {
-        core_.newScene();
-        path_.clear();
-        sourceName_.clear();
-        status = importInto(path, summary);
-        if (!status.ok()) return status;
-        sourceName_ = fileName(path);
-    }
-    print("-- " + fileName(path) + ": " + summary + " in " + secondsSince(start));
+void MainWindow::sceneReplaced() {
     viewport_.viewAll();
     refreshFrame();
-    return status;
 }
 
-kiln::Status MainWindow::importInto(const std::string& path, std::string& summary) {
-    const std::string name = fileName(path);
-    int shown = -1;
-    const kiln::ImportResult result =
-        core_.importFile(path, [&](double fraction, const char* what) {
-            const int percent = static_cast<int>(fraction * 100);
-            if (percent != shown) {
-                shown = percent;
-                status_.setText(StatusBar::kMessage, "Importing " + name + ": " +
-                                                         std::to_string(percent) + " % " +
-                                                         (what ? what : "") + " (Esc cancels)");
-                status_.Update();
-            }
-            return (::GetAsyncKeyState(VK_ESCAPE) & 0x8000) == 0 ||
-                   ::GetForegroundWindow() != Handle();
-        });
-    status_.setText(StatusBar::kMessage, prompt_);
-    if (result.ok()) {
-        summary = result.message;
-        return {};
-    }
-    if (result.code == IMPEXP_CANCEL) return kiln::Status::failure("The import was cancelled.");
-    return kiln::Status::failure(result.message.empty() ? "The importer gave no reason."
-                                                        : result.message);
-}
-
-void MainWindow::import() {
-    const auto path = askOpenFile(Handle(), "Import", filtersOf(core_.importKinds()));
-    if (!path) return;
-    const CWaitCursor wait;
-    std::string summary;
-    const kiln::Status status = importInto(*path, summary);
-    if (!status.ok())
-        return showFailure("The file could not be imported.", *path, status.message());
-    print("-- " + fileName(*path) + ": " + summary);
-    viewport_.viewAll();
-}
-
-void MainWindow::exportScene() {
-    const std::vector<kiln::FileKind> kinds = core_.exportKinds();
-    if (kinds.empty() || kinds.front().extensions.empty()) return;
-    const auto path = askSaveFile(Handle(), "Export", filtersOf(kinds),
-                                  kinds.front().extensions.front(), baseName(path_));
-    if (!path) return;
-    const CWaitCursor wait;
-    const kiln::ImportResult result = core_.exportFile(*path);
-    if (!result.ok()) return showFailure("The file could not be exported.", *path, result.message);
-    print("-- " + fileName(*path) + ": " + result.message);
-}
-
-bool MainWindow::save() {
-    return path_.empty() ? saveAs() : saveTo(path_);
-}
-
-bool MainWindow::saveAs() {
-    const std::string name = baseName(path_.empty() ? sourceName_ : path_);
-    const auto path = askSaveFile(Handle(), "Save As", kSceneFilters, "kiln", name);
-    return path && saveTo(*path);
-}
-
-bool MainWindow::saveTo(const std::string& path) {
-    const CWaitCursor wait;
-    const kiln::Status status = core_.saveScene(path);
-    if (!status.ok()) {
-        showFailure("The scene could not be saved.", path, status.message());
-        return false;
-    }
-    path_ = path;
-    print("-- saved " + fileName(path));
-    refreshFrame();
-    return true;
-}
-
-// ---------------------------------------------------------------- editing
-
-std::vector<INode*> MainWindow::selectedNodes() const {
-    std::vector<INode*> nodes;
-    for (int i = 0; i < host_.GetSelNodeCount(); ++i) nodes.push_back(host_.GetSelNode(i));
-    return nodes;
-}
-
-void MainWindow::selectAll() {
-    const auto items = static_cast<ItemIndex>(sceneToDraw().items().size());
-    for (ItemIndex i = 0; i < items; ++i) host_.SelectNode(feed_.nodeOf(i), false);
-}
-
-void MainWindow::invertSelection() {
-    const auto items = static_cast<ItemIndex>(sceneToDraw().items().size());
-    for (ItemIndex i = 0; i < items; ++i) {
-        INode* node = feed_.nodeOf(i);
-        if (node->Selected())
-            host_.DeSelectNode(node);
-        else
-            host_.SelectNode(node, false);
-    }
-}
-
-void MainWindow::hideSelected() {
-    for (INode* node : selectedNodes()) node->Hide(true);
-    host_.ClearNodeSelection();
-    redrawScene();
-}
-
-void MainWindow::unhideAll() {
-    std::vector<INode*> open{host_.GetRootNode()};
-    while (!open.empty()) {
-        INode* node = open.back();
-        open.pop_back();
-        if (node->IsHidden()) node->Hide(false);
-        for (int i = 0; i < node->NumberOfChildren(); ++i) open.push_back(node->GetChildNode(i));
-    }
-    redrawScene();
-}
-
-void MainWindow::groupSelected() {
-    Tab<INode*> nodes;
-    for (INode* node : selectedNodes()) nodes.Append(1, &node);
-    INode* head = host_.GroupNodes(nodes);
-    if (head) host_.SelectNode(head);
-    redrawScene();
-}
-
-void MainWindow::ungroupSelected() {
-    for (INode* node : selectedNodes())
-        if (host_.IsNodeInScene(node) && node->IsGroupHead()) host_.UngroupNode(node);
-    redrawScene();
+void MainWindow::showProgress(const std::string& text) {
+    status_.setText(StatusBar::kMessage, text.empty() ? prompt_ : text);
+    status_.Update();
 }
 
 void MainWindow::deleteSelected() {
-    const std::vector<INode*> nodes = selectedNodes();
+    const std::vector<INode*> nodes = selectedNodes(host_);
     if (nodes.empty()) return;
     const std::string what = nodes.size() == 1 ? std::string("\"") + nodes.front()->GetName() + "\""
                                                : counted(nodes.size(), "", "selected nodes");
     if (ShowMessage("Delete " + what + " and everything below? This cannot be undone.",
                     MB_OKCANCEL | MB_ICONWARNING, kProgramName) != IDOK)
         return;
-    // A node may have gone with one above it.
-    for (INode* node : nodes)
-        if (host_.IsNodeInScene(node)) host_.DeleteNode(node);
+    deleteNodes(host_, nodes);
     redrawScene();
 }
 

@@ -5,18 +5,23 @@
 #include "../ui/scriptpane.h"
 #include "../ui/statusbar.h"
 #include "../ui/viewport.h"
+#include "scenefiles.h"
 
 #include <workbench/scenefeed.h>
 #include <workbench/scriptline.h>
 
 #include <kiln/host/host.h>
 
+#include <span>
 #include <string>
 #include <vector>
 
 namespace workbench {
 
-class MainWindow : public CWnd, public ViewportClient, public kiln::HostWindow {
+class MainWindow : public CWnd,
+                   public ViewportClient,
+                   public SceneFilesClient,
+                   public kiln::HostWindow {
 public:
     explicit MainWindow(kiln::Core& core);
     ~MainWindow() override;
@@ -26,14 +31,8 @@ public:
 
     /// Lists the utilities of the modules that are loaded now.
     void listUtilities();
-    /// Opens a .kiln scene, or imports any other file into an empty scene. On failure the scene is
-    /// as it was or empty, and the message says why. On success it is the importer's summary or,
-    /// for a scene file, a line of our own.
-    kiln::Status openFile(const std::string& path, std::string& summary);
-    /// Tells the user about a failure, in a message box.
-    void showFailure(const std::string& what, const std::string& path, const std::string& reason);
     /// Adds a line to the script log.
-    void print(const std::string& line) { script_.print(line); }
+    void print(const std::string& line) override { script_.print(line); }
 
     /// The utility with this class name, or null.
     ClassDesc* utilityNamed(const std::string& name) const;
@@ -42,6 +41,7 @@ public:
 
     CommandPanel& panel() { return panel_; }
     Viewport& viewport() { return viewport_; }
+    SceneFiles& files() { return files_; }
     kiln::Core& core() { return core_; }
     /// Selects the node with the tallest surface, as a click on it would; false without one.
     bool selectTallest();
@@ -86,25 +86,14 @@ private:
     bool runEdit(int command);
     bool runView(int command);
 
-    void newScene();
-    void open();
-    bool save();
-    bool saveAs();
-    bool saveTo(const std::string& path);
-    void import();
-    void exportScene();
-    kiln::Status importInto(const std::string& path, std::string& summary);
-    /// False when the user would rather keep the scene that has changed.
-    bool mayLoseScene();
+    // SceneFilesClient
+    void sceneReplaced() override;
+    void fileChanged() override { refreshFrame(); }
+    void showProgress(const std::string& text) override;
 
-    void selectAll();
-    void invertSelection();
-    void hideSelected();
-    void unhideAll();
-    void groupSelected();
-    void ungroupSelected();
     void deleteSelected();
-    std::vector<INode*> selectedNodes() const;
+    /// The nodes that are not hidden.
+    std::span<INode* const> shownNodes();
     void redrawScene();
 
     static void onNotify(void* self, NotifyInfo* info);
@@ -121,6 +110,7 @@ private:
     Interface& host_;
     SceneFeed feed_;
     ScriptLine scriptLine_;
+    SceneFiles files_;
     bool sceneStale_ = true;
     bool selectionStale_ = false;
     bool refreshPosted_ = false;
@@ -130,8 +120,6 @@ private:
     ScriptPane script_;
     StatusBar status_;
 
-    std::string path_;        // of the scene file; empty for one that has none yet
-    std::string sourceName_;  // what the scene was imported from, for the title
     std::string prompt_;
     std::vector<ClassDesc*> utilities_;
     int scriptHeight_ = 0;

@@ -178,7 +178,7 @@ kiln::Status Walk::shot(const char* name) {
 }
 
 kiln::Status Walk::openFile() {
-    const kiln::Status status = window_.openFile(file_, summary_);
+    const kiln::Status status = window_.files().openFile(file_, summary_);
     if (status.ok()) say("    " + summary_);
     return status;
 }

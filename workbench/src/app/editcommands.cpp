@@ -1,0 +1,56 @@
+#include "editcommands.h"
+
+namespace workbench {
+
+std::vector<INode*> selectedNodes(Interface& host) {
+    std::vector<INode*> nodes;
+    for (int i = 0; i < host.GetSelNodeCount(); ++i) nodes.push_back(host.GetSelNode(i));
+    return nodes;
+}
+
+void selectAll(Interface& host, std::span<INode* const> shown) {
+    for (INode* node : shown) host.SelectNode(node, false);
+}
+
+void invertSelection(Interface& host, std::span<INode* const> shown) {
+    for (INode* node : shown) {
+        if (node->Selected())
+            host.DeSelectNode(node);
+        else
+            host.SelectNode(node, false);
+    }
+}
+
+void hideSelected(Interface& host) {
+    for (INode* node : selectedNodes(host)) node->Hide(true);
+    host.ClearNodeSelection();
+}
+
+void unhideAll(Interface& host) {
+    std::vector<INode*> open{host.GetRootNode()};
+    while (!open.empty()) {
+        INode* node = open.back();
+        open.pop_back();
+        if (node->IsHidden()) node->Hide(false);
+        for (int i = 0; i < node->NumberOfChildren(); ++i) open.push_back(node->GetChildNode(i));
+    }
+}
+
+void groupSelected(Interface& host) {
+    Tab<INode*> nodes;
+    for (INode* node : selectedNodes(host)) nodes.Append(1, &node);
+    if (INode* head = host.GroupNodes(nodes)) host.SelectNode(head);
+}
+
+void ungroupSelected(Interface& host) {
+    for (INode* node : selectedNodes(host))
+        if (host.IsNodeInScene(node) && node->IsGroupHead()) host.UngroupNode(node);
+}
+
+void deleteNodes(Interface& host, std::span<INode* const> nodes) {
+    // A node may have gone with one above it.
+    for (INode* node : nodes)
+        if (host.IsNodeInScene(node)) host.DeleteNode(node);
+}
+
+}  // namespace workbench
