@@ -1,9 +1,10 @@
+#include "../support/temporaryfolder.h"
+
 #include <diagnostics/log.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -30,35 +31,29 @@ protected:
         const char* drive = std::getenv("SystemDrive");
         had_ = drive != nullptr;
         if (had_) drive_ = drive;
-        folder_ = std::filesystem::temp_directory_path() /
-                  (std::string("tessera-") +
-                   testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::remove_all(folder_);
-        std::filesystem::create_directories(folder_);
-        setSystemDrive(folder_.string().c_str());
+        setSystemDrive(folder_.path().string().c_str());
     }
 
     void TearDown() override {
         setSystemDrive(had_ ? drive_.c_str() : nullptr);
-        std::filesystem::remove_all(folder_);
-        std::remove((folder_.string() + "\\Aviary.log").c_str());
+        std::remove((folder_.path().string() + "\\Aviary.log").c_str());
     }
 
     /// The log is the drive's value followed by "\Aviary.log", whatever a backslash means here.
     std::string content() const {
-        std::ifstream file(folder_.string() + "\\Aviary.log");
+        std::ifstream file(folder_.path().string() + "\\Aviary.log");
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    std::filesystem::path folder_;
+    const TemporaryFolder folder_{u8"tessera-log-"};
     std::string drive_;
     bool had_ = false;
 };
 
 TEST_F(LogTest, AppendsEveryFailureAsOneLineAndKeepsWhatWasThere) {
     EXPECT_EQ(log("earlier %d\n", 7), 10);
-    EXPECT_FALSE(guarded("avfltpanel", 523, false,
-                         []() -> bool { throw AviaryAssertion("fltgroup", 61); }));
+    EXPECT_FALSE(
+        guarded("avfltpanel", 523, false, []() -> bool { throw AviaryAssertion("fltgroup", 61); }));
     EXPECT_EQ(guarded("avfltpanel", 483, -1, []() -> int { throw std::runtime_error("no"); }), -1);
     EXPECT_EQ(guarded("avfltpanel", 483, -1, []() -> int { throw 5; }), -1);
     EXPECT_EQ(guarded("avfltpanel", 483, -1, [] { return 12; }), 12);
@@ -70,7 +65,7 @@ TEST_F(LogTest, AppendsEveryFailureAsOneLineAndKeepsWhatWasThere) {
 }
 
 TEST_F(LogTest, LosesTheLineSilentlyWhereNothingCanBeWritten) {
-    setSystemDrive((folder_ / "missing" / "deeper").string().c_str());
+    setSystemDrive((folder_.path() / "missing" / "deeper").string().c_str());
     EXPECT_EQ(log("lost\n"), 0);
 }
 

@@ -1,4 +1,5 @@
 // The caption library is not there. A program of its own, since the table is built only once.
+#include "../support/temporaryfolder.h"
 #include "attrscene.h"
 
 #include <fltkilnutil/captions.h>
@@ -23,9 +24,8 @@ void setLogFolder(const std::filesystem::path& folder) {
 }
 
 TEST_F(MissingCaptions, NoNodeHasAttributesAndOneLineIsLogged) {
-    const auto folder = std::filesystem::temp_directory_path() / "tessera-missing-captions";
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directories(folder);
+    const TemporaryFolder temporary(u8"tessera-log-");
+    const std::filesystem::path& folder = temporary.path();
     setLogFolder(folder);
 #ifdef _WIN32
     kiln::Core::get()->setDirectory(KILN_PLUGIN_DIR, folder.string());
@@ -46,7 +46,6 @@ TEST_F(MissingCaptions, NoNodeHasAttributesAndOneLineIsLogged) {
         EXPECT_EQ(content, "Attribute captions not found: FltKilnUtilRes.dll\n");
     }
     std::filesystem::remove(logPath);
-    std::filesystem::remove_all(folder);
 }
 
 }  // namespace

@@ -87,7 +87,7 @@ TEST(CheckTest, HoldsMasksAgainstTheSwitchesChildren) {
 
 TEST(CheckTest, CannotReadWhatIsNotThere) {
     const Folder folder;
-    const Outcome outcome = runTool({"check", folder.text("missing.flt")});
+    const Outcome outcome = runTool({"check", folder.file("missing.flt")});
     EXPECT_EQ(outcome.code, 2);
     EXPECT_EQ(outcome.out, "");
     EXPECT_THAT(outcome.error, testing::StartsWith("fltool: cannot read "));

@@ -22,16 +22,16 @@ json contentsOf(const std::string& file) {
 TEST(ConvertTest, KeepsWhatItNeedNotChange) {
     const Folder folder;
     const std::string airport = folder.writeAirport();
-    const Outcome outcome = runTool({"convert", airport, folder.text("same.flt")});
+    const Outcome outcome = runTool({"convert", airport, folder.file("same.flt")});
     EXPECT_EQ(outcome.code, 0) << outcome.error;
     EXPECT_THAT(outcome.out,
                 testing::AllOf(testing::HasSubstr(" records written at revision 1580, "),
                                testing::HasSubstr(" copied ")));
     EXPECT_EQ(folder.read("same.flt"), folder.read("airport.flt"));
 
-    ASSERT_EQ(runTool({"convert", airport, folder.text("1510.flt"), "--revision", "1510"}).code, 0);
+    ASSERT_EQ(runTool({"convert", airport, folder.file("1510.flt"), "--revision", "1510"}).code, 0);
     json expected = contentsOf(airport);
-    json actual = contentsOf(folder.text("1510.flt"));
+    json actual = contentsOf(folder.file("1510.flt"));
     // The older header has no room for these.
     for (const char* field : {"deltaZ", "radius", "earthMajorAxis", "earthMinorAxis", "utmZone",
                               "nextMeshId", "nextLightPointSystemId"}) {
@@ -39,7 +39,7 @@ TEST(ConvertTest, KeepsWhatItNeedNotChange) {
         actual[0]["fields"].erase(field);
     }
     EXPECT_EQ(actual, expected);
-    EXPECT_EQ(runTool({"check", folder.text("1510.flt")}).out, "");
+    EXPECT_EQ(runTool({"check", folder.file("1510.flt")}).out, "");
 }
 
 TEST(ConvertTest, WritesEachRecordAtTheNewRevision) {
@@ -51,7 +51,7 @@ TEST(ConvertTest, WritesEachRecordAtTheNewRevision) {
         "03E7 0006 0102 "  // unknown, of a length that padding would change
         "0060 001C 00:12 00000000 40000000 40000000 "  // a switch that cannot be decoded
         "001F 000C 'hi':8";
-    ASSERT_EQ(runTool({"convert", folder.write("in.flt", source), folder.text("out.flt"),
+    ASSERT_EQ(runTool({"convert", folder.write("in.flt", source), folder.file("out.flt"),
                        "--revision", "1420"})
                   .code,
               0);
@@ -71,7 +71,7 @@ TEST(ConvertTest, MayReplaceItsInput) {
     const std::string file = folder.write("in.flt", kHeader + "000A 0004 000B 0004");
     ASSERT_EQ(runTool({"convert", file, file, "--revision", "1540"}).code, 0);
     EXPECT_EQ(folder.read("in.flt").size(), 288U);
-    EXPECT_EQ(folder.count(), 1U);
+    EXPECT_EQ(folder.fileCount(), 1U);
 }
 
 TEST(ConvertTest, LeavesNothingHalfDone) {
@@ -80,13 +80,13 @@ TEST(ConvertTest, LeavesNothingHalfDone) {
     const std::string damaged = folder.write("damaged.flt", kHeader + "0002 0020 00:28 0002 0020");
     const std::string headless = folder.write("headless.flt", "0002 0020 00:28");
     const std::string output = folder.write("out.flt", "0102");
-    std::filesystem::create_directories(folder.path("folder"));
+    std::filesystem::create_directories(folder.path() / "folder");
     const std::vector<std::string> refused[] = {
         {"convert", damaged, output},
         {"convert", headless, output},
-        {"convert", folder.text("missing.flt"), output},
-        {"convert", good, folder.text("folder")},
-        {"convert", good, folder.text("nowhere/out.flt")},
+        {"convert", folder.file("missing.flt"), output},
+        {"convert", good, folder.file("folder")},
+        {"convert", good, folder.file("nowhere/out.flt")},
         {"convert", good, output, "--revision", "1419"},
         {"convert", good, output, "--revision", "1581"},
     };
@@ -95,7 +95,7 @@ TEST(ConvertTest, LeavesNothingHalfDone) {
         EXPECT_EQ(outcome.code, 2) << arguments[1];
         EXPECT_THAT(outcome.error, IsOneErrorLine());
         EXPECT_EQ(toHex(folder.read("out.flt")), "01 02") << arguments[1];
-        EXPECT_EQ(folder.count(), 5U) << arguments[1];
+        EXPECT_EQ(folder.fileCount(), 5U) << arguments[1];
     }
 }
 

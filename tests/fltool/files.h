@@ -2,68 +2,33 @@
 #pragma once
 
 #include "../quillon/support.h"
+#include "../support/temporaryfolder.h"
 
 #include "airport.h"
 #include "commandline.h"
 
 #include <gmock/gmock.h>
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
 
-/// A folder of its own, gone with the object. Its name holds more than ASCII.
-class Folder {
+/// A folder that can be given files for the program.
+class Folder : public TemporaryFolder {
 public:
-    Folder() {
-        path_ = std::filesystem::temp_directory_path() /
-                (u8"fltool \u673a\u573a " + suffix(std::random_device{}()));
-        std::filesystem::create_directories(path_);
-    }
-    ~Folder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    std::filesystem::path path(const char* name) const { return path_ / name; }
-    /// The path of `name` in UTF-8.
-    std::string text(const char* name) const {
-        const std::u8string utf8 = path(name).u8string();
-        return {utf8.begin(), utf8.end()};
-    }
-    std::string write(const char* name, const Bytes& bytes) const {
-        std::ofstream(path(name), std::ios::binary)
-            .write(reinterpret_cast<const char*>(bytes.data()),
-                   static_cast<std::streamsize>(bytes.size()));
-        return text(name);
-    }
+    using TemporaryFolder::write;
     std::string write(const char* name, std::string_view words) const {
         return write(name, hex(words));
     }
     Bytes read(const char* name) const {
-        std::ifstream file(path(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
+        std::ifstream bytes(path() / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(bytes), {}};
     }
     std::string writeAirport() const {
-        EXPECT_TRUE(samples::writeScene(samples::makeAirport(), text("airport.flt")));
-        return text("airport.flt");
+        EXPECT_TRUE(samples::writeScene(samples::makeAirport(), file("airport.flt")));
+        return file("airport.flt");
     }
-    std::size_t count() const {
-        return static_cast<std::size_t>(
-            std::distance(std::filesystem::directory_iterator(path_), {}));
-    }
-
-private:
-    static std::u8string suffix(unsigned number) {
-        const std::string digits = std::to_string(number);
-        return {digits.begin(), digits.end()};
-    }
-
-    std::filesystem::path path_;
 };
+;
 
 /// One line of an error, as every failure of the tool ends in.
 MATCHER(IsOneErrorLine, "") {

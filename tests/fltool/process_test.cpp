@@ -30,9 +30,9 @@ TEST(ProcessTest, TakesPathsBeyondAsciiAndGivesTheExitCode) {
     const Folder folder;
     folder.write("good.flt", kHeader);
     folder.write("bad.flt", kHeader + "000A 0004");
-    EXPECT_EQ(exitCodeOf("check", folder.path("good.flt")), 0);
-    EXPECT_EQ(exitCodeOf("check", folder.path("bad.flt")), 1);
-    EXPECT_EQ(exitCodeOf("check", folder.path("missing.flt")), 2);
+    EXPECT_EQ(exitCodeOf("check", folder.path() / "good.flt"), 0);
+    EXPECT_EQ(exitCodeOf("check", folder.path() / "bad.flt"), 1);
+    EXPECT_EQ(exitCodeOf("check", folder.path() / "missing.flt"), 2);
 }
 
 TEST(CommandLineTest, HelpsAndRefusesInOneLine) {

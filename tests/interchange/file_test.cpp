@@ -1,13 +1,11 @@
 // Files on disk, through the plug-in's exports, with Aviary listening.
+#include "../support/temporaryfolder.h"
 #include "../tessera_core/recordingbrowser.h"
 #include "fltbytes.h"
 #include "importscene.h"
 
 #include <airport.h>
 #include <tessera/aviaryutil.h>
-
-#include <filesystem>
-#include <fstream>
 
 KILN_PLUGIN_EXPORT const char* LibDescription();
 KILN_PLUGIN_EXPORT int LibNumberClasses();
@@ -16,37 +14,21 @@ KILN_PLUGIN_EXPORT DWORD LibVersion();
 
 namespace {
 
-std::string utf8(const std::filesystem::path& path) {
-    const std::u8string text = path.u8string();
-    return {text.begin(), text.end()};
-}
-
 class FileTest : public ImportScene {
 protected:
     FileTest() {
-        std::filesystem::create_directories(folder);
         static const kiln::Status registered = kiln::registerModule(
             "FltInterchange", {&LibDescription, &LibNumberClasses, &LibClassDesc, &LibVersion});
         EXPECT_TRUE(registered.ok()) << registered.message();
         tessera::aviaryUtil().SetLastImport("");
     }
-    ~FileTest() override { std::filesystem::remove_all(folder); }
-
-    std::string write(const char8_t* name, std::span<const std::uint8_t> bytes) const {
-        std::ofstream file(folder / name, std::ios::binary);
-        file.write(reinterpret_cast<const char*>(bytes.data()),
-                   static_cast<std::streamsize>(bytes.size()));
-        return utf8(folder / name);
-    }
-
-    const std::filesystem::path folder =
-        std::filesystem::temp_directory_path() / "interchange_file_test";
+    const TemporaryFolder folder;
 };
 
 }  // namespace
 
 TEST_F(FileTest, ImportsThroughThePlugIn) {
-    const std::string path = write(u8"机场 one.flt", FltBytes("").group("a").group("b"));
+    const std::string path = folder.write(u8"机场 one.flt", FltBytes("").group("a").group("b"));
     const kiln::ImportResult result = core.importFile(path);
     EXPECT_TRUE(result.ok());
     EXPECT_EQ(result.message, "imported 3 nodes (2 groups, 1 header)");
@@ -58,7 +40,7 @@ TEST_F(FileTest, ImportsThroughThePlugIn) {
 TEST_F(FileTest, RefusesInOneSentence) {
     FltBytes cut = FltBytes().group("a");
     cut.vector().resize(340);
-    const kiln::ImportResult result = core.importFile(write(u8"cut.flt", cut));
+    const kiln::ImportResult result = core.importFile(folder.write(u8"cut.flt", cut));
     EXPECT_EQ(result.code, IMPEXP_FAIL);
     EXPECT_EQ(
         result.message,
@@ -66,13 +48,13 @@ TEST_F(FileTest, RefusesInOneSentence) {
     EXPECT_EQ(tree(), "");
     EXPECT_STREQ(tessera::aviaryUtil().GetLastImport(), "");
 
-    const kiln::ImportResult missing = core.importFile(utf8(folder / "missing.flt"));
+    const kiln::ImportResult missing = core.importFile(folder.file("missing.flt"));
     EXPECT_EQ(missing.code, IMPEXP_FAIL);
     EXPECT_NE(missing.message.find("missing.flt"), std::string::npos) << missing.message;
 }
 
 TEST_F(FileTest, ImportsTheSampleWhole) {
-    const std::string path = utf8(folder / "airport.flt");
+    const std::string path = folder.file("airport.flt");
     ASSERT_TRUE(samples::writeScene(samples::makeAirport(), path));
     const kiln::ImportResult result = core.importFile(path);
     EXPECT_EQ(result.message,

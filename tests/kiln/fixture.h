@@ -1,12 +1,13 @@
 // A host with an empty scene for each test.
 #pragma once
 
+#include "../support/temporaryfolder.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <kiln/host/host.h>
 
 #include <cstring>
-#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -82,35 +83,3 @@ inline double difference(const Matrix3& a, const Matrix3& b) {
         largest = std::max(largest, Length(a.GetRow(row) - b.GetRow(row)));
     return largest;
 }
-
-/// A folder of its own that goes with the test.
-class TemporaryFolder {
-public:
-    TemporaryFolder()
-        : path_(std::filesystem::temp_directory_path() /
-                ("kiln_test_" +
-                 std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()))) {
-        std::filesystem::remove_all(path_);
-        std::filesystem::create_directories(path_);
-    }
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::filesystem::path& path() const { return path_; }
-    /// UTF-8.
-    std::string file(const char8_t* name) const {
-        const std::u8string text = (path_ / name).u8string();
-        return std::string(text.begin(), text.end());
-    }
-    std::size_t fileCount() const {
-        return static_cast<std::size_t>(
-            std::distance(std::filesystem::directory_iterator(path_), {}));
-    }
-
-private:
-    std::filesystem::path path_;
-};

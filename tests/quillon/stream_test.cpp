@@ -1,3 +1,4 @@
+#include "../support/temporaryfolder.h"
 #include "support.h"
 
 #include <quillon/fltbsp.h>
@@ -16,7 +17,6 @@
 #include <quillon/flttext.h>
 #include <quillon/fltxref.h>
 
-#include <filesystem>
 #include <iterator>
 #include <stdexcept>
 #include <system_error>
@@ -192,16 +192,8 @@ TEST_F(StreamTest, WritesNowhereWithoutAFileOpenForWriting) {
 
 class StreamFileTest : public testing::Test {
 protected:
-    StreamFileTest() {
-        // A name that only UTF-8 carries.
-        path_ = std::filesystem::temp_directory_path() / u8"tessera-\u8DD1\u9053.flt";
-        const std::u8string text = path_.u8string();
-        name_.assign(text.begin(), text.end());
-    }
-    ~StreamFileTest() override { std::filesystem::remove(path_); }
-
-    std::filesystem::path path_;
-    std::string name_;
+    const TemporaryFolder folder_;
+    const std::string name_ = folder_.file(u8"\u8DD1\u9053.flt");
 };
 
 TEST_F(StreamFileTest, PutsTheFinalCountersIntoTheHeader) {

@@ -1,21 +1,11 @@
+#include "../support/temporaryfolder.h"
 #include "enginefixture.h"
-
-#include <filesystem>
-#include <fstream>
 
 using testing::HasSubstr;
 
 namespace {
 
-class HostVerbsTest : public EngineTest {
-protected:
-    /// A name for a file of this test, with "/" between folders.
-    static std::string temporary(const char* name) {
-        const auto path = std::filesystem::temp_directory_path() / name;
-        const std::u8string text = path.generic_u8string();
-        return std::string(text.begin(), text.end());
-    }
-};
+using HostVerbsTest = EngineTest;
 
 TEST_F(HostVerbsTest, MakesNodes) {
     good(
@@ -67,17 +57,17 @@ TEST_F(HostVerbsTest, SelectsHidesNamesAndMoves) {
 }
 
 TEST_F(HostVerbsTest, SavesAndOpensScenes) {
-    const std::string file = temporary("script_test_塔.kiln");
+    const TemporaryFolder folder;
+    const std::string file = folder.file(u8"塔.kiln");
     engine.setVariable("file", script::Value(file));
     good("createDummy \"kept\"; saveScene file; newScene()");
     EXPECT_EQ(good("objects.count"), "0");
     EXPECT_EQ(good("openScene file; objects"), "#($kept)");
-    engine.setVariable("pattern", script::Value(temporary("script_test_*.kiln")));
+    engine.setVariable("pattern", script::Value(folder.file("*.kiln")));
     EXPECT_EQ(good("getFiles pattern"), "#(\"" + file + "\")");
     EXPECT_THAT(bad("openScene \"no such file.kiln\""), HasSubstr("no such file.kiln"));
     EXPECT_THAT(bad("importFile \"scene.unknown\""), HasSubstr("test.ks:1:1: importFile: "));
     EXPECT_EQ(good("objects"), "#($kept)");
-    std::filesystem::remove(std::u8string(file.begin(), file.end()));
 }
 
 }  // namespace

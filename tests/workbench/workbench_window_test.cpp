@@ -1,5 +1,7 @@
 // Starts the built workbench without plug-ins and uses it as a person would: with the mouse, the
 // keyboard and the menu.
+#include "../support/temporaryfolder.h"
+
 #include <kiln/host/host.h>
 
 #include <framework/text.h>
@@ -63,8 +65,6 @@ private:
 class WorkbenchTest : public testing::Test {
 protected:
     void SetUp() override {
-        folder_ = std::filesystem::temp_directory_path() / "workbench_window_test";
-        std::filesystem::remove_all(folder_);
         std::filesystem::create_directories(folder_ / "plugins");
         scene_ = (folder_ / L"场景.kiln").wstring();
         makeScene(toUtf8(scene_));
@@ -78,7 +78,6 @@ protected:
             ::CloseHandle(process_.hThread);
         }
         output_.reset();
-        std::filesystem::remove_all(folder_);
     }
 
     // One box around the middle of the scene, so that the middle of the viewport shows it.
@@ -146,7 +145,8 @@ protected:
         return rollup ? ::GetWindow(rollup, GW_CHILD) : nullptr;
     }
 
-    std::filesystem::path folder_;
+    const TemporaryFolder temporary_;
+    const std::filesystem::path& folder_ = temporary_.path();
     std::wstring scene_;
     std::unique_ptr<OutputFile> output_;
     PROCESS_INFORMATION process_{};
