@@ -29,6 +29,9 @@ void interrupt(int) {
 struct Options {
     std::string expression;
     std::string scene;
+    std::string importPath;
+    std::string exportPath;
+    std::uint32_t revision = 0;
     std::string plugins;
     std::uint64_t maxSteps = 0;
     bool listVerbs = false;
@@ -43,6 +46,11 @@ struct Host {
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 };
+
+/// Whether an import or export is to go on.
+bool goOn(double, const char*) {
+    return interrupted == 0;
+}
 
 int complain(const std::string& what) {
     std::fflush(stdout);
@@ -80,10 +88,33 @@ void printResult(const script::Value& value) {
     std::printf("%s\n", value.printed().c_str());
 }
 
+/// Opens the scene and imports the file that the command line names; gives what failed, or nothing.
+std::string openFiles(kiln::Core& core, const Options& options) {
+    if (!options.scene.empty())
+        if (const kiln::Status status = core.loadScene(options.scene); !status)
+            return status.message();
+    if (options.importPath.empty()) return {};
+    const kiln::ImportResult result = core.importFile(options.importPath, goOn);
+    if (!result.ok()) return result.message;
+    std::printf("%s\n", result.message.c_str());
+    return {};
+}
+
+/// Exports to the file that the command line names; gives what failed, or nothing.
+std::string writeFiles(kiln::Core& core, const Options& options) {
+    if (options.exportPath.empty()) return {};
+    const DWORD version = static_cast<DWORD>(options.revision) << SCENE_EXPORT_VERSION_SHIFT;
+    const kiln::ImportResult result = core.exportFile(options.exportPath, version, goOn);
+    if (!result.ok()) return result.message;
+    std::printf("%s\n", result.message.c_str());
+    return {};
+}
+
 int runBatch(Options options) {
     Host host;
     for (const std::string& refusal : kilnbatch::loadPlugins(options.plugins)) complain(refusal);
-    const bool fromFile = options.expression.empty() && !options.listVerbs;
+    const bool fromFile =
+        options.expression.empty() && !options.words.empty() && !options.listVerbs;
     std::string text = options.expression;
     std::string name = "-e";
     if (fromFile) {
@@ -93,9 +124,8 @@ int runBatch(Options options) {
         if (!content) return complain(name + ": this script cannot be read");
         text = *content;
     }
-    if (!options.scene.empty())
-        if (const kiln::Status status = host.core.loadScene(options.scene); !status)
-            return complain(status.message());
+    if (const std::string failure = openFiles(host.core, options); !failure.empty())
+        return complain(failure);
     script::Engine engine;
     prepare(engine, options, options.words);
     if (options.listVerbs) {
@@ -105,10 +135,11 @@ int runBatch(Options options) {
     try {
         const script::Value value = engine.run(text, name);
         if (!fromFile) printResult(value);
-        return 0;
     } catch (const script::Error& error) {
         return complain(error.what());
     }
+    const std::string failure = writeFiles(host.core, options);
+    return failure.empty() ? 0 : complain(failure);
 }
 
 int runProgram(std::vector<std::string> words) {
@@ -118,6 +149,14 @@ int runProgram(std::vector<std::string> words) {
     app.add_option("-e", options.expression, "run TEXT instead of a file and print its value")
         ->type_name("TEXT");
     app.add_option("--scene", options.scene, "open this .kiln scene first")->type_name("FILE");
+    app.add_option("--import", options.importPath, "then import this file, such as A.flt")
+        ->type_name("FILE");
+    app.add_option("--export", options.exportPath, "export to this file when the script has ended")
+        ->type_name("FILE");
+    app.add_option("--revision", options.revision,
+                   "revision of the exported file, such as 1580; that of the scene by default")
+        ->type_name("N")
+        ->check(CLI::Range(0U, 0xFFFFU));
     app.add_option("--plugins", options.plugins,
                    "load plug-ins from here instead of the folder \"plugins\" beside the program")
         ->type_name("FOLDER");
@@ -129,13 +168,14 @@ int runProgram(std::vector<std::string> words) {
         ->type_name("SCRIPT [ARGUMENT...]");
     app.positionals_at_end(false);
     app.footer(
-        "Exit status: 0 when the script ran to its end, 1 when an error ended it, another "
+        "Exit status: 0 when all of it was done, 1 when an error ended it, another "
         "one\nfor a command line that is not understood.");
     try {
         std::reverse(words.begin(), words.end());
         app.parse(std::move(words));
-        if (options.expression.empty() && options.words.empty() && !options.listVerbs)
-            throw CLI::RequiredError("A script or -e");
+        if (options.expression.empty() && options.words.empty() && !options.listVerbs &&
+            options.exportPath.empty())
+            throw CLI::RequiredError("A script, -e or --export");
     } catch (const CLI::ParseError& error) {
         return app.exit(error);
     }

@@ -1,4 +1,5 @@
-// The exports of FltInterchange.dli, through which the host finds the importer.
+// The exports of FltInterchange.dli, through which the host finds the importer and the exporter.
+#include <interchange/export.h>
 #include <interchange/import.h>
 
 #include <kiln/kiln.h>
@@ -21,6 +22,21 @@ public:
     }
 };
 
+class FltSceneExport final : public SceneExport {
+public:
+    int ExtCount() override { return 1; }
+    const char* Ext(int index) override { return index == 0 ? "flt" : ""; }
+    const char* ShortDesc() override { return "OpenFlight"; }
+
+    int DoExport(const char* path, ImpExpReport& report, Interface* ip, DWORD options) override {
+        if (ip == nullptr) return IMPEXP_FAIL;
+        interchange::ExportOptions chosen;
+        chosen.revision = options >> SCENE_EXPORT_VERSION_SHIFT;
+        chosen.selectedOnly = (options & SCENE_EXPORT_SELECTED) != 0;
+        return interchange::exportFile(path, chosen, report, *ip);
+    }
+};
+
 class FltSceneImportDesc final : public ClassDesc2 {
 public:
     bool IsPublic() override { return true; }
@@ -33,6 +49,18 @@ public:
     const char* Category() override { return ""; }
 };
 
+class FltSceneExportDesc final : public ClassDesc2 {
+public:
+    bool IsPublic() override { return true; }
+    void* Create(bool) override {
+        return static_cast<SceneExport*>(new (std::nothrow) FltSceneExport);
+    }
+    const char* ClassName() override { return "OpenFlight"; }
+    SClass_ID SuperClassID() override { return SCENE_EXPORT_CLASS_ID; }
+    Class_ID ClassID() override { return {0x51D8A2C4, 0x7B30E61B}; }
+    const char* Category() override { return ""; }
+};
+
 }  // namespace
 
 KILN_PLUGIN_EXPORT const char* LibDescription() {
@@ -40,12 +68,14 @@ KILN_PLUGIN_EXPORT const char* LibDescription() {
 }
 
 KILN_PLUGIN_EXPORT int LibNumberClasses() {
-    return 1;
+    return 2;
 }
 
 KILN_PLUGIN_EXPORT ClassDesc* LibClassDesc(int index) {
     static FltSceneImportDesc importer;
-    return index == 0 ? &importer : nullptr;
+    static FltSceneExportDesc exporter;
+    if (index == 0) return &importer;
+    return index == 1 ? &exporter : nullptr;
 }
 
 KILN_PLUGIN_EXPORT DWORD LibVersion() {

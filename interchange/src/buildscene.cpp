@@ -3,7 +3,12 @@
 #include <interchange/triangulator.h>
 
 #include "colors.h"
+#include "kept.h"
 #include "lights.h"
+#include "names.h"
+#include "opcodes.h"
+#include "transforms.h"
+#include "vertices.h"
 
 #include <fltkilnutil/kilnflt.h>
 #include <kiln/kiln.h>
@@ -27,19 +32,20 @@ namespace interchange {
 
 namespace {
 
-constexpr std::size_t kIdOffset = 4;
-constexpr std::size_t kIdLength = 8;
 constexpr std::size_t kBody = 4;
 
-/// What one comment record of the node can hold, with room for its header and padding.
-constexpr std::size_t kLongestComment = 65'500;
+/// The longest record that can be padded to a multiple of 8.
+constexpr std::size_t kLongestPadded = 0xFFF8;
 
-bool hasId(std::uint16_t kind) {
-    return kind != kFltExternalRef && kind != kFltInstanceRef && kind != kFltInstanceDef;
-}
-
-FileBytes bodyOf(FileBytes bytes, std::uint32_t record) {
-    return recordAt(bytes, record).subspan(kBody);
+/// Whether `record` says what `written`, which knows only the fields of our own, says; zeros at the
+/// end say nothing.
+bool saysNoMore(FileBytes record, FileBytes written) {
+    const std::size_t common = std::min(record.size(), written.size());
+    const auto isZero = [](std::uint8_t byte) { return byte == 0; };
+    return std::ranges::equal(record.first(common).subspan(kBody),
+                              written.first(common).subspan(kBody)) &&
+           std::ranges::all_of(record.subspan(common), isZero) &&
+           std::ranges::all_of(written.subspan(common), isZero);
 }
 
 struct DeleteThis {
@@ -81,9 +87,9 @@ private:
     }
 
     void makeNode(const OutlineNode& source, const std::string& databaseName) {
-        FltRecord& record = readRecord(source);
-        const std::string name =
-            source.kind == kFltHeader ? headerName(source, databaseName) : nodeName(source);
+        const FltRecord* const record = readRecord(source);
+        bool given = false;
+        const std::string name = nameOf(source, databaseName, given);
         INode* node = createNode(source, record, name);
         if (source.parent != kNone) {
             if (!nodes_[source.parent]->AttachChild(node, false)) throw std::bad_alloc();
@@ -91,43 +97,42 @@ private:
         nodes_.push_back(node);
         unlinked_ = nullptr;
         place(*node, source, record);
-        if (source.kind == kFltFace) dress(*node, static_cast<const FltFace&>(record));
+        if (source.kind == kFltFace) dress(*node, static_cast<const FltFace&>(*record));
         store(*node, source, record);
+        keep(*node, source, record, given ? name : std::string());
     }
 
-    /// The record of a node, read at the file's revision. One record object per kind serves all.
-    FltRecord& readRecord(const OutlineNode& source) {
+    /// The record of a node, read at the file's revision; null for a kind without a class. One
+    /// record object per kind serves all.
+    FltRecord* readRecord(const OutlineNode& source) {
+        if (source.kind >= records_.size()) return nullptr;
         std::unique_ptr<FltRecord>& record = records_[source.kind];
         if (!record) record = fltCreateRecord(source.kind);
+        if (!record) return nullptr;
         const FileBytes bytes = recordAt(bytes_, source.record);
         token_.attach(bytes.data(), static_cast<std::int32_t>(bytes.size()));
         record->readToken(token_, outline_.revision);
-        return *record;
+        return record.get();
     }
 
     // ------------------------------------------------------------ names
 
-    std::string nodeName(const OutlineNode& source) {
-        std::string name = ownName(source);
-        return name.empty() ? defaultName(source.kind) : name;
-    }
-
-    std::string headerName(const OutlineNode& source, const std::string& databaseName) {
-        std::string name = ownName(source);
-        const bool saysNothing = name.empty() || (source.longId == 0 && name == "db");
-        return saysNothing && !databaseName.empty() ? databaseName : name;
-    }
-
-    /// What the file calls the node; empty when it says nothing.
-    std::string ownName(const OutlineNode& source) {
+    /// The node's name, and whether the file does not say it.
+    std::string nameOf(const OutlineNode& source, const std::string& databaseName, bool& given) {
         if (source.longId != 0) {
-            std::string name = textOf(bodyOf(bytes_, source.longId));
+            std::string name = textOf(bodyOf(source.longId));
             if (!name.empty()) return name;
         }
-        const FileBytes record = recordAt(bytes_, source.record);
-        if (!hasId(source.kind) || record.size() < kIdOffset + 1) return {};
-        return textOf(record.subspan(kIdOffset, std::min(kIdLength, record.size() - kIdOffset)));
+        std::string name = nameInRecord(recordAt(bytes_, source.record));
+        if (source.kind == kFltHeader) {
+            given = isNoDatabaseName(name) && !databaseName.empty();
+            return given ? databaseName : name;
+        }
+        given = name.empty();
+        return given ? defaultName(source.kind) : name;
     }
+
+    FileBytes bodyOf(std::uint32_t record) const { return recordAt(bytes_, record).subspan(kBody); }
 
     std::string defaultName(std::uint16_t kind) {
         if (!nameMaker_) {
@@ -142,7 +147,7 @@ private:
 
     // ------------------------------------------------------------ objects
 
-    INode* createNode(const OutlineNode& source, const FltRecord& record, const std::string& name) {
+    INode* createNode(const OutlineNode& source, const FltRecord* record, const std::string& name) {
         std::unique_ptr<Object, DeleteThis> object(makeObject(source, record));
         unlinked_ = host_.CreateObjectNode(object.get(), name.c_str());
         if (unlinked_ == nullptr) throw std::bad_alloc();
@@ -150,14 +155,15 @@ private:
         return unlinked_;
     }
 
-    Object* makeObject(const OutlineNode& source, const FltRecord& record) {
+    Object* makeObject(const OutlineNode& source, const FltRecord* record) {
+        tails_.clear();
         switch (source.kind) {
             case kFltFace:
                 return makePolygon(source).release();
             case kFltLightPoint:
                 return makePoints(source).release();
             case kFltLightSource:
-                return makeLight(paletteOf(static_cast<const FltLightSource&>(record)));
+                return makeLight(paletteOf(static_cast<const FltLightSource&>(*record)));
             default:
                 return new DummyObject;
         }
@@ -166,24 +172,61 @@ private:
     std::unique_ptr<TriObject, DeleteThis> makePolygon(const OutlineNode& source) {
         std::unique_ptr<TriObject, DeleteThis> object(new TriObject);
         Mesh& mesh = object->GetMesh();
+        const Features features = featuresOf(source);
         mesh.verts.Resize(static_cast<int>(source.cornerCount));
-        for (const std::uint32_t vertex : cornersOf(source)) mesh.verts.Append(positionAt(vertex));
+        if (features.normals) mesh.normals.Resize(static_cast<int>(source.cornerCount));
+        if (features.textures) mesh.tVerts.Resize(static_cast<int>(source.cornerCount));
+        if (features.colors) mesh.colors.Resize(static_cast<int>(source.cornerCount));
+        for (const std::uint32_t vertex : cornersOf(source)) {
+            addVertex(mesh, recordAt(bytes_, vertex), features);
+        }
         cutPolygon(mesh);
         return object;
     }
 
     /// A mesh of nothing but vertices, with their colours.
     std::unique_ptr<TriObject, DeleteThis> makePoints(const OutlineNode& source) {
-        constexpr COLORREF kWhite = 0xFFFFFF;
         std::unique_ptr<TriObject, DeleteThis> object(new TriObject);
         Mesh& mesh = object->GetMesh();
+        Features features = featuresOf(source);
+        features.colors = true;
         for (const std::uint32_t vertex : cornersOf(source)) {
-            const Point3 position = positionAt(vertex);
-            if (!isFinite(position)) continue;
-            mesh.verts.Append(position);
-            mesh.colors.Append(vertexColor(vertex, bytes_, outline_).value_or(kWhite));
+            const FileBytes record = recordAt(bytes_, vertex);
+            if (isFinite(positionOf(record))) addVertex(mesh, record, features);
         }
         return object;
+    }
+
+    /// What at least one vertex of a node has beside its position.
+    struct Features {
+        bool normals = false;
+        bool textures = false;
+        bool colors = false;
+    };
+
+    Features featuresOf(const OutlineNode& source) const {
+        Features features;
+        for (const std::uint32_t vertex : cornersOf(source)) {
+            const FileBytes record = recordAt(bytes_, vertex);
+            features.normals = features.normals || hasNormal(record);
+            features.textures = features.textures || hasTexture(record);
+            features.colors = features.colors || vertexColor(record, colorPalette_).has_value();
+        }
+        return features;
+    }
+
+    void addVertex(Mesh& mesh, FileBytes vertex, const Features& features) {
+        mesh.verts.Append(positionOf(vertex));
+        if (features.normals) {
+            mesh.normals.Append(hasNormal(vertex) ? normalOf(vertex) : Point3{});
+        }
+        if (features.textures) {
+            mesh.tVerts.Append(hasTexture(vertex) ? textureOf(vertex) : Point3{});
+        }
+        if (features.colors) {
+            mesh.colors.Append(vertexColor(vertex, colorPalette_).value_or(kVertexWhite));
+        }
+        tails_.append(vertex);
     }
 
     std::span<const std::uint32_t> cornersOf(const OutlineNode& source) const {
@@ -194,20 +237,26 @@ private:
         return std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
     }
 
-    Point3 positionAt(std::uint32_t vertex) const {
-        return {float64At(bytes_, vertex + 8), float64At(bytes_, vertex + 16),
-                float64At(bytes_, vertex + 24)};
-    }
-
     /// Turns the corners into triangles. A polygon without area has none, and then no vertices
     /// either: nothing could show them.
     void cutPolygon(Mesh& mesh) {
         const auto count = static_cast<std::size_t>(mesh.verts.Count());
         const std::span<const Triangle> triangles =
             triangulator_.cut(std::span(std::as_const(mesh).verts.Addr(0), count));
-        if (triangles.empty()) mesh.verts.ZeroCount();
-        mesh.faces.Resize(static_cast<int>(triangles.size()));
+        if (triangles.empty()) {
+            mesh.Clear();
+            tails_.clear();
+            return;
+        }
+        const auto faces = static_cast<int>(triangles.size());
+        mesh.faces.Resize(faces);
         for (const Triangle& triangle : triangles) mesh.faces.Append(faceOf(triangle));
+        if (mesh.tVerts.IsEmpty()) return;
+        mesh.tvFaces.Resize(faces);
+        for (const Triangle& triangle : triangles) {
+            const auto& [a, b, c] = triangle.corner;
+            mesh.tvFaces.Append(TVFace{{a, b, c}});
+        }
     }
 
     static Face faceOf(const Triangle& triangle) {
@@ -236,65 +285,175 @@ private:
 
     void dress(INode& node, const FltFace& face) {
         constexpr std::uint32_t kHidden = 0x04000000;
-        if (const auto color = colorOf(face, bytes_, outline_)) node.SetWireColor(*color);
+        if (const auto color = colorOf(face, colorPalette_)) node.SetWireColor(*color);
         if (face.flags & kHidden) node.Hide(true);
     }
 
     // ------------------------------------------------------------ places
 
-    void place(INode& node, const OutlineNode& source, const FltRecord& record) {
-        Matrix3 transform;
+    void place(INode& node, const OutlineNode& source, const FltRecord* record) {
+        TransformReader transforms;
+        for (std::uint32_t i = source.firstPiece; i != kNone; i = outline_.pieces[i].next) {
+            const OutlinePiece& piece = outline_.pieces[i];
+            if (piece.children != kNone) transforms.take(recordAt(bytes_, piece.record));
+        }
+        Matrix3 transform = transforms.result();
         if (source.kind == kFltLightSource) {
-            transform = placeOf(static_cast<const FltLightSource&>(record));
+            transform = placeOf(static_cast<const FltLightSource&>(*record)) * transform;
         }
-        if (source.matrix != 0) transform = transform * matrixAt(source.matrix);
         if (!transform.IsIdentity()) node.SetLocalTM(0, transform);
-    }
-
-    /// The affine part of a matrix record, which is for row vectors as the host's matrices are. One
-    /// with a number that is not finite moves nothing.
-    Matrix3 matrixAt(std::uint32_t record) const {
-        Matrix3 matrix;
-        for (int row = 0; row < 4; ++row) {
-            const std::size_t start = record + kBody + static_cast<std::size_t>(row) * 16;
-            const Point3 values{float32At(bytes_, start), float32At(bytes_, start + 4),
-                                float32At(bytes_, start + 8)};
-            if (!std::isfinite(values.x + values.y + values.z)) return {};
-            matrix.SetRow(row, values);
-        }
-        return matrix;
     }
 
     // ------------------------------------------------------------ OpenFlight data
 
-    void store(INode& node, const OutlineNode& source, const FltRecord& record) {
+    void store(INode& node, const OutlineNode& source, const FltRecord* record) {
         if (!fltEnsureKind(&node, static_cast<FltNodeKind>(source.kind), kFltRevision)) {
             throw std::bad_alloc();
         }
-        if (!fltPutRecord(&node, record)) {
+        if (record != nullptr && !fltPutRecord(&node, *record)) {
             throw FltFileError("damaged at byte offset " + std::to_string(source.record) +
                                    ": a record too long to be kept on a node",
                                source.record);
         }
         if (source.kind == kFltLightSource) {
             const KilnLight options =
-                optionsOf(paletteOf(static_cast<const FltLightSource&>(record)));
+                optionsOf(paletteOf(static_cast<const FltLightSource&>(*record)));
             if (!fltPutOptions(&node, options)) throw std::bad_alloc();
         }
-        const std::string comment = commentOf(source);
-        if (!comment.empty() && !fltPutComment(&node, comment)) throw std::bad_alloc();
+        CommentText comment;
+        for (std::uint32_t i = source.firstPiece; i != kNone; i = outline_.pieces[i].next) {
+            const OutlinePiece& piece = outline_.pieces[i];
+            if (piece.children != kNone && uint16At(bytes_, piece.record) == kFltComment) {
+                comment.add(bodyOf(piece.record));
+            }
+        }
+        const std::string& text = comment.result();
+        if (!text.empty() && !fltPutComment(&node, text)) throw std::bad_alloc();
     }
 
-    /// The node's comments, one per line.
-    std::string commentOf(const OutlineNode& source) const {
-        std::string text;
-        for (std::uint32_t i = source.firstComment; i != kNone; i = outline_.comments[i].next) {
-            if (i != source.firstComment) text += '\n';
-            text += textOf(bodyOf(bytes_, outline_.comments[i].record));
-            if (text.size() > kLongestComment) break;
+    // ------------------------------------------------------------ what else the file says
+
+    void keep(INode& node, const OutlineNode& source, const FltRecord* record,
+              const std::string& givenName) {
+        const Mesh* const mesh = meshOf(node, source);
+        if (mesh != nullptr) {
+            const FileBytes tails = tails_.bytesFor(*mesh);
+            if (!tails.empty()) keepChunk(node, KeptChunk::corners, tails);
         }
-        text.resize(startOf(text, kLongestComment).size());
-        return text;
+        const bool losesVertices =
+            mesh != nullptr && static_cast<std::uint32_t>(mesh->verts.Count()) < source.cornerCount;
+        const bool keepsBead = needsBead(source, record);
+        if (!keepsBead && givenName.empty() && !losesVertices && isPlain(source)) return;
+        kept_.begin(outline_.revision);
+        if (keepsBead) kept_.bead(paddedBead(source));
+        if (!givenName.empty()) kept_.givenName(givenName);
+        keepPieces(source, losesVertices);
+        keepChunk(node, KeptChunk::records, kept_.bytes());
+    }
+
+    /// The record to be kept. The stream that writes headers pads them; the same header read again
+    /// is then the same to the byte.
+    FileBytes paddedBead(const OutlineNode& source) {
+        const FileBytes record = recordAt(bytes_, source.record);
+        if (source.kind != kFltHeader || record.size() > kLongestPadded) return record;
+        token_.begin(source.kind);
+        token_.writeBytes(static_cast<std::uint32_t>(record.size() - kBody), record.data() + kBody);
+        token_.finish();
+        return {token_.data(), token_.length()};
+    }
+
+    static const Mesh* meshOf(INode& node, const OutlineNode& source) {
+        if (source.kind != kFltFace && source.kind != kFltLightPoint) return nullptr;
+        return &static_cast<TriObject*>(node.GetObjectRef())->GetMesh();
+    }
+
+    /// Whether the record says something that ours does not hold. A light source's is always kept,
+    /// to tell a light that was moved in the scene from one whose position was edited.
+    bool needsBead(const OutlineNode& source, const FltRecord* record) {
+        if (record == nullptr || source.kind == kFltLightSource) return true;
+        record->writeToken(written_, outline_.revision);
+        return !saysNoMore(recordAt(bytes_, source.record),
+                           {written_.data(), std::size_t{written_.length()}});
+    }
+
+    /// Whether the node's pieces are those that export makes of the node without being told: a
+    /// level for its children, or one for its corners.
+    bool isPlain(const OutlineNode& source) const {
+        std::uint32_t i = source.firstPiece;
+        if (i == kNone) return true;
+        const auto opcode = [&] { return uint16At(bytes_, outline_.pieces[i].record); };
+        if (opcode() != kFltPushLevel) return false;
+        i = outline_.pieces[i].next;
+        const bool hasList = outline_.pieces[i].record == source.list;
+        if (hasList) {
+            if (opcode() == kFltMorphVertexList || source.cornerCount == 0) return false;
+            i = outline_.pieces[i].next;
+        }
+        if (opcode() != kFltPopLevel || outline_.pieces[i].next != kNone) return false;
+        const bool hasChildren = outline_.pieces[i].children != 0;
+        return source.kind == kFltFace ? hasList && !hasChildren : hasList || hasChildren;
+    }
+
+    void keepPieces(const OutlineNode& source, bool losesVertices) {
+        std::size_t opaque = 0;  // depth within levels that hold no nodes
+        bool inList = false;
+        for (std::uint32_t i = source.firstPiece; i != kNone; i = outline_.pieces[i].next) {
+            const OutlinePiece& piece = outline_.pieces[i];
+            const FileBytes record = recordAt(bytes_, piece.record);
+            const std::uint16_t opcode = uint16At(record, 0);
+            const bool wasInList = std::exchange(inList, isVertexList(opcode));
+            if (closerOf(opcode) != 0) {
+                if (opaque != 0 || beginsOpaque(opcode)) ++opaque;
+                kept_.record(record);
+            } else if (isPop(opcode)) {
+                keepPop(opcode, piece.children, opaque);
+            } else if (isVertexList(opcode)) {
+                keepList(record, piece.record == source.list, losesVertices);
+            } else if (opcode == kContinuation && wasInList) {
+                keepVertices(record);
+                inList = true;
+            } else if (opcode == kFltVertexPalette) {
+                if (opaque == 0 && piece.record == outline_.vertexPalette) kept_.marker(opcode);
+            } else if (!isVertex(opcode)) {
+                kept_.record(record);
+            }
+        }
+    }
+
+    void keepPop(std::uint16_t opcode, std::uint32_t children, std::size_t& opaque) {
+        if (opaque == 0) {
+            kept_.marker(opcode, children);
+        } else {
+            kept_.marker(opcode);
+            --opaque;
+        }
+    }
+
+    void keepList(FileBytes record, bool own, bool losesVertices) {
+        if (own && !losesVertices && uint16At(record, 0) == kFltVertexList) {
+            kept_.marker(kFltVertexList);
+        } else {
+            keepVertices(record);
+        }
+    }
+
+    /// Keeps the vertices that a list or its continuation names, then the list with their numbers.
+    /// One that names something else stays behind as an empty list.
+    void keepVertices(FileBytes list) {
+        const std::size_t count = (list.size() - kBody) / 4;
+        const auto vertexOf = [&](std::size_t i) {
+            return std::uint64_t{outline_.vertexPalette} + uint32At(list, kBody + 4 * i);
+        };
+        for (std::size_t i = 0; i < count; ++i) {
+            if (!isVertexAt(bytes_, outline_, vertexOf(i))) {
+                kept_.marker(uint16At(list, 0));
+                return;
+            }
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            kept_.record(recordAt(bytes_, static_cast<std::uint32_t>(vertexOf(i))));
+        }
+        kept_.numbers(uint16At(list, 0), static_cast<std::uint32_t>(count));
     }
 
     FileBytes bytes_;
@@ -305,8 +464,13 @@ private:
     INode* unlinked_ = nullptr;  ///< a new node that is not below its parent yet
     std::array<std::unique_ptr<FltRecord>, 128> records_;  ///< by kind
     FltToken token_;
+    FltToken written_;
     std::unique_ptr<NameMaker> nameMaker_;
     Triangulator triangulator_;
+    VertexTails tails_;  ///< of the node under construction
+    KeptWriter kept_;
+    const FileBytes colorPalette_ =
+        outline_.colorPalette == 0 ? FileBytes() : recordAt(bytes_, outline_.colorPalette);
     std::map<std::int32_t, FltLightSourcePalette> lights_;
     FltLightSourcePalette defaultLight_;
 };

@@ -1,7 +1,9 @@
 #include "colors.h"
 
+#include "bytes.h"
+#include "vertices.h"
+
 #include <quillon/fltface.h>
-#include <quillon/fltopcode.h>
 
 namespace interchange {
 
@@ -22,12 +24,11 @@ constexpr COLORREF colorRef(std::uint32_t red, std::uint32_t green, std::uint32_
     return static_cast<COLORREF>(red | green << 8 | blue << 16);
 }
 
-std::optional<COLORREF> paletteColor(std::uint32_t index, FileBytes bytes, std::uint32_t palette) {
+std::optional<COLORREF> paletteColor(std::uint32_t index, FileBytes palette) {
     const std::uint32_t entry = index >> kIntensityBits;
-    if (palette == 0 || entry >= kPaletteEntries) return std::nullopt;
-    const FileBytes record = recordAt(bytes, palette);
-    if (record.size() < kPaletteEnd) return std::nullopt;  // the palette of an older format
-    const FileBytes color = record.subspan(kPaletteStart + 4 * entry, 4);
+    if (entry >= kPaletteEntries) return std::nullopt;
+    if (palette.size() < kPaletteEnd) return std::nullopt;  // none, or that of an older format
+    const FileBytes color = palette.subspan(kPaletteStart + 4 * entry, 4);
     const std::uint32_t intensity = index & kFullIntensity;
     const auto shade = [&](std::size_t component) {
         return (color[component] * intensity + kFullIntensity / 2) / kFullIntensity;
@@ -35,43 +36,39 @@ std::optional<COLORREF> paletteColor(std::uint32_t index, FileBytes bytes, std::
     return colorRef(shade(3), shade(2), shade(1));
 }
 
-/// Where a vertex of that kind has its packed colour; the index follows.
-std::size_t packedColorOffset(std::uint16_t opcode) {
-    switch (opcode) {
-        case kFltVertexWithNormal:
-            return 44;
-        case kFltVertexWithTextureAndNormal:
-            return 52;
-        case kFltVertexWithTexture:
-            return 40;
-        default:
-            return 32;
-    }
-}
-
 }  // namespace
 
-std::optional<COLORREF> colorOf(const FltFace& face, FileBytes bytes, const Outline& outline) {
+std::optional<COLORREF> colorOf(const FltFace& face, FileBytes palette) {
     if (face.flags & kPackedColor) {
         const FltPackedColor& color = face.packedPrimaryColor;
         return colorRef(color.red, color.green, color.blue);
     }
     if (face.flags & kNoColor) return std::nullopt;
-    return paletteColor(face.primaryColorIndex, bytes, outline.colorPalette);
+    return paletteColor(face.primaryColorIndex, palette);
 }
 
-std::optional<COLORREF> vertexColor(std::uint32_t vertex, FileBytes bytes, const Outline& outline) {
-    constexpr std::uint16_t kVertexNoColor = 0x2000;
-    constexpr std::uint16_t kVertexPackedColor = 0x1000;
-    const FileBytes record = recordAt(bytes, vertex);
-    const std::size_t color = packedColorOffset(uint16At(record, 0));
-    const std::uint16_t flags = uint16At(record, 6);
-    if (record.size() < color + 4 || flags & kVertexNoColor) return std::nullopt;
+std::optional<COLORREF> vertexColor(FileBytes vertex, FileBytes palette) {
+    const std::size_t color = packedColorOffset(uint16At(vertex, 0));
+    const std::uint16_t flags = uint16At(vertex, 6);
+    if (vertex.size() < color + 4 || flags & kVertexNoColor) return std::nullopt;
     if (flags & kVertexPackedColor) {
-        return colorRef(record[color + 3], record[color + 2], record[color + 1]);
+        return colorRef(vertex[color + 3], vertex[color + 2], vertex[color + 1]);
     }
-    if (record.size() < color + 8) return std::nullopt;
-    return paletteColor(uint32At(record, color + 4), bytes, outline.colorPalette);
+    if (vertex.size() < color + 8) return std::nullopt;
+    return paletteColor(uint32At(vertex, color + 4), palette);
+}
+
+void setVertexColor(std::span<std::uint8_t> vertex, COLORREF color) {
+    const std::size_t place = packedColorOffset(uint16At(vertex, 0));
+    if (vertex.size() < place + 4) return;
+    const auto flags = static_cast<std::uint16_t>(uint16At(vertex, 6) & ~kVertexNoColor);
+    put16(&vertex[6], flags | kVertexPackedColor);
+    put32(&vertex[place], packedColorOf(color));
+}
+
+std::uint32_t packedColorOf(COLORREF color) noexcept {
+    constexpr std::uint32_t kOpaque = 0xFF000000;
+    return kOpaque | (color & 0xFFFFFF);  // both have red in the lowest byte
 }
 
 }  // namespace interchange

@@ -15,6 +15,16 @@ Object* makeLight(const FltLightSourcePalette& palette);
 /// default light comes down from the sky.
 Matrix3 placeOf(const FltLightSource& source);
 
+/// Whether the two stand in the same place and are turned alike.
+bool hasSamePlace(const FltLightSource& a, const FltLightSource& b);
+
+/// Gives `source` the position and direction that `place` has. False, and nothing changes, when
+/// those two cannot say it: `place` is mirrored, scaled or rolled.
+bool moveTo(FltLightSource& source, const Matrix3& place);
+
+/// The palette entry for a light of the scene that has none.
+FltLightSourcePalette paletteFor(const GenLight& light);
+
 /// The options that keep the palette entry on the node.
 KilnLight optionsOf(const FltLightSourcePalette& palette);
 

@@ -1,4 +1,8 @@
 #include <interchange/outline.h>
+
+#include "kept.h"
+#include "opcodes.h"
+
 #include <quillon/fltfilereader.h>
 #include <quillon/fltopcode.h>
 
@@ -15,49 +19,35 @@ constexpr std::uint32_t kOldestRevision = 1400;
 constexpr std::uint32_t kNewestRevision = 1999;
 
 // Opcodes of the published format that the record library has no name for.
-constexpr std::uint16_t kContinuation = 23;
-constexpr std::uint16_t kMesh = 84;
 constexpr std::uint16_t kIndexedLightPoint = 130;
 constexpr std::uint16_t kLightPointSystem = 131;
 
 /// What a record means for the outline.
 enum class Role : std::uint8_t {
     unknown,
-    node,         ///< becomes a node of the scene
-    leftOutNode,  ///< a node too, but its children take its place
+    node,  ///< becomes a node of the scene
     push,
     pop,
-    comment,
     longId,
-    matrix,
     vertexPalette,
     vertex,
     vertexList,
     continuation,
     colorPalette,
     lightPalette,
-    passedOver,  ///< known, and without a meaning for the scene
+    texture,
+    material,
+    other,  ///< known, and kept with the node that it follows
 };
 
 Role roleOfFamily(FltOpcodeClass family) {
-    return family == FltOpcodeClass::primary ? Role::leftOutNode : Role::passedOver;
+    return family == FltOpcodeClass::primary ? Role::node : Role::other;
 }
 
 Role roleOfNamed(const FltOpcodeEntry& entry) {
     switch (entry.opcode) {
-        case kFltGroup:
-        case kFltObject:
-        case kFltFace:
-        case kFltDof:
-        case kFltBsp:
         case kFltInstanceRef:
         case kFltInstanceDef:
-        case kFltExternalRef:
-        case kFltLod:
-        case kFltSwitch:
-        case kFltClipRegion:
-        case kFltLightSource:
-        case kFltLightPoint:
             return Role::node;
         case kFltPushLevel:
         case kFltPushSubface:
@@ -69,12 +59,8 @@ Role roleOfNamed(const FltOpcodeEntry& entry) {
         case kFltPopExtension:
         case kFltPopAttribute:
             return Role::pop;
-        case kFltComment:
-            return Role::comment;
         case kFltLongId:
             return Role::longId;
-        case kFltMatrix:
-            return Role::matrix;
         case kFltVertexPalette:
             return Role::vertexPalette;
         case kFltVertexWithColor:
@@ -89,6 +75,10 @@ Role roleOfNamed(const FltOpcodeEntry& entry) {
             return Role::colorPalette;
         case kFltLightSourcePalette:
             return Role::lightPalette;
+        case kFltTexture:
+            return Role::texture;
+        case kFltMaterial:
+            return Role::material;
         default:
             return roleOfFamily(entry.family);
     }
@@ -101,22 +91,19 @@ std::array<Role, 256> makeRoles() {
         roles[static_cast<std::uint8_t>(entry.opcode)] = roleOfNamed(entry);
     }
     roles[kContinuation] = Role::continuation;
-    roles[kMesh] = roles[kIndexedLightPoint] = roles[kLightPointSystem] = Role::leftOutNode;
+    roles[kMesh] = roles[kIndexedLightPoint] = roles[kLightPointSystem] = Role::node;
+    roles[kLocalVertexPool] = roles[kMeshPrimitive] = Role::other;
     return roles;
-}
-
-/// The opcode that closes what `push` opens.
-std::uint16_t closerOf(std::uint16_t push) {
-    return static_cast<std::uint16_t>(push + 1);
 }
 
 /// An open level.
 struct Level {
-    std::uint16_t closer;   ///< opcode of the record that ends it
-    std::uint32_t offset;   ///< of the record that began it
-    std::uint32_t parent;   ///< node under which nodes of this level go; kNone: there are none
-    std::uint32_t owner;    ///< node whose vertex list stands in this level, or kNone
-    std::uint32_t current;  ///< node that the next ancillary or push is about, or kNone
+    std::uint16_t closer;        ///< opcode of the record that ends it
+    bool opaque;                 ///< of extensions or attributes: what it holds are no nodes
+    std::uint32_t offset;        ///< of the record that began it
+    std::uint32_t owner;         ///< node that it belongs to, and under which its nodes go
+    std::uint32_t current;       ///< node that the next piece or push is about
+    std::uint32_t children = 0;  ///< nodes that stand directly in it
 };
 
 class OutlineReader {
@@ -128,8 +115,7 @@ public:
         while (nextRecord()) {
             const Role role = roleOf(opcode_);
             handle(role);
-            continuesList_ =
-                role == Role::vertexList || (role == Role::continuation && continuesList_);
+            if (role != Role::continuation) ownList_ = role == Role::vertexList && ownList_;
         }
         if (levels_.size() > 1) {
             fail(end(), "the file ends with " + openLevels() + " still open, the innermost since " +
@@ -177,7 +163,7 @@ private:
                          ", where 1400 (OpenFlight 14.0) or a later one is needed");
         }
         addNode(kFltHeader, kNone);
-        levels_.push_back({0, 0, 0, kNone, 0});
+        levels_.push_back({0, false, 0, 0, 0});
     }
 
     /// Moves to the next record; false at the end of the file.
@@ -201,43 +187,41 @@ private:
     std::size_t left(std::size_t offset) const { return bytes_.size() - offset; }
 
     void handle(Role role) {
+        if (role == Role::unknown) ++outline_.unknownRecords;
+        if (role == Role::push) {
+            push();
+        } else if (role == Role::pop) {
+            pop();
+        } else if (levels_.back().opaque) {
+            addPiece(levels_.back().owner, kNone);
+        } else if (role == Role::node) {
+            beginNode();
+        } else {
+            handlePiece(role);
+        }
+    }
+
+    /// A record that adds to the node before it, or to the file as a whole.
+    void handlePiece(Role role) {
         switch (role) {
-            case Role::unknown:
-                ++outline_.unknownRecords;
-                break;
-            case Role::node:
-                beginNode();
-                break;
-            case Role::leftOutNode:
-                leaveOutNode();
-                break;
-            case Role::push:
-                push();
-                break;
-            case Role::pop:
-                pop();
-                break;
-            case Role::comment:
-                addComment();
-                break;
             case Role::longId:
                 addLongId();
                 break;
-            case Role::matrix:
-                addMatrix();
-                break;
             case Role::vertexPalette:
-                paletteStart_ = offset_;
-                paletteEnd_ = offset_ + length_;
+                outline_.vertexPalette = offset_;
+                outline_.vertexPaletteEnd = offset_ + length_;
                 break;
             case Role::vertex:
-                if (offset_ == paletteEnd_) paletteEnd_ += length_;
-                break;
+                if (offset_ == outline_.vertexPaletteEnd) outline_.vertexPaletteEnd += length_;
+                return;
             case Role::vertexList:
                 beginCorners();
                 break;
             case Role::continuation:
-                if (continuesList_) addCorners();
+                if (ownList_) {
+                    addCorners();
+                    return;
+                }
                 break;
             case Role::colorPalette:
                 if (outline_.colorPalette == 0) outline_.colorPalette = offset_;
@@ -245,9 +229,28 @@ private:
             case Role::lightPalette:
                 outline_.lights.push_back(offset_);
                 break;
-            case Role::passedOver:
+            case Role::texture:
+                outline_.textures.push_back(offset_);
+                break;
+            case Role::material:
+                outline_.materials.push_back(offset_);
+                break;
+            default:
                 break;
         }
+        addPiece(levels_.back().current);
+    }
+
+    void addPiece(std::uint32_t owner, std::uint32_t children = 0) {
+        const auto index = static_cast<std::uint32_t>(outline_.pieces.size());
+        outline_.pieces.push_back({offset_, kNone, children});
+        OutlineNode& node = outline_.nodes[owner];
+        if (node.lastPiece == kNone) {
+            node.firstPiece = index;
+        } else {
+            outline_.pieces[node.lastPiece].next = index;
+        }
+        node.lastPiece = index;
     }
 
     std::uint32_t addNode(std::uint16_t kind, std::uint32_t parent) {
@@ -261,17 +264,9 @@ private:
 
     void beginNode() {
         Level& level = levels_.back();
-        if (level.parent == kNone) {
-            leaveOutNode();
-            return;
-        }
         if (opcode_ == kFltSwitch) checkSwitch();
-        level.current = addNode(opcode_, level.parent);
-    }
-
-    void leaveOutNode() {
-        ++outline_.leftOutNodes;
-        levels_.back().current = kNone;
+        ++level.children;
+        level.current = addNode(opcode_, level.owner);
     }
 
     /// A switch says how many mask words it has; it must have them.
@@ -293,77 +288,50 @@ private:
             fail(offset_, "levels nest deeper than " + std::to_string(kDeepestLevel));
         }
         const Level& outer = levels_.back();
-        Level level{closerOf(opcode_), offset_, outer.parent, outer.current, outer.current};
-        if (opcode_ == kFltPushExtension || opcode_ == kFltPushAttribute) {
-            level.parent = level.owner = level.current = kNone;
-        } else if (outer.current != kNone) {
-            level.parent = outer.current;
-        }
-        levels_.push_back(level);
+        const std::uint32_t owner = outer.opaque ? outer.owner : outer.current;
+        const bool opaque = outer.opaque || beginsOpaque(opcode_);
+        addPiece(owner, opaque ? kNone : 0);
+        levels_.push_back({closerOf(opcode_), opaque, offset_, owner, owner});
     }
 
     void pop() {
         if (levels_.size() == 1) {
             fail(offset_, std::string(fltOpcodeName(opcode_)) + " without a level to close");
         }
-        const Level& level = levels_.back();
+        const Level level = levels_.back();
         if (opcode_ != level.closer) {
             fail(offset_, std::string(fltOpcodeName(opcode_)) + " where the level opened at " +
                               std::to_string(level.offset) + " is of another sort");
         }
         levels_.pop_back();
-    }
-
-    OutlineNode* currentNode() {
-        const std::uint32_t current = levels_.back().current;
-        return current == kNone ? nullptr : &outline_.nodes[current];
-    }
-
-    void addComment() {
-        OutlineNode* node = currentNode();
-        if (node == nullptr) return;
-        const auto index = static_cast<std::uint32_t>(outline_.comments.size());
-        outline_.comments.push_back({offset_, kNone});
-        if (node->lastComment == kNone) {
-            node->firstComment = index;
-        } else {
-            outline_.comments[node->lastComment].next = index;
-        }
-        node->lastComment = index;
+        addPiece(level.owner, level.opaque ? kNone : level.children);
     }
 
     void addLongId() {
-        OutlineNode* node = currentNode();
-        if (node == nullptr) return;
+        OutlineNode& node = outline_.nodes[levels_.back().current];
         ++outline_.longIds;
-        if (node->longId == 0) node->longId = offset_;
+        if (node.longId == 0) node.longId = offset_;
     }
 
-    void addMatrix() {
-        constexpr std::uint32_t kMatrixLength = 68;
-        OutlineNode* node = currentNode();
-        if (node != nullptr && node->matrix == 0 && length_ >= kMatrixLength) {
-            node->matrix = offset_;
-        }
-    }
-
-    /// Faces and light points have one vertex list each; a second one has no meaning.
+    /// Faces and light points have one vertex list each, in the first level below them; a second
+    /// one has no meaning.
     void beginCorners() {
-        listOwner_ = kNone;
-        const std::uint32_t owner = levels_.back().owner;
-        if (owner == kNone) return;
-        OutlineNode& node = outline_.nodes[owner];
+        ownList_ = false;
+        const Level& level = levels_.back();
+        if (levels_.size() == 1 || level.current != level.owner) return;
+        OutlineNode& node = outline_.nodes[level.owner];
         const bool holdsPoints = node.kind == kFltFace || node.kind == kFltLightPoint;
-        if (!holdsPoints || node.cornerCount != 0) return;
+        if (!holdsPoints || node.list != 0) return;
+        node.list = offset_;
         node.firstCorner = static_cast<std::uint32_t>(outline_.corners.size());
-        listOwner_ = owner;
+        listOwner_ = level.owner;
+        ownList_ = true;
         // A morphing list gives two vertices per corner, the undisturbed one first.
         cornerStride_ = opcode_ == kFltMorphVertexList ? 8 : 4;
         addCorners();
     }
 
     void addCorners() {
-        if (listOwner_ == kNone) return;
         const std::uint32_t end = offset_ + length_;
         for (std::uint32_t i = offset_ + kRecordHeader; i + 4 <= end; i += cornerStride_) {
             outline_.corners.push_back(vertexAt(uint32At(bytes_, i)));
@@ -374,16 +342,8 @@ private:
 
     /// The file offset of the vertex at an offset from the start of the vertex palette.
     std::uint32_t vertexAt(std::uint32_t paletteOffset) {
-        constexpr std::uint32_t kPositionEnd = 32;
-        const std::uint64_t vertex = std::uint64_t{paletteStart_} + paletteOffset;
-        if (paletteStart_ != 0 && vertex + kPositionEnd <= paletteEnd_) {
-            const std::uint16_t opcode = uint16At(bytes_, vertex);
-            const std::uint16_t length = uint16At(bytes_, vertex + 2);
-            if (opcode >= kFltVertexWithColor && opcode <= kFltVertexWithTexture &&
-                length >= kPositionEnd) {
-                return static_cast<std::uint32_t>(vertex);
-            }
-        }
+        const std::uint64_t vertex = std::uint64_t{outline_.vertexPalette} + paletteOffset;
+        if (isVertexAt(bytes_, outline_, vertex)) return static_cast<std::uint32_t>(vertex);
         fail(offset_, "a vertex list with the palette offset " + std::to_string(paletteOffset) +
                           ", where there is no vertex");
     }
@@ -395,14 +355,24 @@ private:
     std::uint32_t offset_ = 0;
     std::uint16_t opcode_ = 0;
     std::uint16_t length_ = 0;
-    std::uint32_t paletteStart_ = 0;
-    std::uint32_t paletteEnd_ = 0;
     std::uint32_t listOwner_ = kNone;
     std::uint32_t cornerStride_ = 4;
-    bool continuesList_ = false;
+    bool ownList_ = false;  ///< whether the record before, not counting continuations, was the
+                            ///< vertex list of `listOwner_`
 };
 
 }  // namespace
+
+bool isVertexAt(FileBytes bytes, const Outline& outline, std::uint64_t vertex) noexcept {
+    constexpr std::uint32_t kPositionEnd = 32;
+    if (outline.vertexPalette == 0 || vertex + kPositionEnd > outline.vertexPaletteEnd) {
+        return false;
+    }
+    const std::uint16_t opcode = uint16At(bytes, vertex);
+    const std::uint16_t length = uint16At(bytes, vertex + 2);
+    return opcode >= kFltVertexWithColor && opcode <= kFltVertexWithTexture &&
+           length >= kPositionEnd && vertex + length <= outline.vertexPaletteEnd;
+}
 
 Outline readOutline(FileBytes bytes) {
     return OutlineReader(bytes).read();

@@ -1,8 +1,8 @@
-#include <interchange/import.h>
+#include "summary.h"
 
 #include <fltkilnutil/nodekind.h>
+#include <interchange/import.h>
 
-#include <algorithm>
 #include <string_view>
 
 namespace interchange {
@@ -37,25 +37,35 @@ std::string counted(std::size_t count, std::string_view one, std::string_view ma
     return std::to_string(count) + ' ' + std::string(count == 1 ? one : many);
 }
 
+void append(std::string& kinds, std::size_t count, std::string_view one, std::string_view many) {
+    if (count == 0) return;
+    if (!kinds.empty()) kinds += ", ";
+    kinds += counted(count, one, many);
+}
+
 }  // namespace
 
-std::string summaryOf(const Outline& outline) {
+std::string textOf(const KindCounts& counts) {
+    std::size_t all = 0;
+    for (const auto& [kind, count] : counts) all += count;
+    std::size_t named = 0;
     std::string kinds;
     for (const KindName& name : kKindNames) {
-        const auto count = static_cast<std::size_t>(std::ranges::count(
-            outline.nodes, static_cast<std::uint16_t>(name.kind), &OutlineNode::kind));
-        if (count == 0) continue;
-        if (!kinds.empty()) kinds += ", ";
-        kinds += counted(count, name.one, name.many);
+        const auto found = counts.find(static_cast<std::uint16_t>(name.kind));
+        if (found == counts.end()) continue;
+        append(kinds, found->second, name.one, name.many);
+        named += found->second;
     }
-    std::string text =
-        "imported " + counted(outline.nodes.size(), "node", "nodes") + " (" + kinds + ")";
+    append(kinds, all - named, "node of another kind", "nodes of other kinds");
+    return counted(all, "node", "nodes") + " (" + kinds + ")";
+}
+
+std::string summaryOf(const Outline& outline) {
+    KindCounts counts;
+    for (const OutlineNode& node : outline.nodes) ++counts[node.kind];
+    std::string text = "imported " + textOf(counts);
     if (outline.unknownRecords != 0) {
-        text += ", skipped " + counted(outline.unknownRecords, "unknown record", "unknown records");
-    }
-    if (outline.leftOutNodes != 0) {
-        text += ", left out " +
-                counted(outline.leftOutNodes, "node of another kind", "nodes of other kinds");
+        text += ", kept " + counted(outline.unknownRecords, "unknown record", "unknown records");
     }
     return text;
 }

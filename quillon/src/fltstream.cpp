@@ -30,7 +30,7 @@ FltStream::~FltStream() {
     }
 }
 
-bool FltStream::open(const std::string& path, const FltHeader& header) {
+bool FltStream::open(const std::string& path, const FltHeader& header, FltHeaderForm* form) {
     diagnostics::check(file_ == nullptr, "fltstream", 72);
     std::FILE* file = quillon::openFile(quillon::nativePath(path), true);
     if (file == nullptr) return false;
@@ -38,8 +38,17 @@ bool FltStream::open(const std::string& path, const FltHeader& header) {
     attach(file, header.revision());
     ownsFile_ = true;
     header_ = header;
-    header_.write(*this);
+    headerForm_ = form;
+    putHeader();
+    writeToken(token_);
     return true;
+}
+
+void FltStream::putHeader() {
+    if (headerForm_ != nullptr)
+        headerForm_->putHeader(token_, header_);
+    else
+        header_.writeToken(token_, revision_);
 }
 
 void FltStream::attach(std::FILE* file, std::uint32_t revision, FltStreamMode mode) {
@@ -50,6 +59,7 @@ void FltStream::attach(std::FILE* file, std::uint32_t revision, FltStreamMode mo
     mode_ = mode;
     nesting_ = {};
     header_ = {};
+    headerForm_ = nullptr;
     pendingItems_.clear();
 }
 
@@ -65,7 +75,7 @@ bool FltStream::close() {
 bool FltStream::rewriteHeader() {
     if (std::ferror(file_) != 0 || std::fseek(file_, 0, SEEK_SET) != 0) return false;
     header_.formatRevision = static_cast<std::int32_t>(revision_);
-    header_.writeToken(token_, revision_);
+    putHeader();
     token_.writeTo(file_);
     return true;
 }

@@ -3,6 +3,7 @@
 #include <kiln/host/core.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 
 namespace script {
@@ -74,6 +75,16 @@ Value getFiles(const Arguments& arguments) {
     return Value::ofArray({found.begin(), found.end()});
 }
 
+Value exportFile(const Arguments& arguments) {
+    constexpr double kMost = 0xFFFF;
+    const double revision = arguments.number(2, 0);
+    if (!(revision >= 0 && revision <= kMost) || revision != std::floor(revision))
+        throw Failure("a revision is a whole number such as 1580");
+    const DWORD options = (arguments.boolean(1, false) ? SCENE_EXPORT_SELECTED : 0) |
+                          static_cast<DWORD>(revision) << SCENE_EXPORT_VERSION_SHIFT;
+    return require(core().exportFile(arguments.text(0), options), arguments.text(0));
+}
+
 }  // namespace
 
 void addFileVerbs(Engine& engine) {
@@ -92,10 +103,7 @@ void addFileVerbs(Engine& engine) {
     engine.addVerb("importFile", "path", [](const Arguments& arguments) {
         return require(core().importFile(arguments.text(0)), arguments.text(0));
     });
-    engine.addVerb("exportFile", "path selected?", [](const Arguments& arguments) {
-        const DWORD options = arguments.boolean(1, false) ? SCENE_EXPORT_SELECTED : 0;
-        return require(core().exportFile(arguments.text(0), options), arguments.text(0));
-    });
+    engine.addVerb("exportFile", "path selected? revision?", exportFile);
     engine.addVerb("getFiles", "pattern", getFiles);
 }
 

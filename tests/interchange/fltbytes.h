@@ -97,6 +97,16 @@ public:
         return record(72, body);
     }
 
+    /// A matrix that moves by (x, y, z).
+    FltBytes& matrix(float x, float y, float z) {
+        Bytes body;
+        for (const float value :
+             {1.F, 0.F, 0.F, 0.F, 0.F, 1.F, 0.F, 0.F, 0.F, 0.F, 1.F, 0.F, x, y, z, 1.F}) {
+            body.f32(value);
+        }
+        return record(49, body);
+    }
+
     /// A face over vertices of `palette`.
     FltBytes& polygon(std::string_view id, std::initializer_list<std::uint32_t> vertices) {
         return face(id).push().list(vertices).pop();

@@ -78,38 +78,37 @@ TEST(Outline, FollowsEverySortOfLevel) {
          "1(2(4,4))"},
         {"subfaces", fileWithSubfaces(), "1(5(5),5)"},
         {"extension and attribute levels hold no nodes", fileWithExtension(), "1(2(4))"},
-        {"nodes without a place leave it to their children", fileWithSound(), "1(2(4,4))"},
+        {"nodes of kinds without a class", fileWithSound(), "1(2(91(4),4))"},
     };
     for (const auto& test : cases)
         EXPECT_EQ(treeOf(readOutline(test.file)), test.tree) << test.name;
 }
 
-TEST(Outline, CountsWhatItDoesNotTake) {
+TEST(Outline, CountsWhatNobodyKnows) {
     FltBytes file;
-    file.push().group("a").record(300).record(3, Bytes().zeros(8)).record(0xFFFF).record(84);
-    file.comment("about the mesh").record(49, Bytes().zeros(64)).pop();
+    file.push().group("a").record(300).record(3, Bytes().zeros(8)).record(0xFFFF).record(91).pop();
     const Outline outline = readOutline(file);
     EXPECT_EQ(outline.unknownRecords, 3U);
-    EXPECT_EQ(outline.leftOutNodes, 1U);
-    EXPECT_EQ(outline.nodes[1].firstComment, kNone);
-    EXPECT_EQ(outline.nodes[1].matrix, 0U);
     EXPECT_EQ(interchange::summaryOf(outline),
-              "imported 2 nodes (1 group, 1 header), skipped 3 unknown records, "
-              "left out 1 node of another kind");
+              "imported 3 nodes (1 group, 1 header, 1 node of another kind), "
+              "kept 3 unknown records");
 }
 
 TEST(Outline, TellsWhichNodeARecordIsAbout) {
     FltBytes file;
     file.comment("about the file").push().group("a").record(300).comment("first").longId("long");
+    file.record(21).comment("about the extension").group("x").record(22);
     file.push().group("b").comment("other").pop().comment("second").pop();
     const Outline outline = readOutline(file);
-    std::vector<int> commentCounts;
+    std::vector<std::vector<int>> opcodes;
     for (const auto& node : outline.nodes) {
-        int count = 0;
-        for (auto i = node.firstComment; i != kNone; i = outline.comments[i].next) ++count;
-        commentCounts.push_back(count);
+        opcodes.emplace_back();
+        for (auto i = node.firstPiece; i != kNone; i = outline.pieces[i].next) {
+            opcodes.back().push_back(interchange::uint16At(file, outline.pieces[i].record));
+        }
     }
-    EXPECT_EQ(commentCounts, (std::vector<int>{1, 2, 1}));
+    EXPECT_EQ(opcodes, (std::vector<std::vector<int>>{
+                           {31, 10, 11}, {300, 31, 33, 21, 31, 2, 22, 10, 11, 31}, {31}}));
     EXPECT_NE(outline.nodes[1].longId, 0U);
     EXPECT_EQ(outline.nodes[2].longId, 0U);
 }

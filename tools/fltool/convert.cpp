@@ -5,51 +5,18 @@
 #include <quillon/fltfactory.h>
 #include <quillon/fltfilereader.h>
 #include <quillon/fltopcode.h>
+#include <quillon/fltreplacefile.h>
 #include <quillon/fltstream.h>
 
-#include <filesystem>
+#include <cerrno>
 #include <map>
 #include <memory>
 #include <ostream>
-#include <random>
 #include <system_error>
 
 namespace fltool {
 
 namespace {
-
-std::filesystem::path pathOf(const std::string& text) {
-    return std::u8string(text.begin(), text.end());
-}
-
-/// A file beside `output` that takes its place when it is complete, and is gone otherwise.
-class TemporaryFile {
-public:
-    explicit TemporaryFile(const std::string& output) : output_(output) {
-        std::random_device random;
-        do {
-            name_ = output + "." + std::to_string(random()) + ".tmp";
-        } while (std::filesystem::exists(pathOf(name_)));
-    }
-    ~TemporaryFile() {
-        std::error_code ignored;
-        std::filesystem::remove(pathOf(name_), ignored);
-    }
-    TemporaryFile(const TemporaryFile&) = delete;
-    TemporaryFile& operator=(const TemporaryFile&) = delete;
-
-    const std::string& name() const noexcept { return name_; }
-
-    void takePlace() {
-        std::error_code reason;
-        std::filesystem::rename(pathOf(name_), pathOf(output_), reason);
-        if (reason) throw CommandError("cannot write " + output_ + ": " + reason.message());
-    }
-
-private:
-    std::string output_;
-    std::string name_;
-};
 
 class Converter {
 public:
@@ -137,7 +104,7 @@ private:
 
 void convert(const ConvertOptions& options, std::ostream& out) {
     const FltFileBytes file = FltFileBytes::load(options.input);
-    TemporaryFile temporary(options.output);
+    FltReplaceFile temporary(options.output);
     Converter converter(options, file);
     {
         FltStream stream;  // closed before its file is moved or removed

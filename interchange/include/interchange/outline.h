@@ -21,35 +21,44 @@ inline constexpr std::uint32_t kNone = 0xFFFFFFFF;
 /// One node of the file. Offsets are in bytes from the start of the file and name the record's
 /// first byte; 0, where the header stands, means that there is no such record.
 struct OutlineNode {
-    std::uint16_t kind = 0;              ///< opcode of the node's record
-    std::uint32_t parent = kNone;        ///< index of the parent, which comes first; header: kNone
-    std::uint32_t record = 0;            ///< the node's record
-    std::uint32_t longId = 0;            ///< its long identifier
-    std::uint32_t matrix = 0;            ///< its 4 x 4 matrix
-    std::uint32_t firstCorner = 0;       ///< index into `Outline::corners`
-    std::uint32_t cornerCount = 0;       ///< corners of its polygon, or its points
-    std::uint32_t firstComment = kNone;  ///< index into `Outline::comments`
-    std::uint32_t lastComment = kNone;
+    std::uint16_t kind = 0;            ///< opcode of the node's record
+    std::uint32_t parent = kNone;      ///< index of the parent, which comes first; header: kNone
+    std::uint32_t record = 0;          ///< the node's record
+    std::uint32_t longId = 0;          ///< its long identifier
+    std::uint32_t list = 0;            ///< the vertex list of its polygon or its points
+    std::uint32_t firstCorner = 0;     ///< index into `Outline::corners`
+    std::uint32_t cornerCount = 0;     ///< corners of its polygon, or its points
+    std::uint32_t firstPiece = kNone;  ///< index into `Outline::pieces`
+    std::uint32_t lastPiece = kNone;
 };
 
-/// One comment record; the comments of a node form a chain in file order.
-struct OutlineComment {
+/// One of the records that stand with a node: those that add to it, the pushes and pops of the
+/// levels below it, and what those hold beside its children. The pieces of a node form a chain in
+/// file order. Not among them are the vertices of the vertex palette and what continues the node's
+/// own vertex list.
+struct OutlinePiece {
     std::uint32_t record = 0;    ///< offset of the record
-    std::uint32_t next = kNone;  ///< index of the node's next comment
+    std::uint32_t next = kNone;  ///< index of the node's next piece
+    /// Of a pop: how many nodes stand directly in the level it ends. `kNone` for what stands in a
+    /// level of extensions or attributes, and is about those.
+    std::uint32_t children = 0;
 };
 
 /// What a file holds. Every offset in it names a record that lies completely within the file.
 struct Outline {
     std::uint32_t revision = 0;            ///< format revision x 100, from the header
     std::vector<OutlineNode> nodes;        ///< in file order, the header first
-    std::vector<OutlineComment> comments;  ///< in file order
+    std::vector<OutlinePiece> pieces;      ///< in file order
     std::vector<std::uint32_t> corners;    ///< offsets of vertex records, for all nodes
     std::vector<std::uint32_t> lights;     ///< offsets of light source palette records
+    std::vector<std::uint32_t> textures;   ///< offsets of texture palette records
+    std::vector<std::uint32_t> materials;  ///< offsets of material palette records
     std::uint32_t colorPalette = 0;        ///< offset of the colour palette, 0 without one
+    std::uint32_t vertexPalette = 0;       ///< offset of the (last) vertex palette, 0 without one
+    std::uint32_t vertexPaletteEnd = 0;    ///< offset behind its last vertex
 
     std::uint32_t longIds = 0;         ///< long identifiers read
     std::uint32_t unknownRecords = 0;  ///< records of opcodes that nobody here knows
-    std::uint32_t leftOutNodes = 0;    ///< nodes of known kinds that have no place in a scene
 };
 
 /// Levels of push records may nest this deep; deeper files are refused. Far beyond real content,
@@ -60,9 +69,14 @@ inline constexpr std::size_t kDeepestLevel = 512;
 /// offset only, so it owns nothing of them.
 ///
 /// The length of every record is taken from the file. Records between a push and pop of extension
-/// or attribute levels belong to no node. Throws `FltFileError` for a file that is empty, cut
-/// short, older than the format, nested wrongly or too deeply, or that contradicts itself.
+/// or attribute levels are no nodes, but pieces of the node that they follow. Throws `FltFileError`
+/// for a file that is empty, cut short, older than the format, nested wrongly or too deeply, or
+/// that contradicts itself.
 Outline readOutline(FileBytes bytes);
+
+/// Whether a vertex list may name offset `vertex`: a whole vertex record of the vertex palette
+/// stands there, or one that has at least its position.
+bool isVertexAt(FileBytes bytes, const Outline& outline, std::uint64_t vertex) noexcept;
 
 /// A big-endian number of the file. The bytes must be there.
 std::uint16_t uint16At(FileBytes bytes, std::size_t offset) noexcept;

@@ -45,6 +45,9 @@ public:
 
 /// Bits of `SceneExport::DoExport`'s `options`.
 inline constexpr DWORD SCENE_EXPORT_SELECTED = 1;  ///< only what is selected
+/// From this bit on: the version of the file format to write, a number as the format counts them;
+/// 0 leaves it to the exporter.
+inline constexpr int SCENE_EXPORT_VERSION_SHIFT = 16;
 
 /// An exporter, of super class `SCENE_EXPORT_CLASS_ID`.
 class SceneExport {

@@ -20,6 +20,15 @@ public:
     virtual void writePending(FltToken& token, std::uint32_t revision) = 0;
 };
 
+/// Lays out the header of a file for who wants more in it than the fields of `FltHeader`.
+class FltHeaderForm {
+public:
+    virtual ~FltHeaderForm() = default;
+
+    /// Puts the header record into `token`, of the same length each time.
+    virtual void putHeader(FltToken& token, const FltHeader& header) = 0;
+};
+
 enum class FltStreamMode : std::int32_t { read = 0, write = 1 };
 
 /// Writes records, in order, to a file, and counts the nesting they open and close.
@@ -37,8 +46,11 @@ public:
 
     /// Creates the file (replacing one that exists) and writes `header` as its first record; the
     /// stream's revision is the header's. Gives false when the file cannot be created, true
-    /// otherwise. The path is UTF-8. Throws `AviaryAssertion` when a file is open already.
-    [[nodiscard]] bool open(const std::string& path, const FltHeader& header = {});
+    /// otherwise. The path is UTF-8. `form` (not owned, must outlive the file; null for the
+    /// record's own) lays the header out, here and at the end. Throws `AviaryAssertion` when a file
+    /// is open already.
+    [[nodiscard]] bool open(const std::string& path, const FltHeader& header = {},
+                            FltHeaderForm* form = nullptr);
 
     /// Uses a file that the caller has open, and closes it after this stream is done with it.
     /// Nothing is written to it but the records. Throws as `open`.
@@ -84,6 +96,7 @@ public:
 
 private:
     void prepareFor(std::uint16_t opcode);
+    void putHeader();
     bool rewriteHeader();
     bool release() noexcept;
 
@@ -96,6 +109,7 @@ private:
     FltToken pendingToken_;
     bool flushing_ = false;
     FltHeader header_;
+    FltHeaderForm* headerForm_ = nullptr;
     std::FILE* file_ = nullptr;
     bool ownsFile_ = false;
 };

@@ -1,0 +1,24 @@
+// Big-endian numbers into bytes.
+#pragma once
+
+#include <quillon/fltbyteorder.h>
+
+#include <cstdint>
+
+namespace interchange {
+
+inline void put16(std::uint8_t* place, std::uint16_t value) noexcept {
+    fltStoreBigEndian(place, value);
+}
+inline void put32(std::uint8_t* place, std::uint32_t value) noexcept {
+    fltStoreBigEndian(place, value);
+}
+/// Rounds to single precision.
+inline void putFloat32(std::uint8_t* place, double value) noexcept {
+    fltStoreBigEndian(place, static_cast<float>(value));
+}
+inline void putFloat64(std::uint8_t* place, double value) noexcept {
+    fltStoreBigEndian(place, value);
+}
+
+}  // namespace interchange

@@ -1,0 +1,86 @@
+#include "plan.h"
+#include "scenewriter.h"
+#include "summary.h"
+
+#include <diagnostics/assertion.h>
+#include <interchange/export.h>
+#include <interchange/import.h>
+#include <kiln/kiln.h>
+#include <quillon/fltreplacefile.h>
+
+#include <cerrno>
+#include <exception>
+#include <new>
+#include <system_error>
+
+namespace interchange {
+
+namespace {
+
+void checkRevision(std::uint32_t revision) {
+    if (revision == 0 || (revision >= kOldestExport && revision <= kNewestExport)) return;
+    throw ExportError("revision " + std::to_string(revision) + " cannot be written; " +
+                      std::to_string(kOldestExport) + " to " + std::to_string(kNewestExport) +
+                      " can");
+}
+
+void writeTo(const std::string& path, const std::string& temporary, SceneWriter& writer,
+             std::uint32_t revision) {
+    FltStream stream;
+    errno = 0;
+    if (!stream.open(temporary, writer.header(revision), &writer)) {
+        throw std::system_error(errno, std::generic_category(), "cannot write " + path);
+    }
+    writer.write(stream);
+    if (!stream.close()) {
+        throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(),
+                                "cannot write " + path);
+    }
+}
+
+std::string summaryOf(const Plan& plan) {
+    KindCounts counts;
+    for (const PlanNode& node : plan.nodes) ++counts[static_cast<std::uint16_t>(node.kind)];
+    std::string text = "exported " + textOf(counts);
+    if (plan.otherDatabases != 0) {
+        text += ", left out " + std::to_string(plan.otherDatabases) +
+                (plan.otherDatabases == 1 ? " other database" : " other databases");
+    }
+    return text;
+}
+
+void writeOut(const std::string& path, const ExportOptions& options, ImpExpReport& report,
+              Interface& host) {
+    checkRevision(options.revision);
+    const Plan plan = planExport(options, host);
+    SceneWriter writer(plan, report);
+    writer.collect();
+    FltReplaceFile file(path);
+    writeTo(path, file.name(), writer, options.revision);
+    if (!report.Progress(1, "Writing the file")) throw Cancelled();
+    file.takePlace();
+    report.Summary(summaryOf(plan).c_str());
+}
+
+}  // namespace
+
+int exportFile(const char* path, const ExportOptions& options, ImpExpReport& report,
+               Interface& host) noexcept {
+    try {
+        writeOut(path == nullptr ? "" : path, options, report, host);
+        return IMPEXP_SUCCESS;
+    } catch (const Cancelled&) {
+        return IMPEXP_CANCEL;
+    } catch (const diagnostics::AviaryAssertion&) {
+        report.Error("A node has a record that is too long for the file.");
+    } catch (const std::bad_alloc&) {
+        report.Error("There is not enough memory to write this file.");
+    } catch (const std::exception& error) {
+        report.Error(error.what());
+    } catch (...) {
+        report.Error("The file could not be written.");
+    }
+    return IMPEXP_FAIL;
+}
+
+}  // namespace interchange

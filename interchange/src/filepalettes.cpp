@@ -1,0 +1,129 @@
+#include "filepalettes.h"
+
+#include <fltkilnutil/kilnflt.h>
+#include <interchange/textencoding.h>
+#include <quillon/fltopcode.h>
+#include <quillon/fltstream.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace interchange {
+
+namespace {
+
+// A texture palette record: file name, index, place in the palette's window.
+constexpr std::size_t kTextureNameLength = 200;
+constexpr std::size_t kTextureIndex = 4 + kTextureNameLength;
+constexpr std::size_t kTextureEnd = kTextureIndex + 4;
+
+std::string bytesOf(const FltLightSourcePalette& entry) {
+    FltToken token;
+    entry.writeToken(token, kFltRevision);
+    return std::string(reinterpret_cast<const char*>(token.data()), token.length());
+}
+
+bool areEqual(FltLightSourcePalette a, const FltLightSourcePalette& b) {
+    a.paletteIndex = b.paletteIndex;
+    return bytesOf(a) == bytesOf(b);
+}
+
+template <typename Map>
+std::int32_t freeIndex(const Map& entries) {
+    return entries.empty() ? 0 : std::max(0, entries.rbegin()->first + 1);
+}
+
+}  // namespace
+
+void FilePalettes::read(const Kept& kept) {
+    revision_ = kept.revision;
+    forEachPiece(kept.pieces, [&](const RecordWalk& walk, bool opaque) {
+        if (opaque) return;
+        if (walk.opcode() == kFltColorPalette && colors_.empty()) colors_ = walk.record();
+        if (walk.opcode() == kFltLightSourcePalette) readLight(walk.record(), kept.revision);
+        if (walk.opcode() == kFltTexture) readTexture(walk.record());
+    });
+}
+
+void FilePalettes::readLight(FileBytes record, std::uint32_t revision) {
+    const FltRecord* const base = merger_.base(record, revision);
+    if (base == nullptr) return;
+    const auto& entry = static_cast<const FltLightSourcePalette&>(*base);
+    lights_.insert({entry.paletteIndex, {record, entry, false, false}});
+}
+
+void FilePalettes::readTexture(FileBytes record) {
+    if (record.size() < kTextureEnd) return;
+    textures_.emplace(static_cast<std::int32_t>(uint32At(record, kTextureIndex)),
+                      textOf(record.subspan(4, kTextureNameLength)));
+}
+
+std::int32_t FilePalettes::light(std::int32_t index, const FltLightSourcePalette& wanted) {
+    if (index < 0) index = freeIndex(lights_);
+    const auto found = lights_.find(index);
+    if (found == lights_.end()) {
+        Light light{{}, wanted, true, true};
+        light.entry.paletteIndex = index;
+        lights_.insert({index, light});
+        return index;
+    }
+    Light& light = found->second;
+    const bool claimed = std::exchange(light.claimed, true);
+    if (areEqual(wanted, light.entry)) return index;
+    if (claimed) return this->light(freeIndex(lights_), wanted);
+    light.entry = wanted;
+    light.entry.paletteIndex = index;
+    light.edited = true;
+    return index;
+}
+
+std::int32_t FilePalettes::texture(const std::string& fileName) {
+    const std::string name(startOf(fileName, kTextureNameLength - 1));
+    for (const auto& [index, present] : textures_) {
+        if (present == name) return index;
+    }
+    const std::int32_t index = freeIndex(textures_);
+    textures_.emplace(index, name);
+    newTextures_.insert(index);
+    return index;
+}
+
+void FilePalettes::write(FltStream& stream, FileBytes record) {
+    if (uint16At(record, 0) == kFltLightSourcePalette) {
+        for (const auto& [index, light] : lights_) {
+            if (light.read.data() == record.data() && light.edited) {
+                putLight(stream, light);
+                return;
+            }
+        }
+    }
+    stream.writeVerbatim(record);
+}
+
+void FilePalettes::writeNew(FltStream& stream) {
+    for (const std::int32_t index : newTextures_) {
+        char name[kTextureNameLength] = {};
+        std::ranges::copy(textures_[index], name);
+        FltToken& token = stream.token();
+        token.begin(kFltTexture);
+        token.writeBytes(sizeof name, name);
+        token.writeInt32(index);
+        token.writeInt32(std::int32_t{0});
+        token.writeInt32(std::int32_t{0});
+        stream.writeToken(token);
+    }
+    for (const auto& [index, light] : lights_) {
+        if (light.read.empty()) putLight(stream, light);
+    }
+}
+
+void FilePalettes::putLight(FltStream& stream, const Light& light) {
+    if (light.read.empty()) {
+        light.entry.writeToken(stream.token(), stream.revision());
+        stream.writeToken(stream.token());
+    } else {
+        stream.writeVerbatim(merger_.put(light.entry, stream.revision(), light.read, revision_));
+    }
+}
+
+}  // namespace interchange

@@ -1,0 +1,64 @@
+// The palettes of a file that is being written: what was read, and what edits add to it.
+#pragma once
+
+#include "beads.h"
+#include "kept.h"
+
+#include <quillon/fltlightsourcepalette.h>
+
+#include <map>
+#include <set>
+#include <string>
+
+class FltStream;
+
+namespace interchange {
+
+/// The light source and texture palettes. First every user of an entry says what it needs, then
+/// the palettes are written.
+class FilePalettes {
+public:
+    /// Starts from the palettes among the pieces of the database's node.
+    void read(const Kept& kept);
+
+    /// The colour palette record; empty without one.
+    FileBytes colors() const noexcept { return colors_; }
+
+    /// The index of the light source palette entry to use for a light that says `index` and looks
+    /// like `wanted`: `index` unless another light already made that entry look different.
+    std::int32_t light(std::int32_t index, const FltLightSourcePalette& wanted);
+
+    /// Whether there is a light source palette entry of that index.
+    bool hasLight(std::int32_t index) const { return lights_.contains(index); }
+
+    /// Whether the texture palette has an entry of that index.
+    bool hasTexture(std::int32_t index) const { return textures_.contains(index); }
+    /// The index of the entry for a picture file (UTF-8), which is added when there is none.
+    std::int32_t texture(const std::string& fileName);
+
+    /// Writes `record`, a palette record that was read, as it is to be now.
+    void write(FltStream& stream, FileBytes record);
+    /// Writes the entries that were not read.
+    void writeNew(FltStream& stream);
+
+private:
+    struct Light {
+        FileBytes read;  ///< as it was read; empty for a new one
+        FltLightSourcePalette entry;
+        bool edited = false;   ///< differs from what was read
+        bool claimed = false;  ///< some light looks like it
+    };
+
+    void readLight(FileBytes record, std::uint32_t revision);
+    void readTexture(FileBytes record);
+    void putLight(FltStream& stream, const Light& light);
+
+    FileBytes colors_;
+    std::uint32_t revision_ = 0;
+    std::map<std::int32_t, Light> lights_;
+    std::map<std::int32_t, std::string> textures_;  ///< file names by index
+    std::set<std::int32_t> newTextures_;
+    BeadMerger merger_;
+};
+
+}  // namespace interchange

@@ -1,0 +1,115 @@
+// What the importer keeps on a node beside its OpenFlight data, so that export can give it back.
+//
+// The record, the comment and the host node itself say most of what a file says about a node. The
+// rest stands in chunks of the importer's own, as records in file form:
+//
+//   chunk 0   version (16 bits), flags (16), format revision (32), all big-endian like the records
+//             [the node's record as it was read]
+//             [the name that the importer made up: 16-bit length, UTF-8]
+//             the node's pieces in file order
+//   chunk 1   what the vertices of its polygon hold beside coordinates (see vertices.h)
+//
+// Outside extension and attribute levels some pieces stand for something that lives elsewhere:
+//
+//   a pop                  holds how many children stand in the level that it ends (32 bits)
+//   an empty vertex list   the corners of the node's mesh
+//   a vertex palette       the place of the vertex palette
+//   vertices, then a list  a vertex list over these vertices, by number instead of by offset; when
+//                          it is the node's first, it counts while its mesh has no corners
+//
+// The bytes come from users' scene files and are never trusted.
+#pragma once
+
+#include <interchange/outline.h>
+
+#include <string_view>
+#include <vector>
+
+class Animatable;
+
+namespace interchange {
+
+/// What is kept on one node. Refers to the chunk's bytes; empty, with revision 0, without a chunk.
+struct Kept {
+    std::uint32_t revision = 0;  ///< x 100, of the file that the node came from
+    FileBytes bead;              ///< the node's record as it was read; empty when nothing is lost
+    std::string_view givenName;  ///< the name that the file did not say; empty when it did
+    FileBytes pieces;            ///< whole records, rightly nested
+};
+
+enum class KeptChunk : std::uint32_t { records = 0, corners = 1 };
+
+/// The bytes of a chunk of the importer's; empty when there is none.
+FileBytes keptChunk(const Animatable& thing, KeptChunk id) noexcept;
+
+/// Puts a copy of `bytes` on a node or a texture map. Throws `std::bad_alloc`.
+void keepChunk(Animatable& thing, KeptChunk id, FileBytes bytes);
+
+/// What is kept on the node; nothing when the chunk is damaged.
+Kept keptOn(const Animatable& node) noexcept;
+
+/// Puts together what is kept. One object serves many nodes.
+class KeptWriter {
+public:
+    /// Starts anew.
+    void begin(std::uint32_t revision);
+    void bead(FileBytes record);
+    void givenName(std::string_view name);
+    void record(FileBytes record);
+    /// A record of `opcode` with an empty body, or with the number `value` as its body.
+    void marker(std::uint16_t opcode);
+    void marker(std::uint16_t opcode, std::uint32_t value);
+    /// A record of `opcode` with the numbers from 0 to below `count`.
+    void numbers(std::uint16_t opcode, std::uint32_t count);
+    FileBytes bytes() const noexcept { return bytes_; }
+
+private:
+    void append16(std::uint32_t value);
+    void append32(std::uint32_t value);
+    void append(FileBytes bytes);
+
+    std::vector<std::uint8_t> bytes_;
+};
+
+/// The records in `bytes`, which must be whole ones, one after the other.
+class RecordWalk {
+public:
+    explicit RecordWalk(FileBytes bytes) noexcept : rest_(bytes) {}
+
+    /// Moves to the next record; false at the end.
+    bool next() noexcept {
+        if (rest_.empty()) return false;
+        record_ = rest_.first(uint16At(rest_, 2));
+        rest_ = rest_.subspan(record_.size());
+        return true;
+    }
+    FileBytes record() const noexcept { return record_; }
+    FileBytes body() const noexcept { return record_.subspan(4); }
+    std::uint16_t opcode() const noexcept { return uint16At(record_, 0); }
+
+private:
+    FileBytes record_;
+    FileBytes rest_;
+};
+
+/// The opcode of the pop that ends the level which a push of `opcode` begins; 0 for other records.
+std::uint16_t closerOf(std::uint16_t opcode) noexcept;
+bool isPop(std::uint16_t opcode) noexcept;
+/// Whether a level that `opcode` begins holds extensions or attributes, and no nodes.
+bool beginsOpaque(std::uint16_t opcode) noexcept;
+bool isVertex(std::uint16_t opcode) noexcept;
+bool isVertexList(std::uint16_t opcode) noexcept;
+
+/// Calls `visit(walk, opaque)` for each piece, with whether it stands in a level without nodes.
+template <typename Visit>
+void forEachPiece(FileBytes pieces, Visit&& visit) {
+    std::size_t opaque = 0;
+    for (RecordWalk walk(pieces); walk.next();) {
+        const std::uint16_t opcode = walk.opcode();
+        if (closerOf(opcode) != 0 && (opaque != 0 || beginsOpaque(opcode))) ++opaque;
+        visit(walk, opaque != 0);
+        if (isPop(opcode) && opaque != 0) --opaque;
+    }
+}
+
+}  // namespace interchange

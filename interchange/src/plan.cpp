@@ -1,0 +1,192 @@
+#include "plan.h"
+
+#include "beads.h"
+#include "kept.h"
+#include "transforms.h"
+
+#include <fltkilnutil/kilnflt.h>
+#include <kiln/kiln.h>
+#include <quillon/fltrecord.h>
+
+#include <algorithm>
+#include <unordered_set>
+
+namespace interchange {
+
+namespace {
+
+bool isHeader(INode* node) {
+    FltNodeKind kind{};
+    return fltGetKind(node, false, kind) && kind == FltNodeKind::Header;
+}
+
+/// The database that `node` belongs to; null for none.
+INode* databaseAbove(INode* node) {
+    while (node != nullptr && !isHeader(node)) node = node->GetParentNode();
+    return node;
+}
+
+/// Whether records of that kind can be written: the library has the class, or the node keeps what
+/// was read.
+bool isWritable(INode& node, FltNodeKind kind) {
+    const auto opcode = static_cast<std::uint16_t>(kind);
+    static RecordCache classes;
+    if (classes.of(opcode) != nullptr) return true;
+    const Kept kept = keptOn(node);
+    return !kept.bead.empty() && uint16At(kept.bead, 0) == opcode;
+}
+
+class Planner {
+public:
+    Planner(const ExportOptions& options, Interface& host)
+        : host_(host), selectedOnly_(options.selectedOnly) {}
+
+    Plan run() {
+        collectSelected();
+        database_ = findDatabase();
+        PlanNode header;
+        header.node = database_;
+        header.kind = FltNodeKind::Header;
+        plan_.nodes.push_back(header);
+        open_.push_back(0);
+        INode* const root = host_.GetRootNode();
+        if (database_ != nullptr) addChildren(*database_, databasePlace());
+        for (int i = 0; i < root->NumberOfChildren(); ++i) {
+            INode* const child = root->GetChildNode(i);
+            if (databaseAbove(child) == nullptr) add(*child, Matrix3(), false);
+        }
+        plan_.nodes.front().end = static_cast<std::uint32_t>(plan_.nodes.size());
+        countOtherDatabases();
+        if (database_ == nullptr && plan_.nodes.size() == 1) {
+            throw ExportError("the scene has no OpenFlight nodes to write");
+        }
+        return std::move(plan_);
+    }
+
+private:
+    void collectSelected() {
+        for (int i = 0; i < host_.GetSelNodeCount(); ++i) {
+            INode* node = host_.GetSelNode(i);
+            selected_.insert(node);
+            while (node != nullptr && leading_.insert(node).second) node = node->GetParentNode();
+        }
+        if (selectedOnly_ && selected_.empty()) throw ExportError("no node is selected");
+    }
+
+    INode* findDatabase() {
+        if (host_.GetSelNodeCount() > 0) {
+            INode* const above = databaseAbove(host_.GetSelNode(0));
+            if (above != nullptr) return above;
+        }
+        std::vector<INode*> nodes{host_.GetRootNode()};
+        while (!nodes.empty()) {
+            INode* const node = nodes.back();
+            nodes.pop_back();
+            if (isHeader(node)) return node;
+            for (int i = node->NumberOfChildren(); i-- > 0;) nodes.push_back(node->GetChildNode(i));
+        }
+        return nullptr;
+    }
+
+    /// A header cannot be moved in a file, except as it was when it was read; its children can.
+    Matrix3 databasePlace() const {
+        const Matrix3 place = database_->GetLocalTM(host_.GetTime());
+        return place == keptPlace(keptOn(*database_)) ? Matrix3() : place;
+    }
+
+    void countOtherDatabases() {
+        INode* const root = host_.GetRootNode();
+        for (int i = 0; i < root->NumberOfChildren(); ++i) {
+            INode* const child = root->GetChildNode(i);
+            if (child != database_ && isHeader(child)) ++plan_.otherDatabases;
+        }
+    }
+
+    /// Where a node of the scene is on the way: itself, what moves it from above, and whether it is
+    /// below a selected one.
+    struct Pending {
+        INode* node;
+        Matrix3 above;
+        bool selected;
+        std::size_t level;  ///< of `open_` to which it belongs
+    };
+
+    void addChildren(INode& node, const Matrix3& above) {
+        const bool selected = !selectedOnly_ || selected_.contains(&node);
+        for (int i = 0; i < node.NumberOfChildren(); ++i) {
+            add(*node.GetChildNode(i), above, selected);
+        }
+    }
+
+    /// Adds `top` and all below it, without recursion.
+    void add(INode& top, const Matrix3& above, bool selected) {
+        std::vector<Pending> pending{{&top, above, selected, open_.size()}};
+        while (!pending.empty()) {
+            const Pending next = pending.back();
+            pending.pop_back();
+            closeDownTo(next.level);
+            addOne(next, pending);
+        }
+        closeDownTo(1);
+    }
+
+    void closeDownTo(std::size_t levels) {
+        for (; open_.size() > levels; open_.pop_back()) {
+            plan_.nodes[open_.back()].end = static_cast<std::uint32_t>(plan_.nodes.size());
+        }
+    }
+
+    void addOne(const Pending& next, std::vector<Pending>& pending) {
+        INode& node = *next.node;
+        const bool selected = next.selected || !selectedOnly_ || selected_.contains(&node);
+        if (isHeader(&node) || (!selected && !leading_.contains(&node))) return;
+        FltNodeKind kind{};
+        Matrix3 above;
+        if (fltGetKind(&node, true, kind) && isWritable(node, kind)) {
+            addToPlan(node, kind, next.above);
+        } else {
+            above = node.GetLocalTM(host_.GetTime()) * next.above;
+        }
+        for (int i = node.NumberOfChildren(); i-- > 0;) {
+            pending.push_back({node.GetChildNode(i), above, selected, open_.size()});
+        }
+    }
+
+    void addToPlan(INode& node, FltNodeKind kind, const Matrix3& above) {
+        if (open_.size() >= kDeepestLevel) {
+            throw ExportError("\"" + std::string(node.GetName()) + "\" lies deeper than " +
+                              std::to_string(kDeepestLevel) + " levels");
+        }
+        PlanNode planned;
+        planned.node = &node;
+        planned.kind = kind;
+        if (!above.IsIdentity()) {
+            planned.above = static_cast<std::uint32_t>(plan_.above.size());
+            plan_.above.push_back(above);
+        }
+        ++plan_.nodes[open_.back()].children;
+        open_.push_back(static_cast<std::uint32_t>(plan_.nodes.size()));
+        plan_.nodes.push_back(planned);
+    }
+
+    Interface& host_;
+    bool selectedOnly_;
+    Plan plan_;
+    INode* database_ = nullptr;
+    std::vector<std::uint32_t> open_;  ///< nodes of the plan whose children are being added
+    std::unordered_set<const INode*> selected_;
+    std::unordered_set<const INode*> leading_;  ///< selected nodes and those above them
+};
+
+}  // namespace
+
+Plan planExport(const ExportOptions& options, Interface& host) {
+    return Planner(options, host).run();
+}
+
+Matrix3 placeInFile(const Plan& plan, const PlanNode& node) {
+    const Matrix3 local = node.node->GetLocalTM(0);
+    return node.above == kNone ? local : local * plan.above[node.above];
+}
+
+}  // namespace interchange

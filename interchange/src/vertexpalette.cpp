@@ -1,0 +1,63 @@
+#include "vertexpalette.h"
+
+#include "plan.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace interchange {
+
+namespace {
+
+// The palette record itself, before its vertices.
+constexpr std::uint32_t kFirstVertex = 8;
+constexpr std::size_t kLargestPalette = 0x7FFFFFFF;
+
+std::uint64_t hashOf(FileBytes bytes) noexcept {
+    constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15;
+    std::uint64_t hash = bytes.size();
+    while (bytes.size() >= 8) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, bytes.data(), 8);
+        hash = (hash ^ word) * kFactor;
+        hash ^= hash >> 32;
+        bytes = bytes.subspan(8);
+    }
+    for (const std::uint8_t byte : bytes) hash = (hash ^ byte) * kFactor;
+    return hash ^ hash >> 29;
+}
+
+}  // namespace
+
+std::uint32_t VertexPalette::add(FileBytes vertex) {
+    if (2 * (count_ + 1) > table_.size()) enlargeTable();
+    const std::size_t mask = table_.size() - 1;
+    std::size_t slot = hashOf(vertex) & mask;
+    for (; table_[slot] != 0; slot = (slot + 1) & mask) {
+        const std::uint32_t place = table_[slot] - 1;
+        if (std::ranges::equal(recordAt(bytes_, place), vertex)) return place + kFirstVertex;
+    }
+    if (bytes_.size() + vertex.size() > kLargestPalette) {
+        throw ExportError("there are more vertices than one OpenFlight file can hold");
+    }
+    const auto place = static_cast<std::uint32_t>(bytes_.size());
+    bytes_.insert(bytes_.end(), vertex.begin(), vertex.end());
+    table_[slot] = place + 1;
+    ++count_;
+    return place + kFirstVertex;
+}
+
+void VertexPalette::enlargeTable() {
+    constexpr std::size_t kSmallest = 1024;
+    table_.assign(std::max(kSmallest, 2 * table_.size()), 0);
+    const std::size_t mask = table_.size() - 1;
+    for (std::size_t place = 0; place < bytes_.size();) {
+        const FileBytes vertex = recordAt(bytes_, static_cast<std::uint32_t>(place));
+        std::size_t slot = hashOf(vertex) & mask;
+        while (table_[slot] != 0) slot = (slot + 1) & mask;
+        table_[slot] = static_cast<std::uint32_t>(place + 1);
+        place += vertex.size();
+    }
+}
+
+}  // namespace interchange

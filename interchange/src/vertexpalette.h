@@ -1,0 +1,30 @@
+// The vertex palette of a file that is being written.
+#pragma once
+
+#include <interchange/outline.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace interchange {
+
+/// Collects vertex records. Equal ones stand in the palette once.
+class VertexPalette {
+public:
+    /// The offset from the start of the palette record by which vertex lists name `vertex`.
+    /// Throws `ExportError` when the palette would exceed what an offset can count.
+    std::uint32_t add(FileBytes vertex);
+
+    /// The records, one after the other.
+    FileBytes vertices() const noexcept { return bytes_; }
+    bool empty() const noexcept { return bytes_.empty(); }
+
+private:
+    void enlargeTable();
+
+    std::vector<std::uint8_t> bytes_;
+    std::vector<std::uint32_t> table_;  ///< by hash: offset in `bytes_` + 1, or 0
+    std::size_t count_ = 0;
+};
+
+}  // namespace interchange

@@ -1,0 +1,253 @@
+// Scenes into files: what was edited, what was made in the scene, what goes wrong.
+#include "exportscene.h"
+#include "fltbytes.h"
+
+#include <fltkilnutil/fltattr.h>
+#include <fltkilnutil/kilnflt.h>
+#include <fltkilnutil/kilnlight.h>
+#include <quillon/fltface.h>
+#include <quillon/fltgroup.h>
+#include <quillon/fltheader.h>
+#include <quillon/fltlightsource.h>
+#include <quillon/flttext.h>
+
+namespace {
+
+class ExportTest : public ExportScene {
+protected:
+    INode* database() { return host.GetRootNode()->GetChildNode(0); }
+
+    /// Exports the scene and imports the result in its place.
+    INode* reimported(const interchange::ExportOptions& options = {}) {
+        const std::vector<std::uint8_t> file = exported(options);
+        core.newScene();
+        return import(file);
+    }
+
+    template <typename Record>
+    static Record recordOf(INode* node) {
+        Record record;
+        EXPECT_TRUE(fltGetRecord(node, record));
+        return record;
+    }
+};
+
+const std::initializer_list<std::array<double, 3>> kPoints = {
+    {0, 0, 0}, {4, 0, 0}, {4, 4, 0}, {0, 4, 0}};
+
+}  // namespace
+
+TEST_F(ExportTest, WritesEditsAndKeepsTheRest) {
+    FltBytes file("f");
+    Bytes group;
+    group.field("old", 8).u16(1).u16(0xABCD).u32(5).zeros(16).u32(0xCAFE).u32(0xBEEF);
+    file.push().record(2, group).comment("old comment").matrix(1, 2, 3).longId("old name").pop();
+    INode* node = import(file)->GetChildNode(0);
+    auto record = recordOf<FltGroup>(node);
+    record.flags = 77;
+    ASSERT_TRUE(fltPutRecord(node, record));
+    ASSERT_TRUE(fltPutComment(node, "new comment"));
+    node->SetName("新名");
+    node->SetLocalTM(0, TransMatrix({4, 5, 6}));
+    const std::vector<std::uint8_t> out = exported();
+
+    Bytes edited;
+    edited.field("old", 8).u16(1).u16(0xABCD).u32(77).zeros(16).u32(0xCAFE).u32(0xBEEF);
+    FltBytes expected("f");
+    expected.push().record(2, edited).comment(std::string_view("new comment\0", 12));
+    expected.matrix(4, 5, 6).record(33, Bytes().text("新名").zeros(6)).pop();
+    const auto body = [](std::span<const std::uint8_t> bytes) {
+        return std::vector<std::uint8_t>(bytes.begin() + FltBytes::kHeaderLength, bytes.end());
+    };
+    // A matrix comes padded to a multiple of 8.
+    EXPECT_EQ(body(out).size(), body(expected).size() + 4);
+    node = reimported()->GetChildNode(0);
+    EXPECT_STREQ(node->GetName(), "新名");
+    EXPECT_EQ(node->GetNodeTM(0).GetTrans(), (Point3{4, 5, 6}));
+    EXPECT_EQ(recordOf<FltGroup>(node).flags, 77);
+    std::string comment;
+    EXPECT_TRUE(fltGetComment(node, comment));
+    EXPECT_EQ(comment, "new comment");
+}
+
+TEST_F(ExportTest, DropsPackedColoursOfEditedIndices) {
+    constexpr std::uint32_t kPacked = 0x10000000;
+    FltBytes file("f");
+    file.palette(kPoints)
+        .push()
+        .face("kept", kPacked, 0xFF332211)
+        .face("edited", kPacked, 0xFF332211);
+    INode* const edited = import(file.pop())->GetChildNode(1);
+    auto record = recordOf<FltFace>(edited);
+    record.primaryColorIndex = 300;
+    ASSERT_TRUE(fltPutRecord(edited, record));
+    INode* const again = reimported();
+    EXPECT_EQ(again->GetChildNode(0)->GetWireColor(), 0x332211U);
+    EXPECT_NE(again->GetChildNode(1)->GetWireColor(), 0x332211U);
+    EXPECT_EQ(recordOf<FltFace>(again->GetChildNode(1)).primaryColorIndex, 300U);
+    EXPECT_EQ(recordOf<FltFace>(again->GetChildNode(1)).flags & kPacked, 0U);
+}
+
+TEST_F(ExportTest, WritesWhatWasMadeInTheScene) {
+    // No header, a box that is a face by what it shows, a group with a light, and what is neither.
+    INode* const box = host.CreateObjectNode(new BoxObject(2, 4, 6), "Box");
+    INode* const helper = host.CreateObjectNode(new DummyObject, "helper");
+    INode* const group = host.CreateObjectNode(new DummyObject, "a group with a long name");
+    ASSERT_TRUE(fltEnsureKind(group, FltNodeKind::Group, kFltRevision));
+    ASSERT_TRUE(fltPutRecord(group, FltGroup()));
+    ASSERT_TRUE(helper->AttachChild(group, false));
+    helper->SetLocalTM(0, TransMatrix({10, 0, 0}));
+    group->SetLocalTM(0, TransMatrix({0, 5, 0}));
+    auto* const omni = new GenLight(OMNI_LIGHT_CLASS_ID);
+    omni->SetColor(0x0000FF);
+    INode* const light = host.CreateObjectNode(omni, "lamp");
+    ASSERT_TRUE(group->AttachChild(light, false));
+    light->SetLocalTM(0, TransMatrix({1, 2, 3}));
+    INode* const again = reimported();
+
+    EXPECT_EQ(tree(), "airfield(Box,f2,f3,f4,f5,f6,a group with a long name(lamp))");
+    EXPECT_EQ(report.summary, "exported 4 nodes (1 group, 1 light source, 1 face, 1 header)");
+    const auto face = recordOf<FltFace>(again->GetChildNode(0));
+    EXPECT_EQ(fltText(face.asciiId), "f1");
+    EXPECT_EQ(recordOf<FltHeader>(again).nextFaceId, 7);
+    for (int i = 0; i < 6; ++i) {
+        const auto& mesh =
+            dynamic_cast<TriObject&>(*again->GetChildNode(i)->GetObjectRef()).GetMesh();
+        EXPECT_EQ(mesh.verts.Count(), 4) << "a side is one polygon";
+    }
+    INode* const groupAgain = again->GetChildNode(6);
+    EXPECT_EQ(groupAgain->GetNodeTM(0).GetTrans(), (Point3{10, 5, 0}));
+    INode* const lightAgain = groupAgain->GetChildNode(0);
+    EXPECT_EQ(lightAgain->GetNodeTM(0).GetTrans(), (Point3{11, 7, 3}));
+    EXPECT_EQ(lightAgain->GetObjectRef()->ClassID(), OMNI_LIGHT_CLASS_ID);
+    EXPECT_EQ(dynamic_cast<GenLight&>(*lightAgain->GetObjectRef()).GetColor(), 0x0000FFU);
+    static_cast<void>(box);
+}
+
+TEST_F(ExportTest, MovesNodesAmongParents) {
+    FltBytes file("f");
+    file.palette(kPoints).push().group("a").push().object("b").object("c").pop().comment("x");
+    file.group("d").face("e").push().list({0, 1, 2}).pop().pop();
+    INode* const top = import(file);
+    ASSERT_TRUE(top->GetChildNode(1)->AttachChild(top->GetChildNode(0)->GetChildNode(0), false));
+    ASSERT_TRUE(top->GetChildNode(2)->AttachChild(top->GetChildNode(1), false));
+    const std::string before = tree();
+    reimported();
+    EXPECT_EQ(tree(), before);
+    EXPECT_EQ(before, "f(a(c),e(d(b)))");
+}
+
+TEST_F(ExportTest, WritesTheRevisionAskedFor) {
+    FltBytes file("f", 1610);
+    file.palette(kPoints).push().group("a").polygon("f", {0, 1, 2}).pop();
+    import(file);
+    const std::pair<std::uint32_t, std::uint32_t> cases[] = {
+        {0, 1580}, {1420, 1420}, {1500, 1500}, {1510, 1510}, {1540, 1540}, {1580, 1580}};
+    for (const auto& [asked, written] : cases) {
+        const std::vector<std::uint8_t> out = exported({asked, false});
+        const interchange::Outline outline = interchange::readOutline(out);
+        EXPECT_EQ(outline.revision, written);
+        EXPECT_EQ(outline.nodes.size(), 3U);
+        const std::size_t face = interchange::recordAt(out, outline.nodes[2].record).size();
+        EXPECT_EQ(face, written < 1510 ? 64U : 80U);
+    }
+    EXPECT_EQ(interchange::exportFile(pathOf("x.flt").c_str(), {1600, false}, report, host),
+              IMPEXP_FAIL);
+    EXPECT_EQ(report.error, "revision 1600 cannot be written; 1420 to 1580 can");
+    EXPECT_FALSE(std::filesystem::exists(pathOf("x.flt")));
+}
+
+TEST_F(ExportTest, WritesEditedLights) {
+    const auto source = [](std::string_view id, std::uint32_t index) {
+        Bytes body;
+        body.field(id, 8).zeros(4).u32(index).zeros(12).f64(1).f64(2).f64(3);
+        return body.f32(10).f32(20);
+    };
+    FltBytes file("f");
+    file.record(102, Bytes().u32(0).zeros(8).field("lamp", 20).zeros(200)).push();
+    file.record(101, source("moved", 0)).record(101, source("edited", 0));
+    file.record(101, source("bright", 0)).record(101, source("lost", 9)).pop();
+    INode* const top = import(file);
+    top->GetChildNode(0)->SetLocalTM(
+        0, top->GetChildNode(0)->GetLocalTM(0) * TransMatrix({100, 0, 0}));
+    auto record = recordOf<FltLightSource>(top->GetChildNode(1));
+    record.positionX = 50;
+    ASSERT_TRUE(fltPutRecord(top->GetChildNode(1), record));
+    KilnLight options;
+    ASSERT_TRUE(fltGetOptions(top->GetChildNode(2), options));
+    options.palette.diffuseGreen = 0.5F;
+    ASSERT_TRUE(fltPutOptions(top->GetChildNode(2), options));
+
+    INode* const again = reimported();
+    record = recordOf<FltLightSource>(again->GetChildNode(0));
+    EXPECT_EQ(record.positionX, 101);
+    EXPECT_NEAR(record.yaw, 10, 1e-4);
+    EXPECT_EQ(record.paletteIndex, 0);
+    EXPECT_EQ(again->GetChildNode(1)->GetNodeTM(0).GetTrans(), (Point3{50, 2, 3}));
+    EXPECT_EQ(recordOf<FltLightSource>(again->GetChildNode(2)).paletteIndex, 1)
+        << "the lights that look as before keep the entry";
+    ASSERT_TRUE(fltGetOptions(again->GetChildNode(2), options));
+    EXPECT_EQ(options.palette.diffuseGreen, 0.5F);
+    EXPECT_EQ(fltText(options.palette.name), "lamp");
+    EXPECT_EQ(recordOf<FltLightSource>(again->GetChildNode(3)).paletteIndex, 9);
+}
+
+TEST_F(ExportTest, WritesWhatIsSelected) {
+    FltBytes file("f");
+    file.push().group("a").push().object("b").object("c").pop().group("d").push().object("e").pop();
+    INode* const top = import(file.pop());
+    host.SelectNode(top->GetChildNode(0)->GetChildNode(1));
+    host.SelectNode(top->GetChildNode(1), false);
+    reimported({0, true});
+    EXPECT_EQ(tree(), "f(a(c),d(e))");
+}
+
+TEST_F(ExportTest, LeavesTheOldFileAlone) {
+    const std::string path = pathOf("old.flt");
+    std::ofstream(path) << "old";
+    const auto isOld = [&] {
+        const auto content = contentOf(path);
+        int files = 0;
+        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+            files += entry.path().filename() != "airfield.flt";
+        }
+        return files == 1 && std::string(content.begin(), content.end()) == "old";
+    };
+    EXPECT_EQ(interchange::exportFile(path.c_str(), {}, report, host), IMPEXP_FAIL);
+    EXPECT_EQ(report.error, "the scene has no OpenFlight nodes to write");
+    EXPECT_TRUE(isOld());
+
+    FltBytes many("f");
+    for (int i = 0; i < 1000; ++i) many.group("g");
+    import(many);
+    for (const double when : {0.3, 0.7, 1.0}) {
+        report.progress = 0;
+        report.cancelAt = when;
+        EXPECT_EQ(interchange::exportFile(path.c_str(), {}, report, host), IMPEXP_CANCEL);
+        EXPECT_TRUE(isOld()) << when;
+    }
+    report.cancelAt = 2;
+    report.progress = 0;
+    std::filesystem::permissions(path, std::filesystem::perms::owner_read);
+    EXPECT_EQ(interchange::exportFile(path.c_str(), {}, report, host), IMPEXP_FAIL);
+    EXPECT_NE(report.error.find("cannot write " + path), std::string::npos) << report.error;
+    EXPECT_TRUE(isOld());
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+
+    report.progress = 0;
+    const std::string nowhere = pathOf("nowhere") + "/x.flt";
+    EXPECT_EQ(interchange::exportFile(nowhere.c_str(), {}, report, host), IMPEXP_FAIL);
+    EXPECT_NE(report.error.find("cannot write " + nowhere), std::string::npos) << report.error;
+
+    INode* deep = host.GetRootNode()->GetChildNode(0);
+    for (std::size_t i = 0; i < interchange::kDeepestLevel; ++i) {
+        INode* const child = host.CreateObjectNode(new DummyObject, "deep");
+        ASSERT_TRUE(fltEnsureKind(child, FltNodeKind::Group, kFltRevision));
+        ASSERT_TRUE(deep->AttachChild(child, false));
+        deep = child;
+    }
+    report.progress = 0;
+    EXPECT_EQ(interchange::exportFile(path.c_str(), {}, report, host), IMPEXP_FAIL);
+    EXPECT_NE(report.error.find("deeper than 512"), std::string::npos) << report.error;
+    EXPECT_TRUE(isOld());
+}

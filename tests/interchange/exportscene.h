@@ -1,0 +1,36 @@
+// A scene that files go into and come out of again.
+#pragma once
+
+#include "importscene.h"
+
+#include <interchange/export.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+class ExportScene : public ImportScene {
+protected:
+    ExportScene() { std::filesystem::create_directories(folder); }
+    ~ExportScene() override { std::filesystem::remove_all(folder); }
+
+    std::string pathOf(const char* name) const { return (folder / name).string(); }
+
+    static std::vector<std::uint8_t> contentOf(const std::string& path) {
+        std::ifstream file(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+
+    /// The scene as a file.
+    std::vector<std::uint8_t> exported(const interchange::ExportOptions& options = {}) {
+        report.progress = 0;
+        const std::string path = pathOf("airfield.flt");
+        EXPECT_EQ(interchange::exportFile(path.c_str(), options, report, host), IMPEXP_SUCCESS)
+            << report.error;
+        return contentOf(path);
+    }
+
+    const std::filesystem::path folder =
+        std::filesystem::temp_directory_path() / "interchange_export_test";
+};
