@@ -66,7 +66,7 @@ TEST(Camera, FramesABoxWhollyAndNotTooSmall) {
 TEST(Camera, PanMovesTheTargetPlaneWithTheMouse) {
     for (const View view : {View::kPerspective, View::kTop}) {
         Camera camera = cameraAt(view);
-        const Vec3 point = camera.target() + camera.right() * 7;
+        const Vec3d point = camera.target() + camera.right() * 7;
         const ScreenPoint before = *camera.project(point);
         camera.pan(30, -12);
         const ScreenPoint after = *camera.project(point);
@@ -78,16 +78,16 @@ TEST(Camera, PanMovesTheTargetPlaneWithTheMouse) {
 TEST(Camera, ZoomKeepsThePointUnderTheMouse) {
     for (const View view : {View::kPerspective, View::kFront}) {
         Camera camera = cameraAt(view);
-        const Vec3 point = camera.target() + camera.right() * 20 + camera.up() * 11;
+        const Vec3d point = camera.target() + camera.right() * 20 + camera.up() * 11;
         const ScreenPoint before = *camera.project(point);
-        const float distance = camera.distance();
+        const double distance = camera.distance();
         camera.zoom(3, before.x, before.y);
         EXPECT_LT(camera.distance(), distance * 0.7f);
         const ScreenPoint after = *camera.project(point);
         EXPECT_THAT(after.x, FloatNear(before.x, 0.05f));
         EXPECT_THAT(after.y, FloatNear(before.y, 0.05f));
         camera.zoom(-3, before.x, before.y);
-        EXPECT_THAT(camera.distance(), FloatNear(distance, 0.01f));
+        EXPECT_NEAR(camera.distance(), distance, 0.01);
     }
 }
 
@@ -95,7 +95,7 @@ TEST(Camera, OrbitTurnsAroundTheTargetAndNeverOverTheTop) {
     Camera camera = cameraAt(View::kTop);
     camera.orbit(40, -200);
     EXPECT_EQ(camera.view(), View::kPerspective);
-    EXPECT_THAT(length(camera.eye() - camera.target()), FloatNear(camera.distance(), 0.01f));
+    EXPECT_NEAR(length(camera.eye() - camera.target()), camera.distance(), 0.01);
     camera.orbit(0, 100000);
     EXPECT_LT(camera.forward().z, -0.99f);
     EXPECT_GT(camera.up().z, 0);
@@ -104,12 +104,29 @@ TEST(Camera, OrbitTurnsAroundTheTargetAndNeverOverTheTop) {
     EXPECT_GT(camera.up().z, 0);
 }
 
+TEST(Camera, FocusingOnAPointChangesOnlyWhatTheMouseMoves) {
+    Camera camera = cameraAt(View::kPerspective);
+    const Vec3d point = camera.target() + camera.forward() * 60.f + camera.right() * 5.f;
+    const ScreenPoint before = *camera.project(point);
+    camera.focusAt(camera.distanceOf(before.depth));
+    const ScreenPoint after = *camera.project(point);
+    EXPECT_THAT(after.x, FloatNear(before.x, 0.01f));
+    EXPECT_THAT(after.y, FloatNear(before.y, 0.01f));
+    camera.pan(25, 10);
+    EXPECT_THAT(camera.project(point)->x, FloatNear(before.x + 25, 0.05f))
+        << "the point follows the mouse, though it was not at the target's depth";
+    const double distance = camera.distance();
+    camera.focusAt(std::nanf(""));
+    camera.focusAt(-5);
+    EXPECT_EQ(camera.distance(), distance);
+}
+
 TEST(Camera, CullsWhatCannotBeSeenOnly) {
     const Camera camera = cameraAt(View::kPerspective);
     EXPECT_FALSE(camera.isOutside(camera.target(), 1));
     EXPECT_TRUE(camera.isOutside(camera.eye() - camera.forward() * 50, 10));
     EXPECT_FALSE(camera.isOutside(camera.eye() - camera.forward() * 50, 60));
-    const Vec3 aside = camera.target() + camera.right() * 100;
+    const Vec3d aside = camera.target() + camera.right() * 100;
     EXPECT_TRUE(camera.isOutside(aside, 10));
     EXPECT_FALSE(camera.isOutside(aside, 90));
 }

@@ -89,9 +89,13 @@ TEST(Canvas, DrawsPartsOfWhatLeavesThePictureAndSurvivesNonsense) {
     canvas.triangle({3, 3, 0}, {3, 3, 0}, {3, 3, 0}, kBlue, 0);
     canvas.line({none, 0, 0}, {5, 5, 0}, {kBlue});
     canvas.line({-huge, -huge, 0}, {huge, huge, 0}, {kBlue});
-    canvas.rectangle(-50, 14, 500, 900, 1, {kBlue});
-    EXPECT_EQ(canvas.pixel(0, 15), kBlue);
+    canvas.gradient({huge, huge, 0}, {-huge, huge, 0}, {0, -huge, huge}, {}, 0);
+    canvas.gradient({none, 1, 0}, {5, none, 0}, {2, 9, none}, {}, 0);
+    canvas.glow({none, 3, 0}, 2, {kBlue});
+    canvas.glow({-1e9f, 1e9f, 0}, 2, {kBlue});
+    canvas.glow({15.5f, 15.5f, 1}, 2, {kBlue});
     EXPECT_EQ(canvas.pixel(15, 15), kBlue);
+    EXPECT_EQ(canvas.pixel(8, 8), kRed);
 }
 
 TEST(Canvas, LineIsClippedNotBent) {
@@ -113,10 +117,50 @@ TEST(Canvas, LineHidesBehindSurfacesUnlessTold) {
     EXPECT_EQ(canvas.item(2, 6), 1u) << "a line of no item leaves the surface to be picked";
 }
 
+TEST(Canvas, AGradientMeetsItsCornersColoursAndCoversWhatATriangleDoes) {
+    const ScreenPoint a{2, 2, 1}, b{60, 5, 1}, c{8, 58, 1};
+    Canvas plain = blank(64, 64), shaded = blank(64, 64);
+    plain.triangle(a, b, c, kRed, 1);
+    shaded.gradient(a, b, c, {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}}, 1);
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 64; ++x) ASSERT_EQ(plain.item(x, y), shaded.item(x, y));
+    const auto channel = [&](int x, int y, unsigned shift) {
+        return static_cast<int>(shaded.pixel(x, y) >> shift & 0xFF);
+    };
+    EXPECT_GT(channel(3, 3, 16), 240);
+    EXPECT_GT(channel(57, 5, 8), 235);
+    EXPECT_GT(channel(8, 56, 0), 235);
+    EXPECT_NEAR(channel(23, 21, 16), 85, 8) << "a third of each in the middle";
+    EXPECT_NEAR(channel(23, 21, 8), 85, 8);
+}
+
+TEST(Canvas, OutlineRunsAroundWhatIsChosenAndNeverOverIt) {
+    Canvas canvas = blank(30, 30);
+    canvas.triangle({10, 10, 1}, {20, 10, 1}, {10, 20, 1}, kRed, 1);
+    canvas.triangle({20, 10, 1}, {20, 20, 1}, {10, 20, 1}, kRed, 1);
+    canvas.triangle({0, 0, 2}, {13, 0, 2}, {0, 13, 2}, 0x00FF00, 0);  // in front of a corner
+    const int before = count(canvas, kRed);
+    const std::uint8_t chosen[] = {0, 1};
+    canvas.outline(chosen, 1, kBlue);
+    EXPECT_EQ(count(canvas, kRed), before);
+    EXPECT_EQ(canvas.pixel(15, 9), kBlue);
+    EXPECT_EQ(canvas.pixel(15, 20), kBlue);
+    EXPECT_EQ(canvas.pixel(9, 15), kBlue);
+    EXPECT_EQ(canvas.pixel(20, 15), kBlue);
+    EXPECT_EQ(canvas.pixel(15, 8), 0u);
+    EXPECT_EQ(canvas.pixel(25, 25), 0u);
+    EXPECT_EQ(canvas.item(15, 9), kNoItem) << "a rim is not picked";
+}
+
+// A point as large as what it stands for, drawn as a light is.
+void dot(Canvas& canvas, float x, float y, Colour colour, ItemIndex item) {
+    canvas.glow({x, y, 0}, 1, {colour, 1, item});
+}
+
 TEST(Canvas, PicksTheNearestWithinReach) {
     Canvas canvas = blank(30, 30);
-    canvas.rectangle(10, 10, 12, 12, 0, {kRed, 1, 4});
-    canvas.rectangle(14, 10, 16, 12, 0, {kBlue, 1, 9});
+    dot(canvas, 11, 11, kRed, 4);
+    dot(canvas, 15, 11, kBlue, 9);
     EXPECT_EQ(canvas.pick(11, 11, 3), 4u);
     EXPECT_EQ(canvas.pick(13, 11, 0), kNoItem);
     EXPECT_EQ(canvas.pick(16, 12, 3), 9u);

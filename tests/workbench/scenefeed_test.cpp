@@ -32,9 +32,9 @@ TEST_F(SceneFeedTest, ShowsSurfacesInWorldSpaceInTheirColour) {
 
     const Item& item = feed_.model().items()[itemOf(box)];
     EXPECT_EQ(item.triangleCount, 12u);
-    EXPECT_FLOAT_EQ(item.box.min.x, 99);
-    EXPECT_FLOAT_EQ(item.box.max.x, 101);
-    EXPECT_FLOAT_EQ(item.box.max.z, 6);
+    EXPECT_DOUBLE_EQ(item.box.min.x, 99);
+    EXPECT_DOUBLE_EQ(item.box.max.x, 101);
+    EXPECT_DOUBLE_EQ(item.box.max.z, 6);
     EXPECT_EQ(feed_.model().triangles()[item.firstTriangle].colour, 0x332211u);
     EXPECT_EQ(feed_.counts().nodes, 2);
     EXPECT_EQ(feed_.counts().faces, 12u);
@@ -51,6 +51,54 @@ TEST_F(SceneFeedTest, HidesANodeButNotItsChildren) {
     EXPECT_EQ(feed_.counts().hidden, 1);
 }
 
+TEST_F(SceneFeedTest, TakesOverLightsThatShineAndAreNotHidden) {
+    const auto light = [&](const Class_ID& kind, const char* name) {
+        auto* object = new GenLight(kind);
+        object->SetColor(0x000000FF);
+        object->SetIntensity(0.5);
+        INode* node = host_.CreateObjectNode(object, name);
+        node->SetNodeTM(0, TransMatrix({1, 2, 3}));
+        return node;
+    };
+    light(DIR_LIGHT_CLASS_ID, "sun");
+    INode* lamp = light(OMNI_LIGHT_CLASS_ID, "lamp");
+    static_cast<GenLight*>(light(SPOT_LIGHT_CLASS_ID, "off")->GetObjectRef())->SetUseLight(false);
+    feed_.build(host_);
+    ASSERT_EQ(feed_.model().lights().size(), 2u);
+    const Light& sun = feed_.model().lights()[0];
+    EXPECT_EQ(sun.kind, LightKind::kDirectional);
+    EXPECT_FLOAT_EQ(sun.direction.z, -1);
+    EXPECT_FLOAT_EQ(sun.strength.x, 0.5f);
+    EXPECT_FLOAT_EQ(sun.strength.z, 0);
+    EXPECT_EQ(feed_.model().lights()[1].kind, LightKind::kPoint);
+    EXPECT_EQ(feed_.model().lights()[1].position.y, 2);
+    lamp->Hide(true);
+    feed_.build(host_);
+    EXPECT_EQ(feed_.model().lights().size(), 1u);
+}
+
+TEST_F(SceneFeedTest, VerticesKeepTheirColoursAndNormalsTurnWithTheirNode) {
+    auto* object = new TriObject;
+    Mesh& mesh = object->GetMesh();
+    for (const Point3& p : {Point3{0, 0, 0}, Point3{1, 0, 0}, Point3{0, 1, 0}}) {
+        mesh.verts.Append(p);
+        mesh.normals.Append(Point3{0, 0.6, 0.8});
+        mesh.colors.Append(0x000000FF);
+    }
+    const DWORD corners[] = {0, 1, 2};
+    mesh.AppendPolygon(3, corners);
+    INode* node = host_.CreateObjectNode(object, "face");
+    node->SetNodeTM(0, ScaleMatrix({1, 1, 2}) * TransMatrix({9, 9, 9}));
+    feed_.build(host_);
+    const Item& item = feed_.model().items()[itemOf(node)];
+    ASSERT_TRUE(item.hasFinish);
+    const Finish& finish = feed_.model().finishes()[item.firstFinish];
+    EXPECT_EQ(finish.colour, 0xFF0000u);
+    // Stretched to twice the height, a slope's normal leans more towards the horizon.
+    EXPECT_NEAR(finish.normal.y / finish.normal.z, 1.5, 1e-5);
+    EXPECT_NEAR(length(finish.normal), 1, 1e-5);
+}
+
 TEST_F(SceneFeedTest, AGroupIsBracketedWithAllBelowIt) {
     INode* head = host_.CreateObjectNode(new DummyObject, "head");
     INode* middle = host_.CreateObjectNode(new DummyObject, "middle");
@@ -60,18 +108,23 @@ TEST_F(SceneFeedTest, AGroupIsBracketedWithAllBelowIt) {
     head->AttachChild(middle);
     host_.SelectNode(head);
     feed_.build(host_);
-    EXPECT_FLOAT_EQ(feed_.model().selectedBox().max.z, 80);
-    EXPECT_FLOAT_EQ(feed_.model().selectedBox().min.x, 45) << "not from where the helpers are";
-    EXPECT_FLOAT_EQ(feed_.model().box().min.x, 45);
+    EXPECT_DOUBLE_EQ(feed_.model().selectedBox().max.z, 80);
+    EXPECT_DOUBLE_EQ(feed_.model().selectedBox().min.x, 45) << "not from where the helpers are";
+    EXPECT_DOUBLE_EQ(feed_.model().box().min.x, 45);
 
     INode* lonely = host_.CreateObjectNode(new DummyObject, "lonely");
     host_.SelectNode(lonely);
     feed_.build(host_);
-    EXPECT_FLOAT_EQ(feed_.model().selectedBox().max.x, 0) << "a helper alone is where it is";
+    EXPECT_DOUBLE_EQ(feed_.model().selectedBox().max.x, 0) << "a helper alone is where it is";
     EXPECT_FALSE(feed_.model().selectedBox().empty());
+    EXPECT_FALSE(feed_.model().items()[itemOf(box)].selected);
+    host_.SelectNode(head);
+    feed_.updateSelection();
+    EXPECT_TRUE(feed_.model().items()[itemOf(box)].outlined);
+    EXPECT_FALSE(feed_.model().items()[itemOf(lonely)].outlined);
     host_.SelectNode(box);
     feed_.updateSelection();
-    EXPECT_FLOAT_EQ(feed_.model().selectedBox().min.z, 70);
+    EXPECT_DOUBLE_EQ(feed_.model().selectedBox().min.z, 70);
 }
 
 TEST_F(SceneFeedTest, KeepsBadMeshesAndDeepScenesFromDoingHarm) {

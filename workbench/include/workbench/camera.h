@@ -40,25 +40,33 @@ public:
     /// Makes `box` fill the picture, from the current direction. An empty box shows the origin.
     void frame(const Box& box);
 
-    Vec3 eye() const { return target_ - forward_ * distance_; }
-    Vec3 target() const { return target_; }
-    float distance() const { return distance_; }
+    Vec3d eye() const { return eye_; }
+    Vec3d target() const { return target_; }
+    double distance() const { return distance_; }
     Vec3 right() const { return right_; }
     Vec3 up() const { return up_; }
     Vec3 forward() const { return forward_; }
     bool isParallel() const { return view_ != View::kPerspective; }
     /// Nothing nearer to the eye than this is drawn, in world units along the view direction.
-    float nearDistance() const { return isParallel() ? kParallelNear : distance_ * 1e-3f; }
+    float nearDistance() const {
+        return isParallel() ? kParallelNear : static_cast<float>(distance_ * 1e-3);
+    }
     /// World units that one pixel covers at the target.
     float unitsPerPixel() const;
 
     /// Pixels that one world unit covers at a world point in front of the eye.
-    float pixelsPerUnitAt(Vec3 world) const;
+    float pixelsPerUnitAt(Vec3d world) const;
+    /// How far in front of the eye what has this depth on the screen is, along the view direction.
+    float distanceOf(float depth) const { return isParallel() ? -depth : 1 / depth; }
+    /// Moves the target along the view direction to this distance from the eye. The picture stays;
+    /// orbit, pan and zoom then go by what is there.
+    void focusAt(float distance);
 
     /// A world point seen from the eye: x to the right, y up, z away from the viewer.
-    Vec3 toView(Vec3 world) const {
-        const Vec3 d = world - eye_;
-        return {dot(d, right_), dot(d, up_), dot(d, forward_)};
+    Vec3 toView(Vec3d world) const { return toView(toFloat(world - eye_)); }
+    /// The same for a point, or an offset, relative to the eye.
+    Vec3 toView(Vec3 fromEye) const {
+        return {dot(fromEye, right_), dot(fromEye, up_), dot(fromEye, forward_)};
     }
     /// The place on the screen of a point in view space, which must not be nearer than
     /// `nearDistance()`.
@@ -69,24 +77,28 @@ public:
                 inverse};
     }
     /// The place on the screen of a world point, or nothing when it is behind the viewer.
-    std::optional<ScreenPoint> project(Vec3 world) const;
+    std::optional<ScreenPoint> project(Vec3d world) const;
     /// True when no point within `radius` of `centre` can be in the picture.
-    bool isOutside(Vec3 centre, float radius) const;
+    bool isOutside(Vec3d centre, float radius) const;
 
 private:
     static constexpr float kParallelNear = -1e30f;
     static constexpr float kHalfFieldTangent = 0.41421356f;  // 45 degrees from top to bottom
 
     void update();
+    void shiftTarget(double right, double up);
+    double distanceToFit(const Box& box) const;
+    void centreOn(const Box& box);
 
     View view_ = View::kPerspective;
-    Vec3 target_{};
-    float distance_ = 100;
+    Vec3d target_{};
+    double distance_ = 100;
     float yaw_ = -0.9f, pitch_ = 0.55f;
     int width_ = 1, height_ = 1;
 
     // Derived by update().
-    Vec3 eye_{}, right_{1, 0, 0}, up_{0, 0, 1}, forward_{0, 1, 0};
+    Vec3d eye_{};
+    Vec3 right_{1, 0, 0}, up_{0, 0, 1}, forward_{0, 1, 0};
     float centreX_ = 0.5f, centreY_ = 0.5f, scale_ = 1;
     float sideSlope_ = 1, heightSlope_ = 1;  // half picture size over scale
 };

@@ -5,6 +5,7 @@
 #include <workbench/scenemodel.h>
 
 #include <limits>
+#include <span>
 #include <vector>
 
 namespace workbench {
@@ -46,16 +47,26 @@ public:
     /// overlap nor leave a gap. Either orientation is filled.
     void triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, Colour colour,
                   ItemIndex item);
+    /// The same with a colour for each corner and all between them inside. `colours` are red, green
+    /// and blue of the three corners, 0 to 255.
+    void gradient(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+                  const Vec3 (&colours)[3], ItemIndex item);
     /// Draws a smooth line one pixel wide. Off-screen parts cost nothing.
     void line(ScreenPoint a, ScreenPoint b, const Paint& paint);
-    /// Fills a rectangle of pixels, all at one depth; right and bottom are not part of it.
-    void rectangle(int left, int top, int right, int bottom, float depth, const Paint& paint);
+    /// A shining point: a disc of `radius` pixels in a halo three times as wide, all at one depth.
+    void glow(const ScreenPoint& centre, float radius, const Paint& paint);
+    /// Draws a rim of `width` pixels around the pixels of the items whose entry in `chosen` is not
+    /// 0; entries are by item number.
+    void outline(std::span<const std::uint8_t> chosen, int width, Colour colour);
 
 private:
     std::size_t at(int x, int y) const {
         return static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
                static_cast<std::size_t>(x);
     }
+    /// Calls `span(y, left, right, depth, depthStep)` for each row of the triangle.
+    template <typename Span>
+    void scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, const Span& span);
     void plot(int x, int y, float depth, const Paint& paint, float coverage);
     void plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& paint);
 
@@ -63,6 +74,7 @@ private:
     std::vector<Colour> colours_;
     std::vector<float> depths_;
     std::vector<ItemIndex> items_;
+    std::vector<std::uint8_t> rim_;  // working memory of outline
 };
 
 }  // namespace workbench

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <workbench/canvas.h>
+#include <workbench/lighting.h>
 
 namespace workbench {
 
@@ -28,30 +29,35 @@ public:
     std::size_t trianglesDrawn() const { return trianglesDrawn_; }
 
 private:
+    /// A corner of a triangle on its way to the screen.
+    struct Corner {
+        Vec3 view;
+        Vec3 colour;  ///< red, green and blue, 0 to 255
+    };
+
     void drawSurface(const SceneModel& scene, const Item& item, ItemIndex index);
-    void fillTriangle(const Triangle& triangle, std::uint32_t base, ItemIndex index,
-                      Vec3 towardsEye);
-    void fillClipped(const Vec3 (&corners)[3], Colour colour, ItemIndex index);
+    void fillSurface(const SceneModel& scene, const Item& item, ItemIndex index);
+    void fillClipped(const Corner (&corners)[3], ItemIndex index);
+    static int clipNear(const Corner (&corners)[3], float nearDistance, Corner (&out)[4]);
     void drawEdges(const SceneModel& scene, const Item& item, const Paint& paint);
     void drawFadedEdges(const SceneModel& scene, const Item& item, ItemIndex index);
     void drawMark(const Mark& mark, bool selected);
+    void drawOutline(std::span<const Item> items);
     void drawBrackets(const Box& around);
     void drawGrid();
     void drawAxes();
     void transform(const SceneModel& scene, const Item& item);
-    void worldLine(Vec3 a, Vec3 b, const Paint& paint);
+    void worldLine(Vec3d a, Vec3d b, const Paint& paint);
     void viewLine(Vec3 a, Vec3 b, const Paint& paint);
-    Colour shaded(const Triangle& triangle, Vec3 towardsEye) const;
-    Vec3 toEye(const SceneModel& scene, const Triangle& triangle) const;
-
     // Of the frame being drawn.
     const Camera* camera_ = nullptr;
     Canvas* canvas_ = nullptr;
     RenderOptions options_;
-    Vec3 light_;
+    Lighting lighting_;
 
-    std::vector<Vec3> view_;           // the current item's vertices in view space
-    std::vector<ScreenPoint> screen_;  // and on the screen, where in front of the eye
+    std::vector<Vec3> view_;            // the current item's vertices in view space
+    std::vector<ScreenPoint> screen_;   // and on the screen, where in front of the eye
+    std::vector<std::uint8_t> chosen_;  // by item: whether it is outlined
     std::size_t trianglesDrawn_ = 0;
 };
 

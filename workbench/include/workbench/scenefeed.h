@@ -21,7 +21,8 @@ struct SceneCounts {
 /// last `build`.
 class SceneFeed {
 public:
-    /// Reads the whole scene. Hidden nodes are left out; their children are not.
+    /// Reads the whole scene. Hidden nodes are left out, and what they shine with;
+    /// their children are not.
     void build(Interface& host);
     /// Takes over which nodes are selected, when nothing else has changed since `build`.
     void updateSelection();
@@ -45,13 +46,17 @@ private:
 
     void visitAll(INode* root);
     void addNode(INode& node);
+    void addLight(const class Matrix3& place, const class GenLight& light);
     void addMesh(const class Matrix3& place, const struct Mesh& mesh, Colour colour);
+    void addFinishes(const class Matrix3& place, const struct Mesh& mesh);
     void addPoints(const class Matrix3& place, const struct Mesh& mesh);
     void boundSubtrees();
 
     SceneModel model_;
     std::vector<INode*> nodes_;  // by item
     std::vector<Visit> visits_;
+    std::vector<char> chosen_;      // by visit: selected, or below what is
+    std::vector<Finish> finishes_;  // working memory
     SceneCounts counts_;
 };
 

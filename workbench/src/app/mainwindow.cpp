@@ -316,9 +316,9 @@ void MainWindow::onPick(ItemIndex item, bool add) {
 bool MainWindow::selectTallest() {
     const auto items = sceneToDraw().items();
     ItemIndex tallest = kNoItem;
-    float most = -1;
+    double most = -1;
     for (ItemIndex i = 0; i < items.size(); ++i) {
-        const float height = items[i].box.max.z - items[i].box.min.z;
+        const double height = items[i].box.max.z - items[i].box.min.z;
         if (items[i].triangleCount > 0 && height > most) {
             most = height;
             tallest = i;

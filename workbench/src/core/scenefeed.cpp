@@ -16,8 +16,12 @@ Colour screenColour(COLORREF colour) {
     return (value & 0xFF) << 16 | (value & 0xFF00) | (value >> 16 & 0xFF);
 }
 
+Vec3d toVec3d(const Point3& p) {
+    return {p.x, p.y, p.z};
+}
+
 Vec3 toVec3(const Point3& p) {
-    return {static_cast<float>(p.x), static_cast<float>(p.y), static_cast<float>(p.z)};
+    return toFloat(toVec3d(p));
 }
 
 // A converted object belongs to the caller, unless it is the very one that was asked.
@@ -84,11 +88,12 @@ void SceneFeed::boundSubtrees() {
 
 void SceneFeed::addNode(INode& node) {
     const Matrix3 place = node.GetNodeTM(0);
-    const Vec3 origin = toVec3(place.GetTrans());
+    const Vec3d origin = toVec3d(place.GetTrans());
     Object* object = node.EvalWorldState(0).obj;
     if (!object) return model_.addMark(MarkKind::kHelper, origin, kHelperColour);
     if (object->SuperClassID() == LIGHT_CLASS_ID) {
         const auto* light = dynamic_cast<const GenLight*>(object);
+        if (light) addLight(place, *light);
         const Colour colour = light ? screenColour(light->GetColor()) : 0xFFF0A0;
         return model_.addMark(MarkKind::kLight, origin, colour);
     }
@@ -104,30 +109,72 @@ void SceneFeed::addNode(INode& node) {
     model_.addMark(MarkKind::kHelper, origin, kHelperColour);
 }
 
+void SceneFeed::addLight(const Matrix3& place, const GenLight& light) {
+    if (!light.GetUseLight()) return;
+    const Class_ID kind = light.ClassID();
+    Light lamp;
+    lamp.kind = kind == DIR_LIGHT_CLASS_ID    ? LightKind::kDirectional
+                : kind == OMNI_LIGHT_CLASS_ID ? LightKind::kPoint
+                                              : LightKind::kSpot;
+    lamp.position = toVec3d(place.GetTrans());
+    lamp.direction = toVec3(-Normalize(place.GetRow(2)));
+    const COLORREF colour = light.GetColor();
+    const auto strength = [&](unsigned shift) {
+        return static_cast<float>(light.GetIntensity() * (colour >> shift & 0xFF) / 255);
+    };
+    lamp.strength = {strength(0), strength(8), strength(16)};
+    model_.addLight(lamp);
+}
+
 void SceneFeed::addMesh(const Matrix3& place, const Mesh& mesh, Colour colour) {
     static_assert(EDGE_A == 1 && EDGE_B == 2 && EDGE_C == 4,
                   "the model's edge bits are the mesh's");
-    for (const Point3& vertex : mesh.verts) model_.addVertex(toVec3(place.PointTransform(vertex)));
-    const bool painted = mesh.colors.Count() > 0 && mesh.colors.Count() == mesh.verts.Count();
-    for (const Face& face : mesh.faces) {
-        const bool known = face.v[0] < static_cast<DWORD>(mesh.verts.Count());
-        const Colour own =
-            painted && known ? screenColour(mesh.colors[static_cast<int>(face.v[0])]) : colour;
-        model_.addTriangle(face.v[0], face.v[1], face.v[2], own,
+    for (const Point3& vertex : mesh.verts) model_.addVertex(toVec3d(place.PointTransform(vertex)));
+    addFinishes(place, mesh);
+    for (const Face& face : mesh.faces)
+        model_.addTriangle(face.v[0], face.v[1], face.v[2], colour,
                            static_cast<std::uint8_t>(face.flags & EDGE_ALL));
+}
+
+void SceneFeed::addFinishes(const Matrix3& place, const Mesh& mesh) {
+    const int count = mesh.verts.Count();
+    const bool coloured = mesh.colors.Count() == count, smooth = mesh.normals.Count() == count;
+    if (count == 0 || (!coloured && !smooth)) return;
+    finishes_.assign(static_cast<std::size_t>(count), {});
+    // Normals are at right angles to the surface after a transform that scales unevenly, too.
+    const Matrix3 inverse = Inverse(place);
+    for (int i = 0; i < count; ++i) {
+        Finish& finish = finishes_[static_cast<std::size_t>(i)];
+        if (coloured) {
+            finish.coloured = true;
+            finish.colour = screenColour(mesh.colors[i]);
+        }
+        if (!smooth) continue;
+        const Point3& n = mesh.normals[i];
+        const Vec3 world =
+            toVec3(Normalize({DotProd(inverse.GetRow(0), n), DotProd(inverse.GetRow(1), n),
+                              DotProd(inverse.GetRow(2), n)}));
+        if (isFinite(world)) finish.normal = world;
     }
+    model_.setFinishes(finishes_);
 }
 
 // A mesh of nothing but vertices is how light points stand in a scene.
 void SceneFeed::addPoints(const Matrix3& place, const Mesh& mesh) {
     for (int i = 0; i < mesh.verts.Count(); ++i) {
         const Colour own = i < mesh.colors.Count() ? screenColour(mesh.colors[i]) : 0xFFFFFF;
-        model_.addMark(MarkKind::kLightPoint, toVec3(place.PointTransform(mesh.verts[i])), own);
+        model_.addMark(MarkKind::kLightPoint, toVec3d(place.PointTransform(mesh.verts[i])), own);
     }
 }
 
 void SceneFeed::updateSelection() {
-    for (ItemIndex i = 0; i < nodes_.size(); ++i) model_.setSelected(i, nodes_[i]->Selected());
+    chosen_.assign(visits_.size(), 0);
+    for (std::size_t at = 1; at < visits_.size(); ++at) {
+        const Visit& visit = visits_[at];
+        const bool selected = visit.node->Selected();
+        chosen_[at] = selected || chosen_[visit.parent];
+        if (visit.item != kNoItem) model_.setSelected(visit.item, selected, chosen_[at] != 0);
+    }
 }
 
 INode* SceneFeed::nodeOf(ItemIndex item) const {

@@ -5,9 +5,9 @@ namespace {
 
 constexpr float kRadiansPerPixel = 0.008f;
 constexpr float kZoomPerStep = 0.85f;
-constexpr float kMinDistance = 1e-3f;
-constexpr float kMaxDistance = 1e9f;
-constexpr float kFrameMargin = 1.08f;
+constexpr double kMinDistance = 1e-3;
+constexpr double kMaxDistance = 1e9;
+constexpr double kFrameMargin = 1.06;
 
 struct Direction {
     float yaw, pitch;
@@ -51,59 +51,87 @@ void Camera::orbit(float dx, float dy) {
     update();
 }
 
-void Camera::pan(float dx, float dy) {
-    const float unit = unitsPerPixel();
-    target_ = target_ - right_ * (dx * unit) + up_ * (dy * unit);
+void Camera::shiftTarget(double right, double up) {
+    target_ = target_ + Vec3d(right_) * right + Vec3d(up_) * up;
     update();
 }
 
+void Camera::pan(float dx, float dy) {
+    const double unit = unitsPerPixel();
+    shiftTarget(-dx * unit, dy * unit);
+}
+
 void Camera::zoom(float steps, float x, float y) {
-    const float before = unitsPerPixel();
-    distance_ = std::clamp(distance_ * std::pow(kZoomPerStep, steps), kMinDistance, kMaxDistance);
-    const float gained = before - unitsPerPixel();
-    target_ = target_ + right_ * ((x - centreX_) * gained) - up_ * ((y - centreY_) * gained);
+    const double before = unitsPerPixel();
+    distance_ =
+        std::clamp(distance_ * std::pow(double{kZoomPerStep}, steps), kMinDistance, kMaxDistance);
+    const double gained = before - unitsPerPixel();
+    shiftTarget((x - centreX_) * gained, (centreY_ - y) * gained);
+}
+
+void Camera::focusAt(float distance) {
+    // In a parallel view the distance is the scale.
+    if (isParallel() || !(distance > kMinDistance && distance < kMaxDistance)) return;
+    target_ = eye_ + Vec3d(forward_) * distance;
+    distance_ = distance;
     update();
 }
 
 void Camera::frame(const Box& box) {
+    target_ = {};
+    distance_ = 100;
     update();
-    if (box.empty()) {
-        target_ = {};
-        distance_ = 100;
-        update();
-        return;
-    }
-    // The box is moved to its centre and the distance chosen at which every corner is inside.
+    if (box.empty()) return;
+    // What perspective makes of a box is not in the middle when its centre is: a few steps put it
+    // there.
     target_ = box.centre();
-    float needed = kMinDistance;
+    for (int step = 0; step < 4; ++step) {
+        distance_ = distanceToFit(box);
+        update();
+        if (step < 3) centreOn(box);
+    }
+}
+
+// The distance from the target at which every corner is in the picture.
+double Camera::distanceToFit(const Box& box) const {
+    double needed = kMinDistance;
     for (unsigned i = 0; i < 8; ++i) {
-        const Vec3 d = box.corner(i) - target_;
-        const float depth = isParallel() ? 0 : -dot(d, forward_);
-        const float across = std::abs(dot(d, right_)) / sideSlope_;
-        const float along = std::abs(dot(d, up_)) / heightSlope_;
+        const Vec3d d = box.corner(i) - target_;
+        const double depth = isParallel() ? 0 : -dot(d, Vec3d(forward_));
+        const double across = std::abs(dot(d, Vec3d(right_))) / sideSlope_;
+        const double along = std::abs(dot(d, Vec3d(up_))) / heightSlope_;
         needed = std::max(needed, std::max(across, along) + depth);
     }
     if (needed <= kMinDistance) needed = 10;  // a single point: some room around it
-    distance_ = std::clamp(needed * kFrameMargin, kMinDistance, kMaxDistance);
-    update();
+    return std::clamp(needed * kFrameMargin, kMinDistance, kMaxDistance);
+}
+
+void Camera::centreOn(const Box& box) {
+    Box seen;  // x and y, in units at the target's depth
+    for (unsigned i = 0; i < 8; ++i) {
+        const Vec3 view = toView(box.corner(i));
+        const double shrink = isParallel() ? 1 : distance_ / std::max(view.z, nearDistance());
+        seen.add({view.x * shrink, view.y * shrink, 0});
+    }
+    shiftTarget(seen.centre().x, seen.centre().y);
 }
 
 float Camera::unitsPerPixel() const {
-    return 2 * kHalfFieldTangent * distance_ / static_cast<float>(height_);
+    return static_cast<float>(2 * kHalfFieldTangent * distance_ / height_);
 }
 
-float Camera::pixelsPerUnitAt(Vec3 world) const {
+float Camera::pixelsPerUnitAt(Vec3d world) const {
     if (isParallel()) return scale_;
     return scale_ / std::max(toView(world).z, nearDistance());
 }
 
-std::optional<ScreenPoint> Camera::project(Vec3 world) const {
+std::optional<ScreenPoint> Camera::project(Vec3d world) const {
     const Vec3 view = toView(world);
     if (view.z < nearDistance()) return std::nullopt;
     return toScreen(view);
 }
 
-bool Camera::isOutside(Vec3 centre, float radius) const {
+bool Camera::isOutside(Vec3d centre, float radius) const {
     const Vec3 v = toView(centre);
     if (isParallel()) {
         const float halfWidth = centreX_ / scale_, halfHeight = centreY_ / scale_;
@@ -124,12 +152,12 @@ void Camera::update() {
     forward_ = {-cosPitch * cosYaw, -cosPitch * sinYaw, -sinPitch};
     right_ = {-sinYaw, cosYaw, 0};
     up_ = cross(right_, forward_);
-    eye_ = target_ - forward_ * distance_;
+    eye_ = target_ - Vec3d(forward_) * distance_;
 
     centreX_ = static_cast<float>(width_) * 0.5f;
     centreY_ = static_cast<float>(height_) * 0.5f;
     const float perspective = centreY_ / kHalfFieldTangent;
-    scale_ = isParallel() ? perspective / distance_ : perspective;
+    scale_ = isParallel() ? static_cast<float>(perspective / distance_) : perspective;
     sideSlope_ = centreX_ / perspective;
     heightSlope_ = centreY_ / perspective;
 }

@@ -78,8 +78,9 @@ ItemIndex Canvas::pick(int x, int y, int reach) const {
     return best;
 }
 
-void Canvas::triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
-                      Colour colour, ItemIndex item) {
+template <typename Span>
+void Canvas::scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+                  const Span& span) {
     const ScreenPoint *top = &a, *middle = &b, *bottom = &c;
     if (middle->y < top->y) std::swap(top, middle);
     if (bottom->y < top->y) std::swap(top, bottom);
@@ -93,12 +94,13 @@ void Canvas::triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPo
     if (area == 0 || !std::isfinite(area)) return;
 
     // The depth is a plane over the screen.
+    const float perArea = 1 / area;
     const float depthX = ((middle->depth - top->depth) * (bottom->y - top->y) -
-                          (bottom->depth - top->depth) * (middle->y - top->y)) /
-                         area;
+                          (bottom->depth - top->depth) * (middle->y - top->y)) *
+                         perArea;
     const float depthY = ((bottom->depth - top->depth) * (middle->x - top->x) -
-                          (middle->depth - top->depth) * (bottom->x - top->x)) /
-                         area;
+                          (middle->depth - top->depth) * (bottom->x - top->x)) *
+                         perArea;
 
     // Every edge is walked from its upper end, so that both its triangles find the same pixels.
     const float longSlope = (bottom->x - top->x) / (bottom->y - top->y);
@@ -114,17 +116,68 @@ void Canvas::triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPo
                                                 : middle->x + (centre - middle->y) * lowerSlope;
         const int left = firstCentre(longIsLeft ? longX : shortX, 0, width_);
         const int right = firstCentre(longIsLeft ? shortX : longX, 0, width_);
-        float depth = top->depth + (static_cast<float>(left) + 0.5f - top->x) * depthX +
-                      (centre - top->y) * depthY;
-        const std::size_t end = at(0, row) + static_cast<std::size_t>(std::max(left, right));
-        for (std::size_t i = at(left, row); i < end; ++i, depth += depthX) {
+        if (left >= right) continue;
+        span(row, left, right,
+             top->depth + (static_cast<float>(left) + 0.5f - top->x) * depthX +
+                 (centre - top->y) * depthY,
+             depthX);
+    }
+}
+
+void Canvas::triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+                      Colour colour, ItemIndex item) {
+    scan(a, b, c, [&](int row, int left, int right, float depth, float depthStep) {
+        const std::size_t end = at(right, row);
+        for (std::size_t i = at(left, row); i < end; ++i, depth += depthStep) {
             if (depth > depths_[i]) {
                 depths_[i] = depth;
                 colours_[i] = colour;
                 items_[i] = item;
             }
         }
+    });
+}
+
+void Canvas::gradient(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+                      const Vec3 (&colours)[3], ItemIndex item) {
+    const float area = (b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y);
+    if (area == 0 || !std::isfinite(area)) return;
+    // The colour is a plane over the screen too.
+    const float perArea = 1 / area;
+    const Vec3 ab = colours[1] - colours[0], ac = colours[2] - colours[0];
+    const Vec3 stepX = (ab * (c.y - a.y) - ac * (b.y - a.y)) * perArea;
+    const Vec3 stepY = (ac * (b.x - a.x) - ab * (c.x - a.x)) * perArea;
+    const auto channel = [](float value) {
+        return static_cast<Colour>(std::clamp(value, 0.f, 255.f));
+    };
+    scan(a, b, c, [&](int row, int left, int right, float depth, float depthStep) {
+        Vec3 colour = colours[0] + stepX * (static_cast<float>(left) + 0.5f - a.x) +
+                      stepY * (static_cast<float>(row) + 0.5f - a.y);
+        const std::size_t end = at(right, row);
+        for (std::size_t i = at(left, row); i < end; ++i, depth += depthStep) {
+            if (depth > depths_[i]) {
+                depths_[i] = depth;
+                colours_[i] = channel(colour.x) << 16 | channel(colour.y) << 8 | channel(colour.z);
+                items_[i] = item;
+            }
+            colour = colour + stepX;
+        }
+    });
+}
+
+inline void Canvas::plot(int x, int y, float depth, const Paint& paint, float coverage) {
+    if (static_cast<unsigned>(x) >= static_cast<unsigned>(width_) ||
+        static_cast<unsigned>(y) >= static_cast<unsigned>(height_))
+        return;
+    const std::size_t i = at(x, y);
+    if (paint.testDepth) {
+        const float compared = depth + std::abs(depth) * paint.depthBias;
+        if (compared < depths_[i]) return;
+        // Faint pixels at a line's rim do not hide what is drawn behind them afterwards.
+        if (coverage > 0.5f && paint.opacity == 1) depths_[i] = std::max(depths_[i], depth);
     }
+    colours_[i] = mix(colours_[i], paint.colour, coverage * paint.opacity);
+    if (paint.item != kNoItem && coverage > 0.25f) items_[i] = paint.item;
 }
 
 void Canvas::line(ScreenPoint a, ScreenPoint b, const Paint& paint) {
@@ -148,10 +201,12 @@ void Canvas::plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& p
     const int first = static_cast<int>(std::floor(u0)), last = static_cast<int>(std::floor(u1));
     for (int step = first; step <= last; ++step) {
         const float centre = std::clamp(static_cast<float>(step) + 0.5f, u0, u1);
-        const float v = v0 + (centre - u0) * slope - 0.5f;
+        // The line is clipped to one pixel around the picture, so that one more keeps it positive
+        // and a cast rounds down.
+        const float v = v0 + (centre - u0) * slope + 1.5f;
         const float depth = z0 + (centre - u0) * depthSlope;
-        const int low = static_cast<int>(std::floor(v));
-        const float share = v - static_cast<float>(low);
+        const int low = static_cast<int>(v) - 2;
+        const float share = v - static_cast<float>(low + 2);
         if (steep) {
             plot(low, step, depth, paint, 1 - share);
             plot(low + 1, step, depth, paint, share);
@@ -162,23 +217,74 @@ void Canvas::plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& p
     }
 }
 
-void Canvas::rectangle(int left, int top, int right, int bottom, float depth, const Paint& paint) {
-    for (int y = std::max(top, 0); y < std::min(bottom, height_); ++y)
-        for (int x = std::max(left, 0); x < std::min(right, width_); ++x)
-            plot(x, y, depth, paint, 1);
+void Canvas::glow(const ScreenPoint& centre, float radius, const Paint& paint) {
+    const float reach = radius * 3;
+    if (!(centre.x > -reach && centre.y > -reach && centre.x < static_cast<float>(width_) + reach &&
+          centre.y < static_cast<float>(height_) + reach))
+        return;
+    const int left = static_cast<int>(std::floor(centre.x - reach));
+    const int right = static_cast<int>(std::ceil(centre.x + reach));
+    const int top = static_cast<int>(std::floor(centre.y - reach));
+    const int bottom = static_cast<int>(std::ceil(centre.y + reach));
+    Paint halo = paint;
+    halo.item = kNoItem;
+    for (int y = top; y < bottom; ++y) {
+        for (int x = left; x < right; ++x) {
+            const float distance = std::hypot(static_cast<float>(x) + 0.5f - centre.x,
+                                              static_cast<float>(y) + 0.5f - centre.y);
+            const float disc = std::clamp(radius + 0.5f - distance, 0.f, 1.f);
+            const float fade = std::clamp(1 - distance / reach, 0.f, 1.f);
+            if (disc > 0.25f)
+                plot(x, y, centre.depth, paint, disc);
+            else if (fade > 0)
+                plot(x, y, centre.depth, halo, std::max(disc, 0.5f * fade * fade));
+        }
+    }
 }
 
-void Canvas::plot(int x, int y, float depth, const Paint& paint, float coverage) {
-    if (x < 0 || y < 0 || x >= width_ || y >= height_) return;
-    const std::size_t i = at(x, y);
-    if (paint.testDepth) {
-        const float compared = depth + std::abs(depth) * paint.depthBias;
-        if (compared < depths_[i]) return;
-        // Faint pixels at a line's rim do not hide what is drawn behind them afterwards.
-        if (coverage > 0.5f && paint.opacity == 1) depths_[i] = std::max(depths_[i], depth);
+void Canvas::outline(std::span<const std::uint8_t> chosen, int width, Colour colour) {
+    // How far each pixel is from the nearest chosen one, as far as the rim reaches: by sweeping
+    // down and up again, each pixel from its neighbours.
+    const auto beyond = static_cast<std::uint8_t>(width + 1);
+    rim_.assign(colours_.size(), beyond);
+    int left = width_, right = -1, top = height_, bottom = -1;
+    for (int y = 0; y < height_; ++y) {
+        const std::size_t row = at(0, y);
+        for (int x = 0; x < width_; ++x) {
+            const ItemIndex item = items_[row + static_cast<std::size_t>(x)];
+            if (item == kNoItem || !chosen[item]) continue;
+            rim_[row + static_cast<std::size_t>(x)] = 0;
+            left = std::min(left, x);
+            right = std::max(right, x);
+            top = std::min(top, y);
+            bottom = y;
+        }
     }
-    colours_[i] = mix(colours_[i], paint.colour, coverage * paint.opacity);
-    if (paint.item != kNoItem && coverage > 0.25f) items_[i] = paint.item;
+    left = std::max(left - width, 0);
+    right = std::min(right + width, width_ - 1);
+    top = std::max(top - width, 0);
+    bottom = std::min(bottom + width, height_ - 1);
+    const auto nearer = [&](std::size_t i, bool exists, std::size_t neighbour) {
+        if (exists && rim_[neighbour] + 1 < rim_[i])
+            rim_[i] = static_cast<std::uint8_t>(rim_[neighbour] + 1);
+    };
+    const auto stride = static_cast<std::size_t>(width_);
+    for (int y = top; y <= bottom; ++y) {
+        for (int x = left; x <= right; ++x) {
+            const std::size_t i = at(x, y);
+            nearer(i, x > left, i - 1);
+            nearer(i, y > top, i - stride);
+        }
+    }
+    for (int y = bottom; y >= top; --y) {
+        for (int x = right; x >= left; --x) {
+            const std::size_t i = at(x, y);
+            nearer(i, x < right, i + 1);
+            nearer(i, y < bottom, i + stride);
+            if (rim_[i] != 0 && rim_[i] != beyond)
+                colours_[i] = mix(colours_[i], colour, rim_[i] == width && width > 1 ? 0.6f : 1);
+        }
+    }
 }
 
 }  // namespace workbench

@@ -13,28 +13,23 @@ constexpr Colour kEdge = 0x20262B;
 constexpr Colour kSelected = 0xFFC040;
 constexpr Colour kAxisX = 0xE0554F, kAxisY = 0x66C25A, kAxisZ = 0x5A8FF0;
 
-constexpr float kAmbient = 0.42f, kDiffuse = 0.66f;
 constexpr float kEdgeBias = 6e-4f;   // edges lie upon their own surface
 constexpr float kGridBias = -2e-4f;  // the grid gives way to ground that lies in its plane
 
-Colour scaled(Colour colour, float share) {
-    const auto channel = [&](unsigned shift) {
-        const float value = static_cast<float>(colour >> shift & 0xFF) * share;
-        return static_cast<Colour>(std::clamp(value, 0.f, 255.f)) << shift;
-    };
-    return channel(16) | channel(8) | channel(0);
+Vec3 channelsOf(Colour colour) {
+    return {static_cast<float>(colour >> 16 & 0xFF), static_cast<float>(colour >> 8 & 0xFF),
+            static_cast<float>(colour & 0xFF)};
 }
 
-// Clips a convex polygon at the near plane; a triangle leaves three or four corners, or none.
-int clipNear(const Vec3 (&corners)[3], float nearDistance, Vec3 (&out)[4]) {
-    int count = 0;
-    for (int i = 0; i < 3; ++i) {
-        const Vec3 &a = corners[i], &b = corners[(i + 1) % 3];
-        const bool aInside = a.z >= nearDistance, bInside = b.z >= nearDistance;
-        if (aInside) out[count++] = a;
-        if (aInside != bInside) out[count++] = a + (b - a) * ((nearDistance - a.z) / (b.z - a.z));
-    }
-    return count;
+Colour colourOf(Vec3 channels) {
+    const auto byte = [](float value) {
+        return static_cast<Colour>(std::clamp(value, 0.f, 255.f));
+    };
+    return byte(channels.x) << 16 | byte(channels.y) << 8 | byte(channels.z);
+}
+
+Vec3 product(Vec3 a, Vec3 b) {
+    return {a.x * b.x, a.y * b.y, a.z * b.z};
 }
 
 }  // namespace
@@ -45,9 +40,7 @@ void Renderer::draw(const SceneModel& scene, const Camera& camera, const RenderO
     canvas_ = &canvas;
     options_ = options;
     trianglesDrawn_ = 0;
-    // A lamp over the viewer's left shoulder, so that walls at right angles differ.
-    light_ = normalised(camera.up() * 0.45f - camera.right() * 0.3f - camera.forward());
-
+    lighting_.beginFrame(scene.lights(), camera);
     canvas.clear(kSkyTop, kSkyBottom);
     const auto items = scene.items();
     for (ItemIndex i = 0; i < items.size(); ++i)
@@ -56,6 +49,7 @@ void Renderer::draw(const SceneModel& scene, const Camera& camera, const RenderO
             drawSurface(scene, items[i], i);
     if (options.grid) drawGrid();
     for (const Mark& mark : scene.marks()) drawMark(mark, items[mark.item].selected);
+    if (options.mode != DrawMode::kWireframe) drawOutline(items);
     for (const Item& item : items)
         if (item.selected && !item.selectionBox.empty()) drawBrackets(item.selectionBox);
     if (options.axes) drawAxes();
@@ -64,10 +58,11 @@ void Renderer::draw(const SceneModel& scene, const Camera& camera, const RenderO
 void Renderer::transform(const SceneModel& scene, const Item& item) {
     view_.resize(item.vertexCount);
     screen_.resize(item.vertexCount);
-    const Vec3* world = scene.vertices().data() + item.firstVertex;
+    const Vec3* local = scene.vertices().data() + item.firstVertex;
     const float nearDistance = camera_->nearDistance();
+    const Vec3 offset = camera_->toView(item.origin);
     for (std::uint32_t i = 0; i < item.vertexCount; ++i) {
-        view_[i] = camera_->toView(world[i]);
+        view_[i] = offset + camera_->toView(local[i]);
         if (view_[i].z >= nearDistance) screen_[i] = camera_->toScreen(view_[i]);
     }
 }
@@ -75,12 +70,8 @@ void Renderer::transform(const SceneModel& scene, const Item& item) {
 void Renderer::drawSurface(const SceneModel& scene, const Item& item, ItemIndex index) {
     transform(scene, item);
     const bool wire = options_.mode == DrawMode::kWireframe;
-    if (!wire) {
-        const Triangle* triangle = scene.triangles().data() + item.firstTriangle;
-        for (std::uint32_t i = 0; i < item.triangleCount; ++i)
-            fillTriangle(triangle[i], item.firstVertex, index, toEye(scene, triangle[i]));
-    }
-    if (item.selected)
+    if (!wire) fillSurface(scene, item, index);
+    if (item.outlined && (wire || options_.mode == DrawMode::kShadedEdges))
         drawEdges(scene, item, {kSelected, 1, index, kEdgeBias * 2, true});
     else if (wire)
         drawEdges(scene, item, {scene.triangles()[item.firstTriangle].colour, 1, index, 0, true});
@@ -88,10 +79,84 @@ void Renderer::drawSurface(const SceneModel& scene, const Item& item, ItemIndex 
         drawFadedEdges(scene, item, index);
 }
 
-Colour Renderer::shaded(const Triangle& triangle, Vec3 towardsEye) const {
-    const float facing = dot(triangle.normal, towardsEye) < 0 ? -1.f : 1.f;
-    const float lit = std::max(0.f, facing * dot(triangle.normal, light_));
-    return scaled(triangle.colour, kAmbient + kDiffuse * lit);
+void Renderer::fillSurface(const SceneModel& scene, const Item& item, ItemIndex index) {
+    lighting_.setOrigin(item.origin);
+    const Vec3 eye = toFloat(camera_->eye() - item.origin);
+    const Vec3* local = scene.vertices().data() + item.firstVertex;
+    const Finish* finishes = item.hasFinish ? scene.finishes().data() + item.firstFinish : nullptr;
+    const Triangle* triangles = scene.triangles().data() + item.firstTriangle;
+    const float nearDistance = camera_->nearDistance();
+    for (std::uint32_t t = 0; t < item.triangleCount; ++t) {
+        const Triangle& triangle = triangles[t];
+        std::uint32_t corner[3];
+        for (int i = 0; i < 3; ++i) corner[i] = triangle.vertex[i] - item.firstVertex;
+        const Vec3 &a = view_[corner[0]], &b = view_[corner[1]], &c = view_[corner[2]];
+        const int inFront = (a.z >= nearDistance) + (b.z >= nearDistance) + (c.z >= nearDistance);
+        if (inFront == 0) continue;
+        ++trianglesDrawn_;
+        const Vec3 towardsEye =
+            camera_->isParallel() ? camera_->forward() * -1 : eye - local[corner[0]];
+        const float side = dot(triangle.normal, towardsEye) < 0 ? -1.f : 1.f;
+        const Vec3 colour = channelsOf(triangle.colour);
+        if (!finishes && !lighting_.isLocal()) {
+            const Vec3 lit =
+                product(colour, lighting_.at(local[corner[0]], triangle.normal * side));
+            if (inFront == 3)
+                canvas_->triangle(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]],
+                                  colourOf(lit), index);
+            else
+                fillClipped({{a, lit}, {b, lit}, {c, lit}}, index);
+            continue;
+        }
+        Corner corners[3];
+        for (int i = 0; i < 3; ++i) {
+            const Finish finish = finishes ? finishes[corner[i]] : Finish{};
+            const bool smooth = dot(finish.normal, finish.normal) > 0.5f;
+            const Vec3 normal = (smooth ? finish.normal : triangle.normal) * side;
+            corners[i] = {view_[corner[i]],
+                          product(finish.coloured ? channelsOf(finish.colour) : colour,
+                                  lighting_.at(local[corner[i]], normal))};
+        }
+        if (inFront == 3)
+            canvas_->gradient(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]],
+                              {corners[0].colour, corners[1].colour, corners[2].colour}, index);
+        else
+            fillClipped(corners, index);
+    }
+}
+
+// Cuts a triangle off at the near plane: three or four corners are left, or none.
+int Renderer::clipNear(const Corner (&corners)[3], float nearDistance, Corner (&out)[4]) {
+    int count = 0;
+    for (int i = 0; i < 3; ++i) {
+        const Corner &a = corners[i], &b = corners[(i + 1) % 3];
+        const bool aInside = a.view.z >= nearDistance, bInside = b.view.z >= nearDistance;
+        if (aInside) out[count++] = a;
+        if (aInside == bInside) continue;
+        const float share = (nearDistance - a.view.z) / (b.view.z - a.view.z);
+        out[count++] = {a.view + (b.view - a.view) * share,
+                        a.colour + (b.colour - a.colour) * share};
+    }
+    return count;
+}
+
+void Renderer::fillClipped(const Corner (&corners)[3], ItemIndex index) {
+    Corner kept[4];
+    const int count = clipNear(corners, camera_->nearDistance(), kept);
+    for (int i = 2; i < count; ++i)
+        canvas_->gradient(camera_->toScreen(kept[0].view), camera_->toScreen(kept[i - 1].view),
+                          camera_->toScreen(kept[i].view),
+                          {kept[0].colour, kept[i - 1].colour, kept[i].colour}, index);
+}
+
+void Renderer::drawOutline(std::span<const Item> items) {
+    chosen_.resize(items.size());
+    bool any = false;
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        chosen_[i] = items[i].outlined && items[i].triangleCount > 0;
+        any = any || chosen_[i] != 0;
+    }
+    if (any) canvas_->outline(chosen_, static_cast<int>(2 * options_.pixelScale), kSelected);
 }
 
 // The edges of what is only a few pixels large would leave nothing of its colour.
@@ -101,35 +166,6 @@ void Renderer::drawFadedEdges(const SceneModel& scene, const Item& item, ItemInd
     const float share = (radius - kNoEdgesBelow) / (kFullEdgesFrom - kNoEdgesBelow);
     if (share <= 0) return;
     drawEdges(scene, item, {kEdge, kEdgeOpacity * std::min(share, 1.f), index, kEdgeBias, true});
-}
-
-Vec3 Renderer::toEye(const SceneModel& scene, const Triangle& triangle) const {
-    if (camera_->isParallel()) return camera_->forward() * -1;
-    return camera_->eye() - scene.vertices()[triangle.vertex[0]];
-}
-
-void Renderer::fillTriangle(const Triangle& triangle, std::uint32_t base, ItemIndex index,
-                            Vec3 towardsEye) {
-    const std::uint32_t a = triangle.vertex[0] - base, b = triangle.vertex[1] - base,
-                        c = triangle.vertex[2] - base;
-    const float nearDistance = camera_->nearDistance();
-    const bool aInside = view_[a].z >= nearDistance, bInside = view_[b].z >= nearDistance,
-               cInside = view_[c].z >= nearDistance;
-    if (!aInside && !bInside && !cInside) return;
-    ++trianglesDrawn_;
-    const Colour colour = shaded(triangle, towardsEye);
-    if (aInside && bInside && cInside)
-        canvas_->triangle(screen_[a], screen_[b], screen_[c], colour, index);
-    else
-        fillClipped({view_[a], view_[b], view_[c]}, colour, index);
-}
-
-void Renderer::fillClipped(const Vec3 (&corners)[3], Colour colour, ItemIndex index) {
-    Vec3 kept[4];
-    const int count = clipNear(corners, camera_->nearDistance(), kept);
-    for (int i = 2; i < count; ++i)
-        canvas_->triangle(camera_->toScreen(kept[0]), camera_->toScreen(kept[i - 1]),
-                          camera_->toScreen(kept[i]), colour, index);
 }
 
 void Renderer::drawEdges(const SceneModel& scene, const Item& item, const Paint& paint) {
@@ -156,7 +192,7 @@ void Renderer::viewLine(Vec3 a, Vec3 b, const Paint& paint) {
     canvas_->line(camera_->toScreen(a), camera_->toScreen(b), paint);
 }
 
-void Renderer::worldLine(Vec3 a, Vec3 b, const Paint& paint) {
+void Renderer::worldLine(Vec3d a, Vec3d b, const Paint& paint) {
     viewLine(camera_->toView(a), camera_->toView(b), paint);
 }
 
@@ -167,14 +203,9 @@ void Renderer::drawMark(const Mark& mark, bool selected) {
     const float height = static_cast<float>(canvas_->height());
     if (centre->x < -16 || centre->y < -16 || centre->x > width + 16 || centre->y > height + 16)
         return;
-    const int x = static_cast<int>(centre->x), y = static_cast<int>(centre->y);
     const Paint paint{selected ? kSelected : mark.colour, 1, mark.item, kEdgeBias, true};
-    if (mark.kind == MarkKind::kLightPoint) {
-        const int size = std::max(2, static_cast<int>(2 * options_.pixelScale));
-        canvas_->rectangle(x - size / 2, y - size / 2, x + size - size / 2, y + size - size / 2,
-                           centre->depth, paint);
-        return;
-    }
+    if (mark.kind == MarkKind::kLightPoint)
+        return canvas_->glow(*centre, 1.4f * options_.pixelScale, paint);
     // A helper is an upright cross, a light a star.
     const float arm = 5 * options_.pixelScale, slant = arm * 0.7f;
     const auto stroke = [&](float dx, float dy) {
@@ -192,18 +223,18 @@ void Renderer::drawMark(const Mark& mark, bool selected) {
 // The corners of a box, each drawn a quarter of the way along its three edges.
 void Renderer::drawBrackets(const Box& around) {
     // A little outside, so that it is not lost among the edges of a box.
-    const Vec3 margin = (around.max - around.min) * 0.03f;
+    const Vec3d margin = (around.max - around.min) * 0.03;
     Box box;
     box.add(around.min - margin);
     box.add(around.max + margin);
     const Paint paint{0xFFFFFF, 1, kNoItem, kEdgeBias, false};
-    const Vec3 quarter = (box.max - box.min) * 0.22f;
+    const Vec3d quarter = (box.max - box.min) * 0.22;
     for (unsigned i = 0; i < 8; ++i) {
-        const Vec3 corner = box.corner(i);
-        const float sx = i & 1 ? -1.f : 1.f, sy = i & 2 ? -1.f : 1.f, sz = i & 4 ? -1.f : 1.f;
-        worldLine(corner, corner + Vec3{quarter.x * sx, 0, 0}, paint);
-        worldLine(corner, corner + Vec3{0, quarter.y * sy, 0}, paint);
-        worldLine(corner, corner + Vec3{0, 0, quarter.z * sz}, paint);
+        const Vec3d corner = box.corner(i);
+        const double sx = i & 1 ? -1 : 1, sy = i & 2 ? -1 : 1, sz = i & 4 ? -1 : 1;
+        worldLine(corner, corner + Vec3d{quarter.x * sx, 0, 0}, paint);
+        worldLine(corner, corner + Vec3d{0, quarter.y * sy, 0}, paint);
+        worldLine(corner, corner + Vec3d{0, 0, quarter.z * sz}, paint);
     }
 }
 
@@ -211,25 +242,24 @@ void Renderer::drawBrackets(const Box& around) {
 // Front and left views show the ground as a line, so there the grid stands upright.
 void Renderer::drawGrid() {
     constexpr int kReach = 50;
-    const float spacing = std::pow(10.f, std::ceil(std::log10(camera_->unitsPerPixel() * 14)));
-    Vec3 u{1, 0, 0}, v{0, 1, 0};
+    const double spacing = std::pow(10., std::ceil(std::log10(camera_->unitsPerPixel() * 14)));
+    Vec3d u{1, 0, 0}, v{0, 1, 0};
     if (camera_->view() == View::kFront) v = {0, 0, 1};
     if (camera_->view() == View::kLeft) u = {0, 0, 1};
-    const Vec3 target = camera_->target();
-    const float middleU = std::round(dot(target, u) / spacing);
-    const float middleV = std::round(dot(target, v) / spacing);
-    const auto place = [&](float gridU, float gridV) {
+    const Vec3d target = camera_->target();
+    const double middleU = std::round(dot(target, u) / spacing);
+    const double middleV = std::round(dot(target, v) / spacing);
+    const auto place = [&](double gridU, double gridV) {
         return u * (gridU * spacing) + v * (gridV * spacing);
     };
-    const auto paintOf = [&](float line, int offset) {
-        const bool major = std::fmod(line, 10.f) == 0;
+    const auto paintOf = [&](double line, int offset) {
+        const bool major = std::fmod(line, 10) == 0;
         const float fade = 1 - static_cast<float>(std::abs(offset)) / (kReach + 1);
         return Paint{major ? kGridMajor : kGridMinor, (major ? 0.8f : 0.45f) * fade, kNoItem,
                      kGridBias, true};
     };
     for (int i = -kReach; i <= kReach; ++i) {
-        const float lineU = middleU + static_cast<float>(i),
-                    lineV = middleV + static_cast<float>(i);
+        const double lineU = middleU + i, lineV = middleV + i;
         worldLine(place(lineU, middleV - kReach), place(lineU, middleV + kReach),
                   paintOf(lineU, i));
         worldLine(place(middleU - kReach, lineV), place(middleU + kReach, lineV),

@@ -1,12 +1,16 @@
 #include <workbench/scenemodel.h>
 
+#include <algorithm>
+
 namespace workbench {
 
 void SceneModel::clear() {
     items_.clear();
     vertices_.clear();
+    finishes_.clear();
     triangles_.clear();
     marks_.clear();
+    lights_.clear();
     box_ = helperBox_ = {};
 }
 
@@ -18,9 +22,20 @@ ItemIndex SceneModel::beginItem() {
     return static_cast<ItemIndex>(items_.size() - 1);
 }
 
-std::uint32_t SceneModel::addVertex(Vec3 world) {
-    vertices_.push_back(world);
-    return items_.back().vertexCount++;
+// The first vertex is the item's origin: the others are near it, however far away the world's is.
+std::uint32_t SceneModel::addVertex(Vec3d world) {
+    Item& item = items_.back();
+    if (item.vertexCount == 0 && isFinite(world)) item.origin = world;
+    vertices_.push_back(toFloat(world - item.origin));
+    return item.vertexCount++;
+}
+
+void SceneModel::setFinishes(std::span<const Finish> finishes) {
+    Item& item = items_.back();
+    if (finishes.size() != item.vertexCount) return;
+    item.hasFinish = true;
+    item.firstFinish = static_cast<std::uint32_t>(finishes_.size());
+    finishes_.insert(finishes_.end(), finishes.begin(), finishes.end());
 }
 
 void SceneModel::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, Colour colour,
@@ -33,24 +48,48 @@ void SceneModel::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, 
     const Vec3 normal = normalised(cross(q - p, r - p));
     triangles_.push_back({{base + a, base + b, base + c}, colour, normal, edges});
     ++item.triangleCount;
-    item.box.add(p);
-    item.box.add(q);
-    item.box.add(r);
+    for (const Vec3 corner : {p, q, r}) item.box.add(item.origin + corner);
 }
 
-void SceneModel::addMark(MarkKind kind, Vec3 world, Colour colour) {
+void SceneModel::addMark(MarkKind kind, Vec3d world, Colour colour) {
     if (!isFinite(world)) return;
     marks_.push_back({world, colour, static_cast<ItemIndex>(items_.size() - 1), kind});
     items_.back().box.add(world);
-    (kind == MarkKind::kHelper ? helperBox_ : box_).add(world);
+    (kind == MarkKind::kLightPoint ? box_ : helperBox_).add(world);
+}
+
+void SceneModel::addLight(const Light& light) {
+    if (isFinite(light.position) && isFinite(light.direction) && isFinite(light.strength))
+        lights_.push_back(light);
+}
+
+// An edge that two triangles share is drawn once.
+void SceneModel::dropDoubleEdges(const Item& item) {
+    seenEdges_.clear();
+    for (std::uint32_t t = item.firstTriangle; t < item.firstTriangle + item.triangleCount; ++t) {
+        for (unsigned edge = 0; edge < 3; ++edge) {
+            if ((triangles_[t].edges >> edge & 1) == 0) continue;
+            const std::uint64_t a = triangles_[t].vertex[edge];
+            const std::uint64_t b = triangles_[t].vertex[(edge + 1) % 3];
+            seenEdges_.push_back({std::min(a, b) << 32 | std::max(a, b), t, edge});
+        }
+    }
+    std::sort(seenEdges_.begin(), seenEdges_.end());
+    for (std::size_t i = 1; i < seenEdges_.size(); ++i) {
+        const SeenEdge& edge = seenEdges_[i];
+        if (edge.ends != seenEdges_[i - 1].ends) continue;
+        std::uint8_t& edges = triangles_[edge.triangle].edges;
+        edges = static_cast<std::uint8_t>(edges & ~(1u << edge.edge));
+    }
 }
 
 void SceneModel::endItem() {
     Item& item = items_.back();
+    if (item.triangleCount > 1) dropDoubleEdges(item);
     item.selectionBox = item.box;
     if (item.box.empty()) return;
     item.sphereCentre = item.box.centre();
-    item.sphereRadius = length(item.box.max - item.sphereCentre);
+    item.sphereRadius = static_cast<float>(length(item.box.max - item.sphereCentre));
     if (item.triangleCount > 0) box_.include(item.box);
 }
 

@@ -15,7 +15,8 @@ namespace {
 constexpr wchar_t kClassName[] = L"WorkbenchViewport";
 constexpr int kPickReach = 4;       // pixels at 100 %
 constexpr int kClickTolerance = 3;  // a click may tremble this much
-constexpr float kKeyOrbit = 16;     // pixels of mouse movement that an arrow key stands for
+constexpr float kZoomPerPixel = 0.05f;
+constexpr float kKeyOrbit = 16;  // pixels of mouse movement that an arrow key stands for
 
 bool isDown(int key) {
     return ::GetKeyState(key) < 0;
@@ -131,32 +132,55 @@ ItemIndex Viewport::itemAt(POINT at) {
     return canvas_.pick(static_cast<int>(at.x), static_cast<int>(at.y), Scaled(kPickReach));
 }
 
+void Viewport::focusUnder(POINT at) {
+    if (stale_ || at.x < 0 || at.y < 0 || at.x >= canvas_.width() || at.y >= canvas_.height())
+        return;
+    const float depth = canvas_.depth(static_cast<int>(at.x), static_cast<int>(at.y));
+    if (depth != Canvas::kFarthest) camera_.focusAt(camera_.distanceOf(depth));
+}
+
+Viewport::Drag Viewport::dragOf(UINT keys) {
+    return keys & MK_SHIFT ? Drag::kPan : keys & MK_CONTROL ? Drag::kZoom : Drag::kOrbit;
+}
+
 void Viewport::startDrag(Drag drag, POINT at) {
     SetFocus();
+    if (drag != Drag::kClick) focusUnder(at);
     drag_ = drag;
     dragStart_ = dragLast_ = at;
     ::SetCapture(Handle());
 }
 
-void Viewport::OnLButtonDown(UINT, POINT at) {
-    const bool shift = isDown(VK_SHIFT);
-    startDrag(!isDown(VK_MENU) ? Drag::kClick : shift ? Drag::kPan : Drag::kOrbit, at);
+void Viewport::endDrag() {
+    if (drag_ != Drag::kNone) ::ReleaseCapture();
+}
+
+void Viewport::OnLButtonDown(UINT keys, POINT at) {
+    startDrag(isDown(VK_MENU) ? dragOf(keys) : Drag::kClick, at);
 }
 
 void Viewport::OnLButtonUp(UINT keys, POINT at) {
     const bool click = drag_ == Drag::kClick &&
                        std::abs(at.x - dragStart_.x) <= Scaled(kClickTolerance) &&
                        std::abs(at.y - dragStart_.y) <= Scaled(kClickTolerance);
-    if (drag_ != Drag::kNone) ::ReleaseCapture();
+    endDrag();
     if (click) client_.onPick(itemAt(at), (keys & MK_CONTROL) != 0);
 }
 
 void Viewport::OnMButtonDown(UINT keys, POINT at) {
-    startDrag(keys & MK_SHIFT ? Drag::kPan : Drag::kOrbit, at);
+    startDrag(dragOf(keys), at);
 }
 
 void Viewport::OnMButtonUp(UINT, POINT) {
-    if (drag_ != Drag::kNone) ::ReleaseCapture();
+    endDrag();
+}
+
+void Viewport::OnRButtonDown(UINT, POINT at) {
+    startDrag(isDown(VK_MENU) ? Drag::kZoom : Drag::kPan, at);
+}
+
+void Viewport::OnRButtonUp(UINT, POINT) {
+    endDrag();
 }
 
 void Viewport::OnCaptureChanged(HWND) {
@@ -173,6 +197,10 @@ void Viewport::OnMouseMove(UINT, POINT at) {
             return redraw();
         case Drag::kPan:
             camera_.pan(dx, dy);
+            return redraw();
+        case Drag::kZoom:
+            camera_.zoom(-dy * kZoomPerPixel, static_cast<float>(dragStart_.x),
+                         static_cast<float>(dragStart_.y));
             return redraw();
         case Drag::kClick:
             return;
@@ -192,6 +220,7 @@ void Viewport::hover(ItemIndex item) {
 
 void Viewport::OnMouseWheel(UINT, int delta, POINT screen) {
     const POINT at = ToClient(screen);
+    focusUnder(at);
     camera_.zoom(static_cast<float>(delta) / WHEEL_DELTA, static_cast<float>(at.x),
                  static_cast<float>(at.y));
     redraw();

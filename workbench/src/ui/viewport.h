@@ -21,7 +21,9 @@ public:
 };
 
 /// Left click selects, with Ctrl adds. The middle button, or Alt with the left one, orbits; with
-/// Shift it pans. The wheel zooms towards the mouse. Arrow keys orbit, plus and minus zoom.
+/// Shift, and with the right button, it pans; with Ctrl it zooms. The wheel zooms towards the
+/// mouse. Each goes by what is under the mouse: that is what follows it. Arrow keys orbit, plus and
+/// minus zoom.
 class Viewport : public CWnd {
 public:
     explicit Viewport(ViewportClient& client) : client_(client) {}
@@ -49,6 +51,8 @@ protected:
     void OnLButtonUp(UINT keys, POINT at) override;
     void OnMButtonDown(UINT keys, POINT at) override;
     void OnMButtonUp(UINT keys, POINT at) override;
+    void OnRButtonDown(UINT keys, POINT at) override;
+    void OnRButtonUp(UINT keys, POINT at) override;
     void OnMouseMove(UINT keys, POINT at) override;
     void OnMouseWheel(UINT keys, int delta, POINT screen) override;
     void OnCaptureChanged(HWND gaining) override;
@@ -57,9 +61,13 @@ protected:
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
 
 private:
-    enum class Drag { kNone, kClick, kOrbit, kPan };
+    enum class Drag { kNone, kClick, kOrbit, kPan, kZoom };
 
     void startDrag(Drag drag, POINT at);
+    void endDrag();
+    static Drag dragOf(UINT keys);
+    /// Makes what is drawn near a pixel the camera's measure.
+    void focusUnder(POINT at);
     void draw();
     void drawLabel(HDC dc);
     bool ensureBitmap(int width, int height);
