@@ -29,9 +29,15 @@ INode* commonParent(const std::vector<INode*>& nodes, INode* otherwise) {
     return common ? parent : otherwise;
 }
 
+// One for the process: a maker follows the scene that is shown, whichever core shows it.
+std::shared_ptr<MakerRegistry> makerRegistry() {
+    static const auto registry = std::make_shared<MakerRegistry>();
+    return registry;
+}
+
 }  // namespace
 
-Core::Impl::Impl() : makers(std::make_shared<MakerRegistry>()), nodeNames(makers) {
+Core::Impl::Impl() : makers(makerRegistry()), nodeNames(makers) {
     replaceScene(std::make_unique<Scene>());
 }
 

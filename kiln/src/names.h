@@ -35,6 +35,8 @@ struct NameLinks {
 /// The nodes of a scene by name. Constant time, also for names that very many nodes share.
 class NameIndex {
 public:
+    /// Makes room for a node of this name; adding one then cannot fail.
+    void reserve(const std::string& name) { nodes_.try_emplace(name); }
     void add(Node* node);
     /// Takes `node` out; gives whether it was the last with its name.
     bool remove(Node* node) noexcept;
@@ -52,7 +54,8 @@ private:
 
 class SceneNameMaker;
 
-/// What the makers of one host have in common. Makers may outlive the host, so they share it.
+/// What all makers have in common. A plug-in keeps its maker while hosts come and go, so it belongs
+/// to no host, and it lives as long as the last maker.
 struct MakerRegistry {
     const NameIndex* sceneNames = nullptr;  ///< of the present scene; null without one
     std::vector<SceneNameMaker*> makers;

@@ -64,6 +64,7 @@ void Node::relink(Node* newParent, bool keepPos) {
         return;
     const bool sameParent = newParent == parent_;
     const Matrix3 position = keepPos && !sameParent ? world() : Matrix3();
+    newParent->children_.makeRoom();
     unlink();
     newParent->adopt(this);
     if (!sameParent) {

@@ -33,8 +33,17 @@ public:
     std::size_t size() const noexcept { return count_; }
     bool empty() const noexcept { return count_ == 0; }
 
-    void append(Node* node) {
+    /// Makes room for one more node, so that appending it, after taking out others but the last,
+    /// cannot fail.
+    void makeRoom() {
         if (!tail_ || tail_->nodes.size() == kBlockSize) linkBlock();
+        auto& nodes = tail_->nodes;
+        if (nodes.size() == nodes.capacity())
+            nodes.reserve(std::clamp<std::size_t>(nodes.size() * 2, 1, kBlockSize));
+    }
+
+    void append(Node* node) {
+        makeRoom();
         tail_->nodes.push_back(node);
         node->*Hook = tail_;
         ++count_;

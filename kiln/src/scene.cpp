@@ -41,10 +41,20 @@ Node* Scene::createNode(Object* object, std::string name, Node* parent) {
     auto node = std::make_unique<Node>(*this, ++lastHandle, std::move(name));
     node->SetObjectRef(object);
     Node* const made = node.release();
-    live_.insert(made);
-    byHandle_.emplace(made->GetHandle(), made);
-    names_.add(made);
-    parent->adopt(made);
+    bool named = false;
+    try {
+        live_.insert(made);
+        byHandle_.emplace(made->GetHandle(), made);
+        names_.add(made);
+        named = true;
+        parent->adopt(made);
+    } catch (...) {
+        if (named) names_.remove(made);
+        byHandle_.erase(made->GetHandle());
+        live_.erase(made);
+        delete made;
+        throw;
+    }
     setSceneModified(true);
     return made;
 }
@@ -72,6 +82,7 @@ void Scene::deleteNode(INode* which) {
 }
 
 void Scene::renameNode(Node* node, std::string& name, std::string newName) {
+    names_.reserve(newName);
     const bool wasLast = names_.remove(node);
     name.swap(newName);
     names_.add(node);

@@ -67,6 +67,10 @@ TEST_F(NameMakerTest, OutlivesTheHost) {
     addNode("g001");
     kiln::Core::destroy();
     EXPECT_EQ(made("g"), "g001");
+    // The next host's scene counts like any other.
+    kiln::Core::create().hostInterface().CreateObjectNode(new DummyObject, "g001");
+    EXPECT_EQ(made("g"), "g002");
+    kiln::Core::destroy();
     maker.reset();
 }
 
