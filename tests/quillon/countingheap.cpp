@@ -5,10 +5,13 @@
 
 namespace {
 
+constexpr std::size_t kNever = static_cast<std::size_t>(-1);
+
 std::size_t allocations = 0;
+std::size_t failing = kNever;  // the number of the one that fails
 
 void* counted(std::size_t size) noexcept {
-    ++allocations;
+    if (allocations++ == failing) return nullptr;
     return std::malloc(size == 0 ? 1 : size);
 }
 
@@ -16,6 +19,16 @@ void* counted(std::size_t size) noexcept {
 
 std::size_t heapAllocations() {
     return allocations;
+}
+
+void failAllocationAfter(std::size_t count) {
+    failing = allocations + count;
+}
+
+bool endAllocationFailure() {
+    const bool failed = allocations > failing;
+    failing = kNever;
+    return failed;
 }
 
 void* operator new(std::size_t size) {

@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <stdexcept>
+#include <string_view>
 
 namespace {
 
@@ -228,18 +229,68 @@ TEST_F(AviaryTest, TheLastImportIsRememberedAndTitlesTheBrowser) {
     EXPECT_STREQ(result.s, "airfield.flt") << "what a script holds stays as it was";
 }
 
-TEST_F(AviaryTest, DamagedChunksAreFailuresNotExceptions) {
-    INode* const node = addXRef("tower.flt");
-    for (const DWORD sub : {1u, 2u}) {
-        auto* const bytes = static_cast<char*>(KILN_malloc(3));
-        std::memcpy(bytes, "\xFF\xFF\xFF", 3);
-        node->AddAppDataChunk(Class_ID(0x6A3C1F07, 0x2E9D0001), 0xA10, sub, 3, bytes);
+std::string chunkBytes(INode* node) {
+    std::string all;
+    for (int i = 0; i < node->NumAppDataChunks(); ++i) {
+        const AppDataChunk* const chunk = node->GetAppDataChunk(i);
+        all.append(static_cast<const char*>(chunk->data), chunk->length).append(1, '|');
     }
-    const FPValue value = FPValue::Node(node);
-    EXPECT_EQ(call(19, {value}), FPS_OK);
-    EXPECT_STREQ(result.s, "");
-    EXPECT_EQ(call(30, {value}), FPS_OK);
-    EXPECT_EQ(call(32, {value}), FPS_OK);
+    return all;
+}
+
+void damage(INode* node, DWORD subId, std::string_view text) {
+    void* const bytes = KILN_malloc(text.size());
+    std::memcpy(bytes, text.data(), text.size());
+    node->AddAppDataChunk(Class_ID(0x6A3C1F07, 0x2E9D0001), 0xA10, subId,
+                          static_cast<DWORD>(text.size()), bytes);
+}
+
+TEST_F(AviaryTest, DamagedChunksAreFailuresThatChangeNothing) {
+    for (const std::string_view bytes :
+         {std::string_view("\xFF\xFF\xFF"), std::string_view("\0", 1),
+          std::string_view("\0\x3F\xFF\xFF tail", 9)}) {
+        INode* const node = addXRef("tower.flt");
+        INode* const face = addMesh(nullptr, "face");
+        ASSERT_TRUE(aviary.SetKeepTriangles(face, 1));
+        for (const DWORD part : {1u, 2u}) damage(node, part, bytes);
+        damage(face, 3, bytes);
+        const std::string before = chunkBytes(node) + chunkBytes(face);
+        const FPValue value = FPValue::Node(node);
+        const FPValue mesh = FPValue::Node(face);
+        EXPECT_EQ(call(19, {value}), FPS_OK);
+        EXPECT_STREQ(result.s, "");
+        EXPECT_EQ(call(30, {value}), FPS_OK);
+        EXPECT_STREQ(result.s, "");
+        EXPECT_FALSE(result.OwnsString());
+        EXPECT_EQ(call(32, {value}), FPS_OK);
+        EXPECT_EQ(result.i, 0);
+        EXPECT_FALSE(isTrue(31, {value, FPValue::String("a.flt")}));
+        EXPECT_FALSE(isTrue(33, {value, FPValue::Int(1)}));
+        EXPECT_FALSE(isTrue(27, {mesh}));
+        EXPECT_FALSE(isTrue(26, {mesh, FPValue::Bool(true)}));
+        EXPECT_EQ(chunkBytes(node) + chunkBytes(face), before);
+        EXPECT_TRUE(isTrue(21, {value})) << "its kind is sound";
+
+        // Without a sound kind block there is no OpenFlight node.
+        damage(node, 0, bytes.substr(0, 3));
+        EXPECT_FALSE(isTrue(21, {value}));
+        EXPECT_FALSE(isTrue(25, {value, FPValue::String("EXTERNAL_REF")}));
+        EXPECT_FALSE(isTrue(20, {value, FPValue::String("text")}));
+        EXPECT_TRUE(isTrue(23, {value}));
+        EXPECT_EQ(node->NumAppDataChunks(), 0);
+    }
+}
+
+TEST_F(AviaryTest, ARefusedKeepTrianglesDoesNotMakeAFace) {
+    INode* const mesh = addMesh(nullptr, "mesh");
+    damage(mesh, 3, "damaged");
+    EXPECT_FALSE(aviary.SetKeepTriangles(mesh, 1));
+    EXPECT_FALSE(aviary.HasData(mesh));
+    // A record that has lost its kind block belongs to nothing and is replaced.
+    INode* const remains = addMesh(nullptr, "remains");
+    damage(remains, 1, "damaged");
+    EXPECT_TRUE(aviary.SetKeepTriangles(remains, 1));
+    EXPECT_TRUE(aviary.GetKeepTriangles(remains));
 }
 
 }  // namespace

@@ -50,6 +50,19 @@ TEST_F(NodeCreationTest, AKindWithoutARecordIsTaggedAndNothingMore) {
     EXPECT_FALSE(fltHasRecord(node));
 }
 
+TEST_F(NodeCreationTest, NamesFollowTheSceneThatIsShown) {
+    ASSERT_TRUE(aviary.CreateGroup());
+    EXPECT_STREQ(host.GetRootNode()->GetChildNode(0)->GetName(), "g001");
+    kiln::Core::destroy();
+    Interface& next = kiln::Core::create().hostInterface();
+    next.CreateObjectNode(new DummyObject, "g001");
+    ASSERT_TRUE(aviary.CreateGroup());
+    EXPECT_STREQ(next.GetRootNode()->GetChildNode(1)->GetName(), "g002");
+    kiln::Core::create().newScene();
+    ASSERT_TRUE(aviary.CreateGroup());
+    EXPECT_STREQ(next.GetRootNode()->GetChildNode(0)->GetName(), "g001");
+}
+
 TEST_F(NodeCreationTest, OneSelectedNodeIsTheParentAndTheOriginIsTheWorlds) {
     INode* const parent = add(nullptr, "parent");
     Matrix3 moved;

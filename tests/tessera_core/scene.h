@@ -12,10 +12,9 @@
 class SceneTest : public testing::Test {
 protected:
     SceneTest() : core(kiln::Core::create()), host(core.hostInterface()) {
-        core.newScene();
         recordingBrowser() = RecordingBrowser{};
     }
-    ~SceneTest() override { core.newScene(); }
+    ~SceneTest() override { kiln::Core::destroy(); }
 
     /// A dummy below `parent` (null for the top level), of OpenFlight kind `kind` unless that is 0.
     INode* add(INode* parent, const char* name, int kind = 0) {

@@ -354,14 +354,14 @@ bool AviaryUtil::SetKeepTriangles(INode* node, int flag) {
     return orFailure(false, [=] {
         FltFace record;
         KilnFace options;
-        if (!fltHasData(node)) {
-            if (!fltEnsureKind(node, FltNodeKind::Face, kFltRevision)) return false;
-        } else if (!isStored(node, FltNodeKind::Face)) {
-            return false;
-        }
-        if (fltHasRecord(node) && !fltGetRecord(node, record)) return false;
         if (fltHasOptions(node) && !fltGetOptions(node, options)) return false;
         options.keepTriangles = static_cast<std::uint32_t>(flag);
+        if (!fltHasData(node)) {
+            if (!fltEnsureKind(node, FltNodeKind::Face, kFltRevision)) return false;
+        } else if (!isStored(node, FltNodeKind::Face) ||
+                   (fltHasRecord(node) && !fltGetRecord(node, record))) {
+            return false;
+        }
         return fltPutRecord(node, record) && fltPutOptions(node, options);
     });
 }
@@ -409,6 +409,10 @@ FPStatus AviaryUtil::_dispatch_fn(FunctionID id, TimeValue, FPValue& result, FPP
     const Arguments a(params);
     const auto setBool = [&](bool value) { result.SetBool(value); };
     const auto setInt = [&](int value) { result.SetInt(value); };
+    // Short of memory there is no copy, and an empty text is the failure.
+    const auto setCopy = [&](char* text) {
+        text ? result.SetOwnedString(text) : result.SetString(kEmptyString);
+    };
     switch (id) {
         case kBrowser:
             Browser();
@@ -468,7 +472,7 @@ FPStatus AviaryUtil::_dispatch_fn(FunctionID id, TimeValue, FPValue& result, FPP
             setBool(CreateLightPoint());
             break;
         case kGetComment:
-            result.SetOwnedString(GetComment(a.node(0)));
+            setCopy(GetComment(a.node(0)));
             break;
         case kPutComment:
             setBool(PutComment(a.node(0), a.text(1)));
@@ -484,7 +488,7 @@ FPStatus AviaryUtil::_dispatch_fn(FunctionID id, TimeValue, FPValue& result, FPP
             break;
         // A script may keep the value beyond the next import, so it gets a copy of its own.
         case kGetLastImport:
-            result.SetOwnedString(KILN_strdup(GetLastImport()));
+            setCopy(KILN_strdup(GetLastImport()));
             break;
         case kIsOfType:
             setBool(IsOfType(a.node(0), a.text(1)));
