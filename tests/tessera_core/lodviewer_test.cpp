@@ -137,10 +137,70 @@ TEST_F(LodViewerTest, ADamagedLevelOfDetailCountsAsPlainStructure) {
     INode* const unordered = addLod(nullptr, "nan", std::nan(""), 4);
     addMesh(unordered, "never");
     LodViewer viewer(host);
-    viewer.Collect();
+    viewer.Collect(host.GetRootNode());
     EXPECT_EQ(viewer.lodDistances(), (std::vector<double>{0, 4, 10}));
     viewer.Apply(5);
     EXPECT_TRUE(mesh->IsHidden());
+}
+
+TEST_F(LodViewerTest, ShowsWhatIsNoStructure) {
+    INode* const lod = addLod(nullptr, "l", 0, 100);
+    std::map<int, INode*> nodes;
+    for (const int kind : {1, 2, 4, 5, 14, 55, 61, 62, 63, 73, 96, 98, 101, 111})
+        nodes[kind] = add(lod, "stored", kind);
+    INode* const mesh = addMesh(lod, "derived face");
+    INode* const light = host.CreateObjectNode(new GenLight(OMNI_LIGHT_CLASS_ID), "light");
+    INode* const helper = add(lod, "no kind");
+    INode* const head = add(lod, "derived group");
+    head->SetGroupHead(true);
+    lod->AttachChild(light, false);
+    for (int i = 0; i < lod->NumberOfChildren(); ++i) lod->GetChildNode(i)->Hide(true);
+    aviary.SetLodDistance(50);
+    for (const auto& [kind, node] : nodes)
+        EXPECT_EQ(node->IsHidden(), kind != 1 && kind != 5 && kind != 61 && kind != 101) << kind;
+    EXPECT_FALSE(mesh->IsHidden());
+    EXPECT_FALSE(light->IsHidden());
+    EXPECT_TRUE(helper->IsHidden());
+    EXPECT_TRUE(head->IsHidden());
+
+    // Out of range the whole subtree is hidden, structure included.
+    for (int i = 0; i < lod->NumberOfChildren(); ++i) lod->GetChildNode(i)->Hide(false);
+    aviary.SetLodDistance(200);
+    for (int i = 0; i < lod->NumberOfChildren(); ++i)
+        EXPECT_TRUE(lod->GetChildNode(i)->IsHidden()) << i;
+    EXPECT_FALSE(lod->IsHidden());
+}
+
+/// Notes what the viewports are asked to do.
+class NotingWindow final : public kiln::HostWindow {
+public:
+    void redrawViews(TimeValue t, DWORD, Animatable*) override { redraws.push_back(t); }
+    void nodeInvalidated(INode*) override { ++invalidated; }
+
+    std::vector<TimeValue> redraws;
+    int invalidated = 0;
+};
+
+TEST_F(LodViewerTest, RedrawsOnlyWhenThereIsSomethingNew) {
+    buildBands();
+    NotingWindow window;
+    core.setHostWindow(&window);
+    core.setTime(480);
+    aviary.StoreLodDistance(300);
+    aviary.LodMostDetail();
+    EXPECT_EQ(window.redraws, (std::vector<TimeValue>{0, 480}));
+    EXPECT_EQ(window.invalidated, 2) << "two of the three meshes are hidden";
+    window = {};
+    aviary.LodMoreDetail();
+    EXPECT_TRUE(window.redraws.empty()) << "it is the nearest band already";
+    aviary.SetLodDistance(60);
+    EXPECT_EQ(window.redraws.size(), 1u);
+    EXPECT_EQ(window.invalidated, 0) << "the same meshes show from there";
+    core.newScene();
+    window = {};
+    aviary.LodMostDetail();
+    EXPECT_TRUE(window.redraws.empty()) << "without levels of detail there is nothing to show";
+    core.setHostWindow(nullptr);
 }
 
 TEST_F(LodViewerTest, SurvivesScenesDeeperThanTheStack) {

@@ -1,7 +1,6 @@
 #include <tessera/lodviewer.h>
 
 #include <fltkilnutil/kilnflt.h>
-#include <quillon/fltswitch.h>
 #include <tessera/iaviaryutil.h>
 
 #include <algorithm>
@@ -18,28 +17,26 @@ IAviaryUtil* aviary() {
 }
 
 /// The nodes that make up the hierarchy: walked through, never shown or hidden for themselves.
-bool isStructural(FltNodeKind kind) { return fltIsBead(kind) || kind == FltNodeKind::LightPoint; }
-
-void setHidden(INode* node, bool hidden) {
-    node->Hide(hidden);
-    node->InvalidateWS();
+bool isStructural(FltNodeKind kind) {
+    return fltIsBead(kind) || kind == FltNodeKind::LightPoint;
 }
 
-/// Pushes the children so that the first is visited first.
-template <typename Push>
-void pushChildren(INode* node, Push push) {
-    for (int i = node->NumberOfChildren(); i-- > 0;) push(node->GetChildNode(i));
+/// Hiding costs the viewports a redraw, so a node that is as it should be is left alone.
+void setHidden(INode* node, bool hidden) {
+    if (node->IsHidden() == hidden) return;
+    node->Hide(hidden);
+    node->InvalidateWS();
 }
 
 }  // namespace
 
 bool LodViewer::MostDetail() {
-    Collect();
+    Collect(host_.GetRootNode());
     return lodDistances_.size() >= 2 && applyBand(0);
 }
 
 bool LodViewer::LeastDetail() {
-    Collect();
+    Collect(host_.GetRootNode());
     return lodDistances_.size() >= 2 && applyBand(lodDistances_.size() - 2);
 }
 
@@ -47,7 +44,7 @@ bool LodViewer::MoreDetail() {
     IAviaryUtil* const published = aviary();
     if (!published || !published->IsLodDistanceSet()) return MostDetail();
     const double current = published->GetLodDistance();
-    Collect();
+    Collect(host_.GetRootNode());
     if (lodDistances_.size() < 2) return false;
     const auto found = std::lower_bound(lodDistances_.begin(), lodDistances_.end(), current);
     auto index = found - lodDistances_.begin();
@@ -59,7 +56,7 @@ bool LodViewer::LessDetail() {
     IAviaryUtil* const published = aviary();
     if (!published || !published->IsLodDistanceSet()) return LeastDetail();
     const double current = published->GetLodDistance();
-    Collect();
+    Collect(host_.GetRootNode());
     if (lodDistances_.size() < 2) return false;
     // Unlike in MoreDetail, a distance between two others stands for the upper of them: the
     // current distance normally lies inside a band, and this way both steps move exactly one.
@@ -71,7 +68,7 @@ bool LodViewer::LessDetail() {
 void LodViewer::Refresh() {
     IAviaryUtil* const published = aviary();
     if (!published || !published->IsLodDistanceSet()) return;
-    Collect();
+    Collect(host_.GetRootNode());
     Apply(published->GetLodDistance());
 }
 
@@ -80,25 +77,10 @@ bool LodViewer::applyBand(std::size_t lower) {
     return true;
 }
 
-void LodViewer::Collect() {
+void LodViewer::Collect(INode* root) {
     lodTable_.clear();
     lodDistances_.clear();
-    pending_.clear();
-    pending_.push_back({host_.GetRootNode(), false});
-    while (!pending_.empty()) {
-        INode* const node = pending_.back().node;
-        pending_.pop_back();
-        if (!node) continue;
-        FltNodeKind kind;
-        FltLod lod;
-        if (fltGetKind(node, true, kind) && kind == FltNodeKind::Lod && fltGetRecord(node, lod)) {
-            // A damaged record may hold anything; what cannot be ordered is no distance.
-            for (const double distance : {lod.switchOutDistance, lod.switchInDistance})
-                if (!std::isnan(distance)) lodDistances_.push_back(distance);
-            lodTable_.push_back({node, lod});
-        }
-        pushChildren(node, [this](INode* child) { pending_.push_back({child, false}); });
-    }
+    walk(root, [this](INode* node, Reach) { collect(node); });
     std::sort(lodTable_.begin(), lodTable_.end(),
               [](const LodEntry& a, const LodEntry& b) { return std::less<>()(a.node, b.node); });
     std::sort(lodDistances_.begin(), lodDistances_.end());
@@ -106,8 +88,24 @@ void LodViewer::Collect() {
                         lodDistances_.end());
 }
 
+// No host object counts as a level of detail, so nothing needs to be derived.
+void LodViewer::collect(INode* node) {
+    FltNodeKind kind;
+    if (fltGetKind(node, false, kind) && kind == FltNodeKind::Lod) {
+        FltLod lod;
+        if (fltGetRecord(node, lod)) {
+            // A damaged record may hold anything; what cannot be ordered is no distance.
+            for (const double distance : {lod.switchOutDistance, lod.switchInDistance})
+                if (!std::isnan(distance)) lodDistances_.push_back(distance);
+            lodTable_.push_back({node, lod});
+        }
+    }
+    enter(node, Reach::outOfRange);
+}
+
 void LodViewer::Apply(double distance) {
-    walk(host_.GetRootNode(), distance);
+    walk(host_.GetRootNode(),
+         [=, this](INode* node, Reach reach) { visit(node, reach, distance); });
     host_.RedrawViews(0, REDRAW_NORMAL, nullptr);
     if (IAviaryUtil* const published = aviary()) published->StoreLodDistance(distance);
 }
@@ -119,74 +117,70 @@ const FltLod* LodViewer::findLod(INode* node) const {
     return found != lodTable_.end() && found->node == node ? &found->lod : nullptr;
 }
 
-// Scenes may be deeper than the call stack is, so the nodes to come are kept in a list.
-void LodViewer::walk(INode* root, double distance) {
-    pending_.clear();
-    pending_.push_back({root, false});
-    while (!pending_.empty()) {
-        const Pending next = pending_.back();
-        pending_.pop_back();
-        if (next.node) visit(next, distance);
+/// Visits `root`, and then whatever the visits enter: each child after its parent and before its
+/// next sibling. Scenes may be deeper than the call stack is, so the way down is kept in a list.
+template <typename Visit>
+void LodViewer::walk(INode* root, Visit visit) {
+    levels_.clear();
+    masks_.clear();
+    if (root) visit(root, Reach::outOfRange);
+    while (!levels_.empty()) {
+        const Reach reach = levels_.back().reach;
+        if (INode* const child = nextChild()) {
+            visit(child, reach);
+            continue;
+        }
+        if (levels_.back().masked) masks_.pop_back();
+        levels_.pop_back();
     }
 }
 
-void LodViewer::visit(const Pending& pending, double distance) {
+INode* LodViewer::nextChild() {
+    Level& level = levels_.back();
+    return level.masked ? nextMaskedChild(level) : level.node->GetChildNode(level.nextChild++);
+}
+
+INode* LodViewer::nextMaskedChild(Level& level) {
+    constexpr int kWordBits = 32;
+    const auto& words = masks_.back().record.maskWords;
+    for (;; ++level.nextChild) {
+        const std::int64_t at = masks_.back().firstWord + level.nextChild / kWordBits;
+        if (at >= words.count()) return nullptr;
+        const std::uint32_t word = *words.at(static_cast<std::int32_t>(at));
+        if (word >> (level.nextChild % kWordBits) & 1u)
+            return level.node->GetChildNode(level.nextChild++);
+    }
+}
+
+void LodViewer::visit(INode* node, Reach reach, double distance) {
+    if (reach == Reach::hidden) {
+        setHidden(node, true);
+        return enter(node, reach);
+    }
+    // What the host object counts as matters only where it may be shown.
     FltNodeKind kind;
-    if (!fltGetKind(pending.node, true, kind)) {
-        visitChildren(pending.node, pending.inRange);
-        return;
-    }
-    if (kind == FltNodeKind::Switch) {
-        visitSwitch(pending.node, pending.inRange);
-        return;
-    }
+    if (!fltGetKind(node, reach == Reach::inRange, kind)) return enter(node, reach);
+    if (kind == FltNodeKind::Switch) return visitSwitch(node, reach);
     if (kind == FltNodeKind::Lod) {
-        if (const FltLod* const lod = findLod(pending.node)) {
-            visitLod(pending.node, *lod, distance);
-            return;
+        if (const FltLod* const lod = findLod(node)) {
+            const bool shows =
+                lod->switchOutDistance < distance && distance <= lod->switchInDistance;
+            return enter(node, shows ? Reach::inRange : Reach::hidden);
         }
     }
-    if (!isStructural(kind) && pending.inRange) setHidden(pending.node, false);
-    visitChildren(pending.node, pending.inRange);
+    if (reach == Reach::inRange && !isStructural(kind)) setHidden(node, false);
+    enter(node, reach);
 }
 
-void LodViewer::visitChildren(INode* node, bool inRange) {
-    pushChildren(node, [=, this](INode* child) { pending_.push_back({child, inRange}); });
-}
-
-void LodViewer::visitLod(INode* node, const FltLod& lod, double distance) {
-    if (lod.switchOutDistance < distance && distance <= lod.switchInDistance)
-        visitChildren(node, true);
-    else
-        hideBelow(node);
-}
-
-void LodViewer::visitSwitch(INode* node, bool inRange) {
-    FltSwitch record;
-    if (!fltGetRecord(node, record)) return;
+/// Enters the children that the current mask shows; the others stay as they are.
+void LodViewer::visitSwitch(INode* node, Reach reach) {
+    Mask mask;
+    if (!fltGetRecord(node, mask.record)) return;
     // 64 bits hold every product of two 32-bit numbers, whatever a damaged record says.
-    const std::int64_t first = std::int64_t{record.currentMask} * std::int64_t{record.wordsPerMask};
-    const std::int64_t words = record.maskWords.count();
-    if (first < 0 || first >= words) return;
-    const std::int64_t children =
-        std::min<std::int64_t>(node->NumberOfChildren(), (words - first) * 32);
-    for (std::int64_t c = children; c-- > 0;) {
-        const std::uint32_t word = *record.maskWords.at(static_cast<std::int32_t>(first + c / 32));
-        if (word >> (c % 32) & 1u)
-            pending_.push_back({node->GetChildNode(static_cast<int>(c)), inRange});
-    }
-}
-
-void LodViewer::hideBelow(INode* node) {
-    const std::size_t mark = pending_.size();
-    visitChildren(node, false);
-    while (pending_.size() > mark) {
-        INode* const hidden = pending_.back().node;
-        pending_.pop_back();
-        if (!hidden) continue;
-        setHidden(hidden, true);
-        visitChildren(hidden, false);
-    }
+    mask.firstWord = std::int64_t{mask.record.currentMask} * std::int64_t{mask.record.wordsPerMask};
+    if (mask.firstWord < 0) return;
+    masks_.push_back(std::move(mask));
+    levels_.push_back({node, 0, reach, true});
 }
 
 }  // namespace tessera

@@ -2,7 +2,10 @@
 #pragma once
 
 #include <quillon/fltlod.h>
+#include <quillon/fltswitch.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <vector>
 
 class INode;
@@ -14,6 +17,9 @@ namespace tessera {
 /// units. Between the distinct switch distances of the scene lie bands; the steps choose the middle
 /// of one. A step gives true when it applied a distance, and false, changing nothing, when the
 /// scene has fewer than two distinct distances or the last band in that direction is shown.
+///
+/// A viewer keeps the levels of detail and, while it walks, the nodes above the present one: its
+/// memory does not grow with the nodes of the scene.
 class LodViewer {
 public:
     /// `host` is not owned and must outlive the viewer.
@@ -31,9 +37,9 @@ public:
     /// nothing when none is stored.
     void Refresh();
 
-    /// Reads every level of detail of the scene. One that cannot be read counts as a plain
-    /// structural node.
-    void Collect();
+    /// Reads every level of detail from `root` (may be null) down. One that cannot be read counts
+    /// as a plain structural node.
+    void Collect(INode* root);
     /// Shows the scene, as collected, from `distance`, redraws the viewports and stores the
     /// distance with "Aviary".
     void Apply(double distance);
@@ -46,24 +52,41 @@ private:
         INode* node;
         FltLod lod;
     };
-    struct Pending {
+    /// How the nodes below one are walked.
+    enum class Reach {
+        outOfRange,  ///< shows nothing
+        inRange,     ///< shows what is no structure
+        hidden,      ///< hides everything
+    };
+    /// A node whose children are being visited.
+    struct Level {
         INode* node;
-        bool inRange;
+        int nextChild;
+        Reach reach;
+        bool masked;  ///< the children are those of the last of `masks_`
+    };
+    /// The words of a switch, and where its current mask begins.
+    struct Mask {
+        FltSwitch record;
+        std::int64_t firstWord;
     };
 
     bool applyBand(std::size_t lower);
     const FltLod* findLod(INode* node) const;
-    void walk(INode* root, double distance);
-    void visit(const Pending& pending, double distance);
-    void visitChildren(INode* node, bool inRange);
-    void visitLod(INode* node, const FltLod& lod, double distance);
-    void visitSwitch(INode* node, bool inRange);
-    void hideBelow(INode* node);
+    void collect(INode* node);
+    template <typename Visit>
+    void walk(INode* root, Visit visit);
+    INode* nextChild();
+    INode* nextMaskedChild(Level& level);
+    void visit(INode* node, Reach reach, double distance);
+    void visitSwitch(INode* node, Reach reach);
+    void enter(INode* node, Reach reach) { levels_.push_back({node, 0, reach, false}); }
 
     Interface& host_;
     std::vector<LodEntry> lodTable_;  // by the node's address
     std::vector<double> lodDistances_;
-    std::vector<Pending> pending_;  // nodes to visit, the next one last
+    std::vector<Level> levels_;  // from the top down
+    std::vector<Mask> masks_;    // of the switches among them
 };
 
 }  // namespace tessera
