@@ -1,6 +1,8 @@
-// The exports of FltInterchange.dli, through which the host finds the importer and the exporter.
+// The exports of FltInterchange.dli, through which the host finds the importer, the exporter and
+// the mark of textures.
 #include <interchange/export.h>
 #include <interchange/import.h>
+#include <interchange/textureattr.h>
 
 #include <kiln/kiln.h>
 
@@ -61,6 +63,18 @@ public:
     const char* Category() override { return ""; }
 };
 
+class TextureAttrDesc final : public ClassDesc2 {
+public:
+    bool IsPublic() override { return false; }
+    void* Create(bool) override {
+        return static_cast<CustAttrib*>(new (std::nothrow) interchange::TextureAttr);
+    }
+    const char* ClassName() override { return "OpenFlight texture"; }
+    SClass_ID SuperClassID() override { return CUST_ATTRIB_CLASS_ID; }
+    Class_ID ClassID() override { return interchange::kTextureAttrClassId; }
+    const char* Category() override { return ""; }
+};
+
 }  // namespace
 
 KILN_PLUGIN_EXPORT const char* LibDescription() {
@@ -68,14 +82,15 @@ KILN_PLUGIN_EXPORT const char* LibDescription() {
 }
 
 KILN_PLUGIN_EXPORT int LibNumberClasses() {
-    return 2;
+    return 3;
 }
 
 KILN_PLUGIN_EXPORT ClassDesc* LibClassDesc(int index) {
     static FltSceneImportDesc importer;
     static FltSceneExportDesc exporter;
-    if (index == 0) return &importer;
-    return index == 1 ? &exporter : nullptr;
+    static TextureAttrDesc textureAttr;
+    ClassDesc* const all[] = {&importer, &exporter, &textureAttr};
+    return index >= 0 && index < LibNumberClasses() ? all[index] : nullptr;
 }
 
 KILN_PLUGIN_EXPORT DWORD LibVersion() {
