@@ -9,10 +9,8 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <iterator>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -58,12 +56,16 @@ int complain(const std::string& what) {
     return 1;
 }
 
-std::optional<std::string> contentOf(const std::string& path) {
-    if (path == "-") return std::string(std::istreambuf_iterator<char>(std::cin), {});
-    std::ifstream file(std::filesystem::path(std::u8string(path.begin(), path.end())),
-                       std::ios::binary);
-    std::string text((std::istreambuf_iterator<char>(file)), {});
-    return file.bad() || !file.is_open() ? std::nullopt : std::optional(std::move(text));
+/// Takes the script's text and name off `options`. Throws `script::Failure`.
+std::string takeScript(Options& options, std::string& name) {
+    if (!options.expression.empty() || options.words.empty() || options.listVerbs) {
+        name = "-e";
+        return options.expression;
+    }
+    name = options.words.front();
+    options.words.erase(options.words.begin());
+    if (name == "-") return std::string(std::istreambuf_iterator<char>(std::cin), {});
+    return script::readScript(name);
 }
 
 void prepare(script::Engine& engine, const Options& options,
@@ -115,14 +117,11 @@ int runBatch(Options options) {
     for (const std::string& refusal : kilnbatch::loadPlugins(options.plugins)) complain(refusal);
     const bool fromFile =
         options.expression.empty() && !options.words.empty() && !options.listVerbs;
-    std::string text = options.expression;
-    std::string name = "-e";
-    if (fromFile) {
-        name = options.words.front();
-        options.words.erase(options.words.begin());
-        const std::optional<std::string> content = contentOf(name);
-        if (!content) return complain(name + ": this script cannot be read");
-        text = *content;
+    std::string text, name;
+    try {
+        text = takeScript(options, name);
+    } catch (const script::Failure& failure) {
+        return complain(failure.what());
     }
     if (const std::string failure = openFiles(host.core, options); !failure.empty())
         return complain(failure);

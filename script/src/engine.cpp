@@ -5,6 +5,9 @@
 #include <kiln/interface.h>
 
 #include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <limits>
 #include <sstream>
 
@@ -12,22 +15,28 @@ namespace script {
 
 namespace {
 
-/// Says that the engine is at work, for as long as this object lives.
+constexpr std::size_t kMaxScriptsWithin = 20;
+
+/// Says that a script is at work, for as long as this object lives.
 class Running {
 public:
-    explicit Running(bool& flag) : flag_(flag) { flag_ = true; }
-    ~Running() { flag_ = false; }
+    explicit Running(std::size_t& count) : count_(count) { ++count_; }
+    ~Running() { --count_; }
     Running(const Running&) = delete;
     Running& operator=(const Running&) = delete;
 
 private:
-    bool& flag_;
+    std::size_t& count_;
 };
 
 }  // namespace
 
 Engine::Engine() : state_(std::make_unique<State>()) {
     addLanguageVerbs(*this, *state_);
+    addVerb("runScript", "path", [this](const Arguments& arguments) {
+        if (state_->running >= kMaxScriptsWithin) throw Failure("scripts run each other too deep");
+        return runScript(*state_, readScript(arguments.text(0)), arguments.text(0));
+    });
 }
 
 Engine::~Engine() = default;
@@ -75,17 +84,37 @@ void Engine::setStop(std::function<bool()> stop) {
     state_->stop = std::move(stop);
 }
 
-Value Engine::run(std::string_view text, const std::string& file) {
-    if (state_->running) throw Error(file, {}, "a script is running already");
-    if (text.size() > state_->limits.textBytes) throw Error(file, {}, "this script is too long");
-    const Running running(state_->running);
+Value runScript(Engine::State& state, std::string_view text, const std::string& file) {
+    if (text.size() > state.limits.textBytes) throw Error(file, {}, "this script is too long");
+    const Running running(state.running);
     NodePointer script;
     try {
         script = parsed(text, file);
     } catch (const std::bad_alloc&) {
         throw Error(file, {}, "there is not enough memory");
     }
-    return Evaluator(*state_, std::make_shared<const std::string>(file)).run(*script);
+    return Evaluator(state, std::make_shared<const std::string>(file)).run(*script);
+}
+
+Value Engine::run(std::string_view text, const std::string& file) {
+    if (state_->running > 0) throw Error(file, {}, "a script is running already");
+    state_->steps = 0;
+    state_->stack = static_cast<const char*>(__builtin_frame_address(0));
+    return runScript(*state_, text, file);
+}
+
+Value Engine::runFile(const std::string& path) {
+    return run(readScript(path), path);
+}
+
+std::string readScript(const std::string& path) {
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    std::ifstream file(std::filesystem::path(std::u8string(path.begin(), path.end())),
+                       std::ios::binary);
+    std::string text((std::istreambuf_iterator<char>(file)), {});
+    if (file.bad() || !file.is_open()) throw Failure(path + ": this script cannot be read");
+    if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
+    return text;
 }
 
 void Engine::setVariable(const std::string& name, Value value) {

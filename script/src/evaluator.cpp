@@ -68,7 +68,7 @@ Arguments matched(const Function& function, std::vector<Argument> arguments) {
 }  // namespace
 
 Evaluator::Evaluator(Engine::State& state, std::shared_ptr<const std::string> file)
-    : state_(state), file_(std::move(file)), stack_(stackTop()) {}
+    : state_(state), file_(std::move(file)) {}
 
 Value Evaluator::run(const Node& script) {
     try {
@@ -86,13 +86,13 @@ void Evaluator::fail(const Node& node, const std::string& what) const {
 }
 
 void Evaluator::checkLimits() {
-    ++steps_;
+    const std::uint64_t steps = ++state_.steps;
     const Limits& limits = state_.limits;
-    if (limits.steps != 0 && steps_ > limits.steps)
+    if (limits.steps != 0 && steps > limits.steps)
         throw Failure("the script was stopped after " + std::to_string(limits.steps) + " steps");
-    if (steps_ % kStepsBetweenStops == 0 && state_.stop && state_.stop())
+    if (steps % kStepsBetweenStops == 0 && state_.stop && state_.stop())
         throw Failure("the script was interrupted");
-    if (static_cast<std::size_t>(std::abs(stack_ - stackTop())) > limits.stackBytes)
+    if (static_cast<std::size_t>(std::abs(state_.stack - stackTop())) > limits.stackBytes)
         throw Failure("calls and expressions lie too deep within each other");
 }
 

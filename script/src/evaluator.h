@@ -66,10 +66,8 @@ private:
     Frame* frame_ = nullptr;  // of the function that runs, null outside
     Flow flow_ = Flow::onward;
     Position position_;
-    std::uint64_t steps_ = 0;
     std::size_t calls_ = 0;
     std::size_t loops_ = 0;
-    const char* stack_;
 };
 
 }  // namespace script

@@ -22,8 +22,14 @@ struct Engine::State {
     std::function<void(std::string_view)> output;
     std::function<bool()> stop;
     Limits limits;
-    bool running = false;
+
+    std::size_t running = 0;      // scripts within each other; 0 when none runs
+    std::uint64_t steps = 0;      // of the outermost and all that it runs
+    const char* stack = nullptr;  // where the outermost began
 };
+
+/// Runs a script, which may be one that another one runs. Throws `Error`.
+Value runScript(Engine::State& state, std::string_view text, const std::string& file);
 
 /// The verbs that need no scene.
 void addLanguageVerbs(Engine& engine, Engine::State& state);

@@ -70,4 +70,38 @@ TEST_F(HostVerbsTest, SavesAndOpensScenes) {
     EXPECT_EQ(good("objects"), "#($kept)");
 }
 
+TEST_F(HostVerbsTest, RunsScriptFiles) {
+    const TemporaryFolder folder;
+    const std::string file = folder.file(u8"塔.ks");
+    const auto write = [&](std::string_view text) {
+        folder.write(u8"塔.ks", {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+    };
+    engine.setVariable("file", script::Value(file));
+    write(
+        "\xEF\xBB\xBF"
+        "fn twice x = x * 2\r\nn = twice 21\r\nprint n\r\nn + 1\r\n");
+    EXPECT_EQ(good("runScript file"), "43");
+    EXPECT_EQ(printed, "42\n");
+    EXPECT_EQ(engine.runFile(file).printed(), "43");
+    write("fn fails x = 1 / x\n  fails 0\n");
+    EXPECT_EQ(bad("1\nrunScript file"), file + ":1:16: division by zero");
+    write("fn fails x = 1 / x");
+    EXPECT_EQ(bad("runScript file\nfails 0"), file + ":1:16: division by zero")
+        << "a function stays of its file";
+    write("print (");
+    EXPECT_THAT(bad("runScript file"), testing::StartsWith(file + ":1:7: "));
+    write("runScript file");
+    EXPECT_EQ(bad("runScript file"), file + ":1:1: runScript: scripts run each other too deep");
+    EXPECT_EQ(bad("runScript \"none.ks\""),
+              "test.ks:1:1: runScript: none.ks: this script cannot be read");
+    EXPECT_EQ(good("1 + 1"), "2");
+    // Steps are counted over all the scripts of one run.
+    script::Limits limits;
+    limits.steps = 1000;
+    engine.setLimits(limits);
+    write("for i = 1 to 100 do i");
+    good("runScript file");
+    EXPECT_THAT(bad("for j = 1 to 100 do runScript file"), HasSubstr("stopped after 1000 steps"));
+}
+
 }  // namespace

@@ -134,8 +134,18 @@ TEST_F(ScriptLineTest, KeepsVariablesAndShowsWhatALinePrints) {
     EXPECT_EQ(good("n = Workshop.Add 2 3"), "5");
     EXPECT_EQ(good("for i = 1 to 2 do print (n + i)"), "6\r\n7");
     EXPECT_EQ(good("print n; n * 2"), "5\r\n10");
-    EXPECT_THAT(bad("print n; 1 / 0"), testing::StartsWith("5\r\nColumn 12: "));
+    EXPECT_THAT(bad("print n; 1 / 0"), testing::StartsWith("5\r\n-- Error. Column 12: "));
     EXPECT_THAT(bad("while true do 1"), testing::HasSubstr("stopped after"));
+}
+
+TEST_F(ScriptLineTest, APrinterGetsLinesAsTheyArePrinted) {
+    std::string lines;
+    script_.setPrinter([&](const std::string& line) { lines += "[" + line + "]"; });
+    EXPECT_EQ(good("print 1; print \"a\\nb\"; 7"), "7");
+    EXPECT_EQ(lines, "[1][a\r\nb]");
+    EXPECT_EQ(good("print 2"), "") << "a line that has printed says nothing more";
+    EXPECT_EQ(bad("print 3; 1 / 0"), "-- Error. Column 12: division by zero");
+    EXPECT_THAT(bad("runScript \"none.ks\""), testing::StartsWith("-- Error. Column 1: "));
 }
 
 TEST_F(ScriptLineTest, SaysWhatIsWrongAndWhere) {

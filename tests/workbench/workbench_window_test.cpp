@@ -8,6 +8,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -20,8 +21,9 @@ using testing::HasSubstr;
 
 namespace {
 
-constexpr int kSelectAll = 1100, kViewTop = 1211;  // menu commands
+constexpr int kSelectAll = 1100, kViewTop = 1211, kRunScript = 1250, kRunAgain = 1251;  // commands
 constexpr ULONGLONG kPatience = 30000;
+constexpr int kFileNameField = 0x47C;  // of the system's file dialog
 
 bool eventually(const std::function<bool()>& holds) {
     for (const ULONGLONG start = ::GetTickCount64(); ::GetTickCount64() - start < kPatience;) {
@@ -98,11 +100,11 @@ protected:
         info.dwFlags = STARTF_USESTDHANDLES;
         info.hStdOutput = info.hStdError = output_->handle();
         ASSERT_TRUE(::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                     nullptr, &info, &process_));
+                                     folder_.c_str(), &info, &process_));
     }
 
-    void start(const std::wstring& plugins) {
-        launch(plugins);
+    void start(const std::wstring& plugins, const std::wstring& more = {}) {
+        launch(plugins, more);
         ASSERT_TRUE(eventually([this] {
             window_ = ::FindWindowW(L"WorkbenchMain", nullptr);
             return window_ && ::IsWindowVisible(window_);
@@ -113,6 +115,7 @@ protected:
         log_ = ::GetDlgItem(script, 1);
         line_ = ::GetDlgItem(script, 2);
         ASSERT_TRUE(viewport_ && panel_ && log_ && line_);
+        if (!more.empty()) return;
         ASSERT_TRUE(eventually([this] { return textOf(window_) == "场景.kiln - Workbench"; }))
             << textOf(window_);
     }
@@ -133,10 +136,38 @@ protected:
         return textOf(log_).substr(before.size());
     }
 
+    // Writes a script and gives its path, as a script would write it.
+    std::string scriptFile(const std::string& text) {
+        const std::filesystem::path path = folder_ / L"脚本.ks";
+        std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
+        const std::u8string name = path.generic_u8string();
+        return {name.begin(), name.end()};
+    }
+
+    // Answers the file dialog `title`, once it has come up, with `path`.
+    bool answerFileDialog(const wchar_t* title, const std::string& path) {
+        HWND dialog = nullptr;
+        const bool open = eventually([&] {
+            dialog = ::FindWindowW(L"#32770", title);
+            return dialog && ::IsWindowVisible(dialog) && ::GetDlgItem(dialog, kFileNameField);
+        });
+        if (!open) return false;
+        std::wstring typed = toWide(path);
+        std::replace(typed.begin(), typed.end(), L'/', L'\\');
+        ::SendDlgItemMessageW(dialog, kFileNameField, WM_SETTEXT, 0,
+                              reinterpret_cast<LPARAM>(typed.c_str()));
+        ::PostMessageW(dialog, WM_COMMAND, IDOK, 0);
+        return eventually([&] { return !::IsWindow(dialog); });
+    }
+
     void click(int x, int y) const {
         const LPARAM at = MAKELPARAM(x, y);
         ::SendMessageW(viewport_, WM_LBUTTONDOWN, MK_LBUTTON, at);
         ::SendMessageW(viewport_, WM_LBUTTONUP, 0, at);
+    }
+
+    bool logSays(const std::string& text) const {
+        return textOf(log_).find(text) != std::string::npos;
     }
 
     // The dialog of the open rollup page, or null.
@@ -215,6 +246,57 @@ TEST_F(WorkbenchTest, HostsTheRollupPageOfAUtility) {
     ::SendMessageW(button, BM_CLICK, 0, 0);
     ::PostMessageW(window_, WM_CLOSE, 0, 0);
     EXPECT_EQ(exitCode(), 0u) << "closes with a utility open";
+}
+
+TEST_F(WorkbenchTest, RunsTheSampleScriptOverTheRealPlugins) {
+    start(toWide(STAGED_PLUGINS), L"--script \"" + toWide(SAMPLE_SCRIPT) + L"\"");
+    ASSERT_TRUE(eventually([this] {
+        const std::string log = textOf(log_);
+        return log.find("lodpreview.ks: done") != log.npos || log.find("Error") != log.npos;
+    }));
+    EXPECT_THAT(textOf(log_), HasSubstr("\r\n-- lodpreview.ks: done"));
+    EXPECT_THAT(textOf(log_), HasSubstr("22-lod-less-detail 300.0 #(\"middle shaft\")"));
+    EXPECT_EQ(textOf(window_), "Untitled * - Workbench") << "its scene is not the file's";
+    EXPECT_THAT(script("Aviary.GetLodDistance"), testing::EndsWith("\r\n100.0"));
+    EXPECT_THAT(script("#($'near mast'.hidden, $'middle cabin'.hidden, $'far block'.hidden)"),
+                HasSubstr("#(false, true, true)"));
+    for (const char* name : {"20-lod-start.png", "29-lod-at-a-switch-distance.png"})
+        EXPECT_GT(std::filesystem::file_size(folder_ / name), 5000u) << name;
+}
+
+TEST_F(WorkbenchTest, RunsScriptFilesFromTheMenuAndTheLine) {
+    start((folder_ / "plugins").wstring());
+    const std::string path =
+        scriptFile("fn made name = createDummy name\nprint \"begun\"\nmade \"一\"");
+    ::PostMessageW(window_, WM_COMMAND, kRunAgain, 0);  // there is none yet, so it asks
+    ASSERT_TRUE(answerFileDialog(L"Run Script", path));
+    ASSERT_TRUE(eventually([this] { return textOf(log_).ends_with("脚本.ks: done"); }));
+    EXPECT_THAT(textOf(log_), HasSubstr("-- running 脚本.ks\r\nbegun\r\n-- 脚本.ks: done"));
+    EXPECT_THAT(script("objects.count"), HasSubstr("\r\n2"));
+    ::SendMessageW(window_, WM_COMMAND, kRunAgain, 0);
+    EXPECT_THAT(script("objects.count"), HasSubstr("\r\n3"));
+    EXPECT_THAT(script("(made \"二\").name"), HasSubstr("\"二\"")) << "its functions stay";
+
+    scriptFile("print \"begun\"\n\n  made 1 2\n");
+    ::PostMessageW(window_, WM_COMMAND, kRunScript, 0);
+    ASSERT_TRUE(answerFileDialog(L"Run Script", path));
+    ASSERT_TRUE(eventually([this] { return logSays("脚本.ks:3:3: made: too many arguments"); }))
+        << textOf(log_);
+    EXPECT_THAT(textOf(log_), HasSubstr("\r\nbegun\r\n-- Error. ")) << "what it printed stays";
+    EXPECT_THAT(script("runScript \"" + path + "\""), HasSubstr("脚本.ks:3:3: made: "));
+    EXPECT_THAT(script("runScript \"none.ks\""), HasSubstr("none.ks: this script cannot be read"));
+    EXPECT_THAT(script("1 + 1"), HasSubstr("\r\n2"));
+}
+
+TEST_F(WorkbenchTest, AWalkEndsWithItsScriptAndFailsWithIt) {
+    const std::wstring path =
+        std::filesystem::path(toWide(scriptFile("screenshot \"11-scripted\"\nnone()"))).wstring();
+    launch(toWide(SAMPLE_PLUGINS),
+           L"--screenshots \"" + folder_.wstring() + L"\" --script \"" + path + L"\"");
+    EXPECT_EQ(exitCode(), 1u);
+    EXPECT_THAT(output_->text(), HasSubstr("failed: run the script: "));
+    EXPECT_THAT(output_->text(), HasSubstr("脚本.ks:2:1: nothing is named \"none\""));
+    EXPECT_TRUE(std::filesystem::exists(folder_ / "11-scripted.png"));
 }
 
 TEST_F(WorkbenchTest, WalksThroughTheViewsWithoutAPerson) {

@@ -89,6 +89,10 @@ public:
     /// in messages. Throws `Error`; what the script did before that stays done.
     Value run(std::string_view text, const std::string& file);
 
+    /// The same for a script file; its path stands in messages. Throws `Failure` when the file
+    /// cannot be read.
+    Value runFile(const std::string& path);
+
     void setVariable(const std::string& name, Value value);
     std::optional<Value> variable(const std::string& name) const;
     /// One line per verb, "move node offset", in alphabetical order.
@@ -99,6 +103,9 @@ public:
 private:
     std::unique_ptr<State> state_;
 };
+
+/// The text of a script file at `path` (UTF-8), without a byte order mark. Throws `Failure`.
+std::string readScript(const std::string& path);
 
 /// The verbs of the host's scene: creation, selection, linking, transforms, scene files.
 void addHostVerbs(Engine& engine);

@@ -27,14 +27,18 @@ public:
     Error(const std::string& file, Position position, std::string message)
         : std::runtime_error(file + ":" + std::to_string(position.line) + ":" +
                              std::to_string(position.column) + ": " + message),
+          file_(file),
           position_(position),
           message_(std::move(message)) {}
 
+    /// The script's name, as it was given to the engine.
+    const std::string& file() const noexcept { return file_; }
     Position position() const noexcept { return position_; }
     /// Without the place.
     const std::string& message() const noexcept { return message_; }
 
 private:
+    std::string file_;
     Position position_;
     std::string message_;
 };

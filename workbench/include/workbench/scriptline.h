@@ -4,12 +4,14 @@
 #include <kiln/interface.h>
 #include <script/engine.h>
 
+#include <functional>
 #include <string>
 #include <string_view>
 
 namespace workbench {
 
-/// What a line came to: what to print, or a sentence that says what is wrong with it.
+/// What a line came to: what to print, which for a line that failed ends with "-- Error. " and a
+/// sentence that says what is wrong with it.
 struct ScriptResult {
     bool ok = true;
     std::string text;
@@ -30,15 +32,31 @@ public:
     /// Never throws for what the line says.
     ScriptResult evaluate(std::string_view line);
 
+    /// Runs a script file, which may take as long as it takes. Its value is not shown; what is
+    /// wrong is said with file, line and column. Never throws for what the file says.
+    ScriptResult runFile(const std::string& path);
+
+    /// Where each line goes as soon as it is printed, instead of into the result.
+    void setPrinter(std::function<void(const std::string& line)> printer);
+
+    /// Asked every few steps; true ends the script. Without it a line that would never end gives up
+    /// after some seconds.
+    void setStop(std::function<bool()> stop);
+
     /// For more verbs.
     script::Engine& engine() noexcept { return engine_; }
 
 private:
-    /// Adds a line to what is shown.
+    template <typename Run>
+    ScriptResult ran(Run run);
+    /// Adds a line to the result.
     void show(std::string_view text);
+    void printed(std::string_view line);
 
     script::Engine engine_;
-    std::string printed_;
+    std::function<void(const std::string& line)> printer_;
+    std::string shown_;
+    bool hasPrinted_ = false;
 };
 
 }  // namespace workbench

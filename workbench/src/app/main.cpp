@@ -15,16 +15,18 @@ namespace workbench {
 namespace {
 
 constexpr char kUsage[] =
-    "usage: workbench.exe [FILE] [--plugins DIR] [--utility NAME] [--screenshots DIR]\n"
+    "usage: workbench.exe [FILE] [--plugins DIR] [--utility NAME]\n"
+    "                     [--script FILE] [--screenshots DIR]\n"
     "\n"
     "  FILE               a .kiln scene, or a file that a plug-in imports\n"
     "  --plugins DIR      load the plug-ins of this folder (default: plugins, beside the program)\n"
     "  --utility NAME     open this utility\n"
+    "  --script FILE      then run this script\n"
     "  --screenshots DIR  walk through the main views without a person, write PNG files, and end;\n"
     "                     the exit code is 0 when every step worked\n";
 
 struct Options {
-    std::string file, plugins, utility, screenshots;
+    std::string file, plugins, utility, script, screenshots;
     std::string error;  ///< what is wrong with the command line; empty when nothing is
 };
 
@@ -43,6 +45,7 @@ Options parse(const std::vector<std::string>& words) {
         const std::string& word = words[i];
         std::string* value = word == "--plugins"       ? &options.plugins
                              : word == "--utility"     ? &options.utility
+                             : word == "--script"      ? &options.script
                              : word == "--screenshots" ? &options.screenshots
                                                        : nullptr;
         if (value && i + 1 < words.size())
@@ -124,6 +127,7 @@ bool WorkbenchApp::InitInstance() {
     if (!options.screenshots.empty()) {
         walk_ = std::make_unique<Walk>(*window_, absolutePath(options.file),
                                        absolutePath(options.screenshots), options.utility,
+                                       options.script.empty() ? "" : absolutePath(options.script),
                                        [this](MSG& message) {
                                            if (PreTranslateMessage(message)) return;
                                            ::TranslateMessage(&message);
@@ -154,9 +158,9 @@ void WorkbenchApp::openAtStart(const Options& options) {
         if (!status.ok())
             window_->files().showFailure("The file could not be opened.", path, status.message());
     }
-    if (options.utility.empty()) return;
-    if (!window_->panel().pressUtility(options.utility))
+    if (!options.utility.empty() && !window_->panel().pressUtility(options.utility))
         window_->print("-- there is no utility named \"" + options.utility + "\"");
+    if (!options.script.empty()) window_->scripts().run(absolutePath(options.script));
 }
 
 int WorkbenchApp::ExitInstance() {

@@ -4,6 +4,7 @@
 #include "commands.h"
 #include "editcommands.h"
 #include "filenames.h"
+#include "windowverbs.h"
 #include "wording.h"
 
 #include <framework/module.h>
@@ -36,6 +37,7 @@ ACCEL kFileKeys[] = {
     {kCtrl, 'N', CMD_FILE_NEW},    {kCtrl, 'O', CMD_FILE_OPEN},
     {kCtrl, 'S', CMD_FILE_SAVE},   {kCtrl | FSHIFT, 'S', CMD_FILE_SAVE_AS},
     {kCtrl, 'I', CMD_FILE_IMPORT}, {kCtrl, 'E', CMD_FILE_EXPORT},
+    {kCtrl, 'R', CMD_SCRIPT_RUN},  {kCtrl | FSHIFT, 'R', CMD_SCRIPT_RUN_AGAIN},
 };
 // Keys that mean something else where text is edited.
 ACCEL kSceneKeys[] = {
@@ -66,8 +68,10 @@ MainWindow::MainWindow(kiln::Core& core)
       host_(core.hostInterface()),
       scriptLine_(host_),
       files_(*this, core, *this),
+      scripts_(*this, scriptLine_, [this](const std::string& line) { print(line); }),
       viewport_(*this) {
     script::addAttributeVerbs(scriptLine_.engine());
+    addWindowVerbs(*this, scriptLine_);
     fileKeys_ = ::CreateAcceleratorTableW(kFileKeys, static_cast<int>(std::size(kFileKeys)));
     sceneKeys_ = ::CreateAcceleratorTableW(kSceneKeys, static_cast<int>(std::size(kSceneKeys)));
     for (const int code : kNotifications) RegisterNotification(onNotify, this, code);
@@ -107,7 +111,7 @@ bool MainWindow::OnCreate(const CREATESTRUCTW&) {
     script_.setEvaluator([this](const std::string& line) {
         const ScriptResult result = scriptLine_.evaluate(line);
         refreshFrame();
-        return result.ok ? result.text : "-- Error. " + result.text;
+        return result.text;
     });
     ::SetTimer(Handle(), kModifiedTimer, 500, nullptr);
     refreshFrame();
@@ -266,12 +270,14 @@ ClassDesc* MainWindow::utilityNamed(const std::string& name) const {
 // ---------------------------------------------------------------- scene and selection
 
 void MainWindow::onNotify(void* self, NotifyInfo* info) {
-    static_cast<MainWindow*>(self)->noteChange(info->intcode);
+    static_cast<MainWindow*>(self)->noteChange(*info);
 }
 
 // Little is done here: an import sends one of these for each of its nodes. The viewport is told at
 // once, so that nothing is picked by the numbers of a scene that is no more.
-void MainWindow::noteChange(int code) {
+void MainWindow::noteChange(const NotifyInfo& change) {
+    const int code = change.intcode;
+    files_.followScene(change);
     if (code == NOTIFY_SELECTION_CHANGED) {
         selectionStale_ = true;
     } else if (code != NOTIFY_SCENE_SAVED && code != NOTIFY_NODE_RENAMED) {
@@ -357,6 +363,21 @@ void MainWindow::OnTimer(UINT_PTR id) {
     if (id == kModifiedTimer) refreshTitle();
 }
 
+void MainWindow::drawNow() {
+    constexpr DWORD kMillisecondsToShow = 200;  // until what is drawn is on the screen
+    redrawScene();
+    refreshTitle();
+    ::EnumThreadWindows(
+        ::GetCurrentThreadId(),
+        [](HWND window, LPARAM) -> BOOL {
+            return ::RedrawWindow(window, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+        },
+        0);
+    refreshStatus();  // counts what the viewport has drawn
+    status_.Update();
+    ::MsgWaitForMultipleObjects(0, nullptr, FALSE, kMillisecondsToShow, 0);
+}
+
 void MainWindow::refreshTitle() {
     const std::string title = files_.title() + " - " + kProgramName;
     if (Text() != title) SetText(title);
@@ -389,6 +410,7 @@ void MainWindow::refreshMenu() {
     enable(CMD_EDIT_SELECT_ALL, any);
     enable(CMD_EDIT_SELECT_INVERT, any);
     enable(CMD_FILE_IMPORT, !core_.importKinds().empty());
+    enable(CMD_SCRIPT_RUN_AGAIN, scripts_.hasRun());
     enable(CMD_FILE_EXPORT, !core_.exportKinds().empty());
     ::CheckMenuRadioItem(menu, CMD_VIEW_PERSPECTIVE, CMD_VIEW_LEFT,
                          CMD_VIEW_PERSPECTIVE + static_cast<UINT>(viewport_.camera().view()),
@@ -408,7 +430,7 @@ void MainWindow::run(int command) {
 
 bool MainWindow::OnCommand(int id, UINT code, HWND control) {
     if (control && code != 0) return false;
-    return runFile(id) || runEdit(id) || runView(id);
+    return runFile(id) || runEdit(id) || runView(id) || runScript(id);
 }
 
 bool MainWindow::runFile(int command) {
@@ -473,6 +495,19 @@ bool MainWindow::runEdit(int command) {
     }
     redrawScene();
     return true;
+}
+
+bool MainWindow::runScript(int command) {
+    switch (command) {
+        case CMD_SCRIPT_RUN:
+            scripts_.ask();
+            return true;
+        case CMD_SCRIPT_RUN_AGAIN:
+            scripts_.runAgain();
+            return true;
+        default:
+            return false;
+    }
 }
 
 bool MainWindow::runView(int command) {

@@ -6,6 +6,7 @@
 #include "../ui/statusbar.h"
 #include "../ui/viewport.h"
 #include "scenefiles.h"
+#include "scriptfiles.h"
 
 #include <workbench/scenefeed.h>
 #include <workbench/scriptline.h>
@@ -31,6 +32,11 @@ public:
 
     /// Lists the utilities of the modules that are loaded now.
     void listUtilities();
+    /// Where scripts put pictures whose path says no folder: the current one unless this is set.
+    void setPictureFolder(const std::string& folder) { pictureFolder_ = folder; }
+    const std::string& pictureFolder() const { return pictureFolder_; }
+    /// Draws every window of the program now, without handling other messages.
+    void drawNow();
     /// Adds a line to the script log.
     void print(const std::string& line) override { script_.print(line); }
 
@@ -42,6 +48,7 @@ public:
     CommandPanel& panel() { return panel_; }
     Viewport& viewport() { return viewport_; }
     SceneFiles& files() { return files_; }
+    ScriptFiles& scripts() { return scripts_; }
     kiln::Core& core() { return core_; }
     /// Selects the node with the tallest surface, as a click on it would; false without one.
     bool selectTallest();
@@ -85,6 +92,7 @@ private:
     bool runFile(int command);
     bool runEdit(int command);
     bool runView(int command);
+    bool runScript(int command);
 
     // SceneFilesClient
     void sceneReplaced() override;
@@ -97,7 +105,7 @@ private:
     void redrawScene();
 
     static void onNotify(void* self, NotifyInfo* info);
-    void noteChange(int code);
+    void noteChange(const NotifyInfo& change);
     void refreshFrame();
     void refreshTitle();
     void refreshStatus();
@@ -111,6 +119,7 @@ private:
     SceneFeed feed_;
     ScriptLine scriptLine_;
     SceneFiles files_;
+    ScriptFiles scripts_;
     bool sceneStale_ = true;
     bool selectionStale_ = false;
     bool refreshPosted_ = false;
@@ -120,6 +129,7 @@ private:
     ScriptPane script_;
     StatusBar status_;
 
+    std::string pictureFolder_;
     std::string prompt_;
     std::vector<ClassDesc*> utilities_;
     int scriptHeight_ = 0;

@@ -54,11 +54,17 @@ bool SceneFiles::mayLoseScene() {
     }
 }
 
+void SceneFiles::followScene(const NotifyInfo& change) {
+    const bool named =
+        change.intcode == NOTIFY_SCENE_OPENED || change.intcode == NOTIFY_SCENE_SAVED;
+    if (!named && change.intcode != NOTIFY_SCENE_NEW) return;
+    path_ = named ? static_cast<const char*>(change.callParam) : "";
+    if (change.intcode != NOTIFY_SCENE_SAVED) sourceName_.clear();
+}
+
 void SceneFiles::newScene() {
     if (!mayLoseScene()) return;
     core_.newScene();
-    path_.clear();
-    sourceName_.clear();
     client_.sceneReplaced();
 }
 
@@ -81,15 +87,11 @@ kiln::Status SceneFiles::openFile(const std::string& path, std::string& summary)
     if (hasExtension(path, "kiln")) {
         status = core_.loadScene(path);
         if (!status.ok()) return status;
-        path_ = path;
-        sourceName_.clear();
         summary =
             "opened " + counted(static_cast<std::size_t>(core_.hostInterface().GetNodeCount()),
                                 "node", "nodes");
     } else {
         core_.newScene();
-        path_.clear();
-        sourceName_.clear();
         status = importInto(path, summary);
         if (!status.ok()) return status;
         sourceName_ = fileName(path);
@@ -164,7 +166,6 @@ bool SceneFiles::saveTo(const std::string& path) {
         showFailure("The scene could not be saved.", path, status.message());
         return false;
     }
-    path_ = path;
     client_.print("-- saved " + fileName(path));
     client_.fileChanged();
     return true;

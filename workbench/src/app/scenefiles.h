@@ -40,6 +40,9 @@ public:
     /// Tells the user about a failure, in a message box.
     void showFailure(const std::string& what, const std::string& path, const std::string& reason);
 
+    /// To be told of the host's notifications: plug-ins and scripts open and save scenes too.
+    void followScene(const NotifyInfo& change);
+
     // Menu commands.
 
     void newScene();

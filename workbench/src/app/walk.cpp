@@ -103,11 +103,12 @@ std::map<int, HTREEITEM> firstOfEachIcon(HWND tree) {
 }  // namespace
 
 Walk::Walk(MainWindow& window, std::string file, std::string folder, std::string utility,
-           std::function<void(MSG&)> pump)
+           std::string script, std::function<void(MSG&)> pump)
     : window_(window),
       file_(std::move(file)),
       folder_(std::move(folder)),
       utility_(std::move(utility)),
+      script_(std::move(script)),
       pump_(std::move(pump)) {}
 
 int Walk::run() {
@@ -138,6 +139,7 @@ int Walk::run() {
         return shot("09-wireframe");
     });
     step("picture of each kind of item", [this] { return shootKinds(); });
+    if (!script_.empty()) step("run the script", [this] { return runScript(); });
     if (!failed_) say(summary_);
     return failed_ ? 1 : 0;
 }
@@ -263,6 +265,12 @@ kiln::Status Walk::closeUp() {
     if (!parent->IsRootNode()) host.SelectNode(parent);
     window_.run(CMD_VIEW_SELECTED);
     return {};
+}
+
+kiln::Status Walk::runScript() {
+    window_.setPictureFolder(folder_);
+    window_.run(CMD_VIEW_SHADED_EDGES);
+    return window_.scripts().run(script_);
 }
 
 }  // namespace workbench

@@ -15,9 +15,10 @@ class MainWindow;
 /// does to windows of plug-ins it does as a user could: by pressing buttons and selecting items.
 class Walk {
 public:
-    /// `pump` handles one message as the program's loop does.
+    /// At the end it runs `script`, a file, unless that is empty; the pictures that the script
+    /// takes go to `folder` too. `pump` handles one message as the program's loop does.
     Walk(MainWindow& window, std::string file, std::string folder, std::string utility,
-         std::function<void(MSG&)> pump);
+         std::string script, std::function<void(MSG&)> pump);
 
     /// Gives the exit code: 0 when every step worked. Each step is a line on the standard output;
     /// the last line of a good walk is what the importer said about the file.
@@ -39,9 +40,10 @@ private:
     kiln::Status shootKinds();
     kiln::Status selectInViewport();
     kiln::Status closeUp();
+    kiln::Status runScript();
 
     MainWindow& window_;
-    std::string file_, folder_, utility_;
+    std::string file_, folder_, utility_, script_;
     std::function<void(MSG&)> pump_;
     std::string summary_;
     HWND form_ = nullptr;

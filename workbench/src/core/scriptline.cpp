@@ -7,6 +7,8 @@ namespace {
 // The user waits for the line; one that would never end gives up after some seconds.
 constexpr std::uint64_t kMaxSteps = 10'000'000;
 
+constexpr char kLineName[] = "script line";
+
 std::string forDisplay(const std::string& text) {
     std::string lines;
     for (const char c : text) {
@@ -16,7 +18,9 @@ std::string forDisplay(const std::string& text) {
     return lines;
 }
 
+/// The user sees the line, but not the file that a script comes from.
 std::string explained(const script::Error& error) {
+    if (error.file() != kLineName) return error.what();
     const script::Position at = error.position();
     const std::string line =
         at.line > 1 ? "Line " + std::to_string(at.line) + ", column " : "Column ";
@@ -30,25 +34,59 @@ ScriptLine::ScriptLine(Interface&) {
     script::Limits limits;
     limits.steps = kMaxSteps;
     engine_.setLimits(limits);
-    engine_.setOutput([this](std::string_view line) { show(line); });
+    engine_.setOutput([this](std::string_view line) { printed(line); });
 }
 
 void ScriptLine::show(std::string_view text) {
-    if (!printed_.empty()) printed_ += '\n';
-    printed_ += text;
+    if (!shown_.empty()) shown_ += '\n';
+    shown_ += text;
+}
+
+void ScriptLine::printed(std::string_view line) {
+    hasPrinted_ = true;
+    if (printer_)
+        printer_(forDisplay(std::string(line)));
+    else
+        show(line);
+}
+
+void ScriptLine::setPrinter(std::function<void(const std::string& line)> printer) {
+    printer_ = std::move(printer);
+}
+
+void ScriptLine::setStop(std::function<bool()> stop) {
+    script::Limits limits = engine_.limits();
+    limits.steps = 0;
+    engine_.setLimits(limits);
+    engine_.setStop(std::move(stop));
+}
+
+template <typename Run>
+ScriptResult ScriptLine::ran(Run run) {
+    shown_.clear();
+    hasPrinted_ = false;
+    bool ok = false;
+    try {
+        run();
+        ok = true;
+    } catch (const script::Error& error) {
+        show("-- Error. " + explained(error));
+    } catch (const script::Failure& failure) {
+        show(std::string("-- Error. ") + failure.what());
+    }
+    return {ok, forDisplay(shown_)};
 }
 
 ScriptResult ScriptLine::evaluate(std::string_view line) {
-    printed_.clear();
-    try {
-        const script::Value value = engine_.run(line, "script line");
-        const bool says = !value.isUndefined() && (printed_.empty() || !value.as<script::Done>());
+    return ran([&] {
+        const script::Value value = engine_.run(line, kLineName);
+        const bool says = !value.isUndefined() && (!hasPrinted_ || !value.as<script::Done>());
         if (says) show(value.printed());
-        return {true, forDisplay(printed_)};
-    } catch (const script::Error& error) {
-        show(explained(error));
-        return {false, forDisplay(printed_)};
-    }
+    });
+}
+
+ScriptResult ScriptLine::runFile(const std::string& path) {
+    return ran([&] { engine_.runFile(path); });
 }
 
 }  // namespace workbench

@@ -1,0 +1,65 @@
+#include "scriptfiles.h"
+
+#include "filenames.h"
+
+#include <framework/cwaitcursor.h>
+#include <framework/filedialog.h>
+
+#include <utility>
+#include <vector>
+
+namespace workbench {
+namespace {
+
+constexpr ULONGLONG kMillisecondsBetweenLooks = 100;
+
+const std::vector<FileFilter> kScriptFilters = {{"Scripts (*.ks)", "*.ks"},
+                                                {"All files (*.*)", "*.*"}};
+
+/// Whether Escape is held down over a window. Looking costs more than a step of a script does.
+class EscapeKey {
+public:
+    explicit EscapeKey(const CWnd& window) : window_(window) {}
+
+    bool operator()() {
+        const ULONGLONG now = ::GetTickCount64();
+        if (now - lastLook_ < kMillisecondsBetweenLooks) return false;
+        lastLook_ = now;
+        return ::GetForegroundWindow() == window_.Handle() &&
+               (::GetAsyncKeyState(VK_ESCAPE) & 0x8000) != 0;
+    }
+
+private:
+    const CWnd& window_;
+    ULONGLONG lastLook_ = 0;
+};
+
+}  // namespace
+
+ScriptFiles::ScriptFiles(CWnd& owner, ScriptLine& line, Print print)
+    : owner_(owner), line_(line), print_(std::move(print)) {
+    line_.setStop(EscapeKey(owner));
+    line_.setPrinter(print_);
+}
+
+kiln::Status ScriptFiles::run(const std::string& path) {
+    const CWaitCursor wait;
+    path_ = path;
+    print_("-- running " + fileName(path));
+    const ScriptResult result = line_.runFile(path);
+    if (!result.text.empty()) print_(result.text);
+    if (!result.ok) return kiln::Status::failure(result.text);
+    print_("-- " + fileName(path) + ": done");
+    return {};
+}
+
+void ScriptFiles::ask() {
+    if (const auto path = askOpenFile(owner_.Handle(), "Run Script", kScriptFilters)) run(*path);
+}
+
+void ScriptFiles::runAgain() {
+    if (path_.empty()) return ask();
+    run(std::string(path_));
+}
+
+}  // namespace workbench

@@ -1,0 +1,39 @@
+// Script files: the commands by which a user runs them.
+#pragma once
+
+#include <framework/cwnd.h>
+#include <kiln/host/status.h>
+#include <workbench/scriptline.h>
+
+#include <functional>
+#include <string>
+
+namespace workbench {
+
+class ScriptFiles {
+public:
+    using Print = std::function<void(const std::string& line)>;
+
+    /// `print` adds a line to the log; `owner` owns the dialogs.
+    ScriptFiles(CWnd& owner, ScriptLine& line, Print print);
+
+    /// Runs a script file. The log gets what it prints, or what is wrong with it: file, line and
+    /// column. Escape, held down over the owner, ends it.
+    kiln::Status run(const std::string& path);
+
+    // Menu commands.
+
+    /// Asks which file to run.
+    void ask();
+    /// Runs the file that was run last; asks when there is none.
+    void runAgain();
+    bool hasRun() const { return !path_.empty(); }
+
+private:
+    CWnd& owner_;
+    ScriptLine& line_;
+    Print print_;
+    std::string path_;  // of the script that was run last
+};
+
+}  // namespace workbench

@@ -1,0 +1,41 @@
+#include "windowverbs.h"
+
+#include "mainwindow.h"
+#include "screenshot.h"
+
+#include <filesystem>
+#include <string>
+
+namespace workbench {
+namespace {
+
+std::filesystem::path pathOf(const std::string& text) {
+    return std::filesystem::path(std::u8string(text.begin(), text.end()));
+}
+
+/// The file of a picture that a script names: a PNG file, in `folder` unless it says otherwise.
+std::string picturePath(const std::string& name, const std::string& folder) {
+    std::filesystem::path path = pathOf(name);
+    if (path.empty()) throw script::Failure("a picture needs a name");
+    if (!path.has_extension()) path.replace_extension(".png");
+    const std::u8string text = (pathOf(folder) / path).u8string();
+    return {text.begin(), text.end()};
+}
+
+}  // namespace
+
+void addWindowVerbs(MainWindow& window, ScriptLine& line) {
+    line.engine().addVerb("viewAll", "", [&window](const script::Arguments&) {
+        window.viewport().viewAll();
+        return script::Value(script::Done{});
+    });
+    line.engine().addVerb("screenshot", "path", [&window](const script::Arguments& arguments) {
+        const std::string path = picturePath(arguments.text(0), window.pictureFolder());
+        window.drawNow();
+        if (const kiln::Status status = saveScreenshot(path); !status.ok())
+            throw script::Failure(status.message());
+        return script::Value(path);
+    });
+}
+
+}  // namespace workbench
