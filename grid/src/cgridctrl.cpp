@@ -76,7 +76,7 @@ void CGridCtrl::InsertRow(int before) {
     SetRowCount(rowCount_ + 1);
     const auto at = static_cast<std::ptrdiff_t>(before) * columnCount_;
     std::rotate(cells_.begin() + at, cells_.end() - columnCount_, cells_.end());
-    Invalidate(false);
+    InvalidateAll();
 }
 
 void CGridCtrl::DeleteRow(int row) {
@@ -97,7 +97,7 @@ void CGridCtrl::ExtentChanged() {
         selection_ = {focus_, focus_};
     }
     UpdateScrollBars();
-    Invalidate(false);
+    InvalidateAll();
 }
 
 // Cells
@@ -192,7 +192,7 @@ void CGridCtrl::MoveFocus(CellId cell, bool extend) {
     if (!extend || !IsValid(anchor_)) anchor_ = cell;
     selection_ = cell.IsValid() ? CellRange::Between(anchor_, cell) : CellRange{};
     EnsureVisible(cell);
-    Invalidate(false);
+    InvalidateAll();
 }
 
 void CGridCtrl::SelectRange(const CellRange& range) {
@@ -201,18 +201,18 @@ void CGridCtrl::SelectRange(const CellRange& range) {
     selection_ = CellRange::Between(range.first, range.last);
     anchor_ = selection_.first;
     if (!selection_.Contains(focus_)) focus_ = selection_.first;
-    Invalidate(false);
+    InvalidateAll();
 }
 
 // Switches
 
 void CGridCtrl::SetBackground(COLORREF colour) {
     background_ = colour;
-    Invalidate(false);
+    InvalidateAll();
 }
 
 void CGridCtrl::SetEditable(bool on) {
     if (!on) EndEdit(false);
     editable_ = on;
-    Invalidate(false);
+    InvalidateAll();
 }

@@ -38,13 +38,37 @@ bool CInPlaceEdit::Open(const RECT& area, std::string_view text, wchar_t firstKe
     if (!CreateEx(0, WC_EDITW, text, WS_CHILD | ES_AUTOHSCROLL | lines, area, owner_.Handle(),
                   kEditorId))
         return false;
+    cell_ = area;
     const int margin = Scaled(3);
     Send(EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, MAKELPARAM(margin, margin));
     Select(0, -1);
+    GrowWithLines();
     Show();
     SetFocus();
     if (firstKey) Send(WM_CHAR, firstKey, 1);
     return true;
+}
+
+void CInPlaceEdit::HandleNotification(UINT code) {
+    if (code == EN_CHANGE) GrowWithLines();
+}
+
+// Downwards from the cell and, where there is no room left, upwards.
+void CInPlaceEdit::GrowWithLines() {
+    if (!multiLine_) return;
+    const auto lines = std::max<LONG>(static_cast<LONG>(Send(EM_GETLINECOUNT)), 1);
+    const LONG highest = std::min<LONG>(owner_.FixedHeight(), cell_.top);
+    const LONG lowest = std::max(owner_.ClientRect().bottom, cell_.bottom);
+    RECT area = cell_;
+    area.bottom = std::max<LONG>(area.bottom, area.top + lines * owner_.RowHeight() - 1);
+    const LONG excess = std::clamp<LONG>(area.bottom - lowest, 0, cell_.top - highest);
+    area.top -= excess;
+    area.bottom = std::min(area.bottom - excess, lowest);
+    if (heightOf(area) == heightOf(WindowRect())) return;
+    MoveTo(area);
+    // From the first line on again, which an edit field scrolls away while it has too little room.
+    Send(EM_LINESCROLL, 0, -lines);
+    Send(EM_SCROLLCARET);
 }
 
 void CInPlaceEdit::OnKeyDown(UINT key, UINT, UINT) {

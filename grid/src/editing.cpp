@@ -42,8 +42,11 @@ bool CGridCtrl::ChangeText(CellId cell, const std::string& text) {
     // First the cell, then the owner, whose own idea of the text (a normalised number) comes last.
     SetCellText(cell.row, cell.column, text);
     const HWND self = Handle();
+    const bool focused = HasFocus();
     const LRESULT answer = NotifyParent(LVN_ENDLABELEDITW, cell, text);
     if (FromHandle(self) != this) return false;
+    // Whatever the owner did with the focus to show the new text: the user is still here.
+    if (focused && IsVisible()) SetFocus();
     if (answer >= 0) return true;
     if (CellText(cell.row, cell.column) == text) SetCellText(cell.row, cell.column, former);
     return false;
@@ -56,6 +59,10 @@ HWND CGridCtrl::Editor() const noexcept {
 }
 
 bool CGridCtrl::BeginEdit(CellId cell, wchar_t firstKey) {
+    return StartEdit(cell, firstKey != 0, firstKey);
+}
+
+bool CGridCtrl::StartEdit(CellId cell, bool typing, wchar_t firstKey) {
     const HWND self = Handle();
     EndEdit(true);
     if (!self || FromHandle(self) != this || !CanEdit(cell)) return false;
@@ -66,8 +73,8 @@ bool CGridCtrl::BeginEdit(CellId cell, wchar_t firstKey) {
     EnsureVisible(cell);
     Update();
     editedCell_ = cell;
-    return CellEditor(cell.row, cell.column) == EditorKind::list ? OpenList(cell, firstKey)
-                                                                 : OpenEdit(cell, firstKey);
+    return CellEditor(cell.row, cell.column) == EditorKind::list ? OpenList(cell, typing, firstKey)
+                                                                 : OpenEdit(cell, typing, firstKey);
 }
 
 std::optional<RECT> CGridCtrl::EditorArea(CellId cell) const {
@@ -80,18 +87,12 @@ std::optional<RECT> CGridCtrl::EditorArea(CellId cell) const {
     return area;
 }
 
-bool CGridCtrl::OpenEdit(CellId cell, wchar_t firstKey) {
-    std::optional<RECT> area = EditorArea(cell);
+bool CGridCtrl::OpenEdit(CellId cell, bool typing, wchar_t firstKey) {
+    const std::optional<RECT> area = EditorArea(cell);
     if (!area) return false;
     // The last row takes texts of several lines, except in the first column.
     const bool multiLine = cell.row == rowCount_ - 1 && cell.column > 0;
-    if (multiLine) {
-        constexpr int kLines = 3;
-        const RECT client = ClientRect();
-        area->bottom = std::min<LONG>(area->top + kLines * RowHeight(), client.bottom);
-        area->bottom = std::max<LONG>(area->bottom, area->top + RowHeight() - 1);
-    }
-    auto editor = std::make_unique<CInPlaceEdit>(*this, multiLine, firstKey != 0);
+    auto editor = std::make_unique<CInPlaceEdit>(*this, multiLine, typing);
     CInPlaceEdit& opened = *editor;
     editor_ = std::move(editor);
     if (opened.Open(*area, CellText(cell.row, cell.column), firstKey)) return true;
@@ -99,10 +100,10 @@ bool CGridCtrl::OpenEdit(CellId cell, wchar_t firstKey) {
     return false;
 }
 
-bool CGridCtrl::OpenList(CellId cell, wchar_t firstKey) {
+bool CGridCtrl::OpenList(CellId cell, bool typing, wchar_t firstKey) {
     const std::optional<RECT> area = EditorArea(cell);
     if (!area) return false;
-    auto list = std::make_unique<CInPlaceList>(*this, firstKey != 0);
+    auto list = std::make_unique<CInPlaceList>(*this, typing);
     CInPlaceList& opened = *list;
     if (!opened.Open(*area)) return false;
     FillList(cell.row, cell.column, opened);
@@ -149,8 +150,6 @@ void CGridCtrl::FinishEdit(bool keep, UINT key) {
         if (FromHandle(self) != this) return;
     }
     if (!key) return;
-    // The owner may have moved the focus while it showed the new text.
-    if (IsVisible()) SetFocus();
     const bool shift = ::GetKeyState(VK_SHIFT) < 0;
     if (key == VK_TAB) {
         const CellId next = TabTarget(shift);
@@ -160,7 +159,8 @@ void CGridCtrl::FinishEdit(bool keep, UINT key) {
             LeaveByTab(shift);
         }
     } else if (key != VK_RETURN && key != VK_ESCAPE) {
-        MoveByKey(key, false);
+        // To the neighbouring cell, although Ctrl may be held to say that the edit ends.
+        MoveByKey(key, false, false);
     }
 }
 
@@ -176,5 +176,7 @@ bool CGridCtrl::OnCommand(int, UINT code, HWND control) {
     if (!control || control != Editor()) return false;
     if (auto* const list = dynamic_cast<CInPlaceList*>(editor_.get()))
         list->HandleNotification(code);
+    else if (auto* const edit = dynamic_cast<CInPlaceEdit*>(editor_.get()))
+        edit->HandleNotification(code);
     return true;
 }

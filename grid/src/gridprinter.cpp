@@ -150,6 +150,12 @@ void GridPrinter::DrawCell(grid::CellId cell, const RECT& area) const {
                 (format & ~UINT{DT_MODIFYSTRING}) | DT_SINGLELINE | DT_NOPREFIX);
 }
 
+void CGridCtrl::OnPrint() {
+    CWnd frame;
+    frame.Attach(::GetAncestor(Handle(), GA_ROOT));
+    GridPrinter::Print(*this, frame.Text());
+}
+
 bool GridPrinter::Print(const CGridCtrl& grid, const std::string& title) {
     PRINTDLGW dialog{};
     dialog.lStructSize = sizeof dialog;

@@ -22,26 +22,25 @@ UINT mirrored(UINT key) noexcept {
 
 }  // namespace
 
-std::optional<CellId> CGridCtrl::TargetOf(UINT key) const {
+std::optional<CellId> CGridCtrl::TargetOf(UINT key, bool control) const {
     const CellId first = FirstFreeCell();
     if (!first.IsValid()) return std::nullopt;
     // From a heading, or from nowhere, the way goes to the first cell.
     if (!IsValid(focus_) || IsFixed(focus_)) return first;
     const CellId last = LastCell();
-    const bool control = isDown(VK_CONTROL);
     CellId cell = focus_;
     switch (isRightToLeft(Handle()) ? mirrored(key) : key) {
         case VK_UP:
-            --cell.row;
+            cell.row = control ? first.row : cell.row - 1;
             break;
         case VK_DOWN:
-            ++cell.row;
+            cell.row = control ? last.row : cell.row + 1;
             break;
         case VK_LEFT:
-            --cell.column;
+            cell.column = control ? first.column : cell.column - 1;
             break;
         case VK_RIGHT:
-            ++cell.column;
+            cell.column = control ? last.column : cell.column + 1;
             break;
         case VK_PRIOR:
             cell.row -= PageRows();
@@ -63,8 +62,8 @@ std::optional<CellId> CGridCtrl::TargetOf(UINT key) const {
     return cell;
 }
 
-bool CGridCtrl::MoveByKey(UINT key, bool extend) {
-    const std::optional<CellId> cell = TargetOf(key);
+bool CGridCtrl::MoveByKey(UINT key, bool control, bool extend) {
+    const std::optional<CellId> cell = TargetOf(key, control);
     if (!cell) return false;
     MoveFocus(*cell, extend);
     return true;
@@ -106,39 +105,47 @@ UINT CGridCtrl::OnGetDlgCode(const MSG* message) {
     return wanted ? kAlways | DLGC_WANTMESSAGE : kAlways;
 }
 
-bool CGridCtrl::HandleShortcut(UINT key) {
-    if (isDown(VK_CONTROL)) {
-        switch (key) {
-            case L'A':
-                SelectRange(FreeCells());
-                return true;
-            case L'C':
-            case VK_INSERT:
-                Copy();
-                return true;
-            case L'X':
-                Cut();
-                return true;
-            case L'V':
-                Paste();
-                return true;
-            default:
-                return false;
-        }
+bool CGridCtrl::HandleControlShortcut(UINT key) {
+    switch (key) {
+        case L'A':
+            SelectRange(FreeCells());
+            return true;
+        case L'C':
+        case VK_INSERT:
+            Copy();
+            return true;
+        case L'X':
+            Cut();
+            return true;
+        case L'V':
+            Paste();
+            return true;
+        case L'P':
+            OnPrint();
+            return true;
+        default:
+            return false;
     }
+}
+
+bool CGridCtrl::HandleShortcut(UINT key) {
+    const bool shift = isDown(VK_SHIFT);
     switch (key) {
         case VK_F2:
         case VK_RETURN:
             BeginEdit(focus_);
             return true;
         case VK_DELETE:
-            ClearSelection();
+            if (shift)
+                Cut();
+            else
+                ClearSelection();
             return true;
         case VK_ESCAPE:
             StopTracking();
             return true;
         case VK_INSERT:
-            if (isDown(VK_SHIFT)) Paste();
+            if (shift) Paste();
             return true;
         default:
             return false;
@@ -156,7 +163,9 @@ void CGridCtrl::OnKeyDown(UINT key, UINT, UINT) {
         }
         return;
     }
-    if (!HandleShortcut(key) && !MoveByKey(key, isDown(VK_SHIFT))) Default();
+    const bool control = isDown(VK_CONTROL);
+    const bool handled = control ? HandleControlShortcut(key) : HandleShortcut(key);
+    if (!handled && !MoveByKey(key, control, isDown(VK_SHIFT))) Default();
 }
 
 void CGridCtrl::OnChar(UINT utf16, UINT repeat, UINT flags) {
@@ -169,15 +178,23 @@ void CGridCtrl::OnChar(UINT utf16, UINT repeat, UINT flags) {
     if (utf16 >= L' ' && utf16 != kDeleteCharacter) BeginEdit(focus_, static_cast<wchar_t>(utf16));
 }
 
+// An input method composes for the window that had the keyboard when it began. The edit that this
+// starts takes over, and what still comes here belongs to it.
+LRESULT CGridCtrl::Compose(UINT message, WPARAM wParam, LPARAM lParam) {
+    if (!Editor() && message == WM_IME_STARTCOMPOSITION) StartEdit(focus_, true, 0);
+    if (const HWND editor = Editor()) return ::SendMessageW(editor, message, wParam, lParam);
+    return Default();
+}
+
 void CGridCtrl::OnSetFocus(HWND) {
     focused_ = true;
     // Without a focus cell the keyboard would show nothing of being here.
     if (!IsValid(focus_) && FirstFreeCell().IsValid() && !isDown(VK_LBUTTON))
         MoveFocus(FirstFreeCell(), false);
-    Invalidate(false);
+    InvalidateAll();
 }
 
 void CGridCtrl::OnKillFocus(HWND) {
     focused_ = false;
-    Invalidate(false);
+    InvalidateAll();
 }

@@ -31,7 +31,7 @@ void CGridCtrl::SetColumnWidth(int column, int width) {
     widths_[static_cast<size_t>(column)] = std::max(width, 0);
     shares_.clear();
     UpdateScrollBars();
-    Invalidate(false);
+    InvalidateAll();
 }
 
 int CGridCtrl::ContentWidth(int column) const {
@@ -81,7 +81,7 @@ void CGridCtrl::ExpandColumnsToFit() {
     EndEdit(true);
     if (shares_.empty()) RememberShares();
     UpdateScrollBars();
-    Invalidate(false);
+    InvalidateAll();
 }
 
 void CGridCtrl::ResizeColumn(int column, int width) {
@@ -101,7 +101,7 @@ void CGridCtrl::ResizeColumn(int column, int width) {
     FitColumns(column + 1, available - width);
     RememberShares();
     UpdateScrollBars();
-    Invalidate(false);
+    InvalidateAll();
 }
 
 // Geometry
@@ -206,8 +206,18 @@ std::optional<RECT> CGridCtrl::CellRect(CellId cell) const {
 }
 
 void CGridCtrl::InvalidateCell(CellId cell) const {
-    if (!HasWindow()) return;
+    if (!HasWindow() || updating_ > 0) return;
     if (const auto area = CellRect(cell)) Invalidate(*area, false);
+}
+
+void CGridCtrl::InvalidateAll() const {
+    if (updating_ == 0) Invalidate(false);
+}
+
+CGridCtrl::UpdateScope::~UpdateScope() {
+    if (--grid_.updating_ > 0) return;
+    grid_.UpdateScrollBars();
+    grid_.InvalidateAll();
 }
 
 // Scrolling
@@ -221,8 +231,23 @@ int CGridCtrl::MaxScrollX() const {
     return std::max(total - static_cast<int>(ClientRect().right), 0);
 }
 
+// The platform draws a bar at every setting, the same or not.
+void CGridCtrl::SetScrollBar(int bar, DWORD style, const SCROLLINFO& wanted) const {
+    SCROLLINFO now{};
+    now.cbSize = sizeof now;
+    now.fMask = SIF_PAGE | SIF_POS | SIF_RANGE;
+    ::GetScrollInfo(Handle(), bar, &now);
+    const bool shown = (Style() & style) != 0;
+    const bool needed = static_cast<UINT>(wanted.nMax) >= wanted.nPage;
+    if (now.nMax == wanted.nMax && now.nPage == wanted.nPage && now.nPos == wanted.nPos &&
+        shown == needed)
+        return;
+    // A bar that comes or goes is drawn with the frame.
+    ::SetScrollInfo(Handle(), bar, &wanted, shown == needed);
+}
+
 void CGridCtrl::UpdateScrollBars() {
-    if (!HasWindow() || updatingScrollBars_) return;
+    if (!HasWindow() || updatingScrollBars_ || updating_ > 0) return;
     updatingScrollBars_ = true;
     // A bar that comes or goes changes the room of the other; it settles within three rounds.
     for (int round = 0; round < 3; ++round) {
@@ -237,14 +262,14 @@ void CGridCtrl::UpdateScrollBars() {
         rows.nMax = std::max(rowCount_ - fixedRows_ - 1, 0);
         rows.nPage = static_cast<UINT>(PageRows());
         rows.nPos = topRow_ - fixedRows_;
-        ::SetScrollInfo(Handle(), SB_VERT, &rows, TRUE);
+        SetScrollBar(SB_VERT, WS_VSCROLL, rows);
 
         SCROLLINFO columns = rows;
         const int fixedWidth = FixedWidth();
         columns.nMax = std::max(MaxScrollX() + static_cast<int>(before.right) - fixedWidth - 1, 0);
         columns.nPage = static_cast<UINT>(std::max(static_cast<int>(before.right) - fixedWidth, 0));
         columns.nPos = scrollX_;
-        ::SetScrollInfo(Handle(), SB_HORZ, &columns, TRUE);
+        SetScrollBar(SB_HORZ, WS_HSCROLL, columns);
 
         const RECT after = ClientRect();
         if (::EqualRect(&before, &after)) break;
@@ -260,7 +285,7 @@ void CGridCtrl::ScrollTo(int topRow, int scrollX) {
     topRow_ = topRow;
     scrollX_ = scrollX;
     UpdateScrollBars();
-    Invalidate(false);
+    InvalidateAll();
 }
 
 void CGridCtrl::SetTopRow(int row) {
@@ -339,5 +364,5 @@ void CGridCtrl::OnSize(UINT, int, int) {
     if (updatingScrollBars_) return;
     EndEdit(true);
     UpdateScrollBars();
-    Invalidate(false);
+    InvalidateAll();
 }

@@ -21,7 +21,7 @@ void CGridCtrl::OnLButtonDown(UINT keys, POINT at) {
     const CellId before = focused_ ? focus_ : CellId{};
     SetFocus();
     StopTracking();
-    pressPoint_ = at;
+    pressPoint_ = mousePoint_ = at;
     pressedCell_ = {};
     moved_ = false;
     if (const int column = DividerAt(at); column >= 0) {
@@ -81,6 +81,7 @@ void CGridCtrl::PressCell(CellId cell, UINT keys) {
 
 void CGridCtrl::OnMouseMove(UINT keys, POINT at) {
     if (tracking_ != Tracking::none && !(keys & MK_LBUTTON)) StopTracking();
+    mousePoint_ = at;
     // A hand trembles: a click is not a drag. What counts is the way of the mouse, since a press on
     // a row that is partly shown scrolls the cells under it.
     moved_ = moved_ || std::abs(at.x - pressPoint_.x) >= 2 * ::GetSystemMetrics(SM_CXDRAG) ||
@@ -102,7 +103,7 @@ void CGridCtrl::TrackTo(POINT at) {
             dropCell_ = CellAt(at);
             const bool possible = !DropRange().IsEmpty();
             ::SetCursor(::LoadCursorW(nullptr, possible ? IDC_HAND : IDC_NO));
-            Invalidate(false);
+            InvalidateAll();
             return;
         }
         case Tracking::selecting:
@@ -123,9 +124,7 @@ void CGridCtrl::OnTimer(UINT_PTR id) {
         Default();
         return;
     }
-    POINT at;
-    ::GetCursorPos(&at);
-    at = ToClient(at);
+    const POINT at = mousePoint_;
     const RECT client = ClientRect();
     const int rows = at.y < FixedHeight() ? -1 : at.y >= client.bottom ? 1 : 0;
     const int columns = at.x < FixedWidth() ? -1 : at.x >= client.right ? 1 : 0;
@@ -158,7 +157,7 @@ void CGridCtrl::StopTracking() {
     if (!HasWindow()) return;
     ::KillTimer(Handle(), kScrollTimer);
     if (::GetCapture() == Handle()) ::ReleaseCapture();
-    if (wasDragging) Invalidate(false);
+    if (wasDragging) InvalidateAll();
 }
 
 void CGridCtrl::OnCaptureChanged(HWND) {

@@ -143,7 +143,7 @@ void CGridCtrl::PaintDropTarget(HDC dc) const {
 
 void CGridCtrl::OnEnable(bool) {
     Default();
-    Invalidate(false);
+    InvalidateAll();
 }
 
 LRESULT CGridCtrl::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -152,10 +152,21 @@ LRESULT CGridCtrl::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             font_ = reinterpret_cast<HFONT>(wParam);
             rowHeight_ = 0;
             UpdateScrollBars();
-            if (LOWORD(lParam)) Invalidate(false);
+            if (LOWORD(lParam)) InvalidateAll();
             return 0;
         case WM_GETFONT:
             return reinterpret_cast<LRESULT>(GridFont());
+        case WM_PRINTCLIENT: {
+            const auto dc = reinterpret_cast<HDC>(wParam);
+            const SelectScope font(dc, GridFont());
+            PaintGrid(dc, ClientRect());
+            return 0;
+        }
+        case WM_IME_STARTCOMPOSITION:
+        case WM_IME_COMPOSITION:
+        case WM_IME_ENDCOMPOSITION:
+        case WM_IME_CHAR:
+            return Compose(message, wParam, lParam);
         case kDropRetiredEditors:
             retiredEditors_.clear();
             return 0;

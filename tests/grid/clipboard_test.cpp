@@ -60,11 +60,27 @@ TEST_F(GridClipboard, CutsClearsAndFillsASelection) {
     key(VK_DELETE);
     EXPECT_EQ(grid().CellText(2, 1), "c1") << "the owner refused";
     EXPECT_EQ(grid().CellText(3, 1), "");
+    grid().SelectRange({{5, 1}, {5, 1}});
+    key(VK_DELETE, {VK_SHIFT});
+    EXPECT_EQ(grid().CellText(5, 1), "");
+    key(VK_INSERT, {VK_SHIFT});
+    EXPECT_EQ(grid().CellText(5, 1), "value 5") << "the older keys do the same";
     grid().SetEditable(false);
     grid().SelectRange({{4, 1}, {4, 1}});
     key(VK_DELETE);
     key(L'V', {VK_CONTROL});
     EXPECT_EQ(grid().CellText(4, 1), "value 4");
+}
+
+TEST_F(GridClipboard, KeepsTheKeyboardWhenTheOwnerTakesItAway) {
+    host.onEdit = [this](const Edited&) -> LRESULT {
+        ::SetFocus(host.Item(gridtest::kBefore));
+        return 0;
+    };
+    grid().SelectRange({{2, 1}, {3, 1}});
+    key(VK_DELETE);
+    EXPECT_EQ(grid().CellText(3, 1), "");
+    EXPECT_EQ(::GetFocus(), grid().Handle());
 }
 
 TEST_F(GridClipboard, ReadsTheTextOfOtherPrograms) {

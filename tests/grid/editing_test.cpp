@@ -51,6 +51,26 @@ TEST_F(GridEditing, StartsBySecondClickF2EnterOrTyping) {
     EXPECT_EQ(::GetFocus(), grid().Handle());
 }
 
+TEST_F(GridEditing, ComposingWithAnInputMethodBeginsIt) {
+    grid().SetFocusCell({2, 1});
+    grid().Send(WM_IME_STARTCOMPOSITION);
+    ASSERT_TRUE(editing());
+    EXPECT_EQ(::GetFocus(), grid().Editor());
+    EXPECT_EQ(editorText(), "value 2") << "nothing has been entered yet";
+    // What the input method still sends to the window that it began with goes to the editor.
+    for (const wchar_t character : {L'跑', L'道'}) grid().Send(WM_IME_CHAR, character, 1);
+    grid().Send(WM_IME_ENDCOMPOSITION);
+    EXPECT_TRUE(editing());
+    EXPECT_EQ(editorText(), "跑道");
+    key(VK_DOWN);
+    EXPECT_EQ(grid().CellText(2, 1), "跑道");
+    EXPECT_EQ(focus(), (CellId{3, 1})) << "it is typing: an arrow key ends it";
+
+    grid().SetEditable(false);
+    grid().Send(WM_IME_STARTCOMPOSITION);
+    EXPECT_FALSE(editing());
+}
+
 TEST_F(GridEditing, EndsOnEnterTabAndLossOfFocusAndTellsTheOwner) {
     grid().SetFocusCell({1, 1});
     testinput::type(L"one");
@@ -121,6 +141,37 @@ TEST_F(GridEditing, TheLastRowTakesSeveralLines) {
     key(VK_F2);
     key(VK_TAB);
     EXPECT_EQ(::GetFocus(), host.Item(gridtest::kAfter)) << "Tab from the last cell leaves";
+}
+
+TEST_F(GridEditing, SeveralLinesGetRoomWithinTheGrid) {
+    host.Fill(100);
+    grid().SetFocusCell({100, 1});
+    const auto area = [this] {
+        RECT window{};
+        ::GetWindowRect(grid().Editor(), &window);
+        ::MapWindowPoints(nullptr, grid().Handle(), reinterpret_cast<POINT*>(&window), 2);
+        return window;
+    };
+    key(VK_F2);
+    const RECT one = area();
+    EXPECT_LT(one.bottom - one.top, 2 * grid().RowHeight()) << "as high as the cell at first";
+    for (int line = 0; line < 3; ++line) {
+        testinput::type(L"x");
+        key(VK_RETURN);
+    }
+    const RECT four = area();
+    EXPECT_GE(four.bottom - four.top, 4 * grid().RowHeight() - 1);
+    EXPECT_LE(four.bottom, grid().ClientRect().bottom) << "there is no room below the last row";
+    EXPECT_EQ(::SendMessageW(grid().Editor(), EM_GETFIRSTVISIBLELINE, 0, 0), 0);
+    for (int line = 0; line < 40; ++line) key(VK_RETURN);
+    EXPECT_GE(area().top, grid().RowHeight()) << "the heading is left free";
+    key(VK_ESCAPE);
+
+    grid().SetFixedColumnCount(0);
+    grid().SetFocusCell({100, 0});
+    testinput::type(L"one line");
+    key(VK_RETURN);
+    EXPECT_FALSE(editing()) << "the first column has no texts of several lines";
 }
 
 TEST_F(GridEditing, OwnerHasTheLastWordOnTheText) {

@@ -32,6 +32,31 @@ bool Host::OnNotify(int id, NMHDR& header, LRESULT& result) {
     return true;
 }
 
+namespace {
+
+int CALLBACK collectText(HDC, HANDLETABLE*, const ENHMETARECORD* record, int, LPARAM texts) {
+    if (record->iType != EMR_EXTTEXTOUTW) return 1;
+    const EMRTEXT& text = reinterpret_cast<const EMREXTTEXTOUTW*>(record)->emrtext;
+    if (text.nChars > 0)
+        reinterpret_cast<std::vector<std::wstring>*>(texts)->emplace_back(
+            reinterpret_cast<const wchar_t*>(reinterpret_cast<const BYTE*>(record) +
+                                             text.offString),
+            text.nChars);
+    return 1;
+}
+
+}  // namespace
+
+std::vector<std::wstring> drawnTexts(const std::function<void(HDC)>& draw) {
+    const HDC recorder = ::CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr);
+    draw(recorder);
+    const HENHMETAFILE recorded = ::CloseEnhMetaFile(recorder);
+    std::vector<std::wstring> texts;
+    ::EnumEnhMetaFile(nullptr, recorded, collectText, &texts, nullptr);
+    ::DeleteEnhMetaFile(recorded);
+    return texts;
+}
+
 void GridTest::SetUp() {
     ASSERT_TRUE(CGridCtrl::RegisterGridClass());
     ASSERT_TRUE(host.Create(kDialog));

@@ -35,10 +35,13 @@ class PropertyGrid : public CGridCtrl {
 public:
     std::vector<std::string> choices{"Always", "Never", "Near", "Night"};
 
+    int printed = 0;
+
 protected:
     void FillList(int, int, CInPlaceList& list) override {
         for (const std::string& choice : choices) list.Add(choice);
     }
+    void OnPrint() override { ++printed; }
 };
 
 class Host : public CDialog {
@@ -56,6 +59,9 @@ protected:
     bool OnInitDialog() override { return grid.SubclassDlgItem(kGrid, Handle()); }
     bool OnNotify(int id, NMHDR& header, LRESULT& result) override;
 };
+
+/// The texts that are drawn on a device context that records them.
+std::vector<std::wstring> drawnTexts(const std::function<void(HDC)>& draw);
 
 /// The dialog on the screen with six rows of properties, the grid having the focus.
 class GridTest : public ::testing::Test {

@@ -32,10 +32,14 @@ TEST_F(GridKeyboard, MovesWithinTheCellsThatAreNotFixed) {
         key(move.pressed);
         EXPECT_EQ(focus(), move.reached) << "after key " << move.pressed;
     }
-    key(VK_HOME, {VK_CONTROL});
-    EXPECT_EQ(focus(), (CellId{1, 1}));
-    key(VK_END, {VK_CONTROL});
-    EXPECT_EQ(focus(), (CellId{6, 3}));
+    const Move toTheEdge[] = {
+        {VK_DOWN, {6, 3}}, {VK_LEFT, {6, 1}}, {VK_UP, {1, 1}},
+        {VK_END, {6, 3}},  {VK_HOME, {1, 1}}, {VK_RIGHT, {1, 3}},
+    };
+    for (const Move& move : toTheEdge) {
+        key(move.pressed, {VK_CONTROL});
+        EXPECT_EQ(focus(), move.reached) << "after Ctrl and key " << move.pressed;
+    }
 }
 
 TEST_F(GridKeyboard, ExtendsTheSelectionWithShift) {

@@ -1,5 +1,7 @@
 #include "gridhost.h"
 
+#include <gmock/gmock.h>
+
 #include <numeric>
 
 using grid::CellId;
@@ -74,6 +76,20 @@ TEST_F(GridLayout, ScrollsByWheelAndBarWithinItsRows) {
     EXPECT_TRUE(grid().CellRect({1000, 1})) << "there is nothing below the last row";
     const auto last = grid().CellRect({1000, 1});
     EXPECT_LE(last->bottom, grid().ClientRect().bottom);
+}
+
+TEST_F(GridLayout, DrawsOnlyWhatIsShown) {
+    host.Fill(100000);
+    grid().SetTopRow(54321);
+    const auto texts = gridtest::drawnTexts([this](HDC recorder) {
+        grid().Send(WM_PRINTCLIENT, reinterpret_cast<WPARAM>(recorder), PRF_CLIENT);
+    });
+    std::vector<std::wstring> shown{L"属性", L"值"};
+    for (int row = 54321; grid().CellRect({row, 0}); ++row)
+        for (const wchar_t* const name : {L"name ", L"value "})
+            shown.push_back(name + std::to_wstring(row));
+    EXPECT_GT(shown.size(), 6u);
+    EXPECT_THAT(texts, testing::UnorderedElementsAreArray(shown));
 }
 
 TEST_F(GridLayout, ScrollsSidewaysUnderTheFixedColumn) {

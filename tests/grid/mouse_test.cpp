@@ -27,6 +27,30 @@ TEST_F(GridMouse, ClickMovesTheFocusAndShiftClickExtends) {
     EXPECT_EQ(grid().Editor(), nullptr);
 }
 
+TEST_F(GridMouse, DraggingOutsideScrollsAndSelectsOn) {
+    host.Fill(60);
+    const POINT from = middleOf(2, 1);
+    const RECT client = grid().ClientRect();
+    const auto send = [this](UINT message, WPARAM keys, POINT at) {
+        grid().Send(message, keys, MAKELPARAM(at.x, at.y));
+    };
+    send(WM_LBUTTONDOWN, MK_LBUTTON, from);
+    send(WM_MOUSEMOVE, MK_LBUTTON, {from.x, client.bottom + 30});
+    EXPECT_TRUE(testinput::pumpUntil([&] { return grid().Selection().last.row == 60; }))
+        << "the selection grows while the mouse is held still below the grid";
+    EXPECT_EQ(grid().Selection(), (CellRange{{2, 1}, {60, 1}}));
+    EXPECT_TRUE(grid().CellRect({60, 1}));
+    send(WM_MOUSEMOVE, MK_LBUTTON, {from.x, -30});
+    EXPECT_TRUE(testinput::pumpUntil([&] { return grid().TopRow() == 1; }));
+    EXPECT_EQ(grid().Selection(), (CellRange{{1, 1}, {2, 1}})) << "and turns with the mouse";
+    send(WM_MOUSEMOVE, MK_LBUTTON, {from.x, client.bottom + 30});
+    send(WM_LBUTTONUP, 0, {from.x, client.bottom + 30});
+    const int top = grid().TopRow();
+    EXPECT_FALSE(testinput::pumpUntil([&] { return grid().TopRow() != top; }, 300))
+        << "a released mouse scrolls nothing";
+    EXPECT_EQ(grid().Editor(), nullptr);
+}
+
 TEST_F(GridMouse, HeadingsSelectRowColumnAndAll) {
     clickCell(3, 0);
     EXPECT_EQ(focus(), (CellId{3, 1}));

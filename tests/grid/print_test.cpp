@@ -15,24 +15,8 @@ protected:
 
     // The texts that a page draws.
     std::vector<std::wstring> textsOf(int page) {
-        const HDC recorder = ::CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr);
-        GridPrinter(grid(), recorder, setup).DrawPage(page);
-        const HENHMETAFILE recorded = ::CloseEnhMetaFile(recorder);
-        std::vector<std::wstring> texts;
-        ::EnumEnhMetaFile(nullptr, recorded, collectText, &texts, nullptr);
-        ::DeleteEnhMetaFile(recorded);
-        return texts;
-    }
-
-    static int CALLBACK collectText(HDC, HANDLETABLE*, const ENHMETARECORD* record, int,
-                                    LPARAM texts) {
-        if (record->iType != EMR_EXTTEXTOUTW) return 1;
-        const EMRTEXT& text = reinterpret_cast<const EMREXTTEXTOUTW*>(record)->emrtext;
-        reinterpret_cast<std::vector<std::wstring>*>(texts)->emplace_back(
-            reinterpret_cast<const wchar_t*>(reinterpret_cast<const BYTE*>(record) +
-                                             text.offString),
-            text.nChars);
-        return 1;
+        return gridtest::drawnTexts(
+            [&](HDC recorder) { GridPrinter(grid(), recorder, setup).DrawPage(page); });
     }
 
     static bool has(const std::vector<std::wstring>& texts, const std::wstring& text) {
@@ -84,6 +68,11 @@ TEST_F(GridPrinting, StaysWithinItsPartOfThePage) {
     }
     EXPECT_EQ(outside, 0);
     EXPECT_GT(inside, 1000);
+}
+
+TEST_F(GridPrinting, IsAskedForByKey) {
+    testinput::key(L'P', {VK_CONTROL});
+    EXPECT_EQ(host.grid.printed, 1);
 }
 
 TEST_F(GridPrinting, AnEmptyGridIsOnePage) {

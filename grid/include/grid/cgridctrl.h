@@ -21,11 +21,12 @@ inline constexpr wchar_t kGridWindowClass[] = L"MFCGridCtrl";
 /// widths and switches may be set before or after there is a window. Calls about a cell that does
 /// not exist change nothing and give empty results.
 ///
-/// Keys: arrows, Page Up and Down, Home and End (with Ctrl: of the grid) move the focus cell, with
-/// Shift they extend the selection; Ctrl+A selects all cells that are not fixed. Tab and Shift+Tab
-/// go through the cells and leave the grid at its ends, with Ctrl at once. F2, Enter or typing
-/// edits; Ctrl+C, X and V are the clipboard, Delete clears. In a right-to-left window the left and
-/// right arrows follow what is seen.
+/// Keys: arrows (with Ctrl: to the edge), Page Up and Down, Home and End (with Ctrl: of the grid)
+/// move the focus cell, with Shift they extend the selection; Ctrl+A selects all cells that are not
+/// fixed. Tab and Shift+Tab go through the cells and leave the grid at its ends, with Ctrl at once.
+/// F2, Enter, typing or composing with an input method edits; Ctrl+C, X and V are the clipboard, as
+/// are Ctrl+Insert, Shift+Delete and Shift+Insert; Delete clears; Ctrl+P prints. In a right-to-left
+/// window the left and right arrows follow what is seen.
 ///
 /// Mouse: a click moves the focus cell, a click on the focus cell edits it, a click on a cell with
 /// a list opens the list at once. Dragging selects a range; a heading selects its row or column,
@@ -42,6 +43,19 @@ inline constexpr wchar_t kGridWindowClass[] = L"MFCGridCtrl";
 ///   An edit that is cancelled, or left without a change other than by Enter, is not notified.
 class CGridCtrl : public CWnd {
 public:
+    /// Holds back drawing and scroll bars while it lives; the outermost one then brings both up to
+    /// date at once. For an owner that fills a grid.
+    class UpdateScope {
+    public:
+        explicit UpdateScope(CGridCtrl& grid) noexcept : grid_(grid) { ++grid_.updating_; }
+        ~UpdateScope();
+        UpdateScope(const UpdateScope&) = delete;
+        UpdateScope& operator=(const UpdateScope&) = delete;
+
+    private:
+        CGridCtrl& grid_;
+    };
+
     CGridCtrl();
     ~CGridCtrl() override;
 
@@ -165,6 +179,9 @@ public:
 protected:
     /// Fills a list editor that is about to open for a cell. The default adds nothing.
     virtual void FillList(int /*row*/, int /*column*/, CInPlaceList&) {}
+    /// Ctrl+P. The default asks for a printer and prints the grid under the caption of the window
+    /// that it stands in.
+    virtual void OnPrint();
 
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
     void OnDestroy() override;
@@ -225,6 +242,8 @@ private:
     int RowAt(int y) const;
     int PageRows() const;
     void InvalidateCell(grid::CellId cell) const;
+    void InvalidateAll() const;
+    void SetScrollBar(int bar, DWORD style, const SCROLLINFO& wanted) const;
     int MaxTopRow() const;
     int MaxScrollX() const;
     void UpdateScrollBars();
@@ -238,11 +257,13 @@ private:
     void PaintDropTarget(HDC dc) const;
 
     // Keyboard
-    std::optional<grid::CellId> TargetOf(UINT key) const;
-    bool MoveByKey(UINT key, bool extend);
+    std::optional<grid::CellId> TargetOf(UINT key, bool control) const;
+    bool MoveByKey(UINT key, bool control, bool extend);
     grid::CellId TabTarget(bool backwards) const noexcept;
     void LeaveByTab(bool backwards);
     bool HandleShortcut(UINT key);
+    bool HandleControlShortcut(UINT key);
+    LRESULT Compose(UINT message, WPARAM wParam, LPARAM lParam);
 
     // Mouse
     void PressHeading(grid::CellId cell);
@@ -256,8 +277,9 @@ private:
     LRESULT NotifyParent(UINT code, grid::CellId cell, const std::string& text) const;
     bool ChangeText(grid::CellId cell, const std::string& text);
     std::optional<RECT> EditorArea(grid::CellId cell) const;
-    bool OpenEdit(grid::CellId cell, wchar_t firstKey);
-    bool OpenList(grid::CellId cell, wchar_t firstKey);
+    bool StartEdit(grid::CellId cell, bool typing, wchar_t firstKey);
+    bool OpenEdit(grid::CellId cell, bool typing, wchar_t firstKey);
+    bool OpenList(grid::CellId cell, bool typing, wchar_t firstKey);
     std::optional<std::string> EditorText() const;
     void EditorDone(const CWnd& editor, bool keep, UINT key);
     void FinishEdit(bool keep, UINT key);
@@ -285,6 +307,7 @@ private:
     int scrollX_ = 0;
     int wheel_ = 0;
     bool updatingScrollBars_ = false;
+    int updating_ = 0;
 
     COLORREF background_ = ::GetSysColor(COLOR_WINDOW);
     bool editable_ = false;
@@ -293,6 +316,8 @@ private:
 
     Tracking tracking_ = Tracking::none;
     POINT pressPoint_{};
+    // While the mouse is captured, its last known place.
+    POINT mousePoint_{};
     grid::CellId pressedCell_;
     bool moved_ = false;
     bool editOnRelease_ = false;

@@ -11,7 +11,8 @@ class CGridCtrl;
 ///
 /// Tab, Enter and Escape end the edit; so do the arrow and page keys when Ctrl is held or
 /// `arrowsEnd` was given. Enter belongs to the text of a field of several lines, which Ctrl+Enter
-/// ends. Losing the focus ends the edit and keeps the text.
+/// ends, and which grows with its lines as far as the grid has room. Losing the focus ends the edit
+/// and keeps the text.
 class CInPlaceEdit : public CEdit {
 public:
     CInPlaceEdit(CGridCtrl& owner, bool multiLine, bool arrowsEnd) noexcept
@@ -20,6 +21,9 @@ public:
     /// Opens with everything selected or, after a first key, with that character alone.
     bool Open(const RECT& area, std::string_view text, wchar_t firstKey);
 
+    /// The grid hands the field's own notifications (EN_ codes) back to it.
+    void HandleNotification(UINT code);
+
 protected:
     UINT OnGetDlgCode(const MSG*) override { return DLGC_WANTALLKEYS; }
     void OnKeyDown(UINT key, UINT repeat, UINT flags) override;
@@ -27,9 +31,12 @@ protected:
     void OnKillFocus(HWND next) override;
 
 private:
+    void GrowWithLines();
+
     CGridCtrl& owner_;
     bool multiLine_;
     bool arrowsEnd_;
+    RECT cell_{};
 };
 
 /// A list of choices over a cell, dropped down from the start. Typing searches the entry that
