@@ -15,23 +15,35 @@ protected:
         client.take();
     }
 
-    /// The value column, a line for each attribute.
-    static std::wstring gridValues() {
-        if (OpenClipboard(form())) {
-            EmptyClipboard();
-            CloseClipboard();
-        }
-        SetFocus(grid());
-        testinput::key('A', {VK_CONTROL});
-        testinput::key('C', {VK_CONTROL});
-        std::wstring values;
-        if (!OpenClipboard(form())) return values;
+    static std::wstring clipboardText() {
+        std::wstring text;
+        if (!OpenClipboard(form())) return text;
         if (const HANDLE data = GetClipboardData(CF_UNICODETEXT)) {
-            values = static_cast<const wchar_t*>(GlobalLock(data));
+            text = static_cast<const wchar_t*>(GlobalLock(data));
             GlobalUnlock(data);
         }
         CloseClipboard();
-        return values;
+        return text;
+    }
+
+    static void setClipboardText(std::wstring_view text) {
+        if (!OpenClipboard(form())) return;
+        EmptyClipboard();
+        const HGLOBAL memory = GlobalAlloc(GMEM_MOVEABLE, (text.size() + 1) * sizeof(wchar_t));
+        auto* const place = static_cast<wchar_t*>(GlobalLock(memory));
+        place[text.copy(place, text.size())] = 0;
+        GlobalUnlock(memory);
+        SetClipboardData(CF_UNICODETEXT, memory);
+        CloseClipboard();
+    }
+
+    /// The value column, a line for each attribute.
+    static std::wstring gridValues() {
+        setClipboardText(L"");
+        SetFocus(grid());
+        testinput::key('A', {VK_CONTROL});
+        testinput::key('C', {VK_CONTROL});
+        return clipboardText();
     }
 
     static int rowOf(FltNodeKind kind, const char* key) {
@@ -52,6 +64,26 @@ protected:
         goTo(rowOf(kind, key));
         testinput::type(value);
         testinput::key(VK_RETURN);
+    }
+
+    /// The text of the grid's cell in focus.
+    static std::wstring cell() {
+        testinput::key('C', {VK_CONTROL});
+        return clipboardText();
+    }
+
+    static HWND editor() { return GetFocus() == grid() ? nullptr : GetFocus(); }
+
+    /// The middle of an attribute's value, where its editor opens.
+    static POINT valueAt(int row) {
+        goTo(row);
+        testinput::key(VK_F2);
+        RECT area{};
+        if (editor()) GetWindowRect(editor(), &area);
+        testinput::key(VK_ESCAPE);
+        MapWindowPoints(nullptr, grid(), reinterpret_cast<POINT*>(&area), 2);
+        EXPECT_LT(area.top, area.bottom) << "attribute " << row << " has no editor";
+        return {(area.left + area.right) / 2, (area.top + area.bottom) / 2};
     }
 
     static std::string stored(INode* node, FltNodeKind kind, const char* key) {
@@ -125,6 +157,108 @@ TEST_F(BrowserProperties, EditsAreNormalisedAndShownAtOnce) {
     testinput::key(VK_RETURN);
     EXPECT_EQ(stored(lod, FltNodeKind::Lod, "FltLodMin"), "9");
     EXPECT_EQ(stored(lod, FltNodeKind::Lod, "FltLodMax"), "8");
+}
+
+TEST_F(BrowserProperties, AValueIsEditedByASecondClickAListByTheFirst) {
+    INode* const group = node(2);
+    browser().selectNode(add(root, "group", group));
+    const int number = rowOf(FltNodeKind::Group, "FltGrpSpecial1");
+    const POINT atNumber = valueAt(number);
+    const POINT atList = valueAt(rowOf(FltNodeKind::Group, "FltGrpFwdAnim"));
+    SetFocus(tree());
+    testinput::click(grid(), atNumber);
+    EXPECT_EQ(GetFocus(), grid()) << "the first click selects";
+    testinput::click(grid(), atNumber);
+    ASSERT_TRUE(editor());
+    testinput::type(L"41");
+    testinput::click(grid(), atList);
+    EXPECT_EQ(stored(group, FltNodeKind::Group, "FltGrpSpecial1"), "41") << "kept on leaving";
+    ASSERT_TRUE(editor());
+    EXPECT_TRUE(SendMessageW(editor(), CB_GETDROPPEDSTATE, 0, 0)) << "a list drops down at once";
+    EXPECT_EQ(SendMessageW(editor(), CB_GETCOUNT, 0, 0), 2);
+    testinput::key(VK_ESCAPE);
+    EXPECT_EQ(GetFocus(), grid());
+}
+
+TEST_F(BrowserProperties, TheGridStaysWhereItIsFromNodeToNode) {
+    INode* const first = node(14);
+    INode* const second = node(14);
+    const BrowserItem a = add(root, "a", first);
+    const BrowserItem b = add(root, "b", second);
+    TreeView_Expand(tree(), root, TVE_EXPAND);
+    browser().selectNode(a);
+    constexpr int kRow = 30;
+    const char* const key = fltAttrGroupFind(FltNodeKind::Dof)->descriptors[kRow].key;
+    goTo(kRow);
+    testinput::wheel(grid(), {20, 60}, -WHEEL_DELTA);
+    const int scrolled = GetScrollPos(grid(), SB_VERT);
+    ASSERT_GT(scrolled, 0) << "there is more than is shown";
+    const std::wstring former = cell();
+
+    browser().selectNode(a);
+    EXPECT_EQ(GetScrollPos(grid(), SB_VERT), scrolled) << "showing it again";
+    EXPECT_EQ(GetFocus(), tree());
+    testinput::click(tree(), middle(b));
+    EXPECT_EQ(GetScrollPos(grid(), SB_VERT), scrolled) << "showing another of its kind";
+    SetFocus(grid());
+    testinput::type(L"7");
+    testinput::key(VK_RETURN);
+    EXPECT_EQ(stored(second, FltNodeKind::Dof, key), "7") << "the focus row has stayed";
+    EXPECT_NE(stored(first, FltNodeKind::Dof, key), "7");
+    EXPECT_EQ(cell(), L"7");
+    EXPECT_EQ(GetScrollPos(grid(), SB_VERT), scrolled) << "and after an edit";
+}
+
+TEST_F(BrowserProperties, WhatTheNodeDidNotTakeIsShownAtOnce) {
+    INode* const group = node(2);
+    browser().selectNode(add(root, "group", group));
+    goTo(rowOf(FltNodeKind::Group, "FltGrpFwdAnim"));
+    const std::wstring choice = cell();
+    setClipboardText(L"no such choice");
+    testinput::key('V', {VK_CONTROL});
+    EXPECT_EQ(cell(), choice) << "a text that is none of the choices";
+    EXPECT_EQ(GetFocus(), grid()) << "the keyboard stays for the next key";
+
+    goTo(rowOf(FltNodeKind::Group, "FltGrpSpecial1"));
+    setClipboardText(L"12 apples");
+    testinput::key('V', {VK_CONTROL});
+    EXPECT_EQ(cell(), L"12");
+    testinput::key(VK_DELETE);
+    EXPECT_EQ(cell(), L"0");
+    EXPECT_EQ(GetFocus(), grid());
+
+    INode* const reference = node(63);
+    browser().selectNode(add(root, "reference", reference));
+    goTo(rowOf(FltNodeKind::XRef, "FltXRefFilename"));
+    setClipboardText(std::wstring(500, L'n'));
+    testinput::key('V', {VK_CONTROL});
+    const std::wstring kept = cell();
+    EXPECT_EQ(stored(reference, FltNodeKind::XRef, "FltXRefFilename"),
+              std::string(kept.size(), 'n'));
+    EXPECT_LT(kept.size(), 500u) << "too long a name is cut, and seen to be";
+
+    // The node's data go while its value is being edited.
+    testinput::key(VK_F2);
+    testinput::type(L"lost");
+    reference->RemoveAppDataChunk(Class_ID(0x6A3C1F07, 0x2E9D0001), 0xA10, 0);
+    reference->RemoveAppDataChunk(Class_ID(0x6A3C1F07, 0x2E9D0001), 0xA10, 1);
+    testinput::key(VK_RETURN);
+    EXPECT_EQ(cell(), kept);
+}
+
+TEST_F(BrowserProperties, ASwitchIsShownButNotEdited) {
+    INode* const chosen = node(96);
+    browser().selectNode(add(root, "switch", chosen));
+    const std::wstring values = gridValues();
+    EXPECT_EQ(std::count(values.begin(), values.end(), L'\n') + 1,
+              static_cast<std::ptrdiff_t>(fltAttrCount(*fltAttrGroupFind(FltNodeKind::Switch))));
+    EXPECT_TRUE(isEnabled(IDC_TOOL));
+    goTo(0);
+    testinput::key(VK_F2);
+    EXPECT_EQ(editor(), nullptr);
+    testinput::type(L"5");
+    testinput::key(VK_DELETE);
+    EXPECT_EQ(gridValues(), values);
 }
 
 TEST_F(BrowserProperties, GlobalEditsTheSelectedNodesOfTheKind) {

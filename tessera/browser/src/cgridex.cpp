@@ -23,13 +23,13 @@ grid::EditorKind editorOf(const FltAttrDesc& descriptor, bool readOnly) {
 
 void Hierarchy::CGridEx::Reset() {
     EndEdit(false);
+    const UpdateScope update(*this);
     SetRowCount(1);
     SetColumnCount(2);
     SetFixedRowCount(1);
     SetFixedColumnCount(1);
     SetCellText(0, kCaptionColumn, loadString(IDS_GRID_ATTRIBUTE));
     SetCellText(0, kValueColumn, loadString(IDS_GRID_VALUE));
-    Invalidate();
 }
 
 void Hierarchy::CGridEx::SizeColumns() {
@@ -40,6 +40,7 @@ void Hierarchy::CGridEx::SizeColumns() {
 
 void Hierarchy::CGridEx::ShowAttributes(const FltAttrGroup& set, bool readOnly) {
     EndEdit(false);
+    const UpdateScope update(*this);
     SetRowCount(1 + static_cast<int>(fltAttrCount(set)));
     for (int row = 1; row < RowCount(); ++row) {
         FltAttrDesc& descriptor = set.descriptors[row - 1];
@@ -52,7 +53,6 @@ void Hierarchy::CGridEx::ShowAttributes(const FltAttrGroup& set, bool readOnly) 
             SetCellData(row, column, reinterpret_cast<LPARAM>(&descriptor));
         RenewEditor(row - 1, descriptor, readOnly);
     }
-    Invalidate();
 }
 
 void Hierarchy::CGridEx::RenewEditor(int attribute, const FltAttrDesc& descriptor, bool readOnly) {

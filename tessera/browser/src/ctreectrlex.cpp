@@ -226,8 +226,9 @@ void CTreeCtrlEx::WalkVisible(const std::vector<Item*>& wanted, Visit visit) {
     const std::unordered_set<const Item*> branches(above.begin(), above.end());
     for (Item* at = model_.first(); at;) {
         if (!visit(*at)) return;
-        at = branches.count(at) != 0 && IsExpanded(*at) ? TreeModel::following(*at)
-                                                        : TreeModel::skipping(*at);
+        at = at->firstChild && branches.count(at) != 0 && IsExpanded(*at)
+                 ? TreeModel::following(*at)
+                 : TreeModel::skipping(*at);
     }
 }
 

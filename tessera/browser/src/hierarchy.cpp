@@ -345,7 +345,7 @@ bool Hierarchy::OnCommand(int id, UINT code, HWND) {
 bool Hierarchy::OnNotify(int id, NMHDR& header, LRESULT& result) {
     if (header.code == TTN_NEEDTEXTW || header.code == TTN_NEEDTEXTA) return giveToolTip(header);
     if (header.hwndFrom == tree_.Handle()) return notifyTree(header, result);
-    if (id == IDC_GRID) return notifyGrid(header);
+    if (id == IDC_GRID) return notifyGrid(header, result);
     if (id == IDC_ITEM_SPIN && header.code == UDN_DELTAPOS) {
         spin(reinterpret_cast<const NMUPDOWN&>(header).iDelta);
         result = TRUE;  // the control's own position means nothing

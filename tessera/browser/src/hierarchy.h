@@ -98,7 +98,7 @@ private:
 
     // Notifications.
     bool notifyTree(NMHDR& header, LRESULT& result);
-    bool notifyGrid(NMHDR& header);
+    bool notifyGrid(NMHDR& header, LRESULT& result);
     bool giveToolTip(NMHDR& header);
     void selectionChanged(HTREEITEM old, HTREEITEM now);
     void spreadMarks(HTREEITEM old, HTREEITEM now);
@@ -108,15 +108,16 @@ private:
     // The property side.
     void showNode(HTREEITEM item);
     void showNothing(const char* name);
-    void showName();
+    void showName(const FltAttrGroup& set);
     void showAttributes(const FltAttrGroup& set);
     void showComment(NodeHandle node);
     void storeComment();
     void reduceGrid();
-    void endEdit(int attribute, const std::string& entered);
-    bool storeValue(NodeHandle node, int attribute, const std::string& value);
-    bool storeInSelected(FltNodeKind kind, int attribute, const std::string& value);
-    void renewDependent(NodeHandle node);
+    bool endEdit(int attribute, const std::string& entered);
+    static void storeValue(NodeHandle node, FltAttrGroup& set, FltAttrDesc& descriptor,
+                           const std::string& value);
+    void storeInSelected(FltAttrGroup& set, FltAttrDesc& descriptor, const std::string& value);
+    void renewDependent(const FltAttrGroup& set);
     void showAgain(HTREEITEM item);
     void focusTree();
 

@@ -165,8 +165,9 @@ void Hierarchy::selectFromHost() {
 }
 
 void Hierarchy::spin(int step) {
-    const TreeItem* const found =
-        commandsEnabled_ && current_ && tree_.SelectedCount() > 1 ? tree_.NextSelected(current_, step >= 0) : nullptr;
+    const TreeItem* const found = commandsEnabled_ && current_ && tree_.SelectedCount() > 1
+                                      ? tree_.NextSelected(current_, step >= 0)
+                                      : nullptr;
     if (!found) {
         beep();
         return;
@@ -288,7 +289,8 @@ bool Hierarchy::rename(const TVITEMW& edited) {
          reinterpret_cast<std::uintptr_t>(text.c_str()));
     if (tree_.Find(edited.hItem)) {
         tree_.SetItemText(edited.hItem, text);
-        if (edited.hItem == current_) showName();
+        if (edited.hItem == current_)
+            if (const FltAttrGroup* set = loadAttributes(tree_.Node(current_))) showName(*set);
     }
     return true;
 }

@@ -54,62 +54,62 @@ std::optional<int> Hierarchy::searchedAttribute() {
     return focus.row - 1;
 }
 
-void Hierarchy::endEdit(int attribute, const std::string& entered) {
+// False when there is nothing that could take the value.
+bool Hierarchy::endEdit(int attribute, const std::string& entered) {
     const HTREEITEM item = current_;
     const NodeHandle node = tree_.Node(item);
-    const FltAttrGroup* const set = node ? loadAttributes(node) : nullptr;
-    const FltAttrDesc* const descriptor = set ? attributeAt(*set, attribute) : nullptr;
-    if (!descriptor) return;
-    const std::string value = normalisedValue(descriptor->type, entered);
-    const bool controlling = descriptor->controlling != 0;
-    const bool stored = global_.IsChecked() && tree_.SelectedCount() >= 2
-                            ? storeInSelected(set->kind, attribute, value)
-                            : storeValue(node, attribute, value);
-    if (controlling)
-        renewDependent(node);
-    else if (isNormalised(descriptor->type) || !stored)
-        showAgain(item);
-}
-
-bool Hierarchy::storeValue(NodeHandle node, int attribute, const std::string& value) {
-    FltAttrGroup* const set = loadAttributes(node);
+    FltAttrGroup* const set = node ? loadAttributes(node) : nullptr;
     FltAttrDesc* const descriptor = set ? attributeAt(*set, attribute) : nullptr;
     if (!descriptor) return false;
-    descriptor->value.setText(value.c_str());
-    return fltAttrStore(nodeOf(node), *set);
+    const std::string value = normalisedValue(descriptor->type, entered);
+    if (global_.IsChecked() && tree_.SelectedCount() >= 2)
+        storeInSelected(*set, *descriptor, value);
+    else
+        storeValue(node, *set, *descriptor, value);
+    // A number is shown again in any case; a text or choice only when the node has not taken it as
+    // it was entered, which the cell shows already.
+    const bool asEntered = loadAttributes(node) == set && descriptor->value.text() == entered;
+    if (descriptor->controlling != 0 && asEntered)
+        renewDependent(*set);
+    else if (isNormalised(descriptor->type) || !asEntered)
+        showAgain(item);
+    return true;
 }
 
-// Nodes of other kinds are passed over.
-bool Hierarchy::storeInSelected(FltNodeKind kind, int attribute, const std::string& value) {
+void Hierarchy::storeValue(NodeHandle node, FltAttrGroup& set, FltAttrDesc& descriptor,
+                           const std::string& value) {
+    descriptor.value.setText(value.c_str());
+    fltAttrStore(nodeOf(node), set);
+}
+
+// All nodes of a kind are worked on in the same set; those of other kinds are passed over.
+void Hierarchy::storeInSelected(FltAttrGroup& set, FltAttrDesc& descriptor,
+                                const std::string& value) {
     const CWaitCursor wait;
-    bool stored = true;
     for (const TreeItem* item : tree_.VisibleSelection())
-        if (item->node && isOfKind(item->node, kind))
-            stored = storeValue(item->node, attribute, value) && stored;
-    return stored;
+        if (item->node && loadAttributes(item->node) == &set)
+            storeValue(item->node, set, descriptor, value);
 }
 
 // The one attribute whose value decides about others is followed by the one that it decides about:
 // only that row's editor changes.
-void Hierarchy::renewDependent(NodeHandle node) {
+void Hierarchy::renewDependent(const FltAttrGroup& set) {
     constexpr int kDependent = 1;
-    const FltAttrGroup* const set = loadAttributes(node);
-    if (!set) return;
-    if (const FltAttrDesc* descriptor = attributeAt(*set, kDependent))
-        grid_->RenewEditor(kDependent, *descriptor, set->kind == FltNodeKind::Switch);
+    if (const FltAttrDesc* descriptor = attributeAt(set, kDependent))
+        grid_->RenewEditor(kDependent, *descriptor, set.kind == FltNodeKind::Switch);
 }
 
-// The edit may have ended because the user went elsewhere in the form, and stays there.
+// The user stays in the grid, or wherever it was that leaving the grid ended the edit.
 void Hierarchy::showAgain(HTREEITEM item) {
-    const HWND focus = ::GetFocus();
-    const bool elsewhere = focus && focus != grid_->Handle() && ::IsChild(Handle(), focus);
-    const BulkOperation keep(keepFocus_, keepFocus_ || elsewhere);
+    const BulkOperation keep(keepFocus_);
     showNode(item);
 }
 
-bool Hierarchy::notifyGrid(NMHDR& header) {
+bool Hierarchy::notifyGrid(NMHDR& header, LRESULT& result) {
     if (header.code != LVN_ENDLABELEDITW) return false;
-    endEdit(CGridCtrl::EditedCell(header).row - 1, CGridCtrl::EditedText(header));
+    constexpr LRESULT kRefused = -1;
+    if (!endEdit(CGridCtrl::EditedCell(header).row - 1, CGridCtrl::EditedText(header)))
+        result = kRefused;
     return true;
 }
 

@@ -32,6 +32,11 @@ std::string wholeCharacters(const CWnd& control, int units) {
     return toUtf8(text);
 }
 
+// An edit control takes some time over a new text, the same or not.
+void setTextOf(const CWnd& control, const std::string& text) {
+    if (control.Text() != text) control.SetText(text);
+}
+
 }  // namespace
 
 // Every change of the current item ends here.
@@ -55,7 +60,7 @@ void Hierarchy::showNode(HTREEITEM item) {
         showNothing("Non-OpenFlight Selection");
         return;
     }
-    showName();
+    showName(*set);
     showAttributes(*set);
     comment_.Enable();
     showComment(found->node);
@@ -64,17 +69,15 @@ void Hierarchy::showNode(HTREEITEM item) {
 }
 
 void Hierarchy::showNothing(const char* name) {
-    name_.SetText(name);
+    setTextOf(name_, name);
     showComment(0);
     reduceGrid();
     focusTree();
     editSwitch(false, nullptr);
 }
 
-void Hierarchy::showName() {
-    const FltAttrGroup* const set = loadAttributes(tree_.Node(current_));
-    if (!set) return;
-    name_.SetText(std::string(set->caption ? set->caption : "") + ":" + tree_.ItemText(current_));
+void Hierarchy::showName(const FltAttrGroup& set) {
+    setTextOf(name_, std::string(set.caption ? set.caption : "") + ":" + tree_.ItemText(current_));
 }
 
 // Gives the keyboard to the tree, but takes it from nobody else's window while the form is hidden.
@@ -86,7 +89,7 @@ void Hierarchy::focusTree() {
 void Hierarchy::showComment(NodeHandle node) {
     std::string text;
     if (node) fltGetComment(nodeOf(node), text);
-    comment_.SetText(withLineEnds(text));
+    setTextOf(comment_, withLineEnds(text));
     comment_.Enable(node != 0);
     shownComment_ = wholeCharacters(comment_, kLongestComment);
 }

@@ -73,7 +73,11 @@ bool TreeModel::isWithin(const TreeItem& item, const TreeItem& ancestor) {
 std::vector<TreeItem*> TreeModel::ancestorsBottomUp(const std::vector<TreeItem*>& items) {
     std::unordered_set<const TreeItem*> seen;
     std::vector<TreeItem*> ancestors;
+    const TreeItem* latest = nullptr;
     for (const TreeItem* item : items) {
+        // Siblings often follow each other.
+        if (item->parent == latest) continue;
+        latest = item->parent;
         const auto start = static_cast<std::ptrdiff_t>(ancestors.size());
         for (TreeItem* at = item->parent; at && seen.insert(at).second; at = at->parent)
             ancestors.push_back(at);
