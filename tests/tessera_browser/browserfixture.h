@@ -1,13 +1,14 @@
 // A form of the browser in the built module, with a client that writes down what it is sent.
 #pragma once
 
+#include "moduleexports.h"
+
 #include <fltkilnutil/kilnflt.h>
 #include <framework/win32.h>
 #include <input.h>
 #include <kiln/host/core.h>
 #include <kiln/kiln.h>
 #include <resources/resource.h>
-#include <tessera/browserexports.h>
 #include <windowsx.h>
 
 #include <gtest/gtest.h>
@@ -31,23 +32,6 @@ struct Sent {
     friend bool operator==(const Sent&, const Sent&) = default;
 };
 void PrintTo(const Sent& sent, std::ostream* out);
-
-/// The module's exports, found by name.
-struct Exports {
-    decltype(&_zufltguicreate) create;
-    decltype(&_zufltguishow) show;
-    decltype(&_zufltguidestroy) destroy;
-    decltype(&_zufltguiaddnode) addNode;
-    decltype(&_zufltguidelnode) delNode;
-    decltype(&_zufltguidelchildren) delChildren;
-    decltype(&_zufltguinode2hdl) nodeOf;
-    decltype(&_zufltguiselectnode) selectNode;
-    decltype(&zufltguirefresh) refresh;
-    decltype(&zufltguiSceneChanged) sceneChanged;
-    decltype(&zufltguiresetpos) resetPos;
-    decltype(&zufltguisettitle) setTitle;
-};
-const Exports& browser();
 
 /// The client's memory. Handshakes are answered and not written down.
 class Client {

@@ -1,0 +1,144 @@
+// The grid control by itself: what 100,000 rows cost in memory, and that scrolling through them
+// costs what is in view.
+#include "windowbench.h"
+
+#include <framework/text.h>
+#include <grid/cgridctrl.h>
+#include <input.h>
+
+#include <malloc.h>
+
+#include <cstdlib>
+#include <new>
+#include <stdexcept>
+
+namespace {
+
+// Bytes that are allocated now, by this program's own code.
+std::size_t allocated = 0;
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    void* const memory = std::malloc(size ? size : 1);
+    if (!memory) throw std::bad_alloc();
+    allocated += ::_msize(memory);
+    return memory;
+}
+
+void operator delete(void* memory) noexcept {
+    if (memory) allocated -= ::_msize(memory);
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    operator delete(memory);
+}
+
+namespace bench {
+namespace {
+
+constexpr int kFew = 100;
+constexpr int kMany = 100000;
+constexpr int kColumns = 2;
+// The cell itself, and a share of the heading row.
+constexpr double kMostCellBytes = 24.01;
+constexpr double kMostOfFew = 1.3;
+
+class GridWindow : public CGridCtrl {
+public:
+    GridWindow() {
+        RegisterGridClass();
+        const RECT area{50, 50, 450, 650};
+        if (!Create(area, nullptr, 0, WS_POPUP | WS_VISIBLE | WS_BORDER))
+            throw std::runtime_error("the grid could not be created");
+        SetColumnCount(kColumns);
+        SetFixedColumnCount(1);
+        SetFixedRowCount(1);
+        testinput::activate(Handle());
+    }
+
+    void Fill(int rows) {
+        const UpdateScope update(*this);
+        SetRowCount(rows + 1);
+        for (int row = 1; row <= rows; ++row) {
+            const std::string number = std::to_string(row);
+            SetCellText(row, 0, std::string("caption ").append(number));
+            SetCellText(row, 1, std::string("value ").append(number));
+        }
+        ExpandColumnsToFit();
+    }
+};
+
+/// How many texts one view of the grid draws: each filled cell is one.
+int cellsDrawn(const CGridCtrl& grid) {
+    const HDC recorder = ::CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr);
+    grid.Send(WM_PRINTCLIENT, reinterpret_cast<WPARAM>(recorder), PRF_CLIENT);
+    const HENHMETAFILE recorded = ::CloseEnhMetaFile(recorder);
+    int count = 0;
+    const auto countTexts = [](HDC, HANDLETABLE*, const ENHMETARECORD* record, int,
+                               LPARAM texts) -> int {
+        const auto* const text = reinterpret_cast<const EMREXTTEXTOUTW*>(record);
+        if (record->iType == EMR_EXTTEXTOUTW && text->emrtext.nChars > 0)
+            ++*reinterpret_cast<int*>(texts);
+        return 1;
+    };
+    ::EnumEnhMetaFile(nullptr, recorded, countTexts, &count, nullptr);
+    ::DeleteEnhMetaFile(recorded);
+    return count;
+}
+
+/// From the first row to the last in equal steps, each painted.
+double millisecondsPerScroll(GridWindow& grid) {
+    constexpr int kSteps = 200;
+    std::vector<double> times;
+    for (int step = 0; step < kSteps; ++step) {
+        const int row =
+            1 + static_cast<int>(static_cast<long long>(step) * grid.RowCount() / kSteps);
+        // Every step must have something to paint.
+        grid.SetTopRow(step % 2 == 0 ? row : 1);
+        grid.Invalidate(false);
+        times.push_back(millisecondsOf([&] {
+            grid.Update();
+            ::GdiFlush();
+        }));
+        testinput::pump();
+    }
+    return fastest(times);
+}
+
+double bytesPerCell(std::size_t before, int rows) {
+    return static_cast<double>(allocated - before) / (static_cast<double>(rows) * kColumns);
+}
+
+}  // namespace
+
+void gridControl() {
+    GridWindow few;
+    few.Fill(kFew);
+    const double scrollFew = millisecondsPerScroll(few);
+    const int drawnFew = cellsDrawn(few);
+    few.DestroyWindow();
+
+    GridWindow many;
+    const std::size_t before = allocated;
+    many.SetRowCount(kMany + 1);
+    reportWithin(kMostCellBytes, "100,000 rows: memory of an empty cell",
+                 bytesPerCell(before, kMany), "bytes");
+    report("100,000 rows: filling", millisecondsOf([&] { many.Fill(kMany); }), "ms");
+    report("100,000 rows: memory of a cell with about 14 characters", bytesPerCell(before, kMany),
+           "bytes");
+    report("100,000 rows: fitting a column to its contents",
+           millisecondsOf([&] { many.AutoSizeColumn(1); }), "ms");
+    many.ExpandColumnsToFit();
+
+    const double scrollMany = millisecondsPerScroll(many);
+    report("100,000 rows: painting after a scroll", scrollMany, "ms");
+    reportWithin(kMostOfFew, "the same / the same with 100 rows", scrollMany / scrollFew, "times");
+    const int drawnMany = cellsDrawn(many);
+    report("100,000 rows: cells drawn for a view", drawnMany, "cells");
+    reportWithin(1, "the same / the same with 100 rows",
+                 static_cast<double>(drawnMany) / static_cast<double>(drawnFew), "times");
+}
+
+}  // namespace bench

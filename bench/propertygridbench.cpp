@@ -1,0 +1,169 @@
+// The property grid: a global edit against the bare loop over the attribute store, and how long it
+// takes to show another node.
+#include "windowbench.h"
+
+#include <fltkilnutil/fltattr.h>
+#include <fltkilnutil/kilnflt.h>
+#include <input.h>
+#include <moduleexports.h>
+#include <resources/resource.h>
+
+#include <stdexcept>
+#include <utility>
+
+namespace bench {
+namespace {
+
+using tessera::BrowserItem;
+
+constexpr int kNodes = 10000;
+constexpr double kMostOfBareLoop = 1.3;
+constexpr double kMostToShow = 5;  // milliseconds
+
+struct Edited {
+    const char* name;
+    FltNodeKind kind;
+    const char* key;
+};
+
+constexpr Edited kEdited[] = {
+    {"object", FltNodeKind::Object, "FltObjRelPriority"},
+    {"group", FltNodeKind::Group, "FltGrpRelPriority"},
+    {"degree of freedom", FltNodeKind::Dof, "FltDofTxMin"},
+};
+
+void require(bool holds, const char* otherwise) {
+    if (!holds) throw std::runtime_error(otherwise);
+}
+
+FltAttrDesc& rowOf(FltNodeKind kind, const char* key) {
+    FltAttrDesc* const row = fltAttrFindRow(kind, key);
+    require(row != nullptr, "there is no such attribute");
+    return *row;
+}
+
+std::vector<INode*> fill(const Form& form, FltNodeKind kind) {
+    std::vector<INode*> nodes;
+    std::vector<BrowserItem> items;
+    ::SendMessageW(form.tree(), WM_SETREDRAW, FALSE, 0);
+    const BrowserItem root = form.add(nullptr, "root", form.node(0));
+    for (int i = 0; i < kNodes; ++i) {
+        nodes.push_back(form.node(static_cast<int>(kind)));
+        items.push_back(form.add(root, "node", nodes.back()));
+    }
+    TreeView_Expand(form.tree(), root, TVE_EXPAND);
+    browser().selectNode(items.front());
+    for (const BrowserItem item : items)
+        TreeView_SetItemState(form.tree(), item, TVIS_SELECTED, TVIS_SELECTED);
+    ::SendMessageW(form.tree(), WM_SETREDRAW, TRUE, 0);
+    form.paint();
+    return nodes;
+}
+
+double bareLoop(const std::vector<INode*>& nodes, FltAttrDesc& row, const char* value) {
+    return millisecondsOf([&] {
+        for (INode* const node : nodes) {
+            FltAttrGroup* const set = fltAttrLoad(node, kFltRevision);
+            row.value.setText(value);
+            require(set && fltAttrStore(node, *set), "a node could not be stored");
+        }
+    });
+}
+
+/// Types the value into the grid's focus cell; what counts is the time from Enter on.
+double editByKeyboard(const Form& form, const wchar_t* value) {
+    ::SetFocus(form.grid());
+    testinput::key(VK_F2);
+    testinput::type(value);
+    const HWND editor = ::GetFocus();
+    require(editor != form.grid(), "no editor has opened");
+    return millisecondsOf([&] { ::SendMessageW(editor, WM_KEYDOWN, VK_RETURN, 0); });
+}
+
+void globalEdit(const Edited& edited) {
+    const Form form;
+    const std::vector<INode*> nodes = fill(form, edited.kind);
+    FltAttrDesc& row = rowOf(edited.kind, edited.key);
+    ::CheckDlgButton(form.handle(), IDC_GLOBAL, BST_CHECKED);
+    ::SetFocus(form.grid());
+    testinput::key(VK_HOME, {VK_CONTROL});
+    for (const FltAttrDesc* at = fltAttrGroupFind(edited.kind)->descriptors; at != &row; ++at)
+        testinput::key(VK_DOWN);
+
+    std::vector<double> bare;
+    std::vector<double> typed;
+    constexpr std::pair<const char*, const wchar_t*> kValues[] = {
+        {"3", L"4"}, {"5", L"6"}, {"7", L"8"}, {"1", L"2"}, {"9", L"3"}, {"4", L"5"},
+        {"2", L"7"}, {"6", L"1"}, {"8", L"9"}, {"5", L"3"}, {"1", L"6"}, {"7", L"2"}};
+    for (const auto& [first, second] : kValues) {
+        bare.push_back(bareLoop(nodes, row, first));
+        typed.push_back(editByKeyboard(form, second));
+        require(fltAttrLoad(nodes.back(), kFltRevision) && row.value.text()[0] == second[0],
+                "the edit did not reach the last node");
+    }
+    const std::string what = std::to_string(kNodes).append(" nodes, ").append(edited.name);
+    report(std::string(what).append(": load and store"), fastest(bare), "ms");
+    report(std::string(what).append(": global edit of one row"), fastest(typed), "ms");
+    reportWithin(kMostOfBareLoop, std::string(what).append(": edit / load and store"),
+                 fastest(typed) / fastest(bare), "times");
+}
+
+constexpr std::pair<FltNodeKind, const char*> kShown[] = {
+    {FltNodeKind::Header, "header"},          {FltNodeKind::Group, "group"},
+    {FltNodeKind::Object, "object"},          {FltNodeKind::Face, "face"},
+    {FltNodeKind::Dof, "degree of freedom"},  {FltNodeKind::Lod, "level of detail"},
+    {FltNodeKind::Switch, "switch"},          {FltNodeKind::LightSource, "light source"},
+    {FltNodeKind::LightPoint, "light point"},
+};
+
+/// Selects one node after the other in a tree of many, from kind to kind, every second one with a
+/// comment. It is shown once name, comment and grid are painted; what the tree control takes to
+/// paint itself is stated apart.
+void showing() {
+    const Form form;
+    constexpr int kKinds = static_cast<int>(std::size(kShown));
+    constexpr int kSteps = 30 * kKinds;
+    std::vector<INode*> nodes;
+    std::vector<BrowserItem> items;
+    ::SendMessageW(form.tree(), WM_SETREDRAW, FALSE, 0);
+    const BrowserItem root = form.add(nullptr, "root", form.node(0));
+    for (int i = 0; i < kNodes; ++i) {
+        nodes.push_back(form.node(static_cast<int>(kShown[i % kKinds].first)));
+        if (i % 2 == 0) fltPutComment(nodes.back(), std::string("注释 ").append(std::to_string(i)));
+        items.push_back(form.add(root, "node", nodes.back()));
+    }
+    TreeView_Expand(form.tree(), root, TVE_EXPAND);
+    ::SendMessageW(form.tree(), WM_SETREDRAW, TRUE, 0);
+    browser().selectNode(root);
+    form.paint();
+
+    std::vector<double> shown[kKinds];
+    std::vector<double> loaded[kKinds];
+    std::vector<double> treePainted;
+    for (int i = 0; i < kSteps; ++i) {
+        const auto at = static_cast<size_t>(i);
+        loaded[i % kKinds].push_back(millisecondsOf([&] { fltAttrLoad(nodes[at], kFltRevision); }));
+        shown[i % kKinds].push_back(millisecondsOf([&] {
+            browser().selectNode(items[at]);
+            for (const int id : {IDC_NAME, IDC_COMMENT, IDC_GRID}) ::UpdateWindow(form.control(id));
+            ::GdiFlush();
+        }));
+        treePainted.push_back(millisecondsOf([&] { form.paint(); }));
+        testinput::pump();
+    }
+    for (int kind = 0; kind < kKinds; ++kind) {
+        const std::string name = kShown[kind].second;
+        reportWithin(kMostToShow, std::string("showing a ").append(name).append(", beyond loading"),
+                     fastest(shown[kind]) - fastest(loaded[kind]), "ms");
+    }
+    report("the tree control's own painting after each", fastest(treePainted), "ms");
+}
+
+}  // namespace
+
+void propertyGrid() {
+    for (const Edited& edited : kEdited) globalEdit(edited);
+    showing();
+}
+
+}  // namespace bench
