@@ -29,6 +29,7 @@ struct Question {
     std::string_view suggestion;
     DWORD flags;
     BOOL(WINAPI* ask)(OPENFILENAMEW*);
+    std::size_t* filter;
 };
 
 std::optional<std::string> askFile(const Question& question) {
@@ -43,12 +44,14 @@ std::optional<std::string> askFile(const Question& question) {
     dialog.lStructSize = sizeof dialog;
     dialog.hwndOwner = question.owner;
     dialog.lpstrFilter = filters.c_str();
+    if (question.filter) dialog.nFilterIndex = static_cast<DWORD>(*question.filter) + 1;
     dialog.lpstrFile = path.data();
     dialog.nMaxFile = static_cast<DWORD>(path.size());
     dialog.lpstrTitle = title.empty() ? nullptr : title.c_str();
     dialog.lpstrDefExt = extension.empty() ? nullptr : extension.c_str();
     dialog.Flags = question.flags | OFN_EXPLORER | OFN_NOCHANGEDIR | OFN_HIDEREADONLY;
     if (!question.ask(&dialog)) return std::nullopt;
+    if (question.filter && dialog.nFilterIndex > 0) *question.filter = dialog.nFilterIndex - 1;
     return toUtf8(path.c_str());
 }
 
@@ -56,12 +59,13 @@ std::optional<std::string> askFile(const Question& question) {
 
 std::optional<std::string> askOpenFile(HWND owner, std::string_view title,
                                        const std::vector<FileFilter>& filters) {
-    return askFile({owner, title, filters, {}, {}, OFN_FILEMUSTEXIST, ::GetOpenFileNameW});
+    return askFile({owner, title, filters, {}, {}, OFN_FILEMUSTEXIST, ::GetOpenFileNameW, nullptr});
 }
 
 std::optional<std::string> askSaveFile(HWND owner, std::string_view title,
                                        const std::vector<FileFilter>& filters,
-                                       std::string_view extension, std::string_view suggestion) {
+                                       std::string_view extension, std::string_view suggestion,
+                                       std::size_t* filter) {
     return askFile({owner, title, filters, extension, suggestion,
-                    OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST, ::GetSaveFileNameW});
+                    OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST, ::GetSaveFileNameW, filter});
 }

@@ -58,8 +58,8 @@ struct Core::Impl final : Interface, IUtil, SceneListener {
     void sceneNotifies(int code, void* parameter) override;
     void sceneNodeInvalidated(Node* node) override;
 
-    /// Shows `next` instead of the present scene.
-    void replaceScene(std::unique_ptr<Scene> next);
+    /// Shows `next` instead of the present scene, which it gives.
+    std::unique_ptr<Scene> replaceScene(std::unique_ptr<Scene> next);
 
     std::shared_ptr<MakerRegistry> makers;
     SceneNameMaker nodeNames;  // of nodes that nobody has named

@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <new>
+#include <type_traits>
 #include <vector>
 
 #include "coreimpl.h"
+#include "modified.h"
 #include "text.h"
 
 namespace kiln {
@@ -18,6 +20,7 @@ public:
     explicit Report(const ProgressFunction& progress) : progress_(progress) {}
 
     void Error(const char* message) override { error = message ? message : ""; }
+    void Cause(ImpExpCause why) override { cause = why; }
     void Summary(const char* line) override { summary = line ? line : ""; }
     bool Progress(double fraction, const char* what) override {
         if (!cancelled_ && progress_)
@@ -28,6 +31,7 @@ public:
 
     std::string error;
     std::string summary;
+    ImpExpCause cause = ImpExpCause::kOther;
 
 private:
     const ProgressFunction& progress_;
@@ -58,8 +62,12 @@ std::vector<FileKind> kindsOf(SClass_ID superClass) {
     for (ClassDesc* const one : classesOf(superClass)) {
         const Made<T> object = create<T>(one);
         if (!object) continue;
-        FileKind kind{one, object->ShortDesc(), {}};
+        FileKind kind{one, object->ShortDesc(), {}, {}};
         for (int i = 0; i < object->ExtCount(); ++i) kind.extensions.emplace_back(object->Ext(i));
+        if constexpr (std::is_same_v<T, SceneExport>) {
+            for (int i = 0; i < object->VersionCount(); ++i)
+                kind.versions.push_back({object->Version(i), object->VersionName(i)});
+        }
         kinds.push_back(std::move(kind));
     }
     return kinds;
@@ -82,11 +90,11 @@ Made<T> handlerFor(const std::string& path, SClass_ID superClass) {
 ImportResult resultOf(int code, const Report& report, const char* failure) {
     switch (code) {
         case IMPEXP_SUCCESS:
-            return {code, report.summary};
+            return {code, report.summary, ImpExpCause::kOther};
         case IMPEXP_CANCEL:
-            return {code, "cancelled"};
+            return {code, "cancelled", ImpExpCause::kOther};
         default:
-            return {IMPEXP_FAIL, report.error.empty() ? failure : report.error};
+            return {IMPEXP_FAIL, report.error.empty() ? failure : report.error, report.cause};
     }
 }
 
@@ -133,7 +141,9 @@ ImportResult Core::importFile(const std::string& path, const ProgressFunction& p
     const auto importer = handlerFor<SceneImport>(path, SCENE_IMPORT_CLASS_ID);
     if (!importer)
         return {IMPEXP_FAIL,
-                path + ": no plug-in imports files of type \"" + extensionOf(path) + "\""};
+                path + ": no plug-in imports files of type \"" + extensionOf(path) + "\"",
+                ImpExpCause::kOther};
+    const bool wasModified = sceneModified();
     Report report(progress);
     Scene* const scene = impl_->scene.get();
     Rollback rollback(*scene);
@@ -142,12 +152,33 @@ ImportResult Core::importFile(const std::string& path, const ProgressFunction& p
         code = importer->DoImport(path.c_str(), report, impl_);
     } catch (const std::bad_alloc&) {
         report.Error("there is not enough memory");
+        report.Cause(ImpExpCause::kOutOfMemory);
     } catch (...) {
         report.Error("the importer failed unexpectedly");
     }
-    if (code != IMPEXP_SUCCESS && impl_->scene.get() == scene) rollback.run();
+    if (code != IMPEXP_SUCCESS && impl_->scene.get() == scene) {
+        rollback.run();
+        setSceneModified(wasModified);
+    }
     impl_->sceneNotifies(NOTIFY_IMPORT_ENDED, const_cast<char*>(path.c_str()));
     return resultOf(code, report, "the file could not be imported");
+}
+
+ImportResult Core::openImported(const std::string& path, const ProgressFunction& progress) {
+    if (impl_->scene->deleting())
+        return {IMPEXP_FAIL, "the scene is being changed", ImpExpCause::kOther};
+    const bool wasModified = sceneModified();
+    const auto show = [this](std::unique_ptr<Scene> next) {
+        impl_->sceneNotifies(NOTIFY_SCENE_PRE_CLEAR, nullptr);
+        std::unique_ptr<Scene> former = impl_->replaceScene(std::move(next));
+        impl_->sceneNotifies(NOTIFY_SCENE_NEW, nullptr);
+        return former;
+    };
+    std::unique_ptr<Scene> former = show(std::make_unique<Scene>());
+    ImportResult result = importFile(path, progress);
+    if (!result.ok()) show(std::move(former));
+    setSceneModified(!result.ok() && wasModified);
+    return result;
 }
 
 ImportResult Core::exportFile(const std::string& path, DWORD options,
@@ -155,13 +186,15 @@ ImportResult Core::exportFile(const std::string& path, DWORD options,
     const auto exporter = handlerFor<SceneExport>(path, SCENE_EXPORT_CLASS_ID);
     if (!exporter)
         return {IMPEXP_FAIL,
-                path + ": no plug-in exports files of type \"" + extensionOf(path) + "\""};
+                path + ": no plug-in exports files of type \"" + extensionOf(path) + "\"",
+                ImpExpCause::kOther};
     Report report(progress);
     int code = IMPEXP_FAIL;
     try {
         code = exporter->DoExport(path.c_str(), report, impl_, options);
     } catch (const std::bad_alloc&) {
         report.Error("there is not enough memory");
+        report.Cause(ImpExpCause::kOutOfMemory);
     } catch (...) {
         report.Error("the exporter failed unexpectedly");
     }

@@ -45,9 +45,10 @@ Core::Impl::~Impl() {
     makers->sceneReplaced(nullptr);
 }
 
-void Core::Impl::replaceScene(std::unique_ptr<Scene> next) {
+std::unique_ptr<Scene> Core::Impl::replaceScene(std::unique_ptr<Scene> next) {
     next->show(*this, *makers);
     scene.swap(next);
+    return next;
 }
 
 INode* Core::Impl::GetRootNode() {

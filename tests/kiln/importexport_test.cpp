@@ -16,7 +16,7 @@ struct SampleImport : SceneImport {
     const char* ShortDesc() override { return "Sample scene"; }
     int DoImport(const char* path, ImpExpReport& report, Interface* ip) override {
         INode* const made = ip->CreateObjectNode(new DummyObject, "new");
-        ip->GetINodeByName("old parent")->AttachChild(made);
+        if (INode* const parent = ip->GetINodeByName("old parent")) parent->AttachChild(made);
         made->AttachChild(ip->GetINodeByName("old child"));
         ip->CreateObjectNode(new DummyObject, "new too");
         ip->AddTexmap(new BitmapTex);
@@ -25,6 +25,7 @@ struct SampleImport : SceneImport {
         if (end == End::kThrow) throw std::runtime_error("broken");
         if (end == End::kSuccess) return IMPEXP_SUCCESS;
         report.Error("byte 12 is wrong");
+        report.Cause(ImpExpCause::kVersion);
         return IMPEXP_FAIL;
     }
 };
@@ -75,17 +76,45 @@ TEST_F(ImportTest, TakesEverythingBackAfterAFailure) {
     };
     for (const auto& [end, message] : ends) {
         SampleImport::end = end;
+        core.setModified(false);
         const bool cancel = end == End::kCancelled;
         const kiln::ImportResult result =
             core.importFile("a.smp", [&](double, const char*) { return !cancel; });
         EXPECT_EQ(result.code, cancel ? IMPEXP_CANCEL : IMPEXP_FAIL);
         EXPECT_EQ(result.message, message);
+        EXPECT_EQ(result.cause == ImpExpCause::kVersion, end == End::kFail);
+        EXPECT_FALSE(core.isModified());
         EXPECT_EQ(host.GetNodeCount(), 2);
         EXPECT_EQ(host.GetTexmapCount(), 0);
         INode* const child = host.GetINodeByName("old child");
         ASSERT_NE(child, nullptr) << "what was there before stays, wherever it had been put";
         EXPECT_EQ(child->GetNodeTM(0).GetTrans(), (Point3{1, 2, 3}));
     }
+}
+
+TEST_F(ImportTest, OpensAFileInPlaceOfTheSceneOrLeavesTheSceneAlone) {
+    INode* const child = host.GetINodeByName("old child");
+    host.SelectNode(child);
+    for (const bool wasModified : {true, false}) {
+        core.setModified(wasModified);
+        SampleImport::end = SampleImport::End::kFail;
+        EXPECT_EQ(core.openImported("a.smp").message, "byte 12 is wrong");
+        EXPECT_TRUE(host.IsNodeInScene(child));
+        EXPECT_EQ(host.GetSelNode(0), child);
+        EXPECT_EQ(host.GetNodeCount(), 2);
+        EXPECT_EQ(core.isModified(), wasModified);
+    }
+    EXPECT_FALSE(core.openImported("a.xyz").ok());
+    EXPECT_TRUE(host.IsNodeInScene(child));
+
+    SampleImport::end = SampleImport::End::kSuccess;
+    EXPECT_TRUE(core.openImported("a.smp").ok());
+    EXPECT_FALSE(host.IsNodeInScene(child));
+    EXPECT_NE(host.GetINodeByName("new"), nullptr);
+    EXPECT_EQ(host.GetINodeByName("old parent"), nullptr);
+    EXPECT_EQ(host.GetTexmapCount(), 1);
+    EXPECT_EQ(host.GetSelNodeCount(), 0);
+    EXPECT_FALSE(core.isModified());
 }
 
 }  // namespace

@@ -10,6 +10,17 @@ inline constexpr int IMPEXP_FAIL = 0;
 inline constexpr int IMPEXP_SUCCESS = 1;
 inline constexpr int IMPEXP_CANCEL = 2;
 
+/// Why an import or export failed, as far as the host has words of its own for it.
+enum class ImpExpCause {
+    kOther,
+    kUnreadable,  ///< the file is not there or cannot be opened or read
+    kTruncated,   ///< the file ends too early
+    kDamaged,     ///< what the file says cannot be
+    kVersion,     ///< a version of the format that is not known
+    kUnwritable,  ///< the file cannot be made or written
+    kOutOfMemory,
+};
+
 /// How an import or export tells the host about itself. All texts are UTF-8 and copied.
 class ImpExpReport {
 public:
@@ -17,6 +28,9 @@ public:
 
     /// Why it failed, in one sentence for the user. The last call counts.
     virtual void Error(const char* message) = 0;
+    /// What kind of failure that is; the host then says it in its user's language too. The last
+    /// call counts.
+    virtual void Cause(ImpExpCause cause) { (void)cause; }
     /// One line on what was read or written. The last call counts.
     virtual void Summary(const char* line) = 0;
     /// How far it is, 0 to 1, and with what; gives false once the user wants to cancel. Cheap
@@ -58,6 +72,12 @@ public:
     virtual const char* Ext(int index) = 0;
     virtual const char* ShortDesc() = 0;
     virtual const char* LongDesc() { return ShortDesc(); }
+    /// The versions of the format that a user may choose from, newest first, as
+    /// `SCENE_EXPORT_VERSION_SHIFT` takes them; none when there is no choice.
+    virtual int VersionCount() { return 0; }
+    virtual DWORD Version(int index) { return (void)index, 0; }
+    /// "15.8": what the user calls it.
+    virtual const char* VersionName(int index) { return (void)index, ""; }
     /// Writes the scene to `path` (UTF-8). After anything but success a file that was there before
     /// must be as it was.
     virtual int DoExport(const char* path, ImpExpReport& report, Interface* ip, DWORD options) = 0;

@@ -153,10 +153,9 @@ void WorkbenchApp::loadPlugins(const std::string& folder) {
 void WorkbenchApp::openAtStart(const Options& options) {
     if (!options.file.empty()) {
         const std::string path = absolutePath(options.file);
-        std::string summary;
-        const kiln::Status status = window_->files().openFile(path, summary);
-        if (!status.ok())
-            window_->files().showFailure("The file could not be opened.", path, status.message());
+        const kiln::ImportResult result = window_->files().openFile(path);
+        if (!result.ok() && result.code != IMPEXP_CANCEL)
+            window_->files().showFailure("无法打开文件。", path, result);
     }
     if (!options.utility.empty() && !window_->panel().pressUtility(options.utility))
         window_->print("-- there is no utility named \"" + options.utility + "\"");

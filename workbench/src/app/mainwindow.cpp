@@ -34,10 +34,16 @@ constexpr BYTE kPlain = FVIRTKEY, kCtrl = FVIRTKEY | FCONTROL, kShift = FVIRTKEY
 
 // Keys that nobody types into a field; they work wherever the focus is.
 ACCEL kFileKeys[] = {
-    {kCtrl, 'N', CMD_FILE_NEW},    {kCtrl, 'O', CMD_FILE_OPEN},
-    {kCtrl, 'S', CMD_FILE_SAVE},   {kCtrl | FSHIFT, 'S', CMD_FILE_SAVE_AS},
-    {kCtrl, 'I', CMD_FILE_IMPORT}, {kCtrl, 'E', CMD_FILE_EXPORT},
-    {kCtrl, 'R', CMD_SCRIPT_RUN},  {kCtrl | FSHIFT, 'R', CMD_SCRIPT_RUN_AGAIN},
+    {kCtrl, 'N', CMD_FILE_NEW},
+    {kCtrl, 'O', CMD_FILE_OPEN},
+    {kCtrl, 'S', CMD_FILE_SAVE},
+    {kCtrl | FSHIFT, 'S', CMD_FILE_SAVE_AS},
+    {kCtrl, 'I', CMD_FILE_IMPORT},
+    {kCtrl, 'E', CMD_FILE_EXPORT},
+    {kCtrl | FSHIFT, 'E', CMD_FILE_EXPORT_SELECTED},
+    {kCtrl, 'R', CMD_SCRIPT_RUN},
+    {kCtrl | FSHIFT, 'R', CMD_SCRIPT_RUN_AGAIN},
+    {kPlain, VK_F8, CMD_VIEW_FRAME_RATE},
 };
 // Keys that mean something else where text is edited.
 ACCEL kSceneKeys[] = {
@@ -61,13 +67,21 @@ ACCEL kSceneKeys[] = {
     {kPlain, 'G', CMD_VIEW_GRID},
 };
 
+// Where the list of recent files is kept; empty when the user has no such place.
+std::string recentList() {
+    wchar_t folder[MAX_PATH];
+    const DWORD length = ::GetEnvironmentVariableW(L"APPDATA", folder, MAX_PATH);
+    if (length == 0 || length >= MAX_PATH) return {};
+    return toUtf8(folder) + "\\Workbench\\recent.txt";
+}
+
 }  // namespace
 
 MainWindow::MainWindow(kiln::Core& core)
     : core_(core),
       host_(core.hostInterface()),
       scriptLine_(host_),
-      files_(*this, core, *this),
+      files_(*this, core, *this, recentList()),
       scripts_(*this, scriptLine_, [this](const std::string& line) { print(line); }),
       viewport_(*this) {
     script::addAttributeVerbs(scriptLine_.engine());
@@ -288,6 +302,7 @@ void MainWindow::noteChange(const NotifyInfo& change) {
 }
 
 const SceneModel& MainWindow::sceneToDraw() {
+    if (busy_) return feed_.model();
     if (sceneStale_) {
         feed_.build(host_);
         sceneStale_ = selectionStale_ = false;
@@ -336,7 +351,7 @@ bool MainWindow::selectTallest() {
 }
 
 void MainWindow::onHover(ItemIndex item) {
-    const INode* node = sceneStale_ ? nullptr : feed_.nodeOf(item);
+    const INode* node = sceneStale_ || busy_ ? nullptr : feed_.nodeOf(item);
     status_.setText(StatusBar::kMessage, node ? node->GetName() : prompt_);
 }
 
@@ -385,17 +400,18 @@ void MainWindow::refreshTitle() {
 
 void MainWindow::refreshStatus() {
     const SceneCounts& counts = feed_.counts();
-    std::string nodes = counted(static_cast<std::size_t>(counts.nodes), "node", "nodes");
+    std::string nodes = grouped(static_cast<std::size_t>(counts.nodes)) + " 个节点";
     if (counts.hidden > 0)
-        nodes += " (" + grouped(static_cast<std::size_t>(counts.hidden)) + " hidden)";
+        nodes += "（隐藏 " + grouped(static_cast<std::size_t>(counts.hidden)) + "）";
     status_.setText(StatusBar::kNodes, nodes);
-    status_.setText(StatusBar::kFaces, counted(counts.faces, "face", "faces"));
+    status_.setText(StatusBar::kFaces, grouped(counts.faces) + " 个面");
     const int selected = host_.GetSelNodeCount();
-    std::string selection = "Nothing selected";
-    if (selected == 1) selection = std::string("Selected: ") + host_.GetSelNode(0)->GetName();
-    if (selected > 1) selection = counted(static_cast<std::size_t>(selected), "", "nodes selected");
+    std::string selection = "未选择";
+    if (selected == 1) selection = std::string("已选择：") + host_.GetSelNode(0)->GetName();
+    if (selected > 1)
+        selection = "已选择 " + grouped(static_cast<std::size_t>(selected)) + " 个节点";
     status_.setText(StatusBar::kSelection, selection);
-    status_.setText(StatusBar::kTime, "Time " + std::to_string(host_.GetTime()));
+    status_.setText(StatusBar::kTime, "时间 " + std::to_string(host_.GetTime()));
 }
 
 void MainWindow::refreshMenu() {
@@ -411,15 +427,37 @@ void MainWindow::refreshMenu() {
     enable(CMD_EDIT_SELECT_INVERT, any);
     enable(CMD_FILE_IMPORT, !core_.importKinds().empty());
     enable(CMD_SCRIPT_RUN_AGAIN, scripts_.hasRun());
-    enable(CMD_FILE_EXPORT, !core_.exportKinds().empty());
+    const bool exports = any && !core_.exportKinds().empty();
+    enable(CMD_FILE_EXPORT, exports);
+    enable(CMD_FILE_EXPORT_SELECTED, exports && selected);
     ::CheckMenuRadioItem(menu, CMD_VIEW_PERSPECTIVE, CMD_VIEW_LEFT,
                          CMD_VIEW_PERSPECTIVE + static_cast<UINT>(viewport_.camera().view()),
                          MF_BYCOMMAND);
     ::CheckMenuRadioItem(menu, CMD_VIEW_SHADED, CMD_VIEW_WIREFRAME,
                          CMD_VIEW_SHADED + static_cast<UINT>(viewport_.options().mode),
                          MF_BYCOMMAND);
-    ::CheckMenuItem(menu, CMD_VIEW_GRID,
-                    MF_BYCOMMAND | (viewport_.options().grid ? MF_CHECKED : MF_UNCHECKED));
+    const auto check = [&](UINT command, bool on) {
+        ::CheckMenuItem(menu, command, MF_BYCOMMAND | (on ? MF_CHECKED : MF_UNCHECKED));
+    };
+    check(CMD_VIEW_GRID, viewport_.options().grid);
+    check(CMD_VIEW_FRAME_RATE, viewport_.showsFrameRate());
+    listRecentFiles();
+}
+
+// The digit before a path is its key.
+void MainWindow::listRecentFiles() {
+    constexpr int kFileMenu = 0, kRecentMenu = 2;
+    const HMENU menu = ::GetSubMenu(::GetSubMenu(::GetMenu(Handle()), kFileMenu), kRecentMenu);
+    while (::GetMenuItemCount(menu) > 0) ::DeleteMenu(menu, 0, MF_BYPOSITION);
+    UINT command = CMD_FILE_RECENT;
+    for (const std::string& path : files_.recent()) {
+        std::string text("&");
+        text.append(std::to_string(command - CMD_FILE_RECENT + 1)).append("  ");
+        for (const char c : path) text.append(c == '&' ? 2 : 1, c);
+        ::AppendMenuW(menu, MF_STRING, command++, toWide(text).c_str());
+    }
+    if (files_.recent().empty())
+        ::AppendMenuW(menu, MF_STRING | MF_GRAYED, CMD_FILE_RECENT_NONE, L"（空）");
 }
 
 // ---------------------------------------------------------------- commands
@@ -430,6 +468,10 @@ void MainWindow::run(int command) {
 
 bool MainWindow::OnCommand(int id, UINT code, HWND control) {
     if (control && code != 0) return false;
+    if (id >= CMD_FILE_RECENT && id <= CMD_FILE_RECENT_LAST) {
+        files_.openRecent(static_cast<std::size_t>(id - CMD_FILE_RECENT));
+        return true;
+    }
     return runFile(id) || runEdit(id) || runView(id) || runScript(id);
 }
 
@@ -451,7 +493,10 @@ bool MainWindow::runFile(int command) {
             files_.import();
             return true;
         case CMD_FILE_EXPORT:
-            files_.exportScene();
+            files_.exportScene(false);
+            return true;
+        case CMD_FILE_EXPORT_SELECTED:
+            files_.exportScene(true);
             return true;
         case CMD_FILE_EXIT:
             Post(WM_CLOSE);
@@ -539,6 +584,9 @@ bool MainWindow::runView(int command) {
         case CMD_VIEW_WIREFRAME:
             viewport_.options().mode = DrawMode::kWireframe;
             break;
+        case CMD_VIEW_FRAME_RATE:
+            viewport_.showFrameRate(!viewport_.showsFrameRate());
+            break;
         case CMD_VIEW_GRID:
             viewport_.options().grid = !viewport_.options().grid;
             break;
@@ -558,17 +606,17 @@ void MainWindow::sceneReplaced() {
     refreshFrame();
 }
 
-void MainWindow::showProgress(const std::string& text) {
-    status_.setText(StatusBar::kMessage, text.empty() ? prompt_ : text);
-    status_.Update();
+void MainWindow::setBusy(bool busy) {
+    busy_ = busy;
+    if (!busy) redrawScene();
 }
 
 void MainWindow::deleteSelected() {
     const std::vector<INode*> nodes = selectedNodes(host_);
     if (nodes.empty()) return;
-    const std::string what = nodes.size() == 1 ? std::string("\"") + nodes.front()->GetName() + "\""
-                                               : counted(nodes.size(), "", "selected nodes");
-    if (ShowMessage("Delete " + what + " and everything below? This cannot be undone.",
+    std::string what = "所选的 " + grouped(nodes.size()) + " 个节点";
+    if (nodes.size() == 1) what = std::string("“").append(nodes.front()->GetName()).append("”");
+    if (ShowMessage("要删除" + what + "及其下的一切吗？此操作不能撤消。",
                     MB_OKCANCEL | MB_ICONWARNING, kProgramName) != IDOK)
         return;
     deleteNodes(host_, nodes);
@@ -576,12 +624,11 @@ void MainWindow::deleteSelected() {
 }
 
 void MainWindow::about() {
-    std::string text =
-        "Workbench 2.0\n\nA small 3D modelling host for plug-in modules.\n\nModules:";
+    std::string text = "Workbench 2.0\n\n一个小型三维建模宿主，用于运行插件模块。\n\n模块：";
     for (const kiln::ModuleInfo& module : kiln::modules())
         text += "\n    " + fileName(module.path) + ": " + module.description;
-    if (kiln::modules().empty()) text += "\n    none";
-    ShowMessage(text, MB_OK | MB_ICONINFORMATION, "About Workbench");
+    if (kiln::modules().empty()) text += "\n    无";
+    ShowMessage(text, MB_OK | MB_ICONINFORMATION, "关于 Workbench");
 }
 
 }  // namespace workbench

@@ -97,7 +97,7 @@ private:
     // SceneFilesClient
     void sceneReplaced() override;
     void fileChanged() override { refreshFrame(); }
-    void showProgress(const std::string& text) override;
+    void setBusy(bool busy) override;
 
     void deleteSelected();
     /// The nodes that are not hidden.
@@ -110,6 +110,7 @@ private:
     void refreshTitle();
     void refreshStatus();
     void refreshMenu();
+    void listRecentFiles();
     void layout();
     RECT splitterArea() const;
     void about();
@@ -123,6 +124,7 @@ private:
     bool sceneStale_ = true;
     bool selectionStale_ = false;
     bool refreshPosted_ = false;
+    bool busy_ = false;  // the scene is half-done
 
     Viewport viewport_;
     CommandPanel panel_;

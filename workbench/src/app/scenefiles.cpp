@@ -1,50 +1,117 @@
 #include "scenefiles.h"
 
+#include "../ui/progressdialog.h"
 #include "filenames.h"
 #include "wording.h"
 
 #include <framework/cwaitcursor.h>
-#include <framework/filedialog.h>
 
 namespace workbench {
 namespace {
 
 constexpr char kProgramName[] = "Workbench";
 
-const std::vector<FileFilter> kSceneFilters = {{"Kiln scenes (*.kiln)", "*.kiln"},
-                                               {"All files (*.*)", "*.*"}};
+const std::vector<FileFilter> kSceneFilters = {{"Kiln 场景 (*.kiln)", "*.kiln"},
+                                               {"所有文件 (*.*)", "*.*"}};
+
+std::string patternOf(const kiln::FileKind& kind) {
+    std::string pattern;
+    for (const std::string& extension : kind.extensions)
+        pattern.append(pattern.empty() ? "*." : ";*.").append(extension);
+    return pattern;
+}
 
 std::vector<FileFilter> filtersOf(const std::vector<kiln::FileKind>& kinds) {
     std::vector<FileFilter> filters;
     for (const kiln::FileKind& kind : kinds) {
-        std::string pattern;
-        for (const std::string& extension : kind.extensions)
-            pattern += (pattern.empty() ? "*." : ";*.") + extension;
+        const std::string pattern = patternOf(kind);
         filters.push_back({kind.description + " (" + pattern + ")", pattern});
     }
     return filters;
+}
+
+/// The lines of the export dialog's type list, and the version that each stands for.
+struct ExportTypes {
+    explicit ExportTypes(const std::vector<kiln::FileKind>& kinds) {
+        for (const kiln::FileKind& kind : kinds) {
+            const std::string pattern = patternOf(kind);
+            const bool choice = !kind.versions.empty();
+            add(kind.description + (choice ? "，版本与源文件相同" : ""), pattern, 0);
+            for (const kiln::FileVersion& version : kind.versions)
+                add(kind.description + " " + version.name, pattern, version.number);
+        }
+    }
+
+    std::vector<FileFilter> filters;
+    std::vector<DWORD> versions;
+
+private:
+    void add(const std::string& name, const std::string& pattern, DWORD version) {
+        filters.push_back({name + " (" + pattern + ")", pattern});
+        versions.push_back(version);
+    }
+};
+
+const char* sentenceFor(ImpExpCause cause) {
+    switch (cause) {
+        case ImpExpCause::kUnreadable:
+            return "无法读取该文件：它不存在、正被占用，或没有读取权限。";
+        case ImpExpCause::kTruncated:
+            return "该文件不完整：内容在中途结束。";
+        case ImpExpCause::kDamaged:
+            return "该文件已损坏。";
+        case ImpExpCause::kVersion:
+            return "不支持该文件的格式版本。";
+        case ImpExpCause::kUnwritable:
+            return "无法写入该文件：它是只读的、正被占用，或磁盘已满。原有文件保持不变。";
+        case ImpExpCause::kOutOfMemory:
+            return "内存不足。";
+        case ImpExpCause::kOther:
+            break;
+    }
+    return "";
+}
+
+class Busy {
+public:
+    explicit Busy(SceneFilesClient& client) : client_(client) { client_.setBusy(true); }
+    ~Busy() { client_.setBusy(false); }
+    Busy(const Busy&) = delete;
+    Busy& operator=(const Busy&) = delete;
+
+private:
+    SceneFilesClient& client_;
+};
+
+kiln::ImportResult resultOf(const kiln::Status& status) {
+    if (status.ok()) return {IMPEXP_SUCCESS, {}, ImpExpCause::kOther};
+    return {IMPEXP_FAIL, status.message(), ImpExpCause::kOther};
 }
 
 }  // namespace
 
 std::string SceneFiles::title() const {
     std::string name = fileName(path_);
-    if (name.empty()) name = sourceName_.empty() ? "Untitled" : sourceName_ + " (imported)";
+    if (name.empty()) name = sourceName_.empty() ? "未命名" : sourceName_ + "（导入）";
     return name + (core_.isModified() ? " *" : "");
 }
 
-void SceneFiles::showFailure(const std::string& what, const std::string& path,
-                             const std::string& reason) {
-    owner_.ShowMessage(what + "\n\n" + path + "\n\n" + reason, MB_OK | MB_ICONERROR, kProgramName);
+void SceneFiles::showFailure(const char* what, const std::string& path,
+                             const kiln::ImportResult& result) {
+    std::string text = what;
+    text.append("\n\n").append(path);
+    const std::string sentence = sentenceFor(result.cause);
+    if (!sentence.empty()) text.append("\n\n").append(sentence);
+    if (!result.message.empty()) text.append("\n\n详细信息：").append(result.message);
+    owner_.ShowMessage(text, MB_OK | MB_ICONERROR, kProgramName);
 }
 
 bool SceneFiles::mayLoseScene() {
     if (!core_.isModified()) return true;
-    const std::string name = !path_.empty()        ? fileName(path_)
-                             : sourceName_.empty() ? "the scene"
-                                                   : "the scene imported from " + sourceName_;
-    switch (owner_.ShowMessage("Save the changes to " + name + " first?",
-                               MB_YESNOCANCEL | MB_ICONQUESTION, kProgramName)) {
+    const std::string name = path_.empty() ? sourceName_ : fileName(path_);
+    const std::string question =
+        name.empty() ? "场景已修改。是否先保存？" : "“" + name + "”已修改。是否先保存？";
+    switch (owner_.ShowMessage(question, MB_YESNOCANCEL | MB_ICONQUESTION, kProgramName)) {
         case IDYES:
             return save();
         case IDNO:
@@ -68,86 +135,120 @@ void SceneFiles::newScene() {
     client_.sceneReplaced();
 }
 
+// ---------------------------------------------------------------- opening
+
 void SceneFiles::open() {
     if (!mayLoseScene()) return;
-    std::vector<FileFilter> filters = kSceneFilters;
-    const std::vector<FileFilter> foreign = filtersOf(core_.importKinds());
-    filters.insert(filters.begin() + 1, foreign.begin(), foreign.end());
-    const auto path = askOpenFile(owner_.Handle(), "Open", filters);
-    if (!path) return;
-    std::string summary;
-    const kiln::Status status = openFile(*path, summary);
-    if (!status.ok()) showFailure("The file could not be opened.", *path, status.message());
+    std::vector<FileFilter> filters = filtersOf(core_.importKinds());
+    filters.insert(filters.begin(), kSceneFilters.front());
+    std::string all;
+    for (const FileFilter& filter : filters)
+        all.append(all.empty() ? "" : ";").append(filter.pattern);
+    filters.insert(filters.begin(), {"所有场景 (" + all + ")", all});
+    filters.push_back(kSceneFilters.back());
+    if (const auto path = askOpenFile(owner_.Handle(), "打开", filters)) openOrTell(*path);
 }
 
-kiln::Status SceneFiles::openFile(const std::string& path, std::string& summary) {
-    const CWaitCursor wait;
+void SceneFiles::openRecent(std::size_t position) {
+    if (position >= recent().size() || !mayLoseScene()) return;
+    openOrTell(std::string(recent()[position]));
+}
+
+void SceneFiles::openOrTell(const std::string& path) {
+    const kiln::ImportResult result = openFile(path);
+    if (result.ok() || result.code == IMPEXP_CANCEL) return;
+    showFailure("无法打开文件。", path, result);
+    if (result.cause == ImpExpCause::kUnreadable) recent_.remove(path);
+}
+
+kiln::ImportResult SceneFiles::openFile(const std::string& path) {
     const auto start = std::chrono::steady_clock::now();
-    kiln::Status status;
-    if (hasExtension(path, "kiln")) {
-        status = core_.loadScene(path);
-        if (!status.ok()) return status;
-        summary =
-            "opened " + counted(static_cast<std::size_t>(core_.hostInterface().GetNodeCount()),
-                                "node", "nodes");
+    const std::string formerPath = path_, formerSource = sourceName_;
+    const bool own = hasExtension(path, "kiln");
+    kiln::ImportResult result;
+    if (own) {
+        const CWaitCursor wait;
+        result = resultOf(core_.loadScene(path));
+        if (result.ok())
+            result.message =
+                "opened " + counted(static_cast<std::size_t>(core_.hostInterface().GetNodeCount()),
+                                    "node", "nodes");
     } else {
-        core_.newScene();
-        status = importInto(path, summary);
-        if (!status.ok()) return status;
-        sourceName_ = fileName(path);
+        result = run("正在打开 " + fileName(path), [&](const kiln::ProgressFunction& progress) {
+            return core_.openImported(path, progress);
+        });
     }
-    client_.print("-- " + fileName(path) + ": " + summary + " in " + secondsSince(start));
+    if (!result.ok()) {
+        // The scene that came back is another one to those who were told of a new one.
+        path_ = formerPath;
+        sourceName_ = formerSource;
+        return result;
+    }
+    if (!own) sourceName_ = fileName(path);
+    recent_.add(path);
+    printResult(path, result, start);
     client_.sceneReplaced();
-    return status;
+    return result;
 }
 
-kiln::Status SceneFiles::importInto(const std::string& path, std::string& summary) {
-    const std::string name = fileName(path);
-    int shown = -1;
-    const kiln::ImportResult result =
-        core_.importFile(path, [&](double fraction, const char* what) {
-            const int percent = static_cast<int>(fraction * 100);
-            if (percent != shown) {
-                shown = percent;
-                client_.showProgress("Importing " + name + ": " + std::to_string(percent) + " % " +
-                                     (what ? what : "") + " (Esc cancels)");
-            }
-            return (::GetAsyncKeyState(VK_ESCAPE) & 0x8000) == 0 ||
-                   ::GetForegroundWindow() != owner_.Handle();
-        });
-    client_.showProgress({});
-    if (result.ok()) {
-        summary = result.message;
-        return {};
-    }
-    if (result.code == IMPEXP_CANCEL) return kiln::Status::failure("The import was cancelled.");
-    return kiln::Status::failure(result.message.empty() ? "The importer gave no reason."
-                                                        : result.message);
+// ---------------------------------------------------------------- import and export
+
+kiln::ImportResult SceneFiles::run(const std::string& title, const Work& work) {
+    const CWaitCursor wait;
+    const Busy busy(client_);
+    ProgressDialog dialog(owner_.Handle(), title);
+    return work([&](double fraction, const char*) { return dialog.step(fraction, "已完成"); });
+}
+
+void SceneFiles::printResult(const std::string& path, const kiln::ImportResult& result,
+                             std::chrono::steady_clock::time_point start) {
+    client_.print("-- " + fileName(path) + ": " + result.message + " in " + secondsSince(start));
 }
 
 void SceneFiles::import() {
-    const auto path = askOpenFile(owner_.Handle(), "Import", filtersOf(core_.importKinds()));
+    const auto path = askOpenFile(owner_.Handle(), "导入", filtersOf(core_.importKinds()));
     if (!path) return;
-    const CWaitCursor wait;
-    std::string summary;
-    const kiln::Status status = importInto(*path, summary);
-    if (!status.ok())
-        return showFailure("The file could not be imported.", *path, status.message());
-    client_.print("-- " + fileName(*path) + ": " + summary);
+    const auto start = std::chrono::steady_clock::now();
+    const kiln::ImportResult result = run(
+        "正在导入 " + fileName(*path),
+        [&](const kiln::ProgressFunction& progress) { return core_.importFile(*path, progress); });
+    if (result.code == IMPEXP_CANCEL) return client_.print("-- import cancelled");
+    if (!result.ok()) return showFailure("无法导入文件。场景保持不变。", *path, result);
+    if (path_.empty() && sourceName_.empty()) sourceName_ = fileName(*path);
+    recent_.add(*path);
+    printResult(*path, result, start);
     client_.sceneReplaced();
 }
 
-void SceneFiles::exportScene() {
+void SceneFiles::exportScene(bool selectedOnly) {
     const std::vector<kiln::FileKind> kinds = core_.exportKinds();
     if (kinds.empty() || kinds.front().extensions.empty()) return;
-    const auto path = askSaveFile(owner_.Handle(), "Export", filtersOf(kinds),
-                                  kinds.front().extensions.front(), baseName(path_));
+    const ExportTypes types(kinds);
+    std::size_t type = 0;
+    const auto path = askSaveFile(owner_.Handle(), selectedOnly ? "导出所选" : "导出",
+                                  types.filters, kinds.front().extensions.front(),
+                                  baseName(path_.empty() ? sourceName_ : path_), &type);
     if (!path) return;
-    const CWaitCursor wait;
-    const kiln::ImportResult result = core_.exportFile(*path);
-    if (!result.ok()) return showFailure("The file could not be exported.", *path, result.message);
-    client_.print("-- " + fileName(*path) + ": " + result.message);
+    const DWORD version = type < types.versions.size() ? types.versions[type] : 0;
+    const kiln::ImportResult result = exportFile(*path, selectedOnly, version);
+    if (result.code == IMPEXP_CANCEL) return client_.print("-- export cancelled");
+    if (!result.ok()) showFailure("无法导出文件。", *path, result);
 }
+
+kiln::ImportResult SceneFiles::exportFile(const std::string& path, bool selectedOnly,
+                                          DWORD version) {
+    const auto start = std::chrono::steady_clock::now();
+    const DWORD options =
+        version << SCENE_EXPORT_VERSION_SHIFT | (selectedOnly ? SCENE_EXPORT_SELECTED : 0);
+    const kiln::ImportResult result =
+        run("正在导出 " + fileName(path), [&](const kiln::ProgressFunction& progress) {
+            return core_.exportFile(path, options, progress);
+        });
+    if (result.ok()) printResult(path, result, start);
+    return result;
+}
+
+// ---------------------------------------------------------------- saving
 
 bool SceneFiles::save() {
     return path_.empty() ? saveAs() : saveTo(path_);
@@ -155,7 +256,7 @@ bool SceneFiles::save() {
 
 bool SceneFiles::saveAs() {
     const std::string name = baseName(path_.empty() ? sourceName_ : path_);
-    const auto path = askSaveFile(owner_.Handle(), "Save As", kSceneFilters, "kiln", name);
+    const auto path = askSaveFile(owner_.Handle(), "另存为", kSceneFilters, "kiln", name);
     return path && saveTo(*path);
 }
 
@@ -163,9 +264,10 @@ bool SceneFiles::saveTo(const std::string& path) {
     const CWaitCursor wait;
     const kiln::Status status = core_.saveScene(path);
     if (!status.ok()) {
-        showFailure("The scene could not be saved.", path, status.message());
+        showFailure("无法保存场景。", path, resultOf(status));
         return false;
     }
+    recent_.add(path);
     client_.print("-- saved " + fileName(path));
     client_.fileChanged();
     return true;

@@ -3,9 +3,14 @@
 #pragma once
 
 #include <framework/cwnd.h>
+#include <framework/filedialog.h>
 #include <kiln/host/host.h>
+#include <workbench/recentfiles.h>
 
+#include <chrono>
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace workbench {
 
@@ -17,28 +22,33 @@ public:
     virtual void sceneReplaced() = 0;
     /// The file's name, or whether the scene has changes, is another.
     virtual void fileChanged() = 0;
-    /// How far long work is; empty when it has ended.
-    virtual void showProgress(const std::string& text) = 0;
+    /// Long work has begun or ended. Meanwhile the scene is half-done, though windows may paint.
+    virtual void setBusy(bool busy) = 0;
     /// A line for the log.
     virtual void print(const std::string& line) = 0;
 };
 
 class SceneFiles {
 public:
-    SceneFiles(CWnd& owner, kiln::Core& core, SceneFilesClient& client)
-        : owner_(owner), core_(core), client_(client) {}
+    /// `recentList` is the file of recent files; empty for none.
+    SceneFiles(CWnd& owner, kiln::Core& core, SceneFilesClient& client, std::string recentList)
+        : owner_(owner), core_(core), client_(client), recent_(std::move(recentList)) {}
 
     /// "tower.kiln", with a star when there are changes that are not saved.
     std::string title() const;
+    /// The files that were opened, imported or saved last, newest first.
+    const std::vector<std::string>& recent() const { return recent_.paths(); }
 
-    /// Opens a .kiln scene, or imports any other file into an empty scene. On failure the scene is
-    /// as it was or empty, and the message says why. On success `summary` is the importer's or,
-    /// for a scene file, a line of our own.
-    kiln::Status openFile(const std::string& path, std::string& summary);
+    /// Opens a .kiln scene, or any other file that a plug-in imports, in place of the scene. The
+    /// message is then a summary. After a failure the scene is as it was.
+    kiln::ImportResult openFile(const std::string& path);
+    /// Writes the scene, or what is selected, in `version` of the format (0: as the exporter
+    /// likes). After anything but success a file that was there is as it was.
+    kiln::ImportResult exportFile(const std::string& path, bool selectedOnly, DWORD version);
     /// False when the user would rather keep the scene that has changed.
     bool mayLoseScene();
     /// Tells the user about a failure, in a message box.
-    void showFailure(const std::string& what, const std::string& path, const std::string& reason);
+    void showFailure(const char* what, const std::string& path, const kiln::ImportResult& result);
 
     /// To be told of the host's notifications: plug-ins and scripts open and save scenes too.
     void followScene(const NotifyInfo& change);
@@ -47,18 +57,27 @@ public:
 
     void newScene();
     void open();
+    /// Opens the recent file at this position.
+    void openRecent(std::size_t position);
     bool save();
     bool saveAs();
     void import();
-    void exportScene();
+    void exportScene(bool selectedOnly);
 
 private:
+    using Work = std::function<kiln::ImportResult(const kiln::ProgressFunction&)>;
+
+    void openOrTell(const std::string& path);
     bool saveTo(const std::string& path);
-    kiln::Status importInto(const std::string& path, std::string& summary);
+    /// Runs an import or export behind a progress dialog.
+    kiln::ImportResult run(const std::string& title, const Work& work);
+    void printResult(const std::string& path, const kiln::ImportResult& result,
+                     std::chrono::steady_clock::time_point start);
 
     CWnd& owner_;
     kiln::Core& core_;
     SceneFilesClient& client_;
+    RecentFiles recent_;
     std::string path_;        // of the scene file; empty for one that has none yet
     std::string sourceName_;  // what the scene was imported from
 };

@@ -13,8 +13,7 @@ namespace {
 
 constexpr ULONGLONG kMillisecondsBetweenLooks = 100;
 
-const std::vector<FileFilter> kScriptFilters = {{"Scripts (*.ks)", "*.ks"},
-                                                {"All files (*.*)", "*.*"}};
+const std::vector<FileFilter> kScriptFilters = {{"脚本 (*.ks)", "*.ks"}, {"所有文件 (*.*)", "*.*"}};
 
 /// Whether Escape is held down over a window. Looking costs more than a step of a script does.
 class EscapeKey {
@@ -54,7 +53,7 @@ kiln::Status ScriptFiles::run(const std::string& path) {
 }
 
 void ScriptFiles::ask() {
-    if (const auto path = askOpenFile(owner_.Handle(), "Run Script", kScriptFilters)) run(*path);
+    if (const auto path = askOpenFile(owner_.Handle(), "运行脚本", kScriptFilters)) run(*path);
 }
 
 void ScriptFiles::runAgain() {

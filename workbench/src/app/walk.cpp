@@ -180,9 +180,11 @@ kiln::Status Walk::shot(const char* name) {
 }
 
 kiln::Status Walk::openFile() {
-    const kiln::Status status = window_.files().openFile(file_, summary_);
-    if (status.ok()) say("    " + summary_);
-    return status;
+    const kiln::ImportResult result = window_.files().openFile(file_);
+    if (!result.ok()) return kiln::Status::failure(result.message);
+    summary_ = result.message;
+    say("    " + summary_);
+    return {};
 }
 
 kiln::Status Walk::openUtility() {

@@ -4,7 +4,7 @@ namespace workbench {
 namespace {
 
 constexpr float kAloneAmbient = 0.42f, kAloneViewer = 0.66f;
-constexpr float kAmbient = 0.3f, kViewer = 0.16f, kScene = 0.66f;
+constexpr float kAmbient = 0.36f, kViewer = 0.2f, kScene = 0.56f;
 // The host's spots have no cone of their own.
 constexpr float kSpotRimCosine = 0.7660444f, kSpotCoreCosine = 0.8660254f;  // 40 and 30 degrees
 

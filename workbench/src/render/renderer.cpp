@@ -161,7 +161,7 @@ void Renderer::drawOutline(std::span<const Item> items) {
 
 // The edges of what is only a few pixels large would leave nothing of its colour.
 void Renderer::drawFadedEdges(const SceneModel& scene, const Item& item, ItemIndex index) {
-    constexpr float kEdgeOpacity = 0.55f, kNoEdgesBelow = 4, kFullEdgesFrom = 14;  // radius, pixels
+    constexpr float kEdgeOpacity = 0.55f, kNoEdgesBelow = 6, kFullEdgesFrom = 28;  // radius, pixels
     const float radius = item.sphereRadius * camera_->pixelsPerUnitAt(item.sphereCentre);
     const float share = (radius - kNoEdgesBelow) / (kFullEdgesFrom - kNoEdgesBelow);
     if (share <= 0) return;

@@ -99,7 +99,7 @@ void ScriptPane::OnPaint() {
     ::SetBkMode(paint.dc(), TRANSPARENT);
     area.left = Scaled(6);
     area.top = area.bottom - lineHeight();
-    ::DrawTextW(paint.dc(), L"Script:", -1, &area, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
+    ::DrawTextW(paint.dc(), L"脚本：", -1, &area, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
 }
 
 // A read-only field is grey by default; the log reads better on the colour of paper.

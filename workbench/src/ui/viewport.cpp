@@ -7,6 +7,7 @@
 
 #include <windowsx.h>
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 
 namespace workbench {
@@ -53,8 +54,8 @@ void Viewport::setView(View view) {
 }
 
 std::string Viewport::label() const {
-    static constexpr const char* kViews[] = {"Perspective", "Top", "Front", "Left"};
-    static constexpr const char* kModes[] = {"Shaded", "Shaded with edges", "Wireframe"};
+    static constexpr const char* kViews[] = {"透视", "顶", "前", "左"};
+    static constexpr const char* kModes[] = {"着色", "带边着色", "线框"};
     return std::string(kViews[static_cast<int>(camera_.view())]) + "  |  " +
            kModes[static_cast<int>(options_.mode)];
 }
@@ -106,7 +107,7 @@ void Viewport::OnPaint() {
         const HDC memory = ::CreateCompatibleDC(dc);
         {
             const SelectScope selected(memory, bitmap_.get());
-            if (fresh) drawLabel(memory);
+            if (fresh) drawLabels(memory);
             ::BitBlt(dc, 0, 0, bitmapWidth_, bitmapHeight_, memory, 0, 0, SRCCOPY);
         }
         ::DeleteDC(memory);
@@ -114,15 +115,28 @@ void Viewport::OnPaint() {
     ::EndPaint(Handle(), &paint);
 }
 
-void Viewport::drawLabel(HDC dc) {
+void Viewport::drawLabels(HDC dc) {
+    drawLabel(dc, label(), false);
+    if (!frameRateShown_) return;
+    char text[64];
+    std::snprintf(text, sizeof text, "%.1f ms  |  %.0f 帧/秒", frameMilliseconds_,
+                  1000 / std::max(frameMilliseconds_, 0.01));
+    drawLabel(dc, text, true);
+}
+
+void Viewport::drawLabel(HDC dc, const std::string& text, bool right) {
     const SelectScope font(dc, Look::of(Handle()).bold());
     ::SetBkMode(dc, TRANSPARENT);
-    const std::wstring text = toWide(label());
-    const int x = Scaled(10), y = Scaled(8), count = static_cast<int>(text.size());
-    ::SetTextColor(dc, RGB(30, 36, 42));
-    ::TextOutW(dc, x + 1, y + 1, text.c_str(), count);
-    ::SetTextColor(dc, RGB(232, 236, 240));
-    ::TextOutW(dc, x, y, text.c_str(), count);
+    const std::wstring shown = toWide(text);
+    const auto put = [&](COLORREF colour, int shift) {
+        RECT area{Scaled(10) + shift, Scaled(8) + shift, bitmapWidth_ - Scaled(10) + shift,
+                  bitmapHeight_};
+        ::SetTextColor(dc, colour);
+        ::DrawTextW(dc, shown.c_str(), -1, &area,
+                    DT_SINGLELINE | DT_NOPREFIX | (right ? DT_RIGHT : DT_LEFT));
+    };
+    put(RGB(30, 36, 42), 1);
+    put(RGB(232, 236, 240), 0);
 }
 
 ItemIndex Viewport::itemAt(POINT at) {

@@ -38,8 +38,11 @@ public:
     void viewAll();
     void viewSelected();
     void setView(View view);
-    /// The text in the upper left corner, for example "Perspective, shaded".
+    /// The text in the upper left corner, for example "透视  |  着色".
     std::string label() const;
+    /// Shows, in the upper right corner, how long frames take to draw.
+    void showFrameRate(bool shown) { frameRateShown_ = shown; }
+    bool showsFrameRate() const { return frameRateShown_; }
     /// How long the last frame took to draw, in milliseconds.
     double frameMilliseconds() const { return frameMilliseconds_; }
 
@@ -69,7 +72,8 @@ private:
     /// Makes what is drawn near a pixel the camera's measure.
     void focusUnder(POINT at);
     void draw();
-    void drawLabel(HDC dc);
+    void drawLabels(HDC dc);
+    void drawLabel(HDC dc, const std::string& text, bool right);
     bool ensureBitmap(int width, int height);
     ItemIndex itemAt(POINT at);
     void hover(ItemIndex item);
@@ -84,6 +88,7 @@ private:
     int bitmapWidth_ = 0, bitmapHeight_ = 0;
     bool stale_ = true;
     double frameMilliseconds_ = 0;
+    bool frameRateShown_ = false;
     Drag drag_ = Drag::kNone;
     POINT dragStart_{}, dragLast_{};
     ItemIndex hovered_ = kNoItem;

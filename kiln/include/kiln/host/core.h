@@ -18,17 +18,25 @@ namespace kiln {
 struct ImportResult {
     int code = IMPEXP_FAIL;  ///< `IMPEXP_SUCCESS`, `IMPEXP_FAIL` or `IMPEXP_CANCEL`
     std::string message;     ///< the summary after success, otherwise why it failed; may be empty
+    ImpExpCause cause = ImpExpCause::kOther;  ///< of a failure
     bool ok() const noexcept { return code == IMPEXP_SUCCESS; }
 };
 
 /// Asked now and then during an import or export; false cancels it.
 using ProgressFunction = std::function<bool(double fraction, const char* what)>;
 
+/// A version of a file format that an exporter writes.
+struct FileVersion {
+    DWORD number;      ///< for `SCENE_EXPORT_VERSION_SHIFT`
+    std::string name;  ///< "15.8"
+};
+
 /// A file kind that a registered importer or exporter handles.
 struct FileKind {
     ClassDesc* owner;
     std::string description;              ///< "OpenFlight scene"
     std::vector<std::string> extensions;  ///< without a dot
+    std::vector<FileVersion> versions;    ///< of an exporter, newest first; may be empty
 };
 
 /// The core, of which there is at most one. `GetCOREInterface()` is null before `create` and after
@@ -88,6 +96,11 @@ public:
     /// Runs the registered importer for the extension of `path`. After anything but success every
     /// node and texture map that it made is gone again.
     ImportResult importFile(const std::string& path, const ProgressFunction& progress = {});
+    /// Opens a file of a registered importer in place of the scene. After anything but success the
+    /// scene is as it was, down to its selection; it counts as unmodified after success.
+    /// Sends `NOTIFY_SCENE_PRE_CLEAR` and `NOTIFY_SCENE_NEW` before the import, and again when the
+    /// scene that was there comes back.
+    ImportResult openImported(const std::string& path, const ProgressFunction& progress = {});
     /// Runs the registered exporter for the extension of `path`.
     ImportResult exportFile(const std::string& path, DWORD options = 0,
                             const ProgressFunction& progress = {});
