@@ -256,7 +256,7 @@ TEST_F(WorkbenchTest, RunsTheSampleScriptOverTheRealPlugins) {
     }));
     EXPECT_THAT(textOf(log_), HasSubstr("\r\n-- lodpreview.ks: done"));
     EXPECT_THAT(textOf(log_), HasSubstr("22-lod-less-detail 300.0 #(\"middle shaft\")"));
-    EXPECT_EQ(textOf(window_), "Untitled * - Workbench") << "its scene is not the file's";
+    EXPECT_EQ(textOf(window_), "未命名 * - Workbench") << "its scene is not the file's";
     EXPECT_THAT(script("Aviary.GetLodDistance"), testing::EndsWith("\r\n100.0"));
     EXPECT_THAT(script("#($'near mast'.hidden, $'middle cabin'.hidden, $'far block'.hidden)"),
                 HasSubstr("#(false, true, true)"));
@@ -269,7 +269,7 @@ TEST_F(WorkbenchTest, RunsScriptFilesFromTheMenuAndTheLine) {
     const std::string path =
         scriptFile("fn made name = createDummy name\nprint \"begun\"\nmade \"一\"");
     ::PostMessageW(window_, WM_COMMAND, kRunAgain, 0);  // there is none yet, so it asks
-    ASSERT_TRUE(answerFileDialog(L"Run Script", path));
+    ASSERT_TRUE(answerFileDialog(L"运行脚本", path));
     ASSERT_TRUE(eventually([this] { return textOf(log_).ends_with("脚本.ks: done"); }));
     EXPECT_THAT(textOf(log_), HasSubstr("-- running 脚本.ks\r\nbegun\r\n-- 脚本.ks: done"));
     EXPECT_THAT(script("objects.count"), HasSubstr("\r\n2"));
@@ -279,7 +279,7 @@ TEST_F(WorkbenchTest, RunsScriptFilesFromTheMenuAndTheLine) {
 
     scriptFile("print \"begun\"\n\n  made 1 2\n");
     ::PostMessageW(window_, WM_COMMAND, kRunScript, 0);
-    ASSERT_TRUE(answerFileDialog(L"Run Script", path));
+    ASSERT_TRUE(answerFileDialog(L"运行脚本", path));
     ASSERT_TRUE(eventually([this] { return logSays("脚本.ks:3:3: made: too many arguments"); }))
         << textOf(log_);
     EXPECT_THAT(textOf(log_), HasSubstr("\r\nbegun\r\n-- Error. ")) << "what it printed stays";
