@@ -6,6 +6,7 @@
 #include <framework/module.h>
 
 #include <charconv>
+#include <utility>
 
 CDialog::~CDialog() {
     // Here and not in the base, so that the last messages still find a dialog.
@@ -88,11 +89,52 @@ LRESULT CDialog::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         }
         case WM_NCDESTROY:
             DialogNavigation::remove(*this);
+            toolTips_ = nullptr;  // gone before the window that owns it
             break;
         default:
             break;
     }
     return CWnd::WindowProc(message, wParam, lParam);
+}
+
+bool CDialog::EnableToolTips(bool on) {
+    if (toolTips_) ::DestroyWindow(std::exchange(toolTips_, nullptr));
+    if (!on) return true;
+    ensureCommonControls();
+    // A tip that lies over a control must not take its clicks: these styles let them through.
+    constexpr DWORD kClickThrough = WS_EX_LAYERED | WS_EX_TRANSPARENT;
+    toolTips_ = ::CreateWindowExW(WS_EX_TOPMOST | kClickThrough, TOOLTIPS_CLASSW, nullptr,
+                                  WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, CW_USEDEFAULT,
+                                  CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, Handle(), nullptr,
+                                  moduleInstance(), nullptr);
+    if (!toolTips_) return false;
+    ::SetLayeredWindowAttributes(toolTips_, 0, 255, LWA_ALPHA);
+    TTTOOLINFOW tool{};
+    // The size that every version of the common controls takes.
+    tool.cbSize = TTTOOLINFOW_V2_SIZE;
+    tool.uFlags = TTF_IDISHWND | TTF_TRANSPARENT;
+    tool.hwnd = Handle();
+    tool.lpszText = LPSTR_TEXTCALLBACKW;
+    for (HWND child = ::GetWindow(Handle(), GW_CHILD); child;
+         child = ::GetWindow(child, GW_HWNDNEXT)) {
+        tool.uId = reinterpret_cast<UINT_PTR>(child);
+        ::SendMessageW(toolTips_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+    }
+    return true;
+}
+
+int CDialog::ToolTipControlId(const NMHDR& request) noexcept {
+    const UINT flags = request.code == TTN_NEEDTEXTA
+                           ? reinterpret_cast<const NMTTDISPINFOA&>(request).uFlags
+                           : reinterpret_cast<const NMTTDISPINFOW&>(request).uFlags;
+    if (!(flags & TTF_IDISHWND)) return static_cast<int>(request.idFrom);
+    return ::GetDlgCtrlID(reinterpret_cast<HWND>(request.idFrom));
+}
+
+void CDialog::TellToolTips(const MSG& mouse) const noexcept {
+    if (!toolTips_) return;
+    MSG copy = mouse;
+    ::SendMessageW(toolTips_, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&copy));
 }
 
 INT_PTR CALLBACK CDialog::DialogProc(HWND dialog, UINT message, WPARAM, LPARAM lParam) {

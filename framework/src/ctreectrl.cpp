@@ -127,6 +127,19 @@ bool CTreeCtrl::HasChildren(HTREEITEM item) const {
     return item && Child(item) != nullptr;
 }
 
+bool CTreeCtrl::ShowsButton(HTREEITEM item) const {
+    if (!item) return false;
+    TVITEMW description = itemFor(item, TVIF_CHILDREN);
+    return Send(TVM_GETITEMW, 0, pointerTo(&description)) && description.cChildren != 0;
+}
+
+void CTreeCtrl::SetChildren(HTREEITEM item, int children) const {
+    if (!item) return;
+    TVITEMW description = itemFor(item, TVIF_CHILDREN);
+    description.cChildren = children;
+    Send(TVM_SETITEMW, 0, pointerTo(&description));
+}
+
 bool CTreeCtrl::Select(HTREEITEM item) const {
     return Send(TVM_SELECTITEM, TVGN_CARET, pointerTo(item)) != 0;
 }

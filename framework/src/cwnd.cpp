@@ -54,7 +54,6 @@ void CWnd::Attach(HWND window) noexcept {
 HWND CWnd::Detach() noexcept {
     WindowRouter::disconnect(*this);
     former_ = nullptr;
-    toolTips_ = nullptr;
     created_ = false;
     return std::exchange(window_, nullptr);
 }
@@ -235,41 +234,6 @@ int CWnd::ShowMessage(std::string_view text, UINT style, std::string_view captio
     owner.Attach(window_ ? ::GetAncestor(window_, GA_ROOT) : nullptr);
     const std::wstring shownCaption = toWide(caption.empty() ? owner.Text() : std::string(caption));
     return ::MessageBoxW(owner.Detach(), toWide(text).c_str(), shownCaption.c_str(), style);
-}
-
-bool CWnd::EnableToolTips(bool on) {
-    if (toolTips_) {
-        ::DestroyWindow(toolTips_);
-        toolTips_ = nullptr;
-    }
-    if (!on) return true;
-    ensureCommonControls();
-    toolTips_ = ::CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr,
-                                  WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, CW_USEDEFAULT,
-                                  CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, window_, nullptr,
-                                  moduleInstance(), nullptr);
-    if (!toolTips_) return false;
-    TTTOOLINFOW tool{};
-    // The size that every version of the common controls takes.
-    tool.cbSize = TTTOOLINFOW_V2_SIZE;
-    // A tip that lies over the control must not take its clicks.
-    tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS | TTF_TRANSPARENT;
-    tool.hwnd = window_;
-    tool.lpszText = LPSTR_TEXTCALLBACKW;
-    for (HWND child = ::GetWindow(window_, GW_CHILD); child;
-         child = ::GetWindow(child, GW_HWNDNEXT)) {
-        tool.uId = reinterpret_cast<UINT_PTR>(child);
-        ::SendMessageW(toolTips_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
-    }
-    return true;
-}
-
-int CWnd::ToolTipControlId(const NMHDR& request) noexcept {
-    const UINT flags = request.code == TTN_NEEDTEXTA
-                           ? reinterpret_cast<const NMTTDISPINFOA&>(request).uFlags
-                           : reinterpret_cast<const NMTTDISPINFOW&>(request).uFlags;
-    if (!(flags & TTF_IDISHWND)) return static_cast<int>(request.idFrom);
-    return ::GetDlgCtrlID(reinterpret_cast<HWND>(request.idFrom));
 }
 
 int CWnd::Scaled(int pixels) const noexcept {

@@ -42,7 +42,9 @@ void DialogNavigation::remove(const CDialog& dialog) noexcept {
 LRESULT CALLBACK DialogNavigation::messageHook(int code, WPARAM wParam, LPARAM lParam) {
     if (code == HC_ACTION && wParam == PM_REMOVE) {
         MSG& message = *reinterpret_cast<MSG*>(lParam);
-        if (translate(message)) {
+        if (message.message >= WM_MOUSEFIRST && message.message <= WM_MOUSELAST) {
+            if (const CDialog* const dialog = dialogOf(message.hwnd)) dialog->TellToolTips(message);
+        } else if (translate(message)) {
             message.message = WM_NULL;
             message.wParam = 0;
             message.lParam = 0;

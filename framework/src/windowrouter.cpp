@@ -63,8 +63,8 @@ bool WindowRouter::connect(CWnd& object, HWND window) {
     const auto [place, isNew] = connections().try_emplace(window, Connection{nullptr, nullptr});
     Connection& connection = place->second;
     if (connection.object) return false;
-    // The class decides, not who has the window now: a tool tip may listen in front of a window of
-    // our own class, and putting ourselves before it as well would make the two call each other.
+    // The class decides, not who has the window now: somebody may listen in front of a window of
+    // our own class, and putting ourselves before them as well would make the two call each other.
     const auto ofClass = reinterpret_cast<WNDPROC>(::GetClassLongPtrW(window, GCLP_WNDPROC));
     if (isNew && ofClass == procedure) {
         connection.former = ::DefWindowProcW;
@@ -158,7 +158,6 @@ void WindowRouter::windowGone(HWND window) noexcept {
     if (!object) return;
     object->window_ = nullptr;
     object->former_ = nullptr;
-    object->toolTips_ = nullptr;
     object->created_ = false;
     try {
         object->OnWindowGone();

@@ -68,7 +68,7 @@ protected:
     }
 };
 
-/// A control of a class of ours, connected to its object only once the tips listen to its window.
+/// A control of a class of ours, connected to its object only once somebody listens to its window.
 class LateControl : public CWnd {
 public:
     static constexpr wchar_t kClass[] = L"FrameworkLateControl";
@@ -81,6 +81,12 @@ protected:
     }
 };
 
+WNDPROC listenedTo = nullptr;
+
+LRESULT CALLBACK listen(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    return ::CallWindowProcW(listenedTo, window, message, wParam, lParam);
+}
+
 class FormWithLateControl : public Form {
 public:
     LateControl control;
@@ -91,6 +97,8 @@ protected:
         CWnd::RegisterWindowClass(LateControl::kClass);
         window = ::CreateWindowExW(0, LateControl::kClass, L"", WS_CHILD | WS_VISIBLE, 0, 0, 20, 20,
                                    Handle(), nullptr, ::GetModuleHandleW(nullptr), nullptr);
+        listenedTo = reinterpret_cast<WNDPROC>(
+            ::SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&listen)));
         return Form::OnInitDialog() && control.SubclassWindow(window);
     }
 };
@@ -193,8 +201,8 @@ TEST_F(ShownForm, AsksForTheTipOfTheControlUnderTheMouse) {
     EXPECT_EQ(form.tipRequests.front(), IDC_APPLY);
 }
 
-// The tips' procedure and ours must not each take the other for what was there before it.
-TEST(ModelessDialog, EndsWithAControlOfOurClassThatTheTipsListenedToFirst) {
+// The listener's procedure and ours must not each take the other for what was there before it.
+TEST(ModelessDialog, EndsWithAControlOfOurClassThatAnotherListenedToFirst) {
     FormWithLateControl form;
     ASSERT_TRUE(form.Create(IDD_FORM));
     ASSERT_TRUE(form.window);

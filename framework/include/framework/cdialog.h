@@ -54,6 +54,15 @@ public:
     /// A rectangle of dialog units in pixels.
     RECT FromDialogUnits(RECT units) const;
 
+    /// Gives every child control that exists now a tool tip, or takes the tips away. For each tip
+    /// the dialog gets the platform's text request (TTN_NEEDTEXTW, or TTN_NEEDTEXTA from a control
+    /// that asks so) in `OnNotify`; `ToolTipControlId` tells for which control. For modeless
+    /// dialogs: the hook on their thread tells the tips of the mouse. The platform's own way, to
+    /// listen in front of every control, would slow each of their messages down.
+    bool EnableToolTips(bool on = true);
+    /// The control id that a TTN_NEEDTEXTW or TTN_NEEDTEXTA request is about.
+    static int ToolTipControlId(const NMHDR& request) noexcept;
+
 protected:
     /// Called once the controls exist. The default fills the controls by `UpdateData(false)`. True
     /// lets the platform give the focus to the first control.
@@ -78,9 +87,11 @@ private:
 
     static INT_PTR CALLBACK DialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
     INT_PTR Initialise(HWND dialog) noexcept;
+    void TellToolTips(const MSG& mouse) const noexcept;
 
     UINT templateId_ = 0;
     HWND parent_ = nullptr;
+    HWND toolTips_ = nullptr;
     bool modal_ = false;
     bool failed_ = false;
 };

@@ -42,6 +42,10 @@ public:
     HTREEITEM NextVisible(HTREEITEM item) const { return Next(item, TVGN_NEXTVISIBLE); }
     HTREEITEM PreviousVisible(HTREEITEM item) const { return Next(item, TVGN_PREVIOUSVISIBLE); }
     bool HasChildren(HTREEITEM item) const;
+    /// Whether the item counts as one with children, which gives it a button.
+    bool ShowsButton(HTREEITEM item) const;
+    /// Makes it count so: 1, 0, or I_CHILDRENAUTO for what is there.
+    void SetChildren(HTREEITEM item, int children) const;
 
     /// Makes an item the caret; null leaves the tree without one.
     bool Select(HTREEITEM item) const;

@@ -118,13 +118,6 @@ public:
     /// owner's. Gives the platform's IDOK...; `style` is the platform's MB_ flags.
     int ShowMessage(std::string_view text, UINT style = MB_OK, std::string_view caption = {}) const;
 
-    /// Gives every child control that exists now a tool tip, or takes the tips away. For each tip
-    /// the window gets the platform's text request (TTN_NEEDTEXTW, or TTN_NEEDTEXTA from a control
-    /// that asks so) in `OnNotify`; `ToolTipControlId` tells for which control.
-    bool EnableToolTips(bool on = true);
-    /// The control id that a TTN_NEEDTEXTW or TTN_NEEDTEXTA request is about.
-    static int ToolTipControlId(const NMHDR& request) noexcept;
-
     /// Pixels at this window's display scaling for pixels at 100 %.
     int Scaled(int pixels) const noexcept;
 
@@ -208,6 +201,5 @@ private:
 
     HWND window_ = nullptr;
     WNDPROC former_ = nullptr;
-    HWND toolTips_ = nullptr;
     bool created_ = false;
 };
