@@ -3,6 +3,8 @@
 
 #include <quillon/fltgroup.h>
 
+#include <algorithm>
+
 namespace {
 
 class BrowserCommands : public BrowserTest {
@@ -258,15 +260,90 @@ TEST_F(BrowserCommands, RenamingAsksTheClient) {
     EXPECT_EQ(label(a), L"塔楼");
 }
 
-TEST_F(BrowserCommands, WorkByTheKeyboard) {
+// Every control is reached by Tab in reading order, forwards and backwards.
+TEST_F(BrowserCommands, TabGoesThroughTheFormInReadingOrder) {
+    browser().selectNode(add(root, "switch", 96));  // its comment and Tool can be used too
+    const std::vector<int> order = {
+        IDC_REFRESH,     IDC_UP,   IDC_DOWN,    IDC_EXPAND,  IDC_COLLAPSE, IDC_SELECT_GET,
+        IDC_SELECT_SET,  IDC_FIND, IDC_SUBTREE, IDC_TOOL,    IDC_GLOBAL,   IDC_CREATE,
+        IDC_CREATE_KIND, IDC_TREE, IDC_NAME,    IDC_COMMENT, IDC_GRID};
+    const auto tab = [](bool control, bool shift) {
+        if (control && shift)
+            testinput::key(VK_TAB, {VK_CONTROL, VK_SHIFT});
+        else if (control)
+            testinput::key(VK_TAB, {VK_CONTROL});
+        else if (shift)
+            testinput::key(VK_TAB, {VK_SHIFT});
+        else
+            testinput::key(VK_TAB);
+    };
+    const auto walk = [&](bool backwards) {
+        std::vector<int> seen;
+        SetFocus(control(IDC_REFRESH));
+        for (std::size_t i = 0; i < order.size(); ++i) {
+            seen.push_back(GetDlgCtrlID(GetFocus()));
+            // In the grid Tab alone goes from cell to cell.
+            tab(seen.back() == IDC_GRID, backwards);
+        }
+        EXPECT_EQ(GetFocus(), control(IDC_REFRESH)) << "round and round";
+        return seen;
+    };
+    EXPECT_EQ(walk(false), order);
+    std::vector<int> backwards(order.rbegin(), order.rend());
+    std::rotate(backwards.begin(), backwards.end() - 1, backwards.end());
+    EXPECT_EQ(walk(true), backwards);
+}
+
+TEST_F(BrowserCommands, EveryButtonIsPressedBySpaceAndEnter) {
+    // As Tab does it, which makes the button the one that Enter presses.
+    const auto goTo = [](int id) {
+        SendMessageW(form(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control(id)), TRUE);
+    };
+    const BrowserItem choice = add(root, "switch", 96);
+    add(choice, "child");
+    browser().selectNode(choice);
+    const std::pair<int, BrowserEvent> buttons[] = {
+        {IDC_REFRESH, BrowserEvent::rebuild},         {IDC_UP, BrowserEvent::moveUp},
+        {IDC_DOWN, BrowserEvent::moveDown},           {IDC_SELECT_GET, BrowserEvent::countSelected},
+        {IDC_SELECT_SET, BrowserEvent::selectInHost}, {IDC_TOOL, BrowserEvent::countSwitchChildren},
+        {IDC_CREATE, BrowserEvent::create},
+    };
+    client.take();
+    for (const WORD pressed : {WORD{VK_SPACE}, WORD{VK_RETURN}}) {
+        for (const auto& [id, event] : buttons) {
+            browser().show(1);
+            browser().selectNode(root);
+            browser().selectNode(choice);
+            testinput::activate(form());
+            goTo(id);
+            testinput::key(pressed);
+            const std::vector<Sent> sent = client.take();
+            EXPECT_TRUE(!sent.empty() && sent.front().event == event) << id << " by " << pressed;
+        }
+        boxes.take();  // a switch without children has no masks
+        testinput::activate(form());
+        goTo(IDC_EXPAND);
+        testinput::key(pressed);
+        EXPECT_TRUE(isExpanded(choice));
+        goTo(IDC_COLLAPSE);
+        testinput::key(pressed);
+        EXPECT_FALSE(isExpanded(choice));
+        goTo(IDC_FIND);
+        testinput::key(pressed);
+        EXPECT_EQ(boxes.take().size(), 1u) << "no field is chosen";
+        EXPECT_TRUE(IsWindowVisible(form())) << "Enter closes nothing";
+    }
+    for (const int id : {IDC_SUBTREE, IDC_GLOBAL}) {
+        goTo(id);
+        testinput::key(VK_SPACE);
+        EXPECT_EQ(IsDlgButtonChecked(form(), static_cast<int>(id)), UINT{BST_CHECKED}) << id;
+    }
+    SetFocus(control(IDC_CREATE_KIND));
+    testinput::key(VK_DOWN);
+    EXPECT_EQ(ComboBox_GetCurSel(control(IDC_CREATE_KIND)), 1);
     SetFocus(tree());
     testinput::key(VK_F5);
     EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::rebuild}}));
-    SetFocus(control(IDC_REFRESH));
-    testinput::key(VK_TAB);
-    EXPECT_EQ(GetFocus(), control(IDC_UP));
-    testinput::key(VK_RETURN);
-    EXPECT_TRUE(IsWindowVisible(form())) << "Enter closes nothing";
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <fltkilnutil/fltattr.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
@@ -362,15 +363,47 @@ TEST_F(BrowserProperties, TheCommentIsStoredWhenItIsLeft) {
     EXPECT_EQ(comment(first), std::string(8095, 'x'));
 }
 
+// Chunks come from users' files: whatever is in them, the node is shown as what is still readable.
 TEST_F(BrowserProperties, DamagedNodesAreShownAsPlain) {
-    INode* const damaged = node(2);
-    ASSERT_TRUE(fltPutComment(damaged, "x"));
-    AppDataChunk* const chunk =
-        damaged->GetAppDataChunk(Class_ID(0x6A3C1F07, 0x2E9D0001), 0xA10, 2);
-    ASSERT_TRUE(chunk);
-    static_cast<unsigned char*>(chunk->data)[0] = 0xEE;
-    browser().selectNode(add(root, "damaged", damaged));
-    EXPECT_EQ(text(control(IDC_COMMENT)), L"");
+    constexpr DWORD kKind = 0, kRecord = 1, kComment = 2, kOptions = 3;
+    constexpr int kGroup = 2, kLightSource = 101;
+    constexpr int kGroupIcon = 0, kOmniIcon = 12, kPlainIcon = 17;
+    struct Damage {
+        const char* what;
+        int kind;
+        DWORD chunk;
+        std::vector<unsigned char> bytes;
+        int icon;
+        bool readable;
+    };
+    const Damage damages[] = {
+        {"kind cut short", kGroup, kKind, {0, 2}, kPlainIcon, false},
+        {"no such kind", kGroup, kKind, std::vector<unsigned char>(40, 0xEE), kGroupIcon, false},
+        {"record of another kind", kGroup, kRecord, {0, 5, 0, 8, 0, 0, 0, 0}, kGroupIcon, false},
+        {"record longer than its chunk", kGroup, kRecord, {0, 2, 0xFF, 0xF8}, kGroupIcon, false},
+        {"record cut short", kGroup, kRecord, {0}, kGroupIcon, false},
+        {"comment", kGroup, kComment, {0xEE, 0xEE, 0, 200}, kGroupIcon, true},
+        {"options", kLightSource, kOptions, {1, 2, 3}, kOmniIcon, false},
+    };
+    for (const Damage& damage : damages) {
+        SCOPED_TRACE(damage.what);
+        INode* const made = node(damage.kind);
+        const Class_ID ours(0x6A3C1F07, 0x2E9D0001);
+        made->RemoveAppDataChunk(ours, 0xA10, damage.chunk);
+        void* const bytes = KILN_malloc(damage.bytes.size());
+        std::memcpy(bytes, damage.bytes.data(), damage.bytes.size());
+        made->AddAppDataChunk(ours, 0xA10, damage.chunk, static_cast<DWORD>(damage.bytes.size()),
+                              bytes);
+        const BrowserItem item = add(root, "damaged", made);
+        EXPECT_EQ(image(item), damage.icon);
+        browser().selectNode(item);
+        const std::wstring name = text(control(IDC_NAME));
+        EXPECT_EQ(name != L"Non-OpenFlight Selection", damage.readable)
+            << testing::PrintToString(name);
+        EXPECT_EQ(isEnabled(IDC_COMMENT), damage.readable);
+        EXPECT_EQ(gridValues() != L"", damage.readable);
+        EXPECT_EQ(text(control(IDC_COMMENT)), L"");
+    }
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Selecting and dragging with the mouse and the arrow keys.
 #include "browserfixture.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace {
@@ -197,6 +198,49 @@ TEST_F(BrowserSelection, ADragCanBeGivenUp) {
         EXPECT_TRUE(client.take().empty());
         EXPECT_TRUE(IsWindowVisible(form()));
     }
+}
+
+TEST_F(BrowserSelection, ADragScrollsTheTreeNearItsEdges) {
+    for (int i = 0; i < 200; ++i) items.push_back(add(root, "further"));
+    RECT area{};
+    GetClientRect(tree(), &area);
+    const auto firstShown = [] {
+        return reinterpret_cast<HTREEITEM>(
+            SendMessageW(tree(), TVM_GETNEXTITEM, TVGN_FIRSTVISIBLE, 0));
+    };
+    browser().selectNode(root);
+    const POINT from = middle(items[0], true);
+    mouse(WM_LBUTTONDOWN, from);
+    mouse(WM_MOUSEMOVE, {from.x + 20, from.y});
+    ASSERT_TRUE(testinput::hover(tree(), {40, area.bottom - 4}));
+    EXPECT_TRUE(testinput::pumpUntil([&] { return firstShown() == items[9]; }));
+    const HTREEITEM target = TreeView_GetDropHilight(tree());
+    EXPECT_GT(std::find(items.begin(), items.end(), target) - items.begin(), 9)
+        << "what comes under the mouse becomes the target";
+    ASSERT_TRUE(testinput::hover(tree(), {40, 4}));
+    EXPECT_TRUE(testinput::pumpUntil([&] { return firstShown() == root; }));
+    // In the middle it rests.
+    ASSERT_TRUE(testinput::hover(tree(), {40, area.bottom / 2}));
+    EXPECT_FALSE(testinput::pumpUntil([&] { return firstShown() != root; }, 300));
+    mouse(WM_LBUTTONUP, {40, area.bottom / 2});
+    ASSERT_TRUE(testinput::hover(tree(), {40, area.bottom - 4}));
+    EXPECT_FALSE(testinput::pumpUntil([&] { return firstShown() != root; }, 300)) << "it is over";
+}
+
+TEST_F(BrowserSelection, ADroppedNodeStaysSelectedAtItsNewPlace) {
+    const NodeHandle node = browser().nodeOf(items[0]);
+    BrowserItem added = nullptr;
+    client.onEvent = [&](const Sent& sent) {
+        if (sent.event != BrowserEvent::attach) return;
+        browser().delNode(sent.first);
+        added = browser().addNode(sent.second, "node a", node);
+    };
+    drag(items[0], items[4]);
+    ASSERT_NE(added, nullptr);
+    EXPECT_EQ(caret(), added);
+    EXPECT_TRUE(isSelected(added));
+    EXPECT_TRUE(isExpanded(items[4]));
+    EXPECT_NE(text(control(IDC_NAME)).find(L":node a"), std::wstring::npos);
 }
 
 TEST_F(BrowserSelection, IllegalDropsAreRefusedWithAMessage) {

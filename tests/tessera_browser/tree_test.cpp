@@ -59,9 +59,25 @@ TEST_F(BrowserTree, AddsInOrderAndHandsBackTheNodes) {
     EXPECT_EQ(browser().nodeOf(a), reinterpret_cast<NodeHandle>(first));
     EXPECT_EQ(browser().nodeOf(nullptr), 0u);
 
+    const auto hasButton = [&] {
+        TVITEMW found{};
+        found.mask = TVIF_CHILDREN;
+        found.hItem = root;
+        SendMessageW(tree(), TVM_GETITEMW, 0, reinterpret_cast<LPARAM>(&found));
+        return found.cChildren != 0;
+    };
+    EXPECT_TRUE(hasButton());
+    browser().selectNode(below);
     EXPECT_TRUE(browser().delChildren(root));
     EXPECT_EQ(TreeView_GetChild(tree(), root), nullptr);
     EXPECT_EQ(TreeView_GetCount(tree()), 1u);
+    EXPECT_EQ(caret(), root);
+    EXPECT_FALSE(hasButton());
+    const BrowserItem again = add(root, "again");
+    EXPECT_TRUE(hasButton());
+    browser().selectNode(again);
+    EXPECT_TRUE(isExpanded(root));
+    EXPECT_TRUE(browser().delChildren(root));
     EXPECT_EQ(browser().nodeOf(a), 0u) << "an item that is gone has no node";
     EXPECT_EQ(browser().addNode(a, "lost", 0), nullptr);
     EXPECT_FALSE(browser().delChildren(nullptr));

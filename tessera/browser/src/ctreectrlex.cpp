@@ -399,8 +399,26 @@ void CTreeCtrlEx::CollapseAll(HTREEITEM handle) {
 }
 
 void CTreeCtrlEx::Reveal(const std::vector<Item*>& items) {
-    for (const Item* above : TreeModel::ancestorsBottomUp(items))
-        if (!IsExpanded(*above)) Expand(above->handle, TVE_EXPAND);
+    // Asking each of them first whether it is expanded would take as long as expanding it.
+    for (const Item* above : TreeModel::ancestorsBottomUp(items)) Expand(above->handle, TVE_EXPAND);
+}
+
+// All at once: one by one, the control looks each of them up among all items and closes the gap.
+void CTreeCtrlEx::DeleteChildren(HTREEITEM handle) {
+    Item* const parent = Find(handle);
+    if (!parent || !parent->firstChild) return;
+    const RedrawPause pause(*this);
+    const CountUp changing(changing_);
+    // The caret goes where the control would put it after the last of them.
+    const Item* const caret = Find(Caret());
+    if (caret && caret != parent && TreeModel::isWithin(*caret, *parent)) Select(handle);
+    while (parent->firstChild) model_.remove(*parent->firstChild);
+    ForgetDeleted();
+    Send(TVM_EXPAND, TVE_COLLAPSE | TVE_COLLAPSERESET, reinterpret_cast<LPARAM>(handle));
+    // Otherwise it keeps its button, for children that were only taken out of memory. Not every
+    // version of the control can find out by itself that there are none.
+    SetChildren(handle, I_CHILDRENAUTO);
+    if (ShowsButton(handle)) SetChildren(handle, 0);
 }
 
 // ---------------------------------------------------------------- mouse

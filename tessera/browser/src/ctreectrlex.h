@@ -34,6 +34,9 @@ public:
     /// control's default. Null when the control refuses.
     HTREEITEM Add(HTREEITEM parent, std::string_view text, tessera::NodeHandle node, int image);
 
+    /// Deletes everything below an item; a caret there moves to the item.
+    void DeleteChildren(HTREEITEM item);
+
     std::size_t SelectedCount() const noexcept { return model_.selectedCount(); }
     bool IsSelected(HTREEITEM item);
     void SetSelected(Item& item, bool selected);

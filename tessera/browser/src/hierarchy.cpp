@@ -77,6 +77,7 @@ LRESULT Hierarchy::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
 // ---------------------------------------------------------------- setting up
 
 bool Hierarchy::OnInitDialog() {
+    EnableToolTips();
     tree_.SubclassDlgItem(IDC_TREE, Handle());
     tree_.onDrop = [this](HTREEITEM dragged, HTREEITEM target) { drop(dragged, target); };
     comment_.Attach(Item(IDC_COMMENT));
@@ -88,13 +89,10 @@ bool Hierarchy::OnInitDialog() {
         initialiseTree();
         initialiseGrid();
     } catch (const std::bad_alloc&) {
-        EnableToolTips();
         ShowMessage(platformMessage(ERROR_NOT_ENOUGH_MEMORY), MB_OK | MB_ICONSTOP);
         return false;
     }
     loadPictures();
-    // Last: the tips listen to the controls in front of whoever listens to them already.
-    EnableToolTips();
     size_ = sizeOf(ClientRect());
     CWnd grid;
     grid.Attach(Item(IDC_GRID));
@@ -301,15 +299,13 @@ void Hierarchy::clear() {
 }
 
 void Hierarchy::deleteChildren(HTREEITEM item) {
-    TreeItem* const parent = tree_.Find(item);
+    const TreeItem* const parent = tree_.Find(item);
     if (!parent) return;
+    for (const TreeItem* child = parent->firstChild; child; child = child->next)
+        index_.erase(child->node);
     {
-        const RedrawPause pause(tree_);
         const BulkOperation bulk(bulk_);
-        while (const TreeItem* child = parent->firstChild) {
-            index_.erase(child->node);
-            if (!tree_.DeleteItem(child->handle)) break;
-        }
+        tree_.DeleteChildren(item);
     }
     if (current_ && !tree_.Find(current_)) showNode(tree_.Caret());
     countSelected();

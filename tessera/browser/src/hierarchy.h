@@ -93,6 +93,7 @@ private:
     bool mayCreate(const TreeItem& parent, int choice);
     void spin(int step);
     void drop(HTREEITEM dragged, HTREEITEM target);
+    void selectLastChild(HTREEITEM parent, NodeHandle node);
     bool mayAttach(const TreeItem& dragged, const TreeItem& target);
     bool rename(const TVITEMW& edited);
 

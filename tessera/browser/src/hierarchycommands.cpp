@@ -240,7 +240,11 @@ void Hierarchy::create() {
     if (unknown != 0) opcode = kFltObject;
     const auto argument =
         static_cast<std::uintptr_t>(static_cast<std::intptr_t>(static_cast<std::int16_t>(opcode)));
+    const TreeItem* const lastBefore = parent->lastChild;
     send(BrowserEvent::create, item, nullptr, argument, kFltRevision);
+    const TreeItem* const now = tree_.Find(item);
+    // What was made can be seen, and the next one goes beside it.
+    if (now && now->lastChild != lastBefore) tree_.Expand(item, TVE_EXPAND);
     tree_.Invalidate();
 }
 
@@ -264,7 +268,17 @@ void Hierarchy::drop(HTREEITEM draggedHandle, HTREEITEM targetHandle) {
     if (!dragged || !target || !mayAttach(*dragged, *target)) return;
     const CWaitCursor wait;
     const RedrawPause pause(tree_);
+    const NodeHandle node = dragged->node;
     send(BrowserEvent::attach, draggedHandle, targetHandle);
+    selectLastChild(targetHandle, node);
+}
+
+// The node stays in hand: the client adds it again behind the other children.
+void Hierarchy::selectLastChild(HTREEITEM parent, NodeHandle node) {
+    const TreeItem* const item = tree_.Find(parent);
+    if (!item || !item->lastChild || item->lastChild->node != node) return;
+    selectNode(item->lastChild->handle);
+    tree_.EnsureVisible(tree_.Caret());
 }
 
 bool Hierarchy::mayAttach(const TreeItem& dragged, const TreeItem& target) {
