@@ -1,0 +1,152 @@
+#include "workbenchfixture.h"
+
+#include <framework/text.h>
+#include <kiln/host/host.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+namespace {
+
+constexpr ULONGLONG kPatience = 30000;
+
+}  // namespace
+
+bool eventually(const std::function<bool()>& holds) {
+    for (const ULONGLONG start = ::GetTickCount64(); ::GetTickCount64() - start < kPatience;) {
+        if (holds()) return true;
+        ::Sleep(50);
+    }
+    return false;
+}
+
+std::string textOf(HWND window) {
+    std::wstring text(static_cast<std::size_t>(::SendMessageW(window, WM_GETTEXTLENGTH, 0, 0)) + 1,
+                      L'\0');
+    text.resize(static_cast<std::size_t>(
+        ::SendMessageW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
+    return toUtf8(text);
+}
+
+OutputFile::OutputFile(std::wstring path) : path_(std::move(path)) {
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    handle_ = ::CreateFileW(path_.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited,
+                            CREATE_ALWAYS, 0, nullptr);
+}
+
+OutputFile::~OutputFile() {
+    ::CloseHandle(handle_);
+}
+
+std::string OutputFile::text() const {
+    std::ifstream file(std::filesystem::path(path_), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void WorkbenchTest::SetUp() {
+    std::filesystem::create_directories(folder_ / "plugins");
+    scene_ = (folder_ / L"场景.kiln").wstring();
+    makeScene(toUtf8(scene_));
+}
+
+void WorkbenchTest::TearDown() {
+    if (process_.hProcess) {
+        ::TerminateProcess(process_.hProcess, 1);
+        ::WaitForSingleObject(process_.hProcess, kPatience);
+        ::CloseHandle(process_.hProcess);
+        ::CloseHandle(process_.hThread);
+    }
+    output_.reset();
+}
+
+// The box is around the middle of the scene, so that the middle of the viewport shows it.
+void WorkbenchTest::makeScene(const std::string& path) {
+    Interface& host = kiln::Core::create().hostInterface();
+    host.CreateObjectNode(new BoxObject(20, 20, 20), "塔楼");
+    const kiln::Status saved = kiln::Core::get()->saveScene(path);
+    ASSERT_TRUE(saved.ok()) << saved.message();
+    kiln::Core::destroy();
+}
+
+void WorkbenchTest::launch(const std::wstring& plugins, const std::wstring& more) {
+    std::wstring line = L"\"" + toWide(WORKBENCH_PROGRAM) + L"\" \"" + scene_ + L"\" --plugins \"" +
+                        plugins + L"\" " + more;
+    output_ = std::make_unique<OutputFile>((folder_ / "output.txt").wstring());
+    STARTUPINFOW info{};
+    info.cb = sizeof info;
+    info.dwFlags = STARTF_USESTDHANDLES;
+    info.hStdOutput = info.hStdError = output_->handle();
+    ASSERT_TRUE(::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                 folder_.c_str(), &info, &process_));
+}
+
+void WorkbenchTest::start(const std::wstring& plugins, const std::wstring& more) {
+    launch(plugins, more);
+    ASSERT_TRUE(eventually([this] {
+        window_ = ::FindWindowW(L"WorkbenchMain", nullptr);
+        return window_ && ::IsWindowVisible(window_);
+    }));
+    viewport_ = ::FindWindowExW(window_, nullptr, L"WorkbenchViewport", nullptr);
+    panel_ = ::FindWindowExW(window_, nullptr, L"WorkbenchCommandPanel", nullptr);
+    const HWND pane = ::FindWindowExW(window_, nullptr, L"WorkbenchScriptPane", nullptr);
+    log_ = ::GetDlgItem(pane, 1);
+    line_ = ::GetDlgItem(pane, 2);
+    ASSERT_TRUE(viewport_ && panel_ && log_ && line_);
+    if (!more.empty()) return;
+    ASSERT_TRUE(eventually([this] { return textOf(window_) == "场景.kiln - Workbench"; }))
+        << textOf(window_);
+}
+
+DWORD WorkbenchTest::exitCode() {
+    EXPECT_EQ(::WaitForSingleObject(process_.hProcess, kPatience * 4), WAIT_OBJECT_0);
+    DWORD code = STILL_ACTIVE;
+    ::GetExitCodeProcess(process_.hProcess, &code);
+    return code;
+}
+
+std::string WorkbenchTest::script(const std::string& line) {
+    const std::string before = textOf(log_);
+    for (const wchar_t c : toWide(line)) ::SendMessageW(line_, WM_CHAR, c, 0);
+    ::SendMessageW(line_, WM_CHAR, L'\r', 0);
+    return textOf(log_).substr(before.size());
+}
+
+std::string WorkbenchTest::scriptFile(const std::string& text) {
+    const std::filesystem::path path = folder_ / L"脚本.ks";
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
+    const std::u8string name = path.generic_u8string();
+    return {name.begin(), name.end()};
+}
+
+bool WorkbenchTest::logSays(const std::string& text) const {
+    return textOf(log_).find(text) != std::string::npos;
+}
+
+bool WorkbenchTest::answerFileDialog(const wchar_t* title, const std::string& path) {
+    constexpr int kFileNameField = 0x47C;  // of the system's file dialog
+    HWND dialog = nullptr;
+    const bool open = eventually([&] {
+        dialog = ::FindWindowW(L"#32770", title);
+        return dialog && ::IsWindowVisible(dialog) && ::GetDlgItem(dialog, kFileNameField);
+    });
+    if (!open) return false;
+    std::wstring typed = toWide(path);
+    std::replace(typed.begin(), typed.end(), L'/', L'\\');
+    ::SendDlgItemMessageW(dialog, kFileNameField, WM_SETTEXT, 0,
+                          reinterpret_cast<LPARAM>(typed.c_str()));
+    ::PostMessageW(dialog, WM_COMMAND, IDOK, 0);
+    return eventually([&] { return !::IsWindow(dialog); });
+}
+
+void WorkbenchTest::click(int x, int y) const {
+    const LPARAM at = MAKELPARAM(x, y);
+    ::SendMessageW(viewport_, WM_LBUTTONDOWN, MK_LBUTTON, at);
+    ::SendMessageW(viewport_, WM_LBUTTONUP, 0, at);
+}
+
+HWND WorkbenchTest::page() const {
+    const HWND rollup = ::FindWindowExW(panel_, nullptr, L"WorkbenchRollup", nullptr);
+    return rollup ? ::GetWindow(rollup, GW_CHILD) : nullptr;
+}
