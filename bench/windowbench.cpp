@@ -27,6 +27,7 @@ struct Bench {
 };
 
 constexpr Bench kBenches[] = {
+    {"tree", browserTree},
     {"propertygrid", propertyGrid},
     {"grid", gridControl},
 };

@@ -1,0 +1,316 @@
+// The browser's tree on large scenes, against a bare tree control that gets the same contents.
+#include "baretree.h"
+#include "measure.h"
+#include "sampletree.h"
+#include "windowbench.h"
+
+#include <framework/win32.h>
+#include <moduleexports.h>
+#include <resources/resource.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+namespace bench {
+namespace {
+
+using tessera::BrowserEvent;
+using tessera::BrowserItem;
+using tessera::NodeHandle;
+
+constexpr int kSmall = 10'000;
+constexpr int kLarge = 100'000;
+constexpr int kBranching = 10;
+constexpr int kRepetitions = 5;
+
+constexpr double kBareLimit = 1.5;
+constexpr double kGrowthLimit = 12;  // from kSmall to kLarge
+constexpr double kMostRepaints = 3;
+
+/// The browser with a client that fills it from a sample tree.
+class Tree {
+public:
+    Tree();
+    Tree(const Tree&) = delete;
+    Tree& operator=(const Tree&) = delete;
+
+    /// What the next calls work on; empties the browser.
+    void use(const SampleTree& nodes);
+    HWND window() const { return form_.tree(); }
+
+    Cost fill();
+    Cost clear();
+    Cost deleteChildren();
+    /// Expand or Collapse with the root alone selected.
+    Cost push(int button);
+    /// Subtree on, the root selected.
+    Cost spread();
+    Cost selectSet();
+    /// The host's selection: `count` nodes, evenly spread.
+    Cost selectGet(int count);
+    /// Every node of the last one's kind has the same values.
+    Cost find();
+
+private:
+    static void client(BrowserEvent event, BrowserItem first, BrowserItem second,
+                       std::uintptr_t argument, std::uintptr_t argument2, void* data);
+    void rebuild();
+    void answer(BrowserEvent event, std::uintptr_t argument, std::uintptr_t argument2);
+    std::size_t selectedCount() const;
+    static void require(bool holds, const char* what);
+
+    Form form_;
+    const SampleTree* nodes_ = nullptr;
+    std::vector<BrowserItem> items_;
+    int hostSelection_ = 0;
+    int told_ = 0;  ///< nodes that SelectSet has selected in the host
+    PaintCounter paints_;
+};
+
+Tree::Tree() : paints_(form_.tree()) {
+    require(browser().create(nullptr, client, 0, this) == tessera::kBrowserDone, "binding");
+}
+
+// A figure of work that was not done would be worth nothing.
+void Tree::require(bool holds, const char* what) {
+    if (!holds) throw std::runtime_error(std::string(what) + " did not do its work");
+}
+
+void Tree::client(BrowserEvent event, BrowserItem first, BrowserItem, std::uintptr_t argument,
+                  std::uintptr_t argument2, void* data) {
+    auto& bench = *static_cast<Tree*>(data);
+    if (event == BrowserEvent::rebuild)
+        bench.rebuild();
+    else if (event == BrowserEvent::selectInHost)
+        bench.told_ += first ? 1 : 0;
+    else
+        bench.answer(event, argument, argument2);
+}
+
+void Tree::answer(BrowserEvent event, std::uintptr_t argument, std::uintptr_t argument2) {
+    switch (event) {
+        case BrowserEvent::confirmForm:
+            *reinterpret_cast<std::uint32_t*>(argument) = 0;
+            break;
+        case BrowserEvent::countSelected:
+            *reinterpret_cast<std::uint32_t*>(argument) =
+                static_cast<std::uint32_t>(hostSelection_);
+            break;
+        case BrowserEvent::getSelected: {
+            const std::size_t step = nodes_->size() / static_cast<std::size_t>(hostSelection_);
+            *reinterpret_cast<NodeHandle*>(argument2) =
+                reinterpret_cast<NodeHandle>((*nodes_)[argument * step].node);
+            break;
+        }
+        default:
+            break;
+    }
+}
+
+void Tree::rebuild() {
+    items_.assign(nodes_->size(), nullptr);
+    for (std::size_t i = 0; i < nodes_->size(); ++i) {
+        const SampleNode& node = (*nodes_)[i];
+        items_[i] = browser().addNode(
+            node.parent < 0 ? nullptr : items_[static_cast<std::size_t>(node.parent)],
+            node.name.c_str(), reinterpret_cast<NodeHandle>(node.node));
+    }
+}
+
+void Tree::use(const SampleTree& nodes) {
+    browser().delNode(nullptr);
+    nodes_ = &nodes;
+}
+
+Cost Tree::fill() {
+    const Cost cost = paints_.measure([] { browser().refresh(); });
+    require(TreeView_GetCount(window()) == nodes_->size(), "filling");
+    return cost;
+}
+
+Cost Tree::clear() {
+    const Cost cost = paints_.measure([] { browser().delNode(nullptr); });
+    require(TreeView_GetCount(window()) == 0, "clearing");
+    return cost;
+}
+
+Cost Tree::deleteChildren() {
+    const Cost cost = paints_.measure([this] { browser().delChildren(items_.front()); });
+    require(TreeView_GetCount(window()) == 1, "deleting the children");
+    return cost;
+}
+
+Cost Tree::push(int button) {
+    CheckDlgButton(form_.handle(), IDC_SUBTREE, BST_UNCHECKED);
+    SendMessageW(window(), TVM_SELECTITEM, TVGN_CARET, 0);
+    browser().selectNode(items_.front());
+    const Cost cost =
+        paints_.measure([&] { SendDlgItemMessageW(form_.handle(), button, BM_CLICK, 0, 0); });
+    std::size_t branch = 0;  // the deepest that there is at the end
+    for (std::size_t i = 0; i < nodes_->size(); ++i)
+        if ((*nodes_)[i].hasChildren) branch = i;
+    const bool expanded =
+        (TreeView_GetItemState(window(), items_[branch], TVIS_EXPANDED) & TVIS_EXPANDED) != 0;
+    require(expanded == (button == IDC_EXPAND), "expanding or collapsing");
+    return cost;
+}
+
+std::size_t Tree::selectedCount() const {
+    std::size_t count = 0;
+    for (const BrowserItem item : items_)
+        if (TreeView_GetItemState(window(), item, TVIS_SELECTED) & TVIS_SELECTED) ++count;
+    return count;
+}
+
+Cost Tree::spread() {
+    SendMessageW(window(), TVM_SELECTITEM, TVGN_CARET, 0);
+    CheckDlgButton(form_.handle(), IDC_SUBTREE, BST_CHECKED);
+    const Cost cost = paints_.measure([this] { browser().selectNode(items_.front()); });
+    require(selectedCount() == items_.size(), "Subtree");
+    return cost;
+}
+
+Cost Tree::selectSet() {
+    told_ = 0;
+    const Cost cost = paints_.measure(
+        [this] { SendDlgItemMessageW(form_.handle(), IDC_SELECT_SET, BM_CLICK, 0, 0); });
+    require(static_cast<std::size_t>(told_) == items_.size(), "SelectSet");
+    return cost;
+}
+
+Cost Tree::selectGet(int count) {
+    hostSelection_ = count;
+    SendDlgItemMessageW(form_.handle(), IDC_COLLAPSE, BM_CLICK, 0, 0);
+    const Cost cost = paints_.measure(
+        [this] { SendDlgItemMessageW(form_.handle(), IDC_SELECT_GET, BM_CLICK, 0, 0); });
+    require(selectedCount() == static_cast<std::size_t>(count), "SelectGet");
+    return cost;
+}
+
+Cost Tree::find() {
+    CheckDlgButton(form_.handle(), IDC_SUBTREE, BST_UNCHECKED);
+    SendMessageW(window(), TVM_SELECTITEM, TVGN_CARET, 0);
+    browser().selectNode(items_.back());
+    // A click on the first attribute's value chooses what is sought.
+    const HWND grid = form_.grid();
+    RECT area{};
+    GetClientRect(grid, &area);
+    const int line = HIWORD(GetDialogBaseUnits());
+    const LPARAM at = MAKELPARAM(area.right * 3 / 4, line + line / 2 + 4);
+    SendMessageW(grid, WM_LBUTTONDOWN, MK_LBUTTON, at);
+    SendMessageW(grid, WM_LBUTTONUP, 0, at);
+    SendMessageW(grid, WM_KEYDOWN, VK_ESCAPE, 0);
+    const Cost cost =
+        paints_.measure([this] { SendDlgItemMessageW(form_.handle(), IDC_FIND, BM_CLICK, 0, 0); });
+    require(selectedCount() > items_.size() / 3, "Find");
+    return cost;
+}
+
+// ---------------------------------------------------------------- the table
+
+struct Pair {
+    Cost browser;
+    Cost bare;
+};
+
+int mostPaints = 0;
+
+void printRatio(double limit, const std::string& what, const Cost& counter, const Cost& base) {
+    mostPaints = std::max(mostPaints, counter.paints);
+    reportWithin(limit, what, counter.milliseconds / base.milliseconds, "times");
+}
+
+std::string milliseconds(const Cost& cost) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.1f ms", cost.milliseconds);
+    return text.data();
+}
+
+void printPair(const std::string& name, const Pair& pair) {
+    printRatio(kBareLimit,
+               name + ": " + milliseconds(pair.browser) + ", bare " + milliseconds(pair.bare),
+               pair.browser, pair.bare);
+}
+
+void printGrowth(const std::string& name, const Cost& small, const Cost& large) {
+    printRatio(kGrowthLimit, name + ": " + milliseconds(small) + " to " + milliseconds(large),
+               large, small);
+}
+
+void compareWithBare(Tree& bench, const SampleTree& nodes, const SampleTree& flat) {
+    BareTree bare(bench.window());
+    Pair fill, expand, collapse, clear, flatFill, flatDelete;
+    for (int i = 0; i < kRepetitions; ++i) {
+        bench.use(nodes);
+        fill.browser.keepBest(bench.fill());
+        fill.bare.keepBest(bare.fill(nodes));
+        expand.browser.keepBest(bench.push(IDC_EXPAND));
+        expand.bare.keepBest(bare.expandAll(nodes));
+        collapse.browser.keepBest(bench.push(IDC_COLLAPSE));
+        collapse.bare.keepBest(bare.collapseAll(nodes));
+        clear.browser.keepBest(bench.clear());
+        clear.bare.keepBest(bare.clear());
+
+        bench.use(flat);
+        flatFill.browser.keepBest(bench.fill());
+        flatFill.bare.keepBest(bare.fill(flat));
+        flatDelete.browser.keepBest(bench.deleteChildren());
+        flatDelete.bare.keepBest(bare.deleteChildren());
+        bench.clear();
+        bare.clear();
+    }
+    printPair("fill 100,000", fill);
+    printPair("expand all", expand);
+    printPair("collapse all", collapse);
+    printPair("clear", clear);
+    printPair("fill 100,000 siblings", flatFill);
+    printPair("delete all children", flatDelete);
+}
+
+struct Growing {
+    Cost find, selectGetAll, selectGetTenth, selectSet, spread;
+};
+
+void measureGrowing(Tree& bench, const SampleTree& nodes, Growing& best) {
+    const int count = static_cast<int>(nodes.size());
+    bench.use(nodes);
+    bench.fill();
+    best.find.keepBest(bench.find());
+    best.spread.keepBest(bench.spread());
+    best.selectSet.keepBest(bench.selectSet());
+    best.selectGetAll.keepBest(bench.selectGet(count));
+    best.selectGetTenth.keepBest(bench.selectGet(count / kBranching));
+    bench.clear();
+}
+
+void compareSizes(Tree& bench, const SampleTree& small, const SampleTree& large) {
+    Growing ofSmall, ofLarge;
+    for (int i = 0; i < kRepetitions; ++i) {
+        measureGrowing(bench, small, ofSmall);
+        measureGrowing(bench, large, ofLarge);
+    }
+    printGrowth("Find, 10,000 to 100,000", ofSmall.find, ofLarge.find);
+    printGrowth("SelectGet of all", ofSmall.selectGetAll, ofLarge.selectGetAll);
+    printGrowth("SelectGet of every tenth", ofSmall.selectGetTenth, ofLarge.selectGetTenth);
+    printGrowth("SelectSet of all", ofSmall.selectSet, ofLarge.selectSet);
+    printGrowth("Subtree from the root", ofSmall.spread, ofLarge.spread);
+}
+
+}  // namespace
+
+void browserTree() {
+    Tree bench;
+    const SampleTree small = makeSampleTree(kSmall, kBranching);
+    const SampleTree large = makeSampleTree(kLarge, kBranching);
+    const SampleTree flat = makeSampleTree(kLarge, kLarge);
+    compareWithBare(bench, large, flat);
+    compareSizes(bench, small, large);
+    reportWithin(kMostRepaints, "most repaints of the tree in one action", mostPaints, "");
+}
+
+}  // namespace bench
