@@ -232,7 +232,22 @@ void CTreeCtrlEx::WalkVisible(const std::vector<Item*>& wanted, Visit visit) {
     }
 }
 
+std::vector<CTreeCtrlEx::Item*> CTreeCtrlEx::VisibleItems() {
+    std::vector<Item*> items;
+    for (Item* at = model_.first(); at; at = at->firstChild && IsExpanded(*at)
+                                                 ? TreeModel::following(*at)
+                                                 : TreeModel::skipping(*at))
+        items.push_back(at);
+    return items;
+}
+
 std::vector<CTreeCtrlEx::Item*> CTreeCtrlEx::VisibleSelection() {
+    // Where much is selected, looking at everything is quicker than looking for it.
+    if (model_.selectedCount() > model_.size() / 4) {
+        std::vector<Item*> items = VisibleItems();
+        std::erase_if(items, [](const Item* item) { return !item->selected; });
+        return items;
+    }
     std::vector<Item*> found;
     WalkVisible(model_.selected(), [&](Item& item) {
         if (item.selected) found.push_back(&item);
@@ -307,10 +322,7 @@ void CTreeCtrlEx::ClickSelect(HTREEITEM item, bool shift, bool control) {
 void CTreeCtrlEx::SelectRange(HTREEITEM item) {
     if (!anchor_) anchor_ = Caret();
     MoveCaret(item);
-    std::vector<Item*> all;
-    for (Item* at = model_.first(); at;
-         at = IsExpanded(*at) ? TreeModel::following(*at) : TreeModel::skipping(*at))
-        all.push_back(at);
+    const std::vector<Item*> all = VisibleItems();
     const auto position = [&all](HTREEITEM wanted, std::size_t otherwise) {
         for (std::size_t i = 0; i < all.size(); ++i)
             if (all[i]->handle == wanted) return i;

@@ -40,6 +40,7 @@ public:
     std::size_t SelectedCount() const noexcept { return model_.selectedCount(); }
     bool IsSelected(HTREEITEM item);
     void SetSelected(Item& item, bool selected);
+    std::vector<Item*> VisibleItems();
     /// The selected items that are visible, in their order.
     std::vector<Item*> VisibleSelection();
     /// The first of them, or null.
