@@ -17,17 +17,32 @@ struct HostDelete {
     }
 };
 
-struct ChunkDelete {
-    void operator()(AppDataChunk* chunk) const noexcept {
-        KILN_free(chunk->data);
-        KILN_free(chunk);
-    }
-};
-
 }  // namespace
 
+/// A chunk in the list of those of one thing, in the order they were added.
+struct HeldChunk {
+    AppDataChunk chunk;
+    HeldChunk* next;
+};
+
 struct AnimatableData {
-    std::vector<std::unique_ptr<AppDataChunk, ChunkDelete>> chunks;
+    AnimatableData() = default;
+    ~AnimatableData() { clearChunks(); }
+    AnimatableData(const AnimatableData&) = delete;
+    AnimatableData& operator=(const AnimatableData&) = delete;
+
+    void clearChunks() noexcept {
+        while (chunks) removeAt(chunks);
+    }
+    /// Frees the chunk that `link` leads to.
+    static void removeAt(HeldChunk*& link) noexcept {
+        HeldChunk* const held = link;
+        link = held->next;
+        KILN_free(held->chunk.data);
+        KILN_free(held);
+    }
+
+    HeldChunk* chunks = nullptr;
     std::unique_ptr<ICustAttribContainer, HostDelete<ICustAttribContainer>> attribs;
 };
 
@@ -44,34 +59,36 @@ AppDataChunk* Animatable::AddAppDataChunk(const Class_ID& cid, SClass_ID sid, DW
         kiln::setSceneModified(true);
         return present;
     }
-    void* const memory = KILN_malloc(sizeof(AppDataChunk));
+    void* const memory = KILN_malloc(sizeof(HeldChunk));
     if (!memory) return nullptr;
-    auto* const chunk = new (memory) AppDataChunk{cid, sid, subId, 0, nullptr};
-    std::unique_ptr<AppDataChunk, ChunkDelete> owner(chunk);
     try {
         if (!data_) data_ = std::make_unique<AnimatableData>();
-        data_->chunks.push_back(std::move(owner));
     } catch (const std::bad_alloc&) {
+        KILN_free(memory);
         return nullptr;
     }
-    chunk->data = data;
-    chunk->length = length;
+    HeldChunk** end = &data_->chunks;
+    while (*end) end = &(*end)->next;
+    *end = new (memory) HeldChunk{{cid, sid, subId, length, data}, nullptr};
     kiln::setSceneModified(true);
-    return chunk;
+    return &(*end)->chunk;
 }
 
 AppDataChunk* Animatable::GetAppDataChunk(const Class_ID& cid, SClass_ID sid,
                                           DWORD subId) const noexcept {
     if (!data_) return nullptr;
-    for (const auto& chunk : data_->chunks)
-        if (chunk->subID == subId && chunk->clID == cid && chunk->sclID == sid) return chunk.get();
+    for (HeldChunk* held = data_->chunks; held; held = held->next)
+        if (held->chunk.subID == subId && held->chunk.clID == cid && held->chunk.sclID == sid)
+            return &held->chunk;
     return nullptr;
 }
 
 bool Animatable::RemoveAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD subId) noexcept {
     const AppDataChunk* const chunk = GetAppDataChunk(cid, sid, subId);
     if (!chunk) return false;
-    std::erase_if(data_->chunks, [&](const auto& held) { return held.get() == chunk; });
+    HeldChunk** link = &data_->chunks;
+    while (&(*link)->chunk != chunk) link = &(*link)->next;
+    AnimatableData::removeAt(*link);
     kiln::setSceneModified(true);
     return true;
 }
@@ -81,18 +98,22 @@ void Animatable::NotifyAppDataChanged() noexcept {
 }
 
 void Animatable::ClearAllAppData() noexcept {
-    if (!data_ || data_->chunks.empty()) return;
-    data_->chunks.clear();
+    if (!data_ || !data_->chunks) return;
+    data_->clearChunks();
     kiln::setSceneModified(true);
 }
 
 int Animatable::NumAppDataChunks() const noexcept {
-    return data_ ? static_cast<int>(data_->chunks.size()) : 0;
+    int count = 0;
+    for (const HeldChunk* held = data_ ? data_->chunks : nullptr; held; held = held->next) ++count;
+    return count;
 }
 
 AppDataChunk* Animatable::GetAppDataChunk(int index) const noexcept {
-    if (index < 0 || index >= NumAppDataChunks()) return nullptr;
-    return data_->chunks[static_cast<std::size_t>(index)].get();
+    if (index < 0) return nullptr;
+    HeldChunk* held = data_ ? data_->chunks : nullptr;
+    for (; held && index > 0; --index) held = held->next;
+    return held ? &held->chunk : nullptr;
 }
 
 ICustAttribContainer* Animatable::GetCustAttribContainer() const noexcept {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <utility>
 
 #include "node.h"
 
@@ -32,30 +33,72 @@ std::size_t lengthWithoutDigits(std::string_view name) noexcept {
 }  // namespace
 
 void NameIndex::add(Node* node) {
-    Sharers& sharers = nodes_[node->name()];
     NameLinks& links = node->nameLinks();
-    links = {sharers.last, nullptr};
-    if (sharers.last)
-        sharers.last->nameLinks().next = node;
-    else
-        sharers.first = node;
-    sharers.last = node;
+    links = {};
+    links.hash = TextHash{}(node->name());
+    if (Node* const first = find(node->name(), links.hash)) {
+        Node*& last = first->nameLinks().last;
+        links.previous = last;
+        last->nameLinks().next = node;
+        last = node;
+        return;
+    }
+    if (names_ == buckets_.size()) enlarge();
+    links.last = node;
+    links.nextInBucket = std::exchange(bucket(links.hash), node);
+    ++names_;
 }
 
 bool NameIndex::remove(Node* node) noexcept {
-    const auto entry = nodes_.find(node->name());
-    const NameLinks links = node->nameLinks();
-    (links.previous ? links.previous->nameLinks().next : entry->second.first) = links.next;
-    (links.next ? links.next->nameLinks().previous : entry->second.last) = links.previous;
-    node->nameLinks() = {};
-    if (entry->second.first) return false;
-    nodes_.erase(entry);
-    return true;
+    const NameLinks links = std::exchange(node->nameLinks(), NameLinks());
+    if (links.previous) {
+        links.previous->nameLinks().next = links.next;
+        if (links.next) {
+            links.next->nameLinks().previous = links.previous;
+        } else {
+            Node* const first = find(node->name(), links.hash);
+            first->nameLinks().last = links.previous;
+        }
+        return false;
+    }
+    Node** link = &bucket(links.hash);
+    while (*link != node) link = &(*link)->nameLinks().nextInBucket;
+    *link = links.nextInBucket;
+    if (!links.next) {
+        --names_;
+        return true;
+    }
+    NameLinks& heir = links.next->nameLinks();
+    heir.previous = nullptr;
+    heir.last = links.last;
+    heir.nextInBucket = std::exchange(*link, links.next);
+    return false;
 }
 
 Node* NameIndex::find(std::string_view name) const noexcept {
-    const auto entry = nodes_.find(name);
-    return entry == nodes_.end() ? nullptr : entry->second.first;
+    return find(name, TextHash{}(name));
+}
+
+Node* NameIndex::find(std::string_view name, std::size_t hash) const noexcept {
+    if (buckets_.empty()) return nullptr;
+    Node* node = buckets_[hash & (buckets_.size() - 1)];
+    while (node && (node->nameLinks().hash != hash || node->name() != name))
+        node = node->nameLinks().nextInBucket;
+    return node;
+}
+
+void NameIndex::enlarge() {
+    constexpr std::size_t kFewest = 64;
+    std::vector<Node*> before(std::max(kFewest, 2 * buckets_.size()));
+    before.swap(buckets_);
+    for (Node* node : before) {
+        while (node) {
+            NameLinks& links = node->nameLinks();
+            Node* const next = links.nextInBucket;
+            links.nextInBucket = std::exchange(bucket(links.hash), node);
+            node = next;
+        }
+    }
 }
 
 void MakerRegistry::nameFreed(std::string_view name) noexcept {

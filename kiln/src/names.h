@@ -26,30 +26,36 @@ template <typename Value>
 using TextMap = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
 using TextSet = std::unordered_set<std::string, TextHash, std::equal_to<>>;
 
-/// A node's place among those of the same name.
+/// A node's place among those of the same name, of which the first stands in the index.
 struct NameLinks {
     Node* previous = nullptr;
     Node* next = nullptr;
+    Node* last = nullptr;          ///< of the first: the last one of the same name
+    Node* nextInBucket = nullptr;  ///< of the first: the first of another name
+    std::size_t hash = 0;          ///< of the name
 };
 
-/// The nodes of a scene by name. Constant time, also for names that very many nodes share.
+/// The nodes of a scene by name. Constant time, also for names that very many nodes share. The
+/// chains go through the nodes, so that a node costs no more than its links.
 class NameIndex {
 public:
     /// Makes room for a node of this name; adding one then cannot fail.
     void reserve(const std::string& name) { nodes_.try_emplace(name); }
     void add(Node* node);
-    /// Takes `node` out; gives whether it was the last with its name.
+    /// Takes `node` out, which has had its name since it was added; gives whether it was the last
+    /// with that name.
     bool remove(Node* node) noexcept;
     /// The node that has had `name` longest, or null.
     Node* find(std::string_view name) const noexcept;
-    bool contains(std::string_view name) const noexcept { return nodes_.contains(name); }
+    bool contains(std::string_view name) const noexcept { return find(name) != nullptr; }
 
 private:
-    struct Sharers {
-        Node* first = nullptr;
-        Node* last = nullptr;
-    };
-    TextMap<Sharers> nodes_;
+    Node* find(std::string_view name, std::size_t hash) const noexcept;
+    Node*& bucket(std::size_t hash) noexcept { return buckets_[hash & (buckets_.size() - 1)]; }
+    void enlarge();
+
+    std::vector<Node*> buckets_;  // a power of two, or none
+    std::size_t names_ = 0;
 };
 
 class SceneNameMaker;

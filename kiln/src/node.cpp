@@ -95,18 +95,25 @@ Matrix3 Node::GetNodeTM(TimeValue) const {
     return world();
 }
 
+Node::Place& Node::place() const {
+    if (!place_) place_ = std::make_unique<Place>();
+    return *place_;
+}
+
 const Matrix3& Node::world() const {
-    if (worldValid_) return world_;
+    if (worldValid_) return place_->world;
     std::vector<const Node*> stale;
     const Node* node = this;
     for (; node && !node->worldValid_; node = node->parent_) stale.push_back(node);
     for (auto at = stale.rbegin(); at != stale.rend(); ++at) {
         const Node* const parent = (*at)->parent_;
-        (*at)->world_ =
-            parent && !parent->world_.IsIdentity() ? (*at)->local_ * parent->world_ : (*at)->local_;
+        Place& place = (*at)->place();
+        place.world = parent && !parent->place_->world.IsIdentity()
+                          ? place.local * parent->place_->world
+                          : place.local;
         (*at)->worldValid_ = true;
     }
-    return world_;
+    return place_->world;
 }
 
 void Node::SetLocalTM(TimeValue, const Matrix3& tm) {
@@ -122,8 +129,9 @@ void Node::SetNodeTM(TimeValue, const Matrix3& tm) {
 }
 
 void Node::setLocal(const Matrix3& tm) {
+    Place& changed = place();
     invalidateSubtree();
-    local_ = tm;
+    changed.local = tm;
 }
 
 void Node::setWorld(const Matrix3& tm) {
@@ -135,7 +143,7 @@ void Node::setWorld(const Matrix3& tm) {
     setLocal(tm * Inverse(above));
     // Kept as it was given, so that it does not drift while the node is moved from parent to
     // parent.
-    world_ = tm;
+    place_->world = tm;
     worldValid_ = true;
 }
 

@@ -4,6 +4,7 @@
 #include <kiln/inode.h>
 #include <kiln/texmap.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -35,7 +36,7 @@ public:
 
     Matrix3 GetNodeTM(TimeValue t) const override;
     void SetNodeTM(TimeValue t, const Matrix3& tm) override;
-    Matrix3 GetLocalTM(TimeValue) const override { return local_; }
+    Matrix3 GetLocalTM(TimeValue) const override { return place_ ? place_->local : Matrix3(); }
     void SetLocalTM(TimeValue t, const Matrix3& tm) override;
 
     ObjectState EvalWorldState(TimeValue) const override { return {object_}; }
@@ -97,6 +98,11 @@ private:
     // The world transform is worked out when it is asked for. While a node's is not valid, neither
     // is that of any node below it.
     mutable bool worldValid_ = false;
+    struct Place {
+        Matrix3 local;
+        Matrix3 world;
+    };
+    Place& place() const;
     COLORREF wireColor_ = 0xC0C0C0;
     std::string name_;
     NameLinks nameLinks_;
@@ -104,8 +110,8 @@ private:
     Object* object_ = nullptr;
     Texmap* texmap_ = nullptr;
     NodeList<&Node::siblingBlock> children_;
-    Matrix3 local_;
-    mutable Matrix3 world_;
+    // Most nodes of a scene stand where their parent does, and most are never asked where that is.
+    mutable std::unique_ptr<Place> place_;  // null: local is the identity, world not valid
 };
 
 /// `top` and all nodes below it, parents before children, siblings in order. Does not recurse.

@@ -20,8 +20,8 @@ bool sceneModified() noexcept {
     return modified;
 }
 
-Scene::Scene() : root_(new Node(*this, ++lastHandle, "Scene Root")) {
-    live_.insert(root_);
+Scene::Scene() : byHandle_(lastHandle + 1), root_(new Node(*this, ++lastHandle, "Scene Root")) {
+    live_.insert(static_cast<const INode*>(root_));
 }
 
 Scene::~Scene() {
@@ -43,15 +43,15 @@ Node* Scene::createNode(Object* object, std::string name, Node* parent) {
     Node* const made = node.release();
     bool named = false;
     try {
-        live_.insert(made);
-        byHandle_.emplace(made->GetHandle(), made);
+        live_.insert(static_cast<const INode*>(made));
+        byHandle_.insert(made->GetHandle(), made);
         names_.add(made);
         named = true;
         parent->adopt(made);
     } catch (...) {
         if (named) names_.remove(made);
         byHandle_.erase(made->GetHandle());
-        live_.erase(made);
+        live_.erase(static_cast<const INode*>(made));
         delete made;
         throw;
     }
@@ -73,7 +73,7 @@ void Scene::deleteNode(INode* which) {
         selectionChanged |= deselect(one);
         if (names_.remove(one) && makers_) makers_->nameFreed(one->name());
         byHandle_.erase(one->GetHandle());
-        live_.erase(one);
+        live_.erase(static_cast<const INode*>(one));
     }
     for (Node* const one : doomed) delete one;
     deleting_ = false;
@@ -92,8 +92,7 @@ void Scene::renameNode(Node* node, std::string& name, std::string newName) {
 }
 
 Node* Scene::byHandle(DWORD handle) const noexcept {
-    const auto entry = byHandle_.find(handle);
-    return entry == byHandle_.end() ? nullptr : entry->second;
+    return byHandle_.find(handle);
 }
 
 void Scene::addTexmap(Texmap* map) {

@@ -6,12 +6,11 @@
 
 #include <memory>
 #include <string>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "names.h"
 #include "node.h"
+#include "nodetables.h"
 
 namespace kiln {
 
@@ -44,7 +43,9 @@ public:
     /// Does nothing for the root and for what is not, or no longer, a node of the scene.
     void deleteNode(INode* which);
     void renameNode(Node* node, std::string& name, std::string newName);
-    bool contains(const INode* node) const noexcept { return live_.contains(node); }
+    bool contains(const INode* node) const noexcept {
+        return live_.contains(static_cast<const void*>(node));
+    }
     Node* byHandle(DWORD handle) const noexcept;
     Node* byName(std::string_view name) const noexcept { return names_.find(name); }
     std::size_t nodeCount() const noexcept { return byHandle_.size(); }
@@ -69,8 +70,8 @@ private:
     MakerRegistry* makers_ = nullptr;
     NameIndex names_;
     NodeList<&Node::selectionBlock> selection_;
-    std::unordered_map<DWORD, Node*> byHandle_;  // without the root
-    std::unordered_set<const INode*> live_;      // with the root
+    HandleTable byHandle_;  // without the root
+    AddressSet live_;       // with the root
     std::vector<Texmap*> texmaps_;
     bool deleting_ = false;
     Node* root_;

@@ -136,10 +136,11 @@ std::size_t groupsOf(const Place& list, std::size_t size) {
     return count / size;
 }
 
-void readPoints(const Place& list, Tab<Point3>& points) {
+template <typename Point>
+void readPoints(const Place& list, Tab<Point>& points) {
     const std::size_t count = groupsOf(list, 3);
     points.Resize(static_cast<int>(count));
-    for (std::size_t i = 0; i < count; ++i) points.Append(pointAt(list, 3 * i));
+    for (std::size_t i = 0; i < count; ++i) points.Append(Point(pointAt(list, 3 * i)));
 }
 
 Matrix3 matrixFrom(const Place& list) {

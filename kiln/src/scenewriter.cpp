@@ -27,9 +27,10 @@ void appendPoint(Json& list, const Point3& point) {
     for (const double value : {point.x, point.y, point.z}) list.push_back(numberJson(value));
 }
 
-Json pointsJson(const Tab<Point3>& points) {
+template <typename Point>
+Json pointsJson(const Tab<Point>& points) {
     Json list = Json::array();
-    for (const Point3& point : points) appendPoint(list, point);
+    for (const Point& point : points) appendPoint(list, point);
     return list;
 }
 

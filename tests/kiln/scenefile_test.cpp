@@ -45,8 +45,8 @@ protected:
         Mesh& mesh = tri->GetMesh();
         for (const Point3& point : {Point3{0.1, 0.2, 0.3}, Point3{1, 0, 0}, Point3{0, 1, 0}}) {
             mesh.verts.Append(point);
-            mesh.normals.Append(Point3{0, 0, 1});
-            mesh.tVerts.Append(point);
+            mesh.normals.Append(Point3f(0, 0, 1));
+            mesh.tVerts.Append(Point3f(point));
             mesh.colors.Append(COLORREF{0x80FF00});
         }
         mesh.faces.Append(Face{{0, 1, 2}, EDGE_A | EDGE_C, 5});

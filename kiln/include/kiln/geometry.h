@@ -6,13 +6,30 @@
 #include <algorithm>
 #include <array>
 
-/// A point or a vector. Also a texture coordinate (u, v, w).
+/// A point or a vector.
 struct Point3 {
     double x = 0;
     double y = 0;
     double z = 0;
 
     constexpr bool operator==(const Point3&) const = default;
+};
+
+/// A normal, or a texture coordinate (u, v, w), for which single precision is enough: meshes have
+/// many of them.
+struct Point3f {
+    float x = 0;
+    float y = 0;
+    float z = 0;
+
+    constexpr Point3f() = default;
+    constexpr Point3f(float first, float second, float third) : x(first), y(second), z(third) {}
+    /// Rounds.
+    constexpr explicit Point3f(const Point3& p)
+        : x(static_cast<float>(p.x)), y(static_cast<float>(p.y)), z(static_cast<float>(p.z)) {}
+    constexpr operator Point3() const { return {x, y, z}; }
+
+    constexpr bool operator==(const Point3f&) const = default;
 };
 
 constexpr Point3 operator+(const Point3& a, const Point3& b) {

@@ -31,9 +31,9 @@ struct TVFace {
 struct KILNAPI Mesh {
     Tab<Point3> verts;
     Tab<Face> faces;
-    Tab<Point3> tVerts;    ///< texture coordinates; empty when there are none
+    Tab<Point3f> tVerts;   ///< texture coordinates; empty when there are none
     Tab<TVFace> tvFaces;   ///< as many as `faces`, or empty
-    Tab<Point3> normals;   ///< one per vertex, or empty
+    Tab<Point3f> normals;  ///< one per vertex, or empty
     Tab<COLORREF> colors;  ///< one per vertex, or empty
 
     /// Cuts a polygon over the vertices `corners` (indices into `verts`, counter-clockwise, at
