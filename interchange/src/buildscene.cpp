@@ -64,6 +64,7 @@ public:
     INode* build(const std::string& name) {
         nodes_.reserve(outline_.nodes.size());
         try {
+            makeTextures();
             for (const OutlineNode& source : outline_.nodes) {
                 tellProgress();
                 makeNode(source, name);
@@ -72,6 +73,7 @@ public:
             // The database's node takes all others along, but for one that is not linked yet.
             if (unlinked_ != nullptr) host_.DeleteNode(unlinked_);
             if (!nodes_.empty()) host_.DeleteNode(nodes_.front());
+            for (const auto& [index, map] : textures_) host_.RemoveTexmap(map);
             throw;
         }
         return nodes_.front();
@@ -218,10 +220,10 @@ private:
     void addVertex(Mesh& mesh, FileBytes vertex, const Features& features) {
         mesh.verts.Append(positionOf(vertex));
         if (features.normals) {
-            mesh.normals.Append(hasNormal(vertex) ? normalOf(vertex) : Point3{});
+            mesh.normals.Append(hasNormal(vertex) ? normalOf(vertex) : Point3f());
         }
         if (features.textures) {
-            mesh.tVerts.Append(hasTexture(vertex) ? textureOf(vertex) : Point3{});
+            mesh.tVerts.Append(hasTexture(vertex) ? textureOf(vertex) : Point3f());
         }
         if (features.colors) {
             mesh.colors.Append(vertexColor(vertex, colorPalette_).value_or(kVertexWhite));
@@ -283,10 +285,32 @@ private:
         }
     }
 
+    /// A picture for each entry of the texture palette, marked as one that was read.
+    void makeTextures() {
+        constexpr std::size_t kNameLength = 200;
+        constexpr std::size_t kIndex = kBody + kNameLength;
+        for (const std::uint32_t offset : outline_.textures) {
+            const FileBytes record = recordAt(bytes_, offset);
+            if (record.size() < kIndex + 4) continue;
+            const auto index = static_cast<std::int32_t>(uint32At(record, kIndex));
+            if (textures_.contains(index)) continue;
+            const std::string file = textOf(record.subspan(kBody, kNameLength));
+            std::unique_ptr<BitmapTex, DeleteThis> map(new BitmapTex);
+            map->SetMapName(file.c_str());
+            map->SetName(file.substr(file.find_last_of("/\\") + 1).c_str());
+            keepChunk(*map, KeptChunk::records, record.subspan(kIndex, 4));
+            const auto place = textures_.emplace(index, map.get()).first;
+            host_.AddTexmap(map.get());
+            place->second = map.release();
+        }
+    }
+
     void dress(INode& node, const FltFace& face) {
         constexpr std::uint32_t kHidden = 0x04000000;
         if (const auto color = colorOf(face, colorPalette_)) node.SetWireColor(*color);
         if (face.flags & kHidden) node.Hide(true);
+        const auto texture = textures_.find(face.textureIndex);
+        if (texture != textures_.end()) node.SetTexmap(texture->second);
     }
 
     // ------------------------------------------------------------ places
@@ -379,6 +403,7 @@ private:
     /// Whether the node's pieces are those that export makes of the node without being told: a
     /// level for its children, or one for its corners.
     bool isPlain(const OutlineNode& source) const {
+        if (source.plain) return true;
         std::uint32_t i = source.firstPiece;
         if (i == kNone) return true;
         const auto opcode = [&] { return uint16At(bytes_, outline_.pieces[i].record); };
@@ -395,6 +420,12 @@ private:
     }
 
     void keepPieces(const OutlineNode& source, bool losesVertices) {
+        if (source.plain) {
+            kept_.marker(kFltPushLevel);
+            keepList(recordAt(bytes_, source.list), true, losesVertices);
+            kept_.marker(kFltPopLevel, 0);
+            return;
+        }
         std::size_t opaque = 0;  // depth within levels that hold no nodes
         bool inList = false;
         for (std::uint32_t i = source.firstPiece; i != kNone; i = outline_.pieces[i].next) {
@@ -471,6 +502,7 @@ private:
     KeptWriter kept_;
     const FileBytes colorPalette_ =
         outline_.colorPalette == 0 ? FileBytes() : recordAt(bytes_, outline_.colorPalette);
+    std::map<std::int32_t, BitmapTex*> textures_;  ///< by index of the palette
     std::map<std::int32_t, FltLightSourcePalette> lights_;
     FltLightSourcePalette defaultLight_;
 };

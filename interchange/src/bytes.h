@@ -13,9 +13,8 @@ inline void put16(std::uint8_t* place, std::uint16_t value) noexcept {
 inline void put32(std::uint8_t* place, std::uint32_t value) noexcept {
     fltStoreBigEndian(place, value);
 }
-/// Rounds to single precision.
-inline void putFloat32(std::uint8_t* place, double value) noexcept {
-    fltStoreBigEndian(place, static_cast<float>(value));
+inline void putFloat32(std::uint8_t* place, float value) noexcept {
+    fltStoreBigEndian(place, value);
 }
 inline void putFloat64(std::uint8_t* place, double value) noexcept {
     fltStoreBigEndian(place, value);

@@ -104,6 +104,7 @@ struct Level {
     std::uint32_t owner;         ///< node that it belongs to, and under which its nodes go
     std::uint32_t current;       ///< node that the next piece or push is about
     std::uint32_t children = 0;  ///< nodes that stand directly in it
+    bool deferred = false;       ///< may turn out to be all that a plain node has
 };
 
 class OutlineReader {
@@ -216,6 +217,7 @@ private:
                 return;
             case Role::vertexList:
                 beginCorners();
+                if (ownList_ && levels_.back().deferred) return;
                 break;
             case Role::continuation:
                 if (ownList_) {
@@ -242,8 +244,32 @@ private:
     }
 
     void addPiece(std::uint32_t owner, std::uint32_t children = 0) {
+        if (outline_.nodes[owner].plain) spellOut(owner);
+        if (levels_.back().deferred && levels_.back().owner == owner) spellOut(levels_.back());
+        append(owner, offset_, children);
+    }
+
+    /// Puts what a plain node has into its chain.
+    void spellOut(std::uint32_t owner) {
+        OutlineNode& node = outline_.nodes[owner];
+        node.plain = false;
+        append(owner, node.record + lengthAt(node.record), 0);
+        append(owner, node.list, 0);
+        append(owner, node.list + lengthAt(node.list), 0);
+    }
+
+    void spellOut(Level& level) {
+        level.deferred = false;
+        append(level.owner, level.offset, 0);
+        const std::uint32_t list = outline_.nodes[level.owner].list;
+        if (list != 0 && list != offset_) append(level.owner, list, 0);
+    }
+
+    std::uint32_t lengthAt(std::uint32_t record) const { return uint16At(bytes_, record + 2); }
+
+    void append(std::uint32_t owner, std::uint32_t record, std::uint32_t children) {
         const auto index = static_cast<std::uint32_t>(outline_.pieces.size());
-        outline_.pieces.push_back({offset_, kNone, children});
+        outline_.pieces.push_back({record, kNone, children});
         OutlineNode& node = outline_.nodes[owner];
         if (node.lastPiece == kNone) {
             node.firstPiece = index;
@@ -290,8 +316,28 @@ private:
         const Level& outer = levels_.back();
         const std::uint32_t owner = outer.opaque ? outer.owner : outer.current;
         const bool opaque = outer.opaque || beginsOpaque(opcode_);
-        addPiece(owner, opaque ? kNone : 0);
-        levels_.push_back({closerOf(opcode_), opaque, offset_, owner, owner});
+        const bool deferred = mayBePlain(owner);
+        if (!deferred) addPiece(owner, opaque ? kNone : 0);
+        levels_.push_back({closerOf(opcode_), opaque, offset_, owner, owner, 0, deferred});
+    }
+
+    bool mayBePlain(std::uint32_t owner) const {
+        const OutlineNode& node = outline_.nodes[owner];
+        return opcode_ == kFltPushLevel && length_ == kRecordHeader && holdsPoints(node) &&
+               node.firstPiece == kNone && !node.plain &&
+               offset_ == node.record + lengthAt(node.record);
+    }
+
+    static bool holdsPoints(const OutlineNode& node) {
+        return node.kind == kFltFace || node.kind == kFltLightPoint;
+    }
+
+    /// Whether the level that ends here makes its owner a plain node.
+    bool makesPlain(const Level& level) const {
+        const OutlineNode& node = outline_.nodes[level.owner];
+        return level.deferred && level.children == 0 && node.list == level.offset + kRecordHeader &&
+               node.cornerCount != 0 && uint16At(bytes_, node.list) == kFltVertexList &&
+               offset_ == node.list + lengthAt(node.list) && length_ == kRecordHeader;
     }
 
     void pop() {
@@ -303,8 +349,11 @@ private:
             fail(offset_, std::string(fltOpcodeName(opcode_)) + " where the level opened at " +
                               std::to_string(level.offset) + " is of another sort");
         }
+        const bool plain = makesPlain(level);
+        if (!plain && level.deferred) spellOut(levels_.back());
         levels_.pop_back();
-        addPiece(level.owner, level.opaque ? kNone : level.children);
+        outline_.nodes[level.owner].plain = outline_.nodes[level.owner].plain || plain;
+        if (!plain) addPiece(level.owner, level.opaque ? kNone : level.children);
     }
 
     void addLongId() {
@@ -320,8 +369,7 @@ private:
         const Level& level = levels_.back();
         if (levels_.size() == 1 || level.current != level.owner) return;
         OutlineNode& node = outline_.nodes[level.owner];
-        const bool holdsPoints = node.kind == kFltFace || node.kind == kFltLightPoint;
-        if (!holdsPoints || node.list != 0) return;
+        if (!holdsPoints(node) || node.list != 0) return;
         node.list = offset_;
         node.firstCorner = static_cast<std::uint32_t>(outline_.corners.size());
         listOwner_ = level.owner;

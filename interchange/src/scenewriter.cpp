@@ -162,7 +162,7 @@ void SceneWriter::collectMesh(std::uint32_t index) {
 void SceneWriter::collectPolygon(const Mesh& mesh, std::span<const std::uint32_t> corners,
                                  std::span<const std::uint32_t> textures) {
     for (std::size_t i = 0; i < corners.size(); ++i) {
-        const Point3* const texture =
+        const Point3f* const texture =
             textures.empty() ? nullptr : mesh.tVerts.Addr(static_cast<int>(textures[i]));
         corners_.push_back(
             vertices_.add(tails_.vertex(mesh, corners[i], texture, palettes_.colors())));

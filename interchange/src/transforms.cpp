@@ -167,11 +167,11 @@ Matrix3 keptPlace(const Kept& kept) {
 
 void putMatrix(std::uint8_t* place, const Matrix3& matrix) noexcept {
     for (int row = 0; row < 4; ++row, place += 16) {
-        const Point3& values = matrix.GetRow(row);
+        const Point3f values(matrix.GetRow(row));
         putFloat32(place, values.x);
         putFloat32(place + 4, values.y);
         putFloat32(place + 8, values.z);
-        putFloat32(place + 12, row == 3 ? 1 : 0);
+        putFloat32(place + 12, row == 3 ? 1.0F : 0.0F);
     }
 }
 

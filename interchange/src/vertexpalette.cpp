@@ -30,12 +30,22 @@ std::uint64_t hashOf(FileBytes bytes) noexcept {
 }  // namespace
 
 std::uint32_t VertexPalette::add(FileBytes vertex) {
+    const std::uint64_t hash = hashOf(vertex);
+    std::uint32_t& recent = recent_[hash % recent_.size()];
+    if (recent == 0 || !std::ranges::equal(recordAt(bytes_, recent - 1), vertex)) {
+        recent = find(vertex, hash) + 1;
+    }
+    return recent - 1 + kFirstVertex;
+}
+
+/// The place of the vertex in the palette, which is its end for a new one.
+std::uint32_t VertexPalette::find(FileBytes vertex, std::uint64_t hash) {
     if (2 * (count_ + 1) > table_.size()) enlargeTable();
     const std::size_t mask = table_.size() - 1;
-    std::size_t slot = hashOf(vertex) & mask;
+    std::size_t slot = hash & mask;
     for (; table_[slot] != 0; slot = (slot + 1) & mask) {
         const std::uint32_t place = table_[slot] - 1;
-        if (std::ranges::equal(recordAt(bytes_, place), vertex)) return place + kFirstVertex;
+        if (std::ranges::equal(recordAt(bytes_, place), vertex)) return place;
     }
     if (bytes_.size() + vertex.size() > kLargestPalette) {
         throw ExportError("there are more vertices than one OpenFlight file can hold");
@@ -44,7 +54,7 @@ std::uint32_t VertexPalette::add(FileBytes vertex) {
     bytes_.insert(bytes_.end(), vertex.begin(), vertex.end());
     table_[slot] = place + 1;
     ++count_;
-    return place + kFirstVertex;
+    return place;
 }
 
 void VertexPalette::enlargeTable() {

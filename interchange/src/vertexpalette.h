@@ -3,6 +3,7 @@
 
 #include <interchange/outline.h>
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -20,10 +21,14 @@ public:
     bool empty() const noexcept { return bytes_.empty(); }
 
 private:
+    std::uint32_t find(FileBytes vertex, std::uint64_t hash);
     void enlargeTable();
 
     std::vector<std::uint8_t> bytes_;
     std::vector<std::uint32_t> table_;  ///< by hash: offset in `bytes_` + 1, or 0
+    /// By hash: those met lately, as in `table_`. Neighbouring polygons share vertices, and this is
+    /// small enough to stay at hand.
+    std::array<std::uint32_t, 4096> recent_{};
     std::size_t count_ = 0;
 };
 

@@ -73,12 +73,12 @@ Point3 positionOf(FileBytes vertex) noexcept {
             float64At(vertex, kPosition + 16)};
 }
 
-Point3 normalOf(FileBytes vertex) noexcept {
+Point3f normalOf(FileBytes vertex) noexcept {
     return {float32At(vertex, kNormal), float32At(vertex, kNormal + 4),
             float32At(vertex, kNormal + 8)};
 }
 
-Point3 textureOf(FileBytes vertex) noexcept {
+Point3f textureOf(FileBytes vertex) noexcept {
     const std::size_t place = texturePlace(uint16At(vertex, 0));
     return {float32At(vertex, place), float32At(vertex, place + 4), 0};
 }
@@ -158,7 +158,7 @@ bool VertexTails::fits(const Mesh& mesh) const noexcept {
     return normals == !mesh.normals.IsEmpty() && textures == !mesh.tVerts.IsEmpty();
 }
 
-FileBytes VertexTails::vertex(const Mesh& mesh, std::uint32_t index, const Point3* texture,
+FileBytes VertexTails::vertex(const Mesh& mesh, std::uint32_t index, const Point3f* texture,
                               FileBytes colorPalette) {
     const auto at = static_cast<int>(index);
     const COLORREF* const color = mesh.colors.IsEmpty() ? nullptr : mesh.colors.Addr(at);
@@ -181,7 +181,7 @@ FileBytes VertexTails::vertex(const Mesh& mesh, std::uint32_t index, const Point
     putFloat64(bytes + kPosition + 8, position.y);
     putFloat64(bytes + kPosition + 16, position.z);
     if (isWithNormal(opcode) && !mesh.normals.IsEmpty()) {
-        const Point3& normal = mesh.normals[at];
+        const Point3f& normal = mesh.normals[at];
         putFloat32(bytes + kNormal, normal.x);
         putFloat32(bytes + kNormal + 4, normal.y);
         putFloat32(bytes + kNormal + 8, normal.z);

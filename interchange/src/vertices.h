@@ -19,9 +19,9 @@ bool hasTexture(FileBytes vertex) noexcept;
 
 /// What a vertex record holds. It must have its position.
 Point3 positionOf(FileBytes vertex) noexcept;
-Point3 normalOf(FileBytes vertex) noexcept;
+Point3f normalOf(FileBytes vertex) noexcept;
 /// u and v; w is 0.
-Point3 textureOf(FileBytes vertex) noexcept;
+Point3f textureOf(FileBytes vertex) noexcept;
 
 /// What a vertex without a colour has in a mesh with colours.
 inline constexpr COLORREF kVertexWhite = 0xFFFFFF;
@@ -49,7 +49,7 @@ public:
     /// Puts the record of the mesh's vertex `index`, with its texture coordinates `texture`
     /// (null for none), together. Colour indices are those of `colorPalette`, a record or empty;
     /// a vertex whose colour in the mesh is another gets that one. Valid until the next call.
-    FileBytes vertex(const Mesh& mesh, std::uint32_t index, const Point3* texture,
+    FileBytes vertex(const Mesh& mesh, std::uint32_t index, const Point3f* texture,
                      FileBytes colorPalette);
 
 private:

@@ -5,6 +5,8 @@
 // keeps offsets, not copies: a node costs a few words however long its records are.
 #pragma once
 
+#include <quillon/fltbyteorder.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -21,7 +23,10 @@ inline constexpr std::uint32_t kNone = 0xFFFFFFFF;
 /// One node of the file. Offsets are in bytes from the start of the file and name the record's
 /// first byte; 0, where the header stands, means that there is no such record.
 struct OutlineNode {
-    std::uint16_t kind = 0;            ///< opcode of the node's record
+    std::uint16_t kind = 0;  ///< opcode of the node's record
+    /// Whether its only pieces are a level with its vertex list, which then go without a chain:
+    /// record, push, list and pop stand one behind the other.
+    bool plain = false;
     std::uint32_t parent = kNone;      ///< index of the parent, which comes first; header: kNone
     std::uint32_t record = 0;          ///< the node's record
     std::uint32_t longId = 0;          ///< its long identifier
@@ -79,12 +84,30 @@ Outline readOutline(FileBytes bytes);
 bool isVertexAt(FileBytes bytes, const Outline& outline, std::uint64_t vertex) noexcept;
 
 /// A big-endian number of the file. The bytes must be there.
-std::uint16_t uint16At(FileBytes bytes, std::size_t offset) noexcept;
-std::uint32_t uint32At(FileBytes bytes, std::size_t offset) noexcept;
-float float32At(FileBytes bytes, std::size_t offset) noexcept;
-double float64At(FileBytes bytes, std::size_t offset) noexcept;
+inline std::uint16_t uint16At(FileBytes bytes, std::size_t offset) noexcept {
+    std::uint16_t value = 0;
+    fltLoadBigEndian(bytes.data() + offset, value);
+    return value;
+}
+inline std::uint32_t uint32At(FileBytes bytes, std::size_t offset) noexcept {
+    std::uint32_t value = 0;
+    fltLoadBigEndian(bytes.data() + offset, value);
+    return value;
+}
+inline float float32At(FileBytes bytes, std::size_t offset) noexcept {
+    float value = 0;
+    fltLoadBigEndian(bytes.data() + offset, value);
+    return value;
+}
+inline double float64At(FileBytes bytes, std::size_t offset) noexcept {
+    double value = 0;
+    fltLoadBigEndian(bytes.data() + offset, value);
+    return value;
+}
 
 /// The record at `offset`, header included: one that the outline names, so it is whole.
-FileBytes recordAt(FileBytes bytes, std::uint32_t offset) noexcept;
+inline FileBytes recordAt(FileBytes bytes, std::uint32_t offset) noexcept {
+    return bytes.subspan(offset, uint16At(bytes, offset + 2));
+}
 
 }  // namespace interchange

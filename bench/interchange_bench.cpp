@@ -1,0 +1,285 @@
+// Import and export of a large file, against reading and writing its records without a scene.
+//
+// Every run is a process of its own, so that its peak memory is that of the run.
+#include <interchange/export.h>
+#include <interchange/import.h>
+#include <kiln/host/host.h>
+#include <quillon/fltcomment.h>
+#include <quillon/fltface.h>
+#include <quillon/fltfactory.h>
+#include <quillon/fltfilereader.h>
+#include <quillon/fltgroup.h>
+#include <quillon/fltobject.h>
+#include <quillon/fltstream.h>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int kRuns = 5;
+constexpr double kMegabyte = 1e6;
+
+[[noreturn]] void give(const char* what) {
+    std::fprintf(stderr, "interchange_bench: %s\n", what);
+    std::_Exit(1);
+}
+
+// ------------------------------------------------------------ the file
+
+constexpr int kGroups = 100;
+constexpr int kObjectsPerGroup = 120;
+constexpr int kColumns = 6;  // of quadrilaterals in an object
+constexpr int kRows = 7;
+constexpr int kFaces = kGroups * kObjectsPerGroup * kColumns * kRows;
+constexpr std::uint32_t kVerticesPerObject = (kColumns + 1) * (kRows + 1);
+constexpr std::uint32_t kVertexLength = 64;
+
+/// Patches of terrain, textured and with normals; neighbouring faces share their vertices.
+class FileMaker {
+public:
+    explicit FileMaker(const std::string& path) {
+        if (!stream_.open(path)) give("the file cannot be created");
+    }
+
+    void make() {
+        palette();
+        control(kFltPushLevel);
+        for (int group = 0; group < kGroups; ++group) {
+            FltGroup record;
+            record.write(stream_);
+            FltComment("A part of the terrain").write(stream_);
+            control(kFltPushLevel);
+            for (int i = 0; i < kObjectsPerGroup; ++i) object();
+            control(kFltPopLevel);
+        }
+        control(kFltPopLevel);
+        if (!stream_.close()) give("the file cannot be written");
+    }
+
+private:
+    void control(std::uint16_t opcode) {
+        stream_.token().begin(opcode);
+        stream_.writeToken(stream_.token());
+    }
+
+    void palette() {
+        FltToken& token = stream_.token();
+        token.begin(kFltVertexPalette);
+        token.writeInt32(8 + kVertexLength * kVerticesPerObject * kGroups * kObjectsPerGroup);
+        stream_.writeToken(token);
+        for (int patch = 0; patch < kGroups * kObjectsPerGroup; ++patch) {
+            for (int row = 0; row <= kRows; ++row) {
+                for (int column = 0; column <= kColumns; ++column) vertex(patch, row, column);
+            }
+        }
+    }
+
+    void vertex(int patch, int row, int column) {
+        const double x = 10.0 * (column + kColumns * (patch % 110));
+        const double y = 10.0 * (row + kRows * (patch / 110));
+        FltToken& token = stream_.token();
+        token.begin(kFltVertexWithTextureAndNormal);
+        token.writeInt16(std::uint16_t{0});
+        token.writeInt16(std::uint16_t{0x2000});
+        token.writeInt64(x);
+        token.writeInt64(y);
+        token.writeInt64(std::sin(x / 100) * std::cos(y / 70));
+        for (const float value : {0.F, 0.F, 1.F}) token.writeInt32(value);
+        token.writeInt32(static_cast<float>(column) / kColumns);
+        token.writeInt32(static_cast<float>(row) / kRows);
+        for (int i = 0; i < 2; ++i) token.writeInt32(std::uint32_t{0xFFFFFFFF});
+        token.writeInt32(std::uint32_t{0});
+        stream_.writeToken(token);
+    }
+
+    void object() {
+        FltObject record;
+        record.write(stream_);
+        control(kFltPushLevel);
+        for (std::uint32_t row = 0; row < kRows; ++row) {
+            for (std::uint32_t column = 0; column < kColumns; ++column) face(row, column);
+        }
+        control(kFltPopLevel);
+        firstVertex_ += kVerticesPerObject;
+    }
+
+    void face(std::uint32_t row, std::uint32_t column) {
+        FltFace record;
+        record.write(stream_);
+        control(kFltPushLevel);
+        FltToken& token = stream_.token();
+        token.begin(kFltVertexList);
+        const std::uint32_t start = firstVertex_ + row * (kColumns + 1) + column;
+        for (const std::uint32_t corner :
+             {start, start + 1, start + kColumns + 2, start + kColumns + 1}) {
+            token.writeInt32(8 + kVertexLength * corner);
+        }
+        stream_.writeToken(token);
+        control(kFltPopLevel);
+    }
+
+    FltStream stream_;
+    std::uint32_t firstVertex_ = 0;
+};
+
+// ------------------------------------------------------------ what is measured
+
+class Silence final : public ImpExpReport {
+public:
+    void Error(const char* message) override { give(message); }
+    void Summary(const char*) override {}
+    bool Progress(double, const char*) override { return true; }
+    bool Cancelled() const override { return false; }
+};
+
+struct Measure {
+    double seconds = 0;
+    double peak = 0;  // bytes
+};
+
+/// The records of a file one after the other, those with a class decoded.
+template <typename Visit>
+void readRecords(std::span<const std::uint8_t> bytes, Visit&& visit) {
+    std::array<std::unique_ptr<FltRecord>, 256> records;
+    for (std::uint16_t i = 0; i < records.size(); ++i) records[i] = fltCreateRecord(i);
+    FltFileReader reader(bytes);
+    while (reader.next()) {
+        FltRecord* const record =
+            reader.opcode() < records.size() ? records[reader.opcode()].get() : nullptr;
+        if (record != nullptr) record->readFromFile(&reader.token());
+        visit(record, bytes.subspan(reader.offset(), reader.length()));
+    }
+}
+
+class Clock {
+public:
+    Measure measured() const {
+        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start_;
+        rusage usage{};
+        getrusage(RUSAGE_SELF, &usage);
+        return {taken.count(), static_cast<double>(usage.ru_maxrss) * 1024};
+    }
+
+private:
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+using Measures = std::array<Measure, 2>;  // the way in and the way out
+
+Measures readAndWrite(const std::string& path, const std::string& copy) {
+    const Clock in;
+    std::size_t count = 0;
+    const FltFileBytes file = FltFileBytes::load(path);
+    readRecords(file.bytes(), [&](const FltRecord*, auto) { ++count; });
+    const Measure reading = in.measured();
+    if (count < kFaces) give("records are missing");
+    const Clock out;
+    FltStream stream;
+    FltFileReader first(file.bytes());
+    if (!first.next() || !stream.open(copy, first.header())) give("the copy cannot be created");
+    readRecords(file.bytes().subspan(first.length()),
+                [&](const FltRecord* record, std::span<const std::uint8_t> bytes) {
+                    if (record == nullptr) {
+                        stream.writeVerbatim(bytes);
+                        return;
+                    }
+                    record->writeToken(stream.token(), stream.revision());
+                    stream.writeToken(stream.token());
+                });
+    if (!stream.close()) give("the copy cannot be written");
+    return {reading, out.measured()};
+}
+
+Measures importAndExport(const std::string& path, const std::string& copy) {
+    Interface& host = kiln::Core::create().hostInterface();
+    Silence report;
+    const Clock in;
+    if (interchange::importFile(path.c_str(), report, host) != IMPEXP_SUCCESS) std::_Exit(1);
+    const Measure reading = in.measured();
+    if (host.GetNodeCount() < kFaces) give("nodes are missing");
+    const Clock out;
+    if (interchange::exportFile(copy.c_str(), {}, report, host) != IMPEXP_SUCCESS) std::_Exit(1);
+    return {reading, out.measured()};
+}
+
+/// Runs `work` in a process of its own.
+template <typename Work>
+Measures inOwnProcess(Work&& work) {
+    int ends[2];
+    if (pipe(ends) != 0) give("no pipe");
+    const pid_t child = fork();
+    if (child < 0) give("no process");
+    if (child == 0) {
+        const Measures measures = work();
+        const bool sent = write(ends[1], &measures, sizeof measures) == sizeof measures;
+        std::_Exit(sent ? 0 : 1);
+    }
+    close(ends[1]);
+    Measures measures;
+    const bool received = read(ends[0], &measures, sizeof measures) == sizeof measures;
+    close(ends[0]);
+    int status = 0;
+    waitpid(child, &status, 0);
+    if (!received || status != 0) give("a run failed");
+    return measures;
+}
+
+/// The run of median time, by way.
+Measures median(std::vector<Measures> runs) {
+    Measures result;
+    for (std::size_t way = 0; way < result.size(); ++way) {
+        std::ranges::nth_element(runs, runs.begin() + kRuns / 2, {},
+                                 [way](const Measures& run) { return run[way].seconds; });
+        result[way] = runs[kRuns / 2][way];
+    }
+    return result;
+}
+
+void print(const char* name, const Measure& measure, const Measure& bare, double size) {
+    std::printf("%-24s %8.0f ms %8.0f MB/s %8.2f x %10.0f MB %8.2f x\n", name,
+                measure.seconds * 1000, size / kMegabyte / measure.seconds,
+                measure.seconds / bare.seconds, measure.peak / kMegabyte, measure.peak / size);
+}
+
+}  // namespace
+
+int main() {
+    const std::filesystem::path folder = std::filesystem::temp_directory_path();
+    const std::string name = "interchange_bench-" + std::to_string(getpid());
+    const std::string path = (folder / (name + ".flt")).string();
+    const std::string copy = (folder / (name + "-out.flt")).string();
+    inOwnProcess([&] {
+        FileMaker(path).make();
+        return Measures();
+    });
+    const auto size = static_cast<double>(std::filesystem::file_size(path));
+    std::vector<Measures> bare, whole;
+    for (int i = 0; i < kRuns; ++i) {
+        bare.push_back(inOwnProcess([&] { return readAndWrite(path, copy); }));
+        whole.push_back(inOwnProcess([&] { return importAndExport(path, copy); }));
+    }
+    std::filesystem::remove(path);
+    std::filesystem::remove(copy);
+    const Measures records = median(bare);
+    const Measures scene = median(whole);
+    std::printf("%d faces, %.1f MB; median of %d runs; peak memory against the file\n", kFaces,
+                size / kMegabyte, kRuns);
+    print("read record by record", records[0], records[0], size);
+    print("import", scene[0], records[0], size);
+    print("write record by record", records[1], records[1], size);
+    print("export", scene[1], records[1], size);
+    return 0;
+}

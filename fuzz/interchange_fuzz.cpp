@@ -1,0 +1,102 @@
+// Any bytes as a file: imported or refused, and what was imported goes out and comes in again.
+#include "expect.h"
+
+#include <fltkilnutil/kilnflt.h>
+#include <interchange/export.h>
+#include <interchange/import.h>
+#include <kiln/host/host.h>
+#include <kiln/memory.h>
+#include <quillon/fltfilereader.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+class SilentReport final : public ImpExpReport {
+public:
+    void Error(const char* message) override { error = message; }
+    void Summary(const char*) override {}
+    bool Progress(double, const char*) override { return true; }
+    bool Cancelled() const override { return false; }
+
+    std::string error;
+};
+
+/// A file of this process, gone when it ends.
+struct ScratchFile {
+    std::filesystem::path path = std::filesystem::temp_directory_path() /
+                                 ("interchange_fuzz-" + std::to_string(std::random_device()()));
+    ~ScratchFile() {
+        std::error_code ignored;
+        std::filesystem::remove(path, ignored);
+    }
+};
+
+bool import(std::span<const std::uint8_t> bytes, Interface& host) {
+    SilentReport report;
+    try {
+        const interchange::Outline outline = interchange::readOutline(bytes);
+        expect(outline.nodes.size() * 4 <= bytes.size(), "each node has a record");
+        expect(outline.pieces.size() * 4 <= bytes.size(), "each piece has a record");
+        expect(outline.corners.size() * 4 <= bytes.size(), "each corner stands in a list");
+        interchange::buildScene(bytes, outline, "fuzz", report, host);
+        return true;
+    } catch (const FltFileError& error) {
+        expect(error.offset() <= bytes.size(), "the damage lies in the file");
+        return false;
+    }
+}
+
+/// What the nodes are, parents before children: name, kind, record as far as it goes, comment.
+std::vector<std::string> nodesOf(Interface& host) {
+    std::vector<std::string> all;
+    std::vector<INode*> open{host.GetRootNode()};
+    while (!open.empty()) {
+        INode* const node = open.back();
+        open.pop_back();
+        std::string text = node->GetName();
+        std::string comment;
+        FltNodeKind kind{};
+        if (fltGetKind(node, false, kind)) {
+            text += '|' + std::to_string(static_cast<int>(kind));
+        }
+        if (fltGetComment(node, comment)) text += '|' + comment;
+        all.push_back(text);
+        for (int i = node->NumberOfChildren(); i-- > 0;) open.push_back(node->GetChildNode(i));
+    }
+    return all;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static kiln::Core& core = kiln::Core::create();
+    static const ScratchFile scratch;
+    Interface& host = core.hostInterface();
+    const std::vector<std::uint8_t> block(data, data + size);
+    core.newScene();
+    if (!import(block, host)) {
+        expect(host.GetNodeCount() == 0, "a refused file leaves no node");
+        expect(host.GetTexmapCount() == 0, "a refused file leaves no picture");
+        return 0;
+    }
+    const std::vector<std::string> before = nodesOf(host);
+    SilentReport report;
+    const std::string path = scratch.path.string();
+    const int result = interchange::exportFile(path.c_str(), {}, report, host);
+    if (result != IMPEXP_SUCCESS) {
+        // Levels that were left open to the last one have no room for those that are missing.
+        expect(report.error.find("deeper than") != std::string::npos, report.error.c_str());
+        return 0;
+    }
+    const FltFileBytes again = FltFileBytes::load(path);
+    core.newScene();
+    expect(import(again.bytes(), host), "what was written can be read");
+    expect(nodesOf(host) == before, "the nodes are what they were");
+    return 0;
+}
