@@ -43,7 +43,7 @@ void NameIndex::add(Node* node) {
         last = node;
         return;
     }
-    if (names_ == buckets_.size()) enlarge();
+    reserve();
     links.last = node;
     links.nextInBucket = std::exchange(bucket(links.hash), node);
     ++names_;

@@ -39,8 +39,10 @@ struct NameLinks {
 /// chains go through the nodes, so that a node costs no more than its links.
 class NameIndex {
 public:
-    /// Makes room for a node of this name; adding one then cannot fail.
-    void reserve(const std::string& name) { nodes_.try_emplace(name); }
+    /// Makes room for one more node; adding it then cannot fail.
+    void reserve() {
+        if (names_ == buckets_.size()) enlarge();
+    }
     void add(Node* node);
     /// Takes `node` out, which has had its name since it was added; gives whether it was the last
     /// with that name.

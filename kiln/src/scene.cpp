@@ -82,7 +82,7 @@ void Scene::deleteNode(INode* which) {
 }
 
 void Scene::renameNode(Node* node, std::string& name, std::string newName) {
-    names_.reserve(newName);
+    names_.reserve();
     const bool wasLast = names_.remove(node);
     name.swap(newName);
     names_.add(node);
