@@ -5,6 +5,7 @@
 #include "colors.h"
 #include "kept.h"
 #include "lights.h"
+#include "meshes.h"
 #include "names.h"
 #include "opcodes.h"
 #include "transforms.h"
@@ -166,9 +167,17 @@ private:
                 return makePoints(source).release();
             case kFltLightSource:
                 return makeLight(paletteOf(static_cast<const FltLightSource&>(*record)));
+            case kMesh:
+                return makeMesh(source);
             default:
                 return new DummyObject;
         }
+    }
+
+    Object* makeMesh(const OutlineNode& source) {
+        std::unique_ptr<TriObject, DeleteThis> object(new TriObject);
+        meshReader_.read(bytes_, outline_, source, colorPalette_, object->GetMesh());
+        return object.release();
     }
 
     std::unique_ptr<TriObject, DeleteThis> makePolygon(const OutlineNode& source) {
@@ -498,6 +507,7 @@ private:
     FltToken written_;
     std::unique_ptr<NameMaker> nameMaker_;
     Triangulator triangulator_;
+    MeshReader meshReader_;
     VertexTails tails_;  ///< of the node under construction
     KeptWriter kept_;
     const FileBytes colorPalette_ =

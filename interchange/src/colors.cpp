@@ -24,7 +24,9 @@ constexpr COLORREF colorRef(std::uint32_t red, std::uint32_t green, std::uint32_
     return static_cast<COLORREF>(red | green << 8 | blue << 16);
 }
 
-std::optional<COLORREF> paletteColor(std::uint32_t index, FileBytes palette) {
+}  // namespace
+
+std::optional<COLORREF> indexedColor(std::uint32_t index, FileBytes palette) {
     const std::uint32_t entry = index >> kIntensityBits;
     if (entry >= kPaletteEntries) return std::nullopt;
     if (palette.size() < kPaletteEnd) return std::nullopt;  // none, or that of an older format
@@ -36,15 +38,13 @@ std::optional<COLORREF> paletteColor(std::uint32_t index, FileBytes palette) {
     return colorRef(shade(3), shade(2), shade(1));
 }
 
-}  // namespace
-
 std::optional<COLORREF> colorOf(const FltFace& face, FileBytes palette) {
     if (face.flags & kPackedColor) {
         const FltPackedColor& color = face.packedPrimaryColor;
         return colorRef(color.red, color.green, color.blue);
     }
     if (face.flags & kNoColor) return std::nullopt;
-    return paletteColor(face.primaryColorIndex, palette);
+    return indexedColor(face.primaryColorIndex, palette);
 }
 
 std::optional<COLORREF> vertexColor(FileBytes vertex, FileBytes palette) {
@@ -55,7 +55,7 @@ std::optional<COLORREF> vertexColor(FileBytes vertex, FileBytes palette) {
         return colorRef(vertex[color + 3], vertex[color + 2], vertex[color + 1]);
     }
     if (vertex.size() < color + 8) return std::nullopt;
-    return paletteColor(uint32At(vertex, color + 4), palette);
+    return indexedColor(uint32At(vertex, color + 4), palette);
 }
 
 void setVertexColor(std::span<std::uint8_t> vertex, COLORREF color) {

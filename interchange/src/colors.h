@@ -21,6 +21,9 @@ inline constexpr std::uint16_t kVertexPackedColor = 0x1000;
 /// is not there.
 std::optional<COLORREF> colorOf(const FltFace& face, FileBytes palette);
 
+/// The colour that an index names in the palette.
+std::optional<COLORREF> indexedColor(std::uint32_t index, FileBytes palette);
+
 /// The same for a vertex record.
 std::optional<COLORREF> vertexColor(FileBytes vertex, FileBytes palette);
 

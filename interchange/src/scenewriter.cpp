@@ -124,7 +124,8 @@ void SceneWriter::collect() {
 void SceneWriter::collectNode(std::uint32_t index) {
     const PlanNode& node = plan_.nodes[index];
     collectKeptVertices(keptFor(node));
-    if (hasOwnList(node.kind) || fltIsFaceObject(node.node)) collectMesh(index);
+    const bool hasClass = records_.of(static_cast<std::uint16_t>(node.kind)) != nullptr;
+    if (hasOwnList(node.kind) || (hasClass && fltIsFaceObject(node.node))) collectMesh(index);
     if (node.kind == FltNodeKind::LightSource) collectLight(index);
     if (node.kind == FltNodeKind::Face) collectTexture(index);
 }

@@ -198,6 +198,40 @@ TEST_F(RoundTrip, KeepsVerticesOfEveryKind) {
     EXPECT_EQ(out.size(), file.size());
 }
 
+TEST_F(RoundTrip, ShowsMeshesAndGivesThemBack) {
+    // Position, packed colour, normal and base texture coordinates of six vertices.
+    Bytes pool;
+    pool.u32(6).u32(0xB8000000);
+    for (int i = 0; i < 6; ++i) {
+        pool.f64(i / 2).f64(i % 2).f64(0).u32(0xFF332211).f32(0).f32(0).f32(1).f32(0.5F).f32(0.25F);
+    }
+    const auto primitive = [](unsigned type, std::initializer_list<unsigned> indices) {
+        Bytes body;
+        body.u16(type).u16(1).u32(static_cast<std::uint32_t>(indices.size()));
+        for (const unsigned index : indices) body.u8(index);
+        return body;
+    };
+    FltBytes file("f");
+    file.push().record(84, named("mesh", 72)).record(85, pool).push();
+    file.record(86, primitive(1, {0, 2, 1, 3})).record(86, primitive(2, {0, 2, 3, 1}));
+    file.record(86, primitive(3, {0, 2, 1, 3})).record(86, primitive(4, {0, 2, 4, 5, 1}));
+    file.record(86, primitive(4, {0, 2, 6})).pop().group("g").pop();
+    const std::vector<std::uint8_t> out = roundTrip(file);
+    EXPECT_EQ(out, file.vector());
+
+    const INode* const node = host.GetRootNode()->GetChildNode(0)->GetChildNode(0);
+    EXPECT_STREQ(node->GetName(), "mesh");
+    const auto& mesh = dynamic_cast<TriObject&>(*node->GetObjectRef()).GetMesh();
+    EXPECT_TRUE(mesh.IsConsistent());
+    EXPECT_EQ(mesh.verts.Count(), 6);
+    EXPECT_EQ(mesh.faces.Count(), 2 + 2 + 2 + 3) << "the last names a vertex that is not there";
+    for (int i = 0; i < mesh.faces.Count(); ++i) {
+        EXPECT_EQ(mesh.FaceNormal(i), (Point3{0, 0, 1})) << i;
+    }
+    EXPECT_EQ(mesh.colors[5], 0x332211U);
+    EXPECT_EQ(mesh.tVerts[5], Point3f(0.5F, 0.25F, 0));
+}
+
 TEST_F(RoundTrip, GivesTheSamplesBack) {
     const std::string path = pathOf("airfield.flt");
     ASSERT_TRUE(samples::writeScene(samples::makeAirport(), path));
