@@ -138,6 +138,20 @@ TEST_F(BrowserForm, SharesItsGrowthOut) {
     EXPECT_GT(sizeOf(grid()).cy, 50);
 }
 
+TEST_F(BrowserForm, LinesItsControlsUp) {
+    open();
+    const auto area = [](int id) {
+        RECT found{};
+        GetWindowRect(control(id), &found);
+        return found;
+    };
+    EXPECT_EQ(area(IDC_ITEM_SPIN).left, area(IDC_NAME).right);
+    EXPECT_EQ(area(IDC_ITEM_SPIN).right, area(IDC_COMMENT).right);
+    const RECT button = area(IDC_CREATE);
+    const RECT list = area(IDC_CREATE_KIND);
+    EXPECT_NEAR(list.top + list.bottom, button.top + button.bottom, 2);
+}
+
 TEST_F(BrowserForm, ClosingHidesItAndTellsTheClient) {
     for (const bool byKey : {false, true}) {
         open();

@@ -93,6 +93,7 @@ bool Hierarchy::OnInitDialog() {
         return false;
     }
     loadPictures();
+    alignControls();
     size_ = sizeOf(ClientRect());
     CWnd grid;
     grid.Attach(Item(IDC_GRID));
@@ -127,6 +128,22 @@ void Hierarchy::loadPictures() {
 }
 
 // ---------------------------------------------------------------- layout
+
+// Two controls choose a size of their own, which fits the template's at 100 % scaling only: the
+// spinner its width, the list its height.
+void Hierarchy::alignControls() {
+    CWnd spinner;
+    spinner.Attach(Item(IDC_ITEM_SPIN));
+    const RECT name = name_.AreaInParent();
+    spinner.MoveTo({name.right, name.top, comment_.AreaInParent().right, name.bottom});
+    CWnd button;
+    button.Attach(Item(IDC_CREATE));
+    const RECT beside = button.AreaInParent();
+    const RECT list = createKind_.AreaInParent();
+    const int top = (beside.top + beside.bottom - (list.bottom - list.top)) / 2;
+    ::SetWindowPos(createKind_.Handle(), nullptr, list.left, top, 0, 0,
+                   SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+}
 
 void Hierarchy::OnSize(UINT, int width, int height) {
     Default();

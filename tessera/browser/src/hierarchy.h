@@ -69,6 +69,7 @@ private:
     void initialiseTree();
     void initialiseGrid();
     void loadPictures();
+    void alignControls();
     void layOut(int growX, int growY);
     void fitColumns();
 
