@@ -15,6 +15,11 @@ TEST(CheckTest, FindsNothingInAGoodFile) {
     const std::string lists =
         kHeader + kPalette + "0048 000C 00000008 00000010 " + "0059 000C 00000010 00000008";
     EXPECT_EQ(runTool({"check", folder.write("lists.flt", lists)}).out, "");
+
+    // A text that fills the longest record there can be, without a terminator.
+    Bytes comment = hex(kHeader + "001F FFFF");
+    comment.resize(comment.size() + 0xFFFF - 4, 'x');
+    EXPECT_EQ(runTool({"check", folder.write("comment.flt", comment)}).code, 0);
 }
 
 TEST(CheckTest, NamesEachFindingWithItsOffset) {

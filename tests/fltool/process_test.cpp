@@ -62,6 +62,7 @@ TEST(CommandLineTest, HelpsAndRefusesInOneLine) {
         EXPECT_EQ(outcome.out, "");
         EXPECT_THAT(outcome.error, IsOneErrorLine());
     }
+    EXPECT_EQ(runTool({"draw", "a"}).error, "fltool: no such command: draw (see fltool --help)\n");
 }
 
 }  // namespace

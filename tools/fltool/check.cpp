@@ -176,11 +176,14 @@ private:
             reportHere("counts that no record can hold");
             return;
         }
-        record->writeToken(layout_, reader_.revision());
-        // Headers of other programs leave out fields at their end.
-        if (opcode != kFltHeader && opcode != kFltComment && layout_.length() > reader_.length())
-            reportHere("the record is " + number(reader_.length()) + " bytes long, its fields " +
-                       number(layout_.length()) + "; the missing ones read as zero");
+        // Headers of other programs leave out fields at their end; a comment may have any length.
+        if (opcode != kFltHeader && opcode != kFltComment) {
+            record->writeToken(layout_, reader_.revision());
+            if (layout_.length() > reader_.length())
+                reportHere("the record is " + number(reader_.length()) +
+                           " bytes long, its fields " + number(layout_.length()) +
+                           "; the missing ones read as zero");
+        }
         if (opcode == kFltSwitch) checkSwitch(static_cast<const FltSwitch&>(*record));
     }
 

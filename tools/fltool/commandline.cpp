@@ -68,8 +68,17 @@ struct CommandLine {
     }
 
     void parse(std::vector<std::string> arguments) {
+        // Said here, because the parser would only ask for a command.
+        if (!arguments.empty() && !arguments[0].starts_with('-') && !isCommand(arguments[0]))
+            throw CLI::ParseError("no such command: " + arguments[0], CLI::ExitCodes::ExtrasError);
         std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
         app.parse(std::move(arguments));
+    }
+
+    bool isCommand(const std::string& name) {
+        const auto commands = app.get_subcommands([](CLI::App*) { return true; });
+        return std::any_of(commands.begin(), commands.end(),
+                           [&](const CLI::App* command) { return command->get_name() == name; });
     }
 
     int execute(std::ostream& out) {
