@@ -12,6 +12,7 @@
 
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -43,7 +44,7 @@ private:
 };
 
 /// The record's bytes as they would go to a file; none when they would be too many for a record.
-Bytes write(const FltRecord& record, std::uint32_t revision) {
+std::optional<Bytes> write(const FltRecord& record, std::uint32_t revision) {
     FltToken token;
     try {
         record.writeToken(token, revision);
@@ -51,9 +52,9 @@ Bytes write(const FltRecord& record, std::uint32_t revision) {
     } catch (const diagnostics::AviaryAssertion&) {
         // Only a switch's masks or a comment's text can fill a record.
         expect(record.opcode() == 96 || record.opcode() == 31, "the record can be written");
-        return {};
+        return std::nullopt;
     }
-    return {token.data(), token.data() + token.length()};
+    return Bytes(token.data(), token.data() + token.length());
 }
 
 bool read(FltRecord& record, const Bytes& bytes, std::uint32_t revision) {
@@ -74,11 +75,13 @@ void trip(std::uint16_t opcode, const Bytes& bytes, std::uint32_t revision) {
     first->visitFields(reader);
     expect(reader.fields > 0, "the record has fields");
 
-    const Bytes written = write(*first, revision);
-    if (written.empty()) return;
-    expect((written[2] << 8 | written[3]) == static_cast<int>(written.size()), "length is stated");
+    const std::optional<Bytes> written = write(*first, revision);
+    if (!written) return;
+    expect(written->size() >= 4 && written->size() % 8 == 0, "a record is padded");
+    expect(((*written)[2] << 8 | (*written)[3]) == static_cast<int>(written->size()),
+           "the length is stated");
     const std::unique_ptr<FltRecord> second = fltCreateRecord(opcode);
-    expect(read(*second, written, revision), "what was written can be read");
+    expect(read(*second, *written, revision), "what was written can be read");
     expect(write(*second, revision) == written, "what was read is written again");
 }
 

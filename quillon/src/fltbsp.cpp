@@ -18,7 +18,7 @@ void layout(Codec& codec, auto& record) {
 }  // namespace
 
 void FltBsp::write(FltStream& stream) {
-    quillon::nameRecord(asciiId, "b%d", stream.header().nextBspId);
+    quillon::nameRecord(asciiId, "b", stream.header().nextBspId);
     FltRecord::write(stream);
 }
 
@@ -27,8 +27,7 @@ void FltBsp::writeToken(FltToken& token, std::uint32_t) const {
 }
 
 void FltBsp::readToken(FltToken& token, std::uint32_t) {
-    token.rewind();
-    quillon::readFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::readBody(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltBsp::visitFields(FltFieldVisitor& visitor) const {

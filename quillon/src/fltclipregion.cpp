@@ -53,7 +53,7 @@ void layout(Codec& codec, auto& record) {
 }  // namespace
 
 void FltClipRegion::write(FltStream& stream) {
-    quillon::nameRecord(asciiId, "c%d", stream.header().nextClipRegionId);
+    quillon::nameRecord(asciiId, "c", stream.header().nextClipRegionId);
     FltRecord::write(stream);
 }
 
@@ -62,8 +62,7 @@ void FltClipRegion::writeToken(FltToken& token, std::uint32_t) const {
 }
 
 void FltClipRegion::readToken(FltToken& token, std::uint32_t) {
-    token.rewind();
-    quillon::readFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::readBody(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltClipRegion::visitFields(FltFieldVisitor& visitor) const {

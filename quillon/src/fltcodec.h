@@ -22,6 +22,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace quillon {
 
@@ -182,32 +183,51 @@ struct ShowCodec {
     }
 };
 
-/// Puts a record of `opcode` with the fields that `layout`, called with a codec, names into
-/// `token`. Flattened, so that no part of a layout is left as a call.
+// The common case of writing and reading is straight-line code without a call. What is rare stands
+// in functions of its own, which are left to as the last step, so that the common case has nothing
+// to keep for them.
+
 template <typename Layout>
-[[gnu::flatten]] void writeFields(FltToken& token, std::uint16_t opcode, Layout&& layout) {
+[[gnu::noinline]] std::uint8_t* writeFieldsInNewRoom(Layout layout, FltToken& token,
+                                                     std::uint16_t opcode, std::uint32_t size) {
+    StoreCodec store(token.begin(opcode, size));
+    layout(store);
+    return store.place;
+}
+
+/// Puts a record of `opcode` with the fields that `layout`, called with a codec, names into
+/// `token`, with `more` bytes behind them, whose place this gives for the caller to fill.
+/// Flattened, so that no part of a layout is left as a call.
+template <typename Layout>
+[[gnu::flatten]] inline std::uint8_t* writeFields(FltToken& token, std::uint16_t opcode,
+                                                  Layout layout, std::uint32_t more = 0) {
     MeasureCodec measure;
     layout(measure);
-    StoreCodec store(token.begin(opcode, measure.size));
+    const std::uint32_t size = measure.size + more;
+    if (token.lacksRoomForBody(opcode, size)) [[unlikely]]
+        return writeFieldsInNewRoom(layout, token, opcode, size);
+    StoreCodec store(token.begin(opcode, size));
     layout(store);
+    return store.place;
 }
 
 template <typename Layout>
-[[gnu::noinline]] void readShortFields(FltToken& token, Layout&& layout) {
+[[gnu::noinline]] void readShortBody(Layout layout, FltToken& token, std::uint16_t offset) {
+    token.rewind(offset);
     ShortLoadCodec load(token);
     layout(load);
 }
 
-/// Reads the fields that `layout` names from the token's cursor on. The record may be short.
+/// Reads the fields that `layout` names from the body's byte `offset` on, wherever the cursor is.
+/// The record may be short. The cursor is of no use afterwards.
 template <typename Layout>
-[[gnu::flatten]] void readFields(FltToken& token, Layout&& layout) {
+[[gnu::flatten]] inline void readBody(FltToken& token, Layout layout, std::uint16_t offset = 0) {
     MeasureCodec measure;
     layout(measure);
-    if (token.remaining() < measure.size) [[unlikely]] {
-        readShortFields(token, layout);
-        return;
-    }
-    LoadCodec load(token.take(measure.size));
+    const std::uint8_t* place = token.body(measure.size, offset);
+    if (place == nullptr) [[unlikely]]
+        return readShortBody(layout, token, offset);
+    LoadCodec load(place);
     layout(load);
 }
 
@@ -218,8 +238,12 @@ void showFields(FltFieldVisitor& visitor, Layout&& layout) {
     layout(show);
 }
 
-/// Gives a record without a name the next one of its kind, from `pattern` and the header's
-/// `counter`, which moves on. A record with a name keeps it.
-void nameRecord(char (&id)[8], const char* pattern, std::int16_t& counter);
+void giveName(char (&id)[8], std::string_view prefix, std::int16_t& counter);
+
+/// Gives a record without a name the next one of its kind: `prefix` and the header's `counter`,
+/// which moves on. A record with a name keeps it. Prefixes are one or two letters.
+inline void nameRecord(char (&id)[8], std::string_view prefix, std::int16_t& counter) {
+    if (id[0] == 0) giveName(id, prefix, counter);
+}
 
 }  // namespace quillon

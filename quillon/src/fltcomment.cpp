@@ -6,9 +6,10 @@
 #include <cstring>
 
 void FltComment::writeToken(FltToken& token, std::uint32_t) const {
-    token.begin(kOpcode);
     // Up to the first terminator: padding that was read along with the text is not text.
-    token.writeBytes(static_cast<std::uint32_t>(std::strlen(text()) + 1), text());
+    const std::size_t size = std::strlen(text()) + 1;
+    diagnostics::check(size <= 0xFFFF, "flttoken", 133);
+    std::memcpy(token.begin(kOpcode, static_cast<std::uint32_t>(size)), text(), size);
 }
 
 void FltComment::readToken(FltToken& token, std::uint32_t) {

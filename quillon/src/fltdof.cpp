@@ -60,7 +60,7 @@ void setIfUnset(FltPoint3d& point, const FltPoint3d& value) {
 }  // namespace
 
 void FltDof::write(FltStream& stream) {
-    quillon::nameRecord(asciiId, "d%d", stream.header().nextDofId);
+    quillon::nameRecord(asciiId, "d", stream.header().nextDofId);
     FltRecord::write(stream);
 }
 
@@ -69,12 +69,10 @@ void FltDof::writeToken(FltToken& token, std::uint32_t) const {
 }
 
 void FltDof::readToken(FltToken& token, std::uint32_t) {
-    token.rewind();
-    quillon::readFields(token, [this](auto& codec) { layout(codec, *this); });
-    const FltDof defaults;
-    setIfUnset(origin, defaults.origin);
-    setIfUnset(pointOnXAxis, defaults.pointOnXAxis);
-    setIfUnset(pointInXyPlane, defaults.pointInXyPlane);
+    quillon::readBody(token, [this](auto& codec) { layout(codec, *this); });
+    setIfUnset(origin, kDefaultOrigin);
+    setIfUnset(pointOnXAxis, kDefaultPointOnXAxis);
+    setIfUnset(pointInXyPlane, kDefaultPointInXyPlane);
 }
 
 void FltDof::visitFields(FltFieldVisitor& visitor) const {

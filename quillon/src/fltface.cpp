@@ -84,7 +84,7 @@ void writeNarrow(FltToken& token, const FltFace& face) {
 void readNarrow(FltToken& token, FltFace& face) {
     std::uint16_t primary = 0;
     std::uint16_t alternate = 0;
-    quillon::readFields(token, [&](auto& codec) { narrowLayout(codec, face, primary, alternate); });
+    quillon::readBody(token, [&](auto& codec) { narrowLayout(codec, face, primary, alternate); });
     face.primaryColorIndex = primary == kNoColorNarrow ? kNoColor : primary;
     // A face of these revisions is one colour: an alternate that is given at all is the primary.
     face.alternateColorIndex = alternate == kNoColorNarrow ? kNoColor : primary;
@@ -95,7 +95,7 @@ void readNarrow(FltToken& token, FltFace& face) {
 }  // namespace
 
 void FltFace::write(FltStream& stream) {
-    quillon::nameRecord(asciiId, "f%d", stream.header().nextFaceId);
+    quillon::nameRecord(asciiId, "f", stream.header().nextFaceId);
     FltRecord::write(stream);
 }
 
@@ -108,11 +108,10 @@ void FltFace::writeToken(FltToken& token, std::uint32_t revision) const {
 
 void FltFace::readToken(FltToken& token, std::uint32_t revision) {
     diagnostics::check(token.opcode() == kOpcode, "fltface", 97);
-    token.rewind();
     if (revision < kWideIndexRevision)
         readNarrow(token, *this);
     else
-        quillon::readFields(token, [this](auto& codec) { layout(codec, *this); });
+        quillon::readBody(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltFace::visitFields(FltFieldVisitor& visitor) const {

@@ -14,4 +14,15 @@ std::filesystem::path nativePath(const std::string& text);
 /// set on failure.
 std::FILE* openFile(const std::filesystem::path& path, bool forWriting) noexcept;
 
+/// Writes `size` bytes to `file` in one call, without its lock where the platform can: a file is
+/// one thread's at a time. What the disk refuses is on the file's error indicator, where closing
+/// it finds it.
+inline void writeBytes(std::FILE* file, const void* bytes, std::size_t size) noexcept {
+#ifdef _WIN32
+    static_cast<void>(std::fwrite(bytes, 1, size, file));
+#else
+    static_cast<void>(fwrite_unlocked(bytes, 1, size, file));
+#endif
+}
+
 }  // namespace quillon

@@ -22,7 +22,7 @@ void layout(Codec& codec, auto& record) {
 }  // namespace
 
 void FltGroup::write(FltStream& stream) {
-    quillon::nameRecord(asciiId, "g%d", stream.header().nextGroupId);
+    quillon::nameRecord(asciiId, "g", stream.header().nextGroupId);
     FltRecord::write(stream);
 }
 
@@ -32,8 +32,7 @@ void FltGroup::writeToken(FltToken& token, std::uint32_t) const {
 
 void FltGroup::readToken(FltToken& token, std::uint32_t) {
     diagnostics::check(token.opcode() == kOpcode, "fltgroup", 61);
-    token.rewind();
-    quillon::readFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::readBody(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltGroup::visitFields(FltFieldVisitor& visitor) const {

@@ -11,6 +11,7 @@ void layoutStart(Codec& codec, auto& record) {
     codec.field("id", record.asciiId);
     codec.field("formatRevision", record.formatRevision);
 }
+constexpr std::uint16_t kStartSize = 12;
 
 template <typename Codec>
 void layoutTail1580(Codec& codec, auto& record) {
@@ -107,9 +108,9 @@ void FltHeader::writeToken(FltToken& token, std::uint32_t) const {
 
 void FltHeader::readToken(FltToken& token, std::uint32_t) {
     diagnostics::check(token.opcode() == kOpcode, "fltheader", 235);
-    token.rewind();
-    quillon::readFields(token, [this](auto& codec) { layoutStart(codec, *this); });
-    quillon::readFields(token, [this](auto& codec) { layoutRest(codec, *this); });
+    quillon::readBody(token, [this](auto& codec) { layoutStart(codec, *this); });
+    quillon::readBody(
+        token, [this](auto& codec) { layoutRest(codec, *this); }, kStartSize);
 }
 
 void FltHeader::visitFields(FltFieldVisitor& visitor) const {

@@ -11,16 +11,31 @@ void layout(Codec& codec, auto& record) {
     codec.field("instanceNumber", record.instanceNumber);
 }
 
-}  // namespace
-
-void FltInstance::writeToken(FltToken& token, std::uint32_t) const {
-    quillon::writeFields(token, opcode(), [this](auto& codec) { layout(codec, *this); });
+void writeInstance(FltToken& token, std::uint16_t opcode, const FltInstance& record) {
+    quillon::writeFields(token, opcode, [&](auto& codec) { layout(codec, record); });
 }
 
-void FltInstance::readToken(FltToken& token, std::uint32_t) {
-    diagnostics::check(token.opcode() == opcode(), "fltinstance", 44);
-    token.rewind();
-    quillon::readFields(token, [this](auto& codec) { layout(codec, *this); });
+void readInstance(FltToken& token, std::uint16_t opcode, FltInstance& record) {
+    diagnostics::check(token.opcode() == opcode, "fltinstance", 44);
+    quillon::readBody(token, [&](auto& codec) { layout(codec, record); });
+}
+
+}  // namespace
+
+void FltInstanceRef::writeToken(FltToken& token, std::uint32_t) const {
+    writeInstance(token, kOpcode, *this);
+}
+
+void FltInstanceRef::readToken(FltToken& token, std::uint32_t) {
+    readInstance(token, kOpcode, *this);
+}
+
+void FltInstanceDef::writeToken(FltToken& token, std::uint32_t) const {
+    writeInstance(token, kOpcode, *this);
+}
+
+void FltInstanceDef::readToken(FltToken& token, std::uint32_t) {
+    readInstance(token, kOpcode, *this);
 }
 
 void FltInstance::visitFields(FltFieldVisitor& visitor) const {

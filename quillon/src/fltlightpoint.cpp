@@ -52,7 +52,7 @@ void layout(Codec& codec, auto& record) {
 }  // namespace
 
 void FltLightPoint::write(FltStream& stream) {
-    quillon::nameRecord(asciiId, "lp%d", stream.header().nextLightPointId);
+    quillon::nameRecord(asciiId, "lp", stream.header().nextLightPointId);
     FltRecord::write(stream);
 }
 
@@ -61,8 +61,7 @@ void FltLightPoint::writeToken(FltToken& token, std::uint32_t) const {
 }
 
 void FltLightPoint::readToken(FltToken& token, std::uint32_t) {
-    token.rewind();
-    quillon::readFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::readBody(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltLightPoint::visitFields(FltFieldVisitor& visitor) const {

@@ -24,7 +24,7 @@ void layout(Codec& codec, auto& record) {
 }  // namespace
 
 void FltLightSource::write(FltStream& stream) {
-    quillon::nameRecord(asciiId, "ls%d", stream.header().nextLightSourceId);
+    quillon::nameRecord(asciiId, "ls", stream.header().nextLightSourceId);
     FltRecord::write(stream);
 }
 
@@ -34,8 +34,7 @@ void FltLightSource::writeToken(FltToken& token, std::uint32_t) const {
 
 void FltLightSource::readToken(FltToken& token, std::uint32_t) {
     diagnostics::check(token.opcode() == kOpcode, "fltlightsource", 61);
-    token.rewind();
-    quillon::readFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::readBody(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltLightSource::visitFields(FltFieldVisitor& visitor) const {

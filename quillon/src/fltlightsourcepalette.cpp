@@ -44,8 +44,7 @@ void FltLightSourcePalette::writeToken(FltToken& token, std::uint32_t) const {
 
 void FltLightSourcePalette::readToken(FltToken& token, std::uint32_t) {
     diagnostics::check(token.opcode() == kOpcode, "fltlightsourcepalette", 60);
-    token.rewind();
-    quillon::readFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::readBody(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltLightSourcePalette::visitFields(FltFieldVisitor& visitor) const {

@@ -24,7 +24,7 @@ void layout(Codec& codec, auto& record) {
 }  // namespace
 
 void FltLod::write(FltStream& stream) {
-    quillon::nameRecord(asciiId, "l%d", stream.header().nextLodId);
+    quillon::nameRecord(asciiId, "l", stream.header().nextLodId);
     FltRecord::write(stream);
 }
 
@@ -34,8 +34,7 @@ void FltLod::writeToken(FltToken& token, std::uint32_t) const {
 
 void FltLod::readToken(FltToken& token, std::uint32_t) {
     diagnostics::check(token.opcode() == kOpcode, "fltlod", 61);
-    token.rewind();
-    quillon::readFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::readBody(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltLod::visitFields(FltFieldVisitor& visitor) const {

@@ -1,7 +1,7 @@
 #include <quillon/fltnesting.h>
 #include <quillon/fltopcode.h>
 
-void FltNesting::count(std::uint16_t opcode) noexcept {
+void FltNesting::step(std::uint16_t opcode) noexcept {
     switch (opcode) {
         case kFltPushLevel:
             ++level;

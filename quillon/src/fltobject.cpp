@@ -21,7 +21,7 @@ void layout(Codec& codec, auto& record) {
 }  // namespace
 
 void FltObject::write(FltStream& stream) {
-    quillon::nameRecord(asciiId, "o%d", stream.header().nextObjectId);
+    quillon::nameRecord(asciiId, "o", stream.header().nextObjectId);
     FltRecord::write(stream);
 }
 
@@ -31,8 +31,7 @@ void FltObject::writeToken(FltToken& token, std::uint32_t) const {
 
 void FltObject::readToken(FltToken& token, std::uint32_t) {
     diagnostics::check(token.opcode() == kOpcode, "fltobject", 63);
-    token.rewind();
-    quillon::readFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::readBody(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltObject::visitFields(FltFieldVisitor& visitor) const {

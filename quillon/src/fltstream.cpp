@@ -90,16 +90,17 @@ bool FltStream::release() noexcept {
 }
 
 // What precedes every record: the checks, the pending items, the nesting.
-void FltStream::prepareFor(std::uint16_t opcode) {
+inline void FltStream::prepareFor(std::uint16_t opcode) {
     diagnostics::check(file_ != nullptr, "fltstream", 417);
     diagnostics::check(mode_ == FltStreamMode::write, "fltstream", 418);
-    flushPending();
+    if (pendingItems_.count() > 0) flushPending();
     nesting_.count(opcode);
 }
 
 void FltStream::writeToken(FltToken& token) {
     prepareFor(token.opcode());
-    token.writeTo(file_);
+    token.finish();
+    quillon::writeBytes(file_, token.data(), token.length());
 }
 
 void FltStream::writeVerbatim(std::span<const std::uint8_t> record) {
@@ -110,7 +111,7 @@ void FltStream::writeVerbatim(std::span<const std::uint8_t> record) {
     fltLoadBigEndian(record.data() + 2, length);
     diagnostics::check(length == record.size(), "fltstream", 424);
     prepareFor(opcode);
-    static_cast<void>(std::fwrite(record.data(), 1, record.size(), file_));
+    quillon::writeBytes(file_, record.data(), record.size());
 }
 
 void FltStream::addPending(std::int32_t item) {

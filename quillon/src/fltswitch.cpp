@@ -17,10 +17,20 @@ void layout(Codec& codec, auto& record, auto& maskCount) {
     codec.field("wordsPerMask", record.wordsPerMask);
 }
 
+constexpr std::uint16_t kFixedSize = 24;  // of the body, up to the mask words
+
 void readWords(FltToken& token, FltListOf<std::uint32_t>& words) {
     const std::int32_t count = words.count();
     std::uint32_t* word = words.data();
-    for (std::int32_t i = 0; i < count; ++i) token.readInt32(word[i]);
+    const std::uint8_t* place =
+        token.body(static_cast<std::uint32_t>(count) * sizeof(std::uint32_t), kFixedSize);
+    if (place == nullptr) [[unlikely]] {
+        token.rewind(kFixedSize);
+        for (std::int32_t i = 0; i < count; ++i) token.readInt32(word[i]);
+        return;
+    }
+    for (std::int32_t i = 0; i < count; ++i, place += sizeof *word)
+        fltLoadBigEndian(place, word[i]);
 }
 
 }  // namespace
@@ -40,27 +50,26 @@ void FltSwitch::setMaskBits(std::int32_t bits) {
 }
 
 void FltSwitch::write(FltStream& stream) {
-    quillon::nameRecord(asciiId, "f%d", stream.header().nextSwitchId);
+    quillon::nameRecord(asciiId, "f", stream.header().nextSwitchId);
     FltRecord::write(stream);
 }
 
 void FltSwitch::writeToken(FltToken& token, std::uint32_t) const {
     diagnostics::check(wordsPerMask >= 0, "fltswitch", 114);  // reading would refuse it
-    const std::int32_t masks = maskCount();
-    quillon::writeFields(token, kOpcode, [&](auto& codec) { layout(codec, *this, masks); });
-
     const std::int32_t count = maskWords.count();
     diagnostics::check(count <= kMaxMaskWords, "fltswitch", 121);
-    std::uint8_t* place = token.claim(static_cast<std::uint32_t>(count) * sizeof(std::uint32_t));
+    const std::int32_t masks = maskCount();
+    std::uint8_t* place = quillon::writeFields(
+        token, kOpcode, [&](auto& codec) { layout(codec, *this, masks); },
+        static_cast<std::uint32_t>(count) * sizeof(std::uint32_t));
     const std::uint32_t* word = maskWords.data();
     for (std::int32_t i = 0; i < count; ++i, place += sizeof *word)
         fltStoreBigEndian(place, word[i]);
 }
 
 void FltSwitch::readToken(FltToken& token, std::uint32_t) {
-    token.rewind();
     std::int32_t masks = 0;
-    quillon::readFields(token, [&](auto& codec) { layout(codec, *this, masks); });
+    quillon::readBody(token, [&](auto& codec) { layout(codec, *this, masks); });
 
     // The counts are the file's word only; they are held against what a record can hold.
     diagnostics::check(masks >= 0 && wordsPerMask >= 0, "fltswitch", 137);

@@ -1,3 +1,5 @@
+#include "fltfile.h"
+
 #include <diagnostics/assertion.h>
 #include <quillon/fltopcode.h>
 #include <quillon/flttoken.h>
@@ -7,34 +9,25 @@
 
 namespace {
 
-constexpr std::uint32_t kAlignment = 8;
 constexpr std::uint32_t kSmallestCapacity = 32;
-
-std::uint16_t bigEndianWord(const std::uint8_t* bytes) {
-    std::uint16_t word = 0;
-    fltLoadBigEndian(bytes, word);
-    return word;
-}
 
 }  // namespace
 
 void FltToken::reset() noexcept {
     block_.reset();
     blockCapacity_ = 0;
-    opcode_ = length_ = position_ = 0;
-    owns_ = true;
-    capacity_ = 0;
+    room_ = 0;
+    words_[kLength] = words_[kOpcode] = words_[kPosition] = words_[kComplete] = 0;
     buffer_ = nullptr;
 }
 
-void FltToken::attach(const void* bytes, std::int32_t size) noexcept {
-    owns_ = false;
+// Bytes that end before the record does, perhaps even before its header does.
+void FltToken::attachCut(const void* bytes, std::int32_t size) noexcept {
     buffer_ = static_cast<const std::uint8_t*>(bytes);
-    capacity_ = std::max(size, 0);
-    position_ = 0;
-    opcode_ = capacity_ >= 2 ? bigEndianWord(buffer_) : std::uint16_t{0};
-    const std::uint16_t stated = capacity_ >= 4 ? bigEndianWord(buffer_ + 2) : std::uint16_t{0};
-    length_ = static_cast<std::uint16_t>(std::min<std::int32_t>(stated, capacity_));
+    words_[kOpcode] = 0;
+    if (size >= 2) fltLoadBigEndian(buffer_, words_[kOpcode]);
+    words_[kLength] = size < kHeaderSize ? std::uint16_t{0} : static_cast<std::uint16_t>(size);
+    words_[kPosition] = words_[kComplete] = 0;
 }
 
 std::uint32_t FltToken::readBytes(std::uint32_t n, void* destination) noexcept {
@@ -52,20 +45,21 @@ void FltToken::writeBytes(std::uint32_t n, const void* source) {
 
 std::uint32_t FltToken::skip(std::uint32_t n) {
     const std::uint32_t present = std::min(n, remaining());
-    position_ = static_cast<std::uint16_t>(position_ + present);
+    words_[kPosition] = static_cast<std::uint16_t>(words_[kPosition] + present);
     if (n > present) std::memset(claim(n - present), 0, n - present);
     return n;
 }
 
 void FltToken::grow(std::uint32_t newLength) {
     diagnostics::check(newLength <= kLongestRecord, "flttoken", 133);
-    if (newLength > static_cast<std::uint32_t>(capacity_)) {
-        std::uint32_t capacity =
-            capacity_ == 0 ? kSmallestCapacity : static_cast<std::uint32_t>(capacity_);
-        while (capacity < newLength) capacity *= 2;
-        moveToOwnBlock(capacity);
+    if (newLength > static_cast<std::uint32_t>(capacity())) {
+        std::uint32_t wanted =
+            capacity() == 0 ? kSmallestCapacity : static_cast<std::uint32_t>(capacity());
+        while (wanted < newLength) wanted *= 2;
+        moveToOwnBlock(wanted);
     }
-    length_ = static_cast<std::uint16_t>(newLength);
+    words_[kLength] = static_cast<std::uint16_t>(newLength);
+    words_[kComplete] = 0;
 }
 
 // Continues in a block of at least `capacity` bytes of the token's own. The block is kept while
@@ -73,43 +67,43 @@ void FltToken::grow(std::uint32_t newLength) {
 // times.
 void FltToken::moveToOwnBlock(std::uint32_t capacity) {
     if (capacity > static_cast<std::uint32_t>(blockCapacity_)) {
-        std::unique_ptr<std::uint8_t[]> block(new (std::nothrow) std::uint8_t[capacity]);
+        // A word more, so that padding can be cleared a whole word at a time.
+        std::unique_ptr<std::uint8_t[]> block(new (std::nothrow)
+                                                  std::uint8_t[capacity + kAlignment]);
         diagnostics::check(block != nullptr, "flttoken", 133);
-        if (length_ > 0) std::memcpy(block.get(), buffer_, length_);
+        if (words_[kLength] > 0) std::memcpy(block.get(), buffer_, words_[kLength]);
         block_ = std::move(block);
         blockCapacity_ = static_cast<std::int32_t>(capacity);
-    } else if (length_ > 0 && buffer_ != block_.get()) {
-        std::memmove(block_.get(), buffer_, length_);
+    } else if (words_[kLength] > 0 && buffer_ != block_.get()) {
+        std::memmove(block_.get(), buffer_, words_[kLength]);
     }
-    owns_ = true;
     buffer_ = block_.get();
-    capacity_ = blockCapacity_;
+    room_ = std::min(static_cast<std::uint32_t>(blockCapacity_), kLongestRecord);
 }
 
 // Makes the `n` bytes at the cursor part of the token's own block; the length stays.
 void FltToken::makeRoom(std::uint64_t n) {
-    diagnostics::check(n <= kLongestRecord - position_, "flttoken", 133);
-    const auto end = static_cast<std::uint32_t>(position_ + n);
-    const std::uint16_t length = length_;
-    if (!owns_) moveToOwnBlock(std::max({end, std::uint32_t{length}, kSmallestCapacity}));
-    if (end > length) grow(end);
-    length_ = length;
+    diagnostics::check(n <= kLongestRecord - words_[kPosition], "flttoken", 133);
+    const auto end = static_cast<std::uint32_t>(words_[kPosition] + n);
+    const std::uint16_t kept = words_[kLength];
+    if (!ownsBuffer()) moveToOwnBlock(std::max({end, std::uint32_t{kept}, kSmallestCapacity}));
+    if (end > kept) grow(end);
+    words_[kLength] = kept;
 }
 
-void FltToken::finish() {
-    diagnostics::check(length_ >= kHeaderSize, "flttoken", 171);
-    position_ = length_;
-    // A vertex list is as long as its vertices.
-    const std::uint32_t beyond = length_ % kAlignment;
-    if (beyond != 0 && opcode_ != kFltVertexList) skip(kAlignment - beyond);
-    position_ = 2;
-    writeInt16(length_);
+// For a record that was put together piece by piece, or is attached.
+void FltToken::finishSlowly() {
+    diagnostics::check(words_[kLength] >= kHeaderSize, "flttoken", 171);
+    words_[kPosition] = words_[kLength];
+    const std::uint32_t beyond = words_[kLength] % kAlignment;
+    if (beyond != 0 && words_[kOpcode] != kFltVertexList) skip(kAlignment - beyond);
+    words_[kPosition] = 2;
+    writeInt16(words_[kLength]);
 }
 
 void FltToken::writeTo(std::FILE* file) {
     finish();
-    // What the disk refuses is on the file's error indicator, where closing it finds it.
-    static_cast<void>(std::fwrite(buffer_, 1, length_, file));
+    quillon::writeBytes(file, buffer_, words_[kLength]);
 }
 
 void FltToken::readShort(void* destination, std::size_t size) noexcept {

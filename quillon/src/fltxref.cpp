@@ -19,8 +19,7 @@ void FltXRef::writeToken(FltToken& token, std::uint32_t) const {
 }
 
 void FltXRef::readToken(FltToken& token, std::uint32_t) {
-    token.rewind();
-    quillon::readFields(token, [this](auto& codec) { layout(codec, *this); });
+    quillon::readBody(token, [this](auto& codec) { layout(codec, *this); });
 }
 
 void FltXRef::visitFields(FltFieldVisitor& visitor) const {

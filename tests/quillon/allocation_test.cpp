@@ -3,9 +3,9 @@
 #include "support.h"
 
 #include <quillon/fltfilereader.h>
-#include <quillon/fltgroup.h>
-#include <quillon/fltlod.h>
 #include <quillon/fltstream.h>
+
+#include <array>
 
 namespace {
 
@@ -14,7 +14,7 @@ TEST(AllocationTest, AWarmStreamWritesWithoutAllocating) {
     FltStream stream;
     stream.attach(file, 1580);
     std::vector<std::unique_ptr<FltRecord>> records;
-    for (const int opcode : {2, 4, 5, 14, 31, 55, 61, 63, 73, 96, 98, 101, 102, 111})
+    for (const int opcode : {1, 2, 4, 5, 14, 31, 55, 61, 62, 63, 73, 96, 98, 101, 102, 111})
         records.push_back(fltCreateRecord(static_cast<std::uint16_t>(opcode)));
     const auto writeAll = [&] {
         for (const auto& record : records) record->write(stream);
@@ -29,25 +29,35 @@ TEST(AllocationTest, AWarmStreamWritesWithoutAllocating) {
 }
 
 TEST(AllocationTest, AWarmReaderReadsWithoutAllocating) {
-    // Records longer than ours, as long, and shorter, which are completed in the token's own block.
-    Bytes bytes;
-    for (int i = 0; i < 100; ++i)
-        for (const char* record :
-             {"0002 002C 00:40", "0002 0020 00:28", "0002 001C 00:24", "0049 0010 00:12"}) {
-            const Bytes part = hex(record);
-            bytes.insert(bytes.end(), part.begin(), part.end());
+    // Each class as it is written, longer, and shorter, which is completed in the token's own
+    // block; a switch and a comment of some size, which have blocks of theirs.
+    Bytes once = hex("001F 0018 'comment':20 0060 0034 00:12 00000001 00000003 00000002 00:24");
+    for (const int opcode : {1, 2, 4, 5, 14, 31, 55, 61, 62, 63, 73, 96, 98, 101, 102, 111}) {
+        const Bytes whole = encode(*fltCreateRecord(static_cast<std::uint16_t>(opcode)));
+        for (const std::size_t length : {whole.size(), whole.size() + 12, whole.size() / 2 + 2}) {
+            Bytes record = whole;
+            record.resize(length);
+            record[2] = static_cast<std::uint8_t>(length >> 8);
+            record[3] = static_cast<std::uint8_t>(length);
+            once.insert(once.end(), record.begin(), record.end());
         }
-    FltFileReader reader(bytes);
-    FltGroup group;
-    FltLod lod;
-    std::size_t before = 0;
-    int count = 0;
-    while (reader.next()) {
-        if (reader.opcode() == FltGroup::kOpcode) group.readFromFile(&reader.token());
-        if (reader.opcode() == FltLod::kOpcode) lod.readFromFile(&reader.token());
-        if (++count == 4) before = heapAllocations();
     }
-    EXPECT_EQ(count, 400);
+    Bytes bytes;
+    for (int i = 0; i < 50; ++i) bytes.insert(bytes.end(), once.begin(), once.end());
+
+    std::array<std::unique_ptr<FltRecord>, 128> records;
+    for (std::uint16_t opcode = 0; opcode < records.size(); ++opcode)
+        records[opcode] = fltCreateRecord(opcode);
+    FltFileReader reader(bytes);
+    std::size_t before = 0;
+    std::size_t count = 0;
+    while (reader.next()) {
+        if (reader.offset() == once.size()) before = heapAllocations();
+        records.at(reader.opcode())->readToken(reader.token(), 1580);
+        ++count;
+    }
+    EXPECT_EQ(count, 50U * 50U);
+    EXPECT_GT(before, 0U);
     EXPECT_EQ(heapAllocations(), before);
 }
 

@@ -159,6 +159,39 @@ TEST(TokenTest, GrowsFromThirtyTwoByDoubling) {
     EXPECT_EQ(token.data(), nullptr);
 }
 
+TEST(TokenTest, BeginsWholeRecordsWithTheirPadding) {
+    FltToken token;
+    const Bytes noise(64, 0xFF);
+    token.begin(2);
+    token.writeBytes(64, noise.data());
+
+    std::memcpy(token.begin(2, 6), "abcdef", 6);
+    EXPECT_EQ(token.length(), 10);
+    token.finish();
+    const Bytes padded = hex("0002 0010 'abcdef' 00:6");
+    EXPECT_EQ(toHex(bytesOf(token)), toHex(padded));
+    EXPECT_EQ(token.position(), 4);
+    token.finish();
+    EXPECT_EQ(toHex(bytesOf(token)), toHex(padded));
+    token.writeInt8('A');
+    token.finish();
+    EXPECT_EQ(toHex(bytesOf(token)), toHex(hex("0002 0010 'Abcdef' 00:6")));
+
+    std::memcpy(token.begin(2, 6), "abcdef", 6);
+    token.writeBytes(7, "ghijklm");
+    token.finish();
+    EXPECT_EQ(toHex(bytesOf(token)), toHex(hex("0002 0018 'abcdefghijklm' 00:7")));
+
+    std::memcpy(token.begin(72, 6), "abcdef", 6);
+    token.finish();
+    EXPECT_EQ(toHex(bytesOf(token)), toHex(hex("0048 000A 'abcdef'")));
+
+    token.begin(2, 0xFFFB);
+    EXPECT_EQ(token.length(), 0xFFFF);
+    expectAssertion("flttoken", 133, [&] { token.finish(); });
+    expectAssertion("flttoken", 133, [&] { token.begin(2, 0xFFFC); });
+}
+
 TEST(TokenTest, ConvertsWholeWordsOnly) {
     std::uint64_t number = 0;
     const Bytes bytes = hex("0000000000000164");

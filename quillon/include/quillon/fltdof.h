@@ -21,13 +21,16 @@ public:
     /// All coordinates of a frame point that was never set. Reading replaces such a point by its
     /// default.
     static constexpr double kUnsetCoordinate = -1e8;
+    static constexpr FltPoint3d kDefaultOrigin{0, 0, 0};
+    static constexpr FltPoint3d kDefaultPointOnXAxis{1, 0, 0};
+    static constexpr FltPoint3d kDefaultPointInXyPlane{0, 1, 0};
 
     char asciiId[8] = {};  ///< NUL-padded; a first byte of 0 means no name yet
 
     // The local frame.
-    FltPoint3d origin{0, 0, 0};
-    FltPoint3d pointOnXAxis{1, 0, 0};
-    FltPoint3d pointInXyPlane{0, 1, 0};
+    FltPoint3d origin = kDefaultOrigin;
+    FltPoint3d pointOnXAxis = kDefaultPointOnXAxis;
+    FltPoint3d pointInXyPlane = kDefaultPointInXyPlane;
 
     double zTranslationMin = 0;
     double zTranslationMax = 0;

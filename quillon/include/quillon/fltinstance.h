@@ -7,8 +7,6 @@
 /// What definition and reference share: the instance number.
 class FltInstance : public FltControlRec {
 public:
-    void writeToken(FltToken& token, std::uint32_t revision) const override;
-    void readToken(FltToken& token, std::uint32_t revision) override;
     void visitFields(FltFieldVisitor& visitor) const override;
 
     std::int16_t instanceNumber = 0;
@@ -20,6 +18,8 @@ public:
     static constexpr std::uint16_t kOpcode = kFltInstanceRef;
 
     std::uint16_t opcode() const override { return kOpcode; }
+    void writeToken(FltToken& token, std::uint32_t revision) const override;
+    void readToken(FltToken& token, std::uint32_t revision) override;
 };
 
 /// Start of an instance's definition.
@@ -28,4 +28,6 @@ public:
     static constexpr std::uint16_t kOpcode = kFltInstanceDef;
 
     std::uint16_t opcode() const override { return kOpcode; }
+    void writeToken(FltToken& token, std::uint32_t revision) const override;
+    void readToken(FltToken& token, std::uint32_t revision) override;
 };

@@ -1,6 +1,8 @@
 // The nesting that control records open and close.
 #pragma once
 
+#include <quillon/fltopcode.h>
+
 #include <cstdint>
 
 /// Push records minus pop records, per kind. Depths go negative when a file pops more than it
@@ -12,9 +14,20 @@ struct FltNesting {
     std::int32_t attribute = 0;
 
     /// Counts a record of `opcode`.
-    void count(std::uint16_t opcode) noexcept;
+    void count(std::uint16_t opcode) noexcept {
+        if (mayNest(opcode)) [[unlikely]]
+            step(opcode);
+    }
 
     std::int32_t total() const noexcept { return level + subface + extension + attribute; }
 
     friend bool operator==(const FltNesting&, const FltNesting&) = default;
+
+private:
+    /// Rules most records out at the cost of two comparisons.
+    static constexpr bool mayNest(std::uint16_t opcode) noexcept {
+        return (opcode >= kFltPushLevel && opcode <= kFltPopExtension) ||
+               opcode == kFltPushAttribute || opcode == kFltPopAttribute;
+    }
+    void step(std::uint16_t opcode) noexcept;
 };
