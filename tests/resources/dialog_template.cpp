@@ -3,7 +3,7 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "probe.h"
+#include "builtfiles.h"
 
 namespace {
 

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "builtfiles.h"
 #include "dialog_template.h"
-#include "probe.h"
 
 namespace {
 
@@ -140,6 +140,7 @@ TEST(Dialogs, UtilityPanelIsLaidOutAsTheHostExpects) {
         {{1007, "Button", "最小细节"}, 8, 97, 92, 14},
         {{-1, "Static", "Aviary"}, 9, 130, 92, 8},
         {{1, "Button", "关闭"}, 29, 170, 46, 13},
+        {{1136, "Button", "关于"}, 79, 170, 25, 13},
     };
     const DialogTemplate panel = dialog(IDD_PANEL);
     EXPECT_EQ(panel.width, 108);
@@ -155,7 +156,8 @@ TEST(Dialogs, UtilityPanelIsLaidOutAsTheHostExpects) {
                     testing::ElementsAre(expected.x, expected.y, expected.width, expected.height))
             << expected.control.caption;
     }
-    EXPECT_TRUE(panel.control(IDC_ABOUT).style & SS_NOTIFY);
+    constexpr std::size_t kCreditLines = 2;
+    EXPECT_EQ(panel.controls.size(), std::size(kExpected) + kCreditLines);
 }
 
 TEST(Dialogs, SwitchEditorHasItsControls) {
@@ -233,7 +235,7 @@ protected:
         owner_ = CreateWindowW(L"Static", L"", WS_OVERLAPPEDWINDOW, 0, 0, 400, 400, nullptr,
                                nullptr, nullptr, nullptr);
         window_ = CreateDialogParamW(
-            probe(), MAKEINTRESOURCEW(GetParam()), owner_,
+            moduleFile(), MAKEINTRESOURCEW(GetParam()), owner_,
             [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
         ASSERT_NE(window_, nullptr) << GetLastError();
     }

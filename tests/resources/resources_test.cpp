@@ -6,15 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "probe.h"
+#include "builtfiles.h"
 
 namespace {
-
-std::string loadText(unsigned id) {
-    const wchar_t* text = nullptr;
-    const int length = LoadStringW(probe(), id, reinterpret_cast<wchar_t*>(&text), 0);
-    return length > 0 ? utf8({text, static_cast<std::size_t>(length)}) : "";
-}
 
 // 0 x 0 when there is no such bitmap.
 SIZE bitmapSize(const wchar_t* name) {
@@ -30,7 +24,6 @@ TEST(Resources, HoldEveryTextUnderItsNumber) {
         unsigned id;
         const char* text;
     } kTexts[] = {
-        {30664, ""},
         {30665, "Aviary (C)"},
         {30666, "Aviary 层次"},
         {30667, "属性"},
@@ -41,7 +34,6 @@ TEST(Resources, HoldEveryTextUnderItsNumber) {
         {30672, "记录未选择 OpenFlight 记录"},
         {30673, "没有要搜寻的选定字段"},
         {30674, "需要选择"},
-        {30675, ""},
         {30676, "非法创建 - 面对象可能只有作为子对象时才能有面.."},
         {30677, "组"},
         {30678, "对象(LOD)"},
@@ -60,12 +52,12 @@ TEST(Resources, HoldEveryTextUnderItsNumber) {
         {30691, "面"},
         {30692, "实例定义"},
         {30693, "实例参考"},
-        {30694, ""},  // a node without a record has no kind name
         {30695, "没有被选定父节点。"},
         {30696, "不能编辑： 开关无子对象"},
-        {30697, ""},
+        {30697, "不能编辑： 遮罩超出开关记录的最大长度"},
+        {30698, "关于 Tessera(&A)..."},
     };
-    for (const auto& [id, text] : kTexts) EXPECT_EQ(loadText(id), text) << id;
+    for (const auto& [id, text] : kTexts) EXPECT_EQ(stringResource(moduleFile(), id), text) << id;
 }
 
 TEST(Resources, HoldEveryTreeIcon) {
@@ -123,7 +115,7 @@ TEST(Resources, ManifestSelectsVersionSixOfTheCommonControls) {
     const std::string text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     EXPECT_NE(text.find(">true</dpiAware>"), std::string::npos);
 
-    const std::wstring path = probePath();
+    const std::wstring path = modulePath();
     ACTCTXW request{};
     request.cbSize = sizeof request;
     request.dwFlags = ACTCTX_FLAG_RESOURCE_NAME_VALID;

@@ -13,6 +13,7 @@ using testing::HasSubstr;
 namespace {
 
 constexpr int kSelectAll = 1100, kViewTop = 1211, kRunScript = 1250, kRunAgain = 1251;  // commands
+constexpr int kAboutFirstUtility = 1301;
 
 TEST_F(WorkbenchTest, OpensASceneSelectsByClickAndCloses) {
     start((folder_ / "plugins").wstring());
@@ -127,6 +128,19 @@ TEST_F(WorkbenchTest, AWalkEndsWithItsScriptAndFailsWithIt) {
     EXPECT_THAT(output_->text(), HasSubstr("failed: run the script: "));
     EXPECT_THAT(output_->text(), HasSubstr("脚本.ks:2:1: nothing is named \"none\""));
     EXPECT_TRUE(std::filesystem::exists(folder_ / "11-scripted.png"));
+}
+
+TEST_F(WorkbenchTest, OffersTheAboutBoxesOfUtilities) {
+    start(toWide(SAMPLE_PLUGINS));
+    ::PostMessageW(window_, WM_COMMAND, kAboutFirstUtility, 0);
+    HWND box = nullptr;
+    ASSERT_TRUE(eventually([&] {
+        box = ::FindWindowW(L"#32770", L"About");
+        return box && ::IsWindowVisible(box);
+    }));
+    EXPECT_EQ(::GetWindow(box, GW_OWNER), window_);
+    ::PostMessageW(box, WM_COMMAND, IDOK, 0);
+    EXPECT_TRUE(eventually([&] { return !::IsWindow(box); }));
 }
 
 TEST_F(WorkbenchTest, WalksThroughTheViewsWithoutAPerson) {

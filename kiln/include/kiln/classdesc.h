@@ -35,6 +35,10 @@ public:
     virtual const char* InternalName() { return nullptr; }
     /// The module that holds the class's resources.
     virtual HINSTANCE HInstance() { return nullptr; }
+    /// Whether the class has an about box, which the host then offers in its help menu.
+    virtual bool HasAbout() { return false; }
+    /// Shows the about box in front of the active window until the user closes it.
+    virtual void ShowAbout() {}
 };
 
 /// Makes an object of a registered or built-in class of a scene (objects, texture maps, custom

@@ -16,7 +16,7 @@
 #define IDC_LOD_LESS 1005
 #define IDC_LOD_MOST 1006
 #define IDC_LOD_LEAST 1007
-#define IDC_ABOUT 1136  // the credit line; a click on it opens the about box
+#define IDC_ABOUT 1136
 
 // Controls of the browser form.
 #define IDC_FIND 1010
@@ -60,6 +60,9 @@
 #define IDC_ABOUT_BUILD 1138
 #define IDC_ABOUT_PICTURE 1139
 
+// The command of the browser form's system menu; the system uses the lowest four bits itself.
+#define IDM_ABOUT 0x0010
+
 // Strings.
 #define IDS_LIBRARY_DESCRIPTION 30665
 #define IDS_FORM_TITLE 30666
@@ -93,6 +96,8 @@
 #define IDS_KIND_PLAIN 30694  // has no string: a node without a record shows no kind name
 #define IDS_NO_PARENT_SELECTED 30695
 #define IDS_SWITCH_WITHOUT_CHILDREN 30696
+#define IDS_SWITCH_TOO_LARGE 30697
+#define IDS_ABOUT_COMMAND 30698
 
 // The tree's icons, 16 x 15 pixels, white is transparent.
 #define IDB_GROUP 123

@@ -71,6 +71,10 @@ void Hierarchy::bind(BrowserCallback callback, void* clientData) noexcept {
 
 LRESULT Hierarchy::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     const FormBusy busy;
+    if (message == WM_SYSCOMMAND && (wParam & 0xFFF0) == IDM_ABOUT) {
+        qofltAboutShow();
+        return 0;
+    }
     return CDialog::WindowProc(message, wParam, lParam);
 }
 
@@ -93,6 +97,7 @@ bool Hierarchy::OnInitDialog() {
         return false;
     }
     loadPictures();
+    addAboutCommand();
     alignControls();
     size_ = sizeOf(ClientRect());
     CWnd grid;
@@ -125,6 +130,12 @@ void Hierarchy::loadPictures() {
     selectSet_.AutoLoad(IDC_SELECT_SET, Handle());
     find_.AutoLoad(IDC_FIND, Handle());
     tool_.AutoLoad(IDC_TOOL, Handle());
+}
+
+void Hierarchy::addAboutCommand() {
+    const HMENU menu = ::GetSystemMenu(Handle(), FALSE);
+    ::AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
+    ::AppendMenuW(menu, MF_STRING, IDM_ABOUT, toWide(loadString(IDS_ABOUT_COMMAND)).c_str());
 }
 
 // ---------------------------------------------------------------- layout
@@ -197,6 +208,7 @@ void Hierarchy::show(bool shown) {
     }
     resetProperties(true);
     Show(SW_SHOWNORMAL);
+    ::SetForegroundWindow(Handle());  // also when it was there already, behind another
 }
 
 void Hierarchy::OnActivate(UINT state, HWND, bool) {

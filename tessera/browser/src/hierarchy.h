@@ -70,6 +70,7 @@ private:
     void initialiseGrid();
     void loadPictures();
     void alignControls();
+    void addAboutCommand();
     void layOut(int growX, int growY);
     void fitColumns();
 
@@ -128,6 +129,7 @@ private:
     bool openSwitchEditor();
     bool showSwitchEditor();
     void switchChanged(const SwitchRecordBuffer& changed, bool showInViewport);
+    void refuseMask();
     bool storeSwitch(const SwitchRecordBuffer& changed);
 
     std::unique_ptr<CGridEx> grid_;

@@ -7,6 +7,7 @@
 #include <framework/strings.h>
 #include <kiln/kiln.h>
 #include <resources/resource.h>
+#include <tessera/browserexports.h>
 #include <tessera/iaviaryutil.h>
 
 namespace {
@@ -35,6 +36,8 @@ public:
     const char* Category() override { return ""; }
     const char* InternalName() override { return "AvFltUtil"; }
     HINSTANCE HInstance() override { return moduleInstance(); }
+    bool HasAbout() override { return true; }
+    void ShowAbout() override { qofltAboutShow(); }
 
     /// A string of the module, valid until the next one is loaded.
     static const char* text(unsigned id) noexcept {

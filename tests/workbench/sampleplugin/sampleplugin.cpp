@@ -81,6 +81,8 @@ public:
     SClass_ID SuperClassID() override { return UTILITY_CLASS_ID; }
     Class_ID ClassID() override { return {0x5A3E1, 0x9001}; }
     const char* Category() override { return ""; }
+    bool HasAbout() override { return true; }
+    void ShowAbout() override { MessageBoxW(GetActiveWindow(), L"样本 2.0", L"About", MB_OK); }
 };
 
 }  // namespace

@@ -45,5 +45,6 @@
 #define CMD_SCRIPT_RUN_AGAIN 1251
 
 #define CMD_HELP_ABOUT 1300
+#define CMD_HELP_ABOUT_UTILITY 1301  // and the numbers after it, one for each utility
 
 #endif

@@ -20,7 +20,7 @@ namespace {
 constexpr wchar_t kClassName[] = L"WorkbenchMain";
 constexpr char kProgramName[] = "Workbench";
 constexpr UINT kViewportId = 10, kPanelId = 11, kScriptId = 12, kStatusId = 13;
-constexpr UINT kRefreshMessage = WM_APP + 1;
+constexpr UINT kRefreshMessage = WM_APP + 1, kRaiseMessage = WM_APP + 2;
 constexpr UINT_PTR kModifiedTimer = 1;
 constexpr int kScriptHeight = 132;
 constexpr int kSplitter = 5;
@@ -66,6 +66,11 @@ ACCEL kSceneKeys[] = {
     {kPlain, VK_F4, CMD_VIEW_WIREFRAME},
     {kPlain, 'G', CMD_VIEW_GRID},
 };
+
+bool isPress(UINT message) {
+    return message == WM_LBUTTONDOWN || message == WM_NCLBUTTONDOWN || message == WM_RBUTTONDOWN ||
+           message == WM_MBUTTONDOWN;
+}
 
 // Where the list of recent files is kept; empty when the user has no such place.
 std::string recentList() {
@@ -206,6 +211,7 @@ bool MainWindow::OnSetCursor(HWND under, UINT hitTest, UINT message) {
 // ---------------------------------------------------------------- keyboard
 
 bool MainWindow::preTranslate(MSG& message) {
+    if (isPress(message.message)) Post(kRaiseMessage);
     if (message.message < WM_KEYFIRST || message.message > WM_KEYLAST) return false;
     if (!::IsWindowEnabled(Handle())) return false;
     const bool ours = ::IsChild(Handle(), message.hwnd) || message.hwnd == Handle();
@@ -273,6 +279,30 @@ void MainWindow::listUtilities() {
         if (!status.ok()) ShowMessage(status.message(), MB_OK | MB_ICONERROR, kProgramName);
     });
     utilityChanged(core_.openedUtility());
+    listAboutBoxes();
+}
+
+// The about boxes of the utilities follow the program's own in the last menu.
+void MainWindow::listAboutBoxes() {
+    const HMENU bar = ::GetMenu(Handle());
+    const HMENU help = ::GetSubMenu(bar, ::GetMenuItemCount(bar) - 1);
+    while (::GetMenuItemCount(help) > 1) ::DeleteMenu(help, 1, MF_BYPOSITION);
+    aboutBoxes_.clear();
+    for (ClassDesc* utility : utilities_) {
+        auto* const known = dynamic_cast<ClassDesc2*>(utility);
+        if (!known || !known->HasAbout()) continue;
+        const UINT command = CMD_HELP_ABOUT_UTILITY + static_cast<UINT>(aboutBoxes_.size());
+        const std::wstring text = toWide(std::string("关于 ") + utility->ClassName());
+        ::AppendMenuW(help, MF_STRING, command, text.c_str());
+        aboutBoxes_.push_back(known);
+    }
+}
+
+bool MainWindow::showAboutOf(int command) {
+    const auto position = static_cast<std::size_t>(command - CMD_HELP_ABOUT_UTILITY);
+    if (command < CMD_HELP_ABOUT_UTILITY || position >= aboutBoxes_.size()) return false;
+    aboutBoxes_[position]->ShowAbout();
+    return true;
 }
 
 ClassDesc* MainWindow::utilityNamed(const std::string& name) const {
@@ -370,8 +400,24 @@ LRESULT MainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         refreshStatus();
         return 0;
     }
+    if (message == kRaiseMessage) {
+        raiseOwned();
+        return 0;
+    }
     if (message == WM_INITMENU) refreshMenu();
     return CWnd::WindowProc(message, wParam, lParam);
+}
+
+// The windows of plug-ins stay in front of the main window. The system sees to that, but on the
+// virtual desktop of some versions of Wine a click brings a window before those that it owns.
+void MainWindow::raiseOwned() {
+    std::vector<HWND> owned;
+    for (HWND window = ::GetTopWindow(nullptr); window; window = ::GetWindow(window, GW_HWNDNEXT))
+        if (::GetWindow(window, GW_OWNER) == Handle() && ::IsWindowVisible(window))
+            owned.push_back(window);
+    for (auto window = owned.rbegin(); window != owned.rend(); ++window)
+        ::SetWindowPos(*window, HWND_TOP, 0, 0, 0, 0,
+                       SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE | SWP_NOOWNERZORDER);
 }
 
 void MainWindow::OnTimer(UINT_PTR id) {
@@ -472,7 +518,7 @@ bool MainWindow::OnCommand(int id, UINT code, HWND control) {
         files_.openRecent(static_cast<std::size_t>(id - CMD_FILE_RECENT));
         return true;
     }
-    return runFile(id) || runEdit(id) || runView(id) || runScript(id);
+    return runFile(id) || runEdit(id) || runView(id) || runScript(id) || showAboutOf(id);
 }
 
 bool MainWindow::runFile(int command) {

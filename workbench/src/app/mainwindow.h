@@ -111,9 +111,12 @@ private:
     void refreshStatus();
     void refreshMenu();
     void listRecentFiles();
+    void raiseOwned();
     void layout();
     RECT splitterArea() const;
     void about();
+    void listAboutBoxes();
+    bool showAboutOf(int command);
 
     kiln::Core& core_;
     Interface& host_;
@@ -134,6 +137,7 @@ private:
     std::string pictureFolder_;
     std::string prompt_;
     std::vector<ClassDesc*> utilities_;
+    std::vector<ClassDesc2*> aboutBoxes_;  // of the help menu, in its order
     int scriptHeight_ = 0;
     bool splitting_ = false;
     HACCEL fileKeys_ = nullptr, sceneKeys_ = nullptr;

@@ -129,10 +129,9 @@ int CommandPanel::contentHeight() const {
 }
 
 void CommandPanel::layout() {
-    const RECT area = ClientRect();
-    const int height = heightOf(area), content = contentHeight();
+    const int height = heightOf(ClientRect()), content = contentHeight();
     SCROLLINFO info{sizeof info,
-                    SIF_RANGE | SIF_PAGE | SIF_DISABLENOSCROLL,
+                    SIF_RANGE | SIF_PAGE,
                     0,
                     content - 1,
                     static_cast<UINT>(std::max(height, 0)),
@@ -144,6 +143,7 @@ void CommandPanel::layout() {
     info.nPos = scroll_;
     ::SetScrollInfo(Handle(), SB_VERT, &info, TRUE);
 
+    const RECT area = ClientRect();  // wider without the scroll bar
     const int margin = Scaled(6), gap = Scaled(4), width = widthOf(area) - 2 * margin;
     int y = headingHeight() - scroll_;
     for (const auto& button : buttons_) {

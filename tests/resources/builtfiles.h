@@ -1,0 +1,39 @@
+#pragma once
+
+#include <windows.h>
+
+#include <set>
+#include <span>
+#include <string>
+
+// The built files, loaded as data once for the whole program.
+HMODULE moduleFile();   // Tessera.dlu
+HMODULE captionFile();  // FltKilnUtilRes.dll
+
+// Where they are.
+std::wstring modulePath();
+std::wstring captionPath();
+
+// The bytes of a resource of the module; empty when there is none. `type` and `name` as for
+// FindResourceW.
+std::span<const std::byte> resourceBytes(const wchar_t* type, const wchar_t* name);
+
+// The names of all resources of a type, numbers as "#123".
+std::set<std::string> resourceNames(HMODULE file, const wchar_t* type);
+
+// The numbers of all strings that are not empty.
+std::set<unsigned> stringIds(HMODULE file);
+
+// A string by its number, in UTF-8; empty when there is none.
+std::string stringResource(HMODULE file, unsigned id);
+
+// What the headers of a program file say, read from the file itself.
+struct ProgramFile {
+    bool isX64Library = false;
+    std::set<std::string> exports;  // the names in the export table
+    std::set<std::string> imports;  // the libraries that it needs, in lower case
+};
+// Throws std::runtime_error for what is no program file.
+ProgramFile readProgramFile(const std::wstring& path);
+
+std::string utf8(const std::wstring& text);
