@@ -52,4 +52,23 @@ void logCurrentException(const char* sourceFile, int guardLine) noexcept {
     }
 }
 
+void noteCurrentException() noexcept {
+    Guard* const guard = Guard::innermost_;
+    if (guard && !guard->noted_) guard->noted_ = std::current_exception();
+}
+
+bool Guard::reportNoted(const char* sourceFile, int guardLine) noexcept {
+    if (!noted_) return false;
+    if (outer_) {
+        if (!outer_->noted_) outer_->noted_ = noted_;
+        return true;
+    }
+    try {
+        std::rethrow_exception(noted_);
+    } catch (...) {
+        logCurrentException(sourceFile, guardLine);
+    }
+    return true;
+}
+
 }  // namespace diagnostics

@@ -2,6 +2,7 @@
 #include "attrvalue.h"
 #include "nodechunk.h"
 
+#include <diagnostics/log.h>
 #include <fltkilnutil/fltattr.h>
 #include <fltkilnutil/kilnflt.h>
 
@@ -124,6 +125,7 @@ FltAttrGroup* fltAttrLoad(INode* node, std::uint32_t parameter) noexcept {
     try {
         return load(node, parameter);
     } catch (...) {
+        diagnostics::noteCurrentException();
         return nullptr;  // no memory for a value text
     }
 }
@@ -132,6 +134,7 @@ bool fltAttrStore(INode* node, FltAttrGroup& group) noexcept {
     try {
         return store(node, group);
     } catch (...) {
+        diagnostics::noteCurrentException();
         return false;
     }
 }

@@ -1,5 +1,6 @@
 #include "nodechunk.h"
 
+#include <diagnostics/log.h>
 #include <fltkilnutil/kilnflt.h>
 #include <kiln/inode.h>
 #include <quillon/fltcomment.h>
@@ -25,21 +26,29 @@ Chunk kindBlock(INode* node) noexcept {
     return chunk.size() >= kKindBlockUsed ? chunk : Chunk();
 }
 
-/// Reads `chunk` through a token. The bytes are a user's: a record length that goes beyond them, or
-/// is less than a record header, means a damaged chunk.
-template <typename Read>
-bool readChunk(Chunk chunk, Read&& read) noexcept {
+/// The length that the record in `chunk` states. The bytes are a user's: a length that goes beyond
+/// them, or is less than a record header, means a damaged chunk.
+std::int32_t recordLength(Chunk chunk) {
     constexpr std::size_t kHeaderSize = 4;
-    if (chunk.size() < kHeaderSize) return false;
+    diagnostics::check(chunk.size() >= kHeaderSize, "kilnflt", 204);
     const std::size_t length =
         std::to_integer<std::size_t>(chunk[2]) << 8 | std::to_integer<std::size_t>(chunk[3]);
-    if (length < kHeaderSize || length > chunk.size()) return false;
+    diagnostics::check(length >= kHeaderSize && length <= chunk.size(), "kilnflt", 207);
+    return static_cast<std::int32_t>(length);
+}
+
+/// Reads `chunk` through a token. A chunk that is not there is a plain failure; a damaged one is
+/// noted for the log as well.
+template <typename Read>
+bool readChunk(Chunk chunk, Read&& read) noexcept {
+    if (chunk.empty()) return false;
     try {
         FltToken token;
-        token.attach(chunk.data(), static_cast<std::int32_t>(length));
+        token.attach(chunk.data(), recordLength(chunk));
         read(token);
         return true;
     } catch (...) {
+        diagnostics::noteCurrentException();
         return false;
     }
 }
@@ -52,6 +61,7 @@ bool writeChunk(INode* node, ChunkId id, Write&& write) noexcept {
         write(token);
         token.finish();
     } catch (...) {
+        diagnostics::noteCurrentException();
         return false;
     }
     return storeChunk(node, id, std::as_bytes(std::span(token.data(), token.length())));
@@ -125,6 +135,7 @@ bool fltGetKind(INode* node, bool derive, FltNodeKind& kind) noexcept {
     try {
         return derive && node != nullptr && deriveKind(node, kind);
     } catch (...) {
+        diagnostics::noteCurrentException();
         return false;  // an object of another plug-in that throws has no kind
     }
 }
@@ -141,6 +152,7 @@ bool fltIsFaceObject(INode* node) noexcept {
         const Object* const object = node != nullptr ? node->EvalWorldState(0).obj : nullptr;
         return object != nullptr && isSurface(object->SuperClassID()) && isRenderableMesh(*object);
     } catch (...) {
+        diagnostics::noteCurrentException();
         return false;
     }
 }

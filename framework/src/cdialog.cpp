@@ -37,7 +37,7 @@ bool CDialog::Create(UINT templateId, HWND parent) {
     failed_ = false;
     const HWND window = ::CreateDialogParamW(resources, MAKEINTRESOURCEW(templateId), parent,
                                              DialogProc, reinterpret_cast<LPARAM>(this));
-    if (window && failed_) DestroyWindow();
+    if (window && failed_) ::DestroyWindow(window);  // which may not be ours yet
     return window && HasWindow();
 }
 

@@ -46,6 +46,11 @@ protected:
         SendDlgItemMessageW(editor(), id, BM_CLICK, 0, 0);
         testinput::pump();
     }
+    /// As the platform tells it when the keyboard goes elsewhere.
+    static void leaveMaskField() {
+        SendMessageW(editor(), WM_COMMAND, MAKEWPARAM(IDC_MASK, EN_KILLFOCUS),
+                     reinterpret_cast<LPARAM>(GetDlgItem(editor(), IDC_MASK)));
+    }
     static void spin(int step) {
         NMUPDOWN notification{};
         notification.hdr = {GetDlgItem(editor(), IDC_MASK_SPIN), IDC_MASK_SPIN, UDN_DELTAPOS};
@@ -137,6 +142,93 @@ TEST_F(BrowserSwitch, TakesTypedMasks) {
     EXPECT_EQ(stored(node)[1], 0x1Eu) << "four characters from the 34th on";
     EXPECT_EQ(mask(), std::wstring(33, L'0') + L"1");
     EXPECT_TRUE(IsWindowVisible(editor()));
+}
+
+TEST_F(BrowserSwitch, MasksMayTakeSeveralWords) {
+    constexpr std::uint32_t kAll = 0xFFFFFFFF;
+    for (const std::uint32_t count : {33u, 64u}) {
+        SCOPED_TRACE(count);
+        children = count;
+        const std::uint32_t last = 1u << (count - 33);
+        INode* const node = show({5, 0, 1, last}, 2);
+        push(IDC_TOOL);
+        EXPECT_EQ(mask(), L"101" + std::wstring(count - 3, L'0'));
+        spin(-1);
+        EXPECT_EQ(mask(), L"1" + std::wstring(count - 2, L'0') + L"1");
+        press(IDC_MASK_INVERT);
+        EXPECT_EQ(stored(node), (Words{5, 0, kAll - 1, kAll - last})) << "of this mask alone";
+        press(IDC_MASK_NEW);
+        EXPECT_EQ(mask(), std::wstring(count, L'1'));
+        press(IDC_MASK_CLEAR);
+        SetWindowTextW(GetDlgItem(editor(), IDC_MASK),
+                       (std::wstring(count - 1, L'0') + L"1").c_str());
+        leaveMaskField();
+        EXPECT_EQ(stored(node), (Words{5, 0, kAll - 1, kAll - last, 0, last}));
+        spin(1);
+        press(IDC_MASK_DELETE);
+        EXPECT_EQ(index(), L"0");
+        EXPECT_EQ(stored(node), (Words{5, 0, 0, last}));
+    }
+}
+
+// What is read of the field ends with its first 2048 characters; children beyond keep their bits.
+TEST_F(BrowserSwitch, TakesAsLongAMaskAsIsRead) {
+    children = 2080;
+    INode* const node = show(std::initializer_list<std::uint32_t>(), 65);
+    push(IDC_TOOL);
+    EXPECT_EQ(mask(), std::wstring(2080, L'1'));
+    SetWindowTextW(GetDlgItem(editor(), IDC_MASK), std::wstring(2080, L'0').c_str());
+    leaveMaskField();
+    Words wanted(65, 0);
+    wanted[64] = 0xFFFFFFFF;
+    EXPECT_EQ(stored(node), wanted);
+}
+
+TEST_F(BrowserSwitch, ShowsAMaskThatIsThere) {
+    for (const std::int32_t current : {-5, 2, 0x7FFFFFFF}) {
+        FltSwitch record;
+        record.currentMask = current;
+        record.maskWords.append(3);
+        record.maskWords.append(4);
+        INode* const made = node(96);
+        ASSERT_TRUE(fltPutRecord(made, record));
+        browser().selectNode(add(root, "switch", made));
+        push(IDC_TOOL);
+        EXPECT_EQ(index(), L"0") << current;
+        EXPECT_EQ(mask(), L"110") << current;
+    }
+}
+
+TEST_F(BrowserSwitch, RefusesWhatNoRecordCanHold) {
+    const std::wstring refusal = L"不能编辑： 遮罩超出开关记录的最大长度";
+    FltSwitch record;
+    record.maskWords.resize(FltSwitch::kMaxWrittenMaskWords);
+    for (std::int32_t i = 0; i < FltSwitch::kMaxWrittenMaskWords; ++i) *record.maskWords.at(i) = 5;
+    record.currentMask = 7;
+    INode* const made = node(96);
+    ASSERT_TRUE(fltPutRecord(made, record));
+    browser().selectNode(add(root, "full", made));
+    push(IDC_TOOL);
+    const Words before = stored(made);
+    client.take();
+    press(IDC_MASK_NEW);
+    EXPECT_EQ(boxes.take(), std::vector<std::wstring>{refusal});
+    EXPECT_EQ(index(), L"7");
+    EXPECT_EQ(mask(), L"101");
+    EXPECT_EQ(stored(made), before);
+    EXPECT_TRUE(client.take().empty()) << "nothing to be told";
+    EXPECT_TRUE(IsWindowEnabled(editor()));
+    press(IDC_MASK_DELETE);
+    press(IDC_MASK_NEW);
+    EXPECT_TRUE(boxes.take().empty()) << "there is room again";
+    EXPECT_EQ(stored(made).size(), before.size());
+
+    children = 32 * FltSwitch::kMaxWrittenMaskWords + 1;
+    INode* const crowded = node(96);
+    ASSERT_TRUE(fltPutRecord(crowded, FltSwitch()));
+    browser().selectNode(add(root, "crowded", crowded));
+    EXPECT_EQ(boxes.take(), std::vector<std::wstring>{refusal});
+    EXPECT_FALSE(IsWindowEnabled(GetDlgItem(editor(), IDC_MASK)));
 }
 
 TEST_F(BrowserSwitch, TheViewportFollowsOnlyWhenWanted) {

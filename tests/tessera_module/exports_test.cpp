@@ -5,18 +5,6 @@
 
 namespace {
 
-TEST(ModuleExports, AreExactlyThese) {
-    EXPECT_EQ(
-        exportedNames(loadedModule()),
-        (std::set<std::string>{"LibDescription", "LibNumberClasses", "LibClassDesc", "LibVersion",
-                               // The constructor of VertexNormalsControl, as the compiler names it.
-                               "_ZN20VertexNormalsControlC1Ev", "qofltAboutShow", "_zufltguicreate",
-                               "_zufltguishow", "_zufltguidestroy", "_zufltguiaddnode",
-                               "_zufltguidelnode", "_zufltguidelchildren", "_zufltguinode2hdl",
-                               "_zufltguiselectnode", "zufltguirefresh", "zufltguiSceneChanged",
-                               "zufltguiresetpos", "zufltguisettitle"}));
-}
-
 TEST(ModuleExports, DescribeOneUtility) {
     EXPECT_EQ(exported<DWORD (*)()>("LibVersion")(), 0x36B02600u);
     EXPECT_EQ(exported<int (*)()>("LibNumberClasses")(), 1);

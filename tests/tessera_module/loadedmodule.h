@@ -7,14 +7,10 @@
 
 #include <windows.h>
 
-#include <set>
 #include <string>
 
 /// Loads the module once for the whole program; the core is there afterwards.
 HMODULE loadedModule();
-
-/// The names in the module's export table.
-std::set<std::string> exportedNames(HMODULE module);
 
 /// A function that the module exports.
 template <typename Function>

@@ -3,6 +3,7 @@
 
 #include <diagnostics/assertion.h>
 
+#include <exception>
 #include <utility>
 
 namespace diagnostics {
@@ -19,12 +20,43 @@ namespace diagnostics {
 /// Must be called from within a catch block.
 void logCurrentException(const char* sourceFile, int guardLine) noexcept;
 
-/// Runs `body` and gives its result. When it throws, logs one line and gives `failure` instead;
-/// nothing leaves this function by exception.
+/// Tells the guarded entry point that is running of the exception being handled. Whoever turns an
+/// exception into a plain failure, as the readers of node data do, says so here: the entry point
+/// goes on, and yet its log names what was met. Outside of guarded entry points nothing happens.
+/// Must be called from within a catch block.
+void noteCurrentException() noexcept;
+
+/// What became of one run of a guarded entry point: remembers the first failure that was noted
+/// while it ran. Guards nest, as entry points call each other; they live on the user-interface
+/// thread alone.
+class Guard {
+public:
+    Guard() noexcept : outer_(std::exchange(innermost_, this)) {}
+    ~Guard() { innermost_ = outer_; }
+    Guard(const Guard&) = delete;
+    Guard& operator=(const Guard&) = delete;
+
+    /// Whether a failure was noted. It makes one line of the log, and that line is the outermost
+    /// entry point's: what the host called is what failed.
+    bool reportNoted(const char* sourceFile, int guardLine) noexcept;
+
+private:
+    friend void noteCurrentException() noexcept;
+
+    static inline Guard* innermost_ = nullptr;
+
+    Guard* outer_;
+    std::exception_ptr noted_;
+};
+
+/// Runs `body` and gives its result. When it throws, or when a failure below it was noted, logs one
+/// line and gives `failure` instead; nothing leaves this function by exception.
 template <typename Body, typename Result>
 Result guarded(const char* sourceFile, int guardLine, Result failure, Body&& body) noexcept {
+    Guard guard;
     try {
-        return std::forward<Body>(body)();
+        const Result result = std::forward<Body>(body)();
+        return guard.reportNoted(sourceFile, guardLine) ? failure : result;
     } catch (...) {
         logCurrentException(sourceFile, guardLine);
         return failure;

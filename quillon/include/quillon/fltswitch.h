@@ -20,6 +20,9 @@ public:
 
     /// The most mask words that fit into one record.
     static constexpr std::int32_t kMaxMaskWords = (0xFFFF - 28) / 4;
+    /// The most with which a record can still be written: what is written is padded to a multiple
+    /// of 8 bytes.
+    static constexpr std::int32_t kMaxWrittenMaskWords = (0xFFF8 - 28) / 4;
 
     /// Whole masks in the word list; 0 when there are no words per mask.
     std::int32_t maskCount() const noexcept;

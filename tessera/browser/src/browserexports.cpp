@@ -44,13 +44,14 @@ private:
 };
 
 // Runs the body of an exported function. No exception leaves the module: the caller gets the
-// function's plain failure.
+// function's plain failure, and the guarded entry point that called it, if one did, the reason.
 template <typename Result, typename Body>
 Result enter(Result failure, Body&& body) noexcept {
     try {
         const Entry entry;
         return body();
     } catch (...) {
+        diagnostics::noteCurrentException();
         return failure;
     }
 }
@@ -89,8 +90,12 @@ void setTitle(const char* text) {
 }
 
 BrowserStatus makeForm(HWND parent) {
-    std::unique_ptr<Hierarchy> made(new (std::nothrow) Hierarchy);
-    if (!made) return kBrowserNoMemory;
+    std::unique_ptr<Hierarchy> made;
+    try {
+        made = std::make_unique<Hierarchy>();
+    } catch (const std::bad_alloc&) {
+        return kBrowserNoMemory;
+    }
     if (!made->create(parent)) return kBrowserDialogFailed;
     form = std::move(made);
     return kBrowserDone;
@@ -123,12 +128,17 @@ std::int32_t _zufltguicreate(BrowserWindow parent, BrowserCallback callback, std
                              void* clientData) {
     return enter<std::int32_t>(kBrowserFormMissing, [=]() -> std::int32_t {
         if (!clientAgrees(callback, clientData)) return kBrowserRefused;
-        if (!form) {
+        const bool isNew = !form;
+        if (isNew) {
             const BrowserStatus status = makeForm(parent);
             if (status != kBrowserDone) return status;
         }
-        if (!form) return kBrowserFormMissing;
-        form->SetText(title);
+        try {
+            form->SetText(title);
+        } catch (...) {
+            if (isNew) destroyForm();  // the caller is told that there is none
+            throw;
+        }
         form->bind(callback, clientData);
         return kBrowserDone;
     });

@@ -17,8 +17,8 @@ constexpr int kLongestMaskText = 2048;
 
 }  // namespace
 
-CSwitch::CSwitch(tessera::SwitchRecordBuffer& buffer, Notify notify)
-    : buffer_(buffer), notify_(std::move(notify)) {}
+CSwitch::CSwitch(tessera::SwitchRecordBuffer& buffer, Notify notify, std::function<void()> refuse)
+    : buffer_(buffer), notify_(std::move(notify)), refuse_(std::move(refuse)) {}
 
 bool CSwitch::Create(HWND form) {
     return CDialog::Create(IDD_SWITCH, form);
@@ -91,13 +91,14 @@ void CSwitch::AddMask() {
     FltSwitch& record = Record();
     const std::int32_t masks = record.maskCount();
     const std::int32_t end = masks * record.wordsPerMask;
-    if (record.maskWords.count() + record.wordsPerMask > FltSwitch::kMaxMaskWords) {
-        ::MessageBeep(kSimpleBeep);
+    if (record.maskWords.count() + record.wordsPerMask > FltSwitch::kMaxWrittenMaskWords) {
+        refuse_();
         return;
     }
     for (std::int32_t i = 0; i < record.wordsPerMask; ++i)
         record.maskWords.insertAt(end + i, kAllChildren);
     record.currentMask = masks;
+    Display();
 }
 
 void CSwitch::DeleteMask() {
@@ -125,18 +126,20 @@ void CSwitch::Step(int delta) {
 
 void CSwitch::ReadMask() {
     const std::string text = mask_.Text(kLongestMaskText);
-    // Passing through the field is no change, and must not have the scene updated.
-    if (text == MaskText().substr(0, kLongestMaskText)) return;
     const auto bits = static_cast<std::uint32_t>(Record().wordsPerMask) * kWordBits;
     const auto end = std::min<std::uint32_t>(
         bits, buffer_.childCount > kLongestMaskText ? kLongestMaskText : bits);
+    bool changed = false;
     for (std::uint32_t bit = 0; bit < end; ++bit) {
         std::uint32_t& word = Word(static_cast<std::int32_t>(bit / kWordBits));
+        const std::uint32_t before = word;
         const std::uint32_t flag = 1U << bit % kWordBits;
         const bool set = bit < text.size() && text[bit] == '1';
         word = set ? word | flag : word & ~flag;
+        changed = changed || word != before;
     }
-    Tell();
+    // Passing through the field is no change, and must not have the scene updated.
+    if (changed) Tell();
 }
 
 bool CSwitch::OnCommand(int id, UINT code, HWND) {
@@ -158,7 +161,7 @@ bool CSwitch::OnCommand(int id, UINT code, HWND) {
             break;
         case IDC_MASK_NEW:
             AddMask();
-            break;
+            return true;
         case IDC_MASK_DELETE:
             DeleteMask();
             return true;

@@ -30,8 +30,9 @@ public:
     /// whether the viewports are to follow.
     using Notify = std::function<void(tessera::SwitchRecordBuffer&, bool showInViewport)>;
 
-    /// `buffer` is not owned and must outlive the editor.
-    CSwitch(tessera::SwitchRecordBuffer& buffer, Notify notify);
+    /// `buffer` is not owned and must outlive the editor. `refuse` tells the user that the record
+    /// has no room for another mask.
+    CSwitch(tessera::SwitchRecordBuffer& buffer, Notify notify, std::function<void()> refuse);
 
     /// Creates the dialog, hidden. False when the platform refuses.
     bool Create(HWND form);
@@ -64,6 +65,7 @@ private:
 
     tessera::SwitchRecordBuffer& buffer_;
     Notify notify_;
+    std::function<void()> refuse_;
     CEdit mask_;
     CEdit index_;
     bool showInViewport_ = true;

@@ -20,6 +20,12 @@ void sizeMasks(SwitchRecordBuffer& buffer) {
     if (record.currentMask < 0) record.currentMask = 0;
 }
 
+// Whether a record has room for the masks, one at least.
+bool canBeStored(const SwitchRecordBuffer& buffer) {
+    constexpr std::int32_t kMost = FltSwitch::kMaxWrittenMaskWords;
+    return buffer.record.maskWords.count() <= kMost && buffer.childCount <= kMost * 32u;
+}
+
 void centre(const CWnd& window, const RECT& over) {
     const RECT area = window.WindowRect();
     const int width = area.right - area.left;
@@ -59,8 +65,10 @@ bool Hierarchy::openSwitchEditor() {
         message(IDS_SWITCH_WITHOUT_CHILDREN);
         return false;
     }
-    constexpr std::uint32_t kMost = FltSwitch::kMaxMaskWords * 32;
-    if (buffer.childCount > kMost) return false;
+    if (!canBeStored(buffer)) {
+        message(IDS_SWITCH_TOO_LARGE);
+        return false;
+    }
     sizeMasks(buffer);
     if (!switchRecord_) switchRecord_ = std::make_unique<SwitchRecordBuffer>();
     *switchRecord_ = buffer;
@@ -71,7 +79,8 @@ bool Hierarchy::showSwitchEditor() {
     if (!switchEditor_)
         switchEditor_ = std::make_unique<CSwitch>(
             *switchRecord_,
-            [this](SwitchRecordBuffer& changed, bool show) { switchChanged(changed, show); });
+            [this](SwitchRecordBuffer& changed, bool show) { switchChanged(changed, show); },
+            [this] { refuseMask(); });
     if (switchEditor_->HasWindow()) {
         switchEditor_->Display();
     } else {
@@ -91,6 +100,19 @@ void Hierarchy::switchChanged(const SwitchRecordBuffer& changed, bool showInView
     if (!showInViewport) return;
     send(BrowserEvent::switchesChanged);
     send(BrowserEvent::redraw);
+}
+
+// The message is the form's, and so is what it keeps the user from. The editor is disabled for as
+// long, or the same button would show the same message again.
+void Hierarchy::refuseMask() {
+    const HWND editor = switchEditor_->Handle();
+    const HWND focus = ::GetFocus();
+    ::EnableWindow(editor, FALSE);
+    message(IDS_SWITCH_TOO_LARGE);
+    if (!::IsWindow(editor)) return;
+    ::EnableWindow(editor, TRUE);
+    ::SetActiveWindow(editor);
+    ::SetFocus(focus);
 }
 
 // The node may have gone or become something else while the editor was open.
