@@ -383,7 +383,7 @@ constexpr wchar_t kReadDistances[] =
 TEST_F(Tour, WhatIsDoneToAnAirfieldIsFoundAgain) {
     {
         Workbench bench;
-        bench.answerFileDialog('I', L"Import", path("airport.flt"));
+        bench.answerFileDialog('I', L"导入", path("airport.flt"));
         mustCome([&] { return bench.log().find(L"-- airport.flt: ") != std::wstring::npos; },
                  "the import");
         bench.openUtility();
@@ -440,12 +440,12 @@ TEST_F(Tour, WhatIsDoneToAnAirfieldIsFoundAgain) {
         EXPECT_EQ(bench.maskIndex(), L"3");
         bench.closeMasks();
 
-        bench.answerFileDialog('S', L"Save As", path("tour.kiln"));
+        bench.answerFileDialog('S', L"另存为", path("tour.kiln"));
         mustCome([&] { return bench.title() == L"tour.kiln - Workbench"; }, "the saved scene");
         EXPECT_TRUE(bench.close());
     }
     Workbench bench;
-    bench.answerFileDialog('O', L"Open", path("tour.kiln"));
+    bench.answerFileDialog('O', L"打开", path("tour.kiln"));
     mustCome([&] { return bench.title() == L"tour.kiln - Workbench"; }, "the opened scene");
     bench.openUtility();
     bench.openBrowser();

@@ -15,9 +15,12 @@ namespace workbench {
 namespace {
 
 constexpr int kOpenBrowserButton = 1003;  // the first button of the utility's rollup page
-constexpr int kExpandButton = 1123;       // of the form that it opens
+constexpr int kAboutButton = 1136;
+constexpr int kExpandButton = 1123;  // of the form that it opens
+constexpr int kToolButton = 1118;
 constexpr DWORD kRestMilliseconds = 200;
 constexpr DWORD kPatience = 20000;
+constexpr UINT kBoxMilliseconds = 500;  // a box has been painted by then
 constexpr UINT_PTR kWatchdog = 77;
 constexpr UINT kWatchdogMilliseconds = 100000;
 constexpr int kMaxTreeDepth = 64;
@@ -139,6 +142,8 @@ int Walk::run() {
         return shot("09-wireframe");
     });
     step("picture of each kind of item", [this] { return shootKinds(); });
+    step("picture of the tool", [this] { return shootTool(); });
+    step("picture of the about box", [this] { return shootAbout(); });
     if (!script_.empty()) step("run the script", [this] { return runScript(); });
     if (!failed_) say(summary_);
     return failed_ ? 1 : 0;
@@ -254,6 +259,47 @@ kiln::Status Walk::shootKinds() {
         if (!status.ok()) return status;
     }
     return {};
+}
+
+// The tool belongs to some kinds of items only. Forms without one have nothing to show here.
+kiln::Status Walk::shootTool() {
+    const HWND button = ::GetDlgItem(form_, kToolButton);
+    if (!button) return {};
+    for (const auto& [icon, item] : firstOfEachIcon(tree_)) {
+        if (!selectItem(tree_, item)) return kiln::Status::failure("an item could not be selected");
+        settle();
+        if (!::IsWindowEnabled(button)) continue;
+        const kiln::Status pressed = press(form_, kToolButton);
+        if (!pressed.ok()) return pressed;
+        settle();
+        const HWND tool = ::GetActiveWindow();
+        if (tool == form_) return kiln::Status::failure("no window appeared");
+        const kiln::Status status = shot("11-tool");
+        ::SendMessageW(tool, WM_CLOSE, 0, 0);
+        return status;
+    }
+    return {};
+}
+
+// The box runs a message loop of its own, so that its picture is taken from within.
+kiln::Status Walk::shootAbout() {
+    const HWND page = window_.panel().firstPage();
+    if (!::GetDlgItem(page, kAboutButton)) return {};
+    static Walk* walk;
+    static kiln::Status status;
+    walk = this;
+    status = kiln::Status::failure("no box appeared");
+    const UINT_PTR timer =
+        ::SetTimer(nullptr, 0, kBoxMilliseconds, [](HWND, UINT, UINT_PTR, DWORD) {
+            const HWND box = ::GetActiveWindow();
+            if (!box || ::IsWindowEnabled(walk->window_.Handle())) return;
+            status = saveScreenshot(walk->folder_ + "\\12-about.png");
+            ::PostMessageW(box, WM_COMMAND, IDOK, 0);
+        });
+    ::SetActiveWindow(window_.Handle());
+    const kiln::Status pressed = press(page, kAboutButton);
+    ::KillTimer(nullptr, timer);
+    return pressed.ok() ? status : pressed;
 }
 
 kiln::Status Walk::selectInViewport() {

@@ -38,6 +38,8 @@ private:
     kiln::Status selectInTree();
     /// A picture for the first item of each icon, named after the icon.
     kiln::Status shootKinds();
+    kiln::Status shootTool();
+    kiln::Status shootAbout();
     kiln::Status selectInViewport();
     kiln::Status closeUp();
     kiln::Status runScript();
