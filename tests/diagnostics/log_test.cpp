@@ -67,8 +67,8 @@ TEST_F(LogTest, AppendsEveryFailureAsOneLineAndKeepsWhatWasThere) {
 TEST_F(LogTest, LosesTheLineSilentlyWhereNothingCanBeWritten) {
     setSystemDrive((folder_.path() / "missing" / "deeper").string().c_str());
     EXPECT_EQ(log("lost\n"), 0);
-    setSystemDrive(folder_.string().c_str());
-    std::filesystem::create_directory(folder_.string() + "\\Aviary.log");
+    setSystemDrive(folder_.path().string().c_str());
+    std::filesystem::create_directory(folder_.path().string() + "\\Aviary.log");
     EXPECT_EQ(log("lost\n"), 0) << "something else has its name";
     EXPECT_EQ(guarded("avfltpanel", 523, -1, []() -> int { throw 5; }), -1);
 }
@@ -79,7 +79,7 @@ TEST_F(LogTest, GoesToTheRootOfTheCurrentDriveWithoutASystemDrive) {
     const std::filesystem::path root = "C:\\";
     std::filesystem::current_path(root / "windows");
 #else
-    const std::filesystem::path root = folder_;
+    const std::filesystem::path root = folder_.path();
     std::filesystem::current_path(root);  // a backslash is part of a name here
 #endif
     setSystemDrive(nullptr);
