@@ -82,7 +82,7 @@ TEST_F(SceneFeedTest, VerticesKeepTheirColoursAndNormalsTurnWithTheirNode) {
     Mesh& mesh = object->GetMesh();
     for (const Point3& p : {Point3{0, 0, 0}, Point3{1, 0, 0}, Point3{0, 1, 0}}) {
         mesh.verts.Append(p);
-        mesh.normals.Append(Point3{0, 0.6, 0.8});
+        mesh.normals.Append(Point3f{0, 0.6F, 0.8F});
         mesh.colors.Append(0x000000FF);
     }
     const DWORD corners[] = {0, 1, 2};
