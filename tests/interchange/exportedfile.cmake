@@ -1,0 +1,20 @@
+# Imports the sample, edits it with a script, exports it, and has fltool check the result.
+file(MAKE_DIRECTORY ${FOLDER})
+execute_process(COMMAND ${MAKE_SAMPLES} ${FOLDER} RESULT_VARIABLE _result)
+if(NOT _result EQUAL 0)
+    message(FATAL_ERROR "the sample could not be made")
+endif()
+set(_script ${FOLDER}/edit.ks)
+set(_out ${FOLDER}/exported.flt)
+file(WRITE ${_script} "for n in objects where n.name == \"塔台 control tower\" do n.name = \"another long name of a tower\"\n")
+file(REMOVE ${_out})
+execute_process(COMMAND ${KILNBATCH} --import ${FOLDER}/airport.flt --export ${_out} ${_script}
+                RESULT_VARIABLE _result OUTPUT_VARIABLE _said ERROR_VARIABLE _said)
+if(NOT _result EQUAL 0 OR NOT _said MATCHES "exported [0-9]+ nodes")
+    message(FATAL_ERROR "kilnbatch: ${_said}")
+endif()
+execute_process(COMMAND ${FLTOOL} check ${_out}
+                RESULT_VARIABLE _result OUTPUT_VARIABLE _said ERROR_VARIABLE _said)
+if(NOT _result EQUAL 0 OR NOT _said STREQUAL "")
+    message(FATAL_ERROR "fltool: ${_said}")
+endif()
