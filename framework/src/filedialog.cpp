@@ -27,6 +27,7 @@ struct Question {
     const std::vector<FileFilter>& filters;
     std::string_view extension;
     std::string_view suggestion;
+    std::string_view folder;
     DWORD flags;
     BOOL(WINAPI* ask)(OPENFILENAMEW*);
     std::size_t* filter;
@@ -40,6 +41,8 @@ std::optional<std::string> askFile(const Question& question) {
     path.resize(kPathBuffer, L'\0');
     path.back() = L'\0';
 
+    const std::wstring folder = toWide(question.folder);
+
     OPENFILENAMEW dialog{};
     dialog.lStructSize = sizeof dialog;
     dialog.hwndOwner = question.owner;
@@ -47,6 +50,7 @@ std::optional<std::string> askFile(const Question& question) {
     if (question.filter) dialog.nFilterIndex = static_cast<DWORD>(*question.filter) + 1;
     dialog.lpstrFile = path.data();
     dialog.nMaxFile = static_cast<DWORD>(path.size());
+    dialog.lpstrInitialDir = folder.empty() ? nullptr : folder.c_str();
     dialog.lpstrTitle = title.empty() ? nullptr : title.c_str();
     dialog.lpstrDefExt = extension.empty() ? nullptr : extension.c_str();
     dialog.Flags = question.flags | OFN_EXPLORER | OFN_NOCHANGEDIR | OFN_HIDEREADONLY;
@@ -58,14 +62,23 @@ std::optional<std::string> askFile(const Question& question) {
 }  // namespace
 
 std::optional<std::string> askOpenFile(HWND owner, std::string_view title,
-                                       const std::vector<FileFilter>& filters) {
-    return askFile({owner, title, filters, {}, {}, OFN_FILEMUSTEXIST, ::GetOpenFileNameW, nullptr});
+                                       const std::vector<FileFilter>& filters,
+                                       std::string_view folder) {
+    return askFile(
+        {owner, title, filters, {}, {}, folder, OFN_FILEMUSTEXIST, ::GetOpenFileNameW, nullptr});
 }
 
 std::optional<std::string> askSaveFile(HWND owner, std::string_view title,
                                        const std::vector<FileFilter>& filters,
                                        std::string_view extension, std::string_view suggestion,
                                        std::size_t* filter) {
-    return askFile({owner, title, filters, extension, suggestion,
-                    OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST, ::GetSaveFileNameW, filter});
+    return askFile({owner,
+                    title,
+                    filters,
+                    extension,
+                    suggestion,
+                    {},
+                    OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST,
+                    ::GetSaveFileNameW,
+                    filter});
 }

@@ -6,6 +6,7 @@
 
 #include <kiln/kiln.h>
 
+#include <iterator>
 #include <new>
 
 namespace {
@@ -30,6 +31,10 @@ public:
     const char* Ext(int index) override { return index == 0 ? "flt" : ""; }
     const char* ShortDesc() override { return "OpenFlight"; }
 
+    int VersionCount() override { return static_cast<int>(std::size(kVersions)); }
+    DWORD Version(int index) override { return kVersions[index].number; }
+    const char* VersionName(int index) override { return kVersions[index].name; }
+
     int DoExport(const char* path, ImpExpReport& report, Interface* ip, DWORD options) override {
         if (ip == nullptr) return IMPEXP_FAIL;
         interchange::ExportOptions chosen;
@@ -37,6 +42,15 @@ public:
         chosen.selectedOnly = (options & SCENE_EXPORT_SELECTED) != 0;
         return interchange::exportFile(path, chosen, report, *ip);
     }
+
+private:
+    struct PublishedVersion {
+        DWORD number;
+        const char* name;
+    };
+    static constexpr PublishedVersion kVersions[] = {{1580, "15.8"}, {1570, "15.7"}, {1560, "15.6"},
+                                                     {1550, "15.5"}, {1540, "15.4"}, {1510, "15.1"},
+                                                     {1420, "14.2"}};
 };
 
 class FltSceneImportDesc final : public ClassDesc2 {

@@ -75,6 +75,10 @@ int exportFile(const char* path, const ExportOptions& options, ImpExpReport& rep
         report.Error("A node has a record that is too long for the file.");
     } catch (const std::bad_alloc&) {
         report.Error("There is not enough memory to write this file.");
+        report.Cause(ImpExpCause::kOutOfMemory);
+    } catch (const std::system_error& error) {
+        report.Error(error.what());
+        report.Cause(ImpExpCause::kUnwritable);
     } catch (const std::exception& error) {
         report.Error(error.what());
     } catch (...) {

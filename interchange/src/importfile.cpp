@@ -7,6 +7,7 @@
 #include <exception>
 #include <new>
 #include <string_view>
+#include <system_error>
 
 namespace interchange {
 
@@ -27,6 +28,19 @@ void tellAviary(const std::string& fileName) {
     if (aviary != nullptr) static_cast<IAviaryUtil*>(aviary)->SetLastImport(fileName.c_str());
 }
 
+/// What is wrong with a file that was refused at `offset`. There only the header's revision is no
+/// beginning of a record.
+ImpExpCause causeAt(FileBytes bytes, std::size_t offset) {
+    constexpr std::size_t kRevision = 12, kLength = 2, kRecordHeader = 4;
+    if (offset == kRevision) return ImpExpCause::kVersion;
+    if (bytes.size() >= 2 && uint16At(bytes, 0) != kFltHeader) return ImpExpCause::kDamaged;
+    if (bytes.empty() || offset > bytes.size()) return ImpExpCause::kTruncated;
+    const std::size_t left = bytes.size() - offset;
+    if (left < kRecordHeader || uint16At(bytes, offset + kLength) > left)
+        return ImpExpCause::kTruncated;
+    return ImpExpCause::kDamaged;
+}
+
 void readInto(std::string_view path, ImpExpReport& report, Interface& host) {
     const std::string fileName(fileNameOf(path));
     const FltFileBytes file = FltFileBytes::load(std::string(path));
@@ -35,6 +49,7 @@ void readInto(std::string_view path, ImpExpReport& report, Interface& host) {
         outline = readOutline(file.bytes());
         buildScene(file.bytes(), outline, stemOf(fileName), report, host);
     } catch (const FltFileError& error) {
+        report.Cause(causeAt(file.bytes(), error.offset()));
         throw FltFileError(fileName + ": " + error.what(), error.offset());
     }
     report.Progress(1, "Building the scene");
@@ -52,6 +67,10 @@ int importFile(const char* path, ImpExpReport& report, Interface& host) noexcept
         return IMPEXP_CANCEL;
     } catch (const std::bad_alloc&) {
         report.Error("There is not enough memory to read this file.");
+        report.Cause(ImpExpCause::kOutOfMemory);
+    } catch (const std::system_error& error) {
+        report.Error(error.what());
+        report.Cause(ImpExpCause::kUnreadable);
     } catch (const std::exception& error) {
         report.Error(error.what());
     } catch (...) {

@@ -12,6 +12,7 @@ using testing::HasSubstr;
 
 namespace {
 
+constexpr int kOpen = 1001, kImport = 1004, kExport = 1005, kRecent = 1020;
 constexpr int kSelectAll = 1100, kViewTop = 1211, kRunScript = 1250, kRunAgain = 1251;  // commands
 constexpr int kAboutFirstUtility = 1301;
 
@@ -143,13 +144,85 @@ TEST_F(WorkbenchTest, OffersTheAboutBoxesOfUtilities) {
     EXPECT_TRUE(eventually([&] { return !::IsWindow(box); }));
 }
 
+TEST_F(WorkbenchTest, ACancelledImportLeavesTheSceneAsItWas) {
+    start(toWide(SAMPLE_PLUGINS));
+    ::PostMessageW(window_, WM_COMMAND, kImport, 0);
+    ASSERT_TRUE(answerFileDialog(L"导入", sampleFile("慢.smp", "slow")));
+    HWND progress = nullptr;
+    ASSERT_TRUE(eventually([&] {
+        progress = ::FindWindowW(L"#32770", L"正在导入 慢.smp");
+        return progress && ::IsWindowVisible(progress);
+    }));
+    EXPECT_FALSE(::IsWindowEnabled(window_)) << "nobody edits a scene that is half-done";
+    ::RedrawWindow(window_, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
+    EXPECT_TRUE(eventually([&] { return !::GetUpdateRect(viewport_, nullptr, FALSE); }))
+        << "its windows paint meanwhile";
+    ::PostMessageW(progress, WM_COMMAND, IDCANCEL, 0);
+    ASSERT_TRUE(eventually([&] { return ::IsWindowEnabled(window_) && logSays("cancelled"); }));
+    EXPECT_FALSE(::IsWindow(progress));
+    EXPECT_THAT(script("objects.count"), HasSubstr("\r\n1"));
+    EXPECT_EQ(textOf(window_), "场景.kiln - Workbench") << "nothing has changed";
+}
+
+TEST_F(WorkbenchTest, SaysWhyAFileCannotBeImportedAndGoesOn) {
+    start(toWide(SAMPLE_PLUGINS));
+    ::PostMessageW(window_, WM_COMMAND, kImport, 0);
+    ASSERT_TRUE(answerFileDialog(L"导入", sampleFile("坏.smp", "bad")));
+    const std::string said = answerMessage(IDOK);
+    EXPECT_THAT(said, HasSubstr("无法导入文件。场景保持不变。"));
+    EXPECT_THAT(said, HasSubstr("坏.smp"));
+    EXPECT_THAT(said, HasSubstr("该文件不完整"));
+    EXPECT_THAT(said, HasSubstr("it ends at byte 7"));
+    EXPECT_THAT(script("objects.count"), HasSubstr("\r\n1"));
+}
+
+TEST_F(WorkbenchTest, AsksBeforeChangesAreLostAndKeepsAListOfRecentFiles) {
+    start(toWide(SAMPLE_PLUGINS));
+    ::PostMessageW(window_, WM_COMMAND, kImport, 0);
+    ASSERT_TRUE(answerFileDialog(L"导入", sampleFile("好.smp", "good")));
+    ASSERT_TRUE(eventually([&] { return textOf(window_) == "场景.kiln * - Workbench"; }))
+        << textOf(window_);
+    ::PostMessageW(window_, WM_CLOSE, 0, 0);
+    EXPECT_THAT(answerMessage(IDCANCEL), HasSubstr("“场景.kiln”已修改。是否先保存？"));
+    EXPECT_THAT(script("objects.count"), HasSubstr("\r\n2")) << "still there";
+
+    ::PostMessageW(window_, WM_COMMAND, kRecent + 1, 0);  // the scene stands behind the import
+    EXPECT_THAT(answerMessage(IDNO), HasSubstr("已修改"));
+    ASSERT_TRUE(eventually([&] { return textOf(window_) == "场景.kiln - Workbench"; }));
+    EXPECT_THAT(script("objects.count"), HasSubstr("\r\n1"));
+    ::PostMessageW(window_, WM_CLOSE, 0, 0);
+    EXPECT_EQ(exitCode(), 0u);
+}
+
+// A file out of the export dialog, an import of it beside the scene, and what becomes of a file
+// that cannot be opened in its place.
+TEST_F(WorkbenchTest, ExportsAndOpensThroughTheRealPlugins) {
+    start(toWide(STAGED_PLUGINS));
+    const std::string path = toUtf8((folder_ / L"机场.flt").wstring());
+    ::PostMessageW(window_, WM_COMMAND, kExport, 0);
+    ASSERT_TRUE(answerFileDialog(L"导出", path));
+    ASSERT_TRUE(eventually([&] { return logSays("机场.flt: exported"); })) << textOf(log_);
+    ::PostMessageW(window_, WM_COMMAND, kOpen, 0);
+    ASSERT_TRUE(answerFileDialog(L"打开", path));
+    ASSERT_TRUE(eventually([&] { return textOf(window_) == "机场.flt（导入） - Workbench"; }))
+        << textOf(window_);
+    const std::string count = script("objects.count");
+
+    std::filesystem::resize_file(toWide(path), 300);
+    ::PostMessageW(window_, WM_COMMAND, kOpen, 0);
+    ASSERT_TRUE(answerFileDialog(L"打开", path));
+    EXPECT_THAT(answerMessage(IDOK), HasSubstr("该文件不完整"));
+    EXPECT_EQ(script("objects.count"), count) << "the scene is what it was";
+    EXPECT_EQ(textOf(window_), "机场.flt（导入） - Workbench");
+}
+
 TEST_F(WorkbenchTest, WalksThroughTheViewsWithoutAPerson) {
     launch(toWide(SAMPLE_PLUGINS), L"--screenshots \"" + folder_.wstring() + L"\"");
     EXPECT_EQ(exitCode(), 0u);
     const std::string text = output_->text();
     EXPECT_THAT(text, HasSubstr("ok: expand the tree"));
     EXPECT_THAT(text, testing::EndsWith("opened 1 node\r\n"));
-    for (const char* name : {"01-viewport.png", "04-tree.png", "08-top.png"}) {
+    for (const char* name : {"01-viewport.png", "04-tree.png", "10-view-top.png"}) {
         std::ifstream file(folder_ / name, std::ios::binary);
         std::string start(8, ' ');
         file.read(start.data(), 8);

@@ -78,6 +78,8 @@ void WorkbenchTest::launch(const std::wstring& plugins, const std::wstring& more
     info.cb = sizeof info;
     info.dwFlags = STARTF_USESTDHANDLES;
     info.hStdOutput = info.hStdError = output_->handle();
+    // Its list of recent files is the test's own.
+    ::SetEnvironmentVariableW(L"APPDATA", folder_.c_str());
     ASSERT_TRUE(::CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr,
                                  folder_.c_str(), &info, &process_));
 }
@@ -118,6 +120,26 @@ std::string WorkbenchTest::scriptFile(const std::string& text) {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
     const std::u8string name = path.generic_u8string();
     return {name.begin(), name.end()};
+}
+
+std::string WorkbenchTest::answerMessage(int button) {
+    constexpr int kMessageText = 0xFFFF;
+    HWND box = nullptr;
+    const bool shown = eventually([&] {
+        box = ::FindWindowW(L"#32770", L"Workbench");
+        return box && ::IsWindowVisible(box) && ::GetDlgItem(box, kMessageText);
+    });
+    if (!shown) return "no message";
+    const std::string said = textOf(::GetDlgItem(box, kMessageText));
+    ::PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(button), 0);
+    eventually([&] { return !::IsWindow(box); });
+    return said;
+}
+
+std::string WorkbenchTest::sampleFile(const char* name, const char* text) const {
+    const std::filesystem::path path = folder_ / toWide(name);
+    std::ofstream(path) << text;
+    return toUtf8(path.wstring());
 }
 
 bool WorkbenchTest::logSays(const std::string& text) const {

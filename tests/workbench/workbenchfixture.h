@@ -50,6 +50,10 @@ protected:
     std::string script(const std::string& line);
     /// Writes a script and gives its path, as a script would write it.
     std::string scriptFile(const std::string& text);
+    // Presses a button of the message box that appears, and gives what the box said.
+    std::string answerMessage(int button);
+    // A file of the sample plug-in, which says how its import ends.
+    std::string sampleFile(const char* name, const char* text) const;
     bool logSays(const std::string& text) const;
     /// Answers the file dialog `title`, once it has come up, with `path`.
     static bool answerFileDialog(const wchar_t* title, const std::string& path);

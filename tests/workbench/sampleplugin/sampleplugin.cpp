@@ -1,4 +1,5 @@
-// A utility plug-in with a tall rollup page and a form with a tree, for tests of the workbench.
+// A utility plug-in with a tall rollup page and a form with a tree, and an importer of files that
+// say how their import ends, for tests of the workbench.
 #include "sampleids.h"
 
 #include <kiln/kiln.h>
@@ -6,6 +7,11 @@
 #include <windows.h>
 
 #include <commctrl.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
 
 namespace {
 
@@ -85,6 +91,44 @@ public:
     void ShowAbout() override { MessageBoxW(GetActiveWindow(), L"样本 2.0", L"About", MB_OK); }
 };
 
+class SampleImport final : public SceneImport {
+public:
+    int ExtCount() override { return 1; }
+    const char* Ext(int) override { return "smp"; }
+    const char* ShortDesc() override { return "样本"; }
+    // The file's text says what comes of it.
+    int DoImport(const char* path, ImpExpReport& report, Interface* ip) override {
+        std::ifstream file(std::filesystem::path(std::u8string(path, path + std::strlen(path))));
+        std::string wish;
+        file >> wish;
+        ip->CreateObjectNode(new DummyObject, "imported");
+        if (wish == "slow") {
+            for (int i = 0; i < 3000; ++i) {
+                ip->CreateObjectNode(new DummyObject);
+                ::Sleep(10);
+                if (!report.Progress(i / 3000.0, "Waiting")) return IMPEXP_CANCEL;
+            }
+        }
+        if (wish == "good") {
+            report.Summary("one node");
+            return IMPEXP_SUCCESS;
+        }
+        report.Error("it ends at byte 7");
+        report.Cause(ImpExpCause::kTruncated);
+        return IMPEXP_FAIL;
+    }
+};
+
+class SampleImportDesc final : public ClassDesc2 {
+public:
+    bool IsPublic() override { return true; }
+    void* Create(bool) override { return static_cast<SceneImport*>(new SampleImport); }
+    const char* ClassName() override { return "Sample import"; }
+    SClass_ID SuperClassID() override { return SCENE_IMPORT_CLASS_ID; }
+    Class_ID ClassID() override { return {0x5A3E1, 0x9002}; }
+    const char* Category() override { return ""; }
+};
+
 }  // namespace
 
 BOOL WINAPI DllMain(HINSTANCE module, DWORD, void*) {
@@ -96,11 +140,12 @@ KILN_PLUGIN_EXPORT const char* LibDescription() {
     return "Sample";
 }
 KILN_PLUGIN_EXPORT int LibNumberClasses() {
-    return 1;
+    return 2;
 }
 KILN_PLUGIN_EXPORT ClassDesc* LibClassDesc(int index) {
     static SampleDesc description;
-    return index == 0 ? &description : nullptr;
+    static SampleImportDesc importer;
+    return index == 0 ? &description : index == 1 ? static_cast<ClassDesc*>(&importer) : nullptr;
 }
 KILN_PLUGIN_EXPORT DWORD LibVersion() {
     return KILN_SDK_VERSION;

@@ -11,6 +11,12 @@ inline std::string fileName(std::string_view path) {
     return std::string(path.substr(path.find_last_of("/\\:") + 1));
 }
 
+/// What stands before the last component, without a separator at its end; empty for a bare name.
+inline std::string folderOf(std::string_view path) {
+    const std::size_t end = path.find_last_of("/\\");
+    return end == std::string_view::npos ? std::string() : std::string(path.substr(0, end));
+}
+
 /// The last component without its extension.
 inline std::string baseName(std::string_view path) {
     const std::string name = fileName(path);

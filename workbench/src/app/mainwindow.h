@@ -52,6 +52,8 @@ public:
     kiln::Core& core() { return core_; }
     /// Selects the node with the tallest surface, as a click on it would; false without one.
     bool selectTallest();
+    /// Encloses what is selected; empty without a selection.
+    Box selectedBox() { return sceneToDraw().selectedBox(); }
     /// Runs a menu command.
     void run(int command);
 

@@ -59,7 +59,7 @@ const char* sentenceFor(ImpExpCause cause) {
         case ImpExpCause::kTruncated:
             return "该文件不完整：内容在中途结束。";
         case ImpExpCause::kDamaged:
-            return "该文件已损坏。";
+            return "该文件已损坏，或不是这种格式的文件。";
         case ImpExpCause::kVersion:
             return "不支持该文件的格式版本。";
         case ImpExpCause::kUnwritable:
@@ -135,6 +135,17 @@ void SceneFiles::newScene() {
     client_.sceneReplaced();
 }
 
+// Where the user was last.
+std::string SceneFiles::lastFolder() const {
+    return recent().empty() ? std::string() : folderOf(recent().front());
+}
+
+// The scene's name beside where the user was last; the dialog adds the extension.
+std::string SceneFiles::suggestion() const {
+    const std::string name = baseName(path_.empty() ? sourceName_ : path_), folder = lastFolder();
+    return folder.empty() || name.empty() ? name : folder + "\\" + name;
+}
+
 // ---------------------------------------------------------------- opening
 
 void SceneFiles::open() {
@@ -146,7 +157,8 @@ void SceneFiles::open() {
         all.append(all.empty() ? "" : ";").append(filter.pattern);
     filters.insert(filters.begin(), {"所有场景 (" + all + ")", all});
     filters.push_back(kSceneFilters.back());
-    if (const auto path = askOpenFile(owner_.Handle(), "打开", filters)) openOrTell(*path);
+    if (const auto path = askOpenFile(owner_.Handle(), "打开", filters, lastFolder()))
+        openOrTell(*path);
 }
 
 void SceneFiles::openRecent(std::size_t position) {
@@ -206,7 +218,8 @@ void SceneFiles::printResult(const std::string& path, const kiln::ImportResult& 
 }
 
 void SceneFiles::import() {
-    const auto path = askOpenFile(owner_.Handle(), "导入", filtersOf(core_.importKinds()));
+    const auto path =
+        askOpenFile(owner_.Handle(), "导入", filtersOf(core_.importKinds()), lastFolder());
     if (!path) return;
     const auto start = std::chrono::steady_clock::now();
     const kiln::ImportResult result = run(
@@ -225,9 +238,9 @@ void SceneFiles::exportScene(bool selectedOnly) {
     if (kinds.empty() || kinds.front().extensions.empty()) return;
     const ExportTypes types(kinds);
     std::size_t type = 0;
-    const auto path = askSaveFile(owner_.Handle(), selectedOnly ? "导出所选" : "导出",
-                                  types.filters, kinds.front().extensions.front(),
-                                  baseName(path_.empty() ? sourceName_ : path_), &type);
+    const auto path =
+        askSaveFile(owner_.Handle(), selectedOnly ? "导出所选" : "导出", types.filters,
+                    kinds.front().extensions.front(), suggestion(), &type);
     if (!path) return;
     const DWORD version = type < types.versions.size() ? types.versions[type] : 0;
     const kiln::ImportResult result = exportFile(*path, selectedOnly, version);
@@ -255,8 +268,7 @@ bool SceneFiles::save() {
 }
 
 bool SceneFiles::saveAs() {
-    const std::string name = baseName(path_.empty() ? sourceName_ : path_);
-    const auto path = askSaveFile(owner_.Handle(), "另存为", kSceneFilters, "kiln", name);
+    const auto path = askSaveFile(owner_.Handle(), "另存为", kSceneFilters, "kiln", suggestion());
     return path && saveTo(*path);
 }
 

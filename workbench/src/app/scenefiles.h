@@ -67,6 +67,8 @@ public:
 private:
     using Work = std::function<kiln::ImportResult(const kiln::ProgressFunction&)>;
 
+    std::string lastFolder() const;
+    std::string suggestion() const;
     void openOrTell(const std::string& path);
     bool saveTo(const std::string& path);
     /// Runs an import or export behind a progress dialog.

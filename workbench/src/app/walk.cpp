@@ -1,11 +1,15 @@
 #include "walk.h"
 
+#include "../ui/progressdialog.h"
 #include "commands.h"
+#include "filenames.h"
 #include "mainwindow.h"
 #include "screenshot.h"
 
 #include <framework/text.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -18,6 +22,7 @@ constexpr int kOpenBrowserButton = 1003;  // the first button of the utility's r
 constexpr int kAboutButton = 1136;
 constexpr int kExpandButton = 1123;  // of the form that it opens
 constexpr int kToolButton = 1118;
+constexpr int kMostDetailButton = 1006;  // of the rollup page
 constexpr DWORD kRestMilliseconds = 200;
 constexpr DWORD kPatience = 20000;
 constexpr UINT kBoxMilliseconds = 500;  // a box has been painted by then
@@ -115,6 +120,8 @@ Walk::Walk(MainWindow& window, std::string file, std::string folder, std::string
       pump_(std::move(pump)) {}
 
 int Walk::run() {
+    // Out of the pictures.
+    ::SetCursorPos(::GetSystemMetrics(SM_CXSCREEN) - 1, ::GetSystemMetrics(SM_CYSCREEN) - 1);
     step("open the file", [this] { return openFile(); });
     step("picture of the viewport", [this] { return shot("01-viewport"); });
     step("open the utility", [this] { return openUtility(); });
@@ -130,20 +137,15 @@ int Walk::run() {
     step("picture of the selection", [this] { return shot("06-selection"); });
     step("view what is selected", [this] { return closeUp(); });
     step("picture of the close-up", [this] { return shot("07-close-up"); });
-    step("view from above", [this] {
-        window_.run(CMD_VIEW_TOP);
-        window_.run(CMD_VIEW_ALL);
-        return shot("08-top");
-    });
-    step("wireframe", [this] {
-        window_.run(CMD_VIEW_PERSPECTIVE);
-        window_.run(CMD_VIEW_WIREFRAME);
-        window_.run(CMD_VIEW_ALL);
-        return shot("09-wireframe");
-    });
+    step("edit the scene", [this] { return edit(); });
+    step("show the greatest detail", [this] { return previewDetail(); });
+    step("the usual views", [this] { return shootViews(); });
+    step("turn around", [this] { return turnAround(); });
+    step("the dialogs", [this] { return shootDialogs(); });
     step("picture of each kind of item", [this] { return shootKinds(); });
     step("picture of the tool", [this] { return shootTool(); });
     step("picture of the about box", [this] { return shootAbout(); });
+    step("export, and open what was exported", [this] { return exportAndOpen(); });
     if (!script_.empty()) step("run the script", [this] { return runScript(); });
     if (!failed_) say(summary_);
     return failed_ ? 1 : 0;
@@ -254,7 +256,7 @@ kiln::Status Walk::shootKinds() {
     for (const auto& [icon, item] : firstOfEachIcon(tree_)) {
         if (!selectItem(tree_, item)) return kiln::Status::failure("an item could not be selected");
         char name[32];
-        std::snprintf(name, sizeof name, "10-kind-%02d", icon);
+        std::snprintf(name, sizeof name, "12-kind-%02d", icon);
         const kiln::Status status = shot(name);
         if (!status.ok()) return status;
     }
@@ -313,6 +315,135 @@ kiln::Status Walk::closeUp() {
     if (!parent->IsRootNode()) host.SelectNode(parent);
     window_.run(CMD_VIEW_SELECTED);
     return {};
+}
+
+kiln::Status Walk::previewDetail() {
+    const HWND page = window_.panel().firstPage();
+    if (!::GetDlgItem(page, kMostDetailButton)) {
+        say("    the page has no such button");
+        return {};
+    }
+    const kiln::Status pressed = press(page, kMostDetailButton);
+    window_.run(CMD_VIEW_SELECTED);
+    return pressed.ok() ? shot("09-most-detail") : pressed;
+}
+
+// As large as a hut, in a colour of its own, and on the ground that the selection stands on.
+kiln::Status Walk::edit() {
+    Interface& host = window_.core().hostInterface();
+    const Box around = window_.selectedBox();
+    if (around.empty()) return kiln::Status::failure("nothing with a size is selected");
+    const Vec3d size = around.max - around.min;
+    const double edge = std::max({size.x, size.y, 0.01}) * 0.6;
+    INode* box = host.CreateObjectNode(new BoxObject(edge, edge, edge * 0.7), "附属楼 annex");
+    if (!box) return kiln::Status::failure("no node could be made");
+    box->SetWireColor(RGB(232, 150, 40));
+    box->SetNodeTM(0, TransMatrix({around.min.x - edge, around.min.y, around.min.z}));
+    INode* database = host.GetSelNode(0);
+    while (!database->GetParentNode()->IsRootNode()) database = database->GetParentNode();
+    database->AttachChild(box);
+    if (kiln::Status status = shot("08-edited"); !status.ok()) return status;
+    window_.run(CMD_VIEW_ALL);
+    return shot("08-edited-whole");
+}
+
+kiln::Status Walk::shootViews() {
+    constexpr struct {
+        int command;
+        const char* name;
+    } kViews[] = {{CMD_VIEW_TOP, "10-view-top"},
+                  {CMD_VIEW_FRONT, "10-view-front"},
+                  {CMD_VIEW_LEFT, "10-view-left"},
+                  {CMD_VIEW_PERSPECTIVE, "10-view-perspective"},
+                  {CMD_VIEW_WIREFRAME, "10-view-wireframe"}};
+    for (const auto& view : kViews) {
+        window_.run(view.command);
+        window_.run(CMD_VIEW_ALL);
+        if (kiln::Status status = shot(view.name); !status.ok()) return status;
+    }
+    window_.run(CMD_VIEW_SHADED_EDGES);
+    return {};
+}
+
+kiln::Status Walk::turnAround() {
+    constexpr int kFrames = 120;
+    Viewport& viewport = window_.viewport();
+    const Camera before = viewport.camera();
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < kFrames; ++i) {
+        viewport.camera().orbit(785.4f / kFrames, 0);
+        viewport.redraw();
+        viewport.Update();
+    }
+    ::GdiFlush();
+    const double seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    viewport.camera() = before;
+    viewport.redraw();
+    char line[64];
+    std::snprintf(line, sizeof line, "    %.0f frames a second", kFrames / seconds);
+    say(line);
+    return {};
+}
+
+kiln::Status Walk::shootDialogs() {
+    kiln::Status status = shootDialog(CMD_FILE_IMPORT, "导入", "11-import");
+    if (status.ok() && !window_.core().exportKinds().empty())
+        status = shootDialog(CMD_FILE_EXPORT, "导出", "11-export");
+    return status.ok() ? shootProgress() : status;
+}
+
+namespace {
+
+// The dialog runs a message loop of its own; a timer is what reaches into it.
+struct DialogShot {
+    std::wstring title;
+    std::string path;
+    int looks = 0;
+    kiln::Status status = kiln::Status::failure("the dialog did not appear");
+} dialogShot;
+
+constexpr UINT kLookMilliseconds = 300;
+constexpr int kLooksUntilDrawn = 3;
+
+void CALLBACK onDialogTimer(HWND, UINT, UINT_PTR, DWORD) {
+    const HWND dialog = ::FindWindowW(L"#32770", dialogShot.title.c_str());
+    if (!dialog || !::IsWindowVisible(dialog) || ++dialogShot.looks != kLooksUntilDrawn) return;
+    dialogShot.status = saveScreenshot(dialogShot.path);
+    ::PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+}
+
+}  // namespace
+
+kiln::Status Walk::shootDialog(int command, const char* title, const char* name) {
+    dialogShot = {toWide(title), folder_ + "\\" + name + ".png"};
+    const UINT_PTR timer = ::SetTimer(nullptr, 0, kLookMilliseconds, onDialogTimer);
+    window_.run(command);
+    ::KillTimer(nullptr, timer);
+    return dialogShot.status;
+}
+
+kiln::Status Walk::shootProgress() {
+    ProgressDialog dialog(window_.Handle(), "正在导入 " + fileName(file_));
+    dialog.reveal();
+    dialog.step(0.45, "已完成");
+    return shot("11-progress");
+}
+
+kiln::Status Walk::exportAndOpen() {
+    const std::vector<kiln::FileKind> kinds = window_.core().exportKinds();
+    if (kinds.empty()) {
+        say("    no plug-in exports");
+        return {};
+    }
+    const std::string path = folder_ + "\\edited." + kinds.front().extensions.front();
+    kiln::ImportResult result = window_.files().exportFile(path, false, 0);
+    if (!result.ok()) return kiln::Status::failure(result.message);
+    say("    " + result.message);
+    result = window_.files().openFile(path);
+    if (!result.ok()) return kiln::Status::failure(result.message);
+    say("    " + result.message);
+    return shot("13-exported-and-opened");
 }
 
 kiln::Status Walk::runScript() {

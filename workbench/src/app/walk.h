@@ -42,6 +42,19 @@ private:
     kiln::Status shootAbout();
     kiln::Status selectInViewport();
     kiln::Status closeUp();
+    /// Turns the camera once around, and says how many frames a second that gave.
+    kiln::Status turnAround();
+    kiln::Status shootViews();
+    /// Pictures of the dialogs, each of which is cancelled.
+    kiln::Status shootDialogs();
+    kiln::Status shootDialog(int command, const char* title, const char* name);
+    kiln::Status shootProgress();
+    /// Shows the greatest detail alone, where the utility's page has a button for that.
+    kiln::Status previewDetail();
+    /// Puts a box beside what is selected.
+    kiln::Status edit();
+    /// Exports the scene, where a plug-in does that, and opens the file that it wrote.
+    kiln::Status exportAndOpen();
     kiln::Status runScript();
 
     MainWindow& window_;
