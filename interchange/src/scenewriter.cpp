@@ -351,11 +351,14 @@ void SceneWriter::writeComment(Changes& changes) {
 }
 
 void SceneWriter::writeMatrix(Changes& changes) {
-    if (!changes.matrix) return;
-    FltToken& token = stream_->token();
-    putMatrix(token.begin(kFltMatrix, 64), *changes.matrix);
-    stream_->writeToken(token);
+    if (changes.matrix) writeMatrix(*changes.matrix);
     changes.matrix.reset();
+}
+
+void SceneWriter::writeMatrix(const Matrix3& matrix) {
+    FltToken& token = stream_->token();
+    putMatrix(token.begin(kFltMatrix, 64), matrix);
+    stream_->writeToken(token);
 }
 
 /// A piece that is no level and no vertex list, or what has taken its place.
@@ -517,6 +520,11 @@ void SceneWriter::writeFaces(std::uint32_t index, std::uint32_t first) {
             std::ranges::fill(face.asciiId, '\0');
         }
         face.write(*stream_);
+        if (node.kind == FltNodeKind::Face) {
+            // They stand beside the node's own face, whose transform does not reach them.
+            const Matrix3 place = placeInFile(plan_, node);
+            if (!place.IsIdentity()) writeMatrix(place);
+        }
         push(kFltPushLevel);
         writeCorners(polygon(index, i));
         pop(kFltPopLevel);

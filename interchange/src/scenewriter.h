@@ -93,6 +93,7 @@ private:
     void writeLongId(Changes& changes);
     void writeComment(Changes& changes);
     void writeMatrix(Changes& changes);
+    void writeMatrix(const Matrix3& matrix);
     void writePiece(FileBytes piece, Changes& changes);
     bool fitsList(FileBytes uvList) const;
 

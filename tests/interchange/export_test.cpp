@@ -124,6 +124,31 @@ TEST_F(ExportTest, WritesWhatWasMadeInTheScene) {
     static_cast<void>(box);
 }
 
+// A mesh of several polygons becomes as many faces, each of which stands where the mesh did.
+TEST_F(ExportTest, PlacesEveryFaceOfAMeshThatWasMoved) {
+    INode* const box = host.CreateObjectNode(new BoxObject(2, 2, 2), "hut");
+    box->SetNodeTM(0, TransMatrix({40, 100, 0}));
+    const std::vector<std::uint8_t> file = exported();
+    core.newScene();
+    import(file);
+    Box3 around;
+    int faces = 0;
+    std::vector<INode*> open{host.GetRootNode()};
+    while (!open.empty()) {
+        INode* const node = open.back();
+        open.pop_back();
+        for (int i = 0; i < node->NumberOfChildren(); ++i) open.push_back(node->GetChildNode(i));
+        const auto* const mesh = dynamic_cast<TriObject*>(node->GetObjectRef());
+        if (mesh == nullptr) continue;
+        ++faces;
+        for (const Point3& vertex : mesh->GetMesh().verts)
+            around += node->GetNodeTM(0).PointTransform(vertex);
+    }
+    EXPECT_EQ(faces, 6);
+    EXPECT_EQ(around.Min(), (Point3{39, 99, 0}));
+    EXPECT_EQ(around.Max(), (Point3{41, 101, 2}));
+}
+
 TEST_F(ExportTest, MovesNodesAmongParents) {
     FltBytes file("f");
     file.palette(kPoints).push().group("a").push().object("b").object("c").pop().comment("x");

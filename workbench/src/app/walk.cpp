@@ -323,8 +323,8 @@ kiln::Status Walk::previewDetail() {
         say("    the page has no such button");
         return {};
     }
+    window_.run(CMD_VIEW_SELECTED);  // before it may hide
     const kiln::Status pressed = press(page, kMostDetailButton);
-    window_.run(CMD_VIEW_SELECTED);
     return pressed.ok() ? shot("09-most-detail") : pressed;
 }
 
