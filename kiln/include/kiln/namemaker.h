@@ -5,8 +5,8 @@
 #include <kiln/platform.h>
 
 /// Makes names that nobody has. From `Interface::NewNameMaker`; the caller deletes it, which it may
-/// do after the host has gone. A maker that was initialised from the scene follows the scene that is
-/// shown: also one opened later, and that of a host made anew.
+/// do after the host has gone. A maker that was initialised from the scene follows the scene that
+/// is shown: also one opened later, and that of a host made anew.
 class KILNAPI NameMaker {
 public:
     virtual ~NameMaker();
