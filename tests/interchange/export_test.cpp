@@ -233,7 +233,7 @@ TEST_F(ExportTest, LeavesTheOldFileAlone) {
     const auto isOld = [&] {
         const auto content = contentOf(path);
         int files = 0;
-        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
             files += entry.path().filename() != "airfield.flt";
         }
         return files == 1 && std::string(content.begin(), content.end()) == "old";

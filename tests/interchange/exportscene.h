@@ -1,21 +1,18 @@
 // A scene that files go into and come out of again.
 #pragma once
 
+#include "../support/temporaryfolder.h"
 #include "importscene.h"
 
 #include <interchange/export.h>
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <vector>
 
 class ExportScene : public ImportScene {
 protected:
-    ExportScene() { std::filesystem::create_directories(folder); }
-    ~ExportScene() override { std::filesystem::remove_all(folder); }
-
-    std::string pathOf(const char* name) const { return (folder / name).string(); }
+    std::string pathOf(const char* name) const { return folder.file(name); }
 
     static std::vector<std::uint8_t> contentOf(const std::string& path) {
         std::ifstream file(path, std::ios::binary);
@@ -31,6 +28,5 @@ protected:
         return contentOf(path);
     }
 
-    const std::filesystem::path folder =
-        std::filesystem::temp_directory_path() / "interchange_export_test";
+    const TemporaryFolder folder{u8"tessera-export-"};
 };
