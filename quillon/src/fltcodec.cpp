@@ -2,7 +2,6 @@
 
 #include <bit>
 #include <cstring>
-#include <ranges>
 
 namespace quillon {
 
@@ -19,7 +18,7 @@ void giveName(char (&id)[8], std::string_view prefix, std::int16_t& counter) {
         number /= 10;
     } while (number != 0);
     if (counter < 0) prepend('-');
-    for (const char c : std::views::reverse(prefix)) prepend(c);
+    for (auto c = prefix.rbegin(); c != prefix.rend(); ++c) prepend(*c);
     std::memcpy(id, &text, sizeof id);
     counter = static_cast<std::int16_t>(counter + 1);
 }
