@@ -15,6 +15,10 @@ TEST(CheckTest, FindsNothingInAGoodFile) {
     const std::string lists =
         kHeader + kPalette + "0048 000C 00000008 00000010 " + "0059 000C 00000010 00000008";
     EXPECT_EQ(runTool({"check", folder.write("lists.flt", lists)}).out, "");
+    // Records that only the format knows, the first list carried on.
+    const std::string further = kHeader + kPalette + "0048 0008 00000008 0017 0008 00000010 " +
+                                "0054 0008 00:4 0055 0010 00:12 0017 0004 0056 000C 00:8";
+    EXPECT_EQ(runTool({"check", folder.write("further.flt", further)}).out, "");
 
     // A text that fills the longest record there can be, without a terminator.
     Bytes comment = hex(kHeader + "001F FFFF");
@@ -49,6 +53,10 @@ TEST(CheckTest, NamesEachFindingWithItsOffset) {
          "352: FLT_VERTEX_LIST: vertex offset 12 and 1 more: no vertex of the palette there\n"},
         {kHeader + kPalette + "0048 0006 0000",
          "352: FLT_VERTEX_LIST: a vertex list whose length is not one of whole entries\n"},
+        {kHeader + kPalette + "0048 0008 00000008 0017 0008 0000000C",
+         "360: CONTINUATION: vertex offset 12: no vertex of the palette there\n"},
+        {kHeader + "000A 0004 0017 0004 000B 0004",
+         "332: CONTINUATION: continues a record that says nothing\n"},
         {kHeader + "0043 0008 00000018 0044 0008 00:4 0002 0020 00:28",
          "328: the vertex palette says that it is 24 bytes long; it is 16\n"},
         {kHeader + "0044 0008 00:4",

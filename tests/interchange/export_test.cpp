@@ -189,7 +189,7 @@ TEST_F(ExportTest, WritesEditedLights) {
         return body.f32(10).f32(20);
     };
     FltBytes file("f");
-    file.record(102, Bytes().u32(0).zeros(8).field("lamp", 20).zeros(200)).push();
+    file.record(102, Bytes().u32(0).zeros(8).field("lamp", 20).zeros(204)).push();
     file.record(101, source("moved", 0)).record(101, source("edited", 0));
     file.record(101, source("bright", 0)).record(101, source("lost", 9)).pop();
     INode* const top = import(file);

@@ -80,6 +80,7 @@ TEST_F(RoundTrip, GivesBackEveryByteOfWhatItDoesNotKnow) {
     file.record(32, counting("colors", 200)).record(64, counting("texture", 212));
     file.record(113, counting("material", 80)).record(700, counting("unknown", 64));
     file.palette(kPoints).push().group("a").record(33, Bytes().text("a long name").zeros(5));
+    knownFindings = "832: UNDEFINED: unknown opcode 700\n1166: UNDEFINED: unknown opcode 300\n";
     file.comment("one").record(52, counting("multi", 24)).comment("two").record(300);
     file.record(21).group("x").push().polygon("y", {1, 2, 4}).pop().comment("inside").record(22);
     file.record(122).record(125, counting("attr", 16)).record(123);
@@ -196,6 +197,19 @@ TEST_F(RoundTrip, KeepsVerticesOfEveryKind) {
     file.group("other").push().record(72, flat).pop().pop();
     const std::vector<std::uint8_t> out = roundTrip(file);
     EXPECT_EQ(out.size(), file.size());
+}
+
+TEST_F(RoundTrip, ContinuesWhatIsTooLongForOneRecord) {
+    FltBytes file("f");
+    Bytes first, rest;
+    for (int i = 0; i < 10'000; ++i) first.u32(8), rest.u32(8 + 40);
+    file.palette(kPoints).push().record(111, named("points", 148)).push();
+    file.record(72, first).record(23, rest).pop().pop();
+    roundTrip(file);
+    const INode* const node = host.GetRootNode()->GetChildNode(0)->GetChildNode(0);
+    const auto& mesh = dynamic_cast<TriObject&>(*node->GetObjectRef()).GetMesh();
+    ASSERT_EQ(mesh.verts.Count(), 20'000);
+    EXPECT_EQ(mesh.verts[19'999], (Point3{4, 0, 0}));
 }
 
 TEST_F(RoundTrip, ShowsMeshesAndGivesThemBack) {

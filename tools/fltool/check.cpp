@@ -1,4 +1,5 @@
 #include "commands.h"
+#include "morerecords.h"
 #include "progress.h"
 #include "vertexpalette.h"
 
@@ -62,8 +63,14 @@ const FltOpcodeEntry* entryOf(std::uint16_t opcode) {
 /// Whether the record is a node in the hierarchy, a child of what encloses it.
 bool isNode(std::uint16_t opcode) {
     if (opcode == kFltInstanceRef) return true;
+    if (const FurtherRecord* further = furtherRecord(opcode)) return further->isNode;
     const FltOpcodeEntry* entry = entryOf(opcode);
     return entry != nullptr && entry->family == FltOpcodeClass::primary && !isVertexList(opcode);
+}
+
+const char* nameOf(std::uint16_t opcode) {
+    const FurtherRecord* further = furtherRecord(opcode);
+    return further != nullptr ? further->name : fltOpcodeName(opcode);
 }
 
 /// A push that is still open.
@@ -99,8 +106,14 @@ private:
         checkOrder(opcode);
         reportHere(palette_.meet(reader_));
         checkNesting(opcode);
-        if (entryOf(opcode) == nullptr) reportHere("unknown opcode " + number(opcode));
-        if (isVertexList(opcode)) reportHere(palette_.judgeList(reader_));
+        if (entryOf(opcode) == nullptr && furtherRecord(opcode) == nullptr)
+            reportHere("unknown opcode " + number(opcode));
+        if (opcode != kContinuation) {
+            continued_ = opcode;
+        } else if (popFor(continued_) || isPop(continued_)) {
+            reportHere("continues a record that says nothing");
+        }
+        if (isVertexList(continued_)) reportHere(palette_.judgeList(reader_, continued_));
         checkFields(opcode);
         first_ = false;
     }
@@ -207,7 +220,7 @@ private:
     /// Nothing for an empty finding.
     void reportHere(const std::string& finding) {
         if (finding.empty()) return;
-        report(reader_.offset(), std::string(fltOpcodeName(reader_.opcode())) + ": " + finding);
+        report(reader_.offset(), std::string(nameOf(reader_.opcode())) + ": " + finding);
     }
     void report(std::size_t offset, const std::string& finding) {
         out_ << offset << ": " << finding << '\n';
@@ -218,6 +231,7 @@ private:
     std::ostream& out_;
     std::size_t findings_ = 0;
     bool first_ = true;
+    std::uint16_t continued_ = 0;  ///< the latest record that is no continuation
     VertexPalette palette_;
     std::vector<OpenLevel> levels_;
     std::optional<std::int64_t> pendingBits_;  ///< of a switch whose children have not begun

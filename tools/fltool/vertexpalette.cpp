@@ -45,10 +45,10 @@ bool VertexPalette::hasVertexAt(std::uint32_t offset) const {
     return std::binary_search(vertices_.begin(), vertices_.end(), offset);
 }
 
-std::string VertexPalette::judgeList(FltFileReader& reader) const {
+std::string VertexPalette::judgeList(FltFileReader& reader, std::uint16_t opcode) const {
     FltToken& token = reader.token();
     if (!exists_) return "a vertex list before any vertex palette";
-    const std::uint32_t entrySize = reader.opcode() == kFltMorphVertexList ? 8 : 4;
+    const std::uint32_t entrySize = opcode == kFltMorphVertexList ? 8 : 4;
     if (token.remaining() % entrySize != 0)
         return "a vertex list whose length is not one of whole entries";
     std::size_t wrong = 0;

@@ -20,8 +20,9 @@ public:
     /// What is wrong with the palette now that the file has ended, or nothing.
     std::string finish() const;
 
-    /// What is wrong with the vertex list (or morph vertex list) that the reader is at, or nothing.
-    std::string judgeList(FltFileReader& reader) const;
+    /// What is wrong with the vertex list of that opcode (plain or morph) that the reader is at, or
+    /// that its record continues; or nothing.
+    std::string judgeList(FltFileReader& reader, std::uint16_t opcode) const;
 
     /// Where the palette record begins in the file.
     std::size_t offset() const noexcept { return offset_; }
