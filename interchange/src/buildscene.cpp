@@ -38,9 +38,13 @@ constexpr std::size_t kBody = 4;
 /// The longest record that can be padded to a multiple of 8.
 constexpr std::size_t kLongestPadded = 0xFFF8;
 
-/// Whether `record` says what `written`, which knows only the fields of our own, says; zeros at the
-/// end say nothing.
+/// Whether `record` says what `written` says, which knows only the fields of our own. Zeros that
+/// one has more than the other say nothing, unless they are more than padding: a longer record has
+/// room for what we do not know.
 bool saysNoMore(FileBytes record, FileBytes written) {
+    constexpr std::size_t kAlignment = 8;
+    const std::size_t padded = (written.size() + kAlignment - 1) / kAlignment * kAlignment;
+    if (record.size() > padded) return false;
     const std::size_t common = std::min(record.size(), written.size());
     const auto isZero = [](std::uint8_t byte) { return byte == 0; };
     return std::ranges::equal(record.first(common).subspan(kBody),
@@ -491,7 +495,7 @@ private:
             }
         }
         for (std::size_t i = 0; i < count; ++i) {
-            kept_.record(recordAt(bytes_, static_cast<std::uint32_t>(vertexOf(i))));
+            kept_.record(recordAt(bytes_, static_cast<std::uint32_t>(vertexOf(i))), kLongestVertex);
         }
         kept_.numbers(uint16At(list, 0), static_cast<std::uint32_t>(count));
     }

@@ -1,5 +1,7 @@
 #include "filepalettes.h"
 
+#include "plan.h"
+
 #include <fltkilnutil/kilnflt.h>
 #include <interchange/textencoding.h>
 #include <quillon/fltopcode.h>
@@ -16,6 +18,7 @@ namespace {
 constexpr std::size_t kTextureNameLength = 200;
 constexpr std::size_t kTextureIndex = 4 + kTextureNameLength;
 constexpr std::size_t kTextureEnd = kTextureIndex + 4;
+constexpr std::int32_t kLastTexture = 0x7FFF;  // a face names its picture in 16 bits
 
 std::string bytesOf(const FltLightSourcePalette& entry) {
     FltToken token;
@@ -28,9 +31,12 @@ bool areEqual(FltLightSourcePalette a, const FltLightSourcePalette& b) {
     return bytesOf(a) == bytesOf(b);
 }
 
+/// The smallest index from `start` on that no entry has. Entries are only ever added, so the next
+/// search can start at what this one found.
 template <typename Map>
-std::int32_t freeIndex(const Map& entries) {
-    return entries.empty() ? 0 : std::max(0, entries.rbegin()->first + 1);
+std::int32_t freeIndex(const Map& entries, std::int32_t start) {
+    while (entries.contains(start)) ++start;
+    return start;
 }
 
 }  // namespace
@@ -54,12 +60,17 @@ void FilePalettes::readLight(FileBytes record, std::uint32_t revision) {
 
 void FilePalettes::readTexture(FileBytes record) {
     if (record.size() < kTextureEnd) return;
-    textures_.emplace(static_cast<std::int32_t>(uint32At(record, kTextureIndex)),
-                      textOf(record.subspan(4, kTextureNameLength)));
+    addTexture(static_cast<std::int32_t>(uint32At(record, kTextureIndex)),
+               textOf(record.subspan(4, kTextureNameLength)));
+}
+
+void FilePalettes::addTexture(std::int32_t index, const std::string& name) {
+    if (!textures_.emplace(index, name).second) return;
+    if (index >= 0 && index <= kLastTexture) textureOf_.emplace(name, index);
 }
 
 std::int32_t FilePalettes::light(std::int32_t index, const FltLightSourcePalette& wanted) {
-    if (index < 0) index = freeIndex(lights_);
+    if (index < 0) index = freeLight_ = freeIndex(lights_, freeLight_);
     const auto found = lights_.find(index);
     if (found == lights_.end()) {
         Light light{{}, wanted, true, true};
@@ -70,7 +81,7 @@ std::int32_t FilePalettes::light(std::int32_t index, const FltLightSourcePalette
     Light& light = found->second;
     const bool claimed = std::exchange(light.claimed, true);
     if (areEqual(wanted, light.entry)) return index;
-    if (claimed) return this->light(freeIndex(lights_), wanted);
+    if (claimed) return this->light(-1, wanted);
     light.entry = wanted;
     light.entry.paletteIndex = index;
     light.edited = true;
@@ -79,22 +90,28 @@ std::int32_t FilePalettes::light(std::int32_t index, const FltLightSourcePalette
 
 std::int32_t FilePalettes::texture(const std::string& fileName) {
     const std::string name(startOf(fileName, kTextureNameLength - 1));
-    for (const auto& [index, present] : textures_) {
-        if (present == name) return index;
+    if (const auto found = textureOf_.find(name); found != textureOf_.end()) return found->second;
+    const std::int32_t index = freeTexture_ = freeIndex(textures_, freeTexture_);
+    if (index > kLastTexture) {
+        throw ExportError("there are more pictures than the faces of one OpenFlight file can name");
     }
-    const std::int32_t index = freeIndex(textures_);
-    textures_.emplace(index, name);
+    addTexture(index, name);
     newTextures_.insert(index);
     return index;
 }
 
 void FilePalettes::write(FltStream& stream, FileBytes record) {
     if (uint16At(record, 0) == kFltLightSourcePalette) {
-        for (const auto& [index, light] : lights_) {
-            if (light.read.data() == record.data() && light.edited) {
-                putLight(stream, light);
-                return;
-            }
+        const FltRecord* const base = merger_.base(record, revision_);
+        const auto found =
+            base == nullptr
+                ? lights_.end()
+                : lights_.find(static_cast<const FltLightSourcePalette&>(*base).paletteIndex);
+        // Of several entries with one index the first is the one that counts.
+        if (found != lights_.end() && found->second.edited &&
+            found->second.read.data() == record.data()) {
+            putLight(stream, found->second);
+            return;
         }
     }
     stream.writeVerbatim(record);

@@ -33,7 +33,8 @@ public:
 
     /// Whether the texture palette has an entry of that index.
     bool hasTexture(std::int32_t index) const { return textures_.contains(index); }
-    /// The index of the entry for a picture file (UTF-8), which is added when there is none.
+    /// The index, from 0 to 32767, of the entry for a picture file (UTF-8), which is added when
+    /// there is none. Throws `ExportError` when the palette is full.
     std::int32_t texture(const std::string& fileName);
 
     /// Writes `record`, a palette record that was read, as it is to be now.
@@ -51,12 +52,16 @@ private:
 
     void readLight(FileBytes record, std::uint32_t revision);
     void readTexture(FileBytes record);
+    void addTexture(std::int32_t index, const std::string& name);
     void putLight(FltStream& stream, const Light& light);
 
     FileBytes colors_;
     std::uint32_t revision_ = 0;
     std::map<std::int32_t, Light> lights_;
-    std::map<std::int32_t, std::string> textures_;  ///< file names by index
+    std::int32_t freeLight_ = 0;                     ///< below it every index has an entry
+    std::map<std::int32_t, std::string> textures_;   ///< file names by index
+    std::map<std::string, std::int32_t> textureOf_;  ///< the first index of a name that fits a face
+    std::int32_t freeTexture_ = 0;
     std::set<std::int32_t> newTextures_;
     BeadMerger merger_;
 };

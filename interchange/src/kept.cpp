@@ -133,6 +133,13 @@ void KeptWriter::record(FileBytes record) {
     append(record);
 }
 
+void KeptWriter::record(FileBytes record, std::size_t longest) {
+    if (record.size() <= longest) return append(record);
+    append16(uint16At(record, 0));
+    append16(static_cast<std::uint32_t>(longest));
+    append(record.first(longest).subspan(kRecordHeader));
+}
+
 void KeptWriter::marker(std::uint16_t opcode) {
     append16(opcode);
     append16(kRecordHeader);

@@ -56,6 +56,8 @@ public:
     void bead(FileBytes record);
     void givenName(std::string_view name);
     void record(FileBytes record);
+    /// The record, cut to `longest` bytes.
+    void record(FileBytes record, std::size_t longest);
     /// A record of `opcode` with an empty body, or with the number `value` as its body.
     void marker(std::uint16_t opcode);
     void marker(std::uint16_t opcode, std::uint32_t value);

@@ -8,6 +8,7 @@
 #include <quillon/fltopcode.h>
 
 #include <algorithm>
+#include <new>
 
 namespace interchange {
 
@@ -93,9 +94,13 @@ void VertexTails::clear() noexcept {
 }
 
 void VertexTails::append(FileBytes vertex) {
+    vertex = vertex.first(std::min(vertex.size(), kLongestVertex));
     const std::size_t color = packedColorOffset(uint16At(vertex, 0));
-    starts_.push_back(static_cast<std::uint32_t>(bytes_.size()));
+    const std::size_t start = bytes_.size();
+    if (start > 0xFFFFFFFF) throw std::bad_alloc();
+    starts_.push_back(static_cast<std::uint32_t>(start));
     bytes_.insert(bytes_.end(), vertex.begin(), vertex.begin() + kEntryHead);
+    put16(&bytes_[start + 2], static_cast<std::uint16_t>(vertex.size()));
     if (vertex.size() > color) {
         bytes_.insert(bytes_.end(), vertex.begin() + static_cast<std::ptrdiff_t>(color),
                       vertex.end());

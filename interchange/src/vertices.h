@@ -26,11 +26,16 @@ Point3f textureOf(FileBytes vertex) noexcept;
 /// What a vertex without a colour has in a mesh with colours.
 inline constexpr COLORREF kVertexWhite = 0xFFFFFF;
 
+/// How much of a vertex record is kept, twice what the longest kind needs. Every corner has its own
+/// copy, and 4 bytes of a list are enough for a corner.
+inline constexpr std::size_t kLongestVertex = 128;
+
 /// Where a vertex of that kind has its packed colour; the index into the palette follows.
 std::size_t packedColorOffset(std::uint16_t opcode) noexcept;
 
 /// What vertex records hold beside coordinates and normal, for the corners of one mesh: kind,
-/// length, colour name, flags, colour, and whatever follows.
+/// length, colour name, flags, colour, and whatever follows within the first `kLongestVertex`
+/// bytes.
 ///
 /// As bytes: one entry for each vertex, or a single one for all when they are alike. An entry is
 /// the record without its position, normal and texture coordinates. Nothing at all stands for

@@ -217,6 +217,46 @@ TEST_F(ExportTest, WritesEditedLights) {
     EXPECT_EQ(recordOf<FltLightSource>(again->GetChildNode(3)).paletteIndex, 9);
 }
 
+TEST_F(ExportTest, GivesNewPaletteEntriesFreeIndices) {
+    const auto entry = [](std::uint32_t index, std::string_view name) {
+        return Bytes().u32(index).zeros(8).field(name, 20).zeros(204);
+    };
+    const auto picture = [](std::uint32_t index, std::string_view name) {
+        return Bytes().field(name, 200).u32(index).zeros(8);
+    };
+    const auto source = [](std::string_view id, std::uint32_t index) {
+        return Bytes().field(id, 8).zeros(4).u32(index).zeros(48);
+    };
+    FltBytes file("f");
+    file.record(102, entry(0, "first")).record(102, entry(0x7FFFFFFF, "last"));
+    file.record(64, picture(0, "a.rgb")).record(64, picture(0x7FFFFFFF, "b.rgb"));
+    file.record(64, picture(40'000, "c.rgb")).palette(kPoints).push();
+    for (const std::uint32_t index : {0U, 0x7FFFFFFFU, 0xFFFFFFFFU, 0xFFFFFFFFU}) {
+        file.record(101, source("light", index));
+    }
+    file.polygon("new", {0, 1, 2}).polygon("far", {0, 1, 2}).polygon("same", {0, 1, 2}).pop();
+    INode* const top = import(file);
+    const char* const pictures[] = {"new.rgb", "c.rgb", "a.rgb"};
+    for (int i = 0; i < 3; ++i) {
+        auto* const map = new BitmapTex;
+        map->SetMapName(pictures[i]);
+        top->GetChildNode(4 + i)->SetTexmap(map);
+    }
+    INode* const again = reimported();
+    const std::int32_t lights[] = {0, 0x7FFFFFFF, 1, 2};
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(recordOf<FltLightSource>(again->GetChildNode(i)).paletteIndex, lights[i]) << i;
+    }
+    // A face has 16 bits for the index.
+    const std::int16_t textures[] = {1, 2, 0};
+    for (int i = 0; i < 3; ++i) {
+        INode* const face = again->GetChildNode(4 + i);
+        EXPECT_EQ(recordOf<FltFace>(face).textureIndex, textures[i]) << pictures[i];
+        ASSERT_NE(face->GetTexmap(), nullptr);
+        EXPECT_STREQ(static_cast<BitmapTex*>(face->GetTexmap())->GetMapName(), pictures[i]);
+    }
+}
+
 TEST_F(ExportTest, WritesWhatIsSelected) {
     FltBytes file("f");
     file.push().group("a").push().object("b").object("c").pop().group("d").push().object("e").pop();

@@ -126,6 +126,55 @@ TEST_F(RoundTrip, KeepsLongerRecordsAndReservedBytes) {
     EXPECT_EQ(differs.first - file.vector().begin(), static_cast<std::ptrdiff_t>(file.size()));
 }
 
+// What other programs write: longer records that have nothing behind our fields, and unpadded ones.
+TEST_F(RoundTrip, KeepsTheLengthOfLongerRecords) {
+    FltBytes file("f");
+    file.palette({{0, 0, 0}, {4, 0, 0}, {4, 4, 0}}).push();
+    file.record(2, named("group", 32)).push();
+    file.record(73, named("lod", 68)).record(14, named("dof", 376)).push();
+    file.record(4, named("object", 16)).push().record(5, named("face", 72)).push();
+    file.list({0, 1, 2}).pop().pop().pop().pop().pop();
+    const std::vector<std::uint8_t> out = roundTrip(file);
+    // Only the object, 28 bytes, comes back padded to a multiple of 8.
+    ASSERT_EQ(out.size(), file.size() + 4);
+    FltFileReader before(file), after(out);
+    while (before.next()) {
+        ASSERT_TRUE(after.next());
+        EXPECT_EQ(after.opcode(), before.opcode());
+        EXPECT_EQ(after.length(), before.opcode() == 4 ? 32 : before.length()) << before.opcode();
+    }
+}
+
+// A corner takes 4 bytes in a list; what a vertex says must not be kept at any length for each.
+TEST_F(RoundTrip, KeepsVerticesOfBoundedLength) {
+    FltBytes file("f");
+    constexpr std::uint32_t kLength = 60'000;
+    file.record(67, Bytes().u32(8 + 3 * kLength));
+    Bytes corners;
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        Bytes vertex;
+        vertex.u32(0).f64(i).f64(i * i).f64(0);
+        for (std::uint32_t at = 32; at < kLength; ++at) vertex.u8(at % 251 + 1);
+        file.record(68, vertex);
+    }
+    for (std::uint32_t i = 0; i < 3'000; ++i) corners.u32(8 + i % 3 * kLength);
+    file.push().record(111, named("points", 148)).push().record(72, corners).pop();
+    file.face("face").push().list({}).record(72, corners).pop().pop();
+    import(file);
+    EXPECT_LT(scene().size(), 40 * file.size());
+    const std::vector<std::uint8_t> out = exported();
+    const auto outline = interchange::readOutline(out);
+    ASSERT_EQ(outline.corners.size(), 3'000U);
+    const auto vertex = interchange::recordAt(out, outline.corners.front());
+    ASSERT_EQ(vertex.size(), 128U);
+    EXPECT_TRUE(
+        std::ranges::equal(vertex.subspan(32),
+                           std::span(file.vector()).subspan(FltBytes::kHeaderLength + 8 + 32, 96)));
+    core.newScene();
+    const std::string again = sceneOf(out);
+    EXPECT_EQ(sceneOf(exported()), again);
+}
+
 TEST_F(RoundTrip, LeavesUnnamedNodesUnnamed) {
     FltBytes file("");
     file.palette(kPoints).push().group("").object("").polygon("", {0, 1, 2}).group("g002").pop();
