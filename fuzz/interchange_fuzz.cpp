@@ -8,6 +8,9 @@
 #include <kiln/memory.h>
 #include <quillon/fltfilereader.h>
 
+#include <sanitizer/allocator_interface.h>
+
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -35,6 +38,35 @@ struct ScratchFile {
         std::error_code ignored;
         std::filesystem::remove(path, ignored);
     }
+};
+
+// What an import may take, beside the file: so much for any, and so much for each of its bytes. A
+// record of 4 bytes is enough for a node with a record of full length, a name and an object.
+constexpr std::ptrdiff_t kMemoryOfAnyFile = 1 << 20;
+constexpr std::ptrdiff_t kMemoryPerByte = 400;
+
+/// Counts the bytes in use on this thread, by whomever they were allocated.
+class MemoryWatch {
+public:
+    MemoryWatch() { __sanitizer_install_malloc_and_free_hooks(&allocated, &freed); }
+
+    /// What was in use at most since `restart`, beyond what was in use then.
+    static std::ptrdiff_t peak() { return most_ - start_; }
+    static void restart() { start_ = most_ = inUse_; }
+
+private:
+    static void allocated(const volatile void*, std::size_t size) {
+        inUse_ += static_cast<std::ptrdiff_t>(size);
+        most_ = std::max(most_, inUse_);
+    }
+    static void freed(const volatile void* block) {
+        inUse_ -= static_cast<std::ptrdiff_t>(
+            __sanitizer_get_allocated_size(const_cast<const void*>(block)));
+    }
+
+    static inline thread_local std::ptrdiff_t inUse_ = 0;
+    static inline thread_local std::ptrdiff_t most_ = 0;
+    static inline thread_local std::ptrdiff_t start_ = 0;
 };
 
 bool import(std::span<const std::uint8_t> bytes, Interface& host) {
@@ -77,10 +109,15 @@ std::vector<std::string> nodesOf(Interface& host) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static kiln::Core& core = kiln::Core::create();
     static const ScratchFile scratch;
+    static const MemoryWatch watch;
     Interface& host = core.hostInterface();
     const std::vector<std::uint8_t> block(data, data + size);
     core.newScene();
-    if (!import(block, host)) {
+    MemoryWatch::restart();
+    const bool imported = import(block, host);
+    expect(MemoryWatch::peak() <= kMemoryOfAnyFile + kMemoryPerByte * std::ssize(block),
+           "the memory is bounded by the length of the file");
+    if (!imported) {
         expect(host.GetNodeCount() == 0, "a refused file leaves no node");
         expect(host.GetTexmapCount() == 0, "a refused file leaves no picture");
         return 0;
