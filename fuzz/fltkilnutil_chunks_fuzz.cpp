@@ -133,6 +133,20 @@ void expectNothingLost(INode* node, FltAttrGroup& group) {
         expect(chunksOf(node) == stored, "storing without an edit changes nothing");
 }
 
+/// One row of the copy is edited alone, the same row of the node among all.
+void expectEditIsTheSame(INode* node, INode* copy, FltAttrGroup& group, const std::string& text) {
+    const std::size_t rows = fltAttrCount(group);
+    if (rows == 0 || !fltCopyData(node, copy)) return;
+    FltAttrDesc& row = group.descriptors[text.size() % rows];
+    if (fltAttrLoad(node, 1580) != &group) return;
+    row.value.setText(text.c_str());
+    const bool stored = fltAttrStore(node, group);
+    expect(fltAttrEdit(copy, 1580, group, row, text.c_str()) == stored,
+           "one row can be edited when all can");
+    for (const DWORD id : {1u, 3u})
+        expect(chunksOf(copy)[id] == chunksOf(node)[id], "to the same bytes");
+}
+
 void exercise(INode* node, INode* copy, const std::string& text) {
     const auto before = chunksOf(node);
     std::string comment;
@@ -143,11 +157,15 @@ void exercise(INode* node, INode* copy, const std::string& text) {
     FltAttrGroup* const group = fltAttrLoad(node, 1580);
     expect(chunksOf(node) == before, "loading changes nothing");
     if (group != nullptr) {
+        expectEditIsTheSame(node, copy, *group, text);
+        fltRemoveData(copy);
+        const auto now = chunksOf(node);
+        expect(fltAttrLoad(node, 1580) == group, "it can still be loaded");
         editEveryRow(*group, text);
         if (fltAttrStore(node, *group))
             expectNothingLost(node, *group);
         else
-            expect(chunksOf(node) == before, "a refused store changes nothing");
+            expect(chunksOf(node) == now, "a refused store changes nothing");
     }
     fltCopyData(node, copy);
     fltRemoveData(node);

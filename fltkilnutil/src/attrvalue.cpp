@@ -57,15 +57,15 @@ void storeDoubleOverFloat(void* address, double value) noexcept {
     writeAs(address, static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(value)));
 }
 
-bool isDoubleOverFloat(const FltAttrDesc& descriptor) noexcept {
-    return descriptor.type == FltAttrType::Double && descriptor.field.size < sizeof(double);
-}
-
 void* fieldAddress(const FltAttrBlock& block, const FltAttrDesc& descriptor) noexcept {
     return descriptor.field.address(block.base());
 }
 
 }  // namespace
+
+bool changesWhenStored(const FltAttrDesc& descriptor) noexcept {
+    return descriptor.type == FltAttrType::Double && descriptor.field.size < sizeof(double);
+}
 
 std::string_view printField(const FltAttrBlock& block, const FltAttrDesc& descriptor,
                             NumberText& room) {
@@ -87,7 +87,7 @@ std::string_view printField(const FltAttrBlock& block, const FltAttrDesc& descri
 void storeField(const FltAttrBlock& block, const FltAttrDesc& descriptor) {
     void* const address = fieldAddress(block, descriptor);
     const std::string_view text = descriptor.value.text();
-    if (isDoubleOverFloat(descriptor)) return storeDoubleOverFloat(address, fltParseReal(text));
+    if (changesWhenStored(descriptor)) return storeDoubleOverFloat(address, fltParseReal(text));
     NumberText room;
     if (text == printField(block, descriptor, room)) return;
     switch (descriptor.type) {

@@ -17,8 +17,12 @@ using NumberText = char[kFltNumberTextSize];
 std::string_view printField(const FltAttrBlock& block, const FltAttrDesc& descriptor,
                             NumberText& room);
 
+/// Whether storing the row changes its field even when the text is what the field prints: true of a
+/// row that is declared as a double over a 32-bit float.
+bool changesWhenStored(const FltAttrDesc& descriptor) noexcept;
+
 /// Puts the row's value text into the field, by the row's type. Leaves a field alone that still
-/// prints that text.
+/// prints that text, unless `changesWhenStored`.
 void storeField(const FltAttrBlock& block, const FltAttrDesc& descriptor);
 
 }  // namespace fltkilnutil

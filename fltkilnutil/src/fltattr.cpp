@@ -36,23 +36,32 @@ bool readOptions(INode* node, TableGroup& group) {
     return !fltHasOptions(node) || fltGetOptions(node, *group.options);
 }
 
-void printValues(FltAttrGroup& group) {
+void printValue(FltAttrGroup& group, FltAttrDesc& row) {
     NumberText room;
-    for (FltAttrDesc* row = group.descriptors; !row->isTerminator(); ++row) {
-        const std::string_view text = printField(blockOf(group, *row), *row, room);
-        row->value.setSize(static_cast<std::int32_t>(text.size()) + 1);
-        text.copy(row->value.text(), text.size());
-    }
+    const std::string_view text = printField(blockOf(group, row), row, room);
+    row.value.setSize(static_cast<std::int32_t>(text.size()) + 1);
+    text.copy(row.value.text(), text.size());
+}
+
+void printValues(FltAttrGroup& group) {
+    for (FltAttrDesc* row = group.descriptors; !row->isTerminator(); ++row) printValue(group, *row);
     showModeParameter(group);
 }
 
-FltAttrGroup* load(INode* node, std::uint32_t parameter) {
+TableGroup* groupOf(INode* node) {
     FltNodeKind kind{};
     if (!fltGetKind(node, true, kind)) return nullptr;
     const AttrTable* const table = AttrTable::instance();
-    TableGroup* const group = table != nullptr ? table->find(kind) : nullptr;
-    if (group == nullptr || !readRecord(node, *group, parameter) || !readOptions(node, *group))
-        return nullptr;
+    return table != nullptr ? table->find(kind) : nullptr;
+}
+
+bool readBlocks(INode* node, TableGroup& group, std::uint32_t parameter) {
+    return readRecord(node, group, parameter) && readOptions(node, group);
+}
+
+FltAttrGroup* load(INode* node, std::uint32_t parameter) {
+    TableGroup* const group = groupOf(node);
+    if (group == nullptr || !readBlocks(node, *group, parameter)) return nullptr;
     printValues(*group);
     return group;
 }
@@ -63,10 +72,7 @@ bool mayBecome(INode* node, FltNodeKind kind) noexcept {
     return !fltGetKind(node, false, stored) || stored == kind;
 }
 
-bool store(INode* node, FltAttrGroup& group) {
-    if (node == nullptr || !mayBecome(node, group.kind)) return false;
-    for (const FltAttrDesc* row = group.descriptors; !row->isTerminator(); ++row)
-        storeField(blockOf(group, *row), *row);
+bool writeBlocks(INode* node, FltAttrGroup& group) {
     const bool isNew = !fltHasData(node);
     if (isNew && !fltEnsureKind(node, group.kind, group.parameter)) return false;
     const bool stored = (group.options == nullptr || fltPutOptions(node, *group.options)) &&
@@ -74,6 +80,27 @@ bool store(INode* node, FltAttrGroup& group) {
     if (!stored && isNew) removeChunk(node, ChunkId::Kind);  // no OpenFlight node after all
     if (stored) showModeParameter(group);
     return stored;
+}
+
+bool store(INode* node, FltAttrGroup& group) {
+    if (node == nullptr || !mayBecome(node, group.kind)) return false;
+    for (const FltAttrDesc* row = group.descriptors; !row->isTerminator(); ++row)
+        storeField(blockOf(group, *row), *row);
+    return writeBlocks(node, group);
+}
+
+bool edit(INode* node, std::uint32_t parameter, FltAttrGroup& group, FltAttrDesc& edited,
+          const char* text) {
+    TableGroup* const own = groupOf(node);
+    if (own == nullptr || own != &group || !readBlocks(node, *own, parameter)) return false;
+    edited.value.setText(text);
+    for (FltAttrDesc* row = group.descriptors; !row->isTerminator(); ++row) {
+        const bool isEdited = row == &edited;
+        if (!isEdited && !changesWhenStored(*row)) continue;
+        if (!isEdited) printValue(group, *row);
+        storeField(blockOf(group, *row), *row);
+    }
+    return writeBlocks(node, group);
 }
 
 }  // namespace
@@ -133,6 +160,16 @@ FltAttrGroup* fltAttrLoad(INode* node, std::uint32_t parameter) noexcept {
 bool fltAttrStore(INode* node, FltAttrGroup& group) noexcept {
     try {
         return store(node, group);
+    } catch (...) {
+        diagnostics::noteCurrentException();
+        return false;
+    }
+}
+
+bool fltAttrEdit(INode* node, std::uint32_t parameter, FltAttrGroup& group, FltAttrDesc& row,
+                 const char* text) noexcept {
+    try {
+        return edit(node, parameter, group, row, text);
     } catch (...) {
         diagnostics::noteCurrentException();
         return false;

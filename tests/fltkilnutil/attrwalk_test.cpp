@@ -68,4 +68,61 @@ TEST_F(AttrWalk, EachRowChangesItselfAndNothingElse) {
     EXPECT_EQ(rowsWalked, 216);
 }
 
+/// Fills what follows the record's header with bytes that no field is made for.
+void scramble(INode* node, DWORD subId, std::uint32_t seed) {
+    AppDataChunk* const found = testing_chunks::chunk(node, subId);
+    if (found == nullptr) return;
+    auto* const bytes = static_cast<std::uint8_t*>(found->data);
+    for (std::size_t i = 4; i < found->length; ++i) {
+        seed = seed * 1664525 + 1013904223;
+        bytes[i] = static_cast<std::uint8_t>(seed >> 24);
+    }
+}
+
+TEST_F(AttrWalk, EditingARowAloneIsTheSameAsLoadingSettingAndStoring) {
+    using namespace testing_chunks;
+    int edited = 0;
+    for (FltAttrGroup* const* g = fltAttrGroups(); *g != nullptr; ++g) {
+        FltAttrGroup& group = **g;
+        for (int i = 0; i < static_cast<int>(fltAttrCount(group)); ++i) {
+            FltAttrDesc& row = group.descriptors[i];
+            for (const bool fresh : {true, false}) {
+                SCOPED_TRACE(testing::Message() << "kind " << static_cast<int>(group.kind) << " "
+                                                << row.caption << (fresh ? " fresh" : ""));
+                INode* const nodes[] = {kindNode(group.kind), kindNode(group.kind)};
+                for (INode* const node : nodes) {
+                    ASSERT_EQ(fltAttrLoad(node, 1580), &group);
+                    if (fresh) continue;
+                    ASSERT_TRUE(fltAttrStore(node, group));
+                    for (const DWORD chunk : {kRecordChunk, kOptionsChunk})
+                        scramble(node, chunk, static_cast<std::uint32_t>(i));
+                }
+                std::string text = distinctText(row, i);
+                const bool loaded = fltAttrLoad(nodes[0], 1580) == &group;
+                row.value.setText(text.c_str());
+                const bool stored = loaded && fltAttrStore(nodes[0], group);
+                // Whatever the group still holds is another node's.
+                ASSERT_EQ(fltAttrLoad(kindNode(group.kind), 1580), &group);
+                EXPECT_EQ(fltAttrEdit(nodes[1], 1580, group, row, text.c_str()), stored);
+                for (const DWORD chunk : {kKindChunk, kRecordChunk, kOptionsChunk})
+                    EXPECT_EQ(chunkBytes(nodes[1], chunk), chunkBytes(nodes[0], chunk));
+                edited += stored ? 1 : 0;
+            }
+        }
+    }
+    EXPECT_GT(edited, 400);
+}
+
+TEST_F(AttrWalk, EditingARowAloneRefusesANodeOfAnotherKindAndADamagedOne) {
+    using namespace testing_chunks;
+    FltAttrGroup& objects = *fltAttrGroupFind(FltNodeKind::Object);
+    FltAttrDesc& priority = row(FltNodeKind::Object, "FltObjRelPriority");
+    INode* const group = kindNode(FltNodeKind::Group);
+    INode* const damaged = recordNode(FltNodeKind::Object, {0, 4, 0xFF, 0xFF});
+    for (INode* const node : {group, damaged, dummy(), static_cast<INode*>(nullptr)})
+        EXPECT_FALSE(fltAttrEdit(node, 1580, objects, priority, "3"));
+    EXPECT_EQ(chunk(group, kRecordChunk), nullptr);
+    EXPECT_EQ(chunkBytes(damaged, kRecordChunk), (Bytes{0, 4, 0xFF, 0xFF}));
+}
+
 }  // namespace

@@ -161,3 +161,11 @@ FltAttrGroup* fltAttrLoad(INode* node, std::uint32_t parameter) noexcept;
 /// node is of another kind or the record cannot be stored; only when memory runs out between the
 /// two chunks may the options be stored already.
 bool fltAttrStore(INode* node, FltAttrGroup& group) noexcept;
+
+/// Gives one row of a node another value: what `fltAttrLoad`, setting the row's text and
+/// `fltAttrStore` do, in less time, for the other rows are not turned into text and back. `row` is
+/// a row of `group`; `parameter` is as for `fltAttrLoad`. False, with nothing changed, when the
+/// node is not of the group's kind (derived where nothing is stored) or cannot be loaded, and where
+/// storing fails. The group must be loaded again before its texts are used.
+bool fltAttrEdit(INode* node, std::uint32_t parameter, FltAttrGroup& group, FltAttrDesc& row,
+                 const char* text) noexcept;

@@ -56,6 +56,11 @@ FltAttrGroup* loadAttributes(NodeHandle handle) noexcept {
     return fltAttrLoad(nodeOf(handle), kFltRevision);
 }
 
+bool editAttribute(NodeHandle handle, FltAttrGroup& set, FltAttrDesc& attribute,
+                   const std::string& value) noexcept {
+    return fltAttrEdit(nodeOf(handle), kFltRevision, set, attribute, value.c_str());
+}
+
 FltAttrDesc* attributeAt(const FltAttrGroup& set, int row) noexcept {
     FltAttrDesc* at = set.descriptors;
     for (; row > 0 && !at->isTerminator(); --row) ++at;

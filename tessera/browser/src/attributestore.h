@@ -29,6 +29,12 @@ int iconOf(NodeHandle handle) noexcept;
 /// there is none. Every later load of a node of the same kind replaces the values.
 FltAttrGroup* loadAttributes(NodeHandle handle) noexcept;
 
+/// Gives one attribute of a node of the set's kind another value, which takes less time than
+/// loading and storing all. False, with nothing changed, for a node of another kind and where that
+/// fails. The set must be loaded again before its values are used.
+bool editAttribute(NodeHandle handle, FltAttrGroup& set, FltAttrDesc& attribute,
+                   const std::string& value) noexcept;
+
 /// The row-th attribute of a set, null beyond the last.
 FltAttrDesc* attributeAt(const FltAttrGroup& set, int row) noexcept;
 

@@ -117,9 +117,7 @@ private:
     void storeComment();
     void reduceGrid();
     bool endEdit(int attribute, const std::string& entered);
-    static void storeValue(NodeHandle node, FltAttrGroup& set, FltAttrDesc& descriptor,
-                           const std::string& value);
-    void storeInSelected(FltAttrGroup& set, FltAttrDesc& descriptor, const std::string& value);
+    void editSelected(FltAttrGroup& set, FltAttrDesc& attribute, const std::string& value);
     void renewDependent(const FltAttrGroup& set);
     void showAgain(HTREEITEM item);
     void focusTree();

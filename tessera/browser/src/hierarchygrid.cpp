@@ -63,9 +63,9 @@ bool Hierarchy::endEdit(int attribute, const std::string& entered) {
     if (!descriptor) return false;
     const std::string value = normalisedValue(descriptor->type, entered);
     if (global_.IsChecked() && tree_.SelectedCount() >= 2)
-        storeInSelected(*set, *descriptor, value);
+        editSelected(*set, *descriptor, value);
     else
-        storeValue(node, *set, *descriptor, value);
+        editAttribute(node, *set, *descriptor, value);
     // A number is shown again in any case; a text or choice only when the node has not taken it as
     // it was entered, which the cell shows already.
     const bool asEntered = loadAttributes(node) == set && descriptor->value.text() == entered;
@@ -76,19 +76,11 @@ bool Hierarchy::endEdit(int attribute, const std::string& entered) {
     return true;
 }
 
-void Hierarchy::storeValue(NodeHandle node, FltAttrGroup& set, FltAttrDesc& descriptor,
-                           const std::string& value) {
-    descriptor.value.setText(value.c_str());
-    fltAttrStore(nodeOf(node), set);
-}
-
-// All nodes of a kind are worked on in the same set; those of other kinds are passed over.
-void Hierarchy::storeInSelected(FltAttrGroup& set, FltAttrDesc& descriptor,
-                                const std::string& value) {
+// Nodes of other kinds are passed over.
+void Hierarchy::editSelected(FltAttrGroup& set, FltAttrDesc& attribute, const std::string& value) {
     const CWaitCursor wait;
     for (const TreeItem* item : tree_.VisibleSelection())
-        if (item->node && loadAttributes(item->node) == &set)
-            storeValue(item->node, set, descriptor, value);
+        if (item->node) editAttribute(item->node, set, attribute, value);
 }
 
 // The one attribute whose value decides about others is followed by the one that it decides about:
