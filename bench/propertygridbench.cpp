@@ -70,6 +70,16 @@ double bareLoop(const std::vector<INode*>& nodes, FltAttrDesc& row, const char* 
     });
 }
 
+/// What the form does of it for the nodes alone.
+double editLoop(const std::vector<INode*>& nodes, FltNodeKind kind, FltAttrDesc& row,
+                const char* value) {
+    FltAttrGroup& set = *fltAttrGroupFind(kind);
+    return millisecondsOf([&] {
+        for (INode* const node : nodes)
+            require(fltAttrEdit(node, kFltRevision, set, row, value), "a node was not edited");
+    });
+}
+
 /// Types the value into the grid's focus cell; what counts is the time from Enter on.
 double editByKeyboard(const Form& form, const wchar_t* value) {
     ::SetFocus(form.grid());
@@ -91,6 +101,7 @@ void globalEdit(const Edited& edited) {
         testinput::key(VK_DOWN);
 
     std::vector<double> bare;
+    std::vector<double> alone;
     std::vector<double> typed;
     constexpr std::pair<const char*, const wchar_t*> kValues[] = {
         {"3", L"4"}, {"5", L"6"}, {"7", L"8"}, {"1", L"2"}, {"9", L"3"}, {"4", L"5"},
@@ -100,9 +111,11 @@ void globalEdit(const Edited& edited) {
         typed.push_back(editByKeyboard(form, second));
         require(fltAttrLoad(nodes.back(), kFltRevision) && row.value.text()[0] == second[0],
                 "the edit did not reach the last node");
+        alone.push_back(editLoop(nodes, edited.kind, row, first));
     }
     const std::string what = std::to_string(kNodes).append(" nodes, ").append(edited.name);
     report(std::string(what).append(": load and store"), fastest(bare), "ms");
+    report(std::string(what).append(": one row of each"), fastest(alone), "ms");
     report(std::string(what).append(": global edit of one row"), fastest(typed), "ms");
     reportWithin(kMostOfBareLoop, std::string(what).append(": edit / load and store"),
                  fastest(typed) / fastest(bare), "times");
@@ -159,11 +172,59 @@ void showing() {
     report("the tree control's own painting after each", fastest(treePainted), "ms");
 }
 
+/// The platform's edit field breaks a long text into lines, which takes it longer than all the
+/// rest.
+void showingALongComment() {
+    const Form form;
+    std::string comment;
+    while (comment.size() < 8000) comment += "A comment of many words. ";
+    const BrowserItem root = form.add(nullptr, "root", form.node(0));
+    INode* const brief = form.node(static_cast<int>(FltNodeKind::Group));
+    INode* const full = form.node(static_cast<int>(FltNodeKind::Group));
+    fltPutComment(full, comment);
+    const BrowserItem briefItem = form.add(root, "brief", brief);
+    const BrowserItem fullItem = form.add(root, "full", full);
+
+    const HWND field = form.control(IDC_COMMENT);
+    RECT area{};
+    ::GetWindowRect(field, &area);
+    const HWND bare = ::CreateWindowExW(
+        static_cast<DWORD>(::GetWindowLongW(field, GWL_EXSTYLE)), WC_EDITW, L"",
+        WS_POPUP | WS_VISIBLE | WS_VSCROLL | ES_MULTILINE | ES_AUTOVSCROLL | ES_WANTRETURN, 900, 0,
+        area.right - area.left, area.bottom - area.top, form.handle(), nullptr, nullptr, nullptr);
+    ::SendMessageW(bare, WM_SETFONT, static_cast<WPARAM>(::SendMessageW(field, WM_GETFONT, 0, 0)),
+                   FALSE);
+    const std::wstring wide(comment.begin(), comment.end());
+    std::vector<double> shown;
+    std::vector<double> taken;
+    for (int i = 0; i < 10; ++i) {
+        browser().selectNode(briefItem);
+        form.paint();
+        ::SetWindowTextW(bare, L"");
+        ::UpdateWindow(bare);
+        shown.push_back(millisecondsOf([&] {
+            browser().selectNode(fullItem);
+            for (const int id : {IDC_NAME, IDC_COMMENT, IDC_GRID}) ::UpdateWindow(form.control(id));
+            ::GdiFlush();
+        }));
+        taken.push_back(millisecondsOf([&] {
+            ::SetWindowTextW(bare, wide.c_str());
+            ::UpdateWindow(bare);
+            ::GdiFlush();
+        }));
+    }
+    ::DestroyWindow(bare);
+    report("a comment of 8,000 characters: a bare edit field", fastest(taken), "ms");
+    reportWithin(kMostToShow, "showing it with its node, beyond the bare edit field",
+                 fastest(shown) - fastest(taken), "ms");
+}
+
 }  // namespace
 
 void propertyGrid() {
     for (const Edited& edited : kEdited) globalEdit(edited);
     showing();
+    showingALongComment();
 }
 
 }  // namespace bench

@@ -1,6 +1,9 @@
 #include <framework/controls.h>
 #include <framework/text.h>
 
+#include <algorithm>
+#include <utility>
+
 namespace {
 
 LPARAM pointerTo(const std::wstring& text) noexcept {
@@ -91,6 +94,36 @@ void CEdit::Append(std::string_view text) const {
 
 int CEdit::LineCount() const {
     return static_cast<int>(Send(EM_GETLINECOUNT));
+}
+
+void CEdit::ShowScrollBar(bool shown) const {
+    if (shown != ((Style() & WS_VSCROLL) != 0)) ::ShowScrollBar(Handle(), SB_VERT, shown);
+}
+
+// In lines, and in characters of average width in each.
+SIZE CEdit::Room() const {
+    RECT room{};
+    Send(EM_GETRECT, 0, reinterpret_cast<LPARAM>(&room));
+    const WindowDc dc(Handle());
+    const SelectScope font(dc.get(), Font());
+    TEXTMETRICW metrics{};
+    ::GetTextMetricsW(dc.get(), &metrics);
+    return {widthOf(room) / std::max(metrics.tmAveCharWidth, 1L),
+            heightOf(room) / std::max(metrics.tmHeight, 1L)};
+}
+
+void CEdit::FitScrollBar() const {
+    if (HasWindow()) ShowScrollBar(LineCount() > Room().cy);
+}
+
+void CEdit::SetFittedText(std::string_view text) const {
+    if (!HasWindow()) return;
+    // A bar that comes or goes breaks the lines anew, which takes long for a long text.
+    const SIZE room = Room();
+    const auto lines = std::count(text.begin(), text.end(), '\n') + 1;
+    ShowScrollBar(lines > room.cy || std::cmp_greater(text.size(), room.cx * room.cy));
+    SetText(text);
+    FitScrollBar();
 }
 
 bool CEdit::IsModified() const {

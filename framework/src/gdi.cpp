@@ -36,6 +36,17 @@ BufferedPaint::~BufferedPaint() {
     ::EndPaint(window_, &paint_);
 }
 
+DrawingPause::DrawingPause(HWND window) noexcept
+    : window_((::GetWindowLongW(window, GWL_STYLE) & WS_VISIBLE) != 0 ? window : nullptr) {
+    if (window_) ::DefWindowProcW(window_, WM_SETREDRAW, FALSE, 0);
+}
+
+DrawingPause::~DrawingPause() {
+    if (!window_) return;
+    ::DefWindowProcW(window_, WM_SETREDRAW, TRUE, 0);
+    ::RedrawWindow(window_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME);
+}
+
 int windowDpi(HWND window) noexcept {
     static const auto dpiForWindow =
         platformFunction<UINT WINAPI(HWND)>(L"user32.dll", "GetDpiForWindow");

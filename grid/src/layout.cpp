@@ -231,7 +231,8 @@ int CGridCtrl::MaxScrollX() const {
     return std::max(total - static_cast<int>(ClientRect().right), 0);
 }
 
-// The platform draws a bar at every setting, the same or not.
+// The platform takes longer to draw a bar than the grid does for all its cells. So a bar is drawn
+// when the grid is painted, once for all changes, and not at all for none.
 void CGridCtrl::SetScrollBar(int bar, DWORD style, const SCROLLINFO& wanted) const {
     SCROLLINFO now{};
     now.cbSize = sizeof now;
@@ -242,8 +243,9 @@ void CGridCtrl::SetScrollBar(int bar, DWORD style, const SCROLLINFO& wanted) con
     if (now.nMax == wanted.nMax && now.nPage == wanted.nPage && now.nPos == wanted.nPos &&
         shown == needed)
         return;
-    // A bar that comes or goes is drawn with the frame.
-    ::SetScrollInfo(Handle(), bar, &wanted, shown == needed);
+    ::SetScrollInfo(Handle(), bar, &wanted, FALSE);
+    if (shown || needed)
+        ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_NOCHILDREN);
 }
 
 void CGridCtrl::UpdateScrollBars() {

@@ -363,6 +363,30 @@ TEST_F(BrowserProperties, TheCommentIsStoredWhenItIsLeft) {
     EXPECT_EQ(comment(first), std::string(8095, 'x'));
 }
 
+TEST_F(BrowserProperties, TheCommentHasAScrollBarWhileItIsTooLong) {
+    INode* const brief = node(2);
+    INode* const full = node(2);
+    fltPutComment(brief, "one line");
+    fltPutComment(full, std::string(40, '\n') + "the end");
+    const BrowserItem a = add(root, "a", brief);
+    const BrowserItem b = add(root, "b", full);
+    const HWND comment = control(IDC_COMMENT);
+    const auto hasBar = [&] { return (GetWindowLongW(comment, GWL_STYLE) & WS_VSCROLL) != 0; };
+    EXPECT_FALSE(hasBar());
+    for (int round = 0; round < 2; ++round) {
+        browser().selectNode(b);
+        EXPECT_TRUE(hasBar());
+        browser().selectNode(a);
+        EXPECT_FALSE(hasBar());
+    }
+    SetFocus(comment);
+    for (int line = 0; line < 10; ++line) testinput::key(VK_RETURN);
+    EXPECT_TRUE(hasBar()) << "as the user types";
+    SendMessageW(comment, EM_SETSEL, 0, -1);
+    testinput::key(VK_DELETE);
+    EXPECT_FALSE(hasBar());
+}
+
 // Chunks come from users' files: whatever is in them, the node is shown as what is still readable.
 TEST_F(BrowserProperties, DamagedNodesAreShownAsPlain) {
     constexpr DWORD kKind = 0, kRecord = 1, kComment = 2, kOptions = 3;

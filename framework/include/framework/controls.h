@@ -37,8 +37,18 @@ public:
     /// Adds at the end and scrolls there.
     void Append(std::string_view text) const;
     int LineCount() const;
+    /// For a field of several lines with a vertical scroll bar: shows the bar while there are more
+    /// lines than fit, and hides it otherwise.
+    void FitScrollBar() const;
+    /// `SetText` and `FitScrollBar`, in less time: the platform draws a bar anew at every new text,
+    /// needed or not, which takes longer than all the rest.
+    void SetFittedText(std::string_view text) const;
     bool IsModified() const;
     void SetModified(bool modified) const;
+
+private:
+    void ShowScrollBar(bool shown) const;
+    SIZE Room() const;
 };
 
 /// A drop-down or simple combo box. Positions start at 0; -1 means none.

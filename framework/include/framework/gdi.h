@@ -107,6 +107,20 @@ private:
     std::optional<MemoryDc> buffer_;
 };
 
+/// Keeps a window from drawing while it lives, its scroll bars included, then asks for one repaint
+/// of everything. Controls that know WM_SETREDRAW do not all keep their scroll bars still at it,
+/// and some work out afresh where all their items are. Does nothing for a window that is not shown.
+class DrawingPause {
+public:
+    explicit DrawingPause(HWND window) noexcept;
+    ~DrawingPause();
+    DrawingPause(const DrawingPause&) = delete;
+    DrawingPause& operator=(const DrawingPause&) = delete;
+
+private:
+    HWND window_;
+};
+
 /// Dots per inch of the display that a window is on (of the main display for null): 96 at 100 %.
 int windowDpi(HWND window) noexcept;
 

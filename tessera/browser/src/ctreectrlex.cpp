@@ -182,13 +182,15 @@ LRESULT CTreeCtrlEx::Draw(NMTVCUSTOMDRAW& draw) {
 }
 
 void CTreeCtrlEx::PauseRedraw() {
-    if (paused_++ == 0) SetRedraw(false);
+    if (paused_++ > 0) return;
+    drawingPause_.emplace(Handle());
+    SetRedraw(false);
 }
 
 void CTreeCtrlEx::ResumeRedraw() {
     if (--paused_ > 0) return;
     SetRedraw(true);
-    Invalidate();
+    drawingPause_.reset();
 }
 
 // ---------------------------------------------------------------- selection

@@ -6,6 +6,7 @@
 #include <framework/ctreectrl.h>
 
 #include <functional>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -124,6 +125,7 @@ private:
     HTREEITEM caret_ = nullptr;  ///< as last seen, to know whose mark the control took away
     int changing_ = 0;
     int paused_ = 0;
+    std::optional<DrawingPause> drawingPause_;
 
     bool pressPending_ = false;
     POINT pressPoint_{};

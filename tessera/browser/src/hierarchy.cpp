@@ -99,6 +99,7 @@ bool Hierarchy::OnInitDialog() {
     loadPictures();
     addAboutCommand();
     alignControls();
+    comment_.FitScrollBar();
     size_ = sizeOf(ClientRect());
     CWnd grid;
     grid.Attach(Item(IDC_GRID));
@@ -178,6 +179,7 @@ void Hierarchy::layOut(int growX, int growY) {
                                      SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
     }
     if (moves) ::EndDeferWindowPos(moves);
+    comment_.FitScrollBar();
     fitColumns();
 }
 
@@ -349,6 +351,7 @@ void Hierarchy::selectNode(HTREEITEM item) {
     const HTREEITEM old = tree_.Caret();
     {
         const BulkOperation bulk(bulk_);
+        const DrawingPause pause(tree_.Handle());
         tree_.Select(item);
     }
     showNode(item);
@@ -362,6 +365,10 @@ void Hierarchy::selectNode(HTREEITEM item) {
 bool Hierarchy::OnCommand(int id, UINT code, HWND) {
     if (id == IDC_COMMENT && code == EN_KILLFOCUS) {
         storeComment();
+        return true;
+    }
+    if (id == IDC_COMMENT && code == EN_CHANGE) {
+        comment_.FitScrollBar();
         return true;
     }
     return code == BN_CLICKED && pushed(id);

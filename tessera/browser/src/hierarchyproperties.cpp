@@ -89,7 +89,8 @@ void Hierarchy::focusTree() {
 void Hierarchy::showComment(NodeHandle node) {
     std::string text;
     if (node) fltGetComment(nodeOf(node), text);
-    setTextOf(comment_, withLineEnds(text));
+    const std::string shown = withLineEnds(text);
+    if (comment_.Text() != shown) comment_.SetFittedText(shown);
     comment_.Enable(node != 0);
     shownComment_ = wholeCharacters(comment_, kLongestComment);
 }
