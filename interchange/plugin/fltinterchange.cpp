@@ -1,7 +1,8 @@
 // The exports of FltInterchange.dli, through which the host finds the importer, the exporter and
-// the mark of textures.
+// the mark of textures; and what tells it how OpenFlight nodes look.
 #include <interchange/export.h>
 #include <interchange/import.h>
+#include <interchange/nodelooks.h>
 #include <interchange/textureattr.h>
 
 #include <kiln/kiln.h>
@@ -88,6 +89,8 @@ public:
     Class_ID ClassID() override { return interchange::kTextureAttrClassId; }
     const char* Category() override { return ""; }
 };
+
+const interchange::NodeLooks nodeLooks;
 
 }  // namespace
 

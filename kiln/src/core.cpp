@@ -7,6 +7,8 @@
 #include "scenefile.h"
 #include "text.h"
 
+#include <filesystem>
+
 namespace kiln {
 
 namespace {
@@ -58,6 +60,12 @@ void Core::setTime(TimeValue t) noexcept {
     impl_->time = t;
 }
 
+void Core::Impl::rememberFolder(int id, const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path whole = std::filesystem::absolute(pathFrom(path), error);
+    if (!error) directories[static_cast<std::size_t>(id)] = textOf(whole.parent_path());
+}
+
 bool Core::setDirectory(int id, const std::string& path) {
     if (id < 0 || id >= KILN_DIR_COUNT) return false;
     std::string directory = path;
@@ -87,7 +95,9 @@ void Core::resetScene() {
 Status Core::loadScene(const std::string& path) {
     std::string text;
     if (Status status = readFile(path, text); !status) return status;
-    return loadSceneText(text, path);
+    Status status = loadSceneText(text, path);
+    if (status) impl_->rememberFolder(KILN_SCENE_DIR, path);
+    return status;
 }
 
 Status Core::loadSceneText(const std::string& text, const std::string& path) {
@@ -112,6 +122,7 @@ std::string Core::sceneText() const {
 Status Core::saveScene(const std::string& path) {
     if (Status status = replaceFile(path, sceneText()); !status) return status;
     setSceneModified(false);
+    impl_->rememberFolder(KILN_SCENE_DIR, path);
     impl_->sceneNotifies(NOTIFY_SCENE_SAVED, const_cast<char*>(path.c_str()));
     return {};
 }

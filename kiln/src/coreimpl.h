@@ -58,6 +58,9 @@ struct Core::Impl final : Interface, IUtil, SceneListener {
     void sceneNotifies(int code, void* parameter) override;
     void sceneNodeInvalidated(Node* node) override;
 
+    /// The folder of the file at `path` becomes a directory of `GetDir`.
+    void rememberFolder(int id, const std::string& path);
+
     /// Shows `next` instead of the present scene, which it gives.
     std::unique_ptr<Scene> replaceScene(std::unique_ptr<Scene> next);
 

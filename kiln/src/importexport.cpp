@@ -160,6 +160,7 @@ ImportResult Core::importFile(const std::string& path, const ProgressFunction& p
         rollback.run();
         setSceneModified(wasModified);
     }
+    if (code == IMPEXP_SUCCESS) impl_->rememberFolder(KILN_IMPORT_DIR, path);
     impl_->sceneNotifies(NOTIFY_IMPORT_ENDED, const_cast<char*>(path.c_str()));
     return resultOf(code, report, "the file could not be imported");
 }
@@ -198,6 +199,7 @@ ImportResult Core::exportFile(const std::string& path, DWORD options,
     } catch (...) {
         report.Error("the exporter failed unexpectedly");
     }
+    if (code == IMPEXP_SUCCESS) impl_->rememberFolder(KILN_EXPORT_DIR, path);
     return resultOf(code, report, "the file could not be exported");
 }
 

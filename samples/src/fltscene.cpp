@@ -34,9 +34,11 @@ std::uint32_t colorIndex(std::uint32_t color) {
 
 FltFace faceOfColor(std::uint32_t color) {
     constexpr std::uint32_t kNoAlternateColor = 0x20000000;
+    constexpr std::uint8_t kLit = 2;  // the face's colour under the lights
     FltFace face;
     face.flags = kNoAlternateColor;
     face.primaryColorIndex = colorIndex(color);
+    face.lightMode = kLit;
     return face;
 }
 

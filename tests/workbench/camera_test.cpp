@@ -131,4 +131,26 @@ TEST(Camera, CullsWhatCannotBeSeenOnly) {
     EXPECT_FALSE(camera.isOutside(aside, 90));
 }
 
+// Found from the plane alone, the depths are those of its points.
+TEST(CameraTest, DepthsOfAPlaneAreThoseOfItsPoints) {
+    Camera camera;
+    camera.setPictureSize(640, 480);
+    Box box;
+    box.add({-100, -100, 0});
+    box.add({100, 100, 0});
+    const Vec3 normal = normalised(Vec3{0.2f, -0.3f, 1});
+    for (const View view : {View::kPerspective, View::kTop, View::kFront}) {
+        camera.setView(view);
+        camera.frame(box);
+        const DepthPlane plane =
+            camera.depthPlane(normal, dot(Vec3d(normal), Vec3d{} - camera.eye()));
+        for (const Vec3d across : {Vec3d{1, 0, -0.2}, Vec3d{0, 1, 0.3}, Vec3d{0, 0, 0}}) {
+            const auto point = camera.project(across * 40);
+            ASSERT_TRUE(point);
+            EXPECT_NEAR(plane.start + point->x * plane.perX + point->y * plane.perY, point->depth,
+                        std::abs(point->depth) * 1e-5);
+        }
+    }
+}
+
 }  // namespace

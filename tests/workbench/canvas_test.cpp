@@ -17,6 +17,24 @@ Canvas blank(int width, int height) {
     return canvas;
 }
 
+// The plane through three points.
+Fill over(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, ItemIndex item) {
+    Fill fill;
+    fill.item = item;
+    const double area = (b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y);
+    const double ab = b.depth - a.depth, ac = c.depth - a.depth;
+    fill.plane.perX = (ab * (c.y - a.y) - ac * (b.y - a.y)) / area;
+    fill.plane.perY = (ac * (b.x - a.x) - ab * (c.x - a.x)) / area;
+    fill.plane.start = a.depth - a.x * fill.plane.perX - a.y * fill.plane.perY;
+    fill.plane.enclose(a, b, c);
+    return fill;
+}
+
+void fill(Canvas& canvas, const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+          Colour colour, ItemIndex item) {
+    canvas.triangle(a, b, c, colour, over(a, b, c, item));
+}
+
 int count(const Canvas& canvas, Colour colour) {
     int found = 0;
     for (int y = 0; y < canvas.height(); ++y)
@@ -26,7 +44,7 @@ int count(const Canvas& canvas, Colour colour) {
 
 TEST(Canvas, TriangleCoversThePixelsWhoseCentresItHolds) {
     Canvas canvas = blank(8, 8);
-    canvas.triangle({1, 1, 0}, {6, 1, 0}, {1, 6, 0}, kRed, 3);
+    fill(canvas, {1, 1, 0}, {6, 1, 0}, {1, 6, 0}, kRed, 3);
     EXPECT_EQ(count(canvas, kRed), 4 + 3 + 2 + 1) << "pixels with their centre under x + y = 7";
     EXPECT_EQ(canvas.pixel(1, 1), kRed);
     EXPECT_EQ(canvas.item(1, 1), 3u);
@@ -49,9 +67,9 @@ TEST(Canvas, NeighbouringTrianglesMeetWithoutGapOrOverlap) {
             Canvas canvas = blank(32, 32);
             const ScreenPoint& next = ring[(i + 1) % std::size(ring)];
             if (i % 2)
-                canvas.triangle(ring[i], next, middle, kRed, 0);
+                fill(canvas, ring[i], next, middle, kRed, 0);
             else
-                canvas.triangle(next, ring[i], middle, kRed, 0);
+                fill(canvas, next, ring[i], middle, kRed, 0);
             for (int y = 0; y < 32; ++y)
                 for (int x = 0; x < 32; ++x)
                     hits[static_cast<std::size_t>(y * 32 + x)] += canvas.item(x, y) == 0;
@@ -66,9 +84,9 @@ TEST(Canvas, NearerWinsWhateverTheOrder) {
         const auto draw = [&](bool nearOne) {
             // Two crossing planes: red is nearer on the left, blue on the right.
             if (nearOne)
-                canvas.triangle({-40, 0, 9}, {60, 0, -1}, {10, 60, 4}, kRed, 1);
+                fill(canvas, {-40, 0, 9}, {60, 0, -1}, {10, 60, 4}, kRed, 1);
             else
-                canvas.triangle({-40, 0, -1}, {60, 0, 9}, {10, 60, 4}, kBlue, 2);
+                fill(canvas, {-40, 0, -1}, {60, 0, 9}, {10, 60, 4}, kBlue, 2);
         };
         draw(nearFirst);
         draw(!nearFirst);
@@ -82,15 +100,25 @@ TEST(Canvas, NearerWinsWhateverTheOrder) {
 TEST(Canvas, DrawsPartsOfWhatLeavesThePictureAndSurvivesNonsense) {
     Canvas canvas = blank(16, 16);
     const float huge = 1e30f, none = std::nanf("");
-    canvas.triangle({-1e6f, -1e6f, 0}, {1e6f, -1e6f, 0}, {0, 1e6f, 0}, kRed, 0);
+    fill(canvas, {-1e6f, -1e6f, 0}, {1e6f, -1e6f, 0}, {0, 1e6f, 0}, kRed, 0);
     EXPECT_EQ(count(canvas, kRed), 256);
-    canvas.triangle({huge, huge, 0}, {-huge, huge, 0}, {0, -huge, huge}, kBlue, 0);
-    canvas.triangle({none, 1, 0}, {5, none, 0}, {2, 9, none}, kBlue, 0);
-    canvas.triangle({3, 3, 0}, {3, 3, 0}, {3, 3, 0}, kBlue, 0);
+    fill(canvas, {huge, huge, 0}, {-huge, huge, 0}, {0, -huge, huge}, kBlue, 0);
+    fill(canvas, {none, 1, 0}, {5, none, 0}, {2, 9, none}, kBlue, 0);
+    fill(canvas, {3, 3, 0}, {3, 3, 0}, {3, 3, 0}, kBlue, 0);
     canvas.line({none, 0, 0}, {5, 5, 0}, {kBlue});
     canvas.line({-huge, -huge, 0}, {huge, huge, 0}, {kBlue});
-    canvas.gradient({huge, huge, 0}, {-huge, huge, 0}, {0, -huge, huge}, {}, 0);
-    canvas.gradient({none, 1, 0}, {5, none, 0}, {2, 9, none}, {}, 0);
+    canvas.gradient({huge, huge, 0}, {-huge, huge, 0}, {0, -huge, huge}, {}, {});
+    canvas.gradient({none, 1, 0}, {5, none, 0}, {2, 9, none}, {}, {});
+    const Texture texture({1, 1, {0xFFFFFFFF}});
+    canvas.textured({{{huge, huge, 0}, 1, huge, none, {}},
+                     {{-huge, huge, 0}, 0, 1, 0, {}},
+                     {{0, -huge, huge}, -1, 0, huge, {}}},
+                    texture, false, {});
+    const float large = 1e30f;
+    canvas.textured({{{0, 0, 1}, 1, large, 0, {}},
+                     {{9, 0, 1}, 1, 0, large, {}},
+                     {{0, 9, 1}, 1, -large, none, {}}},
+                    texture, true, over({0, 0, 1}, {9, 0, 1}, {0, 9, 1}, 0));
     canvas.glow({none, 3, 0}, 2, {kBlue});
     canvas.glow({-1e9f, 1e9f, 0}, 2, {kBlue});
     canvas.glow({15.5f, 15.5f, 1}, 2, {kBlue});
@@ -108,7 +136,7 @@ TEST(Canvas, LineIsClippedNotBent) {
 
 TEST(Canvas, LineHidesBehindSurfacesUnlessTold) {
     Canvas canvas = blank(20, 20);
-    canvas.triangle({0, 0, 5}, {10, 0, 5}, {0, 60, 5}, kRed, 1);
+    fill(canvas, {0, 0, 5}, {10, 0, 5}, {0, 60, 5}, kRed, 1);
     canvas.line({0, 5.5f, 4}, {20, 5.5f, 4}, {kBlue});
     EXPECT_EQ(canvas.pixel(2, 5), kRed);
     EXPECT_EQ(canvas.pixel(15, 5), kBlue);
@@ -120,8 +148,8 @@ TEST(Canvas, LineHidesBehindSurfacesUnlessTold) {
 TEST(Canvas, AGradientMeetsItsCornersColoursAndCoversWhatATriangleDoes) {
     const ScreenPoint a{2, 2, 1}, b{60, 5, 1}, c{8, 58, 1};
     Canvas plain = blank(64, 64), shaded = blank(64, 64);
-    plain.triangle(a, b, c, kRed, 1);
-    shaded.gradient(a, b, c, {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}}, 1);
+    fill(plain, a, b, c, kRed, 1);
+    shaded.gradient(a, b, c, {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}}, over(a, b, c, 1));
     for (int y = 0; y < 64; ++y)
         for (int x = 0; x < 64; ++x) ASSERT_EQ(plain.item(x, y), shaded.item(x, y));
     const auto channel = [&](int x, int y, unsigned shift) {
@@ -136,9 +164,9 @@ TEST(Canvas, AGradientMeetsItsCornersColoursAndCoversWhatATriangleDoes) {
 
 TEST(Canvas, OutlineRunsAroundWhatIsChosenAndNeverOverIt) {
     Canvas canvas = blank(30, 30);
-    canvas.triangle({10, 10, 1}, {20, 10, 1}, {10, 20, 1}, kRed, 1);
-    canvas.triangle({20, 10, 1}, {20, 20, 1}, {10, 20, 1}, kRed, 1);
-    canvas.triangle({0, 0, 2}, {13, 0, 2}, {0, 13, 2}, 0x00FF00, 0);  // in front of a corner
+    fill(canvas, {10, 10, 1}, {20, 10, 1}, {10, 20, 1}, kRed, 1);
+    fill(canvas, {20, 10, 1}, {20, 20, 1}, {10, 20, 1}, kRed, 1);
+    fill(canvas, {0, 0, 2}, {13, 0, 2}, {0, 13, 2}, 0x00FF00, 0);  // in front of a corner
     const int before = count(canvas, kRed);
     const std::uint8_t chosen[] = {0, 1};
     canvas.outline(chosen, 1, kBlue);

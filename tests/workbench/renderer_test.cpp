@@ -276,4 +276,144 @@ TEST_F(RendererTest, LeavesOutTrianglesThatCannotBeDrawn) {
     EXPECT_EQ(canvas_.pick(kWidth / 2, kHeight / 2, kHeight), kNoItem);
 }
 
+/// A level square of that size, one texture across, a little to the side of the origin.
+void addFloor(SceneModel& scene, double size, double height, Colour colour,
+              const Surface& surface = {}) {
+    scene.beginItem();
+    for (const Vec3d& p : {Vec3d{-size, -size, height}, Vec3d{size, -size, height},
+                           Vec3d{size, size, height}, Vec3d{-size, size, height}})
+        scene.addVertex(p + Vec3d{size * 0.1, 0, 0});
+    scene.setSurface(surface);
+    const TexturePlace lower[] = {{0, 0}, {1, 0}, {1, 1}}, upper[] = {{0, 0}, {1, 1}, {0, 1}};
+    scene.addTriangle(0, 1, 2, colour, 3, lower);
+    scene.addTriangle(0, 2, 3, colour, 6, upper);
+    scene.endItem();
+}
+
+// Markings on a wide ground, of other corners than it has, seen from close up to far away.
+TEST_F(RendererTest, UpperLayersLieOnWhatIsInTheSamePlace) {
+    addFloor(scene_, 5000, 0, kGrey);
+    Surface marking;
+    marking.layer = 1;
+    addFloor(scene_, 700, 0, 0x00FF00, marking);
+    Box box;
+    for (const View view : {View::kPerspective, View::kTop}) {
+        for (const double size : {2., 60., 400.}) {
+            camera_.setView(view);
+            box = {};
+            box.add({-size, -size, 0});
+            box.add({size, size, 0});
+            camera_.frame(box);
+            camera_.orbit(view == View::kTop ? 0.f : 70.f, view == View::kTop ? 0.f : -60.f);
+            draw();
+            for (double x = -600; x <= 600; x += 43) {
+                for (double y = -600; y <= 600; y += 41) {
+                    const auto at = camera_.project({x, y, 0});
+                    if (!at || at->x < 1 || at->y < 1 || at->x > kWidth - 1 || at->y > kHeight - 1)
+                        continue;
+                    ASSERT_EQ(canvas_.item(static_cast<int>(at->x), static_cast<int>(at->y)), 1u)
+                        << size << ": " << x << ", " << y;
+                }
+            }
+        }
+    }
+}
+
+// Layers far thinner than what a marking needs, without any word about them.
+TEST_F(RendererTest, KeepsApartWhatIsAlmostInTheSamePlace) {
+    addFloor(scene_, 5000, 0, kGrey);
+    addFloor(scene_, 700, 0.02, 0x00FF00);
+    Box box;
+    box.add({-20, -20, 0});
+    box.add({20, 20, 0});
+    camera_.frame(box);
+    draw();
+    for (double x = -100; x <= 100; x += 7) {
+        const auto at = camera_.project({x, 100, 0.02});
+        if (at && at->x > 0 && at->x < kWidth && at->y > 0 && at->y < kHeight) {
+            EXPECT_EQ(canvas_.item(static_cast<int>(at->x), static_cast<int>(at->y)), 1u) << x;
+        }
+    }
+}
+
+TEST_F(RendererTest, TexturesLieInPerspective) {
+    // Four colours, each a quarter of the floor.
+    Picture quarters{64, 64, {}};
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 64; ++x)
+            quarters.texels.push_back(0xFF000000 | (x < 32 ? 0xFF0000u : 0u) |
+                                      (y < 32 ? 0x0000FFu : 0u) | 0x000800u);
+    const Texture texture(quarters);
+    Surface surface;
+    surface.texture = &texture;
+    surface.lit = false;
+    addFloor(scene_, 100, 0, 0xFFFFFF, surface);
+    camera_.frame(scene_.box());
+    camera_.orbit(20, -20);
+    for (const float nearer : {0.f, 6.f}) {  // the second time corners are behind the viewer
+        camera_.zoom(nearer, kWidth / 2.f, kHeight / 2.f);
+        draw();
+        int seen = 0;
+        for (int i = -9; i <= 9; ++i) {
+            for (int j = -9; j <= 9; ++j) {
+                const double x = i * 10 + 5, y = j * 10 + 5;
+                const auto at = camera_.project({x + 10, y, 0});
+                if (!at || at->x < 0 || at->y < 0 || at->x >= kWidth || at->y >= kHeight) continue;
+                if (std::abs(x) > 80 || std::abs(y) > 80) continue;  // the edges repeat
+                const Colour colour =
+                    canvas_.pixel(static_cast<int>(at->x), static_cast<int>(at->y));
+                ++seen;
+                EXPECT_EQ((colour >> 16) > 128, x < 0) << x << ", " << y;
+                EXPECT_EQ((colour & 0xFF) > 128, y < 0) << x << ", " << y;
+            }
+        }
+        EXPECT_GT(seen, 10);
+    }
+}
+
+TEST_F(RendererTest, WhatIsTransparentLetsThroughWhatIsBehind) {
+    addFloor(scene_, 100, 0, 0x0000FF);
+    Surface glass;
+    glass.opacity = 0.5f;
+    addFloor(scene_, 50, 20, 0xFF0000, glass);
+    const Texture holed({2, 1, {0xFFFFFFFF, 0x00FFFFFF}});
+    Surface fence;
+    fence.texture = &holed;
+    addFloor(scene_, 50, 40, 0x00FF00, fence);
+    camera_.setView(View::kTop);
+    camera_.frame(scene_.box());
+    draw();
+    const auto at = [&](double x, double y) {
+        const ScreenPoint p = *camera_.project({x, y, 40});
+        return std::pair(static_cast<int>(p.x), static_cast<int>(p.y));
+    };
+    const auto [throughX, throughY] = at(30 + 5, 7);  // the hole of the fence, above the glass
+    const Colour through = canvas_.pixel(throughX, throughY);
+    EXPECT_GT(through >> 16, 60u);
+    EXPECT_GT(through & 0xFF, 60u);
+    EXPECT_EQ(canvas_.item(throughX, throughY), 1u) << "glass can be picked";
+    const auto [wireX, wireY] = at(-20 + 5, 7);
+    EXPECT_EQ(canvas_.item(wireX, wireY), 2u);
+}
+
+TEST_F(RendererTest, MaterialsColourTheLight) {
+    Surface shining;
+    shining.ambient = shining.diffuse = {0, 0, 0};
+    shining.emissive = {0, 0.5f, 0};
+    addFloor(scene_, 10, 0, 0xFFFFFF, shining);
+    camera_.setView(View::kTop);
+    camera_.frame(scene_.box());
+    draw();
+    EXPECT_EQ(canvas_.pixel(kWidth / 2, kHeight / 2), 0x007F00u);
+    scene_.clear();
+    Surface half;
+    half.ambient = {};
+    half.diffuse = {0.5f, 1, 1};
+    addFloor(scene_, 10, 0, 0x808080, half);
+    draw();
+    const Colour colour = canvas_.pixel(kWidth / 2, kHeight / 2);
+    EXPECT_NEAR(colour >> 16, (colour & 0xFF) / 2., 1);
+    scene_.clear();
+}
+
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <map>
+
 using namespace workbench;
 
 namespace {
@@ -125,6 +127,109 @@ TEST_F(SceneFeedTest, AGroupIsBracketedWithAllBelowIt) {
     host_.SelectNode(box);
     feed_.updateSelection();
     EXPECT_DOUBLE_EQ(feed_.model().selectedBox().min.z, 70);
+}
+
+/// Knows what the tests tell it.
+class Looks final : public NodeLookSource {
+public:
+    void BeginLooks(Interface*) noexcept override { ++open; }
+    void EndLooks() noexcept override { --open; }
+    bool GetLook(INode* node, NodeLook& look) noexcept override {
+        EXPECT_EQ(open, 1);
+        const auto found = looks.find(node);
+        if (found == looks.end()) return false;
+        look = found->second;
+        return true;
+    }
+    INode* GetInstanced(INode* node) noexcept override {
+        const auto found = definitions.find(node);
+        return found == definitions.end() ? nullptr : found->second;
+    }
+
+    int open = 0;
+    std::map<INode*, NodeLook> looks;
+    std::map<INode*, INode*> definitions;
+};
+
+TEST_F(SceneFeedTest, SurfacesLookAsTheSourceSays) {
+    Looks source;
+    INode* plain = host_.CreateObjectNode(new BoxObject, "plain");
+    INode* glass = host_.CreateObjectNode(new BoxObject, "glass");
+    NodeLook& look = source.looks[glass];
+    look.diffuse = {0.5F, 0.25F, 1};
+    look.opacity = 0.5F;
+    look.lit = false;
+    look.layer = 3;
+    look.picture = "missing.rgb";
+    feed_.build(host_);
+    EXPECT_EQ(source.open, 0);
+    const auto surfaceOf = [&](INode* node) {
+        return feed_.model().surfaceOf(feed_.model().items()[itemOf(node)]);
+    };
+    EXPECT_EQ(surfaceOf(plain), Surface());
+    const Surface surface = surfaceOf(glass);
+    EXPECT_EQ(surface.diffuse, (Vec3{0.5F, 0.25F, 1}));
+    EXPECT_EQ(surface.opacity, 0.5F);
+    EXPECT_FALSE(surface.lit);
+    EXPECT_EQ(surface.layer, 3);
+    EXPECT_TRUE(feed_.model().hasTranslucent());
+    EXPECT_THAT(feed_.takeFailures(), testing::IsEmpty()) << "a box has no texture coordinates";
+}
+
+TEST_F(SceneFeedTest, InstancesShowTheirDefinitionsWhereTheyStand) {
+    Looks source;
+    INode* definition = host_.CreateObjectNode(new DummyObject, "definition");
+    INode* box = host_.CreateObjectNode(new BoxObject(2, 2, 2), "box");
+    definition->AttachChild(box);
+    box->SetLocalTM(0, TransMatrix({1, 0, 0}));
+    definition->SetNodeTM(0, TransMatrix({1000, 0, 0}));
+    INode* reference = host_.CreateObjectNode(new DummyObject, "reference");
+    reference->SetNodeTM(0, ScaleMatrix({2, 2, 2}) * TransMatrix({0, 50, 0}));
+    source.definitions[reference] = definition;
+    feed_.build(host_);
+
+    const auto items = feed_.model().items();
+    ItemIndex shown = kNoItem;
+    for (ItemIndex i = 0; i < items.size(); ++i)
+        if (feed_.nodeOf(i) == reference && items[i].triangleCount > 0) shown = i;
+    ASSERT_NE(shown, kNoItem) << "a click on it selects the reference";
+    EXPECT_EQ(items[shown].box.min.x, 0);
+    EXPECT_EQ(items[shown].box.max.x, 4);
+    EXPECT_EQ(items[shown].box.min.y, 48);
+    EXPECT_EQ(feed_.counts().nodes, 3);
+    EXPECT_EQ(feed_.counts().faces, 24u);
+    EXPECT_THAT(feed_.nodes(), testing::UnorderedElementsAre(definition, box, reference));
+
+    host_.SelectNode(reference);
+    feed_.updateSelection();
+    EXPECT_TRUE(feed_.model().items()[shown].outlined);
+    EXPECT_FALSE(feed_.model().items()[itemOf(box)].outlined);
+    EXPECT_EQ(feed_.model().selectedBox().max.y, 52);
+    host_.SelectNode(box);
+    feed_.updateSelection();
+    EXPECT_FALSE(feed_.model().items()[shown].outlined);
+}
+
+TEST_F(SceneFeedTest, InstancesWithinThemselvesEnd) {
+    Looks source;
+    // Each of twenty definitions shows the next one twice, and the last one the first.
+    std::vector<INode*> definitions;
+    for (int i = 0; i < 20; ++i)
+        definitions.push_back(host_.CreateObjectNode(new BoxObject, "definition"));
+    for (std::size_t i = 0; i < definitions.size(); ++i) {
+        for (int twice = 0; twice < 2; ++twice) {
+            INode* reference = host_.CreateObjectNode(nullptr, "reference");
+            definitions[i]->AttachChild(reference);
+            source.definitions[reference] = definitions[(i + 1) % definitions.size()];
+        }
+    }
+    feed_.build(host_);
+    EXPECT_LT(feed_.model().items().size(), 300'000u);
+    source.definitions.clear();
+    INode* own = host_.CreateObjectNode(new BoxObject, "own");
+    source.definitions[own] = own;
+    feed_.build(host_);
+    EXPECT_EQ(feed_.counts().faces, 12u * (20 + 2)) << "itself, and itself within itself once";
 }
 
 TEST_F(SceneFeedTest, KeepsBadMeshesAndDeepScenesFromDoingHarm) {

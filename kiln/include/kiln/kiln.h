@@ -13,6 +13,7 @@
 #include <kiln/memory.h>
 #include <kiln/mesh.h>
 #include <kiln/namemaker.h>
+#include <kiln/nodelook.h>
 #include <kiln/notify.h>
 #include <kiln/object.h>
 #include <kiln/platform.h>

@@ -23,7 +23,8 @@ class KILNAPI BitmapTex final : public Texmap {
 public:
     Class_ID ClassID() const override { return BMTEX_CLASS_ID; }
 
-    /// The picture's path as it was given, UTF-8; valid until it is changed.
+    /// The picture's path as it was given, UTF-8; valid until it is changed. Where it names no file
+    /// the host looks for one of that name in its folders of scenes, imports and images.
     const char* GetMapName() const noexcept { return file_; }
     void SetMapName(const char* file) { file_ = file; }
 

@@ -3,6 +3,7 @@
 
 #include <workbench/geometry.h>
 
+#include <limits>
 #include <optional>
 
 namespace workbench {
@@ -13,6 +14,27 @@ enum class View { kPerspective, kTop, kFront, kLeft };
 /// `depth` grows towards the viewer and is linear across the screen in either projection.
 struct ScreenPoint {
     float x = 0, y = 0, depth = 0;
+};
+
+/// How near the points of a flat surface are, over the screen. Found from the surface itself and
+/// not from corners on the screen, it is exact however far outside of the picture those are:
+/// surfaces in one plane have the same depths, and those a little apart keep their order far away.
+struct DepthPlane {
+    double start = 0, perX = 0, perY = 0;  ///< start + x * perX + y * perY
+    /// Of what is drawn.
+    float least = -std::numeric_limits<float>::infinity();
+    float most = std::numeric_limits<float>::infinity();
+
+    /// Within what is drawn; an edge-on surface has any depth in there.
+    float at(float x, float y) const {
+        const auto depth = static_cast<float>(start + double{x} * perX + double{y} * perY);
+        return std::max(least, std::min(most, depth));
+    }
+    /// For triangles of which all corners are known.
+    void enclose(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c) {
+        least = std::min({a.depth, b.depth, c.depth});
+        most = std::max({a.depth, b.depth, c.depth});
+    }
 };
 
 /// A camera that circles a target. The perspective view turns freely; top, front and left are
@@ -56,6 +78,8 @@ public:
 
     /// Pixels that one world unit covers at a world point in front of the eye.
     float pixelsPerUnitAt(Vec3d world) const;
+    /// The depths of the plane with this normal at this distance from the eye, along the normal.
+    DepthPlane depthPlane(Vec3 normal, double distance) const;
     /// How far in front of the eye what has this depth on the screen is, along the view direction.
     float distanceOf(float depth) const { return isParallel() ? -depth : 1 / depth; }
     /// Moves the target along the view direction to this distance from the eye. The picture stays;
@@ -76,6 +100,9 @@ public:
         return {centreX_ + view.x * scale_ * inverse, centreY_ - view.y * scale_ * inverse,
                 inverse};
     }
+    /// Cuts a line in view space off where it leaves the picture, a few pixels outside; false when
+    /// nothing of it is left. What is far outside has no exact place on the screen.
+    bool clipToPicture(Vec3& a, Vec3& b) const;
     /// The place on the screen of a world point, or nothing when it is behind the viewer.
     std::optional<ScreenPoint> project(Vec3d world) const;
     /// True when no point within `radius` of `centre` can be in the picture.

@@ -3,6 +3,7 @@
 
 #include <workbench/camera.h>
 #include <workbench/scenemodel.h>
+#include <workbench/texture.h>
 
 #include <limits>
 #include <span>
@@ -19,6 +20,25 @@ struct Paint {
     /// lies in the same place.
     float depthBias = 0;
     bool testDepth = true;
+    /// The surface that a line lies in, if that is known: beside the line's middle its pixels are
+    /// then as near as the surface there.
+    const DepthPlane* plane = nullptr;
+};
+
+/// How a triangle is filled.
+struct Fill {
+    ItemIndex item = kNoItem;  ///< what picking finds there
+    DepthPlane plane;
+    float opacity = 1;  ///< what is below 1 lets through what was drawn there before
+};
+
+/// A corner of a textured triangle.
+struct TextureCorner {
+    ScreenPoint place;
+    /// One over the distance from the eye along the view direction, or 1 in a parallel view.
+    float nearness = 1;
+    float u = 0, v = 0;  ///< 1 is one repetition of the texture
+    Vec3 colour;         ///< by which the texture is multiplied, 0 to 255
 };
 
 /// Rows run from top to bottom without padding, one 32-bit word per pixel (0x00RRGGBB), which is
@@ -44,13 +64,18 @@ public:
     ItemIndex pick(int x, int y, int reach) const;
 
     /// Fills the pixels whose centres lie in the triangle; triangles that share an edge neither
-    /// overlap nor leave a gap. Either orientation is filled.
+    /// overlap nor leave a gap. Either orientation is filled. Of surfaces in the same place the one
+    /// that was drawn first stays.
     void triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, Colour colour,
-                  ItemIndex item);
+                  const Fill& fill);
     /// The same with a colour for each corner and all between them inside. `colours` are red, green
     /// and blue of the three corners, 0 to 255.
     void gradient(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
-                  const Vec3 (&colours)[3], ItemIndex item);
+                  const Vec3 (&colours)[3], const Fill& fill);
+    /// The same with a texture, in perspective. What is less than half opaque in it is left out;
+    /// with `blended` it lets through what was drawn there before.
+    void textured(const TextureCorner (&corners)[3], const Texture& texture, bool blended,
+                  const Fill& fill);
     /// Draws a smooth line one pixel wide. Off-screen parts cost nothing.
     void line(ScreenPoint a, ScreenPoint b, const Paint& paint);
     /// A shining point: a disc of `radius` pixels in a halo three times as wide, all at one depth.
@@ -64,9 +89,14 @@ private:
         return static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
                static_cast<std::size_t>(x);
     }
-    /// Calls `span(y, left, right, depth, depthStep)` for each row of the triangle.
+    /// Calls `span(y, left, right)` for each row of the triangle.
     template <typename Span>
     void scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, const Span& span);
+    /// Fills a triangle with what `shader` gives for each pixel: `begin(y, left, count)`, then
+    /// `at(i)` for some of them, 0xAARRGGBB.
+    template <bool kBlended, typename Shader>
+    void shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, const Fill& fill,
+               Shader shader);
     void plot(int x, int y, float depth, const Paint& paint, float coverage);
     void plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& paint);
 

@@ -24,6 +24,8 @@ struct BasicVec3 {
     }
     friend BasicVec3 operator*(BasicVec3 a, T s) { return {a.x * s, a.y * s, a.z * s}; }
 
+    bool operator==(const BasicVec3&) const = default;
+
     friend T dot(BasicVec3 a, BasicVec3 b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
     friend BasicVec3 cross(BasicVec3 a, BasicVec3 b) {
         return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};

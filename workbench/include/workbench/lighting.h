@@ -22,9 +22,9 @@ public:
     bool isLocal() const { return local_; }
     /// The points asked for next are relative to this one.
     void setOrigin(Vec3d origin);
-    /// By how much to multiply a surface's red, green and blue. `normal` has unit length and is on
-    /// the viewer's side; zero for a surface without one.
-    Vec3 at(Vec3 point, Vec3 normal) const;
+    /// By how much to multiply the red, green and blue of a place on such a surface. `normal` has
+    /// unit length and is on the viewer's side; zero for a surface without one.
+    Vec3 at(Vec3 point, Vec3 normal, const Surface& surface) const;
 
 private:
     struct Lamp {

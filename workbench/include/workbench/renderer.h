@@ -33,11 +33,17 @@ private:
     struct Corner {
         Vec3 view;
         Vec3 colour;  ///< red, green and blue, 0 to 255
+        TexturePlace texture;
     };
 
+    void drawSurfaces(const SceneModel& scene);
+    void drawTranslucent(const SceneModel& scene);
     void drawSurface(const SceneModel& scene, const Item& item, ItemIndex index);
     void fillSurface(const SceneModel& scene, const Item& item, ItemIndex index);
-    void fillClipped(const Corner (&corners)[3], ItemIndex index);
+    DepthPlane planeOf(const Triangle& triangle, Vec3d fromEye) const;
+    ScreenPoint screenOf(Vec3 view) const;
+    void fillTriangle(const Corner (&corners)[3], const Surface& surface, Fill& fill);
+    void fillClipped(const Corner (&corners)[3], const Surface& surface, Fill& fill);
     static int clipNear(const Corner (&corners)[3], float nearDistance, Corner (&out)[4]);
     void drawEdges(const SceneModel& scene, const Item& item, const Paint& paint);
     void drawFadedEdges(const SceneModel& scene, const Item& item, ItemIndex index);
@@ -55,9 +61,11 @@ private:
     RenderOptions options_;
     Lighting lighting_;
 
-    std::vector<Vec3> view_;            // the current item's vertices in view space
-    std::vector<ScreenPoint> screen_;   // and on the screen, where in front of the eye
-    std::vector<std::uint8_t> chosen_;  // by item: whether it is outlined
+    std::vector<Vec3> view_;           // the current item's vertices in view space
+    std::vector<ScreenPoint> screen_;  // and on the screen, where in front of the eye
+    float bias_ = 0;                   // of the current item's layer, as a share of the depth
+    std::vector<std::pair<float, ItemIndex>> translucent_;  // by distance, the farthest first
+    std::vector<std::uint8_t> chosen_;                      // by item: whether it is outlined
     std::size_t trianglesDrawn_ = 0;
 };
 

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <workbench/scenemodel.h>
+#include <workbench/texturestore.h>
 
 #include <kiln/interface.h>
+#include <kiln/nodelook.h>
 
 #include <span>
 #include <vector>
@@ -22,7 +24,8 @@ struct SceneCounts {
 class SceneFeed {
 public:
     /// Reads the whole scene. Hidden nodes are left out, and what they shine with;
-    /// their children are not.
+    /// their children are not. A node that shows another one's subtree shows it in its own place;
+    /// what shows itself in this way is left out at the second time.
     void build(Interface& host);
     /// Takes over which nodes are selected, when nothing else has changed since `build`.
     void updateSelection();
@@ -30,33 +33,60 @@ public:
     void clear();
 
     const SceneModel& model() const { return model_; }
-    /// Null for kNoItem.
+    /// Null for kNoItem. What an instance shows is the node that shows it.
     INode* nodeOf(ItemIndex item) const;
-    /// The nodes behind all items.
-    std::span<INode* const> nodes() const { return nodes_; }
+    /// The nodes that are not hidden, each once.
+    std::span<INode* const> nodes() const { return shown_; }
+    /// Pictures that could not be shown since this was asked last, one sentence each.
+    std::vector<std::string> takeFailures() { return textures_.takeFailures(); }
     const SceneCounts& counts() const { return counts_; }
 
 private:
+    /// That many nodes are shown by way of instances; a file of nested ones could ask for more than
+    /// any memory holds.
+    static constexpr std::size_t kMostInstanced = 200'000;
+
+    /// Where the subtree of a node stands that is shown by way of another.
+    struct Instance {
+        INode* definition;
+        INode* shower;      ///< the node of the scene that shows it
+        std::size_t above;  ///< the instance that this one is part of; 0 for none
+        Matrix3 shift;      ///< from the definition's place to that of the shower
+    };
+
     struct Visit {
         INode* node;
-        std::size_t parent;  ///< position in visits_
-        ItemIndex item;      ///< kNoItem for a hidden node
+        std::size_t parent;        ///< position in visits_
+        ItemIndex item;            ///< kNoItem for a hidden node
+        std::size_t instance = 0;  ///< that shows it; 0 for none
         Box subtree;
     };
 
+    void reset();
     void visitAll(INode* root);
-    void addNode(INode& node);
-    void addLight(const class Matrix3& place, const class GenLight& light);
-    void addMesh(const class Matrix3& place, const struct Mesh& mesh, Colour colour);
-    void addFinishes(const class Matrix3& place, const struct Mesh& mesh);
-    void addPoints(const class Matrix3& place, const struct Mesh& mesh);
+    void visit(std::size_t at);
+    void visitInstanced(std::size_t at, INode& definition);
+    bool isWithin(std::size_t instance, const INode& definition) const;
+    Matrix3 placeOf(const Visit& visit) const;
+    void addNode(const Visit& visit, bool standsForAnother);
+    void addLight(const Matrix3& place, const class GenLight& light);
+    void addMesh(const Matrix3& place, const struct Mesh& mesh, INode& node);
+    NodeLook lookOf(INode& node);
+    Surface surfaceFor(const NodeLook& look, bool hasTexture);
+    void addFinishes(const Matrix3& place, const struct Mesh& mesh, const NodeLook& look);
+    void addPoints(const Matrix3& place, const struct Mesh& mesh);
     void boundSubtrees();
 
     SceneModel model_;
-    std::vector<INode*> nodes_;  // by item
+    TextureStore textures_;
+    NodeLookSource* looks_ = nullptr;  // while the scene is being read
+    std::vector<INode*> nodes_;        // by item
+    std::vector<INode*> shown_;
     std::vector<Visit> visits_;
-    std::vector<char> chosen_;      // by visit: selected, or below what is
-    std::vector<Finish> finishes_;  // working memory
+    std::vector<Instance> instances_;  // the first stands for none
+    std::size_t instanced_ = 0;        // nodes shown by way of instances
+    std::vector<char> chosen_;         // by visit: selected, or below what is
+    std::vector<Finish> finishes_;     // working memory
     SceneCounts counts_;
 };
 

@@ -17,6 +17,28 @@ constexpr ItemIndex kNoItem = 0xFFFFFFFFu;
 /// Things without a surface are shown as a mark of constant size on the screen.
 enum class MarkKind : std::uint8_t { kHelper, kLight, kLightPoint };
 
+class Texture;
+
+/// How light makes colours of a surface.
+struct Surface {
+    /// What the surface gives back of the light from everywhere and from lamps, and what it shines
+    /// with itself; red, green and blue, 1 is all.
+    Vec3 ambient{1, 1, 1}, diffuse{1, 1, 1}, emissive;
+    float opacity = 1;
+    bool lit = true;                   ///< by the scene's lights; otherwise always about as bright
+    bool blended = false;              ///< the texture's alpha lets through what lies behind
+    std::uint8_t layer = 0;            ///< drawn over surfaces of lower layers in the same place
+    const Texture* texture = nullptr;  ///< not owned; for triangles with texture coordinates
+
+    bool isTranslucent() const { return opacity < 1 || (blended && texture); }
+    bool operator==(const Surface&) const = default;
+};
+
+/// A place in a texture; 1 is one repetition.
+struct TexturePlace {
+    float u = 0, v = 0;
+};
+
 /// One host node's share of the model.
 struct Item {
     std::uint32_t firstVertex = 0, vertexCount = 0;
@@ -24,6 +46,10 @@ struct Item {
     /// Of the finishes of its vertices, when it has them.
     std::uint32_t firstFinish = 0;
     bool hasFinish = false;
+    std::uint32_t surface = 0;  ///< index of its surface
+    /// Of the texture coordinates of its triangles' corners, when it has them.
+    std::uint32_t firstTexturePlace = 0;
+    bool isTextured = false;
     bool selected = false;
     bool outlined = false;  ///< selected, or below something that is
     Vec3d origin;           ///< its vertices are relative to this point of the world
@@ -80,10 +106,14 @@ public:
     /// Gives the vertices of the current item finishes, one for each in their order. Called once
     /// all of them have been added.
     void setFinishes(std::span<const Finish> finishes);
+    /// Gives the current item a surface other than the plain one, before its triangles.
+    void setSurface(const Surface& surface);
     /// Adds a triangle by the indices that addVertex gave. An index that does not exist, or a
-    /// vertex that is not a finite point, leaves the triangle out.
+    /// vertex that is not a finite point, leaves the triangle out. On a surface with a texture
+    /// `places` are those of its corners; null for none.
     void addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, Colour colour,
-                     std::uint8_t edges = Triangle::kAllEdges);
+                     std::uint8_t edges = Triangle::kAllEdges,
+                     const TexturePlace* places = nullptr);
     void addMark(MarkKind kind, Vec3d world, Colour colour);
     /// A light that is not finite is left out.
     void addLight(const Light& light);
@@ -101,6 +131,11 @@ public:
     std::span<const Vec3> vertices() const { return vertices_; }
     std::span<const Finish> finishes() const { return finishes_; }
     std::span<const Triangle> triangles() const { return triangles_; }
+    const Surface& surfaceOf(const Item& item) const { return surfaces_[item.surface]; }
+    /// Three for each triangle of a textured item.
+    std::span<const TexturePlace> texturePlaces() const { return texturePlaces_; }
+    /// Whether some surface lets through what lies behind it.
+    bool hasTranslucent() const { return hasTranslucent_; }
     std::span<const Mark> marks() const { return marks_; }
     std::span<const Light> lights() const { return lights_; }
     /// Encloses everything that shows; lights and helpers count only when there is nothing else.
@@ -122,6 +157,9 @@ private:
     std::vector<Vec3> vertices_;
     std::vector<Finish> finishes_;
     std::vector<Triangle> triangles_;
+    std::vector<Surface> surfaces_{1};
+    std::vector<TexturePlace> texturePlaces_;
+    bool hasTranslucent_ = false;
     std::vector<Mark> marks_;
     std::vector<Light> lights_;
     std::vector<SeenEdge> seenEdges_;  // working memory

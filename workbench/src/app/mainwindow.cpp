@@ -336,6 +336,7 @@ const SceneModel& MainWindow::sceneToDraw() {
     if (sceneStale_) {
         feed_.build(host_);
         sceneStale_ = selectionStale_ = false;
+        for (const std::string& failure : feed_.takeFailures()) print("-- " + failure);
         refreshFrame();
     } else if (selectionStale_) {
         feed_.updateSelection();

@@ -2,8 +2,10 @@
 
 #include <kiln/mesh.h>
 #include <kiln/object.h>
+#include <kiln/texmap.h>
 
-#include <memory>
+#include <algorithm>
+#include <cmath>
 
 namespace workbench {
 namespace {
@@ -36,15 +38,28 @@ struct Converted {
 }  // namespace
 
 void SceneFeed::clear() {
+    reset();
+    textures_.clear();
+}
+
+void SceneFeed::reset() {
     model_.clear();
     nodes_.clear();
+    shown_.clear();
     visits_.clear();
+    instances_.assign(1, {});
+    instanced_ = 0;
     counts_ = {};
 }
 
 void SceneFeed::build(Interface& host) {
-    clear();
+    reset();
+    for (const int folder : {KILN_IMAGE_DIR, KILN_SCENE_DIR, KILN_IMPORT_DIR})
+        textures_.addFolder(host.GetDir(folder));
+    looks_ = GetNodeLookSource();
+    if (looks_) looks_->BeginLooks(&host);
     if (INode* root = host.GetRootNode()) visitAll(root);
+    if (looks_) looks_->EndLooks();
     boundSubtrees();
     updateSelection();
     counts_.faces = model_.triangles().size();
@@ -52,26 +67,55 @@ void SceneFeed::build(Interface& host) {
 
 // Parents come before their children; however deep the scene is, the call stack is not.
 void SceneFeed::visitAll(INode* root) {
-    visits_.push_back({root, 0, kNoItem, {}});
+    visits_.push_back({root, 0, kNoItem, 0, {}});
     for (std::size_t at = 0; at < visits_.size(); ++at) {
         INode& node = *visits_[at].node;
-        if (!node.IsRootNode()) {
-            ++counts_.nodes;
-            if (node.IsHidden()) {
-                ++counts_.hidden;
-            } else {
-                visits_[at].item = model_.beginItem();
-                nodes_.push_back(&node);
-                addNode(node);
-                model_.endItem();
-                if (model_.items().back().triangleCount > 0)
-                    visits_[at].subtree = model_.items().back().box;
-            }
-        }
+        if (!node.IsRootNode()) visit(at);
+        const std::size_t instance = visits_[at].instance;
         const int children = node.NumberOfChildren();
+        if (instance != 0 && (instanced_ += static_cast<std::size_t>(children)) > kMostInstanced)
+            continue;
         for (int i = 0; i < children; ++i)
-            visits_.push_back({node.GetChildNode(i), at, kNoItem, {}});
+            visits_.push_back({node.GetChildNode(i), at, kNoItem, instance, {}});
     }
+}
+
+void SceneFeed::visit(std::size_t at) {
+    INode& node = *visits_[at].node;
+    const bool isInstanced = visits_[at].instance != 0;
+    if (!isInstanced) ++counts_.nodes;
+    if (node.IsHidden()) {
+        if (!isInstanced) ++counts_.hidden;
+        return;
+    }
+    visits_[at].item = model_.beginItem();
+    nodes_.push_back(isInstanced ? instances_[visits_[at].instance].shower : &node);
+    if (!isInstanced) shown_.push_back(&node);
+    INode* const definition = looks_ ? looks_->GetInstanced(&node) : nullptr;
+    addNode(visits_[at], isInstanced || definition);
+    model_.endItem();
+    if (model_.items().back().triangleCount > 0) visits_[at].subtree = model_.items().back().box;
+    if (definition) visitInstanced(at, *definition);
+}
+
+void SceneFeed::visitInstanced(std::size_t at, INode& definition) {
+    const Visit shower = visits_[at];
+    if (isWithin(shower.instance, definition) || ++instanced_ > kMostInstanced) return;
+    INode* const node = shower.instance == 0 ? shower.node : instances_[shower.instance].shower;
+    instances_.push_back(
+        {&definition, node, shower.instance, Inverse(definition.GetNodeTM(0)) * placeOf(shower)});
+    visits_.push_back({&definition, at, kNoItem, instances_.size() - 1, {}});
+}
+
+bool SceneFeed::isWithin(std::size_t instance, const INode& definition) const {
+    for (; instance != 0; instance = instances_[instance].above)
+        if (instances_[instance].definition == &definition) return true;
+    return false;
+}
+
+Matrix3 SceneFeed::placeOf(const Visit& visit) const {
+    const Matrix3 own = visit.node->GetNodeTM(0);
+    return visit.instance == 0 ? own : own * instances_[visit.instance].shift;
 }
 
 // A selected group is bracketed with all that hangs below it. The place of a helper counts only
@@ -86,11 +130,16 @@ void SceneFeed::boundSubtrees() {
     }
 }
 
-void SceneFeed::addNode(INode& node) {
-    const Matrix3 place = node.GetNodeTM(0);
+// What stands for another needs no helper to be seen.
+void SceneFeed::addNode(const Visit& visit, bool standsForAnother) {
+    INode& node = *visit.node;
+    const Matrix3 place = placeOf(visit);
     const Vec3d origin = toVec3d(place.GetTrans());
     Object* object = node.EvalWorldState(0).obj;
-    if (!object) return model_.addMark(MarkKind::kHelper, origin, kHelperColour);
+    const auto addHelper = [&] {
+        if (!standsForAnother) model_.addMark(MarkKind::kHelper, origin, kHelperColour);
+    };
+    if (!object) return addHelper();
     if (object->SuperClassID() == LIGHT_CLASS_ID) {
         const auto* light = dynamic_cast<const GenLight*>(object);
         if (light) addLight(place, *light);
@@ -101,12 +150,12 @@ void SceneFeed::addNode(INode& node) {
         const Converted converted{object, object->ConvertToType(0, TRIOBJ_CLASS_ID)};
         if (converted.result) {
             const Mesh& mesh = static_cast<const TriObject*>(converted.result)->GetMesh();
-            addMesh(place, mesh, screenColour(node.GetWireColor()));
+            addMesh(place, mesh, node);
             if (mesh.faces.Count() > 0) return;
             if (mesh.verts.Count() > 0) return addPoints(place, mesh);
         }
     }
-    model_.addMark(MarkKind::kHelper, origin, kHelperColour);
+    addHelper();
 }
 
 void SceneFeed::addLight(const Matrix3& place, const GenLight& light) {
@@ -126,19 +175,64 @@ void SceneFeed::addLight(const Matrix3& place, const GenLight& light) {
     model_.addLight(lamp);
 }
 
-void SceneFeed::addMesh(const Matrix3& place, const Mesh& mesh, Colour colour) {
+/// What is known of the node's look, or else what the host itself knows.
+NodeLook SceneFeed::lookOf(INode& node) {
+    NodeLook look;
+    if (looks_ && looks_->GetLook(&node, look)) return look;
+    Texmap* const map = node.GetTexmap();
+    if (map && map->ClassID() == BMTEX_CLASS_ID)
+        look.picture = static_cast<const BitmapTex*>(map)->GetMapName();
+    return look;
+}
+
+Surface SceneFeed::surfaceFor(const NodeLook& look, bool hasTexture) {
+    const auto light = [](const LightColor& colour) {
+        return Vec3{colour.red, colour.green, colour.blue};
+    };
+    Surface surface;
+    surface.ambient = light(look.ambient);
+    surface.diffuse = light(look.diffuse);
+    surface.emissive = light(look.emissive);
+    surface.opacity = look.opacity;
+    surface.lit = look.lit;
+    surface.blended = look.blended;
+    surface.layer = static_cast<std::uint8_t>(std::clamp(look.layer, 0, 255));
+    if (hasTexture && look.picture) surface.texture = textures_.find(look.picture);
+    return surface;
+}
+
+void SceneFeed::addMesh(const Matrix3& place, const Mesh& mesh, INode& node) {
     static_assert(EDGE_A == 1 && EDGE_B == 2 && EDGE_C == 4,
                   "the model's edge bits are the mesh's");
     for (const Point3& vertex : mesh.verts) model_.addVertex(toVec3d(place.PointTransform(vertex)));
-    addFinishes(place, mesh);
-    for (const Face& face : mesh.faces)
+    if (mesh.faces.IsEmpty()) return;
+    const NodeLook look = lookOf(node);
+    const bool hasTexture = mesh.tvFaces.Count() == mesh.faces.Count() && !mesh.tVerts.IsEmpty();
+    const Surface surface = surfaceFor(look, hasTexture);
+    model_.setSurface(surface);
+    addFinishes(place, mesh, look);
+    const bool isWhite = look.white && surface.texture;
+    const Colour colour = isWhite ? 0xFFFFFF : screenColour(node.GetWireColor());
+    const auto textureCount = static_cast<DWORD>(mesh.tVerts.Count());
+    for (int i = 0; i < mesh.faces.Count(); ++i) {
+        const Face& face = mesh.faces[i];
+        TexturePlace places[3];
+        for (int k = 0; k < 3 && surface.texture; ++k) {
+            const DWORD index = mesh.tvFaces[i].t[k];
+            if (index >= textureCount) continue;
+            const Point3f& texture = mesh.tVerts[static_cast<int>(index)];
+            if (std::isfinite(texture.x) && std::isfinite(texture.y))
+                places[k] = {texture.x, texture.y};
+        }
         model_.addTriangle(face.v[0], face.v[1], face.v[2], colour,
-                           static_cast<std::uint8_t>(face.flags & EDGE_ALL));
+                           static_cast<std::uint8_t>(face.flags & EDGE_ALL), places);
+    }
 }
 
-void SceneFeed::addFinishes(const Matrix3& place, const Mesh& mesh) {
+void SceneFeed::addFinishes(const Matrix3& place, const Mesh& mesh, const NodeLook& look) {
     const int count = mesh.verts.Count();
-    const bool coloured = mesh.colors.Count() == count, smooth = mesh.normals.Count() == count;
+    const bool coloured = look.vertexColors && !look.white && mesh.colors.Count() == count;
+    const bool smooth = look.vertexNormals && mesh.normals.Count() == count;
     if (count == 0 || (!coloured && !smooth)) return;
     finishes_.assign(static_cast<std::size_t>(count), {});
     // Normals are at right angles to the surface after a transform that scales unevenly, too.
@@ -171,7 +265,7 @@ void SceneFeed::updateSelection() {
     chosen_.assign(visits_.size(), 0);
     for (std::size_t at = 1; at < visits_.size(); ++at) {
         const Visit& visit = visits_[at];
-        const bool selected = visit.node->Selected();
+        const bool selected = visit.instance == 0 && visit.node->Selected();
         chosen_[at] = selected || chosen_[visit.parent];
         if (visit.item != kNoItem) model_.setSelected(visit.item, selected, chosen_[at] != 0);
     }

@@ -125,6 +125,46 @@ float Camera::pixelsPerUnitAt(Vec3d world) const {
     return scale_ / std::max(toView(world).z, nearDistance());
 }
 
+DepthPlane Camera::depthPlane(Vec3 normal, double distance) const {
+    const double right = double{dot(normal, right_)} / double{scale_};
+    const double up = double{dot(normal, up_)} / double{scale_};
+    const double ahead = dot(normal, forward_);
+    DepthPlane plane;
+    const double divisor = 1 / (isParallel() ? ahead : distance);
+    plane.perX = right * divisor;
+    plane.perY = -up * divisor;
+    plane.start = (isParallel() ? -distance : ahead) * divisor - double{centreX_} * plane.perX -
+                  double{centreY_} * plane.perY;
+    return plane;
+}
+
+bool Camera::clipToPicture(Vec3& a, Vec3& b) const {
+    constexpr float kMargin = 4;  // pixels
+    const float margin = kMargin / scale_;
+    float enter = 0, leave = 1;
+    // Points within a boundary have a room of at least 0.
+    const auto clip = [&](float roomA, float roomB) {
+        if (roomA < 0 && roomB < 0) return false;
+        if (roomA < 0) enter = std::max(enter, roomA / (roomA - roomB));
+        if (roomB < 0) leave = std::min(leave, roomA / (roomA - roomB));
+        return enter <= leave;
+    };
+    const auto reach = [&](Vec3 p, float slope) {
+        return isParallel() ? slope * (centreY_ / heightSlope_) / scale_ + margin
+                            : p.z * (slope + margin);
+    };
+    if (!clip(a.z - nearDistance(), b.z - nearDistance()) ||
+        !clip(reach(a, sideSlope_) - a.x, reach(b, sideSlope_) - b.x) ||
+        !clip(reach(a, sideSlope_) + a.x, reach(b, sideSlope_) + b.x) ||
+        !clip(reach(a, heightSlope_) - a.y, reach(b, heightSlope_) - b.y) ||
+        !clip(reach(a, heightSlope_) + a.y, reach(b, heightSlope_) + b.y))
+        return false;
+    const Vec3 start = a, along = b - a;
+    a = start + along * enter;
+    if (leave < 1) b = start + along * leave;
+    return a.z >= nearDistance() && b.z >= nearDistance();
+}
+
 std::optional<ScreenPoint> Camera::project(Vec3d world) const {
     const Vec3 view = toView(world);
     if (view.z < nearDistance()) return std::nullopt;

@@ -93,15 +93,6 @@ void Canvas::scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint&
         (middle->x - top->x) * (bottom->y - top->y) - (bottom->x - top->x) * (middle->y - top->y);
     if (area == 0 || !std::isfinite(area)) return;
 
-    // The depth is a plane over the screen.
-    const float perArea = 1 / area;
-    const float depthX = ((middle->depth - top->depth) * (bottom->y - top->y) -
-                          (bottom->depth - top->depth) * (middle->y - top->y)) *
-                         perArea;
-    const float depthY = ((bottom->depth - top->depth) * (middle->x - top->x) -
-                          (middle->depth - top->depth) * (bottom->x - top->x)) *
-                         perArea;
-
     // Every edge is walked from its upper end, so that both its triangles find the same pixels.
     const float longSlope = (bottom->x - top->x) / (bottom->y - top->y);
     const float upperSlope = middle->y > top->y ? (middle->x - top->x) / (middle->y - top->y) : 0;
@@ -116,53 +107,259 @@ void Canvas::scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint&
                                                 : middle->x + (centre - middle->y) * lowerSlope;
         const int left = firstCentre(longIsLeft ? longX : shortX, 0, width_);
         const int right = firstCentre(longIsLeft ? shortX : longX, 0, width_);
-        if (left >= right) continue;
-        span(row, left, right,
-             top->depth + (static_cast<float>(left) + 0.5f - top->x) * depthX +
-                 (centre - top->y) * depthY,
-             depthX);
+        if (left < right) span(row, left, right);
     }
 }
 
-void Canvas::triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
-                      Colour colour, ItemIndex item) {
-    scan(a, b, c, [&](int row, int left, int right, float depth, float depthStep) {
-        const std::size_t end = at(right, row);
-        for (std::size_t i = at(left, row); i < end; ++i, depth += depthStep) {
-            if (depth > depths_[i]) {
+template <bool kBlended, typename Shader>
+void Canvas::shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+                   const Fill& fill, Shader shader) {
+    // What lies in the same place differs by less than this, as a share of the depth.
+    constexpr float kSamePlace = 1e-5f;
+    constexpr std::uint32_t kHalf = 128, kSolid = 250, kFaint = 8;
+    [[maybe_unused]] const auto opacity = static_cast<std::uint32_t>(fill.opacity * 256);
+    scan(a, b, c, [&](int row, int left, int right) {
+        const int count = right - left;
+        const float y = static_cast<float>(row) + 0.5f;
+        const float first = fill.plane.at(static_cast<float>(left) + 0.5f, y);
+        const float last = fill.plane.at(static_cast<float>(right) - 0.5f, y);
+        const float step = count > 1 ? (last - first) / static_cast<float>(count - 1) : 0;
+        shader.begin(row, left, count);
+        const std::size_t start = at(left, row);
+        for (int k = 0; k < count; ++k) {
+            const std::size_t i = start + static_cast<std::size_t>(k);
+            const float depth = first + step * static_cast<float>(k);
+            if (!(depth > depths_[i] + std::abs(depths_[i]) * kSamePlace)) continue;
+            const std::uint32_t colour = shader.at(k);
+            if constexpr (kBlended) {
+                const std::uint32_t alpha = (colour >> 24) * opacity >> 8;
+                if (alpha < kFaint) continue;
+                colours_[i] = mix(colours_[i], colour & 0xFFFFFF, static_cast<float>(alpha) / 255);
+                if (alpha >= kHalf || fill.opacity < 1) items_[i] = fill.item;
+                if (alpha >= kSolid) depths_[i] = depth;
+            } else {
+                if constexpr (Shader::kHasAlpha) {
+                    if (colour >> 24 < kHalf) continue;
+                }
+                colours_[i] = colour & 0xFFFFFF;
                 depths_[i] = depth;
-                colours_[i] = colour;
-                items_[i] = item;
+                items_[i] = fill.item;
             }
         }
     });
 }
 
-void Canvas::gradient(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
-                      const Vec3 (&colours)[3], ItemIndex item) {
-    const float area = (b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y);
-    if (area == 0 || !std::isfinite(area)) return;
-    // The colour is a plane over the screen too.
-    const float perArea = 1 / area;
-    const Vec3 ab = colours[1] - colours[0], ac = colours[2] - colours[0];
-    const Vec3 stepX = (ab * (c.y - a.y) - ac * (b.y - a.y)) * perArea;
-    const Vec3 stepY = (ac * (b.x - a.x) - ab * (c.x - a.x)) * perArea;
-    const auto channel = [](float value) {
-        return static_cast<Colour>(std::clamp(value, 0.f, 255.f));
+namespace {
+
+constexpr std::uint32_t kOpaque = 0xFF000000;
+
+struct FlatShader {
+    static constexpr bool kHasAlpha = false;
+    Colour colour;
+
+    void begin(int, int, int) {}
+    std::uint32_t at(int) const { return colour | kOpaque; }
+};
+
+// What grows evenly over the screen.
+struct ScreenPlane {
+    double start = 0, perX = 0, perY = 0;
+
+    double at(double x, double y) const { return start + x * perX + y * perY; }
+};
+
+// The planes through values at the corners of a triangle.
+class PlaneFinder {
+public:
+    PlaneFinder(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c)
+        : x_(a.x), y_(a.y), abX_(b.x - x_), abY_(b.y - y_), acX_(c.x - x_), acY_(c.y - y_) {
+        perArea_ = 1 / (abX_ * acY_ - acX_ * abY_);
+    }
+    bool isFlat() const { return !std::isfinite(perArea_); }
+    ScreenPlane through(double a, double b, double c) const {
+        const double ab = b - a, ac = c - a;
+        const double perX = (ab * acY_ - ac * abY_) * perArea_;
+        const double perY = (ac * abX_ - ab * acX_) * perArea_;
+        return {a - x_ * perX - y_ * perY, perX, perY};
+    }
+
+private:
+    double x_, y_, abX_, abY_, acX_, acY_, perArea_;
+};
+
+// Three planes of red, green and blue.
+class ColourPlanes {
+public:
+    ColourPlanes(const PlaneFinder& planes, const Vec3& a, const Vec3& b, const Vec3& c)
+        : red_(planes.through(a.x, b.x, c.x)),
+          green_(planes.through(a.y, b.y, c.y)),
+          blue_(planes.through(a.z, b.z, c.z)),
+          step_{static_cast<float>(red_.perX), static_cast<float>(green_.perX),
+                static_cast<float>(blue_.perX)} {}
+
+    void begin(int row, int left) {
+        const double x = left + 0.5, y = row + 0.5;
+        row_ = {static_cast<float>(red_.at(x, y)), static_cast<float>(green_.at(x, y)),
+                static_cast<float>(blue_.at(x, y))};
+    }
+    /// Pixel `k` of the row.
+    Vec3 at(int k) const { return row_ + step_ * static_cast<float>(k); }
+
+private:
+    ScreenPlane red_, green_, blue_;
+    Vec3 step_, row_;
+};
+
+std::uint32_t channel(float value) {
+    return static_cast<std::uint32_t>(std::clamp(value, 0.f, 255.f));
+}
+
+struct GradientShader {
+    static constexpr bool kHasAlpha = false;
+    ColourPlanes planes;
+
+    void begin(int row, int left, int) { planes.begin(row, left); }
+    std::uint32_t at(int k) const {
+        const Vec3 colour = planes.at(k);
+        return kOpaque | channel(colour.x) << 16 | channel(colour.y) << 8 | channel(colour.z);
+    }
+};
+
+// Texture coordinates over the distance grow evenly over the screen. They are divided out every few
+// pixels; between these, an even step is close enough.
+template <bool kAlpha>
+class TextureShader {
+public:
+    static constexpr bool kHasAlpha = kAlpha;
+
+    TextureShader(const PlaneFinder& planes, const TextureCorner (&corners)[3],
+                  const Texture& texture)
+        : texture_(&texture),
+          colours_(planes, corners[0].colour, corners[1].colour, corners[2].colour),
+          u_(overDistance(planes, corners, &TextureCorner::u)),
+          v_(overDistance(planes, corners, &TextureCorner::v)),
+          nearness_(planes.through(corners[0].nearness, corners[1].nearness, corners[2].nearness)) {
+    }
+
+    void begin(int row, int left, int count) {
+        colours_.begin(row, left);
+        x_ = left + 0.5;
+        y_ = row + 0.5;
+        count_ = count;
+        block_ = -1;
+    }
+    std::uint32_t at(int k) {
+        if (k / kBlock != block_) beginBlock(k / kBlock);
+        const int i = k % kBlock;
+        const std::uint32_t texel = level_.at(startU_ + stepU_ * i, startV_ + stepV_ * i);
+        const Vec3 light = colours_.at(k);
+        const auto lit = [&](unsigned shift, float share) {
+            // One more, so that white leaves a colour as it is.
+            return ((texel >> shift & 0xFF) * (channel(share) + 1) >> 8) << shift;
+        };
+        return (texel & kOpaque) | lit(16, light.x) | lit(8, light.y) | lit(0, light.z);
+    }
+
+private:
+    static constexpr int kBlock = 16;
+
+    struct Place {
+        double u, v, nearness;
     };
-    scan(a, b, c, [&](int row, int left, int right, float depth, float depthStep) {
-        Vec3 colour = colours[0] + stepX * (static_cast<float>(left) + 0.5f - a.x) +
-                      stepY * (static_cast<float>(row) + 0.5f - a.y);
-        const std::size_t end = at(right, row);
-        for (std::size_t i = at(left, row); i < end; ++i, depth += depthStep) {
-            if (depth > depths_[i]) {
-                depths_[i] = depth;
-                colours_[i] = channel(colour.x) << 16 | channel(colour.y) << 8 | channel(colour.z);
-                items_[i] = item;
-            }
-            colour = colour + stepX;
-        }
-    });
+
+    static ScreenPlane overDistance(const PlaneFinder& planes, const TextureCorner (&corners)[3],
+                                    float TextureCorner::*coordinate) {
+        const auto value = [&](const TextureCorner& corner) {
+            return double{corner.*coordinate} * double{corner.nearness};
+        };
+        return planes.through(value(corners[0]), value(corners[1]), value(corners[2]));
+    }
+
+    Place placeAt(double x) const {
+        const double nearness = nearness_.at(x, y_);
+        return {u_.at(x, y_) / nearness, v_.at(x, y_) / nearness, nearness};
+    }
+
+    void beginBlock(int block) {
+        block_ = block;
+        const double first = x_ + block * kBlock;
+        const int steps = std::min(kBlock, count_ - block * kBlock) - 1;
+        const Place a = placeAt(first);
+        const Place b = steps > 0 ? placeAt(first + steps) : a;
+        level_ = texture_->level(levelFor(a));
+        const double width = 256 << level_.widthBits, height = 256 << level_.heightBits;
+        const double perStep = steps > 0 ? 1. / steps : 0;
+        // Half a texel less: a texel's colour is that of its middle.
+        startU_ = fixed((a.u - std::floor(a.u)) * width) - 128;
+        startV_ = fixed((a.v - std::floor(a.v)) * height) - 128;
+        stepU_ = fixed((b.u - a.u) * perStep * width);
+        stepV_ = fixed((b.v - a.v) * perStep * height);
+    }
+
+    /// The level of which a pixel covers about one texel.
+    int levelFor(const Place& place) const {
+        const Texture::Level largest = texture_->level(0);
+        const double width = 1 << largest.widthBits, height = 1 << largest.heightBits;
+        const auto squared = [&](double ofU, double ofV, double ofNearness) {
+            const double u = (ofU - place.u * ofNearness) / place.nearness * width;
+            const double v = (ofV - place.v * ofNearness) / place.nearness * height;
+            return u * u + v * v;
+        };
+        const double across = squared(u_.perX, v_.perX, nearness_.perX);
+        const double along = squared(u_.perY, v_.perY, nearness_.perY);
+        // Of a surface seen at a slant, between what would blur one way and flicker the other.
+        const double texels = std::max(across, along) * 0.6 + std::min(across, along) * 0.4;
+        if (!(texels > 1)) return 0;
+        return std::clamp(std::ilogb(texels) / 2, 0, texture_->levels() - 1);
+    }
+
+    /// In a range that a block's steps cannot leave.
+    static std::int32_t fixed(double value) {
+        constexpr double kMost = 1 << 26;
+        return value > -kMost && value < kMost ? static_cast<std::int32_t>(value) : 0;
+    }
+
+    const Texture* texture_;
+    ColourPlanes colours_;
+    ScreenPlane u_, v_, nearness_;
+    Texture::Level level_{};
+    double x_ = 0, y_ = 0;
+    int count_ = 0, block_ = -1;
+    std::int32_t startU_ = 0, startV_ = 0, stepU_ = 0, stepV_ = 0;
+};
+
+}  // namespace
+
+void Canvas::triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+                      Colour colour, const Fill& fill) {
+    if (fill.opacity < 1)
+        shade<true>(a, b, c, fill, FlatShader{colour});
+    else
+        shade<false>(a, b, c, fill, FlatShader{colour});
+}
+
+void Canvas::gradient(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+                      const Vec3 (&colours)[3], const Fill& fill) {
+    const PlaneFinder planes(a, b, c);
+    if (planes.isFlat()) return;
+    const GradientShader shader{ColourPlanes(planes, colours[0], colours[1], colours[2])};
+    if (fill.opacity < 1)
+        shade<true>(a, b, c, fill, shader);
+    else
+        shade<false>(a, b, c, fill, shader);
+}
+
+void Canvas::textured(const TextureCorner (&corners)[3], const Texture& texture, bool blended,
+                      const Fill& fill) {
+    const ScreenPoint &a = corners[0].place, &b = corners[1].place, &c = corners[2].place;
+    const PlaneFinder planes(a, b, c);
+    if (planes.isFlat()) return;
+    if (blended || fill.opacity < 1)
+        shade<true>(a, b, c, fill, TextureShader<true>(planes, corners, texture));
+    else if (texture.hasAlpha())
+        shade<false>(a, b, c, fill, TextureShader<true>(planes, corners, texture));
+    else
+        shade<false>(a, b, c, fill, TextureShader<false>(planes, corners, texture));
 }
 
 inline void Canvas::plot(int x, int y, float depth, const Paint& paint, float coverage) {
@@ -170,6 +367,8 @@ inline void Canvas::plot(int x, int y, float depth, const Paint& paint, float co
         static_cast<unsigned>(y) >= static_cast<unsigned>(height_))
         return;
     const std::size_t i = at(x, y);
+    if (paint.plane)
+        depth = paint.plane->at(static_cast<float>(x) + 0.5f, static_cast<float>(y) + 0.5f);
     if (paint.testDepth) {
         const float compared = depth + std::abs(depth) * paint.depthBias;
         if (compared < depths_[i]) return;

@@ -5,6 +5,8 @@ namespace {
 
 constexpr float kAloneAmbient = 0.42f, kAloneViewer = 0.66f;
 constexpr float kAmbient = 0.36f, kViewer = 0.2f, kScene = 0.56f;
+// What no light reaches shows its own colour; a little shade keeps its shape.
+constexpr float kUnlit = 0.78f;
 // The host's spots have no cone of their own.
 constexpr float kSpotRimCosine = 0.7660444f, kSpotCoreCosine = 0.8660254f;  // 40 and 30 degrees
 
@@ -53,17 +55,24 @@ Vec3 Lighting::shine(const Lamp& lamp, Vec3 point, Vec3 normal) {
     return lamp.light->strength * share;
 }
 
-Vec3 Lighting::at(Vec3 point, Vec3 normal) const {
+Vec3 Lighting::at(Vec3 point, Vec3 normal, const Surface& surface) const {
     const float fromViewer = std::max(0.f, dot(normal, viewer_));
-    if (lamps_.empty()) {
-        const float all = kAloneAmbient + kAloneViewer * fromViewer;
+    if (!surface.lit) {
+        const float all = kUnlit + (1 - kUnlit) * fromViewer;
         return {all, all, all};
     }
+    // The light from everywhere stands for what other surfaces throw back, too.
+    const Vec3 both = surface.ambient + surface.diffuse;
+    const Vec3 everywhere{std::min(both.x, 1.f), std::min(both.y, 1.f), std::min(both.z, 1.f)};
+    if (lamps_.empty())
+        return everywhere * kAloneAmbient + surface.diffuse * (kAloneViewer * fromViewer);
     Vec3 sum;
     for (const Lamp& lamp : lamps_) sum = sum + shine(lamp, point, normal);
-    const float base = kAmbient + kViewer * fromViewer;
-    return {limited(base + kScene * sum.x), limited(base + kScene * sum.y),
-            limited(base + kScene * sum.z)};
+    const auto channel = [&](float Vec3::*c) {
+        return limited(everywhere.*c * kAmbient +
+                       surface.diffuse.*c * (kViewer * fromViewer + kScene * sum.*c));
+    };
+    return {channel(&Vec3::x), channel(&Vec3::y), channel(&Vec3::z)};
 }
 
 }  // namespace workbench

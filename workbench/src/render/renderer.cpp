@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cmath>
+#include <tuple>
 #include <utility>
 
 namespace workbench {
@@ -13,8 +14,9 @@ constexpr Colour kEdge = 0x20262B;
 constexpr Colour kSelected = 0xFFC040;
 constexpr Colour kAxisX = 0xE0554F, kAxisY = 0x66C25A, kAxisZ = 0x5A8FF0;
 
-constexpr float kEdgeBias = 6e-4f;   // edges lie upon their own surface
-constexpr float kGridBias = -2e-4f;  // the grid gives way to ground that lies in its plane
+constexpr float kEdgeBias = 6e-4f;     // edges lie upon their own surface
+constexpr float kLayerBias = 1.5e-4f;  // each layer lies upon the one below
+constexpr float kGridBias = -2e-4f;    // the grid gives way to ground that lies in its plane
 
 Vec3 channelsOf(Colour colour) {
     return {static_cast<float>(colour >> 16 & 0xFF), static_cast<float>(colour >> 8 & 0xFF),
@@ -43,11 +45,11 @@ void Renderer::draw(const SceneModel& scene, const Camera& camera, const RenderO
     lighting_.beginFrame(scene.lights(), camera);
     canvas.clear(kSkyTop, kSkyBottom);
     const auto items = scene.items();
-    for (ItemIndex i = 0; i < items.size(); ++i)
-        if (items[i].triangleCount > 0 &&
-            !camera.isOutside(items[i].sphereCentre, items[i].sphereRadius))
-            drawSurface(scene, items[i], i);
+    drawSurfaces(scene);
+    bias_ = 0;
     if (options.grid) drawGrid();
+    drawTranslucent(scene);
+    bias_ = 0;
     for (const Mark& mark : scene.marks()) drawMark(mark, items[mark.item].selected);
     if (options.mode != DrawMode::kWireframe) drawOutline(items);
     for (const Item& item : items)
@@ -55,7 +57,40 @@ void Renderer::draw(const SceneModel& scene, const Camera& camera, const RenderO
     if (options.axes) drawAxes();
 }
 
+void Renderer::drawSurfaces(const SceneModel& scene) {
+    const auto items = scene.items();
+    translucent_.clear();
+    for (ItemIndex i = 0; i < items.size(); ++i) {
+        const Item& item = items[i];
+        if (item.triangleCount == 0 || camera_->isOutside(item.sphereCentre, item.sphereRadius))
+            continue;
+        if (scene.surfaceOf(item).isTranslucent())
+            translucent_.push_back({camera_->toView(item.sphereCentre).z, i});
+        else
+            drawSurface(scene, item, i);
+    }
+}
+
+// What lets light through comes last, from back to front; in layers, the lower ones first.
+void Renderer::drawTranslucent(const SceneModel& scene) {
+    const auto items = scene.items();
+    const auto layer = [&](ItemIndex i) { return scene.surfaceOf(items[i]).layer; };
+    std::sort(translucent_.begin(), translucent_.end(), [&](const auto& a, const auto& b) {
+        return std::tuple(layer(a.second), -a.first, a.second) <
+               std::tuple(layer(b.second), -b.first, b.second);
+    });
+    for (const auto& [distance, i] : translucent_) drawSurface(scene, items[i], i);
+}
+
+ScreenPoint Renderer::screenOf(Vec3 view) const {
+    ScreenPoint point = camera_->toScreen(view);
+    point.depth +=
+        bias_ * (camera_->isParallel() ? static_cast<float>(camera_->distance()) : point.depth);
+    return point;
+}
+
 void Renderer::transform(const SceneModel& scene, const Item& item) {
+    bias_ = kLayerBias * static_cast<float>(scene.surfaceOf(item).layer);
     view_.resize(item.vertexCount);
     screen_.resize(item.vertexCount);
     const Vec3* local = scene.vertices().data() + item.firstVertex;
@@ -63,7 +98,7 @@ void Renderer::transform(const SceneModel& scene, const Item& item) {
     const Vec3 offset = camera_->toView(item.origin);
     for (std::uint32_t i = 0; i < item.vertexCount; ++i) {
         view_[i] = offset + camera_->toView(local[i]);
-        if (view_[i].z >= nearDistance) screen_[i] = camera_->toScreen(view_[i]);
+        if (view_[i].z >= nearDistance) screen_[i] = screenOf(view_[i]);
     }
 }
 
@@ -79,13 +114,33 @@ void Renderer::drawSurface(const SceneModel& scene, const Item& item, ItemIndex 
         drawFadedEdges(scene, item, index);
 }
 
+// `fromEye` is one of its corners.
+DepthPlane Renderer::planeOf(const Triangle& triangle, Vec3d fromEye) const {
+    DepthPlane plane = camera_->depthPlane(triangle.normal, dot(Vec3d(triangle.normal), fromEye));
+    if (camera_->isParallel()) {
+        plane.start += double{bias_} * camera_->distance();
+    } else {
+        const double nearer = 1 + double{bias_};
+        plane.start *= nearer;
+        plane.perX *= nearer;
+        plane.perY *= nearer;
+    }
+    return plane;
+}
+
 void Renderer::fillSurface(const SceneModel& scene, const Item& item, ItemIndex index) {
     lighting_.setOrigin(item.origin);
-    const Vec3 eye = toFloat(camera_->eye() - item.origin);
+    const Vec3d eye = camera_->eye() - item.origin;
+    const Surface& surface = scene.surfaceOf(item);
     const Vec3* local = scene.vertices().data() + item.firstVertex;
     const Finish* finishes = item.hasFinish ? scene.finishes().data() + item.firstFinish : nullptr;
+    const TexturePlace* places =
+        item.isTextured ? scene.texturePlaces().data() + item.firstTexturePlace : nullptr;
     const Triangle* triangles = scene.triangles().data() + item.firstTriangle;
     const float nearDistance = camera_->nearDistance();
+    const Vec3 shining = surface.emissive * 255.f;
+    const bool isFlat = !finishes && !places && !lighting_.isLocal();
+    Fill fill{index, {}, surface.opacity};
     for (std::uint32_t t = 0; t < item.triangleCount; ++t) {
         const Triangle& triangle = triangles[t];
         std::uint32_t corner[3];
@@ -94,35 +149,47 @@ void Renderer::fillSurface(const SceneModel& scene, const Item& item, ItemIndex 
         const int inFront = (a.z >= nearDistance) + (b.z >= nearDistance) + (c.z >= nearDistance);
         if (inFront == 0) continue;
         ++trianglesDrawn_;
-        const Vec3 towardsEye =
-            camera_->isParallel() ? camera_->forward() * -1 : eye - local[corner[0]];
-        const float side = dot(triangle.normal, towardsEye) < 0 ? -1.f : 1.f;
+        const Vec3d fromEye = Vec3d(local[corner[0]]) - eye;
+        const Vec3 forward = camera_->isParallel() ? camera_->forward() : toFloat(fromEye);
+        const float side = dot(triangle.normal, forward) > 0 ? -1.f : 1.f;
         const Vec3 colour = channelsOf(triangle.colour);
-        if (!finishes && !lighting_.isLocal()) {
-            const Vec3 lit =
-                product(colour, lighting_.at(local[corner[0]], triangle.normal * side));
-            if (inFront == 3)
-                canvas_->triangle(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]],
-                                  colourOf(lit), index);
-            else
-                fillClipped({{a, lit}, {b, lit}, {c, lit}}, index);
+        fill.plane = planeOf(triangle, fromEye);
+        if (isFlat && inFront == 3) {
+            const Vec3 light = lighting_.at(local[corner[0]], triangle.normal * side, surface);
+            fill.plane.enclose(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]]);
+            canvas_->triangle(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]],
+                              colourOf(product(colour, light) + shining), fill);
             continue;
         }
         Corner corners[3];
-        for (int i = 0; i < 3; ++i) {
+        for (unsigned i = 0; i < 3; ++i) {
             const Finish finish = finishes ? finishes[corner[i]] : Finish{};
             const bool smooth = dot(finish.normal, finish.normal) > 0.5f;
             const Vec3 normal = (smooth ? finish.normal : triangle.normal) * side;
-            corners[i] = {view_[corner[i]],
-                          product(finish.coloured ? channelsOf(finish.colour) : colour,
-                                  lighting_.at(local[corner[i]], normal))};
+            const Vec3 light = lighting_.at(local[corner[i]], normal, surface);
+            corners[i] = {
+                view_[corner[i]],
+                product(finish.coloured ? channelsOf(finish.colour) : colour, light) + shining,
+                places ? places[3 * t + i] : TexturePlace{}};
         }
         if (inFront == 3)
-            canvas_->gradient(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]],
-                              {corners[0].colour, corners[1].colour, corners[2].colour}, index);
+            fillTriangle(corners, surface, fill);
         else
-            fillClipped(corners, index);
+            fillClipped(corners, surface, fill);
     }
+}
+
+void Renderer::fillTriangle(const Corner (&corners)[3], const Surface& surface, Fill& fill) {
+    const ScreenPoint at[3] = {screenOf(corners[0].view), screenOf(corners[1].view),
+                               screenOf(corners[2].view)};
+    fill.plane.enclose(at[0], at[1], at[2]);
+    const Vec3 colours[3] = {corners[0].colour, corners[1].colour, corners[2].colour};
+    if (!surface.texture) return canvas_->gradient(at[0], at[1], at[2], colours, fill);
+    TextureCorner textured[3];
+    for (int i = 0; i < 3; ++i)
+        textured[i] = {at[i], camera_->isParallel() ? 1 : 1 / corners[i].view.z,
+                       corners[i].texture.u, corners[i].texture.v, colours[i]};
+    canvas_->textured(textured, *surface.texture, surface.blended, fill);
 }
 
 // Cuts a triangle off at the near plane: three or four corners are left, or none.
@@ -135,18 +202,17 @@ int Renderer::clipNear(const Corner (&corners)[3], float nearDistance, Corner (&
         if (aInside == bInside) continue;
         const float share = (nearDistance - a.view.z) / (b.view.z - a.view.z);
         out[count++] = {a.view + (b.view - a.view) * share,
-                        a.colour + (b.colour - a.colour) * share};
+                        a.colour + (b.colour - a.colour) * share,
+                        {a.texture.u + (b.texture.u - a.texture.u) * share,
+                         a.texture.v + (b.texture.v - a.texture.v) * share}};
     }
     return count;
 }
 
-void Renderer::fillClipped(const Corner (&corners)[3], ItemIndex index) {
+void Renderer::fillClipped(const Corner (&corners)[3], const Surface& surface, Fill& fill) {
     Corner kept[4];
     const int count = clipNear(corners, camera_->nearDistance(), kept);
-    for (int i = 2; i < count; ++i)
-        canvas_->gradient(camera_->toScreen(kept[0].view), camera_->toScreen(kept[i - 1].view),
-                          camera_->toScreen(kept[i].view),
-                          {kept[0].colour, kept[i - 1].colour, kept[i].colour}, index);
+    for (int i = 2; i < count; ++i) fillTriangle({kept[0], kept[i - 1], kept[i]}, surface, fill);
 }
 
 void Renderer::drawOutline(std::span<const Item> items) {
@@ -170,13 +236,19 @@ void Renderer::drawFadedEdges(const SceneModel& scene, const Item& item, ItemInd
 
 void Renderer::drawEdges(const SceneModel& scene, const Item& item, const Paint& paint) {
     const float nearDistance = camera_->nearDistance();
+    const float width = static_cast<float>(canvas_->width());
+    const float height = static_cast<float>(canvas_->height());
+    const auto isInPicture = [&](std::uint32_t i) {
+        const ScreenPoint& p = screen_[i];
+        return view_[i].z >= nearDistance && p.x >= 0 && p.y >= 0 && p.x <= width && p.y <= height;
+    };
     const Triangle* triangle = scene.triangles().data() + item.firstTriangle;
     for (std::uint32_t i = 0; i < item.triangleCount; ++i) {
         for (unsigned edge = 0; edge < 3; ++edge) {
             if ((triangle[i].edges >> edge & 1) == 0) continue;
             const std::uint32_t a = triangle[i].vertex[edge] - item.firstVertex;
             const std::uint32_t b = triangle[i].vertex[(edge + 1) % 3] - item.firstVertex;
-            if (view_[a].z >= nearDistance && view_[b].z >= nearDistance)
+            if (isInPicture(a) && isInPicture(b))
                 canvas_->line(screen_[a], screen_[b], paint);
             else
                 viewLine(view_[a], view_[b], paint);
@@ -185,11 +257,7 @@ void Renderer::drawEdges(const SceneModel& scene, const Item& item, const Paint&
 }
 
 void Renderer::viewLine(Vec3 a, Vec3 b, const Paint& paint) {
-    const float nearDistance = camera_->nearDistance();
-    if (a.z < nearDistance && b.z < nearDistance) return;
-    if (a.z < nearDistance) std::swap(a, b);
-    if (b.z < nearDistance) b = a + (b - a) * ((nearDistance - a.z) / (b.z - a.z));
-    canvas_->line(camera_->toScreen(a), camera_->toScreen(b), paint);
+    if (camera_->clipToPicture(a, b)) canvas_->line(screenOf(a), screenOf(b), paint);
 }
 
 void Renderer::worldLine(Vec3d a, Vec3d b, const Paint& paint) {
@@ -246,6 +314,9 @@ void Renderer::drawGrid() {
     Vec3d u{1, 0, 0}, v{0, 1, 0};
     if (camera_->view() == View::kFront) v = {0, 0, 1};
     if (camera_->view() == View::kLeft) u = {0, 0, 1};
+    const Vec3 normal = toFloat(cross(u, v));
+    const DepthPlane plane =
+        camera_->depthPlane(normal, dot(Vec3d(normal), Vec3d{} - camera_->eye()));
     const Vec3d target = camera_->target();
     const double middleU = std::round(dot(target, u) / spacing);
     const double middleV = std::round(dot(target, v) / spacing);
@@ -255,8 +326,12 @@ void Renderer::drawGrid() {
     const auto paintOf = [&](double line, int offset) {
         const bool major = std::fmod(line, 10) == 0;
         const float fade = 1 - static_cast<float>(std::abs(offset)) / (kReach + 1);
-        return Paint{major ? kGridMajor : kGridMinor, (major ? 0.8f : 0.45f) * fade, kNoItem,
-                     kGridBias, true};
+        return Paint{major ? kGridMajor : kGridMinor,
+                     (major ? 0.8f : 0.45f) * fade,
+                     kNoItem,
+                     kGridBias,
+                     true,
+                     &plane};
     };
     for (int i = -kReach; i <= kReach; ++i) {
         const double lineU = middleU + i, lineV = middleV + i;

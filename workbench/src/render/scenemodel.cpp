@@ -9,6 +9,9 @@ void SceneModel::clear() {
     vertices_.clear();
     finishes_.clear();
     triangles_.clear();
+    surfaces_.assign(1, {});
+    texturePlaces_.clear();
+    hasTranslucent_ = false;
     marks_.clear();
     lights_.clear();
     box_ = helperBox_ = {};
@@ -38,8 +41,18 @@ void SceneModel::setFinishes(std::span<const Finish> finishes) {
     finishes_.insert(finishes_.end(), finishes.begin(), finishes.end());
 }
 
+// Neighbours often look alike; of far more surfaces than that nobody has a use.
+void SceneModel::setSurface(const Surface& surface) {
+    if (surface != surfaces_.back()) surfaces_.push_back(surface);
+    Item& item = items_.back();
+    item.surface = static_cast<std::uint32_t>(surfaces_.size() - 1);
+    item.isTextured = surface.texture != nullptr;
+    item.firstTexturePlace = static_cast<std::uint32_t>(texturePlaces_.size());
+    hasTranslucent_ = hasTranslucent_ || surface.isTranslucent();
+}
+
 void SceneModel::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, Colour colour,
-                             std::uint8_t edges) {
+                             std::uint8_t edges, const TexturePlace* places) {
     Item& item = items_.back();
     if (std::max({a, b, c}) >= item.vertexCount) return;
     const std::uint32_t base = item.firstVertex;
@@ -48,6 +61,9 @@ void SceneModel::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, 
     const Vec3 normal = normalised(cross(q - p, r - p));
     triangles_.push_back({{base + a, base + b, base + c}, colour, normal, edges});
     ++item.triangleCount;
+    if (item.isTextured) {
+        for (int i = 0; i < 3; ++i) texturePlaces_.push_back(places ? places[i] : TexturePlace{});
+    }
     for (const Vec3 corner : {p, q, r}) item.box.add(item.origin + corner);
 }
 

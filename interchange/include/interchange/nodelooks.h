@@ -1,0 +1,61 @@
+// How OpenFlight nodes look, for the host's viewports.
+#pragma once
+
+#include <kiln/nodelook.h>
+#include <quillon/fltface.h>
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace interchange {
+
+/// Reads from the records of faces and meshes, as they are now, and from the palettes of their
+/// database: material, texture, transparency, light mode, texture white, template and nesting. An
+/// instance reference shows the definition of its number in its own database.
+///
+/// Faces that lights do not reach have no use for a material but its transparency. A face with a
+/// colour of its own hides the colours of its vertices unless its light mode asks for them.
+class NodeLooks final : public NodeLookSource {
+public:
+    void BeginLooks(Interface* ip) noexcept override;
+    void EndLooks() noexcept override;
+    bool GetLook(INode* node, NodeLook& look) noexcept override;
+    INode* GetInstanced(INode* node) noexcept override;
+
+private:
+    struct Material {
+        LightColor ambient, diffuse, emissive;
+        float alpha = 1;
+    };
+
+    /// What the nodes of one database share.
+    struct Database {
+        std::map<std::int32_t, Material> materials;
+        std::map<std::int32_t, std::string> textures;
+        std::map<std::int16_t, INode*> definitions;
+        bool hasDefinitions = false;  ///< they were looked for
+    };
+
+    /// What siblings have in common.
+    struct Family {
+        const INode* parent = nullptr;
+        Database* database = nullptr;  ///< null outside of any
+        int layer = 0;
+    };
+
+    const Family& familyOf(INode& node);
+    Database& databaseOf(INode& header);
+    static void findDefinitions(INode& header, Database& database);
+    bool readFace(INode& node);
+    void describe(INode& node, const Family& family, NodeLook& look) const;
+    const char* pictureOf(INode& node, const Database* database) const;
+
+    std::map<INode*, Database> databases_;
+    Family family_;  ///< of the node asked for last
+    FltFace face_;
+    std::vector<std::uint8_t> record_;
+};
+
+}  // namespace interchange

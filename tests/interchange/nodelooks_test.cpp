@@ -1,0 +1,140 @@
+// How imported nodes look, as a viewport asks for it.
+#include "fltbytes.h"
+#include "importscene.h"
+
+#include <fltkilnutil/kilnface.h>
+#include <fltkilnutil/kilnflt.h>
+#include <interchange/nodelooks.h>
+#include <quillon/fltface.h>
+#include <quillon/fltinstance.h>
+
+namespace {
+
+class NodeLooksTest : public ImportScene {
+protected:
+    NodeLooksTest() { source.BeginLooks(&host); }
+
+    NodeLook look(INode* node) {
+        NodeLook found;
+        EXPECT_TRUE(source.GetLook(node, found)) << node->GetName();
+        return found;
+    }
+
+    template <typename Change>
+    static void edit(INode* node, const Change& change) {
+        FltFace face;
+        ASSERT_TRUE(fltGetRecord(node, face));
+        change(face);
+        ASSERT_TRUE(fltPutRecord(node, face));
+    }
+
+    interchange::NodeLooks source;
+};
+
+Bytes material(std::uint32_t index, float diffuse, float alpha) {
+    Bytes body;
+    body.u32(index).field("paint", 12).u32(0).f32(0.5F).f32(0.25F).f32(0.125F);
+    body.f32(diffuse).f32(diffuse).f32(diffuse).zeros(12).f32(0).f32(1).f32(2).f32(0);
+    return body.f32(alpha).zeros(4);
+}
+
+const std::initializer_list<std::array<double, 3>> kPoints = {{0, 0, 0}, {4, 0, 0}, {4, 4, 0}};
+
+TEST_F(NodeLooksTest, FacesFollowTheirRecordsAndPalettes) {
+    FltBytes file("f");
+    file.record(113, material(3, 0.75F, 0.5F));
+    file.record(64, Bytes().field("textures\\grass.rgb", 200).u32(7).zeros(8));
+    file.palette(kPoints).push().polygon("face", {0, 1, 2}).group("group").pop();
+    INode* const top = import(file);
+    INode* const face = top->GetChildNode(0);
+    NodeLook none;
+    EXPECT_FALSE(source.GetLook(top->GetChildNode(1), none));
+    EXPECT_FALSE(source.GetLook(nullptr, none));
+    // As the file has it: no light mode, indices 0 without entries, no colour.
+    EXPECT_FALSE(look(face).lit);
+    EXPECT_TRUE(look(face).vertexColors);
+    EXPECT_EQ(look(face).picture, nullptr);
+    EXPECT_EQ(look(face).opacity, 1);
+
+    edit(face, [](FltFace& record) {
+        record.materialIndex = 3;
+        record.textureIndex = 7;
+        record.lightMode = 2;
+        record.transparency = 32768;
+        record.textureWhite = 1;
+        record.billboard = 2;
+        record.flags = 0;
+    });
+    const NodeLook lit = look(face);
+    EXPECT_TRUE(lit.lit && lit.white && lit.blended && lit.vertexNormals);
+    EXPECT_FALSE(lit.vertexColors) << "the face has a colour";
+    EXPECT_EQ(lit.ambient.green, 0.25F);
+    EXPECT_EQ(lit.diffuse.red, 0.75F);
+    EXPECT_EQ(lit.emissive.green, 1) << "more than all is all";
+    EXPECT_NEAR(lit.opacity, 0.25, 1e-4);
+    EXPECT_STREQ(lit.picture, "textures\\grass.rgb");
+
+    edit(face, [](FltFace& record) { record.lightMode = 1; });
+    EXPECT_TRUE(look(face).vertexColors);
+    EXPECT_EQ(look(face).diffuse.red, 1) << "a material is for lights";
+    EXPECT_NEAR(look(face).opacity, 0.25, 1e-4) << "but for its transparency";
+    edit(face, [](FltFace& record) { record.lightMode = 3; });
+    KilnFace options;
+    options.useHostNormals = 0;
+    ASSERT_TRUE(fltPutOptions(face, options));
+    EXPECT_FALSE(look(face).vertexNormals);
+
+    auto* const own = new BitmapTex;
+    own->SetMapName("own.rgb");
+    face->SetTexmap(own);
+    EXPECT_STREQ(look(face).picture, "own.rgb") << "one that was made in the scene";
+}
+
+TEST_F(NodeLooksTest, SubfacesAndPrioritiesLieInLayers) {
+    FltBytes file("f");
+    file.palette(kPoints).push().face("ground").record(19).polygon("mark", {0, 1, 2});
+    file.face("line").record(19).polygon("dot", {0, 1, 2}).record(20).record(20);
+    file.push().list({0, 1, 2}).pop().polygon("beside", {0, 1, 2}).pop();
+    INode* const ground = import(file)->GetChildNode(0);
+    INode* const beside = ground->GetParentNode()->GetChildNode(1);
+    const auto layer = [&](INode* node) { return look(node).layer; };
+    EXPECT_EQ(layer(ground), 0);
+    EXPECT_EQ(layer(ground->GetChildNode(0)), 1);
+    EXPECT_EQ(layer(ground->GetChildNode(1)->GetChildNode(0)), 2);
+    EXPECT_EQ(layer(beside), 0);
+    edit(beside, [](FltFace& record) { record.relativePriority = 3; });
+    EXPECT_EQ(layer(beside), 3);
+    edit(beside, [](FltFace& record) { record.relativePriority = -3; });
+    EXPECT_EQ(layer(beside), 0);
+}
+
+TEST_F(NodeLooksTest, MeshesLookLikeFaces) {
+    Bytes mesh;
+    mesh.field("mesh", 8).zeros(4 + 8).u16(0xFFFF).u16(0xFFFF).zeros(2).u16(0xFFFF);
+    mesh.u16(0xFFFF).u16(3).zeros(2 + 2 + 4).u16(0).zeros(2).u32(0).u8(2).zeros(31);
+    FltBytes file("f");
+    file.record(113, material(3, 0.75F, 1)).push().record(84, mesh).pop();
+    const NodeLook found = look(import(file)->GetChildNode(0));
+    EXPECT_TRUE(found.lit);
+    EXPECT_EQ(found.diffuse.blue, 0.75F);
+}
+
+TEST_F(NodeLooksTest, ReferencesShowTheDefinitionOfTheirNumber) {
+    FltBytes file("f");
+    const auto numbered = [](unsigned number) { return Bytes().u16(0).u16(number); };
+    file.push().group("g").push().record(62, numbered(1)).record(62, numbered(2)).pop();
+    file.record(61, numbered(2)).record(61, numbered(9)).pop();
+    INode* const top = import(file);
+    INode* const reference = top->GetChildNode(1);
+    EXPECT_EQ(source.GetInstanced(reference), top->GetChildNode(0)->GetChildNode(1));
+    EXPECT_EQ(source.GetInstanced(top->GetChildNode(2)), nullptr);
+    EXPECT_EQ(source.GetInstanced(top), nullptr);
+    FltInstanceRef record;
+    record.instanceNumber = 1;
+    ASSERT_TRUE(fltPutRecord(reference, record));
+    EXPECT_EQ(source.GetInstanced(reference), top->GetChildNode(0)->GetChildNode(0));
+    reference->Detach(0);
+    EXPECT_EQ(source.GetInstanced(reference), nullptr) << "in no database";
+}
+
+}  // namespace

@@ -1,0 +1,58 @@
+#include <workbench/texturestore.h>
+
+#include "../support/temporaryfolder.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+
+using namespace workbench;
+
+namespace {
+
+/// A picture of one grey texel.
+std::vector<std::uint8_t> grey(std::uint8_t value) {
+    std::vector<std::uint8_t> bytes(512);
+    const std::uint8_t head[] = {0x01, 0xDA, 0, 1, 0, 1, 0, 1};
+    std::copy(std::begin(head), std::end(head), bytes.begin());
+    bytes.push_back(value);
+    return bytes;
+}
+
+std::uint32_t shade(const Texture* texture) {
+    return texture ? texture->level(0).at(0, 0) & 0xFF : 0;
+}
+
+TEST(TextureStoreTest, FindsPicturesWhereTheirNamesSay) {
+    const TemporaryFolder folder;
+    const std::string whole = folder.write(u8"草地 grass.rgb", grey(1));
+    std::filesystem::create_directory(folder.path() / "below");
+    folder.write(u8"below/wall.rgb", grey(2));
+    folder.write(u8"roof.rgb", grey(3));
+    TextureStore store;
+    EXPECT_EQ(shade(store.find(whole)), 1u) << "by its path";
+    EXPECT_EQ(store.find("roof.rgb"), nullptr);
+    EXPECT_THAT(store.takeFailures(), testing::ElementsAre("roof.rgb: no such picture"));
+    store.addFolder("");
+    store.addFolder(folder.file(""));
+    EXPECT_EQ(shade(store.find("roof.rgb")), 3u) << "a folder that became known";
+    EXPECT_EQ(shade(store.find("below\\wall.rgb")), 2u);
+    EXPECT_EQ(shade(store.find("C:/of/another/computer/roof.rgb")), 3u);
+    EXPECT_EQ(store.find("below"), nullptr) << "a folder is no picture";
+    EXPECT_EQ(store.find(""), nullptr);
+    EXPECT_THAT(store.takeFailures(), testing::ElementsAre("below: no such picture"));
+}
+
+TEST(TextureStoreTest, SaysOnceWhatCannotBeShown) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write(u8"text.rgb", std::vector<std::uint8_t>(600, 'x'));
+    TextureStore store;
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(store.find(path), nullptr);
+    EXPECT_THAT(store.takeFailures(), testing::ElementsAre(path + ": no SGI picture"));
+    EXPECT_THAT(store.takeFailures(), testing::IsEmpty());
+    store.clear();
+    folder.write(u8"text.rgb", grey(9));
+    EXPECT_EQ(shade(store.find(path)), 9u) << "a new scene looks again";
+}
+
+}  // namespace

@@ -1,0 +1,35 @@
+// Pictures for surfaces, as files hold them.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <stdexcept>
+#include <vector>
+
+namespace workbench {
+
+/// A picture in memory.
+struct Picture {
+    int width = 0, height = 0;
+    /// 0xAARRGGBB, rows from bottom to top.
+    std::vector<std::uint32_t> texels;
+    /// Whether some texel is not opaque.
+    bool hasAlpha() const;
+};
+
+/// Why bytes are no picture that can be shown.
+class PictureError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Reads an SGI picture (.rgb, .rgba, .int, .inta, .sgi, .bw), plain or run-length encoded, of 8 or
+/// 16 bits a channel, with one to four channels: grey, grey and alpha, colour, colour and alpha.
+/// What is missing at the end of a plain file, or of a row, is 0; any bytes are read in time and
+/// memory that `kMostTexels` bounds. Throws `PictureError`.
+Picture readSgiPicture(std::span<const std::uint8_t> bytes);
+
+/// Pictures with more texels are refused.
+inline constexpr std::size_t kMostTexels = 4096 * 4096;
+
+}  // namespace workbench

@@ -1,0 +1,102 @@
+#include <workbench/texturestore.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <new>
+#include <optional>
+#include <utility>
+
+namespace workbench {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Beyond this many texels pictures are kept small.
+constexpr std::size_t kManyTexels = 64u << 20;
+constexpr int kSmallBits = 7;
+constexpr std::uintmax_t kLargestFile = 256u << 20;
+
+fs::path pathOf(std::string_view text) {
+    return fs::path(std::u8string(text.begin(), text.end()));
+}
+
+/// The file that `name` means, if there is one.
+std::optional<fs::path> locate(const std::string& name, const std::vector<std::string>& folders) {
+    // Files come from either kind of system.
+    std::string usual = name;
+    std::replace(usual.begin(), usual.end(), '\\', '/');
+    const fs::path given = pathOf(usual), last = given.filename();
+    std::error_code ignored;
+    const auto isFile = [&](const fs::path& path) { return fs::is_regular_file(path, ignored); };
+    if (given.is_absolute() && isFile(given)) return given;
+    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
+        const fs::path base = pathOf(*folder);
+        if (given.is_relative() && isFile(base / given)) return base / given;
+        if (isFile(base / last)) return base / last;
+    }
+    return std::nullopt;
+}
+
+std::vector<std::uint8_t> contentOf(const fs::path& path) {
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(path, error);
+    if (error) throw PictureError("cannot be read");
+    if (size > kLargestFile) throw PictureError("too large a picture");
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));
+    std::ifstream file(path, std::ios::binary);
+    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
+    if (!file) throw PictureError("cannot be read");
+    return bytes;
+}
+
+}  // namespace
+
+void TextureStore::addFolder(std::string_view folder) {
+    if (folder.empty() || (!folders_.empty() && folders_.back() == folder)) return;
+    if (std::find(folders_.begin(), folders_.end(), folder) == folders_.end())
+        folders_.emplace_back(folder);
+}
+
+const Texture* TextureStore::find(const std::string& name) {
+    if (name.empty()) return nullptr;
+    Entry& entry = entries_[name];
+    if (!entry.texture && !entry.isDamaged &&
+        (entry.foldersTried == 0 || entry.foldersTried <= folders_.size()))
+        load(name, entry);
+    return entry.texture.get();
+}
+
+void TextureStore::load(const std::string& name, Entry& entry) {
+    const bool isFirst = entry.foldersTried == 0;
+    entry.foldersTried = folders_.size() + 1;
+    try {
+        const std::optional<fs::path> path = locate(name, folders_);
+        if (!path) {
+            if (isFirst) failures_.push_back(name + ": no such picture");
+            return;
+        }
+        const Picture picture = readSgiPicture(contentOf(*path));
+        const int most = texels_ > kManyTexels ? kSmallBits : Texture::kMostBits;
+        entry.texture = std::make_unique<Texture>(picture, most);
+        texels_ += entry.texture->size();
+    } catch (const std::bad_alloc&) {
+        entry.isDamaged = true;
+        failures_.push_back(name + ": not enough memory for this picture");
+    } catch (const std::exception& error) {
+        entry.isDamaged = true;
+        failures_.push_back(name + ": " + error.what());
+    }
+}
+
+std::vector<std::string> TextureStore::takeFailures() {
+    return std::exchange(failures_, {});
+}
+
+void TextureStore::clear() {
+    entries_.clear();
+    failures_.clear();
+    texels_ = 0;
+}
+
+}  // namespace workbench
