@@ -1,6 +1,5 @@
 #include "attrtable.h"
 #include "attrvalue.h"
-#include "nodechunk.h"
 
 #include <diagnostics/log.h>
 #include <fltkilnutil/fltattr.h>
@@ -73,13 +72,10 @@ bool mayBecome(INode* node, FltNodeKind kind) noexcept {
 }
 
 bool writeBlocks(INode* node, FltAttrGroup& group) {
-    const bool isNew = !fltHasData(node);
-    if (isNew && !fltEnsureKind(node, group.kind, group.parameter)) return false;
-    const bool stored = (group.options == nullptr || fltPutOptions(node, *group.options)) &&
-                        fltPutRecord(node, *group.record);
-    if (!stored && isNew) removeChunk(node, ChunkId::Kind);  // no OpenFlight node after all
-    if (stored) showModeParameter(group);
-    return stored;
+    if (!fltPutData(node, group.kind, group.parameter, *group.record, group.options.get()))
+        return false;
+    showModeParameter(group);
+    return true;
 }
 
 bool store(INode* node, FltAttrGroup& group) {

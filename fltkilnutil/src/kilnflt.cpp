@@ -53,18 +53,32 @@ bool readChunk(Chunk chunk, Read&& read) noexcept {
     }
 }
 
+/// What a chunk is encoded in; kept warm, so that storing allocates nothing but the chunk.
+struct WarmToken {
+    FltToken token;
+
+    /// Encodes what `write` puts into the token; false when that cannot be one record.
+    template <typename Write>
+    bool encode(Write&& write) noexcept {
+        try {
+            write(token);
+            token.finish();
+            return true;
+        } catch (...) {
+            diagnostics::noteCurrentException();
+            return false;
+        }
+    }
+    std::span<const std::byte> bytes() const noexcept {
+        return std::as_bytes(std::span(token.data(), token.length()));
+    }
+};
+
 /// Stores what `write` puts into a token. The chunk changes only when all bytes are there.
 template <typename Write>
 bool writeChunk(INode* node, ChunkId id, Write&& write) noexcept {
-    static FltToken token;  // kept warm: storing allocates nothing but the chunk
-    try {
-        write(token);
-        token.finish();
-    } catch (...) {
-        diagnostics::noteCurrentException();
-        return false;
-    }
-    return storeChunk(node, id, std::as_bytes(std::span(token.data(), token.length())));
+    static WarmToken warm;
+    return warm.encode(write) && storeChunk(node, id, warm.bytes());
 }
 
 bool isHostLightSource(const Class_ID& light) noexcept {
@@ -186,6 +200,26 @@ bool fltGetOptions(INode* node, FltNodeOptions& options) noexcept {
 
 bool fltHasOptions(INode* node) noexcept {
     return hasChunk(node, ChunkId::Options);
+}
+
+bool fltPutData(INode* node, FltNodeKind kind, std::uint32_t parameter, const FltRecord& record,
+                const FltNodeOptions* options) noexcept {
+    static WarmToken warmRecord, warmOptions;
+    const bool isNew = !fltHasData(node);
+    std::uint32_t revision = parameter;
+    if (!isNew) fltGetParameter(node, revision);
+    ChunkChange newRecord, newOptions;
+    if (!warmRecord.encode([&](FltToken& token) { record.writeToken(token, revision); }) ||
+        !newRecord.prepare(node, ChunkId::Record, warmRecord.bytes()))
+        return false;
+    if (options != nullptr && (!warmOptions.encode([&](FltToken& token) {
+            options->write(token);
+        }) || !newOptions.prepare(node, ChunkId::Options, warmOptions.bytes())))
+        return false;
+    if (isNew && !fltEnsureKind(node, kind, parameter)) return false;
+    newRecord.commit();
+    newOptions.commit();
+    return true;
 }
 
 bool fltPutComment(INode* node, std::string_view text) noexcept {

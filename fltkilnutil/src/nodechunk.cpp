@@ -4,6 +4,7 @@
 #include <kiln/memory.h>
 
 #include <cstring>
+#include <utility>
 
 namespace fltkilnutil {
 
@@ -24,28 +25,9 @@ void* hostCopy(std::span<const std::byte> bytes) noexcept {
     return block;
 }
 
-bool addChunk(INode* node, ChunkId id, std::span<const std::byte> bytes) noexcept {
-    void* const block = hostCopy(bytes);
-    if (block == nullptr) return false;
-    if (node->AddAppDataChunk(kChunkClass, kChunkSuperClass, static_cast<DWORD>(id),
-                              static_cast<DWORD>(bytes.size()), block) != nullptr)
-        return true;
-    KILN_free(block);  // not attached, so still ours
-    return false;
-}
-
 bool holds(const AppDataChunk& chunk, std::span<const std::byte> bytes) noexcept {
     return chunk.data != nullptr && chunk.length == bytes.size() &&
            std::memcmp(chunk.data, bytes.data(), bytes.size()) == 0;
-}
-
-bool replaceBytes(AppDataChunk& chunk, std::span<const std::byte> bytes) noexcept {
-    void* const block = hostCopy(bytes);
-    if (block == nullptr) return false;
-    KILN_free(chunk.data);
-    chunk.data = block;
-    chunk.length = static_cast<DWORD>(bytes.size());
-    return true;
 }
 
 }  // namespace
@@ -60,16 +42,56 @@ Chunk findChunk(INode* node, ChunkId id) noexcept {
     return {static_cast<std::byte*>(chunk->data), chunk->length};
 }
 
-bool storeChunk(INode* node, ChunkId id, std::span<const std::byte> bytes) noexcept {
+ChunkChange::~ChunkChange() {
+    if (change_ == Change::Add) removeChunk(node_, id_);
+    if (change_ == Change::Replace) KILN_free(block_);
+}
+
+bool ChunkChange::prepare(INode* node, ChunkId id, std::span<const std::byte> bytes) noexcept {
     if (node == nullptr) return false;
+    node_ = node;
+    id_ = id;
+    bytes_ = bytes;
     AppDataChunk* const chunk = hostChunk(node, id);
-    if (chunk == nullptr) return addChunk(node, id, bytes);
-    if (holds(*chunk, bytes)) return true;  // a scene that stays the same is not asked to be saved
-    if (chunk->data != nullptr && chunk->length == bytes.size())
-        std::memmove(chunk->data, bytes.data(), bytes.size());  // they may overlap
-    else if (!replaceBytes(*chunk, bytes))
+    if (chunk != nullptr && holds(*chunk, bytes))
+        return true;  // a scene that stays the same is not asked to be saved
+    if (chunk != nullptr && chunk->data != nullptr && chunk->length == bytes.size()) {
+        change_ = Change::Overwrite;
+        return true;
+    }
+    block_ = hostCopy(bytes);
+    if (block_ == nullptr) return false;
+    if (chunk != nullptr) {
+        change_ = Change::Replace;
+        return true;
+    }
+    if (node->AddAppDataChunk(kChunkClass, kChunkSuperClass, static_cast<DWORD>(id),
+                              static_cast<DWORD>(bytes.size()), block_) == nullptr) {
+        KILN_free(block_);  // not attached, so still ours
         return false;
-    node->NotifyAppDataChanged();
+    }
+    change_ = Change::Add;
+    return true;
+}
+
+void ChunkChange::commit() noexcept {
+    const Change change = std::exchange(change_, Change::None);
+    if (change != Change::Replace && change != Change::Overwrite) return;
+    AppDataChunk& chunk = *hostChunk(node_, id_);
+    if (change == Change::Overwrite) {
+        std::memmove(chunk.data, bytes_.data(), bytes_.size());  // they may overlap
+    } else {
+        KILN_free(chunk.data);
+        chunk.data = block_;
+        chunk.length = static_cast<DWORD>(bytes_.size());
+    }
+    node_->NotifyAppDataChanged();
+}
+
+bool storeChunk(INode* node, ChunkId id, std::span<const std::byte> bytes) noexcept {
+    ChunkChange change;
+    if (!change.prepare(node, id, bytes)) return false;
+    change.commit();
     return true;
 }
 

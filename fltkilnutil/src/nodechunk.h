@@ -27,6 +27,34 @@ bool hasChunk(INode* node, ChunkId id) noexcept;
 /// The chunk's bytes, valid until the chunk changes; empty when there is none.
 Chunk findChunk(INode* node, ChunkId id) noexcept;
 
+/// A change of one chunk in two steps, so that several chunks change together or not at all.
+/// Everything that can fail is in the first.
+class ChunkChange {
+public:
+    ChunkChange() = default;
+    /// Takes back what was prepared and not committed.
+    ~ChunkChange();
+    ChunkChange(const ChunkChange&) = delete;
+    ChunkChange& operator=(const ChunkChange&) = delete;
+
+    /// Makes everything ready for the node's chunk to become a copy of `bytes`, which must stay
+    /// until then. False for a null node or without memory.
+    bool prepare(INode* node, ChunkId id, std::span<const std::byte> bytes) noexcept;
+
+    /// Makes the prepared change. A chunk that was there stays, and keeps its buffer when the
+    /// length is the same.
+    void commit() noexcept;
+
+private:
+    enum class Change { None, Add, Replace, Overwrite };
+
+    INode* node_ = nullptr;
+    ChunkId id_{};
+    Change change_ = Change::None;
+    std::span<const std::byte> bytes_;
+    void* block_ = nullptr;  ///< the new buffer, ours until it is in the chunk
+};
+
 /// Makes the node's chunk a copy of `bytes`. A chunk that is there stays, and keeps its buffer when
 /// the length is the same. False, with nothing changed, for a null node or without memory.
 bool storeChunk(INode* node, ChunkId id, std::span<const std::byte> bytes) noexcept;

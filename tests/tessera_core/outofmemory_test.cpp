@@ -3,10 +3,14 @@
 
 #include "../quillon/countingheap.h"
 
+#include <fltkilnutil/fltattr.h>
 #include <kiln/host/diagnostics.h>
+#include <tessera/browserclient.h>
 #include <tessera/nodecreation.h>
 
 #include <gmock/gmock.h>
+
+#include <vector>
 
 namespace {
 
@@ -73,6 +77,62 @@ TEST_F(OutOfMemoryTest, ANodeWhoseDataCannotBeStoredIsAPlainNamedHelper) {
         EXPECT_FALSE(fltHasRecord(node));
         host.DeleteNode(node);
     }
+}
+
+TEST_F(OutOfMemoryTest, AMeshIsMadeAFaceWithItsOptionsOrNotAtAll) {
+    INode* const mesh = addMesh(nullptr, "mesh");
+    std::size_t refused = 0;
+    for (std::size_t blocks = 0; blocks < 20; ++blocks) {
+        SCOPED_TRACE(blocks);
+        bool kept = false;
+        {
+            const kiln::AllocationLimit limit(blocks);
+            kept = aviary.SetKeepTriangles(mesh, 1);
+        }
+        ASSERT_EQ(aviary.HasData(mesh), kept);
+        ASSERT_EQ(mesh->NumAppDataChunks(), kept ? 3 : 0);
+        if (kept) break;
+        ++refused;
+    }
+    EXPECT_TRUE(aviary.GetKeepTriangles(mesh));
+    EXPECT_EQ(refused, 6U) << "three chunks, each a block and its bytes";
+}
+
+TEST_F(OutOfMemoryTest, AnEditStoresRecordAndOptionsOrNeither) {
+    INode* const light = host.CreateObjectNode(new DummyObject, "light");
+    ASSERT_TRUE(fltEnsureKind(light, FltNodeKind::LightPoint, kFltRevision));
+    FltAttrGroup* const group = fltAttrLoad(light, kFltRevision);
+    ASSERT_NE(group, nullptr);
+    for (const std::size_t blocks : {0U, 1U, 2U, 3U}) {
+        const kiln::AllocationLimit limit(blocks);
+        EXPECT_FALSE(fltAttrStore(light, *group));
+        EXPECT_EQ(light->NumAppDataChunks(), 1);
+    }
+    EXPECT_TRUE(fltAttrStore(light, *group));
+    EXPECT_EQ(light->NumAppDataChunks(), 3);
+}
+
+TEST_F(OutOfMemoryTest, SiblingsAreReorderedOrStayAsTheyWere) {
+    INode* const parent = add(nullptr, "p");
+    std::vector<INode*> children;
+    for (const char* name : {"a", "b", "c", "d"}) children.push_back(add(parent, name));
+    ASSERT_EQ(tessera::createBrowser(host), tessera::kBrowserDone);
+    tessera::showBrowser(host);
+    const RecordingBrowser& browser = recordingBrowser();
+    int kept = 0;
+    for (std::size_t allowed = 0;; ++allowed) {
+        SCOPED_TRACE(allowed);
+        failAllocationAfter(allowed);
+        browser.send(tessera::BrowserEvent::moveDown, browser.find("a"), browser.find("p"));
+        const bool failed = endAllocationFailure();
+        ASSERT_THAT(childNames(parent), testing::AnyOf("a,b,c,d", "b,a,c,d"));
+        ASSERT_EQ(host.GetRootNode()->NumberOfChildren(), 1);
+        if (childNames(parent) == "a,b,c,d") ++kept;
+        if (!failed) break;
+        for (INode* const child : children) parent->AttachChild(child);
+        tessera::showBrowser(host);
+    }
+    EXPECT_GT(kept, 0);
 }
 
 }  // namespace

@@ -69,6 +69,12 @@ bool fltGetOptions(INode* node, FltNodeOptions& options) noexcept;
 /// Whether the node has an options chunk, readable or not.
 bool fltHasOptions(INode* node) noexcept;
 
+/// Stores a node's record and, unless null, its options at once: both or neither. A node without a
+/// kind block becomes one of `kind` with `parameter`, and stays as it was when the rest cannot be
+/// stored; for any other node the two are not looked at.
+bool fltPutData(INode* node, FltNodeKind kind, std::uint32_t parameter, const FltRecord& record,
+                const FltNodeOptions* options) noexcept;
+
 /// Stores `text` (UTF-8, ended by its first NUL if it has one) as the node's comment; needs no kind
 /// block. False for a comment that does not fit one OpenFlight record (about 65,500 bytes).
 bool fltPutComment(INode* node, std::string_view text) noexcept;

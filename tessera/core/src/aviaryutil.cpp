@@ -220,9 +220,11 @@ public:
         lodDistanceSet_ = true;
     }
     void SetLodDistance(double distance) override {
-        StoreLodDistance(distance);
-        orNothing([] {
-            if (Interface* const host = GetCOREInterface()) LodViewer(*host).Refresh();
+        orNothing([&] {
+            Interface* const host = GetCOREInterface();
+            if (!host) return;
+            StoreLodDistance(distance);
+            LodViewer(*host).Refresh();
         });
     }
     double GetLodDistance() override { return lodDistance_; }
@@ -356,13 +358,10 @@ bool AviaryUtil::SetKeepTriangles(INode* node, int flag) {
         KilnFace options;
         if (fltHasOptions(node) && !fltGetOptions(node, options)) return false;
         options.keepTriangles = static_cast<std::uint32_t>(flag);
-        if (!fltHasData(node)) {
-            if (!fltEnsureKind(node, FltNodeKind::Face, kFltRevision)) return false;
-        } else if (!isStored(node, FltNodeKind::Face) ||
-                   (fltHasRecord(node) && !fltGetRecord(node, record))) {
+        if (fltHasData(node) && (!isStored(node, FltNodeKind::Face) ||
+                                 (fltHasRecord(node) && !fltGetRecord(node, record))))
             return false;
-        }
-        return fltPutRecord(node, record) && fltPutOptions(node, options);
+        return fltPutData(node, FltNodeKind::Face, kFltRevision, record, &options);
     });
 }
 

@@ -47,9 +47,23 @@ Nodes childrenOf(INode* parent) {
     return children;
 }
 
-void attachInOrder(Interface& host, INode* parent, const Nodes& children) {
-    for (INode* const child : children) child->Detach(host.GetTime(), true);
-    for (INode* const child : children) parent->AttachChild(child, true);
+bool attachInOrder(INode* parent, const Nodes& children) {
+    return std::all_of(children.begin(), children.end(),
+                       [=](INode* child) { return parent->AttachChild(child, true); });
+}
+
+/// Gives the parent its children in the new order. When the host refuses one, or fails half way,
+/// they are put back in the old one.
+bool changeOrder(Interface& host, INode* parent, const Nodes& old, const Nodes& wanted) {
+    try {
+        for (INode* const child : wanted) child->Detach(host.GetTime(), true);
+        if (attachInOrder(parent, wanted)) return true;
+    } catch (...) {
+        attachInOrder(parent, old);
+        throw;
+    }
+    attachInOrder(parent, old);
+    return false;
 }
 
 }  // namespace
@@ -59,9 +73,11 @@ void moveAmongSiblings(Interface& host, BrowserItem item, BrowserItem parentItem
     INode* const parent = nodeOf(parentItem);
     INode* const node = nodeOf(item);
     if (!parent || !node || node->GetParentNode() != parent) return beep();
-    Nodes children = childrenOf(parent);
-    if (!reorder(children, movedNodes(node, step, items), step)) return beep();
-    attachInOrder(host, parent, children);
+    const Nodes old = childrenOf(parent);
+    Nodes children = old;
+    if (!reorder(children, movedNodes(node, step, items), step) ||
+        !changeOrder(host, parent, old, children))
+        return beep();
 
     _zufltguidelchildren(parentItem);
     BrowserFill fill(host);
