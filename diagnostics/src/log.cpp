@@ -59,7 +59,7 @@ void noteCurrentException() noexcept {
 
 bool Guard::reportNoted(const char* sourceFile, int guardLine) noexcept {
     if (!noted_) return false;
-    if (outer_) {
+    if (outer_ && !logsItself_) {
         if (!outer_->noted_) outer_->noted_ = noted_;
         return true;
     }

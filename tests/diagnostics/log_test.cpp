@@ -136,6 +136,22 @@ TEST_F(LogTest, NestedEntryPointsLogAFailureOnceAtTheOutermost) {
     EXPECT_EQ(content(), "Assertion failed in fltgroup at 61\n");
 }
 
+TEST_F(LogTest, AStepThatLogsItselfKeepsItsOwnLine) {
+    const auto failing = []() -> bool {
+        try {
+            throw 5;
+        } catch (...) {
+            diagnostics::noteCurrentException();
+            return false;
+        }
+    };
+    EXPECT_TRUE(guarded("avfltpanel", 523, false, [&] {
+        EXPECT_FALSE(guarded("avfltpanel", 717, false, failing, true));
+        return true;
+    })) << "it is dealt with";
+    EXPECT_EQ(content(), "Exception in avfltpanel at 717\n");
+}
+
 TEST(AviaryAssertionTest, BoundsTheSourceName) {
     const AviaryAssertion assertion(std::string(1000, 'x').c_str(), 3);
     EXPECT_EQ(assertion.file, std::string(255, 'x'));

@@ -30,7 +30,10 @@ void Client::callback(BrowserEvent event, BrowserItem first, BrowserItem second,
         if (yes) *reinterpret_cast<std::uint32_t*>(argument) = 0;
     };
     if (event == BrowserEvent::confirmForm) return answer(client.allowsForm);
-    if (event == BrowserEvent::confirmKind) return answer(client.knowsKinds);
+    if (event == BrowserEvent::confirmKind) {
+        if (client.onConfirmKind) client.onConfirmKind();
+        return answer(client.knowsKinds);
+    }
     if (event == BrowserEvent::activated && !client.notesActivation) return;
     if (event == BrowserEvent::rename) client.lastText = reinterpret_cast<const char*>(argument);
     const Sent sent{event, first, second, argument, argument2};
@@ -40,36 +43,6 @@ void Client::callback(BrowserEvent event, BrowserItem first, BrowserItem second,
 
 std::vector<Sent> Client::take() {
     return std::exchange(sent_, {});
-}
-
-// ---------------------------------------------------------------- message boxes
-
-MessageBoxes::MessageBoxes()
-    : hook_(SetWindowsHookExW(WH_CBT, hook, nullptr, GetCurrentThreadId())) {
-    current_ = this;
-}
-
-MessageBoxes::~MessageBoxes() {
-    UnhookWindowsHookEx(hook_);
-    current_ = nullptr;
-}
-
-std::vector<std::wstring> MessageBoxes::take() {
-    return std::exchange(texts_, {});
-}
-
-LRESULT CALLBACK MessageBoxes::hook(int code, WPARAM wParam, LPARAM lParam) {
-    constexpr int kMessageText = 0xFFFF;
-    const auto window = reinterpret_cast<HWND>(wParam);
-    if (code == HCBT_ACTIVATE && !GetDlgItem(window, IDC_TREE)) {
-        wchar_t text[256] = L"";
-        // A box has its text in a control of this number, and an OK button.
-        if (GetDlgItem(window, kMessageText) && GetDlgItemTextW(window, kMessageText, text, 256)) {
-            current_->texts_.emplace_back(text);
-            PostMessageW(window, WM_COMMAND, IDOK, 0);
-        }
-    }
-    return CallNextHookEx(nullptr, code, wParam, lParam);
 }
 
 // ---------------------------------------------------------------- fixture

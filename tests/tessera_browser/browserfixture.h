@@ -1,6 +1,7 @@
 // A form of the browser in the built module, with a client that writes down what it is sent.
 #pragma once
 
+#include "../support/messageboxes.h"
 #include "moduleexports.h"
 
 #include <fltkilnutil/kilnflt.h>
@@ -46,28 +47,14 @@ public:
     bool knowsKinds = true;
     /// Message boxes that close activate the form again, which few tests are about.
     bool notesActivation = false;
+    /// Called before a kind is confirmed.
+    std::function<void()> onConfirmKind;
     /// Asked for every event that is written down.
     std::function<void(const Sent&)> onEvent;
     std::string lastText;  ///< the text of the last renaming
 
 private:
     std::vector<Sent> sent_;
-};
-
-/// Answers every message box of the thread with OK and keeps its text.
-class MessageBoxes {
-public:
-    MessageBoxes();
-    ~MessageBoxes();
-    MessageBoxes(const MessageBoxes&) = delete;
-    MessageBoxes& operator=(const MessageBoxes&) = delete;
-    std::vector<std::wstring> take();
-
-private:
-    static LRESULT CALLBACK hook(int code, WPARAM wParam, LPARAM lParam);
-    static inline MessageBoxes* current_ = nullptr;
-    HHOOK hook_;
-    std::vector<std::wstring> texts_;
 };
 
 class BrowserTest : public testing::Test {

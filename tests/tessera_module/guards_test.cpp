@@ -1,5 +1,7 @@
 // What the entry points that the host and the browser call do with failures inside: they go on, or
 // give up quietly, and the log gets one line.
+#include "../support/failingallocator.h"
+#include "../support/messageboxes.h"
 #include "panelfixture.h"
 
 #include <diagnostics/assertion.h>
@@ -113,6 +115,38 @@ TEST_F(GuardTest, MakingTheBrowserSurvivesWhateverTheHostThrows) {
     openPage();
     EXPECT_EQ(logged(), "Assertion failed in flthost at 12\n");
     window.failure_ = nullptr;
+}
+
+TEST_F(GuardTest, MakingTheBrowserWithoutMemoryHasALineOfItsOwn) {
+    exported<void (*)()>("_zufltguidestroy")();
+    const MessageBoxes boxes;
+    const FailingAllocator allocator;
+    ASSERT_TRUE(allocator.isThere());
+    int ownLines = 0;
+    bool failed = true;
+    for (int allocations = 0; failed; ++allocations) {
+        SCOPED_TRACE(allocations);
+        FailingAllocator::failAfter(allocations);
+        SendMessageW(window.page_, WM_INITDIALOG, 0, 0);
+        failed = FailingAllocator::hasFailed();
+        FailingAllocator::failNever();
+        const std::string lines = logged();
+        ASSERT_TRUE(lines.empty() || lines == "Exception in avfltpanel at 717\n") << lines;
+        if (!lines.empty()) ++ownLines;
+        exported<void (*)()>("_zufltguidestroy")();
+    }
+    EXPECT_GT(ownLines, 0);
+}
+
+TEST_F(GuardTest, ThePageItselfMayFail) {
+    core.closeUtility();
+    window.pageFailure_ = [] { throw std::runtime_error("no page"); };
+    openPage();
+    EXPECT_EQ(window.page_, nullptr);
+    core.closeUtility();
+    window.pageFailure_ = nullptr;
+    openPage();
+    EXPECT_TRUE(window.page_);
 }
 
 }  // namespace

@@ -25,12 +25,14 @@ public:
     }
     HWND addRollupPage(HINSTANCE module, int dialogId, DLGPROC procedure, const char* title,
                        LPARAM param, DWORD, int category) override {
+        if (pageFailure_) pageFailure_();
         title_ = title;
         category_ = category;
         page_ = CreateDialogParamW(module, MAKEINTRESOURCEW(dialogId), main_, procedure, param);
         return page_;
     }
     void deleteRollupPage(HWND page) override {
+        if (pageFailure_) pageFailure_();
         EXPECT_EQ(page, page_);
         DestroyWindow(page);
         page_ = nullptr;
@@ -54,6 +56,8 @@ public:
     int redraws_ = 0;
     /// Called whenever the module asks for the host's window; it may throw.
     std::function<void()> failure_;
+    /// The same for rollup pages.
+    std::function<void()> pageFailure_;
 };
 
 class PanelTest : public testing::Test {

@@ -31,13 +31,15 @@ void noteCurrentException() noexcept;
 /// thread alone.
 class Guard {
 public:
-    Guard() noexcept : outer_(std::exchange(innermost_, this)) {}
+    /// `logsItself`: writes what it was told of by itself, whatever it runs inside of.
+    explicit Guard(bool logsItself = false) noexcept
+        : outer_(std::exchange(innermost_, this)), logsItself_(logsItself) {}
     ~Guard() { innermost_ = outer_; }
     Guard(const Guard&) = delete;
     Guard& operator=(const Guard&) = delete;
 
-    /// Whether a failure was noted. It makes one line of the log, and that line is the outermost
-    /// entry point's: what the host called is what failed.
+    /// Whether a failure was noted. It makes one line of the log, and unless this guard logs by
+    /// itself that line is the outermost entry point's: what the host called is what failed.
     bool reportNoted(const char* sourceFile, int guardLine) noexcept;
 
 private:
@@ -46,14 +48,17 @@ private:
     static inline Guard* innermost_ = nullptr;
 
     Guard* outer_;
+    bool logsItself_;
     std::exception_ptr noted_;
 };
 
 /// Runs `body` and gives its result. When it throws, or when a failure below it was noted, logs one
-/// line and gives `failure` instead; nothing leaves this function by exception.
+/// line and gives `failure` instead; nothing leaves this function by exception. `logsItself` is for
+/// a step within an entry point that has a line of its own.
 template <typename Body, typename Result>
-Result guarded(const char* sourceFile, int guardLine, Result failure, Body&& body) noexcept {
-    Guard guard;
+Result guarded(const char* sourceFile, int guardLine, Result failure, Body&& body,
+               bool logsItself = false) noexcept {
+    Guard guard(logsItself);
     try {
         const Result result = std::forward<Body>(body)();
         return guard.reportNoted(sourceFile, guardLine) ? failure : result;

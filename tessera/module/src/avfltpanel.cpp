@@ -6,6 +6,8 @@
 #include <tessera/browserclient.h>
 #include <tessera/lodviewer.h>
 
+#include <utility>
+
 namespace {
 
 constexpr const char* kSource = "avfltpanel";
@@ -26,16 +28,24 @@ void AvFltUtil::BeginEditParams(Interface* host, IUtil* utility) {
     const ModuleScope scope;
     ip = host;
     iu = utility;
-    hPanel = ip->AddRollupPage(moduleInstance(), IDD_PANEL, panelProc, kPanelTitle, 0, 0,
-                               kRollupCategory);
+    try {
+        hPanel = ip->AddRollupPage(moduleInstance(), IDD_PANEL, panelProc, kPanelTitle, 0, 0,
+                                   kRollupCategory);
+    } catch (...) {
+        hPanel = nullptr;  // no page; the utility can be closed and opened again
+    }
 }
 
 void AvFltUtil::EndEditParams(Interface* host, IUtil*) {
     const ModuleScope scope;
     iu = nullptr;
     ip = nullptr;
-    host->DeleteRollupPage(hPanel);
-    hPanel = nullptr;
+    const HWND page = std::exchange(hPanel, nullptr);
+    try {
+        host->DeleteRollupPage(page);
+    } catch (...) {
+        // The page is the host's, and so is what becomes of it.
+    }
 }
 
 INT_PTR CALLBACK AvFltUtil::panelProc(HWND panel, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -95,9 +105,10 @@ void AvFltUtil::handleCommand(int control) {
 }
 
 void AvFltUtil::makeBrowser() {
-    diagnostics::guarded(kSource, kMakeBrowserLine, false, [this] {
-        return ip && tessera::createBrowser(*ip) == tessera::kBrowserDone;
-    });
+    constexpr bool kLogsItself = true;
+    diagnostics::guarded(
+        kSource, kMakeBrowserLine, false,
+        [this] { return ip && tessera::createBrowser(*ip) == tessera::kBrowserDone; }, kLogsItself);
 }
 
 template <typename Step>
