@@ -132,6 +132,13 @@ TEST_F(BrowserCommands, CreateIsForExactlyOneSelectedNode) {
     EXPECT_TRUE(boxes.take().empty()) << "it only beeps";
 }
 
+TEST_F(BrowserCommands, CreateStopsWhenItsParentGoesMeanwhile) {
+    select({a});
+    client.onConfirmKind = [] { browser().delNode(nullptr); };
+    push(IDC_CREATE);
+    EXPECT_TRUE(client.take().empty());
+}
+
 TEST_F(BrowserCommands, CreateRefusesFacesAndItemsWithoutANode) {
     const BrowserItem face = add(root, "face", 5);
     select({face});

@@ -94,6 +94,65 @@ TEST_F(BrowserForm, ASceneChangeLeavesOnlyRefresh) {
     EXPECT_EQ(TreeView_GetCount(tree()), 2u);
 }
 
+TEST_F(BrowserForm, ATreeOfNodesThatMayHaveGoneIsRebuiltBeforeItIsShown) {
+    open();
+    client.onEvent = [&](const Sent& sent) {
+        if (sent.event != BrowserEvent::rebuild) return;
+        EXPECT_FALSE(IsWindowVisible(form()));
+        browser().delNode(nullptr);
+        add(nullptr, "fresh");
+    };
+    const auto leave = {+[] { browser().sceneChanged(); },
+                        +[] { SendMessageW(form(), WM_CLOSE, 0, 0); }};
+    for (const auto& outdate : leave) {
+        add(nullptr, "stale");
+        outdate();
+        browser().show(0);
+        client.take();
+        EXPECT_TRUE(browser().show(1));
+        EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::rebuild}}));
+        EXPECT_EQ(label(TreeView_GetRoot(tree())), L"fresh");
+        EXPECT_TRUE(isEnabled(IDC_FIND));
+    }
+    browser().show(0);
+    browser().show(1);
+    EXPECT_TRUE(client.take().empty()) << "nothing has changed since";
+}
+
+TEST_F(BrowserForm, ComesBackFromEveryStateToItsPlace) {
+    open();
+    const SIZE size = sizeOf(form());
+    for (const int command : {SW_MAXIMIZE, SW_MINIMIZE}) {
+        ShowWindow(form(), command);
+        testinput::pump();
+        browser().resetPos();
+        EXPECT_FALSE(IsZoomed(form()) || IsIconic(form()));
+        RECT area{};
+        GetWindowRect(form(), &area);
+        EXPECT_EQ(area.left, 0);
+        EXPECT_EQ(area.top, 0);
+        EXPECT_TRUE(command == SW_MAXIMIZE || sizeOf(form()).cx == size.cx);
+        MoveWindow(form(), 30, 40, size.cx, size.cy, TRUE);
+    }
+    ShowWindow(form(), SW_MINIMIZE);
+    browser().show(0);
+    browser().resetPos();
+    EXPECT_FALSE(IsWindowVisible(form()));
+}
+
+TEST_F(BrowserForm, IsMadeAnewAfterItsOwnerIsGone) {
+    const HWND owner = CreateWindowExW(0, L"STATIC", L"owner", WS_OVERLAPPEDWINDOW, 0, 0, 50, 50,
+                                       nullptr, nullptr, nullptr, nullptr);
+    ASSERT_EQ(browser().create(owner, Client::callback, 0, &client), 0);
+    ASSERT_NE(form(), nullptr);
+    DestroyWindow(owner);
+    EXPECT_FALSE(browser().show(1)) << "there is none to be shown";
+    EXPECT_EQ(browser().create(nullptr, Client::callback, 0, &client), 0);
+    ASSERT_NE(form(), nullptr);
+    EXPECT_TRUE(browser().show(1));
+    EXPECT_TRUE(IsWindowVisible(form()));
+}
+
 TEST_F(BrowserForm, SharesItsGrowthOut) {
     open();
     struct Expectation {

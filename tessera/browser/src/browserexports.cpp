@@ -28,10 +28,19 @@ std::string title;
 // Forms destroyed by their client while their own code was on the stack.
 std::vector<std::unique_ptr<Hierarchy>> retired;
 
+void destroyForm() {
+    if (!form) return;
+    retired.push_back(std::move(form));
+    retired.back()->DestroyWindow();
+}
+
 // What every exported function opens first.
 class Entry {
 public:
-    Entry() = default;
+    // A form whose window went with its owner is none.
+    Entry() {
+        if (form && !form->HasWindow()) destroyForm();
+    }
     ~Entry() {
         if (FormBusy::depth() == 1) retired.clear();
     }
@@ -99,12 +108,6 @@ BrowserStatus makeForm(HWND parent) {
     if (!made->create(parent)) return kBrowserDialogFailed;
     form = std::move(made);
     return kBrowserDone;
-}
-
-void destroyForm() {
-    if (!form) return;
-    retired.push_back(std::move(form));
-    retired.back()->DestroyWindow();
 }
 
 }  // namespace

@@ -31,6 +31,7 @@ LRESULT CSwitch::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
 
 bool CSwitch::OnInitDialog() {
     mask_.Attach(Item(IDC_MASK));
+    mask_.SetLimit(kLongestMaskText);
     index_.Attach(Item(IDC_MASK_INDEX));
     CheckItem(IDC_SHOW_MASK, showInViewport_);
     Display();

@@ -96,6 +96,7 @@ bool Hierarchy::OnInitDialog() {
         ShowMessage(platformMessage(ERROR_NOT_ENOUGH_MEMORY), MB_OK | MB_ICONSTOP);
         return false;
     }
+    limitComment();
     loadPictures();
     addAboutCommand();
     alignControls();
@@ -189,9 +190,20 @@ void Hierarchy::OnMinMaxInfo(MINMAXINFO& info) {
                            std::max(info.ptMinTrackSize.y, smallestTrack_.cy)};
 }
 
+// Neither minimised nor maximised any more. A hidden form stays hidden.
+void Hierarchy::restorePlacement() {
+    WINDOWPLACEMENT placement{};
+    placement.length = sizeof placement;
+    ::GetWindowPlacement(Handle(), &placement);
+    placement.showCmd = SW_SHOWNORMAL;
+    const bool visible = IsVisible();
+    ::SetWindowPlacement(Handle(), &placement);
+    if (!visible) Hide();
+}
+
 void Hierarchy::resetPosition() {
     // The recorded size is that of the client area.
-    if (::IsIconic(Handle())) Show(SW_RESTORE);
+    if (::IsIconic(Handle()) || ::IsZoomed(Handle())) restorePlacement();
     RECT area{0, 0, size_.cx, size_.cy};
     ::AdjustWindowRectEx(&area, Style(), FALSE,
                          static_cast<DWORD>(::GetWindowLongPtrW(Handle(), GWL_EXSTYLE)));
@@ -208,6 +220,7 @@ void Hierarchy::show(bool shown) {
         Hide();
         return;
     }
+    if (stale_) refresh();
     resetProperties(true);
     Show(SW_SHOWNORMAL);
     ::SetForegroundWindow(Handle());  // also when it was there already, behind another
@@ -222,6 +235,7 @@ void Hierarchy::OnActivate(UINT state, HWND, bool) {
 void Hierarchy::OnClose() {
     if (switchEditor_) switchEditor_->Send(WM_CLOSE);
     send(BrowserEvent::closed);
+    stale_ = true;  // a client need not tell of the scene any more
     Hide();
 }
 
@@ -263,6 +277,7 @@ void Hierarchy::resetProperties(bool enabled) {
 // The nodes that the tree names may have gone, so none is current any more, not even for a field
 // that now loses the focus. Scenes change node by node: only the first change does anything.
 void Hierarchy::sceneChanged() {
+    stale_ = true;
     if (!commandsEnabled_ && !current_) return;
     current_ = nullptr;
     resetProperties(false);
@@ -324,6 +339,7 @@ void Hierarchy::clear() {
     tree_.DeleteAll();
     index_.clear();
     clearing_ = false;
+    stale_ = false;
     selectedCount_ = 0;
     EnableItem(IDC_CREATE, false);
     editSwitch(false, nullptr);

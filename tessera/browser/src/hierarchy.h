@@ -73,6 +73,7 @@ private:
     void addAboutCommand();
     void layOut(int growX, int growY);
     void fitColumns();
+    void restorePlacement();
 
     // The client.
     bool hasClient() const noexcept { return callback_ != nullptr; }
@@ -113,6 +114,7 @@ private:
     void showNothing(const char* name);
     void showName(const FltAttrGroup& set);
     void showAttributes(const FltAttrGroup& set);
+    void limitComment();
     void showComment(NodeHandle node);
     void storeComment();
     void reduceGrid();
@@ -155,6 +157,7 @@ private:
     CButton subtree_;
     CImageList images_;
     bool commandsEnabled_ = true;
+    bool stale_ = false;      ///< the tree may name nodes that have gone
     bool keepFocus_ = false;  ///< showing a node must not give the keyboard to the tree
     std::string shownComment_;
 };

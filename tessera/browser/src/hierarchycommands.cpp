@@ -230,7 +230,7 @@ void Hierarchy::create() {
         beep();
         return;
     }
-    const TreeItem* const parent = tree_.FirstSelected();
+    const TreeItem* parent = tree_.FirstSelected();
     const int choice = createKind_.Selected();
     if (!parent || choice < 0 || !mayCreate(*parent, choice)) return;
     const HTREEITEM item = parent->handle;
@@ -238,6 +238,8 @@ void Hierarchy::create() {
     std::uint32_t unknown = 1;
     send(BrowserEvent::confirmKind, item, nullptr, addressOf(unknown));
     if (unknown != 0) opcode = kFltObject;
+    parent = tree_.Find(item);
+    if (!parent) return;  // the client has changed the tree meanwhile
     const auto argument =
         static_cast<std::uintptr_t>(static_cast<std::intptr_t>(static_cast<std::int16_t>(opcode)));
     const TreeItem* const lastBefore = parent->lastChild;

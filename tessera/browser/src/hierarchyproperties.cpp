@@ -39,6 +39,10 @@ void setTextOf(const CWnd& control, const std::string& text) {
 
 }  // namespace
 
+void Hierarchy::limitComment() {
+    comment_.SetLimit(kLongestComment);
+}
+
 // Every change of the current item ends here.
 void Hierarchy::showNode(HTREEITEM item) {
     if (comment_.HasFocus()) storeComment();
@@ -46,8 +50,7 @@ void Hierarchy::showNode(HTREEITEM item) {
     const TreeItem* const found = tree_.Find(item);
     if (!found) {
         current_ = nullptr;
-        focusTree();
-        editSwitch(false, nullptr);
+        showNothing("");
         return;
     }
     if (!found->node) {
