@@ -40,6 +40,20 @@ TEST_F(Allocations, AWarmLoadOfAnyKindAllocatesNothing) {
     EXPECT_GT(before, 0U) << "the counter counts";
 }
 
+TEST_F(Allocations, AnEditStoresRecordAndOptionsOrNeither) {
+    INode* const light = kindNode(FltNodeKind::LightPoint);
+    FltAttrGroup* const loaded = fltAttrLoad(light, 1580);
+    ASSERT_NE(loaded, nullptr);
+    ASSERT_EQ(light->NumAppDataChunks(), 1);
+    for (const std::size_t blocks : {0U, 1U, 2U, 3U}) {
+        const kiln::AllocationLimit limit(blocks);
+        EXPECT_FALSE(fltAttrStore(light, *loaded));
+        EXPECT_EQ(light->NumAppDataChunks(), 1) << blocks;
+    }
+    EXPECT_TRUE(fltAttrStore(light, *loaded));
+    EXPECT_EQ(light->NumAppDataChunks(), 3);
+}
+
 TEST_F(Allocations, OnlyATextLongerThanAnyBeforeNeedsRoom) {
     INode* const brief = kindNode(FltNodeKind::XRef);
     INode* const wordy = kindNode(FltNodeKind::XRef);

@@ -3,7 +3,6 @@
 
 #include "../quillon/countingheap.h"
 
-#include <fltkilnutil/fltattr.h>
 #include <kiln/host/diagnostics.h>
 #include <tessera/browserclient.h>
 #include <tessera/nodecreation.h>
@@ -96,20 +95,6 @@ TEST_F(OutOfMemoryTest, AMeshIsMadeAFaceWithItsOptionsOrNotAtAll) {
     }
     EXPECT_TRUE(aviary.GetKeepTriangles(mesh));
     EXPECT_EQ(refused, 6U) << "three chunks, each a block and its bytes";
-}
-
-TEST_F(OutOfMemoryTest, AnEditStoresRecordAndOptionsOrNeither) {
-    INode* const light = host.CreateObjectNode(new DummyObject, "light");
-    ASSERT_TRUE(fltEnsureKind(light, FltNodeKind::LightPoint, kFltRevision));
-    FltAttrGroup* const group = fltAttrLoad(light, kFltRevision);
-    ASSERT_NE(group, nullptr);
-    for (const std::size_t blocks : {0U, 1U, 2U, 3U}) {
-        const kiln::AllocationLimit limit(blocks);
-        EXPECT_FALSE(fltAttrStore(light, *group));
-        EXPECT_EQ(light->NumAppDataChunks(), 1);
-    }
-    EXPECT_TRUE(fltAttrStore(light, *group));
-    EXPECT_EQ(light->NumAppDataChunks(), 3);
 }
 
 TEST_F(OutOfMemoryTest, SiblingsAreReorderedOrStayAsTheyWere) {
