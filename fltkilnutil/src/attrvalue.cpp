@@ -42,9 +42,12 @@ std::span<char> textField(void* address, const FltAttrDesc& descriptor) noexcept
     return {static_cast<char*>(address), descriptor.field.size};
 }
 
-const char* enumText(const FltAttrEnum* table, std::int32_t value) noexcept {
+const char* enumText(const FltAttrDesc& descriptor, std::int32_t value) noexcept {
+    const FltAttrEnum* table = descriptor.enumeration;
     if (table == nullptr) return "";
-    if (table == yesNoTable && value != 0) value = 1;  // any byte but zero means yes
+    // In a flag of one byte all but zero means yes. A wider field with a value of its own has no
+    // text.
+    if (table == yesNoTable && value != 0 && descriptor.field.size == 1) value = 1;
     for (; table->text != nullptr; ++table)
         if (table->value == value) return table->text;
     return "";
@@ -80,7 +83,7 @@ std::string_view printField(const FltAttrBlock& block, const FltAttrDesc& descri
             break;
     }
     const auto value = static_cast<std::int32_t>(fltAttrGetField(block, descriptor));
-    if (descriptor.type == FltAttrType::Enumeration) return enumText(descriptor.enumeration, value);
+    if (descriptor.type == FltAttrType::Enumeration) return enumText(descriptor, value);
     return {room, fltFormatInteger(value, room)};
 }
 

@@ -120,6 +120,10 @@ FltAttrDesc::FltAttrDesc(const char* rowCaption, FltAttrTarget rowTarget, const 
     bitFlag = mask != 0 ? 1 : 0;
 }
 
+bool FltAttrDesc::isYesNo() const noexcept {
+    return enumeration == yesNoTable;
+}
+
 FltAttrGroup* fltAttrGroupFind(FltNodeKind kind) noexcept {
     const AttrTable* const table = AttrTable::instance();
     return table != nullptr ? table->find(kind) : nullptr;

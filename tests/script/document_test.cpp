@@ -79,6 +79,18 @@ TEST_F(DocumentTest, AttributesRefuseWhatTheyWouldMisread) {
                 testing::HasSubstr("takes an integer"));
     EXPECT_THAT(bad("setAttr $near \"FltNothing\" 1"), testing::HasSubstr("no attribute"));
     EXPECT_THAT(bad("setAttr $near \"FltLodFrozen\" \"maybe\""), testing::HasSubstr("none of"));
+    // Nothing is stored in part, and a boolean is no entry of a list of others.
+    good("Aviary.CreateGroup()\nobjects[2].name = \"g\"");
+    EXPECT_THAT(bad("\n  setAttr $g \"FltGrpLayer\" 128"),
+                testing::AllOf(testing::HasSubstr(":2:3: "),
+                               testing::HasSubstr("from -128 to 127, not 128")));
+    EXPECT_EQ(good("setAttr $g \"FltGrpLayer\" -128; getAttr $g \"FltGrpLayer\""), "-128");
+    EXPECT_THAT(bad("setAttr $g \"FltGrpSpecial1\" 32768"), testing::HasSubstr("to 32767"));
+    EXPECT_THAT(bad("Aviary.CreateLightPoint(); $lp001.name = \"p\"; setAttr $p "
+                    "\"FltLtPtIntensity\" 1e39"),
+                testing::HasSubstr("takes numbers from"));
+    EXPECT_THAT(bad("setAttr $p \"FltLtPtDisplayMode\" true"), testing::HasSubstr("none of"));
+    EXPECT_THAT(bad("setAttr $p \"FltLtPtDrawOrder\" 3e9"), testing::HasSubstr("an integer"));
     EXPECT_THAT(bad("getAttr objects[9] \"x\""), testing::HasSubstr("no element 9"));
     EXPECT_EQ(good("setAttr $near \"FltLodFrozen\" true; a = getAttr $near \"FltLodFrozen\"\n"
                    "setAttr $near \"FltLodFrozen\" false; a != getAttr($near, \"FltLodFrozen\")"),

@@ -94,6 +94,9 @@ struct FltAttrDesc {
 
     bool isTerminator() const noexcept { return caption == nullptr && key == nullptr; }
 
+    /// Whether the row was declared as a boolean, so that its choices are no and yes.
+    bool isYesNo() const noexcept;
+
     const char* caption = nullptr;
     const char* key = nullptr;  ///< empty: not addressable by scripts
     FltAttrType type = FltAttrType::Text;

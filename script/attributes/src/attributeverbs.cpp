@@ -8,6 +8,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <limits>
+#include <optional>
 #include <string>
 
 namespace script {
@@ -40,12 +42,60 @@ std::string textOf(const FltAttrDesc& row) {
     return text ? std::string(text) : std::string();
 }
 
-bool isNumberText(const std::string& text, bool whole) {
+/// The number that a text is, if it is one.
+std::optional<double> numberIn(const std::string& text, bool whole) {
     double value = 0;
     const char* const end = text.data() + text.size();
     const auto [last, error] = std::from_chars(text.data(), end, value);
-    return error == std::errc() && last == end && std::isfinite(value) &&
-           (!whole || text.find_first_of(".eE") == text.npos);
+    const bool isNumber = error == std::errc() && last == end && std::isfinite(value) &&
+                          (!whole || text.find_first_of(".eE") == text.npos);
+    return isNumber ? std::optional(value) : std::nullopt;
+}
+
+/// What a row's field can hold.
+struct Range {
+    double least;
+    double most;
+};
+
+template <typename Number>
+constexpr Range rangeOf() {
+    return {double{std::numeric_limits<Number>::lowest()},
+            double{std::numeric_limits<Number>::max()}};
+}
+
+Range rangeOf(FltAttrWidth width) {
+    switch (width) {
+        case FltAttrWidth::Int8:
+            return rangeOf<std::int8_t>();
+        case FltAttrWidth::Uint8:
+            return rangeOf<std::uint8_t>();
+        case FltAttrWidth::Int16:
+            return rangeOf<std::int16_t>();
+        case FltAttrWidth::Uint16:
+            return rangeOf<std::uint16_t>();
+        case FltAttrWidth::Float32:
+            return rangeOf<float>();
+        case FltAttrWidth::Float64:
+            return rangeOf<double>();
+        default:
+            return rangeOf<std::int32_t>();
+    }
+}
+
+std::string numberFor(const FltAttrDesc& row, std::string text) {
+    const bool whole = row.type == FltAttrType::Integer;
+    const std::optional<double> number = numberIn(text, whole);
+    if (!number) {
+        throw Failure(quoted(row.key) +
+                      (whole ? " takes an integer, not " : " takes a number, not ") + quoted(text));
+    }
+    const Range range = rangeOf(row.width);
+    if (*number < range.least || *number > range.most) {
+        throw Failure(quoted(row.key) + " takes numbers from " + Value(range.least).shown() +
+                      " to " + Value(range.most).shown() + ", not " + text);
+    }
+    return text;
 }
 
 [[noreturn]] void refuseChoice(const FltAttrDesc& row, const std::string& text) {
@@ -60,8 +110,8 @@ std::string textFor(const FltAttrDesc& row, const Value& value) {
     std::int32_t ignored = 0;
     switch (row.type) {
         case FltAttrType::Enumeration: {
-            if (const auto* boolean = value.as<bool>(); boolean && row.choices.size() >= 2)
-                for (const FltAttrEnum* entry = row.enumeration; entry && entry->text; ++entry)
+            if (const auto* boolean = value.as<bool>(); boolean && row.isYesNo())
+                for (const FltAttrEnum* entry = row.enumeration; entry->text; ++entry)
                     if ((entry->value != 0) == *boolean) return entry->text;
             const std::string text = value.shown();
             if (!fltAttrEnumValue(row.enumeration, text, ignored)) refuseChoice(row, text);
@@ -69,15 +119,8 @@ std::string textFor(const FltAttrDesc& row, const Value& value) {
         }
         case FltAttrType::Integer:
         case FltAttrType::Float:
-        case FltAttrType::Double: {
-            const bool whole = row.type == FltAttrType::Integer;
-            const std::string text = value.shown();
-            if (!isNumberText(text, whole))
-                throw Failure(quoted(row.key) +
-                              (whole ? " takes an integer, not " : " takes a number, not ") +
-                              quoted(text));
-            return text;
-        }
+        case FltAttrType::Double:
+            return numberFor(row, value.shown());
         default:
             return value.shown();
     }

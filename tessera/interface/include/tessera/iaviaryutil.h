@@ -13,7 +13,8 @@ inline constexpr Interface_ID kAviaryInterfaceId(0x6A3C1F07, 0x2E9D0002);
 ///     static_cast<IAviaryUtil*>(GetCOREInterface(kAviaryInterfaceId))
 ///
 /// Other plug-ins are compiled against the order of these functions: append, never reorder.
-/// None of them throws. Texts are UTF-8. Failure is false, 0 or an empty text, and changes nothing.
+/// None of them throws. Texts are UTF-8. Failure is false, 0 or an empty text, and changes nothing
+/// (for one exception see `CopyData`).
 class IAviaryUtil : public FPStaticInterface {
 public:
     /// Opens the hierarchy browser, fills it from the scene and follows scene changes.
@@ -71,7 +72,9 @@ public:
 
     /// Whether the node is an OpenFlight node.
     virtual bool HasData(INode* node) = 0;
-    /// Copies the OpenFlight data of `source` onto `destination`.
+    /// Copies the OpenFlight data of `source` onto `destination`: kind and record, which it must
+    /// have, comment and options where it has them. From a source with a kind and no record it
+    /// fails, and `destination` has got the kind by then.
     virtual bool CopyData(INode* source, INode* destination) = 0;
     /// Makes the node an ordinary host node again.
     virtual bool RemoveData(INode* node) = 0;
