@@ -66,6 +66,16 @@ TEST(ConvertTest, WritesEachRecordAtTheNewRevision) {
                         "001F 0008 'hi':4")));
 }
 
+TEST(ConvertTest, KeepsWhatStandsBehindTheHeader) {
+    const Folder folder;
+    const std::string longer =
+        folder.write("in.flt", "0001 0190 'db':8 0000062C 00:383 AB 000A 0004 000B 0004");
+    ASSERT_EQ(runTool({"convert", longer, folder.file("out.flt")}).code, 0);
+    EXPECT_EQ(toHex(folder.read("out.flt")), toHex(folder.read("in.flt")));
+    ASSERT_EQ(runTool({"convert", longer, folder.file("older.flt"), "--revision", "1420"}).code, 0);
+    EXPECT_EQ(folder.read("older.flt").size(), 264U) << "an older header has other fields there";
+}
+
 TEST(ConvertTest, MayReplaceItsInput) {
     const Folder folder;
     const std::string file = folder.write("in.flt", kHeader + "000A 0004 000B 0004");

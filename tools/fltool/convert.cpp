@@ -8,6 +8,7 @@
 #include <quillon/fltreplacefile.h>
 #include <quillon/fltstream.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <map>
 #include <memory>
@@ -18,7 +19,7 @@ namespace fltool {
 
 namespace {
 
-class Converter {
+class Converter : private FltHeaderForm {
 public:
     Converter(const ConvertOptions& options, const FltFileBytes& file)
         : options_(options), bytes_(file.bytes()), reader_(bytes_) {}
@@ -41,12 +42,20 @@ public:
 private:
     void open(FltStream& stream, const std::string& path) {
         sourceRevision_ = reader_.revision();
+        constexpr std::size_t kLongestPadded = 0xFFF8;
+        headerBytes_ = bytes_.first(std::min<std::size_t>(reader_.length(), kLongestPadded));
         FltHeader header = reader_.header();
         header.formatRevision = static_cast<std::int32_t>(options_.revision);
-        if (!stream.open(path, header))
+        if (!stream.open(path, header, this))
             throw CommandError("cannot write " + options_.output + ": " +
                                std::generic_category().message(errno));
         ++decoded_;
+    }
+
+    void putHeader(FltToken& token, const FltHeader& header) override {
+        reader_.header().writeToken(layout_, sourceRevision_);
+        header.writeToken(token, options_.revision);
+        appendTail(token, headerBytes_);
     }
 
     void convertRecord(FltStream& stream) {
@@ -81,19 +90,23 @@ private:
     void encode(FltToken& token, const FltRecord& record, std::span<const std::uint8_t> source) {
         record.writeToken(layout_, sourceRevision_);
         record.writeToken(token, options_.revision);
-        // What a longer record of the same layout holds behind our fields stays there. The rest of
-        // a comment is what stands behind its terminator.
-        if (record.opcode() != kFltComment && token.length() == layout_.length() &&
-            source.size() > token.length())
-            token.writeBytes(static_cast<std::uint32_t>(source.size() - token.length()),
-                             source.data() + token.length());
+        // The rest of a comment is what stands behind its terminator.
+        if (record.opcode() != kFltComment) appendTail(token, source);
         token.finish();
+    }
+
+    /// What a longer record of the same layout holds behind our fields stays there.
+    void appendTail(FltToken& token, std::span<const std::uint8_t> source) const {
+        if (token.length() != layout_.length() || source.size() <= token.length()) return;
+        token.writeBytes(static_cast<std::uint32_t>(source.size() - token.length()),
+                         source.data() + token.length());
     }
 
     const ConvertOptions& options_;
     std::span<const std::uint8_t> bytes_;
     FltFileReader reader_;
     std::uint32_t sourceRevision_ = 0;
+    std::span<const std::uint8_t> headerBytes_;
     std::map<std::uint16_t, std::unique_ptr<FltRecord>> records_;  ///< one of each class, reused
     FltToken layout_;
     std::size_t decoded_ = 0;
