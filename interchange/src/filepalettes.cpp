@@ -18,7 +18,12 @@ namespace {
 constexpr std::size_t kTextureNameLength = 200;
 constexpr std::size_t kTextureIndex = 4 + kTextureNameLength;
 constexpr std::size_t kTextureEnd = kTextureIndex + 4;
-constexpr std::int32_t kLastTexture = 0x7FFF;  // a face names its picture in 16 bits
+// A material: index, name, flags, then colours, shininess and alpha.
+constexpr std::size_t kMaterialIndex = 4;
+constexpr std::size_t kMaterialName = 12;
+// A face names its picture and its material in 16 bits.
+constexpr std::int32_t kLastTexture = 0x7FFF;
+constexpr std::int32_t kLastMaterial = 0x7FFF;
 
 std::string bytesOf(const FltLightSourcePalette& entry) {
     FltToken token;
@@ -48,6 +53,9 @@ void FilePalettes::read(const Kept& kept) {
         if (walk.opcode() == kFltColorPalette && colors_.empty()) colors_ = walk.record();
         if (walk.opcode() == kFltLightSourcePalette) readLight(walk.record(), kept.revision);
         if (walk.opcode() == kFltTexture) readTexture(walk.record());
+        if (walk.opcode() == kFltMaterial && walk.record().size() >= kMaterialIndex + 4) {
+            materials_.insert(static_cast<std::int32_t>(uint32At(walk.record(), kMaterialIndex)));
+        }
     });
 }
 
@@ -100,6 +108,20 @@ std::int32_t FilePalettes::texture(const std::string& fileName) {
     return index;
 }
 
+std::int16_t FilePalettes::material(COLORREF color) {
+    const auto known = newMaterials_.find(color);
+    if (known != newMaterials_.end()) return known->second;
+    freeMaterial_ = freeIndex(materials_, freeMaterial_);
+    if (freeMaterial_ > kLastMaterial) {
+        throw ExportError(
+            "there are more materials than the faces of one OpenFlight file can name");
+    }
+    materials_.insert(freeMaterial_);
+    const auto index = static_cast<std::int16_t>(freeMaterial_);
+    newMaterials_.emplace(color, index);
+    return index;
+}
+
 void FilePalettes::write(FltStream& stream, FileBytes record) {
     if (uint16At(record, 0) == kFltLightSourcePalette) {
         const FltRecord* const base = merger_.base(record, revision_);
@@ -129,9 +151,33 @@ void FilePalettes::writeNew(FltStream& stream) {
         token.writeInt32(std::int32_t{0});
         stream.writeToken(token);
     }
+    for (const auto& [color, index] : newMaterials_) putMaterial(stream, index, color);
     for (const auto& [index, light] : lights_) {
         if (light.read.empty()) putLight(stream, light);
     }
+}
+
+void FilePalettes::putMaterial(FltStream& stream, std::int16_t index, COLORREF color) {
+    char name[kMaterialName] = {};
+    std::ranges::copy("m" + std::to_string(index), name);
+    FltToken& token = stream.token();
+    token.begin(kFltMaterial);
+    token.writeInt32(std::int32_t{index});
+    token.writeBytes(sizeof name, name);
+    token.writeInt32(std::int32_t{0});
+    const auto writeColor = [&](float share) {
+        for (const unsigned shift : {0U, 8U, 16U}) {
+            token.writeInt32(share * static_cast<float>(color >> shift & 0xFF) / 255);
+        }
+    };
+    writeColor(1);        // ambient
+    writeColor(1);        // diffuse
+    writeColor(0);        // specular
+    writeColor(0);        // emissive
+    token.writeInt32(0);  // shininess
+    token.writeInt32(1);  // alpha
+    token.writeInt32(std::int32_t{0});
+    stream.writeToken(token);
 }
 
 void FilePalettes::putLight(FltStream& stream, const Light& light) {

@@ -4,6 +4,7 @@
 #include "beads.h"
 #include "kept.h"
 
+#include <kiln/platform.h>
 #include <quillon/fltlightsourcepalette.h>
 
 #include <map>
@@ -14,8 +15,8 @@ class FltStream;
 
 namespace interchange {
 
-/// The light source and texture palettes. First every user of an entry says what it needs, then
-/// the palettes are written.
+/// The light source, texture and material palettes. First every user of an entry says what it
+/// needs, then the palettes are written.
 class FilePalettes {
 public:
     /// Starts from the palettes among the pieces of the database's node.
@@ -37,6 +38,10 @@ public:
     /// there is none. Throws `ExportError` when the palette is full.
     std::int32_t texture(const std::string& fileName);
 
+    /// The index of a new material that gives back light in that colour; one for each colour.
+    /// Throws `ExportError` when the palette is full.
+    std::int16_t material(COLORREF color);
+
     /// Writes `record`, a palette record that was read, as it is to be now.
     void write(FltStream& stream, FileBytes record);
     /// Writes the entries that were not read.
@@ -53,6 +58,7 @@ private:
     void readLight(FileBytes record, std::uint32_t revision);
     void readTexture(FileBytes record);
     void addTexture(std::int32_t index, const std::string& name);
+    static void putMaterial(FltStream& stream, std::int16_t index, COLORREF color);
     void putLight(FltStream& stream, const Light& light);
 
     FileBytes colors_;
@@ -63,6 +69,9 @@ private:
     std::map<std::string, std::int32_t> textureOf_;  ///< the first index of a name that fits a face
     std::int32_t freeTexture_ = 0;
     std::set<std::int32_t> newTextures_;
+    std::set<std::int32_t> materials_;               ///< indices in use
+    std::map<COLORREF, std::int16_t> newMaterials_;  ///< their indices by colour
+    std::int32_t freeMaterial_ = 0;
     BeadMerger merger_;
 };
 

@@ -158,6 +158,20 @@ void SceneWriter::collectMesh(std::uint32_t index) {
     }
     polygons_[index].count =
         static_cast<std::uint32_t>(polygonEnds_.size()) - polygons_[index].first;
+    if (node.kind != FltNodeKind::LightPoint && isNewMesh(node, *mesh, options)) {
+        newFaces_.emplace(index, newFaceOf(*node.node, *mesh, options, palettes_));
+    }
+}
+
+/// Whether the node says more about its faces than their record. What was read says it all there.
+bool SceneWriter::isNewMesh(const PlanNode& node, const Mesh& mesh, const KilnFace& options) {
+    if (!fltHasRecord(node.node) || options.useMaterial != 0 || options.superFace != 0) {
+        return keptFor(node).revision == 0;
+    }
+    const bool isColored = mesh.colors.IsEmpty() && node.node->GetWireColor() != DEFAULT_WIRE_COLOR;
+    if (node.kind != FltNodeKind::Face) return isColored && keptFor(node).revision == 0;
+    return isColored && isColorless(static_cast<const FltFace&>(*recordOf(node))) &&
+           keptFor(node).revision == 0;
 }
 
 void SceneWriter::collectPolygon(const Mesh& mesh, std::span<const std::uint32_t> corners,
@@ -200,7 +214,7 @@ void SceneWriter::collectTexture(std::uint32_t index) {
     if (map == nullptr || map->ClassID() != BMTEX_CLASS_ID) return;
     const auto& record = static_cast<const FltFace&>(*recordOf(node));
     const bool imported = !keptChunk(*map, KeptChunk::records).empty();
-    if (imported && palettes_.hasTexture(record.textureIndex)) return;
+    if (imported && (record.textureIndex < 0 || palettes_.hasTexture(record.textureIndex))) return;
     const std::int32_t used = palettes_.texture(static_cast<BitmapTex*>(map)->GetMapName());
     if (used != record.textureIndex) textureIndices_[index] = used;
 }
@@ -257,7 +271,9 @@ void SceneWriter::writeBead(std::uint32_t index, const Kept& kept, Changes& chan
     if (const auto texture = textureIndices_.find(index); texture != textureIndices_.end()) {
         static_cast<FltFace&>(*record).textureIndex = static_cast<std::int16_t>(texture->second);
     }
-    if (kept.revision == 0) {
+    if (node.kind == FltNodeKind::Face && newFaces_.contains(index)) {
+        writeFace(static_cast<FltFace&>(*record), index);
+    } else if (kept.revision == 0) {
         record->write(*stream_);
     } else if (kept.bead.empty()) {
         // One that came without a name goes without.
@@ -435,7 +451,11 @@ void SceneWriter::writeBody(std::uint32_t index, const Kept& kept, Changes& chan
     if (body.lacksList || body.lacksFaces || body.nextChild != node.end) {
         writeLevel(body, childLevel);
     }
-    if (isFace) writeFaces(index, 1);
+    if (!isFace || polygons_[index].count < 2) return;
+    const bool areSubfaces = isSuperFace(index);
+    if (areSubfaces) push(kFltPushSubface);
+    writeFaces(index, 1);
+    if (areSubfaces) pop(kFltPopSubface);
 }
 
 void SceneWriter::writeLevel(Body& body, std::uint16_t opcode) {
@@ -519,8 +539,8 @@ void SceneWriter::writeFaces(std::uint32_t index, std::uint32_t first) {
             }
             std::ranges::fill(face.asciiId, '\0');
         }
-        face.write(*stream_);
-        if (node.kind == FltNodeKind::Face) {
+        writeFace(face, index);
+        if (node.kind == FltNodeKind::Face && !isSuperFace(index)) {
             // They stand beside the node's own face, whose transform does not reach them.
             const Matrix3 place = placeInFile(plan_, node);
             if (!place.IsIdentity()) writeMatrix(place);
@@ -529,6 +549,22 @@ void SceneWriter::writeFaces(std::uint32_t index, std::uint32_t first) {
         writeCorners(polygon(index, i));
         pop(kFltPopLevel);
     }
+}
+
+/// A face of the node's mesh; one that was not read looks as its node does.
+void SceneWriter::writeFace(FltFace& face, std::uint32_t index) {
+    const auto found = newFaces_.find(index);
+    if (found == newFaces_.end()) {
+        face.write(*stream_);
+        return;
+    }
+    stream_->writeVerbatim(
+        layOutNewFace(face, found->second, stream_->header(), stream_->revision(), list_));
+}
+
+bool SceneWriter::isSuperFace(std::uint32_t index) const {
+    const auto found = newFaces_.find(index);
+    return found != newFaces_.end() && found->second.isSuperFace;
 }
 
 // ------------------------------------------------------------ vertices

@@ -4,6 +4,7 @@
 #include "beads.h"
 #include "filepalettes.h"
 #include "kept.h"
+#include "newfaces.h"
 #include "plan.h"
 #include "polygons.h"
 #include "vertexpalette.h"
@@ -20,6 +21,7 @@
 
 class FltLightSource;
 class FltFace;
+class KilnFace;
 class ImpExpReport;
 
 namespace interchange {
@@ -72,6 +74,7 @@ private:
 
     void collectNode(std::uint32_t index);
     void collectMesh(std::uint32_t index);
+    bool isNewMesh(const PlanNode& node, const Mesh& mesh, const KilnFace& options);
     void collectPolygon(const Mesh& mesh, std::span<const std::uint32_t> corners,
                         std::span<const std::uint32_t> textures);
     void collectKeptVertices(const Kept& kept);
@@ -104,6 +107,8 @@ private:
     void writeKeptChildren(Body& body, std::uint32_t level, std::uint32_t children);
     void writeChildren(Body& body, std::uint32_t count);
     void writeFaces(std::uint32_t index, std::uint32_t first);
+    void writeFace(FltFace& face, std::uint32_t index);
+    bool isSuperFace(std::uint32_t index) const;
     void push(FileBytes record);
     void push(std::uint16_t opcode);
     void pop(std::uint16_t opcode);
@@ -133,6 +138,7 @@ private:
     std::vector<std::uint32_t> corners_;                    ///< offsets into the vertex palette
     std::map<std::uint32_t, std::int32_t> lightIndices_;    ///< by index of the plan
     std::map<std::uint32_t, std::int32_t> textureIndices_;  ///< by index of the plan
+    std::map<std::uint32_t, NewFace> newFaces_;             ///< by index of the plan
     RecordCache records_;
     BeadMerger merger_;
     MeshPolygons meshPolygons_;

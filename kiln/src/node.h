@@ -103,7 +103,7 @@ private:
         Matrix3 world;
     };
     Place& place() const;
-    COLORREF wireColor_ = 0xC0C0C0;
+    COLORREF wireColor_ = DEFAULT_WIRE_COLOR;
     std::string name_;
     NameLinks nameLinks_;
     Node* parent_ = nullptr;

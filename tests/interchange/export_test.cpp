@@ -3,8 +3,10 @@
 #include "fltbytes.h"
 
 #include <fltkilnutil/fltattr.h>
+#include <fltkilnutil/kilnface.h>
 #include <fltkilnutil/kilnflt.h>
 #include <fltkilnutil/kilnlight.h>
+#include <interchange/nodelooks.h>
 #include <quillon/fltface.h>
 #include <quillon/fltgroup.h>
 #include <quillon/fltheader.h>
@@ -122,6 +124,77 @@ TEST_F(ExportTest, WritesWhatWasMadeInTheScene) {
     EXPECT_EQ(lightAgain->GetObjectRef()->ClassID(), OMNI_LIGHT_CLASS_ID);
     EXPECT_EQ(dynamic_cast<GenLight&>(*lightAgain->GetObjectRef()).GetColor(), 0x0000FFU);
     static_cast<void>(box);
+}
+
+TEST_F(ExportTest, GivesNewFacesTheLooksOfTheirNodes) {
+    const auto add = [&](const char* name, COLORREF color) {
+        INode* const node = host.CreateObjectNode(new BoxObject(2, 2, 2), name);
+        node->SetWireColor(color);
+        return node;
+    };
+    add("plain", 0x332211);
+    INode* const edited = add("edited", 0x665544);
+    ASSERT_TRUE(fltEnsureKind(edited, FltNodeKind::Face, kFltRevision));
+    ASSERT_TRUE(fltPutRecord(edited, FltFace()));
+    INode* const indexed = add("indexed", 0x998877);
+    FltFace byIndex;
+    byIndex.flags = 0;
+    byIndex.primaryColorIndex = 5;
+    ASSERT_TRUE(fltEnsureKind(indexed, FltNodeKind::Face, kFltRevision));
+    ASSERT_TRUE(fltPutRecord(indexed, byIndex));
+    INode* const painted = add("painted", 0x0000FF);
+    KilnFace options;
+    options.useMaterial = options.superFace = 1;
+    ASSERT_TRUE(fltPutOptions(painted, options));
+    painted->SetNodeTM(0, TransMatrix({5, 6, 7}));
+    auto* const colored = new TriObject;
+    Mesh& mesh = colored->GetMesh();
+    for (const Point3& p : {Point3{0, 0, 0}, Point3{1, 0, 0}, Point3{0, 1, 0}}) {
+        mesh.verts.Append(p);
+        mesh.colors.Append(0x00FF00);
+    }
+    const DWORD corners[] = {0, 1, 2};
+    ASSERT_TRUE(mesh.AppendPolygon(3, corners));
+    host.CreateObjectNode(colored, "colored")->SetWireColor(0x123456);
+    INode* const top = reimported({1420, false});
+
+    const auto node = [&](const char* name) { return host.GetINodeByName(name); };
+    EXPECT_EQ(node("plain")->GetWireColor(), 0x332211U);
+    EXPECT_EQ(recordOf<FltFace>(node("plain")).lightMode, 2);
+    EXPECT_EQ(node("f2")->GetWireColor(), 0x332211U) << "all sides of the box";
+    EXPECT_EQ(node("edited")->GetWireColor(), 0x665544U);
+    EXPECT_EQ(recordOf<FltFace>(node("edited")).lightMode, 0) << "as its record says";
+    EXPECT_EQ(recordOf<FltFace>(node("indexed")).primaryColorIndex, 5U);
+    EXPECT_EQ(recordOf<FltFace>(node("indexed")).flags, 0U);
+    EXPECT_EQ(node("colored")->GetWireColor(), DEFAULT_WIRE_COLOR);
+    EXPECT_EQ(recordOf<FltFace>(node("colored")).lightMode, 3);
+    INode* const super = node("painted");
+    EXPECT_EQ(super->NumberOfChildren(), 5) << "the other sides lie on the first";
+    EXPECT_EQ(super->GetWireColor(), 0xFFFFFFU);
+    EXPECT_EQ(super->GetChildNode(0)->GetNodeTM(0).GetTrans(), (Point3{5, 6, 7}));
+    interchange::NodeLooks looks;
+    looks.BeginLooks(&host);
+    NodeLook look;
+    ASSERT_TRUE(looks.GetLook(super, look));
+    EXPECT_EQ(look.diffuse.red, 1);
+    EXPECT_EQ(look.diffuse.blue, 0);
+    EXPECT_EQ(look.layer, 0);
+    static_cast<void>(top);
+}
+
+// Taking a face's picture away in its record takes it out of the file.
+TEST_F(ExportTest, KeepsPicturesAsTheRecordSays) {
+    FltBytes file("f");
+    file.record(64, Bytes().field("grass.rgb", 200).u32(0).zeros(8)).palette(kPoints).push();
+    Bytes face;
+    face.field("a", 8).zeros(16).u16(0).u16(0xFFFF).zeros(12).u32(0x60000000).zeros(28);
+    file.record(5, face).push().list({0, 1, 2}).pop().pop();
+    INode* const node = import(file)->GetChildNode(0);
+    ASSERT_NE(node->GetTexmap(), nullptr);
+    auto record = recordOf<FltFace>(node);
+    record.textureIndex = -1;
+    ASSERT_TRUE(fltPutRecord(node, record));
+    EXPECT_EQ(reimported()->GetChildNode(0)->GetTexmap(), nullptr);
 }
 
 // A mesh of several polygons becomes as many faces, each of which stands where the mesh did.

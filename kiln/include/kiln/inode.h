@@ -8,6 +8,9 @@
 
 class Texmap;
 
+/// What a new node has: light grey.
+inline constexpr COLORREF DEFAULT_WIRE_COLOR = 0xC0C0C0;
+
 /// A node: a name, a place among parent and children, a transform and an object.
 ///
 /// Nodes are made by `Interface::CreateObjectNode` and belong to the scene. A node pointer is valid

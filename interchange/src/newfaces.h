@@ -1,0 +1,43 @@
+// Faces of meshes that were made in the scene: what they look like in a file.
+#pragma once
+
+#include <interchange/outline.h>
+
+#include <kiln/platform.h>
+#include <quillon/fltface.h>
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+class FltHeader;
+class INode;
+class KilnFace;
+struct Mesh;
+
+namespace interchange {
+
+class FilePalettes;
+
+/// What a mesh's node says about its faces where their record does not.
+struct NewFace {
+    std::optional<COLORREF> color;  ///< nothing when nobody chose one, or the vertices have some
+    std::int16_t material = -1;     ///< index into the palette
+    bool isSuperFace = false;       ///< further polygons are subfaces of the first
+    bool isUnwritten = false;       ///< nothing says what light does with it
+};
+
+/// The colour that the node's wires were given is its faces' too; the one that every node begins
+/// with counts only where there is no record. With the mark for it, it is that of a new material.
+/// Throws `ExportError` when the palette is full.
+NewFace newFaceOf(INode& node, const Mesh& mesh, const KilnFace& options, FilePalettes& palettes);
+
+/// Whether nobody has given the face a colour.
+bool isColorless(const FltFace& face) noexcept;
+
+/// Gives `face` a name of the header's if it has none, and lays it out for `revision` with what
+/// `look` says; what was edited in the record stays. Valid until `bytes` changes.
+FileBytes layOutNewFace(FltFace face, const NewFace& look, FltHeader& header,
+                        std::uint32_t revision, std::vector<std::uint8_t>& bytes);
+
+}  // namespace interchange
