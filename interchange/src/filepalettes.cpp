@@ -159,7 +159,7 @@ void FilePalettes::writeNew(FltStream& stream) {
 
 void FilePalettes::putMaterial(FltStream& stream, std::int16_t index, COLORREF color) {
     char name[kMaterialName] = {};
-    std::ranges::copy("m" + std::to_string(index), name);
+    std::ranges::copy(std::string(1, 'm').append(std::to_string(index)), name);
     FltToken& token = stream.token();
     token.begin(kFltMaterial);
     token.writeInt32(std::int32_t{index});
