@@ -62,12 +62,11 @@ void writeOut(const std::string& path, const ExportOptions& options, ImpExpRepor
     report.Summary(summaryOf(plan).c_str());
 }
 
-}  // namespace
-
-int exportFile(const char* path, const ExportOptions& options, ImpExpReport& report,
-               Interface& host) noexcept {
+/// Tells what went wrong, as far as it knows; the report is the host's and may throw.
+int exportReported(const char* path, const ExportOptions& options, ImpExpReport& report,
+                   Interface& host) {
     try {
-        writeOut(path == nullptr ? "" : path, options, report, host);
+        writeOut(path, options, report, host);
         return IMPEXP_SUCCESS;
     } catch (const Cancelled&) {
         return IMPEXP_CANCEL;
@@ -85,6 +84,17 @@ int exportFile(const char* path, const ExportOptions& options, ImpExpReport& rep
         report.Error("The file could not be written.");
     }
     return IMPEXP_FAIL;
+}
+
+}  // namespace
+
+int exportFile(const char* path, const ExportOptions& options, ImpExpReport& report,
+               Interface& host) noexcept {
+    try {
+        return exportReported(path == nullptr ? "" : path, options, report, host);
+    } catch (...) {
+        return IMPEXP_FAIL;
+    }
 }
 
 }  // namespace interchange

@@ -57,11 +57,10 @@ void readInto(std::string_view path, ImpExpReport& report, Interface& host) {
     tellAviary(fileName);
 }
 
-}  // namespace
-
-int importFile(const char* path, ImpExpReport& report, Interface& host) noexcept {
+/// Tells what went wrong, as far as it knows; the report is the host's and may throw.
+int importReported(const char* path, ImpExpReport& report, Interface& host) {
     try {
-        readInto(path == nullptr ? "" : path, report, host);
+        readInto(path, report, host);
         return IMPEXP_SUCCESS;
     } catch (const Cancelled&) {
         return IMPEXP_CANCEL;
@@ -77,6 +76,16 @@ int importFile(const char* path, ImpExpReport& report, Interface& host) noexcept
         report.Error("The file could not be read.");
     }
     return IMPEXP_FAIL;
+}
+
+}  // namespace
+
+int importFile(const char* path, ImpExpReport& report, Interface& host) noexcept {
+    try {
+        return importReported(path == nullptr ? "" : path, report, host);
+    } catch (...) {
+        return IMPEXP_FAIL;
+    }
 }
 
 }  // namespace interchange

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <random>
 
 namespace interchange {
 
@@ -13,21 +14,36 @@ namespace {
 constexpr std::uint32_t kFirstVertex = 8;
 constexpr std::size_t kLargestPalette = 0x7FFFFFFF;
 
-std::uint64_t hashOf(FileBytes bytes) noexcept {
-    constexpr std::uint64_t kFactor = 0x9E3779B97F4A7C15;
-    std::uint64_t hash = bytes.size();
-    while (bytes.size() >= 8) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, bytes.data(), 8);
-        hash = (hash ^ word) * kFactor;
-        hash ^= hash >> 32;
-        bytes = bytes.subspan(8);
-    }
-    for (const std::uint8_t byte : bytes) hash = (hash ^ byte) * kFactor;
-    return hash ^ hash >> 29;
+std::uint64_t randomWord() {
+    std::random_device random;
+    return std::uint64_t{random()} << 32 | random();
+}
+
+/// The halves of the product of `a` and `b`, folded together.
+std::uint64_t fold(std::uint64_t a, std::uint64_t b) noexcept {
+    __extension__ using Wide = unsigned __int128;
+    const Wide product = static_cast<Wide>(a) * b;
+    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+}
+
+/// The first up to 8 bytes.
+std::uint64_t wordAt(FileBytes bytes) noexcept {
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes.data(), std::min<std::size_t>(8, bytes.size()));
+    return word;
 }
 
 }  // namespace
+
+VertexPalette::VertexPalette() : secret_{randomWord(), randomWord()} {}
+
+std::uint64_t VertexPalette::hashOf(FileBytes bytes) const noexcept {
+    std::uint64_t hash = bytes.size();
+    for (; bytes.size() > 8; bytes = bytes.subspan(std::min<std::size_t>(16, bytes.size()))) {
+        hash = fold(wordAt(bytes) ^ secret_[0] ^ hash, wordAt(bytes.subspan(8)) ^ secret_[1]);
+    }
+    return fold(wordAt(bytes) ^ secret_[0] ^ hash, secret_[1]);
+}
 
 std::uint32_t VertexPalette::add(FileBytes vertex) {
     const std::uint64_t hash = hashOf(vertex);

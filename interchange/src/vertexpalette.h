@@ -12,6 +12,8 @@ namespace interchange {
 /// Collects vertex records. Equal ones stand in the palette once.
 class VertexPalette {
 public:
+    VertexPalette();
+
     /// The offset from the start of the palette record by which vertex lists name `vertex`.
     /// Throws `ExportError` when the palette would exceed what an offset can count.
     std::uint32_t add(FileBytes vertex);
@@ -21,6 +23,7 @@ public:
     bool empty() const noexcept { return bytes_.empty(); }
 
 private:
+    std::uint64_t hashOf(FileBytes bytes) const noexcept;
     std::uint32_t find(FileBytes vertex, std::uint64_t hash);
     void enlargeTable();
 
@@ -30,6 +33,9 @@ private:
     /// small enough to stay at hand.
     std::array<std::uint32_t, 4096> recent_{};
     std::size_t count_ = 0;
+    /// Whoever made a file cannot know these, and so not which vertices fall together in the table.
+    /// The order of the palette does not depend on them.
+    std::uint64_t secret_[2];
 };
 
 }  // namespace interchange

@@ -41,6 +41,7 @@ bool FltStream::open(const std::string& path, const FltHeader& header, FltHeader
     headerForm_ = form;
     putHeader();
     writeToken(token_);
+    headerLength_ = token_.length();
     return true;
 }
 
@@ -76,6 +77,8 @@ bool FltStream::rewriteHeader() {
     if (std::ferror(file_) != 0 || std::fseek(file_, 0, SEEK_SET) != 0) return false;
     header_.formatRevision = static_cast<std::int32_t>(revision_);
     putHeader();
+    token_.finish();
+    if (token_.length() != headerLength_) return false;  // it would write over what follows
     token_.writeTo(file_);
     return true;
 }

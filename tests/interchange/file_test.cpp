@@ -5,6 +5,7 @@
 #include "importscene.h"
 
 #include <airport.h>
+#include <interchange/export.h>
 #include <tessera/aviaryutil.h>
 
 KILN_PLUGIN_EXPORT const char* LibDescription();
@@ -51,6 +52,22 @@ TEST_F(FileTest, RefusesInOneSentence) {
     const kiln::ImportResult missing = core.importFile(folder.file("missing.flt"));
     EXPECT_EQ(missing.code, IMPEXP_FAIL);
     EXPECT_NE(missing.message.find("missing.flt"), std::string::npos) << missing.message;
+}
+
+TEST_F(FileTest, FailsPlainlyWhenTheHostsReportThrows) {
+    class Throwing : public ImpExpReport {
+        void Error(const char*) override { throw 1; }
+        void Summary(const char*) override { throw std::runtime_error("no"); }
+        bool Progress(double, const char*) override { return true; }
+        bool Cancelled() const override { return false; }
+    } throwing;
+    const std::string good = folder.write(u8"good.flt", FltBytes("f").group("a"));
+    const std::string missing = folder.file("missing.flt");
+    for (const std::string& path : {good, missing}) {
+        EXPECT_EQ(interchange::importFile(path.c_str(), throwing, host), IMPEXP_FAIL);
+    }
+    const std::string out = folder.file("nowhere/out.flt");
+    EXPECT_EQ(interchange::exportFile(out.c_str(), {}, throwing, host), IMPEXP_FAIL);
 }
 
 TEST_F(FileTest, ImportsTheSampleWhole) {

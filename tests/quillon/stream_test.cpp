@@ -222,6 +222,26 @@ TEST_F(StreamFileTest, PutsTheFinalCountersIntoTheHeader) {
     EXPECT_FALSE(reader.next());
 }
 
+TEST_F(StreamFileTest, DoesNotWriteALongerHeaderOverWhatFollows) {
+    struct : FltHeaderForm {
+        void putHeader(FltToken& token, const FltHeader& header) override {
+            header.writeToken(token, header.revision());
+            for (int i = 0; i < calls; ++i) token.writeInt64(std::uint64_t{1});
+            ++calls;
+        }
+        int calls = 0;
+    } growing;
+    FltStream stream;
+    ASSERT_TRUE(stream.open(name_, {}, &growing));
+    FltGroup().write(stream);
+    EXPECT_FALSE(stream.close());
+    const FltFileBytes file = FltFileBytes::load(name_);
+    FltFileReader reader(file.bytes());
+    ASSERT_TRUE(reader.next());
+    ASSERT_TRUE(reader.next());
+    EXPECT_EQ(reader.opcode(), FltGroup::kOpcode);
+}
+
 TEST_F(StreamFileTest, SaysWhenAFileCannotBeMade) {
     FltStream stream;
     EXPECT_FALSE(stream.open(name_ + "/missing/x.flt"));

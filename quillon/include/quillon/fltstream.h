@@ -58,8 +58,9 @@ public:
 
     /// Writes what is pending, brings the header at the file's start up to date with the counters
     /// (for a file that `open` created), and lets go of the file. Gives false when any byte since
-    /// the file was opened could not be written; true also when no file is open. What a pending
-    /// writer throws passes through and leaves the file open.
+    /// the file was opened could not be written, and when the header's form has changed its mind on
+    /// the length; true also when no file is open. What a pending writer throws passes through and
+    /// leaves the file open.
     [[nodiscard]] bool close();
 
     bool isOpen() const noexcept { return file_ != nullptr; }
@@ -110,6 +111,7 @@ private:
     bool flushing_ = false;
     FltHeader header_;
     FltHeaderForm* headerForm_ = nullptr;
+    std::uint16_t headerLength_ = 0;  ///< of the header at the file's start
     std::FILE* file_ = nullptr;
     bool ownsFile_ = false;
 };
