@@ -97,14 +97,14 @@ public:
         return record(72, body);
     }
 
-    /// A matrix that moves by (x, y, z).
-    FltBytes& matrix(float x, float y, float z) {
+    /// A matrix that moves by (x, y, z), and zeros behind it.
+    FltBytes& matrix(float x, float y, float z, std::size_t padding = 0) {
         Bytes body;
         for (const float value :
              {1.F, 0.F, 0.F, 0.F, 0.F, 1.F, 0.F, 0.F, 0.F, 0.F, 1.F, 0.F, x, y, z, 1.F}) {
             body.f32(value);
         }
-        return record(49, body);
+        return record(49, body.zeros(padding));
     }
 
     /// A face over vertices of `palette`.

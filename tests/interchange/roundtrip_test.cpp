@@ -300,7 +300,7 @@ TEST_F(RoundTrip, GivesTheSamplesBack) {
     ASSERT_TRUE(samples::writeScene(samples::makeAirport(), path));
     std::vector<std::string> paths = {path};
     // Other people's files, where there are any: a folder of them.
-    if (const char* const more = std::getenv("TESSERA_FLT_SAMPLES")) {
+    if (const char* const more = std::getenv("TESSERA_FLT_SAMPLES"); more != nullptr && *more) {
         for (const auto& entry : std::filesystem::directory_iterator(more)) {
             if (entry.path().extension() == ".flt") paths.push_back(entry.path().string());
         }

@@ -1,4 +1,4 @@
-#include "scene.h"
+#include "lodbands.h"
 
 #include <quillon/fltswitch.h>
 #include <tessera/lodviewer.h>
@@ -9,41 +9,6 @@
 namespace {
 
 using tessera::LodViewer;
-
-class LodViewerTest : public SceneTest {
-protected:
-    /// Three bands, 0 to 100 to 500 to 2000, each with one mesh below a group.
-    void buildBands() {
-        INode* const tower = add(nullptr, "tower", 2);
-        nearMesh = addMesh(add(addLod(tower, "l1", 0, 100), "g1", 2), "near");
-        middleMesh = addMesh(addLod(tower, "l2", 100, 500), "middle");
-        farMesh = addMesh(addLod(tower, "l3", 500, 2000), "far");
-        outsideMesh = addMesh(tower, "outside");
-    }
-
-    /// Which of the three meshes show, as "nmf".
-    std::string shown() const {
-        return std::string(nearMesh->IsHidden() ? "-" : "n") +
-               (middleMesh->IsHidden() ? "-" : "m") + (farMesh->IsHidden() ? "-" : "f");
-    }
-
-    INode* nearMesh = nullptr;
-    INode* middleMesh = nullptr;
-    INode* farMesh = nullptr;
-    INode* outsideMesh = nullptr;
-};
-
-// First in the file: whether a distance was ever stored is never forgotten.
-TEST_F(LodViewerTest, StepsFromNowhereGoToTheEnds) {
-    buildBands();
-    ASSERT_FALSE(aviary.IsLodDistanceSet());
-    LodViewer(host).Refresh();
-    EXPECT_EQ(shown(), "nmf");
-    aviary.LodMoreDetail();
-    EXPECT_EQ(aviary.GetLodDistance(), 50);
-    EXPECT_TRUE(aviary.IsLodDistanceSet());
-    EXPECT_EQ(shown(), "n--");
-}
 
 TEST_F(LodViewerTest, StepsBandByBandAndStopsAtTheEnds) {
     buildBands();
