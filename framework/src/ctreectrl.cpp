@@ -25,7 +25,7 @@ bool CTreeCtrl::Create(DWORD style, const RECT& area, HWND parent, UINT id) {
 }
 
 HTREEITEM CTreeCtrl::Insert(std::string_view text, HTREEITEM parent, HTREEITEM after, LPARAM data,
-                            int image, int selectedImage) const {
+                            int image, int selectedImage) {
     std::wstring wideText = toWide(text);
     TVINSERTSTRUCTW insertion{};
     insertion.hParent = parent ? parent : TVI_ROOT;
@@ -35,6 +35,10 @@ HTREEITEM CTreeCtrl::Insert(std::string_view text, HTREEITEM parent, HTREEITEM a
     insertion.item.lParam = data;
     insertion.item.iImage = image;
     insertion.item.iSelectedImage = selectedImage;
+    return InsertItem(insertion);
+}
+
+HTREEITEM CTreeCtrl::InsertItem(const TVINSERTSTRUCTW& insertion) {
     return reinterpret_cast<HTREEITEM>(Send(TVM_INSERTITEMW, 0, pointerTo(&insertion)));
 }
 

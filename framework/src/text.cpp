@@ -16,9 +16,10 @@ int platformLength(size_t length) {
 std::wstring toWide(std::string_view utf8) {
     if (utf8.empty()) return {};
     const int length = platformLength(utf8.size());
-    const int wideLength = ::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, nullptr, 0);
-    std::wstring wide(static_cast<size_t>(wideLength), L'\0');
-    ::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, wide.data(), wideLength);
+    // UTF-16 never has more units than UTF-8 has bytes.
+    std::wstring wide(utf8.size(), L'\0');
+    const int units = ::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, wide.data(), length);
+    wide.resize(static_cast<size_t>(units));
     return wide;
 }
 

@@ -11,7 +11,7 @@ public:
 
     /// Inserts an item below `parent` (null or TVI_ROOT: top level), after `after`.
     HTREEITEM Insert(std::string_view text, HTREEITEM parent = TVI_ROOT, HTREEITEM after = TVI_LAST,
-                     LPARAM data = 0, int image = 0, int selectedImage = 0) const;
+                     LPARAM data = 0, int image = 0, int selectedImage = 0);
     bool DeleteItem(HTREEITEM item) const;
     bool DeleteAll() const;
     int Count() const;
@@ -69,4 +69,8 @@ public:
     CImageList CreateDragImage(HTREEITEM item) const;
     void SetBackground(COLORREF colour) const;
     COLORREF Background() const;
+
+protected:
+    /// What `Insert` ends in: sends TVM_INSERTITEMW.
+    virtual HTREEITEM InsertItem(const TVINSERTSTRUCTW& insertion);
 };

@@ -63,7 +63,8 @@ LRESULT CTreeCtrlEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
         case TVM_INSERTITEMA:
         case TVM_INSERTITEMW:
-            return InsertThrough(message, wParam, lParam);
+            return reinterpret_cast<LRESULT>(
+                InsertThrough(message, *reinterpret_cast<const TVINSERTSTRUCTW*>(lParam)));
         case TVM_DELETEITEM:
             return DeleteThrough(message, wParam, lParam);
         case TVM_SETITEMA:
@@ -89,23 +90,33 @@ LRESULT CTreeCtrlEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     }
 }
 
-LRESULT CTreeCtrlEx::InsertThrough(UINT message, WPARAM wParam, LPARAM lParam) {
-    const auto& insert = *reinterpret_cast<const TVINSERTSTRUCTW*>(lParam);
-    const LRESULT result = CTreeCtrl::WindowProc(message, wParam, lParam);
-    const auto handle = reinterpret_cast<HTREEITEM>(result);
-    if (!handle) return result;
-    const bool top = !insert.hParent || insert.hParent == TVI_ROOT;
-    const bool last = insert.hInsertAfter == TVI_LAST;
-    Item* after = last ? nullptr : Find(PreviousSibling(handle));
-    Item* parent = top ? nullptr : Find(insert.hParent);
-    const bool first = !last && !after;
-    Item& item = model_.insert(handle, parent, after, first,
-                               (insert.item.mask & TVIF_PARAM) != 0
-                                   ? static_cast<tessera::NodeHandle>(insert.item.lParam)
-                                   : 0);
-    if ((insert.item.mask & TVIF_STATE) != 0 && (insert.item.state & TVIS_SELECTED) != 0)
-        SetSelected(item, true);
-    return result;
+// A large scene is added item by item: sending the message takes as long as the control's work on
+// it.
+HTREEITEM CTreeCtrlEx::InsertItem(const TVINSERTSTRUCTW& insertion) {
+    return InsertThrough(TVM_INSERTITEMW, insertion);
+}
+
+HTREEITEM CTreeCtrlEx::InsertThrough(UINT message, const TVINSERTSTRUCTW& insertion) {
+    const auto handle =
+        reinterpret_cast<HTREEITEM>(Default(message, 0, reinterpret_cast<LPARAM>(&insertion)));
+    if (!handle) return nullptr;
+    const TVITEMW& given = insertion.item;
+    const bool top = !insertion.hParent || insertion.hParent == TVI_ROOT;
+    const bool last = insertion.hInsertAfter == TVI_LAST;
+    Item* const after = last ? nullptr : Find(PreviousSibling(handle));
+    Item* const parent = top ? nullptr : Find(insertion.hParent);
+    const auto node = (given.mask & TVIF_PARAM) != 0
+                          ? static_cast<tessera::NodeHandle>(given.lParam)
+                          : tessera::NodeHandle{0};
+    try {
+        Item& item = model_.insert(handle, parent, after, !last && !after, node);
+        if ((given.mask & TVIF_STATE) != 0 && (given.state & TVIS_SELECTED) != 0)
+            SetSelected(item, true);
+    } catch (...) {
+        Default(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(handle));
+        throw;
+    }
+    return handle;
 }
 
 LRESULT CTreeCtrlEx::DeleteThrough(UINT message, WPARAM wParam, LPARAM lParam) {

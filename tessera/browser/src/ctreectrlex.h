@@ -81,6 +81,7 @@ public:
 
 protected:
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+    HTREEITEM InsertItem(const TVINSERTSTRUCTW& insertion) override;
     void OnLButtonDown(UINT keys, POINT at) override;
     void OnLButtonUp(UINT keys, POINT at) override;
     void OnMouseMove(UINT keys, POINT at) override;
@@ -98,7 +99,7 @@ private:
     bool IsExpanded(const Item& item) const;
     void ForgetDeleted();
 
-    LRESULT InsertThrough(UINT message, WPARAM wParam, LPARAM lParam);
+    HTREEITEM InsertThrough(UINT message, const TVINSERTSTRUCTW& insertion);
     LRESULT DeleteThrough(UINT message, WPARAM wParam, LPARAM lParam);
     LRESULT SetThrough(UINT message, WPARAM wParam, LPARAM lParam);
     LRESULT GetThrough(UINT message, WPARAM wParam, LPARAM lParam);

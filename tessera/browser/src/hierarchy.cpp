@@ -311,7 +311,8 @@ HTREEITEM Hierarchy::addNode(HTREEITEM parent, const char* text, NodeHandle node
     if (parent && !tree_.Find(parent)) return nullptr;
     const int image = parent ? iconOf(node) : kindRowByIcon(IconKind::sceneRoot);
     const HTREEITEM item = tree_.Add(parent, text ? text : "", node, image);
-    if (item) index_.try_emplace(node, item);
+    // The nodes of a scene mostly come in the order that they were made in.
+    if (item) index_.try_emplace(index_.end(), node, item);
     return item;
 }
 
