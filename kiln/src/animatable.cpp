@@ -1,53 +1,68 @@
 #include <kiln/animatable.h>
 #include <kiln/memory.h>
 
-#include <algorithm>
 #include <new>
+#include <utility>
 
+#include "counted.h"
 #include "modified.h"
 
-namespace {
-
-// Chunks and containers come from the host allocator, so that running out of it is one condition.
-template <typename T>
-struct HostDelete {
-    void operator()(T* object) const noexcept {
-        object->~T();
-        KILN_free(object);
-    }
-};
-
-}  // namespace
-
-/// A chunk in the list of those of one thing, in the order they were added.
+/// A chunk in the list of those of one thing, in the order they were added. Chunks and containers
+/// are counted like blocks of the host allocator, so that running out of it is one condition.
 struct HeldChunk {
     AppDataChunk chunk;
     HeldChunk* next;
 };
 
-struct AnimatableData {
-    AnimatableData() = default;
-    ~AnimatableData() { clearChunks(); }
-    AnimatableData(const AnimatableData&) = delete;
-    AnimatableData& operator=(const AnimatableData&) = delete;
+namespace {
 
-    void clearChunks() noexcept {
-        while (chunks) removeAt(chunks);
-    }
-    /// Frees the chunk that `link` leads to.
-    static void removeAt(HeldChunk*& link) noexcept {
-        HeldChunk* const held = link;
-        link = held->next;
-        KILN_free(held->chunk.data);
-        KILN_free(held);
-    }
+/// Frees the chunk that `link` leads to.
+void removeAt(HeldChunk*& link) noexcept {
+    HeldChunk* const held = link;
+    link = held->next;
+    KILN_free(held->chunk.data);
+    kiln::deallocateCounted(held, sizeof *held);
+}
 
-    HeldChunk* chunks = nullptr;
-    std::unique_ptr<ICustAttribContainer, HostDelete<ICustAttribContainer>> attribs;
-};
+void destroy(ICustAttribContainer* container) noexcept {
+    if (!container) return;
+    container->~ICustAttribContainer();
+    kiln::deallocateCounted(container, sizeof *container);
+}
+
+/// What memory a thing takes: pieces of such a size have the alignment that any class may need.
+std::size_t thingSize(std::size_t size) noexcept {
+    return (size + 15) & ~std::size_t{15};
+}
+
+}  // namespace
 
 Animatable::Animatable() = default;
-Animatable::~Animatable() = default;
+
+Animatable::~Animatable() {
+    while (chunks_) removeAt(chunks_);
+    destroy(attribs_);
+}
+
+void* Animatable::operator new(std::size_t size) {
+    return KILN_newPiece(thingSize(size));
+}
+
+void* Animatable::operator new(std::size_t size, const std::nothrow_t&) noexcept try {
+    return KILN_newPiece(thingSize(size));
+} catch (const std::bad_alloc&) {
+    return nullptr;
+}
+
+void Animatable::operator delete(void* thing, std::size_t size) noexcept {
+    KILN_deletePiece(thing, thingSize(size));
+}
+
+HeldChunk** Animatable::endOfChunks() noexcept {
+    HeldChunk** end = &chunks_;
+    while (*end) end = &(*end)->next;
+    return end;
+}
 
 AppDataChunk* Animatable::AddAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD subId,
                                           DWORD length, void* data) noexcept {
@@ -59,16 +74,9 @@ AppDataChunk* Animatable::AddAppDataChunk(const Class_ID& cid, SClass_ID sid, DW
         kiln::setSceneModified(true);
         return present;
     }
-    void* const memory = KILN_malloc(sizeof(HeldChunk));
+    void* const memory = kiln::allocateCounted(sizeof(HeldChunk));
     if (!memory) return nullptr;
-    try {
-        if (!data_) data_ = std::make_unique<AnimatableData>();
-    } catch (const std::bad_alloc&) {
-        KILN_free(memory);
-        return nullptr;
-    }
-    HeldChunk** end = &data_->chunks;
-    while (*end) end = &(*end)->next;
+    HeldChunk** const end = endOfChunks();
     *end = new (memory) HeldChunk{{cid, sid, subId, length, data}, nullptr};
     kiln::setSceneModified(true);
     return &(*end)->chunk;
@@ -76,8 +84,7 @@ AppDataChunk* Animatable::AddAppDataChunk(const Class_ID& cid, SClass_ID sid, DW
 
 AppDataChunk* Animatable::GetAppDataChunk(const Class_ID& cid, SClass_ID sid,
                                           DWORD subId) const noexcept {
-    if (!data_) return nullptr;
-    for (HeldChunk* held = data_->chunks; held; held = held->next)
+    for (HeldChunk* held = chunks_; held; held = held->next)
         if (held->chunk.subID == subId && held->chunk.clID == cid && held->chunk.sclID == sid)
             return &held->chunk;
     return nullptr;
@@ -86,9 +93,9 @@ AppDataChunk* Animatable::GetAppDataChunk(const Class_ID& cid, SClass_ID sid,
 bool Animatable::RemoveAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD subId) noexcept {
     const AppDataChunk* const chunk = GetAppDataChunk(cid, sid, subId);
     if (!chunk) return false;
-    HeldChunk** link = &data_->chunks;
+    HeldChunk** link = &chunks_;
     while (&(*link)->chunk != chunk) link = &(*link)->next;
-    AnimatableData::removeAt(*link);
+    removeAt(*link);
     kiln::setSceneModified(true);
     return true;
 }
@@ -98,45 +105,38 @@ void Animatable::NotifyAppDataChanged() noexcept {
 }
 
 void Animatable::ClearAllAppData() noexcept {
-    if (!data_ || !data_->chunks) return;
-    data_->clearChunks();
+    if (!chunks_) return;
+    while (chunks_) removeAt(chunks_);
     kiln::setSceneModified(true);
 }
 
 int Animatable::NumAppDataChunks() const noexcept {
     int count = 0;
-    for (const HeldChunk* held = data_ ? data_->chunks : nullptr; held; held = held->next) ++count;
+    for (const HeldChunk* held = chunks_; held; held = held->next) ++count;
     return count;
 }
 
 AppDataChunk* Animatable::GetAppDataChunk(int index) const noexcept {
     if (index < 0) return nullptr;
-    HeldChunk* held = data_ ? data_->chunks : nullptr;
+    HeldChunk* held = chunks_;
     for (; held && index > 0; --index) held = held->next;
     return held ? &held->chunk : nullptr;
 }
 
 ICustAttribContainer* Animatable::GetCustAttribContainer() const noexcept {
-    return data_ ? data_->attribs.get() : nullptr;
+    return attribs_;
 }
 
 ICustAttribContainer* Animatable::AllocCustAttribContainer() noexcept {
-    if (ICustAttribContainer* const present = GetCustAttribContainer()) return present;
-    void* const memory = KILN_malloc(sizeof(ICustAttribContainer));
-    if (!memory) return nullptr;
-    try {
-        if (!data_) data_ = std::make_unique<AnimatableData>();
-    } catch (const std::bad_alloc&) {
-        KILN_free(memory);
-        return nullptr;
-    }
-    data_->attribs.reset(new (memory) ICustAttribContainer);
-    return data_->attribs.get();
+    if (attribs_) return attribs_;
+    void* const memory = kiln::allocateCounted(sizeof(ICustAttribContainer));
+    if (memory) attribs_ = new (memory) ICustAttribContainer;
+    return attribs_;
 }
 
 void Animatable::DeleteCustAttribContainer() noexcept {
-    if (!GetCustAttribContainer()) return;
-    data_->attribs.reset();
+    if (!attribs_) return;
+    destroy(std::exchange(attribs_, nullptr));
     kiln::setSceneModified(true);
 }
 

@@ -1,12 +1,96 @@
 #include <kiln/host/diagnostics.h>
 #include <kiln/memory.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <new>
+#include <thread>
+
+#include "counted.h"
+#include "smallheap.h"
+
+namespace kiln {
+
+namespace {
+
+// The sanitizer watches over each block only when it is one of the system's.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kPooled = false;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+constexpr bool kPooled = false;
+#else
+constexpr bool kPooled = true;
+#endif
+#else
+constexpr bool kPooled = true;
+#endif
+
+constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
+
+constinit SmallHeap smallHeap;
+std::atomic_flag smallHeapBusy;  // held for so short that waiting by turning is best
+std::atomic<std::size_t> liveBlocks{0};
+std::atomic<std::size_t> allowedAllocations{kUnlimited};
+
+class SmallHeapLock {
+public:
+    SmallHeapLock() noexcept {
+        while (smallHeapBusy.test_and_set(std::memory_order_acquire)) std::this_thread::yield();
+    }
+    ~SmallHeapLock() { smallHeapBusy.clear(std::memory_order_release); }
+    SmallHeapLock(const SmallHeapLock&) = delete;
+    SmallHeapLock& operator=(const SmallHeapLock&) = delete;
+};
+
+constexpr bool isSmall(std::size_t size) noexcept {
+    return kPooled && size <= SmallHeap::kLargest;
+}
+
+bool takeAllowance() noexcept {
+    std::size_t left = allowedAllocations.load(std::memory_order_relaxed);
+    while (left != kUnlimited) {
+        if (left == 0) return false;
+        if (allowedAllocations.compare_exchange_weak(left, left - 1)) break;
+    }
+    return true;
+}
+
+void* allocate(std::size_t size) noexcept {
+    if (!isSmall(size)) return std::malloc(size);
+    const SmallHeapLock lock;
+    return smallHeap.allocate(size);
+}
+
+void deallocate(void* block, std::size_t size) noexcept {
+    if (!isSmall(size)) {
+        std::free(block);
+        return;
+    }
+    const SmallHeapLock lock;
+    smallHeap.free(block);
+}
+
+}  // namespace
+
+void* allocateCounted(std::size_t size) noexcept {
+    if (!takeAllowance()) return nullptr;
+    void* const block = allocate(size);
+    if (block) liveBlocks.fetch_add(1, std::memory_order_relaxed);
+    return block;
+}
+
+void deallocateCounted(void* block, std::size_t size) noexcept {
+    liveBlocks.fetch_sub(1, std::memory_order_relaxed);
+    deallocate(block, size);
+}
+
+}  // namespace kiln
 
 namespace {
 
@@ -14,23 +98,11 @@ namespace {
 // at the call that is wrong instead of in a heap that falls apart later.
 struct alignas(std::max_align_t) BlockHeader {
     std::uint64_t mark;
+    std::uint64_t size;  // of the block and this together
 };
 
 constexpr std::uint64_t kLive = 0x6B696C6E2D6C6976;
 constexpr std::uint64_t kFreed = 0x6B696C6E2D646561;
-constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
-
-std::atomic<std::size_t> liveBlocks{0};
-std::atomic<std::size_t> allowedAllocations{kUnlimited};
-
-bool takeAllowance() noexcept {
-    std::size_t left = allowedAllocations.load();
-    while (left != kUnlimited) {
-        if (left == 0) return false;
-        if (allowedAllocations.compare_exchange_weak(left, left - 1)) break;
-    }
-    return true;
-}
 
 BlockHeader* headerOf(void* block) noexcept {
     BlockHeader* const header = static_cast<BlockHeader*>(block) - 1;
@@ -41,35 +113,49 @@ BlockHeader* headerOf(void* block) noexcept {
     return header;
 }
 
-bool tooLarge(std::size_t size) noexcept {
-    return size > kUnlimited - sizeof(BlockHeader);
+/// The size of a block with its header, in steps that keep the header aligned; 0 when there is no
+/// such size.
+std::size_t wholeSize(std::size_t size) noexcept {
+    constexpr std::size_t kStep = sizeof(BlockHeader);
+    if (size > kiln::kUnlimited - 2 * kStep) return 0;
+    return (size + kStep - 1) / kStep * kStep + kStep;
 }
 
 }  // namespace
 
 void* KILN_malloc(std::size_t size) noexcept {
-    if (tooLarge(size) || !takeAllowance()) return nullptr;
-    auto* const header = static_cast<BlockHeader*>(std::malloc(sizeof(BlockHeader) + size));
-    if (!header) return nullptr;
-    header->mark = kLive;
-    ++liveBlocks;
-    return header + 1;
+    const std::size_t whole = wholeSize(size);
+    if (whole == 0) return nullptr;
+    void* const memory = kiln::allocateCounted(whole);
+    if (!memory) return nullptr;
+    return new (memory) BlockHeader{kLive, whole} + 1;
 }
 
 void* KILN_realloc(void* block, std::size_t size) noexcept {
     if (!block) return KILN_malloc(size);
-    BlockHeader* const header = headerOf(block);
-    if (tooLarge(size) || !takeAllowance()) return nullptr;
-    auto* const moved = static_cast<BlockHeader*>(std::realloc(header, sizeof(BlockHeader) + size));
-    return moved ? moved + 1 : nullptr;
+    const std::size_t before = headerOf(block)->size - sizeof(BlockHeader);
+    void* const moved = KILN_malloc(size);
+    if (!moved) return nullptr;
+    std::memcpy(moved, block, std::min(before, size));
+    KILN_free(block);
+    return moved;
 }
 
 void KILN_free(void* block) noexcept {
     if (!block) return;
     BlockHeader* const header = headerOf(block);
     header->mark = kFreed;
-    --liveBlocks;
-    std::free(header);
+    kiln::deallocateCounted(header, header->size);
+}
+
+void* KILN_newPiece(std::size_t size) {
+    void* const piece = kiln::allocate(size);
+    if (!piece) throw std::bad_alloc();
+    return piece;
+}
+
+void KILN_deletePiece(void* piece, std::size_t size) noexcept {
+    if (piece) kiln::deallocate(piece, size);
 }
 
 char* KILN_strdup(const char* text) noexcept {

@@ -5,12 +5,12 @@
 #include <kiln/platform.h>
 
 #include <cstddef>
-#include <memory>
+#include <new>
 #include <vector>
 
 class CustAttrib;
 class ICustAttribContainer;
-struct AnimatableData;
+struct HeldChunk;
 
 /// One block of bytes that a plug-in keeps on a thing of the scene, saved with the scene.
 ///
@@ -65,8 +65,17 @@ public:
     /// Deletes the container and every attribute in it.
     void DeleteCustAttribContainer() noexcept;
 
+    /// Things of the scene are made of the host's memory (`KILN_newPiece`), whichever module makes
+    /// them. The first throws `std::bad_alloc`, the second gives null.
+    static void* operator new(std::size_t size);
+    static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
+    static void operator delete(void* thing, std::size_t size) noexcept;
+
 private:
-    std::unique_ptr<AnimatableData> data_;  // most things carry neither chunks nor attributes
+    HeldChunk** endOfChunks() noexcept;
+
+    HeldChunk* chunks_ = nullptr;
+    ICustAttribContainer* attribs_ = nullptr;
 };
 
 /// Something that several others may refer to. It lives until the last reference is released.

@@ -20,3 +20,10 @@ KILNAPI void KILN_free(void* block) noexcept;
 /// A copy of `text` (null counts as empty) in a block of the host allocator; null without memory.
 /// This is what `FPValue::SetOwnedString` takes.
 [[nodiscard]] KILNAPI char* KILN_strdup(const char* text) noexcept;
+
+/// Memory for the SDK's own classes, of which a scene has very many: `size` bytes (not 0), aligned
+/// to 16 when the size is a multiple of 16, to 8 otherwise, and not cleared. Throws
+/// `std::bad_alloc`. Freed with `KILN_deletePiece`, which must be told the same size, and with
+/// nothing else.
+[[nodiscard]] KILNAPI void* KILN_newPiece(std::size_t size);
+KILNAPI void KILN_deletePiece(void* piece, std::size_t size) noexcept;
