@@ -163,7 +163,7 @@ private:
     }
 
     Object* makeObject(const OutlineNode& source, const FltRecord* record) {
-        tails_.clear();
+        vertices_.clear();
         switch (source.kind) {
             case kFltFace:
                 return makePolygon(source).release();
@@ -187,14 +187,8 @@ private:
     std::unique_ptr<TriObject, DeleteThis> makePolygon(const OutlineNode& source) {
         std::unique_ptr<TriObject, DeleteThis> object(new TriObject);
         Mesh& mesh = object->GetMesh();
-        const Features features = featuresOf(source);
-        mesh.verts.Resize(static_cast<int>(source.cornerCount));
-        if (features.normals) mesh.normals.Resize(static_cast<int>(source.cornerCount));
-        if (features.textures) mesh.tVerts.Resize(static_cast<int>(source.cornerCount));
-        if (features.colors) mesh.colors.Resize(static_cast<int>(source.cornerCount));
-        for (const std::uint32_t vertex : cornersOf(source)) {
-            addVertex(mesh, recordAt(bytes_, vertex), features);
-        }
+        takeVertices(source, [](FileBytes) { return true; });
+        addVertices(mesh, featuresOf());
         cutPolygon(mesh);
         return object;
     }
@@ -202,14 +196,27 @@ private:
     /// A mesh of nothing but vertices, with their colours.
     std::unique_ptr<TriObject, DeleteThis> makePoints(const OutlineNode& source) {
         std::unique_ptr<TriObject, DeleteThis> object(new TriObject);
-        Mesh& mesh = object->GetMesh();
-        Features features = featuresOf(source);
+        takeVertices(source, [](FileBytes) { return true; });
+        Features features = featuresOf();
         features.colors = true;
-        for (const std::uint32_t vertex : cornersOf(source)) {
-            const FileBytes record = recordAt(bytes_, vertex);
-            if (isFinite(positionOf(record))) addVertex(mesh, record, features);
-        }
+        takeVertices(source, [](FileBytes vertex) { return isFinite(positionOf(vertex)); });
+        addVertices(object->GetMesh(), features);
         return object;
+    }
+
+    template <typename Wanted>
+    void takeVertices(const OutlineNode& source, Wanted&& wanted) {
+        vertices_.clear();
+        for (const std::uint32_t offset : cornersOf(source)) {
+            const FileBytes vertex = recordAt(bytes_, offset);
+            if (wanted(vertex)) vertices_.push_back(vertex);
+        }
+        alike_ = areAlike(vertices_);
+    }
+
+    /// The vertices, or one that stands for all.
+    std::span<const FileBytes> differentVertices() const {
+        return std::span(vertices_).first(alike_ && !vertices_.empty() ? 1 : vertices_.size());
     }
 
     /// What at least one vertex of a node has beside its position.
@@ -219,29 +226,40 @@ private:
         bool colors = false;
     };
 
-    Features featuresOf(const OutlineNode& source) const {
+    Features featuresOf() const {
         Features features;
-        for (const std::uint32_t vertex : cornersOf(source)) {
-            const FileBytes record = recordAt(bytes_, vertex);
-            features.normals = features.normals || hasNormal(record);
-            features.textures = features.textures || hasTexture(record);
-            features.colors = features.colors || vertexColor(record, colorPalette_).has_value();
+        for (const FileBytes vertex : differentVertices()) {
+            features.normals = features.normals || hasNormal(vertex);
+            features.textures = features.textures || hasTexture(vertex);
+            features.colors = features.colors || vertexColor(vertex, colorPalette_).has_value();
         }
         return features;
     }
 
-    void addVertex(Mesh& mesh, FileBytes vertex, const Features& features) {
-        mesh.verts.Append(positionOf(vertex));
+    void addVertices(Mesh& mesh, const Features& features) const {
+        addToAll(mesh.verts, positionOf);
         if (features.normals) {
-            mesh.normals.Append(hasNormal(vertex) ? normalOf(vertex) : Point3f());
+            addToAll(mesh.normals, [](FileBytes vertex) {
+                return hasNormal(vertex) ? normalOf(vertex) : Point3f();
+            });
         }
         if (features.textures) {
-            mesh.tVerts.Append(hasTexture(vertex) ? textureOf(vertex) : Point3f());
+            addToAll(mesh.tVerts, [](FileBytes vertex) {
+                return hasTexture(vertex) ? textureOf(vertex) : Point3f();
+            });
         }
         if (features.colors) {
-            mesh.colors.Append(vertexColor(vertex, colorPalette_).value_or(kVertexWhite));
+            addToAll(mesh.colors, [this](FileBytes vertex) {
+                return vertexColor(vertex, colorPalette_).value_or(kVertexWhite);
+            });
         }
-        tails_.append(vertex);
+    }
+
+    /// Fills `list`, which is empty, with what `part` gives of each vertex.
+    template <typename T, typename Part>
+    void addToAll(Tab<T>& list, Part&& part) const {
+        list.SetCount(static_cast<int>(vertices_.size()));
+        std::ranges::transform(vertices_, list.begin(), part);
     }
 
     std::span<const std::uint32_t> cornersOf(const OutlineNode& source) const {
@@ -260,7 +278,7 @@ private:
             triangulator_.cut(std::span(std::as_const(mesh).verts.Addr(0), count));
         if (triangles.empty()) {
             mesh.Clear();
-            tails_.clear();
+            vertices_.clear();
             return;
         }
         const auto faces = static_cast<int>(triangles.size());
@@ -329,6 +347,7 @@ private:
     // ------------------------------------------------------------ places
 
     void place(INode& node, const OutlineNode& source, const FltRecord* record) {
+        if (source.firstPiece == kNone && source.kind != kFltLightSource) return;
         TransformReader transforms;
         for (std::uint32_t i = source.firstPiece; i != kNone; i = outline_.pieces[i].next) {
             const OutlinePiece& piece = outline_.pieces[i];
@@ -374,7 +393,7 @@ private:
               const std::string& givenName) {
         const Mesh* const mesh = meshOf(node, source);
         if (mesh != nullptr) {
-            const FileBytes tails = tails_.bytesFor(*mesh);
+            const FileBytes tails = tails_.bytesFor(*mesh, differentVertices());
             if (!tails.empty()) keepChunk(node, KeptChunk::corners, tails);
         }
         const bool losesVertices =
@@ -434,7 +453,9 @@ private:
 
     void keepPieces(const OutlineNode& source, bool losesVertices) {
         if (source.plain) {
-            kept_.marker(kFltPushLevel);
+            const FileBytes record = recordAt(bytes_, source.record);
+            kept_.record(
+                recordAt(bytes_, source.record + static_cast<std::uint32_t>(record.size())));
             keepList(recordAt(bytes_, source.list), true, losesVertices);
             kept_.marker(kFltPopLevel, 0);
             return;
@@ -512,7 +533,9 @@ private:
     std::unique_ptr<NameMaker> nameMaker_;
     Triangulator triangulator_;
     MeshReader meshReader_;
-    VertexTails tails_;  ///< of the node under construction
+    std::vector<FileBytes> vertices_;  ///< of the mesh under construction
+    bool alike_ = false;               ///< whether they are
+    VertexTails tails_;
     KeptWriter kept_;
     const FileBytes colorPalette_ =
         outline_.colorPalette == 0 ? FileBytes() : recordAt(bytes_, outline_.colorPalette);

@@ -253,9 +253,9 @@ private:
     void spellOut(std::uint32_t owner) {
         OutlineNode& node = outline_.nodes[owner];
         node.plain = false;
-        append(owner, node.record + lengthAt(node.record), 0);
+        append(owner, behind(node.record), 0);
         append(owner, node.list, 0);
-        append(owner, node.list + lengthAt(node.list), 0);
+        append(owner, behind(node.list), 0);
     }
 
     void spellOut(Level& level) {
@@ -265,7 +265,9 @@ private:
         if (list != 0 && list != offset_) append(level.owner, list, 0);
     }
 
-    std::uint32_t lengthAt(std::uint32_t record) const { return uint16At(bytes_, record + 2); }
+    std::uint32_t behind(std::uint32_t record) const {
+        return record + uint16At(bytes_, record + 2);
+    }
 
     void append(std::uint32_t owner, std::uint32_t record, std::uint32_t children) {
         const auto index = static_cast<std::uint32_t>(outline_.pieces.size());
@@ -279,11 +281,23 @@ private:
         node.lastPiece = index;
     }
 
+    /// Makes room for one more of what stands behind the palettes, and when there is none left, for
+    /// as many as the whole file has if it goes on as before.
+    template <typename T>
+    void makeRoom(std::vector<T>& list) const {
+        if (list.size() < list.capacity()) return;
+        const auto passed = static_cast<double>(end() - outline_.vertexPaletteEnd);
+        const auto all = static_cast<double>(bytes_.size() - outline_.vertexPaletteEnd);
+        const double expected = 1.01 * static_cast<double>(list.size()) * (all / passed);
+        list.reserve(std::max(2 * list.size(), static_cast<std::size_t>(expected)) + 1);
+    }
+
     std::uint32_t addNode(std::uint16_t kind, std::uint32_t parent) {
         OutlineNode node;
         node.kind = kind;
         node.parent = parent;
         node.record = offset_;
+        makeRoom(outline_.nodes);
         outline_.nodes.push_back(node);
         return static_cast<std::uint32_t>(outline_.nodes.size() - 1);
     }
@@ -323,9 +337,8 @@ private:
 
     bool mayBePlain(std::uint32_t owner) const {
         const OutlineNode& node = outline_.nodes[owner];
-        return opcode_ == kFltPushLevel && length_ == kRecordHeader && holdsPoints(node) &&
-               node.firstPiece == kNone && !node.plain &&
-               offset_ == node.record + lengthAt(node.record);
+        return opcode_ == kFltPushLevel && holdsPoints(node) && node.firstPiece == kNone &&
+               !node.plain && offset_ == behind(node.record);
     }
 
     static bool holdsPoints(const OutlineNode& node) {
@@ -335,9 +348,9 @@ private:
     /// Whether the level that ends here makes its owner a plain node.
     bool makesPlain(const Level& level) const {
         const OutlineNode& node = outline_.nodes[level.owner];
-        return level.deferred && level.children == 0 && node.list == level.offset + kRecordHeader &&
+        return level.deferred && level.children == 0 && node.list == behind(level.offset) &&
                node.cornerCount != 0 && uint16At(bytes_, node.list) == kFltVertexList &&
-               offset_ == node.list + lengthAt(node.list) && length_ == kRecordHeader;
+               offset_ == behind(node.list);
     }
 
     void pop() {
@@ -382,6 +395,7 @@ private:
     void addCorners() {
         const std::uint32_t end = offset_ + length_;
         for (std::uint32_t i = offset_ + kRecordHeader; i + 4 <= end; i += cornerStride_) {
+            makeRoom(outline_.corners);
             outline_.corners.push_back(vertexAt(uint32At(bytes_, i)));
         }
         OutlineNode& node = outline_.nodes[listOwner_];

@@ -8,31 +8,15 @@
 #include <quillon/fltopcode.h>
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 
 namespace interchange {
 
 namespace {
 
-constexpr std::size_t kPosition = 8;
-constexpr std::size_t kNormal = 32;  // also the texture coordinates of vertices without a normal
-constexpr std::size_t kNormalSize = 12;
-constexpr std::size_t kTextureSize = 8;
-
 // An entry: opcode, length, colour name, flags (16 bits each), then what stands behind coordinates.
 constexpr std::size_t kEntryHead = 8;
-
-bool isWithNormal(std::uint16_t opcode) {
-    return opcode == kFltVertexWithNormal || opcode == kFltVertexWithTextureAndNormal;
-}
-
-bool isWithTexture(std::uint16_t opcode) {
-    return opcode == kFltVertexWithTexture || opcode == kFltVertexWithTextureAndNormal;
-}
-
-std::size_t texturePlace(std::uint16_t opcode) {
-    return isWithNormal(opcode) ? kNormal + kNormalSize : kNormal;
-}
 
 /// The size of an entry for a vertex of that kind and length.
 std::size_t entrySize(std::uint16_t opcode, std::size_t length) {
@@ -60,32 +44,18 @@ std::size_t ownTail(std::uint16_t opcode, const COLORREF* color, std::uint8_t (&
 
 }  // namespace
 
-bool hasNormal(FileBytes vertex) noexcept {
-    return isWithNormal(uint16At(vertex, 0)) && vertex.size() >= kNormal + kNormalSize;
-}
-
-bool hasTexture(FileBytes vertex) noexcept {
-    const std::uint16_t opcode = uint16At(vertex, 0);
-    return isWithTexture(opcode) && vertex.size() >= texturePlace(opcode) + kTextureSize;
-}
-
-Point3 positionOf(FileBytes vertex) noexcept {
-    return {float64At(vertex, kPosition), float64At(vertex, kPosition + 8),
-            float64At(vertex, kPosition + 16)};
-}
-
-Point3f normalOf(FileBytes vertex) noexcept {
-    return {float32At(vertex, kNormal), float32At(vertex, kNormal + 4),
-            float32At(vertex, kNormal + 8)};
-}
-
-Point3f textureOf(FileBytes vertex) noexcept {
-    const std::size_t place = texturePlace(uint16At(vertex, 0));
-    return {float32At(vertex, place), float32At(vertex, place + 4), 0};
-}
-
-std::size_t packedColorOffset(std::uint16_t opcode) noexcept {
-    return texturePlace(opcode) + (isWithTexture(opcode) ? kTextureSize : 0);
+bool areAlike(std::span<const FileBytes> vertices) noexcept {
+    if (vertices.empty()) return true;
+    const FileBytes first = vertices.front();
+    const std::size_t color = packedColorOffset(uint16At(first, 0));
+    const std::size_t kept = std::min(first.size(), kLongestVertex);
+    const std::size_t rest = kept > color ? kept - color : 0;
+    for (const FileBytes vertex : vertices.subspan(1)) {
+        // The entry head has the length, so that the rest is there in both or in none.
+        if (std::memcmp(vertex.data(), first.data(), kEntryHead) != 0) return false;
+        if (rest > 0 && std::memcmp(&vertex[color], &first[color], rest) != 0) return false;
+    }
+    return true;
 }
 
 void VertexTails::clear() noexcept {
@@ -113,22 +83,19 @@ FileBytes VertexTails::tail(std::size_t index) const noexcept {
     return FileBytes(bytes_).subspan(start, end - start);
 }
 
-FileBytes VertexTails::bytesFor(const Mesh& mesh) {
-    if (starts_.empty()) return {};
+FileBytes VertexTails::bytesFor(const Mesh& mesh, std::span<const FileBytes> vertices) {
+    if (vertices.empty()) return {};
+    clear();
+    for (const FileBytes vertex : vertices) append(vertex);
     const std::uint16_t kind = kindOf(!mesh.normals.IsEmpty(), !mesh.tVerts.IsEmpty());
-    bool alike = true;
-    bool own = true;
-    for (std::size_t i = 0; i < starts_.size() && (alike || own); ++i) {
+    for (std::size_t i = 0; i < starts_.size(); ++i) {
         const COLORREF* const color =
             mesh.colors.IsEmpty() ? nullptr : mesh.colors.Addr(static_cast<int>(i));
         std::uint8_t made[24];
         const std::size_t size = ownTail(kind, color, made);
-        own = own && std::ranges::equal(tail(i), FileBytes(made, size));
-        alike = alike && std::ranges::equal(tail(i), tail(0));
+        if (!std::ranges::equal(tail(i), FileBytes(made, size))) return bytes_;
     }
-    if (own) return {};
-    if (alike) bytes_.resize(tail(0).size());
-    return bytes_;
+    return {};
 }
 
 void VertexTails::read(FileBytes bytes, const Mesh& mesh) {
@@ -138,7 +105,8 @@ void VertexTails::read(FileBytes bytes, const Mesh& mesh) {
     while (bytes.size() - at >= kEntryHead) {
         const std::uint16_t opcode = uint16At(bytes, at);
         const std::size_t size = entrySize(opcode, uint16At(bytes, at + 2));
-        if (!isVertex(opcode) || uint16At(bytes, at + 2) < kNormal || size > bytes.size() - at) {
+        if (!isVertex(opcode) || uint16At(bytes, at + 2) < kVertexNormal ||
+            size > bytes.size() - at) {
             break;
         }
         starts_.push_back(static_cast<std::uint32_t>(at));
@@ -156,9 +124,9 @@ bool VertexTails::fits(const Mesh& mesh) const noexcept {
     for (const std::uint32_t start : starts_) {
         const std::uint16_t opcode = uint16At(bytes_, start);
         const std::size_t length = uint16At(bytes_, start + 2);
-        normals = normals || (isWithNormal(opcode) && length >= kNormal + kNormalSize);
-        textures =
-            textures || (isWithTexture(opcode) && length >= texturePlace(opcode) + kTextureSize);
+        normals = normals || (isWithNormal(opcode) && length >= kVertexNormal + kVertexNormalSize);
+        textures = textures ||
+                   (isWithTexture(opcode) && length >= vertexTexture(opcode) + kVertexTextureSize);
     }
     return normals == !mesh.normals.IsEmpty() && textures == !mesh.tVerts.IsEmpty();
 }
@@ -182,18 +150,18 @@ FileBytes VertexTails::vertex(const Mesh& mesh, std::uint32_t index, const Point
                       record_.begin() + static_cast<std::ptrdiff_t>(colorPlace));
     std::uint8_t* const bytes = record_.data();
     const Point3& position = mesh.verts[at];
-    putFloat64(bytes + kPosition, position.x);
-    putFloat64(bytes + kPosition + 8, position.y);
-    putFloat64(bytes + kPosition + 16, position.z);
+    putFloat64(bytes + kVertexPosition, position.x);
+    putFloat64(bytes + kVertexPosition + 8, position.y);
+    putFloat64(bytes + kVertexPosition + 16, position.z);
     if (isWithNormal(opcode) && !mesh.normals.IsEmpty()) {
         const Point3f& normal = mesh.normals[at];
-        putFloat32(bytes + kNormal, normal.x);
-        putFloat32(bytes + kNormal + 4, normal.y);
-        putFloat32(bytes + kNormal + 8, normal.z);
+        putFloat32(bytes + kVertexNormal, normal.x);
+        putFloat32(bytes + kVertexNormal + 4, normal.y);
+        putFloat32(bytes + kVertexNormal + 8, normal.z);
     }
     if (isWithTexture(opcode) && texture != nullptr) {
-        putFloat32(bytes + texturePlace(opcode), texture->x);
-        putFloat32(bytes + texturePlace(opcode) + 4, texture->y);
+        putFloat32(bytes + vertexTexture(opcode), texture->x);
+        putFloat32(bytes + vertexTexture(opcode) + 4, texture->y);
     }
     record_.resize(uint16At(entry, 2));
     if (color != nullptr && vertexColor(record_, colorPalette).value_or(kVertexWhite) != *color) {

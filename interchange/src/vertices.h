@@ -5,23 +5,56 @@
 
 #include <kiln/geometry.h>
 #include <kiln/platform.h>
+#include <quillon/fltopcode.h>
 
+#include <span>
 #include <vector>
 
 struct Mesh;
 
 namespace interchange {
 
+/// Whether vertices of kind `opcode` have a normal, or texture coordinates.
+inline bool isWithNormal(std::uint16_t opcode) noexcept {
+    return opcode == kFltVertexWithNormal || opcode == kFltVertexWithTextureAndNormal;
+}
+inline bool isWithTexture(std::uint16_t opcode) noexcept {
+    return opcode == kFltVertexWithTexture || opcode == kFltVertexWithTextureAndNormal;
+}
+
+/// Where the parts of a vertex record are.
+inline constexpr std::size_t kVertexPosition = 8;
+inline constexpr std::size_t kVertexNormal = 32;
+inline constexpr std::size_t kVertexNormalSize = 12;
+inline constexpr std::size_t kVertexTextureSize = 8;
+inline std::size_t vertexTexture(std::uint16_t opcode) noexcept {
+    return isWithNormal(opcode) ? kVertexNormal + kVertexNormalSize : kVertexNormal;
+}
+
 /// Whether a vertex record is of a kind with a normal, or with texture coordinates, and long enough
 /// to have them.
-bool hasNormal(FileBytes vertex) noexcept;
-bool hasTexture(FileBytes vertex) noexcept;
+inline bool hasNormal(FileBytes vertex) noexcept {
+    return isWithNormal(uint16At(vertex, 0)) && vertex.size() >= kVertexNormal + kVertexNormalSize;
+}
+inline bool hasTexture(FileBytes vertex) noexcept {
+    const std::uint16_t opcode = uint16At(vertex, 0);
+    return isWithTexture(opcode) && vertex.size() >= vertexTexture(opcode) + kVertexTextureSize;
+}
 
 /// What a vertex record holds. It must have its position.
-Point3 positionOf(FileBytes vertex) noexcept;
-Point3f normalOf(FileBytes vertex) noexcept;
+inline Point3 positionOf(FileBytes vertex) noexcept {
+    return {float64At(vertex, kVertexPosition), float64At(vertex, kVertexPosition + 8),
+            float64At(vertex, kVertexPosition + 16)};
+}
+inline Point3f normalOf(FileBytes vertex) noexcept {
+    return {float32At(vertex, kVertexNormal), float32At(vertex, kVertexNormal + 4),
+            float32At(vertex, kVertexNormal + 8)};
+}
 /// u and v; w is 0.
-Point3f textureOf(FileBytes vertex) noexcept;
+inline Point3f textureOf(FileBytes vertex) noexcept {
+    const std::size_t place = vertexTexture(uint16At(vertex, 0));
+    return {float32At(vertex, place), float32At(vertex, place + 4), 0};
+}
 
 /// What a vertex without a colour has in a mesh with colours.
 inline constexpr COLORREF kVertexWhite = 0xFFFFFF;
@@ -31,7 +64,12 @@ inline constexpr COLORREF kVertexWhite = 0xFFFFFF;
 inline constexpr std::size_t kLongestVertex = 128;
 
 /// Where a vertex of that kind has its packed colour; the index into the palette follows.
-std::size_t packedColorOffset(std::uint16_t opcode) noexcept;
+inline std::size_t packedColorOffset(std::uint16_t opcode) noexcept {
+    return vertexTexture(opcode) + (isWithTexture(opcode) ? kVertexTextureSize : 0);
+}
+
+/// Whether vertex records differ in nothing but position, normal and texture coordinates.
+bool areAlike(std::span<const FileBytes> vertices) noexcept;
 
 /// What vertex records hold beside coordinates and normal, for the corners of one mesh: kind,
 /// length, colour name, flags, colour, and whatever follows within the first `kLongestVertex`
@@ -42,11 +80,9 @@ std::size_t packedColorOffset(std::uint16_t opcode) noexcept;
 /// vertices as the exporter makes them from the mesh alone.
 class VertexTails {
 public:
-    /// Starts with the tails of vertices that are about to be read.
-    void clear() noexcept;
-    void append(FileBytes vertex);
-    /// The bytes for a mesh, empty when it needs none. Valid until the tails change.
-    FileBytes bytesFor(const Mesh& mesh);
+    /// The bytes for a mesh made of `vertices`, of which one will do when they are alike; empty
+    /// when it needs none. Valid until the tails change.
+    FileBytes bytesFor(const Mesh& mesh, std::span<const FileBytes> vertices);
 
     /// Takes tails that were kept for a mesh; bytes that do not fit it are taken as nothing.
     void read(FileBytes bytes, const Mesh& mesh);
@@ -58,6 +94,8 @@ public:
                      FileBytes colorPalette);
 
 private:
+    void clear() noexcept;
+    void append(FileBytes vertex);
     FileBytes tail(std::size_t index) const noexcept;
     bool fits(const Mesh& mesh) const noexcept;
 

@@ -11,6 +11,10 @@
 #include <new>
 #include <thread>
 
+#if __has_include(<sys/single_threaded.h>)
+#include <sys/single_threaded.h>
+#endif
+
 #include "counted.h"
 #include "smallheap.h"
 
@@ -34,18 +38,32 @@ constexpr bool kPooled = true;
 constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
 
 constinit SmallHeap smallHeap;
-std::atomic_flag smallHeapBusy;  // held for so short that waiting by turning is best
-std::atomic<std::size_t> liveBlocks{0};
+std::size_t liveBlocks = 0;
+std::atomic_flag busy;  // the heap and the count; for so short that waiting by turning is best
 std::atomic<std::size_t> allowedAllocations{kUnlimited};
 
-class SmallHeapLock {
+/// Whether this is certainly the only thread of the process.
+bool isAlone() noexcept {
+#if __has_include(<sys/single_threaded.h>)
+    return __libc_single_threaded != 0;
+#else
+    return false;
+#endif
+}
+
+class HeapLock {
 public:
-    SmallHeapLock() noexcept {
-        while (smallHeapBusy.test_and_set(std::memory_order_acquire)) std::this_thread::yield();
+    HeapLock() noexcept : needed_(!isAlone()) {
+        while (needed_ && busy.test_and_set(std::memory_order_acquire)) std::this_thread::yield();
     }
-    ~SmallHeapLock() { smallHeapBusy.clear(std::memory_order_release); }
-    SmallHeapLock(const SmallHeapLock&) = delete;
-    SmallHeapLock& operator=(const SmallHeapLock&) = delete;
+    ~HeapLock() {
+        if (needed_) busy.clear(std::memory_order_release);
+    }
+    HeapLock(const HeapLock&) = delete;
+    HeapLock& operator=(const HeapLock&) = delete;
+
+private:
+    const bool needed_;
 };
 
 constexpr bool isSmall(std::size_t size) noexcept {
@@ -61,33 +79,33 @@ bool takeAllowance() noexcept {
     return true;
 }
 
-void* allocate(std::size_t size) noexcept {
-    if (!isSmall(size)) return std::malloc(size);
-    const SmallHeapLock lock;
-    return smallHeap.allocate(size);
+void* allocate(std::size_t size, bool counted) noexcept {
+    const bool small = isSmall(size);
+    void* block = small ? nullptr : std::malloc(size);
+    if (!small && !counted) return block;
+    const HeapLock lock;
+    if (small) block = smallHeap.allocate(size);
+    if (counted && block) ++liveBlocks;
+    return block;
 }
 
-void deallocate(void* block, std::size_t size) noexcept {
-    if (!isSmall(size)) {
-        std::free(block);
-        return;
-    }
-    const SmallHeapLock lock;
-    smallHeap.free(block);
+void deallocate(void* block, std::size_t size, bool counted) noexcept {
+    const bool small = isSmall(size);
+    if (!small) std::free(block);
+    if (!small && !counted) return;
+    const HeapLock lock;
+    if (small) smallHeap.free(block);
+    if (counted) --liveBlocks;
 }
 
 }  // namespace
 
 void* allocateCounted(std::size_t size) noexcept {
-    if (!takeAllowance()) return nullptr;
-    void* const block = allocate(size);
-    if (block) liveBlocks.fetch_add(1, std::memory_order_relaxed);
-    return block;
+    return takeAllowance() ? allocate(size, true) : nullptr;
 }
 
 void deallocateCounted(void* block, std::size_t size) noexcept {
-    liveBlocks.fetch_sub(1, std::memory_order_relaxed);
-    deallocate(block, size);
+    deallocate(block, size, true);
 }
 
 }  // namespace kiln
@@ -149,13 +167,13 @@ void KILN_free(void* block) noexcept {
 }
 
 void* KILN_newPiece(std::size_t size) {
-    void* const piece = kiln::allocate(size);
+    void* const piece = kiln::allocate(size, false);
     if (!piece) throw std::bad_alloc();
     return piece;
 }
 
 void KILN_deletePiece(void* piece, std::size_t size) noexcept {
-    if (piece) kiln::deallocate(piece, size);
+    if (piece) kiln::deallocate(piece, size, false);
 }
 
 char* KILN_strdup(const char* text) noexcept {
@@ -169,6 +187,7 @@ char* KILN_strdup(const char* text) noexcept {
 namespace kiln {
 
 std::size_t allocatedBlocks() noexcept {
+    const HeapLock lock;
     return liveBlocks;
 }
 

@@ -1,6 +1,7 @@
 #include "names.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <utility>
 
@@ -34,71 +35,91 @@ std::size_t lengthWithoutDigits(std::string_view name) noexcept {
 
 void NameIndex::add(Node* node) {
     NameLinks& links = node->nameLinks();
-    links = {};
-    links.hash = TextHash{}(node->name());
-    if (Node* const first = find(node->name(), links.hash)) {
-        Node*& last = first->nameLinks().last;
-        links.previous = last;
+    const std::uint32_t hash = hashOf(node->name());
+    if (Node* const first = find(node->name(), hash)) {
+        Node*& last = first->nameLinks().previous;
+        links = {last, nullptr};
         last->nameLinks().next = node;
         last = node;
         return;
     }
     reserve();
-    links.last = node;
-    links.nextInBucket = std::exchange(bucket(links.hash), node);
+    links = {node, nullptr};
+    put({hash, node->GetHandle()});
     ++names_;
 }
 
 bool NameIndex::remove(Node* node) noexcept {
     const NameLinks links = std::exchange(node->nameLinks(), NameLinks());
-    if (links.previous) {
+    const bool isFirst = links.previous == node || links.previous->nameLinks().next == nullptr;
+    if (!isFirst) {
+        Node* const behind = links.next ? links.next : find(node->name());
+        behind->nameLinks().previous = links.previous;
         links.previous->nameLinks().next = links.next;
-        if (links.next) {
-            links.next->nameLinks().previous = links.previous;
-        } else {
-            Node* const first = find(node->name(), links.hash);
-            first->nameLinks().last = links.previous;
-        }
         return false;
     }
-    Node** link = &bucket(links.hash);
-    while (*link != node) link = &(*link)->nameLinks().nextInBucket;
-    *link = links.nextInBucket;
+    const std::size_t place = placeOf(node);
     if (!links.next) {
+        empty(place);
         --names_;
         return true;
     }
-    NameLinks& heir = links.next->nameLinks();
-    heir.previous = nullptr;
-    heir.last = links.last;
-    heir.nextInBucket = std::exchange(*link, links.next);
+    at(place).handle = links.next->GetHandle();
+    links.next->nameLinks().previous = links.previous;
     return false;
 }
 
-Node* NameIndex::find(std::string_view name) const noexcept {
-    return find(name, TextHash{}(name));
+std::uint32_t NameIndex::hashOf(std::string_view name) noexcept {
+    const std::size_t stem = name.size() < 2 ? 0 : name.size() - 2;
+    const std::size_t hash = TextHash{}(name.substr(0, stem));
+    // Another order in each group, lest names that all end alike begin in one slot.
+    std::size_t inGroup = hash >> 32;
+    for (const char c : name.substr(stem)) inGroup = 10 * inGroup + static_cast<unsigned char>(c);
+    return static_cast<std::uint32_t>(hash * kGroup | inGroup % kGroup);
 }
 
-Node* NameIndex::find(std::string_view name, std::size_t hash) const noexcept {
-    if (buckets_.empty()) return nullptr;
-    Node* node = buckets_[hash & (buckets_.size() - 1)];
-    while (node && (node->nameLinks().hash != hash || node->name() != name))
-        node = node->nameLinks().nextInBucket;
-    return node;
+Node* NameIndex::find(std::string_view name, std::uint32_t hash) const noexcept {
+    if (slots_.empty()) return nullptr;
+    for (std::size_t i = firstPlace(hash); at(i).handle != 0; i = next(i)) {
+        if (at(i).hash != hash) continue;
+        Node* const node = nodes_.find(at(i).handle);
+        if (node->name() == name) return node;
+    }
+    return nullptr;
+}
+
+/// Where the first node of its name stands.
+std::size_t NameIndex::placeOf(const Node* first) const noexcept {
+    std::size_t i = firstPlace(hashOf(first->name()));
+    while (at(i).handle != first->GetHandle()) i = next(i);
+    return i;
+}
+
+void NameIndex::put(Slot slot) noexcept {
+    std::size_t i = firstPlace(slot.hash);
+    while (at(i).handle != 0) i = next(i);
+    at(i) = slot;
+}
+
+/// Empties a place, and moves up those behind it that had to give way.
+void NameIndex::empty(std::size_t place) noexcept {
+    const std::size_t mask = slots_.size() - 1;
+    for (std::size_t i = next(place); at(i).handle != 0; i = next(i)) {
+        const std::size_t way = (i - firstPlace(at(i).hash)) & mask;
+        if (way < ((i - place) & mask)) continue;
+        at(place) = at(i);
+        place = i;
+    }
+    at(place) = {};
 }
 
 void NameIndex::enlarge() {
-    constexpr std::size_t kFewest = 64;
-    std::vector<Node*> before(std::max(kFewest, 2 * buckets_.size()));
-    before.swap(buckets_);
-    for (Node* node : before) {
-        while (node) {
-            NameLinks& links = node->nameLinks();
-            Node* const next = links.nextInBucket;
-            links.nextInBucket = std::exchange(bucket(links.hash), node);
-            node = next;
-        }
-    }
+    constexpr std::size_t kFewest = 2 * kGroup;
+    std::vector<Slot> before(std::max(kFewest, 2 * slots_.size()));
+    before.swap(slots_);
+    groupBits_ = std::countr_zero(groups());
+    for (const Slot& slot : before)
+        if (slot.handle != 0) put(slot);
 }
 
 void MakerRegistry::nameFreed(std::string_view name) noexcept {

@@ -12,6 +12,8 @@
 #include <unordered_set>
 #include <vector>
 
+#include "nodetables.h"
+
 namespace kiln {
 
 class Node;
@@ -28,36 +30,64 @@ using TextSet = std::unordered_set<std::string, TextHash, std::equal_to<>>;
 
 /// A node's place among those of the same name, of which the first stands in the index.
 struct NameLinks {
-    Node* previous = nullptr;
-    Node* next = nullptr;
-    Node* last = nullptr;          ///< of the first: the last one of the same name
-    Node* nextInBucket = nullptr;  ///< of the first: the first of another name
-    std::size_t hash = 0;          ///< of the name
+    Node* previous = nullptr;  ///< of the first: the last one
+    Node* next = nullptr;      ///< null for the last
 };
 
 /// The nodes of a scene by name. Constant time, also for names that very many nodes share. The
-/// chains go through the nodes, so that a node costs no more than its links.
+/// index knows nodes by hash and handle, so that a look for a name that nobody has touches no node.
 class NameIndex {
 public:
+    /// `nodes` has every node of the index while it is in it, and outlives the index.
+    explicit NameIndex(const HandleTable& nodes) noexcept : nodes_(nodes) {}
+
     /// Makes room for one more node; adding it then cannot fail.
     void reserve() {
-        if (names_ == buckets_.size()) enlarge();
+        if (2 * (names_ + 1) > slots_.size()) enlarge();
     }
     void add(Node* node);
     /// Takes `node` out, which has had its name since it was added; gives whether it was the last
     /// with that name.
     bool remove(Node* node) noexcept;
     /// The node that has had `name` longest, or null.
-    Node* find(std::string_view name) const noexcept;
+    Node* find(std::string_view name) const noexcept { return find(name, hashOf(name)); }
     bool contains(std::string_view name) const noexcept { return find(name) != nullptr; }
 
 private:
-    Node* find(std::string_view name, std::size_t hash) const noexcept;
-    Node*& bucket(std::size_t hash) noexcept { return buckets_[hash & (buckets_.size() - 1)]; }
+    /// What the index knows of the first node of a name; handle 0 is nobody's.
+    struct Slot {
+        std::uint32_t hash = 0;
+        DWORD handle = 0;
+    };
+    // Open addressing, with one place tried after the other. Neighbouring places are not
+    // neighbours in memory: the slots lie in groups, and places are counted through the first slots
+    // of all groups, then through the second ones, and so on. Names that differ in nothing but
+    // their last two characters begin in the same group. Most names of a scene are numbered and
+    // come one after the other, so that their group is mostly at hand.
+    static constexpr std::uint32_t kGroup = 128;
+
+    static std::uint32_t hashOf(std::string_view name) noexcept;
+    std::size_t groups() const noexcept { return slots_.size() / kGroup; }
+    std::size_t firstPlace(std::uint32_t hash) const noexcept {
+        return hash % kGroup * groups() + (hash / kGroup & (groups() - 1));
+    }
+    std::size_t next(std::size_t place) const noexcept { return (place + 1) & (slots_.size() - 1); }
+    std::size_t slotOf(std::size_t place) const noexcept {
+        return (place & (groups() - 1)) * kGroup + (place >> groupBits_);
+    }
+    Slot& at(std::size_t place) noexcept { return slots_[slotOf(place)]; }
+    const Slot& at(std::size_t place) const noexcept { return slots_[slotOf(place)]; }
+
+    Node* find(std::string_view name, std::uint32_t hash) const noexcept;
+    std::size_t placeOf(const Node* first) const noexcept;
+    void put(Slot slot) noexcept;
+    void empty(std::size_t place) noexcept;
     void enlarge();
 
-    std::vector<Node*> buckets_;  // a power of two, or none
+    const HandleTable& nodes_;
+    std::vector<Slot> slots_;  // a power of two, or none
     std::size_t names_ = 0;
+    int groupBits_ = 0;  // the number of groups as a power of two
 };
 
 class SceneNameMaker;

@@ -60,8 +60,7 @@ void Node::Detach(TimeValue, bool keepPos) {
 }
 
 void Node::relink(Node* newParent, bool keepPos) {
-    if (newParent == parent_ && parent_->children_.at(parent_->children_.size() - 1) == this)
-        return;
+    if (newParent == parent_ && parent_->children_.back() == this) return;
     const bool sameParent = newParent == parent_;
     const Matrix3 position = keepPos && !sameParent ? world() : Matrix3();
     newParent->children_.makeRoom();

@@ -91,6 +91,7 @@ private:
 
     Scene& scene_;
     const DWORD handle_;
+    COLORREF wireColor_ = DEFAULT_WIRE_COLOR;
     bool hidden_ = false;
     bool groupHead_ = false;
     bool groupMember_ = false;
@@ -103,7 +104,6 @@ private:
         Matrix3 world;
     };
     Place& place() const;
-    COLORREF wireColor_ = DEFAULT_WIRE_COLOR;
     std::string name_;
     NameLinks nameLinks_;
     Node* parent_ = nullptr;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 namespace kiln {
@@ -21,7 +22,7 @@ struct NodeBlock {
 /// The nodes lie in blocks of bounded size, and each node knows its block through the member `Hook`
 /// (null while it is in no list). Taking a node out and finding its index therefore do not shift or
 /// search the whole list, and walking the indices in order costs constant time per step. The list
-/// does not own the nodes.
+/// does not own the nodes. An empty one is a single null: most nodes have no children.
 template <auto Hook>
 class NodeList {
 public:
@@ -30,23 +31,24 @@ public:
     NodeList(const NodeList&) = delete;
     NodeList& operator=(const NodeList&) = delete;
 
-    std::size_t size() const noexcept { return count_; }
-    bool empty() const noexcept { return count_ == 0; }
+    std::size_t size() const noexcept { return blocks_ ? blocks_->count : 0; }
+    bool empty() const noexcept { return size() == 0; }
 
     /// Makes room for one more node, so that appending it, after taking out others but the last,
     /// cannot fail.
     void makeRoom() {
-        if (!tail_ || tail_->nodes.size() == kBlockSize) linkBlock();
-        auto& nodes = tail_->nodes;
+        if (!blocks_) blocks_ = std::make_unique<Blocks>();
+        if (!blocks_->tail || blocks_->tail->nodes.size() == kBlockSize) linkBlock();
+        auto& nodes = blocks_->tail->nodes;
         if (nodes.size() == nodes.capacity())
             nodes.reserve(std::clamp<std::size_t>(nodes.size() * 2, 1, kBlockSize));
     }
 
     void append(Node* node) {
         makeRoom();
-        tail_->nodes.push_back(node);
-        node->*Hook = tail_;
-        ++count_;
+        blocks_->tail->nodes.push_back(node);
+        node->*Hook = blocks_->tail;
+        ++blocks_->count;
     }
 
     /// Takes `node`, which is in this list, out.
@@ -54,8 +56,8 @@ public:
         NodeBlock* const block = node->*Hook;
         block->nodes.erase(std::find(block->nodes.begin(), block->nodes.end(), node));
         node->*Hook = nullptr;
-        --count_;
-        if (block != cursor_) cursor_ = nullptr;
+        --blocks_->count;
+        if (block != blocks_->cursor) blocks_->cursor = nullptr;
         if (block->nodes.empty())
             unlink(block);
         else
@@ -64,22 +66,23 @@ public:
 
     /// Takes all nodes out.
     void clear() noexcept {
-        for (NodeBlock* block = head_; block; block = block->next)
-            for (Node* const node : block->nodes) node->*Hook = nullptr;
+        forEach([](Node* node) { node->*Hook = nullptr; });
         freeBlocks();
     }
 
     /// The node at `index`, which is below `size()`.
     Node* at(std::size_t index) const noexcept {
-        seek(index);
-        return cursor_->nodes[index - cursorStart_];
+        blocks_->seek(index);
+        return blocks_->cursor->nodes[index - blocks_->cursorStart];
     }
+    /// The last node of a list that is not empty.
+    Node* back() const noexcept { return blocks_->tail->nodes.back(); }
 
     /// The index of `node`, which is in this list.
     std::size_t indexOf(const Node* node) const noexcept {
         const NodeBlock* const holder = node->*Hook;
         std::size_t start = 0;
-        for (const NodeBlock* block = head_; block != holder; block = block->next)
+        for (const NodeBlock* block = blocks_->head; block != holder; block = block->next)
             start += block->nodes.size();
         const auto& nodes = holder->nodes;
         return start + static_cast<std::size_t>(std::find(nodes.begin(), nodes.end(), node) -
@@ -89,34 +92,62 @@ public:
     /// Calls `visit(Node*)` for each node in order; the list must not change meanwhile.
     template <typename Visit>
     void forEach(Visit&& visit) const {
-        for (const NodeBlock* block = head_; block; block = block->next)
+        for (const NodeBlock* block = blocks_ ? blocks_->head : nullptr; block; block = block->next)
             for (Node* const node : block->nodes) visit(node);
     }
 
 private:
     static constexpr std::size_t kBlockSize = 256;
 
+    struct Blocks {
+        NodeBlock* head = nullptr;
+        NodeBlock* tail = nullptr;
+        std::size_t count = 0;        // of nodes
+        NodeBlock* cursor = nullptr;  // the block last looked into
+        std::size_t cursorStart = 0;  // the index of its first node
+
+        // Moves the cursor to the block that holds `index`, from where it is, or from the nearer
+        // end.
+        void seek(std::size_t index) noexcept {
+            if (!cursor || index < cursorStart / 2) {
+                cursor = head;
+                cursorStart = 0;
+            }
+            if (index > cursorStart && count - index < index - cursorStart) {
+                cursor = tail;
+                cursorStart = count - tail->nodes.size();
+            }
+            while (index < cursorStart) {
+                cursor = cursor->previous;
+                cursorStart -= cursor->nodes.size();
+            }
+            while (index >= cursorStart + cursor->nodes.size()) {
+                cursorStart += cursor->nodes.size();
+                cursor = cursor->next;
+            }
+        }
+    };
+
     void freeBlocks() noexcept {
-        for (const NodeBlock* block = head_; block;) {
+        for (const NodeBlock* block = blocks_ ? blocks_->head : nullptr; block;) {
             const NodeBlock* const done = block;
             block = block->next;
             delete done;
         }
-        head_ = tail_ = cursor_ = nullptr;
-        count_ = 0;
+        blocks_.reset();
     }
 
     void linkBlock() {
         auto* const block = new NodeBlock;
-        block->previous = tail_;
-        (tail_ ? tail_->next : head_) = block;
-        tail_ = block;
+        block->previous = blocks_->tail;
+        (blocks_->tail ? blocks_->tail->next : blocks_->head) = block;
+        blocks_->tail = block;
     }
 
     void unlink(NodeBlock* block) noexcept {
-        (block->previous ? block->previous->next : head_) = block->next;
-        (block->next ? block->next->previous : tail_) = block->previous;
-        if (cursor_ == block) cursor_ = nullptr;
+        (block->previous ? block->previous->next : blocks_->head) = block->next;
+        (block->next ? block->next->previous : blocks_->tail) = block->previous;
+        if (blocks_->cursor == block) blocks_->cursor = nullptr;
         delete block;
     }
 
@@ -134,31 +165,7 @@ private:
         unlink(next);
     }
 
-    // Moves the cursor to the block that holds `index`, from where it is, or from the nearer end.
-    void seek(std::size_t index) const noexcept {
-        if (!cursor_ || index < cursorStart_ / 2) {
-            cursor_ = head_;
-            cursorStart_ = 0;
-        }
-        if (index > cursorStart_ && count_ - index < index - cursorStart_) {
-            cursor_ = tail_;
-            cursorStart_ = count_ - tail_->nodes.size();
-        }
-        while (index < cursorStart_) {
-            cursor_ = cursor_->previous;
-            cursorStart_ -= cursor_->nodes.size();
-        }
-        while (index >= cursorStart_ + cursor_->nodes.size()) {
-            cursorStart_ += cursor_->nodes.size();
-            cursor_ = cursor_->next;
-        }
-    }
-
-    NodeBlock* head_ = nullptr;
-    NodeBlock* tail_ = nullptr;
-    std::size_t count_ = 0;
-    mutable NodeBlock* cursor_ = nullptr;  // the block last looked into
-    mutable std::size_t cursorStart_ = 0;  // the index of its first node
+    std::unique_ptr<Blocks> blocks_;  // null: empty, though an empty list may keep them
 };
 
 }  // namespace kiln

@@ -4,61 +4,59 @@
 #include <kiln/platform.h>
 
 #include <array>
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 namespace kiln {
 
-/// A set of addresses, which need not lead anywhere any more. Open addressing in one array.
+/// A set of addresses that are multiples of 16, which need not lead anywhere any more. It has a bit
+/// for each place in the stretches of memory where some of them are: things of one kind lie close
+/// together.
 class AddressSet {
 public:
     /// Adds `address`, which is not null and not in the set.
     void insert(const void* address) {
-        if (2 * (used_ + 1) > slots_.size()) rebuild();
-        const void** const slot = slotOf(address);
-        if (!*slot) ++used_;
-        *slot = address;
-        ++count_;
+        Stretch& stretch = stretches_[numberOf(address)];
+        stretch.members.set(placeOf(address));
+        ++stretch.count;
     }
     /// Takes `address` out, if it is in the set.
     void erase(const void* address) noexcept {
         if (!contains(address)) return;
-        *slotOf(address) = &kGone;
-        --count_;
+        const auto stretch = stretches_.find(numberOf(address));
+        stretch->second.members.reset(placeOf(address));
+        if (--stretch->second.count == 0) stretches_.erase(stretch);
     }
     bool contains(const void* address) const noexcept {
-        return address && !slots_.empty() &&
-               *const_cast<AddressSet*>(this)->slotOf(address) == address;
+        if (bitsOf(address) % kGrain != 0) return false;
+        const auto stretch = stretches_.find(numberOf(address));
+        return stretch != stretches_.end() && stretch->second.members.test(placeOf(address));
     }
 
 private:
-    static constexpr char kGone = 0;  // its address stands where one was taken out
+    static constexpr std::size_t kGrain = 16;
+    static constexpr std::size_t kStretch = std::size_t{1} << 16;
 
-    /// Where `address` stands, or the empty slot where it would.
-    const void** slotOf(const void* address) noexcept {
-        const std::size_t mask = slots_.size() - 1;
-        const auto bits = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(address));
-        std::size_t at = static_cast<std::size_t>((bits * 0x9E3779B97F4A7C15) >> 20) & mask;
-        while (slots_[at] && slots_[at] != address) at = (at + 1) & mask;
-        return &slots_[at];
+    struct Stretch {
+        std::bitset<kStretch / kGrain> members;
+        std::size_t count = 0;
+    };
+
+    static std::uintptr_t bitsOf(const void* address) noexcept {
+        return reinterpret_cast<std::uintptr_t>(address);
+    }
+    static std::uintptr_t numberOf(const void* address) noexcept {
+        return bitsOf(address) / kStretch;
+    }
+    static std::size_t placeOf(const void* address) noexcept {
+        return bitsOf(address) % kStretch / kGrain;
     }
 
-    void rebuild() {
-        constexpr std::size_t kFewest = 64;
-        std::size_t size = kFewest;
-        while (size < 4 * (count_ + 1)) size *= 2;
-        std::vector<const void*> before(size);
-        before.swap(slots_);
-        used_ = count_;
-        for (const void* const address : before)
-            if (address && address != &kGone) *slotOf(address) = address;
-    }
-
-    std::vector<const void*> slots_;  // a power of two, or none
-    std::size_t count_ = 0;
-    std::size_t used_ = 0;  // slots that are not empty
+    std::unordered_map<std::uintptr_t, Stretch> stretches_;
 };
 
 class Node;

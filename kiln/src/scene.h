@@ -68,10 +68,10 @@ public:
 private:
     SceneListener* listener_ = nullptr;
     MakerRegistry* makers_ = nullptr;
-    NameIndex names_;
     NodeList<&Node::selectionBlock> selection_;
     HandleTable byHandle_;  // without the root
-    AddressSet live_;       // with the root
+    NameIndex names_{byHandle_};
+    AddressSet live_;  // with the root
     std::vector<Texmap*> texmaps_;
     bool deleting_ = false;
     Node* root_;

@@ -39,6 +39,8 @@ bool sameTextIgnoringCase(std::string_view a, std::string_view b) noexcept {
 }
 
 std::string validUtf8(std::string_view text) {
+    const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    if (std::ranges::all_of(text, isAscii)) return std::string(text);
     std::string valid;
     valid.reserve(text.size());
     for (std::size_t at = 0; at < text.size();) {
