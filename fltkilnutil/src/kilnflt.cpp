@@ -129,13 +129,17 @@ bool fltEnsureKind(INode* node, FltNodeKind kind, std::uint32_t parameter) noexc
     if (fltGetKind(node, false, presentKind) && presentKind == kind &&
         fltGetParameter(node, presentParameter) && presentParameter == parameter)
         return true;
-    Chunk block = kindBlock(node);
-    if (block.empty()) {
-        if (!storeChunk(node, ChunkId::Kind, std::array<std::byte, kKindBlockSize>{})) return false;
-        block = kindBlock(node);
+    const auto write = [&](Chunk block) {
+        std::memcpy(&block[kKindOffset], &kind, sizeof kind);
+        std::memcpy(&block[kParameterOffset], &parameter, sizeof parameter);
+    };
+    const Chunk present = kindBlock(node);
+    if (present.empty()) {
+        std::array<std::byte, kKindBlockSize> block{};
+        write(block);
+        return storeChunk(node, ChunkId::Kind, block);
     }
-    std::memcpy(&block[kKindOffset], &kind, sizeof kind);
-    std::memcpy(&block[kParameterOffset], &parameter, sizeof parameter);
+    write(present);
     node->NotifyAppDataChanged();
     return true;
 }

@@ -22,6 +22,17 @@ constexpr std::uint32_t kNewestRevision = 1999;
 constexpr std::uint16_t kIndexedLightPoint = 130;
 constexpr std::uint16_t kLightPointSystem = 131;
 
+inline bool isVertexIn(FileBytes bytes, const Outline& outline, std::uint64_t vertex) noexcept {
+    constexpr std::uint32_t kPositionEnd = 32;
+    if (outline.vertexPalette == 0 || vertex + kPositionEnd > outline.vertexPaletteEnd) {
+        return false;
+    }
+    const std::uint16_t opcode = uint16At(bytes, vertex);
+    const std::uint16_t length = uint16At(bytes, vertex + 2);
+    return opcode >= kFltVertexWithColor && opcode <= kFltVertexWithTexture &&
+           length >= kPositionEnd && vertex + length <= outline.vertexPaletteEnd;
+}
+
 /// What a record means for the outline.
 enum class Role : std::uint8_t {
     unknown,
@@ -109,7 +120,7 @@ struct Level {
 
 class OutlineReader {
 public:
-    explicit OutlineReader(FileBytes bytes) : bytes_(bytes), reader_(bytes) {}
+    explicit OutlineReader(FileBytes bytes) : bytes_(bytes) {}
 
     Outline read() {
         readHeader();
@@ -169,20 +180,30 @@ private:
 
     /// Moves to the next record; false at the end of the file.
     bool nextRecord() {
-        if (endsAt(end()) || !reader_.next()) return false;
-        offset_ = static_cast<std::uint32_t>(reader_.offset());
-        opcode_ = reader_.opcode();
-        length_ = reader_.length();
+        const std::size_t next = end();
+        if (endsAt(next)) return false;
+        if (left(next) < kRecordHeader) refuse();
+        const std::uint16_t length = uint16At(bytes_, next + 2);
+        if (length < kRecordHeader || length > left(next)) refuse();
+        offset_ = static_cast<std::uint32_t>(next);
+        opcode_ = uint16At(bytes_, next);
+        length_ = length;
         return true;
+    }
+
+    /// Refuses the file, in which a record was met that is none, as the file reader does.
+    [[noreturn]] void refuse() const {
+        FltFileReader reader(bytes_);
+        while (reader.next()) continue;
+        fail(end(), "a record that cannot be read");
     }
 
     /// Whether the file ends at `offset`: in an end-of-file record, or in the zeros with which some
     /// programs fill the last block, however few they are.
     bool endsAt(std::size_t offset) const {
-        const FileBytes start = bytes_.subspan(offset, std::min<std::size_t>(3, left(offset)));
-        return left(offset) < 4
-                   ? std::ranges::all_of(start, [](std::uint8_t byte) { return byte == 0; })
-                   : uint16At(bytes_, offset) == kFltEndOfFile;
+        if (left(offset) >= kRecordHeader) return uint16At(bytes_, offset) == kFltEndOfFile;
+        return std::ranges::all_of(bytes_.subspan(offset),
+                                   [](std::uint8_t byte) { return byte == 0; });
     }
 
     std::size_t left(std::size_t offset) const { return bytes_.size() - offset; }
@@ -405,13 +426,12 @@ private:
     /// The file offset of the vertex at an offset from the start of the vertex palette.
     std::uint32_t vertexAt(std::uint32_t paletteOffset) {
         const std::uint64_t vertex = std::uint64_t{outline_.vertexPalette} + paletteOffset;
-        if (isVertexAt(bytes_, outline_, vertex)) return static_cast<std::uint32_t>(vertex);
+        if (isVertexIn(bytes_, outline_, vertex)) return static_cast<std::uint32_t>(vertex);
         fail(offset_, "a vertex list with the palette offset " + std::to_string(paletteOffset) +
                           ", where there is no vertex");
     }
 
     FileBytes bytes_;
-    FltFileReader reader_;
     Outline outline_;
     std::vector<Level> levels_;
     std::uint32_t offset_ = 0;
@@ -426,14 +446,7 @@ private:
 }  // namespace
 
 bool isVertexAt(FileBytes bytes, const Outline& outline, std::uint64_t vertex) noexcept {
-    constexpr std::uint32_t kPositionEnd = 32;
-    if (outline.vertexPalette == 0 || vertex + kPositionEnd > outline.vertexPaletteEnd) {
-        return false;
-    }
-    const std::uint16_t opcode = uint16At(bytes, vertex);
-    const std::uint16_t length = uint16At(bytes, vertex + 2);
-    return opcode >= kFltVertexWithColor && opcode <= kFltVertexWithTexture &&
-           length >= kPositionEnd && vertex + length <= outline.vertexPaletteEnd;
+    return isVertexIn(bytes, outline, vertex);
 }
 
 Outline readOutline(FileBytes bytes) {

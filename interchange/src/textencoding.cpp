@@ -157,6 +157,9 @@ std::string textOf(std::span<const std::uint8_t> field) {
     const bool full = terminator == field.end();
     const std::string_view bytes(reinterpret_cast<const char*>(field.data()),
                                  static_cast<std::size_t>(terminator - field.begin()));
+    // What names mostly are: letters and digits of ASCII.
+    const auto isPlain = [](char c) { return c > ' ' && c < '\x7F'; };
+    if (std::ranges::all_of(bytes, isPlain)) return std::string(bytes);
     std::string text = toUtf8(bytes, full);
     std::erase_if(text, isStrayControl);
     text.erase(text.find_last_not_of(" \t\n") + 1);

@@ -38,6 +38,7 @@ std::span<const Triangle> Triangulator::cut(std::span<const Point3> corners) {
     triangles_.clear();
     const bool usable = corners.size() >= 3 && std::ranges::all_of(corners, isFinite);
     if (!usable || !project(corners)) return {};
+    if (fanOfAll()) return triangles_;
     buildRing(corners);
     if (left_ >= 3 && !fan()) clipEars();
     return triangles_;
@@ -91,6 +92,23 @@ void Triangulator::buildRing(std::span<const Point3> corners) {
 double Triangulator::turn(std::uint32_t a, std::uint32_t b, std::uint32_t c) const noexcept {
     const Point &p = points_[a], &q = points_[b], &r = points_[c];
     return (q.u - p.u) * (r.v - p.v) - (q.v - p.v) * (r.u - p.u);
+}
+
+/// Does what `fan` does when no corner is repeated, without a ring: most polygons are convex. A
+/// corner that repeats the one before it makes no turn.
+bool Triangulator::fanOfAll() {
+    const auto count = static_cast<std::uint32_t>(points_.size());
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const std::uint32_t previous = i == 0 ? count - 1 : i - 1;
+        const std::uint32_t next = i == count - 1 ? 0 : i + 1;
+        if (!(turn(previous, i, next) > 0)) return false;
+        if (i > 1 && next != 0 && !(turn(0, i, next) > 0)) return false;
+    }
+    triangles_.resize(count - 2);
+    for (std::uint32_t i = 1; i + 1 < count; ++i) {
+        triangles_[i - 1] = {{0, i, i + 1}, {i == 1, true, i + 2 == count}};
+    }
+    return true;
 }
 
 /// Cuts a polygon that is convex at every corner and seen from its first one. The second condition

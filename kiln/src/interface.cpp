@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 #include "coreimpl.h"
 #include "text.h"
@@ -60,10 +61,10 @@ INode* Core::Impl::CreateObjectNode(Object* object) {
 }
 
 INode* Core::Impl::CreateObjectNode(Object* object, const char* name) try {
-    const std::string chosen = name     ? validUtf8(name)
-                               : object ? nodeNames.numbered(object->GetObjectName())
-                                        : nodeNames.numbered("Node");
-    Node* const node = scene->createNode(object, chosen, scene->root());
+    std::string chosen = name     ? validUtf8(name)
+                         : object ? nodeNames.numbered(object->GetObjectName())
+                                  : nodeNames.numbered("Node");
+    Node* const node = scene->createNode(object, std::move(chosen), scene->root());
     sceneNotifies(NOTIFY_NODE_CREATED, static_cast<INode*>(node));
     return node;
 } catch (const std::bad_alloc&) {

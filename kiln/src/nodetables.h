@@ -20,16 +20,20 @@ class AddressSet {
 public:
     /// Adds `address`, which is not null and not in the set.
     void insert(const void* address) {
-        Stretch& stretch = stretches_[numberOf(address)];
-        stretch.members.set(placeOf(address));
-        ++stretch.count;
+        const std::uintptr_t number = numberOf(address);
+        if (!recent_ || recentNumber_ != number) recent_ = &stretches_[number];
+        recentNumber_ = number;
+        recent_->members.set(placeOf(address));
+        ++recent_->count;
     }
     /// Takes `address` out, if it is in the set.
     void erase(const void* address) noexcept {
         if (!contains(address)) return;
         const auto stretch = stretches_.find(numberOf(address));
         stretch->second.members.reset(placeOf(address));
-        if (--stretch->second.count == 0) stretches_.erase(stretch);
+        if (--stretch->second.count > 0) return;
+        if (recent_ == &stretch->second) recent_ = nullptr;
+        stretches_.erase(stretch);
     }
     bool contains(const void* address) const noexcept {
         if (bitsOf(address) % kGrain != 0) return false;
@@ -57,6 +61,8 @@ private:
     }
 
     std::unordered_map<std::uintptr_t, Stretch> stretches_;
+    Stretch* recent_ = nullptr;  // where the address added last is
+    std::uintptr_t recentNumber_ = 0;
 };
 
 class Node;

@@ -52,6 +52,7 @@ private:
     enum class Demand : std::uint8_t { nothingInside, nothingWellInside, convex, any };
 
     bool project(std::span<const Point3> corners);
+    bool fanOfAll();
     void buildRing(std::span<const Point3> corners);
     bool fan();
     void clipEars();
