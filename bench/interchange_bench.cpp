@@ -15,11 +15,11 @@
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -221,17 +221,23 @@ private:
     std::uint32_t largestOffset_ = 0, bits_ = 0;
 };
 
+/// Processor time: waiting for others on a busy machine does not count.
 class Clock {
 public:
     Measure measured() const {
-        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start_;
         rusage usage{};
         getrusage(RUSAGE_SELF, &usage);
-        return {taken.count(), static_cast<double>(usage.ru_maxrss) * 1024};
+        return {now() - start_, static_cast<double>(usage.ru_maxrss) * 1024};
     }
 
 private:
-    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    static double now() {
+        timespec time{};
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+    }
+
+    double start_ = now();
 };
 
 using Measures = std::array<Measure, 2>;  // the way in and the way out
@@ -350,8 +356,9 @@ int main() {
     std::filesystem::remove(copy);
     const Measures records = fastest(bare);
     const Measures scene = fastest(whole);
-    std::printf("%d faces, %.1f MB; fastest of %d runs; peak memory against the file\n", kFaces,
-                size / kMegabyte, kRuns);
+    std::printf(
+        "%d faces, %.1f MB; processor time, fastest of %d runs; peak memory against the file\n",
+        kFaces, size / kMegabyte, kRuns);
     print("read record by record", records[0], records[0], size);
     print("import", scene[0], records[0], size);
     print("write record by record", records[1], records[1], size);

@@ -75,6 +75,28 @@ TEST_F(RoundTrip, KeepsTheHierarchy) {
     }
 }
 
+// Most programs pad the records that begin and end a level.
+TEST_F(RoundTrip, KeepsFacesInPaddedLevels) {
+    FltBytes file("f");
+    const auto face = [&file](std::string_view name) -> FltBytes& {
+        const Bytes padding = Bytes().zeros(4);
+        return file.face(name).record(10, padding).list({0, 1, 2, 4}).record(11, padding);
+    };
+    file.palette(kPoints).push();
+    face("named");
+    face("");
+    face("told").comment("behind");
+    face("outer").record(19).polygon("inner", {0, 1, 2}).record(20);
+    face("last").pop();
+    const std::vector<std::uint8_t> out = roundTrip(file);
+    INode& database = *host.GetRootNode()->GetChildNode(0);
+    ASSERT_EQ(database.NumberOfChildren(), 5);
+    for (int i = 0; i < database.NumberOfChildren(); ++i) {
+        Object* const object = database.GetChildNode(i)->GetObjectRef();
+        EXPECT_EQ(static_cast<TriObject*>(object)->GetMesh().verts.Count(), 4) << i;
+    }
+}
+
 TEST_F(RoundTrip, GivesBackEveryByteOfWhatItDoesNotKnow) {
     FltBytes file("f");
     file.record(32, counting("colors", 200)).record(64, counting("texture", 212));

@@ -1,5 +1,8 @@
 #include "fixture.h"
 
+#include <map>
+#include <random>
+
 namespace {
 
 using ::testing::ElementsAre;
@@ -216,6 +219,47 @@ TEST_F(SceneGraphTest, NodesOfOneNameAreFoundInTurn) {
     EXPECT_STREQ(third->GetName(),
                  "\xEF\xBF\xBD"
                  "bad\xEF\xBF\xBD\xEF\xBF\xBD\xE6\xB0\xB4");
+}
+
+// Nodes come, go and are renamed among few names; each name must always lead to the node that has
+// had it longest, and a node that went must be known as gone, though another may lie at its place.
+TEST_F(SceneGraphTest, NamesLeadToTheirFirstNodeWhateverHappens) {
+    std::mt19937 random(7);
+    std::vector<std::string> names{"", "a", "node", "node with a much longer name than others"};
+    for (int i = 0; i < 300; ++i) names.push_back("p" + std::to_string(i));
+    for (int i = 0; i < 300; i += 10) names.push_back(std::to_string(i) + "0");
+    const auto anyName = [&] { return names[random() % names.size()]; };
+    std::map<std::string, std::vector<INode*>> named;
+    std::vector<INode*> nodes;
+    for (int step = 0; step < 20'000; ++step) {
+        const auto which = random() % 8;
+        if (nodes.empty() || which < 4) {
+            const std::string name = anyName();
+            nodes.push_back(addNode(name.c_str()));
+            named[name].push_back(nodes.back());
+            continue;
+        }
+        std::swap(nodes[random() % nodes.size()], nodes.back());
+        INode* const node = nodes.back();
+        const std::string before = node->GetName();
+        const std::string after = which < 5 ? anyName() : before;
+        if (which >= 5) {
+            host.DeleteNode(node);
+            nodes.pop_back();
+            ASSERT_FALSE(host.IsNodeInScene(node));
+        } else {
+            node->SetName(after.c_str());
+        }
+        if (which >= 5 || after != before) std::erase(named[before], node);
+        if (after != before) named[after].push_back(node);
+        for (const std::string& name : {before, after, anyName()}) {
+            const std::vector<INode*>& bearers = named[name];
+            ASSERT_EQ(host.GetINodeByName(name.c_str()),
+                      bearers.empty() ? nullptr : bearers.front())
+                << name;
+        }
+    }
+    EXPECT_EQ(host.GetNodeCount(), static_cast<int>(nodes.size()));
 }
 
 TEST_F(SceneGraphTest, SelectionKeepsItsOrder) {
