@@ -216,6 +216,28 @@ TEST_F(WorkbenchTest, ExportsAndOpensThroughTheRealPlugins) {
     EXPECT_EQ(textOf(window_), "机场.flt（导入） - Workbench");
 }
 
+// Neither a file that may not be written nor one that cannot be there is lost or made.
+TEST_F(WorkbenchTest, SaysWhyAFileCannotBeExportedAndGoesOn) {
+    start(toWide(STAGED_PLUGINS));
+    const std::filesystem::path path = folder_ / L"机场.flt";
+    std::ofstream(path) << "old";
+    ASSERT_TRUE(::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY));
+    ::PostMessageW(window_, WM_COMMAND, kExport, 0);
+    ASSERT_TRUE(answerFileDialog(L"导出", toUtf8(path.wstring())));
+    const std::string said = answerMessage(IDOK);
+    EXPECT_THAT(said, HasSubstr("无法导出文件。"));
+    EXPECT_THAT(said, HasSubstr("机场.flt"));
+    EXPECT_THAT(said, HasSubstr("无法写入该文件"));
+    std::string content;
+    std::getline(std::ifstream(path), content);
+    EXPECT_EQ(content, "old");
+    ::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+    const std::string nowhere = toUtf8((folder_ / L"nowhere" / L"x.flt").generic_wstring());
+    const std::string answer = script("exportFile \"" + nowhere + "\"");
+    EXPECT_THAT(answer, HasSubstr("cannot write"));
+    EXPECT_THAT(script("objects.count"), HasSubstr("\r\n1"));
+}
+
 TEST_F(WorkbenchTest, WalksThroughTheViewsWithoutAPerson) {
     launch(toWide(SAMPLE_PLUGINS), L"--screenshots \"" + folder_.wstring() + L"\"");
     EXPECT_EQ(exitCode(), 0u);

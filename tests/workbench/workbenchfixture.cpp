@@ -159,7 +159,13 @@ bool WorkbenchTest::answerFileDialog(const wchar_t* title, const std::string& pa
     ::SendDlgItemMessageW(dialog, kFileNameField, WM_SETTEXT, 0,
                           reinterpret_cast<LPARAM>(typed.c_str()));
     ::PostMessageW(dialog, WM_COMMAND, IDOK, 0);
-    return eventually([&] { return !::IsWindow(dialog); });
+    return eventually([&] {
+        // It asks before a file is replaced.
+        const HWND question = ::GetLastActivePopup(dialog);
+        if (question && question != dialog && ::IsWindowVisible(question))
+            ::PostMessageW(question, WM_COMMAND, IDYES, 0);
+        return !::IsWindow(dialog);
+    });
 }
 
 void WorkbenchTest::click(int x, int y) const {

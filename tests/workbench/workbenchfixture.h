@@ -55,7 +55,8 @@ protected:
     // A file of the sample plug-in, which says how its import ends.
     std::string sampleFile(const char* name, const char* text) const;
     bool logSays(const std::string& text) const;
-    /// Answers the file dialog `title`, once it has come up, with `path`.
+    /// Answers the file dialog `title`, once it has come up, with `path`; a file that is there may
+    /// be replaced.
     static bool answerFileDialog(const wchar_t* title, const std::string& path);
     /// Clicks a point of the viewport.
     void click(int x, int y) const;

@@ -63,7 +63,7 @@ const char* sentenceFor(ImpExpCause cause) {
         case ImpExpCause::kVersion:
             return "不支持该文件的格式版本。";
         case ImpExpCause::kUnwritable:
-            return "无法写入该文件：它是只读的、正被占用，或磁盘已满。原有文件保持不变。";
+            return "无法写入该文件：它是只读的或正被占用，其文件夹不存在或不可写，或磁盘已满。原有文件保持不变。";
         case ImpExpCause::kOutOfMemory:
             return "内存不足。";
         case ImpExpCause::kOther:
