@@ -21,6 +21,20 @@ protected:
         return editor.Text();
     }
     using Edits = std::vector<Edited>;
+
+    /// The least rectangle around what is dark on the screen within an area of the grid.
+    RECT darkWithin(const RECT& area) {
+        grid().Update();
+        RECT found{area.right, area.bottom, area.left, area.top};
+        const WindowDc dc(grid().Handle());
+        for (LONG y = area.top; y < area.bottom; ++y)
+            for (LONG x = area.left; x < area.right; ++x)
+                if (const COLORREF at = ::GetPixel(dc.get(), x, y);
+                    GetRValue(at) < 128 && GetGValue(at) < 128 && GetBValue(at) < 128)
+                    found = {std::min(found.left, x), std::min(found.top, y),
+                             std::max(found.right, x + 1), std::max(found.bottom, y + 1)};
+        return found;
+    }
 };
 
 }  // namespace
@@ -49,6 +63,40 @@ TEST_F(GridEditing, StartsBySecondClickF2EnterOrTyping) {
     EXPECT_EQ(grid().CellText(2, 1), "value 2");
     EXPECT_TRUE(host.edits.empty()) << "a cancelled edit is nobody's business";
     EXPECT_EQ(::GetFocus(), grid().Handle());
+}
+
+// In the sizes of the dialogs' font at 100 to 200 % display scaling.
+TEST_F(GridEditing, TheTextStaysWhereItIs) {
+    for (const int height : {11, 13, 14, 16, 22}) {
+        const HFONT font = ::CreateFontW(-height, 0, 0, 0, FW_NORMAL, 0, 0, 0, DEFAULT_CHARSET, 0,
+                                         0, 0, 0, L"Tahoma");
+        grid().SetFont(font);
+        // The last row's editor takes several lines, and has a border.
+        for (const int row : {2, 6}) {
+            SCOPED_TRACE(testing::Message() << height << " pixels, row " << row);
+            grid().SetFocusCell({1, 1});
+            grid().EnsureVisible({row, 1});
+            const std::optional<RECT> cell = grid().CellRect({row, 1});
+            if (!cell) {
+                ADD_FAILURE() << "not shown";
+                continue;
+            }
+            const RECT inner{cell->left + 2, cell->top + 2, cell->right - 3, cell->bottom - 3};
+            const RECT shown = darkWithin(inner);
+            grid().BeginEdit({row, 1});
+            ::SendMessageW(grid().Editor(), EM_SETSEL, 0, 0);
+            ::HideCaret(grid().Editor());
+            testinput::pump();
+            const RECT edited = darkWithin(inner);
+            EXPECT_EQ(edited.top, shown.top);
+            EXPECT_EQ(edited.bottom, shown.bottom);
+            EXPECT_EQ(edited.left, shown.left);
+            grid().EndEdit(false);
+            testinput::pump();
+        }
+        grid().SetFont(nullptr);
+        ::DeleteObject(font);
+    }
 }
 
 TEST_F(GridEditing, ComposingWithAnInputMethodBeginsIt) {
