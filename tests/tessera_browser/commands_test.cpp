@@ -57,6 +57,68 @@ TEST_F(BrowserCommands, ExpandAndCollapseReachEverythingBelow) {
     EXPECT_FALSE(isExpanded(b));
 }
 
+// Few open branches, and so many that the form takes a shortcut.
+TEST_F(BrowserCommands, WhatIsOpenStaysOpenWhenItIsPutInAnew) {
+    for (const int opened : {3, 90}) {
+        browser().delNode(nullptr);
+        INode* const rootNode = node(1);
+        std::vector<INode*> branches;
+        for (int i = 0; i < 100; ++i) branches.push_back(node(2));
+        INode* const leaf = node(4);
+        std::vector<BrowserItem> items;
+        const auto fillBranches = [&](BrowserItem parent) {
+            items.clear();
+            for (INode* const branch : branches) {
+                items.push_back(add(parent, "branch", branch));
+                add(add(items.back(), "inner", leaf), "innermost", leaf);
+            }
+        };
+        BrowserItem top = add(nullptr, "top", rootNode);
+        fillBranches(top);
+        TreeView_Expand(tree(), top, TVE_EXPAND);
+        for (int i = 0; i < opened; ++i)
+            TreeView_Expand(tree(), items[static_cast<size_t>(i)], TVE_EXPAND);
+        const auto openCount = [&] {
+            return std::count_if(items.begin(), items.end(), isExpanded);
+        };
+        ASSERT_EQ(openCount(), opened);
+        TreeView_Select(tree(), items[50], TVGN_FIRSTVISIBLE);
+        const auto firstShown = [&] { return browser().nodeOf(TreeView_GetFirstVisible(tree())); };
+        const NodeHandle shown = firstShown();
+        ASSERT_EQ(shown, reinterpret_cast<NodeHandle>(branches[50]));
+
+        client.onEvent = [&](const Sent& sent) {
+            if (sent.event != BrowserEvent::rebuild) return;
+            browser().delNode(nullptr);
+            top = add(nullptr, "top", rootNode);
+            fillBranches(top);
+        };
+        push(IDC_REFRESH);
+        EXPECT_TRUE(isExpanded(top));
+        EXPECT_EQ(openCount(), opened);
+        EXPECT_TRUE(isExpanded(items[1]));
+        EXPECT_FALSE(isExpanded(items[95]));
+        EXPECT_EQ(firstShown(), shown);
+
+        client.onEvent = [&](const Sent& sent) {
+            if (sent.event != BrowserEvent::moveUp) return;
+            std::swap(branches[52], branches[51]);
+            browser().delChildren(top);
+            fillBranches(top);
+            browser().selectNode(items[51]);
+        };
+        select({items[52]});
+        push(IDC_UP);
+        EXPECT_TRUE(isExpanded(top));
+        EXPECT_EQ(openCount(), opened);
+        EXPECT_FALSE(isExpanded(items[95]));
+        EXPECT_EQ(caret(), items[51]);
+        EXPECT_TRUE(isSelected(items[51]));
+        EXPECT_EQ(firstShown(), shown);
+        client.onEvent = nullptr;
+    }
+}
+
 // With this many branches the form takes a shortcut, which must not show.
 TEST_F(BrowserCommands, ExpandingALargeBranchKeepsTheCaretAndTheMarks) {
     BrowserItem last = nullptr;

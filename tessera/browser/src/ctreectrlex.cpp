@@ -390,24 +390,29 @@ void CTreeCtrlEx::ExpandAll(HTREEITEM handle) {
     std::vector<Item*> branches;
     for (Item* at : TreeModel::bottomUp(*top))
         if (at->firstChild) branches.push_back(at);
+    ExpandBranches(*top, branches);
+}
+
+// Branches of `top`, bottom-up.
+void CTreeCtrlEx::ExpandBranches(Item& top, const std::vector<Item*>& branches) {
     const RedrawPause pause(*this);
     // The control numbers its visible items anew at every expansion of a visible item. So all but
     // the last expansion are done out of its sight, which costs the caret its place meanwhile.
     const HTREEITEM caretHandle = Caret();
     const Item* const caret = Find(caretHandle);
-    const bool hide = branches.size() > kManyBranches && IsExpanded(*top);
-    const bool moves = hide && caret && caret != top && TreeModel::isWithin(*caret, *top);
+    const bool hide = branches.size() > kManyBranches && branches.back() == &top && IsExpanded(top);
+    const bool moves = hide && caret && caret != &top && TreeModel::isWithin(*caret, top);
     const bool caretSelected = moves && caret->selected;
-    const bool topSelected = top->selected;
+    const bool topSelected = top.selected;
     const HTREEITEM firstShown = FirstVisible();
     const CountUp changing(changing_);
-    if (hide) Expand(handle, TVE_COLLAPSE);
+    if (hide) Expand(top.handle, TVE_COLLAPSE);
     for (const Item* at : branches) Expand(at->handle, TVE_EXPAND);
     if (moves) {
         Item* const back = Find(caretHandle);
         Select(caretHandle);
         SetSelected(*back, caretSelected);
-        SetSelected(*top, topSelected);
+        SetSelected(top, topSelected);
     }
     if (hide) Send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(firstShown));
 }
@@ -426,6 +431,37 @@ void CTreeCtrlEx::CollapseAll(HTREEITEM handle) {
 void CTreeCtrlEx::Reveal(const std::vector<Item*>& items) {
     // Asking each of them first whether it is expanded would take as long as expanding it.
     for (const Item* above : TreeModel::ancestorsBottomUp(items)) Expand(above->handle, TVE_EXPAND);
+}
+
+CTreeCtrlEx::Arrangement CTreeCtrlEx::Remember(Item* top) {
+    Arrangement arrangement;
+    arrangement.firstShown = Node(FirstVisible());
+    for (Item* at = top ? top : model_.first(); at;) {
+        const bool open = IsExpanded(*at);
+        if (open && at->node) arrangement.open.insert(at->node);
+        at = open ? TreeModel::following(*at, top) : TreeModel::skipping(*at, top);
+    }
+    return arrangement;
+}
+
+void CTreeCtrlEx::Reopen(Item& top, const Arrangement& arrangement) {
+    std::vector<Item*> branches;
+    for (Item* at : TreeModel::bottomUp(top))
+        if (at->firstChild && arrangement.open.contains(at->node)) branches.push_back(at);
+    if (!branches.empty()) ExpandBranches(top, branches);
+}
+
+void CTreeCtrlEx::Restore(const Arrangement& arrangement, Item* top) {
+    const RedrawPause pause(*this);
+    if (top && !arrangement.open.empty()) Reopen(*top, arrangement);
+    for (Item* at = top || arrangement.open.empty() ? nullptr : model_.first(); at; at = at->next)
+        Reopen(*at, arrangement);
+    if (!arrangement.firstShown) return;
+    for (Item* at = model_.first(); at; at = TreeModel::following(*at)) {
+        if (at->node != arrangement.firstShown) continue;
+        Send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(at->handle));
+        return;
+    }
 }
 
 // All at once: one by one, the control looks each of them up among all items and closes the gap.

@@ -8,6 +8,7 @@
 #include <functional>
 #include <optional>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 /// A tree view in which any number of items can be selected.
@@ -62,6 +63,16 @@ public:
     /// Expands everything above the items.
     void Reveal(const std::vector<Item*>& items);
 
+    /// Which branches are open and what is scrolled into view, by the nodes.
+    struct Arrangement {
+        std::unordered_set<tessera::NodeHandle> open;  ///< what is in a closed branch is not known
+        tessera::NodeHandle firstShown = 0;
+    };
+    /// Of `top` and everything below it, or of the whole tree for null.
+    Arrangement Remember(Item* top);
+    /// Arranges items that have been put in again.
+    void Restore(const Arrangement& arrangement, Item* top);
+
     /// The answer to the parent's NM_CUSTOMDRAW: colours the selected items.
     LRESULT Draw(NMTVCUSTOMDRAW& draw);
 
@@ -97,6 +108,8 @@ private:
     template <typename Visit>
     void WalkVisible(const std::vector<Item*>& wanted, Visit visit);
     bool IsExpanded(const Item& item) const;
+    void ExpandBranches(Item& top, const std::vector<Item*>& branches);
+    void Reopen(Item& top, const Arrangement& arrangement);
     void ForgetDeleted();
 
     HTREEITEM InsertThrough(UINT message, const TVINSERTSTRUCTW& insertion);

@@ -287,7 +287,9 @@ void Hierarchy::refresh() {
     {
         const CWaitCursor wait;
         const RedrawPause pause(tree_);
+        const CTreeCtrlEx::Arrangement arrangement = tree_.Remember(nullptr);
         send(BrowserEvent::rebuild);
+        tree_.Restore(arrangement, nullptr);
     }
     showNode(nullptr);
     resetProperties(true);

@@ -84,6 +84,7 @@ private:
     // Commands.
     bool pushed(int id);
     void moveSelected(BrowserEvent event);
+    void sendRebuilding(BrowserEvent event, HTREEITEM item, HTREEITEM parent);
     void selectCaretOnly();
     void expandSelected(bool expand);
     void selectInHost();

@@ -78,9 +78,20 @@ void Hierarchy::moveSelected(BrowserEvent event) {
         const HTREEITEM item = handleOf(first);
         const HTREEITEM parent = first ? handleOf(first->parent) : nullptr;
         if (tree_.SelectedCount() > 1) selectCaretOnly();
-        if (item) send(event, item, parent);
+        if (item) sendRebuilding(event, item, parent);
     }
     countSelected();
+}
+
+// The client puts all children of the parent in anew.
+void Hierarchy::sendRebuilding(BrowserEvent event, HTREEITEM item, HTREEITEM parent) {
+    TreeItem* const before = tree_.Find(parent);
+    const auto arrangement = before ? tree_.Remember(before) : CTreeCtrlEx::Arrangement();
+    send(event, item, parent);
+    TreeItem* const after = tree_.Find(parent);
+    if (!after) return;
+    tree_.Restore(arrangement, after);
+    if (const HTREEITEM caret = tree_.Caret()) tree_.EnsureVisible(caret);
 }
 
 // Several nodes do not move together, so the others are let go; the caret keeps its mark.
