@@ -84,7 +84,7 @@ TEST_F(DocumentTest, AttributesRefuseWhatTheyWouldMisread) {
     EXPECT_THAT(bad("\n  setAttr $g \"FltGrpLayer\" 128"),
                 testing::AllOf(testing::HasSubstr(":2:3: "),
                                testing::HasSubstr("from -128 to 127, not 128")));
-    EXPECT_EQ(good("setAttr $g \"FltGrpLayer\" -128; getAttr $g \"FltGrpLayer\""), "-128");
+    EXPECT_EQ(good("setAttr $g \"FltGrpLayer\" -128; getAttr $g \"FltGrpLayer\""), "\"-128\"");
     EXPECT_THAT(bad("setAttr $g \"FltGrpSpecial1\" 32768"), testing::HasSubstr("to 32767"));
     EXPECT_THAT(bad("Aviary.CreateLightPoint(); $lp001.name = \"p\"; setAttr $p "
                     "\"FltLtPtIntensity\" 1e39"),

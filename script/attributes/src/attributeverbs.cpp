@@ -92,8 +92,11 @@ std::string numberFor(const FltAttrDesc& row, std::string text) {
     }
     const Range range = rangeOf(row.width);
     if (*number < range.least || *number > range.most) {
-        throw Failure(quoted(row.key) + " takes numbers from " + Value(range.least).shown() +
-                      " to " + Value(range.most).shown() + ", not " + text);
+        const auto shown = [whole](double limit) {
+            return (whole ? Value(static_cast<std::int32_t>(limit)) : Value(limit)).shown();
+        };
+        throw Failure(quoted(row.key) + " takes numbers from " + shown(range.least) + " to " +
+                      shown(range.most) + ", not " + text);
     }
     return text;
 }
