@@ -4,6 +4,7 @@
 #include <fltkilnutil/kilnflt.h>
 #include <interchange/export.h>
 #include <interchange/import.h>
+#include <interchange/nodelooks.h>
 #include <kiln/host/host.h>
 #include <kiln/memory.h>
 #include <quillon/fltfilereader.h>
@@ -104,6 +105,26 @@ std::vector<std::string> nodesOf(Interface& host) {
     return all;
 }
 
+/// Every node can be asked how it looks.
+void lookAtAll(Interface& host) {
+    interchange::NodeLooks looks;
+    looks.BeginLooks(&host);
+    std::vector<INode*> open{host.GetRootNode()};
+    while (!open.empty()) {
+        INode* const node = open.back();
+        open.pop_back();
+        NodeLook look;
+        if (looks.GetLook(node, look)) {
+            expect(look.opacity >= 0 && look.opacity <= 1, "an opacity is a share");
+            expect(look.layer >= 0, "layers are counted from 0");
+        }
+        INode* const shown = looks.GetInstanced(node);
+        expect(shown == nullptr || host.IsNodeInScene(shown), "what is shown is there");
+        for (int i = node->NumberOfChildren(); i-- > 0;) open.push_back(node->GetChildNode(i));
+    }
+    looks.EndLooks();
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -122,6 +143,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         expect(host.GetTexmapCount() == 0, "a refused file leaves no picture");
         return 0;
     }
+    lookAtAll(host);
     const std::vector<std::string> before = nodesOf(host);
     SilentReport report;
     const std::string path = scratch.path.string();
