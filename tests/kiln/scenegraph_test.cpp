@@ -226,7 +226,7 @@ TEST_F(SceneGraphTest, NodesOfOneNameAreFoundInTurn) {
 TEST_F(SceneGraphTest, NamesLeadToTheirFirstNodeWhateverHappens) {
     std::mt19937 random(7);
     std::vector<std::string> names{"", "a", "node", "node with a much longer name than others"};
-    for (int i = 0; i < 300; ++i) names.push_back("p" + std::to_string(i));
+    for (int i = 0; i < 300; ++i) names.push_back(std::string("p").append(std::to_string(i)));
     for (int i = 0; i < 300; i += 10) names.push_back(std::to_string(i) + "0");
     const auto anyName = [&] { return names[random() % names.size()]; };
     std::map<std::string, std::vector<INode*>> named;
