@@ -124,11 +124,6 @@ bool fltHasData(INode* node) noexcept {
 }
 
 bool fltEnsureKind(INode* node, FltNodeKind kind, std::uint32_t parameter) noexcept {
-    FltNodeKind presentKind{};
-    std::uint32_t presentParameter = 0;
-    if (fltGetKind(node, false, presentKind) && presentKind == kind &&
-        fltGetParameter(node, presentParameter) && presentParameter == parameter)
-        return true;
     const auto write = [&](Chunk block) {
         std::memcpy(&block[kKindOffset], &kind, sizeof kind);
         std::memcpy(&block[kParameterOffset], &parameter, sizeof parameter);
@@ -139,6 +134,9 @@ bool fltEnsureKind(INode* node, FltNodeKind kind, std::uint32_t parameter) noexc
         write(block);
         return storeChunk(node, ChunkId::Kind, block);
     }
+    const bool same = std::memcmp(&present[kKindOffset], &kind, sizeof kind) == 0 &&
+                      std::memcmp(&present[kParameterOffset], &parameter, sizeof parameter) == 0;
+    if (same) return true;
     write(present);
     node->NotifyAppDataChanged();
     return true;

@@ -176,12 +176,18 @@ bool SceneWriter::isNewMesh(const PlanNode& node, const Mesh& mesh, const KilnFa
 
 void SceneWriter::collectPolygon(const Mesh& mesh, std::span<const std::uint32_t> corners,
                                  std::span<const std::uint32_t> textures) {
+    polygonBytes_.clear();
     for (std::size_t i = 0; i < corners.size(); ++i) {
         const Point3f* const texture =
             textures.empty() ? nullptr : mesh.tVerts.Addr(static_cast<int>(textures[i]));
-        corners_.push_back(
-            vertices_.add(tails_.vertex(mesh, corners[i], texture, palettes_.colors())));
+        const FileBytes vertex = tails_.vertex(mesh, corners[i], texture, palettes_.colors());
+        polygonBytes_.insert(polygonBytes_.end(), vertex.begin(), vertex.end());
     }
+    polygonVertices_.clear();
+    for (RecordWalk walk(polygonBytes_); walk.next();) {
+        polygonVertices_.push_back(vertices_.consider(walk.record()));
+    }
+    for (const auto& vertex : polygonVertices_) corners_.push_back(vertices_.add(vertex));
     polygonEnds_.push_back(static_cast<std::uint32_t>(corners_.size()));
 }
 
@@ -627,9 +633,11 @@ void SceneWriter::writePalettes() {
     if (vertices_.empty()) return;
     FltToken& token = stream_->token();
     token.begin(kFltVertexPalette);
-    token.writeInt32(static_cast<std::uint32_t>(token.length() + 4 + vertices_.vertices().size()));
+    token.writeInt32(static_cast<std::uint32_t>(token.length() + 4 + vertices_.size()));
     stream_->writeToken(token);
-    for (RecordWalk walk(vertices_.vertices()); walk.next();) stream_->writeVerbatim(walk.record());
+    vertices_.forEachBlock([this](FileBytes records) {
+        for (RecordWalk walk(records); walk.next();) stream_->writeVerbatim(walk.record());
+    });
 }
 
 // ------------------------------------------------------------ nodes

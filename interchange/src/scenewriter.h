@@ -132,6 +132,8 @@ private:
     FltStream* stream_ = nullptr;
     FilePalettes palettes_;
     VertexPalette vertices_;
+    std::vector<std::uint8_t> polygonBytes_;  ///< the vertices of one polygon
+    std::vector<VertexPalette::Candidate> polygonVertices_;
     bool palettesWritten_ = false;
     std::vector<Polygons> polygons_;                        ///< by index of the plan
     std::vector<std::uint32_t> polygonEnds_;                ///< in `corners_`

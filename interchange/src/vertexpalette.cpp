@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <random>
+#include <utility>
 
 namespace interchange {
 
@@ -37,52 +38,80 @@ std::uint64_t wordAt(FileBytes bytes) noexcept {
 
 VertexPalette::VertexPalette() : secret_{randomWord(), randomWord()} {}
 
-std::uint64_t VertexPalette::hashOf(FileBytes bytes) const noexcept {
+std::uint32_t VertexPalette::hashOf(FileBytes bytes) const noexcept {
     std::uint64_t hash = bytes.size();
     for (; bytes.size() > 8; bytes = bytes.subspan(std::min<std::size_t>(16, bytes.size()))) {
         hash = fold(wordAt(bytes) ^ secret_[0] ^ hash, wordAt(bytes.subspan(8)) ^ secret_[1]);
     }
-    return fold(wordAt(bytes) ^ secret_[0] ^ hash, secret_[1]);
+    return static_cast<std::uint32_t>(fold(wordAt(bytes) ^ secret_[0] ^ hash, secret_[1]));
 }
 
-std::uint32_t VertexPalette::add(FileBytes vertex) {
-    const std::uint64_t hash = hashOf(vertex);
-    std::uint32_t& recent = recent_[hash % recent_.size()];
-    if (recent == 0 || !std::ranges::equal(recordAt(bytes_, recent - 1), vertex)) {
-        recent = find(vertex, hash) + 1;
-    }
-    return recent - 1 + kFirstVertex;
+VertexPalette::Candidate VertexPalette::consider(FileBytes vertex) const noexcept {
+    const std::uint32_t hash = hashOf(vertex);
+    if (!table_.empty()) __builtin_prefetch(&table_[hash & (table_.size() - 1)]);
+    return {vertex, hash};
 }
 
-/// The place of the vertex in the palette, which is its end for a new one.
-std::uint32_t VertexPalette::find(FileBytes vertex, std::uint64_t hash) {
-    if (2 * (count_ + 1) > table_.size()) enlargeTable();
+std::uint32_t VertexPalette::add(const Candidate& candidate) {
+    std::uint32_t& recent = recent_[candidate.hash % recent_.size()];
+    if (recent == 0 || !isAt(recent - 1, candidate.vertex)) recent = find(candidate) + 1;
+    return offsetOf(recent - 1) + kFirstVertex;
+}
+
+bool VertexPalette::isAt(std::uint32_t place, FileBytes vertex) const noexcept {
+    const std::uint8_t* const record = &blocks_[place / kBlockSize].bytes[place % kBlockSize];
+    std::uint16_t length = 0;
+    fltLoadBigEndian(record + 2, length);
+    return length == vertex.size() && std::memcmp(record, vertex.data(), length) == 0;
+}
+
+std::uint32_t VertexPalette::offsetOf(std::uint32_t place) const noexcept {
+    return blocks_[place / kBlockSize].start + static_cast<std::uint32_t>(place % kBlockSize);
+}
+
+/// The place of the vertex, which is put at the end when it is new.
+std::uint32_t VertexPalette::find(const Candidate& candidate) {
+    if (4 * (count_ + 1) > 3 * table_.size()) enlargeTable();
     const std::size_t mask = table_.size() - 1;
-    std::size_t slot = hash & mask;
-    for (; table_[slot] != 0; slot = (slot + 1) & mask) {
-        const std::uint32_t place = table_[slot] - 1;
-        if (std::ranges::equal(recordAt(bytes_, place), vertex)) return place;
+    std::size_t slot = candidate.hash & mask;
+    for (; table_[slot].place != 0; slot = (slot + 1) & mask) {
+        const std::uint32_t place = table_[slot].place - 1;
+        if (table_[slot].hash == candidate.hash && isAt(place, candidate.vertex)) return place;
     }
-    if (bytes_.size() + vertex.size() > kLargestPalette) {
-        throw ExportError("there are more vertices than one OpenFlight file can hold");
-    }
-    const auto place = static_cast<std::uint32_t>(bytes_.size());
-    bytes_.insert(bytes_.end(), vertex.begin(), vertex.end());
-    table_[slot] = place + 1;
+    const std::uint32_t place = append(candidate.vertex);
+    table_[slot] = {candidate.hash, place + 1};
     ++count_;
     return place;
 }
 
+std::uint32_t VertexPalette::append(FileBytes vertex) {
+    if (size_ + vertex.size() > kLargestPalette) {
+        throw ExportError("there are more vertices than one OpenFlight file can hold");
+    }
+    if (blocks_.empty() || kBlockSize - blocks_.back().used < vertex.size()) {
+        Block block;
+        block.bytes.reset(new std::uint8_t[kBlockSize]);
+        block.start = static_cast<std::uint32_t>(size_);
+        blocks_.push_back(std::move(block));
+    }
+    Block& block = blocks_.back();
+    const std::size_t place = (blocks_.size() - 1) * kBlockSize + block.used;
+    std::ranges::copy(vertex, &block.bytes[block.used]);
+    block.used += static_cast<std::uint32_t>(vertex.size());
+    size_ += vertex.size();
+    return static_cast<std::uint32_t>(place);
+}
+
 void VertexPalette::enlargeTable() {
     constexpr std::size_t kSmallest = 1024;
-    table_.assign(std::max(kSmallest, 2 * table_.size()), 0);
+    std::vector<Slot> before(std::max(kSmallest, 2 * table_.size()));
+    before.swap(table_);
     const std::size_t mask = table_.size() - 1;
-    for (std::size_t place = 0; place < bytes_.size();) {
-        const FileBytes vertex = recordAt(bytes_, static_cast<std::uint32_t>(place));
-        std::size_t slot = hashOf(vertex) & mask;
-        while (table_[slot] != 0) slot = (slot + 1) & mask;
-        table_[slot] = static_cast<std::uint32_t>(place + 1);
-        place += vertex.size();
+    for (const Slot& moved : before) {
+        if (moved.place == 0) continue;
+        std::size_t slot = moved.hash & mask;
+        while (table_[slot].place != 0) slot = (slot + 1) & mask;
+        table_[slot] = moved;
     }
 }
 

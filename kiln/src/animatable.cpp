@@ -12,6 +12,10 @@
 struct HeldChunk {
     AppDataChunk chunk;
     HeldChunk* next;
+
+    bool has(const Class_ID& cid, SClass_ID sid, DWORD subId) const noexcept {
+        return chunk.subID == subId && chunk.clID == cid && chunk.sclID == sid;
+    }
 };
 
 namespace {
@@ -58,35 +62,30 @@ void Animatable::operator delete(void* thing, std::size_t size) noexcept {
     KILN_deletePiece(thing, thingSize(size));
 }
 
-HeldChunk** Animatable::endOfChunks() noexcept {
-    HeldChunk** end = &chunks_;
-    while (*end) end = &(*end)->next;
-    return end;
-}
-
 AppDataChunk* Animatable::AddAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD subId,
                                           DWORD length, void* data) noexcept {
     if (!data && length > 0) return nullptr;
-    if (AppDataChunk* const present = GetAppDataChunk(cid, sid, subId)) {
-        if (present->data != data) KILN_free(present->data);
-        present->data = data;
-        present->length = length;
+    HeldChunk** link = &chunks_;
+    while (*link && !(*link)->has(cid, sid, subId)) link = &(*link)->next;
+    if (*link) {
+        AppDataChunk& present = (*link)->chunk;
+        if (present.data != data) KILN_free(present.data);
+        present.data = data;
+        present.length = length;
         kiln::setSceneModified(true);
-        return present;
+        return &present;
     }
     void* const memory = kiln::allocateCounted(sizeof(HeldChunk));
     if (!memory) return nullptr;
-    HeldChunk** const end = endOfChunks();
-    *end = new (memory) HeldChunk{{cid, sid, subId, length, data}, nullptr};
+    *link = new (memory) HeldChunk{{cid, sid, subId, length, data}, nullptr};
     kiln::setSceneModified(true);
-    return &(*end)->chunk;
+    return &(*link)->chunk;
 }
 
 AppDataChunk* Animatable::GetAppDataChunk(const Class_ID& cid, SClass_ID sid,
                                           DWORD subId) const noexcept {
     for (HeldChunk* held = chunks_; held; held = held->next)
-        if (held->chunk.subID == subId && held->chunk.clID == cid && held->chunk.sclID == sid)
-            return &held->chunk;
+        if (held->has(cid, sid, subId)) return &held->chunk;
     return nullptr;
 }
 

@@ -72,8 +72,6 @@ public:
     static void operator delete(void* thing, std::size_t size) noexcept;
 
 private:
-    HeldChunk** endOfChunks() noexcept;
-
     HeldChunk* chunks_ = nullptr;
     ICustAttribContainer* attribs_ = nullptr;
 };
