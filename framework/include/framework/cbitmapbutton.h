@@ -18,7 +18,8 @@ public:
     /// caption. False when the control or the first picture is missing.
     bool AutoLoad(int id, HWND parent);
 
-    /// Loads the pictures by resource name. Empty names are allowed except for the first.
+    /// Loads the pictures by resource name. Empty names are allowed except for the first. False
+    /// when that one is missing; the button then shows its caption.
     bool LoadBitmaps(const std::string& up, const std::string& down = {},
                      const std::string& focus = {}, const std::string& disabled = {});
 

@@ -1,4 +1,7 @@
 // The platform's simple controls: static text, button, edit, combo box, list box, up-down.
+//
+// `Create` makes the control as a child of `parent` with the platform's style bits, `area` in
+// pixels of the parent's client area. Functions fail as those of `CWnd` do.
 #pragma once
 
 #include <framework/cwnd.h>

@@ -4,7 +4,8 @@
 #include <framework/cimagelist.h>
 #include <framework/cwnd.h>
 
-/// A tree view. Items are the platform's handles; null means none.
+/// A tree view. Items are the platform's handles; null means none. Functions fail as those of `CWnd`
+/// do.
 class CTreeCtrl : public CWnd {
 public:
     bool Create(DWORD style, const RECT& area, HWND parent, UINT id);

@@ -2,6 +2,9 @@
 //
 // Members of the C... classes follow the platform's way of naming. All texts are UTF-8. All of it
 // belongs to the thread that created the windows; nothing is locked.
+//
+// What takes or gives a text, or makes a window, may throw `std::bad_alloc`; nothing else throws.
+// What the platform refuses is false, null, -1 or an empty text, and has no effect.
 #pragma once
 
 #include <framework/gdi.h>

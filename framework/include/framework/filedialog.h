@@ -1,4 +1,4 @@
-// The platform's dialogs for choosing files.
+// The platform's dialogs for choosing files. They may throw `std::bad_alloc`.
 #pragma once
 
 #include <framework/win32.h>

@@ -21,7 +21,8 @@ enum class ImpExpCause {
     kOutOfMemory,
 };
 
-/// How an import or export tells the host about itself. All texts are UTF-8 and copied.
+/// How an import or export tells the host about itself. All texts are UTF-8 and copied; one that
+/// cannot be kept for want of memory throws `std::bad_alloc`.
 class ImpExpReport {
 public:
     virtual ~ImpExpReport() = default;

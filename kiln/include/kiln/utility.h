@@ -13,7 +13,7 @@ public:
     virtual void CloseUtility() = 0;
 };
 
-/// A utility.
+/// A utility. None of its functions may throw.
 class UtilityObj {
 public:
     virtual ~UtilityObj() = default;

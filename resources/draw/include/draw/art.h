@@ -13,6 +13,7 @@ struct ArtFile {
 };
 
 // Every bitmap and icon that the resource scripts name, drawn afresh. The same bytes every time.
+// Throws `std::bad_alloc` only.
 std::vector<ArtFile> drawAll();
 
 }  // namespace draw

@@ -3,7 +3,8 @@
 // The browser is a window that shows a scene as a tree. It knows no scene: it holds node handles
 // that its client gave it, and sends everything that changes or queries the scene to the client's
 // one callback. There is at most one form; every function may be called without one and then does
-// nothing. All of them belong to the user-interface thread. Texts are UTF-8.
+// nothing. All of them belong to the user-interface thread. Texts are UTF-8 and copied. None of them
+// throws: what fails inside is the function's plain failure.
 #pragma once
 
 #include <cstdint>

@@ -5,7 +5,8 @@
 
 namespace tessera {
 
-/// The interface object, registered with the host from the module's load to its unload.
+/// The interface object, registered with the host from the module's load to its unload. Not owned
+/// by the caller.
 IAviaryUtil& aviaryUtil();
 
 }  // namespace tessera

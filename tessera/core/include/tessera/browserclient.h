@@ -15,11 +15,11 @@ void browserClient(BrowserEvent event, BrowserItem first, BrowserItem second,
                    std::uintptr_t argument, std::uintptr_t argument2, void* clientData);
 
 /// Creates the browser form, hidden, as a window of the host's, or binds the one that is there.
-/// Gives what `_zufltguicreate` answered.
+/// Gives what `_zufltguicreate` answered. Throws what the host throws when asked for its window.
 std::int32_t createBrowser(Interface& host);
 
 /// Fills the browser's tree from the scene, shows the form and from then on follows changes of the
-/// scene until the user closes it.
+/// scene until the user closes it. Throws `std::bad_alloc`, with the tree filled in part.
 void showBrowser(Interface& host);
 
 /// Stops following the scene. The module calls it before it goes, since the host would go on
