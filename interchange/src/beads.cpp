@@ -1,6 +1,7 @@
 #include "beads.h"
 
 #include "bytes.h"
+#include "layouts.h"
 
 #include <diagnostics/assertion.h>
 #include <quillon/fltface.h>
@@ -14,26 +15,19 @@ namespace {
 
 constexpr std::size_t kLengthEnd = 4;
 
-// Where a face has its flags and its packed colours, at every revision.
-constexpr std::size_t kFaceFlags = 44;
-constexpr std::size_t kPackedPrimary = 56;
-constexpr std::size_t kPackedAlternate = 60;
-constexpr std::size_t kPackedEnd = 64;
-constexpr std::uint32_t kPackedColor = 0x10000000;
-
 FileBytes bytesOf(const FltToken& token) {
     return {token.data(), token.length()};
 }
 
 /// A packed colour must not outlive an edit of the index that it goes with.
 void dropStaleColors(std::span<std::uint8_t> bytes, const FltFace& face, const FltFace& base) {
-    if (bytes.size() < kPackedEnd) return;
+    if (bytes.size() < kFacePackedEnd) return;
     if (face.primaryColorIndex != base.primaryColorIndex) {
-        put32(&bytes[kFaceFlags], uint32At(bytes, kFaceFlags) & ~kPackedColor);
-        put32(&bytes[kPackedPrimary], 0);
-        put32(&bytes[kPackedAlternate], 0);
+        put32(&bytes[kFaceFlags], uint32At(bytes, kFaceFlags) & ~kFacePackedColor);
+        put32(&bytes[kFacePackedPrimary], 0);
+        put32(&bytes[kFacePackedAlternate], 0);
     } else if (face.alternateColorIndex != base.alternateColorIndex) {
-        put32(&bytes[kPackedAlternate], 0);
+        put32(&bytes[kFacePackedAlternate], 0);
     }
 }
 

@@ -196,10 +196,9 @@ private:
     /// A mesh of nothing but vertices, with their colours.
     std::unique_ptr<TriObject, DeleteThis> makePoints(const OutlineNode& source) {
         std::unique_ptr<TriObject, DeleteThis> object(new TriObject);
-        takeVertices(source, [](FileBytes) { return true; });
+        takeVertices(source, [](FileBytes vertex) { return isFinite(positionOf(vertex)); });
         Features features = featuresOf();
         features.colors = true;
-        takeVertices(source, [](FileBytes vertex) { return isFinite(positionOf(vertex)); });
         addVertices(object->GetMesh(), features);
         return object;
     }

@@ -1,6 +1,7 @@
 #include "colors.h"
 
 #include "bytes.h"
+#include "layouts.h"
 #include "vertices.h"
 
 #include <quillon/fltface.h>
@@ -8,9 +9,6 @@
 namespace interchange {
 
 namespace {
-
-constexpr std::uint32_t kNoColor = 0x40000000;
-constexpr std::uint32_t kPackedColor = 0x10000000;
 
 // The palette: 1024 entries of 4 bytes (alpha, blue, green, red) after 128 reserved ones. An index
 // holds the entry in its upper bits and the intensity in its lower 7.
@@ -39,11 +37,11 @@ std::optional<COLORREF> indexedColor(std::uint32_t index, FileBytes palette) {
 }
 
 std::optional<COLORREF> colorOf(const FltFace& face, FileBytes palette) {
-    if (face.flags & kPackedColor) {
+    if (face.flags & kFacePackedColor) {
         const FltPackedColor& color = face.packedPrimaryColor;
         return colorRef(color.red, color.green, color.blue);
     }
-    if (face.flags & kNoColor) return std::nullopt;
+    if (face.flags & kFaceNoColor) return std::nullopt;
     return indexedColor(face.primaryColorIndex, palette);
 }
 

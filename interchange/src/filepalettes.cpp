@@ -1,5 +1,6 @@
 #include "filepalettes.h"
 
+#include "layouts.h"
 #include "plan.h"
 
 #include <fltkilnutil/kilnflt.h>
@@ -14,13 +15,6 @@ namespace interchange {
 
 namespace {
 
-// A texture palette record: file name, index, place in the palette's window.
-constexpr std::size_t kTextureNameLength = 200;
-constexpr std::size_t kTextureIndex = 4 + kTextureNameLength;
-constexpr std::size_t kTextureEnd = kTextureIndex + 4;
-// A material: index, name, flags, then colours, shininess and alpha.
-constexpr std::size_t kMaterialIndex = 4;
-constexpr std::size_t kMaterialName = 12;
 // A face names its picture and its material in 16 bits.
 constexpr std::int32_t kLastTexture = 0x7FFF;
 constexpr std::int32_t kLastMaterial = 0x7FFF;
@@ -67,9 +61,9 @@ void FilePalettes::readLight(FileBytes record, std::uint32_t revision) {
 }
 
 void FilePalettes::readTexture(FileBytes record) {
-    if (record.size() < kTextureEnd) return;
+    if (record.size() < kTextureIndexEnd) return;
     addTexture(static_cast<std::int32_t>(uint32At(record, kTextureIndex)),
-               textOf(record.subspan(4, kTextureNameLength)));
+               textOf(record.subspan(kRecordBody, kTextureNameLength)));
 }
 
 void FilePalettes::addTexture(std::int32_t index, const std::string& name) {

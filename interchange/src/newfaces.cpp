@@ -3,6 +3,7 @@
 #include "bytes.h"
 #include "colors.h"
 #include "filepalettes.h"
+#include "layouts.h"
 
 #include <fltkilnutil/kilnface.h>
 #include <fltkilnutil/kilnflt.h>
@@ -19,17 +20,12 @@ namespace interchange {
 namespace {
 
 constexpr COLORREF kWhite = 0xFFFFFF;
-constexpr std::uint32_t kNoColor = 0x40000000;
-constexpr std::uint32_t kPackedColor = 0x10000000;
-constexpr std::uint8_t kLitByFaceColor = 2, kLitByVertexColor = 3;
-
-// A face record's flags and its packed colour.
-constexpr std::size_t kFlags = 44, kPackedPrimary = 56;
 
 }  // namespace
 
 bool isColorless(const FltFace& face) noexcept {
-    return (face.flags & kNoColor) != 0 && face.primaryColorIndex == FltFace().primaryColorIndex;
+    return (face.flags & kFaceNoColor) != 0 &&
+           face.primaryColorIndex == FltFace().primaryColorIndex;
 }
 
 NewFace newFaceOf(INode& node, const Mesh& mesh, const KilnFace& options, FilePalettes& palettes) {
@@ -58,8 +54,8 @@ FileBytes layOutNewFace(FltFace face, const NewFace& look, FltHeader& header,
     face.writeToken(token, revision);
     bytes.assign(token.data(), token.data() + token.length());
     if (look.color && isColorless(face)) {
-        put32(&bytes[kFlags], (face.flags & ~kNoColor) | kPackedColor);
-        put32(&bytes[kPackedPrimary], packedColorOf(*look.color));
+        put32(&bytes[kFaceFlags], (face.flags & ~kFaceNoColor) | kFacePackedColor);
+        put32(&bytes[kFacePackedPrimary], packedColorOf(*look.color));
     }
     return bytes;
 }

@@ -1,6 +1,7 @@
 #include <interchange/nodelooks.h>
 
 #include "kept.h"
+#include "layouts.h"
 #include "opcodes.h"
 
 #include <fltkilnutil/kilnface.h>
@@ -16,18 +17,6 @@ namespace interchange {
 
 namespace {
 
-constexpr std::size_t kBody = 4;
-
-// A material: index, name, flags, then colours of three numbers.
-constexpr std::size_t kMaterialIndex = 4, kMaterialAmbient = 24, kMaterialDiffuse = 36,
-                      kMaterialEmissive = 60, kMaterialAlpha = 76, kMaterialEnd = 80;
-// A texture: file name, index.
-constexpr std::size_t kTextureName = 200, kTextureIndex = kBody + kTextureName;
-
-// Face flags and modes.
-constexpr std::uint32_t kNoColor = 0x40000000;
-constexpr std::uint32_t kPackedColor = 0x10000000;
-constexpr std::uint8_t kLitByFaceColor = 2, kLitByVertexColor = 3, kVertexColor = 1;
 constexpr float kFullTransparency = 65535;
 constexpr int kMostLayers = 8;
 
@@ -126,15 +115,15 @@ NodeLooks::Database& NodeLooks::databaseOf(INode& header) {
     forEachPiece(keptOn(header).pieces, [&](const RecordWalk& walk, bool opaque) {
         const FileBytes record = walk.record();
         if (opaque) return;
-        if (walk.opcode() == kFltMaterial && record.size() >= kMaterialEnd) {
+        if (walk.opcode() == kFltMaterial && record.size() >= kMaterialAlphaEnd) {
             const Material material{
                 colorAt(record, kMaterialAmbient), colorAt(record, kMaterialDiffuse),
                 colorAt(record, kMaterialEmissive), shareAt(record, kMaterialAlpha)};
             database.materials.emplace(static_cast<std::int32_t>(uint32At(record, kMaterialIndex)),
                                        material);
-        } else if (walk.opcode() == kFltTexture && record.size() >= kTextureIndex + 4) {
+        } else if (walk.opcode() == kFltTexture && record.size() >= kTextureIndexEnd) {
             database.textures.emplace(static_cast<std::int32_t>(uint32At(record, kTextureIndex)),
-                                      textOf(record.subspan(kBody, kTextureName)));
+                                      textOf(record.subspan(kRecordBody, kTextureNameLength)));
         }
     });
     return database;
@@ -157,7 +146,8 @@ void NodeLooks::findDefinitions(INode& header, Database& database) {
 void NodeLooks::describe(INode& node, const Family& family, NodeLook& look) const {
     constexpr std::uint8_t kFixedBlended = 1, kAxisBlended = 2, kPointBlended = 4;
     look.lit = face_.lightMode == kLitByFaceColor || face_.lightMode == kLitByVertexColor;
-    const bool hasColor = (face_.flags & kPackedColor) != 0 || (face_.flags & kNoColor) == 0;
+    const bool hasColor =
+        (face_.flags & kFacePackedColor) != 0 || (face_.flags & kFaceNoColor) == 0;
     look.vertexColors =
         !hasColor || face_.lightMode == kVertexColor || face_.lightMode == kLitByVertexColor;
     KilnFace options;

@@ -22,7 +22,9 @@ constexpr std::uint32_t kNewestRevision = 1999;
 constexpr std::uint16_t kIndexedLightPoint = 130;
 constexpr std::uint16_t kLightPointSystem = 131;
 
-inline bool isVertexIn(FileBytes bytes, const Outline& outline, std::uint64_t vertex) noexcept {
+}  // namespace
+
+bool isVertexAt(FileBytes bytes, const Outline& outline, std::uint64_t vertex) noexcept {
     constexpr std::uint32_t kPositionEnd = 32;
     if (outline.vertexPalette == 0 || vertex + kPositionEnd > outline.vertexPaletteEnd) {
         return false;
@@ -32,6 +34,8 @@ inline bool isVertexIn(FileBytes bytes, const Outline& outline, std::uint64_t ve
     return opcode >= kFltVertexWithColor && opcode <= kFltVertexWithTexture &&
            length >= kPositionEnd && vertex + length <= outline.vertexPaletteEnd;
 }
+
+namespace {
 
 /// What a record means for the outline.
 enum class Role : std::uint8_t {
@@ -47,7 +51,6 @@ enum class Role : std::uint8_t {
     colorPalette,
     lightPalette,
     texture,
-    material,
     other,  ///< known, and kept with the node that it follows
 };
 
@@ -88,8 +91,6 @@ Role roleOfNamed(const FltOpcodeEntry& entry) {
             return Role::lightPalette;
         case kFltTexture:
             return Role::texture;
-        case kFltMaterial:
-            return Role::material;
         default:
             return roleOfFamily(entry.family);
     }
@@ -232,6 +233,8 @@ private:
             case Role::vertexPalette:
                 outline_.vertexPalette = offset_;
                 outline_.vertexPaletteEnd = offset_ + length_;
+                nodesBefore_ = outline_.nodes.size();
+                cornersBefore_ = outline_.corners.size();
                 break;
             case Role::vertex:
                 if (offset_ == outline_.vertexPaletteEnd) outline_.vertexPaletteEnd += length_;
@@ -254,9 +257,6 @@ private:
                 break;
             case Role::texture:
                 outline_.textures.push_back(offset_);
-                break;
-            case Role::material:
-                outline_.materials.push_back(offset_);
                 break;
             default:
                 break;
@@ -302,15 +302,16 @@ private:
         node.lastPiece = index;
     }
 
-    /// Makes room for one more of what stands behind the palettes, and when there is none left, for
-    /// as many as the whole file has if it goes on as before.
+    /// Makes room for one more, and when there is none left, for as many as the whole file has if
+    /// it goes on as it does since its vertex palette, before which the list had `before` entries.
     template <typename T>
-    void makeRoom(std::vector<T>& list) const {
+    void makeRoom(std::vector<T>& list, std::size_t before) const {
         if (list.size() < list.capacity()) return;
-        const auto passed = static_cast<double>(end() - outline_.vertexPaletteEnd);
-        const auto all = static_cast<double>(bytes_.size() - outline_.vertexPaletteEnd);
-        const double expected = 1.01 * static_cast<double>(list.size()) * (all / passed);
-        list.reserve(std::max(2 * list.size(), static_cast<std::size_t>(expected)) + 1);
+        // Not 0: what asks for room is a record of its own, and stands behind the palette.
+        const std::size_t passed = end() - outline_.vertexPaletteEnd;
+        const double expected = 1.01 * static_cast<double>(list.size() - before) *
+                                (static_cast<double>(left(end())) / static_cast<double>(passed));
+        list.reserve(list.size() + std::max(list.size(), static_cast<std::size_t>(expected)) + 1);
     }
 
     std::uint32_t addNode(std::uint16_t kind, std::uint32_t parent) {
@@ -318,7 +319,7 @@ private:
         node.kind = kind;
         node.parent = parent;
         node.record = offset_;
-        makeRoom(outline_.nodes);
+        makeRoom(outline_.nodes, nodesBefore_);
         outline_.nodes.push_back(node);
         return static_cast<std::uint32_t>(outline_.nodes.size() - 1);
     }
@@ -416,7 +417,7 @@ private:
     void addCorners() {
         const std::uint32_t end = offset_ + length_;
         for (std::uint32_t i = offset_ + kRecordHeader; i + 4 <= end; i += cornerStride_) {
-            makeRoom(outline_.corners);
+            makeRoom(outline_.corners, cornersBefore_);
             outline_.corners.push_back(vertexAt(uint32At(bytes_, i)));
         }
         OutlineNode& node = outline_.nodes[listOwner_];
@@ -426,7 +427,7 @@ private:
     /// The file offset of the vertex at an offset from the start of the vertex palette.
     std::uint32_t vertexAt(std::uint32_t paletteOffset) {
         const std::uint64_t vertex = std::uint64_t{outline_.vertexPalette} + paletteOffset;
-        if (isVertexIn(bytes_, outline_, vertex)) return static_cast<std::uint32_t>(vertex);
+        if (isVertexAt(bytes_, outline_, vertex)) return static_cast<std::uint32_t>(vertex);
         fail(offset_, "a vertex list with the palette offset " + std::to_string(paletteOffset) +
                           ", where there is no vertex");
     }
@@ -437,6 +438,8 @@ private:
     std::uint32_t offset_ = 0;
     std::uint16_t opcode_ = 0;
     std::uint16_t length_ = 0;
+    std::size_t nodesBefore_ = 0;  ///< nodes that stand before the vertex palette
+    std::size_t cornersBefore_ = 0;
     std::uint32_t listOwner_ = kNone;
     std::uint32_t cornerStride_ = 4;
     bool ownList_ = false;  ///< whether the record before, not counting continuations, was the
@@ -444,10 +447,6 @@ private:
 };
 
 }  // namespace
-
-bool isVertexAt(FileBytes bytes, const Outline& outline, std::uint64_t vertex) noexcept {
-    return isVertexIn(bytes, outline, vertex);
-}
 
 Outline readOutline(FileBytes bytes) {
     return OutlineReader(bytes).read();

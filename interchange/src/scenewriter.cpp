@@ -165,13 +165,11 @@ void SceneWriter::collectMesh(std::uint32_t index) {
 
 /// Whether the node says more about its faces than their record. What was read says it all there.
 bool SceneWriter::isNewMesh(const PlanNode& node, const Mesh& mesh, const KilnFace& options) {
-    if (!fltHasRecord(node.node) || options.useMaterial != 0 || options.superFace != 0) {
-        return keptFor(node).revision == 0;
-    }
-    const bool isColored = mesh.colors.IsEmpty() && node.node->GetWireColor() != DEFAULT_WIRE_COLOR;
-    if (node.kind != FltNodeKind::Face) return isColored && keptFor(node).revision == 0;
-    return isColored && isColorless(static_cast<const FltFace&>(*recordOf(node))) &&
-           keptFor(node).revision == 0;
+    if (keptFor(node).revision != 0) return false;
+    if (!fltHasRecord(node.node) || options.useMaterial != 0 || options.superFace != 0) return true;
+    if (!mesh.colors.IsEmpty() || node.node->GetWireColor() == DEFAULT_WIRE_COLOR) return false;
+    return node.kind != FltNodeKind::Face ||
+           isColorless(static_cast<const FltFace&>(*recordOf(node)));
 }
 
 void SceneWriter::collectPolygon(const Mesh& mesh, std::span<const std::uint32_t> corners,

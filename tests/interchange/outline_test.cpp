@@ -196,6 +196,17 @@ TEST(Outline, RefusesWhatMakesNoSense) {
     }
 }
 
+/// How many nodes come is guessed from those behind the vertex palette, whatever stood before it.
+TEST(Outline, TakesALateVertexPalette) {
+    FltBytes file;
+    for (int i = 0; i < 20; ++i) file.group("g").comment(std::string(30'000, 'c'));
+    file.palette(kSquare);
+    for (int i = 0; i < 2000; ++i) file.group("g");
+    const Outline outline = readOutline(file);
+    EXPECT_EQ(outline.nodes.size(), 2021U);
+    EXPECT_LE(outline.nodes.capacity(), 2 * outline.nodes.size());
+}
+
 TEST(Outline, AcceptsTheZerosBehindTheLastRecord) {
     for (const std::size_t zeros : {1, 3, 4, 500}) {
         FltBytes file = FltBytes().group("a");

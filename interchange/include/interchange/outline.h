@@ -51,16 +51,15 @@ struct OutlinePiece {
 
 /// What a file holds. Every offset in it names a record that lies completely within the file.
 struct Outline {
-    std::uint32_t revision = 0;            ///< format revision x 100, from the header
-    std::vector<OutlineNode> nodes;        ///< in file order, the header first
-    std::vector<OutlinePiece> pieces;      ///< in file order
-    std::vector<std::uint32_t> corners;    ///< offsets of vertex records, for all nodes
-    std::vector<std::uint32_t> lights;     ///< offsets of light source palette records
-    std::vector<std::uint32_t> textures;   ///< offsets of texture palette records
-    std::vector<std::uint32_t> materials;  ///< offsets of material palette records
-    std::uint32_t colorPalette = 0;        ///< offset of the colour palette, 0 without one
-    std::uint32_t vertexPalette = 0;       ///< offset of the (last) vertex palette, 0 without one
-    std::uint32_t vertexPaletteEnd = 0;    ///< offset behind its last vertex
+    std::uint32_t revision = 0;           ///< format revision x 100, from the header
+    std::vector<OutlineNode> nodes;       ///< in file order, the header first
+    std::vector<OutlinePiece> pieces;     ///< in file order
+    std::vector<std::uint32_t> corners;   ///< offsets of vertex records, for all nodes
+    std::vector<std::uint32_t> lights;    ///< offsets of light source palette records
+    std::vector<std::uint32_t> textures;  ///< offsets of texture palette records
+    std::uint32_t colorPalette = 0;       ///< offset of the colour palette, 0 without one
+    std::uint32_t vertexPalette = 0;      ///< offset of the (last) vertex palette, 0 without one
+    std::uint32_t vertexPaletteEnd = 0;   ///< offset behind its last vertex
 
     std::uint32_t longIds = 0;         ///< long identifiers read
     std::uint32_t unknownRecords = 0;  ///< records of opcodes that nobody here knows
