@@ -60,10 +60,13 @@ void Core::setTime(TimeValue t) noexcept {
     impl_->time = t;
 }
 
-void Core::Impl::rememberFolder(int id, const std::string& path) {
-    std::error_code error;
-    const std::filesystem::path whole = std::filesystem::absolute(pathFrom(path), error);
-    if (!error) directories[static_cast<std::size_t>(id)] = textOf(whole.parent_path());
+void Core::Impl::rememberFolder(int id, const std::string& path) noexcept {
+    try {
+        directories[static_cast<std::size_t>(id)] =
+            textOf(std::filesystem::absolute(pathFrom(path)).parent_path());
+    } catch (...) {
+        // What was asked for is done; the next dialog merely begins where the last one did.
+    }
 }
 
 bool Core::setDirectory(int id, const std::string& path) {

@@ -59,7 +59,7 @@ struct Core::Impl final : Interface, IUtil, SceneListener {
     void sceneNodeInvalidated(Node* node) override;
 
     /// The folder of the file at `path` becomes a directory of `GetDir`.
-    void rememberFolder(int id, const std::string& path);
+    void rememberFolder(int id, const std::string& path) noexcept;
 
     /// Shows `next` instead of the present scene, which it gives.
     std::unique_ptr<Scene> replaceScene(std::unique_ptr<Scene> next);

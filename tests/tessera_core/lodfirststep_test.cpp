@@ -8,6 +8,14 @@ namespace {
 
 using tessera::LodViewer;
 
+TEST(LodDistance, IsNotTakenWithoutAHost) {
+    IAviaryUtil& aviary = tessera::aviaryUtil();
+    ASSERT_EQ(GetCOREInterface(), nullptr);
+    aviary.SetLodDistance(70);
+    EXPECT_FALSE(aviary.IsLodDistanceSet());
+    EXPECT_EQ(aviary.GetLodDistance(), 0);
+}
+
 TEST_F(LodViewerTest, StepsFromNowhereGoToTheEnds) {
     buildBands();
     ASSERT_FALSE(aviary.IsLodDistanceSet());

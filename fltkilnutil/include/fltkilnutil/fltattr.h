@@ -161,8 +161,7 @@ FltAttrGroup* fltAttrLoad(INode* node, std::uint32_t parameter) noexcept;
 /// an OpenFlight node of the group's kind if it was none. A text that is still what its field
 /// prints leaves the field alone, so no value is rounded by passing through here; so does a choice
 /// that matches no entry. Text longer than its field is cut. False, with nothing changed, when the
-/// node is of another kind or the record cannot be stored; only when memory runs out between the
-/// two chunks may the options be stored already.
+/// node is of another kind or the record and its options cannot both be stored.
 bool fltAttrStore(INode* node, FltAttrGroup& group) noexcept;
 
 /// Gives one row of a node another value: what `fltAttrLoad`, setting the row's text and

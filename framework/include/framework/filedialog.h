@@ -22,8 +22,8 @@ std::optional<std::string> askOpenFile(HWND owner, std::string_view title,
 
 /// Asks for a file to write, warning before one is replaced. `extension` (without a dot) is added
 /// to a name typed without one; `suggestion` is the name that stands there first, with or without a
-/// folder. `filter`, when
-/// given, is the position of the type that is chosen at first, and then of the user's.
+/// folder. `filter`, when given, is the position of the type that is chosen at first, and then of
+/// the user's.
 std::optional<std::string> askSaveFile(HWND owner, std::string_view title,
                                        const std::vector<FileFilter>& filters,
                                        std::string_view extension, std::string_view suggestion = {},

@@ -3,6 +3,7 @@
 #include "browserfill.h"
 #include "treenodes.h"
 
+#include <diagnostics/log.h>
 #include <kiln/kiln.h>
 #include <tessera/browserclient.h>
 
@@ -52,6 +53,17 @@ bool attachInOrder(INode* parent, const Nodes& children) {
                        [=](INode* child) { return parent->AttachChild(child, true); });
 }
 
+/// Puts the children back, each whatever becomes of the others.
+void restoreOrder(INode* parent, const Nodes& children) noexcept {
+    for (INode* const child : children) {
+        try {
+            parent->AttachChild(child, true);
+        } catch (...) {
+            diagnostics::noteCurrentException();
+        }
+    }
+}
+
 /// Gives the parent its children in the new order. When the host refuses one, or fails half way,
 /// they are put back in the old one.
 bool changeOrder(Interface& host, INode* parent, const Nodes& old, const Nodes& wanted) {
@@ -59,10 +71,10 @@ bool changeOrder(Interface& host, INode* parent, const Nodes& old, const Nodes& 
         for (INode* const child : wanted) child->Detach(host.GetTime(), true);
         if (attachInOrder(parent, wanted)) return true;
     } catch (...) {
-        attachInOrder(parent, old);
+        restoreOrder(parent, old);
         throw;
     }
-    attachInOrder(parent, old);
+    restoreOrder(parent, old);
     return false;
 }
 
