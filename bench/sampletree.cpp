@@ -34,17 +34,12 @@ SampleNode makeNode(int number, int parent, bool hasChildren) {
 }  // namespace
 
 SampleTree makeSampleTree(int count, int childCount) {
-    // The n-th node's children are those from n * childCount + 1 on.
     SampleTree tree;
-    std::vector<std::pair<int, int>> pending{{0, -1}};  // number, place of the parent
-    while (!pending.empty()) {
-        const auto [number, parent] = pending.back();
-        pending.pop_back();
-        const long long firstChild = static_cast<long long>(number) * childCount + 1;
-        const int place = static_cast<int>(tree.size());
-        tree.push_back(makeNode(number, parent, firstChild < count));
-        for (long long child = firstChild + childCount; child-- > firstChild;)
-            if (child < count) pending.emplace_back(static_cast<int>(child), place);
+    tree.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) {
+        const int parent = i == 0 ? -1 : (i - 1) / childCount;
+        const bool hasChildren = static_cast<long long>(i) * childCount + 1 < count;
+        tree.push_back(makeNode(i, parent, hasChildren));
     }
     return tree;
 }

@@ -24,11 +24,11 @@ public:
         return u32(static_cast<std::uint32_t>(bits >> 32)).u32(static_cast<std::uint32_t>(bits));
     }
     Bytes& zeros(std::size_t count) {
-        bytes_.insert(bytes_.end(), count, 0);
+        bytes_.resize(bytes_.size() + count);
         return *this;
     }
     Bytes& text(std::string_view text) {
-        bytes_.insert(bytes_.end(), text.begin(), text.end());
+        for (const char character : text) u8(static_cast<std::uint8_t>(character));
         return *this;
     }
     /// Text in a field of its own width.

@@ -17,31 +17,56 @@ constexpr int kMaxExpandedItems = 200'000;
 }  // namespace
 
 BrowserItem BrowserFill::add(BrowserItem parentItem, INode* node) {
-    // Scenes may be deeper than the call stack is, so the nodes to come are kept in a list.
-    const BrowserItem first = addItem({parentItem, node});
-    while (!pending_.empty()) {
-        const Pending next = pending_.back();
-        pending_.pop_back();
-        if (next.parentItem)
-            addItem(next);
-        else
-            listed_.erase(next.node);
+    references_.clear();
+    const BrowserItem first = addScene({parentItem, node});
+    for (const Reference& reference : references_) addBelow(reference);
+    return first;
+}
+
+/// Adds the nodes level by level. Branches, which most of what is done with a tree is about, get
+/// their items before the many leaves then, and tree controls find an early item sooner.
+BrowserItem BrowserFill::addScene(const Pending& top) {
+    BrowserItem first = nullptr;
+    std::vector<Pending> nodes{top};
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        INode* const node = nodes[i].node;
+        const BrowserItem item = addItemOf(node, nodes[i].parentItem);
+        if (i == 0) first = item;
+        if (!item) continue;
+        if (INode* const definition = definitionOf(node)) {
+            references_.push_back({item, node, definition});
+        } else {
+            for (int child = 0; child < node->NumberOfChildren(); ++child)
+                nodes.push_back({item, node->GetChildNode(child)});
+        }
     }
     return first;
 }
 
-BrowserItem BrowserFill::addItem(const Pending& pending) {
-    const BrowserItem item = addItemOf(pending.node, pending.parentItem);
-    if (!item) return item;
-    if (!listed_.empty()) ++expandedItems_;
-    INode* above = pending.node;
-    if (INode* const definition = definitionOf(pending.node); definition && mayList(definition)) {
-        above = definition;
-        pending_.push_back({nullptr, definition});  // reached when all below has been added
+/// Adds what a reference lists. That may be deeper than the call stack is, so the nodes to come are
+/// kept in a list.
+void BrowserFill::addBelow(const Reference& reference) {
+    pushChildren(reference);
+    while (!pending_.empty()) {
+        const Pending next = pending_.back();
+        pending_.pop_back();
+        if (!next.parentItem) {
+            listed_.erase(next.node);
+        } else if (const BrowserItem item = addItemOf(next.node, next.parentItem)) {
+            ++expandedItems_;
+            pushChildren({item, next.node, definitionOf(next.node)});
+        }
+    }
+}
+
+void BrowserFill::pushChildren(const Reference& reference) {
+    INode* above = reference.node;
+    if (reference.definition && mayList(reference.definition)) {
+        above = reference.definition;
+        pending_.push_back({nullptr, above});  // reached when all below has been added
     }
     for (int i = above->NumberOfChildren(); i-- > 0;)
-        pending_.push_back({item, above->GetChildNode(i)});
-    return item;
+        pending_.push_back({reference.item, above->GetChildNode(i)});
 }
 
 INode* BrowserFill::definitionOf(INode* node) {

@@ -31,7 +31,16 @@ private:
         INode* node;
     };
 
-    BrowserItem addItem(const Pending& pending);
+    /// A reference that has its item, and the definition that it names.
+    struct Reference {
+        BrowserItem item;
+        INode* node;
+        INode* definition;
+    };
+
+    BrowserItem addScene(const Pending& top);
+    void addBelow(const Reference& reference);
+    void pushChildren(const Reference& reference);
     INode* definitionOf(INode* node);
     void collectDefinitions();
     bool mayList(INode* definition);
@@ -39,7 +48,8 @@ private:
     Interface& host_;
     std::optional<std::map<std::int16_t, INode*>> definitions_;  // collected when first needed
     std::unordered_set<INode*> listed_;  // the definitions being listed, one within the other
-    std::vector<Pending> pending_;       // nodes to add, the next one last
+    std::vector<Reference> references_;  // whose children wait for those of the scene
+    std::vector<Pending> pending_;       // nodes to add below a reference, the next one last
     int expandedItems_ = 0;
 };
 
