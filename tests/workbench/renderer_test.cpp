@@ -396,6 +396,34 @@ TEST_F(RendererTest, WhatIsTransparentLetsThroughWhatIsBehind) {
     EXPECT_EQ(canvas_.item(wireX, wireY), 2u);
 }
 
+// Places that a file may hold, at which no distance is a number.
+TEST_F(RendererTest, WhatIsBeyondAllMeasureLeavesTheOrderOfTheOthers) {
+    constexpr int kFloors = 40, kTop = kFloors - 1;
+    Surface glass;
+    glass.opacity = 0.5f;
+    ItemIndex uppermost = kNoItem;
+    Box box;
+    for (int i = 0; i < kFloors; ++i) {
+        const int height = i * 17 % kFloors;
+        addFloor(scene_, 10, height, kGrey, glass);
+        if (height == kTop) uppermost = static_cast<ItemIndex>(scene_.items().size() - 1);
+        box.include(scene_.items().back().box);
+        scene_.beginItem();
+        for (const Vec3d& p : {Vec3d{1, -1, 1}, Vec3d{1.1, -1, 1}, Vec3d{1, -1.1, 1}})
+            scene_.addVertex(p * 1e39);
+        scene_.setSurface(glass);
+        scene_.addTriangle(0, 1, 2, kGrey);
+        scene_.endItem();
+    }
+    ASSERT_EQ(scene_.triangles().size(), 3u * kFloors);
+    for (const View view : {View::kTop, View::kPerspective}) {
+        camera_.setView(view);
+        camera_.frame(box);
+        draw();
+        EXPECT_EQ(itemAt({0, 0, kTop}), uppermost);
+    }
+}
+
 TEST_F(RendererTest, MaterialsColourTheLight) {
     Surface shining;
     shining.ambient = shining.diffuse = {0, 0, 0};

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <limits>
 #include <map>
 
 using namespace workbench;
@@ -176,6 +177,21 @@ TEST_F(SceneFeedTest, SurfacesLookAsTheSourceSays) {
     EXPECT_THAT(feed_.takeFailures(), testing::IsEmpty()) << "a box has no texture coordinates";
 }
 
+TEST_F(SceneFeedTest, NumbersOfASourceThatAreNoSharesAreMadeSuch) {
+    Looks source;
+    INode* const box = host_.CreateObjectNode(new BoxObject, "box");
+    NodeLook& look = source.looks[box];
+    constexpr float kNone = std::numeric_limits<float>::quiet_NaN();
+    look.opacity = -3;
+    look.emissive = {kNone, 1e30F, -1};
+    look.layer = 1000;
+    feed_.build(host_);
+    const Surface surface = feed_.model().surfaceOf(feed_.model().items()[itemOf(box)]);
+    EXPECT_EQ(surface.opacity, 0);
+    EXPECT_EQ(surface.emissive, (Vec3{0, 1, 0}));
+    EXPECT_EQ(surface.layer, 255);
+}
+
 TEST_F(SceneFeedTest, InstancesShowTheirDefinitionsWhereTheyStand) {
     Looks source;
     INode* definition = host_.CreateObjectNode(new DummyObject, "definition");
@@ -230,6 +246,22 @@ TEST_F(SceneFeedTest, InstancesWithinThemselvesEnd) {
     source.definitions[own] = own;
     feed_.build(host_);
     EXPECT_EQ(feed_.counts().faces, 12u * (20 + 2)) << "itself, and itself within itself once";
+}
+
+TEST_F(SceneFeedTest, InstancesVeryDeepWithinOthersEnd) {
+    Looks source;
+    INode* const first = host_.CreateObjectNode(new DummyObject, "first");
+    INode* last = first;
+    for (int i = 0; i < 530; ++i) {
+        INode* const next = host_.CreateObjectNode(new DummyObject, "next");
+        source.definitions[last] = next;
+        last = next;
+    }
+    feed_.build(host_);
+    std::size_t shown = 0;
+    for (ItemIndex i = 0; i < feed_.model().items().size(); ++i)
+        if (feed_.nodeOf(i) == first) ++shown;
+    EXPECT_EQ(shown, 1u + 512) << "itself and what it may show";
 }
 
 TEST_F(SceneFeedTest, KeepsBadMeshesAndDeepScenesFromDoingHarm) {

@@ -43,6 +43,21 @@ TEST(TextureStoreTest, FindsPicturesWhereTheirNamesSay) {
     EXPECT_THAT(store.takeFailures(), testing::ElementsAre("below: no such picture"));
 }
 
+// Two files next to pictures of the same name, imported in turn.
+TEST(TextureStoreTest, LooksFirstInTheFolderThatWasNamedLast) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder.path() / "1");
+    std::filesystem::create_directory(folder.path() / "2");
+    folder.write(u8"1/roof.rgb", grey(1));
+    folder.write(u8"2/roof.rgb", grey(2));
+    TextureStore store;
+    for (const std::uint32_t import : {1u, 2u, 1u, 1u, 2u}) {
+        store.clear();
+        store.addFolder(folder.file(std::to_string(import).c_str()));
+        EXPECT_EQ(shade(store.find("roof.rgb")), import);
+    }
+}
+
 TEST(TextureStoreTest, SaysOnceWhatCannotBeShown) {
     const TemporaryFolder folder;
     const std::string path = folder.write(u8"text.rgb", std::vector<std::uint8_t>(600, 'x'));

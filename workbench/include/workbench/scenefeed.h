@@ -25,7 +25,8 @@ class SceneFeed {
 public:
     /// Reads the whole scene. Hidden nodes are left out, and what they shine with;
     /// their children are not. A node that shows another one's subtree shows it in its own place;
-    /// what shows itself in this way is left out at the second time.
+    /// what shows itself in this way is left out at the second time. Throws `std::bad_alloc`, with
+    /// a part of the scene shown.
     void build(Interface& host);
     /// Takes over which nodes are selected, when nothing else has changed since `build`.
     void updateSelection();
@@ -45,12 +46,15 @@ private:
     /// That many nodes are shown by way of instances; a file of nested ones could ask for more than
     /// any memory holds.
     static constexpr std::size_t kMostInstanced = 200'000;
+    /// Instances within one another; each is compared with all that it is part of.
+    static constexpr std::size_t kDeepestInstance = 512;
 
     /// Where the subtree of a node stands that is shown by way of another.
     struct Instance {
         INode* definition;
         INode* shower;      ///< the node of the scene that shows it
         std::size_t above;  ///< the instance that this one is part of; 0 for none
+        std::size_t depth;  ///< how many those are
         Matrix3 shift;      ///< from the definition's place to that of the shower
     };
 
@@ -63,10 +67,11 @@ private:
     };
 
     void reset();
+    void readScene(Interface& host);
     void visitAll(INode* root);
     void visit(std::size_t at);
     void visitInstanced(std::size_t at, INode& definition);
-    bool isWithin(std::size_t instance, const INode& definition) const;
+    bool mayShow(const INode& definition, std::size_t within) const;
     Matrix3 placeOf(const Visit& visit) const;
     void addNode(const Visit& visit, bool standsForAnother);
     void addLight(const Matrix3& place, const class GenLight& light);

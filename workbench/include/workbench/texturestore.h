@@ -15,7 +15,7 @@ namespace workbench {
 /// tried once for each folder that becomes known.
 class TextureStore {
 public:
-    /// Searches `folder` (UTF-8) too, the latest one first. An empty one is none.
+    /// Searches `folder` (UTF-8) too, the one named last before all others. An empty one is none.
     void addFolder(std::string_view folder);
     /// The texture of that file name (UTF-8), or null. A picture stands where its name says, or in
     /// one of the folders, there where the name says or by its last part alone. Valid until

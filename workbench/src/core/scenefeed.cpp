@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace workbench {
 namespace {
@@ -35,6 +36,33 @@ struct Converted {
     }
 };
 
+// The source is asked only in between, and told of the end whatever happens: it may go at any time
+// after that.
+class LooksInUse {
+public:
+    LooksInUse(NodeLookSource*& source, Interface& host) : source_(source) {
+        source_ = GetNodeLookSource();
+        if (source_) source_->BeginLooks(&host);
+    }
+    ~LooksInUse() {
+        if (NodeLookSource* const source = std::exchange(source_, nullptr)) source->EndLooks();
+    }
+    LooksInUse(const LooksInUse&) = delete;
+    LooksInUse& operator=(const LooksInUse&) = delete;
+
+private:
+    NodeLookSource*& source_;
+};
+
+// Sources may hand on what stands in files.
+float share(float value) {
+    return std::min(std::max(0.f, value), 1.f);
+}
+
+Vec3 toVec3(const LightColor& colour) {
+    return {share(colour.red), share(colour.green), share(colour.blue)};
+}
+
 }  // namespace
 
 void SceneFeed::clear() {
@@ -56,13 +84,15 @@ void SceneFeed::build(Interface& host) {
     reset();
     for (const int folder : {KILN_IMAGE_DIR, KILN_SCENE_DIR, KILN_IMPORT_DIR})
         textures_.addFolder(host.GetDir(folder));
-    looks_ = GetNodeLookSource();
-    if (looks_) looks_->BeginLooks(&host);
-    if (INode* root = host.GetRootNode()) visitAll(root);
-    if (looks_) looks_->EndLooks();
+    readScene(host);
     boundSubtrees();
     updateSelection();
     counts_.faces = model_.triangles().size();
+}
+
+void SceneFeed::readScene(Interface& host) {
+    const LooksInUse looks(looks_, host);
+    if (INode* root = host.GetRootNode()) visitAll(root);
 }
 
 // Parents come before their children; however deep the scene is, the call stack is not.
@@ -100,17 +130,18 @@ void SceneFeed::visit(std::size_t at) {
 
 void SceneFeed::visitInstanced(std::size_t at, INode& definition) {
     const Visit shower = visits_[at];
-    if (isWithin(shower.instance, definition) || ++instanced_ > kMostInstanced) return;
+    if (!mayShow(definition, shower.instance) || ++instanced_ > kMostInstanced) return;
     INode* const node = shower.instance == 0 ? shower.node : instances_[shower.instance].shower;
-    instances_.push_back(
-        {&definition, node, shower.instance, Inverse(definition.GetNodeTM(0)) * placeOf(shower)});
+    instances_.push_back({&definition, node, shower.instance, instances_[shower.instance].depth + 1,
+                          Inverse(definition.GetNodeTM(0)) * placeOf(shower)});
     visits_.push_back({&definition, at, kNoItem, instances_.size() - 1, {}});
 }
 
-bool SceneFeed::isWithin(std::size_t instance, const INode& definition) const {
-    for (; instance != 0; instance = instances_[instance].above)
-        if (instances_[instance].definition == &definition) return true;
-    return false;
+bool SceneFeed::mayShow(const INode& definition, std::size_t within) const {
+    if (instances_[within].depth >= kDeepestInstance) return false;
+    for (; within != 0; within = instances_[within].above)
+        if (instances_[within].definition == &definition) return false;
+    return true;
 }
 
 Matrix3 SceneFeed::placeOf(const Visit& visit) const {
@@ -186,14 +217,11 @@ NodeLook SceneFeed::lookOf(INode& node) {
 }
 
 Surface SceneFeed::surfaceFor(const NodeLook& look, bool hasTexture) {
-    const auto light = [](const LightColor& colour) {
-        return Vec3{colour.red, colour.green, colour.blue};
-    };
     Surface surface;
-    surface.ambient = light(look.ambient);
-    surface.diffuse = light(look.diffuse);
-    surface.emissive = light(look.emissive);
-    surface.opacity = look.opacity;
+    surface.ambient = toVec3(look.ambient);
+    surface.diffuse = toVec3(look.diffuse);
+    surface.emissive = toVec3(look.emissive);
+    surface.opacity = share(look.opacity);
     surface.lit = look.lit;
     surface.blended = look.blended;
     surface.layer = static_cast<std::uint8_t>(std::clamp(look.layer, 0, 255));

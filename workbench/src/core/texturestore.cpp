@@ -53,9 +53,12 @@ std::vector<std::uint8_t> contentOf(const fs::path& path) {
 }  // namespace
 
 void TextureStore::addFolder(std::string_view folder) {
-    if (folder.empty() || (!folders_.empty() && folders_.back() == folder)) return;
-    if (std::find(folders_.begin(), folders_.end(), folder) == folders_.end())
+    if (folder.empty()) return;
+    const auto known = std::find(folders_.begin(), folders_.end(), folder);
+    if (known == folders_.end())
         folders_.emplace_back(folder);
+    else
+        std::rotate(known, known + 1, folders_.end());
 }
 
 const Texture* TextureStore::find(const std::string& name) {

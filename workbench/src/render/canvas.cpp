@@ -210,8 +210,9 @@ private:
     Vec3 step_, row_;
 };
 
+// In this order what is no number becomes 0.
 std::uint32_t channel(float value) {
-    return static_cast<std::uint32_t>(std::clamp(value, 0.f, 255.f));
+    return static_cast<std::uint32_t>(std::min(std::max(0.f, value), 255.f));
 }
 
 struct GradientShader {

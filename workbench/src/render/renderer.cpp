@@ -24,8 +24,9 @@ Vec3 channelsOf(Colour colour) {
 }
 
 Colour colourOf(Vec3 channels) {
+    // In this order what is no number becomes 0.
     const auto byte = [](float value) {
-        return static_cast<Colour>(std::clamp(value, 0.f, 255.f));
+        return static_cast<Colour>(std::min(std::max(0.f, value), 255.f));
     };
     return byte(channels.x) << 16 | byte(channels.y) << 8 | byte(channels.z);
 }
@@ -64,10 +65,13 @@ void Renderer::drawSurfaces(const SceneModel& scene) {
         const Item& item = items[i];
         if (item.triangleCount == 0 || camera_->isOutside(item.sphereCentre, item.sphereRadius))
             continue;
-        if (scene.surfaceOf(item).isTranslucent())
-            translucent_.push_back({camera_->toView(item.sphereCentre).z, i});
-        else
+        if (!scene.surfaceOf(item).isTranslucent()) {
             drawSurface(scene, item, i);
+            continue;
+        }
+        // Beyond all measure there is no order, and nothing to be seen.
+        const float distance = camera_->toView(item.sphereCentre).z;
+        if (std::isfinite(distance)) translucent_.push_back({distance, i});
     }
 }
 
