@@ -120,6 +120,32 @@ TEST_F(BrowserClientTest, MovesAmongSiblings) {
     EXPECT_EQ(browser.sceneChanges, 0);
 }
 
+// While the siblings are moved, a handler of someone else's links their parent below one of them.
+TEST_F(BrowserClientTest, ASiblingThatTheHostRefusesLosesNoOther) {
+    struct Meddler {
+        INode* parent;
+        INode* child;
+    } meddler{add(nullptr, "p"), nullptr};
+    for (const char* name : {"a", "b", "c", "d", "e"}) {
+        INode* const child = add(meddler.parent, name);
+        if (*name == 'c') meddler.child = child;
+    }
+    open();
+    const NOTIFYPROC meddle = [](void* param, NotifyInfo* info) {
+        auto& [parent, child] = *static_cast<Meddler*>(param);
+        const auto* const moved = static_cast<INode*>(info->callParam);
+        if (moved->GetParentNode() == parent && child->GetParentNode() != parent &&
+            parent->GetParentNode() != child)
+            child->AttachChild(parent);
+    };
+    ASSERT_TRUE(RegisterNotification(meddle, &meddler, NOTIFY_NODE_LINKED));
+    send(BrowserEvent::moveDown, "a", "p");
+    UnRegisterNotification(meddle, &meddler, NOTIFY_NODE_LINKED);
+    EXPECT_EQ(meddler.parent->GetParentNode(), meddler.child);
+    EXPECT_EQ(childNames(host.GetRootNode()), "c");
+    EXPECT_EQ(childNames(meddler.parent), "a,b,d,e") << "in their old order";
+}
+
 TEST_F(BrowserClientTest, MovesAtTheTopLevelToo) {
     for (const char* name : {"a", "b", "c"}) add(nullptr, name);
     open();

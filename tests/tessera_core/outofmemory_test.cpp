@@ -121,4 +121,32 @@ TEST_F(OutOfMemoryTest, SiblingsAreReorderedOrStayAsTheyWere) {
     EXPECT_GT(kept, 0);
 }
 
+// Memory runs out again while they are put back.
+TEST_F(OutOfMemoryTest, SiblingsComeBackThoughMemoryRunsOutTwice) {
+    INode* const parent = add(nullptr, "p");
+    for (const char* name : {"a", "b", "c", "d", "e", "f"}) add(parent, name);
+    ASSERT_EQ(tessera::createBrowser(host), tessera::kBrowserDone);
+    tessera::showBrowser(host);
+    struct Watch {
+        INode* parent;
+        int failures = 0;
+    } watch{parent};
+    const NOTIFYPROC exhaust = [](void* param, NotifyInfo* info) {
+        auto& watched = *static_cast<Watch*>(param);
+        if (static_cast<INode*>(info->callParam)->GetParentNode() != watched.parent) return;
+        if (endAllocationFailure()) ++watched.failures;
+        if (watched.failures < 2) failAllocationAfter(0);
+    };
+    ASSERT_TRUE(RegisterNotification(exhaust, &watch, NOTIFY_NODE_LINKED));
+    recordingBrowser().send(tessera::BrowserEvent::moveDown, recordingBrowser().find("a"),
+                            recordingBrowser().find("p"));
+    endAllocationFailure();
+    UnRegisterNotification(exhaust, &watch, NOTIFY_NODE_LINKED);
+#ifndef _WIN32
+    EXPECT_EQ(watch.failures, 2) << "the host shares this program's heap";
+#endif
+    EXPECT_EQ(host.GetRootNode()->NumberOfChildren(), 1);
+    EXPECT_EQ(parent->NumberOfChildren(), 6);
+}
+
 }  // namespace
