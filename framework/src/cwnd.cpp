@@ -93,6 +93,7 @@ std::string CWnd::Text(int maxLength) const {
     std::wstring text(static_cast<size_t>(maxLength) + 1, L'\0');
     const int length = ::GetWindowTextW(window_, text.data(), maxLength + 1);
     text.resize(static_cast<size_t>(std::max(length, 0)));
+    if (!text.empty() && IS_HIGH_SURROGATE(text.back())) text.pop_back();
     return toUtf8(text);
 }
 

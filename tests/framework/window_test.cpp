@@ -88,6 +88,9 @@ TEST(Window, RoutesMessagesFromTheFirstToTheLast) {
     EXPECT_EQ(CWnd::FromHandle(window.Handle()), &window);
     EXPECT_EQ(window.Text(), "Test 窗");
     EXPECT_EQ(window.Text(4), "Test");
+    window.SetText("飞机\U0001F6E9");
+    EXPECT_EQ(window.Text(3), "飞机") << "no half characters";
+    EXPECT_EQ(window.Text(4), "飞机\U0001F6E9");
     window.MoveTo({10, 10, 210, 160});
     EXPECT_EQ(window.size.cx, window.ClientRect().right);
     EXPECT_EQ(window.size.cy, window.ClientRect().bottom);

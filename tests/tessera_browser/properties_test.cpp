@@ -363,6 +363,42 @@ TEST_F(BrowserProperties, TheCommentIsStoredWhenItIsLeft) {
     EXPECT_EQ(comment(first), std::string(8095, 'x'));
 }
 
+TEST_F(BrowserProperties, ACommentCannotBeTypedLongerThanIsKept) {
+    constexpr std::size_t kMost = 8096;
+    INode* const typed = node(2);
+    INode* const filed = node(2);
+    const std::string large(20'000, 'f');
+    fltPutComment(filed, large);
+    const BrowserItem item = add(root, "typed", typed);
+    browser().selectNode(item);
+    const HWND field = control(IDC_COMMENT);
+    const auto comment = [](INode* of) {
+        std::string text;
+        fltGetComment(of, text);
+        return text;
+    };
+    const auto leave = [] { SetFocus(tree()); };
+    const auto enter = [&](const std::wstring& text) {
+        SetFocus(field);
+        SendMessageW(field, EM_SETSEL, 0, -1);
+        SendMessageW(field, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text.c_str()));
+    };
+    enter(std::wstring(9000, L'x'));
+    testinput::type(L"y");
+    EXPECT_EQ(text(field), std::wstring(kMost, L'x'));
+    leave();
+    EXPECT_EQ(comment(typed), std::string(kMost, 'x'));
+    // Half of the last character has no room.
+    enter(std::wstring(kMost - 1, L'z') + L"\U0001F6E9");
+    leave();
+    EXPECT_EQ(comment(typed), std::string(kMost - 1, 'z'));
+
+    browser().selectNode(add(root, "filed", filed));
+    SetFocus(field);
+    leave();
+    EXPECT_EQ(comment(filed), large) << "what came longer from a file stays until it is edited";
+}
+
 TEST_F(BrowserProperties, TheCommentHasAScrollBarWhileItIsTooLong) {
     INode* const brief = node(2);
     INode* const full = node(2);

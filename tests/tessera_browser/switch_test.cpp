@@ -171,16 +171,25 @@ TEST_F(BrowserSwitch, MasksMayTakeSeveralWords) {
     }
 }
 
-// What is read of the field ends with its first 2048 characters; children beyond keep their bits.
+// What can be typed, and is read of the field, ends with 2048 characters; children beyond keep
+// their bits.
 TEST_F(BrowserSwitch, TakesAsLongAMaskAsIsRead) {
     children = 2080;
     INode* const node = show(std::initializer_list<std::uint32_t>(), 65);
     push(IDC_TOOL);
     EXPECT_EQ(mask(), std::wstring(2080, L'1'));
-    SetWindowTextW(GetDlgItem(editor(), IDC_MASK), std::wstring(2080, L'0').c_str());
+    const HWND field = GetDlgItem(editor(), IDC_MASK);
+    SetWindowTextW(field, std::wstring(2080, L'0').c_str());
     leaveMaskField();
     Words wanted(65, 0);
     wanted[64] = 0xFFFFFFFF;
+    EXPECT_EQ(stored(node), wanted);
+    SendMessageW(field, EM_SETSEL, 0, -1);
+    SendMessageW(field, EM_REPLACESEL, TRUE,
+                 reinterpret_cast<LPARAM>((std::wstring(2047, L'0') + L"1111").c_str()));
+    EXPECT_EQ(mask(), std::wstring(2047, L'0') + L"1");
+    leaveMaskField();
+    wanted[63] = 0x80000000;
     EXPECT_EQ(stored(node), wanted);
 }
 

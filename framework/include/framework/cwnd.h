@@ -70,7 +70,7 @@ public:
     bool Post(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
 
     std::string Text() const;
-    /// At most `maxLength` UTF-16 units of it.
+    /// At most `maxLength` UTF-16 units of it, without half a character at the end.
     std::string Text(int maxLength) const;
     void SetText(std::string_view text) const;
     HFONT Font() const;

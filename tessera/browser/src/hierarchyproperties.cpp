@@ -3,7 +3,6 @@
 #include "hierarchy.h"
 
 #include <fltkilnutil/kilnflt.h>
-#include <framework/text.h>
 #include <resources/resource.h>
 
 namespace tessera {
@@ -20,16 +19,6 @@ std::string withLineEnds(const std::string& text) {
         shown += text[i];
     }
     return shown;
-}
-
-// What a control gives for at most that many UTF-16 units, without half a character at the end.
-std::string wholeCharacters(const CWnd& control, int units) {
-    std::wstring text = toWide(control.Text(units + 1));
-    if (text.size() > static_cast<std::size_t>(units)) {
-        text.resize(static_cast<std::size_t>(units));
-        if (!text.empty() && IS_HIGH_SURROGATE(text.back())) text.pop_back();
-    }
-    return toUtf8(text);
 }
 
 // An edit control takes some time over a new text, the same or not.
@@ -95,14 +84,14 @@ void Hierarchy::showComment(NodeHandle node) {
     const std::string shown = withLineEnds(text);
     if (comment_.Text() != shown) comment_.SetFittedText(shown);
     comment_.Enable(node != 0);
-    shownComment_ = wholeCharacters(comment_, kLongestComment);
+    shownComment_ = comment_.Text(kLongestComment);
 }
 
 // Only what the user changed is written, so that walking over a node gives it no comment.
 void Hierarchy::storeComment() {
     const NodeHandle node = tree_.Node(current_);
     if (!node || !comment_.IsEnabled()) return;
-    const std::string text = wholeCharacters(comment_, kLongestComment);
+    const std::string text = comment_.Text(kLongestComment);
     if (text == shownComment_) return;
     if (fltPutComment(nodeOf(node), text)) shownComment_ = text;
 }
