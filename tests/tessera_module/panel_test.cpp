@@ -1,4 +1,7 @@
+#include "../support/replacedimport.h"
 #include "panelfixture.h"
+
+#include <commctrl.h>
 
 namespace {
 
@@ -38,6 +41,41 @@ TEST_F(PanelTest, StepsThePreviewAndChangesNothingAtItsEnd) {
     EXPECT_EQ(aviary().GetLodDistance(), 50000);
     window.press(IDC_LOD_LEAST);
     EXPECT_EQ(aviary().GetLodDistance(), 50000);
+}
+
+// Registrations that the host has already count as well: the module makes them all each time.
+TEST_F(PanelTest, RegistersForSceneChangesInOneOrder) {
+    static std::vector<int> codes;
+    const ReplacedImport registration(
+        loadedModule(), "_Z20RegisterNotificationPFvPvP10NotifyInfoES_i",
+        +[](NOTIFYPROC handler, void* param, int code) {
+            codes.push_back(code);
+            return RegisterNotification(handler, param, code);
+        });
+    ASSERT_TRUE(registration.isThere());
+    const std::vector<int> expected{0x3B, 0x3C, 0x0A, 0x1E, 0x06, 0x08};
+    aviary().Browser();
+    EXPECT_EQ(std::exchange(codes, {}), expected);
+    window.press(IDC_BROWSER);
+    EXPECT_EQ(std::exchange(codes, {}), expected);
+}
+
+TEST_F(PanelTest, RefreshesTheHiddenBrowserLikeAShownOne) {
+    const auto items = [this] { return TreeView_GetCount(GetDlgItem(form(), IDC_TREE)); };
+    aviary().Browser();
+    EXPECT_FALSE(AcceleratorsEnabled());
+    SendMessageW(form(), WM_CLOSE, 0, 0);
+    EXPECT_TRUE(AcceleratorsEnabled());
+    INode* const late = GetCOREInterface()->CreateObjectNode(new DummyObject, "late");
+    aviary().RefreshBrowser();
+    EXPECT_FALSE(AcceleratorsEnabled());
+    EXPECT_FALSE(IsWindowVisible(form()));
+    EXPECT_EQ(items(), 2u);
+    // Nobody tells a browser that was closed of what goes.
+    GetCOREInterface()->DeleteNode(late);
+    exported<bool (*)(std::uint8_t)>("_zufltguishow")(1);
+    EXPECT_EQ(items(), 1u);
+    EnableAccelerators();
 }
 
 }  // namespace

@@ -220,6 +220,7 @@ void Hierarchy::show(bool shown) {
         Hide();
         return;
     }
+    unattended_ = false;
     if (stale_) refresh();
     resetProperties(true);
     Show(SW_SHOWNORMAL);
@@ -235,7 +236,7 @@ void Hierarchy::OnActivate(UINT state, HWND, bool) {
 void Hierarchy::OnClose() {
     if (switchEditor_) switchEditor_->Send(WM_CLOSE);
     send(BrowserEvent::closed);
-    stale_ = true;  // a client need not tell of the scene any more
+    unattended_ = stale_ = true;
     Hide();
 }
 
@@ -291,6 +292,7 @@ void Hierarchy::refresh() {
         send(BrowserEvent::rebuild);
         tree_.Restore(arrangement, nullptr);
     }
+    if (unattended_) stale_ = true;
     showNode(nullptr);
     resetProperties(true);
     diagnostics::log("OnRefresh %s\n", Text(kLongestCaption).c_str());

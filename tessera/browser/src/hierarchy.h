@@ -158,7 +158,9 @@ private:
     CButton subtree_;
     CImageList images_;
     bool commandsEnabled_ = true;
-    bool stale_ = false;      ///< the tree may name nodes that have gone
+    bool stale_ = false;  ///< the tree may name nodes that have gone
+    /// Not shown since it was made or closed: a client need not tell it of the scene.
+    bool unattended_ = true;
     bool keepFocus_ = false;  ///< showing a node must not give the keyboard to the tree
     std::string shownComment_;
 };
