@@ -1,10 +1,9 @@
-#include "../support/temporaryfolder.h"
+#include "../support/ownlog.h"
 
 #include <diagnostics/log.h>
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -16,38 +15,11 @@ using diagnostics::AviaryAssertion;
 using diagnostics::guarded;
 using diagnostics::log;
 
-void setSystemDrive(const char* value) {
-#ifdef _WIN32
-    _putenv_s("SystemDrive", value ? value : "");
-#else
-    value ? setenv("SystemDrive", value, 1) : unsetenv("SystemDrive");
-#endif
-}
-
-/// Points "SystemDrive" at a folder of the test's own, and back at the end.
 class LogTest : public testing::Test {
 protected:
-    void SetUp() override {
-        const char* drive = std::getenv("SystemDrive");
-        had_ = drive != nullptr;
-        if (had_) drive_ = drive;
-        setSystemDrive(folder_.path().string().c_str());
-    }
+    std::string content() const { return log_.content(); }
 
-    void TearDown() override {
-        setSystemDrive(had_ ? drive_.c_str() : nullptr);
-        std::remove((folder_.path().string() + "\\Aviary.log").c_str());
-    }
-
-    /// The log is the drive's value followed by "\Aviary.log", whatever a backslash means here.
-    std::string content() const {
-        std::ifstream file(folder_.path().string() + "\\Aviary.log");
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    const TemporaryFolder folder_{u8"tessera-log-"};
-    std::string drive_;
-    bool had_ = false;
+    const OwnLog log_;
 };
 
 TEST_F(LogTest, AppendsEveryFailureAsOneLineAndKeepsWhatWasThere) {
@@ -65,10 +37,10 @@ TEST_F(LogTest, AppendsEveryFailureAsOneLineAndKeepsWhatWasThere) {
 }
 
 TEST_F(LogTest, LosesTheLineSilentlyWhereNothingCanBeWritten) {
-    setSystemDrive((folder_.path() / "missing" / "deeper").string().c_str());
+    OwnLog::setDrive((log_.folder() / "missing" / "deeper").string());
     EXPECT_EQ(log("lost\n"), 0);
-    setSystemDrive(folder_.path().string().c_str());
-    std::filesystem::create_directory(folder_.path().string() + "\\Aviary.log");
+    OwnLog::setDrive(log_.folder().string());
+    std::filesystem::create_directory(log_.path());
     EXPECT_EQ(log("lost\n"), 0) << "something else has its name";
     EXPECT_EQ(guarded("avfltpanel", 523, -1, []() -> int { throw 5; }), -1);
 }
@@ -79,10 +51,10 @@ TEST_F(LogTest, GoesToTheRootOfTheCurrentDriveWithoutASystemDrive) {
     const std::filesystem::path root = "C:\\";
     std::filesystem::current_path(root / "windows");
 #else
-    const std::filesystem::path root = folder_.path();
+    const std::filesystem::path root = log_.folder();
     std::filesystem::current_path(root);  // a backslash is part of a name here
 #endif
-    setSystemDrive(nullptr);
+    OwnLog::setDrive({});
     EXPECT_EQ(log("driveless\n"), 10);
     std::ifstream file(root.string() + (root.has_root_name() ? "Aviary.log" : "/\\Aviary.log"));
     const std::string written{std::istreambuf_iterator<char>(file), {}};

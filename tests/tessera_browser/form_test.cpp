@@ -1,4 +1,5 @@
 // The form as a window: creation, handshake, title, layout, closing.
+#include "../support/ownlog.h"
 #include "browserfixture.h"
 
 namespace {
@@ -53,6 +54,29 @@ TEST_F(BrowserForm, ShowsItsTitle) {
     EXPECT_EQ(text(form()), L"Aviary 层次");
     browser().setTitle(std::string(100'000, 'x').c_str());
     EXPECT_EQ(text(form()).substr(0, 14), L"Aviary 层次 (xxx");
+}
+
+TEST_F(BrowserForm, TracesItsTitleAndItsRefreshes) {
+    const OwnLog log;
+    browser().setTitle("early.flt");
+    EXPECT_EQ(log.take(), "title :ZuFltHierForm NULL\n");
+    browser().refresh();
+    open(false);
+    EXPECT_EQ(log.take(), "") << "there was no form, and making one is no news";
+    browser().setTitle("");
+    EXPECT_EQ(log.take(), "title :Aviary 层次\n");
+    browser().setTitle("100%s 跑道.flt");
+    EXPECT_EQ(log.take(), "title :Aviary 层次 (100%s 跑道.flt)\n");
+    browser().refresh();
+    push(IDC_REFRESH);
+    const std::string line = "OnRefresh Aviary 层次 (100%s 跑道.flt)\n";
+    EXPECT_EQ(log.take(), line + line);
+    browser().setTitle(std::string(600, 'x').c_str());
+    log.take();
+    browser().refresh();
+    const std::string start = "Aviary 层次 (";
+    constexpr std::size_t kStartCharacters = 11, kMost = 512;
+    EXPECT_EQ(log.take(), "OnRefresh " + start + std::string(kMost - kStartCharacters, 'x') + "\n");
 }
 
 TEST_F(BrowserForm, OffersTheCreatableKinds) {
@@ -245,6 +269,7 @@ TEST_F(BrowserForm, TellsWhenTheUserComesToIt) {
 
 TEST_F(BrowserForm, NamesItsControlsInToolTips) {
     open(false);
+    const OwnLog log;
     NMTTDISPINFOW wide{};
     wide.hdr = {nullptr, reinterpret_cast<UINT_PTR>(control(IDC_UP)), TTN_NEEDTEXTW};
     wide.uFlags = TTF_IDISHWND;
@@ -255,6 +280,7 @@ TEST_F(BrowserForm, NamesItsControlsInToolTips) {
     narrow.uFlags = TTF_IDISHWND;
     SendMessageW(form(), WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&narrow));
     EXPECT_STREQ(narrow.szText, "Control ID = 1011");
+    EXPECT_EQ(log.take(), "TTN\nTTN\n");
 }
 
 // A client may end the form from within whatever it is told.

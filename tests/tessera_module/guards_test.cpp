@@ -2,6 +2,7 @@
 // give up quietly, and the log gets one line.
 #include "../support/failingallocator.h"
 #include "../support/messageboxes.h"
+#include "../support/ownlog.h"
 #include "panelfixture.h"
 
 #include <diagnostics/assertion.h>
@@ -11,39 +12,22 @@
 
 #include <commctrl.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 
 namespace {
 
 class GuardTest : public PanelTest {
 protected:
-    GuardTest() {
-        if (const char* const drive = std::getenv("SystemDrive")) drive_ = drive;
-        folder_ = std::filesystem::temp_directory_path() / "tessera_guard_test";
-        std::filesystem::remove_all(folder_);
-        std::filesystem::create_directories(folder_);
-        _putenv_s("SystemDrive", folder_.string().c_str());
-    }
-    ~GuardTest() override {
-        core.closeUtility();
-        _putenv_s("SystemDrive", drive_.c_str());
-        std::filesystem::remove_all(folder_);
-    }
+    ~GuardTest() override { core.closeUtility(); }
 
     /// The failures that were logged since the last call; what the browser traces is left out.
     std::string logged() const {
-        const std::filesystem::path path = folder_ / "Aviary.log";
-        std::ifstream file(path);
+        std::istringstream all(log_.take());
         std::string lines;
-        for (std::string line; std::getline(file, line);)
+        for (std::string line; std::getline(all, line);)
             if (line.starts_with("Assertion") || line.starts_with("Exception"))
                 lines += line + '\n';
-        file.close();
-        std::filesystem::remove(path);
         return lines;
     }
 
@@ -59,8 +43,7 @@ protected:
     }
     static INode* addDamagedLod() { return addDamaged(FltNodeKind::Lod, FltLod()); }
 
-    std::string drive_;
-    std::filesystem::path folder_;
+    const OwnLog log_;
 };
 
 constexpr const char* kLodLine = "Assertion failed in fltlod at 61\n";
