@@ -34,8 +34,12 @@ int CImageList::Add(HBITMAP bitmap, COLORREF mask) const {
 }
 
 int CImageList::AddResource(UINT bitmapId, COLORREF mask) const {
-    const GdiBitmap bitmap(static_cast<HBITMAP>(::LoadImageW(
-        resourceInstance(), MAKEINTRESOURCEW(bitmapId), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION)));
+    int width = 0;
+    int height = 0;
+    if (!list_ || !::ImageList_GetIconSize(list_, &width, &height)) return -1;
+    const GdiBitmap bitmap(
+        static_cast<HBITMAP>(::LoadImageW(resourceInstance(), MAKEINTRESOURCEW(bitmapId),
+                                          IMAGE_BITMAP, width, height, LR_CREATEDIBSECTION)));
     return bitmap ? Add(bitmap.get(), mask) : -1;
 }
 

@@ -20,7 +20,7 @@ public:
 
     /// Adds a bitmap whose pixels of colour `mask` are see-through; gives its position, or -1.
     int Add(HBITMAP bitmap, COLORREF mask) const;
-    /// The same for a bitmap resource of the module.
+    /// The same for a bitmap resource of the module, which is stretched to the list's images.
     int AddResource(UINT bitmapId, COLORREF mask) const;
 
     /// Makes an image the overlay number `overlay` (from 1). The function is looked up in the

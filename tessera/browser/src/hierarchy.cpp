@@ -117,7 +117,9 @@ void Hierarchy::initialiseTree() {
     for (int row = 0; row < creatableKindCount(); ++row) createKind_.Add(kindName(row));
     createKind_.Select(0);
     constexpr int kCount = static_cast<int>(kRecordKindCount);
-    images_.Create(kIconWidth, kIconHeight, ILC_COLOR24 | ILC_MASK, kCount, kCount);
+    // Pixels are repeated, never mixed: at 150 % the icons are as at 100 %, from 175 % on double.
+    const int times = std::max(1, (Scaled(100) + 25) / 100);
+    images_.Create(times * kIconWidth, times * kIconHeight, ILC_COLOR24 | ILC_MASK, kCount, kCount);
     for (const RecordKind& row : kRecordKinds) images_.AddResource(row.bitmap, kTransparent);
     images_.SetOverlayImage(kOverlayRow, 1);
     tree_.SetImageList(images_.Handle());
