@@ -8,6 +8,18 @@
 #include <charconv>
 #include <utility>
 
+namespace {
+
+/// The dialog stands in the title bar and in the task list under its owner's icon.
+void showOwnersIcon(HWND dialog) {
+    const HWND owner = ::GetWindow(dialog, GW_OWNER);
+    if (!owner) return;
+    for (const WPARAM size : {ICON_SMALL, ICON_BIG})
+        ::SendMessageW(dialog, WM_SETICON, size, ::SendMessageW(owner, WM_GETICON, size, 0));
+}
+
+}  // namespace
+
 CDialog::~CDialog() {
     // Here and not in the base, so that the last messages still find a dialog.
     DestroyWindow();
@@ -38,7 +50,9 @@ bool CDialog::Create(UINT templateId, HWND parent) {
     const HWND window = ::CreateDialogParamW(resources, MAKEINTRESOURCEW(templateId), parent,
                                              DialogProc, reinterpret_cast<LPARAM>(this));
     if (window && failed_) ::DestroyWindow(window);  // which may not be ours yet
-    return window && HasWindow();
+    if (!window || !HasWindow()) return false;
+    showOwnersIcon(window);
+    return true;
 }
 
 void CDialog::EndDialog(INT_PTR result) {

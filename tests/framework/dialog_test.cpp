@@ -159,6 +159,17 @@ TEST(ModelessDialog, ThatCannotStartLeavesNothingBehind) {
     EXPECT_FALSE(form.Create(IDD_FORM)) << "it is there already";
 }
 
+TEST(ModelessDialog, HasItsOwnersIcons) {
+    CWnd owner;
+    ASSERT_TRUE(owner.CreateEx(0, L"STATIC", "", WS_POPUP, {0, 0, 100, 100}, nullptr));
+    const auto icon = reinterpret_cast<LPARAM>(::LoadIconW(nullptr, MAKEINTRESOURCEW(32516)));
+    owner.Send(WM_SETICON, ICON_SMALL, icon);
+    Form form;
+    ASSERT_TRUE(form.Create(IDD_FORM, owner.Handle()));
+    EXPECT_EQ(form.Send(WM_GETICON, ICON_SMALL), icon);
+    EXPECT_EQ(form.Send(WM_GETICON, ICON_BIG), owner.Send(WM_GETICON, ICON_BIG));
+}
+
 TEST_F(ShownForm, IsNavigatedByKeyboardInALoopThatKnowsNothingOfIt) {
     key(VK_TAB);
     EXPECT_EQ(focusedId(), IDC_FLAG);

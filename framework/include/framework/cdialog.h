@@ -42,7 +42,8 @@ public:
     INT_PTR DoModal();
 
     /// Creates the modeless dialog `templateId` of the module's resources; it is visible when its
-    /// template says so. False when it cannot be created or `OnInitDialog` throws.
+    /// template says so, and has its owner's icons. False when it cannot be created or
+    /// `OnInitDialog` throws.
     bool Create(UINT templateId, HWND parent = nullptr);
 
     /// Ends a modal dialog.
