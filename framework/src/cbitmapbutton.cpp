@@ -188,6 +188,11 @@ void CBitmapButton::DrawItem(const DRAWITEMSTRUCT& item) {
                  area.top, SRCCOPY);
 }
 
+// The control would draw itself at once, perhaps to be disabled again before anybody has seen it.
+void CBitmapButton::OnEnable(bool) {
+    Invalidate(false);
+}
+
 UINT CBitmapButton::OnGetDlgCode(const MSG* message) {
     if (!up_) return CButton::OnGetDlgCode(message);
     // An owner-drawn button would otherwise not be pressed by Enter.

@@ -175,6 +175,11 @@ bool CTreeCtrl::ItemRect(HTREEITEM item, RECT& area, bool textOnly) const {
     return Send(TVM_GETITEMRECT, textOnly, pointerTo(&area)) != 0;
 }
 
+bool CTreeCtrl::IsInView(HTREEITEM item) const {
+    RECT line{};
+    return ItemRect(item, line, false) && line.top >= 0 && line.bottom <= ClientRect().bottom;
+}
+
 HWND CTreeCtrl::EditLabel(HTREEITEM item) const {
     return item ? reinterpret_cast<HWND>(Send(TVM_EDITLABELW, 0, pointerTo(item))) : nullptr;
 }

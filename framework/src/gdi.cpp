@@ -2,6 +2,8 @@
 
 #include <framework/gdi.h>
 
+#include <algorithm>
+
 MemoryDc::MemoryDc(HDC like, int width, int height) noexcept
     : bitmap_(::CreateCompatibleBitmap(like, width, height)),
       dc_(bitmap_ ? ::CreateCompatibleDC(like) : nullptr) {
@@ -14,23 +16,60 @@ MemoryDc::~MemoryDc() {
     ::DeleteDC(dc_);
 }
 
-BufferedPaint::BufferedPaint(HWND window) noexcept
-    : window_(window), dc_(::BeginPaint(window, &paint_)) {
-    const RECT& area = paint_.rcPaint;
-    if (!dc_ || ::IsRectEmpty(&area)) return;
-    buffer_.emplace(dc_, widthOf(area), heightOf(area));
-    if (!buffer_->get()) {
-        buffer_.reset();
-        return;
+HDC PaintBuffer::contextFor(HDC like, const RECT& area) noexcept {
+    if ((widthOf(area) > size_.cx || heightOf(area) > size_.cy) &&
+        !grow(like, {widthOf(area), heightOf(area)}))
+        return nullptr;
+    ::SetWindowOrgEx(dc_, area.left, area.top, nullptr);
+    return dc_;
+}
+
+// A bitmap of the display's own kind would have to be made anew whenever the display's mode
+// changes.
+bool PaintBuffer::grow(HDC like, SIZE least) noexcept {
+    const SIZE size{std::max(size_.cx, least.cx), std::max(size_.cy, least.cy)};
+    drop();
+    BITMAPINFO info{};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = size.cx;
+    info.bmiHeader.biHeight = -size.cy;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    void* bits = nullptr;
+    bitmap_.reset(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    dc_ = bitmap_ ? ::CreateCompatibleDC(like) : nullptr;
+    if (!dc_) {
+        bitmap_.reset();
+        return false;
     }
-    ::SetWindowOrgEx(buffer_->get(), area.left, area.top, nullptr);
-    dc_ = buffer_->get();
+    former_ = ::SelectObject(dc_, bitmap_.get());
+    size_ = size;
+    return true;
+}
+
+void PaintBuffer::drop() noexcept {
+    if (dc_) {
+        ::SelectObject(dc_, former_);
+        ::DeleteDC(dc_);
+    }
+    dc_ = nullptr;
+    bitmap_.reset();
+    size_ = {};
+}
+
+BufferedPaint::BufferedPaint(HWND window, PaintBuffer* kept) noexcept : window_(window) {
+    ::BeginPaint(window, &paint_);
+    if (!paint_.hdc || ::IsRectEmpty(&paint_.rcPaint)) return;
+    memory_ = (kept ? *kept : own_).contextFor(paint_.hdc, paint_.rcPaint);
+    // The next drawing finds the context as this one did.
+    if (memory_) state_ = ::SaveDC(memory_);
 }
 
 BufferedPaint::~BufferedPaint() {
-    if (buffer_) {
+    if (memory_) {
         const RECT& area = paint_.rcPaint;
-        ::BitBlt(paint_.hdc, area.left, area.top, widthOf(area), heightOf(area), dc_, area.left,
+        ::RestoreDC(memory_, state_);
+        ::BitBlt(paint_.hdc, area.left, area.top, widthOf(area), heightOf(area), memory_, area.left,
                  area.top, SRCCOPY);
     }
     ::EndPaint(window_, &paint_);

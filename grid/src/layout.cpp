@@ -231,9 +231,8 @@ int CGridCtrl::MaxScrollX() const {
     return std::max(total - static_cast<int>(ClientRect().right), 0);
 }
 
-// The platform takes longer to draw a bar than the grid does for all its cells. So a bar is drawn
-// when the grid is painted, once for all changes, and not at all for none.
-void CGridCtrl::SetScrollBar(int bar, DWORD style, const SCROLLINFO& wanted) const {
+// True when the bar has to be drawn anew.
+bool CGridCtrl::SetScrollBar(int bar, DWORD style, const SCROLLINFO& wanted) const {
     SCROLLINFO now{};
     now.cbSize = sizeof now;
     now.fMask = SIF_PAGE | SIF_POS | SIF_RANGE;
@@ -242,41 +241,55 @@ void CGridCtrl::SetScrollBar(int bar, DWORD style, const SCROLLINFO& wanted) con
     const bool needed = static_cast<UINT>(wanted.nMax) >= wanted.nPage;
     if (now.nMax == wanted.nMax && now.nPage == wanted.nPage && now.nPos == wanted.nPos &&
         shown == needed)
-        return;
+        return false;
     ::SetScrollInfo(Handle(), bar, &wanted, FALSE);
-    if (shown || needed)
-        ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_NOCHILDREN);
+    return shown || needed;
 }
 
+bool CGridCtrl::UpdateVerticalBar() {
+    topRow_ = std::clamp(topRow_, fixedRows_, MaxTopRow());
+    SCROLLINFO rows{};
+    rows.cbSize = sizeof rows;
+    rows.fMask = SIF_PAGE | SIF_POS | SIF_RANGE;
+    rows.nMax = std::max(rowCount_ - fixedRows_ - 1, 0);
+    rows.nPage = static_cast<UINT>(PageRows());
+    rows.nPos = topRow_ - fixedRows_;
+    return SetScrollBar(SB_VERT, WS_VSCROLL, rows);
+}
+
+bool CGridCtrl::UpdateHorizontalBar() {
+    const int width = static_cast<int>(ClientRect().right);
+    if (!shares_.empty()) FitColumns(0, width);
+    const int farthest = MaxScrollX();
+    scrollX_ = std::clamp(scrollX_, 0, farthest);
+    SCROLLINFO columns{};
+    columns.cbSize = sizeof columns;
+    columns.fMask = SIF_PAGE | SIF_POS | SIF_RANGE;
+    columns.nMax = std::max(farthest + width - FixedWidth() - 1, 0);
+    columns.nPage = static_cast<UINT>(std::max(width - FixedWidth(), 0));
+    columns.nPos = scrollX_;
+    return SetScrollBar(SB_HORZ, WS_HSCROLL, columns);
+}
+
+// The platform takes longer to show, hide or draw a bar than the grid does for all its cells. So
+// the columns are fitted only to what the vertical bar has left, lest they need a bar of their own
+// for a moment; and the bars are drawn when the grid is painted, once for all changes, and not at
+// all for none.
 void CGridCtrl::UpdateScrollBars() {
     if (!HasWindow() || updatingScrollBars_ || updating_ > 0) return;
     updatingScrollBars_ = true;
-    // A bar that comes or goes changes the room of the other; it settles within three rounds.
+    bool changed = false;
+    // A horizontal bar that comes or goes changes the room of the other; it settles within three
+    // rounds.
     for (int round = 0; round < 3; ++round) {
-        const RECT before = ClientRect();
-        if (!shares_.empty()) FitColumns(0, before.right);
-        topRow_ = std::clamp(topRow_, fixedRows_, MaxTopRow());
-        scrollX_ = std::clamp(scrollX_, 0, MaxScrollX());
-
-        SCROLLINFO rows{};
-        rows.cbSize = sizeof rows;
-        rows.fMask = SIF_PAGE | SIF_POS | SIF_RANGE;
-        rows.nMax = std::max(rowCount_ - fixedRows_ - 1, 0);
-        rows.nPage = static_cast<UINT>(PageRows());
-        rows.nPos = topRow_ - fixedRows_;
-        SetScrollBar(SB_VERT, WS_VSCROLL, rows);
-
-        SCROLLINFO columns = rows;
-        const int fixedWidth = FixedWidth();
-        columns.nMax = std::max(MaxScrollX() + static_cast<int>(before.right) - fixedWidth - 1, 0);
-        columns.nPage = static_cast<UINT>(std::max(static_cast<int>(before.right) - fixedWidth, 0));
-        columns.nPos = scrollX_;
-        SetScrollBar(SB_HORZ, WS_HSCROLL, columns);
-
-        const RECT after = ClientRect();
-        if (::EqualRect(&before, &after)) break;
+        changed |= UpdateVerticalBar();
+        const LONG height = ClientRect().bottom;
+        changed |= UpdateHorizontalBar();
+        if (ClientRect().bottom == height) break;
     }
     updatingScrollBars_ = false;
+    if (changed)
+        ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_NOCHILDREN);
 }
 
 void CGridCtrl::ScrollTo(int topRow, int scrollX) {

@@ -45,7 +45,7 @@ std::wstring drawnText(const Cell& cell) {
 
 void CGridCtrl::OnPaint() {
     if (rowHeight_ == 0) UpdateScrollBars();
-    const BufferedPaint paint(Handle());
+    const BufferedPaint paint(Handle(), &buffer_);
     if (!paint.dc()) return;
     const SelectScope font(paint.dc(), GridFont());
     PaintGrid(paint.dc(), paint.area());

@@ -20,8 +20,13 @@ public:
     CBitmapButton all;
     CBitmapButton one;
     std::vector<int> clicks;
+    int drawn = 0;
 
 protected:
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
+        if (message == WM_DRAWITEM) ++drawn;
+        return CDialog::WindowProc(message, wParam, lParam);
+    }
     bool OnInitDialog() override {
         return all.AutoLoad(IDC_PICTURE, Handle()) && one.AutoLoad(IDC_OTHER_PICTURE, Handle());
     }
@@ -72,6 +77,15 @@ TEST_F(PictureButton, ShowsThePictureOfItsState) {
     ::SetFocus(form.Item(IDC_NAME));
     form.all.Enable(false);
     EXPECT_EQ(testinput::pixel(button, centre), kDisabled);
+}
+
+TEST_F(PictureButton, ComesAndGoesWithoutDrawingEachTime) {
+    form.all.Update();
+    form.drawn = 0;
+    for (const bool enabled : {false, true, false}) form.all.Enable(enabled);
+    EXPECT_EQ(form.drawn, 0);
+    form.all.Update();
+    EXPECT_EQ(form.drawn, 1);
 }
 
 TEST_F(PictureButton, WithOnePictureStillTellsItsStatesApart) {

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -36,8 +37,14 @@ public:
     std::vector<std::string> choices{"Always", "Never", "Near", "Night"};
 
     int printed = 0;
+    /// How often each message has come.
+    std::map<UINT, int> messages;
 
 protected:
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
+        ++messages[message];
+        return CGridCtrl::WindowProc(message, wParam, lParam);
+    }
     void FillList(int, int, CInPlaceList& list) override {
         for (const std::string& choice : choices) list.Add(choice);
     }

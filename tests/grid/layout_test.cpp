@@ -50,6 +50,34 @@ TEST_F(GridLayout, FillsTheWidthBesideTheScrollBarThatComesAndGoes) {
     EXPECT_EQ(widthOfAll(), wide);
 }
 
+// To show, hide or draw a bar takes the platform longer than all cells do.
+TEST_F(GridLayout, DrawsItsBarsOnceAndOnlyForAChange) {
+    const auto fill = [&](int rows) {
+        grid().Update();
+        host.grid.messages.clear();
+        {
+            const CGridCtrl::UpdateScope update(grid());
+            host.Fill(rows);
+            grid().SetCellText(1, 1, "for " + std::to_string(rows));
+        }
+        grid().Update();
+        return host.grid.messages;
+    };
+    fill(2);
+    struct Step {
+        int rows;
+        int framesLaidOut;
+        int framesDrawn;
+    };
+    for (const Step& step : {Step{100, 1, 1}, Step{200, 0, 1}, Step{200, 0, 0}, Step{2, 1, 1}}) {
+        SCOPED_TRACE(testing::Message() << step.rows << " rows");
+        auto messages = fill(step.rows);
+        EXPECT_EQ(messages[WM_NCCALCSIZE], step.framesLaidOut);
+        EXPECT_EQ(messages[WM_NCPAINT], step.framesDrawn);
+        EXPECT_EQ(messages[WM_PAINT], 1);
+    }
+}
+
 TEST_F(GridLayout, AutoSizeShowsTheWidestText) {
     grid().SetCellText(3, 1, "a text that is clearly the widest one of this column");
     grid().AutoSizeColumn(1);
@@ -136,6 +164,35 @@ TEST_F(GridLayout, PaintsItsBackgroundAndTheSelection) {
     EXPECT_EQ(inCell(2), kYellow);
     ::SetFocus(host.Item(gridtest::kBefore));
     EXPECT_EQ(inCell(1), ::GetSysColor(COLOR_BTNFACE)) << "without the focus it is seen, but pale";
+}
+
+// Whatever was painted before, larger or smaller, and however little is painted now.
+TEST_F(GridLayout, LooksTheSameInPartsAsInOnePiece) {
+    host.Fill(60);
+    for (const int width : {110, 250, 170}) {
+        SCOPED_TRACE(testing::Message() << width << " pixels");
+        RECT area = grid().AreaInParent();
+        area.right = area.left + width;
+        grid().MoveTo(area);
+        testinput::pump();
+        grid().SetTopRow(grid().TopRow() + 3);
+        grid().Update();
+        const RECT client = grid().ClientRect();
+        const LONG middle = client.right / 2;
+        for (const RECT& part :
+             {RECT{middle, 30, middle + 20, 50}, RECT{3, 70, client.right, 90}}) {
+            grid().Invalidate(part, false);
+            grid().Update();
+        }
+        const WindowDc screen(grid().Handle());
+        const MemoryDc whole(screen.get(), client.right, client.bottom);
+        grid().Send(WM_PRINTCLIENT, reinterpret_cast<WPARAM>(whole.get()), PRF_CLIENT);
+        int different = 0;
+        for (LONG y = 0; y < client.bottom; ++y)
+            for (LONG x = 0; x < client.right; ++x)
+                if (::GetPixel(screen.get(), x, y) != ::GetPixel(whole.get(), x, y)) ++different;
+        EXPECT_EQ(different, 0);
+    }
 }
 
 TEST_F(GridLayout, MirroredIsLaidOutFromTheRight) {

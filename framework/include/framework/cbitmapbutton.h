@@ -29,6 +29,7 @@ public:
 protected:
     void DrawItem(const DRAWITEMSTRUCT& item) override;
     UINT OnGetDlgCode(const MSG* message) override;
+    void OnEnable(bool enabled) override;
     void OnMouseMove(UINT keys, POINT at) override;
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
 

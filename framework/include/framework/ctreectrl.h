@@ -4,8 +4,8 @@
 #include <framework/cimagelist.h>
 #include <framework/cwnd.h>
 
-/// A tree view. Items are the platform's handles; null means none. Functions fail as those of `CWnd`
-/// do.
+/// A tree view. Items are the platform's handles; null means none. Functions fail as those of
+/// `CWnd` do.
 class CTreeCtrl : public CWnd {
 public:
     bool Create(DWORD style, const RECT& area, HWND parent, UINT id);
@@ -58,6 +58,8 @@ public:
     HTREEITEM HitTest(POINT at, UINT* flags = nullptr) const;
     /// False when the item is not visible. `textOnly`: the label alone, else the whole line.
     bool ItemRect(HTREEITEM item, RECT& area, bool textOnly) const;
+    /// Whether the item's line lies in the window from its upper to its lower edge.
+    bool IsInView(HTREEITEM item) const;
 
     /// The edit control that has opened, or null.
     HWND EditLabel(HTREEITEM item) const;

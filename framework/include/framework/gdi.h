@@ -87,24 +87,49 @@ private:
     HGDIOBJ former_ = nullptr;
 };
 
+/// The memory that a window is drawn in, for windows that are painted often: asking the platform
+/// for it can take longer than the drawing. Grows to the largest area asked for and keeps that.
+class PaintBuffer {
+public:
+    PaintBuffer() noexcept = default;
+    ~PaintBuffer() { drop(); }
+    PaintBuffer(const PaintBuffer&) = delete;
+    PaintBuffer& operator=(const PaintBuffer&) = delete;
+
+    /// A device context with room for `area`, whose corner its first pixel is; owned by the buffer.
+    /// What it shows is left over from earlier. Null when the platform has no room.
+    HDC contextFor(HDC like, const RECT& area) noexcept;
+
+private:
+    bool grow(HDC like, SIZE least) noexcept;
+    void drop() noexcept;
+
+    GdiBitmap bitmap_;
+    SIZE size_{};
+    HDC dc_ = nullptr;
+    HGDIOBJ former_ = nullptr;
+};
+
 /// The drawing of one WM_PAINT through memory, so that nothing flickers: draw to `dc()` in client
 /// coordinates; the destructor copies the invalid area to the window. When there is no room for the
 /// bitmap, `dc()` is the window's own.
 class BufferedPaint {
 public:
-    explicit BufferedPaint(HWND window) noexcept;
+    /// `kept`, where there is one, must outlive this; else the memory is given back at the end.
+    explicit BufferedPaint(HWND window, PaintBuffer* kept = nullptr) noexcept;
     ~BufferedPaint();
     BufferedPaint(const BufferedPaint&) = delete;
     BufferedPaint& operator=(const BufferedPaint&) = delete;
-    HDC dc() const noexcept { return dc_; }
+    HDC dc() const noexcept { return memory_ ? memory_ : paint_.hdc; }
     /// The invalid area, in client coordinates.
     const RECT& area() const noexcept { return paint_.rcPaint; }
 
 private:
     HWND window_;
     PAINTSTRUCT paint_;
-    HDC dc_;
-    std::optional<MemoryDc> buffer_;
+    PaintBuffer own_;
+    HDC memory_ = nullptr;
+    int state_ = 0;
 };
 
 /// Keeps a window from drawing while it lives, its scroll bars included, then asks for one repaint

@@ -243,7 +243,9 @@ private:
     int PageRows() const;
     void InvalidateCell(grid::CellId cell) const;
     void InvalidateAll() const;
-    void SetScrollBar(int bar, DWORD style, const SCROLLINFO& wanted) const;
+    bool SetScrollBar(int bar, DWORD style, const SCROLLINFO& wanted) const;
+    bool UpdateVerticalBar();
+    bool UpdateHorizontalBar();
     int MaxTopRow() const;
     int MaxScrollX() const;
     void UpdateScrollBars();
@@ -306,6 +308,7 @@ private:
     int topRow_ = 0;
     int scrollX_ = 0;
     int wheel_ = 0;
+    PaintBuffer buffer_;
     bool updatingScrollBars_ = false;
     int updating_ = 0;
 

@@ -88,6 +88,7 @@ bool Hierarchy::OnInitDialog() {
     createKind_.Attach(Item(IDC_CREATE_KIND));
     global_.Attach(Item(IDC_GLOBAL));
     name_.Attach(Item(IDC_NAME));
+    shownName_ = name_.Text();
     subtree_.Attach(Item(IDC_SUBTREE));
     try {
         initialiseTree();
@@ -272,7 +273,7 @@ void Hierarchy::resetProperties(bool enabled) {
     if (focus && ::IsChild(Handle(), focus) && !::IsWindowEnabled(focus))
         ::SetFocus(Item(IDC_REFRESH));
     editSwitch(false, nullptr);
-    name_.SetText("");
+    setName("");
     showComment(0);
     reduceGrid();
 }
@@ -374,7 +375,9 @@ void Hierarchy::selectNode(HTREEITEM item) {
     const HTREEITEM old = tree_.Caret();
     {
         const BulkOperation bulk(bulk_);
-        const DrawingPause pause(tree_.Handle());
+        // Where branches open or the tree scrolls, it would draw its bars each time.
+        std::optional<DrawingPause> pause;
+        if (!tree_.IsInView(item)) pause.emplace(tree_.Handle());
         tree_.Select(item);
     }
     showNode(item);

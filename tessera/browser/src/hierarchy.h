@@ -114,6 +114,7 @@ private:
     void showNode(HTREEITEM item);
     void showNothing(const char* name);
     void showName(const FltAttrGroup& set);
+    void setName(std::string name);
     void showAttributes(const FltAttrGroup& set);
     void limitComment();
     void showComment(NodeHandle node);
@@ -162,6 +163,7 @@ private:
     /// Not shown since it was made or closed: a client need not tell it of the scene.
     bool unattended_ = true;
     bool keepFocus_ = false;  ///< showing a node must not give the keyboard to the tree
+    std::string shownName_;
     std::string shownComment_;
 };
 

@@ -5,6 +5,8 @@
 #include <fltkilnutil/kilnflt.h>
 #include <resources/resource.h>
 
+#include <utility>
+
 namespace tessera {
 namespace {
 
@@ -19,11 +21,6 @@ std::string withLineEnds(const std::string& text) {
         shown += text[i];
     }
     return shown;
-}
-
-// An edit control takes some time over a new text, the same or not.
-void setTextOf(const CWnd& control, const std::string& text) {
-    if (control.Text() != text) control.SetText(text);
 }
 
 }  // namespace
@@ -61,7 +58,7 @@ void Hierarchy::showNode(HTREEITEM item) {
 }
 
 void Hierarchy::showNothing(const char* name) {
-    setTextOf(name_, name);
+    setName(name);
     showComment(0);
     reduceGrid();
     focusTree();
@@ -69,7 +66,15 @@ void Hierarchy::showNothing(const char* name) {
 }
 
 void Hierarchy::showName(const FltAttrGroup& set) {
-    setTextOf(name_, std::string(set.caption ? set.caption : "") + ":" + tree_.ItemText(current_));
+    setName(std::string(set.caption ? set.caption : "") + ":" + tree_.ItemText(current_));
+}
+
+// The field is for reading only, so it still shows what it was last given; to ask it takes almost
+// as long as to set it.
+void Hierarchy::setName(std::string name) {
+    if (shownName_ == name) return;
+    name_.SetText(name);
+    shownName_ = std::move(name);
 }
 
 // Gives the keyboard to the tree, but takes it from nobody else's window while the form is hidden.
