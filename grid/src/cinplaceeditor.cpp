@@ -29,6 +29,14 @@ bool isMove(UINT key) noexcept {
     }
 }
 
+int textHeight(const CWnd& window) {
+    const WindowDc dc(window.Handle());
+    const SelectScope font(dc.get(), window.Font());
+    TEXTMETRICW metrics{};
+    ::GetTextMetricsW(dc.get(), &metrics);
+    return static_cast<int>(metrics.tmHeight);
+}
+
 }  // namespace
 
 // CInPlaceEdit
@@ -63,13 +71,7 @@ void CInPlaceEdit::AlignWithCell() {
     Send(EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
     const int margin = std::max(owner_.TextMargin() - static_cast<int>(TextOrigin().x), 0);
     Send(EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, MAKELPARAM(margin, margin));
-    TEXTMETRICW metrics{};
-    {
-        const WindowDc dc(Handle());
-        const SelectScope font(dc.get(), Font());
-        ::GetTextMetricsW(dc.get(), &metrics);
-    }
-    const int wanted = (heightOf(cell_) - static_cast<int>(metrics.tmHeight)) / 2;
+    const int wanted = (heightOf(cell_) - textHeight(*this)) / 2;
     strip_ = std::max(wanted - static_cast<int>(TextOrigin().y), 0);
     ::SetWindowPos(Handle(), nullptr, 0, 0, 0, 0,
                    SWP_FRAMECHANGED | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
@@ -157,11 +159,23 @@ bool CInPlaceList::Open(const RECT& area) {
     if (!CreateEx(0, WC_COMBOBOXW, {}, WS_CHILD | WS_VSCROLL | CBS_DROPDOWNLIST, dropped,
                   owner_.Handle(), kEditorId))
         return false;
-    // The closed box is as high as the cell.
-    const int border =
-        heightOf(WindowRect()) - static_cast<int>(Send(CB_GETITEMHEIGHT, static_cast<WPARAM>(-1)));
-    Send(CB_SETITEMHEIGHT, static_cast<WPARAM>(-1), std::max(heightOf(area) - border, 1));
+    AlignWithCell(area);
     return true;
+}
+
+// The closed box has its text in the middle of a field that is just high enough for it, and stands
+// where that text is at the same height as the cell's.
+void CInPlaceList::AlignWithCell(const RECT& cell) {
+    constexpr int kAroundText = 2;
+    const int text = textHeight(*this);
+    Send(CB_SETITEMHEIGHT, static_cast<WPARAM>(-1), text + 2 * kAroundText);
+    COMBOBOXINFO box{};
+    box.cbSize = sizeof box;
+    if (!::GetComboBoxInfo(Handle(), &box)) return;
+    const int wanted = (heightOf(cell) - text) / 2;
+    const int top = static_cast<int>(cell.top + wanted - box.rcItem.top) - kAroundText;
+    ::SetWindowPos(Handle(), nullptr, static_cast<int>(cell.left), top, 0, 0,
+                   SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 void CInPlaceList::Start(const std::string& text, wchar_t firstKey) {

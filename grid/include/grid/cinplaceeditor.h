@@ -68,6 +68,7 @@ protected:
     void OnKillFocus(HWND next) override;
 
 private:
+    void AlignWithCell(const RECT& cell);
     void SearchFor(wchar_t typed);
 
     CGridCtrl& owner_;
