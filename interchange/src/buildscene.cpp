@@ -158,7 +158,7 @@ private:
         std::unique_ptr<Object, DeleteThis> object(makeObject(source, record));
         unlinked_ = host_.CreateObjectNode(object.get(), name.c_str());
         if (unlinked_ == nullptr) throw std::bad_alloc();
-        object.release();
+        static_cast<void>(object.release());  // the node's now
         return unlinked_;
     }
 
@@ -466,10 +466,10 @@ private:
             const FileBytes record = recordAt(bytes_, piece.record);
             const std::uint16_t opcode = uint16At(record, 0);
             const bool wasInList = std::exchange(inList, isVertexList(opcode));
-            if (closerOf(opcode) != 0) {
+            if (fltClosingOpcode(opcode) != 0) {
                 if (opaque != 0 || beginsOpaque(opcode)) ++opaque;
                 kept_.record(record);
-            } else if (isPop(opcode)) {
+            } else if (fltIsPop(opcode)) {
                 keepPop(opcode, piece.children, opaque);
             } else if (isVertexList(opcode)) {
                 keepList(record, piece.record == source.list, losesVertices);

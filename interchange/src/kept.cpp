@@ -33,11 +33,11 @@ class NestingCheck {
 public:
     bool take(FileBytes record) {
         const std::uint16_t opcode = uint16At(record, 0);
-        if (const std::uint16_t closer = closerOf(opcode); closer != 0) {
+        if (const std::uint16_t closer = fltClosingOpcode(opcode); closer != 0) {
             if (depth_ == closers_.size()) return false;
             closers_[depth_++] = closer;
             if (opaque_ == 0 && beginsOpaque(opcode)) opaque_ = depth_;
-        } else if (isPop(opcode)) {
+        } else if (fltIsPop(opcode)) {
             if (depth_ == 0 || closers_[depth_ - 1] != opcode) return false;
             constexpr std::size_t kPopWithCount = 8;
             if (opaque_ == 0 && record.size() < kPopWithCount) return false;
@@ -153,7 +153,7 @@ void KeptWriter::marker(std::uint16_t opcode, std::uint32_t value) {
 
 void KeptWriter::numbers(std::uint16_t opcode, std::uint32_t count) {
     append16(opcode);
-    append16(static_cast<std::uint32_t>(kRecordHeader + 4 * count));
+    append16(static_cast<std::uint32_t>(kRecordHeader + std::size_t{4} * count));
     for (std::uint32_t i = 0; i < count; ++i) append32(i);
 }
 
@@ -169,26 +169,6 @@ void KeptWriter::append32(std::uint32_t value) {
 
 void KeptWriter::append(FileBytes bytes) {
     bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
-}
-
-std::uint16_t closerOf(std::uint16_t opcode) noexcept {
-    switch (opcode) {
-        case kFltPushLevel:
-            return kFltPopLevel;
-        case kFltPushSubface:
-            return kFltPopSubface;
-        case kFltPushExtension:
-            return kFltPopExtension;
-        case kFltPushAttribute:
-            return kFltPopAttribute;
-        default:
-            return 0;
-    }
-}
-
-bool isPop(std::uint16_t opcode) noexcept {
-    return opcode == kFltPopLevel || opcode == kFltPopSubface || opcode == kFltPopExtension ||
-           opcode == kFltPopAttribute;
 }
 
 bool beginsOpaque(std::uint16_t opcode) noexcept {

@@ -21,6 +21,7 @@
 #pragma once
 
 #include <interchange/outline.h>
+#include <quillon/fltopcode.h>
 
 #include <string_view>
 #include <vector>
@@ -94,9 +95,6 @@ private:
     FileBytes rest_;
 };
 
-/// The opcode of the pop that ends the level which a push of `opcode` begins; 0 for other records.
-std::uint16_t closerOf(std::uint16_t opcode) noexcept;
-bool isPop(std::uint16_t opcode) noexcept;
 /// Whether a level that `opcode` begins holds extensions or attributes, and no nodes.
 bool beginsOpaque(std::uint16_t opcode) noexcept;
 bool isVertex(std::uint16_t opcode) noexcept;
@@ -108,9 +106,9 @@ void forEachPiece(FileBytes pieces, Visit&& visit) {
     std::size_t opaque = 0;
     for (RecordWalk walk(pieces); walk.next();) {
         const std::uint16_t opcode = walk.opcode();
-        if (closerOf(opcode) != 0 && (opaque != 0 || beginsOpaque(opcode))) ++opaque;
+        if (fltClosingOpcode(opcode) != 0 && (opaque != 0 || beginsOpaque(opcode))) ++opaque;
         visit(walk, opaque != 0);
-        if (isPop(opcode) && opaque != 0) --opaque;
+        if (fltIsPop(opcode) && opaque != 0) --opaque;
     }
 }
 

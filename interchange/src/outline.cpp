@@ -354,7 +354,7 @@ private:
         const bool opaque = outer.opaque || beginsOpaque(opcode_);
         const bool deferred = mayBePlain(owner);
         if (!deferred) addPiece(owner, opaque ? kNone : 0);
-        levels_.push_back({closerOf(opcode_), opaque, offset_, owner, owner, 0, deferred});
+        levels_.push_back({fltClosingOpcode(opcode_), opaque, offset_, owner, owner, 0, deferred});
     }
 
     bool mayBePlain(std::uint32_t owner) const {

@@ -69,10 +69,10 @@ struct KeptLevels {
         std::vector<std::size_t> open;
         forEachPiece(pieces, [&](const RecordWalk& walk, bool opaque) {
             if (opaque) return;
-            if (closerOf(walk.opcode()) != 0) {
+            if (fltClosingOpcode(walk.opcode()) != 0) {
                 open.push_back(levels.size());
                 levels.push_back({walk.opcode(), 0});
-            } else if (isPop(walk.opcode())) {
+            } else if (fltIsPop(walk.opcode())) {
                 levels[open.back()].children = uint32At(walk.record(), kBody);
                 open.pop_back();
             } else if (isVertexList(walk.opcode())) {
@@ -468,7 +468,7 @@ void SceneWriter::writeLevel(Body& body, std::uint16_t opcode) {
     if (opcode != kFltPushLevel || plan_.nodes[body.index].kind != FltNodeKind::Face) {
         writeChildren(body, plan_.nodes[body.index].children);
     }
-    pop(closerOf(opcode));
+    pop(fltClosingOpcode(opcode));
 }
 
 /// What the pieces that were read have no place for: the corners, or faces of a mesh that hangs on
@@ -491,13 +491,13 @@ void SceneWriter::writeKeptPieces(Body& body, const Kept& kept, Changes& changes
         } else if (isVertexList(opcode) || (opcode == kContinuation && !vertices.empty())) {
             writeKeptList(body, walk.record(), vertices, opaque);
             vertices.clear();
-        } else if (closerOf(opcode) != 0) {
+        } else if (fltClosingOpcode(opcode) != 0) {
             if (!opaque && plan_.nodes[body.index].kind == FltNodeKind::Header) writePalettes();
             push(walk.record());
             if (opaque) return;
             open.push_back(begun++);
             writeMissing(body, opcode);
-        } else if (isPop(opcode)) {
+        } else if (fltIsPop(opcode)) {
             if (!opaque) {
                 const std::uint32_t level = open.back();
                 open.pop_back();

@@ -114,7 +114,7 @@ void NameIndex::empty(std::size_t place) noexcept {
 }
 
 void NameIndex::enlarge() {
-    constexpr std::size_t kFewest = 2 * kGroup;
+    constexpr std::size_t kFewest = std::size_t{2} * kGroup;
     std::vector<Slot> before(std::max(kFewest, 2 * slots_.size()));
     before.swap(slots_);
     groupBits_ = std::countr_zero(groups());

@@ -129,6 +129,26 @@ const char* fltOpcodeName(std::uint16_t opcode) {
     return entry ? entry->name : "UNDEFINED";
 }
 
+std::uint16_t fltClosingOpcode(std::uint16_t opcode) noexcept {
+    switch (opcode) {
+        case kFltPushLevel:
+            return kFltPopLevel;
+        case kFltPushSubface:
+            return kFltPopSubface;
+        case kFltPushExtension:
+            return kFltPopExtension;
+        case kFltPushAttribute:
+            return kFltPopAttribute;
+        default:
+            return 0;
+    }
+}
+
+bool fltIsPop(std::uint16_t opcode) noexcept {
+    return opcode == kFltPopLevel || opcode == kFltPopSubface || opcode == kFltPopExtension ||
+           opcode == kFltPopAttribute;
+}
+
 std::span<const FltOpcodeEntry> fltOpcodeTable() {
     const OpcodeList& list = opcodes();
     return {list.data(), static_cast<std::size_t>(list.count())};

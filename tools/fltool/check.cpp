@@ -27,27 +27,6 @@ std::string number(std::int64_t value) {
     return std::to_string(value);
 }
 
-/// The pop that closes `opcode`; none when it is no push.
-std::optional<std::uint16_t> popFor(std::uint16_t opcode) {
-    switch (opcode) {
-        case kFltPushLevel:
-            return kFltPopLevel;
-        case kFltPushSubface:
-            return kFltPopSubface;
-        case kFltPushExtension:
-            return kFltPopExtension;
-        case kFltPushAttribute:
-            return kFltPopAttribute;
-        default:
-            return std::nullopt;
-    }
-}
-
-bool isPop(std::uint16_t opcode) {
-    return opcode == kFltPopLevel || opcode == kFltPopSubface || opcode == kFltPopExtension ||
-           opcode == kFltPopAttribute;
-}
-
 bool isVertexList(std::uint16_t opcode) {
     return opcode == kFltVertexList || opcode == kFltMorphVertexList;
 }
@@ -110,7 +89,7 @@ private:
             reportHere("unknown opcode " + number(opcode));
         if (opcode != kContinuation) {
             continued_ = opcode;
-        } else if (popFor(continued_) || isPop(continued_)) {
+        } else if (fltClosingOpcode(continued_) != 0 || fltIsPop(continued_)) {
             reportHere("continues a record that says nothing");
         }
         if (isVertexList(continued_)) reportHere(palette_.judgeList(reader_, continued_));
@@ -129,9 +108,9 @@ private:
     }
 
     void checkNesting(std::uint16_t opcode) {
-        if (popFor(opcode)) {
+        if (fltClosingOpcode(opcode) != 0) {
             open(opcode);
-        } else if (isPop(opcode)) {
+        } else if (fltIsPop(opcode)) {
             close(opcode);
         } else if (isNode(opcode)) {
             if (!levels_.empty()) ++levels_.back().children;
@@ -153,16 +132,16 @@ private:
     }
 
     void close(std::uint16_t opcode) {
-        if (levels_.empty() || popFor(levels_.back().opcode) != opcode) {
+        if (levels_.empty() || fltClosingOpcode(levels_.back().opcode) != opcode) {
             // A pop of another kind may close a level further out; the ones inside were left open.
             const auto match = std::find_if(
                 levels_.rbegin(), levels_.rend(),
-                [&](const OpenLevel& level) { return popFor(level.opcode) == opcode; });
+                [&](const OpenLevel& level) { return fltClosingOpcode(level.opcode) == opcode; });
             if (match == levels_.rend()) {
                 reportHere("without a push");
                 return;
             }
-            while (popFor(levels_.back().opcode) != opcode) abandon();
+            while (fltClosingOpcode(levels_.back().opcode) != opcode) abandon();
         }
         const OpenLevel level = levels_.back();
         levels_.pop_back();

@@ -93,5 +93,11 @@ struct FltOpcodeEntry {
 /// never freed.
 const char* fltOpcodeName(std::uint16_t opcode);
 
+/// The opcode of the pop that closes the level which `opcode` opens; 0 when it is no push.
+std::uint16_t fltClosingOpcode(std::uint16_t opcode) noexcept;
+
+/// Whether `opcode` is that of a pop.
+bool fltIsPop(std::uint16_t opcode) noexcept;
+
 /// Every known opcode, ascending. Lives as long as the module.
 std::span<const FltOpcodeEntry> fltOpcodeTable();
