@@ -77,6 +77,13 @@ double fastest(const std::vector<double>& values) {
     return values.empty() ? 0 : *std::min_element(values.begin(), values.end());
 }
 
+double median(std::vector<double> values) {
+    if (values.empty()) return 0;
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
 Form::Form() {
     kiln::Core::create().setDirectory(KILN_PLUGIN_DIR, std::filesystem::current_path().string());
     browser().setTitle(nullptr);

@@ -23,6 +23,7 @@ void reportWithin(double limit, const std::string& what, double value, const cha
 double millisecondsOf(const std::function<void()>& action);
 /// The smallest one: what it takes when nothing else on the machine gets in the way. 0 for none.
 double fastest(const std::vector<double>& values);
+double median(std::vector<double> values);
 
 /// The browser's form of the built module, shown, with an empty tree and a client that answers
 /// nothing but the handshakes; and a host's core with an empty scene. One at a time.
