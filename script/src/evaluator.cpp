@@ -32,7 +32,7 @@ std::string indicated(const Function& function) {
 }
 
 // The values in the order of the parameters.
-Arguments matched(const Function& function, std::vector<Argument> arguments) {
+Arguments matched(const Function& function, std::vector<Argument>&& arguments) {
     const std::size_t count = function.parameters.size();
     std::vector<Value> values(count);
     std::vector<bool> given(count, false);
@@ -414,7 +414,7 @@ void Evaluator::storeElement(const Node& target, const Value& value) {
 }
 
 Value Evaluator::declare(const Node& node) {
-    const Value value = node.children.empty() ? Value() : evaluate(*node.children[0]);
+    Value value = node.children.empty() ? Value() : evaluate(*node.children[0]);
     if (!node.flag && frame_)
         (*frame_)[node.text] = value;
     else if (!node.children.empty() || !state_.variables.contains(node.text))
@@ -438,9 +438,10 @@ bool Evaluator::turn(const Node& loop, const NodePointer& body, const NodePointe
         if (collected.size() >= state_.limits.arrayItems)
             throw Failure("this array would have too many elements");
         collected.push_back(std::move(result));
+    } else if (flow_ == Flow::leaveFunction) {
+        collected.assign(1, result);
     }
     if (flow_ == Flow::nextTurn) flow_ = Flow::onward;
-    if (flow_ == Flow::leaveFunction) collected.assign(1, std::move(result));
     return flow_ == Flow::onward;
 }
 
@@ -457,7 +458,7 @@ Value Evaluator::whileDo(const Node& node) {
     while (flow_ == Flow::onward && condition(*node.children[0])) {
         Value value = evaluate(*node.children[1]);
         if (flow_ == Flow::nextTurn) flow_ = Flow::onward;
-        if (flow_ == Flow::leaveFunction) given.assign(1, std::move(value));
+        if (flow_ == Flow::leaveFunction) given.assign(1, value);
     }
     return loopResult(node, std::move(given));
 }

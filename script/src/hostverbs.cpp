@@ -145,6 +145,7 @@ Verb onNodes(Action action) {
 
 Value selection() {
     std::vector<Value> nodes;
+    nodes.reserve(static_cast<std::size_t>(host().GetSelNodeCount()));
     for (int i = 0; i < host().GetSelNodeCount(); ++i)
         nodes.push_back(Value::ofNode(host().GetSelNode(i)));
     return Value::ofArray(std::move(nodes));
@@ -281,6 +282,7 @@ void setPosition(INode& node, const Value& value) {
 
 Value children(INode& node) {
     std::vector<Value> nodes;
+    nodes.reserve(static_cast<std::size_t>(node.NumberOfChildren()));
     for (int i = 0; i < node.NumberOfChildren(); ++i)
         nodes.push_back(Value::ofNode(node.GetChildNode(i)));
     return Value::ofArray(std::move(nodes));

@@ -69,6 +69,7 @@ Value publishedCall(FPInterfaceDesc& interface, const std::string& name,
                                 " is a property and takes no arguments"
                           : std::string(interface.Name()) + " has nothing named \"" + name + "\"");
     std::vector<kiln::ScriptArgument> given;
+    given.reserve(arguments.size());
     for (const auto& [keyword, value] : arguments) given.push_back({keyword, published(value)});
     FPValue result;
     require(kiln::callFunction(interface, name, given, result));

@@ -16,7 +16,7 @@ namespace script {
 
 namespace {
 
-constexpr std::size_t kMaxPrinted = 64 * 1024;
+constexpr std::size_t kMaxPrinted = std::size_t{64} * 1024;
 constexpr int kMaxPrintedDepth = 8;
 constexpr int kMaxComparedDepth = 16;
 

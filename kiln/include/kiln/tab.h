@@ -88,7 +88,8 @@ public:
 
 private:
     static std::size_t bytes(int count) noexcept {
-        return static_cast<std::size_t>(count) * sizeof(T);
+        // T may well be a pointer.
+        return static_cast<std::size_t>(count) * sizeof(T);  // NOLINT(bugprone-sizeof-expression)
     }
 
     void swap(Tab& other) noexcept {

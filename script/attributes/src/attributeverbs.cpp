@@ -116,7 +116,7 @@ std::string textFor(const FltAttrDesc& row, const Value& value) {
             if (const auto* boolean = value.as<bool>(); boolean && row.isYesNo())
                 for (const FltAttrEnum* entry = row.enumeration; entry->text; ++entry)
                     if ((entry->value != 0) == *boolean) return entry->text;
-            const std::string text = value.shown();
+            std::string text = value.shown();
             if (!fltAttrEnumValue(row.enumeration, text, ignored)) refuseChoice(row, text);
             return text;
         }

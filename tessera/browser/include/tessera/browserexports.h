@@ -3,14 +3,16 @@
 // The browser is a window that shows a scene as a tree. It knows no scene: it holds node handles
 // that its client gave it, and sends everything that changes or queries the scene to the client's
 // one callback. There is at most one form; every function may be called without one and then does
-// nothing. All of them belong to the user-interface thread. Texts are UTF-8 and copied. None of them
-// throws: what fails inside is the function's plain failure.
+// nothing. All of them belong to the user-interface thread. Texts are UTF-8 and copied. None of
+// them throws: what fails inside is the function's plain failure.
 #pragma once
 
 #include <cstdint>
 
+// The platform's own names. NOLINTBEGIN(bugprone-reserved-identifier)
 struct _TREEITEM;  // what HTREEITEM points to
 struct HWND__;     // what HWND points to
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace tessera {
 
