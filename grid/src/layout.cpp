@@ -6,7 +6,6 @@
 #include <numeric>
 
 using grid::CellId;
-using grid::CellRange;
 
 namespace {
 

@@ -65,6 +65,11 @@ TEST(TextureStoreTest, SaysOnceWhatCannotBeShown) {
     for (int i = 0; i < 3; ++i) EXPECT_EQ(store.find(path), nullptr);
     EXPECT_THAT(store.takeFailures(), testing::ElementsAre(path + ": no SGI picture"));
     EXPECT_THAT(store.takeFailures(), testing::IsEmpty());
+    for (int i = 0; i < 30; ++i) store.find("missing" + std::to_string(i));
+    const std::vector<std::string> many = store.takeFailures();
+    EXPECT_EQ(many.size(), 10u);
+    EXPECT_EQ(many[8], "missing8: no such picture");
+    EXPECT_EQ(many[9], "21 more pictures cannot be shown");
     store.clear();
     folder.write(u8"text.rgb", grey(9));
     EXPECT_EQ(shade(store.find(path)), 9u) << "a new scene looks again";

@@ -30,6 +30,6 @@ public:
 Picture readSgiPicture(std::span<const std::uint8_t> bytes);
 
 /// Pictures with more texels are refused.
-inline constexpr std::size_t kMostTexels = 4096 * 4096;
+inline constexpr std::size_t kMostTexels = std::size_t{4096} * 4096;
 
 }  // namespace workbench

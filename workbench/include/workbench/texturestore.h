@@ -21,7 +21,8 @@ public:
     /// one of the folders, there where the name says or by its last part alone. Valid until
     /// `clear`.
     const Texture* find(const std::string& name);
-    /// What could not be shown since this was asked last, one sentence each.
+    /// What could not be shown since this was asked last, one sentence each; where it is much, the
+    /// last one counts the others.
     std::vector<std::string> takeFailures();
     /// Forgets textures and failures; folders stay known.
     void clear();

@@ -4,6 +4,7 @@ namespace workbench {
 
 std::vector<INode*> selectedNodes(Interface& host) {
     std::vector<INode*> nodes;
+    nodes.reserve(static_cast<std::size_t>(host.GetSelNodeCount()));
     for (int i = 0; i < host.GetSelNodeCount(); ++i) nodes.push_back(host.GetSelNode(i));
     return nodes;
 }

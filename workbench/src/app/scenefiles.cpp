@@ -63,7 +63,8 @@ const char* sentenceFor(ImpExpCause cause) {
         case ImpExpCause::kVersion:
             return "不支持该文件的格式版本。";
         case ImpExpCause::kUnwritable:
-            return "无法写入该文件：它是只读的或正被占用，其文件夹不存在或不可写，或磁盘已满。原有文件保持不变。";
+            return "无法写入该文件：它是只读的或正被占用，其文件夹不存在或不可写，或磁盘已满。原有"
+                   "文件保持不变。";
         case ImpExpCause::kOutOfMemory:
             return "内存不足。";
         case ImpExpCause::kOther:
@@ -253,7 +254,7 @@ kiln::ImportResult SceneFiles::exportFile(const std::string& path, bool selected
     const auto start = std::chrono::steady_clock::now();
     const DWORD options =
         version << SCENE_EXPORT_VERSION_SHIFT | (selectedOnly ? SCENE_EXPORT_SELECTED : 0);
-    const kiln::ImportResult result =
+    kiln::ImportResult result =
         run("正在导出 " + fileName(path), [&](const kiln::ProgressFunction& progress) {
             return core_.exportFile(path, options, progress);
         });

@@ -207,7 +207,7 @@ kiln::Status Walk::openUtility() {
 }
 
 kiln::Status Walk::openBrowser() {
-    const kiln::Status pressed = press(window_.panel().firstPage(), kOpenBrowserButton);
+    kiln::Status pressed = press(window_.panel().firstPage(), kOpenBrowserButton);
     if (!pressed.ok()) return pressed;
     settle();
     ::EnumThreadWindows(::GetCurrentThreadId(), findForm, reinterpret_cast<LPARAM>(&form_));
@@ -233,7 +233,7 @@ kiln::Status Walk::expandTree() {
     const HTREEITEM root = itemAfter(tree_, TVGN_ROOT, nullptr);
     if (!selectItem(tree_, root)) return kiln::Status::failure("the root could not be selected");
     settle();
-    const kiln::Status pressed = press(form_, kExpandButton);
+    kiln::Status pressed = press(form_, kExpandButton);
     if (!pressed.ok()) return pressed;
     settle();
     const HTREEITEM child = itemAfter(tree_, TVGN_CHILD, root);
@@ -257,7 +257,7 @@ kiln::Status Walk::shootKinds() {
         if (!selectItem(tree_, item)) return kiln::Status::failure("an item could not be selected");
         char name[32];
         std::snprintf(name, sizeof name, "12-kind-%02d", icon);
-        const kiln::Status status = shot(name);
+        kiln::Status status = shot(name);
         if (!status.ok()) return status;
     }
     return {};
@@ -271,12 +271,12 @@ kiln::Status Walk::shootTool() {
         if (!selectItem(tree_, item)) return kiln::Status::failure("an item could not be selected");
         settle();
         if (!::IsWindowEnabled(button)) continue;
-        const kiln::Status pressed = press(form_, kToolButton);
+        kiln::Status pressed = press(form_, kToolButton);
         if (!pressed.ok()) return pressed;
         settle();
         const HWND tool = ::GetActiveWindow();
         if (tool == form_) return kiln::Status::failure("no window appeared");
-        const kiln::Status status = shot("11-tool");
+        kiln::Status status = shot("11-tool");
         ::SendMessageW(tool, WM_CLOSE, 0, 0);
         return status;
     }
@@ -299,7 +299,7 @@ kiln::Status Walk::shootAbout() {
             ::PostMessageW(box, WM_COMMAND, IDOK, 0);
         });
     ::SetActiveWindow(window_.Handle());
-    const kiln::Status pressed = press(page, kAboutButton);
+    kiln::Status pressed = press(page, kAboutButton);
     ::KillTimer(nullptr, timer);
     return pressed.ok() ? status : pressed;
 }
@@ -324,7 +324,7 @@ kiln::Status Walk::previewDetail() {
         return {};
     }
     window_.run(CMD_VIEW_SELECTED);  // before it may hide
-    const kiln::Status pressed = press(page, kMostDetailButton);
+    kiln::Status pressed = press(page, kMostDetailButton);
     return pressed.ok() ? shot("09-most-detail") : pressed;
 }
 

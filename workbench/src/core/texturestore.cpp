@@ -15,6 +15,7 @@ namespace fs = std::filesystem;
 // Beyond this many texels pictures are kept small.
 constexpr std::size_t kManyTexels = 64u << 20;
 constexpr int kSmallBits = 7;
+constexpr std::size_t kMostFailures = 10;
 constexpr std::uintmax_t kLargestFile = 256u << 20;
 
 fs::path pathOf(std::string_view text) {
@@ -93,6 +94,11 @@ void TextureStore::load(const std::string& name, Entry& entry) {
 }
 
 std::vector<std::string> TextureStore::takeFailures() {
+    if (failures_.size() > kMostFailures) {
+        const std::size_t others = failures_.size() - (kMostFailures - 1);
+        failures_.resize(kMostFailures - 1);
+        failures_.push_back(std::to_string(others) + " more pictures cannot be shown");
+    }
     return std::exchange(failures_, {});
 }
 
