@@ -4,11 +4,14 @@
 
 #include <fltkilnutil/fltattr.h>
 #include <fltkilnutil/kilnflt.h>
+#include <framework/gdi.h>
 #include <input.h>
 #include <moduleexports.h>
 #include <resources/resource.h>
 
+#include <array>
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 namespace bench {
@@ -129,6 +132,69 @@ constexpr std::pair<FltNodeKind, const char*> kShown[] = {
     {FltNodeKind::LightPoint, "light point"},
 };
 
+/// What the platform alone takes to show the same: two edit fields like those of the form, and a
+/// window with a scroll bar and nothing in it.
+class BareForm {
+public:
+    explicit BareForm(const Form& form);
+    ~BareForm() { ::DestroyWindow(frame_); }
+    BareForm(const BareForm&) = delete;
+    BareForm& operator=(const BareForm&) = delete;
+
+    /// The time for what the form shows now, in milliseconds.
+    double show(const Form& form) const;
+
+private:
+    HWND copyOf(HWND control, const wchar_t* windowClass) const;
+
+    HWND frame_;
+    HWND name_;
+    HWND comment_;
+    HWND grid_;
+};
+
+BareForm::BareForm(const Form& form)
+    : frame_(::CreateWindowExW(0, L"#32770", L"Bare form", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 800, 0,
+                               700, 600, nullptr, nullptr, nullptr, nullptr)),
+      name_(copyOf(form.control(IDC_NAME), WC_EDITW)),
+      comment_(copyOf(form.control(IDC_COMMENT), WC_EDITW)),
+      grid_(copyOf(form.grid(), WC_STATICW)) {
+    ::UpdateWindow(frame_);
+}
+
+HWND BareForm::copyOf(HWND control, const wchar_t* windowClass) const {
+    RECT area{};
+    ::GetWindowRect(control, &area);
+    ::MapWindowPoints(nullptr, ::GetParent(control), reinterpret_cast<POINT*>(&area), 2);
+    auto style = static_cast<DWORD>(::GetWindowLongW(control, GWL_STYLE));
+    if (windowClass != std::wstring(WC_EDITW)) style &= 0xFFFF0000;
+    const HWND copy = ::CreateWindowExW(static_cast<DWORD>(::GetWindowLongW(control, GWL_EXSTYLE)),
+                                        windowClass, L"", style, area.left, area.top, widthOf(area),
+                                        heightOf(area), frame_, nullptr, nullptr, nullptr);
+    const LRESULT font = ::SendMessageW(control, WM_GETFONT, 0, 0);
+    ::SendMessageW(copy, WM_SETFONT, static_cast<WPARAM>(font), FALSE);
+    return copy;
+}
+
+double BareForm::show(const Form& form) const {
+    std::array<wchar_t, 256> name{};
+    std::array<wchar_t, 256> comment{};
+    ::GetWindowTextW(form.control(IDC_NAME), name.data(), static_cast<int>(name.size()));
+    ::GetWindowTextW(form.control(IDC_COMMENT), comment.data(), static_cast<int>(comment.size()));
+    SCROLLINFO rows{};
+    rows.cbSize = sizeof rows;
+    rows.fMask = SIF_PAGE | SIF_POS | SIF_RANGE;
+    ::GetScrollInfo(form.grid(), SB_VERT, &rows);
+    return millisecondsOf([&] {
+        ::SetWindowTextW(name_, name.data());
+        ::SetWindowTextW(comment_, comment.data());
+        ::SetScrollInfo(grid_, SB_VERT, &rows, TRUE);
+        ::InvalidateRect(grid_, nullptr, FALSE);
+        for (const HWND window : {name_, comment_, grid_}) ::UpdateWindow(window);
+        ::GdiFlush();
+    });
+}
+
 /// Selects one node after the other in a tree of many, from kind to kind, every second one with a
 /// comment. It is shown once name, comment and grid are painted; what the tree control takes to
 /// paint itself is stated apart. The first nodes are in view already, for the others the tree
@@ -153,7 +219,9 @@ void showing() {
 
     std::vector<double> shown[kKinds];
     std::vector<double> loaded[kKinds];
+    std::vector<double> bare[kKinds];
     std::vector<double> treePainted;
+    const BareForm bareForm(form);
     for (int i = 0; i < kSteps; ++i) {
         const auto at = static_cast<size_t>(i);
         loaded[i % kKinds].push_back(millisecondsOf([&] { fltAttrLoad(nodes[at], kFltRevision); }));
@@ -163,6 +231,7 @@ void showing() {
             ::GdiFlush();
         }));
         treePainted.push_back(millisecondsOf([&] { form.paint(); }));
+        bare[i % kKinds].push_back(bareForm.show(form));
         testinput::pump();
     }
     for (int kind = 0; kind < kKinds; ++kind) {
@@ -170,6 +239,8 @@ void showing() {
         reportWithin(kMostToShow, std::string("showing a ").append(name).append(", beyond loading"),
                      fastest(shown[kind]) - fastest(loaded[kind]), "ms");
         report("  the median of these", median(shown[kind]) - median(loaded[kind]), "ms");
+        report("  the platform alone, with the same texts and bar", fastest(bare[kind]), "ms");
+        report("  the median of these", median(bare[kind]), "ms");
     }
     report("the tree control's own painting after each", fastest(treePainted), "ms");
 }
