@@ -81,8 +81,13 @@ void LodViewer::Collect(INode* root) {
     lodTable_.clear();
     lodDistances_.clear();
     walk(root, [this](INode* node, Reach) { collect(node); });
-    std::sort(lodTable_.begin(), lodTable_.end(),
-              [](const LodEntry& a, const LodEntry& b) { return std::less<>()(a.node, b.node); });
+    // Nodes often lie in memory as they follow each other in the scene.
+    const auto isBefore = [](const LodEntry& a, const LodEntry& b) {
+        return std::less<>()(a.node, b.node);
+    };
+    if (!std::is_sorted(lodTable_.begin(), lodTable_.end(), isBefore))
+        std::sort(lodTable_.begin(), lodTable_.end(), isBefore);
+    foundLast_ = 0;
     std::sort(lodDistances_.begin(), lodDistances_.end());
     lodDistances_.erase(std::unique(lodDistances_.begin(), lodDistances_.end()),
                         lodDistances_.end());
@@ -94,13 +99,22 @@ void LodViewer::collect(INode* node) {
     if (fltGetKind(node, false, kind) && kind == FltNodeKind::Lod) {
         FltLod lod;
         if (fltGetRecord(node, lod)) {
-            // A damaged record may hold anything; what cannot be ordered is no distance.
-            for (const double distance : {lod.switchOutDistance, lod.switchInDistance})
-                if (!std::isnan(distance)) lodDistances_.push_back(distance);
+            addDistance(lod.switchOutDistance);
+            addDistance(lod.switchInDistance);
             lodTable_.push_back({node, lod});
         }
     }
     enter(node, Reach::outOfRange);
+}
+
+/// A damaged record may hold anything; what cannot be ordered is no distance. Of the many that are
+/// alike most are left out here already.
+void LodViewer::addDistance(double distance) {
+    constexpr std::ptrdiff_t kLookedBack = 8;
+    if (std::isnan(distance)) return;
+    const auto end = lodDistances_.end();
+    const auto begin = end - std::min(kLookedBack, end - lodDistances_.begin());
+    if (std::find(begin, end, distance) == end) lodDistances_.push_back(distance);
 }
 
 void LodViewer::Apply(double distance) {
@@ -110,11 +124,16 @@ void LodViewer::Apply(double distance) {
     if (IAviaryUtil* const published = aviary()) published->StoreLodDistance(distance);
 }
 
-const FltLod* LodViewer::findLod(INode* node) const {
+const FltLod* LodViewer::findLod(INode* node) {
+    // Mostly the next one is asked for.
+    if (foundLast_ + 1 < lodTable_.size() && lodTable_[foundLast_ + 1].node == node)
+        return &lodTable_[++foundLast_].lod;
     const auto found = std::lower_bound(
         lodTable_.begin(), lodTable_.end(), node,
         [](const LodEntry& entry, INode* wanted) { return std::less<>()(entry.node, wanted); });
-    return found != lodTable_.end() && found->node == node ? &found->lod : nullptr;
+    if (found == lodTable_.end() || found->node != node) return nullptr;
+    foundLast_ = static_cast<std::size_t>(found - lodTable_.begin());
+    return &found->lod;
 }
 
 /// Visits `root`, and then whatever the visits enter: each child after its parent and before its
@@ -137,7 +156,9 @@ void LodViewer::walk(INode* root, Visit visit) {
 
 INode* LodViewer::nextChild() {
     Level& level = levels_.back();
-    return level.masked ? nextMaskedChild(level) : level.node->GetChildNode(level.nextChild++);
+    if (level.masked) return nextMaskedChild(level);
+    if (level.nextChild == level.childCount) return nullptr;
+    return level.node->GetChildNode(level.nextChild++);
 }
 
 INode* LodViewer::nextMaskedChild(Level& level) {
@@ -150,6 +171,11 @@ INode* LodViewer::nextMaskedChild(Level& level) {
         if (word >> (level.nextChild % kWordBits) & 1u)
             return level.node->GetChildNode(level.nextChild++);
     }
+}
+
+void LodViewer::enter(INode* node, Reach reach) {
+    if (const int count = node->NumberOfChildren(); count > 0)
+        levels_.push_back({node, 0, count, reach, false});
 }
 
 void LodViewer::visit(INode* node, Reach reach, double distance) {
@@ -180,7 +206,7 @@ void LodViewer::visitSwitch(INode* node, Reach reach) {
     mask.firstWord = std::int64_t{mask.record.currentMask} * std::int64_t{mask.record.wordsPerMask};
     if (mask.firstWord < 0) return;
     masks_.push_back(std::move(mask));
-    levels_.push_back({node, 0, reach, true});
+    levels_.push_back({node, 0, node->NumberOfChildren(), reach, true});
 }
 
 }  // namespace tessera

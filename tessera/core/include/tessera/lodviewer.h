@@ -63,6 +63,7 @@ private:
     struct Level {
         INode* node;
         int nextChild;
+        int childCount;
         Reach reach;
         bool masked;  ///< the children are those of the last of `masks_`
     };
@@ -73,7 +74,8 @@ private:
     };
 
     bool applyBand(std::size_t lower);
-    const FltLod* findLod(INode* node) const;
+    const FltLod* findLod(INode* node);
+    void addDistance(double distance);
     void collect(INode* node);
     template <typename Visit>
     void walk(INode* root, Visit visit);
@@ -81,10 +83,11 @@ private:
     INode* nextMaskedChild(Level& level);
     void visit(INode* node, Reach reach, double distance);
     void visitSwitch(INode* node, Reach reach);
-    void enter(INode* node, Reach reach) { levels_.push_back({node, 0, reach, false}); }
+    void enter(INode* node, Reach reach);
 
     Interface& host_;
     std::vector<LodEntry> lodTable_;  // by the node's address
+    std::size_t foundLast_ = 0;       // place in the table
     std::vector<double> lodDistances_;
     std::vector<Level> levels_;  // from the top down
     std::vector<Mask> masks_;    // of the switches among them
