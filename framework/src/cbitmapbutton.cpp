@@ -19,18 +19,8 @@ constexpr BYTE kDisabledOpacity = 90;
 // A picture as 32-bit pixels with premultiplied alpha, top row first.
 class Picture {
 public:
-    Picture(int width, int height) : width_(width), height_(height) {
-        BITMAPINFO info{};
-        info.bmiHeader.biSize = sizeof info.bmiHeader;
-        info.bmiHeader.biWidth = width;
-        info.bmiHeader.biHeight = -height;
-        info.bmiHeader.biPlanes = 1;
-        info.bmiHeader.biBitCount = 32;
-        info.bmiHeader.biCompression = BI_RGB;
-        void* bits = nullptr;
-        bitmap_.reset(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
-        pixels_ = static_cast<std::uint32_t*>(bits);
-    }
+    Picture(int width, int height)
+        : width_(width), height_(height), bitmap_(makePixelBitmap(width, height, pixels_)) {}
 
     explicit operator bool() const { return static_cast<bool>(bitmap_); }
 
@@ -57,8 +47,8 @@ public:
 private:
     int width_;
     int height_;
-    GdiBitmap bitmap_;
     std::uint32_t* pixels_ = nullptr;
+    GdiBitmap bitmap_;
 };
 
 SIZE sizeOf(HBITMAP bitmap) noexcept {

@@ -16,6 +16,25 @@ MemoryDc::~MemoryDc() {
     ::DeleteDC(dc_);
 }
 
+BITMAPINFO pixelFormat(int width, int height) noexcept {
+    BITMAPINFO info{};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = width;
+    info.bmiHeader.biHeight = -height;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    info.bmiHeader.biCompression = BI_RGB;
+    return info;
+}
+
+GdiBitmap makePixelBitmap(int width, int height, std::uint32_t*& pixels) noexcept {
+    const BITMAPINFO info = pixelFormat(width, height);
+    void* bits = nullptr;
+    GdiBitmap bitmap(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    pixels = static_cast<std::uint32_t*>(bits);
+    return bitmap;
+}
+
 HDC PaintBuffer::contextFor(HDC like, const RECT& area) noexcept {
     if ((widthOf(area) > size_.cx || heightOf(area) > size_.cy) &&
         !grow(like, {widthOf(area), heightOf(area)}))
@@ -29,14 +48,8 @@ HDC PaintBuffer::contextFor(HDC like, const RECT& area) noexcept {
 bool PaintBuffer::grow(HDC like, SIZE least) noexcept {
     const SIZE size{std::max(size_.cx, least.cx), std::max(size_.cy, least.cy)};
     drop();
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof info.bmiHeader;
-    info.bmiHeader.biWidth = size.cx;
-    info.bmiHeader.biHeight = -size.cy;
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    void* bits = nullptr;
-    bitmap_.reset(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    std::uint32_t* pixels = nullptr;
+    bitmap_ = makePixelBitmap(static_cast<int>(size.cx), static_cast<int>(size.cy), pixels);
     dc_ = bitmap_ ? ::CreateCompatibleDC(like) : nullptr;
     if (!dc_) {
         bitmap_.reset();

@@ -13,8 +13,6 @@ namespace interchange {
 
 namespace {
 
-constexpr std::size_t kLengthEnd = 4;
-
 FileBytes bytesOf(const FltToken& token) {
     return {token.data(), token.length()};
 }
@@ -84,7 +82,7 @@ FileBytes BeadMerger::put(const FltRecord& record, std::uint32_t revision, FileB
 void BeadMerger::merge(FileBytes bead, bool sameLayout) {
     const FileBytes then = bytesOf(then_);
     if (sameLayout) {
-        for (std::size_t i = kLengthEnd; i < std::min(merged_.size(), bead.size()); ++i) {
+        for (std::size_t i = kRecordHeader; i < std::min(merged_.size(), bead.size()); ++i) {
             if (merged_[i] == then[i]) merged_[i] = bead[i];
         }
     }

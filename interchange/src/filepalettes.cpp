@@ -63,7 +63,7 @@ void FilePalettes::readLight(FileBytes record, std::uint32_t revision) {
 void FilePalettes::readTexture(FileBytes record) {
     if (record.size() < kTextureIndexEnd) return;
     addTexture(static_cast<std::int32_t>(uint32At(record, kTextureIndex)),
-               textOf(record.subspan(kRecordBody, kTextureNameLength)));
+               textOf(record.subspan(kRecordHeader, kTextureNameLength)));
 }
 
 void FilePalettes::addTexture(std::int32_t index, const std::string& name) {

@@ -1,5 +1,7 @@
 #include <interchange/import.h>
 
+#include "layouts.h"
+
 #include <kiln/kiln.h>
 #include <quillon/fltfilereader.h>
 #include <tessera/iaviaryutil.h>
@@ -31,7 +33,7 @@ void tellAviary(const std::string& fileName) {
 /// What is wrong with a file that was refused at `offset`. There only the header's revision is no
 /// beginning of a record.
 ImpExpCause causeAt(FileBytes bytes, std::size_t offset) {
-    constexpr std::size_t kRevision = 12, kLength = 2, kRecordHeader = 4;
+    constexpr std::size_t kRevision = 12, kLength = 2;
     if (offset == kRevision) return ImpExpCause::kVersion;
     if (bytes.size() >= 2 && uint16At(bytes, 0) != kFltHeader) return ImpExpCause::kDamaged;
     if (bytes.empty() || offset > bytes.size()) return ImpExpCause::kTruncated;

@@ -1,5 +1,7 @@
 #include "kept.h"
 
+#include "layouts.h"
+
 #include <kiln/kiln.h>
 #include <quillon/fltopcode.h>
 
@@ -18,7 +20,6 @@ constexpr std::uint16_t kVersion = 1;
 constexpr std::uint16_t kHasBead = 1;
 constexpr std::uint16_t kHasGivenName = 2;
 constexpr std::size_t kHeadSize = 8;
-constexpr std::size_t kRecordHeader = 4;
 
 /// The whole record at the start of `bytes`; empty when there is none.
 FileBytes firstRecord(FileBytes bytes) noexcept {

@@ -7,7 +7,7 @@
 namespace interchange {
 
 /// Bytes of a record's opcode and length, ahead of everything that it holds.
-inline constexpr std::size_t kRecordBody = 4;
+inline constexpr std::uint32_t kRecordHeader = 4;
 
 /// The flags of a face, and where they and the packed colours stand in its record.
 inline constexpr std::uint32_t kFaceNoColor = 0x40000000;
@@ -24,7 +24,7 @@ inline constexpr std::uint8_t kLitByVertexColor = 3;
 
 /// A texture palette record: file name, index, place in the palette's window.
 inline constexpr std::size_t kTextureNameLength = 200;
-inline constexpr std::size_t kTextureIndex = kRecordBody + kTextureNameLength;
+inline constexpr std::size_t kTextureIndex = kRecordHeader + kTextureNameLength;
 inline constexpr std::size_t kTextureIndexEnd = kTextureIndex + 4;
 
 /// A material palette record: index, name, flags, then colours of three numbers, shininess, alpha.

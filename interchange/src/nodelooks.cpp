@@ -123,7 +123,7 @@ NodeLooks::Database& NodeLooks::databaseOf(INode& header) {
                                        material);
         } else if (walk.opcode() == kFltTexture && record.size() >= kTextureIndexEnd) {
             database.textures.emplace(static_cast<std::int32_t>(uint32At(record, kTextureIndex)),
-                                      textOf(record.subspan(kRecordBody, kTextureNameLength)));
+                                      textOf(record.subspan(kRecordHeader, kTextureNameLength)));
         }
     });
     return database;

@@ -1,6 +1,7 @@
 #include <interchange/outline.h>
 
 #include "kept.h"
+#include "layouts.h"
 #include "opcodes.h"
 
 #include <quillon/fltfilereader.h>
@@ -14,13 +15,8 @@ namespace interchange {
 
 namespace {
 
-constexpr std::uint32_t kRecordHeader = 4;
 constexpr std::uint32_t kOldestRevision = 1400;
 constexpr std::uint32_t kNewestRevision = 1999;
-
-// Opcodes of the published format that the record library has no name for.
-constexpr std::uint16_t kIndexedLightPoint = 130;
-constexpr std::uint16_t kLightPointSystem = 131;
 
 }  // namespace
 

@@ -199,12 +199,7 @@ Picture look(const RECT& screen) {
     const MemoryDc memory(desktop.get(), picture.width, picture.height);
     BitBlt(memory.get(), 0, 0, picture.width, picture.height, desktop.get(), screen.left,
            screen.top, SRCCOPY | CAPTUREBLT);
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof info.bmiHeader;
-    info.bmiHeader.biWidth = picture.width;
-    info.bmiHeader.biHeight = -picture.height;
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
+    BITMAPINFO info = pixelFormat(picture.width, picture.height);
     picture.pixels.resize(static_cast<std::size_t>(picture.width) *
                           static_cast<std::size_t>(picture.height));
     GetDIBits(desktop.get(), memory.bitmap(), 0, static_cast<UINT>(picture.height),

@@ -3,7 +3,7 @@
 
 #include <framework/win32.h>
 
-#include <optional>
+#include <cstdint>
 #include <utility>
 
 /// Owns a GDI object (font, brush, pen, bitmap, region) and deletes it.
@@ -86,6 +86,13 @@ private:
     HDC dc_;
     HGDIOBJ former_ = nullptr;
 };
+
+/// Describes pixels of 32 bits (from the least significant byte blue, green, red, and alpha or
+/// nothing), the top row first.
+BITMAPINFO pixelFormat(int width, int height) noexcept;
+
+/// A bitmap of such pixels, which belong to it, at `pixels`; empty when there is no room.
+GdiBitmap makePixelBitmap(int width, int height, std::uint32_t*& pixels) noexcept;
 
 /// The memory that a window is drawn in, for windows that are painted often: asking the platform
 /// for it can take longer than the drawing. Grows to the largest area asked for and keeps that.

@@ -58,18 +58,11 @@ std::uint32_t averaged(const Canvas& canvas, int x, int y) {
 }  // namespace
 
 HICON makeAppIcon(int size) {
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof info.bmiHeader;
-    info.bmiHeader.biWidth = size;
-    info.bmiHeader.biHeight = -size;
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    void* bits = nullptr;
-    const GdiBitmap colour(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    std::uint32_t* pixel = nullptr;
+    const GdiBitmap colour = makePixelBitmap(size, size, pixel);
     const GdiBitmap mask(::CreateBitmap(size, size, 1, 1, nullptr));
     if (!colour || !mask) return nullptr;
     const Canvas canvas = drawCube(size * kSamples);
-    auto* pixel = static_cast<std::uint32_t*>(bits);
     for (int y = 0; y < size; ++y)
         for (int x = 0; x < size; ++x) *pixel++ = averaged(canvas, x, y);
     ICONINFO icon{TRUE, 0, 0, mask.get(), colour.get()};

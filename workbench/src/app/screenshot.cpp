@@ -54,12 +54,7 @@ Picture captureDesktop() {
     if (!memory.get() || !::BitBlt(memory.get(), 0, 0, picture.width, picture.height, screen.get(),
                                    left, top, SRCCOPY | CAPTUREBLT))
         return {};
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof info.bmiHeader;
-    info.bmiHeader.biWidth = picture.width;
-    info.bmiHeader.biHeight = -picture.height;
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
+    BITMAPINFO info = pixelFormat(picture.width, picture.height);
     picture.pixels.resize(static_cast<std::size_t>(picture.width) *
                           static_cast<std::size_t>(picture.height));
     const int lines =

@@ -67,16 +67,7 @@ void Viewport::OnSize(UINT, int width, int height) {
 
 bool Viewport::ensureBitmap(int width, int height) {
     if (bitmap_ && width == bitmapWidth_ && height == bitmapHeight_) return true;
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof info.bmiHeader;
-    info.bmiHeader.biWidth = width;
-    info.bmiHeader.biHeight = -height;  // from top to bottom, as the canvas
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    info.bmiHeader.biCompression = BI_RGB;
-    void* bits = nullptr;
-    bitmap_.reset(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
-    bits_ = static_cast<Colour*>(bits);
+    bitmap_ = makePixelBitmap(width, height, bits_);
     bitmapWidth_ = width;
     bitmapHeight_ = height;
     stale_ = true;
