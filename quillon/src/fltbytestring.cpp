@@ -37,7 +37,7 @@ FltBytestring::FltBytestring(FltBytestring&& other) noexcept {
 }
 
 FltBytestring& FltBytestring::operator=(const FltBytestring& other) {
-    assign(other);
+    if (this != &other) assign(other);
     return *this;
 }
 

@@ -16,8 +16,8 @@ inline constexpr DWORD REDRAW_INTERACTIVE = 2;
 inline constexpr DWORD REDRAW_END = 4;
 inline constexpr DWORD REDRAW_NORMAL = 8;
 
-/// Directory ids of `Interface::GetDir`. Those of scenes, imports and exports are where the last one
-/// was.
+/// Directory ids of `Interface::GetDir`. Those of scenes, imports and exports are where the last
+/// one was.
 inline constexpr int KILN_PLUGIN_DIR = 0;  ///< plug-ins and the resource libraries beside them
 inline constexpr int KILN_SCENE_DIR = 1;
 inline constexpr int KILN_IMPORT_DIR = 2;
