@@ -1,5 +1,6 @@
 #include <fltkilnutil/attrtext.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstddef>
 #include <limits>
@@ -24,6 +25,20 @@ std::string_view numberStart(std::string_view text) noexcept {
         if (!text.empty() && text.front() == '-') return {};
     }
     return text;
+}
+
+/// Whether the decimal number, without a sign, is less than 1: told by the power of ten of its
+/// first digit that is not zero, however many digits stand before and behind.
+bool isBelowOne(std::string_view number) noexcept {
+    const std::size_t exponent = number.find_first_of("eE");
+    const std::string_view digits = number.substr(0, exponent);
+    const std::size_t point = std::min(digits.find('.'), digits.size());
+    const std::size_t leading = digits.find_first_of("123456789");
+    if (leading == std::string_view::npos) return true;
+    auto power = static_cast<std::int64_t>(point) - static_cast<std::int64_t>(leading);
+    if (leading < point) --power;
+    if (exponent != std::string_view::npos) power += fltParseInteger(number.substr(exponent + 1));
+    return power < 0;
 }
 
 }  // namespace
@@ -59,12 +74,8 @@ double fltParseReal(std::string_view text) noexcept {
     double value = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
     if (result.ec != std::errc::result_out_of_range) return value;
-    // Too large or too small: the sign of the exponent tells, or without one the first digit.
-    const std::string_view number(text.data(), static_cast<std::size_t>(result.ptr - text.data()));
-    const std::size_t exponent = number.find_first_of("eE");
-    const bool small = exponent != std::string_view::npos
-                           ? number[exponent + 1] == '-'
-                           : number[first] == '0' || number[first] == '.';
-    const double magnitude = small ? 0 : std::numeric_limits<double>::infinity();
+    const std::string_view number(text.data() + first,
+                                  static_cast<std::size_t>(result.ptr - text.data()) - first);
+    const double magnitude = isBelowOne(number) ? 0 : std::numeric_limits<double>::max();
     return first == 1 ? -magnitude : magnitude;
 }

@@ -2,6 +2,7 @@
 
 #include "attrtable.h"
 
+#include <quillon/fltfloat.h>
 #include <quillon/flttext.h>
 
 #include <cstring>
@@ -53,9 +54,9 @@ const char* enumText(const FltAttrDesc& descriptor, std::int32_t value) noexcept
     return "";
 }
 
-/// A row declared as a double over a 32-bit float. The float gets the lower half of the double. The
-/// upper half would fall on the field of the row behind, which owns those bytes and is stored right
-/// after this one, so it is not written in the first place.
+/// The float gets the lower half of the double. The upper half would fall on the field of the row
+/// behind, which owns those bytes and is stored right after this one, so it is not written in the
+/// first place.
 void storeDoubleOverFloat(void* address, double value) noexcept {
     writeAs(address, static_cast<std::uint32_t>(std::bit_cast<std::uint64_t>(value)));
 }
@@ -64,11 +65,13 @@ void* fieldAddress(const FltAttrBlock& block, const FltAttrDesc& descriptor) noe
     return descriptor.field.address(block.base());
 }
 
-}  // namespace
-
-bool changesWhenStored(const FltAttrDesc& descriptor) noexcept {
+/// A row that is declared as a double over a 32-bit float. Storing changes its field even when the
+/// text is what the field prints.
+bool isDoubleOverFloat(const FltAttrDesc& descriptor) noexcept {
     return descriptor.type == FltAttrType::Double && descriptor.field.size < sizeof(double);
 }
+
+}  // namespace
 
 std::string_view printField(const FltAttrBlock& block, const FltAttrDesc& descriptor,
                             NumberText& room) {
@@ -90,7 +93,7 @@ std::string_view printField(const FltAttrBlock& block, const FltAttrDesc& descri
 void storeField(const FltAttrBlock& block, const FltAttrDesc& descriptor) {
     void* const address = fieldAddress(block, descriptor);
     const std::string_view text = descriptor.value.text();
-    if (changesWhenStored(descriptor)) return storeDoubleOverFloat(address, fltParseReal(text));
+    if (isDoubleOverFloat(descriptor)) return storeDoubleOverFloat(address, fltParseReal(text));
     NumberText room;
     if (text == printField(block, descriptor, room)) return;
     switch (descriptor.type) {
@@ -101,7 +104,7 @@ void storeField(const FltAttrBlock& block, const FltAttrDesc& descriptor) {
             fltAttrSetField(block, descriptor, static_cast<std::uint32_t>(fltParseInteger(text)));
             break;
         case FltAttrType::Float:
-            writeAs(address, static_cast<float>(fltParseReal(text)));
+            writeAs(address, fltNarrow(fltParseReal(text)));
             break;
         case FltAttrType::Double:
             writeAs(address, fltParseReal(text));

@@ -17,12 +17,8 @@ using NumberText = char[kFltNumberTextSize];
 std::string_view printField(const FltAttrBlock& block, const FltAttrDesc& descriptor,
                             NumberText& room);
 
-/// Whether storing the row changes its field even when the text is what the field prints: true of a
-/// row that is declared as a double over a 32-bit float.
-bool changesWhenStored(const FltAttrDesc& descriptor) noexcept;
-
 /// Puts the row's value text into the field, by the row's type. Leaves a field alone that still
-/// prints that text, unless `changesWhenStored`.
+/// prints that text, except that of a row which is declared as a double over a 32-bit float.
 void storeField(const FltAttrBlock& block, const FltAttrDesc& descriptor);
 
 }  // namespace fltkilnutil

@@ -90,12 +90,7 @@ bool edit(INode* node, std::uint32_t parameter, FltAttrGroup& group, FltAttrDesc
     TableGroup* const own = groupOf(node);
     if (own == nullptr || own != &group || !readBlocks(node, *own, parameter)) return false;
     edited.value.setText(text);
-    for (FltAttrDesc* row = group.descriptors; !row->isTerminator(); ++row) {
-        const bool isEdited = row == &edited;
-        if (!isEdited && !changesWhenStored(*row)) continue;
-        if (!isEdited) printValue(group, *row);
-        storeField(blockOf(group, *row), *row);
-    }
+    storeField(blockOf(group, edited), edited);
     return writeBlocks(node, group);
 }
 

@@ -17,6 +17,14 @@ void layout(Codec& codec, auto& record) {
 
 }  // namespace
 
+FltBsp::FltBsp() {
+    const FltPlane plane = fltPlaneFromPoints({0, 0, 0}, {0, 1, 0}, {1, 0, 0});
+    planeA = plane.a;
+    planeB = plane.b;
+    planeC = plane.c;
+    planeD = plane.d;
+}
+
 void FltBsp::write(FltStream& stream) {
     quillon::nameRecord(asciiId, "b", stream.header().nextBspId);
     FltRecord::write(stream);

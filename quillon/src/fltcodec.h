@@ -14,6 +14,7 @@
 #include <diagnostics/assertion.h>
 #include <quillon/fltbyteorder.h>
 #include <quillon/fltfield.h>
+#include <quillon/fltfloat.h>
 #include <quillon/fltgeometry.h>
 #include <quillon/fltpackedcolor.h>
 #include <quillon/fltrecord.h>
@@ -94,7 +95,7 @@ struct StoreCodec : ByteCodec<StoreCodec> {
         place += n;
     }
     /// A value that the file holds with fewer bits than memory does.
-    void narrowed(const char*, double value) { number(static_cast<float>(value)); }
+    void narrowed(const char*, double value) { number(fltNarrow(value)); }
     /// A value that is kept as read but leaves only zeros in the file.
     void readOnly(const char*, const FltPackedColor& color) { reserved(sizeof color); }
 };

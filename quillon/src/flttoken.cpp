@@ -59,6 +59,7 @@ void FltToken::grow(std::uint32_t newLength) {
         moveToOwnBlock(wanted);
     }
     words_[kLength] = static_cast<std::uint16_t>(newLength);
+    words_[kPosition] = std::min(words_[kPosition], words_[kLength]);
     words_[kComplete] = 0;
 }
 

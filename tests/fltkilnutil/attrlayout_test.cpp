@@ -238,6 +238,7 @@ protected:
         const FltAttrGroup* const group = fltAttrLoad(made, 1580);
         std::vector<std::string> texts;
         if (group == nullptr) return texts;
+        EXPECT_EQ(chunkBytes(made, kRecordChunk), record) << "loading changes nothing";
         for (const FltAttrDesc* row = group->descriptors; !row->isTerminator(); ++row)
             texts.emplace_back(row->value.text());
         return texts;

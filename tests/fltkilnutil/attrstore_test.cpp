@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <limits>
 
 using namespace testing_chunks;
 
@@ -129,8 +130,8 @@ TEST_F(AttrStore, TextIsCutAtItsFieldAndAtACharacter) {
 }
 
 // The constant attenuation is a 32-bit float declared as a double. It is shown as the float, but
-// stored as the lower half of the double of its text, whatever is edited. Its neighbour behind must
-// come through unharmed.
+// stored as the lower half of the double of its text whenever the whole record is stored. Its
+// neighbour behind must come through unharmed.
 TEST_F(AttrStore, TheConstantAttenuationIsStoredAsADoubleOverItsFloat) {
     const std::size_t kConstant = 148;
     const std::size_t kLinear = 152;
@@ -158,6 +159,40 @@ TEST_F(AttrStore, TheConstantAttenuationIsStoredAsADoubleOverItsFloat) {
     const Bytes stored = chunkBytes(light, kOptionsChunk);
     EXPECT_EQ(wordAt(stored, kConstant), 0U);
     EXPECT_EQ(stored, RecordBytes(palette).int32(kConstant, 0).float32(kLinear, 0.25F));
+}
+
+TEST_F(AttrStore, EditingAnotherRowLeavesTheConstantAttenuationAlone) {
+    const std::size_t kCutoff = 136;
+    const std::size_t kConstant = 148;
+    INode* const light = kindNode(FltNodeKind::LightSource);
+    FltAttrGroup& group = *fltAttrGroupFind(FltNodeKind::LightSource);
+    const auto edit = [&](int row, const char* text) {
+        return fltAttrEdit(light, 1580, group, group.descriptors[row], text);
+    };
+    ASSERT_TRUE(edit(3, "30"));
+    Bytes palette = chunkBytes(light, kOptionsChunk);
+    EXPECT_EQ(wordAt(palette, kCutoff), std::bit_cast<std::uint32_t>(30.0F));
+    EXPECT_EQ(wordAt(palette, kConstant), std::bit_cast<std::uint32_t>(1.0F)) << "of a fresh light";
+
+    ASSERT_TRUE(edit(5, "0.1"));
+    palette = chunkBytes(light, kOptionsChunk);
+    EXPECT_EQ(wordAt(palette, kConstant), 0x9999999AU) << "edited itself, it is stored as declared";
+    ASSERT_TRUE(edit(3, "40"));
+    EXPECT_EQ(wordAt(chunkBytes(light, kOptionsChunk), kConstant), 0x9999999AU);
+}
+
+TEST_F(AttrStore, AFiniteNumberNeverBecomesInfinite) {
+    INode* const point = recordNode(FltNodeKind::LightPoint, RecordBytes(111, 160));
+    ASSERT_TRUE(edit(point, FltNodeKind::LightPoint, "FltLtPtIntensity", "1e39"));
+    ASSERT_TRUE(edit(point, FltNodeKind::LightPoint, "FltLtPtBackIntensity", "-1e999"));
+    ASSERT_TRUE(edit(point, FltNodeKind::LightPoint, "FltLtPtRotationX", "1e300"));
+    EXPECT_EQ(
+        chunkBytes(point, kRecordChunk),
+        RecordBytes(111, 160).int32(24, 0x7F7FFFFF).int32(28, 0xFF7FFFFF).int32(144, 0x7F7FFFFF));
+    INode* const lod = recordNode(FltNodeKind::Lod, RecordBytes(73, 72));
+    ASSERT_TRUE(edit(lod, FltNodeKind::Lod, "FltLodMin", "1e999"));
+    EXPECT_EQ(chunkBytes(lod, kRecordChunk),
+              RecordBytes(73, 72).float64(16, std::numeric_limits<double>::max()));
 }
 
 TEST_F(AttrStore, LightPointModeDecidesWhetherItsParameterCanBeEdited) {

@@ -18,24 +18,9 @@ std::vector<FltAttrGroup*> allGroups() {
 }
 
 TEST_F(AttrTable, GroupsComeInTheirOrderOfLookup) {
-    std::vector<std::pair<int, std::size_t>> kindsAndRows;
-    for (const FltAttrGroup* group : allGroups())
-        kindsAndRows.emplace_back(static_cast<int>(group->kind), fltAttrCount(*group));
-    EXPECT_THAT(kindsAndRows,
-                testing::ElementsAreArray(std::vector<std::pair<int, std::size_t>>{{55, 4},
-                                                                                   {98, 37},
-                                                                                   {14, 45},
-                                                                                   {5, 14},
-                                                                                   {2, 10},
-                                                                                   {1, 9},
-                                                                                   {111, 50},
-                                                                                   {101, 17},
-                                                                                   {73, 10},
-                                                                                   {4, 11},
-                                                                                   {96, 2},
-                                                                                   {63, 7},
-                                                                                   {61, 0},
-                                                                                   {62, 0}}));
+    std::vector<int> kinds;
+    for (const FltAttrGroup* group : allGroups()) kinds.push_back(static_cast<int>(group->kind));
+    EXPECT_THAT(kinds, testing::ElementsAre(55, 98, 14, 5, 2, 1, 111, 101, 73, 4, 96, 63, 61, 62));
     EXPECT_EQ(fltAttrGroupFind(static_cast<FltNodeKind>(0)), nullptr);
     EXPECT_EQ(fltAttrGroupFind(static_cast<FltNodeKind>(102)), nullptr);
 }

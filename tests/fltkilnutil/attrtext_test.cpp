@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -52,6 +53,7 @@ TEST(AttrText, IntegersAreTheLeadingDigits) {
         {"-99999999999", std::numeric_limits<std::int32_t>::min()},
     };
     for (const auto& c : cases) EXPECT_EQ(fltParseInteger(c.text), c.value) << c.text;
+    EXPECT_EQ(fltParseInteger(std::string(400, '0') + "7"), 7);
 }
 
 TEST(AttrText, RealsAreTheLeadingDecimalNumber) {
@@ -73,12 +75,30 @@ TEST(AttrText, RealsAreTheLeadingDecimalNumber) {
         {"0x1p4", 0},
         {"1,5", 1},
         {"1e-999", 0},
-        {"1e999", std::numeric_limits<double>::infinity()},
-        {"-1e999", -std::numeric_limits<double>::infinity()},
+        {"0e999", 0},
+        {"1e999", std::numeric_limits<double>::max()},
+        {"-1e999", std::numeric_limits<double>::lowest()},
+        {"1e99999999999999999999", std::numeric_limits<double>::max()},
+        {"1e-99999999999999999999", 0},
         {"45.123456789012", 45.123456789012},
     };
     for (const auto& c : cases) EXPECT_EQ(fltParseReal(c.text), c.value) << c.text;
     EXPECT_TRUE(std::signbit(fltParseReal("-0")));
+
+    const std::string zeros(400, '0');
+    const std::pair<std::string, double> longOnes[] = {
+        {"1" + zeros, std::numeric_limits<double>::max()},
+        {"-" + zeros + "1" + zeros, std::numeric_limits<double>::lowest()},
+        {zeros + "1.5", 1.5},
+        {"1" + zeros + "e-10", std::numeric_limits<double>::max()},
+        {"1" + zeros + "e-400", 1},
+        {"0." + zeros + "1", 0},
+        {"." + zeros + "1e10", 0},
+        {"0." + zeros + "1e401", 1},
+        {"0." + zeros + "1e+800", std::numeric_limits<double>::max()},
+        {zeros + "." + zeros, 0},
+    };
+    for (const auto& [text, value] : longOnes) EXPECT_EQ(fltParseReal(text), value) << text;
 }
 
 }  // namespace

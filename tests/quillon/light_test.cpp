@@ -5,6 +5,8 @@
 #include <quillon/fltlightsourcepalette.h>
 #include <quillon/flttext.h>
 
+#include <limits>
+
 namespace {
 
 TEST(LightPointTest, LaysOutItsWords) {
@@ -68,6 +70,14 @@ TEST(LightPointTest, NarrowsItsAxis) {
     decode(point, bytes);
     EXPECT_EQ(point.axisX, 0.100000001490116119384765625);
     EXPECT_EQ(point.axisZ, 1);
+
+    // Only what is infinite is stored as infinite.
+    point.axisX = 1e300;
+    point.axisY = -1e39;
+    point.axisZ = -std::numeric_limits<double>::infinity();
+    const Bytes large = encode(point);
+    EXPECT_EQ(toHex({large.begin() + 144, large.begin() + 156}),
+              toHex(hex("7F7FFFFF FF7FFFFF FF800000")));
 }
 
 TEST(LightPointTest, MovesItsWordsBitForBit) {

@@ -190,6 +190,26 @@ TEST_F(StreamTest, WritesNowhereWithoutAFileOpenForWriting) {
     expectAssertion("fltstream", 85, [&] { stream_.attach(file_, 1580); });
 }
 
+TEST_F(StreamTest, BeginsAnewWhenItIsUsedAgain) {
+    CommentWriter writer(stream_);
+    stream_.setPendingWriter(&writer);
+    stream_.attach(file_, 1420, FltStreamMode::read);
+    stream_.addPending(1);  // a stream for reading writes it nowhere
+    EXPECT_TRUE(stream_.close());
+    stream_.attach(file_, 1420);
+    EXPECT_EQ(stream_.pendingItems().count(), 0);
+    writeControl(10);
+    FltGroup().write(stream_);
+    EXPECT_TRUE(stream_.close());
+
+    stream_.attach(file_, 1580);
+    EXPECT_EQ(stream_.nesting(), FltNesting());
+    EXPECT_EQ(stream_.revision(), 1580U);
+    FltGroup group;
+    group.write(stream_);
+    EXPECT_EQ(fltText(group.asciiId), "g1");
+}
+
 class StreamFileTest : public testing::Test {
 protected:
     const TemporaryFolder folder_;
@@ -240,6 +260,16 @@ TEST_F(StreamFileTest, DoesNotWriteALongerHeaderOverWhatFollows) {
     ASSERT_TRUE(reader.next());
     ASSERT_TRUE(reader.next());
     EXPECT_EQ(reader.opcode(), FltGroup::kOpcode);
+}
+
+TEST_F(StreamFileTest, DoesNotOpenASecondFileWhileOneIsOpen) {
+    FltStream stream;
+    ASSERT_TRUE(stream.open(name_));
+    const std::string other = folder_.file(u8"other.flt");
+    expectAssertion("fltstream", 72, [&] { static_cast<void>(stream.open(other)); });
+    EXPECT_THROW(FltFileBytes::load(other), std::system_error) << "nothing was made or emptied";
+    EXPECT_TRUE(stream.close());
+    EXPECT_EQ(FltFileBytes::load(name_).bytes().size(), 328U);
 }
 
 TEST_F(StreamFileTest, SaysWhenAFileCannotBeMade) {

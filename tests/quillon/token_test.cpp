@@ -159,6 +159,24 @@ TEST(TokenTest, GrowsFromThirtyTwoByDoubling) {
     EXPECT_EQ(token.data(), nullptr);
 }
 
+TEST(TokenTest, ShrinkingTakesTheCursorAlong) {
+    const Bytes bytes = hex("0002 000C 1122334455667788");
+    FltToken attached;
+    attached.attach(bytes.data(), 12);
+    attached.rewind(8);
+    FltToken own;
+    own.begin(2);
+    own.writeBytes(8, bytes.data() + 4);
+    for (FltToken* token : {&attached, &own}) {
+        token->grow(6);
+        EXPECT_EQ(token->position(), 6);
+        std::uint32_t number = 1;
+        token->readInt32(number);
+        EXPECT_EQ(number, 0U);
+        EXPECT_EQ(token->remaining(), 0U);
+    }
+}
+
 TEST(TokenTest, BeginsWholeRecordsWithTheirPadding) {
     FltToken token;
     const Bytes noise(64, 0xFF);

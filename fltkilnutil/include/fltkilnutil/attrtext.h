@@ -20,5 +20,6 @@ std::size_t fltFormatReal(double value, char (&text)[kFltNumberTextSize]) noexce
 std::int32_t fltParseInteger(std::string_view text) noexcept;
 
 /// Reads the decimal floating-point number at the start of `text`, after white space and a sign; 0
-/// when there is none ("nan" and "inf" are none). A number out of range becomes infinity or 0.
+/// when there is none ("nan" and "inf" are none). A number out of range becomes the largest finite
+/// one of its sign, or 0.
 double fltParseReal(std::string_view text) noexcept;

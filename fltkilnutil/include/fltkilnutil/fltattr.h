@@ -160,14 +160,16 @@ FltAttrGroup* fltAttrLoad(INode* node, std::uint32_t parameter) noexcept;
 /// Writes the value texts of the group, last loaded from this node, back to the node, which becomes
 /// an OpenFlight node of the group's kind if it was none. A text that is still what its field
 /// prints leaves the field alone, so no value is rounded by passing through here; so does a choice
-/// that matches no entry. Text longer than its field is cut. False, with nothing changed, when the
-/// node is of another kind or the record and its options cannot both be stored.
+/// that matches no entry. Text longer than its field is cut. The row that is declared as a double
+/// over a 32-bit float (the constant attenuation of light sources) is stored as declared whatever
+/// it shows: its float becomes the lower half of the double of its text. False, with nothing
+/// changed, when the node is of another kind or the record and its options cannot both be stored.
 bool fltAttrStore(INode* node, FltAttrGroup& group) noexcept;
 
-/// Gives one row of a node another value: what `fltAttrLoad`, setting the row's text and
-/// `fltAttrStore` do, in less time, for the other rows are not turned into text and back. `row` is
-/// a row of `group`; `parameter` is as for `fltAttrLoad`. False, with nothing changed, when the
-/// node is not of the group's kind (derived where nothing is stored) or cannot be loaded, and where
-/// storing fails. The group must be loaded again before its texts are used.
+/// Gives one row of a node another value and leaves the fields of all others alone, also of the one
+/// that `fltAttrStore` writes anew each time. `row` is a row of `group`; `parameter` is as for
+/// `fltAttrLoad`. False, with nothing changed, when the node is not of the group's kind (derived
+/// where nothing is stored) or cannot be loaded, and where storing fails. The group must be loaded
+/// again before its texts are used.
 bool fltAttrEdit(INode* node, std::uint32_t parameter, FltAttrGroup& group, FltAttrDesc& row,
                  const char* text) noexcept;

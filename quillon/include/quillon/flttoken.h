@@ -133,7 +133,8 @@ public:
     std::uint32_t skip(std::uint32_t n);
 
     /// Makes the length `newLength`, enlarging the block where needed: 32 bytes at first, doubled
-    /// until it is enough. Bytes gained are not cleared.
+    /// until it is enough. Bytes gained are not cleared; a cursor behind the new length moves
+    /// there.
     void grow(std::uint32_t newLength);
 
     /// Completes a written record: pads it with zeros to a multiple of 8, except a vertex list, and

@@ -7,7 +7,6 @@
 
 #include <charconv>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <optional>
 #include <string>
@@ -140,9 +139,8 @@ Value setAttr(const Arguments& arguments) {
     FltAttrDesc& row = rowOf(group, arguments.text(1));
     if (!row.visible) throw Failure(quoted(row.key) + " cannot be set for this node");
     const std::string text = textFor(row, arguments[2]);
-    row.value.setSize(static_cast<std::int32_t>(text.size()) + 1);
-    std::memcpy(row.value.text(), text.c_str(), text.size());
-    if (!fltAttrStore(node, group)) throw Failure("the attribute cannot be stored");
+    if (!fltAttrEdit(node, kFltRevision, group, row, text.c_str()))
+        throw Failure("the attribute cannot be stored");
     return Value(Done{});
 }
 
