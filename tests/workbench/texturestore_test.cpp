@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
 
 using namespace workbench;
@@ -42,6 +43,35 @@ TEST(TextureStoreTest, FindsPicturesWhereTheirNamesSay) {
     EXPECT_EQ(store.find(""), nullptr);
     EXPECT_THAT(store.takeFailures(), testing::ElementsAre("below: no such picture"));
 }
+
+#ifndef _WIN32
+// On this system //a/b is /a/b, so the first folder of the path stands for another computer.
+TEST(TextureStoreTest, FollowsNamesOnlyToComputersOfTheUsersOwnFolders) {
+    const TemporaryFolder folder;
+    const std::string wall = "/" + folder.write(u8"wall.rgb", grey(1));
+    const std::string host = wall.substr(2, wall.find('/', 2) - 2);
+    const std::string rest = wall.substr(2 + host.size());
+    std::string backslashes = wall;
+    std::ranges::replace(backslashes, '/', '\\');
+    for (const char* const known : {"", "//other/share", "//./", "\\\\?\\UNC\\elsewhere"}) {
+        TextureStore store;
+        store.addFolder(known);
+        EXPECT_EQ(store.find(wall), nullptr) << known;
+        EXPECT_EQ(store.find(backslashes), nullptr) << known;
+        EXPECT_EQ(store.find("//./" + wall.substr(2)), nullptr) << known;
+        EXPECT_EQ(store.find("/" + wall), nullptr) << known;
+    }
+    TextureStore store;
+    store.addFolder("\\\\" + host + "\\share");
+    EXPECT_EQ(shade(store.find(backslashes)), 1u);
+    EXPECT_EQ(shade(store.find(wall)), 1u);
+    EXPECT_EQ(store.find("//./" + wall.substr(2)), nullptr);
+    EXPECT_EQ(store.find("//" + host + "@80" + rest), nullptr);
+    TextureStore beside;
+    beside.addFolder(folder.file(""));
+    EXPECT_EQ(shade(beside.find("\\\\elsewhere\\share\\wall.rgb")), 1u) << "beside the file";
+}
+#endif
 
 // Two files next to pictures of the same name, imported in turn.
 TEST(TextureStoreTest, LooksFirstInTheFolderThatWasNamedLast) {

@@ -18,7 +18,8 @@ public:
     /// Searches `folder` (UTF-8) too, the one named last before all others. An empty one is none.
     void addFolder(std::string_view folder);
     /// The texture of that file name (UTF-8), or null. A picture stands where its name says, or in
-    /// one of the folders, there where the name says or by its last part alone. Valid until
+    /// one of the folders, there where the name says or by its last part alone. No name leads to
+    /// another computer (//host/share) but to those where one of the folders is. Valid until
     /// `clear`.
     const Texture* find(const std::string& name);
     /// What could not be shown since this was asked last, one sentence each; where it is much, the

@@ -22,18 +22,49 @@ fs::path pathOf(std::string_view text) {
     return fs::path(std::u8string(text.begin(), text.end()));
 }
 
-/// The file that `name` means, if there is one.
+/// Paths come from either kind of system.
+std::string withSlashes(std::string path) {
+    std::replace(path.begin(), path.end(), '\\', '/');
+    return path;
+}
+
+/// Whether `path`, with slashes, leads out of the drives: to another computer (//host/share) or
+/// past the names of files to the system's devices (//?/, //./, /??/).
+bool leavesDrives(std::string_view path) {
+    return path.starts_with("//") || path.starts_with("/?");
+}
+
+/// The computer that `path`, with slashes, leads to; empty for one that leads to none, or to one
+/// that is not plain to see.
+std::string hostOf(std::string_view path) {
+    if (!path.starts_with("//")) return {};
+    std::string host(path.substr(2, path.find('/', 2) - 2));
+    if (host == "." || host == "?") return {};
+    std::transform(host.begin(), host.end(), host.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    return host;
+}
+
+/// The file that `name` means, if there is one. To ask another computer for a file tells it who
+/// asks, so the name, which comes from a file, is followed only to one that the folders name too.
 std::optional<fs::path> locate(const std::string& name, const std::vector<std::string>& folders) {
-    // Files come from either kind of system.
-    std::string usual = name;
-    std::replace(usual.begin(), usual.end(), '\\', '/');
-    const fs::path given = pathOf(usual), last = given.filename();
+    const std::string usual = withSlashes(name);
+    const fs::path given = pathOf(usual).make_preferred(), last = given.filename();
     std::error_code ignored;
     const auto isFile = [&](const fs::path& path) { return fs::is_regular_file(path, ignored); };
-    if (given.is_absolute() && isFile(given)) return given;
+    const bool isElsewhere = leavesDrives(usual);
+    if (isElsewhere) {
+        const std::string host = hostOf(usual);
+        const bool isKnown = !host.empty() && std::ranges::any_of(folders, [&](const auto& folder) {
+            return hostOf(withSlashes(folder)) == host;
+        });
+        if (isKnown && isFile(given)) return given;
+    } else if (given.is_absolute() && isFile(given)) {
+        return given;
+    }
     for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
         const fs::path base = pathOf(*folder);
-        if (given.is_relative() && isFile(base / given)) return base / given;
+        if (!isElsewhere && given.is_relative() && isFile(base / given)) return base / given;
         if (isFile(base / last)) return base / last;
     }
     return std::nullopt;
