@@ -119,6 +119,7 @@ void lookAtAll(Interface& host) {
             expect(look.layer >= 0, "layers are counted from 0");
         }
         INode* const shown = looks.GetInstanced(node);
+        static_cast<void>(looks.IsOnlyInstanced(node));
         expect(shown == nullptr || host.IsNodeInScene(shown), "what is shown is there");
         for (int i = node->NumberOfChildren(); i-- > 0;) open.push_back(node->GetChildNode(i));
     }

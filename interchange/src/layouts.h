@@ -21,6 +21,10 @@ inline constexpr std::size_t kFacePackedEnd = 64;
 inline constexpr std::uint8_t kVertexColor = 1;
 inline constexpr std::uint8_t kLitByFaceColor = 2;
 inline constexpr std::uint8_t kLitByVertexColor = 3;
+/// Whether lights shine on a face of that mode, for which its vertices need normals.
+inline constexpr bool isLit(std::uint8_t lightMode) noexcept {
+    return lightMode == kLitByFaceColor || lightMode == kLitByVertexColor;
+}
 
 /// A texture palette record: file name, index, place in the palette's window.
 inline constexpr std::size_t kTextureNameLength = 200;

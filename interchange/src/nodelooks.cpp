@@ -75,6 +75,10 @@ INode* NodeLooks::GetInstanced(INode* node) noexcept {
     }
 }
 
+bool NodeLooks::IsOnlyInstanced(INode* node) noexcept {
+    return kindOf(node) == FltNodeKind::InstanceDef;
+}
+
 /// The record of a face, or what that of a mesh says of its surface, to `face_`.
 bool NodeLooks::readFace(INode& node) {
     const FltNodeKind kind = kindOf(&node);
@@ -145,7 +149,7 @@ void NodeLooks::findDefinitions(INode& header, Database& database) {
 
 void NodeLooks::describe(INode& node, const Family& family, NodeLook& look) const {
     constexpr std::uint8_t kFixedBlended = 1, kAxisBlended = 2, kPointBlended = 4;
-    look.lit = face_.lightMode == kLitByFaceColor || face_.lightMode == kLitByVertexColor;
+    look.lit = isLit(face_.lightMode);
     const bool hasColor =
         (face_.flags & kFacePackedColor) != 0 || (face_.flags & kFaceNoColor) == 0;
     look.vertexColors =

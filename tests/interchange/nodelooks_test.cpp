@@ -129,6 +129,8 @@ TEST_F(NodeLooksTest, ReferencesShowTheDefinitionOfTheirNumber) {
     EXPECT_EQ(source.GetInstanced(reference), top->GetChildNode(0)->GetChildNode(1));
     EXPECT_EQ(source.GetInstanced(top->GetChildNode(2)), nullptr);
     EXPECT_EQ(source.GetInstanced(top), nullptr);
+    EXPECT_TRUE(source.IsOnlyInstanced(top->GetChildNode(0)->GetChildNode(0)));
+    EXPECT_FALSE(source.IsOnlyInstanced(reference) || source.IsOnlyInstanced(top));
     FltInstanceRef record;
     record.instanceNumber = 1;
     ASSERT_TRUE(fltPutRecord(reference, record));

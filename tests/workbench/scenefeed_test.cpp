@@ -6,6 +6,7 @@
 
 #include <limits>
 #include <map>
+#include <set>
 
 using namespace workbench;
 
@@ -142,6 +143,7 @@ public:
         look = found->second;
         return true;
     }
+    bool IsOnlyInstanced(INode* node) noexcept override { return onlyInstanced.contains(node); }
     INode* GetInstanced(INode* node) noexcept override {
         const auto found = definitions.find(node);
         return found == definitions.end() ? nullptr : found->second;
@@ -150,6 +152,7 @@ public:
     int open = 0;
     std::map<INode*, NodeLook> looks;
     std::map<INode*, INode*> definitions;
+    std::set<INode*> onlyInstanced;
 };
 
 TEST_F(SceneFeedTest, SurfacesLookAsTheSourceSays) {
@@ -224,6 +227,29 @@ TEST_F(SceneFeedTest, InstancesShowTheirDefinitionsWhereTheyStand) {
     host_.SelectNode(box);
     feed_.updateSelection();
     EXPECT_FALSE(feed_.model().items()[shown].outlined);
+}
+
+TEST_F(SceneFeedTest, WhatOnlyInstancesShowIsNotInItsOwnPlace) {
+    Looks source;
+    INode* definition = host_.CreateObjectNode(new BoxObject(2, 2, 2), "definition");
+    INode* part = host_.CreateObjectNode(new BoxObject(2, 2, 2), "part");
+    INode* within = host_.CreateObjectNode(new BoxObject(2, 2, 2), "definition within");
+    INode* hidden = host_.CreateObjectNode(nullptr, "hidden");
+    definition->AttachChild(hidden);
+    hidden->AttachChild(part);
+    hidden->Hide(true);
+    part->AttachChild(within);
+    source.onlyInstanced = {definition, within};
+    feed_.build(host_);
+    EXPECT_EQ(feed_.counts().faces, 0u);
+    EXPECT_EQ(feed_.counts().nodes, 4);
+    EXPECT_EQ(feed_.counts().hidden, 1);
+    EXPECT_THAT(feed_.nodes(), testing::IsEmpty());
+    INode* reference = host_.CreateObjectNode(nullptr, "reference");
+    source.definitions[reference] = definition;
+    feed_.build(host_);
+    EXPECT_EQ(feed_.counts().faces, 24u) << "it and its part, without the one within";
+    EXPECT_THAT(feed_.nodes(), testing::ElementsAre(reference));
 }
 
 TEST_F(SceneFeedTest, InstancesWithinThemselvesEnd) {

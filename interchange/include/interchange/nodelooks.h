@@ -13,7 +13,8 @@ namespace interchange {
 
 /// Reads from the records of faces and meshes, as they are now, and from the palettes of their
 /// database: material, texture, transparency, light mode, texture white, template and nesting. An
-/// instance reference shows the definition of its number in its own database.
+/// instance reference shows the definition of its number in its own database; a definition is seen
+/// nowhere else.
 ///
 /// Faces that lights do not reach have no use for a material but its transparency. A face with a
 /// colour of its own hides the colours of its vertices unless its light mode asks for them.
@@ -23,6 +24,7 @@ public:
     void EndLooks() noexcept override;
     bool GetLook(INode* node, NodeLook& look) noexcept override;
     INode* GetInstanced(INode* node) noexcept override;
+    bool IsOnlyInstanced(INode* node) noexcept override;
 
 private:
     struct Material {

@@ -53,6 +53,9 @@ public:
     /// The node whose mesh and subtree this one shows too, as if it stood in this one's place; null
     /// for a node that stands for itself alone. Following these may lead in a circle.
     virtual INode* GetInstanced(INode* node) noexcept = 0;
+    /// Whether the node, with all below it, is seen only where others show it and not in its own
+    /// place.
+    virtual bool IsOnlyInstanced(INode* node) noexcept = 0;
 };
 
 /// The source to be asked, or null.

@@ -24,9 +24,9 @@ struct SceneCounts {
 class SceneFeed {
 public:
     /// Reads the whole scene. Hidden nodes are left out, and what they shine with;
-    /// their children are not. A node that shows another one's subtree shows it in its own place;
-    /// what shows itself in this way is left out at the second time. Throws `std::bad_alloc`, with
-    /// a part of the scene shown.
+    /// their children are not, except below what only instances show. A node that shows another
+    /// one's subtree shows it in its own place; what shows itself in this way is left out at the
+    /// second time. Throws `std::bad_alloc`, with a part of the scene shown.
     void build(Interface& host);
     /// Takes over which nodes are selected, when nothing else has changed since `build`.
     void updateSelection();
@@ -36,7 +36,7 @@ public:
     const SceneModel& model() const { return model_; }
     /// Null for kNoItem. What an instance shows is the node that shows it.
     INode* nodeOf(ItemIndex item) const;
-    /// The nodes that are not hidden, each once.
+    /// The nodes that are shown in their own place, each once.
     std::span<INode* const> nodes() const { return shown_; }
     /// Pictures that could not be shown since this was asked last, one sentence each.
     std::vector<std::string> takeFailures() { return textures_.takeFailures(); }
@@ -61,15 +61,17 @@ private:
     struct Visit {
         INode* node;
         std::size_t parent;        ///< position in visits_
-        ItemIndex item;            ///< kNoItem for a hidden node
+        ItemIndex item;            ///< kNoItem for one that is not shown
         std::size_t instance = 0;  ///< that shows it; 0 for none
         Box subtree;
+        bool elsewhere = false;  ///< in what is seen only where instances show it
     };
 
     void reset();
     void readScene(Interface& host);
     void visitAll(INode* root);
     void visit(std::size_t at);
+    bool isElsewhere(const Visit& visit) const;
     void visitInstanced(std::size_t at, INode& definition);
     bool mayShow(const INode& definition, std::size_t within) const;
     Matrix3 placeOf(const Visit& visit) const;

@@ -114,10 +114,12 @@ void SceneFeed::visit(std::size_t at) {
     INode& node = *visits_[at].node;
     const bool isInstanced = visits_[at].instance != 0;
     if (!isInstanced) ++counts_.nodes;
+    visits_[at].elsewhere = isElsewhere(visits_[at]);
     if (node.IsHidden()) {
         if (!isInstanced) ++counts_.hidden;
         return;
     }
+    if (visits_[at].elsewhere) return;
     visits_[at].item = model_.beginItem();
     nodes_.push_back(isInstanced ? instances_[visits_[at].instance].shower : &node);
     if (!isInstanced) shown_.push_back(&node);
@@ -126,6 +128,12 @@ void SceneFeed::visit(std::size_t at) {
     model_.endItem();
     if (model_.items().back().triangleCount > 0) visits_[at].subtree = model_.items().back().box;
     if (definition) visitInstanced(at, *definition);
+}
+
+bool SceneFeed::isElsewhere(const Visit& visit) const {
+    if (visits_[visit.parent].elsewhere) return true;
+    const bool isShown = visit.instance != 0 && instances_[visit.instance].definition == visit.node;
+    return !isShown && looks_ && looks_->IsOnlyInstanced(visit.node);
 }
 
 void SceneFeed::visitInstanced(std::size_t at, INode& definition) {
