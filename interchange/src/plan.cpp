@@ -6,18 +6,24 @@
 
 #include <fltkilnutil/kilnflt.h>
 #include <kiln/kiln.h>
+#include <quillon/fltinstance.h>
 #include <quillon/fltrecord.h>
 
 #include <algorithm>
+#include <map>
 #include <unordered_set>
 
 namespace interchange {
 
 namespace {
 
-bool isHeader(INode* node) {
+bool isOfKind(INode* node, FltNodeKind wanted) {
     FltNodeKind kind{};
-    return fltGetKind(node, false, kind) && kind == FltNodeKind::Header;
+    return fltGetKind(node, false, kind) && kind == wanted;
+}
+
+bool isHeader(INode* node) {
+    return isOfKind(node, FltNodeKind::Header);
 }
 
 /// The database that `node` belongs to; null for none.
@@ -44,6 +50,7 @@ public:
     Plan run() {
         collectSelected();
         database_ = findDatabase();
+        if (selectedOnly_) selectDefinitions();
         PlanNode header;
         header.node = database_;
         header.kind = FltNodeKind::Header;
@@ -66,11 +73,66 @@ public:
 private:
     void collectSelected() {
         for (int i = 0; i < host_.GetSelNodeCount(); ++i) {
-            INode* node = host_.GetSelNode(i);
-            selected_.insert(node);
-            while (node != nullptr && leading_.insert(node).second) node = node->GetParentNode();
+            select(host_.GetSelNode(i));
         }
         if (selectedOnly_ && selected_.empty()) throw ExportError("no node is selected");
+    }
+
+    void select(INode* node) {
+        if (!selected_.insert(node).second) return;
+        reached_.push_back(node);
+        for (; node != nullptr && leading_.insert(node).second; node = node->GetParentNode()) {
+            bring_.push_back(node);
+        }
+    }
+
+    /// What references show goes along with them: the definitions of the database, or of what hangs
+    /// outside of any.
+    void selectDefinitions() {
+        if (database_ != nullptr) findDefinitions(*database_);
+        INode* const root = host_.GetRootNode();
+        for (int i = 0; i < root->NumberOfChildren(); ++i) {
+            INode* const child = root->GetChildNode(i);
+            if (!isHeader(child)) findDefinitions(*child);
+        }
+        const auto isElsewhere = [this](INode* node) {
+            INode* const database = databaseAbove(node);
+            return database != nullptr && database != database_;
+        };
+        std::erase_if(bring_, isElsewhere);
+        std::erase_if(reached_, isElsewhere);
+        std::unordered_set<const INode*> below;  // selected nodes and those below them
+        while (!bring_.empty() || !reached_.empty()) {
+            std::vector<INode*>& next = bring_.empty() ? reached_ : bring_;
+            INode* const node = next.back();
+            const bool isBelow = &next == &reached_;
+            next.pop_back();
+            if (isBelow && !below.insert(node).second) continue;
+            selectDefinitionOf(*node);
+            for (int i = 0; isBelow && i < node->NumberOfChildren(); ++i) {
+                reached_.push_back(node->GetChildNode(i));
+            }
+        }
+    }
+
+    void findDefinitions(INode& top) {
+        std::vector<INode*> open{&top};
+        while (!open.empty()) {
+            INode* const node = open.back();
+            open.pop_back();
+            FltInstanceDef definition;
+            if (isOfKind(node, FltNodeKind::InstanceDef) && fltGetRecord(node, definition)) {
+                definitions_.emplace(definition.instanceNumber, node);
+            }
+            for (int i = node->NumberOfChildren(); i-- > 0;) open.push_back(node->GetChildNode(i));
+        }
+    }
+
+    void selectDefinitionOf(INode& node) {
+        FltInstanceRef reference;
+        if (!isOfKind(&node, FltNodeKind::InstanceRef) || !fltGetRecord(&node, reference)) return;
+        const auto found = definitions_.find(reference.instanceNumber);
+        if (found != definitions_.end()) select(found->second);
     }
 
     INode* findDatabase() {
@@ -176,6 +238,9 @@ private:
     std::vector<std::uint32_t> open_;  ///< nodes of the plan whose children are being added
     std::unordered_set<const INode*> selected_;
     std::unordered_set<const INode*> leading_;  ///< selected nodes and those above them
+    std::vector<INode*> bring_;                 ///< of `leading_`, whose definitions are to come
+    std::vector<INode*> reached_;  ///< selected ones, with whose subtrees it is the same
+    std::map<std::int16_t, INode*> definitions_;  ///< by number, the first of each
 };
 
 }  // namespace

@@ -16,7 +16,8 @@ struct ExportOptions {
     /// Format revision x 100, from `kOldestExport` to `kNewestExport`; 0 for that of the database's
     /// header record, or the nearest that can be written.
     std::uint32_t revision = 0;
-    /// Only selected nodes with what lies below them, and the nodes above them.
+    /// Only selected nodes with what lies below them and the nodes above them, and so the instance
+    /// definitions that these refer to.
     bool selectedOnly = false;
 };
 
