@@ -165,14 +165,58 @@ Matrix3 keptPlace(const Kept& kept) {
     return transforms.result();
 }
 
-void putMatrix(std::uint8_t* place, const Matrix3& matrix) noexcept {
-    for (int row = 0; row < 4; ++row, place += 16) {
-        const Point3f values(matrix.GetRow(row));
-        putFloat32(place, values.x);
-        putFloat32(place + 4, values.y);
-        putFloat32(place + 8, values.z);
-        putFloat32(place + 12, row == 3 ? 1.0F : 0.0F);
+Matrix3 TransformReader::result() const noexcept {
+    if (!matrix_) return steps_;
+    Matrix3 precise = *matrix_;
+    for (int row = 0; row < 4; ++row) {
+        if (Point3f(steps_.GetRow(row)) == Point3f(precise.GetRow(row))) {
+            precise.SetRow(row, steps_.GetRow(row));
+        }
     }
+    return precise;
+}
+
+namespace {
+
+void beginRecord(std::uint16_t opcode, std::size_t length, std::vector<std::uint8_t>& bytes) {
+    const std::size_t start = bytes.size();
+    bytes.resize(start + length);
+    put16(&bytes[start], opcode);
+    put16(&bytes[start + 2], static_cast<std::uint16_t>(length));
+}
+
+void putMatrix(std::uint16_t opcode, const Matrix3& matrix, std::vector<std::uint8_t>& bytes) {
+    constexpr std::size_t kLength = 72;  // padded to a multiple of 8
+    beginRecord(opcode, kLength, bytes);
+    std::uint8_t* row = &bytes[bytes.size() - kLength + 4];
+    for (int i = 0; i < 4; ++i, row += 16) {
+        const Point3f values(matrix.GetRow(i));
+        putFloat32(row, values.x);
+        putFloat32(row + 4, values.y);
+        putFloat32(row + 8, values.z);
+        putFloat32(row + 12, i == 3 ? 1.0F : 0.0F);
+    }
+}
+
+void putTranslation(const Point3& by, std::vector<std::uint8_t>& bytes) {
+    constexpr std::size_t kLength = kFirst + 2 * kPoint;
+    beginRecord(kFltTranslate, kLength, bytes);
+    std::uint8_t* const delta = &bytes[bytes.size() - kPoint];
+    putFloat64(delta, by.x);
+    putFloat64(delta + 8, by.y);
+    putFloat64(delta + 16, by.z);
+}
+
+}  // namespace
+
+void putPlace(const Matrix3& place, std::vector<std::uint8_t>& bytes) {
+    putMatrix(kFltMatrix, place, bytes);
+    const Point3& position = place.GetTrans();
+    if (Point3(Point3f(position)) == position) return;
+    Matrix3 linear = place;
+    linear.SetTrans({});
+    if (!linear.IsIdentity()) putMatrix(kFltGeneralMatrix, linear, bytes);
+    putTranslation(position, bytes);
 }
 
 }  // namespace interchange

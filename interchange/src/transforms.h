@@ -6,6 +6,7 @@
 #include <kiln/geometry.h>
 
 #include <optional>
+#include <vector>
 
 namespace interchange {
 
@@ -14,15 +15,16 @@ bool isTransform(std::uint16_t opcode) noexcept;
 
 /// Works out how the transform records of a node, taken one after the other, place it.
 ///
-/// A matrix record is the whole placement; the records that follow it only tell how it came about.
-/// Without one, the others apply in their order.
+/// A matrix record is the whole placement, in single precision; the records that follow it only
+/// tell how it came about, and some of their numbers are doubles. Where both say the same as far as
+/// single precision goes, theirs count. Without a matrix, the others apply in their order.
 class TransformReader {
 public:
     /// Takes a record of any opcode; those that are no transforms, too short, or with numbers that
     /// are not finite change nothing.
     void take(FileBytes record);
     /// The placement; the identity when nothing was said.
-    const Matrix3& result() const noexcept { return matrix_ ? *matrix_ : steps_; }
+    Matrix3 result() const noexcept;
 
 private:
     std::optional<Matrix3> matrix_;
@@ -32,7 +34,8 @@ private:
 /// How what is kept on a node places it.
 Matrix3 keptPlace(const Kept& kept);
 
-/// The body of a matrix record, 16 floats, for that placement. Into 64 bytes at `place`.
-void putMatrix(std::uint8_t* place, const Matrix3& matrix) noexcept;
+/// Puts the records that place a node into `bytes`, one after the other: a matrix and, where that
+/// would round the position, the steps that lead to it, the last of which has it in doubles.
+void putPlace(const Matrix3& place, std::vector<std::uint8_t>& bytes);
 
 }  // namespace interchange
