@@ -4,6 +4,7 @@
 
 #include "colors.h"
 #include "kept.h"
+#include "layouts.h"
 #include "lights.h"
 #include "meshes.h"
 #include "names.h"
@@ -168,6 +169,7 @@ private:
             case kFltFace:
                 return makePolygon(source).release();
             case kFltLightPoint:
+            case kIndexedLightPoint:
                 return makePoints(source).release();
             case kFltLightSource:
                 return makeLight(paletteOf(static_cast<const FltLightSource&>(*record)));
@@ -392,7 +394,8 @@ private:
               const std::string& givenName) {
         const Mesh* const mesh = meshOf(node, source);
         if (mesh != nullptr) {
-            const FileBytes tails = tails_.bytesFor(*mesh, differentVertices());
+            const FileBytes tails =
+                tails_.bytesFor(*mesh, isLitFace(source, record), differentVertices());
             if (!tails.empty()) keepChunk(node, KeptChunk::corners, tails);
         }
         const bool losesVertices =
@@ -417,8 +420,12 @@ private:
         return {token_.data(), token_.length()};
     }
 
+    static bool isLitFace(const OutlineNode& source, const FltRecord* record) {
+        return source.kind == kFltFace && isLit(static_cast<const FltFace&>(*record).lightMode);
+    }
+
     static const Mesh* meshOf(INode& node, const OutlineNode& source) {
-        if (source.kind != kFltFace && source.kind != kFltLightPoint) return nullptr;
+        if (source.kind != kFltFace && !isLightPoint(source.kind)) return nullptr;
         return &static_cast<TriObject*>(node.GetObjectRef())->GetMesh();
     }
 

@@ -360,7 +360,7 @@ private:
     }
 
     static bool holdsPoints(const OutlineNode& node) {
-        return node.kind == kFltFace || node.kind == kFltLightPoint;
+        return node.kind == kFltFace || isLightPoint(node.kind);
     }
 
     /// Whether the level that ends here makes its owner a plain node.

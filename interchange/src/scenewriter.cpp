@@ -1,6 +1,7 @@
 #include "scenewriter.h"
 
 #include "bytes.h"
+#include "layouts.h"
 #include "lights.h"
 #include "names.h"
 #include "opcodes.h"
@@ -17,6 +18,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 #include <utility>
 
 namespace interchange {
@@ -51,8 +53,23 @@ private:
     Object* converted_ = nullptr;
 };
 
+bool isLightPoint(FltNodeKind kind) {
+    return interchange::isLightPoint(static_cast<std::uint16_t>(kind));
+}
+
+/// The direction that a polygon faces; (0, 0, 0) for one without area.
+Point3f normalOf(const Mesh& mesh, std::span<const std::uint32_t> corners) {
+    const auto corner = [&](std::size_t i) { return mesh.verts[static_cast<int>(corners[i])]; };
+    Point3 sum;
+    for (std::size_t i = 2; i < corners.size(); ++i) {
+        sum = sum + CrossProd(corner(i - 1) - corner(0), corner(i) - corner(0));
+    }
+    const Point3 normal = Normalize(sum);
+    return std::isfinite(normal.x + normal.y + normal.z) ? Point3f(normal) : Point3f();
+}
+
 bool hasOwnList(FltNodeKind kind) {
-    return kind == FltNodeKind::Face || kind == FltNodeKind::LightPoint;
+    return kind == FltNodeKind::Face || isLightPoint(kind);
 }
 
 /// The levels of a node that hold nodes, as its pieces have them.
@@ -145,20 +162,22 @@ void SceneWriter::collectMesh(std::uint32_t index) {
         mesh = &plain;
     }
     tails_.read(keptChunk(*node.node, KeptChunk::corners), *mesh);
-    if (node.kind == FltNodeKind::LightPoint) {
+    if (isLightPoint(node.kind)) {
         std::vector<std::uint32_t> all(static_cast<std::size_t>(mesh->verts.Count()));
         for (std::uint32_t i = 0; i < all.size(); ++i) all[i] = i;
         const bool textured = mesh->tVerts.Count() == mesh->verts.Count();
-        if (!all.empty()) collectPolygon(*mesh, all, textured ? all : std::vector<std::uint32_t>());
+        const auto textures = textured ? all : std::vector<std::uint32_t>();
+        if (!all.empty()) collectPolygon(*mesh, false, all, textures);
     } else {
+        const bool lit = isLitMesh(node);
         meshPolygons_.find(*mesh, hasOptions && options.keepTriangles != 0);
         for (std::size_t i = 0; i < meshPolygons_.count(); ++i) {
-            collectPolygon(*mesh, meshPolygons_.corners(i), meshPolygons_.textures(i));
+            collectPolygon(*mesh, lit, meshPolygons_.corners(i), meshPolygons_.textures(i));
         }
     }
     polygons_[index].count =
         static_cast<std::uint32_t>(polygonEnds_.size()) - polygons_[index].first;
-    if (node.kind != FltNodeKind::LightPoint && isNewMesh(node, *mesh, options)) {
+    if (!isLightPoint(node.kind) && isNewMesh(node, *mesh, options)) {
         newFaces_.emplace(index, newFaceOf(*node.node, *mesh, options, palettes_));
     }
 }
@@ -172,13 +191,22 @@ bool SceneWriter::isNewMesh(const PlanNode& node, const Mesh& mesh, const KilnFa
            isColorless(static_cast<const FltFace&>(*recordOf(node)));
 }
 
-void SceneWriter::collectPolygon(const Mesh& mesh, std::span<const std::uint32_t> corners,
+/// Whether lights shine on the faces of the node's mesh: those without a record are lit.
+bool SceneWriter::isLitMesh(const PlanNode& node) {
+    if (!fltHasRecord(node.node)) return true;
+    return node.kind == FltNodeKind::Face &&
+           isLit(static_cast<const FltFace&>(*recordOf(node)).lightMode);
+}
+
+void SceneWriter::collectPolygon(const Mesh& mesh, bool lit, std::span<const std::uint32_t> corners,
                                  std::span<const std::uint32_t> textures) {
     polygonBytes_.clear();
+    const Point3f normal = normalOf(mesh, corners);
     for (std::size_t i = 0; i < corners.size(); ++i) {
         const Point3f* const texture =
             textures.empty() ? nullptr : mesh.tVerts.Addr(static_cast<int>(textures[i]));
-        const FileBytes vertex = tails_.vertex(mesh, corners[i], texture, palettes_.colors());
+        const FileBytes vertex =
+            tails_.vertex(mesh, corners[i], texture, lit ? &normal : nullptr, palettes_.colors());
         polygonBytes_.insert(polygonBytes_.end(), vertex.begin(), vertex.end());
     }
     polygonVertices_.clear();
@@ -376,9 +404,9 @@ void SceneWriter::writeMatrix(Changes& changes) {
 }
 
 void SceneWriter::writeMatrix(const Matrix3& matrix) {
-    FltToken& token = stream_->token();
-    putMatrix(token.begin(kFltMatrix, 64), matrix);
-    stream_->writeToken(token);
+    list_.clear();
+    putPlace(matrix, list_);
+    for (RecordWalk walk(list_); walk.next();) stream_->writeVerbatim(walk.record());
 }
 
 /// A piece that is no level and no vertex list, or what has taken its place.
@@ -446,6 +474,7 @@ void SceneWriter::writeBody(std::uint32_t index, const Kept& kept, Changes& chan
     body.index = index;
     body.nextChild = index + 1;
     body.levelForAll = levels.children == node.children ? kNone : levels.first(childLevel);
+    body.isFace = isFace;
     body.moved = levels.children != node.children;
     body.lacksList = hasOwnList(node.kind) && polygons_[index].count != 0 && !levels.hasList;
     body.lacksFaces = !hasOwnList(node.kind) && polygons_[index].count != 0;
@@ -526,7 +555,11 @@ void SceneWriter::writeChildren(Body& body, std::uint32_t count) {
     for (; count != 0 && body.nextChild < plan_.nodes[body.index].end; --count) {
         const std::uint32_t child = body.nextChild;
         body.nextChild = plan_.nodes[child].end;
-        writeNode(child);
+        if (!body.isFace && hasFacesOfItsOwn(child)) {
+            writeNewMesh(child);
+        } else {
+            writeNode(child);
+        }
     }
 }
 
@@ -544,7 +577,7 @@ void SceneWriter::writeFaces(std::uint32_t index, std::uint32_t first) {
             std::ranges::fill(face.asciiId, '\0');
         }
         writeFace(face, index);
-        if (node.kind == FltNodeKind::Face && !isSuperFace(index)) {
+        if (first != 0 && node.kind == FltNodeKind::Face && !isSuperFace(index)) {
             // They stand beside the node's own face, whose transform does not reach them.
             const Matrix3 place = placeInFile(plan_, node);
             if (!place.IsIdentity()) writeMatrix(place);
@@ -654,6 +687,38 @@ void SceneWriter::writeNode(std::uint32_t index) {
     Changes changes;
     writeBead(index, kept, changes);
     writeRest(index, kept, changes);
+}
+
+/// Whether the node stands for several faces, none of which was read and is the node itself.
+bool SceneWriter::hasFacesOfItsOwn(std::uint32_t index) const {
+    const PlanNode& node = plan_.nodes[index];
+    return node.kind == FltNodeKind::Face && polygons_[index].count > 1 && !isSuperFace(index) &&
+           keptFor(node).revision == 0;
+}
+
+/// A mesh that was made in the scene: an object with its polygons, or a group where more than faces
+/// hangs below it.
+void SceneWriter::writeNewMesh(std::uint32_t index) {
+    tellProgress(index, 0.5);
+    const PlanNode& node = plan_.nodes[index];
+    bool onlyFaces = true;
+    for (std::uint32_t i = index + 1; i < node.end; i = plan_.nodes[i].end) {
+        onlyFaces = onlyFaces && plan_.nodes[i].kind == FltNodeKind::Face;
+    }
+    FltRecord& record = *records_.fresh(onlyFaces ? kFltObject : kFltGroup);
+    Changes changes;
+    decidePlace(node, {}, changes);
+    record.write(*stream_);
+    name_ = idOf(record);
+    decideTexts(node, {}, changes);
+    writeChanges(changes);
+    Body body;
+    body.index = index;
+    body.nextChild = index + 1;
+    push(kFltPushLevel);
+    writeFaces(index, 0);
+    writeChildren(body, node.children);
+    pop(kFltPopLevel);
 }
 
 void SceneWriter::writeRest(std::uint32_t index, const Kept& kept, Changes& changes) {

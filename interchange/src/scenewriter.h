@@ -65,6 +65,7 @@ private:
         std::uint32_t nextChild = 0;
         std::uint32_t levelForAll = kNone;  ///< for `moved`: the level that gets all children
         bool moved = false;                 ///< other children than those that were read
+        bool isFace = false;                ///< what is below it are subfaces
         bool hadList = false;
         bool lacksList = false;   ///< corners that have no place yet
         bool lacksFaces = false;  ///< polygons that have no place yet
@@ -75,7 +76,8 @@ private:
     void collectNode(std::uint32_t index);
     void collectMesh(std::uint32_t index);
     bool isNewMesh(const PlanNode& node, const Mesh& mesh, const KilnFace& options);
-    void collectPolygon(const Mesh& mesh, std::span<const std::uint32_t> corners,
+    bool isLitMesh(const PlanNode& node);
+    void collectPolygon(const Mesh& mesh, bool lit, std::span<const std::uint32_t> corners,
                         std::span<const std::uint32_t> textures);
     void collectKeptVertices(const Kept& kept);
     void collectLight(std::uint32_t index);
@@ -88,7 +90,9 @@ private:
                      Changes& changes);
     void decideTexts(const PlanNode& node, const Kept& kept, Changes& changes);
 
+    bool hasFacesOfItsOwn(std::uint32_t index) const;
     void writeNode(std::uint32_t index);
+    void writeNewMesh(std::uint32_t index);
     void writeBead(std::uint32_t index, const Kept& kept, Changes& changes);
     void writeRest(std::uint32_t index, const Kept& kept, Changes& changes);
     void writeChanges(Changes& changes);

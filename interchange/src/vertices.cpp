@@ -96,11 +96,11 @@ FileBytes VertexTails::tail(std::size_t index) const noexcept {
     return FileBytes(bytes_).subspan(start, end - start);
 }
 
-FileBytes VertexTails::bytesFor(const Mesh& mesh, std::span<const FileBytes> vertices) {
+FileBytes VertexTails::bytesFor(const Mesh& mesh, bool lit, std::span<const FileBytes> vertices) {
     if (vertices.empty()) return {};
     clear();
     for (const FileBytes vertex : vertices) append(vertex);
-    const std::uint16_t kind = kindOf(!mesh.normals.IsEmpty(), !mesh.tVerts.IsEmpty());
+    const std::uint16_t kind = kindOf(lit || !mesh.normals.IsEmpty(), !mesh.tVerts.IsEmpty());
     for (std::size_t i = 0; i < starts_.size(); ++i) {
         const COLORREF* const color =
             mesh.colors.IsEmpty() ? nullptr : mesh.colors.Addr(static_cast<int>(i));
@@ -145,13 +145,14 @@ bool VertexTails::fits(const Mesh& mesh) const noexcept {
 }
 
 FileBytes VertexTails::vertex(const Mesh& mesh, std::uint32_t index, const Point3f* texture,
-                              FileBytes colorPalette) {
+                              const Point3f* normal, FileBytes colorPalette) {
     const auto at = static_cast<int>(index);
+    if (!mesh.normals.IsEmpty()) normal = mesh.normals.Addr(at);
     const COLORREF* const color = mesh.colors.IsEmpty() ? nullptr : mesh.colors.Addr(at);
     std::uint8_t made[24];
     FileBytes entry;
     if (starts_.empty()) {
-        entry = {made, ownTail(kindOf(!mesh.normals.IsEmpty(), texture != nullptr), color, made)};
+        entry = {made, ownTail(kindOf(normal != nullptr, texture != nullptr), color, made)};
     } else {
         entry = tail(starts_.size() == 1 ? 0 : index);
     }
@@ -166,11 +167,10 @@ FileBytes VertexTails::vertex(const Mesh& mesh, std::uint32_t index, const Point
     putFloat64(bytes + kVertexPosition, position.x);
     putFloat64(bytes + kVertexPosition + 8, position.y);
     putFloat64(bytes + kVertexPosition + 16, position.z);
-    if (isWithNormal(opcode) && !mesh.normals.IsEmpty()) {
-        const Point3f& normal = mesh.normals[at];
-        putFloat32(bytes + kVertexNormal, normal.x);
-        putFloat32(bytes + kVertexNormal + 4, normal.y);
-        putFloat32(bytes + kVertexNormal + 8, normal.z);
+    if (isWithNormal(opcode) && normal != nullptr) {
+        putFloat32(bytes + kVertexNormal, normal->x);
+        putFloat32(bytes + kVertexNormal + 4, normal->y);
+        putFloat32(bytes + kVertexNormal + 8, normal->z);
     }
     if (isWithTexture(opcode) && texture != nullptr) {
         putFloat32(bytes + vertexTexture(opcode), texture->x);

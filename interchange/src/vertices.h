@@ -77,21 +77,22 @@ bool areAlike(std::span<const FileBytes> vertices) noexcept;
 ///
 /// As bytes: one entry for each vertex, or a single one for all when they are alike. An entry is
 /// the record without its position, normal and texture coordinates. Nothing at all stands for
-/// vertices as the exporter makes them from the mesh alone.
+/// vertices as the exporter makes them from the mesh alone, those of lit faces with normals.
 class VertexTails {
 public:
-    /// The bytes for a mesh made of `vertices`, of which one will do when they are alike; empty
-    /// when it needs none. Valid until the tails change.
-    FileBytes bytesFor(const Mesh& mesh, std::span<const FileBytes> vertices);
+    /// The bytes for a mesh made of `vertices`, of which one will do when they are alike, of a face
+    /// that is lit or of anything else; empty when it needs none. Valid until the tails change.
+    FileBytes bytesFor(const Mesh& mesh, bool lit, std::span<const FileBytes> vertices);
 
     /// Takes tails that were kept for a mesh; bytes that do not fit it are taken as nothing.
     void read(FileBytes bytes, const Mesh& mesh);
 
     /// Puts the record of the mesh's vertex `index`, with its texture coordinates `texture`
-    /// (null for none), together. Colour indices are those of `colorPalette`, a record or empty;
+    /// (null for none), together. Where the mesh has no normals and nothing was kept, it gets
+    /// `normal` (null for none). Colour indices are those of `colorPalette`, a record or empty;
     /// a vertex whose colour in the mesh is another gets that one. Valid until the next call.
     FileBytes vertex(const Mesh& mesh, std::uint32_t index, const Point3f* texture,
-                     FileBytes colorPalette);
+                     const Point3f* normal, FileBytes colorPalette);
 
 private:
     void clear() noexcept;

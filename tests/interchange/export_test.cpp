@@ -11,6 +11,7 @@
 #include <quillon/fltgroup.h>
 #include <quillon/fltheader.h>
 #include <quillon/fltlightsource.h>
+#include <quillon/fltobject.h>
 #include <quillon/flttext.h>
 
 namespace {
@@ -107,17 +108,19 @@ TEST_F(ExportTest, WritesWhatWasMadeInTheScene) {
     light->SetLocalTM(0, TransMatrix({1, 2, 3}));
     INode* const again = reimported();
 
-    EXPECT_EQ(tree(), "airfield(Box,f2,f3,f4,f5,f6,a group with a long name(lamp))");
+    EXPECT_EQ(tree(), "airfield(Box(f1,f2,f3,f4,f5,f6),a group with a long name(lamp))");
     EXPECT_EQ(report.summary, "exported 4 nodes (1 group, 1 light source, 1 face, 1 header)");
-    const auto face = recordOf<FltFace>(again->GetChildNode(0));
-    EXPECT_EQ(fltText(face.asciiId), "f1");
+    INode* const boxAgain = again->GetChildNode(0);
+    EXPECT_EQ(fltText(recordOf<FltObject>(boxAgain).asciiId), "o1");
     EXPECT_EQ(recordOf<FltHeader>(again).nextFaceId, 7);
     for (int i = 0; i < 6; ++i) {
         const auto& mesh =
-            dynamic_cast<TriObject&>(*again->GetChildNode(i)->GetObjectRef()).GetMesh();
-        EXPECT_EQ(mesh.verts.Count(), 4) << "a side is one polygon";
+            dynamic_cast<TriObject&>(*boxAgain->GetChildNode(i)->GetObjectRef()).GetMesh();
+        ASSERT_EQ(mesh.verts.Count(), 4) << "a side is one polygon";
+        ASSERT_EQ(mesh.normals.Count(), 4) << "which is lit";
+        for (const Point3f& normal : mesh.normals) EXPECT_EQ(normal, Point3f(mesh.FaceNormal(0)));
     }
-    INode* const groupAgain = again->GetChildNode(6);
+    INode* const groupAgain = again->GetChildNode(1);
     EXPECT_EQ(groupAgain->GetNodeTM(0).GetTrans(), (Point3{10, 5, 0}));
     INode* const lightAgain = groupAgain->GetChildNode(0);
     EXPECT_EQ(lightAgain->GetNodeTM(0).GetTrans(), (Point3{11, 7, 3}));
@@ -159,13 +162,15 @@ TEST_F(ExportTest, GivesNewFacesTheLooksOfTheirNodes) {
     INode* const top = reimported({1420, false});
 
     const auto node = [&](const char* name) { return host.GetINodeByName(name); };
-    EXPECT_EQ(node("plain")->GetWireColor(), 0x332211U);
-    EXPECT_EQ(recordOf<FltFace>(node("plain")).lightMode, 2);
-    EXPECT_EQ(node("f2")->GetWireColor(), 0x332211U) << "all sides of the box";
-    EXPECT_EQ(node("edited")->GetWireColor(), 0x665544U);
-    EXPECT_EQ(recordOf<FltFace>(node("edited")).lightMode, 0) << "as its record says";
-    EXPECT_EQ(recordOf<FltFace>(node("indexed")).primaryColorIndex, 5U);
-    EXPECT_EQ(recordOf<FltFace>(node("indexed")).flags, 0U);
+    const auto side = [&](const char* name, int i) { return node(name)->GetChildNode(i); };
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_EQ(side("plain", i)->GetWireColor(), 0x332211U) << i;
+        EXPECT_EQ(recordOf<FltFace>(side("plain", i)).lightMode, 2);
+        EXPECT_EQ(side("edited", i)->GetWireColor(), 0x665544U);
+        EXPECT_EQ(recordOf<FltFace>(side("edited", i)).lightMode, 0) << "as its record says";
+        EXPECT_EQ(recordOf<FltFace>(side("indexed", i)).primaryColorIndex, 5U);
+        EXPECT_EQ(recordOf<FltFace>(side("indexed", i)).flags, 0U);
+    }
     EXPECT_EQ(node("colored")->GetWireColor(), DEFAULT_WIRE_COLOR);
     EXPECT_EQ(recordOf<FltFace>(node("colored")).lightMode, 3);
     INode* const super = node("painted");
@@ -197,6 +202,38 @@ TEST_F(ExportTest, KeepsPicturesAsTheRecordSays) {
     EXPECT_EQ(reimported()->GetChildNode(0)->GetTexmap(), nullptr);
 }
 
+// What hangs on a mesh hangs on what stands for it; a mesh on a face has no such place.
+TEST_F(ExportTest, KeepsTogetherWhatHangsOnMeshes) {
+    const auto add = [&](const char* name, INode* above) {
+        INode* const node = host.CreateObjectNode(new BoxObject(2, 2, 2), name);
+        EXPECT_TRUE(above == nullptr || above->AttachChild(node, false));
+        return node;
+    };
+    INode* const house = add("house", nullptr);
+    add("roof", house);
+    ASSERT_TRUE(fltPutComment(house, "of wood"));
+    INode* const post = add("post", nullptr);
+    INode* const lamp = host.CreateObjectNode(new GenLight(OMNI_LIGHT_CLASS_ID), "lamp");
+    ASSERT_TRUE(post->AttachChild(lamp, false));
+    reimported();
+    EXPECT_EQ(tree(),
+              "airfield(house(f1,f2,f3,f4,f5,f6,roof(f7,f8,f9,f10,f11,f12)),"
+              "post(f13,f14,f15,f16,f17,f18,lamp))");
+    EXPECT_TRUE(fltHasRecord(host.GetINodeByName("house")));
+    FltObject object;
+    FltGroup group;
+    EXPECT_TRUE(fltGetRecord(host.GetINodeByName("house"), object));
+    EXPECT_TRUE(fltGetRecord(host.GetINodeByName("post"), group)) << "an object holds no lights";
+    std::string comment;
+    EXPECT_TRUE(fltGetComment(host.GetINodeByName("house"), comment));
+    EXPECT_EQ(comment, "of wood");
+    EXPECT_FALSE(fltGetComment(host.GetINodeByName("f1"), comment));
+
+    add("mark", host.GetINodeByName("f2"));
+    reimported();
+    EXPECT_EQ(host.GetINodeByName("mark")->GetParentNode(), host.GetINodeByName("f2"));
+}
+
 // A mesh of several polygons becomes as many faces, each of which stands where the mesh did.
 TEST_F(ExportTest, PlacesEveryFaceOfAMeshThatWasMoved) {
     INode* const box = host.CreateObjectNode(new BoxObject(2, 2, 2), "hut");
@@ -220,6 +257,60 @@ TEST_F(ExportTest, PlacesEveryFaceOfAMeshThatWasMoved) {
     EXPECT_EQ(faces, 6);
     EXPECT_EQ(around.Min(), (Point3{39, 99, 0}));
     EXPECT_EQ(around.Max(), (Point3{41, 101, 2}));
+}
+
+TEST_F(ExportTest, ReturnsPlacesToTheLastBit) {
+    const Matrix3 turned{{0, 1, 0}, {-1, 0, 0}, {0, 0, 0.5}, {6378137.3, -0.1, 1e-9}};
+    const Matrix3 places[] = {TransMatrix({6378137.3, 0, 0}), turned, TransMatrix({1, 2, 3})};
+    for (const Matrix3& place : places) {
+        host.CreateObjectNode(new BoxObject(2, 2, 2), "hut")->SetNodeTM(0, place);
+    }
+    const std::vector<std::uint8_t> file = exported();
+    core.newScene();
+    import(file);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(database()->GetChildNode(i)->GetNodeTM(0), places[i]);
+    EXPECT_EQ(exported(), file);
+
+    Bytes translation;
+    translation.u16(78).u16(56).zeros(4 + 24).f64(6378137.3).f64(0).f64(0);
+    FltFileReader reader(file);
+    std::vector<unsigned> steps;
+    while (reader.next()) {
+        if (reader.opcode() != 49 && reader.opcode() != 78 && reader.opcode() != 94) continue;
+        steps.push_back(reader.opcode());
+        if (steps.size() != 2) continue;
+        EXPECT_TRUE(std::ranges::equal(std::span(file).subspan(reader.offset(), reader.length()),
+                                       translation.vector()));
+    }
+    EXPECT_EQ(steps, (std::vector<unsigned>{49, 78, 49, 94, 78, 49}));
+}
+
+// The steps behind a matrix may be another program's, for another purpose.
+TEST_F(ExportTest, BelievesTheMatrixRatherThanItsSteps) {
+    FltBytes file("f");
+    file.push().group("a").matrix(6378137.5F, 0, 0);
+    file.record(78, Bytes().zeros(4 + 24).f64(6378137.3).f64(0).f64(0));
+    file.group("b").matrix(1, 0, 0).record(78, Bytes().zeros(4 + 24).f64(2).f64(0).f64(0)).pop();
+    INode* const top = import(file);
+    EXPECT_EQ(top->GetChildNode(0)->GetNodeTM(0).GetTrans(), (Point3{6378137.3, 0, 0}));
+    EXPECT_EQ(top->GetChildNode(1)->GetNodeTM(0).GetTrans(), (Point3{1, 0, 0}));
+}
+
+TEST_F(ExportTest, WritesEditedLightPoints) {
+    FltBytes file("f");
+    file.palette(kPoints).push();
+    file.record(111, Bytes().field("lp", 8).zeros(144)).push().list({0, 1, 2}).pop();
+    file.record(130, Bytes().field("indexed", 8).u32(2).zeros(12)).push().list({0, 1, 2}).pop();
+    const auto mesh = [](INode* node) -> Mesh& {
+        return dynamic_cast<TriObject&>(*node->GetObjectRef()).GetMesh();
+    };
+    INode* const top = import(file.pop());
+    for (int i = 0; i < 2; ++i) mesh(top->GetChildNode(i)).verts[1] = {7, 8, 9};
+    INode* const again = reimported();
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_EQ(mesh(again->GetChildNode(i)).verts.Count(), 3);
+        EXPECT_EQ(mesh(again->GetChildNode(i)).verts[1], (Point3{7, 8, 9}));
+    }
 }
 
 TEST_F(ExportTest, MovesNodesAmongParents) {
@@ -338,6 +429,34 @@ TEST_F(ExportTest, WritesWhatIsSelected) {
     host.SelectNode(top->GetChildNode(1), false);
     reimported({0, true});
     EXPECT_EQ(tree(), "f(a(c),d(e))");
+}
+
+// Directly, by way of a definition, and by way of a node above; once, however many refer to them.
+TEST_F(ExportTest, BringsTheDefinitionsOfWhatIsSelectedAlong) {
+    const auto numbered = [](unsigned number) { return Bytes().u16(0).u16(number); };
+    FltBytes file("f");
+    file.push().group("lib").push();
+    for (const unsigned number : {1U, 2U, 3U, 4U}) {
+        const std::string name = "def" + std::to_string(number);
+        file.record(62, numbered(number)).longId(name).push().object("o" + name);
+        if (number < 3) file.record(61, numbered(3 - number)).longId("to" + std::to_string(number));
+        file.pop();
+    }
+    file.record(62, numbered(1)).longId("second").pop();
+    file.group("a")
+        .push()
+        .record(61, numbered(1))
+        .longId("r1")
+        .record(61, numbered(1))
+        .longId("r2");
+    file.record(61, numbered(9)).longId("lost").pop();
+    file.record(61, numbered(4)).longId("above").push().group("in").group("out").pop();
+    INode* const top = import(file.pop());
+    host.SelectNode(top->GetChildNode(1));
+    host.SelectNode(host.GetINodeByName("in"), false);
+    reimported({0, true});
+    EXPECT_EQ(tree(),
+              "f(lib(def1(odef1,to1),def2(odef2,to2),def4(odef4)),a(r1,r2,lost),above(in))");
 }
 
 TEST_F(ExportTest, LeavesTheOldFileAlone) {

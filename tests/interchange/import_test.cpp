@@ -219,11 +219,16 @@ TEST_F(ImportTest, MakesLightsOfLightSources) {
 TEST_F(ImportTest, KeepsThePointsOfLightPoints) {
     FltBytes file("f");
     file.palette(kPoints).push().record(111, Bytes().field("lp", 8).zeros(144));
+    file.push().list({0, 5, 2}).pop().record(130, Bytes().field("indexed", 8).u32(2).zeros(12));
     file.push().list({0, 5, 2}).pop().pop();
-    const Mesh& mesh = meshOf(import(file)->GetChildNode(0));
-    EXPECT_EQ(mesh.faces.Count(), 0);
-    ASSERT_EQ(mesh.verts.Count(), 3);
-    EXPECT_EQ(mesh.verts[1], (Point3{8, 0, 0}));
+    INode* const top = import(file);
+    for (int i = 0; i < 2; ++i) {
+        const Mesh& mesh = meshOf(top->GetChildNode(i));
+        EXPECT_EQ(mesh.faces.Count(), 0);
+        ASSERT_EQ(mesh.verts.Count(), 3);
+        EXPECT_EQ(mesh.colors.Count(), 3);
+        EXPECT_EQ(mesh.verts[1], (Point3{8, 0, 0}));
+    }
 }
 
 TEST_F(ImportTest, ColoursLightPointsByTheirVertices) {

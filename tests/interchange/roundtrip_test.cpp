@@ -167,6 +167,32 @@ TEST_F(RoundTrip, KeepsTheLengthOfLongerRecords) {
     }
 }
 
+// Others light faces whose vertices have no normals, and give normals to faces that are not lit.
+TEST_F(RoundTrip, AddsNoNormalsAndTakesNoneAway) {
+    FltBytes file("f");
+    file.record(67, Bytes().u32(8 + 3 * 40 + 3 * 56));
+    Bytes without, with;
+    for (std::uint32_t i = 0; i < 3; ++i) {
+        without.u32(8 + i * 40), with.u32(8 + 3 * 40 + i * 56);
+        file.record(68, Bytes().u16(0).u16(0x2000).f64(i).f64(i * i).f64(0).u32(~0U).u32(~0U));
+    }
+    for (unsigned i = 0; i < 3; ++i) {
+        Bytes vertex;
+        vertex.u16(0).u16(0x2000).f64(i).f64(i * i).f64(0).f32(0).f32(0).f32(1);
+        file.record(69, vertex.u32(~0U).u32(~0U).zeros(4));
+    }
+    file.push();
+    for (const unsigned mode : {0U, 1U, 2U, 3U}) {
+        Bytes face;
+        face.field("face", 8).zeros(32).u32(0x60000000).u8(mode).zeros(15);
+        face.u16(0xFFFF).zeros(14);
+        file.record(5, face).push().record(72, without).pop();
+        file.record(5, face).push().record(72, with).pop();
+    }
+    const std::vector<std::uint8_t> out = roundTrip(file.pop());
+    EXPECT_EQ(out, file.vector());
+}
+
 // A corner takes 4 bytes in a list; what a vertex says must not be kept at any length for each.
 TEST_F(RoundTrip, KeepsVerticesOfBoundedLength) {
     FltBytes file("f");
@@ -265,6 +291,7 @@ TEST_F(RoundTrip, KeepsVerticesOfEveryKind) {
     file.face("mixed").push().record(72, mixed).record(53, Bytes().u32(0x80000000).zeros(64)).pop();
     file.face("flat").push().record(72, flat).pop().face("morph").push().record(89, morph).pop();
     file.record(111, named("points", 148)).push().record(72, mixed).pop();
+    file.record(130, named("indexed", 16)).push().record(72, mixed).pop();
     file.group("other").push().record(72, flat).pop().pop();
     const std::vector<std::uint8_t> out = roundTrip(file);
     EXPECT_EQ(out.size(), file.size());
