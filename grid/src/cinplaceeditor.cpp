@@ -1,3 +1,5 @@
+#include "keys.h"
+
 #include <framework/text.h>
 #include <grid/cgridctrl.h>
 #include <grid/cinplaceeditor.h>
@@ -10,10 +12,6 @@ constexpr UINT kEditorId = 1;
 constexpr int kShownEntries = 10;
 // Posted by the list to itself: it must not be taken down within the combo box's own procedure.
 constexpr UINT kChoiceMade = WM_APP + 2;
-
-bool isDown(int key) noexcept {
-    return ::GetKeyState(key) < 0;
-}
 
 bool isMove(UINT key) noexcept {
     switch (key) {
@@ -122,7 +120,7 @@ void CInPlaceEdit::GrowWithLines() {
 }
 
 void CInPlaceEdit::OnKeyDown(UINT key, UINT, UINT) {
-    const bool control = isDown(VK_CONTROL);
+    const bool control = grid::isControlDown();
     const bool ends = key == VK_TAB || key == VK_ESCAPE ||
                       (key == VK_RETURN && (!multiLine_ || control)) ||
                       (isMove(key) && (control || arrowsEnd_));
@@ -188,7 +186,7 @@ void CInPlaceList::Start(const std::string& text, wchar_t firstKey) {
 
 void CInPlaceList::OnKeyDown(UINT key, UINT, UINT) {
     const bool ends = key == VK_TAB || key == VK_ESCAPE || key == VK_RETURN ||
-                      (isMove(key) && (isDown(VK_CONTROL) || arrowsEnd_));
+                      (isMove(key) && (grid::isControlDown() || arrowsEnd_));
     if (!ends) {
         Default();
         return;
@@ -216,9 +214,13 @@ void CInPlaceList::SearchFor(wchar_t typed) {
     const bool repeated = typed_.find_first_not_of(typed) == std::wstring::npos;
     const std::wstring sought = repeated ? std::wstring(1, typed) : typed_;
     const int after = repeated ? Selected() : Selected() - 1;
-    const LRESULT found =
-        Send(CB_FINDSTRING, static_cast<WPARAM>(after), reinterpret_cast<LPARAM>(sought.c_str()));
-    if (found >= 0) Select(static_cast<int>(found));
+    auto found = static_cast<int>(
+        Send(CB_FINDSTRING, static_cast<WPARAM>(after), reinterpret_cast<LPARAM>(sought.c_str())));
+    if (found < 0) {
+        const grid::CellId cell = owner_.editedCell_;
+        found = owner_.FindChoice(cell.row, cell.column, toUtf8(typed_));
+    }
+    if (found >= 0) Select(found);
 }
 
 void CInPlaceList::HandleNotification(UINT code) {

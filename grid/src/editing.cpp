@@ -1,4 +1,6 @@
 // Editing in place.
+#include "keys.h"
+
 #include <framework/text.h>
 #include <grid/cgridctrl.h>
 
@@ -150,7 +152,7 @@ void CGridCtrl::FinishEdit(bool keep, UINT key) {
         if (FromHandle(self) != this) return;
     }
     if (!key) return;
-    const bool shift = ::GetKeyState(VK_SHIFT) < 0;
+    const bool shift = grid::isDown(VK_SHIFT);
     if (key == VK_TAB) {
         const CellId next = TabTarget(shift);
         if (next.IsValid()) {

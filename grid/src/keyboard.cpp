@@ -1,13 +1,13 @@
 // The grid by keyboard.
+#include "keys.h"
+
 #include <grid/cgridctrl.h>
 
 using grid::CellId;
+using grid::isControlDown;
+using grid::isDown;
 
 namespace {
-
-bool isDown(int key) noexcept {
-    return ::GetKeyState(key) < 0;
-}
 
 bool isRightToLeft(HWND window) noexcept {
     return (::GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_LAYOUTRTL) != 0;
@@ -91,7 +91,7 @@ UINT CGridCtrl::OnGetDlgCode(const MSG* message) {
     bool wanted = false;
     switch (message->wParam) {
         case VK_TAB:
-            wanted = !isDown(VK_CONTROL) && TabTarget(isDown(VK_SHIFT)).IsValid();
+            wanted = !isControlDown() && TabTarget(isDown(VK_SHIFT)).IsValid();
             break;
         case VK_RETURN:
             wanted = CanEdit(focus_);
@@ -156,26 +156,27 @@ void CGridCtrl::OnKeyDown(UINT key, UINT, UINT) {
     if (key == VK_TAB) {
         const bool backwards = isDown(VK_SHIFT);
         const CellId cell = TabTarget(backwards);
-        if (cell.IsValid() && !isDown(VK_CONTROL)) {
+        if (cell.IsValid() && !isControlDown()) {
             MoveFocus(cell, false);
         } else {
             LeaveByTab(backwards);
         }
         return;
     }
-    const bool control = isDown(VK_CONTROL);
+    const bool control = isControlDown();
     const bool handled = control ? HandleControlShortcut(key) : HandleShortcut(key);
     if (!handled && !MoveByKey(key, control, isDown(VK_SHIFT))) Default();
 }
 
 void CGridCtrl::OnChar(UINT utf16, UINT repeat, UINT flags) {
-    // What is typed faster than the editor opens belongs to the editor.
-    if (const HWND editor = Editor()) {
-        ::SendMessageW(editor, WM_CHAR, utf16, MAKELPARAM(repeat, flags));
-        return;
-    }
+    // Among them is that of the Enter which has just opened the editor.
     constexpr UINT kDeleteCharacter = 127;
-    if (utf16 >= L' ' && utf16 != kDeleteCharacter) BeginEdit(focus_, static_cast<wchar_t>(utf16));
+    if (utf16 < L' ' || utf16 == kDeleteCharacter) return;
+    // What is typed faster than the editor opens belongs to the editor.
+    if (const HWND editor = Editor())
+        ::SendMessageW(editor, WM_CHAR, utf16, MAKELPARAM(repeat, flags));
+    else
+        BeginEdit(focus_, static_cast<wchar_t>(utf16));
 }
 
 // An input method composes for the window that had the keyboard when it began. The edit that this

@@ -1,4 +1,6 @@
 // The grid by mouse: focus, selection, column widths, dragging of cells.
+#include "keys.h"
+
 #include <grid/cgridctrl.h>
 
 #include <cstdlib>
@@ -190,7 +192,7 @@ void CGridCtrl::DropAt(CellId cell) {
     const HWND self = Handle();
     const CellRange source = selection_;
     const std::string text = RangeText(source);
-    const bool move = ::GetKeyState(VK_SHIFT) < 0;
+    const bool move = grid::isDown(VK_SHIFT);
     if (move) ClearSelection();
     if (FromHandle(self) != this || !IsValid(cell)) return;
     MoveFocus(cell, false);

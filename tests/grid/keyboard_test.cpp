@@ -55,6 +55,30 @@ TEST_F(GridKeyboard, ExtendsTheSelectionWithShift) {
     EXPECT_EQ(grid().Selection(), (CellRange{{1, 1}, {6, 3}}));
 }
 
+// AltGr is Ctrl and Alt to the platform.
+TEST_F(GridKeyboard, AltGrTypesCharacters) {
+    const std::string text = grid().CellText(2, 2);
+    BYTE keys[256] = {};
+    ::GetKeyboardState(keys);
+    for (const int key : {VK_CONTROL, VK_LCONTROL, VK_MENU, VK_RMENU}) keys[key] = 0x80;
+    ::SetKeyboardState(keys);
+    for (const WPARAM pressed : {L'C', L'X', L'V', L'P', L'A'}) grid().Send(WM_KEYDOWN, pressed);
+    EXPECT_EQ(grid().CellText(2, 2), text);
+    EXPECT_EQ(host.grid.printed, 0);
+    EXPECT_EQ(grid().Selection(), (CellRange{{2, 2}, {2, 2}}));
+    grid().Send(WM_KEYDOWN, L'Q');
+    grid().Send(WM_CHAR, L'@');
+    const HWND editor = grid().Editor();
+    ASSERT_TRUE(editor);
+    wchar_t typed[8] = L"";
+    ::GetWindowTextW(editor, typed, 8);
+    EXPECT_STREQ(typed, L"@");
+    for (const int key : {VK_CONTROL, VK_LCONTROL, VK_MENU, VK_RMENU}) keys[key] = 0;
+    ::SetKeyboardState(keys);
+    key(VK_ESCAPE);
+    EXPECT_TRUE(host.edits.empty());
+}
+
 TEST_F(GridKeyboard, TabGoesThroughTheCellsAndOutAtTheEnd) {
     grid().SetFocusCell({5, 3});
     key(VK_TAB);

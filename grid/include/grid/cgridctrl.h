@@ -179,6 +179,9 @@ public:
 protected:
     /// Fills a list editor that is about to open for a cell. The default adds nothing.
     virtual void FillList(int /*row*/, int /*column*/, CInPlaceList&) {}
+    /// The position of the entry that `typed` stands for, or begins to, when no entry begins with
+    /// it; -1 for none.
+    virtual int FindChoice(int /*row*/, int /*column*/, std::string_view /*typed*/) { return -1; }
     /// Ctrl+P. The default asks for a printer and prints the grid under the caption of the window
     /// that it stands in.
     virtual void OnPrint();
