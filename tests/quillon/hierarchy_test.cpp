@@ -158,7 +158,7 @@ TEST(SwitchTest, SizesItsMasks) {
     // words before, current mask, bits -> words per mask, masks, words, current mask
     const std::tuple<int, int, int, int, int, int, int> cases[] = {
         {0, 0, 3, 1, 1, 1, 0},     {0, 5, 33, 2, 1, 2, 0},  {0, 0, 64, 2, 1, 2, 0},
-        {3, 2, 32, 1, 3, 3, 2},    {3, 2, 40, 2, 1, 3, 0},  {3, 1, 0, 0, 0, 3, 0},
+        {3, 2, 32, 1, 3, 3, 2},    {3, 1, 40, 2, 1, 3, 0},  {3, 1, 0, 0, 0, 3, 0},
         {3, -1, -40, 0, 0, 3, -1}, {1, 0, 100, 4, 0, 1, 0},
     };
     for (const auto& [words, current, bits, perMask, masks, wordsAfter, currentAfter] : cases) {
