@@ -8,10 +8,23 @@
 
 namespace {
 
-BOOL CALLBACK findForm(HWND window, LPARAM found) {
-    if (!GetDlgItem(window, IDC_TREE)) return TRUE;
-    *reinterpret_cast<HWND*>(found) = window;
+struct Sought {
+    int control;
+    HWND found = nullptr;
+};
+
+BOOL CALLBACK findOwner(HWND window, LPARAM sought) {
+    auto& [control, found] = *reinterpret_cast<Sought*>(sought);
+    if (!GetDlgItem(window, control)) return TRUE;
+    found = window;
     return FALSE;
+}
+
+/// The thread's window that has that control.
+HWND windowWith(int control) {
+    Sought sought{control};
+    EnumThreadWindows(GetCurrentThreadId(), findOwner, reinterpret_cast<LPARAM>(&sought));
+    return sought.found;
 }
 
 }  // namespace
@@ -68,9 +81,11 @@ void BrowserTest::open(bool shown) {
 }
 
 HWND BrowserTest::form() {
-    HWND found = nullptr;
-    EnumThreadWindows(GetCurrentThreadId(), findForm, reinterpret_cast<LPARAM>(&found));
-    return found;
+    return windowWith(IDC_TREE);
+}
+
+HWND BrowserTest::switchEditor() {
+    return windowWith(IDC_MASK);
 }
 
 void BrowserTest::push(int id) {

@@ -90,6 +90,9 @@ protected:
     /// The middle of the label (or of the icon), scrolled into view.
     static POINT middle(BrowserItem item, bool icon = false);
 
+    /// The switch editor's window, null when there is none.
+    static HWND switchEditor();
+
     static HWND grid() { return control(IDC_GRID); }
 
     Client client;

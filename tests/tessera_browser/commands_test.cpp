@@ -1,4 +1,5 @@
 // The commands of the form's button row.
+#include "../support/beeps.h"
 #include "browserfixture.h"
 
 #include <quillon/fltgroup.h>
@@ -75,6 +76,7 @@ TEST_F(BrowserCommands, WhatIsOpenStaysOpenWhenItIsPutInAnew) {
         };
         BrowserItem top = add(nullptr, "top", rootNode);
         fillBranches(top);
+        testinput::pump();  // the filling ends
         TreeView_Expand(tree(), top, TVE_EXPAND);
         for (int i = 0; i < opened; ++i)
             TreeView_Expand(tree(), items[static_cast<size_t>(i)], TVE_EXPAND);
@@ -189,9 +191,11 @@ TEST_F(BrowserCommands, CreateIsForExactlyOneSelectedNode) {
     select({b});
     select({b, c});
     EXPECT_FALSE(isSelected(a));
+    const Beeps beeps;
     SendMessageW(form(), WM_COMMAND, IDC_CREATE, reinterpret_cast<LPARAM>(control(IDC_CREATE)));
     EXPECT_TRUE(client.take().empty());
     EXPECT_TRUE(boxes.take().empty()) << "it only beeps";
+    EXPECT_EQ(Beeps::take(), kRefusal);
 }
 
 TEST_F(BrowserCommands, CreateStopsWhenItsParentGoesMeanwhile) {
@@ -236,12 +240,18 @@ TEST_F(BrowserCommands, TheSpinnerStepsThroughTheSelected) {
         const std::wstring name = text(control(IDC_NAME));
         return name.substr(name.find(L':') + 1);
     };
+    const Beeps beeps;
+    EXPECT_EQ(spin(1), L"") << "there is no current item";
+    EXPECT_EQ(Beeps::take(), kRefusal);
     select({a});
-    EXPECT_EQ(spin(1), L"a") << "one selected: it beeps";
+    EXPECT_EQ(spin(1), L"a") << "one selected";
+    EXPECT_EQ(Beeps::take(), kRefusal);
     select({a, b, c});
     EXPECT_EQ(spin(1), L"b");
-    EXPECT_EQ(spin(1), L"c");
+    EXPECT_EQ(spin(0), L"c");
+    EXPECT_TRUE(Beeps::take().empty());
     EXPECT_EQ(spin(1), L"c") << "no further one";
+    EXPECT_EQ(Beeps::take(), kRefusal);
     EXPECT_EQ(spin(-1), L"b");
     // The scene's nodes may have gone: nothing of them is shown until the tree is rebuilt.
     browser().sceneChanged();

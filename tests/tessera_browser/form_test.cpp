@@ -1,6 +1,11 @@
 // The form as a window: creation, handshake, title, layout, closing.
+#include "../support/overwrittenmemory.h"
 #include "../support/ownlog.h"
 #include "browserfixture.h"
+
+#include <quillon/fltswitch.h>
+
+#include <functional>
 
 namespace {
 
@@ -143,6 +148,32 @@ TEST_F(BrowserForm, ATreeOfNodesThatMayHaveGoneIsRebuiltBeforeItIsShown) {
     EXPECT_TRUE(client.take().empty()) << "nothing has changed since";
 }
 
+TEST_F(BrowserForm, IsFilledUnderTheWaitCursorAndDrawnOnce) {
+    ASSERT_EQ(browser().create(nullptr, Client::callback, 0, &client), tessera::kBrowserDone);
+    SetCursor(LoadCursorW(nullptr, IDC_ARROW));
+    const HCURSOR arrow = GetCursor();
+    const HCURSOR waiting = LoadCursorW(nullptr, IDC_WAIT);
+    const auto isDrawn = [] { return (GetWindowLongW(tree(), GWL_STYLE) & WS_VISIBLE) != 0; };
+    const auto fill = [&] {
+        browser().delNode(nullptr);
+        const BrowserItem root = add(nullptr, "root", 0);
+        add(root, "child");
+        EXPECT_EQ(GetCursor(), waiting);
+        EXPECT_FALSE(isDrawn());
+    };
+    fill();
+    EXPECT_TRUE(browser().show(1));
+    EXPECT_EQ(GetCursor(), arrow);
+    EXPECT_TRUE(isDrawn());
+    // Also for a client that does not show it, or fills while it is shown.
+    testinput::pump();
+    SetCursor(arrow);
+    fill();
+    testinput::pump();
+    EXPECT_NE(GetCursor(), waiting);
+    EXPECT_TRUE(isDrawn());
+}
+
 TEST_F(BrowserForm, ComesBackFromEveryStateToItsPlace) {
     open();
     const SIZE size = sizeOf(form());
@@ -283,15 +314,69 @@ TEST_F(BrowserForm, NamesItsControlsInToolTips) {
     EXPECT_EQ(log.take(), "TTN\nTTN\n");
 }
 
-// A client may end the form from within whatever it is told.
+// A client may end the form from within whatever it is told, and nobody uses it any more then.
 TEST_F(BrowserForm, MayBeDestroyedByAnyEvent) {
-    for (const int button : {IDC_REFRESH, IDC_UP, IDC_SELECT_SET, IDC_SELECT_GET, IDC_CREATE}) {
+    BrowserItem switches[2] = {};
+    const auto key = [](WORD pressed) {
+        SetFocus(tree());
+        testinput::key(pressed);
+    };
+    const auto openEditor = [&] {
+        browser().selectNode(switches[0]);
+        push(IDC_TOOL);
+    };
+    const auto nextWithOpenEditor = [&] {
+        openEditor();
+        TreeView_SetItemState(tree(), switches[1], TVIS_SELECTED, TVIS_SELECTED);
+        testinput::activate(form());
+        key(VK_F3);
+    };
+    const auto rename = [&] {
+        key(VK_F2);
+        testinput::type(L"b");
+        testinput::key(VK_RETURN);
+    };
+    struct Way {
+        BrowserEvent event;
+        std::function<void()> act;
+    };
+    const Way ways[] = {
+        {BrowserEvent::rebuild, [] { push(IDC_REFRESH); }},
+        {BrowserEvent::rebuild, [&] { key(VK_F5); }},
+        {BrowserEvent::moveUp, [] { push(IDC_UP); }},
+        {BrowserEvent::selectInHost, [] { push(IDC_SELECT_SET); }},
+        {BrowserEvent::countSelected, [] { push(IDC_SELECT_GET); }},
+        {BrowserEvent::create, [] { push(IDC_CREATE); }},
+        {BrowserEvent::closed, [&] { key(VK_ESCAPE); }},
+        {BrowserEvent::rename, rename},
+        {BrowserEvent::countSwitchChildren, nextWithOpenEditor},
+        {BrowserEvent::switchesChanged, openEditor},
+    };
+    open();
+    const OverwrittenMemory memory;
+    ASSERT_TRUE(memory.isThere());
+    for (const Way& way : ways) {
+        const auto index = &way - ways;
         open();
-        select({add(nullptr, "a")});
-        client.onEvent = [](const Sent&) { browser().destroy(); };
-        push(button);
+        const BrowserItem root = add(nullptr, "a");
+        for (BrowserItem& item : switches) {
+            INode* const made = node(96);
+            ASSERT_TRUE(fltPutRecord(made, FltSwitch()));
+            item = add(root, "switch", made);
+        }
+        select({root});
+        client.onEvent = [&](const Sent& sent) {
+            const bool counts = sent.event == BrowserEvent::countSwitchChildren;
+            if (counts) *reinterpret_cast<std::uint32_t*>(sent.argument) = 3;
+            if (sent.event == way.event && (!counts || sent.first == switches[1]))
+                browser().destroy();
+        };
+        way.act();
         client.onEvent = nullptr;
-        EXPECT_EQ(form(), nullptr) << button;
+        EXPECT_EQ(form(), nullptr) << index;
+        EXPECT_FALSE(browser().show(1)) << index;
+        testinput::pump();
+        EXPECT_EQ(memory.violations(), 0) << index;
     }
 }
 

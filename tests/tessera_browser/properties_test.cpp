@@ -211,15 +211,16 @@ TEST_F(BrowserProperties, TheGridStaysWhereItIsFromNodeToNode) {
 }
 
 TEST_F(BrowserProperties, WhatTheNodeDidNotTakeIsShownAtOnce) {
-    INode* const group = node(2);
-    browser().selectNode(add(root, "group", group));
-    goTo(rowOf(FltNodeKind::Group, "FltGrpFwdAnim"));
+    browser().selectNode(add(root, "light", 111));
+    goTo(rowOf(FltNodeKind::LightPoint, "FltLtPtDisplayMode"));
     const std::wstring choice = cell();
     setClipboardText(L"no such choice");
     testinput::key('V', {VK_CONTROL});
     EXPECT_EQ(cell(), choice) << "a text that is none of the choices";
     EXPECT_EQ(GetFocus(), grid()) << "the keyboard stays for the next key";
 
+    INode* const group = node(2);
+    browser().selectNode(add(root, "group", group));
     goTo(rowOf(FltNodeKind::Group, "FltGrpSpecial1"));
     setClipboardText(L"12 apples");
     testinput::key('V', {VK_CONTROL});
@@ -294,6 +295,91 @@ TEST_F(BrowserProperties, ChoicesComeFromAList) {
     testinput::key(VK_RETURN);
     testinput::pump();
     EXPECT_NE(stored(group, FltNodeKind::Group, "FltGrpFwdAnim"), before);
+}
+
+TEST_F(BrowserProperties, YesAndNoAreTakenInManyWords) {
+    constexpr const char* kKey = "FltGrpFwdAnim";
+    INode* const group = node(2);
+    browser().selectNode(add(root, "group", group));
+    const FltAttrDesc* const row = fltAttrFindRow(FltNodeKind::Group, kKey);
+    ASSERT_TRUE(row);
+    const int at = rowOf(FltNodeKind::Group, kKey);
+    const auto paste = [&](const wchar_t* text) {
+        goTo(at);
+        setClipboardText(text);
+        testinput::key('V', {VK_CONTROL});
+    };
+    const auto type = [&](const wchar_t* text) {
+        enter(FltNodeKind::Group, kKey, text);
+        testinput::pump();
+    };
+    const std::pair<const wchar_t*, bool> words[] = {
+        {L"yes", true}, {L"no", false}, {L"true", true}, {L"False", false}, {L"1", true},
+        {L"0", false},  {L"是", true},  {L"否", false},  {L"Yes", true},    {L"NO", false}};
+    for (const auto& [word, yes] : words) {
+        for (const bool typed : {false, true}) {
+            SCOPED_TRACE(testing::Message() << testing::PrintToString(word) << typed);
+            paste(yes ? L"否" : L"是");
+            ASSERT_EQ(stored(group, FltNodeKind::Group, kKey), row->choices[yes ? 0 : 1]);
+            typed ? type(word) : paste(word);
+            EXPECT_EQ(stored(group, FltNodeKind::Group, kKey), row->choices[yes ? 1 : 0]);
+            SetFocus(grid());
+            EXPECT_EQ(cell(), yes ? L"是" : L"否") << "and is shown so";
+        }
+    }
+    // Anything else that is pasted is no when it begins as false or zero does, and yes otherwise.
+    for (const auto& [text, yes] : {std::pair{L"007", false}, {L"fine", false}, {L"on", true}}) {
+        paste(yes ? L"no" : L"yes");
+        paste(text);
+        EXPECT_EQ(cell(), yes ? L"是" : L"否") << testing::PrintToString(text);
+    }
+    testinput::key(VK_DELETE);
+    EXPECT_EQ(cell(), L"是") << "no text is not no";
+}
+
+TEST_F(BrowserProperties, FindComparesByTheTypeOfTheAttribute) {
+    struct Search {
+        FltNodeKind kind;
+        const char* key;
+        const char* sought;
+        const char* same;
+        const char* other;
+    };
+    const auto choice = [](FltNodeKind kind, const char* key, std::size_t position) {
+        return fltAttrFindRow(kind, key)->choices[position];
+    };
+    ASSERT_TRUE(fltAttrGroupFind(FltNodeKind::LightPoint));
+    constexpr auto kLight = FltNodeKind::LightPoint;
+    const char* const mode = choice(kLight, "FltLtPtDisplayMode", 1);
+    const Search searches[] = {
+        {FltNodeKind::XRef, "FltXRefFilename", "Tower.flt", "TOWER.FLT", "tower2.flt"},
+        {kLight, "FltLtPtDisplayMode", mode, mode, choice(kLight, "FltLtPtDisplayMode", 0)},
+        {kLight, "FltLtPtIntensity", "0", "-0", "0.25"},
+        {FltNodeKind::Lod, "FltLodMin", "0", "-0", "1"},
+        {FltNodeKind::Group, "FltGrpSpecial1", "12", "12", "120"},
+    };
+    for (const Search& search : searches) {
+        SCOPED_TRACE(search.key);
+        BrowserItem items[3] = {};
+        const char* const values[] = {search.sought, search.same, search.other};
+        for (int i = 0; i < 3; ++i) {
+            INode* const made = node(static_cast<int>(search.kind));
+            FltAttrGroup* const set = fltAttrLoad(made, kFltRevision);
+            FltAttrDesc* const row = fltAttrFindRow(search.kind, search.key);
+            ASSERT_TRUE(set && row);
+            EXPECT_TRUE(fltAttrEdit(made, kFltRevision, *set, *row, values[i]));
+            items[i] = add(root, values[i], made);
+            EXPECT_EQ(stored(made, search.kind, search.key), values[i]);
+        }
+        browser().selectNode(root);
+        browser().selectNode(items[0]);
+        goTo(rowOf(search.kind, search.key));
+        push(IDC_FIND);
+        EXPECT_TRUE(boxes.take().empty());
+        EXPECT_TRUE(isSelected(items[0]));
+        EXPECT_TRUE(isSelected(items[1])) << values[1];
+        EXPECT_FALSE(isSelected(items[2])) << values[2];
+    }
 }
 
 TEST_F(BrowserProperties, TheFirstAttributeOfALightPointDecidesAboutTheSecond) {

@@ -6,6 +6,37 @@
 
 namespace {
 
+/// Writes down the keys but Shift that the tree tells the form of.
+class TreeKeys {
+public:
+    explicit TreeKeys(HWND form) : form_(form) {
+        keys_.clear();
+        former_ = reinterpret_cast<WNDPROC>(
+            SetWindowLongPtrW(form, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&procedure)));
+    }
+    ~TreeKeys() { SetWindowLongPtrW(form_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(former_)); }
+    TreeKeys(const TreeKeys&) = delete;
+    TreeKeys& operator=(const TreeKeys&) = delete;
+
+    static std::vector<WORD> take() { return std::exchange(keys_, {}); }
+
+private:
+    static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        if (message == WM_NOTIFY) {
+            const auto& told = *reinterpret_cast<const NMTVKEYDOWN*>(lParam);
+            // The control itself tells of Shift.
+            if (told.hdr.code == static_cast<UINT>(-412) && wParam == IDC_TREE &&
+                told.wVKey != VK_SHIFT)
+                keys_.push_back(told.wVKey);
+        }
+        return CallWindowProcW(former_, window, message, wParam, lParam);
+    }
+
+    static inline WNDPROC former_ = nullptr;
+    static inline std::vector<WORD> keys_;
+    HWND form_;
+};
+
 class BrowserSelection : public BrowserTest {
 protected:
     void SetUp() override {
@@ -119,6 +150,19 @@ TEST_F(BrowserSelection, ArrowsMoveAndShiftArrowsExtend) {
     testinput::key(VK_END);
     testinput::key(VK_DOWN);
     EXPECT_EQ(selected(), "f") << "the last item stays selected";
+}
+
+TEST_F(BrowserSelection, TheFormHearsOfShiftAndArrows) {
+    click(0);
+    const TreeKeys keys(form());
+    testinput::key(VK_DOWN, {VK_SHIFT});
+    testinput::key(VK_UP, {VK_SHIFT});
+    EXPECT_EQ(TreeKeys::take(), (std::vector<WORD>{VK_DOWN, VK_UP}));
+    browser().selectNode(root);
+    TreeKeys::take();
+    testinput::key(VK_UP, {VK_SHIFT});
+    EXPECT_EQ(TreeKeys::take(), std::vector<WORD>{VK_UP}) << "where there is no further item too";
+    EXPECT_EQ(caret(), root);
 }
 
 TEST_F(BrowserSelection, ARightClickMovesTheCaretUnlessSeveralAreSelected) {

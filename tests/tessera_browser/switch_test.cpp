@@ -1,4 +1,5 @@
 // The switch mask editor.
+#include "../support/beeps.h"
 #include "browserfixture.h"
 
 #include <quillon/fltswitch.h>
@@ -6,12 +7,6 @@
 namespace {
 
 using Words = std::vector<std::uint32_t>;
-
-BOOL CALLBACK findEditor(HWND window, LPARAM found) {
-    if (!GetDlgItem(window, IDC_MASK)) return TRUE;
-    *reinterpret_cast<HWND*>(found) = window;
-    return FALSE;
-}
 
 class BrowserSwitch : public BrowserTest {
 protected:
@@ -37,11 +32,7 @@ protected:
         return made;
     }
 
-    static HWND editor() {
-        HWND found = nullptr;
-        EnumThreadWindows(GetCurrentThreadId(), findEditor, reinterpret_cast<LPARAM>(&found));
-        return found;
-    }
+    static HWND editor() { return switchEditor(); }
     static void press(int id) {
         SendDlgItemMessageW(editor(), id, BM_CLICK, 0, 0);
         testinput::pump();
@@ -87,9 +78,10 @@ TEST_F(BrowserSwitch, ShowsAndChangesTheCurrentMask) {
     press(IDC_MASK_INVERT);
     EXPECT_EQ(mask(), L"010");
     EXPECT_EQ(stored(node), (Words{0xFFFFFFFA, 0}));
-    EXPECT_EQ(client.take(), kViewportFollows);
+    client.take();  // the mask field was left as well
     press(IDC_MASK_CLEAR);
     EXPECT_EQ(stored(node), (Words{0, 0}));
+    EXPECT_EQ(client.take(), kViewportFollows);
     press(IDC_MASK_SET);
     EXPECT_EQ(stored(node), (Words{0xFFFFFFFF, 0}));
 
@@ -97,12 +89,18 @@ TEST_F(BrowserSwitch, ShowsAndChangesTheCurrentMask) {
     spin(-1);
     EXPECT_EQ(index(), L"1");
     EXPECT_EQ(mask(), L"000");
+    const Beeps beeps;
     spin(-1);
     EXPECT_EQ(index(), L"1") << "the last one";
+    EXPECT_EQ(Beeps::take(), kRefusal);
+    spin(0);
+    EXPECT_EQ(Beeps::take(), kRefusal) << "no step goes on as well";
     spin(1);
     EXPECT_EQ(index(), L"0");
+    EXPECT_TRUE(Beeps::take().empty());
     spin(1);
     EXPECT_EQ(index(), L"0");
+    EXPECT_EQ(Beeps::take(), kRefusal);
 }
 
 TEST_F(BrowserSwitch, AddsAndDeletesMasks) {
@@ -119,8 +117,10 @@ TEST_F(BrowserSwitch, AddsAndDeletesMasks) {
     press(IDC_MASK_DELETE);
     EXPECT_EQ(index(), L"0");
     EXPECT_EQ(mask(), L"010") << "what was the second";
+    const Beeps beeps;
     press(IDC_MASK_DELETE);
     EXPECT_EQ(stored(node), Words{2}) << "the last mask stays";
+    EXPECT_EQ(Beeps::take(), kRefusal);
 }
 
 TEST_F(BrowserSwitch, TakesTypedMasks) {
@@ -219,6 +219,7 @@ TEST_F(BrowserSwitch, RefusesWhatNoRecordCanHold) {
     browser().selectNode(add(root, "full", made));
     push(IDC_TOOL);
     const Words before = stored(made);
+    SetFocus(GetDlgItem(editor(), IDC_MASK_NEW));
     client.take();
     press(IDC_MASK_NEW);
     EXPECT_EQ(boxes.take(), std::vector<std::wstring>{refusal});
@@ -259,6 +260,58 @@ TEST_F(BrowserSwitch, IsRefusedWithoutChildren) {
     EXPECT_EQ(boxes.take(), std::vector<std::wstring>{L"不能编辑： 开关无子对象"});
     EXPECT_EQ(editor(), nullptr);
     EXPECT_EQ(stored(node), Words{5});
+}
+
+TEST_F(BrowserSwitch, LeavingTheMaskFieldAlwaysTells) {
+    INode* const node = show({5});
+    push(IDC_TOOL);
+    client.take();
+    leaveMaskField();
+    EXPECT_EQ(client.take(), kViewportFollows);
+    EXPECT_EQ(stored(node), Words{5});
+    // The spinner takes the keyboard from nobody.
+    show({1, 0});
+    const HWND field = GetDlgItem(editor(), IDC_MASK);
+    SetForegroundWindow(editor());
+    SetFocus(field);
+    SendMessageW(field, EM_SETSEL, 0, -1);
+    testinput::type(L"011");
+    spin(-1);
+    EXPECT_EQ(mask(), L"000");
+    spin(1);
+    EXPECT_EQ(mask(), L"011");
+}
+
+TEST_F(BrowserSwitch, CanBeEditedAgainOnceItCanBeOpened) {
+    std::uintptr_t asked = 0;
+    const auto count = client.onEvent;
+    client.onEvent = [&](const Sent& sent) {
+        count(sent);
+        if (sent.event != BrowserEvent::countSwitchChildren) return;
+        if (asked) {
+            EXPECT_EQ(sent.argument, asked) << "the form has one buffer";
+        }
+        asked = sent.argument;
+    };
+    INode* const first = show({5});
+    push(IDC_TOOL);
+    const auto canEdit = [] { return IsWindowEnabled(GetDlgItem(editor(), IDC_MASK_INVERT)); };
+    EXPECT_TRUE(canEdit());
+    children = 0;
+    INode* const second = show({6});
+    EXPECT_EQ(boxes.take(), std::vector<std::wstring>{L"不能编辑： 开关无子对象"});
+    EXPECT_FALSE(canEdit()) << "it still shows the other switch";
+    EXPECT_TRUE(isEnabled(IDC_TOOL));
+    children = 3;
+    push(IDC_TOOL);
+    EXPECT_TRUE(canEdit());
+    EXPECT_EQ(mask(), L"011");
+    press(IDC_MASK_INVERT);
+    EXPECT_EQ(stored(second), Words{0xFFFFFFF9});
+    EXPECT_EQ(stored(first), Words{5});
+    children = 0;
+    push(IDC_TOOL);
+    EXPECT_FALSE(canEdit()) << "the children have gone";
 }
 
 TEST_F(BrowserSwitch, FollowsTheCurrentNode) {

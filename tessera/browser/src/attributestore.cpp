@@ -26,13 +26,6 @@ int lightIcon(NodeHandle handle) noexcept {
     }
 }
 
-bool equalIgnoringCase(const char* a, const char* b) {
-    const std::wstring wideA = toWide(a);
-    const std::wstring wideB = toWide(b);
-    return ::CompareStringOrdinal(wideA.c_str(), static_cast<int>(wideA.size()), wideB.c_str(),
-                                  static_cast<int>(wideB.size()), TRUE) == CSTR_EQUAL;
-}
-
 }  // namespace
 
 std::optional<FltNodeKind> recordKind(NodeHandle handle) noexcept {
@@ -65,6 +58,13 @@ FltAttrDesc* attributeAt(const FltAttrGroup& set, int row) noexcept {
     FltAttrDesc* at = set.descriptors;
     for (; row > 0 && !at->isTerminator(); --row) ++at;
     return row < 0 || at->isTerminator() ? nullptr : at;
+}
+
+bool equalIgnoringCase(std::string_view a, std::string_view b) {
+    const std::wstring wideA = toWide(a);
+    const std::wstring wideB = toWide(b);
+    return ::CompareStringOrdinal(wideA.c_str(), static_cast<int>(wideA.size()), wideB.c_str(),
+                                  static_cast<int>(wideB.size()), TRUE) == CSTR_EQUAL;
 }
 
 bool sameValue(const FltAttrDesc& a, FltAttrType typeOfB, const char* textOfB) {

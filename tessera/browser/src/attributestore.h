@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace tessera {
 
@@ -37,6 +38,8 @@ bool editAttribute(NodeHandle handle, FltAttrGroup& set, FltAttrDesc& attribute,
 
 /// The row-th attribute of a set, null beyond the last.
 FltAttrDesc* attributeAt(const FltAttrGroup& set, int row) noexcept;
+
+bool equalIgnoringCase(std::string_view a, std::string_view b);
 
 /// Whether two values are equal as far as a search is concerned: texts and choices without regard
 /// to case, numbers by value. Values of different types are not.

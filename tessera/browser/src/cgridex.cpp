@@ -1,6 +1,7 @@
 #include "cgridex.h"
 
 #include "formbusy.h"
+#include "valuetext.h"
 
 #include <framework/strings.h>
 #include <resources/resource.h>
@@ -22,7 +23,6 @@ grid::EditorKind editorOf(const FltAttrDesc& descriptor, bool readOnly) {
 }  // namespace
 
 void Hierarchy::CGridEx::Reset() {
-    EndEdit(false);
     const UpdateScope update(*this);
     SetRowCount(1);
     SetColumnCount(2);
@@ -39,7 +39,6 @@ void Hierarchy::CGridEx::SizeColumns() {
 }
 
 void Hierarchy::CGridEx::ShowAttributes(const FltAttrGroup& set, bool readOnly) {
-    EndEdit(false);
     const UpdateScope update(*this);
     SetRowCount(1 + static_cast<int>(fltAttrCount(set)));
     for (int row = 1; row < RowCount(); ++row) {
@@ -68,6 +67,11 @@ void Hierarchy::CGridEx::FillList(int row, int column, CInPlaceList& list) {
     const auto* const descriptor = reinterpret_cast<const FltAttrDesc*>(CellData(row, column));
     if (!descriptor) return;
     for (const char* choice : descriptor->choices) list.Add(choice);
+}
+
+int Hierarchy::CGridEx::FindChoice(int row, int column, std::string_view typed) {
+    const auto* const descriptor = reinterpret_cast<const FltAttrDesc*>(CellData(row, column));
+    return descriptor && descriptor->isYesNo() ? yesNoBegunBy(typed) : -1;
 }
 
 }  // namespace tessera

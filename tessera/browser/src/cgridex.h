@@ -22,4 +22,5 @@ public:
 protected:
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
     void FillList(int row, int column, CInPlaceList& list) override;
+    int FindChoice(int row, int column, std::string_view typed) override;
 };

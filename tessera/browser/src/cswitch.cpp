@@ -46,19 +46,13 @@ void CSwitch::EnableControls(bool enabled) {
 
 // ---------------------------------------------------------------- the current mask
 
-// A word of the current mask.
+// A word of the current mask, which is always there.
 std::uint32_t& CSwitch::Word(std::int32_t position) {
     return *Record().maskWords.at(Record().currentMask * Record().wordsPerMask + position);
 }
 
-bool CSwitch::HasMask() const noexcept {
-    const FltSwitch& record = buffer_.record;
-    return record.currentMask >= 0 && record.currentMask < record.maskCount();
-}
-
 std::string CSwitch::MaskText() {
     std::string text;
-    if (!HasMask()) return text;
     const auto words = static_cast<std::uint32_t>(Record().wordsPerMask);
     const std::uint32_t bits = std::min(buffer_.childCount, words * kWordBits);
     for (std::uint32_t bit = 0; bit < bits; ++bit) {
@@ -114,8 +108,9 @@ void CSwitch::DeleteMask() {
     Display();
 }
 
-// The upper arrow, a negative step, goes on to the next mask; users know it so.
+// The upper arrow, a negative step, goes on to the next mask, on purpose.
 void CSwitch::Step(int delta) {
+    FinishTyping();
     const std::int32_t mask = Record().currentMask + (delta < 1 ? 1 : -1);
     if (mask < 0 || mask >= Record().maskCount()) {
         ::MessageBeep(kSimpleBeep);
@@ -126,27 +121,32 @@ void CSwitch::Step(int delta) {
 }
 
 void CSwitch::ReadMask() {
+    mask_.SetModified(false);
     const std::string text = mask_.Text(kLongestMaskText);
     const auto bits = static_cast<std::uint32_t>(Record().wordsPerMask) * kWordBits;
     const auto end = std::min<std::uint32_t>(
         bits, buffer_.childCount > kLongestMaskText ? kLongestMaskText : bits);
-    bool changed = false;
     for (std::uint32_t bit = 0; bit < end; ++bit) {
         std::uint32_t& word = Word(static_cast<std::int32_t>(bit / kWordBits));
-        const std::uint32_t before = word;
         const std::uint32_t flag = 1U << bit % kWordBits;
         const bool set = bit < text.size() && text[bit] == '1';
         word = set ? word | flag : word & ~flag;
-        changed = changed || word != before;
     }
-    // Passing through the field is no change, and must not have the scene updated.
-    if (changed) Tell();
+}
+
+// Told whether or not a bit has changed. The text stays as it was typed.
+void CSwitch::LeaveMask() {
+    ReadMask();
+    Tell();
+}
+
+void CSwitch::FinishTyping() {
+    if (mask_.IsModified()) LeaveMask();
 }
 
 bool CSwitch::OnCommand(int id, UINT code, HWND) {
-    if (!HasMask()) return false;
     if (id == IDC_MASK && code == EN_KILLFOCUS) {
-        ReadMask();
+        LeaveMask();
         return true;
     }
     if (code != BN_CLICKED) return false;
@@ -179,15 +179,14 @@ bool CSwitch::OnCommand(int id, UINT code, HWND) {
 
 bool CSwitch::OnNotify(int id, NMHDR& header, LRESULT& result) {
     if (id != IDC_MASK_SPIN || header.code != UDN_DELTAPOS) return false;
-    if (HasMask()) Step(reinterpret_cast<const NMUPDOWN&>(header).iDelta);
+    Step(reinterpret_cast<const NMUPDOWN&>(header).iDelta);
     result = TRUE;  // the control's own position means nothing
     return true;
 }
 
 // Enter takes what has been typed; the editor stays.
 void CSwitch::OnOK() {
-    if (HasMask() && mask_.HasFocus()) {
-        ReadMask();
-        Display();
-    }
+    if (!mask_.HasFocus()) return;
+    ReadMask();
+    Display();
 }

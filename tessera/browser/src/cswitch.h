@@ -40,6 +40,9 @@ public:
     /// Shows the buffer's current mask, and tells.
     void Display();
 
+    /// Takes what has been typed into the mask field, if anything has.
+    void FinishTyping();
+
     /// Enables or disables everything in it.
     void EnableControls(bool enabled);
 
@@ -53,7 +56,6 @@ protected:
 private:
     FltSwitch& Record() noexcept { return buffer_.record; }
     std::uint32_t& Word(std::int32_t position);
-    bool HasMask() const noexcept;
     void Tell();
     void Fill(std::uint32_t word);
     void Invert();
@@ -61,6 +63,7 @@ private:
     void DeleteMask();
     void Step(int delta);
     void ReadMask();
+    void LeaveMask();
     std::string MaskText();
 
     tessera::SwitchRecordBuffer& buffer_;

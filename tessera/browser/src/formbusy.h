@@ -3,8 +3,9 @@
 
 namespace tessera {
 
-/// Lives while a window procedure of the form, or an export, is on the stack. The client may
-/// destroy the form from within any event; its object must then outlive the calls that led there.
+/// Lives while a window procedure of the form, its key filter or an export is on the stack. The
+/// client may destroy the form from within any event; its object must then outlive the calls that
+/// led there.
 class FormBusy {
 public:
     FormBusy() noexcept { ++depth_; }

@@ -42,11 +42,14 @@ constexpr std::array kGrowths = {
 constexpr int kSmallestGridWidth = 120;
 constexpr int kSmallestGridHeight = 80;
 
-// In this order. Numbers without a control are from earlier forms, whose scripts still count on the
-// order. Refresh is not among them: it is the way back after a scene change.
+// In this order. Two of the numbers have no control on the form and are passed over. Refresh is not
+// among them: it is the way back after a scene change.
 constexpr std::array kCommands = {IDC_TREE,     IDC_UP,         IDC_DOWN,       1098,
                                   1099,         IDC_SELECT_SET, IDC_SELECT_GET, IDC_EXPAND,
                                   IDC_COLLAPSE, IDC_FIND,       IDC_CREATE};
+
+// Posted to the form itself.
+constexpr UINT kFillingEnds = WM_APP + 1;
 
 constexpr int kLongestCaption = 512;  // characters of it that go to the log
 
@@ -73,6 +76,10 @@ LRESULT Hierarchy::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     const FormBusy busy;
     if (message == WM_SYSCOMMAND && (wParam & 0xFFF0) == IDM_ABOUT) {
         qofltAboutShow();
+        return 0;
+    }
+    if (message == kFillingEnds) {
+        filling_.reset();
         return 0;
     }
     return CDialog::WindowProc(message, wParam, lParam);
@@ -219,12 +226,14 @@ void Hierarchy::resetPosition() {
 
 void Hierarchy::show(bool shown) {
     if (!shown) {
+        finishTyping();
         if (switchEditor_) switchEditor_->Hide();
         Hide();
         return;
     }
     unattended_ = false;
     if (stale_) refresh();
+    filling_.reset();
     resetProperties(true);
     Show(SW_SHOWNORMAL);
     ::SetForegroundWindow(Handle());  // also when it was there already, behind another
@@ -237,6 +246,7 @@ void Hierarchy::OnActivate(UINT state, HWND, bool) {
 
 // Hidden and not destroyed: the client decides when the form goes.
 void Hierarchy::OnClose() {
+    finishTyping();
     if (switchEditor_) switchEditor_->Send(WM_CLOSE);
     send(BrowserEvent::closed);
     unattended_ = stale_ = true;
@@ -248,6 +258,7 @@ void Hierarchy::OnCancel() {
 }
 
 bool Hierarchy::PreTranslateMessage(MSG& message) {
+    const FormBusy busy;
     if (message.message != WM_KEYDOWN) return false;
     switch (message.wParam) {
         case VK_ESCAPE:
@@ -266,6 +277,7 @@ bool Hierarchy::PreTranslateMessage(MSG& message) {
 }
 
 void Hierarchy::resetProperties(bool enabled) {
+    finishTyping();
     commandsEnabled_ = enabled;
     for (const int id : kCommands) EnableItem(id, enabled);
     // The keyboard must not be left with a control that has just been disabled.
@@ -278,21 +290,24 @@ void Hierarchy::resetProperties(bool enabled) {
     reduceGrid();
 }
 
-// The nodes that the tree names may have gone, so none is current any more, not even for a field
-// that now loses the focus. Scenes change node by node: only the first change does anything.
+// The nodes that the tree names may have gone, so none is current any more, and what was being
+// typed for one is lost. Scenes change node by node: only the first change does anything.
 void Hierarchy::sceneChanged() {
     stale_ = true;
     if (!commandsEnabled_ && !current_) return;
     current_ = nullptr;
+    commandsEnabled_ = false;
     resetProperties(false);
 }
 
 void Hierarchy::refresh() {
+    finishTyping();
     {
         const CWaitCursor wait;
         const RedrawPause pause(tree_);
         const CTreeCtrlEx::Arrangement arrangement = tree_.Remember(nullptr);
         send(BrowserEvent::rebuild);
+        filling_.reset();
         tree_.Restore(arrangement, nullptr);
     }
     if (unattended_) stale_ = true;
@@ -317,10 +332,7 @@ HTREEITEM Hierarchy::addNode(HTREEITEM parent, const char* text, NodeHandle node
     if (parent == TVI_ROOT) parent = nullptr;
     if (parent && !tree_.Find(parent)) return nullptr;
     const int image = parent ? iconOf(node) : kindRowByIcon(IconKind::sceneRoot);
-    const HTREEITEM item = tree_.Add(parent, text ? text : "", node, image);
-    // The nodes of a scene mostly come in the order that they were made in.
-    if (item) index_.try_emplace(index_.end(), node, item);
-    return item;
+    return tree_.Add(parent, text ? text : "", node, image);
 }
 
 void Hierarchy::deleteNode(HTREEITEM item) {
@@ -328,9 +340,7 @@ void Hierarchy::deleteNode(HTREEITEM item) {
         clear();
         return;
     }
-    const TreeItem* found = tree_.Find(item);
-    if (!found) return;
-    index_.erase(found->node);
+    if (!tree_.Find(item)) return;
     {
         const BulkOperation bulk(bulk_);
         tree_.DeleteItem(item);
@@ -340,12 +350,14 @@ void Hierarchy::deleteNode(HTREEITEM item) {
 }
 
 void Hierarchy::clear() {
-    const RedrawPause pause(tree_);
-    const CWaitCursor wait;
+    finishTyping();
+    if (!filling_) {
+        filling_.emplace(tree_);
+        Post(kFillingEnds);
+    }
     clearing_ = true;
     current_ = nullptr;
     tree_.DeleteAll();
-    index_.clear();
     clearing_ = false;
     stale_ = false;
     selectedCount_ = 0;
@@ -354,10 +366,7 @@ void Hierarchy::clear() {
 }
 
 void Hierarchy::deleteChildren(HTREEITEM item) {
-    const TreeItem* const parent = tree_.Find(item);
-    if (!parent) return;
-    for (const TreeItem* child = parent->firstChild; child; child = child->next)
-        index_.erase(child->node);
+    if (!tree_.Find(item)) return;
     {
         const BulkOperation bulk(bulk_);
         tree_.DeleteChildren(item);
@@ -372,6 +381,7 @@ NodeHandle Hierarchy::nodeOfItem(HTREEITEM item) {
 
 void Hierarchy::selectNode(HTREEITEM item) {
     if (item && !tree_.Find(item)) return;
+    filling_.reset();
     const HTREEITEM old = tree_.Caret();
     {
         const BulkOperation bulk(bulk_);
@@ -437,7 +447,7 @@ bool Hierarchy::notifyTree(NMHDR& header, LRESULT& result) {
     }
 }
 
-// The tip is the control's number, by which scripts and support name it.
+// The tip is the control's number.
 bool Hierarchy::giveToolTip(NMHDR& header) {
     diagnostics::log("TTN\n");
     const int id = ToolTipControlId(header);

@@ -6,9 +6,9 @@
 #include <fltkilnutil/fltattr.h>
 #include <framework/cbitmapbutton.h>
 #include <framework/cdialog.h>
+#include <framework/cwaitcursor.h>
 #include <tessera/browserexports.h>
 
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -111,6 +111,9 @@ private:
     void clear();
 
     // The property side.
+    /// Takes what is being typed into a cell, the comment, a label or the mask field. Whatever
+    /// leaves, refreshes, refills or closes comes by here first.
+    void finishTyping();
     void showNode(HTREEITEM item);
     void showNothing(const char* name);
     void showName(const FltAttrGroup& set);
@@ -128,8 +131,10 @@ private:
 
     // The switch editor.
     void editSwitch(bool on, HTREEITEM item);
-    bool openSwitchEditor();
-    bool showSwitchEditor();
+    void enableSwitchEditing();
+    void openSwitchEditor();
+    bool readSwitch();
+    void showSwitchEditor();
     void switchChanged(const SwitchRecordBuffer& changed, bool showInViewport);
     void refuseMask();
     bool storeSwitch(const SwitchRecordBuffer& changed);
@@ -138,13 +143,18 @@ private:
     BrowserCallback callback_ = nullptr;
     void* clientData_ = nullptr;
     CTreeCtrlEx tree_;
+    /// Lives from when the tree was emptied until it is shown or an item of it selected, or else
+    /// until messages are handled again: meanwhile the client fills it.
+    struct Filling {
+        explicit Filling(CTreeCtrlEx& tree) : pause(tree) {}
+        CWaitCursor wait;
+        RedrawPause pause;
+    };
+    std::optional<Filling> filling_;
     SIZE size_{};           ///< of the client area, as the controls are laid out for
     SIZE smallestTrack_{};  ///< of the window
     bool clearing_ = false;
     bool bulk_ = false;
-    /// An item's handle leaves it when the item is deleted by itself; those of the items below stay
-    /// until the whole tree is cleared.
-    std::map<NodeHandle, HTREEITEM> index_;
     HTREEITEM current_ = nullptr;
     CEdit comment_;
     CComboBox createKind_;
@@ -154,6 +164,7 @@ private:
     std::size_t selectedCount_ = 0;
     bool switchEditing_ = false;
     HTREEITEM switchItem_ = nullptr;
+    /// Filled at the client's answer. Names no node while it is not known to hold a good record.
     std::unique_ptr<SwitchRecordBuffer> switchRecord_;
     std::unique_ptr<CSwitch> switchEditor_;
     CButton subtree_;

@@ -45,6 +45,14 @@ void Hierarchy::showAttributes(const FltAttrGroup& set) {
     grid_->ShowAttributes(set, set.kind == FltNodeKind::Switch);
 }
 
+// Each taker refuses what was typed for an item that is current no more or has gone.
+void Hierarchy::finishTyping() {
+    grid_->EndEdit(true);
+    if (comment_.HasFocus()) storeComment();
+    tree_.EndEditLabel(false);
+    if (switchEditor_) switchEditor_->FinishTyping();
+}
+
 // The attribute of the grid's focus row.
 std::optional<int> Hierarchy::searchedAttribute() {
     const grid::CellId focus = grid_->FocusCell();
@@ -61,17 +69,17 @@ bool Hierarchy::endEdit(int attribute, const std::string& entered) {
     FltAttrGroup* const set = node ? loadAttributes(node) : nullptr;
     FltAttrDesc* const descriptor = set ? attributeAt(*set, attribute) : nullptr;
     if (!descriptor) return false;
-    const std::string value = normalisedValue(descriptor->type, entered);
+    const std::string value = normalisedValue(*descriptor, entered);
     if (global_.IsChecked() && tree_.SelectedCount() >= 2)
         editSelected(*set, *descriptor, value);
     else
         editAttribute(node, *set, *descriptor, value);
-    // A number is shown again in any case; a text or choice only when the node has not taken it as
-    // it was entered, which the cell shows already.
+    // What is normalised is shown again in any case; a text or choice only when the node has not
+    // taken it as it was entered, which the cell shows already.
     const bool asEntered = loadAttributes(node) == set && descriptor->value.text() == entered;
     if (descriptor->controlling != 0 && asEntered)
         renewDependent(*set);
-    else if (isNormalised(descriptor->type) || !asEntered)
+    else if (isNormalised(*descriptor) || !asEntered)
         showAgain(item);
     return true;
 }

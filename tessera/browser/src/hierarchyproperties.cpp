@@ -31,7 +31,7 @@ void Hierarchy::limitComment() {
 
 // Every change of the current item ends here.
 void Hierarchy::showNode(HTREEITEM item) {
-    if (comment_.HasFocus()) storeComment();
+    finishTyping();
     current_ = item;
     const TreeItem* const found = tree_.Find(item);
     if (!found) {

@@ -13,17 +13,16 @@ namespace tessera {
 namespace {
 
 // Damaged records are made whole, so that there is a mask to show.
-void sizeMasks(SwitchRecordBuffer& buffer) {
-    FltSwitch& record = buffer.record;
-    record.setMaskBits(static_cast<std::int32_t>(buffer.childCount));
+void sizeMasks(FltSwitch& record, std::uint32_t childCount) {
+    record.setMaskBits(static_cast<std::int32_t>(childCount));
     while (record.maskCount() < 1) record.maskWords.append(0xFFFFFFFF);
     if (record.currentMask < 0) record.currentMask = 0;
 }
 
 // Whether a record has room for the masks, one at least.
-bool canBeStored(const SwitchRecordBuffer& buffer) {
+bool canBeStored(const FltSwitch& record, std::uint32_t childCount) {
     constexpr std::int32_t kMost = FltSwitch::kMaxWrittenMaskWords;
-    return buffer.record.maskWords.count() <= kMost && buffer.childCount <= kMost * 32u;
+    return record.maskWords.count() <= kMost && childCount <= kMost * 32u;
 }
 
 void centre(const CWnd& window, const RECT& over) {
@@ -42,40 +41,54 @@ void Hierarchy::editSwitch(bool on, HTREEITEM item) {
     switchEditing_ = on;
     switchItem_ = on ? item : nullptr;
     if (!changed) return;
-    EnableItem(IDC_TOOL, on);
-    if (!switchEditor_ || !switchEditor_->HasWindow()) return;
-    switchEditor_->EnableControls(on);
-    if (on && switchEditor_->IsVisible() && !openSwitchEditor())
-        switchEditor_->EnableControls(false);
+    if (on && switchEditor_ && switchEditor_->IsVisible())
+        openSwitchEditor();
+    else
+        enableSwitchEditing();
 }
 
-bool Hierarchy::openSwitchEditor() {
+// The editor can be used while it holds the masks of the node that is being edited.
+void Hierarchy::enableSwitchEditing() {
+    EnableItem(IDC_TOOL, switchEditing_);
+    if (switchEditor_)
+        switchEditor_->EnableControls(switchEditing_ &&
+                                      tree_.Node(switchItem_) == switchRecord_->node);
+}
+
+void Hierarchy::openSwitchEditor() {
+    if (readSwitch()) showSwitchEditor();
+    enableSwitchEditing();
+}
+
+// Fills the form's buffer from the current node. False when that has no masks to be edited.
+bool Hierarchy::readSwitch() {
     const HTREEITEM item = current_;
     const NodeHandle node = tree_.Node(item);
     if (!hasClient() || !node || !isOfKind(node, FltNodeKind::Switch) || !loadAttributes(node))
         return false;
-    // An editor that is open keeps its own until this one is known to be good.
-    SwitchRecordBuffer buffer;
-    buffer.node = node;
+    if (!switchRecord_) switchRecord_ = std::make_unique<SwitchRecordBuffer>();
+    SwitchRecordBuffer& buffer = *switchRecord_;
+    buffer.childCount = 0;
+    buffer.node = 0;
     send(BrowserEvent::countSwitchChildren, item, nullptr,
          reinterpret_cast<std::uintptr_t>(&buffer));
-    if (!HasWindow() || current_ != item || !fltGetRecord(nodeOf(node), buffer.record))
-        return false;
+    FltSwitch record;
+    if (!HasWindow() || current_ != item || !fltGetRecord(nodeOf(node), record)) return false;
     if (buffer.childCount == 0) {
         message(IDS_SWITCH_WITHOUT_CHILDREN);
         return false;
     }
-    if (!canBeStored(buffer)) {
+    if (!canBeStored(record, buffer.childCount)) {
         message(IDS_SWITCH_TOO_LARGE);
         return false;
     }
-    sizeMasks(buffer);
-    if (!switchRecord_) switchRecord_ = std::make_unique<SwitchRecordBuffer>();
-    *switchRecord_ = buffer;
-    return showSwitchEditor();
+    sizeMasks(record, buffer.childCount);
+    buffer.record = record;
+    buffer.node = node;
+    return true;
 }
 
-bool Hierarchy::showSwitchEditor() {
+void Hierarchy::showSwitchEditor() {
     if (!switchEditor_)
         switchEditor_ = std::make_unique<CSwitch>(
             *switchRecord_,
@@ -84,11 +97,10 @@ bool Hierarchy::showSwitchEditor() {
     if (switchEditor_->HasWindow()) {
         switchEditor_->Display();
     } else {
-        if (!switchEditor_->Create(Handle())) return false;
+        if (!switchEditor_->Create(Handle())) return;
         centre(*switchEditor_, WindowRect());
     }
     if (HasWindow()) switchEditor_->Show();
-    return true;
 }
 
 void Hierarchy::switchChanged(const SwitchRecordBuffer& changed, bool showInViewport) {
@@ -117,7 +129,7 @@ void Hierarchy::refuseMask() {
 
 // The node may have gone or become something else while the editor was open.
 bool Hierarchy::storeSwitch(const SwitchRecordBuffer& changed) {
-    if (tree_.Node(switchItem_) != changed.node) return false;
+    if (current_ != switchItem_ || tree_.Node(current_) != changed.node) return false;
     if (!isOfKind(changed.node, FltNodeKind::Switch)) return false;
     return fltPutRecord(nodeOf(changed.node), changed.record);
 }

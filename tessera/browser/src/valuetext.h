@@ -9,11 +9,16 @@
 namespace tessera {
 
 /// Normalises an entered value: an integer or a real becomes the number at its start, 0 without
-/// one, as the attribute would print it; a boolean becomes "0" when it begins with 'f', 'F' or '0',
-/// else "1"; texts and choices stay as they are.
-std::string normalisedValue(FltAttrType type, std::string_view entered);
+/// one, as the attribute would print it. Where the choices are no and yes, the words for them in
+/// either language stand for themselves; of all else, what begins with 'f', 'F' or '0' is no. Texts
+/// and other choices stay as they are.
+std::string normalisedValue(const FltAttrDesc& row, std::string_view entered);
 
-/// Whether a value of that type may look different after it has been stored.
-bool isNormalised(FltAttrType type) noexcept;
+/// Which of no (0) and yes (1) has a word that begins with `typed`, in either language and without
+/// regard to case; -1 for neither.
+int yesNoBegunBy(std::string_view typed);
+
+/// Whether a value of that row may look different after it has been stored.
+bool isNormalised(const FltAttrDesc& row) noexcept;
 
 }  // namespace tessera

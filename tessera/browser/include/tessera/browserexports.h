@@ -108,7 +108,7 @@ bool _zufltguidelchildren(tessera::BrowserItem item);
 tessera::NodeHandle _zufltguinode2hdl(tessera::BrowserItem item);
 
 /// Makes `item` the tree's caret item and shows its node. Always gives false, on purpose: callers
-/// have always been answered so and must not read meaning into it.
+/// must not read meaning into it.
 bool _zufltguiselectnode(tessera::BrowserItem item);
 
 /// Asks the client to rebuild the tree, clears the property side and enables all commands.
