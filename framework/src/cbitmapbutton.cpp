@@ -129,15 +129,6 @@ bool CBitmapButton::LoadBitmaps(const std::string& up, const std::string& down,
     return true;
 }
 
-void CBitmapButton::SizeToContent() const {
-    if (!up_) return;
-    const SIZE size = sizeOf(up_.get());
-    RECT area = AreaInParent();
-    area.right = area.left + Scaled(size.cx + 2 * kFrame);
-    area.bottom = area.top + Scaled(size.cy + 2 * kFrame);
-    MoveTo(area);
-}
-
 HBITMAP CBitmapButton::PictureFor(UINT state) const noexcept {
     if (state & ODS_DISABLED) return disabled_.get();
     if (state & ODS_SELECTED) return down_.get();

@@ -68,11 +68,6 @@ void CDialog::UpdateData(bool save) {
     DoDataExchange(exchange);
 }
 
-RECT CDialog::FromDialogUnits(RECT units) const {
-    if (HasWindow()) ::MapDialogRect(Handle(), &units);
-    return units;
-}
-
 bool CDialog::OnInitDialog() {
     UpdateData(false);
     return true;

@@ -10,36 +10,7 @@ LPARAM pointerTo(const std::wstring& text) noexcept {
     return reinterpret_cast<LPARAM>(text.c_str());
 }
 
-// Combo and list boxes differ in their message numbers only.
-struct ListMessages {
-    UINT textLength;
-    UINT text;
-};
-
-std::string entryText(const CWnd& list, ListMessages messages, int position) {
-    const auto index = static_cast<WPARAM>(position);
-    const LRESULT length = list.Send(messages.textLength, index);
-    if (position < 0 || length <= 0) return {};
-    std::wstring text(static_cast<size_t>(length) + 1, L'\0');
-    list.Send(messages.text, index, reinterpret_cast<LPARAM>(text.data()));
-    text.resize(static_cast<size_t>(length));
-    return toUtf8(text);
-}
-
 }  // namespace
-
-bool CStatic::Create(std::string_view text, DWORD style, const RECT& area, HWND parent, UINT id) {
-    return CreateEx(0, WC_STATICW, text, style | WS_CHILD, area, parent, id);
-}
-
-HBITMAP CStatic::SetBitmap(HBITMAP bitmap) const {
-    return reinterpret_cast<HBITMAP>(
-        Send(STM_SETIMAGE, IMAGE_BITMAP, reinterpret_cast<LPARAM>(bitmap)));
-}
-
-HICON CStatic::SetIcon(HICON icon) const {
-    return reinterpret_cast<HICON>(Send(STM_SETIMAGE, IMAGE_ICON, reinterpret_cast<LPARAM>(icon)));
-}
 
 bool CButton::Create(std::string_view text, DWORD style, const RECT& area, HWND parent, UINT id) {
     return CreateEx(0, WC_BUTTONW, text, style | WS_CHILD, area, parent, id);
@@ -59,10 +30,6 @@ void CButton::Click() const {
 
 bool CEdit::Create(std::string_view text, DWORD style, const RECT& area, HWND parent, UINT id) {
     return CreateEx(WS_EX_CLIENTEDGE, WC_EDITW, text, style | WS_CHILD, area, parent, id);
-}
-
-void CEdit::SetReadOnly(bool readOnly) const {
-    Send(EM_SETREADONLY, readOnly);
 }
 
 void CEdit::SetLimit(int length) const {
@@ -158,98 +125,12 @@ void CComboBox::Select(int position) const {
     Send(CB_SETCURSEL, static_cast<WPARAM>(position));
 }
 
-std::string CComboBox::EntryText(int position) const {
-    return entryText(*this, {CB_GETLBTEXTLEN, CB_GETLBTEXT}, position);
-}
-
 int CComboBox::Find(std::string_view text) const {
     if (!HasWindow()) return -1;
     return static_cast<int>(
         Send(CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), pointerTo(toWide(text))));
 }
 
-LPARAM CComboBox::EntryData(int position) const {
-    return Send(CB_GETITEMDATA, static_cast<WPARAM>(position));
-}
-
-void CComboBox::SetEntryData(int position, LPARAM data) const {
-    Send(CB_SETITEMDATA, static_cast<WPARAM>(position), data);
-}
-
 void CComboBox::ShowDropDown(bool shown) const {
     Send(CB_SHOWDROPDOWN, shown);
-}
-
-bool CComboBox::IsDroppedDown() const {
-    return Send(CB_GETDROPPEDSTATE) != 0;
-}
-
-bool CListBox::Create(DWORD style, const RECT& area, HWND parent, UINT id) {
-    return CreateEx(WS_EX_CLIENTEDGE, WC_LISTBOXW, {}, style | WS_CHILD, area, parent, id);
-}
-
-int CListBox::Add(std::string_view text) const {
-    return static_cast<int>(Send(LB_ADDSTRING, 0, pointerTo(toWide(text))));
-}
-
-void CListBox::Remove(int position) const {
-    Send(LB_DELETESTRING, static_cast<WPARAM>(position));
-}
-
-void CListBox::Clear() const {
-    Send(LB_RESETCONTENT);
-}
-
-int CListBox::Count() const {
-    return static_cast<int>(Send(LB_GETCOUNT));
-}
-
-int CListBox::Selected() const {
-    return HasWindow() ? static_cast<int>(Send(LB_GETCURSEL)) : -1;
-}
-
-void CListBox::Select(int position) const {
-    Send(LB_SETCURSEL, static_cast<WPARAM>(position));
-}
-
-std::string CListBox::EntryText(int position) const {
-    return entryText(*this, {LB_GETTEXTLEN, LB_GETTEXT}, position);
-}
-
-int CListBox::Find(std::string_view text) const {
-    if (!HasWindow()) return -1;
-    return static_cast<int>(
-        Send(LB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), pointerTo(toWide(text))));
-}
-
-LPARAM CListBox::EntryData(int position) const {
-    return Send(LB_GETITEMDATA, static_cast<WPARAM>(position));
-}
-
-void CListBox::SetEntryData(int position, LPARAM data) const {
-    Send(LB_SETITEMDATA, static_cast<WPARAM>(position), data);
-}
-
-void CListBox::SetTop(int position) const {
-    Send(LB_SETTOPINDEX, static_cast<WPARAM>(position));
-}
-
-bool CSpinButtonCtrl::Create(DWORD style, const RECT& area, HWND parent, UINT id) {
-    return CreateEx(0, UPDOWN_CLASSW, {}, style | WS_CHILD, area, parent, id);
-}
-
-void CSpinButtonCtrl::SetRange(int low, int high) const {
-    Send(UDM_SETRANGE32, static_cast<WPARAM>(low), high);
-}
-
-int CSpinButtonCtrl::Position() const {
-    return static_cast<int>(Send(UDM_GETPOS32));
-}
-
-void CSpinButtonCtrl::SetPosition(int position) const {
-    Send(UDM_SETPOS32, 0, position);
-}
-
-void CSpinButtonCtrl::SetBuddy(HWND buddy) const {
-    Send(UDM_SETBUDDY, reinterpret_cast<WPARAM>(buddy));
 }

@@ -84,13 +84,6 @@ LPARAM CTreeCtrl::ItemData(HTREEITEM item) const {
     return Send(TVM_GETITEMW, 0, pointerTo(&description)) ? description.lParam : 0;
 }
 
-void CTreeCtrl::SetItemData(HTREEITEM item, LPARAM data) const {
-    if (!item) return;
-    TVITEMW description = itemFor(item, TVIF_PARAM);
-    description.lParam = data;
-    Send(TVM_SETITEMW, 0, pointerTo(&description));
-}
-
 bool CTreeCtrl::ItemImages(HTREEITEM item, int& image, int& selectedImage) const {
     if (!item) return false;
     TVITEMW description = itemFor(item, TVIF_IMAGE | TVIF_SELECTEDIMAGE);
@@ -98,14 +91,6 @@ bool CTreeCtrl::ItemImages(HTREEITEM item, int& image, int& selectedImage) const
     image = description.iImage;
     selectedImage = description.iSelectedImage;
     return true;
-}
-
-void CTreeCtrl::SetItemImages(HTREEITEM item, int image, int selectedImage) const {
-    if (!item) return;
-    TVITEMW description = itemFor(item, TVIF_IMAGE | TVIF_SELECTEDIMAGE);
-    description.iImage = image;
-    description.iSelectedImage = selectedImage;
-    Send(TVM_SETITEMW, 0, pointerTo(&description));
 }
 
 UINT CTreeCtrl::ItemState(HTREEITEM item, UINT mask) const {
@@ -125,10 +110,6 @@ void CTreeCtrl::SetItemState(HTREEITEM item, UINT state, UINT mask) const {
 
 HTREEITEM CTreeCtrl::Next(HTREEITEM item, UINT relation) const {
     return reinterpret_cast<HTREEITEM>(Send(TVM_GETNEXTITEM, relation, pointerTo(item)));
-}
-
-bool CTreeCtrl::HasChildren(HTREEITEM item) const {
-    return item && Child(item) != nullptr;
 }
 
 bool CTreeCtrl::ShowsButton(HTREEITEM item) const {
@@ -182,10 +163,6 @@ bool CTreeCtrl::IsInView(HTREEITEM item) const {
 
 HWND CTreeCtrl::EditLabel(HTREEITEM item) const {
     return item ? reinterpret_cast<HWND>(Send(TVM_EDITLABELW, 0, pointerTo(item))) : nullptr;
-}
-
-HWND CTreeCtrl::EditControl() const {
-    return reinterpret_cast<HWND>(Send(TVM_GETEDITCONTROL));
 }
 
 void CTreeCtrl::EndEditLabel(bool cancel) const {

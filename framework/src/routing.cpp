@@ -71,9 +71,6 @@ CWnd::Routed CWnd::RouteFrame(UINT message, WPARAM wParam, LPARAM lParam, LRESUL
         case WM_GETMINMAXINFO:
             OnMinMaxInfo(*reinterpret_cast<MINMAXINFO*>(lParam));
             break;
-        case WM_SHOWWINDOW:
-            OnShowWindow(wParam != 0);
-            break;
         case WM_ENABLE:
             OnEnable(wParam != 0);
             break;
@@ -156,9 +153,6 @@ CWnd::Routed CWnd::RouteMouse(UINT message, WPARAM wParam, LPARAM lParam, LRESUL
             break;
         case WM_CANCELMODE:
             OnCancelMode();
-            break;
-        case WM_CONTEXTMENU:
-            OnContextMenu(windowOf(wParam), at);
             break;
         case WM_SETCURSOR:
             result = OnSetCursor(windowOf(wParam), LOWORD(lParam), HIWORD(lParam));

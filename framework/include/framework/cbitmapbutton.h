@@ -23,9 +23,6 @@ public:
     bool LoadBitmaps(const std::string& up, const std::string& down = {},
                      const std::string& focus = {}, const std::string& disabled = {});
 
-    /// Makes the button as large as its picture and frame.
-    void SizeToContent() const;
-
 protected:
     void DrawItem(const DRAWITEMSTRUCT& item) override;
     UINT OnGetDlgCode(const MSG* message) override;

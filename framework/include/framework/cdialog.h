@@ -52,9 +52,6 @@ public:
     /// Runs `DoDataExchange`: true from the controls to the members, false the other way.
     void UpdateData(bool save = true);
 
-    /// A rectangle of dialog units in pixels.
-    RECT FromDialogUnits(RECT units) const;
-
     /// Gives every child control that exists now a tool tip, or takes the tips away. For each tip
     /// the dialog gets the platform's text request (TTN_NEEDTEXTW, or TTN_NEEDTEXTA from a control
     /// that asks so) in `OnNotify`; `ToolTipControlId` tells for which control. For modeless

@@ -1,19 +1,10 @@
-// The platform's simple controls: static text, button, edit, combo box, list box, up-down.
+// The platform's simple controls: button, edit, combo box.
 //
 // `Create` makes the control as a child of `parent` with the platform's style bits, `area` in
 // pixels of the parent's client area. Functions fail as those of `CWnd` do.
 #pragma once
 
 #include <framework/cwnd.h>
-
-/// A static text, icon or bitmap.
-class CStatic : public CWnd {
-public:
-    bool Create(std::string_view text, DWORD style, const RECT& area, HWND parent, UINT id = 0);
-    /// Not owned; the former one is given back.
-    HBITMAP SetBitmap(HBITMAP bitmap) const;
-    HICON SetIcon(HICON icon) const;
-};
 
 /// A push button, check box, radio button or group box.
 class CButton : public CWnd {
@@ -29,7 +20,6 @@ public:
 class CEdit : public CWnd {
 public:
     bool Create(std::string_view text, DWORD style, const RECT& area, HWND parent, UINT id);
-    void SetReadOnly(bool readOnly) const;
     /// In UTF-16 units; no more can be typed. 0 lifts the limit.
     void SetLimit(int length) const;
     /// The selected range, in UTF-16 units.
@@ -63,38 +53,7 @@ public:
     int Count() const;
     int Selected() const;
     void Select(int position) const;
-    std::string EntryText(int position) const;
     /// The first entry that equals the text (ignoring case), or -1.
     int Find(std::string_view text) const;
-    LPARAM EntryData(int position) const;
-    void SetEntryData(int position, LPARAM data) const;
     void ShowDropDown(bool shown) const;
-    bool IsDroppedDown() const;
-};
-
-/// A list box of one selection. Positions start at 0; -1 means none.
-class CListBox : public CWnd {
-public:
-    bool Create(DWORD style, const RECT& area, HWND parent, UINT id);
-    int Add(std::string_view text) const;
-    void Remove(int position) const;
-    void Clear() const;
-    int Count() const;
-    int Selected() const;
-    void Select(int position) const;
-    std::string EntryText(int position) const;
-    int Find(std::string_view text) const;
-    LPARAM EntryData(int position) const;
-    void SetEntryData(int position, LPARAM data) const;
-    void SetTop(int position) const;
-};
-
-/// An up-down control.
-class CSpinButtonCtrl : public CWnd {
-public:
-    bool Create(DWORD style, const RECT& area, HWND parent, UINT id);
-    void SetRange(int low, int high) const;
-    int Position() const;
-    void SetPosition(int position) const;
-    void SetBuddy(HWND buddy) const;
 };

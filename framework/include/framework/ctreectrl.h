@@ -22,10 +22,8 @@ public:
     void SetItemText(HTREEITEM item, std::string_view text) const;
     using CWnd::SetItemText;
     LPARAM ItemData(HTREEITEM item) const;
-    void SetItemData(HTREEITEM item, LPARAM data) const;
     /// False and no change for an item that does not exist.
     bool ItemImages(HTREEITEM item, int& image, int& selectedImage) const;
-    void SetItemImages(HTREEITEM item, int image, int selectedImage) const;
     /// The TVIS_ bits of `mask`.
     UINT ItemState(HTREEITEM item, UINT mask) const;
     void SetItemState(HTREEITEM item, UINT state, UINT mask) const;
@@ -34,15 +32,12 @@ public:
     HTREEITEM Next(HTREEITEM item, UINT relation) const;
     HTREEITEM Root() const { return Next(nullptr, TVGN_ROOT); }
     HTREEITEM Caret() const { return Next(nullptr, TVGN_CARET); }
-    HTREEITEM DropTarget() const { return Next(nullptr, TVGN_DROPHILITE); }
     HTREEITEM FirstVisible() const { return Next(nullptr, TVGN_FIRSTVISIBLE); }
     HTREEITEM Child(HTREEITEM item) const { return Next(item, TVGN_CHILD); }
     HTREEITEM NextSibling(HTREEITEM item) const { return Next(item, TVGN_NEXT); }
     HTREEITEM PreviousSibling(HTREEITEM item) const { return Next(item, TVGN_PREVIOUS); }
-    HTREEITEM ParentItem(HTREEITEM item) const { return Next(item, TVGN_PARENT); }
     HTREEITEM NextVisible(HTREEITEM item) const { return Next(item, TVGN_NEXTVISIBLE); }
     HTREEITEM PreviousVisible(HTREEITEM item) const { return Next(item, TVGN_PREVIOUSVISIBLE); }
-    bool HasChildren(HTREEITEM item) const;
     /// Whether the item counts as one with children, which gives it a button.
     bool ShowsButton(HTREEITEM item) const;
     /// Makes it count so: 1, 0, or I_CHILDRENAUTO for what is there.
@@ -63,7 +58,6 @@ public:
 
     /// The edit control that has opened, or null.
     HWND EditLabel(HTREEITEM item) const;
-    HWND EditControl() const;
     void EndEditLabel(bool cancel) const;
 
     /// Not owned; gives the former one. `kind` is TVSIL_NORMAL or TVSIL_STATE.

@@ -145,7 +145,6 @@ protected:
     virtual void OnClose() { Default(); }
     virtual void OnSize(UINT /*type*/, int /*width*/, int /*height*/) { Default(); }
     virtual void OnMinMaxInfo(MINMAXINFO&) { Default(); }
-    virtual void OnShowWindow(bool /*shown*/) { Default(); }
     virtual void OnEnable(bool /*enabled*/) { Default(); }
     /// `state` is WA_INACTIVE, WA_ACTIVE or WA_CLICKACTIVE.
     virtual void OnActivate(UINT /*state*/, HWND /*other*/, bool /*minimised*/) { Default(); }
@@ -176,7 +175,6 @@ protected:
     /// `control` is null for the window's own scroll bar.
     virtual void OnHScroll(UINT /*code*/, int /*position*/, HWND /*control*/) { Default(); }
     virtual void OnVScroll(UINT /*code*/, int /*position*/, HWND /*control*/) { Default(); }
-    virtual void OnContextMenu(HWND /*window*/, POINT /*screen*/) { Default(); }
     /// A menu entry (code 0), an accelerator (code 1) or a control's notification.
     virtual bool OnCommand(int /*id*/, UINT /*code*/, HWND /*control*/) { return false; }
     /// `result` is what the sender gets when true is returned.

@@ -79,7 +79,6 @@ public:
     void SetRowCount(int count);
     void SetColumnCount(int count);
     int FixedRowCount() const noexcept { return fixedRows_; }
-    int FixedColumnCount() const noexcept { return fixedColumns_; }
     void SetFixedRowCount(int count);
     void SetFixedColumnCount(int count);
     void InsertRow(int before);
@@ -138,11 +137,9 @@ public:
     COLORREF Background() const noexcept { return background_; }
     /// Off at first.
     void SetEditable(bool on);
-    bool IsEditable() const noexcept { return editable_; }
     /// Dragging a selected cell puts its text into the cell where it is dropped (with Shift it is
     /// moved there). Off at first.
     void SetDragAndDrop(bool on) { dragAndDrop_ = on; }
-    bool IsDragAndDrop() const noexcept { return dragAndDrop_; }
     /// On at first.
     void SetColumnResizing(bool on) { columnResizing_ = on; }
 
