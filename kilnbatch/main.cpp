@@ -1,6 +1,9 @@
 // kilnbatch: runs scripts over a scene, without windows.
 #include "plugins.h"
 
+#ifdef _WIN32
+#include <base/utf16.h>
+#endif
 #include <kiln/host/host.h>
 #include <script/attributeverbs.h>
 #include <script/engine.h>
@@ -8,7 +11,6 @@
 
 #include <csignal>
 #include <cstdio>
-#include <filesystem>
 #include <iostream>
 #include <iterator>
 #include <string>
@@ -188,10 +190,7 @@ int runProgram(std::vector<std::string> words) {
 int wmain(int count, wchar_t** words) {
     SetConsoleOutputCP(CP_UTF8);
     std::vector<std::string> given;
-    for (int i = 1; i < count; ++i) {
-        const std::u8string word = std::filesystem::path(words[i]).u8string();
-        given.emplace_back(word.begin(), word.end());
-    }
+    for (int i = 1; i < count; ++i) given.push_back(base::toUtf8(words[i]));
     return runProgram(std::move(given));
 }
 #else

@@ -1,5 +1,6 @@
 #include "plugins.h"
 
+#include <base/paths.h>
 #include <kiln/host/host.h>
 
 #include <array>
@@ -12,9 +13,7 @@ namespace {
 std::string besideTheProgram() {
     std::array<wchar_t, 32768> path{};
     GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size() - 1));
-    const auto folder = std::filesystem::path(path.data()).parent_path() / L"plugins";
-    const std::u8string text = folder.u8string();
-    return std::string(text.begin(), text.end());
+    return base::textOf(std::filesystem::path(path.data()).parent_path() / L"plugins");
 }
 
 }  // namespace

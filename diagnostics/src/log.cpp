@@ -1,18 +1,14 @@
+#include <base/file.h>
 #include <diagnostics/log.h>
 
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <string>
 
 namespace diagnostics {
 
 namespace {
-
-struct FileCloser {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
 
 std::string logPath() {
     const char* drive = std::getenv("SystemDrive");
@@ -20,7 +16,7 @@ std::string logPath() {
 }
 
 int append(const char* format, std::va_list arguments) {
-    const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(logPath().c_str(), "a"));
+    const base::File file(std::fopen(logPath().c_str(), "a"));
     if (!file) return 0;
     // The analyzer does not see that callers have started the list.
     // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)

@@ -1,4 +1,5 @@
 // The captions in the resource library beside the module.
+#include <base/utf16.h>
 #include <fltkilnutil/captions.h>
 #include <kiln/interface.h>
 #include <windows.h>
@@ -19,28 +20,11 @@ struct FreeModule {
 };
 using Module = std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeModule>;
 
-std::wstring toUtf16(const std::string& text) {
-    const int length = static_cast<int>(text.size());
-    std::wstring wide(text.size(), L'\0');  // UTF-16 never has more units than UTF-8 has bytes
-    wide.resize(static_cast<std::size_t>(
-        MultiByteToWideChar(CP_UTF8, 0, text.data(), length, wide.data(), length)));
-    return wide;
-}
-
-std::string toUtf8(const wchar_t* text, int length) {
-    constexpr std::size_t kBytesPerUnit = 3;
-    std::string narrow(static_cast<std::size_t>(length) * kBytesPerUnit, '\0');
-    narrow.resize(static_cast<std::size_t>(
-        WideCharToMultiByte(CP_UTF8, 0, text, length, narrow.data(),
-                            static_cast<int>(narrow.size()), nullptr, nullptr)));
-    return narrow;
-}
-
 Module openLibrary() {
     std::string path = GetDir(KILN_PLUGIN_DIR);
     if (path.empty()) return nullptr;  // a bare name would be looked for all over the system
     if (path.back() != '\\' && path.back() != '/') path += '\\';
-    const std::wstring widePath = toUtf16(path + kCaptionLibrary);
+    const std::wstring widePath = base::toWide(path + kCaptionLibrary);
     if (widePath.size() >= kPathSize) return nullptr;
     return Module(LoadLibraryExW(widePath.c_str(), nullptr,
                                  LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
@@ -55,7 +39,7 @@ CaptionReader openCaptionLibrary() {
         wchar_t caption[kMaxCaption + 1];
         const int length = LoadStringW(library.get(), id, caption, kMaxCaption + 1);
         if (length <= 0) return false;
-        text = toUtf8(caption, length);
+        text = base::toUtf8({caption, static_cast<std::size_t>(length)});
         return true;
     };
 }

@@ -1,6 +1,6 @@
 #include <interchange/import.h>
 #include <interchange/textencoding.h>
-#include <interchange/triangulator.h>
+#include <kiln/triangulator.h>
 
 #include "colors.h"
 #include "kept.h"

@@ -2,11 +2,11 @@
 #include "scenewriter.h"
 #include "summary.h"
 
+#include <base/replacefile.h>
 #include <diagnostics/assertion.h>
 #include <interchange/export.h>
 #include <interchange/import.h>
 #include <kiln/kiln.h>
-#include <quillon/fltreplacefile.h>
 
 #include <cerrno>
 #include <exception>
@@ -55,7 +55,7 @@ void writeOut(const std::string& path, const ExportOptions& options, ImpExpRepor
     const Plan plan = planExport(options, host);
     SceneWriter writer(plan, report);
     writer.collect();
-    FltReplaceFile file(path);
+    base::FileReplacement file(path);
     writeTo(path, file.name(), writer, options.revision);
     if (!report.Progress(1, "Writing the file")) throw Cancelled();
     file.takePlace();

@@ -3,6 +3,7 @@
 #include "layouts.h"
 #include "plan.h"
 
+#include <base/text.h>
 #include <fltkilnutil/kilnflt.h>
 #include <interchange/textencoding.h>
 #include <quillon/fltopcode.h>
@@ -91,7 +92,7 @@ std::int32_t FilePalettes::light(std::int32_t index, const FltLightSourcePalette
 }
 
 std::int32_t FilePalettes::texture(const std::string& fileName) {
-    const std::string name(startOf(fileName, kTextureNameLength - 1));
+    const std::string name(base::clipUtf8(fileName, kTextureNameLength - 1));
     if (const auto found = textureOf_.find(name); found != textureOf_.end()) return found->second;
     const std::int32_t index = freeTexture_ = freeIndex(textures_, freeTexture_);
     if (index > kLastTexture) {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <interchange/outline.h>
-#include <interchange/triangulator.h>
+#include <kiln/triangulator.h>
 
 struct Mesh;
 

@@ -1,5 +1,6 @@
 #include "names.h"
 
+#include <base/text.h>
 #include <interchange/textencoding.h>
 #include <quillon/fltopcode.h>
 
@@ -35,7 +36,7 @@ void CommentText::add(FileBytes body) {
 }
 
 const std::string& CommentText::result() {
-    text_.resize(startOf(text_, kLongestComment).size());
+    text_.resize(base::clipUtf8(text_, kLongestComment).size());
     return text_;
 }
 

@@ -1,7 +1,7 @@
 // The polygons of a mesh.
 #pragma once
 
-#include <interchange/triangulator.h>
+#include <kiln/triangulator.h>
 
 #include <cstdint>
 #include <span>

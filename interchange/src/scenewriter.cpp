@@ -7,6 +7,7 @@
 #include "opcodes.h"
 #include "transforms.h"
 
+#include <base/text.h>
 #include <fltkilnutil/kilnface.h>
 #include <fltkilnutil/kilnflt.h>
 #include <fltkilnutil/kilnlight.h>
@@ -380,7 +381,7 @@ void SceneWriter::writeChanges(Changes& changes) {
 }
 
 void SceneWriter::writeText(std::uint16_t opcode, std::string_view text) {
-    text = startOf(text, kLongestComment);
+    text = base::clipUtf8(text, kLongestComment);
     FltToken& token = stream_->token();
     token.begin(opcode);
     token.writeBytes(static_cast<std::uint32_t>(text.size()), text.data());

@@ -1,9 +1,11 @@
+#include <base/text.h>
 #include <interchange/textencoding.h>
 
 #include <algorithm>
 #include <string_view>
 
 #ifdef _WIN32
+#include <base/utf16.h>
 #include <windows.h>
 #else
 #include <iconv.h>
@@ -17,52 +19,11 @@ std::uint8_t byteAt(std::string_view text, std::size_t i) {
     return static_cast<std::uint8_t>(text[i]);
 }
 
-bool isContinuation(std::uint8_t byte) {
-    return (byte & 0xC0) == 0x80;
-}
-
-/// Bytes of the UTF-8 character that starts with `lead`; 0 when none does.
-std::size_t lengthOf(std::uint8_t lead) {
-    if (lead < 0x80) return 1;
-    if (lead >= 0xC2 && lead <= 0xDF) return 2;
-    if (lead >= 0xE0 && lead <= 0xEF) return 3;
-    if (lead >= 0xF0 && lead <= 0xF4) return 4;
-    return 0;
-}
-
-/// Whether the second byte of a character may follow its first: shorter forms exist for some
-/// characters, surrogates are none, and Unicode ends at U+10FFFF.
-bool mayFollow(std::uint8_t lead, std::uint8_t second) {
-    switch (lead) {
-        case 0xE0:
-            return second >= 0xA0;
-        case 0xED:
-            return second < 0xA0;
-        case 0xF0:
-            return second >= 0x90;
-        case 0xF4:
-            return second < 0x90;
-        default:
-            return true;
-    }
-}
-
-/// Bytes of the whole character at `i`; 0 when there is none, because of a wrong byte or because
-/// the text ends within it.
-std::size_t characterAt(std::string_view text, std::size_t i) {
-    const std::size_t length = lengthOf(byteAt(text, i));
-    if (length == 0 || length > text.size() - i) return 0;
-    for (std::size_t k = 1; k < length; ++k) {
-        if (!isContinuation(byteAt(text, i + k))) return 0;
-    }
-    return length == 1 || mayFollow(byteAt(text, i), byteAt(text, i + 1)) ? length : 0;
-}
-
 /// Bytes at the start of `text` that are whole UTF-8 characters.
 std::size_t validLength(std::string_view text) {
     std::size_t i = 0;
     while (i < text.size()) {
-        const std::size_t length = characterAt(text, i);
+        const std::size_t length = base::characterAt(text, i);
         if (length == 0) break;
         i += length;
     }
@@ -71,10 +32,8 @@ std::size_t validLength(std::string_view text) {
 
 /// Whether the text ends at `i` with the beginning of a character.
 bool isCutCharacter(std::string_view text, std::size_t i) {
-    if (lengthOf(byteAt(text, i)) <= text.size() - i) return false;
-    const std::string_view rest = text.substr(i + 1);
-    return std::ranges::all_of(rest,
-                               [](char c) { return isContinuation(static_cast<std::uint8_t>(c)); });
+    if (base::characterLength(text[i]) <= text.size() - i) return false;
+    return std::ranges::all_of(text.substr(i + 1), base::continuesCharacter);
 }
 
 /// The text if it reads as GB 2312, without half a pair at the end of a full field; else nothing.
@@ -100,12 +59,7 @@ std::string fromGb2312(std::string_view text) {
     if (wideLength <= 0) return {};
     std::wstring wide(static_cast<std::size_t>(wideLength), L'\0');
     MultiByteToWideChar(kGbk, MB_ERR_INVALID_CHARS, text.data(), length, wide.data(), wideLength);
-    const int narrowLength = WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, wide.data(),
-                                                 wideLength, nullptr, 0, nullptr, nullptr);
-    std::string result(static_cast<std::size_t>(std::max(narrowLength, 0)), '\0');
-    WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, wide.data(), wideLength, result.data(),
-                        narrowLength, nullptr, nullptr);
-    return result;
+    return base::toUtf8(wide);
 }
 #else
 std::string fromGb2312(std::string_view text) {
@@ -164,13 +118,6 @@ std::string textOf(std::span<const std::uint8_t> field) {
     std::erase_if(text, isStrayControl);
     text.erase(text.find_last_not_of(" \t\n") + 1);
     return text;
-}
-
-std::string_view startOf(std::string_view text, std::size_t most) noexcept {
-    if (text.size() <= most) return text;
-    std::size_t end = most;
-    while (end > 0 && isContinuation(byteAt(text, end))) --end;
-    return text.substr(0, end);
 }
 
 }  // namespace interchange

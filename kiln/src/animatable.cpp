@@ -4,19 +4,9 @@
 #include <new>
 #include <utility>
 
+#include "chunks.h"
 #include "counted.h"
 #include "modified.h"
-
-/// A chunk in the list of those of one thing, in the order they were added. Chunks and containers
-/// are counted like blocks of the host allocator, so that running out of it is one condition.
-struct HeldChunk {
-    AppDataChunk chunk;
-    HeldChunk* next;
-
-    bool has(const Class_ID& cid, SClass_ID sid, DWORD subId) const noexcept {
-        return chunk.subID == subId && chunk.clID == cid && chunk.sclID == sid;
-    }
-};
 
 namespace {
 
@@ -26,6 +16,15 @@ void removeAt(HeldChunk*& link) noexcept {
     link = held->next;
     KILN_free(held->chunk.data);
     kiln::deallocateCounted(held, sizeof *held);
+}
+
+/// Adds a chunk where the list ends; false without memory.
+bool append(HeldChunk** end, const AppDataChunk& chunk) noexcept {
+    void* const memory = kiln::allocateCounted(sizeof(HeldChunk));
+    if (!memory) return false;
+    *end = new (memory) HeldChunk{chunk, nullptr};
+    kiln::setSceneModified(true);
+    return true;
 }
 
 void destroy(ICustAttribContainer* container) noexcept {
@@ -40,6 +39,12 @@ std::size_t thingSize(std::size_t size) noexcept {
 }
 
 }  // namespace
+
+bool kiln::ChunkAppender::append(const AppDataChunk& chunk) noexcept {
+    if (!::append(link_, chunk)) return false;
+    link_ = &(*link_)->next;
+    return true;
+}
 
 Animatable::Animatable() = default;
 
@@ -75,11 +80,7 @@ AppDataChunk* Animatable::AddAppDataChunk(const Class_ID& cid, SClass_ID sid, DW
         kiln::setSceneModified(true);
         return &present;
     }
-    void* const memory = kiln::allocateCounted(sizeof(HeldChunk));
-    if (!memory) return nullptr;
-    *link = new (memory) HeldChunk{{cid, sid, subId, length, data}, nullptr};
-    kiln::setSceneModified(true);
-    return &(*link)->chunk;
+    return append(link, {cid, sid, subId, length, data}) ? &(*link)->chunk : nullptr;
 }
 
 AppDataChunk* Animatable::GetAppDataChunk(const Class_ID& cid, SClass_ID sid,

@@ -61,6 +61,12 @@ public:
     Box3 GetLocalBoundBox(TimeValue) const override { return {}; }
 };
 
+bool isBuiltInObject(const Class_ID& id) noexcept {
+    return std::ranges::any_of(kBuiltIns, [&](const BuiltIn& one) {
+        return isObjectSuperClass(one.superClass) && one.id == id;
+    });
+}
+
 bool isOfScene(SClass_ID superClass) noexcept {
     return isObjectSuperClass(superClass) || superClass == TEXMAP_CLASS_ID ||
            superClass == CUST_ATTRIB_CLASS_ID;
@@ -80,8 +86,11 @@ bool isObjectSuperClass(SClass_ID superClass) noexcept {
 }
 
 std::unique_ptr<Animatable, DeleteThis> createOrStandIn(SClass_ID superClass, const Class_ID& id) {
+    if (isObjectSuperClass(superClass) && !isBuiltIn(superClass, id) && isBuiltInObject(id))
+        return nullptr;
     if (Animatable* const thing = CreateInstance(superClass, id))
         return std::unique_ptr<Animatable, DeleteThis>(thing);
+    if (isBuiltIn(superClass, id)) throw std::bad_alloc();  // there is nothing else it can lack
     Animatable* standIn = nullptr;
     if (isObjectSuperClass(superClass))
         standIn = new StandIn<UnknownObject>(superClass, id);

@@ -1,19 +1,26 @@
+#include <base/file.h>
+#include <base/paths.h>
+#include <base/replacefile.h>
 #include <kiln/host/core.h>
 #include <kiln/host/module.h>
 
 #include "coreimpl.h"
-#include "files.h"
 #include "modified.h"
 #include "scenefile.h"
-#include "text.h"
 
 #include <filesystem>
+#include <stdexcept>
+#include <system_error>
 
 namespace kiln {
 
 namespace {
 
 Core* theCore = nullptr;
+
+Status failed(const std::string& path, const char* what, const std::error_code& reason) {
+    return Status::failure(path + ": cannot be " + what + ": " + reason.message());
+}
 
 }  // namespace
 
@@ -63,7 +70,7 @@ void Core::setTime(TimeValue t) noexcept {
 void Core::Impl::rememberFolder(int id, const std::string& path) noexcept {
     try {
         directories[static_cast<std::size_t>(id)] =
-            textOf(std::filesystem::absolute(pathFrom(path)).parent_path());
+            base::textOf(std::filesystem::absolute(base::pathFrom(path)).parent_path());
     } catch (...) {
         // What was asked for is done; the next dialog merely begins where the last one did.
     }
@@ -97,7 +104,8 @@ void Core::resetScene() {
 
 Status Core::loadScene(const std::string& path) {
     std::string text;
-    if (Status status = readFile(path, text); !status) return status;
+    if (const std::error_code reason = base::readFile(path, text))
+        return failed(path, "opened", reason);
     Status status = loadSceneText(text, path);
     if (status) impl_->rememberFolder(KILN_SCENE_DIR, path);
     return status;
@@ -123,7 +131,13 @@ std::string Core::sceneText() const {
 }
 
 Status Core::saveScene(const std::string& path) {
-    if (Status status = replaceFile(path, sceneText()); !status) return status;
+    try {
+        base::replaceFile(path, sceneText());
+    } catch (const std::system_error& error) {
+        return failed(path, "written", error.code());
+    } catch (const std::length_error& error) {
+        return Status::failure(path + ": cannot be written: " + error.what());
+    }
     setSceneModified(false);
     impl_->rememberFolder(KILN_SCENE_DIR, path);
     impl_->sceneNotifies(NOTIFY_SCENE_SAVED, const_cast<char*>(path.c_str()));

@@ -1,11 +1,10 @@
+#include <base/text.h>
 #include <kiln/fp.h>
 #include <kiln/host/script.h>
 #include <kiln/interface.h>
 #include <kiln/memory.h>
 
 #include <utility>
-
-#include "text.h"
 
 namespace {
 
@@ -21,7 +20,7 @@ const Item* findNamed(const std::vector<Item>& items, const char* name) noexcept
     const Item* alike = nullptr;
     for (const Item& item : items) {
         if (std::string_view(item.name) == name) return &item;
-        if (!alike && kiln::sameTextIgnoringCase(item.name, name)) alike = &item;
+        if (!alike && base::sameTextIgnoringCase(item.name, name)) alike = &item;
     }
     return alike;
 }
@@ -240,7 +239,7 @@ FPInterfaceDesc* findInterface(const std::string& name) {
     FPInterfaceDesc* alike = nullptr;
     for (FPInterfaceDesc* const one : published()) {
         if (name == one->Name()) return one;
-        if (!alike && sameTextIgnoringCase(one->Name(), name)) alike = one;
+        if (!alike && base::sameTextIgnoringCase(one->Name(), name)) alike = one;
     }
     return alike;
 }

@@ -1,4 +1,6 @@
 // Runs importers and exporters.
+#include <base/paths.h>
+#include <base/text.h>
 #include <kiln/host/core.h>
 #include <kiln/host/module.h>
 
@@ -9,7 +11,6 @@
 
 #include "coreimpl.h"
 #include "modified.h"
-#include "text.h"
 
 namespace kiln {
 
@@ -74,7 +75,7 @@ std::vector<FileKind> kindsOf(SClass_ID superClass) {
 }
 
 std::string extensionOf(const std::string& path) {
-    const std::string extension = textOf(pathFrom(path).extension());
+    const std::string extension = base::textOf(base::pathFrom(path).extension());
     return extension.empty() ? extension : extension.substr(1);
 }
 
@@ -83,7 +84,7 @@ Made<T> handlerFor(const std::string& path, SClass_ID superClass) {
     const std::string extension = extensionOf(path);
     for (const FileKind& kind : kindsOf<T>(superClass))
         for (const std::string& one : kind.extensions)
-            if (sameTextIgnoringCase(one, extension)) return create<T>(kind.owner);
+            if (base::sameTextIgnoringCase(one, extension)) return create<T>(kind.owner);
     return nullptr;
 }
 
@@ -116,7 +117,7 @@ public:
                 node->Detach(0, true);
         }
         for (const DWORD handle : added) scene_.deleteNode(scene_.byHandle(handle));
-        const std::vector<Texmap*> now = scene_.texmaps();
+        const std::deque<Texmap*> now = scene_.texmaps();
         for (Texmap* const map : now)
             if (!maps_.contains(map)) scene_.removeTexmap(map);
     }

@@ -1,4 +1,5 @@
 // The host as plug-ins see it.
+#include <base/text.h>
 #include <kiln/accelerators.h>
 
 #include <algorithm>
@@ -6,7 +7,6 @@
 #include <utility>
 
 #include "coreimpl.h"
-#include "text.h"
 
 namespace kiln {
 
@@ -61,7 +61,7 @@ INode* Core::Impl::CreateObjectNode(Object* object) {
 }
 
 INode* Core::Impl::CreateObjectNode(Object* object, const char* name) try {
-    std::string chosen = name     ? validUtf8(name)
+    std::string chosen = name     ? base::validUtf8(name)
                          : object ? nodeNames.numbered(object->GetObjectName())
                                   : nodeNames.numbered("Node");
     Node* const node = scene->createNode(object, std::move(chosen), scene->root());

@@ -1,3 +1,5 @@
+#include <base/paths.h>
+#include <base/text.h>
 #include <kiln/host/module.h>
 
 #include <algorithm>
@@ -5,8 +7,6 @@
 #include <filesystem>
 #include <system_error>
 #include <utility>
-
-#include "text.h"
 
 namespace kiln {
 
@@ -78,7 +78,7 @@ std::string lastErrorText() {
     wchar_t buffer[512];
     const DWORD length = FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
                                         nullptr, error, 0, buffer, 512, nullptr);
-    std::string text = textOf(std::filesystem::path(std::wstring(buffer, length)));
+    std::string text = base::textOf(std::filesystem::path(std::wstring(buffer, length)));
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r' || text.back() == '.'))
         text.pop_back();
     return text + " (error " + std::to_string(error) + ")";
@@ -92,10 +92,10 @@ void findExport(HINSTANCE file, const char* name, Function*& function) {
 #endif
 
 bool isModuleFile(const std::filesystem::directory_entry& entry) {
-    const std::string extension = textOf(entry.path().extension());
+    const std::string extension = base::textOf(entry.path().extension());
     std::error_code ignored;
-    return entry.is_regular_file(ignored) &&
-           (sameTextIgnoringCase(extension, ".dlu") || sameTextIgnoringCase(extension, ".dli"));
+    return entry.is_regular_file(ignored) && (base::sameTextIgnoringCase(extension, ".dlu") ||
+                                              base::sameTextIgnoringCase(extension, ".dli"));
 }
 
 }  // namespace
@@ -107,7 +107,7 @@ Status registerModule(const std::string& name, const ModuleExports& exports) {
 Status loadModule(const std::string& path) {
 #ifdef _WIN32
     std::error_code ignored;
-    const std::filesystem::path file = std::filesystem::absolute(pathFrom(path), ignored);
+    const std::filesystem::path file = std::filesystem::absolute(base::pathFrom(path), ignored);
     // Libraries that lie beside the module are found there.
     const HINSTANCE library = LoadLibraryExW(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     if (!library) return Status::failure(path + ": cannot be loaded: " + lastErrorText());
@@ -120,7 +120,7 @@ Status loadModule(const std::string& path) {
     findExport(library, "LibNumberClasses", exports.libNumberClasses);
     findExport(library, "LibClassDesc", exports.libClassDesc);
     findExport(library, "LibVersion", exports.libVersion);
-    Status status = registration(textOf(file), exports, library);
+    Status status = registration(base::textOf(file), exports, library);
     if (!status) FreeLibrary(library);
     return status;
 #else
@@ -131,14 +131,14 @@ Status loadModule(const std::string& path) {
 ModuleScan scanModules(const std::string& folder) {
     std::vector<std::filesystem::path> files;
     std::error_code error;
-    std::filesystem::directory_iterator entry(pathFrom(folder), error);
+    std::filesystem::directory_iterator entry(base::pathFrom(folder), error);
     for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
         if (isModuleFile(*entry)) files.push_back(entry->path());
     std::ranges::sort(files);
 
     ModuleScan scan;
     for (const std::filesystem::path& file : files) {
-        const Status status = loadModule(textOf(file));
+        const Status status = loadModule(base::textOf(file));
         if (status)
             ++scan.loaded;
         else

@@ -1,10 +1,11 @@
 #include "node.h"
 
+#include <base/text.h>
+
 #include <algorithm>
 
 #include "modified.h"
 #include "scene.h"
-#include "text.h"
 
 namespace kiln {
 
@@ -21,7 +22,7 @@ bool Node::IsRootNode() const {
 }
 
 void Node::SetName(const char* name) {
-    std::string valid = validUtf8(name ? name : "");
+    std::string valid = base::validUtf8(name ? name : "");
     if (IsRootNode() || valid == name_) return;
     scene_.renameNode(this, name_, std::move(valid));
 }

@@ -96,16 +96,26 @@ Node* Scene::byHandle(DWORD handle) const noexcept {
 }
 
 void Scene::addTexmap(Texmap* map) {
-    if (!map || std::ranges::find(texmaps_, map) != texmaps_.end()) return;
+    if (!map || listed_.contains(map)) return;
     texmaps_.push_back(map);
+    try {
+        listed_.insert(map);
+    } catch (...) {
+        texmaps_.pop_back();
+        throw;
+    }
     map->AddReference();
     setSceneModified(true);
 }
 
 bool Scene::removeTexmap(Texmap* map) noexcept {
-    const auto entry = std::ranges::find(texmaps_, map);
-    if (entry == texmaps_.end()) return false;
-    texmaps_.erase(entry);
+    if (listed_.erase(map) == 0) return false;
+    // Looked for from both ends, where the list also closes up cheaply: who takes out very many
+    // does so in their order or the other way round.
+    std::size_t first = 0, last = texmaps_.size() - 1;
+    while (texmaps_[first] != map && texmaps_[last] != map) ++first, --last;
+    const std::size_t found = texmaps_[first] == map ? first : last;
+    texmaps_.erase(texmaps_.begin() + static_cast<std::ptrdiff_t>(found));
     map->ReleaseReference();
     setSceneModified(true);
     return true;

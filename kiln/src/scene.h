@@ -4,9 +4,10 @@
 #include <kiln/notify.h>
 #include <kiln/texmap.h>
 
+#include <deque>
 #include <memory>
 #include <string>
-#include <vector>
+#include <unordered_set>
 
 #include "names.h"
 #include "node.h"
@@ -52,7 +53,7 @@ public:
     /// Whether nodes are being deleted; nothing else may be deleted meanwhile.
     bool deleting() const noexcept { return deleting_; }
 
-    const std::vector<Texmap*>& texmaps() const noexcept { return texmaps_; }
+    const std::deque<Texmap*>& texmaps() const noexcept { return texmaps_; }
     void addTexmap(Texmap* map);
     bool removeTexmap(Texmap* map) noexcept;
 
@@ -72,7 +73,8 @@ private:
     HandleTable byHandle_;  // without the root
     NameIndex names_{byHandle_};
     AddressSet live_;  // with the root
-    std::vector<Texmap*> texmaps_;
+    std::deque<Texmap*> texmaps_;
+    std::unordered_set<const Texmap*> listed_;  // those in `texmaps_`
     bool deleting_ = false;
     Node* root_;
 };

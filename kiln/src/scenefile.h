@@ -17,7 +17,12 @@ namespace kiln {
 inline constexpr const char* kSceneFormat = "kiln scene";
 inline constexpr int kSceneVersion = 1;
 
-/// The scene as the text of a file.
+/// Custom attributes have attributes of their own, and those again; so many may be within one
+/// another in a file.
+inline constexpr int kDeepestAttribute = 64;
+inline constexpr const char* kTooDeep = "attributes are more than 64 deep within one another";
+
+/// The scene as the text of a file. Throws `std::length_error` for attributes that are too deep.
 std::string writtenScene(const Scene& scene);
 
 /// Fills `scene`, a new one, from `text`. A failure names `path` and the place in the file; the

@@ -4,10 +4,13 @@
 #include <cstring>
 #include <limits>
 #include <nlohmann/json.hpp>
+#include <set>
+#include <tuple>
 
 #include <kiln/memory.h>
 
 #include "base64.h"
+#include "chunks.h"
 #include "classes.h"
 #include "modified.h"
 #include "scenefile.h"
@@ -178,18 +181,20 @@ void readState(const Place& json, ReferenceTarget& thing) {
         (state.present() ? state : json).complain("is refused by the plug-in that saved it");
 }
 
-void readChunk(const Place& json, Animatable& thing) {
+using ChunkIds = std::set<std::tuple<Class_ID, SClass_ID, DWORD>>;
+
+void readChunk(const Place& json, ChunkIds& ids, ChunkAppender& chunks) {
     const Class_ID id = json["class"].classId();
     const SClass_ID super = json["super"].word();
     const DWORD sub = json["sub"].word();
     const Place data = json["data"];
     const std::vector<BYTE> bytes = data.bytes();
     if (bytes.size() != json["length"].word()) data.complain("does not have the chunk's length");
-    if (thing.GetAppDataChunk(id, super, sub)) json.complain("is there twice");
+    if (!ids.emplace(id, super, sub).second) json.complain("is there twice");
     void* const block = KILN_malloc(bytes.size());
     if (!block) throw std::bad_alloc();
     if (!bytes.empty()) std::memcpy(block, bytes.data(), bytes.size());
-    if (!thing.AddAppDataChunk(id, super, sub, static_cast<DWORD>(bytes.size()), block)) {
+    if (!chunks.append({id, super, sub, static_cast<DWORD>(bytes.size()), block})) {
         KILN_free(block);
         throw std::bad_alloc();
     }
@@ -205,23 +210,29 @@ using Held = std::unique_ptr<T, Release<T>>;
 
 template <typename T>
 Held<T> createHeld(const Place& json, SClass_ID superClass) {
-    T* const thing =
-        static_cast<T*>(createOrStandIn(superClass, json["class"].classId()).release());
+    const Place id = json["class"];
+    T* const thing = static_cast<T*>(createOrStandIn(superClass, id.classId()).release());
+    if (!thing) id.complain("is a class of the host's own that has another super class");
     thing->AddReference();
     return Held<T>(thing);
 }
 
-void readExtras(const Place& json, Animatable& thing) {
-    if (const Place chunks = json.find("chunks"); chunks.present())
-        chunks.forEach([&](const Place& chunk) { readChunk(chunk, thing); });
+// `depth` is how many attributes the thing is within, itself counted.
+void readExtras(const Place& json, Animatable& thing, int depth = 0) {
+    if (const Place chunks = json.find("chunks"); chunks.present()) {
+        ChunkIds ids;
+        ChunkAppender appender(thing);
+        chunks.forEach([&](const Place& chunk) { readChunk(chunk, ids, appender); });
+    }
     const Place attributes = json.find("attributes");
     if (!attributes.present()) return;
+    if (depth == kDeepestAttribute) attributes.complain(kTooDeep);
     ICustAttribContainer* const container = thing.AllocCustAttribContainer();
     if (!container) throw std::bad_alloc();
     attributes.forEach([&](const Place& one) {
         const auto attribute = createHeld<CustAttrib>(one, CUST_ATTRIB_CLASS_ID);
         readState(one, *attribute);
-        readExtras(one, *attribute);
+        readExtras(one, *attribute, depth + 1);
         if (!container->AppendCustAttrib(attribute.get())) throw std::bad_alloc();
     });
 }

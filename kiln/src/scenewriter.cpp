@@ -2,9 +2,11 @@
 #include <bit>
 #include <cmath>
 #include <nlohmann/json.hpp>
+#include <stdexcept>
 #include <unordered_map>
 
 #include "base64.h"
+#include "chunks.h"
 #include "classes.h"
 #include "scenefile.h"
 
@@ -79,26 +81,26 @@ void putState(Json& json, const ReferenceTarget& thing) {
 }
 
 // Chunks and custom attributes.
-void putExtras(Json& json, const Animatable& thing) {
+void putExtras(Json& json, const Animatable& thing, int depth = 0) {
     Json chunks = Json::array();
-    for (int i = 0; i < thing.NumAppDataChunks(); ++i) {
-        const AppDataChunk& chunk = *thing.GetAppDataChunk(i);
+    forEachChunk(thing, [&](const AppDataChunk& chunk) {
         chunks.push_back({{"class", classJson(chunk.clID)},
                           {"super", chunk.sclID},
                           {"sub", chunk.subID},
                           {"length", chunk.length},
                           {"data", toBase64(static_cast<const BYTE*>(chunk.data), chunk.length)}});
-    }
+    });
     if (!chunks.empty()) json["chunks"] = std::move(chunks);
 
     const ICustAttribContainer* const container = thing.GetCustAttribContainer();
     if (!container) return;
+    if (depth == kDeepestAttribute) throw std::length_error(kTooDeep);
     Json attributes = Json::array();
     for (int i = 0; i < container->GetNumCustAttribs(); ++i) {
         const CustAttrib& attribute = *container->GetCustAttrib(i);
         Json one = {{"class", classJson(attribute.ClassID())}};
         putState(one, attribute);
-        putExtras(one, attribute);
+        putExtras(one, attribute, depth + 1);
         attributes.push_back(std::move(one));
     }
     json["attributes"] = std::move(attributes);

@@ -1,18 +1,10 @@
-// Files by UTF-8 path.
+// Writing to open files.
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
-#include <filesystem>
-#include <string>
 
 namespace quillon {
-
-/// The path that UTF-8 `text` names, in the platform's own form.
-std::filesystem::path nativePath(const std::string& text);
-
-/// Opens `path` in binary, for reading or, replacing what is there, for writing. Null with `errno`
-/// set on failure.
-std::FILE* openFile(const std::filesystem::path& path, bool forWriting) noexcept;
 
 /// Writes `size` bytes to `file` in one call, without its lock where the platform can: a file is
 /// one thread's at a time. What the disk refuses is on the file's error indicator, where closing

@@ -1,5 +1,5 @@
-#include "fltfile.h"
-
+#include <base/file.h>
+#include <base/paths.h>
 #include <quillon/fltbyteorder.h>
 #include <quillon/fltfilereader.h>
 #include <quillon/fltopcode.h>
@@ -12,10 +12,6 @@
 namespace {
 
 constexpr std::size_t kRecordHeaderSize = 4;
-
-struct FileCloser {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
 
 [[noreturn]] void refuse(const std::string& path, std::error_code reason) {
     throw std::system_error(reason, "cannot read " + path);
@@ -33,13 +29,13 @@ bool opens(std::uint16_t opcode) {
 }  // namespace
 
 FltFileBytes FltFileBytes::load(const std::string& path) {
-    const std::filesystem::path native = quillon::nativePath(path);
+    const std::filesystem::path native = base::pathFrom(path);
     std::error_code reason;
     const std::uintmax_t size = std::filesystem::file_size(native, reason);
     if (reason) refuse(path, reason);
     if (size > std::numeric_limits<std::size_t>::max())
         refuse(path, std::make_error_code(std::errc::file_too_large));
-    const std::unique_ptr<std::FILE, FileCloser> file(quillon::openFile(native, false));
+    const base::File file = base::openFile(native, false);
     if (!file) refuse(path, std::error_code(errno, std::generic_category()));
 
     FltFileBytes result;

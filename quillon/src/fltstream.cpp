@@ -1,5 +1,7 @@
 #include "fltfile.h"
 
+#include <base/file.h>
+#include <base/paths.h>
 #include <diagnostics/assertion.h>
 #include <quillon/fltstream.h>
 
@@ -32,7 +34,7 @@ FltStream::~FltStream() {
 
 bool FltStream::open(const std::string& path, const FltHeader& header, FltHeaderForm* form) {
     diagnostics::check(file_ == nullptr, "fltstream", 72);
-    std::FILE* file = quillon::openFile(quillon::nativePath(path), true);
+    std::FILE* file = base::openFile(base::pathFrom(path), true).release();
     if (file == nullptr) return false;
     std::setvbuf(file, nullptr, _IOFBF, kFileBufferSize);
     attach(file, header.revision());

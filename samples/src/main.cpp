@@ -1,6 +1,8 @@
 // Writes the sample scenes into a folder.
 #include "airport.h"
 
+#include <base/paths.h>
+
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -8,15 +10,9 @@
 
 namespace {
 
-/// A path as the record library takes it, in UTF-8.
-std::string utf8(const std::filesystem::path& path) {
-    const std::u8string text = path.u8string();
-    return {text.begin(), text.end()};
-}
-
 bool writeSamples(const std::filesystem::path& folder) {
     std::filesystem::create_directories(folder);
-    const std::string path = utf8(folder / "airport.flt");
+    const std::string path = base::textOf(folder / "airport.flt");
     if (!samples::writeScene(samples::makeAirport(), path)) {
         std::fprintf(stderr, "make_samples: cannot write %s\n", path.c_str());
         return false;

@@ -2,12 +2,11 @@
 #include "lexer.h"
 #include "parser.h"
 
+#include <base/file.h>
+#include <base/text.h>
 #include <kiln/interface.h>
 
 #include <cmath>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <limits>
 #include <sstream>
 
@@ -51,21 +50,21 @@ void Engine::addVerb(const std::string& name, const std::string& parameters, Ver
             function->anyNumber = true;
         } else if (word.ends_with("?")) {
             word.pop_back();
-            function->parameters.push_back(smallLetters(word));
+            function->parameters.push_back(base::smallLetters(word));
         } else {
-            function->parameters.push_back(smallLetters(word));
+            function->parameters.push_back(base::smallLetters(word));
             function->required = function->parameters.size();
         }
     }
-    state_->verbs[smallLetters(name)] = std::move(function);
+    state_->verbs[base::smallLetters(name)] = std::move(function);
 }
 
 void Engine::addValue(const std::string& name, ValueReader reader) {
-    state_->values[smallLetters(name)] = std::move(reader);
+    state_->values[base::smallLetters(name)] = std::move(reader);
 }
 
 void Engine::addNodeProperty(const std::string& name, PropertyReader read, PropertyWriter write) {
-    state_->nodeProperties[smallLetters(name)] = {std::move(read), std::move(write)};
+    state_->nodeProperties[base::smallLetters(name)] = {std::move(read), std::move(write)};
 }
 
 void Engine::setOutput(std::function<void(std::string_view)> output) {
@@ -109,20 +108,18 @@ Value Engine::runFile(const std::string& path) {
 
 std::string readScript(const std::string& path) {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-    std::ifstream file(std::filesystem::path(std::u8string(path.begin(), path.end())),
-                       std::ios::binary);
-    std::string text((std::istreambuf_iterator<char>(file)), {});
-    if (file.bad() || !file.is_open()) throw Failure(path + ": this script cannot be read");
+    std::string text;
+    if (base::readFile(path, text)) throw Failure(path + ": this script cannot be read");
     if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
     return text;
 }
 
 void Engine::setVariable(const std::string& name, Value value) {
-    state_->variables[smallLetters(name)] = std::move(value);
+    state_->variables[base::smallLetters(name)] = std::move(value);
 }
 
 std::optional<Value> Engine::variable(const std::string& name) const {
-    const auto found = state_->variables.find(smallLetters(name));
+    const auto found = state_->variables.find(base::smallLetters(name));
     return found == state_->variables.end() ? std::nullopt : std::optional(found->second);
 }
 

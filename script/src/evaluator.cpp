@@ -3,6 +3,7 @@
 #include "lexer.h"
 #include "operators.h"
 
+#include <base/text.h>
 #include <kiln/fp.h>
 #include <kiln/host/script.h>
 #include <kiln/interface.h>
@@ -40,7 +41,7 @@ Arguments matched(const Function& function, std::vector<Argument>&& arguments) {
     for (auto& [keyword, value] : arguments) {
         std::size_t index = position;
         if (!keyword.empty()) {
-            const auto found = std::ranges::find(function.parameters, smallLetters(keyword));
+            const auto found = std::ranges::find(function.parameters, base::smallLetters(keyword));
             if (found == function.parameters.end())
                 throw Failure(function.name + ": there is no argument \"" + keyword + "\"");
             index = static_cast<std::size_t>(found - function.parameters.begin());

@@ -1,5 +1,6 @@
 #include "hostfiles.h"
 
+#include <base/paths.h>
 #include <kiln/host/core.h>
 
 #include <algorithm>
@@ -27,15 +28,6 @@ Value require(const kiln::ImportResult& result, const std::string& path) {
     throw Failure(path + (result.code == IMPEXP_CANCEL ? ": cancelled" : ": failed"));
 }
 
-std::filesystem::path pathOf(const std::string& text) {
-    return std::filesystem::path(std::u8string(text.begin(), text.end()));
-}
-
-std::string textOf(const std::filesystem::path& path) {
-    const std::u8string text = path.generic_u8string();
-    return std::string(text.begin(), text.end());
-}
-
 // Whether `name` fits `pattern`, in which * stands for any characters and ? for one byte.
 bool fits(std::string_view name, std::string_view pattern) {
     std::size_t at = 0, in = 0, star = pattern.npos, resume = 0;
@@ -57,20 +49,21 @@ bool fits(std::string_view name, std::string_view pattern) {
 
 // The files of one folder whose names fit, in the order of their names.
 Value getFiles(const Arguments& arguments) {
-    const std::filesystem::path pattern = pathOf(arguments.text(0));
-    const std::string name = textOf(pattern.filename());
+    const std::filesystem::path pattern = base::pathFrom(arguments.text(0));
+    const std::string name = base::genericTextOf(pattern.filename());
     const std::filesystem::path folder = pattern.has_parent_path() ? pattern.parent_path() : ".";
     std::vector<std::string> found;
     std::error_code error;
     for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
          entry.increment(error)) {
         std::error_code ignored;
-        if (!entry->is_regular_file(ignored) || !fits(textOf(entry->path().filename()), name))
+        if (!entry->is_regular_file(ignored) ||
+            !fits(base::genericTextOf(entry->path().filename()), name))
             continue;
-        found.push_back(
-            textOf(pattern.has_parent_path() ? entry->path() : entry->path().filename()));
+        found.push_back(base::genericTextOf(pattern.has_parent_path() ? entry->path()
+                                                                      : entry->path().filename()));
     }
-    if (error) throw Failure(textOf(folder) + ": this folder cannot be read");
+    if (error) throw Failure(base::genericTextOf(folder) + ": this folder cannot be read");
     std::ranges::sort(found);
     return Value::ofArray({found.begin(), found.end()});
 }

@@ -1,5 +1,7 @@
 #include "lexer.h"
 
+#include <base/text.h>
+
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -104,7 +106,7 @@ private:
     void name(Token& token) {
         token.kind = TokenKind::name;
         token.spelling = word();
-        token.text = smallLetters(token.spelling);
+        token.text = base::smallLetters(token.spelling);
         if (peek() != ':') return;
         ++at_;
         token.kind = TokenKind::keyword;
@@ -206,13 +208,6 @@ private:
 };
 
 }  // namespace
-
-std::string smallLetters(std::string_view text) {
-    std::string small(text);
-    for (char& c : small)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return small;
-}
 
 std::vector<Token> tokensOf(std::string_view text, const std::string& file) {
     return Lexer(text, file).all();

@@ -31,9 +31,6 @@ struct Token {
     bool spaceAfter = false;
 };
 
-/// Letters a to z in place of A to Z; other bytes stay.
-std::string smallLetters(std::string_view text);
-
 /// The tokens of a script, the last one being `end`. Throws `Error`.
 std::vector<Token> tokensOf(std::string_view text, const std::string& file);
 

@@ -31,9 +31,3 @@ TEST(Text, BecomesUtf8WhateverItWas) {
     };
     for (const auto& test : cases) EXPECT_EQ(textOf(test.bytes), test.text) << test.name;
 }
-
-TEST(Text, StartsEndWithWholeCharacters) {
-    EXPECT_EQ(interchange::startOf("塔台", 6), "塔台");
-    EXPECT_EQ(interchange::startOf("塔台", 5), "塔");
-    EXPECT_EQ(interchange::startOf("塔台", 2), "");
-}

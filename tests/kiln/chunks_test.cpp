@@ -101,4 +101,25 @@ TEST_F(ChunksTest, CustomAttributesKeepTheirOrder) {
     EXPECT_EQ(Mark::alive, 0);
 }
 
+// As an import of very many that is taken back. Looking through all of them for each, or closing
+// the list up behind each, would outlast the test's time limit.
+TEST_F(ChunksTest, TakesVeryManyTextureMaps) {
+    constexpr int kMany = 500'000;
+    std::vector<Texmap*> maps;
+    for (int i = 0; i < kMany; ++i) {
+        maps.push_back(new BitmapTex);
+        host.AddTexmap(maps.back());
+    }
+    EXPECT_EQ(host.GetTexmapCount(), kMany);
+    Texmap* const middle = maps[kMany / 2];
+    EXPECT_TRUE(host.RemoveTexmap(middle));
+    EXPECT_EQ(host.GetTexmap(kMany / 2), maps[kMany / 2 + 1]) << "the others keep their order";
+    for (int i = 0; i < kMany / 4; ++i) {
+        ASSERT_TRUE(host.RemoveTexmap(maps[static_cast<std::size_t>(i)]));
+        ASSERT_TRUE(host.RemoveTexmap(maps[static_cast<std::size_t>(kMany - 1 - i)]));
+    }
+    EXPECT_EQ(host.GetTexmapCount(), kMany / 2 - 1);
+    EXPECT_EQ(host.GetTexmap(0), maps[kMany / 4]);
+}
+
 }  // namespace

@@ -110,6 +110,19 @@ TEST(ObjectsTest, ConvertToMeshes) {
     EXPECT_EQ(static_cast<TriObject*>(surface)->GetMesh().faces.Count(), 1);
     surface->DeleteThis();
 
+    // An outline that crosses itself everywhere, as a file may hold it: cutting it may not take
+    // more than time in proportion.
+    unsigned state = 1;
+    const auto random = [&] { return double(state = state * 1103515245U + 12345U) * 1e-6; };
+    SplineShape wild;
+    for (int i = 0; i < 30'000; ++i) wild.GetPoints().Append(Point3{random(), random(), 0});
+    wild.SetClosed(true);
+    Object* const cut = wild.ConvertToType(0, TRIOBJ_CLASS_ID);
+    ASSERT_NE(cut, nullptr);
+    EXPECT_TRUE(static_cast<TriObject*>(cut)->GetMesh().IsConsistent());
+    EXPECT_GT(static_cast<TriObject*>(cut)->GetMesh().faces.Count(), 0);
+    cut->DeleteThis();
+
     DummyObject dummy;
     GenLight light(SPOT_LIGHT_CLASS_ID);
     EXPECT_FALSE(dummy.IsRenderable() || light.IsRenderable() || line.IsRenderable());

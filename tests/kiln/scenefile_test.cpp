@@ -212,4 +212,94 @@ TEST_F(SceneFileTest, SurvivesAnyDamage) {
     EXPECT_FALSE(core.loadSceneText(std::string(1000000, '['), "deep.kiln"));
 }
 
+// A file with these texture maps, objects and nodes.
+std::string fileOf(const std::string& maps, const std::string& objects, const std::string& nodes) {
+    return "{\"format\":\"kiln scene\",\"version\":1,\"root\":{},\"texmaps\":[" + maps +
+           "],\"objects\":[" + objects + "],\"nodes\":[" + nodes + "],\"selection\":[]}";
+}
+
+// Objects are converted by their class ids alone, so what has a mesh's id must be one.
+TEST_F(SceneFileTest, RefusesObjectsThatClaimAClassOfTheHost) {
+    const struct {
+        SClass_ID superClass;
+        Class_ID id;
+    } own[] = {{GEOMOBJECT_CLASS_ID, TRIOBJ_CLASS_ID}, {GEOMOBJECT_CLASS_ID, BOXOBJ_CLASS_ID},
+               {SHAPE_CLASS_ID, SPLINESHAPE_CLASS_ID}, {HELPER_CLASS_ID, DUMMY_CLASS_ID},
+               {LIGHT_CLASS_ID, OMNI_LIGHT_CLASS_ID},  {LIGHT_CLASS_ID, FSPOT_LIGHT_CLASS_ID}};
+    for (const auto& [superClass, id] : own) {
+        for (const SClass_ID claimed :
+             {GEOMOBJECT_CLASS_ID, SHAPE_CLASS_ID, HELPER_CLASS_ID, LIGHT_CLASS_ID}) {
+            const std::string object = "{\"super\":" + std::to_string(claimed) + ",\"class\":[" +
+                                       std::to_string(id.PartA()) + ",0]}";
+            const kiln::Status status = core.loadSceneText(
+                fileOf("", object, "{\"name\":\"n\",\"object\":0,\"wire\":0}"), "a.kiln");
+            const char* const why = claimed == superClass
+                                        ? "a.kiln: is damaged at objects[0]: \""
+                                        : "a.kiln: is damaged at objects[0].class: is a class of";
+            EXPECT_THAT(status.message(), StartsWith(why)) << id.PartA() << " as " << claimed;
+        }
+    }
+    EXPECT_TRUE(
+        core.loadSceneText(fileOf("{\"class\":[9,0],\"name\":\"of a plug-in\"}", "", ""), "a.kiln"))
+        << "texture maps are never taken for objects";
+}
+
+// One custom attribute within another, so many deep.
+std::string nestedAttributes(int depth) {
+    std::string text;
+    for (int i = 0; i < depth; ++i) text += "\"attributes\":[{\"class\":[1,2],";
+    text += "\"chunks\":[]";
+    for (int i = 0; i < depth; ++i) text += "}]";
+    return text;
+}
+
+TEST_F(SceneFileTest, RefusesAttributesWithinAttributesWithoutEnd) {
+    const auto load = [&](int depth) {
+        return core.loadSceneText(
+            fileOf("", "", "{\"name\":\"n\",\"wire\":0," + nestedAttributes(depth) + "}"),
+            "deep.kiln");
+    };
+    ASSERT_TRUE(load(64));
+    const std::string deepest = core.sceneText();
+    ASSERT_TRUE(core.loadSceneText(deepest, "again.kiln"));
+    EXPECT_EQ(core.sceneText(), deepest);
+    for (const int depth : {65, 100'000})
+        EXPECT_THAT(load(depth).message(),
+                    testing::HasSubstr(": attributes are more than 64 deep"));
+    EXPECT_EQ(core.sceneText(), deepest);
+
+    // What could not be read again is not written either.
+    const TemporaryFolder folder;
+    const std::string path = folder.file("deep.kiln");
+    ASSERT_TRUE(core.saveScene(path));
+    Animatable* thing = host.GetRootNode()->GetChildNode(0);
+    while (thing->GetCustAttribContainer())
+        thing = thing->GetCustAttribContainer()->GetCustAttrib(0);
+    thing->AllocCustAttribContainer()->AppendCustAttrib(new KeptAttribute);
+    EXPECT_THAT(core.saveScene(path).message(),
+                StartsWith(path + ": cannot be written: attributes are more than 64 deep"));
+    EXPECT_EQ(readAll(path), deepest);
+}
+
+// So many that looking through all of them for each would outlast the test's time limit.
+TEST_F(SceneFileTest, ReadsListsOfAnyLength) {
+    constexpr int kMany = 300'000;
+    std::string chunks;
+    for (int i = 0; i < kMany; ++i)
+        chunks += (i ? "," : "") + std::string("{\"class\":[1,2],\"super\":3,\"sub\":") +
+                  std::to_string(i) + ",\"length\":1,\"data\":\"QQ==\"}";
+    const auto load = [&](const std::string& list) {
+        return core.loadSceneText(
+            fileOf("", "", "{\"name\":\"n\",\"wire\":0,\"chunks\":[" + list + "]}"), "a.kiln");
+    };
+    ASSERT_TRUE(load(chunks));
+    const INode* const node = host.GetRootNode()->GetChildNode(0);
+    EXPECT_EQ(node->NumAppDataChunks(), kMany);
+    EXPECT_EQ(bytesOf(node->GetAppDataChunk({1, 2}, 3, kMany - 1)), "A");
+    EXPECT_NE(core.sceneText().find("\"sub\":" + std::to_string(kMany - 1)), std::string::npos);
+    const std::string first = chunks.substr(0, chunks.find('}') + 1);
+    EXPECT_THAT(load(chunks + ',' + first).message(),
+                StartsWith("a.kiln: is damaged at nodes[0].chunks[300000]: is there twice"));
+}
+
 }  // namespace

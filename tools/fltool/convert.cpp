@@ -1,11 +1,11 @@
 #include "commands.h"
 #include "progress.h"
 
+#include <base/replacefile.h>
 #include <diagnostics/assertion.h>
 #include <quillon/fltfactory.h>
 #include <quillon/fltfilereader.h>
 #include <quillon/fltopcode.h>
-#include <quillon/fltreplacefile.h>
 #include <quillon/fltstream.h>
 
 #include <algorithm>
@@ -117,7 +117,7 @@ private:
 
 void convert(const ConvertOptions& options, std::ostream& out) {
     const FltFileBytes file = FltFileBytes::load(options.input);
-    FltReplaceFile temporary(options.output);
+    base::FileReplacement temporary(options.output);
     Converter converter(options, file);
     {
         FltStream stream;  // closed before its file is moved or removed

@@ -19,7 +19,4 @@ namespace interchange {
 /// as Latin-1, so that any bytes at all give readable text of some kind.
 std::string textOf(std::span<const std::uint8_t> field);
 
-/// The start of `text` (UTF-8) that fits in `most` bytes and ends with a whole character.
-std::string_view startOf(std::string_view text, std::size_t most) noexcept;
-
 }  // namespace interchange

@@ -72,6 +72,8 @@ public:
     static void operator delete(void* thing, std::size_t size) noexcept;
 
 private:
+    friend HeldChunk;
+
     HeldChunk* chunks_ = nullptr;
     ICustAttribContainer* attribs_ = nullptr;
 };

@@ -37,10 +37,10 @@ struct KILNAPI Mesh {
     Tab<COLORREF> colors;  ///< one per vertex, or empty
 
     /// Cuts a polygon over the vertices `corners` (indices into `verts`, counter-clockwise, at
-    /// least 3) into triangles and appends them, with the polygon's outline in the edge flags.
-    /// Concave polygons are cut along their ears; one that has no area becomes a fan. When
-    /// `texCorners` is given it holds as many indices into `tVerts`. False, and nothing is
-    /// appended, for fewer than 3 corners or an index out of range.
+    /// least 3) into triangles as `Triangulator` does and appends them, with the polygon's outline
+    /// in the edge flags; one that has no area becomes a fan. When `texCorners` is given it holds
+    /// as many indices into `tVerts`. False, and nothing is appended, for fewer than 3 corners or
+    /// an index out of range.
     bool AppendPolygon(int count, const DWORD* corners, const DWORD* texCorners = nullptr);
     /// The normal of face `index` at unit length; (0, 0, 0) for one without area.
     Point3 FaceNormal(int index) const;

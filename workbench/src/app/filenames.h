@@ -1,6 +1,8 @@
 // Parts of file names, as text (UTF-8).
 #pragma once
 
+#include <base/text.h>
+
 #include <string>
 #include <string_view>
 
@@ -23,16 +25,12 @@ inline std::string baseName(std::string_view path) {
     return name.substr(0, name.rfind('.'));
 }
 
-/// Whether the path ends in the extension, which is given without a dot and in lower case.
+/// Whether the path ends in the extension, which is given without a dot.
 inline bool hasExtension(std::string_view path, std::string_view extension) {
     const std::string name = fileName(path);
     const std::size_t dot = name.rfind('.');
-    if (dot == std::string::npos || name.size() - dot - 1 != extension.size()) return false;
-    for (std::size_t i = 0; i < extension.size(); ++i) {
-        const char c = name[dot + 1 + i];
-        if ((c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c) != extension[i]) return false;
-    }
-    return true;
+    return dot != std::string::npos &&
+           base::sameTextIgnoringCase(std::string_view(name).substr(dot + 1), extension);
 }
 
 }  // namespace workbench

@@ -1,11 +1,13 @@
 #include "screenshot.h"
 
+#include <base/replacefile.h>
 #include <framework/gdi.h>
 #include <framework/text.h>
 
 #include <wincodec.h>
 #include <algorithm>
 #include <cstdint>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -100,8 +102,14 @@ kiln::Status saveScreenshot(const std::string& path) {
     if (picture.pixels.empty()) return kiln::Status::failure("the screen could not be read");
     const auto [least, most] = std::minmax_element(picture.pixels.begin(), picture.pixels.end());
     if (*least == *most) return kiln::Status::failure("the screen is empty");
-    if (FAILED(writePng(toWide(path), picture)))
-        return kiln::Status::failure(path + " could not be written");
+    try {
+        base::FileReplacement file(path);
+        if (FAILED(writePng(toWide(file.name()), picture)))
+            return kiln::Status::failure(path + " could not be written");
+        file.takePlace();
+    } catch (const std::system_error& error) {
+        return kiln::Status::failure(path + " could not be written: " + error.code().message());
+    }
     return {};
 }
 

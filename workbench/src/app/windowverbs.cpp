@@ -3,23 +3,20 @@
 #include "mainwindow.h"
 #include "screenshot.h"
 
+#include <base/paths.h>
+
 #include <filesystem>
 #include <string>
 
 namespace workbench {
 namespace {
 
-std::filesystem::path pathOf(const std::string& text) {
-    return std::filesystem::path(std::u8string(text.begin(), text.end()));
-}
-
 /// The file of a picture that a script names: a PNG file, in `folder` unless it says otherwise.
 std::string picturePath(const std::string& name, const std::string& folder) {
-    std::filesystem::path path = pathOf(name);
+    std::filesystem::path path = base::pathFrom(name);
     if (path.empty()) throw script::Failure("a picture needs a name");
     if (!path.has_extension()) path.replace_extension(".png");
-    const std::u8string text = (pathOf(folder) / path).u8string();
-    return {text.begin(), text.end()};
+    return base::textOf(base::pathFrom(folder) / path);
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+#include <base/paths.h>
+#include <base/text.h>
 #include <workbench/texturestore.h>
 
 #include <algorithm>
@@ -18,10 +20,6 @@ constexpr int kSmallBits = 7;
 constexpr std::size_t kMostFailures = 10;
 constexpr std::uintmax_t kLargestFile = 256u << 20;
 
-fs::path pathOf(std::string_view text) {
-    return fs::path(std::u8string(text.begin(), text.end()));
-}
-
 /// Paths come from either kind of system.
 std::string withSlashes(std::string path) {
     std::replace(path.begin(), path.end(), '\\', '/');
@@ -38,18 +36,15 @@ bool leavesDrives(std::string_view path) {
 /// that is not plain to see.
 std::string hostOf(std::string_view path) {
     if (!path.starts_with("//")) return {};
-    std::string host(path.substr(2, path.find('/', 2) - 2));
-    if (host == "." || host == "?") return {};
-    std::transform(host.begin(), host.end(), host.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return host;
+    const std::string_view host = path.substr(2, path.find('/', 2) - 2);
+    return host == "." || host == "?" ? std::string() : base::smallLetters(host);
 }
 
 /// The file that `name` means, if there is one. To ask another computer for a file tells it who
 /// asks, so the name, which comes from a file, is followed only to one that the folders name too.
 std::optional<fs::path> locate(const std::string& name, const std::vector<std::string>& folders) {
     const std::string usual = withSlashes(name);
-    const fs::path given = pathOf(usual).make_preferred(), last = given.filename();
+    const fs::path given = base::pathFrom(usual).make_preferred(), last = given.filename();
     std::error_code ignored;
     const auto isFile = [&](const fs::path& path) { return fs::is_regular_file(path, ignored); };
     const bool isElsewhere = leavesDrives(usual);
@@ -63,9 +58,9 @@ std::optional<fs::path> locate(const std::string& name, const std::vector<std::s
         return given;
     }
     for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
-        const fs::path base = pathOf(*folder);
-        if (!isElsewhere && given.is_relative() && isFile(base / given)) return base / given;
-        if (isFile(base / last)) return base / last;
+        const fs::path from = base::pathFrom(*folder);
+        if (!isElsewhere && given.is_relative() && isFile(from / given)) return from / given;
+        if (isFile(from / last)) return from / last;
     }
     return std::nullopt;
 }

@@ -1,8 +1,7 @@
 // Polygons to triangles.
 //
-// The host can cut polygons too. This is for polygons from files, which may be anything: intricate
-// enough to keep a simple method busy for hours, joined to their holes by cuts that are walked
-// twice, crossing themselves.
+// Polygons come from files and may be anything: intricate enough to keep a simple method busy for
+// hours, joined to their holes by cuts that are walked twice, crossing themselves.
 #pragma once
 
 #include <kiln/geometry.h>
@@ -12,8 +11,6 @@
 #include <span>
 #include <vector>
 
-namespace interchange {
-
 /// A triangle over the corners of a polygon. Edge i leads from corner i to corner (i + 1) mod 3;
 /// it is an outline edge when it is an edge of the polygon and not a cut through it.
 struct Triangle {
@@ -22,7 +19,7 @@ struct Triangle {
 };
 
 /// Cuts polygons into triangles. One object serves many polygons without allocating anew.
-class Triangulator {
+class KILNAPI Triangulator {
 public:
     /// The triangles of the polygon through `corners`, wound as the polygon is; valid until the
     /// next call. Concave polygons are cut along diagonals inside them, polygons that are not quite
@@ -69,5 +66,3 @@ private:
     std::size_t left_ = 0;
     std::uint64_t budget_ = 0;  ///< corner tests that may still be made
 };
-
-}  // namespace interchange

@@ -1,9 +1,7 @@
-#include <interchange/triangulator.h>
+#include <kiln/triangulator.h>
 
 #include <algorithm>
 #include <cmath>
-
-namespace interchange {
 
 namespace {
 
@@ -206,5 +204,3 @@ void Triangulator::clip(std::uint32_t corner) {
     if (first_ == corner) first_ = link.next;
     --left_;
 }
-
-}  // namespace interchange

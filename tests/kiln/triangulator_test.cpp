@@ -1,13 +1,10 @@
 #include <gtest/gtest.h>
-#include <interchange/triangulator.h>
+#include <kiln/triangulator.h>
 
 #include <cmath>
 #include <limits>
 #include <numbers>
 #include <vector>
-
-using interchange::Triangle;
-using interchange::Triangulator;
 
 namespace {
 
