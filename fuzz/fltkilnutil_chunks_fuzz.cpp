@@ -6,6 +6,7 @@
 // rows are edited with. A bit of the dressing puts opcode and length of a proper record into a
 // chunk, which random bytes seldom have.
 #include "expect.h"
+#include "input.h"
 
 #include <fltkilnutil/fltattr.h>
 #include <fltkilnutil/kilnflt.h>
@@ -28,28 +29,6 @@ constexpr Class_ID kChunkClass(0x6A3C1F07, 0x2E9D0001);
 constexpr SClass_ID kChunkSuperClass = 0xA10;
 constexpr DWORD kChunks = 4;
 constexpr std::uint32_t kRevisions[] = {1580, 1570, 1560, 1540, 1510, 1420, 0, 0xFFFFFFFF};
-
-/// Takes the input apart; missing bytes are zeros.
-class Input {
-public:
-    explicit Input(std::span<const std::uint8_t> bytes) : rest_(bytes) {}
-
-    std::uint8_t byte() { return bytes(1).empty() ? std::uint8_t{0} : taken_[0]; }
-    std::size_t length() {
-        const std::size_t high = byte();
-        return high << 8 | byte();
-    }
-    std::span<const std::uint8_t> bytes(std::size_t count) {
-        taken_ = rest_.first(std::min(count, rest_.size()));
-        rest_ = rest_.subspan(taken_.size());
-        return taken_;
-    }
-    std::span<const std::uint8_t> rest() { return bytes(rest_.size()); }
-
-private:
-    std::span<const std::uint8_t> rest_;
-    std::span<const std::uint8_t> taken_;
-};
 
 void attach(INode* node, DWORD id, const Bytes& bytes) {
     void* const block = KILN_malloc(bytes.size());
