@@ -41,7 +41,6 @@ constexpr const char* kNumbers[] = {"0",
                                     "\"0x7ff0000000000000\"",
                                     "\"0x7ff8000000000000\""};
 constexpr std::uint16_t kKinds[] = {1, 2, 4, 5, 14, 55, 61, 62, 63, 73, 96, 98, 101, 111};
-constexpr int kDeepestNesting = 80;
 
 template <typename T, std::size_t Count>
 const T& chosen(const T (&list)[Count], std::uint8_t number) {
@@ -106,8 +105,9 @@ private:
     void object() {
         const std::uint8_t which = input_.byte();
         const Class_ID& id = chosen(kClasses, which);
-        SClass_ID superClass = chosen(kSuperClasses, input_.byte());
-        if (which & 0x80) superClass = ownSuperClass(id);
+        // A wrong one makes all of the file refused, so it is rare.
+        const SClass_ID superClass =
+            which < 0xF0 ? ownSuperClass(id) : chosen(kSuperClasses, input_.byte());
         text_ += "{\"super\":" + std::to_string(superClass) + ',';
         classId(id);
         text_ += R"(,"color":)" + std::to_string(input_.byte() * 0x10101) + R"(,"intensity":)";
@@ -199,7 +199,8 @@ private:
 
     // One within the other, and some beside each other.
     void attributes() {
-        const int depth = input_.byte() % kDeepestNesting;
+        const std::uint8_t byte = input_.byte();
+        const int depth = byte < 0xF0 ? byte % 8 : 8 * (byte & 0xF);  // up to more than is accepted
         for (int i = 0; i < depth; ++i) {
             text_ += R"("attributes":[)";
             for (int beside = input_.byte() & 1; beside > 0; --beside) {

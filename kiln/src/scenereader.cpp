@@ -31,7 +31,11 @@ public:
     explicit Place(const Json& root) : json_(root) {}
 
     [[noreturn]] void complain(const std::string& what) const {
-        throw Damage{path() + ": " + what};
+        // Of a long way both ends tell enough.
+        constexpr std::size_t kShown = 60;
+        std::string way = path();
+        if (way.size() > 2 * kShown) way.replace(kShown, way.size() - 2 * kShown, "...");
+        throw Damage{way + ": " + what};
     }
 
     Place operator[](std::string_view name) const {
