@@ -8,7 +8,6 @@
 #include <fltkilnutil/kilnflt.h>
 #include <interchange/textencoding.h>
 #include <kiln/kiln.h>
-#include <quillon/fltinstance.h>
 #include <quillon/flttoken.h>
 
 #include <algorithm>
@@ -42,6 +41,7 @@ void NodeLooks::BeginLooks(Interface*) noexcept {
 
 void NodeLooks::EndLooks() noexcept {
     databases_.clear();
+    definitions_.clear();
     family_ = {};
 }
 
@@ -57,19 +57,7 @@ bool NodeLooks::GetLook(INode* node, NodeLook& look) noexcept {
 
 INode* NodeLooks::GetInstanced(INode* node) noexcept {
     try {
-        FltInstanceRef reference;
-        if (kindOf(node) != FltNodeKind::InstanceRef || !fltGetRecord(node, reference)) {
-            return nullptr;
-        }
-        INode* header = node;
-        while (header != nullptr && kindOf(header) != FltNodeKind::Header) {
-            header = header->GetParentNode();
-        }
-        if (header == nullptr) return nullptr;
-        Database& database = databaseOf(*header);
-        if (!database.hasDefinitions) findDefinitions(*header, database);
-        const auto found = database.definitions.find(reference.instanceNumber);
-        return found == database.definitions.end() ? nullptr : found->second;
+        return definitions_.of(node);
     } catch (...) {
         return nullptr;
     }
@@ -131,20 +119,6 @@ NodeLooks::Database& NodeLooks::databaseOf(INode& header) {
         }
     });
     return database;
-}
-
-void NodeLooks::findDefinitions(INode& header, Database& database) {
-    database.hasDefinitions = true;
-    std::vector<INode*> open{&header};
-    while (!open.empty()) {
-        INode* const node = open.back();
-        open.pop_back();
-        FltInstanceDef definition;
-        if (kindOf(node) == FltNodeKind::InstanceDef && fltGetRecord(node, definition)) {
-            database.definitions.emplace(definition.instanceNumber, node);
-        }
-        for (int i = node->NumberOfChildren(); i-- > 0;) open.push_back(node->GetChildNode(i));
-    }
 }
 
 void NodeLooks::describe(INode& node, const Family& family, NodeLook& look) const {

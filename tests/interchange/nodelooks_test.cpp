@@ -2,11 +2,13 @@
 #include "fltbytes.h"
 #include "importscene.h"
 
+#include "../tessera_core/recordingbrowser.h"
+
 #include <fltkilnutil/kilnface.h>
 #include <fltkilnutil/kilnflt.h>
 #include <interchange/nodelooks.h>
 #include <quillon/fltface.h>
-#include <quillon/fltinstance.h>
+#include <tessera/aviaryutil.h>
 
 namespace {
 
@@ -119,24 +121,30 @@ TEST_F(NodeLooksTest, MeshesLookLikeFaces) {
     EXPECT_EQ(found.diffuse.blue, 0.75F);
 }
 
-TEST_F(NodeLooksTest, ReferencesShowTheDefinitionOfTheirNumber) {
+TEST_F(NodeLooksTest, ReferencesShowWhatTheBrowsersTreeLists) {
     FltBytes file("f");
     const auto numbered = [](unsigned number) { return Bytes().u16(0).u16(number); };
-    file.push().group("g").push().record(62, numbered(1)).record(62, numbered(2)).pop();
-    file.record(61, numbered(2)).record(61, numbered(9)).pop();
-    INode* const top = import(file);
-    INode* const reference = top->GetChildNode(1);
-    EXPECT_EQ(source.GetInstanced(reference), top->GetChildNode(0)->GetChildNode(1));
-    EXPECT_EQ(source.GetInstanced(top->GetChildNode(2)), nullptr);
-    EXPECT_EQ(source.GetInstanced(top), nullptr);
-    EXPECT_TRUE(source.IsOnlyInstanced(top->GetChildNode(0)->GetChildNode(0)));
-    EXPECT_FALSE(source.IsOnlyInstanced(reference) || source.IsOnlyInstanced(top));
-    FltInstanceRef record;
-    record.instanceNumber = 1;
-    ASSERT_TRUE(fltPutRecord(reference, record));
-    EXPECT_EQ(source.GetInstanced(reference), top->GetChildNode(0)->GetChildNode(0));
-    reference->Detach(0);
-    EXPECT_EQ(source.GetInstanced(reference), nullptr) << "in no database";
+    file.push().record(62, numbered(1)).push().group("in").pop();
+    file.record(61, numbered(1)).record(61, numbered(2)).pop();
+    const auto instanced = [&](INode* database, int child) {
+        return source.GetInstanced(database->GetChildNode(child));
+    };
+    INode* const first = import(file);
+    EXPECT_EQ(instanced(first, 1), first->GetChildNode(0));
+    EXPECT_EQ(instanced(first, 2), nullptr);
+    EXPECT_EQ(source.GetInstanced(first), nullptr);
+    EXPECT_TRUE(source.IsOnlyInstanced(first->GetChildNode(0)));
+    EXPECT_FALSE(source.IsOnlyInstanced(first->GetChildNode(1)) || source.IsOnlyInstanced(first));
+
+    INode* const second = import(file);
+    source.BeginLooks(&host);
+    EXPECT_EQ(instanced(first, 1), first->GetChildNode(0));
+    EXPECT_EQ(instanced(second, 1), second->GetChildNode(0)) << "of its own database";
+    second->GetChildNode(0)->GetChildNode(0)->SetName("of the second");
+    tessera::aviaryUtil().Browser();
+    const auto& tree = recordingBrowser().top.children[0]->children;
+    EXPECT_EQ(tree[0]->children[1]->children[0]->text, "in");
+    EXPECT_EQ(tree[1]->children[1]->children[0]->text, "of the second");
 }
 
 }  // namespace

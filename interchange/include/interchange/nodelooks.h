@@ -1,6 +1,7 @@
 // How OpenFlight nodes look, for the host's viewports.
 #pragma once
 
+#include <fltkilnutil/fltdefinitions.h>
 #include <kiln/nodelook.h>
 #include <quillon/fltface.h>
 
@@ -13,7 +14,7 @@ namespace interchange {
 
 /// Reads from the records of faces and meshes, as they are now, and from the palettes of their
 /// database: material, texture, transparency, light mode, texture white, template and nesting. An
-/// instance reference shows the definition of its number in its own database; a definition is seen
+/// instance reference shows the definition that `FltDefinitions` finds for it; a definition is seen
 /// nowhere else.
 ///
 /// Faces that lights do not reach have no use for a material but its transparency. A face with a
@@ -36,8 +37,6 @@ private:
     struct Database {
         std::map<std::int32_t, Material> materials;
         std::map<std::int32_t, std::string> textures;
-        std::map<std::int16_t, INode*> definitions;
-        bool hasDefinitions = false;  ///< they were looked for
     };
 
     /// What siblings have in common.
@@ -49,12 +48,12 @@ private:
 
     const Family& familyOf(INode& node);
     Database& databaseOf(INode& header);
-    static void findDefinitions(INode& header, Database& database);
     bool readFace(INode& node);
     void describe(INode& node, const Family& family, NodeLook& look) const;
     const char* pictureOf(INode& node, const Database* database) const;
 
     std::map<INode*, Database> databases_;
+    FltDefinitions definitions_;
     Family family_;  ///< of the node asked for last
     FltFace face_;
     std::vector<std::uint8_t> record_;

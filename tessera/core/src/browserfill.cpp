@@ -2,9 +2,7 @@
 
 #include "treenodes.h"
 
-#include <fltkilnutil/kilnflt.h>
-#include <kiln/kiln.h>
-#include <quillon/fltinstance.h>
+#include <kiln/inode.h>
 
 namespace tessera {
 
@@ -33,7 +31,7 @@ BrowserItem BrowserFill::addScene(const Pending& top) {
         const BrowserItem item = addItemOf(node, nodes[i].parentItem);
         if (i == 0) first = item;
         if (!item) continue;
-        if (INode* const definition = definitionOf(node)) {
+        if (INode* const definition = definitions_.of(node)) {
             references_.push_back({item, node, definition});
         } else {
             for (int child = 0; child < node->NumberOfChildren(); ++child)
@@ -54,7 +52,7 @@ void BrowserFill::addBelow(const Reference& reference) {
             listed_.erase(next.node);
         } else if (const BrowserItem item = addItemOf(next.node, next.parentItem)) {
             ++expandedItems_;
-            pushChildren({item, next.node, definitionOf(next.node)});
+            pushChildren({item, next.node, definitions_.of(next.node)});
         }
     }
 }
@@ -63,37 +61,11 @@ void BrowserFill::pushChildren(const Reference& reference) {
     INode* above = reference.node;
     if (reference.definition && mayList(reference.definition)) {
         above = reference.definition;
+        noteListed(above);
         pending_.push_back({nullptr, above});  // reached when all below has been added
     }
     for (int i = above->NumberOfChildren(); i-- > 0;)
         pending_.push_back({reference.item, above->GetChildNode(i)});
-}
-
-INode* BrowserFill::definitionOf(INode* node) {
-    FltNodeKind kind;
-    FltInstanceRef reference;
-    if (!fltGetKind(node, false, kind) || kind != FltNodeKind::InstanceRef ||
-        !fltGetRecord(node, reference))
-        return nullptr;
-    if (!definitions_) collectDefinitions();
-    const auto found = definitions_->find(reference.instanceNumber);
-    return found == definitions_->end() ? nullptr : found->second;
-}
-
-void BrowserFill::collectDefinitions() {
-    definitions_.emplace();
-    std::vector<INode*> nodes{host_.GetRootNode()};
-    while (!nodes.empty()) {
-        INode* const node = nodes.back();
-        nodes.pop_back();
-        if (!node) continue;
-        FltNodeKind kind;
-        FltInstanceDef definition;
-        if (fltGetKind(node, false, kind) && kind == FltNodeKind::InstanceDef &&
-            fltGetRecord(node, definition))
-            definitions_->emplace(definition.instanceNumber, node);
-        for (int i = node->NumberOfChildren(); i-- > 0;) nodes.push_back(node->GetChildNode(i));
-    }
 }
 
 bool BrowserFill::mayList(INode* definition) {

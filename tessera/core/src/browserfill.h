@@ -1,16 +1,13 @@
 // Fills the browser's tree from the scene.
 #pragma once
 
+#include <fltkilnutil/fltdefinitions.h>
 #include <tessera/browserexports.h>
 
-#include <cstdint>
-#include <map>
-#include <optional>
 #include <unordered_set>
 #include <vector>
 
 class INode;
-class Interface;
 
 namespace tessera {
 
@@ -18,8 +15,6 @@ namespace tessera {
 /// definition; where that would never end, or grow beyond measure, it lists its own.
 class BrowserFill {
 public:
-    explicit BrowserFill(Interface& host) : host_(host) {}
-
     /// Adds `node` and everything below it under `parentItem` and gives its item, null when the
     /// browser takes none.
     BrowserItem add(BrowserItem parentItem, INode* node);
@@ -41,12 +36,9 @@ private:
     BrowserItem addScene(const Pending& top);
     void addBelow(const Reference& reference);
     void pushChildren(const Reference& reference);
-    INode* definitionOf(INode* node);
-    void collectDefinitions();
     bool mayList(INode* definition);
 
-    Interface& host_;
-    std::optional<std::map<std::int16_t, INode*>> definitions_;  // collected when first needed
+    FltDefinitions definitions_;
     std::unordered_set<INode*> listed_;  // the definitions being listed, one within the other
     std::vector<Reference> references_;  // whose children wait for those of the scene
     std::vector<Pending> pending_;       // nodes to add below a reference, the next one last

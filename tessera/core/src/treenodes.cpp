@@ -10,6 +10,7 @@ namespace {
 
 std::unordered_set<const INode*> goneNodes;
 bool allGone = false;
+std::unordered_set<const INode*> listedDefinitions;
 
 bool isGone(const INode* node) {
     return allGone || goneNodes.contains(node);
@@ -36,6 +37,16 @@ BrowserItem addItemOf(INode* node, BrowserItem parentItem) {
     return _zufltguiaddnode(parentItem, node->GetName(), reinterpret_cast<NodeHandle>(node));
 }
 
+void noteListed(const INode* definition) {
+    listedDefinitions.insert(definition);
+}
+
+bool isListed(const INode* node) {
+    for (; node && !listedDefinitions.empty(); node = node->GetParentNode())
+        if (listedDefinitions.contains(node)) return true;
+    return false;
+}
+
 void forgetNode(INode* node) noexcept {
     try {
         goneNodes.insert(node);
@@ -52,6 +63,7 @@ void emptyTree() {
     _zufltguidelnode(nullptr);
     goneNodes.clear();
     allGone = false;
+    listedDefinitions.clear();
 }
 
 }  // namespace tessera

@@ -21,6 +21,13 @@ bool hasLostNode(BrowserItem item);
 /// Adds an item for `node` below `parentItem` and gives it; null when the browser takes none.
 BrowserItem addItemOf(INode* node, BrowserItem parentItem);
 
+/// An item lists the children of `definition`, whose own item is another one.
+void noteListed(const INode* definition);
+
+/// Whether `node` (may be null) or one above it is such a definition: what is below it then has
+/// more items than one.
+bool isListed(const INode* node);
+
 /// `node` goes; its items stand for nothing from now on.
 void forgetNode(INode* node) noexcept;
 

@@ -1,0 +1,29 @@
+// Which instance definition an instance reference stands for.
+#pragma once
+
+#include <fltkilnutil/nodekind.h>
+
+#include <unordered_map>
+
+class INode;
+
+/// The instance definitions of a scene, by the references to them: a reference stands for the
+/// definition of its number in its own database, the one below the nearest header above it, and
+/// where that has none for the first in the scene, in the order of its nodes.
+///
+/// The scene is read when the first reference is asked for, and what was found is kept: make a new
+/// one, or call `clear`, when the scene may have changed.
+class FltDefinitions {
+public:
+    /// The definition that `node` (may be null) stands for; null when there is none, and for a node
+    /// that is no instance reference. Throws `std::bad_alloc`.
+    INode* of(INode* node);
+
+    void clear() noexcept;
+
+private:
+    void read(INode* root);
+
+    std::unordered_map<const INode*, INode*> found_;
+    bool hasRead_ = false;
+};

@@ -1,0 +1,85 @@
+#include <fltkilnutil/fltdefinitions.h>
+
+#include <fltkilnutil/kilnflt.h>
+#include <kiln/inode.h>
+#include <quillon/fltinstance.h>
+
+#include <cstdint>
+#include <map>
+#include <utility>
+#include <vector>
+
+namespace {
+
+/// A place in the walk, and the database that it lies in (null outside of any).
+struct Place {
+    INode* node;
+    const INode* header;
+};
+
+struct Reference {
+    const INode* node;
+    const INode* header;
+    std::int16_t number;
+};
+
+bool isOfKind(INode* node, FltNodeKind kind) {
+    FltNodeKind stored;
+    return fltGetKind(node, false, stored) && stored == kind;
+}
+
+}  // namespace
+
+INode* FltDefinitions::of(INode* node) {
+    if (!isOfKind(node, FltNodeKind::InstanceRef)) return nullptr;
+    if (!hasRead_) {
+        INode* root = node;
+        while (INode* const parent = root->GetParentNode()) root = parent;
+        read(root);
+        hasRead_ = true;
+    }
+    const auto found = found_.find(node);
+    return found == found_.end() ? nullptr : found->second;
+}
+
+void FltDefinitions::clear() noexcept {
+    found_.clear();
+    hasRead_ = false;
+}
+
+void FltDefinitions::read(INode* root) {
+    std::map<std::pair<const INode*, std::int16_t>, INode*> byDatabase;
+    std::map<std::int16_t, INode*> anywhere;
+    std::vector<Reference> references;
+    // Scenes may be deeper than the call stack is, so the nodes to come are kept in a list.
+    std::vector<Place> pending{{root, nullptr}};
+    while (!pending.empty()) {
+        Place at = pending.back();
+        pending.pop_back();
+        FltNodeKind kind{};
+        fltGetKind(at.node, false, kind);
+        if (kind == FltNodeKind::Header) {
+            at.header = at.node;
+        } else if (kind == FltNodeKind::InstanceDef) {
+            FltInstanceDef record;
+            if (fltGetRecord(at.node, record)) {
+                byDatabase.try_emplace({at.header, record.instanceNumber}, at.node);
+                anywhere.try_emplace(record.instanceNumber, at.node);
+            }
+        } else if (kind == FltNodeKind::InstanceRef) {
+            FltInstanceRef record;
+            if (fltGetRecord(at.node, record))
+                references.push_back({at.node, at.header, record.instanceNumber});
+        }
+        for (int i = at.node->NumberOfChildren(); i-- > 0;)
+            pending.push_back({at.node->GetChildNode(i), at.header});
+    }
+    for (const Reference& reference : references) {
+        const auto own = byDatabase.find({reference.header, reference.number});
+        if (own != byDatabase.end()) {
+            found_.emplace(reference.node, own->second);
+        } else if (const auto any = anywhere.find(reference.number); any != anywhere.end()) {
+            found_.emplace(reference.node, any->second);
+        }
+    }
+}
