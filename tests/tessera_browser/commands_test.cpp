@@ -314,6 +314,53 @@ TEST_F(BrowserCommands, FindAddsTheNodesOfTheSameValue) {
     EXPECT_EQ(caret(), sought);
 }
 
+// A client whose edit makes more of the tree stale than it follows. While it is told, the form and
+// the control still use the items.
+TEST_F(BrowserCommands, ARefreshAskedForDuringAnEditComesAfterIt) {
+    const NodeHandle rootNode = browser().nodeOf(root), aNode = browser().nodeOf(a),
+                     bNode = browser().nodeOf(b);
+    bool during = false;
+    client.onEvent = [&](const Sent& sent) {
+        if (sent.event == BrowserEvent::rebuild) {
+            EXPECT_FALSE(during);
+            browser().delNode(nullptr);
+            root = browser().addNode(nullptr, "root", rootNode);
+            b = browser().addNode(root, "b", bNode);
+            a = browser().addNode(root, "a", aNode);
+            return;
+        }
+        during = true;
+        browser().refresh();
+        during = false;
+    };
+    const struct {
+        BrowserEvent event;
+        std::function<void()> edit;
+    } cases[] = {
+        {BrowserEvent::moveUp, [] { push(IDC_UP); }},
+        {BrowserEvent::create, [] { push(IDC_CREATE); }},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(static_cast<unsigned>(test.event));
+        browser().selectNode(root);
+        browser().selectNode(a);
+        TreeView_SetItemState(tree(), root, 0, TVIS_SELECTED);
+        client.take();
+        const BrowserItem edited = a;
+        test.edit();
+        testinput::pump();
+        const std::vector<Sent> sent = client.take();
+        ASSERT_EQ(sent.size(), 2U);
+        EXPECT_EQ(sent[0].event, test.event);
+        EXPECT_EQ(sent[0].first, edited);
+        EXPECT_EQ(sent[1].event, BrowserEvent::rebuild);
+        EXPECT_EQ(label(a), L"a") << "as the client has it";
+        EXPECT_EQ(caret(), a) << "the node stays in hand";
+        EXPECT_TRUE(isExpanded(root));
+    }
+    client.onEvent = nullptr;
+}
+
 TEST_F(BrowserCommands, RenamingAsksTheClient) {
     browser().selectNode(a);
     SetFocus(tree());

@@ -17,6 +17,7 @@
 #include <array>
 #include <cstdio>
 #include <new>
+#include <utility>
 
 namespace tessera {
 namespace {
@@ -48,8 +49,9 @@ constexpr std::array kCommands = {IDC_TREE,     IDC_UP,         IDC_DOWN,       
                                   1099,         IDC_SELECT_SET, IDC_SELECT_GET, IDC_EXPAND,
                                   IDC_COLLAPSE, IDC_FIND,       IDC_CREATE};
 
-// Posted to the form itself.
+// Posted to the form itself. The second has it select the node of wParam again.
 constexpr UINT kFillingEnds = WM_APP + 1;
+constexpr UINT kRefreshAfterEdit = WM_APP + 2;
 
 constexpr int kLongestCaption = 512;  // characters of it that go to the log
 
@@ -80,6 +82,10 @@ LRESULT Hierarchy::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     }
     if (message == kFillingEnds) {
         filling_.reset();
+        return 0;
+    }
+    if (message == kRefreshAfterEdit) {
+        refreshAfterEdit(wParam);
         return 0;
     }
     return CDialog::WindowProc(message, wParam, lParam);
@@ -301,6 +307,10 @@ void Hierarchy::sceneChanged() {
 }
 
 void Hierarchy::refresh() {
+    if (editing_) {
+        refreshWanted_ = true;
+        return;
+    }
     finishTyping();
     {
         const CWaitCursor wait;
@@ -319,6 +329,28 @@ void Hierarchy::refresh() {
 void Hierarchy::send(BrowserEvent event, HTREEITEM first, HTREEITEM second, std::uintptr_t argument,
                      std::uintptr_t argument2) {
     if (callback_) callback_(event, first, second, argument, argument2, clientData_);
+}
+
+// The message comes before the tree is painted, and after whoever began the edit has ended, which
+// may be the control itself.
+void Hierarchy::sendEdit(BrowserEvent event, HTREEITEM first, HTREEITEM second,
+                         std::uintptr_t argument, std::uintptr_t argument2) {
+    const NodeHandle edited = tree_.Node(first);
+    {
+        const BulkOperation editing(editing_);
+        send(event, first, second, argument, argument2);
+    }
+    if (std::exchange(refreshWanted_, false) && HasWindow()) Post(kRefreshAfterEdit, edited);
+}
+
+// The node stays in hand, at its own place.
+void Hierarchy::refreshAfterEdit(NodeHandle edited) {
+    refresh();
+    for (const TreeItem* at = tree_.Model().first(); at && edited; at = TreeModel::following(*at)) {
+        if (at->node != edited) continue;
+        selectNode(at->handle);
+        return;
+    }
 }
 
 void Hierarchy::message(unsigned stringId) {

@@ -40,6 +40,7 @@ public:
     void deleteChildren(HTREEITEM item);
     NodeHandle nodeOfItem(HTREEITEM item);
     void selectNode(HTREEITEM item);
+    /// While an edit is being sent this waits: the form and the control still use the items.
     void refresh();
     void resetPosition();
 
@@ -79,6 +80,10 @@ private:
     bool hasClient() const noexcept { return callback_ != nullptr; }
     void send(BrowserEvent event, HTREEITEM first = nullptr, HTREEITEM second = nullptr,
               std::uintptr_t argument = 0, std::uintptr_t argument2 = 0);
+    /// Sends an event by which the client changes the scene and the tree with it.
+    void sendEdit(BrowserEvent event, HTREEITEM first, HTREEITEM second,
+                  std::uintptr_t argument = 0, std::uintptr_t argument2 = 0);
+    void refreshAfterEdit(NodeHandle edited);
     void message(unsigned stringId);
 
     // Commands.
@@ -155,6 +160,8 @@ private:
     SIZE smallestTrack_{};  ///< of the window
     bool clearing_ = false;
     bool bulk_ = false;
+    bool editing_ = false;        ///< an edit is being sent
+    bool refreshWanted_ = false;  ///< by the client, meanwhile
     HTREEITEM current_ = nullptr;
     CEdit comment_;
     CComboBox createKind_;

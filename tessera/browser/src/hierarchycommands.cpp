@@ -87,7 +87,7 @@ void Hierarchy::moveSelected(BrowserEvent event) {
 void Hierarchy::sendRebuilding(BrowserEvent event, HTREEITEM item, HTREEITEM parent) {
     TreeItem* const before = tree_.Find(parent);
     const auto arrangement = before ? tree_.Remember(before) : CTreeCtrlEx::Arrangement();
-    send(event, item, parent);
+    sendEdit(event, item, parent);
     TreeItem* const after = tree_.Find(parent);
     if (!after) return;
     tree_.Restore(arrangement, after);
@@ -254,7 +254,7 @@ void Hierarchy::create() {
     const auto argument =
         static_cast<std::uintptr_t>(static_cast<std::intptr_t>(static_cast<std::int16_t>(opcode)));
     const TreeItem* const lastBefore = parent->lastChild;
-    send(BrowserEvent::create, item, nullptr, argument, kFltRevision);
+    sendEdit(BrowserEvent::create, item, nullptr, argument, kFltRevision);
     const TreeItem* const now = tree_.Find(item);
     // What was made can be seen, and the next one goes beside it.
     if (now && now->lastChild != lastBefore) tree_.Expand(item, TVE_EXPAND);
@@ -282,7 +282,7 @@ void Hierarchy::drop(HTREEITEM draggedHandle, HTREEITEM targetHandle) {
     const CWaitCursor wait;
     const RedrawPause pause(tree_);
     const NodeHandle node = dragged->node;
-    send(BrowserEvent::attach, draggedHandle, targetHandle);
+    sendEdit(BrowserEvent::attach, draggedHandle, targetHandle);
     selectLastChild(targetHandle, node);
 }
 
@@ -312,8 +312,8 @@ bool Hierarchy::rename(const TVITEMW& edited) {
     const TreeItem* const item = tree_.Find(edited.hItem);
     if (!item) return false;
     const std::string text = toUtf8(edited.pszText);
-    send(BrowserEvent::rename, edited.hItem, handleOf(item->parent),
-         reinterpret_cast<std::uintptr_t>(text.c_str()));
+    sendEdit(BrowserEvent::rename, edited.hItem, handleOf(item->parent),
+             reinterpret_cast<std::uintptr_t>(text.c_str()));
     if (tree_.Find(edited.hItem)) {
         tree_.SetItemText(edited.hItem, text);
         if (edited.hItem == current_)

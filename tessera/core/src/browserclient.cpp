@@ -5,12 +5,13 @@
 #include "treenodes.h"
 
 #include <diagnostics/log.h>
+#include <fltkilnutil/kilnflt.h>
 #include <kiln/kiln.h>
 #include <tessera/lodviewer.h>
 #include <tessera/nodecreation.h>
 
-#include <algorithm>
-#include <iterator>
+#include <optional>
+#include <vector>
 
 namespace tessera {
 
@@ -22,21 +23,8 @@ constexpr int kClientLine = 483;
 
 /// While it is set, scene changes are our own and the browser already knows of them.
 bool sceneChangesSuppressed = false;
-
-class SuppressSceneChanges {
-public:
-    explicit SuppressSceneChanges(bool suppress) : active_(suppress) {
-        if (active_) sceneChangesSuppressed = true;
-    }
-    ~SuppressSceneChanges() {
-        if (active_) sceneChangesSuppressed = false;
-    }
-    SuppressSceneChanges(const SuppressSceneChanges&) = delete;
-    SuppressSceneChanges& operator=(const SuppressSceneChanges&) = delete;
-
-private:
-    bool active_;
-};
+/// Whether there were any.
+bool hasChangedScene = false;
 
 /// The scene changes that make the browser's tree stale, in the order of registration.
 constexpr int kFollowedNotifications[] = {NOTIFY_NODE_CREATED, NOTIFY_NODE_DELETED,
@@ -48,7 +36,10 @@ void onSceneChange(void*, NotifyInfo* change) {
         forgetNode(static_cast<INode*>(change->callParam));
     else if (change->intcode == NOTIFY_SCENE_NEW || change->intcode == NOTIFY_SCENE_OPENED)
         forgetAllNodes();
-    if (!sceneChangesSuppressed) zufltguiSceneChanged();
+    if (sceneChangesSuppressed)
+        hasChangedScene = true;
+    else
+        zufltguiSceneChanged();
 }
 
 void followScene() {
@@ -72,7 +63,7 @@ void redraw(Interface& host) {
 
 void refill(Interface& host) {
     emptyTree();
-    if (INode* const root = host.GetRootNode()) BrowserFill(host).add(nullptr, root);
+    if (INode* const root = host.GetRootNode()) BrowserFill().add(nullptr, root);
 }
 
 bool isAncestorOrSelf(const INode* candidate, INode* node) {
@@ -108,7 +99,7 @@ void attach(const Event& event) {
     if (!target->AttachChild(node, true)) return beep();
     if (target->IsGroupHead()) node->SetGroupMember(true);
     _zufltguidelnode(event.firstItem);
-    BrowserFill(event.host).add(event.secondItem, node);
+    BrowserFill().add(event.secondItem, node);
 }
 
 void create(const Event& event) {
@@ -197,15 +188,74 @@ bool editsScene(BrowserEvent code) {
     }
 }
 
+bool isOfKind(INode* node, FltNodeKind kind) {
+    FltNodeKind stored;
+    return fltGetKind(node, false, stored) && stored == kind;
+}
+
+bool holdsDefinition(INode* top) {
+    std::vector<INode*> pending{top};
+    while (!pending.empty()) {
+        INode* const node = pending.back();
+        pending.pop_back();
+        if (isOfKind(node, FltNodeKind::InstanceDef)) return true;
+        for (int i = 0; i < node->NumberOfChildren(); ++i) pending.push_back(node->GetChildNode(i));
+    }
+    return false;
+}
+
+/// Whether the edit concerns more items than those it is made on: nodes that references list as
+/// well, the children of a reference, which are not listed, or what references find.
+bool concernsOtherItems(const Event& event) {
+    if (!event.first) return false;
+    const INode* const parent = event.first->GetParentNode();
+    switch (event.code) {
+        case BrowserEvent::attach:
+            return isListed(parent) || isListed(event.second) ||
+                   isOfKind(event.second, FltNodeKind::InstanceRef) || holdsDefinition(event.first);
+        case BrowserEvent::create:
+            return isListed(event.first) || isOfKind(event.first, FltNodeKind::InstanceRef);
+        default:
+            return isListed(parent);
+    }
+}
+
+/// An edit of the scene by the browser, which follows it by itself. Where that is not enough, the
+/// tree is filled anew when the edit is over, whether it came to its end or not.
+class OwnEdit {
+public:
+    explicit OwnEdit(const Event& event) : concernsOtherItems_(concernsOtherItems(event)) {
+        hasChangedScene = false;
+        sceneChangesSuppressed = true;
+    }
+    ~OwnEdit() {
+        sceneChangesSuppressed = false;
+        if (concernsOtherItems_ && hasChangedScene) zufltguirefresh();
+    }
+    OwnEdit(const OwnEdit&) = delete;
+    OwnEdit& operator=(const OwnEdit&) = delete;
+
+private:
+    const bool concernsOtherItems_;
+};
+
 }  // namespace
 
 void browserClient(BrowserEvent event, BrowserItem first, BrowserItem second,
                    std::uintptr_t argument, std::uintptr_t argument2, void* clientData) {
     diagnostics::guarded(kSource, kClientLine, false, [&] {
         if (!clientData) return false;
-        const SuppressSceneChanges suppress(editsScene(event));
-        act({*static_cast<Interface*>(clientData), event, first, second, nodeOf(first),
-             nodeOf(second), argument, argument2});
+        const Event sent{*static_cast<Interface*>(clientData),
+                         event,
+                         first,
+                         second,
+                         nodeOf(first),
+                         nodeOf(second),
+                         argument,
+                         argument2};
+        std::optional<OwnEdit> edit;
+        if (editsScene(event)) edit.emplace(sent);
+        act(sent);
         return true;
     });
 }

@@ -111,7 +111,9 @@ tessera::NodeHandle _zufltguinode2hdl(tessera::BrowserItem item);
 /// must not read meaning into it.
 bool _zufltguiselectnode(tessera::BrowserItem item);
 
-/// Asks the client to rebuild the tree, clears the property side and enables all commands.
+/// Asks the client to rebuild the tree, clears the property side and enables all commands. Called
+/// within an event by which the client changes the scene (attach, move, rename, create), it takes
+/// effect once the form is done with the edit, whose node it then selects again.
 void zufltguirefresh();
 
 /// The scene changed behind the tree: clears the property side and disables every command but
