@@ -2,6 +2,8 @@
 #include "exportscene.h"
 #include "fltbytes.h"
 
+#include "../tessera_core/recordingbrowser.h"
+
 #include <fltkilnutil/fltattr.h>
 #include <fltkilnutil/kilnface.h>
 #include <fltkilnutil/kilnflt.h>
@@ -13,6 +15,7 @@
 #include <quillon/fltlightsource.h>
 #include <quillon/fltobject.h>
 #include <quillon/flttext.h>
+#include <tessera/aviaryutil.h>
 
 namespace {
 
@@ -507,4 +510,39 @@ TEST_F(ExportTest, LeavesTheOldFileAlone) {
     EXPECT_EQ(interchange::exportFile(path.c_str(), {}, report, host), IMPEXP_FAIL);
     EXPECT_NE(report.error.find("deeper than 512"), std::string::npos) << report.error;
     EXPECT_TRUE(isOld());
+}
+
+// The siblings stand below rotated, skewed and singular matrices, and have matrices or none.
+TEST_F(ExportTest, IsAsItWasAfterSiblingsWereMovedAndMovedBack) {
+    const std::array<std::array<float, 9>, 3> matrices = {{
+        {0.6F, 0.8F, 0, -0.8F, 0.6F, 0, 0, 0, 1},
+        {1, 0.3F, 0, 0, 0.7F, 0.1F, 0.2F, 0, 1.1F},
+        {1, 2, 3, 2, 4, 6, 0, 0, 1},
+    }};
+    FltBytes file("f");
+    file.push();
+    for (const auto& m : matrices) {
+        Bytes matrix;
+        for (std::size_t row = 0; row < 3; ++row) {
+            matrix.f32(m[3 * row]).f32(m[3 * row + 1]).f32(m[3 * row + 2]).f32(0);
+        }
+        file.group("p").record(49, matrix.f32(7).f32(8).f32(9).f32(1)).push();
+        file.group("a").group("b").matrix(1, 2, 3).group("c").pop();
+    }
+    INode* const top = import(file.pop());
+    const std::vector<std::uint8_t> before = exported();
+    tessera::aviaryUtil().Browser();
+    for (int i = 0; i < top->NumberOfChildren(); ++i) {
+        const auto* const parents = recordingBrowser().top.children[0]->children[0].get();
+        const auto& parent = parents->children[static_cast<std::size_t>(i)];
+        INode* const second = top->GetChildNode(i)->GetChildNode(1);
+        const auto send = [&](tessera::BrowserEvent event, std::size_t at) {
+            recordingBrowser().send(event, parent->children[at].get(), parent.get());
+        };
+        send(tessera::BrowserEvent::moveDown, 0);
+        EXPECT_EQ(second->GetParentNode()->GetChildNode(0), second);
+        send(tessera::BrowserEvent::moveUp, 1);
+        EXPECT_EQ(second->GetParentNode()->GetChildNode(1), second);
+    }
+    EXPECT_EQ(exported(), before);
 }

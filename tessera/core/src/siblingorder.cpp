@@ -15,7 +15,12 @@ namespace tessera {
 
 namespace {
 
-using Nodes = std::vector<INode*>;
+struct Sibling {
+    INode* node;
+    Matrix3 local;  ///< its transform, which stays as it is bit for bit
+};
+
+using Siblings = std::vector<Sibling>;
 
 std::unordered_set<INode*> movedNodes(INode* node, int step, const BrowserItem* items) {
     std::unordered_set<INode*> moved{node};
@@ -29,35 +34,42 @@ std::unordered_set<INode*> movedNodes(INode* node, int step, const BrowserItem* 
 /// False, and no change, when the foremost is at the end already.
 template <typename Iterator>
 bool moveForward(Iterator begin, Iterator end, const std::unordered_set<INode*>& moved) {
-    if (moved.contains(*begin)) return false;
+    if (moved.contains(begin->node)) return false;
     for (Iterator next = begin + 1; next != end; ++next)
-        if (moved.contains(*next)) std::iter_swap(next - 1, next);
+        if (moved.contains(next->node)) std::iter_swap(next - 1, next);
     return true;
 }
 
-bool reorder(Nodes& children, const std::unordered_set<INode*>& moved, int step) {
+bool reorder(Siblings& children, const std::unordered_set<INode*>& moved, int step) {
     return step < 0 ? moveForward(children.begin(), children.end(), moved)
                     : moveForward(children.rbegin(), children.rend(), moved);
 }
 
-Nodes childrenOf(INode* parent) {
-    Nodes children;
+Siblings childrenOf(Interface& host, INode* parent) {
+    Siblings children;
     children.reserve(static_cast<std::size_t>(parent->NumberOfChildren()));
-    for (int i = 0; i < parent->NumberOfChildren(); ++i)
-        children.push_back(parent->GetChildNode(i));
+    for (int i = 0; i < parent->NumberOfChildren(); ++i) {
+        INode* const child = parent->GetChildNode(i);
+        children.push_back({child, child->GetLocalTM(host.GetTime())});
+    }
     return children;
 }
 
-bool attachInOrder(INode* parent, const Nodes& children) {
-    return std::all_of(children.begin(), children.end(),
-                       [=](INode* child) { return parent->AttachChild(child, true); });
+/// Attaches a child as the last one. The world position that the host keeps for it goes through the
+/// inverse of the parent's, so the local transform is set again: it would change in its last bits,
+/// and altogether where there is no inverse.
+bool attach(Interface& host, INode* parent, const Sibling& child) {
+    if (!parent->AttachChild(child.node, true)) return false;
+    if (child.node->GetParentNode() == parent)  // whoever heard of it may have moved it on
+        child.node->SetLocalTM(host.GetTime(), child.local);
+    return true;
 }
 
 /// Puts the children back, each whatever becomes of the others.
-void restoreOrder(INode* parent, const Nodes& children) noexcept {
-    for (INode* const child : children) {
+void restoreOrder(Interface& host, INode* parent, const Siblings& children) noexcept {
+    for (const Sibling& child : children) {
         try {
-            parent->AttachChild(child, true);
+            attach(host, parent, child);
         } catch (...) {
             diagnostics::noteCurrentException();
         }
@@ -66,15 +78,17 @@ void restoreOrder(INode* parent, const Nodes& children) noexcept {
 
 /// Gives the parent its children in the new order. When the host refuses one, or fails half way,
 /// they are put back in the old one.
-bool changeOrder(Interface& host, INode* parent, const Nodes& old, const Nodes& wanted) {
+bool changeOrder(Interface& host, INode* parent, const Siblings& old, const Siblings& wanted) {
     try {
-        for (INode* const child : wanted) child->Detach(host.GetTime(), true);
-        if (attachInOrder(parent, wanted)) return true;
+        for (const Sibling& child : wanted) child.node->Detach(host.GetTime(), true);
+        if (std::all_of(wanted.begin(), wanted.end(),
+                        [&](const Sibling& child) { return attach(host, parent, child); }))
+            return true;
     } catch (...) {
-        restoreOrder(parent, old);
+        restoreOrder(host, parent, old);
         throw;
     }
-    restoreOrder(parent, old);
+    restoreOrder(host, parent, old);
     return false;
 }
 
@@ -85,18 +99,18 @@ void moveAmongSiblings(Interface& host, BrowserItem item, BrowserItem parentItem
     INode* const parent = nodeOf(parentItem);
     INode* const node = nodeOf(item);
     if (!parent || !node || node->GetParentNode() != parent) return beep();
-    const Nodes old = childrenOf(parent);
-    Nodes children = old;
+    const Siblings old = childrenOf(host, parent);
+    Siblings children = old;
     if (!reorder(children, movedNodes(node, step, items), step) ||
         !changeOrder(host, parent, old, children))
         return beep();
 
     _zufltguidelchildren(parentItem);
-    BrowserFill fill(host);
+    BrowserFill fill;
     BrowserItem movedItem = nullptr;
-    for (INode* const child : children) {
-        const BrowserItem added = fill.add(parentItem, child);
-        if (child == node) movedItem = added;
+    for (const Sibling& child : children) {
+        const BrowserItem added = fill.add(parentItem, child.node);
+        if (child.node == node) movedItem = added;
     }
     _zufltguiselectnode(movedItem);
 }

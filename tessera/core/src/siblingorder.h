@@ -14,7 +14,8 @@ namespace tessera {
 /// range, or without a parent, it beeps and changes nothing.
 ///
 /// The host keeps no child order that could be set, so every child is detached and attached again
-/// in the new order, keeping its world position; the tree follows.
+/// in the new order, keeping its world position, and gets the local transform that it had, bit for
+/// bit; the tree follows.
 void moveAmongSiblings(Interface& host, BrowserItem item, BrowserItem parentItem, int step,
                        const BrowserItem* items);
 
