@@ -4,6 +4,7 @@
 #include <tessera/lodviewer.h>
 
 #include <cmath>
+#include <limits>
 #include <map>
 
 namespace {
@@ -94,6 +95,18 @@ TEST_F(LodViewerTest, SwitchesWalkTheChildrenOfTheirCurrentMask) {
     for (INode* const child : children) EXPECT_TRUE(child->IsHidden());
 }
 
+TEST_F(LodViewerTest, ASwitchThatCannotBeReadEndsTheWalk) {
+    INode* const lod = addLod(nullptr, "l", 0, 100);
+    INode* const switches[] = {add(lod, "without a record", 96), add(lod, "damaged", 96)};
+    ASSERT_TRUE(fltPutRecord(switches[1], FltLod()));
+    for (INode* const node : switches) addMesh(node, "mesh")->Hide(true);
+    INode* const next = addMesh(lod, "next");
+    next->Hide(true);
+    aviary.SetLodDistance(50);
+    for (INode* const node : switches) EXPECT_TRUE(node->GetChildNode(0)->IsHidden());
+    EXPECT_FALSE(next->IsHidden()) << "there, not beside it";
+}
+
 TEST_F(LodViewerTest, ADamagedLevelOfDetailCountsAsPlainStructure) {
     addLod(nullptr, "good", 0, 10);
     INode* const damaged = add(nullptr, "damaged", 73);
@@ -106,6 +119,25 @@ TEST_F(LodViewerTest, ADamagedLevelOfDetailCountsAsPlainStructure) {
     EXPECT_EQ(viewer.lodDistances(), (std::vector<double>{0, 4, 10}));
     viewer.Apply(5);
     EXPECT_TRUE(mesh->IsHidden());
+}
+
+// Neither has the middle of two distances a place where both steps would stay for ever.
+TEST_F(LodViewerTest, StepsAreNotCaughtByDistancesThatAreNotFinite) {
+    constexpr double kEndless = std::numeric_limits<double>::infinity();
+    constexpr double kMost = std::numeric_limits<double>::max();
+    addLod(nullptr, "near", 0, 100);
+    INode* const mesh = addMesh(addLod(nullptr, "far", 100, kEndless), "mesh");
+    addLod(nullptr, "all", -kEndless, kEndless);
+    LodViewer viewer(host);
+    viewer.Collect(host.GetRootNode());
+    EXPECT_EQ(viewer.lodDistances(), (std::vector<double>{0, 100}));
+    aviary.SetLodDistance(1e9);
+    EXPECT_FALSE(mesh->IsHidden()) << "in range all the same";
+    addLod(nullptr, "huge", kMost / 1.5, kMost);
+    aviary.LodLeastDetail();
+    EXPECT_TRUE(std::isfinite(aviary.GetLodDistance()));
+    for (int step = 0; step < 3; ++step) aviary.LodMoreDetail();
+    EXPECT_EQ(aviary.GetLodDistance(), 50);
 }
 
 TEST_F(LodViewerTest, ShowsWhatIsNoStructure) {
@@ -135,16 +167,6 @@ TEST_F(LodViewerTest, ShowsWhatIsNoStructure) {
         EXPECT_TRUE(lod->GetChildNode(i)->IsHidden()) << i;
     EXPECT_FALSE(lod->IsHidden());
 }
-
-/// Notes what the viewports are asked to do.
-class NotingWindow final : public kiln::HostWindow {
-public:
-    void redrawViews(TimeValue t, DWORD, Animatable*) override { redraws.push_back(t); }
-    void nodeInvalidated(INode*) override { ++invalidated; }
-
-    std::vector<TimeValue> redraws;
-    int invalidated = 0;
-};
 
 TEST_F(LodViewerTest, RedrawsOnlyWhenThereIsSomethingNew) {
     buildBands();

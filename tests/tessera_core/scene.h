@@ -9,6 +9,19 @@
 #include <quillon/fltlod.h>
 #include <tessera/aviaryutil.h>
 
+#include <string>
+#include <vector>
+
+/// Notes what the viewports are asked to do.
+class NotingWindow final : public kiln::HostWindow {
+public:
+    void redrawViews(TimeValue t, DWORD, Animatable*) override { redraws.push_back(t); }
+    void nodeInvalidated(INode*) override { ++invalidated; }
+
+    std::vector<TimeValue> redraws;
+    int invalidated = 0;
+};
+
 class SceneTest : public testing::Test {
 protected:
     SceneTest() : core(kiln::Core::create()), host(core.hostInterface()) {

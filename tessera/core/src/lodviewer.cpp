@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <numeric>
 #include <utility>
 
 namespace tessera {
@@ -73,7 +74,7 @@ void LodViewer::Refresh() {
 }
 
 bool LodViewer::applyBand(std::size_t lower) {
-    Apply((lodDistances_[lower] + lodDistances_[lower + 1]) * 0.5);
+    Apply(std::midpoint(lodDistances_[lower], lodDistances_[lower + 1]));  // finite, as they are
     return true;
 }
 
@@ -107,11 +108,11 @@ void LodViewer::collect(INode* node) {
     enter(node, Reach::outOfRange);
 }
 
-/// A damaged record may hold anything; what cannot be ordered is no distance. Of the many that are
-/// alike most are left out here already.
+/// A damaged record may hold anything; what is not finite has no middle with others and is no
+/// distance. Of the many that are alike most are left out here already.
 void LodViewer::addDistance(double distance) {
     constexpr std::ptrdiff_t kLookedBack = 8;
-    if (std::isnan(distance)) return;
+    if (!std::isfinite(distance)) return;
     const auto end = lodDistances_.end();
     const auto begin = end - std::min(kLookedBack, end - lodDistances_.begin());
     if (std::find(begin, end, distance) == end) lodDistances_.push_back(distance);

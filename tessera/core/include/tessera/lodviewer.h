@@ -45,7 +45,7 @@ public:
     /// distance with "Aviary".
     void Apply(double distance);
 
-    /// The distinct switch distances, ascending.
+    /// The distinct finite switch distances, ascending.
     const std::vector<double>& lodDistances() const noexcept { return lodDistances_; }
 
 private:
