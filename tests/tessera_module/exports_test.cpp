@@ -47,6 +47,17 @@ TEST(ModuleExports, AreHarmlessWithoutAForm) {
     exported<void (*)()>("zufltguiresetpos")();
 }
 
+// The header that plug-ins compile leaves nothing of the kind in this program.
+TEST(ModuleExports, GiveEveryPluginTheSameEmptyText) {
+    loadedModule();
+    auto& aviary = *static_cast<IAviaryUtil*>(GetCOREInterface(kAviaryInterfaceId));
+    INode* const plain = GetCOREInterface()->CreateObjectNode(new DummyObject);
+    EXPECT_STREQ(aviary.EmptyString(), "");
+    EXPECT_EQ(aviary.GetExternalRefFilename(plain), aviary.EmptyString());
+    EXPECT_EQ(aviary.GetComment(plain), aviary.EmptyString());
+    kiln::Core::create().newScene();
+}
+
 TEST(ModuleExports, PublishAviaryToTheHost) {
     loadedModule();
     FPInterfaceDesc* const found = kiln::findInterface("Aviary");

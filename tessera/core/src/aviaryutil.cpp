@@ -191,6 +191,14 @@ bool isStored(INode* node, FltNodeKind kind) {
     return fltGetKind(node, false, stored) && stored == kind;
 }
 
+constexpr char kEmptyString[1] = "";
+
+/// For the caller to free; short of memory the empty text that is not.
+const char* copyOf(const char* text) {
+    const char* const copy = KILN_strdup(text);
+    return copy ? copy : kEmptyString;
+}
+
 bool readXRef(INode* node, FltXRef& record) {
     return isStored(node, FltNodeKind::XRef) && fltGetRecord(node, record);
 }
@@ -252,11 +260,12 @@ public:
         });
     }
 
-    char* GetComment(INode* node) override {
-        return orFailure<char*>(nullptr, [=] {
+    const char* GetComment(INode* node) override {
+        return orFailure<const char*>(kEmptyString, [=]() -> const char* {
+            if (!fltHasData(node)) return kEmptyString;
             std::string comment;
             fltGetComment(node, comment);
-            return KILN_strdup(comment.c_str());
+            return copyOf(comment.c_str());
         });
     }
     bool PutComment(INode* node, const char* text) override {
@@ -266,8 +275,7 @@ public:
         return orFailure<const char*>(kEmptyString, [=]() -> const char* {
             FltXRef record;
             if (!readXRef(node, record)) return kEmptyString;
-            const char* const copy = KILN_strdup(std::string(fltText(record.fileName)).c_str());
-            return copy ? copy : kEmptyString;
+            return copyOf(std::string(fltText(record.fileName)).c_str());
         });
     }
     bool PutExternalRefFilename(INode* node, const char* text) override {
@@ -330,6 +338,8 @@ public:
     int GetOverrideSounds() override { return 0x08000000; }
     int GetOverrideLightSources() override { return 0x04000000; }
     int GetOverrideLightPoints() override { return 0x02000000; }
+
+    const char* EmptyString() const override { return kEmptyString; }
 
 protected:
     FPStatus _dispatch_fn(FunctionID id, TimeValue t, FPValue& result, FPParams* params) override;
@@ -408,9 +418,11 @@ FPStatus AviaryUtil::_dispatch_fn(FunctionID id, TimeValue, FPValue& result, FPP
     const Arguments a(params);
     const auto setBool = [&](bool value) { result.SetBool(value); };
     const auto setInt = [&](int value) { result.SetInt(value); };
-    // Short of memory there is no copy, and an empty text is the failure.
-    const auto setCopy = [&](char* text) {
-        text ? result.SetOwnedString(text) : result.SetString(kEmptyString);
+    const auto setText = [&](const char* text) {
+        if (text == kEmptyString)
+            result.SetString(text);
+        else
+            result.SetOwnedString(const_cast<char*>(text));
     };
     switch (id) {
         case kBrowser:
@@ -471,7 +483,7 @@ FPStatus AviaryUtil::_dispatch_fn(FunctionID id, TimeValue, FPValue& result, FPP
             setBool(CreateLightPoint());
             break;
         case kGetComment:
-            setCopy(GetComment(a.node(0)));
+            setText(GetComment(a.node(0)));
             break;
         case kPutComment:
             setBool(PutComment(a.node(0), a.text(1)));
@@ -487,7 +499,7 @@ FPStatus AviaryUtil::_dispatch_fn(FunctionID id, TimeValue, FPValue& result, FPP
             break;
         // A script may keep the value beyond the next import, so it gets a copy of its own.
         case kGetLastImport:
-            setCopy(KILN_strdup(GetLastImport()));
+            setText(copyOf(GetLastImport()));
             break;
         case kIsOfType:
             setBool(IsOfType(a.node(0), a.text(1)));
@@ -504,14 +516,9 @@ FPStatus AviaryUtil::_dispatch_fn(FunctionID id, TimeValue, FPValue& result, FPP
         case kRemoveTextureAttr:
             setBool(RemoveTextureAttr(a.texmap(0)));
             break;
-        case kGetExternalRefFilename: {
-            const char* const name = GetExternalRefFilename(a.node(0));
-            if (name == kEmptyString)
-                result.SetString(name);
-            else
-                result.SetOwnedString(const_cast<char*>(name));
+        case kGetExternalRefFilename:
+            setText(GetExternalRefFilename(a.node(0)));
             break;
-        }
         case kPutExternalRefFilename:
             setBool(PutExternalRefFilename(a.node(0), a.text(1)));
             break;

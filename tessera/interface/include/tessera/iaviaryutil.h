@@ -55,13 +55,14 @@ public:
     /// The same for any opcode; one without a default record gets none.
     virtual bool CreateNode(unsigned short opcode) = 0;
 
-    /// A copy of the node's comment, empty when it has none. From `KILN_strdup`, for the caller to
-    /// free with `KILN_free`; null only when memory is short.
-    virtual char* GetComment(INode* node) = 0;
+    /// A copy of the comment of a node that has OpenFlight data, empty when it has no comment, from
+    /// `KILN_strdup`, for the caller to free with `KILN_free`. For any other node, and when memory
+    /// is short, `EmptyString()`, which is never freed.
+    virtual const char* GetComment(INode* node) = 0;
     /// Stores the comment of a node that has OpenFlight data.
     virtual bool PutComment(INode* node, const char* text) = 0;
     /// A copy of an external reference's file name, to be freed like a comment; for any other node
-    /// `kEmptyString` itself, which is never freed.
+    /// `EmptyString()` too.
     virtual const char* GetExternalRefFilename(INode* node) = 0;
     /// Replaces an external reference's file name, cut to the 200 bytes its field holds.
     virtual bool PutExternalRefFilename(INode* node, const char* text) = 0;
@@ -102,8 +103,10 @@ public:
     virtual int GetOverrideLightSources() = 0;
     virtual int GetOverrideLightPoints() = 0;
 
-    /// What `GetExternalRefFilename` answers for a node that is no external reference.
-    static constexpr const char kEmptyString[1] = "";
+    /// The one empty text that `GetComment` and `GetExternalRefFilename` answer with where they
+    /// have nothing to copy: a result that is this very pointer is not to be freed. It belongs to
+    /// the module.
+    virtual const char* EmptyString() const = 0;
 
 protected:
     using FPStaticInterface::FPStaticInterface;
