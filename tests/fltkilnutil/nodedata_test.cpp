@@ -6,6 +6,7 @@
 #include <fltkilnutil/kilnlight.h>
 #include <fltkilnutil/kilnlightpoint.h>
 #include <quillon/fltdof.h>
+#include <quillon/fltface.h>
 #include <quillon/fltgroup.h>
 #include <quillon/fltlod.h>
 #include <quillon/fltswitch.h>
@@ -74,11 +75,15 @@ TEST_F(NodeData, AKindBlockTooShortToReadIsNoneAndIsReplaced) {
 }
 
 TEST_F(NodeData, TheKindIsDerivedFromTheHostObject) {
-    auto* const closedLine = new SplineShape;
-    closedLine->SetClosed(true);
-    closedLine->SetRenderable(true);
-    for (const Point3& point : {Point3(0, 0, 0), Point3(1, 0, 0), Point3(0, 1, 0)})
-        closedLine->GetPoints().Append(1, &point);
+    // A closed one can become a mesh.
+    const auto line = [this](bool closed, bool renderable) {
+        auto* const shape = new SplineShape;
+        shape->SetClosed(closed);
+        shape->SetRenderable(renderable);
+        for (const Point3& point : {Point3(0, 0, 0), Point3(1, 0, 0), Point3(0, 1, 0)})
+            shape->GetPoints().Append(1, &point);
+        return node(shape);
+    };
     INode* const head = dummy();
     head->SetGroupHead(true);
     INode* const boxHead = node(new BoxObject);
@@ -93,8 +98,9 @@ TEST_F(NodeData, TheKindIsDerivedFromTheHostObject) {
         {"mesh", node(new TriObject), FltNodeKind::Face},
         {"box", node(new BoxObject), FltNodeKind::Face},
         {"box at the head of a group", boxHead, FltNodeKind::Face},
-        {"rendered outline", node(closedLine), FltNodeKind::Face},
-        {"open line", node(new SplineShape), none},
+        {"rendered outline", line(true, true), FltNodeKind::Face},
+        {"outline that is not rendered", line(true, false), none},
+        {"rendered line that can be no mesh", line(false, true), none},
         {"omni light", node(new GenLight(OMNI_LIGHT_CLASS_ID)), FltNodeKind::LightSource},
         {"directional light", node(new GenLight(DIR_LIGHT_CLASS_ID)), FltNodeKind::LightSource},
         {"free spot light", node(new GenLight(FSPOT_LIGHT_CLASS_ID)), FltNodeKind::LightSource},
@@ -209,6 +215,23 @@ TEST_F(NodeData, AShortRecordReadsAsZerosWithoutTouchingTheRestOfTheChunk) {
     EXPECT_EQ(chunkBytes(node, kRecordChunk), bytes);
 }
 
+// A node that has a kind keeps it, and its revision, by which its record is written and read.
+TEST_F(NodeData, DataAreStoredAtTheRevisionThatTheNodeHas) {
+    FltFace face;
+    face.textureIndex = 7;
+    INode* const old = dummy();
+    ASSERT_TRUE(fltEnsureKind(old, FltNodeKind::Face, 1420));
+    const Bytes kind = chunkBytes(old, kKindChunk);
+    ASSERT_TRUE(fltPutData(old, FltNodeKind::Face, 1580, face, nullptr));
+    EXPECT_EQ(chunkBytes(old, kKindChunk), kind);
+    INode* const recent = dummy();
+    ASSERT_TRUE(fltPutData(recent, FltNodeKind::Face, 1580, face, nullptr));
+    EXPECT_LT(chunkBytes(old, kRecordChunk).size(), chunkBytes(recent, kRecordChunk).size());
+    FltFace read;
+    ASSERT_TRUE(fltGetRecord(old, read));
+    EXPECT_EQ(read.textureIndex, 7);
+}
+
 TEST_F(NodeData, CommentsAreCommentRecordsAndNeedNoKind) {
     INode* const node = dummy();
     std::string text = "untouched";
@@ -244,14 +267,19 @@ TEST_F(NodeData, CopyTakesEveryChunkThatTheSourceHas) {
     ASSERT_TRUE(fltEnsureKind(source, FltNodeKind::Group, 1580));
     setChunk(source, kRecordChunk, groupBytes());
     setChunk(destination, kOptionsChunk, RecordBytes(5, 32));
-    ASSERT_TRUE(fltPutComment(source, "hangar"));
-
+    ASSERT_TRUE(fltPutComment(destination, "own"));
+    const Bytes comment = chunkBytes(destination, kCommentChunk);
     ASSERT_TRUE(fltCopyData(source, destination));
-    for (const DWORD id : {kKindChunk, kRecordChunk, kCommentChunk}) {
+    EXPECT_EQ(chunkBytes(destination, kOptionsChunk), RecordBytes(5, 32));
+    EXPECT_EQ(chunkBytes(destination, kCommentChunk), comment);
+
+    ASSERT_TRUE(fltPutComment(source, "hangar"));
+    setChunk(source, kOptionsChunk, RecordBytes(111, 16));
+    ASSERT_TRUE(fltCopyData(source, destination));
+    for (const DWORD id : {kKindChunk, kRecordChunk, kCommentChunk, kOptionsChunk}) {
         EXPECT_EQ(chunkBytes(destination, id), chunkBytes(source, id)) << id;
         EXPECT_NE(chunk(destination, id)->data, chunk(source, id)->data) << id;
     }
-    EXPECT_EQ(chunkBytes(destination, kOptionsChunk), RecordBytes(5, 32));
 
     EXPECT_TRUE(fltCopyData(source, source));
     EXPECT_EQ(chunkBytes(source, kRecordChunk), groupBytes());

@@ -11,6 +11,15 @@ namespace {
 
 constexpr Class_ID kTextureAttrClassId(0x6A3C1F07, 0x2E9D0005);
 
+std::string chunkBytes(INode* node) {
+    std::string all;
+    for (int i = 0; i < node->NumAppDataChunks(); ++i) {
+        const AppDataChunk* const chunk = node->GetAppDataChunk(i);
+        all.append(static_cast<const char*>(chunk->data), chunk->length).append(1, '|');
+    }
+    return all;
+}
+
 class AviaryTest : public SceneTest {
 protected:
     FPStatus call(FunctionID id, FPParams params = {}) {
@@ -105,13 +114,16 @@ TEST_F(AviaryTest, NothingIsDoneToNodesWithoutData) {
         EXPECT_FALSE(isTrue(33, {target, FPValue::Int(1)}));
         EXPECT_EQ(call(32, {target}), FPS_OK);
         EXPECT_EQ(result.i, 0);
-        EXPECT_EQ(call(30, {target}), FPS_OK);
-        EXPECT_STREQ(result.s, "");
-        EXPECT_FALSE(result.OwnsString()) << "the shared empty text is never freed";
-        EXPECT_EQ(call(19, {target}), FPS_OK);
-        EXPECT_STREQ(result.s, "");
+        for (const FunctionID getter : {19, 30}) {
+            EXPECT_EQ(call(getter, {target}), FPS_OK);
+            EXPECT_EQ(result.s, aviary.EmptyString());
+            EXPECT_FALSE(result.OwnsString()) << "the shared empty text is never freed";
+        }
     }
     EXPECT_EQ(plain->NumAppDataChunks(), 0);
+    ASSERT_TRUE(fltPutComment(plain, "kept for a node that was one"));
+    EXPECT_EQ(aviary.GetComment(plain), aviary.EmptyString());
+    EXPECT_STREQ(aviary.EmptyString(), "");
 }
 
 TEST_F(AviaryTest, CommentsAndDataComeAndGo) {
@@ -151,6 +163,28 @@ TEST_F(AviaryTest, ExternalReferencesKeepFlagsWholeAndBoundTheirName) {
     EXPECT_EQ(result.i, 5);
 }
 
+// Only what a node is stored as counts: neither the bytes that it also has, nor its host object.
+TEST_F(AviaryTest, TheStoredKindIsWhatCounts) {
+    INode* const node = addXRef("tower.flt");
+    KilnFace options;
+    options.keepTriangles = 1;
+    ASSERT_TRUE(fltPutOptions(node, options));
+    ASSERT_TRUE(fltEnsureKind(node, FltNodeKind::Group, kFltRevision));
+    const std::string before = chunkBytes(node);
+    const FPValue value = FPValue::Node(node);
+    EXPECT_FALSE(isTrue(31, {value, FPValue::String("other.flt")}));
+    EXPECT_FALSE(isTrue(33, {value, FPValue::Int(1)}));
+    EXPECT_EQ(aviary.GetExternalRefFilename(node), aviary.EmptyString());
+    EXPECT_EQ(aviary.GetExternalRefFlags(node), 0);
+    EXPECT_FALSE(isTrue(27, {value})) << "a group keeps no triangles";
+    EXPECT_EQ(chunkBytes(node), before);
+
+    INode* const mesh = addMesh(nullptr, "mesh");
+    ASSERT_TRUE(fltPutOptions(mesh, options));
+    EXPECT_FALSE(isTrue(25, {FPValue::Node(mesh), FPValue::String("FACE")}));
+    EXPECT_FALSE(isTrue(27, {FPValue::Node(mesh)})) << "it only looks like a face";
+}
+
 TEST_F(AviaryTest, KeepTrianglesMarksMeshesOnly) {
     INode* const mesh = addMesh(nullptr, "mesh");
     const FPValue node = FPValue::Node(mesh);
@@ -187,23 +221,57 @@ public:
 
 TextureAttrDesc textureAttrDesc;
 
-TEST_F(AviaryTest, TextureAttributesGoOnBitmapsOnce) {
+class OtherAttr final : public CustAttrib {
+public:
+    Class_ID ClassID() const override { return Class_ID(1, 2); }
+};
+
+class OtherMap final : public Texmap {
+public:
+    Class_ID ClassID() const override { return Class_ID(0x250, 0); }
+};
+
+TEST_F(AviaryTest, TextureAttributesStandFirstAndOnBitmapsAlone) {
     auto* const bitmap = new BitmapTex;
+    auto* const other = new OtherMap;
+    const auto add = [&](Texmap* map) { return isTrue(28, {FPValue::Map(map)}); };
+    const auto remove = [&](Texmap* map) { return isTrue(29, {FPValue::Map(map)}); };
+    const auto marks = [](Texmap* map) {
+        const ICustAttribContainer& attributes = *map->GetCustAttribContainer();
+        std::string all;
+        for (int i = 0; i < attributes.GetNumCustAttribs(); ++i)
+            all += attributes.GetCustAttrib(i)->ClassID() == kTextureAttrClassId ? 'm' : '-';
+        return all;
+    };
     host.AddTexmap(bitmap);
-    const FPValue map = FPValue::Map(bitmap);
-    EXPECT_FALSE(isTrue(29, {map}));
-    EXPECT_FALSE(isTrue(28, {map})) << "the host does not know the class yet";
+    host.AddTexmap(other);
+    EXPECT_FALSE(remove(bitmap));
+    EXPECT_FALSE(add(bitmap)) << "the host does not know the class yet";
     ASSERT_TRUE(kiln::registerModule(
         "textureattr", {[] { return "Texture attribute"; }, [] { return 1; },
                         [](int i) -> ClassDesc* { return i == 0 ? &textureAttrDesc : nullptr; },
                         [] { return KILN_SDK_VERSION; }}));
-    EXPECT_TRUE(isTrue(28, {map}));
-    EXPECT_TRUE(isTrue(28, {map}));
-    ASSERT_TRUE(bitmap->GetCustAttribContainer());
-    EXPECT_EQ(bitmap->GetCustAttribContainer()->GetNumCustAttribs(), 1);
-    EXPECT_TRUE(isTrue(29, {map}));
-    EXPECT_FALSE(isTrue(29, {map}));
-    EXPECT_FALSE(isTrue(28, {FPValue::Map(nullptr)}));
+    ASSERT_TRUE(bitmap->AllocCustAttribContainer()->AppendCustAttrib(new OtherAttr));
+    for (int time = 0; time < 2; ++time) {
+        EXPECT_TRUE(add(bitmap));
+        EXPECT_EQ(marks(bitmap), "m-");
+    }
+    // A scene from elsewhere may have several, and not in front.
+    ASSERT_TRUE(bitmap->GetCustAttribContainer()->AppendCustAttrib(new TextureAttr));
+    EXPECT_TRUE(remove(bitmap));
+    EXPECT_EQ(marks(bitmap), "-m");
+    EXPECT_TRUE(add(bitmap));
+    EXPECT_EQ(marks(bitmap), "-m") << "it is there already";
+    EXPECT_TRUE(remove(bitmap));
+    EXPECT_FALSE(remove(bitmap));
+    EXPECT_EQ(marks(bitmap), "-");
+
+    EXPECT_FALSE(add(nullptr));
+    EXPECT_FALSE(add(other));
+    ASSERT_TRUE(other->AllocCustAttribContainer()->AppendCustAttrib(new TextureAttr));
+    EXPECT_FALSE(add(other)) << "though one is there";
+    EXPECT_FALSE(remove(other));
+    EXPECT_EQ(marks(other), "m");
 }
 
 /// An attribute of somebody else's, at fault.
@@ -227,15 +295,6 @@ TEST_F(AviaryTest, TheLastImportIsRememberedAndTitlesTheBrowser) {
     ASSERT_EQ(call(24), FPS_OK);
     aviary.SetLastImport("");
     EXPECT_STREQ(result.s, "airfield.flt") << "what a script holds stays as it was";
-}
-
-std::string chunkBytes(INode* node) {
-    std::string all;
-    for (int i = 0; i < node->NumAppDataChunks(); ++i) {
-        const AppDataChunk* const chunk = node->GetAppDataChunk(i);
-        all.append(static_cast<const char*>(chunk->data), chunk->length).append(1, '|');
-    }
-    return all;
 }
 
 void damage(INode* node, DWORD subId, std::string_view text) {

@@ -3,6 +3,10 @@
 #include <quillon/fltinstance.h>
 #include <tessera/browserclient.h>
 
+#include <cmath>
+#include <cstring>
+#include <map>
+
 namespace {
 
 using tessera::BrowserEvent;
@@ -53,6 +57,24 @@ TEST_F(BrowserClientTest, OpensFilledAndFollowsTheSceneUntilClosed) {
     browser.send(BrowserEvent::closed);
 }
 
+TEST_F(BrowserClientTest, ARefusedFormIsNotFilledShownOrFollowed) {
+    INode* const a = add(nullptr, "a");
+    open();
+    browser.send(BrowserEvent::closed);
+    browser = RecordingBrowser{};
+    for (const auto refusal : {tessera::kBrowserRefused, tessera::kBrowserNoMemory,
+                               tessera::kBrowserDialogFailed, tessera::kBrowserFormMissing}) {
+        browser.refusal = refusal;
+        browser.exists = true;  // so that it would take what it were given
+        aviary.Browser();
+        a->SetName((std::string(a->GetName()) + "x").c_str());
+        EXPECT_TRUE(AcceleratorsEnabled());
+        EXPECT_EQ(browser.outline(), "");
+        EXPECT_FALSE(browser.shown);
+        EXPECT_EQ(browser.sceneChanges, 0);
+    }
+}
+
 TEST_F(BrowserClientTest, ItsOwnEditsDoNotMakeTheTreeStale) {
     INode* const group = add(nullptr, "group");
     INode* const child = add(nullptr, "child");
@@ -83,7 +105,9 @@ TEST_F(BrowserClientTest, ATargetThatHeadsAHostGroupTakesTheNodeIn) {
     open();
     send(BrowserEvent::attach, "child", "head");
     EXPECT_TRUE(child->IsGroupMember());
+    EXPECT_EQ(browser.beeps, 0);
     send(BrowserEvent::attach, "head", "child");
+    EXPECT_EQ(browser.beeps, 1);
     EXPECT_EQ(head->GetParentNode(), host.GetRootNode()) << "below itself is refused";
     EXPECT_EQ(browser.outline(), "Scene Root(head(child))");
 }
@@ -98,12 +122,20 @@ TEST_F(BrowserClientTest, MovesAmongSiblings) {
     EXPECT_EQ(browser.outline(), "Scene Root(p(b,a,c,d))");
     ASSERT_TRUE(browser.selected);
     EXPECT_EQ(browser.selected->text, "a");
-    send(BrowserEvent::moveUp, "b", "p");  // already first
-    EXPECT_EQ(order(), "b,a,c,d");
+    const auto refused = [&](BrowserEvent event, const char* first, const char* parentItem) {
+        const std::string before = order();
+        const int beeps = browser.beeps;
+        send(event, first, parentItem);
+        EXPECT_EQ(order(), before) << first;
+        EXPECT_EQ(browser.beeps, beeps + 1) << first;
+    };
+    refused(BrowserEvent::moveUp, "b", "p");    // already first
+    refused(BrowserEvent::moveDown, "d", "p");  // already last
     send(BrowserEvent::moveUp, "d", "p");
     EXPECT_EQ(order(), "b,a,d,c");
-    send(BrowserEvent::moveUp, "d", nullptr);  // no parent
-    EXPECT_EQ(order(), "b,a,d,c");
+    refused(BrowserEvent::moveUp, "d", nullptr);  // no parent
+    refused(BrowserEvent::moveDown, "d", "a");    // another one's child
+    EXPECT_EQ(browser.beeps, 4);
 
     const BrowserItem block[] = {item("a"), item("c"), nullptr};
     const auto list = reinterpret_cast<std::uintptr_t>(block);
@@ -117,7 +149,48 @@ TEST_F(BrowserClientTest, MovesAmongSiblings) {
     browser.send(BrowserEvent::moveDownTogether, item("b"), item("p"),
                  reinterpret_cast<std::uintptr_t>(end));
     EXPECT_EQ(order(), "a,d,b,c") << "a block at the end stays";
+    EXPECT_EQ(browser.beeps, 5);
+    refused(BrowserEvent::moveUpTogether, "a", "p");
     EXPECT_EQ(browser.sceneChanges, 0);
+}
+
+bool sameBits(const Matrix3& a, const Matrix3& b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+Matrix3 rotated() {
+    return RotAngleAxisMatrix(Normalize({1, 2, 3}), 0.7) * TransMatrix({6378137.3, 0.1, -5});
+}
+
+TEST_F(BrowserClientTest, MovedSiblingsKeepTheirLocalTransformsBitForBit) {
+    const double nan = std::nan("");
+    const struct {
+        const char* what;
+        Matrix3 parent;
+    } cases[] = {
+        {"rotated", rotated()},
+        {"skewed", {{1, 0.3, 0}, {0, 1.0 / 3, 0.7}, {0.1, 0, 1e-3}, {1, 2, 3}}},
+        {"singular", {{1, 2, 3}, {2, 4, 6}, {0, 0, 1}, {7, 8, 9}}},
+        {"no numbers", {{nan, 0, 0}, {0, 1, 0}, {0, 0, 1}, {0, 0, 0}}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        core.newScene();
+        INode* const parent = add(add(nullptr, "top"), "p");
+        parent->SetLocalTM(0, c.parent);
+        parent->GetParentNode()->SetLocalTM(0, rotated());
+        std::map<INode*, Matrix3> locals;
+        locals[add(parent, "a")] = Matrix3();
+        locals[add(parent, "b")] = rotated();
+        locals[add(parent, "c")] = Matrix3({1, 0, 0}, {0, -0.0, 0}, {0, 0, 1e-300}, {0.1, 0, 0});
+        for (const auto& [node, local] : locals) node->SetLocalTM(0, local);
+        open();
+        send(BrowserEvent::moveDown, "a", "p");
+        send(BrowserEvent::moveUp, "c", "p");
+        EXPECT_EQ(childNames(parent), "b,c,a");
+        for (const auto& [node, local] : locals)
+            EXPECT_TRUE(sameBits(node->GetLocalTM(0), local)) << node->GetName();
+    }
 }
 
 // While the siblings are moved, a handler of someone else's links their parent below one of them.
@@ -130,6 +203,7 @@ TEST_F(BrowserClientTest, ASiblingThatTheHostRefusesLosesNoOther) {
         INode* const child = add(meddler.parent, name);
         if (*name == 'c') meddler.child = child;
     }
+    meddler.parent->SetLocalTM(0, rotated());
     open();
     const NOTIFYPROC meddle = [](void* param, NotifyInfo* info) {
         auto& [parent, child] = *static_cast<Meddler*>(param);
@@ -144,6 +218,8 @@ TEST_F(BrowserClientTest, ASiblingThatTheHostRefusesLosesNoOther) {
     EXPECT_EQ(meddler.parent->GetParentNode(), meddler.child);
     EXPECT_EQ(childNames(host.GetRootNode()), "c");
     EXPECT_EQ(childNames(meddler.parent), "a,b,d,e") << "in their old order";
+    for (int i = 0; i < 4; ++i)
+        EXPECT_TRUE(sameBits(meddler.parent->GetChildNode(i)->GetLocalTM(0), Matrix3())) << i;
 }
 
 TEST_F(BrowserClientTest, MovesAtTheTopLevelToo) {
@@ -158,17 +234,37 @@ TEST_F(BrowserClientTest, AnswersWhatTheBrowserAsks) {
     INode* const a = add(nullptr, "a");
     INode* const b = add(a, "b");
     open();
+    NotingWindow window;
+    core.setHostWindow(&window);
+    core.setTime(480);
+    host.SelectNode(b);
     browser.send(BrowserEvent::selectInHost);
+    EXPECT_EQ(host.GetSelNodeCount(), 0);
     send(BrowserEvent::selectInHost, "a");
     send(BrowserEvent::selectInHost, "b");
+    send(BrowserEvent::selectInHost, "Scene Root");  // which hosts cannot select
+    EXPECT_EQ(window.redraws, (std::vector<TimeValue>{480, 480, 480, 480}));
+    browser.send(BrowserEvent::redraw);
+    EXPECT_EQ(window.redraws.size(), 5U);
+    core.setHostWindow(nullptr);
+
     std::uint32_t count = 99;
     const auto countSlot = reinterpret_cast<std::uintptr_t>(&count);
+    EnableAccelerators();
     browser.send(BrowserEvent::countSelected, nullptr, nullptr, countSlot);
+    EXPECT_FALSE(AcceleratorsEnabled());
     ASSERT_EQ(count, 2u);
-    tessera::NodeHandle handle = 0;
-    browser.send(BrowserEvent::getSelected, nullptr, nullptr, 1,
-                 reinterpret_cast<std::uintptr_t>(&handle));
-    EXPECT_EQ(handle, reinterpret_cast<tessera::NodeHandle>(b));
+    EnableAccelerators();
+    browser.send(BrowserEvent::activated);
+    EXPECT_FALSE(AcceleratorsEnabled());
+    for (const std::uintptr_t index : {0, 1, 2}) {
+        auto handle = tessera::NodeHandle{1};
+        browser.send(BrowserEvent::getSelected, nullptr, nullptr, index,
+                     reinterpret_cast<std::uintptr_t>(&handle));
+        INode* const expected[] = {a, b, nullptr};
+        EXPECT_EQ(handle, reinterpret_cast<tessera::NodeHandle>(expected[index])) << index;
+    }
+    browser.send(BrowserEvent::getSelected);
     send(BrowserEvent::countSwitchChildren, "a", nullptr, countSlot);
     EXPECT_EQ(count, 1u);
     for (const int code : {4, 5, 6, 12, 20, 21}) {
@@ -182,8 +278,31 @@ TEST_F(BrowserClientTest, AnswersWhatTheBrowserAsks) {
         browser.send(static_cast<BrowserEvent>(code), nullptr, nullptr, countSlot);
         EXPECT_EQ(count, 1u) << code;
     }
-    browser.send(BrowserEvent::selectInHost);
-    EXPECT_EQ(host.GetSelNodeCount(), 0);
+}
+
+TEST_F(BrowserClientTest, CreatesWhatItIsToldTo) {
+    host.SelectNode(add(nullptr, "selected"));
+    add(nullptr, "parent");
+    open();
+    // The browser sends opcodes extended by their sign.
+    const struct {
+        std::uintptr_t opcode;
+        std::uint16_t kind;
+    } cases[] = {{63, 63}, {static_cast<std::uintptr_t>(-2), 0xFFFE}};
+    for (const auto& c : cases) {
+        send(BrowserEvent::create, "parent", nullptr, c.opcode, 1420);
+        INode* const parent = host.GetRootNode()->GetChildNode(1);
+        INode* const node = parent->GetChildNode(parent->NumberOfChildren() - 1);
+        ASSERT_TRUE(node) << "below the item, whatever is selected";
+        const BrowserItem made = item("parent")->children.back().get();
+        EXPECT_EQ(made->text, node->GetName());
+        EXPECT_EQ(made->node, reinterpret_cast<tessera::NodeHandle>(node));
+        FltNodeKind kind{};
+        std::uint32_t revision = 0;
+        EXPECT_TRUE(fltGetKind(node, false, kind) && fltGetParameter(node, revision));
+        EXPECT_EQ(kind, FltNodeKind{c.kind});
+        EXPECT_EQ(revision, 1420U);
+    }
 }
 
 TEST_F(BrowserClientTest, LooksIntoNoNodeThatHasGone) {
@@ -210,6 +329,7 @@ TEST_F(BrowserClientTest, LooksIntoNoNodeThatHasGone) {
     EXPECT_EQ(childNames(host.GetRootNode()), "parent");
     EXPECT_EQ(childNames(parent), "stays");
     EXPECT_EQ(browser.outline(), "Scene Root(parent(doomed(below),stays))") << "until refilled";
+    EXPECT_EQ(browser.beeps, 10) << "a move, an attach or a creation that is refused";
 
     core.newScene();
     send(BrowserEvent::rename, "stays", nullptr, reinterpret_cast<std::uintptr_t>("renamed"));
@@ -254,22 +374,85 @@ TEST_F(BrowserClientTest, FillsAsDeepAsTheSceneIs) {
 }
 
 TEST_F(BrowserClientTest, AReferenceListsWhatItsDefinitionHolds) {
-    const auto instance = [&](INode* parent, const char* name, FltInstance& record, int number) {
-        INode* const node = add(parent, name, record.opcode());
-        record.instanceNumber = static_cast<std::int16_t>(number);
-        EXPECT_TRUE(fltPutRecord(node, record));
-        return node;
-    };
-    FltInstanceDef definition;
-    FltInstanceRef reference;
-    INode* const tree = instance(nullptr, "tree", definition, 7);
+    INode* const tree = addInstance(add(nullptr, "tree", 62), FltInstanceDef(), 7);
     add(tree, "trunk");
-    instance(tree, "itself", reference, 7);  // a definition that uses itself must come to an end
-    instance(nullptr, "use", reference, 7);
-    add(instance(nullptr, "lost", reference, 8), "own");
+    // A definition that uses itself must come to an end.
+    addInstance(add(tree, "itself", 61), FltInstanceRef(), 7);
+    addInstance(add(nullptr, "use", 61), FltInstanceRef(), 7);
+    add(addInstance(add(nullptr, "lost", 61), FltInstanceRef(), 8), "own");
     open();
     EXPECT_EQ(browser.outline(),
               "Scene Root(tree(trunk,itself(trunk,itself)),use(trunk,itself),lost(own))");
+}
+
+// Each edit is made on one item, and the others of the same node show it as a new filling would.
+TEST_F(BrowserClientTest, EditsShowWhereverTheNodesAreListed) {
+    INode* const tree = addInstance(add(nullptr, "tree", 62), FltInstanceDef(), 7);
+    INode* const crown = add(tree, "crown", 2);
+    add(crown, "leaf");
+    add(tree, "trunk");
+    INode* const use = addInstance(add(nullptr, "use", 61), FltInstanceRef(), 7);
+    add(nullptr, "other", 2);
+    add(nullptr, "apple");
+    open();
+    const BrowserItem listedCrown = browser.top.children[0]->children[1]->children[0].get();
+    ASSERT_EQ(listedCrown->text, "crown");
+    browser.send(BrowserEvent::rename, listedCrown, listedCrown->parent,
+                 reinterpret_cast<std::uintptr_t>("top"));
+    EXPECT_EQ(browser.outline(),
+              "Scene Root(tree(top(leaf),trunk),use(top(leaf),trunk),other,apple)");
+    send(BrowserEvent::moveDown, "top", "tree");
+    EXPECT_EQ(browser.outline(),
+              "Scene Root(tree(trunk,top(leaf)),use(trunk,top(leaf)),other,apple)");
+    send(BrowserEvent::attach, "apple", "top");
+    EXPECT_EQ(browser.outline(),
+              "Scene Root(tree(trunk,top(leaf,apple)),use(trunk,top(leaf,apple)),other)");
+    const BrowserItem listedTop = browser.top.children[0]->children[1]->children[1].get();
+    browser.send(BrowserEvent::attach, listedTop, item("other"));
+    EXPECT_EQ(browser.outline(), "Scene Root(tree(trunk),use(trunk),other(top(leaf,apple)))");
+    send(BrowserEvent::create, "tree", nullptr, 2, 1580);
+    const std::string made = tree->GetChildNode(1)->GetName();
+    EXPECT_EQ(browser.outline(), "Scene Root(tree(trunk," + made + "),use(trunk," + made +
+                                     "),other(top(leaf,apple)))");
+    // What is below the reference itself is not listed.
+    send(BrowserEvent::attach, "top", "use");
+    EXPECT_EQ(crown->GetParentNode(), use);
+    EXPECT_EQ(browser.outline(),
+              "Scene Root(tree(trunk," + made + "),use(trunk," + made + "),other)");
+    EXPECT_EQ(browser.sceneChanges, 0);
+}
+
+TEST_F(BrowserClientTest, ADefinitionThatMovesIsFoundFromElsewhere) {
+    INode* const first = add(nullptr, "first", 1);
+    INode* const second = add(nullptr, "second", 1);
+    const auto define = [&](INode* database, const char* name, const char* child) {
+        INode* const group = add(database, name, 2);
+        add(addInstance(add(group, "d", 62), FltInstanceDef(), 1), child);
+    };
+    define(first, "g", "a");
+    define(second, "h", "b");
+    addInstance(add(second, "use", 61), FltInstanceRef(), 1);
+    open();
+    EXPECT_EQ(browser.outline(), "Scene Root(first(g(d(a))),second(h(d(b)),use(b)))");
+    send(BrowserEvent::attach, "h", "first");
+    EXPECT_EQ(browser.outline(), "Scene Root(first(g(d(a)),h(d(b))),second(use(a)))");
+}
+
+TEST_F(BrowserClientTest, OnlyEditsThatConcernOtherItemsFillTheTreeAnew) {
+    INode* const tree = addInstance(add(nullptr, "tree", 62), FltInstanceDef(), 7);
+    add(tree, "trunk");
+    addInstance(add(nullptr, "use", 61), FltInstanceRef(), 7);
+    INode* const group = add(nullptr, "group");
+    for (const char* name : {"a", "b"}) add(group, name);
+    open();
+    send(BrowserEvent::rename, "tree", nullptr, reinterpret_cast<std::uintptr_t>("oak"));
+    send(BrowserEvent::moveDown, "a", "group");
+    send(BrowserEvent::moveUp, "trunk", "tree");  // refused, as it is the first
+    send(BrowserEvent::attach, "b", "a");
+    send(BrowserEvent::attach, "tree", "use");  // a definition
+    EXPECT_EQ(browser.refreshes, 1);
+    send(BrowserEvent::create, "group", nullptr, 2, 1580);
+    EXPECT_EQ(browser.refreshes, 1);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "recordingbrowser.h"
 
+#include <tessera/browserclient.h>
+
 #include <algorithm>
 
 namespace {
@@ -43,6 +45,11 @@ RecordingBrowser& recordingBrowser() {
     return browser;
 }
 
+// In place of the library's own.
+void tessera::beep() noexcept {
+    ++recordingBrowser().beeps;
+}
+
 std::int32_t _zufltguicreate(tessera::BrowserWindow, tessera::BrowserCallback callback,
                              std::int32_t, void* clientData) {
     std::uint32_t refused = 1;
@@ -50,6 +57,7 @@ std::int32_t _zufltguicreate(tessera::BrowserWindow, tessera::BrowserCallback ca
              reinterpret_cast<std::uintptr_t>(&refused), 0, clientData);
     if (refused) return tessera::kBrowserRefused;
     RecordingBrowser& browser = recordingBrowser();
+    if (browser.refusal != tessera::kBrowserDone) return browser.refusal;
     browser.exists = true;
     browser.callback = callback;
     browser.clientData = clientData;

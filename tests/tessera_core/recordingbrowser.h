@@ -34,11 +34,14 @@ struct _TREEITEM {
 };
 
 struct RecordingBrowser {
+    /// What the next creations answer once the client agrees; 0 for a form.
+    std::int32_t refusal = tessera::kBrowserDone;
     bool exists = false;
     bool shown = false;
     int sceneChanges = 0;
     int refreshes = 0;
     int resets = 0;
+    int beeps = 0;  ///< of the client
     std::string title;
     tessera::BrowserCallback callback = nullptr;
     void* clientData = nullptr;
