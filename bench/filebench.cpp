@@ -94,11 +94,6 @@ const std::vector<std::uint8_t>& largeFile() {
     return bytes;
 }
 
-void countBytes(benchmark::State& state) {
-    state.SetBytesProcessed(static_cast<std::int64_t>(largeFile().size()) *
-                            static_cast<std::int64_t>(state.iterations()));
-}
-
 void readLibrary(benchmark::State& state) {
     const auto& bytes = largeFile();
     std::array<std::unique_ptr<FltRecord>, 128> classes;
@@ -112,7 +107,6 @@ void readLibrary(benchmark::State& state) {
                 benchmark::ClobberMemory();
             }
     }
-    countBytes(state);
 }
 
 void walkLengths(benchmark::State& state) {
@@ -123,7 +117,6 @@ void walkLengths(benchmark::State& state) {
             i += static_cast<std::size_t>(bytes[i + 2] << 8 | bytes[i + 3]);
         benchmark::DoNotOptimize(records);
     }
-    countBytes(state);
 }
 
 void copyMemory(benchmark::State& state) {
@@ -134,7 +127,6 @@ void copyMemory(benchmark::State& state) {
         benchmark::DoNotOptimize(target.data());
         benchmark::ClobberMemory();
     }
-    countBytes(state);
 }
 
 void lookUpNames(benchmark::State& state) {

@@ -1,22 +1,24 @@
 // The attribute store: a node of each kind, a degree of freedom against the bare conversion of its
 // numbers, look-up of groups, one row of ten thousand nodes.
-#include <benchmark/benchmark.h>
 #include <fltkilnutil/fltattr.h>
 #include <fltkilnutil/kilnflt.h>
 #include <kiln/host/core.h>
 #include <kiln/kiln.h>
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <iterator>
 #include <string>
 #include <vector>
+
+#include "fastestruns.h"
 
 namespace {
 
 constexpr std::size_t kGroups = 14;
 constexpr std::size_t kDofReals = 36;
+
+const std::string kStoreDof = "store a degree of freedom, all rows changed";
+constexpr double kStoreDofBound = 3;
 
 INode* nodeOf(FltNodeKind kind) {
     INode* const node = GetCOREInterface()->CreateObjectNode(new DummyObject);
@@ -66,20 +68,14 @@ const char* kindName(FltNodeKind kind) {
     return "";
 }
 
-FltNodeKind kindAt(const benchmark::State& state) {
-    return fltAttrGroups()[state.range(0)]->kind;
-}
-
-void loadNode(benchmark::State& state) {
-    INode* const node = storedNode(kindAt(state));
-    state.SetLabel(kindName(kindAt(state)));
+void loadNode(benchmark::State& state, FltNodeKind kind) {
+    INode* const node = storedNode(kind);
     for (auto _ : state) benchmark::DoNotOptimize(fltAttrLoad(node, kFltRevision));
 }
 
 /// Load and store as they stand, which prints every row twice and parses none.
-void loadAndStoreNode(benchmark::State& state) {
-    INode* const node = storedNode(kindAt(state));
-    state.SetLabel(kindName(kindAt(state)));
+void loadAndStoreNode(benchmark::State& state, FltNodeKind kind) {
+    INode* const node = storedNode(kind);
     for (auto _ : state) {
         FltAttrGroup* const group = fltAttrLoad(node, kFltRevision);
         benchmark::DoNotOptimize(fltAttrStore(node, *group));
@@ -128,41 +124,29 @@ std::vector<std::string> textsOf(const std::vector<double>& numbers) {
     return texts;
 }
 
-/// Prints the 36 doubles of a degree of freedom and reads them back, bare and through the store
-/// with all its rows changed at every turn, both in every turn; counts how much longer the store
-/// takes. The limit is 3.
-void dofAgainstBareConversion(benchmark::State& state) {
-    using Clock = std::chrono::steady_clock;
+/// Prints the 36 doubles of a degree of freedom and reads them back.
+void convertBare(benchmark::State& state) {
     const std::vector<double> numbers = dofNumbers();
-    const std::vector<std::string> texts = textsOf(numbers);
-    INode* const node = storedNode(FltNodeKind::Dof);
     char room[kDofReals][32];
-    Clock::duration bare{};
-    Clock::duration whole{};
-    std::size_t first = 0;
     for (auto _ : state) {
-        const auto start = Clock::now();
         printBare(numbers, room);
         parseBare(room);
-        const auto between = Clock::now();
+    }
+}
+
+/// The same through the store, with all of its rows changed at every turn.
+void convertByStore(benchmark::State& state) {
+    const std::vector<std::string> texts = textsOf(dofNumbers());
+    INode* const node = storedNode(FltNodeKind::Dof);
+    std::size_t first = 0;
+    for (auto _ : state) {
         FltAttrGroup* const group = fltAttrLoad(node, kFltRevision);
         setReals(*group, texts, ++first);
         benchmark::DoNotOptimize(fltAttrStore(node, *group));
-        const auto end = Clock::now();
-        bare += between - start;
-        whole += end - between;
     }
-    using Nanoseconds = std::chrono::duration<double, std::nano>;
-    state.counters["bare_ns"] =
-        benchmark::Counter(Nanoseconds(bare).count(), benchmark::Counter::kAvgIterations);
-    state.counters["store_ns"] =
-        benchmark::Counter(Nanoseconds(whole).count(), benchmark::Counter::kAvgIterations);
-    state.counters["ratio"] = Nanoseconds(whole).count() / Nanoseconds(bare).count();
 }
 
-void findGroup(benchmark::State& state) {
-    const FltNodeKind kind = kindAt(state);
-    state.SetLabel(kindName(kind));
+void findGroup(benchmark::State& state, FltNodeKind kind) {
     for (auto _ : state) benchmark::DoNotOptimize(fltAttrGroupFind(kind));
 }
 
@@ -180,20 +164,36 @@ void editTenThousandNodes(benchmark::State& state) {
             benchmark::DoNotOptimize(fltAttrStore(node, *group));
         }
     }
-    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(nodes.size()));
 }
 
-BENCHMARK(loadNode)->DenseRange(0, kGroups - 1);
-BENCHMARK(loadAndStoreNode)->DenseRange(0, kGroups - 1);
-BENCHMARK(dofAgainstBareConversion);
-BENCHMARK(findGroup)->Arg(0)->Arg(kGroups - 1);
-BENCHMARK(editTenThousandNodes)->Unit(benchmark::kMillisecond);
+void registerBenches() {
+    const auto add = [](const std::string& name, auto function) {
+        return benchmark::RegisterBenchmark(name.c_str(), function);
+    };
+    for (std::size_t i = 0; i < kGroups; ++i) {
+        const FltNodeKind kind = fltAttrGroups()[i]->kind;
+        const std::string name = kindName(kind);
+        add("load a " + name, [=](auto& state) { loadNode(state, kind); });
+        add("load and store a " + name, [=](auto& state) { loadAndStoreNode(state, kind); });
+        if (i == 0 || i == kGroups - 1)
+            add("find the rows of a " + name, [=](auto& state) { findGroup(state, kind); });
+    }
+    add(kStoreDof + "/library", convertByStore);
+    add(kStoreDof + "/bare conversion", convertBare);
+    add("edit one row of 10,000 nodes", editTenThousandNodes)->Unit(benchmark::kMillisecond);
+}
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int count, char** arguments) {
+    bench::Table table("fltkilnutil_bench", count, arguments);
     kiln::Core::create();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
+    registerBenches();
+    bench::FastestRuns runs;
+    runs.run(count, arguments);
+    runs.print(table, [](const std::string& name) {
+        return name == kStoreDof ? kStoreDofBound : bench::kNoBound;
+    });
     kiln::Core::destroy();
+    return table.status();
 }

@@ -28,10 +28,14 @@
 #include <string>
 #include <vector>
 
+#include "table.h"
+
 namespace {
 
 constexpr int kRuns = 9;
 constexpr double kMegabyte = 1e6;
+constexpr double kMostOfRecords = 4;  // import and export, in processor time
+constexpr double kMostOfFile = 6;     // peak memory
 
 [[noreturn]] void give(const char* what) {
     std::fprintf(stderr, "interchange_bench: %s\n", what);
@@ -327,15 +331,10 @@ Measures fastest(const std::vector<Measures>& runs) {
     return result;
 }
 
-void print(const char* name, const Measure& measure, const Measure& bare, double size) {
-    std::printf("%-24s %8.0f ms %8.0f MB/s %8.2f x %10.0f MB %8.2f x\n", name,
-                measure.seconds * 1000, size / kMegabyte / measure.seconds,
-                measure.seconds / bare.seconds, measure.peak / kMegabyte, measure.peak / size);
-}
-
 }  // namespace
 
-int main() {
+int main(int count, char** arguments) {
+    bench::Table table("interchange_bench", count, arguments);
     const std::filesystem::path folder = std::filesystem::temp_directory_path();
     const std::string name = "interchange_bench-" + std::to_string(getpid());
     const std::string path = (folder / (name + ".flt")).string();
@@ -356,12 +355,15 @@ int main() {
     std::filesystem::remove(copy);
     const Measures records = fastest(bare);
     const Measures scene = fastest(whole);
-    std::printf(
-        "%d faces, %.1f MB; processor time, fastest of %d runs; peak memory against the file\n",
-        kFaces, size / kMegabyte, kRuns);
-    print("read record by record", records[0], records[0], size);
-    print("import", scene[0], records[0], size);
-    print("write record by record", records[1], records[1], size);
-    print("export", scene[1], records[1], size);
-    return 0;
+    const std::string what = std::to_string(kFaces) + " faces: ";
+    constexpr double kMilliseconds = 1000;
+    const auto print = [&](const char* name, std::size_t way, const char* measure) {
+        table.ratio(what + name + " : " + measure, scene[way].seconds * kMilliseconds,
+                    records[way].seconds * kMilliseconds, "ms", kMostOfRecords);
+        table.ratio(what + name + ", peak memory : the file", scene[way].peak / kMegabyte,
+                    size / kMegabyte, "MB", kMostOfFile);
+    };
+    print("import", 0, "read record by record");
+    print("export", 1, "write record by record");
+    return table.status();
 }

@@ -117,11 +117,10 @@ void globalEdit(const Edited& edited) {
         alone.push_back(editLoop(nodes, edited.kind, row, first));
     }
     const std::string what = std::to_string(kNodes).append(" nodes, ").append(edited.name);
-    report(std::string(what).append(": load and store"), fastest(bare), "ms");
     report(std::string(what).append(": one row of each"), fastest(alone), "ms");
-    report(std::string(what).append(": global edit of one row"), fastest(typed), "ms");
-    reportWithin(kMostOfBareLoop, std::string(what).append(": edit / load and store"),
-                 fastest(typed) / fastest(bare), "times");
+    reportRatio(kMostOfBareLoop,
+                std::string(what).append(": global edit of one row : load and store"),
+                fastest(typed), fastest(bare));
 }
 
 constexpr std::pair<FltNodeKind, const char*> kShown[] = {
@@ -235,12 +234,13 @@ void showing() {
         testinput::pump();
     }
     for (int kind = 0; kind < kKinds; ++kind) {
-        const std::string name = kShown[kind].second;
-        reportWithin(kMostToShow, std::string("showing a ").append(name).append(", beyond loading"),
+        const std::string name = std::string("showing a ").append(kShown[kind].second);
+        reportWithin(kMostToShow, name + ", beyond loading",
                      fastest(shown[kind]) - fastest(loaded[kind]), "ms");
-        report("  the median of these", median(shown[kind]) - median(loaded[kind]), "ms");
-        report("  the platform alone, with the same texts and bar", fastest(bare[kind]), "ms");
-        report("  the median of these", median(bare[kind]), "ms");
+        report(name + ", median", median(shown[kind]) - median(loaded[kind]), "ms");
+        report(name + ", the platform alone with the same texts and bar", fastest(bare[kind]),
+               "ms");
+        report(name + ", the platform alone, median", median(bare[kind]), "ms");
     }
     report("the tree control's own painting after each", fastest(treePainted), "ms");
 }
@@ -287,9 +287,9 @@ void showingALongComment() {
         }));
     }
     ::DestroyWindow(bare);
-    report("a comment of 8,000 characters: a bare edit field", fastest(taken), "ms");
-    reportWithin(kMostOfBareLoop, "showing it with its node / the bare edit field",
-                 fastest(shown) / fastest(taken), "times");
+    reportRatio(kMostOfBareLoop,
+                "showing a comment of 8,000 characters with its node : a bare edit field",
+                fastest(shown), fastest(taken));
 }
 
 }  // namespace

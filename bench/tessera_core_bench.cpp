@@ -17,6 +17,7 @@
 #include <string>
 
 #include "heapmeter.h"
+#include "table.h"
 
 namespace {
 
@@ -128,13 +129,7 @@ PreviewTimes timePreview(Interface& host) {
     return times;
 }
 
-void printRow(const char* what, double ours, double measure, double limit, const char* unit) {
-    const double ratio = ours / measure;
-    std::printf("%-66s %10.1f %10.1f %-3s %6.2f %5.1f%s\n", what, ours, measure, unit, ratio, limit,
-                ratio > limit ? "  missed" : "");
-}
-
-void benchPreview(Interface& host) {
+void benchPreview(bench::Table& table, Interface& host) {
     const auto build = [&](int lods, int meshes) {
         kiln::Core::get()->newScene();
         Scene{lods, meshes}.build();
@@ -149,14 +144,12 @@ void benchPreview(Interface& host) {
     const auto many = static_cast<double>(viewerBytes(host, 125));
     const std::string nodes = std::to_string(host.GetNodeCount());
     const std::string scene = nodes + " nodes, 50000 LODs";
-    printRow((scene + ": Collect, Apply : two bare walks").c_str(), times.viewer, times.bare, 2,
-             "ms");
-    printRow((scene + ": in the worst of 7 rounds").c_str(), times.worstViewer, times.worstBare, 2,
-             "ms");
-    printRow(("viewer's heap: " + scene + " : " + std::to_string(fewNodes) + " nodes").c_str(),
-             many / 1024, few / 1024, 1.1, "KiB");
-    printRow("viewer's heap: 50000 LODs : 10 times 5000 LODs", many / 1024, fewLods * 10 / 1024,
-             1.1, "KiB");
+    table.ratio(scene + ": Collect, Apply : two bare walks", times.viewer, times.bare, "ms", 2);
+    table.ratio(scene + ": in the worst of 7 rounds", times.worstViewer, times.worstBare, "ms", 2);
+    table.ratio("viewer's heap: " + scene + " : " + std::to_string(fewNodes) + " nodes",
+                many / 1024, few / 1024, "KiB", 1.1);
+    table.ratio("viewer's heap: 50000 LODs : 10 times 5000 LODs", many / 1024, fewLods * 10 / 1024,
+                "KiB", 1.1);
 }
 
 double creationTime(int count) {
@@ -171,7 +164,7 @@ double creationTime(int count) {
 
 /// Twice the time a node is the price of leaving the processor's caches; a search through the nodes
 /// that are there would cost ten times as much.
-void benchCreation() {
+void benchCreation(bench::Table& table) {
     double few = std::numeric_limits<double>::infinity();
     double many = few;
     creationTime(1'000);
@@ -179,17 +172,17 @@ void benchCreation() {
         few = std::min(few, creationTime(1'000));
         many = std::min(many, creationTime(10'000));
     }
-    printRow("10000 nodes created by script : 10 times 1000 nodes", many, few * 10, 3, "ms");
+    table.ratio("10000 nodes created by script : 10 times 1000 nodes", many, few * 10, "ms", 3);
 }
 
 }  // namespace
 
-int main() {
+int main(int count, char** arguments) {
+    bench::Table table("tessera_core_bench", count, arguments);
     kiln::Core& core = kiln::Core::create();
     tessera::aviaryUtil();
-    std::printf("%-66s %10s %10s %-3s %6s %5s\n", "fastest of 7 rounds", "ours", "measure", "",
-                "ratio", "limit");
-    benchPreview(core.hostInterface());
-    benchCreation();
+    benchPreview(table, core.hostInterface());
+    benchCreation(table);
     kiln::Core::destroy();
+    return table.status();
 }

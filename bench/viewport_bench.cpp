@@ -1,11 +1,11 @@
 // How long the viewport takes to draw a frame of 1280 by 800 pixels while the camera turns: a small
-// airfield, and a terrain of 100,000 faces, one node for each 100; plain and with a texture. "fps"
-// is what one core gives.
+// airfield, and a terrain of 100,000 faces, one node for each 100; plain and with a texture, by one
+// core.
 #include <workbench/renderer.h>
 
-#include <benchmark/benchmark.h>
-
 #include <cmath>
+
+#include "fastestruns.h"
 
 using namespace workbench;
 
@@ -60,36 +60,52 @@ void turn(benchmark::State& state, const SceneModel& scene, DrawMode mode) {
         renderer.draw(scene, camera, {mode, true, true, 1}, canvas);
         benchmark::DoNotOptimize(canvas.pixels());
     }
-    state.counters["triangles"] = static_cast<double>(renderer.trianglesDrawn());
-    state.counters["fps"] =
-        benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
 }
 
-void frame(benchmark::State& state) {
+void frame(benchmark::State& state, int faces, DrawMode mode) {
     SceneModel scene;
-    addTerrain(scene, static_cast<int>(state.range(0)), 4);
+    addTerrain(scene, faces, 4);
     scene.addLight({LightKind::kDirectional, {}, {0.48f, 0.36f, -0.8f}, {1, 1, 0.95f}});
-    turn(state, scene, static_cast<DrawMode>(state.range(1)));
+    turn(state, scene, mode);
 }
 
-void textured(benchmark::State& state) {
+void textured(benchmark::State& state, int faces) {
     Picture picture{256, 256, {}};
     for (std::uint32_t i = 0; i < 256 * 256; ++i)
         picture.texels.push_back(0xFF000000 | (i * 2654435761u >> 8));
     const Texture texture(picture);
     SceneModel scene;
-    addTerrain(scene, static_cast<int>(state.range(0)), 4, &texture);
+    addTerrain(scene, faces, 4, &texture);
     scene.addLight({LightKind::kDirectional, {}, {0.48f, 0.36f, -0.8f}, {1, 1, 0.95f}});
     turn(state, scene, DrawMode::kShaded);
 }
 
-BENCHMARK(textured)->ArgName("faces")->Arg(1'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
+void add(const std::string& name, int faces, DrawMode mode) {
+    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+        frame(state, faces, mode);
+    })->Unit(benchmark::kMillisecond);
+}
 
-BENCHMARK(frame)
-    ->ArgNames({"faces", "mode"})
-    ->ArgsProduct({{1'000, 100'000, 500'000}, {0, 1, 2}})
-    ->Unit(benchmark::kMillisecond);
+void registerBenches() {
+    for (const int faces : {1'000, 100'000, 500'000}) {
+        const std::string name = std::to_string(faces) + " faces, ";
+        add(name + "shaded", faces, DrawMode::kShaded);
+        add(name + "shaded with edges", faces, DrawMode::kShadedEdges);
+        add(name + "wires", faces, DrawMode::kWireframe);
+        if (faces == 500'000) continue;
+        benchmark::RegisterBenchmark((name + "textured").c_str(), [=](benchmark::State& state) {
+            textured(state, faces);
+        })->Unit(benchmark::kMillisecond);
+    }
+}
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int count, char** arguments) {
+    bench::Table table("viewport_bench", count, arguments);
+    registerBenches();
+    bench::FastestRuns runs;
+    runs.run(count, arguments);
+    runs.print(table, [](const std::string&) { return bench::kNoBound; });
+    return table.status();
+}

@@ -16,6 +16,8 @@
 #include <filesystem>
 #include <string_view>
 
+#include "table.h"
+
 namespace bench {
 namespace {
 
@@ -32,7 +34,7 @@ constexpr Bench kBenches[] = {
     {"grid", gridControl},
 };
 
-int exceeded = 0;
+Table* table = nullptr;  // that of `main`, while it runs
 
 void answer(BrowserEvent event, tessera::BrowserItem, tessera::BrowserItem, std::uintptr_t argument,
             std::uintptr_t, void*) {
@@ -54,16 +56,15 @@ BOOL CALLBACK findForm(HWND window, LPARAM found) {
 }  // namespace
 
 void report(const std::string& what, double value, const char* unit) {
-    std::printf("%-64s %10.3f %s\n", what.c_str(), value, unit);
-    std::fflush(stdout);
+    table->value(what, value, unit);
 }
 
 void reportWithin(double limit, const std::string& what, double value, const char* unit) {
-    const bool within = value <= limit;
-    if (!within) ++exceeded;
-    std::printf("%-64s %10.3f %s (at most %g%s)\n", what.c_str(), value, unit, limit,
-                within ? "" : ": EXCEEDED");
-    std::fflush(stdout);
+    table->value(what, value, unit, limit);
+}
+
+void reportRatio(double limit, const std::string& what, double value, double measure) {
+    table->ratio(what, value, measure, "ms", limit);
 }
 
 double millisecondsOf(const std::function<void()>& action) {
@@ -133,17 +134,18 @@ void Form::paint() const {
 
 }  // namespace bench
 
-/// window_bench [NAME]...: runs all, or those named.
+/// window_bench [--json] [NAME]...: runs all, or those named.
 int main(int count, char** arguments) {
+    bench::Table table("window_bench", count, arguments);
+    bench::table = &table;
     try {
         for (const bench::Bench& one : bench::kBenches) {
             const auto named = [&](const char* name) { return one.name == std::string_view(name); };
             if (count > 1 && std::none_of(arguments + 1, arguments + count, named)) continue;
-            std::printf("-- %s\n", one.name);
             one.run();
         }
     } catch (const std::exception& failure) {
         bench::giveUp(failure.what());
     }
-    return bench::exceeded == 0 ? 0 : 1;
+    return table.status();
 }

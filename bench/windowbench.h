@@ -1,7 +1,6 @@
-// Measurements that need windows: the frame that runs them and prints their rows.
+// Measurements that need windows: the frame that runs them.
 //
-// One program, for Windows; `./dev bench` runs it under Wine. Ratios compare what was measured in
-// the same run. A row that exceeds its limit is marked, and the program then ends with status 1.
+// One program, for Windows; `./dev bench` runs it under Wine. Its rows go into its one table.
 #pragma once
 
 #include <framework/win32.h>
@@ -14,10 +13,13 @@
 
 namespace bench {
 
-/// Prints one row of the table. `value` is in `unit`.
+/// A row with a figure that stands alone, in `unit`.
 void report(const std::string& what, double value, const char* unit);
-/// The same for a value that must not be above `limit`.
+/// The same for a figure that must not be above `limit`.
 void reportWithin(double limit, const std::string& what, double value, const char* unit);
+/// A row with a time and what it is measured against, in milliseconds and of the same run. Their
+/// ratio must not be above `limit`.
+void reportRatio(double limit, const std::string& what, double value, double measure);
 
 /// How long one call takes.
 double millisecondsOf(const std::function<void()>& action);
