@@ -357,10 +357,10 @@ int main(int count, char** arguments) {
     const Measures scene = fastest(whole);
     const std::string what = std::to_string(kFaces) + " faces: ";
     constexpr double kMilliseconds = 1000;
-    const auto print = [&](const char* name, std::size_t way, const char* measure) {
-        table.ratio(what + name + " : " + measure, scene[way].seconds * kMilliseconds,
+    const auto print = [&](const char* action, std::size_t way, const char* measure) {
+        table.ratio(what + action + " : " + measure, scene[way].seconds * kMilliseconds,
                     records[way].seconds * kMilliseconds, "ms", kMostOfRecords);
-        table.ratio(what + name + ", peak memory : the file", scene[way].peak / kMegabyte,
+        table.ratio(what + action + ", peak memory : the file", scene[way].peak / kMegabyte,
                     size / kMegabyte, "MB", kMostOfFile);
     };
     print("import", 0, "read record by record");
