@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <optional>
 #include <string_view>
 
 #include "table.h"
@@ -34,7 +35,7 @@ constexpr Bench kBenches[] = {
     {"grid", gridControl},
 };
 
-Table* table = nullptr;  // that of `main`, while it runs
+std::optional<Table> table;
 
 void answer(BrowserEvent event, tessera::BrowserItem, tessera::BrowserItem, std::uintptr_t argument,
             std::uintptr_t, void*) {
@@ -136,8 +137,7 @@ void Form::paint() const {
 
 /// window_bench [--json] [NAME]...: runs all, or those named.
 int main(int count, char** arguments) {
-    bench::Table table("window_bench", count, arguments);
-    bench::table = &table;
+    bench::table.emplace("window_bench", count, arguments);
     try {
         for (const bench::Bench& one : bench::kBenches) {
             const auto named = [&](const char* name) { return one.name == std::string_view(name); };
@@ -147,5 +147,5 @@ int main(int count, char** arguments) {
     } catch (const std::exception& failure) {
         bench::giveUp(failure.what());
     }
-    return table.status();
+    return bench::table->status();
 }
