@@ -4,7 +4,6 @@
 
 #include <kiln/host/core.h>
 #include <plugins.h>
-#include <script/attributeverbs.h>
 #include <script/engine.h>
 
 #include <string>
@@ -49,7 +48,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     core.newScene();
     script::Engine engine;
     script::addHostVerbs(engine);
-    script::addAttributeVerbs(engine);
     refuseFiles(engine);
     engine.setLimits(smallLimits());
     std::size_t printed = 0;

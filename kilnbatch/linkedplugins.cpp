@@ -1,6 +1,7 @@
 #include "plugins.h"
 
 #include <kiln/host/host.h>
+#include <tessera/attributeverbs.h>
 #include <tessera/aviaryutil.h>
 
 KILN_PLUGIN_EXPORT const char* LibDescription();
@@ -11,7 +12,9 @@ KILN_PLUGIN_EXPORT DWORD LibVersion();
 namespace kilnbatch {
 
 std::vector<std::string> loadPlugins(const std::string&) {
-    tessera::aviaryUtil();  // published from here on
+    // Published from here on.
+    tessera::aviaryUtil();
+    tessera::attributeVerbs();
     const kiln::Status status = kiln::registerModule(
         "OpenFlight interchange", {LibDescription, LibNumberClasses, LibClassDesc, LibVersion});
     if (status.ok()) return {};

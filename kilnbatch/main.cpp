@@ -5,7 +5,6 @@
 #include <base/utf16.h>
 #endif
 #include <kiln/host/host.h>
-#include <script/attributeverbs.h>
 #include <script/engine.h>
 #include <CLI/CLI.hpp>
 
@@ -73,7 +72,6 @@ std::string takeScript(Options& options, std::string& name) {
 void prepare(script::Engine& engine, const Options& options,
              const std::vector<std::string>& arguments) {
     script::addHostVerbs(engine);
-    script::addAttributeVerbs(engine);
     script::Limits limits;
     limits.steps = options.maxSteps;
     limits.stackBytes = kStackForScripts;

@@ -4,6 +4,7 @@
 #include <kiln/interface.h>
 #include <kiln/memory.h>
 
+#include <cstring>
 #include <utility>
 
 namespace {
@@ -31,7 +32,11 @@ void copyMember(FPValue& to, const FPValue& from) noexcept {
         case TYPE_FLOAT:
             to.f = from.f;
             break;
+        case TYPE_DOUBLE:
+            to.d = from.d;
+            break;
         case TYPE_STRING:
+        case TYPE_STRING_TAB:
             to.s = from.s;
             break;
         case TYPE_INODE:
@@ -42,11 +47,22 @@ void copyMember(FPValue& to, const FPValue& from) noexcept {
             break;
         case TYPE_INT:
         case TYPE_BOOL:
+        case TYPE_VALUE:
         case TYPE_VOID:
             to.i = from.i;
             break;
     }
     to.type = from.type;
+}
+
+/// A copy of a list of strings with the empty one that ends it; null without memory.
+char* copyOfList(const char* list) noexcept {
+    const char* end = list;
+    while (*end != '\0') end += std::strlen(end) + 1;
+    const auto size = static_cast<std::size_t>(end - list) + 1;
+    auto* const copy = static_cast<char*>(KILN_malloc(size));
+    if (copy) std::memcpy(copy, list, size);
+    return copy;
 }
 
 }  // namespace
@@ -67,6 +83,12 @@ const char* ParamTypeName(ParamType2 type) noexcept {
             return "node";
         case TYPE_VOID:
             return "void";
+        case TYPE_DOUBLE:
+            return "double";
+        case TYPE_STRING_TAB:
+            return "list of strings";
+        case TYPE_VALUE:
+            break;
     }
     return "value";
 }
@@ -74,7 +96,7 @@ const char* ParamTypeName(ParamType2 type) noexcept {
 FPValue::FPValue(const FPValue& other) noexcept {
     copyMember(*this, other);
     if (!other.ownsString_) return;
-    s = KILN_strdup(other.s);
+    s = type == TYPE_STRING_TAB ? copyOfList(other.s) : KILN_strdup(other.s);
     ownsString_ = s != nullptr;
 }
 
@@ -101,6 +123,12 @@ void FPValue::SetFloat(float value) noexcept {
     Clear();
     type = TYPE_FLOAT;
     f = value;
+}
+
+void FPValue::SetDouble(double value) noexcept {
+    Clear();
+    type = TYPE_DOUBLE;
+    d = value;
 }
 
 void FPValue::SetInt(int value) noexcept {
@@ -138,9 +166,41 @@ void FPValue::SetOwnedString(char* value) noexcept {
     ownsString_ = value != nullptr;
 }
 
+void FPValue::SetStrings(std::span<const std::string> values) noexcept {
+    Clear();
+    std::size_t size = 1;
+    for (const std::string& value : values) size += value.size() + 1;
+    auto* const list = static_cast<char*>(KILN_malloc(size));
+    if (!list) return;
+    char* end = list;
+    for (const std::string& value : values) {
+        std::memcpy(end, value.c_str(), value.size() + 1);
+        end += value.size() + 1;
+    }
+    *end = '\0';
+    type = TYPE_STRING_TAB;
+    s = list;
+    ownsString_ = true;
+}
+
+std::vector<std::string_view> FPValue::Strings() const {
+    std::vector<std::string_view> strings;
+    if (type != TYPE_STRING_TAB || !s) return strings;
+    for (const char* next = s; *next != '\0'; next += strings.back().size() + 1) {
+        strings.emplace_back(next);
+    }
+    return strings;
+}
+
 FPValue FPValue::Float(float value) noexcept {
     FPValue made;
     made.SetFloat(value);
+    return made;
+}
+
+FPValue FPValue::Double(double value) noexcept {
+    FPValue made;
+    made.SetDouble(value);
     return made;
 }
 
@@ -233,6 +293,16 @@ namespace kiln {
 
 std::vector<FPInterfaceDesc*> publishedInterfaces() {
     return published();
+}
+
+std::optional<PublishedVerb> findVerb(const std::string& name) {
+    for (FPInterfaceDesc* const one : published()) {
+        if ((one->Flags() & FP_VERBS) == 0) continue;
+        if (const FPFunctionDesc* const function = one->FindFunction(name.c_str())) {
+            return PublishedVerb{one, function};
+        }
+    }
+    return std::nullopt;
 }
 
 FPInterfaceDesc* findInterface(const std::string& name) {

@@ -22,9 +22,17 @@ std::string described(ParamType2 type) {
     return described(value);
 }
 
-bool isWhole(float value) {
-    // The nearest floats at the ends of the integer range lie outside it, and -2^31 inside.
-    return std::trunc(value) == value && value >= -2147483648.0f && value < 2147483648.0f;
+bool isWhole(double value) {
+    return std::trunc(value) == value && value >= std::numeric_limits<int>::min() &&
+           value <= std::numeric_limits<int>::max();
+}
+
+bool isReal(const FPValue& value) {
+    return value.type == TYPE_FLOAT || value.type == TYPE_DOUBLE;
+}
+
+double realOf(const FPValue& value) {
+    return value.type == TYPE_FLOAT ? double{value.f} : value.d;
 }
 
 // Makes `value` one of `type` where nothing is lost.
@@ -34,15 +42,26 @@ bool convert(FPValue& value, ParamType2 type) {
     const int number = from == TYPE_INT || from == TYPE_BOOL ? value.i : 0;
     switch (type) {
         case TYPE_FLOAT:
-            if (from != TYPE_INT || static_cast<double>(static_cast<float>(number)) != number)
+            if (from == TYPE_DOUBLE && std::abs(value.d) <= std::numeric_limits<float>::max())
+                value.SetFloat(static_cast<float>(value.d));
+            else if (from == TYPE_INT && static_cast<double>(static_cast<float>(number)) == number)
+                value.SetFloat(static_cast<float>(number));
+            else
                 return false;
-            value.SetFloat(static_cast<float>(number));
+            return true;
+        case TYPE_DOUBLE:
+            if (from == TYPE_FLOAT)
+                value.SetDouble(double{value.f});
+            else if (from == TYPE_INT)
+                value.SetDouble(number);
+            else
+                return false;
             return true;
         case TYPE_INT:
             if (from == TYPE_BOOL)
                 value.SetInt(number != 0);
-            else if (from == TYPE_FLOAT && isWhole(value.f))
-                value.SetInt(static_cast<int>(value.f));
+            else if (isReal(value) && isWhole(realOf(value)))
+                value.SetInt(static_cast<int>(realOf(value)));
             else
                 return false;
             return true;
@@ -62,6 +81,9 @@ bool convert(FPValue& value, ParamType2 type) {
             if (from != TYPE_VOID) return false;
             value.SetString(nullptr);
             return true;
+        case TYPE_VALUE:
+            return from != TYPE_VOID;
+        case TYPE_STRING_TAB:
         case TYPE_VOID:
             return false;
     }
@@ -96,7 +118,8 @@ public:
             if (Status status = put(index, one.value); !status) return status;
         }
         for (std::size_t i = 0; i < params_.size(); ++i)
-            if (!given_[i]) return failure("argument " + quoted(params_[i].name) + " is missing");
+            if (!given_[i] && (params_[i].options & FP_OPTIONAL) == 0)
+                return failure("argument " + quoted(params_[i].name) + " is missing");
         return {};
     }
 
@@ -144,8 +167,11 @@ Status invoked(FPInterfaceDesc& target, FunctionID id, FPValue& result, FPParams
     Interface* const host = GetCOREInterface();
     const FPStatus status = target.Invoke(id, host ? host->GetTime() : 0, result, &params);
     if (status == FPS_NO_SUCH_FUNCTION) return Status::failure(call + ": is not implemented");
-    if (status < FPS_OK) return Status::failure(call + ": failed");
-    return {};
+    if (status >= FPS_OK) return {};
+    const bool hasReason = result.type == TYPE_STRING && result.s && *result.s;
+    const Status failed = Status::failure(hasReason ? result.s : call + ": failed");
+    result.Clear();
+    return failed;
 }
 
 std::string qualified(const FPInterfaceDesc& target, const char* name) {
@@ -200,11 +226,17 @@ std::string signatureOf(const FPInterfaceDesc& target, const FPFunctionDesc& fun
 }
 
 std::string printed(const FPValue& value) {
+    char text[32];
     switch (value.type) {
-        case TYPE_FLOAT: {
-            char text[32];
-            const auto end = std::to_chars(text, text + sizeof text, value.f).ptr;
-            return std::string(text, end);
+        case TYPE_FLOAT:
+            return std::string(text, std::to_chars(text, text + sizeof text, value.f).ptr);
+        case TYPE_DOUBLE:
+            return std::string(text, std::to_chars(text, text + sizeof text, value.d).ptr);
+        case TYPE_STRING_TAB: {
+            std::string list;
+            for (const std::string_view one : value.Strings())
+                list += (list.empty() ? "" : ", ") + quoted(std::string(one));
+            return "#(" + list + ")";
         }
         case TYPE_INT:
             return std::to_string(value.i);
@@ -216,10 +248,11 @@ std::string printed(const FPValue& value) {
             return value.n ? std::string("$") + value.n->GetName() : "undefined";
         case TYPE_TEXMAP:
             return value.tex ? quoted(value.tex->GetName()) : "undefined";
+        case TYPE_VALUE:
         case TYPE_VOID:
-            return "ok";
+            break;
     }
-    return "";
+    return "ok";
 }
 
 }  // namespace kiln

@@ -124,8 +124,10 @@ std::optional<Value> Engine::variable(const std::string& name) const {
 }
 
 std::vector<std::string> Engine::verbs() const {
+    std::map<std::string, std::shared_ptr<const Function>> all = state_->verbs;
+    for (auto& function : publishedVerbs()) all.emplace(base::smallLetters(function->name), function);
     std::vector<std::string> lines;
-    for (const auto& [key, function] : state_->verbs) {
+    for (const auto& [key, function] : all) {
         std::string line = function->name;
         for (std::size_t i = 0; i < function->parameters.size(); ++i)
             line += (i < function->required ? " " : " [") + function->parameters[i] +

@@ -190,6 +190,7 @@ Value Evaluator::name(const Node& node) {
         return value->second();
     if (const auto verb = state_.verbs.find(node.text); verb != state_.verbs.end())
         return Value(verb->second);
+    if (auto verb = publishedVerb(node.spelling)) return Value(std::move(verb));
     if (FPInterfaceDesc* const found = kiln::findInterface(node.spelling)) return Value(found);
     throw Failure("nothing is named \"" + node.spelling + "\"");
 }
@@ -267,6 +268,7 @@ Value Evaluator::member(const Node& node) {
         const auto property = state_.nodeProperties.find(name);
         if (property != state_.nodeProperties.end())
             return property->second.read(livingNode(*reference));
+        if (auto value = publishedNodeProperty(livingNode(*reference), node.spelling)) return *value;
     }
     if (const std::shared_ptr<Array> array = base.array(); array && name == "count")
         return Value::ofCount(array->items.size());

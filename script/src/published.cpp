@@ -1,13 +1,16 @@
 #include "published.h"
 
+#include "function.h"
+
+#include <base/text.h>
 #include <script/error.h>
 
 #include <kiln/host/script.h>
 #include <kiln/interface.h>
 #include <kiln/texmap.h>
 
-#include <cmath>
-#include <limits>
+#include <algorithm>
+#include <utility>
 
 namespace script {
 
@@ -20,11 +23,7 @@ FPValue published(const Value& value) {
     if (const auto* node = value.as<NodeReference>()) return FPValue::Node(&livingNode(*node));
     if (const auto* map = value.as<Value::Map>()) return FPValue::Map(map->get());
     if (value.isUndefined()) return {};
-    if (const auto* real = value.as<double>()) {
-        if (std::abs(*real) > std::numeric_limits<float>::max())
-            throw Failure(value.shown() + " is too large for a float");
-        return FPValue::Float(static_cast<float>(*real));
-    }
+    if (const auto* real = value.as<double>()) return FPValue::Double(*real);
     throw Failure(value.described() + " cannot be an argument of a published function");
 }
 
@@ -32,6 +31,8 @@ Value fromPublished(const FPValue& value) {
     switch (value.type) {
         case TYPE_FLOAT:
             return Value(static_cast<double>(value.f));
+        case TYPE_DOUBLE:
+            return Value(value.d);
         case TYPE_INT:
             return Value(std::int32_t{value.i});
         case TYPE_BOOL:
@@ -42,6 +43,13 @@ Value fromPublished(const FPValue& value) {
             return Value::ofMap(value.tex);
         case TYPE_INODE:
             return Value::ofNode(value.n);
+        case TYPE_STRING_TAB: {
+            std::vector<Value> strings;
+            for (const std::string_view one : value.Strings())
+                strings.emplace_back(std::string(one));
+            return Value::ofArray(std::move(strings));
+        }
+        case TYPE_VALUE:
         case TYPE_VOID:
             break;
     }
@@ -50,6 +58,26 @@ Value fromPublished(const FPValue& value) {
 
 void require(const kiln::Status& status) {
     if (!status.ok()) throw Failure(status.message());
+}
+
+/// What the language calls for a verb. It holds the interface, which must outlive the script.
+std::shared_ptr<const Function> functionOf(const kiln::PublishedVerb& verb) {
+    auto function = std::make_shared<Function>();
+    function->name = verb.function->name;
+    for (const FPParamDesc& param : verb.function->params()) {
+        function->parameters.push_back(base::smallLetters(param.name));
+        if ((param.options & FP_OPTIONAL) == 0) {
+            function->required = function->parameters.size();
+        }
+    }
+    function->verb = [verb](const script::Arguments& arguments) {
+        std::vector<Argument> given;
+        for (std::size_t i = 0; i < arguments.all().size(); ++i) {
+            if (arguments.has(i)) given.emplace_back(verb.function->params()[i].name, arguments[i]);
+        }
+        return publishedCall(*verb.target, verb.function->name, given);
+    };
+    return function;
 }
 
 }  // namespace
@@ -74,6 +102,33 @@ Value publishedCall(FPInterfaceDesc& interface, const std::string& name,
     FPValue result;
     require(kiln::callFunction(interface, name, given, result));
     return fromPublished(result);
+}
+
+std::shared_ptr<const Function> publishedVerb(const std::string& name) {
+    const std::optional<kiln::PublishedVerb> found = kiln::findVerb(name);
+    return found ? functionOf(*found) : nullptr;
+}
+
+std::vector<std::shared_ptr<const Function>> publishedVerbs() {
+    std::vector<std::shared_ptr<const Function>> verbs;
+    for (FPInterfaceDesc* const one : kiln::publishedInterfaces()) {
+        if ((one->Flags() & FP_VERBS) == 0) continue;
+        for (const FPFunctionDesc& function : one->Functions())
+            verbs.push_back(functionOf({one, &function}));
+    }
+    return verbs;
+}
+
+std::optional<Value> publishedNodeProperty(INode& node, const std::string& name) {
+    const std::optional<kiln::PublishedVerb> found = kiln::findVerb(name);
+    if (!found) return std::nullopt;
+    const auto params = found->function->params();
+    const bool needsNodeOnly = !params.empty() && params.front().type == TYPE_INODE &&
+                               std::ranges::all_of(params.subspan(1), [](const FPParamDesc& param) {
+                                   return (param.options & FP_OPTIONAL) != 0;
+                               });
+    if (!needsNodeOnly) return std::nullopt;
+    return publishedCall(*found->target, found->function->name, {{"", Value::ofNode(&node)}});
 }
 
 void setPublished(FPInterfaceDesc& interface, const std::string& name, const Value& value) {

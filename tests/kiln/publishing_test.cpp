@@ -18,6 +18,13 @@ constexpr FPFunctionDesc kFunctions[] = {
     {5, "Throws", -1, TYPE_BOOL},
     {6, "Missing", -1, TYPE_BOOL},
     {7, "Shared", -1, TYPE_STRING},
+    {8, "Refuses", -1, TYPE_BOOL},
+    {9,
+     "Spell",
+     -1,
+     TYPE_STRING_TAB,
+     0,
+     {{"value", TYPE_VALUE}, {"exact", TYPE_DOUBLE, 0, FP_OPTIONAL}}},
 };
 constexpr FPPropertyDesc kProperties[] = {
     {34, FP_NO_FUNCTION, "Constant", 0, TYPE_INT},
@@ -51,6 +58,15 @@ protected:
             case 7:
                 result.SetString("shared");
                 return FPS_OK;
+            case 8:
+                result.SetString("not on a Sunday");
+                return FPS_FAIL;
+            case 9: {
+                const std::string strings[] = {kiln::printed(argument(0)),
+                                               kiln::printed(argument(1))};
+                result.SetStrings(strings);
+                return FPS_OK;
+            }
             case 34:
                 result.SetInt(static_cast<int>(0x80000000));
                 return FPS_OK;
@@ -137,6 +153,57 @@ TEST_F(PublishingTest, SaysWhatIsWrongWithACall) {
                 HasSubstr("must be an integer"));
     EXPECT_EQ(call("Throws"), "Sample.Throws: failed");
     EXPECT_EQ(call("Missing"), "Sample.Missing: is not implemented");
+    FPValue result;
+    EXPECT_EQ(kiln::callFunction(sample, "Refuses", {}, result).message(), "not on a Sunday");
+    EXPECT_EQ(result.type, TYPE_VOID) << "a reason is no result";
+}
+
+TEST_F(PublishingTest, TakesAnyValueAsItIsAndLeavesOptionalOnesOut) {
+    EXPECT_EQ(call("Spell", {{"", FPValue::Double(0.1)}}), "#(\"0.1\", \"ok\")");
+    EXPECT_EQ(call("Spell", {{"", FPValue::Bool(true)}, {"exact", FPValue::Int(16777217)}}),
+              "#(\"true\", \"16777217\")");
+    EXPECT_THAT(call("Spell", {{"exact", FPValue::Double(1)}}), HasSubstr("\"value\" is missing"));
+    EXPECT_THAT(call("Spell", {{"", FPValue()}}), HasSubstr("must be a value, not a void"));
+    // A double is rounded to the host's float, and refused beyond it.
+    EXPECT_EQ(call("Half", {{"", FPValue::Double(0.2)}}), "0.1");
+    EXPECT_THAT(call("Half", {{"", FPValue::Double(1e39)}}), HasSubstr("must be a float"));
+    EXPECT_EQ(call("Describe", {{"", FPValue()},
+                                {"", FPValue::String("n")},
+                                {"", FPValue::Bool(false)},
+                                {"", FPValue::Double(-2147483648.0)}}),
+              "\"none/n/0/-2147483648\"");
+}
+
+TEST_F(PublishingTest, ListsOfStringsAreCopiedWhole) {
+    FPValue list;
+    ASSERT_TRUE(kiln::callFunction(sample, "Spell", {{"", FPValue::Int(7)}}, list));
+    const FPValue copy = list;
+    list.Clear();
+    EXPECT_THAT(copy.Strings(), ::testing::ElementsAre("7", "ok"));
+    EXPECT_TRUE(FPValue::String("7").Strings().empty());
+    FPValue none;
+    none.SetStrings({});
+    EXPECT_TRUE(FPValue(none).Strings().empty());
+}
+
+TEST_F(PublishingTest, OnlyInterfacesThatSaySoOfferVerbs) {
+    EXPECT_FALSE(kiln::findVerb("Half"));
+    class Verbs final : public FPStaticInterface {
+    public:
+        Verbs()
+            : FPStaticInterface(Interface_ID(3, 4), "Verbs", 0, nullptr, FP_CORE | FP_VERBS,
+                                kFunctions) {}
+
+    protected:
+        FPStatus _dispatch_fn(FunctionID, TimeValue, FPValue&, FPParams*) override {
+            return FPS_OK;
+        }
+    };
+    const Verbs verbs;
+    const auto found = kiln::findVerb("half");
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->target, &verbs);
+    EXPECT_STREQ(found->function->name, "Half");
 }
 
 TEST_F(PublishingTest, PropertiesAreReadAndSet) {

@@ -3,7 +3,6 @@
 #include "enginefixture.h"
 
 #include <plugins.h>
-#include <script/attributeverbs.h>
 
 #include <set>
 #include <vector>
@@ -14,7 +13,6 @@ using DocumentTest = EngineTest;
 
 TEST_F(DocumentTest, EveryExampleRunsAndPrintsWhatItSays) {
     ASSERT_TRUE(kilnbatch::loadPlugins("").empty());
-    script::addAttributeVerbs(engine);
     const std::vector<Example> all = documentedExamples();
     ASSERT_GT(all.size(), 10u);
     for (const Example& example : all) {
@@ -43,7 +41,6 @@ TEST_F(DocumentTest, EveryPublishedNameIsDocumentedAndShown) {
 
 TEST_F(DocumentTest, TheSampleStepsThroughItsLevelsOfDetail) {
     ASSERT_TRUE(kilnbatch::loadPlugins("").empty());
-    script::addAttributeVerbs(engine);
     std::vector<std::string> pictures;
     engine.addVerb("viewAll", "", [](const script::Arguments&) { return script::Value(); });
     engine.addVerb("screenshot", "path", [&](const script::Arguments& arguments) {
@@ -72,7 +69,6 @@ TEST_F(DocumentTest, TenThousandCreatedNodesHaveNamesOfTheirOwn) {
 
 TEST_F(DocumentTest, AttributesRefuseWhatTheyWouldMisread) {
     ASSERT_TRUE(kilnbatch::loadPlugins("").empty());
-    script::addAttributeVerbs(engine);
     good("Aviary.CreateLOD()\nobjects[1].name = \"near\"");
     EXPECT_THAT(bad("setAttr $near \"FltLodMin\" \"far\""), testing::HasSubstr("takes a number"));
     EXPECT_THAT(bad("setAttr $near \"FltLodSpecial1\" 1.5"),
@@ -90,11 +86,36 @@ TEST_F(DocumentTest, AttributesRefuseWhatTheyWouldMisread) {
                     "\"FltLtPtIntensity\" 1e39"),
                 testing::HasSubstr("takes numbers from"));
     EXPECT_THAT(bad("setAttr $p \"FltLtPtDisplayMode\" true"), testing::HasSubstr("none of"));
+    EXPECT_THAT(bad("setAttr $p \"FltLtPtDisplayMode\" 9"), testing::HasSubstr("none of"));
+    EXPECT_THAT(bad("setAttr $p \"FltLtPtIntensity\" [1, 2, 3]"), testing::HasSubstr("a point"));
+    EXPECT_THAT(bad("setAttr $p \"FltLtPtIntensity\""), testing::HasSubstr("\"value\" is missing"));
     EXPECT_THAT(bad("setAttr $p \"FltLtPtDrawOrder\" 3e9"), testing::HasSubstr("an integer"));
     EXPECT_THAT(bad("getAttr objects[9] \"x\""), testing::HasSubstr("no element 9"));
     EXPECT_EQ(good("setAttr $near \"FltLodFrozen\" true; a = getAttr $near \"FltLodFrozen\"\n"
                    "setAttr $near \"FltLodFrozen\" false; a != getAttr($near, \"FltLodFrozen\")"),
               "true");
+}
+
+TEST_F(DocumentTest, AttributesAreGivenAndTakenAsTheyAreStored) {
+    ASSERT_TRUE(kilnbatch::loadPlugins("").empty());
+    good("Aviary.CreateLOD(); $l001.name = \"l\"; Aviary.CreateLightPoint(); $lp001.name = \"p\"");
+    // More digits than the text shows.
+    EXPECT_EQ(good("setAttr $l \"FltLodMin\" 0.123456789; getAttr $l \"FltLodMin\" raw:true"),
+              "0.123456789");
+    EXPECT_EQ(good("getAttr $l \"FltLodMin\""), "\"0.123457\"");
+    // A choice by its number, in an order of its own.
+    EXPECT_EQ(good("setAttr $p \"FltLtPtDisplayMode\" 1\n"
+                   "getAttr $p \"FltLtPtDisplayMode\" raw:true"),
+              "1");
+    EXPECT_EQ(good("setAttr $l \"FltLodFrozen\" 1; getAttr $l \"FltLodFrozen\" raw:true"), "1");
+    // Verbs of plug-ins are listed, are called by keyword, and say of a node what it is.
+    EXPECT_THAT(engine.verbs(), testing::IsSupersetOf({"getAttr node key [raw:]", "kind node"}));
+    EXPECT_EQ(good("GETATTR key:\"FltLodFrozen\" node:$l == getAttr($l, \"FltLodFrozen\")"),
+              "true");
+    EXPECT_EQ(good("$l.kind + kind $p"), "\"LODLIGHT_POINT\"");
+    EXPECT_EQ(good("createDummy name:\"d\"; $d.kind"), "undefined");
+    EXPECT_THAT(bad("$l.getAttr"), testing::HasSubstr("no property"));
+    EXPECT_THAT(bad("getAttr $d \"FltLodMin\""), testing::HasSubstr("is no OpenFlight node"));
 }
 
 }  // namespace

@@ -10,6 +10,8 @@
 #include <initializer_list>
 #include <span>
 #include <stdexcept>
+#include <string>
+#include <string_view>
 #include <vector>
 
 class ClassDesc;
@@ -25,6 +27,9 @@ enum ParamType2 : int {
     TYPE_TEXMAP = 15,
     TYPE_INODE = 17,
     TYPE_VOID = 25,
+    TYPE_DOUBLE = 26,
+    TYPE_VALUE = 27,  ///< of a parameter: takes any value but void as it is; of a result: gives any
+    TYPE_STRING_TAB = 0x800 + TYPE_STRING,  ///< a list of strings
 };
 
 /// The type's name as it stands in messages to script writers ("integer"); "value" if unknown.
@@ -42,6 +47,11 @@ inline constexpr FPStatus FPS_NO_SUCH_FUNCTION = -1;
 inline constexpr FunctionID FP_NO_FUNCTION = -1;
 /// Interface flag: a core interface, found by `GetCOREInterface` and global to scripts.
 inline constexpr unsigned FP_CORE = 4;
+/// Interface flag, beside `FP_CORE`: scripts call the functions by their bare names too, and read
+/// one that needs nothing but a node as a property of nodes.
+inline constexpr unsigned FP_VERBS = 8;
+/// Parameter option: the argument may be left out; it is void then.
+inline constexpr unsigned FP_OPTIONAL = 1;
 
 /// One argument or result.
 ///
@@ -51,11 +61,14 @@ class KILNAPI FPValue {
 public:
     ParamType2 type = TYPE_VOID;
     union {
-        float f;        ///< TYPE_FLOAT
-        int i = 0;      ///< TYPE_INT and TYPE_BOOL
-        const char* s;  ///< TYPE_STRING, UTF-8; may be null
-        INode* n;       ///< TYPE_INODE; may be null
-        Texmap* tex;    ///< TYPE_TEXMAP; may be null
+        float f;    ///< TYPE_FLOAT
+        double d;   ///< TYPE_DOUBLE
+        int i = 0;  ///< TYPE_INT and TYPE_BOOL
+        /// TYPE_STRING, UTF-8; may be null. TYPE_STRING_TAB: the strings one behind the other, each
+        /// with its terminator, and an empty one that ends the list.
+        const char* s;
+        INode* n;     ///< TYPE_INODE; may be null
+        Texmap* tex;  ///< TYPE_TEXMAP; may be null
     };
 
     FPValue() noexcept = default;
@@ -65,6 +78,7 @@ public:
     ~FPValue() { Clear(); }
 
     static FPValue Float(float value) noexcept;
+    static FPValue Double(double value) noexcept;
     static FPValue Int(int value) noexcept;
     static FPValue Bool(bool value) noexcept;
     static FPValue Node(INode* value) noexcept;
@@ -77,6 +91,7 @@ public:
     /// Frees an owned string and becomes void.
     void Clear() noexcept;
     void SetFloat(float value) noexcept;
+    void SetDouble(double value) noexcept;
     void SetInt(int value) noexcept;
     void SetBool(bool value) noexcept;
     void SetNode(INode* value) noexcept;
@@ -85,6 +100,10 @@ public:
     void SetString(const char* value) noexcept;
     /// Takes over `value`, a block of the host allocator (`KILN_strdup`) or null.
     void SetOwnedString(char* value) noexcept;
+    /// An owned copy of `values`, none of which may be empty; void without memory.
+    void SetStrings(std::span<const std::string> values) noexcept;
+    /// The strings of a TYPE_STRING_TAB, empty for any other value.
+    std::vector<std::string_view> Strings() const;
     /// Whether the string is freed by this value.
     bool OwnsString() const noexcept { return ownsString_; }
 
@@ -159,7 +178,8 @@ public:
 
     /// Calls function `id` with `params` (already of the parameters' types; null for none) and
     /// loads `result`, which is void before the call and stays so when the function gives nothing.
-    /// Nothing leaves by exception: one that does becomes `FPS_FAIL`.
+    /// A function that fails may load a string that says why. Nothing leaves by exception: one that
+    /// does becomes `FPS_FAIL`.
     FPStatus Invoke(FunctionID id, TimeValue t, FPValue& result, FPParams* params) noexcept;
 
 protected:

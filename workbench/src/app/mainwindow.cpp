@@ -9,7 +9,6 @@
 
 #include <framework/module.h>
 #include <framework/text.h>
-#include <script/attributeverbs.h>
 
 #include <algorithm>
 #include <array>
@@ -89,7 +88,6 @@ MainWindow::MainWindow(kiln::Core& core)
       files_(*this, core, *this, recentList()),
       scripts_(*this, scriptLine_, [this](const std::string& line) { print(line); }),
       viewport_(*this) {
-    script::addAttributeVerbs(scriptLine_.engine());
     addWindowVerbs(*this, scriptLine_);
     fileKeys_ = ::CreateAcceleratorTableW(kFileKeys, static_cast<int>(std::size(kFileKeys)));
     sceneKeys_ = ::CreateAcceleratorTableW(kSceneKeys, static_cast<int>(std::size(kSceneKeys)));

@@ -5,6 +5,7 @@
 #include <kiln/host/status.h>
 #include <kiln/timevalue.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,11 +22,22 @@ KILNAPI std::vector<FPInterfaceDesc*> publishedInterfaces();
 /// One of them by name without regard to case; an exact match wins. Null for none.
 KILNAPI FPInterfaceDesc* findInterface(const std::string& name);
 
+/// A function that scripts call by its bare name.
+struct PublishedVerb {
+    FPInterfaceDesc* target = nullptr;
+    const FPFunctionDesc* function = nullptr;
+};
+
+/// Looks in the interfaces with the flag `FP_VERBS`, in the order they were published, without
+/// regard to case.
+KILNAPI std::optional<PublishedVerb> findVerb(const std::string& name);
+
 /// Calls `function` of `target` at the host's time. Arguments by position come first; each
-/// parameter gets exactly one argument; keywords match exactly. Values are converted where nothing
-/// is lost: integer to float, whole float to integer, boolean to integer and back, void to a null
-/// node, map or string. A failure names the function and the argument, and what was expected; the
-/// function is not called then. `result` is void when the function gives nothing.
+/// parameter gets exactly one argument, or none if it is optional; keywords match exactly. Values
+/// are converted where nothing is lost: integer to float, whole float to integer, boolean to integer
+/// and back, void to a null node, map or string; a double is rounded to a float. A failure names the
+/// function and the argument, and what was expected; the function is not called then. One that the
+/// function gave a reason for is that reason. `result` is void when the function gives nothing.
 KILNAPI Status callFunction(FPInterfaceDesc& target, const std::string& function,
                             const std::vector<ScriptArgument>& arguments, FPValue& result);
 
