@@ -5,6 +5,8 @@
 
 #include <quillon/fltswitch.h>
 
+#include <commoncontrols.h>
+
 #include <functional>
 
 namespace {
@@ -33,6 +35,20 @@ TEST_F(BrowserForm, IsCreatedOnlyForAClientThatAnswers) {
     EXPECT_FALSE(IsWindowVisible(form())) << "the client shows it";
     EXPECT_EQ(label(TreeView_GetRoot(tree())), L"Scene Root");
     EXPECT_EQ(browser().nodeOf(TreeView_GetRoot(tree())), 0u);
+}
+
+TEST_F(BrowserForm, TheLastIconIsTheListsFirstOverlay) {
+    open(false);
+    const auto icons =
+        reinterpret_cast<HIMAGELIST>(SendMessageW(tree(), TVM_GETIMAGELIST, TVSIL_NORMAL, 0));
+    ASSERT_EQ(ImageList_GetImageCount(icons), 19);
+    IImageList* list = nullptr;
+    ASSERT_EQ(HIMAGELIST_QueryInterface(icons, IID_IImageList, reinterpret_cast<void**>(&list)),
+              S_OK);
+    int overlay = -1;
+    EXPECT_EQ(list->GetOverlayImage(1, &overlay), S_OK);
+    EXPECT_EQ(overlay, 18);
+    list->Release();
 }
 
 TEST_F(BrowserForm, ASecondCreationRebindsTheClient) {
