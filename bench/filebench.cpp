@@ -80,7 +80,7 @@ const std::vector<std::uint8_t>& largeFile() {
     static const std::vector<std::uint8_t> bytes = [] {
         std::vector<std::uint8_t> made;
         made.reserve(kFileSize);
-        FltHeader header;
+        FltFileHeader header;
         FltToken token;
         header.writeToken(token, 1580);
         token.finish();

@@ -99,12 +99,12 @@ private:
         token.begin(kFltVertexWithTextureAndNormal);
         token.writeInt16(std::uint16_t{0});
         token.writeInt16(std::uint16_t{0x2000});
-        token.writeInt64(x);
-        token.writeInt64(y);
-        token.writeInt64(std::sin(x / 100) * std::cos(y / 70));
-        for (const float value : {0.F, 0.F, 1.F}) token.writeInt32(value);
-        token.writeInt32(static_cast<float>(column) / kColumns);
-        token.writeInt32(static_cast<float>(row) / kRows);
+        token.writeDouble(x);
+        token.writeDouble(y);
+        token.writeDouble(std::sin(x / 100) * std::cos(y / 70));
+        for (const float value : {0.F, 0.F, 1.F}) token.writeFloat(value);
+        token.writeFloat(static_cast<float>(column) / kColumns);
+        token.writeFloat(static_cast<float>(row) / kRows);
         for (int i = 0; i < 2; ++i) token.writeInt32(std::uint32_t{0xFFFFFFFF});
         token.writeInt32(std::uint32_t{0});
         stream_.writeToken(token);

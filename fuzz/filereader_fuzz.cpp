@@ -18,7 +18,7 @@ void lookAt(FltFileReader& reader, std::span<const std::uint8_t> bytes) {
     expect(reader.offset() + reader.length() <= bytes.size(), "a record lies within the file");
     expect(reader.token().data() == bytes.data() + reader.offset(), "a token copies nothing");
     expect(fltOpcodeName(reader.opcode())[0] != 0, "an opcode has a name");
-    const std::unique_ptr<FltRecord> record = fltCreateRecord(reader.opcode());
+    const std::unique_ptr<FltRecord> record = fltCreateFileRecord(reader.opcode());
     if (!record) return;
     try {
         record->readFromFile(&reader.token());
@@ -47,7 +47,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             lookAt(reader, bytes);
             stream.writeVerbatim(bytes.subspan(reader.offset(), reader.length()));
         }
-        expect(sum == size, "the walk ends at the end");
+        expect(sum + reader.strayBytes() == size, "the walk ends at the end");
+        expect(reader.strayBytes() < 4, "what is left out is no record");
         expect(!reader.next(), "the end stays the end");
         expect(stream.nesting() == reader.nesting(), "both count the same nesting");
     } catch (const FltFileError& error) {

@@ -49,9 +49,10 @@ private:
         DWORD number;
         const char* name;
     };
-    static constexpr PublishedVersion kVersions[] = {{1580, "15.8"}, {1570, "15.7"}, {1560, "15.6"},
-                                                     {1550, "15.5"}, {1540, "15.4"}, {1510, "15.1"},
-                                                     {1420, "14.2"}};
+    static constexpr PublishedVersion kVersions[] = {
+        {1660, "16.6"}, {1650, "16.5"}, {1640, "16.4"}, {1630, "16.3"}, {1620, "16.2"},
+        {1610, "16.1"}, {1600, "16.0"}, {1580, "15.8"}, {1570, "15.7"}, {1560, "15.6"},
+        {1550, "15.5"}, {1540, "15.4"}, {1510, "15.1"}, {1420, "14.2"}};
 };
 
 class FltSceneImportDesc final : public ClassDesc2 {

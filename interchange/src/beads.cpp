@@ -5,7 +5,7 @@
 
 #include <diagnostics/assertion.h>
 #include <quillon/fltface.h>
-#include <quillon/fltfactory.h>
+#include <quillon/fltfileheader.h>
 
 #include <algorithm>
 
@@ -17,30 +17,46 @@ FileBytes bytesOf(const FltToken& token) {
     return {token.data(), token.length()};
 }
 
-/// A packed colour must not outlive an edit of the index that it goes with.
-void dropStaleColors(std::span<std::uint8_t> bytes, const FltFace& face, const FltFace& base) {
-    if (bytes.size() < kFacePackedEnd) return;
-    if (face.primaryColorIndex != base.primaryColorIndex) {
-        put32(&bytes[kFaceFlags], uint32At(bytes, kFaceFlags) & ~kFacePackedColor);
-        put32(&bytes[kFacePackedPrimary], 0);
-        put32(&bytes[kFacePackedAlternate], 0);
-    } else if (face.alternateColorIndex != base.alternateColorIndex) {
-        put32(&bytes[kFacePackedAlternate], 0);
+/// Lays `record` out as files have it.
+void layOut(const FltRecord& record, FltToken& token, std::uint32_t revision) {
+    if (record.opcode() == kFltHeader) {
+        FltFileHeader(static_cast<const FltHeader&>(record)).writeToken(token, revision);
+    } else if (record.opcode() == kFltFace) {
+        static_cast<const FltFace&>(record).writeFileToken(token, revision);
+    } else {
+        record.writeToken(token, revision);
     }
 }
 
 }  // namespace
 
+void settlePackedColors(FltFace& face, const FltFace* read) {
+    bool counts = false;
+    if (read != nullptr) {
+        face.packedPrimaryColor = read->packedPrimaryColor;
+        face.packedAlternateColor = face.alternateColorIndex == read->alternateColorIndex
+                                        ? read->packedAlternateColor
+                                        : FltPackedColor();
+        counts = face.primaryColorIndex == read->primaryColorIndex;
+    } else {
+        counts = (face.flags & FltFace::kPackedColors) != 0 &&
+                 face.packedPrimaryColor != FltPackedColor();
+    }
+    if (counts) return;
+    face.flags &= ~FltFace::kPackedColors;
+    face.packedPrimaryColor = face.packedAlternateColor = {};
+}
+
 FltRecord* RecordCache::of(std::uint16_t opcode) {
     if (opcode >= records_.size()) return nullptr;
     std::unique_ptr<FltRecord>& record = records_[opcode];
-    if (!record) record = fltCreateRecord(opcode);
+    if (!record) record = create_(opcode);
     return record.get();
 }
 
 FltRecord* RecordCache::fresh(std::uint16_t opcode) {
     if (opcode >= records_.size()) return nullptr;
-    records_[opcode] = fltCreateRecord(opcode);
+    records_[opcode] = create_(opcode);
     return records_[opcode].get();
 }
 
@@ -59,20 +75,21 @@ FltRecord* BeadMerger::base(FileBytes bead, std::uint32_t revision) {
 
 FileBytes BeadMerger::put(const FltRecord& record, std::uint32_t revision, FileBytes bead,
                           std::uint32_t beadRevision) {
-    record.writeToken(now_, revision);
-    const FileBytes now = bytesOf(now_);
     const FltRecord* const base = !bead.empty() && uint16At(bead, 0) == record.opcode()
                                       ? this->base(bead, beadRevision)
                                       : nullptr;
+    if (record.opcode() == kFltFace) {
+        FltFace face = static_cast<const FltFace&>(record);
+        settlePackedColors(face, static_cast<const FltFace*>(base));
+        layOut(face, now_, revision);
+    } else {
+        layOut(record, now_, revision);
+    }
+    const FileBytes now = bytesOf(now_);
     merged_.assign(now.begin(), now.end());
     if (base != nullptr) {
-        base->writeToken(then_, beadRevision);
-        const bool sameLayout = then_.length() == now_.length();
-        merge(bead, sameLayout);
-        if (sameLayout && record.opcode() == FltFace::kOpcode) {
-            dropStaleColors(merged_, static_cast<const FltFace&>(record),
-                            static_cast<const FltFace&>(*base));
-        }
+        layOut(*base, then_, beadRevision);
+        merge(bead, then_.length() == now_.length());
     }
     diagnostics::check(merged_.size() <= 0xFFFF, "beads", 102);
     put16(&merged_[2], static_cast<std::uint16_t>(merged_.size()));
@@ -81,16 +98,22 @@ FileBytes BeadMerger::put(const FltRecord& record, std::uint32_t revision, FileB
 
 void BeadMerger::merge(FileBytes bead, bool sameLayout) {
     const FileBytes then = bytesOf(then_);
-    if (sameLayout) {
-        for (std::size_t i = kRecordHeader; i < std::min(merged_.size(), bead.size()); ++i) {
+    // A header has the same fields at each revision, as far as it goes.
+    const bool isHeader = uint16At(bead, 0) == kFltHeader;
+    if (sameLayout || isHeader) {
+        const std::size_t common = std::min({merged_.size(), then.size(), bead.size()});
+        for (std::size_t i = kRecordHeader; i < common; ++i) {
             if (merged_[i] == then[i]) merged_[i] = bead[i];
         }
     }
-    // In another layout the header has other fields where an older one ends.
-    const bool hasTail = sameLayout || uint16At(bead, 0) != kFltHeader;
-    if (hasTail && bead.size() > then.size()) {
+    // Where a header of another revision ends, this one has other fields.
+    if (bead.size() > then.size() && (sameLayout || !isHeader)) {
         const FileBytes tail = bead.subspan(then.size());
         merged_.insert(merged_.end(), tail.begin(), tail.end());
+    }
+    if (sameLayout && bead.size() < then.size() &&
+        std::ranges::equal(FileBytes(merged_).subspan(bead.size()), then.subspan(bead.size()))) {
+        merged_.resize(bead.size());
     }
 }
 

@@ -17,6 +17,7 @@
 #include <quillon/fltface.h>
 #include <quillon/fltfactory.h>
 #include <quillon/fltfilereader.h>
+#include <quillon/fltheader.h>
 #include <quillon/fltlightsource.h>
 #include <quillon/fltopcode.h>
 
@@ -35,9 +36,6 @@ namespace interchange {
 namespace {
 
 constexpr std::size_t kBody = 4;
-
-/// The longest record that can be padded to a multiple of 8.
-constexpr std::size_t kLongestPadded = 0xFFF8;
 
 /// Whether `record` says what `written` says, which knows only the fields of our own. Zeros that
 /// one has more than the other say nothing, unless they are more than padding: a longer record has
@@ -115,7 +113,7 @@ private:
     FltRecord* readRecord(const OutlineNode& source) {
         if (source.kind >= records_.size()) return nullptr;
         std::unique_ptr<FltRecord>& record = records_[source.kind];
-        if (!record) record = fltCreateRecord(source.kind);
+        if (!record) record = fltCreateFileRecord(source.kind);
         if (!record) return nullptr;
         const FileBytes bytes = recordAt(bytes_, source.record);
         token_.attach(bytes.data(), static_cast<std::int32_t>(bytes.size()));
@@ -367,7 +365,7 @@ private:
         if (!fltEnsureKind(&node, static_cast<FltNodeKind>(source.kind), kFltRevision)) {
             throw std::bad_alloc();
         }
-        if (record != nullptr && !fltPutRecord(&node, *record)) {
+        if (record != nullptr && !putRecord(node, *record)) {
             throw FltFileError("damaged at byte offset " + std::to_string(source.record) +
                                    ": a record too long to be kept on a node",
                                source.record);
@@ -388,6 +386,12 @@ private:
         if (!text.empty() && !fltPutComment(&node, text)) throw std::bad_alloc();
     }
 
+    /// Scenes keep headers in a layout of their own.
+    static bool putRecord(INode& node, const FltRecord& record) {
+        if (record.opcode() != kFltHeader) return fltPutRecord(&node, record);
+        return fltPutRecord(&node, FltHeader(static_cast<const FltHeader&>(record)));
+    }
+
     // ------------------------------------------------------------ what else the file says
 
     void keep(INode& node, const OutlineNode& source, const FltRecord* record,
@@ -403,21 +407,10 @@ private:
         const bool keepsBead = needsBead(source, record);
         if (!keepsBead && givenName.empty() && !losesVertices && isPlain(source)) return;
         kept_.begin(outline_.revision);
-        if (keepsBead) kept_.bead(paddedBead(source));
+        if (keepsBead) kept_.bead(recordAt(bytes_, source.record));
         if (!givenName.empty()) kept_.givenName(givenName);
         keepPieces(source, losesVertices);
         keepChunk(node, KeptChunk::records, kept_.bytes());
-    }
-
-    /// The record to be kept. The stream that writes headers pads them; the same header read again
-    /// is then the same to the byte.
-    FileBytes paddedBead(const OutlineNode& source) {
-        const FileBytes record = recordAt(bytes_, source.record);
-        if (source.kind != kFltHeader || record.size() > kLongestPadded) return record;
-        token_.begin(source.kind);
-        token_.writeBytes(static_cast<std::uint32_t>(record.size() - kBody), record.data() + kBody);
-        token_.finish();
-        return {token_.data(), token_.length()};
     }
 
     static bool isLitFace(const OutlineNode& source, const FltRecord* record) {
@@ -430,9 +423,17 @@ private:
     }
 
     /// Whether the record says something that ours does not hold. A light source's is always kept,
-    /// to tell a light that was moved in the scene from one whose position was edited.
+    /// to tell a light that was moved in the scene from one whose position was edited, and a
+    /// header's, which comes back in the length that it had.
     bool needsBead(const OutlineNode& source, const FltRecord* record) {
-        if (record == nullptr || source.kind == kFltLightSource) return true;
+        if (record == nullptr || source.kind == kFltLightSource || source.kind == kFltHeader) {
+            return true;
+        }
+        // Also where its packed colours are zeros, which is what a copy in the scene has for them.
+        if (source.kind == kFltFace &&
+            (static_cast<const FltFace&>(*record).flags & FltFace::kPackedColors) != 0) {
+            return true;
+        }
         record->writeToken(written_, outline_.revision);
         return !saysNoMore(recordAt(bytes_, source.record),
                            {written_.data(), std::size_t{written_.length()}});

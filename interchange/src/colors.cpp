@@ -37,7 +37,7 @@ std::optional<COLORREF> indexedColor(std::uint32_t index, FileBytes palette) {
 }
 
 std::optional<COLORREF> colorOf(const FltFace& face, FileBytes palette) {
-    if (face.flags & kFacePackedColor) {
+    if (face.flags & FltFace::kPackedColors) {
         const FltPackedColor& color = face.packedPrimaryColor;
         return colorRef(color.red, color.green, color.blue);
     }

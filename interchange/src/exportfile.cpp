@@ -7,6 +7,7 @@
 #include <interchange/export.h>
 #include <interchange/import.h>
 #include <kiln/kiln.h>
+#include <quillon/fltrevision.h>
 
 #include <cerrno>
 #include <exception>
@@ -18,17 +19,19 @@ namespace interchange {
 namespace {
 
 void checkRevision(std::uint32_t revision) {
-    if (revision == 0 || (revision >= kOldestExport && revision <= kNewestExport)) return;
+    if (revision == 0 || fltIsWritable(revision)) return;
+    const auto range = [](std::uint32_t from, std::uint32_t to) {
+        return std::to_string(from) + " to " + std::to_string(to);
+    };
     throw ExportError("revision " + std::to_string(revision) + " cannot be written; " +
-                      std::to_string(kOldestExport) + " to " + std::to_string(kNewestExport) +
-                      " can");
+                      range(kFltOldestRevision, kFltNewest15Revision) + " and " +
+                      range(kFltOldest16Revision, kFltNewestRevision) + " can");
 }
 
-void writeTo(const std::string& path, const std::string& temporary, SceneWriter& writer,
-             std::uint32_t revision) {
+void writeTo(const std::string& path, const std::string& temporary, SceneWriter& writer) {
     FltStream stream;
     errno = 0;
-    if (!stream.open(temporary, writer.header(revision), &writer)) {
+    if (!stream.open(temporary, writer.header(), &writer)) {
         throw std::system_error(errno, std::generic_category(), "cannot write " + path);
     }
     writer.write(stream);
@@ -53,13 +56,13 @@ void writeOut(const std::string& path, const ExportOptions& options, ImpExpRepor
               Interface& host) {
     checkRevision(options.revision);
     const Plan plan = planExport(options, host);
-    SceneWriter writer(plan, report);
+    SceneWriter writer(plan, report, options.revision);
     writer.collect();
     base::FileReplacement file(path);
-    writeTo(path, file.name(), writer, options.revision);
+    writeTo(path, file.name(), writer);
     if (!report.Progress(1, "Writing the file")) throw Cancelled();
     file.takePlace();
-    report.Summary(summaryOf(plan).c_str());
+    report.Summary((summaryOf(plan) + writer.losses().text()).c_str());
 }
 
 /// Tells what went wrong, as far as it knows; the report is the host's and may throw.

@@ -162,15 +162,15 @@ void FilePalettes::putMaterial(FltStream& stream, std::int16_t index, COLORREF c
     token.writeInt32(std::int32_t{0});
     const auto writeColor = [&](float share) {
         for (const unsigned shift : {0U, 8U, 16U}) {
-            token.writeInt32(share * static_cast<float>(color >> shift & 0xFF) / 255);
+            token.writeFloat(share * static_cast<float>(color >> shift & 0xFF) / 255);
         }
     };
     writeColor(1);        // ambient
     writeColor(1);        // diffuse
     writeColor(0);        // specular
     writeColor(0);        // emissive
-    token.writeInt32(0);  // shininess
-    token.writeInt32(1);  // alpha
+    token.writeFloat(0);  // shininess
+    token.writeFloat(1);  // alpha
     token.writeInt32(std::int32_t{0});
     stream.writeToken(token);
 }

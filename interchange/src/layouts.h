@@ -9,13 +9,9 @@ namespace interchange {
 /// Bytes of a record's opcode and length, ahead of everything that it holds.
 inline constexpr std::uint32_t kRecordHeader = 4;
 
-/// The flags of a face, and where they and the packed colours stand in its record.
+/// In the flags of a face.
 inline constexpr std::uint32_t kFaceNoColor = 0x40000000;
-inline constexpr std::uint32_t kFacePackedColor = 0x10000000;
-inline constexpr std::size_t kFaceFlags = 44;
-inline constexpr std::size_t kFacePackedPrimary = 56;
-inline constexpr std::size_t kFacePackedAlternate = 60;
-inline constexpr std::size_t kFacePackedEnd = 64;
+inline constexpr std::uint32_t kFaceNoAlternate = 0x20000000;
 
 /// The light modes of a face.
 inline constexpr std::uint8_t kVertexColor = 1;

@@ -1,7 +1,6 @@
 #include "newfaces.h"
 
-#include "bytes.h"
-#include "colors.h"
+#include "beads.h"
 #include "filepalettes.h"
 #include "layouts.h"
 
@@ -9,11 +8,7 @@
 #include <fltkilnutil/kilnflt.h>
 #include <kiln/inode.h>
 #include <kiln/mesh.h>
-#include <quillon/fltheader.h>
-#include <quillon/flttext.h>
 #include <quillon/flttoken.h>
-
-#include <string>
 
 namespace interchange {
 
@@ -42,21 +37,22 @@ NewFace newFaceOf(INode& node, const Mesh& mesh, const KilnFace& options, FilePa
     return look;
 }
 
-FileBytes layOutNewFace(FltFace face, const NewFace& look, FltHeader& header,
-                        std::uint32_t revision, std::vector<std::uint8_t>& bytes) {
-    if (face.asciiId[0] == '\0') {
-        fltSetText(face.asciiId, std::string(1, 'f').append(std::to_string(header.nextFaceId++)));
-    }
-    if (face.materialIndex < 0) face.materialIndex = look.material;
+FileBytes layOutNewFace(FltFace face, const NewFace& look, std::uint32_t revision,
+                        std::vector<std::uint8_t>& bytes) {
+    if (face.materialIndex < 0 && look.material >= 0) face.materialIndex = look.material;
     // Lights shine on what is shown in the scene, unless its record says otherwise.
     if (look.isUnwritten) face.lightMode = look.color ? kLitByFaceColor : kLitByVertexColor;
-    FltToken token;
-    face.writeToken(token, revision);
-    bytes.assign(token.data(), token.data() + token.length());
     if (look.color && isColorless(face)) {
-        put32(&bytes[kFaceFlags], (face.flags & ~kFaceNoColor) | kFacePackedColor);
-        put32(&bytes[kFacePackedPrimary], packedColorOf(*look.color));
+        const auto part = [&](unsigned shift) { return static_cast<int>(*look.color >> shift); };
+        face.flags = (face.flags & ~kFaceNoColor) | FltFace::kPackedColors;
+        face.packedPrimaryColor = FltPackedColor::fromComponents(part(0), part(8), part(16), -1);
+        face.packedAlternateColor = {};
+    } else {
+        settlePackedColors(face, nullptr);
     }
+    FltToken token;
+    face.writeFileToken(token, revision);
+    bytes.assign(token.data(), token.data() + token.length());
     return bytes;
 }
 

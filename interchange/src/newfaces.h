@@ -10,7 +10,6 @@
 #include <optional>
 #include <vector>
 
-class FltHeader;
 class INode;
 class KilnFace;
 struct Mesh;
@@ -35,9 +34,9 @@ NewFace newFaceOf(INode& node, const Mesh& mesh, const KilnFace& options, FilePa
 /// Whether nobody has given the face a colour.
 bool isColorless(const FltFace& face) noexcept;
 
-/// Gives `face` a name of the header's if it has none, and lays it out for `revision` with what
-/// `look` says; what was edited in the record stays. Valid until `bytes` changes.
-FileBytes layOutNewFace(FltFace face, const NewFace& look, FltHeader& header,
-                        std::uint32_t revision, std::vector<std::uint8_t>& bytes);
+/// Lays `face` out for a file of `revision` with what `look` says; what was edited in the record
+/// stays. Valid until `bytes` changes.
+FileBytes layOutNewFace(FltFace face, const NewFace& look, std::uint32_t revision,
+                        std::vector<std::uint8_t>& bytes);
 
 }  // namespace interchange

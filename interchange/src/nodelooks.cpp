@@ -125,7 +125,7 @@ void NodeLooks::describe(INode& node, const Family& family, NodeLook& look) cons
     constexpr std::uint8_t kFixedBlended = 1, kAxisBlended = 2, kPointBlended = 4;
     look.lit = isLit(face_.lightMode);
     const bool hasColor =
-        (face_.flags & kFacePackedColor) != 0 || (face_.flags & kFaceNoColor) == 0;
+        (face_.flags & FltFace::kPackedColors) != 0 || (face_.flags & kFaceNoColor) == 0;
     look.vertexColors =
         !hasColor || face_.lightMode == kVertexColor || face_.lightMode == kLitByVertexColor;
     KilnFace options;

@@ -179,7 +179,11 @@ private:
     bool nextRecord() {
         const std::size_t next = end();
         if (endsAt(next)) return false;
-        if (left(next) < kRecordHeader) refuse();
+        if (left(next) < kRecordHeader) {
+            if (levels_.size() != 1) refuse();
+            outline_.strayBytes = static_cast<std::uint32_t>(left(next));
+            return false;
+        }
         const std::uint16_t length = uint16At(bytes_, next + 2);
         if (length < kRecordHeader || length > left(next)) refuse();
         offset_ = static_cast<std::uint32_t>(next);

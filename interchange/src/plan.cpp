@@ -36,7 +36,7 @@ INode* databaseAbove(INode* node) {
 /// was read.
 bool isWritable(INode& node, FltNodeKind kind) {
     const auto opcode = static_cast<std::uint16_t>(kind);
-    static RecordCache classes;
+    static RecordCache classes(fltCreateRecord);
     if (classes.of(opcode) != nullptr) return true;
     const Kept kept = keptOn(node);
     return !kept.bead.empty() && uint16At(kept.bead, 0) == opcode;

@@ -8,6 +8,7 @@
 #include "transforms.h"
 
 #include <base/text.h>
+#include <diagnostics/assertion.h>
 #include <fltkilnutil/kilnface.h>
 #include <fltkilnutil/kilnflt.h>
 #include <fltkilnutil/kilnlight.h>
@@ -16,6 +17,8 @@
 #include <kiln/kiln.h>
 #include <quillon/fltface.h>
 #include <quillon/fltlightsource.h>
+#include <quillon/fltrevision.h>
+#include <quillon/flttext.h>
 
 #include <algorithm>
 #include <bit>
@@ -118,8 +121,12 @@ std::string idOf(FltRecord& record) {
 
 }  // namespace
 
-SceneWriter::SceneWriter(const Plan& plan, ImpExpReport& report)
-    : plan_(plan), report_(report), polygons_(plan.nodes.size()) {
+SceneWriter::SceneWriter(const Plan& plan, ImpExpReport& report, std::uint32_t revision)
+    : plan_(plan),
+      report_(report),
+      revision_(revision != 0 ? revision : fltNearestWritable(sourceRevision())),
+      losses_(revision_, sourceRevision()),
+      polygons_(plan.nodes.size()) {
     palettes_.read(keptFor(plan.nodes.front()));
 }
 
@@ -141,7 +148,8 @@ void SceneWriter::collect() {
 
 void SceneWriter::collectNode(std::uint32_t index) {
     const PlanNode& node = plan_.nodes[index];
-    collectKeptVertices(keptFor(node));
+    collectKept(keptFor(node));
+    collectLosses(node);
     const bool hasClass = records_.of(static_cast<std::uint16_t>(node.kind)) != nullptr;
     if (hasOwnList(node.kind) || (hasClass && fltIsFaceObject(node.node))) collectMesh(index);
     if (node.kind == FltNodeKind::LightSource) collectLight(index);
@@ -218,9 +226,19 @@ void SceneWriter::collectPolygon(const Mesh& mesh, bool lit, std::span<const std
     polygonEnds_.push_back(static_cast<std::uint32_t>(corners_.size()));
 }
 
-void SceneWriter::collectKeptVertices(const Kept& kept) {
+void SceneWriter::collectKept(const Kept& kept) {
     for (RecordWalk walk(kept.pieces); walk.next();) {
         if (isVertex(walk.opcode())) vertices_.add(walk.record());
+        losses_.record(walk.opcode());
+    }
+}
+
+void SceneWriter::collectLosses(const PlanNode& node) {
+    losses_.record(static_cast<std::uint16_t>(node.kind));
+    if (node.kind == FltNodeKind::Face) {
+        losses_.face(static_cast<const FltFace&>(*recordOf(node)));
+    } else if (node.kind == FltNodeKind::Header) {
+        losses_.header(static_cast<const FltHeader&>(*recordOf(node)));
     }
 }
 
@@ -273,18 +291,31 @@ FltRecord* SceneWriter::recordOf(const PlanNode& node) {
     return records_.fresh(opcode);
 }
 
-FltHeader SceneWriter::header(std::uint32_t revision) {
+/// The format revision of the database.
+std::uint32_t SceneWriter::sourceRevision() {
+    return static_cast<const FltHeader&>(*recordOf(plan_.nodes.front())).revision();
+}
+
+FltHeader SceneWriter::header() {
     auto& header = static_cast<FltHeader&>(*recordOf(plan_.nodes.front()));
-    if (revision == 0) revision = std::clamp(header.revision(), kOldestExport, kNewestExport);
-    header.formatRevision = static_cast<std::int32_t>(revision);
+    header.formatRevision = static_cast<std::int32_t>(revision_);
     return header;
 }
 
-void SceneWriter::putHeader(FltToken& token, const FltHeader& header) {
+/// The header in the length that it was read with, and padded when that is another one. What comes
+/// to differ while the file is written, in counters that a short header does not have, stays out.
+FileBytes SceneWriter::layOutHeader(const FltHeader& header) {
+    constexpr std::size_t kAlignment = 8;
     const Kept kept = keptFor(plan_.nodes.front());
     const FileBytes bytes = merger_.put(header, header.revision(), kept.bead, kept.revision);
-    token.begin(FltHeader::kOpcode);
-    token.writeBytes(static_cast<std::uint32_t>(bytes.size() - kBody), bytes.data() + kBody);
+    std::size_t length = header_.size();
+    if (length == 0) length = bytes.size();
+    if (length != kept.bead.size()) length = (length + kAlignment - 1) / kAlignment * kAlignment;
+    header_.assign(bytes.begin(), bytes.end());
+    header_.resize(length);
+    diagnostics::check(length <= 0xFFFF, "scenewriter", 262);
+    put16(&header_[2], static_cast<std::uint16_t>(length));
+    return header_;
 }
 
 void SceneWriter::writeBead(std::uint32_t index, const Kept& kept, Changes& changes) {
@@ -304,11 +335,12 @@ void SceneWriter::writeBead(std::uint32_t index, const Kept& kept, Changes& chan
     if (const auto texture = textureIndices_.find(index); texture != textureIndices_.end()) {
         static_cast<FltFace&>(*record).textureIndex = static_cast<std::int16_t>(texture->second);
     }
-    if (node.kind == FltNodeKind::Face && newFaces_.contains(index)) {
+    const bool isFace = node.kind == FltNodeKind::Face;
+    if (isFace && kept.revision == 0) {
         writeFace(static_cast<FltFace&>(*record), index);
     } else if (kept.revision == 0) {
         record->write(*stream_);
-    } else if (kept.bead.empty()) {
+    } else if (kept.bead.empty() && !isFace) {
         // One that came without a name goes without.
         record->writeToken(stream_->token(), stream_->revision());
         stream_->writeToken(stream_->token());
@@ -576,6 +608,9 @@ void SceneWriter::writeFaces(std::uint32_t index, std::uint32_t first) {
                 face.textureIndex = static_cast<std::int16_t>(texture->second);
             }
             std::ranges::fill(face.asciiId, '\0');
+            const Kept kept = keptFor(node);
+            settlePackedColors(face,
+                               static_cast<const FltFace*>(merger_.base(kept.bead, kept.revision)));
         }
         writeFace(face, index);
         if (first != 0 && node.kind == FltNodeKind::Face && !isSuperFace(index)) {
@@ -589,15 +624,16 @@ void SceneWriter::writeFaces(std::uint32_t index, std::uint32_t first) {
     }
 }
 
-/// A face of the node's mesh; one that was not read looks as its node does.
+/// A face of the node's mesh, which gets a name if it has none; one that was not read looks as its
+/// node does.
 void SceneWriter::writeFace(FltFace& face, std::uint32_t index) {
-    const auto found = newFaces_.find(index);
-    if (found == newFaces_.end()) {
-        face.write(*stream_);
-        return;
+    if (face.asciiId[0] == '\0') {
+        const std::int16_t number = stream_->header().nextFaceId++;
+        fltSetText(face.asciiId, std::string(1, 'f').append(std::to_string(number)));
     }
-    stream_->writeVerbatim(
-        layOutNewFace(face, found->second, stream_->header(), stream_->revision(), list_));
+    const auto found = newFaces_.find(index);
+    const NewFace look = found == newFaces_.end() ? NewFace() : found->second;
+    stream_->writeVerbatim(layOutNewFace(face, look, stream_->revision(), list_));
 }
 
 bool SceneWriter::isSuperFace(std::uint32_t index) const {

@@ -4,6 +4,7 @@
 #include "beads.h"
 #include "filepalettes.h"
 #include "kept.h"
+#include "losses.h"
 #include "newfaces.h"
 #include "plan.h"
 #include "polygons.h"
@@ -29,20 +30,24 @@ namespace interchange {
 /// Writes what a plan holds. First `collect`, which fills the palettes, then `write`.
 class SceneWriter final : public FltHeaderForm {
 public:
-    SceneWriter(const Plan& plan, ImpExpReport& report);
+    /// For a file of `revision`, one that can be written; 0 for that of the plan's header, or the
+    /// nearest that can.
+    SceneWriter(const Plan& plan, ImpExpReport& report, std::uint32_t revision);
 
     /// Gathers vertices, lights and textures of all nodes. Throws `ExportError` and `Cancelled`.
     void collect();
 
-    /// The header that the file begins with, at `revision`, or at its own for 0, brought into the
-    /// range that can be written.
-    FltHeader header(std::uint32_t revision);
+    /// The header that the file begins with.
+    FltHeader header();
 
     /// Writes everything behind the header into a stream opened with that header and this as its
     /// form. Throws as `collect`.
     void write(FltStream& stream);
 
-    void putHeader(FltToken& token, const FltHeader& header) override;
+    FileBytes layOutHeader(const FltHeader& header) override;
+
+    /// What the file cannot say of what was collected.
+    const Losses& losses() const noexcept { return losses_; }
 
 private:
     /// What stands behind a node's record: whether it is as it was read, or what it is instead.
@@ -79,12 +84,14 @@ private:
     bool isLitMesh(const PlanNode& node);
     void collectPolygon(const Mesh& mesh, bool lit, std::span<const std::uint32_t> corners,
                         std::span<const std::uint32_t> textures);
-    void collectKeptVertices(const Kept& kept);
+    void collectKept(const Kept& kept);
+    void collectLosses(const PlanNode& node);
     void collectLight(std::uint32_t index);
     void collectTexture(std::uint32_t index);
 
     Kept keptFor(const PlanNode& node) const;
     FltRecord* recordOf(const PlanNode& node);
+    std::uint32_t sourceRevision();
     void decidePlace(const PlanNode& node, const Kept& kept, Changes& changes) const;
     void decideLight(std::uint32_t index, const Kept& kept, FltLightSource& light,
                      Changes& changes);
@@ -134,6 +141,9 @@ private:
     const Plan& plan_;
     ImpExpReport& report_;
     FltStream* stream_ = nullptr;
+    RecordCache records_{fltCreateRecord};
+    std::uint32_t revision_;
+    Losses losses_;
     FilePalettes palettes_;
     VertexPalette vertices_;
     std::vector<std::uint8_t> polygonBytes_;  ///< the vertices of one polygon
@@ -145,13 +155,13 @@ private:
     std::map<std::uint32_t, std::int32_t> lightIndices_;    ///< by index of the plan
     std::map<std::uint32_t, std::int32_t> textureIndices_;  ///< by index of the plan
     std::map<std::uint32_t, NewFace> newFaces_;             ///< by index of the plan
-    RecordCache records_;
     BeadMerger merger_;
     MeshPolygons meshPolygons_;
     VertexTails tails_;
     std::string name_;             ///< what the file calls the node that is being written
     std::size_t listCorners_ = 0;  ///< of the vertex list written last
     std::vector<std::uint8_t> list_;
+    std::vector<std::uint8_t> header_;
     std::size_t depth_ = 0;
 };
 

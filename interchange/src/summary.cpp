@@ -3,8 +3,6 @@
 #include <fltkilnutil/nodekind.h>
 #include <interchange/import.h>
 
-#include <string_view>
-
 namespace interchange {
 
 namespace {
@@ -33,10 +31,6 @@ constexpr KindName kKindNames[] = {
     {FltNodeKind::Header, "header", "headers"},
 };
 
-std::string counted(std::size_t count, std::string_view one, std::string_view many) {
-    return std::to_string(count) + ' ' + std::string(count == 1 ? one : many);
-}
-
 void append(std::string& kinds, std::size_t count, std::string_view one, std::string_view many) {
     if (count == 0) return;
     if (!kinds.empty()) kinds += ", ";
@@ -44,6 +38,10 @@ void append(std::string& kinds, std::size_t count, std::string_view one, std::st
 }
 
 }  // namespace
+
+std::string counted(std::size_t count, std::string_view one, std::string_view many) {
+    return std::to_string(count) + ' ' + std::string(count == 1 ? one : many);
+}
 
 std::string textOf(const KindCounts& counts) {
     std::size_t all = 0;
@@ -66,6 +64,10 @@ std::string summaryOf(const Outline& outline) {
     std::string text = "imported " + textOf(counts);
     if (outline.unknownRecords != 0) {
         text += ", kept " + counted(outline.unknownRecords, "unknown record", "unknown records");
+    }
+    if (outline.strayBytes != 0) {
+        text += ", left out " +
+                counted(outline.strayBytes, "stray byte at the end", "stray bytes at the end");
     }
     return text;
 }

@@ -21,6 +21,7 @@
 #include <quillon/flttext.h>
 #include <quillon/flttoken.h>
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -59,6 +60,8 @@ struct ByteCodec {
     }
     /// A value that the layout holds a second time.
     void repeated(auto& value) { self().number(value); }
+    /// A number of unknown meaning; shown as the whole number that its bits are.
+    void word(const char*, auto& value) { self().number(value); }
 
 private:
     Codec& self() { return static_cast<Codec&>(*this); }
@@ -170,6 +173,9 @@ struct ShowCodec {
         show(name, 3, color.red);
     }
     void repeated(const auto&) {}
+    void word(const char* name, const auto& value) {
+        visitor.integer(name, -1, std::bit_cast<FltBitsOf<std::decay_t<decltype(value)>>>(value));
+    }
     void reserved(std::uint32_t) {}
     void narrowed(const char* name, double value) { show(name, -1, value); }
 

@@ -9,6 +9,9 @@ namespace {
 // From here on the record has colour names, and colour indices of 32 bits at its end.
 constexpr std::uint32_t kWideIndexRevision = 1510;
 
+// Of the body, at every revision.
+constexpr std::uint16_t kPackedColorsOffset = 52;
+
 constexpr std::uint32_t kNoColor = 0xFFFFFFFF;
 constexpr std::uint16_t kNoColorNarrow = 0xFFFF;
 
@@ -43,8 +46,8 @@ void layoutAfterIndices(Codec& codec, auto& record) {
     codec.field("flags", record.flags);
     codec.field("lightMode", record.lightMode);
     codec.reserved(7);
-    // Colours are given by index; a packed colour that was read must not outlive an edit of the
-    // index, so none is ever written.
+    // Stored faces give their colours by index: a packed colour that was read must not outlive an
+    // edit of the index.
     codec.readOnly("packedPrimaryColor", record.packedPrimaryColor);
     codec.readOnly("packedAlternateColor", record.packedAlternateColor);
 }
@@ -104,6 +107,16 @@ void FltFace::writeToken(FltToken& token, std::uint32_t revision) const {
         writeNarrow(token, *this);
     else
         quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
+}
+
+void FltFace::writeFileToken(FltToken& token, std::uint32_t revision) const {
+    writeToken(token, revision);
+    token.rewind(kPackedColorsOffset);
+    for (const FltPackedColor& color : {packedPrimaryColor, packedAlternateColor}) {
+        for (const std::uint8_t part : {color.alpha, color.blue, color.green, color.red}) {
+            token.writeInt8(part);
+        }
+    }
 }
 
 void FltFace::readToken(FltToken& token, std::uint32_t revision) {

@@ -4,6 +4,7 @@
 #include <quillon/fltdof.h>
 #include <quillon/fltface.h>
 #include <quillon/fltfactory.h>
+#include <quillon/fltfileheader.h>
 #include <quillon/fltgroup.h>
 #include <quillon/fltheader.h>
 #include <quillon/fltinstance.h>
@@ -32,4 +33,9 @@ std::unique_ptr<FltRecord> fltCreateRecord(std::uint16_t opcode) {
     return create<FltHeader, FltGroup, FltObject, FltFace, FltDof, FltComment, FltBsp,
                   FltInstanceRef, FltInstanceDef, FltXRef, FltLod, FltSwitch, FltClipRegion,
                   FltLightSource, FltLightSourcePalette, FltLightPoint>(opcode);
+}
+
+std::unique_ptr<FltRecord> fltCreateFileRecord(std::uint16_t opcode) {
+    if (opcode == FltFileHeader::kOpcode) return std::make_unique<FltFileHeader>();
+    return fltCreateRecord(opcode);
 }

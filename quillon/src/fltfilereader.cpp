@@ -58,7 +58,10 @@ bool FltFileReader::next() {
         offset_ += length_;
         length_ = 0;
     }
-    if (offset_ == bytes_.size()) return false;
+    const std::size_t left = bytes_.size() - offset_;
+    if (left == 0 || (left < kRecordHeaderSize && offset_ != 0 && nesting_ == FltNesting{})) {
+        return false;
+    }
     enter();
     return true;
 }
@@ -78,7 +81,7 @@ void FltFileReader::enter() {
     token_.attach(bytes_.data() + offset_, length);
     token_.rewind();
     if (!opens(opcode())) nesting_.count(opcode());
-    if (opcode() == kFltHeader) {
+    if (opcode() == kFltHeader && !hasHeader_) {
         header_.readToken(token_, 0);
         hasHeader_ = true;
         token_.attach(bytes_.data() + offset_, length);

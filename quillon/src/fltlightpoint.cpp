@@ -29,7 +29,7 @@ void layout(Codec& codec, auto& record) {
     codec.field("transparentFalloffScalar", record.transparentFalloffScalar);
     codec.field("transparentFalloffClamp", record.transparentFalloffClamp);
     codec.field("fogScalar", record.fogScalar);
-    codec.field("reserved", record.reserved);
+    codec.word("reserved", record.reserved);
     codec.field("sizeDifferenceThreshold", record.sizeDifferenceThreshold);
     codec.field("directionalType", record.directionalType);
     codec.field("horizontalLobeAngle", record.horizontalLobeAngle);

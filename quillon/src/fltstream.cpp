@@ -3,6 +3,7 @@
 #include <base/file.h>
 #include <base/paths.h>
 #include <diagnostics/assertion.h>
+#include <quillon/fltfileheader.h>
 #include <quillon/fltstream.h>
 
 namespace {
@@ -41,17 +42,17 @@ bool FltStream::open(const std::string& path, const FltHeader& header, FltHeader
     ownsFile_ = true;
     header_ = header;
     headerForm_ = form;
-    putHeader();
-    writeToken(token_);
-    headerLength_ = token_.length();
+    const auto bytes = headerBytes();
+    headerLength_ = bytes.size();
+    writeVerbatim(bytes);
     return true;
 }
 
-void FltStream::putHeader() {
-    if (headerForm_ != nullptr)
-        headerForm_->putHeader(token_, header_);
-    else
-        header_.writeToken(token_, revision_);
+std::span<const std::uint8_t> FltStream::headerBytes() {
+    if (headerForm_ != nullptr) return headerForm_->layOutHeader(header_);
+    FltFileHeader(header_).writeToken(token_, revision_);
+    token_.finish();
+    return {token_.data(), token_.length()};
 }
 
 void FltStream::attach(std::FILE* file, std::uint32_t revision, FltStreamMode mode) {
@@ -78,10 +79,9 @@ bool FltStream::close() {
 bool FltStream::rewriteHeader() {
     if (std::ferror(file_) != 0 || std::fseek(file_, 0, SEEK_SET) != 0) return false;
     header_.formatRevision = static_cast<std::int32_t>(revision_);
-    putHeader();
-    token_.finish();
-    if (token_.length() != headerLength_) return false;  // it would write over what follows
-    token_.writeTo(file_);
+    const auto bytes = headerBytes();
+    if (bytes.size() != headerLength_) return false;  // it would write over what follows
+    quillon::writeBytes(file_, bytes.data(), bytes.size());
     return true;
 }
 

@@ -147,9 +147,9 @@ private:
         FltToken& token = begin(kFltVertexWithNormal);
         token.writeInt16<std::int16_t>(-1);
         token.writeInt16<std::uint16_t>(colors.empty() ? kNoColor : 0);
-        for (const double value : {point.x, point.y, point.z}) token.writeInt64(value);
+        for (const double value : {point.x, point.y, point.z}) token.writeDouble(value);
         for (const double value : {normal.x, normal.y, normal.z}) {
-            token.writeInt32(static_cast<float>(value));
+            token.writeFloat(static_cast<float>(value));
         }
         token.writeInt32<std::uint32_t>(0xFFFFFFFF);
         token.writeInt32<std::uint32_t>(colors.empty() ? 0xFFFFFFFF : colorIndex(colors.front()));
@@ -188,7 +188,7 @@ private:
         for (const Matrix& matrix : node.matrices_) {
             FltToken& token = begin(kFltMatrix);
             for (const auto& row : matrix) {
-                for (const float value : row) token.writeInt32(value);
+                for (const float value : row) token.writeFloat(value);
             }
             end();
         }

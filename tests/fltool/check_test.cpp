@@ -20,6 +20,9 @@ TEST(CheckTest, FindsNothingInAGoodFile) {
                                 "0054 0008 00:4 0055 0010 00:12 0017 0004 0056 000C 00:8";
     EXPECT_EQ(runTool({"check", folder.write("further.flt", further)}).out, "");
 
+    const std::string newest = "0001 0148 'db':8 0000067C 00:312 0087 0054 00:80 0094 0008 00:4";
+    EXPECT_EQ(runTool({"check", folder.write("newest.flt", newest)}).out, "") << "16.6";
+
     // A text that fills the longest record there can be, without a terminator.
     Bytes comment = hex(kHeader + "001F FFFF");
     comment.resize(comment.size() + 0xFFFF - 4, 'x');
@@ -32,8 +35,15 @@ TEST(CheckTest, NamesEachFindingWithItsOffset) {
         {"0002 0020 00:28", "0: FLT_GROUP: the file does not begin with its header\n"},
         {kHeader + "0001 0148 'db':8 0000062C 00:312",
          "328: FLT_HEADER: a header that is not the first record\n"},
-        {"0001 0148 'db':8 0000064A 00:312",
-         "0: FLT_HEADER: format revision 1610 is outside 1420 to 1580\n"},
+        {"0001 0148 'db':8 00000636 00:312",
+         "0: FLT_HEADER: format revision 1590 is none of 1420 to 1580 and 1600 to 1660\n"},
+        {"0001 0148 'db':8 0000067D 00:312",
+         "0: FLT_HEADER: format revision 1661 is none of 1420 to 1580 and 1600 to 1660\n"},
+        {kHeader + "0001 0010 'db':8 00000001",
+         "328: FLT_HEADER: a header that is not the first record\n"},
+        {kHeader + "000A 0004 000B 0004 FF", "336: 1 stray byte behind the last record\n"},
+        {kHeader + "000A 0004 000B 00",
+         "332: damaged at byte offset 332: the file ends within a record header\n"},
         {kHeader + "0003 0004", "328: UNDEFINED: unknown opcode 3\n"},
         {kHeader + "0002 0010 00:12",
          "328: FLT_GROUP: the record is 16 bytes long, its fields 32; the missing ones read as "
@@ -96,6 +106,22 @@ TEST(CheckTest, HoldsMasksAgainstTheSwitchesChildren) {
     const Outcome over =
         runTool({"check", folder.write("over.flt", full + "003D 0008 00000001 000B 0004")});
     EXPECT_EQ(over.out, "328: FLT_SWITCH: a switch of 33 children whose masks have 32 bits\n");
+}
+
+// What stands in levels of extensions and attributes belongs to the switch; its children follow.
+TEST(CheckTest, FindsTheSwitchesChildrenBehindItsExtensions) {
+    const std::string oneMask = "0060 0020 00:12 00000000 00000001 00000001 FFFFFFFF ";
+    const std::string group = "0002 0020 00:28 ";
+    const Folder folder;
+    for (const auto& [push, pop] :
+         {std::pair{"0015 0004 ", "0016 0004 "}, {"007A 0004 ", "007B 0004 "}}) {
+        std::string file = kHeader + oneMask + push + "000A 0004 " + group + "000B 0004 " + group +
+                           pop + "000A 0004 ";
+        for (int i = 0; i < 32; ++i) file += group;
+        EXPECT_EQ(runTool({"check", folder.write("full.flt", file + "000B 0004")}).out, "") << push;
+        EXPECT_EQ(runTool({"check", folder.write("over.flt", file + group + "000B 0004")}).out,
+                  "328: FLT_SWITCH: a switch of 33 children whose masks have 32 bits\n");
+    }
 }
 
 TEST(CheckTest, CannotReadWhatIsNotThere) {

@@ -76,6 +76,73 @@ TEST(ConvertTest, KeepsWhatStandsBehindTheHeader) {
     EXPECT_EQ(folder.read("older.flt").size(), 264U) << "an older header has other fields there";
 }
 
+TEST(ConvertTest, ChangesNothingInAHeaderButItsRevision) {
+    const Folder folder;
+    Bytes header = hex("0001 0144 'db':8 0000062C");
+    while (header.size() < 324)
+        header.push_back(static_cast<std::uint8_t>(header.size() % 250 + 1));
+    const auto converted = [&](Bytes bytes, const char* revision) {
+        bytes[2] = static_cast<std::uint8_t>(bytes.size() >> 8);
+        bytes[3] = static_cast<std::uint8_t>(bytes.size());
+        // Another header further on says nothing about this file.
+        const Bytes other = hex("0001 0010 'db':8 0000058C 0005 0050 'f':8 00:68");
+        bytes.insert(bytes.end(), other.begin(), other.end());
+        const Outcome outcome = runTool({"convert", folder.write("in.flt", bytes),
+                                         folder.file("out.flt"), "--revision", revision});
+        EXPECT_EQ(outcome.code, 0) << outcome.error;
+        Bytes out = folder.read("out.flt");
+        EXPECT_EQ(out.size() - (out[2] * 256U + out[3]), other.size());
+        out.resize(out[2] * 256U + out[3]);
+        return out;
+    };
+    // As published, shorter and longer; with every reserved byte.
+    for (const std::size_t length : {std::size_t{324}, std::size_t{200}, std::size_t{351}}) {
+        Bytes given = header;
+        given.resize(length, 9);
+        Bytes expected = given;
+        expected[2] = static_cast<std::uint8_t>(length >> 8);
+        expected[3] = static_cast<std::uint8_t>(length);
+        EXPECT_EQ(toHex(converted(given, "1580")), toHex(expected));
+        expected[15] = 0x7C;
+        expected[14] = 0x06;
+        EXPECT_EQ(toHex(converted(given, "1660")), toHex(expected));
+    }
+    const Bytes older = converted(header, "1570");
+    ASSERT_EQ(older.size(), 304U);
+    EXPECT_EQ(toHex({older.begin() + 16, older.begin() + 276}),
+              toHex({header.begin() + 16, header.begin() + 276}));
+    EXPECT_EQ(toHex({older.begin() + 284, older.begin() + 302}),
+              toHex({header.begin() + 284, header.begin() + 302}));
+}
+
+TEST(ConvertTest, KeepsPackedColorsWithTheirFlag) {
+    const Folder folder;
+    const std::string start = "0005 0050 'f':8 00:32 10000000 00:8 FF332211 FF665544 ";
+    const std::string file = folder.write("in.flt", kHeader + start + "FFFF 0000 00:12");
+    ASSERT_EQ(runTool({"convert", file, folder.file("same.flt")}).code, 0);
+    EXPECT_EQ(toHex(folder.read("same.flt")), toHex(folder.read("in.flt")));
+    ASSERT_EQ(runTool({"convert", file, folder.file("old.flt"), "--revision", "1420"}).code, 0);
+    const Bytes old = folder.read("old.flt");
+    ASSERT_EQ(old.size(), 256U + 64);
+    EXPECT_EQ(toHex({old.begin() + 256 + 44, old.end()}),
+              toHex(hex("10000000 00:8 FF332211 FF665544")));
+}
+
+TEST(ConvertTest, SaysWhatItLeavesOut) {
+    const Folder folder;
+    const std::string file = folder.write("in.flt", kHeader + "000A 0004 000B 0004 FFFF");
+    const char* const line = "fltool: left out 2 stray bytes behind the last record\n";
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"convert", file, folder.file("out.flt")},
+          {"stats", file},
+          {"dump", file}}) {
+        const Outcome outcome = runTool(arguments);
+        EXPECT_EQ(outcome.code, 0) << arguments[0];
+        EXPECT_EQ(outcome.error, line) << arguments[0];
+    }
+    EXPECT_EQ(folder.read("out.flt").size(), 336U);
+}
+
 TEST(ConvertTest, MayReplaceItsInput) {
     const Folder folder;
     const std::string file = folder.write("in.flt", kHeader + "000A 0004 000B 0004");
@@ -99,6 +166,8 @@ TEST(ConvertTest, LeavesNothingHalfDone) {
         {"convert", good, folder.file("nowhere/out.flt")},
         {"convert", good, output, "--revision", "1419"},
         {"convert", good, output, "--revision", "1581"},
+        {"convert", good, output, "--revision", "1599"},
+        {"convert", good, output, "--revision", "1661"},
     };
     for (const auto& arguments : refused) {
         const Outcome outcome = runTool(arguments);

@@ -26,6 +26,16 @@ TEST(DumpTest, GivesEveryRecordAsJson) {
     const json records = dumpOf(folder.write("small.flt", kSmall));
     ASSERT_EQ(records.size(), 6U);
     EXPECT_EQ(records[0]["fields"]["formatRevision"], 1580);
+    // The light point counter of a header as published, and what follows it.
+    const json header = dumpOf(
+        folder.write("header.flt",
+                     "0001 0144 'db':8 0000062C 00:238 0007 00:12 00000003 00:20 3FF0:8 00:8 "
+                     "4000:8 4008:8"))[0]["fields"];
+    EXPECT_EQ(header["nextLightPointId"], 7);
+    EXPECT_EQ(header["earthEllipsoidModel"], 3);
+    EXPECT_EQ(header["radius"], 1);
+    EXPECT_EQ(header["earthMajorAxis"], 2);
+    EXPECT_EQ(header["earthMinorAxis"], 3);
     EXPECT_EQ(records[2], json::parse(R"({"offset": 332, "level": 1, "opcode": 2,
         "name": "FLT_GROUP", "length": 32, "fields": {"id": "g7", "relativePriority": 5,
         "flags": -2147483648, "specialEffect1": 1, "specialEffect2": -1, "significance": 0,
@@ -89,6 +99,9 @@ TEST(StatsTest, CountsRecordsBytesAndDepth) {
     const Outcome outcome = runTool({"stats", folder.write("small.flt", kSmall)});
     EXPECT_EQ(outcome.code, 0);
     EXPECT_THAT(outcome.out, testing::StartsWith("format revision 1580\n"));
+    const std::string second = folder.write("two.flt", kSmall + "0001 0010 'db':8 0000058C");
+    EXPECT_THAT(runTool({"stats", second}).out, testing::StartsWith("format revision 1580\n"))
+        << "the first header counts";
     EXPECT_THAT(outcome.out, testing::HasSubstr(
                                  "     2 FLT_GROUP                                 1           32 "
                                  "      32       32      1\n"));

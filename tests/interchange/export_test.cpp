@@ -12,6 +12,7 @@
 #include <quillon/fltface.h>
 #include <quillon/fltgroup.h>
 #include <quillon/fltheader.h>
+#include <quillon/fltlightpoint.h>
 #include <quillon/fltlightsource.h>
 #include <quillon/fltobject.h>
 #include <quillon/flttext.h>
@@ -92,6 +93,32 @@ TEST_F(ExportTest, DropsPackedColoursOfEditedIndices) {
     EXPECT_NE(again->GetChildNode(1)->GetWireColor(), 0x332211U);
     EXPECT_EQ(recordOf<FltFace>(again->GetChildNode(1)).primaryColorIndex, 300U);
     EXPECT_EQ(recordOf<FltFace>(again->GetChildNode(1)).flags & kPacked, 0U);
+}
+
+// The record of a copied face has no packed colour: that is among what its import kept.
+TEST_F(ExportTest, KeepsPackedColoursTogetherWithTheirFlag) {
+    constexpr std::uint32_t kPacked = 0x10000000;
+    FltBytes file("f");
+    file.palette(kPoints).push().polygon("plain", {0, 1, 2}).face("packed", kPacked, 0xFF332211);
+    file.push().list({0, 1, 2}).pop().face("black", kPacked, 0).push().list({0, 1, 2}).pop().pop();
+    INode* const database = import(file);
+    INode* const packed = database->GetChildNode(1);
+    ASSERT_TRUE(fltCopyData(packed, database->GetChildNode(0)));
+    INode* const made = host.CreateObjectNode(new DummyObject, "made");
+    ASSERT_TRUE(database->AttachChild(made, false));
+    ASSERT_TRUE(fltCopyData(packed, made));
+    for (const std::uint32_t revision : {1580U, 1420U}) {
+        const std::vector<std::uint8_t> out = exported({revision, false});
+        std::vector<std::pair<std::uint32_t, std::uint32_t>> colors;
+        for (const auto& node : interchange::readOutline(out).nodes) {
+            if (node.kind != kFltFace) continue;
+            const auto face = interchange::recordAt(out, node.record);
+            colors.emplace_back(interchange::uint32At(face, 44) & kPacked,
+                                interchange::uint32At(face, 56));
+        }
+        const decltype(colors) expected = {{0, 0}, {kPacked, 0xFF332211}, {kPacked, 0}, {0, 0}};
+        EXPECT_EQ(colors, expected) << revision;
+    }
 }
 
 TEST_F(ExportTest, WritesWhatWasMadeInTheScene) {
@@ -334,7 +361,8 @@ TEST_F(ExportTest, WritesTheRevisionAskedFor) {
     file.palette(kPoints).push().group("a").polygon("f", {0, 1, 2}).pop();
     import(file);
     const std::pair<std::uint32_t, std::uint32_t> cases[] = {
-        {0, 1580}, {1420, 1420}, {1500, 1500}, {1510, 1510}, {1540, 1540}, {1580, 1580}};
+        {0, 1610},    {1420, 1420}, {1500, 1500}, {1510, 1510},
+        {1540, 1540}, {1580, 1580}, {1600, 1600}, {1660, 1660}};
     for (const auto& [asked, written] : cases) {
         const std::vector<std::uint8_t> out = exported({asked, false});
         const interchange::Outline outline = interchange::readOutline(out);
@@ -343,10 +371,117 @@ TEST_F(ExportTest, WritesTheRevisionAskedFor) {
         const std::size_t face = interchange::recordAt(out, outline.nodes[2].record).size();
         EXPECT_EQ(face, written < 1510 ? 64U : 80U);
     }
-    EXPECT_EQ(interchange::exportFile(pathOf("x.flt").c_str(), {1600, false}, report, host),
+    EXPECT_EQ(interchange::exportFile(pathOf("x.flt").c_str(), {1590, false}, report, host),
               IMPEXP_FAIL);
-    EXPECT_EQ(report.error, "revision 1600 cannot be written; 1420 to 1580 can");
+    EXPECT_EQ(report.error, "revision 1590 cannot be written; 1420 to 1580 and 1600 to 1660 can");
     EXPECT_FALSE(std::filesystem::exists(pathOf("x.flt")));
+
+    core.newScene();
+    import(FltBytes("f", 1700).push().group("a").pop());
+    knownFindings = "";
+    EXPECT_EQ(interchange::readOutline(exported()).revision, 1660U) << "the nearest";
+}
+
+TEST_F(ExportTest, SaysWhatAnOlderRevisionCannot) {
+    FltBytes file("f", 1610);
+    file.record(133, Bytes().zeros(60))
+        .palette(kPoints)
+        .push()
+        .group("a")
+        .record(131, Bytes().zeros(16));
+    file.record(111, Bytes().zeros(152)).record(111, Bytes().zeros(152));
+    // A colour beyond 16 bits, one within, and one that nobody sees.
+    file.face("far", 0, 0, 70'000).face("near", 0x20000000, 0, 7).face("no", 0x60000000, 0, 70'000);
+    INode* const database = import(file.pop());
+    auto header = recordOf<FltHeader>(database);
+    header.earthMajorAxis = 6378137;
+    ASSERT_TRUE(fltPutRecord(database, header));
+    const auto saidOf = [&](std::uint32_t revision) {
+        exported({revision, false});
+        return report.summary.substr(report.summary.rfind(')') + 1);
+    };
+    EXPECT_EQ(saidOf(0), "");
+    EXPECT_EQ(saidOf(1660), "");
+    EXPECT_EQ(saidOf(1600), "") << "what 16.x got since 16.0 is not told apart";
+    EXPECT_EQ(saidOf(1580), ", which OpenFlight 15.8 cannot say in full: 1 shader");
+    EXPECT_EQ(
+        saidOf(1570),
+        ", which OpenFlight 15.7 cannot say in full: 1 light point system, 1 shader, fields of "
+        "the header");
+    EXPECT_EQ(saidOf(1420),
+              ", which OpenFlight 14.2 cannot say in full: 2 light points, 1 light point system, 1 "
+              "shader, colours of 1 face, fields of the header");
+}
+
+// A header as published, in the places of which every byte says something.
+TEST_F(ExportTest, GivesHeadersBackByteForByte) {
+    const auto headerOf = [](std::uint32_t revision, std::size_t length) {
+        Bytes body;
+        body.field("base", 8).u32(revision);
+        for (std::size_t at = 16; at < length; ++at) body.u8(static_cast<unsigned>(at % 83 + 1));
+        return body;
+    };
+    const std::pair<std::uint32_t, std::size_t> cases[] = {
+        {1420, 256}, {1420, 280}, {1510, 280}, {1540, 280}, {1560, 278}, {1570, 304}, {1570, 320},
+        {1580, 324}, {1580, 328}, {1580, 200}, {1580, 401}, {1610, 324}, {1660, 324}};
+    for (const auto& [revision, length] : cases) {
+        SCOPED_TRACE(std::to_string(revision) + ", " + std::to_string(length));
+        core.newScene();
+        Bytes file;
+        file.u16(1).u16(static_cast<unsigned>(length)).append(headerOf(revision, length));
+        INode* const database = import(file);
+        EXPECT_EQ(exported(), file.vector());
+
+        // An edit touches its own bytes alone.
+        auto header = recordOf<FltHeader>(database);
+        header.projectionType = 0x11223344;
+        std::vector<std::uint8_t> edited = file.vector();
+        const auto edit = [&](std::size_t at, std::initializer_list<std::uint8_t> bytes) {
+            std::ranges::copy(bytes, edited.begin() + static_cast<std::ptrdiff_t>(at));
+        };
+        edit(92, {0x11, 0x22, 0x33, 0x44});
+        if (revision > 1420 && length > 270) {
+            header.earthEllipsoidModel = 5;
+            edit(268, {0, 0, 0, 5});
+        }
+        if (revision >= 1580 && length > 300) {
+            header.radius = 1;
+            header.utmZone = 33;
+            header.earthMinorAxis = 2;
+            edit(276, {0, 33});
+            edit(292, {0x3F, 0xF0, 0, 0, 0, 0, 0, 0});
+            edit(316, {0x40, 0, 0, 0, 0, 0, 0, 0});
+        }
+        ASSERT_TRUE(fltPutRecord(database, header));
+        EXPECT_EQ(exported(), edited);
+    }
+    // A header too short for the counter that names the new node keeps its length.
+    core.newScene();
+    Bytes cut;
+    cut.u16(1).u16(200).append(headerOf(1580, 200));
+    INode* const points = host.CreateObjectNode(new DummyObject, "points");
+    ASSERT_TRUE(import(cut)->AttachChild(points, false));
+    ASSERT_TRUE(fltEnsureKind(points, FltNodeKind::LightPoint, kFltRevision));
+    ASSERT_TRUE(fltPutRecord(points, FltLightPoint()));
+    const std::vector<std::uint8_t> out = exported();
+    ASSERT_GT(out.size(), 200U);
+    EXPECT_TRUE(std::equal(cut.vector().begin(), cut.vector().end(), out.begin()));
+    EXPECT_EQ(interchange::readOutline(out).nodes.size(), 2U);
+}
+
+TEST_F(ExportTest, MakesNewMaterialsOpaque) {
+    INode* const box = host.CreateObjectNode(new BoxObject(2, 2, 2), "box");
+    KilnFace options;
+    options.useMaterial = 1;
+    ASSERT_TRUE(fltPutOptions(box, options));
+    const std::vector<std::uint8_t> out = exported();
+    FltFileReader reader(out);
+    while (reader.next() && reader.opcode() != kFltMaterial) {
+    }
+    ASSERT_EQ(reader.opcode(), kFltMaterial);
+    const auto material = std::span(out).subspan(reader.offset());
+    EXPECT_EQ(interchange::float32At(material, 72), 0) << "shininess";
+    EXPECT_EQ(interchange::float32At(material, 76), 1) << "alpha";
 }
 
 TEST_F(ExportTest, WritesEditedLights) {

@@ -38,6 +38,15 @@ TEST_F(FileTest, ImportsThroughThePlugIn) {
     EXPECT_EQ(recordingBrowser().title, "机场 one.flt");
 }
 
+TEST_F(FileTest, LeavesOutStrayBytesAtTheEnd) {
+    const std::string path =
+        folder.write(u8"stray.flt", FltBytes("f").push().group("a").pop().append(Bytes().u8(7)));
+    const kiln::ImportResult result = core.importFile(path);
+    EXPECT_EQ(result.message,
+              "imported 2 nodes (1 group, 1 header), left out 1 stray byte at the end");
+    EXPECT_EQ(tree(), "f(a)");
+}
+
 TEST_F(FileTest, RefusesInOneSentence) {
     FltBytes cut = FltBytes().group("a");
     cut.vector().resize(340);

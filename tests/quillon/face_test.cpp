@@ -3,6 +3,7 @@
 #include <quillon/fltface.h>
 #include <quillon/flttext.h>
 
+#include <numeric>
 #include <tuple>
 
 namespace {
@@ -86,6 +87,12 @@ TEST(FaceTest, ReadsPackedColorsAndNeverWritesThem) {
         EXPECT_EQ(face.packedAlternateColor, FltPackedColor::fromComponents(8, 7, 6, 5));
         const Bytes bytes = encode(face, revision);
         EXPECT_EQ(toHex({bytes.begin() + 56, bytes.begin() + 64}), toHex(hex("00:8")));
+        FltToken token;
+        face.writeFileToken(token, revision);
+        token.finish();
+        Bytes withColors = bytes;
+        std::iota(withColors.begin() + 56, withColors.begin() + 64, std::uint8_t{1});
+        EXPECT_EQ(toHex(bytesOf(token)), toHex(withColors)) << "but for files";
     }
     EXPECT_EQ(FltPackedColor::fromComponents(-1, -1, -1, -1),
               (FltPackedColor{0xFF, 0xFF, 0xFF, 0xFF}));

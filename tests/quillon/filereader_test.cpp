@@ -63,6 +63,25 @@ TEST(FileReaderTest, TakesANegativeRevisionForAnOldOne) {
     EXPECT_EQ(reader.revision(), 0U);
 }
 
+TEST(FileReaderTest, LeavesOutStrayBytesBehindAFileThatIsComplete) {
+    for (const char* const words : {"000A 0004 000B 0004 FF", "000A 0004 000B 0004 000200"}) {
+        const Bytes bytes = hex(words);
+        FltFileReader reader(bytes);
+        ASSERT_TRUE(reader.next() && reader.next());
+        EXPECT_EQ(reader.strayBytes(), 0U) << "not at the end yet";
+        EXPECT_FALSE(reader.next());
+        EXPECT_EQ(reader.strayBytes(), bytes.size() - 8) << words;
+        EXPECT_FALSE(reader.next());
+    }
+}
+
+TEST(FileReaderTest, GoesByTheFirstHeader) {
+    const Bytes bytes = hex("0001 0010 'db':8 0000058C 0001 0010 'db':8 0000062C");
+    FltFileReader reader(bytes);
+    ASSERT_TRUE(reader.next() && reader.next());
+    EXPECT_EQ(reader.revision(), 1420U);
+}
+
 TEST(FileReaderTest, NamesTheOffsetOfWhatIsDamaged) {
     const std::tuple<const char*, std::size_t, const char*> cases[] = {
         {"0002 0008 00:4 0002 0003", 8,
@@ -70,7 +89,8 @@ TEST(FileReaderTest, NamesTheOffsetOfWhatIsDamaged) {
         {"0002 0000", 0, "damaged at byte offset 0: a record says that it is 0 bytes long"},
         {"0002 0006 0000 0002 0006 00", 6,
          "damaged at byte offset 6: a record of 6 bytes, of which the file has 5"},
-        {"0002 0004 0002 00", 4, "damaged at byte offset 4: the file ends within a record header"},
+        {"000A 0004 0002 00", 4, "damaged at byte offset 4: the file ends within a record header"},
+        {"000B 0004 00", 4, "damaged at byte offset 4: the file ends within a record header"},
         {"FF", 0, "damaged at byte offset 0: the file ends within a record header"},
     };
     for (const auto& [words, offset, message] : cases) {

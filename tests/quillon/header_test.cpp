@@ -1,6 +1,6 @@
 #include "support.h"
 
-#include <quillon/fltheader.h>
+#include <quillon/fltfileheader.h>
 
 #include <cstring>
 #include <tuple>
@@ -75,6 +75,47 @@ TEST(HeaderTest, IsLaidOutByItsOwnRevision) {
         // The argument would mean another layout each time; a header does not look at it.
         expectLayout(distinctHeader(revision), start + rest, revision == 1420 ? 1580 : 1420);
     }
+}
+
+// The published layout has the counter once, and the gap ahead of the latitudes at each revision.
+TEST(HeaderTest, IsLaidOutInFilesAsPublished) {
+    const std::string front =
+        "00000007 'noon':32 0065 0066 0067 0068 0002 04 01 12345678 00:24 00000003 00:28 0069 0005 "
+        "000000C8 3FF0:8 4000:8 4008:8 4010:8 006A 006B 00:8 006C 006D 006E 006F 00:4 "
+        "4014:8 4018:8 401C:8 4020:8 4022:8 4024:8 4026:8 4028:8 0070 ";
+    const std::string back = front + "0071 0072 0073 00:8 00000022 0074 ";
+    const std::string older = back + "0075 00:8 402E:8 4030:8 0076 00:2 ";
+    const std::string newer =
+        back + "0075 0021 00:6 402E:8 4030:8 0076 0077 00:4 402A:8 402C:8 00:4";
+    const std::tuple<int, const char*, std::string> cases[] = {
+        {1420, "0001 0100 'base':8 0000058C ", front + "00:2"},
+        {1510, "0001 0118 'base':8 000005E6 ", back + "0075 00:4"},
+        {1540, "0001 0118 'base':8 00000604 ", back + "00:6"},
+        {1560, "0001 0118 'base':8 00000618 ", back + "0075 00:4"},
+        {1570, "0001 0130 'base':8 00000622 ", older},
+        {1580, "0001 0148 'base':8 0000062C ", newer},
+        {1610, "0001 0148 'base':8 0000064A ", newer},
+    };
+    for (const auto& [revision, start, rest] : cases) {
+        const FltHeader stored = distinctHeader(revision);
+        expectLayout(FltFileHeader(stored), start + rest, revision == 1420 ? 1580 : 1420,
+                     fltCreateFileRecord);
+        // What a scene keeps of it is the same as what it was made of.
+        FltFileHeader file;
+        decode(file, hex(start + rest));
+        EXPECT_EQ(toHex(encode(static_cast<FltHeader>(file))), toHex(encode(stored))) << revision;
+    }
+    const Bytes bytes = hex("0001 0148 'base':8 0000062C " + newer);
+    const auto at = [&](std::size_t offset) {
+        return unsigned{bytes[offset]} << 8 | bytes[offset + 1];
+    };
+    EXPECT_EQ(at(252), 0x70U);
+    EXPECT_EQ(at(254), 0x71U);
+    EXPECT_EQ(at(270), 0x22U);
+    EXPECT_EQ(at(276), 33U);
+    EXPECT_EQ(at(284), 0x402EU);
+    EXPECT_EQ(at(302), 0x77U);
+    EXPECT_EQ(at(316), 0x402CU);
 }
 
 TEST(HeaderTest, HasItsDefaults) {

@@ -88,6 +88,8 @@ TEST(LightPointTest, MovesItsWordsBitForBit) {
     FltLightPoint point;
     decode(point, hex(record));
     EXPECT_EQ(toHex(encode(point)), toHex(hex(record)));
+    EXPECT_NE(fieldsOf(point).find("reserved -1 2141266757\n"), std::string::npos)
+        << "a word of unknown meaning is shown as a whole number";
 }
 
 TEST(LightSourceTest, LaysOutItsFields) {

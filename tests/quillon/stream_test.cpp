@@ -242,13 +242,33 @@ TEST_F(StreamFileTest, PutsTheFinalCountersIntoTheHeader) {
     EXPECT_FALSE(reader.next());
 }
 
+TEST_F(StreamFileTest, BeginsWithAHeaderAsPublished) {
+    FltHeader header;
+    header.radius = 1;
+    FltStream stream;
+    ASSERT_TRUE(stream.open(name_, header));
+    FltLightPoint().write(stream);
+    ASSERT_TRUE(stream.close());
+    const FltFileBytes file = FltFileBytes::load(name_);
+    ASSERT_GE(file.bytes().size(), 328U);
+    EXPECT_EQ(file.bytes()[255], 2) << "the light point counter, which has moved on";
+    EXPECT_EQ(file.bytes()[292], 0x3F);
+    FltFileReader reader(file.bytes());
+    ASSERT_TRUE(reader.next());
+    EXPECT_EQ(reader.header().radius, 1);
+    EXPECT_EQ(reader.header().nextLightPointId, 2);
+}
+
 TEST_F(StreamFileTest, DoesNotWriteALongerHeaderOverWhatFollows) {
     struct : FltHeaderForm {
-        void putHeader(FltToken& token, const FltHeader& header) override {
+        std::span<const std::uint8_t> layOutHeader(const FltHeader& header) override {
             header.writeToken(token, header.revision());
             for (int i = 0; i < calls; ++i) token.writeInt64(std::uint64_t{1});
             ++calls;
+            token.finish();
+            return {token.data(), token.length()};
         }
+        FltToken token;
         int calls = 0;
     } growing;
     FltStream stream;

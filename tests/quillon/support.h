@@ -93,11 +93,12 @@ inline std::string fieldsOf(const FltRecord& record) {
 
 /// The record is written as `literal`, and `literal` read into a fresh one gives the same fields.
 inline void expectLayout(const FltRecord& record, std::string_view literal,
-                         std::uint32_t revision = 1580) {
+                         std::uint32_t revision = 1580,
+                         decltype(fltCreateRecord)& create = fltCreateRecord) {
     SCOPED_TRACE("opcode " + std::to_string(record.opcode()) + " at " + std::to_string(revision));
     const Bytes bytes = hex(literal);
     EXPECT_EQ(toHex(encode(record, revision)), toHex(bytes));
-    const std::unique_ptr<FltRecord> fresh = fltCreateRecord(record.opcode());
+    const std::unique_ptr<FltRecord> fresh = create(record.opcode());
     ASSERT_TRUE(fresh);
     decode(*fresh, bytes, revision);
     EXPECT_EQ(fieldsOf(*fresh), fieldsOf(record));

@@ -4,6 +4,17 @@
 
 namespace {
 
+// A number in the place of one of the other sort does not compile.
+template <typename T>
+concept WritesAsInteger = requires(FltToken& token, T value) {
+    token.writeInt32(value);
+}
+|| requires(FltToken& token, T value) {
+    token.writeInt64(value);
+};
+static_assert(WritesAsInteger<std::int32_t> && WritesAsInteger<std::uint64_t>);
+static_assert(!WritesAsInteger<float> && !WritesAsInteger<double>);
+
 TEST(TokenTest, WritesBigEndian) {
     FltToken token;
     EXPECT_TRUE(token.ownsBuffer());
@@ -11,9 +22,9 @@ TEST(TokenTest, WritesBigEndian) {
     token.begin(0x1234);
     token.writeInt8<std::int8_t>(-2);
     token.writeInt16<std::uint16_t>(0xABCD);
-    token.writeInt32(1.5F);
+    token.writeFloat(1.5F);
     token.writeInt32(-2);
-    token.writeInt64(-2.0);
+    token.writeDouble(-2.0);
     token.writeBytes(3, "abc");
     EXPECT_EQ(token.skip(2), 2U);
     token.finish();

@@ -7,6 +7,7 @@
 #include <quillon/fltfactory.h>
 #include <quillon/fltfilereader.h>
 #include <quillon/fltopcode.h>
+#include <quillon/fltrevision.h>
 #include <quillon/fltswitch.h>
 
 #include <algorithm>
@@ -19,9 +20,6 @@
 namespace fltool {
 
 namespace {
-
-constexpr std::int32_t kOldestRevision = 1420;
-constexpr std::int32_t kNewestRevision = 1580;
 
 std::string number(std::int64_t value) {
     return std::to_string(value);
@@ -101,10 +99,9 @@ private:
         if (first_ && opcode != kFltHeader) reportHere("the file does not begin with its header");
         if (opcode != kFltHeader) return;
         if (!first_) reportHere("a header that is not the first record");
-        const std::int32_t revision = reader_.header().formatRevision;
-        if (revision < kOldestRevision || revision > kNewestRevision)
-            reportHere("format revision " + number(revision) + " is outside " +
-                       number(kOldestRevision) + " to " + number(kNewestRevision));
+        if (first_ && !fltIsWritable(reader_.revision()))
+            reportHere("format revision " + number(reader_.header().formatRevision) +
+                       " is none of 1420 to 1580 and 1600 to 1660");
     }
 
     void checkNesting(std::uint16_t opcode) {
@@ -112,18 +109,23 @@ private:
             open(opcode);
         } else if (fltIsPop(opcode)) {
             close(opcode);
-        } else if (isNode(opcode)) {
+        } else if (isNode(opcode) && !inOpaqueLevel()) {
             if (!levels_.empty()) ++levels_.back().children;
             pendingBits_.reset();
         }
+    }
+
+    /// Whether what stands here is no node, but belongs to the extensions or attributes of one.
+    bool inOpaqueLevel() const {
+        return reader_.nesting().extension > 0 || reader_.nesting().attribute > 0;
     }
 
     void open(std::uint16_t opcode) {
         OpenLevel level;
         level.opcode = opcode;
         level.offset = reader_.offset();
-        // The children of a switch stand in the first level behind it.
-        if (opcode == kFltPushLevel) {
+        // The children of a switch stand in the first level behind it, or behind its extensions.
+        if (opcode == kFltPushLevel && !inOpaqueLevel()) {
             level.maskBits = pendingBits_;
             level.switchOffset = pendingOffset_;
             pendingBits_.reset();
@@ -149,7 +151,8 @@ private:
             report(level.switchOffset, "FLT_SWITCH: a switch of " + number(level.children) +
                                            " children whose masks have " + number(*level.maskBits) +
                                            " bits");
-        pendingBits_.reset();
+        if (!inOpaqueLevel() && opcode != kFltPopExtension && opcode != kFltPopAttribute)
+            pendingBits_.reset();
     }
 
     void abandon() {
@@ -160,7 +163,7 @@ private:
 
     void checkFields(std::uint16_t opcode) {
         std::unique_ptr<FltRecord>& record = records_[opcode];
-        if (!record) record = fltCreateRecord(opcode);
+        if (!record) record = fltCreateFileRecord(opcode);
         if (!record) return;
         try {
             record->readFromFile(&reader_.token());
@@ -191,6 +194,8 @@ private:
 
     void finish(std::size_t size) {
         if (size == 0) report(0, "an empty file");
+        if (const std::size_t stray = reader_.strayBytes(); stray != 0)
+            report(size - stray, strayText(stray));
         const std::string paletteFinding = palette_.finish();
         if (!paletteFinding.empty()) report(palette_.offset(), paletteFinding);
         while (!levels_.empty()) abandon();

@@ -3,6 +3,7 @@
 #include "commands.h"
 
 #include <quillon/fltfilereader.h>
+#include <quillon/fltrevision.h>
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -60,9 +61,10 @@ struct CommandLine {
         addFile(*convertCommand, "OUT", convertOptions.output, "The file to write; may be IN");
         convertCommand
             ->add_option("--revision", convertOptions.revision,
-                         "Revision to write, 1420 to 1580 (1580 when not given)")
+                         "Revision to write, 1420 to 1580 or 1600 to 1660 (1580 when not given)")
             ->type_name("N")
-            ->check(CLI::Range(1420U, 1580U));
+            ->check(CLI::Range(kFltOldestRevision, kFltNewest15Revision) |
+                    CLI::Range(kFltOldest16Revision, kFltNewestRevision));
 
         addFile(*statsCommand, "FILE", file, "The file to count");
     }
@@ -81,18 +83,18 @@ struct CommandLine {
                            [&](const CLI::App* command) { return command->get_name() == name; });
     }
 
-    int execute(std::ostream& out) {
+    int execute(std::ostream& out, std::ostream& notes) {
         if (dumpCommand->parsed()) {
             dumpOptions.file = file;
             for (const int opcode : opcodes)
                 dumpOptions.opcodes.insert(static_cast<std::uint16_t>(opcode));
-            dump(dumpOptions, out);
+            dump(dumpOptions, out, notes);
         } else if (checkCommand->parsed()) {
             if (check(file, out) > 0) return kFindings;
         } else if (convertCommand->parsed()) {
-            convert(convertOptions, out);
+            convert(convertOptions, out, notes);
         } else {
-            stats(file, out);
+            stats(file, out, notes);
         }
         return kDone;
     }
@@ -115,12 +117,21 @@ int parseAndExecute(const std::vector<std::string>& arguments, std::ostream& out
     } catch (const CLI::ParseError& problem) {
         return fail(out, error, std::string(problem.what()) + " (see fltool --help)");
     }
-    const int code = commandLine.execute(out);
+    const int code = commandLine.execute(out, error);
     if (!out.flush()) return fail(out, error, "cannot write the output");
     return code;
 }
 
 }  // namespace
+
+std::string strayText(std::size_t count) {
+    return count == 1 ? "1 stray byte behind the last record"
+                      : std::to_string(count) + " stray bytes behind the last record";
+}
+
+void noteStrayBytes(std::size_t count, std::ostream& notes) {
+    if (count != 0) notes << "fltool: left out " << strayText(count) << '\n';
+}
 
 int run(const std::vector<std::string>& arguments, std::ostream& out,
         std::ostream& error) noexcept {

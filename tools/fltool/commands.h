@@ -21,10 +21,15 @@ struct DumpOptions {
     std::set<std::uint16_t> opcodes;  ///< the records to show; all when empty
 };
 
+/// What is said of bytes behind the last record that are too few for another.
+std::string strayText(std::size_t count);
+/// The same as a line of its own; nothing for none.
+void noteStrayBytes(std::size_t count, std::ostream& notes);
+
 /// Shows every record and the fields of those that are known. A damaged file is shown up to the
 /// damage. Throws `FltFileError` at that place and `std::system_error` for a file that cannot be
-/// read.
-void dump(const DumpOptions& options, std::ostream& out);
+/// read. One line on `notes` for what was left out at the file's end.
+void dump(const DumpOptions& options, std::ostream& out, std::ostream& notes);
 
 /// Prints one line per finding. Gives their number. Throws `std::system_error` for a file that
 /// cannot be read; damage is a finding.
@@ -33,15 +38,15 @@ std::size_t check(const std::string& file, std::ostream& out);
 struct ConvertOptions {
     std::string input;
     std::string output;
-    std::uint32_t revision = 1580;  ///< OpenFlight revision x 100, 1420 to 1580
+    std::uint32_t revision = 1580;  ///< OpenFlight revision x 100, 1420 to 1580 or 1600 to 1660
 };
 
 /// Writes the input's records at another revision. The output appears, or is replaced, only when
 /// it is whole; it may be the input. Throws `CommandError` when it cannot be written, otherwise as
 /// `dump`.
-void convert(const ConvertOptions& options, std::ostream& out);
+void convert(const ConvertOptions& options, std::ostream& out, std::ostream& notes);
 
 /// Prints a table of counts and sizes. Throws as `dump`, before it prints anything.
-void stats(const std::string& file, std::ostream& out);
+void stats(const std::string& file, std::ostream& out, std::ostream& notes);
 
 }  // namespace fltool

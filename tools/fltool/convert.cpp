@@ -3,6 +3,7 @@
 
 #include <base/replacefile.h>
 #include <diagnostics/assertion.h>
+#include <quillon/fltface.h>
 #include <quillon/fltfactory.h>
 #include <quillon/fltfilereader.h>
 #include <quillon/fltopcode.h>
@@ -14,10 +15,13 @@
 #include <memory>
 #include <ostream>
 #include <system_error>
+#include <vector>
 
 namespace fltool {
 
 namespace {
+
+constexpr std::size_t kRecordHeader = 4;
 
 class Converter : private FltHeaderForm {
 public:
@@ -36,14 +40,14 @@ public:
         if (!stream.close()) throw CommandError("cannot write " + options_.output);
     }
 
+    std::size_t strayBytes() const noexcept { return reader_.strayBytes(); }
     std::size_t decoded() const noexcept { return decoded_; }
     std::size_t copied() const noexcept { return copied_; }
 
 private:
     void open(FltStream& stream, const std::string& path) {
         sourceRevision_ = reader_.revision();
-        constexpr std::size_t kLongestPadded = 0xFFF8;
-        headerBytes_ = bytes_.first(std::min<std::size_t>(reader_.length(), kLongestPadded));
+        source_ = bytes_.first(reader_.length());
         FltHeader header = reader_.header();
         header.formatRevision = static_cast<std::int32_t>(options_.revision);
         if (!stream.open(path, header, this))
@@ -52,10 +56,26 @@ private:
         ++decoded_;
     }
 
-    void putHeader(FltToken& token, const FltHeader& header) override {
+    /// The header as it was, with the new revision, and with the fields that this one has more or
+    /// less than that one.
+    std::span<const std::uint8_t> layOutHeader(const FltHeader& header) override {
         reader_.header().writeToken(layout_, sourceRevision_);
-        header.writeToken(token, options_.revision);
-        appendTail(token, headerBytes_);
+        FltFileHeader(header).writeToken(token_, options_.revision);
+        const bool sameLayout = token_.length() == layout_.length();
+        if (!sameLayout) token_.finish();
+        header_.assign(token_.data(), token_.data() + token_.length());
+        const std::size_t common =
+            std::min<std::size_t>({header_.size(), layout_.length(), source_.size()});
+        for (std::size_t i = kRecordHeader; i < common; ++i) {
+            if (header_[i] == layout_.data()[i]) header_[i] = source_[i];
+        }
+        if (sameLayout) {
+            header_.resize(common);
+            header_.insert(header_.end(), source_.begin() + static_cast<std::ptrdiff_t>(common),
+                           source_.end());
+        }
+        fltStoreBigEndian(&header_[2], static_cast<std::uint16_t>(header_.size()));
+        return header_;
     }
 
     void convertRecord(FltStream& stream) {
@@ -89,7 +109,11 @@ private:
     // Not `FltRecord::write`, which would give a name to what has none.
     void encode(FltToken& token, const FltRecord& record, std::span<const std::uint8_t> source) {
         record.writeToken(layout_, sourceRevision_);
-        record.writeToken(token, options_.revision);
+        if (record.opcode() == kFltFace) {
+            static_cast<const FltFace&>(record).writeFileToken(token, options_.revision);
+        } else {
+            record.writeToken(token, options_.revision);
+        }
         // The rest of a comment is what stands behind its terminator.
         if (record.opcode() != kFltComment) appendTail(token, source);
         token.finish();
@@ -106,7 +130,9 @@ private:
     std::span<const std::uint8_t> bytes_;
     FltFileReader reader_;
     std::uint32_t sourceRevision_ = 0;
-    std::span<const std::uint8_t> headerBytes_;
+    std::span<const std::uint8_t> source_;  ///< of the header
+    std::vector<std::uint8_t> header_;
+    FltToken token_;
     std::map<std::uint16_t, std::unique_ptr<FltRecord>> records_;  ///< one of each class, reused
     FltToken layout_;
     std::size_t decoded_ = 0;
@@ -115,7 +141,7 @@ private:
 
 }  // namespace
 
-void convert(const ConvertOptions& options, std::ostream& out) {
+void convert(const ConvertOptions& options, std::ostream& out, std::ostream& notes) {
     const FltFileBytes file = FltFileBytes::load(options.input);
     base::FileReplacement temporary(options.output);
     Converter converter(options, file);
@@ -126,6 +152,7 @@ void convert(const ConvertOptions& options, std::ostream& out) {
     temporary.takePlace();
     out << converter.decoded() << " records written at revision " << options.revision << ", "
         << converter.copied() << " copied as they were\n";
+    noteStrayBytes(converter.strayBytes(), notes);
 }
 
 }  // namespace fltool

@@ -68,7 +68,7 @@ std::string bytesOf(const Json& json) {
 /// The fields of the reader's current record; null for a class that is not known. Sets `error` for
 /// bytes that the class refuses.
 Json fieldsOf(FltFileReader& reader, std::string& error) {
-    const std::unique_ptr<FltRecord> record = fltCreateRecord(reader.opcode());
+    const std::unique_ptr<FltRecord> record = fltCreateFileRecord(reader.opcode());
     if (!record) return nullptr;
     try {
         record->readFromFile(&reader.token());
@@ -149,7 +149,7 @@ std::unique_ptr<Printer> makePrinter(bool json, std::ostream& out) {
 
 }  // namespace
 
-void dump(const DumpOptions& options, std::ostream& out) {
+void dump(const DumpOptions& options, std::ostream& out, std::ostream& notes) {
     const FltFileBytes file = FltFileBytes::load(options.file);
     FltFileReader reader(file.bytes());
     Progress progress(file.bytes().size(), true);
@@ -166,6 +166,7 @@ void dump(const DumpOptions& options, std::ostream& out) {
         throw;
     }
     printer->end();
+    noteStrayBytes(reader.strayBytes(), notes);
 }
 
 }  // namespace fltool

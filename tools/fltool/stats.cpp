@@ -39,7 +39,7 @@ void printRow(std::ostream& out, const char* opcode, const char* name, const Row
 
 }  // namespace
 
-void stats(const std::string& file, std::ostream& out) {
+void stats(const std::string& file, std::ostream& out, std::ostream& notes) {
     const FltFileBytes bytes = FltFileBytes::load(file);
     FltFileReader reader(bytes.bytes());
     std::map<std::uint16_t, Row> rows;
@@ -58,6 +58,7 @@ void stats(const std::string& file, std::ostream& out) {
     for (const auto& [opcode, row] : rows)
         printRow(out, std::to_string(opcode).c_str(), fltOpcodeName(opcode), row);
     printRow(out, "", "all", all);
+    noteStrayBytes(reader.strayBytes(), notes);
 }
 
 }  // namespace fltool

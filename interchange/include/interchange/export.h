@@ -8,13 +8,9 @@ class Interface;
 
 namespace interchange {
 
-/// The revisions that can be written, x 100.
-inline constexpr std::uint32_t kOldestExport = 1420;
-inline constexpr std::uint32_t kNewestExport = 1580;
-
 struct ExportOptions {
-    /// Format revision x 100, from `kOldestExport` to `kNewestExport`; 0 for that of the database's
-    /// header record, or the nearest that can be written.
+    /// Format revision x 100, one of those that `fltIsWritable` allows; 0 for that of the
+    /// database's header record, or the nearest that can be written.
     std::uint32_t revision = 0;
     /// Only selected nodes with what lies below them and the nodes above them, and so the instance
     /// definitions that these refer to.

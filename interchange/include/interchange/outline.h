@@ -63,6 +63,7 @@ struct Outline {
 
     std::uint32_t longIds = 0;         ///< long identifiers read
     std::uint32_t unknownRecords = 0;  ///< records of opcodes that nobody here knows
+    std::uint32_t strayBytes = 0;      ///< behind the last record, too few for another; left out
 };
 
 /// Levels of push records may nest this deep; deeper files are refused. Far beyond real content,
@@ -73,7 +74,8 @@ inline constexpr std::size_t kDeepestLevel = 512;
 /// offset only, so it owns nothing of them.
 ///
 /// The length of every record is taken from the file. Records between a push and pop of extension
-/// or attribute levels are no nodes, but pieces of the node that they follow. Throws `FltFileError`
+/// or attribute levels are no nodes, but pieces of the node that they follow. Up to three stray
+/// bytes behind the last record are passed over when all levels are closed. Throws `FltFileError`
 /// for a file that is empty, cut short, older than the format, nested wrongly or too deeply, or
 /// that contradicts itself.
 Outline readOutline(FileBytes bytes);

@@ -13,6 +13,10 @@ template <typename T, std::size_t size>
 concept FltNumberOf = (std::is_arithmetic_v<T> || std::is_enum_v<T>)&&!std::same_as<T, bool> &&
                       sizeof(T) == size;
 
+/// One of them that is no floating-point value.
+template <typename T, std::size_t size>
+concept FltIntegerOf = FltNumberOf<T, size> && !std::floating_point<T>;
+
 template <typename T>
 concept FltNumber =
     FltNumberOf<T, 1> || FltNumberOf<T, 2> || FltNumberOf<T, 4> || FltNumberOf<T, 8>;

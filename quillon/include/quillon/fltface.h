@@ -18,6 +18,13 @@ public:
     void readToken(FltToken& token, std::uint32_t revision) override;
     void visitFields(FltFieldVisitor& visitor) const override;
 
+    /// In `flags`: the packed colours count, and not the indices.
+    static constexpr std::uint32_t kPackedColors = 0x10000000;
+
+    /// As `writeToken`, with the packed colours, for files: a flag that makes them count must not
+    /// stand there without them.
+    void writeFileToken(FltToken& token, std::uint32_t revision) const;
+
     char asciiId[8] = {};  ///< NUL-padded; a first byte of 0 means no name yet
     std::int32_t irColorCode = 0;
     std::int16_t relativePriority = 0;
@@ -37,8 +44,9 @@ public:
     std::uint8_t lineStyleIndex = 0;
     std::uint32_t flags = 0x60000000;  ///< no colour, no alternate colour
     std::uint8_t lightMode = 0;
-    FltPackedColor packedPrimaryColor{0xFF, 0xFF, 0xFF, 0xFF};    ///< kept as read, never written
-    FltPackedColor packedAlternateColor{0xFF, 0xFF, 0xFF, 0xFF};  ///< kept as read, never written
+    // Kept as read; `writeToken` leaves zeros in their place.
+    FltPackedColor packedPrimaryColor{0xFF, 0xFF, 0xFF, 0xFF};
+    FltPackedColor packedAlternateColor{0xFF, 0xFF, 0xFF, 0xFF};
     std::int16_t textureMappingIndex = -1;
     std::uint32_t primaryColorIndex = 0;
     std::uint32_t alternateColorIndex = 0;

@@ -8,3 +8,7 @@
 
 /// A record with its defaults, of the class that `opcode` names; null for an opcode without one.
 std::unique_ptr<FltRecord> fltCreateRecord(std::uint16_t opcode);
+
+/// The same for a record of a file, where the header is laid out in another way: an
+/// `FltFileHeader`.
+std::unique_ptr<FltRecord> fltCreateFileRecord(std::uint16_t opcode);

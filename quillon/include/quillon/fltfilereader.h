@@ -1,7 +1,7 @@
 // The input side of an OpenFlight file.
 #pragma once
 
-#include <quillon/fltheader.h>
+#include <quillon/fltfileheader.h>
 #include <quillon/fltnesting.h>
 #include <quillon/flttoken.h>
 
@@ -61,10 +61,16 @@ public:
     FltFileReader(const FltFileReader&) = delete;
     FltFileReader& operator=(const FltFileReader&) = delete;
 
-    /// Moves to the next record; the first call to the first one. Gives false at the end.
-    /// Throws `FltFileError` when a record's length is below 4 or leads beyond the end; every
-    /// further call throws the same.
+    /// Moves to the next record; the first call to the first one. Gives false at the end, and
+    /// ahead of stray bytes (see there). Throws `FltFileError` when a record's length is below 4 or
+    /// leads beyond the end; every further call throws the same.
     bool next();
+
+    /// After the last record, how many bytes follow it: some programs leave up to three, too few
+    /// for any record, behind a file whose levels are all closed.
+    std::size_t strayBytes() const noexcept {
+        return length_ == 0 && offset_ != 0 ? bytes_.size() - offset_ : 0;
+    }
 
     /// The current record, its cursor at the body. Valid until the next call of `next`.
     FltFileToken& token() noexcept { return token_; }
@@ -80,7 +86,7 @@ public:
     const FltNesting& nesting() const noexcept { return nesting_; }
     std::int32_t level() const noexcept { return nesting_.total(); }
 
-    /// Whether a header record was met, and what the latest one says (defaults before that).
+    /// Whether a header record was met, and what the first one says (defaults before that).
     bool hasHeader() const noexcept { return hasHeader_; }
     const FltHeader& header() const noexcept { return header_; }
 
@@ -95,6 +101,6 @@ private:
     std::uint16_t length_ = 0;  ///< 0 before the first record
     FltNesting nesting_;
     FltFileToken token_;
-    FltHeader header_;
+    FltFileHeader header_;
     bool hasHeader_ = false;
 };

@@ -6,7 +6,8 @@
 
 /// Database header. Unlike every other record it is laid out by its own format revision, not by the
 /// one that `writeToken` and `readToken` are given; read from bytes, by the revision in those
-/// bytes. Latitudes and longitudes are in degrees.
+/// bytes. This is the layout of what scenes keep; files have that of `FltFileHeader`. Latitudes and
+/// longitudes are in degrees.
 class FltHeader : public FltPaletteRec {
 public:
     static constexpr std::uint16_t kOpcode = kFltHeader;

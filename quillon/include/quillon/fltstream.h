@@ -25,8 +25,9 @@ class FltHeaderForm {
 public:
     virtual ~FltHeaderForm() = default;
 
-    /// Puts the header record into `token`, of the same length each time.
-    virtual void putHeader(FltToken& token, const FltHeader& header) = 0;
+    /// The bytes of the whole header record, as many each time; they are written as they are.
+    /// Valid until the next call.
+    virtual std::span<const std::uint8_t> layOutHeader(const FltHeader& header) = 0;
 };
 
 enum class FltStreamMode : std::int32_t { read = 0, write = 1 };
@@ -46,9 +47,9 @@ public:
 
     /// Creates the file (replacing one that exists) and writes `header` as its first record; the
     /// stream's revision is the header's. Gives false when the file cannot be created, true
-    /// otherwise. The path is UTF-8. `form` (not owned, must outlive the file; null for the
-    /// record's own) lays the header out, here and at the end. Throws `AviaryAssertion` when a file
-    /// is open already.
+    /// otherwise. The path is UTF-8. `form` (not owned, must outlive the file; null for that of
+    /// `FltFileHeader`) lays the header out, here and at the end. Throws `AviaryAssertion` when a
+    /// file is open already.
     [[nodiscard]] bool open(const std::string& path, const FltHeader& header = {},
                             FltHeaderForm* form = nullptr);
 
@@ -97,7 +98,7 @@ public:
 
 private:
     void prepareFor(std::uint16_t opcode);
-    void putHeader();
+    std::span<const std::uint8_t> headerBytes();
     bool rewriteHeader();
     bool release() noexcept;
 
@@ -111,7 +112,7 @@ private:
     bool flushing_ = false;
     FltHeader header_;
     FltHeaderForm* headerForm_ = nullptr;
-    std::uint16_t headerLength_ = 0;  ///< of the header at the file's start
+    std::size_t headerLength_ = 0;  ///< of the header at the file's start
     std::FILE* file_ = nullptr;
     bool ownsFile_ = false;
 };

@@ -110,23 +110,27 @@ public:
         readNumber(destination);
     }
 
-    /// Writes one number at the cursor. The type says the width: `writeInt16<std::int16_t>(5)`.
-    template <FltNumberOf<1> T>
+    /// Writes one whole number at the cursor. The type says the width:
+    /// `writeInt16<std::int16_t>(5)`. A floating-point value does not compile here, and a whole
+    /// number given to its writers below becomes one.
+    template <FltIntegerOf<1> T>
     void writeInt8(T value) {
         writeNumber(value);
     }
-    template <FltNumberOf<2> T>
+    template <FltIntegerOf<2> T>
     void writeInt16(T value) {
         writeNumber(value);
     }
-    template <FltNumberOf<4> T>
+    template <FltIntegerOf<4> T>
     void writeInt32(T value) {
         writeNumber(value);
     }
-    template <FltNumberOf<8> T>
+    template <FltIntegerOf<8> T>
     void writeInt64(T value) {
         writeNumber(value);
     }
+    void writeFloat(float value) { writeNumber(value); }
+    void writeDouble(double value) { writeNumber(value); }
 
     /// Passes `n` reserved bytes, in both directions: moves the cursor over those that exist and
     /// appends zeros for the rest. Gives `n`.

@@ -1,0 +1,34 @@
+#include <quillon/fltopcode.h>
+#include <quillon/fltrevision.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+// By opcode; of records that belong together the leading one.
+constexpr FltNewerRecord kRecords[] = {
+    {kFltMultiTexture, 1560, "multitexture", "multitextures"},
+    {84, 1570, "mesh", "meshes"},
+    {kFltLightPoint, 1500, "light point", "light points"},
+    {kFltTextureMappingPalette, 1510, "texture mapping", "texture mappings"},
+    {kFltColorNamePalette, 1510, "colour name palette", "colour name palettes"},
+    {kFltCat, 1500, "adaptive terrain", "adaptive terrains"},
+    {kFltAdaptiveAttribute, 1500, "adaptive attribute", "adaptive attributes"},
+    {kFltCurveNode, 1500, "curve", "curves"},
+    {kFltRoadConstruction, 1500, "road construction", "road constructions"},
+    {128, 1580, "light point appearance", "light point appearances"},
+    {129, 1580, "light point animation", "light point animations"},
+    {130, 1580, "indexed light point", "indexed light points"},
+    {131, 1580, "light point system", "light point systems"},
+    {132, 1580, "indexed string", "indexed strings"},
+    {133, 1600, "shader", "shaders"},
+    {135, 1600, "extended material", "extended materials"},
+};
+
+}  // namespace
+
+const FltNewerRecord* fltNewerRecord(std::uint16_t opcode) noexcept {
+    const auto* const found = std::ranges::find(kRecords, opcode, &FltNewerRecord::opcode);
+    return found == std::end(kRecords) ? nullptr : found;
+}
