@@ -59,11 +59,11 @@ TEST(ConvertTest, WritesEachRecordAtTheNewRevision) {
     ASSERT_GT(out.size(), 256U);
     EXPECT_EQ(toHex(Bytes(out.begin(), out.begin() + 16)), toHex(hex("0001 0100 'db':8 0000058C")));
     EXPECT_EQ(toHex(Bytes(out.begin() + 256, out.end())),
-              toHex(hex("0002 0028 00:28 0A0B0C0D 00:4 "
+              toHex(hex("0002 0024 00:28 0A0B0C0D "
                         "0005 0040 'f':8 00:8 0007 0009 00:40 "
                         "03E7 0006 0102 "
                         "0060 001C 00:12 00000000 40000000 40000000 "
-                        "001F 0008 'hi':4")));
+                        "001F 000C 'hi':8")));
 }
 
 TEST(ConvertTest, KeepsWhatStandsBehindTheHeader) {

@@ -79,19 +79,18 @@ private:
     }
 
     void convertRecord(FltStream& stream) {
-        const auto record = bytes_.subspan(reader_.offset(), reader_.length());
-        if (recode(stream.token(), record)) {
+        if (recode(stream.token())) {
             stream.writeToken(stream.token());
             ++decoded_;
         } else {
-            stream.writeVerbatim(record);
+            stream.writeVerbatim(bytes_.subspan(reader_.offset(), reader_.length()));
             ++copied_;
         }
     }
 
-    /// Puts the current record, whose bytes are `source`, into `token` as it is to be written.
-    /// Gives false for one without a class, and for one that its class refuses.
-    bool recode(FltToken& token, std::span<const std::uint8_t> source) {
+    /// Puts the current record into `token` as the new revision lays it out. Gives false when that
+    /// is no other way, for one without a class, and for one that its class refuses.
+    bool recode(FltToken& token) {
         const std::uint16_t opcode = reader_.opcode();
         std::unique_ptr<FltRecord>& record = records_[opcode];
         if (!record) record = fltCreateRecord(opcode);
@@ -99,31 +98,21 @@ private:
         if (!record || opcode == kFltHeader) return false;
         try {
             record->readToken(reader_.token(), sourceRevision_);
-            encode(token, *record, source);
+            // Not `FltRecord::write`, which would give a name to what has none.
+            record->writeToken(layout_, sourceRevision_);
+            record->writeToken(token, options_.revision);
         } catch (const diagnostics::AviaryAssertion&) {
             return false;
+        }
+        if (std::ranges::equal(bytesOf(token), bytesOf(layout_))) return false;
+        if (opcode == kFltFace) {
+            static_cast<const FltFace&>(*record).writeFileToken(token, options_.revision);
         }
         return true;
     }
 
-    // Not `FltRecord::write`, which would give a name to what has none.
-    void encode(FltToken& token, const FltRecord& record, std::span<const std::uint8_t> source) {
-        record.writeToken(layout_, sourceRevision_);
-        if (record.opcode() == kFltFace) {
-            static_cast<const FltFace&>(record).writeFileToken(token, options_.revision);
-        } else {
-            record.writeToken(token, options_.revision);
-        }
-        // The rest of a comment is what stands behind its terminator.
-        if (record.opcode() != kFltComment) appendTail(token, source);
-        token.finish();
-    }
-
-    /// What a longer record of the same layout holds behind our fields stays there.
-    void appendTail(FltToken& token, std::span<const std::uint8_t> source) const {
-        if (token.length() != layout_.length() || source.size() <= token.length()) return;
-        token.writeBytes(static_cast<std::uint32_t>(source.size() - token.length()),
-                         source.data() + token.length());
+    static std::span<const std::uint8_t> bytesOf(const FltToken& token) {
+        return {token.data(), token.length()};
     }
 
     const ConvertOptions& options_;
