@@ -405,11 +405,12 @@ private:
         const bool losesVertices =
             mesh != nullptr && static_cast<std::uint32_t>(mesh->verts.Count()) < source.cornerCount;
         const bool keepsBead = needsBead(source, record);
-        if (!keepsBead && givenName.empty() && !losesVertices && isPlain(source)) return;
+        const bool keepsPieces = losesVertices || !isPlain(source);
+        if (!keepsBead && givenName.empty() && !keepsPieces) return;
         kept_.begin(outline_.revision);
         if (keepsBead) kept_.bead(recordAt(bytes_, source.record));
         if (!givenName.empty()) kept_.givenName(givenName);
-        keepPieces(source, losesVertices);
+        if (keepsPieces) keepPieces(source, losesVertices);
         keepChunk(node, KeptChunk::records, kept_.bytes());
     }
 
