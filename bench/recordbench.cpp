@@ -18,6 +18,12 @@ constexpr std::uint32_t kRevision = 1580;
 
 using Buffer = std::array<std::uint8_t, 512>;
 
+/// A vertex of the longest kind.
+struct LongVertex : FltVertex {
+    static constexpr std::uint16_t kOpcode = kFltVertexWithTextureAndNormal;
+    LongVertex() : FltVertex(true, true) {}
+};
+
 /// A record with something in it.
 template <typename Record>
 Record sample() {
@@ -25,6 +31,7 @@ Record sample() {
     if (char* id = record.id()) fltSetText({id, 8}, "sample");
     if constexpr (std::is_same_v<Record, FltComment>)
         record.setText("Threshold lights, replaced after the storm.");
+    if constexpr (std::is_same_v<Record, FltVertexList>) record.offsets = {8, 72, 136, 200};
     if constexpr (std::is_same_v<Record, FltSwitch>) {
         record.setMaskBits(40);
         for (int i = 0; i < 4; ++i) record.maskWords.append(0x0F0F0F0F);
@@ -282,6 +289,11 @@ void registerRecordBenches() {
     registerClass<FltLightSource>("FltLightSource");
     registerClass<FltLightSourcePalette>("FltLightSourcePalette");
     registerClass<FltLightPoint>("FltLightPoint");
+    registerClass<LongVertex>("FltVertex");
+    registerClass<FltVertexList>("FltVertexList");
+    registerClass<FltMatrix>("FltMatrix");
+    registerClass<FltMaterial>("FltMaterial");
+    registerClass<FltTexture>("FltTexture");
     benchmark::RegisterBenchmark("framed encode/mix of 13/library", encodeMixLibrary);
     benchmark::RegisterBenchmark("framed encode/mix of 13/raw", encodeMixRaw);
     benchmark::RegisterBenchmark("framed decode/mix of 13/library", decodeMixLibrary);

@@ -854,4 +854,128 @@ std::size_t read(const std::uint8_t* in, std::size_t size, FltSwitch& r) {
     return length;
 }
 
+// Only the longest kind, with a normal and texture coordinates.
+std::size_t write(std::uint8_t* out, std::size_t room, const FltVertex& r) {
+    if (room < 64 || !r.hasNormal || !r.hasTexture) return 0;
+    putStart(out, 70, 64);
+    put(out + 4, r.colorNameIndex);
+    put(out + 6, r.flags);
+    put(out + 8, r.position.x);
+    put(out + 16, r.position.y);
+    put(out + 24, r.position.z);
+    put(out + 32, r.normal.x);
+    put(out + 36, r.normal.y);
+    put(out + 40, r.normal.z);
+    put(out + 44, r.texture.u);
+    put(out + 48, r.texture.v);
+    out[52] = r.packedColor.alpha;
+    out[53] = r.packedColor.blue;
+    out[54] = r.packedColor.green;
+    out[55] = r.packedColor.red;
+    put(out + 56, r.colorIndex);
+    std::memset(out + 60, 0, 4);
+    return 64;
+}
+
+std::size_t read(const std::uint8_t* in, std::size_t size, FltVertex& r) {
+    const std::size_t length = lengthOf(in, size, 70, 60);
+    if (length == 0) return 0;
+    r.hasNormal = r.hasTexture = true;
+    r.colorNameIndex = get<std::int16_t>(in + 4);
+    r.flags = get<std::uint16_t>(in + 6);
+    r.position = {get<double>(in + 8), get<double>(in + 16), get<double>(in + 24)};
+    r.normal = {get<float>(in + 32), get<float>(in + 36), get<float>(in + 40)};
+    r.texture = {get<float>(in + 44), get<float>(in + 48)};
+    r.packedColor = {in[52], in[53], in[54], in[55]};
+    r.colorIndex = get<std::uint32_t>(in + 56);
+    return length;
+}
+
+std::size_t write(std::uint8_t* out, std::size_t room, const FltVertexList& r) {
+    const std::size_t length = 4 + 4 * r.offsets.size();
+    if (room < length || length > 0xFFFF) return 0;
+    putStart(out, 72, static_cast<std::uint16_t>(length));
+    for (std::size_t i = 0; i < r.offsets.size(); ++i) put(out + 4 + 4 * i, r.offsets[i]);
+    return length;
+}
+
+std::size_t read(const std::uint8_t* in, std::size_t size, FltVertexList& r) {
+    const std::size_t length = lengthOf(in, size, 72, 4);
+    if (length == 0) return 0;
+    r.offsets.resize((length - 4) / 4);
+    for (std::size_t i = 0; i < r.offsets.size(); ++i)
+        r.offsets[i] = get<std::uint32_t>(in + 4 + 4 * i);
+    return length;
+}
+
+std::size_t write(std::uint8_t* out, std::size_t room, const FltMatrix& r) {
+    if (room < 72) return 0;
+    putStart(out, 49, 72);
+    for (int i = 0; i < 16; ++i) put(out + 4 + 4 * i, r.rows[i / 4][i % 4]);
+    std::memset(out + 68, 0, 4);
+    return 72;
+}
+
+std::size_t read(const std::uint8_t* in, std::size_t size, FltMatrix& r) {
+    const std::size_t length = lengthOf(in, size, 49, 68);
+    if (length == 0) return 0;
+    for (int i = 0; i < 16; ++i) r.rows[i / 4][i % 4] = get<float>(in + 4 + 4 * i);
+    return length;
+}
+
+std::size_t write(std::uint8_t* out, std::size_t room, const FltMaterial& r) {
+    if (room < 88) return 0;
+    putStart(out, 113, 88);
+    put(out + 4, r.index);
+    std::memcpy(out + 8, r.name, 12);
+    put(out + 20, r.flags);
+    std::uint8_t* place = out + 24;
+    for (const FltColor3f* color : {&r.ambient, &r.diffuse, &r.specular, &r.emissive}) {
+        put(place, color->red);
+        put(place + 4, color->green);
+        put(place + 8, color->blue);
+        place += 12;
+    }
+    put(out + 72, r.shininess);
+    put(out + 76, r.alpha);
+    std::memset(out + 80, 0, 8);
+    return 88;
+}
+
+std::size_t read(const std::uint8_t* in, std::size_t size, FltMaterial& r) {
+    const std::size_t length = lengthOf(in, size, 113, 84);
+    if (length == 0) return 0;
+    r.index = get<std::int32_t>(in + 4);
+    std::memcpy(r.name, in + 8, 12);
+    r.flags = get<std::uint32_t>(in + 20);
+    const std::uint8_t* place = in + 24;
+    for (FltColor3f* color : {&r.ambient, &r.diffuse, &r.specular, &r.emissive}) {
+        *color = {get<float>(place), get<float>(place + 4), get<float>(place + 8)};
+        place += 12;
+    }
+    r.shininess = get<float>(in + 72);
+    r.alpha = get<float>(in + 76);
+    return length;
+}
+
+std::size_t write(std::uint8_t* out, std::size_t room, const FltTexture& r) {
+    if (room < 216) return 0;
+    putStart(out, 64, 216);
+    std::memcpy(out + 4, r.fileName, 200);
+    put(out + 204, r.index);
+    put(out + 208, r.paletteX);
+    put(out + 212, r.paletteY);
+    return 216;
+}
+
+std::size_t read(const std::uint8_t* in, std::size_t size, FltTexture& r) {
+    const std::size_t length = lengthOf(in, size, 64, 216);
+    if (length == 0) return 0;
+    std::memcpy(r.fileName, in + 4, 200);
+    r.index = get<std::int32_t>(in + 204);
+    r.paletteX = get<std::int32_t>(in + 208);
+    r.paletteY = get<std::int32_t>(in + 212);
+    return length;
+}
+
 }  // namespace raw

@@ -13,8 +13,13 @@
 #include <quillon/fltlightsource.h>
 #include <quillon/fltlightsourcepalette.h>
 #include <quillon/fltlod.h>
+#include <quillon/fltmaterial.h>
 #include <quillon/fltobject.h>
 #include <quillon/fltswitch.h>
+#include <quillon/flttexture.h>
+#include <quillon/flttransform.h>
+#include <quillon/fltvertex.h>
+#include <quillon/fltvertexlist.h>
 #include <quillon/fltxref.h>
 
 #include <cstddef>
@@ -58,5 +63,15 @@ std::size_t write(std::uint8_t* out, std::size_t room, const FltComment& r);
 std::size_t read(const std::uint8_t* in, std::size_t size, FltComment& r);
 std::size_t write(std::uint8_t* out, std::size_t room, const FltSwitch& r);
 std::size_t read(const std::uint8_t* in, std::size_t size, FltSwitch& r);
+std::size_t write(std::uint8_t* out, std::size_t room, const FltVertex& r);
+std::size_t read(const std::uint8_t* in, std::size_t size, FltVertex& r);
+std::size_t write(std::uint8_t* out, std::size_t room, const FltVertexList& r);
+std::size_t read(const std::uint8_t* in, std::size_t size, FltVertexList& r);
+std::size_t write(std::uint8_t* out, std::size_t room, const FltMatrix& r);
+std::size_t read(const std::uint8_t* in, std::size_t size, FltMatrix& r);
+std::size_t write(std::uint8_t* out, std::size_t room, const FltMaterial& r);
+std::size_t read(const std::uint8_t* in, std::size_t size, FltMaterial& r);
+std::size_t write(std::uint8_t* out, std::size_t room, const FltTexture& r);
+std::size_t read(const std::uint8_t* in, std::size_t size, FltTexture& r);
 
 }  // namespace raw

@@ -8,6 +8,9 @@
 //         codec.reserved(2);
 //         ...
 //
+// At its end a layout may have lists of as many items as the record holds, each with a layout of
+// its own (`items`), and a rest of bytes or text (`rest`). All before that has one size.
+//
 // Each codec is an aggregate of inline functions, so that a layout compiles to straight-line code.
 #pragma once
 
@@ -21,12 +24,23 @@
 #include <quillon/flttext.h>
 #include <quillon/flttoken.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <limits>
+#include <string>
 #include <string_view>
+#include <type_traits>
+#include <vector>
 
 namespace quillon {
+
+template <typename T>
+concept FltIsColor3f = std::same_as<std::remove_cvref_t<T>, FltColor3f>;
+
+/// For lists that may have any number of items.
+inline constexpr std::size_t kAnyCount = std::numeric_limits<std::size_t>::max();
 
 /// What the codecs that move bytes share: everything is made of numbers, raw bytes and reserved
 /// bytes, which `Codec` supplies.
@@ -45,11 +59,29 @@ struct ByteCodec {
     void field(const char*, const char (&text)[size]) {
         self().bytes(text, size);
     }
+    template <FltNumber T, std::size_t size>
+    void field(const char*, T (&numbers)[size]) {
+        for (T& value : numbers) self().number(value);
+    }
+    template <FltNumber T, std::size_t rows, std::size_t columns>
+    void field(const char* name, T (&matrix)[rows][columns]) {
+        for (auto& row : matrix) field(name, row);
+    }
     void field(const char*, auto& point) requires requires { point.x, point.y, point.z; }
     {
         self().number(point.x);
         self().number(point.y);
         self().number(point.z);
+    }
+    void field(const char*, auto& texture) requires requires { texture.u, texture.v; }
+    {
+        self().number(texture.u);
+        self().number(texture.v);
+    }
+    void field(const char*, auto& color) requires FltIsColor3f<decltype(color)> {
+        self().number(color.red);
+        self().number(color.green);
+        self().number(color.blue);
     }
     void field(const char*, auto& color) requires requires { color.alpha, color.red; }
     {
@@ -76,6 +108,34 @@ struct MeasureCodec : ByteCodec<MeasureCodec> {
     void reserved(std::uint32_t n) { size += n; }
     void narrowed(const char*, double) { size += sizeof(float); }
     void readOnly(const char*, const FltPackedColor& color) { size += sizeof color; }
+    template <typename T>
+    void stored(const char*, const auto&) {
+        size += sizeof(T);
+    }
+    template <typename Item>
+    void items(const std::vector<Item>& list, auto&& layoutItem, std::size_t = kAnyCount) {
+        size += static_cast<std::uint32_t>(list.size()) * sizeOfItem<Item>(layoutItem);
+    }
+    void rest(const char*, const std::vector<std::uint8_t>& bytes) {
+        size += static_cast<std::uint32_t>(bytes.size());
+    }
+    void rest(const char*, const std::string& text) {
+        size += static_cast<std::uint32_t>(fltText(text).size()) + 1;
+    }
+
+    template <typename Item>
+    static std::uint32_t sizeOfItem(auto&& layoutItem) {
+        MeasureCodec measure;
+        const Item item{};
+        layoutItem(measure, item);
+        return measure.size;
+    }
+};
+
+/// Adds up what a layout needs to be read, which is its size without lists and rest.
+struct FixedSizeCodec : MeasureCodec {
+    void items(auto&, auto&&, std::size_t = kAnyCount) {}
+    void rest(const char*, auto&) {}
 };
 
 /// Stores fields where there is room for all of them.
@@ -101,13 +161,32 @@ struct StoreCodec : ByteCodec<StoreCodec> {
     void narrowed(const char*, double value) { number(fltNarrow(value)); }
     /// A value that is kept as read but leaves only zeros in the file.
     void readOnly(const char*, const FltPackedColor& color) { reserved(sizeof color); }
+    /// A whole number that the file holds as a `T`, which may have fewer bits.
+    template <typename T>
+    void stored(const char*, const auto& value) {
+        number(static_cast<T>(value));
+    }
+    void items(const auto& list, auto&& layoutItem, std::size_t = kAnyCount) {
+        for (const auto& item : list) layoutItem(*this, item);
+    }
+    void rest(const char*, const std::vector<std::uint8_t>& data) {
+        if (!data.empty()) std::memcpy(place, data.data(), data.size());
+        place += data.size();
+    }
+    void rest(const char*, const std::string& text) {
+        const std::string_view shown = fltText(text);
+        bytes(shown.data(), static_cast<std::uint32_t>(shown.size()));
+        *place++ = 0;
+    }
 };
 
 /// Loads fields that are known to be there.
 struct LoadCodec : ByteCodec<LoadCodec> {
     const std::uint8_t* place;
+    const std::uint8_t* end;  ///< of the record
 
-    explicit LoadCodec(const std::uint8_t* start) : place(start) {}
+    LoadCodec(const std::uint8_t* start, const std::uint8_t* recordEnd)
+        : place(start), end(recordEnd) {}
 
     void number(FltNumber auto& value) {
         fltLoadBigEndian(place, value);
@@ -124,6 +203,28 @@ struct LoadCodec : ByteCodec<LoadCodec> {
         value = narrow;
     }
     void readOnly(const char* name, FltPackedColor& color) { field(name, color); }
+    template <typename T>
+    void stored(const char*, auto& value) {
+        T narrow = 0;
+        number(narrow);
+        value = narrow;
+    }
+    /// As many whole items as the record has left, up to `most`.
+    template <typename Item>
+    void items(std::vector<Item>& list, auto&& layoutItem, std::size_t most = kAnyCount) {
+        const std::size_t size = MeasureCodec::sizeOfItem<Item>(layoutItem);
+        list.resize(size == 0 ? 0 : std::min(most, left() / size));
+        for (Item& item : list) layoutItem(*this, item);
+    }
+    void rest(const char*, std::vector<std::uint8_t>& data) {
+        data.assign(place, end);
+        place = end;
+    }
+    void rest(const char*, std::string& text) {
+        text = fltText({reinterpret_cast<const char*>(place), left()});
+        place = end;
+    }
+    std::size_t left() const { return static_cast<std::size_t>(end - place); }
 };
 
 /// Reads fields from a record that may end before its layout does.
@@ -147,31 +248,60 @@ struct ShortLoadCodec : ByteCodec<ShortLoadCodec> {
         value = narrow;
     }
     void readOnly(const char* name, FltPackedColor& color) { field(name, color); }
+    // The record has ended before these.
+    void items(auto& list, auto&&, std::size_t = kAnyCount) { list.clear(); }
+    void rest(const char*, auto& data) { data.clear(); }
 };
 
 /// Shows fields to a visitor.
 struct ShowCodec {
     FltFieldVisitor& visitor;
+    int item = -1;  ///< place in the list whose item is shown
 
     template <FltNumber T>
     void field(const char* name, const T& value) {
-        show(name, -1, value);
+        show(name, item, value);
+    }
+    template <FltNumber T, std::size_t size>
+    void field(const char* name, const T (&numbers)[size]) {
+        for (std::size_t i = 0; i < size; ++i) show(name, static_cast<int>(i), numbers[i]);
+    }
+    template <FltNumber T, std::size_t rows, std::size_t columns>
+    void field(const char* name, const T (&matrix)[rows][columns]) {
+        for (std::size_t i = 0; i < rows * columns; ++i)
+            show(name, static_cast<int>(i), matrix[i / columns][i % columns]);
     }
     template <std::size_t size>
     void field(const char* name, const char (&text)[size]) {
         visitor.text(name, fltText(text));
     }
-    void field(const char* name, const FltPoint3d& point) {
-        show(name, 0, point.x);
-        show(name, 1, point.y);
-        show(name, 2, point.z);
+    void field(const char* name, const auto& point) requires requires { point.x, point.y, point.z; }
+    { showAll(name, point.x, point.y, point.z); }
+    void field(const char* name, const auto& texture) requires requires { texture.u, texture.v; }
+    { showAll(name, texture.u, texture.v); }
+    void field(const char* name, const FltColor3f& color) {
+        showAll(name, color.red, color.green, color.blue);
     }
-    void readOnly(const char* name, const FltPackedColor& color) {
-        show(name, 0, color.alpha);
-        show(name, 1, color.blue);
-        show(name, 2, color.green);
-        show(name, 3, color.red);
+    void field(const char* name, const FltPackedColor& color) {
+        showAll(name, color.alpha, color.blue, color.green, color.red);
     }
+    void readOnly(const char* name, const FltPackedColor& color) { field(name, color); }
+    template <typename T>
+    void stored(const char* name, const auto& value) {
+        field(name, value);
+    }
+    /// Each field of the items is shown as a list.
+    void items(const auto& list, auto&& layoutItem, std::size_t = kAnyCount) {
+        ShowCodec show{visitor, 0};
+        for (const auto& each : list) {
+            layoutItem(show, each);
+            ++show.item;
+        }
+    }
+    void rest(const char* name, const std::vector<std::uint8_t>& data) {
+        for (std::size_t i = 0; i < data.size(); ++i) show(name, static_cast<int>(i), data[i]);
+    }
+    void rest(const char* name, const std::string& text) { visitor.text(name, fltText(text)); }
     void repeated(const auto&) {}
     void word(const char* name, const auto& value) {
         visitor.integer(name, -1, std::bit_cast<FltBitsOf<std::decay_t<decltype(value)>>>(value));
@@ -179,6 +309,12 @@ struct ShowCodec {
     void reserved(std::uint32_t) {}
     void narrowed(const char* name, double value) { show(name, -1, value); }
 
+    /// Several numbers of one field; in an item they continue those of the items before.
+    template <typename... Numbers>
+    void showAll(const char* name, Numbers... values) {
+        int index = std::max(item, 0) * static_cast<int>(sizeof...(values));
+        (show(name, index++, values), ...);
+    }
     template <FltNumber T>
     void show(const char* name, int index, T value) {
         if constexpr (std::is_same_v<T, float>)
@@ -229,12 +365,12 @@ template <typename Layout>
 /// The record may be short. The cursor is of no use afterwards.
 template <typename Layout>
 [[gnu::flatten]] inline void readBody(FltToken& token, Layout layout, std::uint16_t offset = 0) {
-    MeasureCodec measure;
+    FixedSizeCodec measure;
     layout(measure);
     const std::uint8_t* place = token.body(measure.size, offset);
     if (place == nullptr) [[unlikely]]
         return readShortBody(layout, token, offset);
-    LoadCodec load(place);
+    LoadCodec load(place, token.data() + token.length());
     layout(load);
 }
 

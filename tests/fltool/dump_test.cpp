@@ -51,6 +51,25 @@ TEST(DumpTest, GivesEveryRecordAsJson) {
     EXPECT_EQ(light["pitch"], "NaN");
 }
 
+TEST(DumpTest, ShowsWhatFilesHoldBesideNodes) {
+    const Folder folder;
+    const json records = dumpOf(folder.write(
+        "vertices.flt", kHeader + "0043 0008 00000040 "
+                                  "0045 0038 FFFF 2000 3FF0:8 4000:8 4008:8 3F800000 00:8 FFFFFFFF "
+                                  "00000085 00:4 "
+                                  "0048 000C 00000008 00000008 0017 0008 00000008 "
+                                  "0031 0004"));
+    ASSERT_EQ(records.size(), 6U);
+    EXPECT_EQ(records[1]["fields"], json::parse(R"({"length": 64})"));
+    EXPECT_EQ(records[2]["fields"], json::parse(R"({"colorNameIndex": -1, "flags": 8192,
+        "position": [1.0, 2.0, 3.0], "normal": [1.0, 0.0, 0.0],
+        "packedColor": [255, 255, 255, 255], "colorIndex": 133})"));
+    EXPECT_EQ(records[3]["fields"], json::parse(R"({"offsets": [8, 8]})"));
+    EXPECT_EQ(records[4]["name"], "FLT_CONTINUATION");
+    EXPECT_FALSE(records[4].contains("fields")) << "what it continues says how to read it";
+    EXPECT_EQ(records[5]["fields"]["rows"], json(std::vector<double>(16, 0))) << "a short matrix";
+}
+
 TEST(DumpTest, GivesChosenRecordsAsText) {
     const Folder folder;
     const std::string file = folder.write("small.flt", kSmall);

@@ -1,12 +1,11 @@
 #include "commands.h"
-#include "morerecords.h"
 #include "progress.h"
 #include "vertexpalette.h"
 
 #include <diagnostics/assertion.h>
 #include <quillon/fltfactory.h>
 #include <quillon/fltfilereader.h>
-#include <quillon/fltopcode.h>
+#include <quillon/fltrecordtype.h>
 #include <quillon/fltrevision.h>
 #include <quillon/fltswitch.h>
 
@@ -29,25 +28,11 @@ bool isVertexList(std::uint16_t opcode) {
     return opcode == kFltVertexList || opcode == kFltMorphVertexList;
 }
 
-const FltOpcodeEntry* entryOf(std::uint16_t opcode) {
-    const auto table = fltOpcodeTable();
-    const auto row = std::lower_bound(
-        table.begin(), table.end(), opcode,
-        [](const FltOpcodeEntry& entry, std::uint16_t key) { return entry.opcode < key; });
-    return row != table.end() && row->opcode == opcode ? &*row : nullptr;
-}
-
-/// Whether the record is a node in the hierarchy, a child of what encloses it.
-bool isNode(std::uint16_t opcode) {
-    if (opcode == kFltInstanceRef) return true;
-    if (const FurtherRecord* further = furtherRecord(opcode)) return further->isNode;
-    const FltOpcodeEntry* entry = entryOf(opcode);
-    return entry != nullptr && entry->family == FltOpcodeClass::primary && !isVertexList(opcode);
-}
-
-const char* nameOf(std::uint16_t opcode) {
-    const FurtherRecord* further = furtherRecord(opcode);
-    return further != nullptr ? further->name : fltOpcodeName(opcode);
+/// Whether the record is a child of what encloses it. A definition of instances shows nothing where
+/// it stands.
+bool isChild(std::uint16_t opcode) {
+    const FltRecordType* const type = fltRecordType(opcode);
+    return type != nullptr && type->place == FltRecordPlace::node && opcode != kFltInstanceDef;
 }
 
 /// A push that is still open.
@@ -83,9 +68,8 @@ private:
         checkOrder(opcode);
         reportHere(palette_.meet(reader_));
         checkNesting(opcode);
-        if (entryOf(opcode) == nullptr && furtherRecord(opcode) == nullptr)
-            reportHere("unknown opcode " + number(opcode));
-        if (opcode != kContinuation) {
+        if (fltRecordType(opcode) == nullptr) reportHere("unknown opcode " + number(opcode));
+        if (opcode != kFltContinuation) {
             continued_ = opcode;
         } else if (fltClosingOpcode(continued_) != 0 || fltIsPop(continued_)) {
             reportHere("continues a record that says nothing");
@@ -109,7 +93,7 @@ private:
             open(opcode);
         } else if (fltIsPop(opcode)) {
             close(opcode);
-        } else if (isNode(opcode) && !inOpaqueLevel()) {
+        } else if (isChild(opcode) && !inOpaqueLevel()) {
             if (!levels_.empty()) ++levels_.back().children;
             pendingBits_.reset();
         }
@@ -157,7 +141,7 @@ private:
 
     void abandon() {
         report(levels_.back().offset,
-               std::string(fltOpcodeName(levels_.back().opcode)) + ": without a pop");
+               std::string(fltRecordName(levels_.back().opcode)) + ": without a pop");
         levels_.pop_back();
     }
 
@@ -204,7 +188,7 @@ private:
     /// Nothing for an empty finding.
     void reportHere(const std::string& finding) {
         if (finding.empty()) return;
-        report(reader_.offset(), std::string(nameOf(reader_.opcode())) + ": " + finding);
+        report(reader_.offset(), std::string(fltRecordName(reader_.opcode())) + ": " + finding);
     }
     void report(std::size_t offset, const std::string& finding) {
         out_ << offset << ": " << finding << '\n';

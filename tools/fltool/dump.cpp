@@ -2,10 +2,9 @@
 #include "progress.h"
 
 #include <diagnostics/assertion.h>
-#include <quillon/fltfactory.h>
 #include <quillon/fltfield.h>
 #include <quillon/fltfilereader.h>
-#include <quillon/fltopcode.h>
+#include <quillon/fltrecordtype.h>
 #include <nlohmann/json.hpp>
 
 #include <charconv>
@@ -68,8 +67,9 @@ std::string bytesOf(const Json& json) {
 /// The fields of the reader's current record; null for a class that is not known. Sets `error` for
 /// bytes that the class refuses.
 Json fieldsOf(FltFileReader& reader, std::string& error) {
-    const std::unique_ptr<FltRecord> record = fltCreateFileRecord(reader.opcode());
-    if (!record) return nullptr;
+    const FltRecordType* const type = fltRecordType(reader.opcode());
+    if (type == nullptr || type->create == nullptr) return nullptr;
+    const std::unique_ptr<FltRecord> record = type->create();
     try {
         record->readFromFile(&reader.token());
     } catch (const diagnostics::AviaryAssertion&) {
@@ -104,7 +104,7 @@ public:
         char line[128];
         std::snprintf(line, sizeof line, "%10zu %5d %6u %-32s %6u\n", reader.offset(),
                       reader.level(), static_cast<unsigned>(reader.opcode()),
-                      fltOpcodeName(reader.opcode()), static_cast<unsigned>(reader.length()));
+                      fltRecordName(reader.opcode()), static_cast<unsigned>(reader.length()));
         out_ << line;
         std::string error;
         const Json fields = fieldsOf(reader, error);
@@ -126,7 +126,7 @@ public:
         Json object{{"offset", reader.offset()},
                     {"level", reader.level()},
                     {"opcode", reader.opcode()},
-                    {"name", fltOpcodeName(reader.opcode())},
+                    {"name", fltRecordName(reader.opcode())},
                     {"length", reader.length()}};
         std::string error;
         Json fields = fieldsOf(reader, error);

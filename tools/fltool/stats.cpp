@@ -2,7 +2,7 @@
 #include "progress.h"
 
 #include <quillon/fltfilereader.h>
-#include <quillon/fltopcode.h>
+#include <quillon/fltrecordtype.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -56,7 +56,7 @@ void stats(const std::string& file, std::ostream& out, std::ostream& notes) {
     out << "opcode name                                  count        bytes shortest  longest  "
            "depth\n";
     for (const auto& [opcode, row] : rows)
-        printRow(out, std::to_string(opcode).c_str(), fltOpcodeName(opcode), row);
+        printRow(out, std::to_string(opcode).c_str(), fltRecordName(opcode), row);
     printRow(out, "", "all", all);
     noteStrayBytes(reader.strayBytes(), notes);
 }

@@ -10,6 +10,24 @@ struct FltPoint3d {
     friend constexpr bool operator==(const FltPoint3d&, const FltPoint3d&) = default;
 };
 
+/// A direction or a point of few digits.
+struct FltPoint3f {
+    float x = 0;
+    float y = 0;
+    float z = 0;
+
+    friend constexpr bool operator==(const FltPoint3f&, const FltPoint3f&) = default;
+};
+
+/// Where a vertex lies on a picture, whose sides are 1 long.
+struct FltTextureCoordinates {
+    float u = 0;
+    float v = 0;
+
+    friend constexpr bool operator==(const FltTextureCoordinates&,
+                                     const FltTextureCoordinates&) = default;
+};
+
 /// The plane a x + b y + c z + d = 0.
 struct FltPlane {
     double a = 0;

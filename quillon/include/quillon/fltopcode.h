@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <span>
 
-/// Opcodes of the OpenFlight records that the library knows by name.
+/// Opcodes of the OpenFlight records.
 enum FltOpcode : std::uint16_t {
     kFltEndOfFile = 0,
     kFltHeader = 1,
@@ -77,6 +77,38 @@ enum FltOpcode : std::uint16_t {
     kFltAdaptiveAttribute = 125,
     kFltCurveNode = 126,
     kFltRoadConstruction = 127,
+
+    // Published, and not in the vocabulary of `fltOpcodeName`.
+    kFltContinuation = 23,
+    kFltMesh = 84,
+    kFltLocalVertexPool = 85,
+    kFltMeshPrimitive = 86,
+    kFltBoundingConvexHull = 107,
+    kFltBoundingHistogram = 119,
+    kFltLightPointAppearance = 128,
+    kFltLightPointAnimation = 129,
+    kFltIndexedLightPoint = 130,
+    kFltLightPointSystem = 131,
+    kFltIndexedString = 132,
+    kFltShaderPalette = 133,
+    kFltExtendedMaterialHeader = 135,
+    kFltExtendedMaterialAmbient = 136,
+    kFltExtendedMaterialDiffuse = 137,
+    kFltExtendedMaterialSpecular = 138,
+    kFltExtendedMaterialEmissive = 139,
+    kFltExtendedMaterialAlpha = 140,
+    kFltExtendedMaterialLightMap = 141,
+    kFltExtendedMaterialNormalMap = 142,
+    kFltExtendedMaterialBumpMap = 143,
+    kFltExtendedMaterialShadowMap = 145,
+    kFltExtendedMaterialReflectionMap = 147,
+    kFltExtensionGuidPalette = 148,
+    kFltExtensionFieldBoolean = 149,
+    kFltExtensionFieldInteger = 150,
+    kFltExtensionFieldFloat = 151,
+    kFltExtensionFieldDouble = 152,
+    kFltExtensionFieldString = 153,
+    kFltExtensionFieldXmlString = 154,
 };
 
 /// The record families. The values are part of the table and stay as they are.
@@ -89,8 +121,8 @@ struct FltOpcodeEntry {
     const char* name;  ///< constant, NUL-terminated, "FLT_" and upper-case words
 };
 
-/// The name of `opcode`, "UNDEFINED" for one that is not in the table. The text is constant and
-/// never freed.
+/// The name of `opcode` in the vocabulary of scenes, "UNDEFINED" for one that is not in it. The
+/// text is constant and never freed.
 const char* fltOpcodeName(std::uint16_t opcode);
 
 /// The opcode of the pop that closes the level which `opcode` opens; 0 when it is no push.
@@ -99,5 +131,6 @@ std::uint16_t fltClosingOpcode(std::uint16_t opcode) noexcept;
 /// Whether `opcode` is that of a pop.
 bool fltIsPop(std::uint16_t opcode) noexcept;
 
-/// Every known opcode, ascending. Lives as long as the module.
+/// That vocabulary, ascending by opcode. Lives as long as the module. See `fltrecordtype.h` for
+/// all that is known of each record.
 std::span<const FltOpcodeEntry> fltOpcodeTable();

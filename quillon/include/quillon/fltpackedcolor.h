@@ -1,4 +1,4 @@
-// A colour in four bytes.
+// Colours.
 #pragma once
 
 #include <cstdint>
@@ -18,4 +18,13 @@ struct FltPackedColor {
     }
 
     friend constexpr bool operator==(const FltPackedColor&, const FltPackedColor&) = default;
+};
+
+/// A colour with components from 0 to 1.
+struct FltColor3f {
+    float red = 0;
+    float green = 0;
+    float blue = 0;
+
+    friend constexpr bool operator==(const FltColor3f&, const FltColor3f&) = default;
 };

@@ -1,0 +1,68 @@
+// The levels that the records of a file open and close.
+#pragma once
+
+#include <quillon/fltopcode.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+/// Knows at each record of a file which levels are open around it. It is shown every record in
+/// order; `Level` is what its user keeps of an open level, if anything.
+///
+/// Extension and attribute levels, and all within them, are opaque: they hold no nodes.
+template <typename Level>
+class FltLevelWalk {
+public:
+    struct Open {
+        std::uint16_t opcode;  ///< of the push
+        bool isOpaque;
+        Level level;
+    };
+
+    enum class Step {
+        none,       ///< neither push nor pop
+        opened,     ///< a push; its level is the innermost one now
+        closed,     ///< the pop of the innermost level, which is `left()` now
+        unmatched,  ///< a pop of no level, or of one that is not the innermost; it changes nothing
+    };
+
+    /// Takes the next record; a push opens a level with `level`.
+    Step meet(std::uint16_t opcode, Level level = {}) {
+        if (const std::uint16_t closer = fltClosingOpcode(opcode)) {
+            const bool opaque = closer == kFltPopExtension || closer == kFltPopAttribute;
+            open_.push_back({opcode, opaque || isOpaque(), std::move(level)});
+            return Step::opened;
+        }
+        if (!fltIsPop(opcode)) return Step::none;
+        if (open_.empty() || fltClosingOpcode(open_.back().opcode) != opcode)
+            return Step::unmatched;
+        leave();
+        return Step::closed;
+    }
+
+    /// Whether some open level is one that the pop `opcode` closes.
+    bool canClose(std::uint16_t opcode) const noexcept {
+        for (const Open& open : open_)
+            if (fltClosingOpcode(open.opcode) == opcode) return true;
+        return false;
+    }
+
+    /// Gives up the innermost level, as if its pop had been met.
+    void leave() {
+        left_ = std::move(open_.back());
+        open_.pop_back();
+    }
+
+    std::size_t depth() const noexcept { return open_.size(); }
+    bool isOpaque() const noexcept { return !open_.empty() && open_.back().isOpaque; }
+    Open& innermost() noexcept { return open_.back(); }
+    const Open& innermost() const noexcept { return open_.back(); }
+    /// The level that was closed last.
+    const Open& left() const noexcept { return left_; }
+
+private:
+    std::vector<Open> open_;
+    Open left_{};
+};

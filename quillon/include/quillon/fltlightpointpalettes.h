@@ -1,0 +1,80 @@
+// What indexed light points share: how they look, and how they change with time.
+#pragma once
+
+#include <quillon/fltgeometry.h>
+#include <quillon/fltrecordof.h>
+
+#include <vector>
+
+/// Light point appearance palette entry. Angles are in degrees, times in seconds; the fields are
+/// those of `FltLightPoint` where they have its names.
+class FltLightPointAppearance
+    : public FltRecordOf<FltLightPointAppearance, FltPaletteRec, kFltLightPointAppearance> {
+public:
+    char name[256] = {};  ///< NUL-padded
+    std::int32_t index = 0;
+    std::int16_t surfaceMaterialCode = 0;
+    std::int16_t featureId = 0;
+    std::uint32_t backColor = 0;
+    std::int32_t displayMode = 0;
+    float intensity = 0;
+    float backIntensity = 0;
+    float minDefocus = 0;
+    float maxDefocus = 0;
+    std::int32_t fadingMode = 0;
+    std::int32_t fogPunchMode = 0;
+    std::int32_t directionalMode = 0;
+    std::int32_t rangeMode = 0;
+    float minPixelSize = 0;
+    float maxPixelSize = 0;
+    float actualPixelSize = 0;
+    float transparentFalloffPixelSize = 0;
+    float transparentFalloffExponent = 0;
+    float transparentFalloffScalar = 0;
+    float transparentFalloffClamp = 0;
+    float fogScalar = 0;
+    float fogIntensity = 0;
+    float sizeDifferenceThreshold = 0;
+    std::int32_t directionalType = 0;
+    float horizontalLobeAngle = 0;
+    float verticalLobeAngle = 0;
+    float lobeRollAngle = 0;
+    float directionalFalloffExponent = 0;
+    float directionalAmbientIntensity = 0;
+    float significance = 0;
+    std::uint32_t flags = 0;
+    float visibilityRange = 0;
+    float fadeRangeRatio = 0;
+    float fadeInDuration = 0;
+    float fadeOutDuration = 0;
+    float lodRangeRatio = 0;
+    float lodScale = 0;
+    std::int16_t textureIndex = -1;
+};
+
+/// A step of an animation that is a sequence of them.
+struct FltLightPointStep {
+    std::uint32_t state = 0;  ///< 0 on, 1 off, 2 changing colour
+    float duration = 0;       ///< seconds
+    std::uint32_t color = 0;  ///< packed; the one to change to
+};
+
+/// Light point animation palette entry. Times are in seconds.
+class FltLightPointAnimation
+    : public FltRecordOf<FltLightPointAnimation, FltPaletteRec, kFltLightPointAnimation> {
+public:
+    char name[256] = {};  ///< NUL-padded
+    std::int32_t index = 0;
+    float period = 0;
+    float phaseDelay = 0;
+    float enabledPeriod = 0;
+    FltPoint3f axis;  ///< of rotation
+    std::uint32_t flags = 0;
+    std::int32_t type = 0;  ///< 0 flashing sequence, 1 rotating, 2 strobe, 3 morse code
+    std::int32_t morseTiming = 0;
+    std::int32_t wordRate = 0;
+    std::int32_t characterRate = 0;
+    char morseText[1024] = {};    ///< NUL-padded
+    std::uint32_t stepCount = 0;  ///< as the record states it
+    std::vector<FltLightPointStep> steps;
+};

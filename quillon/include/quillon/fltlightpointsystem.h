@@ -1,0 +1,28 @@
+// Light points that name what they look like, and systems of them.
+#pragma once
+
+#include <quillon/fltrecordof.h>
+
+/// Light point whose look and animation are entries of the palettes.
+class FltIndexedLightPoint
+    : public FltRecordOf<FltIndexedLightPoint, FltPrimaryRec, kFltIndexedLightPoint> {
+public:
+    char* id() override { return asciiId; }
+
+    char asciiId[8] = {};  ///< NUL-padded
+    std::int32_t appearanceIndex = -1;
+    std::int32_t animationIndex = -1;  ///< -1 for none
+    std::int32_t drawOrder = 0;        ///< of calligraphic lights
+};
+
+/// The light points below it, switched together.
+class FltLightPointSystem
+    : public FltRecordOf<FltLightPointSystem, FltPrimaryRec, kFltLightPointSystem> {
+public:
+    char* id() override { return asciiId; }
+
+    char asciiId[8] = {};  ///< NUL-padded
+    float intensity = 0;
+    std::int32_t animationState = 0;  ///< 0 on, 1 off, 2 random
+    std::uint32_t flags = 0;          ///< 0x80000000: enabled
+};

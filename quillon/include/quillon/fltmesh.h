@@ -1,0 +1,83 @@
+// Meshes: faces that share a look and a pool of vertices.
+#pragma once
+
+#include <quillon/fltgeometry.h>
+#include <quillon/fltpackedcolor.h>
+#include <quillon/fltrecordof.h>
+
+#include <vector>
+
+/// Mesh: what `FltFace` says of one polygon, for all primitives below it.
+class FltMesh : public FltRecordOf<FltMesh, FltPrimaryRec, kFltMesh> {
+public:
+    char* id() override { return asciiId; }
+
+    char asciiId[8] = {};  ///< NUL-padded
+    std::int32_t irColorCode = 0;
+    std::int16_t relativePriority = 0;
+    std::uint8_t drawType = 0;
+    std::uint8_t textureWhite = 0;
+    std::int16_t colorNameIndex = -1;
+    std::int16_t alternateColorNameIndex = -1;
+    std::uint8_t billboard = 0;
+    std::int16_t detailTextureIndex = -1;
+    std::int16_t textureIndex = -1;
+    std::int16_t materialIndex = -1;
+    std::int16_t surfaceMaterialCode = 0;
+    std::int16_t featureId = 0;
+    std::int32_t irMaterialCode = 0;
+    std::uint16_t transparency = 0;
+    std::uint8_t lodGenerationControl = 0;
+    std::uint8_t lineStyleIndex = 0;
+    std::uint32_t flags = 0x60000000;  ///< no colour, no alternate colour
+    std::uint8_t lightMode = 0;
+    FltPackedColor packedPrimaryColor{0xFF, 0xFF, 0xFF, 0xFF};
+    FltPackedColor packedAlternateColor{0xFF, 0xFF, 0xFF, 0xFF};
+    std::int16_t textureMappingIndex = -1;
+    std::uint32_t primaryColorIndex = 0;
+    std::uint32_t alternateColorIndex = 0;
+};
+
+/// What each vertex of a pool has: bits of its mask, in the order in which the fields stand.
+enum FltPoolAttribute : std::uint32_t {
+    kFltPoolPosition = 0x80000000,
+    kFltPoolColorIndex = 0x40000000,
+    kFltPoolPackedColor = 0x20000000,
+    kFltPoolNormal = 0x10000000,
+    kFltPoolBaseTexture = 0x08000000,  ///< those of layers 1 to 7 are the seven bits below
+};
+
+/// A vertex of a pool; the fields that the pool's mask does not name keep their defaults.
+struct FltPoolVertex {
+    static constexpr int kLayers = 8;
+
+    FltPoint3d position;
+    std::uint32_t color = 0;  ///< palette index, or packed: alpha, blue, green, red
+    FltPoint3f normal;
+    FltTextureCoordinates texture[kLayers];  ///< by layer, the base being 0
+};
+
+/// The vertices of a mesh. Those that one record cannot hold follow in continuation records.
+class FltLocalVertexPool
+    : public FltRecordOf<FltLocalVertexPool, FltAncillaryRec, kFltLocalVertexPool> {
+public:
+    std::uint32_t vertexCount = 0;  ///< continuations included
+    std::uint32_t mask = 0;         ///< of `FltPoolAttribute`
+    std::vector<FltPoolVertex> vertices;
+};
+
+enum class FltPrimitiveType : std::int16_t {
+    triangleStrip = 1,
+    triangleFan = 2,
+    quadStrip = 3,
+    polygon = 4,
+};
+
+/// One primitive of a mesh. Indices that one record cannot hold follow in continuation records.
+class FltMeshPrimitive : public FltRecordOf<FltMeshPrimitive, FltAncillaryRec, kFltMeshPrimitive> {
+public:
+    FltPrimitiveType type = FltPrimitiveType::triangleStrip;
+    std::uint16_t indexSize = 4;         ///< bytes of each index, 1, 2 or 4; any other holds none
+    std::uint32_t indexCount = 0;        ///< continuations included
+    std::vector<std::uint32_t> indices;  ///< into the vertex pool
+};

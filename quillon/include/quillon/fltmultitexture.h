@@ -1,0 +1,33 @@
+// Texture layers above the first.
+#pragma once
+
+#include <quillon/fltgeometry.h>
+#include <quillon/fltrecordof.h>
+
+#include <vector>
+
+/// One texture layer of a face or mesh.
+struct FltTextureLayer {
+    std::uint16_t textureIndex = 0;
+    std::uint16_t effect = 0;
+    std::uint16_t mappingIndex = 0;
+    std::uint16_t data = 0;  ///< for programs' own use
+};
+
+/// The texture layers 1 to 7 of the face or mesh before it.
+class FltMultiTexture : public FltRecordOf<FltMultiTexture, FltAncillaryRec, kFltMultiTexture> {
+public:
+    /// The layers there are, layer 1 being the most significant bit.
+    std::uint32_t mask = 0;
+    std::vector<FltTextureLayer> layers;  ///< one for each bit, in their order
+};
+
+/// The texture coordinates of those layers for the vertex list before it. A list that one record
+/// cannot hold goes on in continuation records.
+class FltUvList : public FltRecordOf<FltUvList, FltAncillaryRec, kFltUvList> {
+public:
+    std::uint32_t mask = 0;  ///< as in `FltMultiTexture`
+    /// Vertex by vertex, within each the layers of the mask; for morphing vertices the coordinates
+    /// at 0 % and at 100 % of each.
+    std::vector<FltTextureCoordinates> coordinates;
+};

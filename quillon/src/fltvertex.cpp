@@ -1,0 +1,58 @@
+#include "fltcodec.h"
+
+#include <diagnostics/assertion.h>
+#include <quillon/fltvertex.h>
+
+namespace {
+
+template <bool withNormal, bool withTexture>
+struct Kind {};
+
+/// Calls `action` with the kind of the vertex, so that each kind gets code of its own.
+template <typename Action>
+void byKind(const FltVertex& vertex, Action&& action) {
+    if (vertex.hasNormal)
+        vertex.hasTexture ? action(Kind<true, true>()) : action(Kind<true, false>());
+    else
+        vertex.hasTexture ? action(Kind<false, true>()) : action(Kind<false, false>());
+}
+
+template <bool withNormal, bool withTexture>
+void layout(Kind<withNormal, withTexture>, auto& codec, auto& record) {
+    codec.field("colorNameIndex", record.colorNameIndex);
+    codec.field("flags", record.flags);
+    codec.field("position", record.position);
+    if constexpr (withNormal) codec.field("normal", record.normal);
+    if constexpr (withTexture) codec.field("texture", record.texture);
+    codec.field("packedColor", record.packedColor);
+    codec.field("colorIndex", record.colorIndex);
+}
+
+}  // namespace
+
+std::uint16_t FltVertex::opcode() const {
+    if (hasTexture) return hasNormal ? kFltVertexWithTextureAndNormal : kFltVertexWithTexture;
+    return hasNormal ? kFltVertexWithNormal : kFltVertexWithColor;
+}
+
+void FltVertex::writeToken(FltToken& token, std::uint32_t) const {
+    byKind(*this, [&](auto kind) {
+        quillon::writeFields(token, opcode(), [&](auto& codec) { layout(kind, codec, *this); });
+    });
+}
+
+void FltVertex::readToken(FltToken& token, std::uint32_t) {
+    const std::uint16_t code = token.opcode();
+    diagnostics::check(isVertex(code), "fltvertex", 48);
+    hasNormal = code == kFltVertexWithNormal || code == kFltVertexWithTextureAndNormal;
+    hasTexture = code == kFltVertexWithTexture || code == kFltVertexWithTextureAndNormal;
+    byKind(*this, [&](auto kind) {
+        quillon::readBody(token, [&](auto& codec) { layout(kind, codec, *this); });
+    });
+}
+
+void FltVertex::visitFields(FltFieldVisitor& visitor) const {
+    byKind(*this, [&](auto kind) {
+        quillon::showFields(visitor, [&](auto& codec) { layout(kind, codec, *this); });
+    });
+}

@@ -1,0 +1,64 @@
+#include "support.h"
+
+#include <quillon/fltlevelwalk.h>
+#include <quillon/fltrecordrange.h>
+
+namespace {
+
+TEST(RecordRangeTest, EndsWhereNoWholeRecordFollows) {
+    const Bytes records = hex("000A 0004 0048 0006 0102 000B 0004");
+    const std::pair<const char*, std::size_t> tails[] = {
+        {"", 3}, {"00", 3}, {"0002 00", 3}, {"0002 0003", 3}, {"0002 0006 00", 3}, {"0002 0004", 4},
+    };
+    for (const auto& [tail, count] : tails) {
+        Bytes bytes = records;
+        const Bytes more = hex(tail);
+        bytes.insert(bytes.end(), more.begin(), more.end());
+        std::vector<std::size_t> offsets;
+        for (const FltRecordView record : FltRecordRange(bytes)) offsets.push_back(record.offset());
+        std::vector<std::size_t> expected{0, 4, 10, 14};
+        expected.resize(count);
+        EXPECT_EQ(offsets, expected) << tail;
+    }
+    const FltRecordView list = FltRecordView::at(records, 4);
+    EXPECT_EQ(list.opcode(), 72);
+    EXPECT_EQ(list.length(), 6);
+    EXPECT_EQ(Bytes(list.body().begin(), list.body().end()), hex("0102"));
+    EXPECT_TRUE(FltRecordView::at(records, 99).empty());
+}
+
+TEST(LevelWalkTest, MatchesPopsWithPushesAndKnowsOpaqueLevels) {
+    using Walk = FltLevelWalk<int>;
+    using enum Walk::Step;
+    const struct {
+        std::uint16_t opcode;
+        Walk::Step step;
+        std::size_t depth;
+        bool opaque;
+    } steps[] = {
+        {2, none, 0, false},       {10, opened, 1, false}, {19, opened, 2, false},
+        {11, unmatched, 2, false}, {20, closed, 1, false}, {21, opened, 2, true},
+        {10, opened, 3, true},     {2, none, 3, true},     {11, closed, 2, true},
+        {22, closed, 1, false},    {122, opened, 2, true}, {22, unmatched, 2, true},
+        {123, closed, 1, false},   {11, closed, 0, false}, {11, unmatched, 0, false},
+    };
+    Walk walk;
+    int place = 0;
+    for (const auto& [opcode, step, depth, opaque] : steps) {
+        EXPECT_EQ(walk.meet(opcode, place), step) << place;
+        EXPECT_EQ(walk.depth(), depth) << place;
+        EXPECT_EQ(walk.isOpaque(), opaque) << place;
+        ++place;
+    }
+    EXPECT_EQ(walk.left().level, 1) << "what was kept of the level closed last";
+    EXPECT_EQ(walk.left().opcode, 10);
+
+    walk.meet(10, 0);
+    walk.meet(19, 1);
+    EXPECT_TRUE(walk.canClose(11));
+    EXPECT_FALSE(walk.canClose(22));
+    walk.leave();
+    EXPECT_EQ(walk.meet(11), closed);
+}
+
+}  // namespace
