@@ -405,7 +405,9 @@ private:
         const bool losesVertices =
             mesh != nullptr && static_cast<std::uint32_t>(mesh->verts.Count()) < source.cornerCount;
         const bool keepsBead = needsBead(source, record);
-        const bool keepsPieces = losesVertices || !isPlain(source);
+        // A header's record is always kept, which says nothing of how its program writes levels.
+        const bool keepsAll = keepsBead && source.kind != kFltHeader;
+        const bool keepsPieces = keepsAll || losesVertices || !isPlain(source);
         if (!keepsBead && givenName.empty() && !keepsPieces) return;
         kept_.begin(outline_.revision);
         if (keepsBead) kept_.bead(recordAt(bytes_, source.record));
