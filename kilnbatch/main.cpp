@@ -31,6 +31,7 @@ struct Options {
     std::string importPath;
     std::string exportPath;
     std::uint32_t revision = 0;
+    std::string database;
     std::string plugins;
     std::uint64_t maxSteps = 0;
     bool listVerbs = false;
@@ -106,7 +107,8 @@ std::string openFiles(kiln::Core& core, const Options& options) {
 std::string writeFiles(kiln::Core& core, const Options& options) {
     if (options.exportPath.empty()) return {};
     const DWORD version = static_cast<DWORD>(options.revision) << SCENE_EXPORT_VERSION_SHIFT;
-    const kiln::ImportResult result = core.exportFile(options.exportPath, version, goOn);
+    const kiln::ImportResult result =
+        core.exportFile(options.exportPath, {version, nullptr, options.database}, goOn);
     if (!result.ok()) return result.message;
     std::printf("%s\n", result.message.c_str());
     return {};
@@ -156,6 +158,10 @@ int runProgram(std::vector<std::string> words) {
                    "revision of the exported file, such as 1580; that of the scene by default")
         ->type_name("N")
         ->check(CLI::Range(0U, 0xFFFFU));
+    app.add_option("--database", options.database,
+                   "what to export where the scene has several: the name of the database or of "
+                   "the file that it came from")
+        ->type_name("NAME");
     app.add_option("--plugins", options.plugins,
                    "load plug-ins from here instead of the folder \"plugins\" beside the program")
         ->type_name("FOLDER");

@@ -36,15 +36,39 @@ public:
     DWORD Version(int index) override { return kVersions[index].number; }
     const char* VersionName(int index) override { return kVersions[index].name; }
 
-    int DoExport(const char* path, ImpExpReport& report, Interface* ip, DWORD options) override {
+    void Parts(Interface* ip, DWORD options, Tab<INode*>& parts) override {
+        if (ip == nullptr) return;
+        try {
+            for (INode* database : interchange::databasesOf(*ip, chosenBy(options)))
+                parts.Append(database);
+        } catch (...) {
+            parts.ZeroCount();  // the export itself says what is wrong
+        }
+    }
+    CStr PartFileName(INode* part) override {
+        try {
+            return part == nullptr ? CStr() : CStr(interchange::sourceFileOf(*part));
+        } catch (...) {
+            return {};
+        }
+    }
+
+    int DoExport(const char* path, ImpExpReport& report, Interface* ip, DWORD options,
+                 INode* part) override {
         if (ip == nullptr) return IMPEXP_FAIL;
-        interchange::ExportOptions chosen;
-        chosen.revision = options >> SCENE_EXPORT_VERSION_SHIFT;
-        chosen.selectedOnly = (options & SCENE_EXPORT_SELECTED) != 0;
+        interchange::ExportOptions chosen = chosenBy(options);
+        chosen.database = part;
         return interchange::exportFile(path, chosen, report, *ip);
     }
 
 private:
+    static interchange::ExportOptions chosenBy(DWORD options) {
+        interchange::ExportOptions chosen;
+        chosen.revision = options >> SCENE_EXPORT_VERSION_SHIFT;
+        chosen.selectedOnly = (options & SCENE_EXPORT_SELECTED) != 0;
+        return chosen;
+    }
+
     struct PublishedVersion {
         DWORD number;
         const char* name;

@@ -65,13 +65,19 @@ public:
     SceneBuilder(FileBytes bytes, const Outline& outline, ImpExpReport& report, Interface& host)
         : bytes_(bytes), outline_(outline), report_(report), host_(host) {}
 
-    INode* build(const std::string& name) {
+    INode* build(const std::string& fileName) {
+        const std::size_t dot = fileName.rfind('.');
+        const std::string name = fileName.substr(0, dot == 0 ? fileName.npos : dot);
         nodes_.reserve(outline_.nodes.size());
         try {
             makeTextures();
             for (const OutlineNode& source : outline_.nodes) {
                 tellProgress();
                 makeNode(source, name);
+            }
+            if (!fileName.empty()) {
+                const auto* const bytes = reinterpret_cast<const std::uint8_t*>(fileName.data());
+                keepChunk(*nodes_.front(), KeptChunk::source, {bytes, fileName.size()});
             }
         } catch (...) {
             // The database's node takes all others along, but for one that is not linked yet.
@@ -556,9 +562,9 @@ private:
 
 }  // namespace
 
-INode* buildScene(FileBytes bytes, const Outline& outline, const std::string& name,
+INode* buildScene(FileBytes bytes, const Outline& outline, const std::string& fileName,
                   ImpExpReport& report, Interface& host) {
-    return SceneBuilder(bytes, outline, report, host).build(name);
+    return SceneBuilder(bytes, outline, report, host).build(fileName);
 }
 
 }  // namespace interchange

@@ -1,3 +1,4 @@
+#include "kept.h"
 #include "plan.h"
 #include "scenewriter.h"
 #include "summary.h"
@@ -6,6 +7,7 @@
 #include <diagnostics/assertion.h>
 #include <interchange/export.h>
 #include <interchange/import.h>
+#include <interchange/textencoding.h>
 #include <kiln/kiln.h>
 #include <quillon/fltrevision.h>
 
@@ -90,6 +92,11 @@ int exportReported(const char* path, const ExportOptions& options, ImpExpReport&
 }
 
 }  // namespace
+
+std::string sourceFileOf(const INode& database) {
+    const std::string name = textOf(keptChunk(database, KeptChunk::source));
+    return name.substr(name.find_last_of("/\\:") + 1);  // whatever the scene file says
+}
 
 int exportFile(const char* path, const ExportOptions& options, ImpExpReport& report,
                Interface& host) noexcept {

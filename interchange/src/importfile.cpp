@@ -19,11 +19,6 @@ std::string_view fileNameOf(std::string_view path) {
     return path.substr(path.find_last_of("/\\:") + 1);
 }
 
-std::string stemOf(std::string_view fileName) {
-    const std::size_t dot = fileName.rfind('.');
-    return std::string(dot == 0 ? fileName : fileName.substr(0, dot));
-}
-
 /// Tells Aviary, if it is loaded, which file was read.
 void tellAviary(const std::string& fileName) {
     FPInterface* aviary = GetCOREInterface(kAviaryInterfaceId);
@@ -49,7 +44,7 @@ void readInto(std::string_view path, ImpExpReport& report, Interface& host) {
     Outline outline;
     try {
         outline = readOutline(file.bytes());
-        buildScene(file.bytes(), outline, stemOf(fileName), report, host);
+        buildScene(file.bytes(), outline, fileName, report, host);
     } catch (const FltFileError& error) {
         report.Cause(causeAt(file.bytes(), error.offset()));
         throw FltFileError(fileName + ": " + error.what(), error.offset());

@@ -8,6 +8,7 @@
 //             [the name that the importer made up: 16-bit length, UTF-8]
 //             the node's pieces in file order
 //   chunk 1   what the vertices of its polygon hold beside coordinates (see vertices.h)
+//   chunk 2   on the node of a database: the name of its file, UTF-8
 //
 // Outside extension and attribute levels some pieces stand for something that lives elsewhere:
 //
@@ -38,7 +39,7 @@ struct Kept {
     FileBytes pieces;            ///< whole records, rightly nested
 };
 
-enum class KeptChunk : std::uint32_t { records = 0, corners = 1 };
+enum class KeptChunk : std::uint32_t { records = 0, corners = 1, source = 2 };
 
 /// The bytes of a chunk of the importer's; empty when there is none.
 FileBytes keptChunk(const Animatable& thing, KeptChunk id) noexcept;

@@ -32,6 +32,21 @@ INode* databaseAbove(INode* node) {
     return node;
 }
 
+std::vector<INode*> databasesIn(Interface& host) {
+    std::vector<INode*> databases;
+    std::vector<INode*> nodes{host.GetRootNode()};
+    while (!nodes.empty()) {
+        INode* const node = nodes.back();
+        nodes.pop_back();
+        if (isHeader(node)) {
+            databases.push_back(node);
+            continue;
+        }
+        for (int i = node->NumberOfChildren(); i-- > 0;) nodes.push_back(node->GetChildNode(i));
+    }
+    return databases;
+}
+
 /// Whether records of that kind can be written: the library has the class, or the node keeps what
 /// was read.
 bool isWritable(INode& node, FltNodeKind kind) {
@@ -45,11 +60,12 @@ bool isWritable(INode& node, FltNodeKind kind) {
 class Planner {
 public:
     Planner(const ExportOptions& options, Interface& host)
-        : host_(host), selectedOnly_(options.selectedOnly) {}
+        : host_(host), selectedOnly_(options.selectedOnly) {
+        collectSelected();
+        database_ = findDatabase(options);
+    }
 
     Plan run() {
-        collectSelected();
-        database_ = findDatabase();
         if (selectedOnly_) selectDefinitions();
         PlanNode header;
         header.node = database_;
@@ -63,7 +79,8 @@ public:
             if (databaseAbove(child) == nullptr) add(*child, Matrix3(), false);
         }
         plan_.nodes.front().end = static_cast<std::uint32_t>(plan_.nodes.size());
-        countOtherDatabases();
+        const std::size_t databases = databasesIn(host_).size();
+        plan_.otherDatabases = databases == 0 ? 0 : databases - 1;
         if (database_ == nullptr && plan_.nodes.size() == 1) {
             throw ExportError("the scene has no OpenFlight nodes to write");
         }
@@ -135,33 +152,21 @@ private:
         if (found != definitions_.end()) select(found->second);
     }
 
-    INode* findDatabase() {
-        if (host_.GetSelNodeCount() > 0) {
-            INode* const above = databaseAbove(host_.GetSelNode(0));
-            if (above != nullptr) return above;
+    INode* findDatabase(const ExportOptions& options) const {
+        const std::vector<INode*> databases = databasesOf(host_, options);
+        if (options.database == nullptr && databases.size() < 2) {
+            return databases.empty() ? nullptr : databases.front();
         }
-        std::vector<INode*> nodes{host_.GetRootNode()};
-        while (!nodes.empty()) {
-            INode* const node = nodes.back();
-            nodes.pop_back();
-            if (isHeader(node)) return node;
-            for (int i = node->NumberOfChildren(); i-- > 0;) nodes.push_back(node->GetChildNode(i));
+        if (std::ranges::find(databases, options.database) != databases.end()) {
+            return options.database;
         }
-        return nullptr;
+        throw ExportError("a file holds one database, and which one is not said");
     }
 
     /// A header cannot be moved in a file, except as it was when it was read; its children can.
     Matrix3 databasePlace() const {
         const Matrix3 place = database_->GetLocalTM(host_.GetTime());
         return place == keptPlace(keptOn(*database_)) ? Matrix3() : place;
-    }
-
-    void countOtherDatabases() {
-        INode* const root = host_.GetRootNode();
-        for (int i = 0; i < root->NumberOfChildren(); ++i) {
-            INode* const child = root->GetChildNode(i);
-            if (child != database_ && isHeader(child)) ++plan_.otherDatabases;
-        }
     }
 
     /// Where a node of the scene is on the way: itself, what moves it from above, and whether it is
@@ -244,6 +249,19 @@ private:
 };
 
 }  // namespace
+
+std::vector<INode*> databasesOf(Interface& host, const ExportOptions& options) {
+    std::vector<INode*> all = databasesIn(host);
+    if (!options.selectedOnly) return all;
+    std::unordered_set<const INode*> above;
+    for (int i = 0; i < host.GetSelNodeCount(); ++i) {
+        INode* node = host.GetSelNode(i);
+        for (; node != nullptr && above.insert(node).second; node = node->GetParentNode()) continue;
+    }
+    std::vector<INode*> holding = all;
+    std::erase_if(holding, [&](const INode* database) { return !above.contains(database); });
+    return holding.empty() ? all : holding;
+}
 
 Plan planExport(const ExportOptions& options, Interface& host) {
     return Planner(options, host).run();

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <new>
+#include <optional>
 #include <type_traits>
 #include <vector>
 
@@ -86,6 +87,33 @@ Made<T> handlerFor(const std::string& path, SClass_ID superClass) {
         for (const std::string& one : kind.extensions)
             if (base::sameTextIgnoringCase(one, extension)) return create<T>(kind.owner);
     return nullptr;
+}
+
+/// The one that is meant, null where there is no choice; nothing where that is not clear. What is
+/// not among `parts` may have been deleted.
+std::optional<INode*> partOf(const std::vector<FilePart>& parts, const ExportChoice& choice) {
+    const std::string& name = choice.partName;
+    if (name.empty() && !choice.part && parts.size() < 2) return nullptr;
+    std::optional<INode*> found;
+    for (const FilePart& part : parts) {
+        if (name.empty() ? part.node != choice.part : part.name != name && part.fileName != name)
+            continue;
+        if (found) return std::nullopt;
+        found = part.node;
+    }
+    return found;
+}
+
+/// Says what can be chosen.
+std::string unclearPart(const std::vector<FilePart>& parts, const std::string& name) {
+    std::string text = "which one is " + (name.empty() ? "to be exported" : '"' + name + '"') + "?";
+    const char* before = " The scene has \"";
+    for (const FilePart& part : parts) {
+        text.append(before).append(part.name).append("\"");
+        if (!part.fileName.empty()) text.append(" (").append(part.fileName).append(")");
+        before = ", \"";
+    }
+    return text.append(parts.empty() ? " The scene has none" : "");
 }
 
 ImportResult resultOf(int code, const Report& report, const char* failure) {
@@ -183,17 +211,31 @@ ImportResult Core::openImported(const std::string& path, const ProgressFunction&
     return result;
 }
 
-ImportResult Core::exportFile(const std::string& path, DWORD options,
+std::vector<FilePart> Core::exportParts(const std::string& path, DWORD options) {
+    std::vector<FilePart> parts;
+    const auto exporter = handlerFor<SceneExport>(path, SCENE_EXPORT_CLASS_ID);
+    if (!exporter) return parts;
+    Tab<INode*> nodes;
+    exporter->Parts(impl_, options, nodes);
+    for (INode* const node : nodes)
+        parts.push_back({node, node->GetName(), exporter->PartFileName(node).str()});
+    return parts;
+}
+
+ImportResult Core::exportFile(const std::string& path, const ExportChoice& choice,
                               const ProgressFunction& progress) {
     const auto exporter = handlerFor<SceneExport>(path, SCENE_EXPORT_CLASS_ID);
     if (!exporter)
         return {IMPEXP_FAIL,
                 path + ": no plug-in exports files of type \"" + extensionOf(path) + "\"",
                 ImpExpCause::kOther};
+    const std::vector<FilePart> parts = exportParts(path, choice.options);
+    const std::optional<INode*> part = partOf(parts, choice);
+    if (!part) return {IMPEXP_FAIL, unclearPart(parts, choice.partName), ImpExpCause::kOther};
     Report report(progress);
     int code = IMPEXP_FAIL;
     try {
-        code = exporter->DoExport(path.c_str(), report, impl_, options);
+        code = exporter->DoExport(path.c_str(), report, impl_, choice.options, *part);
     } catch (const std::bad_alloc&) {
         report.Error("there is not enough memory");
         report.Cause(ImpExpCause::kOutOfMemory);

@@ -73,9 +73,14 @@ Value exportFile(const Arguments& arguments) {
     const double revision = arguments.number(2, 0);
     if (!(revision >= 0 && revision <= kMost) || revision != std::floor(revision))
         throw Failure("a revision is a whole number such as 1580");
-    const DWORD options = (arguments.boolean(1, false) ? SCENE_EXPORT_SELECTED : 0) |
-                          static_cast<DWORD>(revision) << SCENE_EXPORT_VERSION_SHIFT;
-    return require(core().exportFile(arguments.text(0), options), arguments.text(0));
+    kiln::ExportChoice choice;
+    choice.options = (arguments.boolean(1, false) ? SCENE_EXPORT_SELECTED : 0) |
+                     static_cast<DWORD>(revision) << SCENE_EXPORT_VERSION_SHIFT;
+    if (arguments.has(3) && arguments[3].text() != nullptr)
+        choice.partName = arguments.text(3);
+    else if (arguments.has(3))
+        choice.part = arguments.node(3);
+    return require(core().exportFile(arguments.text(0), choice), arguments.text(0));
 }
 
 }  // namespace
@@ -96,7 +101,7 @@ void addFileVerbs(Engine& engine) {
     engine.addVerb("importFile", "path", [](const Arguments& arguments) {
         return require(core().importFile(arguments.text(0)), arguments.text(0));
     });
-    engine.addVerb("exportFile", "path selected? revision?", exportFile);
+    engine.addVerb("exportFile", "path selected? revision? database?", exportFile);
     engine.addVerb("getFiles", "pattern", getFiles);
 }
 

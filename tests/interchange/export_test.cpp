@@ -597,6 +597,55 @@ TEST_F(ExportTest, BringsTheDefinitionsOfWhatIsSelectedAlong) {
               "f(lib(def1(odef1,to1),def2(odef2,to2),def4(odef4)),a(r1,r2,lost),above(in))");
 }
 
+TEST_F(ExportTest, WritesTheDatabaseThatItIsTold) {
+    const auto numbered = [](unsigned number) { return Bytes().u16(0).u16(number); };
+    const auto file = [&](const char* group) {
+        FltBytes bytes;
+        bytes.push().record(62, numbered(1)).longId(group + std::string(" definition"));
+        bytes.group(group).push().record(61, numbered(1)).longId("ref").pop().pop();
+        return bytes;
+    };
+    INode* const tower = import(file("a"), "塔台 tower.flt");
+    EXPECT_EQ(interchange::sourceFileOf(*tower), "塔台 tower.flt");
+    const std::string text = core.sceneText();
+    INode* const field = import(file("b"), "field.flt");
+    const std::string path = pathOf("airfield.flt");
+    std::ofstream(path) << "old";
+    host.SelectNode(field);
+    INode* const deleted = import(file("c"));
+    host.DeleteNode(deleted);
+    for (INode* const wrong : {static_cast<INode*>(nullptr), field->GetChildNode(0), deleted}) {
+        report.progress = 0;
+        EXPECT_EQ(interchange::exportFile(path.c_str(), {0, false, wrong}, report, host),
+                  IMPEXP_FAIL);
+        EXPECT_EQ(report.error, "a file holds one database, and which one is not said");
+        EXPECT_EQ(contentOf(path).size(), 3U) << "the file is as it was";
+    }
+    const auto written = [&](const interchange::ExportOptions& options) {
+        const std::string former = core.sceneText();
+        reimported(options);
+        const std::string names = tree();
+        EXPECT_TRUE(core.loadSceneText(former, "former").ok());
+        return names;
+    };
+    EXPECT_EQ(written({0, false, field}), "airfield(b definition,b(ref))");
+    EXPECT_EQ(report.summary.substr(report.summary.size() - 25), "left out 1 other database");
+
+    // A scene file keeps which file a database came from, and cannot make it a path.
+    ASSERT_TRUE(core.loadSceneText(text, "tower").ok());
+    EXPECT_EQ(interchange::sourceFileOf(*database()), "塔台 tower.flt");
+    import(file("b"), "..\\..\\field.flt");
+    INode* const other = host.GetRootNode()->GetChildNode(1);
+    EXPECT_EQ(interchange::sourceFileOf(*other), "field.flt");
+    // What is selected says which one is meant, unless it lies in both.
+    host.SelectNode(other->GetChildNode(1));
+    EXPECT_EQ(written({0, true}), "airfield(b definition,b(ref))");
+    host.SelectNode(host.GetRootNode()->GetChildNode(0), false);
+    host.SelectNode(host.GetRootNode()->GetChildNode(1)->GetChildNode(1), false);
+    report.progress = 0;
+    EXPECT_EQ(interchange::exportFile(path.c_str(), {0, true}, report, host), IMPEXP_FAIL);
+}
+
 TEST_F(ExportTest, LeavesTheOldFileAlone) {
     const std::string path = pathOf("old.flt");
     std::ofstream(path) << "old";

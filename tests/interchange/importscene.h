@@ -31,11 +31,10 @@ protected:
     ImportScene() : core(kiln::Core::create()), host(core.hostInterface()) { core.newScene(); }
     ~ImportScene() override { core.newScene(); }
 
-    /// Imports a file of the name "airfield"; gives the node of the database.
-    INode* import(std::span<const std::uint8_t> file) {
+    /// Imports a file; gives the node of the database.
+    INode* import(std::span<const std::uint8_t> file, const char* name = "airfield") {
         report.progress = 0;
-        return interchange::buildScene(file, interchange::readOutline(file), "airfield", report,
-                                       host);
+        return interchange::buildScene(file, interchange::readOutline(file), name, report, host);
     }
 
     /// The names of the scene's nodes, "a(b,c(d))".

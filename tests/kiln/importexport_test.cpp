@@ -40,13 +40,47 @@ struct SampleDescription : ClassDesc2 {
     const char* Category() override { return ""; }
 } description;
 
+// Of which a file holds one child of the root; where only what is selected is written, a selected
+// one.
+struct SampleExport : SceneExport {
+    static std::string written;
+
+    int ExtCount() override { return 1; }
+    const char* Ext(int) override { return "smp"; }
+    const char* ShortDesc() override { return "Sample scene"; }
+    void Parts(Interface* ip, DWORD options, Tab<INode*>& parts) override {
+        for (int i = 0; i < ip->GetRootNode()->NumberOfChildren(); ++i) {
+            INode* const part = ip->GetRootNode()->GetChildNode(i);
+            if ((options & SCENE_EXPORT_SELECTED) == 0 || part->Selected()) parts.Append(part);
+        }
+    }
+    CStr PartFileName(INode* part) override {
+        const std::string name = part->GetName();
+        return name == "new" ? "" : CStr(name.substr(0, 3) + ".smp");
+    }
+    int DoExport(const char*, ImpExpReport&, Interface*, DWORD, INode* part) override {
+        written = part != nullptr ? part->GetName() : "all";
+        return IMPEXP_SUCCESS;
+    }
+};
+std::string SampleExport::written;
+
+struct SampleExportDescription : SampleDescription {
+    void* Create(bool) override { return static_cast<SceneExport*>(new SampleExport); }
+    SClass_ID SuperClassID() override { return SCENE_EXPORT_CLASS_ID; }
+} exportDescription;
+
 class ImportTest : public HostTest {
 protected:
-    ImportTest() {
+    explicit ImportTest(int classes = 1) {
+        static int count;
+        count = classes;
         kiln::ModuleExports exports;
         exports.libDescription = [] { return "importer"; };
-        exports.libNumberClasses = [] { return 1; };
-        exports.libClassDesc = [](int) -> ClassDesc* { return &description; };
+        exports.libNumberClasses = [] { return count; };
+        exports.libClassDesc = [](int index) -> ClassDesc* {
+            return index == 0 ? &description : &exportDescription;
+        };
         exports.libVersion = [] { return KILN_SDK_VERSION; };
         EXPECT_TRUE(kiln::registerModule("importer", exports));
         addNode("old child")->SetNodeTM(0, TransMatrix({1, 2, 3}));
@@ -115,6 +149,47 @@ TEST_F(ImportTest, OpensAFileInPlaceOfTheSceneOrLeavesTheSceneAlone) {
     EXPECT_EQ(host.GetTexmapCount(), 1);
     EXPECT_EQ(host.GetSelNodeCount(), 0);
     EXPECT_FALSE(core.isModified());
+}
+
+struct ExportPartTest : ImportTest {
+    ExportPartTest() : ImportTest(2) {}
+
+    std::string exported(const kiln::ExportChoice& choice) {
+        SampleExport::written = "nothing";
+        const kiln::ImportResult result = core.exportFile("a.smp", choice);
+        EXPECT_EQ(result.ok(), SampleExport::written != "nothing");
+        return result.ok() ? SampleExport::written : result.message;
+    }
+};
+
+TEST_F(ExportPartTest, AsksWhichOfSeveralPartsAFileIsToHold) {
+    INode* const child = host.GetINodeByName("old child");
+    const std::string list = "The scene has \"old child\" (old.smp), \"old parent\" (old.smp)";
+    EXPECT_EQ(exported({}), "which one is to be exported? " + list);
+    EXPECT_EQ(exported({0, child}), "old child");
+    EXPECT_EQ(exported({0, nullptr, "old parent"}), "old parent");
+    for (const char* unclear : {"old.smp", "child"})
+        EXPECT_EQ(exported({0, nullptr, unclear}),
+                  "which one is \"" + std::string(unclear) + "\"? " + list);
+    EXPECT_EQ(exported({SCENE_EXPORT_SELECTED, nullptr, "old.smp"}),
+              "which one is \"old.smp\"? The scene has none");
+
+    EXPECT_EQ(exported({SCENE_EXPORT_SELECTED, child}),
+              "which one is to be exported? The scene has none");
+    EXPECT_EQ(exported({SCENE_EXPORT_SELECTED}), "all");
+
+    // One that is left needs no choice, but a choice that is not it stays one.
+    addNode("inner", child);
+    host.SelectNode(child);
+    EXPECT_EQ(exported({SCENE_EXPORT_SELECTED}), "all");
+    EXPECT_EQ(exported({SCENE_EXPORT_SELECTED, nullptr, "old.smp"}), "old child");
+    const std::string other = "which one is to be exported? The scene has \"old child\" (old.smp)";
+    EXPECT_EQ(exported({SCENE_EXPORT_SELECTED, host.GetINodeByName("old parent")}), other);
+    INode* const deleted = host.GetINodeByName("old parent");
+    host.DeleteNode(deleted);
+    EXPECT_EQ(exported({0, deleted}), other);
+    child->SetName("new");
+    EXPECT_EQ(exported({0, deleted}), "which one is to be exported? The scene has \"new\"");
 }
 
 }  // namespace

@@ -216,6 +216,72 @@ TEST_F(WorkbenchTest, ExportsAndOpensThroughTheRealPlugins) {
     EXPECT_EQ(textOf(window_), "机场.flt（导入） - Workbench");
 }
 
+// With two databases in the scene the export asks, the keyboard answers, and the database's own
+// file is what the file dialog offers.
+TEST_F(WorkbenchTest, AsksWhichDatabaseToExport) {
+    constexpr int kList = 1003, kFileNameField = 0x47C;
+    start(toWide(STAGED_PLUGINS));
+    const std::string tower = toUtf8((folder_ / L"塔台.flt").generic_wstring());
+    const std::string field = toUtf8((folder_ / L"field.flt").generic_wstring());
+    for (const std::string& path : {tower, field}) script("exportFile \"" + path + "\"");
+    script("newScene()");
+    for (const std::string& path : {tower, field}) script("importFile \"" + path + "\"");
+    EXPECT_THAT(script("exportFile \"" + tower + "\""), HasSubstr("field.flt"));
+    const auto waitForList = [&] {
+        ::PostMessageW(window_, WM_COMMAND, kExport, 0);
+        HWND dialog = nullptr;
+        eventually([&] {
+            dialog = ::FindWindowW(L"#32770", L"选择数据库");
+            return dialog && ::IsWindowVisible(dialog);
+        });
+        return ::GetDlgItem(dialog, kList);
+    };
+    const auto press = [](HWND window, WPARAM key) {
+        ::PostMessageW(window, WM_KEYDOWN, key, 0);
+        ::PostMessageW(window, WM_KEYUP, key, 0);
+    };
+    // Chooses the second; gives what the file dialog offers.
+    const auto offered = [&] {
+        const HWND list = waitForList();
+        EXPECT_EQ(::SendMessageW(list, LB_GETCOUNT, 0, 0), 2);
+        EXPECT_EQ(::SendMessageW(list, LB_GETCURSEL, 0, 0), 0);
+        press(list, VK_DOWN);
+        EXPECT_TRUE(eventually([&] { return ::SendMessageW(list, LB_GETCURSEL, 0, 0) == 1; }));
+        press(list, VK_RETURN);
+        HWND name = nullptr;
+        eventually([&] {
+            const HWND files = ::FindWindowW(L"#32770", L"导出");
+            name =
+                files && ::IsWindowVisible(files) ? ::GetDlgItem(files, kFileNameField) : nullptr;
+            return name != nullptr;
+        });
+        return name ? textOf(name) : "no file dialog";
+    };
+    EXPECT_THAT(offered(), HasSubstr("field"));
+    ASSERT_TRUE(answerFileDialog(L"导出", field));
+    EXPECT_TRUE(eventually([&] { return logSays("left out 1 other database"); })) << textOf(log_);
+
+    // A scene file may say anything about where a database came from: here "a<d?>.flt".
+    const std::filesystem::path scene = folder_ / L"两库.kiln";
+    const std::string scenePath = toUtf8(scene.generic_wstring());
+    script("saveScene \"" + scenePath + "\"");
+    std::ifstream saved(scene, std::ios::binary);
+    std::string text(std::istreambuf_iterator<char>(saved), {});
+    saved.close();
+    const std::string fieldInBase64 = "ZmllbGQuZmx0";
+    ASSERT_NE(text.find(fieldInBase64), text.npos);
+    text.replace(text.find(fieldInBase64), fieldInBase64.size(), "YTxkPz4uZmx0");
+    std::ofstream(scene, std::ios::binary) << text;
+    script("openScene \"" + scenePath + "\"");
+    EXPECT_THAT(offered(), HasSubstr("a_d__"));
+    ::PostMessageW(::FindWindowW(L"#32770", L"导出"), WM_COMMAND, IDCANCEL, 0);
+    EXPECT_TRUE(eventually([&] { return ::FindWindowW(L"#32770", L"导出") == nullptr; }));
+
+    press(waitForList(), VK_ESCAPE);
+    EXPECT_TRUE(eventually([&] { return ::FindWindowW(L"#32770", L"选择数据库") == nullptr; }));
+    EXPECT_EQ(::FindWindowW(L"#32770", L"导出"), nullptr) << "cancelled altogether";
+}
+
 // Neither a file that may not be written nor one that cannot be there is lost or made.
 TEST_F(WorkbenchTest, SaysWhyAFileCannotBeExportedAndGoesOn) {
     start(toWide(STAGED_PLUGINS));

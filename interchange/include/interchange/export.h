@@ -2,7 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <vector>
 
+class INode;
 class ImpExpReport;
 class Interface;
 
@@ -15,15 +18,26 @@ struct ExportOptions {
     /// Only selected nodes with what lies below them and the nodes above them, and so the instance
     /// definitions that these refer to.
     bool selectedOnly = false;
+    /// One of `databasesOf`, as anything else is refused; null where there are not several.
+    INode* database = nullptr;
 };
+
+/// The databases that an export may mean, in the scene's order: nodes with a header record that are
+/// not within another one; where only what is selected is to be written, those that hold some of
+/// it, if any do. `options.database` does not matter.
+std::vector<INode*> databasesOf(Interface& host, const ExportOptions& options);
+
+/// The name of the file that the database was read from, UTF-8, without its folder; empty for one
+/// that was made in the scene.
+std::string sourceFileOf(const INode& database);
 
 /// Writes one database of the host's scene to the file at `path` (UTF-8).
 ///
-/// The database is the node with a header record (the one above the first selected node, or the
-/// first there is) and everything below it; nodes that hang on the root outside of any database go
-/// with it, and without any database they make up one of their own. Nodes that count as OpenFlight
-/// nodes only by what they show (meshes, lights, groups) are written as such; others are passed
-/// over, and their children, placed as before, take their place.
+/// The database is the node with a header record and everything below it; of several, the one that
+/// `options` names. Nodes that hang on the root outside of any database go with it, and without any
+/// database they make up one of their own. Nodes that count as OpenFlight nodes only by what they
+/// show (meshes, lights, groups) are written as such; others are passed over, and their children,
+/// placed as before, take their place.
 ///
 /// What was imported and not edited comes back as it was read. The file is written beside `path`
 /// and takes its place when it is complete; before that, and after anything but success, a file

@@ -24,10 +24,11 @@ namespace interchange {
 int importFile(const char* path, ImpExpReport& report, Interface& host) noexcept;
 
 /// Builds the nodes of `outline`, which was read from `bytes`, and gives the one that stands for
-/// the database. It is named after its long identifier, its ID, or `name` (UTF-8) where the file
-/// says nothing or only "db". Nothing is left behind when it throws: `FltFileError` for a record
-/// that cannot be kept, `Cancelled`, `std::bad_alloc`.
-INode* buildScene(FileBytes bytes, const Outline& outline, const std::string& name,
+/// the database. It is named after its long identifier, its ID, or `fileName` (UTF-8) without
+/// its extension where the file says nothing or only "db", and remembers that name of its file.
+/// Nothing is left behind when it throws: `FltFileError` for a record that cannot be kept,
+/// `Cancelled`, `std::bad_alloc`.
+INode* buildScene(FileBytes bytes, const Outline& outline, const std::string& fileName,
                   ImpExpReport& report, Interface& host);
 
 /// Thrown when the user has cancelled.

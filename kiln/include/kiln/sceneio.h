@@ -1,8 +1,10 @@
 // Plug-ins that read and write foreign scene files.
 #pragma once
 
-#include <kiln/platform.h>
+#include <kiln/cstr.h>
+#include <kiln/tab.h>
 
+class INode;
 class Interface;
 
 /// What an import or export came to.
@@ -79,8 +81,18 @@ public:
     virtual DWORD Version(int index) { return (void)index, 0; }
     /// "15.8": what the user calls it.
     virtual const char* VersionName(int index) { return (void)index, ""; }
-    /// Writes the scene to `path` (UTF-8). After anything but success a file that was there before
-    /// must be as it was.
-    virtual int DoExport(const char* path, ImpExpReport& report, Interface* ip, DWORD options) = 0;
+    /// For a format of which one file holds one of several parts of a scene: adds the nodes at the
+    /// tops of those that an export with `options` may mean, in the scene's order. With two or more
+    /// of them the user is asked which. Neither this nor `PartFileName` throws.
+    virtual void Parts(Interface* ip, DWORD options, Tab<INode*>& parts) {
+        (void)ip, (void)options, (void)parts;
+    }
+    /// The name of the file that a part was read from, without its folder; empty for none.
+    virtual CStr PartFileName(INode* part) { return (void)part, CStr(); }
+    /// Writes the scene, or that `part` of it, to `path` (UTF-8). `part` is one of `Parts`, or null
+    /// where these are not several. After anything but success a file that was there before must be
+    /// as it was.
+    virtual int DoExport(const char* path, ImpExpReport& report, Interface* ip, DWORD options,
+                         INode* part) = 0;
     virtual void DeleteThis() { delete this; }
 };

@@ -3,6 +3,8 @@
 
 #include <base/text.h>
 
+#include <algorithm>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -23,6 +25,15 @@ inline std::string folderOf(std::string_view path) {
 inline std::string baseName(std::string_view path) {
     const std::string name = fileName(path);
     return name.substr(0, name.rfind('.'));
+}
+
+/// The text with "_" for what names of files cannot have.
+inline std::string asFileName(std::string text) {
+    std::ranges::replace_if(
+        text,
+        [](char c) { return (c >= 0 && c < ' ') || std::strchr("<>:\"/\\|?*", c) != nullptr; },
+        '_');
+    return text;
 }
 
 /// Whether the path ends in the extension, which is given without a dot.

@@ -1,10 +1,13 @@
 #include "scenefiles.h"
 
+#include "../ui/partdialog.h"
 #include "../ui/progressdialog.h"
 #include "filenames.h"
 #include "wording.h"
 
 #include <framework/cwaitcursor.h>
+
+#include <algorithm>
 
 namespace workbench {
 namespace {
@@ -141,9 +144,14 @@ std::string SceneFiles::lastFolder() const {
     return recent().empty() ? std::string() : folderOf(recent().front());
 }
 
-// The scene's name beside where the user was last; the dialog adds the extension.
-std::string SceneFiles::suggestion() const {
-    const std::string name = baseName(path_.empty() ? sourceName_ : path_), folder = lastFolder();
+// The scene's name; the dialog adds the extension.
+std::string SceneFiles::name() const {
+    return baseName(path_.empty() ? sourceName_ : path_);
+}
+
+// The name beside where the user was last.
+std::string SceneFiles::suggestion(const std::string& name) const {
+    const std::string folder = lastFolder();
     return folder.empty() || name.empty() ? name : folder + "\\" + name;
 }
 
@@ -234,29 +242,57 @@ void SceneFiles::import() {
     client_.sceneReplaced();
 }
 
+// Asks when a file holds less than the scene has, and gives the name for the part's file. False
+// when the user would rather not.
+bool SceneFiles::choosePart(kiln::ExportChoice& choice, std::string& name) {
+    std::vector<kiln::FilePart> parts;
+    for (const kiln::FileKind& kind : core_.exportKinds()) {
+        if (parts.size() > 1 || kind.extensions.empty()) continue;
+        parts = core_.exportParts("file." + kind.extensions.front(), choice.options);
+    }
+    if (parts.size() < 2) return true;
+    // What the user has selected is likely meant.
+    Interface& host = core_.hostInterface();
+    const INode* above = host.GetSelNodeCount() > 0 ? host.GetSelNode(0) : nullptr;
+    std::size_t chosen = 0;
+    for (; above != nullptr; above = above->GetParentNode()) {
+        const auto found = std::ranges::find(parts, above, &kiln::FilePart::node);
+        if (found != parts.end()) chosen = static_cast<std::size_t>(found - parts.begin());
+    }
+    PartDialog dialog(owner_.Handle(), std::move(parts), chosen);
+    if (dialog.DoModal() != IDOK) return false;
+    const kiln::FilePart& part = dialog.chosen();
+    choice.part = part.node;
+    name = asFileName(part.fileName.empty() ? part.name : baseName(part.fileName));
+    return true;
+}
+
 void SceneFiles::exportScene(bool selectedOnly) {
     const std::vector<kiln::FileKind> kinds = core_.exportKinds();
     if (kinds.empty() || kinds.front().extensions.empty()) return;
+    kiln::ExportChoice choice;
+    choice.options = selectedOnly ? SCENE_EXPORT_SELECTED : 0;
+    std::string suggested = name();
+    if (!choosePart(choice, suggested)) return;
     const ExportTypes types(kinds);
     std::size_t type = 0;
     const auto path =
         askSaveFile(owner_.Handle(), selectedOnly ? "导出所选" : "导出", types.filters,
-                    kinds.front().extensions.front(), suggestion(), &type);
+                    kinds.front().extensions.front(), suggestion(suggested), &type);
     if (!path) return;
     const DWORD version = type < types.versions.size() ? types.versions[type] : 0;
-    const kiln::ImportResult result = exportFile(*path, selectedOnly, version);
+    choice.options |= version << SCENE_EXPORT_VERSION_SHIFT;
+    const kiln::ImportResult result = exportFile(*path, choice);
     if (result.code == IMPEXP_CANCEL) return client_.print("-- export cancelled");
     if (!result.ok()) showFailure("无法导出文件。", *path, result);
 }
 
-kiln::ImportResult SceneFiles::exportFile(const std::string& path, bool selectedOnly,
-                                          DWORD version) {
+kiln::ImportResult SceneFiles::exportFile(const std::string& path,
+                                          const kiln::ExportChoice& choice) {
     const auto start = std::chrono::steady_clock::now();
-    const DWORD options =
-        version << SCENE_EXPORT_VERSION_SHIFT | (selectedOnly ? SCENE_EXPORT_SELECTED : 0);
     kiln::ImportResult result =
         run("正在导出 " + fileName(path), [&](const kiln::ProgressFunction& progress) {
-            return core_.exportFile(path, options, progress);
+            return core_.exportFile(path, choice, progress);
         });
     if (result.ok()) printResult(path, result, start);
     return result;
@@ -269,7 +305,8 @@ bool SceneFiles::save() {
 }
 
 bool SceneFiles::saveAs() {
-    const auto path = askSaveFile(owner_.Handle(), "另存为", kSceneFilters, "kiln", suggestion());
+    const auto path =
+        askSaveFile(owner_.Handle(), "另存为", kSceneFilters, "kiln", suggestion(name()));
     return path && saveTo(*path);
 }
 

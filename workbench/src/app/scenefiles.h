@@ -42,9 +42,9 @@ public:
     /// Opens a .kiln scene, or any other file that a plug-in imports, in place of the scene. The
     /// message is then a summary. After a failure the scene is as it was.
     kiln::ImportResult openFile(const std::string& path);
-    /// Writes the scene, or what is selected, in `version` of the format (0: as the exporter
-    /// likes). After anything but success a file that was there is as it was.
-    kiln::ImportResult exportFile(const std::string& path, bool selectedOnly, DWORD version);
+    /// Exports behind a progress dialog. After anything but success a file that was there is as it
+    /// was.
+    kiln::ImportResult exportFile(const std::string& path, const kiln::ExportChoice& choice);
     /// False when the user would rather keep the scene that has changed.
     bool mayLoseScene();
     /// Tells the user about a failure, in a message box.
@@ -68,7 +68,9 @@ private:
     using Work = std::function<kiln::ImportResult(const kiln::ProgressFunction&)>;
 
     std::string lastFolder() const;
-    std::string suggestion() const;
+    std::string name() const;
+    std::string suggestion(const std::string& name) const;
+    bool choosePart(kiln::ExportChoice& choice, std::string& name);
     void openOrTell(const std::string& path);
     bool saveTo(const std::string& path);
     /// Runs an import or export behind a progress dialog.

@@ -437,7 +437,7 @@ kiln::Status Walk::exportAndOpen() {
         return {};
     }
     const std::string path = folder_ + "\\edited." + kinds.front().extensions.front();
-    kiln::ImportResult result = window_.files().exportFile(path, false, 0);
+    kiln::ImportResult result = window_.files().exportFile(path, {});
     if (!result.ok()) return kiln::Status::failure(result.message);
     say("    " + result.message);
     result = window_.files().openFile(path);

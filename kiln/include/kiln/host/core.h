@@ -39,6 +39,21 @@ struct FileKind {
     std::vector<FileVersion> versions;    ///< of an exporter, newest first; may be empty
 };
 
+/// A part of the scene of which a file holds one.
+struct FilePart {
+    INode* node;
+    std::string name;      ///< the node's
+    std::string fileName;  ///< of the file that it was read from, without its folder; may be empty
+};
+
+/// What an export writes.
+struct ExportChoice {
+    DWORD options = 0;      ///< see `SceneExport`
+    INode* part = nullptr;  ///< one of `Core::exportParts`; null where there are not several
+    /// Instead of `part`: the name of its node or of its file, which must be no other's.
+    std::string partName = {};
+};
+
 /// The core, of which there is at most one. `GetCOREInterface()` is null before `create` and after
 /// `destroy`.
 class KILNAPI Core {
@@ -101,8 +116,12 @@ public:
     /// Sends `NOTIFY_SCENE_PRE_CLEAR` and `NOTIFY_SCENE_NEW` before the import, and again when the
     /// scene that was there comes back.
     ImportResult openImported(const std::string& path, const ProgressFunction& progress = {});
-    /// Runs the registered exporter for the extension of `path`.
-    ImportResult exportFile(const std::string& path, DWORD options = 0,
+    /// The parts of the scene that the exporter for the extension of `path` may be told to write,
+    /// in the scene's order; empty without an exporter.
+    std::vector<FilePart> exportParts(const std::string& path, DWORD options = 0);
+    /// Runs the registered exporter for the extension of `path`. Fails and lists the parts where
+    /// the choice is not one of them.
+    ImportResult exportFile(const std::string& path, const ExportChoice& choice = {},
                             const ProgressFunction& progress = {});
 
     // The utility panel.
