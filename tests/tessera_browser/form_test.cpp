@@ -42,9 +42,15 @@ TEST_F(BrowserForm, TheLastIconIsTheListsFirstOverlay) {
     const auto icons =
         reinterpret_cast<HIMAGELIST>(SendMessageW(tree(), TVM_GETIMAGELIST, TVSIL_NORMAL, 0));
     ASSERT_EQ(ImageList_GetImageCount(icons), 19);
+    // No import library has these two.
+    constexpr IID kImageList{
+        0x46EB5926, 0x582E, 0x4017, {0x9F, 0xDF, 0xE8, 0x99, 0x8D, 0xAA, 0x09, 0x50}};
+    const auto query =
+        reinterpret_cast<HRESULT(WINAPI*)(HIMAGELIST, REFIID, void**)>(reinterpret_cast<void*>(
+            GetProcAddress(GetModuleHandleW(L"comctl32"), "HIMAGELIST_QueryInterface")));
+    ASSERT_NE(query, nullptr);
     IImageList* list = nullptr;
-    ASSERT_EQ(HIMAGELIST_QueryInterface(icons, IID_IImageList, reinterpret_cast<void**>(&list)),
-              S_OK);
+    ASSERT_EQ(query(icons, kImageList, reinterpret_cast<void**>(&list)), S_OK);
     int overlay = -1;
     EXPECT_EQ(list->GetOverlayImage(1, &overlay), S_OK);
     EXPECT_EQ(overlay, 18);
