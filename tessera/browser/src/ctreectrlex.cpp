@@ -18,8 +18,12 @@ constexpr int kDragThreshold = 9;        // pixels
 constexpr UINT_PTR kScrollTimer = 0x5C;  // while dragging
 constexpr UINT kScrollInterval = 60;     // milliseconds
 constexpr int kScrollMargin = 14;        // pixels at 100 % scaling
-// Below this many branches, expanding them one by one in view costs less than the detour.
-constexpr std::size_t kManyBranches = 64;
+// Below this many branches, changing them one by one in view costs less than the detour.
+constexpr std::size_t kManyBranches = 8;
+// How many siblings may have gone at one place for the next of them still to be recognised.
+constexpr int kMostGone = 64;
+// After this many differences the items are taken over by their places, whatever they showed.
+constexpr int kMostDifferences = 1000;
 
 bool isDown(int key) {
     return (::GetKeyState(key) & 0x8000) != 0;
@@ -49,8 +53,105 @@ tessera::NodeHandle CTreeCtrlEx::Node(HTREEITEM item) {
 HTREEITEM CTreeCtrlEx::Add(HTREEITEM parent, std::string_view text, tessera::NodeHandle node,
                            int image) {
     const int shown = image < 0 ? 0 : image;
-    return Insert(text, parent ? parent : TVI_ROOT, TVI_LAST, static_cast<LPARAM>(node), shown,
-                  shown);
+    HTREEITEM after = TVI_LAST;
+    if (model_.hasWaiting()) {
+        Item* const above = Find(parent);
+        if (Item* const item = TakeBack(above, text, node, shown)) return item->handle;
+        if (const Item* last = model_.last(above); model_.firstWaiting(above))
+            after = last ? last->handle : TVI_FIRST;
+    }
+    const HTREEITEM handle =
+        Insert(text, parent ? parent : TVI_ROOT, after, static_cast<LPARAM>(node), shown, shown);
+    if (Item* const item = Find(handle)) {
+        item->text = text;
+        item->image = shown;
+    }
+    return handle;
+}
+
+// ---------------------------------------------------------------- refilling
+
+CTreeCtrlEx::Refill::Refill(CTreeCtrlEx& tree) : tree_(tree) {
+    if (tree_.refills_++ == 0) tree_.mayWait_ = true;
+}
+
+CTreeCtrlEx::Refill::~Refill() {
+    if (--tree_.refills_ > 0) return;
+    tree_.mayWait_ = false;
+    if (tree_.HasWindow()) tree_.DropWaiting();
+}
+
+// The control has a tree without a caret then, as one that has been emptied.
+void CTreeCtrlEx::KeepWaiting() {
+    mayWait_ = false;
+    differences_ = 0;
+    recognised_ = false;
+    EndEditLabel(true);
+    MoveCaret(nullptr);
+    model_.keepWaiting();
+    ForgetDeleted();
+}
+
+// An item that waits below `parent` and shows what is to be added; null when there is none. Those
+// before it have gone.
+CTreeCtrlEx::Item* CTreeCtrlEx::TakeBack(Item* parent, std::string_view text,
+                                         tessera::NodeHandle node, int image) {
+    if (!model_.firstWaiting(parent)) return nullptr;
+    if (parent && !std::exchange(recognised_, true) && model_.firstWaiting(parent)->node != node) {
+        DropWaiting();  // another scene
+        return nullptr;
+    }
+    int gone = 0;
+    const Item* same = model_.firstWaiting(parent);
+    while (same && same->node != node && gone < kMostGone) {
+        same = same->next;
+        ++gone;
+    }
+    if (same && same->node == node) {
+        differences_ += gone;
+        for (; gone > 0; --gone) DropFirstWaiting(parent);
+    } else if (parent && ++differences_ < kMostDifferences) {
+        return nullptr;
+    }
+    Item& item = model_.putBack(parent);
+    if (item.node != node || item.text != text || item.image != image)
+        ShowAnew(item, text, node, image);
+    return &item;
+}
+
+void CTreeCtrlEx::ShowAnew(Item& item, std::string_view text, tessera::NodeHandle node, int image) {
+    if (item.node != node && item.firstWaiting)
+        Default(TVM_EXPAND, TVE_COLLAPSE, reinterpret_cast<LPARAM>(item.handle));
+    std::wstring wideText = toWide(text);
+    TVITEMW shown{};
+    shown.mask = TVIF_HANDLE | TVIF_TEXT | TVIF_PARAM | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
+    shown.hItem = item.handle;
+    shown.pszText = wideText.data();
+    shown.lParam = static_cast<LPARAM>(node);
+    shown.iImage = shown.iSelectedImage = image;
+    Default(TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&shown));
+    item.node = node;
+    item.text = text;
+    item.image = image;
+}
+
+void CTreeCtrlEx::DropFirstWaiting(Item* parent) {
+    const HTREEITEM handle = model_.firstWaiting(parent)->handle;
+    model_.dropWaiting(parent);
+    Default(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(handle));
+}
+
+void CTreeCtrlEx::DropWaiting() {
+    if (!model_.hasWaiting()) return;
+    const CountUp changing(changing_);
+    while (model_.firstWaiting(nullptr)) DropFirstWaiting(nullptr);
+    for (Item* at = model_.first(); at; at = TreeModel::following(*at)) {
+        if (at->firstWaiting && !at->firstChild) {
+            while (at->firstWaiting) model_.dropWaiting(at);
+            DeleteAllBelow(at->handle);
+        }
+        while (at->firstWaiting) DropFirstWaiting(at);
+    }
 }
 
 bool CTreeCtrlEx::IsExpanded(const Item& item) const {
@@ -73,6 +174,8 @@ LRESULT CTreeCtrlEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         case TVM_GETITEMA:
         case TVM_GETITEMW:
             return GetThrough(message, wParam, lParam);
+        case TVM_GETCOUNT:
+            return static_cast<LRESULT>(model_.size());
         case TVM_GETITEMSTATE: {
             const LRESULT state = CTreeCtrl::WindowProc(message, wParam, lParam);
             const auto mask = static_cast<UINT>(lParam);
@@ -121,7 +224,12 @@ HTREEITEM CTreeCtrlEx::InsertThrough(UINT message, const TVINSERTSTRUCTW& insert
 
 LRESULT CTreeCtrlEx::DeleteThrough(UINT message, WPARAM wParam, LPARAM lParam) {
     const auto handle = reinterpret_cast<HTREEITEM>(lParam);
-    if (!handle || handle == TVI_ROOT)
+    const bool all = !handle || handle == TVI_ROOT;
+    if (all && mayWait_) {
+        KeepWaiting();
+        return TRUE;
+    }
+    if (all)
         model_.clear();
     else if (Item* item = Find(handle))
         model_.remove(*item);
@@ -159,8 +267,10 @@ LRESULT CTreeCtrlEx::SetThrough(UINT message, WPARAM wParam, LPARAM lParam) {
     TVITEMEXW item{};
     const auto& given = *reinterpret_cast<const TVITEMW*>(lParam);
     const bool marks = (given.mask & TVIF_STATE) != 0 && (given.stateMask & TVIS_SELECTED) != 0;
-    Item* const found = marks ? Find(given.hItem) : nullptr;
-    if (!found) return CTreeCtrl::WindowProc(message, wParam, lParam);
+    Item* const found = Find(given.hItem);
+    if (found && (given.mask & (TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE)) != 0)
+        found->image = Item::kUnknownImage;
+    if (!found || !marks) return CTreeCtrl::WindowProc(message, wParam, lParam);
     SetSelected(*found, (given.state & TVIS_SELECTED) != 0);
     std::memcpy(&item, &given,
                 (given.mask & TVIF_INTEGRAL) != 0 ? sizeof(TVITEMEXW) : sizeof(TVITEMW));
@@ -384,53 +494,67 @@ void CTreeCtrlEx::NotifySelectionChanged(HTREEITEM old, HTREEITEM now) {
 
 // ---------------------------------------------------------------- branches
 
-void CTreeCtrlEx::ExpandAll(HTREEITEM handle) {
-    Item* const top = Find(handle);
-    if (!top || !top->firstChild) return;
+void CTreeCtrlEx::ExpandAll(const std::vector<Item*>& tops) {
+    ChangeBranches(BranchesBottomUp(tops), TVE_EXPAND);
+}
+
+void CTreeCtrlEx::CollapseAll(const std::vector<Item*>& tops) {
+    ChangeBranches(BranchesBottomUp(tops), TVE_COLLAPSE);
+}
+
+std::vector<CTreeCtrlEx::Item*> CTreeCtrlEx::BranchesBottomUp(const std::vector<Item*>& tops) {
     std::vector<Item*> branches;
-    for (Item* at : TreeModel::bottomUp(*top))
-        if (at->firstChild) branches.push_back(at);
-    ExpandBranches(*top, branches);
+    for (auto top = tops.rbegin(); top != tops.rend(); ++top)
+        for (Item* at : TreeModel::bottomUp(**top))
+            if (at->firstChild) branches.push_back(at);
+    return branches;
 }
 
-// Branches of `top`, bottom-up.
-void CTreeCtrlEx::ExpandBranches(Item& top, const std::vector<Item*>& branches) {
+// Expands or collapses the branches, given bottom-up. Everything that opens or shuts several of
+// them comes here.
+//
+// The control goes over all its visible items at every change of a visible branch, and when one is
+// collapsed over all that are still expanded behind it. So they are changed from the last to the
+// first, out of its sight: below top-level items that are collapsed meanwhile.
+void CTreeCtrlEx::ChangeBranches(const std::vector<Item*>& branches, UINT code) {
+    if (branches.empty()) return;
     const RedrawPause pause(*this);
-    // The control numbers its visible items anew at every expansion of a visible item. So all but
-    // the last expansion are done out of its sight, which costs the caret its place meanwhile.
-    const HTREEITEM caretHandle = Caret();
-    const Item* const caret = Find(caretHandle);
-    const bool hide = branches.size() > kManyBranches && branches.back() == &top && IsExpanded(top);
-    const bool moves = hide && caret && caret != &top && TreeModel::isWithin(*caret, top);
-    const bool caretSelected = moves && caret->selected;
-    const bool topSelected = top.selected;
-    const HTREEITEM firstShown = FirstVisible();
-    const CountUp changing(changing_);
-    if (hide) Expand(top.handle, TVE_COLLAPSE);
-    for (const Item* at : branches) Expand(at->handle, TVE_EXPAND);
-    if (moves) {
-        Item* const back = Find(caretHandle);
-        Select(caretHandle);
-        SetSelected(*back, caretSelected);
-        SetSelected(top, topSelected);
+    const std::unordered_set<const Item*> changed(branches.begin(), branches.end());
+    std::vector<Item*> hidden;
+    if (branches.size() >= kManyBranches)
+        for (Item* top = model_.first(); top; top = top->next)
+            if (IsExpanded(*top)) hidden.push_back(top);
+    if (2 * hidden.size() >= branches.size()) hidden.clear();
+
+    // The control moves its caret to what it collapses, and with it the mark.
+    const bool collapses = code == TVE_COLLAPSE;
+    const auto inView = [&](HTREEITEM item) {
+        for (const Item* at = collapses ? Find(item) : nullptr; at; at = at->parent)
+            if (changed.contains(at->parent)) item = at->parent->handle;
+        return item;
+    };
+    const HTREEITEM caret = Caret();
+    const HTREEITEM newCaret = inView(caret);
+    const HTREEITEM firstShown = inView(FirstVisible());
+    std::vector<std::pair<Item*, bool>> marks;
+    for (Item* at = Find(caret); at; at = at->parent) marks.emplace_back(at, at->selected);
+    {
+        const CountUp changing(changing_);
+        for (const Item* top : hidden) Expand(top->handle, TVE_COLLAPSE);
+        for (const Item* at : branches) Expand(at->handle, code);
+        for (const Item* top : hidden)
+            if (!changed.contains(top)) Expand(top->handle, TVE_EXPAND);
+        if (Caret() != newCaret) Select(newCaret);
+        caret_ = newCaret;
+        for (const auto& [item, selected] : marks) SetSelected(*item, selected);
+        if (!hidden.empty())
+            Send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(firstShown));
     }
-    if (hide) Send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(firstShown));
-}
-
-void CTreeCtrlEx::CollapseAll(HTREEITEM handle) {
-    Item* const top = Find(handle);
-    if (!top) return;
-    const RedrawPause pause(*this);
-    // The first one takes everything out of view; then from the bottom up, because the control goes
-    // over whatever is still expanded behind the branch that it collapses.
-    Expand(handle, TVE_COLLAPSE);
-    for (const Item* at : TreeModel::bottomUp(*top))
-        if (at->firstChild) Expand(at->handle, TVE_COLLAPSE);
+    if (newCaret != caret) NotifySelectionChanged(caret, newCaret);
 }
 
 void CTreeCtrlEx::Reveal(const std::vector<Item*>& items) {
-    // Asking each of them first whether it is expanded would take as long as expanding it.
-    for (const Item* above : TreeModel::ancestorsBottomUp(items)) Expand(above->handle, TVE_EXPAND);
+    ChangeBranches(TreeModel::ancestorsBottomUp(items), TVE_EXPAND);
 }
 
 CTreeCtrlEx::Arrangement CTreeCtrlEx::Remember(Item* top) {
@@ -444,18 +568,14 @@ CTreeCtrlEx::Arrangement CTreeCtrlEx::Remember(Item* top) {
     return arrangement;
 }
 
-void CTreeCtrlEx::Reopen(Item& top, const Arrangement& arrangement) {
-    std::vector<Item*> branches;
-    for (Item* at : TreeModel::bottomUp(top))
-        if (at->firstChild && arrangement.open.contains(at->node)) branches.push_back(at);
-    if (!branches.empty()) ExpandBranches(top, branches);
-}
-
 void CTreeCtrlEx::Restore(const Arrangement& arrangement, Item* top) {
     const RedrawPause pause(*this);
-    if (top && !arrangement.open.empty()) Reopen(*top, arrangement);
-    for (Item* at = top || arrangement.open.empty() ? nullptr : model_.first(); at; at = at->next)
-        Reopen(*at, arrangement);
+    std::vector<Item*> tops;
+    for (Item* at = top ? top : model_.first(); at; at = top ? nullptr : at->next)
+        tops.push_back(at);
+    std::vector<Item*> branches = BranchesBottomUp(tops);
+    std::erase_if(branches, [&](const Item* at) { return !arrangement.open.contains(at->node); });
+    ChangeBranches(branches, TVE_EXPAND);
     if (!arrangement.firstShown) return;
     for (Item* at = model_.first(); at; at = TreeModel::following(*at)) {
         if (at->node != arrangement.firstShown) continue;
@@ -467,14 +587,20 @@ void CTreeCtrlEx::Restore(const Arrangement& arrangement, Item* top) {
 // All at once: one by one, the control looks each of them up among all items and closes the gap.
 void CTreeCtrlEx::DeleteChildren(HTREEITEM handle) {
     Item* const parent = Find(handle);
-    if (!parent || !parent->firstChild) return;
+    if (!parent || (!parent->firstChild && !parent->firstWaiting)) return;
     const RedrawPause pause(*this);
     const CountUp changing(changing_);
     // The caret goes where the control would put it after the last of them.
     const Item* const caret = Find(Caret());
     if (caret && caret != parent && TreeModel::isWithin(*caret, *parent)) Select(handle);
     while (parent->firstChild) model_.remove(*parent->firstChild);
+    while (parent->firstWaiting) model_.dropWaiting(parent);
     ForgetDeleted();
+    DeleteAllBelow(handle);
+}
+
+// In the control alone.
+void CTreeCtrlEx::DeleteAllBelow(HTREEITEM handle) {
     Send(TVM_EXPAND, TVE_COLLAPSE | TVE_COLLAPSERESET, reinterpret_cast<LPARAM>(handle));
     // Otherwise it keeps its button, for children that were only taken out of memory. Not every
     // version of the control can find out by itself that there are none.
@@ -661,7 +787,6 @@ void CTreeCtrlEx::MoveCaretByKey() {
     const HTREEITEM former = Caret();
     ClearSelection(true);
     Default();
-    anchor_ = Caret();
     // At the end of the tree the caret stays, and so does its mark.
     if (former && Caret() == former) {
         if (Item* item = Find(former)) SetSelected(*item, true);

@@ -57,9 +57,12 @@ public:
     /// Gives every item below `item` its selected mark.
     void SpreadMark(HTREEITEM item);
 
-    /// Expands or collapses an item that has children, and every item below it that has.
-    void ExpandAll(HTREEITEM item);
-    void CollapseAll(HTREEITEM item);
+    /// Expands or collapses those of the items that have children, and every item below them that
+    /// has. None of the items may lie below another, and they come in the order of the tree. A
+    /// caret that goes out of view moves to the branch above it that is in view, and the parent
+    /// hears of it.
+    void ExpandAll(const std::vector<Item*>& tops);
+    void CollapseAll(const std::vector<Item*>& tops);
     /// Expands everything above the items.
     void Reveal(const std::vector<Item*>& items);
 
@@ -72,6 +75,20 @@ public:
     Arrangement Remember(Item* top);
     /// Arranges items that have been put in again.
     void Restore(const Arrangement& arrangement, Item* top);
+
+    /// While it lives the tree is expected to be emptied and filled again, with much the same. The
+    /// control takes longer to delete many items than to be given them, so those that are added
+    /// again where they were stay; what has not been added is deleted at the end.
+    class Refill {
+    public:
+        explicit Refill(CTreeCtrlEx& tree);
+        ~Refill();
+        Refill(const Refill&) = delete;
+        Refill& operator=(const Refill&) = delete;
+
+    private:
+        CTreeCtrlEx& tree_;
+    };
 
     /// The answer to the parent's NM_CUSTOMDRAW: colours the selected items.
     LRESULT Draw(NMTVCUSTOMDRAW& draw);
@@ -108,8 +125,16 @@ private:
     template <typename Visit>
     void WalkVisible(const std::vector<Item*>& wanted, Visit visit);
     bool IsExpanded(const Item& item) const;
-    void ExpandBranches(Item& top, const std::vector<Item*>& branches);
-    void Reopen(Item& top, const Arrangement& arrangement);
+    static std::vector<Item*> BranchesBottomUp(const std::vector<Item*>& tops);
+    void ChangeBranches(const std::vector<Item*>& branches, UINT code);
+    void DeleteAllBelow(HTREEITEM item);
+
+    void KeepWaiting();
+    Item* TakeBack(Item* parent, std::string_view text, tessera::NodeHandle node, int image);
+    void ShowAnew(Item& item, std::string_view text, tessera::NodeHandle node, int image);
+    void DropFirstWaiting(Item* parent);
+    void DropWaiting();
+
     void ForgetDeleted();
 
     HTREEITEM InsertThrough(UINT message, const TVINSERTSTRUCTW& insertion);
@@ -140,6 +165,11 @@ private:
     int changing_ = 0;
     int paused_ = 0;
     std::optional<DrawingPause> drawingPause_;
+
+    int refills_ = 0;
+    bool mayWait_ = false;     ///< the next emptying is that of a refill
+    bool recognised_ = false;  ///< the scene is the one that was shown
+    int differences_ = 0;      ///< between what was there and what is added
 
     bool pressPending_ = false;
     POINT pressPoint_{};

@@ -316,7 +316,10 @@ void Hierarchy::refresh() {
         const CWaitCursor wait;
         const RedrawPause pause(tree_);
         const CTreeCtrlEx::Arrangement arrangement = tree_.Remember(nullptr);
-        send(BrowserEvent::rebuild);
+        {
+            const CTreeCtrlEx::Refill refill(tree_);
+            send(BrowserEvent::rebuild);
+        }
         filling_.reset();
         tree_.Restore(arrangement, nullptr);
     }

@@ -105,17 +105,15 @@ void Hierarchy::selectCaretOnly() {
 void Hierarchy::expandSelected(bool expand) {
     const CWaitCursor wait;
     const RedrawPause pause(tree_);
-    std::vector<HTREEITEM> tops;
-    for (const TreeItem* at = tree_.Model().first(); at;) {
-        if (at->selected) tops.push_back(at->handle);
+    std::vector<TreeItem*> tops;
+    for (TreeItem* at = tree_.Model().first(); at;) {
+        if (at->selected) tops.push_back(at);
         at = at->selected ? TreeModel::skipping(*at) : TreeModel::following(*at);
     }
-    for (const HTREEITEM top : tops) {
-        if (expand)
-            tree_.ExpandAll(top);
-        else
-            tree_.CollapseAll(top);
-    }
+    if (expand)
+        tree_.ExpandAll(tops);
+    else
+        tree_.CollapseAll(tops);
 }
 
 void Hierarchy::selectInHost() {

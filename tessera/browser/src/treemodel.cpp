@@ -1,21 +1,28 @@
 #include "treemodel.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tessera {
 
 TreeItem& TreeModel::insert(BrowserItem handle, TreeItem* parent, TreeItem* after, bool first,
                             NodeHandle node) {
-    TreeItem& above = *topAware(parent);
     TreeItem& item = items_[handle];
     item.handle = handle;
     item.node = node;
+    link(item, parent, after || first ? after : topAware(parent)->lastChild);
+    return item;
+}
+
+void TreeModel::link(TreeItem& item, TreeItem* parent, TreeItem* previous) {
+    TreeItem& above = *topAware(parent);
+    item.generation = generation_;
     item.parent = parent;
-    item.previous = after || first ? after : above.lastChild;
-    item.next = item.previous ? item.previous->next : above.firstChild;
+    item.previous = previous;
+    item.next = previous ? previous->next : above.firstChild;
     (item.previous ? item.previous->next : above.firstChild) = &item;
     (item.next ? item.next->previous : above.lastChild) = &item;
-    return item;
+    ++size_;
 }
 
 void TreeModel::remove(TreeItem& item) {
@@ -23,20 +30,49 @@ void TreeModel::remove(TreeItem& item) {
     (item.previous ? item.previous->next : above.firstChild) = item.next;
     (item.next ? item.next->previous : above.lastChild) = item.previous;
     for (TreeItem* gone : bottomUp(item)) {
+        while (gone->firstWaiting) dropWaiting(gone);
         selected_.erase(gone);
         items_.erase(gone->handle);
+        --size_;
     }
 }
 
 void TreeModel::clear() {
     selected_.clear();
     items_.clear();
+    size_ = 0;
     top_ = TreeItem();
+}
+
+void TreeModel::keepWaiting() {
+    TreeItem* const first = top_.firstChild;
+    selected_.clear();
+    size_ = 0;
+    ++generation_;
+    top_ = TreeItem();
+    top_.firstWaiting = first;
+}
+
+TreeItem& TreeModel::putBack(TreeItem* parent) {
+    TreeItem& item = *firstWaiting(parent);
+    firstWaiting(parent) = item.next;
+    item.firstWaiting = std::exchange(item.firstChild, nullptr);
+    item.lastChild = nullptr;
+    item.selected = false;
+    link(item, parent, topAware(parent)->lastChild);
+    return item;
+}
+
+void TreeModel::dropWaiting(TreeItem* parent) {
+    TreeItem& item = *firstWaiting(parent);
+    firstWaiting(parent) = item.next;
+    for (const TreeItem* gone : bottomUp(item)) items_.erase(gone->handle);
 }
 
 TreeItem* TreeModel::find(BrowserItem handle) {
     const auto found = items_.find(handle);
-    return found == items_.end() ? nullptr : &found->second;
+    return found == items_.end() || found->second.generation != generation_ ? nullptr
+                                                                            : &found->second;
 }
 
 void TreeModel::setSelected(TreeItem& item, bool selected) {

@@ -3,6 +3,7 @@
 
 #include <tessera/browserexports.h>
 
+#include <string>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -19,6 +20,13 @@ struct TreeItem {
     TreeItem* next = nullptr;
     TreeItem* previous = nullptr;
     bool selected = false;
+    int image = kUnknownImage;  ///< what the control shows, where it is known
+    std::string text;
+    /// The first of the children that it had before the tree was emptied and that still wait.
+    TreeItem* firstWaiting = nullptr;
+    unsigned generation = 0;
+
+    static constexpr int kUnknownImage = -1;
 };
 
 /// The items of a tree control with their order, node handles and selected marks.
@@ -37,12 +45,26 @@ public:
     void remove(TreeItem& item);
     void clear();
 
+    /// Empties the tree, but keeps its items waiting to be put in again: each below the parent that
+    /// it had, in their order. An item that waits cannot be found.
+    void keepWaiting();
+    /// The first item that waits below `parent` (null: top level), or null.
+    TreeItem*& firstWaiting(TreeItem* parent) { return topAware(parent)->firstWaiting; }
+    /// Puts the first item that waits below `parent` in again, as its last child. What was below it
+    /// waits in turn.
+    TreeItem& putBack(TreeItem* parent);
+    /// Takes the first item that waits below `parent` out for good, with everything below it.
+    void dropWaiting(TreeItem* parent);
+
     /// Null for a handle that is not in the tree.
     TreeItem* find(BrowserItem handle);
 
     /// The first top-level item, or null.
     TreeItem* first() { return top_.firstChild; }
-    std::size_t size() const noexcept { return items_.size(); }
+    /// The last child of `parent` (null: top level), or null.
+    TreeItem* last(TreeItem* parent) { return topAware(parent)->lastChild; }
+    std::size_t size() const noexcept { return size_; }
+    bool hasWaiting() const noexcept { return items_.size() > size_; }
 
     void setSelected(TreeItem& item, bool selected);
     std::size_t selectedCount() const noexcept { return selected_.size(); }
@@ -67,9 +89,12 @@ public:
 
 private:
     TreeItem* topAware(TreeItem* parent) { return parent ? parent : &top_; }
+    void link(TreeItem& item, TreeItem* parent, TreeItem* previous);
 
     TreeItem top_;  ///< stands above the top level; never handed out
     std::unordered_map<BrowserItem, TreeItem> items_;
+    std::size_t size_ = 0;  ///< without those that wait
+    unsigned generation_ = 0;
     std::unordered_set<TreeItem*> selected_;
 };
 
