@@ -44,4 +44,16 @@ SampleTree makeSampleTree(int count, int childCount) {
     return tree;
 }
 
+SampleTree makeBranches(int branchCount, int leafCount) {
+    SampleTree tree;
+    tree.reserve(1 +
+                 static_cast<std::size_t>(branchCount) * (1 + static_cast<std::size_t>(leafCount)));
+    tree.push_back(makeNode(0, -1, true));
+    for (int i = 1; i <= branchCount; ++i) tree.push_back(makeNode(i, 0, true));
+    for (int branch = 1; branch <= branchCount; ++branch)
+        for (int i = 0; i < leafCount; ++i)
+            tree.push_back(makeNode(static_cast<int>(tree.size()), branch, false));
+    return tree;
+}
+
 }  // namespace bench

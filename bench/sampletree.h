@@ -24,4 +24,7 @@ using SampleTree = std::vector<SampleNode>;
 /// Parents come before their children. The nodes belong to the core's scene.
 SampleTree makeSampleTree(int count, int childCount);
 
+/// A root with that many groups, each with that many objects and faces.
+SampleTree makeBranches(int branchCount, int leafCount);
+
 }  // namespace bench

@@ -29,6 +29,15 @@ constexpr int kRepetitions = 5;
 constexpr double kBareLimit = 1.5;
 constexpr double kGrowthLimit = 12;  // from kSmall to kLarge
 constexpr double kMostRepaints = 3;
+constexpr double kRefreshLimit = 2;  // times the first filling
+
+// Few repetitions, since each of them begins with filling the tree.
+constexpr int kBranches = 10'000;
+constexpr int kLeaves = 9;
+constexpr int kFillings = 2;
+// Many nodes, but no more branches than a control that looks each parent up takes well.
+constexpr int kHugeBranches = 1'000;
+constexpr int kHugeLeaves = 486;
 
 /// The browser with a client that fills it from a sample tree.
 class Tree {
@@ -46,11 +55,18 @@ public:
     Cost deleteChildren();
     /// Expand or Collapse with the root alone selected.
     Cost push(int button);
+    /// The same with every branch selected, and the root not.
+    Cost pushBranches(int button);
+    /// Opens the root or leaves it shut.
+    void showRoot(bool open);
+    /// Refreshes what is shown, with the node after the root and the branches or without it.
+    Cost refresh(bool allNodes);
     /// Subtree on, the root selected.
     Cost spread();
     Cost selectSet();
     /// The host's selection: `count` nodes, evenly spread.
     Cost selectGet(int count);
+    void collapse() { SendDlgItemMessageW(form_.handle(), IDC_COLLAPSE, BM_CLICK, 0, 0); }
     /// Every node of the last one's kind has the same values.
     Cost find();
 
@@ -65,6 +81,7 @@ private:
     Form form_;
     const SampleTree* nodes_ = nullptr;
     std::vector<BrowserItem> items_;
+    int leftOut_ = -1;  ///< a node that the scene has lost
     int hostSelection_ = 0;
     int told_ = 0;  ///< nodes that SelectSet has selected in the host
     PaintCounter paints_;
@@ -113,6 +130,7 @@ void Tree::answer(BrowserEvent event, std::uintptr_t argument, std::uintptr_t ar
 void Tree::rebuild() {
     items_.assign(nodes_->size(), nullptr);
     for (std::size_t i = 0; i < nodes_->size(); ++i) {
+        if (static_cast<int>(i) == leftOut_) continue;
         const SampleNode& node = (*nodes_)[i];
         items_[i] = browser().addNode(
             node.parent < 0 ? nullptr : items_[static_cast<std::size_t>(node.parent)],
@@ -129,6 +147,18 @@ Cost Tree::fill() {
     const Cost cost = paints_.measure([] { browser().refresh(); });
     require(TreeView_GetCount(window()) == nodes_->size(), "filling");
     return cost;
+}
+
+Cost Tree::refresh(bool allNodes) {
+    leftOut_ = allNodes ? -1 : kHugeBranches + 1;
+    const Cost cost = paints_.measure([] { browser().refresh(); });
+    require(TreeView_GetCount(window()) == nodes_->size() - (allNodes ? 0 : 1), "refreshing");
+    leftOut_ = -1;
+    return cost;
+}
+
+void Tree::showRoot(bool open) {
+    TreeView_Expand(window(), items_.front(), open ? TVE_EXPAND : TVE_COLLAPSE);
 }
 
 Cost Tree::clear() {
@@ -158,6 +188,21 @@ Cost Tree::push(int button) {
     return cost;
 }
 
+Cost Tree::pushBranches(int button) {
+    SendMessageW(window(), TVM_SELECTITEM, TVGN_CARET, 0);
+    for (std::size_t i = 1; i < nodes_->size(); ++i)
+        if ((*nodes_)[i].hasChildren)
+            TreeView_SetItemState(window(), items_[i], TVIS_SELECTED, TVIS_SELECTED);
+    const Cost cost =
+        paints_.measure([&] { SendDlgItemMessageW(form_.handle(), button, BM_CLICK, 0, 0); });
+    for (std::size_t i = 1; i < nodes_->size(); ++i)
+        if ((*nodes_)[i].hasChildren)
+            require(((TreeView_GetItemState(window(), items_[i], TVIS_EXPANDED) & TVIS_EXPANDED) !=
+                     0) == (button == IDC_EXPAND),
+                    "expanding or collapsing the branches");
+    return cost;
+}
+
 std::size_t Tree::selectedCount() const {
     std::size_t count = 0;
     for (const BrowserItem item : items_)
@@ -183,7 +228,6 @@ Cost Tree::selectSet() {
 
 Cost Tree::selectGet(int count) {
     hostSelection_ = count;
-    SendDlgItemMessageW(form_.handle(), IDC_COLLAPSE, BM_CLICK, 0, 0);
     const Cost cost = paints_.measure(
         [this] { SendDlgItemMessageW(form_.handle(), IDC_SELECT_GET, BM_CLICK, 0, 0); });
     require(selectedCount() == static_cast<std::size_t>(count), "SelectGet");
@@ -272,7 +316,9 @@ void measureGrowing(Tree& bench, const SampleTree& nodes, Growing& best) {
     best.find.keepBest(bench.find());
     best.spread.keepBest(bench.spread());
     best.selectSet.keepBest(bench.selectSet());
+    bench.collapse();
     best.selectGetAll.keepBest(bench.selectGet(count));
+    bench.collapse();
     best.selectGetTenth.keepBest(bench.selectGet(count / kBranching));
     bench.clear();
 }
@@ -290,6 +336,67 @@ void compareSizes(Tree& bench, const SampleTree& small, const SampleTree& large)
     printGrowth("Subtree from the root", ofSmall.spread, ofLarge.spread);
 }
 
+struct Opening {
+    Cost selectGet, find, expand, collapse;
+};
+
+// Everything that opens many branches, each time in a tree whose branches have not been open yet.
+void measureOpening(Tree& bench, const SampleTree& nodes, bool rootOpen, Opening& best) {
+    const auto begin = [&] {
+        bench.use(nodes);
+        bench.fill();
+        bench.showRoot(rootOpen);
+    };
+    begin();
+    best.selectGet.keepBest(bench.selectGet(static_cast<int>(nodes.size())));
+    begin();
+    best.find.keepBest(bench.find());
+    begin();
+    best.expand.keepBest(bench.pushBranches(IDC_EXPAND));
+    best.collapse.keepBest(bench.pushBranches(IDC_COLLAPSE));
+    bench.clear();
+}
+
+void compareOpening(Tree& bench, const SampleTree& nodes) {
+    BareTree bare(bench.window());
+    Cost expansion;
+    Opening rootShut, rootOpen;
+    for (int i = 0; i < kFillings; ++i) {
+        bare.fill(nodes);
+        expansion.keepBest(bare.expandAll(nodes));
+        bare.clear();
+        measureOpening(bench, nodes, false, rootShut);
+        measureOpening(bench, nodes, true, rootOpen);
+    }
+    const auto print = [&](const char* where, const Opening& opening) {
+        const std::string state = std::string(" of 10,000 branches, root ") + where;
+        printPair("SelectGet" + state, {opening.selectGet, expansion});
+        printPair("Find" + state, {opening.find, expansion});
+        printPair("Expand" + state, {opening.expand, expansion});
+        printPair("Collapse" + state, {opening.collapse, expansion});
+    };
+    print("shut", rootShut);
+    print("open", rootOpen);
+}
+
+void compareRefresh(Tree& bench, const SampleTree& nodes) {
+    bench.use(nodes);
+    const Cost fill = bench.fill();
+    Cost same, changed;
+    for (int i = 0; i < kFillings; ++i) {
+        same.keepBest(bench.refresh(true));
+        changed.keepBest(bench.refresh(false));
+        bench.refresh(true);
+    }
+    const auto print = [&](const char* what, const Cost& cost) {
+        printRatio(kRefreshLimit,
+                   std::string(what) + ": " + milliseconds(cost) + ", first " + milliseconds(fill),
+                   cost, fill);
+    };
+    print("refresh of 487,000", same);
+    print("the same without one node", changed);
+}
+
 }  // namespace
 
 void browserTree() {
@@ -300,6 +407,16 @@ void browserTree() {
     compareWithBare(bench, large, flat);
     compareSizes(bench, small, large);
     reportWithin(kMostRepaints, "most repaints of the tree in one action", mostPaints, "paint");
+}
+
+void browserBranches() {
+    Tree bench;
+    compareOpening(bench, makeBranches(kBranches, kLeaves));
+}
+
+void browserRefresh() {
+    Tree bench;
+    compareRefresh(bench, makeBranches(kHugeBranches, kHugeLeaves));
 }
 
 }  // namespace bench

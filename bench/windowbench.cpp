@@ -30,9 +30,8 @@ struct Bench {
 };
 
 constexpr Bench kBenches[] = {
-    {"tree", browserTree},
-    {"propertygrid", propertyGrid},
-    {"grid", gridControl},
+    {"tree", browserTree},          {"branches", browserBranches}, {"refresh", browserRefresh},
+    {"propertygrid", propertyGrid}, {"grid", gridControl},
 };
 
 std::optional<Table> table;

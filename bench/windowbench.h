@@ -56,6 +56,10 @@ private:
 
 /// The browser's tree with 100,000 nodes, against a bare tree control.
 void browserTree();
+/// What opens and shuts many branches of it, against a bare expansion.
+void browserBranches();
+/// Refreshing it with 487,000 nodes, against filling it.
+void browserRefresh();
 /// The property grid of the form: an edit of many nodes, showing a node.
 void propertyGrid();
 /// The grid control by itself, with 100,000 rows.

@@ -176,6 +176,192 @@ TEST_F(BrowserCommands, SelectGetMarksWhatIsSelectedInTheHost) {
     const std::vector<Sent> sent = client.take();
     ASSERT_EQ(sent.size(), 3u);
     EXPECT_EQ(sent[2].argument, 1u);
+
+    // What was found last is scrolled into view.
+    BrowserItem last = nullptr;
+    for (int i = 0; i < 100; ++i) last = add(root, "further");
+    last = browser().addNode(last, "inside", twice);
+    TreeView_EnsureVisible(tree(), root);
+    push(IDC_SELECT_GET);
+    RECT line{};
+    RECT area{};
+    GetClientRect(tree(), &area);
+    ASSERT_TRUE(TreeView_GetItemRect(tree(), last, &line, FALSE));
+    EXPECT_GT(line.top, 0);
+    EXPECT_LE(line.bottom, area.bottom);
+}
+
+// Enough branches for the form's detour, which must not show: only what is selected is changed, and
+// the caret goes where collapsing takes it.
+TEST_F(BrowserCommands, ManyBranchesAreChangedAsAFewAre) {
+    for (const int count : {2, 30}) {
+        browser().delNode(nullptr);
+        const BrowserItem top = add(nullptr, "top", 0);
+        const BrowserItem other = add(nullptr, "other", 0);
+        std::vector<BrowserItem> branches;
+        std::vector<BrowserItem> inner;
+        for (int i = 0; i <= count; ++i) {
+            branches.push_back(add(i % 2 ? top : other, "branch"));
+            inner.push_back(add(branches.back(), "inner"));
+            add(inner.back(), "leaf");
+        }
+        TreeView_Expand(tree(), top, TVE_EXPAND);
+        const auto selectBranches = [&] {
+            for (int i = 0; i < count; ++i)
+                TreeView_SetItemState(tree(), branches[static_cast<std::size_t>(i)], TVIS_SELECTED,
+                                      TVIS_SELECTED);
+        };
+        const auto openCount = [&](const std::vector<BrowserItem>& items) {
+            return std::count_if(items.begin(), items.end(), isExpanded);
+        };
+        selectBranches();
+        push(IDC_EXPAND);
+        EXPECT_EQ(openCount(branches), count);
+        EXPECT_EQ(openCount(inner), count);
+        EXPECT_TRUE(isExpanded(top));
+        EXPECT_FALSE(isExpanded(other)) << "nothing above them is opened";
+        EXPECT_FALSE(isExpanded(branches.back()));
+
+        browser().selectNode(inner[1]);
+        TreeView_SetItemState(tree(), inner[1], 0, TVIS_SELECTED);
+        selectBranches();
+        TreeView_Select(tree(), inner[1], TVGN_FIRSTVISIBLE);
+        push(IDC_COLLAPSE);
+        EXPECT_EQ(openCount(branches), 0);
+        EXPECT_EQ(openCount(inner), 0);
+        EXPECT_TRUE(isExpanded(top));
+        EXPECT_EQ(caret(), branches[1]);
+        EXPECT_TRUE(isSelected(branches[1]));
+        EXPECT_FALSE(isSelected(inner[1]));
+        EXPECT_FALSE(isSelected(top));
+        EXPECT_NE(text(control(IDC_NAME)).find(L":branch"), std::wstring::npos);
+    }
+}
+
+// The items of what a refresh puts in again are kept. Whatever has changed since must show.
+TEST_F(BrowserCommands, RefreshShowsTheSceneAsItIsNow) {
+    struct Node {
+        NodeHandle node;
+        std::string name;
+        std::vector<Node> children;
+    };
+    const auto make = [&](const char* name, std::vector<Node> children = {}, int kind = 2) {
+        return Node{reinterpret_cast<NodeHandle>(node(kind)), name, std::move(children)};
+    };
+    Node scene = make("scene");
+    for (int i = 0; i < 5; ++i) {
+        const std::string number = std::to_string(i);
+        scene.children.push_back(
+            make(("branch " + number).c_str(),
+                 {make(("x" + number).c_str()), make(("y" + number).c_str())}));
+    }
+    const std::function<void(BrowserItem, const Node&)> fill = [&](BrowserItem parent,
+                                                                   const Node& top) {
+        const BrowserItem item = browser().addNode(parent, top.name.c_str(), top.node);
+        for (const Node& child : top.children) fill(item, child);
+    };
+    client.onEvent = [&](const Sent& sent) {
+        if (sent.event != BrowserEvent::rebuild) return;
+        browser().delNode(nullptr);
+        EXPECT_EQ(TreeView_GetCount(tree()), 0u);
+        EXPECT_EQ(TreeView_GetSelection(tree()), nullptr);
+        fill(nullptr, scene);
+    };
+    const std::function<void(BrowserItem, const Node&)> expectShown = [&](BrowserItem item,
+                                                                          const Node& top) {
+        ASSERT_NE(item, nullptr) << top.name;
+        EXPECT_EQ(browser().nodeOf(item), top.node);
+        EXPECT_EQ(label(item), std::wstring(top.name.begin(), top.name.end()));
+        // The first item gets the caret with the keyboard.
+        EXPECT_EQ(isSelected(item), item == TreeView_GetSelection(tree()));
+        BrowserItem child = TreeView_GetChild(tree(), item);
+        for (const Node& expected : top.children) {
+            expectShown(child, expected);
+            child = TreeView_GetNextSibling(tree(), child);
+        }
+        EXPECT_EQ(child, nullptr) << "nothing else below " << top.name;
+    };
+    const auto refreshed = [&](const char* what) {
+        SCOPED_TRACE(what);
+        push(IDC_REFRESH);
+        expectShown(TreeView_GetRoot(tree()), scene);
+        EXPECT_EQ(TreeView_GetNextSibling(tree(), TreeView_GetRoot(tree())), nullptr);
+    };
+    std::vector<Node>& branches = scene.children;
+    refreshed("another scene");
+    const BrowserItem top = TreeView_GetRoot(tree());
+    const BrowserItem second = TreeView_GetNextSibling(tree(), TreeView_GetChild(tree(), top));
+    TreeView_Expand(tree(), top, TVE_EXPAND);
+    TreeView_Expand(tree(), second, TVE_EXPAND);
+    select({second});
+    refreshed("nothing");
+    EXPECT_EQ(TreeView_GetRoot(tree()), top) << "the items are kept";
+    EXPECT_TRUE(isExpanded(second));
+    branches[1].name = "renamed";
+    branches[1].children[0].name = "";
+    refreshed("names");
+    wchar_t other[] = L"not what it is called";
+    TVITEMW shown{};
+    shown.mask = TVIF_TEXT;
+    shown.hItem = second;
+    shown.pszText = other;
+    SendMessageW(tree(), TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&shown));
+    refreshed("a text that came from elsewhere");
+    EXPECT_TRUE(fltEnsureKind(reinterpret_cast<INode*>(branches[1].node), FltNodeKind::Lod, 1580));
+    refreshed("a kind");
+    EXPECT_EQ(image(second), 2);
+    branches.erase(branches.begin());
+    refreshed("one less at the front");
+    EXPECT_EQ(TreeView_GetChild(tree(), top), second);
+    EXPECT_TRUE(isExpanded(second));
+    branches.insert(branches.begin() + 2, make("new", {make("below")}));
+    branches[3].children.insert(branches[3].children.begin(), make("first"));
+    refreshed("more");
+    std::swap(branches[1], branches[2]);
+    std::swap(branches[4].children[0], branches[4].children[1]);
+    refreshed("another order");
+    std::swap(branches[0].children, branches[1].children);
+    branches[2].children.clear();
+    refreshed("other parents");
+    branches.resize(2);
+    refreshed("much less");
+    for (Node& branch : branches) branch = make("other", {make("a"), make("b")});
+    refreshed("other nodes");
+    // More differences than are looked at one by one.
+    for (int i = 0; i < 1500; ++i) branches.push_back(make("many", {make("a")}));
+    refreshed("many");
+    std::reverse(branches.begin(), branches.end());
+    refreshed("the other way round");
+    std::rotate(branches.begin(), branches.begin() + 700, branches.end());
+    refreshed("turned round");
+    scene = make("alone");
+    refreshed("another root");
+
+    // The client may empty the tree again, and delete what it has just put back.
+    scene.children = {make("a", {make("b")}), make("c")};
+    refreshed("more again");
+    client.onEvent = [&](const Sent& sent) {
+        if (sent.event != BrowserEvent::rebuild) return;
+        browser().delNode(nullptr);
+        const BrowserItem item = browser().addNode(nullptr, "alone", scene.node);
+        const BrowserItem child = browser().addNode(item, "a", scene.children[0].node);
+        browser().delChildren(child);
+        browser().delNode(child);
+        browser().delNode(nullptr);
+        fill(nullptr, scene);
+    };
+    refreshed("twice");
+    client.onEvent = [&](const Sent& sent) {
+        if (sent.event != BrowserEvent::rebuild) return;
+        browser().delNode(nullptr);
+        const BrowserItem item = browser().addNode(nullptr, "alone", scene.node);
+        browser().addNode(item, "a", scene.children[0].node);
+        browser().delChildren(item);
+        browser().addNode(item, "c", scene.children[1].node);
+    };
+    scene.children.erase(scene.children.begin());
+    refreshed("with children deleted on the way");
+    client.onEvent = nullptr;
 }
 
 TEST_F(BrowserCommands, CreateIsForExactlyOneSelectedNode) {

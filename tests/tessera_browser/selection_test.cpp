@@ -114,6 +114,22 @@ TEST_F(BrowserSelection, ShiftSelectsARangeOfVisibleItems) {
     EXPECT_EQ(selected(), "ab") << "from the same anchor, upwards";
 }
 
+// Only clicks set the anchor: a plain one always, one with Ctrl where there is none yet.
+TEST_F(BrowserSelection, TheAnchorIsThatOfTheLastPlainClick) {
+    click(1, {VK_CONTROL});
+    click(3, {VK_SHIFT});
+    EXPECT_EQ(selected(), "bcd");
+    click(4, {VK_CONTROL});
+    click(5, {VK_SHIFT});
+    EXPECT_EQ(selected(), "bcdef") << "not from the item toggled last";
+    click(0);
+    testinput::key(VK_DOWN);
+    testinput::key(VK_DOWN);
+    EXPECT_EQ(selected(), "c");
+    click(4, {VK_SHIFT});
+    EXPECT_EQ(selected(), "abcde") << "the arrows leave it";
+}
+
 TEST_F(BrowserSelection, PressingASelectedItemWaitsForTheButton) {
     click(1);
     click(3, {VK_CONTROL});

@@ -97,17 +97,18 @@ void CTreeCtrlEx::KeepWaiting() {
 CTreeCtrlEx::Item* CTreeCtrlEx::TakeBack(Item* parent, std::string_view text,
                                          tessera::NodeHandle node, int image) {
     if (!model_.firstWaiting(parent)) return nullptr;
-    if (parent && !std::exchange(recognised_, true) && model_.firstWaiting(parent)->node != node) {
-        DropWaiting();  // another scene
-        return nullptr;
-    }
     int gone = 0;
     const Item* same = model_.firstWaiting(parent);
     while (same && same->node != node && gone < kMostGone) {
         same = same->next;
         ++gone;
     }
-    if (same && same->node == node) {
+    if (same && same->node != node) same = nullptr;
+    if (parent && !std::exchange(recognised_, true) && !same) {
+        DropWaiting();  // another scene
+        return nullptr;
+    }
+    if (same) {
         differences_ += gone;
         for (; gone > 0; --gone) DropFirstWaiting(parent);
     } else if (parent && ++differences_ < kMostDifferences) {
