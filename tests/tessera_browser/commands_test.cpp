@@ -259,12 +259,16 @@ TEST_F(BrowserCommands, RefreshShowsTheSceneAsItIsNow) {
                                                                    const Node& top) {
         const BrowserItem item = browser().addNode(parent, top.name.c_str(), top.node);
         for (const Node& child : top.children) fill(item, child);
+        EXPECT_TRUE(parent || !isExpanded(item)) << "what is put in is closed";
     };
     client.onEvent = [&](const Sent& sent) {
         if (sent.event != BrowserEvent::rebuild) return;
+        const BrowserItem before = TreeView_GetRoot(tree());
         browser().delNode(nullptr);
         EXPECT_EQ(TreeView_GetCount(tree()), 0u);
         EXPECT_EQ(TreeView_GetSelection(tree()), nullptr);
+        EXPECT_EQ(browser().nodeOf(before), 0u) << "it is not there any more";
+        EXPECT_EQ(browser().addNode(before, "below it", scene.node), nullptr);
         fill(nullptr, scene);
     };
     const std::function<void(BrowserItem, const Node&)> expectShown = [&](BrowserItem item,
@@ -361,7 +365,14 @@ TEST_F(BrowserCommands, RefreshShowsTheSceneAsItIsNow) {
     };
     scene.children.erase(scene.children.begin());
     refreshed("with children deleted on the way");
+
+    // One that leaves the tree as it is, and fills it at another time.
     client.onEvent = nullptr;
+    refreshed("not at all");
+    browser().delNode(nullptr);
+    EXPECT_EQ(TreeView_GetRoot(tree()), nullptr);
+    fill(nullptr, scene);
+    expectShown(TreeView_GetRoot(tree()), scene);
 }
 
 TEST_F(BrowserCommands, CreateIsForExactlyOneSelectedNode) {

@@ -78,16 +78,22 @@ CTreeCtrlEx::Refill::Refill(CTreeCtrlEx& tree) : tree_(tree) {
 CTreeCtrlEx::Refill::~Refill() {
     if (--tree_.refills_ > 0) return;
     tree_.mayWait_ = false;
-    if (tree_.HasWindow()) tree_.DropWaiting();
+    if (!tree_.HasWindow()) return;
+    tree_.DropWaiting();
+    tree_.ForgetDeleted();
+    tree_.CaretChanged();
 }
 
-// The control has a tree without a caret then, as one that has been emptied.
+// As after an emptying, the control has no caret then and shows what is added closed. That also
+// keeps what is added and deleted out of its sight, where it takes less time.
 void CTreeCtrlEx::KeepWaiting() {
     mayWait_ = false;
     differences_ = 0;
     recognised_ = false;
     EndEditLabel(true);
     MoveCaret(nullptr);
+    for (const Item* top = model_.first(); top; top = top->next)
+        Default(TVM_EXPAND, TVE_COLLAPSE, reinterpret_cast<LPARAM>(top->handle));
     model_.keepWaiting();
     ForgetDeleted();
 }
@@ -137,6 +143,7 @@ void CTreeCtrlEx::ShowAnew(Item& item, std::string_view text, tessera::NodeHandl
 }
 
 void CTreeCtrlEx::DropFirstWaiting(Item* parent) {
+    const CountUp changing(changing_);
     const HTREEITEM handle = model_.firstWaiting(parent)->handle;
     model_.dropWaiting(parent);
     Default(TVM_DELETEITEM, 0, reinterpret_cast<LPARAM>(handle));
@@ -176,6 +183,7 @@ LRESULT CTreeCtrlEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         case TVM_GETITEMW:
             return GetThrough(message, wParam, lParam);
         case TVM_GETCOUNT:
+            if (!model_.hasWaiting()) break;
             return static_cast<LRESULT>(model_.size());
         case TVM_GETITEMSTATE: {
             const LRESULT state = CTreeCtrl::WindowProc(message, wParam, lParam);
@@ -190,8 +198,9 @@ LRESULT CTreeCtrlEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             return result;
         }
         default:
-            return CTreeCtrl::WindowProc(message, wParam, lParam);
+            break;
     }
+    return CTreeCtrl::WindowProc(message, wParam, lParam);
 }
 
 // A large scene is added item by item: sending the message takes as long as the control's work on

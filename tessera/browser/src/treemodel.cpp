@@ -63,10 +63,18 @@ TreeItem& TreeModel::putBack(TreeItem* parent) {
     return item;
 }
 
-void TreeModel::dropWaiting(TreeItem* parent) {
-    TreeItem& item = *firstWaiting(parent);
-    firstWaiting(parent) = item.next;
-    for (const TreeItem* gone : bottomUp(item)) items_.erase(gone->handle);
+void TreeModel::dropWaiting(TreeItem* parent) noexcept {
+    TreeItem& top = *firstWaiting(parent);
+    firstWaiting(parent) = top.next;
+    for (TreeItem* at = &top; at;) {
+        if (TreeItem* const child = at->firstChild) {
+            at->firstChild = child->next;
+            at = child;
+        } else {
+            const TreeItem* const gone = std::exchange(at, at == &top ? nullptr : at->parent);
+            items_.erase(gone->handle);
+        }
+    }
 }
 
 TreeItem* TreeModel::find(BrowserItem handle) {

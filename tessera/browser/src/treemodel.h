@@ -54,7 +54,7 @@ public:
     /// waits in turn.
     TreeItem& putBack(TreeItem* parent);
     /// Takes the first item that waits below `parent` out for good, with everything below it.
-    void dropWaiting(TreeItem* parent);
+    void dropWaiting(TreeItem* parent) noexcept;
 
     /// Null for a handle that is not in the tree.
     TreeItem* find(BrowserItem handle);
