@@ -388,13 +388,8 @@ void compareRefresh(Tree& bench, const SampleTree& nodes) {
         changed.keepBest(bench.refresh(false));
         bench.refresh(true);
     }
-    const auto print = [&](const char* what, const Cost& cost) {
-        printRatio(kRefreshLimit,
-                   std::string(what) + ": " + milliseconds(cost) + ", first " + milliseconds(fill),
-                   cost, fill);
-    };
-    print("refresh of 487,000", same);
-    print("the same without one node", changed);
+    printRatio(kRefreshLimit, "refresh of 487,000 : first fill", same, fill);
+    printRatio(kRefreshLimit, "the same without one node : first fill", changed, fill);
 }
 
 }  // namespace
