@@ -44,8 +44,13 @@ int CImageList::AddResource(UINT bitmapId, COLORREF mask) const {
 }
 
 bool CImageList::SetOverlayImage(int image, int overlay) const {
-    const auto setOverlay = platformFunction<BOOL WINAPI(HIMAGELIST, int, int)>(
-        L"comctl32.dll", "ImageList_SetOverlayImage");
+    // In the library that made the list: a process may have several versions of it.
+    HMODULE library = nullptr;
+    ::GetModuleHandleExW(
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+        reinterpret_cast<LPCWSTR>(&::ImageList_Create), &library);
+    const auto setOverlay =
+        platformFunction<BOOL WINAPI(HIMAGELIST, int, int)>(library, "ImageList_SetOverlayImage");
     return list_ && setOverlay && setOverlay(list_, image, overlay);
 }
 

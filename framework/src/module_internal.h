@@ -14,8 +14,12 @@ void reportCurrentException() noexcept;
 
 /// A function of a loaded library of the platform by name, or null. The caller names its type.
 template <typename Function>
-Function* platformFunction(const wchar_t* library, const char* name) noexcept {
-    const HMODULE module = ::GetModuleHandleW(library);
+Function* platformFunction(HMODULE module, const char* name) noexcept {
     if (!module) return nullptr;
     return reinterpret_cast<Function*>(reinterpret_cast<void*>(::GetProcAddress(module, name)));
+}
+
+template <typename Function>
+Function* platformFunction(const wchar_t* library, const char* name) noexcept {
+    return platformFunction<Function>(::GetModuleHandleW(library), name);
 }
