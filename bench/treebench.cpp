@@ -128,6 +128,7 @@ void Tree::answer(BrowserEvent event, std::uintptr_t argument, std::uintptr_t ar
 }
 
 void Tree::rebuild() {
+    browser().delNode(nullptr);
     items_.assign(nodes_->size(), nullptr);
     for (std::size_t i = 0; i < nodes_->size(); ++i) {
         if (static_cast<int>(i) == leftOut_) continue;
