@@ -114,6 +114,14 @@ TEST_F(DocumentTest, AttributesAreGivenAndTakenAsTheyAreStored) {
               "true");
     EXPECT_EQ(good("$l.kind + kind $p"), "\"LODLIGHT_POINT\"");
     EXPECT_EQ(good("createDummy name:\"d\"; $d.kind"), "undefined");
+    // Another plug-in's wrong arguments are refused, not read.
+    FPInterfaceDesc* const verbs = kiln::findInterface("FltAttributes");
+    for (FunctionID id = 0; id < 4; ++id) {
+        FPValue result;
+        FPParams wrong{FPValue::Int(1), FPValue::Int(1), FPValue::Int(1)};
+        EXPECT_EQ(verbs->Invoke(id, 0, result, nullptr), FPS_FAIL);
+        EXPECT_EQ(verbs->Invoke(id, 0, result, &wrong), FPS_FAIL);
+    }
     EXPECT_THAT(bad("$l.getAttr"), testing::HasSubstr("no property"));
     EXPECT_THAT(bad("getAttr $d \"FltLodMin\""), testing::HasSubstr("is no OpenFlight node"));
 }

@@ -5,9 +5,11 @@
 #include <kiln/kiln.h>
 #include <quillon/fltopcode.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <optional>
 #include <stdexcept>
@@ -182,6 +184,10 @@ std::string textFor(const FltAttrDesc& row, const FPValue& value) {
     }
 }
 
+const char* textOf(const FltAttrDesc& row) {
+    return row.value.text() != nullptr ? row.value.text() : "";
+}
+
 FltAttrBlock blockOf(FltAttrGroup& group, const FltAttrDesc& row) {
     if (row.target == FltAttrTarget::Options) return FltAttrBlock(*group.options);
     return FltAttrBlock(*group.record);
@@ -193,7 +199,7 @@ void getRaw(FltAttrGroup& group, const FltAttrDesc& row, FPValue& result) {
     const void* const field = row.field.address(block.base());
     switch (row.width) {
         case FltAttrWidth::Text:
-            return result.SetOwnedString(KILN_strdup(row.value.text()));
+            return result.SetOwnedString(KILN_strdup(textOf(row)));
         case FltAttrWidth::Float32:
             return result.SetDouble(double{*static_cast<const float*>(field)});
         case FltAttrWidth::Float64:
@@ -228,6 +234,20 @@ const char* kindName(INode* node) {
     return name.data() + (name.starts_with(kPrefix) ? kPrefix.size() : 0);
 }
 
+/// Whether the arguments are of the function's types: plug-ins may call without the script engine.
+bool fits(FunctionID id, const FPParams* params) {
+    const auto* const function = std::ranges::find(kFunctions, id, &FPFunctionDesc::id);
+    if (function == std::end(kFunctions)) return true;  // the dispatcher answers that
+    const auto wanted = function->params();
+    if (params == nullptr || params->size() != wanted.size()) return false;
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        const ParamType2 given = (*params)[i].type;
+        const bool isLeftOut = given == TYPE_VOID && (wanted[i].options & FP_OPTIONAL) != 0;
+        if (given != wanted[i].type && wanted[i].type != TYPE_VALUE && !isLeftOut) return false;
+    }
+    return true;
+}
+
 class AttributeVerbs final : public FPStaticInterface {
 public:
     AttributeVerbs()
@@ -236,8 +256,10 @@ public:
 
 protected:
     FPStatus _dispatch_fn(FunctionID id, TimeValue, FPValue& result, FPParams* params) override {
+        if (!fits(id, params)) return FPS_FAIL;
         try {
-            return dispatch(id, result, *params);
+            static const FPParams kNone;
+            return dispatch(id, result, params != nullptr ? *params : kNone);
         } catch (const Refusal& refusal) {
             result.SetOwnedString(KILN_strdup(refusal.what()));
             return FPS_FAIL;
@@ -253,7 +275,7 @@ private:
                 if (params[2].type == TYPE_BOOL && params[2].i != 0) {
                     getRaw(group, row, result);
                 } else {
-                    result.SetOwnedString(KILN_strdup(row.value.text() ? row.value.text() : ""));
+                    result.SetOwnedString(KILN_strdup(textOf(row)));
                 }
                 return FPS_OK;
             }
