@@ -47,43 +47,43 @@ inline constexpr std::size_t kAnyCount = std::numeric_limits<std::size_t>::max()
 template <typename Codec>
 struct ByteCodec {
     template <FltNumber T>
-    void field(const char*, T& value) {
+    constexpr void field(const char*, T& value) {
         self().number(value);
     }
     /// Raw bytes, such as a name.
     template <std::size_t size>
-    void field(const char*, char (&text)[size]) {
+    constexpr void field(const char*, char (&text)[size]) {
         self().bytes(text, size);
     }
     template <std::size_t size>
-    void field(const char*, const char (&text)[size]) {
+    constexpr void field(const char*, const char (&text)[size]) {
         self().bytes(text, size);
     }
     template <FltNumber T, std::size_t size>
-    void field(const char*, T (&numbers)[size]) {
+    constexpr void field(const char*, T (&numbers)[size]) {
         for (T& value : numbers) self().number(value);
     }
     template <FltNumber T, std::size_t rows, std::size_t columns>
-    void field(const char* name, T (&matrix)[rows][columns]) {
+    constexpr void field(const char* name, T (&matrix)[rows][columns]) {
         for (auto& row : matrix) field(name, row);
     }
-    void field(const char*, auto& point) requires requires { point.x, point.y, point.z; }
+    constexpr void field(const char*, auto& point) requires requires { point.x, point.y, point.z; }
     {
         self().number(point.x);
         self().number(point.y);
         self().number(point.z);
     }
-    void field(const char*, auto& texture) requires requires { texture.u, texture.v; }
+    constexpr void field(const char*, auto& texture) requires requires { texture.u, texture.v; }
     {
         self().number(texture.u);
         self().number(texture.v);
     }
-    void field(const char*, auto& color) requires FltIsColor3f<decltype(color)> {
+    constexpr void field(const char*, auto& color) requires FltIsColor3f<decltype(color)> {
         self().number(color.red);
         self().number(color.green);
         self().number(color.blue);
     }
-    void field(const char*, auto& color) requires requires { color.alpha, color.red; }
+    constexpr void field(const char*, auto& color) requires requires { color.alpha, color.red; }
     {
         self().number(color.alpha);
         self().number(color.blue);
@@ -91,32 +91,33 @@ struct ByteCodec {
         self().number(color.red);
     }
     /// A value that the layout holds a second time.
-    void repeated(auto& value) { self().number(value); }
+    constexpr void repeated(auto& value) { self().number(value); }
     /// A number of unknown meaning; shown as the whole number that its bits are.
-    void word(const char*, auto& value) { self().number(value); }
+    constexpr void word(const char*, auto& value) { self().number(value); }
 
 private:
-    Codec& self() { return static_cast<Codec&>(*this); }
+    constexpr Codec& self() { return static_cast<Codec&>(*this); }
 };
 
 /// Adds up the size of a layout.
 struct MeasureCodec : ByteCodec<MeasureCodec> {
     std::uint32_t size = 0;
 
-    void number(const FltNumber auto& value) { size += sizeof value; }
-    void bytes(const char*, std::uint32_t n) { size += n; }
-    void reserved(std::uint32_t n) { size += n; }
-    void narrowed(const char*, double) { size += sizeof(float); }
-    void readOnly(const char*, const FltPackedColor& color) { size += sizeof color; }
+    constexpr void number(const FltNumber auto& value) { size += sizeof value; }
+    constexpr void bytes(const char*, std::uint32_t n) { size += n; }
+    constexpr void reserved(std::uint32_t n) { size += n; }
+    constexpr void narrowed(const char*, double) { size += sizeof(float); }
+    constexpr void readOnly(const char*, const FltPackedColor& color) { size += sizeof color; }
     template <typename T>
-    void stored(const char*, const auto&) {
+    constexpr void stored(const char*, const auto&) {
         size += sizeof(T);
     }
     template <typename Item>
-    void items(const std::vector<Item>& list, auto&& layoutItem, std::size_t = kAnyCount) {
+    constexpr void items(const std::vector<Item>& list, auto&& layoutItem,
+                         std::size_t = kAnyCount) {
         size += static_cast<std::uint32_t>(list.size()) * sizeOfItem<Item>(layoutItem);
     }
-    void rest(const char*, const std::vector<std::uint8_t>& bytes) {
+    constexpr void rest(const char*, const std::vector<std::uint8_t>& bytes) {
         size += static_cast<std::uint32_t>(bytes.size());
     }
     void rest(const char*, const std::string& text) {
@@ -124,7 +125,7 @@ struct MeasureCodec : ByteCodec<MeasureCodec> {
     }
 
     template <typename Item>
-    static std::uint32_t sizeOfItem(auto&& layoutItem) {
+    static constexpr std::uint32_t sizeOfItem(auto&& layoutItem) {
         MeasureCodec measure;
         const Item item{};
         layoutItem(measure, item);
@@ -134,8 +135,25 @@ struct MeasureCodec : ByteCodec<MeasureCodec> {
 
 /// Adds up what a layout needs to be read, which is its size without lists and rest.
 struct FixedSizeCodec : MeasureCodec {
-    void items(auto&, auto&&, std::size_t = kAnyCount) {}
-    void rest(const char*, auto&) {}
+    constexpr void items(auto&, auto&&, std::size_t = kAnyCount) {}
+    constexpr void rest(const char*, auto&) {}
+};
+
+/// Finds where the field that lives at `wanted` stands in a layout.
+struct PlaceCodec : MeasureCodec {
+    const void* wanted;
+    std::uint32_t begin = 0;  ///< in bytes from the start of the body
+    std::uint32_t end = 0;
+
+    constexpr explicit PlaceCodec(const void* field) : wanted(field) {}
+
+    constexpr void field(const char* name, auto& value) {
+        const std::uint32_t start = size;
+        MeasureCodec::field(name, value);
+        if (static_cast<const void*>(&value) != wanted) return;
+        begin = start;
+        end = size;
+    }
 };
 
 /// Stores fields where there is room for all of them.

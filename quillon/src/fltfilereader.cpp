@@ -17,8 +17,11 @@ constexpr std::size_t kRecordHeaderSize = 4;
     throw std::system_error(reason, "cannot read " + path);
 }
 
-[[noreturn]] void refuse(std::size_t offset, const std::string& what) {
-    throw FltFileError("damaged at byte offset " + std::to_string(offset) + ": " + what, offset);
+using Cause = FltFileError::Cause;
+
+[[noreturn]] void refuse(std::size_t offset, const std::string& what, Cause cause) {
+    throw FltFileError("damaged at byte offset " + std::to_string(offset) + ": " + what, offset,
+                       cause);
 }
 
 bool opens(std::uint16_t opcode) {
@@ -68,14 +71,18 @@ bool FltFileReader::next() {
 
 void FltFileReader::enter() {
     const std::size_t left = bytes_.size() - offset_;
-    if (left < kRecordHeaderSize) refuse(offset_, "the file ends within a record header");
+    if (left < kRecordHeaderSize)
+        refuse(offset_, "the file ends within a record header", Cause::kTruncated);
     std::uint16_t length = 0;
     fltLoadBigEndian(bytes_.data() + offset_ + 2, length);
     if (length < kRecordHeaderSize)
-        refuse(offset_, "a record says that it is " + std::to_string(length) + " bytes long");
+        refuse(offset_, "a record says that it is " + std::to_string(length) + " bytes long",
+               Cause::kDamaged);
     if (length > left)
-        refuse(offset_, "a record of " + std::to_string(length) + " bytes, of which the file has " +
-                            std::to_string(left));
+        refuse(offset_,
+               "a record of " + std::to_string(length) + " bytes, of which the file has " +
+                   std::to_string(left),
+               Cause::kTruncated);
 
     length_ = length;
     token_.attach(bytes_.data() + offset_, length);

@@ -14,6 +14,9 @@
 #include <diagnostics/assertion.h>
 #include <quillon/fltrecordof.h>
 
+#include <span>
+#include <vector>
+
 namespace quillon {
 
 /// `fields(codec, record)` names the fields of the record in file order. Only lists at the end may
@@ -43,4 +46,29 @@ void FltRecordOf<Record, Family, code>::visitFields(FltFieldVisitor& visitor) co
     quillon::showFields(visitor, [this](auto& codec) {
         quillon::Layout<Record>::fields(codec, static_cast<const Record&>(*this));
     });
+}
+
+template <typename Record, typename Family, std::uint16_t code>
+void FltRecordOf<Record, Family, code>::readBody(std::span<const std::uint8_t> body) {
+    const auto layout = [this](auto& codec) {
+        quillon::Layout<Record>::fields(codec, static_cast<Record&>(*this));
+    };
+    quillon::FixedSizeCodec measure;
+    layout(measure);
+    std::vector<std::uint8_t> padded;
+    if (body.size() < measure.size) {
+        padded.assign(body.begin(), body.end());
+        padded.resize(measure.size);
+        body = padded;
+    }
+    quillon::LoadCodec load(body.data(), body.data() + body.size());
+    layout(load);
+}
+
+template <typename Record, typename Family, std::uint16_t code>
+std::uint16_t FltRecordOf<Record, Family, code>::lengthThrough(const void* field) const noexcept {
+    constexpr std::uint32_t kHeaderSize = 4;
+    quillon::PlaceCodec place(field);
+    quillon::Layout<Record>::fields(place, static_cast<const Record&>(*this));
+    return static_cast<std::uint16_t>(kHeaderSize + place.end);
 }

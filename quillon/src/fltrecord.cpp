@@ -11,6 +11,12 @@ void FltRecord::read(FltStream& stream) {
     readToken(stream.token(), stream.revision());
 }
 
+void FltRecord::readBytes(std::span<const std::uint8_t> bytes, std::uint32_t revision) {
+    FltToken token;
+    token.attach(bytes.data(), static_cast<std::int32_t>(bytes.size()));
+    readToken(token, revision);
+}
+
 void FltRecord::readFromFile(FltFileToken* token) {
     if (token == nullptr || token->header == nullptr) return;
     readToken(*token, token->header->revision());

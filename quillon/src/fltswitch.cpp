@@ -35,6 +35,19 @@ void readWords(FltToken& token, FltListOf<std::uint32_t>& words) {
 
 }  // namespace
 
+FltSwitch::StatedMasks FltSwitch::statedMasks(std::span<const std::uint8_t> bytes) {
+    FltToken token;
+    token.attach(bytes.data(), static_cast<std::int32_t>(bytes.size()));
+    if (token.body(kFixedSize) == nullptr) return {};
+    FltSwitch record;
+    StatedMasks stated;
+    quillon::readBody(token, [&](auto& codec) { layout(codec, record, stated.masks); });
+    stated.wordsPerMask = record.wordsPerMask;
+    token.rewind(kFixedSize);
+    stated.wordsPresent = token.remaining() / sizeof(std::uint32_t);
+    return stated;
+}
+
 std::int32_t FltSwitch::maskCount() const noexcept {
     return wordsPerMask > 0 ? maskWords.count() / wordsPerMask : 0;
 }

@@ -2,6 +2,7 @@
 
 #include <diagnostics/assertion.h>
 #include <quillon/fltvertex.h>
+#include <quillon/fltvertexview.h>
 
 namespace {
 
@@ -18,7 +19,7 @@ void byKind(const FltVertex& vertex, Action&& action) {
 }
 
 template <bool withNormal, bool withTexture>
-void layout(Kind<withNormal, withTexture>, auto& codec, auto& record) {
+constexpr void layout(Kind<withNormal, withTexture>, auto& codec, auto& record) {
     codec.field("colorNameIndex", record.colorNameIndex);
     codec.field("flags", record.flags);
     codec.field("position", record.position);
@@ -28,7 +29,39 @@ void layout(Kind<withNormal, withTexture>, auto& codec, auto& record) {
     codec.field("colorIndex", record.colorIndex);
 }
 
+/// The fields of a vertex, for the compiler: it makes no objects with virtual functions.
+struct VertexFields {
+    decltype(FltVertex::colorNameIndex) colorNameIndex{};
+    decltype(FltVertex::flags) flags{};
+    decltype(FltVertex::position) position;
+    decltype(FltVertex::normal) normal;
+    decltype(FltVertex::texture) texture;
+    decltype(FltVertex::packedColor) packedColor;
+    decltype(FltVertex::colorIndex) colorIndex{};
+};
+
+/// Where the fields of a kind of vertex stand, by the layout above.
+template <bool withNormal, bool withTexture>
+constexpr FltVertexView::Layout placesOf() {
+    constexpr std::uint16_t kHeaderSize = 4;
+    const VertexFields vertex;
+    const auto place = [&](const auto& field) {
+        quillon::PlaceCodec codec(&field);
+        layout(Kind<withNormal, withTexture>(), codec, vertex);
+        return FltVertexView::Layout::Place{static_cast<std::uint16_t>(kHeaderSize + codec.begin),
+                                            static_cast<std::uint16_t>(kHeaderSize + codec.end)};
+    };
+    return {place(vertex.flags),   place(vertex.position),    place(vertex.normal),
+            place(vertex.texture), place(vertex.packedColor), place(vertex.colorIndex)};
+}
+
 }  // namespace
+
+constinit const FltVertexView::Layout FltVertexView::kLayouts[] = {
+    placesOf<false, false>(), placesOf<true, false>(), placesOf<true, true>(),
+    placesOf<false, true>()};
+
+static_assert(placesOf<true, true>().position.end == FltVertexView::kShortest);
 
 std::uint16_t FltVertex::opcode() const {
     if (hasTexture) return hasNormal ? kFltVertexWithTextureAndNormal : kFltVertexWithTexture;

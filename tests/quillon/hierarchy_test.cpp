@@ -139,6 +139,20 @@ TEST(HierarchyTest, ReplacesFramePointsThatWereNeverSet) {
     EXPECT_EQ(dof.pointOnXAxis, before.pointOnXAxis);
 }
 
+TEST(SwitchTest, TellsWhatARecordSaysOfItsMasks) {
+    const auto of = [](const char* bytes) { return FltSwitch::statedMasks(hex(bytes)); };
+    const auto stated = of("0060 0024 00:8 00:4 00000000 00000002 00000001 00:8");
+    EXPECT_EQ(stated.masks, 2);
+    EXPECT_EQ(stated.wordsPerMask, 1);
+    EXPECT_EQ(stated.wordsPresent, 2);
+    EXPECT_TRUE(stated.arePresent());
+    EXPECT_FALSE(of("0060 0020 00:8 00:4 00000000 00000002 00000001 00:4").arePresent());
+    EXPECT_FALSE(of("0060 0020 00:8 00:4 00000000 FFFFFFFF FFFFFFFF 00:4").arePresent());
+    EXPECT_FALSE(of("0060 0020 00:8 00:4 00000000 7FFFFFFF 7FFFFFFF 00:4").arePresent());
+    EXPECT_TRUE(of("0060 001B 00:8 00:4 00000000 7FFFFFFF 7FFFFF").arePresent())
+        << "it ends before it says so";
+}
+
 TEST(SwitchTest, LaysOutMasks) {
     auto record = named<FltSwitch>("f1");
     record.currentMask = 1;

@@ -6,9 +6,11 @@
 #include <quillon/fltmaterial.h>
 #include <quillon/fltmesh.h>
 #include <quillon/fltrecordtype.h>
+#include <quillon/flttexture.h>
 #include <quillon/flttransform.h>
 #include <quillon/fltvertex.h>
 #include <quillon/fltvertexlist.h>
+#include <quillon/fltvertexview.h>
 
 namespace {
 
@@ -231,6 +233,86 @@ TEST(PublishedTest, AVertexTakesItsKindFromWhatItReads) {
         FltMatrix matrix;
         decode(matrix, hex("005E 0008 00:4"));
     });
+}
+
+TEST(PublishedTest, AViewOfAVertexReadsWhatTheRecordReads) {
+    const struct {
+        const char* bytes;
+        bool normal, texture, packedColor, colorIndex;
+    } cases[] = {
+        {"0044 0028 0001 1000 3FF0:8 4000:8 4008:8 FF102030 00000085", false, false, true, true},
+        {"0045 0038 FFFF 2000 3FF0:8 4000:8 4008:8 3F800000 40000000 40400000 FF102030 00000085 "
+         "00:4",
+         true, false, true, true},
+        {"0046 0040 0001 8000 3FF0:8 4000:8 4008:8 3F800000 40000000 40400000 3F000000 3E800000 "
+         "FF102030 00000085 00:4",
+         true, true, true, true},
+        {"0047 0030 0001 4000 3FF0:8 4000:8 4008:8 3F000000 3E800000 FF102030 00000085", false,
+         true, true, true},
+        {"0047 002C 0001 4000 3FF0:8 4000:8 4008:8 3F000000 3E800000 FF102030", false, true, true,
+         false},
+        {"0046 002F 0001 4000 3FF0:8 4000:8 4008:8 3F800000 40000000 40400000 3F0000", true, false,
+         false, false},
+        {"0045 0020 0001 4000 3FF0:8 4000:8 4008:8", false, false, false, false},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.bytes);
+        const Bytes bytes = hex(test.bytes);
+        const FltVertexView view(bytes);
+        FltVertex vertex;
+        decode(vertex, bytes);
+        EXPECT_EQ(view.flags(), vertex.flags);
+        EXPECT_EQ(view.position(), vertex.position);
+        ASSERT_EQ(view.hasNormal(), test.normal);
+        ASSERT_EQ(view.hasTexture(), test.texture);
+        ASSERT_EQ(view.hasPackedColor(), test.packedColor);
+        ASSERT_EQ(view.hasColorIndex(), test.colorIndex);
+        if (test.normal) {
+            EXPECT_EQ(view.normal(), vertex.normal);
+        }
+        if (test.texture) {
+            EXPECT_EQ(view.texture(), vertex.texture);
+        }
+        if (test.packedColor) {
+            EXPECT_EQ(view.packedColor(), vertex.packedColor);
+        }
+        if (test.colorIndex) {
+            EXPECT_EQ(view.colorIndex(), vertex.colorIndex);
+        }
+    }
+    EXPECT_EQ(FltVertexView::layoutOf(71).position.end, FltVertexView::kShortest);
+}
+
+TEST(PublishedTest, RecordsSayHowFarTheirFieldsReach) {
+    FltTexture texture;
+    EXPECT_EQ(texture.lengthThrough(&texture.fileName), 204);
+    EXPECT_EQ(texture.lengthThrough(&texture.index), 208);
+    FltScale scale;
+    EXPECT_EQ(scale.lengthThrough(&scale.factors), 44) << "without the reserved bytes behind it";
+    FltMatrix matrix;
+    EXPECT_EQ(matrix.lengthThrough(&matrix.rows), 68);
+}
+
+TEST(PublishedTest, BodiesAreReadAtAnyLength) {
+    FltMeshPrimitive primitive;
+    primitive.readBody(hex("0004 0002"));
+    EXPECT_EQ(primitive.type, FltPrimitiveType::polygon);
+    EXPECT_EQ(primitive.indexSize, 2);
+    EXPECT_TRUE(primitive.indices.empty());
+    Bytes longer = hex("0001 0001 00011170");
+    longer.resize(8 + 70'000, 7);
+    primitive.readBody(longer);
+    EXPECT_EQ(primitive.indices.size(), 70'000U);
+    EXPECT_EQ(primitive.indices.back(), 7U);
+}
+
+TEST(PublishedTest, PaletteOffsetsAreReadWhereTheyStand) {
+    const Bytes body = hex("00000008 00000040 000000");
+    const FltVertexOffsets offsets(body);
+    ASSERT_EQ(offsets.size(), 2U);
+    EXPECT_EQ(offsets[1], 0x40U);
+    EXPECT_EQ(FltVertexOffsets::perCorner(72), 1U);
+    EXPECT_EQ(FltVertexOffsets::perCorner(89), 2U);
 }
 
 TEST(PublishedTest, NewRecordsHaveTheirDefaults) {

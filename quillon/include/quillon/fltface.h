@@ -4,6 +4,7 @@
 #include <quillon/fltopcode.h>
 #include <quillon/fltpackedcolor.h>
 #include <quillon/fltrecord.h>
+#include <quillon/fltsurface.h>
 
 /// Face: 80 bytes from revision 1510 on, 64 with 16-bit colour indices before. Named "f%d" on
 /// output.
@@ -19,7 +20,7 @@ public:
     void visitFields(FltFieldVisitor& visitor) const override;
 
     /// In `flags`: the packed colours count, and not the indices.
-    static constexpr std::uint32_t kPackedColors = 0x10000000;
+    static constexpr std::uint32_t kPackedColors = kFltSurfacePackedColors;
 
     /// As `writeToken`, with the packed colours, for files: a flag that makes them count must not
     /// stand there without them.

@@ -16,14 +16,22 @@
 /// wrong and names the byte offset.
 class FltFileError : public std::runtime_error {
 public:
-    FltFileError(const std::string& message, std::size_t offset)
-        : std::runtime_error(message), offset_(offset) {}
+    enum class Cause : std::uint8_t {
+        kDamaged,
+        kTruncated,            ///< it ends before what it says it has
+        kUnsupportedRevision,  ///< of the format
+    };
+
+    FltFileError(const std::string& message, std::size_t offset, Cause cause = Cause::kDamaged)
+        : std::runtime_error(message), offset_(offset), cause_(cause) {}
 
     /// Where the record that is wrong begins, from the start of the file.
     std::size_t offset() const noexcept { return offset_; }
+    Cause cause() const noexcept { return cause_; }
 
 private:
     std::size_t offset_;
+    Cause cause_;
 };
 
 /// A token that belongs to an open file.

@@ -11,6 +11,8 @@
 class FltHeader : public FltPaletteRec {
 public:
     static constexpr std::uint16_t kOpcode = kFltHeader;
+    /// Where `formatRevision` stands, in bytes from the start of the record.
+    static constexpr std::uint16_t kRevisionOffset = 12;
 
     std::uint16_t opcode() const override { return kOpcode; }
     void writeToken(FltToken& token, std::uint32_t revision) const override;

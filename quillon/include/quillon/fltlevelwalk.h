@@ -17,6 +17,7 @@ class FltLevelWalk {
 public:
     struct Open {
         std::uint16_t opcode;  ///< of the push
+        std::uint16_t closer;  ///< opcode of the pop that closes it
         bool isOpaque;
         Level level;
     };
@@ -32,12 +33,11 @@ public:
     Step meet(std::uint16_t opcode, Level level = {}) {
         if (const std::uint16_t closer = fltClosingOpcode(opcode)) {
             const bool opaque = closer == kFltPopExtension || closer == kFltPopAttribute;
-            open_.push_back({opcode, opaque || isOpaque(), std::move(level)});
+            open_.push_back({opcode, closer, opaque || isOpaque(), std::move(level)});
             return Step::opened;
         }
-        if (!fltIsPop(opcode)) return Step::none;
-        if (open_.empty() || fltClosingOpcode(open_.back().opcode) != opcode)
-            return Step::unmatched;
+        if (open_.empty() || open_.back().closer != opcode)
+            return fltIsPop(opcode) ? Step::unmatched : Step::none;
         leave();
         return Step::closed;
     }
@@ -45,7 +45,7 @@ public:
     /// Whether some open level is one that the pop `opcode` closes.
     bool canClose(std::uint16_t opcode) const noexcept {
         for (const Open& open : open_)
-            if (fltClosingOpcode(open.opcode) == opcode) return true;
+            if (open.closer == opcode) return true;
         return false;
     }
 

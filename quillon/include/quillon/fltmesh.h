@@ -4,6 +4,7 @@
 #include <quillon/fltgeometry.h>
 #include <quillon/fltpackedcolor.h>
 #include <quillon/fltrecordof.h>
+#include <quillon/fltsurface.h>
 
 #include <vector>
 

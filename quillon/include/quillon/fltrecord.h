@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 class FltStream;
 class FltToken;
@@ -35,6 +36,9 @@ public:
     /// Reads the record from `token`, laid out for `revision`. Fields past the record's end become
     /// zero. Throws `AviaryAssertion` where the class checks its opcode or its counts.
     virtual void readToken(FltToken& token, std::uint32_t revision) = 0;
+
+    /// Reads the record from `bytes`, those of one whole record. Throws as `readToken`.
+    void readBytes(std::span<const std::uint8_t> bytes, std::uint32_t revision);
 
     /// Reads the record from a token that belongs to an open file, at that file's revision. Does
     /// nothing for null or a token without a file.

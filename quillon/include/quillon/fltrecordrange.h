@@ -11,6 +11,9 @@
 /// One record among the bytes of others, which it refers to.
 class FltRecordView {
 public:
+    /// Bytes of a record's opcode and length, ahead of everything that it holds.
+    static constexpr std::size_t kHeaderSize = 4;
+
     FltRecordView() = default;
 
     /// The record at `offset` in `bytes`; an empty view where the bytes from there on do not begin
@@ -26,9 +29,20 @@ public:
         return view;
     }
 
+    /// The opcode that stands at `offset`, of a whole record or not; 0 where there are fewer than 2
+    /// bytes.
+    static std::uint16_t statedOpcode(std::span<const std::uint8_t> bytes,
+                                      std::size_t offset) noexcept {
+        std::uint16_t code = 0;
+        if (offset <= bytes.size() && bytes.size() - offset >= sizeof code)
+            fltLoadBigEndian(bytes.data() + offset, code);
+        return code;
+    }
+
     bool empty() const noexcept { return bytes_.empty(); }
-    /// Where the record begins among the bytes.
+    /// Where the record begins among the bytes, and where what follows it does.
     std::size_t offset() const noexcept { return offset_; }
+    std::size_t end() const noexcept { return offset_ + bytes_.size(); }
     /// The whole record, header included, and what follows its header. Of a view that is not empty.
     std::span<const std::uint8_t> bytes() const noexcept { return bytes_; }
     std::span<const std::uint8_t> body() const noexcept { return bytes_.subspan(kHeaderSize); }
@@ -40,8 +54,6 @@ public:
     }
 
 private:
-    static constexpr std::size_t kHeaderSize = 4;
-
     std::span<const std::uint8_t> bytes_;
     std::size_t offset_ = 0;
 };

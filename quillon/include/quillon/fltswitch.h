@@ -5,6 +5,9 @@
 #include <quillon/fltopcode.h>
 #include <quillon/fltrecord.h>
 
+#include <cstdint>
+#include <span>
+
 /// Switch: masks that say which children are shown. Named "f%d" on output, as faces are, but
 /// counted by the header's own switch counter.
 class FltSwitch : public FltPrimaryRec {
@@ -23,6 +26,22 @@ public:
     /// The most with which a record can still be written: what is written is padded to a multiple
     /// of 8 bytes.
     static constexpr std::int32_t kMaxWrittenMaskWords = (0xFFF8 - 28) / 4;
+
+    /// What a record says of its masks, true or not.
+    struct StatedMasks {
+        std::int32_t masks = 0;
+        std::int32_t wordsPerMask = 0;
+        std::int64_t wordsPresent = 0;  ///< mask words that the record has room for
+
+        /// Whether the record has all the mask words that it speaks of.
+        bool arePresent() const noexcept {
+            return masks >= 0 && wordsPerMask >= 0 &&
+                   std::int64_t{masks} * wordsPerMask <= wordsPresent;
+        }
+    };
+
+    /// What the switch record `bytes` says of its masks; none for one that ends before it says so.
+    static StatedMasks statedMasks(std::span<const std::uint8_t> bytes);
 
     /// Whole masks in the word list; 0 when there are no words per mask.
     std::int32_t maskCount() const noexcept;

@@ -1,8 +1,12 @@
 // The vertex palette and the lists that name its vertices.
 #pragma once
 
+#include <quillon/fltbyteorder.h>
 #include <quillon/fltrecordof.h>
 
+#include <cstddef>
+#include <cstdint>
+#include <span>
 #include <vector>
 
 /// Start of the vertex palette; the vertices follow as records of their own.
@@ -31,4 +35,27 @@ class FltMorphVertexList
     : public FltRecordOf<FltMorphVertexList, FltPrimaryRec, kFltMorphVertexList> {
 public:
     std::vector<FltMorphCorner> corners;
+};
+
+/// The palette offsets in the body of a vertex list, of a morph vertex list, which has two for each
+/// corner, or of what continues one: as the classes above hold them, read where they stand.
+class FltVertexOffsets {
+public:
+    explicit FltVertexOffsets(std::span<const std::uint8_t> body) noexcept : body_(body) {}
+
+    std::size_t size() const noexcept { return body_.size() / sizeof(std::uint32_t); }
+    /// One of them; `i` is below `size()`.
+    std::uint32_t operator[](std::size_t i) const noexcept {
+        std::uint32_t offset = 0;
+        fltLoadBigEndian(body_.data() + i * sizeof offset, offset);
+        return offset;
+    }
+
+    /// How many of them a corner has, in the list of `opcode`.
+    static constexpr std::size_t perCorner(std::uint16_t opcode) noexcept {
+        return opcode == kFltMorphVertexList ? 2 : 1;
+    }
+
+private:
+    std::span<const std::uint8_t> body_;
 };
