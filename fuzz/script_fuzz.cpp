@@ -29,7 +29,7 @@ script::Limits smallLimits() {
     script::Limits limits;
     limits.steps = 3000;
     limits.calls = 100;
-    limits.stackBytes = 512 * 1024;
+    limits.stackBytes = std::size_t{512} * 1024;
     limits.textBytes = 1 << 14;
     limits.arrayItems = 1000;
     return limits;

@@ -80,7 +80,7 @@ TEST_F(NodeData, TheKindIsDerivedFromTheHostObject) {
         auto* const shape = new SplineShape;
         shape->SetClosed(closed);
         shape->SetRenderable(renderable);
-        for (const Point3& point : {Point3(0, 0, 0), Point3(1, 0, 0), Point3(0, 1, 0)})
+        for (const Point3& point : {Point3{0, 0, 0}, Point3{1, 0, 0}, Point3{0, 1, 0}})
             shape->GetPoints().Append(1, &point);
         return node(shape);
     };

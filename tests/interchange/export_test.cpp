@@ -121,6 +121,24 @@ TEST_F(ExportTest, KeepsPackedColoursTogetherWithTheirFlag) {
     }
 }
 
+// A face that has become several polygons: each is written as a face of that colour.
+TEST_F(ExportTest, GivesEveryPolygonOfAFaceItsPackedColour) {
+    constexpr std::uint32_t kPacked = 0x10000000;
+    FltBytes file("f");
+    file.palette(kPoints).push().face("packed", kPacked, 0xFF332211);
+    file.push().list({0, 1, 2}).pop().pop();
+    INode* const face = import(file)->GetChildNode(0);
+    Mesh& mesh = dynamic_cast<TriObject&>(*face->GetObjectRef()).GetMesh();
+    mesh.faces.Append(mesh.faces[0]);
+    ASSERT_EQ(mesh.faces.Count(), 2);
+    INode* const again = reimported();
+    ASSERT_EQ(again->NumberOfChildren(), 2);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(again->GetChildNode(i)->GetWireColor(), 0x332211U) << i;
+        EXPECT_NE(recordOf<FltFace>(again->GetChildNode(i)).flags & kPacked, 0U) << i;
+    }
+}
+
 TEST_F(ExportTest, WritesWhatWasMadeInTheScene) {
     // No header, a box that is a face by what it shows, a group with a light, and what is neither.
     INode* const box = host.CreateObjectNode(new BoxObject(2, 4, 6), "Box");

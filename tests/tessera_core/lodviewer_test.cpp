@@ -87,12 +87,14 @@ TEST_F(LodViewerTest, SwitchesWalkTheChildrenOfTheirCurrentMask) {
         EXPECT_EQ(children[static_cast<std::size_t>(i)]->IsHidden(), i != 0 && i != 2 && i != 39)
             << i;
 
-    // The mask of children beyond its words, or none at all, touches nothing.
+    // A mask that the record does not have shows nothing, and hides nothing.
     for (INode* const child : children) child->Hide(true);
-    record.currentMask = 2;
-    ASSERT_TRUE(fltPutRecord(switchNode, record));
-    aviary.SetLodDistance(50);
-    for (INode* const child : children) EXPECT_TRUE(child->IsHidden());
+    for (const int missing : {2, -1, std::numeric_limits<int>::min()}) {
+        record.currentMask = missing;
+        ASSERT_TRUE(fltPutRecord(switchNode, record));
+        aviary.SetLodDistance(50);
+        for (INode* const child : children) EXPECT_TRUE(child->IsHidden()) << missing;
+    }
 }
 
 TEST_F(LodViewerTest, ASwitchThatCannotBeReadEndsTheWalk) {

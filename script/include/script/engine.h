@@ -19,7 +19,7 @@ namespace script {
 struct Limits {
     std::uint64_t steps = 0;              ///< evaluated expressions; 0 for any number
     std::size_t calls = 1000;             ///< calls of script functions within each other
-    std::size_t stackBytes = 768 * 1024;  ///< of the thread's stack, from the start of the run
+    std::size_t stackBytes = std::size_t{768} * 1024;  ///< of the thread's stack, from the start of the run
     std::size_t textBytes = 16 << 20;     ///< in one string, and in one script
     std::size_t arrayItems = 4'000'000;   ///< in one array
 };
