@@ -77,7 +77,7 @@ bool import(std::span<const std::uint8_t> bytes, Interface& host) {
         expect(outline.nodes.size() * 4 <= bytes.size(), "each node has a record");
         expect(outline.pieces.size() * 4 <= bytes.size(), "each piece has a record");
         expect(outline.corners.size() * 4 <= bytes.size(), "each corner stands in a list");
-        interchange::buildScene(bytes, outline, "fuzz", report, host);
+        interchange::buildScene(outline, "fuzz", report, host);
         return true;
     } catch (const FltFileError& error) {
         expect(error.offset() <= bytes.size(), "the damage lies in the file");

@@ -4,30 +4,27 @@
 #include <interchange/outline.h>
 
 #include <kiln/platform.h>
+#include <quillon/fltcolorpalette.h>
+#include <quillon/fltface.h>
+#include <quillon/fltvertexview.h>
 
 #include <optional>
 #include <span>
 
-class FltFace;
-
 namespace interchange {
 
-// Flags of a vertex.
-inline constexpr std::uint16_t kVertexNoColor = 0x2000;
-inline constexpr std::uint16_t kVertexPackedColor = 0x1000;
+/// The face's primary colour: its packed one, or the one that it names in the colour palette by
+/// entry and intensity. None when the face has no colour, or names one that is not there.
+std::optional<COLORREF> colorOf(const FltFace& face, const FltColorPalette& palette);
 
-/// The face's primary colour: its packed one, or the one that it names in the colour palette, a
-/// record or empty, by entry and intensity. Nothing when the face has no colour, or names one that
-/// is not there.
-std::optional<COLORREF> colorOf(const FltFace& face, FileBytes palette);
+/// The colour that an index names in the palette. One that is not whole, as in older formats,
+/// counts as none.
+std::optional<COLORREF> indexedColor(std::uint32_t index, const FltColorPalette& palette);
 
-/// The colour that an index names in the palette.
-std::optional<COLORREF> indexedColor(std::uint32_t index, FileBytes palette);
+/// The same for a vertex.
+std::optional<COLORREF> vertexColor(const FltVertexView& vertex, const FltColorPalette& palette);
 
-/// The same for a vertex record.
-std::optional<COLORREF> vertexColor(FileBytes vertex, FileBytes palette);
-
-/// Gives a vertex record that packed colour, as far as the record is long enough to hold it.
+/// Puts that packed colour into a vertex record, as far as the record is long enough to hold it.
 void setVertexColor(std::span<std::uint8_t> vertex, COLORREF color);
 
 /// The colour as a packed one, opaque: from the most significant byte alpha, blue, green, red.

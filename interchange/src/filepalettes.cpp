@@ -1,13 +1,13 @@
 #include "filepalettes.h"
 
-#include "layouts.h"
 #include "plan.h"
 
 #include <base/text.h>
 #include <fltkilnutil/kilnflt.h>
 #include <interchange/textencoding.h>
-#include <quillon/fltopcode.h>
+#include <quillon/fltmaterial.h>
 #include <quillon/fltstream.h>
+#include <quillon/flttexture.h>
 
 #include <algorithm>
 #include <utility>
@@ -45,13 +45,26 @@ void FilePalettes::read(const Kept& kept) {
     revision_ = kept.revision;
     forEachPiece(kept.pieces, [&](const RecordWalk& walk, bool opaque) {
         if (opaque) return;
-        if (walk.opcode() == kFltColorPalette && colors_.empty()) colors_ = walk.record();
-        if (walk.opcode() == kFltLightSourcePalette) readLight(walk.record(), kept.revision);
-        if (walk.opcode() == kFltTexture) readTexture(walk.record());
-        if (walk.opcode() == kFltMaterial && walk.record().size() >= kMaterialIndex + 4) {
-            materials_.insert(static_cast<std::int32_t>(uint32At(walk.record(), kMaterialIndex)));
+        const FltRecordView record = FltRecordView::at(walk.record(), 0);
+        switch (record.opcode()) {
+            case kFltColorPalette:
+                return readColors(record);
+            case kFltLightSourcePalette:
+                return readLight(record.bytes(), kept.revision);
+            case kFltTexture:
+                return readTexture(record);
+            case kFltMaterial:
+                return readMaterial(record);
+            default:
+                return;
         }
     });
+}
+
+/// Of several colour palettes the first is the one that counts.
+void FilePalettes::readColors(const FltRecordView& record) {
+    if (std::exchange(hasColors_, true)) return;
+    colors_.readBytes(record.bytes(), revision_);
 }
 
 void FilePalettes::readLight(FileBytes record, std::uint32_t revision) {
@@ -61,10 +74,18 @@ void FilePalettes::readLight(FileBytes record, std::uint32_t revision) {
     lights_.insert({entry.paletteIndex, {record, entry, false, false}});
 }
 
-void FilePalettes::readTexture(FileBytes record) {
-    if (record.size() < kTextureIndexEnd) return;
-    addTexture(static_cast<std::int32_t>(uint32At(record, kTextureIndex)),
-               textOf(record.subspan(kRecordHeader, kTextureNameLength)));
+void FilePalettes::readTexture(const FltRecordView& record) {
+    FltTexture texture;
+    if (record.length() < texture.lengthThrough(&texture.index)) return;
+    texture.readBytes(record.bytes(), revision_);
+    addTexture(texture.index, textOf(texture.fileName));
+}
+
+void FilePalettes::readMaterial(const FltRecordView& record) {
+    FltMaterial material;
+    if (record.length() < material.lengthThrough(&material.index)) return;
+    material.readBytes(record.bytes(), revision_);
+    materials_.insert(material.index);
 }
 
 void FilePalettes::addTexture(std::int32_t index, const std::string& name) {
@@ -92,7 +113,7 @@ std::int32_t FilePalettes::light(std::int32_t index, const FltLightSourcePalette
 }
 
 std::int32_t FilePalettes::texture(const std::string& fileName) {
-    const std::string name(base::clipUtf8(fileName, kTextureNameLength - 1));
+    const std::string name(base::clipUtf8(fileName, sizeof FltTexture::fileName - 1));
     if (const auto found = textureOf_.find(name); found != textureOf_.end()) return found->second;
     const std::int32_t index = freeTexture_ = freeIndex(textures_, freeTexture_);
     if (index > kLastTexture) {
@@ -118,7 +139,7 @@ std::int16_t FilePalettes::material(COLORREF color) {
 }
 
 void FilePalettes::write(FltStream& stream, FileBytes record) {
-    if (uint16At(record, 0) == kFltLightSourcePalette) {
+    if (FltRecordView::at(record, 0).opcode() == kFltLightSourcePalette) {
         const FltRecord* const base = merger_.base(record, revision_);
         const auto found =
             base == nullptr
@@ -127,7 +148,7 @@ void FilePalettes::write(FltStream& stream, FileBytes record) {
         // Of several entries with one index the first is the one that counts.
         if (found != lights_.end() && found->second.edited &&
             found->second.read.data() == record.data()) {
-            putLight(stream, found->second);
+            writeLight(stream, found->second);
             return;
         }
     }
@@ -136,46 +157,29 @@ void FilePalettes::write(FltStream& stream, FileBytes record) {
 
 void FilePalettes::writeNew(FltStream& stream) {
     for (const std::int32_t index : newTextures_) {
-        char name[kTextureNameLength] = {};
-        std::ranges::copy(textures_[index], name);
-        FltToken& token = stream.token();
-        token.begin(kFltTexture);
-        token.writeBytes(sizeof name, name);
-        token.writeInt32(index);
-        token.writeInt32(std::int32_t{0});
-        token.writeInt32(std::int32_t{0});
-        stream.writeToken(token);
+        FltTexture texture;
+        std::ranges::copy(textures_[index], texture.fileName);
+        texture.index = index;
+        texture.write(stream);
     }
-    for (const auto& [color, index] : newMaterials_) putMaterial(stream, index, color);
+    for (const auto& [color, index] : newMaterials_) writeMaterial(stream, index, color);
     for (const auto& [index, light] : lights_) {
-        if (light.read.empty()) putLight(stream, light);
+        if (light.read.empty()) writeLight(stream, light);
     }
 }
 
-void FilePalettes::putMaterial(FltStream& stream, std::int16_t index, COLORREF color) {
-    char name[kMaterialName] = {};
-    std::ranges::copy(std::string(1, 'm').append(std::to_string(index)), name);
-    FltToken& token = stream.token();
-    token.begin(kFltMaterial);
-    token.writeInt32(std::int32_t{index});
-    token.writeBytes(sizeof name, name);
-    token.writeInt32(std::int32_t{0});
-    const auto writeColor = [&](float share) {
-        for (const unsigned shift : {0U, 8U, 16U}) {
-            token.writeFloat(share * static_cast<float>(color >> shift & 0xFF) / 255);
-        }
+void FilePalettes::writeMaterial(FltStream& stream, std::int16_t index, COLORREF color) {
+    FltMaterial material;
+    material.index = index;
+    std::ranges::copy(std::string(1, 'm').append(std::to_string(index)), material.name);
+    const auto share = [&](unsigned shift) {
+        return static_cast<float>(color >> shift & 0xFF) / 255;
     };
-    writeColor(1);        // ambient
-    writeColor(1);        // diffuse
-    writeColor(0);        // specular
-    writeColor(0);        // emissive
-    token.writeFloat(0);  // shininess
-    token.writeFloat(1);  // alpha
-    token.writeInt32(std::int32_t{0});
-    stream.writeToken(token);
+    material.ambient = material.diffuse = {share(0), share(8), share(16)};
+    material.write(stream);
 }
 
-void FilePalettes::putLight(FltStream& stream, const Light& light) {
+void FilePalettes::writeLight(FltStream& stream, const Light& light) {
     if (light.read.empty()) {
         light.entry.writeToken(stream.token(), stream.revision());
         stream.writeToken(stream.token());

@@ -5,6 +5,7 @@
 #include "kept.h"
 
 #include <kiln/platform.h>
+#include <quillon/fltcolorpalette.h>
 #include <quillon/fltlightsourcepalette.h>
 
 #include <map>
@@ -22,8 +23,8 @@ public:
     /// Starts from the palettes among the pieces of the database's node.
     void read(const Kept& kept);
 
-    /// The colour palette record; empty without one.
-    FileBytes colors() const noexcept { return colors_; }
+    /// The colour palette; empty without one.
+    const FltColorPalette& colors() const noexcept { return colors_; }
 
     /// The index of the light source palette entry to use for a light that says `index` and looks
     /// like `wanted`: `index` unless another light already made that entry look different.
@@ -56,12 +57,15 @@ private:
     };
 
     void readLight(FileBytes record, std::uint32_t revision);
-    void readTexture(FileBytes record);
+    void readColors(const FltRecordView& record);
+    void readTexture(const FltRecordView& record);
+    void readMaterial(const FltRecordView& record);
     void addTexture(std::int32_t index, const std::string& name);
-    static void putMaterial(FltStream& stream, std::int16_t index, COLORREF color);
-    void putLight(FltStream& stream, const Light& light);
+    static void writeMaterial(FltStream& stream, std::int16_t index, COLORREF color);
+    void writeLight(FltStream& stream, const Light& light);
 
-    FileBytes colors_;
+    FltColorPalette colors_;
+    bool hasColors_ = false;
     std::uint32_t revision_ = 0;
     std::map<std::int32_t, Light> lights_;
     std::int32_t freeLight_ = 0;                     ///< below it every index has an entry

@@ -1,7 +1,5 @@
 #include <interchange/import.h>
 
-#include "layouts.h"
-
 #include <kiln/kiln.h>
 #include <quillon/fltfilereader.h>
 #include <tessera/iaviaryutil.h>
@@ -25,17 +23,15 @@ void tellAviary(const std::string& fileName) {
     if (aviary != nullptr) static_cast<IAviaryUtil*>(aviary)->SetLastImport(fileName.c_str());
 }
 
-/// What is wrong with a file that was refused at `offset`. There only the header's revision is no
-/// beginning of a record.
-ImpExpCause causeAt(FileBytes bytes, std::size_t offset) {
-    constexpr std::size_t kRevision = 12, kLength = 2;
-    if (offset == kRevision) return ImpExpCause::kVersion;
-    if (bytes.size() >= 2 && uint16At(bytes, 0) != kFltHeader) return ImpExpCause::kDamaged;
-    if (bytes.empty() || offset > bytes.size()) return ImpExpCause::kTruncated;
-    const std::size_t left = bytes.size() - offset;
-    if (left < kRecordHeader || uint16At(bytes, offset + kLength) > left)
-        return ImpExpCause::kTruncated;
-    return ImpExpCause::kDamaged;
+ImpExpCause causeOf(const FltFileError& error) {
+    switch (error.cause()) {
+        case FltFileError::Cause::kTruncated:
+            return ImpExpCause::kTruncated;
+        case FltFileError::Cause::kUnsupportedRevision:
+            return ImpExpCause::kVersion;
+        default:
+            return ImpExpCause::kDamaged;
+    }
 }
 
 void readInto(std::string_view path, ImpExpReport& report, Interface& host) {
@@ -44,10 +40,10 @@ void readInto(std::string_view path, ImpExpReport& report, Interface& host) {
     Outline outline;
     try {
         outline = readOutline(file.bytes());
-        buildScene(file.bytes(), outline, fileName, report, host);
+        buildScene(outline, fileName, report, host);
     } catch (const FltFileError& error) {
-        report.Cause(causeAt(file.bytes(), error.offset()));
-        throw FltFileError(fileName + ": " + error.what(), error.offset());
+        report.Cause(causeOf(error));
+        throw FltFileError(fileName + ": " + error.what(), error.offset(), error.cause());
     }
     report.Progress(1, "Building the scene");
     report.Summary(summaryOf(outline).c_str());

@@ -1,14 +1,13 @@
 #include <interchange/nodelooks.h>
 
 #include "kept.h"
-#include "layouts.h"
-#include "opcodes.h"
 
 #include <fltkilnutil/kilnface.h>
 #include <fltkilnutil/kilnflt.h>
 #include <interchange/textencoding.h>
 #include <kiln/kiln.h>
-#include <quillon/flttoken.h>
+#include <quillon/fltmaterial.h>
+#include <quillon/flttexture.h>
 
 #include <algorithm>
 
@@ -16,7 +15,6 @@ namespace interchange {
 
 namespace {
 
-constexpr float kFullTransparency = 65535;
 constexpr int kMostLayers = 8;
 
 FltNodeKind kindOf(INode* node) {
@@ -24,13 +22,13 @@ FltNodeKind kindOf(INode* node) {
     return fltGetKind(node, false, kind) ? kind : FltNodeKind{};
 }
 
-float shareAt(FileBytes record, std::size_t offset) {
-    const float value = float32At(record, offset);
-    return value > 0 ? std::min(value, 1.F) : 0.F;  // also for what is no number
+/// A share from 0 to 1; what is no number is 0.
+float shareOf(float value) {
+    return value > 0 ? std::min(value, 1.F) : 0.F;
 }
 
-LightColor colorAt(FileBytes record, std::size_t offset) {
-    return {shareAt(record, offset), shareAt(record, offset + 4), shareAt(record, offset + 8)};
+LightColor colorOf(const FltColor3f& color) {
+    return {shareOf(color.red), shareOf(color.green), shareOf(color.blue)};
 }
 
 }  // namespace
@@ -47,9 +45,19 @@ void NodeLooks::EndLooks() noexcept {
 
 bool NodeLooks::GetLook(INode* node, NodeLook& look) noexcept {
     try {
-        if (node == nullptr || !readFace(*node)) return false;
-        describe(*node, familyOf(*node), look);
-        return true;
+        if (node == nullptr) return false;
+        switch (static_cast<std::uint16_t>(kindOf(node))) {
+            case kFltFace:
+                if (!fltGetRecord(node, face_)) return false;
+                describe(face_, *node, look);
+                return true;
+            case kFltMesh:
+                if (!readMesh(*node)) return false;
+                describe(mesh_, *node, look);
+                return true;
+            default:
+                return false;
+        }
     } catch (...) {
         return false;
     }
@@ -67,21 +75,12 @@ bool NodeLooks::IsOnlyInstanced(INode* node) noexcept {
     return kindOf(node) == FltNodeKind::InstanceDef;
 }
 
-/// The record of a face, or what that of a mesh says of its surface, to `face_`.
-bool NodeLooks::readFace(INode& node) {
-    const FltNodeKind kind = kindOf(&node);
-    if (kind == FltNodeKind::Face) return fltGetRecord(&node, face_);
-    if (static_cast<std::uint16_t>(kind) != kMesh) return false;
-    // A mesh has four reserved bytes behind its name, and is otherwise like a face.
-    constexpr std::size_t kReserved = 12, kReservedEnd = 16;
+/// The record of a mesh, which is kept as it was read, to `mesh_`.
+bool NodeLooks::readMesh(INode& node) {
     const Kept kept = keptOn(node);
-    if (kept.bead.size() < kReservedEnd) return false;
-    record_.assign(kept.bead.begin(), kept.bead.begin() + kReserved);
-    record_.insert(record_.end(), kept.bead.begin() + kReservedEnd, kept.bead.end());
-    record_[1] = kFltFace;
-    FltToken token;
-    token.attach(record_.data(), static_cast<std::int32_t>(record_.size()));
-    face_.readToken(token, kept.revision);
+    const FltRecordView record = FltRecordView::at(kept.bead, 0);
+    if (record.empty() || record.opcode() != kFltMesh) return false;
+    mesh_.readBytes(record.bytes(), kept.revision);
     return true;
 }
 
@@ -104,59 +103,70 @@ NodeLooks::Database& NodeLooks::databaseOf(INode& header) {
     const auto known = databases_.find(&header);
     if (known != databases_.end()) return known->second;
     Database& database = databases_[&header];
-    forEachPiece(keptOn(header).pieces, [&](const RecordWalk& walk, bool opaque) {
-        const FileBytes record = walk.record();
+    const Kept kept = keptOn(header);
+    forEachPiece(kept.pieces, [&](const RecordWalk& walk, bool opaque) {
         if (opaque) return;
-        if (walk.opcode() == kFltMaterial && record.size() >= kMaterialAlphaEnd) {
-            const Material material{
-                colorAt(record, kMaterialAmbient), colorAt(record, kMaterialDiffuse),
-                colorAt(record, kMaterialEmissive), shareAt(record, kMaterialAlpha)};
-            database.materials.emplace(static_cast<std::int32_t>(uint32At(record, kMaterialIndex)),
-                                       material);
-        } else if (walk.opcode() == kFltTexture && record.size() >= kTextureIndexEnd) {
-            database.textures.emplace(static_cast<std::int32_t>(uint32At(record, kTextureIndex)),
-                                      textOf(record.subspan(kRecordHeader, kTextureNameLength)));
-        }
+        const FltRecordView record = FltRecordView::at(walk.record(), 0);
+        if (record.opcode() == kFltMaterial) addMaterial(record, database);
+        if (record.opcode() == kFltTexture) addTexture(record, database);
     });
     return database;
 }
 
-void NodeLooks::describe(INode& node, const Family& family, NodeLook& look) const {
-    constexpr std::uint8_t kFixedBlended = 1, kAxisBlended = 2, kPointBlended = 4;
-    look.lit = isLit(face_.lightMode);
+void NodeLooks::addMaterial(const FltRecordView& record, Database& database) {
+    FltMaterial material;
+    if (record.length() < material.lengthThrough(&material.alpha)) return;
+    material.readBytes(record.bytes(), 0);
+    database.materials.emplace(material.index,
+                               Material{colorOf(material.ambient), colorOf(material.diffuse),
+                                        colorOf(material.emissive), shareOf(material.alpha)});
+}
+
+void NodeLooks::addTexture(const FltRecordView& record, Database& database) {
+    FltTexture texture;
+    if (record.length() < texture.lengthThrough(&texture.index)) return;
+    texture.readBytes(record.bytes(), 0);
+    database.textures.emplace(texture.index, textOf(texture.fileName));
+}
+
+/// Describes the node by its record, that of a face or a mesh.
+template <typename Record>
+void NodeLooks::describe(const Record& record, INode& node, NodeLook& look) {
+    const Family& family = familyOf(node);
+    look.lit = fltIsLit(record.lightMode);
     const bool hasColor =
-        (face_.flags & FltFace::kPackedColors) != 0 || (face_.flags & kFaceNoColor) == 0;
-    look.vertexColors =
-        !hasColor || face_.lightMode == kVertexColor || face_.lightMode == kLitByVertexColor;
+        (record.flags & kFltSurfacePackedColors) != 0 || (record.flags & kFltSurfaceNoColor) == 0;
+    look.vertexColors = !hasColor || fltShowsVertexColors(record.lightMode);
     KilnFace options;
     look.vertexNormals =
         look.lit && (!fltGetOptions(&node, options) || options.useHostNormals != 0);
-    look.white = face_.textureWhite != 0;
-    look.blended = face_.billboard == kFixedBlended || face_.billboard == kAxisBlended ||
-                   face_.billboard == kPointBlended;
-    look.opacity = 1 - static_cast<float>(face_.transparency) / kFullTransparency;
+    look.white = record.textureWhite != 0;
+    look.blended = record.billboard == kFltFixedBlended || record.billboard == kFltAxisBlended ||
+                   record.billboard == kFltPointBlended;
+    look.opacity = 1 - static_cast<float>(record.transparency) / float{kFltFullTransparency};
     look.layer =
-        std::clamp(family.layer + std::max<int>(face_.relativePriority, 0), 0, kMostLayers);
-    look.picture = pictureOf(node, family.database);
+        std::clamp(family.layer + std::max<int>(record.relativePriority, 0), 0, kMostLayers);
+    look.picture = pictureOf(node, record.textureIndex, family.database);
     if (family.database == nullptr) return;
-    const auto material = family.database->materials.find(face_.materialIndex);
-    if (material == family.database->materials.end()) return;
-    look.opacity *= material->second.alpha;
+    const auto found = family.database->materials.find(record.materialIndex);
+    if (found == family.database->materials.end()) return;
+    const Material& material = found->second;
+    look.opacity *= material.alpha;
     if (!look.lit) return;
-    look.ambient = material->second.ambient;
-    look.diffuse = material->second.diffuse;
-    look.emissive = material->second.emissive;
+    look.ambient = material.ambient;
+    look.diffuse = material.diffuse;
+    look.emissive = material.emissive;
 }
 
 /// The record says which picture a face has, unless its picture was made in the scene.
-const char* NodeLooks::pictureOf(INode& node, const Database* database) const {
+const char* NodeLooks::pictureOf(INode& node, std::int32_t textureIndex, const Database* database) {
     Texmap* const map = node.GetTexmap();
     if (map != nullptr && map->ClassID() == BMTEX_CLASS_ID &&
         keptChunk(*map, KeptChunk::records).empty()) {
         return static_cast<const BitmapTex*>(map)->GetMapName();
     }
     if (database == nullptr) return nullptr;
-    const auto texture = database->textures.find(face_.textureIndex);
+    const auto texture = database->textures.find(textureIndex);
     return texture == database->textures.end() ? nullptr : texture->second.c_str();
 }
 

@@ -1,11 +1,14 @@
 #include <interchange/outline.h>
 
-#include "kept.h"
-#include "layouts.h"
-#include "opcodes.h"
+#include "filecursor.h"
 
-#include <quillon/fltfilereader.h>
-#include <quillon/fltopcode.h>
+#include <quillon/fltfileheader.h>
+#include <quillon/fltlevelwalk.h>
+#include <quillon/fltrecordtype.h>
+#include <quillon/fltswitch.h>
+#include <quillon/fltvertex.h>
+#include <quillon/fltvertexlist.h>
+#include <quillon/fltvertexview.h>
 
 #include <algorithm>
 #include <array>
@@ -18,276 +21,247 @@ namespace {
 constexpr std::uint32_t kOldestRevision = 1400;
 constexpr std::uint32_t kNewestRevision = 1999;
 
-}  // namespace
-
-bool isVertexAt(FileBytes bytes, const Outline& outline, std::uint64_t vertex) noexcept {
-    constexpr std::uint32_t kPositionEnd = 32;
-    if (outline.vertexPalette == 0 || vertex + kPositionEnd > outline.vertexPaletteEnd) {
-        return false;
-    }
-    const std::uint16_t opcode = uint16At(bytes, vertex);
-    const std::uint16_t length = uint16At(bytes, vertex + 2);
-    return opcode >= kFltVertexWithColor && opcode <= kFltVertexWithTexture &&
-           length >= kPositionEnd && vertex + length <= outline.vertexPaletteEnd;
-}
-
-namespace {
-
 /// What a record means for the outline.
 enum class Role : std::uint8_t {
-    unknown,
-    node,  ///< becomes a node of the scene
-    push,
-    pop,
-    longId,
-    vertexPalette,
-    vertex,
-    vertexList,
-    continuation,
-    colorPalette,
-    lightPalette,
-    texture,
-    other,  ///< known, and kept with the node that it follows
+    kUnknown,
+    kNode,  ///< becomes a node of the scene
+    kPush,
+    kPop,
+    kLongId,
+    kVertexPalette,
+    kVertex,
+    kVertexList,
+    kContinuation,
+    kColorPalette,
+    kLightPalette,
+    kTexture,
+    kOther,  ///< known, and kept with the node that it follows
 };
 
-Role roleOfFamily(FltOpcodeClass family) {
-    return family == FltOpcodeClass::primary ? Role::node : Role::other;
-}
-
-Role roleOfNamed(const FltOpcodeEntry& entry) {
-    switch (entry.opcode) {
-        case kFltInstanceRef:
-        case kFltInstanceDef:
-            return Role::node;
-        case kFltPushLevel:
-        case kFltPushSubface:
-        case kFltPushExtension:
-        case kFltPushAttribute:
-            return Role::push;
-        case kFltPopLevel:
-        case kFltPopSubface:
-        case kFltPopExtension:
-        case kFltPopAttribute:
-            return Role::pop;
+Role roleOfPart(std::uint16_t opcode) {
+    switch (opcode) {
         case kFltLongId:
-            return Role::longId;
+            return Role::kLongId;
         case kFltVertexPalette:
-            return Role::vertexPalette;
-        case kFltVertexWithColor:
-        case kFltVertexWithNormal:
-        case kFltVertexWithTextureAndNormal:
-        case kFltVertexWithTexture:
-            return Role::vertex;
+            return Role::kVertexPalette;
         case kFltVertexList:
         case kFltMorphVertexList:
-            return Role::vertexList;
+            return Role::kVertexList;
+        case kFltContinuation:
+            return Role::kContinuation;
         case kFltColorPalette:
-            return Role::colorPalette;
+            return Role::kColorPalette;
         case kFltLightSourcePalette:
-            return Role::lightPalette;
+            return Role::kLightPalette;
         case kFltTexture:
-            return Role::texture;
+            return Role::kTexture;
         default:
-            return roleOfFamily(entry.family);
+            return FltVertex::isVertex(opcode) ? Role::kVertex : Role::kOther;
     }
 }
 
-/// The roles by opcode; everything from 256 on is unknown.
-std::array<Role, 256> makeRoles() {
-    std::array<Role, 256> roles{};
-    for (const FltOpcodeEntry& entry : fltOpcodeTable()) {
-        roles[static_cast<std::uint8_t>(entry.opcode)] = roleOfNamed(entry);
+Role roleOf(const FltRecordType& type) {
+    switch (type.place) {
+        case FltRecordPlace::node:
+            return Role::kNode;
+        case FltRecordPlace::level:
+            return type.closer != 0 ? Role::kPush : Role::kPop;
+        default:
+            return roleOfPart(type.opcode);
     }
-    roles[kContinuation] = Role::continuation;
-    roles[kMesh] = roles[kIndexedLightPoint] = roles[kLightPointSystem] = Role::node;
-    roles[kLocalVertexPool] = roles[kMeshPrimitive] = Role::other;
+}
+
+/// The roles by opcode; everything beyond is unknown.
+using Roles = std::array<Role, 256>;
+
+Roles makeRoles() {
+    Roles roles{};
+    for (const FltRecordType& type : fltRecordTypes()) roles.at(type.opcode) = roleOf(type);
     return roles;
 }
 
-/// An open level.
+const Roles kRoles = makeRoles();
+
+bool holdsPoints(std::uint16_t kind) {
+    return kind == kFltFace || fltIsLightPoint(kind);
+}
+
+/// An open level, or the file around all of them.
 struct Level {
-    std::uint16_t closer;        ///< opcode of the record that ends it
-    bool opaque;                 ///< of extensions or attributes: what it holds are no nodes
-    std::uint32_t offset;        ///< of the record that began it
-    std::uint32_t owner;         ///< node that it belongs to, and under which its nodes go
-    std::uint32_t current;       ///< node that the next piece or push is about
+    std::uint32_t offset = 0;    ///< of the record that began it
+    std::uint32_t owner = 0;     ///< node that it belongs to, and under which its nodes go
+    std::uint32_t current = 0;   ///< node that the next piece or push is about
     std::uint32_t children = 0;  ///< nodes that stand directly in it
-    bool deferred = false;       ///< may turn out to be all that a plain node has
 };
 
 class OutlineReader {
 public:
-    explicit OutlineReader(FileBytes bytes) : bytes_(bytes) {}
+    explicit OutlineReader(FileBytes bytes) : cursor_(bytes) { outline_.bytes = bytes; }
 
     Outline read() {
         readHeader();
-        while (nextRecord()) {
-            const Role role = roleOf(opcode_);
+        while (cursor_.next()) {
+            const Role role = roleOf(cursor_.opcode());
             handle(role);
-            if (role != Role::continuation) ownList_ = role == Role::vertexList && ownList_;
+            if (role != Role::kContinuation) inOwnList_ = role == Role::kVertexList && inOwnList_;
         }
-        if (levels_.size() > 1) {
-            fail(end(), "the file ends with " + openLevels() + " still open, the innermost since " +
-                            std::to_string(levels_.back().offset));
-        }
+        checkEnd();
         return std::move(outline_);
     }
 
 private:
-    /// Refuses the file in the words of the file reader.
-    [[noreturn]] static void fail(std::size_t offset, const std::string& reason) {
-        throw FltFileError("damaged at byte offset " + std::to_string(offset) + ": " + reason,
-                           offset);
-    }
-
     static Role roleOf(std::uint16_t opcode) {
-        static const std::array<Role, 256> roles = makeRoles();
-        return opcode < roles.size() ? roles[opcode] : Role::unknown;
+        return opcode < kRoles.size() ? kRoles[opcode] : Role::kUnknown;
     }
 
-    std::string openLevels() const {
-        const std::size_t count = levels_.size() - 1;
-        return count == 1 ? "one level" : std::to_string(count) + " levels";
-    }
-
-    std::size_t end() const { return std::size_t{offset_} + length_; }
+    // ------------------------------------------------------------ start and end
 
     void readHeader() {
-        if (bytes_.empty()) fail(0, "the file is empty");
-        if (bytes_.size() >= kNone) {
-            fail(kNone, "the file goes on beyond what OpenFlight can count");
+        using Cause = FltFileError::Cause;
+        const FileBytes bytes = outline_.bytes;
+        if (bytes.empty()) refuseFile(0, "the file is empty", Cause::kTruncated);
+        if (bytes.size() >= kNone) {
+            refuseFile(kNone, "the file goes on beyond what OpenFlight can count");
         }
-        if (bytes_.size() < 2 || uint16At(bytes_, 0) != kFltHeader) {
-            fail(0, "there is no header record, so this is not an OpenFlight file");
+        if (FltRecordView::statedOpcode(bytes, 0) != kFltHeader) {
+            refuseFile(0, "there is no header record, so this is not an OpenFlight file",
+                       bytes.size() < sizeof(FltOpcode) ? Cause::kTruncated : Cause::kDamaged);
         }
-        nextRecord();
-        constexpr std::uint32_t kRevisionEnd = 16;
-        if (length_ < kRevisionEnd) {
-            fail(0, "the header ends before its format revision");
+        if (!cursor_.next()) cursor_.refuse();
+        FltFileHeader header;
+        if (cursor_.end() < FltHeader::kRevisionOffset + sizeof header.formatRevision) {
+            refuseFile(0, "the header ends before its format revision");
         }
-        outline_.revision = uint32At(bytes_, 12);
+        header.readBytes(cursor_.record().bytes(), 0);
+        outline_.revision = static_cast<std::uint32_t>(header.formatRevision);
         if (outline_.revision < kOldestRevision || outline_.revision > kNewestRevision) {
-            fail(12, "a format revision of " +
-                         std::to_string(static_cast<std::int32_t>(outline_.revision)) +
-                         ", where 1400 (OpenFlight 14.0) or a later one is needed");
+            refuseFile(FltHeader::kRevisionOffset,
+                       "a format revision of " + std::to_string(header.formatRevision) +
+                           ", where 1400 (OpenFlight 14.0) or a later one is needed",
+                       Cause::kUnsupportedRevision);
         }
-        addNode(kFltHeader, kNone);
-        levels_.push_back({0, false, 0, 0, 0});
+        addNode(kNone);
     }
 
-    /// Moves to the next record; false at the end of the file.
-    bool nextRecord() {
-        const std::size_t next = end();
-        if (endsAt(next)) return false;
-        if (left(next) < kRecordHeader) {
-            if (levels_.size() != 1) refuse();
-            outline_.strayBytes = static_cast<std::uint32_t>(left(next));
-            return false;
-        }
-        const std::uint16_t length = uint16At(bytes_, next + 2);
-        if (length < kRecordHeader || length > left(next)) refuse();
-        offset_ = static_cast<std::uint32_t>(next);
-        opcode_ = uint16At(bytes_, next);
-        length_ = length;
-        return true;
+    void checkEnd() {
+        outline_.strayBytes = static_cast<std::uint32_t>(cursor_.strayBytes());
+        if (levels_.depth() == 0) return;
+        if (outline_.strayBytes != 0) cursor_.refuse();
+        const std::size_t count = levels_.depth();
+        refuseFile(cursor_.end(),
+                   "the file ends with " +
+                       (count == 1 ? "one level" : std::to_string(count) + " levels") +
+                       " still open, the innermost since " + std::to_string(level().offset),
+                   cursor_.left() < FltRecordView::kHeaderSize ? FltFileError::Cause::kTruncated
+                                                               : FltFileError::Cause::kDamaged);
     }
 
-    /// Refuses the file, in which a record was met that is none, as the file reader does.
-    [[noreturn]] void refuse() const {
-        FltFileReader reader(bytes_);
-        while (reader.next()) continue;
-        fail(end(), "a record that cannot be read");
-    }
+    // ------------------------------------------------------------ nodes and their pieces
 
-    /// Whether the file ends at `offset`: in an end-of-file record, or in the zeros with which some
-    /// programs fill the last block, however few they are.
-    bool endsAt(std::size_t offset) const {
-        if (left(offset) >= kRecordHeader) return uint16At(bytes_, offset) == kFltEndOfFile;
-        return std::ranges::all_of(bytes_.subspan(offset),
-                                   [](std::uint8_t byte) { return byte == 0; });
-    }
-
-    std::size_t left(std::size_t offset) const { return bytes_.size() - offset; }
+    Level& level() { return levels_.depth() == 0 ? file_ : levels_.innermost().level; }
 
     void handle(Role role) {
-        if (role == Role::unknown) ++outline_.unknownRecords;
-        if (role == Role::push) {
+        if (role == Role::kUnknown) ++outline_.unknownRecords;
+        if (role == Role::kPush) {
             push();
-        } else if (role == Role::pop) {
+        } else if (role == Role::kPop) {
             pop();
-        } else if (levels_.back().opaque) {
-            addPiece(levels_.back().owner, kNone);
-        } else if (role == Role::node) {
+        } else if (levels_.isOpaque()) {
+            addPiece(level().owner, kNone);
+        } else if (role == Role::kNode) {
             beginNode();
-        } else {
-            handlePiece(role);
+        } else if (handlePart(role)) {
+            addPiece(level().current, 0);
         }
     }
 
-    /// A record that adds to the node before it, or to the file as a whole.
-    void handlePiece(Role role) {
+    /// Handles a record that adds to the node before it, or to the file as a whole. Whether it is a
+    /// piece of the node.
+    bool handlePart(Role role) {
         switch (role) {
-            case Role::longId:
+            case Role::kLongId:
                 addLongId();
                 break;
-            case Role::vertexPalette:
-                outline_.vertexPalette = offset_;
-                outline_.vertexPaletteEnd = offset_ + length_;
+            case Role::kVertexPalette:
+                outline_.vertexPalette = cursor_.offset();
+                outline_.vertexPaletteEnd = cursor_.end();
                 nodesBefore_ = outline_.nodes.size();
                 cornersBefore_ = outline_.corners.size();
                 break;
-            case Role::vertex:
-                if (offset_ == outline_.vertexPaletteEnd) outline_.vertexPaletteEnd += length_;
-                return;
-            case Role::vertexList:
-                beginCorners();
-                if (ownList_ && levels_.back().deferred) return;
+            case Role::kVertex:
+                if (cursor_.offset() == outline_.vertexPaletteEnd)
+                    outline_.vertexPaletteEnd = cursor_.end();
+                return false;
+            case Role::kVertexList:
+                beginList();
                 break;
-            case Role::continuation:
-                if (ownList_) {
-                    addCorners();
-                    return;
-                }
+            case Role::kContinuation:
+                if (inOwnList_) addCorners();
+                return !inOwnList_;
+            case Role::kColorPalette:
+                if (outline_.colorPalette == 0) outline_.colorPalette = cursor_.offset();
                 break;
-            case Role::colorPalette:
-                if (outline_.colorPalette == 0) outline_.colorPalette = offset_;
+            case Role::kLightPalette:
+                outline_.lights.push_back(cursor_.offset());
                 break;
-            case Role::lightPalette:
-                outline_.lights.push_back(offset_);
-                break;
-            case Role::texture:
-                outline_.textures.push_back(offset_);
+            case Role::kTexture:
+                outline_.textures.push_back(cursor_.offset());
                 break;
             default:
                 break;
         }
-        addPiece(levels_.back().current);
+        return true;
     }
 
-    void addPiece(std::uint32_t owner, std::uint32_t children = 0) {
-        if (outline_.nodes[owner].plain) spellOut(owner);
-        if (levels_.back().deferred && levels_.back().owner == owner) spellOut(levels_.back());
-        append(owner, offset_, children);
+    void beginNode() {
+        if (cursor_.opcode() == kFltSwitch) checkSwitch();
+        ++level().children;
+        const std::uint32_t node = addNode(level().owner);
+        level().current = node;
+    }
+
+    std::uint32_t addNode(std::uint32_t parent) {
+        OutlineNode node;
+        node.kind = cursor_.opcode();
+        node.parent = parent;
+        node.record = cursor_.offset();
+        makeRoom(outline_.nodes, nodesBefore_);
+        outline_.nodes.push_back(node);
+        return static_cast<std::uint32_t>(outline_.nodes.size() - 1);
+    }
+
+    /// A switch says how many mask words it has; it must have them.
+    void checkSwitch() const {
+        const FltSwitch::StatedMasks stated = FltSwitch::statedMasks(cursor_.record().bytes());
+        if (stated.arePresent()) return;
+        refuseFile(cursor_.offset(), "a switch of " + std::to_string(stated.masks) + " masks of " +
+                                         std::to_string(stated.wordsPerMask) +
+                                         " words, of which the record has " +
+                                         std::to_string(stated.wordsPresent));
+    }
+
+    void addLongId() {
+        OutlineNode& node = outline_.nodes[level().current];
+        ++outline_.longIds;
+        if (node.longId == 0) node.longId = cursor_.offset();
+    }
+
+    void addPiece(std::uint32_t owner, std::uint32_t children) {
+        if (outline_.nodes[owner].isPlain) listPiecesOfPlain(owner);
+        append(owner, cursor_.offset(), children);
     }
 
     /// Puts what a plain node has into its chain.
-    void spellOut(std::uint32_t owner) {
+    void listPiecesOfPlain(std::uint32_t owner) {
         OutlineNode& node = outline_.nodes[owner];
-        node.plain = false;
+        node.isPlain = false;
         append(owner, behind(node.record), 0);
         append(owner, node.list, 0);
         append(owner, behind(node.list), 0);
     }
 
-    void spellOut(Level& level) {
-        level.deferred = false;
-        append(level.owner, level.offset, 0);
-        const std::uint32_t list = outline_.nodes[level.owner].list;
-        if (list != 0 && list != offset_) append(level.owner, list, 0);
-    }
-
     std::uint32_t behind(std::uint32_t record) const {
-        return record + uint16At(bytes_, record + 2);
+        return static_cast<std::uint32_t>(outline_.recordAt(record).end());
     }
 
     void append(std::uint32_t owner, std::uint32_t record, std::uint32_t children) {
@@ -302,151 +276,127 @@ private:
         node.lastPiece = index;
     }
 
-    /// Makes room for one more, and when there is none left, for as many as the whole file has if
-    /// it goes on as it does since its vertex palette, before which the list had `before` entries.
-    template <typename T>
-    void makeRoom(std::vector<T>& list, std::size_t before) const {
-        if (list.size() < list.capacity()) return;
-        // Not 0: what asks for room is a record of its own, and stands behind the palette.
-        const std::size_t passed = end() - outline_.vertexPaletteEnd;
-        const double expected = 1.01 * static_cast<double>(list.size() - before) *
-                                (static_cast<double>(left(end())) / static_cast<double>(passed));
-        list.reserve(list.size() + std::max(list.size(), static_cast<std::size_t>(expected)) + 1);
-    }
-
-    std::uint32_t addNode(std::uint16_t kind, std::uint32_t parent) {
-        OutlineNode node;
-        node.kind = kind;
-        node.parent = parent;
-        node.record = offset_;
-        makeRoom(outline_.nodes, nodesBefore_);
-        outline_.nodes.push_back(node);
-        return static_cast<std::uint32_t>(outline_.nodes.size() - 1);
-    }
-
-    void beginNode() {
-        Level& level = levels_.back();
-        if (opcode_ == kFltSwitch) checkSwitch();
-        ++level.children;
-        level.current = addNode(opcode_, level.owner);
-    }
-
-    /// A switch says how many mask words it has; it must have them.
-    void checkSwitch() {
-        constexpr std::uint32_t kWords = 28;
-        if (length_ < kWords) return;
-        const auto masks = static_cast<std::int32_t>(uint32At(bytes_, offset_ + 20));
-        const auto words = static_cast<std::int32_t>(uint32At(bytes_, offset_ + 24));
-        const std::int64_t room = (length_ - kWords) / 4;
-        if (masks < 0 || words < 0 || std::int64_t{masks} * words > room) {
-            fail(offset_, "a switch of " + std::to_string(masks) + " masks of " +
-                              std::to_string(words) + " words, of which the record has " +
-                              std::to_string(room));
-        }
-    }
+    // ------------------------------------------------------------ levels
 
     void push() {
-        if (levels_.size() > kDeepestLevel) {
-            fail(offset_, "levels nest deeper than " + std::to_string(kDeepestLevel));
+        if (levels_.depth() >= kDeepestLevel) {
+            refuseFile(cursor_.offset(),
+                       "levels nest deeper than " + std::to_string(kDeepestLevel));
         }
-        const Level& outer = levels_.back();
-        const std::uint32_t owner = outer.opaque ? outer.owner : outer.current;
-        const bool opaque = outer.opaque || beginsOpaque(opcode_);
-        const bool deferred = mayBePlain(owner);
-        if (!deferred) addPiece(owner, opaque ? kNone : 0);
-        levels_.push_back({fltClosingOpcode(opcode_), opaque, offset_, owner, owner, 0, deferred});
+        const std::uint32_t owner = levels_.isOpaque() ? level().owner : level().current;
+        if (passPlainLevel(owner)) return;
+        levels_.meet(cursor_.opcode(), {cursor_.offset(), owner, owner, 0});
+        addPiece(owner, levels_.isOpaque() ? kNone : 0);
     }
 
-    bool mayBePlain(std::uint32_t owner) const {
+    /// Nearly all levels are that of a polygon and hold one vertex list and nothing else: passes
+    /// such a level at once when it begins here, right behind the node's record, and is all that
+    /// the node has so far.
+    bool passPlainLevel(std::uint32_t owner) {
         const OutlineNode& node = outline_.nodes[owner];
-        return opcode_ == kFltPushLevel && holdsPoints(node) && node.firstPiece == kNone &&
-               !node.plain && offset_ == behind(node.record);
-    }
-
-    static bool holdsPoints(const OutlineNode& node) {
-        return node.kind == kFltFace || isLightPoint(node.kind);
-    }
-
-    /// Whether the level that ends here makes its owner a plain node.
-    bool makesPlain(const Level& level) const {
-        const OutlineNode& node = outline_.nodes[level.owner];
-        return level.deferred && level.children == 0 && node.list == behind(level.offset) &&
-               node.cornerCount != 0 && uint16At(bytes_, node.list) == kFltVertexList &&
-               offset_ == behind(node.list);
+        if (!holdsPoints(node.kind) || node.firstPiece != kNone || node.isPlain) return false;
+        if (cursor_.opcode() != kFltPushLevel || cursor_.offset() != behind(node.record))
+            return false;
+        const FltRecordView list = cursor_.after(cursor_.record());
+        if (list.empty() || list.opcode() != kFltVertexList) return false;
+        if (FltVertexOffsets(list.body()).size() == 0) return false;
+        const FltRecordView pop = cursor_.after(list);
+        if (pop.empty() || pop.opcode() != kFltPopLevel) return false;
+        cursor_.moveTo(list);
+        beginCorners(owner);
+        cursor_.moveTo(pop);
+        outline_.nodes[owner].isPlain = true;
+        return true;
     }
 
     void pop() {
-        if (levels_.size() == 1) {
-            fail(offset_, std::string(fltOpcodeName(opcode_)) + " without a level to close");
+        using Levels = decltype(levels_);
+        const std::uint16_t opcode = cursor_.opcode();
+        if (levels_.meet(opcode) == Levels::Step::unmatched) {
+            const std::string name = fltOpcodeName(opcode);
+            if (levels_.depth() == 0)
+                refuseFile(cursor_.offset(), name + " without a level to close");
+            refuseFile(cursor_.offset(), name + " where the level opened at " +
+                                             std::to_string(level().offset) +
+                                             " is of another sort");
         }
-        const Level level = levels_.back();
-        if (opcode_ != level.closer) {
-            fail(offset_, std::string(fltOpcodeName(opcode_)) + " where the level opened at " +
-                              std::to_string(level.offset) + " is of another sort");
-        }
-        const bool plain = makesPlain(level);
-        if (!plain && level.deferred) spellOut(levels_.back());
-        levels_.pop_back();
-        outline_.nodes[level.owner].plain = outline_.nodes[level.owner].plain || plain;
-        if (!plain) addPiece(level.owner, level.opaque ? kNone : level.children);
+        const Levels::Open& left = levels_.left();
+        addPiece(left.level.owner, left.isOpaque ? kNone : left.level.children);
     }
 
-    void addLongId() {
-        OutlineNode& node = outline_.nodes[levels_.back().current];
-        ++outline_.longIds;
-        if (node.longId == 0) node.longId = offset_;
-    }
+    // ------------------------------------------------------------ corners
 
     /// Faces and light points have one vertex list each, in the first level below them; a second
     /// one has no meaning.
-    void beginCorners() {
-        ownList_ = false;
-        const Level& level = levels_.back();
-        if (levels_.size() == 1 || level.current != level.owner) return;
-        OutlineNode& node = outline_.nodes[level.owner];
-        if (!holdsPoints(node) || node.list != 0) return;
-        node.list = offset_;
+    void beginList() {
+        inOwnList_ = false;
+        const Level& here = level();
+        if (levels_.depth() == 0 || here.current != here.owner) return;
+        const OutlineNode& node = outline_.nodes[here.owner];
+        if (holdsPoints(node.kind) && node.list == 0) beginCorners(here.owner);
+    }
+
+    void beginCorners(std::uint32_t owner) {
+        OutlineNode& node = outline_.nodes[owner];
+        node.list = cursor_.offset();
         node.firstCorner = static_cast<std::uint32_t>(outline_.corners.size());
-        listOwner_ = level.owner;
-        ownList_ = true;
-        // A morphing list gives two vertices per corner, the undisturbed one first.
-        cornerStride_ = opcode_ == kFltMorphVertexList ? 8 : 4;
+        listOwner_ = owner;
+        inOwnList_ = true;
+        // A morphing list has two vertices for each corner, the undisturbed one first.
+        offsetsPerCorner_ = FltVertexOffsets::perCorner(cursor_.opcode());
         addCorners();
     }
 
     void addCorners() {
-        const std::uint32_t end = offset_ + length_;
-        for (std::uint32_t i = offset_ + kRecordHeader; i + 4 <= end; i += cornerStride_) {
+        const FltVertexOffsets offsets(cursor_.record().body());
+        for (std::size_t i = 0; i < offsets.size(); i += offsetsPerCorner_) {
             makeRoom(outline_.corners, cornersBefore_);
-            outline_.corners.push_back(vertexAt(uint32At(bytes_, i)));
+            outline_.corners.push_back(vertexAt(offsets[i]));
         }
         OutlineNode& node = outline_.nodes[listOwner_];
         node.cornerCount = static_cast<std::uint32_t>(outline_.corners.size()) - node.firstCorner;
     }
 
     /// The file offset of the vertex at an offset from the start of the vertex palette.
-    std::uint32_t vertexAt(std::uint32_t paletteOffset) {
+    std::uint32_t vertexAt(std::uint32_t paletteOffset) const {
         const std::uint64_t vertex = std::uint64_t{outline_.vertexPalette} + paletteOffset;
-        if (isVertexAt(bytes_, outline_, vertex)) return static_cast<std::uint32_t>(vertex);
-        fail(offset_, "a vertex list with the palette offset " + std::to_string(paletteOffset) +
-                          ", where there is no vertex");
+        if (outline_.isVertexAt(vertex)) return static_cast<std::uint32_t>(vertex);
+        refuseFile(cursor_.offset(), "a vertex list with the palette offset " +
+                                         std::to_string(paletteOffset) +
+                                         ", where there is no vertex");
     }
 
-    FileBytes bytes_;
+    /// Makes room for one more, and when there is none left, for as many as the whole file has if
+    /// it goes on as it does since its vertex palette, before which the list had `before` entries.
+    template <typename T>
+    void makeRoom(std::vector<T>& list, std::size_t before) const {
+        if (list.size() < list.capacity()) return;
+        // Not 0: what asks for room is a record of its own, and stands behind the palette.
+        const std::size_t passed = cursor_.end() - outline_.vertexPaletteEnd;
+        const double expected = 1.01 * static_cast<double>(list.size() - before) *
+                                (static_cast<double>(cursor_.left()) / static_cast<double>(passed));
+        list.reserve(list.size() + std::max(list.size(), static_cast<std::size_t>(expected)) + 1);
+    }
+
     Outline outline_;
-    std::vector<Level> levels_;
-    std::uint32_t offset_ = 0;
-    std::uint16_t opcode_ = 0;
-    std::uint16_t length_ = 0;
+    FileCursor cursor_;
+    FltLevelWalk<Level> levels_;
+    Level file_;
     std::size_t nodesBefore_ = 0;  ///< nodes that stand before the vertex palette
     std::size_t cornersBefore_ = 0;
     std::uint32_t listOwner_ = kNone;
-    std::uint32_t cornerStride_ = 4;
-    bool ownList_ = false;  ///< whether the record before, not counting continuations, was the
-                            ///< vertex list of `listOwner_`
+    std::size_t offsetsPerCorner_ = 1;
+    bool inOwnList_ = false;  ///< whether the record before, not counting continuations, was the
+                              ///< vertex list of `listOwner_`
 };
 
 }  // namespace
+
+bool Outline::isVertexAt(std::uint64_t offset) const noexcept {
+    if (vertexPalette == 0) return false;
+    const FltRecordView vertex = FltRecordView::at(bytes.first(vertexPaletteEnd), offset);
+    return vertex.length() >= FltVertexView::kShortest && FltVertex::isVertex(vertex.opcode());
+}
 
 Outline readOutline(FileBytes bytes) {
     return OutlineReader(bytes).read();

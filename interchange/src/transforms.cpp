@@ -3,6 +3,7 @@
 #include "bytes.h"
 
 #include <quillon/fltopcode.h>
+#include <quillon/flttransform.h>
 
 #include <cmath>
 #include <numbers>
@@ -11,22 +12,16 @@ namespace interchange {
 
 namespace {
 
-// Every record but the matrices has 4 reserved bytes before its numbers.
-constexpr std::size_t kFirst = 8;
-constexpr std::size_t kPoint = 24;
-
-Point3 pointAt(FileBytes record, std::size_t offset) {
-    return {float64At(record, offset), float64At(record, offset + 8),
-            float64At(record, offset + 16)};
+Point3 pointOf(const FltPoint3d& point) {
+    return {point.x, point.y, point.z};
 }
 
-Point3 vectorAt(FileBytes record, std::size_t offset) {
-    return {float32At(record, offset), float32At(record, offset + 4),
-            float32At(record, offset + 8)};
+Point3 pointOf(const FltPoint3f& point) {
+    return {point.x, point.y, point.z};
 }
 
-double radiansAt(FileBytes record, std::size_t offset) {
-    return double{float32At(record, offset)} * std::numbers::pi / 180;
+double radians(float degrees) {
+    return double{degrees} * std::numbers::pi / 180;
 }
 
 /// `inner`, as seen from `center` instead of from the origin.
@@ -40,32 +35,31 @@ Matrix3 rotation(const Point3& axis, double angle) {
 }
 
 /// The affine part of a matrix, which is for row vectors as the host's matrices are.
-Matrix3 matrixOf(FileBytes record) {
+template <typename Record>
+Matrix3 matrixOf(const Record& record) {
     Matrix3 matrix;
     for (int row = 0; row < 4; ++row) {
-        matrix.SetRow(row, vectorAt(record, 4 + static_cast<std::size_t>(row) * 16));
+        const auto& [x, y, z, w] = record.rows[row];
+        matrix.SetRow(row, {x, y, z});
     }
     return matrix;
 }
 
-Matrix3 rotationAboutEdge(FileBytes record) {
-    const Point3 from = pointAt(record, kFirst);
-    const Point3 to = pointAt(record, kFirst + kPoint);
-    return about(from, rotation(to - from, radiansAt(record, kFirst + 2 * kPoint)));
+Matrix3 rotationAboutEdge(const FltRotateAboutEdge& record) {
+    const Point3 from = pointOf(record.from);
+    return about(from, rotation(pointOf(record.to) - from, radians(record.angle)));
 }
 
-Matrix3 translation(FileBytes record) {
-    return TransMatrix(pointAt(record, kFirst + kPoint));
+Matrix3 translation(const FltTranslate& record) {
+    return TransMatrix(pointOf(record.delta));
 }
 
-Matrix3 scaling(FileBytes record) {
-    return about(pointAt(record, kFirst), ScaleMatrix(vectorAt(record, kFirst + kPoint)));
+Matrix3 scaling(const FltScale& record) {
+    return about(pointOf(record.center), ScaleMatrix(pointOf(record.factors)));
 }
 
-Matrix3 rotationAboutPoint(FileBytes record) {
-    const std::size_t axis = kFirst + kPoint;
-    return about(pointAt(record, kFirst),
-                 rotation(vectorAt(record, axis), radiansAt(record, axis + 12)));
+Matrix3 rotationAboutPoint(const FltRotateAboutPoint& record) {
+    return about(pointOf(record.center), rotation(pointOf(record.axis), radians(record.angle)));
 }
 
 /// Stretches by `factor` along a direction of unit length.
@@ -78,16 +72,14 @@ Matrix3 stretch(const Point3& direction, double factor) {
 
 /// Scales about a centre, altogether and along the line to a reference point, and turns that line
 /// towards another point.
-Matrix3 rotationAndScaleToPoint(FileBytes record) {
-    const Point3 center = pointAt(record, kFirst);
-    const Point3 reference = pointAt(record, kFirst + kPoint) - center;
-    const Point3 target = pointAt(record, kFirst + 2 * kPoint) - center;
-    const std::size_t factors = kFirst + 3 * kPoint;
-    const double overall = float32At(record, factors);
-    const Matrix3 scale = stretch(Normalize(reference), float32At(record, factors + 4)) *
+Matrix3 rotationAndScaleToPoint(const FltRotateScaleToPoint& record) {
+    const Point3 center = pointOf(record.center);
+    const Point3 reference = pointOf(record.reference) - center;
+    const Point3 target = pointOf(record.target) - center;
+    const double overall = record.overallScale;
+    const Matrix3 scale = stretch(Normalize(reference), record.scaleAlongLine) *
                           ScaleMatrix({overall, overall, overall});
-    return about(center,
-                 scale * rotation(CrossProd(reference, target), radiansAt(record, factors + 8)));
+    return about(center, scale * rotation(CrossProd(reference, target), radians(record.angle)));
 }
 
 /// The frame of an origin, a point on its x axis and a point on the side of its y axis.
@@ -98,28 +90,40 @@ Matrix3 frame(const Point3& origin, const Point3& align, const Point3& track) {
 }
 
 /// Moves three points onto three others, without a change of size.
-Matrix3 put(FileBytes record) {
-    const auto point = [&](std::size_t index) { return pointAt(record, kFirst + index * kPoint); };
-    const Matrix3 from = frame(point(0), point(1), point(2));
-    const Matrix3 to = frame(point(3), point(4), point(5));
+Matrix3 put(const FltPut& record) {
+    const Matrix3 from =
+        frame(pointOf(record.fromOrigin), pointOf(record.fromAlign), pointOf(record.fromTrack));
+    const Matrix3 to =
+        frame(pointOf(record.toOrigin), pointOf(record.toAlign), pointOf(record.toTrack));
     return IsInvertible(from) && IsInvertible(to) ? Inverse(from) * to : Matrix3();
+}
+
+/// The transform of a record; none when it ends before its last field.
+template <typename Record, auto lastField, auto transformOf>
+std::optional<Matrix3> read(const FltRecordView& bytes) {
+    Record record;
+    if (bytes.length() < record.lengthThrough(&(record.*lastField))) return std::nullopt;
+    record.readBytes(bytes.bytes(), 0);
+    return transformOf(record);
 }
 
 struct Transform {
     std::uint16_t opcode;
-    std::size_t length;  ///< of the shortest record that says all
-    Matrix3 (*read)(FileBytes record);
+    std::optional<Matrix3> (*read)(const FltRecordView& record);
 };
 
 constexpr Transform kTransforms[] = {
-    {kFltMatrix, 68, matrixOf},
-    {kFltRotateAboutEdge, 60, rotationAboutEdge},
-    {kFltTranslate, 56, translation},
-    {kFltScale, 44, scaling},
-    {kFltRotateAboutPoint, 48, rotationAboutPoint},
-    {kFltRotateScaleAboutPoint, 92, rotationAndScaleToPoint},
-    {kFltPut, 152, put},
-    {kFltGeneralMatrix, 68, matrixOf},
+    {kFltMatrix, read<FltMatrix, &FltMatrix::rows, matrixOf<FltMatrix>>},
+    {kFltRotateAboutEdge, read<FltRotateAboutEdge, &FltRotateAboutEdge::angle, rotationAboutEdge>},
+    {kFltTranslate, read<FltTranslate, &FltTranslate::delta, translation>},
+    {kFltScale, read<FltScale, &FltScale::factors, scaling>},
+    {kFltRotateAboutPoint,
+     read<FltRotateAboutPoint, &FltRotateAboutPoint::angle, rotationAboutPoint>},
+    {kFltRotateScaleAboutPoint,
+     read<FltRotateScaleToPoint, &FltRotateScaleToPoint::angle, rotationAndScaleToPoint>},
+    {kFltPut, read<FltPut, &FltPut::toTrack, put>},
+    {kFltGeneralMatrix,
+     read<FltGeneralMatrix, &FltGeneralMatrix::rows, matrixOf<FltGeneralMatrix>>},
 };
 
 const Transform* transformOf(std::uint16_t opcode) noexcept {
@@ -144,13 +148,13 @@ bool isTransform(std::uint16_t opcode) noexcept {
     return transformOf(opcode) != nullptr;
 }
 
-void TransformReader::take(FileBytes record) {
-    const Transform* const transform = transformOf(uint16At(record, 0));
-    if (transform == nullptr || record.size() < transform->length) return;
-    const Matrix3 step = transform->read(record);
-    if (!isFinite(step)) return;
+void TransformReader::take(const FltRecordView& record) {
+    const Transform* const transform = transformOf(record.opcode());
+    if (transform == nullptr) return;
+    const std::optional<Matrix3> step = transform->read(record);
+    if (!step || !isFinite(*step)) return;
     if (transform->opcode != kFltMatrix) {
-        const Matrix3 product = steps_ * step;
+        const Matrix3 product = steps_ * *step;
         if (isFinite(product)) steps_ = product;
     } else if (!matrix_) {
         matrix_ = step;
@@ -160,7 +164,7 @@ void TransformReader::take(FileBytes record) {
 Matrix3 keptPlace(const Kept& kept) {
     TransformReader transforms;
     forEachPiece(kept.pieces, [&](const RecordWalk& walk, bool opaque) {
-        if (!opaque) transforms.take(walk.record());
+        if (!opaque) transforms.take(FltRecordView::at(walk.record(), 0));
     });
     return transforms.result();
 }
@@ -177,6 +181,10 @@ Matrix3 TransformReader::result() const noexcept {
 }
 
 namespace {
+
+// Every record but the matrices has 4 reserved bytes before its numbers.
+constexpr std::size_t kFirst = 8;
+constexpr std::size_t kPoint = 24;
 
 void beginRecord(std::uint16_t opcode, std::size_t length, std::vector<std::uint8_t>& bytes) {
     const std::size_t start = bytes.size();

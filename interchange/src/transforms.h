@@ -4,6 +4,7 @@
 #include "kept.h"
 
 #include <kiln/geometry.h>
+#include <quillon/fltrecordrange.h>
 
 #include <optional>
 #include <vector>
@@ -22,7 +23,7 @@ class TransformReader {
 public:
     /// Takes a record of any opcode; those that are no transforms, too short, or with numbers that
     /// are not finite change nothing.
-    void take(FileBytes record);
+    void take(const FltRecordView& record);
     /// The placement; the identity when nothing was said.
     Matrix3 result() const noexcept;
 

@@ -5,7 +5,7 @@
 #include "kept.h"
 
 #include <kiln/mesh.h>
-#include <quillon/fltopcode.h>
+#include <quillon/fltvertex.h>
 
 #include <algorithm>
 #include <cstring>
@@ -49,7 +49,7 @@ std::size_t ownTail(std::uint16_t opcode, const COLORREF* color, std::uint8_t (&
     std::ranges::fill(tail, std::uint8_t{0});
     put16(tail, opcode);
     put16(tail + 2, static_cast<std::uint16_t>(length));
-    put16(tail + 6, color != nullptr ? kVertexPackedColor : kVertexNoColor);
+    put16(tail + 6, std::uint16_t{color != nullptr ? kFltVertexPackedColor : kFltVertexNoColor});
     put32(tail + 8, color != nullptr ? packedColorOf(*color) : 0xFFFFFFFF);
     put32(tail + 12, 0xFFFFFFFF);
     return entrySize(opcode, length);
@@ -145,7 +145,7 @@ bool VertexTails::fits(const Mesh& mesh) const noexcept {
 }
 
 FileBytes VertexTails::vertex(const Mesh& mesh, std::uint32_t index, const Point3f* texture,
-                              const Point3f* normal, FileBytes colorPalette) {
+                              const Point3f* normal, const FltColorPalette& colorPalette) {
     const auto at = static_cast<int>(index);
     if (!mesh.normals.IsEmpty()) normal = mesh.normals.Addr(at);
     const COLORREF* const color = mesh.colors.IsEmpty() ? nullptr : mesh.colors.Addr(at);
@@ -177,7 +177,8 @@ FileBytes VertexTails::vertex(const Mesh& mesh, std::uint32_t index, const Point
         putFloat32(bytes + vertexTexture(opcode) + 4, texture->y);
     }
     record_.resize(uint16At(entry, 2));
-    if (color != nullptr && vertexColor(record_, colorPalette).value_or(kVertexWhite) != *color) {
+    if (color != nullptr &&
+        vertexColor(FltVertexView(record_), colorPalette).value_or(kVertexWhite) != *color) {
         setVertexColor(record_, *color);
     }
     return record_;

@@ -10,6 +10,7 @@
 #include <span>
 #include <vector>
 
+class FltColorPalette;
 struct Mesh;
 
 namespace interchange {
@@ -29,31 +30,6 @@ inline constexpr std::size_t kVertexNormalSize = 12;
 inline constexpr std::size_t kVertexTextureSize = 8;
 inline std::size_t vertexTexture(std::uint16_t opcode) noexcept {
     return isWithNormal(opcode) ? kVertexNormal + kVertexNormalSize : kVertexNormal;
-}
-
-/// Whether a vertex record is of a kind with a normal, or with texture coordinates, and long enough
-/// to have them.
-inline bool hasNormal(FileBytes vertex) noexcept {
-    return isWithNormal(uint16At(vertex, 0)) && vertex.size() >= kVertexNormal + kVertexNormalSize;
-}
-inline bool hasTexture(FileBytes vertex) noexcept {
-    const std::uint16_t opcode = uint16At(vertex, 0);
-    return isWithTexture(opcode) && vertex.size() >= vertexTexture(opcode) + kVertexTextureSize;
-}
-
-/// What a vertex record holds. It must have its position.
-inline Point3 positionOf(FileBytes vertex) noexcept {
-    return {float64At(vertex, kVertexPosition), float64At(vertex, kVertexPosition + 8),
-            float64At(vertex, kVertexPosition + 16)};
-}
-inline Point3f normalOf(FileBytes vertex) noexcept {
-    return {float32At(vertex, kVertexNormal), float32At(vertex, kVertexNormal + 4),
-            float32At(vertex, kVertexNormal + 8)};
-}
-/// u and v; w is 0.
-inline Point3f textureOf(FileBytes vertex) noexcept {
-    const std::size_t place = vertexTexture(uint16At(vertex, 0));
-    return {float32At(vertex, place), float32At(vertex, place + 4), 0};
 }
 
 /// What a vertex without a colour has in a mesh with colours.
@@ -89,10 +65,10 @@ public:
 
     /// Puts the record of the mesh's vertex `index`, with its texture coordinates `texture`
     /// (null for none), together. Where the mesh has no normals and nothing was kept, it gets
-    /// `normal` (null for none). Colour indices are those of `colorPalette`, a record or empty;
+    /// `normal` (null for none). Colour indices are those of `colorPalette`;
     /// a vertex whose colour in the mesh is another gets that one. Valid until the next call.
     FileBytes vertex(const Mesh& mesh, std::uint32_t index, const Point3f* texture,
-                     const Point3f* normal, FileBytes colorPalette);
+                     const Point3f* normal, const FltColorPalette& colorPalette);
 
 private:
     void clear() noexcept;

@@ -19,17 +19,16 @@ namespace interchange {
 /// lights, all others dummies. Tells `report` how far it is, and at the end either a summary of
 /// what was read or the reason why it could not be. After success Aviary knows the file's name.
 ///
-/// Gives IMPEXP_SUCCESS, IMPEXP_FAIL or IMPEXP_CANCEL; after the last two the scene is as it was.
-/// Nothing leaves by exception.
+/// Returns IMPEXP_SUCCESS, IMPEXP_FAIL or IMPEXP_CANCEL; after the last two the scene is as it was.
 int importFile(const char* path, ImpExpReport& report, Interface& host) noexcept;
 
-/// Builds the nodes of `outline`, which was read from `bytes`, and gives the one that stands for
-/// the database. It is named after its long identifier, its ID, or `fileName` (UTF-8) without
+/// Builds the nodes of `outline`, whose bytes must still be there, and returns the one that stands
+/// for the database. It is named after its long identifier, its ID, or `fileName` (UTF-8) without
 /// its extension where the file says nothing or only "db", and remembers that name of its file.
-/// Nothing is left behind when it throws: `FltFileError` for a record that cannot be kept,
+/// No node stays behind when it throws: `FltFileError` for a record that cannot be kept,
 /// `Cancelled`, `std::bad_alloc`.
-INode* buildScene(FileBytes bytes, const Outline& outline, const std::string& fileName,
-                  ImpExpReport& report, Interface& host);
+INode* buildScene(const Outline& outline, const std::string& fileName, ImpExpReport& report,
+                  Interface& host);
 
 /// Thrown when the user has cancelled.
 struct Cancelled {};

@@ -4,11 +4,12 @@
 #include <fltkilnutil/fltdefinitions.h>
 #include <kiln/nodelook.h>
 #include <quillon/fltface.h>
+#include <quillon/fltmesh.h>
+#include <quillon/fltrecordrange.h>
 
 #include <cstdint>
 #include <map>
 #include <string>
-#include <vector>
 
 namespace interchange {
 
@@ -48,15 +49,18 @@ private:
 
     const Family& familyOf(INode& node);
     Database& databaseOf(INode& header);
-    bool readFace(INode& node);
-    void describe(INode& node, const Family& family, NodeLook& look) const;
-    const char* pictureOf(INode& node, const Database* database) const;
+    static void addMaterial(const FltRecordView& record, Database& database);
+    static void addTexture(const FltRecordView& record, Database& database);
+    bool readMesh(INode& node);
+    template <typename Record>
+    void describe(const Record& record, INode& node, NodeLook& look);
+    static const char* pictureOf(INode& node, std::int32_t textureIndex, const Database* database);
 
     std::map<INode*, Database> databases_;
     FltDefinitions definitions_;
     Family family_;  ///< of the node asked for last
     FltFace face_;
-    std::vector<std::uint8_t> record_;
+    FltMesh mesh_;
 };
 
 }  // namespace interchange

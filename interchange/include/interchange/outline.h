@@ -6,9 +6,11 @@
 #pragma once
 
 #include <quillon/fltbyteorder.h>
+#include <quillon/fltrecordrange.h>
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <span>
 #include <vector>
 
@@ -16,6 +18,8 @@ namespace interchange {
 
 /// The bytes of a whole file, owned by someone else.
 using FileBytes = std::span<const std::uint8_t>;
+
+class PieceRange;
 
 /// "No node", "no comment" and the like in the index members below.
 inline constexpr std::uint32_t kNone = 0xFFFFFFFF;
@@ -26,7 +30,7 @@ struct OutlineNode {
     std::uint16_t kind = 0;  ///< opcode of the node's record
     /// Whether its only pieces are a level with its vertex list, which then go without a chain:
     /// record, push, list and pop stand one behind the other.
-    bool plain = false;
+    bool isPlain = false;
     std::uint32_t parent = kNone;      ///< index of the parent, which comes first; header: kNone
     std::uint32_t record = 0;          ///< the node's record
     std::uint32_t longId = 0;          ///< its long identifier
@@ -51,6 +55,7 @@ struct OutlinePiece {
 
 /// What a file holds. Every offset in it names a record that lies completely within the file.
 struct Outline {
+    FileBytes bytes;                      ///< of the file
     std::uint32_t revision = 0;           ///< format revision x 100, from the header
     std::vector<OutlineNode> nodes;       ///< in file order, the header first
     std::vector<OutlinePiece> pieces;     ///< in file order
@@ -62,16 +67,65 @@ struct Outline {
     std::uint32_t vertexPaletteEnd = 0;   ///< offset behind its last vertex
 
     std::uint32_t longIds = 0;         ///< long identifiers read
-    std::uint32_t unknownRecords = 0;  ///< records of opcodes that nobody here knows
+    std::uint32_t unknownRecords = 0;  ///< records of opcodes that no published revision knows
     std::uint32_t strayBytes = 0;      ///< behind the last record, too few for another; left out
+
+    FltRecordView recordAt(std::uint32_t offset) const noexcept {
+        return FltRecordView::at(bytes, offset);
+    }
+    std::span<const std::uint32_t> cornersOf(const OutlineNode& node) const noexcept {
+        return std::span(corners).subspan(node.firstCorner, node.cornerCount);
+    }
+    /// Whether a vertex list may name what stands at that offset: a whole vertex record of the
+    /// vertex palette, or one that has at least its position.
+    bool isVertexAt(std::uint64_t offset) const noexcept;
+    inline PieceRange piecesOf(const OutlineNode& node) const noexcept;
 };
+
+/// The pieces of a node.
+///
+///     for (const OutlinePiece& piece : outline.piecesOf(node)) ...
+class PieceRange {
+public:
+    class Iterator {
+    public:
+        Iterator(const Outline& outline, std::uint32_t index) noexcept
+            : outline_(&outline), index_(index) {}
+
+        const OutlinePiece& operator*() const noexcept { return outline_->pieces[index_]; }
+        const OutlinePiece* operator->() const noexcept { return &**this; }
+        Iterator& operator++() noexcept {
+            index_ = (*this)->next;
+            return *this;
+        }
+        friend bool operator==(const Iterator& a, std::default_sentinel_t) noexcept {
+            return a.index_ == kNone;
+        }
+
+    private:
+        const Outline* outline_;
+        std::uint32_t index_;
+    };
+
+    PieceRange(const Outline& outline, std::uint32_t first) noexcept : begin_(outline, first) {}
+
+    Iterator begin() const noexcept { return begin_; }
+    std::default_sentinel_t end() const noexcept { return {}; }
+
+private:
+    Iterator begin_;
+};
+
+inline PieceRange Outline::piecesOf(const OutlineNode& node) const noexcept {
+    return {*this, node.firstPiece};
+}
 
 /// Levels of push records may nest this deep; deeper files are refused. Far beyond real content,
 /// and shallow enough for every program that later walks the scene by recursion.
 inline constexpr std::size_t kDeepestLevel = 512;
 
-/// Reads the outline of the file in `bytes`, in linear time. The outline refers to the bytes by
-/// offset only, so it owns nothing of them.
+/// Reads the outline of the file in `bytes`, in linear time. The outline refers to the bytes and
+/// owns nothing of them.
 ///
 /// The length of every record is taken from the file. Records between a push and pop of extension
 /// or attribute levels are no nodes, but pieces of the node that they follow. Up to three stray
@@ -79,10 +133,6 @@ inline constexpr std::size_t kDeepestLevel = 512;
 /// for a file that is empty, cut short, older than the format, nested wrongly or too deeply, or
 /// that contradicts itself.
 Outline readOutline(FileBytes bytes);
-
-/// Whether a vertex list may name offset `vertex`: a whole vertex record of the vertex palette
-/// stands there, or one that has at least its position.
-bool isVertexAt(FileBytes bytes, const Outline& outline, std::uint64_t vertex) noexcept;
 
 /// A big-endian number of the file. The bytes must be there.
 inline std::uint16_t uint16At(FileBytes bytes, std::size_t offset) noexcept {

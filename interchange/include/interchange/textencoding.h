@@ -19,4 +19,9 @@ namespace interchange {
 /// as Latin-1, so that any bytes at all give readable text of some kind.
 std::string textOf(std::span<const std::uint8_t> field);
 
+/// The text in a field of a record.
+inline std::string textOf(std::span<const char> field) {
+    return textOf(std::span(reinterpret_cast<const std::uint8_t*>(field.data()), field.size()));
+}
+
 }  // namespace interchange

@@ -37,6 +37,12 @@ public:
     std::vector<FltMorphCorner> corners;
 };
 
+/// Whether a node of `opcode` is a string of light points: a vertex list without a polygon. The two
+/// kinds differ in where they say how the points shine, in their record or in palettes.
+constexpr bool fltIsLightPoint(std::uint16_t opcode) noexcept {
+    return opcode == kFltLightPoint || opcode == kFltIndexedLightPoint;
+}
+
 /// The palette offsets in the body of a vertex list, of a morph vertex list, which has two for each
 /// corner, or of what continues one: as the classes above hold them, read where they stand.
 class FltVertexOffsets {

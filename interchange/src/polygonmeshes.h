@@ -1,0 +1,57 @@
+// The meshes of faces and light points.
+#pragma once
+
+#include <interchange/outline.h>
+
+#include <kiln/mesh.h>
+#include <kiln/triangulator.h>
+#include <quillon/fltcolorpalette.h>
+#include <quillon/fltvertexview.h>
+
+#include <span>
+#include <vector>
+
+namespace interchange {
+
+/// Builds meshes of the vertices that faces and light points list. One object serves many nodes.
+class PolygonMeshes {
+public:
+    /// Colour indices are those of `colors`.
+    PolygonMeshes(const Outline& outline, const FltColorPalette& colors)
+        : outline_(outline), colors_(colors) {}
+
+    /// Makes the polygon of a face, cut into triangles, into `mesh`, which is empty. A polygon
+    /// without area has no triangles, and then no vertices either: nothing could show them.
+    void makePolygon(const OutlineNode& face, Mesh& mesh);
+    /// Makes the points of light points into `mesh`, which is empty: vertices with their colours
+    /// and without triangles. Points that are nowhere are left out.
+    void makePoints(const OutlineNode& points, Mesh& mesh);
+
+    /// The vertex records of the mesh made last, or one that stands for all where they are alike.
+    std::span<const FileBytes> vertices() const noexcept {
+        return std::span(vertices_).first(areAlike_ && !vertices_.empty() ? 1 : vertices_.size());
+    }
+
+private:
+    /// What at least one vertex of a mesh has beside its position.
+    struct Features {
+        bool normals = false;
+        bool textures = false;
+        bool colors = false;
+    };
+
+    void takeVertices(const OutlineNode& node);
+    Features features() const;
+    void addVertices(Mesh& mesh, const Features& features) const;
+    template <typename T, typename Part>
+    void addToAll(Tab<T>& list, Part&& part) const;
+    void cutIntoTriangles(Mesh& mesh);
+
+    const Outline& outline_;
+    const FltColorPalette& colors_;
+    std::vector<FileBytes> vertices_;
+    bool areAlike_ = false;
+    Triangulator triangulator_;
+};
+
+}  // namespace interchange
