@@ -85,13 +85,25 @@ bool store(INode* node, FltAttrGroup& group) {
     return writeBlocks(node, group);
 }
 
-bool edit(INode* node, std::uint32_t parameter, FltAttrGroup& group, FltAttrDesc& edited,
+/// Stores one row of the group, whose blocks are those of the node.
+bool writeRow(INode* node, FltAttrGroup& group, FltAttrDesc& row, const char* text) {
+    row.value.setText(text);
+    storeField(blockOf(group, row), row);
+    return writeBlocks(node, group);
+}
+
+bool storeRow(INode* node, FltAttrGroup& group, FltAttrDesc& row, const char* text) {
+    if (node == nullptr || !mayBecome(node, group.kind) || !writeRow(node, group, row, text))
+        return false;
+    printValues(group);
+    return true;
+}
+
+bool edit(INode* node, std::uint32_t parameter, FltAttrGroup& group, FltAttrDesc& row,
           const char* text) {
     TableGroup* const own = groupOf(node);
-    if (own == nullptr || own != &group || !readBlocks(node, *own, parameter)) return false;
-    edited.value.setText(text);
-    storeField(blockOf(group, edited), edited);
-    return writeBlocks(node, group);
+    return own != nullptr && own == &group && readBlocks(node, *own, parameter) &&
+           writeRow(node, group, row, text);
 }
 
 }  // namespace
@@ -155,6 +167,16 @@ FltAttrGroup* fltAttrLoad(INode* node, std::uint32_t parameter) noexcept {
 bool fltAttrStore(INode* node, FltAttrGroup& group) noexcept {
     try {
         return store(node, group);
+    } catch (...) {
+        diagnostics::noteCurrentException();
+        return false;
+    }
+}
+
+bool fltAttrStoreRow(INode* node, FltAttrGroup& group, FltAttrDesc& row,
+                     const char* text) noexcept {
+    try {
+        return storeRow(node, group, row, text);
     } catch (...) {
         diagnostics::noteCurrentException();
         return false;

@@ -20,6 +20,13 @@ constexpr std::size_t kKindOffset = 4;       // 16 bits
 constexpr std::size_t kParameterOffset = 8;  // 32 bits
 constexpr std::size_t kKindBlockUsed = 12;
 
+using KindBlock = std::array<std::byte, kKindBlockSize>;
+
+void setKind(KindBlock& block, FltNodeKind kind, std::uint32_t parameter) noexcept {
+    std::memcpy(&block[kKindOffset], &kind, sizeof kind);
+    std::memcpy(&block[kParameterOffset], &parameter, sizeof parameter);
+}
+
 /// The node's kind block; empty when there is none or it is too short to be read.
 Chunk kindBlock(INode* node) noexcept {
     const Chunk chunk = findChunk(node, ChunkId::Kind);
@@ -124,21 +131,12 @@ bool fltHasData(INode* node) noexcept {
 }
 
 bool fltEnsureKind(INode* node, FltNodeKind kind, std::uint32_t parameter) noexcept {
-    const auto write = [&](Chunk block) {
-        std::memcpy(&block[kKindOffset], &kind, sizeof kind);
-        std::memcpy(&block[kParameterOffset], &parameter, sizeof parameter);
-    };
+    KindBlock block{};
     const Chunk present = kindBlock(node);
-    if (present.empty()) {
-        std::array<std::byte, kKindBlockSize> block{};
-        write(block);
-        return storeChunk(node, ChunkId::Kind, block);
-    }
-    const bool same = std::memcmp(&present[kKindOffset], &kind, sizeof kind) == 0 &&
-                      std::memcmp(&present[kParameterOffset], &parameter, sizeof parameter) == 0;
-    if (same) return true;
-    write(present);
-    node->NotifyAppDataChanged();
+    if (!present.empty()) std::memcpy(block.data(), present.data(), kKindBlockUsed);
+    setKind(block, kind, parameter);
+    if (present.empty()) return storeChunk(node, ChunkId::Kind, block);
+    overwriteChunk(node, present.data(), std::span(block).first(kKindBlockUsed));
     return true;
 }
 
@@ -210,17 +208,18 @@ bool fltPutData(INode* node, FltNodeKind kind, std::uint32_t parameter, const Fl
     const bool isNew = !fltHasData(node);
     std::uint32_t revision = parameter;
     if (!isNew) fltGetParameter(node, revision);
-    ChunkChange newRecord, newOptions;
+    KindBlock kindBlock{};
+    setKind(kindBlock, kind, parameter);
+    NodeChange change(node);
     if (!warmRecord.encode([&](FltToken& token) { record.writeToken(token, revision); }) ||
-        !newRecord.prepare(node, ChunkId::Record, warmRecord.bytes()))
+        !change.prepare(ChunkId::Record, warmRecord.bytes()))
         return false;
     if (options != nullptr && (!warmOptions.encode([&](FltToken& token) {
             options->write(token);
-        }) || !newOptions.prepare(node, ChunkId::Options, warmOptions.bytes())))
+        }) || !change.prepare(ChunkId::Options, warmOptions.bytes())))
         return false;
-    if (isNew && !fltEnsureKind(node, kind, parameter)) return false;
-    newRecord.commit();
-    newOptions.commit();
+    if (isNew && !change.prepare(ChunkId::Kind, kindBlock)) return false;
+    change.commit();
     return true;
 }
 

@@ -4,7 +4,6 @@
 #include <kiln/memory.h>
 
 #include <cstring>
-#include <utility>
 
 namespace fltkilnutil {
 
@@ -42,57 +41,71 @@ Chunk findChunk(INode* node, ChunkId id) noexcept {
     return {static_cast<std::byte*>(chunk->data), chunk->length};
 }
 
-ChunkChange::~ChunkChange() {
-    if (change_ == Change::Add) removeChunk(node_, id_);
-    if (change_ == Change::Replace) KILN_free(block_);
+NodeChange::~NodeChange() {
+    for (std::size_t i = 0; i < count_; ++i) {
+        if (const auto* const added = std::get_if<Addition>(&steps_[i]))
+            removeChunk(node_, added->id);
+        if (const auto* const replaced = std::get_if<Replacement>(&steps_[i]))
+            KILN_free(replaced->block);
+    }
 }
 
-bool ChunkChange::prepare(INode* node, ChunkId id, std::span<const std::byte> bytes) noexcept {
-    if (node == nullptr) return false;
-    node_ = node;
-    id_ = id;
-    bytes_ = bytes;
-    AppDataChunk* const chunk = hostChunk(node, id);
-    if (chunk != nullptr && holds(*chunk, bytes))
-        return true;  // a scene that stays the same is not asked to be saved
-    if (chunk != nullptr && chunk->data != nullptr && chunk->length == bytes.size()) {
-        change_ = Change::Overwrite;
-        return true;
-    }
-    block_ = hostCopy(bytes);
-    if (block_ == nullptr) return false;
-    if (chunk != nullptr) {
-        change_ = Change::Replace;
-        return true;
-    }
-    if (node->AddAppDataChunk(kChunkClass, kChunkSuperClass, static_cast<DWORD>(id),
-                              static_cast<DWORD>(bytes.size()), block_) == nullptr) {
-        KILN_free(block_);  // not attached, so still ours
+bool NodeChange::add(ChunkId id, std::span<const std::byte> bytes) noexcept {
+    void* const block = hostCopy(bytes);
+    if (block == nullptr) return false;
+    if (node_->AddAppDataChunk(kChunkClass, kChunkSuperClass, static_cast<DWORD>(id),
+                               static_cast<DWORD>(bytes.size()), block) == nullptr) {
+        KILN_free(block);  // not attached, so still ours
         return false;
     }
-    change_ = Change::Add;
+    steps_[count_++] = Addition{id};
     return true;
 }
 
-void ChunkChange::commit() noexcept {
-    const Change change = std::exchange(change_, Change::None);
-    if (change != Change::Replace && change != Change::Overwrite) return;
-    AppDataChunk& chunk = *hostChunk(node_, id_);
-    if (change == Change::Overwrite) {
-        std::memmove(chunk.data, bytes_.data(), bytes_.size());  // they may overlap
-    } else {
-        KILN_free(chunk.data);
-        chunk.data = block_;
-        chunk.length = static_cast<DWORD>(bytes_.size());
+bool NodeChange::prepare(ChunkId id, std::span<const std::byte> bytes) noexcept {
+    if (node_ == nullptr) return false;
+    AppDataChunk* const chunk = hostChunk(node_, id);
+    if (chunk == nullptr) return add(id, bytes);
+    if (holds(*chunk, bytes)) return true;
+    if (chunk->data != nullptr && chunk->length == bytes.size()) {
+        steps_[count_++] = Overwriting{chunk, bytes};
+        return true;
     }
-    node_->NotifyAppDataChanged();
+    void* const block = hostCopy(bytes);
+    if (block != nullptr) steps_[count_++] = Replacement{chunk, block, bytes.size()};
+    return block != nullptr;
+}
+
+void NodeChange::commit() noexcept {
+    bool told = true;  // the host saw what was added
+    for (std::size_t i = 0; i < count_; ++i) {
+        if (const auto* const overwritten = std::get_if<Overwriting>(&steps_[i])) {
+            // Chunk and bytes may overlap.
+            std::memmove(overwritten->chunk->data, overwritten->bytes.data(),
+                         overwritten->bytes.size());
+            told = false;
+        } else if (const auto* const replaced = std::get_if<Replacement>(&steps_[i])) {
+            KILN_free(replaced->chunk->data);
+            replaced->chunk->data = replaced->block;
+            replaced->chunk->length = static_cast<DWORD>(replaced->length);
+            told = false;
+        }
+    }
+    count_ = 0;
+    if (!told) node_->NotifyAppDataChanged();
 }
 
 bool storeChunk(INode* node, ChunkId id, std::span<const std::byte> bytes) noexcept {
-    ChunkChange change;
-    if (!change.prepare(node, id, bytes)) return false;
+    NodeChange change(node);
+    if (!change.prepare(id, bytes)) return false;
     change.commit();
     return true;
+}
+
+void overwriteChunk(INode* node, std::byte* place, std::span<const std::byte> bytes) noexcept {
+    if (std::memcmp(place, bytes.data(), bytes.size()) == 0) return;
+    std::memcpy(place, bytes.data(), bytes.size());
+    node->NotifyAppDataChanged();
 }
 
 bool removeChunk(INode* node, ChunkId id) noexcept {

@@ -1,11 +1,14 @@
 // Our application data chunks on a node.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <variant>
 
 class INode;
+struct AppDataChunk;
 
 namespace fltkilnutil {
 
@@ -27,37 +30,57 @@ bool hasChunk(INode* node, ChunkId id) noexcept;
 /// The chunk's bytes, valid until the chunk changes; empty when there is none.
 Chunk findChunk(INode* node, ChunkId id) noexcept;
 
-/// A change of one chunk in two steps, so that several chunks change together or not at all.
+/// A change of some chunks of one node in two steps, so that they change together or not at all.
 /// Everything that can fail is in the first.
-class ChunkChange {
+class NodeChange {
 public:
-    ChunkChange() = default;
-    /// Takes back what was prepared and not committed.
-    ~ChunkChange();
-    ChunkChange(const ChunkChange&) = delete;
-    ChunkChange& operator=(const ChunkChange&) = delete;
+    /// A null node has nothing to change.
+    explicit NodeChange(INode* node) noexcept : node_(node) {}
+    /// Undoes what was prepared and not committed.
+    ~NodeChange();
+    NodeChange(const NodeChange&) = delete;
+    NodeChange& operator=(const NodeChange&) = delete;
 
-    /// Makes everything ready for the node's chunk to become a copy of `bytes`, which must stay
-    /// until then. False for a null node or without memory.
-    bool prepare(INode* node, ChunkId id, std::span<const std::byte> bytes) noexcept;
+    /// Prepares the node's chunk to become a copy of `bytes`, which must stay until the commit. At
+    /// most once for each of up to `kMostChunks` chunks. False for a null node or without memory.
+    bool prepare(ChunkId id, std::span<const std::byte> bytes) noexcept;
 
-    /// Makes the prepared change. A chunk that was there stays, and keeps its buffer when the
-    /// length is the same.
+    /// Makes the prepared changes and tells the host of them once. A chunk that was there stays,
+    /// and keeps its buffer when the length is the same. Chunks that hold their bytes already do
+    /// not count as changes: a scene that stays the same is not asked to be saved.
     void commit() noexcept;
 
-private:
-    enum class Change { None, Add, Replace, Overwrite };
+    static constexpr std::size_t kMostChunks = 3;
 
-    INode* node_ = nullptr;
-    ChunkId id_{};
-    Change change_ = Change::None;
-    std::span<const std::byte> bytes_;
-    void* block_ = nullptr;  ///< the new buffer, ours until it is in the chunk
+private:
+    struct Addition {
+        ChunkId id;
+    };
+    struct Replacement {
+        AppDataChunk* chunk;
+        void* block;  ///< the new buffer, ours until it is in the chunk
+        std::size_t length;
+    };
+    struct Overwriting {
+        AppDataChunk* chunk;
+        std::span<const std::byte> bytes;
+    };
+    using Step = std::variant<Addition, Replacement, Overwriting>;
+
+    bool add(ChunkId id, std::span<const std::byte> bytes) noexcept;
+
+    INode* node_;
+    std::array<Step, kMostChunks> steps_;
+    std::size_t count_ = 0;
 };
 
 /// Makes the node's chunk a copy of `bytes`. A chunk that is there stays, and keeps its buffer when
 /// the length is the same. False, with nothing changed, for a null node or without memory.
 bool storeChunk(INode* node, ChunkId id, std::span<const std::byte> bytes) noexcept;
+
+/// Writes `bytes` over those at `place`, which lie in a chunk of the node, and tells the host if
+/// that changes them.
+void overwriteChunk(INode* node, std::byte* place, std::span<const std::byte> bytes) noexcept;
 
 /// Removes the chunk; false when there is none.
 bool removeChunk(INode* node, ChunkId id) noexcept;

@@ -2,6 +2,7 @@
 #include "module_internal.h"
 #include "windowrouter.h"
 
+#include <base/scopedvalue.h>
 #include <framework/cdialog.h>
 #include <framework/module.h>
 
@@ -32,11 +33,9 @@ INT_PTR CDialog::DoModal() {
     const HINSTANCE resources = resourceInstance();
     const ModuleScope module;
     ensureCommonControls();
-    modal_ = true;
-    const INT_PTR result = ::DialogBoxParamW(resources, MAKEINTRESOURCEW(templateId_), parent_,
-                                             DialogProc, reinterpret_cast<LPARAM>(this));
-    modal_ = false;
-    return result;
+    const base::ScopedValue modal(modal_, true);
+    return ::DialogBoxParamW(resources, MAKEINTRESOURCEW(templateId_), parent_, DialogProc,
+                             reinterpret_cast<LPARAM>(this));
 }
 
 bool CDialog::Create(UINT templateId, HWND parent) {

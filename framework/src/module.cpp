@@ -40,15 +40,13 @@ void setResourceInstance(HINSTANCE instance) noexcept {
     g_resources = instance;
 }
 
-ModuleScope::ModuleScope() noexcept : savedResources_(g_resources) {
-    g_resources = nullptr;
+ModuleScope::ModuleScope() noexcept : resources_(g_resources, nullptr) {
     const HANDLE context = moduleContext();
     activated_ = context != INVALID_HANDLE_VALUE && ::ActivateActCtx(context, &cookie_);
 }
 
 ModuleScope::~ModuleScope() {
     if (activated_) ::DeactivateActCtx(0, cookie_);
-    g_resources = savedResources_;
 }
 
 void ensureCommonControls() noexcept {

@@ -2,6 +2,7 @@
 
 #include "module_internal.h"
 
+#include <base/scopedvalue.h>
 #include <framework/module.h>
 
 #include <string>
@@ -136,7 +137,7 @@ LRESULT CALLBACK WindowRouter::procedure(HWND window, UINT message, WPARAM wPara
 }
 
 LRESULT WindowRouter::handle(CWnd& object, Message& message) noexcept {
-    Message* const outer = std::exchange(current_, &message);
+    const base::ScopedValue innermost(current_, &message);
     LRESULT result = 0;
     try {
         result = object.WindowProc(message.message, message.wParam, message.lParam);
@@ -146,7 +147,6 @@ LRESULT WindowRouter::handle(CWnd& object, Message& message) noexcept {
         if (message.message == WM_PAINT) ::ValidateRect(message.window, nullptr);
         if (message.message == WM_CREATE) result = -1;
     }
-    current_ = outer;
     return result;
 }
 

@@ -1,4 +1,5 @@
 // Where the cells are: column widths, row height, scrolling.
+#include <base/scopedvalue.h>
 #include <framework/text.h>
 #include <grid/cgridctrl.h>
 
@@ -276,17 +277,18 @@ bool CGridCtrl::UpdateHorizontalBar() {
 // all for none.
 void CGridCtrl::UpdateScrollBars() {
     if (!HasWindow() || updatingScrollBars_ || updating_ > 0) return;
-    updatingScrollBars_ = true;
     bool changed = false;
-    // A horizontal bar that comes or goes changes the room of the other; it settles within three
-    // rounds.
-    for (int round = 0; round < 3; ++round) {
-        changed |= UpdateVerticalBar();
-        const LONG height = ClientRect().bottom;
-        changed |= UpdateHorizontalBar();
-        if (ClientRect().bottom == height) break;
+    {
+        const base::ScopedValue updating(updatingScrollBars_, true);
+        // Showing or hiding the horizontal bar changes the room for the vertical one; three rounds
+        // are enough for both to fit.
+        for (int round = 0; round < 3; ++round) {
+            changed |= UpdateVerticalBar();
+            const LONG height = ClientRect().bottom;
+            changed |= UpdateHorizontalBar();
+            if (ClientRect().bottom == height) break;
+        }
     }
-    updatingScrollBars_ = false;
     if (changed)
         ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_NOCHILDREN);
 }

@@ -2,6 +2,7 @@
 
 #include <base/file.h>
 #include <base/paths.h>
+#include <base/scopedvalue.h>
 #include <diagnostics/assertion.h>
 #include <quillon/fltfileheader.h>
 #include <quillon/fltstream.h>
@@ -9,18 +10,6 @@
 namespace {
 
 constexpr std::size_t kFileBufferSize = 1 << 16;
-
-/// Keeps a flag set for a scope, whichever way it is left.
-class FlagSetter {
-public:
-    explicit FlagSetter(bool& flag) : flag_(flag) { flag_ = true; }
-    ~FlagSetter() { flag_ = false; }
-    FlagSetter(const FlagSetter&) = delete;
-    FlagSetter& operator=(const FlagSetter&) = delete;
-
-private:
-    bool& flag_;
-};
 
 }  // namespace
 
@@ -126,7 +115,7 @@ void FltStream::addPending(std::int32_t item) {
 
 void FltStream::flushPending() {
     if (flushing_) return;
-    const FlagSetter guard(flushing_);
+    const base::ScopedValue flushing(flushing_, true);
     if (pendingItems_.count() == 0) return;
     diagnostics::check(pendingWriter_ != nullptr, "fltstream", 431);
     // The analyzer does not follow the check above into its throw.

@@ -181,6 +181,38 @@ TEST_F(AttrStore, EditingAnotherRowLeavesTheConstantAttenuationAlone) {
     EXPECT_EQ(wordAt(chunkBytes(light, kOptionsChunk), kConstant), 0x9999999AU);
 }
 
+TEST_F(AttrStore, ARowOfALoadedNodeIsStoredAlone) {
+    const std::size_t kCutoff = 136;
+    const std::size_t kConstant = 148;
+    INode* const light = recordNode(FltNodeKind::LightSource, RecordBytes(101, 64));
+    const RecordBytes palette = RecordBytes(102, 240).float32(kConstant, 0.1F);
+    setChunk(light, kOptionsChunk, palette);
+    FltAttrGroup* const group = fltAttrLoad(light, 1580);
+    ASSERT_NE(group, nullptr);
+    FltAttrDesc& cutoff = group->descriptors[3];
+    ASSERT_TRUE(fltAttrStoreRow(light, *group, cutoff, "030.0"));
+    EXPECT_EQ(chunkBytes(light, kOptionsChunk), RecordBytes(palette).float32(kCutoff, 30));
+    EXPECT_STREQ(cutoff.value.text(), "30") << "as it would be loaded";
+
+    // Another node in between, and the loaded one is of another kind now.
+    INode* const plain = kindNode(FltNodeKind::Group);
+    EXPECT_FALSE(fltAttrStoreRow(plain, *group, cutoff, "40"));
+    EXPECT_FALSE(fltAttrStoreRow(nullptr, *group, cutoff, "40"));
+    EXPECT_EQ(chunk(plain, kRecordChunk), nullptr);
+    EXPECT_EQ(chunk(plain, kOptionsChunk), nullptr);
+}
+
+TEST_F(AttrStore, ARowStoredAloneDecidesAboutTheNext) {
+    INode* const point = recordNode(FltNodeKind::LightPoint, RecordBytes(111, 160));
+    FltAttrGroup* const group = fltAttrLoad(point, 1580);
+    ASSERT_NE(group, nullptr);
+    FltAttrDesc* const rows = group->descriptors;
+    ASSERT_TRUE(fltAttrStoreRow(point, *group, rows[0], rows[0].choices.at(1)));
+    EXPECT_EQ(rows[1].visible, 1U);
+    ASSERT_TRUE(fltAttrStoreRow(point, *group, rows[0], "none of the choices"));
+    EXPECT_STREQ(rows[0].value.text(), rows[0].choices.at(1)) << "the node kept its own";
+}
+
 TEST_F(AttrStore, AFiniteNumberNeverBecomesInfinite) {
     INode* const point = recordNode(FltNodeKind::LightPoint, RecordBytes(111, 160));
     ASSERT_TRUE(edit(point, FltNodeKind::LightPoint, "FltLtPtIntensity", "1e39"));

@@ -166,8 +166,15 @@ FltAttrGroup* fltAttrLoad(INode* node, std::uint32_t parameter) noexcept;
 /// changed, when the node is of another kind or the record and its options cannot both be stored.
 bool fltAttrStore(INode* node, FltAttrGroup& group) noexcept;
 
-/// Gives one row of a node another value and leaves the fields of all others alone, also of the one
-/// that `fltAttrStore` writes anew each time. `row` is a row of `group`; `parameter` is as for
+/// Sets one row of a node to the value that `text` says and leaves the fields of all other rows
+/// alone, including the one that `fltAttrStore` always writes. `row` is a row of `group`, which was
+/// last loaded from this node. The group's texts are those of the node afterwards, as if it had
+/// been loaded again. False, with nothing of the node changed, when the node has become one of
+/// another kind and where storing fails; the group must then be loaded again.
+bool fltAttrStoreRow(INode* node, FltAttrGroup& group, FltAttrDesc& row, const char* text) noexcept;
+
+/// Loads a node and sets one of its rows, in less time than `fltAttrLoad` and `fltAttrStoreRow`
+/// take, since no value is printed: for the same edit of many nodes. `parameter` is as for
 /// `fltAttrLoad`. False, with nothing changed, when the node is not of the group's kind (derived
 /// where nothing is stored) or cannot be loaded, and where storing fails. The group must be loaded
 /// again before its texts are used.

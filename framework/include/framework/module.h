@@ -2,6 +2,7 @@
 // resources come from and which version of the common controls its windows are made of.
 #pragma once
 
+#include <base/scopedvalue.h>
 #include <framework/win32.h>
 
 /// The handle of the program or library that this code is linked into.
@@ -29,7 +30,7 @@ public:
     ModuleScope& operator=(const ModuleScope&) = delete;
 
 private:
-    HINSTANCE savedResources_;
+    base::ScopedValue<HINSTANCE> resources_;
     ULONG_PTR cookie_ = 0;
     bool activated_ = false;
 };
