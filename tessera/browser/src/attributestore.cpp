@@ -49,6 +49,11 @@ FltAttrGroup* loadAttributes(NodeHandle handle) noexcept {
     return fltAttrLoad(nodeOf(handle), kFltRevision);
 }
 
+bool storeAttribute(NodeHandle handle, FltAttrGroup& set, FltAttrDesc& attribute,
+                    const std::string& value) noexcept {
+    return fltAttrStoreRow(nodeOf(handle), set, attribute, value.c_str());
+}
+
 bool editAttribute(NodeHandle handle, FltAttrGroup& set, FltAttrDesc& attribute,
                    const std::string& value) noexcept {
     return fltAttrEdit(nodeOf(handle), kFltRevision, set, attribute, value.c_str());

@@ -30,9 +30,16 @@ int iconOf(NodeHandle handle) noexcept;
 /// there is none. Every later load of a node of the same kind replaces the values.
 FltAttrGroup* loadAttributes(NodeHandle handle) noexcept;
 
-/// Gives one attribute of a node of the set's kind another value, which takes less time than
-/// loading and storing all. False, with nothing changed, for a node of another kind and where that
-/// fails. The set must be loaded again before its values are used.
+/// Stores a value for one attribute of the node that the set was last loaded from. The set holds
+/// the node's values afterwards. False, with the node unchanged, when it has become one of another
+/// kind and where storing fails; the set must then be loaded again.
+bool storeAttribute(NodeHandle handle, FltAttrGroup& set, FltAttrDesc& attribute,
+                    const std::string& value) noexcept;
+
+/// Loads a node of the set's kind and stores a value for one of its attributes, in less time than
+/// `loadAttributes` and `storeAttribute` take: for the same edit of many nodes. False, with nothing
+/// changed, for a node of another kind and where that fails. The set must be loaded again before
+/// its values are used.
 bool editAttribute(NodeHandle handle, FltAttrGroup& set, FltAttrDesc& attribute,
                    const std::string& value) noexcept;
 

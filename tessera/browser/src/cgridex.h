@@ -3,6 +3,7 @@
 
 #include "hierarchy.h"
 
+#include <fltkilnutil/fltattr.h>
 #include <grid/cgridctrl.h>
 
 /// Two columns: the caption of an attribute, fixed, and its value. Both cells of a row carry the

@@ -1,15 +1,16 @@
 #include "cswitch.h"
 
 #include "formbusy.h"
+#include "usermessages.h"
 
 #include <resources/resource.h>
 
 #include <algorithm>
 #include <utility>
 
+namespace tessera {
 namespace {
 
-constexpr UINT kSimpleBeep = 0xFFFFFFFF;
 constexpr std::uint32_t kAllChildren = 0xFFFFFFFF;
 constexpr std::uint32_t kWordBits = 32;
 // What is read of the mask field. The bits of further children stay as they are.
@@ -17,7 +18,7 @@ constexpr int kLongestMaskText = 2048;
 
 }  // namespace
 
-CSwitch::CSwitch(tessera::SwitchRecordBuffer& buffer, Notify notify, std::function<void()> refuse)
+CSwitch::CSwitch(SwitchRecordBuffer& buffer, Notify notify, std::function<void()> refuse)
     : buffer_(buffer), notify_(std::move(notify)), refuse_(std::move(refuse)) {}
 
 bool CSwitch::Create(HWND form) {
@@ -25,7 +26,7 @@ bool CSwitch::Create(HWND form) {
 }
 
 LRESULT CSwitch::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
-    const tessera::FormBusy busy;
+    const FormBusy busy;
     return CDialog::WindowProc(message, wParam, lParam);
 }
 
@@ -99,7 +100,7 @@ void CSwitch::AddMask() {
 void CSwitch::DeleteMask() {
     FltSwitch& record = Record();
     if (record.maskCount() < 2) {
-        ::MessageBeep(kSimpleBeep);
+        beepSimply();
         return;
     }
     const std::int32_t start = record.currentMask * record.wordsPerMask;
@@ -113,7 +114,7 @@ void CSwitch::Step(int delta) {
     FinishTyping();
     const std::int32_t mask = Record().currentMask + (delta < 1 ? 1 : -1);
     if (mask < 0 || mask >= Record().maskCount()) {
-        ::MessageBeep(kSimpleBeep);
+        beepSimply();
         return;
     }
     Record().currentMask = mask;
@@ -190,3 +191,5 @@ void CSwitch::OnOK() {
     ReadMask();
     Display();
 }
+
+}  // namespace tessera

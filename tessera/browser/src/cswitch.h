@@ -19,8 +19,6 @@ struct SwitchRecordBuffer {
     NodeHandle node = 0;
 };
 
-}  // namespace tessera
-
 /// A small window beside the form that shows one mask of a switch as a row of "0" and "1", a
 /// character for each child, and steps through, adds, deletes and changes masks. Every change is
 /// told at once. Closing hides it.
@@ -28,11 +26,11 @@ class CSwitch : public CDialog {
 public:
     /// Called with the switch after every change and whenever it is shown anew; the flag says
     /// whether the viewports are to follow.
-    using Notify = std::function<void(tessera::SwitchRecordBuffer&, bool showInViewport)>;
+    using Notify = std::function<void(SwitchRecordBuffer&, bool showInViewport)>;
 
     /// `buffer` is not owned and must outlive the editor. `refuse` tells the user that the record
     /// has no room for another mask.
-    CSwitch(tessera::SwitchRecordBuffer& buffer, Notify notify, std::function<void()> refuse);
+    CSwitch(SwitchRecordBuffer& buffer, Notify notify, std::function<void()> refuse);
 
     /// Creates the dialog, hidden. False when the platform refuses.
     bool Create(HWND form);
@@ -66,10 +64,12 @@ private:
     void LeaveMask();
     std::string MaskText();
 
-    tessera::SwitchRecordBuffer& buffer_;
+    SwitchRecordBuffer& buffer_;
     Notify notify_;
     std::function<void()> refuse_;
     CEdit mask_;
     CEdit index_;
     bool showInViewport_ = true;
 };
+
+}  // namespace tessera

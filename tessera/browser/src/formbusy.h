@@ -1,6 +1,8 @@
 // Knowing when a form may be freed.
 #pragma once
 
+#include <base/scopedvalue.h>
+
 namespace tessera {
 
 /// Lives while a window procedure of the form, its key filter or an export is on the stack. The
@@ -8,16 +10,14 @@ namespace tessera {
 /// led there.
 class FormBusy {
 public:
-    FormBusy() noexcept { ++depth_; }
-    ~FormBusy() { --depth_; }
-    FormBusy(const FormBusy&) = delete;
-    FormBusy& operator=(const FormBusy&) = delete;
+    FormBusy() noexcept : deeper_(depth_, depth_ + 1) {}
 
     /// How many are alive.
     static int depth() noexcept { return depth_; }
 
 private:
     static inline int depth_ = 0;
+    base::ScopedValue<int> deeper_;
 };
 
 }  // namespace tessera

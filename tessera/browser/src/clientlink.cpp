@@ -1,0 +1,37 @@
+#include "clientlink.h"
+
+#include <base/scopedvalue.h>
+
+#include <utility>
+
+namespace tessera {
+
+void ClientLink::bind(BrowserCallback callback, void* clientData) noexcept {
+    callback_ = callback;
+    clientData_ = clientData;
+}
+
+void ClientLink::send(BrowserEvent event, BrowserItem first, BrowserItem second,
+                      std::uintptr_t argument, std::uintptr_t argument2) const {
+    if (callback_) callback_(event, first, second, argument, argument2, clientData_);
+}
+
+// The message comes before the tree is painted, and after whoever began the edit has ended, which
+// may be the control itself.
+void ClientLink::sendEdit(BrowserEvent event, const TreeItem& edited, BrowserItem second,
+                          std::uintptr_t argument, std::uintptr_t argument2) {
+    const NodeHandle node = edited.node;
+    {
+        const base::ScopedValue editing(editing_, true);
+        send(event, edited.handle, second, argument, argument2);
+    }
+    if (std::exchange(refreshWanted_, false) && form_.HasWindow())
+        form_.Post(kRefreshAfterEdit, node);
+}
+
+bool ClientLink::postponesRefresh() noexcept {
+    if (editing_) refreshWanted_ = true;
+    return editing_;
+}
+
+}  // namespace tessera

@@ -1,0 +1,161 @@
+#include "editcommands.h"
+
+#include "attributestore.h"
+#include "clientlink.h"
+#include "propertyside.h"
+#include "recordkinds.h"
+#include "selectioncommands.h"
+#include "usermessages.h"
+
+#include <fltkilnutil/kilnflt.h>
+#include <framework/cwaitcursor.h>
+#include <framework/text.h>
+#include <quillon/fltopcode.h>
+#include <resources/resource.h>
+
+namespace tessera {
+namespace {
+
+HTREEITEM parentOf(const TreeItem& item) {
+    return item.parent ? item.parent->handle : nullptr;
+}
+
+}  // namespace
+
+void EditCommands::initialise() {
+    createKind_.Attach(form_.Item(IDC_CREATE_KIND));
+    for (int row = 0; row < creatableKindCount(); ++row) createKind_.Add(kindName(row));
+    createKind_.Select(0);
+}
+
+// ---------------------------------------------------------------- move
+
+void EditCommands::move(BrowserEvent direction) {
+    const CWaitCursor wait;
+    {
+        const auto bulk = tree_.bulkOperation();
+        const RedrawPause pause(tree_);
+        const TreeItem* const item = tree_.Selection().first();
+        if (tree_.Selection().count() > 1) selectCaretOnly();
+        if (item) sendMove(direction, *item);
+    }
+    selection_.countSelected();
+}
+
+// Several nodes do not move together, so the others are unselected; the caret keeps its mark.
+void EditCommands::selectCaretOnly() {
+    TreeItem* const caret = tree_.Find(tree_.Caret());
+    const bool selected = caret && caret->selected;
+    tree_.Selection().clear(true);
+    if (caret) tree_.Selection().set(*caret, selected);
+}
+
+// The client deletes all children of the parent and adds them again.
+void EditCommands::sendMove(BrowserEvent direction, const TreeItem& item) {
+    const HTREEITEM parent = parentOf(item);
+    TreeItem* const before = tree_.Find(parent);
+    const auto arrangement =
+        before ? tree_.Branches().remember(before) : TreeBranches::Arrangement();
+    client_.sendEdit(direction, item, parent);
+    TreeItem* const after = tree_.Find(parent);
+    if (!after) return;
+    tree_.Branches().restore(arrangement, after);
+    if (const HTREEITEM caret = tree_.Caret()) tree_.EnsureVisible(caret);
+}
+
+// ---------------------------------------------------------------- create
+
+void EditCommands::create() {
+    if (!client_.isBound() || tree_.Selection().count() != 1) return beepSimply();
+    const TreeItem* parent = tree_.Selection().first();
+    const int choice = createKind_.Selected();
+    if (!parent || choice < 0 || !mayCreate(*parent, choice)) return;
+    const HTREEITEM item = parent->handle;
+    const std::uint16_t opcode = confirmedOpcode(item, choice);
+    parent = tree_.Find(item);
+    if (!parent) return;  // the client has changed the tree meanwhile
+    const auto argument =
+        static_cast<std::uintptr_t>(static_cast<std::intptr_t>(static_cast<std::int16_t>(opcode)));
+    const TreeItem* const lastBefore = parent->lastChild;
+    client_.sendEdit(BrowserEvent::create, *parent, nullptr, argument, kFltRevision);
+    const TreeItem* const now = tree_.Find(item);
+    // What was made can be seen, and the next one goes beside it.
+    if (now && now->lastChild != lastBefore) tree_.Expand(item, TVE_EXPAND);
+    tree_.Invalidate();
+}
+
+bool EditCommands::mayCreate(const TreeItem& parent, int choice) const {
+    // The list never offers instance references, so below a face nothing can be created.
+    constexpr int kInstanceReferenceRow = 16;
+    if (!parent.node) {
+        showMessage(form_, IDS_NO_PARENT_SELECTED);
+        return false;
+    }
+    if (choice != kInstanceReferenceRow && isOfKind(parent.node, FltNodeKind::Face)) {
+        showMessage(form_, IDS_CREATE_BELOW_FACE);
+        return false;
+    }
+    return true;
+}
+
+// The opcode of the chosen kind; an object's for a client that does not know the question.
+std::uint16_t EditCommands::confirmedOpcode(HTREEITEM parent, int choice) const {
+    std::uint32_t unknown = 1;
+    client_.send(BrowserEvent::confirmKind, parent, nullptr,
+                 reinterpret_cast<std::uintptr_t>(&unknown));
+    return unknown == 0 ? kRecordKinds[static_cast<std::size_t>(choice)].opcode
+                        : std::uint16_t{kFltObject};
+}
+
+// ---------------------------------------------------------------- attach
+
+void EditCommands::attach(HTREEITEM draggedHandle, HTREEITEM targetHandle) {
+    const TreeItem* const dragged = tree_.Find(draggedHandle);
+    const TreeItem* const target = tree_.Find(targetHandle);
+    if (!dragged || !target || !mayAttach(*dragged, *target)) return;
+    const CWaitCursor wait;
+    const RedrawPause pause(tree_);
+    const NodeHandle node = dragged->node;
+    client_.sendEdit(BrowserEvent::attach, *dragged, targetHandle);
+    selectLastChild(targetHandle, node);
+}
+
+bool EditCommands::mayAttach(const TreeItem& dragged, const TreeItem& target) const {
+    if (TreeModel::isWithin(target, dragged)) {
+        showMessage(form_, IDS_ATTACH_BELOW_CHILD);
+        return false;
+    }
+    if (isOfKind(target.node, FltNodeKind::Face) && !isOfKind(dragged.node, FltNodeKind::Face)) {
+        showMessage(form_, IDS_ATTACH_TO_FACE);
+        return false;
+    }
+    return true;
+}
+
+// The dropped node stays selected: the client has added it again behind the other children.
+void EditCommands::selectLastChild(HTREEITEM parent, NodeHandle node) {
+    const TreeItem* const item = tree_.Find(parent);
+    if (!item || !item->lastChild || item->lastChild->node != node) return;
+    selection_.select(item->lastChild->handle);
+    tree_.EnsureVisible(tree_.Caret());
+}
+
+// ---------------------------------------------------------------- rename
+
+bool EditCommands::rename(const TVITEMW& edited) {
+    // A label edit may have begun before the scene changed behind the tree.
+    if (!tree_.isUsable() || !client_.isBound() || !edited.pszText || !*edited.pszText)
+        return false;
+    const TreeItem* const item = tree_.Find(edited.hItem);
+    if (!item) return false;
+    const std::string text = toUtf8(edited.pszText);
+    client_.sendEdit(BrowserEvent::rename, *item, parentOf(*item),
+                     reinterpret_cast<std::uintptr_t>(text.c_str()));
+    if (tree_.Find(edited.hItem)) {
+        tree_.SetItemText(edited.hItem, text);
+        properties_.itemRenamed(edited.hItem);
+    }
+    return true;
+}
+
+}  // namespace tessera

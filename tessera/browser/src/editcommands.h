@@ -1,0 +1,53 @@
+// The form's commands that change the scene: moving, creating, attaching and renaming nodes.
+#pragma once
+
+#include "hierarchytree.h"
+
+#include <framework/controls.h>
+
+namespace tessera {
+
+class ClientLink;
+class PropertySide;
+class SelectionCommands;
+
+/// Checks what the user wants of the scene and sends it to the client as an edit.
+class EditCommands {
+public:
+    EditCommands(const CWnd& form, HierarchyTree& tree, ClientLink& client,
+                 PropertySide& properties, SelectionCommands& selection) noexcept
+        : form_(form),
+          tree_(tree),
+          client_(client),
+          properties_(properties),
+          selection_(selection) {}
+
+    /// Fills the list of kinds that can be created.
+    void initialise();
+
+    /// Moves the first selected node among its siblings: `moveUp` or `moveDown`.
+    void move(BrowserEvent direction);
+    /// Creates a node of the chosen kind below the selected item.
+    void create();
+    /// Attaches the node of one item below that of another.
+    void attach(HTREEITEM dragged, HTREEITEM target);
+    /// A label edit has ended; whether its text is accepted.
+    bool rename(const TVITEMW& edited);
+
+private:
+    void selectCaretOnly();
+    void sendMove(BrowserEvent direction, const TreeItem& item);
+    bool mayCreate(const TreeItem& parent, int choice) const;
+    std::uint16_t confirmedOpcode(HTREEITEM parent, int choice) const;
+    bool mayAttach(const TreeItem& dragged, const TreeItem& target) const;
+    void selectLastChild(HTREEITEM parent, NodeHandle node);
+
+    const CWnd& form_;
+    HierarchyTree& tree_;
+    ClientLink& client_;
+    PropertySide& properties_;
+    SelectionCommands& selection_;
+    CComboBox createKind_;
+};
+
+}  // namespace tessera

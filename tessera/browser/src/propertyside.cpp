@@ -1,0 +1,230 @@
+#include "propertyside.h"
+
+#include "attributestore.h"
+#include "cgridex.h"
+#include "hierarchytree.h"
+#include "switchside.h"
+#include "valuetext.h"
+
+#include <fltkilnutil/kilnflt.h>
+#include <framework/cwaitcursor.h>
+#include <resources/resource.h>
+
+#include <utility>
+
+namespace tessera {
+namespace {
+
+constexpr COLORREF kGridBackground = 0xe0ffff;  // light yellow: blue, green, red
+
+// A comment keeps at most this many characters when it is edited here.
+constexpr int kLongestComment = 8096;
+
+// An edit control shows only pairs of carriage return and line feed as line ends.
+std::string withLineEnds(const std::string& text) {
+    std::string shown;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\n' && (i == 0 || text[i - 1] != '\r')) shown += '\r';
+        shown += text[i];
+    }
+    return shown;
+}
+
+// The masks of a switch have an editor of their own.
+bool isReadOnly(const FltAttrGroup& set) {
+    return set.kind == FltNodeKind::Switch;
+}
+
+}  // namespace
+
+PropertySide::PropertySide(const CWnd& form, HierarchyTree& tree, SwitchSide& switchSide)
+    : form_(form),
+      tree_(tree),
+      switchSide_(switchSide),
+      grid_(std::make_unique<Hierarchy::CGridEx>()) {}
+PropertySide::~PropertySide() = default;
+
+void PropertySide::initialise() {
+    global_.Attach(form_.Item(IDC_GLOBAL));
+    name_.Attach(form_.Item(IDC_NAME));
+    shownName_ = name_.Text();
+    comment_.Attach(form_.Item(IDC_COMMENT));
+    comment_.SetLimit(kLongestComment);
+    grid_->SubclassDlgItem(IDC_GRID, form_.Handle());
+    grid_->SetEditable(true);
+    grid_->SetDragAndDrop(true);
+    grid_->SetBackground(kGridBackground);
+    grid_->Reset();
+    grid_->SizeColumns();
+}
+
+void PropertySide::fit() {
+    comment_.FitScrollBar();
+    grid_->ExpandColumnsToFit();
+}
+
+void PropertySide::finishTyping() {
+    grid_->EndEdit(true);
+    if (comment_.HasFocus()) storeComment();
+    tree_.EndEditLabel(false);
+    switchSide_.finishTyping();
+}
+
+// ---------------------------------------------------------------- showing a node
+
+void PropertySide::show(HTREEITEM item) {
+    finishTyping();
+    const TreeItem* const found = tree_.Find(item);
+    current_ = found ? item : nullptr;
+    const NodeHandle node = found ? found->node : 0;
+    if (!node) return showNone("");
+    const bool hasRecord = recordKind(node).has_value();
+    const FltAttrGroup* const set = hasRecord ? loadAttributes(node) : nullptr;
+    if (!set) return showNone("Non-OpenFlight Selection");
+    showSet(*set);
+    focusTree();
+    switchSide_.edit(set->kind == FltNodeKind::Switch ? item : nullptr);
+}
+
+// The set holds the current node's values.
+void PropertySide::showSet(const FltAttrGroup& set) {
+    showName(set);
+    grid_->ShowAttributes(set, isReadOnly(set));
+    comment_.Enable();
+    showComment(tree_.Node(current_));
+}
+
+void PropertySide::showNone(const char* name) {
+    setName(name);
+    showComment(0);
+    grid_->Reset();
+    focusTree();
+    switchSide_.edit(nullptr);
+}
+
+void PropertySide::clear() {
+    switchSide_.edit(nullptr);
+    setName("");
+    showComment(0);
+    grid_->Reset();
+}
+
+void PropertySide::showAgain() {
+    const base::ScopedValue keep(keepFocus_, true);
+    show(current_);
+}
+
+void PropertySide::itemRenamed(HTREEITEM item) {
+    if (item != current_) return;
+    if (const FltAttrGroup* set = loadAttributes(tree_.Node(current_))) showName(*set);
+}
+
+void PropertySide::showName(const FltAttrGroup& set) {
+    setName(std::string(set.caption ? set.caption : "") + ":" + tree_.ItemText(current_));
+}
+
+// The field cannot be typed into, so it still shows the text that it was set to; asking it takes
+// almost as long as setting it.
+void PropertySide::setName(std::string name) {
+    if (shownName_ == name) return;
+    name_.SetText(name);
+    shownName_ = std::move(name);
+}
+
+// Moves the keyboard to the tree, but not away from another window while the form is hidden.
+void PropertySide::focusTree() {
+    if (form_.IsVisible() && !keepFocus_) tree_.SetFocus();
+}
+
+// ---------------------------------------------------------------- the comment
+
+// Without a node it is empty and disabled.
+void PropertySide::showComment(NodeHandle node) {
+    std::string text;
+    if (node) fltGetComment(nodeOf(node), text);
+    const std::string shown = withLineEnds(text);
+    if (comment_.Text() != shown) comment_.SetFittedText(shown);
+    comment_.Enable(node != 0);
+    shownComment_ = comment_.Text(kLongestComment);
+}
+
+// Only what the user changed is written, so that walking over a node gives it no comment.
+void PropertySide::storeComment() {
+    const NodeHandle node = tree_.Node(current_);
+    if (!node || !comment_.IsEnabled()) return;
+    const std::string text = comment_.Text(kLongestComment);
+    if (text == shownComment_) return;
+    if (fltPutComment(nodeOf(node), text)) shownComment_ = text;
+}
+
+bool PropertySide::onCommand(int id, UINT code) {
+    if (id != IDC_COMMENT) return false;
+    if (code == EN_KILLFOCUS)
+        storeComment();
+    else if (code == EN_CHANGE)
+        comment_.FitScrollBar();
+    return code == EN_KILLFOCUS || code == EN_CHANGE;
+}
+
+// ---------------------------------------------------------------- the grid
+
+std::optional<int> PropertySide::focusedAttribute() const {
+    const grid::CellId focus = grid_->FocusCell();
+    if (focus.row < 1 || focus.row >= grid_->RowCount() || focus.column < 0 ||
+        focus.column > grid_->ColumnCount())
+        return std::nullopt;
+    return focus.row - 1;
+}
+
+bool PropertySide::onGridNotify(NMHDR& header, LRESULT& result) {
+    if (header.code != LVN_ENDLABELEDITW) return false;
+    constexpr LRESULT kRefused = -1;
+    if (!endEdit(CGridCtrl::EditedCell(header).row - 1, CGridCtrl::EditedText(header)))
+        result = kRefused;
+    return true;
+}
+
+// False when there is nothing that could take the value. For one node the set is loaded once and
+// one row of it stored, and the grid shows what it holds then.
+bool PropertySide::endEdit(int attribute, const std::string& entered) {
+    const NodeHandle node = tree_.Node(current_);
+    FltAttrGroup* const set = node ? loadAttributes(node) : nullptr;
+    FltAttrDesc* const row = set ? attributeAt(*set, attribute) : nullptr;
+    if (!row) return false;
+    const std::string value = normalisedValue(*row, entered);
+    bool loaded = false;
+    if (global_.IsChecked() && tree_.Selection().count() >= 2)
+        editSelected(*set, *row, value);
+    else
+        loaded = storeAttribute(node, *set, *row, value);
+    if (!loaded && loadAttributes(node) != set) {
+        showAgain();  // it is no longer a node of the kind
+        return true;
+    }
+    // What is normalised is shown again in any case; a text or choice only when the node has not
+    // taken it as it was entered, which the cell shows already.
+    const bool asEntered = row->value.text() == entered;
+    if (row->controlling != 0 && asEntered)
+        renewDependent(*set);
+    else if (isNormalised(*row) || !asEntered)
+        showSet(*set);
+    return true;
+}
+
+// Nodes of other kinds are passed over.
+void PropertySide::editSelected(FltAttrGroup& set, FltAttrDesc& attribute,
+                                const std::string& value) {
+    const CWaitCursor wait;
+    for (const TreeItem* item : tree_.Selection().visible())
+        if (item->node) editAttribute(item->node, set, attribute, value);
+}
+
+// The one attribute whose value decides about others is followed by the one that it decides about:
+// only that row's editor changes.
+void PropertySide::renewDependent(const FltAttrGroup& set) {
+    constexpr int kDependent = 1;
+    if (const FltAttrDesc* row = attributeAt(set, kDependent))
+        grid_->RenewEditor(kDependent, *row, isReadOnly(set));
+}
+
+}  // namespace tessera

@@ -1,0 +1,79 @@
+// The property side of the form: the current node's name, comment and attributes.
+#pragma once
+
+#include "hierarchy.h"
+
+#include <fltkilnutil/fltattr.h>
+#include <framework/controls.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tessera {
+
+class SwitchSide;
+
+/// Shows the node of the current item and takes the user's edits of it. "Current" is the item whose
+/// node is shown; it need not be the tree's caret item.
+class PropertySide {
+public:
+    PropertySide(const CWnd& form, HierarchyTree& tree, SwitchSide& switchSide);
+    ~PropertySide();
+
+    /// Connects the controls of the form. Throws `std::bad_alloc`.
+    void initialise();
+    /// Fits scroll bar and columns to the controls' sizes.
+    void fit();
+
+    HTREEITEM current() const noexcept { return current_; }
+    /// Makes the item current and shows its node; null shows none. Every change of the current item
+    /// comes here.
+    void show(HTREEITEM item);
+    /// Shows the current node again and leaves the keyboard where it is.
+    void showAgain();
+    /// Leaves no item current. What is shown stays until `clear`.
+    void forget() noexcept { current_ = nullptr; }
+    /// Shows no node.
+    void clear();
+    /// The text of the current item has changed.
+    void itemRenamed(HTREEITEM item);
+
+    /// Takes what is being typed into a cell, the comment, a label or the mask field. Whatever
+    /// leaves, refreshes, refills or closes comes here first. Each part refuses what was typed for
+    /// an item that is no longer current or has gone.
+    void finishTyping();
+
+    /// The attribute of the grid's focus row, if there is one.
+    std::optional<int> focusedAttribute() const;
+
+    /// A notification of the comment field or the grid; false for any other.
+    bool onCommand(int id, UINT code);
+    bool onGridNotify(NMHDR& header, LRESULT& result);
+
+private:
+    void showSet(const FltAttrGroup& set);
+    void showNone(const char* name);
+    void showName(const FltAttrGroup& set);
+    void setName(std::string name);
+    void showComment(NodeHandle node);
+    void storeComment();
+    bool endEdit(int attribute, const std::string& entered);
+    void editSelected(FltAttrGroup& set, FltAttrDesc& attribute, const std::string& value);
+    void renewDependent(const FltAttrGroup& set);
+    void focusTree();
+
+    const CWnd& form_;
+    HierarchyTree& tree_;
+    SwitchSide& switchSide_;
+    const std::unique_ptr<Hierarchy::CGridEx> grid_;
+    CButton global_;
+    CEdit name_;
+    CEdit comment_;
+    HTREEITEM current_ = nullptr;
+    bool keepFocus_ = false;  ///< showing a node must not move the keyboard to the tree
+    std::string shownName_;
+    std::string shownComment_;
+};
+
+}  // namespace tessera

@@ -1,0 +1,116 @@
+#include "treerefill.h"
+
+#include "ctreectrlex.h"
+
+#include <framework/text.h>
+
+#include <utility>
+
+namespace tessera {
+namespace {
+
+// How many siblings may have gone at one place for the next of them still to be recognised.
+constexpr int kMostGone = 64;
+// After this many differences the items are taken over by their places, whatever they showed.
+constexpr int kMostDifferences = 1000;
+
+}  // namespace
+
+TreeRefill::Scope::Scope(TreeRefill& refill) noexcept : refill_(refill) {
+    if (refill_.scopes_++ == 0) refill_.expected_ = true;
+}
+
+TreeRefill::Scope::~Scope() {
+    if (--refill_.scopes_ > 0) return;
+    refill_.expected_ = false;
+    if (!refill_.tree_.HasWindow()) return;
+    refill_.deleteWaiting();
+    refill_.tree_.ForgetDeleted();
+    refill_.tree_.Selection().caretMoved();
+}
+
+// As after an emptying, the control has no caret then and shows what is added closed. What is added
+// and deleted below a closed branch also takes it less time.
+bool TreeRefill::emptied() {
+    if (!std::exchange(expected_, false)) return false;
+    differences_ = 0;
+    recognised_ = false;
+    TreeModel& model = tree_.Model();
+    tree_.EndEditLabel(true);
+    tree_.Selection().moveCaret(nullptr);
+    for (const TreeItem* top = model.first(); top; top = top->next)
+        tree_.SendToControl(TVM_EXPAND, TVE_COLLAPSE, top->handle);
+    model.keepWaiting();
+    tree_.ForgetDeleted();
+    return true;
+}
+
+// The node's item among those that wait below `parent`, once the items of nodes that have gone from
+// in front of it have been deleted; null when there is none.
+TreeItem* TreeRefill::matching(TreeItem* parent, NodeHandle node) {
+    int gone = 0;
+    const TreeItem* same = tree_.Model().firstWaiting(parent);
+    while (same && same->node != node && gone < kMostGone) {
+        same = same->next;
+        ++gone;
+    }
+    if (!same || same->node != node) return nullptr;
+    differences_ += gone;
+    for (; gone > 0; --gone) deleteFirstWaiting(parent);
+    return tree_.Model().firstWaiting(parent);
+}
+
+TreeItem* TreeRefill::takeBack(TreeItem* parent, std::string_view text, NodeHandle node,
+                               int image) {
+    if (!tree_.Model().firstWaiting(parent)) return nullptr;
+    const bool found = matching(parent, node) != nullptr;
+    if (parent && !std::exchange(recognised_, true) && !found) {
+        deleteWaiting();  // another scene
+        return nullptr;
+    }
+    if (!found && parent && ++differences_ < kMostDifferences) return nullptr;
+    TreeItem& item = tree_.Model().putBack(parent);
+    if (item.node != node || item.text != text || item.image != image)
+        showAnew(item, text, node, image);
+    return &item;
+}
+
+void TreeRefill::showAnew(TreeItem& item, std::string_view text, NodeHandle node, int image) {
+    if (item.node != node && item.firstWaiting)
+        tree_.SendToControl(TVM_EXPAND, TVE_COLLAPSE, item.handle);
+    std::wstring wideText = toWide(text);
+    TVITEMW shown{};
+    shown.mask = TVIF_HANDLE | TVIF_TEXT | TVIF_PARAM | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
+    shown.hItem = item.handle;
+    shown.pszText = wideText.data();
+    shown.lParam = static_cast<LPARAM>(node);
+    shown.iImage = shown.iSelectedImage = image;
+    tree_.SendToControl(TVM_SETITEMW, 0, &shown);
+    item.node = node;
+    item.text = text;
+    item.image = image;
+}
+
+void TreeRefill::deleteFirstWaiting(TreeItem* parent) {
+    const auto changing = tree_.Changing();
+    TreeModel& model = tree_.Model();
+    const HTREEITEM handle = model.firstWaiting(parent)->handle;
+    model.dropWaiting(parent);
+    tree_.SendToControl(TVM_DELETEITEM, 0, handle);
+}
+
+void TreeRefill::deleteWaiting() {
+    TreeModel& model = tree_.Model();
+    if (!model.hasWaiting()) return;
+    const auto changing = tree_.Changing();
+    while (model.firstWaiting(nullptr)) deleteFirstWaiting(nullptr);
+    for (TreeItem* at = model.first(); at; at = TreeModel::following(*at)) {
+        if (at->firstWaiting && !at->firstChild) {
+            while (at->firstWaiting) model.dropWaiting(at);
+            tree_.DeleteAllBelow(at->handle);
+        }
+        while (at->firstWaiting) deleteFirstWaiting(at);
+    }
+}
+
+}  // namespace tessera

@@ -1,0 +1,17 @@
+#include "usermessages.h"
+
+#include <framework/strings.h>
+
+namespace tessera {
+
+void showMessage(const CWnd& owner, unsigned stringId) {
+    const std::string text = loadString(stringId);
+    owner.ShowMessage(text);
+}
+
+void beepSimply() noexcept {
+    constexpr UINT kSimpleBeep = 0xFFFFFFFF;
+    ::MessageBeep(kSimpleBeep);
+}
+
+}  // namespace tessera
