@@ -169,7 +169,7 @@ void CBitmapButton::DrawItem(const DRAWITEMSTRUCT& item) {
                  area.top, SRCCOPY);
 }
 
-// The control would draw itself at once, perhaps to be disabled again before anybody has seen it.
+// The control would draw itself at once, and often again when it is enabled the next moment.
 void CBitmapButton::OnEnable(bool) {
     Invalidate(false);
 }
@@ -202,8 +202,8 @@ LRESULT CBitmapButton::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             if (LOWORD(lParam)) Invalidate(false);
             return 0;
         case WM_LBUTTONDBLCLK:
-            // Quick clicks are clicks: an owner-drawn button would report every second one as a
-            // double click.
+            // An owner-drawn button would report every second of several quick clicks as a double
+            // click.
             if (up_) return Default(WM_LBUTTONDOWN, wParam, lParam);
             break;
         case WM_ERASEBKGND:

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// The dialog stands in the title bar and in the task list under its owner's icon.
+/// Shows the owner's icon in the dialog's title bar and in the task list.
 void showOwnersIcon(HWND dialog) {
     const HWND owner = ::GetWindow(dialog, GW_OWNER);
     if (!owner) return;
@@ -29,7 +29,7 @@ CDialog::~CDialog() {
 
 INT_PTR CDialog::DoModal() {
     if (HasWindow()) return -1;
-    // The resources are the caller's choice; the context is always the module's.
+    // The caller chooses the resources; the context is always the module's.
     const HINSTANCE resources = resourceInstance();
     const ModuleScope module;
     ensureCommonControls();
@@ -48,7 +48,7 @@ bool CDialog::Create(UINT templateId, HWND parent) {
     failed_ = false;
     const HWND window = ::CreateDialogParamW(resources, MAKEINTRESOURCEW(templateId), parent,
                                              DialogProc, reinterpret_cast<LPARAM>(this));
-    if (window && failed_) ::DestroyWindow(window);  // which may not be ours yet
+    if (window && failed_) ::DestroyWindow(window);  // perhaps not connected yet
     if (!window || !HasWindow()) return false;
     showOwnersIcon(window);
     return true;

@@ -85,7 +85,7 @@ void CEdit::FitScrollBar() const {
 
 void CEdit::SetFittedText(std::string_view text) const {
     if (!HasWindow()) return;
-    // A bar that comes or goes breaks the lines anew, which takes long for a long text.
+    // Showing or hiding the bar breaks the lines again, which takes long for a long text.
     const SIZE room = Room();
     const auto lines = std::count(text.begin(), text.end(), '\n') + 1;
     ShowScrollBar(lines > room.cy || std::cmp_greater(text.size(), room.cx * room.cy));

@@ -3,7 +3,7 @@
 
 namespace {
 
-// The platform keeps item texts of any length but gives as much as the buffer holds.
+// The platform keeps item texts of any length but returns no more than the buffer holds.
 constexpr size_t kFirstTextBuffer = 260;
 constexpr size_t kLastTextBuffer = 1 << 20;
 
@@ -63,7 +63,7 @@ std::string CTreeCtrl::ItemText(HTREEITEM item) const {
         description.pszText = text.data();
         description.cchTextMax = static_cast<int>(size);
         if (!Send(TVM_GETITEMW, 0, pointerTo(&description))) return {};
-        // The control may give its own buffer instead of filling ours.
+        // The control may return a buffer of its own instead of filling this one.
         const std::wstring_view given = description.pszText;
         if (given.size() + 1 < size || description.pszText != text.data()) return toUtf8(given);
     }

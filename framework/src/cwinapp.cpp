@@ -28,7 +28,7 @@ void reportCurrentException() noexcept {
     try {
         if (CWinApp* const app = CWinApp::Current()) app->OnException(std::current_exception());
     } catch (...) {
-        // A failure to report has nowhere to go; the first one has been dealt with already.
+        // A failure while reporting cannot be reported.
     }
 }
 
@@ -88,7 +88,7 @@ int CWinApp::RunProgram() noexcept {
 
 int CWinApp::Run() {
     MSG message{};
-    // -1 is a failure of the call itself, which would come again and again.
+    // -1 is a failure of the call itself, which would repeat without end.
     while (::GetMessageW(&message, nullptr, 0, 0) > 0) {
         if (PreTranslateMessage(message)) continue;
         ::TranslateMessage(&message);

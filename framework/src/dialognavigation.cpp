@@ -11,7 +11,7 @@ namespace {
 
 HHOOK g_hook = nullptr;
 
-// Never destroyed: a dialog that is a static object may go after this would have.
+// Never destroyed: a dialog may be a static object that is destroyed later.
 std::vector<CDialog*>& dialogs() {
     static auto* const list = new std::vector<CDialog*>;
     return *list;

@@ -43,8 +43,8 @@ HDC PaintBuffer::contextFor(HDC like, const RECT& area) noexcept {
     return dc_;
 }
 
-// A bitmap of the display's own kind would have to be made anew whenever the display's mode
-// changes.
+// Not a bitmap of the display's own format, which would have to be replaced whenever the display's
+// mode changes.
 bool PaintBuffer::grow(HDC like, SIZE least) noexcept {
     const SIZE size{std::max(size_.cx, least.cx), std::max(size_.cy, least.cy)};
     drop();
@@ -74,7 +74,7 @@ BufferedPaint::BufferedPaint(HWND window, PaintBuffer* kept) noexcept : window_(
     ::BeginPaint(window, &paint_);
     if (!paint_.hdc || ::IsRectEmpty(&paint_.rcPaint)) return;
     memory_ = (kept ? *kept : own_).contextFor(paint_.hdc, paint_.rcPaint);
-    // The next drawing finds the context as this one did.
+    // So that the next drawing begins with the same state.
     if (memory_) state_ = ::SaveDC(memory_);
 }
 

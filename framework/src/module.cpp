@@ -10,8 +10,8 @@ HINSTANCE g_resources = nullptr;
 
 constexpr WORD kIsolationAwareManifest = 2;
 
-// Lives as long as the process: window procedures may still run while static objects are being
-// destroyed, and a context of a module that has gone harms nobody.
+// Kept until the process ends: window procedures may still run while static objects are being
+// destroyed, and the context of an unloaded module does no harm.
 HANDLE createModuleContext() noexcept {
     ACTCTXW description{};
     description.cbSize = sizeof description;

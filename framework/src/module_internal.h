@@ -8,8 +8,8 @@
 /// Registers the platform's common controls, once.
 void ensureCommonControls() noexcept;
 
-/// Hands the exception being handled to the application object; nothing leaves this function.
-/// Must be called from within a catch block.
+/// Passes the exception that is being handled to the application object. Throws nothing. Must be
+/// called from within a catch block.
 void reportCurrentException() noexcept;
 
 /// A function of a loaded library of the platform by name, or null. The caller names its type.

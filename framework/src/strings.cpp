@@ -4,7 +4,7 @@
 
 const std::string& loadString(unsigned id) {
     static std::string buffer;
-    // With a length of 0 the platform gives a pointer into the resource instead of a copy.
+    // With a length of 0 the platform returns a pointer into the resource instead of a copy.
     const wchar_t* resource = nullptr;
     const int length =
         ::LoadStringW(resourceInstance(), id, reinterpret_cast<wchar_t*>(&resource), 0);

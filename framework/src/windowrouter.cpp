@@ -18,14 +18,14 @@ struct Connection {
 
 using Connections = std::unordered_map<HWND, Connection>;
 
-// Never destroyed: windows of static objects die while static objects are being destroyed.
+// Never destroyed: windows of static objects are destroyed while static objects are.
 Connections& connections() {
     static auto* const map = new Connections;
     return *map;
 }
 
-// Classes that the module's windows are made of. A library takes its classes back when it goes; the
-// platform does not do that.
+// The module's window classes. A library unregisters its classes when it is unloaded; the platform
+// does not do that.
 class RegisteredClasses {
 public:
     ~RegisteredClasses() {
@@ -64,8 +64,9 @@ bool WindowRouter::connect(CWnd& object, HWND window) {
     const auto [place, isNew] = connections().try_emplace(window, Connection{nullptr, nullptr});
     Connection& connection = place->second;
     if (connection.object) return false;
-    // The class decides, not who has the window now: somebody may listen in front of a window of
-    // our own class, and putting ourselves before them as well would make the two call each other.
+    // The class decides, not the present window procedure: another module may have subclassed a
+    // window of our own class, and subclassing it again would make the two procedures call each
+    // other without end.
     const auto ofClass = reinterpret_cast<WNDPROC>(::GetClassLongPtrW(window, GCLP_WNDPROC));
     if (isNew && ofClass == procedure) {
         connection.former = ::DefWindowProcW;
@@ -85,7 +86,8 @@ void WindowRouter::disconnect(CWnd& object) noexcept {
     const bool classOfOurs = found->second.former == ::DefWindowProcW;
     const auto here = reinterpret_cast<WNDPROC>(::GetWindowLongPtrW(found->first, GWLP_WNDPROC));
     if (!classOfOurs && here != procedure) {
-        // Someone listens in front of us and will go on calling `procedure`: stay and pass on.
+        // Another module has subclassed the window after us and goes on calling `procedure`, which
+        // therefore stays and passes everything on.
         found->second.object = nullptr;
         return;
     }
@@ -143,7 +145,7 @@ LRESULT WindowRouter::handle(CWnd& object, Message& message) noexcept {
         result = object.WindowProc(message.message, message.wParam, message.lParam);
     } catch (...) {
         reportCurrentException();
-        // A paint that failed would be asked for again at once, without end.
+        // Otherwise the platform would ask for the failed paint again and again.
         if (message.message == WM_PAINT) ::ValidateRect(message.window, nullptr);
         if (message.message == WM_CREATE) result = -1;
     }

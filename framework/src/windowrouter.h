@@ -5,8 +5,8 @@
 
 #include <utility>
 
-/// The boundary between the platform's messages and the objects: every message of a connected
-/// window arrives in `procedure`, and no exception leaves it.
+/// Between the platform's messages and the objects: every message of a connected window arrives in
+/// `procedure`, which lets no exception out.
 class WindowRouter {
 public:
     /// The message that an object is handling, for `CWnd::Default`.
@@ -15,14 +15,15 @@ public:
         UINT message;
         WPARAM wParam;
         LPARAM lParam;
-        /// What the former owner of the window answered; the answer of handlers without a result.
+        /// The result of the window's former procedure, and of handlers that have none of their
+        /// own.
         LRESULT result = 0;
     };
 
     static CWnd* objectOf(HWND window) noexcept;
     static bool connect(CWnd& object, HWND window);
     static void disconnect(CWnd& object) noexcept;
-    /// Lets the object destroy its window when it goes.
+    /// Makes the object destroy its window in its destructor.
     static void own(CWnd& object) noexcept { object.created_ = true; }
     static bool registerClass(const wchar_t* className, UINT classStyle, HBRUSH background,
                               HICON icon);

@@ -10,7 +10,7 @@ namespace {
 
 constexpr UINT kEditorId = 1;
 constexpr int kShownEntries = 10;
-// Posted by the list to itself: it must not be taken down within the combo box's own procedure.
+// Posted by the list to itself: it must not be destroyed within the combo box's own procedure.
 constexpr UINT kChoiceMade = WM_APP + 2;
 
 bool isMove(UINT key) noexcept {
@@ -63,8 +63,8 @@ POINT CInPlaceEdit::TextOrigin() const {
     return {screen.x - window.left, screen.y - window.top};
 }
 
-// So that the text does not jump: that of the cell is centred, that of an edit field stands at its
-// upper edge, wherefore the field's client area begins lower down.
+// Lets the text stay where it is in the cell: there it is centred, but in an edit field it stands
+// at the upper edge. So the field's client area begins lower down.
 void CInPlaceEdit::AlignWithCell() {
     Send(EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
     const int margin = std::max(owner_.TextMargin() - static_cast<int>(TextOrigin().x), 0);
@@ -101,7 +101,7 @@ void CInPlaceEdit::HandleNotification(UINT code) {
     if (code == EN_CHANGE) GrowWithLines();
 }
 
-// Downwards from the cell and, where there is no room left, upwards.
+// The field grows downwards from the cell and, where there is no room left, upwards.
 void CInPlaceEdit::GrowWithLines() {
     if (!multiLine_) return;
     const auto lines = std::max<LONG>(static_cast<LONG>(Send(EM_GETLINECOUNT)), 1);
@@ -114,7 +114,8 @@ void CInPlaceEdit::GrowWithLines() {
     area.bottom = std::min(area.bottom - excess, lowest);
     if (heightOf(area) == heightOf(WindowRect())) return;
     MoveTo(area);
-    // From the first line on again, which an edit field scrolls away while it has too little room.
+    // Shows the first line again, which an edit field has scrolled away while it had too little
+    // room.
     Send(EM_LINESCROLL, 0, -lines);
     Send(EM_SCROLLCARET);
 }
@@ -161,8 +162,8 @@ bool CInPlaceList::Open(const RECT& area) {
     return true;
 }
 
-// The closed box has its text in the middle of a field that is just high enough for it, and stands
-// where that text is at the same height as the cell's.
+// The closed box is just high enough for its text, and is placed so that the text is at the same
+// height as the cell's.
 void CInPlaceList::AlignWithCell(const RECT& cell) {
     constexpr int kAroundText = 2;
     const int text = textHeight(*this);
@@ -192,7 +193,7 @@ void CInPlaceList::OnKeyDown(UINT key, UINT, UINT) {
         return;
     }
     const bool keep = key != VK_ESCAPE;
-    // Closing the list would count as giving up.
+    // Otherwise closing the list would count as a cancellation.
     chosen_ = true;
     const int choice = Selected();
     ShowDropDown(false);
@@ -210,7 +211,7 @@ void CInPlaceList::SearchFor(wchar_t typed) {
     if (now - lastTyped_ > kPause) typed_.clear();
     lastTyped_ = now;
     typed_ += typed;
-    // The same key again and again goes through the entries that begin with it.
+    // The same key pressed repeatedly goes through the entries that begin with it.
     const bool repeated = typed_.find_first_not_of(typed) == std::wstring::npos;
     const std::wstring sought = repeated ? std::wstring(1, typed) : typed_;
     const int after = repeated ? Selected() : Selected() - 1;

@@ -9,7 +9,7 @@
 using grid::CellId;
 using grid::EditorKind;
 
-// What the parent is told
+// Notifications to the parent
 
 LRESULT CGridCtrl::NotifyParent(UINT code, CellId cell, const std::string& text) const {
     const HWND parent = Parent();
@@ -41,13 +41,13 @@ std::string CGridCtrl::EditedText(const NMHDR& notification) {
 
 bool CGridCtrl::ChangeText(CellId cell, const std::string& text) {
     const std::string former = CellText(cell.row, cell.column);
-    // First the cell, then the owner, whose own idea of the text (a normalised number) comes last.
+    // The cell gets the text first, so that the owner can replace it (by a normalised number).
     SetCellText(cell.row, cell.column, text);
     const HWND self = Handle();
     const bool focused = HasFocus();
     const LRESULT answer = NotifyParent(LVN_ENDLABELEDITW, cell, text);
     if (FromHandle(self) != this) return false;
-    // Whatever the owner did with the focus to show the new text: the user is still here.
+    // The owner may have moved the focus while it showed the new text; the user is still here.
     if (focused && IsVisible()) SetFocus();
     if (answer >= 0) return true;
     if (CellText(cell.row, cell.column) == text) SetCellText(cell.row, cell.column, former);
@@ -124,7 +124,7 @@ void CGridCtrl::EditorDone(const CWnd& editor, bool keep, UINT key) {
     if (&editor == editor_.get()) FinishEdit(keep, key);
 }
 
-// Nothing when a list has no choice to give.
+// Nothing when no entry of a list is chosen.
 std::optional<std::string> CGridCtrl::EditorText() const {
     const auto* const list = dynamic_cast<const CInPlaceList*>(editor_.get());
     if (list && list->Selected() < 0) return std::nullopt;
@@ -136,8 +136,8 @@ void CGridCtrl::FinishEdit(bool keep, UINT key) {
     const HWND self = Handle();
     const CellId cell = editedCell_;
     const std::optional<std::string> entered = EditorText();
-    // From here on the editor's own messages are no longer heard. It is destroyed later, since this
-    // may have been called from one of its handlers.
+    // From here on messages of the editor are ignored. It is destroyed later, since this may have
+    // been called from one of its handlers.
     const HWND editor = editor_->Handle();
     retiredEditors_.push_back(std::move(editor_));
     Post(kDropRetiredEditors);

@@ -25,7 +25,7 @@ UINT mirrored(UINT key) noexcept {
 std::optional<CellId> CGridCtrl::TargetOf(UINT key, bool control) const {
     const CellId first = FirstFreeCell();
     if (!first.IsValid()) return std::nullopt;
-    // From a heading, or from nowhere, the way goes to the first cell.
+    // From a heading, or without a focus cell, every key goes to the first cell.
     if (!IsValid(focus_) || IsFixed(focus_)) return first;
     const CellId last = LastCell();
     CellId cell = focus_;
@@ -169,18 +169,18 @@ void CGridCtrl::OnKeyDown(UINT key, UINT, UINT) {
 }
 
 void CGridCtrl::OnChar(UINT utf16, UINT repeat, UINT flags) {
-    // Among them is that of the Enter which has just opened the editor.
+    // The character of the Enter that has just opened the editor is among them.
     constexpr UINT kDeleteCharacter = 127;
     if (utf16 < L' ' || utf16 == kDeleteCharacter) return;
-    // What is typed faster than the editor opens belongs to the editor.
+    // A character typed before the editor has taken the keyboard is for the editor.
     if (const HWND editor = Editor())
         ::SendMessageW(editor, WM_CHAR, utf16, MAKELPARAM(repeat, flags));
     else
         BeginEdit(focus_, static_cast<wchar_t>(utf16));
 }
 
-// An input method composes for the window that had the keyboard when it began. The edit that this
-// starts takes over, and what still comes here belongs to it.
+// An input method sends its messages to the window that had the keyboard when composing began. That
+// opens the editor, which gets all further ones.
 LRESULT CGridCtrl::Compose(UINT message, WPARAM wParam, LPARAM lParam) {
     if (!Editor() && message == WM_IME_STARTCOMPOSITION) StartEdit(focus_, true, 0);
     if (const HWND editor = Editor()) return ::SendMessageW(editor, message, wParam, lParam);
@@ -189,7 +189,7 @@ LRESULT CGridCtrl::Compose(UINT message, WPARAM wParam, LPARAM lParam) {
 
 void CGridCtrl::OnSetFocus(HWND) {
     focused_ = true;
-    // Without a focus cell the keyboard would show nothing of being here.
+    // Without a focus cell nothing would show that the grid has the keyboard.
     if (!IsValid(focus_) && FirstFreeCell().IsValid() && !isDown(VK_LBUTTON))
         MoveFocus(FirstFreeCell(), false);
     InvalidateAll();

@@ -66,7 +66,7 @@ void CGridCtrl::FitColumns(int from, int width) {
     const auto first = shares_.begin() + from;
     const double total = std::accumulate(first, shares_.end(), 0.0);
     if (total <= 0) return;
-    // Each column ends where the shares so far end, so that the rounding never adds up.
+    // Each column's end is rounded by itself, so that rounding errors do not add up.
     double share = 0;
     int end = 0;
     for (auto at = first; at != shares_.end(); ++at) {
@@ -91,7 +91,7 @@ void CGridCtrl::ResizeColumn(int column, int width) {
         SetColumnWidth(column, std::max(width, least));
         return;
     }
-    // The columns keep filling the width: those to the right take what this one leaves.
+    // The columns keep filling the width: those to the right get the rest.
     if (right <= 0) return;
     int before = 0;
     for (int i = 0; i < column; ++i) before += ColumnWidth(i);
@@ -118,7 +118,7 @@ int CGridCtrl::RowHeight() const {
     return rowHeight_;
 }
 
-// A dialog gives its controls the font when it makes them, before there is an object to keep it.
+// A dialog sets the font of its controls when it creates them, before there is an object for it.
 HFONT CGridCtrl::GridFont() const {
     if (font_) return font_;
     const HWND parent = Parent();
@@ -151,7 +151,7 @@ int CGridCtrl::ColumnAt(int x) const noexcept {
     if (x < 0) return -1;
     int left = 0;
     for (int column = 0; column < columnCount_; ++column) {
-        // From the first column that scrolls on, what is scrolled away lies behind the fixed ones.
+        // Columns that are scrolled away lie behind the fixed ones.
         if (column == fixedColumns_ && x >= left) x += scrollX_;
         left += ColumnWidth(column);
         if (x < left) return column;
@@ -231,7 +231,7 @@ int CGridCtrl::MaxScrollX() const {
     return std::max(total - static_cast<int>(ClientRect().right), 0);
 }
 
-// True when the bar has to be drawn anew.
+// True when the bar has to be redrawn.
 bool CGridCtrl::SetScrollBar(int bar, DWORD style, const SCROLLINFO& wanted) const {
     SCROLLINFO now{};
     now.cbSize = sizeof now;
@@ -272,9 +272,8 @@ bool CGridCtrl::UpdateHorizontalBar() {
 }
 
 // The platform takes longer to show, hide or draw a bar than the grid does for all its cells. So
-// the columns are fitted only to what the vertical bar has left, lest they need a bar of their own
-// for a moment; and the bars are drawn when the grid is painted, once for all changes, and not at
-// all for none.
+// the columns are fitted after the vertical bar, or they might need a horizontal bar for a moment;
+// and the bars are drawn when the grid is painted, once for all changes.
 void CGridCtrl::UpdateScrollBars() {
     if (!HasWindow() || updatingScrollBars_ || updating_ > 0) return;
     bool changed = false;
@@ -365,7 +364,7 @@ void CGridCtrl::OnMouseWheel(UINT keys, int delta, POINT) {
     ::SystemParametersInfoW(SPI_GETWHEELSCROLLLINES, 0, &lines, 0);
     const int perNotch =
         lines == WHEEL_PAGESCROLL ? PageRows() : static_cast<int>(std::min(lines, 100u));
-    // Fine wheels send parts of a notch; what is left of one counts for the next message.
+    // Fine wheels send parts of a notch; the remainder counts for the next message.
     wheel_ += delta * perNotch;
     const int steps = wheel_ / WHEEL_DELTA;
     wheel_ %= WHEEL_DELTA;

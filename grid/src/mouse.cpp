@@ -19,7 +19,7 @@ void CGridCtrl::OnLButtonDown(UINT keys, POINT at) {
     const HWND self = Handle();
     EndEdit(true);
     if (FromHandle(self) != this) return;
-    // Whether this click may edit: the cell must have been the focus cell before it.
+    // A click edits only the cell that was the focus cell before it.
     const CellId before = focused_ ? focus_ : CellId{};
     SetFocus();
     StopTracking();
@@ -71,7 +71,7 @@ void CGridCtrl::PressCell(CellId cell, UINT keys) {
     pressedCell_ = cell;
     const bool inSelection = selection_.Contains(cell) && !(keys & MK_SHIFT);
     if (dragAndDrop_ && inSelection) {
-        // Whether this is a click or the start of a drag shows later.
+        // Click or start of a drag: that is decided when the mouse moves or the button comes up.
         tracking_ = Tracking::pressed;
     } else {
         MoveFocus(cell, (keys & MK_SHIFT) != 0);
@@ -84,8 +84,8 @@ void CGridCtrl::PressCell(CellId cell, UINT keys) {
 void CGridCtrl::OnMouseMove(UINT keys, POINT at) {
     if (tracking_ != Tracking::none && !(keys & MK_LBUTTON)) StopTracking();
     mousePoint_ = at;
-    // A hand trembles: a click is not a drag. What counts is the way of the mouse, since a press on
-    // a row that is partly shown scrolls the cells under it.
+    // A small movement is still a click. The mouse's distance counts and not the cell under it,
+    // since a press on a row that is partly shown scrolls the cells.
     moved_ = moved_ || std::abs(at.x - pressPoint_.x) >= 2 * ::GetSystemMetrics(SM_CXDRAG) ||
              std::abs(at.y - pressPoint_.y) >= 2 * ::GetSystemMetrics(SM_CYDRAG);
     if (moved_ || tracking_ == Tracking::resizing) TrackTo(at);
@@ -145,7 +145,7 @@ void CGridCtrl::OnLButtonUp(UINT, POINT) {
         if (target.IsValid()) DropAt(target);
         return;
     }
-    // A press within the selection might have become a drag; it was a click.
+    // A press within the selection that has not become a drag is a click.
     if (tracked == Tracking::pressed) MoveFocus(cell, false);
     if (edit) BeginEdit(cell);
 }

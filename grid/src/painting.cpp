@@ -1,4 +1,4 @@
-// How the grid looks. Only the cells within the invalid area are drawn, through memory.
+// Drawing the grid: only the cells within the invalid area, through memory.
 #include <framework/text.h>
 #include <grid/cgridctrl.h>
 
@@ -11,7 +11,7 @@ using grid::CellRange;
 namespace {
 
 constexpr COLORREF kLine = RGB(200, 200, 200);
-// More of a text than this is never seen in a cell, but would cost time to measure.
+// Characters of a text; no cell shows more, and measuring more would take time.
 constexpr size_t kMostDrawn = 1000;
 
 void fill(HDC dc, const RECT& area, COLORREF colour) {
@@ -19,7 +19,7 @@ void fill(HDC dc, const RECT& area, COLORREF colour) {
     ::ExtTextOutW(dc, 0, 0, ETO_OPAQUE, &area, nullptr, 0, nullptr);
 }
 
-// A colour on the way from one to another that is still easy to read on the latter.
+// A mixture of two colours that is still easy to read on the second.
 COLORREF between(COLORREF from, COLORREF to) {
     const auto part = [](BYTE a, BYTE b) { return static_cast<BYTE>((3 * a + b) / 4); };
     return RGB(part(GetRValue(from), GetRValue(to)), part(GetGValue(from), GetGValue(to)),

@@ -11,7 +11,7 @@
 /// A picture as large as the button (at 100 % display scaling) is its whole face and is stretched
 /// over it; a smaller one stands in the middle of a push button's frame. A focus picture must show
 /// the keyboard focus by itself.
-/// Its parent must be an object of this layer, which hands the drawing on.
+/// Its parent must be an object of this layer, which passes the drawing messages on.
 class CBitmapButton : public CButton {
 public:
     /// Connects the control `id` of `parent`, makes it owner-drawn and loads the pictures by its

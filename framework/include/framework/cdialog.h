@@ -38,7 +38,7 @@ public:
         : templateId_(templateId), parent_(parent) {}
     ~CDialog() override;
 
-    /// Runs the dialog and gives what `EndDialog` was called with, -1 when it cannot be created.
+    /// Runs the dialog and returns the argument of `EndDialog`, -1 when it cannot be created.
     INT_PTR DoModal();
 
     /// Creates the modeless dialog `templateId` of the module's resources; it is visible when its
@@ -52,18 +52,18 @@ public:
     /// Runs `DoDataExchange`: true from the controls to the members, false the other way.
     void UpdateData(bool save = true);
 
-    /// Gives every child control that exists now a tool tip, or takes the tips away. For each tip
+    /// Adds a tool tip for every child control that exists now, or removes the tips. For each tip
     /// the dialog gets the platform's text request (TTN_NEEDTEXTW, or TTN_NEEDTEXTA from a control
-    /// that asks so) in `OnNotify`; `ToolTipControlId` tells for which control. For modeless
-    /// dialogs: the hook on their thread tells the tips of the mouse. The platform's own way, to
-    /// listen in front of every control, would slow each of their messages down.
+    /// that asks for it) in `OnNotify`; `ToolTipControlId` says for which control. For modeless
+    /// dialogs: the hook on their thread passes mouse messages to the tips. The platform's own way,
+    /// to subclass every control, would slow down each message to them.
     bool EnableToolTips(bool on = true);
     /// The control id that a TTN_NEEDTEXTW or TTN_NEEDTEXTA request is about.
     static int ToolTipControlId(const NMHDR& request) noexcept;
 
 protected:
     /// Called once the controls exist. The default fills the controls by `UpdateData(false)`. True
-    /// lets the platform give the focus to the first control.
+    /// lets the platform move the focus to the first control.
     virtual bool OnInitDialog();
     virtual void DoDataExchange(DataExchange&) {}
 

@@ -33,7 +33,7 @@ public:
     /// For a field of several lines with a vertical scroll bar: shows the bar while there are more
     /// lines than fit, and hides it otherwise.
     void FitScrollBar() const;
-    /// `SetText` and `FitScrollBar`, in less time: the platform draws a bar anew at every new text,
+    /// `SetText` and `FitScrollBar`, in less time: the platform redraws a bar at every new text,
     /// needed or not, which takes longer than all the rest.
     void SetFittedText(std::string_view text) const;
     bool IsModified() const;

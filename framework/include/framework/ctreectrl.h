@@ -38,12 +38,12 @@ public:
     HTREEITEM PreviousSibling(HTREEITEM item) const { return Next(item, TVGN_PREVIOUS); }
     HTREEITEM NextVisible(HTREEITEM item) const { return Next(item, TVGN_NEXTVISIBLE); }
     HTREEITEM PreviousVisible(HTREEITEM item) const { return Next(item, TVGN_PREVIOUSVISIBLE); }
-    /// Whether the item counts as one with children, which gives it a button.
+    /// Whether the control draws a button beside the item, as for one with children.
     bool ShowsButton(HTREEITEM item) const;
-    /// Makes it count so: 1, 0, or I_CHILDRENAUTO for what is there.
+    /// Sets that: 1, 0, or I_CHILDRENAUTO to follow the children that there are.
     void SetChildren(HTREEITEM item, int children) const;
 
-    /// Makes an item the caret; null leaves the tree without one.
+    /// Makes an item the caret; with null the tree has none.
     bool Select(HTREEITEM item) const;
     bool SelectDropTarget(HTREEITEM item) const;
     /// `code` is TVE_EXPAND, TVE_COLLAPSE or TVE_TOGGLE.
@@ -60,7 +60,7 @@ public:
     HWND EditLabel(HTREEITEM item) const;
     void EndEditLabel(bool cancel) const;
 
-    /// Not owned; gives the former one. `kind` is TVSIL_NORMAL or TVSIL_STATE.
+    /// The list is not owned; the result is the former one. `kind` is TVSIL_NORMAL or TVSIL_STATE.
     HIMAGELIST SetImageList(HIMAGELIST list, int kind = TVSIL_NORMAL) const;
     /// An image list of its own that shows the item, for a drag.
     CImageList CreateDragImage(HTREEITEM item) const;

@@ -24,7 +24,7 @@ public:
     /// it runs within DllMain, so it must not load libraries or create windows.
     virtual bool InitInstance() { return true; }
 
-    /// End hook: once, before the module goes. In a program its result is the exit code.
+    /// End hook: once, before the module is unloaded. In a program its result is the exit code.
     virtual int ExitInstance() { return exitCode_; }
 
     /// Sees a program's messages before they are dispatched (accelerators); true takes the message.
@@ -38,7 +38,7 @@ public:
     /// from the start hook makes the load fail.
     static BOOL DllMain(DWORD reason) noexcept;
 
-    /// A program's life: start hook, messages until WM_QUIT, end hook. Gives the exit code, 1 when
+    /// Runs a program: start hook, messages until WM_QUIT, end hook. Returns the exit code, 1 when
     /// the start hook refuses or throws.
     static int RunProgram() noexcept;
 

@@ -3,8 +3,9 @@
 // Members of the C... classes follow the platform's way of naming. All texts are UTF-8. All of it
 // belongs to the thread that created the windows; nothing is locked.
 //
-// What takes or gives a text, or makes a window, may throw `std::bad_alloc`; nothing else throws.
-// What the platform refuses is false, null, -1 or an empty text, and has no effect.
+// Functions with a text as argument or result, and those that create a window, may throw
+// `std::bad_alloc`; nothing else throws. A call that the platform refuses has no effect and returns
+// false, null, -1 or an empty text.
 #pragma once
 
 #include <framework/gdi.h>
@@ -13,16 +14,16 @@
 #include <string>
 #include <string_view>
 
-/// A window of this object's own, or one made by someone else and listened to.
+/// A window that this object has created, or one that it has subclassed.
 ///
 /// Messages: once the object is connected (`Create...`, `SubclassWindow`, `SubclassDlgItem`), every
 /// message of the window goes to `WindowProc`, whose default calls one of the `On...` handlers.
 /// A handler that does not override, or calls the base class's handler, passes the message on with
-/// its original parameters to whoever had the window before. No exception leaves a window
+/// its original parameters to the window's former procedure. No exception leaves a window
 /// procedure: it ends in `CWinApp::OnException`, and the sender of the message gets 0.
 ///
-/// Ownership: the destructor destroys a window that this object created, and lets go of any other.
-/// When the window dies first, the handle becomes null.
+/// Ownership: the destructor destroys a window that this object created, and detaches from any
+/// other. When the window is destroyed first, the handle becomes null.
 class CWnd {
 public:
     CWnd() = default;
@@ -45,17 +46,17 @@ public:
 
     /// Registers a window class of this module, once; further calls with the same name do nothing.
     /// Windows of it that no object is connected to (in a dialog template) do nothing but exist.
-    /// It is taken back when the module goes. False when the platform refuses.
+    /// It is unregistered when the module is unloaded. False when the platform refuses.
     static bool RegisterWindowClass(const wchar_t* className, UINT classStyle = CS_DBLCLKS,
                                     HBRUSH background = nullptr, HICON icon = nullptr);
 
-    /// Wraps a handle without listening to its messages (to call the operations below on it). The
-    /// object does not notice when the window dies.
+    /// Wraps a handle without subclassing the window (to call the operations below on it). The
+    /// object does not notice when the window is destroyed.
     void Attach(HWND window) noexcept;
-    /// Lets go of the window, which stays as it is, and gives its handle.
+    /// Detaches from the window, which stays as it is, and returns its handle.
     HWND Detach() noexcept;
 
-    /// Listens to a window made by someone else. False when it is not a window of this thread or
+    /// Connects the object to an existing window. False when it is not a window of this thread or
     /// already has an object.
     bool SubclassWindow(HWND window);
     /// The same for the control `id` of `parent`.

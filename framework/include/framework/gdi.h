@@ -77,7 +77,7 @@ public:
     ~MemoryDc();
     MemoryDc(const MemoryDc&) = delete;
     MemoryDc& operator=(const MemoryDc&) = delete;
-    /// Null when the platform has no room.
+    /// Null when the platform has no memory.
     HDC get() const noexcept { return dc_; }
     HBITMAP bitmap() const noexcept { return bitmap_.get(); }
 
@@ -91,7 +91,7 @@ private:
 /// nothing), the top row first.
 BITMAPINFO pixelFormat(int width, int height) noexcept;
 
-/// A bitmap of such pixels, which belong to it, at `pixels`; empty when there is no room.
+/// A bitmap of such pixels, which belong to it, at `pixels`; empty when there is no memory.
 GdiBitmap makePixelBitmap(int width, int height, std::uint32_t*& pixels) noexcept;
 
 /// The memory that a window is drawn in, for windows that are painted often: asking the platform
@@ -104,7 +104,7 @@ public:
     PaintBuffer& operator=(const PaintBuffer&) = delete;
 
     /// A device context with room for `area`, whose corner its first pixel is; owned by the buffer.
-    /// What it shows is left over from earlier. Null when the platform has no room.
+    /// Its pixels are those of earlier drawings. Null when the platform has no memory.
     HDC contextFor(HDC like, const RECT& area) noexcept;
 
 private:
@@ -118,11 +118,11 @@ private:
 };
 
 /// The drawing of one WM_PAINT through memory, so that nothing flickers: draw to `dc()` in client
-/// coordinates; the destructor copies the invalid area to the window. When there is no room for the
+/// coordinates; the destructor copies the invalid area to the window. Without memory for the
 /// bitmap, `dc()` is the window's own.
 class BufferedPaint {
 public:
-    /// `kept`, where there is one, must outlive this; else the memory is given back at the end.
+    /// `kept`, if not null, must outlive this; without it the memory is freed at the end.
     explicit BufferedPaint(HWND window, PaintBuffer* kept = nullptr) noexcept;
     ~BufferedPaint();
     BufferedPaint(const BufferedPaint&) = delete;
@@ -141,7 +141,8 @@ private:
 
 /// Keeps a window from drawing while it lives, its scroll bars included, then asks for one repaint
 /// of everything. Controls that know WM_SETREDRAW do not all keep their scroll bars still at it,
-/// and some work out afresh where all their items are. Does nothing for a window that is not shown.
+/// and some compute the places of all their items again. Does nothing for a window that is not
+/// shown.
 class DrawingPause {
 public:
     explicit DrawingPause(HWND window) noexcept;

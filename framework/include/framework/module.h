@@ -1,5 +1,5 @@
-// What a module (program or library) of ours must switch to while its own code runs: where its
-// resources come from and which version of the common controls its windows are made of.
+// What a module (program or library) switches to while its own code runs: where its resources come
+// from and which version of the common controls its windows use.
 #pragma once
 
 #include <base/scopedvalue.h>

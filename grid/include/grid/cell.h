@@ -13,7 +13,7 @@ namespace grid {
 /// How a cell is edited. The numbers are part of the interface.
 enum class EditorKind : std::uint8_t { none = 0, edit = 1, list = 2 };
 
-/// A place in a grid; row and column count from 0, fixed ones included. -1 means nowhere.
+/// The position of a cell; row and column count from 0, fixed ones included. -1 means no cell.
 struct CellId {
     int row = -1;
     int column = -1;
@@ -22,7 +22,7 @@ struct CellId {
     friend bool operator==(const CellId&, const CellId&) = default;
 };
 
-/// A rectangle of cells, both corners included. Empty when a corner is nowhere.
+/// A rectangle of cells, both corners included. Empty when a corner is no cell.
 struct CellRange {
     CellId first;
     CellId last;
@@ -40,12 +40,11 @@ struct CellRange {
     friend bool operator==(const CellRange&, const CellRange&) = default;
 };
 
-/// How text stands in a cell unless it is told otherwise: the platform's DT_ codes.
+/// How text is drawn in a cell by default: the platform's DT_ codes.
 inline constexpr UINT kDefaultFormat =
     DT_LEFT | DT_VCENTER | DT_SINGLELINE | DT_END_ELLIPSIS | DT_NOPREFIX;
 
-/// One cell. Small, since a grid may hold hundreds of thousands: an empty text takes no memory of
-/// its own.
+/// One cell. Small, since a grid may hold hundreds of thousands: an empty text allocates nothing.
 class Cell {
 public:
     /// UTF-8, up to the first NUL.

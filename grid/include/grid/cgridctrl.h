@@ -19,7 +19,7 @@ inline constexpr wchar_t kGridWindowClass[] = L"MFCGridCtrl";
 ///
 /// Use: bind it to a dialog's custom control with `SubclassDlgItem`, or `Create` it. Counts, cells,
 /// widths and switches may be set before or after there is a window. Calls about a cell that does
-/// not exist change nothing and give empty results.
+/// not exist change nothing and return empty results.
 ///
 /// Keys: arrows (with Ctrl: to the edge), Page Up and Down, Home and End (with Ctrl: of the grid)
 /// move the focus cell, with Shift they extend the selection; Ctrl+A selects all cells that are not
@@ -36,15 +36,15 @@ inline constexpr wchar_t kGridWindowClass[] = L"MFCGridCtrl";
 /// Notifications to the parent, all WM_NOTIFY:
 /// - LVN_BEGINLABELEDITW (`NMLVDISPINFOW`: iItem row, iSubItem column, lParam datum) before an
 ///   editor opens; an answer other than 0 refuses.
-/// - LVN_ENDLABELEDITW (the same with pszText) after an edit, a paste or a clearing gave a cell a
-/// new
-///   text: the cell holds it already. An answer below 0 refuses: the former text comes back. The
-///   owner may change the grid at will from within. The text is UTF-16; `EditedText` gives UTF-8.
-///   An edit that is cancelled, or left without a change other than by Enter, is not notified.
+/// - LVN_ENDLABELEDITW (the same with pszText) after an edit, a paste or a clearing has changed the
+///   text of a cell: the cell holds the new text already. An answer below 0 refuses: the cell gets
+///   the former text again. The owner may change the grid while it handles this. The text is
+///   UTF-16; `EditedText` returns UTF-8. An edit that is cancelled, or ended without a change other
+///   than by Enter, is not notified.
 class CGridCtrl : public CWnd {
 public:
-    /// Holds back drawing and scroll bars while it lives; the outermost one then brings both up to
-    /// date at once. For an owner that fills a grid.
+    /// Defers drawing and scroll bars while it lives; the outermost one then brings both up to date
+    /// at once. For an owner that fills a grid.
     class UpdateScope {
     public:
         explicit UpdateScope(CGridCtrl& grid) noexcept : grid_(grid) { ++grid_.updating_; }
@@ -104,11 +104,11 @@ public:
 
     // Focus and selection.
 
-    /// The cell that the keyboard acts on; (-1, -1) when there is none. A fixed cell can only
-    /// become it by `SetFocusCell`.
+    /// The cell that the keyboard acts on; (-1, -1) when there is none. Only `SetFocusCell` makes a
+    /// fixed cell the focus cell.
     grid::CellId FocusCell() const noexcept { return focus_; }
-    /// Moves it there, selects it alone and scrolls it into view; an invalid cell leaves the grid
-    /// without a focus cell.
+    /// Moves the focus cell, selects it alone and scrolls it into view; an invalid cell means that
+    /// there is none.
     void SetFocusCell(grid::CellId cell);
     grid::CellRange Selection() const noexcept;
     void SelectRange(const grid::CellRange& range);
@@ -125,9 +125,8 @@ public:
     void AutoSizeColumn(int column);
     void AutoSizeColumns();
     /// Makes the columns fill the client width (a shown vertical scroll bar is not part of it):
-    /// every column gets its share of it. The shares are those of the widths when this was first
-    /// called after the widths were last set; resizing by mouse keeps the columns filling the
-    /// width.
+    /// every column gets its share of it. The shares are those of the widths at the first call
+    /// after the widths were last set; resizing by mouse keeps the columns filling the width.
     void ExpandColumnsToFit();
     int RowHeight() const;
 
@@ -176,8 +175,8 @@ public:
 protected:
     /// Fills a list editor that is about to open for a cell. The default adds nothing.
     virtual void FillList(int /*row*/, int /*column*/, CInPlaceList&) {}
-    /// The position of the entry that `typed` stands for, or begins to, when no entry begins with
-    /// it; -1 for none.
+    /// Asked when no entry of the list begins with `typed`: the position of the entry that it
+    /// means; -1 for none.
     virtual int FindChoice(int /*row*/, int /*column*/, std::string_view /*typed*/) { return -1; }
     /// Ctrl+P. The default asks for a printer and prints the grid under the caption of the window
     /// that it stands in.

@@ -21,7 +21,7 @@ public:
     /// Opens with everything selected or, after a first key, with that character alone.
     bool Open(const RECT& area, std::string_view text, wchar_t firstKey);
 
-    /// The grid hands the field's own notifications (EN_ codes) back to it.
+    /// The field's own notifications (EN_ codes), which its parent, the grid, gets first.
     void HandleNotification(UINT code);
 
 protected:
@@ -57,7 +57,7 @@ public:
     /// Chooses the entry that equals `text` and drops the list down.
     void Start(const std::string& text, wchar_t firstKey);
 
-    /// The grid hands the combo box's own notifications (CBN_ codes) back to it.
+    /// The combo box's own notifications (CBN_ codes), which its parent, the grid, gets first.
     void HandleNotification(UINT code);
 
 protected:

@@ -26,7 +26,7 @@ bool isOfKind(NodeHandle handle, FltNodeKind kind) noexcept;
 /// has none and for a record of a kind that has none.
 int iconOf(NodeHandle handle) noexcept;
 
-/// Loads the node's values into the shared attribute set of its kind and gives that; null when
+/// Loads the node's values into the shared attribute set of its kind and returns the set; null when
 /// there is none. Every later load of a node of the same kind replaces the values.
 FltAttrGroup* loadAttributes(NodeHandle handle) noexcept;
 

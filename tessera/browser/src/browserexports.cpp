@@ -25,7 +25,7 @@ constexpr std::size_t kLongestTitle = 1024;
 std::unique_ptr<Hierarchy> form;
 std::string title;
 
-// Forms destroyed by their client while their own code was on the stack.
+// Forms that their client destroyed while their own code was on the stack.
 std::vector<std::unique_ptr<Hierarchy>> retired;
 
 void destroyForm() {
@@ -34,10 +34,10 @@ void destroyForm() {
     retired.back()->DestroyWindow();
 }
 
-// What every exported function opens first.
+// What every exported function creates first.
 class Entry {
 public:
-    // A form whose window went with its owner is none.
+    // A form whose window was destroyed with its owner does not count.
     Entry() {
         if (form && !form->HasWindow()) destroyForm();
     }
@@ -52,8 +52,8 @@ private:
     FormBusy busy_;
 };
 
-// Runs the body of an exported function. No exception leaves the module: the caller gets the
-// function's plain failure, and the guarded entry point that called it, if one did, the reason.
+// Runs the body of an exported function. No exception leaves the module: the function returns its
+// plain failure, and the reason is noted for the guarded entry point that called it, if one did.
 template <typename Result, typename Body>
 Result enter(Result failure, Body&& body) noexcept {
     try {
@@ -85,7 +85,7 @@ std::string productTitle() {
     return loadString(IDS_FORM_TITLE);
 }
 
-// A caption too long for its window is of no use, and its text is a file's name from outside.
+// The text is a file name of any length; a caption too long for its window is of no use.
 void setTitle(const char* text) {
     title = productTitle();
     if (text && *text) title += " (" + std::string(text) + ")";
@@ -139,7 +139,7 @@ std::int32_t _zufltguicreate(BrowserWindow parent, BrowserCallback callback, std
         try {
             form->SetText(title);
         } catch (...) {
-            if (isNew) destroyForm();  // the caller is told that there is none
+            if (isNew) destroyForm();  // the caller is answered that there is none
             throw;
         }
         form->bind(callback, clientData);

@@ -66,10 +66,10 @@ std::string CSwitch::MaskText() {
 void CSwitch::Display() {
     index_.SetText(std::to_string(Record().currentMask));
     mask_.SetText(MaskText());
-    Tell();
+    SendNotification();
 }
 
-void CSwitch::Tell() {
+void CSwitch::SendNotification() {
     notify_(buffer_, showInViewport_);
 }
 
@@ -135,10 +135,10 @@ void CSwitch::ReadMask() {
     }
 }
 
-// Told whether or not a bit has changed. The text stays as it was typed.
+// Notifies whether or not a bit has changed. The text stays as it was typed.
 void CSwitch::LeaveMask() {
     ReadMask();
-    Tell();
+    SendNotification();
 }
 
 void CSwitch::FinishTyping() {
@@ -169,7 +169,7 @@ bool CSwitch::OnCommand(int id, UINT code, HWND) {
             return true;
         case IDC_SHOW_MASK:
             showInViewport_ = IsItemChecked(IDC_SHOW_MASK);
-            Tell();
+            SendNotification();
             return true;
         default:
             return false;

@@ -12,7 +12,7 @@
 
 namespace tessera {
 
-/// A switch being edited. The client fills the first member, and sees no more of it.
+/// A switch being edited. The client fills the first member and knows no other.
 struct SwitchRecordBuffer {
     std::uint32_t childCount = 0;  ///< bits shown of each mask
     FltSwitch record;
@@ -20,22 +20,22 @@ struct SwitchRecordBuffer {
 };
 
 /// A small window beside the form that shows one mask of a switch as a row of "0" and "1", a
-/// character for each child, and steps through, adds, deletes and changes masks. Every change is
-/// told at once. Closing hides it.
+/// character for each child, and steps through, adds, deletes and changes masks. The form is
+/// notified of every change at once. Closing hides it.
 class CSwitch : public CDialog {
 public:
-    /// Called with the switch after every change and whenever it is shown anew; the flag says
+    /// Called with the switch after every change and whenever it is displayed; the flag says
     /// whether the viewports are to follow.
     using Notify = std::function<void(SwitchRecordBuffer&, bool showInViewport)>;
 
-    /// `buffer` is not owned and must outlive the editor. `refuse` tells the user that the record
+    /// `buffer` is not owned and must outlive the editor. `refuse` shows the user that the record
     /// has no room for another mask.
     CSwitch(SwitchRecordBuffer& buffer, Notify notify, std::function<void()> refuse);
 
     /// Creates the dialog, hidden. False when the platform refuses.
     bool Create(HWND form);
 
-    /// Shows the buffer's current mask, and tells.
+    /// Shows the buffer's current mask and notifies.
     void Display();
 
     /// Takes what has been typed into the mask field, if anything has.
@@ -54,7 +54,7 @@ protected:
 private:
     FltSwitch& Record() noexcept { return buffer_.record; }
     std::uint32_t& Word(std::int32_t position);
-    void Tell();
+    void SendNotification();
     void Fill(std::uint32_t word);
     void Invert();
     void AddMask();

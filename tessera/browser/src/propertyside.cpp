@@ -148,7 +148,7 @@ void PropertySide::showComment(NodeHandle node) {
     shownComment_ = comment_.Text(kLongestComment);
 }
 
-// Only what the user changed is written, so that walking over a node gives it no comment.
+// Only what the user changed is written: a node that was merely shown must not get a comment.
 void PropertySide::storeComment() {
     const NodeHandle node = tree_.Node(current_);
     if (!node || !comment_.IsEnabled()) return;

@@ -24,7 +24,7 @@ struct RecordKind {
     IconKind icon;
     std::uint16_t opcode;  ///< 65535: not an OpenFlight record
     std::uint16_t bitmap;  ///< resource id
-    bool endsCreateList;   ///< neither this row nor a later one can be created by the user
+    bool endsCreateList;   ///< the user can create neither this kind nor any of a later row
 };
 
 inline constexpr std::size_t kRecordKindCount = 19;

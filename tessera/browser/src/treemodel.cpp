@@ -10,12 +10,12 @@ TreeItem& TreeModel::insert(BrowserItem handle, TreeItem* parent, TreeItem* afte
     TreeItem& item = items_[handle];
     item.handle = handle;
     item.node = node;
-    link(item, parent, after || first ? after : topAware(parent)->lastChild);
+    link(item, parent, after || first ? after : orTop(parent)->lastChild);
     return item;
 }
 
 void TreeModel::link(TreeItem& item, TreeItem* parent, TreeItem* previous) {
-    TreeItem& above = *topAware(parent);
+    TreeItem& above = *orTop(parent);
     item.generation = generation_;
     item.parent = parent;
     item.previous = previous;
@@ -26,7 +26,7 @@ void TreeModel::link(TreeItem& item, TreeItem* parent, TreeItem* previous) {
 }
 
 void TreeModel::remove(TreeItem& item) {
-    TreeItem& above = *topAware(item.parent);
+    TreeItem& above = *orTop(item.parent);
     (item.previous ? item.previous->next : above.firstChild) = item.next;
     (item.next ? item.next->previous : above.lastChild) = item.previous;
     for (TreeItem* gone : bottomUp(item)) {
@@ -59,7 +59,7 @@ TreeItem& TreeModel::putBack(TreeItem* parent) {
     item.firstWaiting = std::exchange(item.firstChild, nullptr);
     item.lastChild = nullptr;
     item.selected = false;
-    link(item, parent, topAware(parent)->lastChild);
+    link(item, parent, orTop(parent)->lastChild);
     return item;
 }
 

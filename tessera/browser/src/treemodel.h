@@ -32,8 +32,8 @@ struct TreeItem {
 /// The items of a tree control with their order, node handles and selected marks.
 ///
 /// The platform's control looks an item up at every call, in time that may grow with the size of
-/// the tree; walking or counting 100,000 items through it takes seconds. This copy is kept in step
-/// by the control's window procedure and answers at once.
+/// the tree; walking or counting 100,000 items through it takes seconds. The control's window
+/// procedure keeps this copy up to date.
 class TreeModel {
 public:
     /// Adds an item as a child of `parent` (null: top level), after its sibling `after`; without
@@ -45,15 +45,15 @@ public:
     void remove(TreeItem& item);
     void clear();
 
-    /// Empties the tree, but keeps its items waiting to be put in again: each below the parent that
-    /// it had, in their order. An item that waits cannot be found.
+    /// Empties the tree, but keeps its items to be put back: each waits below the parent that it
+    /// had, in their order. An item that waits cannot be found.
     void keepWaiting();
     /// The first item that waits below `parent` (null: top level), or null.
-    TreeItem*& firstWaiting(TreeItem* parent) { return topAware(parent)->firstWaiting; }
-    /// Puts the first item that waits below `parent` in again, as its last child. What was below it
-    /// waits in turn.
+    TreeItem*& firstWaiting(TreeItem* parent) { return orTop(parent)->firstWaiting; }
+    /// Puts the first item that waits below `parent` back as its last child. What was below it now
+    /// waits below it.
     TreeItem& putBack(TreeItem* parent);
-    /// Takes the first item that waits below `parent` out for good, with everything below it.
+    /// Deletes the first item that waits below `parent`, with everything below it.
     void dropWaiting(TreeItem* parent) noexcept;
 
     /// Null for a handle that is not in the tree.
@@ -62,7 +62,7 @@ public:
     /// The first top-level item, or null.
     TreeItem* first() { return top_.firstChild; }
     /// The last child of `parent` (null: top level), or null.
-    TreeItem* last(TreeItem* parent) { return topAware(parent)->lastChild; }
+    TreeItem* last(TreeItem* parent) { return orTop(parent)->lastChild; }
     std::size_t size() const noexcept { return size_; }
     bool hasWaiting() const noexcept { return items_.size() > size_; }
 
@@ -88,10 +88,10 @@ public:
     static std::vector<TreeItem*> ancestorsBottomUp(const std::vector<TreeItem*>& items);
 
 private:
-    TreeItem* topAware(TreeItem* parent) { return parent ? parent : &top_; }
+    TreeItem* orTop(TreeItem* parent) { return parent ? parent : &top_; }
     void link(TreeItem& item, TreeItem* parent, TreeItem* previous);
 
-    TreeItem top_;  ///< stands above the top level; never handed out
+    TreeItem top_;  ///< the parent of the top level; no caller sees it
     std::unordered_map<BrowserItem, TreeItem> items_;
     std::size_t size_ = 0;  ///< without those that wait
     unsigned generation_ = 0;

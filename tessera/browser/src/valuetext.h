@@ -1,4 +1,4 @@
-// What the user types into the attribute grid, as the attribute takes it.
+// What the user types into the attribute grid, as a text that the attribute can store.
 #pragma once
 
 #include <fltkilnutil/fltattr.h>
@@ -9,9 +9,9 @@
 namespace tessera {
 
 /// Normalises an entered value: an integer or a real becomes the number at its start, 0 without
-/// one, as the attribute would print it. Where the choices are no and yes, the words for them in
-/// either language stand for themselves; of all else, what begins with 'f', 'F' or '0' is no. Texts
-/// and other choices stay as they are.
+/// one, as the attribute would print it. Where the choices are no and yes, the words for no and yes
+/// in either language are recognised; any other text is no when it begins with 'f', 'F' or '0', and
+/// yes otherwise. Texts and other choices stay as they are.
 std::string normalisedValue(const FltAttrDesc& row, std::string_view entered);
 
 /// Which of no (0) and yes (1) has a word that begins with `typed`, in either language and without

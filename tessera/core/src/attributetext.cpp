@@ -21,7 +21,7 @@ std::string printed(double number) {
     return std::string(text, std::to_chars(text, text + sizeof text, number).ptr);
 }
 
-/// What a script gave for an attribute, as a text.
+/// The script's value as a text.
 std::string textOf(const FPValue& value) {
     switch (value.type) {
         case TYPE_STRING:

@@ -1,4 +1,4 @@
-// What a script gives for an attribute, as the text that the attribute takes.
+// A value that a script sets an attribute to, as the text that the attribute stores.
 #pragma once
 
 #include <fltkilnutil/fltattr.h>

@@ -17,11 +17,11 @@ namespace tessera {
 
 namespace {
 
-// The client belongs to the panel's source, which is what users find in their logs.
+// Lines in the log name the panel, whose event handler this is.
 constexpr const char* kSource = "avfltpanel";
 constexpr int kClientLine = 483;
 
-/// While it is set, scene changes are our own and the browser already knows of them.
+/// While it is set, scene changes are our own, and the browser shows them already.
 bool sceneChangesSuppressed = false;
 /// Whether there were any.
 bool hasChangedScene = false;
@@ -172,7 +172,7 @@ void act(const Event& event) {
     }
 }
 
-/// The events whose edits the browser follows by itself.
+/// The events whose edits the browser shows by itself.
 bool editsScene(BrowserEvent code) {
     switch (code) {
         case BrowserEvent::moveDown:
@@ -220,8 +220,8 @@ bool concernsOtherItems(const Event& event) {
     }
 }
 
-/// An edit of the scene by the browser, which follows it by itself. Where that is not enough, the
-/// tree is filled anew when the edit is over, whether it came to its end or not.
+/// An edit of the scene by the browser, which shows it by itself. Where that is not enough, the
+/// tree is filled again when the edit is over, even if it failed half way.
 class OwnEdit {
 public:
     explicit OwnEdit(const Event& event) : concernsOtherItems_(concernsOtherItems(event)) {

@@ -8,8 +8,8 @@ namespace tessera {
 
 namespace {
 
-/// References within definitions multiply. A tree that has gained this many items from them is as
-/// large as anyone can read, and further references list only what is their own.
+/// References within definitions multiply. In a tree that has this many items from references, a
+/// further reference lists only its own children.
 constexpr int kMaxExpandedItems = 200'000;
 
 }  // namespace
@@ -21,8 +21,8 @@ BrowserItem BrowserFill::add(BrowserItem parentItem, INode* node) {
     return first;
 }
 
-/// Adds the nodes level by level. Branches, which most of what is done with a tree is about, get
-/// their items before the many leaves then, and tree controls find an early item sooner.
+/// Adds the nodes level by level, so that branches get their items before the many leaves: tree
+/// controls find an item sooner that was added early, and most calls are about branches.
 BrowserItem BrowserFill::addScene(const Pending& top) {
     BrowserItem first = nullptr;
     std::vector<Pending> nodes{top};
@@ -41,8 +41,8 @@ BrowserItem BrowserFill::addScene(const Pending& top) {
     return first;
 }
 
-/// Adds what a reference lists. That may be deeper than the call stack is, so the nodes to come are
-/// kept in a list.
+/// Adds what a reference lists. That may be nested deeper than the call stack, so the nodes that
+/// are still to be added are kept in a list.
 void BrowserFill::addBelow(const Reference& reference) {
     pushChildren(reference);
     while (!pending_.empty()) {

@@ -11,12 +11,12 @@ class INode;
 
 namespace tessera {
 
-/// One filling. A reference to an instance lists the children of the node that holds the
-/// definition; where that would never end, or grow beyond measure, it lists its own.
+/// Fills the tree once. A reference to an instance lists the children of the node that holds the
+/// definition; where that would never end, or the tree would become too large, it lists its own.
 class BrowserFill {
 public:
-    /// Adds `node` and everything below it under `parentItem` and gives its item, null when the
-    /// browser takes none.
+    /// Adds `node` and everything below it under `parentItem` and returns its item, null when the
+    /// browser adds none.
     BrowserItem add(BrowserItem parentItem, INode* node);
 
 private:

@@ -37,7 +37,7 @@ bool hasDefaultRecord(FltNodeKind kind) {
 class NewNode {
 public:
     explicit NewNode(Interface& host) : host_(host) {
-        // Whoever fails to take the object over has it deleted by its last reference.
+        // A host that does not keep the object has it deleted by this last reference.
         auto* const dummy = new DummyObject;
         dummy->AddReference();
         try {
@@ -52,7 +52,7 @@ public:
         try {
             if (node_) host_.DeleteNode(node_);
         } catch (...) {
-            // The failure under way is the one to report.
+            // The exception that is being handled is the one to report.
         }
     }
     NewNode(const NewNode&) = delete;

@@ -30,8 +30,8 @@ std::unordered_set<INode*> movedNodes(INode* node, int step, const BrowserItem* 
     return moved;
 }
 
-/// Moves every chosen node past its neighbour, as far as no other chosen one stands at the front.
-/// False, and no change, when the foremost is at the end already.
+/// Moves every chosen node one place towards `begin`, so that the chosen ones keep their order.
+/// False, and no change, when one of them is at `begin` already.
 template <typename Iterator>
 bool moveForward(Iterator begin, Iterator end, const std::unordered_set<INode*>& moved) {
     if (moved.contains(begin->node)) return false;
@@ -55,17 +55,17 @@ Siblings childrenOf(Interface& host, INode* parent) {
     return children;
 }
 
-/// Attaches a child as the last one. The world position that the host keeps for it goes through the
-/// inverse of the parent's, so the local transform is set again: it would change in its last bits,
-/// and altogether where there is no inverse.
+/// Attaches a child as the last one and sets its local transform again. Keeping the world position,
+/// the host computes the local transform by the inverse of the parent's, which changes its last
+/// bits, or all of it where there is no inverse.
 bool attach(Interface& host, INode* parent, const Sibling& child) {
     if (!parent->AttachChild(child.node, true)) return false;
-    if (child.node->GetParentNode() == parent)  // whoever heard of it may have moved it on
+    if (child.node->GetParentNode() == parent)  // a notification's handler may have moved it
         child.node->SetLocalTM(host.GetTime(), child.local);
     return true;
 }
 
-/// Puts the children back, each whatever becomes of the others.
+/// Puts the children back, each one even if another fails.
 void restoreOrder(Interface& host, INode* parent, const Siblings& children) noexcept {
     for (const Sibling& child : children) {
         try {
@@ -76,8 +76,8 @@ void restoreOrder(Interface& host, INode* parent, const Siblings& children) noex
     }
 }
 
-/// Gives the parent its children in the new order. When the host refuses one, or fails half way,
-/// they are put back in the old one.
+/// Attaches the children in the new order. When the host refuses one or throws, they are put back
+/// in the old order.
 bool changeOrder(Interface& host, INode* parent, const Siblings& old, const Siblings& wanted) {
     try {
         for (const Sibling& child : wanted) child.node->Detach(host.GetTime(), true);

@@ -33,7 +33,7 @@ bool hasLostNode(BrowserItem item) {
 }
 
 BrowserItem addItemOf(INode* node, BrowserItem parentItem) {
-    goneNodes.erase(node);  // the host may have put a new node where one has gone
+    goneNodes.erase(node);  // a new node may have the address of a deleted one
     return _zufltguiaddnode(parentItem, node->GetName(), reinterpret_cast<NodeHandle>(node));
 }
 
@@ -51,7 +51,7 @@ void forgetNode(INode* node) noexcept {
     try {
         goneNodes.insert(node);
     } catch (...) {
-        allGone = true;  // without the memory to tell them apart, none is to be trusted
+        allGone = true;  // no memory to remember this one, so none is trusted
     }
 }
 

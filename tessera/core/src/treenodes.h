@@ -1,8 +1,8 @@
 // Which nodes the items of the browser's tree still stand for.
 //
 // The tree keeps its handles, which are addresses of nodes, until it is filled again. Between a
-// change of the scene and that filling some of them lead nowhere; everything that takes a node
-// from an item asks here.
+// change of the scene and that filling some of them are addresses of deleted nodes; whoever needs
+// the node of an item gets it here.
 #pragma once
 
 #include <tessera/browserexports.h>
@@ -12,13 +12,13 @@ class INode;
 namespace tessera {
 
 /// The node of `item`; null for no item, for an item without a node, and for one whose node has
-/// gone.
+/// been deleted.
 INode* nodeOf(BrowserItem item);
 
-/// Whether `item` had a node that has gone.
+/// Whether `item` had a node that has been deleted.
 bool hasLostNode(BrowserItem item);
 
-/// Adds an item for `node` below `parentItem` and gives it; null when the browser takes none.
+/// Adds an item for `node` below `parentItem` and returns it; null when the browser adds none.
 BrowserItem addItemOf(INode* node, BrowserItem parentItem);
 
 /// An item lists the children of `definition`, whose own item is another one.
@@ -28,13 +28,13 @@ void noteListed(const INode* definition);
 /// more items than one.
 bool isListed(const INode* node);
 
-/// `node` goes; its items stand for nothing from now on.
+/// `node` is being deleted; its items have no node from now on.
 void forgetNode(INode* node) noexcept;
 
-/// So do all items, until the tree is emptied.
+/// The same for all items, until the tree is emptied.
 void forgetAllNodes() noexcept;
 
-/// Empties the tree; what is added afterwards is known again.
+/// Empties the tree; items added afterwards have their nodes.
 void emptyTree();
 
 }  // namespace tessera

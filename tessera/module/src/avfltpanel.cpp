@@ -32,7 +32,7 @@ void AvFltUtil::BeginEditParams(Interface* host, IUtil* utility) {
         hPanel = ip->AddRollupPage(moduleInstance(), IDD_PANEL, panelProc, kPanelTitle, 0, 0,
                                    kRollupCategory);
     } catch (...) {
-        hPanel = nullptr;  // no page; the utility can be closed and opened again
+        hPanel = nullptr;  // no page until the utility is closed and opened again
     }
 }
 
@@ -44,7 +44,7 @@ void AvFltUtil::EndEditParams(Interface* host, IUtil*) {
     try {
         host->DeleteRollupPage(page);
     } catch (...) {
-        // The page is the host's, and so is what becomes of it.
+        // The host failed to delete its own page; there is nothing to do about it here.
     }
 }
 

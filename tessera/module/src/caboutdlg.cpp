@@ -31,6 +31,6 @@ void qofltAboutShow() {
     try {
         CAboutDlg(GetActiveWindow()).DoModal();
     } catch (...) {
-        // Only want of memory leads here; then there is no about box.
+        // Without memory there is no about box.
     }
 }

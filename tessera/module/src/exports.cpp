@@ -20,8 +20,8 @@ class AvFltUtilClassDesc final : public ClassDesc2 {
 public:
     bool IsPublic() override { return true; }
 
-    /// Always the one static object, which the host never frees. The check before it is where a
-    /// condition for handing it out would go; it has none, and always passes.
+    /// Always the one static object, which the host never frees. The guarded check has no condition
+    /// and always passes.
     void* Create(bool) override {
         const ModuleScope scope;
         const bool allowed = diagnostics::guarded(kSource, kCreateLine, false, [] { return true; });

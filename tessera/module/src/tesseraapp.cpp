@@ -1,4 +1,4 @@
-// The application object of the module: its start and end hooks frame everything else.
+// The application object of the module, with its start and end hooks.
 #include <framework/cwinapp.h>
 #include <tessera/browser.h>
 #include <tessera/browserclient.h>

@@ -1,7 +1,8 @@
-// The hierarchy browser as its client sees it: exported functions and the events they answer with.
+// The hierarchy browser as its client sees it: the exported functions, and the events that it
+// sends.
 //
 // The browser is a window that shows a scene as a tree. It knows no scene: it holds node handles
-// that its client gave it, and sends everything that changes or queries the scene to the client's
+// from its client, and sends everything that changes or queries the scene to the client's
 // one callback. There is at most one form; every function may be called without one and then does
 // nothing. All of them belong to the user-interface thread. Texts are UTF-8 and copied. None of
 // them throws: what fails inside is the function's plain failure.
@@ -55,7 +56,7 @@ enum class BrowserEvent : std::uint32_t {
     itemState = 22,        ///< (item), argument: 2 when the item is selected, else 0
 };
 
-/// The client. `clientData` is what it gave at creation.
+/// The client. `clientData` is what was bound with it.
 ///
 /// `confirmForm` and `confirmKind` are a handshake: the argument points to a 32-bit 1 that a client
 /// which knows the event sets to 0. Left alone, it refuses the form, or turns the creation into
@@ -64,7 +65,7 @@ using BrowserCallback = void (*)(BrowserEvent event, BrowserItem first, BrowserI
                                  std::uintptr_t argument, std::uintptr_t argument2,
                                  void* clientData);
 
-/// What `_zufltguicreate` answers.
+/// The results of `_zufltguicreate`.
 enum BrowserStatus : std::int32_t {
     kBrowserDone = 0,
     kBrowserRefused = 1,       ///< the client did not answer `confirmForm`
@@ -80,35 +81,35 @@ extern "C" {
 /// Creates the form, hidden, if there is none, as a popup owned by `parent` (null for none), and
 /// binds `callback` and `clientData`, replacing earlier ones. `reserved` is ignored. The client is
 /// asked first, with `confirmForm`; a null `callback` cannot agree and is refused.
-/// Gives a `tessera::BrowserStatus`.
+/// Returns a `tessera::BrowserStatus`.
 std::int32_t _zufltguicreate(tessera::BrowserWindow parent, tessera::BrowserCallback callback,
                              std::int32_t reserved, void* clientData);
 
 /// Shows the form with an empty property side and all commands enabled (non-zero), or hides it (0).
-/// Gives whether a form exists.
+/// Returns whether a form exists.
 bool _zufltguishow(std::uint8_t show);
 
 /// Destroys the form. The client is not told.
 void _zufltguidestroy();
 
 /// Adds an item with `text` as the last child of `parent`, or as the last top-level item when that
-/// is null, with the icon of the node's kind. Gives the item, null without a form.
+/// is null, with the icon of the node's kind. Returns the item, null without a form.
 tessera::BrowserItem _zufltguiaddnode(tessera::BrowserItem parent, const char* text,
                                       tessera::NodeHandle node);
 
-/// Deletes `item` with everything below it; null clears the whole tree. Gives whether a form
+/// Deletes `item` with everything below it; null clears the whole tree. Returns whether a form
 /// exists.
 bool _zufltguidelnode(tessera::BrowserItem item);
 
-/// Deletes everything below `item`. Gives whether a form exists and the item is not null.
+/// Deletes everything below `item`. Returns whether a form exists and the item is not null.
 bool _zufltguidelchildren(tessera::BrowserItem item);
 
-/// The handle given when `item` was added; 0 for "Scene Root", for null, without a form, and while
+/// The handle with which `item` was added; 0 for "Scene Root", for null, without a form, and while
 /// the tree is being cleared.
 tessera::NodeHandle _zufltguinode2hdl(tessera::BrowserItem item);
 
-/// Makes `item` the tree's caret item and shows its node. Always gives false, on purpose: callers
-/// must not read meaning into it.
+/// Makes `item` the tree's caret item and shows its node. Always returns false, on purpose: the
+/// result has no meaning.
 bool _zufltguiselectnode(tessera::BrowserItem item);
 
 /// Asks the client to rebuild the tree, clears the property side and enables all commands. Called
@@ -124,7 +125,8 @@ void zufltguiSceneChanged();
 void zufltguiresetpos();
 
 /// Puts `text`, such as the name of the last imported file, in the form's caption behind the
-/// product's name; null or empty leaves the product's name alone. Remembered for a form to come.
+/// product's name; null or empty means the product's name without more. Also for a form created
+/// later.
 void zufltguisettitle(const char* text);
 
 /// Shows the about box.

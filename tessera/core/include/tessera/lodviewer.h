@@ -13,11 +13,11 @@ class Interface;
 
 namespace tessera {
 
-/// Walks the scene once per operation, on the stack of whoever asks. All distances are in scene
-/// units. Between the distinct switch distances of the scene lie bands; the steps choose the middle
-/// of one. A step gives true when it applied a distance, and false, changing nothing, when the
-/// scene has fewer than two distinct distances or the last band in that direction is shown. Without
-/// memory a step throws `std::bad_alloc`; nodes that it had come to are then shown anew already.
+/// Walks the scene once per operation. All distances are in scene units. Between the distinct
+/// switch distances of the scene lie bands; a step chooses the middle of one. It returns true when
+/// it applied a distance, and false, changing nothing, when the scene has fewer than two distinct
+/// distances or the last band in that direction is shown. Without memory a step throws
+/// `std::bad_alloc`; some nodes may be shown or hidden by then.
 ///
 /// A viewer keeps the levels of detail and, while it walks, the nodes above the present one: its
 /// memory does not grow with the nodes of the scene.

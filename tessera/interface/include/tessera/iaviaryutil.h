@@ -12,7 +12,7 @@ inline constexpr Interface_ID kAviaryInterfaceId(0x6A3C1F07, 0x2E9D0002);
 ///
 ///     static_cast<IAviaryUtil*>(GetCOREInterface(kAviaryInterfaceId))
 ///
-/// Other plug-ins are compiled against the order of these functions: append, never reorder.
+/// Other plug-ins are compiled against the order of these functions: append, do not reorder.
 /// None of them throws. Texts are UTF-8. Failure is false, 0 or an empty text, and changes nothing
 /// (for one exception see `CopyData`).
 class IAviaryUtil : public FPStaticInterface {
