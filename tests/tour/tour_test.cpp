@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <optional>
+#include <span>
 #include <stdexcept>
 #include <string>
 
@@ -366,7 +368,13 @@ private:
 };
 
 class Tour : public testing::Test {
-protected:
+public:
+    /// Something the user does, and what there is to see of it. Begins where the step before ended.
+    struct Step {
+        const char* name;
+        void (Tour::*go)();
+    };
+
     Tour() {
         folder_ = std::filesystem::temp_directory_path() / "tessera_tour";
         std::filesystem::remove_all(folder_);
@@ -376,96 +384,159 @@ protected:
     }
     ~Tour() override { std::filesystem::remove_all(folder_); }
 
+    void walk(std::span<const Step> steps) {
+        for (const Step& step : steps) {
+            SCOPED_TRACE(step.name);
+            try {
+                (this->*step.go)();
+            } catch (const std::exception& failure) {
+                FAIL() << failure.what();
+            }
+        }
+    }
+
+    void start() { bench_.emplace(); }
+
+    void importTheAirfield() {
+        bench_->answerFileDialog('I', L"导入", path("airport.flt"));
+        mustCome([&] { return bench_->log().find(L"-- airport.flt: ") != std::wstring::npos; },
+                 "the import");
+    }
+
+    void openTheBrowser() {
+        bench_->openUtility();
+        bench_->openBrowser();
+    }
+
+    void renameTheTower() {
+        bench_->select(L"组:塔台 control tower");
+        bench_->rename(L"指挥塔 new tower", L"组:指挥塔 new tower");
+    }
+
+    void makeALevelOfDetail() {
+        bench_->select(L"组:机库 hangar");
+        bench_->createBelowSelected(L"细节级别");
+        bench_->select(kLevel);
+        bench_->setValue(kSwitchIn, L"700");
+        bench_->setValue(kSwitchOut, L"10");
+        EXPECT_EQ(bench_->script(kReadDistances), L"$机库 hangar 700 10");
+    }
+
+    // There the preview decides about them.
+    void dragTheDoorsBelowIt() {
+        const POINT target = bench_->icon(kLevel);
+        const POINT doors = bench_->icon(kDoors);
+        must(user::drag(doors, target), "the mouse");
+        mustCome([&] { return bench_->script(L"print $'机库门 hangar doors'.parent") == L"$l001"; },
+                 "the doors below the level of detail");
+    }
+
+    void lookFromNearAndFar() {
+        EXPECT_EQ(bench_->script(L"select $'机库 hangar'; print 1"), L"1");
+        bench_->zoomToSelected();
+        Picture before = bench_->view();
+        bench_->pressOnPage(IDC_LOD_MOST);  // the middle of 0 and 10
+        EXPECT_TRUE(bench_->viewChanges(before)) << "no doors from so near";
+        EXPECT_EQ(bench_->script(L"print Aviary.GetLodDistance"), L"5.0");
+        before = bench_->view();
+        EXPECT_EQ(bench_->script(L"Aviary.LodLessDetail(); print 1"), L"1");
+        EXPECT_TRUE(bench_->viewChanges(before)) << "and half open again";
+        EXPECT_EQ(bench_->script(L"print Aviary.GetLodDistance"), L"305.0");
+    }
+
+    void commentOnTheDoors() {
+        bench_->unfold(kLevel);
+        bench_->select(kDoors);
+        bench_->writeComment(L" 已检查 checked");
+        EXPECT_TRUE(bench_->comment().ends_with(L"已检查 checked"));
+    }
+
+    void editAMask() {
+        bench_->openMasks();
+        EXPECT_EQ(bench_->maskIndex(), L"1");
+        EXPECT_EQ(bench_->mask(), L"010");
+        const Picture before = bench_->view();
+        bench_->pressInMasks(IDC_SHOW_MASK);
+        bench_->typeMask(L"110");
+        EXPECT_EQ(bench_->script(L"print 1"), L"1");  // by now the mask has been taken
+        EXPECT_TRUE(bench_->view() == before) << "the box is not checked";
+        bench_->pressInMasks(IDC_SHOW_MASK);
+        EXPECT_TRUE(bench_->viewChanges(before)) << "now the closed doors are there too";
+    }
+
+    void addAMask() {
+        const Picture before = bench_->view();
+        bench_->pressInMasks(IDC_MASK_NEW);
+        EXPECT_TRUE(bench_->viewChanges(before)) << "and the open ones";
+        bench_->typeMask(L"001");
+        EXPECT_EQ(bench_->maskIndex(), L"3");
+        bench_->closeMasks();
+    }
+
+    void save() {
+        bench_->answerFileDialog('S', L"另存为", path("tour.kiln"));
+        mustCome([&] { return bench_->title() == L"tour.kiln - Workbench"; }, "the saved scene");
+    }
+
+    void leave() { EXPECT_TRUE(bench_->close()); }
+
+    void openWhatWasSaved() {
+        bench_.emplace();
+        bench_->answerFileDialog('O', L"打开", path("tour.kiln"));
+        mustCome([&] { return bench_->title() == L"tour.kiln - Workbench"; }, "the opened scene");
+    }
+
+    void findTheTowerAndTheLevelAgain() {
+        bench_->select(L"组:指挥塔 new tower");
+        EXPECT_EQ(bench_->script(kReadDistances), L"$机库 hangar 700 10");
+        bench_->unfold(kLevel);
+        EXPECT_EQ(bench_->value(kSwitchIn), L"700");
+        EXPECT_EQ(bench_->value(kSwitchOut), L"10");
+    }
+
+    void findTheDoorsAgain() {
+        bench_->select(kDoors);
+        EXPECT_EQ(bench_->comment(), L"Masks: 0 closed, 1 half open, 2 open 已检查 checked");
+        bench_->openMasks();
+        EXPECT_EQ(bench_->maskIndex(), L"3");
+        EXPECT_EQ(bench_->mask(), L"001");
+        bench_->closeMasks();
+    }
+
+private:
+    static constexpr int kSwitchIn = 0, kSwitchOut = 1;  // rows of a level of detail
+    static constexpr const wchar_t* kLevel = L"细节级别:l001";
+    static constexpr const wchar_t* kDoors = L"切换:机库门 hangar doors";
+    static constexpr const wchar_t* kReadDistances =
+        L"print $l001.parent (getAttr $l001 \"FltLodMin\") (getAttr $l001 \"FltLodMax\")";
+
     std::wstring path(const char* name) const { return (folder_ / name).wstring(); }
 
     std::filesystem::path folder_;
+    std::optional<Workbench> bench_;
 };
 
-constexpr int kSwitchIn = 0, kSwitchOut = 1;  // rows of a level of detail
-constexpr wchar_t kReadDistances[] =
-    L"print $l001.parent (getAttr $l001 \"FltLodMin\") (getAttr $l001 \"FltLodMax\")";
-
 TEST_F(Tour, WhatIsDoneToAnAirfieldIsFoundAgain) {
-    {
-        Workbench bench;
-        bench.answerFileDialog('I', L"导入", path("airport.flt"));
-        mustCome([&] { return bench.log().find(L"-- airport.flt: ") != std::wstring::npos; },
-                 "the import");
-        bench.openUtility();
-        bench.openBrowser();
-
-        bench.select(L"组:塔台 control tower");
-        bench.rename(L"指挥塔 new tower", L"组:指挥塔 new tower");
-
-        bench.select(L"组:机库 hangar");
-        bench.createBelowSelected(L"细节级别");
-        bench.select(L"细节级别:l001");
-        bench.setValue(kSwitchIn, L"700");
-        bench.setValue(kSwitchOut, L"10");
-        EXPECT_EQ(bench.script(kReadDistances), L"$机库 hangar 700 10");
-
-        // The doors go below the new level of detail, so that the preview decides about them.
-        const POINT target = bench.icon(L"细节级别:l001");
-        const POINT doors = bench.icon(L"切换:机库门 hangar doors");
-        must(user::drag(doors, target), "the mouse");
-        mustCome([&] { return bench.script(L"print $'机库门 hangar doors'.parent") == L"$l001"; },
-                 "the doors below the level of detail");
-
-        // Seen close up, the doors go with the distance.
-        EXPECT_EQ(bench.script(L"select $'机库 hangar'; print 1"), L"1");
-        bench.zoomToSelected();
-        Picture before = bench.view();
-        bench.pressOnPage(IDC_LOD_MOST);  // the middle of 0 and 10
-        EXPECT_TRUE(bench.viewChanges(before)) << "no doors from so near";
-        EXPECT_EQ(bench.script(L"print Aviary.GetLodDistance"), L"5.0");
-        before = bench.view();
-        EXPECT_EQ(bench.script(L"Aviary.LodLessDetail(); print 1"), L"1");
-        EXPECT_TRUE(bench.viewChanges(before)) << "and half open again";
-        EXPECT_EQ(bench.script(L"print Aviary.GetLodDistance"), L"305.0");
-
-        bench.unfold(L"细节级别:l001");
-        bench.select(L"切换:机库门 hangar doors");
-        bench.writeComment(L" 已检查 checked");
-        EXPECT_TRUE(bench.comment().ends_with(L"已检查 checked"));
-
-        bench.openMasks();
-        EXPECT_EQ(bench.maskIndex(), L"1");
-        EXPECT_EQ(bench.mask(), L"010");
-        before = bench.view();
-        bench.pressInMasks(IDC_SHOW_MASK);
-        bench.typeMask(L"110");
-        EXPECT_EQ(bench.script(L"print 1"), L"1");  // by now the mask has been taken
-        EXPECT_TRUE(bench.view() == before) << "the box is not checked";
-        bench.pressInMasks(IDC_SHOW_MASK);
-        EXPECT_TRUE(bench.viewChanges(before)) << "now the closed doors are there too";
-        before = bench.view();
-        bench.pressInMasks(IDC_MASK_NEW);
-        EXPECT_TRUE(bench.viewChanges(before)) << "and the open ones";
-        bench.typeMask(L"001");
-        EXPECT_EQ(bench.maskIndex(), L"3");
-        bench.closeMasks();
-
-        bench.answerFileDialog('S', L"另存为", path("tour.kiln"));
-        mustCome([&] { return bench.title() == L"tour.kiln - Workbench"; }, "the saved scene");
-        EXPECT_TRUE(bench.close());
-    }
-    Workbench bench;
-    bench.answerFileDialog('O', L"打开", path("tour.kiln"));
-    mustCome([&] { return bench.title() == L"tour.kiln - Workbench"; }, "the opened scene");
-    bench.openUtility();
-    bench.openBrowser();
-    bench.select(L"组:指挥塔 new tower");
-    EXPECT_EQ(bench.script(kReadDistances), L"$机库 hangar 700 10");
-    bench.unfold(L"细节级别:l001");
-    EXPECT_EQ(bench.value(kSwitchIn), L"700");
-    EXPECT_EQ(bench.value(kSwitchOut), L"10");
-    bench.select(L"切换:机库门 hangar doors");
-    EXPECT_EQ(bench.comment(), L"Masks: 0 closed, 1 half open, 2 open 已检查 checked");
-    bench.openMasks();
-    EXPECT_EQ(bench.maskIndex(), L"3");
-    EXPECT_EQ(bench.mask(), L"001");
-    bench.closeMasks();
-    EXPECT_TRUE(bench.close());
+    const Step steps[] = {
+        {"start the workbench", &Tour::start},
+        {"import the airfield", &Tour::importTheAirfield},
+        {"open the browser", &Tour::openTheBrowser},
+        {"rename the tower", &Tour::renameTheTower},
+        {"make a level of detail", &Tour::makeALevelOfDetail},
+        {"drag the doors below it", &Tour::dragTheDoorsBelowIt},
+        {"look at them from near and far", &Tour::lookFromNearAndFar},
+        {"comment on the doors", &Tour::commentOnTheDoors},
+        {"edit a mask", &Tour::editAMask},
+        {"add a mask", &Tour::addAMask},
+        {"save", &Tour::save},
+        {"leave", &Tour::leave},
+        {"open what was saved", &Tour::openWhatWasSaved},
+        {"open the browser again", &Tour::openTheBrowser},
+        {"find the tower and the level of detail", &Tour::findTheTowerAndTheLevelAgain},
+        {"find the doors, their comment and masks", &Tour::findTheDoorsAgain},
+        {"leave again", &Tour::leave},
+    };
+    walk(steps);
 }
 
 }  // namespace
