@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <quillon/fltopcode.h>
 #include <random>
 
 using namespace testing_chunks;
@@ -58,7 +59,7 @@ TEST_F(HostileChunks, ArbitraryBytesLoadAndStoreOrAreRefusedUntouched) {
             INode* const node = kindNode(kind, random.number(2) == 0 ? 1580 : random.number(2000));
             if (random.number(10) == 0) setChunk(node, kKindChunk, random.record(0));
             setChunk(node, kRecordChunk, random.record(static_cast<std::uint16_t>(kind)));
-            setChunk(node, kCommentChunk, random.record(31));
+            setChunk(node, kCommentChunk, random.record(kFltComment));
             if (random.number(3) != 0)
                 setChunk(node, kOptionsChunk, random.record(optionsOpcode(kind)));
             const std::vector<Bytes> before = allChunks(node);

@@ -3,6 +3,7 @@
 #include "attrscene.h"
 
 #include <gtest/gtest.h>
+#include <quillon/fltopcode.h>
 
 using namespace testing_chunks;
 
@@ -17,7 +18,7 @@ bool modifiedBy(const auto& action) {
 }
 
 TEST_F(ModifiedScene, AnEditInPlaceCountsAndAnEmptyOneDoesNot) {
-    const RecordBytes record(4, 32);
+    const RecordBytes record(kFltObject, 32);
     INode* const object = recordNode(FltNodeKind::Object, record);
     const void* const buffer = chunk(object, kRecordChunk)->data;
     const auto setPriority = [&](const char* text) {

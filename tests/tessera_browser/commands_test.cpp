@@ -3,6 +3,7 @@
 #include "browserfixture.h"
 
 #include <quillon/fltgroup.h>
+#include <quillon/fltopcode.h>
 
 #include <algorithm>
 
@@ -403,7 +404,7 @@ TEST_F(BrowserCommands, CreateStopsWhenItsParentGoesMeanwhile) {
 }
 
 TEST_F(BrowserCommands, CreateRefusesFacesAndItemsWithoutANode) {
-    const BrowserItem face = add(root, "face", 5);
+    const BrowserItem face = add(root, "face", kFltFace);
     select({face});
     for (int kind = 0; kind < 9; ++kind) {
         ComboBox_SetCurSel(control(IDC_CREATE_KIND), kind);
@@ -480,7 +481,7 @@ TEST_F(BrowserCommands, FindAddsTheNodesOfTheSameValue) {
     const BrowserItem sought = group("sought", root, 7);
     const BrowserItem hidden = group("hidden", below, 7);
     const BrowserItem other = group("other", root, 8);
-    const BrowserItem otherKind = add(root, "object", 4);
+    const BrowserItem otherKind = add(root, "object", kFltObject);
 
     push(IDC_FIND);
     EXPECT_EQ(boxes.take(), std::vector<std::wstring>{L"需要选择"});
@@ -585,7 +586,7 @@ TEST_F(BrowserCommands, RenamingAsksTheClient) {
 
 // Every control is reached by Tab in reading order, forwards and backwards.
 TEST_F(BrowserCommands, TabGoesThroughTheFormInReadingOrder) {
-    browser().selectNode(add(root, "switch", 96));  // its comment and Tool can be used too
+    browser().selectNode(add(root, "switch", kFltSwitch));  // its comment and Tool can be used too
     const std::vector<int> order = {
         IDC_REFRESH,     IDC_UP,   IDC_DOWN,    IDC_EXPAND,  IDC_COLLAPSE, IDC_SELECT_GET,
         IDC_SELECT_SET,  IDC_FIND, IDC_SUBTREE, IDC_TOOL,    IDC_GLOBAL,   IDC_CREATE,
@@ -622,7 +623,7 @@ TEST_F(BrowserCommands, EveryButtonIsPressedBySpaceAndEnter) {
     const auto goTo = [](int id) {
         SendMessageW(form(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control(id)), TRUE);
     };
-    const BrowserItem choice = add(root, "switch", 96);
+    const BrowserItem choice = add(root, "switch", kFltSwitch);
     add(choice, "child");
     browser().selectNode(choice);
     const std::pair<int, BrowserEvent> buttons[] = {

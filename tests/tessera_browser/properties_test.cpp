@@ -3,6 +3,7 @@
 
 #include <fltkilnutil/fltattr.h>
 
+#include <quillon/fltopcode.h>
 #include <algorithm>
 #include <cstring>
 
@@ -211,7 +212,7 @@ TEST_F(BrowserProperties, TheGridStaysWhereItIsFromNodeToNode) {
 }
 
 TEST_F(BrowserProperties, WhatTheNodeDidNotTakeIsShownAtOnce) {
-    browser().selectNode(add(root, "light", 111));
+    browser().selectNode(add(root, "light", kFltLightPoint));
     goTo(rowOf(FltNodeKind::LightPoint, "FltLtPtDisplayMode"));
     const std::wstring choice = cell();
     setClipboardText(L"no such choice");

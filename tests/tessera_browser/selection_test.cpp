@@ -1,6 +1,7 @@
 // Selecting and dragging with the mouse and the arrow keys.
 #include "browserfixture.h"
 
+#include <quillon/fltopcode.h>
 #include <algorithm>
 #include <string_view>
 
@@ -306,8 +307,8 @@ TEST_F(BrowserSelection, ADroppedNodeStaysSelectedAtItsNewPlace) {
 TEST_F(BrowserSelection, IllegalDropsAreRefusedWithAMessage) {
     const std::vector<std::wstring> belowChild{L"非法附加 - 父对象在子对象下方。"};
     const std::vector<std::wstring> toFace{L"非法附加 - 面对象可能只有作为子对象时才能有面.."};
-    const BrowserItem face = add(root, "face", 5);
-    const BrowserItem otherFace = add(root, "other face", 5);
+    const BrowserItem face = add(root, "face", kFltFace);
+    const BrowserItem otherFace = add(root, "other face", kFltFace);
     const BrowserItem plain = add(root, "plain", 0);
     const BrowserItem deepest = add(inside, "deepest");
     TreeView_Expand(tree(), items[2], TVE_EXPAND);

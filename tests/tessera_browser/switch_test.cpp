@@ -2,6 +2,7 @@
 #include "../support/beeps.h"
 #include "browserfixture.h"
 
+#include <quillon/fltopcode.h>
 #include <quillon/fltswitch.h>
 
 namespace {
@@ -324,7 +325,7 @@ TEST_F(BrowserSwitch, FollowsTheCurrentNode) {
     EXPECT_EQ(stored(first), Words{5});
     EXPECT_EQ(stored(second), (Words{0xFFFFFFFD, 6}));
 
-    browser().selectNode(add(root, "group", 2));
+    browser().selectNode(add(root, "group", kFltGroup));
     EXPECT_FALSE(isEnabled(IDC_TOOL));
     EXPECT_FALSE(IsWindowEnabled(GetDlgItem(editor(), IDC_MASK_INVERT)));
     EXPECT_EQ(stored(second), (Words{0xFFFFFFFD, 6}));

@@ -2,6 +2,7 @@
 #include "browserfixture.h"
 
 #include <fltkilnutil/kilnlight.h>
+#include <quillon/fltopcode.h>
 
 namespace {
 
@@ -11,7 +12,7 @@ constexpr int kSceneRootIcon = 11;
 
 TEST_F(BrowserTree, TellsTheKindsApartByTheirIcons) {
     open(false);
-    const BrowserItem root = add(nullptr, "root", 96);
+    const BrowserItem root = add(nullptr, "root", kFltSwitch);
     EXPECT_EQ(image(root), kSceneRootIcon) << "whatever its node is";
     struct Kind {
         int opcode;
@@ -87,8 +88,8 @@ TEST_F(BrowserTree, AddsInOrderAndHandsBackTheNodes) {
 
 TEST_F(BrowserTree, DeletingWhatIsShownShowsNothing) {
     open();
-    const BrowserItem root = add(nullptr, "root", 2);
-    const BrowserItem child = add(root, "child", 4);
+    const BrowserItem root = add(nullptr, "root", kFltGroup);
+    const BrowserItem child = add(root, "child", kFltObject);
     browser().selectNode(child);
     EXPECT_NE(text(control(IDC_NAME)), L"");
     browser().delNode(root);
@@ -103,7 +104,7 @@ TEST_F(BrowserTree, DeletingWhatIsShownShowsNothing) {
 TEST_F(BrowserTree, SelectsForTheClient) {
     open();
     const BrowserItem root = add(nullptr, "root", 0);
-    const BrowserItem child = add(root, "tower", 4);
+    const BrowserItem child = add(root, "tower", kFltObject);
     EXPECT_FALSE(browser().selectNode(child)) << "always";
     EXPECT_EQ(caret(), child);
     EXPECT_TRUE(isSelected(child));

@@ -2,6 +2,7 @@
 #include "browserfixture.h"
 
 #include <fltkilnutil/fltattr.h>
+#include <quillon/fltopcode.h>
 #include <quillon/fltswitch.h>
 
 #include <functional>
@@ -27,7 +28,7 @@ protected:
         const BrowserItem root = add(nullptr, "root", 0);
         for (int i = 0; i < 2; ++i) {
             nodes[i] = node(kind);
-            if (kind == 96) {
+            if (kind == kFltSwitch) {
                 EXPECT_TRUE(fltPutRecord(nodes[i], FltSwitch()));
             }
             items[i] = add(root, "node", nodes[i]);

@@ -1,6 +1,7 @@
 #include "scene.h"
 
 #include <fltkilnutil/kilnface.h>
+#include <quillon/fltopcode.h>
 #include <quillon/fltxref.h>
 
 #include <cstring>
@@ -34,7 +35,7 @@ protected:
     }
 
     INode* addXRef(const char* file) {
-        INode* const node = add(nullptr, "x", 63);
+        INode* const node = add(nullptr, "x", kFltExternalRef);
         FltXRef record;
         std::strncpy(record.fileName, file, sizeof record.fileName);
         EXPECT_TRUE(fltPutRecord(node, record));
@@ -127,7 +128,7 @@ TEST_F(AviaryTest, NothingIsDoneToNodesWithoutData) {
 }
 
 TEST_F(AviaryTest, CommentsAndDataComeAndGo) {
-    INode* const node = add(nullptr, "g", 2);
+    INode* const node = add(nullptr, "g", kFltGroup);
     const FPValue value = FPValue::Node(node);
     EXPECT_TRUE(isTrue(20, {value, FPValue::String("跑道灯")}));
     ASSERT_EQ(call(19, {value}), FPS_OK);

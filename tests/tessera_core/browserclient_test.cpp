@@ -1,6 +1,7 @@
 #include "scene.h"
 
 #include <quillon/fltinstance.h>
+#include <quillon/fltopcode.h>
 #include <tessera/browserclient.h>
 
 #include <cmath>
@@ -352,8 +353,9 @@ INode* addInstance(INode* node, FltInstance&& record, int number) {
 TEST_F(BrowserClientTest, ListsVeryManyDefinitionsOneWithinTheOther) {
     constexpr int kCount = 30'000;
     for (int i = 0; i < kCount; ++i) {
-        INode* const definition = addInstance(add(nullptr, "d", 62), FltInstanceDef(), i);
-        addInstance(add(definition, "r", 61), FltInstanceRef(), i + 1);
+        INode* const definition =
+            addInstance(add(nullptr, "d", kFltInstanceDef), FltInstanceDef(), i);
+        addInstance(add(definition, "r", kFltInstanceRef), FltInstanceRef(), i + 1);
     }
     open();
     int depth = 0;
@@ -365,7 +367,7 @@ TEST_F(BrowserClientTest, ListsVeryManyDefinitionsOneWithinTheOther) {
 TEST_F(BrowserClientTest, FillsAsDeepAsTheSceneIs) {
     constexpr int kDepth = 100'000;
     INode* node = nullptr;
-    for (int i = 0; i < kDepth; ++i) node = add(node, "n", 2);
+    for (int i = 0; i < kDepth; ++i) node = add(node, "n", kFltGroup);
     open();
     int depth = 0;
     for (const _TREEITEM* at = &browser.top; !at->children.empty(); at = at->children[0].get())
@@ -374,12 +376,12 @@ TEST_F(BrowserClientTest, FillsAsDeepAsTheSceneIs) {
 }
 
 TEST_F(BrowserClientTest, AReferenceListsWhatItsDefinitionHolds) {
-    INode* const tree = addInstance(add(nullptr, "tree", 62), FltInstanceDef(), 7);
+    INode* const tree = addInstance(add(nullptr, "tree", kFltInstanceDef), FltInstanceDef(), 7);
     add(tree, "trunk");
     // A definition that uses itself must come to an end.
-    addInstance(add(tree, "itself", 61), FltInstanceRef(), 7);
-    addInstance(add(nullptr, "use", 61), FltInstanceRef(), 7);
-    add(addInstance(add(nullptr, "lost", 61), FltInstanceRef(), 8), "own");
+    addInstance(add(tree, "itself", kFltInstanceRef), FltInstanceRef(), 7);
+    addInstance(add(nullptr, "use", kFltInstanceRef), FltInstanceRef(), 7);
+    add(addInstance(add(nullptr, "lost", kFltInstanceRef), FltInstanceRef(), 8), "own");
     open();
     EXPECT_EQ(browser.outline(),
               "Scene Root(tree(trunk,itself(trunk,itself)),use(trunk,itself),lost(own))");
@@ -387,12 +389,12 @@ TEST_F(BrowserClientTest, AReferenceListsWhatItsDefinitionHolds) {
 
 // Each edit is made on one item, and the others of the same node show it as a new filling would.
 TEST_F(BrowserClientTest, EditsShowWhereverTheNodesAreListed) {
-    INode* const tree = addInstance(add(nullptr, "tree", 62), FltInstanceDef(), 7);
-    INode* const crown = add(tree, "crown", 2);
+    INode* const tree = addInstance(add(nullptr, "tree", kFltInstanceDef), FltInstanceDef(), 7);
+    INode* const crown = add(tree, "crown", kFltGroup);
     add(crown, "leaf");
     add(tree, "trunk");
-    INode* const use = addInstance(add(nullptr, "use", 61), FltInstanceRef(), 7);
-    add(nullptr, "other", 2);
+    INode* const use = addInstance(add(nullptr, "use", kFltInstanceRef), FltInstanceRef(), 7);
+    add(nullptr, "other", kFltGroup);
     add(nullptr, "apple");
     open();
     const BrowserItem listedCrown = browser.top.children[0]->children[1]->children[0].get();
@@ -423,15 +425,15 @@ TEST_F(BrowserClientTest, EditsShowWhereverTheNodesAreListed) {
 }
 
 TEST_F(BrowserClientTest, ADefinitionThatMovesIsFoundFromElsewhere) {
-    INode* const first = add(nullptr, "first", 1);
-    INode* const second = add(nullptr, "second", 1);
+    INode* const first = add(nullptr, "first", kFltHeader);
+    INode* const second = add(nullptr, "second", kFltHeader);
     const auto define = [&](INode* database, const char* name, const char* child) {
         INode* const group = add(database, name, 2);
-        add(addInstance(add(group, "d", 62), FltInstanceDef(), 1), child);
+        add(addInstance(add(group, "d", kFltInstanceDef), FltInstanceDef(), 1), child);
     };
     define(first, "g", "a");
     define(second, "h", "b");
-    addInstance(add(second, "use", 61), FltInstanceRef(), 1);
+    addInstance(add(second, "use", kFltInstanceRef), FltInstanceRef(), 1);
     open();
     EXPECT_EQ(browser.outline(), "Scene Root(first(g(d(a))),second(h(d(b)),use(b)))");
     send(BrowserEvent::attach, "h", "first");
@@ -439,9 +441,9 @@ TEST_F(BrowserClientTest, ADefinitionThatMovesIsFoundFromElsewhere) {
 }
 
 TEST_F(BrowserClientTest, OnlyEditsThatConcernOtherItemsFillTheTreeAnew) {
-    INode* const tree = addInstance(add(nullptr, "tree", 62), FltInstanceDef(), 7);
+    INode* const tree = addInstance(add(nullptr, "tree", kFltInstanceDef), FltInstanceDef(), 7);
     add(tree, "trunk");
-    addInstance(add(nullptr, "use", 61), FltInstanceRef(), 7);
+    addInstance(add(nullptr, "use", kFltInstanceRef), FltInstanceRef(), 7);
     INode* const group = add(nullptr, "group");
     for (const char* name : {"a", "b"}) add(group, name);
     open();

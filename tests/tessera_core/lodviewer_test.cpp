@@ -1,5 +1,6 @@
 #include "lodbands.h"
 
+#include <quillon/fltopcode.h>
 #include <quillon/fltswitch.h>
 #include <tessera/lodviewer.h>
 
@@ -71,7 +72,7 @@ TEST_F(LodViewerTest, OneBandOnlyHasOneMiddle) {
 
 TEST_F(LodViewerTest, SwitchesWalkTheChildrenOfTheirCurrentMask) {
     INode* const lod = addLod(nullptr, "l", 0, 100);
-    INode* const switchNode = add(lod, "s", 96);
+    INode* const switchNode = add(lod, "s", kFltSwitch);
     std::vector<INode*> children;
     for (int i = 0; i < 40; ++i) {
         children.push_back(addMesh(switchNode, "child"));
@@ -99,7 +100,8 @@ TEST_F(LodViewerTest, SwitchesWalkTheChildrenOfTheirCurrentMask) {
 
 TEST_F(LodViewerTest, ASwitchThatCannotBeReadEndsTheWalk) {
     INode* const lod = addLod(nullptr, "l", 0, 100);
-    INode* const switches[] = {add(lod, "without a record", 96), add(lod, "damaged", 96)};
+    INode* const switches[] = {add(lod, "without a record", kFltSwitch),
+                               add(lod, "damaged", kFltSwitch)};
     ASSERT_TRUE(fltPutRecord(switches[1], FltLod()));
     for (INode* const node : switches) addMesh(node, "mesh")->Hide(true);
     INode* const next = addMesh(lod, "next");
@@ -111,7 +113,7 @@ TEST_F(LodViewerTest, ASwitchThatCannotBeReadEndsTheWalk) {
 
 TEST_F(LodViewerTest, ADamagedLevelOfDetailCountsAsPlainStructure) {
     addLod(nullptr, "good", 0, 10);
-    INode* const damaged = add(nullptr, "damaged", 73);
+    INode* const damaged = add(nullptr, "damaged", kFltLod);
     INode* const mesh = addMesh(damaged, "mesh");
     mesh->Hide(true);
     INode* const unordered = addLod(nullptr, "nan", std::nan(""), 4);
