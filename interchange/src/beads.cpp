@@ -1,11 +1,9 @@
 #include "beads.h"
 
-#include "bytes.h"
-#include "layouts.h"
-
 #include <diagnostics/assertion.h>
 #include <quillon/fltface.h>
 #include <quillon/fltfileheader.h>
+#include <quillon/fltrecordbytes.h>
 
 #include <algorithm>
 
@@ -60,11 +58,11 @@ FltRecord* RecordCache::fresh(std::uint16_t opcode) {
     return records_[opcode].get();
 }
 
-FltRecord* BeadMerger::base(FileBytes bead, std::uint32_t revision) {
+FltRecord* BeadMerger::base(const FltRecordView& bead, std::uint32_t revision) {
     if (bead.empty()) return nullptr;
-    FltRecord* const record = bases_.of(uint16At(bead, 0));
+    FltRecord* const record = bases_.of(bead.opcode());
     if (record == nullptr) return nullptr;
-    token_.attach(bead.data(), static_cast<std::int32_t>(bead.size()));
+    token_.attach(bead.bytes().data(), bead.length());
     try {
         record->readToken(token_, revision);
     } catch (const diagnostics::AviaryAssertion&) {
@@ -73,9 +71,9 @@ FltRecord* BeadMerger::base(FileBytes bead, std::uint32_t revision) {
     return record;
 }
 
-FileBytes BeadMerger::put(const FltRecord& record, std::uint32_t revision, FileBytes bead,
-                          std::uint32_t beadRevision) {
-    const FltRecord* const base = !bead.empty() && uint16At(bead, 0) == record.opcode()
+FileBytes BeadMerger::put(const FltRecord& record, std::uint32_t revision,
+                          const FltRecordView& bead, std::uint32_t beadRevision) {
+    const FltRecord* const base = !bead.empty() && bead.opcode() == record.opcode()
                                       ? this->base(bead, beadRevision)
                                       : nullptr;
     if (record.opcode() == kFltFace) {
@@ -89,20 +87,19 @@ FileBytes BeadMerger::put(const FltRecord& record, std::uint32_t revision, FileB
     merged_.assign(now.begin(), now.end());
     if (base != nullptr) {
         layOut(*base, then_, beadRevision);
-        merge(bead, then_.length() == now_.length());
+        merge(bead.bytes(), record.opcode() == kFltHeader, then_.length() == now_.length());
     }
-    diagnostics::check(merged_.size() <= 0xFFFF, "beads", 102);
-    put16(&merged_[2], static_cast<std::uint16_t>(merged_.size()));
+    fltStateLength(merged_);
     return merged_;
 }
 
-void BeadMerger::merge(FileBytes bead, bool sameLayout) {
+/// Works on whole records; their opcode is the same, and the length is put right afterwards.
+void BeadMerger::merge(FileBytes bead, bool isHeader, bool sameLayout) {
     const FileBytes then = bytesOf(then_);
     // A header has the same fields at each revision, as far as it goes.
-    const bool isHeader = uint16At(bead, 0) == kFltHeader;
     if (sameLayout || isHeader) {
         const std::size_t common = std::min({merged_.size(), then.size(), bead.size()});
-        for (std::size_t i = kRecordHeader; i < common; ++i) {
+        for (std::size_t i = 0; i < common; ++i) {
             if (merged_[i] == then[i]) merged_[i] = bead[i];
         }
     }

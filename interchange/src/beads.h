@@ -4,6 +4,7 @@
 #include <interchange/outline.h>
 
 #include <quillon/fltfactory.h>
+#include <quillon/fltrecordrange.h>
 #include <quillon/flttoken.h>
 
 #include <array>
@@ -44,17 +45,17 @@ public:
     /// What `bead`, a record in file form read at `revision`, says in the terms of its class; null
     /// for one without a class and for bytes that the class refuses. Valid until the next call for
     /// that class.
-    FltRecord* base(FileBytes bead, std::uint32_t revision);
+    FltRecord* base(const FltRecordView& bead, std::uint32_t revision);
 
     /// `record` as bytes of a file, laid out for `revision`. Fields that say the same as in `bead`
     /// (read at `beadRevision`; empty for none) come out as they stood there, reserved bytes and
     /// longer tails included; others as they are in `record`. A shorter record stays as short. Not
     /// padded. Valid until the next call.
-    FileBytes put(const FltRecord& record, std::uint32_t revision, FileBytes bead,
+    FileBytes put(const FltRecord& record, std::uint32_t revision, const FltRecordView& bead,
                   std::uint32_t beadRevision);
 
 private:
-    void merge(FileBytes bead, bool sameLayout);
+    void merge(FileBytes bead, bool isHeader, bool sameLayout);
 
     RecordCache bases_{fltCreateFileRecord};
     FltToken token_;

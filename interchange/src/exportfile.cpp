@@ -1,5 +1,7 @@
+#include "databaseheader.h"
 #include "kept.h"
 #include "plan.h"
+#include "scenecollector.h"
 #include "scenewriter.h"
 #include "summary.h"
 
@@ -30,13 +32,14 @@ void checkRevision(std::uint32_t revision) {
                       range(kFltOldest16Revision, kFltNewestRevision) + " can");
 }
 
-void writeTo(const std::string& path, const std::string& temporary, SceneWriter& writer) {
+void writeTo(const std::string& path, const std::string& temporary, DatabaseHeader& header,
+             const Plan& plan, SceneContent& content, ImpExpReport& report) {
     FltStream stream;
     errno = 0;
-    if (!stream.open(temporary, writer.header(), &writer)) {
+    if (!stream.open(temporary, header.header(), &header)) {
         throw std::system_error(errno, std::generic_category(), "cannot write " + path);
     }
-    writer.write(stream);
+    SceneWriter(plan, content, report, stream).write();
     if (!stream.close()) {
         throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(),
                                 "cannot write " + path);
@@ -58,13 +61,14 @@ void writeOut(const std::string& path, const ExportOptions& options, ImpExpRepor
               Interface& host) {
     checkRevision(options.revision);
     const Plan plan = planExport(options, host);
-    SceneWriter writer(plan, report, options.revision);
-    writer.collect();
+    DatabaseHeader header(plan, options.revision);
+    SceneContent content(plan.nodes.size(), header.losses());
+    SceneCollector(plan, report, content).collect();
     base::FileReplacement file(path);
-    writeTo(path, file.name(), writer);
+    writeTo(path, file.name(), header, plan, content, report);
     if (!report.Progress(1, "Writing the file")) throw Cancelled();
     file.takePlace();
-    report.Summary((summaryOf(plan) + writer.losses().text()).c_str());
+    report.Summary((summaryOf(plan) + content.losses.text()).c_str());
 }
 
 /// Tells what went wrong, as far as it knows; the report is the host's and may throw.

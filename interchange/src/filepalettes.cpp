@@ -7,6 +7,7 @@
 #include <interchange/textencoding.h>
 #include <quillon/fltmaterial.h>
 #include <quillon/fltstream.h>
+#include <quillon/flttext.h>
 #include <quillon/flttexture.h>
 
 #include <algorithm>
@@ -43,22 +44,25 @@ std::int32_t freeIndex(const Map& entries, std::int32_t start) {
 
 void FilePalettes::read(const Kept& kept) {
     revision_ = kept.revision;
-    forEachPiece(kept.pieces, [&](const RecordWalk& walk, bool opaque) {
-        if (opaque) return;
-        const FltRecordView record = FltRecordView::at(walk.record(), 0);
-        switch (record.opcode()) {
+    for (const KeptPiece& piece : kept.pieces) {
+        if (piece.isOpaque) continue;
+        switch (piece.record.opcode()) {
             case kFltColorPalette:
-                return readColors(record);
+                readColors(piece.record);
+                break;
             case kFltLightSourcePalette:
-                return readLight(record.bytes(), kept.revision);
+                readLight(piece.record);
+                break;
             case kFltTexture:
-                return readTexture(record);
+                readTexture(piece.record);
+                break;
             case kFltMaterial:
-                return readMaterial(record);
+                readMaterial(piece.record);
+                break;
             default:
-                return;
+                break;
         }
-    });
+    }
 }
 
 /// Of several colour palettes the first is the one that counts.
@@ -67,8 +71,8 @@ void FilePalettes::readColors(const FltRecordView& record) {
     colors_.readBytes(record.bytes(), revision_);
 }
 
-void FilePalettes::readLight(FileBytes record, std::uint32_t revision) {
-    const FltRecord* const base = merger_.base(record, revision);
+void FilePalettes::readLight(const FltRecordView& record) {
+    const FltRecord* const base = merger_.base(record, revision_);
     if (base == nullptr) return;
     const auto& entry = static_cast<const FltLightSourcePalette&>(*base);
     lights_.insert({entry.paletteIndex, {record, entry, false, false}});
@@ -138,27 +142,25 @@ std::int16_t FilePalettes::material(COLORREF color) {
     return index;
 }
 
-void FilePalettes::write(FltStream& stream, FileBytes record) {
-    if (FltRecordView::at(record, 0).opcode() == kFltLightSourcePalette) {
-        const FltRecord* const base = merger_.base(record, revision_);
-        const auto found =
-            base == nullptr
-                ? lights_.end()
-                : lights_.find(static_cast<const FltLightSourcePalette&>(*base).paletteIndex);
-        // Of several entries with one index the first is the one that counts.
-        if (found != lights_.end() && found->second.edited &&
-            found->second.read.data() == record.data()) {
-            writeLight(stream, found->second);
-            return;
-        }
+void FilePalettes::write(FltStream& stream, const FltRecordView& record) {
+    const FltRecord* const base = merger_.base(record, revision_);
+    const auto found =
+        base == nullptr
+            ? lights_.end()
+            : lights_.find(static_cast<const FltLightSourcePalette&>(*base).paletteIndex);
+    // Of several entries with one index the first is the one that counts.
+    if (found != lights_.end() && found->second.edited &&
+        found->second.read.bytes().data() == record.bytes().data()) {
+        writeLight(stream, found->second);
+        return;
     }
-    stream.writeVerbatim(record);
+    stream.writeVerbatim(record.bytes());
 }
 
 void FilePalettes::writeNew(FltStream& stream) {
     for (const std::int32_t index : newTextures_) {
         FltTexture texture;
-        std::ranges::copy(textures_[index], texture.fileName);
+        fltSetText(texture.fileName, textures_[index]);
         texture.index = index;
         texture.write(stream);
     }
@@ -169,12 +171,12 @@ void FilePalettes::writeNew(FltStream& stream) {
 }
 
 void FilePalettes::writeMaterial(FltStream& stream, std::int16_t index, COLORREF color) {
-    FltMaterial material;
-    material.index = index;
-    std::ranges::copy(std::string(1, 'm').append(std::to_string(index)), material.name);
     const auto share = [&](unsigned shift) {
         return static_cast<float>(color >> shift & 0xFF) / 255;
     };
+    FltMaterial material;
+    material.index = index;
+    fltSetText(material.name, std::string(1, 'm').append(std::to_string(index)));
     material.ambient = material.diffuse = {share(0), share(8), share(16)};
     material.write(stream);
 }

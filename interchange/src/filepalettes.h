@@ -43,20 +43,20 @@ public:
     /// Throws `ExportError` when the palette is full.
     std::int16_t material(COLORREF color);
 
-    /// Writes `record`, a palette record that was read, as it is to be now.
-    void write(FltStream& stream, FileBytes record);
+    /// Writes `record`, a light source palette entry that was read, as it is to be now.
+    void write(FltStream& stream, const FltRecordView& record);
     /// Writes the entries that were not read.
     void writeNew(FltStream& stream);
 
 private:
     struct Light {
-        FileBytes read;  ///< as it was read; empty for a new one
+        FltRecordView read;  ///< as it was read; empty for a new one
         FltLightSourcePalette entry;
         bool edited = false;   ///< differs from what was read
         bool claimed = false;  ///< some light looks like it
     };
 
-    void readLight(FileBytes record, std::uint32_t revision);
+    void readLight(const FltRecordView& record);
     void readColors(const FltRecordView& record);
     void readTexture(const FltRecordView& record);
     void readMaterial(const FltRecordView& record);

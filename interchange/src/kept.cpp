@@ -1,14 +1,11 @@
 #include "kept.h"
 
-#include "layouts.h"
-
 #include <kiln/kiln.h>
-#include <quillon/fltopcode.h>
+#include <quillon/fltrecordbytes.h>
 
-#include <array>
+#include <algorithm>
 #include <cstring>
 #include <new>
-#include <optional>
 
 namespace interchange {
 
@@ -19,72 +16,15 @@ constexpr Class_ID kKeptClass{0x51D8A2C4, 0x7B30E61A};
 constexpr std::uint16_t kVersion = 1;
 constexpr std::uint16_t kHasBead = 1;
 constexpr std::uint16_t kHasGivenName = 2;
-constexpr std::size_t kHeadSize = 8;
+constexpr std::size_t kFlagsOffset = 3;  // of their low byte, in the chunk
 
-/// The whole record at the start of `bytes`; empty when there is none.
-FileBytes firstRecord(FileBytes bytes) noexcept {
-    if (bytes.size() < kRecordHeader) return {};
-    const std::size_t length = uint16At(bytes, 2);
-    if (length < kRecordHeader || length > bytes.size()) return {};
-    return bytes.first(length);
-}
-
-/// Follows the nesting of records that may say anything.
-class NestingCheck {
-public:
-    bool take(FileBytes record) {
-        const std::uint16_t opcode = uint16At(record, 0);
-        if (const std::uint16_t closer = fltClosingOpcode(opcode); closer != 0) {
-            if (depth_ == closers_.size()) return false;
-            closers_[depth_++] = closer;
-            if (opaque_ == 0 && beginsOpaque(opcode)) opaque_ = depth_;
-        } else if (fltIsPop(opcode)) {
-            if (depth_ == 0 || closers_[depth_ - 1] != opcode) return false;
-            constexpr std::size_t kPopWithCount = 8;
-            if (opaque_ == 0 && record.size() < kPopWithCount) return false;
-            if (opaque_ == depth_) opaque_ = 0;
-            --depth_;
-        }
-        return true;
-    }
-    bool atEnd() const { return depth_ == 0; }
-
-private:
-    std::array<std::uint16_t, kDeepestLevel> closers_;
-    std::size_t depth_ = 0;
-    std::size_t opaque_ = 0;  ///< depth of the outermost level without nodes, 0 outside of any
-};
-
-bool isWellFormed(FileBytes pieces) {
-    NestingCheck nesting;
-    while (!pieces.empty()) {
-        const FileBytes record = firstRecord(pieces);
-        if (record.empty() || !nesting.take(record)) return false;
-        pieces = pieces.subspan(record.size());
-    }
-    return nesting.atEnd();
-}
-
-std::optional<Kept> read(FileBytes bytes) {
-    if (bytes.size() < kHeadSize || uint16At(bytes, 0) != kVersion) return std::nullopt;
-    const std::uint16_t flags = uint16At(bytes, 2);
-    Kept kept;
-    kept.revision = uint32At(bytes, 4);
-    bytes = bytes.subspan(kHeadSize);
-    if (flags & kHasBead) {
-        kept.bead = firstRecord(bytes);
-        if (kept.bead.empty()) return std::nullopt;
-        bytes = bytes.subspan(kept.bead.size());
-    }
-    if (flags & kHasGivenName) {
-        if (bytes.size() < 2 || bytes.size() - 2 < uint16At(bytes, 0)) return std::nullopt;
-        const FileBytes name = bytes.subspan(2, uint16At(bytes, 0));
-        kept.givenName = {reinterpret_cast<const char*>(name.data()), name.size()};
-        bytes = bytes.subspan(2 + name.size());
-    }
-    if (!isWellFormed(bytes)) return std::nullopt;
-    kept.pieces = bytes;
-    return kept;
+/// Takes a number off the front of `bytes`; false when they are too few.
+template <typename Number>
+bool take(FileBytes& bytes, Number& number) {
+    if (bytes.size() < sizeof number) return false;
+    fltLoadBigEndian(bytes.data(), number);
+    bytes = bytes.subspan(sizeof number);
+    return true;
 }
 
 }  // namespace
@@ -107,26 +47,77 @@ void keepChunk(Animatable& thing, KeptChunk id, FileBytes bytes) {
     }
 }
 
-Kept keptOn(const Animatable& node) noexcept {
-    return read(keptChunk(node, KeptChunk::records)).value_or(Kept());
+const Kept& KeptReader::read(const Animatable& node) {
+    kept_.revision = 0;
+    kept_.bead = {};
+    kept_.givenName = {};
+    kept_.pieces.clear();
+    const FileBytes bytes = keptChunk(node, KeptChunk::records);
+    if (!bytes.empty() && !readChunk(bytes)) kept_ = {};
+    return kept_;
+}
+
+bool KeptReader::readChunk(FileBytes bytes) {
+    std::uint16_t version = 0, flags = 0;
+    if (!take(bytes, version) || version != kVersion || !take(bytes, flags)) return false;
+    if (!take(bytes, kept_.revision) || kept_.revision == 0) return false;
+    if (flags & kHasBead) {
+        kept_.bead = FltRecordView::at(bytes, 0);
+        if (kept_.bead.empty()) return false;
+        bytes = bytes.subspan(kept_.bead.length());
+    }
+    if (flags & kHasGivenName) {
+        std::uint16_t length = 0;
+        if (!take(bytes, length) || bytes.size() < length) return false;
+        kept_.givenName = {reinterpret_cast<const char*>(bytes.data()), length};
+        bytes = bytes.subspan(length);
+    }
+    return bytes.empty() || readPieces(bytes);
+}
+
+/// Takes records that may say anything, as long as they are whole and rightly nested.
+bool KeptReader::readPieces(FileBytes bytes) {
+    using Step = decltype(levels_)::Step;
+    if (levels_.depth() != 0) levels_ = {};
+    std::size_t length = 0;
+    for (const FltRecordView record : FltRecordRange(bytes)) {
+        length += record.length();
+        KeptPiece piece{record, levels_.isOpaque()};
+        const auto index = static_cast<std::uint32_t>(kept_.pieces.size());
+        const Step step = levels_.meet(record.opcode(), index);
+        if (step == Step::unmatched || levels_.depth() > kDeepestLevel) return false;
+        if (step == Step::opened) piece.isOpaque = levels_.isOpaque();
+        if (step == Step::closed && !piece.isOpaque) {
+            FileBytes body = record.body();
+            piece.push = levels_.left().level;
+            if (!take(body, piece.children)) return false;
+        }
+        kept_.pieces.push_back(piece);
+    }
+    return length == bytes.size() && levels_.depth() == 0;
+}
+
+Kept keptOn(const Animatable& node) {
+    return KeptReader().read(node);
 }
 
 void KeptWriter::begin(std::uint32_t revision) {
     bytes_.clear();
-    append16(kVersion);
-    append16(0);
-    append32(revision);
+    append(kVersion);
+    append(std::uint16_t{0});
+    append(revision);
 }
 
+/// Of the flags only the low byte is in use.
 void KeptWriter::bead(FileBytes record) {
-    bytes_[3] |= kHasBead;
+    bytes_[kFlagsOffset] |= kHasBead;
     append(record);
 }
 
 void KeptWriter::givenName(std::string_view name) {
-    bytes_[3] |= kHasGivenName;
+    bytes_[kFlagsOffset] |= kHasGivenName;
     name = name.substr(0, 0xFFFF);
-    append16(static_cast<std::uint32_t>(name.size()));
+    append(static_cast<std::uint16_t>(name.size()));
     append({reinterpret_cast<const std::uint8_t*>(name.data()), name.size()});
 }
 
@@ -135,37 +126,28 @@ void KeptWriter::record(FileBytes record) {
 }
 
 void KeptWriter::record(FileBytes record, std::size_t longest) {
-    if (record.size() <= longest) return append(record);
-    append16(uint16At(record, 0));
-    append16(static_cast<std::uint32_t>(longest));
-    append(record.first(longest).subspan(kRecordHeader));
+    const std::size_t start = bytes_.size();
+    append(record.first(std::min(record.size(), longest)));
+    fltStateLength(std::span(bytes_).subspan(start));
 }
 
 void KeptWriter::marker(std::uint16_t opcode) {
-    append16(opcode);
-    append16(kRecordHeader);
+    fltAppendRecord(bytes_, opcode, 0);
 }
 
 void KeptWriter::marker(std::uint16_t opcode, std::uint32_t value) {
-    append16(opcode);
-    append16(kRecordHeader + 4);
-    append32(value);
+    fltStoreBigEndian(fltAppendRecord(bytes_, opcode, sizeof value).data(), value);
 }
 
 void KeptWriter::numbers(std::uint16_t opcode, std::uint32_t count) {
-    append16(opcode);
-    append16(static_cast<std::uint32_t>(kRecordHeader + std::size_t{4} * count));
-    for (std::uint32_t i = 0; i < count; ++i) append32(i);
+    const auto body = fltAppendRecord(bytes_, opcode, sizeof count * std::size_t{count});
+    for (std::uint32_t i = 0; i < count; ++i) fltStoreBigEndian(&body[sizeof i * i], i);
 }
 
-void KeptWriter::append16(std::uint32_t value) {
-    bytes_.push_back(static_cast<std::uint8_t>(value >> 8));
-    bytes_.push_back(static_cast<std::uint8_t>(value));
-}
-
-void KeptWriter::append32(std::uint32_t value) {
-    append16(value >> 16);
-    append16(value);
+template <typename Number>
+void KeptWriter::append(Number value) {
+    bytes_.resize(bytes_.size() + sizeof value);
+    fltStoreBigEndian(bytes_.data() + bytes_.size() - sizeof value, value);
 }
 
 void KeptWriter::append(FileBytes bytes) {

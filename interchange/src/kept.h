@@ -22,7 +22,8 @@
 #pragma once
 
 #include <interchange/outline.h>
-#include <quillon/fltopcode.h>
+#include <quillon/fltlevelwalk.h>
+#include <quillon/fltrecordrange.h>
 
 #include <string_view>
 #include <vector>
@@ -31,12 +32,20 @@ class Animatable;
 
 namespace interchange {
 
+/// One of the pieces that are kept for a node.
+struct KeptPiece {
+    FltRecordView record;
+    bool isOpaque = false;       ///< of a level that holds no nodes, its push and pop included
+    std::uint32_t push = kNone;  ///< of a pop: the piece that opens its level
+    std::uint32_t children = 0;  ///< of a pop: nodes directly in its level
+};
+
 /// What is kept on one node. Refers to the chunk's bytes; empty, with revision 0, without a chunk.
 struct Kept {
     std::uint32_t revision = 0;  ///< x 100, of the file that the node came from
-    FileBytes bead;              ///< the node's record as it was read; empty when nothing is lost
+    FltRecordView bead;          ///< the node's record as it was read; empty when nothing is lost
     std::string_view givenName;  ///< the name that the file did not say; empty when it did
-    FileBytes pieces;            ///< whole records, rightly nested
+    std::vector<KeptPiece> pieces;  ///< rightly nested
 };
 
 enum class KeptChunk : std::uint32_t { records = 0, corners = 1, source = 2 };
@@ -47,8 +56,23 @@ FileBytes keptChunk(const Animatable& thing, KeptChunk id) noexcept;
 /// Puts a copy of `bytes` on a node or a texture map. Throws `std::bad_alloc`.
 void keepChunk(Animatable& thing, KeptChunk id, FileBytes bytes);
 
-/// What is kept on the node; nothing when the chunk is damaged.
-Kept keptOn(const Animatable& node) noexcept;
+/// Reads what is kept on nodes. One object serves many nodes.
+class KeptReader {
+public:
+    /// What is kept on the node; nothing when the chunk is damaged. Valid until the next call.
+    /// Throws `std::bad_alloc`.
+    const Kept& read(const Animatable& node);
+
+private:
+    bool readChunk(FileBytes bytes);
+    bool readPieces(FileBytes bytes);
+
+    Kept kept_;
+    FltLevelWalk<std::uint32_t> levels_;  ///< with the index of the piece that opened each
+};
+
+/// What is kept on the node; nothing when the chunk is damaged. Throws `std::bad_alloc`.
+Kept keptOn(const Animatable& node);
 
 /// Puts together what is kept. One object serves many nodes.
 class KeptWriter {
@@ -68,49 +92,16 @@ public:
     FileBytes bytes() const noexcept { return bytes_; }
 
 private:
-    void append16(std::uint32_t value);
-    void append32(std::uint32_t value);
     void append(FileBytes bytes);
+    template <typename Number>
+    void append(Number value);
 
     std::vector<std::uint8_t> bytes_;
-};
-
-/// The records in `bytes`, which must be whole ones, one after the other.
-class RecordWalk {
-public:
-    explicit RecordWalk(FileBytes bytes) noexcept : rest_(bytes) {}
-
-    /// Moves to the next record; false at the end.
-    bool next() noexcept {
-        if (rest_.empty()) return false;
-        record_ = rest_.first(uint16At(rest_, 2));
-        rest_ = rest_.subspan(record_.size());
-        return true;
-    }
-    FileBytes record() const noexcept { return record_; }
-    FileBytes body() const noexcept { return record_.subspan(4); }
-    std::uint16_t opcode() const noexcept { return uint16At(record_, 0); }
-
-private:
-    FileBytes record_;
-    FileBytes rest_;
 };
 
 /// Whether a level that `opcode` begins holds extensions or attributes, and no nodes.
 bool beginsOpaque(std::uint16_t opcode) noexcept;
 bool isVertex(std::uint16_t opcode) noexcept;
 bool isVertexList(std::uint16_t opcode) noexcept;
-
-/// Calls `visit(walk, opaque)` for each piece, with whether it stands in a level without nodes.
-template <typename Visit>
-void forEachPiece(FileBytes pieces, Visit&& visit) {
-    std::size_t opaque = 0;
-    for (RecordWalk walk(pieces); walk.next();) {
-        const std::uint16_t opcode = walk.opcode();
-        if (fltClosingOpcode(opcode) != 0 && (opaque != 0 || beginsOpaque(opcode))) ++opaque;
-        visit(walk, opaque != 0);
-        if (fltIsPop(opcode) && opaque != 0) --opaque;
-    }
-}
 
 }  // namespace interchange

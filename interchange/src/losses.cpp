@@ -33,8 +33,8 @@ void Losses::record(std::uint16_t opcode) {
 void Losses::face(const FltFace& face) {
     if (!isOlder_) return;
     const FltFace after = returned(face, revision_);
-    const bool losesColor = (face.flags & kFaceNoColor) == 0 &&
-                            face.primaryColorIndex != after.primaryColorIndex;
+    const bool losesColor =
+        (face.flags & kFaceNoColor) == 0 && face.primaryColorIndex != after.primaryColorIndex;
     const bool losesAlternate = (face.flags & kFaceNoAlternate) == 0 &&
                                 face.alternateColorIndex != after.alternateColorIndex;
     if (losesColor || losesAlternate) ++faces_;

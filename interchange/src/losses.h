@@ -20,12 +20,15 @@ public:
     Losses(std::uint32_t revision, std::uint32_t source)
         : revision_(revision), isOlder_(revision < source) {}
 
+    /// Whether the file is older than its database. Otherwise nothing need be counted.
+    bool mayHappen() const noexcept { return isOlder_; }
+
     void record(std::uint16_t opcode);
     void face(const FltFace& face);
     void header(const FltHeader& header);
 
-    /// The end of a sentence, for the user: ", which OpenFlight 14.2 cannot say in full: ..."; empty
-    /// when nothing is lost.
+    /// The end of a sentence, for the user: ", which OpenFlight 14.2 cannot say in full: ...";
+    /// empty when nothing is lost.
     std::string text() const;
 
 private:

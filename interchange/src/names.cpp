@@ -2,26 +2,12 @@
 
 #include <base/text.h>
 #include <interchange/textencoding.h>
-#include <quillon/fltopcode.h>
-
-#include <algorithm>
+#include <quillon/fltrecordtype.h>
 
 namespace interchange {
 
-namespace {
-
-constexpr std::size_t kIdOffset = 4;
-constexpr std::size_t kIdLength = 8;
-
-bool hasId(std::uint16_t opcode) {
-    return opcode != kFltExternalRef && opcode != kFltInstanceRef && opcode != kFltInstanceDef;
-}
-
-}  // namespace
-
 std::string nameInRecord(FileBytes record) {
-    if (!hasId(uint16At(record, 0)) || record.size() < kIdOffset + 1) return {};
-    return textOf(record.subspan(kIdOffset, std::min(kIdLength, record.size() - kIdOffset)));
+    return textOf(fltIdOf(FltRecordView::at(record, 0)));
 }
 
 bool isNoDatabaseName(const std::string& name) {

@@ -8,7 +8,6 @@
 #include <fltkilnutil/kilnflt.h>
 #include <kiln/inode.h>
 #include <kiln/mesh.h>
-#include <quillon/flttoken.h>
 
 namespace interchange {
 
@@ -37,8 +36,7 @@ NewFace newFaceOf(INode& node, const Mesh& mesh, const KilnFace& options, FilePa
     return look;
 }
 
-FileBytes layOutNewFace(FltFace face, const NewFace& look, std::uint32_t revision,
-                        std::vector<std::uint8_t>& bytes) {
+void layOutNewFace(FltFace face, const NewFace& look, std::uint32_t revision, FltToken& token) {
     if (face.materialIndex < 0 && look.material >= 0) face.materialIndex = look.material;
     // Lights shine on what is shown in the scene, unless its record says otherwise.
     if (look.isUnwritten) face.lightMode = look.color ? kLitByFaceColor : kLitByVertexColor;
@@ -50,10 +48,7 @@ FileBytes layOutNewFace(FltFace face, const NewFace& look, std::uint32_t revisio
     } else {
         settlePackedColors(face, nullptr);
     }
-    FltToken token;
     face.writeFileToken(token, revision);
-    bytes.assign(token.data(), token.data() + token.length());
-    return bytes;
 }
 
 }  // namespace interchange

@@ -1,15 +1,13 @@
 // Faces of meshes that were made in the scene: what they look like in a file.
 #pragma once
 
-#include <interchange/outline.h>
-
 #include <kiln/platform.h>
 #include <quillon/fltface.h>
 
 #include <cstdint>
 #include <optional>
-#include <vector>
 
+class FltToken;
 class INode;
 class KilnFace;
 struct Mesh;
@@ -34,9 +32,8 @@ NewFace newFaceOf(INode& node, const Mesh& mesh, const KilnFace& options, FilePa
 /// Whether nobody has given the face a colour.
 bool isColorless(const FltFace& face) noexcept;
 
-/// Lays `face` out for a file of `revision` with what `look` says; what was edited in the record
-/// stays. Valid until `bytes` changes.
-FileBytes layOutNewFace(FltFace face, const NewFace& look, std::uint32_t revision,
-                        std::vector<std::uint8_t>& bytes);
+/// Puts `face` into `token` for a file of `revision` with what `look` says; what was edited in the
+/// record stays.
+void layOutNewFace(FltFace face, const NewFace& look, std::uint32_t revision, FltToken& token);
 
 }  // namespace interchange

@@ -78,9 +78,8 @@ bool NodeLooks::IsOnlyInstanced(INode* node) noexcept {
 /// The record of a mesh, which is kept as it was read, to `mesh_`.
 bool NodeLooks::readMesh(INode& node) {
     const Kept kept = keptOn(node);
-    const FltRecordView record = FltRecordView::at(kept.bead, 0);
-    if (record.empty() || record.opcode() != kFltMesh) return false;
-    mesh_.readBytes(record.bytes(), kept.revision);
+    if (kept.bead.empty() || kept.bead.opcode() != kFltMesh) return false;
+    mesh_.readBytes(kept.bead.bytes(), kept.revision);
     return true;
 }
 
@@ -104,12 +103,11 @@ NodeLooks::Database& NodeLooks::databaseOf(INode& header) {
     if (known != databases_.end()) return known->second;
     Database& database = databases_[&header];
     const Kept kept = keptOn(header);
-    forEachPiece(kept.pieces, [&](const RecordWalk& walk, bool opaque) {
-        if (opaque) return;
-        const FltRecordView record = FltRecordView::at(walk.record(), 0);
-        if (record.opcode() == kFltMaterial) addMaterial(record, database);
-        if (record.opcode() == kFltTexture) addTexture(record, database);
-    });
+    for (const KeptPiece& piece : kept.pieces) {
+        if (piece.isOpaque) continue;
+        if (piece.record.opcode() == kFltMaterial) addMaterial(piece.record, database);
+        if (piece.record.opcode() == kFltTexture) addTexture(piece.record, database);
+    }
     return database;
 }
 

@@ -54,7 +54,7 @@ bool isWritable(INode& node, FltNodeKind kind) {
     static RecordCache classes(fltCreateRecord);
     if (classes.of(opcode) != nullptr) return true;
     const Kept kept = keptOn(node);
-    return !kept.bead.empty() && uint16At(kept.bead, 0) == opcode;
+    return !kept.bead.empty() && kept.bead.opcode() == opcode;
 }
 
 class Planner {

@@ -1,11 +1,12 @@
 #include "transforms.h"
 
-#include "bytes.h"
-
 #include <quillon/fltopcode.h>
+#include <quillon/fltstream.h>
 #include <quillon/flttransform.h>
 
+#include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <numbers>
 
 namespace interchange {
@@ -163,9 +164,9 @@ void TransformReader::take(const FltRecordView& record) {
 
 Matrix3 keptPlace(const Kept& kept) {
     TransformReader transforms;
-    forEachPiece(kept.pieces, [&](const RecordWalk& walk, bool opaque) {
-        if (!opaque) transforms.take(FltRecordView::at(walk.record(), 0));
-    });
+    for (const KeptPiece& piece : kept.pieces) {
+        if (!piece.isOpaque) transforms.take(piece.record);
+    }
     return transforms.result();
 }
 
@@ -182,49 +183,29 @@ Matrix3 TransformReader::result() const noexcept {
 
 namespace {
 
-// Every record but the matrices has 4 reserved bytes before its numbers.
-constexpr std::size_t kFirst = 8;
-constexpr std::size_t kPoint = 24;
-
-void beginRecord(std::uint16_t opcode, std::size_t length, std::vector<std::uint8_t>& bytes) {
-    const std::size_t start = bytes.size();
-    bytes.resize(start + length);
-    put16(&bytes[start], opcode);
-    put16(&bytes[start + 2], static_cast<std::uint16_t>(length));
-}
-
-void putMatrix(std::uint16_t opcode, const Matrix3& matrix, std::vector<std::uint8_t>& bytes) {
-    constexpr std::size_t kLength = 72;  // padded to a multiple of 8
-    beginRecord(opcode, kLength, bytes);
-    std::uint8_t* row = &bytes[bytes.size() - kLength + 4];
-    for (int i = 0; i < 4; ++i, row += 16) {
+template <typename Record>
+void writeMatrix(FltStream& stream, const Matrix3& matrix) {
+    Record record;
+    for (int i = 0; i < 4; ++i) {
         const Point3f values(matrix.GetRow(i));
-        putFloat32(row, values.x);
-        putFloat32(row + 4, values.y);
-        putFloat32(row + 8, values.z);
-        putFloat32(row + 12, i == 3 ? 1.0F : 0.0F);
+        std::ranges::copy(std::initializer_list<float>{values.x, values.y, values.z},
+                          record.rows[i]);
     }
-}
-
-void putTranslation(const Point3& by, std::vector<std::uint8_t>& bytes) {
-    constexpr std::size_t kLength = kFirst + 2 * kPoint;
-    beginRecord(kFltTranslate, kLength, bytes);
-    std::uint8_t* const delta = &bytes[bytes.size() - kPoint];
-    putFloat64(delta, by.x);
-    putFloat64(delta + 8, by.y);
-    putFloat64(delta + 16, by.z);
+    record.write(stream);
 }
 
 }  // namespace
 
-void putPlace(const Matrix3& place, std::vector<std::uint8_t>& bytes) {
-    putMatrix(kFltMatrix, place, bytes);
+void writePlace(FltStream& stream, const Matrix3& place) {
+    writeMatrix<FltMatrix>(stream, place);
     const Point3& position = place.GetTrans();
     if (Point3(Point3f(position)) == position) return;
     Matrix3 linear = place;
     linear.SetTrans({});
-    if (!linear.IsIdentity()) putMatrix(kFltGeneralMatrix, linear, bytes);
-    putTranslation(position, bytes);
+    if (!linear.IsIdentity()) writeMatrix<FltGeneralMatrix>(stream, linear);
+    FltTranslate translation;
+    translation.delta = {position.x, position.y, position.z};
+    translation.write(stream);
 }
 
 }  // namespace interchange

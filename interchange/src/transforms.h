@@ -7,7 +7,8 @@
 #include <quillon/fltrecordrange.h>
 
 #include <optional>
-#include <vector>
+
+class FltStream;
 
 namespace interchange {
 
@@ -35,8 +36,8 @@ private:
 /// How what is kept on a node places it.
 Matrix3 keptPlace(const Kept& kept);
 
-/// Puts the records that place a node into `bytes`, one after the other: a matrix and, where that
-/// would round the position, the steps that lead to it, the last of which has it in doubles.
-void putPlace(const Matrix3& place, std::vector<std::uint8_t>& bytes);
+/// Writes the records that place a node: a matrix and, where that would round the position, the
+/// steps that lead to it, the last of which has it in doubles.
+void writePlace(FltStream& stream, const Matrix3& place);
 
 }  // namespace interchange

@@ -2,6 +2,8 @@
 
 #include "plan.h"
 
+#include <quillon/fltvertexlist.h>
+
 #include <algorithm>
 #include <cstring>
 #include <random>
@@ -11,8 +13,6 @@ namespace interchange {
 
 namespace {
 
-// The palette record itself, before its vertices.
-constexpr std::uint32_t kFirstVertex = 8;
 constexpr std::size_t kLargestPalette = 0x7FFFFFFF;
 
 std::uint64_t randomWord() {
@@ -55,14 +55,15 @@ VertexPalette::Candidate VertexPalette::consider(FileBytes vertex) const noexcep
 std::uint32_t VertexPalette::add(const Candidate& candidate) {
     std::uint32_t& recent = recent_[candidate.hash % recent_.size()];
     if (recent == 0 || !isAt(recent - 1, candidate.vertex)) recent = find(candidate) + 1;
-    return offsetOf(recent - 1) + kFirstVertex;
+    return FltVertexPalette().length + offsetOf(recent - 1);
 }
 
 bool VertexPalette::isAt(std::uint32_t place, FileBytes vertex) const noexcept {
-    const std::uint8_t* const record = &blocks_[place / kBlockSize].bytes[place % kBlockSize];
-    std::uint16_t length = 0;
-    fltLoadBigEndian(record + 2, length);
-    return length == vertex.size() && std::memcmp(record, vertex.data(), length) == 0;
+    const Block& block = blocks_[place / kBlockSize];
+    const FileBytes record = FileBytes(block.bytes.get(), block.used).subspan(place % kBlockSize);
+    // Records begin with their lengths, so no other one of that length is equal.
+    return record.size() >= vertex.size() &&
+           std::memcmp(record.data(), vertex.data(), vertex.size()) == 0;
 }
 
 std::uint32_t VertexPalette::offsetOf(std::uint32_t place) const noexcept {

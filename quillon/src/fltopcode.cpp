@@ -32,6 +32,7 @@
 #include <quillon/fltvertexlist.h>
 #include <quillon/fltxref.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <memory>
@@ -255,6 +256,17 @@ const FltRecordType* fltRecordType(std::uint16_t opcode) noexcept {
 const char* fltRecordName(std::uint16_t opcode) noexcept {
     const FltRecordType* const type = fltRecordType(opcode);
     return type != nullptr ? type->name : kUndefined;
+}
+
+std::span<const std::uint8_t> fltIdOf(const FltRecordView& record) noexcept {
+    switch (record.opcode()) {
+        case kFltExternalRef:
+        case kFltInstanceRef:
+        case kFltInstanceDef:
+            return {};
+        default:
+            return record.body().first(std::min(record.body().size(), sizeof FltHeader::asciiId));
+    }
 }
 
 std::span<const FltRecordType> fltRecordTypes() noexcept {

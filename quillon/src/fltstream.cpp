@@ -5,6 +5,7 @@
 #include <base/scopedvalue.h>
 #include <diagnostics/assertion.h>
 #include <quillon/fltfileheader.h>
+#include <quillon/fltrecordrange.h>
 #include <quillon/fltstream.h>
 
 namespace {
@@ -106,6 +107,22 @@ void FltStream::writeVerbatim(std::span<const std::uint8_t> record) {
     diagnostics::check(length == record.size(), "fltstream", 424);
     prepareFor(opcode);
     quillon::writeBytes(file_, record.data(), record.size());
+}
+
+void FltStream::writeRecords(std::span<const std::uint8_t> records) {
+    std::size_t length = 0;
+    for (const FltRecordView record : FltRecordRange(records)) length += record.length();
+    diagnostics::check(length == records.size(), "fltstream", 424);
+    for (const FltRecordView record : FltRecordRange(records)) prepareFor(record.opcode());
+    quillon::writeBytes(file_, records.data(), records.size());
+}
+
+void FltStream::writeEmpty(std::uint16_t opcode) {
+    std::uint8_t record[4];
+    fltStoreBigEndian(record, opcode);
+    fltStoreBigEndian(record + 2, std::uint16_t{sizeof record});
+    prepareFor(opcode);
+    quillon::writeBytes(file_, record, sizeof record);
 }
 
 void FltStream::addPending(std::int32_t item) {

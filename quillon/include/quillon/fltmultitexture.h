@@ -4,6 +4,8 @@
 #include <quillon/fltgeometry.h>
 #include <quillon/fltrecordof.h>
 
+#include <cstddef>
+#include <span>
 #include <vector>
 
 /// One texture layer of a face or mesh.
@@ -30,4 +32,8 @@ public:
     /// Vertex by vertex, within each the layers of the mask; for morphing vertices the coordinates
     /// at 0 % and at 100 % of each.
     std::vector<FltTextureCoordinates> coordinates;
+
+    /// Whether `record`, header included, has coordinates for a vertex list of so many corners,
+    /// which may morph, and no more; also when it ends before its mask.
+    static bool fits(std::span<const std::uint8_t> record, std::size_t corners);
 };

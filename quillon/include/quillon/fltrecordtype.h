@@ -3,6 +3,7 @@
 
 #include <quillon/fltopcode.h>
 #include <quillon/fltrecord.h>
+#include <quillon/fltrecordrange.h>
 
 #include <cstdint>
 #include <memory>
@@ -35,6 +36,10 @@ const FltRecordType* fltRecordType(std::uint16_t opcode) noexcept;
 
 /// The name of `opcode` among all published ones; "UNDEFINED" for any other.
 const char* fltRecordName(std::uint16_t opcode) noexcept;
+
+/// The ID with which the records of nodes begin, 8 bytes or as many as the record has of them;
+/// empty for references and instances, which have none.
+std::span<const std::uint8_t> fltIdOf(const FltRecordView& record) noexcept;
 
 /// All rows, in the order of the table, which is nearly that of the opcodes.
 std::span<const FltRecordType> fltRecordTypes() noexcept;

@@ -84,6 +84,13 @@ public:
     /// many as their own length word says.
     void writeVerbatim(std::span<const std::uint8_t> record);
 
+    /// Writes several whole records that stand one behind the other, each as `writeVerbatim` does,
+    /// in one write call. Throws as that, before anything is written.
+    void writeRecords(std::span<const std::uint8_t> records);
+
+    /// Writes a record of nothing but its header, not padded. Throws as `writeToken`.
+    void writeEmpty(std::uint16_t opcode);
+
     /// Installs who writes pending items; not owned, must outlive them.
     void setPendingWriter(FltPendingWriter* writer) noexcept { pendingWriter_ = writer; }
 

@@ -1,0 +1,22 @@
+// Records put together in memory, byte for byte as they are to stand in a file.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+/// Appends a record of `opcode` with a body of `size` zeros to `bytes`, and gives the body to fill
+/// in, valid until `bytes` changes. Unlike what a token makes, the record is not padded. Throws
+/// `AviaryAssertion` when it would exceed 65,535 bytes.
+std::span<std::uint8_t> fltAppendRecord(std::vector<std::uint8_t>& bytes, std::uint16_t opcode,
+                                        std::size_t size);
+
+/// Makes a record, header included, state the length that it has. Throws `AviaryAssertion` when
+/// that is none that a record can have.
+void fltStateLength(std::span<std::uint8_t> record);
+
+/// Appends the vertex list of `opcode` (plain, morphing or continued) that names `offsets` to
+/// `bytes`: one record, and continuations with what it cannot hold. Pairs stay together.
+void fltAppendVertexList(std::vector<std::uint8_t>& bytes, std::uint16_t opcode,
+                         std::span<const std::uint32_t> offsets);

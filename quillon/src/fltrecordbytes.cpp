@@ -1,0 +1,47 @@
+#include <diagnostics/assertion.h>
+#include <quillon/fltbyteorder.h>
+#include <quillon/fltopcode.h>
+#include <quillon/fltrecordbytes.h>
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::size_t kHeaderSize = 4;
+constexpr std::size_t kLengthOffset = 2;
+constexpr std::size_t kLongestRecord = 0xFFFF;
+
+}  // namespace
+
+std::span<std::uint8_t> fltAppendRecord(std::vector<std::uint8_t>& bytes, std::uint16_t opcode,
+                                        std::size_t size) {
+    const std::size_t start = bytes.size();
+    diagnostics::check(size <= kLongestRecord - kHeaderSize, "fltrecordbytes", 20);
+    bytes.resize(start + kHeaderSize + size);
+    const auto record = std::span(bytes).subspan(start);
+    fltStoreBigEndian(record.data(), opcode);
+    fltStateLength(record);
+    return record.subspan(kHeaderSize);
+}
+
+void fltStateLength(std::span<std::uint8_t> record) {
+    diagnostics::check(record.size() >= kHeaderSize && record.size() <= kLongestRecord,
+                       "fltrecordbytes", 29);
+    fltStoreBigEndian(record.data() + kLengthOffset, static_cast<std::uint16_t>(record.size()));
+}
+
+void fltAppendVertexList(std::vector<std::uint8_t>& bytes, std::uint16_t opcode,
+                         std::span<const std::uint32_t> offsets) {
+    constexpr std::size_t kMost =
+        (kLongestRecord - kHeaderSize) / (2 * sizeof(std::uint32_t)) * 2;  // even, for the pairs
+    do {
+        const auto part = offsets.first(std::min(offsets.size(), kMost));
+        offsets = offsets.subspan(part.size());
+        std::uint8_t* place = fltAppendRecord(bytes, opcode, part.size_bytes()).data();
+        for (const std::uint32_t offset : part) {
+            fltStoreBigEndian(place, offset);
+            place += sizeof offset;
+        }
+        opcode = kFltContinuation;
+    } while (!offsets.empty());
+}
