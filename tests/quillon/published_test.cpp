@@ -5,6 +5,7 @@
 #include <quillon/fltcolorpalette.h>
 #include <quillon/fltmaterial.h>
 #include <quillon/fltmesh.h>
+#include <quillon/fltmultitexture.h>
 #include <quillon/fltrecordtype.h>
 #include <quillon/flttexture.h>
 #include <quillon/flttransform.h>
@@ -200,6 +201,19 @@ TEST(PublishedTest, ListsHoldWhatIsThereAndNoMoreThanIsStated) {
     FltVertexList list;
     decode(list, hex("0048 000B 00000008 000000"));
     EXPECT_EQ(list.offsets, std::vector<std::uint32_t>{8});
+}
+
+TEST(PublishedTest, TextureCoordinatesFitTheListBeforeThem) {
+    const auto fits = [](const char* words, std::size_t corners) {
+        return FltUvList::fits(hex(words), corners);
+    };
+    EXPECT_TRUE(fits("0035 0020 80000000 00:24", 3));
+    EXPECT_FALSE(fits("0035 0020 80000000 00:24", 2));
+    EXPECT_TRUE(fits("0035 0028 80000000 00:32", 2)) << "morphing ones";
+    EXPECT_TRUE(fits("0035 0028 A0000000 00:32", 2)) << "two layers";
+    EXPECT_FALSE(fits("0035 0024 80000000 00:28", 3)) << "half a pair too many";
+    EXPECT_TRUE(fits("0035 0006 8000", 3)) << "nothing says how many it needs";
+    EXPECT_FALSE(fits("0035 0008 80000000", 3));
 }
 
 TEST(PublishedTest, AColorPaletteHoldsItsColorsBehindReservedBytes) {

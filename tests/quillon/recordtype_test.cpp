@@ -62,4 +62,21 @@ TEST(RecordTypeTest, EveryRowMakesARecordOfItsOwnOpcodeAndFamily) {
     EXPECT_EQ(inScenes, fltOpcodeTable().size());
 }
 
+TEST(RecordTypeTest, FindsTheIdOfNodesThatHaveOne) {
+    const std::pair<const char*, std::string_view> cases[] = {
+        {"0002 0010 'group':8 01:4", {"group\0\0\0", 8}},
+        {"0054 000F 'a name':8 000000", {"a name\0\0", 8}},
+        {"0002 0007 'abc'", "abc"},
+        {"0002 0004", ""},
+        {"003F 000C 'file.flt':8", ""},
+        {"003D 0008 0000 0001", ""},
+        {"003E 0008 0000 0001", ""},
+    };
+    for (const auto& [words, id] : cases) {
+        const Bytes bytes = hex(words);
+        const auto found = fltIdOf(FltRecordView::at(bytes, 0));
+        EXPECT_EQ(std::string(found.begin(), found.end()), id) << words;
+    }
+}
+
 }  // namespace

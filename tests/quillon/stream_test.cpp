@@ -60,7 +60,20 @@ TEST_F(StreamTest, WritesForeignRecordsAsTheyAre) {
     EXPECT_EQ(stream_.nesting().level, 1);
     for (const char* wrong : {"", "0002", "0002 0006 00", "0002 0004 00"})
         expectAssertion("fltstream", 424, [&] { stream_.writeVerbatim(hex(wrong)); });
-    EXPECT_EQ(toHex(written()), toHex(hex("000A 0004 03E7 0007 010203")));
+    stream_.writeEmpty(kFltPopLevel);
+    EXPECT_EQ(stream_.nesting().level, 0);
+    EXPECT_EQ(toHex(written()), toHex(hex("000A 0004 03E7 0007 010203 000B 0004")));
+}
+
+TEST_F(StreamTest, WritesSeveralForeignRecordsOrNone) {
+    stream_.attach(file_, 1580);
+    stream_.writeRecords({});
+    stream_.writeRecords(hex("000A 0004 0013 0004 03E7 0007 010203"));
+    EXPECT_EQ(stream_.nesting(), (FltNesting{1, 1, 0, 0}));
+    for (const char* wrong : {"00", "000A 0004 0002", "000A 0004 0002 0006 00"})
+        expectAssertion("fltstream", 424, [&] { stream_.writeRecords(hex(wrong)); });
+    EXPECT_EQ(stream_.nesting().level, 1) << "of what is refused nothing counts";
+    EXPECT_EQ(toHex(written()), toHex(hex("000A 0004 0013 0004 03E7 0007 010203")));
 }
 
 TEST_F(StreamTest, CountsTheNestingOfEveryKind) {

@@ -1,7 +1,11 @@
 #include "support.h"
 
 #include <quillon/fltlevelwalk.h>
+#include <quillon/fltrecordbytes.h>
 #include <quillon/fltrecordrange.h>
+#include <quillon/fltvertexlist.h>
+
+#include <algorithm>
 
 namespace {
 
@@ -25,6 +29,46 @@ TEST(RecordRangeTest, EndsWhereNoWholeRecordFollows) {
     EXPECT_EQ(list.length(), 6);
     EXPECT_EQ(Bytes(list.body().begin(), list.body().end()), hex("0102"));
     EXPECT_TRUE(FltRecordView::at(records, 99).empty());
+}
+
+TEST(RecordBytesTest, AppendsRecordsWithoutPadding) {
+    Bytes bytes = hex("FF");
+    const auto body = fltAppendRecord(bytes, 300, 3);
+    body[1] = 7;
+    fltAppendRecord(bytes, kFltPushLevel, 0);
+    EXPECT_EQ(toHex(bytes), toHex(hex("FF 012C 0007 000700 000A 0004")));
+    EXPECT_EQ(fltAppendRecord(bytes, 300, 65531).size(), 65531U);
+    expectAssertion("fltrecordbytes", 20, [&] { fltAppendRecord(bytes, 300, 65532); });
+
+    Bytes longer = hex("0002 0004 0000");
+    fltStateLength(longer);
+    EXPECT_EQ(toHex(longer), toHex(hex("0002 0006 0000")));
+    for (const std::size_t size : {3U, 65536U}) {
+        longer.resize(size);
+        expectAssertion("fltrecordbytes", 29, [&] { fltStateLength(longer); });
+    }
+}
+
+TEST(RecordBytesTest, ContinuesVertexListsAndKeepsPairsTogether) {
+    Bytes bytes;
+    fltAppendVertexList(bytes, kFltMorphVertexList, std::vector<std::uint32_t>{8, 48});
+    fltAppendVertexList(bytes, kFltVertexList, {});
+    EXPECT_EQ(toHex(bytes), toHex(hex("0059 000C 00000008 00000030 0048 0004")));
+    for (const std::size_t count : {16382U, 16383U, 40000U}) {
+        bytes.clear();
+        const std::vector<std::uint32_t> offsets(count, 8);
+        fltAppendVertexList(bytes, kFltMorphVertexList, offsets);
+        std::size_t left = count;
+        std::uint16_t opcode = kFltMorphVertexList;
+        for (const FltRecordView record : FltRecordRange(bytes)) {
+            const FltVertexOffsets list(record.body());
+            EXPECT_EQ(record.opcode(), opcode);
+            EXPECT_EQ(list.size(), std::min<std::size_t>(left, 16382));
+            left -= list.size();
+            opcode = kFltContinuation;
+        }
+        EXPECT_EQ(left, 0U);
+    }
 }
 
 TEST(LevelWalkTest, MatchesPopsWithPushesAndKnowsOpaqueLevels) {
