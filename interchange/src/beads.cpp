@@ -37,11 +37,11 @@ void settlePackedColors(FltFace& face, const FltFace* read) {
                                         : FltPackedColor();
         counts = face.primaryColorIndex == read->primaryColorIndex;
     } else {
-        counts = (face.flags & FltFace::kPackedColors) != 0 &&
+        counts = (face.flags & kFltSurfacePackedColors) != 0 &&
                  face.packedPrimaryColor != FltPackedColor();
     }
     if (counts) return;
-    face.flags &= ~FltFace::kPackedColors;
+    face.flags &= ~kFltSurfacePackedColors;
     face.packedPrimaryColor = face.packedAlternateColor = {};
 }
 

@@ -154,14 +154,6 @@ void KeptWriter::append(FileBytes bytes) {
     bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
 }
 
-bool beginsOpaque(std::uint16_t opcode) noexcept {
-    return opcode == kFltPushExtension || opcode == kFltPushAttribute;
-}
-
-bool isVertex(std::uint16_t opcode) noexcept {
-    return opcode >= kFltVertexWithColor && opcode <= kFltVertexWithTexture;
-}
-
 bool isVertexList(std::uint16_t opcode) noexcept {
     return opcode == kFltVertexList || opcode == kFltMorphVertexList;
 }

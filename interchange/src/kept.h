@@ -99,9 +99,7 @@ private:
     std::vector<std::uint8_t> bytes_;
 };
 
-/// Whether a level that `opcode` begins holds extensions or attributes, and no nodes.
-bool beginsOpaque(std::uint16_t opcode) noexcept;
-bool isVertex(std::uint16_t opcode) noexcept;
+/// Whether `opcode` is that of a vertex list of either kind.
 bool isVertexList(std::uint16_t opcode) noexcept;
 
 }  // namespace interchange

@@ -1,6 +1,5 @@
 #include "losses.h"
 
-#include "layouts.h"
 #include "summary.h"
 
 #include <quillon/fltface.h>
@@ -34,8 +33,8 @@ void Losses::face(const FltFace& face) {
     if (!isOlder_) return;
     const FltFace after = returned(face, revision_);
     const bool losesColor =
-        (face.flags & kFaceNoColor) == 0 && face.primaryColorIndex != after.primaryColorIndex;
-    const bool losesAlternate = (face.flags & kFaceNoAlternate) == 0 &&
+        (face.flags & kFltSurfaceNoColor) == 0 && face.primaryColorIndex != after.primaryColorIndex;
+    const bool losesAlternate = (face.flags & kFltSurfaceNoAlternateColor) == 0 &&
                                 face.alternateColorIndex != after.alternateColorIndex;
     if (losesColor || losesAlternate) ++faces_;
 }

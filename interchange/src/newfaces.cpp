@@ -2,7 +2,6 @@
 
 #include "beads.h"
 #include "filepalettes.h"
-#include "layouts.h"
 
 #include <fltkilnutil/kilnface.h>
 #include <fltkilnutil/kilnflt.h>
@@ -18,7 +17,7 @@ constexpr COLORREF kWhite = 0xFFFFFF;
 }  // namespace
 
 bool isColorless(const FltFace& face) noexcept {
-    return (face.flags & kFaceNoColor) != 0 &&
+    return (face.flags & kFltSurfaceNoColor) != 0 &&
            face.primaryColorIndex == FltFace().primaryColorIndex;
 }
 
@@ -39,10 +38,10 @@ NewFace newFaceOf(INode& node, const Mesh& mesh, const KilnFace& options, FilePa
 void layOutNewFace(FltFace face, const NewFace& look, std::uint32_t revision, FltToken& token) {
     if (face.materialIndex < 0 && look.material >= 0) face.materialIndex = look.material;
     // Lights shine on what is shown in the scene, unless its record says otherwise.
-    if (look.isUnwritten) face.lightMode = look.color ? kLitByFaceColor : kLitByVertexColor;
+    if (look.isUnwritten) face.lightMode = look.color ? kFltLitFaceColor : kFltLitVertexColors;
     if (look.color && isColorless(face)) {
         const auto part = [&](unsigned shift) { return static_cast<int>(*look.color >> shift); };
-        face.flags = (face.flags & ~kFaceNoColor) | FltFace::kPackedColors;
+        face.flags = (face.flags & ~kFltSurfaceNoColor) | kFltSurfacePackedColors;
         face.packedPrimaryColor = FltPackedColor::fromComponents(part(0), part(8), part(16), -1);
         face.packedAlternateColor = {};
     } else {

@@ -8,6 +8,7 @@
 #include <interchange/textencoding.h>
 #include <kiln/inode.h>
 #include <quillon/fltlightsource.h>
+#include <quillon/fltvertex.h>
 
 #include <algorithm>
 #include <utility>
@@ -167,7 +168,7 @@ void LayoutBuilder::addPiece(std::uint32_t index) {
     const KeptPiece& piece = kept_.pieces[index];
     const std::uint16_t opcode = piece.record.opcode();
     const bool hasVertices = firstListed_ != layout_.offsets.size();
-    if (isVertex(opcode)) {
+    if (FltVertex::isVertex(opcode)) {
         layout_.offsets.push_back(content_.vertices.add(piece.record.bytes()));
     } else if (isVertexList(opcode) || (opcode == kFltContinuation && hasVertices)) {
         addList(piece, index == ownList_);

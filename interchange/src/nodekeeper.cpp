@@ -2,6 +2,7 @@
 
 #include <kiln/kiln.h>
 #include <quillon/fltface.h>
+#include <quillon/fltvertex.h>
 #include <quillon/fltvertexlist.h>
 
 #include <algorithm>
@@ -118,7 +119,7 @@ void NodeKeeper::keepPieces(const OutlineNode& source, bool losesVertices) {
         } else if (opcode == kFltVertexPalette) {
             if (piece.children != kNone && piece.record == outline_.vertexPalette)
                 kept_.marker(opcode);
-        } else if (!isVertex(opcode)) {
+        } else if (!FltVertex::isVertex(opcode)) {
             kept_.record(record.bytes());
         }
     }

@@ -3,8 +3,9 @@
 
 #include "beads.h"
 #include "kept.h"
-#include "opcodes.h"
 #include "plan.h"
+
+#include <quillon/fltvertexlist.h>
 
 #include <string>
 
@@ -37,7 +38,7 @@ private:
 
 /// Whether a node of that kind is one polygon or string of points, whose vertex list is its own.
 constexpr bool hasOwnList(FltNodeKind kind) noexcept {
-    return kind == FltNodeKind::Face || isLightPoint(static_cast<std::uint16_t>(kind));
+    return kind == FltNodeKind::Face || fltIsLightPoint(static_cast<std::uint16_t>(kind));
 }
 
 /// What the record calls its node, as UTF-8.

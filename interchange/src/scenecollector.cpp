@@ -1,8 +1,6 @@
 #include "scenecollector.h"
 
-#include "layouts.h"
 #include "lights.h"
-#include "opcodes.h"
 
 #include <fltkilnutil/kilnface.h>
 #include <fltkilnutil/kilnflt.h>
@@ -11,6 +9,7 @@
 #include <quillon/fltface.h>
 #include <quillon/fltheader.h>
 #include <quillon/fltlightsource.h>
+#include <quillon/fltvertex.h>
 
 #include <cmath>
 #include <numeric>
@@ -80,7 +79,7 @@ void SceneCollector::collectNode(std::uint32_t index) {
 
 void SceneCollector::collectKept(const Kept& kept) {
     for (const KeptPiece& piece : kept.pieces) {
-        if (isVertex(piece.record.opcode())) content_.vertices.add(piece.record.bytes());
+        if (FltVertex::isVertex(piece.record.opcode())) content_.vertices.add(piece.record.bytes());
         content_.losses.record(piece.record.opcode());
     }
 }
@@ -112,7 +111,7 @@ void SceneCollector::collectMesh(std::uint32_t index, bool wasRead) {
         mesh = &plain;
     }
     tails_.read(keptChunk(*node.node, KeptChunk::corners), *mesh);
-    if (isLightPoint(static_cast<std::uint16_t>(node.kind))) return collectPoints(*mesh);
+    if (fltIsLightPoint(static_cast<std::uint16_t>(node.kind))) return collectPoints(*mesh);
     collectPolygons(node, *mesh, hasOptions && options.keepTriangles != 0);
     if (!wasRead && isNewMesh(node, *mesh, options)) {
         content_.newFaces.emplace(index, newFaceOf(*node.node, *mesh, options, content_.palettes));
@@ -167,7 +166,7 @@ bool SceneCollector::isNewMesh(const PlanNode& node, const Mesh& mesh, const Kil
 /// Whether lights shine on the faces of the node's mesh: those without a record are lit.
 bool SceneCollector::isLitMesh(const PlanNode& node) {
     if (!fltHasRecord(node.node)) return true;
-    return node.kind == FltNodeKind::Face && isLit(nodes_.recordAs<FltFace>(node).lightMode);
+    return node.kind == FltNodeKind::Face && fltIsLit(nodes_.recordAs<FltFace>(node).lightMode);
 }
 
 // ------------------------------------------------------------ palette entries

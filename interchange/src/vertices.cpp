@@ -118,7 +118,7 @@ void VertexTails::read(FileBytes bytes, const Mesh& mesh) {
     while (bytes.size() - at >= kEntryHead) {
         const std::uint16_t opcode = uint16At(bytes, at);
         const std::size_t size = entrySize(opcode, uint16At(bytes, at + 2));
-        if (!isVertex(opcode) || uint16At(bytes, at + 2) < kVertexNormal ||
+        if (!FltVertex::isVertex(opcode) || uint16At(bytes, at + 2) < kVertexNormal ||
             size > bytes.size() - at) {
             break;
         }

@@ -65,7 +65,7 @@ TEST(RecordTypeTest, EveryRowMakesARecordOfItsOwnOpcodeAndFamily) {
 TEST(RecordTypeTest, FindsTheIdOfNodesThatHaveOne) {
     const std::pair<const char*, std::string_view> cases[] = {
         {"0002 0010 'group':8 01:4", {"group\0\0\0", 8}},
-        {"0054 000F 'a name':8 000000", {"a name\0\0", 8}},
+        {"0054 000F 'mesh':8 000000", {"mesh\0\0\0\0", 8}},
         {"0002 0007 'abc'", "abc"},
         {"0002 0004", ""},
         {"003F 000C 'file.flt':8", ""},
