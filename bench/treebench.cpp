@@ -99,9 +99,9 @@ void Tree::require(bool holds, const char* what) {
 void Tree::client(BrowserEvent event, BrowserItem first, BrowserItem, std::uintptr_t argument,
                   std::uintptr_t argument2, void* data) {
     auto& bench = *static_cast<Tree*>(data);
-    if (event == BrowserEvent::rebuild)
+    if (event == BrowserEvent::kRebuild)
         bench.rebuild();
-    else if (event == BrowserEvent::selectInHost)
+    else if (event == BrowserEvent::kSelectInHost)
         bench.told_ += first ? 1 : 0;
     else
         bench.answer(event, argument, argument2);
@@ -109,14 +109,14 @@ void Tree::client(BrowserEvent event, BrowserItem first, BrowserItem, std::uintp
 
 void Tree::answer(BrowserEvent event, std::uintptr_t argument, std::uintptr_t argument2) {
     switch (event) {
-        case BrowserEvent::confirmForm:
+        case BrowserEvent::kConfirmForm:
             *reinterpret_cast<std::uint32_t*>(argument) = 0;
             break;
-        case BrowserEvent::countSelected:
+        case BrowserEvent::kCountSelected:
             *reinterpret_cast<std::uint32_t*>(argument) =
                 static_cast<std::uint32_t>(hostSelection_);
             break;
-        case BrowserEvent::getSelected: {
+        case BrowserEvent::kGetSelected: {
             const std::size_t step = nodes_->size() / static_cast<std::size_t>(hostSelection_);
             *reinterpret_cast<NodeHandle*>(argument2) =
                 reinterpret_cast<NodeHandle>((*nodes_)[argument * step].node);

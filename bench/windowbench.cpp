@@ -38,7 +38,7 @@ std::optional<Table> table;
 
 void answer(BrowserEvent event, tessera::BrowserItem, tessera::BrowserItem, std::uintptr_t argument,
             std::uintptr_t, void*) {
-    if (event == BrowserEvent::confirmForm || event == BrowserEvent::confirmKind)
+    if (event == BrowserEvent::kConfirmForm || event == BrowserEvent::kConfirmKind)
         *reinterpret_cast<std::uint32_t*>(argument) = 0;
 }
 

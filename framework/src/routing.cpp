@@ -40,15 +40,15 @@ LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     const WindowRouter::Message* const current = WindowRouter::current(window_);
     LRESULT result = 0;
     Routed routed = RouteFrame(message, wParam, lParam, result);
-    if (routed == Routed::no) routed = RouteKeyboard(message, wParam, lParam, result);
-    if (routed == Routed::no) routed = RouteMouse(message, wParam, lParam, result);
-    if (routed == Routed::no) routed = RouteChild(message, wParam, lParam, result);
+    if (routed == Routed::kNo) routed = RouteKeyboard(message, wParam, lParam, result);
+    if (routed == Routed::kNo) routed = RouteMouse(message, wParam, lParam, result);
+    if (routed == Routed::kNo) routed = RouteChild(message, wParam, lParam, result);
     switch (routed) {
-        case Routed::no:
+        case Routed::kNo:
             return Default(message, wParam, lParam);
-        case Routed::handled:
+        case Routed::kHandled:
             return current ? current->result : 0;
-        case Routed::answered:
+        case Routed::kAnswered:
             break;
     }
     return result;
@@ -58,7 +58,7 @@ CWnd::Routed CWnd::RouteFrame(UINT message, WPARAM wParam, LPARAM lParam, LRESUL
     switch (message) {
         case WM_CREATE:
             result = OnCreate(*reinterpret_cast<const CREATESTRUCTW*>(lParam)) ? 0 : -1;
-            return Routed::answered;
+            return Routed::kAnswered;
         case WM_DESTROY:
             OnDestroy();
             break;
@@ -85,11 +85,11 @@ CWnd::Routed CWnd::RouteFrame(UINT message, WPARAM wParam, LPARAM lParam, LRESUL
             break;
         case WM_ERASEBKGND:
             result = OnEraseBackground(reinterpret_cast<HDC>(wParam));
-            return Routed::answered;
+            return Routed::kAnswered;
         default:
-            return Routed::no;
+            return Routed::kNo;
     }
-    return Routed::handled;
+    return Routed::kHandled;
 }
 
 CWnd::Routed CWnd::RouteKeyboard(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) {
@@ -110,11 +110,11 @@ CWnd::Routed CWnd::RouteKeyboard(UINT message, WPARAM wParam, LPARAM lParam, LRE
             break;
         case WM_GETDLGCODE:
             result = OnGetDlgCode(reinterpret_cast<const MSG*>(lParam));
-            return Routed::answered;
+            return Routed::kAnswered;
         default:
-            return Routed::no;
+            return Routed::kNo;
     }
-    return Routed::handled;
+    return Routed::kHandled;
 }
 
 CWnd::Routed CWnd::RouteMouse(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) {
@@ -156,35 +156,35 @@ CWnd::Routed CWnd::RouteMouse(UINT message, WPARAM wParam, LPARAM lParam, LRESUL
             break;
         case WM_SETCURSOR:
             result = OnSetCursor(windowOf(wParam), LOWORD(lParam), HIWORD(lParam));
-            return Routed::answered;
+            return Routed::kAnswered;
         default:
-            return Routed::no;
+            return Routed::kNo;
     }
-    return Routed::handled;
+    return Routed::kHandled;
 }
 
 CWnd::Routed CWnd::RouteChild(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) {
     switch (message) {
         case WM_HSCROLL:
             OnHScroll(low(wParam), static_cast<short>(high(wParam)), windowOf(lParam));
-            return Routed::handled;
+            return Routed::kHandled;
         case WM_VSCROLL:
             OnVScroll(low(wParam), static_cast<short>(high(wParam)), windowOf(lParam));
-            return Routed::handled;
+            return Routed::kHandled;
         case WM_COMMAND:
             return OnCommand(static_cast<int>(low(wParam)), high(wParam), windowOf(lParam))
-                       ? Routed::answered
-                       : Routed::no;
+                       ? Routed::kAnswered
+                       : Routed::kNo;
         case WM_NOTIFY:
             return OnNotify(static_cast<int>(wParam), *reinterpret_cast<NMHDR*>(lParam), result)
-                       ? Routed::answered
-                       : Routed::no;
+                       ? Routed::kAnswered
+                       : Routed::kNo;
         case WM_DRAWITEM:
             result = TRUE;
             return OnDrawItem(static_cast<int>(wParam),
                               *reinterpret_cast<const DRAWITEMSTRUCT*>(lParam))
-                       ? Routed::answered
-                       : Routed::no;
+                       ? Routed::kAnswered
+                       : Routed::kNo;
         case WM_CTLCOLOREDIT:
         case WM_CTLCOLORLISTBOX:
         case WM_CTLCOLORBTN:
@@ -193,9 +193,9 @@ CWnd::Routed CWnd::RouteChild(UINT message, WPARAM wParam, LPARAM lParam, LRESUL
         case WM_CTLCOLORSTATIC:
             result = reinterpret_cast<LRESULT>(
                 OnCtlColor(reinterpret_cast<HDC>(wParam), windowOf(lParam), message));
-            return Routed::answered;
+            return Routed::kAnswered;
         default:
-            return Routed::no;
+            return Routed::kNo;
     }
 }
 

@@ -154,7 +154,7 @@ void CGridCtrl::SetCellData(int row, int column, LPARAM data) {
 
 EditorKind CGridCtrl::CellEditor(int row, int column) const noexcept {
     const Cell* const cell = Find({row, column});
-    return cell ? cell->editor : EditorKind::none;
+    return cell ? cell->editor : EditorKind::kNone;
 }
 
 void CGridCtrl::SetCellEditor(int row, int column, EditorKind kind) {
@@ -165,7 +165,7 @@ void CGridCtrl::SetCellEditor(int row, int column, EditorKind kind) {
 }
 
 bool CGridCtrl::CanEdit(CellId cell) const noexcept {
-    return editable_ && !IsFixed(cell) && CellEditor(cell.row, cell.column) != EditorKind::none;
+    return editable_ && !IsFixed(cell) && CellEditor(cell.row, cell.column) != EditorKind::kNone;
 }
 
 // Focus and selection

@@ -75,8 +75,9 @@ bool CGridCtrl::StartEdit(CellId cell, bool typing, wchar_t firstKey) {
     EnsureVisible(cell);
     Update();
     editedCell_ = cell;
-    return CellEditor(cell.row, cell.column) == EditorKind::list ? OpenList(cell, typing, firstKey)
-                                                                 : OpenEdit(cell, typing, firstKey);
+    return CellEditor(cell.row, cell.column) == EditorKind::kList
+               ? OpenList(cell, typing, firstKey)
+               : OpenEdit(cell, typing, firstKey);
 }
 
 std::optional<RECT> CGridCtrl::EditorArea(CellId cell) const {

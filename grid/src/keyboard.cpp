@@ -97,7 +97,7 @@ UINT CGridCtrl::OnGetDlgCode(const MSG* message) {
             wanted = CanEdit(focus_);
             break;
         case VK_ESCAPE:
-            wanted = tracking_ != Tracking::none;
+            wanted = tracking_ != Tracking::kNone;
             break;
         default:
             break;

@@ -27,7 +27,7 @@ void CGridCtrl::OnLButtonDown(UINT keys, POINT at) {
     pressedCell_ = {};
     moved_ = false;
     if (const int column = DividerAt(at); column >= 0) {
-        tracking_ = Tracking::resizing;
+        tracking_ = Tracking::kResizing;
         resizedColumn_ = column;
         resizedWidth_ = ColumnWidth(column);
         ::SetCapture(Handle());
@@ -41,7 +41,7 @@ void CGridCtrl::OnLButtonDown(UINT keys, POINT at) {
     }
     editOnRelease_ =
         !(keys & (MK_SHIFT | MK_CONTROL)) &&
-        (cell == before || CellEditor(cell.row, cell.column) == grid::EditorKind::list);
+        (cell == before || CellEditor(cell.row, cell.column) == grid::EditorKind::kList);
     PressCell(cell, keys);
 }
 
@@ -72,43 +72,43 @@ void CGridCtrl::PressCell(CellId cell, UINT keys) {
     const bool inSelection = selection_.Contains(cell) && !(keys & MK_SHIFT);
     if (dragAndDrop_ && inSelection) {
         // Click or start of a drag: that is decided when the mouse moves or the button comes up.
-        tracking_ = Tracking::pressed;
+        tracking_ = Tracking::kPressed;
     } else {
         MoveFocus(cell, (keys & MK_SHIFT) != 0);
-        tracking_ = Tracking::selecting;
+        tracking_ = Tracking::kSelecting;
         ::SetTimer(Handle(), kScrollTimer, kScrollInterval, nullptr);
     }
     ::SetCapture(Handle());
 }
 
 void CGridCtrl::OnMouseMove(UINT keys, POINT at) {
-    if (tracking_ != Tracking::none && !(keys & MK_LBUTTON)) StopTracking();
+    if (tracking_ != Tracking::kNone && !(keys & MK_LBUTTON)) StopTracking();
     mousePoint_ = at;
     // A small movement is still a click. The mouse's distance counts and not the cell under it,
     // since a press on a row that is partly shown scrolls the cells.
     moved_ = moved_ || std::abs(at.x - pressPoint_.x) >= 2 * ::GetSystemMetrics(SM_CXDRAG) ||
              std::abs(at.y - pressPoint_.y) >= 2 * ::GetSystemMetrics(SM_CYDRAG);
-    if (moved_ || tracking_ == Tracking::resizing) TrackTo(at);
+    if (moved_ || tracking_ == Tracking::kResizing) TrackTo(at);
 }
 
 void CGridCtrl::TrackTo(POINT at) {
     switch (tracking_) {
-        case Tracking::none:
+        case Tracking::kNone:
             return;
-        case Tracking::resizing:
+        case Tracking::kResizing:
             ResizeColumn(resizedColumn_, resizedWidth_ + static_cast<int>(at.x - pressPoint_.x));
             return;
-        case Tracking::pressed:
-            tracking_ = Tracking::dragging;
+        case Tracking::kPressed:
+            tracking_ = Tracking::kDragging;
             [[fallthrough]];
-        case Tracking::dragging: {
+        case Tracking::kDragging: {
             dropCell_ = CellAt(at);
             const bool possible = !DropRange().IsEmpty();
             ::SetCursor(::LoadCursorW(nullptr, possible ? IDC_HAND : IDC_NO));
             InvalidateAll();
             return;
         }
-        case Tracking::selecting:
+        case Tracking::kSelecting:
             break;
     }
     const RECT client = ClientRect();
@@ -122,7 +122,7 @@ void CGridCtrl::TrackTo(POINT at) {
 
 // While the mouse is held outside, the grid scrolls and the selection follows.
 void CGridCtrl::OnTimer(UINT_PTR id) {
-    if (id != kScrollTimer || tracking_ != Tracking::selecting) {
+    if (id != kScrollTimer || tracking_ != Tracking::kSelecting) {
         Default();
         return;
     }
@@ -141,19 +141,19 @@ void CGridCtrl::OnLButtonUp(UINT, POINT) {
     const CellId cell = pressedCell_;
     const CellId target = DropRange().first;
     StopTracking();
-    if (tracked == Tracking::dragging) {
+    if (tracked == Tracking::kDragging) {
         if (target.IsValid()) DropAt(target);
         return;
     }
     // A press within the selection that has not become a drag is a click.
-    if (tracked == Tracking::pressed) MoveFocus(cell, false);
+    if (tracked == Tracking::kPressed) MoveFocus(cell, false);
     if (edit) BeginEdit(cell);
 }
 
 void CGridCtrl::StopTracking() {
-    if (tracking_ == Tracking::none) return;
-    const bool wasDragging = tracking_ == Tracking::dragging;
-    tracking_ = Tracking::none;
+    if (tracking_ == Tracking::kNone) return;
+    const bool wasDragging = tracking_ == Tracking::kDragging;
+    tracking_ = Tracking::kNone;
     editOnRelease_ = false;
     dropCell_ = {};
     if (!HasWindow()) return;

@@ -67,7 +67,7 @@ void CGridCtrl::PaintGrid(HDC dc, const RECT& dirty) const {
     PaintPane(dc, dirty, {{0, free.column}, {lastFixed.row, last.column}},
               {fixedWidth, 0, client.right, fixedHeight});
     PaintPane(dc, dirty, {{0, 0}, lastFixed}, {0, 0, fixedWidth, fixedHeight});
-    if (tracking_ == Tracking::dragging) PaintDropTarget(dc);
+    if (tracking_ == Tracking::kDragging) PaintDropTarget(dc);
 }
 
 void CGridCtrl::PaintPane(HDC dc, const RECT& dirty, const CellRange& cells,

@@ -42,10 +42,10 @@ TEST(GridCells, OutsideTheGridAreEmptyAndTakeNothing) {
     for (const CellId cell : {CellId{-1, 0}, CellId{0, -1}, CellId{2, 0}, CellId{0, 2}}) {
         table.SetCellText(cell.row, cell.column, "lost");
         table.SetCellData(cell.row, cell.column, 9);
-        table.SetCellEditor(cell.row, cell.column, EditorKind::list);
+        table.SetCellEditor(cell.row, cell.column, EditorKind::kList);
         EXPECT_EQ(table.CellText(cell.row, cell.column), "");
         EXPECT_EQ(table.CellData(cell.row, cell.column), 0);
-        EXPECT_EQ(table.CellEditor(cell.row, cell.column), EditorKind::none);
+        EXPECT_EQ(table.CellEditor(cell.row, cell.column), EditorKind::kNone);
         EXPECT_FALSE(table.BeginEdit(cell));
         table.SetFocusCell(cell);
         EXPECT_FALSE(table.FocusCell().IsValid());

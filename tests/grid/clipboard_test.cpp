@@ -39,7 +39,7 @@ TEST_F(GridClipboard, CarriesARangeToAnotherPlace) {
 }
 
 TEST_F(GridClipboard, PastesOverTheEdgeAndOnProtectedCellsOnlyWhatFits) {
-    grid().SetCellEditor(6, 1, grid::EditorKind::none);
+    grid().SetCellEditor(6, 1, grid::EditorKind::kNone);
     EXPECT_TRUE(grid().SetRangeText({6, 1}, "x\ty\tz\nbelow"));
     EXPECT_EQ(grid().CellText(6, 1), "value 6");
     EXPECT_EQ(grid().CellText(6, 2), "y");

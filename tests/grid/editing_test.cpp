@@ -72,7 +72,7 @@ TEST_F(GridEditing, TheTextStaysWhereItIs) {
                                          0, 0, 0, L"Tahoma");
         grid().SetFont(font);
         // The last row's editor takes several lines, and has a border.
-        grid().SetCellEditor(3, 1, EditorKind::list);
+        grid().SetCellEditor(3, 1, EditorKind::kList);
         grid().SetCellText(3, 1, "Night");
         for (const int row : {2, 3, 6}) {
             SCOPED_TRACE(testing::Message() << height << " pixels, row " << row);
@@ -269,7 +269,7 @@ TEST_F(GridEditing, OwnerHasTheLastWordOnTheText) {
 }
 
 TEST_F(GridEditing, NeedsAnEditorAnEditableGridAndTheOwnersConsent) {
-    grid().SetCellEditor(1, 1, EditorKind::none);
+    grid().SetCellEditor(1, 1, EditorKind::kNone);
     EXPECT_FALSE(grid().BeginEdit({1, 1}));
     EXPECT_FALSE(grid().BeginEdit({1, 0})) << "a fixed cell";
     host.refuseEditing = true;
@@ -301,7 +301,7 @@ class GridList : public GridEditing {
 protected:
     void SetUp() override {
         GridEditing::SetUp();
-        grid().SetCellEditor(2, 1, EditorKind::list);
+        grid().SetCellEditor(2, 1, EditorKind::kList);
         grid().SetCellText(2, 1, "Never");
     }
     bool dropped() { return ::SendMessageW(grid().Editor(), CB_GETDROPPEDSTATE, 0, 0) != 0; }

@@ -106,7 +106,7 @@ TEST_F(GridMouse, DraggingACellCopiesItsText) {
     EXPECT_EQ(focus(), (CellId{3, 1}));
 
     host.edits.clear();
-    grid().SetCellEditor(4, 1, grid::EditorKind::none);
+    grid().SetCellEditor(4, 1, grid::EditorKind::kNone);
     testinput::drag(grid().Handle(), middleOf(3, 1), middleOf(4, 1));
     EXPECT_TRUE(host.edits.empty()) << "a cell that cannot be edited takes nothing";
     EXPECT_EQ(grid().Editor(), nullptr);

@@ -741,9 +741,9 @@ TEST_F(ExportTest, IsAsItWasAfterSiblingsWereMovedAndMovedBack) {
         const auto send = [&](tessera::BrowserEvent event, std::size_t at) {
             recordingBrowser().send(event, parent->children[at].get(), parent.get());
         };
-        send(tessera::BrowserEvent::moveDown, 0);
+        send(tessera::BrowserEvent::kMoveDown, 0);
         EXPECT_EQ(second->GetParentNode()->GetChildNode(0), second);
-        send(tessera::BrowserEvent::moveUp, 1);
+        send(tessera::BrowserEvent::kMoveUp, 1);
         EXPECT_EQ(second->GetParentNode()->GetChildNode(1), second);
     }
     EXPECT_EQ(exported(), before);

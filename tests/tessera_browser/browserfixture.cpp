@@ -42,13 +42,13 @@ void Client::callback(BrowserEvent event, BrowserItem first, BrowserItem second,
     const auto answer = [argument](bool yes) {
         if (yes) *reinterpret_cast<std::uint32_t*>(argument) = 0;
     };
-    if (event == BrowserEvent::confirmForm) return answer(client.allowsForm);
-    if (event == BrowserEvent::confirmKind) {
+    if (event == BrowserEvent::kConfirmForm) return answer(client.allowsForm);
+    if (event == BrowserEvent::kConfirmKind) {
         if (client.onConfirmKind) client.onConfirmKind();
         return answer(client.knowsKinds);
     }
-    if (event == BrowserEvent::activated && !client.notesActivation) return;
-    if (event == BrowserEvent::rename) client.lastText = reinterpret_cast<const char*>(argument);
+    if (event == BrowserEvent::kActivated && !client.notesActivation) return;
+    if (event == BrowserEvent::kRename) client.lastText = reinterpret_cast<const char*>(argument);
     const Sent sent{event, first, second, argument, argument2};
     client.sent_.push_back(sent);
     if (client.onEvent) client.onEvent(sent);

@@ -28,13 +28,13 @@ protected:
 TEST_F(BrowserCommands, UpAndDownMoveTheFirstSelected) {
     select({c, a, b});
     push(IDC_UP);
-    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::moveUp, a, root}}));
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kMoveUp, a, root}}));
     EXPECT_FALSE(isSelected(a));
     EXPECT_FALSE(isSelected(b));
     EXPECT_TRUE(isSelected(c)) << "the caret keeps its mark";
     EXPECT_EQ(caret(), c);
     push(IDC_DOWN);
-    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::moveDown, c, root}}));
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kMoveDown, c, root}}));
 
     // What is inside a collapsed branch is not found.
     TreeView_SetItemState(tree(), c, 0, TVIS_SELECTED);
@@ -91,7 +91,7 @@ TEST_F(BrowserCommands, WhatIsOpenStaysOpenWhenItIsPutInAnew) {
         ASSERT_EQ(shown, reinterpret_cast<NodeHandle>(branches[50]));
 
         client.onEvent = [&](const Sent& sent) {
-            if (sent.event != BrowserEvent::rebuild) return;
+            if (sent.event != BrowserEvent::kRebuild) return;
             browser().delNode(nullptr);
             top = add(nullptr, "top", rootNode);
             fillBranches(top);
@@ -104,7 +104,7 @@ TEST_F(BrowserCommands, WhatIsOpenStaysOpenWhenItIsPutInAnew) {
         EXPECT_EQ(firstShown(), shown);
 
         client.onEvent = [&](const Sent& sent) {
-            if (sent.event != BrowserEvent::moveUp) return;
+            if (sent.event != BrowserEvent::kMoveUp) return;
             std::swap(branches[52], branches[51]);
             browser().delChildren(top);
             fillBranches(top);
@@ -144,14 +144,14 @@ TEST_F(BrowserCommands, ExpandingALargeBranchKeepsTheCaretAndTheMarks) {
 TEST_F(BrowserCommands, SelectSetTellsTheHostEveryItemAndItsSelection) {
     select({b, a});
     push(IDC_SELECT_SET);
-    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::selectInHost},
-                                                {BrowserEvent::itemState, root},
-                                                {BrowserEvent::itemState, a, nullptr, 2},
-                                                {BrowserEvent::selectInHost, a, root},
-                                                {BrowserEvent::itemState, b, nullptr, 2},
-                                                {BrowserEvent::selectInHost, b, root},
-                                                {BrowserEvent::itemState, below},
-                                                {BrowserEvent::itemState, c}}));
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kSelectInHost},
+                                                {BrowserEvent::kItemState, root},
+                                                {BrowserEvent::kItemState, a, nullptr, 2},
+                                                {BrowserEvent::kSelectInHost, a, root},
+                                                {BrowserEvent::kItemState, b, nullptr, 2},
+                                                {BrowserEvent::kSelectInHost, b, root},
+                                                {BrowserEvent::kItemState, below},
+                                                {BrowserEvent::kItemState, c}}));
 }
 
 TEST_F(BrowserCommands, SelectGetMarksWhatIsSelectedInTheHost) {
@@ -160,9 +160,9 @@ TEST_F(BrowserCommands, SelectGetMarksWhatIsSelectedInTheHost) {
     const NodeHandle twice = browser().nodeOf(below);
     const BrowserItem again = browser().addNode(c, "again", twice);
     client.onEvent = [&](const Sent& sent) {
-        if (sent.event == BrowserEvent::countSelected)
+        if (sent.event == BrowserEvent::kCountSelected)
             *reinterpret_cast<std::uint32_t*>(sent.argument) = 2;
-        if (sent.event == BrowserEvent::getSelected)
+        if (sent.event == BrowserEvent::kGetSelected)
             *reinterpret_cast<NodeHandle*>(sent.argument2) = sent.argument == 0 ? twice : 0x5EEC;
     };
     push(IDC_SELECT_GET);
@@ -263,7 +263,7 @@ TEST_F(BrowserCommands, RefreshShowsTheSceneAsItIsNow) {
         EXPECT_TRUE(parent || !isExpanded(item)) << "what is put in is closed";
     };
     client.onEvent = [&](const Sent& sent) {
-        if (sent.event != BrowserEvent::rebuild) return;
+        if (sent.event != BrowserEvent::kRebuild) return;
         const BrowserItem before = TreeView_GetRoot(tree());
         browser().delNode(nullptr);
         EXPECT_EQ(TreeView_GetCount(tree()), 0u);
@@ -346,7 +346,7 @@ TEST_F(BrowserCommands, RefreshShowsTheSceneAsItIsNow) {
     scene.children = {make("a", {make("b")}), make("c")};
     refreshed("more again");
     client.onEvent = [&](const Sent& sent) {
-        if (sent.event != BrowserEvent::rebuild) return;
+        if (sent.event != BrowserEvent::kRebuild) return;
         browser().delNode(nullptr);
         const BrowserItem item = browser().addNode(nullptr, "alone", scene.node);
         const BrowserItem child = browser().addNode(item, "a", scene.children[0].node);
@@ -357,7 +357,7 @@ TEST_F(BrowserCommands, RefreshShowsTheSceneAsItIsNow) {
     };
     refreshed("twice");
     client.onEvent = [&](const Sent& sent) {
-        if (sent.event != BrowserEvent::rebuild) return;
+        if (sent.event != BrowserEvent::kRebuild) return;
         browser().delNode(nullptr);
         const BrowserItem item = browser().addNode(nullptr, "alone", scene.node);
         browser().addNode(item, "a", scene.children[0].node);
@@ -381,10 +381,10 @@ TEST_F(BrowserCommands, CreateIsForExactlyOneSelectedNode) {
     EXPECT_TRUE(isEnabled(IDC_CREATE));
     ComboBox_SetCurSel(control(IDC_CREATE_KIND), 3);
     push(IDC_CREATE);
-    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::create, a, nullptr, 96, 1580}}));
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kCreate, a, nullptr, 96, 1580}}));
     client.knowsKinds = false;
     push(IDC_CREATE);
-    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::create, a, nullptr, 4, 1580}}));
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kCreate, a, nullptr, 4, 1580}}));
 
     select({b});
     select({b, c});
@@ -519,7 +519,7 @@ TEST_F(BrowserCommands, ARefreshAskedForDuringAnEditComesAfterIt) {
                      bNode = browser().nodeOf(b);
     bool during = false;
     client.onEvent = [&](const Sent& sent) {
-        if (sent.event == BrowserEvent::rebuild) {
+        if (sent.event == BrowserEvent::kRebuild) {
             EXPECT_FALSE(during);
             browser().delNode(nullptr);
             root = browser().addNode(nullptr, "root", rootNode);
@@ -535,8 +535,8 @@ TEST_F(BrowserCommands, ARefreshAskedForDuringAnEditComesAfterIt) {
         BrowserEvent event;
         std::function<void()> edit;
     } cases[] = {
-        {BrowserEvent::moveUp, [] { push(IDC_UP); }},
-        {BrowserEvent::create, [] { push(IDC_CREATE); }},
+        {BrowserEvent::kMoveUp, [] { push(IDC_UP); }},
+        {BrowserEvent::kCreate, [] { push(IDC_CREATE); }},
     };
     for (const auto& test : cases) {
         SCOPED_TRACE(static_cast<unsigned>(test.event));
@@ -551,7 +551,7 @@ TEST_F(BrowserCommands, ARefreshAskedForDuringAnEditComesAfterIt) {
         ASSERT_EQ(sent.size(), 2U);
         EXPECT_EQ(sent[0].event, test.event);
         EXPECT_EQ(sent[0].first, edited);
-        EXPECT_EQ(sent[1].event, BrowserEvent::rebuild);
+        EXPECT_EQ(sent[1].event, BrowserEvent::kRebuild);
         EXPECT_EQ(label(a), L"a") << "as the client has it";
         EXPECT_EQ(caret(), a) << "the node stays in hand";
         EXPECT_TRUE(isExpanded(root));
@@ -569,7 +569,7 @@ TEST_F(BrowserCommands, RenamingAsksTheClient) {
     EXPECT_EQ(client.lastText, "塔楼");
     std::vector<Sent> sent = client.take();
     ASSERT_EQ(sent.size(), 1u);
-    EXPECT_EQ(sent[0].event, BrowserEvent::rename);
+    EXPECT_EQ(sent[0].event, BrowserEvent::kRename);
     EXPECT_EQ(sent[0].first, a);
     EXPECT_EQ(sent[0].second, root);
     EXPECT_EQ(label(a), L"塔楼");
@@ -627,10 +627,13 @@ TEST_F(BrowserCommands, EveryButtonIsPressedBySpaceAndEnter) {
     add(choice, "child");
     browser().selectNode(choice);
     const std::pair<int, BrowserEvent> buttons[] = {
-        {IDC_REFRESH, BrowserEvent::rebuild},         {IDC_UP, BrowserEvent::moveUp},
-        {IDC_DOWN, BrowserEvent::moveDown},           {IDC_SELECT_GET, BrowserEvent::countSelected},
-        {IDC_SELECT_SET, BrowserEvent::selectInHost}, {IDC_TOOL, BrowserEvent::countSwitchChildren},
-        {IDC_CREATE, BrowserEvent::create},
+        {IDC_REFRESH, BrowserEvent::kRebuild},
+        {IDC_UP, BrowserEvent::kMoveUp},
+        {IDC_DOWN, BrowserEvent::kMoveDown},
+        {IDC_SELECT_GET, BrowserEvent::kCountSelected},
+        {IDC_SELECT_SET, BrowserEvent::kSelectInHost},
+        {IDC_TOOL, BrowserEvent::kCountSwitchChildren},
+        {IDC_CREATE, BrowserEvent::kCreate},
     };
     client.take();
     for (const WORD pressed : {WORD{VK_SPACE}, WORD{VK_RETURN}}) {
@@ -667,7 +670,7 @@ TEST_F(BrowserCommands, EveryButtonIsPressedBySpaceAndEnter) {
     EXPECT_EQ(ComboBox_GetCurSel(control(IDC_CREATE_KIND)), 1);
     SetFocus(tree());
     testinput::key(VK_F5);
-    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::rebuild}}));
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kRebuild}}));
 }
 
 }  // namespace

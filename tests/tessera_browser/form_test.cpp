@@ -67,7 +67,7 @@ TEST_F(BrowserForm, ASecondCreationRebindsTheClient) {
     client.take();
     browser().refresh();
     EXPECT_TRUE(client.take().empty());
-    EXPECT_EQ(other.take(), (std::vector<Sent>{{BrowserEvent::rebuild}}));
+    EXPECT_EQ(other.take(), (std::vector<Sent>{{BrowserEvent::kRebuild}}));
 }
 
 TEST_F(BrowserForm, ShowsItsTitle) {
@@ -124,7 +124,7 @@ TEST_F(BrowserForm, ASceneChangeLeavesOnlyRefresh) {
     open();
     BrowserItem added = nullptr;
     client.onEvent = [&](const Sent& sent) {
-        if (sent.event != BrowserEvent::rebuild) return;
+        if (sent.event != BrowserEvent::kRebuild) return;
         browser().delNode(nullptr);
         added = add(nullptr, "root", 0);
         add(added, "child");
@@ -140,7 +140,7 @@ TEST_F(BrowserForm, ASceneChangeLeavesOnlyRefresh) {
     EXPECT_EQ(label(stale), L"stale") << "the tree stays until it is refreshed";
 
     push(IDC_REFRESH);
-    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::rebuild}}));
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kRebuild}}));
     for (const int id : {IDC_TREE, IDC_UP, IDC_FIND, IDC_CREATE}) EXPECT_TRUE(isEnabled(id)) << id;
     EXPECT_EQ(TreeView_GetRoot(tree()), added);
     EXPECT_EQ(TreeView_GetCount(tree()), 2u);
@@ -149,7 +149,7 @@ TEST_F(BrowserForm, ASceneChangeLeavesOnlyRefresh) {
 TEST_F(BrowserForm, ATreeOfNodesThatMayHaveGoneIsRebuiltBeforeItIsShown) {
     open();
     client.onEvent = [&](const Sent& sent) {
-        if (sent.event != BrowserEvent::rebuild) return;
+        if (sent.event != BrowserEvent::kRebuild) return;
         EXPECT_FALSE(IsWindowVisible(form()));
         browser().delNode(nullptr);
         add(nullptr, "fresh");
@@ -162,7 +162,7 @@ TEST_F(BrowserForm, ATreeOfNodesThatMayHaveGoneIsRebuiltBeforeItIsShown) {
         browser().show(0);
         client.take();
         EXPECT_TRUE(browser().show(1));
-        EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::rebuild}}));
+        EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kRebuild}}));
         EXPECT_EQ(label(TreeView_GetRoot(tree())), L"fresh");
         EXPECT_TRUE(isEnabled(IDC_FIND));
     }
@@ -299,7 +299,7 @@ TEST_F(BrowserForm, ClosingHidesItAndTellsTheClient) {
             SendMessageW(form(), WM_SYSCOMMAND, SC_CLOSE, 0);
             testinput::pump();
         }
-        EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::closed}}));
+        EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kClosed}}));
         EXPECT_FALSE(IsWindowVisible(form()));
         EXPECT_TRUE(browser().show(1)) << "it is only hidden";
         EXPECT_TRUE(browser().show(0));
@@ -317,7 +317,7 @@ TEST_F(BrowserForm, TellsWhenTheUserComesToIt) {
     ASSERT_TRUE(testinput::activate(other));
     EXPECT_TRUE(client.take().empty());
     ASSERT_TRUE(testinput::activate(form()));
-    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::activated}}));
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kActivated}}));
     DestroyWindow(other);
 }
 
@@ -364,16 +364,16 @@ TEST_F(BrowserForm, MayBeDestroyedByAnyEvent) {
         std::function<void()> act;
     };
     const Way ways[] = {
-        {BrowserEvent::rebuild, [] { push(IDC_REFRESH); }},
-        {BrowserEvent::rebuild, [&] { key(VK_F5); }},
-        {BrowserEvent::moveUp, [] { push(IDC_UP); }},
-        {BrowserEvent::selectInHost, [] { push(IDC_SELECT_SET); }},
-        {BrowserEvent::countSelected, [] { push(IDC_SELECT_GET); }},
-        {BrowserEvent::create, [] { push(IDC_CREATE); }},
-        {BrowserEvent::closed, [&] { key(VK_ESCAPE); }},
-        {BrowserEvent::rename, rename},
-        {BrowserEvent::countSwitchChildren, nextWithOpenEditor},
-        {BrowserEvent::switchesChanged, openEditor},
+        {BrowserEvent::kRebuild, [] { push(IDC_REFRESH); }},
+        {BrowserEvent::kRebuild, [&] { key(VK_F5); }},
+        {BrowserEvent::kMoveUp, [] { push(IDC_UP); }},
+        {BrowserEvent::kSelectInHost, [] { push(IDC_SELECT_SET); }},
+        {BrowserEvent::kCountSelected, [] { push(IDC_SELECT_GET); }},
+        {BrowserEvent::kCreate, [] { push(IDC_CREATE); }},
+        {BrowserEvent::kClosed, [&] { key(VK_ESCAPE); }},
+        {BrowserEvent::kRename, rename},
+        {BrowserEvent::kCountSwitchChildren, nextWithOpenEditor},
+        {BrowserEvent::kSwitchesChanged, openEditor},
     };
     open();
     const OverwrittenMemory memory;
@@ -389,7 +389,7 @@ TEST_F(BrowserForm, MayBeDestroyedByAnyEvent) {
         }
         select({root});
         client.onEvent = [&](const Sent& sent) {
-            const bool counts = sent.event == BrowserEvent::countSwitchChildren;
+            const bool counts = sent.event == BrowserEvent::kCountSwitchChildren;
             if (counts) *reinterpret_cast<std::uint32_t*>(sent.argument) = 3;
             if (sent.event == way.event && (!counts || sent.first == switches[1]))
                 browser().destroy();

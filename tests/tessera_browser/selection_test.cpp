@@ -223,7 +223,7 @@ TEST_F(BrowserSelection, ADragBeginsAfterNinePixels) {
 
 TEST_F(BrowserSelection, ADropAsksTheClientToAttach) {
     drag(items[0], items[4]);
-    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::attach, items[0], items[4]}}));
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kAttach, items[0], items[4]}}));
     EXPECT_EQ(TreeView_GetDropHilight(tree()), nullptr);
     EXPECT_NE(GetCapture(), tree());
 
@@ -239,7 +239,7 @@ TEST_F(BrowserSelection, ADropAsksTheClientToAttach) {
     mouse(WM_MOUSEMOVE, {over.x, area.bottom - 40});
     EXPECT_EQ(TreeView_GetDropHilight(tree()), items[5]);
     mouse(WM_LBUTTONUP, {over.x, area.bottom - 40});
-    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::attach, items[1], items[5]}}));
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kAttach, items[1], items[5]}}));
 }
 
 TEST_F(BrowserSelection, ADragCanBeGivenUp) {
@@ -292,7 +292,7 @@ TEST_F(BrowserSelection, ADroppedNodeStaysSelectedAtItsNewPlace) {
     const NodeHandle node = browser().nodeOf(items[0]);
     BrowserItem added = nullptr;
     client.onEvent = [&](const Sent& sent) {
-        if (sent.event != BrowserEvent::attach) return;
+        if (sent.event != BrowserEvent::kAttach) return;
         browser().delNode(sent.first);
         added = browser().addNode(sent.second, "node a", node);
     };
@@ -322,9 +322,9 @@ TEST_F(BrowserSelection, IllegalDropsAreRefusedWithAMessage) {
     EXPECT_EQ(boxes.take(), toFace);
     EXPECT_TRUE(client.take().empty());
     drag(otherFace, face);
-    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::attach, otherFace, face}}));
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kAttach, otherFace, face}}));
     drag(items[0], plain);
-    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::attach, items[0], plain}}));
+    EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kAttach, items[0], plain}}));
     EXPECT_TRUE(boxes.take().empty());
 }
 

@@ -15,7 +15,7 @@ protected:
         open();
         root = add(nullptr, "root", 0);
         client.onEvent = [this](const Sent& sent) {
-            if (sent.event == BrowserEvent::countSwitchChildren)
+            if (sent.event == BrowserEvent::kCountSwitchChildren)
                 *reinterpret_cast<std::uint32_t*>(sent.argument) = children;
         };
     }
@@ -66,14 +66,14 @@ protected:
     BrowserItem item = nullptr;
 };
 
-const std::vector<Sent> kViewportFollows{{BrowserEvent::switchesChanged}, {BrowserEvent::redraw}};
+const std::vector<Sent> kViewportFollows{{BrowserEvent::kSwitchesChanged}, {BrowserEvent::kRedraw}};
 
 TEST_F(BrowserSwitch, ShowsAndChangesTheCurrentMask) {
     INode* const node = show({5, 0});
     EXPECT_TRUE(isEnabled(IDC_TOOL));
     push(IDC_TOOL);
     ASSERT_TRUE(IsWindowVisible(editor()));
-    EXPECT_EQ(client.take()[0].event, BrowserEvent::countSwitchChildren);
+    EXPECT_EQ(client.take()[0].event, BrowserEvent::kCountSwitchChildren);
     EXPECT_EQ(mask(), L"101");
     EXPECT_EQ(index(), L"0");
     press(IDC_MASK_INVERT);
@@ -288,7 +288,7 @@ TEST_F(BrowserSwitch, CanBeEditedAgainOnceItCanBeOpened) {
     const auto count = client.onEvent;
     client.onEvent = [&](const Sent& sent) {
         count(sent);
-        if (sent.event != BrowserEvent::countSwitchChildren) return;
+        if (sent.event != BrowserEvent::kCountSwitchChildren) return;
         if (asked) {
             EXPECT_EQ(sent.argument, asked) << "the form has one buffer";
         }

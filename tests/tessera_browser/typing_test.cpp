@@ -108,7 +108,7 @@ TEST_F(BrowserTyping, IsTakenWhateverComesNext) {
             showTwo(2);
             std::vector<bool> takenInTime;
             client.onEvent = [&](const Sent& sent) {
-                if (sent.event == BrowserEvent::rebuild || sent.event == BrowserEvent::closed)
+                if (sent.event == BrowserEvent::kRebuild || sent.event == BrowserEvent::kClosed)
                     takenInTime.push_back(typing.isTaken());
             };
             typing.begin();
@@ -128,7 +128,7 @@ TEST_F(BrowserTyping, AMaskIsTakenWhateverComesNext) {
         SCOPED_TRACE(leaving.how);
         showTwo(96);
         client.onEvent = [](const Sent& sent) {
-            if (sent.event == BrowserEvent::countSwitchChildren)
+            if (sent.event == BrowserEvent::kCountSwitchChildren)
                 *reinterpret_cast<std::uint32_t*>(sent.argument) = 3;
         };
         push(IDC_TOOL);

@@ -42,10 +42,10 @@ TEST_F(BrowserClientTest, OpensFilledAndFollowsTheSceneUntilClosed) {
 
     a->SetName("renamed");
     EXPECT_EQ(browser.sceneChanges, 1);
-    browser.send(BrowserEvent::rebuild);
+    browser.send(BrowserEvent::kRebuild);
     EXPECT_EQ(browser.outline(), "Scene Root(renamed(b),c)");
 
-    browser.send(BrowserEvent::closed);
+    browser.send(BrowserEvent::kClosed);
     EXPECT_TRUE(AcceleratorsEnabled());
     a->SetName("again");
     EXPECT_EQ(browser.sceneChanges, 1);
@@ -55,13 +55,13 @@ TEST_F(BrowserClientTest, OpensFilledAndFollowsTheSceneUntilClosed) {
     open();
     a->SetName("third");
     EXPECT_EQ(browser.sceneChanges, 1);
-    browser.send(BrowserEvent::closed);
+    browser.send(BrowserEvent::kClosed);
 }
 
 TEST_F(BrowserClientTest, ARefusedFormIsNotFilledShownOrFollowed) {
     INode* const a = add(nullptr, "a");
     open();
-    browser.send(BrowserEvent::closed);
+    browser.send(BrowserEvent::kClosed);
     browser = RecordingBrowser{};
     for (const auto refusal : {tessera::kBrowserRefused, tessera::kBrowserNoMemory,
                                tessera::kBrowserDialogFailed, tessera::kBrowserFormMissing}) {
@@ -83,13 +83,13 @@ TEST_F(BrowserClientTest, ItsOwnEditsDoNotMakeTheTreeStale) {
     moved.SetTrans(Point3(1, 2, 3));
     group->SetNodeTM(0, moved);
     open();
-    send(BrowserEvent::rename, "child", nullptr, reinterpret_cast<std::uintptr_t>("塔楼"));
+    send(BrowserEvent::kRename, "child", nullptr, reinterpret_cast<std::uintptr_t>("塔楼"));
     EXPECT_STREQ(child->GetName(), "塔楼");
-    send(BrowserEvent::attach, "child", "group");
+    send(BrowserEvent::kAttach, "child", "group");
     EXPECT_EQ(child->GetParentNode(), group);
     EXPECT_TRUE(child->GetNodeTM(0) == Matrix3()) << "its place in the world stays";
     EXPECT_EQ(browser.outline(), "Scene Root(group(塔楼))");
-    send(BrowserEvent::create, "group", nullptr, 73, 1580);
+    send(BrowserEvent::kCreate, "group", nullptr, 73, 1580);
     ASSERT_EQ(group->NumberOfChildren(), 2);
     EXPECT_TRUE(aviary.IsOfType(group->GetChildNode(1), "LOD"));
     EXPECT_EQ(browser.outline(),
@@ -104,10 +104,10 @@ TEST_F(BrowserClientTest, ATargetThatHeadsAHostGroupTakesTheNodeIn) {
     head->SetGroupHead(true);
     INode* const child = add(nullptr, "child");
     open();
-    send(BrowserEvent::attach, "child", "head");
+    send(BrowserEvent::kAttach, "child", "head");
     EXPECT_TRUE(child->IsGroupMember());
     EXPECT_EQ(browser.beeps, 0);
-    send(BrowserEvent::attach, "head", "child");
+    send(BrowserEvent::kAttach, "head", "child");
     EXPECT_EQ(browser.beeps, 1);
     EXPECT_EQ(head->GetParentNode(), host.GetRootNode()) << "below itself is refused";
     EXPECT_EQ(browser.outline(), "Scene Root(head(child))");
@@ -118,7 +118,7 @@ TEST_F(BrowserClientTest, MovesAmongSiblings) {
     for (const char* name : {"a", "b", "c", "d"}) add(parent, name);
     const auto order = [&] { return childNames(parent); };
     open();
-    send(BrowserEvent::moveDown, "a", "p");
+    send(BrowserEvent::kMoveDown, "a", "p");
     EXPECT_EQ(order(), "b,a,c,d");
     EXPECT_EQ(browser.outline(), "Scene Root(p(b,a,c,d))");
     ASSERT_TRUE(browser.selected);
@@ -130,28 +130,28 @@ TEST_F(BrowserClientTest, MovesAmongSiblings) {
         EXPECT_EQ(order(), before) << first;
         EXPECT_EQ(browser.beeps, beeps + 1) << first;
     };
-    refused(BrowserEvent::moveUp, "b", "p");    // already first
-    refused(BrowserEvent::moveDown, "d", "p");  // already last
-    send(BrowserEvent::moveUp, "d", "p");
+    refused(BrowserEvent::kMoveUp, "b", "p");    // already first
+    refused(BrowserEvent::kMoveDown, "d", "p");  // already last
+    send(BrowserEvent::kMoveUp, "d", "p");
     EXPECT_EQ(order(), "b,a,d,c");
-    refused(BrowserEvent::moveUp, "d", nullptr);  // no parent
-    refused(BrowserEvent::moveDown, "d", "a");    // another one's child
+    refused(BrowserEvent::kMoveUp, "d", nullptr);  // no parent
+    refused(BrowserEvent::kMoveDown, "d", "a");    // another one's child
     EXPECT_EQ(browser.beeps, 4);
 
     const BrowserItem block[] = {item("a"), item("c"), nullptr};
     const auto list = reinterpret_cast<std::uintptr_t>(block);
-    browser.send(BrowserEvent::moveUpTogether, item("a"), item("p"), list);
+    browser.send(BrowserEvent::kMoveUpTogether, item("a"), item("p"), list);
     EXPECT_EQ(order(), "a,b,c,d");
     const BrowserItem last[] = {item("b"), item("c"), nullptr};
-    browser.send(BrowserEvent::moveDownTogether, item("b"), item("p"),
+    browser.send(BrowserEvent::kMoveDownTogether, item("b"), item("p"),
                  reinterpret_cast<std::uintptr_t>(last));
     EXPECT_EQ(order(), "a,d,b,c");
     const BrowserItem end[] = {item("c"), nullptr};
-    browser.send(BrowserEvent::moveDownTogether, item("b"), item("p"),
+    browser.send(BrowserEvent::kMoveDownTogether, item("b"), item("p"),
                  reinterpret_cast<std::uintptr_t>(end));
     EXPECT_EQ(order(), "a,d,b,c") << "a block at the end stays";
     EXPECT_EQ(browser.beeps, 5);
-    refused(BrowserEvent::moveUpTogether, "a", "p");
+    refused(BrowserEvent::kMoveUpTogether, "a", "p");
     EXPECT_EQ(browser.sceneChanges, 0);
 }
 
@@ -186,8 +186,8 @@ TEST_F(BrowserClientTest, MovedSiblingsKeepTheirLocalTransformsBitForBit) {
         locals[add(parent, "c")] = Matrix3({1, 0, 0}, {0, -0.0, 0}, {0, 0, 1e-300}, {0.1, 0, 0});
         for (const auto& [node, local] : locals) node->SetLocalTM(0, local);
         open();
-        send(BrowserEvent::moveDown, "a", "p");
-        send(BrowserEvent::moveUp, "c", "p");
+        send(BrowserEvent::kMoveDown, "a", "p");
+        send(BrowserEvent::kMoveUp, "c", "p");
         EXPECT_EQ(childNames(parent), "b,c,a");
         for (const auto& [node, local] : locals)
             EXPECT_TRUE(sameBits(node->GetLocalTM(0), local)) << node->GetName();
@@ -214,7 +214,7 @@ TEST_F(BrowserClientTest, ASiblingThatTheHostRefusesLosesNoOther) {
             child->AttachChild(parent);
     };
     ASSERT_TRUE(RegisterNotification(meddle, &meddler, NOTIFY_NODE_LINKED));
-    send(BrowserEvent::moveDown, "a", "p");
+    send(BrowserEvent::kMoveDown, "a", "p");
     UnRegisterNotification(meddle, &meddler, NOTIFY_NODE_LINKED);
     EXPECT_EQ(meddler.parent->GetParentNode(), meddler.child);
     EXPECT_EQ(childNames(host.GetRootNode()), "c");
@@ -226,7 +226,7 @@ TEST_F(BrowserClientTest, ASiblingThatTheHostRefusesLosesNoOther) {
 TEST_F(BrowserClientTest, MovesAtTheTopLevelToo) {
     for (const char* name : {"a", "b", "c"}) add(nullptr, name);
     open();
-    send(BrowserEvent::moveDown, "a", "Scene Root");
+    send(BrowserEvent::kMoveDown, "a", "Scene Root");
     EXPECT_EQ(childNames(host.GetRootNode()), "b,a,c");
     EXPECT_EQ(browser.outline(), "Scene Root(b,a,c)");
 }
@@ -239,34 +239,34 @@ TEST_F(BrowserClientTest, AnswersWhatTheBrowserAsks) {
     core.setHostWindow(&window);
     core.setTime(480);
     host.SelectNode(b);
-    browser.send(BrowserEvent::selectInHost);
+    browser.send(BrowserEvent::kSelectInHost);
     EXPECT_EQ(host.GetSelNodeCount(), 0);
-    send(BrowserEvent::selectInHost, "a");
-    send(BrowserEvent::selectInHost, "b");
-    send(BrowserEvent::selectInHost, "Scene Root");  // which hosts cannot select
+    send(BrowserEvent::kSelectInHost, "a");
+    send(BrowserEvent::kSelectInHost, "b");
+    send(BrowserEvent::kSelectInHost, "Scene Root");  // which hosts cannot select
     EXPECT_EQ(window.redraws, (std::vector<TimeValue>{480, 480, 480, 480}));
-    browser.send(BrowserEvent::redraw);
+    browser.send(BrowserEvent::kRedraw);
     EXPECT_EQ(window.redraws.size(), 5U);
     core.setHostWindow(nullptr);
 
     std::uint32_t count = 99;
     const auto countSlot = reinterpret_cast<std::uintptr_t>(&count);
     EnableAccelerators();
-    browser.send(BrowserEvent::countSelected, nullptr, nullptr, countSlot);
+    browser.send(BrowserEvent::kCountSelected, nullptr, nullptr, countSlot);
     EXPECT_FALSE(AcceleratorsEnabled());
     ASSERT_EQ(count, 2u);
     EnableAccelerators();
-    browser.send(BrowserEvent::activated);
+    browser.send(BrowserEvent::kActivated);
     EXPECT_FALSE(AcceleratorsEnabled());
     for (const std::uintptr_t index : {0, 1, 2}) {
         auto handle = tessera::NodeHandle{1};
-        browser.send(BrowserEvent::getSelected, nullptr, nullptr, index,
+        browser.send(BrowserEvent::kGetSelected, nullptr, nullptr, index,
                      reinterpret_cast<std::uintptr_t>(&handle));
         INode* const expected[] = {a, b, nullptr};
         EXPECT_EQ(handle, reinterpret_cast<tessera::NodeHandle>(expected[index])) << index;
     }
-    browser.send(BrowserEvent::getSelected);
-    send(BrowserEvent::countSwitchChildren, "a", nullptr, countSlot);
+    browser.send(BrowserEvent::kGetSelected);
+    send(BrowserEvent::kCountSwitchChildren, "a", nullptr, countSlot);
     EXPECT_EQ(count, 1u);
     for (const int code : {4, 5, 6, 12, 20, 21}) {
         count = 1;
@@ -291,7 +291,7 @@ TEST_F(BrowserClientTest, CreatesWhatItIsToldTo) {
         std::uint16_t kind;
     } cases[] = {{63, 63}, {static_cast<std::uintptr_t>(-2), 0xFFFE}};
     for (const auto& c : cases) {
-        send(BrowserEvent::create, "parent", nullptr, c.opcode, 1420);
+        send(BrowserEvent::kCreate, "parent", nullptr, c.opcode, 1420);
         INode* const parent = host.GetRootNode()->GetChildNode(1);
         INode* const node = parent->GetChildNode(parent->NumberOfChildren() - 1);
         ASSERT_TRUE(node) << "below the item, whatever is selected";
@@ -315,14 +315,14 @@ TEST_F(BrowserClientTest, LooksIntoNoNodeThatHasGone) {
     host.DeleteNode(doomed);
     std::uint32_t count = 99;
     for (const char* gone : {"doomed", "below"}) {
-        send(BrowserEvent::selectInHost, gone);
-        send(BrowserEvent::moveDown, gone, "parent");
-        send(BrowserEvent::moveUp, "stays", gone);
-        send(BrowserEvent::attach, gone, "stays");
-        send(BrowserEvent::attach, "stays", gone);
-        send(BrowserEvent::rename, gone, nullptr, reinterpret_cast<std::uintptr_t>("renamed"));
-        send(BrowserEvent::create, gone, nullptr, 2, 1580);
-        send(BrowserEvent::countSwitchChildren, gone, nullptr,
+        send(BrowserEvent::kSelectInHost, gone);
+        send(BrowserEvent::kMoveDown, gone, "parent");
+        send(BrowserEvent::kMoveUp, "stays", gone);
+        send(BrowserEvent::kAttach, gone, "stays");
+        send(BrowserEvent::kAttach, "stays", gone);
+        send(BrowserEvent::kRename, gone, nullptr, reinterpret_cast<std::uintptr_t>("renamed"));
+        send(BrowserEvent::kCreate, gone, nullptr, 2, 1580);
+        send(BrowserEvent::kCountSwitchChildren, gone, nullptr,
              reinterpret_cast<std::uintptr_t>(&count));
     }
     EXPECT_EQ(count, 99u);
@@ -333,13 +333,13 @@ TEST_F(BrowserClientTest, LooksIntoNoNodeThatHasGone) {
     EXPECT_EQ(browser.beeps, 10) << "a move, an attach or a creation that is refused";
 
     core.newScene();
-    send(BrowserEvent::rename, "stays", nullptr, reinterpret_cast<std::uintptr_t>("renamed"));
-    send(BrowserEvent::create, "parent", nullptr, 2, 1580);
+    send(BrowserEvent::kRename, "stays", nullptr, reinterpret_cast<std::uintptr_t>("renamed"));
+    send(BrowserEvent::kCreate, "parent", nullptr, 2, 1580);
     EXPECT_EQ(host.GetRootNode()->NumberOfChildren(), 0);
 
     add(nullptr, "new");
-    browser.send(BrowserEvent::rebuild);
-    send(BrowserEvent::rename, "new", nullptr, reinterpret_cast<std::uintptr_t>("renamed"));
+    browser.send(BrowserEvent::kRebuild);
+    send(BrowserEvent::kRename, "new", nullptr, reinterpret_cast<std::uintptr_t>("renamed"));
     EXPECT_EQ(childNames(host.GetRootNode()), "renamed") << "a refilled tree is trusted again";
 }
 
@@ -399,25 +399,25 @@ TEST_F(BrowserClientTest, EditsShowWhereverTheNodesAreListed) {
     open();
     const BrowserItem listedCrown = browser.top.children[0]->children[1]->children[0].get();
     ASSERT_EQ(listedCrown->text, "crown");
-    browser.send(BrowserEvent::rename, listedCrown, listedCrown->parent,
+    browser.send(BrowserEvent::kRename, listedCrown, listedCrown->parent,
                  reinterpret_cast<std::uintptr_t>("top"));
     EXPECT_EQ(browser.outline(),
               "Scene Root(tree(top(leaf),trunk),use(top(leaf),trunk),other,apple)");
-    send(BrowserEvent::moveDown, "top", "tree");
+    send(BrowserEvent::kMoveDown, "top", "tree");
     EXPECT_EQ(browser.outline(),
               "Scene Root(tree(trunk,top(leaf)),use(trunk,top(leaf)),other,apple)");
-    send(BrowserEvent::attach, "apple", "top");
+    send(BrowserEvent::kAttach, "apple", "top");
     EXPECT_EQ(browser.outline(),
               "Scene Root(tree(trunk,top(leaf,apple)),use(trunk,top(leaf,apple)),other)");
     const BrowserItem listedTop = browser.top.children[0]->children[1]->children[1].get();
-    browser.send(BrowserEvent::attach, listedTop, item("other"));
+    browser.send(BrowserEvent::kAttach, listedTop, item("other"));
     EXPECT_EQ(browser.outline(), "Scene Root(tree(trunk),use(trunk),other(top(leaf,apple)))");
-    send(BrowserEvent::create, "tree", nullptr, 2, 1580);
+    send(BrowserEvent::kCreate, "tree", nullptr, 2, 1580);
     const std::string made = tree->GetChildNode(1)->GetName();
     EXPECT_EQ(browser.outline(), "Scene Root(tree(trunk," + made + "),use(trunk," + made +
                                      "),other(top(leaf,apple)))");
     // What is below the reference itself is not listed.
-    send(BrowserEvent::attach, "top", "use");
+    send(BrowserEvent::kAttach, "top", "use");
     EXPECT_EQ(crown->GetParentNode(), use);
     EXPECT_EQ(browser.outline(),
               "Scene Root(tree(trunk," + made + "),use(trunk," + made + "),other)");
@@ -436,7 +436,7 @@ TEST_F(BrowserClientTest, ADefinitionThatMovesIsFoundFromElsewhere) {
     addInstance(add(second, "use", kFltInstanceRef), FltInstanceRef(), 1);
     open();
     EXPECT_EQ(browser.outline(), "Scene Root(first(g(d(a))),second(h(d(b)),use(b)))");
-    send(BrowserEvent::attach, "h", "first");
+    send(BrowserEvent::kAttach, "h", "first");
     EXPECT_EQ(browser.outline(), "Scene Root(first(g(d(a)),h(d(b))),second(use(a)))");
 }
 
@@ -447,13 +447,13 @@ TEST_F(BrowserClientTest, OnlyEditsThatConcernOtherItemsFillTheTreeAnew) {
     INode* const group = add(nullptr, "group");
     for (const char* name : {"a", "b"}) add(group, name);
     open();
-    send(BrowserEvent::rename, "tree", nullptr, reinterpret_cast<std::uintptr_t>("oak"));
-    send(BrowserEvent::moveDown, "a", "group");
-    send(BrowserEvent::moveUp, "trunk", "tree");  // refused, as it is the first
-    send(BrowserEvent::attach, "b", "a");
-    send(BrowserEvent::attach, "tree", "use");  // a definition
+    send(BrowserEvent::kRename, "tree", nullptr, reinterpret_cast<std::uintptr_t>("oak"));
+    send(BrowserEvent::kMoveDown, "a", "group");
+    send(BrowserEvent::kMoveUp, "trunk", "tree");  // refused, as it is the first
+    send(BrowserEvent::kAttach, "b", "a");
+    send(BrowserEvent::kAttach, "tree", "use");  // a definition
     EXPECT_EQ(browser.refreshes, 1);
-    send(BrowserEvent::create, "group", nullptr, 2, 1580);
+    send(BrowserEvent::kCreate, "group", nullptr, 2, 1580);
     EXPECT_EQ(browser.refreshes, 1);
 }
 

@@ -109,7 +109,7 @@ TEST_F(OutOfMemoryTest, SiblingsAreReorderedOrStayAsTheyWere) {
     for (std::size_t allowed = 0;; ++allowed) {
         SCOPED_TRACE(allowed);
         failAllocationAfter(allowed);
-        browser.send(tessera::BrowserEvent::moveDown, browser.find("a"), browser.find("p"));
+        browser.send(tessera::BrowserEvent::kMoveDown, browser.find("a"), browser.find("p"));
         const bool failed = endAllocationFailure();
         ASSERT_THAT(childNames(parent), testing::AnyOf("a,b,c,d", "b,a,c,d"));
         ASSERT_EQ(host.GetRootNode()->NumberOfChildren(), 1);
@@ -138,7 +138,7 @@ TEST_F(OutOfMemoryTest, SiblingsComeBackThoughMemoryRunsOutTwice) {
         if (watched.failures < 2) failAllocationAfter(0);
     };
     ASSERT_TRUE(RegisterNotification(exhaust, &watch, NOTIFY_NODE_LINKED));
-    recordingBrowser().send(tessera::BrowserEvent::moveDown, recordingBrowser().find("a"),
+    recordingBrowser().send(tessera::BrowserEvent::kMoveDown, recordingBrowser().find("a"),
                             recordingBrowser().find("p"));
     endAllocationFailure();
     UnRegisterNotification(exhaust, &watch, NOTIFY_NODE_LINKED);

@@ -53,7 +53,7 @@ void tessera::beep() noexcept {
 std::int32_t _zufltguicreate(tessera::BrowserWindow, tessera::BrowserCallback callback,
                              std::int32_t, void* clientData) {
     std::uint32_t refused = 1;
-    callback(tessera::BrowserEvent::confirmForm, nullptr, nullptr,
+    callback(tessera::BrowserEvent::kConfirmForm, nullptr, nullptr,
              reinterpret_cast<std::uintptr_t>(&refused), 0, clientData);
     if (refused) return tessera::kBrowserRefused;
     RecordingBrowser& browser = recordingBrowser();
@@ -113,7 +113,7 @@ bool _zufltguiselectnode(tessera::BrowserItem item) {
 
 void zufltguirefresh() {
     ++recordingBrowser().refreshes;
-    if (recordingBrowser().exists) recordingBrowser().send(tessera::BrowserEvent::rebuild);
+    if (recordingBrowser().exists) recordingBrowser().send(tessera::BrowserEvent::kRebuild);
 }
 
 void zufltguiSceneChanged() {

@@ -193,9 +193,9 @@ protected:
 private:
     friend class WindowRouter;
 
-    // `answered`: with a result of the handler's own; `handled`: with what `Default` gave, if
+    // `kAnswered`: with a result of the handler's own; `kHandled`: with what `Default` gave, if
     // called.
-    enum class Routed { no, handled, answered };
+    enum class Routed { kNo, kHandled, kAnswered };
     Routed RouteFrame(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result);
     Routed RouteKeyboard(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result);
     Routed RouteMouse(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result);

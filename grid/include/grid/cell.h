@@ -11,7 +11,7 @@
 namespace grid {
 
 /// How a cell is edited. The numbers are part of the interface.
-enum class EditorKind : std::uint8_t { none = 0, edit = 1, list = 2 };
+enum class EditorKind : std::uint8_t { kNone = 0, kEdit = 1, kList = 2 };
 
 /// The position of a cell; row and column count from 0, fixed ones included. -1 means no cell.
 struct CellId {
@@ -53,7 +53,7 @@ public:
 
     LPARAM data = 0;
     std::uint32_t format = kDefaultFormat;
-    EditorKind editor = EditorKind::edit;
+    EditorKind editor = EditorKind::kEdit;
 
 private:
     std::unique_ptr<char[]> text_;

@@ -209,7 +209,7 @@ private:
     friend class CInPlaceEdit;
     friend class CInPlaceList;
 
-    enum class Tracking { none, pressed, selecting, resizing, dragging };
+    enum class Tracking { kNone, kPressed, kSelecting, kResizing, kDragging };
 
     static constexpr int kDefaultColumnWidth = 64;
     // Posted to the grid itself.
@@ -316,7 +316,7 @@ private:
     bool dragAndDrop_ = false;
     bool columnResizing_ = true;
 
-    Tracking tracking_ = Tracking::none;
+    Tracking tracking_ = Tracking::kNone;
     POINT pressPoint_{};
     // While the mouse is captured, its last known place.
     POINT mousePoint_{};

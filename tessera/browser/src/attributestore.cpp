@@ -13,14 +13,14 @@ namespace {
 
 int lightIcon(NodeHandle handle) noexcept {
     KilnLight options;
-    if (!fltGetOptions(nodeOf(handle), options)) return kindRowByIcon(IconKind::omniLight);
+    if (!fltGetOptions(nodeOf(handle), options)) return kindRowByIcon(IconKind::kOmniLight);
     switch (options.palette.lightType) {
         case 0:
-            return kindRowByIcon(IconKind::lightSource);
+            return kindRowByIcon(IconKind::kLightSource);
         case 1:
-            return kindRowByIcon(IconKind::omniLight);
+            return kindRowByIcon(IconKind::kOmniLight);
         case 2:
-            return kindRowByIcon(IconKind::spotLight);
+            return kindRowByIcon(IconKind::kSpotLight);
         default:
             return -1;
     }
@@ -40,7 +40,7 @@ bool isOfKind(NodeHandle handle, FltNodeKind kind) noexcept {
 
 int iconOf(NodeHandle handle) noexcept {
     const std::optional<FltNodeKind> kind = recordKind(handle);
-    if (!kind) return kindRowByIcon(IconKind::plain);
+    if (!kind) return kindRowByIcon(IconKind::kPlain);
     if (*kind == FltNodeKind::LightSource) return lightIcon(handle);
     return kindRowByOpcode(static_cast<std::uint16_t>(*kind));
 }

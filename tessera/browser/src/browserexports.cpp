@@ -76,7 +76,7 @@ void enter(Body&& body) noexcept {
 bool clientAgrees(BrowserCallback callback, void* clientData) {
     std::uint32_t refused = 1;
     if (callback)
-        callback(BrowserEvent::confirmForm, nullptr, nullptr,
+        callback(BrowserEvent::kConfirmForm, nullptr, nullptr,
                  reinterpret_cast<std::uintptr_t>(&refused), 0, clientData);
     return refused == 0;
 }

@@ -15,9 +15,9 @@ constexpr int kValueColumn = 1;
 constexpr UINT kCellFormat = DT_SINGLELINE | DT_VCENTER | DT_END_ELLIPSIS | DT_NOPREFIX;
 
 grid::EditorKind editorOf(const FltAttrDesc& descriptor, bool readOnly) {
-    if (readOnly || descriptor.visible == 0) return grid::EditorKind::none;
-    return descriptor.type == FltAttrType::Enumeration ? grid::EditorKind::list
-                                                       : grid::EditorKind::edit;
+    if (readOnly || descriptor.visible == 0) return grid::EditorKind::kNone;
+    return descriptor.type == FltAttrType::Enumeration ? grid::EditorKind::kList
+                                                       : grid::EditorKind::kEdit;
 }
 
 }  // namespace
@@ -45,7 +45,7 @@ void Hierarchy::CGridEx::ShowAttributes(const FltAttrGroup& set, bool readOnly) 
         FltAttrDesc& descriptor = set.descriptors[row - 1];
         SetCellText(row, kCaptionColumn, descriptor.caption ? descriptor.caption : "");
         SetCellFormat(row, kCaptionColumn, kCellFormat | DT_RIGHT);
-        SetCellEditor(row, kCaptionColumn, grid::EditorKind::none);
+        SetCellEditor(row, kCaptionColumn, grid::EditorKind::kNone);
         SetCellText(row, kValueColumn, descriptor.value.text());
         SetCellFormat(row, kValueColumn, kCellFormat | DT_LEFT);
         for (const int column : {kCaptionColumn, kValueColumn})

@@ -16,8 +16,8 @@ void ClientLink::send(BrowserEvent event, BrowserItem first, BrowserItem second,
     if (callback_) callback_(event, first, second, argument, argument2, clientData_);
 }
 
-// The message comes before the tree is painted, and after whoever began the edit has ended, which
-// may be the control itself.
+// The refresh is posted: the control itself may have begun the edit and must end it first. A posted
+// message still comes before the tree is painted.
 void ClientLink::sendEdit(BrowserEvent event, const TreeItem& edited, BrowserItem second,
                           std::uintptr_t argument, std::uintptr_t argument2) {
     const NodeHandle node = edited.node;

@@ -46,13 +46,13 @@ HTREEITEM CTreeCtrlEx::Add(HTREEITEM parent, std::string_view text, NodeHandle n
     return handle;
 }
 
-// All at once: one by one, the control looks each of them up among all items and closes the gap.
+// All at once: deleting them one by one, the control looks each up among all items.
 void CTreeCtrlEx::DeleteChildren(HTREEITEM handle) {
     TreeItem* const parent = Find(handle);
     if (!parent || (!parent->firstChild && !parent->firstWaiting)) return;
     const RedrawPause pause(*this);
     const auto changing = Changing();
-    // The caret goes where the control would put it after the last of them.
+    // The control would move the caret here when the last of them is deleted.
     const TreeItem* const caret = Find(Caret());
     if (caret && caret != parent && TreeModel::isWithin(*caret, *parent)) Select(handle);
     while (parent->firstChild) model_.remove(*parent->firstChild);
@@ -63,8 +63,8 @@ void CTreeCtrlEx::DeleteChildren(HTREEITEM handle) {
 
 void CTreeCtrlEx::DeleteAllBelow(HTREEITEM handle) {
     Send(TVM_EXPAND, TVE_COLLAPSE | TVE_COLLAPSERESET, reinterpret_cast<LPARAM>(handle));
-    // Otherwise it keeps its button, as if its children came back when it is expanded. Not every
-    // version of the control can find out by itself that there are none.
+    // Otherwise the item keeps its button, as if expanding it added children. Not every version of
+    // the control finds out by itself that there are none.
     SetChildren(handle, I_CHILDRENAUTO);
     if (ShowsButton(handle)) SetChildren(handle, 0);
 }

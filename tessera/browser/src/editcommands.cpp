@@ -77,9 +77,9 @@ void EditCommands::create() {
     const auto argument =
         static_cast<std::uintptr_t>(static_cast<std::intptr_t>(static_cast<std::int16_t>(opcode)));
     const TreeItem* const lastBefore = parent->lastChild;
-    client_.sendEdit(BrowserEvent::create, *parent, nullptr, argument, kFltRevision);
+    client_.sendEdit(BrowserEvent::kCreate, *parent, nullptr, argument, kFltRevision);
     const TreeItem* const now = tree_.Find(item);
-    // What was made can be seen, and the next one goes beside it.
+    // The new node is shown. The selection stays, so that the next one becomes its sibling.
     if (now && now->lastChild != lastBefore) tree_.Expand(item, TVE_EXPAND);
     tree_.Invalidate();
 }
@@ -101,7 +101,7 @@ bool EditCommands::mayCreate(const TreeItem& parent, int choice) const {
 // The opcode of the chosen kind; an object's for a client that does not know the question.
 std::uint16_t EditCommands::confirmedOpcode(HTREEITEM parent, int choice) const {
     std::uint32_t unknown = 1;
-    client_.send(BrowserEvent::confirmKind, parent, nullptr,
+    client_.send(BrowserEvent::kConfirmKind, parent, nullptr,
                  reinterpret_cast<std::uintptr_t>(&unknown));
     return unknown == 0 ? kRecordKinds[static_cast<std::size_t>(choice)].opcode
                         : std::uint16_t{kFltObject};
@@ -116,7 +116,7 @@ void EditCommands::attach(HTREEITEM draggedHandle, HTREEITEM targetHandle) {
     const CWaitCursor wait;
     const RedrawPause pause(tree_);
     const NodeHandle node = dragged->node;
-    client_.sendEdit(BrowserEvent::attach, *dragged, targetHandle);
+    client_.sendEdit(BrowserEvent::kAttach, *dragged, targetHandle);
     selectLastChild(targetHandle, node);
 }
 
@@ -149,7 +149,7 @@ bool EditCommands::rename(const TVITEMW& edited) {
     const TreeItem* const item = tree_.Find(edited.hItem);
     if (!item) return false;
     const std::string text = toUtf8(edited.pszText);
-    client_.sendEdit(BrowserEvent::rename, *item, parentOf(*item),
+    client_.sendEdit(BrowserEvent::kRename, *item, parentOf(*item),
                      reinterpret_cast<std::uintptr_t>(text.c_str()));
     if (tree_.Find(edited.hItem)) {
         tree_.SetItemText(edited.hItem, text);

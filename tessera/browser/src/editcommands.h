@@ -25,7 +25,7 @@ public:
     /// Fills the list of kinds that can be created.
     void initialise();
 
-    /// Moves the first selected node among its siblings: `moveUp` or `moveDown`.
+    /// Moves the first selected node among its siblings: `kMoveUp` or `kMoveDown`.
     void move(BrowserEvent direction);
     /// Creates a node of the chosen kind below the selected item.
     void create();

@@ -163,7 +163,7 @@ void Hierarchy::refresh() {
         const auto arrangement = tree_.Branches().remember(nullptr);
         {
             const TreeRefill::Scope refill(tree_.Refill());
-            client_->send(BrowserEvent::rebuild);
+            client_->send(BrowserEvent::kRebuild);
         }
         tree_.endFilling();
         tree_.Branches().restore(arrangement, nullptr);
@@ -184,7 +184,7 @@ void Hierarchy::refreshAfterEdit(NodeHandle edited) {
     }
 }
 
-// The nodes that the tree names may have gone, so none is current any more, and what was being
+// The nodes of the tree may have been deleted, so none is current any more, and what was being
 // typed for one is lost. Scenes change node by node: only the first change does anything.
 void Hierarchy::sceneChanged() {
     stale_ = true;
@@ -239,14 +239,14 @@ void Hierarchy::OnMinMaxInfo(MINMAXINFO& info) {
 
 void Hierarchy::OnActivate(UINT state, HWND, bool) {
     Default();
-    if (state != WA_INACTIVE) client_->send(BrowserEvent::activated);
+    if (state != WA_INACTIVE) client_->send(BrowserEvent::kActivated);
 }
 
-// Hidden and not destroyed: the client decides when the form goes.
+// Hidden and not destroyed: that is up to the client.
 void Hierarchy::OnClose() {
     properties_->finishTyping();
     switchSide_->closeEditor();
-    client_->send(BrowserEvent::closed);
+    client_->send(BrowserEvent::kClosed);
     unattended_ = stale_ = true;
     Hide();
 }
@@ -286,10 +286,10 @@ bool Hierarchy::pushed(int id) {
             refresh();
             return true;
         case IDC_UP:
-            edits_->move(BrowserEvent::moveUp);
+            edits_->move(BrowserEvent::kMoveUp);
             return true;
         case IDC_DOWN:
-            edits_->move(BrowserEvent::moveDown);
+            edits_->move(BrowserEvent::kMoveDown);
             return true;
         case IDC_EXPAND:
         case IDC_COLLAPSE:

@@ -76,7 +76,7 @@ private:
     const std::unique_ptr<SelectionCommands> selection_;
     const std::unique_ptr<EditCommands> edits_;
     std::array<CBitmapButton, 8> pictures_;
-    bool stale_ = false;  ///< the tree may name nodes that have gone
+    bool stale_ = false;  ///< nodes of the tree may have been deleted
     /// Not shown since it was made or closed: a client need not tell it of the scene.
     bool unattended_ = true;
 };

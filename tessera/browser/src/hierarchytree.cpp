@@ -19,7 +19,7 @@ constexpr int kIconHeight = 15;
 
 void HierarchyTree::initialise(CWnd& form) {
     SubclassDlgItem(IDC_TREE, form.Handle());
-    Add(nullptr, "Scene Root", 0, kindRowByIcon(IconKind::sceneRoot));
+    Add(nullptr, "Scene Root", 0, kindRowByIcon(IconKind::kSceneRoot));
     SetBackground(kTreeBackground);
     constexpr int kCount = static_cast<int>(kRecordKindCount);
     // Pixels are repeated, never mixed: at 150 % the icons are as at 100 %, from 175 % on double.
@@ -33,7 +33,7 @@ void HierarchyTree::initialise(CWnd& form) {
 HTREEITEM HierarchyTree::addNode(HTREEITEM parent, const char* text, NodeHandle node) {
     if (parent == TVI_ROOT) parent = nullptr;
     if (parent && !Find(parent)) return nullptr;
-    const int image = parent ? iconOf(node) : kindRowByIcon(IconKind::sceneRoot);
+    const int image = parent ? iconOf(node) : kindRowByIcon(IconKind::kSceneRoot);
     return Add(parent, text ? text : "", node, image);
 }
 

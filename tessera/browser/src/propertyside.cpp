@@ -184,8 +184,8 @@ bool PropertySide::onGridNotify(NMHDR& header, LRESULT& result) {
     return true;
 }
 
-// False when there is nothing that could take the value. For one node the set is loaded once and
-// one row of it stored, and the grid shows what it holds then.
+// False when there is no attribute to store the value in. For a single node the set is loaded once
+// and one row of it stored once, and the grid shows what the set holds then.
 bool PropertySide::endEdit(int attribute, const std::string& entered) {
     const NodeHandle node = tree_.Node(current_);
     FltAttrGroup* const set = node ? loadAttributes(node) : nullptr;
@@ -201,8 +201,8 @@ bool PropertySide::endEdit(int attribute, const std::string& entered) {
         showAgain();  // it is no longer a node of the kind
         return true;
     }
-    // What is normalised is shown again in any case; a text or choice only when the node has not
-    // taken it as it was entered, which the cell shows already.
+    // A normalised value is always shown again; a text or choice only when the node holds another
+    // one than was entered, since the cell shows that already.
     const bool asEntered = row->value.text() == entered;
     if (row->controlling != 0 && asEntered)
         renewDependent(*set);

@@ -39,9 +39,9 @@ public:
     /// The text of the current item has changed.
     void itemRenamed(HTREEITEM item);
 
-    /// Takes what is being typed into a cell, the comment, a label or the mask field. Whatever
-    /// leaves, refreshes, refills or closes comes here first. Each part refuses what was typed for
-    /// an item that is no longer current or has gone.
+    /// Stores what is being typed into a cell, the comment, a label or the mask field. Called
+    /// before another node is shown and before the tree is refreshed or the form is closed. What
+    /// was typed for an item that is no longer current or has been deleted is not stored.
     void finishTyping();
 
     /// The attribute of the grid's focus row, if there is one.

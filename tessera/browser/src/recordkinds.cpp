@@ -31,16 +31,16 @@ const std::array<RecordKind, kRecordKindCount> kRecordKinds = {{
     {icon(10), kFltBsp, IDB_BSP, false},
     {icon(11), kFltClipRegion, IDB_CLIP, false},
     {icon(6), kFltLightPoint, IDB_LIGHT_POINT, false},
-    {IconKind::lightSource, kFltLightSource, IDB_LIGHT_SOURCE, true},
+    {IconKind::kLightSource, kFltLightSource, IDB_LIGHT_SOURCE, true},
     {icon(8), kFltHeader, IDB_HEADER, false},
-    {IconKind::sceneRoot, kNoOpcode, IDB_SCENE_ROOT, false},
-    {IconKind::omniLight, kFltLightSource, IDB_OMNI_LIGHT, false},
-    {IconKind::spotLight, kFltLightSource, IDB_SPOT_LIGHT, false},
+    {IconKind::kSceneRoot, kNoOpcode, IDB_SCENE_ROOT, false},
+    {IconKind::kOmniLight, kFltLightSource, IDB_OMNI_LIGHT, false},
+    {IconKind::kSpotLight, kFltLightSource, IDB_SPOT_LIGHT, false},
     {icon(16), kFltFace, IDB_FACE, false},
     {icon(14), kFltInstanceDef, IDB_INSTANCE_DEFINITION, true},
     {icon(15), kFltInstanceRef, IDB_INSTANCE_REFERENCE, true},
-    {IconKind::plain, kNoOpcode, IDB_PLAIN, false},
-    {IconKind::none, kNoOpcode, IDB_OVERLAY, false},
+    {IconKind::kPlain, kNoOpcode, IDB_PLAIN, false},
+    {IconKind::kNone, kNoOpcode, IDB_OVERLAY, false},
 }};
 
 int kindRowByOpcode(std::uint16_t opcode) noexcept {

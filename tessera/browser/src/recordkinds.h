@@ -10,12 +10,12 @@ namespace tessera {
 
 /// What an icon stands for. The numbers are those of the icon set, not the order of the images.
 enum class IconKind : std::int32_t {
-    lightSource = 7,
-    sceneRoot = 9,
-    omniLight = 12,
-    spotLight = 13,
-    plain = 17,
-    none = -1,
+    kLightSource = 7,
+    kSceneRoot = 9,
+    kOmniLight = 12,
+    kSpotLight = 13,
+    kPlain = 17,
+    kNone = -1,
 };
 
 /// A row of the table of record kinds. The position of a row is that of its icon among the tree's

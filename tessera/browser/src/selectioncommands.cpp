@@ -105,27 +105,27 @@ void SelectionCommands::selectInHost() {
         HTREEITEM parent;
         bool selected;
     };
-    // Noted beforehand: the client may change the tree while it is told.
+    // Copied first: the client may change the tree while it handles the events.
     std::vector<State> states;
     states.reserve(tree_.Model().size());
     for (const TreeItem* at = tree_.Model().first(); at; at = TreeModel::following(*at))
         states.push_back({at->handle, at->parent ? at->parent->handle : nullptr, at->selected});
-    client_.send(BrowserEvent::selectInHost);
+    client_.send(BrowserEvent::kSelectInHost);
     for (const State& state : states) {
-        client_.send(BrowserEvent::itemState, state.item, nullptr,
+        client_.send(BrowserEvent::kItemState, state.item, nullptr,
                      state.selected ? TVIS_SELECTED : 0);
-        if (state.selected) client_.send(BrowserEvent::selectInHost, state.item, state.parent);
+        if (state.selected) client_.send(BrowserEvent::kSelectInHost, state.item, state.parent);
     }
 }
 
 std::vector<NodeHandle> SelectionCommands::hostSelection() const {
     std::uint32_t count = 0;
-    client_.send(BrowserEvent::countSelected, nullptr, nullptr,
+    client_.send(BrowserEvent::kCountSelected, nullptr, nullptr,
                  reinterpret_cast<std::uintptr_t>(&count));
     std::vector<NodeHandle> nodes;
     for (std::uint32_t i = 0; i < count; ++i) {
         NodeHandle node = 0;
-        client_.send(BrowserEvent::getSelected, nullptr, nullptr, i,
+        client_.send(BrowserEvent::kGetSelected, nullptr, nullptr, i,
                      reinterpret_cast<std::uintptr_t>(&node));
         nodes.push_back(node);
     }

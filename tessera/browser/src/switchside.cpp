@@ -84,7 +84,7 @@ bool SwitchSide::readRecord() {
     SwitchRecordBuffer& buffer = *record_;
     buffer.childCount = 0;
     buffer.node = 0;
-    client_.send(BrowserEvent::countSwitchChildren, item, nullptr,
+    client_.send(BrowserEvent::kCountSwitchChildren, item, nullptr,
                  reinterpret_cast<std::uintptr_t>(&buffer));
     FltSwitch record;
     if (!form_.HasWindow() || item_ != item || !fltGetRecord(nodeOf(node), record)) return false;
@@ -121,11 +121,11 @@ void SwitchSide::recordChanged(const SwitchRecordBuffer& changed, bool showInVie
     if (!store(changed)) return;
     changed_();
     if (!showInViewport) return;
-    client_.send(BrowserEvent::switchesChanged);
-    client_.send(BrowserEvent::redraw);
+    client_.send(BrowserEvent::kSwitchesChanged);
+    client_.send(BrowserEvent::kRedraw);
 }
 
-// The node may have gone or become something else while the editor was open.
+// The node may have been deleted or become something else while the editor was open.
 bool SwitchSide::store(const SwitchRecordBuffer& changed) {
     if (!item_ || tree_.Node(item_) != changed.node) return false;
     if (!isOfKind(changed.node, FltNodeKind::Switch)) return false;

@@ -125,7 +125,7 @@ std::vector<TreeItem*> TreeModel::ancestorsBottomUp(const std::vector<TreeItem*>
         const auto start = static_cast<std::ptrdiff_t>(ancestors.size());
         for (TreeItem* at = item->parent; at && seen.insert(at).second; at = at->parent)
             ancestors.push_back(at);
-        // Each path is found bottom-up and ends below what is there: reversed, all are top-down.
+        // Each path is found bottom-up and ends below one found earlier; reversed, it is top-down.
         std::reverse(ancestors.begin() + start, ancestors.end());
     }
     std::reverse(ancestors.begin(), ancestors.end());

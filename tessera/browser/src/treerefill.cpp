@@ -9,7 +9,7 @@
 namespace tessera {
 namespace {
 
-// How many siblings may have gone at one place for the next of them still to be recognised.
+// A sibling is recognised behind up to this many that are no longer there.
 constexpr int kMostGone = 64;
 // After this many differences the items are taken over by their places, whatever they showed.
 constexpr int kMostDifferences = 1000;
@@ -29,8 +29,8 @@ TreeRefill::Scope::~Scope() {
     refill_.tree_.Selection().caretMoved();
 }
 
-// As after an emptying, the control has no caret then and shows what is added closed. What is added
-// and deleted below a closed branch also takes it less time.
+// As after deleting all items, the control has no caret and its branches are closed. Adding and
+// deleting items below a closed branch also takes it less time.
 bool TreeRefill::emptied() {
     if (!std::exchange(expected_, false)) return false;
     differences_ = 0;
@@ -45,8 +45,8 @@ bool TreeRefill::emptied() {
     return true;
 }
 
-// The node's item among those that wait below `parent`, once the items of nodes that have gone from
-// in front of it have been deleted; null when there is none.
+// The node's item among those that wait below `parent`, null when there is none. Items in front of
+// it are deleted: their nodes are no longer there.
 TreeItem* TreeRefill::matching(TreeItem* parent, NodeHandle node) {
     int gone = 0;
     const TreeItem* same = tree_.Model().firstWaiting(parent);

@@ -10,7 +10,6 @@
 #include <tessera/lodviewer.h>
 #include <tessera/nodecreation.h>
 
-#include <optional>
 #include <vector>
 
 namespace tessera {
@@ -109,6 +108,11 @@ void create(const Event& event) {
     if (node) addItemOf(node, event.firstItem);
 }
 
+void rename(const Event& event) {
+    if (event.first && event.argument)
+        event.first->SetName(reinterpret_cast<const char*>(event.argument));
+}
+
 void move(const Event& event, int step) {
     moveAmongSiblings(event.host, event.firstItem, event.secondItem, step,
                       reinterpret_cast<const BrowserItem*>(event.argument));
@@ -120,71 +124,74 @@ void storeSelected(const Event& event) {
     *reinterpret_cast<NodeHandle*>(event.argument2) = handleOf(node);
 }
 
-void act(const Event& event) {
-    switch (event.code) {
-        case BrowserEvent::selectInHost:
-            return selectInHost(event);
-        case BrowserEvent::moveDown:
-            return move(event, +1);
-        case BrowserEvent::moveUp:
-            return move(event, -1);
-        case BrowserEvent::moveUpTogether:
-            return move(event, -2);
-        case BrowserEvent::moveDownTogether:
-            return move(event, +2);
-        case BrowserEvent::attach:
-            return attach(event);
-        case BrowserEvent::closed:
-            EnableAccelerators();
-            return leaveScene();
-        case BrowserEvent::rename:
-            if (event.first && event.argument)
-                event.first->SetName(reinterpret_cast<const char*>(event.argument));
-            return;
-        case BrowserEvent::create:
-            return create(event);
-        case BrowserEvent::countSwitchChildren:
-            if (event.first) answer(event.argument, event.first->NumberOfChildren());
-            return;
-        case BrowserEvent::redraw:
-            return redraw(event.host);
-        case BrowserEvent::countSelected:
-            DisableAccelerators();
-            return answer(event.argument, event.host.GetSelNodeCount());
-        case BrowserEvent::getSelected:
-            return storeSelected(event);
-        case BrowserEvent::rebuild:
-            DisableAccelerators();
-            return refill(event.host);
-        case BrowserEvent::activated:
-            return DisableAccelerators();
-        case BrowserEvent::switchesChanged:
-            return LodViewer(event.host).Refresh();
-        case BrowserEvent::confirmKind:
-        case BrowserEvent::confirmForm:
-        case BrowserEvent::reserved4:
-        case BrowserEvent::reserved5:
-        case BrowserEvent::reserved6:
-        case BrowserEvent::reserved12:
-            return answer(event.argument, 0);
-        case BrowserEvent::itemState:
-            return;
-    }
-}
-
 /// The events whose edits the browser shows by itself.
 bool editsScene(BrowserEvent code) {
     switch (code) {
-        case BrowserEvent::moveDown:
-        case BrowserEvent::moveUp:
-        case BrowserEvent::attach:
-        case BrowserEvent::rename:
-        case BrowserEvent::moveUpTogether:
-        case BrowserEvent::moveDownTogether:
-        case BrowserEvent::create:
+        case BrowserEvent::kMoveDown:
+        case BrowserEvent::kMoveUp:
+        case BrowserEvent::kAttach:
+        case BrowserEvent::kRename:
+        case BrowserEvent::kMoveUpTogether:
+        case BrowserEvent::kMoveDownTogether:
+        case BrowserEvent::kCreate:
             return true;
         default:
             return false;
+    }
+}
+
+void edit(const Event& event) {
+    switch (event.code) {
+        case BrowserEvent::kMoveDown:
+            return move(event, +1);
+        case BrowserEvent::kMoveUp:
+            return move(event, -1);
+        case BrowserEvent::kMoveUpTogether:
+            return move(event, -2);
+        case BrowserEvent::kMoveDownTogether:
+            return move(event, +2);
+        case BrowserEvent::kAttach:
+            return attach(event);
+        case BrowserEvent::kCreate:
+            return create(event);
+        default:
+            return rename(event);
+    }
+}
+
+void act(const Event& event) {
+    switch (event.code) {
+        case BrowserEvent::kSelectInHost:
+            return selectInHost(event);
+        case BrowserEvent::kClosed:
+            EnableAccelerators();
+            return leaveScene();
+        case BrowserEvent::kCountSwitchChildren:
+            if (event.first) answer(event.argument, event.first->NumberOfChildren());
+            return;
+        case BrowserEvent::kRedraw:
+            return redraw(event.host);
+        case BrowserEvent::kCountSelected:
+            DisableAccelerators();
+            return answer(event.argument, event.host.GetSelNodeCount());
+        case BrowserEvent::kGetSelected:
+            return storeSelected(event);
+        case BrowserEvent::kRebuild:
+            DisableAccelerators();
+            return refill(event.host);
+        case BrowserEvent::kActivated:
+            return DisableAccelerators();
+        case BrowserEvent::kSwitchesChanged:
+            return LodViewer(event.host).Refresh();
+        case BrowserEvent::kConfirmKind:
+        case BrowserEvent::kConfirmForm:
+        case BrowserEvent::kReserved4:
+        case BrowserEvent::kReserved5:
+        case BrowserEvent::kReserved6:
+        case BrowserEvent::kReserved12:
+            return answer(event.argument, 0);
+        default:
+            return;
     }
 }
 
@@ -210,10 +217,10 @@ bool concernsOtherItems(const Event& event) {
     if (!event.first) return false;
     const INode* const parent = event.first->GetParentNode();
     switch (event.code) {
-        case BrowserEvent::attach:
+        case BrowserEvent::kAttach:
             return isListed(parent) || isListed(event.second) ||
                    isOfKind(event.second, FltNodeKind::InstanceRef) || holdsDefinition(event.first);
-        case BrowserEvent::create:
+        case BrowserEvent::kCreate:
             return isListed(event.first) || isOfKind(event.first, FltNodeKind::InstanceRef);
         default:
             return isListed(parent);
@@ -253,9 +260,12 @@ void browserClient(BrowserEvent event, BrowserItem first, BrowserItem second,
                          nodeOf(second),
                          argument,
                          argument2};
-        std::optional<OwnEdit> edit;
-        if (editsScene(event)) edit.emplace(sent);
-        act(sent);
+        if (editsScene(event)) {
+            const OwnEdit ownEdit(sent);
+            edit(sent);
+        } else {
+            act(sent);
+        }
         return true;
     });
 }

@@ -82,7 +82,7 @@ void LodViewer::Collect(INode* root) {
     lodTable_.clear();
     lodDistances_.clear();
     walk(root, [this](INode* node, Reach) { collect(node); });
-    // Nodes often lie in memory as they follow each other in the scene.
+    // Nodes often lie in memory in the order of the scene.
     const auto isBefore = [](const LodEntry& a, const LodEntry& b) {
         return std::less<>()(a.node, b.node);
     };
@@ -105,11 +105,11 @@ void LodViewer::collect(INode* node) {
             lodTable_.push_back({node, lod});
         }
     }
-    enter(node, Reach::outOfRange);
+    enter(node, Reach::kOutOfRange);
 }
 
-/// A damaged record may hold anything; what is not finite has no middle with others and is no
-/// distance. Of the many that are alike most are left out here already.
+/// A damaged record may hold a number that is not finite; that is no distance. Most repeated
+/// distances are left out here already.
 void LodViewer::addDistance(double distance) {
     constexpr std::ptrdiff_t kLookedBack = 8;
     if (!std::isfinite(distance)) return;
@@ -126,7 +126,7 @@ void LodViewer::Apply(double distance) {
 }
 
 const FltLod* LodViewer::findLod(INode* node) {
-    // Mostly the next one is asked for.
+    // The next entry is the one that is usually asked for.
     if (foundLast_ + 1 < lodTable_.size() && lodTable_[foundLast_ + 1].node == node)
         return &lodTable_[++foundLast_].lod;
     const auto found = std::lower_bound(
@@ -143,7 +143,7 @@ template <typename Visit>
 void LodViewer::walk(INode* root, Visit visit) {
     levels_.clear();
     masks_.clear();
-    if (root) visit(root, Reach::outOfRange);
+    if (root) visit(root, Reach::kOutOfRange);
     while (!levels_.empty()) {
         const Reach reach = levels_.back().reach;
         if (INode* const child = nextChild()) {
@@ -180,22 +180,22 @@ void LodViewer::enter(INode* node, Reach reach) {
 }
 
 void LodViewer::visit(INode* node, Reach reach, double distance) {
-    if (reach == Reach::hidden) {
+    if (reach == Reach::kHidden) {
         setHidden(node, true);
         return enter(node, reach);
     }
-    // What the host object counts as matters only where it may be shown.
+    // Only a node that may be shown is asked for the kind of its host object.
     FltNodeKind kind;
-    if (!fltGetKind(node, reach == Reach::inRange, kind)) return enter(node, reach);
+    if (!fltGetKind(node, reach == Reach::kInRange, kind)) return enter(node, reach);
     if (kind == FltNodeKind::Switch) return visitSwitch(node, reach);
     if (kind == FltNodeKind::Lod) {
         if (const FltLod* const lod = findLod(node)) {
             const bool shows =
                 lod->switchOutDistance < distance && distance <= lod->switchInDistance;
-            return enter(node, shows ? Reach::inRange : Reach::hidden);
+            return enter(node, shows ? Reach::kInRange : Reach::kHidden);
         }
     }
-    if (reach == Reach::inRange && !isStructural(kind)) setHidden(node, false);
+    if (reach == Reach::kInRange && !isStructural(kind)) setHidden(node, false);
     enter(node, reach);
 }
 

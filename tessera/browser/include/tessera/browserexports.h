@@ -31,36 +31,36 @@ using NodeHandle = std::uintptr_t;
 /// What the browser tells or asks its client. The comments name the two items and the two arguments
 /// of the callback where they are not zero.
 enum class BrowserEvent : std::uint32_t {
-    selectInHost = 0,          ///< no item: clear the selection; (item, its parent): add it
-    moveDown = 1,              ///< (item, its parent): one place later among its siblings
-    moveUp = 2,                ///< (item, its parent): one place earlier
-    attach = 3,                ///< (dragged item, target): re-parent under the target
-    reserved4 = 4,             ///< never sent
-    reserved5 = 5,             ///< never sent
-    reserved6 = 6,             ///< never sent
-    closed = 7,                ///< the user closed the form
-    rename = 8,                ///< (item, its parent), argument: the new name, `const char*`
-    moveUpTogether = 9,        ///< never sent by this form: move a list of siblings up
-    moveDownTogether = 10,     ///< never sent by this form: move a list of siblings down
-    create = 11,               ///< (parent item), arguments: opcode, sign-extended; format revision
-    reserved12 = 12,           ///< never sent
-    countSwitchChildren = 13,  ///< (item), argument: `std::uint32_t*` that takes the child count
-    redraw = 14,               ///< redraw the viewports
-    countSelected = 15,    ///< argument: `std::uint32_t*` that takes the number of selected nodes
-    getSelected = 16,      ///< arguments: index; `NodeHandle*` that takes the node
-    rebuild = 17,          ///< clear the tree and add every node again
-    activated = 18,        ///< the user activated the form
-    switchesChanged = 19,  ///< update the scene from changed switch data
-    confirmKind = 20,      ///< (parent item), argument: `std::uint32_t*` to clear, see below
-    confirmForm = 21,      ///< argument: `std::uint32_t*` to clear, see below
-    itemState = 22,        ///< (item), argument: 2 when the item is selected, else 0
+    kSelectInHost = 0,       ///< no item: clear the selection; (item, its parent): add it
+    kMoveDown = 1,           ///< (item, its parent): one place later among its siblings
+    kMoveUp = 2,             ///< (item, its parent): one place earlier
+    kAttach = 3,             ///< (dragged item, target): re-parent under the target
+    kReserved4 = 4,          ///< never sent
+    kReserved5 = 5,          ///< never sent
+    kReserved6 = 6,          ///< never sent
+    kClosed = 7,             ///< the user closed the form
+    kRename = 8,             ///< (item, its parent), argument: the new name, `const char*`
+    kMoveUpTogether = 9,     ///< never sent by this form: move a list of siblings up
+    kMoveDownTogether = 10,  ///< never sent by this form: move a list of siblings down
+    kCreate = 11,            ///< (parent item), arguments: opcode, sign-extended; format revision
+    kReserved12 = 12,        ///< never sent
+    kCountSwitchChildren = 13,  ///< (item), argument: `std::uint32_t*` that takes the child count
+    kRedraw = 14,               ///< redraw the viewports
+    kCountSelected = 15,    ///< argument: `std::uint32_t*` that takes the number of selected nodes
+    kGetSelected = 16,      ///< arguments: index; `NodeHandle*` that takes the node
+    kRebuild = 17,          ///< clear the tree and add every node again
+    kActivated = 18,        ///< the user activated the form
+    kSwitchesChanged = 19,  ///< update the scene from changed switch data
+    kConfirmKind = 20,      ///< (parent item), argument: `std::uint32_t*` to clear, see below
+    kConfirmForm = 21,      ///< argument: `std::uint32_t*` to clear, see below
+    kItemState = 22,        ///< (item), argument: 2 when the item is selected, else 0
 };
 
 /// The client. `clientData` is what was bound with it.
 ///
-/// `confirmForm` and `confirmKind` are a handshake: the argument points to a 32-bit 1 that a client
-/// which knows the event sets to 0. Left alone, it refuses the form, or turns the creation into
-/// that of an object.
+/// `kConfirmForm` and `kConfirmKind` are a handshake: the argument points to a 32-bit 1 that a
+/// client which knows the event sets to 0. Left alone, it refuses the form, or turns the creation
+/// into that of an object.
 using BrowserCallback = void (*)(BrowserEvent event, BrowserItem first, BrowserItem second,
                                  std::uintptr_t argument, std::uintptr_t argument2,
                                  void* clientData);
@@ -68,7 +68,7 @@ using BrowserCallback = void (*)(BrowserEvent event, BrowserItem first, BrowserI
 /// The results of `_zufltguicreate`.
 enum BrowserStatus : std::int32_t {
     kBrowserDone = 0,
-    kBrowserRefused = 1,       ///< the client did not answer `confirmForm`
+    kBrowserRefused = 1,       ///< the client did not answer `kConfirmForm`
     kBrowserNoMemory = 2,      ///< the form could not be allocated
     kBrowserDialogFailed = 3,  ///< the dialog could not be created
     kBrowserFormMissing = 4,   ///< no form exists afterwards
@@ -80,7 +80,7 @@ extern "C" {
 
 /// Creates the form, hidden, if there is none, as a popup owned by `parent` (null for none), and
 /// binds `callback` and `clientData`, replacing earlier ones. `reserved` is ignored. The client is
-/// asked first, with `confirmForm`; a null `callback` cannot agree and is refused.
+/// asked first, with `kConfirmForm`; a null `callback` cannot agree and is refused.
 /// Returns a `tessera::BrowserStatus`.
 std::int32_t _zufltguicreate(tessera::BrowserWindow parent, tessera::BrowserCallback callback,
                              std::int32_t reserved, void* clientData);

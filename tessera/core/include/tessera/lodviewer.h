@@ -55,9 +55,9 @@ private:
     };
     /// How the nodes below one are walked.
     enum class Reach {
-        outOfRange,  ///< shows nothing
-        inRange,     ///< shows what is no structure
-        hidden,      ///< hides everything
+        kOutOfRange,  ///< shows nothing
+        kInRange,     ///< shows everything but structural nodes
+        kHidden,      ///< hides everything
     };
     /// A node whose children are being visited.
     struct Level {

@@ -82,7 +82,7 @@ public:
 
     /// Tells which OpenFlight file was read last; shows it in the browser's title. For importers.
     virtual void SetLastImport(const char* name) = 0;
-    /// What `SetLastImport` was told last; owned by the interface, valid until the next call of it.
+    /// The argument of the last `SetLastImport`; owned by the interface, valid until its next call.
     virtual const char* GetLastImport() = 0;
 
     /// Whether the node's stored kind has this name, "GROUP" or "LOD" for example.
