@@ -62,10 +62,10 @@ Role roleOfPart(std::uint16_t opcode) {
 
 Role roleOf(const FltRecordType& type) {
     switch (type.place) {
-        case FltRecordPlace::node:
+        case FltRecordPlace::kNode:
             return Role::kNode;
-        case FltRecordPlace::level:
-            return type.closer != 0 ? Role::kPush : Role::kPop;
+        case FltRecordPlace::kLevel:
+            return type.level.by > 0 ? Role::kPush : Role::kPop;
         default:
             return roleOfPart(type.opcode);
     }

@@ -1,21 +1,22 @@
-#include "fltcodec.h"
+#include "fltlayout.h"
 
 #include <quillon/fltbsp.h>
-#include <quillon/fltstream.h>
+#include <quillon/fltgeometry.h>
 
-namespace {
-
-template <typename Codec>
-void layout(Codec& codec, auto& record) {
-    codec.field("id", record.asciiId);
-    codec.reserved(4);
-    codec.field("planeA", record.planeA);
-    codec.field("planeB", record.planeB);
-    codec.field("planeC", record.planeC);
-    codec.field("planeD", record.planeD);
-}
-
-}  // namespace
+template <>
+struct quillon::Layout<FltBsp> {
+    static constexpr OpcodeCheck kOpcodeCheck = kAnyOpcode;
+    static constexpr DefaultName kName{"b", &FltHeader::nextBspId};
+    static void fields(auto& codec, auto& record) {
+        codec.field("id", record.asciiId);
+        codec.reserved(4);
+        codec.field("planeA", record.planeA);
+        codec.field("planeB", record.planeB);
+        codec.field("planeC", record.planeC);
+        codec.field("planeD", record.planeD);
+    }
+};
+template class FltRecordOf<FltBsp, FltNamedRec, kFltBsp>;
 
 FltBsp::FltBsp() {
     const FltPlane plane = fltPlaneFromPoints({0, 0, 0}, {0, 1, 0}, {1, 0, 0});
@@ -23,21 +24,4 @@ FltBsp::FltBsp() {
     planeB = plane.b;
     planeC = plane.c;
     planeD = plane.d;
-}
-
-void FltBsp::write(FltStream& stream) {
-    quillon::nameRecord(asciiId, "b", stream.header().nextBspId);
-    FltRecord::write(stream);
-}
-
-void FltBsp::writeToken(FltToken& token, std::uint32_t) const {
-    quillon::writeFields(token, kOpcode, [this](auto& codec) { layout(codec, *this); });
-}
-
-void FltBsp::readToken(FltToken& token, std::uint32_t) {
-    quillon::readBody(token, [this](auto& codec) { layout(codec, *this); });
-}
-
-void FltBsp::visitFields(FltFieldVisitor& visitor) const {
-    quillon::showFields(visitor, [this](auto& codec) { layout(codec, *this); });
 }

@@ -2,8 +2,7 @@
 //
 // A layout is a function template over a codec that names the record's fields in file order:
 //
-//     template <typename Codec, typename Record>
-//     void layout(Codec& codec, Record& record) {
+//     void layout(auto& codec, auto& record) {
 //         codec.field("relativePriority", record.relativePriority);
 //         codec.reserved(2);
 //         ...
@@ -19,8 +18,10 @@
 #include <quillon/fltfield.h>
 #include <quillon/fltfloat.h>
 #include <quillon/fltgeometry.h>
+#include <quillon/fltheader.h>
+#include <quillon/fltlistof.h>
 #include <quillon/fltpackedcolor.h>
-#include <quillon/fltrecord.h>
+#include <quillon/fltstring.h>
 #include <quillon/flttext.h>
 #include <quillon/flttoken.h>
 
@@ -42,10 +43,17 @@ concept FltIsColor3f = std::same_as<std::remove_cvref_t<T>, FltColor3f>;
 /// For lists that may have any number of items.
 inline constexpr std::size_t kAnyCount = std::numeric_limits<std::size_t>::max();
 
+// The codecs belong to each source file alone, and what is made of a layout with them too: the
+// compiler then inlines a layout whatever its size.
+namespace {
+
 /// What the codecs that move bytes share: everything is made of numbers, raw bytes and reserved
 /// bytes, which `Codec` supplies.
 template <typename Codec>
 struct ByteCodec {
+    /// Whether this codec changes the record.
+    static constexpr bool kReads = false;
+
     template <FltNumber T>
     constexpr void field(const char*, T& value) {
         self().number(value);
@@ -67,6 +75,9 @@ struct ByteCodec {
     constexpr void field(const char* name, T (&matrix)[rows][columns]) {
         for (auto& row : matrix) field(name, row);
     }
+    /// As many numbers as the list has.
+    void field(const char*, auto& list) requires requires { list.count(), *list.data(); }
+    { self().numbers(list); }
     constexpr void field(const char*, auto& point) requires requires { point.x, point.y, point.z; }
     {
         self().number(point.x);
@@ -90,6 +101,10 @@ struct ByteCodec {
         self().number(color.green);
         self().number(color.red);
     }
+    void numbers(auto& list) {
+        auto* each = list.data();
+        for (std::int32_t i = list.count(); i > 0; --i) self().number(*each++);
+    }
     /// A value that the layout holds a second time.
     constexpr void repeated(auto& value) { self().number(value); }
     /// A number of unknown meaning; shown as the whole number that its bits are.
@@ -104,6 +119,9 @@ struct MeasureCodec : ByteCodec<MeasureCodec> {
     std::uint32_t size = 0;
 
     constexpr void number(const FltNumber auto& value) { size += sizeof value; }
+    void numbers(auto& list) {
+        size += static_cast<std::uint32_t>(list.count()) * std::uint32_t{sizeof *list.data()};
+    }
     constexpr void bytes(const char*, std::uint32_t n) { size += n; }
     constexpr void reserved(std::uint32_t n) { size += n; }
     constexpr void narrowed(const char*, double) { size += sizeof(float); }
@@ -122,6 +140,9 @@ struct MeasureCodec : ByteCodec<MeasureCodec> {
     }
     void rest(const char*, const std::string& text) {
         size += static_cast<std::uint32_t>(fltText(text).size()) + 1;
+    }
+    void rest(const char*, const FltString& text) {
+        size += static_cast<std::uint32_t>(std::strlen(text.text())) + 1;
     }
 
     template <typename Item>
@@ -154,14 +175,15 @@ struct PlaceCodec : MeasureCodec {
         begin = start;
         end = size;
     }
+    void readOnly(const char* name, const FltPackedColor& color) { field(name, color); }
 };
 
 /// Stores fields where there is room for all of them.
 struct StoreCodec : ByteCodec<StoreCodec> {
-    static constexpr bool kReads = false;
     std::uint8_t* place;
+    std::uint8_t* end;  ///< of the record
 
-    explicit StoreCodec(std::uint8_t* start) : place(start) {}
+    StoreCodec(std::uint8_t* start, std::uint32_t size) : place(start), end(start + size) {}
 
     void number(const FltNumber auto& value) {
         fltStoreBigEndian(place, value);
@@ -196,10 +218,21 @@ struct StoreCodec : ByteCodec<StoreCodec> {
         bytes(shown.data(), static_cast<std::uint32_t>(shown.size()));
         *place++ = 0;
     }
+    /// Up to the first terminator: padding that was read along with the text is not text.
+    void rest(const char*, const FltString& text) {
+        bytes(text.text(), static_cast<std::uint32_t>(end - place));
+    }
+};
+
+/// Stores for a file what is only read otherwise.
+struct FileStoreCodec : StoreCodec {
+    using StoreCodec::StoreCodec;
+    void readOnly(const char* name, const FltPackedColor& color) { field(name, color); }
 };
 
 /// Loads fields that are known to be there.
 struct LoadCodec : ByteCodec<LoadCodec> {
+    static constexpr bool kReads = true;
     const std::uint8_t* place;
     const std::uint8_t* end;  ///< of the record
 
@@ -242,11 +275,18 @@ struct LoadCodec : ByteCodec<LoadCodec> {
         text = fltText({reinterpret_cast<const char*>(place), left()});
         place = end;
     }
+    /// Everything, whatever terminators are in it, and a terminator.
+    void rest(const char*, FltString& text) {
+        const auto length = static_cast<std::uint32_t>(left());
+        text.setSize(static_cast<std::int32_t>(length) + 1);
+        bytes(text.text(), length);
+    }
     std::size_t left() const { return static_cast<std::size_t>(end - place); }
 };
 
 /// Reads fields from a record that may end before its layout does.
 struct ShortLoadCodec : ByteCodec<ShortLoadCodec> {
+    static constexpr bool kReads = true;
     FltToken& token;
 
     explicit ShortLoadCodec(FltToken& source) : token(source) {}
@@ -266,13 +306,22 @@ struct ShortLoadCodec : ByteCodec<ShortLoadCodec> {
         value = narrow;
     }
     void readOnly(const char* name, FltPackedColor& color) { field(name, color); }
+    template <typename T>
+    void stored(const char*, auto& value) {
+        T narrow = 0;
+        number(narrow);
+        value = narrow;
+    }
     // The record has ended before these.
     void items(auto& list, auto&&, std::size_t = kAnyCount) { list.clear(); }
-    void rest(const char*, auto& data) { data.clear(); }
+    void rest(const char*, auto& data) requires requires { data.clear(); }
+    { data.clear(); }
+    void rest(const char*, FltString& text) { text.setSize(0); }
 };
 
 /// Shows fields to a visitor.
 struct ShowCodec {
+    static constexpr bool kReads = false;
     FltFieldVisitor& visitor;
     int item = -1;  ///< place in the list whose item is shown
 
@@ -292,6 +341,10 @@ struct ShowCodec {
     template <std::size_t size>
     void field(const char* name, const char (&text)[size]) {
         visitor.text(name, fltText(text));
+    }
+    template <FltNumber T>
+    void field(const char* name, const FltListOf<T>& list) {
+        for (std::int32_t i = 0; i < list.count(); ++i) show(name, i, *list.at(i));
     }
     void field(const char* name, const auto& point) requires requires { point.x, point.y, point.z; }
     { showAll(name, point.x, point.y, point.z); }
@@ -320,6 +373,7 @@ struct ShowCodec {
         for (std::size_t i = 0; i < data.size(); ++i) show(name, static_cast<int>(i), data[i]);
     }
     void rest(const char* name, const std::string& text) { visitor.text(name, fltText(text)); }
+    void rest(const char* name, const FltString& text) { visitor.text(name, text.text()); }
     void repeated(const auto&) {}
     void word(const char* name, const auto& value) {
         visitor.integer(name, -1, std::bit_cast<FltBitsOf<std::decay_t<decltype(value)>>>(value));
@@ -344,32 +398,29 @@ struct ShowCodec {
     }
 };
 
+}  // namespace
+
 // The common case of writing and reading is straight-line code without a call. What is rare stands
 // in functions of its own, which are left to as the last step, so that the common case has nothing
 // to keep for them.
 
-template <typename Layout>
-[[gnu::noinline]] std::uint8_t* writeFieldsInNewRoom(Layout layout, FltToken& token,
-                                                     std::uint16_t opcode, std::uint32_t size) {
-    StoreCodec store(token.begin(opcode, size));
+template <typename Store, typename Layout>
+[[gnu::noinline]] void writeFieldsInNewRoom(Layout layout, FltToken& token, std::uint16_t opcode,
+                                            std::uint32_t size) {
+    Store store(token.begin(opcode, size), size);
     layout(store);
-    return store.place;
 }
 
 /// Puts a record of `opcode` with the fields that `layout`, called with a codec, names into
-/// `token`, with `more` bytes behind them, whose place this gives for the caller to fill.
-/// Flattened, so that no part of a layout is left as a call.
-template <typename Layout>
-[[gnu::flatten]] inline std::uint8_t* writeFields(FltToken& token, std::uint16_t opcode,
-                                                  Layout layout, std::uint32_t more = 0) {
+/// `token`.
+template <typename Store = StoreCodec, typename Layout>
+inline void writeFields(FltToken& token, std::uint16_t opcode, Layout layout) {
     MeasureCodec measure;
     layout(measure);
-    const std::uint32_t size = measure.size + more;
-    if (token.lacksRoomForBody(opcode, size)) [[unlikely]]
-        return writeFieldsInNewRoom(layout, token, opcode, size);
-    StoreCodec store(token.begin(opcode, size));
+    if (token.lacksRoomForBody(opcode, measure.size)) [[unlikely]]
+        return writeFieldsInNewRoom<Store>(layout, token, opcode, measure.size);
+    Store store(token.begin(opcode, measure.size), measure.size);
     layout(store);
-    return store.place;
 }
 
 template <typename Layout>
@@ -382,7 +433,7 @@ template <typename Layout>
 /// Reads the fields that `layout` names from the body's byte `offset` on, wherever the cursor is.
 /// The record may be short. The cursor is of no use afterwards.
 template <typename Layout>
-[[gnu::flatten]] inline void readBody(FltToken& token, Layout layout, std::uint16_t offset = 0) {
+inline void readBody(FltToken& token, Layout layout, std::uint16_t offset = 0) {
     FixedSizeCodec measure;
     layout(measure);
     const std::uint8_t* place = token.body(measure.size, offset);
@@ -399,12 +450,13 @@ void showFields(FltFieldVisitor& visitor, Layout&& layout) {
     layout(show);
 }
 
-void giveName(char (&id)[8], std::string_view prefix, std::int16_t& counter);
+/// A default name: the prefix, one or two letters, and the number that the header's counter has.
+struct DefaultName {
+    std::string_view prefix;
+    std::int16_t FltHeader::*counter;
+};
 
-/// Gives a record without a name the next one of its kind: `prefix` and the header's `counter`,
-/// which moves on. A record with a name keeps it. Prefixes are one or two letters.
-inline void nameRecord(char (&id)[8], std::string_view prefix, std::int16_t& counter) {
-    if (id[0] == 0) giveName(id, prefix, counter);
-}
+/// Gives a record the next name of its kind; the counter in the header of `stream` moves on.
+void giveName(char (&id)[8], const DefaultName& name, FltStream& stream);
 
 }  // namespace quillon

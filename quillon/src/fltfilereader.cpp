@@ -1,8 +1,8 @@
 #include <base/file.h>
 #include <base/paths.h>
-#include <quillon/fltbyteorder.h>
 #include <quillon/fltfilereader.h>
 #include <quillon/fltopcode.h>
+#include <quillon/fltrecordrange.h>
 
 #include <cerrno>
 #include <limits>
@@ -10,8 +10,6 @@
 #include <system_error>
 
 namespace {
-
-constexpr std::size_t kRecordHeaderSize = 4;
 
 [[noreturn]] void refuse(const std::string& path, std::error_code reason) {
     throw std::system_error(reason, "cannot read " + path);
@@ -22,11 +20,6 @@ using Cause = FltFileError::Cause;
 [[noreturn]] void refuse(std::size_t offset, const std::string& what, Cause cause) {
     throw FltFileError("damaged at byte offset " + std::to_string(offset) + ": " + what, offset,
                        cause);
-}
-
-bool opens(std::uint16_t opcode) {
-    return opcode == kFltPushLevel || opcode == kFltPushSubface || opcode == kFltPushExtension ||
-           opcode == kFltPushAttribute;
 }
 
 }  // namespace
@@ -57,41 +50,44 @@ FltFileReader::FltFileReader(std::span<const std::uint8_t> bytes) noexcept : byt
 bool FltFileReader::next() {
     if (length_ > 0) {
         // A push encloses what follows it; a pop was counted when it was met.
-        if (opens(opcode())) nesting_.count(opcode());
+        if (opensLevel_) nesting_.count(opcode());
         offset_ += length_;
         length_ = 0;
     }
     const std::size_t left = bytes_.size() - offset_;
-    if (left == 0 || (left < kRecordHeaderSize && offset_ != 0 && nesting_ == FltNesting{})) {
-        return false;
-    }
+    const bool isComplete = offset_ != 0 && nesting_ == FltNesting{};
+    if (left == 0 || (left < FltRecordView::kHeaderSize && isComplete)) return false;
     enter();
     return true;
 }
 
 void FltFileReader::enter() {
-    const std::size_t left = bytes_.size() - offset_;
-    if (left < kRecordHeaderSize)
-        refuse(offset_, "the file ends within a record header", Cause::kTruncated);
-    std::uint16_t length = 0;
-    fltLoadBigEndian(bytes_.data() + offset_ + 2, length);
-    if (length < kRecordHeaderSize)
-        refuse(offset_, "a record says that it is " + std::to_string(length) + " bytes long",
-               Cause::kDamaged);
-    if (length > left)
-        refuse(offset_,
-               "a record of " + std::to_string(length) + " bytes, of which the file has " +
-                   std::to_string(left),
-               Cause::kTruncated);
-
-    length_ = length;
-    token_.attach(bytes_.data() + offset_, length);
-    token_.rewind();
-    if (!opens(opcode())) nesting_.count(opcode());
+    const FltRecordView record = FltRecordView::at(bytes_, offset_);
+    if (record.empty()) refuseRecord();
+    length_ = record.length();
+    attach();
+    opensLevel_ = fltMayNest(opcode()) && fltClosingOpcode(opcode()) != 0;
+    if (!opensLevel_) nesting_.count(opcode());
     if (opcode() == kFltHeader && !hasHeader_) {
         header_.readToken(token_, 0);
         hasHeader_ = true;
-        token_.attach(bytes_.data() + offset_, length);
-        token_.rewind();
+        attach();  // a short one was read in a block of the token's own
     }
+}
+
+void FltFileReader::attach() {
+    token_.attach(bytes_.data() + offset_, length_);
+    token_.rewind();
+}
+
+void FltFileReader::refuseRecord() const {
+    const std::size_t left = bytes_.size() - offset_;
+    if (left < FltRecordView::kHeaderSize)
+        refuse(offset_, "the file ends within a record header", Cause::kTruncated);
+    const std::string length = std::to_string(FltRecordView::statedLength(bytes_, offset_));
+    if (FltRecordView::statedLength(bytes_, offset_) < FltRecordView::kHeaderSize)
+        refuse(offset_, "a record says that it is " + length + " bytes long", Cause::kDamaged);
+    refuse(offset_,
+           "a record of " + length + " bytes, of which the file has " + std::to_string(left),
+           Cause::kTruncated);
 }

@@ -1,4 +1,4 @@
-#include "fltlayout.h"
+#include "lightpointlayout.h"
 
 #include <quillon/fltlightpointpalettes.h>
 
@@ -8,34 +8,9 @@ struct quillon::Layout<FltLightPointAppearance> {
         codec.reserved(4);
         codec.field("name", record.name);
         codec.field("index", record.index);
-        codec.field("surfaceMaterialCode", record.surfaceMaterialCode);
-        codec.field("featureId", record.featureId);
-        codec.field("backColor", record.backColor);
-        codec.field("displayMode", record.displayMode);
-        codec.field("intensity", record.intensity);
-        codec.field("backIntensity", record.backIntensity);
-        codec.field("minDefocus", record.minDefocus);
-        codec.field("maxDefocus", record.maxDefocus);
-        codec.field("fadingMode", record.fadingMode);
-        codec.field("fogPunchMode", record.fogPunchMode);
-        codec.field("directionalMode", record.directionalMode);
-        codec.field("rangeMode", record.rangeMode);
-        codec.field("minPixelSize", record.minPixelSize);
-        codec.field("maxPixelSize", record.maxPixelSize);
-        codec.field("actualPixelSize", record.actualPixelSize);
-        codec.field("transparentFalloffPixelSize", record.transparentFalloffPixelSize);
-        codec.field("transparentFalloffExponent", record.transparentFalloffExponent);
-        codec.field("transparentFalloffScalar", record.transparentFalloffScalar);
-        codec.field("transparentFalloffClamp", record.transparentFalloffClamp);
-        codec.field("fogScalar", record.fogScalar);
+        layoutLook(codec, record);
         codec.field("fogIntensity", record.fogIntensity);
-        codec.field("sizeDifferenceThreshold", record.sizeDifferenceThreshold);
-        codec.field("directionalType", record.directionalType);
-        codec.field("horizontalLobeAngle", record.horizontalLobeAngle);
-        codec.field("verticalLobeAngle", record.verticalLobeAngle);
-        codec.field("lobeRollAngle", record.lobeRollAngle);
-        codec.field("directionalFalloffExponent", record.directionalFalloffExponent);
-        codec.field("directionalAmbientIntensity", record.directionalAmbientIntensity);
+        layoutLobe(codec, record);
         codec.field("significance", record.significance);
         codec.field("flags", record.flags);
         codec.field("visibilityRange", record.visibilityRange);
@@ -48,7 +23,8 @@ struct quillon::Layout<FltLightPointAppearance> {
         codec.reserved(2);
     }
 };
-template class FltRecordOf<FltLightPointAppearance, FltPaletteRec, kFltLightPointAppearance>;
+template class FltRecordOf<FltLightPointAppearance, FltLightPointLook<FltPaletteRec>,
+                           kFltLightPointAppearance>;
 
 template <>
 struct quillon::Layout<FltLightPointAnimation> {

@@ -12,7 +12,7 @@ struct quillon::Layout<FltIndexedLightPoint> {
         codec.reserved(4);
     }
 };
-template class FltRecordOf<FltIndexedLightPoint, FltPrimaryRec, kFltIndexedLightPoint>;
+template class FltRecordOf<FltIndexedLightPoint, FltNamedRec, kFltIndexedLightPoint>;
 
 template <>
 struct quillon::Layout<FltLightPointSystem> {
@@ -23,4 +23,4 @@ struct quillon::Layout<FltLightPointSystem> {
         codec.field("flags", record.flags);
     }
 };
-template class FltRecordOf<FltLightPointSystem, FltPrimaryRec, kFltLightPointSystem>;
+template class FltRecordOf<FltLightPointSystem, FltNamedRec, kFltLightPointSystem>;

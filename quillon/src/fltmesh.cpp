@@ -1,4 +1,4 @@
-#include "fltlayout.h"
+#include "polygonlayout.h"
 
 #include <quillon/fltmesh.h>
 
@@ -7,36 +7,15 @@ struct quillon::Layout<FltMesh> {
     static void fields(auto& codec, auto& record) {
         codec.field("id", record.asciiId);
         codec.reserved(4);
-        codec.field("irColorCode", record.irColorCode);
-        codec.field("relativePriority", record.relativePriority);
-        codec.field("drawType", record.drawType);
-        codec.field("textureWhite", record.textureWhite);
-        codec.field("colorNameIndex", record.colorNameIndex);
-        codec.field("alternateColorNameIndex", record.alternateColorNameIndex);
-        codec.reserved(1);
-        codec.field("billboard", record.billboard);
-        codec.field("detailTextureIndex", record.detailTextureIndex);
-        codec.field("textureIndex", record.textureIndex);
-        codec.field("materialIndex", record.materialIndex);
-        codec.field("surfaceMaterialCode", record.surfaceMaterialCode);
-        codec.field("featureId", record.featureId);
-        codec.field("irMaterialCode", record.irMaterialCode);
-        codec.field("transparency", record.transparency);
-        codec.field("lodGenerationControl", record.lodGenerationControl);
-        codec.field("lineStyleIndex", record.lineStyleIndex);
-        codec.field("flags", record.flags);
-        codec.field("lightMode", record.lightMode);
-        codec.reserved(7);
+        layoutDrawing(codec, record);
+        layoutColorNames(codec, record);
+        layoutSurface(codec, record);
         codec.field("packedPrimaryColor", record.packedPrimaryColor);
         codec.field("packedAlternateColor", record.packedAlternateColor);
-        codec.field("textureMappingIndex", record.textureMappingIndex);
-        codec.reserved(2);
-        codec.field("primaryColorIndex", record.primaryColorIndex);
-        codec.field("alternateColorIndex", record.alternateColorIndex);
-        codec.reserved(4);
+        layoutColorIndices(codec, record);
     }
 };
-template class FltRecordOf<FltMesh, FltPrimaryRec, kFltMesh>;
+template class FltRecordOf<FltMesh, FltPolygonRec, kFltMesh>;
 
 template <>
 struct quillon::Layout<FltLocalVertexPool> {

@@ -1,33 +1,24 @@
 #include <quillon/fltnesting.h>
-#include <quillon/fltopcode.h>
+#include <quillon/fltrecordtype.h>
 
 void FltNesting::step(std::uint16_t opcode) noexcept {
-    switch (opcode) {
-        case kFltPushLevel:
-            ++level;
+    const FltRecordType* const type = fltRecordType(opcode);
+    if (type == nullptr) return;
+    const auto [kind, by] = type->level;
+    switch (kind) {
+        case FltLevelKind::kNone:
             break;
-        case kFltPopLevel:
-            --level;
+        case FltLevelKind::kLevel:
+            level += by;
             break;
-        case kFltPushSubface:
-            ++subface;
+        case FltLevelKind::kSubface:
+            subface += by;
             break;
-        case kFltPopSubface:
-            --subface;
+        case FltLevelKind::kExtension:
+            extension += by;
             break;
-        case kFltPushExtension:
-            ++extension;
-            break;
-        case kFltPopExtension:
-            --extension;
-            break;
-        case kFltPushAttribute:
-            ++attribute;
-            break;
-        case kFltPopAttribute:
-            --attribute;
-            break;
-        default:
+        case FltLevelKind::kAttribute:
+            attribute += by;
             break;
     }
 }

@@ -42,14 +42,17 @@ namespace {
 // Rows are sorted and searched as blocks of this size.
 static_assert(sizeof(FltOpcodeEntry) == 16);
 
-constexpr auto kControl = FltOpcodeClass::control;
-constexpr auto kPalette = FltOpcodeClass::palette;
-constexpr auto kPrimary = FltOpcodeClass::primary;
-constexpr auto kAncillary = FltOpcodeClass::ancillary;
-constexpr auto kFile = FltRecordPlace::file;
-constexpr auto kNode = FltRecordPlace::node;
-constexpr auto kPart = FltRecordPlace::part;
-constexpr auto kLevel = FltRecordPlace::level;
+using enum FltOpcodeClass;
+using enum FltRecordPlace;
+using enum FltVocabulary;
+constexpr FltLevelChange kStays;
+
+constexpr FltLevelChange opens(FltLevelKind kind) {
+    return {kind, 1};
+}
+constexpr FltLevelChange closes(FltLevelKind kind) {
+    return {kind, -1};
+}
 
 template <typename Record>
 std::unique_ptr<FltRecord> make() {
@@ -63,140 +66,163 @@ std::unique_ptr<FltRecord> makeVertex() {
 
 // The header counts as a palette record, and 71 stands before 70; sorting puts the latter right.
 constexpr FltRecordType kTypes[] = {
-    {kFltEndOfFile, "FLT_END_OF_FILE", kControl, kFile, 0, nullptr, true},
-    {kFltHeader, "FLT_HEADER", kPalette, kFile, 0, make<FltFileHeader>, true},
-    {kFltGroup, "FLT_GROUP", kPrimary, kNode, 0, make<FltGroup>, true},
-    {kFltObject, "FLT_OBJECT", kPrimary, kNode, 0, make<FltObject>, true},
-    {kFltFace, "FLT_FACE", kPrimary, kNode, 0, make<FltFace>, true},
-    {kFltPushLevel, "FLT_PUSH_LEVEL", kControl, kLevel, kFltPopLevel, nullptr, true},
-    {kFltPopLevel, "FLT_POP_LEVEL", kControl, kLevel, 0, nullptr, true},
-    {kFltDof, "FLT_DOF", kPrimary, kNode, 0, make<FltDof>, true},
-    {kFltPushSubface, "FLT_PUSH_SUBFACE", kControl, kLevel, kFltPopSubface, nullptr, true},
-    {kFltPopSubface, "FLT_POP_SUBFACE", kControl, kLevel, 0, nullptr, true},
-    {kFltPushExtension, "FLT_PUSH_EXTENSION", kControl, kLevel, kFltPopExtension, nullptr, true},
-    {kFltPopExtension, "FLT_POP_EXTENSION", kControl, kLevel, 0, nullptr, true},
-    {kFltComment, "FLT_COMMENT", kAncillary, kPart, 0, make<FltComment>, true},
-    {kFltColorPalette, "FLT_COLOR_PALETTE", kPalette, kFile, 0, make<FltColorPalette>, true},
-    {kFltLongId, "FLT_LONG_ID", kAncillary, kPart, 0, make<FltLongId>, true},
-    {kFltMatrix, "FLT_MATRIX", kAncillary, kPart, 0, make<FltMatrix>, true},
-    {kFltVector, "FLT_VECTOR", kAncillary, kPart, 0, nullptr, true},
-    {kFltMultiTexture, "FLT_MULTI_TEXTURE", kAncillary, kPart, 0, make<FltMultiTexture>, true},
-    {kFltUvList, "FLT_UV_LIST", kAncillary, kPart, 0, make<FltUvList>, true},
-    {kFltBsp, "FLT_BSP", kPrimary, kNode, 0, make<FltBsp>, true},
-    {kFltReplicate, "FLT_REPLICATE", kAncillary, kPart, 0, make<FltReplicate>, true},
-    {kFltInstanceRef, "FLT_INSTANCE_REF", kControl, kNode, 0, make<FltInstanceRef>, true},
-    {kFltInstanceDef, "FLT_INSTANCE_DEF", kControl, kNode, 0, make<FltInstanceDef>, true},
-    {kFltExternalRef, "FLT_EXTERNAL_REF", kPrimary, kNode, 0, make<FltXRef>, true},
-    {kFltTexture, "FLT_TEXTURE", kPalette, kFile, 0, make<FltTexture>, true},
-    {kFltMaterialTable, "FLT_MATERIAL_TABLE", kPalette, kFile, 0, make<FltMaterialTable>, true},
-    {kFltVertexPalette, "FLT_VERTEX_PALETTE", kPalette, kFile, 0, make<FltVertexPalette>, true},
-    {kFltVertexWithColor, "FLT_VERTEX_W_COLOR", kPalette, kFile, 0, makeVertex<false, false>, true},
-    {kFltVertexWithNormal, "FLT_VERTEX_W_NORMAL", kPalette, kFile, 0, makeVertex<true, false>,
-     true},
-    {kFltVertexWithTexture, "FLT_VERTEX_W_TEXTURE", kPalette, kFile, 0, makeVertex<false, true>,
-     true},
-    {kFltVertexWithTextureAndNormal, "FLT_VERTEX_W_TEXTURE_AND_NORMAL", kPalette, kFile, 0,
-     makeVertex<true, true>, true},
-    {kFltVertexList, "FLT_VERTEX_LIST", kPrimary, kPart, 0, make<FltVertexList>, true},
-    {kFltLod, "FLT_LOD", kPrimary, kNode, 0, make<FltLod>, true},
-    {kFltBoundingBox, "FLT_BOUNDING_BOX", kAncillary, kPart, 0, make<FltBoundingBox>, true},
-    {kFltRotateAboutEdge, "FLT_ROTATE_ABOUT_EDGE", kAncillary, kPart, 0, make<FltRotateAboutEdge>,
-     true},
-    {kFltTranslate, "FLT_TRANSLATE", kAncillary, kPart, 0, make<FltTranslate>, true},
-    {kFltScale, "FLT_SCALE", kAncillary, kPart, 0, make<FltScale>, true},
-    {kFltRotateAboutPoint, "FLT_ROTATE_ABOUT_POINT", kAncillary, kPart, 0,
-     make<FltRotateAboutPoint>, true},
-    {kFltRotateScaleAboutPoint, "FLT_ROTATE_SCALE_ABOUT_POINT", kAncillary, kPart, 0,
-     make<FltRotateScaleToPoint>, true},
-    {kFltPut, "FLT_PUT", kAncillary, kPart, 0, make<FltPut>, true},
-    {kFltTrackplanePalette, "FLT_TRACKPLANE_PALETTE", kPalette, kFile, 0, nullptr, true},
-    {kFltRoadSegment, "FLT_ROAD_SEGMENT", kPrimary, kNode, 0, nullptr, true},
-    {kFltRoadZone, "FLT_ROAD_ZONE", kAncillary, kPart, 0, nullptr, true},
-    {kFltMorphVertexList, "FLT_MORPH_VERTEX_LIST", kPrimary, kPart, 0, make<FltMorphVertexList>,
-     true},
-    {kFltLinkagePalette, "FLT_LINKAGE_PALETTE", kPalette, kFile, 0, nullptr, true},
-    {kFltSound, "FLT_SOUND", kPrimary, kNode, 0, nullptr, true},
-    {kFltRoadPath, "FLT_ROAD_PATH", kPrimary, kNode, 0, nullptr, true},
-    {kFltSoundPalette, "FLT_SOUND_PALETTE", kPalette, kFile, 0, nullptr, true},
-    {kFltGeneralMatrix, "FLT_GENERAL_MATRIX", kAncillary, kPart, 0, make<FltGeneralMatrix>, true},
-    {kFltText, "FLT_TEXT", kPrimary, kNode, 0, nullptr, true},
-    {kFltSwitch, "FLT_SWITCH", kPrimary, kNode, 0, make<FltSwitch>, true},
-    {kFltLineStylePalette, "FLT_LINE_STYLE_PALETTE", kPalette, kFile, 0, nullptr, true},
-    {kFltClipRegion, "FLT_CLIP_REGION", kPrimary, kNode, 0, make<FltClipRegion>, true},
-    {kFltExtensionAttr, "FLT_EXTENSION_ATTR", kAncillary, kPart, 0, make<FltExtension>, true},
-    {kFltLightSource, "FLT_LIGHT_SRC", kPrimary, kNode, 0, make<FltLightSource>, true},
-    {kFltLightSourcePalette, "FLT_LIGHT_SRC_PALETTE", kPalette, kFile, 0,
-     make<FltLightSourcePalette>, true},
-    {kFltBoundingSphere, "FLT_BOUNDING_SPHERE", kAncillary, kPart, 0, make<FltBoundingSphere>,
-     true},
-    {kFltBoundingCylinder, "FLT_BOUNDING_CYLINDER", kAncillary, kPart, 0, make<FltBoundingCylinder>,
-     true},
-    {kFltBoundingCenter, "FLT_BOUNDING_CENTER", kAncillary, kPart, 0, make<FltBoundingCenter>,
-     true},
-    {kFltBoundingOrientation, "FLT_BOUNDING_ORIENTATION", kAncillary, kPart, 0,
-     make<FltBoundingOrientation>, true},
-    {kFltLightPoint, "FLT_LIGHT_POINT", kPrimary, kNode, 0, make<FltLightPoint>, true},
-    {kFltTextureMappingPalette, "FLT_TEXTURE_MAPPING_PALETTE", kPalette, kFile, 0,
-     make<FltTextureMapping>, true},
-    {kFltMaterial, "FLT_MATERIAL", kPalette, kFile, 0, make<FltMaterial>, true},
-    {kFltColorNamePalette, "FLT_COLORNAME_PALETTE", kPalette, kFile, 0, nullptr, true},
-    {kFltCat, "FLT_CAT", kPrimary, kNode, 0, nullptr, true},
-    {kFltCatData, "FLT_CAT_DATA", kAncillary, kPart, 0, nullptr, true},
-    {kFltPushAttribute, "FLT_PUSH_ATTRIBUTE", kControl, kLevel, kFltPopAttribute, nullptr, true},
-    {kFltPopAttribute, "FLT_POP_ATTRIBUTE", kControl, kLevel, 0, nullptr, true},
-    {kFltAdaptiveAttribute, "FLT_ADAPTIVE_ATTRIBUTE", kAncillary, kPart, 0, nullptr, true},
-    {kFltCurveNode, "FLT_CURVE_NODE", kPrimary, kNode, 0, nullptr, true},
-    {kFltRoadConstruction, "FLT_ROAD_CONSTRUCTION", kPrimary, kNode, 0, nullptr, true},
+    {kFltEndOfFile, "FLT_END_OF_FILE", kControl, kFile, kStays, nullptr, kScenes},
+    {kFltHeader, "FLT_HEADER", kPalette, kFile, kStays, make<FltFileHeader>, kStored},
+    {kFltGroup, "FLT_GROUP", kPrimary, kNode, kStays, make<FltGroup>, kStored},
+    {kFltObject, "FLT_OBJECT", kPrimary, kNode, kStays, make<FltObject>, kStored},
+    {kFltFace, "FLT_FACE", kPrimary, kNode, kStays, make<FltFace>, kStored},
+    {kFltPushLevel, "FLT_PUSH_LEVEL", kControl, kLevel, opens(FltLevelKind::kLevel), nullptr,
+     kScenes},
+    {kFltPopLevel, "FLT_POP_LEVEL", kControl, kLevel, closes(FltLevelKind::kLevel), nullptr,
+     kScenes},
+    {kFltDof, "FLT_DOF", kPrimary, kNode, kStays, make<FltDof>, kStored},
+    {kFltPushSubface, "FLT_PUSH_SUBFACE", kControl, kLevel, opens(FltLevelKind::kSubface), nullptr,
+     kScenes},
+    {kFltPopSubface, "FLT_POP_SUBFACE", kControl, kLevel, closes(FltLevelKind::kSubface), nullptr,
+     kScenes},
+    {kFltPushExtension, "FLT_PUSH_EXTENSION", kControl, kLevel, opens(FltLevelKind::kExtension),
+     nullptr, kScenes},
+    {kFltPopExtension, "FLT_POP_EXTENSION", kControl, kLevel, closes(FltLevelKind::kExtension),
+     nullptr, kScenes},
+    {kFltComment, "FLT_COMMENT", kAncillary, kPart, kStays, make<FltComment>, kStored},
+    {kFltColorPalette, "FLT_COLOR_PALETTE", kPalette, kFile, kStays, make<FltColorPalette>,
+     kScenes},
+    {kFltLongId, "FLT_LONG_ID", kAncillary, kPart, kStays, make<FltLongId>, kScenes},
+    {kFltMatrix, "FLT_MATRIX", kAncillary, kPart, kStays, make<FltMatrix>, kScenes},
+    {kFltVector, "FLT_VECTOR", kAncillary, kPart, kStays, nullptr, kScenes},
+    {kFltMultiTexture, "FLT_MULTI_TEXTURE", kAncillary, kPart, kStays, make<FltMultiTexture>,
+     kScenes},
+    {kFltUvList, "FLT_UV_LIST", kAncillary, kPart, kStays, make<FltUvList>, kScenes},
+    {kFltBsp, "FLT_BSP", kPrimary, kNode, kStays, make<FltBsp>, kStored},
+    {kFltReplicate, "FLT_REPLICATE", kAncillary, kPart, kStays, make<FltReplicate>, kScenes},
+    {kFltInstanceRef, "FLT_INSTANCE_REF", kControl, kNode, kStays, make<FltInstanceRef>, kStored},
+    {kFltInstanceDef, "FLT_INSTANCE_DEF", kControl, kNode, kStays, make<FltInstanceDef>, kStored},
+    {kFltExternalRef, "FLT_EXTERNAL_REF", kPrimary, kNode, kStays, make<FltXRef>, kStored},
+    {kFltTexture, "FLT_TEXTURE", kPalette, kFile, kStays, make<FltTexture>, kScenes},
+    {kFltMaterialTable, "FLT_MATERIAL_TABLE", kPalette, kFile, kStays, make<FltMaterialTable>,
+     kScenes},
+    {kFltVertexPalette, "FLT_VERTEX_PALETTE", kPalette, kFile, kStays, make<FltVertexPalette>,
+     kScenes},
+    {kFltVertexWithColor, "FLT_VERTEX_W_COLOR", kPalette, kFile, kStays, makeVertex<false, false>,
+     kScenes},
+    {kFltVertexWithNormal, "FLT_VERTEX_W_NORMAL", kPalette, kFile, kStays, makeVertex<true, false>,
+     kScenes},
+    {kFltVertexWithTexture, "FLT_VERTEX_W_TEXTURE", kPalette, kFile, kStays,
+     makeVertex<false, true>, kScenes},
+    {kFltVertexWithTextureAndNormal, "FLT_VERTEX_W_TEXTURE_AND_NORMAL", kPalette, kFile, kStays,
+     makeVertex<true, true>, kScenes},
+    {kFltVertexList, "FLT_VERTEX_LIST", kPrimary, kPart, kStays, make<FltVertexList>, kScenes},
+    {kFltLod, "FLT_LOD", kPrimary, kNode, kStays, make<FltLod>, kStored},
+    {kFltBoundingBox, "FLT_BOUNDING_BOX", kAncillary, kPart, kStays, make<FltBoundingBox>, kScenes},
+    {kFltRotateAboutEdge, "FLT_ROTATE_ABOUT_EDGE", kAncillary, kPart, kStays,
+     make<FltRotateAboutEdge>, kScenes},
+    {kFltTranslate, "FLT_TRANSLATE", kAncillary, kPart, kStays, make<FltTranslate>, kScenes},
+    {kFltScale, "FLT_SCALE", kAncillary, kPart, kStays, make<FltScale>, kScenes},
+    {kFltRotateAboutPoint, "FLT_ROTATE_ABOUT_POINT", kAncillary, kPart, kStays,
+     make<FltRotateAboutPoint>, kScenes},
+    {kFltRotateScaleAboutPoint, "FLT_ROTATE_SCALE_ABOUT_POINT", kAncillary, kPart, kStays,
+     make<FltRotateScaleToPoint>, kScenes},
+    {kFltPut, "FLT_PUT", kAncillary, kPart, kStays, make<FltPut>, kScenes},
+    {kFltTrackplanePalette, "FLT_TRACKPLANE_PALETTE", kPalette, kFile, kStays, nullptr, kScenes},
+    {kFltRoadSegment, "FLT_ROAD_SEGMENT", kPrimary, kNode, kStays, nullptr, kScenes},
+    {kFltRoadZone, "FLT_ROAD_ZONE", kAncillary, kPart, kStays, nullptr, kScenes},
+    {kFltMorphVertexList, "FLT_MORPH_VERTEX_LIST", kPrimary, kPart, kStays,
+     make<FltMorphVertexList>, kScenes},
+    {kFltLinkagePalette, "FLT_LINKAGE_PALETTE", kPalette, kFile, kStays, nullptr, kScenes},
+    {kFltSound, "FLT_SOUND", kPrimary, kNode, kStays, nullptr, kScenes},
+    {kFltRoadPath, "FLT_ROAD_PATH", kPrimary, kNode, kStays, nullptr, kScenes},
+    {kFltSoundPalette, "FLT_SOUND_PALETTE", kPalette, kFile, kStays, nullptr, kScenes},
+    {kFltGeneralMatrix, "FLT_GENERAL_MATRIX", kAncillary, kPart, kStays, make<FltGeneralMatrix>,
+     kScenes},
+    {kFltText, "FLT_TEXT", kPrimary, kNode, kStays, nullptr, kScenes},
+    {kFltSwitch, "FLT_SWITCH", kPrimary, kNode, kStays, make<FltSwitch>, kStored},
+    {kFltLineStylePalette, "FLT_LINE_STYLE_PALETTE", kPalette, kFile, kStays, nullptr, kScenes},
+    {kFltClipRegion, "FLT_CLIP_REGION", kPrimary, kNode, kStays, make<FltClipRegion>, kStored},
+    {kFltExtensionAttr, "FLT_EXTENSION_ATTR", kAncillary, kPart, kStays, make<FltExtension>,
+     kScenes},
+    {kFltLightSource, "FLT_LIGHT_SRC", kPrimary, kNode, kStays, make<FltLightSource>, kStored},
+    {kFltLightSourcePalette, "FLT_LIGHT_SRC_PALETTE", kPalette, kFile, kStays,
+     make<FltLightSourcePalette>, kStored},
+    {kFltBoundingSphere, "FLT_BOUNDING_SPHERE", kAncillary, kPart, kStays, make<FltBoundingSphere>,
+     kScenes},
+    {kFltBoundingCylinder, "FLT_BOUNDING_CYLINDER", kAncillary, kPart, kStays,
+     make<FltBoundingCylinder>, kScenes},
+    {kFltBoundingCenter, "FLT_BOUNDING_CENTER", kAncillary, kPart, kStays, make<FltBoundingCenter>,
+     kScenes},
+    {kFltBoundingOrientation, "FLT_BOUNDING_ORIENTATION", kAncillary, kPart, kStays,
+     make<FltBoundingOrientation>, kScenes},
+    {kFltLightPoint, "FLT_LIGHT_POINT", kPrimary, kNode, kStays, make<FltLightPoint>, kStored},
+    {kFltTextureMappingPalette, "FLT_TEXTURE_MAPPING_PALETTE", kPalette, kFile, kStays,
+     make<FltTextureMapping>, kScenes},
+    {kFltMaterial, "FLT_MATERIAL", kPalette, kFile, kStays, make<FltMaterial>, kScenes},
+    {kFltColorNamePalette, "FLT_COLORNAME_PALETTE", kPalette, kFile, kStays, nullptr, kScenes},
+    {kFltCat, "FLT_CAT", kPrimary, kNode, kStays, nullptr, kScenes},
+    {kFltCatData, "FLT_CAT_DATA", kAncillary, kPart, kStays, nullptr, kScenes},
+    {kFltPushAttribute, "FLT_PUSH_ATTRIBUTE", kControl, kLevel, opens(FltLevelKind::kAttribute),
+     nullptr, kScenes},
+    {kFltPopAttribute, "FLT_POP_ATTRIBUTE", kControl, kLevel, closes(FltLevelKind::kAttribute),
+     nullptr, kScenes},
+    {kFltAdaptiveAttribute, "FLT_ADAPTIVE_ATTRIBUTE", kAncillary, kPart, kStays, nullptr, kScenes},
+    {kFltCurveNode, "FLT_CURVE_NODE", kPrimary, kNode, kStays, nullptr, kScenes},
+    {kFltRoadConstruction, "FLT_ROAD_CONSTRUCTION", kPrimary, kNode, kStays, nullptr, kScenes},
 
     // Published, and not in the vocabulary of scenes.
-    {kFltContinuation, "FLT_CONTINUATION", kControl, kPart, 0, nullptr, false},
-    {kFltMesh, "FLT_MESH", kPrimary, kNode, 0, make<FltMesh>, false},
-    {kFltLocalVertexPool, "FLT_LOCAL_VERTEX_POOL", kAncillary, kPart, 0, make<FltLocalVertexPool>,
-     false},
-    {kFltMeshPrimitive, "FLT_MESH_PRIMITIVE", kAncillary, kPart, 0, make<FltMeshPrimitive>, false},
-    {kFltBoundingConvexHull, "FLT_BOUNDING_CONVEX_HULL", kAncillary, kPart, 0, nullptr, false},
-    {kFltBoundingHistogram, "FLT_BOUNDING_HISTOGRAM", kAncillary, kPart, 0, nullptr, false},
-    {kFltLightPointAppearance, "FLT_LIGHT_POINT_APPEARANCE_PALETTE", kPalette, kFile, 0,
-     make<FltLightPointAppearance>, false},
-    {kFltLightPointAnimation, "FLT_LIGHT_POINT_ANIMATION_PALETTE", kPalette, kFile, 0,
-     make<FltLightPointAnimation>, false},
-    {kFltIndexedLightPoint, "FLT_INDEXED_LIGHT_POINT", kPrimary, kNode, 0,
-     make<FltIndexedLightPoint>, false},
-    {kFltLightPointSystem, "FLT_LIGHT_POINT_SYSTEM", kPrimary, kNode, 0, make<FltLightPointSystem>,
-     false},
-    {kFltIndexedString, "FLT_INDEXED_STRING", kAncillary, kPart, 0, nullptr, false},
-    {kFltShaderPalette, "FLT_SHADER_PALETTE", kPalette, kFile, 0, nullptr, false},
-    {kFltExtendedMaterialHeader, "FLT_EXTENDED_MATERIAL_HEADER", kPalette, kFile, 0, nullptr,
-     false},
-    {kFltExtendedMaterialAmbient, "FLT_EXTENDED_MATERIAL_AMBIENT", kPalette, kFile, 0, nullptr,
-     false},
-    {kFltExtendedMaterialDiffuse, "FLT_EXTENDED_MATERIAL_DIFFUSE", kPalette, kFile, 0, nullptr,
-     false},
-    {kFltExtendedMaterialSpecular, "FLT_EXTENDED_MATERIAL_SPECULAR", kPalette, kFile, 0, nullptr,
-     false},
-    {kFltExtendedMaterialEmissive, "FLT_EXTENDED_MATERIAL_EMISSIVE", kPalette, kFile, 0, nullptr,
-     false},
-    {kFltExtendedMaterialAlpha, "FLT_EXTENDED_MATERIAL_ALPHA", kPalette, kFile, 0, nullptr, false},
-    {kFltExtendedMaterialLightMap, "FLT_EXTENDED_MATERIAL_LIGHT_MAP", kPalette, kFile, 0, nullptr,
-     false},
-    {kFltExtendedMaterialNormalMap, "FLT_EXTENDED_MATERIAL_NORMAL_MAP", kPalette, kFile, 0, nullptr,
-     false},
-    {kFltExtendedMaterialBumpMap, "FLT_EXTENDED_MATERIAL_BUMP_MAP", kPalette, kFile, 0, nullptr,
-     false},
-    {kFltExtendedMaterialShadowMap, "FLT_EXTENDED_MATERIAL_SHADOW_MAP", kPalette, kFile, 0, nullptr,
-     false},
-    {kFltExtendedMaterialReflectionMap, "FLT_EXTENDED_MATERIAL_REFLECTION_MAP", kPalette, kFile, 0,
-     nullptr, false},
-    {kFltExtensionGuidPalette, "FLT_EXTENSION_GUID_PALETTE", kPalette, kFile, 0, nullptr, false},
-    {kFltExtensionFieldBoolean, "FLT_EXTENSION_FIELD_BOOLEAN", kAncillary, kPart, 0, nullptr,
-     false},
-    {kFltExtensionFieldInteger, "FLT_EXTENSION_FIELD_INTEGER", kAncillary, kPart, 0, nullptr,
-     false},
-    {kFltExtensionFieldFloat, "FLT_EXTENSION_FIELD_FLOAT", kAncillary, kPart, 0, nullptr, false},
-    {kFltExtensionFieldDouble, "FLT_EXTENSION_FIELD_DOUBLE", kAncillary, kPart, 0, nullptr, false},
-    {kFltExtensionFieldString, "FLT_EXTENSION_FIELD_STRING", kAncillary, kPart, 0, nullptr, false},
-    {kFltExtensionFieldXmlString, "FLT_EXTENSION_FIELD_XML_STRING", kAncillary, kPart, 0, nullptr,
-     false},
+    {kFltContinuation, "FLT_CONTINUATION", kControl, kPart, kStays, nullptr, kPublished},
+    {kFltMesh, "FLT_MESH", kPrimary, kNode, kStays, make<FltMesh>, kPublished},
+    {kFltLocalVertexPool, "FLT_LOCAL_VERTEX_POOL", kAncillary, kPart, kStays,
+     make<FltLocalVertexPool>, kPublished},
+    {kFltMeshPrimitive, "FLT_MESH_PRIMITIVE", kAncillary, kPart, kStays, make<FltMeshPrimitive>,
+     kPublished},
+    {kFltBoundingConvexHull, "FLT_BOUNDING_CONVEX_HULL", kAncillary, kPart, kStays, nullptr,
+     kPublished},
+    {kFltBoundingHistogram, "FLT_BOUNDING_HISTOGRAM", kAncillary, kPart, kStays, nullptr,
+     kPublished},
+    {kFltLightPointAppearance, "FLT_LIGHT_POINT_APPEARANCE_PALETTE", kPalette, kFile, kStays,
+     make<FltLightPointAppearance>, kPublished},
+    {kFltLightPointAnimation, "FLT_LIGHT_POINT_ANIMATION_PALETTE", kPalette, kFile, kStays,
+     make<FltLightPointAnimation>, kPublished},
+    {kFltIndexedLightPoint, "FLT_INDEXED_LIGHT_POINT", kPrimary, kNode, kStays,
+     make<FltIndexedLightPoint>, kPublished},
+    {kFltLightPointSystem, "FLT_LIGHT_POINT_SYSTEM", kPrimary, kNode, kStays,
+     make<FltLightPointSystem>, kPublished},
+    {kFltIndexedString, "FLT_INDEXED_STRING", kAncillary, kPart, kStays, nullptr, kPublished},
+    {kFltShaderPalette, "FLT_SHADER_PALETTE", kPalette, kFile, kStays, nullptr, kPublished},
+    {kFltExtendedMaterialHeader, "FLT_EXTENDED_MATERIAL_HEADER", kPalette, kFile, kStays, nullptr,
+     kPublished},
+    {kFltExtendedMaterialAmbient, "FLT_EXTENDED_MATERIAL_AMBIENT", kPalette, kFile, kStays, nullptr,
+     kPublished},
+    {kFltExtendedMaterialDiffuse, "FLT_EXTENDED_MATERIAL_DIFFUSE", kPalette, kFile, kStays, nullptr,
+     kPublished},
+    {kFltExtendedMaterialSpecular, "FLT_EXTENDED_MATERIAL_SPECULAR", kPalette, kFile, kStays,
+     nullptr, kPublished},
+    {kFltExtendedMaterialEmissive, "FLT_EXTENDED_MATERIAL_EMISSIVE", kPalette, kFile, kStays,
+     nullptr, kPublished},
+    {kFltExtendedMaterialAlpha, "FLT_EXTENDED_MATERIAL_ALPHA", kPalette, kFile, kStays, nullptr,
+     kPublished},
+    {kFltExtendedMaterialLightMap, "FLT_EXTENDED_MATERIAL_LIGHT_MAP", kPalette, kFile, kStays,
+     nullptr, kPublished},
+    {kFltExtendedMaterialNormalMap, "FLT_EXTENDED_MATERIAL_NORMAL_MAP", kPalette, kFile, kStays,
+     nullptr, kPublished},
+    {kFltExtendedMaterialBumpMap, "FLT_EXTENDED_MATERIAL_BUMP_MAP", kPalette, kFile, kStays,
+     nullptr, kPublished},
+    {kFltExtendedMaterialShadowMap, "FLT_EXTENDED_MATERIAL_SHADOW_MAP", kPalette, kFile, kStays,
+     nullptr, kPublished},
+    {kFltExtendedMaterialReflectionMap, "FLT_EXTENDED_MATERIAL_REFLECTION_MAP", kPalette, kFile,
+     kStays, nullptr, kPublished},
+    {kFltExtensionGuidPalette, "FLT_EXTENSION_GUID_PALETTE", kPalette, kFile, kStays, nullptr,
+     kPublished},
+    {kFltExtensionFieldBoolean, "FLT_EXTENSION_FIELD_BOOLEAN", kAncillary, kPart, kStays, nullptr,
+     kPublished},
+    {kFltExtensionFieldInteger, "FLT_EXTENSION_FIELD_INTEGER", kAncillary, kPart, kStays, nullptr,
+     kPublished},
+    {kFltExtensionFieldFloat, "FLT_EXTENSION_FIELD_FLOAT", kAncillary, kPart, kStays, nullptr,
+     kPublished},
+    {kFltExtensionFieldDouble, "FLT_EXTENSION_FIELD_DOUBLE", kAncillary, kPart, kStays, nullptr,
+     kPublished},
+    {kFltExtensionFieldString, "FLT_EXTENSION_FIELD_STRING", kAncillary, kPart, kStays, nullptr,
+     kPublished},
+    {kFltExtensionFieldXmlString, "FLT_EXTENSION_FIELD_XML_STRING", kAncillary, kPart, kStays,
+     nullptr, kPublished},
 };
 
 constexpr const char* kUndefined = "UNDEFINED";
@@ -207,6 +233,19 @@ constexpr std::array<const FltRecordType*, 256> kTypeOf = [] {
     for (const FltRecordType& type : kTypes) types[type.opcode] = &type;
     return types;
 }();
+
+/// The pops, by the levels that they close.
+constexpr std::array<std::uint16_t, 5> kPopOf = [] {
+    std::array<std::uint16_t, 5> pops{};
+    for (const FltRecordType& type : kTypes)
+        if (type.level.by < 0) pops[static_cast<std::size_t>(type.level.kind)] = type.opcode;
+    return pops;
+}();
+
+static_assert(std::ranges::all_of(kTypes, [](const FltRecordType& type) {
+    const bool nests = type.place == kLevel;
+    return nests == (type.level.by != 0) && (!nests || fltMayNest(type.opcode));
+}));
 
 using OpcodeList = FltListOf<FltOpcodeEntry>;
 
@@ -223,7 +262,7 @@ std::int32_t compareWithKey(const void* list, std::int32_t index, const void* ke
 OpcodeList sortedOpcodes() {
     OpcodeList list;
     for (const FltRecordType& type : kTypes)
-        if (type.isNamedInScenes)
+        if (type.isNamedInScenes())
             list.append({type.family, static_cast<std::int16_t>(type.opcode), type.name});
     if (list.count() > 1)
         std::qsort(list.data(), static_cast<std::size_t>(list.count()), sizeof(FltOpcodeEntry),
@@ -275,12 +314,14 @@ std::span<const FltRecordType> fltRecordTypes() noexcept {
 
 std::uint16_t fltClosingOpcode(std::uint16_t opcode) noexcept {
     const FltRecordType* const type = fltRecordType(opcode);
-    return type != nullptr ? type->closer : std::uint16_t{0};
+    return type != nullptr && type->level.by > 0
+               ? kPopOf[static_cast<std::size_t>(type->level.kind)]
+               : std::uint16_t{0};
 }
 
 bool fltIsPop(std::uint16_t opcode) noexcept {
     const FltRecordType* const type = fltRecordType(opcode);
-    return type != nullptr && type->place == kLevel && type->closer == 0;
+    return type != nullptr && type->level.by < 0;
 }
 
 std::span<const FltOpcodeEntry> fltOpcodeTable() {

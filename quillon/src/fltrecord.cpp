@@ -21,3 +21,10 @@ void FltRecord::readFromFile(FltFileToken* token) {
     if (token == nullptr || token->header == nullptr) return;
     readToken(*token, token->header->revision());
 }
+
+std::uint16_t fltWrittenLength(const FltRecord& record, std::uint32_t revision) {
+    FltToken token;
+    record.writeToken(token, revision);
+    token.finish();
+    return token.length();
+}

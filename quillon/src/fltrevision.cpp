@@ -9,7 +9,7 @@ namespace {
 // By opcode; of records that belong together the leading one.
 constexpr FltNewerRecord kRecords[] = {
     {kFltMultiTexture, 1560, "multitexture", "multitextures"},
-    {84, 1570, "mesh", "meshes"},
+    {kFltMesh, 1570, "mesh", "meshes"},
     {kFltLightPoint, 1500, "light point", "light points"},
     {kFltTextureMappingPalette, 1510, "texture mapping", "texture mappings"},
     {kFltColorNamePalette, 1510, "colour name palette", "colour name palettes"},
@@ -17,13 +17,13 @@ constexpr FltNewerRecord kRecords[] = {
     {kFltAdaptiveAttribute, 1500, "adaptive attribute", "adaptive attributes"},
     {kFltCurveNode, 1500, "curve", "curves"},
     {kFltRoadConstruction, 1500, "road construction", "road constructions"},
-    {128, 1580, "light point appearance", "light point appearances"},
-    {129, 1580, "light point animation", "light point animations"},
-    {130, 1580, "indexed light point", "indexed light points"},
-    {131, 1580, "light point system", "light point systems"},
-    {132, 1580, "indexed string", "indexed strings"},
-    {133, 1600, "shader", "shaders"},
-    {135, 1600, "extended material", "extended materials"},
+    {kFltLightPointAppearance, 1580, "light point appearance", "light point appearances"},
+    {kFltLightPointAnimation, 1580, "light point animation", "light point animations"},
+    {kFltIndexedLightPoint, 1580, "indexed light point", "indexed light points"},
+    {kFltLightPointSystem, 1580, "light point system", "light point systems"},
+    {kFltIndexedString, 1580, "indexed string", "indexed strings"},
+    {kFltShaderPalette, 1600, "shader", "shaders"},
+    {kFltExtendedMaterialHeader, 1600, "extended material", "extended materials"},
 };
 
 }  // namespace

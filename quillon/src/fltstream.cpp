@@ -59,7 +59,7 @@ void FltStream::attach(std::FILE* file, std::uint32_t revision, FltStreamMode mo
 
 bool FltStream::close() {
     if (file_ == nullptr) return true;
-    if (mode_ == FltStreamMode::write) flushPending();
+    if (mode_ == FltStreamMode::kWrite) flushPending();
     const bool upToDate = !ownsFile_ || rewriteHeader();
     return release() && upToDate;
 }
@@ -87,7 +87,7 @@ bool FltStream::release() noexcept {
 // What precedes every record: the checks, the pending items, the nesting.
 inline void FltStream::prepareFor(std::uint16_t opcode) {
     diagnostics::check(file_ != nullptr, "fltstream", 417);
-    diagnostics::check(mode_ == FltStreamMode::write, "fltstream", 418);
+    diagnostics::check(mode_ == FltStreamMode::kWrite, "fltstream", 418);
     if (pendingItems_.count() > 0) flushPending();
     nesting_.count(opcode);
 }
@@ -99,13 +99,9 @@ void FltStream::writeToken(FltToken& token) {
 }
 
 void FltStream::writeVerbatim(std::span<const std::uint8_t> record) {
-    diagnostics::check(record.size() >= 4, "fltstream", 424);
-    std::uint16_t opcode = 0;
-    std::uint16_t length = 0;
-    fltLoadBigEndian(record.data(), opcode);
-    fltLoadBigEndian(record.data() + 2, length);
-    diagnostics::check(length == record.size(), "fltstream", 424);
-    prepareFor(opcode);
+    const FltRecordView view = FltRecordView::at(record, 0);
+    diagnostics::check(!view.empty() && view.length() == record.size(), "fltstream", 424);
+    prepareFor(view.opcode());
     quillon::writeBytes(file_, record.data(), record.size());
 }
 
@@ -123,6 +119,11 @@ void FltStream::writeEmpty(std::uint16_t opcode) {
     fltStoreBigEndian(record + 2, std::uint16_t{sizeof record});
     prepareFor(opcode);
     quillon::writeBytes(file_, record, sizeof record);
+}
+
+void FltStream::writeControl(std::uint16_t opcode) {
+    token_.begin(opcode);
+    writeToken(token_);
 }
 
 void FltStream::addPending(std::int32_t item) {

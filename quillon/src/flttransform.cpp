@@ -2,17 +2,21 @@
 
 #include <quillon/flttransform.h>
 
-template <>
-struct quillon::Layout<FltMatrix> {
+namespace {
+
+struct MatrixLayout {
     static void fields(auto& codec, auto& record) { codec.field("rows", record.rows); }
 };
-template class FltRecordOf<FltMatrix, FltAncillaryRec, kFltMatrix>;
+
+}  // namespace
 
 template <>
-struct quillon::Layout<FltGeneralMatrix> {
-    static void fields(auto& codec, auto& record) { codec.field("rows", record.rows); }
-};
-template class FltRecordOf<FltGeneralMatrix, FltAncillaryRec, kFltGeneralMatrix>;
+struct quillon::Layout<FltMatrix> : MatrixLayout {};
+template class FltRecordOf<FltMatrix, FltMatrixRec, kFltMatrix>;
+
+template <>
+struct quillon::Layout<FltGeneralMatrix> : MatrixLayout {};
+template class FltRecordOf<FltGeneralMatrix, FltMatrixRec, kFltGeneralMatrix>;
 
 template <>
 struct quillon::Layout<FltRotateAboutEdge> {

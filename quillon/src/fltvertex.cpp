@@ -1,6 +1,7 @@
 #include "fltcodec.h"
 
 #include <diagnostics/assertion.h>
+#include <quillon/fltrecordrange.h>
 #include <quillon/fltvertex.h>
 #include <quillon/fltvertexview.h>
 
@@ -43,7 +44,7 @@ struct VertexFields {
 /// Where the fields of a kind of vertex stand, by the layout above.
 template <bool withNormal, bool withTexture>
 constexpr FltVertexView::Layout placesOf() {
-    constexpr std::uint16_t kHeaderSize = 4;
+    constexpr std::size_t kHeaderSize = FltRecordView::kHeaderSize;
     const VertexFields vertex;
     const auto place = [&](const auto& field) {
         quillon::PlaceCodec codec(&field);

@@ -24,29 +24,30 @@ TEST(LightPointTest, LaysOutItsWords) {
     point.calligraphicDrawOrder = 8;
     point.flags = 0x80604000;
     float value = 1;
-    for (float FltLightPoint::*field : {&FltLightPoint::intensity,
-                                        &FltLightPoint::backIntensity,
-                                        &FltLightPoint::minDefocus,
-                                        &FltLightPoint::maxDefocus,
-                                        &FltLightPoint::minPixelSize,
-                                        &FltLightPoint::maxPixelSize,
-                                        &FltLightPoint::actualPixelSize,
-                                        &FltLightPoint::transparentFalloffPixelSize,
-                                        &FltLightPoint::transparentFalloffExponent,
-                                        &FltLightPoint::transparentFalloffScalar,
-                                        &FltLightPoint::transparentFalloffClamp,
-                                        &FltLightPoint::fogScalar,
-                                        &FltLightPoint::reserved,
-                                        &FltLightPoint::sizeDifferenceThreshold,
-                                        &FltLightPoint::horizontalLobeAngle,
-                                        &FltLightPoint::verticalLobeAngle,
-                                        &FltLightPoint::lobeRollAngle,
-                                        &FltLightPoint::directionalFalloffExponent,
-                                        &FltLightPoint::directionalAmbientIntensity,
-                                        &FltLightPoint::animationPeriod,
-                                        &FltLightPoint::animationPhaseDelay,
-                                        &FltLightPoint::animationEnabledPeriod,
-                                        &FltLightPoint::significance})
+    for (float FltLightPoint::*field :
+         std::initializer_list<float FltLightPoint::*>{&FltLightPoint::intensity,
+                                                       &FltLightPoint::backIntensity,
+                                                       &FltLightPoint::minDefocus,
+                                                       &FltLightPoint::maxDefocus,
+                                                       &FltLightPoint::minPixelSize,
+                                                       &FltLightPoint::maxPixelSize,
+                                                       &FltLightPoint::actualPixelSize,
+                                                       &FltLightPoint::transparentFalloffPixelSize,
+                                                       &FltLightPoint::transparentFalloffExponent,
+                                                       &FltLightPoint::transparentFalloffScalar,
+                                                       &FltLightPoint::transparentFalloffClamp,
+                                                       &FltLightPoint::fogScalar,
+                                                       &FltLightPoint::reserved,
+                                                       &FltLightPoint::sizeDifferenceThreshold,
+                                                       &FltLightPoint::horizontalLobeAngle,
+                                                       &FltLightPoint::verticalLobeAngle,
+                                                       &FltLightPoint::lobeRollAngle,
+                                                       &FltLightPoint::directionalFalloffExponent,
+                                                       &FltLightPoint::directionalAmbientIntensity,
+                                                       &FltLightPoint::animationPeriod,
+                                                       &FltLightPoint::animationPhaseDelay,
+                                                       &FltLightPoint::animationEnabledPeriod,
+                                                       &FltLightPoint::significance})
         point.*field = value++;
     point.axisX = 0.5;
     point.axisY = -1;

@@ -40,10 +40,10 @@ TEST(OpcodeTest, KeepsItsFamilies) {
             if (entry.opcode == opcode) return entry.family;
         return FltOpcodeClass{-1};
     };
-    EXPECT_EQ(family(1), FltOpcodeClass::palette) << "the header is a palette record";
-    EXPECT_EQ(family(2), FltOpcodeClass::primary);
-    EXPECT_EQ(family(31), FltOpcodeClass::ancillary);
-    EXPECT_EQ(family(61), FltOpcodeClass::control) << "instances are control records";
+    EXPECT_EQ(family(1), FltOpcodeClass::kPalette) << "the header is a palette record";
+    EXPECT_EQ(family(2), FltOpcodeClass::kPrimary);
+    EXPECT_EQ(family(31), FltOpcodeClass::kAncillary);
+    EXPECT_EQ(family(61), FltOpcodeClass::kControl) << "instances are control records";
 }
 
 std::int32_t compareInts(const void* list, std::int32_t index, const void* key) {

@@ -310,7 +310,7 @@ TEST(PublishedTest, RecordsSayHowFarTheirFieldsReach) {
 TEST(PublishedTest, BodiesAreReadAtAnyLength) {
     FltMeshPrimitive primitive;
     primitive.readBody(hex("0004 0002"));
-    EXPECT_EQ(primitive.type, FltPrimitiveType::polygon);
+    EXPECT_EQ(primitive.type, FltPrimitiveType::kPolygon);
     EXPECT_EQ(primitive.indexSize, 2);
     EXPECT_TRUE(primitive.indices.empty());
     Bytes longer = hex("0001 0001 00011170");

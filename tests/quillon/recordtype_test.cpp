@@ -10,24 +10,24 @@ namespace {
 TEST(RecordTypeTest, SaysWhatEachRecordBelongsTo) {
     using enum FltRecordPlace;
     const std::tuple<std::uint16_t, const char*, FltRecordPlace, int> cases[] = {
-        {1, "FLT_HEADER", file, 0},
-        {5, "FLT_FACE", node, 0},
-        {10, "FLT_PUSH_LEVEL", level, 11},
-        {11, "FLT_POP_LEVEL", level, 0},
-        {19, "FLT_PUSH_SUBFACE", level, 20},
-        {21, "FLT_PUSH_EXTENSION", level, 22},
-        {23, "FLT_CONTINUATION", part, 0},
-        {31, "FLT_COMMENT", part, 0},
-        {32, "FLT_COLOR_PALETTE", file, 0},
-        {61, "FLT_INSTANCE_REF", node, 0},
-        {62, "FLT_INSTANCE_DEF", node, 0},
-        {69, "FLT_VERTEX_W_NORMAL", file, 0},
-        {72, "FLT_VERTEX_LIST", part, 0},
-        {84, "FLT_MESH", node, 0},
-        {85, "FLT_LOCAL_VERTEX_POOL", part, 0},
-        {122, "FLT_PUSH_ATTRIBUTE", level, 123},
-        {131, "FLT_LIGHT_POINT_SYSTEM", node, 0},
-        {147, "FLT_EXTENDED_MATERIAL_REFLECTION_MAP", file, 0},
+        {1, "FLT_HEADER", kFile, 0},
+        {5, "FLT_FACE", kNode, 0},
+        {10, "FLT_PUSH_LEVEL", kLevel, 11},
+        {11, "FLT_POP_LEVEL", kLevel, 0},
+        {19, "FLT_PUSH_SUBFACE", kLevel, 20},
+        {21, "FLT_PUSH_EXTENSION", kLevel, 22},
+        {23, "FLT_CONTINUATION", kPart, 0},
+        {31, "FLT_COMMENT", kPart, 0},
+        {32, "FLT_COLOR_PALETTE", kFile, 0},
+        {61, "FLT_INSTANCE_REF", kNode, 0},
+        {62, "FLT_INSTANCE_DEF", kNode, 0},
+        {69, "FLT_VERTEX_W_NORMAL", kFile, 0},
+        {72, "FLT_VERTEX_LIST", kPart, 0},
+        {84, "FLT_MESH", kNode, 0},
+        {85, "FLT_LOCAL_VERTEX_POOL", kPart, 0},
+        {122, "FLT_PUSH_ATTRIBUTE", kLevel, 123},
+        {131, "FLT_LIGHT_POINT_SYSTEM", kNode, 0},
+        {147, "FLT_EXTENDED_MATERIAL_REFLECTION_MAP", kFile, 0},
     };
     for (const auto& [opcode, name, place, closer] : cases) {
         const FltRecordType* const type = fltRecordType(opcode);
@@ -35,7 +35,7 @@ TEST(RecordTypeTest, SaysWhatEachRecordBelongsTo) {
         EXPECT_STREQ(type->name, name);
         EXPECT_EQ(type->place, place) << name;
         EXPECT_EQ(fltClosingOpcode(opcode), closer) << name;
-        EXPECT_EQ(fltIsPop(opcode), place == level && closer == 0) << name;
+        EXPECT_EQ(fltIsPop(opcode), place == kLevel && closer == 0) << name;
     }
     for (const int unknown : {3, 144, 155, 256, 65535}) {
         EXPECT_EQ(fltRecordType(static_cast<std::uint16_t>(unknown)), nullptr) << unknown;
@@ -48,8 +48,8 @@ TEST(RecordTypeTest, EveryRowMakesARecordOfItsOwnOpcodeAndFamily) {
     for (const FltRecordType& type : fltRecordTypes()) {
         SCOPED_TRACE(type.name);
         EXPECT_EQ(fltRecordType(type.opcode), &type) << "one row for each opcode";
-        EXPECT_STREQ(fltOpcodeName(type.opcode), type.isNamedInScenes ? type.name : "UNDEFINED");
-        inScenes += type.isNamedInScenes ? 1 : 0;
+        EXPECT_STREQ(fltOpcodeName(type.opcode), type.isNamedInScenes() ? type.name : "UNDEFINED");
+        inScenes += type.isNamedInScenes() ? 1 : 0;
         if (type.create == nullptr) continue;
         const std::unique_ptr<FltRecord> record = type.create();
         EXPECT_EQ(record->opcode(), type.opcode);

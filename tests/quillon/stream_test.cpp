@@ -34,12 +34,6 @@ protected:
         std::fclose(file_);
     }
 
-    void writeControl(std::uint16_t opcode) {
-        FltToken token;
-        token.begin(opcode);
-        stream_.writeToken(token);
-    }
-
     Bytes written() {
         std::fflush(file_);
         std::rewind(file_);
@@ -85,7 +79,7 @@ TEST_F(StreamTest, CountsTheNestingOfEveryKind) {
         {123, {-1, -1, -1, -1}},
     };
     for (const auto& [opcode, nesting] : steps) {
-        writeControl(opcode);
+        stream_.writeControl(opcode);
         EXPECT_EQ(stream_.nesting(), nesting) << "after " << opcode;
     }
     EXPECT_EQ(written().size(), std::size(steps) * 8) << "one padded record each";
@@ -178,15 +172,15 @@ TEST_F(StreamTest, WritesPendingItemsOnceBeforeTheNextRecord) {
     stream_.attach(file_, 1580);
     expectAssertion("fltstream", 431, [&] { stream_.addPending(1); });
     stream_.setPendingWriter(&writer);
-    writeControl(10);
+    stream_.writeControl(10);
     stream_.addPending(1);
     stream_.addPending(2);
     writer.fails = true;
-    EXPECT_THROW(writeControl(11), std::runtime_error);
+    EXPECT_THROW(stream_.writeControl(11), std::runtime_error);
     writer.fails = false;
-    writeControl(11);
+    stream_.writeControl(11);
     EXPECT_EQ(stream_.pendingItems().count(), 0);
-    writeControl(0);
+    stream_.writeControl(0);
     stream_.addPending(3);
     EXPECT_TRUE(stream_.close());
     EXPECT_EQ(toHex(written()),
@@ -198,7 +192,7 @@ TEST_F(StreamTest, WritesNowhereWithoutAFileOpenForWriting) {
     FltGroup group;
     expectAssertion("fltstream", 417, [&] { group.write(stream_); });
     EXPECT_TRUE(stream_.close()) << "closing nothing is no failure";
-    stream_.attach(file_, 1580, FltStreamMode::read);
+    stream_.attach(file_, 1580, FltStreamMode::kRead);
     expectAssertion("fltstream", 418, [&] { group.write(stream_); });
     expectAssertion("fltstream", 85, [&] { stream_.attach(file_, 1580); });
 }
@@ -206,12 +200,12 @@ TEST_F(StreamTest, WritesNowhereWithoutAFileOpenForWriting) {
 TEST_F(StreamTest, BeginsAnewWhenItIsUsedAgain) {
     CommentWriter writer(stream_);
     stream_.setPendingWriter(&writer);
-    stream_.attach(file_, 1420, FltStreamMode::read);
+    stream_.attach(file_, 1420, FltStreamMode::kRead);
     stream_.addPending(1);  // a stream for reading writes it nowhere
     EXPECT_TRUE(stream_.close());
     stream_.attach(file_, 1420);
     EXPECT_EQ(stream_.pendingItems().count(), 0);
-    writeControl(10);
+    stream_.writeControl(10);
     FltGroup().write(stream_);
     EXPECT_TRUE(stream_.close());
 

@@ -80,11 +80,11 @@ TEST(LevelWalkTest, MatchesPopsWithPushesAndKnowsOpaqueLevels) {
         std::size_t depth;
         bool opaque;
     } steps[] = {
-        {2, none, 0, false},       {10, opened, 1, false}, {19, opened, 2, false},
-        {11, unmatched, 2, false}, {20, closed, 1, false}, {21, opened, 2, true},
-        {10, opened, 3, true},     {2, none, 3, true},     {11, closed, 2, true},
-        {22, closed, 1, false},    {122, opened, 2, true}, {22, unmatched, 2, true},
-        {123, closed, 1, false},   {11, closed, 0, false}, {11, unmatched, 0, false},
+        {2, kNone, 0, false},       {10, kOpened, 1, false}, {19, kOpened, 2, false},
+        {11, kUnmatched, 2, false}, {20, kClosed, 1, false}, {21, kOpened, 2, true},
+        {10, kOpened, 3, true},     {2, kNone, 3, true},     {11, kClosed, 2, true},
+        {22, kClosed, 1, false},    {122, kOpened, 2, true}, {22, kUnmatched, 2, true},
+        {123, kClosed, 1, false},   {11, kClosed, 0, false}, {11, kUnmatched, 0, false},
     };
     Walk walk;
     int place = 0;
@@ -102,7 +102,7 @@ TEST(LevelWalkTest, MatchesPopsWithPushesAndKnowsOpaqueLevels) {
     EXPECT_TRUE(walk.canClose(11));
     EXPECT_FALSE(walk.canClose(22));
     walk.leave();
-    EXPECT_EQ(walk.meet(11), closed);
+    EXPECT_EQ(walk.meet(11), kClosed);
 }
 
 }  // namespace

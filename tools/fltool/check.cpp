@@ -5,16 +5,15 @@
 #include <diagnostics/assertion.h>
 #include <quillon/fltfactory.h>
 #include <quillon/fltfilereader.h>
+#include <quillon/fltlevelwalk.h>
 #include <quillon/fltrecordtype.h>
 #include <quillon/fltrevision.h>
 #include <quillon/fltswitch.h>
 
-#include <algorithm>
 #include <map>
 #include <memory>
 #include <optional>
 #include <ostream>
-#include <vector>
 
 namespace fltool {
 
@@ -32,19 +31,20 @@ bool isVertexList(std::uint16_t opcode) {
 /// it stands.
 bool isChild(std::uint16_t opcode) {
     const FltRecordType* const type = fltRecordType(opcode);
-    return type != nullptr && type->place == FltRecordPlace::node && opcode != kFltInstanceDef;
+    return type != nullptr && type->place == FltRecordPlace::kNode && opcode != kFltInstanceDef;
 }
 
-/// A push that is still open.
-struct OpenLevel {
-    std::uint16_t opcode = 0;
-    std::size_t offset = 0;
+/// What is kept of a level that is open.
+struct Level {
+    std::size_t offset = 0;                ///< of the push
     std::optional<std::int64_t> maskBits;  ///< of the switch whose children these are
     std::size_t switchOffset = 0;
     std::int64_t children = 0;
 };
 
 class Checker {
+    using Step = FltLevelWalk<Level>::Step;
+
 public:
     Checker(std::span<const std::uint8_t> bytes, std::ostream& out) : reader_(bytes), out_(out) {}
 
@@ -89,60 +89,52 @@ private:
     }
 
     void checkNesting(std::uint16_t opcode) {
-        if (fltClosingOpcode(opcode) != 0) {
-            open(opcode);
-        } else if (fltIsPop(opcode)) {
-            close(opcode);
-        } else if (isChild(opcode) && !inOpaqueLevel()) {
-            if (!levels_.empty()) ++levels_.back().children;
-            pendingBits_.reset();
+        switch (levels_.meet(opcode, levelHere(opcode))) {
+            case Step::kNone:
+                if (isChild(opcode) && !levels_.isOpaque()) {
+                    if (levels_.depth() != 0) ++levels_.innermost().level.children;
+                    pendingBits_.reset();
+                }
+                break;
+            case Step::kOpened:
+                if (levels_.innermost().level.maskBits) pendingBits_.reset();
+                break;
+            case Step::kClosed:
+                checkClosed();
+                break;
+            case Step::kUnmatched:
+                if (!levels_.canClose(opcode)) return reportHere("without a push");
+                // A pop may close a level further out; the ones inside were left open.
+                while (levels_.meet(opcode) != Step::kClosed) abandon();
+                checkClosed();
+                break;
         }
     }
 
-    /// Whether what stands here is no node, but belongs to the extensions or attributes of one.
-    bool inOpaqueLevel() const {
-        return reader_.nesting().extension > 0 || reader_.nesting().attribute > 0;
-    }
-
-    void open(std::uint16_t opcode) {
-        OpenLevel level;
-        level.opcode = opcode;
+    /// The children of a switch stand in the first level behind it, or behind its extensions.
+    Level levelHere(std::uint16_t opcode) const {
+        Level level;
         level.offset = reader_.offset();
-        // The children of a switch stand in the first level behind it, or behind its extensions.
-        if (opcode == kFltPushLevel && !inOpaqueLevel()) {
+        if (opcode == kFltPushLevel && !levels_.isOpaque()) {
             level.maskBits = pendingBits_;
             level.switchOffset = pendingOffset_;
-            pendingBits_.reset();
         }
-        levels_.push_back(level);
+        return level;
     }
 
-    void close(std::uint16_t opcode) {
-        if (levels_.empty() || fltClosingOpcode(levels_.back().opcode) != opcode) {
-            // A pop of another kind may close a level further out; the ones inside were left open.
-            const auto match = std::find_if(
-                levels_.rbegin(), levels_.rend(),
-                [&](const OpenLevel& level) { return fltClosingOpcode(level.opcode) == opcode; });
-            if (match == levels_.rend()) {
-                reportHere("without a push");
-                return;
-            }
-            while (fltClosingOpcode(levels_.back().opcode) != opcode) abandon();
-        }
-        const OpenLevel level = levels_.back();
-        levels_.pop_back();
+    void checkClosed() {
+        const Level& level = levels_.left().level;
         if (level.maskBits && level.children > *level.maskBits)
             report(level.switchOffset, "FLT_SWITCH: a switch of " + number(level.children) +
                                            " children whose masks have " + number(*level.maskBits) +
                                            " bits");
-        if (!inOpaqueLevel() && opcode != kFltPopExtension && opcode != kFltPopAttribute)
-            pendingBits_.reset();
+        if (!levels_.left().isOpaque) pendingBits_.reset();
     }
 
     void abandon() {
-        report(levels_.back().offset,
-               std::string(fltRecordName(levels_.back().opcode)) + ": without a pop");
-        levels_.pop_back();
+        report(levels_.innermost().level.offset,
+               std::string(fltRecordName(levels_.innermost().opcode)) + ": without a pop");
+        levels_.leave();
     }
 
     void checkFields(std::uint16_t opcode) {
@@ -172,7 +164,7 @@ private:
             reportHere("a switch without masks");
         else if (record.currentMask < 0 || record.currentMask >= masks)
             reportHere("current mask " + number(record.currentMask) + " of " + number(masks));
-        pendingBits_ = std::int64_t{record.wordsPerMask} * 32;
+        pendingBits_ = std::int64_t{record.wordsPerMask} * FltSwitch::kMaskBitsPerWord;
         pendingOffset_ = reader_.offset();
     }
 
@@ -182,7 +174,7 @@ private:
             report(size - stray, strayText(stray));
         const std::string paletteFinding = palette_.finish();
         if (!paletteFinding.empty()) report(palette_.offset(), paletteFinding);
-        while (!levels_.empty()) abandon();
+        while (levels_.depth() != 0) abandon();
     }
 
     /// Nothing for an empty finding.
@@ -201,7 +193,7 @@ private:
     bool first_ = true;
     std::uint16_t continued_ = 0;  ///< the latest record that is no continuation
     VertexPalette palette_;
-    std::vector<OpenLevel> levels_;
+    FltLevelWalk<Level> levels_;
     std::optional<std::int64_t> pendingBits_;  ///< of a switch whose children have not begun
     std::size_t pendingOffset_ = 0;
     std::map<std::uint16_t, std::unique_ptr<FltRecord>> records_;  ///< one of each class, reused

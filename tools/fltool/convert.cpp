@@ -7,6 +7,7 @@
 #include <quillon/fltfactory.h>
 #include <quillon/fltfilereader.h>
 #include <quillon/fltopcode.h>
+#include <quillon/fltrecordrange.h>
 #include <quillon/fltstream.h>
 
 #include <algorithm>
@@ -20,8 +21,6 @@
 namespace fltool {
 
 namespace {
-
-constexpr std::size_t kRecordHeader = 4;
 
 class Converter : private FltHeaderForm {
 public:
@@ -66,7 +65,7 @@ private:
         header_.assign(token_.data(), token_.data() + token_.length());
         const std::size_t common =
             std::min<std::size_t>({header_.size(), layout_.length(), source_.size()});
-        for (std::size_t i = kRecordHeader; i < common; ++i) {
+        for (std::size_t i = FltRecordView::kHeaderSize; i < common; ++i) {
             if (header_[i] == layout_.data()[i]) header_[i] = source_[i];
         }
         if (sameLayout) {
@@ -74,7 +73,7 @@ private:
             header_.insert(header_.end(), source_.begin() + static_cast<std::ptrdiff_t>(common),
                            source_.end());
         }
-        fltStoreBigEndian(&header_[2], static_cast<std::uint16_t>(header_.size()));
+        FltRecordView::stateLength(header_);
         return header_;
     }
 
@@ -83,7 +82,7 @@ private:
             stream.writeToken(stream.token());
             ++decoded_;
         } else {
-            stream.writeVerbatim(bytes_.subspan(reader_.offset(), reader_.length()));
+            stream.writeVerbatim(reader_.bytes());
             ++copied_;
         }
     }

@@ -1,22 +1,15 @@
 #include "vertexpalette.h"
 
-#include <quillon/fltopcode.h>
+#include <quillon/fltvertex.h>
+#include <quillon/fltvertexlist.h>
 
 #include <algorithm>
 
 namespace fltool {
 
-namespace {
-
-bool isVertex(std::uint16_t opcode) {
-    return opcode >= kFltVertexWithColor && opcode <= kFltVertexWithTexture;
-}
-
-}  // namespace
-
 std::string VertexPalette::meet(FltFileReader& reader) {
     if (reader.opcode() == kFltVertexPalette) return begin(reader);
-    if (!isVertex(reader.opcode())) {
+    if (!FltVertex::isVertex(reader.opcode())) {
         open_ = false;
         return {};
     }
@@ -31,7 +24,9 @@ std::string VertexPalette::begin(FltFileReader& reader) {
     exists_ = open_ = true;
     offset_ = reader.offset();
     size_ = reader.length();
-    reader.token().readInt32(statedSize_);
+    FltVertexPalette record;
+    record.readFromFile(&reader.token());
+    statedSize_ = record.length;
     return {};
 }
 
@@ -46,19 +41,13 @@ bool VertexPalette::hasVertexAt(std::uint32_t offset) const {
 }
 
 std::string VertexPalette::judgeList(FltFileReader& reader, std::uint16_t opcode) const {
-    FltToken& token = reader.token();
     if (!exists_) return "a vertex list before any vertex palette";
-    const std::uint32_t entrySize = opcode == kFltMorphVertexList ? 8 : 4;
-    if (token.remaining() % entrySize != 0)
-        return "a vertex list whose length is not one of whole entries";
+    const FltVertexOffsets offsets(reader.body());
+    if (!offsets.areWhole(opcode)) return "a vertex list whose length is not one of whole entries";
     std::size_t wrong = 0;
     std::uint32_t first = 0;
-    while (token.remaining() > 0) {
-        std::uint32_t offset = 0;
-        token.readInt32(offset);
-        if (hasVertexAt(offset)) continue;
-        if (wrong++ == 0) first = offset;
-    }
+    for (std::size_t i = 0; i < offsets.size(); ++i)
+        if (!hasVertexAt(offsets[i]) && wrong++ == 0) first = offsets[i];
     if (wrong == 0) return {};
     const std::string more = wrong == 1 ? "" : " and " + std::to_string(wrong - 1) + " more";
     return "vertex offset " + std::to_string(first) + more + ": no vertex of the palette there";

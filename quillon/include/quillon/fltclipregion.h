@@ -1,24 +1,13 @@
 // The clip region record.
 #pragma once
 
-#include <quillon/fltopcode.h>
-#include <quillon/fltrecord.h>
+#include <quillon/fltrecordof.h>
 
 /// Clip region; named "c%d" on output.
-class FltClipRegion : public FltPrimaryRec {
+class FltClipRegion : public FltRecordOf<FltClipRegion, FltNamedRec, kFltClipRegion> {
 public:
-    static constexpr std::uint16_t kOpcode = kFltClipRegion;
-
-    std::uint16_t opcode() const override { return kOpcode; }
-    char* id() override { return asciiId; }
-    void write(FltStream& stream) override;
-    void writeToken(FltToken& token, std::uint32_t revision) const override;
-    void readToken(FltToken& token, std::uint32_t revision) override;
-    void visitFields(FltFieldVisitor& visitor) const override;
-
     static constexpr double kUnsetCoordinate = -1e8;
 
-    char asciiId[8] = {};       ///< NUL-padded; a first byte of 0 means no name yet
     std::int8_t edgeClip0 = 0;  ///< bottom
     std::int8_t edgeClip1 = 0;  ///< right
     std::int8_t edgeClip2 = 0;  ///< top

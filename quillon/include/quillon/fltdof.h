@@ -2,30 +2,18 @@
 #pragma once
 
 #include <quillon/fltgeometry.h>
-#include <quillon/fltopcode.h>
-#include <quillon/fltrecord.h>
+#include <quillon/fltrecordof.h>
 
 /// Degree of freedom: a local frame and the limits, current value and increment of nine motions.
 /// Translations are in database units, angles in degrees. Named "d%d" on output.
-class FltDof : public FltPrimaryRec {
+class FltDof : public FltRecordOf<FltDof, FltNamedRec, kFltDof> {
 public:
-    static constexpr std::uint16_t kOpcode = kFltDof;
-
-    std::uint16_t opcode() const override { return kOpcode; }
-    char* id() override { return asciiId; }
-    void write(FltStream& stream) override;
-    void writeToken(FltToken& token, std::uint32_t revision) const override;
-    void readToken(FltToken& token, std::uint32_t revision) override;
-    void visitFields(FltFieldVisitor& visitor) const override;
-
     /// All coordinates of a frame point that was never set. Reading replaces such a point by its
     /// default.
     static constexpr double kUnsetCoordinate = -1e8;
     static constexpr FltPoint3d kDefaultOrigin{0, 0, 0};
     static constexpr FltPoint3d kDefaultPointOnXAxis{1, 0, 0};
     static constexpr FltPoint3d kDefaultPointInXyPlane{0, 1, 0};
-
-    char asciiId[8] = {};  ///< NUL-padded; a first byte of 0 means no name yet
 
     // The local frame.
     FltPoint3d origin = kDefaultOrigin;

@@ -8,12 +8,8 @@
 /// `FltHeader` holds the same fields for what scenes keep: there the light source counter stands
 /// twice, and what follows it two bytes later. Both are laid out by their own format revision and
 /// hold the same fields at each; assigning one to the other translates between them.
-class FltFileHeader final : public FltHeader {
+class FltFileHeader final : public FltRecordOf<FltFileHeader, FltHeader, kFltHeader> {
 public:
     FltFileHeader() = default;
-    explicit FltFileHeader(const FltHeader& header) : FltHeader(header) {}
-
-    void writeToken(FltToken& token, std::uint32_t revision) const override;
-    void readToken(FltToken& token, std::uint32_t revision) override;
-    void visitFields(FltFieldVisitor& visitor) const override;
+    explicit FltFileHeader(const FltHeader& header) { FltHeader::operator=(header); }
 };

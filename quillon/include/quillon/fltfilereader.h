@@ -3,6 +3,7 @@
 
 #include <quillon/fltfileheader.h>
 #include <quillon/fltnesting.h>
+#include <quillon/fltrecordrange.h>
 #include <quillon/flttoken.h>
 
 #include <cstddef>
@@ -88,6 +89,13 @@ public:
     std::uint16_t opcode() const noexcept { return token_.opcode(); }
     /// Record length in bytes, header included.
     std::uint16_t length() const noexcept { return length_; }
+    /// The bytes of the current record, and those behind its header.
+    std::span<const std::uint8_t> bytes() const noexcept {
+        return bytes_.subspan(offset_, length_);
+    }
+    std::span<const std::uint8_t> body() const noexcept {
+        return bytes().subspan(FltRecordView::kHeaderSize);
+    }
 
     /// The nesting in which the current record stands. A push and its pop stand outside what they
     /// enclose.
@@ -103,6 +111,8 @@ public:
 
 private:
     void enter();
+    void attach();
+    [[noreturn]] void refuseRecord() const;
 
     std::span<const std::uint8_t> bytes_;
     std::size_t offset_ = 0;
@@ -111,4 +121,5 @@ private:
     FltFileToken token_;
     FltFileHeader header_;
     bool hasHeader_ = false;
+    bool opensLevel_ = false;  ///< the current record, which is then outside of its level
 };

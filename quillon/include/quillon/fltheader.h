@@ -1,23 +1,21 @@
 // The header record of a database.
 #pragma once
 
-#include <quillon/fltopcode.h>
-#include <quillon/fltrecord.h>
+#include <quillon/fltrecordof.h>
+
+// Made in fltheader.cpp, and nowhere else.
+class FltHeader;
+extern template class FltRecordOf<FltHeader, FltPaletteRec, kFltHeader>;
 
 /// Database header. Unlike every other record it is laid out by its own format revision, not by the
 /// one that `writeToken` and `readToken` are given; read from bytes, by the revision in those
 /// bytes. This is the layout of what scenes keep; files have that of `FltFileHeader`. Latitudes and
 /// longitudes are in degrees.
-class FltHeader : public FltPaletteRec {
+class FltHeader : public FltRecordOf<FltHeader, FltPaletteRec, kFltHeader> {
 public:
-    static constexpr std::uint16_t kOpcode = kFltHeader;
     /// Where `formatRevision` stands, in bytes from the start of the record.
     static constexpr std::uint16_t kRevisionOffset = 12;
 
-    std::uint16_t opcode() const override { return kOpcode; }
-    void writeToken(FltToken& token, std::uint32_t revision) const override;
-    void readToken(FltToken& token, std::uint32_t revision) override;
-    void visitFields(FltFieldVisitor& visitor) const override;
     char* id() override { return asciiId; }
 
     /// The format revision as every record operation takes it; 0 for a negative one.

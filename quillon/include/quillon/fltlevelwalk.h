@@ -23,23 +23,30 @@ public:
     };
 
     enum class Step {
-        none,       ///< neither push nor pop
-        opened,     ///< a push; its level is the innermost one now
-        closed,     ///< the pop of the innermost level, which is `left()` now
-        unmatched,  ///< a pop of no level, or of one that is not the innermost; it changes nothing
+        kNone,       ///< neither push nor pop
+        kOpened,     ///< a push; its level is the innermost one now
+        kClosed,     ///< the pop of the innermost level, which is `left()` now
+        kUnmatched,  ///< a pop of no level, or of one that is not the innermost; it changes nothing
+        // The former spellings.
+        none = kNone,
+        opened = kOpened,
+        closed = kClosed,
+        unmatched = kUnmatched,
     };
 
     /// Takes the next record; a push opens a level with `level`.
     Step meet(std::uint16_t opcode, Level level = {}) {
+        if (!fltMayNest(opcode)) [[likely]]
+            return Step::kNone;
         if (const std::uint16_t closer = fltClosingOpcode(opcode)) {
             const bool opaque = closer == kFltPopExtension || closer == kFltPopAttribute;
             open_.push_back({opcode, closer, opaque || isOpaque(), std::move(level)});
-            return Step::opened;
+            return Step::kOpened;
         }
         if (open_.empty() || open_.back().closer != opcode)
-            return fltIsPop(opcode) ? Step::unmatched : Step::none;
+            return fltIsPop(opcode) ? Step::kUnmatched : Step::kNone;
         leave();
-        return Step::closed;
+        return Step::kClosed;
     }
 
     /// Whether some open level is one that the pop `opcode` closes.

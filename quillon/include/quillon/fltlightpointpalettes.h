@@ -2,6 +2,7 @@
 #pragma once
 
 #include <quillon/fltgeometry.h>
+#include <quillon/fltlightpointlook.h>
 #include <quillon/fltrecordof.h>
 
 #include <vector>
@@ -9,30 +10,11 @@
 /// Light point appearance palette entry. Angles are in degrees, times in seconds; the fields are
 /// those of `FltLightPoint` where they have its names.
 class FltLightPointAppearance
-    : public FltRecordOf<FltLightPointAppearance, FltPaletteRec, kFltLightPointAppearance> {
+    : public FltRecordOf<FltLightPointAppearance, FltLightPointLook<FltPaletteRec>,
+                         kFltLightPointAppearance> {
 public:
     char name[256] = {};  ///< NUL-padded
     std::int32_t index = 0;
-    std::int16_t surfaceMaterialCode = 0;
-    std::int16_t featureId = 0;
-    std::uint32_t backColor = 0;
-    std::int32_t displayMode = 0;
-    float intensity = 0;
-    float backIntensity = 0;
-    float minDefocus = 0;
-    float maxDefocus = 0;
-    std::int32_t fadingMode = 0;
-    std::int32_t fogPunchMode = 0;
-    std::int32_t directionalMode = 0;
-    std::int32_t rangeMode = 0;
-    float minPixelSize = 0;
-    float maxPixelSize = 0;
-    float actualPixelSize = 0;
-    float transparentFalloffPixelSize = 0;
-    float transparentFalloffExponent = 0;
-    float transparentFalloffScalar = 0;
-    float transparentFalloffClamp = 0;
-    float fogScalar = 0;
     float fogIntensity = 0;
     float sizeDifferenceThreshold = 0;
     std::int32_t directionalType = 0;

@@ -5,11 +5,8 @@
 
 /// Light point whose look and animation are entries of the palettes.
 class FltIndexedLightPoint
-    : public FltRecordOf<FltIndexedLightPoint, FltPrimaryRec, kFltIndexedLightPoint> {
+    : public FltRecordOf<FltIndexedLightPoint, FltNamedRec, kFltIndexedLightPoint> {
 public:
-    char* id() override { return asciiId; }
-
-    char asciiId[8] = {};  ///< NUL-padded
     std::int32_t appearanceIndex = -1;
     std::int32_t animationIndex = -1;  ///< -1 for none
     std::int32_t drawOrder = 0;        ///< of calligraphic lights
@@ -17,11 +14,8 @@ public:
 
 /// The light points below it, switched together.
 class FltLightPointSystem
-    : public FltRecordOf<FltLightPointSystem, FltPrimaryRec, kFltLightPointSystem> {
+    : public FltRecordOf<FltLightPointSystem, FltNamedRec, kFltLightPointSystem> {
 public:
-    char* id() override { return asciiId; }
-
-    char asciiId[8] = {};  ///< NUL-padded
     float intensity = 0;
     std::int32_t animationState = 0;  ///< 0 on, 1 off, 2 random
     std::uint32_t flags = 0;          ///< 0x80000000: enabled

@@ -1,19 +1,12 @@
 // The light source palette record.
 #pragma once
 
-#include <quillon/fltopcode.h>
-#include <quillon/fltrecord.h>
+#include <quillon/fltrecordof.h>
 
 /// Entry of the light source palette. Angles are in degrees, colour components from 0 to 1.
-class FltLightSourcePalette : public FltPaletteRec {
+class FltLightSourcePalette
+    : public FltRecordOf<FltLightSourcePalette, FltPaletteRec, kFltLightSourcePalette> {
 public:
-    static constexpr std::uint16_t kOpcode = kFltLightSourcePalette;
-
-    std::uint16_t opcode() const override { return kOpcode; }
-    void writeToken(FltToken& token, std::uint32_t revision) const override;
-    void readToken(FltToken& token, std::uint32_t revision) override;
-    void visitFields(FltFieldVisitor& visitor) const override;
-
     std::int32_t paletteIndex = -1;
     char name[20] = {};  ///< NUL-padded; a full field has no terminator
     float ambientRed = 0;

@@ -2,42 +2,14 @@
 #pragma once
 
 #include <quillon/fltgeometry.h>
-#include <quillon/fltpackedcolor.h>
+#include <quillon/fltpolygon.h>
 #include <quillon/fltrecordof.h>
 #include <quillon/fltsurface.h>
 
 #include <vector>
 
 /// Mesh: what `FltFace` says of one polygon, for all primitives below it.
-class FltMesh : public FltRecordOf<FltMesh, FltPrimaryRec, kFltMesh> {
-public:
-    char* id() override { return asciiId; }
-
-    char asciiId[8] = {};  ///< NUL-padded
-    std::int32_t irColorCode = 0;
-    std::int16_t relativePriority = 0;
-    std::uint8_t drawType = 0;
-    std::uint8_t textureWhite = 0;
-    std::int16_t colorNameIndex = -1;
-    std::int16_t alternateColorNameIndex = -1;
-    std::uint8_t billboard = 0;
-    std::int16_t detailTextureIndex = -1;
-    std::int16_t textureIndex = -1;
-    std::int16_t materialIndex = -1;
-    std::int16_t surfaceMaterialCode = 0;
-    std::int16_t featureId = 0;
-    std::int32_t irMaterialCode = 0;
-    std::uint16_t transparency = 0;
-    std::uint8_t lodGenerationControl = 0;
-    std::uint8_t lineStyleIndex = 0;
-    std::uint32_t flags = 0x60000000;  ///< no colour, no alternate colour
-    std::uint8_t lightMode = 0;
-    FltPackedColor packedPrimaryColor{0xFF, 0xFF, 0xFF, 0xFF};
-    FltPackedColor packedAlternateColor{0xFF, 0xFF, 0xFF, 0xFF};
-    std::int16_t textureMappingIndex = -1;
-    std::uint32_t primaryColorIndex = 0;
-    std::uint32_t alternateColorIndex = 0;
-};
+class FltMesh : public FltRecordOf<FltMesh, FltPolygonRec, kFltMesh> {};
 
 /// What each vertex of a pool has: bits of its mask, in the order in which the fields stand.
 enum FltPoolAttribute : std::uint32_t {
@@ -68,16 +40,21 @@ public:
 };
 
 enum class FltPrimitiveType : std::int16_t {
-    triangleStrip = 1,
-    triangleFan = 2,
-    quadStrip = 3,
-    polygon = 4,
+    kTriangleStrip = 1,
+    kTriangleFan = 2,
+    kQuadStrip = 3,
+    kPolygon = 4,
+    // The former spellings.
+    triangleStrip = kTriangleStrip,
+    triangleFan = kTriangleFan,
+    quadStrip = kQuadStrip,
+    polygon = kPolygon,
 };
 
 /// One primitive of a mesh. Indices that one record cannot hold follow in continuation records.
 class FltMeshPrimitive : public FltRecordOf<FltMeshPrimitive, FltAncillaryRec, kFltMeshPrimitive> {
 public:
-    FltPrimitiveType type = FltPrimitiveType::triangleStrip;
+    FltPrimitiveType type = FltPrimitiveType::kTriangleStrip;
     std::uint16_t indexSize = 4;         ///< bytes of each index, 1, 2 or 4; any other holds none
     std::uint32_t indexCount = 0;        ///< continuations included
     std::vector<std::uint32_t> indices;  ///< into the vertex pool

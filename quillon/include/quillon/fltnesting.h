@@ -6,7 +6,8 @@
 #include <cstdint>
 
 /// Push records minus pop records, per kind. Depths go negative when a file pops more than it
-/// pushes; whoever cares tests for that.
+/// pushes; whoever cares tests for that. `FltLevelWalk` is for those who need to know which push a
+/// pop belongs to.
 struct FltNesting {
     std::int32_t level = 0;
     std::int32_t subface = 0;
@@ -15,7 +16,7 @@ struct FltNesting {
 
     /// Counts a record of `opcode`.
     void count(std::uint16_t opcode) noexcept {
-        if (mayNest(opcode)) [[unlikely]]
+        if (fltMayNest(opcode)) [[unlikely]]
             step(opcode);
     }
 
@@ -24,10 +25,5 @@ struct FltNesting {
     friend bool operator==(const FltNesting&, const FltNesting&) = default;
 
 private:
-    /// Rules most records out at the cost of two comparisons.
-    static constexpr bool mayNest(std::uint16_t opcode) noexcept {
-        return (opcode >= kFltPushLevel && opcode <= kFltPopExtension) ||
-               opcode == kFltPushAttribute || opcode == kFltPopAttribute;
-    }
     void step(std::uint16_t opcode) noexcept;
 };

@@ -112,7 +112,17 @@ enum FltOpcode : std::uint16_t {
 };
 
 /// The record families. The values are part of the table and stay as they are.
-enum class FltOpcodeClass : std::int32_t { control = 0, palette = 1, primary = 2, ancillary = 3 };
+enum class FltOpcodeClass : std::int32_t {
+    kControl = 0,
+    kPalette = 1,
+    kPrimary = 2,
+    kAncillary = 3,
+    // The former spellings.
+    control = kControl,
+    palette = kPalette,
+    primary = kPrimary,
+    ancillary = kAncillary,
+};
 
 /// One row of the opcode table.
 struct FltOpcodeEntry {
@@ -124,6 +134,13 @@ struct FltOpcodeEntry {
 /// The name of `opcode` in the vocabulary of scenes, "UNDEFINED" for one that is not in it. The
 /// text is constant and never freed.
 const char* fltOpcodeName(std::uint16_t opcode);
+
+/// Whether `opcode` may be that of a push or a pop. Rules nearly all others out at the cost of two
+/// comparisons.
+constexpr bool fltMayNest(std::uint16_t opcode) noexcept {
+    return (opcode >= kFltPushLevel && opcode <= kFltPopExtension) || opcode == kFltPushAttribute ||
+           opcode == kFltPopAttribute;
+}
 
 /// The opcode of the pop that closes the level which `opcode` opens; 0 when it is no push.
 std::uint16_t fltClosingOpcode(std::uint16_t opcode) noexcept;

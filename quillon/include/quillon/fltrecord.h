@@ -53,8 +53,19 @@ protected:
     FltRecord& operator=(const FltRecord&) = default;
 };
 
+/// Bytes that `record` has in a file of `revision`, padding included.
+std::uint16_t fltWrittenLength(const FltRecord& record, std::uint32_t revision);
+
 /// Beads of the hierarchy.
 class FltPrimaryRec : public FltRecord {};
+
+/// Beads with an ID of their own.
+class FltNamedRec : public FltPrimaryRec {
+public:
+    char* id() override { return asciiId; }
+
+    char asciiId[8] = {};  ///< NUL-padded; a first byte of 0 means no name yet
+};
 
 /// Records that add to the bead before them.
 class FltAncillaryRec : public FltRecord {};

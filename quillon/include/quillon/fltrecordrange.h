@@ -21,9 +21,7 @@ public:
     static FltRecordView at(std::span<const std::uint8_t> bytes, std::size_t offset) noexcept {
         FltRecordView view;
         view.offset_ = offset;
-        if (offset > bytes.size() || bytes.size() - offset < kHeaderSize) return view;
-        std::uint16_t length = 0;
-        fltLoadBigEndian(bytes.data() + offset + 2, length);
+        const std::uint16_t length = statedLength(bytes, offset);
         if (length >= kHeaderSize && length <= bytes.size() - offset)
             view.bytes_ = bytes.subspan(offset, length);
         return view;
@@ -33,10 +31,17 @@ public:
     /// bytes.
     static std::uint16_t statedOpcode(std::span<const std::uint8_t> bytes,
                                       std::size_t offset) noexcept {
-        std::uint16_t code = 0;
-        if (offset <= bytes.size() && bytes.size() - offset >= sizeof code)
-            fltLoadBigEndian(bytes.data() + offset, code);
-        return code;
+        return wordAt(bytes, offset);
+    }
+    /// The length that stands behind it; 0 where there are fewer than 4 bytes.
+    static std::uint16_t statedLength(std::span<const std::uint8_t> bytes,
+                                      std::size_t offset) noexcept {
+        return offset <= bytes.size() ? wordAt(bytes, offset + kLengthOffset) : std::uint16_t{0};
+    }
+
+    /// States in the header of a record how many bytes it has: at least those of the header.
+    static void stateLength(std::span<std::uint8_t> record) noexcept {
+        fltStoreBigEndian(record.data() + kLengthOffset, static_cast<std::uint16_t>(record.size()));
     }
 
     bool empty() const noexcept { return bytes_.empty(); }
@@ -54,6 +59,15 @@ public:
     }
 
 private:
+    static constexpr std::size_t kLengthOffset = 2;
+
+    static std::uint16_t wordAt(std::span<const std::uint8_t> bytes, std::size_t place) noexcept {
+        std::uint16_t word = 0;
+        if (place <= bytes.size() && bytes.size() - place >= sizeof word)
+            fltLoadBigEndian(bytes.data() + place, word);
+        return word;
+    }
+
     std::span<const std::uint8_t> bytes_;
     std::size_t offset_ = 0;
 };

@@ -11,10 +11,31 @@
 
 /// What a record belongs to.
 enum class FltRecordPlace : std::uint8_t {
-    file,   ///< the database as a whole: the header, palettes and their entries
-    node,   ///< it is a node of the hierarchy
-    part,   ///< the node before it, or the face or mesh in whose level it stands
-    level,  ///< it opens or closes a level
+    kFile,   ///< the database as a whole: the header, palettes and their entries
+    kNode,   ///< it is a node of the hierarchy
+    kPart,   ///< the node before it, or the face or mesh in whose level it stands
+    kLevel,  ///< it opens or closes a level
+    // The former spellings.
+    file = kFile,
+    node = kNode,
+    part = kPart,
+    level = kLevel,
+};
+
+/// The sorts of levels; each has a push and a pop of its own.
+enum class FltLevelKind : std::uint8_t { kNone, kLevel, kSubface, kExtension, kAttribute };
+
+/// What a push or a pop does.
+struct FltLevelChange {
+    FltLevelKind kind = FltLevelKind::kNone;
+    std::int8_t by = 0;  ///< 1 opens a level of that kind, -1 closes one
+};
+
+/// Who speaks of a record; each includes those before it.
+enum class FltVocabulary : std::uint8_t {
+    kPublished,  ///< files alone
+    kScenes,     ///< scenes too: `fltOpcodeName` names it
+    kStored,     ///< scenes have such records: `fltCreateRecord` makes them
 };
 
 /// A row of the table of records.
@@ -23,12 +44,14 @@ struct FltRecordType {
     const char* name;  ///< constant, NUL-terminated, "FLT_" and upper-case words
     FltOpcodeClass family;
     FltRecordPlace place;
-    std::uint16_t closer;  ///< of a push, the opcode of its pop; 0 for all others
+    FltLevelChange level;
     /// Makes a record of the class that files have, with its defaults; null for one without a
     /// class.
     std::unique_ptr<FltRecord> (*create)();
-    /// Whether it is in the vocabulary of `fltOpcodeName`, which is that of scenes.
-    bool isNamedInScenes;
+    FltVocabulary vocabulary;
+
+    bool isNamedInScenes() const noexcept { return vocabulary >= FltVocabulary::kScenes; }
+    bool isStored() const noexcept { return vocabulary == FltVocabulary::kStored; }
 };
 
 /// The row of `opcode`; null for one that no published revision knows.

@@ -30,7 +30,7 @@ public:
     virtual std::span<const std::uint8_t> layOutHeader(const FltHeader& header) = 0;
 };
 
-enum class FltStreamMode : std::int32_t { read = 0, write = 1 };
+enum class FltStreamMode : std::int32_t { kRead = 0, kWrite = 1 };
 
 /// Writes records, in order, to a file, and counts the nesting they open and close.
 ///
@@ -55,7 +55,8 @@ public:
 
     /// Uses a file that the caller has open, and closes it after this stream is done with it.
     /// Nothing is written to it but the records. Throws as `open`.
-    void attach(std::FILE* file, std::uint32_t revision, FltStreamMode mode = FltStreamMode::write);
+    void attach(std::FILE* file, std::uint32_t revision,
+                FltStreamMode mode = FltStreamMode::kWrite);
 
     /// Writes what is pending, brings the header at the file's start up to date with the counters
     /// (for a file that `open` created), and lets go of the file. Gives false when any byte since
@@ -90,6 +91,8 @@ public:
 
     /// Writes a record of nothing but its header, not padded. Throws as `writeToken`.
     void writeEmpty(std::uint16_t opcode);
+    /// The same, padded as `writeToken` pads.
+    void writeControl(std::uint16_t opcode);
 
     /// Installs who writes pending items; not owned, must outlive them.
     void setPendingWriter(FltPendingWriter* writer) noexcept { pendingWriter_ = writer; }
@@ -111,7 +114,7 @@ private:
 
     std::uint32_t revision_ = 1580;
     FltToken token_;
-    FltStreamMode mode_ = FltStreamMode::read;
+    FltStreamMode mode_ = FltStreamMode::kRead;
     FltNesting nesting_;
     FltPendingWriter* pendingWriter_ = nullptr;
     FltListOf<std::int32_t> pendingItems_;

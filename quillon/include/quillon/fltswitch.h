@@ -2,25 +2,15 @@
 #pragma once
 
 #include <quillon/fltlistof.h>
-#include <quillon/fltopcode.h>
-#include <quillon/fltrecord.h>
+#include <quillon/fltrecordof.h>
 
 #include <cstdint>
 #include <span>
 
 /// Switch: masks that say which children are shown. Named "f%d" on output, as faces are, but
 /// counted by the header's own switch counter.
-class FltSwitch : public FltPrimaryRec {
+class FltSwitch : public FltRecordOf<FltSwitch, FltNamedRec, kFltSwitch> {
 public:
-    static constexpr std::uint16_t kOpcode = kFltSwitch;
-
-    std::uint16_t opcode() const override { return kOpcode; }
-    char* id() override { return asciiId; }
-    void write(FltStream& stream) override;
-    void writeToken(FltToken& token, std::uint32_t revision) const override;
-    void readToken(FltToken& token, std::uint32_t revision) override;
-    void visitFields(FltFieldVisitor& visitor) const override;
-
     /// The most mask words that fit into one record.
     static constexpr std::int32_t kMaxMaskWords = (0xFFFF - 28) / 4;
     /// The most with which a record can still be written: what is written is padded to a multiple
@@ -43,15 +33,19 @@ public:
     /// What the switch record `bytes` says of its masks; none for one that ends before it says so.
     static StatedMasks statedMasks(std::span<const std::uint8_t> bytes);
 
+    /// Children in a word of a mask.
+    static constexpr std::int32_t kMaskBitsPerWord = 32;
+
     /// Whole masks in the word list; 0 when there are no words per mask.
-    std::int32_t maskCount() const noexcept;
+    std::int32_t maskCount() const noexcept {
+        return wordsPerMask > 0 ? maskWords.count() / wordsPerMask : 0;
+    }
 
     /// Sizes the masks for `bits` children. An empty word list gains one mask with every bit set; a
     /// list with words keeps them and is divided anew. A current mask beyond the last becomes 0.
     /// Counts below 1 mean no words. Throws `AviaryAssertion` when one mask would not fit a record.
     void setMaskBits(std::int32_t bits);
 
-    char asciiId[8] = {};  ///< NUL-padded; a first byte of 0 means no name yet
     std::int32_t currentMask = 0;
     std::int32_t wordsPerMask = 1;
     /// All masks one after the other; within a mask 32 children per word, least significant bit

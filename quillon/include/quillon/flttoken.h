@@ -219,7 +219,10 @@ private:
         return opcode == kFltVertexList ? n : (n + kAlignment - 1) / kAlignment * kAlignment;
     }
     /// Whether a record of `size` bytes needs another block than the token has at hand.
-    bool lacksRoomFor(std::uint64_t size) const noexcept { return size > room_ || !ownsBuffer(); }
+    bool lacksRoomFor(std::uint64_t size) const noexcept {
+        // One branch for both, so that the common case takes none.
+        return static_cast<bool>(static_cast<int>(size > room_) | static_cast<int>(!ownsBuffer()));
+    }
 
     template <FltNumber T>
     void readNumber(T& destination) noexcept {

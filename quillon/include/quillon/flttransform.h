@@ -4,18 +4,18 @@
 #include <quillon/fltgeometry.h>
 #include <quillon/fltrecordof.h>
 
-/// Where a node is, of 32-bit floats: the product of the steps that follow. Its rows are for points
-/// as row vectors, so the last one is the translation.
-class FltMatrix : public FltRecordOf<FltMatrix, FltAncillaryRec, kFltMatrix> {
+/// A matrix of 32-bit floats. Its rows are for points as row vectors, so the last one is the
+/// translation.
+class FltMatrixRec : public FltAncillaryRec {
 public:
     float rows[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
 };
 
+/// Where a node is: the product of the steps that follow.
+class FltMatrix : public FltRecordOf<FltMatrix, FltMatrixRec, kFltMatrix> {};
+
 /// A step that is any matrix.
-class FltGeneralMatrix : public FltRecordOf<FltGeneralMatrix, FltAncillaryRec, kFltGeneralMatrix> {
-public:
-    float rows[4][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, 0, 0, 1}};
-};
+class FltGeneralMatrix : public FltRecordOf<FltGeneralMatrix, FltMatrixRec, kFltGeneralMatrix> {};
 
 /// A turn about the line from `from` to `to`.
 class FltRotateAboutEdge

@@ -62,6 +62,11 @@ public:
         return opcode == kFltMorphVertexList ? 2 : 1;
     }
 
+    /// Whether the body ends with a whole corner of the list of `opcode`.
+    bool areWhole(std::uint16_t opcode) const noexcept {
+        return body_.size() % (perCorner(opcode) * sizeof(std::uint32_t)) == 0;
+    }
+
 private:
     std::span<const std::uint8_t> body_;
 };
