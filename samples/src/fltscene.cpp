@@ -1,19 +1,18 @@
 #include "fltscene.h"
 
+#include <quillon/fltcolorpalette.h>
 #include <quillon/fltcomment.h>
-#include <quillon/fltopcode.h>
+#include <quillon/fltlongid.h>
+#include <quillon/flttransform.h>
+#include <quillon/fltvertex.h>
+#include <quillon/fltvertexlist.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace samples {
 
 namespace {
-
-constexpr std::uint32_t kFullIntensity = 127;
-constexpr std::uint32_t kIntensities = 128;
-constexpr std::uint32_t kPaletteColors = 1024;
-constexpr std::uint32_t kVertexLength = 56;
-constexpr std::uint32_t kPaletteHeader = 8;
 
 Point normalOf(const Polygon& polygon) {
     Point sum;
@@ -29,16 +28,14 @@ Point normalOf(const Polygon& polygon) {
 }
 
 std::uint32_t colorIndex(std::uint32_t color) {
-    return color * kIntensities + kFullIntensity;
+    return color << FltColorPalette::kIntensityBits | FltColorPalette::kFullIntensity;
 }
 
 FltFace faceOfColor(std::uint32_t color) {
-    constexpr std::uint32_t kNoAlternateColor = 0x20000000;
-    constexpr std::uint8_t kLit = 2;  // the face's colour under the lights
     FltFace face;
-    face.flags = kNoAlternateColor;
+    face.flags = kFltSurfaceNoAlternateColor;
     face.primaryColorIndex = colorIndex(color);
-    face.lightMode = kLit;
+    face.lightMode = kFltLitFaceColor;
     return face;
 }
 
@@ -81,7 +78,8 @@ Node& Node::transform(const Matrix& matrix) {
 /// Writes the records of a scene in the order that readers expect: palettes, all vertices, nodes.
 class FltSceneWriter {
 public:
-    explicit FltSceneWriter(FltStream& stream) : stream_(stream) {}
+    explicit FltSceneWriter(FltStream& stream)
+        : stream_(stream), vertexLength_(fltWrittenLength(newVertex(), stream.revision())) {}
 
     void write(const FltScene& scene) {
         writeColors(scene.colors);
@@ -92,30 +90,16 @@ public:
     }
 
 private:
-    FltToken& begin(std::uint16_t opcode) {
-        FltToken& token = stream_.token();
-        token.begin(opcode);
-        return token;
-    }
-
-    void end() { stream_.writeToken(stream_.token()); }
-
-    void writeControl(std::uint16_t opcode) {
-        begin(opcode);
-        end();
-    }
+    static FltVertex newVertex() { return FltVertex(true); }
 
     void writeComment(const std::string& text) { FltComment(text.c_str()).write(stream_); }
 
     void writeColors(const std::vector<Rgb>& colors) {
-        FltToken& token = begin(kFltColorPalette);
-        token.skip(128);
-        for (std::size_t i = 0; i < kPaletteColors; ++i) {
-            const Rgb color = i < colors.size() ? colors[i] : Rgb{255, 255, 255};
-            const std::uint8_t packed[] = {255, color.blue, color.green, color.red};
-            token.writeBytes(sizeof packed, packed);
-        }
-        end();
+        FltColorPalette palette;
+        for (const Rgb& color : colors)
+            palette.colors.push_back({0xFF, color.blue, color.green, color.red});
+        palette.colors.resize(FltColorPalette::kEntries, {0xFF, 0xFF, 0xFF, 0xFF});
+        palette.write(stream_);
     }
 
     static std::uint32_t countPoints(const Node& node) {
@@ -126,10 +110,15 @@ private:
     }
 
     void writeVertexPalette(const Node& root) {
-        FltToken& token = begin(kFltVertexPalette);
-        token.writeInt32<std::uint32_t>(kPaletteHeader + countPoints(root) * kVertexLength);
-        end();
+        FltVertexPalette palette;
+        palette.length = offsetOf(countPoints(root));
+        palette.write(stream_);
         writeVertices(root);
+    }
+
+    /// Where a vertex stands, from the start of the palette.
+    std::uint32_t offsetOf(std::uint32_t vertex) const {
+        return FltVertexPalette().length + vertex * vertexLength_;
     }
 
     /// In the order in which `writeNode` meets the nodes, so that each polygon's vertices follow
@@ -143,26 +132,23 @@ private:
 
     void writeVertex(const Point& point, const Point& normal,
                      const std::vector<std::uint32_t>& colors) {
-        constexpr std::uint16_t kNoColor = 0x2000;
-        FltToken& token = begin(kFltVertexWithNormal);
-        token.writeInt16<std::int16_t>(-1);
-        token.writeInt16<std::uint16_t>(colors.empty() ? kNoColor : 0);
-        for (const double value : {point.x, point.y, point.z}) token.writeDouble(value);
-        for (const double value : {normal.x, normal.y, normal.z}) {
-            token.writeFloat(static_cast<float>(value));
+        FltVertex vertex = newVertex();
+        vertex.position = point;
+        vertex.normal = {static_cast<float>(normal.x), static_cast<float>(normal.y),
+                         static_cast<float>(normal.z)};
+        if (!colors.empty()) {
+            vertex.flags = 0;
+            vertex.colorIndex = colorIndex(colors.front());
         }
-        token.writeInt32<std::uint32_t>(0xFFFFFFFF);
-        token.writeInt32<std::uint32_t>(colors.empty() ? 0xFFFFFFFF : colorIndex(colors.front()));
-        token.skip(4);
-        end();
+        vertex.write(stream_);
     }
 
     void writeLevel(const std::vector<std::unique_ptr<Node>>& nodes, std::uint16_t push,
                     std::uint16_t pop) {
         if (nodes.empty()) return;
-        writeControl(push);
+        stream_.writeControl(push);
         for (const auto& node : nodes) writeNode(*node);
-        writeControl(pop);
+        stream_.writeControl(pop);
     }
 
     void writeNode(const Node& node) {
@@ -170,39 +156,36 @@ private:
         writeAncillaries(node);
         writeLevel(node.subfaces_, kFltPushSubface, kFltPopSubface);
         if (!node.points_.empty()) {
-            writeControl(kFltPushLevel);
+            stream_.writeControl(kFltPushLevel);
             writeVertexList(node.points_.size());
-            writeControl(kFltPopLevel);
+            stream_.writeControl(kFltPopLevel);
         }
         writeLevel(node.children_, kFltPushLevel, kFltPopLevel);
     }
 
     void writeAncillaries(const Node& node) {
         if (!node.longId_.empty()) {
-            FltToken& token = begin(kFltLongId);
-            token.writeBytes(static_cast<std::uint32_t>(node.longId_.size() + 1),
-                             node.longId_.c_str());
-            end();
+            FltLongId record;
+            record.name = node.longId_;
+            record.write(stream_);
         }
         for (const std::string& text : node.comments_) writeComment(text);
         for (const Matrix& matrix : node.matrices_) {
-            FltToken& token = begin(kFltMatrix);
-            for (const auto& row : matrix) {
-                for (const float value : row) token.writeFloat(value);
-            }
-            end();
+            FltMatrix record;
+            for (std::size_t row = 0; row < matrix.size(); ++row)
+                std::ranges::copy(matrix[row], record.rows[row]);
+            record.write(stream_);
         }
     }
 
     void writeVertexList(std::size_t count) {
-        FltToken& token = begin(kFltVertexList);
-        for (std::size_t i = 0; i < count; ++i) {
-            token.writeInt32<std::uint32_t>(kPaletteHeader + nextVertex_++ * kVertexLength);
-        }
-        end();
+        FltVertexList list;
+        for (; count > 0; --count) list.offsets.push_back(offsetOf(nextVertex_++));
+        list.write(stream_);
     }
 
     FltStream& stream_;
+    std::uint32_t vertexLength_;
     std::uint32_t nextVertex_ = 0;
 };
 
