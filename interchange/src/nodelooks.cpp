@@ -4,8 +4,10 @@
 
 #include <fltkilnutil/kilnface.h>
 #include <fltkilnutil/kilnflt.h>
+#include <fltkilnutil/kilnlight.h>
 #include <interchange/textencoding.h>
 #include <kiln/kiln.h>
+#include <quillon/fltlightsource.h>
 #include <quillon/fltmaterial.h>
 #include <quillon/flttexture.h>
 
@@ -51,6 +53,8 @@ bool NodeLooks::GetLook(INode* node, NodeLook& look) noexcept {
                 if (!fltGetRecord(node, face_)) return false;
                 describe(face_, *node, look);
                 return true;
+            case kFltLightSource:
+                return describeLight(*node, look);
             case kFltMesh:
                 if (!readMesh(*node)) return false;
                 describe(mesh_, *node, look);
@@ -73,6 +77,20 @@ INode* NodeLooks::GetInstanced(INode* node) noexcept {
 
 bool NodeLooks::IsOnlyInstanced(INode* node) noexcept {
     return kindOf(node) == FltNodeKind::InstanceDef;
+}
+
+bool NodeLooks::describeLight(INode& node, NodeLook& look) {
+    FltLightSource record;
+    if (fltGetRecord(&node, record)) {
+        const auto flags = static_cast<std::uint32_t>(record.flags);
+        look.shines = (flags & FltLightSource::kEnabled) != 0;
+    }
+    KilnLight options;
+    if (fltGetOptions(&node, options)) {
+        const FltLightSourcePalette& palette = options.palette;
+        look.light = {{palette.diffuseRed, palette.diffuseGreen, palette.diffuseBlue}};
+    }
+    return look.shines || look.light;
 }
 
 /// The record of a mesh, which is kept as it was read, to `mesh_`.

@@ -4,9 +4,9 @@
 #include <new>
 #include <utility>
 
+#include "changes.h"
 #include "chunks.h"
 #include "counted.h"
-#include "modified.h"
 
 namespace {
 
@@ -23,7 +23,7 @@ bool append(HeldChunk** end, const AppDataChunk& chunk) noexcept {
     void* const memory = kiln::allocateCounted(sizeof(HeldChunk));
     if (!memory) return false;
     *end = new (memory) HeldChunk{chunk, nullptr};
-    kiln::setSceneModified(true);
+    kiln::noteSceneChanged();
     return true;
 }
 
@@ -77,7 +77,7 @@ AppDataChunk* Animatable::AddAppDataChunk(const Class_ID& cid, SClass_ID sid, DW
         if (present.data != data) KILN_free(present.data);
         present.data = data;
         present.length = length;
-        kiln::setSceneModified(true);
+        kiln::noteSceneChanged();
         return &present;
     }
     return append(link, {cid, sid, subId, length, data}) ? &(*link)->chunk : nullptr;
@@ -96,18 +96,18 @@ bool Animatable::RemoveAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD su
     HeldChunk** link = &chunks_;
     while (&(*link)->chunk != chunk) link = &(*link)->next;
     removeAt(*link);
-    kiln::setSceneModified(true);
+    kiln::noteSceneChanged();
     return true;
 }
 
 void Animatable::NotifyAppDataChanged() noexcept {
-    kiln::setSceneModified(true);
+    kiln::noteSceneChanged();
 }
 
 void Animatable::ClearAllAppData() noexcept {
     if (!chunks_) return;
     while (chunks_) removeAt(chunks_);
-    kiln::setSceneModified(true);
+    kiln::noteSceneChanged();
 }
 
 int Animatable::NumAppDataChunks() const noexcept {
@@ -137,7 +137,7 @@ ICustAttribContainer* Animatable::AllocCustAttribContainer() noexcept {
 void Animatable::DeleteCustAttribContainer() noexcept {
     if (!attribs_) return;
     destroy(std::exchange(attribs_, nullptr));
-    kiln::setSceneModified(true);
+    kiln::noteSceneChanged();
 }
 
 void ReferenceTarget::ReleaseReference() noexcept {
@@ -165,7 +165,7 @@ bool ICustAttribContainer::InsertCustAttrib(int index, CustAttrib* attrib) noexc
         return false;
     }
     attrib->AddReference();
-    kiln::setSceneModified(true);
+    kiln::noteSceneChanged();
     return true;
 }
 
@@ -178,6 +178,6 @@ bool ICustAttribContainer::RemoveCustAttrib(int index) noexcept {
     if (!attrib) return false;
     attribs_.erase(attribs_.begin() + index);
     attrib->ReleaseReference();
-    kiln::setSceneModified(true);
+    kiln::noteSceneChanged();
     return true;
 }

@@ -4,8 +4,8 @@
 #include <kiln/host/core.h>
 #include <kiln/host/module.h>
 
+#include "changes.h"
 #include "coreimpl.h"
-#include "modified.h"
 #include "scenefile.h"
 
 #include <filesystem>

@@ -10,8 +10,8 @@
 #include <type_traits>
 #include <vector>
 
+#include "changes.h"
 #include "coreimpl.h"
-#include "modified.h"
 
 namespace kiln {
 

@@ -6,6 +6,7 @@
 #include <new>
 #include <utility>
 
+#include "changes.h"
 #include "coreimpl.h"
 
 namespace kiln {
@@ -49,6 +50,7 @@ Core::Impl::~Impl() {
 std::unique_ptr<Scene> Core::Impl::replaceScene(std::unique_ptr<Scene> next) {
     next->show(*this, *makers);
     scene.swap(next);
+    noteLookChanged();
     return next;
 }
 
@@ -178,6 +180,7 @@ bool Core::Impl::UngroupNode(INode* head) {
 }
 
 void Core::Impl::RedrawViews(TimeValue t, DWORD flags, Animatable* changed) {
+    noteLookChanged();
     window->redrawViews(t, flags, changed);
 }
 
@@ -218,6 +221,7 @@ void Core::Impl::sceneNotifies(int code, void* parameter) {
 }
 
 void Core::Impl::sceneNodeInvalidated(Node* node) {
+    noteLookChanged();
     window->nodeInvalidated(node);
 }
 

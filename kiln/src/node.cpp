@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "modified.h"
+#include "changes.h"
 #include "scene.h"
 
 namespace kiln {
@@ -73,7 +73,7 @@ void Node::relink(Node* newParent, bool keepPos) {
         else
             invalidateSubtree();
     }
-    setSceneModified(true);
+    noteSceneChanged();
     scene_.notify(NOTIFY_NODE_LINKED, static_cast<INode*>(this));
 }
 
@@ -119,13 +119,13 @@ const Matrix3& Node::world() const {
 void Node::SetLocalTM(TimeValue, const Matrix3& tm) {
     if (IsRootNode()) return;
     setLocal(tm);
-    setSceneModified(true);
+    noteSceneChanged();
 }
 
 void Node::SetNodeTM(TimeValue, const Matrix3& tm) {
     if (IsRootNode()) return;
     setWorld(tm);
-    setSceneModified(true);
+    noteSceneChanged();
 }
 
 void Node::setLocal(const Matrix3& tm) {
@@ -168,7 +168,7 @@ void Node::SetObjectRef(Object* object) {
     Object* const before = object_;
     object_ = object;
     if (before) before->ReleaseReference();
-    setSceneModified(true);
+    noteSceneChanged();
 }
 
 void Node::SetTexmap(Texmap* map) {
@@ -177,7 +177,7 @@ void Node::SetTexmap(Texmap* map) {
     Texmap* const before = texmap_;
     texmap_ = map;
     if (before) before->ReleaseReference();
-    setSceneModified(true);
+    noteSceneChanged();
 }
 
 void Node::InvalidateWS() {

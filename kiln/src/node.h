@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "modified.h"
+#include "changes.h"
 #include "names.h"
 #include "nodelist.h"
 
@@ -80,7 +80,7 @@ private:
     static void change(T& member, T value) noexcept {
         if (member == value) return;
         member = value;
-        setSceneModified(true);
+        noteSceneChanged();
     }
     bool canAdopt(const Node* child) const noexcept;
     void relink(Node* newParent, bool keepPos);

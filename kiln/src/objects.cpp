@@ -2,10 +2,19 @@
 
 #include <memory>
 
+#include "changes.h"
+
 namespace {
 
 // The icon of a light, in scene units.
 constexpr double kLightRadius = 5;
+
+template <typename T>
+void change(T& member, T value) noexcept {
+    if (member == value) return;
+    member = value;
+    kiln::noteSceneChanged();
+}
 
 Box3 cube(double halfEdge) {
     Box3 box;
@@ -16,12 +25,22 @@ Box3 cube(double halfEdge) {
 
 }  // namespace
 
+void DummyObject::SetSize(double size) noexcept {
+    change(size_, size);
+}
+
 Box3 DummyObject::GetLocalBoundBox(TimeValue) const {
     return cube(size_ / 2);
 }
 
 Box3 TriObject::GetLocalBoundBox(TimeValue) const {
     return mesh_.BoundingBox();
+}
+
+void BoxObject::SetSize(double length, double width, double height) noexcept {
+    change(length_, length);
+    change(width_, width);
+    change(height_, height);
 }
 
 bool BoxObject::CanConvertToType(const Class_ID& id) const {
@@ -49,6 +68,14 @@ Box3 BoxObject::GetLocalBoundBox(TimeValue) const {
     return box;
 }
 
+void SplineShape::SetClosed(bool closed) noexcept {
+    change(closed_, closed);
+}
+
+void SplineShape::SetRenderable(bool renderable) noexcept {
+    change(renderable_, renderable);
+}
+
 bool SplineShape::CanConvertToType(const Class_ID& id) const {
     return id == SPLINESHAPE_CLASS_ID || (id == TRIOBJ_CLASS_ID && closed_ && points_.Count() >= 3);
 }
@@ -69,6 +96,18 @@ Box3 SplineShape::GetLocalBoundBox(TimeValue) const {
     Box3 box;
     for (const Point3& point : points_) box += point;
     return box;
+}
+
+void GenLight::SetColor(COLORREF color) noexcept {
+    change(color_, color);
+}
+
+void GenLight::SetIntensity(double intensity) noexcept {
+    change(intensity_, intensity);
+}
+
+void GenLight::SetUseLight(bool on) noexcept {
+    change(on_, on);
 }
 
 const char* GenLight::GetObjectName() const {

@@ -2,23 +2,15 @@
 
 #include <algorithm>
 
-#include "modified.h"
+#include "changes.h"
 
 namespace kiln {
 
 namespace {
 
-bool modified = false;
 DWORD lastHandle = 0;  // of all scenes, so that an old handle never names a new node
 
 }  // namespace
-
-void setSceneModified(bool isModified) noexcept {
-    modified = isModified;
-}
-bool sceneModified() noexcept {
-    return modified;
-}
 
 Scene::Scene() : byHandle_(lastHandle + 1), root_(new Node(*this, ++lastHandle, "Scene Root")) {
     live_.insert(static_cast<const INode*>(root_));
@@ -55,7 +47,7 @@ Node* Scene::createNode(Object* object, std::string name, Node* parent) {
         delete made;
         throw;
     }
-    setSceneModified(true);
+    noteSceneChanged();
     return made;
 }
 
@@ -77,7 +69,7 @@ void Scene::deleteNode(INode* which) {
     }
     for (Node* const one : doomed) delete one;
     deleting_ = false;
-    setSceneModified(true);
+    noteSceneChanged();
     if (selectionChanged) notify(NOTIFY_SELECTION_CHANGED);
 }
 
@@ -87,7 +79,7 @@ void Scene::renameNode(Node* node, std::string& name, std::string newName) {
     name.swap(newName);
     names_.add(node);
     if (wasLast && makers_) makers_->nameFreed(newName);
-    setSceneModified(true);
+    noteSceneChanged();
     notify(NOTIFY_NODE_RENAMED, static_cast<INode*>(node));
 }
 
@@ -105,7 +97,7 @@ void Scene::addTexmap(Texmap* map) {
         throw;
     }
     map->AddReference();
-    setSceneModified(true);
+    noteSceneChanged();
 }
 
 bool Scene::removeTexmap(Texmap* map) noexcept {
@@ -117,7 +109,7 @@ bool Scene::removeTexmap(Texmap* map) noexcept {
     const std::size_t found = texmaps_[first] == map ? first : last;
     texmaps_.erase(texmaps_.begin() + static_cast<std::ptrdiff_t>(found));
     map->ReleaseReference();
-    setSceneModified(true);
+    noteSceneChanged();
     return true;
 }
 

@@ -10,9 +10,9 @@
 #include <kiln/memory.h>
 
 #include "base64.h"
+#include "changes.h"
 #include "chunks.h"
 #include "classes.h"
-#include "modified.h"
 #include "scenefile.h"
 
 namespace kiln {

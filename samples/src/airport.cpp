@@ -415,7 +415,6 @@ FltLightSourcePalette lightEntry(std::int32_t index, std::string_view name, std:
     return entry;
 }
 
-constexpr std::uint32_t kEnabled = 0x80000000;
 constexpr std::uint32_t kGlobal = 0x40000000;
 
 FltLightSource lightAt(std::string_view id, std::int32_t entry, std::uint32_t flags,
@@ -442,8 +441,9 @@ void addLights(FltScene& scene) {
     scene.lights.push_back(flood);
 
     Node& group = scene.root.add(named<FltGroup>("lamps"), "灯光 light sources");
-    group.add(lightAt("sun", kSun, kEnabled | kGlobal, {-150, -60, 130}, 210, 50), "太阳 sun");
-    group.add(lightAt("flood", kFloodlight, kEnabled, {80, 70, 18}, 90, 55),
+    group.add(lightAt("sun", kSun, FltLightSource::kEnabled | kGlobal, {-150, -60, 130}, 210, 50),
+              "太阳 sun");
+    group.add(lightAt("flood", kFloodlight, FltLightSource::kEnabled, {80, 70, 18}, 90, 55),
               "停机坪泛光灯 floodlight");
 }
 

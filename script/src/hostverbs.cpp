@@ -21,10 +21,6 @@ Interface& host() {
     return *host;
 }
 
-void redraw() {
-    host().RedrawViews(host().GetTime());
-}
-
 INode* nodeIn(const Value& value) {
     const auto* const reference = value.as<NodeReference>();
     if (!reference) throw Failure("a node was expected, not " + value.described());
@@ -78,7 +74,6 @@ Value create(const Arguments& arguments, Object* object) {
         name ? host().CreateObjectNode(object, name->c_str()) : host().CreateObjectNode(object);
     if (!node) throw Failure("the host could not make the node");
     place(node, arguments, 1, 2);
-    redraw();
     return Value::ofNode(node);
 }
 
@@ -127,7 +122,6 @@ void addCreation(Engine& engine) {
         // One may lie below another and go with it.
         for (const DWORD handle : handles)
             if (INode* const node = host().GetINodeByHandle(handle)) host().DeleteNode(node);
-        redraw();
         return Value(Done{});
     });
 }
@@ -138,7 +132,6 @@ template <typename Action>
 Verb onNodes(Action action) {
     return [action](const Arguments& arguments) {
         for (INode* node : arguments.nodes(0)) action(*node);
-        redraw();
         return Value(Done{});
     };
 }
@@ -156,7 +149,6 @@ void addSelection(Engine& engine) {
         const std::vector<INode*> nodes = arguments.nodes(0);
         host().ClearNodeSelection();
         for (INode* node : nodes) host().SelectNode(node, false);
-        redraw();
         return Value(Done{});
     });
     engine.addVerb("selectMore", "nodes",
@@ -164,7 +156,6 @@ void addSelection(Engine& engine) {
     engine.addVerb("deselect", "nodes", onNodes([](INode& node) { host().DeSelectNode(&node); }));
     engine.addVerb("clearSelection", "", [](const Arguments&) {
         host().ClearNodeSelection();
-        redraw();
         return Value(Done{});
     });
     engine.addVerb("hide", "nodes", onNodes([](INode& node) { node.Hide(true); }));
@@ -189,7 +180,6 @@ Value group(const Arguments& arguments) {
     const char* const name = arguments.has(1) ? arguments.text(1).c_str() : nullptr;
     INode* const head = host().GroupNodes(nodes, name);
     if (!head) throw Failure("these nodes cannot be grouped");
-    redraw();
     return Value::ofNode(head);
 }
 
@@ -197,14 +187,12 @@ void addLinking(Engine& engine) {
     engine.addVerb("link", "child parent", [](const Arguments& arguments) {
         INode* const parent = arguments.node(1);
         for (INode* child : arguments.nodes(0)) link(child, parent);
-        redraw();
         return Value(Done{});
     });
     engine.addVerb("unlink", "nodes", onNodes([](INode& node) { node.Detach(host().GetTime()); }));
     engine.addVerb("group", "nodes name?", group);
     engine.addVerb("ungroup", "head", [](const Arguments& arguments) {
         if (!host().UngroupNode(arguments.node(0))) throw Failure("this node is no group");
-        redraw();
         return Value(Done{});
     });
 }
@@ -213,7 +201,6 @@ void addLinking(Engine& engine) {
 
 void transform(INode* node, const Matrix3& by) {
     node->SetNodeTM(host().GetTime(), by);
-    redraw();
 }
 
 Value rotate(const Arguments& arguments) {
@@ -263,7 +250,6 @@ void setName(INode& node, const Value& value) {
 
 void setParent(INode& node, const Value& value) {
     link(&node, value.isUndefined() ? nullptr : nodeIn(value));
-    redraw();
 }
 
 bool booleanIn(const Value& value) {
@@ -301,10 +287,7 @@ void addProperties(Engine& engine) {
     engine.addNodeProperty("children", children);
     engine.addNodeProperty(
         "hidden", [](INode& node) { return Value(node.IsHidden()); },
-        [](INode& node, const Value& value) {
-            node.Hide(booleanIn(value));
-            redraw();
-        });
+        [](INode& node, const Value& value) { node.Hide(booleanIn(value)); });
     engine.addNodeProperty(
         "selected", [](INode& node) { return Value(node.Selected()); },
         [](INode& node, const Value& value) {
@@ -312,7 +295,6 @@ void addProperties(Engine& engine) {
                 host().SelectNode(&node, false);
             else
                 host().DeSelectNode(&node);
-            redraw();
         });
     engine.addNodeProperty(
         "position", [](INode& node) { return Value(node.GetNodeTM(host().GetTime()).GetTrans()); },

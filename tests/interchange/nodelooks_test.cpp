@@ -6,8 +6,10 @@
 
 #include <fltkilnutil/kilnface.h>
 #include <fltkilnutil/kilnflt.h>
+#include <fltkilnutil/kilnlight.h>
 #include <interchange/nodelooks.h>
 #include <quillon/fltface.h>
+#include <quillon/fltlightsource.h>
 #include <tessera/aviaryutil.h>
 
 namespace {
@@ -90,6 +92,26 @@ TEST_F(NodeLooksTest, FacesFollowTheirRecordsAndPalettes) {
     own->SetMapName("own.rgb");
     face->SetTexmap(own);
     EXPECT_STREQ(look(face).picture, "own.rgb") << "one that was made in the scene";
+}
+
+TEST_F(NodeLooksTest, LightsShineAsTheirRecordsAndPaletteEntriesSay) {
+    INode* const lamp = host.CreateObjectNode(new GenLight(OMNI_LIGHT_CLASS_ID), "lamp");
+    NodeLook none;
+    EXPECT_FALSE(source.GetLook(lamp, none)) << "the host knows more of it";
+    ASSERT_TRUE(fltEnsureKind(lamp, FltNodeKind::LightSource, kFltRevision));
+    FltLightSource record;
+    ASSERT_TRUE(fltPutRecord(lamp, record));
+    EXPECT_EQ(look(lamp).shines, false);
+    EXPECT_FALSE(look(lamp).light) << "it has no palette entry";
+    record.flags = static_cast<std::int32_t>(0xC0000000);
+    ASSERT_TRUE(fltPutRecord(lamp, record));
+    EXPECT_EQ(look(lamp).shines, true);
+    KilnLight options;
+    options.palette.diffuseGreen = 0.25F;
+    ASSERT_TRUE(fltPutOptions(lamp, options));
+    ASSERT_TRUE(look(lamp).light);
+    EXPECT_EQ(look(lamp).light->red, 1);
+    EXPECT_EQ(look(lamp).light->green, 0.25F);
 }
 
 TEST_F(NodeLooksTest, SubfacesAndPrioritiesLieInLayers) {

@@ -107,6 +107,98 @@ TEST_F(NotificationsTest, ModifiedFollowsTheGraph) {
     EXPECT_FALSE(core.isModified());
 }
 
+/// Counts how often it is told.
+class CountingWatch {
+public:
+    int told = 0;
+    SceneWatch watch{[](void* self) { ++static_cast<CountingWatch*>(self)->told; }, this};
+};
+
+struct NamedChange {
+    const char* name;
+    std::function<void()> make;
+};
+
+TEST_F(NotificationsTest, AWatchHearsOfEveryKindOfChangeOnce) {
+    INode* const node = addNode("a");
+    auto* const light = new GenLight(OMNI_LIGHT_CLASS_ID);
+    INode* const lamp = host.CreateObjectNode(light, "lamp");
+    auto* const map = new BitmapTex;
+    const std::string text = core.sceneText();
+    CountingWatch one, other;
+    for (const NamedChange& change : std::vector<NamedChange>{
+             {"name", [&] { node->SetName("b"); }},
+             {"place", [&] { lamp->AttachChild(node); }},
+             {"transform",
+              [&] {
+                  node->SetLocalTM(0, TransMatrix({1, 0, 0}));
+              }},
+             {"object", [&] { node->SetObjectRef(new BoxObject); }},
+             {"texture map", [&] { node->SetTexmap(map); }},
+             {"picture", [&] { map->SetMapName("a.rgb"); }},
+             {"visibility", [&] { node->Hide(true); }},
+             {"wire colour", [&] { node->SetWireColor(1); }},
+             {"colour of a light", [&] { light->SetColor(1); }},
+             {"strength of a light", [&] { light->SetIntensity(2); }},
+             {"light off", [&] { light->SetUseLight(false); }},
+             {"size", [&] { static_cast<BoxObject*>(node->GetObjectRef())->SetSize(1, 2, 3); }},
+             {"new chunk",
+              [&] {
+                  node->AddAppDataChunk({1, 1}, 1, 1, 0, nullptr);
+              }},
+             {"chunk of an object",
+              [&] {
+                  light->AddAppDataChunk({1, 1}, 1, 1, 0, nullptr);
+              }},
+             {"chunk in place", [&] { node->NotifyAppDataChanged(); }},
+             {"chunk gone",
+              [&] {
+                  node->RemoveAppDataChunk({1, 1}, 1, 1);
+              }},
+             {"what the host cannot see", [&] { node->InvalidateWS(); }},
+             {"what nobody names", [&] { host.RedrawViews(0); }},
+             {"deletion", [&] { host.DeleteNode(node); }},
+             {"creation", [&] { addNode("c"); }},
+             {"another scene", [&] { core.newScene(); }},
+             {"a file", [&] { ASSERT_TRUE(core.loadSceneText(text, "a.kiln")); }}}) {
+        one.told = 0;
+        change.make();
+        EXPECT_EQ(one.told, 1) << change.name;
+        EXPECT_TRUE(one.watch.HasChanged());
+        EXPECT_TRUE(one.watch.Take()) << change.name;
+        EXPECT_FALSE(one.watch.Take());
+    }
+    EXPECT_EQ(other.told, 1) << "it never asked, so it was told once";
+}
+
+TEST_F(NotificationsTest, AWatchHearsNothingWhereNothingChanges) {
+    INode* const node = addNode("a");
+    CountingWatch watch;
+    node->Hide(false);
+    node->SetName("a");
+    node->SetWireColor(node->GetWireColor());
+    node->RemoveAppDataChunk({1, 1}, 1, 1);
+    host.SelectNode(node);
+    core.setModified(true);
+    EXPECT_EQ(watch.told, 0);
+    core.setModified(false);
+    node->InvalidateWS();
+    EXPECT_EQ(watch.told, 1);
+    EXPECT_FALSE(core.isModified()) << "nothing that is saved has changed";
+}
+
+TEST_F(NotificationsTest, ManyChangesAreToldOnce) {
+    std::vector<INode*> nodes;
+    for (int i = 0; i < 10'000; ++i) nodes.push_back(addNode("n"));
+    CountingWatch watch;
+    { const CountingWatch gone; }
+    for (INode* const node : nodes) node->AddAppDataChunk({1, 1}, 1, 1, 0, nullptr);
+    EXPECT_EQ(watch.told, 1);
+    watch.watch.Take();
+    for (INode* const node : nodes) node->NotifyAppDataChanged();
+    EXPECT_EQ(watch.told, 2);
+}
+
 TEST_F(NotificationsTest, AcceleratorsAreASwitch) {
     struct Window : kiln::HostWindow {
         void acceleratorsChanged(bool enabled) override { changes.push_back(enabled); }

@@ -180,6 +180,20 @@ TEST_F(SceneFeedTest, SurfacesLookAsTheSourceSays) {
     EXPECT_THAT(feed_.takeFailures(), testing::IsEmpty()) << "a box has no texture coordinates";
 }
 
+TEST_F(SceneFeedTest, LightsShineAsTheSourceSays) {
+    Looks source;
+    INode* const off = host_.CreateObjectNode(new GenLight(OMNI_LIGHT_CLASS_ID), "off");
+    source.looks[off].shines = false;
+    auto* const dark = new GenLight(OMNI_LIGHT_CLASS_ID);
+    dark->SetUseLight(false);
+    INode* const on = host_.CreateObjectNode(dark, "on");
+    source.looks[on].shines = true;
+    source.looks[on].light = {{0, 1, 7}};
+    feed_.build(host_);
+    ASSERT_EQ(feed_.model().lights().size(), 1u);
+    EXPECT_EQ(feed_.model().lights()[0].strength, (Vec3{0, 1, 1}));
+}
+
 TEST_F(SceneFeedTest, NumbersOfASourceThatAreNoSharesAreMadeSuch) {
     Looks source;
     INode* const box = host_.CreateObjectNode(new BoxObject, "box");

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include <fstream>
+#include <set>
 
 using testing::HasSubstr;
 
@@ -94,6 +95,25 @@ TEST_F(WorkbenchTest, RunsTheSampleScriptOverTheRealPlugins) {
                 HasSubstr("#(false, true, true)"));
     for (const char* name : {"20-lod-start.png", "29-lod-at-a-switch-distance.png"})
         EXPECT_GT(std::filesystem::file_size(folder_ / name), 5000u) << name;
+}
+
+// What an attribute says of a surface is seen at once: nothing else asks for the picture here.
+TEST_F(WorkbenchTest, TheViewportFollowsAnAttribute) {
+    start(toWide(STAGED_PLUGINS));
+    script("Aviary.SetKeepTriangles $'塔楼' true");  // now it is a face
+    const auto colours = [this] {
+        const std::vector<COLORREF> shown = middleOfViewport();
+        return std::set<COLORREF>(shown.begin(), shown.end()).size();
+    };
+    script("setAttr $'塔楼' \"FltLightMode\" 0");
+    ASSERT_TRUE(eventually([&] { return colours() == 1; })) << "without light all sides are alike";
+    script("setAttr $'塔楼' \"FltLightMode\" 2");
+    ASSERT_TRUE(eventually([&] { return colours() > 1; }));
+    const std::vector<COLORREF> lit = middleOfViewport();
+    script("$'塔楼'.hidden = true");
+    EXPECT_TRUE(eventually([&] { return middleOfViewport() != lit; }));
+    script("$'塔楼'.hidden = false");
+    EXPECT_TRUE(eventually([&] { return middleOfViewport() == lit; }));
 }
 
 TEST_F(WorkbenchTest, RunsScriptFilesFromTheMenuAndTheLine) {

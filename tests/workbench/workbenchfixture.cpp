@@ -174,6 +174,20 @@ void WorkbenchTest::click(int x, int y) const {
     ::SendMessageW(viewport_, WM_LBUTTONUP, 0, at);
 }
 
+std::vector<COLORREF> WorkbenchTest::middleOfViewport() const {
+    constexpr int kReach = 30, kStep = 10;
+    RECT area;
+    ::GetWindowRect(viewport_, &area);
+    const int x = (area.left + area.right) / 2, y = (area.top + area.bottom) / 2;
+    std::vector<COLORREF> colours;
+    const HDC screen = ::GetDC(nullptr);
+    for (int dx = -kReach; dx <= kReach; dx += kStep)
+        for (int dy = -kReach; dy <= kReach; dy += kStep)
+            colours.push_back(::GetPixel(screen, x + dx, y + dy));
+    ::ReleaseDC(nullptr, screen);
+    return colours;
+}
+
 HWND WorkbenchTest::page() const {
     const HWND rollup = ::FindWindowExW(panel_, nullptr, L"WorkbenchRollup", nullptr);
     return rollup ? ::GetWindow(rollup, GW_CHILD) : nullptr;

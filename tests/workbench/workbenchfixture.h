@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 /// Waits until `holds`; false after half a minute.
 bool eventually(const std::function<bool()>& holds);
@@ -60,6 +61,8 @@ protected:
     static bool answerFileDialog(const wchar_t* title, const std::string& path);
     /// Clicks a point of the viewport.
     void click(int x, int y) const;
+    /// Points of the screen around the middle of the viewport, where the box is.
+    std::vector<COLORREF> middleOfViewport() const;
     /// The dialog of the open rollup page, or null.
     HWND page() const;
 

@@ -16,7 +16,7 @@ namespace interchange {
 /// Reads from the records of faces and meshes, as they are now, and from the palettes of their
 /// database: material, texture, transparency, light mode, texture white, template and nesting. An
 /// instance reference shows the definition that `FltDefinitions` finds for it; a definition is seen
-/// nowhere else.
+/// nowhere else. A light source shines as its record and its palette entry say.
 ///
 /// Faces that lights do not reach have no use for a material but its transparency. A face with a
 /// colour of its own hides the colours of its vertices unless its light mode asks for them.
@@ -51,6 +51,7 @@ private:
     Database& databaseOf(INode& header);
     static void addMaterial(const FltRecordView& record, Database& database);
     static void addTexture(const FltRecordView& record, Database& database);
+    static bool describeLight(INode& node, NodeLook& look);
     bool readMesh(INode& node);
     template <typename Record>
     void describe(const Record& record, INode& node, NodeLook& look);

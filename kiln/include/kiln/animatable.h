@@ -50,7 +50,7 @@ public:
     /// Frees the chunk with these ids; false when there is none.
     bool RemoveAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD subId) noexcept;
     /// Tells the host that a chunk's bytes were changed in place, which it cannot see: the scene
-    /// then counts as modified and the user is asked to save it.
+    /// then counts as modified, and whoever watches it is told (`SceneWatch`).
     void NotifyAppDataChanged() noexcept;
     /// Frees all chunks.
     void ClearAllAppData() noexcept;

@@ -85,6 +85,6 @@ public:
     virtual void SetGroupHead(bool head) = 0;
     virtual void SetGroupMember(bool member) = 0;
 
-    /// Tells the viewports that what this node shows has changed.
+    /// Tells the viewports that what this node shows has changed, where the host cannot see it.
     virtual void InvalidateWS() = 0;
 };

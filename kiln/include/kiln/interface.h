@@ -87,7 +87,8 @@ public:
     // Time and views.
 
     virtual TimeValue GetTime() const = 0;
-    /// Asks for the viewports to be drawn anew. `changed` names what changed, null for anything.
+    /// Asks for the viewports to be drawn anew, which they are anyway after a change that the host
+    /// sees (`SceneWatch`). `changed` names what changed, null for anything.
     virtual void RedrawViews(TimeValue t, DWORD flags = REDRAW_NORMAL,
                              Animatable* changed = nullptr) = 0;
 

@@ -24,6 +24,7 @@
 #include <kiln/object.h>
 #include <kiln/platform.h>
 #include <kiln/sceneio.h>
+#include <kiln/scenewatch.h>
 #include <kiln/tab.h>
 #include <kiln/texmap.h>
 #include <kiln/timevalue.h>

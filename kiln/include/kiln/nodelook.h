@@ -3,6 +3,8 @@
 
 #include <kiln/platform.h>
 
+#include <optional>
+
 class INode;
 class Interface;
 
@@ -13,8 +15,8 @@ struct LightColor {
     float blue = 0;
 };
 
-/// How the surface of one node looks beyond its mesh and wire colour. As constructed: like that of
-/// a node of which nobody knows more.
+/// How one node looks beyond its object and wire colour. As constructed: like one of which nobody
+/// knows more.
 struct NodeLook {
     /// By how much the surface's colour is multiplied in the light from everywhere and from lamps.
     LightColor ambient{1, 1, 1};
@@ -33,6 +35,10 @@ struct NodeLook {
     const char* picture = nullptr;
     /// How many surfaces in the same place it lies upon.
     int layer = 0;
+
+    /// Of a light: whether it shines, and in which colour; nothing for what its object says.
+    std::optional<bool> shines;
+    std::optional<LightColor> light;
 };
 
 /// A plug-in that knows how some nodes look. The host asks the one that was made last while there

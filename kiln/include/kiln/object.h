@@ -6,7 +6,9 @@
 #include <kiln/mesh.h>
 #include <kiln/timevalue.h>
 
-/// The object that one or more nodes show, in object space.
+/// The object that one or more nodes show, in object space. The setters of the host's own objects
+/// tell the host of the change. Who edits points or a mesh in place does so with
+/// `INode::InvalidateWS`.
 class KILNAPI Object : public ReferenceTarget {
 public:
     /// The class's name as a user sees it ("Box"); new nodes are named after it. UTF-8.
@@ -60,7 +62,7 @@ public:
 
     /// Edge length of the box, 10 at first.
     double GetSize() const noexcept { return size_; }
-    void SetSize(double size) noexcept { size_ = size; }
+    void SetSize(double size) noexcept;
 
 private:
     double size_ = 10;
@@ -92,11 +94,7 @@ public:
     Object* ConvertToType(TimeValue t, const Class_ID& id) override;
     Box3 GetLocalBoundBox(TimeValue t) const override;
 
-    void SetSize(double length, double width, double height) noexcept {
-        length_ = length;
-        width_ = width;
-        height_ = height;
-    }
+    void SetSize(double length, double width, double height) noexcept;
     double GetLength() const noexcept { return length_; }  ///< along y
     double GetWidth() const noexcept { return width_; }    ///< along x
     double GetHeight() const noexcept { return height_; }  ///< along z
@@ -121,8 +119,8 @@ public:
     Tab<Point3>& GetPoints() noexcept { return points_; }
     const Tab<Point3>& GetPoints() const noexcept { return points_; }
     bool IsClosed() const noexcept { return closed_; }
-    void SetClosed(bool closed) noexcept { closed_ = closed; }
-    void SetRenderable(bool renderable) noexcept { renderable_ = renderable; }
+    void SetClosed(bool closed) noexcept;
+    void SetRenderable(bool renderable) noexcept;
 
 private:
     Tab<Point3> points_;
@@ -142,11 +140,11 @@ public:
     Box3 GetLocalBoundBox(TimeValue t) const override;
 
     COLORREF GetColor() const noexcept { return color_; }
-    void SetColor(COLORREF color) noexcept { color_ = color; }
+    void SetColor(COLORREF color) noexcept;
     double GetIntensity() const noexcept { return intensity_; }
-    void SetIntensity(double intensity) noexcept { intensity_ = intensity; }
+    void SetIntensity(double intensity) noexcept;
     bool GetUseLight() const noexcept { return on_; }
-    void SetUseLight(bool on) noexcept { on_ = on; }
+    void SetUseLight(bool on) noexcept;
 
 private:
     Class_ID kind_;

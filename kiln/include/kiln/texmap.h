@@ -12,7 +12,7 @@ public:
 
     /// The map's name, UTF-8; valid until it is changed.
     const char* GetName() const noexcept { return name_; }
-    void SetName(const char* name) { name_ = name; }
+    void SetName(const char* name);
 
 private:
     CStr name_;
@@ -26,7 +26,7 @@ public:
     /// The picture's path as it was given, UTF-8; valid until it is changed. Where it names no file
     /// the host looks for one of that name in its folders of scenes, imports and images.
     const char* GetMapName() const noexcept { return file_; }
-    void SetMapName(const char* file) { file_ = file; }
+    void SetMapName(const char* file);
 
 private:
     CStr file_;

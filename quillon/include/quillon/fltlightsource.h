@@ -6,6 +6,8 @@
 /// Light source; named "ls%d" on output. Angles are in degrees.
 class FltLightSource : public FltRecordOf<FltLightSource, FltNamedRec, kFltLightSource> {
 public:
+    static constexpr std::uint32_t kEnabled = 0x80000000;  ///< in `flags`
+
     std::int32_t paletteIndex = -1;
     std::int32_t flags = 0;
     double positionX = 0;

@@ -76,7 +76,7 @@ private:
     bool mayShow(const INode& definition, std::size_t within) const;
     Matrix3 placeOf(const Visit& visit) const;
     void addNode(const Visit& visit, bool standsForAnother);
-    void addLight(const Matrix3& place, const class GenLight& light);
+    COLORREF addLight(const Matrix3& place, const class GenLight& light, INode& node);
     void addMesh(const Matrix3& place, const struct Mesh& mesh, INode& node);
     NodeLook lookOf(INode& node);
     Surface surfaceFor(const NodeLook& look, bool hasTexture);

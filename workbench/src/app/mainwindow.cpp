@@ -24,10 +24,9 @@ constexpr UINT_PTR kModifiedTimer = 1;
 constexpr int kScriptHeight = 132;
 constexpr int kSplitter = 5;
 
-constexpr int kNotifications[] = {
-    NOTIFY_SCENE_PRE_CLEAR, NOTIFY_SCENE_NEW,    NOTIFY_SCENE_RESET,      NOTIFY_SCENE_OPENED,
-    NOTIFY_SCENE_SAVED,     NOTIFY_NODE_CREATED, NOTIFY_NODE_DELETED,     NOTIFY_NODE_LINKED,
-    NOTIFY_NODE_RENAMED,    NOTIFY_IMPORT_ENDED, NOTIFY_SELECTION_CHANGED};
+constexpr int kNotifications[] = {NOTIFY_SCENE_PRE_CLEAR, NOTIFY_SCENE_NEW,
+                                  NOTIFY_SCENE_RESET,     NOTIFY_SCENE_OPENED,
+                                  NOTIFY_SCENE_SAVED,     NOTIFY_SELECTION_CHANGED};
 
 constexpr BYTE kPlain = FVIRTKEY, kCtrl = FVIRTKEY | FCONTROL, kShift = FVIRTKEY | FSHIFT;
 
@@ -84,6 +83,7 @@ std::string recentList() {
 MainWindow::MainWindow(kiln::Core& core)
     : core_(core),
       host_(core.hostInterface()),
+      scene_(host_, [this] { onOutdated(); }),
       scriptLine_(host_),
       files_(*this, core, *this, recentList()),
       scripts_(*this, scriptLine_, [this](const std::string& line) { print(line); }),
@@ -245,15 +245,6 @@ void MainWindow::rollupMouseMessage(HWND page, UINT message, WPARAM wParam, LPAR
     panel_.rollupMouse(page, message, wParam, lParam);
 }
 
-void MainWindow::redrawViews(TimeValue, DWORD, Animatable*) {
-    redrawScene();
-    refreshFrame();
-}
-
-void MainWindow::nodeInvalidated(INode*) {
-    redrawScene();
-}
-
 void MainWindow::pushPrompt(const char* text) {
     prompt_ = text ? text : "";
     status_.setText(StatusBar::kMessage, prompt_);
@@ -315,46 +306,27 @@ void MainWindow::onNotify(void* self, NotifyInfo* info) {
     static_cast<MainWindow*>(self)->noteChange(*info);
 }
 
-// Little is done here: an import sends one of these for each of its nodes. The viewport is told at
-// once, so that nothing is picked by the numbers of a scene that is no more.
 void MainWindow::noteChange(const NotifyInfo& change) {
-    const int code = change.intcode;
     files_.followScene(change);
-    if (code == NOTIFY_SELECTION_CHANGED) {
-        selectionStale_ = true;
-    } else if (code != NOTIFY_SCENE_SAVED && code != NOTIFY_NODE_RENAMED) {
-        if (code == NOTIFY_SCENE_PRE_CLEAR) feed_.clear();
-        if (!sceneStale_) redrawScene();
-    }
+    if (change.intcode == NOTIFY_SELECTION_CHANGED) scene_.selectionChanged();
+    if (change.intcode == NOTIFY_SCENE_PRE_CLEAR) scene_.forget();
+    refreshFrame();
+}
+
+void MainWindow::onOutdated() {
+    viewport_.redraw();
     refreshFrame();
 }
 
 const SceneModel& MainWindow::sceneToDraw() {
-    if (busy_) return feed_.model();
-    if (sceneStale_) {
-        feed_.build(host_);
-        sceneStale_ = selectionStale_ = false;
-        for (const std::string& failure : feed_.takeFailures()) print("-- " + failure);
-        refreshFrame();
-    } else if (selectionStale_) {
-        feed_.updateSelection();
-        selectionStale_ = false;
-    }
-    return feed_.model();
-}
-
-std::span<INode* const> MainWindow::shownNodes() {
-    sceneToDraw();
-    return feed_.nodes();
-}
-
-void MainWindow::redrawScene() {
-    sceneStale_ = true;
-    viewport_.redraw();
+    const SceneModel& model = scene_.model();
+    for (const std::string& failure : scene_.takeFailures()) print("-- " + failure);
+    refreshFrame();
+    return model;
 }
 
 void MainWindow::onPick(ItemIndex item, bool add) {
-    INode* node = feed_.nodeOf(item);
+    INode* node = scene_.nodeOf(item);
     if (node && add && node->Selected())
         host_.DeSelectNode(node);
     else if (node)
@@ -380,7 +352,7 @@ bool MainWindow::selectTallest() {
 }
 
 void MainWindow::onHover(ItemIndex item) {
-    const INode* node = sceneStale_ || busy_ ? nullptr : feed_.nodeOf(item);
+    const INode* node = scene_.nodeOf(item);
     status_.setText(StatusBar::kMessage, node ? node->GetName() : prompt_);
 }
 
@@ -394,7 +366,6 @@ void MainWindow::refreshFrame() {
 LRESULT MainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == kRefreshMessage) {
         refreshPosted_ = false;
-        if (selectionStale_) viewport_.redraw();
         refreshTitle();
         refreshStatus();
         return 0;
@@ -425,7 +396,7 @@ void MainWindow::OnTimer(UINT_PTR id) {
 
 void MainWindow::drawNow() {
     constexpr DWORD kMillisecondsToShow = 200;  // until what is drawn is on the screen
-    redrawScene();
+    viewport_.redraw();
     refreshTitle();
     ::EnumThreadWindows(
         ::GetCurrentThreadId(),
@@ -444,7 +415,7 @@ void MainWindow::refreshTitle() {
 }
 
 void MainWindow::refreshStatus() {
-    const SceneCounts& counts = feed_.counts();
+    const SceneCounts& counts = scene_.counts();
     std::string nodes = grouped(static_cast<std::size_t>(counts.nodes)) + " 个节点";
     if (counts.hidden > 0)
         nodes += "（隐藏 " + grouped(static_cast<std::size_t>(counts.hidden)) + "）";
@@ -557,34 +528,32 @@ bool MainWindow::runFile(int command) {
 bool MainWindow::runEdit(int command) {
     switch (command) {
         case CMD_EDIT_SELECT_ALL:
-            selectAll(host_, shownNodes());
+            selectAll(host_, scene_.nodes());
             return true;
         case CMD_EDIT_SELECT_NONE:
             host_.ClearNodeSelection();
             return true;
         case CMD_EDIT_SELECT_INVERT:
-            invertSelection(host_, shownNodes());
+            invertSelection(host_, scene_.nodes());
             return true;
         case CMD_EDIT_HIDE:
             hideSelected(host_);
-            break;
+            return true;
         case CMD_EDIT_UNHIDE_ALL:
             unhideAll(host_);
-            break;
+            return true;
         case CMD_EDIT_GROUP:
             groupSelected(host_);
-            break;
+            return true;
         case CMD_EDIT_UNGROUP:
             ungroupSelected(host_);
-            break;
+            return true;
         case CMD_EDIT_DELETE:
             deleteSelected();
             return true;
         default:
             return false;
     }
-    redrawScene();
-    return true;
 }
 
 bool MainWindow::runScript(int command) {
@@ -651,11 +620,6 @@ void MainWindow::sceneReplaced() {
     refreshFrame();
 }
 
-void MainWindow::setBusy(bool busy) {
-    busy_ = busy;
-    if (!busy) redrawScene();
-}
-
 void MainWindow::deleteSelected() {
     const std::vector<INode*> nodes = selectedNodes(host_);
     if (nodes.empty()) return;
@@ -665,7 +629,6 @@ void MainWindow::deleteSelected() {
                     MB_OKCANCEL | MB_ICONWARNING, kProgramName) != IDOK)
         return;
     deleteNodes(host_, nodes);
-    redrawScene();
 }
 
 void MainWindow::about() {

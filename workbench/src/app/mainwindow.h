@@ -8,12 +8,11 @@
 #include "scenefiles.h"
 #include "scriptfiles.h"
 
-#include <workbench/scenefeed.h>
 #include <workbench/scriptline.h>
+#include <workbench/shownscene.h>
 
 #include <kiln/host/host.h>
 
-#include <span>
 #include <string>
 #include <vector>
 
@@ -63,8 +62,6 @@ public:
                        LPARAM param, DWORD flags, int category) override;
     void deleteRollupPage(HWND page) override;
     void rollupMouseMessage(HWND page, UINT message, WPARAM wParam, LPARAM lParam) override;
-    void redrawViews(TimeValue t, DWORD flags, Animatable* changed) override;
-    void nodeInvalidated(INode* node) override;
     void pushPrompt(const char* text) override;
     void utilityChanged(ClassDesc* utility) override;
 
@@ -99,12 +96,10 @@ private:
     // SceneFilesClient
     void sceneReplaced() override;
     void fileChanged() override { refreshFrame(); }
-    void setBusy(bool busy) override;
+    void setBusy(bool busy) override { scene_.hold(busy); }
 
     void deleteSelected();
-    /// The nodes that are not hidden.
-    std::span<INode* const> shownNodes();
-    void redrawScene();
+    void onOutdated();
 
     static void onNotify(void* self, NotifyInfo* info);
     void noteChange(const NotifyInfo& change);
@@ -122,14 +117,11 @@ private:
 
     kiln::Core& core_;
     Interface& host_;
-    SceneFeed feed_;
+    ShownScene scene_;
     ScriptLine scriptLine_;
     SceneFiles files_;
     ScriptFiles scripts_;
-    bool sceneStale_ = true;
-    bool selectionStale_ = false;
     bool refreshPosted_ = false;
-    bool busy_ = false;  // the scene is half-done
 
     Viewport viewport_;
     CommandPanel panel_;

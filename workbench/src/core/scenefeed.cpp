@@ -12,6 +12,7 @@ namespace workbench {
 namespace {
 
 constexpr Colour kHelperColour = 0x6FD0A8;
+constexpr COLORREF kUnknownLightColour = 0xA0F0FF;
 
 // The host has blue in the highest byte, the screen red.
 Colour screenColour(COLORREF colour) {
@@ -61,6 +62,13 @@ float share(float value) {
 
 Vec3 toVec3(const LightColor& colour) {
     return {share(colour.red), share(colour.green), share(colour.blue)};
+}
+
+COLORREF hostColour(const LightColor& colour) {
+    const auto part = [](float value, unsigned shift) {
+        return static_cast<COLORREF>(std::lround(share(value) * 255)) << shift;
+    };
+    return part(colour.red, 0) | part(colour.green, 8) | part(colour.blue, 16);
 }
 
 }  // namespace
@@ -181,9 +189,8 @@ void SceneFeed::addNode(const Visit& visit, bool standsForAnother) {
     if (!object) return addHelper();
     if (object->SuperClassID() == LIGHT_CLASS_ID) {
         const auto* light = dynamic_cast<const GenLight*>(object);
-        if (light) addLight(place, *light);
-        const Colour colour = light ? screenColour(light->GetColor()) : 0xFFF0A0;
-        return model_.addMark(MarkKind::kLight, origin, colour);
+        const COLORREF colour = light ? addLight(place, *light, node) : kUnknownLightColour;
+        return model_.addMark(MarkKind::kLight, origin, screenColour(colour));
     }
     if (object->CanConvertToType(TRIOBJ_CLASS_ID)) {
         const Converted converted{object, object->ConvertToType(0, TRIOBJ_CLASS_ID)};
@@ -197,8 +204,12 @@ void SceneFeed::addNode(const Visit& visit, bool standsForAnother) {
     addHelper();
 }
 
-void SceneFeed::addLight(const Matrix3& place, const GenLight& light) {
-    if (!light.GetUseLight()) return;
+/// Gives the light's colour, whether it shines or not.
+COLORREF SceneFeed::addLight(const Matrix3& place, const GenLight& light, INode& node) {
+    NodeLook look;
+    if (looks_) looks_->GetLook(&node, look);
+    const COLORREF colour = look.light ? hostColour(*look.light) : light.GetColor();
+    if (!look.shines.value_or(light.GetUseLight())) return colour;
     const Class_ID kind = light.ClassID();
     Light lamp;
     lamp.kind = kind == DIR_LIGHT_CLASS_ID    ? LightKind::kDirectional
@@ -206,12 +217,12 @@ void SceneFeed::addLight(const Matrix3& place, const GenLight& light) {
                                               : LightKind::kSpot;
     lamp.position = toVec3d(place.GetTrans());
     lamp.direction = toVec3(-Normalize(place.GetRow(2)));
-    const COLORREF colour = light.GetColor();
     const auto strength = [&](unsigned shift) {
         return static_cast<float>(light.GetIntensity() * (colour >> shift & 0xFF) / 255);
     };
     lamp.strength = {strength(0), strength(8), strength(16)};
     model_.addLight(lamp);
+    return colour;
 }
 
 /// What is known of the node's look, or else what the host itself knows.

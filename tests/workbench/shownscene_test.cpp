@@ -1,0 +1,91 @@
+#include <workbench/shownscene.h>
+
+#include <kiln/host/host.h>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+using namespace workbench;
+
+namespace {
+
+class ShownSceneTest : public testing::Test {
+protected:
+    ShownSceneTest() { scene_.model(); }
+    ~ShownSceneTest() override { kiln::Core::destroy(); }
+
+    INode* add(const char* name) { return host_.CreateObjectNode(new BoxObject, name); }
+    Colour firstColour() { return scene_.model().triangles().front().colour; }
+
+    Interface& host_ = kiln::Core::create().hostInterface();
+    int outdated_ = 0;
+    ShownScene scene_{host_, [this] { ++outdated_; }};
+};
+
+TEST_F(ShownSceneTest, FollowsTheSceneAndSaysSoOnce) {
+    INode* const box = add("box");
+    EXPECT_EQ(outdated_, 1);
+    box->SetWireColor(0x0000FF);
+    EXPECT_EQ(outdated_, 1) << "nobody has looked since";
+    EXPECT_EQ(firstColour(), 0xFF0000u);
+    box->SetWireColor(0x00FF00);
+    EXPECT_EQ(outdated_, 2);
+    EXPECT_EQ(firstColour(), 0x00FF00u);
+    firstColour();
+    EXPECT_EQ(outdated_, 2);
+}
+
+TEST_F(ShownSceneTest, ABulkOfEditsIsOneRedraw) {
+    std::vector<INode*> boxes;
+    for (int i = 0; i < 10'000; ++i) boxes.push_back(add("box"));
+    scene_.model();
+    outdated_ = 0;
+    for (INode* const box : boxes) box->SetWireColor(0x0000FF);
+    EXPECT_EQ(outdated_, 1);
+    EXPECT_EQ(scene_.model().triangles().back().colour, 0xFF0000u);
+}
+
+TEST_F(ShownSceneTest, NamesNoNodeThatMayHaveGone) {
+    INode* const box = add("box");
+    ASSERT_EQ(scene_.model().items().size(), 1u);
+    EXPECT_EQ(scene_.nodeOf(0), box);
+    host_.DeleteNode(box);
+    EXPECT_EQ(scene_.nodeOf(0), nullptr);
+    EXPECT_TRUE(scene_.nodes().empty());
+}
+
+TEST_F(ShownSceneTest, TakesOverTheSelectionWithoutReadingTheScene) {
+    INode* const box = add("box");
+    scene_.model();
+    outdated_ = 0;
+    for (int i = 0; i < 2; ++i) {
+        host_.SelectNode(box);
+        scene_.selectionChanged();
+    }
+    EXPECT_EQ(outdated_, 1);
+    EXPECT_EQ(scene_.nodeOf(0), box) << "its items are the same";
+    EXPECT_TRUE(scene_.model().items().front().selected);
+    host_.ClearNodeSelection();
+    scene_.selectionChanged();
+    EXPECT_EQ(outdated_, 2);
+    EXPECT_FALSE(scene_.model().items().front().selected);
+}
+
+TEST_F(ShownSceneTest, ShowsWhatItHasWhileTheSceneIsHalfDone) {
+    scene_.hold(true);
+    INode* const box = add("box");
+    EXPECT_EQ(outdated_, 1);
+    EXPECT_TRUE(scene_.model().items().empty());
+    host_.SelectNode(box);
+    scene_.selectionChanged();
+    scene_.hold(false);
+    EXPECT_EQ(outdated_, 2) << "what was drawn meanwhile is old";
+    ASSERT_EQ(scene_.model().items().size(), 1u);
+    EXPECT_TRUE(scene_.model().items().front().selected);
+    scene_.hold(true);
+    scene_.hold(false);
+    EXPECT_EQ(outdated_, 2) << "nothing has changed";
+}
+
+}  // namespace

@@ -1,0 +1,48 @@
+// The scene as the program shows it.
+#pragma once
+
+#include <workbench/scenefeed.h>
+
+#include <kiln/scenewatch.h>
+
+#include <functional>
+#include <span>
+
+namespace workbench {
+
+/// Reads the scene anew when somebody looks at it and it has changed since, whoever changed it.
+class ShownScene {
+public:
+    /// `onOutdated` is called when what was read is out of date, once until it is read again.
+    ShownScene(Interface& host, std::function<void()> onOutdated);
+
+    /// What to draw: as the scene is now, unless it is being held. Valid until the next call.
+    const SceneModel& model();
+    /// The nodes that are not hidden.
+    std::span<INode* const> nodes();
+    /// The node behind an item of the last model; null for none, and while that is out of date.
+    INode* nodeOf(ItemIndex item) const;
+    /// Of the last model.
+    const SceneCounts& counts() const { return feed_.counts(); }
+    std::vector<std::string> takeFailures() { return feed_.takeFailures(); }
+
+    /// To be told when the set of selected nodes has changed.
+    void selectionChanged();
+    /// Forgets the nodes, which are about to go.
+    void forget() { feed_.clear(); }
+    /// While the scene is half-done what was read last is shown.
+    void hold(bool held);
+
+private:
+    bool isCurrent() const { return isRead_ && !watch_.HasChanged(); }
+
+    Interface& host_;
+    std::function<void()> onOutdated_;
+    SceneWatch watch_;
+    SceneFeed feed_;
+    bool isRead_ = false;
+    bool selectionChanged_ = false;
+    bool held_ = false;
+};
+
+}  // namespace workbench

@@ -1,0 +1,45 @@
+#include <workbench/shownscene.h>
+
+#include <utility>
+
+namespace workbench {
+
+ShownScene::ShownScene(Interface& host, std::function<void()> onOutdated)
+    : host_(host),
+      onOutdated_(std::move(onOutdated)),
+      watch_([](void* self) { static_cast<ShownScene*>(self)->onOutdated_(); }, this) {}
+
+const SceneModel& ShownScene::model() {
+    if (held_) return feed_.model();
+    if (!isCurrent()) {
+        // Before it is read, so that a change meanwhile is told.
+        watch_.Take();
+        isRead_ = false;
+        feed_.build(host_);
+        isRead_ = true;
+    } else if (selectionChanged_) {
+        feed_.updateSelection();
+    }
+    selectionChanged_ = false;
+    return feed_.model();
+}
+
+std::span<INode* const> ShownScene::nodes() {
+    model();
+    return feed_.nodes();
+}
+
+INode* ShownScene::nodeOf(ItemIndex item) const {
+    return isCurrent() && !held_ ? feed_.nodeOf(item) : nullptr;
+}
+
+void ShownScene::selectionChanged() {
+    if (!std::exchange(selectionChanged_, true) && isCurrent()) onOutdated_();
+}
+
+void ShownScene::hold(bool held) {
+    held_ = held;
+    if (!held && (selectionChanged_ || !isCurrent())) onOutdated_();
+}
+
+}  // namespace workbench
