@@ -34,16 +34,11 @@ INode* databaseAbove(INode* node) {
 
 std::vector<INode*> databasesIn(Interface& host) {
     std::vector<INode*> databases;
-    std::vector<INode*> nodes{host.GetRootNode()};
-    while (!nodes.empty()) {
-        INode* const node = nodes.back();
-        nodes.pop_back();
-        if (isHeader(node)) {
-            databases.push_back(node);
-            continue;
-        }
-        for (int i = node->NumberOfChildren(); i-- > 0;) nodes.push_back(node->GetChildNode(i));
-    }
+    ForEachInSubtree(host.GetRootNode(), [&](INode& node) {
+        if (!isHeader(&node)) return WalkStep::kOn;
+        databases.push_back(&node);
+        return WalkStep::kPastThis;
+    });
     return databases;
 }
 
@@ -133,16 +128,12 @@ private:
     }
 
     void findDefinitions(INode& top) {
-        std::vector<INode*> open{&top};
-        while (!open.empty()) {
-            INode* const node = open.back();
-            open.pop_back();
+        ForEachInSubtree(&top, [&](INode& node) {
             FltInstanceDef definition;
-            if (isOfKind(node, FltNodeKind::InstanceDef) && fltGetRecord(node, definition)) {
-                definitions_.emplace(definition.instanceNumber, node);
+            if (isOfKind(&node, FltNodeKind::InstanceDef) && fltGetRecord(&node, definition)) {
+                definitions_.emplace(definition.instanceNumber, &node);
             }
-            for (int i = node->NumberOfChildren(); i-- > 0;) open.push_back(node->GetChildNode(i));
-        }
+        });
     }
 
     void selectDefinitionOf(INode& node) {

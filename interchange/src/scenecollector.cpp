@@ -18,29 +18,20 @@ namespace interchange {
 
 namespace {
 
-/// A mesh that an object is or becomes; freed again in the latter case.
+/// The mesh that a node's object is or becomes.
 class MeshOf {
 public:
-    explicit MeshOf(INode& node) : object_(node.EvalWorldState(0).obj) {
-        if (object_ == nullptr || !object_->CanConvertToType(TRIOBJ_CLASS_ID)) return;
-        converted_ = object_->ConvertToType(0, TRIOBJ_CLASS_ID);
-    }
-    ~MeshOf() {
-        if (converted_ != nullptr && converted_ != object_) converted_->DeleteThis();
-    }
-    MeshOf(const MeshOf&) = delete;
-    MeshOf& operator=(const MeshOf&) = delete;
+    explicit MeshOf(INode& node) : converted_(node.EvalWorldState(0).obj, 0, TRIOBJ_CLASS_ID) {}
 
     /// Null when there is none, or one that contradicts itself.
     const Mesh* get() const {
-        if (converted_ == nullptr) return nullptr;
-        const Mesh& mesh = static_cast<const TriObject*>(converted_)->GetMesh();
+        if (converted_.get() == nullptr) return nullptr;
+        const Mesh& mesh = static_cast<const TriObject*>(converted_.get())->GetMesh();
         return mesh.IsConsistent() ? &mesh : nullptr;
     }
 
 private:
-    Object* object_;
-    Object* converted_ = nullptr;
+    ConvertedObject converted_;
 };
 
 /// The direction that a polygon faces; (0, 0, 0) for one without area.

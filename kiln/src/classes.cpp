@@ -85,11 +85,11 @@ bool isObjectSuperClass(SClass_ID superClass) noexcept {
            superClass == LIGHT_CLASS_ID || superClass == HELPER_CLASS_ID;
 }
 
-std::unique_ptr<Animatable, DeleteThis> createOrStandIn(SClass_ID superClass, const Class_ID& id) {
+OwnedPtr<Animatable> createOrStandIn(SClass_ID superClass, const Class_ID& id) {
     if (isObjectSuperClass(superClass) && !isBuiltIn(superClass, id) && isBuiltInObject(id))
         return nullptr;
     if (Animatable* const thing = CreateInstance(superClass, id))
-        return std::unique_ptr<Animatable, DeleteThis>(thing);
+        return OwnedPtr<Animatable>(thing);
     if (isBuiltIn(superClass, id)) throw std::bad_alloc();  // there is nothing else it can lack
     Animatable* standIn = nullptr;
     if (isObjectSuperClass(superClass))
@@ -98,7 +98,7 @@ std::unique_ptr<Animatable, DeleteThis> createOrStandIn(SClass_ID superClass, co
         standIn = new StandIn<Texmap>(superClass, id);
     else if (superClass == CUST_ATTRIB_CLASS_ID)
         standIn = new StandIn<CustAttrib>(superClass, id);
-    return std::unique_ptr<Animatable, DeleteThis>(standIn);
+    return OwnedPtr<Animatable>(standIn);
 }
 
 }  // namespace kiln

@@ -2,26 +2,20 @@
 #pragma once
 
 #include <kiln/classdesc.h>
-#include <kiln/object.h>
+#include <kiln/ownedptr.h>
 #include <kiln/texmap.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
 namespace kiln {
-
-/// Lets go of something that nobody has taken a reference to.
-struct DeleteThis {
-    void operator()(Animatable* thing) const { thing->DeleteThis(); }
-};
 
 /// A thing of class `id`, or one that stands in for it while the plug-in that has the class is not
 /// there: it keeps the class's identity and its saved state, so that nothing is lost when the scene
 /// is saved again. Null when `superClass` is none of a scene, or an object would have the class id
 /// of one of the host's own objects under another super class: objects are told apart by their
 /// class ids alone when they are converted.
-std::unique_ptr<Animatable, DeleteThis> createOrStandIn(SClass_ID superClass, const Class_ID& id);
+OwnedPtr<Animatable> createOrStandIn(SClass_ID superClass, const Class_ID& id);
 
 /// Whether the host itself provides that class, and writes its things out.
 bool isBuiltIn(SClass_ID superClass, const Class_ID& id) noexcept;

@@ -3,6 +3,7 @@
 #include <base/text.h>
 #include <kiln/host/core.h>
 #include <kiln/host/module.h>
+#include <kiln/ownedptr.h>
 
 #include <algorithm>
 #include <new>
@@ -40,19 +41,10 @@ private:
     bool cancelled_ = false;
 };
 
-struct DeleteThisCall {
-    template <typename T>
-    void operator()(T* object) const {
-        object->DeleteThis();
-    }
-};
 template <typename T>
-using Made = std::unique_ptr<T, DeleteThisCall>;
-
-template <typename T>
-Made<T> create(ClassDesc* description) {
+OwnedPtr<T> create(ClassDesc* description) {
     try {
-        return Made<T>(static_cast<T*>(description->Create(false)));
+        return OwnedPtr<T>(static_cast<T*>(description->Create(false)));
     } catch (...) {
         return nullptr;
     }
@@ -62,7 +54,7 @@ template <typename T>
 std::vector<FileKind> kindsOf(SClass_ID superClass) {
     std::vector<FileKind> kinds;
     for (ClassDesc* const one : classesOf(superClass)) {
-        const Made<T> object = create<T>(one);
+        const OwnedPtr<T> object = create<T>(one);
         if (!object) continue;
         FileKind kind{one, object->ShortDesc(), {}, {}};
         for (int i = 0; i < object->ExtCount(); ++i) kind.extensions.emplace_back(object->Ext(i));
@@ -81,7 +73,7 @@ std::string extensionOf(const std::string& path) {
 }
 
 template <typename T>
-Made<T> handlerFor(const std::string& path, SClass_ID superClass) {
+OwnedPtr<T> handlerFor(const std::string& path, SClass_ID superClass) {
     const std::string extension = extensionOf(path);
     for (const FileKind& kind : kindsOf<T>(superClass))
         for (const std::string& one : kind.extensions)

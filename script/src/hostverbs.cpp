@@ -32,16 +32,11 @@ Matrix3 moved(Matrix3 matrix, const Point3& position) {
     return matrix;
 }
 
-// Everything below `node`, parents first.
-void collect(INode& node, std::vector<Value>& nodes) {
-    std::vector<INode*> open{&node};
-    while (!open.empty()) {
-        INode* const next = open.back();
-        open.pop_back();
-        if (next != &node) nodes.push_back(Value::ofNode(next));
-        for (int i = next->NumberOfChildren() - 1; i >= 0; --i)
-            open.push_back(next->GetChildNode(i));
-    }
+// Everything below `top`, parents first.
+void collect(INode& top, std::vector<Value>& nodes) {
+    ForEachInSubtree(&top, [&](INode& node) {
+        if (&node != &top) nodes.push_back(Value::ofNode(&node));
+    });
 }
 
 void link(INode* child, INode* parent) {
@@ -63,10 +58,8 @@ void place(INode* node, const Arguments& arguments, std::size_t position, std::s
 
 // Arguments 0 to 2 are name, position and parent, and are looked at before anything is made.
 Value create(const Arguments& arguments, Object* object) {
-    ReferenceTarget* const kept = object;
-    kept->AddReference();
-    const std::shared_ptr<ReferenceTarget> release(
-        kept, [](ReferenceTarget* one) { one->ReleaseReference(); });
+    object->AddReference();
+    const std::shared_ptr<Object> release(object, [](Object* one) { one->ReleaseReference(); });
     const std::string* const name = arguments.has(0) ? &arguments.text(0) : nullptr;
     if (arguments.has(1)) arguments.point(1);
     if (arguments.has(2)) arguments.node(2);

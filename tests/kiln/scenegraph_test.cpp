@@ -343,4 +343,56 @@ TEST_F(SceneGraphTest, DeepChainsAndLongSiblingListsWork) {
     EXPECT_EQ(host.GetNodeCount(), 2 + kMany + kMany / 2);
 }
 
+TEST_F(SceneGraphTest, ASubtreeIsWalkedParentsFirstAndAsFarAsAsked) {
+    INode* const a = addNode("a");
+    INode* const b = addNode("b", a);
+    addNode("c", b);
+    addNode("d", a);
+    addNode("e");
+    std::string names;
+    const auto walked = [&](INode* top, const std::string& prune, const std::string& end) {
+        names.clear();
+        const bool whole = ForEachInSubtree(top, [&](INode& node) {
+            names += node.GetName();
+            return node.GetName() == end     ? WalkStep::kEnd
+                   : node.GetName() == prune ? WalkStep::kPastThis
+                                             : WalkStep::kOn;
+        });
+        return names + (whole ? "" : "!");
+    };
+    EXPECT_EQ(walked(a, "", ""), "abcd");
+    EXPECT_EQ(walked(a, "b", ""), "abd");
+    EXPECT_EQ(walked(a, "a", ""), "a");
+    EXPECT_EQ(walked(a, "", "c"), "abc!");
+    EXPECT_EQ(walked(a, "", "a"), "a!");
+    EXPECT_EQ(walked(nullptr, "", ""), "");
+    int count = 0;
+    EXPECT_TRUE(ForEachInSubtree(root, [&](INode&) { ++count; }));
+    EXPECT_EQ(count, 6);
+
+    INode* deep = a;
+    for (int i = 0; i < 100'000; ++i) {
+        INode* const next = addNode("n");
+        deep->AttachChild(next, false);
+        deep = next;
+    }
+    count = 0;
+    ForEachInSubtree(a, [&](INode&) { ++count; });
+    EXPECT_EQ(count, 100'004);
+}
+
+TEST_F(SceneGraphTest, AConvertedObjectIsFreedUnlessItIsTheSource) {
+    const ConvertedObject none(nullptr, 0, TRIOBJ_CLASS_ID);
+    EXPECT_EQ(none.get(), nullptr);
+    DummyObject dummy;
+    const ConvertedObject noMesh(&dummy, 0, TRIOBJ_CLASS_ID);
+    EXPECT_EQ(noMesh.get(), nullptr);
+    BoxObject box;
+    const ConvertedObject made(&box, 0, TRIOBJ_CLASS_ID);  // leaks unless it is freed
+    ASSERT_NE(made.get(), nullptr);
+    EXPECT_NE(made.get(), &box);
+    const ConvertedObject same(&box, 0, BOXOBJ_CLASS_ID);  // not to be freed
+    EXPECT_EQ(same.get(), &box);
+}
+
 }  // namespace

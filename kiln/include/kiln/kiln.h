@@ -22,9 +22,11 @@
 #include <kiln/nodelook.h>
 #include <kiln/notify.h>
 #include <kiln/object.h>
+#include <kiln/ownedptr.h>
 #include <kiln/platform.h>
 #include <kiln/sceneio.h>
 #include <kiln/scenewatch.h>
+#include <kiln/subtree.h>
 #include <kiln/tab.h>
 #include <kiln/texmap.h>
 #include <kiln/timevalue.h>

@@ -201,14 +201,9 @@ bool isOfKind(INode* node, FltNodeKind kind) {
 }
 
 bool holdsDefinition(INode* top) {
-    std::vector<INode*> pending{top};
-    while (!pending.empty()) {
-        INode* const node = pending.back();
-        pending.pop_back();
-        if (isOfKind(node, FltNodeKind::InstanceDef)) return true;
-        for (int i = 0; i < node->NumberOfChildren(); ++i) pending.push_back(node->GetChildNode(i));
-    }
-    return false;
+    return !ForEachInSubtree(top, [](INode& node) {
+        return isOfKind(&node, FltNodeKind::InstanceDef) ? WalkStep::kEnd : WalkStep::kOn;
+    });
 }
 
 /// Whether the edit concerns more items than those it is made on: nodes that references list as

@@ -27,12 +27,11 @@ bool addTextureAttr(Texmap* texmap) {
     if (!attributes) attributes = texmap->AllocCustAttribContainer();
     if (!attributes) return false;
     if (findMark(*attributes) >= 0) return true;
-    auto* const mark =
-        static_cast<CustAttrib*>(CreateInstance(CUST_ATTRIB_CLASS_ID, kTextureAttrClassId));
-    if (!mark) return false;
-    if (attributes->InsertCustAttrib(0, mark)) return true;
-    mark->DeleteThis();
-    return false;
+    OwnedPtr<CustAttrib> mark(
+        static_cast<CustAttrib*>(CreateInstance(CUST_ATTRIB_CLASS_ID, kTextureAttrClassId)));
+    if (!mark || !attributes->InsertCustAttrib(0, mark.get())) return false;
+    mark.release();
+    return true;
 }
 
 bool removeTextureAttr(Texmap* texmap) {

@@ -1,5 +1,7 @@
 #include "editcommands.h"
 
+#include <kiln/subtree.h>
+
 namespace workbench {
 
 std::vector<INode*> selectedNodes(Interface& host) {
@@ -28,13 +30,7 @@ void hideSelected(Interface& host) {
 }
 
 void unhideAll(Interface& host) {
-    std::vector<INode*> open{host.GetRootNode()};
-    while (!open.empty()) {
-        INode* node = open.back();
-        open.pop_back();
-        if (node->IsHidden()) node->Hide(false);
-        for (int i = 0; i < node->NumberOfChildren(); ++i) open.push_back(node->GetChildNode(i));
-    }
+    ForEachInSubtree(host.GetRootNode(), [](INode& node) { node.Hide(false); });
 }
 
 void groupSelected(Interface& host) {

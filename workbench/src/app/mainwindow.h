@@ -1,15 +1,16 @@
-// The application's window: it owns the views on the host's scene and is the host's window side.
+// The application's window.
 #pragma once
 
-#include "../ui/commandpanel.h"
-#include "../ui/scriptpane.h"
-#include "../ui/statusbar.h"
-#include "../ui/viewport.h"
+#include "commandtable.h"
+#include "hostside.h"
+#include "menubar.h"
+#include "notifications.h"
+#include "panes.h"
 #include "scenefiles.h"
+#include "sceneview.h"
 #include "scriptfiles.h"
-
-#include <workbench/scriptline.h>
-#include <workbench/shownscene.h>
+#include "statustexts.h"
+#include "utilities.h"
 
 #include <kiln/host/host.h>
 
@@ -18,52 +19,33 @@
 
 namespace workbench {
 
-class MainWindow : public CWnd,
-                   public ViewportClient,
-                   public SceneFilesClient,
-                   public kiln::HostWindow {
+/// Owns what the program consists of, takes the platform's messages and hands them on.
+class MainWindow : public CWnd, public SceneViewClient, public SceneFilesClient {
 public:
     explicit MainWindow(kiln::Core& core);
-    ~MainWindow() override;
 
     /// Creates the window, hidden, about 1280 by 900 pixels at 100 %.
     bool Create();
 
     /// Lists the utilities of the modules that are loaded now.
     void listUtilities();
-    /// Where scripts put pictures whose path says no folder: the current one unless this is set.
-    void setPictureFolder(const std::string& folder) { pictureFolder_ = folder; }
-    const std::string& pictureFolder() const { return pictureFolder_; }
     /// Draws every window of the program now, without handling other messages.
     void drawNow();
-    /// Adds a line to the script log.
-    void print(const std::string& line) override { script_.print(line); }
-
-    /// The utility with this class name, or null.
-    ClassDesc* utilityNamed(const std::string& name) const;
     /// Accelerators, and the keyboard in rollup pages; true when the message was used.
     bool preTranslate(MSG& message);
+    /// Runs a menu command.
+    void run(int command) { commands_.run(command); }
 
-    CommandPanel& panel() { return panel_; }
-    Viewport& viewport() { return viewport_; }
+    CommandPanel& panel() { return panes_.panel(); }
+    Viewport& viewport() { return panes_.viewport(); }
+    SceneView& view() { return view_; }
     SceneFiles& files() { return files_; }
     ScriptFiles& scripts() { return scripts_; }
+    const Utilities& utilities() const { return utilities_; }
     kiln::Core& core() { return core_; }
-    /// Selects the node with the tallest surface, as a click on it would; false without one.
-    bool selectTallest();
-    /// Encloses what is selected; empty without a selection.
-    Box selectedBox() { return sceneToDraw().selectedBox(); }
-    /// Runs a menu command.
-    void run(int command);
 
-    // kiln::HostWindow
-    HWND mainWindow() override { return Handle(); }
-    HWND addRollupPage(HINSTANCE module, int dialogId, DLGPROC procedure, const char* title,
-                       LPARAM param, DWORD flags, int category) override;
-    void deleteRollupPage(HWND page) override;
-    void rollupMouseMessage(HWND page, UINT message, WPARAM wParam, LPARAM lParam) override;
-    void pushPrompt(const char* text) override;
-    void utilityChanged(ClassDesc* utility) override;
+    // SceneFilesClient
+    void print(const std::string& line) override { panes_.script().print(line); }
 
 protected:
     bool OnCreate(const CREATESTRUCTW& create) override;
@@ -83,58 +65,34 @@ protected:
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
 
 private:
-    // ViewportClient
-    const SceneModel& sceneToDraw() override;
-    void onPick(ItemIndex item, bool add) override;
-    void onHover(ItemIndex item) override;
-
-    bool runFile(int command);
-    bool runEdit(int command);
-    bool runView(int command);
-    bool runScript(int command);
+    // SceneViewClient
+    void sceneOutdated() override;
+    void sceneDrawn(const std::vector<std::string>& failures) override;
+    void nodeHovered(const INode* node) override { status_.showHovered(node); }
 
     // SceneFilesClient
     void sceneReplaced() override;
     void fileChanged() override { refreshFrame(); }
-    void setBusy(bool busy) override { scene_.hold(busy); }
+    void setBusy(bool busy) override { view_.scene().hold(busy); }
 
-    void deleteSelected();
-    void onOutdated();
-
-    static void onNotify(void* self, NotifyInfo* info);
     void noteChange(const NotifyInfo& change);
+    /// Has title and status bar brought up to date once the present message is done.
     void refreshFrame();
     void refreshTitle();
-    void refreshStatus();
-    void refreshMenu();
-    void listRecentFiles();
     void raiseOwned();
-    void layout();
-    RECT splitterArea() const;
-    void about();
-    void listAboutBoxes();
-    bool showAboutOf(int command);
 
     kiln::Core& core_;
-    Interface& host_;
-    ShownScene scene_;
-    ScriptLine scriptLine_;
+    SceneView view_;
+    Panes panes_;
+    StatusTexts status_;
+    Utilities utilities_;
     SceneFiles files_;
     ScriptFiles scripts_;
+    CommandTable commands_;
+    MenuBar menu_;
+    HostSide hostSide_;
+    Notifications notifications_;
     bool refreshPosted_ = false;
-
-    Viewport viewport_;
-    CommandPanel panel_;
-    ScriptPane script_;
-    StatusBar status_;
-
-    std::string pictureFolder_;
-    std::string prompt_;
-    std::vector<ClassDesc*> utilities_;
-    std::vector<ClassDesc2*> aboutBoxes_;  // of the help menu, in its order
-    int scriptHeight_ = 0;
-    bool splitting_ = false;
-    HACCEL fileKeys_ = nullptr, sceneKeys_ = nullptr;
 };
 
 }  // namespace workbench

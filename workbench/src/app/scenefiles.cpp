@@ -12,8 +12,6 @@
 namespace workbench {
 namespace {
 
-constexpr char kProgramName[] = "Workbench";
-
 const std::vector<FileFilter> kSceneFilters = {{"Kiln 场景 (*.kiln)", "*.kiln"},
                                                {"所有文件 (*.*)", "*.*"}};
 

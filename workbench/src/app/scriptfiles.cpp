@@ -35,8 +35,8 @@ private:
 
 }  // namespace
 
-ScriptFiles::ScriptFiles(CWnd& owner, ScriptLine& line, Print print)
-    : owner_(owner), line_(line), print_(std::move(print)) {
+ScriptFiles::ScriptFiles(CWnd& owner, Interface& host, Print print)
+    : owner_(owner), line_(host), print_(std::move(print)) {
     line_.setStop(EscapeKey(owner));
     line_.setPrinter(print_);
 }

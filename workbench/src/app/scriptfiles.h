@@ -15,7 +15,13 @@ public:
     using Print = std::function<void(const std::string& line)>;
 
     /// `print` adds a line to the log; `owner` owns the dialogs.
-    ScriptFiles(CWnd& owner, ScriptLine& line, Print print);
+    ScriptFiles(CWnd& owner, Interface& host, Print print);
+
+    /// Runs single lines, with the same variables.
+    ScriptLine& line() { return line_; }
+    /// Where scripts put pictures whose path says no folder: the current one unless this is set.
+    void setPictureFolder(const std::string& folder) { pictureFolder_ = folder; }
+    const std::string& pictureFolder() const { return pictureFolder_; }
 
     /// Runs a script file. The log gets what it prints, or what is wrong with it: file, line and
     /// column. Escape, held down over the owner, ends it.
@@ -31,8 +37,9 @@ public:
 
 private:
     CWnd& owner_;
-    ScriptLine& line_;
+    ScriptLine line_;
     Print print_;
+    std::string pictureFolder_;
     std::string path_;  // of the script that was run last
 };
 

@@ -12,17 +12,19 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <initializer_list>
 #include <map>
 #include <utility>
 
 namespace workbench {
 namespace {
 
-constexpr int kOpenBrowserButton = 1003;  // the first button of the utility's rollup page
-constexpr int kAboutButton = 1136;
-constexpr int kExpandButton = 1123;  // of the form that it opens
-constexpr int kToolButton = 1118;
-constexpr int kMostDetailButton = 1006;  // of the rollup page
+// What buttons of plug-ins say.
+using Labels = std::initializer_list<const wchar_t*>;
+constexpr Labels kExpand = {L"Expand", L"展开"};
+constexpr Labels kTool = {L"Tool", L"工具"};
+constexpr Labels kMostDetail = {L"最大细节", L"Most detail"};
+
 constexpr DWORD kRestMilliseconds = 200;
 constexpr DWORD kPatience = 20000;
 constexpr UINT kBoxMilliseconds = 500;  // a box has been painted by then
@@ -65,11 +67,29 @@ BOOL CALLBACK findForm(HWND window, LPARAM found) {
     return FALSE;
 }
 
-kiln::Status press(HWND parent, int id) {
-    const HWND button = ::GetDlgItem(parent, id);
-    if (!button) return kiln::Status::failure("there is no control " + std::to_string(id));
-    if (!::IsWindowEnabled(button))
-        return kiln::Status::failure("control " + std::to_string(id) + " is disabled");
+bool isPushButton(HWND window) {
+    const LONG_PTR kind = ::GetWindowLongPtrW(window, GWL_STYLE) & BS_TYPEMASK;
+    return kind == BS_PUSHBUTTON || kind == BS_DEFPUSHBUTTON || kind == BS_OWNERDRAW;
+}
+
+/// The first push button of a window, or null.
+HWND firstButton(HWND parent) {
+    HWND button = ::FindWindowExW(parent, nullptr, WC_BUTTONW, nullptr);
+    while (button && !isPushButton(button))
+        button = ::FindWindowExW(parent, button, WC_BUTTONW, nullptr);
+    return button;
+}
+
+/// The button of a window that says one of these, or null.
+HWND buttonSaying(HWND parent, Labels labels) {
+    for (const wchar_t* const label : labels)
+        if (const HWND button = ::FindWindowExW(parent, nullptr, WC_BUTTONW, label)) return button;
+    return nullptr;
+}
+
+kiln::Status press(HWND button) {
+    if (!button) return kiln::Status::failure("there is no such button");
+    if (!::IsWindowEnabled(button)) return kiln::Status::failure("the button is disabled");
     ::SendMessageW(button, BM_CLICK, 0, 0);
     return {};
 }
@@ -196,8 +216,8 @@ kiln::Status Walk::openFile() {
 
 kiln::Status Walk::openUtility() {
     const std::vector<ClassDesc*> all = kiln::classesOf(UTILITY_CLASS_ID);
-    ClassDesc* wanted =
-        utility_.empty() ? (all.empty() ? nullptr : all.front()) : window_.utilityNamed(utility_);
+    ClassDesc* wanted = utility_.empty() ? (all.empty() ? nullptr : all.front())
+                                         : window_.utilities().named(utility_);
     if (!wanted) return kiln::Status::failure("there is no such utility");
     if (!window_.panel().pressUtility(wanted->ClassName()))
         return kiln::Status::failure("the panel has no button for it");
@@ -207,7 +227,7 @@ kiln::Status Walk::openUtility() {
 }
 
 kiln::Status Walk::openBrowser() {
-    kiln::Status pressed = press(window_.panel().firstPage(), kOpenBrowserButton);
+    kiln::Status pressed = press(firstButton(window_.panel().firstPage()));
     if (!pressed.ok()) return pressed;
     settle();
     ::EnumThreadWindows(::GetCurrentThreadId(), findForm, reinterpret_cast<LPARAM>(&form_));
@@ -233,7 +253,7 @@ kiln::Status Walk::expandTree() {
     const HTREEITEM root = itemAfter(tree_, TVGN_ROOT, nullptr);
     if (!selectItem(tree_, root)) return kiln::Status::failure("the root could not be selected");
     settle();
-    kiln::Status pressed = press(form_, kExpandButton);
+    kiln::Status pressed = press(buttonSaying(form_, kExpand));
     if (!pressed.ok()) return pressed;
     settle();
     const HTREEITEM child = itemAfter(tree_, TVGN_CHILD, root);
@@ -265,13 +285,13 @@ kiln::Status Walk::shootKinds() {
 
 // The tool belongs to some kinds of items only. Forms without one have nothing to show here.
 kiln::Status Walk::shootTool() {
-    const HWND button = ::GetDlgItem(form_, kToolButton);
+    const HWND button = buttonSaying(form_, kTool);
     if (!button) return {};
     for (const auto& [icon, item] : firstOfEachIcon(tree_)) {
         if (!selectItem(tree_, item)) return kiln::Status::failure("an item could not be selected");
         settle();
         if (!::IsWindowEnabled(button)) continue;
-        kiln::Status pressed = press(form_, kToolButton);
+        kiln::Status pressed = press(button);
         if (!pressed.ok()) return pressed;
         settle();
         const HWND tool = ::GetActiveWindow();
@@ -285,8 +305,7 @@ kiln::Status Walk::shootTool() {
 
 // The box runs a message loop of its own, so that its picture is taken from within.
 kiln::Status Walk::shootAbout() {
-    const HWND page = window_.panel().firstPage();
-    if (!::GetDlgItem(page, kAboutButton)) return {};
+    if (window_.utilities().withAbout().empty()) return {};
     static Walk* walk;
     static kiln::Status status;
     walk = this;
@@ -299,13 +318,13 @@ kiln::Status Walk::shootAbout() {
             ::PostMessageW(box, WM_COMMAND, IDOK, 0);
         });
     ::SetActiveWindow(window_.Handle());
-    kiln::Status pressed = press(page, kAboutButton);
+    window_.run(CMD_HELP_ABOUT_UTILITY);
     ::KillTimer(nullptr, timer);
-    return pressed.ok() ? status : pressed;
+    return status;
 }
 
 kiln::Status Walk::selectInViewport() {
-    return require(window_.selectTallest(), "there is nothing to select");
+    return require(window_.view().selectTallest(), "there is nothing to select");
 }
 
 // With what it belongs to, so that there is more to see than one face.
@@ -318,20 +337,20 @@ kiln::Status Walk::closeUp() {
 }
 
 kiln::Status Walk::previewDetail() {
-    const HWND page = window_.panel().firstPage();
-    if (!::GetDlgItem(page, kMostDetailButton)) {
+    const HWND button = buttonSaying(window_.panel().firstPage(), kMostDetail);
+    if (!button) {
         say("    the page has no such button");
         return {};
     }
     window_.run(CMD_VIEW_SELECTED);  // before it may hide
-    kiln::Status pressed = press(page, kMostDetailButton);
+    kiln::Status pressed = press(button);
     return pressed.ok() ? shot("09-most-detail") : pressed;
 }
 
 // As large as a hut, in a colour of its own, and on the ground that the selection stands on.
 kiln::Status Walk::edit() {
     Interface& host = window_.core().hostInterface();
-    const Box around = window_.selectedBox();
+    const Box around = window_.view().scene().model().selectedBox();
     if (around.empty()) return kiln::Status::failure("nothing with a size is selected");
     const Vec3d size = around.max - around.min;
     const double edge = std::max({size.x, size.y, 0.01}) * 0.6;
@@ -447,7 +466,7 @@ kiln::Status Walk::exportAndOpen() {
 }
 
 kiln::Status Walk::runScript() {
-    window_.setPictureFolder(folder_);
+    window_.scripts().setPictureFolder(folder_);
     window_.run(CMD_VIEW_SHADED_EDGES);
     return window_.scripts().run(script_);
 }

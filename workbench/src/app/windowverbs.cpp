@@ -27,7 +27,7 @@ void addWindowVerbs(MainWindow& window, ScriptLine& line) {
         return script::Value(script::Done{});
     });
     line.engine().addVerb("screenshot", "path", [&window](const script::Arguments& arguments) {
-        const std::string path = picturePath(arguments.text(0), window.pictureFolder());
+        const std::string path = picturePath(arguments.text(0), window.scripts().pictureFolder());
         window.drawNow();
         if (const kiln::Status status = saveScreenshot(path); !status.ok())
             throw script::Failure(status.message());

@@ -1,4 +1,4 @@
-// Numbers and times as the workbench shows them.
+// The program's name, and numbers and times as it shows them.
 #pragma once
 
 #include <chrono>
@@ -6,6 +6,8 @@
 #include <string>
 
 namespace workbench {
+
+inline constexpr char kProgramName[] = "Workbench";
 
 /// 1234567 as "1,234,567".
 inline std::string grouped(std::size_t number) {

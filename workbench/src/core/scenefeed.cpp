@@ -1,7 +1,7 @@
 #include <workbench/scenefeed.h>
 
 #include <kiln/mesh.h>
-#include <kiln/object.h>
+#include <kiln/ownedptr.h>
 #include <kiln/texmap.h>
 
 #include <algorithm>
@@ -27,15 +27,6 @@ Vec3d toVec3d(const Point3& p) {
 Vec3 toVec3(const Point3& p) {
     return toFloat(toVec3d(p));
 }
-
-// A converted object belongs to the caller, unless it is the very one that was asked.
-struct Converted {
-    Object* source;
-    Object* result;
-    ~Converted() {
-        if (result && result != source) result->DeleteThis();
-    }
-};
 
 // The source is asked only in between, and told of the end whatever happens: it may go at any time
 // after that.
@@ -192,14 +183,12 @@ void SceneFeed::addNode(const Visit& visit, bool standsForAnother) {
         const COLORREF colour = light ? addLight(place, *light, node) : kUnknownLightColour;
         return model_.addMark(MarkKind::kLight, origin, screenColour(colour));
     }
-    if (object->CanConvertToType(TRIOBJ_CLASS_ID)) {
-        const Converted converted{object, object->ConvertToType(0, TRIOBJ_CLASS_ID)};
-        if (converted.result) {
-            const Mesh& mesh = static_cast<const TriObject*>(converted.result)->GetMesh();
-            addMesh(place, mesh, node);
-            if (mesh.faces.Count() > 0) return;
-            if (mesh.verts.Count() > 0) return addPoints(place, mesh);
-        }
+    const ConvertedObject converted(object, 0, TRIOBJ_CLASS_ID);
+    if (const auto* const surface = static_cast<const TriObject*>(converted.get())) {
+        const Mesh& mesh = surface->GetMesh();
+        addMesh(place, mesh, node);
+        if (mesh.faces.Count() > 0) return;
+        if (mesh.verts.Count() > 0) return addPoints(place, mesh);
     }
     addHelper();
 }

@@ -66,23 +66,23 @@ void Viewport::OnSize(UINT, int width, int height) {
 }
 
 bool Viewport::ensureBitmap(int width, int height) {
-    if (bitmap_ && width == bitmapWidth_ && height == bitmapHeight_) return true;
-    bitmap_ = makePixelBitmap(width, height, bits_);
-    bitmapWidth_ = width;
-    bitmapHeight_ = height;
+    if (bitmap_.handle && width == bitmap_.width && height == bitmap_.height) return true;
+    bitmap_.handle = makePixelBitmap(width, height, bitmap_.bits);
+    bitmap_.width = width;
+    bitmap_.height = height;
     stale_ = true;
-    return static_cast<bool>(bitmap_);
+    return static_cast<bool>(bitmap_.handle);
 }
 
 void Viewport::draw() {
     const auto start = std::chrono::steady_clock::now();
     options_.pixelScale = static_cast<float>(windowDpi(Handle())) / 96;
-    canvas_.resize(bitmapWidth_, bitmapHeight_);
+    canvas_.resize(bitmap_.width, bitmap_.height);
     renderer_.draw(client_.sceneToDraw(), camera_, options_, canvas_);
     ::GdiFlush();
-    std::memcpy(bits_, canvas_.pixels(),
-                sizeof(Colour) * static_cast<std::size_t>(bitmapWidth_) *
-                    static_cast<std::size_t>(bitmapHeight_));
+    std::memcpy(bitmap_.bits, canvas_.pixels(),
+                sizeof(Colour) * static_cast<std::size_t>(bitmap_.width) *
+                    static_cast<std::size_t>(bitmap_.height));
     frameMilliseconds_ =
         std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
     stale_ = false;
@@ -97,9 +97,9 @@ void Viewport::OnPaint() {
         if (stale_) draw();
         const HDC memory = ::CreateCompatibleDC(dc);
         {
-            const SelectScope selected(memory, bitmap_.get());
+            const SelectScope selected(memory, bitmap_.handle.get());
             if (fresh) drawLabels(memory);
-            ::BitBlt(dc, 0, 0, bitmapWidth_, bitmapHeight_, memory, 0, 0, SRCCOPY);
+            ::BitBlt(dc, 0, 0, bitmap_.width, bitmap_.height, memory, 0, 0, SRCCOPY);
         }
         ::DeleteDC(memory);
     }
@@ -120,8 +120,8 @@ void Viewport::drawLabel(HDC dc, const std::string& text, bool right) {
     ::SetBkMode(dc, TRANSPARENT);
     const std::wstring shown = toWide(text);
     const auto put = [&](COLORREF colour, int shift) {
-        RECT area{Scaled(10) + shift, Scaled(8) + shift, bitmapWidth_ - Scaled(10) + shift,
-                  bitmapHeight_};
+        RECT area{Scaled(10) + shift, Scaled(8) + shift, bitmap_.width - Scaled(10) + shift,
+                  bitmap_.height};
         ::SetTextColor(dc, colour);
         ::DrawTextW(dc, shown.c_str(), -1, &area,
                     DT_SINGLELINE | DT_NOPREFIX | (right ? DT_RIGHT : DT_LEFT));
@@ -132,7 +132,7 @@ void Viewport::drawLabel(HDC dc, const std::string& text, bool right) {
 
 ItemIndex Viewport::itemAt(POINT at) {
     // What is on the screen may be older than the scene: its item numbers mean nothing then.
-    if (stale_ || canvas_.width() != bitmapWidth_) Update();
+    if (stale_ || canvas_.width() != bitmap_.width) Update();
     if (stale_) return kNoItem;
     return canvas_.pick(static_cast<int>(at.x), static_cast<int>(at.y), Scaled(kPickReach));
 }
@@ -144,30 +144,31 @@ void Viewport::focusUnder(POINT at) {
     if (depth != Canvas::kFarthest) camera_.focusAt(camera_.distanceOf(depth));
 }
 
-Viewport::Drag Viewport::dragOf(UINT keys) {
-    return keys & MK_SHIFT ? Drag::kPan : keys & MK_CONTROL ? Drag::kZoom : Drag::kOrbit;
+Viewport::DragKind Viewport::dragOf(UINT keys) {
+    return keys & MK_SHIFT     ? DragKind::kPan
+           : keys & MK_CONTROL ? DragKind::kZoom
+                               : DragKind::kOrbit;
 }
 
-void Viewport::startDrag(Drag drag, POINT at) {
+void Viewport::startDrag(DragKind kind, POINT at) {
     SetFocus();
-    if (drag != Drag::kClick) focusUnder(at);
-    drag_ = drag;
-    dragStart_ = dragLast_ = at;
+    if (kind != DragKind::kClick) focusUnder(at);
+    drag_ = {kind, at, at};
     ::SetCapture(Handle());
 }
 
 void Viewport::endDrag() {
-    if (drag_ != Drag::kNone) ::ReleaseCapture();
+    if (drag_.kind != DragKind::kNone) ::ReleaseCapture();
 }
 
 void Viewport::OnLButtonDown(UINT keys, POINT at) {
-    startDrag(isDown(VK_MENU) ? dragOf(keys) : Drag::kClick, at);
+    startDrag(isDown(VK_MENU) ? dragOf(keys) : DragKind::kClick, at);
 }
 
 void Viewport::OnLButtonUp(UINT keys, POINT at) {
-    const bool click = drag_ == Drag::kClick &&
-                       std::abs(at.x - dragStart_.x) <= Scaled(kClickTolerance) &&
-                       std::abs(at.y - dragStart_.y) <= Scaled(kClickTolerance);
+    const bool click = drag_.kind == DragKind::kClick &&
+                       std::abs(at.x - drag_.start.x) <= Scaled(kClickTolerance) &&
+                       std::abs(at.y - drag_.start.y) <= Scaled(kClickTolerance);
     endDrag();
     if (click) client_.onPick(itemAt(at), (keys & MK_CONTROL) != 0);
 }
@@ -181,7 +182,7 @@ void Viewport::OnMButtonUp(UINT, POINT) {
 }
 
 void Viewport::OnRButtonDown(UINT, POINT at) {
-    startDrag(isDown(VK_MENU) ? Drag::kZoom : Drag::kPan, at);
+    startDrag(isDown(VK_MENU) ? DragKind::kZoom : DragKind::kPan, at);
 }
 
 void Viewport::OnRButtonUp(UINT, POINT) {
@@ -189,27 +190,27 @@ void Viewport::OnRButtonUp(UINT, POINT) {
 }
 
 void Viewport::OnCaptureChanged(HWND) {
-    drag_ = Drag::kNone;
+    drag_.kind = DragKind::kNone;
 }
 
 void Viewport::OnMouseMove(UINT, POINT at) {
-    const float dx = static_cast<float>(at.x - dragLast_.x);
-    const float dy = static_cast<float>(at.y - dragLast_.y);
-    dragLast_ = at;
-    switch (drag_) {
-        case Drag::kOrbit:
+    const float dx = static_cast<float>(at.x - drag_.last.x);
+    const float dy = static_cast<float>(at.y - drag_.last.y);
+    drag_.last = at;
+    switch (drag_.kind) {
+        case DragKind::kOrbit:
             camera_.orbit(dx, dy);
             return redraw();
-        case Drag::kPan:
+        case DragKind::kPan:
             camera_.pan(dx, dy);
             return redraw();
-        case Drag::kZoom:
-            camera_.zoom(-dy * kZoomPerPixel, static_cast<float>(dragStart_.x),
-                         static_cast<float>(dragStart_.y));
+        case DragKind::kZoom:
+            camera_.zoom(-dy * kZoomPerPixel, static_cast<float>(drag_.start.x),
+                         static_cast<float>(drag_.start.y));
             return redraw();
-        case Drag::kClick:
+        case DragKind::kClick:
             return;
-        case Drag::kNone:
+        case DragKind::kNone:
             break;
     }
     TRACKMOUSEEVENT leave{sizeof leave, TME_LEAVE, Handle(), 0};
@@ -232,7 +233,8 @@ void Viewport::OnMouseWheel(UINT, int delta, POINT screen) {
 }
 
 void Viewport::OnKeyDown(UINT key, UINT, UINT) {
-    const float x = static_cast<float>(bitmapWidth_) / 2, y = static_cast<float>(bitmapHeight_) / 2;
+    const float x = static_cast<float>(bitmap_.width) / 2,
+                y = static_cast<float>(bitmap_.height) / 2;
     switch (key) {
         case VK_LEFT:
             camera_.orbit(-kKeyOrbit, 0);

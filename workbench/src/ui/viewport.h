@@ -64,11 +64,23 @@ protected:
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
 
 private:
-    enum class Drag { kNone, kClick, kOrbit, kPan, kZoom };
+    enum class DragKind { kNone, kClick, kOrbit, kPan, kZoom };
 
-    void startDrag(Drag drag, POINT at);
+    struct Drag {
+        DragKind kind = DragKind::kNone;
+        POINT start{}, last{};
+    };
+
+    /// What was drawn, as the platform takes it.
+    struct Bitmap {
+        GdiBitmap handle;
+        Colour* bits = nullptr;  // of the handle
+        int width = 0, height = 0;
+    };
+
+    void startDrag(DragKind kind, POINT at);
     void endDrag();
-    static Drag dragOf(UINT keys);
+    static DragKind dragOf(UINT keys);
     /// Makes what is drawn near a pixel the camera's measure.
     void focusUnder(POINT at);
     void draw();
@@ -83,14 +95,11 @@ private:
     Canvas canvas_;
     Renderer renderer_;
     RenderOptions options_;
-    GdiBitmap bitmap_;
-    Colour* bits_ = nullptr;  // of bitmap_
-    int bitmapWidth_ = 0, bitmapHeight_ = 0;
+    Bitmap bitmap_;
     bool stale_ = true;
     double frameMilliseconds_ = 0;
     bool frameRateShown_ = false;
-    Drag drag_ = Drag::kNone;
-    POINT dragStart_{}, dragLast_{};
+    Drag drag_;
     ItemIndex hovered_ = kNoItem;
 };
 

@@ -1,0 +1,41 @@
+#include "hostside.h"
+
+#include "../ui/commandpanel.h"
+#include "statustexts.h"
+#include "utilities.h"
+
+namespace workbench {
+
+HostSide::HostSide(kiln::Core& core, CWnd& window, CommandPanel& panel, StatusTexts& status,
+                   Utilities& utilities)
+    : core_(core), window_(window), panel_(panel), status_(status), utilities_(utilities) {
+    core_.setHostWindow(this);
+}
+
+HostSide::~HostSide() {
+    core_.setHostWindow(nullptr);
+}
+
+HWND HostSide::addRollupPage(HINSTANCE module, int dialogId, DLGPROC procedure, const char* title,
+                             LPARAM param, DWORD flags, int category) {
+    return panel_.addRollup(module, dialogId, procedure, title ? title : "", param,
+                            (flags & APPENDROLL_CLOSED) != 0, category);
+}
+
+void HostSide::deleteRollupPage(HWND page) {
+    panel_.deleteRollup(page);
+}
+
+void HostSide::rollupMouseMessage(HWND page, UINT message, WPARAM wParam, LPARAM lParam) {
+    panel_.rollupMouse(page, message, wParam, lParam);
+}
+
+void HostSide::pushPrompt(const char* text) {
+    status_.setPrompt(text);
+}
+
+void HostSide::utilityChanged(ClassDesc* utility) {
+    utilities_.showOpen(utility);
+}
+
+}  // namespace workbench

@@ -1,0 +1,82 @@
+#include "menubar.h"
+
+#include "../ui/viewport.h"
+#include "commands.h"
+#include "scriptfiles.h"
+
+#include <framework/module.h>
+#include <framework/text.h>
+
+namespace workbench {
+
+void MenuBar::attach() {
+    menu_ = ::LoadMenuW(moduleInstance(), MAKEINTRESOURCEW(IDR_MAIN_MENU));
+    ::SetMenu(window_.Handle(), menu_);
+}
+
+void MenuBar::refresh(std::span<const std::string> recent) {
+    enableEntries();
+    checkEntries();
+    listRecent(recent);
+}
+
+void MenuBar::enable(UINT command, bool on) {
+    ::EnableMenuItem(menu_, command, MF_BYCOMMAND | (on ? MF_ENABLED : MF_GRAYED));
+}
+
+void MenuBar::check(UINT command, bool on) {
+    ::CheckMenuItem(menu_, command, MF_BYCOMMAND | (on ? MF_CHECKED : MF_UNCHECKED));
+}
+
+void MenuBar::enableEntries() {
+    Interface& host = core_.hostInterface();
+    const bool selected = host.GetSelNodeCount() > 0, any = host.GetNodeCount() > 0;
+    for (const UINT command : {CMD_EDIT_SELECT_NONE, CMD_EDIT_DELETE, CMD_EDIT_HIDE, CMD_EDIT_GROUP,
+                               CMD_EDIT_UNGROUP, CMD_VIEW_SELECTED})
+        enable(command, selected);
+    enable(CMD_EDIT_SELECT_ALL, any);
+    enable(CMD_EDIT_SELECT_INVERT, any);
+    enable(CMD_FILE_IMPORT, !core_.importKinds().empty());
+    enable(CMD_SCRIPT_RUN_AGAIN, scripts_.hasRun());
+    const bool exports = any && !core_.exportKinds().empty();
+    enable(CMD_FILE_EXPORT, exports);
+    enable(CMD_FILE_EXPORT_SELECTED, exports && selected);
+}
+
+void MenuBar::checkEntries() {
+    ::CheckMenuRadioItem(menu_, CMD_VIEW_PERSPECTIVE, CMD_VIEW_LEFT,
+                         CMD_VIEW_PERSPECTIVE + static_cast<UINT>(viewport_.camera().view()),
+                         MF_BYCOMMAND);
+    ::CheckMenuRadioItem(menu_, CMD_VIEW_SHADED, CMD_VIEW_WIREFRAME,
+                         CMD_VIEW_SHADED + static_cast<UINT>(viewport_.options().mode),
+                         MF_BYCOMMAND);
+    check(CMD_VIEW_GRID, viewport_.options().grid);
+    check(CMD_VIEW_FRAME_RATE, viewport_.showsFrameRate());
+}
+
+// The digit before a path is its key.
+void MenuBar::listRecent(std::span<const std::string> recent) {
+    constexpr int kFileMenu = 0, kRecentMenu = 2;
+    const HMENU menu = ::GetSubMenu(::GetSubMenu(menu_, kFileMenu), kRecentMenu);
+    while (::GetMenuItemCount(menu) > 0) ::DeleteMenu(menu, 0, MF_BYPOSITION);
+    UINT command = CMD_FILE_RECENT;
+    for (const std::string& path : recent) {
+        std::string text("&");
+        text.append(std::to_string(command - CMD_FILE_RECENT + 1)).append("  ");
+        for (const char c : path) text.append(c == '&' ? 2 : 1, c);
+        ::AppendMenuW(menu, MF_STRING, command++, toWide(text).c_str());
+    }
+    if (recent.empty()) ::AppendMenuW(menu, MF_STRING | MF_GRAYED, CMD_FILE_RECENT_NONE, L"（空）");
+}
+
+void MenuBar::listAboutBoxes(std::span<ClassDesc2* const> utilities) {
+    const HMENU help = ::GetSubMenu(menu_, ::GetMenuItemCount(menu_) - 1);
+    while (::GetMenuItemCount(help) > 1) ::DeleteMenu(help, 1, MF_BYPOSITION);
+    UINT command = CMD_HELP_ABOUT_UTILITY;
+    for (ClassDesc2* const utility : utilities) {
+        const std::wstring text = toWide(std::string("关于 ") + utility->ClassName());
+        ::AppendMenuW(help, MF_STRING, command++, text.c_str());
+    }
+}
+
+}  // namespace workbench

@@ -1,0 +1,43 @@
+// The main window's menu: what is enabled and checked, and the entries that come and go.
+#pragma once
+
+#include <framework/cwnd.h>
+#include <kiln/classdesc.h>
+#include <kiln/host/core.h>
+
+#include <span>
+#include <string>
+
+namespace workbench {
+
+class ScriptFiles;
+class Viewport;
+
+class MenuBar {
+public:
+    /// All of them outlive this.
+    MenuBar(CWnd& window, kiln::Core& core, Viewport& viewport, ScriptFiles& scripts)
+        : window_(window), core_(core), viewport_(viewport), scripts_(scripts) {}
+
+    /// Gives the window its menu.
+    void attach();
+    /// To be called before the menu is shown. `recent`: the files opened last.
+    void refresh(std::span<const std::string> recent);
+    /// Lists the about boxes of utilities after the program's own, in the last menu.
+    void listAboutBoxes(std::span<ClassDesc2* const> utilities);
+
+private:
+    void enableEntries();
+    void checkEntries();
+    void listRecent(std::span<const std::string> recent);
+    void enable(UINT command, bool on);
+    void check(UINT command, bool on);
+
+    CWnd& window_;
+    kiln::Core& core_;
+    Viewport& viewport_;
+    ScriptFiles& scripts_;
+    HMENU menu_ = nullptr;
+};
+
+}  // namespace workbench
