@@ -36,8 +36,10 @@ constexpr int kRuns = 9;
 constexpr double kMegabyte = 1e6;
 constexpr double kMostOfRecords = 4;  // import and export, in processor time
 constexpr double kMostOfFile = 6;     // peak memory
+// More, and the core's own heap would not be worth its code.
+constexpr double kMostOfSystemHeap = 1 / 1.2;
 
-[[noreturn]] void give(const char* what) {
+[[noreturn]] void fail(const char* what) {
     std::fprintf(stderr, "interchange_bench: %s\n", what);
     std::_Exit(1);
 }
@@ -56,7 +58,7 @@ constexpr std::uint32_t kVertexLength = 64;
 class FileMaker {
 public:
     explicit FileMaker(const std::string& path) {
-        if (!stream_.open(path)) give("the file cannot be created");
+        if (!stream_.open(path)) fail("the file cannot be created");
     }
 
     void make() {
@@ -71,7 +73,7 @@ public:
             control(kFltPopLevel);
         }
         control(kFltPopLevel);
-        if (!stream_.close()) give("the file cannot be written");
+        if (!stream_.close()) fail("the file cannot be written");
     }
 
 private:
@@ -144,7 +146,7 @@ private:
 
 class Silence final : public ImpExpReport {
 public:
-    void Error(const char* message) override { give(message); }
+    void Error(const char* message) override { fail(message); }
     void Summary(const char*) override {}
     bool Progress(double, const char*) override { return true; }
     bool Cancelled() const override { return false; }
@@ -254,11 +256,11 @@ Measures readAndWrite(const std::string& path, const std::string& copy) {
         if (record == nullptr) numbers.read(token);
     });
     const Measure reading = in.measured();
-    if (!numbers.areComplete()) give("records are missing");
+    if (!numbers.areComplete()) fail("records are missing");
     const Clock out;
     FltStream stream;
     FltFileReader first(file.bytes());
-    if (!first.next() || !stream.open(copy, first.header())) give("the copy cannot be created");
+    if (!first.next() || !stream.open(copy, first.header())) fail("the copy cannot be created");
     readRecords(file.bytes().subspan(first.length()),
                 [&](const FltRecord* record, FltToken&, std::span<const std::uint8_t> bytes) {
                     if (record == nullptr) {
@@ -268,17 +270,18 @@ Measures readAndWrite(const std::string& path, const std::string& copy) {
                     record->writeToken(stream.token(), stream.revision());
                     stream.writeToken(stream.token());
                 });
-    if (!stream.close()) give("the copy cannot be written");
+    if (!stream.close()) fail("the copy cannot be written");
     return {reading, out.measured()};
 }
 
-Measures importAndExport(const std::string& path, const std::string& copy) {
+Measures importAndExport(const std::string& path, const std::string& copy, bool smallHeap) {
+    kiln::useSmallHeap(smallHeap);
     Interface& host = kiln::Core::create().hostInterface();
     Silence report;
     const Clock in;
     if (interchange::importFile(path.c_str(), report, host) != IMPEXP_SUCCESS) std::_Exit(1);
     const Measure reading = in.measured();
-    if (host.GetNodeCount() < kFaces) give("nodes are missing");
+    if (host.GetNodeCount() < kFaces) fail("nodes are missing");
     const Clock out;
     if (interchange::exportFile(copy.c_str(), {}, report, host) != IMPEXP_SUCCESS) std::_Exit(1);
     return {reading, out.measured()};
@@ -288,9 +291,9 @@ Measures importAndExport(const std::string& path, const std::string& copy) {
 template <typename Work>
 Measures inOwnProcess(Work&& work) {
     int ends[2];
-    if (pipe(ends) != 0) give("no pipe");
+    if (pipe(ends) != 0) fail("no pipe");
     const pid_t child = fork();
-    if (child < 0) give("no process");
+    if (child < 0) fail("no process");
     if (child == 0) {
         const Measures measures = work();
         const bool sent = write(ends[1], &measures, sizeof measures) == sizeof measures;
@@ -302,7 +305,7 @@ Measures inOwnProcess(Work&& work) {
     close(ends[0]);
     int status = 0;
     waitpid(child, &status, 0);
-    if (!received || status != 0) give("a run failed");
+    if (!received || status != 0) fail("a run failed");
     return measures;
 }
 
@@ -314,7 +317,7 @@ Measures warmMemory() {
     for (const int advice : {MADV_NOHUGEPAGE, MADV_HUGEPAGE}) {
         void* const memory =
             mmap(nullptr, kEnough, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (memory == MAP_FAILED) give("no memory");
+        if (memory == MAP_FAILED) fail("no memory");
         madvise(memory, kEnough, advice);
         for (std::size_t i = 0; i < kEnough; i += kPage) static_cast<char*>(memory)[i] = 1;
     }
@@ -344,12 +347,14 @@ int main(int count, char** arguments) {
         return Measures();
     });
     const auto size = static_cast<double>(std::filesystem::file_size(path));
-    std::vector<Measures> bare, whole;
+    std::vector<Measures> bare, whole, withSystemHeap;
     for (int i = 0; i < kRuns; ++i) {
         inOwnProcess(warmMemory);
         bare.push_back(inOwnProcess([&] { return readAndWrite(path, copy); }));
         inOwnProcess(warmMemory);
-        whole.push_back(inOwnProcess([&] { return importAndExport(path, copy); }));
+        whole.push_back(inOwnProcess([&] { return importAndExport(path, copy, true); }));
+        inOwnProcess(warmMemory);
+        withSystemHeap.push_back(inOwnProcess([&] { return importAndExport(path, copy, false); }));
     }
     std::filesystem::remove(path);
     std::filesystem::remove(copy);
@@ -365,5 +370,12 @@ int main(int count, char** arguments) {
     };
     print("import", 0, "read record by record");
     print("export", 1, "write record by record");
+    const Measures plain = fastest(withSystemHeap);
+    table.ratio(what + "import : with the system's heap", scene[0].seconds * kMilliseconds,
+                plain[0].seconds * kMilliseconds, "ms", kMostOfSystemHeap);
+    table.ratio(what + "import, peak memory : with the system's heap", scene[0].peak / kMegabyte,
+                plain[0].peak / kMegabyte, "MB");
+    table.ratio(what + "export : with the system's heap", scene[1].seconds * kMilliseconds,
+                plain[1].seconds * kMilliseconds, "ms");
     return table.status();
 }

@@ -66,6 +66,17 @@ function(tessera_test name)
     endif()
 endfunction()
 
+# tessera_test_small_heap(NAME)
+# Under the sanitizers all tests of a program run once more, in one process, with the core's own heap.
+function(tessera_test_small_heap name)
+    if(TESSERA_SANITIZE)
+        target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/smallheap.cpp)
+        add_test(NAME ${name}.small_heap COMMAND ${name} --gtest_brief=1)
+        set_tests_properties(${name}.small_heap PROPERTIES
+            TIMEOUT 300 ENVIRONMENT TESSERA_SMALL_HEAP=1)
+    endif()
+endfunction()
+
 # tessera_never_links(TARGET target...)
 # Fails the configuration when TARGET links one of the others, however far down. To be called once
 # all targets are there.

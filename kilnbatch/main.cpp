@@ -35,7 +35,7 @@ struct Options {
     std::string plugins;
     std::uint64_t maxSteps = 0;
     bool listVerbs = false;
-    std::vector<std::string> words;  // the script's file, then what is handed to it
+    std::vector<std::string> words;  // the script's file, then its arguments
 };
 
 /// Ends the core after everything that refers to its scene.
@@ -91,7 +91,8 @@ void printResult(const script::Value& value) {
     std::printf("%s\n", value.printed().c_str());
 }
 
-/// Opens the scene and imports the file that the command line names; gives what failed, or nothing.
+/// Opens the scene and imports the file that the command line names; returns what failed, or
+/// nothing.
 std::string openFiles(kiln::Core& core, const Options& options) {
     if (!options.scene.empty())
         if (const kiln::Status status = core.loadScene(options.scene); !status)
@@ -103,7 +104,7 @@ std::string openFiles(kiln::Core& core, const Options& options) {
     return {};
 }
 
-/// Exports to the file that the command line names; gives what failed, or nothing.
+/// Exports to the file that the command line names; returns what failed, or nothing.
 std::string writeFiles(kiln::Core& core, const Options& options) {
     if (options.exportPath.empty()) return {};
     const DWORD version = static_cast<DWORD>(options.revision) << SCENE_EXPORT_VERSION_SHIFT;

@@ -11,6 +11,7 @@
 #include "scenepalettes.h"
 #include "transforms.h"
 
+#include <diagnostics/assertion.h>
 #include <fltkilnutil/kilnflt.h>
 #include <kiln/kiln.h>
 #include <kiln/ownedptr.h>
@@ -160,8 +161,9 @@ private:
         unlinked_ = host_.CreateObjectNode(object.get(), name.c_str());
         if (unlinked_ == nullptr) throw std::bad_alloc();
         static_cast<void>(object.release());  // the node's now
-        if (source.parent != kNone && !nodes_[source.parent]->AttachChild(unlinked_, false)) {
-            throw std::bad_alloc();
+        if (source.parent != kNone) {
+            INode& parent = *nodes_[source.parent];
+            diagnostics::check(parent.AttachChild(unlinked_, false), "buildscene", 164);
         }
         nodes_.push_back(unlinked_);
         unlinked_ = nullptr;

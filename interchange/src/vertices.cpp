@@ -9,7 +9,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
+#include <stdexcept>
 
 namespace interchange {
 
@@ -80,7 +80,7 @@ void VertexTails::append(FileBytes vertex) {
     vertex = vertex.first(std::min(vertex.size(), kLongestVertex));
     const std::size_t color = packedColorOffset(uint16At(vertex, 0));
     const std::size_t start = bytes_.size();
-    if (start > 0xFFFFFFFF) throw std::bad_alloc();
+    if (start > 0xFFFFFFFF) throw std::length_error("a mesh has too many vertices");
     starts_.push_back(static_cast<std::uint32_t>(start));
     bytes_.insert(bytes_.end(), vertex.begin(), vertex.begin() + kEntryHead);
     put16(&bytes_[start + 2], static_cast<std::uint16_t>(vertex.size()));

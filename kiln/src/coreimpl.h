@@ -61,7 +61,7 @@ struct Core::Impl final : Interface, IUtil, SceneListener {
     /// The folder of the file at `path` becomes a directory of `GetDir`.
     void rememberFolder(int id, const std::string& path) noexcept;
 
-    /// Shows `next` instead of the present scene, which it gives.
+    /// Shows `next` and returns the scene that was shown before.
     std::unique_ptr<Scene> replaceScene(std::unique_ptr<Scene> next);
 
     std::shared_ptr<MakerRegistry> makers;

@@ -16,28 +16,18 @@
 #endif
 
 #include "counted.h"
+#include "sanitizer.h"
 #include "smallheap.h"
 
 namespace kiln {
 
 namespace {
 
-// The sanitizer watches over each block only when it is one of the system's.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kPooled = false;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr bool kPooled = false;
-#else
-constexpr bool kPooled = true;
-#endif
-#else
-constexpr bool kPooled = true;
-#endif
-
 constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
 
 constinit SmallHeap smallHeap;
+// The address sanitizer sees more of blocks that are the system's.
+bool usesSmallHeap = !kHasAddressSanitizer;
 std::size_t liveBlocks = 0;
 std::atomic_flag busy;  // the heap and the count; for so short that waiting by turning is best
 std::atomic<std::size_t> allowedAllocations{kUnlimited};
@@ -66,8 +56,8 @@ private:
     const bool needed_;
 };
 
-constexpr bool isSmall(std::size_t size) noexcept {
-    return kPooled && size <= SmallHeap::kLargest;
+bool isSmall(std::size_t size) noexcept {
+    return usesSmallHeap && size <= SmallHeap::kLargest;
 }
 
 bool takeAllowance() noexcept {
@@ -185,6 +175,10 @@ char* KILN_strdup(const char* text) noexcept {
 }
 
 namespace kiln {
+
+void useSmallHeap(bool use) noexcept {
+    usesSmallHeap = use;
+}
 
 std::size_t allocatedBlocks() noexcept {
     const HeapLock lock;

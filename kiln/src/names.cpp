@@ -101,7 +101,7 @@ void NameIndex::put(Slot slot) noexcept {
     at(i) = slot;
 }
 
-/// Empties a place, and moves up those behind it that had to give way.
+/// Empties a place, and moves up those behind it that had found it taken.
 void NameIndex::empty(std::size_t place) noexcept {
     const std::size_t mask = slots_.size() - 1;
     for (std::size_t i = next(place); at(i).handle != 0; i = next(i)) {

@@ -46,7 +46,7 @@ public:
         if (2 * (names_ + 1) > slots_.size()) enlarge();
     }
     void add(Node* node);
-    /// Takes `node` out, which has had its name since it was added; gives whether it was the last
+    /// Takes `node` out, which has had its name since it was added; returns whether it was the last
     /// with that name.
     bool remove(Node* node) noexcept;
     /// The node that has had `name` longest, or null.

@@ -58,7 +58,7 @@ public:
     bool removeTexmap(Texmap* map) noexcept;
 
     const auto& selection() const noexcept { return selection_; }
-    /// Each gives whether the selection changed. Silent.
+    /// Each returns whether the selection changed. Silent.
     bool select(Node* node);
     bool deselect(Node* node) noexcept;
     bool clearSelection() noexcept;

@@ -54,6 +54,7 @@ SmallHeap::Page* SmallHeap::openPage(std::size_t index) noexcept {
     page.fresh = start + (number == 0 ? kHead : 0);
     page.end = start + kPageSize;
     page.blockSize = static_cast<std::uint32_t>(index * kGrain);
+    forbidAccess(page.fresh, static_cast<std::size_t>(page.end - page.fresh));
     open(page);
     return &page;
 }
@@ -63,6 +64,7 @@ SmallHeap::Region* SmallHeap::takeRegion() noexcept {
     if (!memory) return nullptr;
     auto* const region = new (memory) Region;
     region->unused = kAllPages;
+    beginReferences(region, kRegionSize);
     link(withUnused_, *region);
     ++regions_;
     return region;
@@ -77,7 +79,7 @@ void SmallHeap::close(Page& page) noexcept {
 }
 
 /// Takes back a page without blocks, and its region when that has none either. One such region
-/// stays, so that a piece that comes and goes does not take and give back a region each time.
+/// stays, so that a piece that comes and goes does not take and return a region each time.
 void SmallHeap::release(Page& page) noexcept {
     close(page);
     Region& region = regionOf(&page);
@@ -86,6 +88,8 @@ void SmallHeap::release(Page& page) noexcept {
     const bool isLastWithRoom = withUnused_ == &region && !region.next;
     if (region.unused != kAllPages || isLastWithRoom) return;
     unlink(withUnused_, region);
+    allowAccess(&region, kRegionSize);
+    endReferences(&region, kRegionSize);
     giveRegionBack(&region);
     --regions_;
 }

@@ -5,15 +5,18 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "sanitizer.h"
+
 namespace kiln {
 
-/// Gives out blocks of up to `kLargest` bytes, with no word of overhead each.
+/// Allocates blocks of up to `kLargest` bytes, with no word of overhead each.
 ///
 /// Memory comes from the system in regions, which are divided into pages. All blocks of a page have
 /// one size, a multiple of 8; where a block lies says which page it belongs to. What is made one
 /// after the other lies one after the other, so that a scene is read in the order in which it was
 /// built. An empty page serves any size again, and an empty region goes back to the system.
-/// Not for several threads at a time.
+/// Not for several threads at a time. The address sanitizer reports who touches what is not
+/// allocated.
 class SmallHeap {
 public:
     static constexpr std::size_t kLargest = 1024;
@@ -30,21 +33,26 @@ public:
         if (!page) return nullptr;
         void* block = page->freed;
         if (block) {
+            allowAccess(block, sizeof(Freed));
             page->freed = static_cast<Freed*>(block)->next;
+            forbidAccess(block, sizeof(Freed));
         } else {
             block = page->fresh;
             page->fresh += page->blockSize;
         }
+        allowAccess(block, size);
         ++page->used;
         if (page->isFull()) close(*page);
         return block;
     }
 
-    /// Takes back a block that this heap gave out.
+    /// Frees a block of this heap.
     void free(void* block) noexcept {
         Page& page = pageOf(block);
         const bool wasFull = page.isFull();
+        allowAccess(block, sizeof(Freed));
         page.freed = new (block) Freed{page.freed};
+        forbidAccess(block, page.blockSize);
         --page.used;
         if (wasFull) open(page);
         if (page.used == 0) release(page);
@@ -64,7 +72,7 @@ private:
 
     struct Page {
         Freed* freed = nullptr;
-        std::byte* fresh = nullptr;  ///< what was never given out
+        std::byte* fresh = nullptr;  ///< what was never allocated
         std::byte* end = nullptr;
         Page* previous = nullptr;  ///< of those with room for blocks of the same size
         Page* next = nullptr;

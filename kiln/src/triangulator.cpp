@@ -138,20 +138,20 @@ void Triangulator::clipEars() {
     triangles_.reserve(left_ - 2);
     std::uint32_t cursor = first_;
     std::size_t passed = 0;
-    Demand demand = Demand::nothingInside;
+    Demand demand = Demand::kNothingInside;
     while (left_ > 3) clipNextEar(cursor, passed, demand);
     clip(cursor);
 }
 
 void Triangulator::clipNextEar(std::uint32_t& cursor, std::size_t& passed, Demand& demand) {
-    if (budget_ == 0) demand = Demand::any;
+    if (budget_ == 0) demand = Demand::kAny;
     const std::uint32_t next = ring_[cursor].next;
     if (isEar(cursor, demand)) {
         clip(cursor);
         // Going on one corner further keeps the triangles from all meeting in one corner.
         cursor = ring_[next].next;
         passed = 0;
-        demand = Demand::nothingInside;
+        demand = Demand::kNothingInside;
         return;
     }
     cursor = next;
@@ -162,12 +162,12 @@ void Triangulator::clipNextEar(std::uint32_t& cursor, std::size_t& passed, Deman
 }
 
 bool Triangulator::isEar(std::uint32_t corner, Demand demand) {
-    if (demand == Demand::any) return true;
+    if (demand == Demand::kAny) return true;
     --budget_;
     const Link& link = ring_[corner];
     if (!(turn(link.previous, corner, link.next) > 0)) return false;
-    if (demand == Demand::convex) return true;
-    return holdsNoCorner(corner, demand == Demand::nothingInside);
+    if (demand == Demand::kConvex) return true;
+    return holdsNoCorner(corner, demand == Demand::kNothingInside);
 }
 
 /// Whether no other corner lies in the triangle of `corner` and its neighbours; with `edgesCount`,

@@ -11,38 +11,38 @@
 namespace script {
 
 enum class NodeKind {
-    literal,
-    name,
-    nodeName,  // text: the node's name
-    array,     // children: elements
-    point,     // children: x, y, z
-    block,     // children: statements
-    call,      // children: callee, arguments; keywords
-    member,    // children: what; text: name
-    element,   // children: array, index
-    negate,    // children: operand
-    logicalNot,
-    logicalAnd,
-    logicalOr,
-    binary,    // children: left, right; text: operator
-    convert,   // children: what; text: type
-    assign,    // children: target, value; text: operator before "=", empty for none
-    declare,   // children: value or none; text: name; flag: global
-    ifThen,    // children: condition, then, else or none
-    whileDo,   // children: condition, body
-    forEach,   // children: array, body, where or none; text: variable; flag: collect
-    forCount,  // children: from, to, step or null, body, where or none; text: variable
-    function,  // children: body, then defaults; keywords: parameters
-    leave,     // "exit", out of a loop
-    next,      // "continue"
-    giveBack,  // "return"; children: value or none
+    kLiteral,
+    kName,
+    kNodeName,  // text: the node's name
+    kArray,     // children: elements
+    kPoint,     // children: x, y, z
+    kBlock,     // children: statements
+    kCall,      // children: callee, arguments; keywords
+    kMember,    // children: what; text: name
+    kElement,   // children: array, index
+    kNegate,    // children: operand
+    kLogicalNot,
+    kLogicalAnd,
+    kLogicalOr,
+    kBinary,    // children: left, right; text: operator
+    kConvert,   // children: what; text: type
+    kAssign,    // children: target, value; text: operator before "=", empty for none
+    kDeclare,   // children: value or none; text: name; flag: global
+    kIfThen,    // children: condition, then, else or none
+    kWhileDo,   // children: condition, body
+    kForEach,   // children: array, body, where or none; text: variable; flag: collect
+    kForCount,  // children: from, to, step or null, body, where or none; text: variable
+    kFunction,  // children: body, then defaults; keywords: parameters
+    kExit,      // "exit", out of a loop
+    kContinue,  // "continue"
+    kReturn,    // "return"; children: value or none
 };
 
 struct Node;
 using NodePointer = std::shared_ptr<const Node>;
 
 struct Node {
-    NodeKind kind = NodeKind::literal;
+    NodeKind kind = NodeKind::kLiteral;
     Position position;
     std::string text;      // in small letters where it is a name
     std::string spelling;  // as the script's author wrote it

@@ -109,61 +109,61 @@ Value Evaluator::evaluate(const Node& node) {
 
 Value Evaluator::dispatched(const Node& node) {
     switch (node.kind) {
-        case NodeKind::literal:
+        case NodeKind::kLiteral:
             return node.literal;
-        case NodeKind::name:
+        case NodeKind::kName:
             return name(node);
-        case NodeKind::nodeName:
+        case NodeKind::kNodeName:
             return nodeName(node);
-        case NodeKind::array:
+        case NodeKind::kArray:
             return arrayOf(node);
-        case NodeKind::point:
+        case NodeKind::kPoint:
             return pointOf(node);
-        case NodeKind::block:
+        case NodeKind::kBlock:
             return block(node);
-        case NodeKind::call:
+        case NodeKind::kCall:
             return call(node);
-        case NodeKind::member:
+        case NodeKind::kMember:
             return member(node);
-        case NodeKind::element:
+        case NodeKind::kElement:
             return element(node);
-        case NodeKind::negate:
+        case NodeKind::kNegate:
             return negated(evaluate(*node.children[0]));
-        case NodeKind::logicalNot:
+        case NodeKind::kLogicalNot:
             return Value(!condition(*node.children[0]));
-        case NodeKind::logicalAnd:
-        case NodeKind::logicalOr:
+        case NodeKind::kLogicalAnd:
+        case NodeKind::kLogicalOr:
             return logical(node);
-        case NodeKind::binary: {
+        case NodeKind::kBinary: {
             const Value left = evaluate(*node.children[0]);
             return combined(node.text, left, evaluate(*node.children[1]), state_.limits);
         }
-        case NodeKind::convert:
+        case NodeKind::kConvert:
             return converted(evaluate(*node.children[0]), node.text);
-        case NodeKind::assign:
+        case NodeKind::kAssign:
             return assign(node);
-        case NodeKind::declare:
+        case NodeKind::kDeclare:
             return declare(node);
-        case NodeKind::ifThen:
+        case NodeKind::kIfThen:
             return ifThen(node);
-        case NodeKind::whileDo:
+        case NodeKind::kWhileDo:
             return whileDo(node);
-        case NodeKind::forEach:
+        case NodeKind::kForEach:
             return forEach(node);
-        case NodeKind::forCount:
+        case NodeKind::kForCount:
             return forCount(node);
-        case NodeKind::function:
+        case NodeKind::kFunction:
             return defineFunction(node);
-        case NodeKind::leave:
-        case NodeKind::next:
+        case NodeKind::kExit:
+        case NodeKind::kContinue:
             if (loops_ == 0)
                 throw Failure("there is no loop around \"" +
-                              std::string(node.kind == NodeKind::leave ? "exit" : "continue") +
+                              std::string(node.kind == NodeKind::kExit ? "exit" : "continue") +
                               "\"");
-            flow_ = node.kind == NodeKind::leave ? Flow::leaveLoop : Flow::nextTurn;
+            flow_ = node.kind == NodeKind::kExit ? Flow::kBreak : Flow::kContinue;
             return {};
-        case NodeKind::giveBack:
-            return giveBack(node);
+        case NodeKind::kReturn:
+            return returnFrom(node);
     }
     return {};
 }
@@ -228,10 +228,10 @@ Value Evaluator::block(const Node& node) {
     Value last;
     for (const NodePointer& statement : node.children) {
         last = evaluate(*statement);
-        if (flow_ != Flow::onward) break;
+        if (flow_ != Flow::kOn) break;
         // A verb that is named and not called would do nothing, to its author's surprise.
         const auto* const function = last.as<std::shared_ptr<const Function>>();
-        if (function && statement->kind == NodeKind::name)
+        if (function && statement->kind == NodeKind::kName)
             fail(*statement, "to call \"" + (*function)->name + "\" write " + (*function)->name +
                                  "() or give it arguments");
     }
@@ -241,18 +241,18 @@ Value Evaluator::block(const Node& node) {
 bool Evaluator::condition(const Node& node) {
     const Value value = evaluate(node);
     if (const auto* boolean = value.as<bool>()) return *boolean;
-    if (flow_ != Flow::onward) return false;
+    if (flow_ != Flow::kOn) return false;
     fail(node, "true or false was expected here, not " + value.described());
 }
 
 Value Evaluator::logical(const Node& node) {
     const bool left = condition(*node.children[0]);
-    if (left == (node.kind == NodeKind::logicalOr)) return Value(left);
+    if (left == (node.kind == NodeKind::kLogicalOr)) return Value(left);
     return Value(condition(*node.children[1]));
 }
 
 Value Evaluator::ofInterface(const Node& base) {
-    if (base.kind != NodeKind::name) return evaluate(base);
+    if (base.kind != NodeKind::kName) return evaluate(base);
     const bool known = variable(base.text) || state_.values.contains(base.text) ||
                        state_.verbs.contains(base.text) || kiln::findInterface(base.spelling);
     if (!known) fail(base, unknownInterface(base.spelling));
@@ -268,7 +268,8 @@ Value Evaluator::member(const Node& node) {
         const auto property = state_.nodeProperties.find(name);
         if (property != state_.nodeProperties.end())
             return property->second.read(livingNode(*reference));
-        if (auto value = publishedNodeProperty(livingNode(*reference), node.spelling)) return *value;
+        if (auto value = publishedNodeProperty(livingNode(*reference), node.spelling))
+            return *value;
     }
     if (const std::shared_ptr<Array> array = base.array(); array && name == "count")
         return Value::ofCount(array->items.size());
@@ -307,7 +308,7 @@ Value Evaluator::call(const Node& node) {
     const Node& callee = *node.children[0];
     FPInterfaceDesc* interface = nullptr;
     Value function;
-    if (callee.kind == NodeKind::member) {
+    if (callee.kind == NodeKind::kMember) {
         const Value base = ofInterface(*callee.children[0]);
         if (const auto* found = base.as<FPInterfaceDesc*>()) interface = *found;
     }
@@ -320,7 +321,7 @@ Value Evaluator::call(const Node& node) {
     for (std::size_t i = 1; i < node.children.size(); ++i)
         arguments.emplace_back(i <= node.keywords.size() ? node.keywords[i - 1] : "",
                                evaluate(*node.children[i]));
-    if (flow_ != Flow::onward) return {};
+    if (flow_ != Flow::kOn) return {};
     position_ = node.position;
     if (interface) return publishedCall(*interface, callee.spelling, arguments);
     return callFunction(node, **called, std::move(arguments));
@@ -352,7 +353,7 @@ Value Evaluator::callScript(const Node& node, const Function& function,
                              : evaluate(*definition.children[1 + i - function.required]);
     Value result = evaluate(*definition.children[0]);
     --calls_;
-    flow_ = Flow::onward;
+    flow_ = Flow::kOn;
     loops_ = outerLoops;
     file_ = outerFile;
     frame_ = outerFrame;
@@ -368,16 +369,16 @@ Value Evaluator::assign(const Node& node) {
         const Value before = evaluate(target);
         value = combined(node.text, before, evaluate(*node.children[1]), state_.limits);
     }
-    if (flow_ != Flow::onward) return value;
+    if (flow_ != Flow::kOn) return value;
     position_ = target.position;
     store(target, value);
     return value;
 }
 
 void Evaluator::store(const Node& target, const Value& value) {
-    if (target.kind == NodeKind::name)
+    if (target.kind == NodeKind::kName)
         setVariable(target.text, value);
-    else if (target.kind == NodeKind::member)
+    else if (target.kind == NodeKind::kMember)
         storeMember(target, value);
     else
         storeElement(target, value);
@@ -427,7 +428,7 @@ Value Evaluator::declare(const Node& node) {
 
 Value Evaluator::ifThen(const Node& node) {
     const bool holds = condition(*node.children[0]);
-    if (flow_ != Flow::onward) return {};
+    if (flow_ != Flow::kOn) return {};
     if (holds) return evaluate(*node.children[1]);
     return node.children.size() > 2 ? evaluate(*node.children[2]) : Value();
 }
@@ -435,33 +436,33 @@ Value Evaluator::ifThen(const Node& node) {
 bool Evaluator::turn(const Node& loop, const NodePointer& body, const NodePointer& where,
                      Value value, std::vector<Value>& collected) {
     (frame_ ? *frame_ : state_.variables)[loop.text] = std::move(value);
-    if (where && !condition(*where)) return flow_ == Flow::onward;
+    if (where && !condition(*where)) return flow_ == Flow::kOn;
     Value result = evaluate(*body);
-    if (flow_ == Flow::onward && loop.flag) {
+    if (flow_ == Flow::kOn && loop.flag) {
         if (collected.size() >= state_.limits.arrayItems)
             throw Failure("this array would have too many elements");
         collected.push_back(std::move(result));
-    } else if (flow_ == Flow::leaveFunction) {
+    } else if (flow_ == Flow::kReturn) {
         collected.assign(1, result);
     }
-    if (flow_ == Flow::nextTurn) flow_ = Flow::onward;
-    return flow_ == Flow::onward;
+    if (flow_ == Flow::kContinue) flow_ = Flow::kOn;
+    return flow_ == Flow::kOn;
 }
 
 Value Evaluator::loopResult(const Node& loop, std::vector<Value> collected) {
     --loops_;
-    if (flow_ == Flow::leaveFunction) return collected.empty() ? Value() : collected.front();
-    flow_ = Flow::onward;
+    if (flow_ == Flow::kReturn) return collected.empty() ? Value() : collected.front();
+    flow_ = Flow::kOn;
     return loop.flag ? Value::ofArray(std::move(collected)) : Value(Done{});
 }
 
 Value Evaluator::whileDo(const Node& node) {
     ++loops_;
     std::vector<Value> given;
-    while (flow_ == Flow::onward && condition(*node.children[0])) {
+    while (flow_ == Flow::kOn && condition(*node.children[0])) {
         Value value = evaluate(*node.children[1]);
-        if (flow_ == Flow::nextTurn) flow_ = Flow::onward;
-        if (flow_ == Flow::leaveFunction) given.assign(1, value);
+        if (flow_ == Flow::kContinue) flow_ = Flow::kOn;
+        if (flow_ == Flow::kReturn) given.assign(1, value);
     }
     return loopResult(node, std::move(given));
 }
@@ -516,10 +517,10 @@ Value Evaluator::defineFunction(const Node& node) {
     return value;
 }
 
-Value Evaluator::giveBack(const Node& node) {
+Value Evaluator::returnFrom(const Node& node) {
     if (!frame_) throw Failure("there is no function around \"return\"");
     Value value = node.children.empty() ? Value() : evaluate(*node.children[0]);
-    flow_ = Flow::leaveFunction;
+    flow_ = Flow::kReturn;
     return value;
 }
 

@@ -19,7 +19,7 @@ public:
 
 private:
     /// What the statement that ran last wants its surroundings to do.
-    enum class Flow { onward, leaveLoop, nextTurn, leaveFunction };
+    enum class Flow { kOn, kBreak, kContinue, kReturn };
     using Frame = std::unordered_map<std::string, Value>;
 
     Value evaluate(const Node& node);
@@ -47,12 +47,12 @@ private:
     Value whileDo(const Node& node);
     Value forEach(const Node& node);
     Value forCount(const Node& node);
-    /// One turn of a loop; false when it was the last one.
+    /// Runs a loop's body once; false when it was the last one.
     bool turn(const Node& loop, const NodePointer& body, const NodePointer& where, Value value,
               std::vector<Value>& collected);
     Value loopResult(const Node& loop, std::vector<Value> collected);
     Value defineFunction(const Node& node);
-    Value giveBack(const Node& node);
+    Value returnFrom(const Node& node);
 
     bool condition(const Node& node);
     double number(const Node& node, bool& integers);
@@ -64,7 +64,7 @@ private:
     Engine::State& state_;
     std::shared_ptr<const std::string> file_;
     Frame* frame_ = nullptr;  // of the function that runs, null outside
-    Flow flow_ = Flow::onward;
+    Flow flow_ = Flow::kOn;
     Position position_;
     std::size_t calls_ = 0;
     std::size_t loops_ = 0;

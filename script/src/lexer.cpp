@@ -32,7 +32,7 @@ public:
     std::vector<Token> all() {
         std::vector<Token> tokens;
         do tokens.push_back(next());
-        while (tokens.back().kind != TokenKind::end);
+        while (tokens.back().kind != TokenKind::kEnd);
         return tokens;
     }
 
@@ -81,7 +81,7 @@ private:
 
     void read(Token& token, char c) {
         if (c == '\n' || c == ';') {
-            token.kind = TokenKind::newline;
+            token.kind = TokenKind::kNewline;
             ++at_;
             if (c == '\n') newLine();
         } else if (isNameStart(c)) {
@@ -89,7 +89,7 @@ private:
         } else if (isDigit(c) || (c == '.' && isDigit(peek(1)))) {
             number(token);
         } else if (c == '"') {
-            quoted(token, '"', TokenKind::string, "string");
+            quoted(token, '"', TokenKind::kString, "string");
         } else if (c == '$') {
             node(token);
         } else {
@@ -104,18 +104,18 @@ private:
     }
 
     void name(Token& token) {
-        token.kind = TokenKind::name;
+        token.kind = TokenKind::kName;
         token.spelling = word();
         token.text = base::smallLetters(token.spelling);
         if (peek() != ':') return;
         ++at_;
-        token.kind = TokenKind::keyword;
+        token.kind = TokenKind::kKeyword;
     }
 
     void node(Token& token) {
         ++at_;
-        if (peek() == '\'') return quoted(token, '\'', TokenKind::node, "node name");
-        token.kind = TokenKind::node;
+        if (peek() == '\'') return quoted(token, '\'', TokenKind::kNode, "node name");
+        token.kind = TokenKind::kNode;
         token.text = word();
     }
 
@@ -151,7 +151,7 @@ private:
     }
 
     void number(Token& token) {
-        token.kind = TokenKind::number;
+        token.kind = TokenKind::kNumber;
         if (peek() == '0' && (peek(1) | 0x20) == 'x') return hexadecimal(token);
         const char* const first = text_.data() + at_;
         double value = 0;
@@ -184,7 +184,7 @@ private:
     void sign(Token& token, char c) {
         static constexpr std::array<std::string_view, 10> kPairs = {
             "==", "!=", "<=", ">=", "+=", "-=", "*=", "/=", "#("};
-        token.kind = TokenKind::sign;
+        token.kind = TokenKind::kSign;
         for (const std::string_view pair : kPairs)
             if (!pair.empty() && text_.substr(at_, 2) == pair) token.text = pair;
         if (token.text.empty() && std::string_view("()[]=<>+-*/^.,").find(c) != std::string::npos)

@@ -11,18 +11,18 @@
 namespace script {
 
 enum class TokenKind {
-    end,
-    newline,  // also ";"
-    name,
-    keyword,  // "name:" before an argument
-    node,     // "$name"; an empty text is the selection
-    number,
-    string,
-    sign,  // an operator or a bracket
+    kEnd,
+    kNewline,  // also ";"
+    kName,
+    kKeyword,  // "name:" before an argument
+    kNode,     // "$name"; an empty text is the selection
+    kNumber,
+    kString,
+    kSign,  // an operator or a bracket
 };
 
 struct Token {
-    TokenKind kind = TokenKind::end;
+    TokenKind kind = TokenKind::kEnd;
     std::string text;  // names in small letters
     std::string spelling;
     Value literal;  // of a number
@@ -31,7 +31,7 @@ struct Token {
     bool spaceAfter = false;
 };
 
-/// The tokens of a script, the last one being `end`. Throws `Error`.
+/// The tokens of a script, the last one being `kEnd`. Throws `Error`.
 std::vector<Token> tokensOf(std::string_view text, const std::string& file);
 
 }  // namespace script

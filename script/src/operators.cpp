@@ -27,7 +27,7 @@ Value number(double value, bool wholeIsInteger) {
     return Value(value);
 }
 
-// Two integers give an integer wherever the result is one.
+// Of two integers the result is an integer wherever it can be.
 Value arithmetic(char sign, const Value& left, const Value& right) {
     const double a = left.number();
     const double b = right.number();

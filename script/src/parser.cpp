@@ -34,9 +34,9 @@ public:
         : file_(file), tokens_(tokensOf(text, file)) {}
 
     NodePointer script() {
-        Node block = made(NodeKind::block);
+        Node block = made(NodeKind::kBlock);
         statements(block);
-        if (at().kind != TokenKind::end) fail("nothing more was expected here");
+        if (at().kind != TokenKind::kEnd) fail("nothing more was expected here");
         return finished(std::move(block));
     }
 
@@ -59,14 +59,14 @@ private:
     const Token& at() const { return tokens_[position_]; }
     const Token& take() {
         const Token& token = at();
-        if (token.kind != TokenKind::end) ++position_;
+        if (token.kind != TokenKind::kEnd) ++position_;
         return token;
     }
     bool isSign(std::string_view sign) const {
-        return at().kind == TokenKind::sign && at().text == sign;
+        return at().kind == TokenKind::kSign && at().text == sign;
     }
     bool isWord(std::string_view word) const {
-        return at().kind == TokenKind::name && at().text == word;
+        return at().kind == TokenKind::kName && at().text == word;
     }
     bool takeSign(std::string_view sign) {
         if (!isSign(sign)) return false;
@@ -79,7 +79,7 @@ private:
         return true;
     }
     void skipLines() {
-        while (at().kind == TokenKind::newline) take();
+        while (at().kind == TokenKind::kNewline) take();
     }
     [[noreturn]] void fail(const std::string& what) const { failAt(at().position, what); }
     [[noreturn]] void failAt(Position where, const std::string& what) const {
@@ -103,25 +103,25 @@ private:
     }
 
     void statements(Node& block) {
-        for (skipLines(); at().kind != TokenKind::end && !isSign(")"); skipLines()) {
+        for (skipLines(); at().kind != TokenKind::kEnd && !isSign(")"); skipLines()) {
             block.children.push_back(expression());
-            if (at().kind != TokenKind::newline && at().kind != TokenKind::end && !isSign(")"))
+            if (at().kind != TokenKind::kNewline && at().kind != TokenKind::kEnd && !isSign(")"))
                 fail("nothing more was expected here");
         }
     }
 
     NodePointer expression() {
         const Nested nested(*this);
-        if (at().kind == TokenKind::name) {
+        if (at().kind == TokenKind::kName) {
             const std::string& word = at().text;
             if (word == "if") return ifThen();
             if (word == "while") return whileDo();
             if (word == "for") return forLoop();
             if (word == "fn" || word == "function") return function();
             if (word == "local" || word == "global") return declaration();
-            if (word == "return") return giveBack();
-            if (word == "exit") return single(NodeKind::leave);
-            if (word == "continue") return single(NodeKind::next);
+            if (word == "return") return returnStatement();
+            if (word == "exit") return single(NodeKind::kExit);
+            if (word == "continue") return single(NodeKind::kContinue);
         }
         return assignment();
     }
@@ -139,7 +139,7 @@ private:
     }
 
     NodePointer ifThen() {
-        Node node = made(NodeKind::ifThen);
+        Node node = made(NodeKind::kIfThen);
         take();
         node.children.push_back(expression());
         skipLines();
@@ -155,7 +155,7 @@ private:
     }
 
     NodePointer whileDo() {
-        Node node = made(NodeKind::whileDo);
+        Node node = made(NodeKind::kWhileDo);
         take();
         node.children.push_back(expression());
         requireWord("do");
@@ -164,17 +164,17 @@ private:
     }
 
     std::string newName(const char* what) {
-        if (at().kind != TokenKind::name || isReserved(at().text))
+        if (at().kind != TokenKind::kName || isReserved(at().text))
             fail(std::string("the name of ") + what + " was expected here");
         return take().text;
     }
 
     NodePointer forLoop() {
-        Node node = made(NodeKind::forEach);
+        Node node = made(NodeKind::kForEach);
         take();
         node.text = newName("a variable");
         if (takeSign("=")) {
-            node.kind = NodeKind::forCount;
+            node.kind = NodeKind::kForCount;
             node.children.push_back(expression());
             requireWord("to");
             node.children.push_back(expression());
@@ -193,19 +193,19 @@ private:
     }
 
     NodePointer function() {
-        Node node = made(NodeKind::function);
+        Node node = made(NodeKind::kFunction);
         take();
         node.spelling = at().spelling;
         node.text = newName("a function");
         node.children.emplace_back();  // the body, which comes last
-        while (at().kind == TokenKind::name || at().kind == TokenKind::keyword) parameter(node);
+        while (at().kind == TokenKind::kName || at().kind == TokenKind::kKeyword) parameter(node);
         if (!takeSign("=")) fail("\"=\" and what the function does were expected here");
         node.children.front() = body();
         return finished(std::move(node));
     }
 
     void parameter(Node& function) {
-        const bool hasDefault = at().kind == TokenKind::keyword;
+        const bool hasDefault = at().kind == TokenKind::kKeyword;
         if (isReserved(at().text)) fail("the name of a parameter was expected here");
         if (!hasDefault && function.children.size() > 1)
             fail("a parameter without a default follows one that has a default");
@@ -216,17 +216,17 @@ private:
     }
 
     NodePointer declaration() {
-        Node node = made(NodeKind::declare);
+        Node node = made(NodeKind::kDeclare);
         node.flag = take().text == "global";
         node.text = newName("a variable");
         if (takeSign("=")) node.children.push_back(body());
         return finished(std::move(node));
     }
 
-    NodePointer giveBack() {
-        Node node = made(NodeKind::giveBack);
+    NodePointer returnStatement() {
+        Node node = made(NodeKind::kReturn);
         take();
-        if (at().kind != TokenKind::newline && at().kind != TokenKind::end && !isSign(")") &&
+        if (at().kind != TokenKind::kNewline && at().kind != TokenKind::kEnd && !isSign(")") &&
             !isWord("else"))
             node.children.push_back(expression());
         return finished(std::move(node));
@@ -234,15 +234,15 @@ private:
 
     NodePointer assignment() {
         NodePointer left = logicalOr();
-        const bool known = at().kind == TokenKind::sign &&
+        const bool known = at().kind == TokenKind::kSign &&
                            (at().text == "=" || (at().text.size() == 2 && at().text[1] == '=' &&
                                                  std::string_view("+-*/").find(at().text[0]) !=
                                                      std::string_view::npos));
         if (!known) return left;
-        if (left->kind != NodeKind::name && left->kind != NodeKind::member &&
-            left->kind != NodeKind::element)
+        if (left->kind != NodeKind::kName && left->kind != NodeKind::kMember &&
+            left->kind != NodeKind::kElement)
             fail("what stands before \"" + at().text + "\" cannot be assigned to");
-        Node node = made(NodeKind::assign);
+        Node node = made(NodeKind::kAssign);
         node.text = take().text;
         node.text.pop_back();
         node.children = {std::move(left), body()};
@@ -263,7 +263,7 @@ private:
         while (isWord("or")) {
             const Token sign = take();
             skipLines();
-            left = joined(NodeKind::logicalOr, sign, std::move(left), logicalAnd());
+            left = joined(NodeKind::kLogicalOr, sign, std::move(left), logicalAnd());
         }
         return left;
     }
@@ -273,7 +273,7 @@ private:
         while (isWord("and")) {
             const Token sign = take();
             skipLines();
-            left = joined(NodeKind::logicalAnd, sign, std::move(left), logicalNot());
+            left = joined(NodeKind::kLogicalAnd, sign, std::move(left), logicalNot());
         }
         return left;
     }
@@ -281,7 +281,7 @@ private:
     NodePointer logicalNot() {
         if (!isWord("not")) return comparison();
         const Nested nested(*this);
-        Node node = made(NodeKind::logicalNot);
+        Node node = made(NodeKind::kLogicalNot);
         take();
         node.children.push_back(logicalNot());
         return finished(std::move(node));
@@ -294,7 +294,7 @@ private:
 
     template <std::size_t N>
     bool isOneOf(const std::array<std::string_view, N>& signs) const {
-        return at().kind == TokenKind::sign && std::ranges::find(signs, at().text) != signs.end();
+        return at().kind == TokenKind::kSign && std::ranges::find(signs, at().text) != signs.end();
     }
 
     NodePointer comparison() {
@@ -302,7 +302,7 @@ private:
         while (isOneOf(kComparisons)) {
             const Token sign = take();
             skipLines();
-            left = joined(NodeKind::binary, sign, std::move(left), sum());
+            left = joined(NodeKind::kBinary, sign, std::move(left), sum());
         }
         return left;
     }
@@ -312,7 +312,7 @@ private:
         while (isOneOf(kSums)) {
             const Token sign = take();
             skipLines();
-            left = joined(NodeKind::binary, sign, std::move(left), product());
+            left = joined(NodeKind::kBinary, sign, std::move(left), product());
         }
         return left;
     }
@@ -322,7 +322,7 @@ private:
         while (isOneOf(kProducts)) {
             const Token sign = take();
             skipLines();
-            left = joined(NodeKind::binary, sign, std::move(left), negated());
+            left = joined(NodeKind::kBinary, sign, std::move(left), negated());
         }
         return left;
     }
@@ -330,7 +330,7 @@ private:
     NodePointer negated() {
         if (!isSign("-")) return power();
         const Nested nested(*this);
-        Node node = made(NodeKind::negate);
+        Node node = made(NodeKind::kNegate);
         take();
         node.children.push_back(negated());
         return finished(std::move(node));
@@ -340,7 +340,7 @@ private:
         NodePointer left = converted();
         while (isSign("^")) {
             const Token sign = take();
-            left = joined(NodeKind::binary, sign, std::move(left),
+            left = joined(NodeKind::kBinary, sign, std::move(left),
                           isSign("-") ? negated() : converted());
         }
         return left;
@@ -349,7 +349,7 @@ private:
     NodePointer converted() {
         NodePointer left = call();
         while (isWord("as")) {
-            Node node = made(NodeKind::convert);
+            Node node = made(NodeKind::kConvert);
             take();
             node.text = newName("a type");
             node.children.push_back(std::move(left));
@@ -359,21 +359,21 @@ private:
     }
 
     static bool isCallable(const Node& node) {
-        return node.kind == NodeKind::name || node.kind == NodeKind::member ||
-               node.kind == NodeKind::element;
+        return node.kind == NodeKind::kName || node.kind == NodeKind::kMember ||
+               node.kind == NodeKind::kElement;
     }
 
     bool startsArgument() const {
         switch (at().kind) {
-            case TokenKind::number:
-            case TokenKind::string:
-            case TokenKind::node:
-            case TokenKind::keyword:
+            case TokenKind::kNumber:
+            case TokenKind::kString:
+            case TokenKind::kNode:
+            case TokenKind::kKeyword:
                 return true;
-            case TokenKind::name:
+            case TokenKind::kName:
                 return !isReserved(at().text) || at().text == "true" || at().text == "false" ||
                        at().text == "undefined";
-            case TokenKind::sign:
+            case TokenKind::kSign:
                 return at().text == "(" || at().text == "#(" || at().text == "[" ||
                        (at().text == "-" && at().spaceBefore && !at().spaceAfter);
             default:
@@ -385,16 +385,16 @@ private:
         NodePointer callee = operand();
         if (!isCallable(*callee) || !startsArgument()) return callee;
         Node node;
-        node.kind = NodeKind::call;
+        node.kind = NodeKind::kCall;
         node.position = callee->position;
         node.children.push_back(std::move(callee));
-        if (isSign("(") && tokens_[position_ + 1].kind == TokenKind::sign &&
+        if (isSign("(") && tokens_[position_ + 1].kind == TokenKind::kSign &&
             tokens_[position_ + 1].text == ")") {
             position_ += 2;
             return finished(std::move(node));
         }
         while (startsArgument()) {
-            const bool keyword = at().kind == TokenKind::keyword;
+            const bool keyword = at().kind == TokenKind::kKeyword;
             node.keywords.push_back(keyword ? take().spelling : "");
             node.children.push_back(operand());
         }
@@ -405,7 +405,7 @@ private:
     NodePointer operand() {
         const Nested nested(*this);
         if (isSign("-")) {
-            Node node = made(NodeKind::negate);
+            Node node = made(NodeKind::kNegate);
             take();
             node.children.push_back(operand());
             return finished(std::move(node));
@@ -425,8 +425,8 @@ private:
 
     NodePointer member(NodePointer of) {
         take();
-        Node node = made(NodeKind::member);
-        if (at().kind != TokenKind::name)
+        Node node = made(NodeKind::kMember);
+        if (at().kind != TokenKind::kName)
             fail("the name of a function or property was expected after \".\"");
         node.text = at().text;
         node.spelling = take().spelling;
@@ -435,7 +435,7 @@ private:
     }
 
     NodePointer element(NodePointer of) {
-        Node node = made(NodeKind::element);
+        Node node = made(NodeKind::kElement);
         const Position open = take().position;
         skipLines();
         node.children = {std::move(of), expression()};
@@ -446,7 +446,7 @@ private:
 
     NodePointer callInBrackets(NodePointer callee) {
         Node node;
-        node.kind = NodeKind::call;
+        node.kind = NodeKind::kCall;
         node.position = callee->position;
         node.children.push_back(std::move(callee));
         list(node, ")", true);
@@ -458,35 +458,35 @@ private:
         const Position open = take().position;
         skipLines();
         while (!takeSign(close)) {
-            if (at().kind == TokenKind::end) failAt(open, quoted(close) + " is missing");
+            if (at().kind == TokenKind::kEnd) failAt(open, quoted(close) + " is missing");
             if (keywords)
-                node.keywords.push_back(at().kind == TokenKind::keyword ? take().spelling : "");
+                node.keywords.push_back(at().kind == TokenKind::kKeyword ? take().spelling : "");
             node.children.push_back(expression());
             skipLines();
-            if (!isSign(close) && at().kind != TokenKind::end && !takeSign(","))
+            if (!isSign(close) && at().kind != TokenKind::kEnd && !takeSign(","))
                 fail("\",\" or " + quoted(close) + " was expected here");
             skipLines();
         }
     }
 
     NodePointer primary() {
-        Node node = made(NodeKind::literal);
+        Node node = made(NodeKind::kLiteral);
         switch (at().kind) {
-            case TokenKind::number:
+            case TokenKind::kNumber:
                 node.literal = take().literal;
                 return finished(std::move(node));
-            case TokenKind::string:
+            case TokenKind::kString:
                 node.literal = Value(take().text);
                 return finished(std::move(node));
-            case TokenKind::node:
-                node.kind = NodeKind::nodeName;
+            case TokenKind::kNode:
+                node.kind = NodeKind::kNodeName;
                 node.text = take().text;
                 return finished(std::move(node));
-            case TokenKind::name:
+            case TokenKind::kName:
                 return word(std::move(node));
-            case TokenKind::sign:
+            case TokenKind::kSign:
                 return bracket(std::move(node));
-            case TokenKind::keyword:
+            case TokenKind::kKeyword:
                 fail("\"" + at().spelling + ":\" stands only among the arguments of a call");
             default:
                 fail("something is missing here");
@@ -499,7 +499,7 @@ private:
             node.literal = Value(text == "true");
         } else if (text != "undefined") {
             if (isReserved(text)) fail("a value was expected here, not \"" + text + "\"");
-            node.kind = NodeKind::name;
+            node.kind = NodeKind::kName;
             node.text = text;
             node.spelling = at().spelling;
         }
@@ -509,21 +509,21 @@ private:
 
     NodePointer bracket(Node node) {
         if (isSign("#(")) {
-            node.kind = NodeKind::array;
+            node.kind = NodeKind::kArray;
             list(node, ")", false);
         } else if (isSign("[")) {
-            node.kind = NodeKind::point;
+            node.kind = NodeKind::kPoint;
             list(node, "]", false);
             if (node.children.size() != 3)
                 failAt(node.position, "a point has three coordinates: [x, y, z]");
         } else if (isSign("(")) {
-            node.kind = NodeKind::block;
+            node.kind = NodeKind::kBlock;
             const Position open = take().position;
             statements(node);
             if (!takeSign(")")) failAt(open, "\")\" is missing");
             // Alone in its parentheses, an expression is itself.
             if (node.children.size() == 1 && !isCallable(*node.children.front()) &&
-                node.children.front()->kind != NodeKind::literal)
+                node.children.front()->kind != NodeKind::kLiteral)
                 return node.children.front();
         } else {
             fail("a value was expected here, not \"" + at().text + "\"");

@@ -89,4 +89,23 @@ TEST(SmallHeapTest, ReusesTheBlockFreedLast) {
     EXPECT_NE(heap.allocate(64), kept);
 }
 
+// Natively the sanitizer watches over these blocks as over the system's.
+TEST(SmallHeapTest, TheSanitizerSeesWhatIsNotGivenOut) {
+#ifdef KILN_ADDRESS_SANITIZER
+    SmallHeap heap;
+    auto* const block = static_cast<unsigned char*>(heap.allocate(20));
+    auto* const other = static_cast<unsigned char*>(heap.allocate(20));
+    EXPECT_EQ(__asan_region_is_poisoned(block, 20), nullptr);
+    EXPECT_EQ(__asan_region_is_poisoned(block, 21), block + 20) << "beyond what was asked for";
+    EXPECT_TRUE(__asan_address_is_poisoned(other + 24)) << "never given out";
+    heap.free(block);
+    EXPECT_EQ(__asan_region_is_poisoned(block, 20), block) << "freed";
+    EXPECT_EQ(heap.allocate(20), block);
+    EXPECT_EQ(__asan_region_is_poisoned(block, 20), nullptr);
+    EXPECT_EQ(__asan_region_is_poisoned(other, 20), nullptr);
+#else
+    GTEST_SKIP() << "built without the address sanitizer";
+#endif
+}
+
 }  // namespace

@@ -1,5 +1,6 @@
 #include "workbenchfixture.h"
 
+#include <framework/gdi.h>
 #include <framework/text.h>
 #include <kiln/host/host.h>
 
@@ -174,18 +175,18 @@ void WorkbenchTest::click(int x, int y) const {
     ::SendMessageW(viewport_, WM_LBUTTONUP, 0, at);
 }
 
-std::vector<COLORREF> WorkbenchTest::middleOfViewport() const {
-    constexpr int kReach = 30, kStep = 10;
+std::vector<DWORD> WorkbenchTest::middleOfViewport() const {
+    constexpr int kEdge = 60;
     RECT area;
     ::GetWindowRect(viewport_, &area);
-    const int x = (area.left + area.right) / 2, y = (area.top + area.bottom) / 2;
-    std::vector<COLORREF> colours;
-    const HDC screen = ::GetDC(nullptr);
-    for (int dx = -kReach; dx <= kReach; dx += kStep)
-        for (int dy = -kReach; dy <= kReach; dy += kStep)
-            colours.push_back(::GetPixel(screen, x + dx, y + dy));
-    ::ReleaseDC(nullptr, screen);
-    return colours;
+    const int x = (area.left + area.right - kEdge) / 2, y = (area.top + area.bottom - kEdge) / 2;
+    const WindowDc screen(nullptr);
+    const MemoryDc memory(screen.get(), kEdge, kEdge);
+    ::BitBlt(memory.get(), 0, 0, kEdge, kEdge, screen.get(), x, y, SRCCOPY);
+    BITMAPINFO info = pixelFormat(kEdge, kEdge);
+    std::vector<DWORD> pixels(std::size_t{kEdge} * kEdge);
+    ::GetDIBits(screen.get(), memory.bitmap(), 0, kEdge, pixels.data(), &info, DIB_RGB_COLORS);
+    return pixels;
 }
 
 HWND WorkbenchTest::page() const {

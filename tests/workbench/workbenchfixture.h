@@ -61,8 +61,8 @@ protected:
     static bool answerFileDialog(const wchar_t* title, const std::string& path);
     /// Clicks a point of the viewport.
     void click(int x, int y) const;
-    /// Points of the screen around the middle of the viewport, where the box is.
-    std::vector<COLORREF> middleOfViewport() const;
+    /// What the screen shows around the middle of the viewport, where the box is.
+    std::vector<DWORD> middleOfViewport() const;
     /// The dialog of the open rollup page, or null.
     HWND page() const;
 

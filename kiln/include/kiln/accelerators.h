@@ -3,7 +3,7 @@
 
 #include <kiln/platform.h>
 
-/// Gives the host its accelerator keys back, or takes them away while a plug-in's window needs the
+/// Lets the host have its accelerator keys, or takes them away while a plug-in's window needs the
 /// keys. This is a switch, not a count: one call undoes any number of the other.
 KILNAPI void EnableAccelerators() noexcept;
 KILNAPI void DisableAccelerators() noexcept;

@@ -36,12 +36,12 @@ public:
 
     virtual SClass_ID SuperClassID() const = 0;
     virtual Class_ID ClassID() const = 0;
-    /// Gives the object back to the module that made it.
+    /// Has the module that made the object delete it.
     virtual void DeleteThis() { delete this; }
 
     /// Attaches `data` (a block of `KILN_malloc` of `length` bytes; null only for length 0) and
     /// takes it over. A chunk with the same three ids is kept and gets the new block, its old one
-    /// being freed. Gives the chunk as the host now holds it; null when there is no memory or
+    /// being freed. Returns the chunk as the host now holds it; null when there is no memory or
     /// `data` is null for a length above 0, and `data` then stays the caller's.
     AppDataChunk* AddAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD subId, DWORD length,
                                   void* data) noexcept;
@@ -60,13 +60,13 @@ public:
 
     /// The custom attributes, or null while there is no container.
     ICustAttribContainer* GetCustAttribContainer() const noexcept;
-    /// Makes the container unless there is one already; gives it. Null without memory.
+    /// Makes the container unless there is one already, and returns it. Null without memory.
     ICustAttribContainer* AllocCustAttribContainer() noexcept;
     /// Deletes the container and every attribute in it.
     void DeleteCustAttribContainer() noexcept;
 
     /// Things of the scene are made of the host's memory (`KILN_newPiece`), whichever module makes
-    /// them. The first throws `std::bad_alloc`, the second gives null.
+    /// them. The first throws `std::bad_alloc`, the second returns null.
     static void* operator new(std::size_t size);
     static void* operator new(std::size_t size, const std::nothrow_t&) noexcept;
     static void operator delete(void* thing, std::size_t size) noexcept;
@@ -90,8 +90,8 @@ public:
     /// What this keeps in a scene file, as bytes of its own layout. The host's own classes are
     /// written out by the host and leave this empty. Must not throw.
     virtual std::vector<BYTE> SaveState() const { return {}; }
-    /// Takes back what `SaveState` gave, which may have been damaged; false refuses it, and with it
-    /// the scene file. Must not throw.
+    /// Takes back what `SaveState` returned, which may have been damaged; false refuses it, and
+    /// with it the scene file. Must not throw.
     virtual bool LoadState(const BYTE* bytes, std::size_t length);
 
 private:

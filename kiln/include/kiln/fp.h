@@ -28,7 +28,7 @@ enum ParamType2 : int {
     TYPE_INODE = 17,
     TYPE_VOID = 25,
     TYPE_DOUBLE = 26,
-    TYPE_VALUE = 27,  ///< of a parameter: takes any value but void as it is; of a result: gives any
+    TYPE_VALUE = 27,  ///< of a parameter: takes any value but void as it is; of a result: any
     TYPE_STRING_TAB = 0x800 + TYPE_STRING,  ///< a list of strings
 };
 
@@ -177,9 +177,9 @@ public:
     virtual const FPInterfaceDesc& GetDesc() const = 0;
 
     /// Calls function `id` with `params` (already of the parameters' types; null for none) and
-    /// loads `result`, which is void before the call and stays so when the function gives nothing.
-    /// A function that fails may load a string that says why. Nothing leaves by exception: one that
-    /// does becomes `FPS_FAIL`.
+    /// loads `result`, which is void before the call and stays so when the function returns
+    /// nothing. A function that fails may load a string that says why. No exception leaves it: one
+    /// that does becomes `FPS_FAIL`.
     FPStatus Invoke(FunctionID id, TimeValue t, FPValue& result, FPParams* params) noexcept;
 
 protected:

@@ -77,8 +77,8 @@ public:
     // Groups.
 
     /// Makes a group: a dummy head at the middle of the nodes, which become its children and
-    /// members, world positions kept. `name` null gives one like "Group001". Nodes below others of
-    /// the list stay where they are. Null when no node of the list can be grouped.
+    /// members, world positions kept. Without `name` it is one like "Group001". Nodes below others
+    /// of the list stay where they are. Null when no node of the list can be grouped.
     virtual INode* GroupNodes(const Tab<INode*>& nodes, const char* name = nullptr) = 0;
     /// Dissolves a group: its children go to the head's parent, world positions kept, and the head
     /// is deleted. False when `head` is not a head.
@@ -92,7 +92,7 @@ public:
     virtual void RedrawViews(TimeValue t, DWORD flags = REDRAW_NORMAL,
                              Animatable* changed = nullptr) = 0;
 
-    // Windows. All of these do nothing, and give null, in a host without windows.
+    // Windows. All of these do nothing, and return null, in a host without windows.
 
     virtual HWND GetKilnHWND() const = 0;
     /// Adds a rollup page made from dialog `dialogId` of `module` to the command panel. `title` is

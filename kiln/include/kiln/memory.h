@@ -1,4 +1,4 @@
-// The host allocator: the only one whose blocks may be handed to the host to free.
+// The host allocator: the only one whose blocks the host may be left to free.
 #pragma once
 
 #include <kiln/platform.h>

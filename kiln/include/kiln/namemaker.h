@@ -14,7 +14,7 @@ public:
     /// Leaves `name` as it is when it is free. Otherwise takes its trailing digits off and appends
     /// the smallest number from 1 that makes it free, with at least three digits: "g" becomes
     /// "g001". A name is taken when it was added, when a node of the scene has it (for a maker that
-    /// was initialised from the scene), or when this maker gave it out; a name given out is free
+    /// was initialised from the scene), or when this maker has made it; a name that it made is free
     /// again once the node that bears it is deleted or renamed, or the scene is emptied.
     /// Takes constant time on average.
     virtual void MakeUniqueName(CStr& name) = 0;

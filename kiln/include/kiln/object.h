@@ -27,7 +27,7 @@ public:
     virtual Box3 GetLocalBoundBox(TimeValue t) const = 0;
 };
 
-/// What a node's pipeline gives at its end.
+/// What stands at the end of a node's pipeline.
 struct ObjectState {
     Object* obj = nullptr;  ///< owned by the node; null for the root and for nodes without object
 };

@@ -36,7 +36,7 @@ public:
     virtual void Cause(ImpExpCause cause) { (void)cause; }
     /// One line on what was read or written. The last call counts.
     virtual void Summary(const char* line) = 0;
-    /// How far it is, 0 to 1, and with what; gives false once the user wants to cancel. Cheap
+    /// How far it is, 0 to 1, and with what; returns false once the user wants to cancel. Cheap
     /// enough to be called per record.
     virtual bool Progress(double fraction, const char* what) = 0;
     /// Whether the user wants to cancel.
@@ -54,7 +54,7 @@ public:
     /// "OpenFlight scene": stands before the extensions in the file dialog.
     virtual const char* ShortDesc() = 0;
     virtual const char* LongDesc() { return ShortDesc(); }
-    /// Reads the file at `path` (UTF-8) into the scene. Gives one of the `IMPEXP_` results; after
+    /// Reads the file at `path` (UTF-8) into the scene. Returns one of the `IMPEXP_` results; after
     /// anything but success the host removes every node and texture map that was added meanwhile.
     virtual int DoImport(const char* path, ImpExpReport& report, Interface* ip) = 0;
     virtual void DeleteThis() { delete this; }

@@ -44,17 +44,17 @@ public:
     }
     void ZeroCount() noexcept { count_ = 0; }
 
-    /// Appends `count` elements copied from `items`; gives the index of the first. `items` must not
-    /// lie inside this array.
+    /// Appends `count` elements copied from `items`; returns the index of the first. `items` must
+    /// not lie inside this array.
     int Append(int count, const T* items) { return Insert(count_, count, items); }
-    /// Appends one element; gives its index.
+    /// Appends one element; returns its index.
     int Append(const T& item) {
         const T copy = item;  // which may lie inside this array
         makeRoom(1);
         new (items_ + count_) T(copy);
         return count_++;
     }
-    /// Inserts `count` elements before index `at`; gives `at`. `items` must not lie inside this
+    /// Inserts `count` elements before index `at`; returns `at`. `items` must not lie inside this
     /// array.
     int Insert(int at, int count, const T* items) {
         if (count <= 0) return at;

@@ -23,7 +23,7 @@ class KILNAPI Triangulator {
 public:
     /// The triangles of the polygon through `corners`, wound as the polygon is; valid until the
     /// next call. Concave polygons are cut along diagonals inside them, polygons that are not quite
-    /// flat are judged from their average normal, and ones that cross themselves are covered as
+    /// flat are projected along their average normal, and ones that cross themselves are covered as
     /// well as triangles can. Repeated corners are passed over. A polygon without area, with fewer
     /// than three corners, or with coordinates that are not finite has no triangles.
     ///
@@ -46,7 +46,7 @@ private:
     };
 
     /// What a corner must be like to be cut off, from the ideal to the last resort.
-    enum class Demand : std::uint8_t { nothingInside, nothingWellInside, convex, any };
+    enum class Demand : std::uint8_t { kNothingInside, kNothingWellInside, kConvex, kAny };
 
     bool project(std::span<const Point3> corners);
     bool fanOfAll();

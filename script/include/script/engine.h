@@ -73,7 +73,7 @@ public:
     /// Offers a verb. `parameters` names them, separated by spaces: "node name?" has an optional
     /// one, "values..." takes any number. A verb of the same name is replaced.
     void addVerb(const std::string& name, const std::string& parameters, Verb verb);
-    /// Offers a read-only name that gives a value, such as `selection`.
+    /// Adds a read-only name with a value that is worked out each time, such as `selection`.
     void addValue(const std::string& name, ValueReader reader);
     /// Offers a property of nodes; without `write` a read-only one.
     void addNodeProperty(const std::string& name, PropertyReader read, PropertyWriter write = {});
@@ -85,8 +85,8 @@ public:
     /// Asked every few steps; true ends the script with an error. Null for never.
     void setStop(std::function<bool()> stop);
 
-    /// Runs a script and gives the value of its last expression, undefined for none. `file` stands
-    /// in messages. Throws `Error`; what the script did before that stays done.
+    /// Runs a script and returns the value of its last expression, undefined for none. `file`
+    /// stands in messages. Throws `Error`; what the script did before that stays done.
     Value run(std::string_view text, const std::string& file);
 
     /// The same for a script file; its path stands in messages. Throws `Failure` when the file

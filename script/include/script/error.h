@@ -31,7 +31,7 @@ public:
           position_(position),
           message_(std::move(message)) {}
 
-    /// The script's name, as it was given to the engine.
+    /// The script's name, as the engine got it.
     const std::string& file() const noexcept { return file_; }
     Position position() const noexcept { return position_; }
     /// Without the place.

@@ -26,7 +26,7 @@ struct NodeReference {
     bool operator==(const NodeReference&) const = default;
 };
 
-/// The result of what gives none; prints as "ok".
+/// The result of what has none; prints as "ok".
 struct Done {
     bool operator==(const Done&) const = default;
 };

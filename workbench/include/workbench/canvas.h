@@ -92,7 +92,7 @@ private:
     /// Calls `span(y, left, right)` for each row of the triangle.
     template <typename Span>
     void scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, const Span& span);
-    /// Fills a triangle with what `shader` gives for each pixel: `begin(y, left, count)`, then
+    /// Fills a triangle with what `shader` returns for each pixel: `begin(y, left, count)`, then
     /// `at(i)` for some of them, 0xAARRGGBB.
     template <bool kBlended, typename Shader>
     void shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, const Fill& fill,

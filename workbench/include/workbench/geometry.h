@@ -1,4 +1,4 @@
-// The little vector algebra that the viewport needs. World space is right-handed with z up.
+// Vector algebra for the viewport. World space is right-handed with z up.
 #pragma once
 
 #include <algorithm>

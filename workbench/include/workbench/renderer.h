@@ -24,7 +24,7 @@ public:
     void draw(const SceneModel& scene, const Camera& camera, const RenderOptions& options,
               Canvas& canvas);
 
-    /// Triangles that the last frame handed to the canvas: those in front of the camera and not
+    /// Triangles that the last frame passed to the canvas: those in front of the camera and not
     /// culled.
     std::size_t trianglesDrawn() const { return trianglesDrawn_; }
 

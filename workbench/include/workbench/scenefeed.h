@@ -52,10 +52,10 @@ private:
     /// Where the subtree of a node stands that is shown by way of another.
     struct Instance {
         INode* definition;
-        INode* shower;      ///< the node of the scene that shows it
+        INode* instancer;   ///< the node of the scene that shows it
         std::size_t above;  ///< the instance that this one is part of; 0 for none
         std::size_t depth;  ///< how many those are
-        Matrix3 shift;      ///< from the definition's place to that of the shower
+        Matrix3 shift;      ///< from the definition's place to that of the instancer
     };
 
     struct Visit {

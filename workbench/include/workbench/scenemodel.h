@@ -21,7 +21,7 @@ class Texture;
 
 /// How light makes colours of a surface.
 struct Surface {
-    /// What the surface gives back of the light from everywhere and from lamps, and what it shines
+    /// What the surface reflects of the light from everywhere and from lamps, and what it shines
     /// with itself; red, green and blue, 1 is all.
     Vec3 ambient{1, 1, 1}, diffuse{1, 1, 1}, emissive;
     float opacity = 1;
@@ -101,14 +101,14 @@ public:
 
     /// Starts the next item; the surface and marks added next belong to it.
     ItemIndex beginItem();
-    /// Adds a vertex of the current item, in world space; gives its index within the item.
+    /// Adds a vertex of the current item, in world space; returns its index within the item.
     std::uint32_t addVertex(Vec3d world);
-    /// Gives the vertices of the current item finishes, one for each in their order. Called once
+    /// Sets the finishes of the current item's vertices, one for each in their order. Called once
     /// all of them have been added.
     void setFinishes(std::span<const Finish> finishes);
-    /// Gives the current item a surface other than the plain one, before its triangles.
+    /// Sets for the current item a surface other than the plain one, before its triangles.
     void setSurface(const Surface& surface);
-    /// Adds a triangle by the indices that addVertex gave. An index that does not exist, or a
+    /// Adds a triangle by the indices that addVertex returned. An index that does not exist, or a
     /// vertex that is not a finite point, leaves the triangle out. On a surface with a texture
     /// `places` are those of its corners; null for none.
     void addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, Colour colour,

@@ -39,7 +39,7 @@ public:
     /// Where each line goes as soon as it is printed, instead of into the result.
     void setPrinter(std::function<void(const std::string& line)> printer);
 
-    /// Asked every few steps; true ends the script. Without it a line that would never end gives up
+    /// Asked every few steps; true ends the script. Without it a line that would never end stops
     /// after some seconds.
     void setStop(std::function<bool()> stop);
 

@@ -11,8 +11,8 @@
 
 namespace workbench {
 
-/// Finds and keeps textures by the names that scenes give them. A name that leads to no picture is
-/// tried once for each folder that becomes known.
+/// Finds and keeps textures by the names that scenes have for them. A name that leads to no picture
+/// is tried once for each folder that becomes known.
 class TextureStore {
 public:
     /// Searches `folder` (UTF-8) too, the one named last before all others. An empty one is none.

@@ -36,7 +36,7 @@ inline std::string asFileName(std::string text) {
     return text;
 }
 
-/// Whether the path ends in the extension, which is given without a dot.
+/// Whether the path ends in the extension, a name without a dot.
 inline bool hasExtension(std::string_view path, std::string_view extension) {
     const std::string name = fileName(path);
     const std::size_t dot = name.rfind('.');

@@ -19,7 +19,7 @@ public:
     MenuBar(CWnd& window, kiln::Core& core, Viewport& viewport, ScriptFiles& scripts)
         : window_(window), core_(core), viewport_(viewport), scripts_(scripts) {}
 
-    /// Gives the window its menu.
+    /// Loads the menu and sets it as the window's.
     void attach();
     /// To be called before the menu is shown. `recent`: the files opened last.
     void refresh(std::span<const std::string> recent);

@@ -240,8 +240,8 @@ void SceneFiles::import() {
     client_.sceneReplaced();
 }
 
-// Asks when a file holds less than the scene has, and gives the name for the part's file. False
-// when the user would rather not.
+// Asks which part to write when a file holds less than the scene has; `name` becomes that of the
+// part's file. False when the user cancels.
 bool SceneFiles::choosePart(kiln::ExportChoice& choice, std::string& name) {
     std::vector<kiln::FilePart> parts;
     for (const kiln::FileKind& kind : core_.exportKinds()) {

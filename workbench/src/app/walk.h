@@ -20,7 +20,7 @@ public:
     Walk(MainWindow& window, std::string file, std::string folder, std::string utility,
          std::string script, std::function<void(MSG&)> pump);
 
-    /// Gives the exit code: 0 when every step worked. Each step is a line on the standard output;
+    /// Returns the exit code: 0 when every step worked. Each step is a line on the standard output;
     /// the last line of a good walk is what the importer said about the file.
     int run();
 
@@ -42,7 +42,7 @@ private:
     kiln::Status shootAbout();
     kiln::Status selectInViewport();
     kiln::Status closeUp();
-    /// Turns the camera once around, and says how many frames a second that gave.
+    /// Turns the camera once around, and says how many frames a second it drew.
     kiln::Status turnAround();
     kiln::Status shootViews();
     /// Pictures of the dialogs, each of which is cancelled.

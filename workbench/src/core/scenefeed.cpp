@@ -120,7 +120,7 @@ void SceneFeed::visit(std::size_t at) {
     }
     if (visits_[at].elsewhere) return;
     visits_[at].item = model_.beginItem();
-    nodes_.push_back(isInstanced ? instances_[visits_[at].instance].shower : &node);
+    nodes_.push_back(isInstanced ? instances_[visits_[at].instance].instancer : &node);
     if (!isInstanced) shown_.push_back(&node);
     INode* const definition = looks_ ? looks_->GetInstanced(&node) : nullptr;
     addNode(visits_[at], isInstanced || definition);
@@ -136,11 +136,13 @@ bool SceneFeed::isElsewhere(const Visit& visit) const {
 }
 
 void SceneFeed::visitInstanced(std::size_t at, INode& definition) {
-    const Visit shower = visits_[at];
-    if (!mayShow(definition, shower.instance) || ++instanced_ > kMostInstanced) return;
-    INode* const node = shower.instance == 0 ? shower.node : instances_[shower.instance].shower;
-    instances_.push_back({&definition, node, shower.instance, instances_[shower.instance].depth + 1,
-                          Inverse(definition.GetNodeTM(0)) * placeOf(shower)});
+    const Visit instancer = visits_[at];
+    if (!mayShow(definition, instancer.instance) || ++instanced_ > kMostInstanced) return;
+    INode* const node =
+        instancer.instance == 0 ? instancer.node : instances_[instancer.instance].instancer;
+    instances_.push_back({&definition, node, instancer.instance,
+                          instances_[instancer.instance].depth + 1,
+                          Inverse(definition.GetNodeTM(0)) * placeOf(instancer)});
     visits_.push_back({&definition, at, kNoItem, instances_.size() - 1, {}});
 }
 
@@ -193,7 +195,7 @@ void SceneFeed::addNode(const Visit& visit, bool standsForAnother) {
     addHelper();
 }
 
-/// Gives the light's colour, whether it shines or not.
+/// Returns the light's colour, whether it shines or not.
 COLORREF SceneFeed::addLight(const Matrix3& place, const GenLight& light, INode& node) {
     NodeLook look;
     if (looks_) looks_->GetLook(&node, look);

@@ -4,7 +4,7 @@ namespace workbench {
 
 namespace {
 
-// The user waits for the line; one that would never end gives up after some seconds.
+// The user waits for the line; one that would never end is stopped after some seconds.
 constexpr std::uint64_t kMaxSteps = 10'000'000;
 
 constexpr char kLineName[] = "script line";

@@ -97,7 +97,7 @@ private:
         }
     }
 
-    /// Of 16 bits the upper 8 are what can be seen. Gives how many values there were.
+    /// Of 16 bits the upper 8 are what can be seen. Returns how many values there were.
     std::size_t copy(std::span<const std::uint8_t> values, std::size_t x, std::size_t count) {
         const std::size_t size = wide_ ? 2 : 1;
         const std::size_t there = std::min(count, values.size() / size);

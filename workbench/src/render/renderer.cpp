@@ -16,7 +16,7 @@ constexpr Colour kAxisX = 0xE0554F, kAxisY = 0x66C25A, kAxisZ = 0x5A8FF0;
 
 constexpr float kEdgeBias = 6e-4f;     // edges lie upon their own surface
 constexpr float kLayerBias = 1.5e-4f;  // each layer lies upon the one below
-constexpr float kGridBias = -2e-4f;    // the grid gives way to ground that lies in its plane
+constexpr float kGridBias = -2e-4f;    // ground that lies in the plane of the grid hides it
 
 Vec3 channelsOf(Colour colour) {
     return {static_cast<float>(colour >> 16 & 0xFF), static_cast<float>(colour >> 8 & 0xFF),

@@ -8,7 +8,7 @@
 
 namespace workbench {
 
-/// `DoModal` gives IDOK when the user has chosen.
+/// `DoModal` returns IDOK when the user has chosen.
 class PartDialog : public CDialog {
 public:
     /// Starts at the part of that position.

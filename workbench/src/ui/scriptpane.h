@@ -30,7 +30,7 @@ class ScriptPane : public CWnd {
 public:
     bool Create(HWND parent, UINT id);
 
-    /// `evaluate` gets each line that the user enters and gives what to print; empty prints
+    /// `evaluate` gets each line that the user enters and returns what to print; empty prints
     /// nothing.
     void setEvaluator(std::function<std::string(const std::string&)> evaluate);
     /// Adds a line to the log.

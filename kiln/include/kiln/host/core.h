@@ -58,7 +58,7 @@ struct ExportChoice {
 /// `destroy`.
 class KILNAPI Core {
 public:
-    /// Makes the core with an empty scene, or gives the one there is.
+    /// Makes the core with an empty scene, or returns the one there is.
     static Core& create();
     /// The core, or null.
     static Core* get() noexcept;
@@ -127,7 +127,7 @@ public:
     // The utility panel.
 
     /// Opens the utility that `utility` describes, closing the one that is open. Refused when it is
-    /// no utility or does not give an object.
+    /// no utility or makes no object.
     Status openUtility(ClassDesc* utility);
     void closeUtility();
     /// The open utility's descriptor, or null.

@@ -10,6 +10,10 @@ namespace kiln {
 /// Blocks of the host allocator that have not been freed.
 KILNAPI std::size_t allocatedBlocks() noexcept;
 
+/// Whether small blocks come from the core's own heap (as at first) or from the system's (as at
+/// first under the address sanitizer). To be chosen before the first block is made.
+KILNAPI void useSmallHeap(bool use) noexcept;
+
 /// Lets the next `count` allocations succeed and all later ones fail, until this object goes.
 /// Chunks and containers are made with the host allocator, so attaching them fails too.
 class KILNAPI AllocationLimit {

@@ -20,7 +20,7 @@ struct ModuleExports {
 
 /// A module that is in use.
 struct ModuleInfo {
-    std::string path;                 ///< the file; the given name for one without a file
+    std::string path;                 ///< the file; for one without a file, its name
     std::string description;          ///< from `LibDescription`
     std::vector<ClassDesc*> classes;  ///< the descriptors that it registered
 };

@@ -34,10 +34,11 @@ KILNAPI std::optional<PublishedVerb> findVerb(const std::string& name);
 
 /// Calls `function` of `target` at the host's time. Arguments by position come first; each
 /// parameter gets exactly one argument, or none if it is optional; keywords match exactly. Values
-/// are converted where nothing is lost: integer to float, whole float to integer, boolean to integer
-/// and back, void to a null node, map or string; a double is rounded to a float. A failure names the
-/// function and the argument, and what was expected; the function is not called then. One that the
-/// function gave a reason for is that reason. `result` is void when the function gives nothing.
+/// are converted where nothing is lost: integer to float, whole float to integer, boolean to
+/// integer and back, void to a null node, map or string; a double is rounded to a float. A failure
+/// names the function and the argument, and what was expected; the function is not called then. One
+/// that the function has a reason for is that reason. `result` is void when the function returns
+/// nothing.
 KILNAPI Status callFunction(FPInterfaceDesc& target, const std::string& function,
                             const std::vector<ScriptArgument>& arguments, FPValue& result);
 
