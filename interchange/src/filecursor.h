@@ -26,7 +26,7 @@ public:
             FltRecordView::statedOpcode(bytes_, record_.end()) == kFltEndOfFile) {
             return false;
         }
-        const FltRecordView record = after(record_);
+        const FltRecordView record = following();
         if (record.empty()) refuse();
         record_ = record;
         return true;
@@ -39,7 +39,8 @@ public:
     std::uint32_t offset() const noexcept { return static_cast<std::uint32_t>(record_.offset()); }
     /// Offset behind the record.
     std::uint32_t end() const noexcept { return static_cast<std::uint32_t>(record_.end()); }
-    /// What follows `record`, empty where no whole record does.
+    /// What follows the record, or `record`; empty where no whole record does.
+    FltRecordView following() const noexcept { return after(record_); }
     FltRecordView after(const FltRecordView& record) const noexcept {
         return FltRecordView::at(bytes_, record.end());
     }

@@ -10,11 +10,6 @@ namespace interchange {
 
 namespace {
 
-std::uint32_t edgesOf(const Triangle& triangle) {
-    return (triangle.outline[0] ? EDGE_A : 0U) | (triangle.outline[1] ? EDGE_B : 0U) |
-           (triangle.outline[2] ? EDGE_C : 0U);
-}
-
 void addVertex(const FltPoolVertex& vertex, std::uint32_t mask, const FltColorPalette& colors,
                Mesh& mesh) {
     constexpr COLORREF kWhite = 0xFFFFFF;
@@ -33,13 +28,6 @@ void addVertex(const FltPoolVertex& vertex, std::uint32_t mask, const FltColorPa
 }
 
 }  // namespace
-
-Face faceOf(const Triangle& triangle) {
-    Face face;
-    std::ranges::copy(triangle.corner, face.v);
-    face.flags = edgesOf(triangle);
-    return face;
-}
 
 void MeshReader::read(const Outline& outline, const OutlineNode& source,
                       const FltColorPalette& colors, Mesh& mesh) {
@@ -118,8 +106,9 @@ void MeshReader::addPolygon(Mesh& mesh) {
         corners_.push_back(mesh.verts[static_cast<int>(index)]);
     }
     for (const Triangle& triangle : triangulator_.cut(corners_)) {
-        const auto& [a, b, c] = triangle.corner;
-        addTriangle(mesh, indices[a], indices[b], indices[c], edgesOf(triangle));
+        Face face = faceOf(triangle);
+        for (DWORD& corner : face.v) corner = indices[corner];
+        mesh.faces.Append(face);
     }
 }
 

@@ -13,7 +13,12 @@
 namespace interchange {
 
 /// The triangle as a face of a mesh over the vertices that it was cut from.
-Face faceOf(const Triangle& triangle);
+inline Face faceOf(const Triangle& triangle) {
+    const auto& [a, b, c] = triangle.corner;
+    const DWORD edges = (triangle.outline[0] ? EDGE_A : 0U) | (triangle.outline[1] ? EDGE_B : 0U) |
+                        (triangle.outline[2] ? EDGE_C : 0U);
+    return {{a, b, c}, edges};
+}
 
 /// Builds what mesh nodes show. One object serves many nodes.
 class MeshReader {

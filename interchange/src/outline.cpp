@@ -8,7 +8,6 @@
 #include <quillon/fltswitch.h>
 #include <quillon/fltvertex.h>
 #include <quillon/fltvertexlist.h>
-#include <quillon/fltvertexview.h>
 
 #include <algorithm>
 #include <array>
@@ -183,14 +182,9 @@ private:
                 addLongId();
                 break;
             case Role::kVertexPalette:
-                outline_.vertexPalette = cursor_.offset();
-                outline_.vertexPaletteEnd = cursor_.end();
-                nodesBefore_ = outline_.nodes.size();
-                cornersBefore_ = outline_.corners.size();
-                break;
+                addVertexPalette();
+                return false;
             case Role::kVertex:
-                if (cursor_.offset() == outline_.vertexPaletteEnd)
-                    outline_.vertexPaletteEnd = cursor_.end();
                 return false;
             case Role::kVertexList:
                 beginList();
@@ -225,7 +219,7 @@ private:
         node.kind = cursor_.opcode();
         node.parent = parent;
         node.record = cursor_.offset();
-        makeRoom(outline_.nodes, nodesBefore_);
+        makeRoom(outline_.nodes, 1, nodesBefore_);
         outline_.nodes.push_back(node);
         return static_cast<std::uint32_t>(outline_.nodes.size() - 1);
     }
@@ -238,6 +232,19 @@ private:
                                          std::to_string(stated.wordsPerMask) +
                                          " words, of which the record has " +
                                          std::to_string(stated.wordsPresent));
+    }
+
+    /// Adds the palette's record as a piece and passes its vertices, which stand behind it.
+    void addVertexPalette() {
+        addPiece(level().current, 0);
+        outline_.vertexPalette = cursor_.offset();
+        for (FltRecordView next = cursor_.following();
+             !next.empty() && FltVertex::isVertex(next.opcode()); next = cursor_.following()) {
+            cursor_.moveTo(next);
+        }
+        outline_.vertexPaletteEnd = cursor_.end();
+        nodesBefore_ = outline_.nodes.size();
+        cornersBefore_ = outline_.corners.size();
     }
 
     void addLongId() {
@@ -297,7 +304,7 @@ private:
         if (!holdsPoints(node.kind) || node.firstPiece != kNone || node.isPlain) return false;
         if (cursor_.opcode() != kFltPushLevel || cursor_.offset() != behind(node.record))
             return false;
-        const FltRecordView list = cursor_.after(cursor_.record());
+        const FltRecordView list = cursor_.following();
         if (list.empty() || list.opcode() != kFltVertexList) return false;
         if (FltVertexOffsets(list.body()).size() == 0) return false;
         const FltRecordView pop = cursor_.after(list);
@@ -349,33 +356,33 @@ private:
 
     void addCorners() {
         const FltVertexOffsets offsets(cursor_.record().body());
+        makeRoom(outline_.corners, offsets.size(), cornersBefore_);
         for (std::size_t i = 0; i < offsets.size(); i += offsetsPerCorner_) {
-            makeRoom(outline_.corners, cornersBefore_);
-            outline_.corners.push_back(vertexAt(offsets[i]));
+            const std::uint64_t vertex = std::uint64_t{outline_.vertexPalette} + offsets[i];
+            if (!outline_.isVertexAt(vertex)) refuseOffset(offsets[i]);
+            outline_.corners.push_back(static_cast<std::uint32_t>(vertex));
         }
         OutlineNode& node = outline_.nodes[listOwner_];
         node.cornerCount = static_cast<std::uint32_t>(outline_.corners.size()) - node.firstCorner;
     }
 
-    /// The file offset of the vertex at an offset from the start of the vertex palette.
-    std::uint32_t vertexAt(std::uint32_t paletteOffset) const {
-        const std::uint64_t vertex = std::uint64_t{outline_.vertexPalette} + paletteOffset;
-        if (outline_.isVertexAt(vertex)) return static_cast<std::uint32_t>(vertex);
+    [[noreturn]] void refuseOffset(std::uint32_t paletteOffset) const {
         refuseFile(cursor_.offset(), "a vertex list with the palette offset " +
                                          std::to_string(paletteOffset) +
                                          ", where there is no vertex");
     }
 
-    /// Makes room for one more, and when there is none left, for as many as the whole file has if
-    /// it goes on as it does since its vertex palette, before which the list had `before` entries.
+    /// Makes room for `more`, and when there is none left, for as many as the whole file has if it
+    /// goes on as it does since its vertex palette, before which the list had `before` entries.
     template <typename T>
-    void makeRoom(std::vector<T>& list, std::size_t before) const {
-        if (list.size() < list.capacity()) return;
+    void makeRoom(std::vector<T>& list, std::size_t more, std::size_t before) const {
+        if (list.capacity() - list.size() >= more) return;
         // Not 0: what asks for room is a record of its own, and stands behind the palette.
         const std::size_t passed = cursor_.end() - outline_.vertexPaletteEnd;
         const double expected = 1.01 * static_cast<double>(list.size() - before) *
                                 (static_cast<double>(cursor_.left()) / static_cast<double>(passed));
-        list.reserve(list.size() + std::max(list.size(), static_cast<std::size_t>(expected)) + 1);
+        list.reserve(list.size() + std::max(list.size(), static_cast<std::size_t>(expected)) +
+                     more);
     }
 
     Outline outline_;
@@ -391,12 +398,6 @@ private:
 };
 
 }  // namespace
-
-bool Outline::isVertexAt(std::uint64_t offset) const noexcept {
-    if (vertexPalette == 0) return false;
-    const FltRecordView vertex = FltRecordView::at(bytes.first(vertexPaletteEnd), offset);
-    return vertex.length() >= FltVertexView::kShortest && FltVertex::isVertex(vertex.opcode());
-}
 
 Outline readOutline(FileBytes bytes) {
     return OutlineReader(bytes).read();

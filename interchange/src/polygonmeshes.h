@@ -28,9 +28,8 @@ public:
     void makePoints(const OutlineNode& points, Mesh& mesh);
 
     /// The vertex records of the mesh made last, or one that stands for all where they are alike.
-    std::span<const FileBytes> vertices() const noexcept {
-        return std::span(vertices_).first(areAlike_ && !vertices_.empty() ? 1 : vertices_.size());
-    }
+    /// Valid until the next mesh.
+    std::span<const FileBytes> vertices() const noexcept { return records_; }
 
 private:
     /// What at least one vertex of a mesh has beside its position.
@@ -41,16 +40,15 @@ private:
     };
 
     void takeVertices(const OutlineNode& node);
-    Features features() const;
-    void addVertices(Mesh& mesh, const Features& features) const;
+    void addVertices(Mesh& mesh, Features features);
     template <typename T, typename Part>
     void addToAll(Tab<T>& list, Part&& part) const;
     void cutIntoTriangles(Mesh& mesh);
 
     const Outline& outline_;
     const FltColorPalette& colors_;
-    std::vector<FileBytes> vertices_;
-    bool areAlike_ = false;
+    std::vector<FltVertexView> vertices_;
+    std::vector<FileBytes> records_;  ///< of all vertices, or of one that stands for all
     Triangulator triangulator_;
 };
 

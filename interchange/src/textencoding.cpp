@@ -107,14 +107,13 @@ bool isStrayControl(char c) {
 }  // namespace
 
 std::string textOf(std::span<const std::uint8_t> field) {
-    const auto terminator = std::ranges::find(field, std::uint8_t{0});
-    const bool full = terminator == field.end();
-    const std::string_view bytes(reinterpret_cast<const char*>(field.data()),
-                                 static_cast<std::size_t>(terminator - field.begin()));
+    const std::string_view whole(reinterpret_cast<const char*>(field.data()), field.size());
     // What names mostly are: letters and digits of ASCII.
-    const auto isPlain = [](char c) { return c > ' ' && c < '\x7F'; };
-    if (std::ranges::all_of(bytes, isPlain)) return std::string(bytes);
-    std::string text = toUtf8(bytes, full);
+    std::size_t length = 0;
+    while (length < whole.size() && whole[length] > ' ' && whole[length] < '\x7F') ++length;
+    if (length == whole.size() || whole[length] == 0) return std::string(whole.substr(0, length));
+    length = std::min(whole.find('\0', length), whole.size());
+    std::string text = toUtf8(whole.substr(0, length), length == whole.size());
     std::erase_if(text, isStrayControl);
     text.erase(text.find_last_not_of(" \t\n") + 1);
     return text;

@@ -24,19 +24,6 @@ std::size_t entrySize(std::uint16_t opcode, std::size_t length) {
     return kEntryHead + (length > color ? length - color : 0);
 }
 
-/// For the few bytes that these are, quicker than a call.
-bool areEqual(const std::uint8_t* a, const std::uint8_t* b, std::size_t size) noexcept {
-    std::uint32_t difference = 0;
-    for (; size >= 4; size -= 4, a += 4, b += 4) {
-        std::uint32_t wordOfA = 0, wordOfB = 0;
-        std::memcpy(&wordOfA, a, 4);
-        std::memcpy(&wordOfB, b, 4);
-        difference |= wordOfA ^ wordOfB;
-    }
-    for (std::size_t i = 0; i < size; ++i) difference |= a[i] ^ b[i];
-    return difference == 0;
-}
-
 std::uint16_t kindOf(bool normal, bool texture) {
     if (texture) return normal ? kFltVertexWithTextureAndNormal : kFltVertexWithTexture;
     return normal ? kFltVertexWithNormal : kFltVertexWithColor;
@@ -56,20 +43,6 @@ std::size_t ownTail(std::uint16_t opcode, const COLORREF* color, std::uint8_t (&
 }
 
 }  // namespace
-
-bool areAlike(std::span<const FileBytes> vertices) noexcept {
-    if (vertices.empty()) return true;
-    const FileBytes first = vertices.front();
-    const std::size_t color = packedColorOffset(uint16At(first, 0));
-    const std::size_t kept = std::min(first.size(), kLongestVertex);
-    const std::size_t rest = kept > color ? kept - color : 0;
-    for (const FileBytes vertex : vertices.subspan(1)) {
-        // The entry head has the length, so that the rest is there in both or in none.
-        if (!areEqual(vertex.data(), first.data(), kEntryHead)) return false;
-        if (!areEqual(vertex.data() + color, first.data() + color, rest)) return false;
-    }
-    return true;
-}
 
 void VertexTails::clear() noexcept {
     bytes_.clear();

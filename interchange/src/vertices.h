@@ -44,9 +44,6 @@ inline std::size_t packedColorOffset(std::uint16_t opcode) noexcept {
     return vertexTexture(opcode) + (isWithTexture(opcode) ? kVertexTextureSize : 0);
 }
 
-/// Whether vertex records differ in nothing but position, normal and texture coordinates.
-bool areAlike(std::span<const FileBytes> vertices) noexcept;
-
 /// What vertex records hold beside coordinates and normal, for the corners of one mesh: kind,
 /// length, colour name, flags, colour, and whatever follows within the first `kLongestVertex`
 /// bytes.

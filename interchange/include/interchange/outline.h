@@ -7,6 +7,7 @@
 
 #include <quillon/fltbyteorder.h>
 #include <quillon/fltrecordrange.h>
+#include <quillon/fltvertexview.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -78,7 +79,10 @@ struct Outline {
     }
     /// Whether a vertex list may name what stands at that offset: a whole vertex record of the
     /// vertex palette, or one that has at least its position.
-    bool isVertexAt(std::uint64_t offset) const noexcept;
+    bool isVertexAt(std::uint64_t offset) const noexcept {
+        const FltRecordView vertex = FltRecordView::at(bytes.first(vertexPaletteEnd), offset);
+        return vertexPalette != 0 && FltVertexView::isViewable(vertex);
+    }
     inline PieceRange piecesOf(const OutlineNode& node) const noexcept;
 };
 

@@ -3,8 +3,9 @@
 
 #include <quillon/fltbyteorder.h>
 #include <quillon/fltgeometry.h>
-#include <quillon/fltopcode.h>
 #include <quillon/fltpackedcolor.h>
+#include <quillon/fltrecordrange.h>
+#include <quillon/fltvertex.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -33,9 +34,16 @@ public:
         return kLayouts[opcode - kFltVertexWithColor];
     }
 
-    /// `record` is a vertex record, header included, of at least `kShortest` bytes.
+    /// Whether the record is a vertex with its position. An empty view is none.
+    static bool isViewable(const FltRecordView& record) noexcept {
+        return record.length() >= kShortest && FltVertex::isVertex(record.opcode());
+    }
+
+    /// `record` is one that `isViewable`.
+    explicit FltVertexView(const FltRecordView& record) noexcept
+        : bytes_(record.bytes()), layout_(&layoutOf(record.opcode())) {}
     explicit FltVertexView(std::span<const std::uint8_t> record) noexcept
-        : bytes_(record), layout_(&layoutOf(at<std::uint16_t>(0))) {}
+        : FltVertexView(FltRecordView::at(record, 0)) {}
 
     std::span<const std::uint8_t> bytes() const noexcept { return bytes_; }
     const Layout& layout() const noexcept { return *layout_; }
