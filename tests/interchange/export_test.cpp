@@ -109,15 +109,18 @@ TEST_F(ExportTest, KeepsPackedColoursTogetherWithTheirFlag) {
     ASSERT_TRUE(fltCopyData(packed, made));
     for (const std::uint32_t revision : {1580U, 1420U}) {
         const std::vector<std::uint8_t> out = exported({revision, false});
-        std::vector<std::pair<std::uint32_t, std::uint32_t>> colors;
-        for (const auto& node : interchange::readOutline(out).nodes) {
+        std::vector<std::pair<std::uint32_t, FltPackedColor>> colors;
+        const interchange::Outline outline = interchange::readOutline(out);
+        for (const auto& node : outline.nodes) {
             if (node.kind != kFltFace) continue;
-            const auto face = interchange::recordAt(out, node.record);
-            colors.emplace_back(interchange::uint32At(face, 44) & kPacked,
-                                interchange::uint32At(face, 56));
+            FltFace face;
+            face.readBytes(outline.recordAt(node.record).bytes(), revision);
+            colors.emplace_back(face.flags & kPacked, face.packedPrimaryColor);
         }
-        const decltype(colors) expected = {{0, 0}, {kPacked, 0xFF332211}, {kPacked, 0}, {0, 0}};
-        EXPECT_EQ(colors, expected) << revision;
+        const FltPackedColor none{};
+        const auto color = FltPackedColor::fromComponents(0x11, 0x22, 0x33, 0xFF);
+        const decltype(colors) expected = {{0, none}, {kPacked, color}, {kPacked, none}, {0, none}};
+        EXPECT_TRUE(colors == expected) << revision;
     }
 }
 

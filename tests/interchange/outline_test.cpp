@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-using interchange::kNone;
 using interchange::Outline;
 using interchange::readOutline;
 
@@ -104,8 +103,8 @@ TEST(Outline, TellsWhichNodeARecordIsAbout) {
     std::vector<std::vector<int>> opcodes;
     for (const auto& node : outline.nodes) {
         opcodes.emplace_back();
-        for (auto i = node.firstPiece; i != kNone; i = outline.pieces[i].next) {
-            opcodes.back().push_back(interchange::uint16At(file, outline.pieces[i].record));
+        for (const auto& piece : outline.piecesOf(node)) {
+            opcodes.back().push_back(outline.recordAt(piece.record).opcode());
         }
     }
     EXPECT_EQ(opcodes, (std::vector<std::vector<int>>{
@@ -196,6 +195,29 @@ TEST(Outline, RefusesWhatMakesNoSense) {
         EXPECT_NE(std::string(error.what()).find(test.text), std::string::npos)
             << test.name << ": " << error.what();
     }
+}
+
+TEST(Outline, TellsCutFilesFromDamagedOnes) {
+    using Cause = FltFileError::Cause;
+    const auto cut = [](FltBytes file, std::size_t bytes) {
+        file.vector().resize(file.size() - bytes);
+        return file;
+    };
+    FltBytes shortLength = FltBytes().group("a");
+    shortLength.vector()[FltBytes::kHeaderLength + 3] = 3;
+    const struct {
+        const char* name;
+        FltBytes file;
+        Cause cause;
+    } cases[] = {
+        {"in a record", cut(FltBytes().group("a"), 1), Cause::kTruncated},
+        {"in a record's first bytes", cut(FltBytes().push().group("a"), 30), Cause::kTruncated},
+        {"between two records", FltBytes().push().group("a"), Cause::kTruncated},
+        {"record shorter than its own head", shortLength, Cause::kDamaged},
+        {"pop without push", FltBytes().pop(), Cause::kDamaged},
+        {"revision before the format", FltBytes("db", 1300), Cause::kUnsupportedRevision},
+    };
+    for (const auto& test : cases) EXPECT_EQ(refusalOf(test.file).cause(), test.cause) << test.name;
 }
 
 /// How many nodes come is guessed from those behind the vertex palette, whatever stood before it.

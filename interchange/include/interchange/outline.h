@@ -144,25 +144,5 @@ inline std::uint16_t uint16At(FileBytes bytes, std::size_t offset) noexcept {
     fltLoadBigEndian(bytes.data() + offset, value);
     return value;
 }
-inline std::uint32_t uint32At(FileBytes bytes, std::size_t offset) noexcept {
-    std::uint32_t value = 0;
-    fltLoadBigEndian(bytes.data() + offset, value);
-    return value;
-}
-inline float float32At(FileBytes bytes, std::size_t offset) noexcept {
-    float value = 0;
-    fltLoadBigEndian(bytes.data() + offset, value);
-    return value;
-}
-inline double float64At(FileBytes bytes, std::size_t offset) noexcept {
-    double value = 0;
-    fltLoadBigEndian(bytes.data() + offset, value);
-    return value;
-}
-
-/// The record at `offset`, header included: one that the outline names, so it is whole.
-inline FileBytes recordAt(FileBytes bytes, std::uint32_t offset) noexcept {
-    return bytes.subspan(offset, uint16At(bytes, offset + 2));
-}
 
 }  // namespace interchange
