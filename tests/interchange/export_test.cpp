@@ -14,6 +14,7 @@
 #include <quillon/fltheader.h>
 #include <quillon/fltlightpoint.h>
 #include <quillon/fltlightsource.h>
+#include <quillon/fltmaterial.h>
 #include <quillon/fltobject.h>
 #include <quillon/flttext.h>
 #include <tessera/aviaryutil.h>
@@ -389,7 +390,7 @@ TEST_F(ExportTest, WritesTheRevisionAskedFor) {
         const interchange::Outline outline = interchange::readOutline(out);
         EXPECT_EQ(outline.revision, written);
         EXPECT_EQ(outline.nodes.size(), 3U);
-        const std::size_t face = interchange::recordAt(out, outline.nodes[2].record).size();
+        const std::size_t face = outline.recordAt(outline.nodes[2].record).length();
         EXPECT_EQ(face, written < 1510 ? 64U : 80U);
     }
     EXPECT_EQ(interchange::exportFile(pathOf("x.flt").c_str(), {1590, false}, report, host),
@@ -500,9 +501,10 @@ TEST_F(ExportTest, MakesNewMaterialsOpaque) {
     while (reader.next() && reader.opcode() != kFltMaterial) {
     }
     ASSERT_EQ(reader.opcode(), kFltMaterial);
-    const auto material = std::span(out).subspan(reader.offset());
-    EXPECT_EQ(interchange::float32At(material, 72), 0) << "shininess";
-    EXPECT_EQ(interchange::float32At(material, 76), 1) << "alpha";
+    FltMaterial material;
+    material.readToken(reader.token(), reader.revision());
+    EXPECT_EQ(material.shininess, 0);
+    EXPECT_EQ(material.alpha, 1);
 }
 
 TEST_F(ExportTest, WritesEditedLights) {

@@ -213,7 +213,7 @@ TEST_F(RoundTrip, KeepsVerticesOfBoundedLength) {
     const std::vector<std::uint8_t> out = exported();
     const auto outline = interchange::readOutline(out);
     ASSERT_EQ(outline.corners.size(), 3'000U);
-    const auto vertex = interchange::recordAt(out, outline.corners.front());
+    const auto vertex = outline.recordAt(outline.corners.front()).bytes();
     ASSERT_EQ(vertex.size(), 128U);
     EXPECT_TRUE(
         std::ranges::equal(vertex.subspan(32),
