@@ -1,7 +1,8 @@
 // The whole SDK.
 //
-// Exceptions. A function of the host that makes or keeps something may throw `std::bad_alloc` and
-// has then changed nothing; it throws nothing else, and what is marked `noexcept` nothing at all. A
+// Exceptions. A function of the host that makes or keeps something may throw `std::bad_alloc`, when
+// there is no memory, or `std::length_error`, for more than 2^31 - 1 elements, and has then changed
+// nothing; it throws nothing else, and what is marked `noexcept` nothing at all. A
 // plug-in's functions must not throw into the host, except where one says that it may: modules
 // carry a C++ runtime of their own. The host is on its guard all the same: a plug-in that throws
 // has failed at what it was called for, and no more.

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstring>
 #include <initializer_list>
-#include <new>
+#include <stdexcept>
 #include <type_traits>
 #include <utility>
 
@@ -99,7 +99,7 @@ private:
     }
 
     void makeRoom(int more) {
-        if (more > kMost - count_) throw std::bad_alloc();
+        if (more > kMost - count_) throw std::length_error("too many elements");
         if (count_ + more > capacity_) {
             changeCapacity(std::max(count_ + more, capacity_ > kMost / 2 ? kMost : 2 * capacity_));
         }
