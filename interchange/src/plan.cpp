@@ -61,7 +61,11 @@ public:
     }
 
     Plan run() {
-        if (selectedOnly_) selectDefinitions();
+        if (selectedOnly_) {
+            selectDefinitions();
+        } else {
+            plan_.nodes.reserve(static_cast<std::size_t>(host_.GetNodeCount()) + 1);
+        }
         PlanNode header;
         header.node = database_;
         header.kind = FltNodeKind::Header;

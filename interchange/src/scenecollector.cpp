@@ -135,9 +135,8 @@ void SceneCollector::collectPolygon(const Mesh& mesh, std::span<const std::uint3
     for (std::size_t i = 0; i < corners.size(); ++i) {
         const Point3f* const texture =
             textures.empty() ? nullptr : mesh.tVerts.Addr(static_cast<int>(textures[i]));
-        const FileBytes vertex =
-            tails_.vertex(mesh, corners[i], texture, normal, content_.palettes.colors());
-        vertexBytes_.insert(vertexBytes_.end(), vertex.begin(), vertex.end());
+        tails_.appendVertex(mesh, corners[i], texture, normal, content_.palettes.colors(),
+                            vertexBytes_);
     }
     vertices_.clear();
     for (const FltRecordView vertex : FltRecordRange(vertexBytes_)) {

@@ -1,45 +1,38 @@
 #include "vertices.h"
 
-#include "bytes.h"
 #include "colors.h"
-#include "kept.h"
 
 #include <kiln/mesh.h>
+#include <quillon/fltrecordbytes.h>
+#include <quillon/flttoken.h>
 #include <quillon/fltvertex.h>
+#include <quillon/fltvertexedit.h>
 
 #include <algorithm>
-#include <cstring>
 #include <stdexcept>
 
 namespace interchange {
 
 namespace {
 
-// An entry: opcode, length, colour name, flags (16 bits each), then what stands behind coordinates.
-constexpr std::size_t kEntryHead = 8;
-
-/// The size of an entry for a vertex of that kind and length.
-std::size_t entrySize(std::uint16_t opcode, std::size_t length) {
-    const std::size_t color = packedColorOffset(opcode);
-    return kEntryHead + (length > color ? length - color : 0);
+/// An entry begins with what stands in a record before its position, which is the same for all
+/// kinds; what stands from the colour on follows.
+std::size_t headSize() noexcept {
+    return FltVertexView::layoutOf(kFltVertexWithColor).position.begin;
 }
 
-std::uint16_t kindOf(bool normal, bool texture) {
-    if (texture) return normal ? kFltVertexWithTextureAndNormal : kFltVertexWithTexture;
-    return normal ? kFltVertexWithNormal : kFltVertexWithColor;
+std::size_t colorPlace(std::uint16_t opcode) noexcept {
+    return FltVertexView::layoutOf(opcode).packedColor.begin;
 }
 
-/// The tail of a vertex that the exporter makes itself, with the colour of the mesh or without.
-std::size_t ownTail(std::uint16_t opcode, const COLORREF* color, std::uint8_t (&tail)[24]) {
-    // Those with a normal are padded to a multiple of 8.
-    const std::size_t length = packedColorOffset(opcode) + (isWithNormal(opcode) ? 12 : 8);
-    std::ranges::fill(tail, std::uint8_t{0});
-    put16(tail, opcode);
-    put16(tail + 2, static_cast<std::uint16_t>(length));
-    put16(tail + 6, std::uint16_t{color != nullptr ? kFltVertexPackedColor : kFltVertexNoColor});
-    put32(tail + 8, color != nullptr ? packedColorOf(*color) : 0xFFFFFFFF);
-    put32(tail + 12, 0xFFFFFFFF);
-    return entrySize(opcode, length);
+/// The size of an entry for a record that begins so.
+std::size_t entrySize(const FltRecordHead& head) noexcept {
+    const std::size_t color = colorPlace(head.opcode);
+    return headSize() + (head.length > color ? head.length - color : 0);
+}
+
+bool has(const FltVertexView::Layout::Place& place, std::size_t length) noexcept {
+    return place.begin != place.end && length >= place.end;
 }
 
 }  // namespace
@@ -47,20 +40,21 @@ std::size_t ownTail(std::uint16_t opcode, const COLORREF* color, std::uint8_t (&
 void VertexTails::clear() noexcept {
     bytes_.clear();
     starts_.clear();
+    recordOf_ = kNone;
 }
 
-void VertexTails::append(FileBytes vertex) {
-    vertex = vertex.first(std::min(vertex.size(), kLongestVertex));
-    const std::size_t color = packedColorOffset(uint16At(vertex, 0));
-    const std::size_t start = bytes_.size();
-    if (start > 0xFFFFFFFF) throw std::length_error("a mesh has too many vertices");
-    starts_.push_back(static_cast<std::uint32_t>(start));
-    bytes_.insert(bytes_.end(), vertex.begin(), vertex.begin() + kEntryHead);
-    put16(&bytes_[start + 2], static_cast<std::uint16_t>(vertex.size()));
-    if (vertex.size() > color) {
-        bytes_.insert(bytes_.end(), vertex.begin() + static_cast<std::ptrdiff_t>(color),
-                      vertex.end());
-    }
+/// An entry for the vertex, as far as it is kept.
+void VertexTails::appendTail(FileBytes vertex) {
+    if (bytes_.size() > 0xFFFFFFFF) throw std::length_error("a mesh has too many vertices");
+    starts_.push_back(static_cast<std::uint32_t>(bytes_.size()));
+    const FileBytes kept = vertex.first(std::min(vertex.size(), kLongestVertex));
+    record_.assign(kept.begin(), kept.end());
+    fltStateLength(record_);
+    const std::size_t color = std::min(colorPlace(fltRecordHead(vertex).opcode), record_.size());
+    const auto head = FileBytes(record_).first(headSize());
+    const auto rest = FileBytes(record_).subspan(color);
+    bytes_.insert(bytes_.end(), head.begin(), head.end());
+    bytes_.insert(bytes_.end(), rest.begin(), rest.end());
 }
 
 FileBytes VertexTails::tail(std::size_t index) const noexcept {
@@ -72,31 +66,34 @@ FileBytes VertexTails::tail(std::size_t index) const noexcept {
 FileBytes VertexTails::bytesFor(const Mesh& mesh, bool lit, std::span<const FileBytes> vertices) {
     if (vertices.empty()) return {};
     clear();
-    for (const FileBytes vertex : vertices) append(vertex);
-    const std::uint16_t kind = kindOf(lit || !mesh.normals.IsEmpty(), !mesh.tVerts.IsEmpty());
+    for (const FileBytes vertex : vertices) appendTail(vertex);
+    const FileBytes made = ownVertex(lit || !mesh.normals.IsEmpty(), !mesh.tVerts.IsEmpty());
     for (std::size_t i = 0; i < starts_.size(); ++i) {
-        const COLORREF* const color =
-            mesh.colors.IsEmpty() ? nullptr : mesh.colors.Addr(static_cast<int>(i));
-        std::uint8_t made[24];
-        const std::size_t size = ownTail(kind, color, made);
-        if (!std::ranges::equal(tail(i), FileBytes(made, size))) return bytes_;
+        record_.assign(made.begin(), made.end());
+        if (!mesh.colors.IsEmpty()) setVertexColor(record_, mesh.colors[static_cast<int>(i)]);
+        const FileBytes kept = tail(i);
+        const auto rest = FileBytes(record_).subspan(colorPlace(fltRecordHead(made).opcode));
+        if (kept.size() != headSize() + rest.size() ||
+            !std::ranges::equal(kept.first(headSize()), FileBytes(record_).first(headSize())) ||
+            !std::ranges::equal(kept.subspan(headSize()), rest)) {
+            return bytes_;
+        }
     }
     return {};
 }
 
 void VertexTails::read(FileBytes bytes, const Mesh& mesh) {
+    clear();
     bytes_.assign(bytes.begin(), bytes.end());
-    starts_.clear();
     std::size_t at = 0;
-    while (bytes.size() - at >= kEntryHead) {
-        const std::uint16_t opcode = uint16At(bytes, at);
-        const std::size_t size = entrySize(opcode, uint16At(bytes, at + 2));
-        if (!FltVertex::isVertex(opcode) || uint16At(bytes, at + 2) < kVertexNormal ||
-            size > bytes.size() - at) {
+    while (bytes.size() - at >= headSize()) {
+        const FltRecordHead head = fltRecordHead(bytes.subspan(at));
+        if (!FltVertex::isVertex(head.opcode) || head.length < FltVertexView::kShortest ||
+            entrySize(head) > bytes.size() - at) {
             break;
         }
         starts_.push_back(static_cast<std::uint32_t>(at));
-        at += size;
+        at += entrySize(head);
     }
     if (at != bytes.size() || !fits(mesh)) clear();
 }
@@ -107,54 +104,71 @@ bool VertexTails::fits(const Mesh& mesh) const noexcept {
     if (starts_.size() != 1 && starts_.size() != count) return false;
     bool normals = false;
     bool textures = false;
-    for (const std::uint32_t start : starts_) {
-        const std::uint16_t opcode = uint16At(bytes_, start);
-        const std::size_t length = uint16At(bytes_, start + 2);
-        normals = normals || (isWithNormal(opcode) && length >= kVertexNormal + kVertexNormalSize);
-        textures = textures ||
-                   (isWithTexture(opcode) && length >= vertexTexture(opcode) + kVertexTextureSize);
+    for (std::size_t i = 0; i < starts_.size(); ++i) {
+        const FltRecordHead head = fltRecordHead(tail(i));
+        const FltVertexView::Layout& layout = FltVertexView::layoutOf(head.opcode);
+        normals = normals || has(layout.normal, head.length);
+        textures = textures || has(layout.texture, head.length);
     }
     return normals == !mesh.normals.IsEmpty() && textures == !mesh.tVerts.IsEmpty();
 }
 
-FileBytes VertexTails::vertex(const Mesh& mesh, std::uint32_t index, const Point3f* texture,
-                              const Point3f* normal, const FltColorPalette& colorPalette) {
+/// A vertex as the exporter makes it from a mesh without colours, padded to a multiple of 8.
+FileBytes VertexTails::ownVertex(bool withNormal, bool withTexture) {
+    std::vector<std::uint8_t>& bytes = own_[(withNormal ? 2U : 0U) + (withTexture ? 1U : 0U)];
+    if (bytes.empty()) {
+        FltVertex vertex(withNormal, withTexture);
+        vertex.colorNameIndex = 0;
+        FltToken token;
+        vertex.writeToken(token, 0);
+        token.finish();
+        bytes.assign(token.data(), token.data() + token.length());
+    }
+    return bytes;
+}
+
+/// The record of an entry with zeros for coordinates. It may end before its colour, and then has
+/// bytes behind its end, up to there.
+FileBytes VertexTails::keptVertex(std::size_t index) {
+    if (recordOf_ == index) return record_;
+    const FileBytes entry = tail(index);
+    const FltRecordHead head = fltRecordHead(entry);
+    record_.assign(std::max<std::size_t>(head.length, colorPlace(head.opcode)), 0);
+    std::ranges::copy(entry.first(headSize()), record_.begin());
+    std::ranges::copy(entry.subspan(headSize()),
+                      record_.begin() + static_cast<std::ptrdiff_t>(colorPlace(head.opcode)));
+    recordOf_ = index;
+    return record_;
+}
+
+void VertexTails::appendVertex(const Mesh& mesh, std::uint32_t index, const Point3f* texture,
+                               const Point3f* normal, const FltColorPalette& colorPalette,
+                               std::vector<std::uint8_t>& bytes) {
     const auto at = static_cast<int>(index);
     if (!mesh.normals.IsEmpty()) normal = mesh.normals.Addr(at);
-    const COLORREF* const color = mesh.colors.IsEmpty() ? nullptr : mesh.colors.Addr(at);
-    std::uint8_t made[24];
-    FileBytes entry;
-    if (starts_.empty()) {
-        entry = {made, ownTail(kindOf(normal != nullptr, texture != nullptr), color, made)};
-    } else {
-        entry = tail(starts_.size() == 1 ? 0 : index);
-    }
-    const std::uint16_t opcode = uint16At(entry, 0);
-    const std::size_t colorPlace = packedColorOffset(opcode);
-    record_.assign(std::max<std::size_t>(uint16At(entry, 2), colorPlace), 0);
-    std::ranges::copy(entry.first(kEntryHead), record_.begin());
-    std::ranges::copy(entry.subspan(kEntryHead),
-                      record_.begin() + static_cast<std::ptrdiff_t>(colorPlace));
-    std::uint8_t* const bytes = record_.data();
+    const FileBytes prototype = starts_.empty() ? ownVertex(normal != nullptr, texture != nullptr)
+                                                : keptVertex(starts_.size() == 1 ? 0 : index);
+    const std::size_t start = bytes.size();
+    bytes.insert(bytes.end(), prototype.begin(), prototype.end());
+    const FltRecordHead head = fltRecordHead(prototype);
+    const FltVertexView::Layout& layout = FltVertexView::layoutOf(head.opcode);
+    FltVertexEdit edit(&bytes[start], layout);
     const Point3& position = mesh.verts[at];
-    putFloat64(bytes + kVertexPosition, position.x);
-    putFloat64(bytes + kVertexPosition + 8, position.y);
-    putFloat64(bytes + kVertexPosition + 16, position.z);
-    if (isWithNormal(opcode) && normal != nullptr) {
-        putFloat32(bytes + kVertexNormal, normal->x);
-        putFloat32(bytes + kVertexNormal + 4, normal->y);
-        putFloat32(bytes + kVertexNormal + 8, normal->z);
+    edit.position({position.x, position.y, position.z});
+    if (layout.normal.begin != layout.normal.end && normal != nullptr) {
+        edit.normal({normal->x, normal->y, normal->z});
     }
-    if (isWithTexture(opcode) && texture != nullptr) {
-        putFloat32(bytes + vertexTexture(opcode), texture->x);
-        putFloat32(bytes + vertexTexture(opcode) + 4, texture->y);
+    if (layout.texture.begin != layout.texture.end && texture != nullptr) {
+        edit.texture({texture->x, texture->y});
     }
-    record_.resize(uint16At(entry, 2));
-    if (color != nullptr &&
-        vertexColor(FltVertexView(record_), colorPalette).value_or(kVertexWhite) != *color) {
-        setVertexColor(record_, *color);
+    bytes.resize(start + head.length);
+    if (mesh.colors.IsEmpty()) return;
+    const COLORREF color = mesh.colors[at];
+    const auto record = std::span(bytes).subspan(start);
+    if (starts_.empty() ||
+        vertexColor(FltVertexView(record), colorPalette).value_or(kVertexWhite) != color) {
+        setVertexColor(record, color);
     }
-    return record_;
 }
 
 }  // namespace interchange

@@ -24,6 +24,13 @@ std::span<std::uint8_t> fltAppendRecord(std::vector<std::uint8_t>& bytes, std::u
     return record.subspan(kHeaderSize);
 }
 
+FltRecordHead fltRecordHead(std::span<const std::uint8_t> bytes) noexcept {
+    FltRecordHead head;
+    fltLoadBigEndian(bytes.data(), head.opcode);
+    fltLoadBigEndian(bytes.data() + kLengthOffset, head.length);
+    return head;
+}
+
 void fltStateLength(std::span<std::uint8_t> record) {
     diagnostics::check(record.size() >= kHeaderSize && record.size() <= kLongestRecord,
                        "fltrecordbytes", 29);

@@ -12,6 +12,15 @@
 std::span<std::uint8_t> fltAppendRecord(std::vector<std::uint8_t>& bytes, std::uint16_t opcode,
                                         std::size_t size);
 
+/// What the header of a record states, whether the record is whole or not.
+struct FltRecordHead {
+    std::uint16_t opcode = 0;
+    std::uint16_t length = 0;
+};
+
+/// The header at the start of `bytes`, which must have it.
+FltRecordHead fltRecordHead(std::span<const std::uint8_t> bytes) noexcept;
+
 /// Makes a record, header included, state the length that it has. Throws `AviaryAssertion` when
 /// that is none that a record can have.
 void fltStateLength(std::span<std::uint8_t> record);
