@@ -96,7 +96,10 @@ TEST_F(BrowserCommands, WhatIsOpenStaysOpenWhenItIsPutInAnew) {
             top = add(nullptr, "top", rootNode);
             fillBranches(top);
         };
+        select({items[1], items[2]});
+        TreeView_Select(tree(), items[50], TVGN_FIRSTVISIBLE);
         push(IDC_REFRESH);
+        EXPECT_FALSE(isSelected(items[1]) || isSelected(items[2]));
         EXPECT_TRUE(isExpanded(top));
         EXPECT_EQ(openCount(), opened);
         EXPECT_TRUE(isExpanded(items[1]));
@@ -182,14 +185,17 @@ TEST_F(BrowserCommands, SelectGetMarksWhatIsSelectedInTheHost) {
     BrowserItem last = nullptr;
     for (int i = 0; i < 100; ++i) last = add(root, "further");
     last = browser().addNode(last, "inside", twice);
-    TreeView_EnsureVisible(tree(), root);
-    push(IDC_SELECT_GET);
-    RECT line{};
     RECT area{};
     GetClientRect(tree(), &area);
-    ASSERT_TRUE(TreeView_GetItemRect(tree(), last, &line, FALSE));
-    EXPECT_GT(line.top, 0);
-    EXPECT_LE(line.bottom, area.bottom);
+    for (const bool open : {false, true}) {
+        ASSERT_EQ(isExpanded(TreeView_GetParent(tree(), last)), open);
+        TreeView_EnsureVisible(tree(), root);
+        push(IDC_SELECT_GET);
+        RECT line{};
+        ASSERT_TRUE(TreeView_GetItemRect(tree(), last, &line, FALSE));
+        EXPECT_GT(line.top, 0) << open;
+        EXPECT_LE(line.bottom, area.bottom) << open;
+    }
 }
 
 // Enough branches for the form's detour, which must not show: only what is selected is changed, and
@@ -223,19 +229,22 @@ TEST_F(BrowserCommands, ManyBranchesAreChangedAsAFewAre) {
         EXPECT_FALSE(isExpanded(other)) << "nothing above them is opened";
         EXPECT_FALSE(isExpanded(branches.back()));
 
-        browser().selectNode(inner[1]);
-        TreeView_SetItemState(tree(), inner[1], 0, TVIS_SELECTED);
-        selectBranches();
-        TreeView_Select(tree(), inner[1], TVGN_FIRSTVISIBLE);
-        push(IDC_COLLAPSE);
-        EXPECT_EQ(openCount(branches), 0);
-        EXPECT_EQ(openCount(inner), 0);
-        EXPECT_TRUE(isExpanded(top));
-        EXPECT_EQ(caret(), branches[1]);
-        EXPECT_TRUE(isSelected(branches[1]));
-        EXPECT_FALSE(isSelected(inner[1]));
-        EXPECT_FALSE(isSelected(top));
-        EXPECT_NE(text(control(IDC_NAME)).find(L":branch"), std::wstring::npos);
+        for (const bool marked : {false, true}) {
+            push(IDC_EXPAND);
+            browser().selectNode(inner[1]);
+            TreeView_SetItemState(tree(), inner[1], marked ? TVIS_SELECTED : 0u, TVIS_SELECTED);
+            selectBranches();
+            TreeView_Select(tree(), inner[1], TVGN_FIRSTVISIBLE);
+            push(IDC_COLLAPSE);
+            EXPECT_EQ(openCount(branches), 0);
+            EXPECT_EQ(openCount(inner), 0);
+            EXPECT_TRUE(isExpanded(top));
+            EXPECT_EQ(caret(), branches[1]);
+            EXPECT_TRUE(isSelected(branches[1]));
+            EXPECT_EQ(isSelected(inner[1]), marked) << "as it was";
+            EXPECT_FALSE(isSelected(top));
+            EXPECT_NE(text(control(IDC_NAME)).find(L":branch"), std::wstring::npos);
+        }
     }
 }
 
