@@ -1,4 +1,5 @@
 // The property side: name line, comment and attribute grid.
+#include "../support/scenechanges.h"
 #include "browserfixture.h"
 
 #include <fltkilnutil/fltattr.h>
@@ -281,6 +282,36 @@ TEST_F(BrowserProperties, GlobalEditsTheSelectedNodesOfTheKind) {
     check(IDC_GLOBAL, true);
     enter(FltNodeKind::Object, "FltObjRelPriority", L"5");
     EXPECT_EQ(priorities(), "5 5 0 0");
+}
+
+TEST_F(BrowserProperties, TheHostIsToldOfEachChangedNodeOnce) {
+    constexpr const char* kKey = "FltObjRelPriority";
+    const auto object = FltNodeKind::Object;
+    constexpr int kCount = 100;
+    std::vector<BrowserItem> items;
+    for (int i = 0; i < kCount; ++i) items.push_back(add(root, "object", node(4)));
+    TreeView_Expand(tree(), root, TVE_EXPAND);
+    browser().selectNode(items[0]);
+    SceneChanges changes;
+    enter(object, kKey, L"3");
+    EXPECT_EQ(changes.take(), 1);
+    enter(object, kKey, L"3");
+    EXPECT_EQ(changes.take(), 0) << "it is 3 already";
+
+    SetFocus(control(IDC_COMMENT));
+    testinput::type(L"seen");
+    SetFocus(tree());
+    EXPECT_EQ(changes.take(), 1) << "the comment";
+
+    testinput::click(tree(), middle(items[0], true));
+    testinput::click(tree(), middle(items[kCount - 1], true), 1, {VK_SHIFT});
+    check(IDC_GLOBAL, true);
+    changes.takeRedraws();
+    enter(object, kKey, L"5");
+    EXPECT_EQ(changes.take(), kCount);
+    EXPECT_EQ(changes.takeRedraws(), 1);
+    enter(object, kKey, L"5");
+    EXPECT_EQ(changes.take(), 0);
 }
 
 TEST_F(BrowserProperties, ChoicesComeFromAList) {

@@ -1,5 +1,6 @@
 // The switch mask editor.
 #include "../support/beeps.h"
+#include "../support/scenechanges.h"
 #include "browserfixture.h"
 
 #include <quillon/fltopcode.h>
@@ -80,8 +81,10 @@ TEST_F(BrowserSwitch, ShowsAndChangesTheCurrentMask) {
     EXPECT_EQ(mask(), L"010");
     EXPECT_EQ(stored(node), (Words{0xFFFFFFFA, 0}));
     client.take();  // the mask field was left as well
+    SceneChanges changes;
     press(IDC_MASK_CLEAR);
     EXPECT_EQ(stored(node), (Words{0, 0}));
+    EXPECT_EQ(changes.take(), 1);
     EXPECT_EQ(client.take(), kViewportFollows);
     press(IDC_MASK_SET);
     EXPECT_EQ(stored(node), (Words{0xFFFFFFFF, 0}));
