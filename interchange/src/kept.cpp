@@ -85,9 +85,9 @@ bool KeptReader::readPieces(FileBytes bytes) {
         KeptPiece piece{record, levels_.isOpaque()};
         const auto index = static_cast<std::uint32_t>(kept_.pieces.size());
         const Step step = levels_.meet(record.opcode(), index);
-        if (step == Step::unmatched || levels_.depth() > kDeepestLevel) return false;
-        if (step == Step::opened) piece.isOpaque = levels_.isOpaque();
-        if (step == Step::closed && !piece.isOpaque) {
+        if (step == Step::kUnmatched || levels_.depth() > kDeepestLevel) return false;
+        if (step == Step::kOpened) piece.isOpaque = levels_.isOpaque();
+        if (step == Step::kClosed && !piece.isOpaque) {
             FileBytes body = record.body();
             piece.push = levels_.left().level;
             if (!take(body, piece.children)) return false;

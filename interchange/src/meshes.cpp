@@ -73,25 +73,25 @@ void MeshReader::readPrimitive(Mesh& mesh) {
     if (std::ranges::any_of(indices, [&](std::uint32_t index) { return index >= vertices; }))
         return;
     switch (primitive_.type) {
-        case FltPrimitiveType::triangleStrip:
+        case FltPrimitiveType::kTriangleStrip:
             for (std::size_t i = 2; i < indices.size(); ++i) {
                 const bool isOdd = i % 2 != 0;
                 addTriangle(mesh, indices[isOdd ? i - 1 : i - 2], indices[isOdd ? i - 2 : i - 1],
                             indices[i], EDGE_ALL);
             }
             break;
-        case FltPrimitiveType::triangleFan:
+        case FltPrimitiveType::kTriangleFan:
             for (std::size_t i = 2; i < indices.size(); ++i) {
                 addTriangle(mesh, indices[0], indices[i - 1], indices[i], EDGE_ALL);
             }
             break;
-        case FltPrimitiveType::quadStrip:
+        case FltPrimitiveType::kQuadStrip:
             for (std::size_t i = 3; i < indices.size(); i += 2) {
                 addTriangle(mesh, indices[i - 3], indices[i - 2], indices[i], EDGE_A | EDGE_B);
                 addTriangle(mesh, indices[i - 3], indices[i], indices[i - 1], EDGE_B | EDGE_C);
             }
             break;
-        case FltPrimitiveType::polygon:
+        case FltPrimitiveType::kPolygon:
             addPolygon(mesh);
             break;
         default:

@@ -128,13 +128,14 @@ private:
         }
         if (!cursor_.next()) cursor_.refuse();
         FltFileHeader header;
-        if (cursor_.end() < FltHeader::kRevisionOffset + sizeof header.formatRevision) {
+        const std::size_t revisionEnd = header.lengthThrough(&header.formatRevision);
+        if (cursor_.end() < revisionEnd) {
             refuseFile(0, "the header ends before its format revision");
         }
         header.readBytes(cursor_.record().bytes(), 0);
         outline_.revision = static_cast<std::uint32_t>(header.formatRevision);
         if (outline_.revision < kOldestRevision || outline_.revision > kNewestRevision) {
-            refuseFile(FltHeader::kRevisionOffset,
+            refuseFile(revisionEnd - sizeof header.formatRevision,
                        "a format revision of " + std::to_string(header.formatRevision) +
                            ", where 1400 (OpenFlight 14.0) or a later one is needed",
                        Cause::kUnsupportedRevision);
@@ -319,7 +320,7 @@ private:
     void pop() {
         using Levels = decltype(levels_);
         const std::uint16_t opcode = cursor_.opcode();
-        if (levels_.meet(opcode) == Levels::Step::unmatched) {
+        if (levels_.meet(opcode) == Levels::Step::kUnmatched) {
             const std::string name = fltOpcodeName(opcode);
             if (levels_.depth() == 0)
                 refuseFile(cursor_.offset(), name + " without a level to close");

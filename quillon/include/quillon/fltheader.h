@@ -13,9 +13,6 @@ extern template class FltRecordOf<FltHeader, FltPaletteRec, kFltHeader>;
 /// longitudes are in degrees.
 class FltHeader : public FltRecordOf<FltHeader, FltPaletteRec, kFltHeader> {
 public:
-    /// Where `formatRevision` stands, in bytes from the start of the record.
-    static constexpr std::uint16_t kRevisionOffset = 12;
-
     char* id() override { return asciiId; }
 
     /// The format revision as every record operation takes it; 0 for a negative one.

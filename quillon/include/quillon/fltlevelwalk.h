@@ -27,11 +27,6 @@ public:
         kOpened,     ///< a push; its level is the innermost one now
         kClosed,     ///< the pop of the innermost level, which is `left()` now
         kUnmatched,  ///< a pop of no level, or of one that is not the innermost; it changes nothing
-        // The former spellings.
-        none = kNone,
-        opened = kOpened,
-        closed = kClosed,
-        unmatched = kUnmatched,
     };
 
     /// Takes the next record; a push opens a level with `level`.

@@ -44,11 +44,6 @@ enum class FltPrimitiveType : std::int16_t {
     kTriangleFan = 2,
     kQuadStrip = 3,
     kPolygon = 4,
-    // The former spellings.
-    triangleStrip = kTriangleStrip,
-    triangleFan = kTriangleFan,
-    quadStrip = kQuadStrip,
-    polygon = kPolygon,
 };
 
 /// One primitive of a mesh. Indices that one record cannot hold follow in continuation records.

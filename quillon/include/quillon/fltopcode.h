@@ -117,11 +117,6 @@ enum class FltOpcodeClass : std::int32_t {
     kPalette = 1,
     kPrimary = 2,
     kAncillary = 3,
-    // The former spellings.
-    control = kControl,
-    palette = kPalette,
-    primary = kPrimary,
-    ancillary = kAncillary,
 };
 
 /// One row of the opcode table.

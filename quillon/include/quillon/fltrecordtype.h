@@ -15,11 +15,6 @@ enum class FltRecordPlace : std::uint8_t {
     kNode,   ///< it is a node of the hierarchy
     kPart,   ///< the node before it, or the face or mesh in whose level it stands
     kLevel,  ///< it opens or closes a level
-    // The former spellings.
-    file = kFile,
-    node = kNode,
-    part = kPart,
-    level = kLevel,
 };
 
 /// The sorts of levels; each has a push and a pop of its own.
