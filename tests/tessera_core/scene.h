@@ -9,6 +9,7 @@
 #include <quillon/fltlod.h>
 #include <tessera/aviaryutil.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -24,7 +25,9 @@ public:
 
 class SceneTest : public testing::Test {
 protected:
+    /// The caption library lies in the folder that the tests are run in.
     SceneTest() : core(kiln::Core::create()), host(core.hostInterface()) {
+        core.setDirectory(KILN_PLUGIN_DIR, std::filesystem::current_path().string());
         recordingBrowser() = RecordingBrowser{};
     }
     ~SceneTest() override { kiln::Core::destroy(); }
