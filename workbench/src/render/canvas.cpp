@@ -37,10 +37,11 @@ bool clipToPicture(ScreenPoint& a, ScreenPoint& b, float width, float height) {
     return true;
 }
 
-// First pixel whose centre is at or beyond a coordinate, kept in a range that cannot overflow.
+// First pixel whose centre is at or beyond a coordinate, kept in a range that cannot overflow; what
+// is no number, as an infinite slope gives, is `low`.
 int firstCentre(float coordinate, int low, int high) {
-    return static_cast<int>(std::ceil(
-        std::clamp(coordinate - 0.5f, static_cast<float>(low), static_cast<float>(high))));
+    const float least = std::max(static_cast<float>(low), coordinate - 0.5f);
+    return static_cast<int>(std::ceil(std::min(least, static_cast<float>(high))));
 }
 
 }  // namespace
