@@ -16,6 +16,7 @@
 #include <quillon/fltlightsource.h>
 #include <quillon/fltmaterial.h>
 #include <quillon/fltobject.h>
+#include <quillon/fltopcode.h>
 #include <quillon/flttext.h>
 #include <tessera/aviaryutil.h>
 
@@ -49,7 +50,12 @@ TEST_F(ExportTest, WritesEditsAndKeepsTheRest) {
     FltBytes file("f");
     Bytes group;
     group.field("old", 8).u16(1).u16(0xABCD).u32(5).zeros(16).u32(0xCAFE).u32(0xBEEF);
-    file.push().record(2, group).comment("old comment").matrix(1, 2, 3).longId("old name").pop();
+    file.push()
+        .record(kFltGroup, group)
+        .comment("old comment")
+        .matrix(1, 2, 3)
+        .longId("old name")
+        .pop();
     INode* node = import(file)->GetChildNode(0);
     auto record = recordOf<FltGroup>(node);
     record.flags = 77;
@@ -62,9 +68,9 @@ TEST_F(ExportTest, WritesEditsAndKeepsTheRest) {
     Bytes edited;
     edited.field("old", 8).u16(1).u16(0xABCD).u32(77).zeros(16).u32(0xCAFE).u32(0xBEEF);
     FltBytes expected("f");
-    expected.push().record(2, edited).comment(std::string_view("new comment\0", 12));
+    expected.push().record(kFltGroup, edited).comment(std::string_view("new comment\0", 12));
     // A matrix comes padded to a multiple of 8.
-    expected.matrix(4, 5, 6, 4).record(33, Bytes().text("新名").zeros(6)).pop();
+    expected.matrix(4, 5, 6, 4).record(kFltLongId, Bytes().text("新名").zeros(6)).pop();
     const auto body = [](std::span<const std::uint8_t> bytes) {
         return std::vector<std::uint8_t>(bytes.begin() + FltBytes::kHeaderLength, bytes.end());
     };
@@ -242,10 +248,12 @@ TEST_F(ExportTest, GivesNewFacesTheLooksOfTheirNodes) {
 // Taking a face's picture away in its record takes it out of the file.
 TEST_F(ExportTest, KeepsPicturesAsTheRecordSays) {
     FltBytes file("f");
-    file.record(64, Bytes().field("grass.rgb", 200).u32(0).zeros(8)).palette(kPoints).push();
+    file.record(kFltTexture, Bytes().field("grass.rgb", 200).u32(0).zeros(8))
+        .palette(kPoints)
+        .push();
     Bytes face;
     face.field("a", 8).zeros(16).u16(0).u16(0xFFFF).zeros(12).u32(0x60000000).zeros(28);
-    file.record(5, face).push().list({0, 1, 2}).pop().pop();
+    file.record(kFltFace, face).push().list({0, 1, 2}).pop().pop();
     INode* const node = import(file)->GetChildNode(0);
     ASSERT_NE(node->GetTexmap(), nullptr);
     auto record = recordOf<FltFace>(node);
@@ -341,8 +349,11 @@ TEST_F(ExportTest, ReturnsPlacesToTheLastBit) {
 TEST_F(ExportTest, BelievesTheMatrixRatherThanItsSteps) {
     FltBytes file("f");
     file.push().group("a").matrix(6378137.5F, 0, 0);
-    file.record(78, Bytes().zeros(4 + 24).f64(6378137.3).f64(0).f64(0));
-    file.group("b").matrix(1, 0, 0).record(78, Bytes().zeros(4 + 24).f64(2).f64(0).f64(0)).pop();
+    file.record(kFltTranslate, Bytes().zeros(4 + 24).f64(6378137.3).f64(0).f64(0));
+    file.group("b")
+        .matrix(1, 0, 0)
+        .record(kFltTranslate, Bytes().zeros(4 + 24).f64(2).f64(0).f64(0))
+        .pop();
     INode* const top = import(file);
     EXPECT_EQ(top->GetChildNode(0)->GetNodeTM(0).GetTrans(), (Point3{6378137.3, 0, 0}));
     EXPECT_EQ(top->GetChildNode(1)->GetNodeTM(0).GetTrans(), (Point3{1, 0, 0}));
@@ -351,8 +362,11 @@ TEST_F(ExportTest, BelievesTheMatrixRatherThanItsSteps) {
 TEST_F(ExportTest, WritesEditedLightPoints) {
     FltBytes file("f");
     file.palette(kPoints).push();
-    file.record(111, Bytes().field("lp", 8).zeros(144)).push().list({0, 1, 2}).pop();
-    file.record(130, Bytes().field("indexed", 8).u32(2).zeros(12)).push().list({0, 1, 2}).pop();
+    file.record(kFltLightPoint, Bytes().field("lp", 8).zeros(144)).push().list({0, 1, 2}).pop();
+    file.record(kFltIndexedLightPoint, Bytes().field("indexed", 8).u32(2).zeros(12))
+        .push()
+        .list({0, 1, 2})
+        .pop();
     const auto mesh = [](INode* node) -> Mesh& {
         return dynamic_cast<TriObject&>(*node->GetObjectRef()).GetMesh();
     };
@@ -406,12 +420,12 @@ TEST_F(ExportTest, WritesTheRevisionAskedFor) {
 
 TEST_F(ExportTest, SaysWhatAnOlderRevisionCannot) {
     FltBytes file("f", 1610);
-    file.record(133, Bytes().zeros(60))
+    file.record(kFltShaderPalette, Bytes().zeros(60))
         .palette(kPoints)
         .push()
         .group("a")
-        .record(131, Bytes().zeros(16));
-    file.record(111, Bytes().zeros(152)).record(111, Bytes().zeros(152));
+        .record(kFltLightPointSystem, Bytes().zeros(16));
+    file.record(kFltLightPoint, Bytes().zeros(152)).record(kFltLightPoint, Bytes().zeros(152));
     // A colour beyond 16 bits, one within, and one that nobody sees.
     file.face("far", 0, 0, 70'000).face("near", 0x20000000, 0, 7).face("no", 0x60000000, 0, 70'000);
     INode* const database = import(file.pop());
@@ -514,9 +528,12 @@ TEST_F(ExportTest, WritesEditedLights) {
         return body.f32(10).f32(20);
     };
     FltBytes file("f");
-    file.record(102, Bytes().u32(0).zeros(8).field("lamp", 20).zeros(204)).push();
-    file.record(101, source("moved", 0)).record(101, source("edited", 0));
-    file.record(101, source("bright", 0)).record(101, source("lost", 9)).pop();
+    file.record(kFltLightSourcePalette, Bytes().u32(0).zeros(8).field("lamp", 20).zeros(204))
+        .push();
+    file.record(kFltLightSource, source("moved", 0)).record(kFltLightSource, source("edited", 0));
+    file.record(kFltLightSource, source("bright", 0))
+        .record(kFltLightSource, source("lost", 9))
+        .pop();
     INode* const top = import(file);
     top->GetChildNode(0)->SetLocalTM(
         0, top->GetChildNode(0)->GetLocalTM(0) * TransMatrix({100, 0, 0}));
@@ -553,11 +570,12 @@ TEST_F(ExportTest, GivesNewPaletteEntriesFreeIndices) {
         return Bytes().field(id, 8).zeros(4).u32(index).zeros(48);
     };
     FltBytes file("f");
-    file.record(102, entry(0, "first")).record(102, entry(0x7FFFFFFF, "last"));
-    file.record(64, picture(0, "a.rgb")).record(64, picture(0x7FFFFFFF, "b.rgb"));
-    file.record(64, picture(40'000, "c.rgb")).palette(kPoints).push();
+    file.record(kFltLightSourcePalette, entry(0, "first"))
+        .record(kFltLightSourcePalette, entry(0x7FFFFFFF, "last"));
+    file.record(kFltTexture, picture(0, "a.rgb")).record(kFltTexture, picture(0x7FFFFFFF, "b.rgb"));
+    file.record(kFltTexture, picture(40'000, "c.rgb")).palette(kPoints).push();
     for (const std::uint32_t index : {0U, 0x7FFFFFFFU, 0xFFFFFFFFU, 0xFFFFFFFFU}) {
-        file.record(101, source("light", index));
+        file.record(kFltLightSource, source("light", index));
     }
     file.polygon("new", {0, 1, 2}).polygon("far", {0, 1, 2}).polygon("same", {0, 1, 2}).pop();
     INode* const top = import(file);
@@ -599,19 +617,21 @@ TEST_F(ExportTest, BringsTheDefinitionsOfWhatIsSelectedAlong) {
     file.push().group("lib").push();
     for (const unsigned number : {1U, 2U, 3U, 4U}) {
         const std::string name = "def" + std::to_string(number);
-        file.record(62, numbered(number)).longId(name).push().object("o" + name);
-        if (number < 3) file.record(61, numbered(3 - number)).longId("to" + std::to_string(number));
+        file.record(kFltInstanceDef, numbered(number)).longId(name).push().object("o" + name);
+        if (number < 3)
+            file.record(kFltInstanceRef, numbered(3 - number))
+                .longId("to" + std::to_string(number));
         file.pop();
     }
-    file.record(62, numbered(1)).longId("second").pop();
+    file.record(kFltInstanceDef, numbered(1)).longId("second").pop();
     file.group("a")
         .push()
-        .record(61, numbered(1))
+        .record(kFltInstanceRef, numbered(1))
         .longId("r1")
-        .record(61, numbered(1))
+        .record(kFltInstanceRef, numbered(1))
         .longId("r2");
-    file.record(61, numbered(9)).longId("lost").pop();
-    file.record(61, numbered(4)).longId("above").push().group("in").group("out").pop();
+    file.record(kFltInstanceRef, numbered(9)).longId("lost").pop();
+    file.record(kFltInstanceRef, numbered(4)).longId("above").push().group("in").group("out").pop();
     INode* const top = import(file.pop());
     host.SelectNode(top->GetChildNode(1));
     host.SelectNode(host.GetINodeByName("in"), false);
@@ -624,8 +644,10 @@ TEST_F(ExportTest, WritesTheDatabaseThatItIsTold) {
     const auto numbered = [](unsigned number) { return Bytes().u16(0).u16(number); };
     const auto file = [&](const char* group) {
         FltBytes bytes;
-        bytes.push().record(62, numbered(1)).longId(group + std::string(" definition"));
-        bytes.group(group).push().record(61, numbered(1)).longId("ref").pop().pop();
+        bytes.push()
+            .record(kFltInstanceDef, numbered(1))
+            .longId(group + std::string(" definition"));
+        bytes.group(group).push().record(kFltInstanceRef, numbered(1)).longId("ref").pop().pop();
         return bytes;
     };
     INode* const tower = import(file("a"), "塔台 tower.flt");
@@ -733,7 +755,7 @@ TEST_F(ExportTest, IsAsItWasAfterSiblingsWereMovedAndMovedBack) {
         for (std::size_t row = 0; row < 3; ++row) {
             matrix.f32(m[3 * row]).f32(m[3 * row + 1]).f32(m[3 * row + 2]).f32(0);
         }
-        file.group("p").record(49, matrix.f32(7).f32(8).f32(9).f32(1)).push();
+        file.group("p").record(kFltMatrix, matrix.f32(7).f32(8).f32(9).f32(1)).push();
         file.group("a").group("b").matrix(1, 2, 3).group("c").pop();
     }
     INode* const top = import(file.pop());

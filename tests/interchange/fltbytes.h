@@ -1,6 +1,7 @@
 // OpenFlight files put together byte by byte, whole ones and broken ones.
 #pragma once
 
+#include <quillon/fltopcode.h>
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -55,7 +56,7 @@ public:
     static constexpr std::size_t kVertexLength = 40;
 
     explicit FltBytes(std::string_view id = "db", std::uint32_t revision = 1580) {
-        record(1, Bytes().field(id, 8).u32(revision).zeros(kHeaderLength - 16));
+        record(kFltHeader, Bytes().field(id, 8).u32(revision).zeros(kHeaderLength - 16));
     }
 
     FltBytes& record(unsigned opcode, const Bytes& body = {}) {
@@ -63,12 +64,16 @@ public:
         return *this;
     }
 
-    FltBytes& push() { return record(10); }
-    FltBytes& pop() { return record(11); }
-    FltBytes& group(std::string_view id) { return record(2, Bytes().field(id, 8).zeros(20)); }
-    FltBytes& object(std::string_view id) { return record(4, Bytes().field(id, 8).zeros(16)); }
-    FltBytes& comment(std::string_view text) { return record(31, Bytes().text(text)); }
-    FltBytes& longId(std::string_view text) { return record(33, Bytes().text(text)); }
+    FltBytes& push() { return record(kFltPushLevel); }
+    FltBytes& pop() { return record(kFltPopLevel); }
+    FltBytes& group(std::string_view id) {
+        return record(kFltGroup, Bytes().field(id, 8).zeros(20));
+    }
+    FltBytes& object(std::string_view id) {
+        return record(kFltObject, Bytes().field(id, 8).zeros(16));
+    }
+    FltBytes& comment(std::string_view text) { return record(kFltComment, Bytes().text(text)); }
+    FltBytes& longId(std::string_view text) { return record(kFltLongId, Bytes().text(text)); }
 
     /// A face as written at 15.8, without colour unless `flags` say so.
     FltBytes& face(std::string_view id, std::uint32_t flags = 0x60000000,
@@ -76,14 +81,15 @@ public:
         Bytes body;
         body.field(id, 8).zeros(32).u32(flags).zeros(8).u32(packedColor).zeros(4);
         body.u16(0xFFFF).zeros(2).u32(colorIndex).zeros(8);
-        return record(5, body);
+        return record(kFltFace, body);
     }
 
     /// A vertex palette of vertices with colour.
     FltBytes& palette(std::initializer_list<std::array<double, 3>> points) {
-        record(67, Bytes().u32(static_cast<std::uint32_t>(8 + kVertexLength * points.size())));
+        record(kFltVertexPalette,
+               Bytes().u32(static_cast<std::uint32_t>(8 + kVertexLength * points.size())));
         for (const auto& [x, y, z] : points) {
-            record(68, Bytes().zeros(4).f64(x).f64(y).f64(z).zeros(8));
+            record(kFltVertexWithColor, Bytes().zeros(4).f64(x).f64(y).f64(z).zeros(8));
         }
         return *this;
     }
@@ -94,7 +100,7 @@ public:
         for (const std::uint32_t i : vertices) {
             body.u32(8 + i * static_cast<std::uint32_t>(kVertexLength));
         }
-        return record(72, body);
+        return record(kFltVertexList, body);
     }
 
     /// A matrix that moves by (x, y, z), and zeros behind it.
@@ -104,7 +110,7 @@ public:
              {1.F, 0.F, 0.F, 0.F, 0.F, 1.F, 0.F, 0.F, 0.F, 0.F, 1.F, 0.F, x, y, z, 1.F}) {
             body.f32(value);
         }
-        return record(49, body.zeros(padding));
+        return record(kFltMatrix, body.zeros(padding));
     }
 
     /// A face over vertices of `palette`.

@@ -8,6 +8,7 @@
 #include <quillon/fltgroup.h>
 #include <quillon/fltheader.h>
 #include <quillon/fltlod.h>
+#include <quillon/fltopcode.h>
 #include <quillon/fltswitch.h>
 #include <quillon/flttext.h>
 
@@ -73,7 +74,8 @@ TEST_F(ImportTest, NamesNodesAsTheFileDoes) {
         {"empty long identifier", FltBytes("f").group("short").longId(""), "f(short)"},
         {"full ID", FltBytes("airfield").group("building"), "airfield(building)"},
         {"same names stay the same", FltBytes("f").group("a").group("a"), "f(a,a)"},
-        {"no ID in the record", FltBytes("f").record(63, Bytes().zeros(212)), "f(x001)"},
+        {"no ID in the record", FltBytes("f").record(kFltExternalRef, Bytes().zeros(212)),
+         "f(x001)"},
         {"numbers go on", FltBytes("f").group("").group("g001").group("").object(""),
          "f(g001,g001,g002,o001)"},
     };
@@ -88,9 +90,9 @@ TEST_F(ImportTest, KeepsRecordsOfAnyLengthAtItsOwnRevision) {
     FltBytes file("f", 1610);
     Bytes lod;
     lod.field("near", 8).u32(0).f64(500).f64(100).zeros(44).zeros(24);
-    file.record(2, Bytes().field("longer", 8).u16(7).zeros(30))
-        .record(2, Bytes().field("short", 8));
-    file.record(73, lod);
+    file.record(kFltGroup, Bytes().field("longer", 8).u16(7).zeros(30))
+        .record(kFltGroup, Bytes().field("short", 8));
+    file.record(kFltLod, lod);
     INode* database = import(file);
 
     FltHeader header;
@@ -118,7 +120,8 @@ TEST_F(ImportTest, ReadsFacesOfOlderRevisionsByTheirLayout) {
     Bytes face;
     face.field("old", 8).zeros(8).u16(5).u16(5).zeros(40);
     FltFace record;
-    ASSERT_TRUE(fltGetRecord(import(FltBytes("f", 1420).record(5, face))->GetChildNode(0), record));
+    ASSERT_TRUE(
+        fltGetRecord(import(FltBytes("f", 1420).record(kFltFace, face))->GetChildNode(0), record));
     EXPECT_EQ(record.primaryColorIndex, 5U);
     EXPECT_EQ(record.colorNameIndex, -1);
 }
@@ -147,7 +150,7 @@ TEST_F(ImportTest, ColoursAndHidesFaces) {
     Bytes palette;
     palette.zeros(128 + 4 * 5).u8(255).u8(30).u8(20).u8(10).zeros(4 * 1018);
     FltBytes file("f");
-    file.record(32, palette).push();
+    file.record(kFltColorPalette, palette).push();
     file.face("packed", kPacked, 0xFF332211).face("full", 0, 0, 5 * 128 + 127);
     file.face("half", 0, 0, 5 * 128 + 63).face("hidden", kHidden | kPacked, 0xFF332211);
     const int kUncoloured = 4;
@@ -172,8 +175,14 @@ TEST_F(ImportTest, MovesNodesByTheirMatrix) {
     }
     for (int i = 0; i < 16; ++i) broken.f32(std::numeric_limits<float>::quiet_NaN());
     FltBytes file("f");
-    file.push().group("a").record(49, quarterTurn).push().group("b").record(49, quarterTurn).pop();
-    file.group("c").record(49, broken).pop();
+    file.push()
+        .group("a")
+        .record(kFltMatrix, quarterTurn)
+        .push()
+        .group("b")
+        .record(kFltMatrix, quarterTurn)
+        .pop();
+    file.group("c").record(kFltMatrix, broken).pop();
     INode* database = import(file);
 
     INode* outer = database->GetChildNode(0);
@@ -195,8 +204,10 @@ TEST_F(ImportTest, MakesLightsOfLightSources) {
         return body.f32(0).f32(90);
     };
     FltBytes file("f");
-    file.record(102, entry(3, 2)).record(102, entry(4, 0)).record(102, entry(5, 1));
-    for (const std::uint32_t index : {3U, 4U, 5U, 9U}) file.record(101, source(index));
+    file.record(kFltLightSourcePalette, entry(3, 2))
+        .record(kFltLightSourcePalette, entry(4, 0))
+        .record(kFltLightSourcePalette, entry(5, 1));
+    for (const std::uint32_t index : {3U, 4U, 5U, 9U}) file.record(kFltLightSource, source(index));
     INode* database = import(file);
 
     const Class_ID classes[] = {FSPOT_LIGHT_CLASS_ID, DIR_LIGHT_CLASS_ID, OMNI_LIGHT_CLASS_ID,
@@ -218,8 +229,9 @@ TEST_F(ImportTest, MakesLightsOfLightSources) {
 
 TEST_F(ImportTest, KeepsThePointsOfLightPoints) {
     FltBytes file("f");
-    file.palette(kPoints).push().record(111, Bytes().field("lp", 8).zeros(144));
-    file.push().list({0, 5, 2}).pop().record(130, Bytes().field("indexed", 8).u32(2).zeros(12));
+    file.palette(kPoints).push().record(kFltLightPoint, Bytes().field("lp", 8).zeros(144));
+    file.push().list({0, 5, 2}).pop().record(kFltIndexedLightPoint,
+                                             Bytes().field("indexed", 8).u32(2).zeros(12));
     file.push().list({0, 5, 2}).pop().pop();
     INode* const top = import(file);
     for (int i = 0; i < 2; ++i) {
@@ -236,9 +248,9 @@ TEST_F(ImportTest, ColoursLightPointsByTheirVertices) {
     Bytes colors;
     colors.zeros(128 + 4 * 5).u8(255).u8(30).u8(20).u8(10).zeros(4 * 1018);
     FltBytes file("f");
-    file.record(32, colors);
+    file.record(kFltColorPalette, colors);
     const auto palette = static_cast<std::uint32_t>(file.size());
-    file.record(67, Bytes().u32(0));
+    file.record(kFltVertexPalette, Bytes().u32(0));
     Bytes list;
     // Each kind of vertex has its colour behind other things: normal, both, texture coordinates.
     const std::pair<unsigned, std::size_t> kinds[] = {{68, 0}, {69, 12}, {70, 20}, {71, 8}};
@@ -250,7 +262,12 @@ TEST_F(ImportTest, ColoursLightPointsByTheirVertices) {
             file.record(opcode, vertex);
         }
     }
-    file.push().record(111, Bytes().field("lp", 8).zeros(144)).push().record(72, list).pop().pop();
+    file.push()
+        .record(kFltLightPoint, Bytes().field("lp", 8).zeros(144))
+        .push()
+        .record(kFltVertexList, list)
+        .pop()
+        .pop();
     const Mesh& mesh = meshOf(import(file)->GetChildNode(0));
     ASSERT_EQ(mesh.colors.Count(), 12);
     for (int i = 0; i < 12; ++i) {
@@ -270,8 +287,12 @@ TEST_F(ImportTest, CutsCommentsThatNoRecordCanHold) {
 TEST_F(ImportTest, LeavesTheSceneAloneWhenTheFileIsCutAnywhere) {
     FltBytes file("f");
     file.palette(kPoints).push().group("g").longId("a long name").comment("text").push();
-    file.polygon("face", {0, 1, 2}).record(19).polygon("sub", {0, 1, 2}).record(20).pop();
-    file.record(96, Bytes().field("s", 8).zeros(8).u32(1).u32(1).u32(1)).pop();
+    file.polygon("face", {0, 1, 2})
+        .record(kFltPushSubface)
+        .polygon("sub", {0, 1, 2})
+        .record(kFltPopSubface)
+        .pop();
+    file.record(kFltSwitch, Bytes().field("s", 8).zeros(8).u32(1).u32(1).u32(1)).pop();
     host.CreateObjectNode(new DummyObject, "already here");
     const std::string before = tree();
     for (std::size_t length = 0; length < file.size(); ++length) {
@@ -293,7 +314,8 @@ TEST_F(ImportTest, TakesBackWhatItBuiltWhenItCannotGoOn) {
     const std::uint32_t words = (0xFFFF - 28) / 4;
     tooLong.push().group("a");
     const std::size_t offset = tooLong.size();
-    tooLong.record(96, Bytes().field("s", 8).zeros(8).u32(words).u32(1).zeros(words * 4)).pop();
+    tooLong.record(kFltSwitch, Bytes().field("s", 8).zeros(8).u32(words).u32(1).zeros(words * 4))
+        .pop();
     try {
         import(tooLong);
         FAIL() << "the record was kept";

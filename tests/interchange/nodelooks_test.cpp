@@ -10,6 +10,7 @@
 #include <interchange/nodelooks.h>
 #include <quillon/fltface.h>
 #include <quillon/fltlightsource.h>
+#include <quillon/fltopcode.h>
 #include <tessera/aviaryutil.h>
 
 namespace {
@@ -46,8 +47,8 @@ const std::initializer_list<std::array<double, 3>> kPoints = {{0, 0, 0}, {4, 0, 
 
 TEST_F(NodeLooksTest, FacesFollowTheirRecordsAndPalettes) {
     FltBytes file("f");
-    file.record(113, material(3, 0.75F, 0.5F));
-    file.record(64, Bytes().field("textures\\grass.rgb", 200).u32(7).zeros(8));
+    file.record(kFltMaterial, material(3, 0.75F, 0.5F));
+    file.record(kFltTexture, Bytes().field("textures\\grass.rgb", 200).u32(7).zeros(8));
     file.palette(kPoints).push().polygon("face", {0, 1, 2}).group("group").pop();
     INode* const top = import(file);
     INode* const face = top->GetChildNode(0);
@@ -116,8 +117,12 @@ TEST_F(NodeLooksTest, LightsShineAsTheirRecordsAndPaletteEntriesSay) {
 
 TEST_F(NodeLooksTest, SubfacesAndPrioritiesLieInLayers) {
     FltBytes file("f");
-    file.palette(kPoints).push().face("ground").record(19).polygon("mark", {0, 1, 2});
-    file.face("line").record(19).polygon("dot", {0, 1, 2}).record(20).record(20);
+    file.palette(kPoints).push().face("ground").record(kFltPushSubface).polygon("mark", {0, 1, 2});
+    file.face("line")
+        .record(kFltPushSubface)
+        .polygon("dot", {0, 1, 2})
+        .record(kFltPopSubface)
+        .record(kFltPopSubface);
     file.push().list({0, 1, 2}).pop().polygon("beside", {0, 1, 2}).pop();
     INode* const ground = import(file)->GetChildNode(0);
     INode* const beside = ground->GetParentNode()->GetChildNode(1);
@@ -137,7 +142,7 @@ TEST_F(NodeLooksTest, MeshesLookLikeFaces) {
     mesh.field("mesh", 8).zeros(4 + 8).u16(0xFFFF).u16(0xFFFF).zeros(2).u16(0xFFFF);
     mesh.u16(0xFFFF).u16(3).zeros(2 + 2 + 4).u16(0).zeros(2).u32(0).u8(2).zeros(31);
     FltBytes file("f");
-    file.record(113, material(3, 0.75F, 1)).push().record(84, mesh).pop();
+    file.record(kFltMaterial, material(3, 0.75F, 1)).push().record(kFltMesh, mesh).pop();
     const NodeLook found = look(import(file)->GetChildNode(0));
     EXPECT_TRUE(found.lit);
     EXPECT_EQ(found.diffuse.blue, 0.75F);
@@ -146,8 +151,8 @@ TEST_F(NodeLooksTest, MeshesLookLikeFaces) {
 TEST_F(NodeLooksTest, ReferencesShowWhatTheBrowsersTreeLists) {
     FltBytes file("f");
     const auto numbered = [](unsigned number) { return Bytes().u16(0).u16(number); };
-    file.push().record(62, numbered(1)).push().group("in").pop();
-    file.record(61, numbered(1)).record(61, numbered(2)).pop();
+    file.push().record(kFltInstanceDef, numbered(1)).push().group("in").pop();
+    file.record(kFltInstanceRef, numbered(1)).record(kFltInstanceRef, numbered(2)).pop();
     const auto instanced = [&](INode* database, int child) {
         return source.GetInstanced(database->GetChildNode(child));
     };

@@ -4,6 +4,7 @@
 #include <interchange/import.h>
 #include <interchange/outline.h>
 #include <quillon/fltfilereader.h>
+#include <quillon/fltopcode.h>
 
 #include <string>
 #include <vector>
@@ -40,21 +41,40 @@ const std::initializer_list<std::array<double, 3>> kSquare = {
 
 FltBytes fileWithSubfaces() {
     FltBytes file;
-    file.palette(kSquare).push().face("f").record(19).polygon("s", {0, 1, 2}).record(20);
+    file.palette(kSquare)
+        .push()
+        .face("f")
+        .record(kFltPushSubface)
+        .polygon("s", {0, 1, 2})
+        .record(kFltPopSubface);
     file.push().list({0, 1, 2, 3}).pop().face("g").pop();
     return file;
 }
 
 FltBytes fileWithExtension() {
     FltBytes file;
-    file.push().group("a").record(21).record(100).group("x").push().object("y").pop().record(22);
-    file.record(122).record(125).record(123).push().object("b").pop().pop();
+    file.push()
+        .group("a")
+        .record(kFltPushExtension)
+        .record(kFltExtensionAttr)
+        .group("x")
+        .push()
+        .object("y")
+        .pop()
+        .record(kFltPopExtension);
+    file.record(kFltPushAttribute)
+        .record(kFltAdaptiveAttribute)
+        .record(kFltPopAttribute)
+        .push()
+        .object("b")
+        .pop()
+        .pop();
     return file;
 }
 
 FltBytes fileWithSound() {
     FltBytes file;
-    file.push().group("a").push().record(91, Bytes().zeros(60)).push().object("b").pop();
+    file.push().group("a").push().record(kFltSound, Bytes().zeros(60)).push().object("b").pop();
     file.object("c").pop().pop();
     return file;
 }
@@ -86,7 +106,13 @@ TEST(Outline, FollowsEverySortOfLevel) {
 
 TEST(Outline, CountsWhatNobodyKnows) {
     FltBytes file;
-    file.push().group("a").record(300).record(3, Bytes().zeros(8)).record(0xFFFF).record(91).pop();
+    file.push()
+        .group("a")
+        .record(300)
+        .record(3, Bytes().zeros(8))
+        .record(0xFFFF)
+        .record(kFltSound)
+        .pop();
     const Outline outline = readOutline(file);
     EXPECT_EQ(outline.unknownRecords, 3U);
     EXPECT_EQ(interchange::summaryOf(outline),
@@ -97,7 +123,10 @@ TEST(Outline, CountsWhatNobodyKnows) {
 TEST(Outline, TellsWhichNodeARecordIsAbout) {
     FltBytes file;
     file.comment("about the file").push().group("a").record(300).comment("first").longId("long");
-    file.record(21).comment("about the extension").group("x").record(22);
+    file.record(kFltPushExtension)
+        .comment("about the extension")
+        .group("x")
+        .record(kFltPopExtension);
     file.push().group("b").comment("other").pop().comment("second").pop();
     const Outline outline = readOutline(file);
     std::vector<std::vector<int>> opcodes;
@@ -116,7 +145,7 @@ TEST(Outline, TellsWhichNodeARecordIsAbout) {
 TEST(Outline, FindsVerticesOfEveryKindAndLength) {
     FltBytes file;
     const auto palette = static_cast<std::uint32_t>(file.size());
-    file.record(67, Bytes().u32(0));
+    file.record(kFltVertexPalette, Bytes().u32(0));
     std::vector<std::uint32_t> offsets;
     // Each kind at the lengths that different revisions write.
     const std::pair<unsigned, std::size_t> vertices[] = {{68, 36}, {68, 40}, {69, 52}, {69, 56},
@@ -131,8 +160,14 @@ TEST(Outline, FindsVerticesOfEveryKindAndLength) {
     for (const std::uint32_t offset : {offsets[2], offsets[0]}) {
         morph.u32(offset - palette).u32(offsets[7] - palette);
     }
-    file.push().face("f").push().record(72, list).record(23, more).record(72, list).pop();
-    file.face("m").push().record(89, morph).pop().pop();
+    file.push()
+        .face("f")
+        .push()
+        .record(kFltVertexList, list)
+        .record(kFltContinuation, more)
+        .record(kFltVertexList, list)
+        .pop();
+    file.face("m").push().record(kFltMorphVertexList, morph).pop().pop();
 
     const Outline outline = readOutline(file);
     const auto cornersOf = [&](std::size_t node) {
@@ -155,7 +190,8 @@ TEST(Outline, RefusesWhatMakesNoSense) {
     FltBytes notFlt;
     notFlt.vector()[1] = 7;
     const auto switchOf = [](std::uint32_t masks, std::uint32_t words) {
-        return FltBytes().record(96, Bytes().field("s", 8).zeros(8).u32(masks).u32(words).u32(1));
+        return FltBytes().record(kFltSwitch,
+                                 Bytes().field("s", 8).zeros(8).u32(masks).u32(words).u32(1));
     };
     const struct {
         const char* name;
@@ -177,14 +213,15 @@ TEST(Outline, RefusesWhatMakesNoSense) {
         {"record shorter than its own head", shortLength, kEnd, "328"},
         {"pop without push", FltBytes().group("a").pop(), kEnd + 32,
          "FLT_POP_LEVEL without a level"},
-        {"pop of another sort", FltBytes().push().record(20), kEnd + 4, "opened at 328"},
+        {"pop of another sort", FltBytes().push().record(kFltPopSubface), kEnd + 4,
+         "opened at 328"},
         {"vertex list without a palette", FltBytes().polygon("f", {0}), kEnd + 84,
          "palette offset 8,"},
         {"vertex beyond the palette", FltBytes().palette(kSquare).polygon("f", {0, 4}), kList,
          "palette offset 168,"},
         {"vertex list into a record's middle",
-         FltBytes().palette(kSquare).face("f").push().record(72, Bytes().u32(12)), kList,
-         "palette offset 12,"},
+         FltBytes().palette(kSquare).face("f").push().record(kFltVertexList, Bytes().u32(12)),
+         kList, "palette offset 12,"},
         {"switch with more masks than words", switchOf(2, 1), kEnd, "2 masks"},
         {"switch with masks beyond counting", switchOf(0x7FFFFFFF, 0x7FFFFFFF), kEnd, "2147483647"},
         {"switch with masks below nothing", switchOf(0xFFFFFFFF, 0xFFFFFFFF), kEnd, "-1"},

@@ -4,6 +4,7 @@
 
 #include <airport.h>
 
+#include <quillon/fltopcode.h>
 #include <cstdlib>
 
 namespace {
@@ -57,9 +58,14 @@ TEST_F(RoundTrip, KeepsTheHierarchy) {
     FltBytes noLevels("f");
     noLevels.group("a").group("b");
     FltBytes subfaces("f");
-    subfaces.palette(kPoints).push().face("f").record(19).polygon("s", {0, 1, 2}).record(20);
-    subfaces.push().list({0, 1, 2, 4}).pop().polygon("g", {1, 2, 4}).record(19);
-    subfaces.polygon("t", {1, 2, 4}).record(20).pop();
+    subfaces.palette(kPoints)
+        .push()
+        .face("f")
+        .record(kFltPushSubface)
+        .polygon("s", {0, 1, 2})
+        .record(kFltPopSubface);
+    subfaces.push().list({0, 1, 2, 4}).pop().polygon("g", {1, 2, 4}).record(kFltPushSubface);
+    subfaces.polygon("t", {1, 2, 4}).record(kFltPopSubface).pop();
     FltBytes faceInFace("f");
     faceInFace.palette(kPoints).push().face("f").push().list({0, 1, 2}).polygon("g", {1, 2, 4});
     faceInFace.pop().pop();
@@ -80,13 +86,16 @@ TEST_F(RoundTrip, KeepsFacesInPaddedLevels) {
     FltBytes file("f");
     const auto face = [&file](std::string_view name) -> FltBytes& {
         const Bytes padding = Bytes().zeros(4);
-        return file.face(name).record(10, padding).list({0, 1, 2, 4}).record(11, padding);
+        return file.face(name)
+            .record(kFltPushLevel, padding)
+            .list({0, 1, 2, 4})
+            .record(kFltPopLevel, padding);
     };
     file.palette(kPoints).push();
     face("named");
     face("");
     face("told").comment("behind");
-    face("outer").record(19).polygon("inner", {0, 1, 2}).record(20);
+    face("outer").record(kFltPushSubface).polygon("inner", {0, 1, 2}).record(kFltPopSubface);
     face("last").pop();
     const std::vector<std::uint8_t> out = roundTrip(file);
     INode& database = *host.GetRootNode()->GetChildNode(0);
@@ -99,17 +108,27 @@ TEST_F(RoundTrip, KeepsFacesInPaddedLevels) {
 
 TEST_F(RoundTrip, GivesBackEveryByteOfWhatItDoesNotKnow) {
     FltBytes file("f");
-    file.record(32, counting("colors", 200)).record(64, counting("texture", 212));
-    file.record(113, counting("material", 80)).record(700, counting("unknown", 64));
-    file.palette(kPoints).push().group("a").record(33, Bytes().text("a long name").zeros(5));
+    file.record(kFltColorPalette, counting("colors", 200))
+        .record(kFltTexture, counting("texture", 212));
+    file.record(kFltMaterial, counting("material", 80)).record(700, counting("unknown", 64));
+    file.palette(kPoints).push().group("a").record(kFltLongId,
+                                                   Bytes().text("a long name").zeros(5));
     knownFindings = "832: UNDEFINED: unknown opcode 700\n1166: UNDEFINED: unknown opcode 300\n";
-    file.comment("one").record(52, counting("multi", 24)).comment("two").record(300);
-    file.record(21).group("x").push().polygon("y", {1, 2, 4}).pop().comment("inside").record(22);
-    file.record(122).record(125, counting("attr", 16)).record(123);
+    file.comment("one").record(kFltMultiTexture, counting("multi", 24)).comment("two").record(300);
+    file.record(kFltPushExtension)
+        .group("x")
+        .push()
+        .polygon("y", {1, 2, 4})
+        .pop()
+        .comment("inside")
+        .record(kFltPopExtension);
+    file.record(kFltPushAttribute)
+        .record(kFltAdaptiveAttribute, counting("attr", 16))
+        .record(kFltPopAttribute);
     file.push()
-        .record(60, Bytes().u16(3).u16(0))
+        .record(kFltReplicate, Bytes().u16(3).u16(0))
         .polygon("p", {0, 1, 2})
-        .record(91, named("s", 60));
+        .record(kFltSound, named("s", 60));
     file.push().object("o").pop().pop().comment("three").pop();
     const std::vector<std::uint8_t> out = roundTrip(file);
 
@@ -134,13 +153,15 @@ TEST_F(RoundTrip, GivesBackEveryByteOfWhatItDoesNotKnow) {
 
 TEST_F(RoundTrip, KeepsLongerRecordsAndReservedBytes) {
     FltBytes file("f");
-    file.push().record(2, counting("group", 60)).record(4, counting("object", 28));
-    file.record(73, counting("lod", 100)).record(5, counting("face", 76));
-    file.record(96, Bytes().field("switch", 8).u32(9).u32(0).u32(1).u32(1).u32(7).u32(8).u32(9));
-    file.record(63, counting("file.flt", 220)).record(62, Bytes().u16(7).u16(3));
-    file.record(61, Bytes().u16(7).u16(3)).record(14, counting("dof", 380));
-    file.record(55, counting("bsp", 44)).record(98, counting("clip", 276));
-    file.record(111, counting("lp", 156)).pop();
+    file.push().record(kFltGroup, counting("group", 60)).record(kFltObject, counting("object", 28));
+    file.record(kFltLod, counting("lod", 100)).record(kFltFace, counting("face", 76));
+    file.record(kFltSwitch,
+                Bytes().field("switch", 8).u32(9).u32(0).u32(1).u32(1).u32(7).u32(8).u32(9));
+    file.record(kFltExternalRef, counting("file.flt", 220))
+        .record(kFltInstanceDef, Bytes().u16(7).u16(3));
+    file.record(kFltInstanceRef, Bytes().u16(7).u16(3)).record(kFltDof, counting("dof", 380));
+    file.record(kFltBsp, counting("bsp", 44)).record(kFltClipRegion, counting("clip", 276));
+    file.record(kFltLightPoint, counting("lp", 156)).pop();
     const std::vector<std::uint8_t> out = roundTrip(file);
     ASSERT_EQ(out.size(), file.size());
     const auto differs = std::mismatch(file.vector().begin() + FltBytes::kHeaderLength,
@@ -152,9 +173,9 @@ TEST_F(RoundTrip, KeepsLongerRecordsAndReservedBytes) {
 TEST_F(RoundTrip, KeepsTheLengthOfLongerRecords) {
     FltBytes file("f");
     file.palette({{0, 0, 0}, {4, 0, 0}, {4, 4, 0}}).push();
-    file.record(2, named("group", 32)).push();
-    file.record(73, named("lod", 68)).record(14, named("dof", 376)).push();
-    file.record(4, named("object", 16)).push().record(5, named("face", 72)).push();
+    file.record(kFltGroup, named("group", 32)).push();
+    file.record(kFltLod, named("lod", 68)).record(kFltDof, named("dof", 376)).push();
+    file.record(kFltObject, named("object", 16)).push().record(kFltFace, named("face", 72)).push();
     file.list({0, 1, 2}).pop().pop().pop().pop().pop();
     const std::vector<std::uint8_t> out = roundTrip(file);
     // Only the object, 28 bytes, comes back padded to a multiple of 8.
@@ -170,24 +191,25 @@ TEST_F(RoundTrip, KeepsTheLengthOfLongerRecords) {
 // Others light faces whose vertices have no normals, and give normals to faces that are not lit.
 TEST_F(RoundTrip, AddsNoNormalsAndTakesNoneAway) {
     FltBytes file("f");
-    file.record(67, Bytes().u32(8 + 3 * 40 + 3 * 56));
+    file.record(kFltVertexPalette, Bytes().u32(8 + 3 * 40 + 3 * 56));
     Bytes without, with;
     for (std::uint32_t i = 0; i < 3; ++i) {
         without.u32(8 + i * 40), with.u32(8 + 3 * 40 + i * 56);
-        file.record(68, Bytes().u16(0).u16(0x2000).f64(i).f64(i * i).f64(0).u32(~0U).u32(~0U));
+        file.record(kFltVertexWithColor,
+                    Bytes().u16(0).u16(0x2000).f64(i).f64(i * i).f64(0).u32(~0U).u32(~0U));
     }
     for (unsigned i = 0; i < 3; ++i) {
         Bytes vertex;
         vertex.u16(0).u16(0x2000).f64(i).f64(i * i).f64(0).f32(0).f32(0).f32(1);
-        file.record(69, vertex.u32(~0U).u32(~0U).zeros(4));
+        file.record(kFltVertexWithNormal, vertex.u32(~0U).u32(~0U).zeros(4));
     }
     file.push();
     for (const unsigned mode : {0U, 1U, 2U, 3U}) {
         Bytes face;
         face.field("face", 8).zeros(32).u32(0x60000000).u8(mode).zeros(15);
         face.u16(0xFFFF).zeros(14);
-        file.record(5, face).push().record(72, without).pop();
-        file.record(5, face).push().record(72, with).pop();
+        file.record(kFltFace, face).push().record(kFltVertexList, without).pop();
+        file.record(kFltFace, face).push().record(kFltVertexList, with).pop();
     }
     const std::vector<std::uint8_t> out = roundTrip(file.pop());
     EXPECT_EQ(out, file.vector());
@@ -197,17 +219,21 @@ TEST_F(RoundTrip, AddsNoNormalsAndTakesNoneAway) {
 TEST_F(RoundTrip, KeepsVerticesOfBoundedLength) {
     FltBytes file("f");
     constexpr std::uint32_t kLength = 60'000;
-    file.record(67, Bytes().u32(8 + 3 * kLength));
+    file.record(kFltVertexPalette, Bytes().u32(8 + 3 * kLength));
     Bytes corners;
     for (std::uint32_t i = 0; i < 3; ++i) {
         Bytes vertex;
         vertex.u32(0).f64(i).f64(i * i).f64(0);
         for (std::uint32_t at = 32; at < kLength; ++at) vertex.u8(at % 251 + 1);
-        file.record(68, vertex);
+        file.record(kFltVertexWithColor, vertex);
     }
     for (std::uint32_t i = 0; i < 3'000; ++i) corners.u32(8 + i % 3 * kLength);
-    file.push().record(111, named("points", 148)).push().record(72, corners).pop();
-    file.face("face").push().list({}).record(72, corners).pop().pop();
+    file.push()
+        .record(kFltLightPoint, named("points", 148))
+        .push()
+        .record(kFltVertexList, corners)
+        .pop();
+    file.face("face").push().list({}).record(kFltVertexList, corners).pop().pop();
     import(file);
     EXPECT_LT(scene().size(), 40 * file.size());
     const std::vector<std::uint8_t> out = exported();
@@ -245,9 +271,17 @@ TEST_F(RoundTrip, KeepsPlaces) {
         point(at == 0.0 ? put.zeros(4) : put, at, 0, 0), point(put, at + 1, 0, 0);
         point(put, at, at == 0.0 ? 1 : 0, at == 0.0 ? 0 : 1);
     }
-    file.push().group("a").matrix(1, 2, 3).record(78, translate).record(79, scale);
-    file.group("b").record(76, edge).record(80, turn).group("c").record(81, toPoint);
-    file.group("d").record(82, put).push().group("e").matrix(0.1F, 0.2F, 0.3F).pop().pop();
+    file.push()
+        .group("a")
+        .matrix(1, 2, 3)
+        .record(kFltTranslate, translate)
+        .record(kFltScale, scale);
+    file.group("b")
+        .record(kFltRotateAboutEdge, edge)
+        .record(kFltRotateAboutPoint, turn)
+        .group("c")
+        .record(kFltRotateScaleAboutPoint, toPoint);
+    file.group("d").record(kFltPut, put).push().group("e").matrix(0.1F, 0.2F, 0.3F).pop().pop();
     const std::vector<std::uint8_t> out = roundTrip(file);
     EXPECT_EQ(out.size(), file.size());
 
@@ -264,7 +298,7 @@ TEST_F(RoundTrip, KeepsPlaces) {
 TEST_F(RoundTrip, KeepsVerticesOfEveryKind) {
     FltBytes file("f");
     const auto palette = static_cast<std::uint32_t>(file.size());
-    file.record(67, Bytes().u32(0));
+    file.record(kFltVertexPalette, Bytes().u32(0));
     std::vector<std::uint32_t> offsets;
     const std::pair<unsigned, std::size_t> kinds[] = {{68, 36}, {68, 40}, {69, 52}, {69, 56},
                                                       {70, 60}, {70, 64}, {71, 44}, {71, 48}};
@@ -282,17 +316,31 @@ TEST_F(RoundTrip, KeepsVerticesOfEveryKind) {
     for (std::size_t i = 0; i < offsets.size(); i += 3) {
         Bytes list;
         for (std::size_t j = 0; j < 3; ++j) list.u32(offsets[i + j]);
-        file.face("same").push().record(72, list).pop();
+        file.face("same").push().record(kFltVertexList, list).pop();
     }
     Bytes mixed, flat, morph;
     for (const std::size_t i : {0U, 3U, 6U, 9U, 12U, 15U, 18U, 21U}) mixed.u32(offsets[i]);
     for (const std::size_t i : {0U, 1U, 0U}) flat.u32(offsets[i]);
     for (const std::size_t i : {0U, 3U, 6U, 9U, 12U, 15U}) morph.u32(offsets[i]);
-    file.face("mixed").push().record(72, mixed).record(53, Bytes().u32(0x80000000).zeros(64)).pop();
-    file.face("flat").push().record(72, flat).pop().face("morph").push().record(89, morph).pop();
-    file.record(111, named("points", 148)).push().record(72, mixed).pop();
-    file.record(130, named("indexed", 16)).push().record(72, mixed).pop();
-    file.group("other").push().record(72, flat).pop().pop();
+    file.face("mixed")
+        .push()
+        .record(kFltVertexList, mixed)
+        .record(kFltUvList, Bytes().u32(0x80000000).zeros(64))
+        .pop();
+    file.face("flat")
+        .push()
+        .record(kFltVertexList, flat)
+        .pop()
+        .face("morph")
+        .push()
+        .record(kFltMorphVertexList, morph)
+        .pop();
+    file.record(kFltLightPoint, named("points", 148)).push().record(kFltVertexList, mixed).pop();
+    file.record(kFltIndexedLightPoint, named("indexed", 16))
+        .push()
+        .record(kFltVertexList, mixed)
+        .pop();
+    file.group("other").push().record(kFltVertexList, flat).pop().pop();
     const std::vector<std::uint8_t> out = roundTrip(file);
     EXPECT_EQ(out.size(), file.size());
 }
@@ -301,8 +349,8 @@ TEST_F(RoundTrip, ContinuesWhatIsTooLongForOneRecord) {
     FltBytes file("f");
     Bytes first, rest;
     for (int i = 0; i < 10'000; ++i) first.u32(8), rest.u32(8 + 40);
-    file.palette(kPoints).push().record(111, named("points", 148)).push();
-    file.record(72, first).record(23, rest).pop().pop();
+    file.palette(kPoints).push().record(kFltLightPoint, named("points", 148)).push();
+    file.record(kFltVertexList, first).record(kFltContinuation, rest).pop().pop();
     roundTrip(file);
     const INode* const node = host.GetRootNode()->GetChildNode(0)->GetChildNode(0);
     const auto& mesh = dynamic_cast<TriObject&>(*node->GetObjectRef()).GetMesh();
@@ -324,10 +372,12 @@ TEST_F(RoundTrip, ShowsMeshesAndGivesThemBack) {
         return body;
     };
     FltBytes file("f");
-    file.push().record(84, named("mesh", 72)).record(85, pool).push();
-    file.record(86, primitive(1, {0, 2, 1, 3})).record(86, primitive(2, {0, 2, 3, 1}));
-    file.record(86, primitive(3, {0, 2, 1, 3})).record(86, primitive(4, {0, 2, 4, 5, 1}));
-    file.record(86, primitive(4, {0, 2, 6})).pop().group("g").pop();
+    file.push().record(kFltMesh, named("mesh", 72)).record(kFltLocalVertexPool, pool).push();
+    file.record(kFltMeshPrimitive, primitive(1, {0, 2, 1, 3}))
+        .record(kFltMeshPrimitive, primitive(2, {0, 2, 3, 1}));
+    file.record(kFltMeshPrimitive, primitive(3, {0, 2, 1, 3}))
+        .record(kFltMeshPrimitive, primitive(4, {0, 2, 4, 5, 1}));
+    file.record(kFltMeshPrimitive, primitive(4, {0, 2, 6})).pop().group("g").pop();
     const std::vector<std::uint8_t> out = roundTrip(file);
     EXPECT_EQ(out, file.vector());
 

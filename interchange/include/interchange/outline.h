@@ -5,7 +5,6 @@
 // keeps offsets, not copies: a node costs a few words however long its records are.
 #pragma once
 
-#include <quillon/fltbyteorder.h>
 #include <quillon/fltrecordrange.h>
 #include <quillon/fltvertexview.h>
 
@@ -137,12 +136,5 @@ inline constexpr std::size_t kDeepestLevel = 512;
 /// for a file that is empty, cut short, older than the format, nested wrongly or too deeply, or
 /// that contradicts itself.
 Outline readOutline(FileBytes bytes);
-
-/// A big-endian number of the file. The bytes must be there.
-inline std::uint16_t uint16At(FileBytes bytes, std::size_t offset) noexcept {
-    std::uint16_t value = 0;
-    fltLoadBigEndian(bytes.data() + offset, value);
-    return value;
-}
 
 }  // namespace interchange
