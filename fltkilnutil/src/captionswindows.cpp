@@ -1,7 +1,9 @@
 // The captions in the resource library beside the module.
+#include <base/resources.h>
 #include <base/utf16.h>
 #include <fltkilnutil/captions.h>
 #include <kiln/interface.h>
+#include <kiln/language.h>
 #include <windows.h>
 
 #include <memory>
@@ -13,7 +15,7 @@ namespace {
 
 /// The longest path that is tried, in characters, terminator included.
 constexpr std::size_t kPathSize = 260;
-constexpr int kMaxCaption = 256;
+constexpr std::size_t kMaxCaption = 256;
 
 struct FreeModule {
     void operator()(HMODULE module) const noexcept { FreeLibrary(module); }
@@ -36,10 +38,10 @@ CaptionReader openCaptionLibrary() {
     const std::shared_ptr<std::remove_pointer_t<HMODULE>> library = openLibrary();
     if (library == nullptr) return {};
     return [library](std::uint32_t id, std::string& text) {
-        wchar_t caption[kMaxCaption + 1];
-        const int length = LoadStringW(library.get(), id, caption, kMaxCaption + 1);
-        if (length <= 0) return false;
-        text = base::toUtf8({caption, static_cast<std::size_t>(length)});
+        const auto language = static_cast<base::Language>(GetLanguage());
+        const std::wstring_view caption = base::findString(library.get(), id, language);
+        if (caption.empty()) return false;
+        text = base::toUtf8(caption.substr(0, kMaxCaption));
         return true;
     };
 }

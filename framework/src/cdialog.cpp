@@ -2,6 +2,7 @@
 #include "module_internal.h"
 #include "windowrouter.h"
 
+#include <base/resources.h>
 #include <base/scopedvalue.h>
 #include <framework/cdialog.h>
 #include <framework/module.h>
@@ -10,6 +11,12 @@
 #include <utility>
 
 namespace {
+
+/// The template `id` in the language of now, or null.
+const DLGTEMPLATE* findTemplate(HINSTANCE resources, UINT id) noexcept {
+    return static_cast<const DLGTEMPLATE*>(
+        base::findResource(resources, RT_DIALOG, id, resourceLanguage()));
+}
 
 /// Shows the owner's icon in the dialog's title bar and in the task list.
 void showOwnersIcon(HWND dialog) {
@@ -34,8 +41,10 @@ INT_PTR CDialog::DoModal() {
     const ModuleScope module;
     ensureCommonControls();
     const base::ScopedValue modal(modal_, true);
-    return ::DialogBoxParamW(resources, MAKEINTRESOURCEW(templateId_), parent_, DialogProc,
-                             reinterpret_cast<LPARAM>(this));
+    const DLGTEMPLATE* const dialog = findTemplate(resources, templateId_);
+    if (!dialog) return -1;
+    return ::DialogBoxIndirectParamW(resources, dialog, parent_, DialogProc,
+                                     reinterpret_cast<LPARAM>(this));
 }
 
 bool CDialog::Create(UINT templateId, HWND parent) {
@@ -46,8 +55,10 @@ bool CDialog::Create(UINT templateId, HWND parent) {
     templateId_ = templateId;
     parent_ = parent;
     failed_ = false;
-    const HWND window = ::CreateDialogParamW(resources, MAKEINTRESOURCEW(templateId), parent,
-                                             DialogProc, reinterpret_cast<LPARAM>(this));
+    const DLGTEMPLATE* const dialog = findTemplate(resources, templateId);
+    if (!dialog) return false;
+    const HWND window = ::CreateDialogIndirectParamW(resources, dialog, parent, DialogProc,
+                                                     reinterpret_cast<LPARAM>(this));
     if (window && failed_) ::DestroyWindow(window);  // perhaps not connected yet
     if (!window || !HasWindow()) return false;
     showOwnersIcon(window);

@@ -7,6 +7,7 @@ extern "C" IMAGE_DOS_HEADER __ImageBase;
 namespace {
 
 HINSTANCE g_resources = nullptr;
+base::Language (*g_languageSource)() noexcept = nullptr;
 
 constexpr WORD kIsolationAwareManifest = 2;
 
@@ -38,6 +39,14 @@ HINSTANCE resourceInstance() noexcept {
 
 void setResourceInstance(HINSTANCE instance) noexcept {
     g_resources = instance;
+}
+
+base::Language resourceLanguage() noexcept {
+    return g_languageSource ? g_languageSource() : base::Language::kChinese;
+}
+
+void setLanguageSource(base::Language (*source)() noexcept) noexcept {
+    g_languageSource = source;
 }
 
 ModuleScope::ModuleScope() noexcept : resources_(g_resources, nullptr) {

@@ -3,6 +3,7 @@
 
 #include <framework/cdialog.h>
 #include <framework/controls.h>
+#include <framework/module.h>
 #include <gtest/gtest.h>
 
 #include <stdexcept>
@@ -138,6 +139,25 @@ TEST(ModalDialog, MovesValuesInAndOutOnOkOnly) {
     noNumber.typedCount = "3x";
     EXPECT_EQ(noNumber.DoModal(), IDOK);
     EXPECT_EQ(noNumber.count, 12);
+}
+
+TEST(ModalDialog, IsMadeInTheLanguageOfTheSource) {
+    class TitledDialog : public ValuesDialog {
+    public:
+        std::string title;
+
+    protected:
+        bool OnInitDialog() override {
+            title = Text();
+            return ValuesDialog::OnInitDialog();
+        }
+    } dialog;
+    dialog.DoModal();
+    EXPECT_EQ(dialog.title, "Values");
+    setLanguageSource([]() noexcept { return base::Language::kEnglish; });
+    dialog.DoModal();
+    setLanguageSource(nullptr);
+    EXPECT_EQ(dialog.title, "Values in English");
 }
 
 TEST(ModalDialog, ThatCannotStartGivesMinusOne) {

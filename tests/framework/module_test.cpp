@@ -15,6 +15,11 @@ HANDLE activeContext() {
     return context;
 }
 
+class LanguageTest : public ::testing::Test {
+protected:
+    void TearDown() override { setLanguageSource(nullptr); }
+};
+
 }  // namespace
 
 TEST(StringResource, HasOneBufferForAllTexts) {
@@ -24,6 +29,14 @@ TEST(StringResource, HasOneBufferForAllTexts) {
     EXPECT_EQ(second, "值");
     EXPECT_EQ(first, "值");
     EXPECT_EQ(loadString(9999), "");
+}
+
+TEST_F(LanguageTest, OfStringsIsThatOfTheSourceWhateverTheMachineSpeaks) {
+    EXPECT_EQ(loadString(IDS_HIERARCHY), "层次");
+    setLanguageSource([]() noexcept { return base::Language::kEnglish; });
+    EXPECT_EQ(loadString(IDS_HIERARCHY), "Hierarchy");
+    EXPECT_EQ(loadString(IDS_VALUE), "值") << "Chinese where there is no English";
+    EXPECT_EQ(loadString(IDS_GERMAN), "Wert") << "the only one there is";
 }
 
 TEST(ModuleScope, SwitchesResourcesAndContextAndRestoresThemOnEveryWayOut) {

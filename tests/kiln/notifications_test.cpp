@@ -1,5 +1,7 @@
 #include "fixture.h"
 
+#include <kiln/language.h>
+
 namespace {
 
 using ::testing::ElementsAre;
@@ -22,6 +24,17 @@ TEST_F(NotificationsTest, TellEachChangeOnce) {
     child->Detach(0);
     host.DeleteNode(child);
     EXPECT_THAT(recorder.seen, ElementsAre(0x3B, 0x3B, 0x1E, 0x0A, 0x1E, 0x3C));
+}
+
+TEST_F(NotificationsTest, TellOfAnotherLanguageOnly) {
+    Recorder languages{{NOTIFY_LANGUAGE_CHANGED}};
+    EXPECT_EQ(GetLanguage(), KILN_LANGUAGE_CHINESE);
+    EXPECT_TRUE(kiln::Core::setLanguage(KILN_LANGUAGE_ENGLISH));
+    EXPECT_TRUE(kiln::Core::setLanguage(KILN_LANGUAGE_ENGLISH));
+    EXPECT_FALSE(kiln::Core::setLanguage(0x0407));
+    EXPECT_EQ(GetLanguage(), KILN_LANGUAGE_ENGLISH);
+    EXPECT_TRUE(kiln::Core::setLanguage(KILN_LANGUAGE_CHINESE));
+    EXPECT_THAT(languages.seen, ElementsAre(NOTIFY_LANGUAGE_CHANGED, NOTIFY_LANGUAGE_CHANGED));
 }
 
 TEST_F(NotificationsTest, TellTheFateOfTheWholeScene) {

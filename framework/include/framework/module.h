@@ -2,6 +2,7 @@
 // from and which version of the common controls its windows use.
 #pragma once
 
+#include <base/language.h>
 #include <base/scopedvalue.h>
 #include <framework/win32.h>
 
@@ -15,6 +16,13 @@ HINSTANCE resourceInstance() noexcept;
 /// Looks resources up in `instance` (not owned) until the next call or the end of the innermost
 /// `ModuleScope`. Null means the module itself.
 void setResourceInstance(HINSTANCE instance) noexcept;
+
+/// The language of the dialogs, menus and strings that are opened next: what the source says, and
+/// Chinese without one. UI thread only.
+base::Language resourceLanguage() noexcept;
+
+/// Has `source` asked for the language from now on; null for none. Each module has its own.
+void setLanguageSource(base::Language (*source)() noexcept) noexcept;
 
 /// While it lives, resources come from this module and windows are created under the activation
 /// context of the manifest that this module carries as resource 2 (a module without one keeps the

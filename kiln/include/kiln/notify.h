@@ -33,6 +33,11 @@ inline constexpr int NOTIFY_NODE_CREATED = 0x3B;
 /// INode*, valid for the last time.
 inline constexpr int NOTIFY_NODE_DELETED = 0x3C;
 
+/// The host speaks another language (`GetLanguage`); the utility panel is opened anew
+/// by the host. A window of a
+/// plug-in that is open speaks its own to the end, or is opened anew. Parameter: null.
+inline constexpr int NOTIFY_LANGUAGE_CHANGED = 0x50;
+
 struct NotifyInfo {
     int intcode;      ///< one of the codes above
     void* callParam;  ///< what the code says

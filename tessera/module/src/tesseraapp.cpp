@@ -1,5 +1,7 @@
 // The application object of the module, with its start and end hooks.
 #include <framework/cwinapp.h>
+#include <framework/module.h>
+#include <kiln/language.h>
 #include <tessera/browser.h>
 #include <tessera/browserclient.h>
 #include <tessera/nodecreation.h>
@@ -9,6 +11,7 @@ namespace {
 class CTesseraApp : public CWinApp {
 public:
     bool InitInstance() override {
+        setLanguageSource([]() noexcept { return static_cast<base::Language>(GetLanguage()); });
         tessera::browserStartUp();
         return true;
     }

@@ -3,7 +3,9 @@
 #include "walk.h"
 
 #include <framework/cwinapp.h>
+#include <framework/module.h>
 #include <framework/text.h>
+#include <kiln/language.h>
 
 #include <shellapi.h>
 #include <cstdio>
@@ -114,6 +116,7 @@ bool WorkbenchApp::InitInstance() {
         std::fprintf(stderr, "workbench: %s\n\n%s", options.error.c_str(), kUsage);
         return false;
     }
+    setLanguageSource([]() noexcept { return static_cast<base::Language>(GetLanguage()); });
     kiln::Core& core = kiln::Core::create();
     const std::string plugins =
         options.plugins.empty() ? programFolder() + "\\plugins" : absolutePath(options.plugins);

@@ -4,14 +4,18 @@
 #include "commands.h"
 #include "scriptfiles.h"
 
+#include <base/resources.h>
 #include <framework/module.h>
 #include <framework/text.h>
 
 namespace workbench {
 
 void MenuBar::attach() {
-    menu_ = ::LoadMenuW(moduleInstance(), MAKEINTRESOURCEW(IDR_MAIN_MENU));
+    const HMENU before = menu_;
+    menu_ = ::LoadMenuIndirectW(
+        base::findResource(moduleInstance(), RT_MENU, IDR_MAIN_MENU, resourceLanguage()));
     ::SetMenu(window_.Handle(), menu_);
+    if (before) ::DestroyMenu(before);
 }
 
 void MenuBar::refresh(std::span<const std::string> recent) {

@@ -2,6 +2,8 @@
 
 #include "look.h"
 
+#include <base/resources.h>
+#include <framework/module.h>
 #include <framework/text.h>
 
 #include <utility>
@@ -24,7 +26,11 @@ bool Rollup::Create(HWND parent, HINSTANCE module, int dialogId, DLGPROC procedu
     if (!CreateEx(WS_EX_CONTROLPARENT, kClassName, title_,
                   WS_CHILD | WS_CLIPCHILDREN | WS_CLIPSIBLINGS, {0, 0, 10, 10}, parent))
         return false;
-    page_ = ::CreateDialogParamW(module, MAKEINTRESOURCEW(dialogId), Handle(), procedure, param);
+    const void* const page =
+        base::findResource(module, RT_DIALOG, static_cast<unsigned>(dialogId), resourceLanguage());
+    if (!page) return false;
+    page_ = ::CreateDialogIndirectParamW(module, static_cast<const DLGTEMPLATE*>(page), Handle(),
+                                         procedure, param);
     if (!page_) return false;
     RECT area;
     ::GetWindowRect(page_, &area);

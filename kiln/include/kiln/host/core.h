@@ -81,6 +81,11 @@ public:
     /// unknown id.
     bool setDirectory(int id, const std::string& path);
 
+    /// Has the host and its plug-ins speak `language`, one of `kiln/language.h`; at first Chinese.
+    /// Sends `NOTIFY_LANGUAGE_CHANGED` when it is another. False for an unknown one. The language
+    /// outlives the core.
+    static bool setLanguage(WORD language);
+
     // The scene.
 
     /// Empties the scene. Sends `NOTIFY_SCENE_PRE_CLEAR` and `NOTIFY_SCENE_NEW`.
