@@ -73,11 +73,12 @@ private:
 bool import(std::span<const std::uint8_t> bytes, Interface& host) {
     SilentReport report;
     try {
-        const interchange::Outline outline = interchange::readOutline(bytes);
-        expect(outline.nodes.size() * 4 <= bytes.size(), "each node has a record");
-        expect(outline.pieces.size() * 4 <= bytes.size(), "each piece has a record");
-        expect(outline.corners.size() * 4 <= bytes.size(), "each corner stands in a list");
-        interchange::buildScene(outline, "fuzz", report, host);
+        const interchange::FileIndex index = interchange::readFileIndex(bytes);
+        expect(index.nodes.size() * 4 <= bytes.size(), "each node has a record");
+        expect(index.attached.size() * 4 <= bytes.size(),
+               "each attached record stands in the file");
+        expect(index.corners.size() * 4 <= bytes.size(), "each corner stands in a list");
+        interchange::buildScene(index, "fuzz", report, host);
         return true;
     } catch (const FltFileError& error) {
         expect(error.offset() <= bytes.size(), "the damage lies in the file");

@@ -262,7 +262,7 @@ void exportScene(const std::string& path, Interface& host) {
         return;
     }
     const FltFileBytes file = FltFileBytes::load(path);
-    static_cast<void>(interchange::readOutline(file.bytes()));
+    static_cast<void>(interchange::readFileIndex(file.bytes()));
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // The colours that faces and vertices show.
 #pragma once
 
-#include <interchange/outline.h>
+#include <interchange/fileindex.h>
 
 #include <kiln/platform.h>
 #include <quillon/fltcolorpalette.h>

@@ -1,7 +1,7 @@
 // What files call their nodes, and what they say about them.
 #pragma once
 
-#include <interchange/outline.h>
+#include <interchange/fileindex.h>
 
 #include <string>
 

@@ -58,16 +58,16 @@ std::string textOf(const KindCounts& counts) {
     return counted(all, "node", "nodes") + " (" + kinds + ")";
 }
 
-std::string summaryOf(const Outline& outline) {
+std::string summaryOf(const FileIndex& file) {
     KindCounts counts;
-    for (const OutlineNode& node : outline.nodes) ++counts[node.kind];
+    for (const FileNode& node : file.nodes) ++counts[node.kind];
     std::string text = "imported " + textOf(counts);
-    if (outline.unknownRecords != 0) {
-        text += ", kept " + counted(outline.unknownRecords, "unknown record", "unknown records");
+    if (file.unknownRecords != 0) {
+        text += ", kept " + counted(file.unknownRecords, "unknown record", "unknown records");
     }
-    if (outline.strayBytes != 0) {
+    if (file.strayBytes != 0) {
         text += ", left out " +
-                counted(outline.strayBytes, "stray byte at the end", "stray bytes at the end");
+                counted(file.strayBytes, "stray byte at the end", "stray bytes at the end");
     }
     return text;
 }

@@ -162,10 +162,10 @@ void TransformReader::take(const FltRecordView& record) {
     }
 }
 
-Matrix3 keptPlace(const Kept& kept) {
+Matrix3 keptPlace(const SourceRecords& kept) {
     TransformReader transforms;
-    for (const KeptPiece& piece : kept.pieces) {
-        if (!piece.isOpaque) transforms.take(piece.record);
+    for (const SourceRecord& entry : kept.attached) {
+        if (!entry.isOpaque) transforms.take(entry.record);
     }
     return transforms.result();
 }

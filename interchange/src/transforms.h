@@ -1,7 +1,7 @@
 // The records that place a node, as transforms of the host.
 #pragma once
 
-#include "kept.h"
+#include "sourcerecords.h"
 
 #include <kiln/geometry.h>
 #include <quillon/fltrecordrange.h>
@@ -34,7 +34,7 @@ private:
 };
 
 /// How what is kept on a node places it.
-Matrix3 keptPlace(const Kept& kept);
+Matrix3 keptPlace(const SourceRecords& kept);
 
 /// Writes the records that place a node: a matrix and, where that would round the position, the
 /// steps that lead to it, the last of which has it in doubles.

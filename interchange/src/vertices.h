@@ -1,7 +1,7 @@
 // Vertex records: position, colour, and by kind a normal and texture coordinates.
 #pragma once
 
-#include <interchange/outline.h>
+#include <interchange/fileindex.h>
 
 #include <kiln/geometry.h>
 #include <kiln/platform.h>

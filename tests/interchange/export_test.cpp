@@ -117,11 +117,11 @@ TEST_F(ExportTest, KeepsPackedColoursTogetherWithTheirFlag) {
     for (const std::uint32_t revision : {1580U, 1420U}) {
         const std::vector<std::uint8_t> out = exported({revision, false});
         std::vector<std::pair<std::uint32_t, FltPackedColor>> colors;
-        const interchange::Outline outline = interchange::readOutline(out);
-        for (const auto& node : outline.nodes) {
+        const interchange::FileIndex index = interchange::readFileIndex(out);
+        for (const auto& node : index.nodes) {
             if (node.kind != kFltFace) continue;
             FltFace face;
-            face.readBytes(outline.recordAt(node.record).bytes(), revision);
+            face.readBytes(index.recordAt(node.record).bytes(), revision);
             colors.emplace_back(face.flags & kPacked, face.packedPrimaryColor);
         }
         const FltPackedColor none{};
@@ -401,10 +401,10 @@ TEST_F(ExportTest, WritesTheRevisionAskedFor) {
         {1540, 1540}, {1580, 1580}, {1600, 1600}, {1660, 1660}};
     for (const auto& [asked, written] : cases) {
         const std::vector<std::uint8_t> out = exported({asked, false});
-        const interchange::Outline outline = interchange::readOutline(out);
-        EXPECT_EQ(outline.revision, written);
-        EXPECT_EQ(outline.nodes.size(), 3U);
-        const std::size_t face = outline.recordAt(outline.nodes[2].record).length();
+        const interchange::FileIndex index = interchange::readFileIndex(out);
+        EXPECT_EQ(index.revision, written);
+        EXPECT_EQ(index.nodes.size(), 3U);
+        const std::size_t face = index.recordAt(index.nodes[2].record).length();
         EXPECT_EQ(face, written < 1510 ? 64U : 80U);
     }
     EXPECT_EQ(interchange::exportFile(pathOf("x.flt").c_str(), {1590, false}, report, host),
@@ -415,7 +415,7 @@ TEST_F(ExportTest, WritesTheRevisionAskedFor) {
     core.newScene();
     import(FltBytes("f", 1700).push().group("a").pop());
     knownFindings = "";
-    EXPECT_EQ(interchange::readOutline(exported()).revision, 1660U) << "the nearest";
+    EXPECT_EQ(interchange::readFileIndex(exported()).revision, 1660U) << "the nearest";
 }
 
 TEST_F(ExportTest, SaysWhatAnOlderRevisionCannot) {
@@ -502,7 +502,7 @@ TEST_F(ExportTest, GivesHeadersBackByteForByte) {
     const std::vector<std::uint8_t> out = exported();
     ASSERT_GT(out.size(), 200U);
     EXPECT_TRUE(std::equal(cut.vector().begin(), cut.vector().end(), out.begin()));
-    EXPECT_EQ(interchange::readOutline(out).nodes.size(), 2U);
+    EXPECT_EQ(interchange::readFileIndex(out).nodes.size(), 2U);
 }
 
 TEST_F(ExportTest, MakesNewMaterialsOpaque) {

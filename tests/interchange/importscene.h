@@ -34,7 +34,7 @@ protected:
     /// Imports a file; gives the node of the database.
     INode* import(std::span<const std::uint8_t> file, const char* name = "airfield") {
         report.progress = 0;
-        return interchange::buildScene(interchange::readOutline(file), name, report, host);
+        return interchange::buildScene(interchange::readFileIndex(file), name, report, host);
     }
 
     /// The names of the scene's nodes, "a(b,c(d))".

@@ -237,9 +237,9 @@ TEST_F(RoundTrip, KeepsVerticesOfBoundedLength) {
     import(file);
     EXPECT_LT(scene().size(), 40 * file.size());
     const std::vector<std::uint8_t> out = exported();
-    const auto outline = interchange::readOutline(out);
-    ASSERT_EQ(outline.corners.size(), 3'000U);
-    const auto vertex = outline.recordAt(outline.corners.front()).bytes();
+    const auto index = interchange::readFileIndex(out);
+    ASSERT_EQ(index.corners.size(), 3'000U);
+    const auto vertex = index.recordAt(index.corners.front()).bytes();
     ASSERT_EQ(vertex.size(), 128U);
     EXPECT_TRUE(
         std::ranges::equal(vertex.subspan(32),

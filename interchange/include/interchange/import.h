@@ -1,7 +1,7 @@
 // OpenFlight files into the host's scene.
 #pragma once
 
-#include <interchange/outline.h>
+#include <interchange/fileindex.h>
 
 #include <string>
 
@@ -22,18 +22,18 @@ namespace interchange {
 /// Returns IMPEXP_SUCCESS, IMPEXP_FAIL or IMPEXP_CANCEL; after the last two the scene is as it was.
 int importFile(const char* path, ImpExpReport& report, Interface& host) noexcept;
 
-/// Builds the nodes of `outline`, whose bytes must still be there, and returns the one that stands
+/// Builds the nodes of `file`, whose bytes must still be there, and returns the one that stands
 /// for the database. It is named after its long identifier, its ID, or `fileName` (UTF-8) without
 /// its extension where the file says nothing or only "db", and remembers that name of its file.
 /// No node stays behind when it throws: `FltFileError` for a record that cannot be kept,
 /// `Cancelled`, `std::bad_alloc`.
-INode* buildScene(const Outline& outline, const std::string& fileName, ImpExpReport& report,
+INode* buildScene(const FileIndex& file, const std::string& fileName, ImpExpReport& report,
                   Interface& host);
 
 /// Thrown when the user has cancelled.
 struct Cancelled {};
 
 /// What was read, for the user: "imported 3 nodes (1 group, 1 face, 1 header)", and what was not.
-std::string summaryOf(const Outline& outline);
+std::string summaryOf(const FileIndex& file);
 
 }  // namespace interchange
