@@ -32,6 +32,35 @@ endforeach()
 add_library(tessera_staged INTERFACE)
 target_include_directories(tessera_staged SYSTEM INTERFACE ${TESSERA_STAGED_INCLUDE})
 
+# The version, for sources and resource scripts: <tessera_version.h>.
+set(TESSERA_VERSION_HEADER ${CMAKE_BINARY_DIR}/version/tessera_version.h)
+configure_file(${CMAKE_CURRENT_LIST_DIR}/version.h.in ${TESSERA_VERSION_HEADER} @ONLY)
+add_library(tessera_version INTERFACE)
+target_include_directories(tessera_version INTERFACE ${CMAKE_BINARY_DIR}/version)
+
+# tessera_file_properties(TARGET ENGLISH CHINESE)
+# Gives a Windows program or library its version information, with the description in both
+# languages, and a program its icon.
+set(TESSERA_ICON ${PROJECT_SOURCE_DIR}/resources/bitmaps/workbench.ico)
+set(TESSERA_VERSION_INFO ${CMAKE_CURRENT_LIST_DIR}/versioninfo.rc.in)
+function(tessera_file_properties target english chinese)
+    if(NOT WIN32)
+        return()
+    endif()
+    set(_type VFT_DLL)
+    set(_icon "")
+    get_target_property(_kind ${target} TYPE)
+    if(_kind STREQUAL "EXECUTABLE")
+        set(_type VFT_APP)
+        set(_icon "1 ICON \"${TESSERA_ICON}\"")
+    endif()
+    set(_script ${CMAKE_CURRENT_BINARY_DIR}/${target}.version.rc)
+    configure_file(${TESSERA_VERSION_INFO} ${_script}.in @ONLY)
+    file(GENERATE OUTPUT ${_script} INPUT ${_script}.in)
+    set_source_files_properties(${_script} PROPERTIES OBJECT_DEPENDS ${TESSERA_ICON})
+    target_sources(${target} PRIVATE ${_script})
+endfunction()
+
 # tessera_library(NAME SOURCES file... [USES target...] [PRIVATE_USES target...])
 # A static library whose public headers live in include/ beside its CMakeLists.txt.
 function(tessera_library name)

@@ -6,6 +6,7 @@
 #endif
 #include <kiln/host/host.h>
 #include <script/engine.h>
+#include <tessera_version.h>
 #include <CLI/CLI.hpp>
 
 #include <csignal>
@@ -172,6 +173,7 @@ int runProgram(std::vector<std::string> words) {
     app.add_option("script", options.words,
                    "a script (.ks), \"-\" for standard input; what follows is its \"arguments\"")
         ->type_name("SCRIPT [ARGUMENT...]");
+    app.set_version_flag("--version", "kilnbatch " TESSERA_VERSION, "print the version");
     app.positionals_at_end(false);
     app.footer(
         "Exit status: 0 when all of it was done, 1 when an error ended it, another "

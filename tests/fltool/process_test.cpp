@@ -48,6 +48,7 @@ TEST(CommandLineTest, HelpsAndRefusesInOneLine) {
                     testing::HasSubstr("fltool " + (arguments.size() > 1 ? arguments[0] : "")));
         EXPECT_EQ(outcome.error, "");
     }
+    EXPECT_EQ(runTool({"--version"}).out, "fltool 2.0.0.2\n");
     for (const std::vector<std::string>& arguments :
          std::vector<std::vector<std::string>>{{},
                                                {"draw"},

@@ -3,7 +3,10 @@
 
 #include <resources/resource.h>
 #include <cstring>
+#include <filesystem>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "builtfiles.h"
@@ -97,16 +100,73 @@ TEST(Resources, NameTheVersion) {
     EXPECT_EQ(fixed->dwFileVersionLS, 0x00000002U);
     EXPECT_EQ(fixed->dwProductVersionMS, 0x00020000U);
     EXPECT_EQ(fixed->dwProductVersionLS, 0x00000002U);
+}
 
-    // The texts are looked up under the language that the block itself declares.
-    ASSERT_TRUE(VerQueryValueW(block.data(), L"\\VarFileInfo\\Translation", &found, &size));
-    WORD translation[2];
-    ASSERT_EQ(size, sizeof translation);
-    std::memcpy(translation, found, sizeof translation);
-    wchar_t key[64];
-    swprintf(key, 64, L"\\StringFileInfo\\%04x%04x\\ProductName", translation[0], translation[1]);
-    ASSERT_TRUE(VerQueryValueW(block.data(), key, &found, &size));
-    EXPECT_STREQ(static_cast<const wchar_t*>(found), L"Tessera");
+// What a file's properties show, asked for the way that they ask.
+class FileProperties {
+public:
+    explicit FileProperties(const std::wstring& path)
+        : block_(GetFileVersionInfoSizeW(path.c_str(), nullptr)) {
+        if (!block_.empty())
+            GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(block_.size()), block_.data());
+    }
+
+    // The languages that there are texts in, as "080404b0".
+    std::vector<std::wstring> languages() const {
+        std::vector<std::wstring> keys;
+        const auto [found, size] = query(L"\\VarFileInfo\\Translation");
+        for (UINT at = 0; at + 4 <= size; at += 4) {
+            WORD words[2];
+            std::memcpy(words, static_cast<const std::byte*>(found) + at, sizeof words);
+            wchar_t key[16];
+            swprintf(key, 16, L"%04x%04x", words[0], words[1]);
+            keys.emplace_back(key);
+        }
+        return keys;
+    }
+
+    std::wstring text(const std::wstring& language, const wchar_t* name) const {
+        const auto [found, size] = query(L"\\StringFileInfo\\" + language + L'\\' + name);
+        return size == 0 ? L"" : static_cast<const wchar_t*>(found);
+    }
+
+private:
+    std::pair<const void*, UINT> query(const std::wstring& what) const {
+        void* found = nullptr;
+        UINT size = 0;
+        if (block_.empty() || !VerQueryValueW(block_.data(), what.c_str(), &found, &size))
+            return {};
+        return {found, size};
+    }
+
+    std::vector<std::byte> block_;
+};
+
+TEST(FilesForUsers, SayWhatTheyAreInBothLanguages) {
+    std::set<std::wstring> descriptions;
+    std::size_t count = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(STAGE)) {
+        const std::wstring extension = entry.path().extension().wstring();
+        if (!std::set<std::wstring>{L".exe", L".dll", L".dlu", L".dli"}.count(extension)) continue;
+        SCOPED_TRACE(utf8(entry.path().wstring()));
+        ++count;
+        const FileProperties shown(entry.path().wstring());
+        EXPECT_EQ(shown.languages(), (std::vector<std::wstring>{L"080404b0", L"040904b0"}));
+        for (const std::wstring& language : shown.languages()) {
+            EXPECT_EQ(shown.text(language, L"FileVersion"), L"2.0.0.2");
+            EXPECT_EQ(shown.text(language, L"ProductVersion"), L"2.0.0.2");
+            EXPECT_EQ(shown.text(language, L"ProductName"), L"Tessera");
+            EXPECT_EQ(shown.text(language, L"OriginalFilename"), entry.path().filename().wstring());
+            descriptions.insert(shown.text(language, L"FileDescription"));
+        }
+        const HMODULE file =
+            LoadLibraryExW(entry.path().c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
+        EXPECT_EQ(resourceNames(file, RT_GROUP_ICON).size(), extension == L".exe" ? 1u : 0u);
+        FreeLibrary(file);
+    }
+    EXPECT_GE(count, 7u);
+    EXPECT_EQ(descriptions.count(L""), 0u);
+    EXPECT_EQ(descriptions.size(), 2 * count) << "each file has its own description";
 }
 
 // The way the module itself enters its manifest: through its own resource 2.

@@ -4,6 +4,7 @@
 
 #include <quillon/fltfilereader.h>
 #include <quillon/fltrevision.h>
+#include <tessera_version.h>
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
@@ -41,6 +42,7 @@ struct CommandLine {
 
     CommandLine() {
         app.require_subcommand(1);
+        app.set_version_flag("--version", "fltool " TESSERA_VERSION, "Print the version and exit");
         app.get_formatter()->column_width(24);
 
         // A path may begin with a slash on Windows too.
@@ -113,6 +115,9 @@ int parseAndExecute(const std::vector<std::string>& arguments, std::ostream& out
         commandLine.parse(arguments);
     } catch (const CLI::CallForHelp&) {
         out << commandLine.app.help() << std::flush;
+        return kDone;
+    } catch (const CLI::CallForVersion& version) {
+        out << version.what() << '\n' << std::flush;
         return kDone;
     } catch (const CLI::ParseError& problem) {
         return fail(out, error, std::string(problem.what()) + " (see fltool --help)");

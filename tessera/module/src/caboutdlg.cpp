@@ -3,14 +3,15 @@
 #include <framework/module.h>
 #include <resources/resource.h>
 #include <tessera/browserexports.h>
+#include <tessera_version.h>
 
 #include <cstdio>
 
 namespace {
 
-constexpr const char* kVersionText = "版本 2.0";
+constexpr const char* kVersionText = "版本 " TESSERA_SHORT_VERSION;
 constexpr const char* kBuildFormat = "Build %s";
-constexpr const char* kBuild = "2. 0. 0. 2";
+constexpr const char* kBuild = TESSERA_BUILD_NUMBERS;
 
 }  // namespace
 

@@ -10,6 +10,8 @@
 #include "utilities.h"
 #include "wording.h"
 
+#include <tessera_version.h>
+
 #include <iterator>
 #include <string>
 #include <utility>
@@ -66,7 +68,8 @@ void deleteSelected(CWnd& window, Interface& host) {
 }
 
 void about(CWnd& window) {
-    std::string text = "Workbench 2.0\n\n一个小型三维建模宿主，用于运行插件模块。\n\n模块：";
+    std::string text =
+        "Workbench " TESSERA_VERSION "\n\n一个小型三维建模宿主，用于运行插件模块。\n\n模块：";
     for (const kiln::ModuleInfo& module : kiln::modules())
         text += "\n    " + fileName(module.path) + ": " + module.description;
     if (kiln::modules().empty()) text += "\n    无";

@@ -6,6 +6,7 @@
 #include <framework/module.h>
 #include <framework/text.h>
 #include <kiln/language.h>
+#include <tessera_version.h>
 
 #include <shellapi.h>
 #include <cstdio>
@@ -18,17 +19,19 @@ namespace {
 
 constexpr char kUsage[] =
     "usage: workbench.exe [FILE] [--plugins DIR] [--utility NAME]\n"
-    "                     [--script FILE] [--screenshots DIR]\n"
+    "                     [--script FILE] [--screenshots DIR] [--version]\n"
     "\n"
     "  FILE               a .kiln scene, or a file that a plug-in imports\n"
     "  --plugins DIR      load the plug-ins of this folder (default: plugins, beside the program)\n"
     "  --utility NAME     open this utility\n"
     "  --script FILE      then run this script\n"
     "  --screenshots DIR  walk through the main views without a person, write PNG files, and end;\n"
-    "                     the exit code is 0 when every step worked\n";
+    "                     the exit code is 0 when every step worked\n"
+    "  --version          print the version and end\n";
 
 struct Options {
     std::string file, plugins, utility, script, screenshots;
+    bool version = false;
     std::string error;  ///< what is wrong with the command line; empty when nothing is
 };
 
@@ -54,6 +57,8 @@ Options parse(const std::vector<std::string>& words) {
             *value = words[++i];
         else if (value)
             options.error = word + " needs a value";
+        else if (word == "--version")
+            options.version = true;
         else if (word.rfind("--", 0) == 0)
             options.error = "unknown option " + word;
         else if (!options.file.empty())
@@ -64,6 +69,15 @@ Options parse(const std::vector<std::string>& words) {
     if (!options.screenshots.empty() && options.file.empty())
         options.error = "--screenshots needs a file to show";
     return options;
+}
+
+/// Lets the output of a program with windows reach the console that it was started from, where it
+/// has not been given another place.
+void useConsoleOfStarter() {
+    if (::GetStdHandle(STD_OUTPUT_HANDLE) || ::GetStdHandle(STD_ERROR_HANDLE)) return;
+    if (!::AttachConsole(ATTACH_PARENT_PROCESS)) return;
+    std::freopen("CONOUT$", "w", stdout);
+    std::freopen("CONOUT$", "w", stderr);
 }
 
 std::string programFolder() {
@@ -112,6 +126,12 @@ void WorkbenchApp::OnException(std::exception_ptr exception) {
 
 bool WorkbenchApp::InitInstance() {
     const Options options = parse(arguments());
+    if (options.version || !options.error.empty()) useConsoleOfStarter();
+    if (options.version) {
+        std::printf("workbench %s\n", TESSERA_VERSION);
+        ::PostQuitMessage(0);
+        return true;
+    }
     if (!options.error.empty()) {
         std::fprintf(stderr, "workbench: %s\n\n%s", options.error.c_str(), kUsage);
         return false;

@@ -1,6 +1,5 @@
 #include "mainwindow.h"
 
-#include "appicon.h"
 #include "windowverbs.h"
 #include "wording.h"
 
@@ -16,6 +15,14 @@ constexpr wchar_t kClassName[] = L"WorkbenchMain";
 constexpr UINT kRefreshMessage = WM_APP + 1, kRaiseMessage = WM_APP + 2;
 constexpr UINT_PTR kModifiedTimer = 1;
 constexpr UINT kModifiedMilliseconds = 500;
+
+// The program's icon in a size of the system's. Shared: it stays the program's.
+HICON programIcon(int sizeMetric) {
+    constexpr int kIconId = 1;
+    const int size = ::GetSystemMetrics(sizeMetric);
+    return static_cast<HICON>(::LoadImageW(moduleInstance(), MAKEINTRESOURCEW(kIconId), IMAGE_ICON,
+                                           size, size, LR_SHARED));
+}
 
 bool isPress(UINT message) {
     return message == WM_LBUTTONDOWN || message == WM_NCLBUTTONDOWN || message == WM_RBUTTONDOWN ||
@@ -50,7 +57,7 @@ MainWindow::MainWindow(kiln::Core& core)
 }
 
 bool MainWindow::Create() {
-    const HICON icon = makeAppIcon(::GetSystemMetrics(SM_CXICON));
+    const HICON icon = programIcon(SM_CXICON);
     RegisterWindowClass(kClassName, CS_DBLCLKS, nullptr, icon);
     const int dpi = windowDpi(nullptr);
     RECT work;
@@ -61,8 +68,7 @@ bool MainWindow::Create() {
                   {work.left, work.top, work.left + width, work.top + height}, nullptr))
         return false;
     Send(WM_SETICON, ICON_BIG, reinterpret_cast<LPARAM>(icon));
-    Send(WM_SETICON, ICON_SMALL,
-         reinterpret_cast<LPARAM>(makeAppIcon(::GetSystemMetrics(SM_CXSMICON))));
+    Send(WM_SETICON, ICON_SMALL, reinterpret_cast<LPARAM>(programIcon(SM_CXSMICON)));
     return true;
 }
 
