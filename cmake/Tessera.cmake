@@ -73,6 +73,28 @@ function(tessera_library name)
     target_compile_features(${name} PUBLIC cxx_std_20)
 endfunction()
 
+# tessera_texts(NAME FILE)
+# The texts for users of the library NAME, in the form that base/texttable.h describes. Natively the
+# library includes FILE itself. For Windows this makes string tables of it, one for each language,
+# for the program or DLL that the library ends up in, or that it is.
+function(tessera_texts name file)
+    if(NOT WIN32)
+        return()
+    endif()
+    set(TESSERA_TEXTS ${CMAKE_CURRENT_SOURCE_DIR}/${file})
+    set(_script ${CMAKE_CURRENT_BINARY_DIR}/${name}_texts.rc)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/texts.rc.in ${_script} @ONLY)
+    set_source_files_properties(${_script} PROPERTIES OBJECT_DEPENDS ${TESSERA_TEXTS})
+    get_target_property(_type ${name} TYPE)
+    if(_type STREQUAL "STATIC_LIBRARY")
+        # The linker would drop them from the library itself.
+        add_library(${name}_texts OBJECT ${_script})
+        target_link_libraries(${name} INTERFACE $<TARGET_OBJECTS:${name}_texts>)
+    else()
+        target_sources(${name} PRIVATE ${_script})
+    endif()
+endfunction()
+
 # tessera_test(NAME SOURCES file... USES target... [TIMEOUT seconds])
 # A GoogleTest program. Natively every test is its own CTest entry; under Wine, where starting a
 # process is slow, the program is one entry. Both have a time limit.

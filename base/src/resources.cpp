@@ -1,5 +1,7 @@
 #include <base/resources.h>
 
+extern "C" IMAGE_DOS_HEADER __ImageBase;
+
 namespace base {
 
 namespace {
@@ -40,6 +42,10 @@ std::wstring_view textIn(const Bytes& resource, unsigned id) noexcept {
 }
 
 }  // namespace
+
+HMODULE ownModule() noexcept {
+    return reinterpret_cast<HMODULE>(&__ImageBase);
+}
 
 const void* findResource(HMODULE module, const wchar_t* type, unsigned id,
                          Language language) noexcept {

@@ -1,4 +1,7 @@
 #include <base/texts.h>
+#include <base/texttable.h>
+
+#include <algorithm>
 
 namespace base {
 
@@ -17,6 +20,12 @@ std::string fillText(std::string_view text, std::initializer_list<std::string_vi
         }
     }
     return filled;
+}
+
+std::string compiledText(std::span<const TextRow> rows, unsigned id, Language language) {
+    const auto found = std::ranges::find(rows, id, &TextRow::id);
+    if (found == rows.end()) return {};
+    return language == Language::kEnglish ? found->english : found->chinese;
 }
 
 }  // namespace base

@@ -1,8 +1,7 @@
 #include "module_internal.h"
 
+#include <base/resources.h>
 #include <framework/module.h>
-
-extern "C" IMAGE_DOS_HEADER __ImageBase;
 
 namespace {
 
@@ -30,7 +29,7 @@ HANDLE moduleContext() noexcept {
 }  // namespace
 
 HINSTANCE moduleInstance() noexcept {
-    return reinterpret_cast<HINSTANCE>(&__ImageBase);
+    return base::ownModule();
 }
 
 HINSTANCE resourceInstance() noexcept {

@@ -9,6 +9,9 @@
 
 namespace base {
 
+/// The module file that this code is linked into.
+HMODULE ownModule() noexcept;
+
 /// The resource `id` of a type (RT_DIALOG, RT_MENU and so on) in `language` or in none, else the
 /// Chinese one, else (in a module of others) whatever the platform finds; null when there is none.
 /// It is read only, and lasts as long as `module` is loaded.
