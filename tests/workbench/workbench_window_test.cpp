@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include <fstream>
+#include <utility>
 
 using testing::HasSubstr;
 
@@ -14,7 +15,7 @@ namespace {
 
 constexpr int kOpen = 1001, kImport = 1004, kExport = 1005, kRecent = 1020;
 constexpr int kSelectAll = 1100, kViewTop = 1211, kRunScript = 1250, kRunAgain = 1251;  // commands
-constexpr int kAboutFirstUtility = 1301;
+constexpr int kSpeakEnglish = 1241, kAboutFirstUtility = 1301;
 
 TEST_F(WorkbenchTest, OpensASceneSelectsByClickAndCloses) {
     start((folder_ / "plugins").wstring());
@@ -78,6 +79,29 @@ TEST_F(WorkbenchTest, HostsTheRollupPageOfAUtility) {
     ::SendMessageW(button, BM_CLICK, 0, 0);
     ::PostMessageW(window_, WM_CLOSE, 0, 0);
     EXPECT_EQ(exitCode(), 0u) << "closes with a utility open";
+}
+
+TEST_F(WorkbenchTest, SpeaksAnotherLanguageAtOnceAndKeepsIt) {
+    const auto pageSays = [this] { return textOf(::GetWindow(page(), GW_CHILD)); };
+    const auto openUtility = [this] {
+        ::SendMessageW(::FindWindowExW(panel_, nullptr, L"Button", nullptr), BM_CLICK, 0, 0);
+    };
+    start(toWide(SAMPLE_PLUGINS));
+    openUtility();
+    ASSERT_EQ(pageSays(), "打开");
+    ::SendMessageW(window_, WM_COMMAND, kSpeakEnglish, 0);
+    EXPECT_EQ(pageSays(), "Open");
+    ::SendMessageW(::GetDlgItem(page(), IDOK), BM_CLICK, 0, 0);
+    EXPECT_TRUE(eventually([this] { return page() == nullptr; })) << "it is open once";
+
+    for (const auto& [arguments, expected] :
+         {std::pair{L"", "Open"}, {L"--language zh", "打开"}, {L"", "打开"}}) {
+        ::PostMessageW(window_, WM_CLOSE, 0, 0);
+        EXPECT_EQ(exitCode(), 0u);
+        start(toWide(SAMPLE_PLUGINS), arguments);
+        openUtility();
+        EXPECT_EQ(pageSays(), expected) << "what was chosen last is kept";
+    }
 }
 
 TEST_F(WorkbenchTest, RunsTheSampleScriptOverTheRealPlugins) {

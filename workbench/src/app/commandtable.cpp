@@ -82,6 +82,7 @@ CommandTable::CommandTable(const CommandTargets& targets) : targets_(targets) {
     addFileCommands();
     addEditCommands();
     addViewCommands();
+    addLanguageCommands();
     addScriptCommands();
     fileKeys_ = ::CreateAcceleratorTableW(kFileKeys, static_cast<int>(std::size(kFileKeys)));
     sceneKeys_ = ::CreateAcceleratorTableW(kSceneKeys, static_cast<int>(std::size(kSceneKeys)));
@@ -167,6 +168,11 @@ void CommandTable::addViewCommands() {
         viewport.options().grid = !viewport.options().grid;
         viewport.redraw();
     };
+}
+
+void CommandTable::addLanguageCommands() {
+    actions_[CMD_VIEW_CHINESE] = [this] { targets_.speak(base::Language::kChinese); };
+    actions_[CMD_VIEW_ENGLISH] = [this] { targets_.speak(base::Language::kEnglish); };
 }
 
 void CommandTable::addScriptCommands() {

@@ -1,6 +1,7 @@
 // The commands of menu and keyboard.
 #pragma once
 
+#include <base/language.h>
 #include <framework/cwnd.h>
 #include <kiln/host/core.h>
 
@@ -24,6 +25,7 @@ struct CommandTargets {
     SceneView& scene;
     Viewport& viewport;
     Utilities& utilities;
+    std::function<void(base::Language)> speak;  ///< has all windows speak that language
 };
 
 class CommandTable {
@@ -44,6 +46,7 @@ private:
     void addFileCommands();
     void addEditCommands();
     void addViewCommands();
+    void addLanguageCommands();
     void addScriptCommands();
 
     const CommandTargets targets_;

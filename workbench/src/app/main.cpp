@@ -1,5 +1,6 @@
 // workbench.exe: the stand-in 3D host.
 #include "mainwindow.h"
+#include "userfilepath.h"
 #include "walk.h"
 
 #include <framework/cwinapp.h>
@@ -7,10 +8,12 @@
 #include <framework/text.h>
 #include <kiln/language.h>
 #include <tessera_version.h>
+#include <workbench/settings.h>
 
 #include <shellapi.h>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,7 +22,7 @@ namespace {
 
 constexpr char kUsage[] =
     "usage: workbench.exe [FILE] [--plugins DIR] [--utility NAME]\n"
-    "                     [--script FILE] [--screenshots DIR] [--version]\n"
+    "                     [--script FILE] [--screenshots DIR] [--language en|zh] [--version]\n"
     "\n"
     "  FILE               a .kiln scene, or a file that a plug-in imports\n"
     "  --plugins DIR      load the plug-ins of this folder (default: plugins, beside the program)\n"
@@ -27,10 +30,15 @@ constexpr char kUsage[] =
     "  --script FILE      then run this script\n"
     "  --screenshots DIR  walk through the main views without a person, write PNG files, and end;\n"
     "                     the exit code is 0 when every step worked\n"
+    "  --language en|zh   speak English or Chinese, now and when started next (default: the "
+    "language\n"
+    "                     chosen last, Chinese at first; a walk does not look at that, and keeps\n"
+    "                     nothing)\n"
     "  --version          print the version and end\n";
 
 struct Options {
     std::string file, plugins, utility, script, screenshots;
+    std::optional<base::Language> language;
     bool version = false;
     std::string error;  ///< what is wrong with the command line; empty when nothing is
 };
@@ -46,12 +54,14 @@ std::vector<std::string> arguments() {
 
 Options parse(const std::vector<std::string>& words) {
     Options options;
+    std::string language;
     for (std::size_t i = 0; i < words.size(); ++i) {
         const std::string& word = words[i];
         std::string* value = word == "--plugins"       ? &options.plugins
                              : word == "--utility"     ? &options.utility
                              : word == "--script"      ? &options.script
                              : word == "--screenshots" ? &options.screenshots
+                             : word == "--language"    ? &language
                                                        : nullptr;
         if (value && i + 1 < words.size())
             *value = words[++i];
@@ -66,6 +76,8 @@ Options parse(const std::vector<std::string>& words) {
         else
             options.file = word;
     }
+    if (!language.empty()) options.language = base::languageOf(language);
+    if (!language.empty() && !options.language) options.error = "--language takes en or zh";
     if (!options.screenshots.empty() && options.file.empty())
         options.error = "--screenshots needs a file to show";
     return options;
@@ -107,9 +119,11 @@ public:
     void OnException(std::exception_ptr exception) override;
 
 private:
+    void setLanguage(const Options& options);
     void loadPlugins(const std::string& folder);
     void openAtStart(const Options& options);
 
+    Settings settings_{userFilePath("settings.txt")};
     std::unique_ptr<MainWindow> window_;
     std::unique_ptr<Walk> walk_;
 };
@@ -136,12 +150,12 @@ bool WorkbenchApp::InitInstance() {
         std::fprintf(stderr, "workbench: %s\n\n%s", options.error.c_str(), kUsage);
         return false;
     }
-    setLanguageSource([]() noexcept { return static_cast<base::Language>(GetLanguage()); });
+    setLanguage(options);
     kiln::Core& core = kiln::Core::create();
     const std::string plugins =
         options.plugins.empty() ? programFolder() + "\\plugins" : absolutePath(options.plugins);
     core.setDirectory(KILN_PLUGIN_DIR, plugins);
-    window_ = std::make_unique<MainWindow>(core);
+    window_ = std::make_unique<MainWindow>(core, settings_);
     if (!window_->Create()) return false;
     loadPlugins(plugins);
     window_->Show(SW_SHOW);
@@ -160,6 +174,16 @@ bool WorkbenchApp::InitInstance() {
     }
     openAtStart(options);
     return true;
+}
+
+// A walk shows the same to everybody, whatever they have set.
+void WorkbenchApp::setLanguage(const Options& options) {
+    const bool isWalk = !options.screenshots.empty();
+    std::optional<base::Language> language = options.language;
+    if (language && !isWalk) settings_.set(kLanguageSetting, base::codeOf(*language));
+    if (!language && !isWalk) language = base::languageOf(settings_.value(kLanguageSetting));
+    setLanguageSource([]() noexcept { return static_cast<base::Language>(GetLanguage()); });
+    kiln::Core::setLanguage(static_cast<WORD>(language.value_or(base::Language::kChinese)));
 }
 
 void WorkbenchApp::loadPlugins(const std::string& folder) {

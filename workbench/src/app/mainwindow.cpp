@@ -1,5 +1,6 @@
 #include "mainwindow.h"
 
+#include "userfilepath.h"
 #include "windowverbs.h"
 #include "wording.h"
 
@@ -29,25 +30,19 @@ bool isPress(UINT message) {
            message == WM_MBUTTONDOWN;
 }
 
-// Where the list of recent files is kept; empty when the user has no such place.
-std::string recentList() {
-    wchar_t folder[MAX_PATH];
-    const DWORD length = ::GetEnvironmentVariableW(L"APPDATA", folder, MAX_PATH);
-    if (length == 0 || length >= MAX_PATH) return {};
-    return toUtf8(folder) + "\\Workbench\\recent.txt";
-}
-
 }  // namespace
 
-MainWindow::MainWindow(kiln::Core& core)
+MainWindow::MainWindow(kiln::Core& core, Settings& settings)
     : core_(core),
+      settings_(settings),
       view_(core.hostInterface(), *this),
       panes_(*this, view_),
       status_(core.hostInterface(), panes_.status()),
       utilities_(core, panes_.panel(), *this),
-      files_(*this, core, *this, recentList()),
+      files_(*this, core, *this, userFilePath("recent.txt")),
       scripts_(*this, core.hostInterface(), [this](const std::string& line) { print(line); }),
-      commands_({*this, core, files_, scripts_, view_, panes_.viewport(), utilities_}),
+      commands_({*this, core, files_, scripts_, view_, panes_.viewport(), utilities_,
+                 [this](base::Language language) { speak(language); }}),
       menu_(*this, core, panes_.viewport(), scripts_),
       hostSide_(core, *this, panes_.panel(), status_, utilities_),
       notifications_({NOTIFY_SCENE_PRE_CLEAR, NOTIFY_SCENE_NEW, NOTIFY_SCENE_RESET,
@@ -96,6 +91,25 @@ void MainWindow::OnClose() {
 void MainWindow::listUtilities() {
     utilities_.list();
     menu_.listAboutBoxes(utilities_.withAbout());
+}
+
+// ---------------------------------------------------------------- language
+
+// Windows of plug-ins are theirs to renew, but for the pages of the utility: it is opened anew.
+void MainWindow::speak(base::Language language) {
+    settings_.set(kLanguageSetting, base::codeOf(language));
+    if (language == resourceLanguage()) return;
+    ClassDesc* const open = core_.openedUtility();
+    core_.closeUtility();
+    kiln::Core::setLanguage(static_cast<WORD>(language));
+    menu_.attach();
+    listUtilities();
+    if (open) utilities_.open(open);
+    refreshTitle();
+    status_.refresh(view_.scene().counts());
+    viewport().redraw();
+    ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
+    if (!::GetFocus()) viewport().SetFocus();
 }
 
 // ---------------------------------------------------------------- layout

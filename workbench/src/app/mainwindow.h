@@ -13,6 +13,7 @@
 #include "utilities.h"
 
 #include <kiln/host/host.h>
+#include <workbench/settings.h>
 
 #include <string>
 #include <vector>
@@ -22,7 +23,8 @@ namespace workbench {
 /// Owns what the program consists of, takes the platform's messages and hands them on.
 class MainWindow : public CWnd, public SceneViewClient, public SceneFilesClient {
 public:
-    explicit MainWindow(kiln::Core& core);
+    /// Keeps the language in `settings`, which outlive this.
+    MainWindow(kiln::Core& core, Settings& settings);
 
     /// Creates the window, hidden, about 1280 by 900 pixels at 100 %.
     bool Create();
@@ -75,6 +77,8 @@ private:
     void fileChanged() override { refreshFrame(); }
     void setBusy(bool busy) override { view_.scene().hold(busy); }
 
+    /// Keeps the language, and shows everything that is open in it.
+    void speak(base::Language language);
     void noteChange(const NotifyInfo& change);
     /// Has title and status bar brought up to date once the present message is done.
     void refreshFrame();
@@ -82,6 +86,7 @@ private:
     void raiseOwned();
 
     kiln::Core& core_;
+    Settings& settings_;
     SceneView view_;
     Panes panes_;
     StatusTexts status_;

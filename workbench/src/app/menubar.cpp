@@ -54,6 +54,10 @@ void MenuBar::checkEntries() {
     ::CheckMenuRadioItem(menu_, CMD_VIEW_SHADED, CMD_VIEW_WIREFRAME,
                          CMD_VIEW_SHADED + static_cast<UINT>(viewport_.options().mode),
                          MF_BYCOMMAND);
+    ::CheckMenuRadioItem(
+        menu_, CMD_VIEW_CHINESE, CMD_VIEW_ENGLISH,
+        resourceLanguage() == base::Language::kEnglish ? CMD_VIEW_ENGLISH : CMD_VIEW_CHINESE,
+        MF_BYCOMMAND);
     check(CMD_VIEW_GRID, viewport_.options().grid);
     check(CMD_VIEW_FRAME_RATE, viewport_.showsFrameRate());
 }

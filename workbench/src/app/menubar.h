@@ -19,7 +19,8 @@ public:
     MenuBar(CWnd& window, kiln::Core& core, Viewport& viewport, ScriptFiles& scripts)
         : window_(window), core_(core), viewport_(viewport), scripts_(scripts) {}
 
-    /// Loads the menu and sets it as the window's.
+    /// Loads the menu in the present language and sets it as the window's. The about boxes of
+    /// utilities have to be listed anew.
     void attach();
     /// To be called before the menu is shown. `recent`: the files opened last.
     void refresh(std::span<const std::string> recent);

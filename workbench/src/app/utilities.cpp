@@ -35,7 +35,11 @@ void Utilities::showOpen(ClassDesc* utility) {
 void Utilities::toggle(std::size_t position) {
     ClassDesc* const wanted = all_[position];
     if (core_.openedUtility() == wanted) return core_.closeUtility();
-    const kiln::Status status = core_.openUtility(wanted);
+    open(wanted);
+}
+
+void Utilities::open(ClassDesc* utility) {
+    const kiln::Status status = core_.openUtility(utility);
     if (!status.ok()) owner_.ShowMessage(status.message(), MB_OK | MB_ICONERROR, kProgramName);
 }
 

@@ -20,6 +20,8 @@ public:
     void list();
     /// The one with this class name, or null.
     ClassDesc* named(const std::string& name) const;
+    /// Opens the utility, or tells the user why it does not open.
+    void open(ClassDesc* utility);
     /// The host has opened a utility, or closed it (null).
     void showOpen(ClassDesc* utility);
 

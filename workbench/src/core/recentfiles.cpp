@@ -1,21 +1,15 @@
-#include <base/paths.h>
-#include <base/replacefile.h>
 #include <base/text.h>
 #include <workbench/recentfiles.h>
+#include <workbench/userfile.h>
 
-#include <filesystem>
-#include <fstream>
-#include <system_error>
+#include <utility>
 
 namespace workbench {
 
 RecentFiles::RecentFiles(std::string path) : path_(std::move(path)) {
     if (path_.empty()) return;
-    std::ifstream file(base::pathFrom(path_), std::ios::binary);
-    for (std::string line; paths_.size() < kMost && std::getline(file, line);) {
-        if (!line.empty() && line.back() == '\r') line.pop_back();
-        if (!line.empty()) paths_.push_back(line);
-    }
+    paths_ = readUserFile(path_);
+    if (paths_.size() > kMost) paths_.resize(kMost);
 }
 
 void RecentFiles::add(std::string_view file) {
@@ -37,16 +31,7 @@ void RecentFiles::erase(std::string_view file) {
 }
 
 void RecentFiles::save() const {
-    if (path_.empty()) return;
-    std::error_code ignored;
-    std::filesystem::create_directories(base::pathFrom(path_).parent_path(), ignored);
-    std::string lines;
-    for (const std::string& one : paths_) lines += one + "\r\n";
-    try {
-        base::replaceFile(path_, lines);
-    } catch (const std::system_error&) {
-        // The list lasts until the program ends.
-    }
+    if (!path_.empty()) writeUserFile(path_, paths_);
 }
 
 }  // namespace workbench

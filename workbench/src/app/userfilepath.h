@@ -1,0 +1,22 @@
+// Where the program keeps what it remembers of its user.
+#pragma once
+
+#include <framework/text.h>
+#include <framework/win32.h>
+
+#include <string>
+
+namespace workbench {
+
+/// The name under which the settings have the language, as `base::codeOf` gives it.
+inline constexpr char kLanguageSetting[] = "language";
+
+/// The path of one of the user's files of this program; empty when the user has no place for them.
+inline std::string userFilePath(const std::string& name) {
+    wchar_t folder[MAX_PATH];
+    const DWORD length = ::GetEnvironmentVariableW(L"APPDATA", folder, MAX_PATH);
+    if (length == 0 || length >= MAX_PATH) return {};
+    return toUtf8(folder) + "\\Workbench\\" + name;
+}
+
+}  // namespace workbench
