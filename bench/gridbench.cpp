@@ -2,7 +2,6 @@
 // costs what is in view.
 #include "windowbench.h"
 
-#include <framework/text.h>
 #include <grid/cgridctrl.h>
 #include <input.h>
 
@@ -11,6 +10,8 @@
 #include <cstdlib>
 #include <new>
 #include <stdexcept>
+
+using grid::CGridCtrl;
 
 namespace {
 

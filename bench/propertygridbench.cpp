@@ -14,6 +14,8 @@
 #include <string>
 #include <utility>
 
+using framework::heightOf, framework::widthOf;
+
 namespace bench {
 namespace {
 

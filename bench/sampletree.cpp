@@ -1,7 +1,7 @@
 #include "sampletree.h"
 
+#include <base/utf16.h>
 #include <fltkilnutil/kilnflt.h>
-#include <framework/text.h>
 #include <kiln/kiln.h>
 
 #include <array>
@@ -27,7 +27,7 @@ SampleNode makeNode(int number, int parent, bool hasChildren) {
     std::string name = kind.name + std::to_string(number);
     INode* const node = GetCOREInterface()->CreateObjectNode(new DummyObject, name.c_str());
     fltEnsureKind(node, kind.kind, kFltRevision);
-    std::wstring wideName = toWide(name);
+    std::wstring wideName = base::toWide(name);
     return {node, parent, std::move(name), std::move(wideName), kind.image, hasChildren};
 }
 

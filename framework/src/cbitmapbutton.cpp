@@ -1,6 +1,6 @@
+#include <base/utf16.h>
 #include <framework/cbitmapbutton.h>
 #include <framework/module.h>
-#include <framework/text.h>
 
 // After win32.h: these do not stand alone.
 #include <uxtheme.h>
@@ -8,6 +8,8 @@
 
 #include <cstdint>
 #include <memory>
+
+namespace framework {
 
 namespace {
 
@@ -60,7 +62,7 @@ SIZE sizeOf(HBITMAP bitmap) noexcept {
 GdiBitmap loadPicture(const std::string& name) {
     if (name.empty()) return {};
     const GdiBitmap source(static_cast<HBITMAP>(::LoadImageW(
-        resourceInstance(), toWide(name).c_str(), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION)));
+        resourceInstance(), base::toWide(name).c_str(), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION)));
     if (!source) return {};
     const SIZE size = sizeOf(source.get());
     Picture picture(size.cx, size.cy);
@@ -214,3 +216,5 @@ LRESULT CBitmapButton::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     }
     return CButton::WindowProc(message, wParam, lParam);
 }
+
+}  // namespace framework

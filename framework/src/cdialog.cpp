@@ -10,6 +10,8 @@
 #include <charconv>
 #include <utility>
 
+namespace framework {
+
 namespace {
 
 /// The template `id` in the language of now, or null.
@@ -211,3 +213,5 @@ void DataExchange::Check(int id, bool& value) {
 void DataExchange::Control(int id, CWnd& control) {
     if (!save_ && !control.HasWindow()) control.SubclassDlgItem(id, dialog_.Handle());
 }
+
+}  // namespace framework

@@ -4,6 +4,8 @@
 #include <framework/gdi.h>
 #include <framework/module.h>
 
+namespace framework {
+
 CImageList::CImageList(CImageList&& other) noexcept : list_(std::exchange(other.list_, nullptr)) {}
 
 CImageList& CImageList::operator=(CImageList&& other) noexcept {
@@ -85,3 +87,5 @@ bool CImageList::DragShow(bool shown) {
 void CImageList::EndDrag() {
     ::ImageList_EndDrag();
 }
+
+}  // namespace framework

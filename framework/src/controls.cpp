@@ -1,8 +1,10 @@
+#include <base/utf16.h>
 #include <framework/controls.h>
-#include <framework/text.h>
 
 #include <algorithm>
 #include <utility>
+
+namespace framework {
 
 namespace {
 
@@ -49,7 +51,7 @@ void CEdit::Select(int from, int to) const {
 }
 
 void CEdit::ReplaceSelection(std::string_view text, bool canUndo) const {
-    Send(EM_REPLACESEL, canUndo, pointerTo(toWide(text)));
+    Send(EM_REPLACESEL, canUndo, pointerTo(base::toWide(text)));
 }
 
 void CEdit::Append(std::string_view text) const {
@@ -106,7 +108,7 @@ bool CComboBox::Create(DWORD style, const RECT& area, HWND parent, UINT id) {
 }
 
 int CComboBox::Add(std::string_view text) const {
-    return static_cast<int>(Send(CB_ADDSTRING, 0, pointerTo(toWide(text))));
+    return static_cast<int>(Send(CB_ADDSTRING, 0, pointerTo(base::toWide(text))));
 }
 
 void CComboBox::Clear() const {
@@ -128,9 +130,11 @@ void CComboBox::Select(int position) const {
 int CComboBox::Find(std::string_view text) const {
     if (!HasWindow()) return -1;
     return static_cast<int>(
-        Send(CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), pointerTo(toWide(text))));
+        Send(CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), pointerTo(base::toWide(text))));
 }
 
 void CComboBox::ShowDropDown(bool shown) const {
     Send(CB_SHOWDROPDOWN, shown);
 }
+
+}  // namespace framework

@@ -1,5 +1,7 @@
+#include <base/utf16.h>
 #include <framework/ctreectrl.h>
-#include <framework/text.h>
+
+namespace framework {
 
 namespace {
 
@@ -26,7 +28,7 @@ bool CTreeCtrl::Create(DWORD style, const RECT& area, HWND parent, UINT id) {
 
 HTREEITEM CTreeCtrl::Insert(std::string_view text, HTREEITEM parent, HTREEITEM after, LPARAM data,
                             int image, int selectedImage) {
-    std::wstring wideText = toWide(text);
+    std::wstring wideText = base::toWide(text);
     TVINSERTSTRUCTW insertion{};
     insertion.hParent = parent ? parent : TVI_ROOT;
     insertion.hInsertAfter = after;
@@ -65,14 +67,15 @@ std::string CTreeCtrl::ItemText(HTREEITEM item) const {
         if (!Send(TVM_GETITEMW, 0, pointerTo(&description))) return {};
         // The control may return a buffer of its own instead of filling this one.
         const std::wstring_view given = description.pszText;
-        if (given.size() + 1 < size || description.pszText != text.data()) return toUtf8(given);
+        if (given.size() + 1 < size || description.pszText != text.data())
+            return base::toUtf8(given);
     }
-    return toUtf8(text.c_str());
+    return base::toUtf8(text.c_str());
 }
 
 void CTreeCtrl::SetItemText(HTREEITEM item, std::string_view text) const {
     if (!item) return;
-    std::wstring wideText = toWide(text);
+    std::wstring wideText = base::toWide(text);
     TVITEMW description = itemFor(item, TVIF_TEXT);
     description.pszText = wideText.data();
     Send(TVM_SETITEMW, 0, pointerTo(&description));
@@ -186,3 +189,5 @@ void CTreeCtrl::SetBackground(COLORREF colour) const {
 COLORREF CTreeCtrl::Background() const {
     return static_cast<COLORREF>(Send(TVM_GETBKCOLOR));
 }
+
+}  // namespace framework

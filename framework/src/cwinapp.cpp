@@ -1,11 +1,13 @@
 #include "module_internal.h"
 
+#include <base/utf16.h>
 #include <framework/cwinapp.h>
 #include <framework/module.h>
-#include <framework/text.h>
 
 #include <string>
 #include <utility>
+
+namespace framework {
 
 namespace {
 
@@ -50,7 +52,7 @@ HINSTANCE CWinApp::Instance() const noexcept {
 
 void CWinApp::OnException(std::exception_ptr exception) {
     ::OutputDebugStringW(
-        toWide("Exception in a window procedure: " + describe(exception) + "\n").c_str());
+        base::toWide("Exception in a window procedure: " + describe(exception) + "\n").c_str());
 }
 
 BOOL CWinApp::DllMain(DWORD reason) noexcept {
@@ -96,3 +98,5 @@ int CWinApp::Run() {
     }
     return static_cast<int>(message.wParam);
 }
+
+}  // namespace framework

@@ -1,11 +1,13 @@
 #include "module_internal.h"
 #include "windowrouter.h"
 
+#include <base/utf16.h>
 #include <framework/cwnd.h>
 #include <framework/module.h>
-#include <framework/text.h>
 
 #include <algorithm>
+
+namespace framework {
 
 CWnd::~CWnd() {
     if (!window_) return;
@@ -25,7 +27,7 @@ bool CWnd::CreateEx(DWORD exStyle, const wchar_t* className, std::string_view te
     if (window_) return false;
     const ModuleScope scope;
     ensureCommonControls();
-    const std::wstring wideText = toWide(text);
+    const std::wstring wideText = base::toWide(text);
     const bool child = (style & WS_CHILD) != 0;
     const HWND window = WindowRouter::create(*this, [&] {
         return ::CreateWindowExW(exStyle, className, wideText.c_str(), style, area.left, area.top,
@@ -94,11 +96,11 @@ std::string CWnd::Text(int maxLength) const {
     const int length = ::GetWindowTextW(window_, text.data(), maxLength + 1);
     text.resize(static_cast<size_t>(std::max(length, 0)));
     if (!text.empty() && IS_HIGH_SURROGATE(text.back())) text.pop_back();
-    return toUtf8(text);
+    return base::toUtf8(text);
 }
 
 void CWnd::SetText(std::string_view text) const {
-    if (window_) ::SetWindowTextW(window_, toWide(text).c_str());
+    if (window_) ::SetWindowTextW(window_, base::toWide(text).c_str());
 }
 
 HFONT CWnd::Font() const {
@@ -211,7 +213,7 @@ std::string CWnd::ItemText(int id) const {
 }
 
 void CWnd::SetItemText(int id, std::string_view text) const {
-    if (const HWND item = Item(id)) ::SetWindowTextW(item, toWide(text).c_str());
+    if (const HWND item = Item(id)) ::SetWindowTextW(item, base::toWide(text).c_str());
 }
 
 bool CWnd::EnableItem(int id, bool enabled) const {
@@ -233,10 +235,13 @@ void CWnd::CheckItem(int id, bool checked) const {
 int CWnd::ShowMessage(std::string_view text, UINT style, std::string_view caption) const {
     CWnd owner;
     owner.Attach(window_ ? ::GetAncestor(window_, GA_ROOT) : nullptr);
-    const std::wstring shownCaption = toWide(caption.empty() ? owner.Text() : std::string(caption));
-    return ::MessageBoxW(owner.Detach(), toWide(text).c_str(), shownCaption.c_str(), style);
+    const std::wstring shownCaption =
+        base::toWide(caption.empty() ? owner.Text() : std::string(caption));
+    return ::MessageBoxW(owner.Detach(), base::toWide(text).c_str(), shownCaption.c_str(), style);
 }
 
 int CWnd::Scaled(int pixels) const noexcept {
     return ::MulDiv(pixels, windowDpi(window_), USER_DEFAULT_SCREEN_DPI);
 }
+
+}  // namespace framework

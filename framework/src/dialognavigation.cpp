@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <vector>
 
+namespace framework {
+
 namespace {
 
 HHOOK g_hook = nullptr;
@@ -77,3 +79,5 @@ CDialog* DialogNavigation::dialogOf(HWND window) noexcept {
     }
     return nullptr;
 }
+
+}  // namespace framework

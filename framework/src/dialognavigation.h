@@ -3,6 +3,8 @@
 
 #include <framework/cdialog.h>
 
+namespace framework {
+
 /// The list of modeless dialogs. While there is one, a hook on the thread's message retrieval
 /// passes the keys for it and its controls to the platform's dialog navigation, and a message that
 /// was used becomes WM_NULL before the loop gets it. Mouse messages are passed to the tool tips.
@@ -17,3 +19,5 @@ private:
     static bool translate(MSG& message) noexcept;
     static CDialog* dialogOf(HWND window) noexcept;
 };
+
+}  // namespace framework

@@ -1,8 +1,10 @@
+#include <base/utf16.h>
 #include <framework/filedialog.h>
-#include <framework/text.h>
 
 // Not among the headers of WIN32_LEAN_AND_MEAN.
 #include <commdlg.h>
+
+namespace framework {
 
 namespace {
 
@@ -12,9 +14,9 @@ constexpr size_t kPathBuffer = 32768;
 std::wstring filterList(const std::vector<FileFilter>& filters) {
     std::wstring list;
     for (const FileFilter& filter : filters) {
-        list += toWide(filter.name);
+        list += base::toWide(filter.name);
         list += L'\0';
-        list += toWide(filter.pattern);
+        list += base::toWide(filter.pattern);
         list += L'\0';
     }
     list += L'\0';
@@ -34,14 +36,14 @@ struct Question {
 };
 
 std::optional<std::string> askFile(const Question& question) {
-    const std::wstring title = toWide(question.title);
+    const std::wstring title = base::toWide(question.title);
     const std::wstring filters = filterList(question.filters);
-    const std::wstring extension = toWide(question.extension);
-    std::wstring path = toWide(question.suggestion);
+    const std::wstring extension = base::toWide(question.extension);
+    std::wstring path = base::toWide(question.suggestion);
     path.resize(kPathBuffer, L'\0');
     path.back() = L'\0';
 
-    const std::wstring folder = toWide(question.folder);
+    const std::wstring folder = base::toWide(question.folder);
 
     OPENFILENAMEW dialog{};
     dialog.lStructSize = sizeof dialog;
@@ -56,7 +58,7 @@ std::optional<std::string> askFile(const Question& question) {
     dialog.Flags = question.flags | OFN_EXPLORER | OFN_NOCHANGEDIR | OFN_HIDEREADONLY;
     if (!question.ask(&dialog)) return std::nullopt;
     if (question.filter && dialog.nFilterIndex > 0) *question.filter = dialog.nFilterIndex - 1;
-    return toUtf8(path.c_str());
+    return base::toUtf8(path.c_str());
 }
 
 }  // namespace
@@ -82,3 +84,5 @@ std::optional<std::string> askSaveFile(HWND owner, std::string_view title,
                     ::GetSaveFileNameW,
                     filter});
 }
+
+}  // namespace framework

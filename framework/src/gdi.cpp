@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace framework {
+
 MemoryDc::MemoryDc(HDC like, int width, int height) noexcept
     : bitmap_(::CreateCompatibleBitmap(like, width, height)),
       dc_(bitmap_ ? ::CreateCompatibleDC(like) : nullptr) {
@@ -109,3 +111,5 @@ int windowDpi(HWND window) noexcept {
     const int dpi = screen.get() ? ::GetDeviceCaps(screen.get(), LOGPIXELSX) : 0;
     return dpi > 0 ? dpi : USER_DEFAULT_SCREEN_DPI;
 }
+
+}  // namespace framework

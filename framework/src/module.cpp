@@ -3,6 +3,8 @@
 #include <base/resources.h>
 #include <framework/module.h>
 
+namespace framework {
+
 namespace {
 
 HINSTANCE g_resources = nullptr;
@@ -65,3 +67,5 @@ void ensureCommonControls() noexcept {
     }();
     static_cast<void>(ready);
 }
+
+}  // namespace framework

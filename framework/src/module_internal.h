@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+namespace framework {
+
 /// Registers the platform's common controls, once.
 void ensureCommonControls() noexcept;
 
@@ -23,3 +25,5 @@ template <typename Function>
 Function* platformFunction(const wchar_t* library, const char* name) noexcept {
     return platformFunction<Function>(::GetModuleHandleW(library), name);
 }
+
+}  // namespace framework

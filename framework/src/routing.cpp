@@ -1,6 +1,8 @@
 // How a window's messages become calls of the handlers.
 #include "windowrouter.h"
 
+namespace framework {
+
 namespace {
 
 POINT pointOf(LPARAM lParam) noexcept {
@@ -204,3 +206,5 @@ bool CWnd::OnDrawItem(int /*id*/, const DRAWITEMSTRUCT& item) {
     if (control) control->DrawItem(item);
     return control != nullptr;
 }
+
+}  // namespace framework

@@ -9,6 +9,8 @@
 #include <unordered_map>
 #include <vector>
 
+namespace framework {
+
 namespace {
 
 struct Connection {
@@ -167,3 +169,5 @@ void WindowRouter::windowGone(HWND window) noexcept {
         reportCurrentException();
     }
 }
+
+}  // namespace framework

@@ -5,6 +5,8 @@
 
 #include <utility>
 
+namespace framework {
+
 /// Between the platform's messages and the objects: every message of a connected window arrives in
 /// `procedure`, which lets no exception out.
 class WindowRouter {
@@ -57,3 +59,5 @@ private:
     static CWnd* pending_;
     static Message* current_;
 };
+
+}  // namespace framework

@@ -1,13 +1,9 @@
 // The contents of the grid: extent, cells, focus and selection.
-#include <framework/text.h>
 #include <grid/cgridctrl.h>
 
 #include <utility>
 
-using grid::Cell;
-using grid::CellId;
-using grid::CellRange;
-using grid::EditorKind;
+namespace grid {
 
 namespace {
 
@@ -216,3 +212,5 @@ void CGridCtrl::SetEditable(bool on) {
     editable_ = on;
     InvalidateAll();
 }
+
+}  // namespace grid

@@ -1,10 +1,15 @@
 #include "keys.h"
 
-#include <framework/text.h>
+#include <base/utf16.h>
 #include <grid/cgridctrl.h>
 #include <grid/cinplaceeditor.h>
 
 #include <algorithm>
+
+using framework::CComboBox, framework::CEdit, framework::CWnd, framework::SelectScope,
+    framework::WindowDc, framework::heightOf, framework::widthOf;
+
+namespace grid {
 
 namespace {
 
@@ -121,7 +126,7 @@ void CInPlaceEdit::GrowWithLines() {
 }
 
 void CInPlaceEdit::OnKeyDown(UINT key, UINT, UINT) {
-    const bool control = grid::isControlDown();
+    const bool control = isControlDown();
     const bool ends = key == VK_TAB || key == VK_ESCAPE ||
                       (key == VK_RETURN && (!multiLine_ || control)) ||
                       (isMove(key) && (control || arrowsEnd_));
@@ -187,7 +192,7 @@ void CInPlaceList::Start(const std::string& text, wchar_t firstKey) {
 
 void CInPlaceList::OnKeyDown(UINT key, UINT, UINT) {
     const bool ends = key == VK_TAB || key == VK_ESCAPE || key == VK_RETURN ||
-                      (isMove(key) && (grid::isControlDown() || arrowsEnd_));
+                      (isMove(key) && (isControlDown() || arrowsEnd_));
     if (!ends) {
         Default();
         return;
@@ -218,8 +223,8 @@ void CInPlaceList::SearchFor(wchar_t typed) {
     auto found = static_cast<int>(
         Send(CB_FINDSTRING, static_cast<WPARAM>(after), reinterpret_cast<LPARAM>(sought.c_str())));
     if (found < 0) {
-        const grid::CellId cell = owner_.editedCell_;
-        found = owner_.FindChoice(cell.row, cell.column, toUtf8(typed_));
+        const CellId cell = owner_.editedCell_;
+        found = owner_.FindChoice(cell.row, cell.column, base::toUtf8(typed_));
     }
     if (found >= 0) Select(found);
 }
@@ -239,3 +244,5 @@ void CInPlaceList::OnKillFocus(HWND) {
     Default();
     owner_.EditorDone(*this, true, 0);
 }
+
+}  // namespace grid

@@ -2,13 +2,12 @@
 // holds either, or a quote, stands in double quotes with its own quotes doubled.
 #include "tabbedtext.h"
 
-#include <framework/text.h>
+#include <base/utf16.h>
 #include <grid/cgridctrl.h>
 
 #include <cstring>
 
-using grid::CellId;
-using grid::CellRange;
+namespace grid {
 
 namespace {
 
@@ -27,7 +26,7 @@ private:
 };
 
 bool putOnClipboard(HWND owner, const std::string& text) {
-    const std::wstring wide = toWide(text);
+    const std::wstring wide = base::toWide(text);
     const size_t bytes = (wide.size() + 1) * sizeof(wchar_t);
     const OpenClipboardScope clipboard(owner);
     if (!clipboard) return false;
@@ -50,7 +49,7 @@ std::string textFromClipboard(HWND owner) {
     if (!place) return {};
     const std::wstring_view whole(static_cast<const wchar_t*>(place),
                                   ::GlobalSize(memory) / sizeof(wchar_t));
-    std::string text = toUtf8(whole.substr(0, whole.find(L'\0')));
+    std::string text = base::toUtf8(whole.substr(0, whole.find(L'\0')));
     ::GlobalUnlock(memory);
     return text;
 }
@@ -63,7 +62,7 @@ std::string CGridCtrl::RangeText(const CellRange& range) const {
     for (int row = range.first.row; row <= range.last.row; ++row) {
         for (int column = range.first.column; column <= range.last.column; ++column) {
             if (column > range.first.column) text += '\t';
-            text += grid::quotedForTabs(Find({row, column})->Text());
+            text += quotedForTabs(Find({row, column})->Text());
         }
         if (row < range.last.row) text += "\r\n";
     }
@@ -74,7 +73,7 @@ bool CGridCtrl::SetRangeText(CellId at, std::string_view text) {
     const HWND self = Handle();
     bool changed = false;
     CellId cell = at;
-    for (const std::vector<std::string>& row : grid::splitTabs(text)) {
+    for (const std::vector<std::string>& row : splitTabs(text)) {
         cell.column = at.column;
         for (const std::string& value : row) {
             if (IsValid(cell) && CanEdit(cell) && CellText(cell.row, cell.column) != value) {
@@ -99,7 +98,7 @@ bool CGridCtrl::Cut() {
 bool CGridCtrl::Paste() {
     if (selection_.IsEmpty() || !editable_) return false;
     const std::string text = textFromClipboard(Handle());
-    const auto rows = grid::splitTabs(text);
+    const auto rows = splitTabs(text);
     if (rows.empty()) return false;
     if (rows.size() == 1 && rows.front().size() == 1)
         return FillRange(selection_, rows.front().front());
@@ -125,3 +124,5 @@ bool CGridCtrl::FillRange(const CellRange& range, const std::string& text) {
     }
     return changed;
 }
+
+}  // namespace grid

@@ -1,20 +1,21 @@
 // Editing in place.
 #include "keys.h"
 
-#include <framework/text.h>
+#include <base/utf16.h>
 #include <grid/cgridctrl.h>
 
 #include <utility>
 
-using grid::CellId;
-using grid::EditorKind;
+using framework::CWnd;
+
+namespace grid {
 
 // Notifications to the parent
 
 LRESULT CGridCtrl::NotifyParent(UINT code, CellId cell, const std::string& text) const {
     const HWND parent = Parent();
     if (!parent) return 0;
-    std::wstring wide = toWide(text);
+    std::wstring wide = base::toWide(text);
     NMLVDISPINFOW notification{};
     notification.hdr.hwndFrom = Handle();
     notification.hdr.idFrom = static_cast<UINT_PTR>(Id());
@@ -36,7 +37,7 @@ CellId CGridCtrl::EditedCell(const NMHDR& notification) noexcept {
 
 std::string CGridCtrl::EditedText(const NMHDR& notification) {
     const auto& item = reinterpret_cast<const NMLVDISPINFOW&>(notification).item;
-    return item.pszText ? toUtf8(item.pszText) : std::string();
+    return item.pszText ? base::toUtf8(item.pszText) : std::string();
 }
 
 bool CGridCtrl::ChangeText(CellId cell, const std::string& text) {
@@ -153,7 +154,7 @@ void CGridCtrl::FinishEdit(bool keep, UINT key) {
         if (FromHandle(self) != this) return;
     }
     if (!key) return;
-    const bool shift = grid::isDown(VK_SHIFT);
+    const bool shift = isDown(VK_SHIFT);
     if (key == VK_TAB) {
         const CellId next = TabTarget(shift);
         if (next.IsValid()) {
@@ -183,3 +184,5 @@ bool CGridCtrl::OnCommand(int, UINT code, HWND control) {
         edit->HandleNotification(code);
     return true;
 }
+
+}  // namespace grid

@@ -1,5 +1,5 @@
+#include <base/utf16.h>
 #include <framework/cwaitcursor.h>
-#include <framework/text.h>
 #include <grid/gridprinter.h>
 
 // Not among the headers of WIN32_LEAN_AND_MEAN.
@@ -7,6 +7,11 @@
 
 #include <algorithm>
 #include <numeric>
+
+using framework::CWaitCursor, framework::CWnd, framework::GdiBrush, framework::GdiFont,
+    framework::SelectScope, framework::heightOf, framework::widthOf, framework::windowDpi;
+
+namespace grid {
 
 namespace {
 
@@ -120,7 +125,7 @@ void GridPrinter::DrawPage(int page) const {
 
 void GridPrinter::DrawLine(const std::string& text, int top, UINT format) const {
     RECT line{setup_.area.left, top, setup_.area.right, top + rowHeight_};
-    ::DrawTextW(dc_, toWide(text).c_str(), -1, &line,
+    ::DrawTextW(dc_, base::toWide(text).c_str(), -1, &line,
                 format | DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
 }
 
@@ -134,13 +139,13 @@ int GridPrinter::DrawRow(int row, int top) const {
     return top + rowHeight_;
 }
 
-void GridPrinter::DrawCell(grid::CellId cell, const RECT& area) const {
+void GridPrinter::DrawCell(CellId cell, const RECT& area) const {
     if (grid_.IsFixed(cell)) {
         const GdiBrush heading(::CreateSolidBrush(kHeading));
         ::FillRect(dc_, &area, heading.get());
     }
     ::FrameRect(dc_, &area, static_cast<HBRUSH>(::GetStockObject(GRAY_BRUSH)));
-    std::wstring text = toWide(grid_.CellText(cell.row, cell.column));
+    std::wstring text = base::toWide(grid_.CellText(cell.row, cell.column));
     std::ranges::replace(text, L'\r', L' ');
     std::ranges::replace(text, L'\n', L' ');
     RECT place = area;
@@ -168,7 +173,7 @@ bool GridPrinter::Print(const CGridCtrl& grid, const std::string& title) {
     if (!chosen || !printer.get()) return false;
 
     const CWaitCursor wait;
-    const std::wstring name = toWide(title);
+    const std::wstring name = base::toWide(title);
     DOCINFOW document{};
     document.cbSize = sizeof document;
     document.lpszDocName = name.c_str();
@@ -178,3 +183,5 @@ bool GridPrinter::Print(const CGridCtrl& grid, const std::string& title) {
     ::AbortDoc(printer.get());
     return false;
 }
+
+}  // namespace grid

@@ -3,9 +3,7 @@
 
 #include <grid/cgridctrl.h>
 
-using grid::CellId;
-using grid::isControlDown;
-using grid::isDown;
+namespace grid {
 
 namespace {
 
@@ -199,3 +197,5 @@ void CGridCtrl::OnKillFocus(HWND) {
     focused_ = false;
     InvalidateAll();
 }
+
+}  // namespace grid

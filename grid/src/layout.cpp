@@ -1,12 +1,14 @@
 // Where the cells are: column widths, row height, scrolling.
 #include <base/scopedvalue.h>
-#include <framework/text.h>
+#include <base/utf16.h>
 #include <grid/cgridctrl.h>
 
 #include <cmath>
 #include <numeric>
 
-using grid::CellId;
+using framework::SelectScope, framework::WindowDc;
+
+namespace grid {
 
 namespace {
 
@@ -39,7 +41,7 @@ int CGridCtrl::ContentWidth(int column) const {
     const SelectScope font(dc.get(), GridFont());
     int widest = 0;
     for (int row = 0; row < rowCount_; ++row) {
-        const std::wstring text = toWide(Find({row, column})->Text());
+        const std::wstring text = base::toWide(Find({row, column})->Text());
         SIZE size{};
         ::GetTextExtentPoint32W(dc.get(), text.c_str(), static_cast<int>(text.size()), &size);
         widest = std::max(widest, static_cast<int>(size.cx));
@@ -381,3 +383,5 @@ void CGridCtrl::OnSize(UINT, int, int) {
     UpdateScrollBars();
     InvalidateAll();
 }
+
+}  // namespace grid

@@ -5,8 +5,7 @@
 
 #include <cstdlib>
 
-using grid::CellId;
-using grid::CellRange;
+namespace grid {
 
 namespace {
 
@@ -39,9 +38,8 @@ void CGridCtrl::OnLButtonDown(UINT keys, POINT at) {
         PressHeading(cell);
         return;
     }
-    editOnRelease_ =
-        !(keys & (MK_SHIFT | MK_CONTROL)) &&
-        (cell == before || CellEditor(cell.row, cell.column) == grid::EditorKind::kList);
+    editOnRelease_ = !(keys & (MK_SHIFT | MK_CONTROL)) &&
+                     (cell == before || CellEditor(cell.row, cell.column) == EditorKind::kList);
     PressCell(cell, keys);
 }
 
@@ -192,9 +190,11 @@ void CGridCtrl::DropAt(CellId cell) {
     const HWND self = Handle();
     const CellRange source = selection_;
     const std::string text = RangeText(source);
-    const bool move = grid::isDown(VK_SHIFT);
+    const bool move = isDown(VK_SHIFT);
     if (move) ClearSelection();
     if (FromHandle(self) != this || !IsValid(cell)) return;
     MoveFocus(cell, false);
     SetRangeText(cell, text);
 }
+
+}  // namespace grid

@@ -1,12 +1,13 @@
 // Drawing the grid: only the cells within the invalid area, through memory.
-#include <framework/text.h>
+#include <base/text.h>
+#include <base/utf16.h>
 #include <grid/cgridctrl.h>
 
 #include <algorithm>
 
-using grid::Cell;
-using grid::CellId;
-using grid::CellRange;
+using framework::BufferedPaint, framework::CWnd, framework::SelectScope;
+
+namespace grid {
 
 namespace {
 
@@ -33,7 +34,7 @@ void drawEdges(HDC dc, const RECT& area, COLORREF colour) {
 }
 
 std::wstring drawnText(const Cell& cell) {
-    std::wstring text = toWide(clipUtf8(cell.Text(), kMostDrawn));
+    std::wstring text = base::toWide(base::clipUtf8(cell.Text(), kMostDrawn));
     if (cell.format & DT_SINGLELINE) {
         std::ranges::replace(text, L'\r', L' ');
         std::ranges::replace(text, L'\n', L' ');
@@ -174,3 +175,5 @@ LRESULT CGridCtrl::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             return CWnd::WindowProc(message, wParam, lParam);
     }
 }
+
+}  // namespace grid

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <vector>
 
+using framework::CBitmapButton, framework::CDialog, framework::WindowDc;
+
 namespace {
 
 constexpr COLORREF kUp = RGB(200, 0, 0);

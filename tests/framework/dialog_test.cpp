@@ -9,6 +9,9 @@
 #include <stdexcept>
 #include <vector>
 
+using framework::CDialog, framework::CEdit, framework::CWnd, framework::DataExchange,
+    framework::setLanguageSource;
+
 using testinput::key;
 
 namespace {

@@ -6,6 +6,9 @@
 
 #include <stdexcept>
 
+using framework::ModuleScope, framework::loadString, framework::moduleInstance,
+    framework::resourceInstance, framework::setLanguageSource, framework::setResourceInstance;
+
 namespace {
 
 HANDLE activeContext() {

@@ -10,6 +10,9 @@
 #include <memory>
 #include <stdexcept>
 
+using framework::CEdit, framework::CImageList, framework::CTreeCtrl, framework::CWinApp,
+    framework::CWnd, framework::GdiBitmap;
+
 namespace {
 
 constexpr wchar_t kClass[] = L"FrameworkTestWindow";

@@ -1,5 +1,7 @@
 #include "gridhost.h"
 
+using grid::CGridCtrl;
+
 using grid::CellId;
 using grid::CellRange;
 using grid::EditorKind;

@@ -2,6 +2,8 @@
 
 #include <stdexcept>
 
+using framework::CWnd, framework::WindowDc;
+
 using grid::CellId;
 using grid::EditorKind;
 using gridtest::Edited;

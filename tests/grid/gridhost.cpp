@@ -1,5 +1,7 @@
 #include "gridhost.h"
 
+using grid::CGridCtrl;
+
 namespace gridtest {
 
 void Host::Fill(int rows) {

@@ -32,7 +32,7 @@ inline std::ostream& operator<<(std::ostream& out, const Edited& edited) {
                << "' " << edited.data;
 }
 
-class PropertyGrid : public CGridCtrl {
+class PropertyGrid : public grid::CGridCtrl {
 public:
     std::vector<std::string> choices{"Always", "Never", "Near", "Night"};
 
@@ -43,15 +43,15 @@ public:
 protected:
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
         ++messages[message];
-        return CGridCtrl::WindowProc(message, wParam, lParam);
+        return grid::CGridCtrl::WindowProc(message, wParam, lParam);
     }
-    void FillList(int, int, CInPlaceList& list) override {
+    void FillList(int, int, grid::CInPlaceList& list) override {
         for (const std::string& choice : choices) list.Add(choice);
     }
     void OnPrint() override { ++printed; }
 };
 
-class Host : public CDialog {
+class Host : public framework::CDialog {
 public:
     PropertyGrid grid;
     std::vector<Edited> edits;
@@ -75,7 +75,7 @@ class GridTest : public ::testing::Test {
 protected:
     void SetUp() override;
 
-    CGridCtrl& grid() { return host.grid; }
+    grid::CGridCtrl& grid() { return host.grid; }
     POINT middleOf(int row, int column);
     void clickCell(int row, int column, std::initializer_list<WORD> modifiers = {});
     grid::CellId focus() { return grid().FocusCell(); }

@@ -4,6 +4,9 @@
 
 #include <numeric>
 
+using framework::MemoryDc, framework::WindowDc;
+using grid::CGridCtrl, grid::kGridWindowClass;
+
 using grid::CellId;
 
 namespace {

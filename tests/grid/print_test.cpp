@@ -4,6 +4,9 @@
 
 #include <set>
 
+using framework::MemoryDc, framework::WindowDc;
+using grid::GridPageSetup, grid::GridPrinter;
+
 namespace {
 
 constexpr int kDpi = 144;

@@ -3,7 +3,7 @@
 #include "user.h"
 
 #include <airport.h>
-#include <framework/text.h>
+#include <base/utf16.h>
 #include <resources/resource.h>
 
 #include <gtest/gtest.h>
@@ -34,7 +34,7 @@ void mustCome(const std::function<bool()>& condition, const std::string& what) {
 }
 
 void clickOn(HWND window) {
-    must(user::click(window), toUtf8(user::text(window)) + " under the mouse");
+    must(user::click(window), base::toUtf8(user::text(window)) + " under the mouse");
 }
 
 std::wstring stagePath(const wchar_t* file) {
@@ -182,7 +182,7 @@ public:
         for (std::wstring at = name(); at != nameLine; at = name()) {
             user::key(VK_DOWN);
             ++row_;
-            mustCome([&] { return name() != at; }, "an item below " + toUtf8(at));
+            mustCome([&] { return name() != at; }, "an item below " + base::toUtf8(at));
         }
     }
 

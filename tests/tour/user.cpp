@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+using framework::MemoryDc, framework::WindowDc, framework::pixelFormat;
+
 namespace user {
 
 namespace {

@@ -2,7 +2,7 @@
 #include "remotetree.h"
 #include "workbenchfixture.h"
 
-#include <framework/text.h>
+#include <base/utf16.h>
 #include <resources/resource.h>
 
 #include <gmock/gmock.h>
@@ -39,7 +39,7 @@ class BrowserMouse : public WorkbenchTest {
 protected:
     void SetUp() override {
         WorkbenchTest::SetUp();
-        start(toWide(STAGED_PLUGINS));
+        start(base::toWide(STAGED_PLUGINS));
         // Three groups beside each other, the last with an object in it.
         for (const char* name : {"north", "east", "south"}) {
             script("Aviary.CreateGroup()");
@@ -77,7 +77,7 @@ protected:
 
     // The tool runs beside the test; what it does is seen by its effect.
     static void pointer(const std::string& what) {
-        std::wstring line = toWide(XDOTOOL_PROGRAM " " + what);
+        std::wstring line = base::toWide(XDOTOOL_PROGRAM " " + what);
         STARTUPINFOW info{};
         info.cb = sizeof info;
         PROCESS_INFORMATION process{};

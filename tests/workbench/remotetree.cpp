@@ -1,6 +1,6 @@
 #include "remotetree.h"
 
-#include <framework/text.h>
+#include <base/utf16.h>
 
 namespace {
 
@@ -49,7 +49,7 @@ std::string RemoteTree::label(HTREEITEM item) const {
     if (!send(TVM_GETITEMW, 0, &there->item)) return {};
     ::ReadProcessMemory(process_, there, &exchange, sizeof exchange, nullptr);
     exchange.text[kLongestLabel - 1] = 0;
-    return toUtf8(exchange.text);
+    return base::toUtf8(exchange.text);
 }
 
 HTREEITEM RemoteTree::find(const std::string& wanted) const {

@@ -2,8 +2,7 @@
 // keyboard and the menu.
 #include "workbenchfixture.h"
 
-#include <framework/text.h>
-
+#include <base/utf16.h>
 #include <gmock/gmock.h>
 
 #include <fstream>
@@ -40,7 +39,7 @@ TEST_F(WorkbenchTest, OpensASceneSelectsByClickAndCloses) {
 }
 
 TEST_F(WorkbenchTest, HostsTheRollupPageOfAUtility) {
-    start(toWide(SAMPLE_PLUGINS));
+    start(base::toWide(SAMPLE_PLUGINS));
     const HWND button = ::FindWindowExW(panel_, nullptr, L"Button", nullptr);
     ASSERT_NE(button, nullptr);
     EXPECT_EQ(textOf(button), "Sample 样本");
@@ -105,7 +104,7 @@ TEST_F(WorkbenchTest, SpeaksAnotherLanguageAtOnceAndKeepsIt) {
 }
 
 TEST_F(WorkbenchTest, RunsTheSampleScriptOverTheRealPlugins) {
-    start(toWide(STAGED_PLUGINS), L"--script \"" + toWide(SAMPLE_SCRIPT) + L"\"");
+    start(base::toWide(STAGED_PLUGINS), L"--script \"" + base::toWide(SAMPLE_SCRIPT) + L"\"");
     ASSERT_TRUE(eventually([this] {
         const std::string log = textOf(log_);
         return log.find("lodpreview.ks: done") != log.npos || log.find("Error") != log.npos;
@@ -122,7 +121,7 @@ TEST_F(WorkbenchTest, RunsTheSampleScriptOverTheRealPlugins) {
 
 // What an attribute says of a surface is seen at once: nothing else asks for the picture here.
 TEST_F(WorkbenchTest, TheViewportFollowsAnAttribute) {
-    start(toWide(STAGED_PLUGINS));
+    start(base::toWide(STAGED_PLUGINS));
     const std::vector<DWORD> lit = middleOfViewport();
     script("Aviary.SetKeepTriangles $'塔楼' true");  // now it is a face, which no light reaches
     ASSERT_TRUE(eventually([&] { return middleOfViewport() != lit; }));
@@ -163,8 +162,9 @@ TEST_F(WorkbenchTest, RunsScriptFilesFromTheMenuAndTheLine) {
 
 TEST_F(WorkbenchTest, AWalkEndsWithItsScriptAndFailsWithIt) {
     const std::wstring path =
-        std::filesystem::path(toWide(scriptFile("screenshot \"11-scripted\"\nnone()"))).wstring();
-    launch(toWide(SAMPLE_PLUGINS),
+        std::filesystem::path(base::toWide(scriptFile("screenshot \"11-scripted\"\nnone()")))
+            .wstring();
+    launch(base::toWide(SAMPLE_PLUGINS),
            L"--screenshots \"" + folder_.wstring() + L"\" --script \"" + path + L"\"");
     EXPECT_EQ(exitCode(), 1u);
     EXPECT_THAT(output_->text(), HasSubstr("failed: run the script: "));
@@ -173,7 +173,7 @@ TEST_F(WorkbenchTest, AWalkEndsWithItsScriptAndFailsWithIt) {
 }
 
 TEST_F(WorkbenchTest, OffersTheAboutBoxesOfUtilities) {
-    start(toWide(SAMPLE_PLUGINS));
+    start(base::toWide(SAMPLE_PLUGINS));
     ::PostMessageW(window_, WM_COMMAND, kAboutFirstUtility, 0);
     HWND box = nullptr;
     ASSERT_TRUE(eventually([&] {
@@ -186,7 +186,7 @@ TEST_F(WorkbenchTest, OffersTheAboutBoxesOfUtilities) {
 }
 
 TEST_F(WorkbenchTest, ACancelledImportLeavesTheSceneAsItWas) {
-    start(toWide(SAMPLE_PLUGINS));
+    start(base::toWide(SAMPLE_PLUGINS));
     ::PostMessageW(window_, WM_COMMAND, kImport, 0);
     ASSERT_TRUE(answerFileDialog(L"导入", sampleFile("慢.smp", "slow")));
     HWND progress = nullptr;
@@ -206,7 +206,7 @@ TEST_F(WorkbenchTest, ACancelledImportLeavesTheSceneAsItWas) {
 }
 
 TEST_F(WorkbenchTest, SaysWhyAFileCannotBeImportedAndGoesOn) {
-    start(toWide(SAMPLE_PLUGINS));
+    start(base::toWide(SAMPLE_PLUGINS));
     ::PostMessageW(window_, WM_COMMAND, kImport, 0);
     ASSERT_TRUE(answerFileDialog(L"导入", sampleFile("坏.smp", "bad")));
     const std::string said = answerMessage(IDOK);
@@ -218,7 +218,7 @@ TEST_F(WorkbenchTest, SaysWhyAFileCannotBeImportedAndGoesOn) {
 }
 
 TEST_F(WorkbenchTest, AsksBeforeChangesAreLostAndKeepsAListOfRecentFiles) {
-    start(toWide(SAMPLE_PLUGINS));
+    start(base::toWide(SAMPLE_PLUGINS));
     ::PostMessageW(window_, WM_COMMAND, kImport, 0);
     ASSERT_TRUE(answerFileDialog(L"导入", sampleFile("好.smp", "good")));
     ASSERT_TRUE(eventually([&] { return textOf(window_) == "场景.kiln * - Workbench"; }))
@@ -238,8 +238,8 @@ TEST_F(WorkbenchTest, AsksBeforeChangesAreLostAndKeepsAListOfRecentFiles) {
 // A file out of the export dialog, an import of it beside the scene, and what becomes of a file
 // that cannot be opened in its place.
 TEST_F(WorkbenchTest, ExportsAndOpensThroughTheRealPlugins) {
-    start(toWide(STAGED_PLUGINS));
-    const std::string path = toUtf8((folder_ / L"机场.flt").wstring());
+    start(base::toWide(STAGED_PLUGINS));
+    const std::string path = base::toUtf8((folder_ / L"机场.flt").wstring());
     ::PostMessageW(window_, WM_COMMAND, kExport, 0);
     ASSERT_TRUE(answerFileDialog(L"导出", path));
     ASSERT_TRUE(eventually([&] { return logSays("机场.flt: exported"); })) << textOf(log_);
@@ -249,7 +249,7 @@ TEST_F(WorkbenchTest, ExportsAndOpensThroughTheRealPlugins) {
         << textOf(window_);
     const std::string count = script("objects.count");
 
-    std::filesystem::resize_file(toWide(path), 300);
+    std::filesystem::resize_file(base::toWide(path), 300);
     ::PostMessageW(window_, WM_COMMAND, kOpen, 0);
     ASSERT_TRUE(answerFileDialog(L"打开", path));
     EXPECT_THAT(answerMessage(IDOK), HasSubstr("该文件不完整"));
@@ -261,9 +261,9 @@ TEST_F(WorkbenchTest, ExportsAndOpensThroughTheRealPlugins) {
 // file is what the file dialog offers.
 TEST_F(WorkbenchTest, AsksWhichDatabaseToExport) {
     constexpr int kList = 1003, kFileNameField = 0x47C;
-    start(toWide(STAGED_PLUGINS));
-    const std::string tower = toUtf8((folder_ / L"塔台.flt").generic_wstring());
-    const std::string field = toUtf8((folder_ / L"field.flt").generic_wstring());
+    start(base::toWide(STAGED_PLUGINS));
+    const std::string tower = base::toUtf8((folder_ / L"塔台.flt").generic_wstring());
+    const std::string field = base::toUtf8((folder_ / L"field.flt").generic_wstring());
     for (const std::string& path : {tower, field}) script("exportFile \"" + path + "\"");
     script("newScene()");
     for (const std::string& path : {tower, field}) script("importFile \"" + path + "\"");
@@ -304,7 +304,7 @@ TEST_F(WorkbenchTest, AsksWhichDatabaseToExport) {
 
     // A scene file may say anything about where a database came from: here "a<d?>.flt".
     const std::filesystem::path scene = folder_ / L"两库.kiln";
-    const std::string scenePath = toUtf8(scene.generic_wstring());
+    const std::string scenePath = base::toUtf8(scene.generic_wstring());
     script("saveScene \"" + scenePath + "\"");
     std::ifstream saved(scene, std::ios::binary);
     std::string text(std::istreambuf_iterator<char>(saved), {});
@@ -325,12 +325,12 @@ TEST_F(WorkbenchTest, AsksWhichDatabaseToExport) {
 
 // Neither a file that may not be written nor one that cannot be there is lost or made.
 TEST_F(WorkbenchTest, SaysWhyAFileCannotBeExportedAndGoesOn) {
-    start(toWide(STAGED_PLUGINS));
+    start(base::toWide(STAGED_PLUGINS));
     const std::filesystem::path path = folder_ / L"机场.flt";
     std::ofstream(path) << "old";
     ASSERT_TRUE(::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_READONLY));
     ::PostMessageW(window_, WM_COMMAND, kExport, 0);
-    ASSERT_TRUE(answerFileDialog(L"导出", toUtf8(path.wstring())));
+    ASSERT_TRUE(answerFileDialog(L"导出", base::toUtf8(path.wstring())));
     const std::string said = answerMessage(IDOK);
     EXPECT_THAT(said, HasSubstr("无法导出文件。"));
     EXPECT_THAT(said, HasSubstr("机场.flt"));
@@ -339,14 +339,14 @@ TEST_F(WorkbenchTest, SaysWhyAFileCannotBeExportedAndGoesOn) {
     std::getline(std::ifstream(path), content);
     EXPECT_EQ(content, "old");
     ::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-    const std::string nowhere = toUtf8((folder_ / L"nowhere" / L"x.flt").generic_wstring());
+    const std::string nowhere = base::toUtf8((folder_ / L"nowhere" / L"x.flt").generic_wstring());
     const std::string answer = script("exportFile \"" + nowhere + "\"");
     EXPECT_THAT(answer, HasSubstr("cannot write"));
     EXPECT_THAT(script("objects.count"), HasSubstr("\r\n1"));
 }
 
 TEST_F(WorkbenchTest, WalksThroughTheViewsWithoutAPerson) {
-    launch(toWide(SAMPLE_PLUGINS), L"--screenshots \"" + folder_.wstring() + L"\"");
+    launch(base::toWide(SAMPLE_PLUGINS), L"--screenshots \"" + folder_.wstring() + L"\"");
     EXPECT_EQ(exitCode(), 0u);
     const std::string text = output_->text();
     EXPECT_THAT(text, HasSubstr("ok: expand the tree"));
@@ -361,7 +361,7 @@ TEST_F(WorkbenchTest, WalksThroughTheViewsWithoutAPerson) {
 
 TEST_F(WorkbenchTest, AWalkThatMeetsADamagedFileFailsAndSaysWhy) {
     std::ofstream(std::filesystem::path(scene_), std::ios::trunc) << "{ \"nodes\": [";
-    launch(toWide(SAMPLE_PLUGINS), L"--screenshots \"" + folder_.wstring() + L"\"");
+    launch(base::toWide(SAMPLE_PLUGINS), L"--screenshots \"" + folder_.wstring() + L"\"");
     EXPECT_EQ(exitCode(), 1u);
     EXPECT_THAT(output_->text(), HasSubstr("failed: open the file: "));
     EXPECT_FALSE(std::filesystem::exists(folder_ / "01-viewport.png"));

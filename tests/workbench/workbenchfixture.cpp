@@ -1,13 +1,15 @@
 #include "workbenchfixture.h"
 
+#include <base/utf16.h>
 #include <framework/gdi.h>
-#include <framework/text.h>
 #include <kiln/host/host.h>
 
 #include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <utility>
+
+using framework::MemoryDc, framework::WindowDc, framework::pixelFormat;
 
 namespace {
 
@@ -28,7 +30,7 @@ std::string textOf(HWND window) {
                       L'\0');
     text.resize(static_cast<std::size_t>(
         ::SendMessageW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
-    return toUtf8(text);
+    return base::toUtf8(text);
 }
 
 OutputFile::OutputFile(std::wstring path) : path_(std::move(path)) {
@@ -49,7 +51,7 @@ std::string OutputFile::text() const {
 void WorkbenchTest::SetUp() {
     std::filesystem::create_directories(folder_ / "plugins");
     scene_ = (folder_ / L"场景.kiln").wstring();
-    makeScene(toUtf8(scene_));
+    makeScene(base::toUtf8(scene_));
 }
 
 void WorkbenchTest::TearDown() {
@@ -72,8 +74,8 @@ void WorkbenchTest::makeScene(const std::string& path) {
 }
 
 void WorkbenchTest::launch(const std::wstring& plugins, const std::wstring& more) {
-    std::wstring line = L"\"" + toWide(WORKBENCH_PROGRAM) + L"\" \"" + scene_ + L"\" --plugins \"" +
-                        plugins + L"\" " + more;
+    std::wstring line = L"\"" + base::toWide(WORKBENCH_PROGRAM) + L"\" \"" + scene_ +
+                        L"\" --plugins \"" + plugins + L"\" " + more;
     output_ = std::make_unique<OutputFile>((folder_ / "output.txt").wstring());
     STARTUPINFOW info{};
     info.cb = sizeof info;
@@ -111,7 +113,7 @@ DWORD WorkbenchTest::exitCode() {
 
 std::string WorkbenchTest::script(const std::string& line) {
     const std::string before = textOf(log_);
-    for (const wchar_t c : toWide(line)) ::SendMessageW(line_, WM_CHAR, c, 0);
+    for (const wchar_t c : base::toWide(line)) ::SendMessageW(line_, WM_CHAR, c, 0);
     ::SendMessageW(line_, WM_CHAR, L'\r', 0);
     return textOf(log_).substr(before.size());
 }
@@ -138,9 +140,9 @@ std::string WorkbenchTest::answerMessage(int button) {
 }
 
 std::string WorkbenchTest::sampleFile(const char* name, const char* text) const {
-    const std::filesystem::path path = folder_ / toWide(name);
+    const std::filesystem::path path = folder_ / base::toWide(name);
     std::ofstream(path) << text;
-    return toUtf8(path.wstring());
+    return base::toUtf8(path.wstring());
 }
 
 bool WorkbenchTest::logSays(const std::string& text) const {
@@ -155,7 +157,7 @@ bool WorkbenchTest::answerFileDialog(const wchar_t* title, const std::string& pa
         return dialog && ::IsWindowVisible(dialog) && ::GetDlgItem(dialog, kFileNameField);
     });
     if (!open) return false;
-    std::wstring typed = toWide(path);
+    std::wstring typed = base::toWide(path);
     std::replace(typed.begin(), typed.end(), L'/', L'\\');
     ::SendDlgItemMessageW(dialog, kFileNameField, WM_SETTEXT, 0,
                           reinterpret_cast<LPARAM>(typed.c_str()));

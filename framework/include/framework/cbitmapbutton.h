@@ -3,6 +3,8 @@
 
 #include <framework/controls.h>
 
+namespace framework {
+
 /// An owner-drawn button whose pictures are the module's bitmap resources named after its caption:
 /// caption "Up" takes UPU (up), UPD (pressed), UPF (with focus) and UPX (disabled). Only the first
 /// is needed; without the others the button shifts the picture when pressed, draws the platform's
@@ -37,3 +39,5 @@ private:
     bool hot_ = false;
     bool default_ = false;
 };
+
+}  // namespace framework

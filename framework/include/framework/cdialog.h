@@ -3,6 +3,8 @@
 
 #include <framework/cwnd.h>
 
+namespace framework {
+
 /// Moves values between a dialog's controls and a class's members, in the direction that it was
 /// made for. Every call names a control of the dialog; a control that is missing is skipped.
 class DataExchange {
@@ -93,3 +95,5 @@ private:
     bool modal_ = false;
     bool failed_ = false;
 };
+
+}  // namespace framework

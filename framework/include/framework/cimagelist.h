@@ -3,6 +3,8 @@
 
 #include <framework/win32.h>
 
+namespace framework {
+
 /// Owns an image list of the platform. The drag functions work on the one drag there can be.
 class CImageList {
 public:
@@ -41,3 +43,5 @@ public:
 private:
     HIMAGELIST list_ = nullptr;
 };
+
+}  // namespace framework

@@ -6,6 +6,8 @@
 
 #include <framework/cwnd.h>
 
+namespace framework {
+
 /// A push button, check box, radio button or group box.
 class CButton : public CWnd {
 public:
@@ -57,3 +59,5 @@ public:
     int Find(std::string_view text) const;
     void ShowDropDown(bool shown) const;
 };
+
+}  // namespace framework

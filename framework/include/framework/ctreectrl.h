@@ -4,6 +4,8 @@
 #include <framework/cimagelist.h>
 #include <framework/cwnd.h>
 
+namespace framework {
+
 /// A tree view. Items are the platform's handles; null means none. Functions fail as those of
 /// `CWnd` do.
 class CTreeCtrl : public CWnd {
@@ -71,3 +73,5 @@ protected:
     /// What `Insert` ends in: sends TVM_INSERTITEMW.
     virtual HTREEITEM InsertItem(const TVINSERTSTRUCTW& insertion);
 };
+
+}  // namespace framework

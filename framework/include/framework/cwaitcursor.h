@@ -3,6 +3,8 @@
 
 #include <framework/win32.h>
 
+namespace framework {
+
 /// Shows the wait cursor for as long as it lives, then the one that was there.
 class CWaitCursor {
 public:
@@ -14,3 +16,5 @@ public:
 private:
     HCURSOR former_;
 };
+
+}  // namespace framework

@@ -5,6 +5,8 @@
 
 #include <exception>
 
+namespace framework {
+
 /// One static instance per module. A library's DllMain hands its calls to `DllMain` below; a
 /// program's main function calls `RunProgram`.
 class CWinApp {
@@ -47,3 +49,5 @@ private:
 
     int exitCode_ = 0;
 };
+
+}  // namespace framework

@@ -14,6 +14,8 @@
 #include <string>
 #include <string_view>
 
+namespace framework {
+
 /// A window that this object has created, or one that it has subclassed.
 ///
 /// Messages: once the object is connected (`Create...`, `SubclassWindow`, `SubclassDlgItem`), every
@@ -205,3 +207,5 @@ private:
     WNDPROC former_ = nullptr;
     bool created_ = false;
 };
+
+}  // namespace framework

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+namespace framework {
+
 /// One line of a file dialog's type list: ("OpenFlight files", "*.flt;*.fltz").
 struct FileFilter {
     std::string name;
@@ -28,3 +30,5 @@ std::optional<std::string> askSaveFile(HWND owner, std::string_view title,
                                        const std::vector<FileFilter>& filters,
                                        std::string_view extension, std::string_view suggestion = {},
                                        std::size_t* filter = nullptr);
+
+}  // namespace framework

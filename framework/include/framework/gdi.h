@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <utility>
 
+namespace framework {
+
 /// Owns a GDI object (font, brush, pen, bitmap, region) and deletes it.
 template <typename Handle>
 class GdiObject {
@@ -163,3 +165,5 @@ inline int widthOf(const RECT& area) noexcept {
 inline int heightOf(const RECT& area) noexcept {
     return static_cast<int>(area.bottom - area.top);
 }
+
+}  // namespace framework

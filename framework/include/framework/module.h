@@ -6,6 +6,8 @@
 #include <base/scopedvalue.h>
 #include <framework/win32.h>
 
+namespace framework {
+
 /// The handle of the program or library that this code is linked into.
 HINSTANCE moduleInstance() noexcept;
 
@@ -42,3 +44,5 @@ private:
     ULONG_PTR cookie_ = 0;
     bool activated_ = false;
 };
+
+}  // namespace framework

@@ -11,6 +11,8 @@
 #include <string_view>
 #include <vector>
 
+namespace grid {
+
 /// The window class that a dialog template names to contain a grid. `CGridCtrl::RegisterGridClass`
 /// must have been called before the dialog is created.
 inline constexpr wchar_t kGridWindowClass[] = L"MFCGridCtrl";
@@ -41,7 +43,7 @@ inline constexpr wchar_t kGridWindowClass[] = L"MFCGridCtrl";
 ///   the former text again. The owner may change the grid while it handles this. The text is
 ///   UTF-16; `EditedText` returns UTF-8. An edit that is cancelled, or ended without a change other
 ///   than by Enter, is not notified.
-class CGridCtrl : public CWnd {
+class CGridCtrl : public framework::CWnd {
 public:
     /// Defers drawing and scroll bars while it lives; the outermost one then brings both up to date
     /// at once. For an owner that fills a grid.
@@ -66,7 +68,7 @@ public:
                 DWORD style = WS_CHILD | WS_VISIBLE | WS_BORDER | WS_TABSTOP);
 
     /// Row and column of an LVN_BEGINLABELEDITW or LVN_ENDLABELEDITW notification.
-    static grid::CellId EditedCell(const NMHDR& notification) noexcept;
+    static CellId EditedCell(const NMHDR& notification) noexcept;
     /// The new text of an LVN_ENDLABELEDITW notification, as UTF-8.
     static std::string EditedText(const NMHDR& notification);
 
@@ -86,8 +88,8 @@ public:
 
     // Cells.
 
-    bool IsValid(grid::CellId cell) const noexcept;
-    bool IsFixed(grid::CellId cell) const noexcept;
+    bool IsValid(CellId cell) const noexcept;
+    bool IsFixed(CellId cell) const noexcept;
     std::string CellText(int row, int column) const;
     void SetCellText(int row, int column, std::string_view text);
     /// DT_ codes of the platform.
@@ -96,23 +98,23 @@ public:
     /// Anything the owner wants to keep with the cell; not owned.
     LPARAM CellData(int row, int column) const noexcept;
     void SetCellData(int row, int column, LPARAM data);
-    grid::EditorKind CellEditor(int row, int column) const noexcept;
-    void SetCellEditor(int row, int column, grid::EditorKind kind);
+    EditorKind CellEditor(int row, int column) const noexcept;
+    void SetCellEditor(int row, int column, EditorKind kind);
     /// Whether the user may change the cell now: the grid is editable, the cell is not fixed and
     /// has an editor.
-    bool CanEdit(grid::CellId cell) const noexcept;
+    bool CanEdit(CellId cell) const noexcept;
 
     // Focus and selection.
 
     /// The cell that the keyboard acts on; (-1, -1) when there is none. Only `SetFocusCell` makes a
     /// fixed cell the focus cell.
-    grid::CellId FocusCell() const noexcept { return focus_; }
+    CellId FocusCell() const noexcept { return focus_; }
     /// Moves the focus cell, selects it alone and scrolls it into view; an invalid cell means that
     /// there is none.
-    void SetFocusCell(grid::CellId cell);
-    grid::CellRange Selection() const noexcept;
-    void SelectRange(const grid::CellRange& range);
-    void EnsureVisible(grid::CellId cell);
+    void SetFocusCell(CellId cell);
+    CellRange Selection() const noexcept;
+    void SelectRange(const CellRange& range);
+    void EnsureVisible(CellId cell);
     /// The first row below the fixed ones that is shown, to keep and restore a scroll position.
     int TopRow() const noexcept { return topRow_; }
     void SetTopRow(int row);
@@ -147,7 +149,7 @@ public:
     /// Opens the cell's editor; false when the cell cannot be edited or the parent refuses.
     /// `firstKey` is the character that started it and replaces the text; with it, arrow and page
     /// keys end the edit too.
-    bool BeginEdit(grid::CellId cell, wchar_t firstKey = 0);
+    bool BeginEdit(CellId cell, wchar_t firstKey = 0);
     /// Closes an open editor, keeping its text or not.
     void EndEdit(bool keep);
     /// The open editor's window, or null.
@@ -162,15 +164,15 @@ public:
     /// From the upper left cell of the selection on. One single text fills the whole selection.
     bool Paste();
     bool ClearSelection();
-    std::string RangeText(const grid::CellRange& range) const;
-    bool SetRangeText(grid::CellId at, std::string_view text);
+    std::string RangeText(const CellRange& range) const;
+    bool SetRangeText(CellId at, std::string_view text);
 
     // Geometry, in client coordinates.
 
     /// Nothing when no part of the cell is shown.
-    std::optional<RECT> CellRect(grid::CellId cell) const;
+    std::optional<RECT> CellRect(CellId cell) const;
     /// An invalid cell when there is none at the point.
-    grid::CellId CellAt(POINT at) const noexcept;
+    CellId CellAt(POINT at) const noexcept;
 
 protected:
     /// Fills a list editor that is about to open for a cell. The default adds nothing.
@@ -216,14 +218,14 @@ private:
     static constexpr UINT kDropRetiredEditors = WM_APP + 1;
 
     // Contents
-    const grid::Cell* Find(grid::CellId cell) const noexcept;
-    grid::Cell* Find(grid::CellId cell) noexcept;
+    const Cell* Find(CellId cell) const noexcept;
+    Cell* Find(CellId cell) noexcept;
     void ExtentChanged();
-    grid::CellId FirstFreeCell() const noexcept;
-    grid::CellId LastCell() const noexcept { return {rowCount_ - 1, columnCount_ - 1}; }
-    grid::CellRange FreeCells() const noexcept { return {FirstFreeCell(), LastCell()}; }
-    void MoveFocus(grid::CellId cell, bool extend);
-    bool FillRange(const grid::CellRange& range, const std::string& text);
+    CellId FirstFreeCell() const noexcept;
+    CellId LastCell() const noexcept { return {rowCount_ - 1, columnCount_ - 1}; }
+    CellRange FreeCells() const noexcept { return {FirstFreeCell(), LastCell()}; }
+    void MoveFocus(CellId cell, bool extend);
+    bool FillRange(const CellRange& range, const std::string& text);
 
     // Layout and scrolling
     HFONT GridFont() const;
@@ -240,7 +242,7 @@ private:
     int RowTop(int row) const;
     int RowAt(int y) const;
     int PageRows() const;
-    void InvalidateCell(grid::CellId cell) const;
+    void InvalidateCell(CellId cell) const;
     void InvalidateAll() const;
     bool SetScrollBar(int bar, DWORD style, const SCROLLINFO& wanted) const;
     bool UpdateVerticalBar();
@@ -253,40 +255,40 @@ private:
 
     // Painting
     void PaintGrid(HDC dc, const RECT& dirty) const;
-    void PaintPane(HDC dc, const RECT& dirty, const grid::CellRange& cells, const RECT& pane) const;
-    void PaintCell(HDC dc, grid::CellId id, const RECT& area) const;
+    void PaintPane(HDC dc, const RECT& dirty, const CellRange& cells, const RECT& pane) const;
+    void PaintCell(HDC dc, CellId id, const RECT& area) const;
     void PaintDropTarget(HDC dc) const;
 
     // Keyboard
-    std::optional<grid::CellId> TargetOf(UINT key, bool control) const;
+    std::optional<CellId> TargetOf(UINT key, bool control) const;
     bool MoveByKey(UINT key, bool control, bool extend);
-    grid::CellId TabTarget(bool backwards) const noexcept;
+    CellId TabTarget(bool backwards) const noexcept;
     void LeaveByTab(bool backwards);
     bool HandleShortcut(UINT key);
     bool HandleControlShortcut(UINT key);
     LRESULT Compose(UINT message, WPARAM wParam, LPARAM lParam);
 
     // Mouse
-    void PressHeading(grid::CellId cell);
-    void PressCell(grid::CellId cell, UINT keys);
+    void PressHeading(CellId cell);
+    void PressCell(CellId cell, UINT keys);
     void TrackTo(POINT at);
     void StopTracking();
-    grid::CellRange DropRange() const;
-    void DropAt(grid::CellId cell);
+    CellRange DropRange() const;
+    void DropAt(CellId cell);
 
     // Editing
-    LRESULT NotifyParent(UINT code, grid::CellId cell, const std::string& text) const;
-    bool ChangeText(grid::CellId cell, const std::string& text);
-    std::optional<RECT> EditorArea(grid::CellId cell) const;
-    bool StartEdit(grid::CellId cell, bool typing, wchar_t firstKey);
-    bool OpenEdit(grid::CellId cell, bool typing, wchar_t firstKey);
-    bool OpenList(grid::CellId cell, bool typing, wchar_t firstKey);
+    LRESULT NotifyParent(UINT code, CellId cell, const std::string& text) const;
+    bool ChangeText(CellId cell, const std::string& text);
+    std::optional<RECT> EditorArea(CellId cell) const;
+    bool StartEdit(CellId cell, bool typing, wchar_t firstKey);
+    bool OpenEdit(CellId cell, bool typing, wchar_t firstKey);
+    bool OpenList(CellId cell, bool typing, wchar_t firstKey);
     std::optional<std::string> EditorText() const;
-    void EditorDone(const CWnd& editor, bool keep, UINT key);
+    void EditorDone(const framework::CWnd& editor, bool keep, UINT key);
     void FinishEdit(bool keep, UINT key);
 
     // Row by row.
-    std::vector<grid::Cell> cells_;
+    std::vector<Cell> cells_;
     int rowCount_ = 0;
     int columnCount_ = 0;
     int fixedRows_ = 0;
@@ -295,10 +297,10 @@ private:
     // Each column's part of the client width; empty when the columns need not fill it.
     std::vector<double> shares_;
 
-    grid::CellId focus_;
+    CellId focus_;
     // Where the selection began.
-    grid::CellId anchor_;
-    grid::CellRange selection_;
+    CellId anchor_;
+    CellRange selection_;
     bool focused_ = false;
 
     HFONT font_ = nullptr;
@@ -307,7 +309,7 @@ private:
     int topRow_ = 0;
     int scrollX_ = 0;
     int wheel_ = 0;
-    PaintBuffer buffer_;
+    framework::PaintBuffer buffer_;
     bool updatingScrollBars_ = false;
     int updating_ = 0;
 
@@ -320,15 +322,17 @@ private:
     POINT pressPoint_{};
     // While the mouse is captured, its last known place.
     POINT mousePoint_{};
-    grid::CellId pressedCell_;
+    CellId pressedCell_;
     bool moved_ = false;
     bool editOnRelease_ = false;
     int resizedColumn_ = -1;
     int resizedWidth_ = 0;
-    grid::CellId dropCell_;
+    CellId dropCell_;
 
-    std::unique_ptr<CWnd> editor_;
-    grid::CellId editedCell_;
+    std::unique_ptr<framework::CWnd> editor_;
+    CellId editedCell_;
     // Closed, but perhaps still within one of their own message handlers.
-    std::vector<std::unique_ptr<CWnd>> retiredEditors_;
+    std::vector<std::unique_ptr<framework::CWnd>> retiredEditors_;
 };
+
+}  // namespace grid

@@ -5,6 +5,8 @@
 
 #include <string>
 
+namespace grid {
+
 class CGridCtrl;
 
 /// A one-line edit field over a cell; of several lines where the grid wants that.
@@ -13,7 +15,7 @@ class CGridCtrl;
 /// `arrowsEnd` was given. Enter belongs to the text of a field of several lines, which Ctrl+Enter
 /// ends, and which grows with its lines as far as the grid has room. Losing the focus ends the edit
 /// and keeps the text.
-class CInPlaceEdit : public CEdit {
+class CInPlaceEdit : public framework::CEdit {
 public:
     CInPlaceEdit(CGridCtrl& owner, bool multiLine, bool arrowsEnd) noexcept
         : owner_(owner), multiLine_(multiLine), arrowsEnd_(arrowsEnd) {}
@@ -47,7 +49,7 @@ private:
 /// A list of choices over a cell, dropped down from the start. Typing searches the entry that
 /// begins with what was typed in quick succession. Choosing with the mouse or Enter ends the edit,
 /// as do the keys that end `CInPlaceEdit`; closing the list without a choice cancels.
-class CInPlaceList : public CComboBox {
+class CInPlaceList : public framework::CComboBox {
 public:
     CInPlaceList(CGridCtrl& owner, bool arrowsEnd) noexcept
         : owner_(owner), arrowsEnd_(arrowsEnd) {}
@@ -77,3 +79,5 @@ private:
     std::wstring typed_;
     ULONGLONG lastTyped_ = 0;
 };
+
+}  // namespace grid

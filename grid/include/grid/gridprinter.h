@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace grid {
+
 /// Where and how a grid is printed.
 struct GridPageSetup {
     /// The part of each page that is used, in device units.
@@ -36,16 +38,18 @@ public:
 
 private:
     int DrawRow(int row, int top) const;
-    void DrawCell(grid::CellId cell, const RECT& area) const;
+    void DrawCell(CellId cell, const RECT& area) const;
     void DrawLine(const std::string& text, int top, UINT format) const;
     int RowsPerPage() const noexcept;
 
     const CGridCtrl& grid_;
     HDC dc_;
     GridPageSetup setup_;
-    GdiFont font_;
+    framework::GdiFont font_;
     int rowHeight_ = 0;
     int margin_ = 0;
     int fixedRows_ = 0;
     std::vector<int> widths_;
 };
+
+}  // namespace grid

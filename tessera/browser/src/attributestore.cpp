@@ -2,10 +2,10 @@
 
 #include "recordkinds.h"
 
+#include <base/utf16.h>
 #include <fltkilnutil/attrtext.h>
 #include <fltkilnutil/kilnflt.h>
 #include <fltkilnutil/kilnlight.h>
-#include <framework/text.h>
 #include <windows.h>
 
 namespace tessera {
@@ -66,8 +66,8 @@ FltAttrDesc* attributeAt(const FltAttrGroup& set, int row) noexcept {
 }
 
 bool equalIgnoringCase(std::string_view a, std::string_view b) {
-    const std::wstring wideA = toWide(a);
-    const std::wstring wideB = toWide(b);
+    const std::wstring wideA = base::toWide(a);
+    const std::wstring wideB = base::toWide(b);
     return ::CompareStringOrdinal(wideA.c_str(), static_cast<int>(wideA.size()), wideB.c_str(),
                                   static_cast<int>(wideB.size()), TRUE) == CSTR_EQUAL;
 }

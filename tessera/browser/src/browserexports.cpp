@@ -4,10 +4,10 @@
 #include "hierarchy.h"
 #include "recordkinds.h"
 
+#include <base/text.h>
 #include <diagnostics/log.h>
 #include <framework/module.h>
 #include <framework/strings.h>
-#include <framework/text.h>
 #include <resources/resource.h>
 #include <tessera/browser.h>
 
@@ -15,6 +15,8 @@
 #include <new>
 #include <string>
 #include <vector>
+
+using framework::ModuleScope, framework::loadString;
 
 namespace tessera {
 namespace {
@@ -89,7 +91,7 @@ std::string productTitle() {
 void setTitle(const char* text) {
     title = productTitle();
     if (text && *text) title += " (" + std::string(text) + ")";
-    title = clipUtf8(title, kLongestTitle);
+    title = base::clipUtf8(title, kLongestTitle);
     if (!form) {
         diagnostics::log("title :ZuFltHierForm NULL\n");
         return;

@@ -6,6 +6,9 @@
 #include <framework/strings.h>
 #include <resources/resource.h>
 
+using framework::loadString;
+using grid::CGridCtrl, grid::CInPlaceList;
+
 namespace tessera {
 namespace {
 

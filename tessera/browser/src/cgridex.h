@@ -8,7 +8,7 @@
 
 /// Two columns: the caption of an attribute, fixed, and its value. Both cells of a row carry the
 /// attribute's descriptor as their datum.
-class tessera::Hierarchy::CGridEx : public CGridCtrl {
+class tessera::Hierarchy::CGridEx : public grid::CGridCtrl {
 public:
     /// One heading row alone.
     void Reset();
@@ -22,6 +22,6 @@ public:
 
 protected:
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
-    void FillList(int row, int column, CInPlaceList& list) override;
+    void FillList(int row, int column, grid::CInPlaceList& list) override;
     int FindChoice(int row, int column, std::string_view typed) override;
 };

@@ -17,7 +17,7 @@ public:
     /// is the edited node's handle.
     static constexpr UINT kRefreshAfterEdit = WM_APP + 2;
 
-    explicit ClientLink(const CWnd& form) noexcept : form_(form) {}
+    explicit ClientLink(const framework::CWnd& form) noexcept : form_(form) {}
 
     void bind(BrowserCallback callback, void* clientData) noexcept;
     bool isBound() const noexcept { return callback_ != nullptr; }
@@ -34,7 +34,7 @@ public:
     bool postponesRefresh() noexcept;
 
 private:
-    const CWnd& form_;
+    const framework::CWnd& form_;
     BrowserCallback callback_ = nullptr;
     void* clientData_ = nullptr;
     bool editing_ = false;        ///< an edit is being sent

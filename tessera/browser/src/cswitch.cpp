@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <utility>
 
+using framework::CDialog;
+
 namespace tessera {
 namespace {
 

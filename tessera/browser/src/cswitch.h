@@ -22,7 +22,7 @@ struct SwitchRecordBuffer {
 /// A small window beside the form that shows one mask of a switch as a row of "0" and "1", a
 /// character for each child, and steps through, adds, deletes and changes masks. The form is
 /// notified of every change at once. Closing hides it.
-class CSwitch : public CDialog {
+class CSwitch : public framework::CDialog {
 public:
     /// Called with the switch after every change and whenever it is displayed; the flag says
     /// whether the viewports are to follow.
@@ -67,8 +67,8 @@ private:
     SwitchRecordBuffer& buffer_;
     Notify notify_;
     std::function<void()> refuse_;
-    CEdit mask_;
-    CEdit index_;
+    framework::CEdit mask_;
+    framework::CEdit index_;
     bool showInViewport_ = true;
 };
 

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <utility>
 
+using framework::CTreeCtrl;
+
 namespace tessera {
 namespace {
 

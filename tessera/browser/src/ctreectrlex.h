@@ -25,7 +25,7 @@ namespace tessera {
 ///
 /// The parent gets TVN_SELCHANGED once a click or a key has changed the selection, and calls
 /// `TreeSelection::caretMoved` first thing when it gets one.
-class CTreeCtrlEx : public CTreeCtrl {
+class CTreeCtrlEx : public framework::CTreeCtrl {
 public:
     /// Called when a drag ends: the dragged item and the last item that it was over (null: none).
     std::function<void(HTREEITEM dragged, HTREEITEM target)> onDrop;
@@ -118,7 +118,7 @@ private:
     Press press_;
     bool changing_ = false;
     int paused_ = 0;
-    std::optional<DrawingPause> drawingPause_;
+    std::optional<framework::DrawingPause> drawingPause_;
 };
 
 /// Keeps a tree from drawing while it lives; the outermost one then repaints it once.

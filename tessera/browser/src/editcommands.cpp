@@ -7,11 +7,13 @@
 #include "selectioncommands.h"
 #include "usermessages.h"
 
+#include <base/utf16.h>
 #include <fltkilnutil/kilnflt.h>
 #include <framework/cwaitcursor.h>
-#include <framework/text.h>
 #include <quillon/fltopcode.h>
 #include <resources/resource.h>
+
+using framework::CWaitCursor;
 
 namespace tessera {
 namespace {
@@ -148,7 +150,7 @@ bool EditCommands::rename(const TVITEMW& edited) {
         return false;
     const TreeItem* const item = tree_.Find(edited.hItem);
     if (!item) return false;
-    const std::string text = toUtf8(edited.pszText);
+    const std::string text = base::toUtf8(edited.pszText);
     client_.sendEdit(BrowserEvent::kRename, *item, parentOf(*item),
                      reinterpret_cast<std::uintptr_t>(text.c_str()));
     if (tree_.Find(edited.hItem)) {

@@ -14,7 +14,7 @@ class SelectionCommands;
 /// Checks what the user wants of the scene and sends it to the client as an edit.
 class EditCommands {
 public:
-    EditCommands(const CWnd& form, HierarchyTree& tree, ClientLink& client,
+    EditCommands(const framework::CWnd& form, HierarchyTree& tree, ClientLink& client,
                  PropertySide& properties, SelectionCommands& selection) noexcept
         : form_(form),
           tree_(tree),
@@ -42,12 +42,12 @@ private:
     bool mayAttach(const TreeItem& dragged, const TreeItem& target) const;
     void selectLastChild(HTREEITEM parent, NodeHandle node);
 
-    const CWnd& form_;
+    const framework::CWnd& form_;
     HierarchyTree& tree_;
     ClientLink& client_;
     PropertySide& properties_;
     SelectionCommands& selection_;
-    CComboBox createKind_;
+    framework::CComboBox createKind_;
 };
 
 }  // namespace tessera

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+using framework::CWnd;
+
 namespace tessera {
 namespace {
 

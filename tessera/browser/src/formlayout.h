@@ -7,7 +7,7 @@ namespace tessera {
 
 class FormLayout {
 public:
-    explicit FormLayout(const CWnd& form) noexcept : form_(form) {}
+    explicit FormLayout(const framework::CWnd& form) noexcept : form_(form) {}
 
     /// Takes the form as it is now for the layout that the template means.
     void initialise();
@@ -28,7 +28,7 @@ private:
     void grow(int growX, int growY) const;
     void restorePlacement() const;
 
-    const CWnd& form_;
+    const framework::CWnd& form_;
     SIZE size_{};           ///< of the client area, as the controls are laid out for
     SIZE smallestTrack_{};  ///< of the window
 };

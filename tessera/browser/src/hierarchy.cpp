@@ -9,14 +9,17 @@
 #include "selectioncommands.h"
 #include "switchside.h"
 
+#include <base/utf16.h>
 #include <diagnostics/log.h>
 #include <framework/strings.h>
-#include <framework/text.h>
 #include <resources/resource.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <new>
+
+using framework::CDialog, framework::CWaitCursor, framework::loadString;
+using grid::CGridCtrl;
 
 namespace tessera {
 namespace {
@@ -37,7 +40,7 @@ std::string platformMessage(DWORD error) {
     const DWORD length =
         ::FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error,
                          0, text.data(), static_cast<DWORD>(text.size()), nullptr);
-    return toUtf8({text.data(), length});
+    return base::toUtf8({text.data(), length});
 }
 
 }  // namespace
@@ -83,7 +86,7 @@ bool Hierarchy::OnInitDialog() {
 void Hierarchy::addAboutCommand() {
     const HMENU menu = ::GetSystemMenu(Handle(), FALSE);
     ::AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
-    ::AppendMenuW(menu, MF_STRING, IDM_ABOUT, toWide(loadString(IDS_ABOUT_COMMAND)).c_str());
+    ::AppendMenuW(menu, MF_STRING, IDM_ABOUT, base::toWide(loadString(IDS_ABOUT_COMMAND)).c_str());
 }
 
 // ---------------------------------------------------------------- what the exports do
@@ -361,7 +364,7 @@ bool Hierarchy::answerToolTip(NMHDR& header) {
         std::snprintf(text, std::size(text), "Control ID = %d", id);
     } else {
         auto& text = reinterpret_cast<NMTTDISPINFOW&>(header).szText;
-        const std::wstring wide = toWide("Control ID = " + std::to_string(id));
+        const std::wstring wide = base::toWide("Control ID = " + std::to_string(id));
         wide.copy(text, std::size(text) - 1);
         text[std::min(wide.size(), std::size(text) - 1)] = 0;
     }

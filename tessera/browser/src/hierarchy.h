@@ -24,7 +24,7 @@ class SwitchSide;
 /// It never touches the scene: everything that changes or queries it goes to the client. The form
 /// itself is the window: it passes what its controls and the exports tell on to its parts, and
 /// knows whether the tree can be trusted.
-class Hierarchy : public CDialog {
+class Hierarchy : public framework::CDialog {
 public:
     class CGridEx;
 
@@ -75,7 +75,7 @@ private:
     const std::unique_ptr<PropertySide> properties_;
     const std::unique_ptr<SelectionCommands> selection_;
     const std::unique_ptr<EditCommands> edits_;
-    std::array<CBitmapButton, 8> pictures_;
+    std::array<framework::CBitmapButton, 8> pictures_;
     bool stale_ = false;  ///< nodes of the tree may have been deleted
     /// Not shown since it was made or closed: a client need not tell it of the scene.
     bool unattended_ = true;

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 
+using framework::CWnd;
+
 namespace tessera {
 namespace {
 

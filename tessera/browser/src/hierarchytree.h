@@ -16,7 +16,7 @@ public:
     static constexpr UINT kFillingEnds = WM_APP + 1;
 
     /// Connects the control of the form, with the icons and the one item that the form adds itself.
-    void initialise(CWnd& form);
+    void initialise(framework::CWnd& form);
 
     /// Adds a node as the last child of `parent` (null: top level), with the icon of its kind. Null
     /// when the parent is not in the tree.
@@ -25,7 +25,7 @@ public:
     NodeHandle nodeOf(HTREEITEM item);
 
     /// Deletes every item. A filling begins.
-    void clear(const CWnd& form);
+    void clear(const framework::CWnd& form);
     bool isClearing() const noexcept { return clearing_; }
     /// Shows what has been added since the tree was cleared.
     void endFilling() noexcept { filling_.reset(); }
@@ -44,11 +44,11 @@ private:
     /// until messages are handled again: meanwhile the client fills it.
     struct Filling {
         explicit Filling(CTreeCtrlEx& tree) : pause(tree) {}
-        CWaitCursor wait;
+        framework::CWaitCursor wait;
         RedrawPause pause;
     };
 
-    CImageList images_;
+    framework::CImageList images_;
     std::optional<Filling> filling_;
     bool clearing_ = false;
     bool bulk_ = false;

@@ -12,6 +12,9 @@
 
 #include <utility>
 
+using framework::CWaitCursor, framework::CWnd;
+using grid::CGridCtrl;
+
 namespace tessera {
 namespace {
 

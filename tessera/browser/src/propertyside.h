@@ -18,7 +18,7 @@ class SwitchSide;
 /// node is shown; it need not be the tree's caret item.
 class PropertySide {
 public:
-    PropertySide(const CWnd& form, HierarchyTree& tree, SwitchSide& switchSide);
+    PropertySide(const framework::CWnd& form, HierarchyTree& tree, SwitchSide& switchSide);
     ~PropertySide();
 
     /// Connects the controls of the form. Throws `std::bad_alloc`.
@@ -63,13 +63,13 @@ private:
     void renewDependent(const FltAttrGroup& set);
     void focusTree();
 
-    const CWnd& form_;
+    const framework::CWnd& form_;
     HierarchyTree& tree_;
     SwitchSide& switchSide_;
     const std::unique_ptr<Hierarchy::CGridEx> grid_;
-    CButton global_;
-    CEdit name_;
-    CEdit comment_;
+    framework::CButton global_;
+    framework::CEdit name_;
+    framework::CEdit comment_;
     HTREEITEM current_ = nullptr;
     bool keepFocus_ = false;  ///< showing a node must not move the keyboard to the tree
     std::string shownName_;

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <utility>
 
+using framework::loadString;
+
 namespace tessera {
 namespace {
 

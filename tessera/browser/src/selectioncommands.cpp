@@ -11,6 +11,8 @@
 #include <optional>
 #include <unordered_set>
 
+using framework::CWaitCursor, framework::DrawingPause;
+
 namespace tessera {
 
 void SelectionCommands::initialise() {

@@ -15,7 +15,7 @@ class PropertySide;
 
 class SelectionCommands {
 public:
-    SelectionCommands(const CWnd& form, HierarchyTree& tree, ClientLink& client,
+    SelectionCommands(const framework::CWnd& form, HierarchyTree& tree, ClientLink& client,
                       PropertySide& properties) noexcept
         : form_(form), tree_(tree), client_(client), properties_(properties) {}
 
@@ -47,11 +47,11 @@ private:
     std::vector<TreeItem*> itemsOf(const std::vector<NodeHandle>& nodes) const;
     void markMatches(NodeHandle node, FltNodeKind kind, int attribute);
 
-    const CWnd& form_;
+    const framework::CWnd& form_;
     HierarchyTree& tree_;
     ClientLink& client_;
     PropertySide& properties_;
-    CButton subtree_;
+    framework::CButton subtree_;
     std::size_t selectedCount_ = 0;
 };
 

@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <utility>
 
+using framework::CWnd;
+
 namespace tessera {
 namespace {
 

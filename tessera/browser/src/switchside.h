@@ -16,7 +16,7 @@ class HierarchyTree;
 class SwitchSide {
 public:
     /// `changed` is called when an edited record has been stored on the current node.
-    SwitchSide(const CWnd& form, HierarchyTree& tree, const ClientLink& client,
+    SwitchSide(const framework::CWnd& form, HierarchyTree& tree, const ClientLink& client,
                std::function<void()> changed);
 
     /// The node of the item is shown, a switch; or, for null, none that is one. An editor that is
@@ -37,7 +37,7 @@ private:
     bool store(const SwitchRecordBuffer& changed);
     void refuseMask();
 
-    const CWnd& form_;
+    const framework::CWnd& form_;
     HierarchyTree& tree_;
     const ClientLink& client_;
     std::function<void()> changed_;

@@ -2,6 +2,8 @@
 
 #include "ctreectrlex.h"
 
+using framework::CImageList;
+
 namespace tessera {
 namespace {
 

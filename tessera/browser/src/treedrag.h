@@ -37,7 +37,7 @@ private:
     CTreeCtrlEx& tree_;
     HTREEITEM item_ = nullptr;
     HTREEITEM target_ = nullptr;  ///< highlighted by the control
-    CImageList image_;
+    framework::CImageList image_;
 };
 
 }  // namespace tessera

@@ -2,8 +2,7 @@
 
 #include "ctreectrlex.h"
 
-#include <framework/text.h>
-
+#include <base/utf16.h>
 #include <utility>
 
 namespace tessera {
@@ -78,7 +77,7 @@ TreeItem* TreeRefill::takeBack(TreeItem* parent, std::string_view text, NodeHand
 void TreeRefill::showAnew(TreeItem& item, std::string_view text, NodeHandle node, int image) {
     if (item.node != node && item.firstWaiting)
         tree_.SendToControl(TVM_EXPAND, TVE_COLLAPSE, item.handle);
-    std::wstring wideText = toWide(text);
+    std::wstring wideText = base::toWide(text);
     TVITEMW shown{};
     shown.mask = TVIF_HANDLE | TVIF_TEXT | TVIF_PARAM | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
     shown.hItem = item.handle;

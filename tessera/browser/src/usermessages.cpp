@@ -2,6 +2,8 @@
 
 #include <framework/strings.h>
 
+using framework::CWnd, framework::loadString;
+
 namespace tessera {
 
 void showMessage(const CWnd& owner, unsigned stringId) {

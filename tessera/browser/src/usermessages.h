@@ -6,7 +6,7 @@
 namespace tessera {
 
 /// A string of the module in a message box owned by the window.
-void showMessage(const CWnd& owner, unsigned stringId);
+void showMessage(const framework::CWnd& owner, unsigned stringId);
 
 /// The platform's simple beep.
 void beepSimply() noexcept;

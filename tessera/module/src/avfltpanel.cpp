@@ -8,6 +8,8 @@
 
 #include <utility>
 
+using framework::ModuleScope, framework::moduleInstance;
+
 namespace {
 
 constexpr const char* kSource = "avfltpanel";

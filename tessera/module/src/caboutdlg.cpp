@@ -7,6 +7,8 @@
 
 #include <cstdio>
 
+using framework::CDialog, framework::ModuleScope;
+
 namespace {
 
 constexpr const char* kVersionText = "版本 " TESSERA_SHORT_VERSION;

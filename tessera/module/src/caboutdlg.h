@@ -4,7 +4,7 @@
 #include <framework/cbitmapbutton.h>
 #include <framework/cdialog.h>
 
-class CAboutDlg : public CDialog {
+class CAboutDlg : public framework::CDialog {
 public:
     /// `parent` is not owned and may be null.
     explicit CAboutDlg(HWND parent);
@@ -13,5 +13,5 @@ protected:
     bool OnInitDialog() override;
 
 private:
-    CBitmapButton picture_;
+    framework::CBitmapButton picture_;
 };

@@ -10,6 +10,8 @@
 #include <tessera/browserexports.h>
 #include <tessera/iaviaryutil.h>
 
+using framework::ModuleScope, framework::loadString, framework::moduleInstance;
+
 namespace {
 
 constexpr const char* kSource = "avfltpanel";

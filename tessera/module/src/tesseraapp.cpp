@@ -6,6 +6,8 @@
 #include <tessera/browserclient.h>
 #include <tessera/nodecreation.h>
 
+using framework::CWinApp, framework::setLanguageSource;
+
 namespace {
 
 class CTesseraApp : public CWinApp {

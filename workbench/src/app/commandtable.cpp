@@ -17,6 +17,8 @@
 #include <utility>
 #include <vector>
 
+using framework::CWnd;
+
 namespace workbench {
 namespace {
 

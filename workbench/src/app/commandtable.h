@@ -18,7 +18,7 @@ class Viewport;
 
 /// What commands act upon.
 struct CommandTargets {
-    CWnd& window;
+    framework::CWnd& window;
     kiln::Core& core;
     SceneFiles& files;
     ScriptFiles& scripts;

@@ -4,6 +4,8 @@
 #include "statustexts.h"
 #include "utilities.h"
 
+using framework::CWnd;
+
 namespace workbench {
 
 HostSide::HostSide(kiln::Core& core, CWnd& window, CommandPanel& panel, StatusTexts& status,

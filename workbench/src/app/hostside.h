@@ -14,7 +14,7 @@ class Utilities;
 class HostSide : public kiln::HostWindow {
 public:
     /// All of them outlive this.
-    HostSide(kiln::Core& core, CWnd& window, CommandPanel& panel, StatusTexts& status,
+    HostSide(kiln::Core& core, framework::CWnd& window, CommandPanel& panel, StatusTexts& status,
              Utilities& utilities);
     ~HostSide() override;
 
@@ -28,7 +28,7 @@ public:
 
 private:
     kiln::Core& core_;
-    CWnd& window_;
+    framework::CWnd& window_;
     CommandPanel& panel_;
     StatusTexts& status_;
     Utilities& utilities_;

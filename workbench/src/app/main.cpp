@@ -3,9 +3,9 @@
 #include "userfilepath.h"
 #include "walk.h"
 
+#include <base/utf16.h>
 #include <framework/cwinapp.h>
 #include <framework/module.h>
-#include <framework/text.h>
 #include <kiln/language.h>
 #include <tessera_version.h>
 #include <workbench/settings.h>
@@ -16,6 +16,8 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+using framework::CWinApp, framework::setLanguageSource;
 
 namespace workbench {
 namespace {
@@ -47,7 +49,7 @@ std::vector<std::string> arguments() {
     std::vector<std::string> all;
     int count = 0;
     wchar_t** words = ::CommandLineToArgvW(::GetCommandLineW(), &count);
-    for (int i = 1; words && i < count; ++i) all.push_back(toUtf8(words[i]));
+    for (int i = 1; words && i < count; ++i) all.push_back(base::toUtf8(words[i]));
     ::LocalFree(words);
     return all;
 }
@@ -95,13 +97,13 @@ void useConsoleOfStarter() {
 std::string programFolder() {
     std::wstring path(32768, L'\0');
     path.resize(::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
-    return toUtf8(path.substr(0, path.find_last_of(L'\\')));
+    return base::toUtf8(path.substr(0, path.find_last_of(L'\\')));
 }
 
 std::string absolutePath(const std::string& path) {
     wchar_t full[MAX_PATH];
-    const DWORD length = ::GetFullPathNameW(toWide(path).c_str(), MAX_PATH, full, nullptr);
-    return length > 0 && length < MAX_PATH ? toUtf8(full) : path;
+    const DWORD length = ::GetFullPathNameW(base::toWide(path).c_str(), MAX_PATH, full, nullptr);
+    return length > 0 && length < MAX_PATH ? base::toUtf8(full) : path;
 }
 
 class WorkbenchApp : public CWinApp {

@@ -4,10 +4,12 @@
 #include "windowverbs.h"
 #include "wording.h"
 
+#include <base/utf16.h>
 #include <framework/module.h>
-#include <framework/text.h>
 
 #include <algorithm>
+
+using framework::CWnd, framework::heightOf, framework::widthOf, framework::windowDpi;
 
 namespace workbench {
 namespace {

@@ -21,7 +21,7 @@
 namespace workbench {
 
 /// Owns what the program consists of, takes the platform's messages and hands them on.
-class MainWindow : public CWnd, public SceneViewClient, public SceneFilesClient {
+class MainWindow : public framework::CWnd, public SceneViewClient, public SceneFilesClient {
 public:
     /// Keeps the language in `settings`, which outlive this.
     MainWindow(kiln::Core& core, Settings& settings);

@@ -5,8 +5,10 @@
 #include "scriptfiles.h"
 
 #include <base/resources.h>
+#include <base/utf16.h>
 #include <framework/module.h>
-#include <framework/text.h>
+
+using framework::moduleInstance, framework::resourceLanguage;
 
 namespace workbench {
 
@@ -72,7 +74,7 @@ void MenuBar::listRecent(std::span<const std::string> recent) {
         std::string text("&");
         text.append(std::to_string(command - CMD_FILE_RECENT + 1)).append("  ");
         for (const char c : path) text.append(c == '&' ? 2 : 1, c);
-        ::AppendMenuW(menu, MF_STRING, command++, toWide(text).c_str());
+        ::AppendMenuW(menu, MF_STRING, command++, base::toWide(text).c_str());
     }
     if (recent.empty()) ::AppendMenuW(menu, MF_STRING | MF_GRAYED, CMD_FILE_RECENT_NONE, L"（空）");
 }
@@ -82,7 +84,7 @@ void MenuBar::listAboutBoxes(std::span<ClassDesc2* const> utilities) {
     while (::GetMenuItemCount(help) > 1) ::DeleteMenu(help, 1, MF_BYPOSITION);
     UINT command = CMD_HELP_ABOUT_UTILITY;
     for (ClassDesc2* const utility : utilities) {
-        const std::wstring text = toWide(std::string("关于 ") + utility->ClassName());
+        const std::wstring text = base::toWide(std::string("关于 ") + utility->ClassName());
         ::AppendMenuW(help, MF_STRING, command++, text.c_str());
     }
 }

@@ -16,7 +16,7 @@ class Viewport;
 class MenuBar {
 public:
     /// All of them outlive this.
-    MenuBar(CWnd& window, kiln::Core& core, Viewport& viewport, ScriptFiles& scripts)
+    MenuBar(framework::CWnd& window, kiln::Core& core, Viewport& viewport, ScriptFiles& scripts)
         : window_(window), core_(core), viewport_(viewport), scripts_(scripts) {}
 
     /// Loads the menu in the present language and sets it as the window's. The about boxes of
@@ -34,7 +34,7 @@ private:
     void enable(UINT command, bool on);
     void check(UINT command, bool on);
 
-    CWnd& window_;
+    framework::CWnd& window_;
     kiln::Core& core_;
     Viewport& viewport_;
     ScriptFiles& scripts_;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+using framework::heightOf, framework::widthOf;
+
 namespace workbench {
 namespace {
 

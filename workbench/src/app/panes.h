@@ -13,7 +13,7 @@ namespace workbench {
 class Panes {
 public:
     /// The windows are children of `parent`, which outlives this.
-    Panes(CWnd& parent, ViewportClient& client) : parent_(parent), viewport_(client) {}
+    Panes(framework::CWnd& parent, ViewportClient& client) : parent_(parent), viewport_(client) {}
 
     bool create();
     /// Positions everything in the parent's client area.
@@ -31,7 +31,7 @@ public:
     StatusBar& status() { return status_; }
 
 private:
-    CWnd& parent_;
+    framework::CWnd& parent_;
     Viewport viewport_;
     CommandPanel panel_;
     ScriptPane script_;

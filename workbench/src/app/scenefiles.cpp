@@ -9,6 +9,8 @@
 
 #include <algorithm>
 
+using framework::CWaitCursor, framework::FileFilter, framework::askOpenFile, framework::askSaveFile;
+
 namespace workbench {
 namespace {
 

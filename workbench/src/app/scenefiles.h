@@ -31,7 +31,8 @@ public:
 class SceneFiles {
 public:
     /// `recentList` is the file of recent files; empty for none.
-    SceneFiles(CWnd& owner, kiln::Core& core, SceneFilesClient& client, std::string recentList)
+    SceneFiles(framework::CWnd& owner, kiln::Core& core, SceneFilesClient& client,
+               std::string recentList)
         : owner_(owner), core_(core), client_(client), recent_(std::move(recentList)) {}
 
     /// "tower.kiln", with a star when there are changes that are not saved.
@@ -78,7 +79,7 @@ private:
     void printResult(const std::string& path, const kiln::ImportResult& result,
                      std::chrono::steady_clock::time_point start);
 
-    CWnd& owner_;
+    framework::CWnd& owner_;
     kiln::Core& core_;
     SceneFilesClient& client_;
     RecentFiles recent_;

@@ -1,8 +1,8 @@
 #include "screenshot.h"
 
 #include <base/replacefile.h>
+#include <base/utf16.h>
 #include <framework/gdi.h>
-#include <framework/text.h>
 
 #include <wincodec.h>
 #include <algorithm>
@@ -10,6 +10,8 @@
 #include <system_error>
 #include <utility>
 #include <vector>
+
+using framework::MemoryDc, framework::WindowDc, framework::pixelFormat;
 
 namespace workbench {
 namespace {
@@ -104,7 +106,7 @@ kiln::Status saveScreenshot(const std::string& path) {
     if (*least == *most) return kiln::Status::failure("the screen is empty");
     try {
         base::FileReplacement file(path);
-        if (FAILED(writePng(toWide(file.name()), picture)))
+        if (FAILED(writePng(base::toWide(file.name()), picture)))
             return kiln::Status::failure(path + " could not be written");
         file.takePlace();
     } catch (const std::system_error& error) {

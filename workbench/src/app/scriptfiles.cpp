@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+using framework::CWaitCursor, framework::CWnd, framework::FileFilter, framework::askOpenFile;
+
 namespace workbench {
 namespace {
 

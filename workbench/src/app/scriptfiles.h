@@ -15,7 +15,7 @@ public:
     using Print = std::function<void(const std::string& line)>;
 
     /// `print` adds a line to the log; `owner` owns the dialogs.
-    ScriptFiles(CWnd& owner, Interface& host, Print print);
+    ScriptFiles(framework::CWnd& owner, Interface& host, Print print);
 
     /// Runs single lines, with the same variables.
     ScriptLine& line() { return line_; }
@@ -36,7 +36,7 @@ public:
     bool hasRun() const { return !path_.empty(); }
 
 private:
-    CWnd& owner_;
+    framework::CWnd& owner_;
     ScriptLine line_;
     Print print_;
     std::string pictureFolder_;

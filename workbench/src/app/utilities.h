@@ -13,7 +13,7 @@ namespace workbench {
 class Utilities {
 public:
     /// `owner` owns message boxes.
-    Utilities(kiln::Core& core, CommandPanel& panel, CWnd& owner)
+    Utilities(kiln::Core& core, CommandPanel& panel, framework::CWnd& owner)
         : core_(core), panel_(panel), owner_(owner) {}
 
     /// Lists those of the modules that are loaded now.
@@ -34,7 +34,7 @@ private:
 
     kiln::Core& core_;
     CommandPanel& panel_;
-    CWnd& owner_;
+    framework::CWnd& owner_;
     std::vector<ClassDesc*> all_;
     std::vector<ClassDesc2*> withAbout_;
 };

@@ -6,8 +6,7 @@
 #include "mainwindow.h"
 #include "screenshot.h"
 
-#include <framework/text.h>
-
+#include <base/utf16.h>
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -15,6 +14,8 @@
 #include <initializer_list>
 #include <map>
 #include <utility>
+
+using framework::CWnd, framework::heightOf, framework::widthOf;
 
 namespace workbench {
 namespace {
@@ -435,7 +436,7 @@ void CALLBACK onDialogTimer(HWND, UINT, UINT_PTR, DWORD) {
 }  // namespace
 
 kiln::Status Walk::shootDialog(int command, const char* title, const char* name) {
-    dialogShot = {toWide(title), folder_ + "\\" + name + ".png"};
+    dialogShot = {base::toWide(title), folder_ + "\\" + name + ".png"};
     const UINT_PTR timer = ::SetTimer(nullptr, 0, kLookMilliseconds, onDialogTimer);
     window_.run(command);
     ::KillTimer(nullptr, timer);

@@ -2,11 +2,12 @@
 
 #include "look.h"
 
-#include <framework/text.h>
-
 #include <windowsx.h>
 #include <algorithm>
 #include <utility>
+
+using framework::BufferedPaint, framework::CButton, framework::SelectScope, framework::WindowDc,
+    framework::heightOf, framework::widthOf;
 
 namespace workbench {
 namespace {

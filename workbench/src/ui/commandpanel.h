@@ -15,7 +15,7 @@ namespace workbench {
 /// Buttons for the utilities, one below the other, then the rollup pages in the order of their
 /// category. What is taller than the panel scrolls: by the scroll bar, the wheel, or dragging an
 /// empty place of a page.
-class CommandPanel : public CWnd {
+class CommandPanel : public framework::CWnd {
 public:
     bool Create(HWND parent, UINT id);
 
@@ -58,7 +58,7 @@ private:
     int contentHeight() const;
     int headingHeight() const { return Scaled(24); }
 
-    std::vector<std::unique_ptr<CButton>> buttons_;
+    std::vector<std::unique_ptr<framework::CButton>> buttons_;
     std::vector<std::unique_ptr<Rollup>> rollups_;
     std::function<void(int)> onPick_;
     int openUtility_ = -1;

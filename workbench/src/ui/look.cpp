@@ -2,6 +2,8 @@
 
 #include <map>
 
+using framework::windowDpi;
+
 namespace workbench {
 namespace {
 

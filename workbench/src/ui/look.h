@@ -19,7 +19,7 @@ public:
     explicit Look(int dpi);
 
 private:
-    GdiFont normal_, bold_, script_;
+    framework::GdiFont normal_, bold_, script_;
 };
 
 }  // namespace workbench

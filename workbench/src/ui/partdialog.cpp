@@ -2,9 +2,10 @@
 
 #include "../app/commands.h"
 
-#include <framework/text.h>
-
+#include <base/utf16.h>
 #include <utility>
+
+using framework::CDialog;
 
 namespace workbench {
 
@@ -14,8 +15,8 @@ PartDialog::PartDialog(HWND owner, std::vector<kiln::FilePart> parts, std::size_
 bool PartDialog::OnInitDialog() {
     const HWND list = ::GetDlgItem(Handle(), IDC_EXPORT_PARTS);
     for (const kiln::FilePart& part : parts_) {
-        const std::wstring line =
-            toWide(part.fileName.empty() ? part.name : part.name + "（" + part.fileName + "）");
+        const std::wstring line = base::toWide(
+            part.fileName.empty() ? part.name : part.name + "（" + part.fileName + "）");
         ::SendMessageW(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line.c_str()));
     }
     ::SendMessageW(list, LB_SETCURSEL, chosen_, 0);

@@ -9,7 +9,7 @@
 namespace workbench {
 
 /// `DoModal` returns IDOK when the user has chosen.
-class PartDialog : public CDialog {
+class PartDialog : public framework::CDialog {
 public:
     /// Starts at the part of that position.
     PartDialog(HWND owner, std::vector<kiln::FilePart> parts, std::size_t chosen);

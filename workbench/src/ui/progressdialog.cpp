@@ -2,8 +2,6 @@
 
 #include "../app/commands.h"
 
-#include <framework/text.h>
-
 #include <commctrl.h>
 
 namespace workbench {

@@ -10,7 +10,7 @@ namespace workbench {
 
 /// While one exists the program's other windows take no input, but paint. It shows itself only when
 /// the work lasts, so that small files do not make it flash.
-class ProgressDialog : public CDialog {
+class ProgressDialog : public framework::CDialog {
 public:
     ProgressDialog(HWND owner, const std::string& title);
     ~ProgressDialog() override;

@@ -3,10 +3,13 @@
 #include "look.h"
 
 #include <base/resources.h>
+#include <base/utf16.h>
 #include <framework/module.h>
-#include <framework/text.h>
 
 #include <utility>
+
+using framework::BufferedPaint, framework::CWnd, framework::SelectScope, framework::heightOf,
+    framework::resourceLanguage, framework::widthOf;
 
 namespace workbench {
 namespace {
@@ -76,7 +79,7 @@ void Rollup::OnPaint() {
     RECT left = bar;
     left.left += Scaled(7);
     ::DrawTextW(dc, sign.c_str(), -1, &left, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
-    const std::wstring title = toWide(title_);
+    const std::wstring title = base::toWide(title_);
     ::DrawTextW(dc, title.c_str(), -1, &bar,
                 DT_SINGLELINE | DT_VCENTER | DT_CENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
 }

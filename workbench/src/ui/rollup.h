@@ -8,7 +8,7 @@
 
 namespace workbench {
 
-class Rollup : public CWnd {
+class Rollup : public framework::CWnd {
 public:
     /// `onFolded` is called after the page was folded or unfolded by the user.
     Rollup(std::string title, bool closed, int category, std::function<void()> onFolded);

@@ -2,10 +2,12 @@
 
 #include "look.h"
 
+#include <base/utf16.h>
 #include <framework/cwaitcursor.h>
-#include <framework/text.h>
 
 #include <utility>
+
+using framework::BufferedPaint, framework::CEdit, framework::CWaitCursor, framework::SelectScope;
 
 namespace workbench {
 namespace {
@@ -28,7 +30,7 @@ void HistoryEdit::showEntry(std::size_t position) {
     position_ = position;
     const std::string entry = position < history_.size() ? history_[position] : std::string();
     SetText(entry);
-    const int end = static_cast<int>(toWide(entry).size());
+    const int end = static_cast<int>(base::toWide(entry).size());
     Select(end, end);
 }
 

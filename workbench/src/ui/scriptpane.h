@@ -10,7 +10,7 @@
 namespace workbench {
 
 /// An edit field that keeps what was entered: Enter enters, up and down go through the history.
-class HistoryEdit : public CEdit {
+class HistoryEdit : public framework::CEdit {
 public:
     std::function<void(const std::string&)> onEnter;
 
@@ -26,7 +26,7 @@ private:
     std::size_t position_ = 0;
 };
 
-class ScriptPane : public CWnd {
+class ScriptPane : public framework::CWnd {
 public:
     bool Create(HWND parent, UINT id);
 
@@ -47,7 +47,7 @@ protected:
 private:
     int lineHeight() const { return Scaled(22); }
 
-    CEdit log_;
+    framework::CEdit log_;
     HistoryEdit line_;
     bool empty_ = true;
 };

@@ -2,7 +2,9 @@
 
 #include "look.h"
 
-#include <framework/text.h>
+#include <base/utf16.h>
+
+using framework::heightOf;
 
 namespace workbench {
 
@@ -33,7 +35,7 @@ void StatusBar::place(int width) {
 void StatusBar::setText(Part part, const std::string& text) {
     if (texts_[part] == text) return;
     texts_[part] = text;
-    const std::wstring wide = toWide(" " + text);
+    const std::wstring wide = base::toWide(" " + text);
     Send(SB_SETTEXTW, part, reinterpret_cast<LPARAM>(wide.c_str()));
 }
 

@@ -8,7 +8,7 @@
 
 namespace workbench {
 
-class StatusBar : public CWnd {
+class StatusBar : public framework::CWnd {
 public:
     enum Part { kMessage, kNodes, kFaces, kSelection, kTime, kPartCount };
 

@@ -2,13 +2,16 @@
 
 #include "look.h"
 
+#include <base/utf16.h>
 #include <framework/module.h>
-#include <framework/text.h>
 
 #include <windowsx.h>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+
+using framework::CWnd, framework::SelectScope, framework::heightOf, framework::makePixelBitmap,
+    framework::widthOf, framework::windowDpi;
 
 namespace workbench {
 namespace {
@@ -118,7 +121,7 @@ void Viewport::drawLabels(HDC dc) {
 void Viewport::drawLabel(HDC dc, const std::string& text, bool right) {
     const SelectScope font(dc, Look::of(Handle()).bold());
     ::SetBkMode(dc, TRANSPARENT);
-    const std::wstring shown = toWide(text);
+    const std::wstring shown = base::toWide(text);
     const auto put = [&](COLORREF colour, int shift) {
         RECT area{Scaled(10) + shift, Scaled(8) + shift, bitmap_.width - Scaled(10) + shift,
                   bitmap_.height};

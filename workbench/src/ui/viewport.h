@@ -24,7 +24,7 @@ public:
 /// Shift, and with the right button, it pans; with Ctrl it zooms. The wheel zooms towards the
 /// mouse. Each goes by what is under the mouse: that is what follows it. Arrow keys orbit, plus and
 /// minus zoom.
-class Viewport : public CWnd {
+class Viewport : public framework::CWnd {
 public:
     explicit Viewport(ViewportClient& client) : client_(client) {}
 
@@ -73,7 +73,7 @@ private:
 
     /// What was drawn, as the platform takes it.
     struct Bitmap {
-        GdiBitmap handle;
+        framework::GdiBitmap handle;
         Colour* bits = nullptr;  // of the handle
         int width = 0, height = 0;
     };
