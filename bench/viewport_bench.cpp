@@ -34,14 +34,14 @@ void addTerrain(SceneModel& scene, int faces, double cell, const Texture* textur
         const auto place = [](std::uint32_t corner) {
             return TexturePlace{static_cast<float>(corner % 11), static_cast<float>(corner / 11)};
         };
-        const auto colour = static_cast<Colour>(0x508040 + tile % 32 * 0x010201);
+        const auto color = static_cast<Color>(0x508040 + tile % 32 * 0x010201);
         for (std::uint32_t j = 0; j < 5; ++j)
             for (std::uint32_t i = 0; i < 10; ++i) {
                 const std::uint32_t a = j * 11 + i;
                 const TexturePlace lower[] = {place(a), place(a + 1), place(a + 12)};
                 const TexturePlace upper[] = {place(a), place(a + 12), place(a + 11)};
-                scene.addTriangle(a, a + 1, a + 12, colour, 3, lower);
-                scene.addTriangle(a, a + 12, a + 11, colour, 6, upper);
+                scene.addTriangle(a, a + 1, a + 12, color, 3, lower);
+                scene.addTriangle(a, a + 12, a + 11, color, 6, upper);
             }
         scene.endItem();
     }

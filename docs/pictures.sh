@@ -18,7 +18,7 @@ fi
 picture() {
     local source=$shots/$2.png
     [ -f "$source" ] || { printf 'pictures.sh: no screenshot %s\n' "$source" >&2; exit 1; }
-    # Few colours make small files; dithering would make them large again.
+    # Few colors make small files; dithering would make them large again.
     convert "$source" -crop "$3" +repage -resize "$4" -strip +dither -colors 250 \
         -define png:compression-level=9 "png8:$images/$1.png"
 }

@@ -40,8 +40,8 @@ public:
             ::GdiFlush();
         }
         for (int i = 0; i < width_ * height_; ++i) {
-            const std::uint32_t colour = pixels_[i] & 0xFFFFFF;
-            pixels_[i] = colour == kSeeThrough ? 0 : colour | 0xFF000000;
+            const std::uint32_t color = pixels_[i] & 0xFFFFFF;
+            pixels_[i] = color == kSeeThrough ? 0 : color | 0xFF000000;
         }
         return std::move(bitmap_);
     }

@@ -182,8 +182,8 @@ CImageList CTreeCtrl::CreateDragImage(HTREEITEM item) const {
     return CImageList(reinterpret_cast<HIMAGELIST>(Send(TVM_CREATEDRAGIMAGE, 0, pointerTo(item))));
 }
 
-void CTreeCtrl::SetBackground(COLORREF colour) const {
-    Send(TVM_SETBKCOLOR, 0, static_cast<LPARAM>(colour));
+void CTreeCtrl::SetBackground(COLORREF color) const {
+    Send(TVM_SETBKCOLOR, 0, static_cast<LPARAM>(color));
 }
 
 COLORREF CTreeCtrl::Background() const {

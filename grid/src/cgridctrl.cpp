@@ -202,8 +202,8 @@ void CGridCtrl::SelectRange(const CellRange& range) {
 
 // Switches
 
-void CGridCtrl::SetBackground(COLORREF colour) {
-    background_ = colour;
+void CGridCtrl::SetBackground(COLORREF color) {
+    background_ = color;
     InvalidateAll();
 }
 

@@ -15,12 +15,12 @@ constexpr COLORREF kLine = RGB(200, 200, 200);
 // Characters of a text; no cell shows more, and measuring more would take time.
 constexpr size_t kMostDrawn = 1000;
 
-void fill(HDC dc, const RECT& area, COLORREF colour) {
-    ::SetBkColor(dc, colour);
+void fill(HDC dc, const RECT& area, COLORREF color) {
+    ::SetBkColor(dc, color);
     ::ExtTextOutW(dc, 0, 0, ETO_OPAQUE, &area, nullptr, 0, nullptr);
 }
 
-// A mixture of two colours that is still easy to read on the second.
+// A mixture of two colors that is still easy to read on the second.
 COLORREF between(COLORREF from, COLORREF to) {
     const auto part = [](BYTE a, BYTE b) { return static_cast<BYTE>((3 * a + b) / 4); };
     return RGB(part(GetRValue(from), GetRValue(to)), part(GetGValue(from), GetGValue(to)),
@@ -28,9 +28,9 @@ COLORREF between(COLORREF from, COLORREF to) {
 }
 
 // The lower and right edge of a cell, within it.
-void drawEdges(HDC dc, const RECT& area, COLORREF colour) {
-    fill(dc, {area.left, area.bottom - 1, area.right, area.bottom}, colour);
-    fill(dc, {area.right - 1, area.top, area.right, area.bottom}, colour);
+void drawEdges(HDC dc, const RECT& area, COLORREF color) {
+    fill(dc, {area.left, area.bottom - 1, area.right, area.bottom}, color);
+    fill(dc, {area.right - 1, area.top, area.right, area.bottom}, color);
 }
 
 std::wstring drawnText(const Cell& cell) {
@@ -102,12 +102,12 @@ void CGridCtrl::PaintCell(HDC dc, CellId id, const RECT& area) const {
     const bool readOnly = editable_ && !fixed && !CanEdit(id);
 
     COLORREF back = background_;
-    COLORREF textColour = ::GetSysColor(IsEnabled() ? COLOR_WINDOWTEXT : COLOR_GRAYTEXT);
-    if (readOnly && IsEnabled()) textColour = between(textColour, background_);
+    COLORREF textColor = ::GetSysColor(IsEnabled() ? COLOR_WINDOWTEXT : COLOR_GRAYTEXT);
+    if (readOnly && IsEnabled()) textColor = between(textColor, background_);
     if (fixed || selected) back = ::GetSysColor(COLOR_BTNFACE);
     if (active) {
         back = ::GetSysColor(COLOR_HIGHLIGHT);
-        textColour = ::GetSysColor(COLOR_HIGHLIGHTTEXT);
+        textColor = ::GetSysColor(COLOR_HIGHLIGHTTEXT);
     }
     fill(dc, area, back);
     drawEdges(dc, area, fixed ? ::GetSysColor(COLOR_BTNSHADOW) : kLine);
@@ -118,7 +118,7 @@ void CGridCtrl::PaintCell(HDC dc, CellId id, const RECT& area) const {
         const LONG style = ::GetWindowLongW(Handle(), GWL_EXSTYLE);
         const UINT reading = style & WS_EX_RTLREADING ? UINT{DT_RTLREADING} : 0u;
         ::SetBkMode(dc, TRANSPARENT);
-        ::SetTextColor(dc, textColour);
+        ::SetTextColor(dc, textColor);
         ::DrawTextW(dc, text.c_str(), static_cast<int>(text.size()), &place,
                     (cell.format & ~UINT{DT_MODIFYSTRING}) | DT_NOPREFIX | reading);
     }

@@ -1,4 +1,4 @@
-// The colours that faces and vertices show.
+// The colors that faces and vertices show.
 #pragma once
 
 #include <interchange/fileindex.h>
@@ -13,21 +13,21 @@
 
 namespace interchange {
 
-/// The face's primary colour: its packed one, or the one that it names in the colour palette by
-/// entry and intensity. None when the face has no colour, or names one that is not there.
+/// The face's primary color: its packed one, or the one that it names in the color palette by
+/// entry and intensity. None when the face has no color, or names one that is not there.
 std::optional<COLORREF> colorOf(const FltFace& face, const FltColorPalette& palette);
 
-/// The colour that an index names in the palette. One that is not whole, as in older formats,
+/// The color that an index names in the palette. One that is not whole, as in older formats,
 /// counts as none.
 std::optional<COLORREF> indexedColor(std::uint32_t index, const FltColorPalette& palette);
 
 /// The same for a vertex.
 std::optional<COLORREF> vertexColor(const FltVertexView& vertex, const FltColorPalette& palette);
 
-/// Puts that packed colour into a vertex record, as far as the record is long enough to hold it.
+/// Puts that packed color into a vertex record, as far as the record is long enough to hold it.
 void setVertexColor(std::span<std::uint8_t> vertex, COLORREF color);
 
-/// The colour as a packed one, opaque: from the most significant byte alpha, blue, green, red.
+/// The color as a packed one, opaque: from the most significant byte alpha, blue, green, red.
 std::uint32_t packedColorOf(COLORREF color) noexcept;
 
 }  // namespace interchange

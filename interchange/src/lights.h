@@ -7,7 +7,7 @@
 
 namespace interchange {
 
-/// A light of the palette entry's type, colour and state. The caller owns it, without a reference.
+/// A light of the palette entry's type, color and state. The caller owns it, without a reference.
 Object* makeLight(const FltLightSourcePalette& palette);
 
 /// Where a light source stands, and how it is turned. Yaw and pitch lead from the light's target to

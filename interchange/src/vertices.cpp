@@ -16,7 +16,7 @@ namespace interchange {
 namespace {
 
 /// An entry begins with what stands in a record before its position, which is the same for all
-/// kinds; what stands from the colour on follows.
+/// kinds; what stands from the color on follows.
 std::size_t headSize() noexcept {
     return FltVertexView::layoutOf(kFltVertexWithColor).position.begin;
 }
@@ -113,7 +113,7 @@ bool VertexTails::fits(const Mesh& mesh) const noexcept {
     return normals == !mesh.normals.IsEmpty() && textures == !mesh.tVerts.IsEmpty();
 }
 
-/// A vertex as the exporter makes it from a mesh without colours, padded to a multiple of 8.
+/// A vertex as the exporter makes it from a mesh without colors, padded to a multiple of 8.
 FileBytes VertexTails::ownVertex(bool withNormal, bool withTexture) {
     std::vector<std::uint8_t>& bytes = own_[(withNormal ? 2U : 0U) + (withTexture ? 1U : 0U)];
     if (bytes.empty()) {
@@ -127,7 +127,7 @@ FileBytes VertexTails::ownVertex(bool withNormal, bool withTexture) {
     return bytes;
 }
 
-/// The record of an entry with zeros for coordinates. It may end before its colour, and then has
+/// The record of an entry with zeros for coordinates. It may end before its color, and then has
 /// bytes behind its end, up to there.
 FileBytes VertexTails::keptVertex(std::size_t index) {
     if (recordOf_ == index) return record_;

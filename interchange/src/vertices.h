@@ -1,4 +1,4 @@
-// Vertex records: position, colour, and by kind a normal and texture coordinates.
+// Vertex records: position, color, and by kind a normal and texture coordinates.
 #pragma once
 
 #include <interchange/fileindex.h>
@@ -15,7 +15,7 @@ struct Mesh;
 
 namespace interchange {
 
-/// What a vertex without a colour has in a mesh with colours.
+/// What a vertex without a color has in a mesh with colors.
 inline constexpr COLORREF kVertexWhite = 0xFFFFFF;
 
 /// How much of a vertex record is kept, twice what the longest kind needs. Every corner has its own
@@ -23,7 +23,7 @@ inline constexpr COLORREF kVertexWhite = 0xFFFFFF;
 inline constexpr std::size_t kLongestVertex = 128;
 
 /// What vertex records hold beside coordinates and normal, for the corners of one mesh: kind,
-/// length, colour name, flags, colour, and whatever follows within the first `kLongestVertex`
+/// length, color name, flags, color, and whatever follows within the first `kLongestVertex`
 /// bytes.
 ///
 /// As bytes: one entry for each vertex, or a single one for all when they are alike. An entry is
@@ -40,7 +40,7 @@ public:
 
     /// Appends the record of the mesh's vertex `index`, with its texture coordinates `texture`
     /// (null for none), to `bytes`. Where the mesh has no normals and nothing was kept, it gets
-    /// `normal` (null for none). Colour indices are those of `colorPalette`; a vertex whose colour
+    /// `normal` (null for none). Color indices are those of `colorPalette`; a vertex whose color
     /// in the mesh is another gets that one.
     void appendVertex(const Mesh& mesh, std::uint32_t index, const Point3f* texture,
                       const Point3f* normal, const FltColorPalette& colorPalette,
@@ -56,7 +56,7 @@ private:
 
     std::vector<std::uint8_t> bytes_;    ///< the entries
     std::vector<std::uint32_t> starts_;  ///< of the entries in `bytes_`
-    /// What the exporter makes itself, by kind, without colour and coordinates.
+    /// What the exporter makes itself, by kind, without color and coordinates.
     std::array<std::vector<std::uint8_t>, 4> own_;
     std::vector<std::uint8_t> record_;  ///< of the entry `recordOf_`, without coordinates
     std::size_t recordOf_ = kNone;

@@ -13,7 +13,7 @@ template <>
 struct quillon::Layout<FltFace> {
     static constexpr OpcodeCheck kOpcodeCheck{"fltface", 97};
     static constexpr DefaultName kName{"f", &FltHeader::nextFaceId};
-    // From here on the record has colour names, and colour indices of 32 bits at its end.
+    // From here on the record has color names, and color indices of 32 bits at its end.
     static constexpr std::uint32_t kChangedIn = 1510;
 
     template <typename IsNewer>
@@ -27,7 +27,7 @@ struct quillon::Layout<FltFace> {
             codec.template stored<std::uint16_t>("alternateColorIndex", record.alternateColorIndex);
         }
         layoutSurface(codec, record);
-        // Stored faces give their colours by index: a packed colour that was read must not outlive
+        // Stored faces give their colors by index: a packed color that was read must not outlive
         // an edit of the index.
         codec.readOnly("packedPrimaryColor", record.packedPrimaryColor);
         codec.readOnly("packedAlternateColor", record.packedAlternateColor);
@@ -35,7 +35,7 @@ struct quillon::Layout<FltFace> {
     }
     static void afterReading(FltFace& face, std::uint32_t revision) {
         if (revision >= kChangedIn) return;
-        // A face of these revisions is one colour: an alternate that is given at all is the
+        // A face of these revisions is one color: an alternate that is given at all is the
         // primary.
         const std::uint32_t primary = face.primaryColorIndex;
         const bool hasAlternate = face.alternateColorIndex != kNoColorNarrow;

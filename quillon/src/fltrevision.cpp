@@ -12,7 +12,7 @@ constexpr FltNewerRecord kRecords[] = {
     {kFltMesh, 1570, "mesh", "meshes"},
     {kFltLightPoint, 1500, "light point", "light points"},
     {kFltTextureMappingPalette, 1510, "texture mapping", "texture mappings"},
-    {kFltColorNamePalette, 1510, "colour name palette", "colour name palettes"},
+    {kFltColorNamePalette, 1510, "color name palette", "color name palettes"},
     {kFltCat, 1500, "adaptive terrain", "adaptive terrains"},
     {kFltAdaptiveAttribute, 1500, "adaptive attribute", "adaptive attributes"},
     {kFltCurveNode, 1500, "curve", "curves"},

@@ -329,7 +329,7 @@ void addVisitor(Node& root) {
     FltXRef reference;
     fltSetText(reference.fileName, "aircraft/airliner.flt");
     reference.flags = static_cast<std::int32_t>(0x80000000);
-    place.add(reference, "外部引用 airliner").comment("aircraft/airliner.flt, own colours");
+    place.add(reference, "外部引用 airliner").comment("aircraft/airliner.flt, own colors");
 }
 
 // ---------------------------------------------------------------- surroundings and lights

@@ -39,13 +39,13 @@ public:
         return append(children_, std::make_unique<Record>(std::move(record)), std::move(longId));
     }
 
-    /// Adds a face over `polygon`, coloured by entry `color` of the colour palette.
+    /// Adds a face over `polygon`, colored by entry `color` of the color palette.
     Node& addFace(Polygon polygon, std::uint32_t color);
 
     /// The same, lying on this face: drawn after it, without regard to depth.
     Node& addSubface(Polygon polygon, std::uint32_t color);
 
-    /// Gives a light point its points, coloured by entry `color` of the colour palette.
+    /// Gives a light point its points, colored by entry `color` of the color palette.
     void setPoints(Polygon points, std::uint32_t color);
 
     Node& comment(std::string text);
@@ -70,7 +70,7 @@ private:
 /// The database: its palettes, and the nodes below its header.
 struct FltScene {
     FltHeader header;
-    std::vector<Rgb> colors;  ///< entries of the colour palette, from 0 on
+    std::vector<Rgb> colors;  ///< entries of the color palette, from 0 on
     std::vector<FltLightSourcePalette> lights;
     std::string comment;
     Node root{nullptr};  ///< stands for the header; only its children are written

@@ -33,7 +33,7 @@ std::string refusal(FltNodeOptions& options, const Bytes& bytes) {
 TEST_F(NodeOptions, FaceOptionsHaveTheirStoredForm) {
     INode* const node = dummy();
     ASSERT_TRUE(fltPutOptions(node, KilnFace()));
-    // Version, host normals, material, super face, two colours, and last keep triangles.
+    // Version, host normals, material, super face, two colors, and last keep triangles.
     EXPECT_EQ(
         chunkBytes(node, kOptionsChunk),
         RecordBytes(5, 32).int32(4, 1).int32(8, 1).int32(20, 0xFFFFFFFF).int32(24, 0xFFFFFFFF));

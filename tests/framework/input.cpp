@@ -158,9 +158,9 @@ void wheel(HWND window, POINT at, int delta) {
 COLORREF pixel(HWND window, POINT at) {
     ::UpdateWindow(window);
     const HDC dc = ::GetDC(window);
-    const COLORREF colour = ::GetPixel(dc, at.x, at.y);
+    const COLORREF color = ::GetPixel(dc, at.x, at.y);
     ::ReleaseDC(window, dc);
-    return colour;
+    return color;
 }
 
 }  // namespace testinput

@@ -43,7 +43,7 @@ void drag(HWND window, POINT from, POINT to);
 /// Turns the mouse wheel there; 120 is one notch away from the user.
 void wheel(HWND window, POINT at, int delta);
 
-/// The colour of a pixel of the window's client area as the window paints it now.
+/// The color of a pixel of the window's client area as the window paints it now.
 COLORREF pixel(HWND window, POINT at);
 
 }  // namespace testinput

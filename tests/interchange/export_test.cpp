@@ -84,7 +84,7 @@ TEST_F(ExportTest, WritesEditsAndKeepsTheRest) {
     EXPECT_EQ(comment, "new comment");
 }
 
-TEST_F(ExportTest, DropsPackedColoursOfEditedIndices) {
+TEST_F(ExportTest, DropsPackedColorsOfEditedIndices) {
     constexpr std::uint32_t kPacked = 0x10000000;
     FltBytes file("f");
     file.palette(kPoints)
@@ -102,8 +102,8 @@ TEST_F(ExportTest, DropsPackedColoursOfEditedIndices) {
     EXPECT_EQ(recordOf<FltFace>(again->GetChildNode(1)).flags & kPacked, 0U);
 }
 
-// The record of a copied face has no packed colour: that is among what its import kept.
-TEST_F(ExportTest, KeepsPackedColoursTogetherWithTheirFlag) {
+// The record of a copied face has no packed color: that is among what its import kept.
+TEST_F(ExportTest, KeepsPackedColorsTogetherWithTheirFlag) {
     constexpr std::uint32_t kPacked = 0x10000000;
     FltBytes file("f");
     file.palette(kPoints).push().polygon("plain", {0, 1, 2}).face("packed", kPacked, 0xFF332211);
@@ -131,8 +131,8 @@ TEST_F(ExportTest, KeepsPackedColoursTogetherWithTheirFlag) {
     }
 }
 
-// A face that has become several polygons: each is written as a face of that colour.
-TEST_F(ExportTest, GivesEveryPolygonOfAFaceItsPackedColour) {
+// A face that has become several polygons: each is written as a face of that color.
+TEST_F(ExportTest, GivesEveryPolygonOfAFaceItsPackedColor) {
     constexpr std::uint32_t kPacked = 0x10000000;
     FltBytes file("f");
     file.palette(kPoints).push().face("packed", kPacked, 0xFF332211);
@@ -426,7 +426,7 @@ TEST_F(ExportTest, SaysWhatAnOlderRevisionCannot) {
         .group("a")
         .record(kFltLightPointSystem, Bytes().zeros(16));
     file.record(kFltLightPoint, Bytes().zeros(152)).record(kFltLightPoint, Bytes().zeros(152));
-    // A colour beyond 16 bits, one within, and one that nobody sees.
+    // A color beyond 16 bits, one within, and one that nobody sees.
     file.face("far", 0, 0, 70'000).face("near", 0x20000000, 0, 7).face("no", 0x60000000, 0, 70'000);
     INode* const database = import(file.pop());
     auto header = recordOf<FltHeader>(database);
@@ -446,7 +446,7 @@ TEST_F(ExportTest, SaysWhatAnOlderRevisionCannot) {
         "the header");
     EXPECT_EQ(saidOf(1420),
               ", which OpenFlight 14.2 cannot say in full: 2 light points, 1 light point system, 1 "
-              "shader, colours of 1 face, fields of the header");
+              "shader, colors of 1 face, fields of the header");
 }
 
 // A header as published, in the places of which every byte says something.

@@ -75,7 +75,7 @@ public:
     FltBytes& comment(std::string_view text) { return record(kFltComment, Bytes().text(text)); }
     FltBytes& longId(std::string_view text) { return record(kFltLongId, Bytes().text(text)); }
 
-    /// A face as written at 15.8, without colour unless `flags` say so.
+    /// A face as written at 15.8, without color unless `flags` say so.
     FltBytes& face(std::string_view id, std::uint32_t flags = 0x60000000,
                    std::uint32_t packedColor = 0, std::uint32_t colorIndex = 0) {
         Bytes body;
@@ -84,7 +84,7 @@ public:
         return record(kFltFace, body);
     }
 
-    /// A vertex palette of vertices with colour.
+    /// A vertex palette of vertices with color.
     FltBytes& palette(std::initializer_list<std::array<double, 3>> points) {
         record(kFltVertexPalette,
                Bytes().u32(static_cast<std::uint32_t>(8 + kVertexLength * points.size())));

@@ -145,7 +145,7 @@ TEST_F(ImportTest, TurnsPolygonsIntoMeshes) {
     }
 }
 
-TEST_F(ImportTest, ColoursAndHidesFaces) {
+TEST_F(ImportTest, ColorsAndHidesFaces) {
     constexpr std::uint32_t kPacked = 0x10000000, kNone = 0x40000000, kHidden = 0x04000000;
     Bytes palette;
     palette.zeros(128 + 4 * 5).u8(255).u8(30).u8(20).u8(10).zeros(4 * 1018);
@@ -153,7 +153,7 @@ TEST_F(ImportTest, ColoursAndHidesFaces) {
     file.record(kFltColorPalette, palette).push();
     file.face("packed", kPacked, 0xFF332211).face("full", 0, 0, 5 * 128 + 127);
     file.face("half", 0, 0, 5 * 128 + 63).face("hidden", kHidden | kPacked, 0xFF332211);
-    const int kUncoloured = 4;
+    const int kUncolored = 4;
     file.face("none", kNone, 0, 5 * 128 + 127).face("beyond", 0, 0, 0xFFFFFFFF).pop();
     INode* database = import(file);
 
@@ -164,7 +164,7 @@ TEST_F(ImportTest, ColoursAndHidesFaces) {
     EXPECT_FALSE(database->GetChildNode(0)->IsHidden());
     EXPECT_TRUE(database->GetChildNode(3)->IsHidden());
     const COLORREF hostColor = import(FltBytes().group("plain"))->GetChildNode(0)->GetWireColor();
-    for (int i = kUncoloured; i < 6; ++i) EXPECT_EQ(colorOf(i), hostColor) << i;
+    for (int i = kUncolored; i < 6; ++i) EXPECT_EQ(colorOf(i), hostColor) << i;
 }
 
 TEST_F(ImportTest, MovesNodesByTheirMatrix) {
@@ -243,7 +243,7 @@ TEST_F(ImportTest, KeepsThePointsOfLightPoints) {
     }
 }
 
-TEST_F(ImportTest, ColoursLightPointsByTheirVertices) {
+TEST_F(ImportTest, ColorsLightPointsByTheirVertices) {
     constexpr unsigned kPacked = 0x1000, kNoColor = 0x2000;
     Bytes colors;
     colors.zeros(128 + 4 * 5).u8(255).u8(30).u8(20).u8(10).zeros(4 * 1018);
@@ -252,7 +252,7 @@ TEST_F(ImportTest, ColoursLightPointsByTheirVertices) {
     const auto palette = static_cast<std::uint32_t>(file.size());
     file.record(kFltVertexPalette, Bytes().u32(0));
     Bytes list;
-    // Each kind of vertex has its colour behind other things: normal, both, texture coordinates.
+    // Each kind of vertex has its color behind other things: normal, both, texture coordinates.
     const std::pair<unsigned, std::size_t> kinds[] = {{68, 0}, {69, 12}, {70, 20}, {71, 8}};
     for (const unsigned flags : {kPacked, 0U, kNoColor}) {
         for (const auto& [opcode, before] : kinds) {

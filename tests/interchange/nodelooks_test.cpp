@@ -55,7 +55,7 @@ TEST_F(NodeLooksTest, FacesFollowTheirRecordsAndPalettes) {
     NodeLook none;
     EXPECT_FALSE(source.GetLook(top->GetChildNode(1), none));
     EXPECT_FALSE(source.GetLook(nullptr, none));
-    // As the file has it: no light mode, indices 0 without entries, no colour.
+    // As the file has it: no light mode, indices 0 without entries, no color.
     EXPECT_FALSE(look(face).lit);
     EXPECT_TRUE(look(face).vertexColors);
     EXPECT_EQ(look(face).picture, nullptr);
@@ -72,7 +72,7 @@ TEST_F(NodeLooksTest, FacesFollowTheirRecordsAndPalettes) {
     });
     const NodeLook lit = look(face);
     EXPECT_TRUE(lit.lit && lit.white && lit.blended && lit.vertexNormals);
-    EXPECT_FALSE(lit.vertexColors) << "the face has a colour";
+    EXPECT_FALSE(lit.vertexColors) << "the face has a color";
     EXPECT_EQ(lit.ambient.green, 0.25F);
     EXPECT_EQ(lit.diffuse.red, 0.75F);
     EXPECT_EQ(lit.emissive.green, 1) << "more than all is all";

@@ -359,7 +359,7 @@ TEST_F(RoundTrip, ContinuesWhatIsTooLongForOneRecord) {
 }
 
 TEST_F(RoundTrip, ShowsMeshesAndGivesThemBack) {
-    // Position, packed colour, normal and base texture coordinates of six vertices.
+    // Position, packed color, normal and base texture coordinates of six vertices.
     Bytes pool;
     pool.u32(6).u32(0xB8000000);
     for (int i = 0; i < 6; ++i) {

@@ -47,7 +47,7 @@ TEST(FaceTest, HasEightyBytesFrom1510On) {
 }
 
 TEST(FaceTest, HasSixtyFourBytesBefore1510) {
-    // The low halves of the colour indices stand where the colour names are later.
+    // The low halves of the color indices stand where the color names are later.
     const std::string expected =
         std::string("0005 0040 'f7':8 01020304 0005 06 01 1170 1171 ") + kCommonMiddle + "00:8";
     EXPECT_EQ(toHex(encode(distinctFace(), 1420)), toHex(hex(expected)));

@@ -53,7 +53,7 @@ TEST_F(HostVerbsTest, SelectsHidesNamesAndMoves) {
     EXPECT_EQ(good("objects"), "#($my node)");
     EXPECT_THAT(bad("b.position = 5"), HasSubstr("a position is a point"));
     EXPECT_THAT(bad("b.children = #()"), HasSubstr("read-only"));
-    EXPECT_THAT(bad("b.colour"), HasSubstr("a node has no property \"colour\""));
+    EXPECT_THAT(bad("b.color"), HasSubstr("a node has no property \"color\""));
 }
 
 TEST_F(HostVerbsTest, SavesAndOpensScenes) {

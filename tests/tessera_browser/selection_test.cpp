@@ -328,8 +328,8 @@ TEST_F(BrowserSelection, IllegalDropsAreRefusedWithAMessage) {
     EXPECT_TRUE(boxes.take().empty());
 }
 
-// What is selected can be told by its colour, with and without the focus.
-TEST_F(BrowserSelection, SelectedItemsAreColoured) {
+// What is selected can be told by its color, with and without the focus.
+TEST_F(BrowserSelection, SelectedItemsAreColored) {
     click(1);
     click(3, {VK_CONTROL});
     click(4, {VK_CONTROL});

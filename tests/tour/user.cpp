@@ -175,9 +175,9 @@ HWND dialogNamed(DWORD process, const std::wstring& caption) {
     });
 }
 
-std::optional<RECT> Picture::extentOf(COLORREF colour) const {
-    const DWORD wanted = static_cast<DWORD>(GetRValue(colour)) << 16 |
-                         static_cast<DWORD>(GetGValue(colour)) << 8 | GetBValue(colour);
+std::optional<RECT> Picture::extentOf(COLORREF color) const {
+    const DWORD wanted = static_cast<DWORD>(GetRValue(color)) << 16 |
+                         static_cast<DWORD>(GetGValue(color)) << 8 | GetBValue(color);
     std::optional<RECT> extent;
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {

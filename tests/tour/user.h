@@ -44,8 +44,8 @@ struct Picture {
     std::vector<DWORD> pixels;
 
     friend bool operator==(const Picture&, const Picture&) = default;
-    /// The rectangle around all pixels of a colour; none when there are none.
-    std::optional<RECT> extentOf(COLORREF colour) const;
+    /// The rectangle around all pixels of a color; none when there are none.
+    std::optional<RECT> extentOf(COLORREF color) const;
 };
 Picture look(const RECT& screen);
 

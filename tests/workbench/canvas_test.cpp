@@ -8,7 +8,7 @@ using namespace workbench;
 
 namespace {
 
-constexpr Colour kRed = 0xFF0000, kBlue = 0x0000FF;
+constexpr Color kRed = 0xFF0000, kBlue = 0x0000FF;
 
 Canvas blank(int width, int height) {
     Canvas canvas;
@@ -31,14 +31,14 @@ Fill over(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, Item
 }
 
 void fill(Canvas& canvas, const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
-          Colour colour, ItemIndex item) {
-    canvas.triangle(a, b, c, colour, over(a, b, c, item));
+          Color color, ItemIndex item) {
+    canvas.triangle(a, b, c, color, over(a, b, c, item));
 }
 
-int count(const Canvas& canvas, Colour colour) {
+int count(const Canvas& canvas, Color color) {
     int found = 0;
     for (int y = 0; y < canvas.height(); ++y)
-        for (int x = 0; x < canvas.width(); ++x) found += canvas.pixel(x, y) == colour;
+        for (int x = 0; x < canvas.width(); ++x) found += canvas.pixel(x, y) == color;
     return found;
 }
 
@@ -149,7 +149,7 @@ TEST(Canvas, LineHidesBehindSurfacesUnlessTold) {
     EXPECT_EQ(canvas.item(2, 6), 1u) << "a line of no item leaves the surface to be picked";
 }
 
-TEST(Canvas, AGradientMeetsItsCornersColoursAndCoversWhatATriangleDoes) {
+TEST(Canvas, AGradientMeetsItsCornersColorsAndCoversWhatATriangleDoes) {
     const ScreenPoint a{2, 2, 1}, b{60, 5, 1}, c{8, 58, 1};
     Canvas plain = blank(64, 64), shaded = blank(64, 64);
     fill(plain, a, b, c, kRed, 1);
@@ -185,8 +185,8 @@ TEST(Canvas, OutlineRunsAroundWhatIsChosenAndNeverOverIt) {
 }
 
 // A point as large as what it stands for, drawn as a light is.
-void dot(Canvas& canvas, float x, float y, Colour colour, ItemIndex item) {
-    canvas.glow({x, y, 0}, 1, {colour, 1, item});
+void dot(Canvas& canvas, float x, float y, Color color, ItemIndex item) {
+    canvas.glow({x, y, 0}, 1, {color, 1, item});
 }
 
 TEST(Canvas, PicksTheNearestWithinReach) {

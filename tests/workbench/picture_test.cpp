@@ -28,12 +28,11 @@ Bytes joined(Bytes bytes, const Bytes& more) {
 const Bytes kChannels = {255, 0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255};
 
 TEST(SgiPicture, ReadsEachNumberOfChannels) {
-    const Picture colour = readSgiPicture(joined(header(false, 1, 2, 2, 3), kChannels));
-    EXPECT_EQ(colour.width, 2);
-    EXPECT_EQ(colour.height, 2);
-    EXPECT_THAT(colour.texels,
-                testing::ElementsAre(0xFFFF0000, 0xFF00FF00, 0xFF0000FF, 0xFFFFFFFF));
-    EXPECT_FALSE(colour.hasAlpha());
+    const Picture color = readSgiPicture(joined(header(false, 1, 2, 2, 3), kChannels));
+    EXPECT_EQ(color.width, 2);
+    EXPECT_EQ(color.height, 2);
+    EXPECT_THAT(color.texels, testing::ElementsAre(0xFFFF0000, 0xFF00FF00, 0xFF0000FF, 0xFFFFFFFF));
+    EXPECT_FALSE(color.hasAlpha());
     const Picture alpha =
         readSgiPicture(joined(joined(header(false, 1, 2, 2, 4), kChannels), {1, 2, 3, 255}));
     EXPECT_THAT(alpha.texels, testing::ElementsAre(0x01FF0000, 0x0200FF00, 0x030000FF, 0xFFFFFFFF));
@@ -105,7 +104,7 @@ TEST(TextureTest, RepeatsAndIsSmoothFromNearAndFar) {
     EXPECT_EQ(uneven.levels(), 3);
     EXPECT_TRUE(uneven.hasAlpha());
     EXPECT_EQ(uneven.level(2).at(0, 0) & 0xFFFFFF, 0x112233u)
-        << "what cannot be seen has no say in the colour";
+        << "what cannot be seen has no say in the color";
     Picture large{2000, 1, {}};
     large.texels.assign(2000, 0xFF808080);
     EXPECT_EQ(Texture(large).level(0).widthBits, Texture::kMostBits);

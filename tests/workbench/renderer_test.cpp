@@ -6,7 +6,7 @@ using namespace workbench;
 
 namespace {
 
-constexpr Colour kGrey = 0xC0C0C0;
+constexpr Color kGrey = 0xC0C0C0;
 
 ItemIndex addCube(SceneModel& scene, Vec3d centre, double size) {
     const ItemIndex item = scene.beginItem();
@@ -62,7 +62,7 @@ TEST_F(RendererTest, SidesOfACubeDifferInBrightness) {
     addCube(scene_, {}, 10);
     camera_.frame(scene_.box());
     draw();
-    std::vector<Colour> seen;
+    std::vector<Color> seen;
     for (int y = 0; y < kHeight; ++y)
         for (int x = 0; x < kWidth; ++x)
             if (canvas_.item(x, y) != kNoItem) seen.push_back(canvas_.pixel(x, y));
@@ -85,7 +85,7 @@ TEST_F(RendererTest, EdgesAreLeftOutWhereTheyWouldHideTheSurface) {
     addCube(scene_, {}, 10);
     const auto sameInBothModes = [&] {
         draw(DrawMode::kShaded);
-        const std::vector<Colour> plain(canvas_.pixels(), canvas_.pixels() + kWidth * kHeight);
+        const std::vector<Color> plain(canvas_.pixels(), canvas_.pixels() + kWidth * kHeight);
         draw(DrawMode::kShadedEdges);
         return std::equal(plain.begin(), plain.end(), canvas_.pixels());
     };
@@ -100,7 +100,7 @@ TEST_F(RendererTest, SelectionIsMarkedWithoutTakingOtherThingsPixels) {
     const ItemIndex cube = addCube(scene_, {}, 10);
     camera_.frame(scene_.box());
     draw();
-    const std::vector<Colour> plain(canvas_.pixels(), canvas_.pixels() + kWidth * kHeight);
+    const std::vector<Color> plain(canvas_.pixels(), canvas_.pixels() + kWidth * kHeight);
     scene_.setSelected(cube, true, true);
     draw();
     int changed = 0;
@@ -145,14 +145,14 @@ TEST_F(RendererTest, MarksArePickedAndCulledSurfacesCostNothing) {
 }
 
 // Side by side, a red and a white floor seen from above.
-TEST_F(RendererTest, TheScenesLightsLightItInTheirColours) {
-    const auto floor = [&](double x, Colour colour) {
+TEST_F(RendererTest, TheScenesLightsLightItInTheirColors) {
+    const auto floor = [&](double x, Color color) {
         const ItemIndex item = scene_.beginItem();
         for (const Vec3d p :
              {Vec3d{x, 0, 0}, Vec3d{x + 10, 0, 0}, Vec3d{x + 10, 10, 0}, Vec3d{x, 10, 0}})
             scene_.addVertex(p);
-        scene_.addTriangle(0, 1, 2, colour);
-        scene_.addTriangle(0, 2, 3, colour);
+        scene_.addTriangle(0, 1, 2, color);
+        scene_.addTriangle(0, 2, 3, color);
         scene_.endItem();
         return item;
     };
@@ -165,7 +165,7 @@ TEST_F(RendererTest, TheScenesLightsLightItInTheirColours) {
     };
     const auto seenAt = [&](Vec3d world) {
         const auto p = *camera_.project(world);
-        const Colour c = canvas_.pixel(static_cast<int>(p.x), static_cast<int>(p.y));
+        const Color c = canvas_.pixel(static_cast<int>(p.x), static_cast<int>(p.y));
         return Seen{static_cast<int>(c >> 16 & 0xFF), static_cast<int>(c >> 8 & 0xFF),
                     static_cast<int>(c & 0xFF)};
     };
@@ -229,11 +229,11 @@ TEST_F(RendererTest, AThingFarFromTheOriginIsDrawnAsOneAtTheOrigin) {
         camera_.frame(scene_.box());
         camera_.zoom(2, 100, 100);
         draw(DrawMode::kShadedEdges);
-        return std::vector<Colour>(canvas_.pixels(), canvas_.pixels() + kWidth * kHeight);
+        return std::vector<Color>(canvas_.pixels(), canvas_.pixels() + kWidth * kHeight);
     };
     for (const View view : {View::kPerspective, View::kTop}) {
-        const std::vector<Colour> here = picture({}, view);
-        const std::vector<Colour> there = picture({4194304, -2097152, 4194304}, view);
+        const std::vector<Color> here = picture({}, view);
+        const std::vector<Color> there = picture({4194304, -2097152, 4194304}, view);
         int different = 0;
         for (std::size_t i = 0; i < here.size(); ++i) different += here[i] != there[i];
         EXPECT_LT(different, 40);
@@ -277,7 +277,7 @@ TEST_F(RendererTest, LeavesOutTrianglesThatCannotBeDrawn) {
 }
 
 /// A level square of that size, one texture across, a little to the side of the origin.
-void addFloor(SceneModel& scene, double size, double height, Colour colour,
+void addFloor(SceneModel& scene, double size, double height, Color color,
               const Surface& surface = {}) {
     scene.beginItem();
     for (const Vec3d& p : {Vec3d{-size, -size, height}, Vec3d{size, -size, height},
@@ -285,8 +285,8 @@ void addFloor(SceneModel& scene, double size, double height, Colour colour,
         scene.addVertex(p + Vec3d{size * 0.1, 0, 0});
     scene.setSurface(surface);
     const TexturePlace lower[] = {{0, 0}, {1, 0}, {1, 1}}, upper[] = {{0, 0}, {1, 1}, {0, 1}};
-    scene.addTriangle(0, 1, 2, colour, 3, lower);
-    scene.addTriangle(0, 2, 3, colour, 6, upper);
+    scene.addTriangle(0, 1, 2, color, 3, lower);
+    scene.addTriangle(0, 2, 3, color, 6, upper);
     scene.endItem();
 }
 
@@ -344,7 +344,7 @@ TEST_F(RendererTest, KeepsApartWhatIsAlmostInTheSamePlace) {
 }
 
 TEST_F(RendererTest, TexturesLieInPerspective) {
-    // Four colours, each a quarter of the floor.
+    // Four colors, each a quarter of the floor.
     Picture quarters{64, 64, {}};
     for (int y = 0; y < 64; ++y)
         for (int x = 0; x < 64; ++x)
@@ -367,11 +367,10 @@ TEST_F(RendererTest, TexturesLieInPerspective) {
                 const auto at = camera_.project({x + 10, y, 0});
                 if (!at || at->x < 0 || at->y < 0 || at->x >= kWidth || at->y >= kHeight) continue;
                 if (std::abs(x) > 80 || std::abs(y) > 80) continue;  // the edges repeat
-                const Colour colour =
-                    canvas_.pixel(static_cast<int>(at->x), static_cast<int>(at->y));
+                const Color color = canvas_.pixel(static_cast<int>(at->x), static_cast<int>(at->y));
                 ++seen;
-                EXPECT_EQ((colour >> 16) > 128, x < 0) << x << ", " << y;
-                EXPECT_EQ((colour & 0xFF) > 128, y < 0) << x << ", " << y;
+                EXPECT_EQ((color >> 16) > 128, x < 0) << x << ", " << y;
+                EXPECT_EQ((color & 0xFF) > 128, y < 0) << x << ", " << y;
             }
         }
         EXPECT_GT(seen, 10);
@@ -395,7 +394,7 @@ TEST_F(RendererTest, WhatIsTransparentLetsThroughWhatIsBehind) {
         return std::pair(static_cast<int>(p.x), static_cast<int>(p.y));
     };
     const auto [throughX, throughY] = at(30 + 5, 7);  // the hole of the fence, above the glass
-    const Colour through = canvas_.pixel(throughX, throughY);
+    const Color through = canvas_.pixel(throughX, throughY);
     EXPECT_GT(through >> 16, 60u);
     EXPECT_GT(through & 0xFF, 60u);
     EXPECT_EQ(canvas_.item(throughX, throughY), 1u) << "glass can be picked";
@@ -431,7 +430,7 @@ TEST_F(RendererTest, WhatIsBeyondAllMeasureLeavesTheOrderOfTheOthers) {
     }
 }
 
-TEST_F(RendererTest, MaterialsColourTheLight) {
+TEST_F(RendererTest, MaterialsColorTheLight) {
     Surface shining;
     shining.ambient = shining.diffuse = {0, 0, 0};
     shining.emissive = {0, 0.5f, 0};
@@ -446,8 +445,8 @@ TEST_F(RendererTest, MaterialsColourTheLight) {
     half.diffuse = {0.5f, 1, 1};
     addFloor(scene_, 10, 0, 0x808080, half);
     draw();
-    const Colour colour = canvas_.pixel(kWidth / 2, kHeight / 2);
-    EXPECT_NEAR(colour >> 16, (colour & 0xFF) / 2., 1);
+    const Color color = canvas_.pixel(kWidth / 2, kHeight / 2);
+    EXPECT_NEAR(color >> 16, (color & 0xFF) / 2., 1);
     scene_.clear();
 }
 

@@ -26,7 +26,7 @@ protected:
     SceneFeed feed_;
 };
 
-TEST_F(SceneFeedTest, ShowsSurfacesInWorldSpaceInTheirColour) {
+TEST_F(SceneFeedTest, ShowsSurfacesInWorldSpaceInTheirColor) {
     INode* group = host_.CreateObjectNode(new DummyObject, "group");
     INode* box = host_.CreateObjectNode(new BoxObject(4, 2, 6), "box");
     box->SetWireColor(0x00112233);
@@ -39,7 +39,7 @@ TEST_F(SceneFeedTest, ShowsSurfacesInWorldSpaceInTheirColour) {
     EXPECT_DOUBLE_EQ(item.box.min.x, 99);
     EXPECT_DOUBLE_EQ(item.box.max.x, 101);
     EXPECT_DOUBLE_EQ(item.box.max.z, 6);
-    EXPECT_EQ(feed_.model().triangles()[item.firstTriangle].colour, 0x332211u);
+    EXPECT_EQ(feed_.model().triangles()[item.firstTriangle].color, 0x332211u);
     EXPECT_EQ(feed_.counts().nodes, 2);
     EXPECT_EQ(feed_.counts().faces, 12u);
 }
@@ -81,7 +81,7 @@ TEST_F(SceneFeedTest, TakesOverLightsThatShineAndAreNotHidden) {
     EXPECT_EQ(feed_.model().lights().size(), 1u);
 }
 
-TEST_F(SceneFeedTest, VerticesKeepTheirColoursAndNormalsTurnWithTheirNode) {
+TEST_F(SceneFeedTest, VerticesKeepTheirColorsAndNormalsTurnWithTheirNode) {
     auto* object = new TriObject;
     Mesh& mesh = object->GetMesh();
     for (const Point3& p : {Point3{0, 0, 0}, Point3{1, 0, 0}, Point3{0, 1, 0}}) {
@@ -97,7 +97,7 @@ TEST_F(SceneFeedTest, VerticesKeepTheirColoursAndNormalsTurnWithTheirNode) {
     const Item& item = feed_.model().items()[itemOf(node)];
     ASSERT_TRUE(item.hasFinish);
     const Finish& finish = feed_.model().finishes()[item.firstFinish];
-    EXPECT_EQ(finish.colour, 0xFF0000u);
+    EXPECT_EQ(finish.color, 0xFF0000u);
     // Stretched to twice the height, a slope's normal leans more towards the horizon.
     EXPECT_NEAR(finish.normal.y / finish.normal.z, 1.5, 1e-5);
     EXPECT_NEAR(length(finish.normal), 1, 1e-5);

@@ -16,7 +16,7 @@ protected:
     ~ShownSceneTest() override { kiln::Core::destroy(); }
 
     INode* add(const char* name) { return host_.CreateObjectNode(new BoxObject, name); }
-    Colour firstColour() { return scene_.model().triangles().front().colour; }
+    Color firstColor() { return scene_.model().triangles().front().color; }
 
     Interface& host_ = kiln::Core::create().hostInterface();
     int outdated_ = 0;
@@ -28,11 +28,11 @@ TEST_F(ShownSceneTest, FollowsTheSceneAndSaysSoOnce) {
     EXPECT_EQ(outdated_, 1);
     box->SetWireColor(0x0000FF);
     EXPECT_EQ(outdated_, 1) << "nobody has looked since";
-    EXPECT_EQ(firstColour(), 0xFF0000u);
+    EXPECT_EQ(firstColor(), 0xFF0000u);
     box->SetWireColor(0x00FF00);
     EXPECT_EQ(outdated_, 2);
-    EXPECT_EQ(firstColour(), 0x00FF00u);
-    firstColour();
+    EXPECT_EQ(firstColor(), 0x00FF00u);
+    firstColor();
     EXPECT_EQ(outdated_, 2);
 }
 
@@ -43,7 +43,7 @@ TEST_F(ShownSceneTest, ABulkOfEditsIsOneRedraw) {
     outdated_ = 0;
     for (INode* const box : boxes) box->SetWireColor(0x0000FF);
     EXPECT_EQ(outdated_, 1);
-    EXPECT_EQ(scene_.model().triangles().back().colour, 0xFF0000u);
+    EXPECT_EQ(scene_.model().triangles().back().color, 0xFF0000u);
 }
 
 TEST_F(ShownSceneTest, NamesNoNodeThatMayHaveGone) {

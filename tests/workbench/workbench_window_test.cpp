@@ -85,7 +85,7 @@ TEST_F(WorkbenchTest, SpeaksAnotherLanguageAtOnceAndKeepsIt) {
     const auto openUtility = [this] {
         ::SendMessageW(::FindWindowExW(panel_, nullptr, L"Button", nullptr), BM_CLICK, 0, 0);
     };
-    start(toWide(SAMPLE_PLUGINS));
+    start(base::toWide(SAMPLE_PLUGINS));
     openUtility();
     ASSERT_EQ(pageSays(), "打开");
     ::SendMessageW(window_, WM_COMMAND, kSpeakEnglish, 0);
@@ -97,7 +97,7 @@ TEST_F(WorkbenchTest, SpeaksAnotherLanguageAtOnceAndKeepsIt) {
          {std::pair{L"", "Open"}, {L"--language zh", "打开"}, {L"", "打开"}}) {
         ::PostMessageW(window_, WM_CLOSE, 0, 0);
         EXPECT_EQ(exitCode(), 0u);
-        start(toWide(SAMPLE_PLUGINS), arguments);
+        start(base::toWide(SAMPLE_PLUGINS), arguments);
         openUtility();
         EXPECT_EQ(pageSays(), expected) << "what was chosen last is kept";
     }

@@ -18,7 +18,7 @@ public:
 
     std::uint32_t version = 1;         ///< of the block that was read
     std::uint32_t useHostNormals = 1;  ///< keep the normals of the host mesh
-    std::uint32_t useMaterial = 0;     ///< take the colour from the host material
+    std::uint32_t useMaterial = 0;     ///< take the color from the host material
     std::uint32_t superFace = 0;       ///< merge into one super face
     std::uint32_t keepTriangles = 0;   ///< do not merge triangles into polygons
     /// Kept for the exporter that wrote them; nothing edits them.

@@ -22,8 +22,8 @@ constexpr EnumRow kRandomizations[] = {
     {0, 191}, {0x1000000, 192}, {0x2000000, 193}, {0x3000000, 194}};
 constexpr EnumRow kQualities[] = {{0, 195}, {0x20000, 196}, {0x40000, 197}};
 
-// The first row decides whether the second one can be edited. The back colour has the width of a
-// boolean but no mask and no yes and no: the whole packed colour, as a number.
+// The first row decides whether the second one can be edited. The back color has the width of a
+// boolean but no mask and no yes and no: the whole packed color, as a number.
 constexpr AttrRow kLightPointRows[] = {
     {200, "", options<&KilnLightPoint::mode>, Type::Enumeration, Width::Int32, "None", 0, kModes,
      true},

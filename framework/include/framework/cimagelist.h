@@ -20,7 +20,7 @@ public:
     HIMAGELIST Handle() const noexcept { return list_; }
     int Count() const noexcept;
 
-    /// Adds a bitmap whose pixels of colour `mask` are transparent; returns its position, or -1.
+    /// Adds a bitmap whose pixels of color `mask` are transparent; returns its position, or -1.
     int Add(HBITMAP bitmap, COLORREF mask) const;
     /// The same for a bitmap resource of the module, which is stretched to the list's images.
     int AddResource(UINT bitmapId, COLORREF mask) const;

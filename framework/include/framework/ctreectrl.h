@@ -66,7 +66,7 @@ public:
     HIMAGELIST SetImageList(HIMAGELIST list, int kind = TVSIL_NORMAL) const;
     /// An image list of its own that shows the item, for a drag.
     CImageList CreateDragImage(HTREEITEM item) const;
-    void SetBackground(COLORREF colour) const;
+    void SetBackground(COLORREF color) const;
     COLORREF Background() const;
 
 protected:

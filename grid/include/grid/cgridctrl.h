@@ -134,7 +134,7 @@ public:
 
     // Looks and switches.
 
-    void SetBackground(COLORREF colour);
+    void SetBackground(COLORREF color);
     COLORREF Background() const noexcept { return background_; }
     /// Off at first.
     void SetEditable(bool on);

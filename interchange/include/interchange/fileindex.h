@@ -62,7 +62,7 @@ struct FileIndex {
     std::vector<std::uint32_t> corners;    ///< offsets of vertex records, for all nodes
     std::vector<std::uint32_t> lights;     ///< offsets of light source palette records
     std::vector<std::uint32_t> textures;   ///< offsets of texture palette records
-    std::uint32_t colorPalette = 0;        ///< offset of the colour palette, 0 without one
+    std::uint32_t colorPalette = 0;        ///< offset of the color palette, 0 without one
     std::uint32_t vertexPalette = 0;       ///< offset of the (last) vertex palette, 0 without one
     std::uint32_t vertexPaletteEnd = 0;    ///< offset behind its last vertex
 

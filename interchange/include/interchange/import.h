@@ -15,7 +15,7 @@ namespace interchange {
 /// stands for the database and carries its header record.
 ///
 /// Every OpenFlight node becomes a host node with kind block, record and comment: faces and light
-/// points are meshes (those of light points have coloured vertices and no faces), light sources are
+/// points are meshes (those of light points have colored vertices and no faces), light sources are
 /// lights, all others dummies. Tells `report` how far it is, and at the end either a summary of
 /// what was read or the reason why it could not be. After success Aviary knows the file's name.
 ///

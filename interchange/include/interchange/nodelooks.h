@@ -19,7 +19,7 @@ namespace interchange {
 /// nowhere else. A light source shines as its record and its palette entry say.
 ///
 /// Faces that lights do not reach have no use for a material but its transparency. A face with a
-/// colour of its own hides the colours of its vertices unless its light mode asks for them.
+/// color of its own hides the colors of its vertices unless its light mode asks for them.
 class NodeLooks final : public NodeLookSource {
 public:
     void BeginLooks(Interface* ip) noexcept override;

@@ -24,8 +24,8 @@ inline Face faceOf(const Triangle& triangle) {
 class MeshReader {
 public:
     /// Makes the triangles of the mesh node `source` into `mesh`, which is empty: strips, fans and
-    /// polygons over its local vertex pool, with normals, colours and base texture coordinates
-    /// where the pool has them. Colour indices are those of `colors`. Primitives that name vertices
+    /// polygons over its local vertex pool, with normals, colors and base texture coordinates
+    /// where the pool has them. Color indices are those of `colors`. Primitives that name vertices
     /// which are not there are left out.
     void read(const FileIndex& file, const FileNode& source, const FltColorPalette& colors,
               Mesh& mesh);

@@ -65,7 +65,7 @@ bool NodeKeeper::needsRecord(const FileNode& source, const FltRecord* record) {
     if (record == nullptr || source.kind == kFltLightSource || source.kind == kFltHeader) {
         return true;
     }
-    // Also where its packed colours are zeros, which is what a copy in the scene has for them.
+    // Also where its packed colors are zeros, which is what a copy in the scene has for them.
     if (source.kind == kFltFace &&
         (static_cast<const FltFace&>(*record).flags & kFltSurfacePackedColors) != 0) {
         return true;

@@ -16,14 +16,14 @@ namespace interchange {
 /// Builds meshes of the vertices that faces and light points list. One object serves many nodes.
 class PolygonMeshes {
 public:
-    /// Colour indices are those of `colors`.
+    /// Color indices are those of `colors`.
     PolygonMeshes(const FileIndex& file, const FltColorPalette& colors)
         : file_(file), colors_(colors) {}
 
     /// Makes the polygon of a face, cut into triangles, into `mesh`, which is empty. A polygon
     /// without area has no triangles, and then no vertices either: nothing could show them.
     void makePolygon(const FileNode& face, Mesh& mesh);
-    /// Makes the points of light points into `mesh`, which is empty: vertices with their colours
+    /// Makes the points of light points into `mesh`, which is empty: vertices with their colors
     /// and without triangles. Points that are nowhere are left out.
     void makePoints(const FileNode& points, Mesh& mesh);
 

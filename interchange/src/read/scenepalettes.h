@@ -11,7 +11,7 @@
 
 namespace interchange {
 
-/// The colour, light source and texture palettes. Where several entries of one palette have the
+/// The color, light source and texture palettes. Where several entries of one palette have the
 /// same index, the first is the one that counts.
 class ScenePalettes {
 public:

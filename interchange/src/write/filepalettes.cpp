@@ -65,7 +65,7 @@ void FilePalettes::read(const SourceRecords& kept) {
     }
 }
 
-/// Of several colour palettes the first is the one that counts.
+/// Of several color palettes the first is the one that counts.
 void FilePalettes::readColors(const FltRecordView& record) {
     if (std::exchange(hasColors_, true)) return;
     colors_.readBytes(record.bytes(), revision_);

@@ -23,7 +23,7 @@ public:
     /// Starts from the palettes among the attached records of the database's node.
     void read(const SourceRecords& kept);
 
-    /// The colour palette; empty without one.
+    /// The color palette; empty without one.
     const FltColorPalette& colors() const noexcept { return colors_; }
 
     /// The index of the light source palette entry to use for a light that says `index` and looks
@@ -39,7 +39,7 @@ public:
     /// there is none. Throws `ExportError` when the palette is full.
     std::int32_t texture(const std::string& fileName);
 
-    /// The index of a new material that gives back light in that colour; one for each colour.
+    /// The index of a new material that gives back light in that color; one for each color.
     /// Throws `ExportError` when the palette is full.
     std::int16_t material(COLORREF color);
 
@@ -74,7 +74,7 @@ private:
     std::int32_t freeTexture_ = 0;
     std::set<std::int32_t> newTextures_;
     std::set<std::int32_t> materials_;               ///< indices in use
-    std::map<COLORREF, std::int16_t> newMaterials_;  ///< their indices by colour
+    std::map<COLORREF, std::int16_t> newMaterials_;  ///< their indices by color
     std::int32_t freeMaterial_ = 0;
     RecordMerger merger_;
 };

@@ -57,7 +57,7 @@ std::string Losses::text() const {
         parts.append(parts.empty() ? "" : ", ").append(part);
     };
     for (const auto& [newer, count] : records_) add(counted(count, newer->one, newer->many));
-    if (faces_ != 0) add("colours of " + counted(faces_, "face", "faces"));
+    if (faces_ != 0) add("colors of " + counted(faces_, "face", "faces"));
     if (header_) add("fields of the header");
     if (parts.empty()) return {};
     return ", which OpenFlight " + std::to_string(revision_ / 100) + '.' +

@@ -24,12 +24,12 @@ struct NewFace {
     bool isUnwritten = false;       ///< nothing says what light does with it
 };
 
-/// The colour that the node's wires were given is its faces' too; the one that every node begins
+/// The color that the node's wires were given is its faces' too; the one that every node begins
 /// with counts only where there is no record. With the mark for it, it is that of a new material.
 /// Throws `ExportError` when the palette is full.
 NewFace newFaceOf(INode& node, const Mesh& mesh, const KilnFace& options, FilePalettes& palettes);
 
-/// Whether nobody has given the face a colour.
+/// Whether nobody has given the face a color.
 bool isColorless(const FltFace& face) noexcept;
 
 /// Puts `face` into `token` for a file of `revision` with what `look` says; what was edited in the

@@ -16,7 +16,7 @@ class FltRecord;
 
 namespace interchange {
 
-/// Gives `face` the packed colours that it has in a file: those of `read`, the face as it was read
+/// Gives `face` the packed colors that it has in a file: those of `read`, the face as it was read
 /// (null for none), as long as the indices that they stand for are the same; otherwise its own,
 /// which it lacks when it comes from a scene. Without any it loses the flag that makes them count.
 void settlePackedColors(FltFace& face, const FltFace* read);

@@ -75,7 +75,7 @@ public:
     virtual void Hide(bool hidden) = 0;
     virtual bool IsHidden() const = 0;
     virtual bool Selected() const = 0;
-    /// Wire colour, 0x00BBGGRR.
+    /// Wire color, 0x00BBGGRR.
     virtual COLORREF GetWireColor() const = 0;
     virtual void SetWireColor(COLORREF color) = 0;
 

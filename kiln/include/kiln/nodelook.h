@@ -8,26 +8,26 @@
 class INode;
 class Interface;
 
-/// A colour of light: red, green and blue, from 0 to 1.
+/// A color of light: red, green and blue, from 0 to 1.
 struct LightColor {
     float red = 0;
     float green = 0;
     float blue = 0;
 };
 
-/// How one node looks beyond its object and wire colour. As constructed: like one of which nobody
+/// How one node looks beyond its object and wire color. As constructed: like one of which nobody
 /// knows more.
 struct NodeLook {
-    /// By how much the surface's colour is multiplied in the light from everywhere and from lamps.
+    /// By how much the surface's color is multiplied in the light from everywhere and from lamps.
     LightColor ambient{1, 1, 1};
     LightColor diffuse{1, 1, 1};
     LightColor emissive;  ///< what it shines with itself
     float opacity = 1;    ///< 1 for a surface that nothing shines through
 
-    bool lit = true;           ///< whether lights change its colour
-    bool vertexColors = true;  ///< whether the mesh's colours, if any, stand for the wire colour
+    bool lit = true;           ///< whether lights change its color
+    bool vertexColors = true;  ///< whether the mesh's colors, if any, stand for the wire color
     bool vertexNormals = true;
-    bool white = false;    ///< neither of them colours it: what is seen is the picture alone
+    bool white = false;    ///< neither of them colors it: what is seen is the picture alone
     bool blended = false;  ///< the picture's alpha lets through what lies behind
 
     /// The picture file on the surface as its author wrote it, UTF-8; null for none. Stays the
@@ -36,7 +36,7 @@ struct NodeLook {
     /// How many surfaces in the same place it lies upon.
     int layer = 0;
 
-    /// Of a light: whether it shines, and in which colour; nothing for what its object says.
+    /// Of a light: whether it shines, and in which color; nothing for what its object says.
     std::optional<bool> shines;
     std::optional<LightColor> light;
 };

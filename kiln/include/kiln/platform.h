@@ -32,7 +32,7 @@ using UINT_PTR = std::uintptr_t;
 using WPARAM = std::uintptr_t;
 using LPARAM = std::intptr_t;
 using LRESULT = std::intptr_t;
-/// A colour as 0x00BBGGRR.
+/// A color as 0x00BBGGRR.
 using COLORREF = std::uint32_t;
 using DLGPROC = INT_PTR (*)(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 #endif

@@ -4,7 +4,7 @@
 #include <kiln/platform.h>
 
 /// Hears that the scene has changed, whoever changed it: what there is, names, places, transforms,
-/// objects, texture maps, visibility, wire colours, chunks and custom attributes. Any number of
+/// objects, texture maps, visibility, wire colors, chunks and custom attributes. Any number of
 /// changes is told once, until `Take` asks for them. The selection is not part of it.
 class KILNAPI SceneWatch {
 public:

@@ -1,4 +1,4 @@
-// The colour palette.
+// The color palette.
 #pragma once
 
 #include <quillon/fltpackedcolor.h>
@@ -6,7 +6,7 @@
 
 #include <vector>
 
-/// Colour palette, which files of revision 1500 and later have in this layout. A colour index names
+/// Color palette, which files of revision 1500 and later have in this layout. A color index names
 /// an entry in its upper bits and one of 128 intensities, dark to full, in its lower 7.
 class FltColorPalette : public FltRecordOf<FltColorPalette, FltPaletteRec, kFltColorPalette> {
 public:
@@ -15,5 +15,5 @@ public:
     static constexpr std::uint32_t kFullIntensity = 127;
 
     std::vector<FltPackedColor> colors;   ///< at most `kEntries`
-    std::vector<std::uint8_t> nameTable;  ///< the bytes behind the colours; empty without names
+    std::vector<std::uint8_t> nameTable;  ///< the bytes behind the colors; empty without names
 };

@@ -36,7 +36,7 @@ public:
 
 /// A step of an animation that is a sequence of them.
 struct FltLightPointStep {
-    std::uint32_t state = 0;  ///< 0 on, 1 off, 2 changing colour
+    std::uint32_t state = 0;  ///< 0 on, 1 off, 2 changing color
     float duration = 0;       ///< seconds
     std::uint32_t color = 0;  ///< packed; the one to change to
 };

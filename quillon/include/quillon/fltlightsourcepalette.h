@@ -3,7 +3,7 @@
 
 #include <quillon/fltrecordof.h>
 
-/// Entry of the light source palette. Angles are in degrees, colour components from 0 to 1.
+/// Entry of the light source palette. Angles are in degrees, color components from 0 to 1.
 class FltLightSourcePalette
     : public FltRecordOf<FltLightSourcePalette, FltPaletteRec, kFltLightSourcePalette> {
 public:

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-/// Material palette entry. Colours have components from 0 to 1.
+/// Material palette entry. Colors have components from 0 to 1.
 class FltMaterial : public FltRecordOf<FltMaterial, FltPaletteRec, kFltMaterial> {
 public:
     std::int32_t index = 0;  ///< by which faces name it

@@ -1,9 +1,9 @@
-// Colours.
+// Colors.
 #pragma once
 
 #include <cstdint>
 
-/// Packed colour, in the byte order of the file.
+/// Packed color, in the byte order of the file.
 struct FltPackedColor {
     std::uint8_t alpha = 0;
     std::uint8_t blue = 0;
@@ -20,7 +20,7 @@ struct FltPackedColor {
     friend constexpr bool operator==(const FltPackedColor&, const FltPackedColor&) = default;
 };
 
-/// A colour with components from 0 to 1.
+/// A color with components from 0 to 1.
 struct FltColor3f {
     float red = 0;
     float green = 0;

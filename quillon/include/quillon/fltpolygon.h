@@ -8,7 +8,7 @@
 /// The fields that a face and a mesh have in common, which is all that their records hold.
 class FltPolygonRec : public FltNamedRec {
 public:
-    /// In `flags`: the packed colours count, and not the indices.
+    /// In `flags`: the packed colors count, and not the indices.
     static constexpr std::uint32_t kPackedColors = kFltSurfacePackedColors;
 
     std::int32_t irColorCode = 0;

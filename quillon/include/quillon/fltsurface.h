@@ -7,11 +7,11 @@
 enum FltSurfaceFlag : std::uint32_t {
     kFltSurfaceNoColor = 0x40000000,
     kFltSurfaceNoAlternateColor = 0x20000000,
-    kFltSurfacePackedColors = 0x10000000,  ///< the packed colours count, and not the indices
+    kFltSurfacePackedColors = 0x10000000,  ///< the packed colors count, and not the indices
     kFltSurfaceHidden = 0x04000000,
 };
 
-/// The light modes of a face or a mesh: whose colour it shows, and whether lights shine on it, for
+/// The light modes of a face or a mesh: whose color it shows, and whether lights shine on it, for
 /// which its vertices need normals.
 enum FltLightMode : std::uint8_t {
     kFltFaceColor = 0,

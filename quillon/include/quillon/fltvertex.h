@@ -13,7 +13,7 @@ enum FltVertexFlag : std::uint16_t {
     kFltVertexStartsHardEdge = 0x8000,
     kFltVertexNormalFrozen = 0x4000,
     kFltVertexNoColor = 0x2000,
-    kFltVertexPackedColor = 0x1000,  ///< the packed colour counts, and not the index
+    kFltVertexPackedColor = 0x1000,  ///< the packed color counts, and not the index
 };
 
 /// Vertex of the vertex palette, of any of the four kinds: with or without a normal, with or
@@ -41,5 +41,5 @@ public:
     FltPoint3f normal;              ///< of vertices with a normal
     FltTextureCoordinates texture;  ///< of vertices with texture coordinates
     FltPackedColor packedColor{0xFF, 0xFF, 0xFF, 0xFF};
-    std::uint32_t colorIndex = 0xFFFFFFFF;  ///< into the colour palette
+    std::uint32_t colorIndex = 0xFFFFFFFF;  ///< into the color palette
 };

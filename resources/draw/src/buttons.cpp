@@ -114,16 +114,16 @@ void paintTool(Canvas& c) {
     c.fill(disc({3.4, 12.6}, 0.8), kGrey.deep);
 }
 
-// The button draws its face and frame itself; the picture is cut out along this colour.
-constexpr Colour kSeeThrough = rgb(0xFF00FF);
+// The button draws its face and frame itself; the picture is cut out along this color.
+constexpr Color kSeeThrough = rgb(0xFF00FF);
 // What the face looks like, for the edges of the symbol to run into.
-constexpr Colour kFace = rgb(0xF5F5F5);
+constexpr Color kFace = rgb(0xF5F5F5);
 
 Canvas darkened(const Canvas& canvas) {
     Canvas result = canvas;
     for (int y = 0; y < canvas.height(); ++y) {
         for (int x = 0; x < canvas.width(); ++x) {
-            Colour& pixel = result.at(x, y);
+            Color& pixel = result.at(x, y);
             const double alpha = pixel.alpha;
             pixel = mix(pixel, rgb(0x000000), 0.3);
             pixel.alpha = alpha;
@@ -166,7 +166,7 @@ Canvas greyed(const Canvas& canvas) {
     Canvas result = canvas;
     for (int y = 0; y < canvas.height(); ++y) {
         for (int x = 0; x < canvas.width(); ++x) {
-            Colour& pixel = result.at(x, y);
+            Color& pixel = result.at(x, y);
             const double light = 0.3 * pixel.red + 0.59 * pixel.green + 0.11 * pixel.blue;
             const double pale = 0.62 + 0.34 * light;
             pixel = {pale, pale, pale, pixel.alpha};
@@ -175,11 +175,11 @@ Canvas greyed(const Canvas& canvas) {
     return result;
 }
 
-void cutOut(Canvas& canvas, Colour background, Colour clear) {
+void cutOut(Canvas& canvas, Color background, Color clear) {
     constexpr double kLeastCoverage = 0.34;
     for (int y = 0; y < canvas.height(); ++y) {
         for (int x = 0; x < canvas.width(); ++x) {
-            Colour& pixel = canvas.at(x, y);
+            Color& pixel = canvas.at(x, y);
             const double coverage = pixel.alpha;
             pixel.alpha = 1;
             pixel = coverage < kLeastCoverage ? clear : mix(background, pixel, coverage);

@@ -3,39 +3,39 @@
 #include <cstddef>
 #include <vector>
 
-#include "colour.h"
+#include "color.h"
 #include "shapes.h"
 
 namespace draw {
 
-// A picture under work: straight colours with coverage, row by row from the top, clear at first.
+// A picture under work: straight colors with coverage, row by row from the top, clear at first.
 class Canvas {
 public:
     Canvas(int width, int height)
         : width_(width),
           height_(height),
           pixels_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height),
-                  Colour{0, 0, 0, 0}) {}
+                  Color{0, 0, 0, 0}) {}
 
     int width() const { return width_; }
     int height() const { return height_; }
 
-    const Colour& at(int x, int y) const { return pixels_[index(x, y)]; }
-    Colour& at(int x, int y) { return pixels_[index(x, y)]; }
+    const Color& at(int x, int y) const { return pixels_[index(x, y)]; }
+    Color& at(int x, int y) { return pixels_[index(x, y)]; }
 
     // Paints the shape over what is there; edges are smoothed.
     template <typename Shape>
-    void fill(const Shape& shape, Colour colour) {
-        fill(shape, colour, colour);
+    void fill(const Shape& shape, Color color) {
+        fill(shape, color, color);
     }
 
-    // The same with a colour that runs from `top` at the picture's upper edge to `bottom` at its
+    // The same with a color that runs from `top` at the picture's upper edge to `bottom` at its
     // lower one.
     template <typename Shape>
-    void fill(const Shape& shape, Colour top, Colour bottom) {
+    void fill(const Shape& shape, Color top, Color bottom) {
         for (int y = 0; y < height_; ++y) {
-            const Colour colour = mix(top, bottom, (y + 0.5) / height_);
-            for (int x = 0; x < width_; ++x) blend(x, y, colour, coverage(shape, x, y));
+            const Color color = mix(top, bottom, (y + 0.5) / height_);
+            for (int x = 0; x < width_; ++x) blend(x, y, color, coverage(shape, x, y));
         }
     }
 
@@ -50,11 +50,11 @@ public:
         }
     }
 
-    // Puts `colour` behind everything.
-    void flatten(Colour colour) {
-        for (Colour& pixel : pixels_) {
+    // Puts `color` behind everything.
+    void flatten(Color color) {
+        for (Color& pixel : pixels_) {
             const double alpha = pixel.alpha;
-            pixel = mix(colour, Colour{pixel.red, pixel.green, pixel.blue, 1}, alpha);
+            pixel = mix(color, Color{pixel.red, pixel.green, pixel.blue, 1}, alpha);
             pixel.alpha = 1;
         }
     }
@@ -78,18 +78,18 @@ private:
         return static_cast<double>(hits) / (kSamples * kSamples);
     }
 
-    void blend(int x, int y, Colour colour, double share) {
-        const double over = colour.alpha * share;
+    void blend(int x, int y, Color color, double share) {
+        const double over = color.alpha * share;
         if (over <= 0) return;
-        Colour& under = at(x, y);
+        Color& under = at(x, y);
         const double alpha = over + under.alpha * (1 - over);
-        const Colour result = mix(under, colour, over / alpha);
+        const Color result = mix(under, color, over / alpha);
         under = {result.red, result.green, result.blue, alpha};
     }
 
     int width_;
     int height_;
-    std::vector<Colour> pixels_;
+    std::vector<Color> pixels_;
 };
 
 }  // namespace draw

@@ -24,10 +24,10 @@ std::uint8_t toByte(double part) {
     return static_cast<std::uint8_t>(std::lround(std::clamp(part, 0.0, 1.0) * 255));
 }
 
-void putColour(Bytes& out, Colour colour) {
-    out.push_back(toByte(colour.blue));
-    out.push_back(toByte(colour.green));
-    out.push_back(toByte(colour.red));
+void putColor(Bytes& out, Color color) {
+    out.push_back(toByte(color.blue));
+    out.push_back(toByte(color.green));
+    out.push_back(toByte(color.red));
 }
 
 // BITMAPINFOHEADER. In an icon the height counts the transparency mask too.
@@ -49,7 +49,7 @@ Bytes iconImage(const Canvas& canvas) {
     putInfoHeader(out, canvas.width(), canvas.height() * 2, 32);
     for (int y = canvas.height() - 1; y >= 0; --y) {
         for (int x = 0; x < canvas.width(); ++x) {
-            putColour(out, canvas.at(x, y));
+            putColor(out, canvas.at(x, y));
             out.push_back(toByte(canvas.at(x, y).alpha));
         }
     }
@@ -77,7 +77,7 @@ std::vector<std::uint8_t> bitmapFile(const Canvas& canvas) {
     Bytes pixels;
     for (int y = canvas.height() - 1; y >= 0; --y) {
         const std::size_t rowStart = pixels.size();
-        for (int x = 0; x < canvas.width(); ++x) putColour(pixels, canvas.at(x, y));
+        for (int x = 0; x < canvas.width(); ++x) putColor(pixels, canvas.at(x, y));
         padTo4(pixels, rowStart);
     }
 

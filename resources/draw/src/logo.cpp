@@ -4,7 +4,7 @@ namespace draw {
 namespace {
 
 // A slanted ray of light over the mosaic keeps the tiles from looking printed.
-Colour tileColour(int row, int column, double shade) {
+Color tileColor(int row, int column, double shade) {
     const bool letter = row == 0 || column == 1;
     const Tone& tone = letter ? kAmber : kBlue;
     return mix(letter ? tone.light : mix(tone.light, tone.plain, 0.5), tone.plain, shade);
@@ -22,7 +22,7 @@ Canvas emblem(int tile, int gap, int margin, double radius) {
             const double left = margin + column * (tile + gap);
             const double top = margin + row * (tile + gap);
             const RoundedRect shape{{left, top, left + tile, top + tile}, radius / 4};
-            canvas.fill(shape, tileColour(row, column, (row + column) / 4.0));
+            canvas.fill(shape, tileColor(row, column, (row + column) / 4.0));
             // A lit upper edge, where there is room for one.
             if (tile >= 12) {
                 const double edge = tile / 12.0;

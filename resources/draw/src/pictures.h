@@ -39,6 +39,6 @@ Canvas greyed(const Canvas& canvas);
 // Prepares a picture for a display that knows only opaque and clear: a pixel that is covered by a
 // third or more becomes opaque, mixed with the background that the display will show behind it, so
 // that edges stay smooth; the rest becomes `clear`.
-void cutOut(Canvas& canvas, Colour background, Colour clear);
+void cutOut(Canvas& canvas, Color background, Color clear);
 
 }  // namespace draw

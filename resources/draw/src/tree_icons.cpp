@@ -202,8 +202,8 @@ void paintOverlay(Canvas& c) {
 
 // What the icons are cut out along, and what the tree shows behind them. An opaque pixel is never
 // pure white: it would turn into a hole.
-constexpr Colour kClear = rgb(0xFFFFFF);
-constexpr Colour kTreeBackground = rgb(0xE1E1E1);
+constexpr Color kClear = rgb(0xFFFFFF);
+constexpr Color kTreeBackground = rgb(0xE1E1E1);
 
 }  // namespace
 

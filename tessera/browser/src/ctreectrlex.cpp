@@ -209,7 +209,7 @@ LRESULT CTreeCtrlEx::Draw(NMTVCUSTOMDRAW& draw) {
     if (item == drag_.target()) return CDRF_DODEFAULT;
     const bool marked = selection_.contains(item);
     const bool focus = HasFocus();
-    // Otherwise the control insists on its own colours for the caret.
+    // Otherwise the control insists on its own colors for the caret.
     draw.nmcd.uItemState &= ~static_cast<UINT>(CDIS_SELECTED);
     draw.clrText = ::GetSysColor(marked && focus ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT);
     draw.clrTextBk =
@@ -233,7 +233,7 @@ void CTreeCtrlEx::InvalidateUnlessPaused() const {
     if (paused_ == 0) Invalidate(false);
 }
 
-// The selected items have another colour without the focus.
+// The selected items have another color without the focus.
 void CTreeCtrlEx::OnSetFocus(HWND) {
     Default();
     Invalidate();

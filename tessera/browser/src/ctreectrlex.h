@@ -51,7 +51,7 @@ public:
     /// Scrolls the item to the top.
     void ScrollTo(HTREEITEM item) const;
 
-    /// The answer to the parent's NM_CUSTOMDRAW: colours the selected items.
+    /// The answer to the parent's NM_CUSTOMDRAW: colors the selected items.
     LRESULT Draw(NMTVCUSTOMDRAW& draw);
 
     /// Switches drawing off, and on again with one repaint; pairs may nest.

@@ -13,7 +13,7 @@ namespace workbench {
 
 /// What a drawing operation does with the pixels it covers.
 struct Paint {
-    Colour colour = 0;
+    Color color = 0;
     float opacity = 1;
     ItemIndex item = kNoItem;  ///< what picking finds there; kNoItem leaves what was there
     /// Added to the depth for the comparison, as a share of it; positive draws over a surface that
@@ -38,7 +38,7 @@ struct TextureCorner {
     /// One over the distance from the eye along the view direction, or 1 in a parallel view.
     float nearness = 1;
     float u = 0, v = 0;  ///< 1 is one repetition of the texture
-    Vec3 colour;         ///< by which the texture is multiplied, 0 to 255
+    Vec3 color;          ///< by which the texture is multiplied, 0 to 255
 };
 
 /// Rows run from top to bottom without padding, one 32-bit word per pixel (0x00RRGGBB), which is
@@ -48,12 +48,12 @@ public:
     /// Makes the picture this size; memory is only taken when it has never been so large before.
     void resize(int width, int height);
     /// Fills with a gradient from top to bottom, and forgets depths and items.
-    void clear(Colour top, Colour bottom);
+    void clear(Color top, Color bottom);
 
     int width() const { return width_; }
     int height() const { return height_; }
-    const Colour* pixels() const { return colours_.data(); }
-    Colour pixel(int x, int y) const { return colours_[at(x, y)]; }
+    const Color* pixels() const { return colors_.data(); }
+    Color pixel(int x, int y) const { return colors_[at(x, y)]; }
     /// Larger is nearer; kFarthest where nothing was drawn.
     float depth(int x, int y) const { return depths_[at(x, y)]; }
     ItemIndex item(int x, int y) const { return items_[at(x, y)]; }
@@ -66,12 +66,12 @@ public:
     /// Fills the pixels whose centres lie in the triangle; triangles that share an edge neither
     /// overlap nor leave a gap. Either orientation is filled. Of surfaces in the same place the one
     /// that was drawn first stays.
-    void triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, Colour colour,
+    void triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, Color color,
                   const Fill& fill);
-    /// The same with a colour for each corner and all between them inside. `colours` are red, green
+    /// The same with a color for each corner and all between them inside. `colors` are red, green
     /// and blue of the three corners, 0 to 255.
     void gradient(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
-                  const Vec3 (&colours)[3], const Fill& fill);
+                  const Vec3 (&colors)[3], const Fill& fill);
     /// The same with a texture, in perspective. What is less than half opaque in it is left out;
     /// with `blended` it lets through what was drawn there before.
     void textured(const TextureCorner (&corners)[3], const Texture& texture, bool blended,
@@ -82,7 +82,7 @@ public:
     void glow(const ScreenPoint& centre, float radius, const Paint& paint);
     /// Draws a rim of `width` pixels around the pixels of the items whose entry in `chosen` is not
     /// 0; entries are by item number.
-    void outline(std::span<const std::uint8_t> chosen, int width, Colour colour);
+    void outline(std::span<const std::uint8_t> chosen, int width, Color color);
 
 private:
     std::size_t at(int x, int y) const {
@@ -101,7 +101,7 @@ private:
     void plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& paint);
 
     int width_ = 0, height_ = 0;
-    std::vector<Colour> colours_;
+    std::vector<Color> colors_;
     std::vector<float> depths_;
     std::vector<ItemIndex> items_;
     std::vector<std::uint8_t> rim_;  // working memory of outline

@@ -9,8 +9,8 @@
 
 namespace workbench {
 
-/// A colour as the screen's pixel buffer holds it: 0x00RRGGBB.
-using Colour = std::uint32_t;
+/// A color as the screen's pixel buffer holds it: 0x00RRGGBB.
+using Color = std::uint32_t;
 
 template <typename T>
 struct BasicVec3 {

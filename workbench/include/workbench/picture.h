@@ -24,7 +24,7 @@ public:
 };
 
 /// Reads an SGI picture (.rgb, .rgba, .int, .inta, .sgi, .bw), plain or run-length encoded, of 8 or
-/// 16 bits a channel, with one to four channels: grey, grey and alpha, colour, colour and alpha.
+/// 16 bits a channel, with one to four channels: grey, grey and alpha, color, color and alpha.
 /// What is missing at the end of a plain file, or of a row, is 0; any bytes are read in time and
 /// memory that `kMostTexels` bounds. Throws `PictureError`.
 Picture readSgiPicture(std::span<const std::uint8_t> bytes);

@@ -32,7 +32,7 @@ private:
     /// A corner of a triangle on its way to the screen.
     struct Corner {
         Vec3 view;
-        Vec3 colour;  ///< red, green and blue, 0 to 255
+        Vec3 color;  ///< red, green and blue, 0 to 255
         TexturePlace texture;
     };
 

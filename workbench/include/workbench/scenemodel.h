@@ -19,7 +19,7 @@ enum class MarkKind : std::uint8_t { kHelper, kLight, kLightPoint };
 
 class Texture;
 
-/// How light makes colours of a surface.
+/// How light makes colors of a surface.
 struct Surface {
     /// What the surface reflects of the light from everywhere and from lamps, and what it shines
     /// with itself; red, green and blue, 1 is all.
@@ -64,7 +64,7 @@ struct Triangle {
     static constexpr std::uint8_t kAllEdges = 7;
 
     std::uint32_t vertex[3];
-    Colour colour;
+    Color color;
     Vec3 normal;         ///< unit length, or zero for a degenerate triangle
     std::uint8_t edges;  ///< bit i: the edge from vertex i to the next is a polygon's edge
 };
@@ -72,13 +72,13 @@ struct Triangle {
 /// What a vertex has of its own beside its place.
 struct Finish {
     Vec3 normal;  ///< unit length; zero for that of the triangle
-    Colour colour = 0;
-    bool coloured = false;  ///< otherwise the colour is the triangle's
+    Color color = 0;
+    bool colored = false;  ///< otherwise the color is the triangle's
 };
 
 struct Mark {
     Vec3d position;
-    Colour colour;
+    Color color;
     ItemIndex item;
     MarkKind kind;
 };
@@ -111,10 +111,10 @@ public:
     /// Adds a triangle by the indices that addVertex returned. An index that does not exist, or a
     /// vertex that is not a finite point, leaves the triangle out. On a surface with a texture
     /// `places` are those of its corners; null for none.
-    void addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, Colour colour,
+    void addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, Color color,
                      std::uint8_t edges = Triangle::kAllEdges,
                      const TexturePlace* places = nullptr);
-    void addMark(MarkKind kind, Vec3d world, Colour colour);
+    void addMark(MarkKind kind, Vec3d world, Color color);
     /// A light that is not finite is left out.
     void addLight(const Light& light);
     /// Closes the current item. Its selection box is its own box until setSelectionBox.

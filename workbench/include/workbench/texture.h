@@ -17,7 +17,7 @@ public:
         const std::uint32_t* texels;  ///< 0xAARRGGBB, rows from bottom to top
         int widthBits, heightBits;
 
-        /// The colour at a place in 256ths of texels, between the four texels around it. Places
+        /// The color at a place in 256ths of texels, between the four texels around it. Places
         /// outside repeat the picture.
         std::uint32_t at(std::int32_t u, std::int32_t v) const {
             const auto maskU = (1u << widthBits) - 1, maskV = (1u << heightBits) - 1;

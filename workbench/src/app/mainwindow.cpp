@@ -9,7 +9,8 @@
 
 #include <algorithm>
 
-using framework::CWnd, framework::heightOf, framework::widthOf, framework::windowDpi;
+using framework::CWnd, framework::heightOf, framework::moduleInstance, framework::resourceLanguage,
+    framework::widthOf, framework::windowDpi;
 
 namespace workbench {
 namespace {

@@ -1,7 +1,7 @@
 // Where the program keeps what it remembers of its user.
 #pragma once
 
-#include <framework/text.h>
+#include <base/utf16.h>
 #include <framework/win32.h>
 
 #include <string>
@@ -16,7 +16,7 @@ inline std::string userFilePath(const std::string& name) {
     wchar_t folder[MAX_PATH];
     const DWORD length = ::GetEnvironmentVariableW(L"APPDATA", folder, MAX_PATH);
     if (length == 0 || length >= MAX_PATH) return {};
-    return toUtf8(folder) + "\\Workbench\\" + name;
+    return base::toUtf8(folder) + "\\Workbench\\" + name;
 }
 
 }  // namespace workbench

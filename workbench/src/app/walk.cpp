@@ -348,7 +348,7 @@ kiln::Status Walk::previewDetail() {
     return pressed.ok() ? shot("09-most-detail") : pressed;
 }
 
-// As large as a hut, in a colour of its own, and on the ground that the selection stands on.
+// As large as a hut, in a color of its own, and on the ground that the selection stands on.
 kiln::Status Walk::edit() {
     Interface& host = window_.core().hostInterface();
     const Box around = window_.view().scene().model().selectedBox();

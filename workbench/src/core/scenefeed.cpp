@@ -11,12 +11,12 @@
 namespace workbench {
 namespace {
 
-constexpr Colour kHelperColour = 0x6FD0A8;
-constexpr COLORREF kUnknownLightColour = 0xA0F0FF;
+constexpr Color kHelperColor = 0x6FD0A8;
+constexpr COLORREF kUnknownLightColor = 0xA0F0FF;
 
 // The host has blue in the highest byte, the screen red.
-Colour screenColour(COLORREF colour) {
-    const auto value = static_cast<Colour>(colour);
+Color screenColor(COLORREF color) {
+    const auto value = static_cast<Color>(color);
     return (value & 0xFF) << 16 | (value & 0xFF00) | (value >> 16 & 0xFF);
 }
 
@@ -51,15 +51,15 @@ float share(float value) {
     return std::min(std::max(0.f, value), 1.f);
 }
 
-Vec3 toVec3(const LightColor& colour) {
-    return {share(colour.red), share(colour.green), share(colour.blue)};
+Vec3 toVec3(const LightColor& color) {
+    return {share(color.red), share(color.green), share(color.blue)};
 }
 
-COLORREF hostColour(const LightColor& colour) {
+COLORREF hostColor(const LightColor& color) {
     const auto part = [](float value, unsigned shift) {
         return static_cast<COLORREF>(std::lround(share(value) * 255)) << shift;
     };
-    return part(colour.red, 0) | part(colour.green, 8) | part(colour.blue, 16);
+    return part(color.red, 0) | part(color.green, 8) | part(color.blue, 16);
 }
 
 }  // namespace
@@ -177,13 +177,13 @@ void SceneFeed::addNode(const Visit& visit, bool standsForAnother) {
     const Vec3d origin = toVec3d(place.GetTrans());
     Object* object = node.EvalWorldState(0).obj;
     const auto addHelper = [&] {
-        if (!standsForAnother) model_.addMark(MarkKind::kHelper, origin, kHelperColour);
+        if (!standsForAnother) model_.addMark(MarkKind::kHelper, origin, kHelperColor);
     };
     if (!object) return addHelper();
     if (object->SuperClassID() == LIGHT_CLASS_ID) {
         const auto* light = dynamic_cast<const GenLight*>(object);
-        const COLORREF colour = light ? addLight(place, *light, node) : kUnknownLightColour;
-        return model_.addMark(MarkKind::kLight, origin, screenColour(colour));
+        const COLORREF color = light ? addLight(place, *light, node) : kUnknownLightColor;
+        return model_.addMark(MarkKind::kLight, origin, screenColor(color));
     }
     const ConvertedObject converted(object, 0, TRIOBJ_CLASS_ID);
     if (const auto* const surface = static_cast<const TriObject*>(converted.get())) {
@@ -195,12 +195,12 @@ void SceneFeed::addNode(const Visit& visit, bool standsForAnother) {
     addHelper();
 }
 
-/// Returns the light's colour, whether it shines or not.
+/// Returns the light's color, whether it shines or not.
 COLORREF SceneFeed::addLight(const Matrix3& place, const GenLight& light, INode& node) {
     NodeLook look;
     if (looks_) looks_->GetLook(&node, look);
-    const COLORREF colour = look.light ? hostColour(*look.light) : light.GetColor();
-    if (!look.shines.value_or(light.GetUseLight())) return colour;
+    const COLORREF color = look.light ? hostColor(*look.light) : light.GetColor();
+    if (!look.shines.value_or(light.GetUseLight())) return color;
     const Class_ID kind = light.ClassID();
     Light lamp;
     lamp.kind = kind == DIR_LIGHT_CLASS_ID    ? LightKind::kDirectional
@@ -209,11 +209,11 @@ COLORREF SceneFeed::addLight(const Matrix3& place, const GenLight& light, INode&
     lamp.position = toVec3d(place.GetTrans());
     lamp.direction = toVec3(-Normalize(place.GetRow(2)));
     const auto strength = [&](unsigned shift) {
-        return static_cast<float>(light.GetIntensity() * (colour >> shift & 0xFF) / 255);
+        return static_cast<float>(light.GetIntensity() * (color >> shift & 0xFF) / 255);
     };
     lamp.strength = {strength(0), strength(8), strength(16)};
     model_.addLight(lamp);
-    return colour;
+    return color;
 }
 
 /// What is known of the node's look, or else what the host itself knows.
@@ -250,7 +250,7 @@ void SceneFeed::addMesh(const Matrix3& place, const Mesh& mesh, INode& node) {
     model_.setSurface(surface);
     addFinishes(place, mesh, look);
     const bool isWhite = look.white && surface.texture;
-    const Colour colour = isWhite ? 0xFFFFFF : screenColour(node.GetWireColor());
+    const Color color = isWhite ? 0xFFFFFF : screenColor(node.GetWireColor());
     const auto textureCount = static_cast<DWORD>(mesh.tVerts.Count());
     for (int i = 0; i < mesh.faces.Count(); ++i) {
         const Face& face = mesh.faces[i];
@@ -262,24 +262,24 @@ void SceneFeed::addMesh(const Matrix3& place, const Mesh& mesh, INode& node) {
             if (std::isfinite(texture.x) && std::isfinite(texture.y))
                 places[k] = {texture.x, texture.y};
         }
-        model_.addTriangle(face.v[0], face.v[1], face.v[2], colour,
+        model_.addTriangle(face.v[0], face.v[1], face.v[2], color,
                            static_cast<std::uint8_t>(face.flags & EDGE_ALL), places);
     }
 }
 
 void SceneFeed::addFinishes(const Matrix3& place, const Mesh& mesh, const NodeLook& look) {
     const int count = mesh.verts.Count();
-    const bool coloured = look.vertexColors && !look.white && mesh.colors.Count() == count;
+    const bool colored = look.vertexColors && !look.white && mesh.colors.Count() == count;
     const bool smooth = look.vertexNormals && mesh.normals.Count() == count;
-    if (count == 0 || (!coloured && !smooth)) return;
+    if (count == 0 || (!colored && !smooth)) return;
     finishes_.assign(static_cast<std::size_t>(count), {});
     // Normals are at right angles to the surface after a transform that scales unevenly, too.
     const Matrix3 inverse = Inverse(place);
     for (int i = 0; i < count; ++i) {
         Finish& finish = finishes_[static_cast<std::size_t>(i)];
-        if (coloured) {
-            finish.coloured = true;
-            finish.colour = screenColour(mesh.colors[i]);
+        if (colored) {
+            finish.colored = true;
+            finish.color = screenColor(mesh.colors[i]);
         }
         if (!smooth) continue;
         const Point3& n = mesh.normals[i];
@@ -294,7 +294,7 @@ void SceneFeed::addFinishes(const Matrix3& place, const Mesh& mesh, const NodeLo
 // A mesh of nothing but vertices is how light points stand in a scene.
 void SceneFeed::addPoints(const Matrix3& place, const Mesh& mesh) {
     for (int i = 0; i < mesh.verts.Count(); ++i) {
-        const Colour own = i < mesh.colors.Count() ? screenColour(mesh.colors[i]) : 0xFFFFFF;
+        const Color own = i < mesh.colors.Count() ? screenColor(mesh.colors[i]) : 0xFFFFFF;
         model_.addMark(MarkKind::kLightPoint, toVec3d(place.PointTransform(mesh.verts[i])), own);
     }
 }

@@ -5,7 +5,7 @@
 namespace workbench {
 namespace {
 
-Colour mix(Colour below, Colour above, float opacity) {
+Color mix(Color below, Color above, float opacity) {
     const auto share = static_cast<std::uint32_t>(opacity * 256 + 0.5f);
     if (share >= 256) return above;
     const std::uint32_t rest = 256 - share;
@@ -50,15 +50,15 @@ void Canvas::resize(int width, int height) {
     width_ = std::max(width, 1);
     height_ = std::max(height, 1);
     const std::size_t size = static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_);
-    colours_.resize(size);
+    colors_.resize(size);
     depths_.resize(size);
     items_.resize(size);
 }
 
-void Canvas::clear(Colour top, Colour bottom) {
+void Canvas::clear(Color top, Color bottom) {
     for (int y = 0; y < height_; ++y) {
-        const Colour colour = mix(top, bottom, static_cast<float>(y) / static_cast<float>(height_));
-        std::fill_n(colours_.begin() + static_cast<std::ptrdiff_t>(at(0, y)), width_, colour);
+        const Color color = mix(top, bottom, static_cast<float>(y) / static_cast<float>(height_));
+        std::fill_n(colors_.begin() + static_cast<std::ptrdiff_t>(at(0, y)), width_, color);
     }
     std::fill(depths_.begin(), depths_.end(), kFarthest);
     std::fill(items_.begin(), items_.end(), kNoItem);
@@ -131,18 +131,18 @@ void Canvas::shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint
             const std::size_t i = start + static_cast<std::size_t>(k);
             const float depth = first + step * static_cast<float>(k);
             if (!(depth > depths_[i] + std::abs(depths_[i]) * kSamePlace)) continue;
-            const std::uint32_t colour = shader.at(k);
+            const std::uint32_t color = shader.at(k);
             if constexpr (kBlended) {
-                const std::uint32_t alpha = (colour >> 24) * opacity >> 8;
+                const std::uint32_t alpha = (color >> 24) * opacity >> 8;
                 if (alpha < kFaint) continue;
-                colours_[i] = mix(colours_[i], colour & 0xFFFFFF, static_cast<float>(alpha) / 255);
+                colors_[i] = mix(colors_[i], color & 0xFFFFFF, static_cast<float>(alpha) / 255);
                 if (alpha >= kHalf || fill.opacity < 1) items_[i] = fill.item;
                 if (alpha >= kSolid) depths_[i] = depth;
             } else {
                 if constexpr (Shader::kHasAlpha) {
-                    if (colour >> 24 < kHalf) continue;
+                    if (color >> 24 < kHalf) continue;
                 }
-                colours_[i] = colour & 0xFFFFFF;
+                colors_[i] = color & 0xFFFFFF;
                 depths_[i] = depth;
                 items_[i] = fill.item;
             }
@@ -156,10 +156,10 @@ constexpr std::uint32_t kOpaque = 0xFF000000;
 
 struct FlatShader {
     static constexpr bool kHasAlpha = false;
-    Colour colour;
+    Color color;
 
     void begin(int, int, int) {}
-    std::uint32_t at(int) const { return colour | kOpaque; }
+    std::uint32_t at(int) const { return color | kOpaque; }
 };
 
 // What grows evenly over the screen.
@@ -189,9 +189,9 @@ private:
 };
 
 // Three planes of red, green and blue.
-class ColourPlanes {
+class ColorPlanes {
 public:
-    ColourPlanes(const PlaneFinder& planes, const Vec3& a, const Vec3& b, const Vec3& c)
+    ColorPlanes(const PlaneFinder& planes, const Vec3& a, const Vec3& b, const Vec3& c)
         : red_(planes.through(a.x, b.x, c.x)),
           green_(planes.through(a.y, b.y, c.y)),
           blue_(planes.through(a.z, b.z, c.z)),
@@ -218,12 +218,12 @@ std::uint32_t channel(float value) {
 
 struct GradientShader {
     static constexpr bool kHasAlpha = false;
-    ColourPlanes planes;
+    ColorPlanes planes;
 
     void begin(int row, int left, int) { planes.begin(row, left); }
     std::uint32_t at(int k) const {
-        const Vec3 colour = planes.at(k);
-        return kOpaque | channel(colour.x) << 16 | channel(colour.y) << 8 | channel(colour.z);
+        const Vec3 color = planes.at(k);
+        return kOpaque | channel(color.x) << 16 | channel(color.y) << 8 | channel(color.z);
     }
 };
 
@@ -237,14 +237,14 @@ public:
     TextureShader(const PlaneFinder& planes, const TextureCorner (&corners)[3],
                   const Texture& texture)
         : texture_(&texture),
-          colours_(planes, corners[0].colour, corners[1].colour, corners[2].colour),
+          colors_(planes, corners[0].color, corners[1].color, corners[2].color),
           u_(overDistance(planes, corners, &TextureCorner::u)),
           v_(overDistance(planes, corners, &TextureCorner::v)),
           nearness_(planes.through(corners[0].nearness, corners[1].nearness, corners[2].nearness)) {
     }
 
     void begin(int row, int left, int count) {
-        colours_.begin(row, left);
+        colors_.begin(row, left);
         x_ = left + 0.5;
         y_ = row + 0.5;
         count_ = count;
@@ -254,9 +254,9 @@ public:
         if (k / kBlock != block_) beginBlock(k / kBlock);
         const int i = k % kBlock;
         const std::uint32_t texel = level_.at(startU_ + stepU_ * i, startV_ + stepV_ * i);
-        const Vec3 light = colours_.at(k);
+        const Vec3 light = colors_.at(k);
         const auto lit = [&](unsigned shift, float share) {
-            // One more, so that white leaves a colour as it is.
+            // One more, so that white leaves a color as it is.
             return ((texel >> shift & 0xFF) * (channel(share) + 1) >> 8) << shift;
         };
         return (texel & kOpaque) | lit(16, light.x) | lit(8, light.y) | lit(0, light.z);
@@ -291,7 +291,7 @@ private:
         level_ = texture_->level(levelFor(a));
         const double width = 256 << level_.widthBits, height = 256 << level_.heightBits;
         const double perStep = steps > 0 ? 1. / steps : 0;
-        // Half a texel less: a texel's colour is that of its middle.
+        // Half a texel less: a texel's color is that of its middle.
         startU_ = fixed((a.u - std::floor(a.u)) * width) - 128;
         startV_ = fixed((a.v - std::floor(a.v)) * height) - 128;
         stepU_ = fixed((b.u - a.u) * perStep * width);
@@ -322,7 +322,7 @@ private:
     }
 
     const Texture* texture_;
-    ColourPlanes colours_;
+    ColorPlanes colors_;
     ScreenPlane u_, v_, nearness_;
     Texture::Level level_{};
     double x_ = 0, y_ = 0;
@@ -332,19 +332,19 @@ private:
 
 }  // namespace
 
-void Canvas::triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
-                      Colour colour, const Fill& fill) {
+void Canvas::triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, Color color,
+                      const Fill& fill) {
     if (fill.opacity < 1)
-        shade<true>(a, b, c, fill, FlatShader{colour});
+        shade<true>(a, b, c, fill, FlatShader{color});
     else
-        shade<false>(a, b, c, fill, FlatShader{colour});
+        shade<false>(a, b, c, fill, FlatShader{color});
 }
 
 void Canvas::gradient(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
-                      const Vec3 (&colours)[3], const Fill& fill) {
+                      const Vec3 (&colors)[3], const Fill& fill) {
     const PlaneFinder planes(a, b, c);
     if (planes.isFlat()) return;
-    const GradientShader shader{ColourPlanes(planes, colours[0], colours[1], colours[2])};
+    const GradientShader shader{ColorPlanes(planes, colors[0], colors[1], colors[2])};
     if (fill.opacity < 1)
         shade<true>(a, b, c, fill, shader);
     else
@@ -377,7 +377,7 @@ inline void Canvas::plot(int x, int y, float depth, const Paint& paint, float co
         // Faint pixels at a line's rim do not hide what is drawn behind them afterwards.
         if (coverage > 0.5f && paint.opacity == 1) depths_[i] = std::max(depths_[i], depth);
     }
-    colours_[i] = mix(colours_[i], paint.colour, coverage * paint.opacity);
+    colors_[i] = mix(colors_[i], paint.color, coverage * paint.opacity);
     if (paint.item != kNoItem && coverage > 0.25f) items_[i] = paint.item;
 }
 
@@ -443,11 +443,11 @@ void Canvas::glow(const ScreenPoint& centre, float radius, const Paint& paint) {
     }
 }
 
-void Canvas::outline(std::span<const std::uint8_t> chosen, int width, Colour colour) {
+void Canvas::outline(std::span<const std::uint8_t> chosen, int width, Color color) {
     // How far each pixel is from the nearest chosen one, as far as the rim reaches: by sweeping
     // down and up again, each pixel from its neighbours.
     const auto beyond = static_cast<std::uint8_t>(width + 1);
-    rim_.assign(colours_.size(), beyond);
+    rim_.assign(colors_.size(), beyond);
     int left = width_, right = -1, top = height_, bottom = -1;
     for (int y = 0; y < height_; ++y) {
         const std::size_t row = at(0, y);
@@ -483,7 +483,7 @@ void Canvas::outline(std::span<const std::uint8_t> chosen, int width, Colour col
             nearer(i, x < right, i + 1);
             nearer(i, y < bottom, i + stride);
             if (rim_[i] != 0 && rim_[i] != beyond)
-                colours_[i] = mix(colours_[i], colour, rim_[i] == width && width > 1 ? 0.6f : 1);
+                colors_[i] = mix(colors_[i], color, rim_[i] == width && width > 1 ? 0.6f : 1);
         }
     }
 }

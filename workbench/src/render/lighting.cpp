@@ -5,7 +5,7 @@ namespace {
 
 constexpr float kAloneAmbient = 0.42f, kAloneViewer = 0.66f;
 constexpr float kAmbient = 0.36f, kViewer = 0.2f, kScene = 0.56f;
-// What no light reaches shows its own colour; a little shade keeps its shape.
+// What no light reaches shows its own color; a little shade keeps its shape.
 constexpr float kUnlit = 0.78f;
 // The host's spots have no cone of their own.
 constexpr float kSpotRimCosine = 0.7660444f, kSpotCoreCosine = 0.8660254f;  // 40 and 30 degrees

@@ -8,25 +8,25 @@
 namespace workbench {
 namespace {
 
-constexpr Colour kSkyTop = 0x4A5560, kSkyBottom = 0x7A858F;
-constexpr Colour kGridMinor = 0x8A949C, kGridMajor = 0xAEB7BE;
-constexpr Colour kEdge = 0x20262B;
-constexpr Colour kSelected = 0xFFC040;
-constexpr Colour kAxisX = 0xE0554F, kAxisY = 0x66C25A, kAxisZ = 0x5A8FF0;
+constexpr Color kSkyTop = 0x4A5560, kSkyBottom = 0x7A858F;
+constexpr Color kGridMinor = 0x8A949C, kGridMajor = 0xAEB7BE;
+constexpr Color kEdge = 0x20262B;
+constexpr Color kSelected = 0xFFC040;
+constexpr Color kAxisX = 0xE0554F, kAxisY = 0x66C25A, kAxisZ = 0x5A8FF0;
 
 constexpr float kEdgeBias = 6e-4f;     // edges lie upon their own surface
 constexpr float kLayerBias = 1.5e-4f;  // each layer lies upon the one below
 constexpr float kGridBias = -2e-4f;    // ground that lies in the plane of the grid hides it
 
-Vec3 channelsOf(Colour colour) {
-    return {static_cast<float>(colour >> 16 & 0xFF), static_cast<float>(colour >> 8 & 0xFF),
-            static_cast<float>(colour & 0xFF)};
+Vec3 channelsOf(Color color) {
+    return {static_cast<float>(color >> 16 & 0xFF), static_cast<float>(color >> 8 & 0xFF),
+            static_cast<float>(color & 0xFF)};
 }
 
-Colour colourOf(Vec3 channels) {
+Color colorOf(Vec3 channels) {
     // In this order what is no number becomes 0.
     const auto byte = [](float value) {
-        return static_cast<Colour>(std::min(std::max(0.f, value), 255.f));
+        return static_cast<Color>(std::min(std::max(0.f, value), 255.f));
     };
     return byte(channels.x) << 16 | byte(channels.y) << 8 | byte(channels.z);
 }
@@ -113,7 +113,7 @@ void Renderer::drawSurface(const SceneModel& scene, const Item& item, ItemIndex 
     if (item.outlined && (wire || options_.mode == DrawMode::kShadedEdges))
         drawEdges(scene, item, {kSelected, 1, index, kEdgeBias * 2, true});
     else if (wire)
-        drawEdges(scene, item, {scene.triangles()[item.firstTriangle].colour, 1, index, 0, true});
+        drawEdges(scene, item, {scene.triangles()[item.firstTriangle].color, 1, index, 0, true});
     else if (options_.mode == DrawMode::kShadedEdges)
         drawFadedEdges(scene, item, index);
 }
@@ -156,13 +156,13 @@ void Renderer::fillSurface(const SceneModel& scene, const Item& item, ItemIndex 
         const Vec3d fromEye = Vec3d(local[corner[0]]) - eye;
         const Vec3 forward = camera_->isParallel() ? camera_->forward() : toFloat(fromEye);
         const float side = dot(triangle.normal, forward) > 0 ? -1.f : 1.f;
-        const Vec3 colour = channelsOf(triangle.colour);
+        const Vec3 color = channelsOf(triangle.color);
         fill.plane = planeOf(triangle, fromEye);
         if (isFlat && inFront == 3) {
             const Vec3 light = lighting_.at(local[corner[0]], triangle.normal * side, surface);
             fill.plane.enclose(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]]);
             canvas_->triangle(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]],
-                              colourOf(product(colour, light) + shining), fill);
+                              colorOf(product(color, light) + shining), fill);
             continue;
         }
         Corner corners[3];
@@ -173,7 +173,7 @@ void Renderer::fillSurface(const SceneModel& scene, const Item& item, ItemIndex 
             const Vec3 light = lighting_.at(local[corner[i]], normal, surface);
             corners[i] = {
                 view_[corner[i]],
-                product(finish.coloured ? channelsOf(finish.colour) : colour, light) + shining,
+                product(finish.colored ? channelsOf(finish.color) : color, light) + shining,
                 places ? places[3 * t + i] : TexturePlace{}};
         }
         if (inFront == 3)
@@ -187,12 +187,12 @@ void Renderer::fillTriangle(const Corner (&corners)[3], const Surface& surface, 
     const ScreenPoint at[3] = {screenOf(corners[0].view), screenOf(corners[1].view),
                                screenOf(corners[2].view)};
     fill.plane.enclose(at[0], at[1], at[2]);
-    const Vec3 colours[3] = {corners[0].colour, corners[1].colour, corners[2].colour};
-    if (!surface.texture) return canvas_->gradient(at[0], at[1], at[2], colours, fill);
+    const Vec3 colors[3] = {corners[0].color, corners[1].color, corners[2].color};
+    if (!surface.texture) return canvas_->gradient(at[0], at[1], at[2], colors, fill);
     TextureCorner textured[3];
     for (int i = 0; i < 3; ++i)
         textured[i] = {at[i], camera_->isParallel() ? 1 : 1 / corners[i].view.z,
-                       corners[i].texture.u, corners[i].texture.v, colours[i]};
+                       corners[i].texture.u, corners[i].texture.v, colors[i]};
     canvas_->textured(textured, *surface.texture, surface.blended, fill);
 }
 
@@ -206,7 +206,7 @@ int Renderer::clipNear(const Corner (&corners)[3], float nearDistance, Corner (&
         if (aInside == bInside) continue;
         const float share = (nearDistance - a.view.z) / (b.view.z - a.view.z);
         out[count++] = {a.view + (b.view - a.view) * share,
-                        a.colour + (b.colour - a.colour) * share,
+                        a.color + (b.color - a.color) * share,
                         {a.texture.u + (b.texture.u - a.texture.u) * share,
                          a.texture.v + (b.texture.v - a.texture.v) * share}};
     }
@@ -229,7 +229,7 @@ void Renderer::drawOutline(std::span<const Item> items) {
     if (any) canvas_->outline(chosen_, static_cast<int>(2 * options_.pixelScale), kSelected);
 }
 
-// The edges of what is only a few pixels large would leave nothing of its colour.
+// The edges of what is only a few pixels large would leave nothing of its color.
 void Renderer::drawFadedEdges(const SceneModel& scene, const Item& item, ItemIndex index) {
     constexpr float kEdgeOpacity = 0.55f, kNoEdgesBelow = 6, kFullEdgesFrom = 28;  // radius, pixels
     const float radius = item.sphereRadius * camera_->pixelsPerUnitAt(item.sphereCentre);
@@ -275,7 +275,7 @@ void Renderer::drawMark(const Mark& mark, bool selected) {
     const float height = static_cast<float>(canvas_->height());
     if (centre->x < -16 || centre->y < -16 || centre->x > width + 16 || centre->y > height + 16)
         return;
-    const Paint paint{selected ? kSelected : mark.colour, 1, mark.item, kEdgeBias, true};
+    const Paint paint{selected ? kSelected : mark.color, 1, mark.item, kEdgeBias, true};
     if (mark.kind == MarkKind::kLightPoint)
         return canvas_->glow(*centre, 1.4f * options_.pixelScale, paint);
     // A helper is an upright cross, a light a star.
@@ -353,7 +353,7 @@ void Renderer::drawAxes() {
     };
     struct Axis {
         Vec3 direction;
-        Colour colour;
+        Color color;
         std::array<Stroke, 3> letter;
     };
     static constexpr Axis kAxes[] = {
@@ -364,7 +364,7 @@ void Renderer::drawAxes() {
     const float scale = options_.pixelScale, size = 34 * scale, glyph = 3.5f * scale;
     const ScreenPoint origin{52 * scale, static_cast<float>(canvas_->height()) - 52 * scale, 0};
     for (const Axis& axis : kAxes) {
-        const Paint paint{axis.colour, 1, kNoItem, 0, false};
+        const Paint paint{axis.color, 1, kNoItem, 0, false};
         const float dx = dot(axis.direction, camera_->right());
         const float dy = -dot(axis.direction, camera_->up());
         if (std::abs(dx) + std::abs(dy) < 0.05f) continue;  // points at the viewer

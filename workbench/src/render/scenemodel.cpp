@@ -51,7 +51,7 @@ void SceneModel::setSurface(const Surface& surface) {
     hasTranslucent_ = hasTranslucent_ || surface.isTranslucent();
 }
 
-void SceneModel::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, Colour colour,
+void SceneModel::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, Color color,
                              std::uint8_t edges, const TexturePlace* places) {
     Item& item = items_.back();
     if (std::max({a, b, c}) >= item.vertexCount) return;
@@ -59,7 +59,7 @@ void SceneModel::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, 
     const Vec3 p = vertices_[base + a], q = vertices_[base + b], r = vertices_[base + c];
     if (!isFinite(p) || !isFinite(q) || !isFinite(r)) return;
     const Vec3 normal = normalised(cross(q - p, r - p));
-    triangles_.push_back({{base + a, base + b, base + c}, colour, normal, edges});
+    triangles_.push_back({{base + a, base + b, base + c}, color, normal, edges});
     ++item.triangleCount;
     if (item.isTextured) {
         for (int i = 0; i < 3; ++i) texturePlaces_.push_back(places ? places[i] : TexturePlace{});
@@ -67,9 +67,9 @@ void SceneModel::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, 
     for (const Vec3 corner : {p, q, r}) item.box.add(item.origin + corner);
 }
 
-void SceneModel::addMark(MarkKind kind, Vec3d world, Colour colour) {
+void SceneModel::addMark(MarkKind kind, Vec3d world, Color color) {
     if (!isFinite(world)) return;
-    marks_.push_back({world, colour, static_cast<ItemIndex>(items_.size() - 1), kind});
+    marks_.push_back({world, color, static_cast<ItemIndex>(items_.size() - 1), kind});
     items_.back().box.add(world);
     (kind == MarkKind::kLightPoint ? box_ : helperBox_).add(world);
 }

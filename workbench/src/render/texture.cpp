@@ -5,7 +5,7 @@
 namespace workbench {
 namespace {
 
-// The mean of several texels. What cannot be seen has no say in the colour.
+// The mean of several texels. What cannot be seen has no say in the color.
 class Mean {
 public:
     void add(std::uint32_t texel) {

@@ -1,4 +1,4 @@
-// Fonts and colours that the workbench's windows share.
+// Fonts and colors that the workbench's windows share.
 #pragma once
 
 #include <framework/gdi.h>

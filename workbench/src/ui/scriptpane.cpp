@@ -104,7 +104,7 @@ void ScriptPane::OnPaint() {
     ::DrawTextW(paint.dc(), L"脚本：", -1, &area, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
 }
 
-// A read-only field is grey by default; the log reads better on the colour of paper.
+// A read-only field is grey by default; the log reads better on the color of paper.
 HBRUSH ScriptPane::OnCtlColor(HDC dc, HWND, UINT) {
     ::SetTextColor(dc, ::GetSysColor(COLOR_WINDOWTEXT));
     ::SetBkColor(dc, ::GetSysColor(COLOR_WINDOW));

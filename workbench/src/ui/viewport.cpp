@@ -84,7 +84,7 @@ void Viewport::draw() {
     renderer_.draw(client_.sceneToDraw(), camera_, options_, canvas_);
     ::GdiFlush();
     std::memcpy(bitmap_.bits, canvas_.pixels(),
-                sizeof(Colour) * static_cast<std::size_t>(bitmap_.width) *
+                sizeof(Color) * static_cast<std::size_t>(bitmap_.width) *
                     static_cast<std::size_t>(bitmap_.height));
     frameMilliseconds_ =
         std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
@@ -122,10 +122,10 @@ void Viewport::drawLabel(HDC dc, const std::string& text, bool right) {
     const SelectScope font(dc, Look::of(Handle()).bold());
     ::SetBkMode(dc, TRANSPARENT);
     const std::wstring shown = base::toWide(text);
-    const auto put = [&](COLORREF colour, int shift) {
+    const auto put = [&](COLORREF color, int shift) {
         RECT area{Scaled(10) + shift, Scaled(8) + shift, bitmap_.width - Scaled(10) + shift,
                   bitmap_.height};
-        ::SetTextColor(dc, colour);
+        ::SetTextColor(dc, color);
         ::DrawTextW(dc, shown.c_str(), -1, &area,
                     DT_SINGLELINE | DT_NOPREFIX | (right ? DT_RIGHT : DT_LEFT));
     };

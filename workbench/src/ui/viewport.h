@@ -74,7 +74,7 @@ private:
     /// What was drawn, as the platform takes it.
     struct Bitmap {
         framework::GdiBitmap handle;
-        Colour* bits = nullptr;  // of the handle
+        Color* bits = nullptr;  // of the handle
         int width = 0, height = 0;
     };
 

@@ -4,8 +4,8 @@
 
 namespace draw {
 
-// Straight (not premultiplied) colour, each part from 0 to 1.
-struct Colour {
+// Straight (not premultiplied) color, each part from 0 to 1.
+struct Color {
     double red = 0;
     double green = 0;
     double blue = 0;
@@ -13,24 +13,24 @@ struct Colour {
 };
 
 // From 0xRRGGBB.
-constexpr Colour rgb(std::uint32_t value, double alpha = 1) {
+constexpr Color rgb(std::uint32_t value, double alpha = 1) {
     return {((value >> 16) & 0xFF) / 255.0, ((value >> 8) & 0xFF) / 255.0, (value & 0xFF) / 255.0,
             alpha};
 }
 
 // `share` 0 gives `from`, 1 gives `to`.
-constexpr Colour mix(Colour from, Colour to, double share) {
+constexpr Color mix(Color from, Color to, double share) {
     const auto part = [share](double a, double b) { return a + (b - a) * share; };
     return {part(from.red, to.red), part(from.green, to.green), part(from.blue, to.blue),
             part(from.alpha, to.alpha)};
 }
 
-// One family of colours, so that all pictures look made by one hand: a deep tone for outlines, the
+// One family of colors, so that all pictures look made by one hand: a deep tone for outlines, the
 // tone itself, and a light one for surfaces.
 struct Tone {
-    Colour deep;
-    Colour plain;
-    Colour light;
+    Color deep;
+    Color plain;
+    Color light;
 };
 
 constexpr Tone kBlue{rgb(0x17487F), rgb(0x2F78C4), rgb(0xA6CEF3)};
