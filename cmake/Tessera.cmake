@@ -61,6 +61,23 @@ function(tessera_file_properties target english chinese)
     target_sources(${target} PRIVATE ${_script})
 endfunction()
 
+# The tree of the Linux package is built from nothing wherever a package is made or tested, mostly of
+# the standard library's headers: there they are read once for all.
+if(TESSERA_PACKAGE)
+    add_library(tessera_precompiled OBJECT ${CMAKE_CURRENT_LIST_DIR}/precompiled.cpp)
+    set_target_properties(tessera_precompiled PROPERTIES POSITION_INDEPENDENT_CODE ON)
+    target_link_libraries(tessera_precompiled PRIVATE tessera_settings)
+    target_precompile_headers(tessera_precompiled PRIVATE
+        <algorithm> <array> <charconv> <cmath> <cstdint> <cstring>
+        <functional> <map> <memory> <optional> <set> <span> <string> <string_view> <tuple>
+        <unordered_map> <unordered_set> <utility> <variant> <vector>)
+endif()
+function(tessera_precompile target)
+    if(TESSERA_PACKAGE)
+        target_precompile_headers(${target} REUSE_FROM tessera_precompiled)
+    endif()
+endfunction()
+
 # tessera_library(NAME SOURCES file... [USES target...] [PRIVATE_USES target...])
 # A static library whose public headers live in include/ beside its CMakeLists.txt.
 function(tessera_library name)
@@ -71,6 +88,7 @@ function(tessera_library name)
                                        PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
     target_link_libraries(${name} PUBLIC ${ARG_USES} PRIVATE tessera_settings ${ARG_PRIVATE_USES})
     target_compile_features(${name} PUBLIC cxx_std_20)
+    tessera_precompile(${name})
 endfunction()
 
 # tessera_texts(NAME FILE)

@@ -24,7 +24,8 @@ namespace {
 
 constexpr char kUsage[] =
     "usage: workbench.exe [FILE] [--plugins DIR] [--utility NAME]\n"
-    "                     [--script FILE] [--screenshots DIR] [--language en|zh] [--version]\n"
+    "                     [--script FILE] [--screenshots DIR] [--language en|zh] [--help]\n"
+    "                     [--version]\n"
     "\n"
     "  FILE               a .kiln scene, or a file that a plug-in imports\n"
     "  --plugins DIR      load the plug-ins of this folder (default: plugins, beside the program)\n"
@@ -36,13 +37,14 @@ constexpr char kUsage[] =
     "language\n"
     "                     chosen last, Chinese at first; a walk does not look at that, and keeps\n"
     "                     nothing)\n"
+    "  --help             print this text and end\n"
     "  --version          print the version and end\n";
 
 struct Options {
     std::string file, plugins, utility, script, screenshots;
     std::optional<base::Language> language;
-    bool version = false;
-    std::string error;  ///< what is wrong with the command line; empty when nothing is
+    std::string answer;  ///< to be printed, with nothing else done
+    std::string error;   ///< what is wrong with the command line; empty when nothing is
 };
 
 std::vector<std::string> arguments() {
@@ -69,8 +71,10 @@ Options parse(const std::vector<std::string>& words) {
             *value = words[++i];
         else if (value)
             options.error = word + " needs a value";
+        else if (word == "--help")
+            options.answer = kUsage;
         else if (word == "--version")
-            options.version = true;
+            options.answer = "workbench " TESSERA_VERSION "\n";
         else if (word.rfind("--", 0) == 0)
             options.error = "unknown option " + word;
         else if (!options.file.empty())
@@ -142,9 +146,9 @@ void WorkbenchApp::OnException(std::exception_ptr exception) {
 
 bool WorkbenchApp::InitInstance() {
     const Options options = parse(arguments());
-    if (options.version || !options.error.empty()) useConsoleOfStarter();
-    if (options.version) {
-        std::printf("workbench %s\n", TESSERA_VERSION);
+    if (!options.answer.empty() || !options.error.empty()) useConsoleOfStarter();
+    if (!options.answer.empty()) {
+        std::fputs(options.answer.c_str(), stdout);
         ::PostQuitMessage(0);
         return true;
     }
