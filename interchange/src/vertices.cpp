@@ -65,21 +65,29 @@ FileBytes VertexTails::tail(std::size_t index) const noexcept {
 
 FileBytes VertexTails::bytesFor(const Mesh& mesh, bool lit, std::span<const FileBytes> vertices) {
     if (vertices.empty()) return {};
+    if (isMade(mesh, lit, vertices)) return {};
     clear();
     for (const FileBytes vertex : vertices) appendTail(vertex);
+    return bytes_;
+}
+
+/// Whether the exporter makes such vertices from the mesh alone, but for their coordinates.
+bool VertexTails::isMade(const Mesh& mesh, bool lit, std::span<const FileBytes> vertices) {
+    recordOf_ = kNone;
     const FileBytes made = ownVertex(lit || !mesh.normals.IsEmpty(), !mesh.tVerts.IsEmpty());
-    for (std::size_t i = 0; i < starts_.size(); ++i) {
+    const std::size_t color = colorPlace(fltRecordHead(made).opcode);
+    for (std::size_t i = 0; i < vertices.size(); ++i) {
+        const FileBytes read = vertices[i];
+        if (read.size() != made.size()) return false;
         record_.assign(made.begin(), made.end());
         if (!mesh.colors.IsEmpty()) setVertexColor(record_, mesh.colors[static_cast<int>(i)]);
-        const FileBytes kept = tail(i);
-        const auto rest = FileBytes(record_).subspan(colorPlace(fltRecordHead(made).opcode));
-        if (kept.size() != headSize() + rest.size() ||
-            !std::ranges::equal(kept.first(headSize()), FileBytes(record_).first(headSize())) ||
-            !std::ranges::equal(kept.subspan(headSize()), rest)) {
-            return bytes_;
+        const FileBytes expected = record_;
+        if (!std::ranges::equal(read.first(headSize()), expected.first(headSize())) ||
+            !std::ranges::equal(read.subspan(color), expected.subspan(color))) {
+            return false;
         }
     }
-    return {};
+    return true;
 }
 
 void VertexTails::read(FileBytes bytes, const Mesh& mesh) {

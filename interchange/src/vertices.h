@@ -48,6 +48,7 @@ public:
 
 private:
     void clear() noexcept;
+    bool isMade(const Mesh& mesh, bool lit, std::span<const FileBytes> vertices);
     void appendTail(FileBytes vertex);
     FileBytes tail(std::size_t index) const noexcept;
     bool fits(const Mesh& mesh) const noexcept;

@@ -15,6 +15,13 @@ FileBytes bytesOf(const FltToken& token) {
     return {token.data(), token.length()};
 }
 
+/// Whether the body of `read` is that of the record `written`, maybe with more behind it.
+bool beginsWith(const FltRecordView& read, FileBytes written) {
+    const FileBytes body = written.subspan(FltRecordView::kHeaderSize);
+    return read.body().size() >= body.size() &&
+           std::ranges::equal(read.body().first(body.size()), body);
+}
+
 /// Lays `record` out as files have it.
 void layOut(const FltRecord& record, FltToken& token, std::uint32_t revision) {
     if (record.opcode() == kFltHeader) {
@@ -71,6 +78,7 @@ FileBytes RecordMerger::put(const FltRecord& record, std::uint32_t revision,
         layOut(record, now_, revision);
     }
     const FileBytes now = bytesOf(now_);
+    if (base != nullptr && readRevision == revision && beginsWith(read, now)) return read.bytes();
     merged_.assign(now.begin(), now.end());
     if (base != nullptr) {
         layOut(*base, then_, readRevision);
