@@ -1,6 +1,7 @@
 #include "attrtable.h"
 
 #include <diagnostics/log.h>
+#include <kiln/language.h>
 
 namespace fltkilnutil {
 
@@ -36,6 +37,7 @@ constinit FltAttrEnum yesNoTable[3] = {{0, "No"}, {1, "Yes"}, {0, nullptr}};
 AttrTable* AttrTable::instance() noexcept {
     try {
         static const std::unique_ptr<AttrTable> table = buildTable();
+        if (table) table->captions_.show(static_cast<base::Language>(GetLanguage()));
         return table.get();
     } catch (...) {
         return nullptr;
@@ -43,8 +45,8 @@ AttrTable* AttrTable::instance() noexcept {
 }
 
 AttrTable::AttrTable(const CaptionReader& captions) : captions_(captions) {
-    yesNoTable[0].text = captions_.text(kNoCaption);
-    yesNoTable[1].text = captions_.text(kYesCaption);
+    yesNoTable[0] = entry({0, kNoCaption});
+    yesNoTable[1] = entry({1, kYesCaption});
     for (std::size_t i = 0; i < kGroups; ++i) {
         groups_[i] = buildGroup(*kGroupRows[i]);
         list_[i] = groups_[i].get();
@@ -70,11 +72,14 @@ std::unique_ptr<TableGroup> AttrTable::buildGroup(const GroupRow& row) {
     return group;
 }
 
+FltAttrEnum AttrTable::entry(const EnumRow& choice) const noexcept {
+    return {choice.value, captions_.text(choice.caption), captions_.otherText(choice.caption)};
+}
+
 const FltAttrEnum* AttrTable::buildEnumeration(std::span<const EnumRow> choices) {
     if (choices.empty()) return nullptr;
     auto entries = std::make_unique<FltAttrEnum[]>(choices.size() + 1);
-    for (std::size_t i = 0; i < choices.size(); ++i)
-        entries[i] = {choices[i].value, captions_.text(choices[i].caption)};
+    for (std::size_t i = 0; i < choices.size(); ++i) entries[i] = entry(choices[i]);
     entries[choices.size()] = {0, nullptr};
     return enumerations_.emplace_back(std::move(entries)).get();
 }

@@ -27,8 +27,8 @@ class AttrTable {
 public:
     static constexpr std::size_t kGroups = 14;
 
-    /// The table, built at the first call; null when the caption library is missing, which the
-    /// first call logs, and while there is no memory for it.
+    /// The table with its texts in the host's language, built at the first call; null when the
+    /// caption library is missing, which the first call logs, and while there is no memory for it.
     static AttrTable* instance() noexcept;
 
     explicit AttrTable(const CaptionReader& captions);
@@ -42,6 +42,7 @@ public:
 
 private:
     std::unique_ptr<TableGroup> buildGroup(const GroupRow& row);
+    FltAttrEnum entry(const EnumRow& choice) const noexcept;
     const FltAttrEnum* buildEnumeration(std::span<const EnumRow> choices);
 
     CaptionStore captions_;

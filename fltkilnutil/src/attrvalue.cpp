@@ -95,7 +95,8 @@ void storeField(const FltAttrBlock& block, const FltAttrDesc& descriptor) {
     const std::string_view text = descriptor.value.text();
     if (isDoubleOverFloat(descriptor)) return storeDoubleOverFloat(address, fltParseReal(text));
     NumberText room;
-    if (text == printField(block, descriptor, room)) return;
+    const std::string_view printed = printField(block, descriptor, room);
+    if (text == printed) return;
     switch (descriptor.type) {
         case FltAttrType::Text:
             fltSetText(textField(address, descriptor), text);
@@ -110,7 +111,10 @@ void storeField(const FltAttrBlock& block, const FltAttrDesc& descriptor) {
             writeAs(address, fltParseReal(text));
             break;
         case FltAttrType::Enumeration:
-            if (std::int32_t value = 0; fltAttrEnumValue(descriptor.enumeration, text, value))
+            // The text in the other language that says what the field prints changes nothing
+            // either.
+            if (std::int32_t value = 0; fltAttrEnumValue(descriptor.enumeration, text, value) &&
+                                        printed != enumText(descriptor, value))
                 fltAttrSetField(block, descriptor, static_cast<std::uint32_t>(value));
             break;
         case FltAttrType::Boolean:
@@ -179,10 +183,16 @@ void fltAttrSetField(FltAttrBlock block, const FltAttrDesc& descriptor,
 bool fltAttrEnumValue(const FltAttrEnum* table, std::string_view text,
                       std::int32_t& value) noexcept {
     if (table == nullptr) return false;
+    const FltAttrEnum* other = nullptr;
     for (; table->text != nullptr; ++table) {
-        if (table->text != text) continue;
-        value = table->value;
-        return true;
+        if (table->text == text) {
+            value = table->value;
+            return true;
+        }
+        if (other == nullptr && table->otherText != nullptr && table->otherText == text)
+            other = table;
     }
-    return false;
+    if (other == nullptr) return false;
+    value = other->value;
+    return true;
 }

@@ -1,31 +1,22 @@
 // The captions of builds without resource libraries.
+#include <base/texttable.h>
 #include <fltkilnutil/captions.h>
-
-#include <algorithm>
-#include <iterator>
 
 namespace fltkilnutil {
 
 namespace {
 
-struct Caption {
-    std::uint32_t id;
-    const char* text;
-};
-
-constexpr Caption kCaptions[] = {
-#define CAPTION(id, text) {id, text},
+constexpr base::TextRow kCaptions[] = {
+#define CAPTION(id, chinese, english) {id, chinese, english},
 #include "captions.inc"
 #undef CAPTION
 };
 
 bool libraryInstalled = true;
 
-bool readCaption(std::uint32_t id, std::string& text) {
-    const auto found = std::ranges::find(kCaptions, id, &Caption::id);
-    if (found == std::end(kCaptions)) return false;
-    text = found->text;
-    return true;
+bool readCaption(base::Language language, std::uint32_t id, std::string& text) {
+    text = base::compiledText(kCaptions, id, language);
+    return !text.empty();
 }
 
 }  // namespace

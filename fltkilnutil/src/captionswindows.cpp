@@ -3,7 +3,6 @@
 #include <base/utf16.h>
 #include <fltkilnutil/captions.h>
 #include <kiln/interface.h>
-#include <kiln/language.h>
 #include <windows.h>
 
 #include <memory>
@@ -37,8 +36,7 @@ Module openLibrary() {
 CaptionReader openCaptionLibrary() {
     const std::shared_ptr<std::remove_pointer_t<HMODULE>> library = openLibrary();
     if (library == nullptr) return {};
-    return [library](std::uint32_t id, std::string& text) {
-        const auto language = static_cast<base::Language>(GetLanguage());
+    return [library](base::Language language, std::uint32_t id, std::string& text) {
         const std::wstring_view caption = base::findString(library.get(), id, language);
         if (caption.empty()) return false;
         text = base::toUtf8(caption.substr(0, kMaxCaption));

@@ -20,6 +20,40 @@ const DLGTEMPLATE* findTemplate(HINSTANCE resources, UINT id) noexcept {
         base::findResource(resources, RT_DIALOG, id, resourceLanguage()));
 }
 
+INT_PTR CALLBACK leaveAlone(HWND, UINT, WPARAM, LPARAM) {
+    return FALSE;
+}
+
+std::wstring classOf(HWND window) {
+    wchar_t name[64];
+    return {name, static_cast<std::size_t>(::GetClassNameW(window, name, 64))};
+}
+
+/// The place of a control, with that of its open list if it has one.
+RECT placeOf(HWND control, bool hasList) {
+    RECT place;
+    ::GetWindowRect(control, &place);
+    if (hasList) {
+        RECT open;
+        ::SendMessageW(control, CB_GETDROPPEDCONTROLRECT, 0, reinterpret_cast<LPARAM>(&open));
+        place.bottom = open.bottom;
+    }
+    ::MapWindowPoints(nullptr, ::GetParent(control), reinterpret_cast<POINT*>(&place), 2);
+    return place;
+}
+
+/// Gives a control the place of another, and the text if it is one that no user enters.
+void follow(HWND control, HWND model) {
+    const std::wstring kind = classOf(model);
+    const RECT place = placeOf(model, kind == WC_COMBOBOXW);
+    ::SetWindowPos(control, nullptr, place.left, place.top, place.right - place.left,
+                   place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
+    if (kind != WC_STATICW && kind != WC_BUTTONW) return;
+    wchar_t text[256];
+    ::GetWindowTextW(model, text, 256);
+    ::SetWindowTextW(control, text);
+}
+
 /// Shows the owner's icon in the dialog's title bar and in the task list.
 void showOwnersIcon(HWND dialog) {
     const HWND owner = ::GetWindow(dialog, GW_OWNER);
@@ -65,6 +99,38 @@ bool CDialog::Create(UINT templateId, HWND parent) {
     if (!window || !HasWindow()) return false;
     showOwnersIcon(window);
     return true;
+}
+
+SIZE CDialog::FollowLanguage() {
+    const HINSTANCE resources = resourceInstance();
+    const ModuleScope module;
+    const DLGTEMPLATE* const dialog = findTemplate(resources, templateId_);
+    const HWND model =
+        dialog ? ::CreateDialogIndirectParamW(resources, dialog, parent_, leaveAlone, 0) : nullptr;
+    if (!model) return {};
+    wchar_t caption[256];
+    ::GetWindowTextW(model, caption, 256);
+    ::SetWindowTextW(Handle(), caption);
+    // Both have their controls in the template's order; what else has been added here is passed
+    // over.
+    HWND control = ::GetWindow(Handle(), GW_CHILD);
+    for (HWND from = ::GetWindow(model, GW_CHILD); from; from = ::GetWindow(from, GW_HWNDNEXT)) {
+        HWND same = control;
+        while (same && ::GetDlgCtrlID(same) != ::GetDlgCtrlID(from))
+            same = ::GetWindow(same, GW_HWNDNEXT);
+        if (!same) continue;
+        follow(same, from);
+        control = ::GetWindow(same, GW_HWNDNEXT);
+    }
+    RECT area;
+    if (!(Style() & WS_THICKFRAME)) {
+        ::GetWindowRect(model, &area);
+        ::SetWindowPos(Handle(), nullptr, 0, 0, area.right - area.left, area.bottom - area.top,
+                       SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    }
+    ::GetClientRect(model, &area);
+    ::DestroyWindow(model);
+    return {area.right, area.bottom};
 }
 
 void CDialog::EndDialog(INT_PTR result) {

@@ -227,7 +227,7 @@ class AttrLayout : public AttrScene {
 protected:
     std::string captionOf(int id) const {
         std::string text;
-        EXPECT_TRUE(captions(static_cast<std::uint32_t>(id), text)) << id;
+        EXPECT_TRUE(captions(base::Language::kChinese, static_cast<std::uint32_t>(id), text)) << id;
         return text;
     }
 

@@ -1,9 +1,13 @@
+#include "../support/spokenlanguage.h"
 #include "attrscene.h"
 
 #include <fltkilnutil/captions.h>
+#include <fltkilnutil/kilnflt.h>
+#include <quillon/fltclipregion.h>
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <set>
 
 namespace {
@@ -130,19 +134,81 @@ TEST_F(AttrTable, FieldsAreReadAndWrittenByWidthAndMask) {
 TEST_F(AttrTable, CaptionsRunFrom101To411WithoutAGap) {
     const fltkilnutil::CaptionReader captions = fltkilnutil::openCaptionLibrary();
     ASSERT_TRUE(captions);
+    using enum base::Language;
     std::string text;
-    for (std::uint32_t id = 101; id <= 411; ++id) {
-        text.clear();
-        EXPECT_TRUE(captions(id, text)) << id;
-        EXPECT_FALSE(text.empty()) << id;
-        EXPECT_LE(text.size(), 256U) << id;
+    for (const base::Language language : {kChinese, kEnglish}) {
+        for (std::uint32_t id = 101; id <= 411; ++id) {
+            text.clear();
+            EXPECT_TRUE(captions(language, id, text)) << id;
+            EXPECT_FALSE(text.empty()) << id;
+            EXPECT_LE(text.size(), 256U) << id;
+        }
+        EXPECT_FALSE(captions(language, 100, text));
+        EXPECT_FALSE(captions(language, 412, text));
     }
-    EXPECT_FALSE(captions(100, text));
-    EXPECT_FALSE(captions(412, text));
-    ASSERT_TRUE(captions(114, text));
+    ASSERT_TRUE(captions(kChinese, 114, text));
     EXPECT_EQ(text, "是");
-    ASSERT_TRUE(captions(411, text));
+    ASSERT_TRUE(captions(kChinese, 411, text));
     EXPECT_EQ(text, "实例参考");
+    ASSERT_TRUE(captions(kEnglish, 363, text));
+    EXPECT_EQ(text, "Degree of Freedom");
+}
+
+// Whoever holds on to a row, its caption or a choice keeps it: the texts change in place.
+TEST_F(AttrTable, FollowsTheHostsLanguage) {
+    const FltAttrGroup* const lod = fltAttrGroupFind(FltNodeKind::Lod);
+    const FltAttrDesc& in = row(FltNodeKind::Lod, "FltLodMin");
+    const char* const yes = row(FltNodeKind::Face, "FltTerrain").choices[1];
+    EXPECT_STREQ(in.caption, "切入距离");
+    {
+        const SpokenLanguage english(KILN_LANGUAGE_ENGLISH);
+        EXPECT_EQ(fltAttrGroupFind(FltNodeKind::Lod), lod);
+        EXPECT_STREQ(lod->caption, "Level of Detail");
+        EXPECT_STREQ(in.caption, "Switch-in distance");
+        EXPECT_STREQ(yes, "Yes");
+        EXPECT_STREQ(row(FltNodeKind::Group, "FltGrpRelPriority").caption, "Relative priority");
+        for (const FltAttrGroup* group : allGroups())
+            for (const FltAttrDesc* any = group->descriptors; !any->isTerminator(); ++any)
+                EXPECT_TRUE(std::ranges::all_of(std::string_view(any->caption), [](char c) {
+                    return c >= ' ' && c <= '~';
+                })) << any->caption;
+    }
+    fltAttrGroupFind(FltNodeKind::Lod);
+    EXPECT_STREQ(in.caption, "切入距离");
+    EXPECT_STREQ(yes, "是");
+}
+
+// Scripts and what was being typed when the language changed name choices in either one.
+TEST_F(AttrTable, FindsAChoiceByItsTextInEitherLanguage) {
+    for (const WORD language : {KILN_LANGUAGE_CHINESE, KILN_LANGUAGE_ENGLISH}) {
+        const SpokenLanguage spoken(language);
+        std::size_t choices = 0;
+        for (const FltAttrGroup* group : allGroups())
+            for (const FltAttrDesc* any = group->descriptors; !any->isTerminator(); ++any)
+                for (const FltAttrEnum* entry = any->enumeration; entry && entry->text; ++entry) {
+                    for (const char* text : {entry->text, entry->otherText}) {
+                        std::int32_t value = entry->value + 1;
+                        EXPECT_TRUE(fltAttrEnumValue(any->enumeration, text, value)) << text;
+                        EXPECT_EQ(value, entry->value) << any->caption << ": " << text;
+                    }
+                    ++choices;
+                }
+        EXPECT_GT(choices, 150U);
+    }
+}
+
+TEST_F(AttrTable, StoresAChoiceNamedInTheOtherLanguage) {
+    INode* const region = kindNode(FltNodeKind::ClipRegion);
+    EXPECT_TRUE(edit(region, FltNodeKind::ClipRegion, "FltClipTop", "Yes"));
+    fltAttrLoad(region, 1580);
+    EXPECT_EQ(value(FltNodeKind::ClipRegion, "FltClipTop"), "是");
+    FltClipRegion record;
+    ASSERT_TRUE(fltGetRecord(region, record));
+    record.edgeClip2 = 7;
+    ASSERT_TRUE(fltPutRecord(region, record));
+    EXPECT_TRUE(edit(region, FltNodeKind::ClipRegion, "FltClipTop", "Yes"));
+    ASSERT_TRUE(fltGetRecord(region, record));
+    EXPECT_EQ(record.edgeClip2, 7) << "yes already: left alone, as it is by its own text";
 }
 
 }  // namespace

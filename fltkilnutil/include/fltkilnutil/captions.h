@@ -1,14 +1,17 @@
 // Where the captions of the attribute table come from.
 #pragma once
 
+#include <base/language.h>
+
 #include <cstdint>
 #include <functional>
 #include <string>
 
 namespace fltkilnutil {
 
-/// Gives the caption with an id as UTF-8; false when there is none.
-using CaptionReader = std::function<bool(std::uint32_t id, std::string& text)>;
+/// Gives the caption with an id in a language, as UTF-8; false when there is none.
+using CaptionReader =
+    std::function<bool(base::Language language, std::uint32_t id, std::string& text)>;
 
 inline constexpr const char* kCaptionLibrary = "FltKilnUtilRes.dll";
 

@@ -6,6 +6,9 @@
 // a node, the caller edits the value texts, `fltAttrStore` writes them back. It is shared by all
 // nodes of its kind, so a load replaces what an earlier one of the same kind left there.
 //
+// Captions and choices are in the host's language. They change in place when a group is looked up
+// or loaded under another language than before; value texts do so when they are loaded again.
+//
 // One caller at a time: nothing here is locked. No function throws.
 #pragma once
 
@@ -55,6 +58,7 @@ enum class FltAttrTarget : std::uint32_t {
 struct FltAttrEnum {
     std::int32_t value;
     const char* text;
+    const char* otherText = nullptr;  ///< in the language that is not shown, where there is one
 };
 
 /// Where a field lives within its block.
@@ -147,7 +151,8 @@ std::uint32_t fltAttrGetField(FltAttrBlock block, const FltAttrDesc& descriptor)
 void fltAttrSetField(FltAttrBlock block, const FltAttrDesc& descriptor,
                      std::uint32_t value) noexcept;
 
-/// Finds the first entry whose text is exactly `text`; `value` is untouched when there is none.
+/// Finds the first entry whose text is exactly `text`, else the first whose text in the other
+/// language is; `value` is untouched when there is none.
 bool fltAttrEnumValue(const FltAttrEnum* table, std::string_view text,
                       std::int32_t& value) noexcept;
 

@@ -54,6 +54,13 @@ public:
     /// Runs `DoDataExchange`: true from the controls to the members, false the other way.
     void UpdateData(bool save = true);
 
+    /// Gives a modeless dialog, which its template does not show, the places and texts that its
+    /// template has in the language of now, as if it were opened anew: the caption, and those of
+    /// buttons and static texts. What was entered stays, and so does the size of a window that the
+    /// user can size. Gives the size of the client area that the places are meant for; 0 by 0, with
+    /// nothing changed, where the template cannot be had.
+    SIZE FollowLanguage();
+
     /// Adds a tool tip for every child control that exists now, or removes the tips. For each tip
     /// the dialog gets the platform's text request (TTN_NEEDTEXTW, or TTN_NEEDTEXTA from a control
     /// that asks for it) in `OnNotify`; `ToolTipControlId` says for which control. For modeless

@@ -98,6 +98,8 @@
 #define IDS_SWITCH_WITHOUT_CHILDREN 30696
 #define IDS_SWITCH_TOO_LARGE 30697
 #define IDS_ABOUT_COMMAND 30698
+#define IDS_SCENE_ROOT 30699  // this and the next are the same in every language
+#define IDS_NO_RECORD 30700
 
 // The tree's icons, 16 x 15 pixels, white is transparent.
 #define IDB_GROUP 123

@@ -26,6 +26,7 @@ constexpr std::size_t kLongestTitle = 1024;
 
 std::unique_ptr<Hierarchy> form;
 std::string title;
+std::string subject;  // what the title names beside the product; empty for none
 
 // Forms that their client destroyed while their own code was on the stack.
 std::vector<std::unique_ptr<Hierarchy>> retired;
@@ -88,10 +89,15 @@ std::string productTitle() {
 }
 
 // The text is a file name of any length; a caption too long for its window is of no use.
-void setTitle(const char* text) {
+void composeTitle() {
     title = productTitle();
-    if (text && *text) title += " (" + std::string(text) + ")";
+    if (!subject.empty()) title += " (" + subject + ")";
     title = base::clipUtf8(title, kLongestTitle);
+}
+
+void setTitle(const char* text) {
+    subject = text ? text : "";
+    composeTitle();
     if (!form) {
         diagnostics::log("title :ZuFltHierForm NULL\n");
         return;
@@ -117,6 +123,16 @@ BrowserStatus makeForm(HWND parent) {
 void browserStartUp() {
     if (title.empty()) title = productTitle();
     loadKindNames();
+}
+
+void browserFollowLanguage() {
+    enter([] {
+        loadKindNames();
+        composeTitle();
+        if (!form) return;
+        form->followLanguage();
+        form->SetText(title);
+    });
 }
 
 void browserShutDown() {

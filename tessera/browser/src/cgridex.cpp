@@ -31,6 +31,10 @@ void Hierarchy::CGridEx::Reset() {
     SetColumnCount(2);
     SetFixedRowCount(1);
     SetFixedColumnCount(1);
+    NameColumns();
+}
+
+void Hierarchy::CGridEx::NameColumns() {
     SetCellText(0, kCaptionColumn, loadString(IDS_GRID_ATTRIBUTE));
     SetCellText(0, kValueColumn, loadString(IDS_GRID_VALUE));
 }
@@ -74,7 +78,7 @@ void Hierarchy::CGridEx::FillList(int row, int column, CInPlaceList& list) {
 
 int Hierarchy::CGridEx::FindChoice(int row, int column, std::string_view typed) {
     const auto* const descriptor = reinterpret_cast<const FltAttrDesc*>(CellData(row, column));
-    return descriptor && descriptor->isYesNo() ? yesNoBegunBy(typed) : -1;
+    return descriptor && descriptor->isYesNo() ? yesNoBegunBy(*descriptor, typed) : -1;
 }
 
 }  // namespace tessera

@@ -12,6 +12,8 @@ class tessera::Hierarchy::CGridEx : public grid::CGridCtrl {
 public:
     /// One heading row alone.
     void Reset();
+    /// Puts the headings, in the host's language, into the heading row.
+    void NameColumns();
     /// A row for each attribute of the set; none can be edited when `readOnly`. The focus cell and
     /// what is scrolled into view stay where they still exist.
     void ShowAttributes(const FltAttrGroup& set, bool readOnly);

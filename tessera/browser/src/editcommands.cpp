@@ -13,6 +13,8 @@
 #include <quillon/fltopcode.h>
 #include <resources/resource.h>
 
+#include <algorithm>
+
 using framework::CWaitCursor;
 
 namespace tessera {
@@ -26,8 +28,14 @@ HTREEITEM parentOf(const TreeItem& item) {
 
 void EditCommands::initialise() {
     createKind_.Attach(form_.Item(IDC_CREATE_KIND));
+    nameKinds();
+}
+
+void EditCommands::nameKinds() {
+    const int chosen = std::max(0, createKind_.Selected());
+    createKind_.Clear();
     for (int row = 0; row < creatableKindCount(); ++row) createKind_.Add(kindName(row));
-    createKind_.Select(0);
+    createKind_.Select(chosen);
 }
 
 // ---------------------------------------------------------------- move

@@ -24,6 +24,8 @@ public:
 
     /// Fills the list of kinds that can be created.
     void initialise();
+    /// Puts the names of the kinds into that list; the choice stays.
+    void nameKinds();
 
     /// Moves the first selected node among its siblings: `kMoveUp` or `kMoveDown`.
     void move(BrowserEvent direction);

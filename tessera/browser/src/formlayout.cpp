@@ -36,15 +36,41 @@ RECT areaOf(const CWnd& form, int id) {
     return control.AreaInParent();
 }
 
+/// The size of the window with a client area of that size.
+SIZE windowFor(const CWnd& form, SIZE client) {
+    RECT area{0, 0, client.cx, client.cy};
+    ::AdjustWindowRectEx(&area, form.Style(), FALSE,
+                         static_cast<DWORD>(::GetWindowLongPtrW(form.Handle(), GWL_EXSTYLE)));
+    return sizeOf(area);
+}
+
 }  // namespace
 
 void FormLayout::initialise() {
+    meet(sizeOf(form_.ClientRect()));
+}
+
+// The controls are where the template has them.
+void FormLayout::meet(SIZE base) {
     alignControls();
-    size_ = sizeOf(form_.ClientRect());
-    const SIZE window = sizeOf(form_.WindowRect());
+    base_ = size_ = base;
+    const SIZE window = windowFor(form_, base);
     const SIZE room = sizeOf(areaOf(form_, IDC_GRID));
     smallestTrack_ = {window.cx - std::max(0L, room.cx - form_.Scaled(kSmallestGridWidth)),
                       window.cy - std::max(0L, room.cy - form_.Scaled(kSmallestGridHeight))};
+}
+
+void FormLayout::renew(SIZE base) {
+    const SIZE grown{size_.cx - base_.cx, size_.cy - base_.cy};
+    meet(base);
+    if (!::IsIconic(form_.Handle()) && !::IsZoomed(form_.Handle())) {
+        const SIZE window = windowFor(form_, {base.cx + grown.cx, base.cy + grown.cy});
+        ::SetWindowPos(form_.Handle(), nullptr, 0, 0, window.cx, window.cy,
+                       SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    }
+    // The window may have kept its size.
+    const SIZE client = sizeOf(form_.ClientRect());
+    follow(static_cast<int>(client.cx), static_cast<int>(client.cy));
 }
 
 // Two controls choose a size of their own, which fits the template's at 100 % scaling only: the
@@ -101,10 +127,7 @@ void FormLayout::restorePlacement() const {
 void FormLayout::resetPosition() const {
     if (::IsIconic(form_.Handle()) || ::IsZoomed(form_.Handle())) restorePlacement();
     // The recorded size is that of the client area.
-    RECT area{0, 0, size_.cx, size_.cy};
-    ::AdjustWindowRectEx(&area, form_.Style(), FALSE,
-                         static_cast<DWORD>(::GetWindowLongPtrW(form_.Handle(), GWL_EXSTYLE)));
-    const SIZE window = sizeOf(area);
+    const SIZE window = windowFor(form_, size_);
     form_.MoveTo({0, 0, window.cx, window.cy});
     form_.Invalidate();
 }

@@ -89,6 +89,22 @@ void Hierarchy::addAboutCommand() {
     ::AppendMenuW(menu, MF_STRING, IDM_ABOUT, base::toWide(loadString(IDS_ABOUT_COMMAND)).c_str());
 }
 
+// In place, so that tree, selection and what is open stay. Nothing of a language is left behind but
+// what is made anew each time: tool tips and messages.
+void Hierarchy::followLanguage() {
+    if (stale_) properties_->forget();  // the node may have gone
+    properties_->finishTyping();
+    const SIZE base = FollowLanguage();
+    if (base.cx == 0) return;
+    layout_->renew(base);
+    ::ModifyMenuW(::GetSystemMenu(Handle(), FALSE), IDM_ABOUT, MF_BYCOMMAND | MF_STRING, IDM_ABOUT,
+                  base::toWide(loadString(IDS_ABOUT_COMMAND)).c_str());
+    edits_->nameKinds();
+    properties_->followLanguage();
+    switchSide_->followLanguage();
+    Invalidate();
+}
+
 // ---------------------------------------------------------------- what the exports do
 
 void Hierarchy::bind(BrowserCallback callback, void* clientData) noexcept {

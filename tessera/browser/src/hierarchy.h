@@ -45,6 +45,7 @@ public:
     void refresh();
     void resetPosition();
     void sceneChanged();
+    void followLanguage();
 
 protected:
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;

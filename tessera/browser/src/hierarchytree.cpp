@@ -3,11 +3,12 @@
 #include "attributestore.h"
 #include "recordkinds.h"
 
+#include <framework/strings.h>
 #include <resources/resource.h>
 
 #include <algorithm>
 
-using framework::CWnd;
+using framework::CWnd, framework::loadString;
 
 namespace tessera {
 namespace {
@@ -21,7 +22,7 @@ constexpr int kIconHeight = 15;
 
 void HierarchyTree::initialise(CWnd& form) {
     SubclassDlgItem(IDC_TREE, form.Handle());
-    Add(nullptr, "Scene Root", 0, kindRowByIcon(IconKind::kSceneRoot));
+    Add(nullptr, loadString(IDS_SCENE_ROOT), 0, kindRowByIcon(IconKind::kSceneRoot));
     SetBackground(kTreeBackground);
     constexpr int kCount = static_cast<int>(kRecordKindCount);
     // Pixels are repeated, never mixed: at 150 % the icons are as at 100 %, from 175 % on double.

@@ -8,11 +8,12 @@
 
 #include <fltkilnutil/kilnflt.h>
 #include <framework/cwaitcursor.h>
+#include <framework/strings.h>
 #include <resources/resource.h>
 
 #include <utility>
 
-using framework::CWaitCursor, framework::CWnd;
+using framework::CWaitCursor, framework::CWnd, framework::loadString;
 using grid::CGridCtrl;
 
 namespace tessera {
@@ -83,7 +84,7 @@ void PropertySide::show(HTREEITEM item) {
     if (!node) return showNone("");
     const bool hasRecord = recordKind(node).has_value();
     const FltAttrGroup* const set = hasRecord ? loadAttributes(node) : nullptr;
-    if (!set) return showNone("Non-OpenFlight Selection");
+    if (!set) return showNone(loadString(IDS_NO_RECORD));
     showSet(*set);
     focusTree();
     switchSide_.edit(set->kind == FltNodeKind::Switch ? item : nullptr);
@@ -97,7 +98,7 @@ void PropertySide::showSet(const FltAttrGroup& set) {
     showComment(tree_.Node(current_));
 }
 
-void PropertySide::showNone(const char* name) {
+void PropertySide::showNone(const std::string& name) {
     setName(name);
     showComment(0);
     grid_->Reset();
@@ -120,6 +121,11 @@ void PropertySide::showAgain() {
 void PropertySide::itemRenamed(HTREEITEM item) {
     if (item != current_) return;
     if (const FltAttrGroup* set = loadAttributes(tree_.Node(current_))) showName(*set);
+}
+
+void PropertySide::followLanguage() {
+    grid_->NameColumns();
+    showAgain();
 }
 
 void PropertySide::showName(const FltAttrGroup& set) {

@@ -38,6 +38,8 @@ public:
     void clear();
     /// The text of the current item has changed.
     void itemRenamed(HTREEITEM item);
+    /// Shows what is shown in the host's language of now, and leaves the keyboard where it is.
+    void followLanguage();
 
     /// Stores what is being typed into a cell, the comment, a label or the mask field. Called
     /// before another node is shown and before the tree is refreshed or the form is closed. What
@@ -53,7 +55,7 @@ public:
 
 private:
     void showSet(const FltAttrGroup& set);
-    void showNone(const char* name);
+    void showNone(const std::string& name);
     void showName(const FltAttrGroup& set);
     void setName(std::string name);
     void showComment(NodeHandle node);

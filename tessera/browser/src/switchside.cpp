@@ -67,6 +67,10 @@ void SwitchSide::finishTyping() {
     if (editor_) editor_->FinishTyping();
 }
 
+void SwitchSide::followLanguage() {
+    if (editor_) editor_->FollowLanguage();
+}
+
 void SwitchSide::hideEditor() {
     if (editor_) editor_->Hide();
 }

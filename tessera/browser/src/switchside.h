@@ -25,6 +25,8 @@ public:
     /// Opens the editor for the current node, when that is a switch with masks that can be edited.
     void open();
     void finishTyping();
+    /// Shows the editor's controls in the host's language of now.
+    void followLanguage();
     void hideEditor();
     /// Passes the form's close request on to the editor.
     void closeEditor();

@@ -4,28 +4,40 @@
 
 #include <fltkilnutil/attrtext.h>
 
+#include <array>
+
 namespace tessera {
 namespace {
 
-struct Word {
-    std::string_view text;
-    bool yes;
-};
-constexpr Word kWords[] = {{"No", false}, {"否", false}, {"False", false}, {"0", false},
-                           {"Yes", true}, {"是", true},  {"True", true},   {"1", true}};
+/// The words for no (0) or yes (1): the row's own in both languages, and those of every language.
+std::array<std::string_view, 4> wordsFor(const FltAttrDesc& row, int value) {
+    const FltAttrEnum& choice = row.enumeration[value];
+    if (value == 0) return {choice.text, choice.otherText, "False", "0"};
+    return {choice.text, choice.otherText, "True", "1"};
+}
 
-bool isYes(const FltAttrDesc& row, std::string_view entered) {
+/// Which of no and yes has a word of which `matches` holds; -1 for neither.
+template <typename Matches>
+int yesNo(const FltAttrDesc& row, Matches matches) {
     for (const int value : {0, 1})
-        if (equalIgnoringCase(entered, row.enumeration[value].text)) return value != 0;
-    for (const Word& word : kWords)
-        if (equalIgnoringCase(entered, word.text)) return word.yes;
-    return entered.empty() || std::string_view("fF0").find(entered[0]) == std::string_view::npos;
+        for (const std::string_view word : wordsFor(row, value))
+            if (matches(word)) return value;
+    return -1;
+}
+
+int yesNoOf(const FltAttrDesc& row, std::string_view entered) {
+    const int said =
+        yesNo(row, [entered](std::string_view word) { return equalIgnoringCase(entered, word); });
+    if (said >= 0) return said;
+    return !entered.empty() && std::string_view("fF0").find(entered[0]) != std::string_view::npos
+               ? 0
+               : 1;
 }
 
 }  // namespace
 
 std::string normalisedValue(const FltAttrDesc& row, std::string_view entered) {
-    if (row.isYesNo()) return row.enumeration[isYes(row, entered) ? 1 : 0].text;
+    if (row.isYesNo()) return row.enumeration[yesNoOf(row, entered)].text;
     char text[kFltNumberTextSize];
     switch (row.type) {
         case FltAttrType::Integer:
@@ -38,10 +50,10 @@ std::string normalisedValue(const FltAttrDesc& row, std::string_view entered) {
     }
 }
 
-int yesNoBegunBy(std::string_view typed) {
-    for (const Word& word : kWords)
-        if (equalIgnoringCase(typed, word.text.substr(0, typed.size()))) return word.yes ? 1 : 0;
-    return -1;
+int yesNoBegunBy(const FltAttrDesc& row, std::string_view typed) {
+    return yesNo(row, [typed](std::string_view word) {
+        return equalIgnoringCase(typed, word.substr(0, typed.size()));
+    });
 }
 
 bool isNormalised(const FltAttrDesc& row) noexcept {

@@ -14,9 +14,9 @@ namespace tessera {
 /// yes otherwise. Texts and other choices stay as they are.
 std::string normalisedValue(const FltAttrDesc& row, std::string_view entered);
 
-/// Which of no (0) and yes (1) has a word that begins with `typed`, in either language and without
-/// regard to case; -1 for neither.
-int yesNoBegunBy(std::string_view typed);
+/// Which of no (0) and yes (1), the choices of that row, has a word that begins with `typed`, in
+/// either language and without regard to case; -1 for neither.
+int yesNoBegunBy(const FltAttrDesc& row, std::string_view typed);
 
 /// Whether a value of that row may look different after it has been stored.
 bool isNormalised(const FltAttrDesc& row) noexcept;
