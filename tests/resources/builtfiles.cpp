@@ -107,6 +107,16 @@ BOOL CALLBACK collectName(HMODULE, const wchar_t*, wchar_t* name, LONG_PTR found
     return TRUE;
 }
 
+std::span<const std::byte> bytesOf(HMODULE file, const wchar_t* type, const wchar_t* name,
+                                   WORD language) {
+    const HRSRC found = FindResourceExW(file, type, name, language);
+    if (found == nullptr) return {};
+    const void* data = LockResource(LoadResource(file, found));
+    return {static_cast<const std::byte*>(data), SizeofResource(file, found)};
+}
+
+constexpr unsigned kBlock = 16;  // strings are stored by sixteen
+
 }  // namespace
 
 std::wstring modulePath() {
@@ -127,11 +137,8 @@ HMODULE captionFile() {
     return file;
 }
 
-std::span<const std::byte> resourceBytes(const wchar_t* type, const wchar_t* name) {
-    const HRSRC found = FindResourceW(moduleFile(), name, type);
-    if (found == nullptr) return {};
-    const void* data = LockResource(LoadResource(moduleFile(), found));
-    return {static_cast<const std::byte*>(data), SizeofResource(moduleFile(), found)};
+std::span<const std::byte> resourceBytes(const wchar_t* type, const wchar_t* name, WORD language) {
+    return bytesOf(moduleFile(), type, name, language);
 }
 
 std::set<std::string> resourceNames(HMODULE file, const wchar_t* type) {
@@ -140,21 +147,23 @@ std::set<std::string> resourceNames(HMODULE file, const wchar_t* type) {
     return names;
 }
 
-std::set<unsigned> stringIds(HMODULE file) {
-    constexpr unsigned kBlock = 16;  // strings are stored by sixteen
+std::set<unsigned> stringIds(HMODULE file, WORD language) {
     std::set<unsigned> ids;
     for (const std::string& block : resourceNames(file, RT_STRING)) {
         const unsigned first = (static_cast<unsigned>(std::stoul(block.substr(1))) - 1) * kBlock;
         for (unsigned id = first; id < first + kBlock; ++id)
-            if (!stringResource(file, id).empty()) ids.insert(id);
+            if (!stringResource(file, id, language).empty()) ids.insert(id);
     }
     return ids;
 }
 
-std::string stringResource(HMODULE file, unsigned id) {
-    const wchar_t* text = nullptr;
-    const int length = LoadStringW(file, id, reinterpret_cast<wchar_t*>(&text), 0);
-    return length > 0 ? utf8({text, static_cast<std::size_t>(length)}) : "";
+std::string stringResource(HMODULE file, unsigned id, WORD language) {
+    const auto bytes = bytesOf(file, RT_STRING, MAKEINTRESOURCEW(id / kBlock + 1), language);
+    const auto* at = reinterpret_cast<const wchar_t*>(bytes.data());
+    const wchar_t* const end = at + bytes.size() / sizeof(wchar_t);
+    for (unsigned skipped = 0; at < end; ++skipped, at += 1 + *at)
+        if (skipped == id % kBlock) return utf8({at + 1, at + 1 + *at});
+    return {};
 }
 
 ProgramFile readProgramFile(const std::wstring& path) {

@@ -14,18 +14,23 @@ HMODULE captionFile();  // FltKilnUtilRes.dll
 std::wstring modulePath();
 std::wstring captionPath();
 
-// The bytes of a resource of the module; empty when there is none. `type` and `name` as for
-// FindResourceW.
-std::span<const std::byte> resourceBytes(const wchar_t* type, const wchar_t* name);
+// The languages of the texts.
+inline constexpr WORD kChinese = 0x0804;
+inline constexpr WORD kEnglish = 0x0409;
+
+// The bytes of a resource of the module in exactly that language, 0 for what has none; empty when
+// there is none. `type` and `name` as for FindResourceExW.
+std::span<const std::byte> resourceBytes(const wchar_t* type, const wchar_t* name,
+                                         WORD language = 0);
 
 // The names of all resources of a type, numbers as "#123".
 std::set<std::string> resourceNames(HMODULE file, const wchar_t* type);
 
-// The numbers of all strings that are not empty.
-std::set<unsigned> stringIds(HMODULE file);
+// The numbers of all strings of a language that are not empty.
+std::set<unsigned> stringIds(HMODULE file, WORD language);
 
-// A string by its number, in UTF-8; empty when there is none.
-std::string stringResource(HMODULE file, unsigned id);
+// A string by its number, in exactly that language, in UTF-8; empty when there is none.
+std::string stringResource(HMODULE file, unsigned id, WORD language);
 
 // What the headers of a program file say, read from the file itself.
 struct ProgramFile {

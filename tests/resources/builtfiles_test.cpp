@@ -36,9 +36,9 @@ TEST(BuiltModule, HoldsItsResourcesAndNoOthers) {
     EXPECT_EQ(resourceNames(moduleFile(), RT_BITMAP).size(), 19u + 9u * 4u);
     EXPECT_EQ(resourceNames(moduleFile(), RT_VERSION), Names{"#1"});
     std::set<unsigned> ids;
-    for (unsigned id = 30665; id <= 30698; ++id)
+    for (unsigned id = 30665; id <= 30700; ++id)
         if (id != 30675 && id != 30694) ids.insert(id);
-    EXPECT_EQ(stringIds(moduleFile()), ids);
+    EXPECT_EQ(stringIds(moduleFile(), kChinese), ids);
 }
 
 TEST(BuiltCaptions, AreALibraryWithoutCode) {
@@ -53,8 +53,11 @@ TEST(BuiltCaptions, AreALibraryWithoutCode) {
 TEST(BuiltCaptions, StandUnderTheirNumbersWithoutAGap) {
     std::set<unsigned> ids;
     for (unsigned id = 101; id <= 411; ++id) ids.insert(id);
-    EXPECT_EQ(stringIds(captionFile()), ids);
-    for (const unsigned id : ids) EXPECT_LE(stringResource(captionFile(), id).size(), 256u) << id;
+    for (const WORD language : {kChinese, kEnglish}) {
+        EXPECT_EQ(stringIds(captionFile(), language), ids);
+        for (const unsigned id : ids)
+            EXPECT_LE(stringResource(captionFile(), id, language).size(), 256u) << id;
+    }
 }
 
 }  // namespace

@@ -20,6 +20,7 @@ public:
         return value;
     }
 
+    std::size_t at() const { return at_; }
     void alignTo4() { at_ = (at_ + 3) & ~std::size_t{3}; }
 
     // A text, or a number after 0xFFFF, which is given back as "#number".
@@ -76,8 +77,10 @@ const DialogTemplate::Control& DialogTemplate::control(std::int32_t id) const {
     throw std::out_of_range("no control " + std::to_string(id));
 }
 
-DialogTemplate parseDialog(std::span<const std::byte> bytes) {
-    Reader reader(bytes);
+namespace {
+
+// The template's own fields up to the size of its font; the number of its controls in `count`.
+DialogTemplate parseHead(Reader& reader, int& count) {
     const auto version = reader.take<std::uint16_t>();
     const auto signature = reader.take<std::uint16_t>();
     if (version != 1 || signature != 0xFFFF) throw std::invalid_argument("not an extended dialog");
@@ -85,7 +88,7 @@ DialogTemplate parseDialog(std::span<const std::byte> bytes) {
     reader.take<std::uint32_t>();  // help id
     reader.take<std::uint32_t>();  // extended style
     dialog.style = reader.take<std::uint32_t>();
-    const int count = reader.take<std::uint16_t>();
+    count = reader.take<std::uint16_t>();
     reader.take<std::int16_t>();
     reader.take<std::int16_t>();
     dialog.width = reader.take<std::int16_t>();
@@ -93,6 +96,26 @@ DialogTemplate parseDialog(std::span<const std::byte> bytes) {
     reader.textOrNumber();  // menu
     reader.textOrNumber();  // window class
     dialog.caption = reader.textOrNumber();
+    return dialog;
+}
+
+}  // namespace
+
+std::vector<std::byte> scaledDialog(std::span<const std::byte> bytes, int percent) {
+    Reader reader(bytes);
+    int count = 0;
+    parseHead(reader, count);
+    const std::size_t at = reader.at();
+    const auto points = static_cast<std::uint16_t>(reader.take<std::uint16_t>() * percent / 100);
+    std::vector<std::byte> scaled(bytes.begin(), bytes.end());
+    std::memcpy(scaled.data() + at, &points, sizeof points);
+    return scaled;
+}
+
+DialogTemplate parseDialog(std::span<const std::byte> bytes) {
+    Reader reader(bytes);
+    int count = 0;
+    DialogTemplate dialog = parseHead(reader, count);
     dialog.pointSize = reader.take<std::int16_t>();
     reader.take<std::uint16_t>();  // weight
     reader.take<std::uint16_t>();  // italic, character set

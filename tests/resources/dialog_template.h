@@ -29,3 +29,7 @@ struct DialogTemplate {
 
 // Throws std::out_of_range when the bytes end early, std::invalid_argument for the old format.
 DialogTemplate parseDialog(std::span<const std::byte> bytes);
+
+// The template with a font of `percent` of its size, from which the system makes a dialog as large
+// as it is at that display scaling. Throws as `parseDialog` does.
+std::vector<std::byte> scaledDialog(std::span<const std::byte> bytes, int percent);

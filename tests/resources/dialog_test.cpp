@@ -20,8 +20,8 @@ using Control = DialogTemplate::Control;
 
 constexpr int kDialogs[] = {IDD_HIERARCHY, IDD_PANEL, IDD_SWITCH, IDD_ABOUT};
 
-DialogTemplate dialog(int id) {
-    return parseDialog(resourceBytes(RT_DIALOG, MAKEINTRESOURCEW(id)));
+DialogTemplate dialog(int id, WORD language = kChinese) {
+    return parseDialog(resourceBytes(RT_DIALOG, MAKEINTRESOURCEW(id), language));
 }
 
 bool isGroupBox(const Control& control) {
@@ -103,8 +103,10 @@ TEST(Dialogs, BrowserFormHasItsControls) {
 
 // The form lays its children out anew on a resize by moving right and lower edges only. So nothing
 // may stand below what grows in height, nor right of what grows in width.
-TEST(Dialogs, BrowserFormLeavesRoomToGrow) {
-    const DialogTemplate form = dialog(IDD_HIERARCHY);
+class DialogsIn : public testing::TestWithParam<WORD> {};
+
+TEST_P(DialogsIn, TheLanguageLeaveTheBrowserFormRoomToGrow) {
+    const DialogTemplate form = dialog(IDD_HIERARCHY, GetParam());
     const Control& tree = form.control(IDC_TREE);
     const Control& treeFrame = form.control(IDC_TREE_GROUP);
     const Control& grid = form.control(IDC_GRID);
@@ -188,10 +190,27 @@ TEST(Dialogs, AboutBoxNamesTheVersion) {
     expectControls(dialog(IDD_ABOUT), kExpected);
 }
 
-TEST(Dialogs, ControlsKeepInsideAndApart) {
+// Who fills or finds controls does so by number and place among them, whatever the language.
+TEST(Dialogs, HaveTheSameControlsInBothLanguages) {
     for (const int id : kDialogs) {
         SCOPED_TRACE(id);
-        const DialogTemplate shown = dialog(id);
+        const DialogTemplate chinese = dialog(id, kChinese);
+        const DialogTemplate english = dialog(id, kEnglish);
+        EXPECT_EQ(english.style, chinese.style);
+        ASSERT_EQ(english.controls.size(), chinese.controls.size());
+        for (std::size_t i = 0; i < chinese.controls.size(); ++i) {
+            SCOPED_TRACE(i);
+            EXPECT_EQ(english.controls[i].id, chinese.controls[i].id);
+            EXPECT_EQ(english.controls[i].className, chinese.controls[i].className);
+            EXPECT_EQ(english.controls[i].style, chinese.controls[i].style);
+        }
+    }
+}
+
+TEST_P(DialogsIn, TheLanguageKeepTheirControlsInsideAndApart) {
+    for (const int id : kDialogs) {
+        SCOPED_TRACE(id);
+        const DialogTemplate shown = dialog(id, GetParam());
         EXPECT_EQ(shown.font, "Tahoma");
         EXPECT_EQ(shown.pointSize, 8);
         std::vector<Control> controls;
@@ -216,98 +235,9 @@ TEST(Dialogs, ControlsKeepInsideAndApart) {
     }
 }
 
-// Real windows: the templates must be ones that the system accepts, and their texts must have room
-// in the font that the system picks for Tahoma.
-class ShownDialog : public testing::TestWithParam<int> {
-protected:
-    static void SetUpTestSuite() {
-        const INITCOMMONCONTROLSEX classes{sizeof classes, ICC_TREEVIEW_CLASSES | ICC_UPDOWN_CLASS};
-        InitCommonControlsEx(&classes);
-        WNDCLASSW grid{};
-        grid.style = CS_GLOBALCLASS;  // the dialog belongs to another module
-        grid.lpfnWndProc = DefWindowProcW;
-        grid.hInstance = GetModuleHandleW(nullptr);
-        grid.lpszClassName = L"MFCGridCtrl";
-        RegisterClassW(&grid);
-    }
-
-    void SetUp() override {
-        owner_ = CreateWindowW(L"Static", L"", WS_OVERLAPPEDWINDOW, 0, 0, 400, 400, nullptr,
-                               nullptr, nullptr, nullptr);
-        window_ = CreateDialogParamW(
-            moduleFile(), MAKEINTRESOURCEW(GetParam()), owner_,
-            [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
-        ASSERT_NE(window_, nullptr) << GetLastError();
-    }
-    void TearDown() override {
-        DestroyWindow(window_);
-        DestroyWindow(owner_);
-    }
-
-    HWND owner_ = nullptr;
-    HWND window_ = nullptr;
-};
-
-TEST_P(ShownDialog, HasRoomForItsTexts) {
-    const auto font = reinterpret_cast<HFONT>(SendMessageW(window_, WM_GETFONT, 0, 0));
-    const HDC dc = GetDC(window_);
-    const HGDIOBJ before = SelectObject(dc, font);
-    int checked = 0;
-    for (HWND child = GetWindow(window_, GW_CHILD); child != nullptr;
-         child = GetWindow(child, GW_HWNDNEXT)) {
-        wchar_t kind[32];
-        GetClassNameW(child, kind, 32);
-        const bool button = lstrcmpiW(kind, L"Button") == 0;
-        const LONG_PTR type = GetWindowLongPtrW(child, GWL_STYLE) & BS_TYPEMASK;
-        if (button ? type == BS_OWNERDRAW : lstrcmpiW(kind, L"Static") != 0) continue;
-
-        wchar_t text[128];
-        const int length = GetWindowTextW(child, text, 128);
-        RECT needed{0, 0, 0, 0};
-        DrawTextW(dc, text, length, &needed, DT_CALCRECT);
-        RECT room;
-        GetClientRect(child, &room);
-        // A check box has its mark before the text, a push button its border round it.
-        const LONG reserved = !button ? 0 : type == BS_AUTOCHECKBOX ? 18 : 8;
-        EXPECT_LE(needed.right + reserved, room.right) << utf8(text);
-        if (!button && length > 0) {
-            EXPECT_LE(needed.bottom, room.bottom + 1) << utf8(text);
-        }
-        checked += length > 0;
-    }
-    EXPECT_GT(checked, 0);
-    SelectObject(dc, before);
-    ReleaseDC(window_, dc);
-}
-
-// Tab reaches every control that takes input and comes back to where it began.
-TEST_P(ShownDialog, TabReachesEveryControl) {
-    std::vector<HWND> wanted;
-    for (HWND child = GetWindow(window_, GW_CHILD); child != nullptr;
-         child = GetWindow(child, GW_HWNDNEXT)) {
-        wchar_t kind[32];
-        GetClassNameW(child, kind, 32);
-        const LONG_PTR type = GetWindowLongPtrW(child, GWL_STYLE) & BS_TYPEMASK;
-        const bool passive = lstrcmpiW(kind, L"Static") == 0 ||
-                             lstrcmpiW(kind, UPDOWN_CLASSW) == 0 ||
-                             (lstrcmpiW(kind, L"Button") == 0 && type == BS_GROUPBOX) ||
-                             GetDlgCtrlID(child) == IDC_ABOUT_PICTURE;
-        if (passive) continue;
-        EnableWindow(child, TRUE);
-        wanted.push_back(child);
-    }
-    ShowWindow(window_, SW_SHOWNA);
-
-    std::vector<HWND> reached;
-    HWND at = nullptr;
-    for (std::size_t i = 0; i < wanted.size(); ++i) {
-        at = GetNextDlgTabItem(window_, at, FALSE);
-        reached.push_back(at);
-    }
-    EXPECT_EQ(reached, wanted);
-}
-
-INSTANTIATE_TEST_SUITE_P(All, ShownDialog, testing::ValuesIn(kDialogs),
-                         [](const auto& instance) { return std::to_string(instance.param); });
+INSTANTIATE_TEST_SUITE_P(Both, DialogsIn, testing::Values(kChinese, kEnglish),
+                         [](const auto& instance) {
+                             return instance.param == kChinese ? "Chinese" : "English";
+                         });
 
 }  // namespace

@@ -60,7 +60,8 @@ TEST(Resources, HoldEveryTextUnderItsNumber) {
         {30697, "不能编辑： 遮罩超出开关记录的最大长度"},
         {30698, "关于 Tessera(&A)..."},
     };
-    for (const auto& [id, text] : kTexts) EXPECT_EQ(stringResource(moduleFile(), id), text) << id;
+    for (const auto& [id, text] : kTexts)
+        EXPECT_EQ(stringResource(moduleFile(), id, kChinese), text) << id;
 }
 
 TEST(Resources, HoldEveryTreeIcon) {
@@ -86,7 +87,7 @@ TEST(Resources, HoldFourImagesForEveryPictureButton) {
 }
 
 TEST(Resources, NameTheVersion) {
-    const auto bytes = resourceBytes(RT_VERSION, MAKEINTRESOURCEW(VS_VERSION_INFO));
+    const auto bytes = resourceBytes(RT_VERSION, MAKEINTRESOURCEW(VS_VERSION_INFO), kChinese);
     ASSERT_FALSE(bytes.empty());
     // The query wants room behind the block.
     std::vector<std::byte> block(bytes.begin(), bytes.end());
