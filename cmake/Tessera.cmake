@@ -64,7 +64,8 @@ endfunction()
 # The tree of the Linux package is built from nothing wherever a package is made or tested, mostly of
 # the standard library's headers: there they are read once for all.
 if(TESSERA_PACKAGE)
-    add_library(tessera_precompiled OBJECT ${CMAKE_CURRENT_LIST_DIR}/precompiled.cpp)
+    file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/precompiled.cpp CONTENT "")
+    add_library(tessera_precompiled OBJECT ${CMAKE_BINARY_DIR}/precompiled.cpp)
     set_target_properties(tessera_precompiled PROPERTIES POSITION_INDEPENDENT_CODE ON)
     target_link_libraries(tessera_precompiled PRIVATE tessera_settings)
     target_precompile_headers(tessera_precompiled PRIVATE
