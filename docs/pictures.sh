@@ -19,17 +19,18 @@ picture() {
 # pictures LANGUAGE FOLDER. What lies below the viewport is left out: the log names files of the
 # machine.
 pictures() {
-    local shots=$2 images=$root/docs/images/$1
-    [ "$1" = en ] || images=$root/docs/images/zh-CN
+    # The browser is wider in English, and the workbench's window beside it narrower.
+    local shots=$2 images=$root/docs/images/en window=865
+    [ "$1" = en ] || { images=$root/docs/images/zh-CN window=957; }
     mkdir -p "$images"
     picture atwork     06-selection    1600x840+0+0     62.5%
     picture opened     01-viewport     1080x740+0+0     83%
     picture progress   11-progress     370x130+615+434  100%
-    picture selected   07-close-up     960x840+0+0      65%
+    picture selected   07-close-up     "${window}x840+0+0" 65%
     picture hierarchy  04-tree         1600x800+0+0     62.5%
-    picture attributes 05-attributes   640x580+960+0    100%
-    picture edited     08-edited-whole 960x840+0+0      65%
-    picture detail     09-most-detail  960x840+0+0      65%
+    picture attributes 05-attributes   "$((1600 - window))x580+$window+0" 100%
+    picture edited     08-edited-whole "${window}x840+0+0" 65%
+    picture detail     09-most-detail  "${window}x840+0+0" 65%
     picture export     11-export       568x410+0+0      100%
 }
 

@@ -201,7 +201,10 @@ int wmain(int count, wchar_t** words) {
     return runProgram(std::move(given));
 }
 #else
-int main(int count, char** words) {
+int main(int count, char** words) try {
     return runProgram({words + std::min(count, 1), words + count});
+} catch (const std::exception& failure) {
+    std::fprintf(stderr, "kilnbatch: %s\n", failure.what());
+    return 1;
 }
 #endif

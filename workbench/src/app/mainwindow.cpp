@@ -9,7 +9,7 @@
 
 #include <algorithm>
 
-using framework::CWnd, framework::heightOf, framework::moduleInstance, framework::resourceLanguage,
+using framework::heightOf, framework::moduleInstance, framework::resourceLanguage,
     framework::widthOf, framework::windowDpi;
 
 namespace workbench {
