@@ -5,6 +5,7 @@
 #include <base/utf16.h>
 #endif
 #include <kiln/host/host.h>
+#include <kiln/language.h>
 #include <script/engine.h>
 #include <tessera_version.h>
 #include <CLI/CLI.hpp>
@@ -117,6 +118,7 @@ std::string writeFiles(kiln::Core& core, const Options& options) {
 }
 
 int runBatch(Options options) {
+    kiln::Core::setLanguage(KILN_LANGUAGE_ENGLISH);
     Host host;
     for (const std::string& refusal : kilnbatch::loadPlugins(options.plugins)) complain(refusal);
     const bool fromFile =

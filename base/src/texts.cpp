@@ -22,6 +22,10 @@ std::string fillText(std::string_view text, std::initializer_list<std::string_vi
     return filled;
 }
 
+std::string quotedText(std::string_view text, Language language) {
+    return fillText(language == Language::kEnglish ? "\"{0}\"" : "“{0}”", {text});
+}
+
 std::string compiledText(std::span<const TextRow> rows, unsigned id, Language language) {
     const auto found = std::ranges::find(rows, id, &TextRow::id);
     if (found == rows.end()) return {};

@@ -7,6 +7,7 @@
 #include "changes.h"
 #include "coreimpl.h"
 #include "scenefile.h"
+#include "texts.h"
 
 #include <filesystem>
 #include <stdexcept>
@@ -18,8 +19,8 @@ namespace {
 
 Core* theCore = nullptr;
 
-Status failed(const std::string& path, const char* what, const std::error_code& reason) {
-    return Status::failure(path + ": cannot be " + what + ": " + reason.message());
+Status failed(TextId what, const std::string& path, const std::error_code& reason) {
+    return Status::failure(textOf(what, {path, reason.message()}));
 }
 
 }  // namespace
@@ -105,14 +106,14 @@ void Core::resetScene() {
 Status Core::loadScene(const std::string& path) {
     std::string text;
     if (const std::error_code reason = base::readFile(path, text))
-        return failed(path, "opened", reason);
+        return failed(TextId::kCannotOpen, path, reason);
     Status status = loadSceneText(text, path);
     if (status) impl_->rememberFolder(KILN_SCENE_DIR, path);
     return status;
 }
 
 Status Core::loadSceneText(const std::string& text, const std::string& path) {
-    if (impl_->scene->deleting()) return Status::failure("the scene is being changed");
+    if (impl_->scene->deleting()) return Status::failure(textOf(TextId::kSceneIsChanging));
     const bool wasModified = sceneModified();
     auto next = std::make_unique<Scene>();
     if (Status status = readScene(text, path, *next); !status) {
@@ -134,9 +135,9 @@ Status Core::saveScene(const std::string& path) {
     try {
         base::replaceFile(path, sceneText());
     } catch (const std::system_error& error) {
-        return failed(path, "written", error.code());
+        return failed(TextId::kCannotWrite, path, error.code());
     } catch (const std::length_error& error) {
-        return Status::failure(path + ": cannot be written: " + error.what());
+        return Status::failure(textOf(TextId::kCannotWrite, {path, error.what()}));
     }
     setSceneModified(false);
     impl_->rememberFolder(KILN_SCENE_DIR, path);
@@ -154,16 +155,16 @@ void Core::setModified(bool modified) noexcept {
 Status Core::openUtility(ClassDesc* utility) {
     closeUtility();
     if (!utility || utility->SuperClassID() != UTILITY_CLASS_ID)
-        return Status::failure("not a utility");
+        return Status::failure(textOf(TextId::kNotAUtility));
     try {
         impl_->utility = static_cast<UtilityObj*>(utility->Create(false));
         if (!impl_->utility)
-            return Status::failure(std::string(utility->ClassName()) + " cannot be opened");
+            return Status::failure(textOf(TextId::kUtilityNotOpened, {utility->ClassName()}));
         impl_->utilityClass = utility;
         impl_->utility->BeginEditParams(impl_, impl_);
     } catch (...) {
         closeUtility();
-        return Status::failure(std::string(utility->ClassName()) + " failed while it was opened");
+        return Status::failure(textOf(TextId::kUtilityFailed, {utility->ClassName()}));
     }
     impl_->window->utilityChanged(utility);
     return {};

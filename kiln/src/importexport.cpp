@@ -13,6 +13,7 @@
 
 #include "changes.h"
 #include "coreimpl.h"
+#include "texts.h"
 
 namespace kiln {
 
@@ -98,24 +99,27 @@ std::optional<INode*> partOf(const std::vector<FilePart>& parts, const ExportCho
 
 /// Says what can be chosen.
 std::string unclearPart(const std::vector<FilePart>& parts, const std::string& name) {
-    std::string text = "which one is " + (name.empty() ? "to be exported" : '"' + name + '"') + "?";
-    const char* before = " The scene has \"";
+    const std::string question =
+        name.empty() ? textOf(TextId::kWhichPart) : textOf(TextId::kWhichOne, {quotedText(name)});
+    if (parts.empty()) return textOf(TextId::kNoParts, {question});
+    std::string list;
     for (const FilePart& part : parts) {
-        text.append(before).append(part.name).append("\"");
-        if (!part.fileName.empty()) text.append(" (").append(part.fileName).append(")");
-        before = ", \"";
+        if (!list.empty()) list += textOf(TextId::kComma);
+        const std::string one = quotedText(part.name);
+        list += part.fileName.empty() ? one : textOf(TextId::kPartOfFile, {one, part.fileName});
     }
-    return text.append(parts.empty() ? " The scene has none" : "");
+    return textOf(TextId::kPartsAre, {question, list});
 }
 
-ImportResult resultOf(int code, const Report& report, const char* failure) {
+ImportResult resultOf(int code, const Report& report, TextId failure) {
     switch (code) {
         case IMPEXP_SUCCESS:
             return {code, report.summary, ImpExpCause::kOther};
         case IMPEXP_CANCEL:
-            return {code, "cancelled", ImpExpCause::kOther};
+            return {code, textOf(TextId::kCancelled), ImpExpCause::kOther};
         default:
-            return {IMPEXP_FAIL, report.error.empty() ? failure : report.error, report.cause};
+            return {IMPEXP_FAIL, report.error.empty() ? textOf(failure) : report.error,
+                    report.cause};
     }
 }
 
@@ -161,8 +165,7 @@ std::vector<FileKind> Core::exportKinds() const {
 ImportResult Core::importFile(const std::string& path, const ProgressFunction& progress) {
     const auto importer = handlerFor<SceneImport>(path, SCENE_IMPORT_CLASS_ID);
     if (!importer)
-        return {IMPEXP_FAIL,
-                path + ": no plug-in imports files of type \"" + extensionOf(path) + "\"",
+        return {IMPEXP_FAIL, textOf(TextId::kNoImporter, {path, quotedText(extensionOf(path))}),
                 ImpExpCause::kOther};
     const bool wasModified = sceneModified();
     Report report(progress);
@@ -172,10 +175,10 @@ ImportResult Core::importFile(const std::string& path, const ProgressFunction& p
     try {
         code = importer->DoImport(path.c_str(), report, impl_);
     } catch (const std::bad_alloc&) {
-        report.Error("there is not enough memory");
+        report.Error(textOf(TextId::kOutOfMemory).c_str());
         report.Cause(ImpExpCause::kOutOfMemory);
     } catch (...) {
-        report.Error("the importer failed unexpectedly");
+        report.Error(textOf(TextId::kImporterFailed).c_str());
     }
     if (code != IMPEXP_SUCCESS && impl_->scene.get() == scene) {
         rollback.run();
@@ -183,12 +186,12 @@ ImportResult Core::importFile(const std::string& path, const ProgressFunction& p
     }
     if (code == IMPEXP_SUCCESS) impl_->rememberFolder(KILN_IMPORT_DIR, path);
     impl_->sceneNotifies(NOTIFY_IMPORT_ENDED, const_cast<char*>(path.c_str()));
-    return resultOf(code, report, "the file could not be imported");
+    return resultOf(code, report, TextId::kNotImported);
 }
 
 ImportResult Core::openImported(const std::string& path, const ProgressFunction& progress) {
     if (impl_->scene->deleting())
-        return {IMPEXP_FAIL, "the scene is being changed", ImpExpCause::kOther};
+        return {IMPEXP_FAIL, textOf(TextId::kSceneIsChanging), ImpExpCause::kOther};
     const bool wasModified = sceneModified();
     const auto show = [this](std::unique_ptr<Scene> next) {
         impl_->sceneNotifies(NOTIFY_SCENE_PRE_CLEAR, nullptr);
@@ -218,8 +221,7 @@ ImportResult Core::exportFile(const std::string& path, const ExportChoice& choic
                               const ProgressFunction& progress) {
     const auto exporter = handlerFor<SceneExport>(path, SCENE_EXPORT_CLASS_ID);
     if (!exporter)
-        return {IMPEXP_FAIL,
-                path + ": no plug-in exports files of type \"" + extensionOf(path) + "\"",
+        return {IMPEXP_FAIL, textOf(TextId::kNoExporter, {path, quotedText(extensionOf(path))}),
                 ImpExpCause::kOther};
     const std::vector<FilePart> parts = exportParts(path, choice.options);
     const std::optional<INode*> part = partOf(parts, choice);
@@ -229,13 +231,13 @@ ImportResult Core::exportFile(const std::string& path, const ExportChoice& choic
     try {
         code = exporter->DoExport(path.c_str(), report, impl_, choice.options, *part);
     } catch (const std::bad_alloc&) {
-        report.Error("there is not enough memory");
+        report.Error(textOf(TextId::kOutOfMemory).c_str());
         report.Cause(ImpExpCause::kOutOfMemory);
     } catch (...) {
-        report.Error("the exporter failed unexpectedly");
+        report.Error(textOf(TextId::kExporterFailed).c_str());
     }
     if (code == IMPEXP_SUCCESS) impl_->rememberFolder(KILN_EXPORT_DIR, path);
-    return resultOf(code, report, "the file could not be exported");
+    return resultOf(code, report, TextId::kNotExported);
 }
 
 }  // namespace kiln

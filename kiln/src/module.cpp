@@ -2,6 +2,8 @@
 #include <base/text.h>
 #include <kiln/host/module.h>
 
+#include "texts.h"
+
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
@@ -32,15 +34,13 @@ Status collectClasses(const std::string& name, const ModuleExports& exports,
                       std::vector<ClassDesc*>& classes) {
     for (int i = 0, count = exports.libNumberClasses(); i < count; ++i) {
         ClassDesc* const one = exports.libClassDesc(i);
-        if (!one)
-            return Status::failure(name + ": class " + std::to_string(i) + " has no descriptor");
+        if (!one) return Status::failure(textOf(TextId::kNoDescriptor, {name, std::to_string(i)}));
         const bool twice = std::ranges::any_of(classes, [&](ClassDesc* other) {
             return other->SuperClassID() == one->SuperClassID() &&
                    other->ClassID() == one->ClassID();
         });
         if (twice || FindClassDesc(one->SuperClassID(), one->ClassID()))
-            return Status::failure(name + ": class " + std::to_string(i) +
-                                   " is registered already");
+            return Status::failure(textOf(TextId::kClassRegistered, {name, std::to_string(i)}));
         classes.push_back(one);
     }
     return {};
@@ -49,11 +49,11 @@ Status collectClasses(const std::string& name, const ModuleExports& exports,
 Status checkedRegistration(const std::string& name, const ModuleExports& exports, HINSTANCE file) {
     if (!exports.libDescription || !exports.libNumberClasses || !exports.libClassDesc ||
         !exports.libVersion)
-        return Status::failure(name + ": not a plug-in, an export is missing");
+        return Status::failure(textOf(TextId::kNotAPlugin, {name}));
     const DWORD version = exports.libVersion();
     if (version != KILN_SDK_VERSION)
-        return Status::failure(name + ": built for SDK version " + hexadecimal(version) +
-                               ", this host has " + hexadecimal(KILN_SDK_VERSION));
+        return Status::failure(textOf(TextId::kOtherVersion,
+                                      {name, hexadecimal(version), hexadecimal(KILN_SDK_VERSION)}));
     const char* const description = exports.libDescription();
     ModuleInfo info{name, description ? description : "", {}};
     if (Status status = collectClasses(name, exports, info.classes); !status) return status;
@@ -67,7 +67,7 @@ Status registration(const std::string& name, const ModuleExports& exports, HINST
     try {
         return checkedRegistration(name, exports, file);
     } catch (...) {
-        return Status::failure(name + ": failed while it was asked for its classes");
+        return Status::failure(textOf(TextId::kClassesFailed, {name}));
     }
 }
 
@@ -81,7 +81,7 @@ std::string lastErrorText() {
     std::string text = base::textOf(std::filesystem::path(std::wstring(buffer, length)));
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r' || text.back() == '.'))
         text.pop_back();
-    return text + " (error " + std::to_string(error) + ")";
+    return textOf(TextId::kErrorNumber, {text, std::to_string(error)});
 }
 
 template <typename Function>
@@ -110,7 +110,7 @@ Status loadModule(const std::string& path) {
     const std::filesystem::path file = std::filesystem::absolute(base::pathFrom(path), ignored);
     // Libraries that lie beside the module are found there.
     const HINSTANCE library = LoadLibraryExW(file.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-    if (!library) return Status::failure(path + ": cannot be loaded: " + lastErrorText());
+    if (!library) return Status::failure(textOf(TextId::kCannotLoad, {path, lastErrorText()}));
     if (std::ranges::find(registry().files, library) != registry().files.end()) {
         FreeLibrary(library);
         return {};
@@ -124,7 +124,7 @@ Status loadModule(const std::string& path) {
     if (!status) FreeLibrary(library);
     return status;
 #else
-    return Status::failure(path + ": plug-in files can be loaded on Windows only");
+    return Status::failure(textOf(TextId::kWindowsOnly, {path}));
 #endif
 }
 

@@ -1,6 +1,7 @@
 #include "evaluator.h"
 #include "lexer.h"
 #include "parser.h"
+#include "texts.h"
 
 #include <base/file.h>
 #include <base/text.h>
@@ -90,13 +91,13 @@ Value runScript(Engine::State& state, std::string_view text, const std::string& 
     try {
         script = parsed(text, file);
     } catch (const std::bad_alloc&) {
-        throw Error(file, {}, "there is not enough memory");
+        throw Error(file, {}, textOf(TextId::kOutOfMemory));
     }
     return Evaluator(state, std::make_shared<const std::string>(file)).run(*script);
 }
 
 Value Engine::run(std::string_view text, const std::string& file) {
-    if (state_->running > 0) throw Error(file, {}, "a script is running already");
+    if (state_->running > 0) throw Error(file, {}, textOf(TextId::kScriptRuns));
     state_->steps = 0;
     state_->stack = static_cast<const char*>(__builtin_frame_address(0));
     return runScript(*state_, text, file);
@@ -109,7 +110,7 @@ Value Engine::runFile(const std::string& path) {
 std::string readScript(const std::string& path) {
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     std::string text;
-    if (base::readFile(path, text)) throw Failure(path + ": this script cannot be read");
+    if (base::readFile(path, text)) throw Failure(textOf(TextId::kScriptUnreadable, {path}));
     if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
     return text;
 }
@@ -125,7 +126,8 @@ std::optional<Value> Engine::variable(const std::string& name) const {
 
 std::vector<std::string> Engine::verbs() const {
     std::map<std::string, std::shared_ptr<const Function>> all = state_->verbs;
-    for (auto& function : publishedVerbs()) all.emplace(base::smallLetters(function->name), function);
+    for (auto& function : publishedVerbs())
+        all.emplace(base::smallLetters(function->name), function);
     std::vector<std::string> lines;
     for (const auto& [key, function] : all) {
         std::string line = function->name;

@@ -2,6 +2,7 @@
 
 #include "lexer.h"
 #include "operators.h"
+#include "texts.h"
 
 #include <base/text.h>
 #include <kiln/fp.h>
@@ -76,9 +77,9 @@ Value Evaluator::run(const Node& script) {
         Value value = evaluate(script);
         return value;
     } catch (const std::bad_alloc&) {
-        throw Error(*file_, position_, "there is not enough memory");
+        throw Error(*file_, position_, textOf(TextId::kOutOfMemory));
     } catch (const std::length_error&) {
-        throw Error(*file_, position_, "there is not enough memory");
+        throw Error(*file_, position_, textOf(TextId::kOutOfMemory));
     }
 }
 
@@ -90,9 +91,9 @@ void Evaluator::checkLimits() {
     const std::uint64_t steps = ++state_.steps;
     const Limits& limits = state_.limits;
     if (limits.steps != 0 && steps > limits.steps)
-        throw Failure("the script was stopped after " + std::to_string(limits.steps) + " steps");
+        throw Failure(textOf(TextId::kStopped, {std::to_string(limits.steps)}));
     if (steps % kStepsBetweenStops == 0 && state_.stop && state_.stop())
-        throw Failure("the script was interrupted");
+        throw Failure(textOf(TextId::kInterrupted));
     if (static_cast<std::size_t>(std::abs(state_.stack - stackTop())) > limits.stackBytes)
         throw Failure("calls and expressions lie too deep within each other");
 }
@@ -197,7 +198,7 @@ Value Evaluator::name(const Node& node) {
 
 Value Evaluator::nodeName(const Node& node) {
     Interface* const host = GetCOREInterface();
-    if (!host) throw Failure("there is no scene");
+    if (!host) throw Failure(textOf(TextId::kNoScene));
     if (node.text.empty()) {
         if (INode* const selected = host->GetSelNode(0)) return Value::ofNode(selected);
         throw Failure("no node is selected");

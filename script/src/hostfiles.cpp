@@ -1,5 +1,7 @@
 #include "hostfiles.h"
 
+#include "texts.h"
+
 #include <base/paths.h>
 #include <kiln/host/core.h>
 
@@ -13,7 +15,7 @@ namespace {
 
 kiln::Core& core() {
     kiln::Core* const core = kiln::Core::get();
-    if (!core) throw Failure("there is no scene");
+    if (!core) throw Failure(textOf(TextId::kNoScene));
     return *core;
 }
 
@@ -25,7 +27,8 @@ void require(const kiln::Status& status) {
 Value require(const kiln::ImportResult& result, const std::string& path) {
     if (result.ok()) return Value(result.message);
     if (!result.message.empty()) throw Failure(result.message);
-    throw Failure(path + (result.code == IMPEXP_CANCEL ? ": cancelled" : ": failed"));
+    throw Failure(
+        textOf(result.code == IMPEXP_CANCEL ? TextId::kCancelled : TextId::kFailed, {path}));
 }
 
 // Whether `name` fits `pattern`, in which * stands for any characters and ? for one byte.
@@ -63,7 +66,7 @@ Value getFiles(const Arguments& arguments) {
         found.push_back(base::genericTextOf(pattern.has_parent_path() ? entry->path()
                                                                       : entry->path().filename()));
     }
-    if (error) throw Failure(base::genericTextOf(folder) + ": this folder cannot be read");
+    if (error) throw Failure(textOf(TextId::kFolderUnreadable, {base::genericTextOf(folder)}));
     std::ranges::sort(found);
     return Value::ofArray({found.begin(), found.end()});
 }

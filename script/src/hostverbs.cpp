@@ -1,6 +1,7 @@
 // The scene: what it holds, making, naming, linking, showing and moving nodes.
 #include "hostfiles.h"
 #include "published.h"
+#include "texts.h"
 
 #include <script/engine.h>
 
@@ -17,7 +18,7 @@ namespace {
 
 Interface& host() {
     Interface* const host = GetCOREInterface();
-    if (!host) throw Failure("there is no scene");
+    if (!host) throw Failure(textOf(TextId::kNoScene));
     return *host;
 }
 
@@ -43,8 +44,8 @@ void link(INode* child, INode* parent) {
     if (!parent || parent->IsRootNode()) {
         child->Detach(host().GetTime());
     } else if (!parent->AttachChild(child)) {
-        throw Failure(std::string("\"") + child->GetName() + "\" cannot be linked to \"" +
-                      parent->GetName() + "\", which is itself or lies below it");
+        throw Failure(textOf(TextId::kCannotLink,
+                             {quotedText(child->GetName()), quotedText(parent->GetName())}));
     }
 }
 
@@ -65,7 +66,7 @@ Value create(const Arguments& arguments, Object* object) {
     if (arguments.has(2)) arguments.node(2);
     INode* const node =
         name ? host().CreateObjectNode(object, name->c_str()) : host().CreateObjectNode(object);
-    if (!node) throw Failure("the host could not make the node");
+    if (!node) throw Failure(textOf(TextId::kNodeNotMade));
     place(node, arguments, 1, 2);
     return Value::ofNode(node);
 }
@@ -172,7 +173,7 @@ Value group(const Arguments& arguments) {
     for (INode* node : arguments.nodes(0)) nodes.Append(1, &node);
     const char* const name = arguments.has(1) ? arguments.text(1).c_str() : nullptr;
     INode* const head = host().GroupNodes(nodes, name);
-    if (!head) throw Failure("these nodes cannot be grouped");
+    if (!head) throw Failure(textOf(TextId::kCannotGroup));
     return Value::ofNode(head);
 }
 
@@ -185,7 +186,7 @@ void addLinking(Engine& engine) {
     engine.addVerb("unlink", "nodes", onNodes([](INode& node) { node.Detach(host().GetTime()); }));
     engine.addVerb("group", "nodes name?", group);
     engine.addVerb("ungroup", "head", [](const Arguments& arguments) {
-        if (!host().UngroupNode(arguments.node(0))) throw Failure("this node is no group");
+        if (!host().UngroupNode(arguments.node(0))) throw Failure(textOf(TextId::kNoGroup));
         return Value(Done{});
     });
 }

@@ -1,6 +1,7 @@
 #include "published.h"
 
 #include "function.h"
+#include "texts.h"
 
 #include <base/text.h>
 #include <script/error.h>
@@ -146,7 +147,7 @@ INode& livingNode(const NodeReference& node) {
     Interface* const host = GetCOREInterface();
     INode* found = host ? host->GetINodeByHandle(node.handle) : nullptr;
     if (host && host->GetRootNode()->GetHandle() == node.handle) found = host->GetRootNode();
-    if (!found) throw Failure("this node has been deleted");
+    if (!found) throw Failure(textOf(TextId::kNodeDeleted));
     return *found;
 }
 

@@ -9,6 +9,11 @@ TEST(FillText, PutsEachValueWhereItsNumberStands) {
     EXPECT_EQ(base::fillText("", {"a"}), "");
 }
 
+TEST(QuotedText, HasTheMarksOfTheLanguage) {
+    EXPECT_EQ(base::quotedText("a{0}", base::Language::kChinese), "“a{0}”");
+    EXPECT_EQ(base::quotedText("a{0}", base::Language::kEnglish), "\"a{0}\"");
+}
+
 TEST(Language, HasACode) {
     EXPECT_EQ(base::languageOf("en"), base::Language::kEnglish);
     EXPECT_EQ(base::languageOf("zh"), base::Language::kChinese);

@@ -1,6 +1,7 @@
 // A host with an empty scene for each test.
 #pragma once
 
+#include "../support/spokenlanguage.h"
 #include "../support/temporaryfolder.h"
 
 #include <gmock/gmock.h>
@@ -35,6 +36,7 @@ protected:
     }
 
     std::size_t blocksBefore = kiln::allocatedBlocks();
+    const SpokenLanguage english{KILN_LANGUAGE_ENGLISH};
     kiln::Core& core;
     Interface& host;
     INode* root;

@@ -1,6 +1,8 @@
 // An engine over an empty scene, with what it printed.
 #pragma once
 
+#include "../support/spokenlanguage.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <kiln/host/host.h>
@@ -35,6 +37,7 @@ protected:
         return {};
     }
 
+    const SpokenLanguage english{KILN_LANGUAGE_ENGLISH};
     kiln::Core& core;
     Interface& host;
     script::Engine engine;

@@ -399,7 +399,7 @@ public:
 
     void importTheAirfield() {
         bench_->answerFileDialog('I', L"导入", path("airport.flt"));
-        mustCome([&] { return bench_->log().find(L"-- airport.flt: ") != std::wstring::npos; },
+        mustCome([&] { return bench_->log().find(L"-- airport.flt：") != std::wstring::npos; },
                  "the import");
     }
 

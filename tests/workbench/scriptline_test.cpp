@@ -134,8 +134,8 @@ TEST_F(ScriptLineTest, KeepsVariablesAndShowsWhatALinePrints) {
     EXPECT_EQ(good("n = Workshop.Add 2 3"), "5");
     EXPECT_EQ(good("for i = 1 to 2 do print (n + i)"), "6\r\n7");
     EXPECT_EQ(good("print n; n * 2"), "5\r\n10");
-    EXPECT_THAT(bad("print n; 1 / 0"), testing::StartsWith("5\r\n-- Error. Column 12: "));
-    EXPECT_THAT(bad("while true do 1"), testing::HasSubstr("stopped after"));
+    EXPECT_THAT(bad("print n; 1 / 0"), testing::StartsWith("5\r\n-- 错误。第 12 列："));
+    EXPECT_THAT(bad("while true do 1"), testing::HasSubstr("脚本在 10000000 步后被停止"));
 }
 
 TEST_F(ScriptLineTest, APrinterGetsLinesAsTheyArePrinted) {
@@ -144,8 +144,8 @@ TEST_F(ScriptLineTest, APrinterGetsLinesAsTheyArePrinted) {
     EXPECT_EQ(good("print 1; print \"a\\nb\"; 7"), "7");
     EXPECT_EQ(lines, "[1][a\r\nb]");
     EXPECT_EQ(good("print 2"), "") << "a line that has printed says nothing more";
-    EXPECT_EQ(bad("print 3; 1 / 0"), "-- Error. Column 12: division by zero");
-    EXPECT_THAT(bad("runScript \"none.ks\""), testing::StartsWith("-- Error. Column 1: "));
+    EXPECT_EQ(bad("print 3; 1 / 0"), "-- 错误。第 12 列：division by zero");
+    EXPECT_THAT(bad("runScript \"none.ks\""), testing::StartsWith("-- 错误。第 1 列："));
 }
 
 TEST_F(ScriptLineTest, SaysWhatIsWrongAndWhere) {
@@ -162,9 +162,9 @@ TEST_F(ScriptLineTest, SaysWhatIsWrongAndWhere) {
         {"Workshop.Add A:1 C:2", "C"},
         {"Workshop.Add 1 \"two\"", "Add"},
         {"Workshop.Fail true", "Fail"},
-        {"Workshop.Describe $tower \"open", "Column 26: the string is not closed"},
+        {"Workshop.Describe $tower \"open", "第 26 列：the string is not closed"},
         {"Workshop.Add 1 (Workshop.Add 1 2", "\")\" is missing"},
-        {"Workshop.Add 1 2)", "Column 17"},
+        {"Workshop.Add 1 2)", "第 17 列"},
         {"12x", "not a number"},
         {"99999999999", "too large"},
         {"Workshop.Add & 2", "unexpected \"&\""},

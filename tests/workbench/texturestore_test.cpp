@@ -33,7 +33,7 @@ TEST(TextureStoreTest, FindsPicturesWhereTheirNamesSay) {
     TextureStore store;
     EXPECT_EQ(shade(store.find(whole)), 1u) << "by its path";
     EXPECT_EQ(store.find("roof.rgb"), nullptr);
-    EXPECT_THAT(store.takeFailures(), testing::ElementsAre("roof.rgb: no such picture"));
+    EXPECT_THAT(store.takeFailures(), testing::ElementsAre("roof.rgb：没有这个图片文件"));
     store.addFolder("");
     store.addFolder(folder.file(""));
     EXPECT_EQ(shade(store.find("roof.rgb")), 3u) << "a folder that became known";
@@ -41,7 +41,7 @@ TEST(TextureStoreTest, FindsPicturesWhereTheirNamesSay) {
     EXPECT_EQ(shade(store.find("C:/of/another/computer/roof.rgb")), 3u);
     EXPECT_EQ(store.find("below"), nullptr) << "a folder is no picture";
     EXPECT_EQ(store.find(""), nullptr);
-    EXPECT_THAT(store.takeFailures(), testing::ElementsAre("below: no such picture"));
+    EXPECT_THAT(store.takeFailures(), testing::ElementsAre("below：没有这个图片文件"));
 }
 
 #ifndef _WIN32
@@ -93,13 +93,13 @@ TEST(TextureStoreTest, SaysOnceWhatCannotBeShown) {
     const std::string path = folder.write(u8"text.rgb", std::vector<std::uint8_t>(600, 'x'));
     TextureStore store;
     for (int i = 0; i < 3; ++i) EXPECT_EQ(store.find(path), nullptr);
-    EXPECT_THAT(store.takeFailures(), testing::ElementsAre(path + ": no SGI picture"));
+    EXPECT_THAT(store.takeFailures(), testing::ElementsAre(path + "：不是 SGI 图片"));
     EXPECT_THAT(store.takeFailures(), testing::IsEmpty());
     for (int i = 0; i < 30; ++i) store.find("missing" + std::to_string(i));
     const std::vector<std::string> many = store.takeFailures();
     EXPECT_EQ(many.size(), 10u);
-    EXPECT_EQ(many[8], "missing8: no such picture");
-    EXPECT_EQ(many[9], "21 more pictures cannot be shown");
+    EXPECT_EQ(many[8], "missing8：没有这个图片文件");
+    EXPECT_EQ(many[9], "另有 21 个图片无法显示");
     store.clear();
     folder.write(u8"text.rgb", grey(9));
     EXPECT_EQ(shade(store.find(path)), 9u) << "a new scene looks again";

@@ -14,7 +14,8 @@ namespace {
 
 constexpr int kOpen = 1001, kImport = 1004, kExport = 1005, kRecent = 1020;
 constexpr int kSelectAll = 1100, kViewTop = 1211, kRunScript = 1250, kRunAgain = 1251;  // commands
-constexpr int kSpeakEnglish = 1241, kAboutFirstUtility = 1301;
+constexpr int kNew = 1000, kSpeakChinese = 1240, kSpeakEnglish = 1241;
+constexpr int kAboutFirstUtility = 1301;
 
 TEST_F(WorkbenchTest, OpensASceneSelectsByClickAndCloses) {
     start((folder_ / "plugins").wstring());
@@ -88,8 +89,20 @@ TEST_F(WorkbenchTest, SpeaksAnotherLanguageAtOnceAndKeepsIt) {
     start(base::toWide(SAMPLE_PLUGINS));
     openUtility();
     ASSERT_EQ(pageSays(), "打开");
+    EXPECT_THAT(textOf(log_), HasSubstr("-- 已加载 Sample（"));
+    EXPECT_THAT(textOf(log_), HasSubstr("-- 场景.kiln：打开了 1 个节点，用时 "));
+    EXPECT_THAT(script("openScene \"none\""),
+                HasSubstr("-- 错误。第 1 列：openScene: none：无法打开："));
     ::SendMessageW(window_, WM_COMMAND, kSpeakEnglish, 0);
     EXPECT_EQ(pageSays(), "Open");
+    EXPECT_THAT(script("openScene \"none\""),
+                HasSubstr("-- Error. Column 1: openScene: none: cannot be opened: "));
+    ::SendMessageW(window_, WM_COMMAND, kNew, 0);
+    EXPECT_TRUE(eventually([this] { return textOf(window_) == "Untitled - Workbench"; }));
+    ::SendMessageW(window_, WM_COMMAND, kSpeakChinese, 0);
+    EXPECT_EQ(textOf(window_), "未命名 - Workbench") << "at once";
+    ::SendMessageW(window_, WM_COMMAND, kSpeakEnglish, 0);
+    EXPECT_EQ(textOf(window_), "Untitled - Workbench");
     ::SendMessageW(::GetDlgItem(page(), IDOK), BM_CLICK, 0, 0);
     EXPECT_TRUE(eventually([this] { return page() == nullptr; })) << "it is open once";
 
@@ -107,9 +120,9 @@ TEST_F(WorkbenchTest, RunsTheSampleScriptOverTheRealPlugins) {
     start(base::toWide(STAGED_PLUGINS), L"--script \"" + base::toWide(SAMPLE_SCRIPT) + L"\"");
     ASSERT_TRUE(eventually([this] {
         const std::string log = textOf(log_);
-        return log.find("lodpreview.ks: done") != log.npos || log.find("Error") != log.npos;
+        return log.find("lodpreview.ks：完成") != log.npos || log.find("错误") != log.npos;
     }));
-    EXPECT_THAT(textOf(log_), HasSubstr("\r\n-- lodpreview.ks: done"));
+    EXPECT_THAT(textOf(log_), HasSubstr("\r\n-- lodpreview.ks：完成"));
     EXPECT_THAT(textOf(log_), HasSubstr("22-lod-less-detail 300.0 #(\"middle shaft\")"));
     EXPECT_EQ(textOf(window_), "未命名 * - Workbench") << "its scene is not the file's";
     EXPECT_THAT(script("Aviary.GetLodDistance"), testing::EndsWith("\r\n100.0"));
@@ -142,8 +155,8 @@ TEST_F(WorkbenchTest, RunsScriptFilesFromTheMenuAndTheLine) {
         scriptFile("fn made name = createDummy name\nprint \"begun\"\nmade \"一\"");
     ::PostMessageW(window_, WM_COMMAND, kRunAgain, 0);  // there is none yet, so it asks
     ASSERT_TRUE(answerFileDialog(L"运行脚本", path));
-    ASSERT_TRUE(eventually([this] { return textOf(log_).ends_with("脚本.ks: done"); }));
-    EXPECT_THAT(textOf(log_), HasSubstr("-- running 脚本.ks\r\nbegun\r\n-- 脚本.ks: done"));
+    ASSERT_TRUE(eventually([this] { return textOf(log_).ends_with("脚本.ks：完成"); }));
+    EXPECT_THAT(textOf(log_), HasSubstr("-- 正在运行 脚本.ks\r\nbegun\r\n-- 脚本.ks：完成"));
     EXPECT_THAT(script("objects.count"), HasSubstr("\r\n2"));
     ::SendMessageW(window_, WM_COMMAND, kRunAgain, 0);
     EXPECT_THAT(script("objects.count"), HasSubstr("\r\n3"));
@@ -154,9 +167,9 @@ TEST_F(WorkbenchTest, RunsScriptFilesFromTheMenuAndTheLine) {
     ASSERT_TRUE(answerFileDialog(L"运行脚本", path));
     ASSERT_TRUE(eventually([this] { return logSays("脚本.ks:3:3: made: too many arguments"); }))
         << textOf(log_);
-    EXPECT_THAT(textOf(log_), HasSubstr("\r\nbegun\r\n-- Error. ")) << "what it printed stays";
+    EXPECT_THAT(textOf(log_), HasSubstr("\r\nbegun\r\n-- 错误。")) << "what it printed stays";
     EXPECT_THAT(script("runScript \"" + path + "\""), HasSubstr("脚本.ks:3:3: made: "));
-    EXPECT_THAT(script("runScript \"none.ks\""), HasSubstr("none.ks: this script cannot be read"));
+    EXPECT_THAT(script("runScript \"none.ks\""), HasSubstr("none.ks：无法读取此脚本"));
     EXPECT_THAT(script("1 + 1"), HasSubstr("\r\n2"));
 }
 
@@ -199,7 +212,7 @@ TEST_F(WorkbenchTest, ACancelledImportLeavesTheSceneAsItWas) {
     EXPECT_TRUE(eventually([&] { return !::GetUpdateRect(viewport_, nullptr, FALSE); }))
         << "its windows paint meanwhile";
     ::PostMessageW(progress, WM_COMMAND, IDCANCEL, 0);
-    ASSERT_TRUE(eventually([&] { return ::IsWindowEnabled(window_) && logSays("cancelled"); }));
+    ASSERT_TRUE(eventually([&] { return ::IsWindowEnabled(window_) && logSays("-- 导入已取消"); }));
     EXPECT_FALSE(::IsWindow(progress));
     EXPECT_THAT(script("objects.count"), HasSubstr("\r\n1"));
     EXPECT_EQ(textOf(window_), "场景.kiln - Workbench") << "nothing has changed";
@@ -242,7 +255,7 @@ TEST_F(WorkbenchTest, ExportsAndOpensThroughTheRealPlugins) {
     const std::string path = base::toUtf8((folder_ / L"机场.flt").wstring());
     ::PostMessageW(window_, WM_COMMAND, kExport, 0);
     ASSERT_TRUE(answerFileDialog(L"导出", path));
-    ASSERT_TRUE(eventually([&] { return logSays("机场.flt: exported"); })) << textOf(log_);
+    ASSERT_TRUE(eventually([&] { return logSays("机场.flt："); })) << textOf(log_);
     ::PostMessageW(window_, WM_COMMAND, kOpen, 0);
     ASSERT_TRUE(answerFileDialog(L"打开", path));
     ASSERT_TRUE(eventually([&] { return textOf(window_) == "机场.flt（导入） - Workbench"; }))
@@ -350,7 +363,7 @@ TEST_F(WorkbenchTest, WalksThroughTheViewsWithoutAPerson) {
     EXPECT_EQ(exitCode(), 0u);
     const std::string text = output_->text();
     EXPECT_THAT(text, HasSubstr("ok: expand the tree"));
-    EXPECT_THAT(text, testing::EndsWith("opened 1 node\r\n"));
+    EXPECT_THAT(text, testing::EndsWith("打开了 1 个节点\r\n"));
     for (const char* name : {"01-viewport.png", "04-tree.png", "10-view-top.png"}) {
         std::ifstream file(folder_ / name, std::ios::binary);
         std::string start(8, ' ');

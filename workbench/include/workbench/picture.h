@@ -17,10 +17,16 @@ struct Picture {
     bool hasAlpha() const;
 };
 
+enum class PictureFault { kUnreadable, kTooLarge, kOtherFormat, kUnknownKind, kEmpty, kCutShort };
+
 /// Why bytes are no picture that can be shown.
 class PictureError : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    PictureError(PictureFault fault, const char* what) : std::runtime_error(what), fault_(fault) {}
+    PictureFault fault() const noexcept { return fault_; }
+
+private:
+    PictureFault fault_;
 };
 
 /// Reads an SGI picture (.rgb, .rgba, .int, .inta, .sgi, .bw), plain or run-length encoded, of 8 or

@@ -10,8 +10,8 @@
 
 namespace workbench {
 
-/// What a line came to: what to print, which for a line that failed ends with "-- Error. " and a
-/// sentence that says what is wrong with it.
+/// What a line came to: what to print, which for a line that failed ends with `TextId::kLogError`
+/// around a sentence that says what is wrong with it.
 struct ScriptResult {
     bool ok = true;
     std::string text;

@@ -62,20 +62,19 @@ ACCEL kSceneKeys[] = {
 void deleteSelected(CWnd& window, Interface& host) {
     const std::vector<INode*> nodes = selectedNodes(host);
     if (nodes.empty()) return;
-    std::string what = "所选的 " + grouped(nodes.size()) + " 个节点";
-    if (nodes.size() == 1) what = std::string("“").append(nodes.front()->GetName()).append("”");
-    if (window.ShowMessage("要删除" + what + "及其下的一切吗？此操作不能撤消。",
-                           MB_OKCANCEL | MB_ICONWARNING, kProgramName) == IDOK)
+    const std::string question = nodes.size() == 1
+                                     ? textOf(TextId::kDeleteNode, {nodes.front()->GetName()})
+                                     : textOf(TextId::kDeleteNodes, {grouped(nodes.size())});
+    if (window.ShowMessage(question, MB_OKCANCEL | MB_ICONWARNING, kProgramName) == IDOK)
         deleteNodes(host, nodes);
 }
 
 void about(CWnd& window) {
-    std::string text =
-        "Workbench " TESSERA_VERSION "\n\n一个小型三维建模宿主，用于运行插件模块。\n\n模块：";
+    std::string text = textOf(TextId::kAboutProgram, {kProgramName, TESSERA_VERSION});
     for (const kiln::ModuleInfo& module : kiln::modules())
         text += "\n    " + fileName(module.path) + ": " + module.description;
-    if (kiln::modules().empty()) text += "\n    无";
-    window.ShowMessage(text, MB_OK | MB_ICONINFORMATION, "关于 Workbench");
+    if (kiln::modules().empty()) text += "\n    " + textOf(TextId::kNoModules);
+    window.ShowMessage(text, MB_OK | MB_ICONINFORMATION, textOf(TextId::kAbout, {kProgramName}));
 }
 
 }  // namespace

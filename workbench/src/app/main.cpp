@@ -9,6 +9,7 @@
 #include <kiln/language.h>
 #include <tessera_version.h>
 #include <workbench/settings.h>
+#include <workbench/texts.h>
 
 #include <shellapi.h>
 #include <cstdio>
@@ -140,7 +141,7 @@ void WorkbenchApp::OnException(std::exception_ptr exception) {
         std::rethrow_exception(exception);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "workbench: %s\n", error.what());
-        if (window_) window_->print(std::string("-- Internal error. ") + error.what());
+        if (window_) window_->print(textOf(TextId::kLogInternalError, {error.what()}));
     }
 }
 
@@ -195,7 +196,7 @@ void WorkbenchApp::setLanguage(const Options& options) {
 void WorkbenchApp::loadPlugins(const std::string& folder) {
     const kiln::ModuleScan scan = kiln::scanModules(folder);
     for (const kiln::ModuleInfo& module : kiln::modules())
-        window_->print("-- loaded " + module.description + " (" + module.path + ")");
+        window_->print(textOf(TextId::kLogLoaded, {module.description, module.path}));
     for (const std::string& refusal : scan.refusals) {
         window_->print("-- " + refusal);
         std::fprintf(stderr, "workbench: %s\n", refusal.c_str());
@@ -208,10 +209,10 @@ void WorkbenchApp::openAtStart(const Options& options) {
         const std::string path = absolutePath(options.file);
         const kiln::ImportResult result = window_->files().openFile(path);
         if (!result.ok() && result.code != IMPEXP_CANCEL)
-            window_->files().showFailure("无法打开文件。", path, result);
+            window_->files().showFailure(TextId::kCannotOpen, path, result);
     }
     if (!options.utility.empty() && !window_->panel().pressUtility(options.utility))
-        window_->print("-- there is no utility named \"" + options.utility + "\"");
+        window_->print(textOf(TextId::kLogNoUtility, {options.utility}));
     if (!options.script.empty()) window_->scripts().run(absolutePath(options.script));
 }
 

@@ -7,6 +7,7 @@
 #include <base/resources.h>
 #include <base/utf16.h>
 #include <framework/module.h>
+#include <workbench/texts.h>
 
 using framework::moduleInstance, framework::resourceLanguage;
 
@@ -76,7 +77,9 @@ void MenuBar::listRecent(std::span<const std::string> recent) {
         for (const char c : path) text.append(c == '&' ? 2 : 1, c);
         ::AppendMenuW(menu, MF_STRING, command++, base::toWide(text).c_str());
     }
-    if (recent.empty()) ::AppendMenuW(menu, MF_STRING | MF_GRAYED, CMD_FILE_RECENT_NONE, L"（空）");
+    if (recent.empty())
+        ::AppendMenuW(menu, MF_STRING | MF_GRAYED, CMD_FILE_RECENT_NONE,
+                      base::toWide(textOf(TextId::kNoRecentFiles)).c_str());
 }
 
 void MenuBar::listAboutBoxes(std::span<ClassDesc2* const> utilities) {
@@ -84,6 +87,7 @@ void MenuBar::listAboutBoxes(std::span<ClassDesc2* const> utilities) {
     while (::GetMenuItemCount(help) > 1) ::DeleteMenu(help, 1, MF_BYPOSITION);
     UINT command = CMD_HELP_ABOUT_UTILITY;
     for (ClassDesc2* const utility : utilities) {
+#include <workbench/texts.h>
         const std::wstring text = base::toWide(std::string("关于 ") + utility->ClassName());
         ::AppendMenuW(help, MF_STRING, command++, text.c_str());
     }

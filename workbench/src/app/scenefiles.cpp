@@ -14,8 +14,10 @@ using framework::CWaitCursor, framework::FileFilter, framework::askOpenFile, fra
 namespace workbench {
 namespace {
 
-const std::vector<FileFilter> kSceneFilters = {{"Kiln 场景 (*.kiln)", "*.kiln"},
-                                               {"所有文件 (*.*)", "*.*"}};
+std::vector<FileFilter> sceneFilters() {
+    return {{textOf(TextId::kKilnScenes) + " (*.kiln)", "*.kiln"},
+            {textOf(TextId::kAllFiles) + " (*.*)", "*.*"}};
+}
 
 std::string patternOf(const kiln::FileKind& kind) {
     std::string pattern;
@@ -39,7 +41,8 @@ struct ExportTypes {
         for (const kiln::FileKind& kind : kinds) {
             const std::string pattern = patternOf(kind);
             const bool choice = !kind.versions.empty();
-            add(kind.description + (choice ? "，版本与源文件相同" : ""), pattern, 0);
+            add(choice ? textOf(TextId::kSameVersion, {kind.description}) : kind.description,
+                pattern, 0);
             for (const kiln::FileVersion& version : kind.versions)
                 add(kind.description + " " + version.name, pattern, version.number);
         }
@@ -55,21 +58,20 @@ private:
     }
 };
 
-const char* sentenceFor(ImpExpCause cause) {
+std::string sentenceFor(ImpExpCause cause) {
     switch (cause) {
         case ImpExpCause::kUnreadable:
-            return "无法读取该文件：它不存在、正被占用，或没有读取权限。";
+            return textOf(TextId::kUnreadable);
         case ImpExpCause::kTruncated:
-            return "该文件不完整：内容在中途结束。";
+            return textOf(TextId::kTruncated);
         case ImpExpCause::kDamaged:
-            return "该文件已损坏，或不是这种格式的文件。";
+            return textOf(TextId::kDamaged);
         case ImpExpCause::kVersion:
-            return "不支持该文件的格式版本。";
+            return textOf(TextId::kVersion);
         case ImpExpCause::kUnwritable:
-            return "无法写入该文件：它是只读的或正被占用，其文件夹不存在或不可写，或磁盘已满。原有"
-                   "文件保持不变。";
+            return textOf(TextId::kUnwritable);
         case ImpExpCause::kOutOfMemory:
-            return "内存不足。";
+            return textOf(TextId::kOutOfMemory);
         case ImpExpCause::kOther:
             break;
     }
@@ -96,17 +98,20 @@ kiln::ImportResult resultOf(const kiln::Status& status) {
 
 std::string SceneFiles::title() const {
     std::string name = fileName(path_);
-    if (name.empty()) name = sourceName_.empty() ? "未命名" : sourceName_ + "（导入）";
+    if (name.empty())
+        name = sourceName_.empty() ? textOf(TextId::kUntitled)
+                                   : textOf(TextId::kImported, {sourceName_});
     return name + (core_.isModified() ? " *" : "");
 }
 
-void SceneFiles::showFailure(const char* what, const std::string& path,
+void SceneFiles::showFailure(TextId what, const std::string& path,
                              const kiln::ImportResult& result) {
-    std::string text = what;
+    std::string text = textOf(what);
     text.append("\n\n").append(path);
     const std::string sentence = sentenceFor(result.cause);
     if (!sentence.empty()) text.append("\n\n").append(sentence);
-    if (!result.message.empty()) text.append("\n\n详细信息：").append(result.message);
+    if (!result.message.empty())
+        text.append("\n\n").append(textOf(TextId::kDetails, {result.message}));
     owner_.ShowMessage(text, MB_OK | MB_ICONERROR, kProgramName);
 }
 
@@ -114,7 +119,7 @@ bool SceneFiles::mayLoseScene() {
     if (!core_.isModified()) return true;
     const std::string name = path_.empty() ? sourceName_ : fileName(path_);
     const std::string question =
-        name.empty() ? "场景已修改。是否先保存？" : "“" + name + "”已修改。是否先保存？";
+        name.empty() ? textOf(TextId::kSceneChanged) : textOf(TextId::kFileChanged, {name});
     switch (owner_.ShowMessage(question, MB_YESNOCANCEL | MB_ICONQUESTION, kProgramName)) {
         case IDYES:
             return save();
@@ -160,13 +165,15 @@ std::string SceneFiles::suggestion(const std::string& name) const {
 void SceneFiles::open() {
     if (!mayLoseScene()) return;
     std::vector<FileFilter> filters = filtersOf(core_.importKinds());
-    filters.insert(filters.begin(), kSceneFilters.front());
+    const std::vector<FileFilter> own = sceneFilters();
+    filters.insert(filters.begin(), own.front());
     std::string all;
     for (const FileFilter& filter : filters)
         all.append(all.empty() ? "" : ";").append(filter.pattern);
-    filters.insert(filters.begin(), {"所有场景 (" + all + ")", all});
-    filters.push_back(kSceneFilters.back());
-    if (const auto path = askOpenFile(owner_.Handle(), "打开", filters, lastFolder()))
+    filters.insert(filters.begin(), {textOf(TextId::kAllScenes) + " (" + all + ")", all});
+    filters.push_back(own.back());
+    if (const auto path =
+            askOpenFile(owner_.Handle(), textOf(TextId::kOpen), filters, lastFolder()))
         openOrTell(*path);
 }
 
@@ -178,7 +185,7 @@ void SceneFiles::openRecent(std::size_t position) {
 void SceneFiles::openOrTell(const std::string& path) {
     const kiln::ImportResult result = openFile(path);
     if (result.ok() || result.code == IMPEXP_CANCEL) return;
-    showFailure("无法打开文件。", path, result);
+    showFailure(TextId::kCannotOpen, path, result);
     if (result.cause == ImpExpCause::kUnreadable) recent_.remove(path);
 }
 
@@ -192,12 +199,14 @@ kiln::ImportResult SceneFiles::openFile(const std::string& path) {
         result = resultOf(core_.loadScene(path));
         if (result.ok())
             result.message =
-                "opened " + counted(static_cast<std::size_t>(core_.hostInterface().GetNodeCount()),
-                                    "node", "nodes");
+                textOf(TextId::kOpenedNodes,
+                       {counted(static_cast<std::size_t>(core_.hostInterface().GetNodeCount()),
+                                TextId::kOneNode, TextId::kNodes)});
     } else {
-        result = run("正在打开 " + fileName(path), [&](const kiln::ProgressFunction& progress) {
-            return core_.openImported(path, progress);
-        });
+        result = run(textOf(TextId::kOpening, {fileName(path)}),
+                     [&](const kiln::ProgressFunction& progress) {
+                         return core_.openImported(path, progress);
+                     });
     }
     if (!result.ok()) {
         // The scene that came back is another one to those who were told of a new one.
@@ -218,24 +227,24 @@ kiln::ImportResult SceneFiles::run(const std::string& title, const Work& work) {
     const CWaitCursor wait;
     const Busy busy(client_);
     ProgressDialog dialog(owner_.Handle(), title);
-    return work([&](double fraction, const char*) { return dialog.step(fraction, "已完成"); });
+    return work([&](double fraction, const char*) { return dialog.step(fraction); });
 }
 
 void SceneFiles::printResult(const std::string& path, const kiln::ImportResult& result,
                              std::chrono::steady_clock::time_point start) {
-    client_.print("-- " + fileName(path) + ": " + result.message + " in " + secondsSince(start));
+    client_.print(textOf(TextId::kLogFile, {fileName(path), result.message, secondsSince(start)}));
 }
 
 void SceneFiles::import() {
-    const auto path =
-        askOpenFile(owner_.Handle(), "导入", filtersOf(core_.importKinds()), lastFolder());
+    const auto path = askOpenFile(owner_.Handle(), textOf(TextId::kImport),
+                                  filtersOf(core_.importKinds()), lastFolder());
     if (!path) return;
     const auto start = std::chrono::steady_clock::now();
     const kiln::ImportResult result = run(
-        "正在导入 " + fileName(*path),
+        textOf(TextId::kImporting, {fileName(*path)}),
         [&](const kiln::ProgressFunction& progress) { return core_.importFile(*path, progress); });
-    if (result.code == IMPEXP_CANCEL) return client_.print("-- import cancelled");
-    if (!result.ok()) return showFailure("无法导入文件。场景保持不变。", *path, result);
+    if (result.code == IMPEXP_CANCEL) return client_.print(textOf(TextId::kLogImportCancelled));
+    if (!result.ok()) return showFailure(TextId::kCannotImport, *path, result);
     if (path_.empty() && sourceName_.empty()) sourceName_ = fileName(*path);
     recent_.add(*path);
     printResult(*path, result, start);
@@ -276,24 +285,24 @@ void SceneFiles::exportScene(bool selectedOnly) {
     if (!choosePart(choice, suggested)) return;
     const ExportTypes types(kinds);
     std::size_t type = 0;
-    const auto path =
-        askSaveFile(owner_.Handle(), selectedOnly ? "导出所选" : "导出", types.filters,
-                    kinds.front().extensions.front(), suggestion(suggested), &type);
+    const auto path = askSaveFile(
+        owner_.Handle(), textOf(selectedOnly ? TextId::kExportSelected : TextId::kExport),
+        types.filters, kinds.front().extensions.front(), suggestion(suggested), &type);
     if (!path) return;
     const DWORD version = type < types.versions.size() ? types.versions[type] : 0;
     choice.options |= version << SCENE_EXPORT_VERSION_SHIFT;
     const kiln::ImportResult result = exportFile(*path, choice);
-    if (result.code == IMPEXP_CANCEL) return client_.print("-- export cancelled");
-    if (!result.ok()) showFailure("无法导出文件。", *path, result);
+    if (result.code == IMPEXP_CANCEL) return client_.print(textOf(TextId::kLogExportCancelled));
+    if (!result.ok()) showFailure(TextId::kCannotExport, *path, result);
 }
 
 kiln::ImportResult SceneFiles::exportFile(const std::string& path,
                                           const kiln::ExportChoice& choice) {
     const auto start = std::chrono::steady_clock::now();
-    kiln::ImportResult result =
-        run("正在导出 " + fileName(path), [&](const kiln::ProgressFunction& progress) {
-            return core_.exportFile(path, choice, progress);
-        });
+    kiln::ImportResult result = run(textOf(TextId::kExporting, {fileName(path)}),
+                                    [&](const kiln::ProgressFunction& progress) {
+                                        return core_.exportFile(path, choice, progress);
+                                    });
     if (result.ok()) printResult(path, result, start);
     return result;
 }
@@ -305,8 +314,8 @@ bool SceneFiles::save() {
 }
 
 bool SceneFiles::saveAs() {
-    const auto path =
-        askSaveFile(owner_.Handle(), "另存为", kSceneFilters, "kiln", suggestion(name()));
+    const auto path = askSaveFile(owner_.Handle(), textOf(TextId::kSaveAs), sceneFilters(), "kiln",
+                                  suggestion(name()));
     return path && saveTo(*path);
 }
 
@@ -314,11 +323,11 @@ bool SceneFiles::saveTo(const std::string& path) {
     const CWaitCursor wait;
     const kiln::Status status = core_.saveScene(path);
     if (!status.ok()) {
-        showFailure("无法保存场景。", path, resultOf(status));
+        showFailure(TextId::kCannotSave, path, resultOf(status));
         return false;
     }
     recent_.add(path);
-    client_.print("-- saved " + fileName(path));
+    client_.print(textOf(TextId::kLogSaved, {fileName(path)}));
     client_.fileChanged();
     return true;
 }

@@ -6,6 +6,7 @@
 #include <framework/filedialog.h>
 #include <kiln/host/host.h>
 #include <workbench/recentfiles.h>
+#include <workbench/texts.h>
 
 #include <chrono>
 #include <functional>
@@ -49,7 +50,7 @@ public:
     /// False when the user would rather keep the scene that has changed.
     bool mayLoseScene();
     /// Tells the user about a failure, in a message box.
-    void showFailure(const char* what, const std::string& path, const kiln::ImportResult& result);
+    void showFailure(TextId what, const std::string& path, const kiln::ImportResult& result);
 
     /// To be told of the host's notifications: plug-ins and scripts open and save scenes too.
     void followScene(const NotifyInfo& change);

@@ -3,6 +3,7 @@
 #include <base/replacefile.h>
 #include <base/utf16.h>
 #include <framework/gdi.h>
+#include <workbench/texts.h>
 
 #include <wincodec.h>
 #include <algorithm>
@@ -101,16 +102,17 @@ HRESULT writePng(const std::wstring& path, Picture& picture) {
 
 kiln::Status saveScreenshot(const std::string& path) {
     Picture picture = captureDesktop();
-    if (picture.pixels.empty()) return kiln::Status::failure("the screen could not be read");
+    if (picture.pixels.empty()) return kiln::Status::failure(textOf(TextId::kScreenUnreadable));
     const auto [least, most] = std::minmax_element(picture.pixels.begin(), picture.pixels.end());
-    if (*least == *most) return kiln::Status::failure("the screen is empty");
+    if (*least == *most) return kiln::Status::failure(textOf(TextId::kScreenEmpty));
     try {
         base::FileReplacement file(path);
         if (FAILED(writePng(base::toWide(file.name()), picture)))
-            return kiln::Status::failure(path + " could not be written");
+            return kiln::Status::failure(textOf(TextId::kNotWritten, {path}));
         file.takePlace();
     } catch (const std::system_error& error) {
-        return kiln::Status::failure(path + " could not be written: " + error.code().message());
+        return kiln::Status::failure(
+            textOf(TextId::kNotWrittenBecause, {path, error.code().message()}));
     }
     return {};
 }

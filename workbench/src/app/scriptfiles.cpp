@@ -4,6 +4,7 @@
 
 #include <framework/cwaitcursor.h>
 #include <framework/filedialog.h>
+#include <workbench/texts.h>
 
 #include <utility>
 #include <vector>
@@ -15,7 +16,10 @@ namespace {
 
 constexpr ULONGLONG kMillisecondsBetweenLooks = 100;
 
-const std::vector<FileFilter> kScriptFilters = {{"脚本 (*.ks)", "*.ks"}, {"所有文件 (*.*)", "*.*"}};
+std::vector<FileFilter> scriptFilters() {
+    return {{textOf(TextId::kScripts) + " (*.ks)", "*.ks"},
+            {textOf(TextId::kAllFiles) + " (*.*)", "*.*"}};
+}
 
 /// Whether Escape is held down over a window. Looking costs more than a step of a script does.
 class EscapeKey {
@@ -46,16 +50,17 @@ ScriptFiles::ScriptFiles(CWnd& owner, Interface& host, Print print)
 kiln::Status ScriptFiles::run(const std::string& path) {
     const CWaitCursor wait;
     path_ = path;
-    print_("-- running " + fileName(path));
+    print_(textOf(TextId::kLogRunning, {fileName(path)}));
     const ScriptResult result = line_.runFile(path);
     if (!result.text.empty()) print_(result.text);
     if (!result.ok) return kiln::Status::failure(result.text);
-    print_("-- " + fileName(path) + ": done");
+    print_(textOf(TextId::kLogScriptDone, {fileName(path)}));
     return {};
 }
 
 void ScriptFiles::ask() {
-    if (const auto path = askOpenFile(owner_.Handle(), "运行脚本", kScriptFilters)) run(*path);
+    if (const auto path = askOpenFile(owner_.Handle(), textOf(TextId::kRunScript), scriptFilters()))
+        run(*path);
 }
 
 void ScriptFiles::runAgain() {

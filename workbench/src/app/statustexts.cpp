@@ -14,20 +14,22 @@ void StatusTexts::showHovered(const INode* node) {
 }
 
 void StatusTexts::refresh(const SceneCounts& counts) {
-    std::string nodes = grouped(static_cast<std::size_t>(counts.nodes)) + " 个节点";
+    std::string nodes =
+        counted(static_cast<std::size_t>(counts.nodes), TextId::kOneNode, TextId::kNodes);
     if (counts.hidden > 0)
-        nodes += "（隐藏 " + grouped(static_cast<std::size_t>(counts.hidden)) + "）";
+        nodes =
+            textOf(TextId::kNodesHidden, {nodes, grouped(static_cast<std::size_t>(counts.hidden))});
     bar_.setText(StatusBar::kNodes, nodes);
-    bar_.setText(StatusBar::kFaces, grouped(counts.faces) + " 个面");
+    bar_.setText(StatusBar::kFaces, counted(counts.faces, TextId::kOneFace, TextId::kFaces));
     bar_.setText(StatusBar::kSelection, selection());
-    bar_.setText(StatusBar::kTime, "时间 " + std::to_string(host_.GetTime()));
+    bar_.setText(StatusBar::kTime, textOf(TextId::kTime, {std::to_string(host_.GetTime())}));
 }
 
 std::string StatusTexts::selection() const {
     const int selected = host_.GetSelNodeCount();
-    if (selected == 0) return "未选择";
-    if (selected == 1) return std::string("已选择：") + host_.GetSelNode(0)->GetName();
-    return "已选择 " + grouped(static_cast<std::size_t>(selected)) + " 个节点";
+    if (selected == 0) return textOf(TextId::kNothingSelected);
+    if (selected == 1) return textOf(TextId::kOneSelected, {host_.GetSelNode(0)->GetName()});
+    return textOf(TextId::kSelected, {grouped(static_cast<std::size_t>(selected))});
 }
 
 }  // namespace workbench

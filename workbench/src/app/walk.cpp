@@ -7,6 +7,7 @@
 #include "screenshot.h"
 
 #include <base/utf16.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -407,9 +408,9 @@ kiln::Status Walk::turnAround() {
 }
 
 kiln::Status Walk::shootDialogs() {
-    kiln::Status status = shootDialog(CMD_FILE_IMPORT, "导入", "11-import");
+    kiln::Status status = shootDialog(CMD_FILE_IMPORT, TextId::kImport, "11-import");
     if (status.ok() && !window_.core().exportKinds().empty())
-        status = shootDialog(CMD_FILE_EXPORT, "导出", "11-export");
+        status = shootDialog(CMD_FILE_EXPORT, TextId::kExport, "11-export");
     return status.ok() ? shootProgress() : status;
 }
 
@@ -435,8 +436,8 @@ void CALLBACK onDialogTimer(HWND, UINT, UINT_PTR, DWORD) {
 
 }  // namespace
 
-kiln::Status Walk::shootDialog(int command, const char* title, const char* name) {
-    dialogShot = {base::toWide(title), folder_ + "\\" + name + ".png"};
+kiln::Status Walk::shootDialog(int command, TextId title, const char* name) {
+    dialogShot = {base::toWide(textOf(title)), folder_ + "\\" + name + ".png"};
     const UINT_PTR timer = ::SetTimer(nullptr, 0, kLookMilliseconds, onDialogTimer);
     window_.run(command);
     ::KillTimer(nullptr, timer);
@@ -444,9 +445,9 @@ kiln::Status Walk::shootDialog(int command, const char* title, const char* name)
 }
 
 kiln::Status Walk::shootProgress() {
-    ProgressDialog dialog(window_.Handle(), "正在导入 " + fileName(file_));
+    ProgressDialog dialog(window_.Handle(), textOf(TextId::kImporting, {fileName(file_)}));
     dialog.reveal();
-    dialog.step(0.45, "已完成");
+    dialog.step(0.45);
     return shot("11-progress");
 }
 

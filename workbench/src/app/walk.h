@@ -3,6 +3,7 @@
 
 #include <framework/win32.h>
 #include <kiln/host/status.h>
+#include <workbench/texts.h>
 
 #include <functional>
 #include <string>
@@ -47,7 +48,7 @@ private:
     kiln::Status shootViews();
     /// Pictures of the dialogs, each of which is cancelled.
     kiln::Status shootDialogs();
-    kiln::Status shootDialog(int command, const char* title, const char* name);
+    kiln::Status shootDialog(int command, TextId title, const char* name);
     kiln::Status shootProgress();
     /// Shows the greatest detail alone, where the utility's page has a button for that.
     kiln::Status previewDetail();

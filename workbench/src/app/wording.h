@@ -1,6 +1,8 @@
 // The program's name, and numbers and times as it shows them.
 #pragma once
 
+#include <workbench/texts.h>
+
 #include <chrono>
 #include <cstdio>
 #include <string>
@@ -17,8 +19,8 @@ inline std::string grouped(std::size_t number) {
 }
 
 /// "1 node", "2,000 nodes".
-inline std::string counted(std::size_t number, const char* one, const char* many) {
-    return grouped(number) + " " + (number == 1 ? one : many);
+inline std::string counted(std::size_t number, TextId one, TextId many) {
+    return number == 1 ? textOf(one) : textOf(many, {grouped(number)});
 }
 
 inline std::string secondsSince(std::chrono::steady_clock::time_point start) {

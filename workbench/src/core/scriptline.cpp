@@ -1,4 +1,5 @@
 #include <workbench/scriptline.h>
+#include <workbench/texts.h>
 
 namespace workbench {
 
@@ -22,9 +23,10 @@ std::string forDisplay(const std::string& text) {
 std::string explained(const script::Error& error) {
     if (error.file() != kLineName) return error.what();
     const script::Position at = error.position();
-    const std::string line =
-        at.line > 1 ? "Line " + std::to_string(at.line) + ", column " : "Column ";
-    return line + std::to_string(at.column) + ": " + error.message();
+    const std::string column = std::to_string(at.column);
+    return at.line > 1
+               ? textOf(TextId::kLineAndColumn, {std::to_string(at.line), column, error.message()})
+               : textOf(TextId::kColumn, {column, error.message()});
 }
 
 }  // namespace
@@ -70,9 +72,9 @@ ScriptResult ScriptLine::ran(Run run) {
         run();
         ok = true;
     } catch (const script::Error& error) {
-        show("-- Error. " + explained(error));
+        show(textOf(TextId::kLogError, {explained(error)}));
     } catch (const script::Failure& failure) {
-        show(std::string("-- Error. ") + failure.what());
+        show(textOf(TextId::kLogError, {failure.what()}));
     }
     return {ok, forDisplay(shown_)};
 }

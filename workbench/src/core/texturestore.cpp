@@ -1,5 +1,6 @@
 #include <base/paths.h>
 #include <base/text.h>
+#include <workbench/texts.h>
 #include <workbench/texturestore.h>
 
 #include <algorithm>
@@ -68,13 +69,31 @@ std::optional<fs::path> locate(const std::string& name, const std::vector<std::s
 std::vector<std::uint8_t> contentOf(const fs::path& path) {
     std::error_code error;
     const std::uintmax_t size = fs::file_size(path, error);
-    if (error) throw PictureError("cannot be read");
-    if (size > kLargestFile) throw PictureError("too large a picture");
+    if (error) throw PictureError(PictureFault::kUnreadable, "cannot be read");
+    if (size > kLargestFile) throw PictureError(PictureFault::kTooLarge, "too large a picture");
     std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));
     std::ifstream file(path, std::ios::binary);
     file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
-    if (!file) throw PictureError("cannot be read");
+    if (!file) throw PictureError(PictureFault::kUnreadable, "cannot be read");
     return bytes;
+}
+
+TextId sentenceFor(PictureFault fault) {
+    switch (fault) {
+        case PictureFault::kUnreadable:
+            return TextId::kPictureUnreadable;
+        case PictureFault::kTooLarge:
+            return TextId::kPictureTooLarge;
+        case PictureFault::kOtherFormat:
+            return TextId::kPictureOther;
+        case PictureFault::kUnknownKind:
+            return TextId::kPictureUnknown;
+        case PictureFault::kEmpty:
+            return TextId::kPictureEmpty;
+        case PictureFault::kCutShort:
+            return TextId::kPictureCutShort;
+    }
+    return TextId::kPictureUnreadable;
 }
 
 }  // namespace
@@ -103,7 +122,7 @@ void TextureStore::load(const std::string& name, Entry& entry) {
     try {
         const std::optional<fs::path> path = locate(name, folders_);
         if (!path) {
-            if (isFirst) failures_.push_back(name + ": no such picture");
+            if (isFirst) failures_.push_back(textOf(TextId::kNoSuchPicture, {name}));
             return;
         }
         const Picture picture = readSgiPicture(contentOf(*path));
@@ -112,10 +131,13 @@ void TextureStore::load(const std::string& name, Entry& entry) {
         texels_ += entry.texture->size();
     } catch (const std::bad_alloc&) {
         entry.isDamaged = true;
-        failures_.push_back(name + ": not enough memory for this picture");
-    } catch (const std::exception& error) {
+        failures_.push_back(textOf(TextId::kPictureOutOfMemory, {name}));
+    } catch (const PictureError& error) {
         entry.isDamaged = true;
-        failures_.push_back(name + ": " + error.what());
+        failures_.push_back(textOf(sentenceFor(error.fault()), {name}));
+    } catch (const std::exception&) {
+        entry.isDamaged = true;
+        failures_.push_back(textOf(TextId::kPictureUnreadable, {name}));
     }
 }
 
@@ -123,7 +145,7 @@ std::vector<std::string> TextureStore::takeFailures() {
     if (failures_.size() > kMostFailures) {
         const std::size_t others = failures_.size() - (kMostFailures - 1);
         failures_.resize(kMostFailures - 1);
-        failures_.push_back(std::to_string(others) + " more pictures cannot be shown");
+        failures_.push_back(textOf(TextId::kMorePictures, {std::to_string(others)}));
     }
     return std::exchange(failures_, {});
 }

@@ -19,20 +19,23 @@ constexpr std::uint32_t kMagic = 474;
 class SgiReader {
 public:
     explicit SgiReader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {
-        if (bytes.size() < kHeader || number(0, 2) != kMagic) throw PictureError("no SGI picture");
+        if (bytes.size() < kHeader || number(0, 2) != kMagic)
+            throw PictureError(PictureFault::kOtherFormat, "no SGI picture");
         encoded_ = bytes[2] == 1;
         wide_ = bytes[3] == 2;
         if (bytes[2] > 1 || bytes[3] < 1 || bytes[3] > 2)
-            throw PictureError("an unknown kind of SGI picture");
+            throw PictureError(PictureFault::kUnknownKind, "an unknown kind of SGI picture");
         const std::uint32_t dimensions = number(4, 2);
         width_ = number(6, 2);
         height_ = dimensions > 1 ? number(8, 2) : 1;
         channels_ = dimensions > 2 ? number(10, 2) : 1;
-        if (width_ == 0 || height_ == 0 || channels_ == 0) throw PictureError("an empty picture");
-        if (std::size_t{width_} * height_ > kMostTexels) throw PictureError("too large a picture");
+        if (width_ == 0 || height_ == 0 || channels_ == 0)
+            throw PictureError(PictureFault::kEmpty, "an empty picture");
+        if (std::size_t{width_} * height_ > kMostTexels)
+            throw PictureError(PictureFault::kTooLarge, "too large a picture");
         // Each row of each channel has its place and its length, one table behind the other.
         if (encoded_ && (bytes.size() - kHeader) / 8 < std::size_t{height_} * channels_)
-            throw PictureError("cut short");
+            throw PictureError(PictureFault::kCutShort, "cut short");
     }
 
     Picture read() {

@@ -2,6 +2,9 @@
 
 #include "look.h"
 
+#include <base/utf16.h>
+#include <workbench/texts.h>
+
 #include <windowsx.h>
 #include <algorithm>
 #include <utility>
@@ -217,12 +220,14 @@ void CommandPanel::OnPaint() {
     ::SetBkMode(dc, TRANSPARENT);
     ::SetTextColor(dc, ::GetSysColor(COLOR_BTNTEXT));
     RECT heading{Scaled(7), -scroll_, area.right, headingHeight() - scroll_};
-    ::DrawTextW(dc, L"实用程序", -1, &heading, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
+    ::DrawTextW(dc, base::toWide(textOf(TextId::kUtilities)).c_str(), -1, &heading,
+                DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
     if (!buttons_.empty()) return;
     const SelectScope normal(dc, Look::of(Handle()).normal());
     ::SetTextColor(dc, ::GetSysColor(COLOR_GRAYTEXT));
     RECT note{Scaled(7), headingHeight() - scroll_, area.right - Scaled(7), area.bottom};
-    ::DrawTextW(dc, L"插件文件夹中没有实用程序插件。", -1, &note, DT_WORDBREAK | DT_NOPREFIX);
+    ::DrawTextW(dc, base::toWide(textOf(TextId::kNoUtilities)).c_str(), -1, &note,
+                DT_WORDBREAK | DT_NOPREFIX);
 }
 
 }  // namespace workbench

@@ -3,6 +3,8 @@
 #include "../app/commands.h"
 
 #include <base/utf16.h>
+#include <workbench/texts.h>
+
 #include <utility>
 
 using framework::CDialog;
@@ -16,7 +18,8 @@ bool PartDialog::OnInitDialog() {
     const HWND list = ::GetDlgItem(Handle(), IDC_EXPORT_PARTS);
     for (const kiln::FilePart& part : parts_) {
         const std::wstring line = base::toWide(
-            part.fileName.empty() ? part.name : part.name + "（" + part.fileName + "）");
+            part.fileName.empty() ? part.name
+                                  : textOf(TextId::kPartOfFile, {part.name, part.fileName}));
         ::SendMessageW(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line.c_str()));
     }
     ::SendMessageW(list, LB_SETCURSEL, chosen_, 0);

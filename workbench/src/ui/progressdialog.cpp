@@ -2,6 +2,8 @@
 
 #include "../app/commands.h"
 
+#include <workbench/texts.h>
+
 #include <commctrl.h>
 
 namespace workbench {
@@ -45,7 +47,7 @@ bool ProgressDialog::OnInitDialog() {
 
 void ProgressDialog::OnCancel() {
     cancelled_ = true;
-    SetItemText(IDC_PROGRESS_TEXT, "正在取消…");
+    SetItemText(IDC_PROGRESS_TEXT, textOf(TextId::kCancelling));
     ::EnableWindow(::GetDlgItem(Handle(), IDCANCEL), FALSE);
 }
 
@@ -56,23 +58,23 @@ void ProgressDialog::reveal() {
     Update();
 }
 
-bool ProgressDialog::step(double fraction, const std::string& what) {
+bool ProgressDialog::step(double fraction) {
     const ULONGLONG now = ::GetTickCount64();
     if (cancelled_ || now - lastStep_ < kStepEvery) return !cancelled_;
     lastStep_ = now;
     if (now - start_ >= kPatience) reveal();
-    show(fraction, what);
+    show(fraction);
     handleMessages();
     return !cancelled_;
 }
 
-void ProgressDialog::show(double fraction, const std::string& what) {
+void ProgressDialog::show(double fraction) {
     const int percent = static_cast<int>(fraction * 100);
     ::SendDlgItemMessageW(Handle(), IDC_PROGRESS_BAR, PBM_SETPOS,
                           static_cast<WPARAM>(fraction * kRange), 0);
     if (percent == percent_) return;
     percent_ = percent;
-    SetItemText(IDC_PROGRESS_TEXT, what + "　" + std::to_string(percent) + " %");
+    SetItemText(IDC_PROGRESS_TEXT, textOf(TextId::kPercentDone, {std::to_string(percent)}));
 }
 
 void ProgressDialog::handleMessages() {

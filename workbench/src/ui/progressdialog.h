@@ -15,9 +15,9 @@ public:
     ProgressDialog(HWND owner, const std::string& title);
     ~ProgressDialog() override;
 
-    /// How far the work is, 0 to 1, and with what. Handles messages now and then; cheap enough for
+    /// How far the work is, 0 to 1. Handles messages now and then; cheap enough for
     /// being called ten thousand times a second. False once the user has cancelled.
-    bool step(double fraction, const std::string& what);
+    bool step(double fraction);
     /// Shows the dialog at once.
     void reveal();
 
@@ -28,7 +28,7 @@ protected:
 
 private:
     static BOOL CALLBACK disable(HWND window, LPARAM self);
-    void show(double fraction, const std::string& what);
+    void show(double fraction);
     void handleMessages();
 
     std::string title_;

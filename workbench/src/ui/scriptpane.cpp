@@ -4,6 +4,7 @@
 
 #include <base/utf16.h>
 #include <framework/cwaitcursor.h>
+#include <workbench/texts.h>
 
 #include <utility>
 
@@ -101,7 +102,8 @@ void ScriptPane::OnPaint() {
     ::SetBkMode(paint.dc(), TRANSPARENT);
     area.left = Scaled(6);
     area.top = area.bottom - lineHeight();
-    ::DrawTextW(paint.dc(), L"脚本：", -1, &area, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
+    ::DrawTextW(paint.dc(), base::toWide(textOf(TextId::kScriptPrompt)).c_str(), -1, &area,
+                DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
 }
 
 // A read-only field is grey by default; the log reads better on the color of paper.

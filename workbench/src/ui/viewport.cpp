@@ -4,6 +4,7 @@
 
 #include <base/utf16.h>
 #include <framework/module.h>
+#include <workbench/texts.h>
 
 #include <windowsx.h>
 #include <chrono>
@@ -57,10 +58,11 @@ void Viewport::setView(View view) {
 }
 
 std::string Viewport::label() const {
-    static constexpr const char* kViews[] = {"透视", "顶", "前", "左"};
-    static constexpr const char* kModes[] = {"着色", "带边着色", "线框"};
-    return std::string(kViews[static_cast<int>(camera_.view())]) + "  |  " +
-           kModes[static_cast<int>(options_.mode)];
+    static constexpr TextId kViews[] = {TextId::kPerspective, TextId::kTop, TextId::kFront,
+                                        TextId::kLeft};
+    static constexpr TextId kModes[] = {TextId::kShaded, TextId::kShadedEdges, TextId::kWireframe};
+    return textOf(kViews[static_cast<int>(camera_.view())]) + "  |  " +
+           textOf(kModes[static_cast<int>(options_.mode)]);
 }
 
 void Viewport::OnSize(UINT, int width, int height) {
@@ -112,10 +114,10 @@ void Viewport::OnPaint() {
 void Viewport::drawLabels(HDC dc) {
     drawLabel(dc, label(), false);
     if (!frameRateShown_) return;
-    char text[64];
-    std::snprintf(text, sizeof text, "%.1f ms  |  %.0f 帧/秒", frameMilliseconds_,
-                  1000 / std::max(frameMilliseconds_, 0.01));
-    drawLabel(dc, text, true);
+    char time[32], rate[32];
+    std::snprintf(time, sizeof time, "%.1f", frameMilliseconds_);
+    std::snprintf(rate, sizeof rate, "%.0f", 1000 / std::max(frameMilliseconds_, 0.01));
+    drawLabel(dc, textOf(TextId::kFrameRate, {time, rate}), true);
 }
 
 void Viewport::drawLabel(HDC dc, const std::string& text, bool right) {

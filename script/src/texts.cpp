@@ -1,0 +1,32 @@
+#include "texts.h"
+
+#include <base/texts.h>
+#include <base/texttable.h>
+#include <kiln/language.h>
+
+namespace script {
+
+namespace {
+
+constexpr base::TextRow kTexts[] = {
+#define TEXT_ROW(name, id, chinese, english) {id, chinese, english},
+#include "texts.inc"
+#undef TEXT_ROW
+};
+
+base::Language language() noexcept {
+    return static_cast<base::Language>(GetLanguage());
+}
+
+}  // namespace
+
+std::string textOf(TextId which, std::initializer_list<std::string_view> values) {
+    return base::fillText(base::tableText(kTexts, static_cast<unsigned>(which), language()),
+                          values);
+}
+
+std::string quotedText(std::string_view text) {
+    return base::quotedText(text, language());
+}
+
+}  // namespace script
