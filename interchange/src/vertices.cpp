@@ -1,4 +1,5 @@
 #include "vertices.h"
+#include "texts.h"
 
 #include "colors.h"
 
@@ -45,7 +46,7 @@ void VertexTails::clear() noexcept {
 
 /// An entry for the vertex, as far as it is kept.
 void VertexTails::appendTail(FileBytes vertex) {
-    if (bytes_.size() > 0xFFFFFFFF) throw std::length_error("a mesh has too many vertices");
+    if (bytes_.size() > 0xFFFFFFFF) throw std::length_error(text(TextId::kManyMeshVertices));
     starts_.push_back(static_cast<std::uint32_t>(bytes_.size()));
     const FileBytes kept = vertex.first(std::min(vertex.size(), kLongestVertex));
     record_.assign(kept.begin(), kept.end());

@@ -8,22 +8,14 @@ namespace {
 
 // By opcode; of records that belong together the leading one.
 constexpr FltNewerRecord kRecords[] = {
-    {kFltMultiTexture, 1560, "multitexture", "multitextures"},
-    {kFltMesh, 1570, "mesh", "meshes"},
-    {kFltLightPoint, 1500, "light point", "light points"},
-    {kFltTextureMappingPalette, 1510, "texture mapping", "texture mappings"},
-    {kFltColorNamePalette, 1510, "color name palette", "color name palettes"},
-    {kFltCat, 1500, "adaptive terrain", "adaptive terrains"},
-    {kFltAdaptiveAttribute, 1500, "adaptive attribute", "adaptive attributes"},
-    {kFltCurveNode, 1500, "curve", "curves"},
-    {kFltRoadConstruction, 1500, "road construction", "road constructions"},
-    {kFltLightPointAppearance, 1580, "light point appearance", "light point appearances"},
-    {kFltLightPointAnimation, 1580, "light point animation", "light point animations"},
-    {kFltIndexedLightPoint, 1580, "indexed light point", "indexed light points"},
-    {kFltLightPointSystem, 1580, "light point system", "light point systems"},
-    {kFltIndexedString, 1580, "indexed string", "indexed strings"},
-    {kFltShaderPalette, 1600, "shader", "shaders"},
-    {kFltExtendedMaterialHeader, 1600, "extended material", "extended materials"},
+    {kFltMultiTexture, 1560},        {kFltMesh, 1570},
+    {kFltLightPoint, 1500},          {kFltTextureMappingPalette, 1510},
+    {kFltColorNamePalette, 1510},    {kFltCat, 1500},
+    {kFltAdaptiveAttribute, 1500},   {kFltCurveNode, 1500},
+    {kFltRoadConstruction, 1500},    {kFltLightPointAppearance, 1580},
+    {kFltLightPointAnimation, 1580}, {kFltIndexedLightPoint, 1580},
+    {kFltLightPointSystem, 1580},    {kFltIndexedString, 1580},
+    {kFltShaderPalette, 1600},       {kFltExtendedMaterialHeader, 1600},
 };
 
 }  // namespace

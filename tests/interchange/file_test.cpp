@@ -63,6 +63,18 @@ TEST_F(FileTest, RefusesInOneSentence) {
     EXPECT_NE(missing.message.find("missing.flt"), std::string::npos) << missing.message;
 }
 
+TEST_F(FileTest, TellsInTheHostsLanguage) {
+    const SpokenLanguage chinese(KILN_LANGUAGE_CHINESE);
+    const std::string path =
+        folder.write(u8"stray.flt", FltBytes("f").push().group("a").pop().append(Bytes().u8(7)));
+    EXPECT_EQ(core.importFile(path).message,
+              "已导入 2 个节点（1 个组、1 个标头），略去了末尾的 1 个多余字节");
+    EXPECT_EQ(core.importFile(folder.write(u8"no.flt", FltBytes().pop())).message,
+              "no.flt：字节偏移 328 处已损坏：FLT_POP_LEVEL 没有可关闭的层级");
+    const std::string missing = folder.file("missing.flt");
+    EXPECT_TRUE(core.importFile(missing).message.starts_with("无法读取 " + missing + "："));
+}
+
 TEST_F(FileTest, FailsPlainlyWhenTheHostsReportThrows) {
     class Throwing : public ImpExpReport {
         void Error(const char*) override { throw 1; }

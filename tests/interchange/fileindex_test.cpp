@@ -1,3 +1,4 @@
+#include "../support/spokenlanguage.h"
 #include "fltbytes.h"
 
 #include <gtest/gtest.h>
@@ -105,6 +106,7 @@ TEST(FileIndex, FollowsEverySortOfLevel) {
 }
 
 TEST(FileIndex, CountsWhatNobodyKnows) {
+    const SpokenLanguage english(KILN_LANGUAGE_ENGLISH);
     FltBytes file;
     file.push()
         .group("a")
@@ -179,6 +181,7 @@ TEST(FileIndex, FindsVerticesOfEveryKindAndLength) {
 }
 
 TEST(FileIndex, RefusesWhatMakesNoSense) {
+    const SpokenLanguage english(KILN_LANGUAGE_ENGLISH);
     constexpr std::size_t kEnd = FltBytes::kHeaderLength;
     constexpr std::size_t kList = kEnd + 8 + 4 * FltBytes::kVertexLength + 84;
     const auto cut = [](FltBytes file, std::size_t left) {

@@ -1,6 +1,8 @@
 // A host with an empty scene for each test, to import into.
 #pragma once
 
+#include "../support/spokenlanguage.h"
+
 #include <gtest/gtest.h>
 #include <interchange/import.h>
 #include <kiln/host/host.h>
@@ -40,6 +42,7 @@ protected:
     /// The names of the scene's nodes, "a(b,c(d))".
     std::string tree() const { return namesBelow(*host.GetRootNode()); }
 
+    const SpokenLanguage language{KILN_LANGUAGE_ENGLISH};
     kiln::Core& core;
     Interface& host;
     RecordingReport report;

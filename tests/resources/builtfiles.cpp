@@ -137,6 +137,11 @@ HMODULE captionFile() {
     return file;
 }
 
+HMODULE interchangeFile() {
+    static const HMODULE file = loadAsData(windowsPath(L"" INTERCHANGE_FILE));
+    return file;
+}
+
 std::span<const std::byte> resourceBytes(const wchar_t* type, const wchar_t* name, WORD language) {
     return bytesOf(moduleFile(), type, name, language);
 }

@@ -9,6 +9,7 @@
 // The built files, loaded as data once for the whole program.
 HMODULE moduleFile();   // Tessera.dlu
 HMODULE captionFile();  // FltKilnUtilRes.dll
+HMODULE interchangeFile();  // FltInterchange.dli
 
 // Where they are.
 std::wstring modulePath();

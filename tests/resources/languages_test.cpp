@@ -36,7 +36,8 @@ TEST_P(Texts, ExistInBothLanguagesWithTheSamePlacesForValues) {
 
 INSTANTIATE_TEST_SUITE_P(All, Texts,
                          testing::Values(BuiltFile{"module", moduleFile},
-                                         BuiltFile{"captions", captionFile}),
+                                         BuiltFile{"captions", captionFile},
+                                         BuiltFile{"interchange", interchangeFile}),
                          [](const auto& instance) { return instance.param.name; });
 
 }  // namespace

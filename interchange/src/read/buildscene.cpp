@@ -1,4 +1,6 @@
 #include <interchange/import.h>
+#include "../texts.h"
+#include "filecursor.h"
 
 #include "../colors.h"
 #include "../lights.h"
@@ -125,7 +127,7 @@ private:
         if (nodes_.size() % kNodesPerReport != 0) return;
         const auto done = static_cast<double>(nodes_.size());
         const auto all = static_cast<double>(file_.nodes.size());
-        if (!report_.Progress(done / all, "Building the scene")) throw Cancelled();
+        if (!report_.Progress(done / all, text(TextId::kBuildingScene).c_str())) throw Cancelled();
     }
 
     void makeNode(const FileNode& source) {
@@ -198,9 +200,7 @@ private:
             throw std::bad_alloc();
         }
         if (record != nullptr && !putRecord(node, *record)) {
-            throw FltFileError("damaged at byte offset " + std::to_string(source.record) +
-                                   ": a record too long to be kept on a node",
-                               source.record);
+            refuseFile(source.record, text(TextId::kUnkeptRecord));
         }
         if (source.kind == kFltLightSource) {
             const auto& light = static_cast<const FltLightSource&>(*record);

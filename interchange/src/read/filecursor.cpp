@@ -1,12 +1,13 @@
 #include "filecursor.h"
 
+#include "../texts.h"
+
 #include <algorithm>
 
 namespace interchange {
 
 void refuseFile(std::size_t offset, const std::string& reason, FltFileError::Cause cause) {
-    throw FltFileError("damaged at byte offset " + std::to_string(offset) + ": " + reason, offset,
-                       cause);
+    throw FltFileError(text(TextId::kDamaged, {std::to_string(offset), reason}), offset, cause);
 }
 
 std::size_t FileCursor::strayBytes() const noexcept {
@@ -18,9 +19,16 @@ std::size_t FileCursor::strayBytes() const noexcept {
 }
 
 void FileCursor::refuse() const {
-    FltFileReader reader(bytes_);
-    while (reader.next()) continue;
-    refuseFile(record_.end(), "a record that cannot be read");
+    using Cause = FltFileError::Cause;
+    const std::size_t offset = record_.end();
+    if (left() < FltRecordView::kHeaderSize)
+        refuseFile(offset, text(TextId::kEndInHead), Cause::kTruncated);
+    const std::size_t stated = FltRecordView::statedLength(bytes_, offset);
+    const std::string length = std::to_string(stated);
+    if (stated < FltRecordView::kHeaderSize)
+        refuseFile(offset, text(TextId::kShortRecord, {length}), Cause::kDamaged);
+    refuseFile(offset, text(TextId::kCutRecord, {length, std::to_string(left())}),
+               Cause::kTruncated);
 }
 
 }  // namespace interchange

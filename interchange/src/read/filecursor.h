@@ -9,7 +9,7 @@
 
 namespace interchange {
 
-/// Refuses the file, in the words of the file reader.
+/// Refuses the file as damaged at that place, for a reason in the host's language.
 [[noreturn]] void refuseFile(std::size_t offset, const std::string& reason,
                              FltFileError::Cause cause = FltFileError::Cause::kDamaged);
 

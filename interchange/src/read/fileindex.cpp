@@ -1,4 +1,5 @@
 #include <interchange/fileindex.h>
+#include "../texts.h"
 
 #include "filecursor.h"
 #include "recordrole.h"
@@ -53,26 +54,25 @@ private:
     void readHeader() {
         using Cause = FltFileError::Cause;
         const FileBytes bytes = index_.bytes;
-        if (bytes.empty()) refuseFile(0, "the file is empty", Cause::kTruncated);
+        if (bytes.empty()) refuseFile(0, text(TextId::kEmptyFile), Cause::kTruncated);
         if (bytes.size() >= kNone) {
-            refuseFile(kNone, "the file goes on beyond what OpenFlight can count");
+            refuseFile(kNone, text(TextId::kHugeFile));
         }
         if (FltRecordView::statedOpcode(bytes, 0) != kFltHeader) {
-            refuseFile(0, "there is no header record, so this is not an OpenFlight file",
+            refuseFile(0, text(TextId::kNoHeader),
                        bytes.size() < sizeof(FltOpcode) ? Cause::kTruncated : Cause::kDamaged);
         }
         if (!cursor_.next()) cursor_.refuse();
         FltFileHeader header;
         const std::size_t revisionEnd = header.lengthThrough(&header.formatRevision);
         if (cursor_.end() < revisionEnd) {
-            refuseFile(0, "the header ends before its format revision");
+            refuseFile(0, text(TextId::kShortHeader));
         }
         header.readBytes(cursor_.record().bytes(), 0);
         index_.revision = static_cast<std::uint32_t>(header.formatRevision);
         if (index_.revision < kOldestRevision || index_.revision > kNewestRevision) {
             refuseFile(revisionEnd - sizeof header.formatRevision,
-                       "a format revision of " + std::to_string(header.formatRevision) +
-                           ", where 1400 (OpenFlight 14.0) or a later one is needed",
+                       text(TextId::kOldRevision, {std::to_string(header.formatRevision)}),
                        Cause::kUnsupportedRevision);
         }
         addNode(kNone);
@@ -84,9 +84,8 @@ private:
         if (index_.strayBytes != 0) cursor_.refuse();
         const std::size_t count = levels_.depth();
         refuseFile(cursor_.end(),
-                   "the file ends with " +
-                       (count == 1 ? "one level" : std::to_string(count) + " levels") +
-                       " still open, the innermost since " + std::to_string(level().offset),
+                   text(count == 1 ? TextId::kOpenLevel : TextId::kOpenLevels,
+                        {std::to_string(count), std::to_string(level().offset)}),
                    cursor_.left() < FltRecordView::kHeaderSize ? FltFileError::Cause::kTruncated
                                                                : FltFileError::Cause::kDamaged);
     }
@@ -164,10 +163,10 @@ private:
     void checkSwitch() const {
         const FltSwitch::StatedMasks stated = FltSwitch::statedMasks(cursor_.record().bytes());
         if (stated.arePresent()) return;
-        refuseFile(cursor_.offset(), "a switch of " + std::to_string(stated.masks) + " masks of " +
-                                         std::to_string(stated.wordsPerMask) +
-                                         " words, of which the record has " +
-                                         std::to_string(stated.wordsPresent));
+        refuseFile(cursor_.offset(),
+                   text(TextId::kSwitchMasks,
+                        {std::to_string(stated.masks), std::to_string(stated.wordsPerMask),
+                         std::to_string(stated.wordsPresent)}));
     }
 
     /// Attaches the palette's record and passes its vertices, which stand behind it.
@@ -223,8 +222,7 @@ private:
 
     void push() {
         if (levels_.depth() >= kDeepestLevel) {
-            refuseFile(cursor_.offset(),
-                       "levels nest deeper than " + std::to_string(kDeepestLevel));
+            refuseFile(cursor_.offset(), text(TextId::kTooDeep, {std::to_string(kDeepestLevel)}));
         }
         const std::uint32_t owner = levels_.isOpaque() ? level().owner : level().current;
         if (passPlainLevel(owner)) return;
@@ -257,11 +255,9 @@ private:
         const std::uint16_t opcode = cursor_.opcode();
         if (levels_.meet(opcode) == Levels::Step::kUnmatched) {
             const std::string name = fltOpcodeName(opcode);
-            if (levels_.depth() == 0)
-                refuseFile(cursor_.offset(), name + " without a level to close");
-            refuseFile(cursor_.offset(), name + " where the level opened at " +
-                                             std::to_string(level().offset) +
-                                             " is of another sort");
+            if (levels_.depth() == 0) refuseFile(cursor_.offset(), text(TextId::kNoLevel, {name}));
+            refuseFile(cursor_.offset(),
+                       text(TextId::kOtherLevel, {name, std::to_string(level().offset)}));
         }
         const Levels::Open& left = levels_.left();
         addAttached(left.level.owner, left.isOpaque ? kNone : left.level.children);
@@ -303,9 +299,7 @@ private:
     }
 
     [[noreturn]] void refuseOffset(std::uint32_t paletteOffset) const {
-        refuseFile(cursor_.offset(), "a vertex list with the palette offset " +
-                                         std::to_string(paletteOffset) +
-                                         ", where there is no vertex");
+        refuseFile(cursor_.offset(), text(TextId::kNoVertex, {std::to_string(paletteOffset)}));
     }
 
     /// Makes room for `more`, and when there is none left, for as many as the whole file has if it

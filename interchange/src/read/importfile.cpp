@@ -1,4 +1,5 @@
 #include <interchange/import.h>
+#include "../texts.h"
 
 #include <kiln/kiln.h>
 #include <quillon/fltfilereader.h>
@@ -43,9 +44,10 @@ void readInto(std::string_view path, ImpExpReport& report, Interface& host) {
         buildScene(index, fileName, report, host);
     } catch (const FltFileError& error) {
         report.Cause(causeOf(error));
-        throw FltFileError(fileName + ": " + error.what(), error.offset(), error.cause());
+        throw FltFileError(text(TextId::kOfFile, {fileName, error.what()}), error.offset(),
+                           error.cause());
     }
-    report.Progress(1, "Building the scene");
+    report.Progress(1, text(TextId::kBuildingScene).c_str());
     report.Summary(summaryOf(index).c_str());
     tellAviary(fileName);
 }
@@ -58,15 +60,15 @@ int importReported(const char* path, ImpExpReport& report, Interface& host) {
     } catch (const Cancelled&) {
         return IMPEXP_CANCEL;
     } catch (const std::bad_alloc&) {
-        report.Error("There is not enough memory to read this file.");
+        report.Error(text(TextId::kNoMemoryToRead).c_str());
         report.Cause(ImpExpCause::kOutOfMemory);
     } catch (const std::system_error& error) {
-        report.Error(error.what());
+        report.Error(text(TextId::kCannotRead, {path, error.code().message()}).c_str());
         report.Cause(ImpExpCause::kUnreadable);
     } catch (const std::exception& error) {
         report.Error(error.what());
     } catch (...) {
-        report.Error("The file could not be read.");
+        report.Error(text(TextId::kNotRead).c_str());
     }
     return IMPEXP_FAIL;
 }

@@ -1,5 +1,6 @@
 #include "../sourcerecords.h"
 #include "../summary.h"
+#include "../texts.h"
 #include "databaseheader.h"
 #include "plan.h"
 #include "scenecollector.h"
@@ -24,12 +25,11 @@ namespace {
 
 void checkRevision(std::uint32_t revision) {
     if (revision == 0 || fltIsWritable(revision)) return;
-    const auto range = [](std::uint32_t from, std::uint32_t to) {
-        return std::to_string(from) + " to " + std::to_string(to);
-    };
-    throw ExportError("revision " + std::to_string(revision) + " cannot be written; " +
-                      range(kFltOldestRevision, kFltNewest15Revision) + " and " +
-                      range(kFltOldest16Revision, kFltNewestRevision) + " can");
+    throw ExportError(
+        text(TextId::kNotWritable,
+             {std::to_string(revision), std::to_string(kFltOldestRevision),
+              std::to_string(kFltNewest15Revision), std::to_string(kFltOldest16Revision),
+              std::to_string(kFltNewestRevision)}));
 }
 
 void writeTo(const std::string& path, const std::string& temporary, DatabaseHeader& header,
@@ -49,12 +49,9 @@ void writeTo(const std::string& path, const std::string& temporary, DatabaseHead
 std::string summaryOf(const Plan& plan) {
     KindCounts counts;
     for (const PlanNode& node : plan.nodes) ++counts[static_cast<std::uint16_t>(node.kind)];
-    std::string text = "exported " + textOf(counts);
-    if (plan.otherDatabases != 0) {
-        text += ", left out " + std::to_string(plan.otherDatabases) +
-                (plan.otherDatabases == 1 ? " other database" : " other databases");
-    }
-    return text;
+    const std::string summary = text(TextId::kExported, {textOf(counts)});
+    if (plan.otherDatabases == 0) return summary;
+    return text(TextId::kLeftOut, {summary, counted(plan.otherDatabases, TextId::kOtherDatabase)});
 }
 
 void writeOut(const std::string& path, const ExportOptions& options, ImpExpReport& report,
@@ -66,9 +63,9 @@ void writeOut(const std::string& path, const ExportOptions& options, ImpExpRepor
     SceneCollector(plan, report, content).collect();
     base::FileReplacement file(path);
     writeTo(path, file.name(), header, plan, content, report);
-    if (!report.Progress(1, "Writing the file")) throw Cancelled();
+    if (!report.Progress(1, text(TextId::kWritingFile).c_str())) throw Cancelled();
     file.takePlace();
-    report.Summary((summaryOf(plan) + content.losses.text()).c_str());
+    report.Summary(content.losses.toldBehind(summaryOf(plan)).c_str());
 }
 
 /// Tells what went wrong, as far as it knows; the report is the host's and may throw.
@@ -80,17 +77,17 @@ int exportReported(const char* path, const ExportOptions& options, ImpExpReport&
     } catch (const Cancelled&) {
         return IMPEXP_CANCEL;
     } catch (const diagnostics::AviaryAssertion&) {
-        report.Error("A node has a record that is too long for the file.");
+        report.Error(text(TextId::kLongRecord).c_str());
     } catch (const std::bad_alloc&) {
-        report.Error("There is not enough memory to write this file.");
+        report.Error(text(TextId::kNoMemoryToWrite).c_str());
         report.Cause(ImpExpCause::kOutOfMemory);
     } catch (const std::system_error& error) {
-        report.Error(error.what());
+        report.Error(text(TextId::kCannotWrite, {path, error.code().message()}).c_str());
         report.Cause(ImpExpCause::kUnwritable);
     } catch (const std::exception& error) {
         report.Error(error.what());
     } catch (...) {
-        report.Error("The file could not be written.");
+        report.Error(text(TextId::kNotWritten).c_str());
     }
     return IMPEXP_FAIL;
 }

@@ -1,6 +1,7 @@
 // How far an export is, for the host's report.
 #pragma once
 
+#include "../texts.h"
 #include "plan.h"
 
 #include <interchange/import.h>
@@ -22,7 +23,8 @@ public:
     void tell(std::uint32_t node) {
         constexpr std::uint32_t kNodesPerReport = 256;
         if (node % kNodesPerReport != 0) return;
-        if (!report_.Progress(start_ + node / count_ / 2, "Writing the file")) throw Cancelled();
+        if (!report_.Progress(start_ + node / count_ / 2, text(TextId::kWritingFile).c_str()))
+            throw Cancelled();
     }
 
 private:

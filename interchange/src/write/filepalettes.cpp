@@ -1,4 +1,5 @@
 #include "filepalettes.h"
+#include "../texts.h"
 
 #include "plan.h"
 
@@ -121,7 +122,7 @@ std::int32_t FilePalettes::texture(const std::string& fileName) {
     if (const auto found = textureOf_.find(name); found != textureOf_.end()) return found->second;
     const std::int32_t index = freeTexture_ = freeIndex(textures_, freeTexture_);
     if (index > kLastTexture) {
-        throw ExportError("there are more pictures than the faces of one OpenFlight file can name");
+        throw ExportError(text(TextId::kManyPictures));
     }
     addTexture(index, name);
     newTextures_.insert(index);
@@ -133,8 +134,7 @@ std::int16_t FilePalettes::material(COLORREF color) {
     if (known != newMaterials_.end()) return known->second;
     freeMaterial_ = freeIndex(materials_, freeMaterial_);
     if (freeMaterial_ > kLastMaterial) {
-        throw ExportError(
-            "there are more materials than the faces of one OpenFlight file can name");
+        throw ExportError(text(TextId::kManyMaterials));
     }
     materials_.insert(freeMaterial_);
     const auto index = static_cast<std::int16_t>(freeMaterial_);

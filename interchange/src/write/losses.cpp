@@ -1,11 +1,14 @@
 #include "losses.h"
-
-#include "../summary.h"
+#include "../texts.h"
 
 #include <quillon/fltface.h>
 #include <quillon/fltfileheader.h>
+#include <quillon/fltopcode.h>
 #include <quillon/fltrevision.h>
 #include <quillon/flttoken.h>
+
+#include <algorithm>
+#include <iterator>
 
 namespace interchange {
 
@@ -19,6 +22,36 @@ Record returned(const Record& record, std::uint32_t revision) {
     Record back;
     back.readToken(token, revision);
     return back;
+}
+
+struct RecordName {
+    std::uint16_t opcode;
+    TextId name;
+};
+
+/// Of the records that `fltNewerRecord` knows.
+constexpr RecordName kRecordNames[] = {
+    {kFltMultiTexture, TextId::kMultiTexture},
+    {kFltMesh, TextId::kMesh},
+    {kFltLightPoint, TextId::kLightPoint},
+    {kFltTextureMappingPalette, TextId::kTextureMapping},
+    {kFltColorNamePalette, TextId::kColorNames},
+    {kFltCat, TextId::kCat},
+    {kFltAdaptiveAttribute, TextId::kAdaptive},
+    {kFltCurveNode, TextId::kCurve},
+    {kFltRoadConstruction, TextId::kRoad},
+    {kFltLightPointAppearance, TextId::kAppearance},
+    {kFltLightPointAnimation, TextId::kAnimation},
+    {kFltIndexedLightPoint, TextId::kIndexedPoint},
+    {kFltLightPointSystem, TextId::kPointSystem},
+    {kFltIndexedString, TextId::kIndexedString},
+    {kFltShaderPalette, TextId::kShader},
+    {kFltExtendedMaterialHeader, TextId::kMaterial},
+};
+
+TextId nameOf(std::uint16_t opcode) {
+    const auto found = std::ranges::find(kRecordNames, opcode, &RecordName::opcode);
+    return found == std::end(kRecordNames) ? TextId::kUnknownRecord : found->name;
 }
 
 }  // namespace
@@ -51,17 +84,16 @@ void Losses::header(const FltHeader& header) {
               before.earthMinorAxis != after.earthMinorAxis;
 }
 
-std::string Losses::text() const {
+std::string Losses::toldBehind(const std::string& summary) const {
     std::string parts;
-    const auto add = [&parts](const std::string& part) {
-        parts.append(parts.empty() ? "" : ", ").append(part);
-    };
-    for (const auto& [newer, count] : records_) add(counted(count, newer->one, newer->many));
-    if (faces_ != 0) add("colors of " + counted(faces_, "face", "faces"));
-    if (header_) add("fields of the header");
-    if (parts.empty()) return {};
-    return ", which OpenFlight " + std::to_string(revision_ / 100) + '.' +
-           std::to_string(revision_ / 10 % 10) + " cannot say in full: " + parts;
+    for (const auto& [newer, count] : records_)
+        enumerate(parts, counted(count, nameOf(newer->opcode)));
+    if (faces_ != 0) enumerate(parts, counted(faces_, TextId::kFaceColors));
+    if (header_) enumerate(parts, text(TextId::kHeaderFields));
+    if (parts.empty()) return summary;
+    const std::string revision =
+        std::to_string(revision_ / 100) + '.' + std::to_string(revision_ / 10 % 10);
+    return text(TextId::kLost, {summary, revision, parts});
 }
 
 }  // namespace interchange

@@ -27,9 +27,10 @@ public:
     void face(const FltFace& face);
     void header(const FltHeader& header);
 
-    /// The end of a sentence, for the user: ", which OpenFlight 14.2 cannot say in full: ...";
-    /// empty when nothing is lost.
-    std::string text() const;
+    /// The summary of an export, for the user, with what is lost behind it: ", which
+    /// OpenFlight 14.2 cannot say in full: ..." in the host's language; the summary alone when
+    /// nothing is.
+    std::string toldBehind(const std::string& summary) const;
 
 private:
     std::uint32_t revision_;

@@ -1,4 +1,5 @@
 #include "plan.h"
+#include "../texts.h"
 
 #include "../recordcache.h"
 #include "../sourcerecords.h"
@@ -82,7 +83,7 @@ public:
         const std::size_t databases = databasesIn(host_).size();
         plan_.otherDatabases = databases == 0 ? 0 : databases - 1;
         if (database_ == nullptr && plan_.nodes.size() == 1) {
-            throw ExportError("the scene has no OpenFlight nodes to write");
+            throw ExportError(text(TextId::kNoNodes));
         }
         return std::move(plan_);
     }
@@ -92,7 +93,7 @@ private:
         for (int i = 0; i < host_.GetSelNodeCount(); ++i) {
             select(host_.GetSelNode(i));
         }
-        if (selectedOnly_ && selected_.empty()) throw ExportError("no node is selected");
+        if (selectedOnly_ && selected_.empty()) throw ExportError(text(TextId::kNoneSelected));
     }
 
     void select(INode* node) {
@@ -156,7 +157,7 @@ private:
         if (std::ranges::find(databases, options.database) != databases.end()) {
             return options.database;
         }
-        throw ExportError("a file holds one database, and which one is not said");
+        throw ExportError(text(TextId::kWhichDatabase));
     }
 
     /// A header cannot be moved in a file, except as it was when it was read; its children can.
@@ -217,8 +218,8 @@ private:
 
     void addToPlan(INode& node, FltNodeKind kind, const Matrix3& above) {
         if (open_.size() >= kDeepestLevel) {
-            throw ExportError("\"" + std::string(node.GetName()) + "\" lies deeper than " +
-                              std::to_string(kDeepestLevel) + " levels");
+            throw ExportError(
+                text(TextId::kDeepNode, {node.GetName(), std::to_string(kDeepestLevel)}));
         }
         PlanNode planned;
         planned.node = &node;

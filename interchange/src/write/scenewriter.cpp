@@ -1,4 +1,5 @@
 #include "scenewriter.h"
+#include "../texts.h"
 
 #include "../names.h"
 #include "../transforms.h"
@@ -179,7 +180,7 @@ void SceneWriter::writeComment(const std::string& text) {
 
 void SceneWriter::push(const LayoutStep& step) {
     if (++openLevels_ > kDeepestLevel) {
-        throw ExportError("levels nest deeper than " + std::to_string(kDeepestLevel));
+        throw ExportError(text(TextId::kTooDeep, {std::to_string(kDeepestLevel)}));
     }
     if (step.record.empty()) {
         stream_.writeEmpty(step.opcode);

@@ -1,4 +1,5 @@
 #include "vertexpalette.h"
+#include "../texts.h"
 
 #include "plan.h"
 
@@ -87,7 +88,7 @@ std::uint32_t VertexPalette::find(const Candidate& candidate) {
 
 std::uint32_t VertexPalette::append(FileBytes vertex) {
     if (size_ + vertex.size() > kLargestPalette) {
-        throw ExportError("there are more vertices than one OpenFlight file can hold");
+        throw ExportError(text(TextId::kManyVertices));
     }
     if (blocks_.empty() || kBlockSize - blocks_.back().used < vertex.size()) {
         Block block;

@@ -27,8 +27,6 @@ constexpr std::uint32_t fltNearestWritable(std::uint32_t revision) noexcept {
 struct FltNewerRecord {
     std::uint16_t opcode;
     std::uint16_t revision;  ///< the first one that knows it
-    const char* one;         ///< what it is, in English
-    const char* many;
 };
 
 /// The kind of record that `opcode` names; null for those that every revision knows, and for those
