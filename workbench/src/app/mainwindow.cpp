@@ -110,6 +110,7 @@ void MainWindow::speak(base::Language language) {
     if (open) utilities_.open(open);
     refreshTitle();
     status_.refresh(view_.scene().counts());
+    panes_.script().showLanguage();
     viewport().redraw();
     ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
     if (!::GetFocus()) viewport().SetFocus();

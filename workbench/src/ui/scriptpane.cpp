@@ -6,16 +6,18 @@
 #include <framework/cwaitcursor.h>
 #include <workbench/texts.h>
 
+#include <algorithm>
 #include <utility>
 
-using framework::BufferedPaint, framework::CEdit, framework::CWaitCursor, framework::SelectScope;
+using framework::BufferedPaint, framework::CEdit, framework::CWaitCursor, framework::SelectScope,
+    framework::WindowDc, framework::heightOf, framework::widthOf;
 
 namespace workbench {
 namespace {
 
 constexpr wchar_t kClassName[] = L"WorkbenchScriptPane";
 constexpr UINT kLogId = 1, kLineId = 2;
-constexpr int kPromptWidth = 52;
+constexpr int kPromptWidth = 52, kPromptMargin = 6;
 constexpr std::size_t kHistoryLimit = 200;
 constexpr int kLogLimit = 1 << 20;  // characters; the oldest half goes when it is full
 
@@ -88,10 +90,24 @@ void ScriptPane::print(const std::string& line) {
 }
 
 void ScriptPane::OnSize(UINT, int width, int height) {
-    const int line = lineHeight(), prompt = Scaled(kPromptWidth);
+    const int line = lineHeight(), prompt = promptWidth();
     log_.MoveTo({0, 0, width, std::max(height - line - Scaled(2), 0)});
     line_.MoveTo({prompt, height - line, width, height});
     Invalidate(false);
+}
+
+int ScriptPane::promptWidth() const {
+    const WindowDc dc(Handle());
+    const SelectScope font(dc.get(), Look::of(Handle()).normal());
+    const std::wstring prompt = base::toWide(textOf(TextId::kScriptPrompt));
+    SIZE size;
+    ::GetTextExtentPoint32W(dc.get(), prompt.c_str(), static_cast<int>(prompt.size()), &size);
+    return std::max(Scaled(kPromptWidth), static_cast<int>(size.cx) + 2 * Scaled(kPromptMargin));
+}
+
+void ScriptPane::showLanguage() {
+    const RECT area = ClientRect();
+    OnSize(SIZE_RESTORED, widthOf(area), heightOf(area));
 }
 
 void ScriptPane::OnPaint() {
@@ -100,7 +116,7 @@ void ScriptPane::OnPaint() {
     ::FillRect(paint.dc(), &area, ::GetSysColorBrush(COLOR_BTNFACE));
     const SelectScope font(paint.dc(), Look::of(Handle()).normal());
     ::SetBkMode(paint.dc(), TRANSPARENT);
-    area.left = Scaled(6);
+    area.left = Scaled(kPromptMargin);
     area.top = area.bottom - lineHeight();
     ::DrawTextW(paint.dc(), base::toWide(textOf(TextId::kScriptPrompt)).c_str(), -1, &area,
                 DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);

@@ -33,6 +33,8 @@ public:
     /// `evaluate` gets each line that the user enters and returns what to print; empty prints
     /// nothing.
     void setEvaluator(std::function<std::string(const std::string&)> evaluate);
+    /// Makes room for the field's label in the present language.
+    void showLanguage();
     /// Adds a line to the log.
     void print(const std::string& line);
     /// Whether `window` is the field where a script is typed, or the log.
@@ -46,6 +48,8 @@ protected:
 
 private:
     int lineHeight() const { return Scaled(22); }
+    /// From the left edge to the field where a script is typed.
+    int promptWidth() const;
 
     framework::CEdit log_;
     HistoryEdit line_;

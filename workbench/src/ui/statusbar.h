@@ -15,12 +15,16 @@ public:
     bool Create(HWND parent, UINT id);
     /// Its own height, in pixels.
     int height() const;
-    /// Lays the parts out for a width, and moves the bar to the bottom of its parent.
+    /// Lays the parts out for a width, and moves the bar to the bottom of its parent. The figures
+    /// have the room that their texts need; a long name of what is selected is cut.
     void place(int width);
     void setText(Part part, const std::string& text);
 
 private:
+    int widthOfText(Part part) const;
+
     std::array<std::string, kPartCount> texts_;
+    int width_ = 0;
 };
 
 }  // namespace workbench
