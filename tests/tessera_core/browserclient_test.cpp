@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <map>
 
 namespace {
@@ -153,6 +154,44 @@ TEST_F(BrowserClientTest, MovesAmongSiblings) {
     EXPECT_EQ(browser.beeps, 5);
     refused(BrowserEvent::kMoveUpTogether, "a", "p");
     EXPECT_EQ(browser.sceneChanges, 0);
+}
+
+TEST_F(BrowserClientTest, EachEditIsOneStepAndEachRefusalNone) {
+    INode* const parent = add(nullptr, "p");
+    for (const char* name : {"a", "b", "c"}) add(parent, name);
+    open();
+    kiln::History& history = kiln::Core::get()->history();
+    const auto text = [] { return kiln::Core::get()->sceneText(); };
+    const auto makesStep = [&](const char* name, const std::function<void()>& edit) {
+        history.clear();
+        const std::string before = text();
+        edit();
+        ASSERT_EQ(history.stepCount(), 1u) << name;
+        EXPECT_EQ(history.stepName(0), name);
+        const std::string after = text();
+        ASSERT_TRUE(history.undo());
+        EXPECT_EQ(text(), before) << name;
+        ASSERT_TRUE(history.redo());
+        EXPECT_EQ(text(), after) << name;
+        browser.send(BrowserEvent::kRebuild);
+    };
+    makesStep("下移", [&] { send(BrowserEvent::kMoveDown, "a", "p"); });
+    makesStep("上移", [&] { send(BrowserEvent::kMoveUp, "c", "p"); });
+    makesStep("改变父节点", [&] { send(BrowserEvent::kAttach, "a", "b"); });
+    makesStep("创建", [&] { send(BrowserEvent::kCreate, "b", nullptr, 2, 1580); });
+    makesStep("重命名", [&] {
+        send(BrowserEvent::kRename, "b", "p", reinterpret_cast<std::uintptr_t>("B"));
+    });
+    history.clear();
+    send(BrowserEvent::kMoveUp, "c", "p");
+    send(BrowserEvent::kAttach, "p", "a");
+    EXPECT_EQ(history.stepCount(), 0u);
+
+    // The tree is stale after an undo, as after any change from outside.
+    send(BrowserEvent::kRename, "a", "B", reinterpret_cast<std::uintptr_t>("A"));
+    const int before = browser.sceneChanges;
+    ASSERT_TRUE(history.undo());
+    EXPECT_EQ(browser.sceneChanges, before + 1);
 }
 
 bool sameBits(const Matrix3& a, const Matrix3& b) {
