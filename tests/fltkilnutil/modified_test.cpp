@@ -99,8 +99,10 @@ TEST_F(ModifiedScene, WhatCannotBeRecordedIsNotStored) {
         core.setModified(false);
         const kiln::AllocationLimit limit(allowed);
         stored = fltPutRecord(object, record);
-        if (!stored) EXPECT_EQ(core.sceneText(), before);
-        if (!stored) EXPECT_FALSE(core.isModified());
+        if (!stored) {
+            EXPECT_EQ(core.sceneText(), before);
+            EXPECT_FALSE(core.isModified());
+        }
     }
     EXPECT_NE(core.sceneText(), before);
 }
