@@ -41,6 +41,8 @@ constexpr double kMostOfRecords = 4;  // import and export, in processor time
 constexpr double kMostOfFile = 6;     // peak memory
 // More, and the core's own heap would not be worth its code.
 constexpr double kMostOfSystemHeap = 1 / 1.2;
+constexpr double kMostOfNoHistory = 1.15;
+constexpr double kMostOfDoing = 1.5;  // undoing and redoing
 
 [[noreturn]] void fail(const char* what) {
     std::fprintf(stderr, "interchange_bench: %s\n", what);
@@ -235,7 +237,7 @@ private:
     double start_ = now();
 };
 
-using Measures = std::array<Measure, 2>;  // the way in and the way out
+using Measures = std::array<Measure, 3>;  // the way in and the way out, or what a run says
 
 Measures readAndWrite(const std::string& path, const std::string& copy) {
     const Clock in;
@@ -260,7 +262,7 @@ Measures readAndWrite(const std::string& path, const std::string& copy) {
                     stream.writeToken(stream.token());
                 });
     if (!stream.close()) fail("the copy cannot be written");
-    return {reading, out.measured()};
+    return {reading, out.measured(), {}};
 }
 
 Measures importAndExport(const std::string& path, const std::string& copy, bool smallHeap) {
@@ -273,7 +275,30 @@ Measures importAndExport(const std::string& path, const std::string& copy, bool 
     if (host.GetNodeCount() < kFaces) fail("nodes are missing");
     const Clock out;
     if (interchange::exportFile(copy.c_str(), {}, report, host) != IMPEXP_SUCCESS) std::_Exit(1);
-    return {reading, out.measured()};
+    return {reading, out.measured(), {}};
+}
+
+/// The import, and with history what it takes to undo and redo it.
+Measures importUndoRedo(const std::string& path, bool withHistory) {
+    kiln::Core& core = kiln::Core::create();
+    Silence report;
+    const auto import = [&] {
+        const Clock in;
+        if (interchange::importFile(path.c_str(), report, core.hostInterface()) != IMPEXP_SUCCESS)
+            std::_Exit(1);
+        return in.measured();
+    };
+    if (!withHistory) {
+        const kiln::WithoutHistory without;
+        return {import(), {}, {}};
+    }
+    const Measure imported = import();
+    const Clock undo;
+    if (!core.history().undo() || core.hostInterface().GetNodeCount() > 0) fail("not undone");
+    const Measure undone = undo.measured();
+    const Clock redo;
+    if (!core.history().redo() || core.hostInterface().GetNodeCount() < kFaces) fail("not redone");
+    return {imported, undone, redo.measured()};
 }
 
 /// Runs `work` in a process of its own.
@@ -336,7 +361,7 @@ int main(int count, char** arguments) {
         return Measures();
     });
     const auto size = static_cast<double>(std::filesystem::file_size(path));
-    std::vector<Measures> bare, whole, withSystemHeap;
+    std::vector<Measures> bare, whole, withSystemHeap, withHistory, withoutHistory;
     for (int i = 0; i < kRuns; ++i) {
         inOwnProcess(warmMemory);
         bare.push_back(inOwnProcess([&] { return readAndWrite(path, copy); }));
@@ -344,6 +369,10 @@ int main(int count, char** arguments) {
         whole.push_back(inOwnProcess([&] { return importAndExport(path, copy, true); }));
         inOwnProcess(warmMemory);
         withSystemHeap.push_back(inOwnProcess([&] { return importAndExport(path, copy, false); }));
+        inOwnProcess(warmMemory);
+        withHistory.push_back(inOwnProcess([&] { return importUndoRedo(path, true); }));
+        inOwnProcess(warmMemory);
+        withoutHistory.push_back(inOwnProcess([&] { return importUndoRedo(path, false); }));
     }
     std::filesystem::remove(path);
     std::filesystem::remove(copy);
@@ -366,5 +395,14 @@ int main(int count, char** arguments) {
                 plain[0].peak / kMegabyte, "MB");
     table.ratio(what + "export : with the system's heap", scene[1].seconds * kMilliseconds,
                 plain[1].seconds * kMilliseconds, "ms");
+    const Measures undoable = fastest(withHistory);
+    const auto printHistory = [&](const char* row, std::size_t run, double measure, double bound) {
+        table.ratio(what + row, undoable[run].seconds * kMilliseconds, measure * kMilliseconds,
+                    "ms", bound);
+    };
+    printHistory("import : without history", 0, fastest(withoutHistory)[0].seconds,
+                 kMostOfNoHistory);
+    printHistory("undoing the import : importing", 1, undoable[0].seconds, kMostOfDoing);
+    printHistory("redoing the import : importing", 2, undoable[0].seconds, kMostOfDoing);
     return table.status();
 }

@@ -136,8 +136,7 @@ bool fltEnsureKind(INode* node, FltNodeKind kind, std::uint32_t parameter) noexc
     if (!present.empty()) std::memcpy(block.data(), present.data(), kKindBlockUsed);
     setKind(block, kind, parameter);
     if (present.empty()) return storeChunk(node, ChunkId::Kind, block);
-    overwriteChunk(node, present.data(), std::span(block).first(kKindBlockUsed));
-    return true;
+    return NodeChange(node).overwrite(ChunkId::Kind, std::span(block).first(kKindBlockUsed));
 }
 
 bool fltGetKind(INode* node, bool derive, FltNodeKind& kind) noexcept {
@@ -219,8 +218,7 @@ bool fltPutData(INode* node, FltNodeKind kind, std::uint32_t parameter, const Fl
         }) || !change.prepare(ChunkId::Options, warmOptions.bytes())))
         return false;
     if (isNew && !change.prepare(ChunkId::Kind, kindBlock)) return false;
-    change.commit();
-    return true;
+    return change.commit();
 }
 
 bool fltPutComment(INode* node, std::string_view text) noexcept {

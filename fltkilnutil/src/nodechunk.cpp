@@ -2,8 +2,13 @@
 
 #include <kiln/inode.h>
 #include <kiln/memory.h>
+#include <kiln/undo.h>
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <new>
+#include <optional>
 
 namespace fltkilnutil {
 
@@ -76,36 +81,58 @@ bool NodeChange::prepare(ChunkId id, std::span<const std::byte> bytes) noexcept 
     return block != nullptr;
 }
 
-void NodeChange::commit() noexcept {
-    bool told = true;  // the host saw what was added
+bool NodeChange::commit() noexcept try {
+    // Only what the history keeps can still fail, for want of memory.
+    std::optional<UndoScope> scope;
+    if (count_ > 1 && node_->IsRecorded()) scope.emplace(nullptr);
+    bool told = true;  // the host sees what is added and replaced
     for (std::size_t i = 0; i < count_; ++i) {
         if (const auto* const overwritten = std::get_if<Overwriting>(&steps_[i])) {
-            // Chunk and bytes may overlap.
-            std::memmove(overwritten->chunk->data, overwritten->bytes.data(),
-                         overwritten->bytes.size());
+            if (!overwrite(*overwritten->chunk, overwritten->bytes)) return false;
             told = false;
-        } else if (const auto* const replaced = std::get_if<Replacement>(&steps_[i])) {
-            KILN_free(replaced->chunk->data);
-            replaced->chunk->data = replaced->block;
-            replaced->chunk->length = static_cast<DWORD>(replaced->length);
-            told = false;
+        } else if (auto* const replaced = std::get_if<Replacement>(&steps_[i])) {
+            const AppDataChunk& chunk = *replaced->chunk;
+            if (node_->AddAppDataChunk(chunk.clID, chunk.sclID, chunk.subID,
+                                       static_cast<DWORD>(replaced->length),
+                                       replaced->block) == nullptr)
+                return false;
+            replaced->block = nullptr;  // the host's now
         }
     }
     count_ = 0;
     if (!told) node_->NotifyAppDataChanged();
+    if (scope) scope->Commit();
+    return true;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+bool NodeChange::overwrite(const AppDataChunk& chunk, std::span<const std::byte> bytes) noexcept {
+    // Only what differs is announced: that is what the history keeps.
+    auto* const place = static_cast<std::byte*>(chunk.data);
+    const auto first = std::mismatch(bytes.begin(), bytes.end(), place).first;
+    const auto behind = std::mismatch(bytes.rbegin(), std::make_reverse_iterator(first),
+                                      std::make_reverse_iterator(place + bytes.size()))
+                            .first.base();
+    const auto start = static_cast<std::size_t>(first - bytes.begin());
+    const auto count = static_cast<std::size_t>(behind - first);
+    if (!node_->AboutToChangeAppData(chunk, static_cast<DWORD>(start), static_cast<DWORD>(count)))
+        return false;
+    std::memmove(place + start, bytes.data() + start, count);
+    return true;
+}
+
+bool NodeChange::overwrite(ChunkId id, std::span<const std::byte> bytes) noexcept {
+    const AppDataChunk& chunk = *hostChunk(node_, id);
+    if (std::memcmp(chunk.data, bytes.data(), bytes.size()) == 0) return true;
+    if (!overwrite(chunk, bytes)) return false;
+    node_->NotifyAppDataChanged();
+    return true;
 }
 
 bool storeChunk(INode* node, ChunkId id, std::span<const std::byte> bytes) noexcept {
     NodeChange change(node);
-    if (!change.prepare(id, bytes)) return false;
-    change.commit();
-    return true;
-}
-
-void overwriteChunk(INode* node, std::byte* place, std::span<const std::byte> bytes) noexcept {
-    if (std::memcmp(place, bytes.data(), bytes.size()) == 0) return;
-    std::memcpy(place, bytes.data(), bytes.size());
-    node->NotifyAppDataChanged();
+    return change.prepare(id, bytes) && change.commit();
 }
 
 bool removeChunk(INode* node, ChunkId id) noexcept {

@@ -47,8 +47,13 @@ public:
 
     /// Makes the prepared changes and tells the host of them once. A chunk that was there stays,
     /// and keeps its buffer when the length is the same. Chunks that hold their bytes already do
-    /// not count as changes: a scene that stays the same is not asked to be saved.
-    void commit() noexcept;
+    /// not count as changes: a scene that stays the same is not asked to be saved. False, with
+    /// nothing changed, when there is no memory to keep what was there for an undo.
+    bool commit() noexcept;
+
+    /// Writes `bytes` over the first ones of a chunk that is at least as long, and tells the host
+    /// if they differ. False, with nothing changed, as for `commit`.
+    bool overwrite(ChunkId id, std::span<const std::byte> bytes) noexcept;
 
     static constexpr std::size_t kMostChunks = 3;
 
@@ -68,6 +73,8 @@ private:
     using Step = std::variant<Addition, Replacement, Overwriting>;
 
     bool add(ChunkId id, std::span<const std::byte> bytes) noexcept;
+    /// Writes over the first bytes of the chunk, with which `bytes` may overlap.
+    bool overwrite(const AppDataChunk& chunk, std::span<const std::byte> bytes) noexcept;
 
     INode* node_;
     std::array<Step, kMostChunks> steps_;
@@ -77,10 +84,6 @@ private:
 /// Makes the node's chunk a copy of `bytes`. A chunk that is there stays, and keeps its buffer when
 /// the length is the same. False, with nothing changed, for a null node or without memory.
 bool storeChunk(INode* node, ChunkId id, std::span<const std::byte> bytes) noexcept;
-
-/// Writes `bytes` over those at `place`, which lie in a chunk of the node, and tells the host if
-/// that changes them.
-void overwriteChunk(INode* node, std::byte* place, std::span<const std::byte> bytes) noexcept;
 
 /// Removes the chunk; false when there is none.
 bool removeChunk(INode* node, ChunkId id) noexcept;

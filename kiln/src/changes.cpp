@@ -2,6 +2,8 @@
 
 #include <kiln/scenewatch.h>
 
+#include "scenehistory.h"
+
 /// The watches there are.
 struct SceneWatches {
     static inline SceneWatch* first = nullptr;
@@ -39,27 +41,13 @@ bool SceneWatch::Take() noexcept {
 
 namespace kiln {
 
-namespace {
-
-bool modified = false;
-
-}  // namespace
-
 void noteSceneChanged() noexcept {
-    modified = true;
+    if (SceneHistory* const history = SceneHistory::current()) history->noteChange();
     SceneWatches::tell();
 }
 
 void noteLookChanged() noexcept {
     SceneWatches::tell();
-}
-
-void setSceneModified(bool isModified) noexcept {
-    modified = isModified;
-}
-
-bool sceneModified() noexcept {
-    return modified;
 }
 
 }  // namespace kiln

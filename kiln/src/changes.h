@@ -3,13 +3,9 @@
 
 namespace kiln {
 
-/// Something of the scene has changed: it counts as modified, and whoever watches it is told.
+/// Something of the scene has changed: whoever watches it is told.
 void noteSceneChanged() noexcept;
 /// The scene looks different, though nothing that is saved has changed.
 void noteLookChanged() noexcept;
-
-/// Whether the scene has changed since it was made, opened or saved.
-void setSceneModified(bool modified) noexcept;
-bool sceneModified() noexcept;
 
 }  // namespace kiln

@@ -4,7 +4,6 @@
 #include <kiln/host/core.h>
 #include <kiln/host/module.h>
 
-#include "changes.h"
 #include "coreimpl.h"
 #include "scenefile.h"
 #include "texts.h"
@@ -33,7 +32,6 @@ Core::~Core() {
 Core& Core::create() {
     if (!theCore) {
         theCore = new Core;
-        setSceneModified(false);
     }
     return *theCore;
 }
@@ -89,15 +87,14 @@ bool Core::setDirectory(int id, const std::string& path) {
 }
 
 void Core::newScene() {
-    if (impl_->scene->deleting()) return;
+    if (impl_->scene->isBusy()) return;
     impl_->sceneNotifies(NOTIFY_SCENE_PRE_CLEAR, nullptr);
     impl_->replaceScene(std::make_unique<Scene>());
-    setSceneModified(false);
     impl_->sceneNotifies(NOTIFY_SCENE_NEW, nullptr);
 }
 
 void Core::resetScene() {
-    if (impl_->scene->deleting()) return;
+    if (impl_->scene->isBusy()) return;
     newScene();
     impl_->time = 0;
     impl_->sceneNotifies(NOTIFY_SCENE_RESET, nullptr);
@@ -113,16 +110,14 @@ Status Core::loadScene(const std::string& path) {
 }
 
 Status Core::loadSceneText(const std::string& text, const std::string& path) {
-    if (impl_->scene->deleting()) return Status::failure(textOf(TextId::kSceneIsChanging));
-    const bool wasModified = sceneModified();
+    if (impl_->scene->isBusy()) return Status::failure(textOf(TextId::kSceneIsChanging));
     auto next = std::make_unique<Scene>();
-    if (Status status = readScene(text, path, *next); !status) {
-        setSceneModified(wasModified);
-        return status;
+    {
+        const RecordingPause aside;
+        if (Status status = readScene(text, path, *next); !status) return status;
     }
     impl_->sceneNotifies(NOTIFY_SCENE_PRE_CLEAR, nullptr);
     impl_->replaceScene(std::move(next));
-    setSceneModified(false);
     impl_->sceneNotifies(NOTIFY_SCENE_OPENED, const_cast<char*>(path.c_str()));
     return {};
 }
@@ -139,17 +134,17 @@ Status Core::saveScene(const std::string& path) {
     } catch (const std::length_error& error) {
         return Status::failure(textOf(TextId::kCannotWrite, {path, error.what()}));
     }
-    setSceneModified(false);
+    setModified(false);
     impl_->rememberFolder(KILN_SCENE_DIR, path);
     impl_->sceneNotifies(NOTIFY_SCENE_SAVED, const_cast<char*>(path.c_str()));
     return {};
 }
 
 bool Core::isModified() const noexcept {
-    return sceneModified();
+    return impl_->scene->history().isModified();
 }
 void Core::setModified(bool modified) noexcept {
-    setSceneModified(modified);
+    impl_->scene->history().setModified(modified);
 }
 
 Status Core::openUtility(ClassDesc* utility) {

@@ -4,6 +4,7 @@
 #include <kiln/host/core.h>
 #include <kiln/host/module.h>
 #include <kiln/ownedptr.h>
+#include <kiln/undo.h>
 
 #include <algorithm>
 #include <new>
@@ -11,7 +12,6 @@
 #include <type_traits>
 #include <vector>
 
-#include "changes.h"
 #include "coreimpl.h"
 #include "texts.h"
 
@@ -66,6 +66,10 @@ std::vector<FileKind> kindsOf(SClass_ID superClass) {
         kinds.push_back(std::move(kind));
     }
     return kinds;
+}
+
+std::string fileNameOf(const std::string& path) {
+    return base::textOf(base::pathFrom(path).filename());
 }
 
 std::string extensionOf(const std::string& path) {
@@ -123,35 +127,6 @@ ImportResult resultOf(int code, const Report& report, TextId failure) {
     }
 }
 
-// Takes back what was added to the scene since it was made.
-class Rollback {
-public:
-    explicit Rollback(Scene& scene)
-        : scene_(scene), maps_(scene.texmaps().begin(), scene.texmaps().end()) {
-        for (const Node* const node : subtreeOf(scene.root())) nodes_.insert(node->GetHandle());
-    }
-
-    void run() {
-        // What was there before may hang on what is new by now.
-        std::vector<DWORD> added;
-        for (Node* const node : subtreeOf(scene_.root())) {
-            if (!nodes_.contains(node->GetHandle()))
-                added.push_back(node->GetHandle());
-            else if (node->parent() && !nodes_.contains(node->parent()->GetHandle()))
-                node->Detach(0, true);
-        }
-        for (const DWORD handle : added) scene_.deleteNode(scene_.byHandle(handle));
-        const std::deque<Texmap*> now = scene_.texmaps();
-        for (Texmap* const map : now)
-            if (!maps_.contains(map)) scene_.removeTexmap(map);
-    }
-
-private:
-    Scene& scene_;
-    std::unordered_set<DWORD> nodes_;
-    std::unordered_set<const Texmap*> maps_;
-};
-
 }  // namespace
 
 std::vector<FileKind> Core::importKinds() const {
@@ -167,22 +142,17 @@ ImportResult Core::importFile(const std::string& path, const ProgressFunction& p
     if (!importer)
         return {IMPEXP_FAIL, textOf(TextId::kNoImporter, {path, quotedText(extensionOf(path))}),
                 ImpExpCause::kOther};
-    const bool wasModified = sceneModified();
     Report report(progress);
-    Scene* const scene = impl_->scene.get();
-    Rollback rollback(*scene);
     int code = IMPEXP_FAIL;
     try {
+        UndoScope import(textOf(TextId::kImportStep, {fileNameOf(path)}).c_str());
         code = importer->DoImport(path.c_str(), report, impl_);
+        if (code == IMPEXP_SUCCESS) import.Commit();
     } catch (const std::bad_alloc&) {
         report.Error(textOf(TextId::kOutOfMemory).c_str());
         report.Cause(ImpExpCause::kOutOfMemory);
     } catch (...) {
         report.Error(textOf(TextId::kImporterFailed).c_str());
-    }
-    if (code != IMPEXP_SUCCESS && impl_->scene.get() == scene) {
-        rollback.run();
-        setSceneModified(wasModified);
     }
     if (code == IMPEXP_SUCCESS) impl_->rememberFolder(KILN_IMPORT_DIR, path);
     impl_->sceneNotifies(NOTIFY_IMPORT_ENDED, const_cast<char*>(path.c_str()));
@@ -190,9 +160,8 @@ ImportResult Core::importFile(const std::string& path, const ProgressFunction& p
 }
 
 ImportResult Core::openImported(const std::string& path, const ProgressFunction& progress) {
-    if (impl_->scene->deleting())
+    if (impl_->scene->isBusy())
         return {IMPEXP_FAIL, textOf(TextId::kSceneIsChanging), ImpExpCause::kOther};
-    const bool wasModified = sceneModified();
     const auto show = [this](std::unique_ptr<Scene> next) {
         impl_->sceneNotifies(NOTIFY_SCENE_PRE_CLEAR, nullptr);
         std::unique_ptr<Scene> former = impl_->replaceScene(std::move(next));
@@ -201,8 +170,12 @@ ImportResult Core::openImported(const std::string& path, const ProgressFunction&
     };
     std::unique_ptr<Scene> former = show(std::make_unique<Scene>());
     ImportResult result = importFile(path, progress);
-    if (!result.ok()) show(std::move(former));
-    setSceneModified(!result.ok() && wasModified);
+    if (!result.ok()) {
+        show(std::move(former));
+    } else {
+        impl_->scene->history().clear();
+        setModified(false);
+    }
     return result;
 }
 

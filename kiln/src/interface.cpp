@@ -1,6 +1,8 @@
 // The host as plug-ins see it.
 #include <base/text.h>
 #include <kiln/accelerators.h>
+#include <kiln/ownedptr.h>
+#include <kiln/undo.h>
 
 #include <algorithm>
 #include <new>
@@ -22,6 +24,11 @@ bool isBelowAny(const INode* node, const std::unordered_set<const INode*>& nodes
     for (const INode* above = node->GetParentNode(); above; above = above->GetParentNode())
         if (nodes.contains(above)) return true;
     return false;
+}
+
+// A step leads back to the selection that was there when its command began.
+void keepSelection() {
+    if (SceneHistory* const history = SceneHistory::recording()) history->prepare();
 }
 
 INode* commonParent(const std::vector<INode*>& nodes, INode* otherwise) {
@@ -127,17 +134,20 @@ void Core::Impl::SelectNode(INode* node, bool clearSel) {
     if (!scene->contains(node) || node == scene->root()) return;
     const auto& selected = scene->selection();
     if (clearSel && selected.size() == 1 && node->Selected()) return;
+    keepSelection();
     bool changed = clearSel && scene->clearSelection();
     changed |= scene->select(own(node));
     if (changed) sceneNotifies(NOTIFY_SELECTION_CHANGED, nullptr);
 }
 
 void Core::Impl::DeSelectNode(INode* node) {
+    keepSelection();
     if (scene->contains(node) && scene->deselect(own(node)))
         sceneNotifies(NOTIFY_SELECTION_CHANGED, nullptr);
 }
 
 void Core::Impl::ClearNodeSelection() {
+    keepSelection();
     if (scene->clearSelection()) sceneNotifies(NOTIFY_SELECTION_CHANGED, nullptr);
 }
 
@@ -154,8 +164,11 @@ INode* Core::Impl::GroupNodes(const Tab<INode*>& nodes, const char* name) {
     for (const INode* const node : members) positions += node->GetNodeTM(time).GetTrans();
     INode* const parent = commonParent(members, scene->root());
     const std::string headName = name ? name : nodeNames.numbered("Group");
-    INode* const head = CreateObjectNode(new DummyObject, headName.c_str());
+    UndoScope all(nullptr);
+    OwnedPtr<DummyObject> dummy(new DummyObject);
+    INode* const head = CreateObjectNode(dummy.get(), headName.c_str());
     if (!head) return nullptr;
+    static_cast<void>(dummy.release());  // the head's now
     parent->AttachChild(head, true);
     head->SetNodeTM(time, TransMatrix(positions.Center()));
     head->SetGroupHead(true);
@@ -164,11 +177,13 @@ INode* Core::Impl::GroupNodes(const Tab<INode*>& nodes, const char* name) {
         head->AttachChild(node, true);
         node->SetGroupMember(true);
     }
+    all.Commit();
     return head;
 }
 
 bool Core::Impl::UngroupNode(INode* head) {
-    if (!scene->contains(head) || !head->IsGroupHead()) return false;
+    if (!scene->contains(head) || head == scene->root() || !head->IsGroupHead()) return false;
+    UndoScope all(nullptr);
     INode* const parent = head->GetParentNode();
     while (head->NumberOfChildren() > 0) {
         INode* const child = head->GetChildNode(0);
@@ -176,6 +191,7 @@ bool Core::Impl::UngroupNode(INode* head) {
         child->SetGroupMember(parent->IsGroupHead());
     }
     DeleteNode(head);
+    all.Commit();
     return true;
 }
 

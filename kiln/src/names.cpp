@@ -49,8 +49,20 @@ void NameIndex::add(Node* node) {
     ++names_;
 }
 
+void NameIndex::insert(Node* node, Node* behind) noexcept {
+    if (!behind) return add(node);
+    NameLinks& next = behind->nameLinks();
+    node->nameLinks() = {next.previous, behind};
+    const bool isFirst = next.previous == behind || next.previous->nameLinks().next == nullptr;
+    if (isFirst)
+        at(placeOf(behind)).handle = node->GetHandle();
+    else
+        next.previous->nameLinks().next = node;
+    next.previous = node;
+}
+
 bool NameIndex::remove(Node* node) noexcept {
-    const NameLinks links = std::exchange(node->nameLinks(), NameLinks());
+    const NameLinks links = std::exchange(node->nameLinks(), {nullptr, node->nameLinks().next});
     const bool isFirst = links.previous == node || links.previous->nameLinks().next == nullptr;
     if (!isFirst) {
         Node* const behind = links.next ? links.next : find(node->name());

@@ -46,8 +46,11 @@ public:
         if (2 * (names_ + 1) > slots_.size()) enlarge();
     }
     void add(Node* node);
+    /// Adds `node` again, before `behind` (null: as the last) of those that have its name, when the
+    /// index was at least as large before.
+    void insert(Node* node, Node* behind) noexcept;
     /// Takes `node` out, which has had its name since it was added; returns whether it was the last
-    /// with that name.
+    /// with that name. The next of those with the same name stays in its links.
     bool remove(Node* node) noexcept;
     /// The node that has had `name` longest, or null.
     Node* find(std::string_view name) const noexcept { return find(name, hashOf(name)); }

@@ -17,13 +17,89 @@ Node::~Node() {
     if (texmap_) texmap_->ReleaseReference();
 }
 
+namespace {
+
+/// A node's place among parents and siblings.
+class PlaceChange final : public RecordedChange {
+public:
+    PlaceChange(Scene& scene, Node& node) noexcept : scene_(scene), node_(node) {}
+    ~PlaceChange() override {
+        if (parent_) parent_->children().giveUp(place_);
+    }
+
+    /// Takes the node to the end of a list that has room for it.
+    void make(Node& newParent) noexcept {
+        parent_ = node_.parent();
+        place_ = parent_->children().leave(&node_);
+        newParent.adopt(&node_);
+    }
+    void turn() noexcept override { node_.exchangePlace(parent_, place_); }
+    void tell() const override {
+        if (!node_.gone()) scene_.notify(NOTIFY_NODE_LINKED, static_cast<INode*>(&node_));
+    }
+
+private:
+    Scene& scene_;
+    Node& node_;
+    Node* parent_ = nullptr;
+    PlaceInList place_;
+};
+
+class LocalTransform final : public RecordedChange {
+public:
+    LocalTransform(Node& node, const Matrix3* what, const Matrix3& local) noexcept
+        : node_(node), what_(what), local_(local) {}
+
+    void turn() noexcept override { node_.exchangeLocal(local_); }
+    const void* what() const noexcept override { return what_; }
+
+private:
+    Node& node_;
+    const Matrix3* const what_;
+    Matrix3 local_;
+};
+
+/// One reference to a thing or to none, among the members of a node.
+template <typename T>
+class ReferenceChange final : public RecordedChange {
+public:
+    ReferenceChange(T*& member, T* other) noexcept : member_(member), other_(other) {
+        if (other_) other_->AddReference();
+    }
+    ~ReferenceChange() override {
+        if (other_) other_->ReleaseReference();
+    }
+
+    void turn() noexcept override { std::swap(member_, other_); }
+
+private:
+    T*& member_;
+    T* other_;
+};
+
+template <typename T>
+void changeReference(const Node& node, T*& member, T* other) {
+    if (SceneHistory* const history = historyFor(node))
+        history->add<ReferenceChange<T>>(0, 0, member, other).turn();
+    else
+        ReferenceChange<T>(member, other).turn();
+    noteSceneChanged();
+}
+
+}  // namespace
+
+bool Node::IsRecorded() const noexcept {
+    return !gone() && SceneHistory::current() == &scene_.history() &&
+           !scene_.history().isNew(handle_);
+}
+
 bool Node::IsRootNode() const {
     return this == scene_.root();
 }
 
 void Node::SetName(const char* name) {
     std::string valid = base::validUtf8(name ? name : "");
-    if (IsRootNode() || valid == name_) return;
+    if (IsRootNode() || gone() || valid == name_) return;
     scene_.renameNode(this, name_, std::move(valid));
 }
 
@@ -34,11 +110,12 @@ INode* Node::GetChildNode(int index) const {
 
 int Node::GetChildIndex(const INode* child) const {
     if (!child || child->GetParentNode() != this) return -1;
-    return static_cast<int>(children_.indexOf(static_cast<const Node*>(child)));
+    const auto* const node = static_cast<const Node*>(child);
+    return node->gone() ? -1 : static_cast<int>(children_.indexOf(node));
 }
 
 bool Node::canAdopt(const Node* child) const noexcept {
-    if (!child || child == this || child->IsRootNode() || child->dying_ || dying_) return false;
+    if (!child || child == this || child->IsRootNode() || child->dying() || dying()) return false;
     if (&child->scene_ != &scene_) return false;
     // A node without children is above nothing. That spares the way up for the usual case, a new
     // node below a long chain.
@@ -56,23 +133,35 @@ bool Node::AttachChild(INode* child, bool keepPos) {
 }
 
 void Node::Detach(TimeValue, bool keepPos) {
-    if (dying_ || !parent_ || parent_->IsRootNode()) return;
+    if (dying() || !parent_ || parent_->IsRootNode()) return;
     relink(scene_.root(), keepPos);
 }
 
 void Node::relink(Node* newParent, bool keepPos) {
     if (newParent == parent_ && parent_->children_.back() == this) return;
     const bool sameParent = newParent == parent_;
-    const Matrix3 position = keepPos && !sameParent ? world() : Matrix3();
+    const bool staysInWorld = keepPos && !sameParent;
+    const Matrix3 position = staysInWorld ? world() : Matrix3();
+    if (staysInWorld) newParent->world();
     newParent->children_.makeRoom();
-    unlink();
-    newParent->adopt(this);
-    if (!sameParent) {
-        if (keepPos)
-            setWorld(position);
-        else
-            invalidateSubtree();
+    SceneHistory* const history = SceneHistory::recording();
+    if (history && !history->wasJustMade(handle_)) {
+        PlaceChange& change = history->add<PlaceChange>(0, 0, scene_, *this);
+        try {
+            if (staysInWorld) keepLocal();
+        } catch (...) {
+            history->dropLast();
+            throw;
+        }
+        change.make(*newParent);
+    } else {
+        unlink();
+        newParent->adopt(this);
     }
+    if (staysInWorld)
+        applyWorld(position);
+    else if (!sameParent)
+        invalidateSubtree();
     noteSceneChanged();
     scene_.notify(NOTIFY_NODE_LINKED, static_cast<INode*>(this));
 }
@@ -85,6 +174,34 @@ void Node::adopt(Node* child) {
 void Node::unlink() noexcept {
     parent_->children_.remove(this);
     parent_ = nullptr;
+}
+
+void Node::leavePlace() noexcept {
+    const PlaceInList place = parent_->children_.leave(this);
+    siblingBlock = place.block;
+    placeInBlock_ = static_cast<std::uint8_t>(place.index);
+}
+
+void Node::comeBack() noexcept {
+    parent_->children_.comeBack(this, {siblingBlock, placeInBlock_});
+    invalidateSubtree();
+}
+
+void Node::giveUpPlace() noexcept {
+    parent_->children_.giveUp({siblingBlock, placeInBlock_});
+}
+
+void Node::exchangePlace(Node*& parent, PlaceInList& place) noexcept {
+    const PlaceInList left = parent_->children_.leave(this);
+    std::swap(parent_, parent);
+    parent_->children_.comeBack(this, place);
+    place = left;
+    invalidateSubtree();
+}
+
+void Node::exchangeLocal(Matrix3& local) noexcept {
+    std::swap(place_->local, local);
+    invalidateSubtree();
 }
 
 void Node::Delete(TimeValue) {
@@ -128,56 +245,71 @@ void Node::SetNodeTM(TimeValue, const Matrix3& tm) {
     noteSceneChanged();
 }
 
+/// Records the transform before it changes. Throws `std::bad_alloc`.
+void Node::keepLocal() {
+    const Matrix3& local = place().local;
+    SceneHistory* const history = historyFor(*this);
+    if (history && !history->keeps(&local))
+        history->add<LocalTransform>(0, 0, *this, &local, local);
+}
+
 void Node::setLocal(const Matrix3& tm) {
-    Place& changed = place();
-    invalidateSubtree();
-    changed.local = tm;
+    keepLocal();
+    applyLocal(tm);
 }
 
 void Node::setWorld(const Matrix3& tm) {
+    parent_->world();
+    keepLocal();
+    applyWorld(tm);
+}
+
+void Node::applyLocal(const Matrix3& tm) noexcept {
+    invalidateSubtree();
+    place_->local = tm;
+}
+
+/// The parent's world transform is valid.
+void Node::applyWorld(const Matrix3& tm) {
     const Matrix3& above = parent_->world();
     if (above.IsIdentity() || !IsInvertible(above)) {
-        setLocal(tm);
+        applyLocal(tm);
         return;
     }
-    setLocal(tm * Inverse(above));
+    applyLocal(tm * Inverse(above));
     // Kept as it was given, so that it does not drift while the node is moved from parent to
     // parent.
     place_->world = tm;
     worldValid_ = true;
 }
 
-void Node::invalidateSubtree() {
+/// Takes no memory, so that an undo needs none: the nodes that are still to be looked at are linked
+/// with one another.
+void Node::invalidateSubtree() noexcept {
     if (!worldValid_) return;
+    Node* pending = this;
     worldValid_ = false;
-    std::vector<Node*> pending{this};
-    while (!pending.empty()) {
-        const Node* const node = pending.back();
-        pending.pop_back();
+    place_->next = nullptr;
+    while (pending) {
+        const Node* const node = pending;
+        pending = node->place_->next;
         node->children_.forEach([&](Node* child) {
             if (!child->worldValid_) return;
             child->worldValid_ = false;
-            pending.push_back(child);
+            child->place_->next = pending;
+            pending = child;
         });
     }
 }
 
 void Node::SetObjectRef(Object* object) {
     if (IsRootNode() || object == object_) return;
-    if (object) object->AddReference();
-    Object* const before = object_;
-    object_ = object;
-    if (before) before->ReleaseReference();
-    noteSceneChanged();
+    changeReference(*this, object_, object);
 }
 
 void Node::SetTexmap(Texmap* map) {
     if (map == texmap_) return;
-    if (map) map->AddReference();
-    Texmap* const before = texmap_;
-    texmap_ = map;
-    if (before) before->ReleaseReference();
-    noteSceneChanged();
+    changeReference(*this, texmap_, map);
 }
 
 void Node::InvalidateWS() {

@@ -4,6 +4,7 @@
 #include <kiln/inode.h>
 #include <kiln/texmap.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "changes.h"
 #include "names.h"
 #include "nodelist.h"
+#include "scenehistory.h"
 
 namespace kiln {
 
@@ -20,6 +22,8 @@ class Node final : public INode {
 public:
     Node(Scene& scene, DWORD handle, std::string name);
     ~Node() override;
+
+    bool IsRecorded() const noexcept override;
 
     const char* GetName() const override { return name_.c_str(); }
     void SetName(const char* name) override;
@@ -64,30 +68,49 @@ public:
     NameLinks& nameLinks() noexcept { return nameLinks_; }
     Node* parent() const noexcept { return parent_; }
     const auto& children() const noexcept { return children_; }
+    auto& children() noexcept { return children_; }
     /// Hangs a node without parent under this one without checks or notifications.
     void adopt(Node* child);
     /// Takes the node from its parent, its transforms left alone.
     void unlink() noexcept;
-    /// Whether the node is being deleted.
-    bool dying() const noexcept { return dying_; }
-    void setDying() noexcept { dying_ = true; }
+
+    /// How the node stands to its scene.
+    enum class State : std::uint8_t {
+        kInScene,
+        kDying,  ///< being deleted; still in its place
+        kGone,   ///< only the history has it
+    };
+    bool dying() const noexcept { return state_ != State::kInScene; }
+    bool gone() const noexcept { return state_ == State::kGone; }
+    void setState(State state) noexcept { state_ = state; }
+    /// Takes the node from its parent, which keeps the place, and back to it.
+    void leavePlace() noexcept;
+    void comeBack() noexcept;
+    /// Has the parent keep the place of a node that is gone no longer.
+    void giveUpPlace() noexcept;
+    /// Takes the node to a place that is kept for it, below another parent or the same.
+    void exchangePlace(Node*& parent, PlaceInList& place) noexcept;
+    void exchangeLocal(Matrix3& local) noexcept;
 
     NodeBlock* siblingBlock = nullptr;    ///< where the node lies among its siblings
     NodeBlock* selectionBlock = nullptr;  ///< where it lies in the selection; null: not selected
 
 private:
     template <typename T>
-    static void change(T& member, T value) noexcept {
+    void change(T& member, T value) {
         if (member == value) return;
-        member = value;
+        changeMember(*this, member, value);
         noteSceneChanged();
     }
     bool canAdopt(const Node* child) const noexcept;
     void relink(Node* newParent, bool keepPos);
     const Matrix3& world() const;
+    void keepLocal();
     void setLocal(const Matrix3& tm);
     void setWorld(const Matrix3& tm);
-    void invalidateSubtree();
+    void applyLocal(const Matrix3& tm) noexcept;
+    void applyWorld(const Matrix3& tm);
+    void invalidateSubtree() noexcept;
 
     Scene& scene_;
     const DWORD handle_;
@@ -95,13 +118,15 @@ private:
     bool hidden_ = false;
     bool groupHead_ = false;
     bool groupMember_ = false;
-    bool dying_ = false;
+    State state_ = State::kInScene;
+    std::uint8_t placeInBlock_ = 0;  // while it is gone
     // The world transform is worked out when it is asked for. While a node's is not valid, neither
     // is that of any node below it.
     mutable bool worldValid_ = false;
     struct Place {
         Matrix3 local;
         Matrix3 world;
+        Node* next = nullptr;  // while world transforms are being made invalid
     };
     Place& place() const;
     std::string name_;

@@ -14,7 +14,14 @@ class Node;
 struct NodeBlock {
     NodeBlock* previous = nullptr;
     NodeBlock* next = nullptr;
+    std::size_t expected = 0;  ///< nodes that were taken out and may come back to their places
     std::vector<Node*> nodes;
+};
+
+/// A node's place in a list.
+struct PlaceInList {
+    NodeBlock* block = nullptr;
+    std::size_t index = 0;  ///< in the block
 };
 
 /// Nodes in the order they were appended, of which any may be taken out.
@@ -23,6 +30,9 @@ struct NodeBlock {
 /// (null while it is in no list). Taking a node out and finding its index therefore do not shift or
 /// search the whole list, and walking the indices in order costs constant time per step. The list
 /// does not own the nodes. An empty one is a single null: most nodes have no children.
+///
+/// A node may also be taken out so that it can come back to its place, without taking memory, once
+/// everything else in the list is as it was then. The blocks of such places stay.
 template <auto Hook>
 class NodeList {
 public:
@@ -54,14 +64,32 @@ public:
     /// Takes `node`, which is in this list, out.
     void remove(Node* node) noexcept {
         NodeBlock* const block = node->*Hook;
-        block->nodes.erase(std::find(block->nodes.begin(), block->nodes.end(), node));
-        node->*Hook = nullptr;
-        --blocks_->count;
-        if (block != blocks_->cursor) blocks_->cursor = nullptr;
+        takeOut(node);
+        if (block->expected > 0) return;
         if (block->nodes.empty())
             unlink(block);
         else
             mergeWithNext(block);
+    }
+
+    /// Takes `node`, which is in this list, out of its place, which is kept for it.
+    PlaceInList leave(Node* node) noexcept {
+        NodeBlock* const block = node->*Hook;
+        ++block->expected;
+        return {block, takeOut(node)};
+    }
+    /// Puts `node` into the place that is kept for it.
+    void comeBack(Node* node, const PlaceInList& place) noexcept {
+        place.block->nodes.insert(
+            place.block->nodes.begin() + static_cast<std::ptrdiff_t>(place.index), node);
+        node->*Hook = place.block;
+        --place.block->expected;
+        ++blocks_->count;
+        if (place.block != blocks_->cursor) blocks_->cursor = nullptr;
+    }
+    /// Keeps a place no longer.
+    void giveUp(const PlaceInList& place) noexcept {
+        if (--place.block->expected == 0 && place.block->nodes.empty()) unlink(place.block);
     }
 
     /// Takes all nodes out.
@@ -76,7 +104,11 @@ public:
         return blocks_->cursor->nodes[index - blocks_->cursorStart];
     }
     /// The last node of a list that is not empty.
-    Node* back() const noexcept { return blocks_->tail->nodes.back(); }
+    Node* back() const noexcept {
+        const NodeBlock* block = blocks_->tail;
+        while (block->nodes.empty()) block = block->previous;
+        return block->nodes.back();
+    }
 
     /// The index of `node`, which is in this list.
     std::size_t indexOf(const Node* node) const noexcept {
@@ -128,6 +160,18 @@ private:
         }
     };
 
+    /// Returns the index that the node had in its block.
+    std::size_t takeOut(Node* node) noexcept {
+        NodeBlock* const block = node->*Hook;
+        const auto found = std::find(block->nodes.begin(), block->nodes.end(), node);
+        const auto index = static_cast<std::size_t>(found - block->nodes.begin());
+        block->nodes.erase(found);
+        node->*Hook = nullptr;
+        --blocks_->count;
+        if (block != blocks_->cursor) blocks_->cursor = nullptr;
+        return index;
+    }
+
     void freeBlocks() noexcept {
         for (const NodeBlock* block = blocks_ ? blocks_->head : nullptr; block;) {
             const NodeBlock* const done = block;
@@ -155,7 +199,8 @@ private:
     // suffices or the merge is left for later: taking a node out never fails.
     void mergeWithNext(NodeBlock* block) noexcept {
         NodeBlock* const next = block->next;
-        if (!next || block->nodes.size() + next->nodes.size() > block->nodes.capacity() ||
+        if (!next || next->expected > 0 ||
+            block->nodes.size() + next->nodes.size() > block->nodes.capacity() ||
             block->nodes.size() + next->nodes.size() > kBlockSize / 2)
             return;
         for (Node* const node : next->nodes) {

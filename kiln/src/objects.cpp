@@ -1,8 +1,10 @@
 #include <kiln/object.h>
 
 #include <memory>
+#include <type_traits>
 
 #include "changes.h"
+#include "scenehistory.h"
 
 namespace {
 
@@ -10,9 +12,9 @@ namespace {
 constexpr double kLightRadius = 5;
 
 template <typename T>
-void change(T& member, T value) noexcept {
+void change(Object& object, T& member, std::type_identity_t<T> value) {
     if (member == value) return;
-    member = value;
+    kiln::changeMember(object, member, value);
     kiln::noteSceneChanged();
 }
 
@@ -25,8 +27,8 @@ Box3 cube(double halfEdge) {
 
 }  // namespace
 
-void DummyObject::SetSize(double size) noexcept {
-    change(size_, size);
+void DummyObject::SetSize(double size) {
+    change(*this, size_, size);
 }
 
 Box3 DummyObject::GetLocalBoundBox(TimeValue) const {
@@ -37,10 +39,8 @@ Box3 TriObject::GetLocalBoundBox(TimeValue) const {
     return mesh_.BoundingBox();
 }
 
-void BoxObject::SetSize(double length, double width, double height) noexcept {
-    change(length_, length);
-    change(width_, width);
-    change(height_, height);
+void BoxObject::SetSize(double length, double width, double height) {
+    change(*this, size_, {length, width, height});
 }
 
 bool BoxObject::CanConvertToType(const Class_ID& id) const {
@@ -52,9 +52,10 @@ Object* BoxObject::ConvertToType(TimeValue, const Class_ID& id) {
     if (id != TRIOBJ_CLASS_ID) return nullptr;
     auto tri = std::make_unique<TriObject>();
     Mesh& mesh = tri->GetMesh();
-    for (const double z : {0.0, height_})
-        for (const double y : {-length_ / 2, length_ / 2})
-            for (const double x : {-width_ / 2, width_ / 2}) mesh.verts.Append(Point3{x, y, z});
+    for (const double z : {0.0, size_.height})
+        for (const double y : {-size_.length / 2, size_.length / 2})
+            for (const double x : {-size_.width / 2, size_.width / 2})
+                mesh.verts.Append(Point3{x, y, z});
     constexpr DWORD kSides[6][4] = {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4},
                                     {1, 3, 7, 5}, {3, 2, 6, 7}, {2, 0, 4, 6}};
     for (const auto& side : kSides) mesh.AppendPolygon(4, side);
@@ -63,17 +64,17 @@ Object* BoxObject::ConvertToType(TimeValue, const Class_ID& id) {
 
 Box3 BoxObject::GetLocalBoundBox(TimeValue) const {
     Box3 box;
-    box += Point3{-width_ / 2, -length_ / 2, 0};
-    box += Point3{width_ / 2, length_ / 2, height_};
+    box += Point3{-size_.width / 2, -size_.length / 2, 0};
+    box += Point3{size_.width / 2, size_.length / 2, size_.height};
     return box;
 }
 
-void SplineShape::SetClosed(bool closed) noexcept {
-    change(closed_, closed);
+void SplineShape::SetClosed(bool closed) {
+    change(*this, closed_, closed);
 }
 
-void SplineShape::SetRenderable(bool renderable) noexcept {
-    change(renderable_, renderable);
+void SplineShape::SetRenderable(bool renderable) {
+    change(*this, renderable_, renderable);
 }
 
 bool SplineShape::CanConvertToType(const Class_ID& id) const {
@@ -98,16 +99,16 @@ Box3 SplineShape::GetLocalBoundBox(TimeValue) const {
     return box;
 }
 
-void GenLight::SetColor(COLORREF color) noexcept {
-    change(color_, color);
+void GenLight::SetColor(COLORREF color) {
+    change(*this, color_, color);
 }
 
-void GenLight::SetIntensity(double intensity) noexcept {
-    change(intensity_, intensity);
+void GenLight::SetIntensity(double intensity) {
+    change(*this, intensity_, intensity);
 }
 
-void GenLight::SetUseLight(bool on) noexcept {
-    change(on_, on);
+void GenLight::SetUseLight(bool on) {
+    change(*this, on_, on);
 }
 
 const char* GenLight::GetObjectName() const {
@@ -119,4 +120,62 @@ const char* GenLight::GetObjectName() const {
 
 Box3 GenLight::GetLocalBoundBox(TimeValue) const {
     return cube(kLightRadius);
+}
+
+namespace {
+
+/// What a class of a plug-in's keeps in a scene file.
+class StateChange final : public kiln::RecordedChange {
+public:
+    StateChange(ReferenceTarget& thing, std::vector<BYTE> state) noexcept
+        : kept_(kiln::kept(thing)), thing_(thing), state_(std::move(state)) {}
+
+    void turn() noexcept override {
+        std::vector<BYTE> now = thing_.SaveState();
+        thing_.LoadState(state_.data(), state_.size());
+        state_ = std::move(now);
+    }
+
+private:
+    kiln::KeptReference kept_;
+    ReferenceTarget& thing_;
+    std::vector<BYTE> state_;
+};
+
+template <typename T>
+std::size_t bytesOf(const Tab<T>& items) {
+    return static_cast<std::size_t>(items.Count()) * sizeof(T);
+}
+
+std::size_t bytesOf(const Mesh& mesh) {
+    return bytesOf(mesh.verts) + bytesOf(mesh.faces) + bytesOf(mesh.tVerts) +
+           bytesOf(mesh.tvFaces) + bytesOf(mesh.normals) + bytesOf(mesh.colors);
+}
+
+/// Records what `member` is now, before it is changed in place.
+template <typename T>
+void keep(kiln::SceneHistory& history, Object& object, T& member) {
+    if (!history.keeps(&member))
+        history.add<kiln::MemberChange<T>>(bytesOf(member), 0, kiln::kept(object), member,
+                                           T(member));
+}
+
+}  // namespace
+
+bool ReferenceTarget::AboutToChange() noexcept {
+    kiln::SceneHistory* const history = kiln::historyFor(*this);
+    if (!history) return true;
+    try {
+        if (auto* const tri = dynamic_cast<TriObject*>(this)) {
+            keep(*history, *tri, tri->GetMesh());
+        } else if (auto* const spline = dynamic_cast<SplineShape*>(this)) {
+            keep(*history, *spline, spline->GetPoints());
+        } else {
+            std::vector<BYTE> state = SaveState();
+            history->add<StateChange>(state.size(), 0, *this, std::move(state));
+        }
+    } catch (...) {
+        return false;
+    }
+    return true;
 }

@@ -4,14 +4,16 @@
 #include <kiln/notify.h>
 #include <kiln/texmap.h>
 
-#include <deque>
 #include <memory>
 #include <string>
 #include <unordered_set>
+#include <vector>
 
 #include "names.h"
 #include "node.h"
 #include "nodetables.h"
+#include "scenehistory.h"
+#include "texmaplist.h"
 
 namespace kiln {
 
@@ -40,24 +42,51 @@ public:
     const NameIndex& names() const noexcept { return names_; }
 
     /// Makes a node below `parent` and takes a reference to `object` (may be null). Silent.
+    /// Throws `std::bad_alloc`, and has then made nothing.
     Node* createNode(Object* object, std::string name, Node* parent);
+    /// The handle that was given last, in any scene.
+    static DWORD lastHandle() noexcept;
     /// Does nothing for the root and for what is not, or no longer, a node of the scene.
     void deleteNode(INode* which);
     void renameNode(Node* node, std::string& name, std::string newName);
     bool contains(const INode* node) const noexcept {
-        return live_.contains(static_cast<const void*>(node));
+        return live_.contains(static_cast<const void*>(node)) &&
+               !static_cast<const Node*>(node)->gone();
     }
     Node* byHandle(DWORD handle) const noexcept;
     Node* byName(std::string_view name) const noexcept { return names_.find(name); }
-    std::size_t nodeCount() const noexcept { return byHandle_.size(); }
-    /// Whether nodes are being deleted; nothing else may be deleted meanwhile.
-    bool deleting() const noexcept { return deleting_; }
+    std::size_t nodeCount() const noexcept { return nodeCount_; }
+    /// Whether nodes are being deleted, or notifications of an undo sent: nothing may be deleted,
+    /// replaced or undone meanwhile.
+    bool isBusy() const noexcept { return deleting_ || history_.telling(); }
 
-    const std::deque<Texmap*>& texmaps() const noexcept { return texmaps_; }
+    SceneHistory& history() noexcept { return history_; }
+    const SceneHistory& history() const noexcept { return history_; }
+
+    // For the history, which keeps nodes that are not in the scene.
+
+    /// A node whether it is in the scene or gone.
+    Node* anyByHandle(DWORD handle) const noexcept { return byHandle_.find(handle); }
+    /// A node's name and selection when it leaves and comes back.
+    void takeOut(Node* node) noexcept;
+    void bringBack(Node* node) noexcept;
+    /// Deletes a node that is gone.
+    void forget(Node* node) noexcept;
+    /// Gives a node another name, among those of the same name before `behind`, and returns in both
+    /// what it had.
+    void exchangeName(Node* node, std::string& name, std::string& other, Node*& behind) noexcept;
+
+    const TexmapList& texmaps() const noexcept { return texmaps_; }
     void addTexmap(Texmap* map);
-    bool removeTexmap(Texmap* map) noexcept;
+    bool removeTexmap(Texmap* map);
 
     const auto& selection() const noexcept { return selection_; }
+    /// The selection as it is now. Throws `std::bad_alloc`.
+    SelectionList selectionList();
+    /// Selects the nodes of a list and no others, as far as there is memory for it. Silent.
+    void restoreSelection(const SelectionList& list) noexcept;
+    /// How often the selection has changed.
+    std::uint64_t selectionChanges() const noexcept { return selectionChanges_; }
     /// Each returns whether the selection changed. Silent.
     bool select(Node* node);
     bool deselect(Node* node) noexcept;
@@ -67,16 +96,29 @@ public:
     void nodeInvalidated(Node* node);
 
 private:
+    friend class TexmapPresence;
+
+    void noteSelectionChanged() noexcept {
+        isListCurrent_ = false;
+        ++selectionChanges_;
+    }
+    void makeTexmapPresent(Texmap& map, std::size_t index, bool isThere);
+
     SceneListener* listener_ = nullptr;
     MakerRegistry* makers_ = nullptr;
     NodeList<&Node::selectionBlock> selection_;
-    HandleTable byHandle_;  // without the root
+    HandleTable byHandle_;  // without the root, with nodes that are gone
     NameIndex names_{byHandle_};
-    AddressSet live_;  // with the root
-    std::deque<Texmap*> texmaps_;
+    AddressSet live_;  // with the root and nodes that are gone
+    std::size_t nodeCount_ = 0;
+    TexmapList texmaps_;
     std::unordered_set<const Texmap*> listed_;  // those in `texmaps_`
+    SelectionList selectionList_;               // of the selection, unless that has changed since
+    bool isListCurrent_ = true;
+    std::uint64_t selectionChanges_ = 0;
     bool deleting_ = false;
     Node* root_;
+    SceneHistory history_{*this};
 };
 
 }  // namespace kiln

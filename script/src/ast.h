@@ -36,6 +36,7 @@ enum class NodeKind {
     kExit,      // "exit", out of a loop
     kContinue,  // "continue"
     kReturn,    // "return"; children: value or none
+    kUndo,      // children: body; text: the step's name
 };
 
 struct Node;

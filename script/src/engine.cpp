@@ -100,6 +100,7 @@ Value Engine::run(std::string_view text, const std::string& file) {
     if (state_->running > 0) throw Error(file, {}, textOf(TextId::kScriptRuns));
     state_->steps = 0;
     state_->stack = static_cast<const char*>(__builtin_frame_address(0));
+    const ScriptSteps::Whole whole(state_->script, file.substr(file.find_last_of("/\\") + 1));
     return runScript(*state_, text, file);
 }
 
@@ -113,6 +114,10 @@ std::string readScript(const std::string& path) {
     if (base::readFile(path, text)) throw Failure(textOf(TextId::kScriptUnreadable, {path}));
     if (text.starts_with(kByteOrderMark)) text.erase(0, kByteOrderMark.size());
     return text;
+}
+
+bool Engine::betweenSteps(bool (*action)()) {
+    return state_->script.between(action);
 }
 
 void Engine::setVariable(const std::string& name, Value value) {

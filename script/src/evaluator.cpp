@@ -163,6 +163,8 @@ Value Evaluator::dispatched(const Node& node) {
                               "\"");
             flow_ = node.kind == NodeKind::kExit ? Flow::kBreak : Flow::kContinue;
             return {};
+        case NodeKind::kUndo:
+            return state_.script.inBlock(node.text, [&] { return evaluate(*node.children[0]); });
         case NodeKind::kReturn:
             return returnFrom(node);
     }

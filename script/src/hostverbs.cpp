@@ -5,6 +5,7 @@
 
 #include <script/engine.h>
 
+#include <kiln/host/core.h>
 #include <kiln/kiln.h>
 
 #include <array>
@@ -20,6 +21,11 @@ Interface& host() {
     Interface* const host = GetCOREInterface();
     if (!host) throw Failure(textOf(TextId::kNoScene));
     return *host;
+}
+
+kiln::History& history() {
+    static_cast<void>(host());
+    return kiln::Core::get()->history();
 }
 
 INode* nodeIn(const Value& value) {
@@ -103,6 +109,17 @@ Value bitmapTexture(const Arguments& arguments) {
     map->SetName((arguments.has(1) ? arguments.text(1) : arguments.text(0)).c_str());
     host().AddTexmap(map);
     return Value::ofMap(map);
+}
+
+// The history.
+
+void addHistory(Engine& engine) {
+    engine.addVerb("undo", "", [&engine](const Arguments&) {
+        return Value(engine.betweenSteps([] { return history().undo(); }));
+    });
+    engine.addVerb("redo", "", [&engine](const Arguments&) {
+        return Value(engine.betweenSteps([] { return history().redo(); }));
+    });
 }
 
 void addCreation(Engine& engine) {
@@ -302,6 +319,7 @@ void addProperties(Engine& engine) {
 }  // namespace
 
 void addHostVerbs(Engine& engine) {
+    addHistory(engine);
     addCreation(engine);
     addSelection(engine);
     addLinking(engine);

@@ -122,6 +122,8 @@ private:
             if (word == "return") return returnStatement();
             if (word == "exit") return single(NodeKind::kExit);
             if (word == "continue") return single(NodeKind::kContinue);
+            if (word == "undo" && tokens_[position_ + 1].kind == TokenKind::kString)
+                return undoable();
         }
         return assignment();
     }
@@ -130,6 +132,14 @@ private:
     NodePointer body() {
         skipLines();
         return expression();
+    }
+
+    NodePointer undoable() {
+        Node node = made(NodeKind::kUndo);
+        take();
+        node.text = take().text;
+        node.children.push_back(body());
+        return finished(std::move(node));
     }
 
     NodePointer single(NodeKind kind) {

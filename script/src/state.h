@@ -2,6 +2,7 @@
 #pragma once
 
 #include "function.h"
+#include "scriptsteps.h"
 
 #include <map>
 #include <string>
@@ -22,6 +23,7 @@ struct Engine::State {
     std::function<void(std::string_view)> output;
     std::function<bool()> stop;
     Limits limits;
+    ScriptSteps script;  ///< of the outermost
 
     std::size_t running = 0;      // scripts within each other; 0 when none runs
     std::uint64_t steps = 0;      // of the outermost and all that it runs

@@ -3,7 +3,13 @@
 #include "attrscene.h"
 
 #include <gtest/gtest.h>
+#include <kiln/host/diagnostics.h>
+#include <quillon/fltobject.h>
 #include <quillon/fltopcode.h>
+
+#include <functional>
+#include <string>
+#include <vector>
 
 using namespace testing_chunks;
 
@@ -47,6 +53,58 @@ TEST_F(ModifiedScene, SoDoKindCommentAndCopy) {
     INode* const copy = dummy();
     EXPECT_TRUE(modifiedBy([&] { return fltCopyData(face, copy); }));
     EXPECT_FALSE(modifiedBy([&] { return fltCopyData(face, copy); }));
+}
+
+TEST_F(ModifiedScene, AnUndoPutsBackWhatWasStored) {
+    INode* const object = recordNode(FltNodeKind::Object, RecordBytes(kFltObject, 32));
+    kiln::Core& core = *kiln::Core::get();
+    ASSERT_TRUE(fltPutComment(object, "before"));
+    core.history().endCommand();
+    core.setModified(false);
+    const std::string before = core.sceneText();
+    const void* const buffer = chunk(object, kRecordChunk)->data;
+    for (const std::function<bool()>& change : std::vector<std::function<bool()>>{
+             [&] { return edit(object, FltNodeKind::Object, "FltObjRelPriority", "7"); },
+             [&] { return fltPutComment(object, "behind"); },
+             [&] { return fltPutComment(object, "a longer one than the one before"); },
+             [&] { return fltEnsureKind(object, FltNodeKind::Object, 1570); },
+             [&] { return fltRemoveData(object); }}) {
+        ASSERT_TRUE(change());
+        const std::string after = core.sceneText();
+        EXPECT_NE(after, before);
+        ASSERT_TRUE(core.history().undo());
+        EXPECT_EQ(core.sceneText(), before);
+        EXPECT_FALSE(core.isModified());
+        EXPECT_EQ(chunk(object, kRecordChunk)->data, buffer);
+        ASSERT_TRUE(core.history().redo());
+        EXPECT_EQ(core.sceneText(), after);
+        ASSERT_TRUE(core.history().undo());
+    }
+}
+
+// Without memory for what an undo would need nothing is stored.
+TEST_F(ModifiedScene, WhatCannotBeRecordedIsNotStored) {
+    INode* const object = recordNode(FltNodeKind::Object, RecordBytes(kFltObject, 32));
+    FltObject record;
+    record.relativePriority = 5;
+    ASSERT_TRUE(fltPutData(object, FltNodeKind::Object, kFltRevision, record, nullptr));
+    kiln::Core& core = *kiln::Core::get();
+    core.setModified(false);
+    const std::string before = core.sceneText();
+    record.relativePriority = 6;
+    bool stored = false;
+    for (std::size_t allowed = 0; !stored; ++allowed) {
+        ASSERT_LT(allowed, 20u);
+        core.history().clear();
+        core.setModified(false);
+        const kiln::AllocationLimit limit(allowed);
+        stored = fltPutRecord(object, record);
+        if (!stored) {
+            EXPECT_EQ(core.sceneText(), before);
+            EXPECT_FALSE(core.isModified());
+        }
+    }
+    EXPECT_NE(core.sceneText(), before);
 }
 
 }  // namespace

@@ -89,6 +89,8 @@ TEST_F(ChunksTest, CustomAttributesKeepTheirOrder) {
     ASSERT_EQ(container->GetNumCustAttribs(), 2);
     EXPECT_EQ(static_cast<Mark*>(container->GetCustAttrib(0))->which_, 0);
     EXPECT_EQ(static_cast<Mark*>(container->GetCustAttrib(1))->which_, 2);
+    EXPECT_EQ(Mark::alive, 3) << "an undo could bring it back";
+    core.history().clear();
     EXPECT_EQ(Mark::alive, 2);
 
     // A node keeps the map alive after the scene's list has dropped it.
@@ -98,6 +100,8 @@ TEST_F(ChunksTest, CustomAttributesKeepTheirOrder) {
     EXPECT_FALSE(host.RemoveTexmap(map));
     EXPECT_EQ(Mark::alive, 2);
     host.DeleteNode(node);
+    EXPECT_EQ(Mark::alive, 2);
+    core.history().clear();
     EXPECT_EQ(Mark::alive, 0);
 }
 

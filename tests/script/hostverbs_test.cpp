@@ -56,6 +56,35 @@ TEST_F(HostVerbsTest, SelectsHidesNamesAndMoves) {
     EXPECT_THAT(bad("b.color"), HasSubstr("a node has no property \"color\""));
 }
 
+TEST_F(HostVerbsTest, AScriptIsOneStepAndItsBlocksAreSteps) {
+    kiln::History& history = core.history();
+    good("a = createDummy \"a\"; a.hidden = true; b = createDummy \"b\"");
+    ASSERT_EQ(history.stepCount(), 1u);
+    EXPECT_EQ(history.stepName(0), "test.ks");
+    good(
+        "hide b\n"
+        "x = undo \"Verschieben\" (\n"
+        "  undo \"within\" (move a [1, 0, 0])\n"
+        "  move b [2, 0, 0]\n"
+        "  5\n"
+        ")\n"
+        "b.name = \"c\"");
+    EXPECT_EQ(good("x"), "5");
+    ASSERT_EQ(history.stepCount(), 4u);
+    EXPECT_EQ(history.stepName(2), "Verschieben");
+    EXPECT_EQ(good("undo(); #(undo(), b.name, b.position)"), "#(true, \"b\", [0,0,0])");
+    EXPECT_EQ(good("redo(); redo(); #(redo(), b.name, b.position)"), "#(false, \"c\", [2,0,0])");
+
+    EXPECT_THAT(bad("unhide b; undo \"fails\" (delete a; throw \"no\")"), HasSubstr("no"));
+    EXPECT_EQ(good("#(objects.count, b.hidden)"), "#(2, false)") << "only the block is taken back";
+    EXPECT_EQ(history.stepCount(), 5u);
+    EXPECT_THAT(bad("undo \"block\" (undo())"), HasSubstr("within an \"undo\" block"));
+    EXPECT_EQ(good("fn f = (undo \"g\" (return 3)); f()"), "3");
+    EXPECT_EQ(good("createBox(); undo(); objects.count"), "2");
+    good("createBox(); newScene(); createBox()");
+    EXPECT_EQ(good("undo(); objects.count"), "0");
+}
+
 TEST_F(HostVerbsTest, SavesAndOpensScenes) {
     const TemporaryFolder folder;
     const std::string file = folder.file(u8"塔.kiln");

@@ -47,6 +47,23 @@ TEST_F(LodViewerTest, StepsBandByBandAndStopsAtTheEnds) {
     EXPECT_TRUE(outsideMesh->IsHidden()) << "geometry outside every level of detail is left alone";
 }
 
+TEST_F(LodViewerTest, LooksThatFollowOneAnotherAreOneStep) {
+    buildBands();
+    core.history().clear();
+    const std::string before = shown();
+    for (const double distance : {50.0, 300.0, 1250.0, 50.0, 300.0}) {
+        aviary.StoreLodDistance(distance);
+        ASSERT_TRUE(LodViewer(host).MoreDetail() || LodViewer(host).LessDetail());
+    }
+    EXPECT_EQ(core.history().stepCount(), 1u);
+    const std::string after = shown();
+    EXPECT_NE(after, before);
+    ASSERT_TRUE(core.history().undo());
+    EXPECT_EQ(shown(), before);
+    ASSERT_TRUE(core.history().redo());
+    EXPECT_EQ(shown(), after);
+}
+
 TEST_F(LodViewerTest, AShowsFromSwitchOutExclusiveToSwitchInInclusive) {
     buildBands();
     const std::map<double, const char*> kShown = {{0, "---"},   {50, "n--"},  {100, "n--"},

@@ -14,6 +14,7 @@
 #include "scenepalettes.h"
 
 #include <diagnostics/assertion.h>
+#include <fltkilnutil/actions.h>
 #include <fltkilnutil/kilnflt.h>
 #include <kiln/kiln.h>
 #include <kiln/ownedptr.h>
@@ -94,17 +95,12 @@ public:
 
     INode* build(const std::string& fileName) {
         nodes_.reserve(file_.nodes.size());
-        try {
-            palettes_.makeTextures();
-            for (const FileNode& source : file_.nodes) {
-                tellProgress();
-                makeNode(source);
-            }
-            keepFileName(*nodes_.front(), fileName);
-        } catch (...) {
-            removeAll();
-            throw;
+        palettes_.makeTextures();
+        for (const FileNode& source : file_.nodes) {
+            tellProgress();
+            makeNode(source);
         }
+        keepFileName(*nodes_.front(), fileName);
         return nodes_.front();
     }
 
@@ -113,13 +109,6 @@ private:
         if (name.empty()) return;
         const auto* const bytes = reinterpret_cast<const std::uint8_t*>(name.data());
         storeSourceChunk(database, SourceChunk::source, {bytes, name.size()});
-    }
-
-    void removeAll() {
-        // The database's node takes all others along, but for one that is not linked yet.
-        if (unlinked_ != nullptr) host_.DeleteNode(unlinked_);
-        if (!nodes_.empty()) host_.DeleteNode(nodes_.front());
-        palettes_.removeTextures();
     }
 
     void tellProgress() {
@@ -161,16 +150,15 @@ private:
     /// Creates the node below its parent.
     INode& createNode(const FileNode& source, const FltRecord* record, const std::string& name) {
         OwnedPtr<Object> object = objects_.make(source, record);
-        unlinked_ = host_.CreateObjectNode(object.get(), name.c_str());
-        if (unlinked_ == nullptr) throw std::bad_alloc();
+        INode* const node = host_.CreateObjectNode(object.get(), name.c_str());
+        if (node == nullptr) throw std::bad_alloc();
         static_cast<void>(object.release());  // the node's now
         if (source.parent != kNone) {
             INode& parent = *nodes_[source.parent];
-            diagnostics::check(parent.AttachChild(unlinked_, false), "buildscene", 164);
+            diagnostics::check(parent.AttachChild(node, false), "buildscene", 164);
         }
-        nodes_.push_back(unlinked_);
-        unlinked_ = nullptr;
-        return *nodes_.back();
+        nodes_.push_back(node);
+        return *node;
     }
 
     void place(INode& node, const FileNode& source, const FltRecord* record) const {
@@ -237,14 +225,16 @@ private:
     NodeObjects objects_{file_, palettes_};
     NodeKeeper keeper_{file_};
     std::vector<INode*> nodes_;  ///< as in the file's index
-    INode* unlinked_ = nullptr;  ///< a new node that is not below its parent yet
 };
 
 }  // namespace
 
 INode* buildScene(const FileIndex& file, const std::string& fileName, ImpExpReport& report,
                   Interface& host) {
-    return SceneBuilder(file, fileName, report, host).build(fileName);
+    fltkilnutil::ActionScope scope(fltkilnutil::Action::kImport);
+    INode* const database = SceneBuilder(file, fileName, report, host).build(fileName);
+    scope.Commit();
+    return database;
 }
 
 }  // namespace interchange

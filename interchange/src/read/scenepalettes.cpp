@@ -45,11 +45,6 @@ void ScenePalettes::makeTexture(const FltRecordView& record) {
     place->second = map.release();
 }
 
-void ScenePalettes::removeTextures() {
-    for (const auto& [index, map] : textures_) host_.RemoveTexmap(map);
-    textures_.clear();
-}
-
 const FltLightSourcePalette& ScenePalettes::light(std::int32_t index) const {
     const auto found = lights_.find(index);
     return found == lights_.end() ? defaultLight_ : found->second;

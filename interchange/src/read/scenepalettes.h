@@ -19,8 +19,6 @@ public:
 
     /// Makes a texture map for each entry of the texture palette, marked as one that was read.
     void makeTextures();
-    /// Takes those maps out of the scene again.
-    void removeTextures();
 
     const FltColorPalette& colors() const noexcept { return colors_; }
     /// The light source palette entry of that index, the defaults where there is none.

@@ -10,14 +10,20 @@
 
 class CustAttrib;
 class ICustAttribContainer;
+class ReferenceTarget;
 struct HeldChunk;
 
 /// One block of bytes that a plug-in keeps on a thing of the scene, saved with the scene.
 ///
-/// The owner may change `data` and `length` in place, for a block of the host allocator; it then
-/// frees the block it replaced (or has it from `KILN_realloc`) and tells the host with
-/// `Animatable::NotifyAppDataChanged`. The block that `data` names when
-/// the chunk goes is freed by the host with `KILN_free`.
+/// The owner may change bytes in place: it announces that with `Animatable::AboutToChangeAppData`,
+/// writes, and tells the host with `Animatable::NotifyAppDataChanged`. Another block, or another
+/// length, it gives the chunk with `Animatable::AddAppDataChunk`.
+///
+/// Who changes `data` and `length` by hand instead frees the block it replaced (or has it from
+/// `KILN_realloc`) and tells the host afterwards. What was not announced cannot be undone: an undo
+/// of earlier changes leaves the chunk's bytes alone where the length is another one, and may
+/// otherwise put bytes from before into it. The scene counts as changed until it is saved.
+/// The block that `data` names when the chunk goes is freed by the host with `KILN_free`.
 struct AppDataChunk {
     Class_ID clID;    ///< class of the plug-in that owns the chunk
     SClass_ID sclID;  ///< its super class
@@ -40,19 +46,24 @@ public:
     virtual void DeleteThis() { delete this; }
 
     /// Attaches `data` (a block of `KILN_malloc` of `length` bytes; null only for length 0) and
-    /// takes it over. A chunk with the same three ids is kept and gets the new block, its old one
-    /// being freed. Returns the chunk as the host now holds it; null when there is no memory or
-    /// `data` is null for a length above 0, and `data` then stays the caller's.
+    /// takes it over. A chunk with the same three ids is kept and gets the new block; its old one
+    /// is freed, or kept for an undo. Returns the chunk as the host now holds it; null when there
+    /// is no memory or `data` is null for a length above 0, and `data` then stays the caller's.
     AppDataChunk* AddAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD subId, DWORD length,
                                   void* data) noexcept;
     /// The chunk with these ids, or null. Valid until it is removed or this object goes.
     AppDataChunk* GetAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD subId) const noexcept;
-    /// Frees the chunk with these ids; false when there is none.
+    /// Takes the chunk with these ids away; false when there is none, and when there is no memory
+    /// to keep it for an undo.
     bool RemoveAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD subId) noexcept;
+    /// Tells the host that `count` bytes from `offset` on of `chunk`, one of this thing's, are
+    /// about to be changed in place, so that it can undo that. False without memory, or for a range
+    /// that is not within the chunk; the caller then leaves them alone.
+    bool AboutToChangeAppData(const AppDataChunk& chunk, DWORD offset, DWORD count) noexcept;
     /// Tells the host that a chunk's bytes were changed in place, which it cannot see: the scene
     /// then counts as modified, and whoever watches it is told (`SceneWatch`).
     void NotifyAppDataChanged() noexcept;
-    /// Frees all chunks.
+    /// Takes all chunks away; none when there is no memory to keep one of them for an undo.
     void ClearAllAppData() noexcept;
     /// Chunks in the order they were first added.
     int NumAppDataChunks() const noexcept;
@@ -62,8 +73,15 @@ public:
     ICustAttribContainer* GetCustAttribContainer() const noexcept;
     /// Makes the container unless there is one already, and returns it. Null without memory.
     ICustAttribContainer* AllocCustAttribContainer() noexcept;
-    /// Deletes the container and every attribute in it.
+    /// Deletes the container and every attribute in it, unless there is no memory to keep it for an
+    /// undo.
     void DeleteCustAttribContainer() noexcept;
+
+    /// The host's own: whether a change of this thing would be a change of the scene that the
+    /// history keeps.
+    virtual bool IsRecorded() const noexcept { return false; }
+    /// This, as what references keep alive; null when it is not.
+    virtual ReferenceTarget* AsReferenceTarget() noexcept { return nullptr; }
 
     /// Things of the scene are made of the host's memory (`KILN_newPiece`), whichever module makes
     /// them. The first throws `std::bad_alloc`, the second returns null.
@@ -73,6 +91,9 @@ public:
 
 private:
     friend HeldChunk;
+    friend class AttribContainerChange;
+
+    bool exchangeContainer(ICustAttribContainer* other) noexcept;
 
     HeldChunk* chunks_ = nullptr;
     ICustAttribContainer* attribs_ = nullptr;
@@ -85,7 +106,14 @@ public:
     void AddReference() noexcept { ++references_; }
     /// Calls `DeleteThis` when this was the last reference.
     void ReleaseReference() noexcept;
+    /// How many there are. The history adds its own to things whose changes it keeps.
     int NumReferences() const noexcept { return references_; }
+
+    /// Tells the host that what this consists of (the mesh, the points, what `SaveState` returns)
+    /// is about to be changed in place, so that it can undo that. False without memory; the caller
+    /// then leaves it alone. Nothing to announce is what goes through functions that change it, and
+    /// anything at all while nobody refers to it.
+    bool AboutToChange() noexcept;
 
     /// What this keeps in a scene file, as bytes of its own layout. The host's own classes are
     /// written out by the host and leave this empty. Must not throw.
@@ -93,6 +121,9 @@ public:
     /// Takes back what `SaveState` returned, which may have been damaged; false refuses it, and
     /// with it the scene file. Must not throw.
     virtual bool LoadState(const BYTE* bytes, std::size_t length);
+
+    bool IsRecorded() const noexcept override { return references_ > 0; }
+    ReferenceTarget* AsReferenceTarget() noexcept override { return this; }
 
 private:
     int references_ = 0;
@@ -109,7 +140,7 @@ public:
 /// The custom attributes of one thing, in order. It holds a reference to each.
 class KILNAPI ICustAttribContainer {
 public:
-    ICustAttribContainer() = default;
+    explicit ICustAttribContainer(Animatable& owner) noexcept : owner_(owner) {}
     ~ICustAttribContainer();
     ICustAttribContainer(const ICustAttribContainer&) = delete;
     ICustAttribContainer& operator=(const ICustAttribContainer&) = delete;
@@ -121,9 +152,13 @@ public:
     /// index is out of range, `attrib` is null or there is no memory.
     bool InsertCustAttrib(int index, CustAttrib* attrib) noexcept;
     bool AppendCustAttrib(CustAttrib* attrib) noexcept;
-    /// Takes the attribute out and releases it; false when `index` is out of range.
+    /// Takes the attribute out and releases it; false when `index` is out of range, and when there
+    /// is no memory to keep it for an undo.
     bool RemoveCustAttrib(int index) noexcept;
 
 private:
+    friend class AttribPresence;
+
+    Animatable& owner_;
     std::vector<CustAttrib*> attribs_;
 };

@@ -36,7 +36,8 @@ public:
     virtual INode* GetRootNode() = 0;
     /// Makes a node that shows `object` (may be null), takes a reference to it, and hangs it on the
     /// root at the identity, named after the object's class and a number that makes the name
-    /// unique. Sends `NOTIFY_NODE_CREATED`. Null when there is no memory.
+    /// unique. Sends `NOTIFY_NODE_CREATED`. Null when there is no memory; the object is then still
+    /// the caller's.
     virtual INode* CreateObjectNode(Object* object) = 0;
     /// The same with a name of the caller's, unique or not.
     virtual INode* CreateObjectNode(Object* object, const char* name) = 0;

@@ -31,4 +31,5 @@
 #include <kiln/tab.h>
 #include <kiln/texmap.h>
 #include <kiln/timevalue.h>
+#include <kiln/undo.h>
 #include <kiln/utility.h>

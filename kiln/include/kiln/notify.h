@@ -30,8 +30,16 @@ inline constexpr int NOTIFY_SELECTION_CHANGED = 0x1F;
 inline constexpr int NOTIFY_NODE_CREATED = 0x3B;
 /// A node is about to be deleted, sent for each node of a subtree, parents first, while the whole
 /// subtree is still in place. The scene cannot be changed around it any more. Parameter: the
-/// INode*, valid for the last time.
+/// INode*, valid for the last time, unless an undo brings the node back.
 inline constexpr int NOTIFY_NODE_DELETED = 0x3C;
+/// A step was undone, or done again. Before it the notifications of the changes that follow from it
+/// were sent, when all was done already: nodes that came back are in their places
+/// (`NOTIFY_NODE_CREATED`), those that went have gone (`NOTIFY_NODE_DELETED`; what they are can
+/// still be asked). A scope that is rolled back sends those too. Parameter: null.
+inline constexpr int NOTIFY_SCENE_UNDO = 0x51;
+inline constexpr int NOTIFY_SCENE_REDO = 0x52;
+/// The steps that can be undone or redone are others now. Parameter: null.
+inline constexpr int NOTIFY_HISTORY_CHANGED = 0x53;
 
 /// The host speaks another language (`GetLanguage`); the utility panel is opened anew
 /// by the host. A window of a

@@ -7,8 +7,9 @@
 #include <kiln/timevalue.h>
 
 /// The object that one or more nodes show, in object space. The setters of the host's own objects
-/// tell the host of the change. Who edits points or a mesh in place does so with
-/// `INode::InvalidateWS`.
+/// tell the host of the change, and throw `std::bad_alloc` where it cannot be kept for an undo. Who
+/// edits points or a mesh in place announces it with `AboutToChange`, and tells the host afterwards
+/// with `INode::InvalidateWS`.
 class KILNAPI Object : public ReferenceTarget {
 public:
     /// The class's name as a user sees it ("Box"); new nodes are named after it. UTF-8.
@@ -62,7 +63,7 @@ public:
 
     /// Edge length of the box, 10 at first.
     double GetSize() const noexcept { return size_; }
-    void SetSize(double size) noexcept;
+    void SetSize(double size);
 
 private:
     double size_ = 10;
@@ -86,7 +87,7 @@ private:
 class KILNAPI BoxObject final : public GeomObject {
 public:
     explicit BoxObject(double length = 10, double width = 10, double height = 10) noexcept
-        : length_(length), width_(width), height_(height) {}
+        : size_{length, width, height} {}
 
     Class_ID ClassID() const override { return BOXOBJ_CLASS_ID; }
     const char* GetObjectName() const override { return "Box"; }
@@ -94,15 +95,17 @@ public:
     Object* ConvertToType(TimeValue t, const Class_ID& id) override;
     Box3 GetLocalBoundBox(TimeValue t) const override;
 
-    void SetSize(double length, double width, double height) noexcept;
-    double GetLength() const noexcept { return length_; }  ///< along y
-    double GetWidth() const noexcept { return width_; }    ///< along x
-    double GetHeight() const noexcept { return height_; }  ///< along z
+    void SetSize(double length, double width, double height);
+    double GetLength() const noexcept { return size_.length; }  ///< along y
+    double GetWidth() const noexcept { return size_.width; }    ///< along x
+    double GetHeight() const noexcept { return size_.height; }  ///< along z
 
 private:
-    double length_;
-    double width_;
-    double height_;
+    struct Size {
+        double length, width, height;
+        bool operator==(const Size&) const = default;
+    };
+    Size size_;
 };
 
 /// A polyline. A closed one of at least three points can become a mesh; it renders only when it has
@@ -119,8 +122,8 @@ public:
     Tab<Point3>& GetPoints() noexcept { return points_; }
     const Tab<Point3>& GetPoints() const noexcept { return points_; }
     bool IsClosed() const noexcept { return closed_; }
-    void SetClosed(bool closed) noexcept;
-    void SetRenderable(bool renderable) noexcept;
+    void SetClosed(bool closed);
+    void SetRenderable(bool renderable);
 
 private:
     Tab<Point3> points_;
@@ -140,11 +143,11 @@ public:
     Box3 GetLocalBoundBox(TimeValue t) const override;
 
     COLORREF GetColor() const noexcept { return color_; }
-    void SetColor(COLORREF color) noexcept;
+    void SetColor(COLORREF color);
     double GetIntensity() const noexcept { return intensity_; }
-    void SetIntensity(double intensity) noexcept;
+    void SetIntensity(double intensity);
     bool GetUseLight() const noexcept { return on_; }
-    void SetUseLight(bool on) noexcept;
+    void SetUseLight(bool on);
 
 private:
     Class_ID kind_;

@@ -55,7 +55,7 @@ public:
     virtual const char* ShortDesc() = 0;
     virtual const char* LongDesc() { return ShortDesc(); }
     /// Reads the file at `path` (UTF-8) into the scene. Returns one of the `IMPEXP_` results; after
-    /// anything but success the host removes every node and texture map that was added meanwhile.
+    /// anything but success the host takes back everything that has happened to the scene meanwhile.
     virtual int DoImport(const char* path, ImpExpReport& report, Interface* ip) = 0;
     virtual void DeleteThis() { delete this; }
 };

@@ -17,11 +17,12 @@ namespace script {
 
 /// What one script may use up. A script that asks for more ends with an error.
 struct Limits {
-    std::uint64_t steps = 0;              ///< evaluated expressions; 0 for any number
-    std::size_t calls = 1000;             ///< calls of script functions within each other
-    std::size_t stackBytes = std::size_t{768} * 1024;  ///< of the thread's stack, from the start of the run
-    std::size_t textBytes = 16 << 20;     ///< in one string, and in one script
-    std::size_t arrayItems = 4'000'000;   ///< in one array
+    std::uint64_t steps = 0;   ///< evaluated expressions; 0 for any number
+    std::size_t calls = 1000;  ///< calls of script functions within each other
+    std::size_t stackBytes =
+        std::size_t{768} * 1024;         ///< of the thread's stack, from the start of the run
+    std::size_t textBytes = 16 << 20;    ///< in one string, and in one script
+    std::size_t arrayItems = 4'000'000;  ///< in one array
 };
 
 /// The arguments of a call of a verb, in the order of its parameters. What the accessors throw is
@@ -86,12 +87,17 @@ public:
     void setStop(std::function<bool()> stop);
 
     /// Runs a script and returns the value of its last expression, undefined for none. `file`
-    /// stands in messages. Throws `Error`; what the script did before that stays done.
+    /// stands in messages. Throws `Error`; what the script did before that stays done. What it does
+    /// is a step of the host's history, named after the file.
     Value run(std::string_view text, const std::string& file);
 
     /// The same for a script file; its path stands in messages. Throws `Failure` when the file
     /// cannot be read.
     Value runFile(const std::string& path);
+
+    /// Does something between two steps of the host's history while a script runs, for which what
+    /// the script has done so far becomes a step. Throws `Failure` within an "undo" block.
+    bool betweenSteps(bool (*action)());
 
     void setVariable(const std::string& name, Value value);
     std::optional<Value> variable(const std::string& name) const;

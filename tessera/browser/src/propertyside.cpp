@@ -6,6 +6,7 @@
 #include "switchside.h"
 #include "valuetext.h"
 
+#include <fltkilnutil/actions.h>
 #include <fltkilnutil/kilnflt.h>
 #include <framework/cwaitcursor.h>
 #include <framework/strings.h>
@@ -13,6 +14,7 @@
 
 #include <utility>
 
+using fltkilnutil::Action, fltkilnutil::ActionScope;
 using framework::CWaitCursor, framework::CWnd, framework::loadString;
 using grid::CGridCtrl;
 
@@ -163,7 +165,10 @@ void PropertySide::storeComment() {
     if (!node || !comment_.IsEnabled()) return;
     const std::string text = comment_.Text(kLongestComment);
     if (text == shownComment_) return;
-    if (fltPutComment(nodeOf(node), text)) shownComment_ = text;
+    ActionScope scope(Action::kEditComment);
+    if (!fltPutComment(nodeOf(node), text)) return;
+    scope.Commit();
+    shownComment_ = text;
 }
 
 bool PropertySide::onCommand(int id, UINT code) {
@@ -202,10 +207,12 @@ bool PropertySide::endEdit(int attribute, const std::string& entered) {
     if (!row) return false;
     const std::string value = normalisedValue(*row, entered);
     bool loaded = false;
+    ActionScope scope(Action::kEditAttribute);
     if (global_.IsChecked() && tree_.Selection().count() >= 2)
         editSelected(*set, *row, value);
     else
         loaded = storeAttribute(node, *set, *row, value);
+    scope.Commit();
     if (!loaded && loadAttributes(node) != set) {
         showAgain();  // it is no longer a node of the kind
         return true;

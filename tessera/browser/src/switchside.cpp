@@ -5,6 +5,7 @@
 #include "hierarchytree.h"
 #include "usermessages.h"
 
+#include <fltkilnutil/actions.h>
 #include <fltkilnutil/kilnflt.h>
 #include <resources/resource.h>
 
@@ -135,7 +136,11 @@ void SwitchSide::recordChanged(const SwitchRecordBuffer& changed, bool showInVie
 bool SwitchSide::store(const SwitchRecordBuffer& changed) {
     if (!item_ || tree_.Node(item_) != changed.node) return false;
     if (!isOfKind(changed.node, FltNodeKind::Switch)) return false;
-    return fltPutRecord(nodeOf(changed.node), changed.record);
+    using fltkilnutil::Action, fltkilnutil::ActionScope;
+    ActionScope scope(Action::kEditMasks);
+    const bool stored = fltPutRecord(nodeOf(changed.node), changed.record);
+    if (stored) scope.Commit();
+    return stored;
 }
 
 // The message is the form's, and so are the windows that it disables. The editor is disabled for as

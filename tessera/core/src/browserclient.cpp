@@ -5,6 +5,7 @@
 #include "treenodes.h"
 
 #include <diagnostics/log.h>
+#include <fltkilnutil/actions.h>
 #include <fltkilnutil/kilnflt.h>
 #include <kiln/kiln.h>
 #include <tessera/lodviewer.h>
@@ -15,6 +16,8 @@
 namespace tessera {
 
 namespace {
+
+using fltkilnutil::Action, fltkilnutil::ActionScope;
 
 // Lines in the log name the panel, whose event handler this is.
 constexpr const char* kSource = "avfltpanel";
@@ -95,8 +98,10 @@ void attach(const Event& event) {
     INode* const node = event.first;
     INode* const target = event.second;
     if (!node || !target || isAncestorOrSelf(node, target)) return beep();
+    ActionScope scope(Action::kAttach);
     if (!target->AttachChild(node, true)) return beep();
     if (target->IsGroupHead()) node->SetGroupMember(true);
+    scope.Commit();
     _zufltguidelnode(event.firstItem);
     BrowserFill().add(event.secondItem, node);
 }
@@ -109,8 +114,10 @@ void create(const Event& event) {
 }
 
 void rename(const Event& event) {
-    if (event.first && event.argument)
-        event.first->SetName(reinterpret_cast<const char*>(event.argument));
+    if (!event.first || !event.argument) return;
+    ActionScope scope(Action::kRename);
+    event.first->SetName(reinterpret_cast<const char*>(event.argument));
+    scope.Commit();
 }
 
 void move(const Event& event, int step) {

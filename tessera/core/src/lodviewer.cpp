@@ -1,5 +1,6 @@
 #include <tessera/lodviewer.h>
 
+#include <fltkilnutil/actions.h>
 #include <fltkilnutil/kilnflt.h>
 #include <tessera/iaviaryutil.h>
 
@@ -119,8 +120,11 @@ void LodViewer::addDistance(double distance) {
 }
 
 void LodViewer::Apply(double distance) {
+    using fltkilnutil::Action, fltkilnutil::ActionScope, fltkilnutil::kDetailPreviewJoin;
+    ActionScope scope(Action::kShowDetail, kDetailPreviewJoin);
     walk(host_.GetRootNode(),
          [=, this](INode* node, Reach reach) { visit(node, reach, distance); });
+    scope.Commit();
     host_.RedrawViews(0, REDRAW_NORMAL, nullptr);
     if (IAviaryUtil* const published = aviary()) published->StoreLodDistance(distance);
 }

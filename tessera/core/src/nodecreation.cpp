@@ -1,5 +1,6 @@
 #include <tessera/nodecreation.h>
 
+#include <fltkilnutil/actions.h>
 #include <fltkilnutil/kilnflt.h>
 #include <kiln/kiln.h>
 #include <quillon/fltfactory.h>
@@ -33,38 +34,13 @@ bool hasDefaultRecord(FltNodeKind kind) {
     return std::string_view(fltNamePrefix(kind)) != fltNamePrefix(FltNodeKind{});
 }
 
-/// A node on trial: deleted again unless it is kept.
-class NewNode {
-public:
-    explicit NewNode(Interface& host) : host_(host) {
-        // A host that does not keep the object has it deleted by this last reference.
-        auto* const dummy = new DummyObject;
-        dummy->AddReference();
-        try {
-            node_ = host.CreateObjectNode(dummy);
-        } catch (...) {
-            dummy->ReleaseReference();
-            throw;
-        }
-        dummy->ReleaseReference();
-    }
-    ~NewNode() {
-        try {
-            if (node_) host_.DeleteNode(node_);
-        } catch (...) {
-            // The exception that is being handled is the one to report.
-        }
-    }
-    NewNode(const NewNode&) = delete;
-    NewNode& operator=(const NewNode&) = delete;
-
-    INode* get() const { return node_; }
-    INode* keep() { return std::exchange(node_, nullptr); }
-
-private:
-    Interface& host_;
-    INode* node_ = nullptr;
-};
+/// Null when the host does not make it.
+INode* newDummyNode(Interface& host) {
+    OwnedPtr<DummyObject> dummy(new DummyObject);
+    INode* const node = host.CreateObjectNode(dummy.get());
+    if (node) static_cast<void>(dummy.release());  // the node's now
+    return node;
+}
 
 /// Fails silently: without its data the node is a plain helper.
 void storeData(INode* node, FltNodeKind kind, std::uint32_t revision) {
@@ -83,13 +59,15 @@ void giveName(Interface& host, INode* node, FltNodeKind kind) {
 }  // namespace
 
 INode* createFltNode(Interface& host, std::uint16_t opcode, std::uint32_t revision, INode* parent) {
-    NewNode node(host);
-    if (!node.get()) return nullptr;
-    node.get()->SetNodeTM(host.GetTime(), Matrix3());
-    if (parent && !parent->AttachChild(node.get(), true)) return nullptr;
-    storeData(node.get(), FltNodeKind{opcode}, revision);
-    giveName(host, node.get(), FltNodeKind{opcode});
-    return node.keep();
+    fltkilnutil::ActionScope scope(fltkilnutil::Action::kCreate);
+    INode* const node = newDummyNode(host);
+    if (!node) return nullptr;
+    node->SetNodeTM(host.GetTime(), Matrix3());
+    if (parent && !parent->AttachChild(node, true)) return nullptr;
+    storeData(node, FltNodeKind{opcode}, revision);
+    giveName(host, node, FltNodeKind{opcode});
+    scope.Commit();
+    return node;
 }
 
 void releaseNameMaker() noexcept {

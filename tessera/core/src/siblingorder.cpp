@@ -3,7 +3,7 @@
 #include "browserfill.h"
 #include "treenodes.h"
 
-#include <diagnostics/log.h>
+#include <fltkilnutil/actions.h>
 #include <kiln/kiln.h>
 #include <tessera/browserclient.h>
 
@@ -65,31 +65,15 @@ bool attach(Interface& host, INode* parent, const Sibling& child) {
     return true;
 }
 
-/// Puts the children back, each one even if another fails.
-void restoreOrder(Interface& host, INode* parent, const Siblings& children) noexcept {
-    for (const Sibling& child : children) {
-        try {
-            attach(host, parent, child);
-        } catch (...) {
-            diagnostics::noteCurrentException();
-        }
-    }
-}
-
-/// Attaches the children in the new order. When the host refuses one or throws, they are put back
-/// in the old order.
-bool changeOrder(Interface& host, INode* parent, const Siblings& old, const Siblings& wanted) {
-    try {
-        for (const Sibling& child : wanted) child.node->Detach(host.GetTime(), true);
-        if (std::all_of(wanted.begin(), wanted.end(),
-                        [&](const Sibling& child) { return attach(host, parent, child); }))
-            return true;
-    } catch (...) {
-        restoreOrder(host, parent, old);
-        throw;
-    }
-    restoreOrder(host, parent, old);
-    return false;
+/// Attaches the children in the new order, or refuses and leaves them in the old one.
+bool changeOrder(Interface& host, INode* parent, const Siblings& wanted, int step) {
+    using fltkilnutil::Action, fltkilnutil::ActionScope;
+    ActionScope scope(step < 0 ? Action::kMoveUp : Action::kMoveDown);
+    for (const Sibling& child : wanted) child.node->Detach(host.GetTime(), true);
+    for (const Sibling& child : wanted)
+        if (!attach(host, parent, child)) return false;
+    scope.Commit();
+    return true;
 }
 
 }  // namespace
@@ -99,10 +83,9 @@ void moveAmongSiblings(Interface& host, BrowserItem item, BrowserItem parentItem
     INode* const parent = nodeOf(parentItem);
     INode* const node = nodeOf(item);
     if (!parent || !node || node->GetParentNode() != parent) return beep();
-    const Siblings old = childrenOf(host, parent);
-    Siblings children = old;
+    Siblings children = childrenOf(host, parent);
     if (!reorder(children, movedNodes(node, step, items), step) ||
-        !changeOrder(host, parent, old, children))
+        !changeOrder(host, parent, children, step))
         return beep();
 
     _zufltguidelchildren(parentItem);

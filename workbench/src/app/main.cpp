@@ -116,6 +116,8 @@ public:
     bool InitInstance() override;
     int ExitInstance() override;
     bool PreTranslateMessage(MSG& message) override {
+        // What plug-ins did for the last message is a step of the history.
+        if (kiln::Core* const core = kiln::Core::get()) core->history().endCommand();
         if (message.message == WM_APP && !message.hwnd && walk_) {
             ::PostQuitMessage(std::exchange(walk_, nullptr)->run());
             return true;

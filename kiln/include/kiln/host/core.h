@@ -2,6 +2,7 @@
 #pragma once
 
 #include <kiln/classdesc.h>
+#include <kiln/host/history.h>
 #include <kiln/host/hostwindow.h>
 #include <kiln/host/status.h>
 #include <kiln/interface.h>
@@ -86,6 +87,9 @@ public:
     /// outlives the core.
     static bool setLanguage(WORD language);
 
+    /// The steps of the scene that is shown, whichever that is.
+    History& history() noexcept { return history_; }
+
     // The scene.
 
     /// Empties the scene. Sends `NOTIFY_SCENE_PRE_CLEAR` and `NOTIFY_SCENE_NEW`.
@@ -103,9 +107,9 @@ public:
     /// notifications of saving; `path` stands in messages.
     std::string sceneText() const;
     Status loadSceneText(const std::string& text, const std::string& path);
-    /// Whether the scene was changed through the graph since it was made, opened or saved. Changes
-    /// that a plug-in makes inside a chunk go unseen until it says so with
-    /// `Animatable::NotifyAppDataChanged`.
+    /// Whether the scene is another than was made, opened or saved: undoing back to that makes it
+    /// unmodified again. Changes that a plug-in makes inside a chunk go unseen until it says so
+    /// with `Animatable::NotifyAppDataChanged`.
     bool isModified() const noexcept;
     void setModified(bool modified) noexcept;
 
@@ -113,8 +117,8 @@ public:
 
     std::vector<FileKind> importKinds() const;
     std::vector<FileKind> exportKinds() const;
-    /// Runs the registered importer for the extension of `path`. After anything but success every
-    /// node and texture map that it made is gone again.
+    /// Runs the registered importer for the extension of `path`, as one step of the history. After
+    /// anything but success everything that it did is taken back.
     ImportResult importFile(const std::string& path, const ProgressFunction& progress = {});
     /// Opens a file of a registered importer in place of the scene. After anything but success the
     /// scene is as it was, down to its selection; it counts as unmodified after success.
@@ -143,6 +147,7 @@ private:
     ~Core();
     struct Impl;
     Impl* impl_;
+    History history_;
 };
 
 }  // namespace kiln

@@ -24,4 +24,14 @@ public:
     AllocationLimit& operator=(const AllocationLimit&) = delete;
 };
 
+/// Has nothing recorded in the history of the scene that is shown, scopes included, and forgets its
+/// steps. For benchmarks; the scene stays the same one meanwhile.
+class KILNAPI WithoutHistory {
+public:
+    WithoutHistory() noexcept;
+    ~WithoutHistory();
+    WithoutHistory(const WithoutHistory&) = delete;
+    WithoutHistory& operator=(const WithoutHistory&) = delete;
+};
+
 }  // namespace kiln

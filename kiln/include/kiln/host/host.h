@@ -3,6 +3,7 @@
 
 #include <kiln/host/core.h>
 #include <kiln/host/diagnostics.h>
+#include <kiln/host/history.h>
 #include <kiln/host/hostwindow.h>
 #include <kiln/host/module.h>
 #include <kiln/host/script.h>
