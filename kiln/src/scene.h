@@ -1,11 +1,13 @@
 // A scene: its nodes, names, texture maps and selection.
 #pragma once
 
+#include <base/filestamp.h>
 #include <kiln/notify.h>
 #include <kiln/texmap.h>
 
 #include <deque>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_set>
 
@@ -52,6 +54,13 @@ public:
     std::size_t nodeCount() const noexcept { return byHandle_.size(); }
     /// Whether nodes are being deleted; nothing else may be deleted meanwhile.
     bool deleting() const noexcept { return deleting_; }
+
+    /// The file that it was opened from or saved to last, as it was then.
+    struct File {
+        std::string path;  ///< empty for none
+        std::optional<base::FileStamp> stamp;
+    };
+    File file;
 
     const std::deque<Texmap*>& texmaps() const noexcept { return texmaps_; }
     void addTexmap(Texmap* map);

@@ -95,8 +95,8 @@ TEST_F(SceneFileTest, ReadsBackBitForBit) {
     EXPECT_EQ(folder.fileCount(), 1u) << "the temporary file is gone";
     EXPECT_FALSE(core.isModified());
     core.newScene();
-    const kiln::Status status = core.loadScene(path);
-    ASSERT_TRUE(status) << status.message();
+    const kiln::ImportResult status = core.loadScene(path);
+    ASSERT_TRUE(status) << status.message;
     EXPECT_FALSE(core.isModified());
 
     root = host.GetRootNode();
@@ -139,14 +139,14 @@ TEST_F(SceneFileTest, SavingReplacesTheOldFileOrLeavesIt) {
     EXPECT_NE(readAll(path), before);
 
     const std::string nowhere = folder.file(u8"none/scene.kiln");
-    EXPECT_THAT(core.saveScene(nowhere).message(), StartsWith(nowhere + ": cannot be written: "));
+    EXPECT_THAT(core.saveScene(nowhere).message, StartsWith(nowhere + ": cannot be written: "));
     // A folder of that name cannot be replaced by a file.
     std::filesystem::create_directories(folder.path() / "folder.kiln" / "full");
     core.setModified(true);
     EXPECT_FALSE(core.saveScene(folder.file(u8"folder.kiln")));
     EXPECT_TRUE(core.isModified());
     EXPECT_EQ(folder.fileCount(), 2u) << "no temporary file stays";
-    EXPECT_THAT(core.loadScene(nowhere).message(), StartsWith(nowhere + ": cannot be opened: "));
+    EXPECT_THAT(core.loadScene(nowhere).message, StartsWith(nowhere + ": cannot be opened: "));
 }
 
 struct DamageCase {
@@ -188,8 +188,8 @@ TEST_F(SceneFileTest, RefusesDamageAndSaysWhere) {
         const std::size_t at = bad.find(one.find);
         ASSERT_NE(at, std::string::npos) << one.find;
         bad.replace(at, one.find.size(), one.replace);
-        const kiln::Status status = core.loadSceneText(bad, "a.kiln");
-        EXPECT_THAT(status.message(), StartsWith("a.kiln: " + one.message)) << one.find;
+        const kiln::ImportResult status = core.loadSceneText(bad, "a.kiln");
+        EXPECT_THAT(status.message, StartsWith("a.kiln: " + one.message)) << one.find;
     }
     EXPECT_EQ(core.sceneText(), good) << "the scene stays as it was";
 }
@@ -231,12 +231,12 @@ TEST_F(SceneFileTest, RefusesObjectsThatClaimAClassOfTheHost) {
              {GEOMOBJECT_CLASS_ID, SHAPE_CLASS_ID, HELPER_CLASS_ID, LIGHT_CLASS_ID}) {
             const std::string object = "{\"super\":" + std::to_string(claimed) + ",\"class\":[" +
                                        std::to_string(id.PartA()) + ",0]}";
-            const kiln::Status status = core.loadSceneText(
+            const kiln::ImportResult status = core.loadSceneText(
                 fileOf("", object, "{\"name\":\"n\",\"object\":0,\"wire\":0}"), "a.kiln");
             const char* const why = claimed == superClass
                                         ? "a.kiln: is damaged at objects[0]: \""
                                         : "a.kiln: is damaged at objects[0].class: is a class of";
-            EXPECT_THAT(status.message(), StartsWith(why)) << id.PartA() << " as " << claimed;
+            EXPECT_THAT(status.message, StartsWith(why)) << id.PartA() << " as " << claimed;
         }
     }
     EXPECT_TRUE(
@@ -264,8 +264,7 @@ TEST_F(SceneFileTest, RefusesAttributesWithinAttributesWithoutEnd) {
     ASSERT_TRUE(core.loadSceneText(deepest, "again.kiln"));
     EXPECT_EQ(core.sceneText(), deepest);
     for (const int depth : {65, 100'000})
-        EXPECT_THAT(load(depth).message(),
-                    testing::HasSubstr(": attributes are more than 64 deep"));
+        EXPECT_THAT(load(depth).message, testing::HasSubstr(": attributes are more than 64 deep"));
     EXPECT_EQ(core.sceneText(), deepest);
 
     // What could not be read again is not written either.
@@ -276,7 +275,7 @@ TEST_F(SceneFileTest, RefusesAttributesWithinAttributesWithoutEnd) {
     while (thing->GetCustAttribContainer())
         thing = thing->GetCustAttribContainer()->GetCustAttrib(0);
     thing->AllocCustAttribContainer()->AppendCustAttrib(new KeptAttribute);
-    EXPECT_THAT(core.saveScene(path).message(),
+    EXPECT_THAT(core.saveScene(path).message,
                 StartsWith(path + ": cannot be written: attributes are more than 64 deep"));
     EXPECT_EQ(readAll(path), deepest);
 }
@@ -301,7 +300,7 @@ TEST_F(SceneFileTest, ReadsLongListsOfChunksInOrder) {
     ASSERT_TRUE(core.loadSceneText(text, "again.kiln"));
     EXPECT_EQ(core.sceneText(), text);
     const std::string first = chunks.substr(0, chunks.find('}') + 1);
-    EXPECT_THAT(load(chunks + ',' + first).message(),
+    EXPECT_THAT(load(chunks + ',' + first).message,
                 StartsWith("a.kiln: is damaged at nodes[0].chunks[2000]: is there twice"));
 }
 

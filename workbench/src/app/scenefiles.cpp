@@ -89,11 +89,6 @@ private:
     SceneFilesClient& client_;
 };
 
-kiln::ImportResult resultOf(const kiln::Status& status) {
-    if (status.ok()) return {IMPEXP_SUCCESS, {}, ImpExpCause::kOther};
-    return {IMPEXP_FAIL, status.message(), ImpExpCause::kOther};
-}
-
 }  // namespace
 
 std::string SceneFiles::title() const {
@@ -193,21 +188,15 @@ kiln::ImportResult SceneFiles::openFile(const std::string& path) {
     const auto start = std::chrono::steady_clock::now();
     const std::string formerPath = path_, formerSource = sourceName_;
     const bool own = hasExtension(path, "kiln");
-    kiln::ImportResult result;
-    if (own) {
-        const CWaitCursor wait;
-        result = resultOf(core_.loadScene(path));
-        if (result.ok())
-            result.message =
-                textOf(TextId::kOpenedNodes,
-                       {counted(static_cast<std::size_t>(core_.hostInterface().GetNodeCount()),
-                                TextId::kOneNode, TextId::kNodes)});
-    } else {
-        result = run(textOf(TextId::kOpening, {fileName(path)}),
-                     [&](const kiln::ProgressFunction& progress) {
-                         return core_.openImported(path, progress);
-                     });
-    }
+    kiln::ImportResult result = run(
+        textOf(TextId::kOpening, {fileName(path)}), [&](const kiln::ProgressFunction& progress) {
+            return own ? core_.loadScene(path, progress) : core_.openImported(path, progress);
+        });
+    if (own && result.ok())
+        result.message =
+            textOf(TextId::kOpenedNodes,
+                   {counted(static_cast<std::size_t>(core_.hostInterface().GetNodeCount()),
+                            TextId::kOneNode, TextId::kNodes)});
     if (!result.ok()) {
         // The scene that came back is another one to those who were told of a new one.
         path_ = formerPath;
@@ -319,13 +308,21 @@ bool SceneFiles::saveAs() {
     return path && saveTo(*path);
 }
 
+// False when the user would rather keep what somebody else has made of the file.
+bool SceneFiles::mayReplace(const std::string& path) {
+    if (!core_.fileWasChanged(path)) return true;
+    return owner_.ShowMessage(textOf(TextId::kChangedOnDisk, {fileName(path)}),
+                              MB_YESNO | MB_DEFBUTTON2 | MB_ICONWARNING, kProgramName) == IDYES;
+}
+
 bool SceneFiles::saveTo(const std::string& path) {
-    const CWaitCursor wait;
-    const kiln::Status status = core_.saveScene(path);
-    if (!status.ok()) {
-        showFailure(TextId::kCannotSave, path, resultOf(status));
-        return false;
-    }
+    if (!mayReplace(path)) return false;
+    const kiln::ImportResult result = run(
+        textOf(TextId::kSaving, {fileName(path)}),
+        [&](const kiln::ProgressFunction& progress) { return core_.saveScene(path, progress); });
+    if (result.code == IMPEXP_CANCEL) client_.print(textOf(TextId::kLogSavingCancelled));
+    if (result.code == IMPEXP_FAIL) showFailure(TextId::kCannotSave, path, result);
+    if (!result.ok()) return false;
     recent_.add(path);
     client_.print(textOf(TextId::kLogSaved, {fileName(path)}));
     client_.fileChanged();

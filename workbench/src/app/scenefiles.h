@@ -74,8 +74,9 @@ private:
     std::string suggestion(const std::string& name) const;
     bool choosePart(kiln::ExportChoice& choice, std::string& name);
     void openOrTell(const std::string& path);
+    bool mayReplace(const std::string& path);
     bool saveTo(const std::string& path);
-    /// Runs an import or export behind a progress dialog.
+    /// Reads or writes a file behind a progress dialog.
     kiln::ImportResult run(const std::string& title, const Work& work);
     void printResult(const std::string& path, const kiln::ImportResult& result,
                      std::chrono::steady_clock::time_point start);
