@@ -433,7 +433,7 @@ void JsonReader::readValue() {
                 ++at_;
                 skipBlanks();
                 if (*at_ == (isObject ? '}' : ']')) break;
-                if (isObject) readName();
+                if (isObject) readMemberName();
                 continue;
             }
             case '"':
@@ -469,8 +469,17 @@ bool JsonReader::endsContainer() {
         return true;
     }
     expect(',', isObject ? "expected ',' or '}'" : "expected ',' or ']'");
-    if (isObject) readName();
+    if (isObject) readMemberName();
     return false;
+}
+
+// Of a member of the object around the present value.
+void JsonReader::readMemberName() {
+    const std::size_t index = tokens_.size();
+    readName();
+    const JsonToken& name = tokens_[index];
+    tokens_[open_.back()].initials |=
+        name.plain ? JsonToken::initial(*name.text) : std::uint32_t{0xFFFFFFFF};
 }
 
 void JsonReader::readName() {

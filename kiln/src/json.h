@@ -39,7 +39,13 @@ struct JsonToken {
     std::size_t span;    ///< tokens that it consists of: this one and all within. A member of an
                          ///< object is two, its name and its value.
     Kind kind;
-    bool plain;  ///< of a text: has neither escapes nor characters beyond ASCII
+    bool plain;                  ///< of a text: has neither escapes nor characters beyond ASCII
+    std::uint32_t initials = 0;  ///< of an object: with which characters its names begin
+
+    /// The bit that a name beginning with `character` sets in `initials`; others may, too.
+    static constexpr std::uint32_t initial(char character) noexcept {
+        return std::uint32_t{1} << (static_cast<unsigned char>(character) % 32);
+    }
 };
 
 /// Moves `at` over blanks.
@@ -92,6 +98,7 @@ private:
     void readValue();
     void readText();
     void readName();
+    void readMemberName();
     void readNumber();
     bool readNumbers();
     void readWord(std::string_view word, JsonToken::Kind kind);

@@ -68,6 +68,8 @@ public:
     /// The member with that name, which need not be there.
     Place find(std::string_view name) const {
         if (token_->kind != Kind::kObject) complain("must be an object");
+        if ((token_->initials & JsonToken::initial(name.front())) == 0)
+            return Place(nullptr, this, name, 0);
         const JsonToken* at = token_ + 1;
         for (std::size_t i = 0; i < token_->count; ++i, at += 1 + at[1].span)
             if (isName(*at, name)) return Place(at + 1, this, name, 0);
