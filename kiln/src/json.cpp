@@ -354,6 +354,7 @@ bool JsonReader::beginObject() {
         if (std::string_view(at_, end_).starts_with(kByteOrderMark)) at_ += kByteOrderMark.size();
         skipBlanksAndMore();
         first_ = true;
+        if (isEnd()) fail("");
         if (*at_ != '{') return false;
         ++at_;
         return true;

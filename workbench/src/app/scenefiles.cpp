@@ -5,9 +5,11 @@
 #include "filenames.h"
 #include "wording.h"
 
+#include <base/paths.h>
 #include <framework/cwaitcursor.h>
 
 #include <algorithm>
+#include <filesystem>
 
 using framework::CWaitCursor, framework::FileFilter, framework::askOpenFile, framework::askSaveFile;
 
@@ -181,7 +183,6 @@ void SceneFiles::openOrTell(const std::string& path) {
     const kiln::ImportResult result = openFile(path);
     if (result.ok() || result.code == IMPEXP_CANCEL) return;
     showFailure(TextId::kCannotOpen, path, result);
-    if (result.cause == ImpExpCause::kUnreadable) recent_.remove(path);
 }
 
 kiln::ImportResult SceneFiles::openFile(const std::string& path) {
@@ -201,6 +202,9 @@ kiln::ImportResult SceneFiles::openFile(const std::string& path) {
         // The scene that came back is another one to those who were told of a new one.
         path_ = formerPath;
         sourceName_ = formerSource;
+        std::error_code unknown;
+        if (!std::filesystem::exists(base::pathFrom(path), unknown) && !unknown)
+            recent_.remove(path);
         return result;
     }
     if (!own) sourceName_ = fileName(path);
