@@ -42,12 +42,18 @@ namespace kiln {
 namespace {
 
 bool modified = false;
+std::uint64_t changeCount = 0;
 
 }  // namespace
 
 void noteSceneChanged() noexcept {
     modified = true;
+    ++changeCount;
     SceneWatches::tell();
+}
+
+std::uint64_t sceneChangeCount() noexcept {
+    return changeCount;
 }
 
 void noteLookChanged() noexcept {

@@ -5,6 +5,7 @@
 #include <base/text.h>
 #include <kiln/host/core.h>
 #include <kiln/host/module.h>
+#include <kiln/host/scenetext.h>
 
 #include "changes.h"
 #include "coreimpl.h"
@@ -171,6 +172,28 @@ std::string Core::sceneText() const {
     while (writer.next(text)) {
     }
     return text;
+}
+
+struct SceneText::Impl {
+    SceneWriter writer;
+};
+
+SceneText::SceneText()
+    : impl_(theCore ? new Impl{SceneWriter(*theCore->impl_->scene)} : nullptr),
+      changes_(sceneChanges()) {}
+SceneText::~SceneText() = default;
+
+SceneText::Progress SceneText::next(std::string& text) {
+    if (!impl_ || changes_ != sceneChanges()) return Progress::kOutdated;
+    try {
+        return impl_->writer.next(text) ? Progress::kMore : Progress::kComplete;
+    } catch (const std::length_error&) {
+        return Progress::kOutdated;
+    }
+}
+
+std::uint64_t sceneChanges() noexcept {
+    return sceneChangeCount();
 }
 
 ImportResult Core::saveScene(const std::string& path, const ProgressFunction& progress) try {

@@ -50,7 +50,9 @@ Core::Impl::~Impl() {
 std::unique_ptr<Scene> Core::Impl::replaceScene(std::unique_ptr<Scene> next) {
     next->show(*this, *makers);
     scene.swap(next);
-    noteLookChanged();
+    const bool wasModified = sceneModified();
+    noteSceneChanged();
+    setSceneModified(wasModified);
     return next;
 }
 

@@ -93,12 +93,15 @@ private:
 
 }  // namespace
 
+std::string SceneFiles::shownName() const {
+    if (!path_.empty()) return fileName(path_);
+    return sourceName_.empty() ? textOf(TextId::kUntitled) : sourceName_;
+}
+
 std::string SceneFiles::title() const {
-    std::string name = fileName(path_);
-    if (name.empty())
-        name = sourceName_.empty() ? textOf(TextId::kUntitled)
-                                   : textOf(TextId::kImported, {sourceName_});
-    return name + (core_.isModified() ? " *" : "");
+    const bool isImported = path_.empty() && !sourceName_.empty();
+    return (isImported ? textOf(TextId::kImported, {sourceName_}) : shownName()) +
+           (core_.isModified() ? " *" : "");
 }
 
 void SceneFiles::showFailure(TextId what, const std::string& path,
@@ -212,6 +215,21 @@ kiln::ImportResult SceneFiles::openFile(const std::string& path) {
     printResult(path, result, start);
     client_.sceneReplaced();
     return result;
+}
+
+bool SceneFiles::recover(const std::string& aside, const std::string& name) {
+    const std::string formerFolder = core_.hostInterface().GetDir(KILN_SCENE_DIR);
+    const kiln::ImportResult result = run(
+        textOf(TextId::kOpening, {name}),
+        [&](const kiln::ProgressFunction& progress) { return core_.loadScene(aside, progress); });
+    if (result.code == IMPEXP_FAIL) showFailure(TextId::kCannotOpen, aside, result);
+    if (!result.ok()) return false;
+    core_.setDirectory(KILN_SCENE_DIR, formerFolder);
+    path_.clear();
+    sourceName_ = name;
+    core_.setModified(true);
+    client_.sceneReplaced();
+    return true;
 }
 
 // ---------------------------------------------------------------- import and export

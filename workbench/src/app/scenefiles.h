@@ -38,12 +38,17 @@ public:
 
     /// "tower.kiln", with a star when there are changes that are not saved.
     std::string title() const;
+    /// What the user calls the scene.
+    std::string shownName() const;
     /// The files that were opened, imported or saved last, newest first.
     const std::vector<std::string>& recent() const { return recent_.paths(); }
 
     /// Opens a .kiln scene, or any other file that a plug-in imports, in place of the scene. The
     /// message is then a summary. After a failure the scene is as it was.
     kiln::ImportResult openFile(const std::string& path);
+    /// Opens a scene that was saved aside, of which the user calls it `name`. It is one that has no
+    /// file yet and has changes. False, and the user was told, when it cannot be opened.
+    bool recover(const std::string& aside, const std::string& name);
     /// Exports behind a progress dialog. After anything but success a file that was there is as it
     /// was.
     kiln::ImportResult exportFile(const std::string& path, const kiln::ExportChoice& choice);

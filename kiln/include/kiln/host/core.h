@@ -144,6 +144,7 @@ public:
     ClassDesc* openedUtility() const noexcept;
 
 private:
+    friend class SceneText;
     Core();
     ~Core();
     struct Impl;
