@@ -78,7 +78,7 @@ bool Recovery::onTimer(UINT_PTR id) {
         return AutoSave::Time(static_cast<AutoSave::Time::rep>(milliseconds));
     };
     const bool more =
-        save_.step({time(now), time(now - lastInput_), isEngaged()}, files_.shownName());
+        save_.step({time(now), time(now - lastInput_), isEngaged()}, files_.sceneName());
     ::SetTimer(window_.Handle(), kTimer, more ? kMillisecondsBetweenSlices : kMilliseconds,
                nullptr);
     return true;
@@ -98,7 +98,7 @@ bool Recovery::askAtEnd() {
 }
 
 void Recovery::endSession() {
-    if (!busy_) save_.finish(files_.shownName());
+    if (!busy_) save_.finish(files_.sceneName());
 }
 
 }  // namespace workbench

@@ -93,15 +93,17 @@ private:
 
 }  // namespace
 
-std::string SceneFiles::shownName() const {
-    if (!path_.empty()) return fileName(path_);
-    return sourceName_.empty() ? textOf(TextId::kUntitled) : sourceName_;
+std::string SceneFiles::sceneName() const {
+    return path_.empty() ? sourceName_ : fileName(path_);
 }
 
 std::string SceneFiles::title() const {
-    const bool isImported = path_.empty() && !sourceName_.empty();
-    return (isImported ? textOf(TextId::kImported, {sourceName_}) : shownName()) +
-           (core_.isModified() ? " *" : "");
+    std::string name = sceneName();
+    if (name.empty())
+        name = textOf(TextId::kUntitled);
+    else if (path_.empty())
+        name = textOf(TextId::kImported, {name});
+    return name + (core_.isModified() ? " *" : "");
 }
 
 void SceneFiles::showFailure(TextId what, const std::string& path,

@@ -38,8 +38,9 @@ public:
 
     /// "tower.kiln", with a star when there are changes that are not saved.
     std::string title() const;
-    /// What the user calls the scene.
-    std::string shownName() const;
+    /// What the user calls the scene: its file's name, or that of the one it was imported from;
+    /// empty for none.
+    std::string sceneName() const;
     /// The files that were opened, imported or saved last, newest first.
     const std::vector<std::string>& recent() const { return recent_.paths(); }
 
