@@ -4,20 +4,12 @@
 #include <interchange/export.h>
 #include <interchange/import.h>
 #include <kiln/host/host.h>
-#include <quillon/fltcomment.h>
-#include <quillon/fltface.h>
 #include <quillon/fltfactory.h>
 #include <quillon/fltfilereader.h>
-#include <quillon/fltgroup.h>
-#include <quillon/fltobject.h>
 #include <quillon/fltstream.h>
 #include <quillon/fltvertex.h>
 #include <quillon/fltvertexlist.h>
 
-#include <sys/mman.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -30,10 +22,19 @@
 #include <string>
 #include <vector>
 
+#include "ownprocess.h"
 #include "raw/rawrecords.h"
 #include "table.h"
+#include "terrainfile.h"
 
 namespace {
+
+using bench::Clock;
+using bench::fail;
+using bench::fastest;
+using bench::inOwnProcess;
+using bench::Measure;
+using bench::Measures;
 
 constexpr int kRuns = 9;
 constexpr double kMegabyte = 1e6;
@@ -44,106 +45,7 @@ constexpr double kMostOfSystemHeap = 1 / 1.2;
 constexpr double kMostOfNoHistory = 1.15;
 constexpr double kMostOfDoing = 1.5;  // undoing and redoing
 
-[[noreturn]] void fail(const char* what) {
-    std::fprintf(stderr, "interchange_bench: %s\n", what);
-    std::_Exit(1);
-}
-
-// ------------------------------------------------------------ the file
-
-constexpr int kGroups = 100;
-constexpr int kObjectsPerGroup = 120;
-constexpr int kColumns = 6;  // of quadrilaterals in an object
-constexpr int kRows = 7;
-constexpr int kFaces = kGroups * kObjectsPerGroup * kColumns * kRows;
-constexpr std::uint32_t kVerticesPerObject = (kColumns + 1) * (kRows + 1);
-constexpr auto kVertices = std::size_t{kGroups} * kObjectsPerGroup * kVerticesPerObject;
-
-FltVertex newVertex() {
-    return FltVertex(true, true);
-}
-
-/// Where a vertex stands, from the start of the palette.
-std::uint32_t offsetOf(std::size_t vertex) {
-    static const std::uint32_t length = fltWrittenLength(newVertex(), FltHeader().revision());
-    return FltVertexPalette().length + static_cast<std::uint32_t>(vertex) * length;
-}
-
-/// Patches of terrain, textured and with normals; neighbouring faces share their vertices.
-class FileMaker {
-public:
-    explicit FileMaker(const std::string& path) {
-        if (!stream_.open(path)) fail("the file cannot be created");
-    }
-
-    void make() {
-        palette();
-        stream_.writeControl(kFltPushLevel);
-        for (int group = 0; group < kGroups; ++group) {
-            FltGroup record;
-            record.write(stream_);
-            FltComment("A part of the terrain").write(stream_);
-            stream_.writeControl(kFltPushLevel);
-            for (int i = 0; i < kObjectsPerGroup; ++i) object();
-            stream_.writeControl(kFltPopLevel);
-        }
-        stream_.writeControl(kFltPopLevel);
-        if (!stream_.close()) fail("the file cannot be written");
-    }
-
-private:
-    void palette() {
-        FltVertexPalette record;
-        record.length = offsetOf(kVertices);
-        record.write(stream_);
-        for (int patch = 0; patch < kGroups * kObjectsPerGroup; ++patch) {
-            for (int row = 0; row <= kRows; ++row) {
-                for (int column = 0; column <= kColumns; ++column) vertex(patch, row, column);
-            }
-        }
-    }
-
-    void vertex(int patch, int row, int column) {
-        const double x = 10.0 * (column + kColumns * (patch % 110));
-        const double y = 10.0 * (row + kRows * (patch / 110));
-        FltVertex record = newVertex();
-        record.colorNameIndex = 0;
-        record.position = {x, y, std::sin(x / 100) * std::cos(y / 70)};
-        record.normal = {0, 0, 1};
-        record.texture = {static_cast<float>(column) / kColumns, static_cast<float>(row) / kRows};
-        record.write(stream_);
-    }
-
-    void object() {
-        FltObject record;
-        record.write(stream_);
-        stream_.writeControl(kFltPushLevel);
-        for (std::uint32_t row = 0; row < kRows; ++row) {
-            for (std::uint32_t column = 0; column < kColumns; ++column) face(row, column);
-        }
-        stream_.writeControl(kFltPopLevel);
-        firstVertex_ += kVerticesPerObject;
-    }
-
-    void face(std::uint32_t row, std::uint32_t column) {
-        FltFace record;
-        record.write(stream_);
-        stream_.writeControl(kFltPushLevel);
-        FltVertexList list;
-        const std::uint32_t start = firstVertex_ + row * (kColumns + 1) + column;
-        for (const std::uint32_t corner :
-             {start, start + 1, start + kColumns + 2, start + kColumns + 1}) {
-            list.offsets.push_back(offsetOf(corner));
-        }
-        list.write(stream_);
-        stream_.writeControl(kFltPopLevel);
-    }
-
-    FltStream stream_;
-    std::uint32_t firstVertex_ = 0;
-};
-
-// ------------------------------------------------------------ what is measured
+const bench::Terrain kTerrain;
 
 class Silence final : public ImpExpReport {
 public:
@@ -151,11 +53,6 @@ public:
     void Summary(const char*) override {}
     bool Progress(double, const char*) override { return true; }
     bool Cancelled() const override { return false; }
-};
-
-struct Measure {
-    double seconds = 0;
-    double peak = 0;  // bytes
 };
 
 /// The records of a file one after the other, those that scenes store decoded by their classes.
@@ -185,10 +82,12 @@ public:
 
     /// Whether this is all that the file maker wrote.
     bool areComplete() const {
-        return vertices_ == kVertices && corners_ == 4 * std::size_t{kFaces} &&
-               normals_ == static_cast<double>(kVertices) &&
-               largestOffset_ == offsetOf(kVertices - 1) && east_ > 6000 && textures_ > 0 &&
-               height_ != 0;
+        const std::size_t vertices = kTerrain.vertices();
+        return vertices_ == vertices &&
+               corners_ == 4 * static_cast<std::size_t>(kTerrain.faces()) &&
+               normals_ == static_cast<double>(vertices) &&
+               largestOffset_ == bench::Terrain::offsetOf(vertices - 1) && east_ > 6000 &&
+               textures_ > 0 && height_ != 0;
     }
 
 private:
@@ -217,27 +116,6 @@ private:
     double east_ = 0, north_ = 0, height_ = 0, normals_ = 0, textures_ = 0;
     std::uint32_t largestOffset_ = 0, bits_ = 0;
 };
-
-/// Processor time: waiting for others on a busy machine does not count.
-class Clock {
-public:
-    Measure measured() const {
-        rusage usage{};
-        getrusage(RUSAGE_SELF, &usage);
-        return {now() - start_, static_cast<double>(usage.ru_maxrss) * 1024};
-    }
-
-private:
-    static double now() {
-        timespec time{};
-        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-        return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-    }
-
-    double start_ = now();
-};
-
-using Measures = std::array<Measure, 3>;  // the way in and the way out, or what a run says
 
 Measures readAndWrite(const std::string& path, const std::string& copy) {
     const Clock in;
@@ -272,7 +150,7 @@ Measures importAndExport(const std::string& path, const std::string& copy, bool 
     const Clock in;
     if (interchange::importFile(path.c_str(), report, host) != IMPEXP_SUCCESS) std::_Exit(1);
     const Measure reading = in.measured();
-    if (host.GetNodeCount() < kFaces) fail("nodes are missing");
+    if (host.GetNodeCount() < kTerrain.faces()) fail("nodes are missing");
     const Clock out;
     if (interchange::exportFile(copy.c_str(), {}, report, host) != IMPEXP_SUCCESS) std::_Exit(1);
     return {reading, out.measured(), {}};
@@ -297,55 +175,8 @@ Measures importUndoRedo(const std::string& path, bool withHistory) {
     if (!core.history().undo() || core.hostInterface().GetNodeCount() > 0) fail("not undone");
     const Measure undone = undo.measured();
     const Clock redo;
-    if (!core.history().redo() || core.hostInterface().GetNodeCount() < kFaces) fail("not redone");
+    if (!core.history().redo() || core.hostInterface().GetNodeCount() < kTerrain.faces()) fail("not redone");
     return {imported, undone, redo.measured()};
-}
-
-/// Runs `work` in a process of its own.
-template <typename Work>
-Measures inOwnProcess(Work&& work) {
-    int ends[2];
-    if (pipe(ends) != 0) fail("no pipe");
-    const pid_t child = fork();
-    if (child < 0) fail("no process");
-    if (child == 0) {
-        const Measures measures = work();
-        const bool sent = write(ends[1], &measures, sizeof measures) == sizeof measures;
-        std::_Exit(sent ? 0 : 1);
-    }
-    close(ends[1]);
-    Measures measures;
-    const bool received = read(ends[0], &measures, sizeof measures) == sizeof measures;
-    close(ends[0]);
-    int status = 0;
-    waitpid(child, &status, 0);
-    if (!received || status != 0) fail("a run failed");
-    return measures;
-}
-
-/// Has the system hold enough memory ready for a run, in large pages and in small ones. A virtual
-/// machine may have given unused memory back to its host, and to get it again takes longer than all
-/// that is measured here.
-Measures warmMemory() {
-    constexpr std::size_t kEnough = std::size_t{600} << 20, kPage = 4096;
-    for (const int advice : {MADV_NOHUGEPAGE, MADV_HUGEPAGE}) {
-        void* const memory =
-            mmap(nullptr, kEnough, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        if (memory == MAP_FAILED) fail("no memory");
-        madvise(memory, kEnough, advice);
-        for (std::size_t i = 0; i < kEnough; i += kPage) static_cast<char*>(memory)[i] = 1;
-    }
-    return {};
-}
-
-/// The fastest run, by way: others were held up by something else on the machine.
-Measures fastest(const std::vector<Measures>& runs) {
-    Measures result;
-    for (std::size_t way = 0; way < result.size(); ++way) {
-        result[way] = std::ranges::min(
-            runs, {}, [way](const Measures& run) { return run[way].seconds; })[way];
-    }
-    return result;
 }
 
 }  // namespace
@@ -357,28 +188,28 @@ int main(int count, char** arguments) {
     const std::string path = (folder / (name + ".flt")).string();
     const std::string copy = (folder / (name + "-out.flt")).string();
     inOwnProcess([&] {
-        FileMaker(path).make();
+        writeTerrain(kTerrain, path);
         return Measures();
     });
     const auto size = static_cast<double>(std::filesystem::file_size(path));
     std::vector<Measures> bare, whole, withSystemHeap, withHistory, withoutHistory;
     for (int i = 0; i < kRuns; ++i) {
-        inOwnProcess(warmMemory);
+        bench::warmMemory();
         bare.push_back(inOwnProcess([&] { return readAndWrite(path, copy); }));
-        inOwnProcess(warmMemory);
+        bench::warmMemory();
         whole.push_back(inOwnProcess([&] { return importAndExport(path, copy, true); }));
-        inOwnProcess(warmMemory);
+        bench::warmMemory();
         withSystemHeap.push_back(inOwnProcess([&] { return importAndExport(path, copy, false); }));
-        inOwnProcess(warmMemory);
+        bench::warmMemory();
         withHistory.push_back(inOwnProcess([&] { return importUndoRedo(path, true); }));
-        inOwnProcess(warmMemory);
+        bench::warmMemory();
         withoutHistory.push_back(inOwnProcess([&] { return importUndoRedo(path, false); }));
     }
     std::filesystem::remove(path);
     std::filesystem::remove(copy);
     const Measures records = fastest(bare);
     const Measures scene = fastest(whole);
-    const std::string what = std::to_string(kFaces) + " faces: ";
+    const std::string what = std::to_string(kTerrain.faces()) + " faces: ";
     constexpr double kMilliseconds = 1000;
     const auto print = [&](const char* action, std::size_t way, const char* measure) {
         table.ratio(what + action + " : " + measure, scene[way].seconds * kMilliseconds,

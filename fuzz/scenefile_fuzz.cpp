@@ -278,9 +278,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto rest = input.rest();
     const std::string text =
         isRecipe ? SceneText(rest).make() : std::string(rest.begin(), rest.end());
-    const kiln::Status status = core.loadSceneText(text, "fuzz");
-    if (!status) {
-        expect(status.message().starts_with("fuzz: "), "a refusal has a reason");
+    const kiln::ImportResult result = core.loadSceneText(text, "fuzz");
+    if (!result) {
+        expect(result.message.starts_with("fuzz: "), "a refusal has a reason");
         expect(host.GetNodeCount() == 0, "a refused file leaves no node");
         return 0;
     }

@@ -97,8 +97,8 @@ void printResult(const script::Value& value) {
 /// nothing.
 std::string openFiles(kiln::Core& core, const Options& options) {
     if (!options.scene.empty())
-        if (const kiln::Status status = core.loadScene(options.scene); !status)
-            return status.message();
+        if (const kiln::ImportResult opened = core.loadScene(options.scene); !opened)
+            return opened.message;
     if (options.importPath.empty()) return {};
     const kiln::ImportResult result = core.importFile(options.importPath, goOn);
     if (!result.ok()) return result.message;

@@ -55,15 +55,31 @@ void FileReplacement::takePlace() {
     name_.clear();
 }
 
-void replaceFile(const std::string& path, std::string_view bytes) {
-    FileReplacement replacement(path);
+ReplacementWriter::ReplacementWriter(const std::string& path) : path_(path), replacement_(path) {
     errno = 0;
-    File file = openFile(pathFrom(replacement.name()), true);
-    const bool written =
-        file && std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    if (!written || std::fclose(file.release()) != 0)
-        refuse(path, std::error_code(errno != 0 ? errno : EIO, std::generic_category()));
-    replacement.takePlace();
+    file_ = openFile(pathFrom(replacement_.name()), true);
+    if (!file_) refuseWriting();
+}
+
+void ReplacementWriter::refuseWriting() const {
+    refuse(path_, std::error_code(errno != 0 ? errno : EIO, std::generic_category()));
+}
+
+void ReplacementWriter::write(std::string_view bytes) {
+    errno = 0;
+    if (std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size()) refuseWriting();
+}
+
+void ReplacementWriter::takePlace() {
+    errno = 0;
+    if (std::fclose(file_.release()) != 0) refuseWriting();
+    replacement_.takePlace();
+}
+
+void replaceFile(const std::string& path, std::string_view bytes) {
+    ReplacementWriter writer(path);
+    writer.write(bytes);
+    writer.takePlace();
 }
 
 }  // namespace base

@@ -1,6 +1,7 @@
 #include "base64.h"
 
 #include <array>
+#include <cstdint>
 
 namespace kiln {
 
@@ -9,54 +10,77 @@ namespace {
 constexpr std::string_view kAlphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-constexpr std::array<int, 256> kValues = [] {
-    std::array<int, 256> values{};
-    values.fill(-1);
+// 0xFF for what is no character of the alphabet.
+constexpr std::array<std::uint8_t, 256> kValues = [] {
+    std::array<std::uint8_t, 256> values{};
+    values.fill(0xFF);
     for (std::size_t i = 0; i < kAlphabet.size(); ++i)
-        values[static_cast<unsigned char>(kAlphabet[i])] = static_cast<int>(i);
+        values[static_cast<unsigned char>(kAlphabet[i])] = static_cast<std::uint8_t>(i);
     return values;
 }();
 
-}  // namespace
-
-std::string toBase64(const BYTE* bytes, std::size_t length) {
-    std::string text;
-    text.reserve((length + 2) / 3 * 4);
-    for (std::size_t at = 0; at < length; at += 3) {
-        const std::size_t count = length - at < 3 ? length - at : 3;
-        unsigned group = 0;
-        for (std::size_t i = 0; i < 3; ++i) group = group << 8 | (i < count ? bytes[at + i] : 0u);
-        for (std::size_t i = 0; i < 4; ++i)
-            text += i <= count ? kAlphabet[group >> (18 - 6 * i) & 63] : '=';
-    }
-    return text;
+unsigned valueOf(char c) noexcept {
+    return kValues[static_cast<unsigned char>(c)];
 }
 
-std::optional<std::vector<BYTE>> fromBase64(std::string_view text) {
-    if (text.size() % 4 != 0) return std::nullopt;
+std::size_t paddingOf(std::string_view text) noexcept {
     std::size_t padding = 0;
     while (padding < 2 && padding < text.size() && text[text.size() - 1 - padding] == '=')
         ++padding;
-    std::vector<BYTE> bytes;
-    bytes.reserve(text.size() / 4 * 3);
-    for (std::size_t at = 0; at < text.size(); at += 4) {
-        const std::size_t missing = at + 4 == text.size() ? padding : 0;
-        unsigned group = 0;
-        for (std::size_t i = 0; i < 4; ++i) {
-            const int value =
-                i < 4 - missing ? kValues[static_cast<unsigned char>(text[at + i])] : 0;
-            if (value < 0) return std::nullopt;
-            group = group << 6 | static_cast<unsigned>(value);
-        }
-        for (std::size_t i = 0; i < 3; ++i) {
-            const auto byte = static_cast<BYTE>(group >> (16 - 8 * i));
-            if (i < 3 - missing)
-                bytes.push_back(byte);
-            else if (byte != 0)
-                return std::nullopt;  // bits that belong to no byte
-        }
+    return padding;
+}
+
+}  // namespace
+
+void appendBase64(const BYTE* bytes, std::size_t length, std::string& text) {
+    std::size_t at = text.size();
+    text.resize(at + (length + 2) / 3 * 4, '=');
+    for (; length >= 3; bytes += 3, length -= 3) {
+        const unsigned group = unsigned{bytes[0]} << 16 | unsigned{bytes[1]} << 8 | bytes[2];
+        for (int shift = 18; shift >= 0; shift -= 6) text[at++] = kAlphabet[group >> shift & 63];
     }
-    return bytes;
+    if (length == 0) return;
+    const unsigned group = unsigned{bytes[0]} << 16 | (length == 2 ? unsigned{bytes[1]} << 8 : 0);
+    for (std::size_t i = 0; i <= length; ++i) text[at + i] = kAlphabet[group >> (18 - 6 * i) & 63];
+}
+
+std::string toBase64(const BYTE* bytes, std::size_t length) {
+    std::string text;
+    appendBase64(bytes, length, text);
+    return text;
+}
+
+std::optional<std::size_t> base64Size(std::string_view text) noexcept {
+    if (text.size() % 4 != 0) return std::nullopt;
+    return text.size() / 4 * 3 - paddingOf(text);
+}
+
+bool fromBase64(std::string_view text, BYTE* bytes) noexcept {
+    const std::size_t padding = paddingOf(text);
+    if (text.size() % 4 != 0) return false;
+    unsigned wrong = 0;
+    const std::size_t whole = text.size() / 4 - (padding > 0 ? 1 : 0);
+    const char* at = text.data();
+    for (std::size_t i = 0; i < whole; ++i, at += 4, bytes += 3) {
+        const unsigned a = valueOf(at[0]), b = valueOf(at[1]), c = valueOf(at[2]),
+                       d = valueOf(at[3]);
+        wrong |= a | b | c | d;
+        const unsigned group = a << 18 | b << 12 | c << 6 | d;
+        bytes[0] = static_cast<BYTE>(group >> 16);
+        bytes[1] = static_cast<BYTE>(group >> 8);
+        bytes[2] = static_cast<BYTE>(group);
+    }
+    if (padding > 0) {
+        const unsigned a = valueOf(at[0]), b = valueOf(at[1]),
+                       c = padding == 1 ? valueOf(at[2]) : 0;
+        wrong |= a | b | c;
+        const unsigned group = a << 18 | b << 12 | c << 6;
+        bytes[0] = static_cast<BYTE>(group >> 16);
+        if (padding == 1) bytes[1] = static_cast<BYTE>(group >> 8);
+        const unsigned rest = padding == 1 ? group & 0xFF : group & 0xFFFF;
+        if (rest != 0) return false;  // bits that belong to no byte
+    }
+    return (wrong & 0xC0) == 0;
 }
 
 }  // namespace kiln

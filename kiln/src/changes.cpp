@@ -41,9 +41,25 @@ bool SceneWatch::Take() noexcept {
 
 namespace kiln {
 
+namespace {
+
+std::uint64_t changeCount = 0;
+
+}  // namespace
+
 void noteSceneChanged() noexcept {
+    ++changeCount;
     if (SceneHistory* const history = SceneHistory::current()) history->noteChange();
     SceneWatches::tell();
+}
+
+void noteSceneReplaced() noexcept {
+    ++changeCount;
+    SceneWatches::tell();
+}
+
+std::uint64_t sceneChangeCount() noexcept {
+    return changeCount;
 }
 
 void noteLookChanged() noexcept {

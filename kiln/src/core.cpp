@@ -1,13 +1,18 @@
 #include <base/file.h>
+#include <base/filestamp.h>
 #include <base/paths.h>
 #include <base/replacefile.h>
+#include <base/text.h>
 #include <kiln/host/core.h>
 #include <kiln/host/module.h>
+#include <kiln/host/scenetext.h>
 
 #include "coreimpl.h"
 #include "scenefile.h"
 #include "texts.h"
 
+#include <cerrno>
+#include <cstdio>
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
@@ -18,8 +23,13 @@ namespace {
 
 Core* theCore = nullptr;
 
-Status failed(TextId what, const std::string& path, const std::error_code& reason) {
-    return Status::failure(textOf(what, {path, reason.message()}));
+ImportResult failed(TextId what, const std::string& path, const std::error_code& reason,
+                    ImpExpCause cause) {
+    return {IMPEXP_FAIL, textOf(what, {path, reason.message()}), cause};
+}
+
+std::error_code lastError() {
+    return {errno != 0 ? errno : EIO, std::generic_category()};
 }
 
 }  // namespace
@@ -100,44 +110,121 @@ void Core::resetScene() {
     impl_->sceneNotifies(NOTIFY_SCENE_RESET, nullptr);
 }
 
-Status Core::loadScene(const std::string& path) {
-    std::string text;
-    if (const std::error_code reason = base::readFile(path, text))
-        return failed(TextId::kCannotOpen, path, reason);
-    Status status = loadSceneText(text, path);
-    if (status) impl_->rememberFolder(KILN_SCENE_DIR, path);
-    return status;
+ImportResult Core::loadScene(const std::string& path, const ProgressFunction& progress) {
+    const std::filesystem::path file = base::pathFrom(path);
+    Scene::File origin{path, base::FileStamp::of(path)};
+    errno = 0;
+    const base::File opened = base::openFile(file, false);
+    if (!opened) return failed(TextId::kCannotOpen, path, lastError(), ImpExpCause::kUnreadable);
+    base::ContentHash content;
+    SceneSource source{[&](char* to, std::size_t size) {
+        const std::size_t count = std::fread(to, 1, size, opened.get());
+        if (std::ferror(opened.get())) throw std::system_error(lastError());
+        content.add({to, count});
+        return count;
+    }};
+    std::error_code ignored;
+    source.size = static_cast<double>(std::filesystem::file_size(file, ignored));
+    source.progress = progress;
+    const ImportResult result = impl_->openScene(source, path, [&](Scene& next) {
+        if (origin.stamp) origin.stamp->setContent(content);
+        next.file = std::move(origin);
+    });
+    if (result.ok()) impl_->rememberFolder(KILN_SCENE_DIR, path);
+    return result;
 }
 
-Status Core::loadSceneText(const std::string& text, const std::string& path) {
-    if (impl_->scene->isBusy()) return Status::failure(textOf(TextId::kSceneIsChanging));
+ImportResult Core::loadSceneText(const std::string& text, const std::string& path) {
+    std::string_view rest = text;
+    SceneSource source{[&](char* to, std::size_t size) {
+        const std::size_t count = rest.copy(to, size);
+        rest.remove_prefix(count);
+        return count;
+    }};
+    return impl_->openScene(source, path, [](Scene&) {});
+}
+
+ImportResult Core::Impl::openScene(const SceneSource& source, const std::string& path,
+                                    const std::function<void(Scene& next)>& finish) {
+    if (scene->isBusy())
+        return {IMPEXP_FAIL, textOf(TextId::kSceneIsChanging), ImpExpCause::kOther};
     auto next = std::make_unique<Scene>();
     {
         const RecordingPause aside;
-        if (Status status = readScene(text, path, *next); !status) return status;
+        ImportResult result = readScene(source, path, *next);
+        if (!result.ok()) return result;
     }
-    impl_->sceneNotifies(NOTIFY_SCENE_PRE_CLEAR, nullptr);
-    impl_->replaceScene(std::move(next));
-    impl_->sceneNotifies(NOTIFY_SCENE_OPENED, const_cast<char*>(path.c_str()));
-    return {};
+    finish(*next);
+    sceneNotifies(NOTIFY_SCENE_PRE_CLEAR, nullptr);
+    replaceScene(std::move(next));
+    sceneNotifies(NOTIFY_SCENE_OPENED, const_cast<char*>(path.c_str()));
+    return {IMPEXP_SUCCESS, {}, ImpExpCause::kOther};
 }
 
 std::string Core::sceneText() const {
-    return writtenScene(*impl_->scene);
+    SceneWriter writer(*impl_->scene);
+    std::string text;
+    while (writer.next(text)) {
+    }
+    return text;
 }
 
-Status Core::saveScene(const std::string& path) {
+struct SceneText::Impl {
+    SceneWriter writer;
+};
+
+SceneText::SceneText()
+    : impl_(theCore ? new Impl{SceneWriter(*theCore->impl_->scene)} : nullptr),
+      changes_(sceneChanges()) {}
+SceneText::~SceneText() = default;
+
+SceneText::Progress SceneText::next(std::string& text) {
+    if (!impl_ || changes_ != sceneChanges()) return Progress::kOutdated;
     try {
-        base::replaceFile(path, sceneText());
-    } catch (const std::system_error& error) {
-        return failed(TextId::kCannotWrite, path, error.code());
-    } catch (const std::length_error& error) {
-        return Status::failure(textOf(TextId::kCannotWrite, {path, error.what()}));
+        return impl_->writer.next(text) ? Progress::kMore : Progress::kComplete;
+    } catch (const std::length_error&) {
+        return Progress::kOutdated;
     }
+}
+
+std::uint64_t sceneChanges() noexcept {
+    return sceneChangeCount();
+}
+
+ImportResult Core::saveScene(const std::string& path, const ProgressFunction& progress) try {
+    constexpr std::size_t kPiece = std::size_t{1} << 18;
+    base::ReplacementWriter file(path);
+    base::ContentHash content;
+    SceneWriter writer(*impl_->scene);
+    std::string text;
+    for (bool more = true; more;) {
+        more = writer.next(text);
+        if (more && text.size() < kPiece) continue;
+        file.write(text);
+        content.add(text);
+        text.clear();
+        if (progress && !progress(writer.fraction(), "scene"))
+            return {IMPEXP_CANCEL, textOf(TextId::kCancelled), ImpExpCause::kOther};
+    }
+    file.takePlace();
+    impl_->scene->file = {path, base::FileStamp::of(path)};
+    if (impl_->scene->file.stamp) impl_->scene->file.stamp->setContent(content);
     setModified(false);
     impl_->rememberFolder(KILN_SCENE_DIR, path);
     impl_->sceneNotifies(NOTIFY_SCENE_SAVED, const_cast<char*>(path.c_str()));
-    return {};
+    return {IMPEXP_SUCCESS, {}, ImpExpCause::kOther};
+} catch (const std::system_error& error) {
+    return failed(TextId::kCannotWrite, path, error.code(), ImpExpCause::kUnwritable);
+} catch (const std::length_error& error) {
+    return {IMPEXP_FAIL, textOf(TextId::kCannotWrite, {path, error.what()}), ImpExpCause::kOther};
+} catch (const std::bad_alloc&) {
+    return {IMPEXP_FAIL, path + ": " + textOf(TextId::kOutOfMemory), ImpExpCause::kOutOfMemory};
+}
+
+bool Core::fileWasChanged(const std::string& path) const {
+    const Scene::File& file = impl_->scene->file;
+    return file.stamp && base::sameTextIgnoringCase(file.path, path) &&
+           file.stamp->isOutdated(file.path);
 }
 
 bool Core::isModified() const noexcept {

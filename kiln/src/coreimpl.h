@@ -6,11 +6,13 @@
 #include <kiln/utility.h>
 
 #include <array>
+#include <functional>
 #include <memory>
 #include <string>
 
 #include "names.h"
 #include "scene.h"
+#include "scenefile.h"
 
 namespace kiln {
 
@@ -60,6 +62,10 @@ struct Core::Impl final : Interface, IUtil, SceneListener {
 
     /// The folder of the file at `path` becomes a directory of `GetDir`.
     void rememberFolder(int id, const std::string& path) noexcept;
+
+    /// Reads a scene and shows it after `finish`; after anything but success nothing has changed.
+    ImportResult openScene(const SceneSource& source, const std::string& path,
+                           const std::function<void(Scene& next)>& finish);
 
     /// Shows `next` and returns the scene that was shown before.
     std::unique_ptr<Scene> replaceScene(std::unique_ptr<Scene> next);

@@ -57,7 +57,7 @@ Core::Impl::~Impl() {
 std::unique_ptr<Scene> Core::Impl::replaceScene(std::unique_ptr<Scene> next) {
     next->show(*this, *makers);
     scene.swap(next);
-    noteLookChanged();
+    noteSceneReplaced();
     return next;
 }
 

@@ -1,10 +1,12 @@
 // A scene: its nodes, names, texture maps and selection.
 #pragma once
 
+#include <base/filestamp.h>
 #include <kiln/notify.h>
 #include <kiln/texmap.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -59,6 +61,13 @@ public:
     /// Whether nodes are being deleted, or notifications of an undo sent: nothing may be deleted,
     /// replaced or undone meanwhile.
     bool isBusy() const noexcept { return deleting_ || history_.telling(); }
+
+    /// The file that it was opened from or saved to last, as it was then.
+    struct File {
+        std::string path;  ///< empty for none
+        std::optional<base::FileStamp> stamp;
+    };
+    File file;
 
     SceneHistory& history() noexcept { return history_; }
     const SceneHistory& history() const noexcept { return history_; }

@@ -1,107 +1,168 @@
+#include <kiln/memory.h>
+
+#include <algorithm>
 #include <bit>
 #include <charconv>
-#include <cmath>
 #include <cstring>
 #include <limits>
-#include <nlohmann/json.hpp>
+#include <memory>
+#include <optional>
 #include <set>
+#include <string>
+#include <system_error>
 #include <tuple>
-
-#include <kiln/memory.h>
+#include <utility>
+#include <vector>
 
 #include "base64.h"
 #include "changes.h"
 #include "chunks.h"
 #include "classes.h"
+#include "json.h"
 #include "scenefile.h"
+#include "texts.h"
 
 namespace kiln {
 
 namespace {
 
-using Json = nlohmann::json;
+using Kind = JsonToken::Kind;
 
 struct Damage {
     std::string message;
+    const char* at;  ///< in the reader's memory; null where there is no single place
+    ImpExpCause cause = ImpExpCause::kDamaged;
 };
+struct Cancelled {};
 
 /// A value of the file together with the way to it, which is only spelled out in a complaint.
 class Place {
 public:
-    explicit Place(const Json& root) : json_(root) {}
+    /// The whole file.
+    Place() = default;
+    /// A member of the file, or an element of such a member, which is read by itself.
+    Place(const JsonToken& token, const Place& up, std::string_view name)
+        : Place(&token, &up, name, 0) {}
+    Place(const JsonToken& token, const Place& up, std::size_t index)
+        : Place(&token, &up, {}, index) {}
+    /// A list of the file whose elements are read one by one.
+    Place(const Place& up, std::string_view name) : Place(nullptr, &up, name, 0) {}
 
-    [[noreturn]] void complain(const std::string& what) const {
+    [[noreturn]] void complain(const std::string& what,
+                               ImpExpCause cause = ImpExpCause::kDamaged) const {
         // Of a long way both ends tell enough.
         constexpr std::size_t kShown = 60;
         std::string way = path();
         if (way.size() > 2 * kShown) way.replace(kShown, way.size() - 2 * kShown, "...");
-        throw Damage{way + ": " + what};
+        throw Damage{way + ": " + what, token_ ? token_->text : nullptr, cause};
+    }
+    [[noreturn]] void complainOfMissing(std::string_view name) const {
+        complain("\"" + std::string(name) + "\" is missing");
     }
 
     Place operator[](std::string_view name) const {
         const Place member = find(name);
-        if (!member.present()) complain("\"" + std::string(name) + "\" is missing");
+        if (!member.present()) complainOfMissing(name);
         return member;
     }
     /// The member with that name, which need not be there.
     Place find(std::string_view name) const {
-        if (!json_.is_object()) complain("must be an object");
-        const auto member = json_.find(name);
-        return member == json_.end() ? Place(kNothing, this, name, 0)
-                                     : Place(*member, this, name, 0);
+        if (token_->kind != Kind::kObject) complain("must be an object");
+        if ((token_->initials & JsonToken::initial(name.front())) == 0)
+            return Place(nullptr, this, name, 0);
+        const JsonToken* at = token_ + 1;
+        for (std::size_t i = 0; i < token_->count; ++i, at += 1 + at[1].span)
+            if (isName(*at, name)) return Place(at + 1, this, name, 0);
+        return Place(nullptr, this, name, 0);
     }
-    bool present() const { return &json_ != &kNothing; }
+    bool present() const { return token_ != nullptr; }
 
     std::size_t size() const {
-        if (!json_.is_array()) complain("must be a list");
-        return json_.size();
+        if (token_->kind != Kind::kList && token_->kind != Kind::kNumbers)
+            complain("must be a list");
+        return token_->count;
     }
-    Place operator[](std::size_t index) const { return Place(json_[index], this, {}, index); }
-
+    /// Visits the elements of a list of objects.
     template <typename Visit>
     void forEach(Visit&& visit) const {
-        for (std::size_t i = 0, count = size(); i < count; ++i) visit((*this)[i]);
+        const std::size_t count = size();
+        if (token_->kind == Kind::kNumbers)
+            Place(token_, this, {}, 0).complain("must be an object");
+        const JsonToken* at = token_ + 1;
+        for (std::size_t i = 0; i < count; ++i, at += at->span) visit(Place(at, this, {}, i));
     }
 
     bool boolean() const {
-        if (!json_.is_boolean()) complain("must be true or false");
-        return json_.get<bool>();
+        if (token_->kind != Kind::kTrue && token_->kind != Kind::kFalse)
+            complain("must be true or false");
+        return token_->kind == Kind::kTrue;
     }
     bool booleanOr(bool otherwise) const { return present() ? boolean() : otherwise; }
-    /// Valid as long as the file.
-    const std::string& text() const {
-        if (!json_.is_string()) complain("must be a text");
-        return json_.get_ref<const std::string&>();
+    std::string text() const {
+        std::string text;
+        readText(text);
+        return text;
     }
     DWORD word() const { return static_cast<DWORD>(below(std::uint64_t{1} << 32)); }
     /// A whole number from 0 to below `limit`.
     std::uint64_t below(std::uint64_t limit) const {
-        if (!json_.is_number_unsigned()) complain("must be a whole number, not below 0");
-        const auto value = json_.get<std::uint64_t>();
-        if (value >= limit) complain(std::to_string(value) + " is out of range");
+        const char* at = token_->text;
+        std::uint64_t value = 0;
+        if (token_->kind != Kind::kNumber || !readJsonNumber(at, value)) complain(kNoWholeNumber);
+        if (value >= limit) complain(outOfRange(value));
         return value;
     }
     double number() const {
-        if (json_.is_number()) return json_.get<double>();
-        if (json_.is_string()) return numberFromBits();
-        complain("must be a number");
+        double value = 0;
+        const char* at = token_->text;
+        if (token_->kind == Kind::kText) return numberFromBits();
+        if (token_->kind != Kind::kNumber || !readJsonNumber(at, value))
+            complain("must be a number");
+        return value;
     }
-    std::vector<BYTE> bytes() const {
-        auto decoded = fromBase64(text());
-        if (!decoded) complain("is not base64");
-        return std::move(*decoded);
+    /// The bytes that a base64 text stands for, in memory that `allocate` makes for so many.
+    template <typename Allocate>
+    std::size_t bytes(Allocate&& allocate) const {
+        std::string scratch;
+        const std::string_view text = plainText(scratch);
+        const std::optional<std::size_t> size = base64Size(text);
+        if (!size || !fromBase64(text, allocate(*size))) complain("is not base64");
+        return *size;
     }
-    Class_ID classId() const {
-        if (size() != 2) complain("must have two numbers");
-        return Class_ID((*this)[0].word(), (*this)[1].word());
-    }
+    Class_ID classId() const;
 
 private:
-    Place(const Json& json, const Place* up, std::string_view name, std::size_t index)
-        : json_(json), up_(up), name_(name), index_(index) {}
+    friend class Elements;
+    static constexpr const char* kNoWholeNumber = "must be a whole number, not below 0";
+    static std::string outOfRange(std::uint64_t value) {
+        return std::to_string(value) + " is out of range";
+    }
+
+    Place(const JsonToken* token, const Place* up, std::string_view name, std::size_t index)
+        : token_(token), up_(up), name_(name), index_(index) {}
+
+    static bool isName(const JsonToken& token, std::string_view name) {
+        if (token.plain)
+            return token.length == name.size() && *token.text == name.front() &&
+                   std::string_view(token.text, token.length) == name;
+        std::string text;
+        return appendJsonText(token, text) && text == name;
+    }
+
+    void readText(std::string& text) const {
+        if (token_->kind != Kind::kText) complain("must be a text");
+        if (!appendJsonText(*token_, text)) complain("is not UTF-8");
+    }
+    // The text where it stands, if it stands there as it is.
+    std::string_view plainText(std::string& scratch) const {
+        if (token_->kind == Kind::kText && token_->plain) return {token_->text, token_->length};
+        readText(scratch);
+        return scratch;
+    }
 
     double numberFromBits() const {
-        const std::string& digits = text();
+        std::string scratch;
+        const std::string_view digits = plainText(scratch);
         std::uint64_t bits = 0;
         const char* const end = digits.data() + digits.size();
         if (digits.size() == 18 && digits.starts_with("0x")) {
@@ -119,90 +180,232 @@ private:
         return way.append(name_);
     }
 
-    static const Json kNothing;
-
-    const Json& json_;
+    const JsonToken* token_ = nullptr;  // null for the file, and for what is not there
     const Place* up_ = nullptr;
     std::string_view name_;  // empty for an element of a list
     std::size_t index_ = 0;
 };
 
-const Json Place::kNothing;
+/// The numbers of a list, one after the other. There are as many to take as the list has.
+class Elements {
+public:
+    explicit Elements(const Place& list)
+        : list_(list),
+          isPacked_(list.token_->kind == Kind::kNumbers),
+          count_(list.size()),
+          token_(list.token_ + 1),
+          at_(list.token_->text) {}
 
-Point3 pointAt(const Place& list, std::size_t first) {
-    return {list[first].number(), list[first + 1].number(), list[first + 2].number()};
+    double number() { return isPacked_ ? packed<double>("must be a number") : element().number(); }
+    /// The nearest single.
+    float single() {
+        return isPacked_ ? packed<float>("must be a number")
+                         : static_cast<float>(element().number());
+    }
+    DWORD word() { return static_cast<DWORD>(below(std::uint64_t{1} << 32)); }
+    std::uint64_t below(std::uint64_t limit) {
+        if (!isPacked_) return element().below(limit);
+        const auto value = packed<std::uint64_t>(Place::kNoWholeNumber);
+        if (value >= limit) complain(at_, index_ - 1, Place::outOfRange(value));
+        return value;
+    }
+
+private:
+    template <typename T>
+    T packed(const char* otherwise) {
+        // Most numbers of a scene have one digit.
+        if (at_[0] >= '0' && at_[0] <= '9' && at_[1] == ',' && index_ + 1 < count_) {
+            const T digit = static_cast<T>(at_[0] - '0');
+            at_ += 2;
+            ++index_;
+            return digit;
+        }
+        skipJsonBlanks(at_);
+        const char* const start = at_;
+        T value{};
+        if (!readJsonNumber(at_, value) || !endsNumber()) complain(start, index_, otherwise);
+        ++index_;
+        return value;
+    }
+    // A comma follows on every number but the last.
+    bool endsNumber() {
+        skipJsonBlanks(at_);
+        const bool isLast = index_ + 1 == count_;
+        return *at_++ == (isLast ? ']' : ',');
+    }
+    [[noreturn]] void complain(const char* at, std::size_t index, const std::string& what) const {
+        const JsonToken token{at, 0, 0, 1, Kind::kNumber, true};
+        Place(&token, &list_, {}, index).complain(what);
+    }
+    Place element() {
+        const Place place(token_, &list_, {}, index_++);
+        token_ += token_->span;
+        return place;
+    }
+
+    const Place& list_;
+    const bool isPacked_;
+    const std::size_t count_;
+    std::size_t index_ = 0;
+    const JsonToken* token_;  // of elements that have one
+    const char* at_;          // where the next number stands in a list that is one token
+};
+
+Class_ID Place::classId() const {
+    if (size() != 2) complain("must have two numbers");
+    Elements numbers(*this);
+    const DWORD a = numbers.word();
+    return Class_ID(a, numbers.word());
+}
+
+Point3 nextPoint(Elements& numbers) {
+    Point3 point;
+    for (double* const value : {&point.x, &point.y, &point.z}) *value = numbers.number();
+    return point;
+}
+
+void append(Tab<Point3>& points, Elements& numbers) {
+    points.Append(nextPoint(numbers));
+}
+void append(Tab<Point3f>& points, Elements& numbers) {
+    Point3f point;
+    for (float* const value : {&point.x, &point.y, &point.z}) *value = numbers.single();
+    points.Append(point);
 }
 
 // The number of groups of `size` values in a list.
-std::size_t groupsOf(const Place& list, std::size_t size) {
+int groupsOf(const Place& list, std::size_t size) {
     const std::size_t count = list.size();
     if (count % size != 0)
         list.complain("must have a multiple of " + std::to_string(size) + " numbers");
     if (count > static_cast<std::size_t>(std::numeric_limits<int>::max()))
         list.complain("is too long");
-    return count / size;
+    return static_cast<int>(count / size);
 }
 
 template <typename Point>
 void readPoints(const Place& list, Tab<Point>& points) {
-    const std::size_t count = groupsOf(list, 3);
-    points.Resize(static_cast<int>(count));
-    for (std::size_t i = 0; i < count; ++i) points.Append(Point(pointAt(list, 3 * i)));
+    const int count = groupsOf(list, 3);
+    points.Resize(count);
+    Elements numbers(list);
+    for (int i = 0; i < count; ++i) append(points, numbers);
 }
 
 Matrix3 matrixFrom(const Place& list) {
     if (list.size() != 12) list.complain("must have 12 numbers");
-    return {pointAt(list, 0), pointAt(list, 3), pointAt(list, 6), pointAt(list, 9)};
+    Elements numbers(list);
+    Point3 rows[4];
+    for (Point3& row : rows) row = nextPoint(numbers);
+    return {rows[0], rows[1], rows[2], rows[3]};
+}
+
+void readFaces(const Place& list, Tab<Face>& faces) {
+    const int count = groupsOf(list, 5);
+    faces.Resize(count);
+    Elements numbers(list);
+    for (int i = 0; i < count; ++i) {
+        Face face;
+        for (DWORD& corner : face.v) corner = numbers.word();
+        face.flags = numbers.word();
+        face.smGroup = numbers.word();
+        faces.Append(face);
+    }
+}
+
+void readTextureFaces(const Place& list, Tab<TVFace>& faces) {
+    const int count = groupsOf(list, 3);
+    faces.Resize(count);
+    Elements numbers(list);
+    for (int i = 0; i < count; ++i) {
+        TVFace face;
+        for (DWORD& corner : face.t) corner = numbers.word();
+        faces.Append(face);
+    }
+}
+
+void readColors(const Place& list, Tab<COLORREF>& colors) {
+    const int count = groupsOf(list, 1);
+    colors.Resize(count);
+    Elements numbers(list);
+    for (int i = 0; i < count; ++i) colors.Append(numbers.word());
 }
 
 void readMesh(const Place& json, Mesh& mesh) {
     readPoints(json["vertices"], mesh.verts);
-    const Place faces = json["faces"];
-    for (std::size_t i = 0, count = groupsOf(faces, 5); i < count; ++i) {
-        Face face;
-        for (std::size_t corner = 0; corner < 3; ++corner)
-            face.v[corner] = faces[5 * i + corner].word();
-        face.flags = faces[5 * i + 3].word();
-        face.smGroup = faces[5 * i + 4].word();
-        mesh.faces.Append(face);
-    }
+    readFaces(json["faces"], mesh.faces);
     if (const Place list = json.find("textureVertices"); list.present())
         readPoints(list, mesh.tVerts);
     if (const Place list = json.find("textureFaces"); list.present())
-        for (std::size_t i = 0, count = groupsOf(list, 3); i < count; ++i)
-            mesh.tvFaces.Append(
-                {{list[3 * i].word(), list[3 * i + 1].word(), list[3 * i + 2].word()}});
+        readTextureFaces(list, mesh.tvFaces);
     if (const Place list = json.find("normals"); list.present()) readPoints(list, mesh.normals);
-    if (const Place list = json.find("colors"); list.present())
-        list.forEach([&](const Place& color) { mesh.colors.Append(color.word()); });
+    if (const Place list = json.find("colors"); list.present()) readColors(list, mesh.colors);
     if (!mesh.IsConsistent()) json.complain("indices and list lengths do not fit together");
 }
 
 void readState(const Place& json, ReferenceTarget& thing) {
     const Place state = json.find("state");
-    const std::vector<BYTE> bytes = state.present() ? state.bytes() : std::vector<BYTE>();
+    std::vector<BYTE> bytes;
+    if (state.present())
+        state.bytes([&](std::size_t size) {
+            bytes.resize(size);
+            return bytes.data();
+        });
     if (!thing.LoadState(bytes.data(), bytes.size()))
         (state.present() ? state : json).complain("is refused by the plug-in that saved it");
 }
 
-using ChunkIds = std::set<std::tuple<Class_ID, SClass_ID, DWORD>>;
+struct FreeBlock {
+    void operator()(BYTE* block) const { KILN_free(block); }
+};
 
-void readChunk(const Place& json, ChunkIds& ids, ChunkAppender& chunks) {
-    const Class_ID id = json["class"].classId();
-    const SClass_ID super = json["super"].word();
-    const DWORD sub = json["sub"].word();
-    const Place data = json["data"];
-    const std::vector<BYTE> bytes = data.bytes();
-    if (bytes.size() != json["length"].word()) data.complain("does not have the chunk's length");
-    if (!ids.emplace(id, super, sub).second) json.complain("is there twice");
-    void* const block = KILN_malloc(bytes.size());
-    if (!block) throw std::bad_alloc();
-    if (!bytes.empty()) std::memcpy(block, bytes.data(), bytes.size());
-    if (!chunks.append({id, super, sub, static_cast<DWORD>(bytes.size()), block})) {
-        KILN_free(block);
-        throw std::bad_alloc();
+/// The chunks of one thing.
+class ChunkReader {
+public:
+    explicit ChunkReader(Animatable& thing) : chunks_(thing) {}
+
+    void read(const Place& list) {
+        list.forEach([this](const Place& json) { readChunk(json); });
+        refuseTwins(list);
     }
-}
+
+private:
+    using Id = std::tuple<DWORD, DWORD, SClass_ID, DWORD>;
+
+    void readChunk(const Place& json) {
+        const Class_ID id = json["class"].classId();
+        const SClass_ID super = json["super"].word();
+        const DWORD sub = json["sub"].word();
+        const Place data = json["data"];
+        std::unique_ptr<BYTE, FreeBlock> block;
+        const std::size_t size = data.bytes([&](std::size_t bytes) {
+            block.reset(static_cast<BYTE*>(KILN_malloc(bytes)));
+            if (!block) throw std::bad_alloc();
+            return block.get();
+        });
+        if (size != json["length"].word()) data.complain("does not have the chunk's length");
+        if (!chunks_.append({id, super, sub, static_cast<DWORD>(size), block.get()}))
+            throw std::bad_alloc();
+        static_cast<void>(block.release());
+        ids_.emplace_back(Id(id.PartA(), id.PartB(), super, sub), ids_.size());
+    }
+
+    // Complains of the first chunk that has the ids of one before it.
+    void refuseTwins(const Place& list) {
+        if (ids_.size() < 2) return;
+        std::ranges::sort(ids_);
+        std::size_t first = ids_.size();
+        for (std::size_t i = 1; i < ids_.size(); ++i)
+            if (ids_[i].first == ids_[i - 1].first) first = std::min(first, ids_[i].second);
+        if (first == ids_.size()) return;
+        std::size_t index = 0;
+        list.forEach([&](const Place& json) {
+            if (index++ == first) json.complain("is there twice");
+        });
+    }
+
+    ChunkAppender chunks_;
+    std::vector<std::pair<Id, std::size_t>> ids_;
+};
 
 template <typename T>
 struct Release {
@@ -223,11 +426,7 @@ Held<T> createHeld(const Place& json, SClass_ID superClass) {
 
 // `depth` is how many attributes the thing is within, itself counted.
 void readExtras(const Place& json, Animatable& thing, int depth = 0) {
-    if (const Place chunks = json.find("chunks"); chunks.present()) {
-        ChunkIds ids;
-        ChunkAppender appender(thing);
-        chunks.forEach([&](const Place& chunk) { readChunk(chunk, ids, appender); });
-    }
+    if (const Place chunks = json.find("chunks"); chunks.present()) ChunkReader(thing).read(chunks);
     const Place attributes = json.find("attributes");
     if (!attributes.present()) return;
     if (depth == kDeepestAttribute) attributes.complain(kTooDeep);
@@ -254,8 +453,9 @@ void readOwnState(const Place& json, Object& object) {
     } else if (id == BOXOBJ_CLASS_ID) {
         const Place size = json["size"];
         if (size.size() != 3) size.complain("must have 3 numbers");
-        static_cast<BoxObject&>(object).SetSize(size[0].number(), size[1].number(),
-                                                size[2].number());
+        Elements numbers(size);
+        const Point3 edges = nextPoint(numbers);
+        static_cast<BoxObject&>(object).SetSize(edges.x, edges.y, edges.z);
     } else if (id == DUMMY_CLASS_ID) {
         static_cast<DummyObject&>(object).SetSize(json["size"].number());
     } else if (id == SPLINESHAPE_CLASS_ID) {
@@ -266,28 +466,87 @@ void readOwnState(const Place& json, Object& object) {
     }
 }
 
-class Reader {
+class SceneReader {
 public:
-    Reader(const Place& file, Scene& scene) : file_(file), scene_(scene) {}
+    SceneReader(const SceneSource& source, Scene& scene)
+        : json_(source.read), source_(source), scene_(scene) {}
 
     void run() {
-        readHead();
-        readExtras(file_["root"], *scene_.root());
-        file_["texmaps"].forEach([&](const Place& json) { readTexmap(json); });
-        file_["objects"].forEach([&](const Place& json) { readObject(json); });
-        file_["nodes"].forEach([&](const Place& json) { readNode(json); });
-        file_["selection"].forEach(
-            [&](const Place& json) { scene_.select(nodes_[json.below(nodes_.size())]); });
+        if (!json_.beginObject()) file_.complain("must be an object");
+        for (std::string name; json_.nextMember(name);) readMember(name);
+        requireHead();
+        for (const std::string_view name : {"root", "texmaps", "objects", "nodes", "selection"})
+            require(name);
     }
 
+    const JsonReader& json() const { return json_; }
+
 private:
-    void readHead() const {
-        const Place format = file_["format"];
-        if (format.text() != kSceneFormat) format.complain("is not that of a scene file");
-        const Place version = file_["version"];
-        const DWORD number = version.word();
+    void readMember(const std::string& name) {
+        if (name == "format" || name == "version") {
+            readHead(Place(json_.value(), file_, name), name);
+        } else if (name == "root") {
+            requireHead();
+            readExtras(Place(json_.value(), file_, name), *scene_.root());
+        } else if (name == "texmaps") {
+            requireHead();
+            readList(name, [this](const Place& json) { readTexmap(json); });
+        } else if (name == "objects") {
+            requireHead();
+            readList(name, [this](const Place& json) { readObject(json); });
+        } else if (name == "nodes") {
+            for (const char* const before : {"texmaps", "objects"}) require(before);
+            readList(name, [this](const Place& json) { readNode(json); });
+        } else if (name == "selection") {
+            require("nodes");
+            readSelection(Place(json_.value(), file_, name));
+        } else {
+            json_.value();  // of whoever else has written it
+            return;
+        }
+        if (!read_.insert(name).second) file_.complain("\"" + name + "\" is there twice");
+    }
+
+    // What others refer to comes before them.
+    void require(std::string_view name) const {
+        if (!read_.contains(name)) file_.complainOfMissing(name);
+    }
+    void requireHead() const {
+        for (const std::string_view name : {"format", "version"}) require(name);
+    }
+
+    template <typename Read>
+    void readList(const std::string& name, Read&& read) {
+        const Place list(file_, name);
+        if (!json_.beginList()) list.complain("must be a list");
+        for (std::size_t index = 0; json_.nextElement(); ++index) {
+            read(Place(json_.value(), list, index));
+            tellProgress(index);
+        }
+    }
+
+    void tellProgress(std::size_t index) const {
+        constexpr std::size_t kOften = 64;
+        if (index % kOften != 0 || !source_.progress) return;
+        const double read = static_cast<double>(json_.offset());
+        if (!source_.progress(std::min(read / source_.size, 1.0), "scene")) throw Cancelled();
+    }
+
+    static void readHead(const Place& json, std::string_view name) {
+        if (name == "format") {
+            if (json.text() != kSceneFormat) json.complain("is not that of a scene file");
+            return;
+        }
+        const DWORD number = json.word();
         if (number == 0 || number > kSceneVersion)
-            version.complain(std::to_string(number) + " is not known to this host");
+            json.complain(std::to_string(number) + " is not known to this host",
+                          ImpExpCause::kVersion);
+    }
+
+    void readSelection(const Place& list) {
+        Elements indices(list);
+        for (std::size_t i = 0, count = list.size(); i < count; ++i)
+            scene_.select(nodes_[indices.below(nodes_.size())]);
     }
 
     void readTexmap(const Place& json) {
@@ -335,34 +594,54 @@ private:
         readExtras(json, *node);
     }
 
-    const Place& file_;
+    JsonReader json_;
+    const SceneSource& source_;
     Scene& scene_;
+    const Place file_;
+    std::set<std::string, std::less<>> read_;  // the file's members
     std::vector<Held<Texmap>> maps_;
     std::vector<Held<Object>> objects_;
     std::vector<Node*> nodes_;
 };
 
-// The library's own words for where the text stops being JSON, without its prefixes.
-std::string syntaxComplaint(const Json::parse_error& error) {
-    const std::string text = error.what();
-    const std::size_t start = text.find("parse error");
-    return "is damaged: " + (start == std::string::npos ? text : text.substr(start));
+ImportResult failed(const std::string& path, const std::string& what, ImpExpCause cause) {
+    return {IMPEXP_FAIL, path + ": " + what, cause};
+}
+
+std::string lineOf(const JsonReader& json, const char* at) {
+    return at ? " (line " + std::to_string(json.positionOf(at).line) + ")" : std::string();
+}
+
+ImportResult syntaxComplaint(const JsonReader& json, const std::string& path,
+                             const JsonError& error) {
+    const auto [line, column] = json.positionOf(error.at);
+    return failed(path,
+                  "is damaged: parse error at line " + std::to_string(line) + ", column " +
+                      std::to_string(column) + ": " + error.what,
+                  error.atEnd ? ImpExpCause::kTruncated : ImpExpCause::kDamaged);
 }
 
 }  // namespace
 
-Status readScene(const std::string& text, const std::string& path, Scene& scene) try {
-    const Json json = Json::parse(text);
-    Reader(Place(json), scene).run();
-    return {};
-} catch (const Json::parse_error& error) {
-    return Status::failure(path + ": " + syntaxComplaint(error));
-} catch (const Damage& damage) {
-    return Status::failure(path + ": is damaged at " + damage.message);
+ImportResult readScene(const SceneSource& source, const std::string& path, Scene& scene) try {
+    SceneReader reader(source, scene);
+    try {
+        reader.run();
+        return {IMPEXP_SUCCESS, {}, ImpExpCause::kOther};
+    } catch (const JsonError& error) {
+        return syntaxComplaint(reader.json(), path, error);
+    } catch (const Damage& damage) {
+        return failed(path, "is damaged at " + damage.message + lineOf(reader.json(), damage.at),
+                      damage.cause);
+    }
+} catch (const Cancelled&) {
+    return {IMPEXP_CANCEL, textOf(TextId::kCancelled), ImpExpCause::kOther};
 } catch (const std::bad_alloc&) {
-    return Status::failure(path + ": there is not enough memory");
+    return failed(path, textOf(TextId::kOutOfMemory), ImpExpCause::kOutOfMemory);
+} catch (const std::system_error& error) {
+    return failed(path, "cannot be read: " + error.code().message(), ImpExpCause::kUnreadable);
 } catch (const std::exception& error) {
-    return Status::failure(path + ": cannot be read: " + error.what());
+    return failed(path, std::string("cannot be read: ") + error.what(), ImpExpCause::kOther);
 }
 
 }  // namespace kiln

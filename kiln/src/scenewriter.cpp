@@ -1,9 +1,20 @@
+#include <base/text.h>
+
+#include <algorithm>
 #include <array>
 #include <bit>
+#include <charconv>
 #include <cmath>
-#include <nlohmann/json.hpp>
+#include <concepts>
+#include <cstdint>
+#include <cstdio>
+#include <limits>
 #include <stdexcept>
+#include <string_view>
+#include <type_traits>
 #include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include "base64.h"
 #include "chunks.h"
@@ -14,27 +25,150 @@ namespace kiln {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+// ---------------------------------------------------------------- values
+
+constexpr std::size_t kLongestNumber = 32;
 
 // JSON has no infinities and no NaN: those are written as their bits.
-Json numberJson(double value) {
-    if (std::isfinite(value)) return value;
-    char text[24];
-    std::snprintf(text, sizeof text, "0x%016llx",
-                  static_cast<unsigned long long>(std::bit_cast<std::uint64_t>(value)));
-    return text;
+char* writeBits(char* to, double value) noexcept {
+    return to + std::snprintf(to, kLongestNumber, "\"0x%016llx\"",
+                              static_cast<unsigned long long>(std::bit_cast<std::uint64_t>(value)));
 }
 
-void appendPoint(Json& list, const Point3& point) {
-    for (const double value : {point.x, point.y, point.z}) list.push_back(numberJson(value));
+char* writeNumber(char* to, std::uint64_t value) noexcept {
+    return std::to_chars(to, to + kLongestNumber, value).ptr;
 }
 
-template <typename Point>
-Json pointsJson(const Tab<Point>& points) {
-    Json list = Json::array();
-    for (const Point& point : points) appendPoint(list, point);
-    return list;
+/// The shortest digits that read back as the same number of type `T`.
+template <std::floating_point T>
+char* writeNumber(char* to, T value) noexcept {
+    if (!std::isfinite(value)) return writeBits(to, static_cast<double>(value));
+    constexpr T kMostWhole = 1e7;  // below it whole numbers are quicker to write, and as short
+    if (std::abs(value) < kMostWhole) {
+        const auto whole = static_cast<std::int32_t>(value);
+        if (static_cast<T>(whole) == value && (whole != 0 || !std::signbit(value)))
+            return std::to_chars(to, to + kLongestNumber, whole).ptr;
+    }
+    to = std::to_chars(to, to + kLongestNumber, value).ptr;
+    if (value != 0) return to;
+    *to++ = '.';  // a minus zero, which is no whole number
+    *to++ = '0';
+    return to;
 }
+
+template <typename T>
+void putNumber(std::string& text, T value) {
+    char digits[kLongestNumber];
+    text.append(digits, writeNumber(digits, value));
+}
+void putNumber(std::string& text, DWORD value) {
+    putNumber(text, std::uint64_t{value});
+}
+
+/// A list of numbers, each put with `add`.
+class NumberList {
+public:
+    explicit NumberList(std::string& text) : text_(text) { *at_++ = '['; }
+    NumberList(const NumberList&) = delete;
+    NumberList& operator=(const NumberList&) = delete;
+
+    template <typename T>
+    void add(T value) {
+        if (static_cast<std::size_t>(digits_ + sizeof digits_ - at_) <= kLongestNumber) flush();
+        if (any_) *at_++ = ',';
+        any_ = true;
+        at_ = writeNumber(at_, value);
+    }
+    void add(DWORD value) { add(std::uint64_t{value}); }
+    void add(const Point3& point) {
+        for (const double value : {point.x, point.y, point.z}) add(value);
+    }
+    void add(const Point3f& point) {
+        for (const float value : {point.x, point.y, point.z}) add(value);
+    }
+    void end() {
+        flush();
+        text_ += ']';
+    }
+
+private:
+    void flush() {
+        text_.append(digits_, at_);
+        at_ = digits_;
+    }
+
+    std::string& text_;
+    bool any_ = false;
+    char digits_[2048];
+    char* at_ = digits_;
+};
+
+void putText(std::string& text, std::string_view value) {
+    const bool isAscii = std::ranges::all_of(value, [](char c) { return c > 0; });
+    const std::string valid = isAscii ? std::string() : base::validUtf8(value);
+    text += '"';
+    for (const char c : isAscii ? value : valid) {
+        constexpr std::string_view kSpecial = "\"\\\b\f\n\r\t";
+        constexpr std::string_view kNames = "\"\\bfnrt";
+        if (const std::size_t found = kSpecial.find(c); found != std::string_view::npos) {
+            text += '\\';
+            text += kNames[found];
+        } else if (static_cast<unsigned char>(c) < 0x20) {
+            char escape[8];
+            std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(c));
+            text += escape;
+        } else {
+            text += c;
+        }
+    }
+    text += '"';
+}
+
+/// The next member of an object that has been begun.
+void putName(std::string& text, std::string_view name) {
+    if (text.back() != '{') text += ',';
+    text += '"';
+    text += name;
+    text += "\":";
+}
+
+template <typename T>
+void putMember(std::string& text, std::string_view name, T value) {
+    putName(text, name);
+    if constexpr (std::is_same_v<T, bool>)
+        text += value ? "true" : "false";
+    else
+        putNumber(text, value);
+}
+void putMember(std::string& text, std::string_view name, const char* value) {
+    putName(text, name);
+    putText(text, value);
+}
+
+template <typename T>
+void putList(std::string& text, std::string_view name, const Tab<T>& values) {
+    putName(text, name);
+    NumberList list(text);
+    for (const T& value : values) list.add(value);
+    list.end();
+}
+
+void putClass(std::string& text, const Class_ID& id) {
+    putName(text, "class");
+    NumberList list(text);
+    list.add(id.PartA());
+    list.add(id.PartB());
+    list.end();
+}
+
+void putBytes(std::string& text, std::string_view name, const void* bytes, std::size_t length) {
+    putName(text, name);
+    text += '"';
+    appendBase64(static_cast<const BYTE*>(bytes), length, text);
+    text += '"';
+}
+
+// ---------------------------------------------------------------- things
 
 // Bit for bit: a minus zero is written too.
 bool isPlainIdentity(const Matrix3& matrix) {
@@ -42,206 +176,296 @@ bool isPlainIdentity(const Matrix3& matrix) {
     return std::bit_cast<Bits>(matrix) == std::bit_cast<Bits>(Matrix3());
 }
 
-Json matrixJson(const Matrix3& matrix) {
-    Json list = Json::array();
-    for (int row = 0; row < 4; ++row) appendPoint(list, matrix.GetRow(row));
-    return list;
+void putMatrix(std::string& text, const Matrix3& matrix) {
+    putName(text, "transform");
+    NumberList list(text);
+    for (int row = 0; row < 4; ++row) list.add(matrix.GetRow(row));
+    list.end();
 }
 
-Json classJson(const Class_ID& id) {
-    return Json::array({id.PartA(), id.PartB()});
-}
-
-Json meshJson(const Mesh& mesh) {
-    Json json = {{"vertices", pointsJson(mesh.verts)}};
-    Json faces = Json::array();
+void putMesh(std::string& text, const Mesh& mesh) {
+    putName(text, "mesh");
+    text += '{';
+    putList(text, "vertices", mesh.verts);
+    putName(text, "faces");
+    NumberList faces(text);
     for (const Face& face : mesh.faces)
         for (const DWORD value : {face.v[0], face.v[1], face.v[2], face.flags, face.smGroup})
-            faces.push_back(value);
-    json["faces"] = std::move(faces);
-    if (!mesh.tVerts.IsEmpty()) json["textureVertices"] = pointsJson(mesh.tVerts);
+            faces.add(value);
+    faces.end();
+    if (!mesh.tVerts.IsEmpty()) putList(text, "textureVertices", mesh.tVerts);
     if (!mesh.tvFaces.IsEmpty()) {
-        Json list = Json::array();
+        putName(text, "textureFaces");
+        NumberList corners(text);
         for (const TVFace& face : mesh.tvFaces)
-            for (const DWORD value : face.t) list.push_back(value);
-        json["textureFaces"] = std::move(list);
+            for (const DWORD value : face.t) corners.add(value);
+        corners.end();
     }
-    if (!mesh.normals.IsEmpty()) json["normals"] = pointsJson(mesh.normals);
-    if (!mesh.colors.IsEmpty()) {
-        Json list = Json::array();
-        for (const COLORREF color : mesh.colors) list.push_back(color);
-        json["colors"] = std::move(list);
-    }
-    return json;
+    if (!mesh.normals.IsEmpty()) putList(text, "normals", mesh.normals);
+    if (!mesh.colors.IsEmpty()) putList(text, "colors", mesh.colors);
+    text += '}';
 }
 
-void putState(Json& json, const ReferenceTarget& thing) {
+void putState(std::string& text, const ReferenceTarget& thing) {
     const std::vector<BYTE> state = thing.SaveState();
-    if (!state.empty()) json["state"] = toBase64(state.data(), state.size());
+    if (!state.empty()) putBytes(text, "state", state.data(), state.size());
+}
+
+// The elements of a list that has been begun, each an object that `put` fills.
+void beginElement(std::string& text) {
+    text += text.back() == '[' ? "{" : ",{";
+}
+
+void putChunks(std::string& text, const Animatable& thing) {
+    bool any = false;
+    forEachChunk(thing, [&](const AppDataChunk& chunk) {
+        if (!any) {
+            putName(text, "chunks");
+            text += '[';
+        }
+        any = true;
+        beginElement(text);
+        putClass(text, chunk.clID);
+        putMember(text, "super", chunk.sclID);
+        putMember(text, "sub", chunk.subID);
+        putMember(text, "length", chunk.length);
+        putBytes(text, "data", chunk.data, chunk.length);
+        text += '}';
+    });
+    if (any) text += ']';
 }
 
 // Chunks and custom attributes.
-void putExtras(Json& json, const Animatable& thing, int depth = 0) {
-    Json chunks = Json::array();
-    forEachChunk(thing, [&](const AppDataChunk& chunk) {
-        chunks.push_back({{"class", classJson(chunk.clID)},
-                          {"super", chunk.sclID},
-                          {"sub", chunk.subID},
-                          {"length", chunk.length},
-                          {"data", toBase64(static_cast<const BYTE*>(chunk.data), chunk.length)}});
-    });
-    if (!chunks.empty()) json["chunks"] = std::move(chunks);
-
+void putExtras(std::string& text, const Animatable& thing, int depth = 0) {
+    putChunks(text, thing);
     const ICustAttribContainer* const container = thing.GetCustAttribContainer();
     if (!container) return;
     if (depth == kDeepestAttribute) throw std::length_error(kTooDeep);
-    Json attributes = Json::array();
+    putName(text, "attributes");
+    text += '[';
     for (int i = 0; i < container->GetNumCustAttribs(); ++i) {
         const CustAttrib& attribute = *container->GetCustAttrib(i);
-        Json one = {{"class", classJson(attribute.ClassID())}};
-        putState(one, attribute);
-        putExtras(one, attribute, depth + 1);
-        attributes.push_back(std::move(one));
+        beginElement(text);
+        putClass(text, attribute.ClassID());
+        putState(text, attribute);
+        putExtras(text, attribute, depth + 1);
+        text += '}';
     }
-    json["attributes"] = std::move(attributes);
+    text += ']';
 }
 
 // What an object of a class of the host's own keeps.
-void putOwnState(Json& json, const Object& object) {
+void putOwnState(std::string& text, const Object& object) {
     const Class_ID id = object.ClassID();
     if (object.SuperClassID() == LIGHT_CLASS_ID) {
         const auto& light = static_cast<const GenLight&>(object);
-        json["color"] = light.GetColor();
-        json["intensity"] = numberJson(light.GetIntensity());
-        json["on"] = light.GetUseLight();
+        putMember(text, "color", light.GetColor());
+        putMember(text, "intensity", light.GetIntensity());
+        putMember(text, "on", light.GetUseLight());
     } else if (id == TRIOBJ_CLASS_ID) {
-        json["mesh"] = meshJson(static_cast<const TriObject&>(object).GetMesh());
+        putMesh(text, static_cast<const TriObject&>(object).GetMesh());
     } else if (id == BOXOBJ_CLASS_ID) {
         const auto& box = static_cast<const BoxObject&>(object);
-        json["size"] = Json::array(
-            {numberJson(box.GetLength()), numberJson(box.GetWidth()), numberJson(box.GetHeight())});
+        putName(text, "size");
+        NumberList edges(text);
+        edges.add(Point3{box.GetLength(), box.GetWidth(), box.GetHeight()});
+        edges.end();
     } else if (id == DUMMY_CLASS_ID) {
-        json["size"] = numberJson(static_cast<const DummyObject&>(object).GetSize());
+        putMember(text, "size", static_cast<const DummyObject&>(object).GetSize());
     } else if (id == SPLINESHAPE_CLASS_ID) {
         const auto& spline = static_cast<const SplineShape&>(object);
-        json["points"] = pointsJson(spline.GetPoints());
-        json["closed"] = spline.IsClosed();
-        json["renderable"] = spline.IsRenderable();
+        putList(text, "points", spline.GetPoints());
+        putMember(text, "closed", spline.IsClosed());
+        putMember(text, "renderable", spline.IsRenderable());
     }
 }
 
-Json objectJson(const Object& object) {
-    Json json = {{"super", object.SuperClassID()}, {"class", classJson(object.ClassID())}};
+void putObject(std::string& text, const Object& object) {
+    text += '{';
+    putMember(text, "super", object.SuperClassID());
+    putClass(text, object.ClassID());
     if (isBuiltIn(object.SuperClassID(), object.ClassID()))
-        putOwnState(json, object);
+        putOwnState(text, object);
     else
-        putState(json, object);
-    putExtras(json, object);
-    return json;
+        putState(text, object);
+    putExtras(text, object);
+    text += '}';
 }
 
-Json texmapJson(const Texmap& map, bool listed) {
-    Json json = {{"class", classJson(map.ClassID())}, {"name", map.GetName()}};
+void putTexmap(std::string& text, const Texmap& map, bool listed) {
+    text += '{';
+    putClass(text, map.ClassID());
+    putMember(text, "name", map.GetName());
     if (map.ClassID() == BMTEX_CLASS_ID)
-        json["file"] = static_cast<const BitmapTex&>(map).GetMapName();
+        putMember(text, "file", static_cast<const BitmapTex&>(map).GetMapName());
     else
-        putState(json, map);
-    if (!listed) json["listed"] = false;
-    putExtras(json, map);
-    return json;
+        putState(text, map);
+    if (!listed) putMember(text, "listed", false);
+    putExtras(text, map);
+    text += '}';
 }
+
+constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
 
 /// Things that several nodes may share, in the order they were met.
 template <typename T>
 class Shared {
 public:
-    void add(T* thing) {
-        if (thing && indices_.emplace(thing, things_.size()).second) things_.push_back(thing);
+    std::uint32_t add(T* thing) {
+        if (!thing) return kNone;
+        const auto next = static_cast<std::uint32_t>(things_.size());
+        // What has one reference is met once.
+        const std::uint32_t index =
+            thing->NumReferences() == 1 ? next : indices_.emplace(thing, next).first->second;
+        if (index == next) things_.push_back(thing);
+        return index;
     }
-    std::size_t indexOf(T* thing) const { return indices_.at(thing); }
     const std::vector<T*>& things() const { return things_; }
 
 private:
     std::vector<T*> things_;
-    std::unordered_map<const T*, std::size_t> indices_;
+    std::unordered_map<const T*, std::uint32_t> indices_;
 };
 
-class Writer {
-public:
-    explicit Writer(const Scene& scene) : scene_(scene), nodes_(subtreeOf(scene.root())) {
-        nodes_.erase(nodes_.begin());
-        for (std::size_t i = 0; i < nodes_.size(); ++i) indices_.emplace(nodes_[i], i);
-        for (Texmap* const map : scene.texmaps()) maps_.add(map);
-        for (const Node* const node : nodes_) {
-            objects_.add(node->GetObjectRef());
-            maps_.add(node->GetTexmap());
-        }
-    }
-
-    std::string text() {
-        text_ = "{\n\"format\": \"" + std::string(kSceneFormat) +
-                "\",\n\"version\": " + std::to_string(kSceneVersion) + ",\n\"root\": ";
-        Json root = Json::object();
-        putExtras(root, *scene_.root());
-        append(root);
-        const std::size_t listed = scene_.texmaps().size();
-        section("texmaps", maps_.things(), [&](const Texmap* map) {
-            return texmapJson(*map, maps_.indexOf(const_cast<Texmap*>(map)) < listed);
-        });
-        section("objects", objects_.things(), [](const Object* one) { return objectJson(*one); });
-        section("nodes", nodes_, [&](const Node* node) { return nodeJson(*node); });
-        text_ += ",\n\"selection\": ";
-        Json selection = Json::array();
-        scene_.selection().forEach([&](Node* node) { selection.push_back(indices_.at(node)); });
-        append(selection);
-        text_ += "\n}\n";
-        return std::move(text_);
-    }
-
-private:
-    void append(const Json& json) {
-        text_ += json.dump(-1, ' ', false, Json::error_handler_t::replace);
-    }
-
-    template <typename T, typename ToJson>
-    void section(const char* name, const std::vector<T*>& things, ToJson&& toJson) {
-        text_ += ",\n\"" + std::string(name) + "\": [";
-        const char* separator = "\n";
-        for (const T* const thing : things) {
-            text_ += separator;
-            append(toJson(thing));
-            separator = ",\n";
-        }
-        text_ += things.empty() ? "]" : "\n]";
-    }
-
-    Json nodeJson(const Node& node) const {
-        Json json = {{"name", node.name()}};
-        if (node.parent() != scene_.root()) json["parent"] = indices_.at(node.parent());
-        if (Object* const object = node.GetObjectRef()) json["object"] = objects_.indexOf(object);
-        if (Texmap* const map = node.GetTexmap()) json["texmap"] = maps_.indexOf(map);
-        if (!isPlainIdentity(node.GetLocalTM(0)))
-            json["transform"] = matrixJson(node.GetLocalTM(0));
-        if (node.IsHidden()) json["hidden"] = true;
-        if (node.IsGroupHead()) json["groupHead"] = true;
-        if (node.IsGroupMember()) json["groupMember"] = true;
-        json["wire"] = node.GetWireColor();
-        putExtras(json, node);
-        return json;
-    }
-
-    const Scene& scene_;
-    std::vector<Node*> nodes_;  // parents before children, siblings in order; without the root
-    std::unordered_map<const Node*, std::size_t> indices_;
-    Shared<Texmap> maps_;
-    Shared<Object> objects_;
-    std::string text_;
+/// A node, and where in the file that stands which it refers to.
+struct Line {
+    const Node* node;
+    std::uint32_t parent, object, map;
 };
 
 }  // namespace
 
-std::string writtenScene(const Scene& scene) {
-    return Writer(scene).text();
+struct SceneWriter::Impl {
+    explicit Impl(const Scene& shown);
+
+    bool next(std::string& text);
+    /// The next of a section's things, with what stands before it, or else the section's end.
+    template <typename List, typename Put>
+    void nextOf(const char* name, const List& list, std::string& text, Put&& put);
+    void putNode(std::string& text, const Line& line) const;
+    void putHead(std::string& text) const;
+    void putSelection(std::string& text) const;
+
+    const Scene& scene;
+    std::size_t listed;  // maps in the scene's list, which come first
+    Shared<Texmap> maps;
+    Shared<::Object> objects;
+    std::vector<Line> lines;  // parents before children, siblings in order; without the root
+    std::vector<std::uint32_t> selection;
+    enum class Section { kHead, kMaps, kObjects, kNodes, kSelection, kEnd };
+    Section section = Section::kHead;
+    std::size_t index = 0;    // in the section
+    std::size_t written = 0;  // pieces
+};
+
+SceneWriter::Impl::Impl(const Scene& shown) : scene(shown), listed(shown.texmaps().size()) {
+    for (Texmap* const map : scene.texmaps()) maps.add(map);
+    std::unordered_map<const Node*, std::uint32_t> selected;
+    lines.reserve(scene.nodeCount());
+    std::vector<std::pair<const Node*, std::uint32_t>> pending;
+    const auto addChildren = [&](const Node* parent, std::uint32_t line) {
+        const auto first = static_cast<std::ptrdiff_t>(pending.size());
+        parent->children().forEach([&](const Node* child) { pending.emplace_back(child, line); });
+        std::reverse(pending.begin() + first, pending.end());
+    };
+    addChildren(scene.root(), kNone);
+    while (!pending.empty()) {
+        const auto [node, parent] = pending.back();
+        pending.pop_back();
+        const auto own = static_cast<std::uint32_t>(lines.size());
+        if (own == kNone) throw std::length_error("there are too many nodes");
+        const std::uint32_t object = objects.add(node->GetObjectRef());
+        lines.push_back({node, parent, object, maps.add(node->GetTexmap())});
+        if (node->Selected()) selected.emplace(node, own);
+        addChildren(node, own);
+    }
+    scene.selection().forEach([&](const Node* node) { selection.push_back(selected.at(node)); });
+}
+
+void SceneWriter::Impl::putNode(std::string& text, const Line& line) const {
+    const Node& node = *line.node;
+    text += '{';
+    putName(text, "name");
+    putText(text, node.name());
+    if (line.parent != kNone) putMember(text, "parent", line.parent);
+    if (line.object != kNone) putMember(text, "object", line.object);
+    if (line.map != kNone) putMember(text, "texmap", line.map);
+    if (const Matrix3 local = node.GetLocalTM(0); !isPlainIdentity(local)) putMatrix(text, local);
+    if (node.IsHidden()) putMember(text, "hidden", true);
+    if (node.IsGroupHead()) putMember(text, "groupHead", true);
+    if (node.IsGroupMember()) putMember(text, "groupMember", true);
+    putMember(text, "wire", node.GetWireColor());
+    putExtras(text, node);
+    text += '}';
+}
+
+void SceneWriter::Impl::putHead(std::string& text) const {
+    text += "{\n\"format\": \"" + std::string(kSceneFormat) +
+            "\",\n\"version\": " + std::to_string(kSceneVersion) + ",\n\"root\": {";
+    putExtras(text, *scene.root());
+    text += '}';
+}
+
+void SceneWriter::Impl::putSelection(std::string& text) const {
+    text += ",\n\"selection\": ";
+    NumberList list(text);
+    for (const std::uint32_t one : selection) list.add(one);
+    list.end();
+    text += "\n}\n";
+}
+
+template <typename List, typename Put>
+void SceneWriter::Impl::nextOf(const char* name, const List& list, std::string& text, Put&& put) {
+    if (index == 0) text.append(",\n\"").append(name).append("\": [");
+    if (index < list.size()) {
+        text += index == 0 ? "\n" : ",\n";
+        put(list[index++]);
+        ++written;
+        return;
+    }
+    text += list.empty() ? "]" : "\n]";
+    section = static_cast<Section>(static_cast<int>(section) + 1);
+    index = 0;
+}
+
+bool SceneWriter::Impl::next(std::string& text) {
+    switch (section) {
+        case Section::kHead:
+            putHead(text);
+            section = Section::kMaps;
+            return true;
+        case Section::kMaps:
+            nextOf("texmaps", maps.things(), text,
+                   [&](const Texmap* map) { putTexmap(text, *map, index <= listed); });
+            return true;
+        case Section::kObjects:
+            nextOf("objects", objects.things(), text,
+                   [&](const ::Object* one) { putObject(text, *one); });
+            return true;
+        case Section::kNodes:
+            nextOf("nodes", lines, text, [&](const Line& line) { putNode(text, line); });
+            return true;
+        case Section::kSelection:
+            putSelection(text);
+            section = Section::kEnd;
+            break;
+        case Section::kEnd:
+            break;
+    }
+    return false;
+}
+
+SceneWriter::SceneWriter(const Scene& scene) : impl_(std::make_unique<Impl>(scene)) {}
+SceneWriter::~SceneWriter() = default;
+
+bool SceneWriter::next(std::string& text) {
+    return impl_->next(text);
+}
+
+double SceneWriter::fraction() const noexcept {
+    const std::size_t all =
+        impl_->maps.things().size() + impl_->objects.things().size() + impl_->lines.size();
+    return all == 0 ? 1.0 : static_cast<double>(impl_->written) / static_cast<double>(all);
 }
 
 }  // namespace kiln

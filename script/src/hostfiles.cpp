@@ -19,10 +19,6 @@ kiln::Core& core() {
     return *core;
 }
 
-void require(const kiln::Status& status) {
-    if (!status.ok()) throw Failure(status.message());
-}
-
 // What the plug-in said of its work.
 Value require(const kiln::ImportResult& result, const std::string& path) {
     if (result.ok()) return Value(result.message);
@@ -94,11 +90,11 @@ void addFileVerbs(Engine& engine) {
         return Value(Done{});
     });
     engine.addVerb("openScene", "path", [](const Arguments& arguments) {
-        require(core().loadScene(arguments.text(0)));
+        require(core().loadScene(arguments.text(0)), arguments.text(0));
         return Value(Done{});
     });
     engine.addVerb("saveScene", "path", [](const Arguments& arguments) {
-        require(core().saveScene(arguments.text(0)));
+        require(core().saveScene(arguments.text(0)), arguments.text(0));
         return Value(Done{});
     });
     engine.addVerb("importFile", "path", [](const Arguments& arguments) {

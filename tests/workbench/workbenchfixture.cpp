@@ -68,8 +68,8 @@ void WorkbenchTest::TearDown() {
 void WorkbenchTest::makeScene(const std::string& path) {
     Interface& host = kiln::Core::create().hostInterface();
     host.CreateObjectNode(new BoxObject(20, 20, 20), "塔楼");
-    const kiln::Status saved = kiln::Core::get()->saveScene(path);
-    ASSERT_TRUE(saved.ok()) << saved.message();
+    const kiln::ImportResult saved = kiln::Core::get()->saveScene(path);
+    ASSERT_TRUE(saved.ok()) << saved.message;
     kiln::Core::destroy();
 }
 

@@ -1,6 +1,8 @@
 // Files that are written whole or not at all.
 #pragma once
 
+#include <base/file.h>
+
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -34,6 +36,24 @@ private:
     std::filesystem::path target_;  // where links lead
     std::filesystem::path temporary_;
     std::string name_;
+};
+
+/// A replacement that is written piece by piece.
+class ReplacementWriter {
+public:
+    /// Throws as `FileReplacement`, as all of its functions do.
+    explicit ReplacementWriter(const std::string& path);
+
+    void write(std::string_view bytes);
+    /// Closes what was written and has it take the file's place.
+    void takePlace();
+
+private:
+    [[noreturn]] void refuseWriting() const;
+
+    std::string path_;
+    FileReplacement replacement_;
+    File file_;
 };
 
 /// Replaces the file at `path` (UTF-8), or makes it, with `bytes` for its content. Throws as

@@ -207,7 +207,8 @@ void WorkbenchApp::loadPlugins(const std::string& folder) {
 }
 
 void WorkbenchApp::openAtStart(const Options& options) {
-    if (!options.file.empty()) {
+    const bool isRecovered = window_->recovery().offer();
+    if (!options.file.empty() && !isRecovered) {
         const std::string path = absolutePath(options.file);
         const kiln::ImportResult result = window_->files().openFile(path);
         if (!result.ok() && result.code != IMPEXP_CANCEL)

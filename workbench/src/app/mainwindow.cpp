@@ -16,7 +16,8 @@ namespace workbench {
 namespace {
 
 constexpr wchar_t kClassName[] = L"WorkbenchMain";
-constexpr UINT kRefreshMessage = WM_APP + 1, kRaiseMessage = WM_APP + 2;
+constexpr UINT kRefreshMessage = WM_APP + 1, kRaiseMessage = WM_APP + 2,
+               kAskAtEndMessage = WM_APP + 3;
 constexpr UINT_PTR kModifiedTimer = 1;
 constexpr UINT kModifiedMilliseconds = 500;
 
@@ -43,6 +44,7 @@ MainWindow::MainWindow(kiln::Core& core, Settings& settings)
       status_(core.hostInterface(), panes_.status()),
       utilities_(core, panes_.panel(), *this),
       files_(*this, core, *this, userFilePath("recent.txt")),
+      recovery_(*this, core, files_, userFilePath("recovery")),
       scripts_(*this, core.hostInterface(), [this](const std::string& line) { print(line); }),
       commands_({*this, core, files_, scripts_, view_, panes_.viewport(), utilities_,
                  [this](base::Language language) { speak(language); }}),
@@ -79,11 +81,14 @@ bool MainWindow::OnCreate(const CREATESTRUCTW&) {
         return result.text;
     });
     ::SetTimer(Handle(), kModifiedTimer, kModifiedMilliseconds, nullptr);
+    recovery_.start();
     refreshFrame();
     return true;
 }
 
 void MainWindow::OnDestroy() {
+    // Who closes the window was asked about changes before, unless the session ends without.
+    if (!sessionEnds_) recovery_.discard();
     ::PostQuitMessage(0);
 }
 
@@ -159,6 +164,7 @@ bool MainWindow::OnSetCursor(HWND under, UINT hitTest, UINT message) {
 // ---------------------------------------------------------------- keyboard and commands
 
 bool MainWindow::preTranslate(MSG& message) {
+    recovery_.noteMessage(message);
     if (isPress(message.message)) Post(kRaiseMessage);
     if (message.message < WM_KEYFIRST || message.message > WM_KEYLAST) return false;
     if (!::IsWindowEnabled(Handle())) return false;
@@ -222,6 +228,17 @@ LRESULT MainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         case kRaiseMessage:
             raiseOwned();
             return 0;
+        case WM_QUERYENDSESSION:
+            if (recovery_.mayEndSession()) return TRUE;
+            Post(kAskAtEndMessage);
+            return FALSE;
+        case kAskAtEndMessage:
+            if (recovery_.askAtEnd()) DestroyWindow();
+            return 0;
+        case WM_ENDSESSION:
+            sessionEnds_ = wParam != 0;
+            if (sessionEnds_) recovery_.endSession();
+            return 0;
         case WM_INITMENU:
             menu_.refresh(files_.recent());
             break;
@@ -232,6 +249,7 @@ LRESULT MainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 void MainWindow::OnTimer(UINT_PTR id) {
+    if (recovery_.onTimer(id)) return;
     if (id == kModifiedTimer) refreshTitle();
 }
 

@@ -6,6 +6,7 @@
 #include "menubar.h"
 #include "notifications.h"
 #include "panes.h"
+#include "recovery.h"
 #include "scenefiles.h"
 #include "sceneview.h"
 #include "scriptfiles.h"
@@ -42,6 +43,7 @@ public:
     Viewport& viewport() { return panes_.viewport(); }
     SceneView& view() { return view_; }
     SceneFiles& files() { return files_; }
+    Recovery& recovery() { return recovery_; }
     ScriptFiles& scripts() { return scripts_; }
     const Utilities& utilities() const { return utilities_; }
     kiln::Core& core() { return core_; }
@@ -75,7 +77,10 @@ private:
     // SceneFilesClient
     void sceneReplaced() override;
     void fileChanged() override { refreshFrame(); }
-    void setBusy(bool busy) override { view_.scene().hold(busy); }
+    void setBusy(bool busy) override {
+        view_.scene().hold(busy);
+        recovery_.setBusy(busy);
+    }
 
     /// Keeps the language, and shows everything that is open in it.
     void speak(base::Language language);
@@ -92,12 +97,14 @@ private:
     StatusTexts status_;
     Utilities utilities_;
     SceneFiles files_;
+    Recovery recovery_;
     ScriptFiles scripts_;
     CommandTable commands_;
     MenuBar menu_;
     HostSide hostSide_;
     Notifications notifications_;
     bool refreshPosted_ = false;
+    bool sessionEnds_ = false;
 };
 
 }  // namespace workbench

@@ -5,9 +5,11 @@
 #include "filenames.h"
 #include "wording.h"
 
+#include <base/paths.h>
 #include <framework/cwaitcursor.h>
 
 #include <algorithm>
+#include <filesystem>
 
 using framework::CWaitCursor, framework::FileFilter, framework::askOpenFile, framework::askSaveFile;
 
@@ -89,18 +91,18 @@ private:
     SceneFilesClient& client_;
 };
 
-kiln::ImportResult resultOf(const kiln::Status& status) {
-    if (status.ok()) return {IMPEXP_SUCCESS, {}, ImpExpCause::kOther};
-    return {IMPEXP_FAIL, status.message(), ImpExpCause::kOther};
-}
-
 }  // namespace
 
+std::string SceneFiles::sceneName() const {
+    return path_.empty() ? sourceName_ : fileName(path_);
+}
+
 std::string SceneFiles::title() const {
-    std::string name = fileName(path_);
+    std::string name = sceneName();
     if (name.empty())
-        name = sourceName_.empty() ? textOf(TextId::kUntitled)
-                                   : textOf(TextId::kImported, {sourceName_});
+        name = textOf(TextId::kUntitled);
+    else if (path_.empty())
+        name = textOf(TextId::kImported, {name});
     return name + (core_.isModified() ? " *" : "");
 }
 
@@ -186,32 +188,28 @@ void SceneFiles::openOrTell(const std::string& path) {
     const kiln::ImportResult result = openFile(path);
     if (result.ok() || result.code == IMPEXP_CANCEL) return;
     showFailure(TextId::kCannotOpen, path, result);
-    if (result.cause == ImpExpCause::kUnreadable) recent_.remove(path);
 }
 
 kiln::ImportResult SceneFiles::openFile(const std::string& path) {
     const auto start = std::chrono::steady_clock::now();
     const std::string formerPath = path_, formerSource = sourceName_;
     const bool own = hasExtension(path, "kiln");
-    kiln::ImportResult result;
-    if (own) {
-        const CWaitCursor wait;
-        result = resultOf(core_.loadScene(path));
-        if (result.ok())
-            result.message =
-                textOf(TextId::kOpenedNodes,
-                       {counted(static_cast<std::size_t>(core_.hostInterface().GetNodeCount()),
-                                TextId::kOneNode, TextId::kNodes)});
-    } else {
-        result = run(textOf(TextId::kOpening, {fileName(path)}),
-                     [&](const kiln::ProgressFunction& progress) {
-                         return core_.openImported(path, progress);
-                     });
-    }
+    kiln::ImportResult result = run(
+        textOf(TextId::kOpening, {fileName(path)}), [&](const kiln::ProgressFunction& progress) {
+            return own ? core_.loadScene(path, progress) : core_.openImported(path, progress);
+        });
+    if (own && result.ok())
+        result.message =
+            textOf(TextId::kOpenedNodes,
+                   {counted(static_cast<std::size_t>(core_.hostInterface().GetNodeCount()),
+                            TextId::kOneNode, TextId::kNodes)});
     if (!result.ok()) {
         // The scene that came back is another one to those who were told of a new one.
         path_ = formerPath;
         sourceName_ = formerSource;
+        std::error_code unknown;
+        if (!std::filesystem::exists(base::pathFrom(path), unknown) && !unknown)
+            recent_.remove(path);
         return result;
     }
     if (!own) sourceName_ = fileName(path);
@@ -219,6 +217,21 @@ kiln::ImportResult SceneFiles::openFile(const std::string& path) {
     printResult(path, result, start);
     client_.sceneReplaced();
     return result;
+}
+
+bool SceneFiles::recover(const std::string& aside, const std::string& name) {
+    const std::string formerFolder = core_.hostInterface().GetDir(KILN_SCENE_DIR);
+    const kiln::ImportResult result = run(
+        textOf(TextId::kOpening, {name}),
+        [&](const kiln::ProgressFunction& progress) { return core_.loadScene(aside, progress); });
+    if (result.code == IMPEXP_FAIL) showFailure(TextId::kCannotOpen, aside, result);
+    if (!result.ok()) return false;
+    core_.setDirectory(KILN_SCENE_DIR, formerFolder);
+    path_.clear();
+    sourceName_ = name;
+    core_.setModified(true);
+    client_.sceneReplaced();
+    return true;
 }
 
 // ---------------------------------------------------------------- import and export
@@ -319,13 +332,21 @@ bool SceneFiles::saveAs() {
     return path && saveTo(*path);
 }
 
+// False when the user would rather keep what somebody else has made of the file.
+bool SceneFiles::mayReplace(const std::string& path) {
+    if (!core_.fileWasChanged(path)) return true;
+    return owner_.ShowMessage(textOf(TextId::kChangedOnDisk, {fileName(path)}),
+                              MB_YESNO | MB_DEFBUTTON2 | MB_ICONWARNING, kProgramName) == IDYES;
+}
+
 bool SceneFiles::saveTo(const std::string& path) {
-    const CWaitCursor wait;
-    const kiln::Status status = core_.saveScene(path);
-    if (!status.ok()) {
-        showFailure(TextId::kCannotSave, path, resultOf(status));
-        return false;
-    }
+    if (!mayReplace(path)) return false;
+    const kiln::ImportResult result = run(
+        textOf(TextId::kSaving, {fileName(path)}),
+        [&](const kiln::ProgressFunction& progress) { return core_.saveScene(path, progress); });
+    if (result.code == IMPEXP_CANCEL) client_.print(textOf(TextId::kLogSavingCancelled));
+    if (result.code == IMPEXP_FAIL) showFailure(TextId::kCannotSave, path, result);
+    if (!result.ok()) return false;
     recent_.add(path);
     client_.print(textOf(TextId::kLogSaved, {fileName(path)}));
     client_.fileChanged();

@@ -38,12 +38,18 @@ public:
 
     /// "tower.kiln", with a star when there are changes that are not saved.
     std::string title() const;
+    /// What the user calls the scene: its file's name, or that of the one it was imported from;
+    /// empty for none.
+    std::string sceneName() const;
     /// The files that were opened, imported or saved last, newest first.
     const std::vector<std::string>& recent() const { return recent_.paths(); }
 
     /// Opens a .kiln scene, or any other file that a plug-in imports, in place of the scene. The
     /// message is then a summary. After a failure the scene is as it was.
     kiln::ImportResult openFile(const std::string& path);
+    /// Opens a scene that was saved aside, of which the user calls it `name`. It is one that has no
+    /// file yet and has changes. False, and the user was told, when it cannot be opened.
+    bool recover(const std::string& aside, const std::string& name);
     /// Exports behind a progress dialog. After anything but success a file that was there is as it
     /// was.
     kiln::ImportResult exportFile(const std::string& path, const kiln::ExportChoice& choice);
@@ -74,8 +80,9 @@ private:
     std::string suggestion(const std::string& name) const;
     bool choosePart(kiln::ExportChoice& choice, std::string& name);
     void openOrTell(const std::string& path);
+    bool mayReplace(const std::string& path);
     bool saveTo(const std::string& path);
-    /// Runs an import or export behind a progress dialog.
+    /// Reads or writes a file behind a progress dialog.
     kiln::ImportResult run(const std::string& title, const Work& work);
     void printResult(const std::string& path, const kiln::ImportResult& result,
                      std::chrono::steady_clock::time_point start);

@@ -15,15 +15,16 @@
 
 namespace kiln {
 
-/// The result of an import or export.
+/// What reading or writing a file came to.
 struct ImportResult {
     int code = IMPEXP_FAIL;  ///< `IMPEXP_SUCCESS`, `IMPEXP_FAIL` or `IMPEXP_CANCEL`
     std::string message;     ///< the summary after success, otherwise why it failed; may be empty
     ImpExpCause cause = ImpExpCause::kOther;  ///< of a failure
     bool ok() const noexcept { return code == IMPEXP_SUCCESS; }
+    explicit operator bool() const noexcept { return ok(); }
 };
 
-/// Asked now and then during an import or export; false cancels it.
+/// Asked now and then while a file is read or written; false cancels it.
 using ProgressFunction = std::function<bool(double fraction, const char* what)>;
 
 /// A version of a file format that an exporter writes.
@@ -97,16 +98,20 @@ public:
     /// Empties the scene and puts the time back to 0. Sends also `NOTIFY_SCENE_RESET`.
     void resetScene();
     /// Opens a .kiln file in place of the scene. A file that cannot be read or is damaged is
-    /// refused with a message that says where, and the scene stays as it was.
+    /// refused with a message that says where. The new scene is read beside the one that is shown:
+    /// after anything but success that one is as it was.
     /// Sends `NOTIFY_SCENE_PRE_CLEAR` and `NOTIFY_SCENE_OPENED`.
-    Status loadScene(const std::string& path);
-    /// Writes the scene to a temporary file beside `path` and renames it to `path`. After a failure
-    /// a file that was there before is as it was. Sends `NOTIFY_SCENE_SAVED`.
-    Status saveScene(const std::string& path);
+    ImportResult loadScene(const std::string& path, const ProgressFunction& progress = {});
+    /// Writes the scene to a temporary file beside `path` and renames it to `path`. After anything
+    /// but success a file that was there before is as it was. Sends `NOTIFY_SCENE_SAVED`.
+    ImportResult saveScene(const std::string& path, const ProgressFunction& progress = {});
+    /// Whether `path` is the file that the scene was opened from or saved to last, and its content
+    /// is another by now.
+    bool fileWasChanged(const std::string& path) const;
     /// The scene as the text of a .kiln file, and back, without a file and without its
     /// notifications of saving; `path` stands in messages.
     std::string sceneText() const;
-    Status loadSceneText(const std::string& text, const std::string& path);
+    ImportResult loadSceneText(const std::string& text, const std::string& path);
     /// Whether the scene is another than was made, opened or saved: undoing back to that makes it
     /// unmodified again. Changes that a plug-in makes inside a chunk go unseen until it says so
     /// with `Animatable::NotifyAppDataChanged`.
@@ -143,6 +148,7 @@ public:
     ClassDesc* openedUtility() const noexcept;
 
 private:
+    friend class SceneText;
     Core();
     ~Core();
     struct Impl;
