@@ -83,3 +83,23 @@ void FltDefinitions::read(INode* root) {
         }
     }
 }
+
+FltShownNodes::FltShownNodes(INode* top) {
+    FltDefinitions definitions;
+    std::vector<INode*> pending;
+    const auto show = [&](INode* node) {
+        if (node && tops_.insert(node).second) pending.push_back(node);
+    };
+    show(top);
+    while (!pending.empty()) {
+        INode* const node = pending.back();
+        pending.pop_back();
+        show(definitions.of(node));
+        for (int i = node->NumberOfChildren(); i-- > 0;) pending.push_back(node->GetChildNode(i));
+    }
+}
+
+bool FltShownNodes::contains(INode* node) const {
+    while (node && !tops_.contains(node)) node = node->GetParentNode();
+    return node != nullptr;
+}

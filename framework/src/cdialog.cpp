@@ -62,6 +62,13 @@ void showOwnersIcon(HWND dialog) {
         ::SendMessageW(dialog, WM_SETICON, size, ::SendMessageW(owner, WM_GETICON, size, 0));
 }
 
+bool isPushButton(HWND control) {
+    const LRESULT code = ::SendMessageW(control, WM_GETDLGCODE, 0, 0);
+    if (code & (DLGC_DEFPUSHBUTTON | DLGC_UNDEFPUSHBUTTON)) return true;
+    const LONG type = ::GetWindowLongW(control, GWL_STYLE) & BS_TYPEMASK;
+    return (code & DLGC_BUTTON) && type == BS_OWNERDRAW;
+}
+
 }  // namespace
 
 CDialog::~CDialog() {
@@ -139,6 +146,17 @@ void CDialog::EndDialog(INT_PTR result) {
     } else {
         Hide();
     }
+}
+
+bool CDialog::Navigate(HWND dialog, MSG& message) noexcept {
+    const bool enter = message.message == WM_KEYDOWN && message.wParam == VK_RETURN;
+    if (!enter || !isPushButton(message.hwnd)) return ::IsDialogMessageW(dialog, &message) != FALSE;
+    constexpr LPARAM kHeldDown = LPARAM{1} << 30;
+    if (!(message.lParam & kHeldDown))
+        ::SendMessageW(::GetParent(message.hwnd), WM_COMMAND,
+                       MAKEWPARAM(::GetDlgCtrlID(message.hwnd), BN_CLICKED),
+                       reinterpret_cast<LPARAM>(message.hwnd));
+    return true;
 }
 
 void CDialog::UpdateData(bool save) {

@@ -67,7 +67,7 @@ bool DialogNavigation::translate(MSG& message) noexcept {
         reportCurrentException();
         return true;
     }
-    return ::IsDialogMessageW(window, &message) != FALSE;
+    return CDialog::Navigate(window, message);
 }
 
 CDialog* DialogNavigation::dialogOf(HWND window) noexcept {

@@ -88,7 +88,7 @@ void CGridCtrl::ExtentChanged() {
         focus_ = {};
         anchor_ = {};
         selection_ = {};
-    } else if (!IsValid(selection_.last) || !IsValid(anchor_)) {
+    } else if (!selection_.IsEmpty() && (!IsValid(selection_.last) || !IsValid(anchor_))) {
         anchor_ = focus_;
         selection_ = {focus_, focus_};
     }
@@ -197,6 +197,12 @@ void CGridCtrl::SelectRange(const CellRange& range) {
     selection_ = CellRange::Between(range.first, range.last);
     anchor_ = selection_.first;
     if (!selection_.Contains(focus_)) focus_ = selection_.first;
+    InvalidateAll();
+}
+
+void CGridCtrl::Deselect() {
+    anchor_ = focus_;
+    selection_ = focused_ && IsValid(focus_) ? CellRange{focus_, focus_} : CellRange{};
     InvalidateAll();
 }
 

@@ -190,6 +190,7 @@ void CGridCtrl::OnSetFocus(HWND) {
     // Without a focus cell nothing would show that the grid has the keyboard.
     if (!IsValid(focus_) && FirstFreeCell().IsValid() && !isDown(VK_LBUTTON))
         MoveFocus(FirstFreeCell(), false);
+    if (selection_.IsEmpty()) Deselect();
     InvalidateAll();
 }
 

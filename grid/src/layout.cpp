@@ -86,6 +86,11 @@ void CGridCtrl::ExpandColumnsToFit() {
     InvalidateAll();
 }
 
+double CGridCtrl::ColumnShare(int column) const noexcept {
+    const bool known = column >= 0 && static_cast<size_t>(column) < shares_.size();
+    return known ? shares_[static_cast<size_t>(column)] : 0;
+}
+
 void CGridCtrl::ResizeColumn(int column, int width) {
     const int least = Scaled(kMinColumnWidth);
     const int right = columnCount_ - 1 - column;

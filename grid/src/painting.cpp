@@ -101,10 +101,11 @@ void CGridCtrl::PaintCell(HDC dc, CellId id, const RECT& area) const {
     const bool active = selected && focused_;
     const bool readOnly = editable_ && !fixed && !CanEdit(id);
 
-    COLORREF back = background_;
+    COLORREF back = ::GetSysColor(fixed ? COLOR_BTNFACE : COLOR_WINDOW);
     COLORREF textColor = ::GetSysColor(IsEnabled() ? COLOR_WINDOWTEXT : COLOR_GRAYTEXT);
-    if (readOnly && IsEnabled()) textColor = between(textColor, background_);
-    if (fixed || selected) back = ::GetSysColor(COLOR_BTNFACE);
+    if (readOnly && IsEnabled()) textColor = between(textColor, back);
+    // Pale without the keyboard, and never the gray of a heading.
+    if (selected && !fixed) back = between(back, ::GetSysColor(COLOR_HIGHLIGHT));
     if (active) {
         back = ::GetSysColor(COLOR_HIGHLIGHT);
         textColor = ::GetSysColor(COLOR_HIGHLIGHTTEXT);

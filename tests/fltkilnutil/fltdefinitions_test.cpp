@@ -70,6 +70,24 @@ TEST_F(Definitions, AreLookedForInTheirOwnDatabaseFirst) {
     EXPECT_EQ(definitions.of(nullptr), nullptr);
 }
 
+TEST_F(Definitions, WhatANodeShowsGoesThroughReferences) {
+    INode* const outer = define(nullptr, 1);
+    INode* const inner = define(nullptr, 2);
+    INode* const deep = add(inner, FltNodeKind::Group);
+    INode* const useOfInner = refer(add(outer, FltNodeKind::Group), 2);
+    INode* const group = add(nullptr, FltNodeKind::Group);
+    INode* const useOfOuter = refer(group, 1);
+    refer(inner, 1);  // a scene that is endless already
+    INode* const beside = add(nullptr, FltNodeKind::Group);
+    const FltShownNodes shown(group);
+    for (INode* const node : {group, useOfOuter, outer, useOfInner, inner, deep})
+        EXPECT_TRUE(shown.contains(node));
+    for (INode* const node : {beside, group->GetParentNode(), static_cast<INode*>(nullptr)})
+        EXPECT_FALSE(shown.contains(node));
+    EXPECT_FALSE(FltShownNodes(deep).contains(inner));
+    EXPECT_FALSE(FltShownNodes(nullptr).contains(group));
+}
+
 TEST_F(Definitions, DamagedRecordsDefineAndFindNothing) {
     INode* const damaged = define(nullptr, 1);
     INode* const sound = define(nullptr, 1);

@@ -211,6 +211,16 @@ TEST_F(ShownForm, IsNavigatedByKeyboardInALoopThatKnowsNothingOfIt) {
     EXPECT_TRUE(form.HasWindow()) << "a modeless dialog is hidden, not destroyed";
 }
 
+// Also where a click or the program has moved the keyboard there, which makes no default button.
+TEST_F(ShownForm, EnterPressesTheButtonThatHasTheKeyboard) {
+    for (const int id : {IDC_OTHER_PICTURE, IDC_APPLY, IDC_PICTURE}) {
+        ::SetFocus(form.Item(id));
+        form.commands.clear();
+        key(VK_RETURN);
+        EXPECT_EQ(form.commands, std::vector<int>{id});
+    }
+}
+
 TEST_F(ShownForm, LeavesTheKeysOfOtherWindowsAlone) {
     CEdit other;
     ASSERT_TRUE(other.CreateEx(0, L"EDIT", "", WS_POPUP | WS_VISIBLE | ES_MULTILINE,

@@ -63,12 +63,18 @@ std::vector<Sent> Client::take() {
 BrowserTest::BrowserTest() {
     kiln::Core::create().setDirectory(KILN_PLUGIN_DIR, std::filesystem::current_path().string());
     browser().setTitle(nullptr);
+    forgetPlace();
 }
 
 BrowserTest::~BrowserTest() {
     browser().destroy();
     testinput::pump();
     kiln::Core::destroy();
+    forgetPlace();
+}
+
+void BrowserTest::forgetPlace() {
+    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Tessera\\Browser");
 }
 
 void BrowserTest::open(bool shown) {

@@ -95,6 +95,9 @@ protected:
 
     static HWND grid() { return control(IDC_GRID); }
 
+    /// The remembered place of the form, for all display scalings.
+    static void forgetPlace();
+
     Client client;
     MessageBoxes boxes;
 };

@@ -7,17 +7,68 @@
 
 #include <commoncontrols.h>
 
+#include <algorithm>
 #include <functional>
 
 namespace {
 
-class BrowserForm : public BrowserTest {};
-
-SIZE sizeOf(HWND window) {
+RECT areaInForm(HWND form, HWND control) {
     RECT area{};
-    GetWindowRect(window, &area);
-    return {area.right - area.left, area.bottom - area.top};
+    GetWindowRect(control, &area);
+    MapWindowPoints(nullptr, form, reinterpret_cast<POINT*>(&area), 2);
+    return area;
 }
+
+class BrowserForm : public BrowserTest {
+protected:
+    /// Every control lies in the form's client area, and each in the frame of its side.
+    static void expectWhole() {
+        RECT client{};
+        GetClientRect(form(), &client);
+        const auto contains = [](const RECT& outer, const RECT& inner) {
+            RECT both{};
+            UnionRect(&both, &outer, &inner);
+            return EqualRect(&both, &outer) && !IsRectEmpty(&inner);
+        };
+        for (HWND child = GetWindow(form(), GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
+            EXPECT_TRUE(contains(client, areaInForm(form(), child))) << GetDlgCtrlID(child);
+        const RECT side = areaInForm(form(), control(IDC_PROPERTY_GROUP));
+        for (const int id : {IDC_NAME, IDC_ITEM_SPIN, IDC_COMMENT, IDC_GRID})
+            EXPECT_TRUE(contains(side, areaInForm(form(), control(id)))) << id;
+        EXPECT_TRUE(
+            contains(areaInForm(form(), control(IDC_TREE_GROUP)), areaInForm(form(), tree())));
+        EXPECT_LE(areaInForm(form(), control(IDC_NAME)).right,
+                  areaInForm(form(), control(IDC_ITEM_SPIN)).left);
+    }
+
+    /// Pulls the splitter with the mouse; gives how much wider the tree has become.
+    static int pullSplitter(int distance) {
+        const RECT left = areaInForm(form(), control(IDC_TREE_GROUP));
+        const RECT right = areaInForm(form(), control(IDC_PROPERTY_GROUP));
+        const POINT at{(left.right + right.left) / 2, (left.top + left.bottom) / 2};
+        const int before = static_cast<int>(sizeOf(tree()).cx);
+        testinput::drag(form(), at, {at.x + distance, at.y});
+        return static_cast<int>(sizeOf(tree()).cx) - before;
+    }
+    /// Where the line between the grid's columns is in its heading.
+    static int dividerAt() {
+        RECT client{};
+        GetClientRect(grid(), &client);
+        for (int x = 10; x < client.right - 10; ++x)
+            if (testinput::pixel(grid(), {x, 2}) == GetSysColor(COLOR_BTNSHADOW)) return x;
+        return -1;
+    }
+    static SIZE sizeOf(HWND window) {
+        RECT area{};
+        GetWindowRect(window, &area);
+        return {area.right - area.left, area.bottom - area.top};
+    }
+    static RECT place() {
+        RECT area{};
+        GetWindowRect(form(), &area);
+        return area;
+    }
+};
 
 TEST_F(BrowserForm, IsCreatedOnlyForAClientThatAnswers) {
     client.allowsForm = false;
@@ -146,6 +197,108 @@ TEST_F(BrowserForm, ASceneChangeLeavesOnlyRefresh) {
     EXPECT_EQ(TreeView_GetCount(tree()), 2u);
 }
 
+class BrowserFollowing : public BrowserTest {
+protected:
+    void SetUp() override {
+        owner = CreateWindowExW(0, L"STATIC", L"owner", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 900, 600,
+                                300, 200, nullptr, nullptr, nullptr, nullptr);
+        ASSERT_EQ(browser().create(owner, Client::callback, 0, &client), tessera::kBrowserDone);
+        client.onEvent = [this](const Sent& sent) {
+            if (sent.event != BrowserEvent::kRebuild) return;
+            ++rebuilt;
+            fill();
+        };
+        fill();
+        browser().show(1);
+        ASSERT_TRUE(testinput::activate(form()));
+    }
+    void TearDown() override {
+        browser().destroy();
+        DestroyWindow(owner);
+    }
+    void fill() {
+        browser().delNode(nullptr);
+        root = add(nullptr, "root", rootNode);
+        group = add(root, "group", groupNode);
+        inside = add(group, "inside", insideNode);
+        for (int i = 0; i < 60; ++i) add(root, "further");
+    }
+    static bool follows(int milliseconds = 5000) {
+        return testinput::pumpUntil([] { return isEnabled(IDC_UP); }, milliseconds);
+    }
+
+    HWND owner = nullptr;
+    INode* const rootNode = node(2);
+    INode* const groupNode = node(2);
+    INode* const insideNode = node(2);
+    BrowserItem root = nullptr, group = nullptr, inside = nullptr;
+    int rebuilt = 0;
+};
+
+TEST_F(BrowserFollowing, ComesOnceAndKeepsBranchesPlaceNodeAndKeyboard) {
+    browser().selectNode(inside);
+    TreeView_Expand(tree(), root, TVE_EXPAND);
+    SetFocus(tree());
+    for (int i = 0; i < 5; ++i) {
+        browser().sceneChanged();
+        testinput::pump();
+    }
+    EXPECT_FALSE(isEnabled(IDC_UP));
+    EXPECT_EQ(rebuilt, 0) << "not while the scene still changes";
+    EXPECT_TRUE(follows());
+    EXPECT_TRUE(isExpanded(root) && isExpanded(group));
+    EXPECT_EQ(TreeView_GetFirstVisible(tree()), root);
+    EXPECT_EQ(caret(), inside);
+    EXPECT_NE(text(control(IDC_NAME)).find(L":inside"), std::wstring::npos);
+    EXPECT_EQ(GetFocus(), tree());
+    testinput::pumpUntil([] { return false; }, 400);
+    EXPECT_EQ(rebuilt, 1);
+}
+
+TEST_F(BrowserFollowing, LeavesTheKeyboardWithTheHostAndWaitsForIt) {
+    browser().selectNode(inside);
+    ASSERT_TRUE(testinput::activate(owner));
+    SetFocus(owner);
+    EnableWindow(owner, FALSE);  // as a progress dialog does
+    browser().sceneChanged();
+    EXPECT_FALSE(follows(500));
+    EnableWindow(owner, TRUE);
+    SetCapture(owner);
+    EXPECT_FALSE(follows(300)) << "the mouse is still held";
+    ReleaseCapture();
+    ASSERT_TRUE(testinput::activate(owner));
+    SetFocus(owner);
+    EXPECT_TRUE(follows());
+    EXPECT_EQ(rebuilt, 1);
+    EXPECT_EQ(GetFocus(), owner);
+    EXPECT_EQ(GetForegroundWindow(), owner);
+
+    browser().sceneChanged();
+    browser().show(0);
+    testinput::pumpUntil([] { return false; }, 400);
+    EXPECT_EQ(rebuilt, 1) << "nobody sees it";
+}
+
+TEST_F(BrowserFollowing, ADisabledTreeLooksDisabled) {
+    const auto darkest = [this] {
+        RECT area{};
+        TreeView_GetItemRect(tree(), root, &area, TRUE);
+        int found = 255;
+        for (LONG y = area.top; y < area.bottom; ++y)
+            for (LONG x = area.left; x < area.right; ++x)
+                found = std::min<int>(found, GetGValue(testinput::pixel(tree(), {x, y})));
+        return found;
+    };
+    browser().selectNode(inside);
+    testinput::pump();
+    const int enabled = darkest();
+    EnableWindow(owner, FALSE);
+    browser().sceneChanged();
+    testinput::pump();
+    EXPECT_GT(darkest(), enabled + 40);
+    EnableWindow(owner, TRUE);
+}
+
 TEST_F(BrowserForm, ATreeOfNodesThatMayHaveGoneIsRebuiltBeforeItIsShown) {
     open();
     client.onEvent = [&](const Sent& sent) {
@@ -269,10 +422,117 @@ TEST_F(BrowserForm, SharesItsGrowthOut) {
     EXPECT_EQ(area.top, 0);
     EXPECT_EQ(area.right, whole.cx);
     EXPECT_EQ(area.bottom, whole.cy);
-    // However small it is dragged, nothing gets lost.
+    // However small it is dragged, everything stays whole.
     SetWindowPos(form(), nullptr, 0, 0, 10, 10, SWP_NOMOVE);
-    EXPECT_GT(sizeOf(grid()).cx, 50);
     EXPECT_GT(sizeOf(grid()).cy, 50);
+    expectWhole();
+}
+
+TEST_F(BrowserForm, ASplitterDividesItsWidth) {
+    open();
+    const SIZE whole = sizeOf(form());
+    const int gridBefore = static_cast<int>(sizeOf(grid()).cx);
+    EXPECT_EQ(pullSplitter(60), 60);
+    EXPECT_EQ(sizeOf(grid()).cx, gridBefore - 60);
+    expectWhole();
+    EXPECT_EQ(pullSplitter(-90), -90);
+    expectWhole();
+    // It stops where a side would become too narrow, and the mouse has to come back to it.
+    EXPECT_GT(pullSplitter(-2000), -200);
+    expectWhole();
+    EXPECT_LT(pullSplitter(2000), 600);
+    expectWhole();
+    const int widest = static_cast<int>(sizeOf(tree()).cx);
+    SetWindowPos(form(), nullptr, 0, 0, whole.cx + 300, whole.cy, SWP_NOMOVE);
+    EXPECT_EQ(sizeOf(tree()).cx, widest) << "what the form gains goes to the property side";
+    EXPECT_EQ(pullSplitter(250), 250);
+    expectWhole();
+    SetWindowPos(form(), nullptr, 0, 0, whole.cx, whole.cy, SWP_NOMOVE);
+    EXPECT_EQ(sizeOf(tree()).cx, widest) << "and what it loses, the tree does where it must";
+    expectWhole();
+}
+
+TEST_F(BrowserForm, OpensWhereItWasLeftInThatScaling) {
+    open();
+    const RECT first = place();
+    browser().destroy();
+    open();
+    const RECT again = place();
+    EXPECT_TRUE(EqualRect(&again, &first)) << "nothing was changed";
+    SetWindowPos(form(), nullptr, 40, 50, sizeOf(form()).cx + 100, sizeOf(form()).cy + 30, 0);
+    pullSplitter(70);
+    const int divider = dividerAt();
+    testinput::drag(grid(), {divider, 5}, {divider - 40, 5});
+    const int moved = dividerAt();
+    EXPECT_EQ(moved, divider - 40);
+    const RECT left = place();
+    const LONG treeWidth = sizeOf(tree()).cx;
+    SendMessageW(form(), WM_CLOSE, 0, 0);
+    browser().destroy();
+    open();
+    const RECT restored = place();
+    EXPECT_TRUE(EqualRect(&restored, &left));
+    EXPECT_EQ(sizeOf(tree()).cx, treeWidth);
+    EXPECT_NEAR(dividerAt(), moved, 1);
+    expectWhole();
+}
+
+// Whatever somebody or something has written there.
+TEST_F(BrowserForm, IgnoresAPlaceThatIsNone) {
+    open();
+    const RECT usual = place();
+    const LONG usualTree = sizeOf(tree()).cx;
+    SetWindowPos(form(), nullptr, 40, 50, 0, 0, SWP_NOSIZE);
+    browser().destroy();
+    HKEY key = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, L"Software\\Tessera\\Browser", 0,
+                            KEY_READ | KEY_WRITE, &key),
+              ERROR_SUCCESS);
+    wchar_t name[64] = L"";
+    DWORD length = std::size(name);
+    ASSERT_EQ(RegEnumValueW(key, 0, name, &length, nullptr, nullptr, nullptr, nullptr),
+              ERROR_SUCCESS);
+    for (const wchar_t* text :
+         {L"", L"1 2 3", L"40 50 700 500 0 450 ", L"40 50 700 500 0 450 1", L"700 50 40 500 0 450",
+          L"40 50 700 500 x 450", L"40 50 700 500 0 1000", L"40 50 700 99999999999 0 450"}) {
+        RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text),
+                       static_cast<DWORD>((wcslen(text) + 1) * sizeof *text));
+        open();
+        const RECT now = place();
+        EXPECT_TRUE(EqualRect(&now, &usual)) << text;
+        browser().destroy();
+    }
+    // Off every screen, too small and all tree: it comes where it can be used.
+    const std::wstring odd = L"-9000 -9000 -8990 -8990 90000 999";
+    RegSetValueExW(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(odd.c_str()),
+                   static_cast<DWORD>((odd.size() + 1) * sizeof(wchar_t)));
+    open();
+    EXPECT_GE(place().left, 0);
+    EXPECT_GE(place().top, 0);
+    EXPECT_GE(sizeOf(form()).cx, usual.right - usual.left);
+    EXPECT_GT(sizeOf(tree()).cx, usualTree);
+    expectWhole();
+    RegCloseKey(key);
+}
+
+TEST_F(BrowserForm, OpensBesideTheDialogThatHasTheKeyboard) {
+    const HWND host = CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100,
+                                      50, 1400, 800, nullptr, nullptr, nullptr, nullptr);
+    const HWND page = CreateWindowExW(WS_EX_CONTROLPARENT, L"STATIC", L"", WS_CHILD | WS_VISIBLE,
+                                      900, 100, 200, 400, host, nullptr, nullptr, nullptr);
+    const HWND button = CreateWindowExW(0, L"BUTTON", L"", WS_CHILD | WS_VISIBLE, 10, 10, 80, 20,
+                                        page, nullptr, nullptr, nullptr);
+    ASSERT_TRUE(testinput::activate(host));
+    ASSERT_EQ(browser().create(host, Client::callback, 0, &client), tessera::kBrowserDone);
+    SetFocus(button);
+    browser().show(1);
+    RECT used{}, common{};
+    GetWindowRect(page, &used);
+    const RECT opened = place();
+    EXPECT_FALSE(IntersectRect(&common, &opened, &used));
+    EXPECT_GE(opened.left, 0);
+    browser().destroy();
+    DestroyWindow(host);
 }
 
 TEST_F(BrowserForm, LinesItsControlsUp) {
@@ -290,15 +550,11 @@ TEST_F(BrowserForm, LinesItsControlsUp) {
 }
 
 TEST_F(BrowserForm, ClosingHidesItAndTellsTheClient) {
-    for (const bool byKey : {false, true}) {
+    for (const auto& [message, command] :
+         {std::pair<UINT, WPARAM>{WM_SYSCOMMAND, SC_CLOSE}, std::pair<UINT, WPARAM>{WM_CLOSE, 0}}) {
         open();
-        if (byKey) {
-            SetFocus(tree());
-            testinput::key(VK_ESCAPE);
-        } else {
-            SendMessageW(form(), WM_SYSCOMMAND, SC_CLOSE, 0);
-            testinput::pump();
-        }
+        SendMessageW(form(), message, command, 0);
+        testinput::pump();
         EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kClosed}}));
         EXPECT_FALSE(IsWindowVisible(form()));
         EXPECT_TRUE(browser().show(1)) << "it is only hidden";
@@ -370,7 +626,7 @@ TEST_F(BrowserForm, MayBeDestroyedByAnyEvent) {
         {BrowserEvent::kSelectInHost, [] { push(IDC_SELECT_SET); }},
         {BrowserEvent::kCountSelected, [] { push(IDC_SELECT_GET); }},
         {BrowserEvent::kCreate, [] { push(IDC_CREATE); }},
-        {BrowserEvent::kClosed, [&] { key(VK_ESCAPE); }},
+        {BrowserEvent::kClosed, [] { SendMessageW(form(), WM_SYSCOMMAND, SC_CLOSE, 0); }},
         {BrowserEvent::kRename, rename},
         {BrowserEvent::kCountSwitchChildren, nextWithOpenEditor},
         {BrowserEvent::kSwitchesChanged, openEditor},

@@ -414,6 +414,35 @@ TEST_F(BrowserProperties, FindComparesByTheTypeOfTheAttribute) {
     }
 }
 
+TEST_F(BrowserProperties, SelectedCellsDoNotOutliveTheNode) {
+    const BrowserItem items[] = {add(root, "a", node(2)), add(root, "b", node(2))};
+    browser().selectNode(items[0]);
+    const LONG middles[] = {valueAt(0).y, valueAt(1).y, valueAt(2).y};
+    goTo(0);
+    testinput::key(VK_DOWN, {VK_SHIFT});
+    SetFocus(tree());
+    const auto colors = [&middles] {
+        RECT area{};
+        GetClientRect(grid(), &area);
+        std::vector<COLORREF> found;
+        for (const LONG y : middles)
+            found.push_back(testinput::pixel(grid(), {area.right - 40, y}));
+        return found;
+    };
+    const COLORREF white = GetSysColor(COLOR_WINDOW);
+    const std::vector<COLORREF> before = colors();
+    EXPECT_NE(before[0], white);
+    EXPECT_EQ(before[0], before[1]);
+    EXPECT_NE(before[0], GetSysColor(COLOR_BTNFACE)) << "that would look like a heading";
+    EXPECT_EQ(before[2], white);
+    browser().selectNode(items[1]);
+    testinput::pump();
+    EXPECT_EQ(colors(), std::vector<COLORREF>(3, white));
+    SetFocus(grid());
+    EXPECT_NE(colors()[1], white) << "the focus cell is where it was";
+    EXPECT_EQ(colors()[0], white);
+}
+
 TEST_F(BrowserProperties, TheFirstAttributeOfALightPointDecidesAboutTheSecond) {
     constexpr auto kKind = FltNodeKind::LightPoint;
     INode* const light = node(111);

@@ -1,6 +1,7 @@
 // Selecting and dragging with the mouse and the arrow keys.
 #include "browserfixture.h"
 
+#include <quillon/fltinstance.h>
 #include <quillon/fltopcode.h>
 #include <algorithm>
 #include <string_view>
@@ -326,6 +327,60 @@ TEST_F(BrowserSelection, IllegalDropsAreRefusedWithAMessage) {
     drag(items[0], plain);
     EXPECT_EQ(client.take(), (std::vector<Sent>{{BrowserEvent::kAttach, items[0], plain}}));
     EXPECT_TRUE(boxes.take().empty());
+}
+
+// A reference shows its definition, so neither it nor what holds it can go into that.
+TEST_F(BrowserSelection, NothingIsDroppedIntoWhatItShows) {
+    const auto refused = [&](INode* held, INode* into) {
+        const BrowserItem from = add(root, "from", held);
+        const BrowserItem to = add(root, "to", into);
+        drag(from, to);
+        const bool sent = !client.take().empty();
+        const bool told =
+            boxes.take() == std::vector<std::wstring>{L"非法附加 - 父对象在子对象下方。"};
+        EXPECT_NE(sent, told);
+        return told;
+    };
+    INode* const definition = node(62);
+    INode* const below = node(2);
+    INode* const group = node(2);
+    INode* const reference = node(61);
+    ASSERT_TRUE(fltPutRecord(definition, FltInstanceDef()));
+    ASSERT_TRUE(fltPutRecord(reference, FltInstanceRef()));
+    definition->AttachChild(below, false);
+    group->AttachChild(reference, false);
+    for (INode* const held : {reference, group})
+        for (INode* const into : {definition, below}) EXPECT_TRUE(refused(held, into));
+    EXPECT_FALSE(refused(definition, group)) << "beside the reference it is in its place";
+    EXPECT_FALSE(refused(node(2), below));
+}
+
+TEST_F(BrowserSelection, ADropTargetIsFramedAndAForbiddenOneShowsASign) {
+    const auto pixelOf = [&](BrowserItem item, LONG inset) {
+        RECT area{};
+        TreeView_GetItemRect(tree(), item, &area, TRUE);
+        return testinput::pixel(tree(), {area.left + inset, area.top + inset});
+    };
+    const HCURSOR no = LoadCursorW(nullptr, IDC_NO);
+    const BrowserItem face = add(root, "face", kFltFace);
+    browser().selectNode(root);
+    middle(face);
+    const POINT from = middle(items[0], true);
+    mouse(WM_LBUTTONDOWN, from);
+    mouse(WM_MOUSEMOVE, {from.x + 20, from.y});
+    mouse(WM_MOUSEMOVE, middle(items[3]));
+    EXPECT_EQ(pixelOf(items[3], 0), GetSysColor(COLOR_HIGHLIGHT));
+    EXPECT_NE(pixelOf(items[3], 3), GetSysColor(COLOR_HIGHLIGHT))
+        << "only what is selected is filled";
+    EXPECT_NE(GetCursor(), no);
+    mouse(WM_MOUSEMOVE, middle(face));
+    EXPECT_NE(pixelOf(face, 0), GetSysColor(COLOR_HIGHLIGHT));
+    EXPECT_EQ(GetCursor(), no);
+    mouse(WM_MOUSEMOVE, middle(items[4]));
+    EXPECT_NE(GetCursor(), no);
+    mouse(WM_MOUSEMOVE, middle(face));
+    ReleaseCapture();
+    EXPECT_NE(GetCursor(), no) << "it is over";
 }
 
 // What is selected can be told by its color, with and without the focus.

@@ -346,6 +346,24 @@ TEST_F(BrowserSwitch, FollowsTheCurrentNode) {
     EXPECT_FALSE(IsWindowVisible(editor())) << "with the form";
 }
 
+TEST_F(BrowserSwitch, EscapeTakesATypedMaskBackBeforeItCloses) {
+    children = 3;
+    INode* const made = show({5});
+    push(IDC_TOOL);
+    ASSERT_TRUE(testinput::activate(editor()));
+    const HWND field = GetDlgItem(editor(), IDC_MASK);
+    SetFocus(field);
+    SendMessageW(field, EM_SETSEL, 0, -1);
+    testinput::type(L"01");
+    testinput::key(VK_ESCAPE);
+    EXPECT_EQ(mask(), L"101");
+    EXPECT_TRUE(IsWindowVisible(editor()));
+    testinput::key(VK_ESCAPE);
+    EXPECT_FALSE(IsWindowVisible(editor()));
+    EXPECT_EQ(stored(made), Words{5});
+    EXPECT_TRUE(IsWindowVisible(form()));
+}
+
 TEST_F(BrowserSwitch, CopesWithDamagedRecords) {
     children = 40;
     FltSwitch record;

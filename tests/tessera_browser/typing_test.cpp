@@ -145,6 +145,32 @@ TEST_F(BrowserTyping, AMaskIsTakenWhateverComesNext) {
     }
 }
 
+TEST_F(BrowserTyping, EscapeTakesItBackAndNeverClosesTheForm) {
+    for (const Typing& typing : typings()) {
+        SCOPED_TRACE(typing.what);
+        showTwo(2);
+        fltPutComment(nodes[0], "old");
+        browser().selectNode(items[1]);
+        browser().selectNode(items[0]);
+        typing.begin();
+        testinput::key(VK_ESCAPE);
+        EXPECT_TRUE(IsWindowVisible(form()));
+        EXPECT_EQ(text(control(IDC_COMMENT)), L"old");
+        EXPECT_EQ(label(items[0]), L"node");
+        browser().selectNode(items[1]);
+        EXPECT_FALSE(typing.isTaken());
+        EXPECT_EQ(comment(0), "old");
+        EXPECT_EQ(priority(0), "0");
+    }
+    client.take();
+    for (const int id : {IDC_TREE, IDC_GRID, IDC_COMMENT, IDC_REFRESH, IDC_SUBTREE}) {
+        SetFocus(control(id));
+        testinput::key(VK_ESCAPE);
+        EXPECT_TRUE(IsWindowVisible(form())) << id << ": nothing is being typed";
+    }
+    EXPECT_TRUE(client.take().empty());
+}
+
 // Whether the nodes are still there nobody knows any more.
 TEST_F(BrowserTyping, IsLostWhenTheSceneChanges) {
     for (const Typing& typing : typings()) {

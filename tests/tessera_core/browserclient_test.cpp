@@ -114,6 +114,19 @@ TEST_F(BrowserClientTest, ATargetThatHeadsAHostGroupTakesTheNodeIn) {
     EXPECT_EQ(browser.outline(), "Scene Root(head(child))");
 }
 
+TEST_F(BrowserClientTest, AReferenceIsNotAttachedIntoItsDefinition) {
+    INode* const tree = addInstance(add(nullptr, "tree", kFltInstanceDef), FltInstanceDef(), 7);
+    INode* const group = add(nullptr, "group", 2);
+    addInstance(add(group, "use", kFltInstanceRef), FltInstanceRef(), 7);
+    open();
+    for (const char* held : {"use", "group"}) send(BrowserEvent::kAttach, held, "tree");
+    EXPECT_EQ(tree->NumberOfChildren(), 0);
+    EXPECT_EQ(browser.beeps, 2);
+    send(BrowserEvent::kAttach, "tree", "group");
+    EXPECT_EQ(tree->GetParentNode(), group);
+    EXPECT_EQ(browser.beeps, 2);
+}
+
 TEST_F(BrowserClientTest, MovesAmongSiblings) {
     INode* const parent = add(nullptr, "p");
     for (const char* name : {"a", "b", "c", "d"}) add(parent, name);
@@ -372,7 +385,9 @@ TEST_F(BrowserClientTest, LooksIntoNoNodeThatHasGone) {
     EXPECT_EQ(browser.outline(), "Scene Root(parent(doomed(below),stays))") << "until refilled";
     EXPECT_EQ(browser.beeps, 10) << "a move, an attach or a creation that is refused";
 
+    browser.title = "imported.flt";
     core.newScene();
+    EXPECT_EQ(browser.title, "") << "the file is no longer what is shown";
     send(BrowserEvent::kRename, "stays", nullptr, reinterpret_cast<std::uintptr_t>("renamed"));
     send(BrowserEvent::kCreate, "parent", nullptr, 2, 1580);
     EXPECT_EQ(host.GetRootNode()->NumberOfChildren(), 0);

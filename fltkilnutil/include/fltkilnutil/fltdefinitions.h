@@ -4,6 +4,7 @@
 #include <fltkilnutil/nodekind.h>
 
 #include <unordered_map>
+#include <unordered_set>
 
 class INode;
 
@@ -26,4 +27,20 @@ private:
 
     std::unordered_map<const INode*, INode*> found_;
     bool hasRead_ = false;
+};
+
+/// What a node shows: itself, all below it, the definitions that references among them stand for,
+/// and so on. Attached to one of these, it would contain itself without end.
+///
+/// Reads the scene when it is made; make a new one when that may have changed.
+class FltShownNodes {
+public:
+    /// `top` may be null, which shows nothing. Throws `std::bad_alloc`.
+    explicit FltShownNodes(INode* top);
+
+    /// Whether `node` (may be null) is among them.
+    bool contains(INode* node) const;
+
+private:
+    std::unordered_set<const INode*> tops_;  ///< `top` and the definitions
 };

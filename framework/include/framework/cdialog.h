@@ -51,6 +51,11 @@ public:
     /// Ends a modal dialog.
     void EndDialog(INT_PTR result);
 
+    /// The platform's dialog navigation for a message to a modeless dialog or one of its controls;
+    /// true when the message was used. Enter presses the push button that has the keyboard, also
+    /// where that got it in another way than by Tab.
+    static bool Navigate(HWND dialog, MSG& message) noexcept;
+
     /// Runs `DoDataExchange`: true from the controls to the members, false the other way.
     void UpdateData(bool save = true);
 

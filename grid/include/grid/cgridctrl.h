@@ -114,6 +114,8 @@ public:
     void SetFocusCell(CellId cell);
     CellRange Selection() const noexcept;
     void SelectRange(const CellRange& range);
+    /// Leaves no more selected than the focus cell, and that only while the grid has the keyboard.
+    void Deselect();
     void EnsureVisible(CellId cell);
     /// The first row below the fixed ones that is shown, to keep and restore a scroll position.
     int TopRow() const noexcept { return topRow_; }
@@ -130,6 +132,8 @@ public:
     /// every column gets its share of it. The shares are those of the widths at the first call
     /// after the widths were last set; resizing by mouse keeps the columns filling the width.
     void ExpandColumnsToFit();
+    /// A column's share, from 0 to 1; 0 while the columns need not fill the width.
+    double ColumnShare(int column) const noexcept;
     int RowHeight() const;
 
     // Looks and switches.

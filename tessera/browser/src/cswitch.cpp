@@ -187,6 +187,14 @@ bool CSwitch::OnNotify(int id, NMHDR& header, LRESULT& result) {
     return true;
 }
 
+// Escape takes back what has been typed, or else closes the editor.
+void CSwitch::OnCancel() {
+    if (mask_.IsModified())
+        mask_.SetText(MaskText());
+    else
+        CDialog::OnCancel();
+}
+
 // Enter takes what has been typed; the editor stays.
 void CSwitch::OnOK() {
     if (!mask_.HasFocus()) return;

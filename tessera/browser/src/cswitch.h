@@ -48,6 +48,8 @@ protected:
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
     bool OnInitDialog() override;
     void OnOK() override;
+    void OnCancel() override;
+    void OnClose() override { Hide(); }
     bool OnCommand(int id, UINT code, HWND control) override;
     bool OnNotify(int id, NMHDR& header, LRESULT& result) override;
 

@@ -204,16 +204,37 @@ LRESULT CTreeCtrlEx::GetStateThrough(UINT message, WPARAM wParam, LPARAM lParam)
 
 LRESULT CTreeCtrlEx::Draw(NMTVCUSTOMDRAW& draw) {
     if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
-    if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT) return CDRF_DODEFAULT;
     const auto item = reinterpret_cast<HTREEITEM>(draw.nmcd.dwItemSpec);
-    if (item == drag_.target()) return CDRF_DODEFAULT;
+    if (item == drag_.target() && drag_.accepted()) return DrawDropTarget(draw);
+    if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT) return CDRF_DODEFAULT;
     const bool marked = selection_.contains(item);
     const bool focus = HasFocus();
     // Otherwise the control insists on its own colors for the caret.
     draw.nmcd.uItemState &= ~static_cast<UINT>(CDIS_SELECTED);
-    draw.clrText = ::GetSysColor(marked && focus ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT);
+    draw.clrText = ::GetSysColor(!IsEnabled()      ? COLOR_GRAYTEXT
+                                 : marked && focus ? COLOR_HIGHLIGHTTEXT
+                                                   : COLOR_WINDOWTEXT);
     draw.clrTextBk =
         !marked ? Background() : ::GetSysColor(focus ? COLOR_HIGHLIGHT : COLOR_BTNSHADOW);
+    return CDRF_DODEFAULT;
+}
+
+// A frame around the label: what is filled is selected.
+LRESULT CTreeCtrlEx::DrawDropTarget(NMTVCUSTOMDRAW& draw) const {
+    const auto item = reinterpret_cast<HTREEITEM>(draw.nmcd.dwItemSpec);
+    if (draw.nmcd.dwDrawStage == CDDS_ITEMPREPAINT) {
+        draw.nmcd.uItemState &= ~static_cast<UINT>(CDIS_SELECTED);
+        draw.clrText = ::GetSysColor(COLOR_WINDOWTEXT);
+        draw.clrTextBk = ::GetSysColor(COLOR_WINDOW);
+        return CDRF_NOTIFYPOSTPAINT;
+    }
+    RECT frame{};
+    if (draw.nmcd.dwDrawStage != CDDS_ITEMPOSTPAINT || !ItemRect(item, frame, true))
+        return CDRF_DODEFAULT;
+    for (int i = 0; i < Scaled(2); ++i) {
+        ::FrameRect(draw.nmcd.hdc, &frame, ::GetSysColorBrush(COLOR_HIGHLIGHT));
+        ::InflateRect(&frame, -1, -1);
+    }
     return CDRF_DODEFAULT;
 }
 
@@ -240,6 +261,11 @@ void CTreeCtrlEx::OnSetFocus(HWND) {
 }
 
 void CTreeCtrlEx::OnKillFocus(HWND) {
+    Default();
+    Invalidate();
+}
+
+void CTreeCtrlEx::OnEnable(bool) {
     Default();
     Invalidate();
 }

@@ -29,6 +29,9 @@ class CTreeCtrlEx : public framework::CTreeCtrl {
 public:
     /// Called when a drag ends: the dragged item and the last item that it was over (null: none).
     std::function<void(HTREEITEM dragged, HTREEITEM target)> onDrop;
+    /// Called when a drag begins. The result is asked while it lasts: whether the item may be
+    /// dropped on `target`.
+    std::function<std::function<bool(HTREEITEM target)>(HTREEITEM dragged)> onDrag;
 
     TreeModel& Model() noexcept { return model_; }
     TreeSelection& Selection() noexcept { return selection_; }
@@ -88,6 +91,7 @@ protected:
     void OnKeyDown(UINT key, UINT repeat, UINT flags) override;
     void OnSetFocus(HWND former) override;
     void OnKillFocus(HWND next) override;
+    void OnEnable(bool enabled) override;
     void OnTimer(UINT_PTR id) override;
     void OnCaptureChanged(HWND gaining) override;
     void OnCancelMode() override;
@@ -106,6 +110,7 @@ private:
     LRESULT GetThrough(UINT message, WPARAM wParam, LPARAM lParam);
     LRESULT GetStateThrough(UINT message, WPARAM wParam, LPARAM lParam);
     UINT WithMark(UINT state, HTREEITEM item);
+    LRESULT DrawDropTarget(NMTVCUSTOMDRAW& draw) const;
 
     void MoveCaretByKey();
     void NotifyKeyDown(UINT key);

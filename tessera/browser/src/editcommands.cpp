@@ -8,6 +8,7 @@
 #include "usermessages.h"
 
 #include <base/utf16.h>
+#include <fltkilnutil/fltdefinitions.h>
 #include <fltkilnutil/kilnflt.h>
 #include <framework/cwaitcursor.h>
 #include <quillon/fltopcode.h>
@@ -19,6 +20,16 @@ using framework::CWaitCursor;
 
 namespace tessera {
 namespace {
+
+/// Why an item may not be attached below another: the message, or 0 when it may. `shown` is what
+/// the item's node shows.
+UINT attachRefusal(const TreeItem& dragged, const TreeItem& target, const FltShownNodes& shown) {
+    if (TreeModel::isWithin(target, dragged) || shown.contains(nodeOf(target.node)))
+        return IDS_ATTACH_BELOW_CHILD;
+    if (isOfKind(target.node, FltNodeKind::Face) && !isOfKind(dragged.node, FltNodeKind::Face))
+        return IDS_ATTACH_TO_FACE;
+    return 0;
+}
 
 HTREEITEM parentOf(const TreeItem& item) {
     return item.parent ? item.parent->handle : nullptr;
@@ -122,7 +133,12 @@ std::uint16_t EditCommands::confirmedOpcode(HTREEITEM parent, int choice) const 
 void EditCommands::attach(HTREEITEM draggedHandle, HTREEITEM targetHandle) {
     const TreeItem* const dragged = tree_.Find(draggedHandle);
     const TreeItem* const target = tree_.Find(targetHandle);
-    if (!dragged || !target || !mayAttach(*dragged, *target)) return;
+    if (!dragged || !target) return;
+    if (const UINT refusal =
+            attachRefusal(*dragged, *target, FltShownNodes(nodeOf(dragged->node)))) {
+        showMessage(form_, refusal);
+        return;
+    }
     const CWaitCursor wait;
     const RedrawPause pause(tree_);
     const NodeHandle node = dragged->node;
@@ -130,16 +146,12 @@ void EditCommands::attach(HTREEITEM draggedHandle, HTREEITEM targetHandle) {
     selectLastChild(targetHandle, node);
 }
 
-bool EditCommands::mayAttach(const TreeItem& dragged, const TreeItem& target) const {
-    if (TreeModel::isWithin(target, dragged)) {
-        showMessage(form_, IDS_ATTACH_BELOW_CHILD);
-        return false;
-    }
-    if (isOfKind(target.node, FltNodeKind::Face) && !isOfKind(dragged.node, FltNodeKind::Face)) {
-        showMessage(form_, IDS_ATTACH_TO_FACE);
-        return false;
-    }
-    return true;
+std::function<bool(HTREEITEM)> EditCommands::dropTest(HTREEITEM dragged) const {
+    return [this, dragged, shown = FltShownNodes(nodeOf(tree_.Node(dragged)))](HTREEITEM handle) {
+        const TreeItem* const item = tree_.Find(dragged);
+        const TreeItem* const target = tree_.Find(handle);
+        return item && target && attachRefusal(*item, *target, shown) == 0;
+    };
 }
 
 // The dropped node stays selected: the client has added it again behind the other children.

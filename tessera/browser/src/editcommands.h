@@ -5,6 +5,8 @@
 
 #include <framework/controls.h>
 
+#include <functional>
+
 namespace tessera {
 
 class ClientLink;
@@ -33,6 +35,9 @@ public:
     void create();
     /// Attaches the node of one item below that of another.
     void attach(HTREEITEM dragged, HTREEITEM target);
+    /// Whether the node of an item may be attached below that of another, for a drag: ask as long
+    /// as the scene does not change.
+    std::function<bool(HTREEITEM target)> dropTest(HTREEITEM dragged) const;
     /// A label edit has ended; whether its text is accepted.
     bool rename(const TVITEMW& edited);
 
@@ -41,7 +46,6 @@ private:
     void sendMove(BrowserEvent direction, const TreeItem& item);
     bool mayCreate(const TreeItem& parent, int choice) const;
     std::uint16_t confirmedOpcode(HTREEITEM parent, int choice) const;
-    bool mayAttach(const TreeItem& dragged, const TreeItem& target) const;
     void selectLastChild(HTREEITEM parent, NodeHandle node);
 
     const framework::CWnd& form_;

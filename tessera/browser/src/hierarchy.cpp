@@ -35,6 +35,13 @@ constexpr std::array kCommands = {IDC_TREE,     IDC_UP,         IDC_DOWN,       
 
 constexpr int kLongestCaption = 512;  // characters of it that go to the log
 
+constexpr int kNormalDpi = 96;
+
+constexpr UINT_PTR kFollowTimer = 1;
+constexpr UINT kFollowInterval = 50;  // milliseconds, as the following two
+constexpr ULONGLONG kQuiet = 200;
+constexpr ULONGLONG kLongestQuiet = 5000;
+
 std::string platformMessage(DWORD error) {
     std::array<wchar_t, 256> text{};
     const DWORD length =
@@ -52,7 +59,8 @@ Hierarchy::Hierarchy()
                                                [this] { properties_->showAgain(); })),
       properties_(std::make_unique<PropertySide>(*this, tree_, *switchSide_)),
       selection_(std::make_unique<SelectionCommands>(*this, tree_, *client_, *properties_)),
-      edits_(std::make_unique<EditCommands>(*this, tree_, *client_, *properties_, *selection_)) {}
+      edits_(std::make_unique<EditCommands>(*this, tree_, *client_, *properties_, *selection_)),
+      quiet_(kQuiet) {}
 
 Hierarchy::~Hierarchy() = default;
 
@@ -68,6 +76,7 @@ bool Hierarchy::OnInitDialog() {
         tree_.onDrop = [this](HTREEITEM dragged, HTREEITEM target) {
             edits_->attach(dragged, target);
         };
+        tree_.onDrag = [this](HTREEITEM dragged) { return edits_->dropTest(dragged); };
         selection_->initialise();
         edits_->initialise();
         properties_->initialise();
@@ -115,9 +124,11 @@ void Hierarchy::show(bool shown) {
     if (!shown) {
         properties_->finishTyping();
         switchSide_->hideEditor();
+        rememberPlace();
         Hide();
         return;
     }
+    place();
     unattended_ = false;
     if (stale_) refresh();
     tree_.endFilling();
@@ -196,32 +207,83 @@ void Hierarchy::refresh() {
 // The edited node is selected again, at its own place.
 void Hierarchy::refreshAfterEdit(NodeHandle edited) {
     refresh();
-    for (const TreeItem* at = tree_.Model().first(); at && edited; at = TreeModel::following(*at)) {
-        if (at->node != edited) continue;
-        selectNode(at->handle);
-        return;
-    }
+    selectNodeOf(edited);
 }
 
+// Selects the first item of a node; false when there is none.
+bool Hierarchy::selectNodeOf(NodeHandle node) {
+    for (const TreeItem* at = tree_.Model().first(); at && node; at = TreeModel::following(*at)) {
+        if (at->node != node) continue;
+        selectNode(at->handle);
+        return true;
+    }
+    return false;
+}
+
+// ---------------------------------------------------------------- changes of the scene
+
 // The nodes of the tree may have been deleted, so none is current any more, and what was being
-// typed for one is lost. Scenes change node by node: only the first change does anything.
+// typed for one is lost. Scenes change node by node: only the first change does that.
 void Hierarchy::sceneChanged() {
     stale_ = true;
+    changedAt_ = ::GetTickCount64();
+    followSceneLater();
     if (!tree_.isUsable() && !properties_->current()) return;
+    shownBefore_ = tree_.nodeOf(properties_->current());
     properties_->forget();
     tree_.setUsable(false);
     resetProperties(false);
+}
+
+void Hierarchy::followSceneLater() {
+    if (following_ || !IsVisible()) return;
+    following_ = ::SetTimer(Handle(), kFollowTimer, kFollowInterval, nullptr) != 0;
+}
+
+// The host is not at work with the scene, as far as that can be seen: nothing has changed for a
+// while, it shows no progress or question that disables its window, and nobody holds the mouse.
+bool Hierarchy::isSceneQuiet() const {
+    const HWND owner = ::GetWindow(Handle(), GW_OWNER);
+    return ::GetTickCount64() - changedAt_ >= quiet_ && (!owner || ::IsWindowEnabled(owner)) &&
+           IsEnabled() && !::GetCapture();
+}
+
+void Hierarchy::OnTimer(UINT_PTR id) {
+    if (id != kFollowTimer) return CDialog::OnTimer(id);
+    const bool needed = stale_ && IsVisible();
+    if (needed && !isSceneQuiet()) return;
+    ::KillTimer(Handle(), kFollowTimer);
+    following_ = false;
+    if (needed) followScene();
+}
+
+// A refresh that leaves the keyboard where it is and, if it is still there, the same node current.
+// The longer it takes, the longer it waits the next time.
+void Hierarchy::followScene() {
+    const ULONGLONG start = ::GetTickCount64();
+    const HWND focus = focusBefore_;
+    {
+        const auto keep = properties_->keepFocus();
+        refresh();
+        const HTREEITEM top = tree_.FirstVisible();
+        if (!stale_ && selectNodeOf(std::exchange(shownBefore_, 0)) && top) tree_.ScrollTo(top);
+    }
+    if (focus && ::GetFocus() == Item(IDC_REFRESH)) ::SetFocus(focus);
+    quiet_ = std::clamp(2 * (::GetTickCount64() - start), kQuiet, kLongestQuiet);
 }
 
 // Clears the property side and enables or disables the commands.
 void Hierarchy::resetProperties(bool enabled) {
     properties_->finishTyping();
     tree_.setUsable(enabled);
+    const HWND focus = ::GetFocus();
     for (const int id : kCommands) EnableItem(id, enabled);
     // The keyboard must not be left with a control that has just been disabled.
-    const HWND focus = ::GetFocus();
-    if (focus && ::IsChild(Handle(), focus) && !::IsWindowEnabled(focus))
+    focusBefore_ = nullptr;
+    if (focus && ::IsChild(Handle(), focus) && !::IsWindowEnabled(focus)) {
         ::SetFocus(Item(IDC_REFRESH));
+        focusBefore_ = focus;
+    }
     properties_->clear();
 }
 
@@ -267,11 +329,18 @@ void Hierarchy::OnClose() {
     switchSide_->closeEditor();
     client_->send(BrowserEvent::kClosed);
     unattended_ = stale_ = true;
+    rememberPlace();
     Hide();
 }
 
+void Hierarchy::OnDestroy() {
+    rememberPlace();
+    Default();
+}
+
+// Escape. The form is closed by its close box and its system menu only.
 void Hierarchy::OnCancel() {
-    OnClose();
+    properties_->cancelTyping();
 }
 
 bool Hierarchy::PreTranslateMessage(MSG& message) {
@@ -279,9 +348,12 @@ bool Hierarchy::PreTranslateMessage(MSG& message) {
     if (message.message != WM_KEYDOWN) return false;
     switch (message.wParam) {
         case VK_ESCAPE:
-            if (!tree_.IsDragging()) return false;
-            tree_.CancelDrag();
-            return true;
+            if (tree_.IsDragging()) {
+                tree_.CancelDrag();
+                return true;
+            }
+            // A field of several lines would have the form closed.
+            return properties_->cancelComment();
         case VK_F3:
             selection_->step(::GetKeyState(VK_SHIFT) < 0 ? -1 : 1);
             return true;
@@ -291,6 +363,94 @@ bool Hierarchy::PreTranslateMessage(MSG& message) {
         default:
             return false;
     }
+}
+
+// ---------------------------------------------------------------- its place and its splitter
+
+// The first time, where it was left the last time, in this scaling. Without that it opens where the
+// template says, clear of the dialog that has the keyboard: its buttons are wanted beside the form.
+void Hierarchy::place() {
+    if (!keptPlace_) {
+        if (const auto kept = loadFormPlace(Scaled(kNormalDpi))) {
+            WINDOWPLACEMENT placement{};
+            placement.length = sizeof placement;
+            ::GetWindowPlacement(Handle(), &placement);
+            placement.showCmd = SW_HIDE;
+            placement.rcNormalPosition = kept->window;
+            ::SetWindowPlacement(Handle(), &placement);
+            layout_->setSplitter(kept->splitter);
+            properties_->setCaptionShare(kept->captionShare);
+        } else {
+            const HWND focus = ::GetFocus();
+            const HWND page = focus ? ::GetParent(focus) : nullptr;
+            RECT used{};
+            if (page && (::GetWindowLongW(page, GWL_STYLE) & WS_CHILD))
+                ::GetWindowRect(page, &used);
+            layout_->keepClearOf(used);
+        }
+        keptPlace_ = placeNow();
+    }
+    layout_->keepOnScreen();
+}
+
+FormPlace Hierarchy::placeNow() const {
+    WINDOWPLACEMENT placement{};
+    placement.length = sizeof placement;
+    ::GetWindowPlacement(Handle(), &placement);
+    return {placement.rcNormalPosition, layout_->splitter(), properties_->captionShare()};
+}
+
+// Only what the user has changed is kept.
+void Hierarchy::rememberPlace() {
+    if (!keptPlace_ || *keptPlace_ == placeNow()) return;
+    keptPlace_ = placeNow();
+    saveFormPlace(Scaled(kNormalDpi), *keptPlace_);
+}
+
+void Hierarchy::OnLButtonDown(UINT, POINT at) {
+    if (layout_->isOverSplitter(at))
+        layout_->beginPull(at);
+    else
+        Default();
+}
+
+void Hierarchy::OnMouseMove(UINT, POINT at) {
+    if (layout_->isPulling() && layout_->pull(at)) splitterMoved();
+    Default();
+}
+
+void Hierarchy::OnLButtonUp(UINT, POINT) {
+    if (layout_->isPulling()) ::ReleaseCapture();
+    Default();
+}
+
+void Hierarchy::OnLButtonDblClk(UINT, POINT at) {
+    if (!layout_->isOverSplitter(at)) {
+        Default();
+        return;
+    }
+    layout_->setSplitter(0);
+    splitterMoved();
+}
+
+void Hierarchy::OnCaptureChanged(HWND) {
+    layout_->endPull();
+    Default();
+}
+
+bool Hierarchy::OnSetCursor(HWND under, UINT hitTest, UINT) {
+    POINT at{};
+    ::GetCursorPos(&at);
+    if (under != Handle() || hitTest != HTCLIENT || !layout_->isOverSplitter(ToClient(at)))
+        return Default() != 0;
+    ::SetCursor(::LoadCursorW(nullptr, IDC_SIZEWE));
+    return true;
+}
+
+void Hierarchy::splitterMoved() {
+    properties_->fit();
+    Invalidate();
+    Update();
 }
 
 // ---------------------------------------------------------------- notifications of the controls

@@ -1,6 +1,7 @@
 // The form of the hierarchy browser.
 #pragma once
 
+#include "formplace.h"
 #include "hierarchytree.h"
 
 #include <framework/cbitmapbutton.h>
@@ -9,6 +10,7 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 
 namespace tessera {
 
@@ -56,14 +58,30 @@ protected:
     void OnOK() override {}
     void OnCancel() override;
     void OnActivate(UINT state, HWND other, bool minimised) override;
+    void OnTimer(UINT_PTR id) override;
+    void OnDestroy() override;
+    void OnLButtonDown(UINT keys, POINT at) override;
+    void OnLButtonUp(UINT keys, POINT at) override;
+    void OnLButtonDblClk(UINT keys, POINT at) override;
+    void OnMouseMove(UINT keys, POINT at) override;
+    void OnCaptureChanged(HWND gaining) override;
+    bool OnSetCursor(HWND under, UINT hitTest, UINT message) override;
     bool OnCommand(int id, UINT code, HWND control) override;
     bool OnNotify(int id, NMHDR& header, LRESULT& result) override;
     bool PreTranslateMessage(MSG& message) override;
 
 private:
     void addAboutCommand();
+    void place();
+    FormPlace placeNow() const;
+    void rememberPlace();
+    void splitterMoved();
     void resetProperties(bool enabled);
     void refreshAfterEdit(NodeHandle edited);
+    bool selectNodeOf(NodeHandle node);
+    void followSceneLater();
+    bool isSceneQuiet() const;
+    void followScene();
     void clear();
     bool pushed(int id);
     bool notifyTree(NMHDR& header, LRESULT& result);
@@ -80,6 +98,16 @@ private:
     bool stale_ = false;  ///< nodes of the tree may have been deleted
     /// Not shown since it was made or closed: a client need not tell it of the scene.
     bool unattended_ = true;
+
+    /// Where it was put when it was first shown, and what has been kept since.
+    std::optional<FormPlace> keptPlace_;
+
+    // From a change of the scene until the form follows it.
+    bool following_ = false;      ///< the timer runs
+    ULONGLONG changedAt_ = 0;     ///< the last change, in the platform's milliseconds
+    ULONGLONG quiet_;             ///< how long the scene must have been left alone
+    NodeHandle shownBefore_ = 0;  ///< the node that was current
+    HWND focusBefore_ = nullptr;  ///< the control that had the keyboard and was disabled
 };
 
 }  // namespace tessera

@@ -12,6 +12,7 @@
 #include <framework/strings.h>
 #include <resources/resource.h>
 
+#include <cmath>
 #include <utility>
 
 using fltkilnutil::Action, fltkilnutil::ActionScope;
@@ -69,11 +70,36 @@ void PropertySide::fit() {
     grid_->ExpandColumnsToFit();
 }
 
+int PropertySide::captionShare() const {
+    return static_cast<int>(std::lround(1000 * grid_->ColumnShare(0)));
+}
+
+void PropertySide::setCaptionShare(int thousandths) {
+    grid_->SetColumnWidth(0, thousandths);
+    grid_->SetColumnWidth(1, 1000 - thousandths);
+    grid_->ExpandColumnsToFit();
+}
+
 void PropertySide::finishTyping() {
     grid_->EndEdit(true);
     if (comment_.HasFocus()) storeComment();
     tree_.EndEditLabel(false);
     switchSide_.finishTyping();
+}
+
+void PropertySide::cancelTyping() {
+    grid_->EndEdit(false);
+    tree_.EndEditLabel(true);
+    cancelComment();
+}
+
+bool PropertySide::cancelComment() {
+    if (!comment_.HasFocus()) return false;
+    if (comment_.Text(kLongestComment) != shownComment_) {
+        comment_.SetFittedText(shownComment_);
+        comment_.Select(0, -1);
+    }
+    return true;
 }
 
 // ---------------------------------------------------------------- showing a node
@@ -83,6 +109,7 @@ void PropertySide::show(HTREEITEM item) {
     const TreeItem* const found = tree_.Find(item);
     current_ = found ? item : nullptr;
     const NodeHandle node = found ? found->node : 0;
+    if (node != std::exchange(shownNode_, node)) grid_->Deselect();
     if (!node) return showNone("");
     const bool hasRecord = recordKind(node).has_value();
     const FltAttrGroup* const set = hasRecord ? loadAttributes(node) : nullptr;
@@ -116,7 +143,7 @@ void PropertySide::clear() {
 }
 
 void PropertySide::showAgain() {
-    const base::ScopedValue keep(keepFocus_, true);
+    const auto keep = keepFocus();
     show(current_);
 }
 

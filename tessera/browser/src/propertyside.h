@@ -26,12 +26,18 @@ public:
     /// Fits scroll bar and columns to the controls' sizes.
     void fit();
 
+    /// The part of the grid's width that its captions take, in thousandths.
+    int captionShare() const;
+    void setCaptionShare(int thousandths);
+
     HTREEITEM current() const noexcept { return current_; }
     /// Makes the item current and shows its node; null shows none. Every change of the current item
     /// comes here.
     void show(HTREEITEM item);
     /// Shows the current node again and leaves the keyboard where it is.
     void showAgain();
+    /// While the result lives, showing a node does not move the keyboard to the tree.
+    [[nodiscard]] base::ScopedValue<bool> keepFocus() noexcept { return {keepFocus_, true}; }
     /// Leaves no item current. What is shown stays until `clear`.
     void forget() noexcept { current_ = nullptr; }
     /// Shows no node.
@@ -45,6 +51,11 @@ public:
     /// before another node is shown and before the tree is refreshed or the form is closed. What
     /// was typed for an item that is no longer current or has been deleted is not stored.
     void finishTyping();
+
+    /// Takes back what is being typed in the form.
+    void cancelTyping();
+    /// The same for the comment alone; false when that has not got the keyboard.
+    bool cancelComment();
 
     /// The attribute of the grid's focus row, if there is one.
     std::optional<int> focusedAttribute() const;
@@ -73,7 +84,8 @@ private:
     framework::CEdit name_;
     framework::CEdit comment_;
     HTREEITEM current_ = nullptr;
-    bool keepFocus_ = false;  ///< showing a node must not move the keyboard to the tree
+    NodeHandle shownNode_ = 0;  ///< whose cells may be selected in the grid
+    bool keepFocus_ = false;    ///< showing a node must not move the keyboard to the tree
     std::string shownName_;
     std::string shownComment_;
 };

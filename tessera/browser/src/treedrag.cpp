@@ -22,7 +22,8 @@ POINT TreeDrag::inWindow(POINT client) const noexcept {
 
 void TreeDrag::begin(HTREEITEM item, POINT at) {
     item_ = item;
-    target_ = nullptr;
+    setTarget(nullptr);
+    accepts_ = tree_.onDrag ? tree_.onDrag(item) : nullptr;
     image_ = tree_.CreateDragImage(item);
     CImageList::DragShow(true);
     image_.SetDragCursorImage(0, {0, 0});
@@ -33,15 +34,28 @@ void TreeDrag::begin(HTREEITEM item, POINT at) {
     ::SetTimer(tree_.Handle(), kScrollTimer, kScrollInterval, nullptr);
 }
 
+void TreeDrag::setTarget(HTREEITEM item) {
+    target_ = item;
+    accepted_ = item && (!accepts_ || accepts_(item));
+}
+
 void TreeDrag::moveTo(POINT at) {
     CImageList::DragMove(inWindow(at));
     const HTREEITEM item = tree_.HitTest(at);
-    if (!item || item == target_) return;  // over empty space the last target stays
+    if (!item || item == target_) {  // over empty space the last target stays
+        showCursor();
+        return;
+    }
     CImageList::DragLeave(tree_.Handle());
-    target_ = item;
+    setTarget(item);
     tree_.SelectDropTarget(item);
     tree_.Update();
     CImageList::DragEnter(tree_.Handle(), inWindow(at));
+    showCursor();
+}
+
+void TreeDrag::showCursor() const {
+    ::SetCursor(::LoadCursorW(nullptr, accepted_ ? IDC_ARROW : IDC_NO));
 }
 
 bool TreeDrag::onTimer(UINT_PTR id) {
@@ -72,8 +86,10 @@ void TreeDrag::end() {
     CImageList::EndDrag();
     image_.Delete();
     item_ = nullptr;
-    target_ = nullptr;
+    accepts_ = nullptr;
+    setTarget(nullptr);
     tree_.SelectDropTarget(nullptr);
+    ::SetCursor(::LoadCursorW(nullptr, IDC_ARROW));
 }
 
 void TreeDrag::cancel() {
@@ -83,7 +99,7 @@ void TreeDrag::cancel() {
 }
 
 void TreeDrag::forgetDeleted() {
-    if (!tree_.Find(target_)) target_ = nullptr;
+    if (!tree_.Find(target_)) setTarget(nullptr);
     if (item_ && !tree_.Find(item_)) cancel();
 }
 

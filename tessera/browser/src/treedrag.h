@@ -4,6 +4,8 @@
 #include <framework/cimagelist.h>
 #include <framework/win32.h>
 
+#include <functional>
+
 namespace tessera {
 
 class CTreeCtrlEx;
@@ -18,6 +20,8 @@ public:
     HTREEITEM item() const noexcept { return item_; }
     /// The last item that the drag was over, null before the first one.
     HTREEITEM target() const noexcept { return target_; }
+    /// Whether the item may be dropped there.
+    bool accepted() const noexcept { return accepted_; }
 
     void begin(HTREEITEM item, POINT at);
     void moveTo(POINT at);
@@ -33,10 +37,14 @@ public:
 private:
     POINT inWindow(POINT client) const noexcept;
     void scroll();
+    void setTarget(HTREEITEM item);
+    void showCursor() const;
 
     CTreeCtrlEx& tree_;
     HTREEITEM item_ = nullptr;
     HTREEITEM target_ = nullptr;  ///< highlighted by the control
+    std::function<bool(HTREEITEM)> accepts_;
+    bool accepted_ = false;
     framework::CImageList image_;
 };
 

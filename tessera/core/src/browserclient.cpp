@@ -6,6 +6,7 @@
 
 #include <diagnostics/log.h>
 #include <fltkilnutil/actions.h>
+#include <fltkilnutil/fltdefinitions.h>
 #include <fltkilnutil/kilnflt.h>
 #include <kiln/kiln.h>
 #include <tessera/lodviewer.h>
@@ -36,8 +37,10 @@ constexpr int kFollowedNotifications[] = {NOTIFY_NODE_CREATED, NOTIFY_NODE_DELET
 void onSceneChange(void*, NotifyInfo* change) {
     if (change->intcode == NOTIFY_NODE_DELETED)
         forgetNode(static_cast<INode*>(change->callParam));
-    else if (change->intcode == NOTIFY_SCENE_NEW || change->intcode == NOTIFY_SCENE_OPENED)
+    else if (change->intcode == NOTIFY_SCENE_NEW || change->intcode == NOTIFY_SCENE_OPENED) {
         forgetAllNodes();
+        zufltguisettitle(nullptr);  // the file that was imported is no longer what is shown
+    }
     if (sceneChangesSuppressed)
         hasChangedScene = true;
     else
@@ -68,12 +71,6 @@ void refill(Interface& host) {
     if (INode* const root = host.GetRootNode()) BrowserFill().add(nullptr, root);
 }
 
-bool isAncestorOrSelf(const INode* candidate, INode* node) {
-    for (; node; node = node->GetParentNode())
-        if (node == candidate) return true;
-    return false;
-}
-
 /// One event with its items already turned into nodes.
 struct Event {
     Interface& host;
@@ -97,7 +94,7 @@ void selectInHost(const Event& event) {
 void attach(const Event& event) {
     INode* const node = event.first;
     INode* const target = event.second;
-    if (!node || !target || isAncestorOrSelf(node, target)) return beep();
+    if (!node || !target || FltShownNodes(node).contains(target)) return beep();
     ActionScope scope(Action::kAttach);
     if (!target->AttachChild(node, true)) return beep();
     if (target->IsGroupHead()) node->SetGroupMember(true);

@@ -5,6 +5,7 @@
 #include "wording.h"
 
 #include <base/utf16.h>
+#include <framework/cdialog.h>
 #include <framework/module.h>
 
 #include <algorithm>
@@ -175,7 +176,7 @@ bool MainWindow::preTranslate(MSG& message) {
     if ((AcceleratorsEnabled() || (ours && !page)) &&
         commands_.runKey(message, panes_.script().owns(message.hwnd)))
         return true;
-    if (page) return ::IsDialogMessageW(page, &message) != FALSE;
+    if (page) return framework::CDialog::Navigate(page, message);
     return ours && message.wParam == VK_TAB && ::IsDialogMessageW(Handle(), &message);
 }
 
