@@ -138,6 +138,9 @@ void judgeSwitch(Gathered& all, const KeptSwitch& kept) {
             if ((shown[word] >> bit & 1) == 0)
                 all.found(Rule::SWITCH_NEVER, kept.node, first + bit + 1);
     }
+    // What masks have no bit for they do not show.
+    for (std::uint64_t child = bits; child < children; ++child)
+        all.found(Rule::SWITCH_NEVER, kept.node, child + 1);
     if (stray) all.found(Rule::SWITCH_STRAY_BITS, kept.node, children);
 }
 
