@@ -42,7 +42,9 @@ class File : public FltBytes {
 public:
     File() {
         vector().clear();
-        add(FltFileHeader());
+        FltFileHeader header;
+        fltSetText(header.asciiId, "field");
+        add(header);
     }
     template <typename Record>
     File& add(const Record& record) {
@@ -84,7 +86,7 @@ TEST(FileCheck, NamesTheOffsetOfTheRecord) {
     const checks::Report report = checkFile(file);
     // Three of the five vertices have no user, which the header is told.
     EXPECT_EQ(listOf(report),
-              "VERTEX_UNUSED db: 3 vertices are not used\n"
+              "VERTEX_UNUSED field: 3 vertices are not used\n"
               "VERTEX_DUPLICATE thin: 1 corners are where the corner before them is\n"
               "FACE_DEGENERATE thin: a polygon has no area\n");
     EXPECT_EQ(report.findings.at(2).place, offset);
