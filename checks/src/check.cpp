@@ -45,7 +45,12 @@ public:
     Work(Source& source, const Target& target) : all_(target, source) {
         all_.report.target = target.name;
         estimate_ = source.estimate();
+        // Room that is not used costs nothing, and growing costs half as much again.
+        constexpr std::size_t kUsualCorners = 4;
         all_.nodes.reserve(estimate_);
+        all_.polygons.reserve(estimate_);
+        all_.corners.reserve(kUsualCorners * estimate_);
+        if (all_.isOn(Rule::NAME_DUPLICATE)) all_.names.reserve(estimate_);
     }
 
     /// A piece of the work, small but for sorting; false when all is done.
