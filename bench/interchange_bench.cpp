@@ -1,6 +1,9 @@
-// Import and export of a large file, against reading and writing its records without a scene.
+// Import and export of a large file, against reading and writing its records without a scene, and a
+// check of it by all rules against its import.
 //
 // Every run is a process of its own, so that its peak memory is that of the run.
+#include <checks/check.h>
+#include <checks/scenesource.h>
 #include <interchange/export.h>
 #include <interchange/import.h>
 #include <kiln/host/host.h>
@@ -18,6 +21,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
@@ -40,6 +44,8 @@ constexpr int kRuns = 9;
 constexpr double kMegabyte = 1e6;
 constexpr double kMostOfRecords = 4;  // import and export, in processor time
 constexpr double kMostOfFile = 6;     // peak memory
+constexpr double kMostOfImport = 3;   // a check, in processor time
+constexpr double kMostOfScene = 0.5;  // and in peak memory
 // More, and the core's own heap would not be worth its code.
 constexpr double kMostOfSystemHeap = 1 / 1.2;
 constexpr double kMostOfNoHistory = 1.15;
@@ -175,8 +181,42 @@ Measures importUndoRedo(const std::string& path, bool withHistory) {
     if (!core.history().undo() || core.hostInterface().GetNodeCount() > 0) fail("not undone");
     const Measure undone = undo.measured();
     const Clock redo;
-    if (!core.history().redo() || core.hostInterface().GetNodeCount() < kTerrain.faces()) fail("not redone");
+    if (!core.history().redo() || core.hostInterface().GetNodeCount() < kTerrain.faces())
+        fail("not redone");
     return {imported, undone, redo.measured()};
+}
+
+/// A figure of this process, in bytes: "VmRSS", the memory that it has, or "VmHWM", the most it
+/// had.
+double memoryFigure(const char* name) {
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    double kilobytes = 0;
+    while (status >> word)
+        if (word == std::string(name) + ':') status >> kilobytes;
+    return kilobytes * 1024;
+}
+
+/// The import of the file with what the scene takes, and the check of it with what that takes more.
+Measures importAndCheck(const std::string& path) {
+    Interface& host = kiln::Core::create().hostInterface();
+    Silence report;
+    const double before = memoryFigure("VmRSS");
+    const Clock in;
+    if (interchange::importFile(path.c_str(), report, host) != IMPEXP_SUCCESS) std::_Exit(1);
+    const double importing = in.measured().seconds;
+    const double scene = memoryFigure("VmRSS");
+    std::ofstream("/proc/self/clear_refs") << 5;  // the peak counts from here on
+    const Clock clock;
+    const checks::Target target;
+    checks::SceneSource source(host);
+    checks::Check check(source, target);
+    check.finish();
+    const double checking = clock.measured().seconds;
+    if (check.report().statistics.polygons != static_cast<std::size_t>(kTerrain.faces()))
+        fail("polygons are missing");
+    return {Measure{importing, scene - before}, Measure{checking, memoryFigure("VmHWM") - scene},
+            Measure{}};
 }
 
 }  // namespace
@@ -192,7 +232,7 @@ int main(int count, char** arguments) {
         return Measures();
     });
     const auto size = static_cast<double>(std::filesystem::file_size(path));
-    std::vector<Measures> bare, whole, withSystemHeap, withHistory, withoutHistory;
+    std::vector<Measures> bare, whole, withSystemHeap, withHistory, withoutHistory, checked;
     for (int i = 0; i < kRuns; ++i) {
         bench::warmMemory();
         bare.push_back(inOwnProcess([&] { return readAndWrite(path, copy); }));
@@ -204,6 +244,8 @@ int main(int count, char** arguments) {
         withHistory.push_back(inOwnProcess([&] { return importUndoRedo(path, true); }));
         bench::warmMemory();
         withoutHistory.push_back(inOwnProcess([&] { return importUndoRedo(path, false); }));
+        bench::warmMemory();
+        checked.push_back(inOwnProcess([&] { return importAndCheck(path); }));
     }
     std::filesystem::remove(path);
     std::filesystem::remove(copy);
@@ -219,6 +261,11 @@ int main(int count, char** arguments) {
     };
     print("import", 0, "read record by record");
     print("export", 1, "write record by record");
+    const Measures check = fastest(checked);
+    table.ratio(what + "check by all rules : import", check[1].seconds * kMilliseconds,
+                check[0].seconds * kMilliseconds, "ms", kMostOfImport);
+    table.ratio(what + "check, peak memory : the scene", check[1].peak / kMegabyte,
+                check[0].peak / kMegabyte, "MB", kMostOfScene);
     const Measures plain = fastest(withSystemHeap);
     table.ratio(what + "import : with the system's heap", scene[0].seconds * kMilliseconds,
                 plain[0].seconds * kMilliseconds, "ms", kMostOfSystemHeap);

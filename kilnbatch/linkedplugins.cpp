@@ -1,5 +1,6 @@
 #include "plugins.h"
 
+#include <checks/checkfunctions.h>
 #include <kiln/host/host.h>
 #include <tessera/attributeverbs.h>
 #include <tessera/aviaryutil.h>
@@ -15,6 +16,7 @@ std::vector<std::string> loadPlugins(const std::string&) {
     // Published from here on.
     tessera::aviaryUtil();
     tessera::attributeVerbs();
+    checks::checkFunctions();
     const kiln::Status status = kiln::registerModule(
         "OpenFlight interchange", {LibDescription, LibNumberClasses, LibClassDesc, LibVersion});
     if (status.ok()) return {};

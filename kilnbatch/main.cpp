@@ -34,6 +34,8 @@ struct Options {
     std::string exportPath;
     std::uint32_t revision = 0;
     std::string database;
+    std::string checkTarget;
+    std::string reportPath;
     std::string plugins;
     std::uint64_t maxSteps = 0;
     bool listVerbs = false;
@@ -117,6 +119,38 @@ std::string writeFiles(kiln::Core& core, const Options& options) {
     return {};
 }
 
+/// A call of the published interface that checks scenes.
+FPValue callCheck(const char* function, std::vector<kiln::ScriptArgument> arguments = {}) {
+    FPInterfaceDesc* const check = kiln::findInterface("FltCheck");
+    if (check == nullptr) throw script::Failure("no plug-in checks scenes");
+    FPValue result;
+    const kiln::Status status = kiln::callFunction(*check, function, arguments, result);
+    if (!status) throw script::Failure(status.message());
+    return result;
+}
+
+/// Checks the scene, prints the findings, a line each, and writes the report that the command line
+/// names. False when there are errors. Throws `script::Failure`.
+bool checkScene(const Options& options) {
+    const auto text = [](const char* value) {
+        return std::vector<kiln::ScriptArgument>{{"", FPValue::StringCopy(value)}};
+    };
+    const int count = callCheck("run", text(options.checkTarget.c_str())).i;
+    for (int i = 1; i <= count; ++i) {
+        const auto at = [i](const char* function) {
+            return callCheck(function, {{"", FPValue::Int(i)}});
+        };
+        INode* const node = at("node").n;
+        std::printf("%s %s %s: %s\n", at("severity").s, at("code").s,
+                    node != nullptr ? node->GetName() : "scene", at("text").s);
+    }
+    const int errors = callCheck("total", text("error")).i;
+    std::printf("%d errors, %d warnings, %d hints\n", errors, callCheck("total", text("warning")).i,
+                callCheck("total", text("hint")).i);
+    if (!options.reportPath.empty()) callCheck("save", text(options.reportPath.c_str()));
+    return errors == 0;
+}
+
 int runBatch(Options options) {
     kiln::Core::setLanguage(KILN_LANGUAGE_ENGLISH);
     Host host;
@@ -143,8 +177,15 @@ int runBatch(Options options) {
     } catch (const script::Error& error) {
         return complain(error.what());
     }
+    bool isClean = true;
+    try {
+        if (!options.checkTarget.empty()) isClean = checkScene(options);
+    } catch (const script::Failure& failure) {
+        return complain(failure.what());
+    }
     const std::string failure = writeFiles(host.core, options);
-    return failure.empty() ? 0 : complain(failure);
+    if (!failure.empty()) return complain(failure);
+    return isClean ? 0 : 1;
 }
 
 int runProgram(std::vector<std::string> words) {
@@ -166,6 +207,14 @@ int runProgram(std::vector<std::string> words) {
                    "what to export where the scene has several: the name of the database or of "
                    "the file that it came from")
         ->type_name("NAME");
+    CLI::Option* const check =
+        app.add_option("--check", options.checkTarget,
+                       "check the scene when the script has ended: for a built-in target such as "
+                       "\"general\" or \"15.8\", or for that of a JSON file")
+            ->type_name("TARGET");
+    app.add_option("--report", options.reportPath, "write what was found to this JSON file")
+        ->type_name("FILE")
+        ->needs(check);
     app.add_option("--plugins", options.plugins,
                    "load plug-ins from here instead of the folder \"plugins\" beside the program")
         ->type_name("FOLDER");
@@ -178,14 +227,14 @@ int runProgram(std::vector<std::string> words) {
     app.set_version_flag("--version", "kilnbatch " TESSERA_VERSION, "print the version");
     app.positionals_at_end(false);
     app.footer(
-        "Exit status: 0 when all of it was done, 1 when an error ended it, another "
-        "one\nfor a command line that is not understood.");
+        "Exit status: 0 when all of it was done, 1 when an error ended it or --check "
+        "found errors,\nanother one for a command line that is not understood.");
     try {
         std::reverse(words.begin(), words.end());
         app.parse(std::move(words));
         if (options.expression.empty() && options.words.empty() && !options.listVerbs &&
-            options.exportPath.empty())
-            throw CLI::RequiredError("A script, -e or --export");
+            options.exportPath.empty() && options.checkTarget.empty())
+            throw CLI::RequiredError("A script, -e, --check or --export");
     } catch (const CLI::ParseError& error) {
         return app.exit(error);
     }

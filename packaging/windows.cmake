@@ -31,7 +31,7 @@ add_custom_target(package_contents ALL DEPENDS stage ${_pages})
 list(APPEND _licences /usr/share/doc/gcc-mingw-w64-x86-64-posix-runtime/copyright
                       /usr/share/doc/mingw-w64-x86-64-dev/copyright)
 
-set(_modules Tessera FltInterchange FltKilnUtilRes)
+set(_modules Tessera FltCheck FltInterchange FltKilnUtilRes)
 
 # package_texts(COMPONENT FOLDER README): what there is to read, with the line ends of the platform.
 function(package_texts component folder readme)

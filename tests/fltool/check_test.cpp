@@ -133,4 +133,27 @@ TEST(CheckTest, CannotReadWhatIsNotThere) {
     EXPECT_EQ(std::count(outcome.error.begin(), outcome.error.end(), '\n'), 1);
 }
 
+TEST(CheckTest, AddsWhatATargetAsksFor) {
+    const Folder folder;
+    const std::string file = folder.write("empty.flt", kHeader + "0002 0020 'g1':8 00:20");
+    const Outcome plain = runTool({"check", file});
+    EXPECT_EQ(plain.code, 0) << plain.out;
+    const Outcome hints = runTool({"check", "--target", "15.8", file});
+    EXPECT_EQ(hints.code, 0) << "hints and warnings are no errors\n" << hints.out;
+    EXPECT_NE(hints.out.find("328: hint GROUP_EMPTY g1: it has no children\n"), std::string::npos)
+        << hints.out;
+    const Outcome errors = runTool({"check", file, "--target", "15.7"});
+    EXPECT_EQ(errors.code, 1);
+    EXPECT_NE(errors.out.find("0: error HDR_REVISION db: the database has format revision 15.8, "
+                              "the target asks for 15.7\n"),
+              std::string::npos)
+        << errors.out;
+    const std::string broken = folder.file("broken.json");
+    std::ofstream(folder.path() / "broken.json") << "{\n\"rules\": 1}";
+    const Outcome refused = runTool({"check", file, "--target", broken});
+    EXPECT_EQ(refused.code, 2);
+    EXPECT_EQ(refused.out, "");
+    EXPECT_NE(refused.error.find("line 2"), std::string::npos) << refused.error;
+}
+
 }  // namespace

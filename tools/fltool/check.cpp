@@ -2,6 +2,8 @@
 #include "progress.h"
 #include "vertexpalette.h"
 
+#include <checks/check.h>
+#include <checks/filesource.h>
 #include <diagnostics/assertion.h>
 #include <quillon/fltfactory.h>
 #include <quillon/fltfilereader.h>
@@ -205,6 +207,23 @@ private:
 std::size_t check(const std::string& file, std::ostream& out) {
     const FltFileBytes bytes = FltFileBytes::load(file);
     return Checker(bytes.bytes(), out).run(bytes.bytes().size());
+}
+
+std::size_t checkFor(const std::string& file, const std::string& targetName, std::ostream& out) {
+    const checks::Target target = checks::findTarget(targetName);
+    const FltFileBytes bytes = FltFileBytes::load(file);
+    const std::size_t damages = Checker(bytes.bytes(), out).run(bytes.bytes().size());
+    checks::FileSource source(bytes.bytes(), file);
+    checks::Check check(source, target);
+    check.finish();
+    const checks::Report& report = check.report();
+    for (const checks::Finding& finding : report.findings) {
+        out << finding.place << ": " << nameOf(finding.severity) << ' '
+            << infoOf(finding.rule).code;
+        if (!finding.node.empty()) out << ' ' << finding.node;
+        out << ": " << finding.text(base::Language::kEnglish) << '\n';
+    }
+    return damages + static_cast<std::size_t>(report.countOf(checks::Severity::kError, target));
 }
 
 }  // namespace fltool

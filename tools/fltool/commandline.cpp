@@ -39,6 +39,7 @@ struct CommandLine {
     std::vector<int> opcodes;
     ConvertOptions convertOptions;
     std::string file;
+    std::string target;
 
     CommandLine() {
         app.require_subcommand(1);
@@ -57,7 +58,14 @@ struct CommandLine {
             ->check(CLI::Range(0, 0xFFFF));
 
         addFile(*checkCommand, "FILE", file, "The file to check");
-        checkCommand->footer("Exit code: 0 clean, 1 findings, 2 the file cannot be read.");
+        checkCommand
+            ->add_option("--target", target,
+                         "Also what this target asks for: \"general\", \"15.8\" or another "
+                         "built-in one, or a JSON file")
+            ->type_name("NAME|FILE");
+        checkCommand->footer(
+            "Exit code: 0 clean, 1 findings (with a target: damage or errors), 2 the file cannot "
+            "be read.");
 
         addFile(*convertCommand, "IN", convertOptions.input, "The file to read");
         addFile(*convertCommand, "OUT", convertOptions.output, "The file to write; may be IN");
@@ -92,7 +100,9 @@ struct CommandLine {
                 dumpOptions.opcodes.insert(static_cast<std::uint16_t>(opcode));
             dump(dumpOptions, out, notes);
         } else if (checkCommand->parsed()) {
-            if (check(file, out) > 0) return kFindings;
+            const std::size_t findings =
+                target.empty() ? check(file, out) : checkFor(file, target, out);
+            if (findings > 0) return kFindings;
         } else if (convertCommand->parsed()) {
             convert(convertOptions, out, notes);
         } else {

@@ -35,6 +35,11 @@ void dump(const DumpOptions& options, std::ostream& out, std::ostream& notes);
 /// cannot be read; damage is a finding.
 std::size_t check(const std::string& file, std::ostream& out);
 
+/// The same, and what the rules of a target (its name, or a JSON file) find: one line each, with
+/// the rule's code and severity. Gives the number of findings that are errors, those of `check`
+/// being some. Throws also `checks::TargetError`.
+std::size_t checkFor(const std::string& file, const std::string& target, std::ostream& out);
+
 struct ConvertOptions {
     std::string input;
     std::string output;

@@ -5,6 +5,7 @@
 // keeps offsets, not copies: a node costs a few words however long its records are.
 #pragma once
 
+#include <quillon/fltlevelwalk.h>
 #include <quillon/fltrecordrange.h>
 #include <quillon/fltvertexview.h>
 
@@ -123,9 +124,8 @@ inline AttachedRange FileIndex::attachedTo(const FileNode& node) const noexcept 
     return {*this, node.firstAttached};
 }
 
-/// Levels of push records may nest this deep; deeper files are refused. Far beyond real content,
-/// and shallow enough for every program that later walks the scene by recursion.
-inline constexpr std::size_t kDeepestLevel = 512;
+/// Deeper files are refused.
+inline constexpr std::size_t kDeepestLevel = kFltDeepestLevel;
 
 /// Reads the index of the file in `bytes`, in linear time. The index refers to the bytes and
 /// owns nothing of them.

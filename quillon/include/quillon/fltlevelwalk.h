@@ -8,6 +8,10 @@
 #include <utility>
 #include <vector>
 
+/// Levels of push records may nest this deep; what nests deeper is refused. Far beyond real
+/// content, and shallow enough for every program that later walks it by recursion.
+inline constexpr std::size_t kFltDeepestLevel = 512;
+
 /// Knows at each record of a file which levels are open around it. It is shown every record in
 /// order; `Level` is what its user keeps of an open level, if anything.
 ///

@@ -1,4 +1,4 @@
-#include "sourcerecords.h"
+#include <fltkilnutil/sourcerecords.h>
 
 #include <kiln/kiln.h>
 #include <quillon/fltrecordbytes.h>
@@ -7,7 +7,7 @@
 #include <cstring>
 #include <new>
 
-namespace interchange {
+namespace fltkilnutil {
 
 namespace {
 
@@ -85,7 +85,7 @@ bool SourceRecordsReader::readAttached(FileBytes bytes) {
         SourceRecord entry{record, levels_.isOpaque()};
         const auto index = static_cast<std::uint32_t>(kept_.attached.size());
         const Step step = levels_.meet(record.opcode(), index);
-        if (step == Step::kUnmatched || levels_.depth() > kDeepestLevel) return false;
+        if (step == Step::kUnmatched || levels_.depth() > kFltDeepestLevel) return false;
         if (step == Step::kOpened) entry.isOpaque = levels_.isOpaque();
         if (step == Step::kClosed && !entry.isOpaque) {
             FileBytes body = record.body();
@@ -158,4 +158,4 @@ bool isVertexList(std::uint16_t opcode) noexcept {
     return opcode == kFltVertexList || opcode == kFltMorphVertexList;
 }
 
-}  // namespace interchange
+}  // namespace fltkilnutil

@@ -1,0 +1,194 @@
+#include <checks/checkfunctions.h>
+
+#include <base/replacefile.h>
+#include <checks/check.h>
+#include <checks/mends.h>
+#include <checks/scenesource.h>
+#include <kiln/kiln.h>
+#include <kiln/language.h>
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+
+namespace checks {
+
+namespace {
+
+constexpr Interface_ID kCheckId(0x51D8A2C4, 0x7B30E61C);
+
+/// Why a function does not do what it is asked to; the script is told.
+class Refusal : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// What was found last, and for what.
+struct LastRun {
+    Target target;
+    Report report;
+};
+
+LastRun& last() {
+    static LastRun run;
+    return run;
+}
+
+const Finding& findingAt(const FPValue& index) {
+    const std::vector<Finding>& findings = last().report.findings;
+    if (index.i < 1 || static_cast<std::size_t>(index.i) > findings.size())
+        throw Refusal("there is no finding " + std::to_string(index.i) + " of " +
+                      std::to_string(findings.size()));
+    return findings[static_cast<std::size_t>(index.i) - 1];
+}
+
+int countOf(std::uint64_t number) {
+    constexpr std::uint64_t kMost = 0x7FFFFFFF;
+    return static_cast<int>(std::min(number, kMost));
+}
+
+std::string textOf(const FPValue& value) {
+    return value.s != nullptr ? value.s : "";
+}
+
+void loadText(FPValue& result, const std::string& text) {
+    result.SetOwnedString(KILN_strdup(text.c_str()));
+}
+
+Interface& host() {
+    Interface* const core = GetCOREInterface();
+    if (core == nullptr) throw Refusal("there is no scene");
+    return *core;
+}
+
+// ---------------------------------------------------------------- the functions
+
+using Function = void (*)(const FPParams& params, FPValue& result);
+
+void run(const FPParams& params, FPValue& result) {
+    LastRun found;
+    found.target = findTarget(textOf(params[0]));
+    SceneSource source(host());
+    Check check(source, found.target);
+    check.finish();
+    found.report = check.report();
+    last() = std::move(found);
+    result.SetInt(countOf(last().report.findings.size()));
+}
+
+void count(const FPParams&, FPValue& result) {
+    result.SetInt(countOf(last().report.findings.size()));
+}
+
+/// Of all that was found, whether it is kept or not.
+void total(const FPParams& params, FPValue& result) {
+    const std::string name = textOf(params[0]);
+    if (const auto severity = severityOf(name)) {
+        result.SetInt(countOf(last().report.countOf(*severity, last().target)));
+    } else if (const auto rule = ruleOf(name)) {
+        result.SetInt(countOf(last().report.countOf(*rule)));
+    } else {
+        throw Refusal("\"" + name + "\" is neither a severity nor a rule");
+    }
+}
+
+void code(const FPParams& params, FPValue& result) {
+    result.SetString(infoOf(findingAt(params[0]).rule).code);
+}
+
+void severity(const FPParams& params, FPValue& result) {
+    result.SetString(nameOf(findingAt(params[0]).severity));
+}
+
+void node(const FPParams& params, FPValue& result) {
+    result.SetNode(host().GetINodeByHandle(static_cast<DWORD>(findingAt(params[0]).place)));
+}
+
+void text(const FPParams& params, FPValue& result) {
+    loadText(result, findingAt(params[0]).text(base::Language{GetLanguage()}));
+}
+
+void mendFinding(const FPParams& params, FPValue& result) {
+    result.SetBool(mend(host(), last().target, findingAt(params[0])));
+}
+
+void save(const FPParams& params, FPValue&) {
+    const std::string json = toJson(last().report, last().target, "scene", "handle");
+    base::replaceFile(textOf(params[0]), json);
+}
+
+void targets(const FPParams&, FPValue& result) {
+    result.SetStrings(targetNames());
+}
+
+// ---------------------------------------------------------------- publishing
+
+struct Row {
+    FPFunctionDesc described;
+    Function function;
+};
+
+constexpr Row row(FunctionID id, const char* name, ParamType2 result, Function function,
+                  std::initializer_list<FPParamDesc> params) {
+    constexpr int kNoDescription = -1;
+    return {{id, name, kNoDescription, result, 0, params}, function};
+}
+
+constexpr FPParamDesc kIndex{"index", TYPE_INT};
+
+constexpr Row kRows[] = {
+    row(0, "run", TYPE_INT, run, {{"target", TYPE_STRING}}),
+    row(1, "count", TYPE_INT, count, {}),
+    row(2, "total", TYPE_INT, total, {{"what", TYPE_STRING}}),
+    row(3, "code", TYPE_STRING, code, {kIndex}),
+    row(4, "severity", TYPE_STRING, severity, {kIndex}),
+    row(5, "node", TYPE_INODE, node, {kIndex}),
+    row(6, "text", TYPE_STRING, text, {kIndex}),
+    row(7, "mend", TYPE_BOOL, mendFinding, {kIndex}),
+    row(8, "save", TYPE_VOID, save, {{"file", TYPE_STRING}}),
+    row(9, "targets", TYPE_STRING_TAB, targets, {}),
+};
+
+std::vector<FPFunctionDesc> functions() {
+    std::vector<FPFunctionDesc> all;
+    for (const Row& one : kRows) all.push_back(one.described);
+    return all;
+}
+
+/// Plug-ins may call without the script engine, which sees to the types.
+bool fit(std::span<const FPParamDesc> params, const FPParams* given) {
+    if (params.empty()) return true;
+    return given != nullptr &&
+           std::ranges::equal(params, *given, {}, &FPParamDesc::type, &FPValue::type);
+}
+
+class CheckFunctions final : public FPStaticInterface {
+public:
+    CheckFunctions() : FPStaticInterface(kCheckId, "FltCheck", 0, nullptr, FP_CORE, functions()) {}
+
+protected:
+    FPStatus _dispatch_fn(FunctionID id, TimeValue, FPValue& result, FPParams* params) override {
+        const auto* const called = std::ranges::find(
+            kRows, id, [](const Row& candidate) { return candidate.described.id; });
+        if (called == std::end(kRows)) return FPS_NO_SUCH_FUNCTION;
+        if (!fit(called->described.params(), params)) return FPS_FAIL;
+        try {
+            called->function(params != nullptr ? *params : FPParams(), result);
+            return FPS_OK;
+        } catch (const std::runtime_error& refusal) {
+            result.SetOwnedString(KILN_strdup(refusal.what()));
+            return FPS_FAIL;
+        }
+    }
+};
+
+// Published when the module is loaded.
+CheckFunctions theCheckFunctions;
+
+}  // namespace
+
+FPStaticInterface& checkFunctions() {
+    return theCheckFunctions;
+}
+
+}  // namespace checks

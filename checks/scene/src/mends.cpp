@@ -1,0 +1,630 @@
+#include <checks/mends.h>
+
+#include "meshoutline.h"
+
+#include <base/paths.h>
+#include <base/text.h>
+#include <checks/counters.h>
+#include <fltkilnutil/kilnflt.h>
+#include <fltkilnutil/sourcerecords.h>
+#include <kiln/kiln.h>
+#include <quillon/fltdof.h>
+#include <quillon/fltface.h>
+#include <quillon/fltfactory.h>
+#include <quillon/fltlightpoint.h>
+#include <quillon/fltlightpointpalettes.h>
+#include <quillon/fltlightsourcepalette.h>
+#include <quillon/fltlod.h>
+#include <quillon/fltmaterial.h>
+#include <quillon/fltrevision.h>
+#include <quillon/fltswitch.h>
+#include <quillon/flttext.h>
+#include <quillon/flttexture.h>
+#include <quillon/fltxref.h>
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <filesystem>
+#include <iterator>
+#include <memory>
+#include <vector>
+
+namespace checks {
+
+namespace {
+
+/// What a mend works on.
+struct Patient {
+    Interface& host;
+    const Target& target;
+    const Finding& finding;
+    INode& node;
+};
+
+std::string_view valueOf(const Patient& at, std::size_t i) {
+    return i < at.finding.values.size() ? std::string_view(at.finding.values[i])
+                                        : std::string_view();
+}
+
+/// Reads the node's record, has `change` change it, and stores it; false where one of them fails.
+template <typename Record, typename Change>
+bool edit(INode& node, Change&& change) {
+    FltNodeKind kind{};
+    Record record;
+    return fltGetKind(&node, false, kind) && static_cast<std::uint16_t>(kind) == Record::kOpcode &&
+           fltGetRecord(&node, record) && change(record) && fltPutRecord(&node, record);
+}
+
+bool isChildOf(INode& node, FltNodeKind parent) {
+    FltNodeKind kind{};
+    return fltGetKind(node.GetParentNode(), false, kind) && kind == parent;
+}
+
+// ---------------------------------------------------------------- header and names
+
+bool mendRevision(const Patient& at) {
+    return edit<FltHeader>(at.node, [&](FltHeader& header) {
+        header.formatRevision = static_cast<std::int32_t>(
+            at.target.revision.value_or(fltNearestWritable(header.revision())));
+        return true;
+    });
+}
+
+bool mendUnits(const Patient& at) {
+    return edit<FltHeader>(at.node, [&](FltHeader& header) {
+        header.vertexCoordinateUnits = at.target.units.value_or(std::uint8_t{0});
+        return true;
+    });
+}
+
+bool mendStorage(const Patient& at) {
+    return edit<FltHeader>(at.node, [](FltHeader& header) {
+        header.vertexStorageType = 1;
+        return true;
+    });
+}
+
+bool mendCounter(const Patient& at) {
+    return edit<FltHeader>(at.node, [&](FltHeader& header) {
+        const auto counter = counterOf(valueOf(at, 0));
+        if (counter == nullptr || at.finding.detail < 0 || at.finding.detail >= 0x7FFF)
+            return false;
+        header.*counter = static_cast<std::int16_t>(at.finding.detail + 1);
+        return true;
+    });
+}
+
+/// The whole name stays on the node, and goes into files as a long identifier.
+bool mendLongName(const Patient& at) {
+    FltNodeKind kind{};
+    if (!fltGetKind(&at.node, false, kind)) return false;
+    const std::unique_ptr<FltRecord> record = fltCreateRecord(static_cast<std::uint16_t>(kind));
+    if (!record || !fltGetRecord(&at.node, *record) || record->id() == nullptr) return false;
+    constexpr std::size_t kSize = 8;
+    char* const field = record->id();
+    const std::string id(base::clipUtf8(std::string(fltText(std::span(field, kSize))), kSize - 1));
+    fltSetText(std::span(field, kSize), id);
+    return fltPutRecord(&at.node, *record);
+}
+
+void rename(const Patient& at, const std::string& name) {
+    const std::unique_ptr<NameMaker> maker(at.host.NewNameMaker());
+    CStr unique(name.c_str());
+    maker->MakeUniqueName(unique);
+    at.node.SetName(unique.data());
+}
+
+bool mendDuplicateName(const Patient& at) {
+    rename(at, at.node.GetName());
+    return true;
+}
+
+bool mendNameChars(const Patient& at) {
+    std::string plain;
+    for (const char character : std::string_view(at.node.GetName())) {
+        // Of a character of several bytes the first one counts.
+        if ((static_cast<unsigned char>(character) & 0xC0) == 0x80) continue;
+        plain += character >= ' ' && character <= '~' ? character : '_';
+    }
+    const std::size_t first = plain.find_first_not_of(' ');
+    if (first == std::string::npos) return false;
+    rename(at, plain.substr(first, plain.find_last_not_of(' ') - first + 1));
+    return true;
+}
+
+// ---------------------------------------------------------------- hierarchy
+
+/// A node that holds others is not deleted, nor one that is a state of a switch.
+bool mendByDeleting(const Patient& at) {
+    if (at.node.NumberOfChildren() != 0 || isChildOf(at.node, FltNodeKind::Switch)) return false;
+    at.host.DeleteNode(&at.node);
+    return true;
+}
+
+bool mendReversed(const Patient& at) {
+    return edit<FltLod>(at.node, [](FltLod& lod) {
+        std::swap(lod.switchInDistance, lod.switchOutDistance);
+        return true;
+    });
+}
+
+bool mendRange(const Patient& at) {
+    return edit<FltLod>(at.node, [&](FltLod& lod) {
+        lod.switchOutDistance = std::bit_cast<double>(at.finding.detail);
+        return lod.switchOutDistance < lod.switchInDistance;
+    });
+}
+
+bool mendLodSize(const Patient& at) {
+    return edit<FltLod>(at.node, [&](FltLod& lod) {
+        lod.switchInDistance = 2 * std::bit_cast<double>(at.finding.detail);
+        return std::isfinite(lod.switchInDistance);
+    });
+}
+
+/// The box around all meshes at or below `top`, in the space of its parent.
+Box3 boxOf(INode& top) {
+    Box3 box;
+    const Matrix3 above = Inverse(top.GetParentNode()->GetNodeTM(0));
+    ForEachInSubtree(&top, [&](INode& node) {
+        Object* const object = node.EvalWorldState(0).obj;
+        if (object == nullptr || object->ClassID() != TRIOBJ_CLASS_ID) return;
+        const Matrix3 place = node.GetNodeTM(0) * above;
+        for (const Point3& vertex : static_cast<TriObject*>(object)->GetMesh().verts) {
+            const Point3 point = place.PointTransform(vertex);
+            if (std::isfinite(point.x + point.y + point.z)) box += point;
+        }
+    });
+    return box;
+}
+
+/// All levels with that centre below the same node move together: they take each other's place.
+bool mendCenter(const Patient& at) {
+    FltLod wanted;
+    if (!fltGetRecord(&at.node, wanted)) return false;
+    const auto isSame = [&](const FltLod& lod) {
+        return lod.centerX == wanted.centerX && lod.centerY == wanted.centerY &&
+               lod.centerZ == wanted.centerZ;
+    };
+    INode* const parent = at.node.GetParentNode();
+    Box3 box;
+    std::vector<std::pair<INode*, FltLod>> set;
+    for (int i = 0; i < parent->NumberOfChildren(); ++i) {
+        INode* const sibling = parent->GetChildNode(i);
+        FltNodeKind kind{};
+        FltLod lod;
+        if (!fltGetKind(sibling, false, kind) || kind != FltNodeKind::Lod ||
+            !fltGetRecord(sibling, lod) || !isSame(lod))
+            continue;
+        box += boxOf(*sibling);
+        set.emplace_back(sibling, lod);
+    }
+    if (box.IsEmpty()) return false;
+    for (auto& [sibling, lod] : set) {
+        lod.centerX = box.Center().x;
+        lod.centerY = box.Center().y;
+        lod.centerZ = box.Center().z;
+        fltPutRecord(sibling, lod);
+    }
+    return true;
+}
+
+// ---------------------------------------------------------------- switches and motions
+
+constexpr std::uint32_t kBits = FltSwitch::kMaskBitsPerWord;
+
+/// The children that a file has: what is passed over there is not counted.
+std::uint32_t childrenOf(INode& node) {
+    std::uint32_t count = 0;
+    ForEachInSubtree(&node, [&](INode& below) {
+        if (&below == &node) return WalkStep::kOn;
+        FltNodeKind kind{};
+        if (!fltGetKind(&below, true, kind)) return WalkStep::kOn;
+        ++count;
+        return WalkStep::kPastThis;
+    });
+    return count;
+}
+
+/// Masks get longer by bits that show nothing, which is what lacking bits do.
+bool mendMaskShort(const Patient& at) {
+    const std::uint32_t words = (childrenOf(at.node) + kBits - 1) / kBits;
+    return edit<FltSwitch>(at.node, [&](FltSwitch& record) {
+        const std::int32_t masks = record.maskCount(), before = record.wordsPerMask;
+        const auto after = static_cast<std::int32_t>(words);
+        if (masks == 0 || after <= before ||
+            std::int64_t{masks} * after > FltSwitch::kMaxWrittenMaskWords)
+            return false;
+        FltListOf<std::uint32_t> longer;
+        for (std::int32_t mask = 0; mask < masks; ++mask)
+            for (std::int32_t word = 0; word < after; ++word)
+                longer.append(word < before ? *record.maskWords.at(mask * before + word) : 0);
+        record.maskWords = longer;
+        record.wordsPerMask = after;
+        return true;
+    });
+}
+
+bool mendStrayBits(const Patient& at) {
+    const std::uint32_t children = childrenOf(at.node);
+    return edit<FltSwitch>(at.node, [&](FltSwitch& record) {
+        const auto perMask = static_cast<std::uint32_t>(record.wordsPerMask);
+        if (perMask == 0) return false;
+        for (std::int32_t i = 0; i < record.maskWords.count(); ++i) {
+            const std::uint32_t first = static_cast<std::uint32_t>(i) % perMask * kBits;
+            const std::uint32_t inUse = children > first ? std::min(children - first, kBits) : 0;
+            if (inUse < kBits) *record.maskWords.at(i) &= (std::uint32_t{1} << inUse) - 1;
+        }
+        return true;
+    });
+}
+
+bool mendCurrentMask(const Patient& at) {
+    return edit<FltSwitch>(at.node, [](FltSwitch& record) {
+        record.currentMask = 0;
+        return record.maskCount() > 0;
+    });
+}
+
+/// A switch without masks gets one that shows all; one without children goes.
+bool mendEmptySwitch(const Patient& at) {
+    const std::uint32_t children = childrenOf(at.node);
+    if (children == 0) return mendByDeleting(at);
+    return edit<FltSwitch>(at.node, [&](FltSwitch& record) {
+        if (record.maskCount() > 0) return false;
+        record.maskWords.clear();
+        const std::uint32_t words = (children + kBits - 1) / kBits;
+        if (words > static_cast<std::uint32_t>(FltSwitch::kMaxWrittenMaskWords)) return false;
+        for (std::uint32_t i = 0; i < words; ++i) {
+            const std::uint32_t inUse = std::min(children - i * kBits, kBits);
+            record.maskWords.append(inUse == kBits ? 0xFFFFFFFF : (std::uint32_t{1} << inUse) - 1);
+        }
+        record.wordsPerMask = static_cast<std::int32_t>(words);
+        record.currentMask = 0;
+        return true;
+    });
+}
+
+struct Motion {
+    std::uint32_t limited;
+    double FltDof::*least;
+    double FltDof::*greatest;
+    double FltDof::*current;
+};
+constexpr Motion kMotions[] = {
+    {0x80000000, &FltDof::xTranslationMin, &FltDof::xTranslationMax, &FltDof::xTranslationCurrent},
+    {0x40000000, &FltDof::yTranslationMin, &FltDof::yTranslationMax, &FltDof::yTranslationCurrent},
+    {0x20000000, &FltDof::zTranslationMin, &FltDof::zTranslationMax, &FltDof::zTranslationCurrent},
+    {0x10000000, &FltDof::pitchMin, &FltDof::pitchMax, &FltDof::pitchCurrent},
+    {0x08000000, &FltDof::rollMin, &FltDof::rollMax, &FltDof::rollCurrent},
+    {0x04000000, &FltDof::yawMin, &FltDof::yawMax, &FltDof::yawCurrent},
+    {0x02000000, &FltDof::xScaleMin, &FltDof::xScaleMax, &FltDof::xScaleCurrent},
+    {0x01000000, &FltDof::yScaleMin, &FltDof::yScaleMax, &FltDof::yScaleCurrent},
+    {0x00800000, &FltDof::zScaleMin, &FltDof::zScaleMax, &FltDof::zScaleCurrent},
+};
+
+bool isLimited(const FltDof& dof, const Motion& motion) {
+    return (static_cast<std::uint32_t>(dof.flags) & motion.limited) != 0;
+}
+
+bool mendDofLimits(const Patient& at) {
+    return edit<FltDof>(at.node, [](FltDof& dof) {
+        for (const Motion& motion : kMotions) {
+            if (!isLimited(dof, motion) || !(dof.*motion.least > dof.*motion.greatest)) continue;
+            std::swap(dof.*motion.least, dof.*motion.greatest);
+            dof.*motion.current =
+                std::clamp(dof.*motion.current, dof.*motion.least, dof.*motion.greatest);
+        }
+        return true;
+    });
+}
+
+bool mendDofCurrent(const Patient& at) {
+    return edit<FltDof>(at.node, [](FltDof& dof) {
+        for (const Motion& motion : kMotions)
+            if (isLimited(dof, motion) && dof.*motion.least <= dof.*motion.greatest)
+                dof.*motion.current =
+                    std::clamp(dof.*motion.current, dof.*motion.least, dof.*motion.greatest);
+        return true;
+    });
+}
+
+bool mendZeroScale(const Patient& at) {
+    return edit<FltDof>(at.node, [](FltDof& dof) {
+        for (const Motion& motion : std::span(kMotions).subspan(6)) {
+            double& current = dof.*motion.current;
+            if (current != 0) continue;
+            current = 1;
+            if (isLimited(dof, motion) && dof.*motion.least <= dof.*motion.greatest)
+                current = std::clamp(current, dof.*motion.least, dof.*motion.greatest);
+            if (current == 0) return false;  // its limits allow nothing else
+        }
+        return true;
+    });
+}
+
+// ---------------------------------------------------------------- paths and palettes
+
+/// The path that leads from a folder of the host's to the file that `name` names, or to one of that
+/// name beside; empty when there is neither.
+std::string relativePath(Interface& host, std::string name) {
+    namespace fs = std::filesystem;
+    std::ranges::replace(name, '\\', '/');
+    const fs::path path = base::pathFrom(name);
+    std::error_code ignored;
+    for (const int id : {KILN_IMPORT_DIR, KILN_SCENE_DIR, KILN_IMAGE_DIR}) {
+        const std::string folderName = host.GetDir(id);
+        if (folderName.empty()) continue;
+        const fs::path folder = base::pathFrom(folderName);
+        const fs::path relative = path.lexically_relative(folder);
+        if (!relative.empty() && *relative.begin() != ".." && fs::is_regular_file(path, ignored))
+            return base::genericTextOf(relative);
+        if (fs::is_regular_file(folder / path.filename(), ignored))
+            return base::genericTextOf(path.filename());
+    }
+    return {};
+}
+
+/// Gives the chunk of what is kept on a node, and the bytes of the palette record of `opcode` with
+/// that index within it, to `change`; stores what comes of it.
+template <typename Record, typename Index, typename Change>
+bool editPalette(INode& node, std::int64_t index, Index Record::*indexField, Change&& change) {
+    using fltkilnutil::SourceChunk;
+    const fltkilnutil::FileBytes chunk = fltkilnutil::sourceChunk(node, SourceChunk::records);
+    const fltkilnutil::SourceRecords kept = fltkilnutil::sourceRecordsOf(node);
+    for (const fltkilnutil::SourceRecord& entry : kept.attached) {
+        if (entry.isOpaque || entry.record.opcode() != Record::kOpcode) continue;
+        Record record;
+        record.readBytes(entry.record.bytes(), kept.revision);
+        if (record.*indexField != index) continue;
+        std::vector<std::uint8_t> bytes(chunk.begin(), chunk.end());
+        const auto place = static_cast<std::size_t>(entry.record.bytes().data() - chunk.data());
+        change(bytes, place, entry.record.length());
+        fltkilnutil::storeSourceChunk(node, SourceChunk::records, bytes);
+        node.NotifyAppDataChanged();
+        return true;
+    }
+    return false;
+}
+
+bool mendPath(const Patient& at) {
+    const std::string relative = relativePath(at.host, std::string(valueOf(at, 0)));
+    if (relative.empty() || relative.size() >= sizeof FltXRef::fileName) return false;
+    FltNodeKind kind{};
+    if (!fltGetKind(&at.node, false, kind)) return false;
+    if (kind == FltNodeKind::XRef)
+        return edit<FltXRef>(at.node, [&](FltXRef& record) {
+            const std::string_view whole = fltText(record.fileName);
+            const std::size_t nodeName = whole.find('<');
+            const std::string rest(nodeName == std::string_view::npos ? ""
+                                                                      : whole.substr(nodeName));
+            if (relative.size() + rest.size() > sizeof record.fileName) return false;
+            fltSetText(record.fileName, relative + rest);
+            return true;
+        });
+    return editPalette(at.node, at.finding.detail, &FltTexture::index,
+                       [&](std::vector<std::uint8_t>& bytes, std::size_t place, std::size_t) {
+                           // The name is the first field.
+                           char* const field =
+                               reinterpret_cast<char*>(&bytes[place + FltRecordView::kHeaderSize]);
+                           fltSetText(std::span(field, sizeof FltTexture::fileName), relative);
+                       });
+}
+
+bool mendUnusedEntry(const Patient& at) {
+    const auto remove = [](std::vector<std::uint8_t>& bytes, std::size_t place,
+                           std::size_t length) {
+        const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(place);
+        bytes.erase(begin, begin + static_cast<std::ptrdiff_t>(length));
+    };
+    const std::int64_t index = at.finding.detail;
+    const std::string_view palette = valueOf(at, 0);
+    if (palette == "texture") return editPalette(at.node, index, &FltTexture::index, remove);
+    if (palette == "material") return editPalette(at.node, index, &FltMaterial::index, remove);
+    if (palette == "texture mapping")
+        return editPalette(at.node, index, &FltTextureMapping::index, remove);
+    if (palette == "appearance")
+        return editPalette(at.node, index, &FltLightPointAppearance::index, remove);
+    if (palette == "animation")
+        return editPalette(at.node, index, &FltLightPointAnimation::index, remove);
+    return false;
+}
+
+bool mendIndex(const Patient& at) {
+    return edit<FltFace>(at.node, [&](FltFace& face) {
+        bool found = false;
+        const auto drop = [&](std::int16_t& field) {
+            if (field != at.finding.detail) return;
+            field = -1;
+            found = true;
+        };
+        const std::string_view what = valueOf(at, 0);
+        if (what == "texture") {
+            drop(face.textureIndex);
+            drop(face.detailTextureIndex);
+        } else if (what == "material") {
+            drop(face.materialIndex);
+        } else if (what == "texture mapping") {
+            drop(face.textureMappingIndex);
+        }
+        return found;
+    });
+}
+
+// ---------------------------------------------------------------- meshes and lights
+
+/// The node's mesh, when it is its own and no other node shows it too.
+Mesh* ownMesh(INode& node) {
+    Object* const object = node.GetObjectRef();
+    if (object == nullptr || object->ClassID() != TRIOBJ_CLASS_ID || object->NumReferences() > 1)
+        return nullptr;
+    Mesh& mesh = static_cast<TriObject*>(object)->GetMesh();
+    return mesh.IsConsistent() ? &mesh : nullptr;
+}
+
+/// Deletes a face that is one polygon, or none.
+bool mendFaceByDeleting(const Patient& at) {
+    const Mesh* const mesh = ownMesh(at.node);
+    if (mesh == nullptr || (!mesh->faces.IsEmpty() && !isOnePolygon(*mesh))) return false;
+    return mendByDeleting(at);
+}
+
+bool mendBySplitting(const Patient& at) {
+    Mesh* const mesh = ownMesh(at.node);
+    if (mesh == nullptr || mesh->faces.Count() < 2) return false;
+    for (Face& face : mesh->faces) face.flags |= EDGE_ALL;
+    at.node.InvalidateWS();
+    return true;
+}
+
+/// Every vertex gets the direction of the polygons around it.
+bool mendNormals(const Patient& at) {
+    Mesh* const mesh = ownMesh(at.node);
+    if (mesh == nullptr || mesh->verts.IsEmpty()) return false;
+    std::vector<Point3> sums(static_cast<std::size_t>(mesh->verts.Count()));
+    for (int i = 0; i < mesh->faces.Count(); ++i) {
+        const Face& face = mesh->faces[i];
+        const auto corner = [&](std::size_t c) { return mesh->verts[static_cast<int>(face.v[c])]; };
+        const Point3 area = CrossProd(corner(1) - corner(0), corner(2) - corner(0));
+        for (const DWORD vertex : face.v) sums[vertex] = sums[vertex] + area;
+    }
+    mesh->normals.SetCount(mesh->verts.Count());
+    for (int i = 0; i < mesh->verts.Count(); ++i)
+        mesh->normals[i] = Point3f(Normalize(sums[static_cast<std::size_t>(i)]));
+    at.node.InvalidateWS();
+    return true;
+}
+
+/// Takes the vertices out that `goes` names, whose indices then mean what `becomes` says.
+void removeVertices(Mesh& mesh, const std::vector<bool>& goes, std::vector<DWORD> becomes) {
+    int kept = 0;
+    const bool hasTexture =
+        mesh.tVerts.Count() == mesh.verts.Count() &&
+        std::ranges::equal(mesh.tvFaces, mesh.faces, [](const TVFace& t, const Face& f) {
+            return std::ranges::equal(t.t, f.v);
+        });
+    for (int i = 0; i < mesh.verts.Count(); ++i) {
+        if (goes[static_cast<std::size_t>(i)]) continue;
+        mesh.verts[kept] = mesh.verts[i];
+        if (!mesh.normals.IsEmpty()) mesh.normals[kept] = mesh.normals[i];
+        if (!mesh.colors.IsEmpty()) mesh.colors[kept] = mesh.colors[i];
+        if (hasTexture) mesh.tVerts[kept] = mesh.tVerts[i];
+        ++kept;
+    }
+    mesh.verts.SetCount(kept);
+    if (!mesh.normals.IsEmpty()) mesh.normals.SetCount(kept);
+    if (!mesh.colors.IsEmpty()) mesh.colors.SetCount(kept);
+    for (Face& face : mesh.faces)
+        for (DWORD& corner : face.v) corner = becomes[corner];
+    if (!hasTexture) return;
+    mesh.tVerts.SetCount(kept);
+    for (TVFace& face : mesh.tvFaces)
+        for (DWORD& corner : face.t) corner = becomes[corner];
+}
+
+/// The number that each vertex has when those that go are taken out.
+std::vector<DWORD> numbersWithout(const std::vector<bool>& goes) {
+    std::vector<DWORD> numbers;
+    DWORD next = 0;
+    for (const bool gone : goes) numbers.push_back(gone ? next : next++);
+    return numbers;
+}
+
+bool mendUnusedVertices(const Patient& at) {
+    Mesh* const mesh = ownMesh(at.node);
+    if (mesh == nullptr || mesh->faces.IsEmpty()) return false;
+    std::vector<bool> goes(static_cast<std::size_t>(mesh->verts.Count()), true);
+    for (const Face& face : mesh->faces)
+        for (const DWORD corner : face.v) goes[corner] = false;
+    removeVertices(*mesh, goes, numbersWithout(goes));
+    at.node.InvalidateWS();
+    return true;
+}
+
+/// Of corners in one place the first stays. Only a polygon whose cut into triangles passes the
+/// others over is mended: nothing else is cut anew.
+bool mendDuplicateVertices(const Patient& at) {
+    Mesh* const mesh = ownMesh(at.node);
+    if (mesh == nullptr || !isOnePolygon(*mesh)) return false;
+    const auto count = static_cast<std::size_t>(mesh->verts.Count());
+    std::vector<bool> goes(count, true);
+    for (const Face& face : mesh->faces)
+        for (const DWORD corner : face.v) goes[corner] = false;
+    if (std::ranges::find(goes, true) == goes.end()) return false;
+    removeVertices(*mesh, goes, numbersWithout(goes));
+    at.node.InvalidateWS();
+    return true;
+}
+
+bool mendPixelSizes(const Patient& at) {
+    return edit<FltLightPoint>(at.node, [](FltLightPoint& light) {
+        std::swap(light.minPixelSize, light.maxPixelSize);
+        return true;
+    });
+}
+
+// ---------------------------------------------------------------- the table
+
+struct MendRow {
+    Rule rule;
+    bool (*mend)(const Patient& at);
+};
+constexpr MendRow kMends[] = {
+    {Rule::HDR_REVISION, mendRevision},
+    {Rule::HDR_UNITS, mendUnits},
+    {Rule::HDR_STORAGE, mendStorage},
+    {Rule::COUNTER_BEHIND, mendCounter},
+    {Rule::NAME_LONG, mendLongName},
+    {Rule::NAME_DUPLICATE, mendDuplicateName},
+    {Rule::NAME_CHARS, mendNameChars},
+    {Rule::GROUP_EMPTY, mendByDeleting},
+    {Rule::LOD_REVERSED, mendReversed},
+    {Rule::LOD_GAP, mendRange},
+    {Rule::LOD_OVERLAP, mendRange},
+    {Rule::LOD_CENTER, mendCenter},
+    {Rule::LOD_SIZE, mendLodSize},
+    {Rule::SWITCH_MASK_SHORT, mendMaskShort},
+    {Rule::SWITCH_CURRENT, mendCurrentMask},
+    {Rule::SWITCH_STRAY_BITS, mendStrayBits},
+    {Rule::SWITCH_EMPTY, mendEmptySwitch},
+    {Rule::DOF_LIMITS, mendDofLimits},
+    {Rule::DOF_CURRENT, mendDofCurrent},
+    {Rule::DOF_SCALE_ZERO, mendZeroScale},
+    {Rule::PATH_ABSOLUTE, mendPath},
+    {Rule::FACE_CORNERS, mendFaceByDeleting},
+    {Rule::FACE_DEGENERATE, mendFaceByDeleting},
+    {Rule::FACE_NONPLANAR, mendBySplitting},
+    {Rule::FACE_CONCAVE, mendBySplitting},
+    {Rule::FACE_DUPLICATE, mendFaceByDeleting},
+    {Rule::INDEX_RANGE, mendIndex},
+    {Rule::NORMAL_MISSING, mendNormals},
+    {Rule::VERTEX_UNUSED, mendUnusedVertices},
+    {Rule::VERTEX_DUPLICATE, mendDuplicateVertices},
+    {Rule::LP_SIZE, mendPixelSizes},
+    {Rule::PALETTE_UNUSED, mendUnusedEntry},
+};
+
+const MendRow* mendOf(Rule rule) noexcept {
+    const auto* const found = std::ranges::find(kMends, rule, &MendRow::rule);
+    return found == std::end(kMends) ? nullptr : found;
+}
+
+}  // namespace
+
+bool canMend(Rule rule) noexcept {
+    return mendOf(rule) != nullptr;
+}
+
+bool mend(Interface& host, const Target& target, const Finding& finding) noexcept {
+    const MendRow* const row = mendOf(finding.rule);
+    INode* const node = host.GetINodeByHandle(static_cast<DWORD>(finding.place));
+    if (row == nullptr || node == nullptr || finding.place == 0) return false;
+    try {
+        return row->mend({host, target, finding, *node});
+    } catch (...) {
+        return false;
+    }
+}
+
+}  // namespace checks

@@ -1,0 +1,160 @@
+// Files that databases name: other databases and pictures.
+#include "gathered.h"
+
+#include "picturesize.h"
+
+#include <base/paths.h>
+#include <quillon/fltfilereader.h>
+#include <quillon/flttext.h>
+#include <quillon/fltxref.h>
+
+#include <algorithm>
+#include <bit>
+#include <filesystem>
+#include <set>
+
+namespace checks {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A reference may name a node within the file, behind it.
+std::string withoutNode(const std::string& name) {
+    return name.substr(0, name.find('<'));
+}
+
+/// Names of other computers and of devices are not followed: to ask for them tells who is asking.
+bool isElsewhere(std::string_view name) {
+    const auto isSlash = [](char character) { return character == '/' || character == '\\'; };
+    return name.size() > 1 && isSlash(name[0]) && isSlash(name[1]);
+}
+
+bool isAbsolute(std::string_view name) {
+    if (name.empty()) return false;
+    return name[0] == '/' || name[0] == '\\' || (name.size() > 1 && name[1] == ':');
+}
+
+bool isFile(const fs::path& path) {
+    std::error_code ignored;
+    return fs::is_regular_file(path, ignored);
+}
+
+/// The file that `name` means, where it is found; empty otherwise.
+fs::path find(std::string name, const std::vector<std::string>& folders) {
+    std::ranges::replace(name, '\\', '/');
+    const fs::path path = base::pathFrom(name);
+    if (isAbsolute(name)) {
+        if (isFile(path)) return path;
+    }
+    for (const std::string& folder : folders) {
+        const fs::path beside = base::pathFrom(folder) / path.relative_path();
+        if (isFile(beside)) return beside;
+        // As other programs do: by its name alone.
+        const fs::path byName = base::pathFrom(folder) / path.filename();
+        if (isFile(byName)) return byName;
+    }
+    return {};
+}
+
+fs::path wholePath(const fs::path& path) {
+    std::error_code ignored;
+    const fs::path found = fs::weakly_canonical(path, ignored);
+    return found.empty() ? path : found;
+}
+
+/// The files that the database at `path` refers to; none when it cannot be read.
+std::vector<std::string> referencesOf(const fs::path& path) {
+    constexpr std::uintmax_t kLargest = std::uintmax_t{256} << 20;
+    std::vector<std::string> names;
+    try {
+        if (fs::file_size(path) > kLargest) return names;
+        const FltFileBytes file = FltFileBytes::load(base::textOf(path));
+        FltFileReader reader(file.bytes());
+        FltXRef record;
+        while (reader.next()) {
+            if (reader.opcode() != kFltExternalRef) continue;
+            record.readFromFile(&reader.token());
+            names.push_back(withoutNode(std::string(fltText(record.fileName))));
+        }
+    } catch (const std::exception&) {
+        // What was read up to the damage counts.
+    }
+    return names;
+}
+
+/// Whether the file at `start`, or one that it refers to, refers to `home`.
+bool leadsTo(const fs::path& start, const fs::path& home) {
+    constexpr std::size_t kMostFiles = 200;
+    std::set<fs::path> seen{start};
+    std::vector<fs::path> pending{start};
+    while (!pending.empty() && seen.size() < kMostFiles) {
+        const fs::path path = pending.back();
+        pending.pop_back();
+        if (path == home) return true;
+        const std::vector<std::string> folders{base::textOf(path.parent_path())};
+        for (const std::string& name : referencesOf(path)) {
+            if (isElsewhere(name)) continue;
+            const fs::path next = find(name, folders);
+            if (next.empty()) continue;
+            if (const fs::path known = wholePath(next); seen.insert(known).second)
+                pending.push_back(known);
+        }
+    }
+    return std::ranges::find(seen, home) != seen.end();
+}
+
+void judgeReferences(Gathered& all, const std::vector<std::string>& folders) {
+    for (const KeptReference& reference : all.references) {
+        const std::string name = withoutNode(reference.file);
+        if (isAbsolute(name)) all.found(Rule::PATH_ABSOLUTE, reference.node, name);
+        if (folders.empty() || isElsewhere(name)) continue;
+        const fs::path path = find(name, folders);
+        if (path.empty()) {
+            all.found(Rule::XREF_MISSING, reference.node, name);
+            continue;
+        }
+        if (!all.isOn(Rule::XREF_CYCLE)) continue;
+        const Database& database = all.databaseOf(reference.node);
+        if (database.node == kNone) continue;
+        const std::string home = all.source.fileOf(all.nodes[database.node].place);
+        if (home.empty()) continue;
+        if (leadsTo(wholePath(path), wholePath(base::pathFrom(home))))
+            all.found(Rule::XREF_CYCLE, reference.node, name);
+    }
+}
+
+void judgeTexture(Gathered& all, std::int32_t index, const PaletteEntry& texture,
+                  const std::vector<std::string>& folders) {
+    if (isAbsolute(texture.name))
+        all.foundDetail(Rule::PATH_ABSOLUTE, texture.node, index, texture.name);
+    if (folders.empty() || isElsewhere(texture.name) || texture.name.empty()) return;
+    const fs::path path = find(texture.name, folders);
+    if (path.empty()) return all.found(Rule::TEX_MISSING, texture.node, texture.name);
+    const std::optional<PictureSize> size = pictureSizeOf(path);
+    if (!size) return;
+    constexpr std::uint64_t kTexel = 4;
+    all.report.statistics.textureBytes += kTexel * size->width * size->height;
+    const std::uint32_t most = all.target.limits.textureSide;
+    if (!std::has_single_bit(size->width) || !std::has_single_bit(size->height) ||
+        std::max(size->width, size->height) > most)
+        all.found(Rule::TEX_SIZE, texture.node, texture.name, size->width, size->height);
+}
+
+}  // namespace
+
+void judgeFiles(Gathered& all) {
+    const std::vector<std::string> folders = all.source.folders();
+    judgeReferences(all, folders);
+    for (const Database& database : all.databases)
+        for (const auto& [index, texture] :
+             database.palettes[static_cast<std::size_t>(Palette::kTexture)])
+            judgeTexture(all, index, texture, folders);
+    constexpr std::uint64_t kMegabyte = 1 << 20;
+    const std::uint64_t bytes = all.report.statistics.textureBytes;
+    if (bytes > all.target.limits.textureMegabytes * kMegabyte)
+        all.found(Rule::BUDGET, kNone, "megabytes of textures", (bytes + kMegabyte - 1) / kMegabyte,
+                  all.target.limits.textureMegabytes);
+}
+
+}  // namespace checks

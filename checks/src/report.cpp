@@ -1,0 +1,70 @@
+#include <checks/report.h>
+
+#include <base/texts.h>
+#include <nlohmann/json.hpp>
+
+namespace checks {
+
+std::string Finding::text(base::Language language) const {
+    std::string filled = sentenceOf(rule, language);
+    // A sentence has at most three places.
+    std::array<std::string_view, 3> filling;
+    for (std::size_t i = 0; i < filling.size() && i < values.size(); ++i) filling[i] = values[i];
+    return base::fillText(filled, {filling[0], filling[1], filling[2]});
+}
+
+std::uint64_t Report::countOf(Severity severity, const Target& checked) const noexcept {
+    std::uint64_t sum = 0;
+    for (const RuleInfo& rule : catalogue())
+        if (checked.severityOf(rule.rule) == severity) sum += countOf(rule.rule);
+    return sum;
+}
+
+std::string toJson(const Report& report, const Target& target, const std::string& subject,
+                   const char* placeName) {
+    using Json = nlohmann::ordered_json;
+    const Statistics& figures = report.statistics;
+    Json rules = Json::array();
+    for (const RuleInfo& rule : catalogue()) {
+        if (const std::uint64_t count = report.countOf(rule.rule))
+            rules.push_back({{"code", rule.code},
+                             {"severity", nameOf(target.severityOf(rule.rule))},
+                             {"count", count}});
+    }
+    Json findings = Json::array();
+    for (const Finding& finding : report.findings) {
+        findings.push_back({{"code", infoOf(finding.rule).code},
+                            {"severity", nameOf(finding.severity)},
+                            {placeName, finding.place},
+                            {"node", finding.node},
+                            {"text", finding.text(base::Language::kEnglish)}});
+    }
+    const Json json = {{"subject", subject},
+                       {"target", report.target},
+                       {"counts",
+                        {{"errors", report.countOf(Severity::kError, target)},
+                         {"warnings", report.countOf(Severity::kWarning, target)},
+                         {"hints", report.countOf(Severity::kHint, target)}}},
+                       {"statistics",
+                        {{"nodes", figures.nodes},
+                         {"depth", figures.depth},
+                         {"polygons", figures.polygons},
+                         {"corners", figures.corners},
+                         {"levelsOfDetail", figures.lods},
+                         {"switches", figures.switches},
+                         {"degreesOfFreedom", figures.dofs},
+                         {"lightPoints", figures.lightPoints},
+                         {"lightSources", figures.lightSources},
+                         {"externalReferences", figures.references},
+                         {"textures", figures.textures},
+                         {"textureBytes", figures.textureBytes},
+                         {"materials", figures.materials},
+                         {"lowest", figures.lowest},
+                         {"highest", figures.highest}}},
+                       {"rules", rules},
+                       {"findings", findings}};
+    // Names may be any bytes.
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+}  // namespace checks

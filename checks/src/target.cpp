@@ -1,0 +1,206 @@
+#include <checks/target.h>
+
+#include <base/file.h>
+#include <quillon/fltrevision.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace checks {
+
+namespace {
+
+using Json = nlohmann::json;
+
+struct Limit {
+    const char* name;
+    std::uint32_t Limits::*value;
+};
+constexpr Limit kLimits[] = {
+    {"depth", &Limits::depth},
+    {"textureSide", &Limits::textureSide},
+    {"lodFaces", &Limits::lodFaces},
+    {"textureMegabytes", &Limits::textureMegabytes},
+    {"lightPoints", &Limits::lightPoints},
+    {"lightSources", &Limits::lightSources},
+};
+
+constexpr std::pair<const char*, std::uint8_t> kUnits[] = {
+    {"metres", 0}, {"kilometres", 1}, {"feet", 4}, {"inches", 5}, {"nautical miles", 8}};
+
+/// The revisions that a header may state.
+constexpr std::uint32_t kRevisions[] = {1420, 1500, 1510, 1520, 1540, 1550, 1551, 1560, 1570,
+                                        1580, 1600, 1610, 1620, 1630, 1640, 1650, 1660};
+
+constexpr std::string_view kTiled = "tiled simulation database";
+
+/// One after the published standard for tiled simulation databases: revision 16.0, metres, paths
+/// that hold wherever the tiles lie, textures of sides that are powers of two.
+Target tiledTarget() {
+    Target target;
+    target.name = kTiled;
+    target.revision = kFltOldest16Revision;
+    target.units = 0;
+    target.limits.textureSide = 1024;
+    const auto set = [&](Rule rule, Severity severity) {
+        target.severities[static_cast<std::size_t>(rule)] = severity;
+    };
+    set(Rule::PATH_ABSOLUTE, Severity::kError);
+    set(Rule::TEX_SIZE, Severity::kError);
+    set(Rule::NAME_CHARS, Severity::kWarning);
+    set(Rule::RECORD_TOO_NEW, Severity::kError);
+    return target;
+}
+
+std::string revisionName(std::uint32_t revision) {
+    std::string name = std::to_string(revision / 100) + '.' + std::to_string(revision / 10 % 10);
+    if (revision % 10 != 0) name += std::to_string(revision % 10);
+    return name;
+}
+
+std::optional<Target> builtIn(std::string_view name) {
+    if (name == "general") return Target();
+    if (name == kTiled) return tiledTarget();
+    for (const std::uint32_t revision : kRevisions) {
+        if (name != revisionName(revision)) continue;
+        Target target;
+        target.name = name;
+        target.revision = revision;
+        return target;
+    }
+    return std::nullopt;
+}
+
+/// Reads the members of a target, and complains about one with the line on which it stands.
+class Reader {
+public:
+    Reader(std::string_view text, const std::string& file) : text_(text), file_(file) {}
+
+    Target read() {
+        const Json json = parse();
+        if (!json.is_object()) complain(1, "a target must be an object");
+        Target target;
+        if (const auto base = json.find("base"); base != json.end()) {
+            const auto found = builtIn(textOf("base", *base));
+            if (!found) complain("base", "names no built-in target");
+            target = *found;
+        }
+        for (const auto& [key, value] : json.items()) take(target, key, value);
+        return target;
+    }
+
+private:
+    Json parse() {
+        try {
+            return Json::parse(text_);
+        } catch (const Json::parse_error& error) {
+            const std::size_t byte = std::min<std::size_t>(error.byte, text_.size());
+            complain(lineAt(byte == 0 ? 0 : byte - 1), "this is no JSON");
+        }
+    }
+
+    void take(Target& target, const std::string& key, const Json& value) {
+        if (key == "base") return;
+        if (key == "name") {
+            target.name = textOf(key, value);
+        } else if (key == "revision") {
+            target.revision = numberOf(key, value);
+            if (!fltIsWritable(*target.revision))
+                complain(key, "must be 1420 to 1580 or 1600 to 1660");
+        } else if (key == "units") {
+            target.units = unitsOf(value);
+        } else if (key == "findings") {
+            target.mostFindings = numberOf(key, value);
+        } else if (key == "limits") {
+            for (const auto& [name, limit] : membersOf(key, value)) takeLimit(target, name, limit);
+        } else if (key == "rules") {
+            for (const auto& [code, severity] : membersOf(key, value))
+                takeRule(target, code, severity);
+        } else {
+            complain(key, "is nothing that a target has");
+        }
+    }
+
+    void takeLimit(Target& target, const std::string& name, const Json& value) {
+        const auto* const found = std::ranges::find(
+            kLimits, name, [](const Limit& limit) { return std::string_view(limit.name); });
+        if (found == std::end(kLimits)) complain(name, "is no limit");
+        target.limits.*(found->value) = numberOf(name, value);
+    }
+
+    void takeRule(Target& target, const std::string& code, const Json& value) {
+        const std::optional<Rule> rule = ruleOf(code);
+        if (!rule) complain(code, "is no rule");
+        const std::optional<Severity> severity = severityOf(textOf(code, value));
+        if (!severity) complain(code, "must be \"error\", \"warning\", \"hint\" or \"off\"");
+        target.severities[static_cast<std::size_t>(*rule)] = *severity;
+    }
+
+    std::uint8_t unitsOf(const Json& value) {
+        const std::string name = textOf("units", value);
+        for (const auto& [known, number] : kUnits)
+            if (name == known) return number;
+        complain("units", "must be metres, kilometres, feet, inches or nautical miles");
+    }
+
+    std::uint32_t numberOf(const std::string& key, const Json& value) {
+        constexpr std::uint32_t kMost = 1'000'000'000;
+        if (!value.is_number_unsigned() || value.get<std::uint64_t>() > kMost)
+            complain(key, "must be a whole number from 0 to 1000000000");
+        return value.get<std::uint32_t>();
+    }
+    std::string textOf(const std::string& key, const Json& value) {
+        if (!value.is_string()) complain(key, "must be a text");
+        return value.get<std::string>();
+    }
+    nlohmann::detail::iteration_proxy<Json::const_iterator> membersOf(const std::string& key,
+                                                                      const Json& value) {
+        if (!value.is_object()) complain(key, "must be an object");
+        return value.items();
+    }
+
+    std::size_t lineAt(std::size_t byte) const {
+        return 1 + static_cast<std::size_t>(std::ranges::count(text_.substr(0, byte), '\n'));
+    }
+    [[noreturn]] void complain(std::size_t line, const std::string& what) const {
+        throw TargetError(file_ + ", line " + std::to_string(line) + ": " + what);
+    }
+    [[noreturn]] void complain(const std::string& key, const std::string& what) const {
+        const std::size_t at = text_.find(Json(key).dump());
+        complain(lineAt(at == std::string_view::npos ? 0 : at), "\"" + key + "\" " + what);
+    }
+
+    std::string_view text_;
+    const std::string& file_;
+};
+
+}  // namespace
+
+Target::Target() {
+    severities.fill(Severity::kOff);
+    for (const RuleInfo& rule : catalogue())
+        severities[static_cast<std::size_t>(rule.rule)] = rule.severity;
+}
+
+std::vector<std::string> targetNames() {
+    std::vector<std::string> names{"general", std::string(kTiled)};
+    for (const std::uint32_t revision : kRevisions) names.push_back(revisionName(revision));
+    return names;
+}
+
+Target findTarget(const std::string& nameOrFile) {
+    if (const std::optional<Target> target = builtIn(nameOrFile)) return *target;
+    std::string text;
+    if (const std::error_code error = base::readFile(nameOrFile, text))
+        throw TargetError(nameOrFile + " is no built-in target, and no file that can be read: " +
+                          error.message());
+    return readTarget(text, nameOrFile);
+}
+
+Target readTarget(std::string_view text, const std::string& file) {
+    return Reader(text, file).read();
+}
+
+}  // namespace checks
