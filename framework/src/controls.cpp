@@ -14,6 +14,11 @@ LPARAM pointerTo(const std::wstring& text) noexcept {
 
 }  // namespace
 
+bool isTextField(HWND window) noexcept {
+    return (::SendMessageW(window, WM_GETDLGCODE, 0, 0) & DLGC_HASSETSEL) &&
+           !(::GetWindowLongW(window, GWL_STYLE) & ES_READONLY);
+}
+
 bool CButton::Create(std::string_view text, DWORD style, const RECT& area, HWND parent, UINT id) {
     return CreateEx(0, WC_BUTTONW, text, style | WS_CHILD, area, parent, id);
 }

@@ -2,6 +2,7 @@
 
 #include "module_internal.h"
 
+#include <framework/controls.h>
 #include <framework/module.h>
 
 #include <algorithm>
@@ -26,6 +27,13 @@ bool inMenuOrMove() noexcept {
     constexpr DWORD kModes =
         GUI_INMENUMODE | GUI_INMOVESIZE | GUI_POPUPMENUMODE | GUI_SYSTEMMENUMODE;
     return ::GetGUIThreadInfo(::GetCurrentThreadId(), &info) && (info.flags & kModes);
+}
+
+// Ctrl with a letter means nothing to the navigation; where no text is edited it may be a command
+// of the application's.
+bool isCommand(const MSG& message) noexcept {
+    return message.message == WM_KEYDOWN && message.wParam >= 'A' && message.wParam <= 'Z' &&
+           ::GetKeyState(VK_CONTROL) < 0 && !isTextField(message.hwnd);
 }
 
 }  // namespace
@@ -67,7 +75,7 @@ bool DialogNavigation::translate(MSG& message) noexcept {
         reportCurrentException();
         return true;
     }
-    return CDialog::Navigate(window, message);
+    return !isCommand(message) && CDialog::Navigate(window, message);
 }
 
 CDialog* DialogNavigation::dialogOf(HWND window) noexcept {

@@ -7,7 +7,8 @@ namespace framework {
 
 /// The list of modeless dialogs. While there is one, a hook on the thread's message retrieval
 /// passes the keys for it and its controls to the platform's dialog navigation, and a message that
-/// was used becomes WM_NULL before the loop gets it. Mouse messages are passed to the tool tips.
+/// was used becomes WM_NULL before the loop gets it. Ctrl with a letter, outside of text fields, is
+/// left to the loop, which may have a command for it. Mouse messages are passed to the tool tips.
 /// All dialogs belong to one thread.
 class DialogNavigation {
 public:

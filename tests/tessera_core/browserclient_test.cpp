@@ -59,6 +59,22 @@ TEST_F(BrowserClientTest, OpensFilledAndFollowsTheSceneUntilClosed) {
     browser.send(BrowserEvent::kClosed);
 }
 
+// Nothing else tells of an attribute that is what it was again.
+TEST_F(BrowserClientTest, AnUndoneAttributeMakesTheFormStale) {
+    INode* const a = add(nullptr, "a");
+    open();
+    ASSERT_TRUE(fltPutComment(a, "new"));
+    EXPECT_EQ(browser.sceneChanges, 0);
+    kiln::History& history = kiln::Core::get()->history();
+    ASSERT_TRUE(history.undo());
+    EXPECT_EQ(browser.sceneChanges, 1);
+    ASSERT_TRUE(history.redo());
+    EXPECT_EQ(browser.sceneChanges, 2);
+    browser.send(BrowserEvent::kClosed);
+    history.undo();
+    EXPECT_EQ(browser.sceneChanges, 2) << "a closed one does not follow";
+}
+
 TEST_F(BrowserClientTest, ARefusedFormIsNotFilledShownOrFollowed) {
     INode* const a = add(nullptr, "a");
     open();

@@ -8,6 +8,10 @@
 
 namespace framework {
 
+/// Whether text is being edited in that window: an edit field that is not read-only, whichever
+/// module made it.
+bool isTextField(HWND window) noexcept;
+
 /// A push button, check box, radio button or group box.
 class CButton : public CWnd {
 public:

@@ -10,14 +10,18 @@
 #include "utilities.h"
 #include "wording.h"
 
+#include <framework/cwaitcursor.h>
+#include <kiln/subtree.h>
+#include <kiln/undo.h>
 #include <tessera_version.h>
 
 #include <iterator>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
-using framework::CWnd;
+using framework::CWaitCursor, framework::CWnd;
 
 namespace workbench {
 namespace {
@@ -58,15 +62,48 @@ ACCEL kSceneKeys[] = {
     {kPlain, VK_F4, CMD_VIEW_WIREFRAME},
     {kPlain, 'G', CMD_VIEW_GRID},
 };
+ACCEL kHistoryKeys[] = {
+    {kCtrl, 'Z', CMD_EDIT_UNDO},
+    {kCtrl, 'Y', CMD_EDIT_REDO},
+    {kCtrl | FSHIFT, 'Z', CMD_EDIT_REDO},
+    {kCtrl, 'H', CMD_EDIT_HISTORY},
+};
 
-void deleteSelected(CWnd& window, Interface& host) {
+/// An action of the user's as a step of the history; taken back if it throws.
+template <typename Action>
+void asStep(TextId name, const Action& action) {
+    UndoScope step(textOf(name).c_str());
+    action();
+    step.Commit();
+}
+
+// What the step of deleting all that is selected keeps; what hangs below another counts once.
+std::size_t undoBytesOfSelected(Interface& host) {
+    std::size_t bytes = 0;
+    ForEachInSubtree(host.GetRootNode(), [&](INode& node) {
+        if (!node.Selected()) return WalkStep::kOn;
+        bytes += UndoBytesOfDeleting(&node);
+        return WalkStep::kPastThis;
+    });
+    return bytes;
+}
+
+// Asked only about what cannot be undone.
+bool mayDelete(CWnd& window, kiln::Core& core, const std::vector<INode*>& nodes) {
+    const bool fits = IsUndoable(undoBytesOfSelected(core.hostInterface()));
+    if (fits && core.history().limit() > 0) return true;
+    std::string question = nodes.size() == 1
+                               ? textOf(TextId::kDeleteNode, {nodes.front()->GetName()})
+                               : textOf(TextId::kDeleteNodes, {grouped(nodes.size())});
+    if (!fits) question.append("\n\n").append(textOf(TextId::kTooLargeToUndo));
+    return window.ShowMessage(question, MB_OKCANCEL | MB_ICONWARNING, kProgramName) == IDOK;
+}
+
+void deleteSelected(CWnd& window, kiln::Core& core) {
+    Interface& host = core.hostInterface();
     const std::vector<INode*> nodes = selectedNodes(host);
-    if (nodes.empty()) return;
-    const std::string question = nodes.size() == 1
-                                     ? textOf(TextId::kDeleteNode, {nodes.front()->GetName()})
-                                     : textOf(TextId::kDeleteNodes, {grouped(nodes.size())});
-    if (window.ShowMessage(question, MB_OKCANCEL | MB_ICONWARNING, kProgramName) == IDOK)
-        deleteNodes(host, nodes);
+    if (nodes.empty() || !mayDelete(window, core, nodes)) return;
+    asStep(TextId::kStepDelete, [&] { deleteNodes(host, nodes); });
 }
 
 void about(CWnd& window) {
@@ -81,17 +118,21 @@ void about(CWnd& window) {
 
 CommandTable::CommandTable(const CommandTargets& targets) : targets_(targets) {
     addFileCommands();
+    addHistoryCommands();
     addEditCommands();
     addViewCommands();
     addLanguageCommands();
     addScriptCommands();
     fileKeys_ = ::CreateAcceleratorTableW(kFileKeys, static_cast<int>(std::size(kFileKeys)));
     sceneKeys_ = ::CreateAcceleratorTableW(kSceneKeys, static_cast<int>(std::size(kSceneKeys)));
+    historyKeys_ =
+        ::CreateAcceleratorTableW(kHistoryKeys, static_cast<int>(std::size(kHistoryKeys)));
 }
 
 CommandTable::~CommandTable() {
     ::DestroyAcceleratorTable(fileKeys_);
     ::DestroyAcceleratorTable(sceneKeys_);
+    ::DestroyAcceleratorTable(historyKeys_);
 }
 
 bool CommandTable::run(int command) {
@@ -117,6 +158,10 @@ bool CommandTable::runKey(MSG& message, bool isTyping) {
            (!isTyping && ::TranslateAcceleratorW(window, sceneKeys_, &message));
 }
 
+bool CommandTable::runHistoryKey(MSG& message) {
+    return ::TranslateAcceleratorW(targets_.window.Handle(), historyKeys_, &message) != 0;
+}
+
 void CommandTable::addFileCommands() {
     SceneFiles& files = targets_.files;
     CWnd& window = targets_.window;
@@ -131,18 +176,34 @@ void CommandTable::addFileCommands() {
     actions_[CMD_HELP_ABOUT] = [&window] { about(window); };
 }
 
+void CommandTable::addHistoryCommands() {
+    kiln::History& history = targets_.core.history();
+    actions_[CMD_EDIT_UNDO] = [&history] {
+        const CWaitCursor wait;
+        history.undo();
+    };
+    actions_[CMD_EDIT_REDO] = [&history] {
+        const CWaitCursor wait;
+        history.redo();
+    };
+    actions_[CMD_EDIT_HISTORY] = [this] { targets_.toggleHistory(); };
+}
+
 void CommandTable::addEditCommands() {
     Interface& host = targets_.core.hostInterface();
     ShownScene& scene = targets_.scene.scene();
-    CWnd& window = targets_.window;
     actions_[CMD_EDIT_SELECT_ALL] = [&host, &scene] { selectAll(host, scene.nodes()); };
     actions_[CMD_EDIT_SELECT_NONE] = [&host] { host.ClearNodeSelection(); };
     actions_[CMD_EDIT_SELECT_INVERT] = [&host, &scene] { invertSelection(host, scene.nodes()); };
-    actions_[CMD_EDIT_HIDE] = [&host] { hideSelected(host); };
-    actions_[CMD_EDIT_UNHIDE_ALL] = [&host] { unhideAll(host); };
-    actions_[CMD_EDIT_GROUP] = [&host] { groupSelected(host); };
-    actions_[CMD_EDIT_UNGROUP] = [&host] { ungroupSelected(host); };
-    actions_[CMD_EDIT_DELETE] = [&host, &window] { deleteSelected(window, host); };
+    for (const auto& [command, name, action] :
+         {std::tuple{CMD_EDIT_HIDE, TextId::kStepHide, &hideSelected},
+          {CMD_EDIT_UNHIDE_ALL, TextId::kStepUnhideAll, &unhideAll},
+          {CMD_EDIT_GROUP, TextId::kStepGroup, &groupSelected},
+          {CMD_EDIT_UNGROUP, TextId::kStepUngroup, &ungroupSelected}})
+        actions_[command] = [&host, step = name, run = action] {
+            asStep(step, [&] { run(host); });
+        };
+    actions_[CMD_EDIT_DELETE] = [this] { deleteSelected(targets_.window, targets_.core); };
 }
 
 void CommandTable::addViewCommands() {

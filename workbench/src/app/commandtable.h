@@ -25,6 +25,7 @@ struct CommandTargets {
     SceneView& scene;
     Viewport& viewport;
     Utilities& utilities;
+    std::function<void()> toggleHistory;        ///< shows the list of steps, or hides it
     std::function<void(base::Language)> speak;  ///< has all windows speak that language
 };
 
@@ -41,9 +42,12 @@ public:
     /// Runs the command of a key; false when it has none. Keys that mean something where text is
     /// edited count only without `isTyping`.
     bool runKey(MSG& message, bool isTyping);
+    /// The same for the keys of the history alone, which are the host's wherever no text is edited.
+    bool runHistoryKey(MSG& message);
 
 private:
     void addFileCommands();
+    void addHistoryCommands();
     void addEditCommands();
     void addViewCommands();
     void addLanguageCommands();
@@ -51,7 +55,7 @@ private:
 
     const CommandTargets targets_;
     std::unordered_map<int, std::function<void()>> actions_;
-    HACCEL fileKeys_ = nullptr, sceneKeys_ = nullptr;
+    HACCEL fileKeys_ = nullptr, sceneKeys_ = nullptr, historyKeys_ = nullptr;
 };
 
 }  // namespace workbench

@@ -6,12 +6,15 @@
 
 #include <base/utf16.h>
 #include <framework/cdialog.h>
+#include <framework/controls.h>
 #include <framework/module.h>
 
 #include <algorithm>
+#include <charconv>
+#include <optional>
 
-using framework::heightOf, framework::moduleInstance, framework::resourceLanguage,
-    framework::widthOf, framework::windowDpi;
+using framework::CWnd, framework::heightOf, framework::isTextField, framework::moduleInstance,
+    framework::resourceLanguage, framework::widthOf, framework::windowDpi;
 
 namespace workbench {
 namespace {
@@ -21,6 +24,7 @@ constexpr UINT kRefreshMessage = WM_APP + 1, kRaiseMessage = WM_APP + 2,
                kAskAtEndMessage = WM_APP + 3;
 constexpr UINT_PTR kModifiedTimer = 1;
 constexpr UINT kModifiedMilliseconds = 500;
+constexpr std::size_t kMegabyte = std::size_t{1} << 20;
 
 // The program's icon in a size of the system's. Shared: it stays the program's.
 HICON programIcon(int sizeMetric) {
@@ -28,6 +32,17 @@ HICON programIcon(int sizeMetric) {
     const int size = ::GetSystemMetrics(sizeMetric);
     return static_cast<HICON>(::LoadImageW(moduleInstance(), MAKEINTRESOURCEW(kIconId), IMAGE_ICON,
                                            size, size, LR_SHARED));
+}
+
+/// In MB; nothing when the user has set none, or nonsense.
+std::optional<std::size_t> historyLimit(const Settings& settings) {
+    constexpr std::size_t kMost = std::size_t{1} << 20;
+    const std::string text = settings.value(kHistorySetting);
+    std::size_t megabytes = 0;
+    const char* const end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, megabytes);
+    if (text.empty() || error != std::errc() || rest != end || megabytes > kMost) return {};
+    return megabytes;
 }
 
 bool isPress(UINT message) {
@@ -47,14 +62,22 @@ MainWindow::MainWindow(kiln::Core& core, Settings& settings)
       files_(*this, core, *this, userFilePath("recent.txt")),
       recovery_(*this, core, files_, userFilePath("recovery")),
       scripts_(*this, core.hostInterface(), [this](const std::string& line) { print(line); }),
+      history_(core.history(),
+               [this](std::size_t megabytes) {
+                   settings_.set(kHistorySetting, std::to_string(megabytes));
+               }),
       commands_({*this, core, files_, scripts_, view_, panes_.viewport(), utilities_,
+                 [this] { toggleHistory(); },
                  [this](base::Language language) { speak(language); }}),
       menu_(*this, core, panes_.viewport(), scripts_),
       hostSide_(core, *this, panes_.panel(), status_, utilities_),
-      notifications_({NOTIFY_SCENE_PRE_CLEAR, NOTIFY_SCENE_NEW, NOTIFY_SCENE_RESET,
-                      NOTIFY_SCENE_OPENED, NOTIFY_SCENE_SAVED, NOTIFY_SELECTION_CHANGED},
-                     [this](const NotifyInfo& change) { noteChange(change); }) {
+      notifications_(
+          {NOTIFY_SCENE_PRE_CLEAR, NOTIFY_SCENE_NEW, NOTIFY_SCENE_RESET, NOTIFY_SCENE_OPENED,
+           NOTIFY_SCENE_SAVED, NOTIFY_SELECTION_CHANGED, NOTIFY_HISTORY_CHANGED},
+          [this](const NotifyInfo& change) { noteChange(change); }) {
     addWindowVerbs(*this, scripts_.line());
+    if (const auto megabytes = historyLimit(settings))
+        core.history().setLimit(*megabytes * kMegabyte);
 }
 
 bool MainWindow::Create() {
@@ -117,6 +140,7 @@ void MainWindow::speak(base::Language language) {
     refreshTitle();
     status_.refresh(view_.scene().counts());
     panes_.script().showLanguage();
+    history_.followLanguage();
     viewport().redraw();
     ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
     if (!::GetFocus()) viewport().SetFocus();
@@ -169,6 +193,7 @@ bool MainWindow::preTranslate(MSG& message) {
     if (isPress(message.message)) Post(kRaiseMessage);
     if (message.message < WM_KEYFIRST || message.message > WM_KEYLAST) return false;
     if (!::IsWindowEnabled(Handle())) return false;
+    if (!isTextField(message.hwnd) && commands_.runHistoryKey(message)) return true;
     const bool ours = ::IsChild(Handle(), message.hwnd) || message.hwnd == Handle();
     const HWND page = ours ? panel().pageOf(message.hwnd) : nullptr;
     // A plug-in that takes the keys away means them for its own windows: a key in the viewport is
@@ -225,6 +250,7 @@ LRESULT MainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             refreshPosted_ = false;
             refreshTitle();
             status_.refresh(view_.scene().counts());
+            history_.refresh();
             return 0;
         case kRaiseMessage:
             raiseOwned();
@@ -241,7 +267,7 @@ LRESULT MainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             if (sessionEnds_) recovery_.endSession();
             return 0;
         case WM_INITMENU:
-            menu_.refresh(files_.recent());
+            menu_.refresh(files_.recent(), history_.IsVisible());
             break;
         default:
             break;
@@ -272,6 +298,10 @@ void MainWindow::drawNow() {
     status_.refresh(view_.scene().counts());
     panes_.status().Update();
     ::MsgWaitForMultipleObjects(0, nullptr, FALSE, kMillisecondsToShow, 0);
+}
+
+void MainWindow::toggleHistory() {
+    history_.toggle(Handle(), viewport().WindowRect());
 }
 
 // The windows of plug-ins stay in front of the main window. The system sees to that, but on the

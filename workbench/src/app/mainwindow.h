@@ -1,6 +1,7 @@
 // The application's window.
 #pragma once
 
+#include "../ui/historywindow.h"
 #include "commandtable.h"
 #include "hostside.h"
 #include "menubar.h"
@@ -89,6 +90,8 @@ private:
     void refreshFrame();
     void refreshTitle();
     void raiseOwned();
+    /// Shows the list of steps beside the viewport, or hides it.
+    void toggleHistory();
 
     kiln::Core& core_;
     Settings& settings_;
@@ -99,6 +102,7 @@ private:
     SceneFiles files_;
     Recovery recovery_;
     ScriptFiles scripts_;
+    HistoryWindow history_;
     CommandTable commands_;
     MenuBar menu_;
     HostSide hostSide_;

@@ -7,6 +7,7 @@
 #include <base/resources.h>
 #include <base/utf16.h>
 #include <framework/module.h>
+#include <workbench/historytexts.h>
 #include <workbench/texts.h>
 
 using framework::moduleInstance, framework::resourceLanguage;
@@ -21,9 +22,11 @@ void MenuBar::attach() {
     if (before) ::DestroyMenu(before);
 }
 
-void MenuBar::refresh(std::span<const std::string> recent) {
+void MenuBar::refresh(std::span<const std::string> recent, bool historyShown) {
     enableEntries();
+    nameSteps();
     checkEntries();
+    check(CMD_EDIT_HISTORY, historyShown);
     listRecent(recent);
 }
 
@@ -48,6 +51,18 @@ void MenuBar::enableEntries() {
     const bool exports = any && !core_.exportKinds().empty();
     enable(CMD_FILE_EXPORT, exports);
     enable(CMD_FILE_EXPORT_SELECTED, exports && selected);
+}
+
+void MenuBar::nameSteps() {
+    const kiln::History& history = core_.history();
+    showStep(CMD_EDIT_UNDO, undoEntry(history), history.canUndo());
+    showStep(CMD_EDIT_REDO, redoEntry(history), history.canRedo());
+}
+
+void MenuBar::showStep(UINT command, const std::string& text, bool on) {
+    const UINT state = on ? MF_ENABLED : MF_GRAYED;
+    ::ModifyMenuW(menu_, command, MF_BYCOMMAND | MF_STRING | state, command,
+                  base::toWide(text).c_str());
 }
 
 void MenuBar::checkEntries() {

@@ -23,12 +23,15 @@ public:
     /// utilities have to be listed anew.
     void attach();
     /// To be called before the menu is shown. `recent`: the files opened last.
-    void refresh(std::span<const std::string> recent);
+    /// `historyShown`: whether the list of steps is open.
+    void refresh(std::span<const std::string> recent, bool historyShown);
     /// Lists the about boxes of utilities after the program's own, in the last menu.
     void listAboutBoxes(std::span<ClassDesc2* const> utilities);
 
 private:
     void enableEntries();
+    void nameSteps();
+    void showStep(UINT command, const std::string& text, bool on);
     void checkEntries();
     void listRecent(std::span<const std::string> recent);
     void enable(UINT command, bool on);

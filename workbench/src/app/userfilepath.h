@@ -10,6 +10,8 @@ namespace workbench {
 
 /// The name under which the settings have the language, as `base::codeOf` gives it.
 inline constexpr char kLanguageSetting[] = "language";
+/// How much memory the history may use, in MB.
+inline constexpr char kHistorySetting[] = "historyMegabytes";
 
 /// The path of one of the user's files of this program; empty when the user has no place for them.
 inline std::string userFilePath(const std::string& name) {

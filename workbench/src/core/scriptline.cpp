@@ -8,7 +8,10 @@ namespace {
 // The user waits for the line; one that would never end is stopped after some seconds.
 constexpr std::uint64_t kMaxSteps = 10'000'000;
 
-constexpr char kLineName[] = "script line";
+/// Stands where scripts from files have their path.
+std::string lineName() {
+    return textOf(TextId::kScriptLineStep);
+}
 
 std::string forDisplay(const std::string& text) {
     std::string lines;
@@ -21,7 +24,7 @@ std::string forDisplay(const std::string& text) {
 
 /// The user sees the line, but not the file that a script comes from.
 std::string explained(const script::Error& error) {
-    if (error.file() != kLineName) return error.what();
+    if (error.file() != lineName()) return error.what();
     const script::Position at = error.position();
     const std::string column = std::to_string(at.column);
     return at.line > 1
@@ -81,7 +84,7 @@ ScriptResult ScriptLine::ran(Run run) {
 
 ScriptResult ScriptLine::evaluate(std::string_view line) {
     return ran([&] {
-        const script::Value value = engine_.run(line, kLineName);
+        const script::Value value = engine_.run(line, lineName());
         const bool says = !value.isUndefined() && (!hasPrinted_ || !value.as<script::Done>());
         if (says) show(value.printed());
     });
