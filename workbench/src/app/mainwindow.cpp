@@ -205,6 +205,11 @@ bool MainWindow::preTranslate(MSG& message) {
     return ours && message.wParam == VK_TAB && ::IsDialogMessageW(Handle(), &message);
 }
 
+void MainWindow::OnActivate(UINT state, HWND, bool) {
+    Default();
+    if (state != WA_INACTIVE) Post(kRaiseMessage);
+}
+
 void MainWindow::OnSetFocus(HWND) {
     viewport().SetFocus();
 }

@@ -60,6 +60,7 @@ protected:
     bool OnEraseBackground(HDC) override { return true; }
     void OnClose() override;
     void OnDestroy() override;
+    void OnActivate(UINT state, HWND other, bool minimised) override;
     void OnSetFocus(HWND former) override;
     bool OnCommand(int id, UINT code, HWND control) override;
     void OnTimer(UINT_PTR id) override;
