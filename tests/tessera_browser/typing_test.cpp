@@ -1,4 +1,5 @@
 // What becomes of a text that is being typed when something else happens.
+#include "../support/spokenlanguage.h"
 #include "browserfixture.h"
 
 #include <fltkilnutil/fltattr.h>
@@ -84,6 +85,7 @@ protected:
                 {"showing", [] { browser().show(1); }},
                 {"hiding", [] { browser().show(0); }},
                 {"closing", [] { SendMessageW(form(), WM_CLOSE, 0, 0); }},
+                {"another language", [] { const SpokenLanguage english(KILN_LANGUAGE_ENGLISH); }},
                 {"refilling", [] { browser().delNode(nullptr); }}};
     }
 
