@@ -1,6 +1,6 @@
 #include <base/paths.h>
 #include <kiln/host/host.h>
-#include <temporaryfolder.h>
+
 #include <workbench/autosave.h>
 
 #include <gmock/gmock.h>
@@ -10,6 +10,8 @@
 #include <random>
 #include <sstream>
 #include <thread>
+
+#include "../support/temporaryfolder.h"
 
 #ifndef _WIN32
 #include <signal.h>
