@@ -107,14 +107,6 @@ BOOL CALLBACK collectName(HMODULE, const wchar_t*, wchar_t* name, LONG_PTR found
     return TRUE;
 }
 
-std::span<const std::byte> bytesOf(HMODULE file, const wchar_t* type, const wchar_t* name,
-                                   WORD language) {
-    const HRSRC found = FindResourceExW(file, type, name, language);
-    if (found == nullptr) return {};
-    const void* data = LockResource(LoadResource(file, found));
-    return {static_cast<const std::byte*>(data), SizeofResource(file, found)};
-}
-
 constexpr unsigned kBlock = 16;  // strings are stored by sixteen
 
 }  // namespace
@@ -142,8 +134,31 @@ HMODULE interchangeFile() {
     return file;
 }
 
+HMODULE workbenchFile() {
+    static const HMODULE file = loadAsData(windowsPath(L"" WORKBENCH_FILE));
+    return file;
+}
+
+HMODULE coreFile() {
+    static const HMODULE file = loadAsData(windowsPath(L"" CORE_FILE));
+    return file;
+}
+
+HMODULE kilnbatchFile() {
+    static const HMODULE file = loadAsData(windowsPath(L"" KILNBATCH_FILE));
+    return file;
+}
+
+std::span<const std::byte> resourceBytes(HMODULE file, const wchar_t* type, const wchar_t* name,
+                                         WORD language) {
+    const HRSRC found = FindResourceExW(file, type, name, language);
+    if (found == nullptr) return {};
+    const void* data = LockResource(LoadResource(file, found));
+    return {static_cast<const std::byte*>(data), SizeofResource(file, found)};
+}
+
 std::span<const std::byte> resourceBytes(const wchar_t* type, const wchar_t* name, WORD language) {
-    return bytesOf(moduleFile(), type, name, language);
+    return resourceBytes(moduleFile(), type, name, language);
 }
 
 std::set<std::string> resourceNames(HMODULE file, const wchar_t* type) {
@@ -163,7 +178,7 @@ std::set<unsigned> stringIds(HMODULE file, WORD language) {
 }
 
 std::string stringResource(HMODULE file, unsigned id, WORD language) {
-    const auto bytes = bytesOf(file, RT_STRING, MAKEINTRESOURCEW(id / kBlock + 1), language);
+    const auto bytes = resourceBytes(file, RT_STRING, MAKEINTRESOURCEW(id / kBlock + 1), language);
     const auto* at = reinterpret_cast<const wchar_t*>(bytes.data());
     const wchar_t* const end = at + bytes.size() / sizeof(wchar_t);
     for (unsigned skipped = 0; at < end; ++skipped, at += 1 + *at)

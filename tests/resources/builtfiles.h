@@ -7,9 +7,12 @@
 #include <string>
 
 // The built files, loaded as data once for the whole program.
-HMODULE moduleFile();   // Tessera.dlu
-HMODULE captionFile();  // FltKilnUtilRes.dll
+HMODULE moduleFile();       // Tessera.dlu
+HMODULE captionFile();      // FltKilnUtilRes.dll
 HMODULE interchangeFile();  // FltInterchange.dli
+HMODULE workbenchFile();
+HMODULE coreFile();       // kilncore.dll
+HMODULE kilnbatchFile();  // has the texts of the script library
 
 // Where they are.
 std::wstring modulePath();
@@ -23,6 +26,9 @@ inline constexpr WORD kEnglish = 0x0409;
 // there is none. `type` and `name` as for FindResourceExW.
 std::span<const std::byte> resourceBytes(const wchar_t* type, const wchar_t* name,
                                          WORD language = 0);
+
+std::span<const std::byte> resourceBytes(HMODULE file, const wchar_t* type, const wchar_t* name,
+                                         WORD language);
 
 // The names of all resources of a type, numbers as "#123".
 std::set<std::string> resourceNames(HMODULE file, const wchar_t* type);

@@ -37,7 +37,10 @@ TEST_P(Texts, ExistInBothLanguagesWithTheSamePlacesForValues) {
 INSTANTIATE_TEST_SUITE_P(All, Texts,
                          testing::Values(BuiltFile{"module", moduleFile},
                                          BuiltFile{"captions", captionFile},
-                                         BuiltFile{"interchange", interchangeFile}),
+                                         BuiltFile{"interchange", interchangeFile},
+                                         BuiltFile{"workbench", workbenchFile},
+                                         BuiltFile{"core", coreFile},
+                                         BuiltFile{"kilnbatch", kilnbatchFile}),
                          [](const auto& instance) { return instance.param.name; });
 
 }  // namespace

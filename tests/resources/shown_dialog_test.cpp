@@ -11,6 +11,7 @@
 #include <tuple>
 #include <vector>
 
+#include "../../workbench/src/app/commands.h"
 #include "builtfiles.h"
 #include "dialog_template.h"
 
@@ -42,8 +43,9 @@ RECT placeOf(HWND control) {
 
 class Dialog {
 public:
-    Dialog(int id, WORD language, int percent) : percent_(percent) {
-        const INITCOMMONCONTROLSEX classes{sizeof classes, ICC_TREEVIEW_CLASSES | ICC_UPDOWN_CLASS};
+    Dialog(HMODULE file, int id, WORD language, int percent) : percent_(percent) {
+        const INITCOMMONCONTROLSEX classes{
+            sizeof classes, ICC_TREEVIEW_CLASSES | ICC_UPDOWN_CLASS | ICC_PROGRESS_CLASS};
         InitCommonControlsEx(&classes);
         WNDCLASSW grid{};
         grid.style = CS_GLOBALCLASS;  // the dialog belongs to another module
@@ -54,9 +56,9 @@ public:
         owner_ = CreateWindowW(L"Static", L"", WS_OVERLAPPEDWINDOW, 0, 0, 400, 400, nullptr,
                                nullptr, nullptr, nullptr);
         const auto bytes =
-            scaledDialog(resourceBytes(RT_DIALOG, MAKEINTRESOURCEW(id), language), percent);
+            scaledDialog(resourceBytes(file, RT_DIALOG, MAKEINTRESOURCEW(id), language), percent);
         window_ = CreateDialogIndirectParamW(
-            moduleFile(), reinterpret_cast<const DLGTEMPLATE*>(bytes.data()), owner_,
+            file, reinterpret_cast<const DLGTEMPLATE*>(bytes.data()), owner_,
             [](HWND, UINT, WPARAM, LPARAM) -> INT_PTR { return FALSE; }, 0);
         if (window_ == nullptr) throw std::runtime_error("the system takes no such dialog");
         for (HWND child = GetWindow(window_, GW_CHILD); child != nullptr;
@@ -116,12 +118,17 @@ int besideText(HWND control) {
     }
 }
 
-class ShownDialog : public testing::TestWithParam<std::tuple<int, WORD, int>> {
-protected:
-    int id() const { return std::get<0>(GetParam()); }
-    WORD language() const { return std::get<1>(GetParam()); }
+// A dialog of the module or of the workbench.
+struct BuiltDialog {
+    const char* name;
+    HMODULE (*file)();
+    int id;
+};
 
-    Dialog dialog{std::get<0>(GetParam()), std::get<1>(GetParam()), std::get<2>(GetParam())};
+class ShownDialog : public testing::TestWithParam<std::tuple<BuiltDialog, WORD, int>> {
+protected:
+    Dialog dialog{std::get<0>(GetParam()).file(), std::get<0>(GetParam()).id,
+                  std::get<1>(GetParam()), std::get<2>(GetParam())};
 };
 
 TEST_P(ShownDialog, HasRoomForItsTexts) {
@@ -160,7 +167,7 @@ TEST_P(ShownDialog, TabReachesEveryControl) {
     std::vector<HWND> wanted;
     for (const HWND child : dialog.controls()) {
         const bool passive = isClass(child, L"Static") || isClass(child, UPDOWN_CLASSW) ||
-                             buttonType(child) == BS_GROUPBOX ||
+                             isClass(child, PROGRESS_CLASSW) || buttonType(child) == BS_GROUPBOX ||
                              GetDlgCtrlID(child) == IDC_ABOUT_PICTURE;
         if (passive) continue;
         EnableWindow(child, TRUE);
@@ -183,10 +190,15 @@ std::string nameOf(WORD language, int percent) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, ShownDialog,
-    testing::Combine(testing::Values(IDD_HIERARCHY, IDD_PANEL, IDD_SWITCH, IDD_ABOUT),
+    testing::Combine(testing::Values(BuiltDialog{"Browser", moduleFile, IDD_HIERARCHY},
+                                     BuiltDialog{"Panel", moduleFile, IDD_PANEL},
+                                     BuiltDialog{"Switch", moduleFile, IDD_SWITCH},
+                                     BuiltDialog{"About", moduleFile, IDD_ABOUT},
+                                     BuiltDialog{"Progress", workbenchFile, IDD_PROGRESS},
+                                     BuiltDialog{"Parts", workbenchFile, IDD_EXPORT_PART}),
                      testing::ValuesIn(kLanguages), testing::ValuesIn(kScalings)),
     [](const auto& instance) {
-        return std::to_string(std::get<0>(instance.param)) +
+        return std::get<0>(instance.param).name +
                nameOf(std::get<1>(instance.param), std::get<2>(instance.param));
     });
 
