@@ -178,7 +178,7 @@ private:
         const std::string before = state();
         bool kept = false;
         try {
-            const kiln::AllocationLimit limit(choose_(5));
+            const kiln::AllocationLimit limit(choose_(12));
             UndoScope scope("short of memory");
             changeSeveral();
             scope.Commit();
