@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-using testing::EndsWith, testing::HasSubstr, testing::Not;
+using testing::EndsWith;
 using workbench::redoEntry, workbench::stepText, workbench::undoEntry;
 
 namespace {
