@@ -6,6 +6,7 @@
 #include <quillon/fltlightsourcepalette.h>
 #include <quillon/fltmaterial.h>
 #include <quillon/fltmultitexture.h>
+#include <quillon/fltrecordtype.h>
 #include <quillon/fltrevision.h>
 #include <quillon/flttext.h>
 #include <quillon/flttexture.h>
@@ -129,7 +130,7 @@ void judgeAge(Gathered& all, std::uint32_t number, std::uint16_t opcode) {
     if (!all.target.revision) return;
     const FltNewerRecord* const newer = fltNewerRecord(opcode);
     if (newer != nullptr && newer->revision > *all.target.revision)
-        all.found(Rule::RECORD_TOO_NEW, number, newer->one, revisionText(newer->revision),
+        all.found(Rule::RECORD_TOO_NEW, number, fltRecordName(opcode), revisionText(newer->revision),
                   revisionText(*all.target.revision));
 }
 
