@@ -32,6 +32,12 @@ protected:
     }
 };
 
+INode* addInstance(INode* node, FltInstance&& record, int number) {
+    record.instanceNumber = static_cast<std::int16_t>(number);
+    EXPECT_TRUE(fltPutRecord(node, record));
+    return node;
+}
+
 TEST_F(BrowserClientTest, OpensFilledAndFollowsTheSceneUntilClosed) {
     INode* const a = add(nullptr, "a");
     add(a, "b");
@@ -412,12 +418,6 @@ TEST_F(BrowserClientTest, LooksIntoNoNodeThatHasGone) {
     browser.send(BrowserEvent::kRebuild);
     send(BrowserEvent::kRename, "new", nullptr, reinterpret_cast<std::uintptr_t>("renamed"));
     EXPECT_EQ(childNames(host.GetRootNode()), "renamed") << "a refilled tree is trusted again";
-}
-
-INode* addInstance(INode* node, FltInstance&& record, int number) {
-    record.instanceNumber = static_cast<std::int16_t>(number);
-    EXPECT_TRUE(fltPutRecord(node, record));
-    return node;
 }
 
 // Definitions within definitions: each is looked up at once, however many are being listed.

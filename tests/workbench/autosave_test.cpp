@@ -228,7 +228,7 @@ TEST_F(AutoSaveTest, KilledAtAnyMomentLeavesOneWholeScene) {
         ASSERT_GE(child, 0);
         if (child == 0) changeAndSaveAside(core_, path_, ends[1]);
         close(ends[1]);
-        usleep(1'000 * (20 + random() % 300));
+        usleep(static_cast<useconds_t>(1'000 * (20 + random() % 300)));
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
         COLORREF told = 0, last = 0;
