@@ -207,7 +207,7 @@ class ShownForm : public testing::TestWithParam<std::tuple<WORD, int>> {
 protected:
     WORD language() const { return std::get<0>(GetParam()); }
 
-    Dialog dialog{IDD_HIERARCHY, std::get<0>(GetParam()), std::get<1>(GetParam())};
+    Dialog dialog{moduleFile(), IDD_HIERARCHY, std::get<0>(GetParam()), std::get<1>(GetParam())};
 };
 
 TEST_P(ShownForm, HasRoomForTheKindsThatCanBeCreated) {

@@ -63,17 +63,22 @@ TEST_F(OutOfMemoryTest, ACreationThatFailsLeavesNothingBehind) {
 }
 
 TEST_F(OutOfMemoryTest, ANodeWhoseDataCannotBeStoredIsAPlainNamedHelper) {
-    for (const std::size_t blocks : {0U, 1U, 2U, 3U}) {
+    for (const std::size_t blocks : {0U, 1U, 2U, 3U, 4U}) {
         SCOPED_TRACE(blocks);
         bool made = false;
         {
             const kiln::AllocationLimit limit(blocks);
             made = aviary.CreateLOD();
         }
+        if (blocks == 0) {
+            EXPECT_FALSE(made) << "a creation that the history cannot hold is refused";
+            EXPECT_EQ(host.GetNodeCount(), 0);
+            continue;
+        }
         ASSERT_TRUE(made);
         INode* const node = host.GetRootNode()->GetChildNode(0);
         EXPECT_STREQ(node->GetName(), "l001");
-        EXPECT_EQ(aviary.HasData(node), blocks >= 2) << "a chunk is a block, and another its bytes";
+        EXPECT_EQ(aviary.HasData(node), blocks >= 3) << "a chunk is a block, and another its bytes";
         EXPECT_FALSE(fltHasRecord(node));
         host.DeleteNode(node);
     }
@@ -121,8 +126,8 @@ TEST_F(OutOfMemoryTest, SiblingsAreReorderedOrStayAsTheyWere) {
     EXPECT_GT(kept, 0);
 }
 
-// Memory runs out again while they are put back.
-TEST_F(OutOfMemoryTest, SiblingsComeBackThoughMemoryRunsOutTwice) {
+// Memory is short while they are put back, too: that needs none.
+TEST_F(OutOfMemoryTest, SiblingsComeBackWithoutMemory) {
     INode* const parent = add(nullptr, "p");
     for (const char* name : {"a", "b", "c", "d", "e", "f"}) add(parent, name);
     ASSERT_EQ(tessera::createBrowser(host), tessera::kBrowserDone);
@@ -143,7 +148,7 @@ TEST_F(OutOfMemoryTest, SiblingsComeBackThoughMemoryRunsOutTwice) {
     endAllocationFailure();
     UnRegisterNotification(exhaust, &watch, NOTIFY_NODE_LINKED);
 #ifndef _WIN32
-    EXPECT_EQ(watch.failures, 2) << "the host shares this program's heap";
+    EXPECT_GE(watch.failures, 1) << "the host shares this program's heap";
 #endif
     EXPECT_EQ(host.GetRootNode()->NumberOfChildren(), 1);
     EXPECT_EQ(parent->NumberOfChildren(), 6);
