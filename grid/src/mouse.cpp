@@ -16,10 +16,6 @@ constexpr UINT kScrollInterval = 60;
 
 void CGridCtrl::OnLButtonDown(UINT keys, POINT at) {
     const HWND self = Handle();
-    // The open list of an editor holds the mouse. It passes on a press beside it, but with
-    // coordinates that are not always those of the window that gets it.
-    if (const HWND holder = ::GetCapture(); holder && holder != self && ::GetCursorPos(&at))
-        at = ToClient(at);
     EndEdit(true);
     if (FromHandle(self) != this) return;
     // A click edits only the cell that was the focus cell before it.

@@ -27,18 +27,6 @@ TEST_F(GridMouse, ClickMovesTheFocusAndShiftClickExtends) {
     EXPECT_EQ(grid().Editor(), nullptr);
 }
 
-// As the open list of an editor does when the press is beside it.
-TEST_F(GridMouse, APressPassedOnByAWindowThatHoldsTheMouseIsWhereThePointerIs) {
-    const POINT pointer = middleOf(3, 1);
-    ASSERT_TRUE(testinput::hover(grid().Handle(), pointer));
-    const HWND list = host.Item(gridtest::kBefore);
-    ::SetCapture(list);
-    grid().Send(WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(pointer.x, middleOf(1, 1).y));
-    grid().Send(WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(pointer.x, pointer.y + 1));
-    grid().Send(WM_LBUTTONUP, 0, MAKELPARAM(pointer.x, pointer.y + 1));
-    EXPECT_EQ(grid().Selection(), (CellRange{{3, 1}, {3, 1}}));
-}
-
 TEST_F(GridMouse, DraggingOutsideScrollsAndSelectsOn) {
     host.Fill(60);
     const POINT from = middleOf(2, 1);
