@@ -313,7 +313,7 @@ TEST_F(WorkbenchTest, AsksWhichDatabaseToExport) {
     };
     EXPECT_THAT(offered(), HasSubstr("field"));
     ASSERT_TRUE(answerFileDialog(L"导出", field));
-    EXPECT_TRUE(eventually([&] { return logSays("left out 1 other database"); })) << textOf(log_);
+    EXPECT_TRUE(eventually([&] { return logSays("略去了 1 个其他数据库"); })) << textOf(log_);
 
     // A scene file may say anything about where a database came from: here "a<d?>.flt".
     const std::filesystem::path scene = folder_ / L"两库.kiln";
@@ -354,7 +354,7 @@ TEST_F(WorkbenchTest, SaysWhyAFileCannotBeExportedAndGoesOn) {
     ::SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
     const std::string nowhere = base::toUtf8((folder_ / L"nowhere" / L"x.flt").generic_wstring());
     const std::string answer = script("exportFile \"" + nowhere + "\"");
-    EXPECT_THAT(answer, HasSubstr("cannot write"));
+    EXPECT_THAT(answer, HasSubstr("无法写入"));
     EXPECT_THAT(script("objects.count"), HasSubstr("\r\n1"));
 }
 
