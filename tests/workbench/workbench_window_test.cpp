@@ -313,7 +313,7 @@ TEST_F(WorkbenchTest, AsksWhichDatabaseToExport) {
     };
     EXPECT_THAT(offered(), HasSubstr("field"));
     ASSERT_TRUE(answerFileDialog(L"导出", field));
-    EXPECT_TRUE(eventually([&] { return logSays("略去了 1 个其他数据库"); })) << textOf(log_);
+    EXPECT_TRUE(eventually([&] { return logSays("略去了其他 1 个数据库"); })) << textOf(log_);
 
     // A scene file may say anything about where a database came from: here "a<d?>.flt".
     const std::filesystem::path scene = folder_ / L"两库.kiln";
