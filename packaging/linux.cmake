@@ -37,6 +37,7 @@ set(_build ${CMAKE_CURRENT_BINARY_DIR})
 set(_documents share/doc/${CPACK_PACKAGE_NAME})
 install(FILES ${_build}/fltool.1.gz ${_build}/kilnbatch.1.gz DESTINATION share/man/man1)
 install(FILES ${_build}/changelog.gz linux/copyright ${PROJECT_SOURCE_DIR}/docs/fltool.md
+              ${PROJECT_SOURCE_DIR}/docs/checks.md
               ${PROJECT_SOURCE_DIR}/docs/scripting.md DESTINATION ${_documents})
 install(FILES ${PROJECT_SOURCE_DIR}/samples/lodpreview.ks DESTINATION ${_documents}/examples)
 package_licences("${_licences}" ${_documents} Unspecified)

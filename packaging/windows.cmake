@@ -25,6 +25,7 @@ page(user-guide en)
 page(user-guide.zh-CN zh-CN)
 page(scripting en)
 page(fltool en)
+page(checks en)
 add_custom_target(package_contents ALL DEPENDS stage ${_pages})
 
 # Part of the compiler's runtime is within Windows programs.

@@ -13,6 +13,7 @@ _fltool() {
         local options=--help
         case $command in
         dump) options='--help --json --opcode' ;;
+        check) options='--help --target' ;;
         convert) options='--help --revision' ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
