@@ -1,7 +1,5 @@
 #include <fltkilnutil/actions.h>
-
-#include <base/texttable.h>
-#include <kiln/language.h>
+#include <kiln/hosttexts.h>
 
 namespace fltkilnutil {
 
@@ -16,8 +14,7 @@ constexpr base::TextRow kNames[] = {
 }  // namespace
 
 std::string nameOf(Action action) {
-    return base::tableText(kNames, static_cast<unsigned>(action),
-                           static_cast<base::Language>(GetLanguage()));
+    return kiln::hostText(kNames, action);
 }
 
 }  // namespace fltkilnutil

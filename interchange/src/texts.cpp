@@ -1,8 +1,6 @@
 #include "texts.h"
 
-#include <base/texts.h>
-#include <base/texttable.h>
-#include <kiln/language.h>
+#include <kiln/hosttexts.h>
 
 namespace interchange {
 
@@ -17,8 +15,7 @@ constexpr base::TextRow kTexts[] = {
 }  // namespace
 
 std::string text(TextId id, std::initializer_list<std::string_view> values) {
-    const auto language = static_cast<base::Language>(GetLanguage());
-    return base::fillText(base::tableText(kTexts, static_cast<unsigned>(id), language), values);
+    return kiln::hostText(kTexts, id, values);
 }
 
 std::string counted(std::size_t count, TextId one) {

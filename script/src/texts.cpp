@@ -1,9 +1,5 @@
 #include "texts.h"
 
-#include <base/texts.h>
-#include <base/texttable.h>
-#include <kiln/language.h>
-
 namespace script {
 
 namespace {
@@ -14,19 +10,10 @@ constexpr base::TextRow kTexts[] = {
 #undef TEXT_ROW
 };
 
-base::Language language() noexcept {
-    return static_cast<base::Language>(GetLanguage());
-}
-
 }  // namespace
 
 std::string textOf(TextId which, std::initializer_list<std::string_view> values) {
-    return base::fillText(base::tableText(kTexts, static_cast<unsigned>(which), language()),
-                          values);
-}
-
-std::string quotedText(std::string_view text) {
-    return base::quotedText(text, language());
+    return kiln::hostText(kTexts, which, values);
 }
 
 }  // namespace script

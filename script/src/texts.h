@@ -2,6 +2,8 @@
 // says of scripts themselves is English, as their language is.
 #pragma once
 
+#include <kiln/hosttexts.h>
+
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -17,7 +19,6 @@ enum class TextId : unsigned {
 /// The text in UTF-8, with `values` in the places that it has for them.
 std::string textOf(TextId which, std::initializer_list<std::string_view> values = {});
 
-/// A name or value between the quotation marks of the language.
-std::string quotedText(std::string_view text);
+using kiln::quotedText;
 
 }  // namespace script

@@ -4,8 +4,8 @@
 #include <checks/check.h>
 #include <checks/mends.h>
 #include <checks/scenesource.h>
+#include <kiln/hosttexts.h>
 #include <kiln/kiln.h>
-#include <kiln/language.h>
 
 #include <algorithm>
 #include <iterator>
@@ -105,7 +105,7 @@ void node(const FPParams& params, FPValue& result) {
 }
 
 void text(const FPParams& params, FPValue& result) {
-    loadText(result, findingAt(params[0]).text(base::Language{GetLanguage()}));
+    loadText(result, findingAt(params[0]).text(kiln::hostLanguage()));
 }
 
 void mendFinding(const FPParams& params, FPValue& result) {

@@ -1,6 +1,4 @@
-#include <base/texts.h>
-#include <base/texttable.h>
-#include <kiln/language.h>
+#include <kiln/hosttexts.h>
 #include <workbench/texts.h>
 
 namespace workbench {
@@ -16,8 +14,7 @@ constexpr base::TextRow kTexts[] = {
 }  // namespace
 
 std::string textOf(TextId which, std::initializer_list<std::string_view> values) {
-    const auto language = static_cast<base::Language>(GetLanguage());
-    return base::fillText(base::tableText(kTexts, static_cast<unsigned>(which), language), values);
+    return kiln::hostText(kTexts, which, values);
 }
 
 }  // namespace workbench
