@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <stdexcept>
 #include <vector>
 
@@ -16,9 +17,13 @@ std::wstring windowsPath(std::wstring path) {
     return std::wstring(L"Z:").append(path);
 }
 
-HMODULE loadAsData(const std::wstring& path) {
-    return LoadLibraryExW(path.c_str(), nullptr,
-                          LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE);
+HMODULE loadedOnce(const std::wstring& path) {
+    static std::map<std::wstring, HMODULE> files;
+    HMODULE& file = files[path];
+    if (file == nullptr)
+        file = LoadLibraryExW(windowsPath(path).c_str(), nullptr,
+                              LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE);
+    return file;
 }
 
 // The bytes of a program file, addressed as they lie in memory when it is loaded.
@@ -120,33 +125,25 @@ std::wstring captionPath() {
 }
 
 HMODULE moduleFile() {
-    static const HMODULE file = loadAsData(modulePath());
-    return file;
+    return loadedOnce(L"" MODULE_FILE);
 }
-
 HMODULE captionFile() {
-    static const HMODULE file = loadAsData(captionPath());
-    return file;
+    return loadedOnce(L"" CAPTION_FILE);
 }
-
 HMODULE interchangeFile() {
-    static const HMODULE file = loadAsData(windowsPath(L"" INTERCHANGE_FILE));
-    return file;
+    return loadedOnce(L"" INTERCHANGE_FILE);
 }
-
+HMODULE checksFile() {
+    return loadedOnce(L"" CHECKS_FILE);
+}
 HMODULE workbenchFile() {
-    static const HMODULE file = loadAsData(windowsPath(L"" WORKBENCH_FILE));
-    return file;
+    return loadedOnce(L"" WORKBENCH_FILE);
 }
-
 HMODULE coreFile() {
-    static const HMODULE file = loadAsData(windowsPath(L"" CORE_FILE));
-    return file;
+    return loadedOnce(L"" CORE_FILE);
 }
-
 HMODULE kilnbatchFile() {
-    static const HMODULE file = loadAsData(windowsPath(L"" KILNBATCH_FILE));
-    return file;
+    return loadedOnce(L"" KILNBATCH_FILE);
 }
 
 std::span<const std::byte> resourceBytes(HMODULE file, const wchar_t* type, const wchar_t* name,
