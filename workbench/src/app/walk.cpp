@@ -160,6 +160,7 @@ int Walk::run() {
     step("view what is selected", [this] { return closeUp(); });
     step("picture of the close-up", [this] { return shot("07-close-up"); });
     step("edit the scene", [this] { return edit(); });
+    step("undo and redo with the list of steps", [this] { return undoAndRedo(); });
     step("show the greatest detail", [this] { return previewDetail(); });
     step("the usual views", [this] { return shootViews(); });
     step("turn around", [this] { return turnAround(); });
@@ -366,6 +367,20 @@ kiln::Status Walk::edit() {
     if (kiln::Status status = shot("08-edited"); !status.ok()) return status;
     window_.run(CMD_VIEW_ALL);
     return shot("08-edited-whole");
+}
+
+kiln::Status Walk::undoAndRedo() {
+    const Interface& host = window_.core().hostInterface();
+    const int edited = host.GetNodeCount();
+    window_.run(CMD_EDIT_HISTORY);
+    window_.run(CMD_EDIT_UNDO);
+    if (host.GetNodeCount() >= edited) return kiln::Status::failure("the edit is still there");
+    if (kiln::Status status = shot("08-undone"); !status.ok()) return status;
+    window_.run(CMD_EDIT_REDO);
+    window_.run(CMD_EDIT_HISTORY);
+    settle();
+    if (host.GetNodeCount() != edited) return kiln::Status::failure("the edit has not come back");
+    return {};
 }
 
 kiln::Status Walk::shootViews() {
