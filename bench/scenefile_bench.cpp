@@ -74,7 +74,8 @@ void compare(bench::Table& table, const bench::Terrain& terrain, const Files& fi
         bench::warmMemory();
         opens.push_back(bench::inOwnProcess([&] { return open(files); }));
     }
-    const auto [import, save] = bench::fastest(saves);
+    const Measures through = bench::fastest(saves);
+    const Measure &import = through[0], &save = through[1];
     const Measure opening = bench::fastest(opens)[0];
     const std::string what = std::to_string(terrain.faces()) + " faces: ";
     const auto row = [&](const char* name, const Measure& measure) {
