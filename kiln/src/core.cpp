@@ -145,7 +145,7 @@ ImportResult Core::loadSceneText(const std::string& text, const std::string& pat
 }
 
 ImportResult Core::Impl::openScene(const SceneSource& source, const std::string& path,
-                                   const std::function<void(Scene& next)>& finish) {
+                                    const std::function<void(Scene& next)>& finish) {
     if (scene->isBusy())
         return {IMPEXP_FAIL, textOf(TextId::kSceneIsChanging), ImpExpCause::kOther};
     auto next = std::make_unique<Scene>();
@@ -218,8 +218,7 @@ ImportResult Core::saveScene(const std::string& path, const ProgressFunction& pr
 } catch (const std::length_error& error) {
     return {IMPEXP_FAIL, textOf(TextId::kCannotWrite, {path, error.what()}), ImpExpCause::kOther};
 } catch (const std::bad_alloc&) {
-    return {IMPEXP_FAIL, textOf(TextId::kAboutFile, {path, textOf(TextId::kOutOfMemory)}),
-            ImpExpCause::kOutOfMemory};
+    return {IMPEXP_FAIL, path + ": " + textOf(TextId::kOutOfMemory), ImpExpCause::kOutOfMemory};
 }
 
 bool Core::fileWasChanged(const std::string& path) const {

@@ -328,9 +328,9 @@ JsonReader::Position JsonReader::positionOf(const char* place) const noexcept {
     return position;
 }
 
-void JsonReader::fail(TextId what) const {
+void JsonReader::fail(const char* what) const {
     if (isEnd() && !exhausted_) throw Short();
-    throw JsonError{isEnd() ? TextId::kEndsTooEarly : what, at_, isEnd()};
+    throw JsonError{isEnd() ? "the file ends too early" : what, at_, isEnd()};
 }
 
 // Also makes sure that what was read before does not go on behind what is in memory.
@@ -339,7 +339,7 @@ void JsonReader::skipBlanksAndMore() {
     if (isEnd() && !exhausted_) throw Short();
 }
 
-void JsonReader::expect(char character, TextId what) {
+void JsonReader::expect(char character, const char* what) {
     skipBlanks();
     if (*at_ != character) fail(what);
     ++at_;
@@ -354,7 +354,7 @@ bool JsonReader::beginObject() {
         if (std::string_view(at_, end_).starts_with(kByteOrderMark)) at_ += kByteOrderMark.size();
         skipBlanksAndMore();
         first_ = true;
-        if (isEnd()) fail(TextId::kEndsTooEarly);
+        if (isEnd()) fail("");
         if (*at_ != '{') return false;
         ++at_;
         return true;
@@ -368,15 +368,15 @@ bool JsonReader::nextMember(std::string& name) {
         if (*at_ == '}') {
             ++at_;
             skipBlanksAndMore();
-            if (!isEnd()) fail(TextId::kBehindEnd);
+            if (!isEnd()) fail("nothing may stand behind the end");
             return false;
         }
-        if (!first) expect(',', TextId::kExpectedInObject);
+        if (!first) expect(',', "expected ',' or '}'");
         tokens_.clear();
         readName();
         skipBlanksAndMore();
         name.clear();
-        if (!appendJsonText(tokens_.front(), name)) fail(TextId::kNameNotUtf8);
+        if (!appendJsonText(tokens_.front(), name)) fail("the name is not UTF-8");
         first_ = false;
         return true;
     });
@@ -400,7 +400,7 @@ bool JsonReader::nextElement() {
             first_ = false;
             return false;
         }
-        if (!first_) expect(',', TextId::kExpectedInList);
+        if (!first_) expect(',', "expected ',' or ']'");
         skipBlanksAndMore();
         first_ = false;
         return true;
@@ -469,7 +469,7 @@ bool JsonReader::endsContainer() {
         open_.pop_back();
         return true;
     }
-    expect(',', isObject ? TextId::kExpectedInObject : TextId::kExpectedInList);
+    expect(',', isObject ? "expected ',' or '}'" : "expected ',' or ']'");
     if (isObject) readMemberName();
     return false;
 }
@@ -485,9 +485,9 @@ void JsonReader::readMemberName() {
 
 void JsonReader::readName() {
     skipBlanks();
-    if (*at_ != '"') fail(TextId::kExpectedName);
+    if (*at_ != '"') fail("expected a name in quotes");
     readText();
-    expect(':', TextId::kExpectedColon);
+    expect(':', "expected ':'");
 }
 
 void JsonReader::readText() {
@@ -497,9 +497,9 @@ void JsonReader::readText() {
         skipText(at_);
         if (*at_ == '"') break;
         token.plain = false;
-        if (static_cast<unsigned char>(*at_) < 0x20) fail(TextId::kTextWithoutEnd);
+        if (static_cast<unsigned char>(*at_) < 0x20) fail("a text has no end on its line");
         if (*at_ == '\\') ++at_;
-        if (isEnd()) fail(TextId::kEndsTooEarly);
+        if (isEnd()) fail("");
     }
     token.length = static_cast<std::size_t>(at_ - token.text);
     ++at_;
@@ -511,7 +511,7 @@ void JsonReader::readNumber() {
     std::uint64_t whole = 0;
     if (!readJsonNumber(at_, whole)) {
         at_ = token.text;
-        if (!readDecimal(at_, ignored)) fail(TextId::kExpectedValue);
+        if (!readDecimal(at_, ignored)) fail("expected a value");
     }
     token.length = static_cast<std::size_t>(at_ - token.text);
 }
@@ -525,7 +525,7 @@ bool JsonReader::readNumbers() {
     skipNumbers(at);
     if (at == end_) {
         at_ = at;
-        fail(TextId::kEndsTooEarly);
+        fail("");
     }
     if (*at != ']') return false;
     JsonToken& token = add(JsonToken::Kind::kNumbers);
@@ -539,7 +539,7 @@ bool JsonReader::readNumbers() {
 void JsonReader::readWord(std::string_view word, JsonToken::Kind kind) {
     add(kind);
     for (const char c : word) {
-        if (*at_ != c) fail(TextId::kExpectedValue);
+        if (*at_ != c) fail("expected a value");
         ++at_;
     }
 }

@@ -12,13 +12,11 @@
 #include <string_view>
 #include <vector>
 
-#include "texts.h"
-
 namespace kiln {
 
 /// Where a text stops being JSON.
 struct JsonError {
-    TextId what;
+    std::string what;
     const char* at;
     bool atEnd;  ///< the text ends too early
 };
@@ -92,11 +90,11 @@ private:
     template <typename Step>
     auto whole(Step&& step);
     void refill(const char* from);
-    [[noreturn]] void fail(TextId what) const;
+    [[noreturn]] void fail(const char* what) const;
     bool isEnd() const noexcept { return at_ == end_; }
     void skipBlanks() noexcept { skipJsonBlanks(at_); }
     void skipBlanksAndMore();
-    void expect(char character, TextId what);
+    void expect(char character, const char* what);
     void readValue();
     void readText();
     void readName();

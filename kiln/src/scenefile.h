@@ -22,6 +22,7 @@ inline constexpr int kSceneVersion = 1;
 /// Custom attributes have attributes of their own, and those again; so many may be within one
 /// another in a file.
 inline constexpr int kDeepestAttribute = 64;
+inline constexpr const char* kTooDeep = "attributes are more than 64 deep within one another";
 
 /// What a scene is read from.
 struct SceneSource {

@@ -4,7 +4,6 @@
 #include <bit>
 #include <charconv>
 #include <cstring>
-#include <initializer_list>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -30,7 +29,7 @@ namespace {
 using Kind = JsonToken::Kind;
 
 struct Damage {
-    std::string where, what;
+    std::string message;
     const char* at;  ///< in the reader's memory; null where there is no single place
     ImpExpCause cause = ImpExpCause::kDamaged;
 };
@@ -49,16 +48,16 @@ public:
     /// A list of the file whose elements are read one by one.
     Place(const Place& up, std::string_view name) : Place(nullptr, &up, name, 0) {}
 
-    [[noreturn]] void complain(TextId what, std::initializer_list<std::string_view> values = {},
+    [[noreturn]] void complain(const std::string& what,
                                ImpExpCause cause = ImpExpCause::kDamaged) const {
         // Of a long way both ends tell enough.
         constexpr std::size_t kShown = 60;
         std::string way = path();
         if (way.size() > 2 * kShown) way.replace(kShown, way.size() - 2 * kShown, "...");
-        throw Damage{way, textOf(what, values), token_ ? token_->text : nullptr, cause};
+        throw Damage{way + ": " + what, token_ ? token_->text : nullptr, cause};
     }
     [[noreturn]] void complainOfMissing(std::string_view name) const {
-        complain(TextId::kMissing, {quotedText(name)});
+        complain("\"" + std::string(name) + "\" is missing");
     }
 
     Place operator[](std::string_view name) const {
@@ -68,7 +67,7 @@ public:
     }
     /// The member with that name, which need not be there.
     Place find(std::string_view name) const {
-        if (token_->kind != Kind::kObject) complain(TextId::kNoObject);
+        if (token_->kind != Kind::kObject) complain("must be an object");
         if ((token_->initials & JsonToken::initial(name.front())) == 0)
             return Place(nullptr, this, name, 0);
         const JsonToken* at = token_ + 1;
@@ -80,21 +79,22 @@ public:
 
     std::size_t size() const {
         if (token_->kind != Kind::kList && token_->kind != Kind::kNumbers)
-            complain(TextId::kNoList);
+            complain("must be a list");
         return token_->count;
     }
     /// Visits the elements of a list of objects.
     template <typename Visit>
     void forEach(Visit&& visit) const {
         const std::size_t count = size();
-        if (token_->kind == Kind::kNumbers) Place(token_, this, {}, 0).complain(TextId::kNoObject);
+        if (token_->kind == Kind::kNumbers)
+            Place(token_, this, {}, 0).complain("must be an object");
         const JsonToken* at = token_ + 1;
         for (std::size_t i = 0; i < count; ++i, at += at->span) visit(Place(at, this, {}, i));
     }
 
     bool boolean() const {
         if (token_->kind != Kind::kTrue && token_->kind != Kind::kFalse)
-            complain(TextId::kNoBoolean);
+            complain("must be true or false");
         return token_->kind == Kind::kTrue;
     }
     bool booleanOr(bool otherwise) const { return present() ? boolean() : otherwise; }
@@ -108,9 +108,8 @@ public:
     std::uint64_t below(std::uint64_t limit) const {
         const char* at = token_->text;
         std::uint64_t value = 0;
-        if (token_->kind != Kind::kNumber || !readJsonNumber(at, value))
-            complain(TextId::kNoWholeNumber);
-        if (value >= limit) complain(TextId::kOutOfRange, {std::to_string(value)});
+        if (token_->kind != Kind::kNumber || !readJsonNumber(at, value)) complain(kNoWholeNumber);
+        if (value >= limit) complain(outOfRange(value));
         return value;
     }
     double number() const {
@@ -118,7 +117,7 @@ public:
         const char* at = token_->text;
         if (token_->kind == Kind::kText) return numberFromBits();
         if (token_->kind != Kind::kNumber || !readJsonNumber(at, value))
-            complain(TextId::kNoNumber);
+            complain("must be a number");
         return value;
     }
     /// The bytes that a base64 text stands for, in memory that `allocate` makes for so many.
@@ -127,13 +126,17 @@ public:
         std::string scratch;
         const std::string_view text = plainText(scratch);
         const std::optional<std::size_t> size = base64Size(text);
-        if (!size || !fromBase64(text, allocate(*size))) complain(TextId::kNotBase64);
+        if (!size || !fromBase64(text, allocate(*size))) complain("is not base64");
         return *size;
     }
     Class_ID classId() const;
 
 private:
     friend class Elements;
+    static constexpr const char* kNoWholeNumber = "must be a whole number, not below 0";
+    static std::string outOfRange(std::uint64_t value) {
+        return std::to_string(value) + " is out of range";
+    }
 
     Place(const JsonToken* token, const Place* up, std::string_view name, std::size_t index)
         : token_(token), up_(up), name_(name), index_(index) {}
@@ -147,8 +150,8 @@ private:
     }
 
     void readText(std::string& text) const {
-        if (token_->kind != Kind::kText) complain(TextId::kNoText);
-        if (!appendJsonText(*token_, text)) complain(TextId::kNotUtf8);
+        if (token_->kind != Kind::kText) complain("must be a text");
+        if (!appendJsonText(*token_, text)) complain("is not UTF-8");
     }
     // The text where it stands, if it stands there as it is.
     std::string_view plainText(std::string& scratch) const {
@@ -166,11 +169,11 @@ private:
             const auto parsed = std::from_chars(digits.data() + 2, end, bits, 16);
             if (parsed.ec == std::errc() && parsed.ptr == end) return std::bit_cast<double>(bits);
         }
-        complain(TextId::kNoNumber);
+        complain("must be a number");
     }
 
     std::string path() const {
-        if (!up_) return textOf(TextId::kTheFile);
+        if (!up_) return "the file";
         std::string way = up_->up_ ? up_->path() : std::string();
         if (name_.empty()) return way.append("[").append(std::to_string(index_)).append("]");
         if (!way.empty()) way += '.';
@@ -193,23 +196,23 @@ public:
           token_(list.token_ + 1),
           at_(list.token_->text) {}
 
-    double number() { return isPacked_ ? packed<double>(TextId::kNoNumber) : element().number(); }
+    double number() { return isPacked_ ? packed<double>("must be a number") : element().number(); }
     /// The nearest single.
     float single() {
-        return isPacked_ ? packed<float>(TextId::kNoNumber)
+        return isPacked_ ? packed<float>("must be a number")
                          : static_cast<float>(element().number());
     }
     DWORD word() { return static_cast<DWORD>(below(std::uint64_t{1} << 32)); }
     std::uint64_t below(std::uint64_t limit) {
         if (!isPacked_) return element().below(limit);
-        const auto value = packed<std::uint64_t>(TextId::kNoWholeNumber);
-        if (value >= limit) complain(at_, index_ - 1, TextId::kOutOfRange, {std::to_string(value)});
+        const auto value = packed<std::uint64_t>(Place::kNoWholeNumber);
+        if (value >= limit) complain(at_, index_ - 1, Place::outOfRange(value));
         return value;
     }
 
 private:
     template <typename T>
-    T packed(TextId otherwise) {
+    T packed(const char* otherwise) {
         // Most numbers of a scene have one digit.
         if (at_[0] >= '0' && at_[0] <= '9' && at_[1] == ',' && index_ + 1 < count_) {
             const T digit = static_cast<T>(at_[0] - '0');
@@ -230,10 +233,9 @@ private:
         const bool isLast = index_ + 1 == count_;
         return *at_++ == (isLast ? ']' : ',');
     }
-    [[noreturn]] void complain(const char* at, std::size_t index, TextId what,
-                               std::initializer_list<std::string_view> values = {}) const {
+    [[noreturn]] void complain(const char* at, std::size_t index, const std::string& what) const {
         const JsonToken token{at, 0, 0, 1, Kind::kNumber, true};
-        Place(&token, &list_, {}, index).complain(what, values);
+        Place(&token, &list_, {}, index).complain(what);
     }
     Place element() {
         const Place place(token_, &list_, {}, index_++);
@@ -250,7 +252,7 @@ private:
 };
 
 Class_ID Place::classId() const {
-    if (size() != 2) complain(TextId::kOtherCount, {"2"});
+    if (size() != 2) complain("must have two numbers");
     Elements numbers(*this);
     const DWORD a = numbers.word();
     return Class_ID(a, numbers.word());
@@ -274,9 +276,10 @@ void append(Tab<Point3f>& points, Elements& numbers) {
 // The number of groups of `size` values in a list.
 int groupsOf(const Place& list, std::size_t size) {
     const std::size_t count = list.size();
-    if (count % size != 0) list.complain(TextId::kNoMultiple, {std::to_string(size)});
+    if (count % size != 0)
+        list.complain("must have a multiple of " + std::to_string(size) + " numbers");
     if (count > static_cast<std::size_t>(std::numeric_limits<int>::max()))
-        list.complain(TextId::kTooLong);
+        list.complain("is too long");
     return static_cast<int>(count / size);
 }
 
@@ -289,7 +292,7 @@ void readPoints(const Place& list, Tab<Point>& points) {
 }
 
 Matrix3 matrixFrom(const Place& list) {
-    if (list.size() != 12) list.complain(TextId::kOtherCount, {"12"});
+    if (list.size() != 12) list.complain("must have 12 numbers");
     Elements numbers(list);
     Point3 rows[4];
     for (Point3& row : rows) row = nextPoint(numbers);
@@ -336,7 +339,7 @@ void readMesh(const Place& json, Mesh& mesh) {
         readTextureFaces(list, mesh.tvFaces);
     if (const Place list = json.find("normals"); list.present()) readPoints(list, mesh.normals);
     if (const Place list = json.find("colors"); list.present()) readColors(list, mesh.colors);
-    if (!mesh.IsConsistent()) json.complain(TextId::kMeshMisfits);
+    if (!mesh.IsConsistent()) json.complain("indices and list lengths do not fit together");
 }
 
 void readState(const Place& json, ReferenceTarget& thing) {
@@ -348,7 +351,7 @@ void readState(const Place& json, ReferenceTarget& thing) {
             return bytes.data();
         });
     if (!thing.LoadState(bytes.data(), bytes.size()))
-        (state.present() ? state : json).complain(TextId::kStateRefused);
+        (state.present() ? state : json).complain("is refused by the plug-in that saved it");
 }
 
 struct FreeBlock {
@@ -379,7 +382,7 @@ private:
             if (!block) throw std::bad_alloc();
             return block.get();
         });
-        if (size != json["length"].word()) data.complain(TextId::kOtherLength);
+        if (size != json["length"].word()) data.complain("does not have the chunk's length");
         if (!chunks_.append({id, super, sub, static_cast<DWORD>(size), block.get()}))
             throw std::bad_alloc();
         static_cast<void>(block.release());
@@ -396,7 +399,7 @@ private:
         if (first == ids_.size()) return;
         std::size_t index = 0;
         list.forEach([&](const Place& json) {
-            if (index++ == first) json.complain(TextId::kTwice);
+            if (index++ == first) json.complain("is there twice");
         });
     }
 
@@ -416,7 +419,7 @@ template <typename T>
 Held<T> createHeld(const Place& json, SClass_ID superClass) {
     const Place id = json["class"];
     T* const thing = static_cast<T*>(createOrStandIn(superClass, id.classId()).release());
-    if (!thing) id.complain(TextId::kOtherSuperClass);
+    if (!thing) id.complain("is a class of the host's own that has another super class");
     thing->AddReference();
     return Held<T>(thing);
 }
@@ -426,8 +429,7 @@ void readExtras(const Place& json, Animatable& thing, int depth = 0) {
     if (const Place chunks = json.find("chunks"); chunks.present()) ChunkReader(thing).read(chunks);
     const Place attributes = json.find("attributes");
     if (!attributes.present()) return;
-    if (depth == kDeepestAttribute)
-        attributes.complain(TextId::kTooDeep, {std::to_string(kDeepestAttribute)});
+    if (depth == kDeepestAttribute) attributes.complain(kTooDeep);
     ICustAttribContainer* const container = thing.AllocCustAttribContainer();
     if (!container) throw std::bad_alloc();
     attributes.forEach([&](const Place& one) {
@@ -450,7 +452,7 @@ void readOwnState(const Place& json, Object& object) {
         readMesh(json["mesh"], static_cast<TriObject&>(object).GetMesh());
     } else if (id == BOXOBJ_CLASS_ID) {
         const Place size = json["size"];
-        if (size.size() != 3) size.complain(TextId::kOtherCount, {"3"});
+        if (size.size() != 3) size.complain("must have 3 numbers");
         Elements numbers(size);
         const Point3 edges = nextPoint(numbers);
         static_cast<BoxObject&>(object).SetSize(edges.x, edges.y, edges.z);
@@ -470,7 +472,7 @@ public:
         : json_(source.read), source_(source), scene_(scene) {}
 
     void run() {
-        if (!json_.beginObject()) file_.complain(TextId::kNoObject);
+        if (!json_.beginObject()) file_.complain("must be an object");
         for (std::string name; json_.nextMember(name);) readMember(name);
         requireHead();
         for (const std::string_view name : {"root", "texmaps", "objects", "nodes", "selection"})
@@ -502,7 +504,7 @@ private:
             json_.value();  // of whoever else has written it
             return;
         }
-        if (!read_.insert(name).second) Place(file_, name).complain(TextId::kTwice);
+        if (!read_.insert(name).second) file_.complain("\"" + name + "\" is there twice");
     }
 
     // What others refer to comes before them.
@@ -516,7 +518,7 @@ private:
     template <typename Read>
     void readList(const std::string& name, Read&& read) {
         const Place list(file_, name);
-        if (!json_.beginList()) list.complain(TextId::kNoList);
+        if (!json_.beginList()) list.complain("must be a list");
         for (std::size_t index = 0; json_.nextElement(); ++index) {
             read(Place(json_.value(), list, index));
             tellProgress(index);
@@ -532,12 +534,13 @@ private:
 
     static void readHead(const Place& json, std::string_view name) {
         if (name == "format") {
-            if (json.text() != kSceneFormat) json.complain(TextId::kNotOfScene);
+            if (json.text() != kSceneFormat) json.complain("is not that of a scene file");
             return;
         }
         const DWORD number = json.word();
         if (number == 0 || number > kSceneVersion)
-            json.complain(TextId::kUnknownVersion, {std::to_string(number)}, ImpExpCause::kVersion);
+            json.complain(std::to_string(number) + " is not known to this host",
+                          ImpExpCause::kVersion);
     }
 
     void readSelection(const Place& list) {
@@ -560,7 +563,7 @@ private:
 
     void readObject(const Place& json) {
         const Place super = json["super"];
-        if (!isObjectSuperClass(super.word())) super.complain(TextId::kNotOfObject);
+        if (!isObjectSuperClass(super.word())) super.complain("is not that of an object");
         auto object = createHeld<Object>(json, super.word());
         if (isBuiltIn(object->SuperClassID(), object->ClassID()))
             readOwnState(json, *object);
@@ -601,22 +604,21 @@ private:
     std::vector<Node*> nodes_;
 };
 
-ImportResult failed(TextId how, const std::string& path, const std::string& what,
-                    ImpExpCause cause) {
-    return {IMPEXP_FAIL, textOf(how, {path, what}), cause};
+ImportResult failed(const std::string& path, const std::string& what, ImpExpCause cause) {
+    return {IMPEXP_FAIL, path + ": " + what, cause};
 }
 
 std::string lineOf(const JsonReader& json, const char* at) {
-    return at ? textOf(TextId::kOnLine, {std::to_string(json.positionOf(at).line)}) : std::string();
+    return at ? " (line " + std::to_string(json.positionOf(at).line) + ")" : std::string();
 }
 
 ImportResult syntaxComplaint(const JsonReader& json, const std::string& path,
                              const JsonError& error) {
     const auto [line, column] = json.positionOf(error.at);
-    return {IMPEXP_FAIL,
-            textOf(TextId::kDamagedSyntax,
-                   {path, std::to_string(line), std::to_string(column), textOf(error.what)}),
-            error.atEnd ? ImpExpCause::kTruncated : ImpExpCause::kDamaged};
+    return failed(path,
+                  "is damaged: parse error at line " + std::to_string(line) + ", column " +
+                      std::to_string(column) + ": " + error.what,
+                  error.atEnd ? ImpExpCause::kTruncated : ImpExpCause::kDamaged);
 }
 
 }  // namespace
@@ -629,20 +631,17 @@ ImportResult readScene(const SceneSource& source, const std::string& path, Scene
     } catch (const JsonError& error) {
         return syntaxComplaint(reader.json(), path, error);
     } catch (const Damage& damage) {
-        return {IMPEXP_FAIL,
-                textOf(TextId::kDamagedAt,
-                       {path, damage.where, damage.what, lineOf(reader.json(), damage.at)}),
-                damage.cause};
+        return failed(path, "is damaged at " + damage.message + lineOf(reader.json(), damage.at),
+                      damage.cause);
     }
 } catch (const Cancelled&) {
     return {IMPEXP_CANCEL, textOf(TextId::kCancelled), ImpExpCause::kOther};
 } catch (const std::bad_alloc&) {
-    return failed(TextId::kAboutFile, path, textOf(TextId::kOutOfMemory),
-                  ImpExpCause::kOutOfMemory);
+    return failed(path, textOf(TextId::kOutOfMemory), ImpExpCause::kOutOfMemory);
 } catch (const std::system_error& error) {
-    return failed(TextId::kCannotRead, path, error.code().message(), ImpExpCause::kUnreadable);
+    return failed(path, "cannot be read: " + error.code().message(), ImpExpCause::kUnreadable);
 } catch (const std::exception& error) {
-    return failed(TextId::kCannotRead, path, error.what(), ImpExpCause::kOther);
+    return failed(path, std::string("cannot be read: ") + error.what(), ImpExpCause::kOther);
 }
 
 }  // namespace kiln

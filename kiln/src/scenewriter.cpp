@@ -20,7 +20,6 @@
 #include "chunks.h"
 #include "classes.h"
 #include "scenefile.h"
-#include "texts.h"
 
 namespace kiln {
 
@@ -241,8 +240,7 @@ void putExtras(std::string& text, const Animatable& thing, int depth = 0) {
     putChunks(text, thing);
     const ICustAttribContainer* const container = thing.GetCustAttribContainer();
     if (!container) return;
-    if (depth == kDeepestAttribute)
-        throw std::length_error(textOf(TextId::kTooDeep, {std::to_string(kDeepestAttribute)}));
+    if (depth == kDeepestAttribute) throw std::length_error(kTooDeep);
     putName(text, "attributes");
     text += '[';
     for (int i = 0; i < container->GetNumCustAttribs(); ++i) {
@@ -375,7 +373,7 @@ SceneWriter::Impl::Impl(const Scene& shown) : scene(shown), listed(shown.texmaps
         const auto [node, parent] = pending.back();
         pending.pop_back();
         const auto own = static_cast<std::uint32_t>(lines.size());
-        if (own == kNone) throw std::length_error(textOf(TextId::kTooManyNodes));
+        if (own == kNone) throw std::length_error("there are too many nodes");
         const std::uint32_t object = objects.add(node->GetObjectRef());
         lines.push_back({node, parent, object, maps.add(node->GetTexmap())});
         if (node->Selected()) selected.emplace(node, own);

@@ -1,8 +1,6 @@
 // What the host says to its user, in the language that it speaks.
 #pragma once
 
-#include <kiln/hosttexts.h>
-
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -17,5 +15,8 @@ enum class TextId : unsigned {
 
 /// The text in UTF-8, with `values` in the places that it has for them.
 std::string textOf(TextId which, std::initializer_list<std::string_view> values = {});
+
+/// A name or value between the quotation marks of the language.
+std::string quotedText(std::string_view text);
 
 }  // namespace kiln

@@ -1,5 +1,7 @@
 #include "fixture.h"
 
+#include <kiln/fptable.h>
+
 namespace {
 
 using ::testing::HasSubstr;
@@ -204,6 +206,42 @@ TEST_F(PublishingTest, OnlyInterfacesThatSaySoOfferVerbs) {
     ASSERT_TRUE(found);
     EXPECT_EQ(found->target, &verbs);
     EXPECT_STREQ(found->function->name, "Half");
+}
+
+TEST_F(PublishingTest, ATableCallsItsFunctionsWithArgumentsThatFit) {
+    static constexpr FPTableRow kRows[] = {
+        {7,
+         "half",
+         TYPE_DOUBLE,
+         [](const FPParams& params, FPValue& result) {
+             if (params[0].d == 0) throw std::runtime_error("there is no half of nothing");
+             result.SetDouble(params[0].d / 2);
+         },
+         {{"of", TYPE_DOUBLE}, {"any", TYPE_VALUE, 0, FP_OPTIONAL}}},
+        {8, "none", TYPE_INT,
+         [](const FPParams& params, FPValue& result) {
+             result.SetInt(static_cast<int>(params.size()));
+         }},
+    };
+    FPTableInterface table(Interface_ID(3, 5), "Table", 0, kRows);
+    EXPECT_EQ(table.Functions().size(), 2u);
+    const auto call = [&](FunctionID id, FPParams params, FPValue& result) {
+        return table.Invoke(id, 0, result, &params);
+    };
+    FPValue result;
+    EXPECT_EQ(call(7, {FPValue::Double(3), FPValue::String("x")}, result), FPS_OK);
+    EXPECT_EQ(result.d, 1.5);
+    EXPECT_EQ(call(7, {FPValue::Double(3), FPValue()}, result), FPS_OK);
+    EXPECT_EQ(call(7, {FPValue::Double(0), FPValue()}, result), FPS_FAIL);
+    EXPECT_STREQ(result.s, "there is no half of nothing");
+    EXPECT_EQ(call(7, {FPValue::Int(3), FPValue()}, result), FPS_FAIL);
+    EXPECT_EQ(call(7, {FPValue(), FPValue()}, result), FPS_FAIL);
+    EXPECT_EQ(call(7, {FPValue::Double(3)}, result), FPS_FAIL);
+    EXPECT_EQ(table.Invoke(7, 0, result, nullptr), FPS_FAIL);
+    EXPECT_EQ(table.Invoke(8, 0, result, nullptr), FPS_OK);
+    EXPECT_EQ(result.i, 0);
+    EXPECT_EQ(call(8, {FPValue::Int(3)}, result), FPS_FAIL);
+    EXPECT_EQ(call(9, {}, result), FPS_NO_SUCH_FUNCTION);
 }
 
 TEST_F(PublishingTest, PropertiesAreReadAndSet) {

@@ -197,21 +197,6 @@ TEST_F(SceneFileTest, RefusesDamageAndSaysWhere) {
     EXPECT_EQ(core.sceneText(), good) << "the scene stays as it was";
 }
 
-TEST_F(SceneFileTest, SaysWhereTheDamageIsInTheHostsLanguage) {
-    const SpokenLanguage chinese(KILN_LANGUAGE_CHINESE);
-    const auto refusal = [&](const char* text) {
-        return core.loadSceneText(text, "a.kiln").message;
-    };
-    EXPECT_EQ(refusal("{\n\"format\": \"kiln scene\", \"version\": 2}"),
-              "a.kiln：已损坏（version）：此宿主不支持版本 2（第 2 行）");
-    EXPECT_EQ(refusal("{\"format\": \"kiln scene\"}"), "a.kiln：已损坏（文件）：缺少“version”");
-    EXPECT_EQ(refusal("{\"format\": \"kiln scene\", \"format\": \"kiln scene\"}"),
-              "a.kiln：已损坏（format）：重复出现");
-    EXPECT_EQ(refusal("{\"format\": \"kiln scene\",\n]"),
-              "a.kiln：已损坏：第 2 行第 1 列语法错误：应为带引号的名称");
-    EXPECT_EQ(refusal("{\"format\""), "a.kiln：已损坏：第 1 行第 10 列语法错误：文件过早结束");
-}
-
 // A file with these texture maps, objects and nodes.
 std::string fileOf(const std::string& maps, const std::string& objects, const std::string& nodes) {
     return "{\"format\":\"kiln scene\",\"version\":1,\"root\":{},\"texmaps\":[" + maps +

@@ -4,11 +4,11 @@
 #include <checks/check.h>
 #include <checks/mends.h>
 #include <checks/scenesource.h>
-#include <kiln/hosttexts.h>
+#include <kiln/fptable.h>
 #include <kiln/kiln.h>
+#include <kiln/language.h>
 
 #include <algorithm>
-#include <iterator>
 #include <stdexcept>
 
 namespace checks {
@@ -63,8 +63,6 @@ Interface& host() {
 
 // ---------------------------------------------------------------- the functions
 
-using Function = void (*)(const FPParams& params, FPValue& result);
-
 void run(const FPParams& params, FPValue& result) {
     LastRun found;
     found.target = findTarget(textOf(params[0]));
@@ -105,7 +103,7 @@ void node(const FPParams& params, FPValue& result) {
 }
 
 void text(const FPParams& params, FPValue& result) {
-    loadText(result, findingAt(params[0]).text(kiln::hostLanguage()));
+    loadText(result, findingAt(params[0]).text(base::Language{GetLanguage()}));
 }
 
 void mendFinding(const FPParams& params, FPValue& result) {
@@ -123,67 +121,23 @@ void targets(const FPParams&, FPValue& result) {
 
 // ---------------------------------------------------------------- publishing
 
-struct Row {
-    FPFunctionDesc described;
-    Function function;
-};
-
-constexpr Row row(FunctionID id, const char* name, ParamType2 result, Function function,
-                  std::initializer_list<FPParamDesc> params) {
-    constexpr int kNoDescription = -1;
-    return {{id, name, kNoDescription, result, 0, params}, function};
-}
-
 constexpr FPParamDesc kIndex{"index", TYPE_INT};
 
-constexpr Row kRows[] = {
-    row(0, "run", TYPE_INT, run, {{"target", TYPE_STRING}}),
-    row(1, "count", TYPE_INT, count, {}),
-    row(2, "total", TYPE_INT, total, {{"what", TYPE_STRING}}),
-    row(3, "code", TYPE_STRING, code, {kIndex}),
-    row(4, "severity", TYPE_STRING, severity, {kIndex}),
-    row(5, "node", TYPE_INODE, node, {kIndex}),
-    row(6, "text", TYPE_STRING, text, {kIndex}),
-    row(7, "mend", TYPE_BOOL, mendFinding, {kIndex}),
-    row(8, "save", TYPE_VOID, save, {{"file", TYPE_STRING}}),
-    row(9, "targets", TYPE_STRING_TAB, targets, {}),
-};
-
-std::vector<FPFunctionDesc> functions() {
-    std::vector<FPFunctionDesc> all;
-    for (const Row& one : kRows) all.push_back(one.described);
-    return all;
-}
-
-/// Plug-ins may call without the script engine, which sees to the types.
-bool fit(std::span<const FPParamDesc> params, const FPParams* given) {
-    if (params.empty()) return true;
-    return given != nullptr &&
-           std::ranges::equal(params, *given, {}, &FPParamDesc::type, &FPValue::type);
-}
-
-class CheckFunctions final : public FPStaticInterface {
-public:
-    CheckFunctions() : FPStaticInterface(kCheckId, "FltCheck", 0, nullptr, FP_CORE, functions()) {}
-
-protected:
-    FPStatus _dispatch_fn(FunctionID id, TimeValue, FPValue& result, FPParams* params) override {
-        const auto* const called = std::ranges::find(
-            kRows, id, [](const Row& candidate) { return candidate.described.id; });
-        if (called == std::end(kRows)) return FPS_NO_SUCH_FUNCTION;
-        if (!fit(called->described.params(), params)) return FPS_FAIL;
-        try {
-            called->function(params != nullptr ? *params : FPParams(), result);
-            return FPS_OK;
-        } catch (const std::runtime_error& refusal) {
-            result.SetOwnedString(KILN_strdup(refusal.what()));
-            return FPS_FAIL;
-        }
-    }
+constexpr FPTableRow kRows[] = {
+    {0, "run", TYPE_INT, run, {{"target", TYPE_STRING}}},
+    {1, "count", TYPE_INT, count},
+    {2, "total", TYPE_INT, total, {{"what", TYPE_STRING}}},
+    {3, "code", TYPE_STRING, code, {kIndex}},
+    {4, "severity", TYPE_STRING, severity, {kIndex}},
+    {5, "node", TYPE_INODE, node, {kIndex}},
+    {6, "text", TYPE_STRING, text, {kIndex}},
+    {7, "mend", TYPE_BOOL, mendFinding, {kIndex}},
+    {8, "save", TYPE_VOID, save, {{"file", TYPE_STRING}}},
+    {9, "targets", TYPE_STRING_TAB, targets},
 };
 
 // Published when the module is loaded.
-CheckFunctions theCheckFunctions;
+FPTableInterface theCheckFunctions(kCheckId, "FltCheck", FP_CORE, kRows);
 
 }  // namespace
 

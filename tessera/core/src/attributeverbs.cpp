@@ -3,11 +3,10 @@
 #include "attributetext.h"
 
 #include <fltkilnutil/kilnflt.h>
+#include <kiln/fptable.h>
 #include <kiln/kiln.h>
 #include <quillon/fltopcode.h>
 
-#include <algorithm>
-#include <iterator>
 #include <vector>
 
 namespace tessera {
@@ -57,8 +56,6 @@ void loadRaw(FPValue& result, FltAttrGroup& group, const FltAttrDesc& row) {
 
 // ---------------------------------------------------------------- the verbs
 
-using Verb = void (*)(const FPParams& params, FPValue& result);
-
 void getAttr(const FPParams& params, FPValue& result) {
     FltAttrGroup& group = loaded(params[0].n);
     const FltAttrDesc& row = rowOf(group, params[1].s);
@@ -98,69 +95,18 @@ void kind(const FPParams& params, FPValue& result) {
 
 // ---------------------------------------------------------------- publishing
 
-struct Row {
-    FPFunctionDesc described;
-    Verb verb;
-};
-
-constexpr Row row(FunctionID id, const char* name, ParamType2 result, Verb verb,
-                  std::initializer_list<FPParamDesc> params) {
-    constexpr int kNoDescription = -1;
-    return {{id, name, kNoDescription, result, 0, params}, verb};
-}
-
 constexpr FPParamDesc kNode{"node", TYPE_INODE};
 constexpr FPParamDesc kKey{"key", TYPE_STRING};
 
-constexpr Row kRows[] = {
-    row(0, "getAttr", TYPE_VALUE, getAttr, {kNode, kKey, {"raw", TYPE_BOOL, 0, FP_OPTIONAL}}),
-    row(1, "setAttr", TYPE_VOID, setAttr, {kNode, kKey, {"value", TYPE_VALUE}}),
-    row(2, "attrKeys", TYPE_STRING_TAB, attrKeys, {kNode}),
-    row(3, "kind", TYPE_STRING, kind, {kNode}),
-};
-
-std::vector<FPFunctionDesc> functions() {
-    std::vector<FPFunctionDesc> all;
-    for (const Row& one : kRows) all.push_back(one.described);
-    return all;
-}
-
-/// Whether the arguments are of the parameters' types: plug-ins may call without the script engine,
-/// which sees to that.
-bool fit(std::span<const FPParamDesc> params, const FPParams* given) {
-    if (given == nullptr || given->size() != params.size()) return false;
-    for (std::size_t i = 0; i < params.size(); ++i) {
-        const ParamType2 type = (*given)[i].type;
-        const bool leftOut = type == TYPE_VOID && (params[i].options & FP_OPTIONAL) != 0;
-        if (type != params[i].type && params[i].type != TYPE_VALUE && !leftOut) return false;
-    }
-    return true;
-}
-
-class AttributeVerbs final : public FPStaticInterface {
-public:
-    AttributeVerbs()
-        : FPStaticInterface(kAttributeVerbsId, "FltAttributes", 0, nullptr, FP_CORE | FP_VERBS,
-                            functions()) {}
-
-protected:
-    FPStatus _dispatch_fn(FunctionID id, TimeValue, FPValue& result, FPParams* params) override {
-        const auto* const called = std::ranges::find(
-            kRows, id, [](const Row& candidate) { return candidate.described.id; });
-        if (called == std::end(kRows)) return FPS_NO_SUCH_FUNCTION;
-        if (!fit(called->described.params(), params)) return FPS_FAIL;
-        try {
-            called->verb(*params, result);
-            return FPS_OK;
-        } catch (const Refusal& refusal) {
-            result.SetOwnedString(KILN_strdup(refusal.what()));
-            return FPS_FAIL;
-        }
-    }
+constexpr FPTableRow kRows[] = {
+    {0, "getAttr", TYPE_VALUE, getAttr, {kNode, kKey, {"raw", TYPE_BOOL, 0, FP_OPTIONAL}}},
+    {1, "setAttr", TYPE_VOID, setAttr, {kNode, kKey, {"value", TYPE_VALUE}}},
+    {2, "attrKeys", TYPE_STRING_TAB, attrKeys, {kNode}},
+    {3, "kind", TYPE_STRING, kind, {kNode}},
 };
 
 // Published when the module is loaded.
-AttributeVerbs theAttributeVerbs;
+FPTableInterface theAttributeVerbs(kAttributeVerbsId, "FltAttributes", FP_CORE | FP_VERBS, kRows);
 
 }  // namespace
 

@@ -1,7 +1,7 @@
 // The application object of the module, with its start and end hooks.
 #include <framework/cwinapp.h>
 #include <framework/module.h>
-#include <kiln/hosttexts.h>
+#include <kiln/language.h>
 #include <kiln/notify.h>
 #include <tessera/browser.h>
 #include <tessera/browserclient.h>
@@ -19,7 +19,7 @@ void followLanguage(void*, NotifyInfo*) {
 class CTesseraApp : public CWinApp {
 public:
     bool InitInstance() override {
-        setLanguageSource(kiln::hostLanguage);
+        setLanguageSource([]() noexcept { return static_cast<base::Language>(GetLanguage()); });
         tessera::browserStartUp();
         RegisterNotification(followLanguage, nullptr, NOTIFY_LANGUAGE_CHANGED);
         return true;
