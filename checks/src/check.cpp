@@ -18,10 +18,6 @@ namespace checks {
 
 namespace {
 
-bool isSurface(std::uint16_t kind) noexcept {
-    return kind == kFltFace || kind == kFltMesh;
-}
-
 /// Metres in a database unit.
 double metresIn(std::uint8_t units) noexcept {
     switch (units) {
@@ -194,8 +190,10 @@ private:
             polygon.isHidden = (surface.flags & kFltSurfaceHidden) != 0;
         }
         for (std::uint32_t above = all_.nodes[number].parent;
-             above != kNone && all_.nodes[above].kind == kFltFace; above = all_.nodes[above].parent)
-            polygon.layer = static_cast<std::int16_t>(std::min(polygon.layer + 0x100, 0x7FFF));
+             above != kNone && all_.nodes[above].kind == kFltFace && polygon.layer != kTopLayer;
+             above = all_.nodes[above].parent)
+            polygon.layer =
+                static_cast<std::int16_t>(std::min<int>(polygon.layer + 0x100, kTopLayer));
         Bead& bead = all_.beads[all_.nodes[number].bead];
         std::size_t begin = 0;
         for (const std::uint32_t end : shown.ends) {

@@ -30,10 +30,10 @@ std::uint64_t mixed(std::uint64_t hash, std::uint64_t value) noexcept {
 }
 
 std::uint64_t mixed(std::uint64_t hash, double value) noexcept {
-    // Beyond the whole numbers of 64 bits all are in one cell.
+    // Beyond the whole numbers of 64 bits all are in one cell, and so is what is no number.
     constexpr double kMost = 9e18;
-    return mixed(hash, static_cast<std::uint64_t>(
-                           static_cast<std::int64_t>(std::clamp(value, -kMost, kMost))));
+    const double bounded = value > -kMost ? std::min(value, kMost) : -kMost;
+    return mixed(hash, static_cast<std::uint64_t>(static_cast<std::int64_t>(bounded)));
 }
 
 /// Sorts the entries and gives the ones of each cell with several to `meet`.

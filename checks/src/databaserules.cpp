@@ -21,13 +21,9 @@ void judgeCounters(Gathered& all, const Database& database) {
 
 void judgePalettes(Gathered& all, Database& database) {
     for (const OpenIndex& open : database.openIndices) {
-        auto& entries = database.palettes[static_cast<std::size_t>(open.palette)];
-        if (const auto found = entries.find(open.index); found != entries.end()) {
-            found->second.isUsed = true;
-        } else {
+        if (!database.use(open.palette, open.index) && open.node != kNone)
             all.foundDetail(Rule::INDEX_RANGE, open.node, open.index, nameOf(open.palette),
                             open.index);
-        }
     }
     for (std::size_t i = 0; i < kPalettes; ++i) {
         const auto palette = static_cast<Palette>(i);
@@ -42,8 +38,8 @@ void judgePalettes(Gathered& all, Database& database) {
         }
     }
     Statistics& figures = all.report.statistics;
-    figures.textures += database.palettes[static_cast<std::size_t>(Palette::kTexture)].size();
-    figures.materials += database.palettes[static_cast<std::size_t>(Palette::kMaterial)].size();
+    figures.textures += database.entriesOf(Palette::kTexture).size();
+    figures.materials += database.entriesOf(Palette::kMaterial).size();
 }
 
 /// Which definitions use which, to find those that lead back to themselves.
@@ -66,28 +62,69 @@ public:
                 }
         }
         for (const auto& [number, node] : database_.definitions)
-            if (leadsBack(node)) all_.found(Rule::INSTANCE_CYCLE, node, std::int32_t{number});
+            if (!visits_.contains(node)) visit(node);
+        for (const auto& [number, node] : database_.definitions)
+            if (visits_[node].isInRing)
+                all_.found(Rule::INSTANCE_CYCLE, node, std::int32_t{number});
     }
 
 private:
-    bool leadsBack(std::uint32_t start) const {
-        std::unordered_set<std::uint32_t> seen;
-        std::vector<std::uint32_t> pending{start};
-        while (!pending.empty()) {
-            const auto found = uses_.find(pending.back());
-            pending.pop_back();
-            if (found == uses_.end()) continue;
-            for (const std::uint32_t used : found->second) {
-                if (used == start) return true;
-                if (seen.insert(used).second) pending.push_back(used);
+    struct Visit {
+        std::uint32_t order = 0;   ///< counted as they are met
+        std::uint32_t lowest = 0;  ///< of those on the way that it leads back to
+        bool isOpen = true;        ///< its ring is not complete
+        bool isInRing = false;
+    };
+
+    /// Visits the definition and all that it uses, each once, and closes their rings: Tarjan's
+    /// search for strongly connected components.
+    void visit(std::uint32_t start) {
+        std::vector<std::pair<std::uint32_t, std::size_t>> way;  // and the next use of each
+        const auto enter = [&](std::uint32_t node) {
+            const auto order = static_cast<std::uint32_t>(visits_.size());
+            visits_[node] = {order, order};
+            open_.push_back(node);
+            way.emplace_back(node, 0);
+        };
+        enter(start);
+        while (!way.empty()) {
+            const std::uint32_t node = way.back().first;
+            Visit& here = visits_[node];
+            if (const auto& uses = uses_[node]; way.back().second < uses.size()) {
+                const std::uint32_t used = uses[way.back().second++];
+                if (used == node) here.isInRing = true;
+                if (!visits_.contains(used)) {
+                    enter(used);
+                } else if (visits_[used].isOpen) {
+                    here.lowest = std::min(here.lowest, visits_[used].order);
+                }
+                continue;
             }
+            way.pop_back();
+            if (!way.empty()) {
+                Visit& user = visits_[way.back().first];
+                user.lowest = std::min(user.lowest, here.lowest);
+            }
+            if (here.lowest == here.order) close(node);
         }
-        return false;
+    }
+
+    /// What was met from `first` on and is still open leads back to it.
+    void close(std::uint32_t first) {
+        const bool isRing = open_.back() != first;
+        for (bool isLast = false; !isLast; open_.pop_back()) {
+            Visit& visit = visits_[open_.back()];
+            visit.isOpen = false;
+            visit.isInRing = visit.isInRing || isRing;
+            isLast = open_.back() == first;
+        }
     }
 
     Gathered& all_;
     Database& database_;
     std::map<std::uint32_t, std::vector<std::uint32_t>> uses_;
+    std::map<std::uint32_t, Visit> visits_;
+    std::vector<std::uint32_t> open_;
 };
 
 constexpr std::pair<std::string_view, std::int16_t FltHeader::*> kCounters[] = {

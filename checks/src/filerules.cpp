@@ -63,8 +63,8 @@ fs::path wholePath(const fs::path& path) {
     return found.empty() ? path : found;
 }
 
-/// The files that the database at `path` refers to; none when it cannot be read.
-std::vector<std::string> referencesOf(const fs::path& path) {
+/// The names of files that the database at `path` refers to; none when it cannot be read.
+std::vector<std::string> namesIn(const fs::path& path) {
     constexpr std::uintmax_t kLargest = std::uintmax_t{256} << 20;
     std::vector<std::string> names;
     try {
@@ -83,28 +83,42 @@ std::vector<std::string> referencesOf(const fs::path& path) {
     return names;
 }
 
-/// Whether the file at `start`, or one that it refers to, refers to `home`.
-bool leadsTo(const fs::path& start, const fs::path& home) {
-    constexpr std::size_t kMostFiles = 200;
-    std::set<fs::path> seen{start};
-    std::vector<fs::path> pending{start};
-    while (!pending.empty() && seen.size() < kMostFiles) {
-        const fs::path path = pending.back();
-        pending.pop_back();
-        if (path == home) return true;
-        const std::vector<std::string> folders{base::textOf(path.parent_path())};
-        for (const std::string& name : referencesOf(path)) {
-            if (isElsewhere(name)) continue;
-            const fs::path next = find(name, folders);
-            if (next.empty()) continue;
-            if (const fs::path known = wholePath(next); seen.insert(known).second)
-                pending.push_back(known);
+/// Which files refer to which. Each is read once, however many refer to it.
+class FileReferences {
+public:
+    /// Whether the file at `start`, or one that it refers to, refers to `home`.
+    bool leadsTo(const fs::path& start, const fs::path& home) {
+        constexpr std::size_t kMostFiles = 200;
+        std::set<fs::path> seen{start};
+        std::vector<fs::path> pending{start};
+        while (!pending.empty() && seen.size() < kMostFiles) {
+            const fs::path path = pending.back();
+            pending.pop_back();
+            if (path == home) return true;
+            for (const fs::path& next : referencesOf(path))
+                if (seen.insert(next).second) pending.push_back(next);
         }
+        return seen.contains(home);
     }
-    return std::ranges::find(seen, home) != seen.end();
-}
+
+private:
+    const std::set<fs::path>& referencesOf(const fs::path& path) {
+        const auto [entry, isNew] = known_.try_emplace(path);
+        if (!isNew) return entry->second;
+        const std::vector<std::string> folders{base::textOf(path.parent_path())};
+        for (const std::string& name : namesIn(path)) {
+            if (isElsewhere(name)) continue;
+            if (const fs::path next = find(name, folders); !next.empty())
+                entry->second.insert(wholePath(next));
+        }
+        return entry->second;
+    }
+
+    std::map<fs::path, std::set<fs::path>> known_;
+};
 
 void judgeReferences(Gathered& all, const std::vector<std::string>& folders) {
+    FileReferences references;
     for (const KeptReference& reference : all.references) {
         const std::string name = withoutNode(reference.file);
         if (isAbsolute(name)) all.found(Rule::PATH_ABSOLUTE, reference.node, name);
@@ -119,7 +133,7 @@ void judgeReferences(Gathered& all, const std::vector<std::string>& folders) {
         if (database.node == kNone) continue;
         const std::string home = all.source.fileOf(all.nodes[database.node].place);
         if (home.empty()) continue;
-        if (leadsTo(wholePath(path), wholePath(base::pathFrom(home))))
+        if (references.leadsTo(wholePath(path), wholePath(base::pathFrom(home))))
             all.found(Rule::XREF_CYCLE, reference.node, name);
     }
 }

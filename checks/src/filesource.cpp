@@ -47,10 +47,7 @@ public:
     }
 
     bool next(Node& node) {
-        while (isHere_ && !isNode()) {
-            takeOutside();
-            advance();
-        }
+        while (isHere_ && !isNode()) advance();  // what stands before any node
         if (!isHere_) return false;
         startNode(node);
         // Levels opened from here on, at this depth, are the node's own.
@@ -125,7 +122,6 @@ private:
         pool_.clear();
         transform_.reset();
         listOpcode_ = 0;
-        hasList_ = false;
         if (isSurfaceOrLight(kind_)) polygons_.hasNormals = polygons_.hasTexture = true;
     }
 
@@ -143,9 +139,6 @@ private:
             return nullptr;
         }
     }
-
-    /// A record that stands before any node.
-    void takeOutside() {}
 
     void takeRecord() {
         const std::uint16_t opcode = reader_.opcode();
@@ -188,7 +181,6 @@ private:
     void takeList(std::uint16_t opcode) {
         const FltVertexOffsets offsets(reader_.body());
         const std::size_t step = FltVertexOffsets::perCorner(opcode);
-        hasList_ = true;
         for (std::size_t i = 0; i + step <= offsets.size(); ++i) {
             const std::size_t place = palette_ + offsets[i];
             const FltRecordView vertex = FltRecordView::at(bytes_.first(paletteEnd_), place);
@@ -299,7 +291,6 @@ private:
     bool isWhole_ = true;  ///< the pool has all its vertices
     std::optional<Transform> transform_;
     std::uint16_t listOpcode_ = 0;  ///< of the vertex list that a continuation goes on with
-    bool hasList_ = false;
 
     std::size_t palette_ = 0;
     std::size_t paletteEnd_ = 0;

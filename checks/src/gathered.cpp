@@ -40,17 +40,6 @@ bool Transform::isFinite() const noexcept {
     return true;
 }
 
-std::string revisionText(std::uint32_t revision) {
-    char text[32];
-    const unsigned tenth = revision / 10 % 10, hundredth = revision % 10;
-    if (hundredth == 0) {
-        std::snprintf(text, sizeof text, "%u.%u", revision / 100, tenth);
-    } else {
-        std::snprintf(text, sizeof text, "%u.%u%u", revision / 100, tenth, hundredth);
-    }
-    return text;
-}
-
 std::string Gathered::textOf(double value) {
     char text[32];
     std::snprintf(text, sizeof text, "%.6g", value);

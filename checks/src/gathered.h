@@ -4,6 +4,7 @@
 #include <checks/report.h>
 #include <checks/source.h>
 #include <quillon/fltheader.h>
+#include <quillon/fltopcode.h>
 
 #include <cstdint>
 #include <limits>
@@ -79,6 +80,8 @@ struct Bead {
     bool isFar = false;
 };
 
+inline constexpr std::int16_t kTopLayer = 0x7FFF;
+
 struct KeptPolygon {
     std::uint32_t first = 0;  ///< of its corners
     std::uint32_t node = 0;
@@ -123,7 +126,7 @@ struct PaletteEntry {
 
 /// An index into a palette that was not there when it was met.
 struct OpenIndex {
-    std::uint32_t node;
+    std::uint32_t node;  ///< `kNone` when it may be missing
     Palette palette;
     std::int32_t index;
 };
@@ -143,7 +146,22 @@ struct Database {
     std::map<std::int16_t, std::uint32_t> definitions;  ///< of instances: the nodes
     std::vector<std::pair<std::int16_t, std::uint32_t>> references;
     std::map<const char*, std::int32_t> greatest;  ///< number in an ID, by the prefix of its kind
+
+    std::map<std::int32_t, PaletteEntry>& entriesOf(Palette palette) {
+        return palettes[static_cast<std::size_t>(palette)];
+    }
+    /// Marks an entry as used; false when it is not there, or not yet.
+    bool use(Palette palette, std::int32_t index) {
+        const auto found = entriesOf(palette).find(index);
+        if (found == entriesOf(palette).end()) return false;
+        found->second.isUsed = true;
+        return true;
+    }
 };
+
+inline bool isSurface(std::uint16_t kind) noexcept {
+    return kind == kFltFace || kind == kFltMesh;
+}
 
 struct NameEntry {
     std::uint64_t hash;
@@ -213,9 +231,6 @@ private:
     /// Counts a finding; null when it is not kept.
     Finding* add(Rule rule, std::uint32_t node);
 };
-
-/// "15.8" for 1580.
-std::string revisionText(std::uint32_t revision);
 
 // The rules, by what they look at. `node` is the number of a node that has just been walked.
 

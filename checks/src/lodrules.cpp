@@ -129,14 +129,11 @@ void judgeSwitch(Gathered& all, const KeptSwitch& kept) {
     for (std::size_t i = 0; i < kept.words.size(); ++i) shown[i % perMask] |= kept.words[i];
     bool stray = false;
     for (std::uint32_t word = 0; word < perMask; ++word) {
-        const std::uint64_t first = std::uint64_t{word} * kBits;
-        const std::uint64_t inUse =
-            children > first ? std::min<std::uint64_t>(kBits, children - first) : 0;
-        const std::uint32_t used = inUse == kBits ? 0xFFFFFFFF : (std::uint32_t{1} << inUse) - 1;
+        const std::uint32_t used = FltSwitch::bitsInUse(children, word);
         stray = stray || (shown[word] & ~used) != 0;
-        for (std::uint32_t bit = 0; bit < inUse; ++bit)
-            if ((shown[word] >> bit & 1) == 0)
-                all.found(Rule::SWITCH_NEVER, kept.node, first + bit + 1);
+        for (std::uint32_t never = used & ~shown[word]; never != 0; never &= never - 1)
+            all.found(Rule::SWITCH_NEVER, kept.node,
+                      word * kBits + static_cast<std::uint32_t>(std::countr_zero(never)) + 1);
     }
     // What masks have no bit for they do not show.
     for (std::uint64_t child = bits; child < children; ++child)

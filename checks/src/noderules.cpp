@@ -88,41 +88,17 @@ void judgeHeader(Gathered& all, std::uint32_t number, const FltHeader& header) {
 // ---------------------------------------------------------------- switch, degree of freedom
 
 void judgeDof(Gathered& all, std::uint32_t number, const FltDof& dof) {
-    struct Motion {
-        const char* name;
-        std::uint32_t limited;
-        double FltDof::*least;
-        double FltDof::*greatest;
-        double FltDof::*current;
-    };
-    static constexpr Motion kMotions[] = {
-        {"x", 0x80000000, &FltDof::xTranslationMin, &FltDof::xTranslationMax,
-         &FltDof::xTranslationCurrent},
-        {"y", 0x40000000, &FltDof::yTranslationMin, &FltDof::yTranslationMax,
-         &FltDof::yTranslationCurrent},
-        {"z", 0x20000000, &FltDof::zTranslationMin, &FltDof::zTranslationMax,
-         &FltDof::zTranslationCurrent},
-        {"pitch", 0x10000000, &FltDof::pitchMin, &FltDof::pitchMax, &FltDof::pitchCurrent},
-        {"roll", 0x08000000, &FltDof::rollMin, &FltDof::rollMax, &FltDof::rollCurrent},
-        {"yaw", 0x04000000, &FltDof::yawMin, &FltDof::yawMax, &FltDof::yawCurrent},
-        {"x scale", 0x02000000, &FltDof::xScaleMin, &FltDof::xScaleMax, &FltDof::xScaleCurrent},
-        {"y scale", 0x01000000, &FltDof::yScaleMin, &FltDof::yScaleMax, &FltDof::yScaleCurrent},
-        {"z scale", 0x00800000, &FltDof::zScaleMin, &FltDof::zScaleMax, &FltDof::zScaleCurrent},
-    };
-    for (std::size_t i = 0; i < std::size(kMotions); ++i) {
-        const Motion& motion = kMotions[i];
+    for (const FltDofMotion& motion : kFltDofMotions) {
         const double least = dof.*motion.least, greatest = dof.*motion.greatest,
                      current = dof.*motion.current;
-        const bool isScale = i >= 6;
-        if (isScale && current == 0) all.found(Rule::DOF_SCALE_ZERO, number, motion.name);
-        if ((static_cast<std::uint32_t>(dof.flags) & motion.limited) == 0 ||
+        if (motion.isScale && current == 0) all.found(Rule::DOF_SCALE_ZERO, number, motion.name);
+        if (!motion.isLimited(dof) ||
             !all.canJudge(Rule::DOF_LIMITS, number, {least, greatest, current}))
             continue;
         if (least > greatest) {
             all.found(Rule::DOF_LIMITS, number, motion.name, least, greatest);
         } else if (current < least || current > greatest) {
-            all.found(Rule::DOF_CURRENT, number, motion.name, current,
-                      Gathered::textOf(least) + " - " + Gathered::textOf(greatest));
+            all.found(Rule::DOF_CURRENT, number, motion.name, current, least, greatest);
         }
     }
     const FltPoint3d x = dof.pointOnXAxis - dof.origin, xy = dof.pointInXyPlane - dof.origin;
@@ -161,15 +137,9 @@ void keepLod(Gathered& all, std::uint32_t number, const FltLod& lod) {
 // ---------------------------------------------------------------- surfaces and lights
 
 void useIndex(Gathered& all, std::uint32_t number, Palette palette, std::int32_t index) {
-    if (index < 0) return;
     Database& database = all.databaseOf(number);
-    auto& entries = database.palettes[static_cast<std::size_t>(palette)];
-    const auto found = entries.find(index);
-    if (found != entries.end()) {
-        found->second.isUsed = true;
-    } else {
+    if (index >= 0 && !database.use(palette, index))
         database.openIndices.push_back({number, palette, index});
-    }
 }
 
 void judgeSurface(Gathered& all, std::uint32_t number, const FltPolygonRec& surface,
@@ -199,9 +169,7 @@ void judgeSurface(Gathered& all, std::uint32_t number, const FltPolygonRec& surf
 
 constexpr std::int32_t kOmnidirectional = 0, kBidirectional = 2;
 
-/// What a light point and an entry of the appearance palette have in common.
-template <typename Look>
-void judgeLook(Gathered& all, std::uint32_t number, const Look& look) {
+void judgeLook(Gathered& all, std::uint32_t number, const FltLightPoint& look) {
     if (!all.canJudge(Rule::LP_DARK, number,
                       {look.intensity, look.backIntensity, look.minPixelSize, look.maxPixelSize,
                        look.horizontalLobeAngle, look.verticalLobeAngle}))
@@ -227,13 +195,8 @@ void judgeLightPoint(Gathered& all, std::uint32_t number, const FltLightPoint& l
 
 void useLightIndex(Gathered& all, std::uint32_t number, const FltIndexedLightPoint& light) {
     const auto use = [&](Palette palette, std::int32_t index) {
-        auto& entries = all.databaseOf(number).palettes[static_cast<std::size_t>(palette)];
-        const auto found = entries.find(index);
-        if (found != entries.end()) {
-            found->second.isUsed = true;
-        } else {
+        if (!all.databaseOf(number).use(palette, index))
             all.found(Rule::LP_INDEX, number, nameOf(palette), index);
-        }
     };
     use(Palette::kAppearance, light.appearanceIndex);
     if (light.animationIndex >= 0) use(Palette::kAnimation, light.animationIndex);
@@ -306,10 +269,6 @@ void judgeName(Gathered& all, std::uint32_t number, std::string_view name) {
 }
 
 // ---------------------------------------------------------------- hierarchy
-
-bool isSurface(std::uint16_t kind) noexcept {
-    return kind == kFltFace || kind == kFltMesh;
-}
 
 /// Nodes that gather others.
 bool gathers(std::uint16_t kind) noexcept {

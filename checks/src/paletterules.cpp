@@ -17,13 +17,11 @@ namespace checks {
 
 namespace {
 
-void add(Gathered& all, std::uint32_t number, Palette palette, std::int32_t index,
+void add(Database& database, std::uint32_t number, Palette palette, std::int32_t index,
          std::string_view name, bool isInvisible = false) {
-    auto& entries = all.databaseOf(number).palettes[static_cast<std::size_t>(palette)];
     // Of several entries with one index the first is the one that counts.
-    const auto [entry, isNew] = entries.try_emplace(index);
-    if (!isNew) return;
-    entry->second = {number, std::string(name), false, isInvisible};
+    const auto [entry, isNew] = database.entriesOf(palette).try_emplace(index);
+    if (isNew) entry->second = {number, std::string(name), false, isInvisible};
 }
 
 /// Reads the record, as far as `last`, one of its fields; false when it ends before that.
@@ -37,80 +35,70 @@ bool read(Record& record, const FltRecordView& view, std::uint32_t revision,
 
 void useLayers(Gathered& all, std::uint32_t number, const FltMultiTexture& record) {
     Database& database = all.databaseOf(number);
-    auto& textures = database.palettes[static_cast<std::size_t>(Palette::kTexture)];
-    auto& mappings = database.palettes[static_cast<std::size_t>(Palette::kMapping)];
     constexpr std::uint16_t kNoIndex = 0xFFFF;
     for (const FltTextureLayer& layer : record.layers) {
-        if (const auto found = mappings.find(layer.mappingIndex); found != mappings.end())
-            found->second.isUsed = true;
-        if (layer.textureIndex == kNoIndex) continue;
-        if (const auto found = textures.find(layer.textureIndex); found != textures.end()) {
-            found->second.isUsed = true;
-        } else {
+        database.use(Palette::kMapping, layer.mappingIndex);
+        if (layer.textureIndex != kNoIndex && !database.use(Palette::kTexture, layer.textureIndex))
             all.foundDetail(Rule::INDEX_RANGE, number, layer.textureIndex, "texture of a layer",
                             std::int32_t{layer.textureIndex});
-        }
     }
 }
 
 void take(Gathered& all, std::uint32_t number, const FltRecordView& view, std::uint32_t revision) {
+    Database& database = all.databaseOf(number);
+    // Enters the entry of a palette that the record is, unless it ends before `last`.
+    const auto enter = [&](Palette palette, auto record, const auto last, const auto index,
+                           const auto name) {
+        if (read(record, view, revision, last))
+            add(database, number, palette, record.*index, fltText(record.*name));
+        return record;
+    };
     switch (view.opcode()) {
-        case kFltTexture: {
-            FltTexture record;
-            if (read(record, view, revision, &FltTexture::index))
-                add(all, number, Palette::kTexture, record.index, fltText(record.fileName));
+        case kFltTexture:
+            enter(Palette::kTexture, FltTexture(), &FltTexture::index, &FltTexture::index,
+                  &FltTexture::fileName);
             return;
-        }
         case kFltMaterial: {
             FltMaterial record;
-            if (!read(record, view, revision, &FltMaterial::alpha)) return;
-            add(all, number, Palette::kMaterial, record.index, fltText(record.name),
-                record.alpha <= 0);
+            if (read(record, view, revision, &FltMaterial::alpha))
+                add(database, number, Palette::kMaterial, record.index, fltText(record.name),
+                    record.alpha <= 0);
             return;
         }
         case kFltMaterialTable: {
             FltMaterialTable record;
             record.readBytes(view.bytes(), revision);
             for (std::size_t i = 0; i < record.materials.size(); ++i) {
-                const FltTableMaterial& material = record.materials[i];
-                add(all, number, Palette::kMaterial, static_cast<std::int32_t>(i),
-                    fltText(material.name), false);
+                const auto index = static_cast<std::int32_t>(i);
+                add(database, number, Palette::kMaterial, index, fltText(record.materials[i].name));
                 // The table has its places whether they are used or not.
-                all.databaseOf(number)
-                    .palettes[static_cast<std::size_t>(Palette::kMaterial)]
-                             [static_cast<std::int32_t>(i)]
-                    .isUsed = true;
+                database.use(Palette::kMaterial, index);
             }
             return;
         }
-        case kFltLightSourcePalette: {
-            FltLightSourcePalette record;
-            if (read(record, view, revision, &FltLightSourcePalette::name))
-                add(all, number, Palette::kLightSource, record.paletteIndex, fltText(record.name));
+        case kFltLightSourcePalette:
+            enter(Palette::kLightSource, FltLightSourcePalette(), &FltLightSourcePalette::name,
+                  &FltLightSourcePalette::paletteIndex, &FltLightSourcePalette::name);
             return;
-        }
-        case kFltTextureMappingPalette: {
-            FltTextureMapping record;
-            if (read(record, view, revision, &FltTextureMapping::name))
-                add(all, number, Palette::kMapping, record.index, fltText(record.name));
+        case kFltTextureMappingPalette:
+            enter(Palette::kMapping, FltTextureMapping(), &FltTextureMapping::name,
+                  &FltTextureMapping::index, &FltTextureMapping::name);
             return;
-        }
         case kFltLightPointAppearance: {
-            FltLightPointAppearance record;
-            if (!read(record, view, revision, &FltLightPointAppearance::index)) return;
-            add(all, number, Palette::kAppearance, record.index, fltText(record.name));
-            auto& textures =
-                all.databaseOf(number).palettes[static_cast<std::size_t>(Palette::kTexture)];
-            if (const auto found = textures.find(record.textureIndex); found != textures.end())
-                found->second.isUsed = true;
+            const std::int32_t texture =
+                enter(Palette::kAppearance, FltLightPointAppearance(),
+                      &FltLightPointAppearance::index, &FltLightPointAppearance::index,
+                      &FltLightPointAppearance::name)
+                    .textureIndex;
+            // The palette of textures may stand behind.
+            if (!database.use(Palette::kTexture, texture))
+                database.openIndices.push_back({kNone, Palette::kTexture, texture});
             return;
         }
-        case kFltLightPointAnimation: {
-            FltLightPointAnimation record;
-            if (read(record, view, revision, &FltLightPointAnimation::index))
-                add(all, number, Palette::kAnimation, record.index, fltText(record.name));
+        case kFltLightPointAnimation:
+            enter(Palette::kAnimation, FltLightPointAnimation(), &FltLightPointAnimation::index,
+                  &FltLightPointAnimation::index, &FltLightPointAnimation::name);
             return;
-        }
         case kFltMultiTexture: {
             FltMultiTexture record;
             record.readBytes(view.bytes(), revision);
@@ -120,7 +108,7 @@ void take(Gathered& all, std::uint32_t number, const FltRecordView& view, std::u
             // Materials of 16.x and shaders name textures too.
             if (view.opcode() >= kFltShaderPalette &&
                 view.opcode() <= kFltExtendedMaterialReflectionMap)
-                all.databaseOf(number).usesUnknown = true;
+                database.usesUnknown = true;
             return;
     }
 }
@@ -130,8 +118,8 @@ void judgeAge(Gathered& all, std::uint32_t number, std::uint16_t opcode) {
     if (!all.target.revision) return;
     const FltNewerRecord* const newer = fltNewerRecord(opcode);
     if (newer != nullptr && newer->revision > *all.target.revision)
-        all.found(Rule::RECORD_TOO_NEW, number, fltRecordName(opcode), revisionText(newer->revision),
-                  revisionText(*all.target.revision));
+        all.found(Rule::RECORD_TOO_NEW, number, fltRecordName(opcode),
+                  revisionText(newer->revision), revisionText(*all.target.revision));
 }
 
 }  // namespace

@@ -6,11 +6,11 @@
 namespace checks {
 
 std::string Finding::text(base::Language language) const {
-    std::string filled = sentenceOf(rule, language);
-    // A sentence has at most three places.
-    std::array<std::string_view, 3> filling;
+    // A sentence has at most four places.
+    std::array<std::string_view, 4> filling;
     for (std::size_t i = 0; i < filling.size() && i < values.size(); ++i) filling[i] = values[i];
-    return base::fillText(filled, {filling[0], filling[1], filling[2]});
+    return base::fillText(sentenceOf(rule, language),
+                          {filling[0], filling[1], filling[2], filling[3]});
 }
 
 std::uint64_t Report::countOf(Severity severity, const Target& checked) const noexcept {

@@ -54,17 +54,11 @@ Target tiledTarget() {
     return target;
 }
 
-std::string revisionName(std::uint32_t revision) {
-    std::string name = std::to_string(revision / 100) + '.' + std::to_string(revision / 10 % 10);
-    if (revision % 10 != 0) name += std::to_string(revision % 10);
-    return name;
-}
-
 std::optional<Target> builtIn(std::string_view name) {
     if (name == "general") return Target();
     if (name == kTiled) return tiledTarget();
     for (const std::uint32_t revision : kRevisions) {
-        if (name != revisionName(revision)) continue;
+        if (name != revisionText(revision)) continue;
         Target target;
         target.name = name;
         target.revision = revision;
@@ -72,6 +66,19 @@ std::optional<Target> builtIn(std::string_view name) {
     }
     return std::nullopt;
 }
+
+/// Notes where a text stops being JSON, or holds a number that is too large for one.
+class JsonMaker : public nlohmann::detail::json_sax_dom_parser<Json> {
+public:
+    explicit JsonMaker(Json& made) : json_sax_dom_parser(made, false) {}
+
+    bool parse_error(std::size_t byte, const std::string&, const Json::exception&) {
+        errorByte = byte;
+        return false;
+    }
+
+    std::size_t errorByte = 0;  ///< counted from 1 on
+};
 
 /// Reads the members of a target, and complains about one with the line on which it stands.
 class Reader {
@@ -93,12 +100,13 @@ public:
 
 private:
     Json parse() {
-        try {
-            return Json::parse(text_);
-        } catch (const Json::parse_error& error) {
-            const std::size_t byte = std::min<std::size_t>(error.byte, text_.size());
+        Json made;
+        JsonMaker maker(made);
+        if (!Json::sax_parse(text_, &maker)) {
+            const std::size_t byte = std::min(maker.errorByte, text_.size());
             complain(lineAt(byte == 0 ? 0 : byte - 1), "this is no JSON");
         }
+        return made;
     }
 
     void take(Target& target, const std::string& key, const Json& value) {
@@ -164,12 +172,21 @@ private:
     std::size_t lineAt(std::size_t byte) const {
         return 1 + static_cast<std::size_t>(std::ranges::count(text_.substr(0, byte), '\n'));
     }
+    /// Of the first member of that name.
+    std::size_t lineOf(const std::string& key) const {
+        const std::string quoted = Json(key).dump();
+        for (std::size_t at = text_.find(quoted); at != std::string_view::npos;
+             at = text_.find(quoted, at + 1)) {
+            const std::size_t behind = text_.find_first_not_of(" \t\r\n", at + quoted.size());
+            if (behind != std::string_view::npos && text_[behind] == ':') return lineAt(at);
+        }
+        return 1;
+    }
     [[noreturn]] void complain(std::size_t line, const std::string& what) const {
         throw TargetError(file_ + ", line " + std::to_string(line) + ": " + what);
     }
     [[noreturn]] void complain(const std::string& key, const std::string& what) const {
-        const std::size_t at = text_.find(Json(key).dump());
-        complain(lineAt(at == std::string_view::npos ? 0 : at), "\"" + key + "\" " + what);
+        complain(lineOf(key), "\"" + key + "\" " + what);
     }
 
     std::string_view text_;
@@ -177,6 +194,12 @@ private:
 };
 
 }  // namespace
+
+std::string revisionText(std::uint32_t revision) {
+    std::string text = std::to_string(revision / 100) + '.' + std::to_string(revision / 10 % 10);
+    if (revision % 10 != 0) text += std::to_string(revision % 10);
+    return text;
+}
 
 Target::Target() {
     severities.fill(Severity::kOff);
@@ -186,7 +209,7 @@ Target::Target() {
 
 std::vector<std::string> targetNames() {
     std::vector<std::string> names{"general", std::string(kTiled)};
-    for (const std::uint32_t revision : kRevisions) names.push_back(revisionName(revision));
+    for (const std::uint32_t revision : kRevisions) names.push_back(revisionText(revision));
     return names;
 }
 

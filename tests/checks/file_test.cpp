@@ -15,6 +15,7 @@
 #include <quillon/fltmaterial.h>
 #include <quillon/fltrecordbytes.h>
 #include <quillon/flttext.h>
+#include <quillon/flttexture.h>
 
 namespace {
 
@@ -120,6 +121,17 @@ TEST(FileCheck, LooksForThePaletteEntriesOfIndexedLightPoints) {
     }
     EXPECT_EQ(listOf(checkFile(clean)), "");
     EXPECT_EQ(checkFile(faulty).countOf(Rule::LP_INDEX), 1U);
+}
+
+TEST(FileCheck, TakesATextureForUsedThatAnEntryBeforeItNames) {
+    FltLightPointAppearance entry;
+    entry.textureIndex = 7;
+    FltTexture texture;
+    texture.index = 7;
+    File file;
+    file.add(entry).add(texture);
+    EXPECT_EQ(listOf(checkFile(file)),
+              "PALETTE_UNUSED field: nothing uses appearance 0 of the palette\n");
 }
 
 TEST(FileCheck, TakesWhatMaterialsOf16MayUseForUsed) {

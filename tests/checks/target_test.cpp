@@ -40,6 +40,9 @@ TEST(Target, TakesWhatTheFileSays) {
 TEST(Target, RefusesABrokenFileWithItsLine) {
     EXPECT_EQ(refusalOf("{\n\"name\": \"a\",\n}"), "ours.json, line 3: this is no JSON");
     EXPECT_EQ(refusalOf(""), "ours.json, line 1: this is no JSON");
+    EXPECT_EQ(refusalOf("{\n\"findings\": 1e999}"), "ours.json, line 2: this is no JSON");
+    EXPECT_EQ(refusalOf("{\"name\": \"units\",\n\"units\": 0}"),
+              "ours.json, line 2: \"units\" must be a text");
     EXPECT_EQ(refusalOf("[]"), "ours.json, line 1: a target must be an object");
     EXPECT_EQ(refusalOf("{\n\"rules\": {\n\"NO_RULE\": \"off\"}}"),
               "ours.json, line 3: \"NO_RULE\" is no rule");

@@ -44,6 +44,9 @@ struct Target {
     }
 };
 
+/// "15.8" for 1580.
+std::string revisionText(std::uint32_t revision);
+
 /// The names of the built-in targets.
 std::vector<std::string> targetNames();
 

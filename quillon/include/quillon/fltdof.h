@@ -67,3 +67,32 @@ public:
 
     std::int32_t flags = 0;
 };
+
+/// One of the nine motions of a degree of freedom.
+struct FltDofMotion {
+    const char* name;
+    std::uint32_t limited;  ///< the bit of `flags` that says that the limits count
+    double FltDof::*least;
+    double FltDof::*greatest;
+    double FltDof::*current;
+    bool isScale = false;
+
+    bool isLimited(const FltDof& dof) const noexcept {
+        return (static_cast<std::uint32_t>(dof.flags) & limited) != 0;
+    }
+};
+
+inline constexpr FltDofMotion kFltDofMotions[] = {
+    {"x", 0x80000000, &FltDof::xTranslationMin, &FltDof::xTranslationMax,
+     &FltDof::xTranslationCurrent},
+    {"y", 0x40000000, &FltDof::yTranslationMin, &FltDof::yTranslationMax,
+     &FltDof::yTranslationCurrent},
+    {"z", 0x20000000, &FltDof::zTranslationMin, &FltDof::zTranslationMax,
+     &FltDof::zTranslationCurrent},
+    {"pitch", 0x10000000, &FltDof::pitchMin, &FltDof::pitchMax, &FltDof::pitchCurrent},
+    {"roll", 0x08000000, &FltDof::rollMin, &FltDof::rollMax, &FltDof::rollCurrent},
+    {"yaw", 0x04000000, &FltDof::yawMin, &FltDof::yawMax, &FltDof::yawCurrent},
+    {"x scale", 0x02000000, &FltDof::xScaleMin, &FltDof::xScaleMax, &FltDof::xScaleCurrent, true},
+    {"y scale", 0x01000000, &FltDof::yScaleMin, &FltDof::yScaleMax, &FltDof::yScaleCurrent, true},
+    {"z scale", 0x00800000, &FltDof::zScaleMin, &FltDof::zScaleMax, &FltDof::zScaleCurrent, true},
+};

@@ -36,6 +36,14 @@ public:
     /// Children in a word of a mask.
     static constexpr std::int32_t kMaskBitsPerWord = 32;
 
+    /// The bits that the first `children` children have in a word of each mask.
+    static constexpr std::uint32_t bitsInUse(std::uint32_t children, std::uint32_t word) noexcept {
+        const std::uint64_t first = std::uint64_t{word} * kMaskBitsPerWord;
+        if (children <= first) return 0;
+        const std::uint64_t bits = children - first;
+        return bits < kMaskBitsPerWord ? (std::uint32_t{1} << bits) - 1 : 0xFFFFFFFF;
+    }
+
     /// Whole masks in the word list; 0 when there are no words per mask.
     std::int32_t maskCount() const noexcept {
         return wordsPerMask > 0 ? maskWords.count() / wordsPerMask : 0;
