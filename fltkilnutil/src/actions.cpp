@@ -1,5 +1,7 @@
 #include <fltkilnutil/actions.h>
-#include <kiln/hosttexts.h>
+
+#include <base/texttable.h>
+#include <kiln/language.h>
 
 namespace fltkilnutil {
 
@@ -14,7 +16,8 @@ constexpr base::TextRow kNames[] = {
 }  // namespace
 
 std::string nameOf(Action action) {
-    return kiln::hostText(kNames, action);
+    return base::tableText(kNames, static_cast<unsigned>(action),
+                           static_cast<base::Language>(GetLanguage()));
 }
 
 }  // namespace fltkilnutil

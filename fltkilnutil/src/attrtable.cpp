@@ -1,7 +1,7 @@
 #include "attrtable.h"
 
 #include <diagnostics/log.h>
-#include <kiln/hosttexts.h>
+#include <kiln/language.h>
 
 namespace fltkilnutil {
 
@@ -37,7 +37,7 @@ constinit FltAttrEnum yesNoTable[3] = {{0, "No"}, {1, "Yes"}, {0, nullptr}};
 AttrTable* AttrTable::instance() noexcept {
     try {
         static const std::unique_ptr<AttrTable> table = buildTable();
-        if (table) table->captions_.show(kiln::hostLanguage());
+        if (table) table->captions_.show(static_cast<base::Language>(GetLanguage()));
         return table.get();
     } catch (...) {
         return nullptr;

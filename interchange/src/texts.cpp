@@ -1,6 +1,8 @@
 #include "texts.h"
 
-#include <kiln/hosttexts.h>
+#include <base/texts.h>
+#include <base/texttable.h>
+#include <kiln/language.h>
 
 namespace interchange {
 
@@ -15,7 +17,8 @@ constexpr base::TextRow kTexts[] = {
 }  // namespace
 
 std::string text(TextId id, std::initializer_list<std::string_view> values) {
-    return kiln::hostText(kTexts, id, values);
+    const auto language = static_cast<base::Language>(GetLanguage());
+    return base::fillText(base::tableText(kTexts, static_cast<unsigned>(id), language), values);
 }
 
 std::string counted(std::size_t count, TextId one) {

@@ -99,7 +99,7 @@ Value runScript(Engine::State& state, std::string_view text, const std::string& 
 Value Engine::run(std::string_view text, const std::string& file) {
     if (state_->running > 0) throw Error(file, {}, textOf(TextId::kScriptRuns));
     state_->steps = 0;
-    state_->stack = stackTop();
+    state_->stack = static_cast<const char*>(__builtin_frame_address(0));
     const ScriptSteps::Whole whole(state_->script, file.substr(file.find_last_of("/\\") + 1));
     return runScript(*state_, text, file);
 }

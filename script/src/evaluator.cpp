@@ -16,13 +16,13 @@
 
 namespace script {
 
-const char* stackTop() noexcept {
-    return static_cast<const char*>(__builtin_frame_address(0));
-}
-
 namespace {
 
 constexpr std::uint64_t kStepsBetweenStops = 256;
+
+const char* stackTop() {
+    return static_cast<const char*>(__builtin_frame_address(0));
+}
 
 std::string indicated(const Function& function) {
     std::string text = function.name;

@@ -30,11 +30,6 @@ struct Engine::State {
     const char* stack = nullptr;  // where the outermost began
 };
 
-/// How far the stack reaches. Never inline: an exception that passes through a function which asks
-/// for its own frame loses the caller's vector registers, whose places GCC tells Windows wrongly
-/// there.
-[[gnu::noinline]] const char* stackTop() noexcept;
-
 /// Runs a script, which may be one that another one runs. Throws `Error`.
 Value runScript(Engine::State& state, std::string_view text, const std::string& file);
 

@@ -1,5 +1,9 @@
 #include "texts.h"
 
+#include <base/texts.h>
+#include <base/texttable.h>
+#include <kiln/language.h>
+
 namespace script {
 
 namespace {
@@ -10,10 +14,19 @@ constexpr base::TextRow kTexts[] = {
 #undef TEXT_ROW
 };
 
+base::Language language() noexcept {
+    return static_cast<base::Language>(GetLanguage());
+}
+
 }  // namespace
 
 std::string textOf(TextId which, std::initializer_list<std::string_view> values) {
-    return kiln::hostText(kTexts, which, values);
+    return base::fillText(base::tableText(kTexts, static_cast<unsigned>(which), language()),
+                          values);
+}
+
+std::string quotedText(std::string_view text) {
+    return base::quotedText(text, language());
 }
 
 }  // namespace script

@@ -2,8 +2,6 @@
 // says of scripts themselves is English, as their language is.
 #pragma once
 
-#include <kiln/hosttexts.h>
-
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -19,6 +17,7 @@ enum class TextId : unsigned {
 /// The text in UTF-8, with `values` in the places that it has for them.
 std::string textOf(TextId which, std::initializer_list<std::string_view> values = {});
 
-using kiln::quotedText;
+/// A name or value between the quotation marks of the language.
+std::string quotedText(std::string_view text);
 
 }  // namespace script

@@ -2,6 +2,7 @@
 // mend: it removes what was found, and adds nothing.
 #include "checkscene.h"
 
+#include <fltkilnutil/actions.h>
 #include <gtest/gtest.h>
 #include <quillon/fltdof.h>
 #include <quillon/fltinstance.h>
@@ -595,6 +596,25 @@ const Case kCases[] = {
          addLight(s, light());
      },
      false, "Lights"},
+    {Rule::BUDGET,
+     [](CheckScene& s, bool faulty, Target& target) {
+         target.limits.lightSources = faulty ? 1 : 2;
+         for (int i = 0; i < 2; ++i) s.add(s.database, FltLightSource());
+     },
+     false, "LightSources"},
+    {Rule::BUDGET,
+     [](CheckScene& s, bool faulty, Target& target) {
+         // Two textures of 3 MB, and one of 4 bytes.
+         target.limits.textureMegabytes = faulty ? 6 : 7;
+         target.severities[static_cast<std::size_t>(Rule::TEX_SIZE)] = Severity::kOff;
+         target.severities[static_cast<std::size_t>(Rule::PALETTE_UNUSED)] = Severity::kOff;
+         writeFile(s.folder.file("a.rgb"), picture(1024, 768));
+         writeFile(s.folder.file("b.rgb"), picture(1, 1));
+         const FltTexture first = texture(0, "a.rgb"), second = texture(1, "a.rgb"),
+                          third = texture(2, "b.rgb");
+         s.keep(s.database, {&first, &second, &third});
+     },
+     false, "Textures"},
     {Rule::NOT_JUDGED,
      [](CheckScene& s, bool faulty, Target&) {
          for (int i = 0; i < 2; ++i) addLod(s, faulty ? kNan : 100, 0, i);
@@ -614,9 +634,14 @@ TEST_P(RuleTest, FindsTheFaultAndNothingElse) {
     GetParam().build(faulty, true, target);
     const checks::Report report = faulty.check(target);
     EXPECT_NE(report.countOf(GetParam().rule), 0U) << listOf(report);
-    for (const Finding& finding : report.findings)
+    for (const Finding& finding : report.findings) {
         EXPECT_TRUE(finding.rule == GetParam().rule || finding.rule == GetParam().also)
             << listOf(report);
+        for (const auto language : {base::Language::kEnglish, base::Language::kChinese}) {
+            const std::string text = finding.text(language);
+            EXPECT_EQ(text.find_first_of("{}"), std::string::npos) << text;
+        }
+    }
 }
 
 TEST_P(RuleTest, MendRemovesTheFindingAndAddsNone) {
@@ -633,12 +658,31 @@ TEST_P(RuleTest, MendRemovesTheFindingAndAddsNone) {
         return;
     }
     EXPECT_NE(checks::infoOf(finding.rule).mend, checks::Mend::kNone);
-    for (const Finding& each : report.findings) checks::mend(scene.host, target, each);
+    kiln::History& history = kiln::Core::get()->history();
+    history.endCommand();
+    history.clear();
+    std::size_t mended = 0;
+    for (const Finding& each : report.findings)
+        if (checks::mend(scene.host, target, each)) ++mended;
     const checks::Report after = scene.check(target);
     EXPECT_EQ(after.countOf(GetParam().rule), 0U) << listOf(after);
     for (const Finding& each : after.findings)
         EXPECT_EQ(each.rule, GetParam().also) << listOf(after);
-    EXPECT_NE(kiln::Core::get()->sceneText(), before);
+    const std::string done = kiln::Core::get()->sceneText();
+    EXPECT_NE(done, before);
+    history.endCommand();
+    const std::size_t steps = history.stepCount();
+    ASSERT_GE(steps, 1U);
+    EXPECT_LE(steps, mended);
+    for (const Finding& each : report.findings) checks::mend(scene.host, target, each);
+    EXPECT_EQ(kiln::Core::get()->sceneText(), done) << "what is mended stays as it is";
+    history.endCommand();
+    EXPECT_EQ(history.stepCount(), steps);
+    EXPECT_EQ(history.stepName(0), fltkilnutil::nameOf(fltkilnutil::Action::kMend));
+    EXPECT_TRUE(history.goTo(0));
+    EXPECT_EQ(kiln::Core::get()->sceneText(), before);
+    EXPECT_TRUE(history.goTo(steps));
+    EXPECT_EQ(kiln::Core::get()->sceneText(), done);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rules, RuleTest, testing::ValuesIn(kCases), [](const auto& test) {
@@ -659,11 +703,85 @@ TEST(Mend, LeavesAStateOfASwitchAlone) {
     CheckScene scene;
     INode* const states = addSwitch(scene, 1, {3});
     INode* const empty = scene.addFace(states, {});
+    // A node that no file has between the two makes no difference.
+    INode* const between = scene.host.CreateObjectNode(new DummyObject, "between");
+    states->AttachChild(between);
+    between->AttachChild(empty);
     const checks::Report report = scene.check();
     ASSERT_EQ(report.countOf(Rule::FACE_CORNERS), 1U) << listOf(report);
     for (const Finding& finding : report.findings)
         EXPECT_TRUE(finding.rule != Rule::FACE_CORNERS || !checks::mend(scene.host, {}, finding));
     EXPECT_TRUE(scene.host.IsNodeInScene(empty));
+}
+
+TEST(Mend, ChangesAMeshThatTheHistoryKeepsButNoneThatIsShownElsewhere) {
+    CheckScene scene;
+    replaceFace(scene, {{0, 0, 0}, {10, 0, 0}, {10, 10, 3}, {0, 10, 0}});
+    scene.edit<FltFace>(scene.face, [](FltFace& face) { face.lightMode = kFltLitFaceColor; });
+    scene.keepPlainCorners(scene.face);
+    const checks::Report report = scene.check();
+    ASSERT_EQ(report.findings.size(), 2U) << listOf(report);
+    kiln::Core::get()->history().endCommand();
+    INode* const other = scene.host.CreateObjectNode(scene.face->GetObjectRef(), "other");
+    const std::string before = kiln::Core::get()->sceneText();
+    for (const Finding& finding : report.findings)
+        EXPECT_FALSE(checks::mend(scene.host, {}, finding));
+    EXPECT_EQ(kiln::Core::get()->sceneText(), before);
+    scene.host.DeleteNode(other);
+    for (const Finding& finding : report.findings)
+        EXPECT_TRUE(checks::mend(scene.host, {}, finding));
+    EXPECT_EQ(listOf(scene.check()), "");
+}
+
+TEST(Mend, LooksForPaletteEntriesInWholeRecordsOnly) {
+    CheckScene scene;
+    writeFile(scene.folder.file("a.rgb"), picture(64, 64));
+    const FltTexture record = texture(0, scene.folder.file("a.rgb"));
+    scene.keep(scene.database, {&record});
+    textured(scene);
+    const checks::Report report = scene.check();
+    ASSERT_EQ(report.countOf(Rule::PATH_ABSOLUTE), 1U) << listOf(report);
+    // Since then something has cut the record short.
+    fltkilnutil::SourceRecordsWriter kept;
+    kept.begin(kFltRevision);
+    FltToken token;
+    record.writeToken(token, kFltRevision);
+    token.finish();
+    kept.record({token.data(), token.length()}, 8);
+    fltkilnutil::storeSourceChunk(*scene.database, fltkilnutil::SourceChunk::records, kept.bytes());
+    EXPECT_FALSE(checks::mend(scene.host, {}, report.findings.front()));
+}
+
+TEST(Rules, TellRingsOfInstancesFromWhatLiesBetweenThem) {
+    CheckScene scene;
+    const auto define = [&](std::int16_t number, std::initializer_list<std::int16_t> uses) {
+        INode* const definition = scene.add(scene.database, instance<FltInstanceDef>(number));
+        for (const std::int16_t used : uses) scene.add(definition, instance<FltInstanceRef>(used));
+    };
+    define(1, {2, 2});
+    define(2, {3, 1});
+    define(3, {4, 7});
+    define(4, {5});
+    define(5, {6, 4});
+    define(6, {6});
+    define(7, {8});
+    define(8, {});
+    std::set<std::string> inRings;
+    for (const Finding& finding : scene.check().findings)
+        if (finding.rule == Rule::INSTANCE_CYCLE) inRings.insert(finding.values.at(0));
+    EXPECT_EQ(inRings, (std::set<std::string>{"1", "2", "4", "5", "6"}));
+}
+
+TEST(Rules, SayOnceOfAGroupOfFacesThatItIsFarAway) {
+    CheckScene scene;
+    header(scene, [](FltHeader& h) { h.vertexCoordinateUnits = 4; });  // feet
+    replaceFace(scene, square(1, 53'000));
+    EXPECT_EQ(listOf(scene.check()), "");
+    for (int i = 0; i < 2; ++i) scene.addFace(scene.object, square(1, 54'000, 2 * i));
+    scene.addFace(scene.add(scene.group, FltObject()), square(1, 54'000, 9));
+    const checks::Report report = scene.check();
+    EXPECT_EQ(report.countOf(Rule::VERTEX_FAR), 2U) << listOf(report);
+    EXPECT_EQ(report.findings.front().node, scene.object->GetName());
 }
 
 TEST(Mend, RefusesANodeThatHasGone) {

@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <map>
 #include <stdexcept>
 #include <vector>
 
@@ -17,13 +16,9 @@ std::wstring windowsPath(std::wstring path) {
     return std::wstring(L"Z:").append(path);
 }
 
-HMODULE loadedOnce(const std::wstring& path) {
-    static std::map<std::wstring, HMODULE> files;
-    HMODULE& file = files[path];
-    if (file == nullptr)
-        file = LoadLibraryExW(windowsPath(path).c_str(), nullptr,
-                              LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE);
-    return file;
+HMODULE loadAsData(const std::wstring& path) {
+    return LoadLibraryExW(path.c_str(), nullptr,
+                          LOAD_LIBRARY_AS_DATAFILE | LOAD_LIBRARY_AS_IMAGE_RESOURCE);
 }
 
 // The bytes of a program file, addressed as they lie in memory when it is loaded.
@@ -125,25 +120,33 @@ std::wstring captionPath() {
 }
 
 HMODULE moduleFile() {
-    return loadedOnce(L"" MODULE_FILE);
+    static const HMODULE file = loadAsData(modulePath());
+    return file;
 }
+
 HMODULE captionFile() {
-    return loadedOnce(L"" CAPTION_FILE);
+    static const HMODULE file = loadAsData(captionPath());
+    return file;
 }
+
 HMODULE interchangeFile() {
-    return loadedOnce(L"" INTERCHANGE_FILE);
+    static const HMODULE file = loadAsData(windowsPath(L"" INTERCHANGE_FILE));
+    return file;
 }
-HMODULE checksFile() {
-    return loadedOnce(L"" CHECKS_FILE);
-}
+
 HMODULE workbenchFile() {
-    return loadedOnce(L"" WORKBENCH_FILE);
+    static const HMODULE file = loadAsData(windowsPath(L"" WORKBENCH_FILE));
+    return file;
 }
+
 HMODULE coreFile() {
-    return loadedOnce(L"" CORE_FILE);
+    static const HMODULE file = loadAsData(windowsPath(L"" CORE_FILE));
+    return file;
 }
+
 HMODULE kilnbatchFile() {
-    return loadedOnce(L"" KILNBATCH_FILE);
+    static const HMODULE file = loadAsData(windowsPath(L"" KILNBATCH_FILE));
+    return file;
 }
 
 std::span<const std::byte> resourceBytes(HMODULE file, const wchar_t* type, const wchar_t* name,

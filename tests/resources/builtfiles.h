@@ -10,7 +10,6 @@
 HMODULE moduleFile();       // Tessera.dlu
 HMODULE captionFile();      // FltKilnUtilRes.dll
 HMODULE interchangeFile();  // FltInterchange.dli
-HMODULE checksFile();       // FltCheck.dlu
 HMODULE workbenchFile();
 HMODULE coreFile();       // kilncore.dll
 HMODULE kilnbatchFile();  // has the texts of the script library

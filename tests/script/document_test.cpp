@@ -126,22 +126,4 @@ TEST_F(DocumentTest, AttributesAreGivenAndTakenAsTheyAreStored) {
     EXPECT_THAT(bad("getAttr $d \"FltLodMin\""), testing::HasSubstr("is no OpenFlight node"));
 }
 
-TEST_F(DocumentTest, ChoicesAreTakenInEitherLanguageAndGivenInThePresentOne) {
-    ASSERT_TRUE(kilnbatch::loadPlugins("").empty());
-    good("Aviary.CreateLightPoint(); $lp001.name = \"p\"");
-    const auto attribute = [this](const std::string& value) {
-        good("setAttr $p \"FltLtPtDisplayMode\" 0");
-        return good("setAttr $p \"FltLtPtDisplayMode\" " + value +
-                    "\n#(getAttr $p \"FltLtPtDisplayMode\", "
-                    "getAttr $p \"FltLtPtDisplayMode\" raw:true)");
-    };
-    for (const WORD language : {KILN_LANGUAGE_CHINESE, KILN_LANGUAGE_ENGLISH}) {
-        const SpokenLanguage spoken(language);
-        const char* const given =
-            language == KILN_LANGUAGE_CHINESE ? "#(\"任一\", 2)" : "#(\"Either\", 2)";
-        for (const char* const value : {"\"任一\"", "\"Either\"", "2"})
-            EXPECT_EQ(attribute(value), given) << value << " in language " << language;
-    }
-}
-
 }  // namespace

@@ -213,7 +213,7 @@ TEST_F(BrowserClientTest, EachEditIsOneStepAndEachRefusalNone) {
     };
     makesStep("下移", [&] { send(BrowserEvent::kMoveDown, "a", "p"); });
     makesStep("上移", [&] { send(BrowserEvent::kMoveUp, "c", "p"); });
-    makesStep("附加", [&] { send(BrowserEvent::kAttach, "a", "b"); });
+    makesStep("改变父节点", [&] { send(BrowserEvent::kAttach, "a", "b"); });
     makesStep("创建", [&] { send(BrowserEvent::kCreate, "b", nullptr, 2, 1580); });
     makesStep("重命名", [&] {
         send(BrowserEvent::kRename, "b", "p", reinterpret_cast<std::uintptr_t>("B"));

@@ -5,6 +5,7 @@
 #include <base/paths.h>
 #include <base/text.h>
 #include <checks/counters.h>
+#include <fltkilnutil/actions.h>
 #include <fltkilnutil/kilnflt.h>
 #include <fltkilnutil/sourcerecords.h>
 #include <kiln/kiln.h>
@@ -56,9 +57,13 @@ bool edit(INode& node, Change&& change) {
            fltGetRecord(&node, record) && change(record) && fltPutRecord(&node, record);
 }
 
-bool isChildOf(INode& node, FltNodeKind parent) {
-    FltNodeKind kind{};
-    return fltGetKind(node.GetParentNode(), false, kind) && kind == parent;
+/// Whether the node's parent is a switch, where nodes that a file does not have are passed over.
+bool isStateOfSwitch(INode& node) {
+    for (INode* above = node.GetParentNode(); above != nullptr; above = above->GetParentNode()) {
+        FltNodeKind kind{};
+        if (fltGetKind(above, true, kind)) return kind == FltNodeKind::Switch;
+    }
+    return false;
 }
 
 // ---------------------------------------------------------------- header and names
@@ -88,7 +93,8 @@ bool mendStorage(const Patient& at) {
 bool mendCounter(const Patient& at) {
     return edit<FltHeader>(at.node, [&](FltHeader& header) {
         const auto counter = counterOf(valueOf(at, 0));
-        if (counter == nullptr || at.finding.detail < 0 || at.finding.detail >= 0x7FFF)
+        if (counter == nullptr || at.finding.detail < header.*counter ||
+            at.finding.detail >= 0x7FFF)
             return false;
         header.*counter = static_cast<std::int16_t>(at.finding.detail + 1);
         return true;
@@ -108,16 +114,19 @@ bool mendLongName(const Patient& at) {
     return fltPutRecord(&at.node, *record);
 }
 
-void rename(const Patient& at, const std::string& name) {
+/// Gives the node that name, or one like it that is free, unless it got another one since the
+/// check.
+bool rename(const Patient& at, const std::string& name) {
+    if (at.node.GetName() != valueOf(at, 0)) return false;
     const std::unique_ptr<NameMaker> maker(at.host.NewNameMaker());
     CStr unique(name.c_str());
     maker->MakeUniqueName(unique);
     at.node.SetName(unique.data());
+    return true;
 }
 
 bool mendDuplicateName(const Patient& at) {
-    rename(at, at.node.GetName());
-    return true;
+    return rename(at, at.node.GetName());
 }
 
 bool mendNameChars(const Patient& at) {
@@ -129,15 +138,14 @@ bool mendNameChars(const Patient& at) {
     }
     const std::size_t first = plain.find_first_not_of(' ');
     if (first == std::string::npos) return false;
-    rename(at, plain.substr(first, plain.find_last_not_of(' ') - first + 1));
-    return true;
+    return rename(at, plain.substr(first, plain.find_last_not_of(' ') - first + 1));
 }
 
 // ---------------------------------------------------------------- hierarchy
 
 /// A node that holds others is not deleted, nor one that is a state of a switch.
 bool mendByDeleting(const Patient& at) {
-    if (at.node.NumberOfChildren() != 0 || isChildOf(at.node, FltNodeKind::Switch)) return false;
+    if (at.node.NumberOfChildren() != 0 || isStateOfSwitch(at.node)) return false;
     at.host.DeleteNode(&at.node);
     return true;
 }
@@ -145,7 +153,7 @@ bool mendByDeleting(const Patient& at) {
 bool mendReversed(const Patient& at) {
     return edit<FltLod>(at.node, [](FltLod& lod) {
         std::swap(lod.switchInDistance, lod.switchOutDistance);
-        return true;
+        return lod.switchInDistance > lod.switchOutDistance;
     });
 }
 
@@ -205,7 +213,7 @@ bool mendCenter(const Patient& at) {
         lod.centerX = box.Center().x;
         lod.centerY = box.Center().y;
         lod.centerZ = box.Center().z;
-        fltPutRecord(sibling, lod);
+        if (!fltPutRecord(sibling, lod)) return false;
     }
     return true;
 }
@@ -252,9 +260,8 @@ bool mendStrayBits(const Patient& at) {
         const auto perMask = static_cast<std::uint32_t>(record.wordsPerMask);
         if (perMask == 0) return false;
         for (std::int32_t i = 0; i < record.maskWords.count(); ++i) {
-            const std::uint32_t first = static_cast<std::uint32_t>(i) % perMask * kBits;
-            const std::uint32_t inUse = children > first ? std::min(children - first, kBits) : 0;
-            if (inUse < kBits) *record.maskWords.at(i) &= (std::uint32_t{1} << inUse) - 1;
+            const std::uint32_t word = static_cast<std::uint32_t>(i) % perMask;
+            *record.maskWords.at(i) &= FltSwitch::bitsInUse(children, word);
         }
         return true;
     });
@@ -274,44 +281,17 @@ bool mendEmptySwitch(const Patient& at) {
     return edit<FltSwitch>(at.node, [&](FltSwitch& record) {
         if (record.maskCount() > 0) return false;
         record.maskWords.clear();
-        const std::uint32_t words = (children + kBits - 1) / kBits;
-        if (words > static_cast<std::uint32_t>(FltSwitch::kMaxWrittenMaskWords)) return false;
-        for (std::uint32_t i = 0; i < words; ++i) {
-            const std::uint32_t inUse = std::min(children - i * kBits, kBits);
-            record.maskWords.append(inUse == kBits ? 0xFFFFFFFF : (std::uint32_t{1} << inUse) - 1);
-        }
-        record.wordsPerMask = static_cast<std::int32_t>(words);
-        record.currentMask = 0;
-        return true;
+        record.setMaskBits(static_cast<std::int32_t>(children));
+        const auto last = static_cast<std::uint32_t>(record.wordsPerMask) - 1;
+        *record.maskWords.at(record.wordsPerMask - 1) = FltSwitch::bitsInUse(children, last);
+        return record.wordsPerMask <= FltSwitch::kMaxWrittenMaskWords;
     });
-}
-
-struct Motion {
-    std::uint32_t limited;
-    double FltDof::*least;
-    double FltDof::*greatest;
-    double FltDof::*current;
-};
-constexpr Motion kMotions[] = {
-    {0x80000000, &FltDof::xTranslationMin, &FltDof::xTranslationMax, &FltDof::xTranslationCurrent},
-    {0x40000000, &FltDof::yTranslationMin, &FltDof::yTranslationMax, &FltDof::yTranslationCurrent},
-    {0x20000000, &FltDof::zTranslationMin, &FltDof::zTranslationMax, &FltDof::zTranslationCurrent},
-    {0x10000000, &FltDof::pitchMin, &FltDof::pitchMax, &FltDof::pitchCurrent},
-    {0x08000000, &FltDof::rollMin, &FltDof::rollMax, &FltDof::rollCurrent},
-    {0x04000000, &FltDof::yawMin, &FltDof::yawMax, &FltDof::yawCurrent},
-    {0x02000000, &FltDof::xScaleMin, &FltDof::xScaleMax, &FltDof::xScaleCurrent},
-    {0x01000000, &FltDof::yScaleMin, &FltDof::yScaleMax, &FltDof::yScaleCurrent},
-    {0x00800000, &FltDof::zScaleMin, &FltDof::zScaleMax, &FltDof::zScaleCurrent},
-};
-
-bool isLimited(const FltDof& dof, const Motion& motion) {
-    return (static_cast<std::uint32_t>(dof.flags) & motion.limited) != 0;
 }
 
 bool mendDofLimits(const Patient& at) {
     return edit<FltDof>(at.node, [](FltDof& dof) {
-        for (const Motion& motion : kMotions) {
-            if (!isLimited(dof, motion) || !(dof.*motion.least > dof.*motion.greatest)) continue;
+        for (const FltDofMotion& motion : kFltDofMotions) {
+            if (!motion.isLimited(dof) || !(dof.*motion.least > dof.*motion.greatest)) continue;
             std::swap(dof.*motion.least, dof.*motion.greatest);
             dof.*motion.current =
                 std::clamp(dof.*motion.current, dof.*motion.least, dof.*motion.greatest);
@@ -322,8 +302,8 @@ bool mendDofLimits(const Patient& at) {
 
 bool mendDofCurrent(const Patient& at) {
     return edit<FltDof>(at.node, [](FltDof& dof) {
-        for (const Motion& motion : kMotions)
-            if (isLimited(dof, motion) && dof.*motion.least <= dof.*motion.greatest)
+        for (const FltDofMotion& motion : kFltDofMotions)
+            if (motion.isLimited(dof) && dof.*motion.least <= dof.*motion.greatest)
                 dof.*motion.current =
                     std::clamp(dof.*motion.current, dof.*motion.least, dof.*motion.greatest);
         return true;
@@ -332,11 +312,11 @@ bool mendDofCurrent(const Patient& at) {
 
 bool mendZeroScale(const Patient& at) {
     return edit<FltDof>(at.node, [](FltDof& dof) {
-        for (const Motion& motion : std::span(kMotions).subspan(6)) {
+        for (const FltDofMotion& motion : kFltDofMotions) {
             double& current = dof.*motion.current;
-            if (current != 0) continue;
+            if (!motion.isScale || current != 0) continue;
             current = 1;
-            if (isLimited(dof, motion) && dof.*motion.least <= dof.*motion.greatest)
+            if (motion.isLimited(dof) && dof.*motion.least <= dof.*motion.greatest)
                 current = std::clamp(current, dof.*motion.least, dof.*motion.greatest);
             if (current == 0) return false;  // its limits allow nothing else
         }
@@ -367,7 +347,7 @@ std::string relativePath(Interface& host, std::string name) {
 }
 
 /// Gives the chunk of what is kept on a node, and the bytes of the palette record of `opcode` with
-/// that index within it, to `change`; stores what comes of it.
+/// that index within it, to `change`; stores what comes of it unless that is false.
 template <typename Record, typename Index, typename Change>
 bool editPalette(INode& node, std::int64_t index, Index Record::*indexField, Change&& change) {
     using fltkilnutil::SourceChunk;
@@ -376,11 +356,13 @@ bool editPalette(INode& node, std::int64_t index, Index Record::*indexField, Cha
     for (const fltkilnutil::SourceRecord& entry : kept.attached) {
         if (entry.isOpaque || entry.record.opcode() != Record::kOpcode) continue;
         Record record;
+        // One that ends before its index is none of the palette's entries.
+        if (entry.record.length() < record.lengthThrough(&(record.*indexField))) continue;
         record.readBytes(entry.record.bytes(), kept.revision);
         if (record.*indexField != index) continue;
         std::vector<std::uint8_t> bytes(chunk.begin(), chunk.end());
         const auto place = static_cast<std::size_t>(entry.record.bytes().data() - chunk.data());
-        change(bytes, place, entry.record.length());
+        if (!change(bytes, place, entry.record.length())) return false;
         fltkilnutil::storeSourceChunk(node, SourceChunk::records, bytes);
         node.NotifyAppDataChanged();
         return true;
@@ -399,7 +381,9 @@ bool mendPath(const Patient& at) {
             const std::size_t nodeName = whole.find('<');
             const std::string rest(nodeName == std::string_view::npos ? ""
                                                                       : whole.substr(nodeName));
-            if (relative.size() + rest.size() > sizeof record.fileName) return false;
+            if (whole.substr(0, nodeName) != valueOf(at, 0) ||
+                relative.size() + rest.size() > sizeof record.fileName)
+                return false;
             fltSetText(record.fileName, relative + rest);
             return true;
         });
@@ -408,7 +392,10 @@ bool mendPath(const Patient& at) {
                            // The name is the first field.
                            char* const field =
                                reinterpret_cast<char*>(&bytes[place + FltRecordView::kHeaderSize]);
-                           fltSetText(std::span(field, sizeof FltTexture::fileName), relative);
+                           const std::span name(field, sizeof FltTexture::fileName);
+                           if (fltText(name) != valueOf(at, 0)) return false;
+                           fltSetText(name, relative);
+                           return true;
                        });
 }
 
@@ -417,6 +404,7 @@ bool mendUnusedEntry(const Patient& at) {
                            std::size_t length) {
         const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(place);
         bytes.erase(begin, begin + static_cast<std::ptrdiff_t>(length));
+        return true;
     };
     const std::int64_t index = at.finding.detail;
     const std::string_view palette = valueOf(at, 0);
@@ -454,113 +442,116 @@ bool mendIndex(const Patient& at) {
 
 // ---------------------------------------------------------------- meshes and lights
 
+/// Whether another node of the scene shows the object too. The history may refer to it besides.
+bool isShownElsewhere(Interface& host, const INode& node, const Object& object) {
+    if (object.NumReferences() <= 1) return false;
+    return !ForEachInSubtree(host.GetRootNode(), [&](INode& other) {
+        return &other != &node && other.GetObjectRef() == &object ? WalkStep::kEnd : WalkStep::kOn;
+    });
+}
+
 /// The node's mesh, when it is its own and no other node shows it too.
-Mesh* ownMesh(INode& node) {
-    Object* const object = node.GetObjectRef();
-    if (object == nullptr || object->ClassID() != TRIOBJ_CLASS_ID || object->NumReferences() > 1)
+Mesh* ownMesh(const Patient& at) {
+    Object* const object = at.node.GetObjectRef();
+    if (object == nullptr || object->ClassID() != TRIOBJ_CLASS_ID ||
+        isShownElsewhere(at.host, at.node, *object))
         return nullptr;
     Mesh& mesh = static_cast<TriObject*>(object)->GetMesh();
     return mesh.IsConsistent() ? &mesh : nullptr;
 }
 
+/// Has `change` change the node's own mesh; false where there is none, or `change` says so.
+template <typename Change>
+bool editMesh(const Patient& at, Change&& change) {
+    Mesh* const mesh = ownMesh(at);
+    if (mesh == nullptr || !at.node.GetObjectRef()->AboutToChange() || !change(*mesh)) return false;
+    at.node.InvalidateWS();
+    return true;
+}
+
 /// Deletes a face that is one polygon, or none.
 bool mendFaceByDeleting(const Patient& at) {
-    const Mesh* const mesh = ownMesh(at.node);
+    const Mesh* const mesh = ownMesh(at);
     if (mesh == nullptr || (!mesh->faces.IsEmpty() && !isOnePolygon(*mesh))) return false;
     return mendByDeleting(at);
 }
 
 bool mendBySplitting(const Patient& at) {
-    Mesh* const mesh = ownMesh(at.node);
-    if (mesh == nullptr || mesh->faces.Count() < 2) return false;
-    for (Face& face : mesh->faces) face.flags |= EDGE_ALL;
-    at.node.InvalidateWS();
-    return true;
+    return editMesh(at, [](Mesh& mesh) {
+        const bool isWhole = std::ranges::any_of(
+            mesh.faces, [](const Face& face) { return (face.flags & EDGE_ALL) != EDGE_ALL; });
+        for (Face& face : mesh.faces) face.flags |= EDGE_ALL;
+        return isWhole;
+    });
 }
 
 /// Every vertex gets the direction of the polygons around it.
 bool mendNormals(const Patient& at) {
-    Mesh* const mesh = ownMesh(at.node);
-    if (mesh == nullptr || mesh->verts.IsEmpty()) return false;
-    std::vector<Point3> sums(static_cast<std::size_t>(mesh->verts.Count()));
-    for (int i = 0; i < mesh->faces.Count(); ++i) {
-        const Face& face = mesh->faces[i];
-        const auto corner = [&](std::size_t c) { return mesh->verts[static_cast<int>(face.v[c])]; };
-        const Point3 area = CrossProd(corner(1) - corner(0), corner(2) - corner(0));
-        for (const DWORD vertex : face.v) sums[vertex] = sums[vertex] + area;
-    }
-    mesh->normals.SetCount(mesh->verts.Count());
-    for (int i = 0; i < mesh->verts.Count(); ++i)
-        mesh->normals[i] = Point3f(Normalize(sums[static_cast<std::size_t>(i)]));
-    at.node.InvalidateWS();
-    return true;
+    return editMesh(at, [](Mesh& mesh) {
+        if (mesh.normals.Count() == mesh.verts.Count()) return false;
+        std::vector<Point3> sums(static_cast<std::size_t>(mesh.verts.Count()));
+        for (const Face& face : mesh.faces) {
+            const auto corner = [&](std::size_t c) {
+                return mesh.verts[static_cast<int>(face.v[c])];
+            };
+            const Point3 area = CrossProd(corner(1) - corner(0), corner(2) - corner(0));
+            for (const DWORD vertex : face.v) sums[vertex] = sums[vertex] + area;
+        }
+        mesh.normals.SetCount(mesh.verts.Count());
+        for (int i = 0; i < mesh.verts.Count(); ++i)
+            mesh.normals[i] = Point3f(Normalize(sums[static_cast<std::size_t>(i)]));
+        return true;
+    });
 }
 
-/// Takes the vertices out that `goes` names, whose indices then mean what `becomes` says.
-void removeVertices(Mesh& mesh, const std::vector<bool>& goes, std::vector<DWORD> becomes) {
-    int kept = 0;
+/// Takes the vertices out that no face has; false when there are none.
+bool removeUnused(Mesh& mesh) {
+    std::vector<bool> isUsed(static_cast<std::size_t>(mesh.verts.Count()), false);
+    for (const Face& face : mesh.faces)
+        for (const DWORD corner : face.v) isUsed[corner] = true;
     const bool hasTexture =
         mesh.tVerts.Count() == mesh.verts.Count() &&
         std::ranges::equal(mesh.tvFaces, mesh.faces, [](const TVFace& t, const Face& f) {
             return std::ranges::equal(t.t, f.v);
         });
+    std::vector<DWORD> becomes(isUsed.size());
+    int kept = 0;
     for (int i = 0; i < mesh.verts.Count(); ++i) {
-        if (goes[static_cast<std::size_t>(i)]) continue;
+        if (!isUsed[static_cast<std::size_t>(i)]) continue;
+        becomes[static_cast<std::size_t>(i)] = static_cast<DWORD>(kept);
         mesh.verts[kept] = mesh.verts[i];
         if (!mesh.normals.IsEmpty()) mesh.normals[kept] = mesh.normals[i];
         if (!mesh.colors.IsEmpty()) mesh.colors[kept] = mesh.colors[i];
         if (hasTexture) mesh.tVerts[kept] = mesh.tVerts[i];
         ++kept;
     }
+    if (kept == mesh.verts.Count()) return false;
     mesh.verts.SetCount(kept);
     if (!mesh.normals.IsEmpty()) mesh.normals.SetCount(kept);
     if (!mesh.colors.IsEmpty()) mesh.colors.SetCount(kept);
     for (Face& face : mesh.faces)
         for (DWORD& corner : face.v) corner = becomes[corner];
-    if (!hasTexture) return;
+    if (!hasTexture) return true;
     mesh.tVerts.SetCount(kept);
     for (TVFace& face : mesh.tvFaces)
         for (DWORD& corner : face.t) corner = becomes[corner];
-}
-
-/// The number that each vertex has when those that go are taken out.
-std::vector<DWORD> numbersWithout(const std::vector<bool>& goes) {
-    std::vector<DWORD> numbers;
-    DWORD next = 0;
-    for (const bool gone : goes) numbers.push_back(gone ? next : next++);
-    return numbers;
+    return true;
 }
 
 bool mendUnusedVertices(const Patient& at) {
-    Mesh* const mesh = ownMesh(at.node);
-    if (mesh == nullptr || mesh->faces.IsEmpty()) return false;
-    std::vector<bool> goes(static_cast<std::size_t>(mesh->verts.Count()), true);
-    for (const Face& face : mesh->faces)
-        for (const DWORD corner : face.v) goes[corner] = false;
-    removeVertices(*mesh, goes, numbersWithout(goes));
-    at.node.InvalidateWS();
-    return true;
+    return editMesh(at, [](Mesh& mesh) { return !mesh.faces.IsEmpty() && removeUnused(mesh); });
 }
 
 /// Of corners in one place the first stays. Only a polygon whose cut into triangles passes the
 /// others over is mended: nothing else is cut anew.
 bool mendDuplicateVertices(const Patient& at) {
-    Mesh* const mesh = ownMesh(at.node);
-    if (mesh == nullptr || !isOnePolygon(*mesh)) return false;
-    const auto count = static_cast<std::size_t>(mesh->verts.Count());
-    std::vector<bool> goes(count, true);
-    for (const Face& face : mesh->faces)
-        for (const DWORD corner : face.v) goes[corner] = false;
-    if (std::ranges::find(goes, true) == goes.end()) return false;
-    removeVertices(*mesh, goes, numbersWithout(goes));
-    at.node.InvalidateWS();
-    return true;
+    return editMesh(at, [](Mesh& mesh) { return isOnePolygon(mesh) && removeUnused(mesh); });
 }
 
 bool mendPixelSizes(const Patient& at) {
     return edit<FltLightPoint>(at.node, [](FltLightPoint& light) {
         std::swap(light.minPixelSize, light.maxPixelSize);
-        return true;
+        return light.minPixelSize < light.maxPixelSize;
     });
 }
 
@@ -621,7 +612,9 @@ bool mend(Interface& host, const Target& target, const Finding& finding) noexcep
     INode* const node = host.GetINodeByHandle(static_cast<DWORD>(finding.place));
     if (row == nullptr || node == nullptr || finding.place == 0) return false;
     try {
-        return row->mend({host, target, finding, *node});
+        return RunUndoable(fltkilnutil::nameOf(fltkilnutil::Action::kMend).c_str(), [&] {
+            return row->mend({host, target, finding, *node});
+        });
     } catch (...) {
         return false;
     }

@@ -6,7 +6,7 @@
 #include <base/utf16.h>
 #include <framework/cwinapp.h>
 #include <framework/module.h>
-#include <kiln/hosttexts.h>
+#include <kiln/language.h>
 #include <tessera_version.h>
 #include <workbench/settings.h>
 #include <workbench/texts.h>
@@ -192,7 +192,7 @@ void WorkbenchApp::setLanguage(const Options& options) {
     std::optional<base::Language> language = options.language;
     if (language && !isWalk) settings_.set(kLanguageSetting, base::codeOf(*language));
     if (!language && !isWalk) language = base::languageOf(settings_.value(kLanguageSetting));
-    setLanguageSource(kiln::hostLanguage);
+    setLanguageSource([]() noexcept { return static_cast<base::Language>(GetLanguage()); });
     kiln::Core::setLanguage(static_cast<WORD>(language.value_or(base::Language::kChinese)));
 }
 

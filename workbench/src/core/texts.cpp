@@ -1,4 +1,6 @@
-#include <kiln/hosttexts.h>
+#include <base/texts.h>
+#include <base/texttable.h>
+#include <kiln/language.h>
 #include <workbench/texts.h>
 
 namespace workbench {
@@ -14,7 +16,8 @@ constexpr base::TextRow kTexts[] = {
 }  // namespace
 
 std::string textOf(TextId which, std::initializer_list<std::string_view> values) {
-    return kiln::hostText(kTexts, which, values);
+    const auto language = static_cast<base::Language>(GetLanguage());
+    return base::fillText(base::tableText(kTexts, static_cast<unsigned>(which), language), values);
 }
 
 }  // namespace workbench
