@@ -13,7 +13,7 @@ namespace base {
 
 #ifdef _WIN32
 
-// Nobody else can open a file that is shared with nobody,.
+// Nobody else can open a file that is shared with nobody.
 std::optional<FileLock> FileLock::take(const std::string& path) {
     const HANDLE file = ::CreateFileW(pathFrom(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0,
                                       nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);

@@ -169,7 +169,13 @@ ImportResult Core::openImported(const std::string& path, const ProgressFunction&
         return former;
     };
     std::unique_ptr<Scene> former = show(std::make_unique<Scene>());
-    ImportResult result = importFile(path, progress);
+    ImportResult result;
+    try {
+        result = importFile(path, progress);
+    } catch (...) {
+        show(std::move(former));
+        throw;
+    }
     if (!result.ok()) {
         show(std::move(former));
     } else {

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <type_traits>
+#include <utility>
 
 #include "changes.h"
 #include "scenehistory.h"
@@ -130,16 +131,24 @@ public:
     StateChange(ReferenceTarget& thing, std::vector<BYTE> state) noexcept
         : kept_(kiln::kept(thing)), thing_(thing), state_(std::move(state)) {}
 
+    /// A plug-in that fails keeps the state that the thing has; the turn back is left out then,
+    /// too.
     void turn() noexcept override {
-        std::vector<BYTE> now = thing_.SaveState();
-        thing_.LoadState(state_.data(), state_.size());
-        state_ = std::move(now);
+        if (std::exchange(leftOut_, false)) return;
+        try {
+            std::vector<BYTE> now = thing_.SaveState();
+            thing_.LoadState(state_.data(), state_.size());
+            state_ = std::move(now);
+        } catch (...) {
+            leftOut_ = true;
+        }
     }
 
 private:
     kiln::KeptReference kept_;
     ReferenceTarget& thing_;
     std::vector<BYTE> state_;
+    bool leftOut_ = false;
 };
 
 template <typename T>

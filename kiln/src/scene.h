@@ -58,9 +58,9 @@ public:
     Node* byHandle(DWORD handle) const noexcept;
     Node* byName(std::string_view name) const noexcept { return names_.find(name); }
     std::size_t nodeCount() const noexcept { return nodeCount_; }
-    /// Whether nodes are being deleted, or notifications of an undo sent: nothing may be deleted,
-    /// replaced or undone meanwhile.
-    bool isBusy() const noexcept { return deleting_ || history_.telling(); }
+    /// Whether nodes are being deleted, notifications of an undo sent, or another scene is being
+    /// read: nothing may be replaced or undone meanwhile.
+    bool isBusy() const noexcept { return deleting_ || history_.telling() || history_.isPaused(); }
 
     /// The file that it was opened from or saved to last, as it was then.
     struct File {

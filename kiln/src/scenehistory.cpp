@@ -32,7 +32,9 @@ void SceneHistory::end() noexcept {
     if (current_ == this) current_ = nullptr;
     turning_ = true;  // what goes with the steps is no change
     scopes_.clear();
-    open_.clear();
+    // The other steps' places may be below what the step that is being recorded has deleted.
+    std::list<HistoryStep> newest;
+    newest.swap(open_);
     clear();
 }
 
@@ -80,8 +82,11 @@ void SceneHistory::commit(std::size_t depth) noexcept {
 
 void SceneHistory::rollBack(std::size_t depth) noexcept {
     if (scopes_.size() <= depth) return;
-    const ScopeStart start = std::move(scopes_[depth]);
-    scopes_.erase(scopes_.begin() + static_cast<std::ptrdiff_t>(depth), scopes_.end());
+    // The scope itself stays until all is told: the step must not end before, whatever listeners
+    // do.
+    const auto first = scopes_.begin() + static_cast<std::ptrdiff_t>(depth);
+    scopes_.erase(first + 1, scopes_.end());
+    const ScopeStart start = *first;
     oldBefore_ = start.oldBefore;
     creations_ = nullptr;
     ++telling_;
@@ -102,6 +107,7 @@ void SceneHistory::rollBack(std::size_t depth) noexcept {
     });
     turning_ = false;
     if (!changes) restoreSelection();
+    scopes_.erase(scopes_.begin() + static_cast<std::ptrdiff_t>(depth), scopes_.end());
     --telling_;
     freeDropped();
     if (scopes_.empty() && (!isOfCommand_ || limit_ == 0)) endStep();

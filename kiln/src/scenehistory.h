@@ -114,6 +114,7 @@ public:
     /// Records nothing from here on, for as long as there is one.
     void pause() noexcept { ++pauses_; }
     void resume() noexcept { --pauses_; }
+    bool isPaused() const noexcept { return pauses_ > 0; }
 
     // Steps.
 

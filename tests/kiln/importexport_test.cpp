@@ -8,10 +8,13 @@ using ::testing::ElementsAre;
 
 // Makes a node "old parent" > "new" > "old child" and a map, then ends as it was told to.
 struct SampleImport : SceneImport {
-    enum class End { kSuccess, kFail, kThrow, kCancelled };
+    enum class End { kSuccess, kFail, kThrow, kCancelled, kThrowWhenAsked };
     static End end;
 
-    int ExtCount() override { return 2; }
+    int ExtCount() override {
+        if (end == End::kThrowWhenAsked) throw std::runtime_error("broken");
+        return 2;
+    }
     const char* Ext(int index) override { return index == 0 ? "smp" : "sample"; }
     const char* ShortDesc() override { return "Sample scene"; }
     int DoImport(const char* path, ImpExpReport& report, Interface* ip) override {
@@ -139,6 +142,9 @@ TEST_F(ImportTest, OpensAFileInPlaceOfTheSceneOrLeavesTheSceneAlone) {
         EXPECT_EQ(core.isModified(), wasModified);
     }
     EXPECT_FALSE(core.openImported("a.xyz").ok());
+    EXPECT_TRUE(host.IsNodeInScene(child));
+    SampleImport::end = SampleImport::End::kThrowWhenAsked;
+    EXPECT_THROW(core.openImported("a.smp"), std::runtime_error);
     EXPECT_TRUE(host.IsNodeInScene(child));
 
     SampleImport::end = SampleImport::End::kSuccess;

@@ -357,6 +357,98 @@ TEST_F(UndoTest, EachSceneHasAHistoryOfItsOwn) {
     EXPECT_FALSE(core.isModified());
 }
 
+TEST_F(UndoTest, ListenersOfARollbackMayLookAtTheHistoryAndMakeSteps) {
+    INode* const node = addNode("a");
+    history.endCommand();
+    Recorder recorder({NOTIFY_NODE_DELETED});
+    recorder.onNotification = [&](int, void*) {
+        EXPECT_GT(history.stepCount(), 0u);
+        rename(node, "b");
+    };
+    {
+        const UndoScope refused("refused");
+        addNode("c");
+    }
+    recorder.onNotification = nullptr;
+    EXPECT_THAT(childNames(root), ElementsAre("b"));
+    ASSERT_TRUE(history.undo());
+    EXPECT_STREQ(node->GetName(), "a");
+
+    history.setLimit(0);
+    core.setModified(false);
+    {
+        const UndoScope refused("refused");
+        addNode("c");
+    }
+    EXPECT_FALSE(core.isModified());
+}
+
+TEST_F(UndoTest, ASceneMayGoInTheMiddleOfAStep) {
+    INode* const parent = addNode("parent");
+    INode* const child = addNode("child", parent);
+    history.endCommand();
+    root->AttachChild(child);
+    history.endCommand();
+    {
+        const UndoScope scope("deletes the former parent");
+        host.DeleteNode(parent);
+        core.newScene();
+    }
+    INode* const other = addNode("other");
+    history.endCommand();
+    addNode("undone", other);
+    ASSERT_TRUE(history.undo());
+    const UndoScope scope("deletes its parent");
+    host.DeleteNode(other);
+    core.newScene();
+    EXPECT_EQ(host.GetNodeCount(), 0);
+}
+
+TEST_F(UndoTest, TheSceneStaysWhileAnotherIsRead) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("a.kiln");
+    INode* const node = addNode("a");
+    ASSERT_TRUE(core.saveScene(path));
+    const auto meanwhile = [&](double, const char*) {
+        core.newScene();
+        EXPECT_FALSE(core.openImported("a.smp").ok());
+        EXPECT_FALSE(history.undo());
+        return false;
+    };
+    EXPECT_EQ(core.loadScene(path, meanwhile).code, IMPEXP_CANCEL);
+    EXPECT_TRUE(host.IsNodeInScene(node));
+    EXPECT_TRUE(history.undo());
+}
+
+TEST_F(UndoTest, AStateThatCannotBeSavedStays) {
+    struct Attrib final : CustAttrib {
+        Class_ID ClassID() const override { return {1, 2}; }
+        std::vector<BYTE> SaveState() const override {
+            if (fails) throw std::bad_alloc();
+            return {number};
+        }
+        bool LoadState(const BYTE* bytes, std::size_t) override {
+            number = *bytes;
+            return true;
+        }
+        BYTE number = 1;
+        bool fails = false;
+    };
+    auto* const attrib = new Attrib;
+    addNode("a")->AllocCustAttribContainer()->AppendCustAttrib(attrib);
+    history.endCommand();
+    ASSERT_TRUE(attrib->AboutToChange());
+    attrib->number = 2;
+    attrib->fails = true;
+    EXPECT_TRUE(history.undo());
+    EXPECT_EQ(attrib->number, 2);
+    attrib->fails = false;
+    EXPECT_TRUE(history.redo());
+    EXPECT_EQ(attrib->number, 2);
+    EXPECT_TRUE(history.undo());
+    EXPECT_EQ(attrib->number, 1);
+}
+
 TEST_F(UndoTest, PlacesAmongManySiblingsAreKept) {
     std::vector<INode*> nodes;
     for (int i = 0; i < 2000; ++i) nodes.push_back(addNode(("n" + std::to_string(i)).c_str()));

@@ -197,6 +197,27 @@ TEST_F(AutoSaveTest, AFolderThatCannotBeWrittenHurtsNobody) {
     EXPECT_EQ(scenes(), 0);
 }
 
+TEST_F(AutoSaveTest, ADiskThatTakesNothingEndsIt) {
+    AutoSave save(core_, path_);
+    change();
+    save.finish("scene");
+    ASSERT_EQ(scenes(), 1);
+    for (const auto& entry : std::filesystem::directory_iterator(folder_.path())) {
+        if (entry.path().extension() != ".kiln") continue;
+        const std::filesystem::path scene = entry.path();
+        std::filesystem::remove(scene);
+        std::filesystem::create_directory(scene);
+        break;
+    }
+    // More than is kept for a slow disk, and something behind it.
+    constexpr DWORD kBytes = 52 << 20;
+    host_.GetRootNode()->GetChildNode(0)->AddAppDataChunk({1, 1}, 1, 1, kBytes,
+                                                          KILN_malloc(kBytes));
+    change();
+    save.finish("scene");
+    EXPECT_FALSE(save.step({now_, AutoSave::kPause, false}, "scene")) << "until the next change";
+}
+
 #ifndef _WIN32
 
 // A program that changes every node of its scene, saves aside without end, and is killed.

@@ -81,7 +81,8 @@ public:
 private:
     bool isCurrent() const { return saved_ == kiln::sceneChanges(); }
     void begin(const std::string& name);
-    bool writeSlice();
+    bool writeSlice(const std::string& name);
+    bool writePieces();
     void noteWritten();
 
     kiln::Core& core_;

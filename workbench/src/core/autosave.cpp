@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <random>
 #include <system_error>
 #include <utility>
@@ -122,38 +123,54 @@ bool AutoSave::step(const Moment& moment, const std::string& name) {
     }
     if (moment.sinceInput < kPause && waited < kLatest) return false;
     if (!text_ && file_) return false;  // the disk is at work
-    if (!text_) begin(name);
-    return writeSlice();
+    return writeSlice(name);
 }
 
 void AutoSave::begin(const std::string& name) {
     if (!place_) place_ = AsidePlace::make(folder_);
     if (!place_) return;
-    text_ = std::make_unique<kiln::SceneText>();
-    writing_ = text_->changes();
+    auto text = std::make_unique<kiln::SceneText>();
     place_->setName(name);
     file_ = std::make_unique<BackgroundFile>(place_->scene());
+    writing_ = text->changes();
+    text_ = std::move(text);
 }
 
-// Whether there is more to do at once.
-bool AutoSave::writeSlice() {
-    if (!text_) return false;
+// Whether there is more to do at once. Where there is no memory, or no thread, it waits for the
+// next change: a text that a piece was lost of must not go on.
+bool AutoSave::writeSlice(const std::string& name) try {
+    if (!text_) begin(name);
+    return text_ && writePieces();
+} catch (const std::exception&) {
+    text_.reset();
+    file_.reset();
+    failed_ = kiln::sceneChanges();
+    return false;
+}
+
+bool AutoSave::writePieces() {
     using Clock = std::chrono::steady_clock;
     using Progress = kiln::SceneText::Progress;
     const auto end = Clock::now() + kSlice;
     std::string piece;
     Progress progress = Progress::kMore;
     while (progress == Progress::kMore && Clock::now() < end) {
+        if (file_->state() == BackgroundFile::State::kFailed) {
+            text_.reset();
+            return false;
+        }
         if (file_->pending() > kMostPending) break;
         while (progress == Progress::kMore && piece.size() < kPiece) progress = text_->next(piece);
         file_->write(std::exchange(piece, {}));
     }
     if (progress == Progress::kMore) return true;
     text_.reset();
-    if (progress == Progress::kOutdated)
+    if (progress == Progress::kOutdated) {
         file_.reset();
-    else
+        if (writing_ == kiln::sceneChanges()) failed_ = writing_;  // it cannot be written at all
+    } else {
         file_->end();
+    }
     return false;
 }
 
@@ -179,9 +196,8 @@ void AutoSave::finish(const std::string& name) {
     if (!text_ || text_->changes() != kiln::sceneChanges()) {
         text_.reset();
         file_.reset();
-        begin(name);
     }
-    while (writeSlice()) {
+    while (writeSlice(name)) {
     }
     if (!file_) return;
     file_->wait();
