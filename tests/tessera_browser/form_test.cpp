@@ -255,6 +255,15 @@ TEST_F(BrowserFollowing, ComesOnceAndKeepsBranchesPlaceNodeAndKeyboard) {
     EXPECT_EQ(rebuilt, 1);
 }
 
+TEST_F(BrowserFollowing, GivesTheCommentTheKeyboardBack) {
+    browser().selectNode(inside);
+    SetFocus(control(IDC_COMMENT));
+    browser().sceneChanged();
+    EXPECT_EQ(GetFocus(), control(IDC_REFRESH)) << "not with a field that is disabled";
+    EXPECT_TRUE(follows());
+    EXPECT_EQ(GetFocus(), control(IDC_COMMENT));
+}
+
 TEST_F(BrowserFollowing, LeavesTheKeyboardWithTheHostAndWaitsForIt) {
     browser().selectNode(inside);
     ASSERT_TRUE(testinput::activate(owner));

@@ -364,6 +364,22 @@ TEST_F(BrowserSwitch, EscapeTakesATypedMaskBackBeforeItCloses) {
     EXPECT_TRUE(IsWindowVisible(form()));
 }
 
+// As whatever else is being typed: the node may have gone.
+TEST_F(BrowserSwitch, ATypedMaskIsLostWhenTheSceneChanges) {
+    INode* const made = show({5});
+    push(IDC_TOOL);
+    ASSERT_TRUE(testinput::activate(editor()));
+    const HWND field = GetDlgItem(editor(), IDC_MASK);
+    SetFocus(field);
+    SendMessageW(field, EM_SETSEL, 0, -1);
+    testinput::type(L"01");
+    browser().sceneChanged();
+    testinput::pump();
+    EXPECT_EQ(stored(made), Words{5});
+    browser().refresh();
+    EXPECT_EQ(stored(made), Words{5});
+}
+
 TEST_F(BrowserSwitch, CopesWithDamagedRecords) {
     children = 40;
     FltSwitch record;

@@ -278,13 +278,13 @@ void Hierarchy::resetProperties(bool enabled) {
     tree_.setUsable(enabled);
     const HWND focus = ::GetFocus();
     for (const int id : kCommands) EnableItem(id, enabled);
+    properties_->clear();
     // The keyboard must not be left with a control that has just been disabled.
     focusBefore_ = nullptr;
     if (focus && ::IsChild(Handle(), focus) && !::IsWindowEnabled(focus)) {
         ::SetFocus(Item(IDC_REFRESH));
         focusBefore_ = focus;
     }
-    properties_->clear();
 }
 
 // ---------------------------------------------------------------- the window

@@ -132,9 +132,10 @@ void SwitchSide::recordChanged(const SwitchRecordBuffer& changed, bool showInVie
     client_.send(BrowserEvent::kRedraw);
 }
 
-// The node may have been deleted or become something else while the editor was open.
+// The node may have been deleted or become something else while the editor was open. After a change
+// of the scene nobody knows whether it is still there.
 bool SwitchSide::store(const SwitchRecordBuffer& changed) {
-    if (!item_ || tree_.Node(item_) != changed.node) return false;
+    if (!tree_.isUsable() || !item_ || tree_.Node(item_) != changed.node) return false;
     if (!isOfKind(changed.node, FltNodeKind::Switch)) return false;
     using fltkilnutil::Action, fltkilnutil::ActionScope;
     ActionScope scope(Action::kEditMasks);

@@ -122,7 +122,6 @@ public:
             ::PostQuitMessage(std::exchange(walk_, nullptr)->run());
             return true;
         }
-        if (window_) window_->core().history().endCommand();  // of the message before
         return window_ && window_->preTranslate(message);
     }
 

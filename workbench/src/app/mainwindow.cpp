@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <charconv>
 #include <optional>
+#include <utility>
 
 using framework::CWnd, framework::heightOf, framework::isTextField, framework::moduleInstance,
     framework::resourceLanguage, framework::widthOf, framework::windowDpi;
@@ -224,6 +225,7 @@ void MainWindow::noteChange(const NotifyInfo& change) {
     files_.followScene(change);
     if (change.intcode == NOTIFY_SELECTION_CHANGED) view_.scene().selectionChanged();
     if (change.intcode == NOTIFY_SCENE_PRE_CLEAR) view_.scene().forget();
+    if (change.intcode == NOTIFY_HISTORY_CHANGED) historyChanged_ = true;
     refreshFrame();
 }
 
@@ -255,7 +257,8 @@ LRESULT MainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             refreshPosted_ = false;
             refreshTitle();
             status_.refresh(view_.scene().counts());
-            history_.refresh();
+            // Only then: what the user looks at in the list stays in hand meanwhile.
+            if (std::exchange(historyChanged_, false)) history_.refresh();
             return 0;
         case kRaiseMessage:
             raiseOwned();

@@ -109,6 +109,7 @@ private:
     HostSide hostSide_;
     Notifications notifications_;
     bool refreshPosted_ = false;
+    bool historyChanged_ = false;  // since it was last listed
     bool sessionEnds_ = false;
 };
 

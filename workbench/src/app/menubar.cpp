@@ -102,8 +102,7 @@ void MenuBar::listAboutBoxes(std::span<ClassDesc2* const> utilities) {
     while (::GetMenuItemCount(help) > 1) ::DeleteMenu(help, 1, MF_BYPOSITION);
     UINT command = CMD_HELP_ABOUT_UTILITY;
     for (ClassDesc2* const utility : utilities) {
-#include <workbench/texts.h>
-        const std::wstring text = base::toWide(std::string("关于 ") + utility->ClassName());
+        const std::wstring text = base::toWide(textOf(TextId::kAbout, {utility->ClassName()}));
         ::AppendMenuW(help, MF_STRING, command++, text.c_str());
     }
 }
