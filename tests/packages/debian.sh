@@ -87,7 +87,6 @@ completes "kilnbatch --max" "--max-steps"
 completes "kilnbatch --scene " "folder scene.kiln"
 completes "kilnbatch " "folder rename.ks"
 
-if command -v lintian >/dev/null; then
-    same "what lintian says" "$(lintian --fail-on none "$package" 2>&1 | grep -E '^[EW]:')" ""
-fi
+said=$(lintian --fail-on none "$package" 2>&1) || wrong "lintian: $said"
+same "what lintian says" "$(grep -E '^[EW]:' <<<"$said")" ""
 finish
