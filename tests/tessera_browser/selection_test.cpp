@@ -400,8 +400,22 @@ TEST_F(BrowserSelection, SelectedItemsAreColored) {
     EXPECT_NE(background(4), GetSysColor(COLOR_HIGHLIGHT)) << "the caret alone is no selection";
     SetFocus(control(IDC_REFRESH));
     testinput::pump();
-    EXPECT_EQ(background(3), GetSysColor(COLOR_BTNSHADOW));
+    const COLORREF pale = background(3);
+    EXPECT_EQ(background(1), pale);
+    EXPECT_NE(pale, 0xe1e1e1u);
+    EXPECT_NE(pale, GetSysColor(COLOR_HIGHLIGHT));
+    EXPECT_GT(GetBValue(pale), GetRValue(pale)) << "a color, as gray is what cannot be changed";
     EXPECT_EQ(background(2), 0xe1e1e1u);
+    // What is selected can still be read in a tree that is disabled.
+    browser().sceneChanged();
+    RECT area{};
+    TreeView_GetItemRect(tree(), items[3], &area, TRUE);
+    const int y = (area.top + area.bottom) / 2;
+    bool legible = false;
+    for (int x = area.left; x < area.right; ++x)
+        legible = legible || testinput::pixel(tree(), {x, y}) == GetSysColor(COLOR_GRAYTEXT);
+    EXPECT_TRUE(legible);
+    EXPECT_NE(background(3), GetSysColor(COLOR_GRAYTEXT));
 }
 
 }  // namespace

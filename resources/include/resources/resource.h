@@ -43,6 +43,8 @@
 #define IDC_PROPERTY_GROUP 1133
 #define IDC_SEPARATOR_4 1134
 #define IDC_SUBTREE 1135
+#define IDC_SEARCH 1140  // this and the next exist once the search line has been opened
+#define IDC_SEARCH_COUNT 1141
 
 // Controls of the switch mask editor.
 #define IDC_MASK_INDEX 1106
@@ -100,6 +102,7 @@
 #define IDS_ABOUT_COMMAND 30698
 #define IDS_SCENE_ROOT 30699  // this and the next are the same in every language
 #define IDS_NO_RECORD 30700
+#define IDS_SEARCH_HINT 30701
 
 // The tree's icons, 16 x 15 pixels, white is transparent.
 #define IDB_GROUP 123

@@ -13,6 +13,19 @@ namespace {
 
 constexpr int kDragThreshold = 9;  // pixels
 
+// Parts of an item that the model has a copy of.
+constexpr UINT kShown = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE;
+
+/// What marks items while the keyboard is elsewhere: clearly the mark, and clearly not the active
+/// one. Gray would say that nothing can be done with them.
+COLORREF paleHighlight(COLORREF background) {
+    const COLORREF strong = ::GetSysColor(COLOR_HIGHLIGHT);
+    const auto mixed = [](int a, int b) { return static_cast<BYTE>((a + 3 * b) / 4); };
+    return RGB(mixed(GetRValue(strong), GetRValue(background)),
+               mixed(GetGValue(strong), GetGValue(background)),
+               mixed(GetBValue(strong), GetBValue(background)));
+}
+
 bool isDown(int key) {
     return (::GetKeyState(key) & 0x8000) != 0;
 }
@@ -174,8 +187,16 @@ LRESULT CTreeCtrlEx::SetThrough(UINT message, WPARAM wParam, LPARAM lParam) {
     const auto& given = *reinterpret_cast<const TVITEMW*>(lParam);
     const bool marks = (given.mask & TVIF_STATE) != 0 && (given.stateMask & TVIS_SELECTED) != 0;
     TreeItem* const found = Find(given.hItem);
-    if (found && (given.mask & (TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE)) != 0)
-        found->image = TreeItem::kUnknownImage;
+    if (found && (given.mask & kShown) != 0) {
+        const LRESULT result = CTreeCtrl::WindowProc(message, wParam, lParam);
+        int selectedImage = 0;
+        if (!ItemImages(found->handle, found->image, selectedImage) ||
+            found->image != selectedImage)
+            found->image = TreeItem::kUnknownImage;
+        found->text = ItemText(found->handle);
+        model_.noteChange();
+        if (!marks) return result;
+    }
     if (!found || !marks) return CTreeCtrl::WindowProc(message, wParam, lParam);
     selection_.set(*found, (given.state & TVIS_SELECTED) != 0);
     std::memcpy(&item, &given,
@@ -207,15 +228,18 @@ LRESULT CTreeCtrlEx::Draw(NMTVCUSTOMDRAW& draw) {
     const auto item = reinterpret_cast<HTREEITEM>(draw.nmcd.dwItemSpec);
     if (item == drag_.target() && drag_.accepted()) return DrawDropTarget(draw);
     if (draw.nmcd.dwDrawStage != CDDS_ITEMPREPAINT) return CDRF_DODEFAULT;
-    const bool marked = selection_.contains(item);
+    const TreeItem* const shown = Find(item);
+    const bool marked = shown && shown->selected;
     const bool focus = HasFocus();
+    const bool dimmed = !IsEnabled() || (dimming_ && !(shown && shown->found));
     // Otherwise the control insists on its own colors for the caret.
     draw.nmcd.uItemState &= ~static_cast<UINT>(CDIS_SELECTED);
-    draw.clrText = ::GetSysColor(!IsEnabled()      ? COLOR_GRAYTEXT
-                                 : marked && focus ? COLOR_HIGHLIGHTTEXT
-                                                   : COLOR_WINDOWTEXT);
-    draw.clrTextBk =
-        !marked ? Background() : ::GetSysColor(focus ? COLOR_HIGHLIGHT : COLOR_BTNSHADOW);
+    draw.clrText = ::GetSysColor(marked && focus ? COLOR_HIGHLIGHTTEXT
+                                 : dimmed        ? COLOR_GRAYTEXT
+                                                 : COLOR_WINDOWTEXT);
+    draw.clrTextBk = !marked ? Background()
+                     : focus ? ::GetSysColor(COLOR_HIGHLIGHT)
+                             : paleHighlight(Background());
     return CDRF_DODEFAULT;
 }
 
@@ -236,6 +260,11 @@ LRESULT CTreeCtrlEx::DrawDropTarget(NMTVCUSTOMDRAW& draw) const {
         ::InflateRect(&frame, -1, -1);
     }
     return CDRF_DODEFAULT;
+}
+
+void CTreeCtrlEx::DimOthers(bool on) {
+    dimming_ = on;
+    InvalidateUnlessPaused();
 }
 
 void CTreeCtrlEx::PauseRedraw() {

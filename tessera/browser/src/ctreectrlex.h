@@ -57,6 +57,9 @@ public:
     /// The answer to the parent's NM_CUSTOMDRAW: colors the selected items.
     LRESULT Draw(NMTVCUSTOMDRAW& draw);
 
+    /// Whether to draw the items that are not `TreeItem::found` like what is disabled.
+    void DimOthers(bool on);
+
     /// Switches drawing off, and on again with one repaint; pairs may nest.
     void PauseRedraw();
     void ResumeRedraw();
@@ -122,6 +125,7 @@ private:
     TreeDrag drag_{*this};
     Press press_;
     bool changing_ = false;
+    bool dimming_ = false;
     int paused_ = 0;
     std::optional<framework::DrawingPause> drawingPause_;
 };

@@ -17,6 +17,9 @@ constexpr int kSmallestGridWidth = 200;
 // To what it opens beside, and how much of its title bar must be there to pull the form by.
 constexpr int kGapToOthers = 8;
 constexpr int kReachOfBar = 100;
+// In dialog units: a field, and the gap below it.
+constexpr int kFieldHeight = 13;
+constexpr int kGapBelowField = 3;
 
 SIZE sizeOf(const RECT& area) {
     return {area.right - area.left, area.bottom - area.top};
@@ -118,14 +121,14 @@ bool FormLayout::follow(int width, int height) {
     return true;
 }
 
+const FormLayout::Placed& FormLayout::placed(int id) const {
+    return *std::ranges::find(controls_, form_.Item(id), &Placed::control);
+}
+
 // Where the splitter is in a form of that width. At the template's width there is always room for
 // where the template has it.
 int FormLayout::splitterFor(int width) const {
-    const auto widthInTemplate = [this](int id) {
-        const HWND control = form_.Item(id);
-        const auto placed = std::ranges::find(controls_, control, &Placed::control);
-        return widthOf(placed->area);
-    };
+    const auto widthInTemplate = [this](int id) { return widthOf(placed(id).area); };
     const int grown = width - static_cast<int>(template_.cx);
     const int least = form_.Scaled(kSmallestTreeWidth) - widthInTemplate(IDC_TREE);
     const int most = widthInTemplate(IDC_GRID) + grown - form_.Scaled(kSmallestGridWidth);
@@ -142,6 +145,7 @@ RECT FormLayout::areaFor(const Placed& placed, int splitter) const {
         area.right += splitter;
     }
     if (placed.rule.high) area.bottom += size_.cy - template_.cy;
+    if (searchLine_ && placed.control == form_.Item(IDC_TREE)) area.top += searchLineHeight();
     return {area.left, area.top, std::max(area.left, area.right), std::max(area.top, area.bottom)};
 }
 
@@ -163,6 +167,26 @@ void FormLayout::arrange() const {
                                      widthOf(area), heightOf(area), SWP_NOZORDER | SWP_NOACTIVATE);
     }
     if (moves) ::EndDeferWindowPos(moves);
+}
+
+int FormLayout::searchLineHeight() const {
+    RECT line{0, 0, 0, kFieldHeight + kGapBelowField};
+    ::MapDialogRect(form_.Handle(), &line);
+    return static_cast<int>(line.bottom);
+}
+
+void FormLayout::setSearchLine(bool shown) {
+    searchLine_ = shown;
+    arrange();
+}
+
+RECT FormLayout::searchLine() const {
+    RECT line = areaFor(placed(IDC_TREE), splitterFor(static_cast<int>(size_.cx)));
+    RECT field{0, 0, 0, kFieldHeight};
+    ::MapDialogRect(form_.Handle(), &field);
+    line.top -= searchLineHeight();
+    line.bottom = line.top + field.bottom;
+    return line;
 }
 
 void FormLayout::setSplitter(int wider) {

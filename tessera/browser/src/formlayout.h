@@ -42,6 +42,11 @@ public:
     int splitter() const noexcept { return splitter_; }
     void setSplitter(int wider);
 
+    /// Makes room for a line above the tree, or gives that back to it.
+    void setSearchLine(bool shown);
+    /// Where that room is.
+    RECT searchLine() const;
+
     // Pulling the splitter with the mouse, in client coordinates.
 
     bool isOverSplitter(POINT at) const;
@@ -69,6 +74,8 @@ private:
     void noteControls();
     Rule ruleOf(const framework::CWnd& control) const;
     int splitterFor(int width) const;
+    const Placed& placed(int id) const;
+    int searchLineHeight() const;
     RECT areaFor(const Placed& placed, int splitter) const;
     void arrange() const;
     void restorePlacement() const;
@@ -81,6 +88,7 @@ private:
     SIZE smallestTrack_{};  ///< of the window
     std::vector<Placed> controls_;
     int splitter_ = 0;
+    bool searchLine_ = false;
     bool pulling_ = false;
     int pulledFrom_ = 0;  ///< where the mouse was when the splitter was where the template has it
 };

@@ -8,6 +8,7 @@
 #include "propertyside.h"
 #include "selectioncommands.h"
 #include "switchside.h"
+#include "treesearch.h"
 
 #include <base/utf16.h>
 #include <diagnostics/log.h>
@@ -60,6 +61,7 @@ Hierarchy::Hierarchy()
       properties_(std::make_unique<PropertySide>(*this, tree_, *switchSide_)),
       selection_(std::make_unique<SelectionCommands>(*this, tree_, *client_, *properties_)),
       edits_(std::make_unique<EditCommands>(*this, tree_, *client_, *properties_, *selection_)),
+      search_(std::make_unique<TreeSearch>(*this, tree_, *layout_, *properties_)),
       quiet_(kQuiet) {}
 
 Hierarchy::~Hierarchy() = default;
@@ -106,9 +108,11 @@ void Hierarchy::followLanguage() {
     const SIZE base = FollowLanguage();
     if (base.cx == 0) return;
     layout_->renew(base);
+    search_->arrange();
     ::ModifyMenuW(::GetSystemMenu(Handle(), FALSE), IDM_ABOUT, MF_BYCOMMAND | MF_STRING, IDM_ABOUT,
                   base::toWide(loadString(IDS_ABOUT_COMMAND)).c_str());
     edits_->nameKinds();
+    search_->followLanguage();
     properties_->followLanguage();
     switchSide_->followLanguage();
     Invalidate();
@@ -309,6 +313,7 @@ LRESULT Hierarchy::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
 void Hierarchy::OnSize(UINT, int width, int height) {
     Default();
     if (!layout_->follow(width, height)) return;
+    search_->arrange();
     properties_->fit();
     Invalidate();
 }
@@ -346,12 +351,13 @@ void Hierarchy::OnCancel() {
 bool Hierarchy::PreTranslateMessage(MSG& message) {
     const FormBusy busy;
     if (message.message != WM_KEYDOWN) return false;
+    if (message.wParam == VK_ESCAPE && tree_.IsDragging()) {
+        tree_.CancelDrag();
+        return true;
+    }
+    if (search_->onKey(message)) return true;
     switch (message.wParam) {
         case VK_ESCAPE:
-            if (tree_.IsDragging()) {
-                tree_.CancelDrag();
-                return true;
-            }
             // A field of several lines would have the form closed.
             return properties_->cancelComment();
         case VK_F3:
@@ -448,6 +454,7 @@ bool Hierarchy::OnSetCursor(HWND under, UINT hitTest, UINT) {
 }
 
 void Hierarchy::splitterMoved() {
+    search_->arrange();
     properties_->fit();
     Invalidate();
     Update();
@@ -456,7 +463,8 @@ void Hierarchy::splitterMoved() {
 // ---------------------------------------------------------------- notifications of the controls
 
 bool Hierarchy::OnCommand(int id, UINT code, HWND) {
-    return properties_->onCommand(id, code) || (code == BN_CLICKED && pushed(id));
+    return search_->onCommand(id, code) || properties_->onCommand(id, code) ||
+           (code == BN_CLICKED && pushed(id));
 }
 
 bool Hierarchy::pushed(int id) {
@@ -517,6 +525,7 @@ bool Hierarchy::notifyTree(NMHDR& header, LRESULT& result) {
             return true;
         }
         case NM_CUSTOMDRAW:
+            search_->update();
             result = tree_.Draw(reinterpret_cast<NMTVCUSTOMDRAW&>(header));
             return true;
         case TVN_KEYDOWN:

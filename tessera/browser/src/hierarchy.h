@@ -20,6 +20,7 @@ class FormLayout;
 class PropertySide;
 class SelectionCommands;
 class SwitchSide;
+class TreeSearch;
 
 /// The window with the scene's tree on the left and the current node's attributes on the right.
 ///
@@ -94,6 +95,7 @@ private:
     const std::unique_ptr<PropertySide> properties_;
     const std::unique_ptr<SelectionCommands> selection_;
     const std::unique_ptr<EditCommands> edits_;
+    const std::unique_ptr<TreeSearch> search_;
     std::array<framework::CBitmapButton, 8> pictures_;
     bool stale_ = false;  ///< nodes of the tree may have been deleted
     /// Not shown since it was made or closed: a client need not tell it of the scene.

@@ -23,9 +23,11 @@ void TreeModel::link(TreeItem& item, TreeItem* parent, TreeItem* previous) {
     (item.previous ? item.previous->next : above.firstChild) = &item;
     (item.next ? item.next->previous : above.lastChild) = &item;
     ++size_;
+    ++changes_;
 }
 
 void TreeModel::remove(TreeItem& item) {
+    ++changes_;
     TreeItem& above = *orTop(item.parent);
     (item.previous ? item.previous->next : above.firstChild) = item.next;
     (item.next ? item.next->previous : above.lastChild) = item.previous;
@@ -38,6 +40,7 @@ void TreeModel::remove(TreeItem& item) {
 }
 
 void TreeModel::clear() {
+    ++changes_;
     selected_.clear();
     items_.clear();
     size_ = 0;
@@ -45,6 +48,7 @@ void TreeModel::clear() {
 }
 
 void TreeModel::keepWaiting() {
+    ++changes_;
     TreeItem* const first = top_.firstChild;
     selected_.clear();
     size_ = 0;

@@ -20,6 +20,7 @@ struct TreeItem {
     TreeItem* next = nullptr;
     TreeItem* previous = nullptr;
     bool selected = false;
+    bool found = false;         ///< by the search of the form
     int image = kUnknownImage;  ///< what the control shows, where it is known
     std::string text;
     /// The first of the children that it had before the tree was emptied and that still wait.
@@ -64,6 +65,9 @@ public:
     /// The last child of `parent` (null: top level), or null.
     TreeItem* last(TreeItem* parent) { return orTop(parent)->lastChild; }
     std::size_t size() const noexcept { return size_; }
+    /// Another number after items have come, gone or got another text or image.
+    unsigned changes() const noexcept { return changes_; }
+    void noteChange() noexcept { ++changes_; }
     bool hasWaiting() const noexcept { return items_.size() > size_; }
 
     void setSelected(TreeItem& item, bool selected);
@@ -95,6 +99,7 @@ private:
     std::unordered_map<BrowserItem, TreeItem> items_;
     std::size_t size_ = 0;  ///< without those that wait
     unsigned generation_ = 0;
+    unsigned changes_ = 0;
     std::unordered_set<TreeItem*> selected_;
 };
 
