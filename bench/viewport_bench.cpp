@@ -1,13 +1,13 @@
 // How long the viewport takes to draw a frame of 1280 by 800 pixels while the camera turns: a small
 // airfield, and a terrain of 100,000 faces, one node for each 100; plain and with a texture, by one
 // core.
-#include <workbench/renderer.h>
+#include <render/renderer.h>
 
 #include <cmath>
 
 #include "fastestruns.h"
 
-using namespace workbench;
+using namespace render;
 
 namespace {
 

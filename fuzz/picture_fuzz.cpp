@@ -1,7 +1,7 @@
 // Any bytes as a picture: read or refused, and what was read can be shown.
 #include "expect.h"
 
-#include <workbench/texture.h>
+#include <render/texture.h>
 
 #include <cstdint>
 #include <vector>
@@ -11,18 +11,18 @@ constexpr std::size_t kFewTexels = 64 * 1024;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::vector<std::uint8_t> block(data, data + size);
     try {
-        const workbench::Picture picture = workbench::readSgiPicture(block);
+        const render::Picture picture = render::readSgiPicture(block);
         const auto texels =
             static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height);
-        expect(texels > 0 && texels <= workbench::kMostTexels, "the picture has a size");
+        expect(texels > 0 && texels <= render::kMostTexels, "the picture has a size");
         expect(picture.texels.size() == texels, "and as many texels");
         if (texels > kFewTexels) return 0;  // time is better spent on others
-        const workbench::Texture texture(picture);
+        const render::Texture texture(picture);
         expect(texture.hasAlpha() == picture.hasAlpha(), "what can be seen through stays so");
         const auto last = texture.level(texture.levels() - 1);
         expect(last.widthBits == 0 && last.heightBits == 0, "the smallest is one texel");
         static_cast<void>(texture.level(0).at(INT32_MIN, INT32_MAX));
-    } catch (const workbench::PictureError& error) {
+    } catch (const render::PictureError& error) {
         expect(*error.what() != 0, "a refusal has a reason");
     }
     return 0;

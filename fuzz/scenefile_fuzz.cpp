@@ -12,8 +12,8 @@
 #include <interchange/nodelooks.h>
 #include <kiln/host/host.h>
 #include <quillon/fltfilereader.h>
-#include <workbench/renderer.h>
-#include <workbench/scenefeed.h>
+#include <render/renderer.h>
+#include <render/scenefeed.h>
 
 #include <filesystem>
 #include <random>
@@ -243,10 +243,10 @@ struct ScratchFolder {
 };
 
 void draw(Interface& host) {
-    workbench::SceneFeed feed;
-    workbench::Camera camera;
-    workbench::Canvas canvas;
-    workbench::Renderer renderer;
+    render::SceneFeed feed;
+    render::Camera camera;
+    render::Canvas canvas;
+    render::Renderer renderer;
     feed.build(host);
     camera.setPictureSize(64, 48);
     canvas.resize(64, 48);

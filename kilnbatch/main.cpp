@@ -6,6 +6,7 @@
 #endif
 #include <kiln/host/host.h>
 #include <kiln/language.h>
+#include <render/pictureverb.h>
 #include <script/engine.h>
 #include <tessera_version.h>
 #include <CLI/CLI.hpp>
@@ -77,6 +78,7 @@ std::string takeScript(Options& options, std::string& name) {
 void prepare(script::Engine& engine, const Options& options,
              const std::vector<std::string>& arguments) {
     script::addHostVerbs(engine);
+    render::addPictureVerb(engine);
     script::Limits limits;
     limits.steps = options.maxSteps;
     limits.stackBytes = kStackForScripts;

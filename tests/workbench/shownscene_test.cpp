@@ -16,7 +16,7 @@ protected:
     ~ShownSceneTest() override { kiln::Core::destroy(); }
 
     INode* add(const char* name) { return host_.CreateObjectNode(new BoxObject, name); }
-    Color firstColor() { return scene_.model().triangles().front().color; }
+    render::Color firstColor() { return scene_.model().triangles().front().color; }
 
     Interface& host_ = kiln::Core::create().hostInterface();
     int outdated_ = 0;

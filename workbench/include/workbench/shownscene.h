@@ -1,7 +1,7 @@
 // The scene as the program shows it.
 #pragma once
 
-#include <workbench/scenefeed.h>
+#include <render/scenefeed.h>
 
 #include <kiln/scenewatch.h>
 
@@ -17,13 +17,13 @@ public:
     ShownScene(Interface& host, std::function<void()> onOutdated);
 
     /// What to draw: as the scene is now, unless it is being held. Valid until the next call.
-    const SceneModel& model();
+    const render::SceneModel& model();
     /// The nodes that are not hidden.
     std::span<INode* const> nodes();
     /// The node behind an item of the last model; null for none, and while that is out of date.
-    INode* nodeOf(ItemIndex item) const;
+    INode* nodeOf(render::ItemIndex item) const;
     /// Of the last model.
-    const SceneCounts& counts() const { return feed_.counts(); }
+    const render::SceneCounts& counts() const { return feed_.counts(); }
     std::vector<std::string> takeFailures() { return feed_.takeFailures(); }
 
     /// To be told when the set of selected nodes has changed.
@@ -39,7 +39,7 @@ private:
     Interface& host_;
     std::function<void()> onOutdated_;
     SceneWatch watch_;
-    SceneFeed feed_;
+    render::SceneFeed feed_;
     bool isRead_ = false;
     bool selectionChanged_ = false;
     bool held_ = false;

@@ -210,14 +210,14 @@ void CommandTable::addViewCommands() {
     Viewport& viewport = targets_.viewport;
     actions_[CMD_VIEW_ALL] = [&viewport] { viewport.viewAll(); };
     actions_[CMD_VIEW_SELECTED] = [&viewport] { viewport.viewSelected(); };
-    for (const auto& [command, view] : {std::pair{CMD_VIEW_PERSPECTIVE, View::kPerspective},
-                                        {CMD_VIEW_TOP, View::kTop},
-                                        {CMD_VIEW_FRONT, View::kFront},
-                                        {CMD_VIEW_LEFT, View::kLeft}})
+    for (const auto& [command, view] : {std::pair{CMD_VIEW_PERSPECTIVE, render::View::kPerspective},
+                                        {CMD_VIEW_TOP, render::View::kTop},
+                                        {CMD_VIEW_FRONT, render::View::kFront},
+                                        {CMD_VIEW_LEFT, render::View::kLeft}})
         actions_[command] = [&viewport, which = view] { viewport.setView(which); };
-    for (const auto& [command, mode] : {std::pair{CMD_VIEW_SHADED, DrawMode::kShaded},
-                                        {CMD_VIEW_SHADED_EDGES, DrawMode::kShadedEdges},
-                                        {CMD_VIEW_WIREFRAME, DrawMode::kWireframe}})
+    for (const auto& [command, mode] : {std::pair{CMD_VIEW_SHADED, render::DrawMode::kShaded},
+                                        {CMD_VIEW_SHADED_EDGES, render::DrawMode::kShadedEdges},
+                                        {CMD_VIEW_WIREFRAME, render::DrawMode::kWireframe}})
         actions_[command] = [&viewport, which = mode] {
             viewport.options().mode = which;
             viewport.redraw();

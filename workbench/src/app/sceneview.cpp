@@ -2,13 +2,13 @@
 
 namespace workbench {
 
-const SceneModel& SceneView::sceneToDraw() {
-    const SceneModel& model = scene_.model();
+const render::SceneModel& SceneView::sceneToDraw() {
+    const render::SceneModel& model = scene_.model();
     client_.sceneDrawn(scene_.takeFailures());
     return model;
 }
 
-void SceneView::onPick(ItemIndex item, bool add) {
+void SceneView::onPick(render::ItemIndex item, bool add) {
     INode* node = scene_.nodeOf(item);
     if (node && add && node->Selected())
         host_.DeSelectNode(node);
@@ -18,22 +18,22 @@ void SceneView::onPick(ItemIndex item, bool add) {
         host_.ClearNodeSelection();
 }
 
-void SceneView::onHover(ItemIndex item) {
+void SceneView::onHover(render::ItemIndex item) {
     client_.nodeHovered(scene_.nodeOf(item));
 }
 
 bool SceneView::selectTallest() {
     const auto items = sceneToDraw().items();
-    ItemIndex tallest = kNoItem;
+    render::ItemIndex tallest = render::kNoItem;
     double most = -1;
-    for (ItemIndex i = 0; i < items.size(); ++i) {
+    for (render::ItemIndex i = 0; i < items.size(); ++i) {
         const double height = items[i].box.max.z - items[i].box.min.z;
         if (items[i].triangleCount > 0 && height > most) {
             most = height;
             tallest = i;
         }
     }
-    if (tallest == kNoItem) return false;
+    if (tallest == render::kNoItem) return false;
     onPick(tallest, false);
     return host_.GetSelNodeCount() == 1;
 }

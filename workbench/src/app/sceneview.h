@@ -32,9 +32,9 @@ public:
     bool selectTallest();
 
     // ViewportClient
-    const SceneModel& sceneToDraw() override;
-    void onPick(ItemIndex item, bool add) override;
-    void onHover(ItemIndex item) override;
+    const render::SceneModel& sceneToDraw() override;
+    void onPick(render::ItemIndex item, bool add) override;
+    void onHover(render::ItemIndex item) override;
 
 private:
     Interface& host_;

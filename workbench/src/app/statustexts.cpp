@@ -13,7 +13,7 @@ void StatusTexts::showHovered(const INode* node) {
     bar_.setText(StatusBar::kMessage, node ? node->GetName() : prompt_);
 }
 
-void StatusTexts::refresh(const SceneCounts& counts) {
+void StatusTexts::refresh(const render::SceneCounts& counts) {
     std::string nodes =
         counted(static_cast<std::size_t>(counts.nodes), TextId::kOneNode, TextId::kNodes);
     if (counts.hidden > 0)

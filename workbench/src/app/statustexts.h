@@ -4,7 +4,7 @@
 #include "../ui/statusbar.h"
 
 #include <kiln/interface.h>
-#include <workbench/scenefeed.h>
+#include <render/scenefeed.h>
 
 #include <string>
 
@@ -19,7 +19,7 @@ public:
     /// The node under the mouse; null shows the prompt again.
     void showHovered(const INode* node);
     /// The figures, of the scene as it was drawn last.
-    void refresh(const SceneCounts& counts);
+    void refresh(const render::SceneCounts& counts);
 
 private:
     std::string selection() const;

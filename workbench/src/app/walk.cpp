@@ -353,9 +353,9 @@ kiln::Status Walk::previewDetail() {
 // As large as a hut, in a color of its own, and on the ground that the selection stands on.
 kiln::Status Walk::edit() {
     Interface& host = window_.core().hostInterface();
-    const Box around = window_.view().scene().model().selectedBox();
+    const render::Box around = window_.view().scene().model().selectedBox();
     if (around.empty()) return kiln::Status::failure("nothing with a size is selected");
-    const Vec3d size = around.max - around.min;
+    const render::Vec3d size = around.max - around.min;
     const double edge = std::max({size.x, size.y, 0.01}) * 0.6;
     INode* box = host.CreateObjectNode(new BoxObject(edge, edge, edge * 0.7), "附属楼 annex");
     if (!box) return kiln::Status::failure("no node could be made");
@@ -404,7 +404,7 @@ kiln::Status Walk::shootViews() {
 kiln::Status Walk::turnAround() {
     constexpr int kFrames = 120;
     Viewport& viewport = window_.viewport();
-    const Camera before = viewport.camera();
+    const render::Camera before = viewport.camera();
     const auto start = std::chrono::steady_clock::now();
     for (int i = 0; i < kFrames; ++i) {
         viewport.camera().orbit(785.4f / kFrames, 0);

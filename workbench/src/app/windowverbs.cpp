@@ -4,6 +4,7 @@
 #include "screenshot.h"
 
 #include <base/paths.h>
+#include <render/pictureverb.h>
 
 #include <filesystem>
 #include <string>
@@ -26,13 +27,18 @@ void addWindowVerbs(MainWindow& window, ScriptLine& line) {
         window.viewport().viewAll();
         return script::Value(script::Done{});
     });
-    line.engine().addVerb("screenshot", "path", [&window](const script::Arguments& arguments) {
-        const std::string path = picturePath(arguments.text(0), window.scripts().pictureFolder());
-        window.drawNow();
-        if (const kiln::Status status = saveScreenshot(path); !status.ok())
-            throw script::Failure(status.message());
-        return script::Value(path);
-    });
+    const auto placed = [&window](const std::string& name) {
+        return picturePath(name, window.scripts().pictureFolder());
+    };
+    render::addPictureVerb(line.engine(), placed);
+    line.engine().addVerb("screenshot", "path",
+                          [&window, placed](const script::Arguments& arguments) {
+                              const std::string path = placed(arguments.text(0));
+                              window.drawNow();
+                              if (const kiln::Status status = saveScreenshot(path); !status.ok())
+                                  throw script::Failure(status.message());
+                              return script::Value(path);
+                          });
 }
 
 }  // namespace workbench

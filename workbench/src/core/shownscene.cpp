@@ -9,7 +9,7 @@ ShownScene::ShownScene(Interface& host, std::function<void()> onOutdated)
       onOutdated_(std::move(onOutdated)),
       watch_([](void* self) { static_cast<ShownScene*>(self)->onOutdated_(); }, this) {}
 
-const SceneModel& ShownScene::model() {
+const render::SceneModel& ShownScene::model() {
     if (held_) return feed_.model();
     if (!isCurrent()) {
         // Before it is read, so that a change meanwhile is told.
@@ -29,7 +29,7 @@ std::span<INode* const> ShownScene::nodes() {
     return feed_.nodes();
 }
 
-INode* ShownScene::nodeOf(ItemIndex item) const {
+INode* ShownScene::nodeOf(render::ItemIndex item) const {
     return isCurrent() && !held_ ? feed_.nodeOf(item) : nullptr;
 }
 

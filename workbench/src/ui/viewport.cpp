@@ -46,13 +46,13 @@ void Viewport::viewAll() {
 }
 
 void Viewport::viewSelected() {
-    const Box box = client_.sceneToDraw().selectedBox();
+    const render::Box box = client_.sceneToDraw().selectedBox();
     if (box.empty()) return viewAll();
     camera_.frame(box);
     redraw();
 }
 
-void Viewport::setView(View view) {
+void Viewport::setView(render::View view) {
     camera_.setView(view);
     redraw();
 }
@@ -86,7 +86,7 @@ void Viewport::draw() {
     renderer_.draw(client_.sceneToDraw(), camera_, options_, canvas_);
     ::GdiFlush();
     std::memcpy(bitmap_.bits, canvas_.pixels(),
-                sizeof(Color) * static_cast<std::size_t>(bitmap_.width) *
+                sizeof(render::Color) * static_cast<std::size_t>(bitmap_.width) *
                     static_cast<std::size_t>(bitmap_.height));
     frameMilliseconds_ =
         std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
@@ -135,10 +135,10 @@ void Viewport::drawLabel(HDC dc, const std::string& text, bool right) {
     put(RGB(232, 236, 240), 0);
 }
 
-ItemIndex Viewport::itemAt(POINT at) {
+render::ItemIndex Viewport::itemAt(POINT at) {
     // What is on the screen may be older than the scene: its item numbers mean nothing then.
     if (stale_ || canvas_.width() != bitmap_.width) Update();
-    if (stale_) return kNoItem;
+    if (stale_) return render::kNoItem;
     return canvas_.pick(static_cast<int>(at.x), static_cast<int>(at.y), Scaled(kPickReach));
 }
 
@@ -146,7 +146,7 @@ void Viewport::focusUnder(POINT at) {
     if (stale_ || at.x < 0 || at.y < 0 || at.x >= canvas_.width() || at.y >= canvas_.height())
         return;
     const float depth = canvas_.depth(static_cast<int>(at.x), static_cast<int>(at.y));
-    if (depth != Canvas::kFarthest) camera_.focusAt(camera_.distanceOf(depth));
+    if (depth != render::Canvas::kFarthest) camera_.focusAt(camera_.distanceOf(depth));
 }
 
 Viewport::DragKind Viewport::dragOf(UINT keys) {
@@ -223,7 +223,7 @@ void Viewport::OnMouseMove(UINT, POINT at) {
     if (!stale_) hover(itemAt(at));
 }
 
-void Viewport::hover(ItemIndex item) {
+void Viewport::hover(render::ItemIndex item) {
     if (item == hovered_) return;
     hovered_ = item;
     client_.onHover(item);
@@ -273,7 +273,7 @@ UINT Viewport::OnGetDlgCode(const MSG*) {
 }
 
 LRESULT Viewport::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_MOUSELEAVE) hover(kNoItem);
+    if (message == WM_MOUSELEAVE) hover(render::kNoItem);
     return CWnd::WindowProc(message, wParam, lParam);
 }
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <framework/cwnd.h>
-#include <workbench/renderer.h>
+#include <render/renderer.h>
 
 #include <string>
 
@@ -13,11 +13,12 @@ class ViewportClient {
 public:
     virtual ~ViewportClient() = default;
     /// What to draw; stays valid and unchanged while the viewport draws.
-    virtual const SceneModel& sceneToDraw() = 0;
-    /// A click on an item, or on nothing (kNoItem). `add` adds to or takes from the selection.
-    virtual void onPick(ItemIndex item, bool add) = 0;
-    /// The mouse has come over another item, or left it (kNoItem).
-    virtual void onHover(ItemIndex item) = 0;
+    virtual const render::SceneModel& sceneToDraw() = 0;
+    /// A click on an item, or on nothing (render::kNoItem). `add` adds to or takes from the
+    /// selection.
+    virtual void onPick(render::ItemIndex item, bool add) = 0;
+    /// The mouse has come over another item, or left it (render::kNoItem).
+    virtual void onHover(render::ItemIndex item) = 0;
 };
 
 /// Left click selects, with Ctrl adds. The middle button, or Alt with the left one, orbits; with
@@ -30,14 +31,14 @@ public:
 
     bool Create(HWND parent, UINT id);
 
-    Camera& camera() { return camera_; }
-    RenderOptions& options() { return options_; }
+    render::Camera& camera() { return camera_; }
+    render::RenderOptions& options() { return options_; }
     /// Draws anew at the next paint; the pixels before are not trusted any more for picking.
     void redraw();
     /// Frames the whole scene, or what is selected in it.
     void viewAll();
     void viewSelected();
-    void setView(View view);
+    void setView(render::View view);
     /// The text in the upper left corner, for example "透视  |  着色".
     std::string label() const;
     /// Shows, in the upper right corner, how long frames take to draw.
@@ -74,7 +75,7 @@ private:
     /// What was drawn, as the platform takes it.
     struct Bitmap {
         framework::GdiBitmap handle;
-        Color* bits = nullptr;  // of the handle
+        render::Color* bits = nullptr;  // of the handle
         int width = 0, height = 0;
     };
 
@@ -87,20 +88,20 @@ private:
     void drawLabels(HDC dc);
     void drawLabel(HDC dc, const std::string& text, bool right);
     bool ensureBitmap(int width, int height);
-    ItemIndex itemAt(POINT at);
-    void hover(ItemIndex item);
+    render::ItemIndex itemAt(POINT at);
+    void hover(render::ItemIndex item);
 
     ViewportClient& client_;
-    Camera camera_;
-    Canvas canvas_;
-    Renderer renderer_;
-    RenderOptions options_;
+    render::Camera camera_;
+    render::Canvas canvas_;
+    render::Renderer renderer_;
+    render::RenderOptions options_;
     Bitmap bitmap_;
     bool stale_ = true;
     double frameMilliseconds_ = 0;
     bool frameRateShown_ = false;
     Drag drag_;
-    ItemIndex hovered_ = kNoItem;
+    render::ItemIndex hovered_ = render::kNoItem;
 };
 
 }  // namespace workbench

@@ -1,0 +1,110 @@
+// A picture with depth: pixels, how near each is, and what each shows.
+#pragma once
+
+#include <render/camera.h>
+#include <render/scenemodel.h>
+#include <render/texture.h>
+
+#include <limits>
+#include <span>
+#include <vector>
+
+namespace render {
+
+/// What a drawing operation does with the pixels it covers.
+struct Paint {
+    Color color = 0;
+    float opacity = 1;
+    ItemIndex item = kNoItem;  ///< what picking finds there; kNoItem leaves what was there
+    /// Added to the depth for the comparison, as a share of it; positive draws over a surface that
+    /// lies in the same place.
+    float depthBias = 0;
+    bool testDepth = true;
+    /// The surface that a line lies in, if that is known: beside the line's middle its pixels are
+    /// then as near as the surface there.
+    const DepthPlane* plane = nullptr;
+};
+
+/// How a triangle is filled.
+struct Fill {
+    ItemIndex item = kNoItem;  ///< what picking finds there
+    DepthPlane plane;
+    float opacity = 1;  ///< what is below 1 lets through what was drawn there before
+};
+
+/// A corner of a textured triangle.
+struct TextureCorner {
+    ScreenPoint place;
+    /// One over the distance from the eye along the view direction, or 1 in a parallel view.
+    float nearness = 1;
+    float u = 0, v = 0;  ///< 1 is one repetition of the texture
+    Vec3 color;          ///< by which the texture is multiplied, 0 to 255
+};
+
+/// Rows run from top to bottom without padding, one 32-bit word per pixel (0x00RRGGBB), which is
+/// what a top-down 32-bit device-independent bitmap holds.
+class Canvas {
+public:
+    /// Makes the picture this size; memory is only taken when it has never been so large before.
+    void resize(int width, int height);
+    /// Fills with a gradient from top to bottom, and forgets depths and items.
+    void clear(Color top, Color bottom);
+
+    int width() const { return width_; }
+    int height() const { return height_; }
+    const Color* pixels() const { return colors_.data(); }
+    Color pixel(int x, int y) const { return colors_[at(x, y)]; }
+    /// Larger is nearer; kFarthest where nothing was drawn.
+    float depth(int x, int y) const { return depths_[at(x, y)]; }
+    ItemIndex item(int x, int y) const { return items_[at(x, y)]; }
+    static constexpr float kFarthest = std::numeric_limits<float>::lowest();
+
+    /// The item nearest to a pixel within `reach` pixels, or kNoItem. A pixel of its own wins over
+    /// a neighbour.
+    ItemIndex pick(int x, int y, int reach) const;
+
+    /// Fills the pixels whose centres lie in the triangle; triangles that share an edge neither
+    /// overlap nor leave a gap. Either orientation is filled. Of surfaces in the same place the one
+    /// that was drawn first stays.
+    void triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, Color color,
+                  const Fill& fill);
+    /// The same with a color for each corner and all between them inside. `colors` are red, green
+    /// and blue of the three corners, 0 to 255.
+    void gradient(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+                  const Vec3 (&colors)[3], const Fill& fill);
+    /// The same with a texture, in perspective. What is less than half opaque in it is left out;
+    /// with `blended` it lets through what was drawn there before.
+    void textured(const TextureCorner (&corners)[3], const Texture& texture, bool blended,
+                  const Fill& fill);
+    /// Draws a smooth line one pixel wide. Off-screen parts cost nothing.
+    void line(ScreenPoint a, ScreenPoint b, const Paint& paint);
+    /// A shining point: a disc of `radius` pixels in a halo three times as wide, all at one depth.
+    void glow(const ScreenPoint& centre, float radius, const Paint& paint);
+    /// Draws a rim of `width` pixels around the pixels of the items whose entry in `chosen` is not
+    /// 0; entries are by item number.
+    void outline(std::span<const std::uint8_t> chosen, int width, Color color);
+
+private:
+    std::size_t at(int x, int y) const {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
+               static_cast<std::size_t>(x);
+    }
+    /// Calls `span(y, left, right)` for each row of the triangle.
+    template <typename Span>
+    void scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, const Span& span);
+    /// Fills a triangle with what `shader` returns for each pixel: `begin(y, left, count)`, then
+    /// `at(i)` for some of them, 0xAARRGGBB.
+    template <bool kBlended, typename Shader>
+    void shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, const Fill& fill,
+               Shader shader);
+    void plot(int x, int y, float depth, const Paint& paint, float coverage);
+    void plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& paint);
+
+    int width_ = 0, height_ = 0;
+    std::vector<Color> colors_;
+    std::vector<float> depths_;
+    std::vector<ItemIndex> items_;
+    std::vector<std::uint8_t> rim_;  // working memory of outline
+};
+
+}  // namespace render

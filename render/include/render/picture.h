@@ -1,0 +1,41 @@
+// Pictures for surfaces, as files hold them.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <stdexcept>
+#include <vector>
+
+namespace render {
+
+/// A picture in memory.
+struct Picture {
+    int width = 0, height = 0;
+    /// 0xAARRGGBB, rows from bottom to top.
+    std::vector<std::uint32_t> texels;
+    /// Whether some texel is not opaque.
+    bool hasAlpha() const;
+};
+
+enum class PictureFault { kUnreadable, kTooLarge, kOtherFormat, kUnknownKind, kEmpty, kCutShort };
+
+/// Why bytes are no picture that can be shown.
+class PictureError : public std::runtime_error {
+public:
+    PictureError(PictureFault fault, const char* what) : std::runtime_error(what), fault_(fault) {}
+    PictureFault fault() const noexcept { return fault_; }
+
+private:
+    PictureFault fault_;
+};
+
+/// Reads an SGI picture (.rgb, .rgba, .int, .inta, .sgi, .bw), plain or run-length encoded, of 8 or
+/// 16 bits a channel, with one to four channels: grey, grey and alpha, color, color and alpha.
+/// What is missing at the end of a plain file, or of a row, is 0; any bytes are read in time and
+/// memory that `kMostTexels` bounds. Throws `PictureError`.
+Picture readSgiPicture(std::span<const std::uint8_t> bytes);
+
+/// Pictures with more texels are refused.
+inline constexpr std::size_t kMostTexels = std::size_t{4096} * 4096;
+
+}  // namespace render

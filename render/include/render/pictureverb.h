@@ -1,0 +1,17 @@
+// The verb "picture" of the script language.
+#pragma once
+
+#include <script/engine.h>
+
+#include <functional>
+#include <string>
+
+namespace render {
+
+/// Offers `picture path width? height? view? mode? eye? target?`, which draws the host's scene into
+/// a PNG file and gives its path. `placed` makes of the path that a script names the one to write;
+/// null for the same.
+void addPictureVerb(script::Engine& engine,
+                    std::function<std::string(const std::string& path)> placed = {});
+
+}  // namespace render

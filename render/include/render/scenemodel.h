@@ -1,0 +1,169 @@
+// What the viewport draws: the host's scene, flattened into world space.
+#pragma once
+
+#include <render/geometry.h>
+
+#include <compare>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace render {
+
+/// The number of a thing that can be picked: an index into SceneModel::items().
+using ItemIndex = std::uint32_t;
+constexpr ItemIndex kNoItem = 0xFFFFFFFFu;
+
+/// Things without a surface are shown as a mark of constant size on the screen.
+enum class MarkKind : std::uint8_t { kHelper, kLight, kLightPoint };
+
+class Texture;
+
+/// How light makes colors of a surface.
+struct Surface {
+    /// What the surface reflects of the light from everywhere and from lamps, and what it shines
+    /// with itself; red, green and blue, 1 is all.
+    Vec3 ambient{1, 1, 1}, diffuse{1, 1, 1}, emissive;
+    float opacity = 1;
+    bool lit = true;                   ///< by the scene's lights; otherwise always about as bright
+    bool blended = false;              ///< the texture's alpha lets through what lies behind
+    std::uint8_t layer = 0;            ///< drawn over surfaces of lower layers in the same place
+    const Texture* texture = nullptr;  ///< not owned; for triangles with texture coordinates
+
+    bool isTranslucent() const { return opacity < 1 || (blended && texture); }
+    bool operator==(const Surface&) const = default;
+};
+
+/// A place in a texture; 1 is one repetition.
+struct TexturePlace {
+    float u = 0, v = 0;
+};
+
+/// One host node's share of the model.
+struct Item {
+    std::uint32_t firstVertex = 0, vertexCount = 0;
+    std::uint32_t firstTriangle = 0, triangleCount = 0;
+    /// Of the finishes of its vertices, when it has them.
+    std::uint32_t firstFinish = 0;
+    bool hasFinish = false;
+    std::uint32_t surface = 0;  ///< index of its surface
+    /// Of the texture coordinates of its triangles' corners, when it has them.
+    std::uint32_t firstTexturePlace = 0;
+    bool isTextured = false;
+    bool selected = false;
+    bool outlined = false;  ///< selected, or below something that is
+    Vec3d origin;           ///< its vertices are relative to this point of the world
+    Box box;                ///< of its own surface or mark
+    Box selectionBox;       ///< what its corner brackets enclose when it is selected
+    Vec3d sphereCentre;     ///< of the surface, for culling
+    float sphereRadius = 0;
+};
+
+/// Three vertices in counter-clockwise order, seen from the front.
+struct Triangle {
+    static constexpr std::uint8_t kAllEdges = 7;
+
+    std::uint32_t vertex[3];
+    Color color;
+    Vec3 normal;         ///< unit length, or zero for a degenerate triangle
+    std::uint8_t edges;  ///< bit i: the edge from vertex i to the next is a polygon's edge
+};
+
+/// What a vertex has of its own beside its place.
+struct Finish {
+    Vec3 normal;  ///< unit length; zero for that of the triangle
+    Color color = 0;
+    bool colored = false;  ///< otherwise the color is the triangle's
+};
+
+struct Mark {
+    Vec3d position;
+    Color color;
+    ItemIndex item;
+    MarkKind kind;
+};
+
+enum class LightKind : std::uint8_t { kDirectional, kPoint, kSpot };
+
+/// What lights the scene.
+struct Light {
+    LightKind kind = LightKind::kDirectional;
+    Vec3d position;
+    Vec3 direction;  ///< in which it shines, unit length; of no meaning for a point light
+    Vec3 strength;   ///< red, green and blue; 1 is full
+};
+
+/// Built anew whenever the scene has changed; the vectors keep their room from one time to the
+/// next. Turning the camera reads it only.
+class SceneModel {
+public:
+    void clear();
+
+    /// Starts the next item; the surface and marks added next belong to it.
+    ItemIndex beginItem();
+    /// Adds a vertex of the current item, in world space; returns its index within the item.
+    std::uint32_t addVertex(Vec3d world);
+    /// Sets the finishes of the current item's vertices, one for each in their order. Called once
+    /// all of them have been added.
+    void setFinishes(std::span<const Finish> finishes);
+    /// Sets for the current item a surface other than the plain one, before its triangles.
+    void setSurface(const Surface& surface);
+    /// Adds a triangle by the indices that addVertex returned. An index that does not exist, or a
+    /// vertex that is not a finite point, leaves the triangle out. On a surface with a texture
+    /// `places` are those of its corners; null for none.
+    void addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, Color color,
+                     std::uint8_t edges = Triangle::kAllEdges,
+                     const TexturePlace* places = nullptr);
+    void addMark(MarkKind kind, Vec3d world, Color color);
+    /// A light that is not finite is left out.
+    void addLight(const Light& light);
+    /// Closes the current item. Its selection box is its own box until setSelectionBox.
+    void endItem();
+
+    /// `outlined`: whether the item or something above it is selected.
+    void setSelected(ItemIndex item, bool selected, bool outlined) {
+        items_[item].selected = selected;
+        items_[item].outlined = outlined;
+    }
+    void setSelectionBox(ItemIndex item, const Box& box) { items_[item].selectionBox = box; }
+
+    std::span<const Item> items() const { return items_; }
+    std::span<const Vec3> vertices() const { return vertices_; }
+    std::span<const Finish> finishes() const { return finishes_; }
+    std::span<const Triangle> triangles() const { return triangles_; }
+    const Surface& surfaceOf(const Item& item) const { return surfaces_[item.surface]; }
+    /// Three for each triangle of a textured item.
+    std::span<const TexturePlace> texturePlaces() const { return texturePlaces_; }
+    /// Whether some surface lets through what lies behind it.
+    bool hasTranslucent() const { return hasTranslucent_; }
+    std::span<const Mark> marks() const { return marks_; }
+    std::span<const Light> lights() const { return lights_; }
+    /// Encloses everything that shows; lights and helpers count only when there is nothing else.
+    const Box& box() const { return box_.empty() ? helperBox_ : box_; }
+    /// Encloses the selected items; empty without any.
+    Box selectedBox() const;
+
+private:
+    struct SeenEdge {
+        std::uint64_t ends;  // the lower vertex in the upper half
+        std::uint32_t triangle;
+        std::uint32_t edge;
+        auto operator<=>(const SeenEdge&) const = default;
+    };
+
+    void dropDoubleEdges(const Item& item);
+
+    std::vector<Item> items_;
+    std::vector<Vec3> vertices_;
+    std::vector<Finish> finishes_;
+    std::vector<Triangle> triangles_;
+    std::vector<Surface> surfaces_{1};
+    std::vector<TexturePlace> texturePlaces_;
+    bool hasTranslucent_ = false;
+    std::vector<Mark> marks_;
+    std::vector<Light> lights_;
+    std::vector<SeenEdge> seenEdges_;  // working memory
+    Box box_, helperBox_;
+};
+
+}  // namespace render

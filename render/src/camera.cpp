@@ -1,0 +1,219 @@
+#include <render/camera.h>
+
+namespace render {
+namespace {
+
+constexpr float kRadiansPerPixel = 0.008f;
+constexpr float kZoomPerStep = 0.85f;
+constexpr double kMinDistance = 1e-3;
+constexpr double kMaxDistance = 1e9;
+constexpr double kFrameMargin = 1.06;
+
+struct Direction {
+    float yaw, pitch;
+};
+
+// The yaw and pitch of the parallel views; yaw is the compass direction of the eye.
+Direction directionOf(View view) {
+    constexpr float kQuarter = 1.57079633f;
+    switch (view) {
+        case View::kTop:
+            return {-kQuarter, kQuarter};
+        case View::kLeft:
+            return {2 * kQuarter, 0};
+        default:
+            return {-kQuarter, 0};
+    }
+}
+
+}  // namespace
+
+void Camera::setPictureSize(int width, int height) {
+    width_ = std::max(width, 1);
+    height_ = std::max(height, 1);
+    update();
+}
+
+void Camera::setView(View view) {
+    view_ = view;
+    update();
+}
+
+void Camera::orbit(float dx, float dy) {
+    if (isParallel()) {
+        const Direction from = directionOf(view_);
+        yaw_ = from.yaw;
+        pitch_ = from.pitch;
+        view_ = View::kPerspective;
+    }
+    yaw_ = std::remainder(yaw_ - dx * kRadiansPerPixel, 6.28318531f);
+    pitch_ = std::clamp(pitch_ + dy * kRadiansPerPixel, -kMaxPitch, kMaxPitch);
+    update();
+}
+
+void Camera::shiftTarget(double right, double up) {
+    target_ = target_ + Vec3d(right_) * right + Vec3d(up_) * up;
+    update();
+}
+
+void Camera::pan(float dx, float dy) {
+    const double unit = unitsPerPixel();
+    shiftTarget(-dx * unit, dy * unit);
+}
+
+void Camera::zoom(float steps, float x, float y) {
+    const double before = unitsPerPixel();
+    distance_ =
+        std::clamp(distance_ * std::pow(double{kZoomPerStep}, steps), kMinDistance, kMaxDistance);
+    const double gained = before - unitsPerPixel();
+    shiftTarget((x - centreX_) * gained, (centreY_ - y) * gained);
+}
+
+void Camera::focusAt(float distance) {
+    // In a parallel view the distance is the scale.
+    if (isParallel() || !(distance > kMinDistance && distance < kMaxDistance)) return;
+    target_ = eye_ + Vec3d(forward_) * distance;
+    distance_ = distance;
+    update();
+}
+
+void Camera::frame(const Box& box) {
+    target_ = {};
+    distance_ = 100;
+    update();
+    if (box.empty()) return;
+    // What perspective makes of a box is not in the middle when its centre is: a few steps put it
+    // there.
+    target_ = box.centre();
+    for (int step = 0; step < 4; ++step) {
+        distance_ = distanceToFit(box);
+        update();
+        if (step < 3) centreOn(box);
+    }
+}
+
+bool Camera::lookFrom(Vec3d eye, Vec3d target) {
+    const Vec3d back = eye - target;
+    const double distance = length(back);
+    if (!(distance >= kMinDistance && distance <= kMaxDistance)) return false;
+    view_ = View::kPerspective;
+    target_ = target;
+    distance_ = distance;
+    // Straight from above the compass direction stays.
+    if (back.x != 0 || back.y != 0) yaw_ = static_cast<float>(std::atan2(back.y, back.x));
+    pitch_ = std::clamp(static_cast<float>(std::asin(back.z / distance)), -kMaxPitch, kMaxPitch);
+    update();
+    return true;
+}
+
+// The distance from the target at which every corner is in the picture.
+double Camera::distanceToFit(const Box& box) const {
+    double needed = kMinDistance;
+    for (unsigned i = 0; i < 8; ++i) {
+        const Vec3d d = box.corner(i) - target_;
+        const double depth = isParallel() ? 0 : -dot(d, Vec3d(forward_));
+        const double across = std::abs(dot(d, Vec3d(right_))) / sideSlope_;
+        const double along = std::abs(dot(d, Vec3d(up_))) / heightSlope_;
+        needed = std::max(needed, std::max(across, along) + depth);
+    }
+    if (needed <= kMinDistance) needed = 10;  // a single point: some room around it
+    return std::clamp(needed * kFrameMargin, kMinDistance, kMaxDistance);
+}
+
+void Camera::centreOn(const Box& box) {
+    Box seen;  // x and y, in units at the target's depth
+    for (unsigned i = 0; i < 8; ++i) {
+        const Vec3 view = toView(box.corner(i));
+        const double shrink = isParallel() ? 1 : distance_ / std::max(view.z, nearDistance());
+        seen.add({view.x * shrink, view.y * shrink, 0});
+    }
+    shiftTarget(seen.centre().x, seen.centre().y);
+}
+
+float Camera::unitsPerPixel() const {
+    return static_cast<float>(2 * kHalfFieldTangent * distance_ / height_);
+}
+
+float Camera::pixelsPerUnitAt(Vec3d world) const {
+    if (isParallel()) return scale_;
+    return scale_ / std::max(toView(world).z, nearDistance());
+}
+
+DepthPlane Camera::depthPlane(Vec3 normal, double distance) const {
+    const double right = double{dot(normal, right_)} / double{scale_};
+    const double up = double{dot(normal, up_)} / double{scale_};
+    const double ahead = dot(normal, forward_);
+    DepthPlane plane;
+    const double divisor = 1 / (isParallel() ? ahead : distance);
+    plane.perX = right * divisor;
+    plane.perY = -up * divisor;
+    plane.start = (isParallel() ? -distance : ahead) * divisor - double{centreX_} * plane.perX -
+                  double{centreY_} * plane.perY;
+    return plane;
+}
+
+bool Camera::clipToPicture(Vec3& a, Vec3& b) const {
+    constexpr float kMargin = 4;  // pixels
+    const float margin = kMargin / scale_;
+    float enter = 0, leave = 1;
+    // Points within a boundary have a room of at least 0.
+    const auto clip = [&](float roomA, float roomB) {
+        if (roomA < 0 && roomB < 0) return false;
+        if (roomA < 0) enter = std::max(enter, roomA / (roomA - roomB));
+        if (roomB < 0) leave = std::min(leave, roomA / (roomA - roomB));
+        return enter <= leave;
+    };
+    const auto reach = [&](Vec3 p, float slope) {
+        return isParallel() ? slope * (centreY_ / heightSlope_) / scale_ + margin
+                            : p.z * (slope + margin);
+    };
+    if (!clip(a.z - nearDistance(), b.z - nearDistance()) ||
+        !clip(reach(a, sideSlope_) - a.x, reach(b, sideSlope_) - b.x) ||
+        !clip(reach(a, sideSlope_) + a.x, reach(b, sideSlope_) + b.x) ||
+        !clip(reach(a, heightSlope_) - a.y, reach(b, heightSlope_) - b.y) ||
+        !clip(reach(a, heightSlope_) + a.y, reach(b, heightSlope_) + b.y))
+        return false;
+    const Vec3 start = a, along = b - a;
+    a = start + along * enter;
+    if (leave < 1) b = start + along * leave;
+    return a.z >= nearDistance() && b.z >= nearDistance();
+}
+
+std::optional<ScreenPoint> Camera::project(Vec3d world) const {
+    const Vec3 view = toView(world);
+    if (view.z < nearDistance()) return std::nullopt;
+    return toScreen(view);
+}
+
+bool Camera::isOutside(Vec3d centre, float radius) const {
+    const Vec3 v = toView(centre);
+    if (isParallel()) {
+        const float halfWidth = centreX_ / scale_, halfHeight = centreY_ / scale_;
+        return std::abs(v.x) > halfWidth + radius || std::abs(v.y) > halfHeight + radius;
+    }
+    if (v.z + radius < nearDistance()) return true;
+    // The distance from a side plane of the picture's pyramid, by its slope.
+    const float side = (std::abs(v.x) - v.z * sideSlope_) / std::sqrt(1 + sideSlope_ * sideSlope_);
+    const float height =
+        (std::abs(v.y) - v.z * heightSlope_) / std::sqrt(1 + heightSlope_ * heightSlope_);
+    return side > radius || height > radius;
+}
+
+void Camera::update() {
+    const Direction direction = isParallel() ? directionOf(view_) : Direction{yaw_, pitch_};
+    const float cosPitch = std::cos(direction.pitch), sinPitch = std::sin(direction.pitch);
+    const float cosYaw = std::cos(direction.yaw), sinYaw = std::sin(direction.yaw);
+    forward_ = {-cosPitch * cosYaw, -cosPitch * sinYaw, -sinPitch};
+    right_ = {-sinYaw, cosYaw, 0};
+    up_ = cross(right_, forward_);
+    eye_ = target_ - Vec3d(forward_) * distance_;
+
+    centreX_ = static_cast<float>(width_) * 0.5f;
+    centreY_ = static_cast<float>(height_) * 0.5f;
+    const float perspective = centreY_ / kHalfFieldTangent;
+    scale_ = isParallel() ? static_cast<float>(perspective / distance_) : perspective;
+    sideSlope_ = centreX_ / perspective;
+    heightSlope_ = centreY_ / perspective;
+}
+
+}  // namespace render

@@ -1,0 +1,491 @@
+#include <render/canvas.h>
+
+#include <utility>
+
+namespace render {
+namespace {
+
+Color mix(Color below, Color above, float opacity) {
+    const auto share = static_cast<std::uint32_t>(opacity * 256 + 0.5f);
+    if (share >= 256) return above;
+    const std::uint32_t rest = 256 - share;
+    const std::uint32_t redBlue =
+        ((below & 0xFF00FF) * rest + (above & 0xFF00FF) * share) >> 8 & 0xFF00FF;
+    const std::uint32_t green = ((below & 0x00FF00) * rest + (above & 0x00FF00) * share) >> 8;
+    return redBlue | (green & 0x00FF00);
+}
+
+// The part of the line from a to b inside the rectangle, widened by one pixel for smoothing.
+bool clipToPicture(ScreenPoint& a, ScreenPoint& b, float width, float height) {
+    const float dx = b.x - a.x, dy = b.y - a.y, dz = b.depth - a.depth;
+    float enter = 0, leave = 1;
+    const auto clip = [&](float direction, float room) {
+        if (direction == 0) return room >= 0;
+        const float t = room / direction;
+        if (direction < 0)
+            enter = std::max(enter, t);
+        else
+            leave = std::min(leave, t);
+        return enter <= leave;
+    };
+    if (!clip(-dx, a.x + 1) || !clip(dx, width + 1 - a.x) || !clip(-dy, a.y + 1) ||
+        !clip(dy, height + 1 - a.y))
+        return false;
+    const ScreenPoint start = a;
+    a = {start.x + dx * enter, start.y + dy * enter, start.depth + dz * enter};
+    b = {start.x + dx * leave, start.y + dy * leave, start.depth + dz * leave};
+    return true;
+}
+
+// First pixel whose centre is at or beyond a coordinate, kept in a range that cannot overflow; what
+// is no number, as an infinite slope gives, is `low`.
+int firstCentre(float coordinate, int low, int high) {
+    const float least = std::max(static_cast<float>(low), coordinate - 0.5f);
+    return static_cast<int>(std::ceil(std::min(least, static_cast<float>(high))));
+}
+
+}  // namespace
+
+void Canvas::resize(int width, int height) {
+    width_ = std::max(width, 1);
+    height_ = std::max(height, 1);
+    const std::size_t size = static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_);
+    colors_.resize(size);
+    depths_.resize(size);
+    items_.resize(size);
+}
+
+void Canvas::clear(Color top, Color bottom) {
+    for (int y = 0; y < height_; ++y) {
+        const Color color = mix(top, bottom, static_cast<float>(y) / static_cast<float>(height_));
+        std::fill_n(colors_.begin() + static_cast<std::ptrdiff_t>(at(0, y)), width_, color);
+    }
+    std::fill(depths_.begin(), depths_.end(), kFarthest);
+    std::fill(items_.begin(), items_.end(), kNoItem);
+}
+
+ItemIndex Canvas::pick(int x, int y, int reach) const {
+    ItemIndex best = kNoItem;
+    int bestDistance = reach * reach + 1;
+    for (int v = std::max(y - reach, 0); v <= std::min(y + reach, height_ - 1); ++v) {
+        for (int u = std::max(x - reach, 0); u <= std::min(x + reach, width_ - 1); ++u) {
+            const int distance = (u - x) * (u - x) + (v - y) * (v - y);
+            if (distance < bestDistance && item(u, v) != kNoItem) {
+                best = item(u, v);
+                bestDistance = distance;
+            }
+        }
+    }
+    return best;
+}
+
+template <typename Span>
+void Canvas::scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+                  const Span& span) {
+    const ScreenPoint *top = &a, *middle = &b, *bottom = &c;
+    if (middle->y < top->y) std::swap(top, middle);
+    if (bottom->y < top->y) std::swap(top, bottom);
+    if (bottom->y < middle->y) std::swap(middle, bottom);
+
+    const int firstRow = firstCentre(top->y, 0, height_),
+              endRow = firstCentre(bottom->y, 0, height_);
+    if (firstRow >= endRow) return;
+    const float area =
+        (middle->x - top->x) * (bottom->y - top->y) - (bottom->x - top->x) * (middle->y - top->y);
+    if (area == 0 || !std::isfinite(area)) return;
+
+    // Every edge is walked from its upper end, so that both its triangles find the same pixels.
+    const float longSlope = (bottom->x - top->x) / (bottom->y - top->y);
+    const float upperSlope = middle->y > top->y ? (middle->x - top->x) / (middle->y - top->y) : 0;
+    const float lowerSlope =
+        bottom->y > middle->y ? (bottom->x - middle->x) / (bottom->y - middle->y) : 0;
+    const bool longIsLeft = area > 0;
+
+    for (int row = firstRow; row < endRow; ++row) {
+        const float centre = static_cast<float>(row) + 0.5f;
+        const float longX = top->x + (centre - top->y) * longSlope;
+        const float shortX = centre < middle->y ? top->x + (centre - top->y) * upperSlope
+                                                : middle->x + (centre - middle->y) * lowerSlope;
+        const int left = firstCentre(longIsLeft ? longX : shortX, 0, width_);
+        const int right = firstCentre(longIsLeft ? shortX : longX, 0, width_);
+        if (left < right) span(row, left, right);
+    }
+}
+
+template <bool kBlended, typename Shader>
+void Canvas::shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+                   const Fill& fill, Shader shader) {
+    // What lies in the same place differs by less than this, as a share of the depth.
+    constexpr float kSamePlace = 1e-5f;
+    constexpr std::uint32_t kHalf = 128, kSolid = 250, kFaint = 8;
+    [[maybe_unused]] const auto opacity = static_cast<std::uint32_t>(fill.opacity * 256);
+    scan(a, b, c, [&](int row, int left, int right) {
+        const int count = right - left;
+        const float y = static_cast<float>(row) + 0.5f;
+        const float first = fill.plane.at(static_cast<float>(left) + 0.5f, y);
+        const float last = fill.plane.at(static_cast<float>(right) - 0.5f, y);
+        const float step = count > 1 ? (last - first) / static_cast<float>(count - 1) : 0;
+        shader.begin(row, left, count);
+        const std::size_t start = at(left, row);
+        for (int k = 0; k < count; ++k) {
+            const std::size_t i = start + static_cast<std::size_t>(k);
+            const float depth = first + step * static_cast<float>(k);
+            if (!(depth > depths_[i] + std::abs(depths_[i]) * kSamePlace)) continue;
+            const std::uint32_t color = shader.at(k);
+            if constexpr (kBlended) {
+                const std::uint32_t alpha = (color >> 24) * opacity >> 8;
+                if (alpha < kFaint) continue;
+                colors_[i] = mix(colors_[i], color & 0xFFFFFF, static_cast<float>(alpha) / 255);
+                if (alpha >= kHalf || fill.opacity < 1) items_[i] = fill.item;
+                if (alpha >= kSolid) depths_[i] = depth;
+            } else {
+                if constexpr (Shader::kHasAlpha) {
+                    if (color >> 24 < kHalf) continue;
+                }
+                colors_[i] = color & 0xFFFFFF;
+                depths_[i] = depth;
+                items_[i] = fill.item;
+            }
+        }
+    });
+}
+
+namespace {
+
+constexpr std::uint32_t kOpaque = 0xFF000000;
+
+struct FlatShader {
+    static constexpr bool kHasAlpha = false;
+    Color color;
+
+    void begin(int, int, int) {}
+    std::uint32_t at(int) const { return color | kOpaque; }
+};
+
+// What grows evenly over the screen.
+struct ScreenPlane {
+    double start = 0, perX = 0, perY = 0;
+
+    double at(double x, double y) const { return start + x * perX + y * perY; }
+};
+
+// The planes through values at the corners of a triangle.
+class PlaneFinder {
+public:
+    PlaneFinder(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c)
+        : x_(a.x), y_(a.y), abX_(b.x - x_), abY_(b.y - y_), acX_(c.x - x_), acY_(c.y - y_) {
+        perArea_ = 1 / (abX_ * acY_ - acX_ * abY_);
+    }
+    bool isFlat() const { return !std::isfinite(perArea_); }
+    ScreenPlane through(double a, double b, double c) const {
+        const double ab = b - a, ac = c - a;
+        const double perX = (ab * acY_ - ac * abY_) * perArea_;
+        const double perY = (ac * abX_ - ab * acX_) * perArea_;
+        return {a - x_ * perX - y_ * perY, perX, perY};
+    }
+
+private:
+    double x_, y_, abX_, abY_, acX_, acY_, perArea_;
+};
+
+// Three planes of red, green and blue.
+class ColorPlanes {
+public:
+    ColorPlanes(const PlaneFinder& planes, const Vec3& a, const Vec3& b, const Vec3& c)
+        : red_(planes.through(a.x, b.x, c.x)),
+          green_(planes.through(a.y, b.y, c.y)),
+          blue_(planes.through(a.z, b.z, c.z)),
+          step_{static_cast<float>(red_.perX), static_cast<float>(green_.perX),
+                static_cast<float>(blue_.perX)} {}
+
+    void begin(int row, int left) {
+        const double x = left + 0.5, y = row + 0.5;
+        row_ = {static_cast<float>(red_.at(x, y)), static_cast<float>(green_.at(x, y)),
+                static_cast<float>(blue_.at(x, y))};
+    }
+    /// Pixel `k` of the row.
+    Vec3 at(int k) const { return row_ + step_ * static_cast<float>(k); }
+
+private:
+    ScreenPlane red_, green_, blue_;
+    Vec3 step_, row_;
+};
+
+// In this order what is no number becomes 0.
+std::uint32_t channel(float value) {
+    return static_cast<std::uint32_t>(std::min(std::max(0.f, value), 255.f));
+}
+
+struct GradientShader {
+    static constexpr bool kHasAlpha = false;
+    ColorPlanes planes;
+
+    void begin(int row, int left, int) { planes.begin(row, left); }
+    std::uint32_t at(int k) const {
+        const Vec3 color = planes.at(k);
+        return kOpaque | channel(color.x) << 16 | channel(color.y) << 8 | channel(color.z);
+    }
+};
+
+// Texture coordinates over the distance grow evenly over the screen. They are divided out every few
+// pixels; between these, an even step is close enough.
+template <bool kAlpha>
+class TextureShader {
+public:
+    static constexpr bool kHasAlpha = kAlpha;
+
+    TextureShader(const PlaneFinder& planes, const TextureCorner (&corners)[3],
+                  const Texture& texture)
+        : texture_(&texture),
+          colors_(planes, corners[0].color, corners[1].color, corners[2].color),
+          u_(overDistance(planes, corners, &TextureCorner::u)),
+          v_(overDistance(planes, corners, &TextureCorner::v)),
+          nearness_(planes.through(corners[0].nearness, corners[1].nearness, corners[2].nearness)) {
+    }
+
+    void begin(int row, int left, int count) {
+        colors_.begin(row, left);
+        x_ = left + 0.5;
+        y_ = row + 0.5;
+        count_ = count;
+        block_ = -1;
+    }
+    std::uint32_t at(int k) {
+        if (k / kBlock != block_) beginBlock(k / kBlock);
+        const int i = k % kBlock;
+        const std::uint32_t texel = level_.at(startU_ + stepU_ * i, startV_ + stepV_ * i);
+        const Vec3 light = colors_.at(k);
+        const auto lit = [&](unsigned shift, float share) {
+            // One more, so that white leaves a color as it is.
+            return ((texel >> shift & 0xFF) * (channel(share) + 1) >> 8) << shift;
+        };
+        return (texel & kOpaque) | lit(16, light.x) | lit(8, light.y) | lit(0, light.z);
+    }
+
+private:
+    static constexpr int kBlock = 16;
+
+    struct Place {
+        double u, v, nearness;
+    };
+
+    static ScreenPlane overDistance(const PlaneFinder& planes, const TextureCorner (&corners)[3],
+                                    float TextureCorner::*coordinate) {
+        const auto value = [&](const TextureCorner& corner) {
+            return double{corner.*coordinate} * double{corner.nearness};
+        };
+        return planes.through(value(corners[0]), value(corners[1]), value(corners[2]));
+    }
+
+    Place placeAt(double x) const {
+        const double nearness = nearness_.at(x, y_);
+        return {u_.at(x, y_) / nearness, v_.at(x, y_) / nearness, nearness};
+    }
+
+    void beginBlock(int block) {
+        block_ = block;
+        const double first = x_ + block * kBlock;
+        const int steps = std::min(kBlock, count_ - block * kBlock) - 1;
+        const Place a = placeAt(first);
+        const Place b = steps > 0 ? placeAt(first + steps) : a;
+        level_ = texture_->level(levelFor(a));
+        const double width = 256 << level_.widthBits, height = 256 << level_.heightBits;
+        const double perStep = steps > 0 ? 1. / steps : 0;
+        // Half a texel less: a texel's color is that of its middle.
+        startU_ = fixed((a.u - std::floor(a.u)) * width) - 128;
+        startV_ = fixed((a.v - std::floor(a.v)) * height) - 128;
+        stepU_ = fixed((b.u - a.u) * perStep * width);
+        stepV_ = fixed((b.v - a.v) * perStep * height);
+    }
+
+    /// The level of which a pixel covers about one texel.
+    int levelFor(const Place& place) const {
+        const Texture::Level largest = texture_->level(0);
+        const double width = 1 << largest.widthBits, height = 1 << largest.heightBits;
+        const auto squared = [&](double ofU, double ofV, double ofNearness) {
+            const double u = (ofU - place.u * ofNearness) / place.nearness * width;
+            const double v = (ofV - place.v * ofNearness) / place.nearness * height;
+            return u * u + v * v;
+        };
+        const double across = squared(u_.perX, v_.perX, nearness_.perX);
+        const double along = squared(u_.perY, v_.perY, nearness_.perY);
+        // Of a surface seen at a slant, between what would blur one way and flicker the other.
+        const double texels = std::max(across, along) * 0.6 + std::min(across, along) * 0.4;
+        if (!(texels > 1)) return 0;
+        return std::clamp(std::ilogb(texels) / 2, 0, texture_->levels() - 1);
+    }
+
+    /// In a range that a block's steps cannot leave.
+    static std::int32_t fixed(double value) {
+        constexpr double kMost = 1 << 26;
+        return value > -kMost && value < kMost ? static_cast<std::int32_t>(value) : 0;
+    }
+
+    const Texture* texture_;
+    ColorPlanes colors_;
+    ScreenPlane u_, v_, nearness_;
+    Texture::Level level_{};
+    double x_ = 0, y_ = 0;
+    int count_ = 0, block_ = -1;
+    std::int32_t startU_ = 0, startV_ = 0, stepU_ = 0, stepV_ = 0;
+};
+
+}  // namespace
+
+void Canvas::triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, Color color,
+                      const Fill& fill) {
+    if (fill.opacity < 1)
+        shade<true>(a, b, c, fill, FlatShader{color});
+    else
+        shade<false>(a, b, c, fill, FlatShader{color});
+}
+
+void Canvas::gradient(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+                      const Vec3 (&colors)[3], const Fill& fill) {
+    const PlaneFinder planes(a, b, c);
+    if (planes.isFlat()) return;
+    const GradientShader shader{ColorPlanes(planes, colors[0], colors[1], colors[2])};
+    if (fill.opacity < 1)
+        shade<true>(a, b, c, fill, shader);
+    else
+        shade<false>(a, b, c, fill, shader);
+}
+
+void Canvas::textured(const TextureCorner (&corners)[3], const Texture& texture, bool blended,
+                      const Fill& fill) {
+    const ScreenPoint &a = corners[0].place, &b = corners[1].place, &c = corners[2].place;
+    const PlaneFinder planes(a, b, c);
+    if (planes.isFlat()) return;
+    if (blended || fill.opacity < 1)
+        shade<true>(a, b, c, fill, TextureShader<true>(planes, corners, texture));
+    else if (texture.hasAlpha())
+        shade<false>(a, b, c, fill, TextureShader<true>(planes, corners, texture));
+    else
+        shade<false>(a, b, c, fill, TextureShader<false>(planes, corners, texture));
+}
+
+inline void Canvas::plot(int x, int y, float depth, const Paint& paint, float coverage) {
+    if (static_cast<unsigned>(x) >= static_cast<unsigned>(width_) ||
+        static_cast<unsigned>(y) >= static_cast<unsigned>(height_))
+        return;
+    const std::size_t i = at(x, y);
+    if (paint.plane)
+        depth = paint.plane->at(static_cast<float>(x) + 0.5f, static_cast<float>(y) + 0.5f);
+    if (paint.testDepth) {
+        const float compared = depth + std::abs(depth) * paint.depthBias;
+        if (compared < depths_[i]) return;
+        // Faint pixels at a line's rim do not hide what is drawn behind them afterwards.
+        if (coverage > 0.5f && paint.opacity == 1) depths_[i] = std::max(depths_[i], depth);
+    }
+    colors_[i] = mix(colors_[i], paint.color, coverage * paint.opacity);
+    if (paint.item != kNoItem && coverage > 0.25f) items_[i] = paint.item;
+}
+
+void Canvas::line(ScreenPoint a, ScreenPoint b, const Paint& paint) {
+    if (!std::isfinite(a.x + a.y + b.x + b.y)) return;
+    if (clipToPicture(a, b, static_cast<float>(width_), static_cast<float>(height_)))
+        plotLine(a, b, paint);
+}
+
+// Walks along the longer direction and shares each step's ink between two neighbouring pixels.
+void Canvas::plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& paint) {
+    const bool steep = std::abs(b.y - a.y) > std::abs(b.x - a.x);
+    float u0 = steep ? a.y : a.x, v0 = steep ? a.x : a.y, z0 = a.depth;
+    float u1 = steep ? b.y : b.x, v1 = steep ? b.x : b.y, z1 = b.depth;
+    if (u0 > u1) {
+        std::swap(u0, u1);
+        std::swap(v0, v1);
+        std::swap(z0, z1);
+    }
+    const float run = std::max(u1 - u0, 1e-6f);
+    const float slope = (v1 - v0) / run, depthSlope = (z1 - z0) / run;
+    const int first = static_cast<int>(std::floor(u0)), last = static_cast<int>(std::floor(u1));
+    for (int step = first; step <= last; ++step) {
+        const float centre = std::clamp(static_cast<float>(step) + 0.5f, u0, u1);
+        // The line is clipped to one pixel around the picture, so that one more keeps it positive
+        // and a cast rounds down.
+        const float v = v0 + (centre - u0) * slope + 1.5f;
+        const float depth = z0 + (centre - u0) * depthSlope;
+        const int low = static_cast<int>(v) - 2;
+        const float share = v - static_cast<float>(low + 2);
+        if (steep) {
+            plot(low, step, depth, paint, 1 - share);
+            plot(low + 1, step, depth, paint, share);
+        } else {
+            plot(step, low, depth, paint, 1 - share);
+            plot(step, low + 1, depth, paint, share);
+        }
+    }
+}
+
+void Canvas::glow(const ScreenPoint& centre, float radius, const Paint& paint) {
+    const float reach = radius * 3;
+    if (!(centre.x > -reach && centre.y > -reach && centre.x < static_cast<float>(width_) + reach &&
+          centre.y < static_cast<float>(height_) + reach))
+        return;
+    const int left = static_cast<int>(std::floor(centre.x - reach));
+    const int right = static_cast<int>(std::ceil(centre.x + reach));
+    const int top = static_cast<int>(std::floor(centre.y - reach));
+    const int bottom = static_cast<int>(std::ceil(centre.y + reach));
+    Paint halo = paint;
+    halo.item = kNoItem;
+    for (int y = top; y < bottom; ++y) {
+        for (int x = left; x < right; ++x) {
+            const float distance = std::hypot(static_cast<float>(x) + 0.5f - centre.x,
+                                              static_cast<float>(y) + 0.5f - centre.y);
+            const float disc = std::clamp(radius + 0.5f - distance, 0.f, 1.f);
+            const float fade = std::clamp(1 - distance / reach, 0.f, 1.f);
+            if (disc > 0.25f)
+                plot(x, y, centre.depth, paint, disc);
+            else if (fade > 0)
+                plot(x, y, centre.depth, halo, std::max(disc, 0.5f * fade * fade));
+        }
+    }
+}
+
+void Canvas::outline(std::span<const std::uint8_t> chosen, int width, Color color) {
+    // How far each pixel is from the nearest chosen one, as far as the rim reaches: by sweeping
+    // down and up again, each pixel from its neighbours.
+    const auto beyond = static_cast<std::uint8_t>(width + 1);
+    rim_.assign(colors_.size(), beyond);
+    int left = width_, right = -1, top = height_, bottom = -1;
+    for (int y = 0; y < height_; ++y) {
+        const std::size_t row = at(0, y);
+        for (int x = 0; x < width_; ++x) {
+            const ItemIndex item = items_[row + static_cast<std::size_t>(x)];
+            if (item == kNoItem || !chosen[item]) continue;
+            rim_[row + static_cast<std::size_t>(x)] = 0;
+            left = std::min(left, x);
+            right = std::max(right, x);
+            top = std::min(top, y);
+            bottom = y;
+        }
+    }
+    left = std::max(left - width, 0);
+    right = std::min(right + width, width_ - 1);
+    top = std::max(top - width, 0);
+    bottom = std::min(bottom + width, height_ - 1);
+    const auto nearer = [&](std::size_t i, bool exists, std::size_t neighbour) {
+        if (exists && rim_[neighbour] + 1 < rim_[i])
+            rim_[i] = static_cast<std::uint8_t>(rim_[neighbour] + 1);
+    };
+    const auto stride = static_cast<std::size_t>(width_);
+    for (int y = top; y <= bottom; ++y) {
+        for (int x = left; x <= right; ++x) {
+            const std::size_t i = at(x, y);
+            nearer(i, x > left, i - 1);
+            nearer(i, y > top, i - stride);
+        }
+    }
+    for (int y = bottom; y >= top; --y) {
+        for (int x = right; x >= left; --x) {
+            const std::size_t i = at(x, y);
+            nearer(i, x < right, i + 1);
+            nearer(i, y < bottom, i + stride);
+            if (rim_[i] != 0 && rim_[i] != beyond)
+                colors_[i] = mix(colors_[i], color, rim_[i] == width && width > 1 ? 0.6f : 1);
+        }
+    }
+}
+
+}  // namespace render

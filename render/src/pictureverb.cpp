@@ -1,0 +1,106 @@
+#include <base/replacefile.h>
+#include <base/text.h>
+#include <kiln/host/core.h>
+#include <render/pictureverb.h>
+#include <render/pngfile.h>
+#include <render/renderer.h>
+#include <render/scenefeed.h>
+
+#include <array>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace render {
+namespace {
+
+constexpr int kLargestSide = 8192;
+
+enum Parameter { kPath, kWidth, kHeight, kView, kMode, kEye, kTarget };
+constexpr const char* kParameters = "path width? height? view? mode? eye? target?";
+
+template <typename T, std::size_t kCount>
+using Choices = std::array<std::pair<std::string_view, T>, kCount>;
+
+constexpr Choices<View, 4> kViews{{{"perspective", View::kPerspective},
+                                   {"top", View::kTop},
+                                   {"front", View::kFront},
+                                   {"left", View::kLeft}}};
+constexpr Choices<DrawMode, 3> kModes{{{"shaded", DrawMode::kShaded},
+                                       {"edges", DrawMode::kShadedEdges},
+                                       {"wireframe", DrawMode::kWireframe}}};
+
+/// The choice that an argument names, the first one without it.
+template <typename T, std::size_t kCount>
+T chosen(const script::Arguments& arguments, Parameter which, const Choices<T, kCount>& choices) {
+    if (!arguments.has(which)) return choices.front().second;
+    std::string known;
+    for (const auto& [name, value] : choices) {
+        if (base::smallLetters(arguments.text(which)) == name) return value;
+        known += (known.empty() ? "\"" : ", \"") + std::string(name) + '"';
+    }
+    throw script::Failure("\"" + arguments.text(which) + "\" is none of " + known);
+}
+
+int sideOf(const script::Arguments& arguments, Parameter which, int otherwise) {
+    const int side = arguments.has(which) ? arguments.integer(which) : otherwise;
+    if (side < 1 || side > kLargestSide)
+        throw script::Failure("a picture has sides of 1 to " + std::to_string(kLargestSide));
+    return side;
+}
+
+Vec3d placeOf(const script::Arguments& arguments, Parameter which) {
+    const Point3 point = arguments.point(which);
+    return {point.x, point.y, point.z};
+}
+
+/// As the view that the script names, of the whole scene, or from where it says.
+void aim(Camera& camera, const Box& scene, const script::Arguments& arguments) {
+    camera.setView(chosen(arguments, kView, kViews));
+    camera.frame(scene);
+    if (arguments.has(kTarget) && !arguments.has(kEye))
+        throw script::Failure("a target needs an eye");
+    if (!arguments.has(kEye)) return;
+    const Vec3d target = arguments.has(kTarget) ? placeOf(arguments, kTarget) : scene.centre();
+    if (!camera.lookFrom(placeOf(arguments, kEye), target))
+        throw script::Failure("the eye is at the target, or beyond all measure");
+}
+
+script::Value drawPicture(const script::Arguments& arguments, const std::string& path) {
+    kiln::Core* const core = kiln::Core::get();
+    if (!core) throw script::Failure("there is no scene");
+    const int width = sideOf(arguments, kWidth, 1280), height = sideOf(arguments, kHeight, 800);
+    RenderOptions options;
+    options.mode = chosen(arguments, kMode, kModes);
+    options.grid = options.axes = options.helpers = false;
+    SceneFeed feed;
+    feed.build(core->hostInterface());
+    Camera camera;
+    Canvas canvas;
+    Renderer renderer;
+    camera.setPictureSize(width, height);
+    aim(camera, feed.model().box(), arguments);
+    canvas.resize(width, height);
+    renderer.draw(feed.model(), camera, options, canvas);
+    const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    try {
+        base::replaceFile(path, encodedPng(width, height, {canvas.pixels(), count}));
+    } catch (const std::system_error& error) {
+        throw script::Failure(error.what());
+    }
+    return script::Value(path);
+}
+
+}  // namespace
+
+void addPictureVerb(script::Engine& engine,
+                    std::function<std::string(const std::string& path)> placed) {
+    engine.addVerb("picture", kParameters,
+                   [placed = std::move(placed)](const script::Arguments& arguments) {
+                       const std::string& path = arguments.text(kPath);
+                       if (path.empty()) throw script::Failure("a picture needs a name");
+                       return drawPicture(arguments, placed ? placed(path) : path);
+                   });
+}
+
+}  // namespace render

@@ -1,0 +1,98 @@
+#include <render/texture.h>
+
+#include <algorithm>
+
+namespace render {
+namespace {
+
+// The mean of several texels. What cannot be seen has no say in the color.
+class Mean {
+public:
+    void add(std::uint32_t texel) {
+        const std::uint32_t alpha = texel >> 24;
+        red_ += (texel >> 16 & 0xFF) * alpha;
+        green_ += (texel >> 8 & 0xFF) * alpha;
+        blue_ += (texel & 0xFF) * alpha;
+        alpha_ += alpha;
+        ++count_;
+    }
+    std::uint32_t texel() const {
+        if (alpha_ == 0) return 0;
+        const auto shade = [&](std::uint64_t sum) {
+            return static_cast<std::uint32_t>((sum + alpha_ / 2) / alpha_);
+        };
+        return static_cast<std::uint32_t>((alpha_ + count_ / 2) / count_) << 24 |
+               shade(red_) << 16 | shade(green_) << 8 | shade(blue_);
+    }
+
+private:
+    std::uint64_t red_ = 0, green_ = 0, blue_ = 0, alpha_ = 0, count_ = 0;
+};
+
+/// The power of two that is nearest to `side` from above, within the limit.
+int bitsFor(int side, int most) {
+    int bits = 0;
+    while (bits < most && 1 << bits < side) ++bits;
+    return bits;
+}
+
+}  // namespace
+
+Texture::Texture(const Picture& picture, int mostBits) : hasAlpha_(picture.hasAlpha()) {
+    const int most = std::clamp(mostBits, 0, kMostBits);
+    addLevel(bitsFor(picture.width, most), bitsFor(picture.height, most));
+    fit(picture);
+    while (levels_[static_cast<unsigned>(levelCount_ - 1)].widthBits > 0 ||
+           levels_[static_cast<unsigned>(levelCount_ - 1)].heightBits > 0) {
+        const Place last = levels_[static_cast<unsigned>(levelCount_ - 1)];
+        addLevel(std::max(last.widthBits - 1, 0), std::max(last.heightBits - 1, 0));
+        halve(last);
+    }
+}
+
+void Texture::addLevel(int widthBits, int heightBits) {
+    const std::size_t start = texels_.size();
+    texels_.resize(start + (std::size_t{1} << (widthBits + heightBits)));
+    levels_[static_cast<unsigned>(levelCount_++)] = {start, widthBits, heightBits};
+}
+
+// Each texel is the mean of the picture's that it covers, or the one that it lies in.
+void Texture::fit(const Picture& picture) {
+    const Place& place = levels_.front();
+    const auto first = [](int index, int bits, int side) {
+        return static_cast<int>(std::int64_t{index} * side >> bits);
+    };
+    for (int y = 0; y < 1 << place.heightBits; ++y) {
+        const int low = first(y, place.heightBits, picture.height);
+        const int high = std::max(first(y + 1, place.heightBits, picture.height), low + 1);
+        for (int x = 0; x < 1 << place.widthBits; ++x) {
+            const int left = first(x, place.widthBits, picture.width);
+            const int right = std::max(first(x + 1, place.widthBits, picture.width), left + 1);
+            Mean mean;
+            for (int v = low; v < high; ++v)
+                for (int u = left; u < right; ++u)
+                    mean.add(picture.texels[static_cast<std::size_t>(v) *
+                                                static_cast<std::size_t>(picture.width) +
+                                            static_cast<std::size_t>(u)]);
+            texels_[static_cast<std::size_t>(y) << place.widthBits | static_cast<std::size_t>(x)] =
+                mean.texel();
+        }
+    }
+}
+
+void Texture::halve(const Place& from) {
+    const Place& to = levels_[static_cast<unsigned>(levelCount_ - 1)];
+    const int acrossShift = from.widthBits - to.widthBits,
+              upShift = from.heightBits - to.heightBits;
+    for (std::size_t y = 0; y < std::size_t{1} << to.heightBits; ++y) {
+        for (std::size_t x = 0; x < std::size_t{1} << to.widthBits; ++x) {
+            Mean mean;
+            for (std::size_t v = y << upShift; v < (y + 1) << upShift; ++v)
+                for (std::size_t u = x << acrossShift; u < (x + 1) << acrossShift; ++u)
+                    mean.add(texels_[from.start + (v << from.widthBits | u)]);
+            texels_[to.start + (y << to.widthBits | x)] = mean.texel();
+        }
+    }
+}
+
+}  // namespace render

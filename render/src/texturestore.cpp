@@ -1,0 +1,160 @@
+#include "texts.h"
+
+#include <base/paths.h>
+#include <base/text.h>
+#include <render/texturestore.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <new>
+#include <optional>
+#include <utility>
+
+namespace render {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Beyond this many texels pictures are kept small.
+constexpr std::size_t kManyTexels = 64u << 20;
+constexpr int kSmallBits = 7;
+constexpr std::size_t kMostFailures = 10;
+constexpr std::uintmax_t kLargestFile = 256u << 20;
+
+/// Paths come from either kind of system.
+std::string withSlashes(std::string path) {
+    std::replace(path.begin(), path.end(), '\\', '/');
+    return path;
+}
+
+/// Whether `path`, with slashes, leads out of the drives: to another computer (//host/share) or
+/// past the names of files to the system's devices (//?/, //./, /??/).
+bool leavesDrives(std::string_view path) {
+    return path.starts_with("//") || path.starts_with("/?");
+}
+
+/// The computer that `path`, with slashes, leads to; empty for one that leads to none, or to one
+/// that is not plain to see.
+std::string hostOf(std::string_view path) {
+    if (!path.starts_with("//")) return {};
+    const std::string_view host = path.substr(2, path.find('/', 2) - 2);
+    return host == "." || host == "?" ? std::string() : base::smallLetters(host);
+}
+
+/// The file that `name` means, if there is one. To ask another computer for a file tells it who
+/// asks, so the name, which comes from a file, is followed only to one that the folders name too.
+std::optional<fs::path> locate(const std::string& name, const std::vector<std::string>& folders) {
+    const std::string usual = withSlashes(name);
+    const fs::path given = base::pathFrom(usual).make_preferred(), last = given.filename();
+    std::error_code ignored;
+    const auto isFile = [&](const fs::path& path) { return fs::is_regular_file(path, ignored); };
+    const bool isElsewhere = leavesDrives(usual);
+    if (isElsewhere) {
+        const std::string host = hostOf(usual);
+        const bool isKnown = !host.empty() && std::ranges::any_of(folders, [&](const auto& folder) {
+            return hostOf(withSlashes(folder)) == host;
+        });
+        if (isKnown && isFile(given)) return given;
+    } else if (given.is_absolute() && isFile(given)) {
+        return given;
+    }
+    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
+        const fs::path from = base::pathFrom(*folder);
+        if (!isElsewhere && given.is_relative() && isFile(from / given)) return from / given;
+        if (isFile(from / last)) return from / last;
+    }
+    return std::nullopt;
+}
+
+std::vector<std::uint8_t> contentOf(const fs::path& path) {
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(path, error);
+    if (error) throw PictureError(PictureFault::kUnreadable, "cannot be read");
+    if (size > kLargestFile) throw PictureError(PictureFault::kTooLarge, "too large a picture");
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));
+    std::ifstream file(path, std::ios::binary);
+    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
+    if (!file) throw PictureError(PictureFault::kUnreadable, "cannot be read");
+    return bytes;
+}
+
+TextId sentenceFor(PictureFault fault) {
+    switch (fault) {
+        case PictureFault::kUnreadable:
+            return TextId::kPictureUnreadable;
+        case PictureFault::kTooLarge:
+            return TextId::kPictureTooLarge;
+        case PictureFault::kOtherFormat:
+            return TextId::kPictureOther;
+        case PictureFault::kUnknownKind:
+            return TextId::kPictureUnknown;
+        case PictureFault::kEmpty:
+            return TextId::kPictureEmpty;
+        case PictureFault::kCutShort:
+            return TextId::kPictureCutShort;
+    }
+    return TextId::kPictureUnreadable;
+}
+
+}  // namespace
+
+void TextureStore::addFolder(std::string_view folder) {
+    if (folder.empty()) return;
+    const auto known = std::find(folders_.begin(), folders_.end(), folder);
+    if (known == folders_.end())
+        folders_.emplace_back(folder);
+    else
+        std::rotate(known, known + 1, folders_.end());
+}
+
+const Texture* TextureStore::find(const std::string& name) {
+    if (name.empty()) return nullptr;
+    Entry& entry = entries_[name];
+    if (!entry.texture && !entry.isDamaged &&
+        (entry.foldersTried == 0 || entry.foldersTried <= folders_.size()))
+        load(name, entry);
+    return entry.texture.get();
+}
+
+void TextureStore::load(const std::string& name, Entry& entry) {
+    const bool isFirst = entry.foldersTried == 0;
+    entry.foldersTried = folders_.size() + 1;
+    try {
+        const std::optional<fs::path> path = locate(name, folders_);
+        if (!path) {
+            if (isFirst) failures_.push_back(textOf(TextId::kNoSuchPicture, {name}));
+            return;
+        }
+        const Picture picture = readSgiPicture(contentOf(*path));
+        const int most = texels_ > kManyTexels ? kSmallBits : Texture::kMostBits;
+        entry.texture = std::make_unique<Texture>(picture, most);
+        texels_ += entry.texture->size();
+    } catch (const std::bad_alloc&) {
+        entry.isDamaged = true;
+        failures_.push_back(textOf(TextId::kPictureOutOfMemory, {name}));
+    } catch (const PictureError& error) {
+        entry.isDamaged = true;
+        failures_.push_back(textOf(sentenceFor(error.fault()), {name}));
+    } catch (const std::exception&) {
+        entry.isDamaged = true;
+        failures_.push_back(textOf(TextId::kPictureUnreadable, {name}));
+    }
+}
+
+std::vector<std::string> TextureStore::takeFailures() {
+    if (failures_.size() > kMostFailures) {
+        const std::size_t others = failures_.size() - (kMostFailures - 1);
+        failures_.resize(kMostFailures - 1);
+        failures_.push_back(textOf(TextId::kMorePictures, {std::to_string(others)}));
+    }
+    return std::exchange(failures_, {});
+}
+
+void TextureStore::clear() {
+    entries_.clear();
+    failures_.clear();
+    texels_ = 0;
+}
+
+}  // namespace render

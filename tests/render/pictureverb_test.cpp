@@ -1,0 +1,66 @@
+#include "../script/enginefixture.h"
+#include "../support/temporaryfolder.h"
+
+#include <base/paths.h>
+#include <render/pictureverb.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+class PictureVerbTest : public EngineTest {
+protected:
+    PictureVerbTest() { render::addPictureVerb(engine); }
+
+    std::string path(const char8_t* name) const { return folder_.file(name); }
+    static std::string bytesOf(const std::string& path) {
+        std::ifstream file(base::pathFrom(path), std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    /// What the verb writes, called with these arguments after the path.
+    std::string picture(const std::string& arguments) {
+        const std::string file = path(u8"图 picture.png");
+        EXPECT_EQ(good("picture \"" + file + "\" " + arguments), '"' + file + '"');
+        return bytesOf(file);
+    }
+
+    const TemporaryFolder folder_;
+};
+
+TEST_F(PictureVerbTest, DrawsTheSceneInTheSizeAndFromTheSideThatAreAskedFor) {
+    good("createBox length:40");
+    const std::string picture1 = picture("width:320 height:200");
+    EXPECT_EQ(picture1.substr(0, 8), "\x89PNG\r\n\x1A\n");
+    EXPECT_EQ(picture1.substr(16, 8), std::string("\0\0\x01\x40\0\0\0\xC8", 8));
+    EXPECT_EQ(picture("width:320 height:200 view:\"Perspective\""), picture1);
+    std::vector<std::string> others = {picture1};
+    for (const char* const arguments :
+         {"view:\"top\"", "view:\"front\"", "view:\"left\"", "mode:\"edges\"", "mode:\"wireframe\"",
+          "eye:[90, 0, 5]", "eye:[90, 0, 5] target:[0, 9, 0]"}) {
+        others.push_back(picture("width:320 height:200 " + std::string(arguments)));
+        EXPECT_EQ(std::count(others.begin(), others.end(), others.back()), 1) << arguments;
+    }
+    good("createBox position:[0, 60, 0]");
+    EXPECT_NE(picture("width:320 height:200"), picture1) << "of the scene as it is now";
+}
+
+TEST_F(PictureVerbTest, RefusesWhatCannotBeDrawnOrWrittenAndLeavesTheFile) {
+    const std::string file = path(u8"old.png");
+    folder_.write(u8"old.png", std::vector<std::uint8_t>{1, 2});
+    const std::string call = "picture \"" + file + "\" ";
+    for (const auto& [arguments, reason] :
+         {std::pair{"width:0", "sides of 1 to 8192"},
+          {"height:8193", "sides of 1 to 8192"},
+          {"view:\"below\"", "\"perspective\", \"top\", \"front\", \"left\""},
+          {"mode:\"x\"", "none of"},
+          {"target:[0, 0, 0]", "needs an eye"},
+          {"eye:[1, 2, 3] target:[1, 2, 3]", "the eye is at the target"}})
+        EXPECT_THAT(bad(call + arguments), testing::HasSubstr(reason));
+    EXPECT_EQ(bytesOf(file), "\1\2");
+    EXPECT_THAT(bad("picture \"\""), testing::HasSubstr("needs a name"));
+    EXPECT_THAT(bad("picture \"" + path(u8"") + "\""), testing::HasSubstr("cannot write"));
+}
+
+}  // namespace

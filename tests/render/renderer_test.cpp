@@ -1,0 +1,453 @@
+#include <render/renderer.h>
+
+#include <gmock/gmock.h>
+
+using namespace render;
+
+namespace {
+
+constexpr Color kGrey = 0xC0C0C0;
+
+ItemIndex addCube(SceneModel& scene, Vec3d centre, double size) {
+    const ItemIndex item = scene.beginItem();
+    Box box;
+    box.add(centre - Vec3d{size, size, size} * 0.5);
+    box.add(centre + Vec3d{size, size, size} * 0.5);
+    for (unsigned i = 0; i < 8; ++i) scene.addVertex(box.corner(i));
+    constexpr std::uint32_t kSides[6][4] = {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4},
+                                            {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}};
+    for (const auto& side : kSides) {
+        scene.addTriangle(side[0], side[1], side[2], kGrey, 3);
+        scene.addTriangle(side[0], side[2], side[3], kGrey, 6);
+    }
+    scene.endItem();
+    return item;
+}
+
+class RendererTest : public testing::Test {
+protected:
+    RendererTest() {
+        camera_.setPictureSize(kWidth, kHeight);
+        canvas_.resize(kWidth, kHeight);
+    }
+
+    void draw(DrawMode mode = DrawMode::kShaded) {
+        renderer_.draw(scene_, camera_, {mode, false, false, 1}, canvas_);
+    }
+
+    ItemIndex itemAt(Vec3d world) const {
+        const auto p = camera_.project(world);
+        return p ? canvas_.pick(static_cast<int>(p->x), static_cast<int>(p->y), 0) : kNoItem;
+    }
+
+    static constexpr int kWidth = 320, kHeight = 240;
+    SceneModel scene_;
+    Camera camera_;
+    Canvas canvas_;
+    Renderer renderer_;
+};
+
+TEST_F(RendererTest, PicksTheFrontmostThing) {
+    const ItemIndex front = addCube(scene_, {0, -20, 0}, 10);
+    const ItemIndex back = addCube(scene_, {0, 20, 0}, 16);
+    camera_.setView(View::kFront);
+    camera_.frame(scene_.box());
+    draw();
+    EXPECT_EQ(itemAt({0, -20, 0}), front);
+    EXPECT_EQ(itemAt({7, 12, 7}), back);
+    EXPECT_EQ(canvas_.pick(2, 2, 1), kNoItem);
+}
+
+TEST_F(RendererTest, SidesOfACubeDifferInBrightness) {
+    addCube(scene_, {}, 10);
+    camera_.frame(scene_.box());
+    draw();
+    std::vector<Color> seen;
+    for (int y = 0; y < kHeight; ++y)
+        for (int x = 0; x < kWidth; ++x)
+            if (canvas_.item(x, y) != kNoItem) seen.push_back(canvas_.pixel(x, y));
+    std::sort(seen.begin(), seen.end());
+    seen.erase(std::unique(seen.begin(), seen.end()), seen.end());
+    EXPECT_EQ(seen.size(), 3u);
+}
+
+TEST_F(RendererTest, WireframeLeavesFacesOpenAndHidesInnerEdges) {
+    addCube(scene_, {}, 10);
+    camera_.setView(View::kFront);
+    camera_.frame(scene_.box());
+    draw(DrawMode::kWireframe);
+    EXPECT_EQ(itemAt({0, -5, 0.7f}), kNoItem) << "neither surface nor the diagonal of the side";
+    const auto edge = *camera_.project({0, -5, 5});
+    EXPECT_EQ(canvas_.pick(static_cast<int>(edge.x), static_cast<int>(edge.y), 2), 0u);
+}
+
+TEST_F(RendererTest, EdgesAreLeftOutWhereTheyWouldHideTheSurface) {
+    addCube(scene_, {}, 10);
+    const auto sameInBothModes = [&] {
+        draw(DrawMode::kShaded);
+        const std::vector<Color> plain(canvas_.pixels(), canvas_.pixels() + kWidth * kHeight);
+        draw(DrawMode::kShadedEdges);
+        return std::equal(plain.begin(), plain.end(), canvas_.pixels());
+    };
+    camera_.frame(scene_.box());
+    EXPECT_FALSE(sameInBothModes());
+    camera_.zoom(-25, kWidth / 2.f, kHeight / 2.f);
+    EXPECT_TRUE(sameInBothModes());
+    EXPECT_NE(canvas_.pick(kWidth / 2, kHeight / 2, 3), kNoItem) << "it is still there";
+}
+
+TEST_F(RendererTest, SelectionIsMarkedWithoutTakingOtherThingsPixels) {
+    const ItemIndex cube = addCube(scene_, {}, 10);
+    camera_.frame(scene_.box());
+    draw();
+    const std::vector<Color> plain(canvas_.pixels(), canvas_.pixels() + kWidth * kHeight);
+    scene_.setSelected(cube, true, true);
+    draw();
+    int changed = 0;
+    for (int i = 0; i < kWidth * kHeight; ++i)
+        changed += plain[static_cast<std::size_t>(i)] != canvas_.pixels()[i];
+    EXPECT_GT(changed, 200);
+    EXPECT_LT(changed, kWidth * kHeight / 4);
+}
+
+// Standing inside a floor that reaches behind the viewer, the part in front is drawn.
+TEST_F(RendererTest, ClipsWhatReachesBehindTheViewer) {
+    scene_.beginItem();
+    const float far = 1e5f;
+    for (const Vec3 p :
+         {Vec3{-far, -far, 0}, Vec3{far, -far, 0}, Vec3{far, far, 0}, Vec3{-far, far, 0}})
+        scene_.addVertex(p);
+    scene_.addTriangle(0, 1, 2, kGrey, 3);
+    scene_.addTriangle(0, 2, 3, kGrey, 6);
+    scene_.endItem();
+    camera_.frame({});
+    for (const DrawMode mode : {DrawMode::kShaded, DrawMode::kShadedEdges, DrawMode::kWireframe}) {
+        draw(mode);
+        if (mode == DrawMode::kWireframe) continue;
+        EXPECT_EQ(canvas_.item(kWidth / 2, kHeight - 2), 0u);
+        EXPECT_EQ(canvas_.item(kWidth / 2, kHeight / 2), 0u);
+    }
+}
+
+TEST_F(RendererTest, MarksArePickedAndCulledSurfacesCostNothing) {
+    const ItemIndex helper = scene_.beginItem();
+    scene_.addMark(MarkKind::kHelper, {0, 0, 0}, kGrey);
+    scene_.endItem();
+    const ItemIndex light = scene_.beginItem();
+    scene_.addMark(MarkKind::kLightPoint, {8, 0, 0}, kGrey);
+    scene_.endItem();
+    camera_.frame(scene_.box());
+    addCube(scene_, camera_.eye() - camera_.forward() * 100, 10);
+    draw();
+    EXPECT_EQ(itemAt({0, 0, 0}), helper);
+    EXPECT_EQ(itemAt({8, 0, 0}), light);
+    EXPECT_EQ(renderer_.trianglesDrawn(), 0u);
+}
+
+// Side by side, a red and a white floor seen from above.
+TEST_F(RendererTest, TheScenesLightsLightItInTheirColors) {
+    const auto floor = [&](double x, Color color) {
+        const ItemIndex item = scene_.beginItem();
+        for (const Vec3d p :
+             {Vec3d{x, 0, 0}, Vec3d{x + 10, 0, 0}, Vec3d{x + 10, 10, 0}, Vec3d{x, 10, 0}})
+            scene_.addVertex(p);
+        scene_.addTriangle(0, 1, 2, color);
+        scene_.addTriangle(0, 2, 3, color);
+        scene_.endItem();
+        return item;
+    };
+    floor(0, 0xC00000);
+    floor(40, kGrey);
+    camera_.setView(View::kTop);
+    camera_.frame(scene_.box());
+    struct Seen {
+        int red, green, blue;
+    };
+    const auto seenAt = [&](Vec3d world) {
+        const auto p = *camera_.project(world);
+        const Color c = canvas_.pixel(static_cast<int>(p.x), static_cast<int>(p.y));
+        return Seen{static_cast<int>(c >> 16 & 0xFF), static_cast<int>(c >> 8 & 0xFF),
+                    static_cast<int>(c & 0xFF)};
+    };
+    draw();
+    const Seen unlit = seenAt({45, 5, 0});
+    EXPECT_GT(unlit.red, 140) << "without lights there is one of our own";
+    EXPECT_EQ(unlit.red, unlit.blue);
+    EXPECT_GT(seenAt({5, 5, 0}).red, 140);
+    EXPECT_EQ(seenAt({5, 5, 0}).green, 0);
+
+    // From the side nothing but the little light from everywhere falls on a floor.
+    scene_.addLight({LightKind::kDirectional, {}, {1, 0, 0}, {1, 1, 1}});
+    draw();
+    const Seen grazed = seenAt({45, 5, 0});
+    EXPECT_LT(grazed.red, unlit.red - 40);
+    scene_.addLight({LightKind::kDirectional, {}, {0, 0, -1}, {0, 0, 1}});
+    draw();
+    EXPECT_GT(seenAt({45, 5, 0}).blue, grazed.blue + 60);
+    EXPECT_EQ(seenAt({45, 5, 0}).red, grazed.red);
+    EXPECT_EQ(seenAt({5, 5, 0}).blue, 0) << "red does not throw back blue";
+
+    // A spot over one floor leaves the other as it was.
+    scene_.addLight({LightKind::kSpot, {5, 5, 15}, {0, 0, -1}, {1, 1, 1}});
+    const Seen red = seenAt({5, 5, 0}), grey = seenAt({45, 5, 0});
+    draw();
+    EXPECT_GT(seenAt({5, 5, 0}).red, red.red + 30);
+    EXPECT_EQ(seenAt({45, 5, 0}).red, grey.red);
+    scene_.addLight({LightKind::kPoint, {std::nan(""), 0, 0}, {}, {1, 1, 1}});
+    EXPECT_EQ(scene_.lights().size(), 3u) << "a light that is nowhere is left out";
+}
+
+TEST_F(RendererTest, NormalsOfVerticesMakeAnEdgeRound) {
+    const ItemIndex item = addCube(scene_, {}, 10);
+    camera_.setView(View::kFront);
+    camera_.frame(scene_.box());
+    draw();
+    const auto middle = static_cast<int>(camera_.project({0, -5, 0.5})->y);
+    const auto at = [&](int x) { return canvas_.pixel(x, middle) & 0xFF; };
+    const auto left = static_cast<int>(camera_.project({-4.5, -5, 0})->x);
+    const auto right = static_cast<int>(camera_.project({4.5, -5, 0})->x);
+    EXPECT_EQ(at(left), at(right)) << "a flat side is of one brightness";
+
+    std::vector<Finish> finishes(scene_.items()[item].vertexCount);
+    for (unsigned i = 0; i < finishes.size(); ++i)
+        finishes[i].normal = normalised(Vec3{i & 1 ? 1.f : -1.f, i & 2 ? 1.f : -1.f, 0});
+    scene_.setFinishes(finishes);
+    draw();
+    EXPECT_GT(at(left), at(right) + 20) << "the lamp is on the left";
+}
+
+// What stands on the earth's surface in a scene with its origin at the earth's centre is drawn
+// exactly as the same thing at the origin, in every pixel.
+TEST_F(RendererTest, AThingFarFromTheOriginIsDrawnAsOneAtTheOrigin) {
+    const auto picture = [&](Vec3d place, View view) {
+        scene_.clear();
+        addCube(scene_, place, 0.5);
+        addCube(scene_, place + Vec3d{0.6, 0.2, 0.1}, 0.25);
+        camera_ = {};
+        camera_.setPictureSize(kWidth, kHeight);
+        camera_.setView(view);
+        camera_.frame(scene_.box());
+        camera_.zoom(2, 100, 100);
+        draw(DrawMode::kShadedEdges);
+        return std::vector<Color>(canvas_.pixels(), canvas_.pixels() + kWidth * kHeight);
+    };
+    for (const View view : {View::kPerspective, View::kTop}) {
+        const std::vector<Color> here = picture({}, view);
+        const std::vector<Color> there = picture({4194304, -2097152, 4194304}, view);
+        int different = 0;
+        for (std::size_t i = 0; i < here.size(); ++i) different += here[i] != there[i];
+        EXPECT_LT(different, 40);
+    }
+}
+
+TEST_F(RendererTest, OutlinesWhatHangsBelowASelectedGroup) {
+    const ItemIndex cube = addCube(scene_, {}, 10);
+    const ItemIndex other = addCube(scene_, {30, 0, 0}, 10);
+    camera_.frame(scene_.box());
+    const auto rim = [&] {
+        draw();
+        int found = 0;
+        for (int y = 0; y < kHeight; ++y)
+            for (int x = 0; x < kWidth; ++x)
+                found += canvas_.pixel(x, y) == 0xFFC040 && canvas_.item(x, y) == kNoItem;
+        return found;
+    };
+    EXPECT_EQ(rim(), 0);
+    scene_.setSelected(cube, false, true);
+    const int one = rim();
+    EXPECT_GT(one, 40);
+    scene_.setSelected(other, false, true);
+    EXPECT_GT(rim(), one + 40);
+}
+
+TEST_F(RendererTest, LeavesOutTrianglesThatCannotBeDrawn) {
+    scene_.beginItem();
+    scene_.addVertex({0, 0, 0});
+    scene_.addVertex({1, 0, 0});
+    scene_.addVertex({0, std::numeric_limits<float>::infinity(), 0});
+    scene_.addTriangle(0, 1, 2, kGrey);
+    scene_.addTriangle(0, 1, 3, kGrey);
+    scene_.addMark(MarkKind::kLight, {std::nanf(""), 0, 0}, kGrey);
+    scene_.endItem();
+    EXPECT_TRUE(scene_.triangles().empty());
+    EXPECT_TRUE(scene_.marks().empty());
+    camera_.frame(scene_.box());
+    draw();
+    EXPECT_EQ(canvas_.pick(kWidth / 2, kHeight / 2, kHeight), kNoItem);
+}
+
+/// A level square of that size, one texture across, a little to the side of the origin.
+void addFloor(SceneModel& scene, double size, double height, Color color,
+              const Surface& surface = {}) {
+    scene.beginItem();
+    for (const Vec3d& p : {Vec3d{-size, -size, height}, Vec3d{size, -size, height},
+                           Vec3d{size, size, height}, Vec3d{-size, size, height}})
+        scene.addVertex(p + Vec3d{size * 0.1, 0, 0});
+    scene.setSurface(surface);
+    const TexturePlace lower[] = {{0, 0}, {1, 0}, {1, 1}}, upper[] = {{0, 0}, {1, 1}, {0, 1}};
+    scene.addTriangle(0, 1, 2, color, 3, lower);
+    scene.addTriangle(0, 2, 3, color, 6, upper);
+    scene.endItem();
+}
+
+// Markings on a wide ground, of other corners than it has, seen from close up to far away.
+TEST_F(RendererTest, UpperLayersLieOnWhatIsInTheSamePlace) {
+    addFloor(scene_, 5000, 0, kGrey);
+    Surface marking;
+    marking.layer = 1;
+    addFloor(scene_, 700, 0, 0x00FF00, marking);
+    Box box;
+    for (const View view : {View::kPerspective, View::kTop}) {
+        for (const double size : {2., 60., 400.}) {
+            camera_.setView(view);
+            box = {};
+            box.add({-size, -size, 0});
+            box.add({size, size, 0});
+            camera_.frame(box);
+            if (view == View::kPerspective) camera_.orbit(70, -60);
+            draw();
+            int seen = 0;
+            for (int i = -150; i <= 150; ++i) {
+                for (int j = -150; j <= 150; ++j) {
+                    // Close together in the middle, where the camera is near.
+                    const double x = i * std::abs(i) / 37.5, y = j * std::abs(j) / 37.5;
+                    const auto at = camera_.project({x, y, 0});
+                    if (!at || at->x < 1 || at->y < 1 || at->x > kWidth - 1 || at->y > kHeight - 1)
+                        continue;
+                    ++seen;
+                    ASSERT_EQ(canvas_.item(static_cast<int>(at->x), static_cast<int>(at->y)), 1u)
+                        << size << ": " << x << ", " << y;
+                }
+            }
+            EXPECT_GT(seen, 200) << size;
+        }
+    }
+}
+
+// Layers far thinner than what a marking needs, without any word about them.
+TEST_F(RendererTest, KeepsApartWhatIsAlmostInTheSamePlace) {
+    addFloor(scene_, 5000, 0, kGrey);
+    addFloor(scene_, 700, 0.02, 0x00FF00);
+    Box box;
+    box.add({-20, -20, 0});
+    box.add({20, 20, 0});
+    camera_.frame(box);
+    draw();
+    int seen = 0;
+    for (double x = -100; x <= 100; x += 3) {
+        const auto at = camera_.project({x, 100, 0.02});
+        if (!at || at->x <= 0 || at->x >= kWidth || at->y <= 0 || at->y >= kHeight) continue;
+        ++seen;
+        EXPECT_EQ(canvas_.item(static_cast<int>(at->x), static_cast<int>(at->y)), 1u) << x;
+    }
+    EXPECT_GT(seen, 5);
+}
+
+TEST_F(RendererTest, TexturesLieInPerspective) {
+    // Four colors, each a quarter of the floor.
+    Picture quarters{64, 64, {}};
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 64; ++x)
+            quarters.texels.push_back(0xFF000000 | (x < 32 ? 0xFF0000u : 0u) |
+                                      (y < 32 ? 0x0000FFu : 0u) | 0x000800u);
+    const Texture texture(quarters);
+    Surface surface;
+    surface.texture = &texture;
+    surface.lit = false;
+    addFloor(scene_, 100, 0, 0xFFFFFF, surface);
+    camera_.frame(scene_.box());
+    camera_.orbit(20, -20);
+    for (const float nearer : {0.f, 6.f}) {  // the second time corners are behind the viewer
+        camera_.zoom(nearer, kWidth / 2.f, kHeight / 2.f);
+        draw();
+        int seen = 0;
+        for (int i = -9; i <= 9; ++i) {
+            for (int j = -9; j <= 9; ++j) {
+                const double x = i * 10 + 5, y = j * 10 + 5;
+                const auto at = camera_.project({x + 10, y, 0});
+                if (!at || at->x < 0 || at->y < 0 || at->x >= kWidth || at->y >= kHeight) continue;
+                if (std::abs(x) > 80 || std::abs(y) > 80) continue;  // the edges repeat
+                const Color color = canvas_.pixel(static_cast<int>(at->x), static_cast<int>(at->y));
+                ++seen;
+                EXPECT_EQ((color >> 16) > 128, x < 0) << x << ", " << y;
+                EXPECT_EQ((color & 0xFF) > 128, y < 0) << x << ", " << y;
+            }
+        }
+        EXPECT_GT(seen, 10);
+    }
+}
+
+TEST_F(RendererTest, WhatIsTransparentLetsThroughWhatIsBehind) {
+    addFloor(scene_, 100, 0, 0x0000FF);
+    Surface glass;
+    glass.opacity = 0.5f;
+    addFloor(scene_, 50, 20, 0xFF0000, glass);
+    const Texture holed({2, 1, {0xFFFFFFFF, 0x00FFFFFF}});
+    Surface fence;
+    fence.texture = &holed;
+    addFloor(scene_, 50, 40, 0x00FF00, fence);
+    camera_.setView(View::kTop);
+    camera_.frame(scene_.box());
+    draw();
+    const auto at = [&](double x, double y) {
+        const ScreenPoint p = *camera_.project({x, y, 40});
+        return std::pair(static_cast<int>(p.x), static_cast<int>(p.y));
+    };
+    const auto [throughX, throughY] = at(30 + 5, 7);  // the hole of the fence, above the glass
+    const Color through = canvas_.pixel(throughX, throughY);
+    EXPECT_GT(through >> 16, 60u);
+    EXPECT_GT(through & 0xFF, 60u);
+    EXPECT_EQ(canvas_.item(throughX, throughY), 1u) << "glass can be picked";
+    const auto [wireX, wireY] = at(-20 + 5, 7);
+    EXPECT_EQ(canvas_.item(wireX, wireY), 2u);
+}
+
+// Places that a file may hold, at which no distance is a number.
+TEST_F(RendererTest, WhatIsBeyondAllMeasureLeavesTheOrderOfTheOthers) {
+    constexpr int kFloors = 40, kTop = kFloors - 1;
+    Surface glass;
+    glass.opacity = 0.5f;
+    ItemIndex uppermost = kNoItem;
+    Box box;
+    for (int i = 0; i < kFloors; ++i) {
+        const int height = i * 17 % kFloors;
+        addFloor(scene_, 10, height, kGrey, glass);
+        if (height == kTop) uppermost = static_cast<ItemIndex>(scene_.items().size() - 1);
+        box.include(scene_.items().back().box);
+        scene_.beginItem();
+        for (const Vec3d& p : {Vec3d{1, -1, 1}, Vec3d{1.1, -1, 1}, Vec3d{1, -1.1, 1}})
+            scene_.addVertex(p * 1e39);
+        scene_.setSurface(glass);
+        scene_.addTriangle(0, 1, 2, kGrey);
+        scene_.endItem();
+    }
+    ASSERT_EQ(scene_.triangles().size(), 3u * kFloors);
+    for (const View view : {View::kTop, View::kPerspective}) {
+        camera_.setView(view);
+        camera_.frame(box);
+        draw();
+        EXPECT_EQ(itemAt({0, 0, kTop}), uppermost);
+    }
+}
+
+TEST_F(RendererTest, MaterialsColorTheLight) {
+    Surface shining;
+    shining.ambient = shining.diffuse = {0, 0, 0};
+    shining.emissive = {0, 0.5f, 0};
+    addFloor(scene_, 10, 0, 0xFFFFFF, shining);
+    camera_.setView(View::kTop);
+    camera_.frame(scene_.box());
+    draw();
+    EXPECT_EQ(canvas_.pixel(kWidth / 2, kHeight / 2), 0x007F00u);
+    scene_.clear();
+    Surface half;
+    half.ambient = {};
+    half.diffuse = {0.5f, 1, 1};
+    addFloor(scene_, 10, 0, 0x808080, half);
+    draw();
+    const Color color = canvas_.pixel(kWidth / 2, kHeight / 2);
+    EXPECT_NEAR(color >> 16, (color & 0xFF) / 2., 1);
+    scene_.clear();
+}
+
+}  // namespace

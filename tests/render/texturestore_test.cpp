@@ -1,0 +1,108 @@
+#include <render/texturestore.h>
+
+#include "../support/temporaryfolder.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <filesystem>
+
+using namespace render;
+
+namespace {
+
+/// A picture of one grey texel.
+std::vector<std::uint8_t> grey(std::uint8_t value) {
+    std::vector<std::uint8_t> bytes(512);
+    const std::uint8_t head[] = {0x01, 0xDA, 0, 1, 0, 1, 0, 1};
+    std::copy(std::begin(head), std::end(head), bytes.begin());
+    bytes.push_back(value);
+    return bytes;
+}
+
+std::uint32_t shade(const Texture* texture) {
+    return texture ? texture->level(0).at(0, 0) & 0xFF : 0;
+}
+
+TEST(TextureStoreTest, FindsPicturesWhereTheirNamesSay) {
+    const TemporaryFolder folder;
+    const std::string whole = folder.write(u8"草地 grass.rgb", grey(1));
+    std::filesystem::create_directory(folder.path() / "below");
+    folder.write(u8"below/wall.rgb", grey(2));
+    folder.write(u8"roof.rgb", grey(3));
+    TextureStore store;
+    EXPECT_EQ(shade(store.find(whole)), 1u) << "by its path";
+    EXPECT_EQ(store.find("roof.rgb"), nullptr);
+    EXPECT_THAT(store.takeFailures(), testing::ElementsAre("roof.rgb：没有这个图片文件"));
+    store.addFolder("");
+    store.addFolder(folder.file(""));
+    EXPECT_EQ(shade(store.find("roof.rgb")), 3u) << "a folder that became known";
+    EXPECT_EQ(shade(store.find("below\\wall.rgb")), 2u);
+    EXPECT_EQ(shade(store.find("C:/of/another/computer/roof.rgb")), 3u);
+    EXPECT_EQ(store.find("below"), nullptr) << "a folder is no picture";
+    EXPECT_EQ(store.find(""), nullptr);
+    EXPECT_THAT(store.takeFailures(), testing::ElementsAre("below：没有这个图片文件"));
+}
+
+#ifndef _WIN32
+// On this system //a/b is /a/b, so the first folder of the path stands for another computer.
+TEST(TextureStoreTest, FollowsNamesOnlyToComputersOfTheUsersOwnFolders) {
+    const TemporaryFolder folder;
+    const std::string wall = "/" + folder.write(u8"wall.rgb", grey(1));
+    const std::string host = wall.substr(2, wall.find('/', 2) - 2);
+    const std::string rest = wall.substr(2 + host.size());
+    std::string backslashes = wall;
+    std::ranges::replace(backslashes, '/', '\\');
+    for (const char* const known : {"", "//other/share", "//./", "\\\\?\\UNC\\elsewhere"}) {
+        TextureStore store;
+        store.addFolder(known);
+        EXPECT_EQ(store.find(wall), nullptr) << known;
+        EXPECT_EQ(store.find(backslashes), nullptr) << known;
+        EXPECT_EQ(store.find("//./" + wall.substr(2)), nullptr) << known;
+        EXPECT_EQ(store.find("/" + wall), nullptr) << known;
+    }
+    TextureStore store;
+    store.addFolder("\\\\" + host + "\\share");
+    EXPECT_EQ(shade(store.find(backslashes)), 1u);
+    EXPECT_EQ(shade(store.find(wall)), 1u);
+    EXPECT_EQ(store.find("//./" + wall.substr(2)), nullptr);
+    EXPECT_EQ(store.find("//" + host + "@80" + rest), nullptr);
+    TextureStore beside;
+    beside.addFolder(folder.file(""));
+    EXPECT_EQ(shade(beside.find("\\\\elsewhere\\share\\wall.rgb")), 1u) << "beside the file";
+}
+#endif
+
+// Two files next to pictures of the same name, imported in turn.
+TEST(TextureStoreTest, LooksFirstInTheFolderThatWasNamedLast) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder.path() / "1");
+    std::filesystem::create_directory(folder.path() / "2");
+    folder.write(u8"1/roof.rgb", grey(1));
+    folder.write(u8"2/roof.rgb", grey(2));
+    TextureStore store;
+    for (const std::uint32_t import : {1u, 2u, 1u, 1u, 2u}) {
+        store.clear();
+        store.addFolder(folder.file(std::to_string(import).c_str()));
+        EXPECT_EQ(shade(store.find("roof.rgb")), import);
+    }
+}
+
+TEST(TextureStoreTest, SaysOnceWhatCannotBeShown) {
+    const TemporaryFolder folder;
+    const std::string path = folder.write(u8"text.rgb", std::vector<std::uint8_t>(600, 'x'));
+    TextureStore store;
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(store.find(path), nullptr);
+    EXPECT_THAT(store.takeFailures(), testing::ElementsAre(path + "：不是 SGI 图片"));
+    EXPECT_THAT(store.takeFailures(), testing::IsEmpty());
+    for (int i = 0; i < 30; ++i) store.find("missing" + std::to_string(i));
+    const std::vector<std::string> many = store.takeFailures();
+    EXPECT_EQ(many.size(), 10u);
+    EXPECT_EQ(many[8], "missing8：没有这个图片文件");
+    EXPECT_EQ(many[9], "另有 21 个图片无法显示");
+    store.clear();
+    folder.write(u8"text.rgb", grey(9));
+    EXPECT_EQ(shade(store.find(path)), 9u) << "a new scene looks again";
+}
+
+}  // namespace
