@@ -61,23 +61,38 @@ function(tessera_file_properties target english chinese)
     target_sources(${target} PRIVATE ${_script})
 endfunction()
 
-# The tree of the Linux package is built from nothing wherever a package is made or tested, mostly of
-# the standard library's headers: there they are read once for all.
-if(TESSERA_PACKAGE)
-    file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/precompiled.cpp CONTENT "")
+# Most of what a compiler reads is headers of the standard library and of GoogleTest: they are read
+# once for all. Libraries only where they are built for nothing else: elsewhere each source must name what
+# it needs, and the cross compiler warns of overlaps that are not there.
+set(_common <algorithm> <array> <charconv> <cmath> <cstdint> <cstring> <functional> <map> <memory>
+    <optional> <set> <span> <string> <string_view> <tuple> <unordered_map> <unordered_set> <utility>
+    <variant> <vector>)
+file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/precompiled.cpp CONTENT "")
+if(TESSERA_PACKAGE OR TESSERA_FUZZ)
     add_library(tessera_precompiled OBJECT ${CMAKE_BINARY_DIR}/precompiled.cpp)
     set_target_properties(tessera_precompiled PROPERTIES POSITION_INDEPENDENT_CODE ON)
     target_link_libraries(tessera_precompiled PRIVATE tessera_settings)
-    target_precompile_headers(tessera_precompiled PRIVATE
-        <algorithm> <array> <charconv> <cmath> <cstdint> <cstring>
-        <functional> <map> <memory> <optional> <set> <span> <string> <string_view> <tuple>
-        <unordered_map> <unordered_set> <utility> <variant> <vector>)
+    target_precompile_headers(tessera_precompiled PRIVATE ${_common})
 endif()
 function(tessera_precompile target)
-    if(TESSERA_PACKAGE)
+    if(TARGET tessera_precompiled)
         target_precompile_headers(${target} REUSE_FROM tessera_precompiled)
     endif()
 endfunction()
+
+# What all test programs have in common. Their own code is not optimised: it is compiled far more often
+# than it runs.
+add_library(tessera_test_settings INTERFACE)
+target_link_libraries(tessera_test_settings INTERFACE tessera_settings GTest::gmock GTest::gtest_main)
+target_compile_options(tessera_test_settings INTERFACE -O0)
+if(MINGW)
+    # This GCC finds overlaps and frees that are not there where tests put texts together.
+    target_compile_options(tessera_test_settings INTERFACE -Wno-restrict -Wno-free-nonheap-object)
+endif()
+add_library(tessera_test_precompiled OBJECT EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/precompiled.cpp)
+target_link_libraries(tessera_test_precompiled PRIVATE tessera_test_settings)
+target_precompile_headers(tessera_test_precompiled PRIVATE ${_common} <filesystem> <fstream>
+    <gmock/gmock.h> <gtest/gtest.h>)
 
 # tessera_library(NAME SOURCES file... [USES target...] [PRIVATE_USES target...])
 # A static library whose public headers live in include/ beside its CMakeLists.txt.
@@ -123,11 +138,8 @@ function(tessera_test name)
         set(ARG_TIMEOUT 120)
     endif()
     add_executable(${name} ${ARG_SOURCES})
-    target_link_libraries(${name} PRIVATE tessera_settings ${ARG_USES} GTest::gmock GTest::gtest_main)
-    if(MINGW)
-        # This GCC finds overlaps and frees that are not there where tests put texts together.
-        target_compile_options(${name} PRIVATE -Wno-restrict -Wno-free-nonheap-object)
-    endif()
+    target_link_libraries(${name} PRIVATE tessera_test_settings ${ARG_USES})
+    target_precompile_headers(${name} REUSE_FROM tessera_test_precompiled)
     if(WIN32)
         # The host's core is a DLL, which a program finds beside itself.
         add_custom_command(TARGET ${name} POST_BUILD COMMAND ${CMAKE_COMMAND} -E

@@ -196,15 +196,6 @@ TEST_F(WorkbenchTest, OffersTheAboutBoxesOfUtilities) {
     EXPECT_EQ(::GetWindow(box, GW_OWNER), window_);
     ::PostMessageW(box, WM_COMMAND, IDOK, 0);
     EXPECT_TRUE(eventually([&] { return !::IsWindow(box); }));
-
-    const auto entry = [this] {
-        wchar_t text[64] = L"";
-        ::GetMenuStringW(::GetMenu(window_), kAboutFirstUtility, text, 64, MF_BYCOMMAND);
-        return base::toUtf8(text);
-    };
-    EXPECT_EQ(entry(), "关于 Sample");
-    ::SendMessageW(window_, WM_COMMAND, kSpeakEnglish, 0);
-    EXPECT_EQ(entry(), "About Sample");
 }
 
 TEST_F(WorkbenchTest, ACancelledImportLeavesTheSceneAsItWas) {
