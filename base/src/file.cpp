@@ -1,4 +1,5 @@
 #include <base/file.h>
+#include <base/filereads.h>
 #include <base/paths.h>
 
 #include <cerrno>
@@ -6,11 +7,18 @@
 namespace base {
 
 File openFile(const std::filesystem::path& path, bool forWriting) noexcept {
+    if (!forWriting) FileReads::note(path);
 #ifdef _WIN32
     return File(_wfopen(path.c_str(), forWriting ? L"wb" : L"rb"));
 #else
     return File(std::fopen(path.c_str(), forWriting ? "wb" : "rb"));
 #endif
+}
+
+bool isFile(const std::filesystem::path& path) noexcept {
+    FileReads::note(path);
+    std::error_code ignored;
+    return std::filesystem::is_regular_file(path, ignored);
 }
 
 std::error_code readFile(const std::string& path, std::string& bytes) {

@@ -3,6 +3,7 @@
 
 #include "picturesize.h"
 
+#include <base/file.h>
 #include <base/paths.h>
 #include <quillon/fltfilereader.h>
 #include <quillon/flttext.h>
@@ -35,24 +36,19 @@ bool isAbsolute(std::string_view name) {
     return name[0] == '/' || name[0] == '\\' || (name.size() > 1 && name[1] == ':');
 }
 
-bool isFile(const fs::path& path) {
-    std::error_code ignored;
-    return fs::is_regular_file(path, ignored);
-}
-
 /// The file that `name` means, where it is found; empty otherwise.
 fs::path find(std::string name, const std::vector<std::string>& folders) {
     std::ranges::replace(name, '\\', '/');
     const fs::path path = base::pathFrom(name);
     if (isAbsolute(name)) {
-        if (isFile(path)) return path;
+        if (base::isFile(path)) return path;
     }
     for (const std::string& folder : folders) {
         const fs::path beside = base::pathFrom(folder) / path.relative_path();
-        if (isFile(beside)) return beside;
+        if (base::isFile(beside)) return beside;
         // As other programs do: by its name alone.
         const fs::path byName = base::pathFrom(folder) / path.filename();
-        if (isFile(byName)) return byName;
+        if (base::isFile(byName)) return byName;
     }
     return {};
 }

@@ -5,9 +5,15 @@ _kilnbatch() {
                    --help --version'
     local revisions='1420 1500 1510 1520 1530 1540 1550 1560 1570 1580 1600 1610 1620 1630 1640 1650 1660'
     COMPREPLY=()
+    if [ "${COMP_WORDS[1]}" = batch ] && [ "$COMP_CWORD" -gt 1 ]; then
+        options='--script --check --revision --max-steps --list --jobs --time-limit --memory-limit --report --help'
+        pattern='!*.[fF][lL][tT]'
+    fi
     case $before in
-    -e | --database | --max-steps) return ;;
-    --check | --report) pattern='!*.json' ;;
+    -e | --database | --max-steps | --jobs | --time-limit | --memory-limit) return ;;
+    --check | --report) pattern='!*.json*' ;;
+    --script) pattern='!*.ks' ;;
+    --list) pattern= ;;
     --revision)
         mapfile -t COMPREPLY < <(compgen -W "$revisions" -- "$word")
         return
@@ -23,6 +29,7 @@ _kilnbatch() {
         ;;
     esac
     compopt -o filenames 2>/dev/null
-    mapfile -t COMPREPLY < <(compgen -d -- "$word"; compgen -f -X "$pattern" -- "$word")
+    mapfile -t COMPREPLY < <([ "$COMP_CWORD" -gt 1 ] || compgen -W batch -- "$word"
+        compgen -d -- "$word"; compgen -f -X "$pattern" -- "$word")
 }
 complete -F _kilnbatch kilnbatch

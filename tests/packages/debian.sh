@@ -39,6 +39,11 @@ grep -q 'packed tower' after.txt || wrong "the export has no new name"
 grep -q '1570' after.txt || wrong "the export has no revision 15.7"
 works "the packaged example's language" "$bin/kilnbatch" -e 'Aviary.CreateGroup(); print $g001'
 
+mkdir -p many/in && cp "$sample" many/in/a.flt
+works "a batch" "$bin/kilnbatch" batch many/in many/out --revision 1570
+works "check of what a batch exported" "$bin/fltool" check many/out/a.flt
+rm -r many
+
 for program in fltool kilnbatch; do
     ! readelf -S -W "$bin/$program" | grep -q ' \.\(symtab\|debug_info\) ' ||
         wrong "$program is not stripped"
@@ -57,6 +62,8 @@ for program in fltool kilnbatch; do
         for command in dump check convert stats; do
             words+=" $("$bin/fltool" "$command" --help | grep -oE -- '^  --[a-z-]+' | tr -d ' ')"
         done
+    [ "$program" = fltool ] ||
+        words+=" batch $("$bin/kilnbatch" batch --help | grep -oE -- '^  --[a-z-]+' | tr -d ' ')"
     [ "$(wc -w <<<"$words")" -ge 8 ] || wrong "the help of $program lists only $words"
     page=$(zcat "$man" | sed 's/\\-/-/g')
     completions=$(cat "$root/usr/share/bash-completion/completions/$program")
@@ -85,7 +92,9 @@ completes "fltool convert --rev" "--revision"
 completes "fltool check " "folder out.flt"
 completes "kilnbatch --max" "--max-steps"
 completes "kilnbatch --scene " "folder scene.kiln"
-completes "kilnbatch " "folder rename.ks"
+completes "kilnbatch " "batch folder rename.ks"
+completes "kilnbatch batch --time" "--time-limit"
+completes "kilnbatch batch folder out --script " "folder rename.ks"
 
 said=$(lintian --fail-on none "$package" 2>&1) || wrong "lintian: $said"
 same "what lintian says" "$(grep -E '^[EW]:' <<<"$said")" ""

@@ -2,6 +2,7 @@
 
 #include "meshoutline.h"
 
+#include <base/file.h>
 #include <base/paths.h>
 #include <base/text.h>
 #include <checks/counters.h>
@@ -332,16 +333,14 @@ std::string relativePath(Interface& host, std::string name) {
     namespace fs = std::filesystem;
     std::ranges::replace(name, '\\', '/');
     const fs::path path = base::pathFrom(name);
-    std::error_code ignored;
     for (const int id : {KILN_IMPORT_DIR, KILN_SCENE_DIR, KILN_IMAGE_DIR}) {
         const std::string folderName = host.GetDir(id);
         if (folderName.empty()) continue;
         const fs::path folder = base::pathFrom(folderName);
         const fs::path relative = path.lexically_relative(folder);
-        if (!relative.empty() && *relative.begin() != ".." && fs::is_regular_file(path, ignored))
+        if (!relative.empty() && *relative.begin() != ".." && base::isFile(path))
             return base::genericTextOf(relative);
-        if (fs::is_regular_file(folder / path.filename(), ignored))
-            return base::genericTextOf(path.filename());
+        if (base::isFile(folder / path.filename())) return base::genericTextOf(path.filename());
     }
     return {};
 }

@@ -1,0 +1,34 @@
+// One file of a batch, done in a process of its own.
+#pragma once
+
+#include "job.h"
+
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <string>
+
+namespace kilnbatch {
+
+/// Where a batch reads and writes.
+struct BatchFolders {
+    std::filesystem::path in;
+    std::filesystem::path out;
+    std::filesystem::path stamps;   ///< a tree as that of the results
+    std::filesystem::path scratch;  ///< of this run, on the same disk as the results
+};
+
+/// What kilnbatch keeps for itself below the folder of the results.
+inline constexpr const char* kBatchFolder = ".kilnbatch";
+
+/// Does `job` to the file `name` (UTF-8, relative) unless its result is up to date, with the scene
+/// of `core`, which must be empty. `options` is a hash of what decides beside the files; `place` is
+/// its own among the tasks that run. Gives what is reported: "result" is "done", "unchanged" or
+/// "failed".
+nlohmann::json doFile(kiln::Core& core, const BatchFolders& folders, const Job& job,
+                      const std::string& options, const std::string& name, unsigned place);
+
+/// Removes what an ended task with that place left in the scratch folder.
+void clearScratch(const BatchFolders& folders, unsigned place);
+
+}  // namespace kilnbatch

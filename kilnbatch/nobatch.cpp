@@ -1,0 +1,14 @@
+#include "commands.h"
+
+#include <cstdio>
+
+namespace kilnbatch {
+
+// Its files are done by copies of a process, which this platform does not make.
+int runBatchCommand(std::vector<std::string>) {
+    std::fputs("kilnbatch: there is no \"batch\" on Windows; call kilnbatch once for each file\n",
+               stderr);
+    return 1;
+}
+
+}  // namespace kilnbatch
