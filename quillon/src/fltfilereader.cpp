@@ -66,7 +66,7 @@ void FltFileReader::enter() {
     if (record.empty()) refuseRecord();
     length_ = record.length();
     attach();
-    opensLevel_ = fltMayNest(opcode()) && fltClosingOpcode(opcode()) != 0;
+    opensLevel_ = fltLevelChange(opcode()).by > 0;
     if (!opensLevel_) nesting_.count(opcode());
     if (opcode() == kFltHeader && !hasHeader_) {
         header_.readToken(token_, 0);

@@ -96,11 +96,16 @@ void writeRecord(const Record& record, FltToken& token, std::uint32_t revision) 
 
 template <typename Record, typename Family, std::uint16_t code>
 void FltRecordOf<Record, Family, code>::write(FltStream& stream) {
+    nameFor(stream);
+    FltRecord::write(stream);
+}
+
+template <typename Record, typename Family, std::uint16_t code>
+void FltRecordOf<Record, Family, code>::nameFor([[maybe_unused]] FltStream& stream) {
     if constexpr (requires { quillon::Layout<Record>::kName; }) {
         if (this->asciiId[0] == 0)
             quillon::giveName(this->asciiId, quillon::Layout<Record>::kName, stream);
     }
-    FltRecord::write(stream);
 }
 
 template <typename Record, typename Family, std::uint16_t code>

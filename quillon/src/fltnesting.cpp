@@ -1,10 +1,7 @@
 #include <quillon/fltnesting.h>
-#include <quillon/fltrecordtype.h>
 
-void FltNesting::step(std::uint16_t opcode) noexcept {
-    const FltRecordType* const type = fltRecordType(opcode);
-    if (type == nullptr) return;
-    const auto [kind, by] = type->level;
+void FltNesting::step(FltLevelChange change) noexcept {
+    const auto [kind, by] = change;
     switch (kind) {
         case FltLevelKind::kNone:
             break;

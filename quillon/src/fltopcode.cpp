@@ -313,15 +313,12 @@ std::span<const FltRecordType> fltRecordTypes() noexcept {
 }
 
 std::uint16_t fltClosingOpcode(std::uint16_t opcode) noexcept {
-    const FltRecordType* const type = fltRecordType(opcode);
-    return type != nullptr && type->level.by > 0
-               ? kPopOf[static_cast<std::size_t>(type->level.kind)]
-               : std::uint16_t{0};
+    const auto [kind, by] = fltLevelChange(opcode);
+    return by > 0 ? kPopOf[static_cast<std::size_t>(kind)] : std::uint16_t{0};
 }
 
 bool fltIsPop(std::uint16_t opcode) noexcept {
-    const FltRecordType* const type = fltRecordType(opcode);
-    return type != nullptr && type->level.by < 0;
+    return fltLevelChange(opcode).by < 0;
 }
 
 std::span<const FltOpcodeEntry> fltOpcodeTable() {

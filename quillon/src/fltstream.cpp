@@ -113,17 +113,12 @@ void FltStream::writeRecords(std::span<const std::uint8_t> records) {
     quillon::writeBytes(file_, records.data(), records.size());
 }
 
-void FltStream::writeEmpty(std::uint16_t opcode) {
+void FltStream::writeControl(std::uint16_t opcode) {
     std::uint8_t record[4];
     fltStoreBigEndian(record, opcode);
     fltStoreBigEndian(record + 2, std::uint16_t{sizeof record});
     prepareFor(opcode);
     quillon::writeBytes(file_, record, sizeof record);
-}
-
-void FltStream::writeControl(std::uint16_t opcode) {
-    token_.begin(opcode);
-    writeToken(token_);
 }
 
 void FltStream::addPending(std::int32_t item) {

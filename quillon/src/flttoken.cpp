@@ -70,7 +70,7 @@ void FltToken::moveToOwnBlock(std::uint32_t capacity) {
     if (capacity > static_cast<std::uint32_t>(blockCapacity_)) {
         // A word more, so that padding can be cleared a whole word at a time.
         std::unique_ptr<std::uint8_t[]> block(new (std::nothrow)
-                                                  std::uint8_t[capacity + kAlignment]);
+                                                  std::uint8_t[capacity + kFltAlignment]);
         diagnostics::check(block != nullptr, "flttoken", 133);
         if (words_[kLength] > 0) std::memcpy(block.get(), buffer_, words_[kLength]);
         block_ = std::move(block);
@@ -96,8 +96,8 @@ void FltToken::makeRoom(std::uint64_t n) {
 void FltToken::finishSlowly() {
     diagnostics::check(words_[kLength] >= kHeaderSize, "flttoken", 171);
     words_[kPosition] = words_[kLength];
-    const std::uint32_t beyond = words_[kLength] % kAlignment;
-    if (beyond != 0 && words_[kOpcode] != kFltVertexList) skip(kAlignment - beyond);
+    const std::uint32_t beyond = words_[kLength] % kFltAlignment;
+    if (beyond != 0 && words_[kOpcode] != kFltVertexList) skip(kFltAlignment - beyond);
     words_[kPosition] = 2;
     writeInt16(words_[kLength]);
 }

@@ -54,7 +54,7 @@ TEST_F(StreamTest, WritesForeignRecordsAsTheyAre) {
     EXPECT_EQ(stream_.nesting().level, 1);
     for (const char* wrong : {"", "0002", "0002 0006 00", "0002 0004 00"})
         expectAssertion("fltstream", 424, [&] { stream_.writeVerbatim(hex(wrong)); });
-    stream_.writeEmpty(kFltPopLevel);
+    stream_.writeControl(kFltPopLevel);
     EXPECT_EQ(stream_.nesting().level, 0);
     EXPECT_EQ(toHex(written()), toHex(hex("000A 0004 03E7 0007 010203 000B 0004")));
 }
@@ -82,7 +82,7 @@ TEST_F(StreamTest, CountsTheNestingOfEveryKind) {
         stream_.writeControl(opcode);
         EXPECT_EQ(stream_.nesting(), nesting) << "after " << opcode;
     }
-    EXPECT_EQ(written().size(), std::size(steps) * 8) << "one padded record each";
+    EXPECT_EQ(written().size(), std::size(steps) * 4) << "one record each, not padded";
 }
 
 TEST_F(StreamTest, NamesRecordsThatHaveNoName) {
@@ -184,8 +184,7 @@ TEST_F(StreamTest, WritesPendingItemsOnceBeforeTheNextRecord) {
     stream_.addPending(3);
     EXPECT_TRUE(stream_.close());
     EXPECT_EQ(toHex(written()),
-              toHex(hex("000A 0008 00:4 001F 0008 '12' 0000 000B 0008 00:4 0000 0008 00:4 "
-                        "001F 0008 '3' 00:3")));
+              toHex(hex("000A 0004 001F 0008 '12' 0000 000B 0004 0000 0004 001F 0008 '3' 00:3")));
 }
 
 TEST_F(StreamTest, WritesNowhereWithoutAFileOpenForWriting) {

@@ -6,6 +6,7 @@
 
 #include <quillon/fltfileheader.h>
 #include <quillon/fltlevelwalk.h>
+#include <quillon/fltrevision.h>
 #include <quillon/fltswitch.h>
 #include <quillon/fltvertex.h>
 #include <quillon/fltvertexlist.h>
@@ -16,9 +17,6 @@
 namespace interchange {
 
 namespace {
-
-constexpr std::uint32_t kOldestRevision = 1400;
-constexpr std::uint32_t kNewestRevision = 1999;
 
 bool holdsPoints(std::uint16_t kind) {
     return kind == kFltFace || fltIsLightPoint(kind);
@@ -70,7 +68,7 @@ private:
         }
         header.readBytes(cursor_.record().bytes(), 0);
         index_.revision = static_cast<std::uint32_t>(header.formatRevision);
-        if (index_.revision < kOldestRevision || index_.revision > kNewestRevision) {
+        if (!fltIsReadable(index_.revision)) {
             refuseFile(revisionEnd - sizeof header.formatRevision,
                        text(TextId::kOldRevision, {std::to_string(header.formatRevision)}),
                        Cause::kUnsupportedRevision);

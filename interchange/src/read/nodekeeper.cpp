@@ -2,6 +2,7 @@
 
 #include <kiln/kiln.h>
 #include <quillon/fltface.h>
+#include <quillon/fltrecordbytes.h>
 #include <quillon/fltvertex.h>
 #include <quillon/fltvertexlist.h>
 
@@ -16,9 +17,7 @@ namespace {
 /// one has more than the other say nothing, unless they are more than padding: a longer record has
 /// room for what we do not know.
 bool saysNoMore(FileBytes record, FileBytes written) {
-    constexpr std::size_t kAlignment = 8;
-    const std::size_t padded = (written.size() + kAlignment - 1) / kAlignment * kAlignment;
-    if (record.size() > padded) return false;
+    if (record.size() > fltPaddedLength(written.size())) return false;
     const std::size_t common = std::min(record.size(), written.size());
     const auto isZero = [](std::uint8_t byte) { return byte == 0; };
     return std::ranges::equal(record.first(common).subspan(FltRecordView::kHeaderSize),

@@ -18,11 +18,10 @@ DatabaseHeader::DatabaseHeader(const Plan& plan, std::uint32_t revision) {
 }
 
 FileBytes DatabaseHeader::layOutHeader(const FltHeader& header) {
-    constexpr std::size_t kAlignment = 8;
     const FileBytes bytes = merger_.put(header, header.revision(), read_, readRevision_);
     std::size_t length = bytes_.size();
     if (length == 0) length = bytes.size();
-    if (length != read_.length()) length = (length + kAlignment - 1) / kAlignment * kAlignment;
+    if (length != read_.length()) length = fltPaddedLength(length);
     bytes_.assign(bytes.begin(), bytes.end());
     bytes_.resize(length);
     fltStateLength(bytes_);

@@ -12,7 +12,6 @@
 #include <quillon/fltlongid.h>
 #include <quillon/fltmultitexture.h>
 #include <quillon/fltrecordbytes.h>
-#include <quillon/flttext.h>
 #include <quillon/fltvertexlist.h>
 
 #include <memory>
@@ -183,14 +182,14 @@ void SceneWriter::push(const LayoutStep& step) {
         throw ExportError(text(TextId::kTooDeep, {std::to_string(kDeepestLevel)}));
     }
     if (step.record.empty()) {
-        stream_.writeEmpty(step.opcode);
+        stream_.writeControl(step.opcode);
     } else {
         stream_.writeVerbatim(step.record);
     }
 }
 
 void SceneWriter::pop(std::uint16_t opcode) {
-    stream_.writeEmpty(opcode);
+    stream_.writeControl(opcode);
     --openLevels_;
 }
 
@@ -224,10 +223,7 @@ void SceneWriter::writeFaces(std::uint32_t index, std::uint32_t first, const Nod
 /// A face of the node's mesh, which gets a name if it has none; one that was not read looks as its
 /// node does.
 void SceneWriter::writeNamed(FltFace& face, std::uint32_t index) {
-    if (face.asciiId[0] == '\0') {
-        const std::int16_t number = stream_.header().nextFaceId++;
-        fltSetText(face.asciiId, std::string(1, 'f').append(std::to_string(number)));
-    }
+    face.nameFor(stream_);
     layOutNewFace(face, content_.lookOf(index), stream_.revision(), stream_.token());
     stream_.writeToken(stream_.token());
 }

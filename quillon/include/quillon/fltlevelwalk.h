@@ -1,7 +1,7 @@
 // The levels that the records of a file open and close.
 #pragma once
 
-#include <quillon/fltopcode.h>
+#include <quillon/fltrecordtype.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -15,13 +15,13 @@ inline constexpr std::size_t kFltDeepestLevel = 512;
 /// Knows at each record of a file which levels are open around it. It is shown every record in
 /// order; `Level` is what its user keeps of an open level, if anything.
 ///
-/// Extension and attribute levels, and all within them, are opaque: they hold no nodes.
+/// Levels within an opaque one are opaque too.
 template <typename Level>
 class FltLevelWalk {
 public:
     struct Open {
         std::uint16_t opcode;  ///< of the push
-        std::uint16_t closer;  ///< opcode of the pop that closes it
+        FltLevelKind kind;
         bool isOpaque;
         Level level;
     };
@@ -35,23 +35,23 @@ public:
 
     /// Takes the next record; a push opens a level with `level`.
     Step meet(std::uint16_t opcode, Level level = {}) {
-        if (!fltMayNest(opcode)) [[likely]]
+        const auto [kind, by] = fltLevelChange(opcode);
+        if (by == 0) [[likely]]
             return Step::kNone;
-        if (const std::uint16_t closer = fltClosingOpcode(opcode)) {
-            const bool opaque = closer == kFltPopExtension || closer == kFltPopAttribute;
-            open_.push_back({opcode, closer, opaque || isOpaque(), std::move(level)});
+        if (by > 0) {
+            open_.push_back({opcode, kind, fltIsOpaque(kind) || isOpaque(), std::move(level)});
             return Step::kOpened;
         }
-        if (open_.empty() || open_.back().closer != opcode)
-            return fltIsPop(opcode) ? Step::kUnmatched : Step::kNone;
+        if (open_.empty() || open_.back().kind != kind) return Step::kUnmatched;
         leave();
         return Step::kClosed;
     }
 
     /// Whether some open level is one that the pop `opcode` closes.
     bool canClose(std::uint16_t opcode) const noexcept {
+        const auto [kind, by] = fltLevelChange(opcode);
         for (const Open& open : open_)
-            if (open.closer == opcode) return true;
+            if (by < 0 && open.kind == kind) return true;
         return false;
     }
 

@@ -1,7 +1,7 @@
 // The nesting that control records open and close.
 #pragma once
 
-#include <quillon/fltopcode.h>
+#include <quillon/fltrecordtype.h>
 
 #include <cstdint>
 
@@ -16,8 +16,9 @@ struct FltNesting {
 
     /// Counts a record of `opcode`.
     void count(std::uint16_t opcode) noexcept {
-        if (fltMayNest(opcode)) [[unlikely]]
-            step(opcode);
+        const FltLevelChange change = fltLevelChange(opcode);
+        if (change.by != 0) [[unlikely]]
+            step(change);
     }
 
     std::int32_t total() const noexcept { return level + subface + extension + attribute; }
@@ -25,5 +26,5 @@ struct FltNesting {
     friend bool operator==(const FltNesting&, const FltNesting&) = default;
 
 private:
-    void step(std::uint16_t opcode) noexcept;
+    void step(FltLevelChange change) noexcept;
 };

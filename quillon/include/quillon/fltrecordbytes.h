@@ -6,6 +6,14 @@
 #include <span>
 #include <vector>
 
+/// What the length of a padded record is a multiple of, in bytes.
+inline constexpr std::uint32_t kFltAlignment = 8;
+
+/// The length that a record of `length` bytes has when it is padded.
+constexpr std::uint64_t fltPaddedLength(std::uint64_t length) noexcept {
+    return (length + kFltAlignment - 1) / kFltAlignment * kFltAlignment;
+}
+
 /// Appends a record of `opcode` with a body of `size` zeros to `bytes`, and gives the body to fill
 /// in, valid until `bytes` changes. Unlike what a token makes, the record is not padded. Throws
 /// `AviaryAssertion` when it would exceed 65,535 bytes.

@@ -21,6 +21,9 @@ public:
 
     std::uint16_t opcode() const override { return code; }
     void write(FltStream& stream) override;
+    /// Gives a record without a name the default one of its class, if there is one, as `write`
+    /// does.
+    void nameFor(FltStream& stream);
     void writeToken(FltToken& token, std::uint32_t revision) const override;
     void readToken(FltToken& token, std::uint32_t revision) override;
     void visitFields(FltFieldVisitor& visitor) const override;

@@ -52,6 +52,19 @@ struct FltRecordType {
 /// The row of `opcode`; null for one that no published revision knows.
 const FltRecordType* fltRecordType(std::uint16_t opcode) noexcept;
 
+/// What a record of `opcode` does to the levels around it; the default for most.
+inline FltLevelChange fltLevelChange(std::uint16_t opcode) noexcept {
+    if (!fltMayNest(opcode)) [[likely]]
+        return {};
+    const FltRecordType* const type = fltRecordType(opcode);
+    return type != nullptr ? type->level : FltLevelChange();
+}
+
+/// Whether levels of that kind, and all within them, are opaque: they hold no nodes.
+constexpr bool fltIsOpaque(FltLevelKind kind) noexcept {
+    return kind == FltLevelKind::kExtension || kind == FltLevelKind::kAttribute;
+}
+
 /// The name of `opcode` among all published ones; "UNDEFINED" for any other.
 const char* fltRecordName(std::uint16_t opcode) noexcept;
 

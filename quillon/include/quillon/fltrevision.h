@@ -9,6 +9,15 @@ inline constexpr std::uint32_t kFltNewest15Revision = 1580;
 inline constexpr std::uint32_t kFltOldest16Revision = 1600;
 inline constexpr std::uint32_t kFltNewestRevision = 1660;
 
+/// Those of the files that can be read.
+inline constexpr std::uint32_t kFltOldestReadable = 1400;
+inline constexpr std::uint32_t kFltNewestReadable = 1999;
+
+/// Whether files of that revision can be read.
+constexpr bool fltIsReadable(std::uint32_t revision) noexcept {
+    return revision >= kFltOldestReadable && revision <= kFltNewestReadable;
+}
+
 /// Whether files of that revision can be written: 14.2 to 15.8, and 16.0 to 16.6.
 constexpr bool fltIsWritable(std::uint32_t revision) noexcept {
     return revision >= kFltOldestRevision && revision <= kFltNewestRevision &&

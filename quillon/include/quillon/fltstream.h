@@ -89,9 +89,8 @@ public:
     /// in one write call. Throws as that, before anything is written.
     void writeRecords(std::span<const std::uint8_t> records);
 
-    /// Writes a record of nothing but its header, not padded. Throws as `writeToken`.
-    void writeEmpty(std::uint16_t opcode);
-    /// The same, padded as `writeToken` pads.
+    /// Writes a record of nothing but its header, such as a push or a pop. Not padded. Throws as
+    /// `writeToken`.
     void writeControl(std::uint16_t opcode);
 
     /// Installs who writes pending items; not owned, must outlive them.

@@ -3,6 +3,7 @@
 
 #include <quillon/fltbyteorder.h>
 #include <quillon/fltopcode.h>
+#include <quillon/fltrecordbytes.h>
 
 #include <bit>
 #include <cstdint>
@@ -69,7 +70,7 @@ public:
             padded > kLongestRecord ? std::uint16_t{0} : static_cast<std::uint16_t>(padded);
         std::uint8_t* place = block_.get();
         fltStoreBigEndian(place, std::uint32_t{opcode} << 16 | words_[kComplete]);
-        if (padded != end) std::memset(place + end, 0, kAlignment);
+        if (padded != end) std::memset(place + end, 0, kFltAlignment);
         return place + kHeaderSize;
     }
 
@@ -211,12 +212,9 @@ private:
     static constexpr bool kLittleEndianHost = std::endian::native == std::endian::little;
     static constexpr std::uint16_t kHeaderSize = 4;
     static constexpr std::uint32_t kLongestRecord = 0xFFFF;
-    /// What a finished record's length is a multiple of, except a vertex list's, which is as long
-    /// as its vertices.
-    static constexpr std::uint32_t kAlignment = 8;
-
+    /// The length of a finished record; a vertex list is as long as its vertices.
     static constexpr std::uint64_t paddedLength(std::uint16_t opcode, std::uint64_t n) noexcept {
-        return opcode == kFltVertexList ? n : (n + kAlignment - 1) / kAlignment * kAlignment;
+        return opcode == kFltVertexList ? n : fltPaddedLength(n);
     }
     /// Whether a record of `size` bytes needs another block than the token has at hand.
     bool lacksRoomFor(std::uint64_t size) const noexcept {
