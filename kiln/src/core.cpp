@@ -145,7 +145,7 @@ ImportResult Core::loadSceneText(const std::string& text, const std::string& pat
 }
 
 ImportResult Core::Impl::openScene(const SceneSource& source, const std::string& path,
-                                    const std::function<void(Scene& next)>& finish) {
+                                   const std::function<void(Scene& next)>& finish) {
     if (scene->isBusy())
         return {IMPEXP_FAIL, textOf(TextId::kSceneIsChanging), ImpExpCause::kOther};
     auto next = std::make_unique<Scene>();

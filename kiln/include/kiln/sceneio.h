@@ -55,7 +55,8 @@ public:
     virtual const char* ShortDesc() = 0;
     virtual const char* LongDesc() { return ShortDesc(); }
     /// Reads the file at `path` (UTF-8) into the scene. Returns one of the `IMPEXP_` results; after
-    /// anything but success the host takes back everything that has happened to the scene meanwhile.
+    /// anything but success the host takes back everything that has happened to the scene
+    /// meanwhile.
     virtual int DoImport(const char* path, ImpExpReport& report, Interface* ip) = 0;
     virtual void DeleteThis() { delete this; }
 };

@@ -31,10 +31,9 @@ bool hasChangedScene = false;
 
 /// The scene changes that make the browser's tree or grid stale, in the order of registration. An
 /// undo may have changed attributes, of which nothing else tells.
-constexpr int kFollowedNotifications[] = {NOTIFY_NODE_CREATED, NOTIFY_NODE_DELETED,
-                                          NOTIFY_NODE_RENAMED, NOTIFY_NODE_LINKED,
-                                          NOTIFY_SCENE_NEW,    NOTIFY_SCENE_OPENED,
-                                          NOTIFY_SCENE_UNDO,   NOTIFY_SCENE_REDO};
+constexpr int kFollowedNotifications[] = {
+    NOTIFY_NODE_CREATED, NOTIFY_NODE_DELETED, NOTIFY_NODE_RENAMED, NOTIFY_NODE_LINKED,
+    NOTIFY_SCENE_NEW,    NOTIFY_SCENE_OPENED, NOTIFY_SCENE_UNDO,   NOTIFY_SCENE_REDO};
 
 void onSceneChange(void*, NotifyInfo* change) {
     if (change->intcode == NOTIFY_NODE_DELETED)
