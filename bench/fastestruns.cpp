@@ -38,8 +38,9 @@ void FastestRuns::ReportRuns(const std::vector<Run>& runs) {
             std::exit(2);
         }
         if (run.run_type != Run::RT_Iteration) continue;
-        const double nanoseconds =
-            run.cpu_accumulated_time * 1e9 / static_cast<double>(run.iterations);
+        const bool isWall = run.run_name.time_type == "real_time";
+        const double seconds = isWall ? run.real_accumulated_time : run.cpu_accumulated_time;
+        const double nanoseconds = seconds * 1e9 / static_cast<double>(run.iterations);
         std::string name = run.run_name.function_name;
         if (!run.run_name.args.empty()) name += '/' + run.run_name.args;
         Figure& figure =

@@ -11,7 +11,8 @@
 
 namespace bench {
 
-/// Keeps the fastest repetition of each benchmark, in processor time.
+/// Keeps the fastest repetition of each benchmark, in processor time, or in wall time where it asks
+/// for that.
 class FastestRuns final : public benchmark::BenchmarkReporter {
 public:
     /// Runs everything that is registered and named by the command line. The repetitions come in

@@ -1,9 +1,10 @@
 // How long the viewport takes to draw a frame of 1280 by 800 pixels while the camera turns: a small
-// airfield, and a terrain of 100,000 faces, one node for each 100; plain and with a texture, by one
-// core.
+// airfield, and terrains of 100,000 and 500,000 faces, one node for each 100; plain and with a
+// texture, by two threads against one.
 #include <render/renderer.h>
 
 #include <cmath>
+#include <functional>
 
 #include "fastestruns.h"
 
@@ -47,7 +48,7 @@ void addTerrain(SceneModel& scene, int faces, double cell, const Texture* textur
     }
 }
 
-void turn(benchmark::State& state, const SceneModel& scene, DrawMode mode) {
+void turn(benchmark::State& state, const SceneModel& scene, DrawMode mode, unsigned threads) {
     Camera camera;
     Canvas canvas;
     Renderer renderer;
@@ -55,21 +56,23 @@ void turn(benchmark::State& state, const SceneModel& scene, DrawMode mode) {
     canvas.resize(kWidth, kHeight);
     camera.frame(scene.box());
     camera.zoom(2, kWidth / 2.f, kHeight / 2.f);
+    RenderOptions options{mode, true, true, 1};
+    options.threads = threads;
     for (auto _ : state) {
         camera.orbit(1, 0);
-        renderer.draw(scene, camera, {mode, true, true, 1}, canvas);
+        renderer.draw(scene, camera, options, canvas);
         benchmark::DoNotOptimize(canvas.pixels());
     }
 }
 
-void frame(benchmark::State& state, int faces, DrawMode mode) {
+void frame(benchmark::State& state, int faces, DrawMode mode, unsigned threads) {
     SceneModel scene;
     addTerrain(scene, faces, 4);
     scene.addLight({LightKind::kDirectional, {}, {0.48f, 0.36f, -0.8f}, {1, 1, 0.95f}});
-    turn(state, scene, mode);
+    turn(state, scene, mode, threads);
 }
 
-void textured(benchmark::State& state, int faces) {
+void textured(benchmark::State& state, int faces, unsigned threads) {
     Picture picture{256, 256, {}};
     for (std::uint32_t i = 0; i < 256 * 256; ++i)
         picture.texels.push_back(0xFF000000 | (i * 2654435761u >> 8));
@@ -77,25 +80,28 @@ void textured(benchmark::State& state, int faces) {
     SceneModel scene;
     addTerrain(scene, faces, 4, &texture);
     scene.addLight({LightKind::kDirectional, {}, {0.48f, 0.36f, -0.8f}, {1, 1, 0.95f}});
-    turn(state, scene, DrawMode::kShaded);
+    turn(state, scene, DrawMode::kShaded, threads);
 }
 
-void add(const std::string& name, int faces, DrawMode mode) {
-    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-        frame(state, faces, mode);
-    })->Unit(benchmark::kMillisecond);
+/// Wall time, since threads share the work.
+void add(const std::string& name, const std::function<void(benchmark::State&)>& run) {
+    benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond)->UseRealTime();
 }
 
 void registerBenches() {
-    for (const int faces : {1'000, 100'000, 500'000}) {
-        const std::string name = std::to_string(faces) + " faces, ";
-        add(name + "shaded", faces, DrawMode::kShaded);
-        add(name + "shaded with edges", faces, DrawMode::kShadedEdges);
-        add(name + "wires", faces, DrawMode::kWireframe);
-        if (faces == 500'000) continue;
-        benchmark::RegisterBenchmark((name + "textured").c_str(), [=](benchmark::State& state) {
-            textured(state, faces);
-        })->Unit(benchmark::kMillisecond);
+    for (const unsigned threads : {1u, 2u}) {
+        const std::string by = threads == 1 ? "/one thread" : "/library";
+        for (const int faces : {1'000, 100'000, 500'000}) {
+            const std::string name = std::to_string(faces) + " faces, ";
+            for (const auto& [what, mode] : {std::pair{"shaded", DrawMode::kShaded},
+                                             {"shaded with edges", DrawMode::kShadedEdges},
+                                             {"wires", DrawMode::kWireframe}})
+                add(name + what + by, [=, mode = mode](benchmark::State& state) {
+                    frame(state, faces, mode, threads);
+                });
+            add(name + "textured" + by,
+                [=](benchmark::State& state) { textured(state, faces, threads); });
+        }
     }
 }
 
@@ -106,6 +112,9 @@ int main(int count, char** arguments) {
     registerBenches();
     bench::FastestRuns runs;
     runs.run(count, arguments);
-    runs.print(table, [](const std::string&) { return bench::kNoBound; });
+    // Of a small scene most of the time is that of the picture's memory.
+    runs.print(table, [](const std::string& name) {
+        return name.starts_with("1000 ") ? bench::kNoBound : 1 / 1.8;
+    });
     return table.status();
 }

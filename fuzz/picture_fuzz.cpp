@@ -11,7 +11,7 @@ constexpr std::size_t kFewTexels = 64 * 1024;
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::vector<std::uint8_t> block(data, data + size);
     try {
-        const render::Picture picture = render::readSgiPicture(block);
+        const render::Picture picture = render::readPicture(block);
         const auto texels =
             static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height);
         expect(texels > 0 && texels <= render::kMostTexels, "the picture has a size");

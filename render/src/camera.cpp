@@ -185,6 +185,19 @@ std::optional<ScreenPoint> Camera::project(Vec3d world) const {
     return toScreen(view);
 }
 
+std::pair<float, float> Camera::rowsOf(Vec3d centre, float radius) const {
+    const Vec3 v = toView(centre);
+    if (isParallel())
+        return {centreY_ - (v.y + radius) * scale_, centreY_ - (v.y - radius) * scale_};
+    const float ahead = v.z * v.z - radius * radius;
+    if (!(v.z > radius && v.z - radius > nearDistance() && ahead > 0))
+        return {0, static_cast<float>(height_)};
+    // The slopes of the two planes through the eye that touch the sphere.
+    const float reach = radius * std::sqrt(v.y * v.y + ahead);
+    return {centreY_ - scale_ * (v.y * v.z + reach) / ahead,
+            centreY_ - scale_ * (v.y * v.z - reach) / ahead};
+}
+
 bool Camera::isOutside(Vec3d centre, float radius) const {
     const Vec3 v = toView(centre);
     if (isParallel()) {

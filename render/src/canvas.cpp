@@ -50,18 +50,30 @@ void Canvas::resize(int width, int height) {
     width_ = std::max(width, 1);
     height_ = std::max(height, 1);
     const std::size_t size = static_cast<std::size_t>(width_) * static_cast<std::size_t>(height_);
-    colors_.resize(size);
-    depths_.resize(size);
-    items_.resize(size);
+    pixelMemory_.resize(size);
+    depthMemory_.resize(size);
+    itemMemory_.resize(size);
+    pixels_ = pixelMemory_.data();
+    depths_ = depthMemory_.data();
+    items_ = itemMemory_.data();
+    firstRow_ = 0;
+    endRow_ = height_;
 }
 
-void Canvas::clear(Color top, Color bottom) {
-    for (int y = 0; y < height_; ++y) {
+CanvasRows Canvas::rows(int first, int end) {
+    CanvasRows some = *this;
+    some.firstRow_ = std::clamp(first, 0, height_);
+    some.endRow_ = std::clamp(end, some.firstRow_, height_);
+    return some;
+}
+
+void CanvasRows::clear(Color top, Color bottom) {
+    for (int y = firstRow_; y < endRow_; ++y) {
         const Color color = mix(top, bottom, static_cast<float>(y) / static_cast<float>(height_));
-        std::fill_n(colors_.begin() + static_cast<std::ptrdiff_t>(at(0, y)), width_, color);
+        std::fill_n(pixels_ + at(0, y), width_, color);
+        std::fill_n(depths_ + at(0, y), width_, kFarthest);
+        std::fill_n(items_ + at(0, y), width_, kNoItem);
     }
-    std::fill(depths_.begin(), depths_.end(), kFarthest);
-    std::fill(items_.begin(), items_.end(), kNoItem);
 }
 
 ItemIndex Canvas::pick(int x, int y, int reach) const {
@@ -80,15 +92,15 @@ ItemIndex Canvas::pick(int x, int y, int reach) const {
 }
 
 template <typename Span>
-void Canvas::scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
-                  const Span& span) {
+void CanvasRows::scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+                      const Span& span) {
     const ScreenPoint *top = &a, *middle = &b, *bottom = &c;
     if (middle->y < top->y) std::swap(top, middle);
     if (bottom->y < top->y) std::swap(top, bottom);
     if (bottom->y < middle->y) std::swap(middle, bottom);
 
-    const int firstRow = firstCentre(top->y, 0, height_),
-              endRow = firstCentre(bottom->y, 0, height_);
+    const int firstRow = firstCentre(top->y, firstRow_, endRow_),
+              endRow = firstCentre(bottom->y, firstRow_, endRow_);
     if (firstRow >= endRow) return;
     const float area =
         (middle->x - top->x) * (bottom->y - top->y) - (bottom->x - top->x) * (middle->y - top->y);
@@ -113,8 +125,8 @@ void Canvas::scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint&
 }
 
 template <bool kBlended, typename Shader>
-void Canvas::shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
-                   const Fill& fill, Shader shader) {
+void CanvasRows::shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+                       const Fill& fill, Shader shader) {
     // What lies in the same place differs by less than this, as a share of the depth.
     constexpr float kSamePlace = 1e-5f;
     constexpr std::uint32_t kHalf = 128, kSolid = 250, kFaint = 8;
@@ -135,14 +147,14 @@ void Canvas::shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint
             if constexpr (kBlended) {
                 const std::uint32_t alpha = (color >> 24) * opacity >> 8;
                 if (alpha < kFaint) continue;
-                colors_[i] = mix(colors_[i], color & 0xFFFFFF, static_cast<float>(alpha) / 255);
+                pixels_[i] = mix(pixels_[i], color & 0xFFFFFF, static_cast<float>(alpha) / 255);
                 if (alpha >= kHalf || fill.opacity < 1) items_[i] = fill.item;
                 if (alpha >= kSolid) depths_[i] = depth;
             } else {
                 if constexpr (Shader::kHasAlpha) {
                     if (color >> 24 < kHalf) continue;
                 }
-                colors_[i] = color & 0xFFFFFF;
+                pixels_[i] = color & 0xFFFFFF;
                 depths_[i] = depth;
                 items_[i] = fill.item;
             }
@@ -332,16 +344,16 @@ private:
 
 }  // namespace
 
-void Canvas::triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, Color color,
-                      const Fill& fill) {
+void CanvasRows::triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+                          Color color, const Fill& fill) {
     if (fill.opacity < 1)
         shade<true>(a, b, c, fill, FlatShader{color});
     else
         shade<false>(a, b, c, fill, FlatShader{color});
 }
 
-void Canvas::gradient(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
-                      const Vec3 (&colors)[3], const Fill& fill) {
+void CanvasRows::gradient(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+                          const Vec3 (&colors)[3], const Fill& fill) {
     const PlaneFinder planes(a, b, c);
     if (planes.isFlat()) return;
     const GradientShader shader{ColorPlanes(planes, colors[0], colors[1], colors[2])};
@@ -351,8 +363,8 @@ void Canvas::gradient(const ScreenPoint& a, const ScreenPoint& b, const ScreenPo
         shade<false>(a, b, c, fill, shader);
 }
 
-void Canvas::textured(const TextureCorner (&corners)[3], const Texture& texture, bool blended,
-                      const Fill& fill) {
+void CanvasRows::textured(const TextureCorner (&corners)[3], const Texture& texture, bool blended,
+                          const Fill& fill) {
     const ScreenPoint &a = corners[0].place, &b = corners[1].place, &c = corners[2].place;
     const PlaneFinder planes(a, b, c);
     if (planes.isFlat()) return;
@@ -364,9 +376,8 @@ void Canvas::textured(const TextureCorner (&corners)[3], const Texture& texture,
         shade<false>(a, b, c, fill, TextureShader<false>(planes, corners, texture));
 }
 
-inline void Canvas::plot(int x, int y, float depth, const Paint& paint, float coverage) {
-    if (static_cast<unsigned>(x) >= static_cast<unsigned>(width_) ||
-        static_cast<unsigned>(y) >= static_cast<unsigned>(height_))
+inline void CanvasRows::plot(int x, int y, float depth, const Paint& paint, float coverage) {
+    if (static_cast<unsigned>(x) >= static_cast<unsigned>(width_) || y < firstRow_ || y >= endRow_)
         return;
     const std::size_t i = at(x, y);
     if (paint.plane)
@@ -377,18 +388,27 @@ inline void Canvas::plot(int x, int y, float depth, const Paint& paint, float co
         // Faint pixels at a line's rim do not hide what is drawn behind them afterwards.
         if (coverage > 0.5f && paint.opacity == 1) depths_[i] = std::max(depths_[i], depth);
     }
-    colors_[i] = mix(colors_[i], paint.color, coverage * paint.opacity);
+    pixels_[i] = mix(pixels_[i], paint.color, coverage * paint.opacity);
     if (paint.item != kNoItem && coverage > 0.25f) items_[i] = paint.item;
 }
 
-void Canvas::line(ScreenPoint a, ScreenPoint b, const Paint& paint) {
+void CanvasRows::line(ScreenPoint a, ScreenPoint b, const Paint& paint) {
     if (!std::isfinite(a.x + a.y + b.x + b.y)) return;
     if (clipToPicture(a, b, static_cast<float>(width_), static_cast<float>(height_)))
         plotLine(a, b, paint);
 }
 
-// Walks along the longer direction and shares each step's ink between two neighbouring pixels.
-void Canvas::plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& paint) {
+void CanvasRows::dot(const ScreenPoint& place, const Paint& paint) {
+    if (!(place.x >= 0 && place.y >= 0 && place.x < static_cast<float>(width_) &&
+          place.y < static_cast<float>(height_)))
+        return;
+    plot(static_cast<int>(place.x), static_cast<int>(place.y), place.depth, paint, 1);
+}
+
+// The rows that a line is drawn in are those of the whole line: which of them are here must not
+// move it. Walks along the longer direction and shares each step's ink between two neighbouring
+// pixels.
+void CanvasRows::plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& paint) {
     const bool steep = std::abs(b.y - a.y) > std::abs(b.x - a.x);
     float u0 = steep ? a.y : a.x, v0 = steep ? a.x : a.y, z0 = a.depth;
     float u1 = steep ? b.y : b.x, v1 = steep ? b.x : b.y, z1 = b.depth;
@@ -399,7 +419,14 @@ void Canvas::plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& p
     }
     const float run = std::max(u1 - u0, 1e-6f);
     const float slope = (v1 - v0) / run, depthSlope = (z1 - z0) / run;
-    const int first = static_cast<int>(std::floor(u0)), last = static_cast<int>(std::floor(u1));
+    int first = static_cast<int>(std::floor(u0)), last = static_cast<int>(std::floor(u1));
+    if (steep) {
+        first = std::max(first, firstRow_);
+        last = std::min(last, endRow_ - 1);
+    } else if (std::max(v0, v1) < static_cast<float>(firstRow_ - 1) ||
+               std::min(v0, v1) > static_cast<float>(endRow_ + 1)) {
+        return;
+    }
     for (int step = first; step <= last; ++step) {
         const float centre = std::clamp(static_cast<float>(step) + 0.5f, u0, u1);
         // The line is clipped to one pixel around the picture, so that one more keeps it positive
@@ -418,15 +445,15 @@ void Canvas::plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& p
     }
 }
 
-void Canvas::glow(const ScreenPoint& centre, float radius, const Paint& paint) {
+void CanvasRows::glow(const ScreenPoint& centre, float radius, const Paint& paint) {
     const float reach = radius * 3;
     if (!(centre.x > -reach && centre.y > -reach && centre.x < static_cast<float>(width_) + reach &&
           centre.y < static_cast<float>(height_) + reach))
         return;
     const int left = static_cast<int>(std::floor(centre.x - reach));
     const int right = static_cast<int>(std::ceil(centre.x + reach));
-    const int top = static_cast<int>(std::floor(centre.y - reach));
-    const int bottom = static_cast<int>(std::ceil(centre.y + reach));
+    const int top = std::max(firstRow_, static_cast<int>(std::floor(centre.y - reach)));
+    const int bottom = std::min(endRow_, static_cast<int>(std::ceil(centre.y + reach)));
     Paint halo = paint;
     halo.item = kNoItem;
     for (int y = top; y < bottom; ++y) {
@@ -447,7 +474,7 @@ void Canvas::outline(std::span<const std::uint8_t> chosen, int width, Color colo
     // How far each pixel is from the nearest chosen one, as far as the rim reaches: by sweeping
     // down and up again, each pixel from its neighbours.
     const auto beyond = static_cast<std::uint8_t>(width + 1);
-    rim_.assign(colors_.size(), beyond);
+    rim_.assign(pixelMemory_.size(), beyond);
     int left = width_, right = -1, top = height_, bottom = -1;
     for (int y = 0; y < height_; ++y) {
         const std::size_t row = at(0, y);
@@ -483,7 +510,7 @@ void Canvas::outline(std::span<const std::uint8_t> chosen, int width, Color colo
             nearer(i, x < right, i + 1);
             nearer(i, y < bottom, i + stride);
             if (rim_[i] != 0 && rim_[i] != beyond)
-                colors_[i] = mix(colors_[i], color, rim_[i] == width && width > 1 ? 0.6f : 1);
+                pixels_[i] = mix(pixels_[i], color, rim_[i] == width && width > 1 ? 0.6f : 1);
         }
     }
 }

@@ -1,5 +1,8 @@
 #include <render/picture.h>
 
+#include "ddspicture.h"
+#include "packedpicture.h"
+
 #include <algorithm>
 
 namespace render {
@@ -130,6 +133,12 @@ private:
 
 Picture readSgiPicture(std::span<const std::uint8_t> bytes) {
     return SgiReader(bytes).read();
+}
+
+Picture readPicture(std::span<const std::uint8_t> bytes) {
+    if (bytes.size() >= 2 && (bytes[0] << 8 | bytes[1]) == kMagic) return readSgiPicture(bytes);
+    if (isDdsPicture(bytes)) return readDdsPicture(bytes);
+    return readPackedPicture(bytes);
 }
 
 }  // namespace render

@@ -16,8 +16,8 @@ namespace {
 
 constexpr int kLargestSide = 8192;
 
-enum Parameter { kPath, kWidth, kHeight, kView, kMode, kEye, kTarget };
-constexpr const char* kParameters = "path width? height? view? mode? eye? target?";
+enum Parameter { kPath, kWidth, kHeight, kView, kMode, kEye, kTarget, kTime, kLevels };
+constexpr const char* kParameters = "path width? height? view? mode? eye? target? time? levels?";
 
 template <typename T, std::size_t kCount>
 using Choices = std::array<std::pair<std::string_view, T>, kCount>;
@@ -29,6 +29,12 @@ constexpr Choices<View, 4> kViews{{{"perspective", View::kPerspective},
 constexpr Choices<DrawMode, 3> kModes{{{"shaded", DrawMode::kShaded},
                                        {"edges", DrawMode::kShadedEdges},
                                        {"wireframe", DrawMode::kWireframe}}};
+
+constexpr Choices<TimeOfDay, 4> kTimes{{{"any", TimeOfDay::kAny},
+                                        {"day", TimeOfDay::kDay},
+                                        {"dusk", TimeOfDay::kDusk},
+                                        {"night", TimeOfDay::kNight}}};
+constexpr Choices<bool, 2> kLevelChoices{{{"all", false}, {"eye", true}}};
 
 /// The choice that an argument names, the first one without it.
 template <typename T, std::size_t kCount>
@@ -72,6 +78,8 @@ script::Value drawPicture(const script::Arguments& arguments, const std::string&
     const int width = sideOf(arguments, kWidth, 1280), height = sideOf(arguments, kHeight, 800);
     RenderOptions options;
     options.mode = chosen(arguments, kMode, kModes);
+    options.time = chosen(arguments, kTime, kTimes);
+    options.levelsByEye = chosen(arguments, kLevels, kLevelChoices);
     options.grid = options.axes = options.helpers = false;
     SceneFeed feed;
     feed.build(core->hostInterface());

@@ -1,390 +1,220 @@
 #include <render/renderer.h>
 
-#include <array>
+#include "painter.h"
+#include "workers.h"
+
+#include <algorithm>
 #include <cmath>
+#include <thread>
 #include <tuple>
-#include <utility>
 
 namespace render {
 namespace {
 
 constexpr Color kSkyTop = 0x4A5560, kSkyBottom = 0x7A858F;
-constexpr Color kGridMinor = 0x8A949C, kGridMajor = 0xAEB7BE;
-constexpr Color kEdge = 0x20262B;
-constexpr Color kSelected = 0xFFC040;
-constexpr Color kAxisX = 0xE0554F, kAxisY = 0x66C25A, kAxisZ = 0x5A8FF0;
 
-constexpr float kEdgeBias = 6e-4f;     // edges lie upon their own surface
-constexpr float kLayerBias = 1.5e-4f;  // each layer lies upon the one below
-constexpr float kGridBias = -2e-4f;    // ground that lies in the plane of the grid hides it
+/// Parts of the picture for each thread, so that one that is done early takes over from another.
+constexpr std::size_t kBandsPerThread = 3;
 
-Vec3 channelsOf(Color color) {
-    return {static_cast<float>(color >> 16 & 0xFF), static_cast<float>(color >> 8 & 0xFF),
-            static_cast<float>(color & 0xFF)};
-}
-
-Color colorOf(Vec3 channels) {
-    // In this order what is no number becomes 0.
-    const auto byte = [](float value) {
-        return static_cast<Color>(std::min(std::max(0.f, value), 255.f));
-    };
-    return byte(channels.x) << 16 | byte(channels.y) << 8 | byte(channels.z);
-}
-
-Vec3 product(Vec3 a, Vec3 b) {
-    return {a.x * b.x, a.y * b.y, a.z * b.z};
+std::uint8_t hoursOf(TimeOfDay time) {
+    switch (time) {
+        case TimeOfDay::kDay:
+            return kDay;
+        case TimeOfDay::kDusk:
+            return kDusk;
+        case TimeOfDay::kNight:
+            return kNight;
+        case TimeOfDay::kAny:
+            break;
+    }
+    return 0;
 }
 
 }  // namespace
 
+/// One picture in the making. Its rows are shared out among threads, each of which goes through
+/// what touches its rows in the one order of all, so that no pixel depends on how they are shared
+/// out.
+struct Renderer::Frame {
+    /// What is drawn of the scene, and the rows that it touches.
+    struct Seen {
+        ItemIndex item;
+        int top, bottom;
+        float distance = 0;
+    };
+
+    void choose();
+    bool isShown(const Item& item) const {
+        return (hours == 0 || (item.hours & hours) != 0) && (shown.empty() || shown[item.range]);
+    }
+    void chooseRanges();
+    void addLoad(const Seen& seen, const Item& item);
+    void shareOut(std::size_t bands);
+    void drawBand(std::size_t band);
+    std::size_t drawItems(Painter& painter, const std::vector<Seen>& items, int first, int end);
+    void drawOutline();
+
+    const SceneModel* scene = nullptr;
+    const Camera* camera = nullptr;
+    const RenderOptions* options = nullptr;
+    Canvas* canvas = nullptr;
+
+    Workers workers;
+    Lighting lighting;
+    std::vector<Painter> painters;     // by band
+    std::vector<std::size_t> drawn;    // triangles, by band
+    std::vector<int> borders;          // first rows of the bands, and the end of the last
+    std::vector<double> load;          // by row: how much more there is to do than in the one above
+    std::vector<Seen> solid;           // in the order of the scene
+    std::vector<Seen> translucent;     // the farthest first
+    std::vector<std::uint8_t> shown;   // by range; none when all of them show
+    std::vector<std::uint8_t> chosen;  // by item: whether it is outlined
+    std::uint8_t hours = 0;            // one of them, or 0 for any
+};
+
+Renderer::Renderer() : frame_(std::make_unique<Frame>()) {}
+Renderer::~Renderer() = default;
+
 void Renderer::draw(const SceneModel& scene, const Camera& camera, const RenderOptions& options,
                     Canvas& canvas) {
-    camera_ = &camera;
-    canvas_ = &canvas;
-    options_ = options;
+    Frame& frame = *frame_;
+    frame.scene = &scene;
+    frame.camera = &camera;
+    frame.options = &options;
+    frame.canvas = &canvas;
+    frame.lighting.beginFrame(scene.lights(), camera);
+    frame.choose();
+    const std::size_t threads =
+        options.threads != 0 ? options.threads : std::max(std::thread::hardware_concurrency(), 1U);
+    frame.shareOut(threads == 1 ? 1 : threads * kBandsPerThread);
+    const std::size_t bands = frame.painters.size();
+    frame.workers.run(threads, bands, [&frame](std::size_t band) { frame.drawBand(band); });
     trianglesDrawn_ = 0;
-    lighting_.beginFrame(scene.lights(), camera);
-    canvas.clear(kSkyTop, kSkyBottom);
-    const auto items = scene.items();
-    drawSurfaces(scene);
-    bias_ = 0;
-    if (options.grid) drawGrid();
-    drawTranslucent(scene);
-    bias_ = 0;
-    for (const Mark& mark : scene.marks()) {
-        if (options.helpers || mark.kind == MarkKind::kLightPoint)
-            drawMark(mark, items[mark.item].selected);
+    for (const std::size_t count : frame.drawn) trianglesDrawn_ += count;
+
+    if (options.mode != DrawMode::kWireframe) frame.drawOutline();
+    Painter& painter = frame.painters.front();
+    painter.begin(scene, camera, options, frame.lighting, canvas);
+    for (const Item& item : scene.items()) {
+        if (item.selected && !item.selectionBox.empty()) painter.drawBrackets(item.selectionBox);
     }
-    if (options.mode != DrawMode::kWireframe) drawOutline(items);
-    for (const Item& item : items)
-        if (item.selected && !item.selectionBox.empty()) drawBrackets(item.selectionBox);
-    if (options.axes) drawAxes();
+    if (options.axes) painter.drawAxes();
 }
 
-void Renderer::drawSurfaces(const SceneModel& scene) {
-    const auto items = scene.items();
-    translucent_.clear();
+void Renderer::Frame::chooseRanges() {
+    shown.clear();
+    if (!options->levelsByEye || scene->levelsHidden()) return;
+    shown.push_back(1);
+    for (const Range& range : scene->ranges().subspan(1)) {
+        const double distance = length(range.centre - camera->eye());
+        shown.push_back(shown[range.within] && distance > range.nearest &&
+                        distance <= range.farthest);
+    }
+}
+
+void Renderer::Frame::choose() {
+    hours = hoursOf(options->time);
+    chooseRanges();
+    solid.clear();
+    translucent.clear();
+    load.assign(static_cast<std::size_t>(canvas->height()) + 1, 0);
+    const auto items = scene->items();
+    const float lowest = static_cast<float>(canvas->height());
+    const float margin = 2 + options->pixelScale;  // of lines
     for (ItemIndex i = 0; i < items.size(); ++i) {
         const Item& item = items[i];
-        if (item.triangleCount == 0 || camera_->isOutside(item.sphereCentre, item.sphereRadius))
+        if (item.triangleCount == 0 || !isShown(item) ||
+            camera->isOutside(item.sphereCentre, item.sphereRadius))
             continue;
-        if (!scene.surfaceOf(item).isTranslucent()) {
-            drawSurface(scene, item, i);
-            continue;
+        const auto [top, bottom] = camera->rowsOf(item.sphereCentre, item.sphereRadius);
+        // In this order what is no number gives all rows.
+        Seen seen{i, static_cast<int>(std::min(std::max(0.f, top - margin), lowest)),
+                  static_cast<int>(std::max(std::min(lowest, bottom + margin), 0.f))};
+        if (!scene->surfaceOf(item).isTranslucent()) {
+            solid.push_back(seen);
+        } else {
+            // Beyond all measure there is no order, and nothing to be seen.
+            seen.distance = camera->toView(item.sphereCentre).z;
+            if (!std::isfinite(seen.distance)) continue;
+            translucent.push_back(seen);
         }
-        // Beyond all measure there is no order, and nothing to be seen.
-        const float distance = camera_->toView(item.sphereCentre).z;
-        if (std::isfinite(distance)) translucent_.push_back({distance, i});
+        addLoad(seen, item);
     }
-}
-
-// What lets light through comes last, from back to front; in layers, the lower ones first.
-void Renderer::drawTranslucent(const SceneModel& scene) {
-    const auto items = scene.items();
-    const auto layer = [&](ItemIndex i) { return scene.surfaceOf(items[i]).layer; };
-    std::sort(translucent_.begin(), translucent_.end(), [&](const auto& a, const auto& b) {
-        return std::tuple(layer(a.second), -a.first, a.second) <
-               std::tuple(layer(b.second), -b.first, b.second);
+    // What lets light through comes last, from back to front; in layers, the lower ones first.
+    const auto layer = [&](const Seen& seen) { return scene->surfaceOf(items[seen.item]).layer; };
+    std::sort(translucent.begin(), translucent.end(), [&](const Seen& a, const Seen& b) {
+        return std::tuple(layer(a), -a.distance, a.item) <
+               std::tuple(layer(b), -b.distance, b.item);
     });
-    for (const auto& [distance, i] : translucent_) drawSurface(scene, items[i], i);
 }
 
-ScreenPoint Renderer::screenOf(Vec3 view) const {
-    ScreenPoint point = camera_->toScreen(view);
-    point.depth +=
-        bias_ * (camera_->isParallel() ? static_cast<float>(camera_->distance()) : point.depth);
-    return point;
+void Renderer::Frame::addLoad(const Seen& seen, const Item& item) {
+    const auto first = static_cast<std::size_t>(std::min(seen.top, canvas->height() - 1));
+    const auto end = static_cast<std::size_t>(std::clamp(seen.bottom, 0, canvas->height()));
+    if (end <= first) return;
+    const double each = (8. + item.triangleCount) / static_cast<double>(end - first);
+    load[first] += each;
+    load[end] -= each;
 }
 
-void Renderer::transform(const SceneModel& scene, const Item& item) {
-    bias_ = kLayerBias * static_cast<float>(scene.surfaceOf(item).layer);
-    view_.resize(item.vertexCount);
-    screen_.resize(item.vertexCount);
-    const Vec3* local = scene.vertices().data() + item.firstVertex;
-    const float nearDistance = camera_->nearDistance();
-    const Vec3 offset = camera_->toView(item.origin);
-    for (std::uint32_t i = 0; i < item.vertexCount; ++i) {
-        view_[i] = offset + camera_->toView(local[i]);
-        if (view_[i].z >= nearDistance) screen_[i] = screenOf(view_[i]);
+/// Makes bands that have about as much to do as each other.
+void Renderer::Frame::shareOut(std::size_t bands) {
+    const auto rows = static_cast<std::size_t>(canvas->height());
+    bands = std::min(bands, rows);
+    // Filling a row takes its time, too.
+    const double perRow = canvas->width() / 16.;
+    double all = 0, here = 0;
+    for (std::size_t row = 0; row < rows; ++row) all += (here += load[row]) + perRow;
+    borders.assign(1, 0);
+    double done = here = 0;
+    for (std::size_t row = 0; row < rows && borders.size() < bands; ++row) {
+        done += (here += load[row]) + perRow;
+        if (done * static_cast<double>(bands) >= all * static_cast<double>(borders.size()))
+            borders.push_back(static_cast<int>(row) + 1);
+    }
+    borders.push_back(canvas->height());
+    painters.resize(borders.size() - 1);
+    drawn.assign(painters.size(), 0);
+}
+
+void Renderer::Frame::drawBand(std::size_t band) {
+    const int first = borders[band], end = borders[band + 1];
+    Painter& painter = painters[band];
+    painter.begin(*scene, *camera, *options, lighting, canvas->rows(first, end));
+    painter.rows().clear(kSkyTop, kSkyBottom);
+    drawn[band] = drawItems(painter, solid, first, end);
+    if (options->grid) painter.drawGrid();
+    drawn[band] += drawItems(painter, translucent, first, end);
+    const auto items = scene->items();
+    for (const Mark& mark : scene->marks()) {
+        const Item& item = items[mark.item];
+        if (isShown(item) && (options->helpers || mark.kind == MarkKind::kLightPoint))
+            painter.drawMark(mark, item.selected);
     }
 }
 
-void Renderer::drawSurface(const SceneModel& scene, const Item& item, ItemIndex index) {
-    transform(scene, item);
-    const bool wire = options_.mode == DrawMode::kWireframe;
-    if (!wire) fillSurface(scene, item, index);
-    if (item.outlined && (wire || options_.mode == DrawMode::kShadedEdges))
-        drawEdges(scene, item, {kSelected, 1, index, kEdgeBias * 2, true});
-    else if (wire)
-        drawEdges(scene, item, {scene.triangles()[item.firstTriangle].color, 1, index, 0, true});
-    else if (options_.mode == DrawMode::kShadedEdges)
-        drawFadedEdges(scene, item, index);
-}
-
-// `fromEye` is one of its corners.
-DepthPlane Renderer::planeOf(const Triangle& triangle, Vec3d fromEye) const {
-    DepthPlane plane = camera_->depthPlane(triangle.normal, dot(Vec3d(triangle.normal), fromEye));
-    if (camera_->isParallel()) {
-        plane.start += double{bias_} * camera_->distance();
-    } else {
-        const double nearer = 1 + double{bias_};
-        plane.start *= nearer;
-        plane.perX *= nearer;
-        plane.perY *= nearer;
+/// Returns the triangles of those that begin in these rows.
+std::size_t Renderer::Frame::drawItems(Painter& painter, const std::vector<Seen>& items, int first,
+                                       int end) {
+    std::size_t sum = 0;
+    for (const Seen& seen : items) {
+        const int top = std::min(seen.top, canvas->height() - 1);
+        if (top >= end || std::max(seen.bottom, top) < first) continue;
+        const std::size_t count = painter.drawItem(seen.item);
+        if (top >= first) sum += count;
     }
-    return plane;
+    return sum;
 }
 
-void Renderer::fillSurface(const SceneModel& scene, const Item& item, ItemIndex index) {
-    lighting_.setOrigin(item.origin);
-    const Vec3d eye = camera_->eye() - item.origin;
-    const Surface& surface = scene.surfaceOf(item);
-    const Vec3* local = scene.vertices().data() + item.firstVertex;
-    const Finish* finishes = item.hasFinish ? scene.finishes().data() + item.firstFinish : nullptr;
-    const TexturePlace* places =
-        item.isTextured ? scene.texturePlaces().data() + item.firstTexturePlace : nullptr;
-    const Triangle* triangles = scene.triangles().data() + item.firstTriangle;
-    const float nearDistance = camera_->nearDistance();
-    const Vec3 shining = surface.emissive * 255.f;
-    const bool isFlat = !finishes && !places && !lighting_.isLocal();
-    Fill fill{index, {}, surface.opacity};
-    for (std::uint32_t t = 0; t < item.triangleCount; ++t) {
-        const Triangle& triangle = triangles[t];
-        std::uint32_t corner[3];
-        for (int i = 0; i < 3; ++i) corner[i] = triangle.vertex[i] - item.firstVertex;
-        const Vec3 &a = view_[corner[0]], &b = view_[corner[1]], &c = view_[corner[2]];
-        const int inFront = (a.z >= nearDistance) + (b.z >= nearDistance) + (c.z >= nearDistance);
-        if (inFront == 0) continue;
-        ++trianglesDrawn_;
-        const Vec3d fromEye = Vec3d(local[corner[0]]) - eye;
-        const Vec3 forward = camera_->isParallel() ? camera_->forward() : toFloat(fromEye);
-        const float side = dot(triangle.normal, forward) > 0 ? -1.f : 1.f;
-        const Vec3 color = channelsOf(triangle.color);
-        fill.plane = planeOf(triangle, fromEye);
-        if (isFlat && inFront == 3) {
-            const Vec3 light = lighting_.at(local[corner[0]], triangle.normal * side, surface);
-            fill.plane.enclose(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]]);
-            canvas_->triangle(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]],
-                              colorOf(product(color, light) + shining), fill);
-            continue;
-        }
-        Corner corners[3];
-        for (unsigned i = 0; i < 3; ++i) {
-            const Finish finish = finishes ? finishes[corner[i]] : Finish{};
-            const bool smooth = dot(finish.normal, finish.normal) > 0.5f;
-            const Vec3 normal = (smooth ? finish.normal : triangle.normal) * side;
-            const Vec3 light = lighting_.at(local[corner[i]], normal, surface);
-            corners[i] = {
-                view_[corner[i]],
-                product(finish.colored ? channelsOf(finish.color) : color, light) + shining,
-                places ? places[3 * t + i] : TexturePlace{}};
-        }
-        if (inFront == 3)
-            fillTriangle(corners, surface, fill);
-        else
-            fillClipped(corners, surface, fill);
-    }
-}
-
-void Renderer::fillTriangle(const Corner (&corners)[3], const Surface& surface, Fill& fill) {
-    const ScreenPoint at[3] = {screenOf(corners[0].view), screenOf(corners[1].view),
-                               screenOf(corners[2].view)};
-    fill.plane.enclose(at[0], at[1], at[2]);
-    const Vec3 colors[3] = {corners[0].color, corners[1].color, corners[2].color};
-    if (!surface.texture) return canvas_->gradient(at[0], at[1], at[2], colors, fill);
-    TextureCorner textured[3];
-    for (int i = 0; i < 3; ++i)
-        textured[i] = {at[i], camera_->isParallel() ? 1 : 1 / corners[i].view.z,
-                       corners[i].texture.u, corners[i].texture.v, colors[i]};
-    canvas_->textured(textured, *surface.texture, surface.blended, fill);
-}
-
-// Cuts a triangle off at the near plane: three or four corners are left, or none.
-int Renderer::clipNear(const Corner (&corners)[3], float nearDistance, Corner (&out)[4]) {
-    int count = 0;
-    for (int i = 0; i < 3; ++i) {
-        const Corner &a = corners[i], &b = corners[(i + 1) % 3];
-        const bool aInside = a.view.z >= nearDistance, bInside = b.view.z >= nearDistance;
-        if (aInside) out[count++] = a;
-        if (aInside == bInside) continue;
-        const float share = (nearDistance - a.view.z) / (b.view.z - a.view.z);
-        out[count++] = {a.view + (b.view - a.view) * share,
-                        a.color + (b.color - a.color) * share,
-                        {a.texture.u + (b.texture.u - a.texture.u) * share,
-                         a.texture.v + (b.texture.v - a.texture.v) * share}};
-    }
-    return count;
-}
-
-void Renderer::fillClipped(const Corner (&corners)[3], const Surface& surface, Fill& fill) {
-    Corner kept[4];
-    const int count = clipNear(corners, camera_->nearDistance(), kept);
-    for (int i = 2; i < count; ++i) fillTriangle({kept[0], kept[i - 1], kept[i]}, surface, fill);
-}
-
-void Renderer::drawOutline(std::span<const Item> items) {
-    chosen_.resize(items.size());
+void Renderer::Frame::drawOutline() {
+    const auto items = scene->items();
+    chosen.resize(items.size());
     bool any = false;
     for (std::size_t i = 0; i < items.size(); ++i) {
-        chosen_[i] = items[i].outlined && items[i].triangleCount > 0;
-        any = any || chosen_[i] != 0;
+        chosen[i] = items[i].outlined && items[i].triangleCount > 0;
+        any = any || chosen[i] != 0;
     }
-    if (any) canvas_->outline(chosen_, static_cast<int>(2 * options_.pixelScale), kSelected);
-}
-
-// The edges of what is only a few pixels large would leave nothing of its color.
-void Renderer::drawFadedEdges(const SceneModel& scene, const Item& item, ItemIndex index) {
-    constexpr float kEdgeOpacity = 0.55f, kNoEdgesBelow = 6, kFullEdgesFrom = 28;  // radius, pixels
-    const float radius = item.sphereRadius * camera_->pixelsPerUnitAt(item.sphereCentre);
-    const float share = (radius - kNoEdgesBelow) / (kFullEdgesFrom - kNoEdgesBelow);
-    if (share <= 0) return;
-    drawEdges(scene, item, {kEdge, kEdgeOpacity * std::min(share, 1.f), index, kEdgeBias, true});
-}
-
-void Renderer::drawEdges(const SceneModel& scene, const Item& item, const Paint& paint) {
-    const float nearDistance = camera_->nearDistance();
-    const float width = static_cast<float>(canvas_->width());
-    const float height = static_cast<float>(canvas_->height());
-    const auto isInPicture = [&](std::uint32_t i) {
-        const ScreenPoint& p = screen_[i];
-        return view_[i].z >= nearDistance && p.x >= 0 && p.y >= 0 && p.x <= width && p.y <= height;
-    };
-    const Triangle* triangle = scene.triangles().data() + item.firstTriangle;
-    for (std::uint32_t i = 0; i < item.triangleCount; ++i) {
-        for (unsigned edge = 0; edge < 3; ++edge) {
-            if ((triangle[i].edges >> edge & 1) == 0) continue;
-            const std::uint32_t a = triangle[i].vertex[edge] - item.firstVertex;
-            const std::uint32_t b = triangle[i].vertex[(edge + 1) % 3] - item.firstVertex;
-            if (isInPicture(a) && isInPicture(b))
-                canvas_->line(screen_[a], screen_[b], paint);
-            else
-                viewLine(view_[a], view_[b], paint);
-        }
-    }
-}
-
-void Renderer::viewLine(Vec3 a, Vec3 b, const Paint& paint) {
-    if (camera_->clipToPicture(a, b)) canvas_->line(screenOf(a), screenOf(b), paint);
-}
-
-void Renderer::worldLine(Vec3d a, Vec3d b, const Paint& paint) {
-    viewLine(camera_->toView(a), camera_->toView(b), paint);
-}
-
-void Renderer::drawMark(const Mark& mark, bool selected) {
-    const auto centre = camera_->project(mark.position);
-    if (!centre) return;
-    const float width = static_cast<float>(canvas_->width());
-    const float height = static_cast<float>(canvas_->height());
-    if (centre->x < -16 || centre->y < -16 || centre->x > width + 16 || centre->y > height + 16)
-        return;
-    const Paint paint{selected ? kSelected : mark.color, 1, mark.item, kEdgeBias, true};
-    if (mark.kind == MarkKind::kLightPoint)
-        return canvas_->glow(*centre, 1.4f * options_.pixelScale, paint);
-    // A helper is an upright cross, a light a star.
-    const float arm = 5 * options_.pixelScale, slant = arm * 0.7f;
-    const auto stroke = [&](float dx, float dy) {
-        canvas_->line({centre->x - dx, centre->y - dy, centre->depth},
-                      {centre->x + dx, centre->y + dy, centre->depth}, paint);
-    };
-    stroke(arm, 0);
-    stroke(0, arm);
-    if (mark.kind == MarkKind::kLight) {
-        stroke(slant, slant);
-        stroke(slant, -slant);
-    }
-}
-
-// The corners of a box, each drawn a quarter of the way along its three edges.
-void Renderer::drawBrackets(const Box& around) {
-    // A little outside, so that it is not lost among the edges of a box.
-    const Vec3d margin = (around.max - around.min) * 0.03;
-    Box box;
-    box.add(around.min - margin);
-    box.add(around.max + margin);
-    const Paint paint{0xFFFFFF, 1, kNoItem, kEdgeBias, false};
-    const Vec3d quarter = (box.max - box.min) * 0.22;
-    for (unsigned i = 0; i < 8; ++i) {
-        const Vec3d corner = box.corner(i);
-        const double sx = i & 1 ? -1 : 1, sy = i & 2 ? -1 : 1, sz = i & 4 ? -1 : 1;
-        worldLine(corner, corner + Vec3d{quarter.x * sx, 0, 0}, paint);
-        worldLine(corner, corner + Vec3d{0, quarter.y * sy, 0}, paint);
-        worldLine(corner, corner + Vec3d{0, 0, quarter.z * sz}, paint);
-    }
-}
-
-// Lines of the ground plane around the target, their spacing a power of ten that stays readable.
-// Front and left views show the ground as a line, so there the grid stands upright.
-void Renderer::drawGrid() {
-    constexpr int kReach = 50;
-    const double spacing = std::pow(10., std::ceil(std::log10(camera_->unitsPerPixel() * 14)));
-    Vec3d u{1, 0, 0}, v{0, 1, 0};
-    if (camera_->view() == View::kFront) v = {0, 0, 1};
-    if (camera_->view() == View::kLeft) u = {0, 0, 1};
-    const Vec3 normal = toFloat(cross(u, v));
-    const DepthPlane plane =
-        camera_->depthPlane(normal, dot(Vec3d(normal), Vec3d{} - camera_->eye()));
-    const Vec3d target = camera_->target();
-    const double middleU = std::round(dot(target, u) / spacing);
-    const double middleV = std::round(dot(target, v) / spacing);
-    const auto place = [&](double gridU, double gridV) {
-        return u * (gridU * spacing) + v * (gridV * spacing);
-    };
-    const auto paintOf = [&](double line, int offset) {
-        const bool major = std::fmod(line, 10) == 0;
-        const float fade = 1 - static_cast<float>(std::abs(offset)) / (kReach + 1);
-        return Paint{major ? kGridMajor : kGridMinor,
-                     (major ? 0.8f : 0.45f) * fade,
-                     kNoItem,
-                     kGridBias,
-                     true,
-                     &plane};
-    };
-    for (int i = -kReach; i <= kReach; ++i) {
-        const double lineU = middleU + i, lineV = middleV + i;
-        worldLine(place(lineU, middleV - kReach), place(lineU, middleV + kReach),
-                  paintOf(lineU, i));
-        worldLine(place(middleU - kReach, lineV), place(middleU + kReach, lineV),
-                  paintOf(lineV, i));
-    }
-}
-
-// The directions of the world's axes, in the lower left corner, each with its letter.
-void Renderer::drawAxes() {
-    struct Stroke {
-        float x0, y0, x1, y1;
-    };
-    struct Axis {
-        Vec3 direction;
-        Color color;
-        std::array<Stroke, 3> letter;
-    };
-    static constexpr Axis kAxes[] = {
-        {{1, 0, 0}, kAxisX, {{{-1, -1, 1, 1}, {-1, 1, 1, -1}, {0, 0, 0, 0}}}},
-        {{0, 1, 0}, kAxisY, {{{-1, -1, 0, 0}, {1, -1, 0, 0}, {0, 0, 0, 1}}}},
-        {{0, 0, 1}, kAxisZ, {{{-1, -1, 1, -1}, {1, -1, -1, 1}, {-1, 1, 1, 1}}}},
-    };
-    const float scale = options_.pixelScale, size = 34 * scale, glyph = 3.5f * scale;
-    const ScreenPoint origin{52 * scale, static_cast<float>(canvas_->height()) - 52 * scale, 0};
-    for (const Axis& axis : kAxes) {
-        const Paint paint{axis.color, 1, kNoItem, 0, false};
-        const float dx = dot(axis.direction, camera_->right());
-        const float dy = -dot(axis.direction, camera_->up());
-        if (std::abs(dx) + std::abs(dy) < 0.05f) continue;  // points at the viewer
-        // Twice, half a pixel apart, for weight.
-        for (const float shift : {-0.5f, 0.5f}) {
-            const float across = shift * scale;
-            canvas_->line({origin.x + across, origin.y + across, 0},
-                          {origin.x + dx * size + across, origin.y + dy * size + across, 0}, paint);
-        }
-        const float x = origin.x + dx * size * 1.28f, y = origin.y + dy * size * 1.28f;
-        for (const Stroke& s : axis.letter) {
-            if (s.x0 == s.x1 && s.y0 == s.y1) continue;
-            for (const float across : {0.f, 0.7f})
-                canvas_->line({x + s.x0 * glyph + across, y + s.y0 * glyph, 0},
-                              {x + s.x1 * glyph + across, y + s.y1 * glyph, 0}, paint);
-        }
-    }
+    if (any) canvas->outline(chosen, static_cast<int>(2 * options->pixelScale), kSelected);
 }
 
 }  // namespace render

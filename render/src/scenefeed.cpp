@@ -62,6 +62,27 @@ COLORREF hostColor(const LightColor& color) {
     return part(color.red, 0) | part(color.green, 8) | part(color.blue, 16);
 }
 
+DrawStyle styleOf(SurfaceStyle style) {
+    switch (style) {
+        case SurfaceStyle::kFrontOnly:
+            return DrawStyle::kFrontOnly;
+        case SurfaceStyle::kClosedOutline:
+        case SurfaceStyle::kOpenOutline:
+            return DrawStyle::kOutline;
+        case SurfaceStyle::kSurfaceAndOutline:
+            return DrawStyle::kSurfaceAndOutline;
+        case SurfaceStyle::kBothSides:
+            break;
+    }
+    return DrawStyle::kBothSides;
+}
+
+Facing facingOf(SurfaceFacing facing) {
+    return facing == SurfaceFacing::kUpright ? Facing::kUpright
+           : facing == SurfaceFacing::kEye   ? Facing::kEye
+                                             : Facing::kFixed;
+}
+
 }  // namespace
 
 void SceneFeed::clear() {
@@ -75,6 +96,8 @@ void SceneFeed::reset() {
     shown_.clear();
     visits_.clear();
     instances_.assign(1, {});
+    inherited_.assign(1, {});
+    measured_.clear();
     instanced_ = 0;
     counts_ = {};
 }
@@ -100,13 +123,62 @@ void SceneFeed::visitAll(INode* root) {
     for (std::size_t at = 0; at < visits_.size(); ++at) {
         INode& node = *visits_[at].node;
         if (!node.IsRootNode()) visit(at);
-        const std::size_t instance = visits_[at].instance;
-        const int children = node.NumberOfChildren();
-        if (instance != 0 && (instanced_ += static_cast<std::size_t>(children)) > kMostInstanced)
-            continue;
-        for (int i = 0; i < children; ++i)
-            visits_.push_back({node.GetChildNode(i), at, kNoItem, instance, {}});
+        visitChildren(at);
     }
+}
+
+void SceneFeed::visitChildren(std::size_t at) {
+    const Visit parent = visits_[at];
+    INode& node = *parent.node;
+    const int children = node.NumberOfChildren();
+    if (children == 0) return;
+    if (parent.instance != 0 && (instanced_ += static_cast<std::size_t>(children)) > kMostInstanced)
+        return;
+    NodeBranch branch;
+    const bool decides = looks_ && !node.IsRootNode() && looks_->GetBranch(&node, branch);
+    const std::uint32_t inherited = decides ? inheritanceOf(at, branch) : parent.inherited;
+    const auto isShown = [&](std::size_t child) {
+        if (!branch.shownChildren) return true;
+        return child / 32 < branch.shownWords &&
+               (branch.shownChildren[child / 32] >> child % 32 & 1) != 0;
+    };
+    for (int i = 0; i < children; ++i) {
+        const bool isOff = parent.isOff || !isShown(static_cast<std::size_t>(i));
+        visits_.push_back(
+            {node.GetChildNode(i), at, kNoItem, parent.instance, {}, false, isOff, inherited});
+    }
+}
+
+/// What the children of a node have from above when it decides something.
+std::uint32_t SceneFeed::inheritanceOf(std::size_t at, const NodeBranch& branch) {
+    const Visit& visit = visits_[at];
+    Inherited below = inherited_[visit.inherited];
+    if (branch.motion) {
+        const Matrix3 place = visit.node->GetNodeTM(0);
+        below.move = Inverse(place) * *branch.motion * place * below.move;
+        below.isMoved = true;
+    }
+    below.smooth = below.smooth && branch.smooth;
+    below.opacity *= share(branch.opacity);
+    const int hours =
+        (branch.byDay ? kDay : 0) | (branch.atDusk ? kDusk : 0) | (branch.atNight ? kNight : 0);
+    below.hours = static_cast<std::uint8_t>(below.hours & hours);
+    if (branch.range) addRange(at, *branch.range, below);
+    inherited_.push_back(below);
+    return static_cast<std::uint32_t>(inherited_.size() - 1);
+}
+
+void SceneFeed::addRange(std::size_t at, const ViewRange& range, Inherited& below) {
+    const Visit& visit = visits_[at];
+    Range added{range.nearest, range.farthest, {}, below.range};
+    if (range.center) added.centre = toVec3d(placeOf(visit).PointTransform(*range.center));
+    below.range = model_.addRange(added);
+    if (!range.center) measured_.push_back({below.range, at});
+    // A level of which nothing is left to see was hidden, as a preview of levels does it.
+    const int children = visit.node->NumberOfChildren();
+    int hidden = 0;
+    while (hidden < children && visit.node->GetChildNode(hidden)->IsHidden()) ++hidden;
+    if (hidden == children) model_.setLevelsHidden();
 }
 
 void SceneFeed::visit(std::size_t at) {
@@ -118,8 +190,10 @@ void SceneFeed::visit(std::size_t at) {
         if (!isInstanced) ++counts_.hidden;
         return;
     }
-    if (visits_[at].elsewhere) return;
+    if (visits_[at].elsewhere || visits_[at].isOff) return;
     visits_[at].item = model_.beginItem();
+    model_.setHours(inherited_[visits_[at].inherited].hours);
+    model_.setRange(inherited_[visits_[at].inherited].range);
     nodes_.push_back(isInstanced ? instances_[visits_[at].instance].instancer : &node);
     if (!isInstanced) shown_.push_back(&node);
     INode* const definition = looks_ ? looks_->GetInstanced(&node) : nullptr;
@@ -140,10 +214,20 @@ void SceneFeed::visitInstanced(std::size_t at, INode& definition) {
     if (!mayShow(definition, instancer.instance) || ++instanced_ > kMostInstanced) return;
     INode* const node =
         instancer.instance == 0 ? instancer.node : instances_[instancer.instance].instancer;
-    instances_.push_back({&definition, node, instancer.instance,
-                          instances_[instancer.instance].depth + 1,
-                          Inverse(definition.GetNodeTM(0)) * placeOf(instancer)});
-    visits_.push_back({&definition, at, kNoItem, instances_.size() - 1, {}});
+    instances_.push_back(
+        {&definition, node, instancer.instance, instances_[instancer.instance].depth + 1});
+    Inherited below = inherited_[instancer.inherited];
+    below.move = Inverse(definition.GetNodeTM(0)) * placeOf(instancer);
+    below.isMoved = true;
+    inherited_.push_back(below);
+    visits_.push_back({&definition,
+                       at,
+                       kNoItem,
+                       instances_.size() - 1,
+                       {},
+                       false,
+                       false,
+                       static_cast<std::uint32_t>(inherited_.size() - 1)});
 }
 
 bool SceneFeed::mayShow(const INode& definition, std::size_t within) const {
@@ -155,7 +239,8 @@ bool SceneFeed::mayShow(const INode& definition, std::size_t within) const {
 
 Matrix3 SceneFeed::placeOf(const Visit& visit) const {
     const Matrix3 own = visit.node->GetNodeTM(0);
-    return visit.instance == 0 ? own : own * instances_[visit.instance].shift;
+    const Inherited& inherited = inherited_[visit.inherited];
+    return inherited.isMoved ? own * inherited.move : own;
 }
 
 // A selected group is bracketed with all that hangs below it. The place of a helper counts only
@@ -167,6 +252,10 @@ void SceneFeed::boundSubtrees() {
             visit.subtree = model_.items()[visit.item].box;
         visits_[visit.parent].subtree.include(visit.subtree);
         if (visit.item != kNoItem) model_.setSelectionBox(visit.item, visit.subtree);
+    }
+    for (const Measured& measured : measured_) {
+        const Box& box = visits_[measured.visit].subtree;
+        if (!box.empty()) model_.setRangeCentre(measured.range, box.centre());
     }
 }
 
@@ -188,7 +277,7 @@ void SceneFeed::addNode(const Visit& visit, bool standsForAnother) {
     const ConvertedObject converted(object, 0, TRIOBJ_CLASS_ID);
     if (const auto* const surface = static_cast<const TriObject*>(converted.get())) {
         const Mesh& mesh = surface->GetMesh();
-        addMesh(place, mesh, node);
+        addMesh(place, mesh, node, inherited_[visit.inherited]);
         if (mesh.faces.Count() > 0) return;
         if (mesh.verts.Count() > 0) return addPoints(place, mesh);
     }
@@ -226,7 +315,7 @@ NodeLook SceneFeed::lookOf(INode& node) {
     return look;
 }
 
-Surface SceneFeed::surfaceFor(const NodeLook& look, bool hasTexture) {
+Surface SceneFeed::surfaceFor(const NodeLook& look, bool hasTexture, Color wireColor) {
     Surface surface;
     surface.ambient = toVec3(look.ambient);
     surface.diffuse = toVec3(look.diffuse);
@@ -234,36 +323,63 @@ Surface SceneFeed::surfaceFor(const NodeLook& look, bool hasTexture) {
     surface.opacity = share(look.opacity);
     surface.lit = look.lit;
     surface.blended = look.blended;
-    surface.layer = static_cast<std::uint8_t>(std::clamp(look.layer, 0, 255));
+    surface.layer = static_cast<std::int8_t>(std::clamp(look.layer, -127, 127));
+    surface.style = styleOf(look.style);
+    surface.facing = facingOf(look.facing);
+    if (surface.style == DrawStyle::kSurfaceAndOutline)
+        surface.outline = look.outline ? screenColor(hostColor(*look.outline)) : wireColor;
     if (hasTexture && look.picture) surface.texture = textures_.find(look.picture);
     return surface;
 }
 
-void SceneFeed::addMesh(const Matrix3& place, const Mesh& mesh, INode& node) {
-    static_assert(EDGE_A == 1 && EDGE_B == 2 && EDGE_C == 4,
-                  "the model's edge bits are the mesh's");
+void SceneFeed::addMesh(const Matrix3& place, const Mesh& mesh, INode& node,
+                        const Inherited& inherited) {
     for (const Point3& vertex : mesh.verts) model_.addVertex(toVec3d(place.PointTransform(vertex)));
     if (mesh.faces.IsEmpty()) return;
-    const NodeLook look = lookOf(node);
+    NodeLook look = lookOf(node);
+    look.opacity *= inherited.opacity;
+    look.vertexNormals = look.vertexNormals && inherited.smooth;
     const bool hasTexture = mesh.tvFaces.Count() == mesh.faces.Count() && !mesh.tVerts.IsEmpty();
-    const Surface surface = surfaceFor(look, hasTexture);
+    const Color wireColor = screenColor(node.GetWireColor());
+    const Surface surface = surfaceFor(look, hasTexture, wireColor);
     model_.setSurface(surface);
     addFinishes(place, mesh, look);
     const bool isWhite = look.white && surface.texture;
-    const Color color = isWhite ? 0xFFFFFF : screenColor(node.GetWireColor());
+    // Where a place mirrors, what was the front would be the back.
+    const bool isMirrored = surface.style == DrawStyle::kFrontOnly && place.Determinant() < 0;
+    addTriangles(mesh, look, isWhite ? 0xFFFFFF : wireColor, surface.texture != nullptr,
+                 isMirrored);
+}
+
+void SceneFeed::addTriangles(const Mesh& mesh, const NodeLook& look, Color color, bool isTextured,
+                             bool isMirrored) {
+    static_assert(EDGE_A == 1 && EDGE_B == 2 && EDGE_C == 4,
+                  "the model's edge bits are the mesh's");
     const auto textureCount = static_cast<DWORD>(mesh.tVerts.Count());
+    const auto lastVertex = static_cast<DWORD>(mesh.verts.Count() - 1);
     for (int i = 0; i < mesh.faces.Count(); ++i) {
         const Face& face = mesh.faces[i];
+        DWORD corners[3];
         TexturePlace places[3];
-        for (int k = 0; k < 3 && surface.texture; ++k) {
-            const DWORD index = mesh.tvFaces[i].t[k];
+        std::uint8_t edges = 0;
+        for (unsigned k = 0; k < 3; ++k) {
+            const unsigned from = isMirrored ? (3 - k) % 3 : k;
+            const unsigned edge = isMirrored ? 2 - k : k;  // behind that corner
+            corners[k] = face.v[from];
+            if ((face.flags >> edge & 1) != 0) edges = static_cast<std::uint8_t>(edges | 1U << k);
+            if (!isTextured) continue;
+            const DWORD index = mesh.tvFaces[i].t[from];
             if (index >= textureCount) continue;
             const Point3f& texture = mesh.tVerts[static_cast<int>(index)];
             if (std::isfinite(texture.x) && std::isfinite(texture.y))
                 places[k] = {texture.x, texture.y};
         }
-        model_.addTriangle(face.v[0], face.v[1], face.v[2], color,
-                           static_cast<std::uint8_t>(face.flags & EDGE_ALL), places);
+        for (unsigned k = 0; k < 3 && look.style == SurfaceStyle::kOpenOutline; ++k) {
+            const auto ends = std::minmax(corners[k], corners[(k + 1) % 3]);
+            if (ends.first == 0 && ends.second == lastVertex)
+                edges = static_cast<std::uint8_t>(edges & ~(1U << k));
+        }
+        model_.addTriangle(corners[0], corners[1], corners[2], color, edges, places);
     }
 }
 

@@ -14,6 +14,8 @@ void SceneModel::clear() {
     hasTranslucent_ = false;
     marks_.clear();
     lights_.clear();
+    ranges_.assign(1, {});
+    levelsHidden_ = false;
     box_ = helperBox_ = {};
 }
 
@@ -67,6 +69,11 @@ void SceneModel::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, 
     for (const Vec3 corner : {p, q, r}) item.box.add(item.origin + corner);
 }
 
+RangeIndex SceneModel::addRange(const Range& range) {
+    ranges_.push_back(range);
+    return static_cast<RangeIndex>(ranges_.size() - 1);
+}
+
 void SceneModel::addMark(MarkKind kind, Vec3d world, Color color) {
     if (!isFinite(world)) return;
     marks_.push_back({world, color, static_cast<ItemIndex>(items_.size() - 1), kind});
@@ -105,6 +112,7 @@ void SceneModel::endItem() {
     item.selectionBox = item.box;
     if (item.box.empty()) return;
     item.sphereCentre = item.box.centre();
+    if (item.triangleCount > 0) item.front = triangles_[item.firstTriangle].normal;
     item.sphereRadius = static_cast<float>(length(item.box.max - item.sphereCentre));
     if (item.triangleCount > 0) box_.include(item.box);
 }

@@ -42,29 +42,9 @@ std::string hostOf(std::string_view path) {
     return host == "." || host == "?" ? std::string() : base::smallLetters(host);
 }
 
-/// The file that `name` means, if there is one. To ask another computer for a file tells it who
-/// asks, so the name, which comes from a file, is followed only to one that the folders name too.
-std::optional<fs::path> locate(const std::string& name, const std::vector<std::string>& folders) {
-    const std::string usual = withSlashes(name);
-    const fs::path given = base::pathFrom(usual).make_preferred(), last = given.filename();
+bool isFile(const fs::path& path) {
     std::error_code ignored;
-    const auto isFile = [&](const fs::path& path) { return fs::is_regular_file(path, ignored); };
-    const bool isElsewhere = leavesDrives(usual);
-    if (isElsewhere) {
-        const std::string host = hostOf(usual);
-        const bool isKnown = !host.empty() && std::ranges::any_of(folders, [&](const auto& folder) {
-            return hostOf(withSlashes(folder)) == host;
-        });
-        if (isKnown && isFile(given)) return given;
-    } else if (given.is_absolute() && isFile(given)) {
-        return given;
-    }
-    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
-        const fs::path from = base::pathFrom(*folder);
-        if (!isElsewhere && given.is_relative() && isFile(from / given)) return from / given;
-        if (isFile(from / last)) return from / last;
-    }
-    return std::nullopt;
+    return fs::is_regular_file(path, ignored);
 }
 
 std::vector<std::uint8_t> contentOf(const fs::path& path) {
@@ -117,16 +97,72 @@ const Texture* TextureStore::find(const std::string& name) {
     return entry.texture.get();
 }
 
+/// The file that `name` means, if there is one. To ask another computer for a file tells it who
+/// asks, so the name, which comes from a file, is followed only to one that the folders name too.
+std::optional<fs::path> TextureStore::locate(const std::string& name) {
+    const std::string usual = withSlashes(name);
+    const fs::path given = base::pathFrom(usual).make_preferred(), last = given.filename();
+    const bool isElsewhere = leavesDrives(usual);
+    if (isElsewhere) {
+        const std::string host = hostOf(usual);
+        const bool isKnown =
+            !host.empty() && std::ranges::any_of(folders_, [&](const auto& folder) {
+                return hostOf(withSlashes(folder)) == host;
+            });
+        if (isKnown && isFile(given)) return given;
+    } else if (given.is_absolute() && isFile(given)) {
+        return given;
+    }
+    for (auto folder = folders_.rbegin(); folder != folders_.rend(); ++folder) {
+        const fs::path from = base::pathFrom(*folder);
+        if (!isElsewhere && given.is_relative())
+            if (const auto found = fileIn(from, given)) return found;
+        if (const auto found = fileIn(from, last)) return found;
+    }
+    return std::nullopt;
+}
+
+/// The file of that name, or of one that differs in large and small letters only.
+std::optional<fs::path> TextureStore::fileIn(const fs::path& folder, const fs::path& name) {
+    if (name.empty()) return std::nullopt;
+    if (isFile(folder / name)) return folder / name;
+    fs::path found = folder;
+    for (const fs::path& part : name) {
+        if (part == "." || part == "..") {
+            found /= part;
+            continue;
+        }
+        const Listing& listing = listingOf(found);
+        const auto entry = listing.find(base::smallLetters(base::textOf(part)));
+        if (entry == listing.end()) return std::nullopt;
+        found /= base::pathFrom(entry->second);
+    }
+    return isFile(found) ? std::optional(found) : std::nullopt;
+}
+
+/// Read once: a file that comes later is found by its exact name.
+const TextureStore::Listing& TextureStore::listingOf(const fs::path& folder) {
+    const auto [entry, isNew] = listings_.try_emplace(base::textOf(folder));
+    if (!isNew) return entry->second;
+    std::error_code error;
+    for (fs::directory_iterator file(folder, error), end; !error && file != end;
+         file.increment(error)) {
+        const std::string name = base::textOf(file->path().filename());
+        entry->second.emplace(base::smallLetters(name), name);
+    }
+    return entry->second;
+}
+
 void TextureStore::load(const std::string& name, Entry& entry) {
     const bool isFirst = entry.foldersTried == 0;
     entry.foldersTried = folders_.size() + 1;
     try {
-        const std::optional<fs::path> path = locate(name, folders_);
+        const std::optional<fs::path> path = locate(name);
         if (!path) {
             if (isFirst) failures_.push_back(textOf(TextId::kNoSuchPicture, {name}));
             return;
         }
-        const Picture picture = readSgiPicture(contentOf(*path));
+        const Picture picture = readPicture(contentOf(*path));
         const int most = texels_ > kManyTexels ? kSmallBits : Texture::kMostBits;
         entry.texture = std::make_unique<Texture>(picture, most);
         texels_ += entry.texture->size();
@@ -153,6 +189,7 @@ std::vector<std::string> TextureStore::takeFailures() {
 
 void TextureStore::clear() {
     entries_.clear();
+    listings_.clear();
     failures_.clear();
     texels_ = 0;
 }

@@ -134,7 +134,7 @@ TEST_F(NodeLooksTest, SubfacesAndPrioritiesLieInLayers) {
     edit(beside, [](FltFace& record) { record.relativePriority = 3; });
     EXPECT_EQ(layer(beside), 3);
     edit(beside, [](FltFace& record) { record.relativePriority = -3; });
-    EXPECT_EQ(layer(beside), 0);
+    EXPECT_EQ(layer(beside), -3);
 }
 
 TEST_F(NodeLooksTest, MeshesLookLikeFaces) {

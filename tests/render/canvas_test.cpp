@@ -10,12 +10,12 @@ namespace {
 
 constexpr Color kRed = 0xFF0000, kBlue = 0x0000FF;
 
-Canvas blank(int width, int height) {
-    Canvas canvas;
-    canvas.resize(width, height);
-    canvas.clear(0, 0);
-    return canvas;
-}
+struct Blank : Canvas {
+    Blank(int width, int height) {
+        resize(width, height);
+        clear(0, 0);
+    }
+};
 
 // The plane through three points.
 Fill over(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, ItemIndex item) {
@@ -43,7 +43,7 @@ int count(const Canvas& canvas, Color color) {
 }
 
 TEST(Canvas, TriangleCoversThePixelsWhoseCentresItHolds) {
-    Canvas canvas = blank(8, 8);
+    Blank canvas(8, 8);
     fill(canvas, {1, 1, 0}, {6, 1, 0}, {1, 6, 0}, kRed, 3);
     EXPECT_EQ(count(canvas, kRed), 4 + 3 + 2 + 1) << "pixels with their centre under x + y = 7";
     EXPECT_EQ(canvas.pixel(1, 1), kRed);
@@ -64,7 +64,7 @@ TEST(Canvas, NeighbouringTrianglesMeetWithoutGapOrOverlap) {
             {37, 37, 0}, {inside(random), 37, 0}, {-5, 37, 0}, {-5, inside(random), 0}};
         std::vector<int> hits(32 * 32, 0);
         for (std::size_t i = 0; i < std::size(ring); ++i) {
-            Canvas canvas = blank(32, 32);
+            Blank canvas(32, 32);
             const ScreenPoint& next = ring[(i + 1) % std::size(ring)];
             if (i % 2)
                 fill(canvas, ring[i], next, middle, kRed, 0);
@@ -80,7 +80,7 @@ TEST(Canvas, NeighbouringTrianglesMeetWithoutGapOrOverlap) {
 
 TEST(Canvas, NearerWinsWhateverTheOrder) {
     for (const bool nearFirst : {true, false}) {
-        Canvas canvas = blank(20, 20);
+        Blank canvas(20, 20);
         const auto draw = [&](bool nearOne) {
             // Two crossing planes: red is nearer on the left, blue on the right.
             if (nearOne)
@@ -98,7 +98,7 @@ TEST(Canvas, NearerWinsWhateverTheOrder) {
 }
 
 TEST(Canvas, DrawsPartsOfWhatLeavesThePictureAndSurvivesNonsense) {
-    Canvas canvas = blank(16, 16);
+    Blank canvas(16, 16);
     const float huge = 1e30f, none = std::nanf("");
     fill(canvas, {-1e6f, -1e6f, 0}, {1e6f, -1e6f, 0}, {0, 1e6f, 0}, kRed, 0);
     EXPECT_EQ(count(canvas, kRed), 256);
@@ -131,7 +131,7 @@ TEST(Canvas, DrawsPartsOfWhatLeavesThePictureAndSurvivesNonsense) {
 }
 
 TEST(Canvas, LineIsClippedNotBent) {
-    Canvas canvas = blank(40, 40);
+    Blank canvas(40, 40);
     canvas.line({-1000, 20.5f, 0}, {1000, 20.5f, 0}, {kBlue, 1, 5});
     for (int x = 0; x < 40; ++x) ASSERT_EQ(canvas.pixel(x, 20), kBlue) << x;
     EXPECT_EQ(count(canvas, kBlue), 40);
@@ -139,7 +139,7 @@ TEST(Canvas, LineIsClippedNotBent) {
 }
 
 TEST(Canvas, LineHidesBehindSurfacesUnlessTold) {
-    Canvas canvas = blank(20, 20);
+    Blank canvas(20, 20);
     fill(canvas, {0, 0, 5}, {10, 0, 5}, {0, 60, 5}, kRed, 1);
     canvas.line({0, 5.5f, 4}, {20, 5.5f, 4}, {kBlue});
     EXPECT_EQ(canvas.pixel(2, 5), kRed);
@@ -151,7 +151,7 @@ TEST(Canvas, LineHidesBehindSurfacesUnlessTold) {
 
 TEST(Canvas, AGradientMeetsItsCornersColorsAndCoversWhatATriangleDoes) {
     const ScreenPoint a{2, 2, 1}, b{60, 5, 1}, c{8, 58, 1};
-    Canvas plain = blank(64, 64), shaded = blank(64, 64);
+    Blank plain(64, 64), shaded(64, 64);
     fill(plain, a, b, c, kRed, 1);
     shaded.gradient(a, b, c, {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}}, over(a, b, c, 1));
     for (int y = 0; y < 64; ++y)
@@ -167,7 +167,7 @@ TEST(Canvas, AGradientMeetsItsCornersColorsAndCoversWhatATriangleDoes) {
 }
 
 TEST(Canvas, OutlineRunsAroundWhatIsChosenAndNeverOverIt) {
-    Canvas canvas = blank(30, 30);
+    Blank canvas(30, 30);
     fill(canvas, {10, 10, 1}, {20, 10, 1}, {10, 20, 1}, kRed, 1);
     fill(canvas, {20, 10, 1}, {20, 20, 1}, {10, 20, 1}, kRed, 1);
     fill(canvas, {0, 0, 2}, {13, 0, 2}, {0, 13, 2}, 0x00FF00, 0);  // in front of a corner
@@ -190,7 +190,7 @@ void dot(Canvas& canvas, float x, float y, Color color, ItemIndex item) {
 }
 
 TEST(Canvas, PicksTheNearestWithinReach) {
-    Canvas canvas = blank(30, 30);
+    Blank canvas(30, 30);
     dot(canvas, 11, 11, kRed, 4);
     dot(canvas, 15, 11, kBlue, 9);
     EXPECT_EQ(canvas.pick(11, 11, 3), 4u);

@@ -2,6 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <render/pngfile.h>
+#define STB_IMAGE_WRITE_IMPLEMENTATION
+#define STB_IMAGE_WRITE_STATIC
+#include <stb/stb_image_write.h>
+
 using namespace render;
 
 namespace {
@@ -109,6 +114,153 @@ TEST(TextureTest, RepeatsAndIsSmoothFromNearAndFar) {
     large.texels.assign(2000, 0xFF808080);
     EXPECT_EQ(Texture(large).level(0).widthBits, Texture::kMostBits);
     EXPECT_EQ(Texture(large, 4).level(0).widthBits, 4);
+}
+
+using Writer = int (*)(stbi_write_func*, void*, int, int, int, const void*);
+
+/// A file of 16 by 8 texels: the upper left quarter red, the upper right green, all below blue.
+Bytes written(Writer write) {
+    Bytes channels;
+    for (int y = 0; y < 8; ++y)
+        for (int x = 0; x < 16; ++x)
+            for (const bool on : {y < 4 && x < 8, y < 4 && x >= 8, y >= 4})
+                channels.push_back(on ? 255 : 0);
+    Bytes file;
+    const auto append = [](void* to, void* data, int size) {
+        const auto* const from = static_cast<const std::uint8_t*>(data);
+        static_cast<Bytes*>(to)->insert(static_cast<Bytes*>(to)->end(), from, from + size);
+    };
+    EXPECT_TRUE(write(append, &file, 16, 8, 3, channels.data()));
+    return file;
+}
+
+Bytes png() {
+    return written([](stbi_write_func* append, void* to, int width, int height, int channels,
+                      const void* data) {
+        return stbi_write_png_to_func(append, to, width, height, channels, data, width * channels);
+    });
+}
+
+Bytes jpeg() {
+    return written([](stbi_write_func* append, void* to, int width, int height, int channels,
+                      const void* data) {
+        return stbi_write_jpg_to_func(append, to, width, height, channels, data, 95);
+    });
+}
+
+Bytes gif() {
+    return {'G', 'I', 'F', '8', '9', 'a', 1, 0, 1, 0, 0x80, 0, 0, 255, 0, 0, 0,  0,
+            0,   ',', 0,   0,   0,   0,   1, 0, 1, 0, 0,    2, 2, 'D', 1, 0, ';'};
+}
+
+TEST(PackedPicture, ReadsEachFormatTheRightWayUp) {
+    for (const auto& [name, file] : {std::pair{"png", png()},
+                                     {"jpeg", jpeg()},
+                                     {"tga", written(stbi_write_tga_to_func)},
+                                     {"bmp", written(stbi_write_bmp_to_func)}}) {
+        const Picture picture = readPicture(file);
+        ASSERT_EQ(picture.width, 16) << name;
+        ASSERT_EQ(picture.height, 8) << name;
+        const auto isAbout = [&](std::size_t x, std::size_t y, std::uint32_t color) {
+            const std::uint32_t texel = picture.texels[y * 16 + x];
+            for (const unsigned shift : {0u, 8u, 16u, 24u})
+                if (std::abs(static_cast<int>(texel >> shift & 0xFF) -
+                             static_cast<int>(color >> shift & 0xFF)) > 40)
+                    return false;
+            return true;
+        };
+        EXPECT_TRUE(isAbout(2, 6, 0xFFFF0000)) << name;
+        EXPECT_TRUE(isAbout(13, 6, 0xFF00FF00)) << name;
+        EXPECT_TRUE(isAbout(13, 1, 0xFF0000FF)) << name;
+    }
+    EXPECT_THAT(readPicture(gif()).texels, testing::ElementsAre(0xFFFF0000));
+    EXPECT_EQ(readPicture(joined(header(false, 1, 2, 1, 1), {0x12, 0x34})).width, 2);
+}
+
+TEST(PackedPicture, PngFilesOfOursAreRead) {
+    const Color pixels[] = {0x010203, 0xFF0000, 0x00FF00, 0x0000FF, 0xFFFFFF, 0};
+    const std::string file = encodedPng(3, 2, pixels);
+    EXPECT_THAT(
+        readPicture({reinterpret_cast<const std::uint8_t*>(file.data()), file.size()}).texels,
+        testing::ElementsAre(0xFF0000FF, 0xFFFFFFFF, 0xFF000000, 0xFF010203, 0xFFFF0000,
+                             0xFF00FF00));
+}
+
+TEST(PackedPicture, RefusesWhatIsDamagedOrTooLarge) {
+    const auto faultOf = [](const Bytes& bytes) {
+        try {
+            readPicture(bytes);
+        } catch (const PictureError& error) {
+            return error.fault();
+        }
+        return PictureFault::kUnreadable;
+    };
+    EXPECT_EQ(faultOf({}), PictureFault::kOtherFormat);
+    EXPECT_EQ(faultOf({'t', 'e', 'x', 't'}), PictureFault::kOtherFormat);
+    Bytes half = png();
+    half.resize(half.size() / 2);
+    EXPECT_EQ(faultOf(half), PictureFault::kCutShort);
+    Bytes wide = png();
+    wide[18] = wide[22] = 0x20;  // 8208 by 8200
+    EXPECT_EQ(faultOf(wide), PictureFault::kTooLarge);
+}
+
+/// A DDS header of a format, and its blocks.
+Bytes dds(const char (&format)[5], unsigned width, unsigned height, const Bytes& blocks) {
+    Bytes bytes = {'D', 'D', 'S', ' '};
+    bytes.resize(128);
+    bytes[12] = static_cast<std::uint8_t>(height);
+    bytes[16] = static_cast<std::uint8_t>(width);
+    std::copy_n(format, 4, bytes.begin() + 84);
+    return joined(bytes, blocks);
+}
+
+// Red and blue in the first place, and the four choices in the first texels of the upper row.
+const Bytes kBlock = {0x00, 0xF8, 0x1F, 0x00, 0b11100100, 0, 0, 0};
+const Bytes kReversed = {0x1F, 0x00, 0x00, 0xF8, 0b11100100, 0, 0, 0};
+
+TEST(DdsPicture, ReadsTheKindsOfBlocks) {
+    const auto upperRow = [](const Bytes& file) {
+        const Picture picture = readPicture(file);
+        EXPECT_EQ(picture.width, 4);
+        EXPECT_EQ(picture.height, 4);
+        return std::vector(picture.texels.end() - 4, picture.texels.end());
+    };
+    EXPECT_THAT(upperRow(dds("DXT1", 4, 4, kBlock)),
+                testing::ElementsAre(0xFFFF0000, 0xFF0000FF, 0xFFAA0055, 0xFF5500AA));
+    EXPECT_THAT(upperRow(dds("DXT1", 4, 4, kReversed)),
+                testing::ElementsAre(0xFF0000FF, 0xFFFF0000, 0xFF7F007F, 0));
+    EXPECT_THAT(upperRow(dds("DXT3", 4, 4, joined({0x10, 0xF2, 0, 0, 0, 0, 0, 0}, kReversed))),
+                testing::ElementsAre(0x000000FF, 0x11FF0000, 0x225500AA, 0xFFAA0055))
+        << "only the first kind has what is clear";
+    EXPECT_THAT(
+        upperRow(dds("DXT5", 4, 4, joined({140, 0, 0b10001000, 0b0110, 0, 0, 0, 0}, kBlock))),
+        testing::ElementsAre(0x8CFF0000, 0x000000FF, 0x78AA0055, 0x645500AA));
+    EXPECT_THAT(
+        upperRow(dds("DXT5", 4, 4, joined({0, 200, 0b10111110, 0, 0, 0, 0, 0}, kBlock))),
+        testing::ElementsAre(0x00FF0000, 0xFF0000FF, 0x28AA0055, 0x005500AA));
+    // A picture that ends within its blocks.
+    const Picture small = readPicture(dds("DXT1", 2, 1, kBlock));
+    EXPECT_THAT(small.texels, testing::ElementsAre(0xFFFF0000, 0xFF0000FF));
+}
+
+TEST(DdsPicture, RefusesWhatIsNone) {
+    const auto faultOf = [](const Bytes& bytes) {
+        try {
+            readPicture(bytes);
+        } catch (const PictureError& error) {
+            return error.fault();
+        }
+        return PictureFault::kUnreadable;
+    };
+    EXPECT_EQ(faultOf({'D', 'D', 'S', ' '}), PictureFault::kCutShort);
+    EXPECT_EQ(faultOf(dds("DXT1", 5, 4, kBlock)), PictureFault::kCutShort);
+    EXPECT_EQ(faultOf(dds("DXT5", 4, 4, kBlock)), PictureFault::kCutShort);
+    EXPECT_EQ(faultOf(dds("DXT1", 0, 4, kBlock)), PictureFault::kEmpty);
+    EXPECT_EQ(faultOf(dds("ATI2", 4, 4, kBlock)), PictureFault::kUnknownKind);
+    Bytes huge = dds("DXT1", 4, 4, kBlock);
+    huge[15] = huge[19] = 0xFF;
+    EXPECT_EQ(faultOf(huge), PictureFault::kTooLarge);
 }
 
 }  // namespace

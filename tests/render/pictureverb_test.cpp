@@ -55,6 +55,7 @@ TEST_F(PictureVerbTest, RefusesWhatCannotBeDrawnOrWrittenAndLeavesTheFile) {
           {"height:8193", "sides of 1 to 8192"},
           {"view:\"below\"", "\"perspective\", \"top\", \"front\", \"left\""},
           {"mode:\"x\"", "none of"},
+          {"time:\"noon\"", "\"any\", \"day\", \"dusk\", \"night\""},
           {"target:[0, 0, 0]", "needs an eye"},
           {"eye:[1, 2, 3] target:[1, 2, 3]", "the eye is at the target"}})
         EXPECT_THAT(bad(call + arguments), testing::HasSubstr(reason));

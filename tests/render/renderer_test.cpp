@@ -450,4 +450,83 @@ TEST_F(RendererTest, MaterialsColorTheLight) {
     scene_.clear();
 }
 
+TEST_F(RendererTest, ThePictureIsTheSameByAnyNumberOfThreads) {
+    Picture picture{8, 8, {}};
+    for (std::uint32_t i = 0; i < 64; ++i) picture.texels.push_back(0xFF000000 | i * 0x030507);
+    const Texture texture(picture);
+    for (int i = 0; i < 40; ++i) {
+        const ItemIndex cube = addCube(scene_, {i % 7 * 9., i / 7 * 11., i % 3 * 8.}, 4 + i % 5);
+        if (i == 20) scene_.setSelected(cube, true, true);
+        scene_.beginItem();
+        Surface surface;
+        surface.opacity = i % 2 == 0 ? 0.5f : 1;
+        surface.texture = &texture;
+        surface.style = DrawStyle::kSurfaceAndOutline;
+        surface.facing = i % 3 == 0 ? Facing::kEye : Facing::kFixed;
+        for (const Vec3d corner : {Vec3d{0, 0, 0}, Vec3d{30, 0, 3}, Vec3d{0, 40, 9}})
+            scene_.addVertex(corner + Vec3d{i * 2., i * 1., i * 0.5});
+        scene_.setSurface(surface);
+        const TexturePlace places[] = {{0, 0}, {5, 0}, {0, 5}};
+        scene_.addTriangle(0, 1, 2, kGrey, Triangle::kAllEdges, places);
+        scene_.addMark(MarkKind::kLightPoint, {i * 2., 3, 9}, 0xFFFF00);
+        scene_.endItem();
+    }
+    scene_.addLight({LightKind::kPoint, {20, 20, 30}, {}, {1, 1, 1}});
+    camera_.frame(scene_.box());
+    camera_.zoom(4, kWidth / 2.f, kHeight / 2.f);
+    for (const DrawMode mode : {DrawMode::kShadedEdges, DrawMode::kWireframe}) {
+        RenderOptions options{mode, true, true, 1};
+        options.threads = 1;
+        renderer_.draw(scene_, camera_, options, canvas_);
+        const std::size_t size = std::size_t{kWidth} * kHeight;
+        const std::vector<Color> alone(canvas_.pixels(), canvas_.pixels() + size);
+        const std::size_t triangles = renderer_.trianglesDrawn();
+        for (const unsigned threads : {2u, 3u, 16u, 400u}) {
+            options.threads = threads;
+            Canvas shared;
+            shared.resize(kWidth, kHeight);
+            renderer_.draw(scene_, camera_, options, shared);
+            EXPECT_TRUE(std::equal(alone.begin(), alone.end(), shared.pixels())) << threads;
+            EXPECT_EQ(renderer_.trianglesDrawn(), triangles) << threads;
+            for (int y = 0; y < kHeight; ++y)
+                for (int x = 0; x < kWidth; ++x)
+                    ASSERT_TRUE(shared.item(x, y) == canvas_.item(x, y) &&
+                                shared.depth(x, y) == canvas_.depth(x, y));
+        }
+    }
+}
+
+TEST_F(RendererTest, ARangeEndsWithItsFarthestDistanceAndBeginsBehindItsNearest) {
+    const auto drawn = [&](double nearest, double farthest, bool within) {
+        scene_.clear();
+        RangeIndex outer = 0;
+        if (within) outer = scene_.addRange({0, 1, {}, 0});
+        const RangeIndex range = scene_.addRange({nearest, farthest, {}, outer});
+        const ItemIndex cube = addCube(scene_, {}, 10);
+        EXPECT_EQ(cube, 0u);
+        scene_.setRange(range);
+        RenderOptions options;
+        options.levelsByEye = true;
+        renderer_.draw(scene_, camera_, options, canvas_);
+        return renderer_.trianglesDrawn() > 0;
+    };
+    camera_.lookFrom({30, -40, 20}, {});
+    const double distance = length(camera_.eye());
+    EXPECT_TRUE(drawn(0, distance, false));
+    EXPECT_FALSE(drawn(distance, 2 * distance, false));
+    EXPECT_FALSE(drawn(0, 0.999 * distance, false));
+    EXPECT_FALSE(drawn(0, distance, true)) << "within one that does not show";
+}
+
+TEST_F(RendererTest, WhatIsSmallerThanAPixelIsOne) {
+    const ItemIndex cube = addCube(scene_, {}, 1);
+    camera_.lookFrom({0, -2000, 100}, {});
+    draw();
+    EXPECT_EQ(itemAt({}), cube);
+    EXPECT_EQ(renderer_.trianglesDrawn(), 1u);
+    camera_.lookFrom({0, -20, 1}, {});
+    draw();
+    EXPECT_EQ(renderer_.trianglesDrawn(), 12u);
+}
+
 }  // namespace

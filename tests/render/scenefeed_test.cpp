@@ -143,6 +143,12 @@ public:
         look = found->second;
         return true;
     }
+    bool GetBranch(INode* node, NodeBranch& branch) noexcept override {
+        const auto found = branches.find(node);
+        if (found == branches.end()) return false;
+        branch = found->second;
+        return true;
+    }
     bool IsOnlyInstanced(INode* node) noexcept override { return onlyInstanced.contains(node); }
     INode* GetInstanced(INode* node) noexcept override {
         const auto found = definitions.find(node);
@@ -151,6 +157,7 @@ public:
 
     int open = 0;
     std::map<INode*, NodeLook> looks;
+    std::map<INode*, NodeBranch> branches;
     std::map<INode*, INode*> definitions;
     std::set<INode*> onlyInstanced;
 };
@@ -206,7 +213,7 @@ TEST_F(SceneFeedTest, NumbersOfASourceThatAreNoSharesAreMadeSuch) {
     const Surface surface = feed_.model().surfaceOf(feed_.model().items()[itemOf(box)]);
     EXPECT_EQ(surface.opacity, 0);
     EXPECT_EQ(surface.emissive, (Vec3{0, 1, 0}));
-    EXPECT_EQ(surface.layer, 255);
+    EXPECT_EQ(surface.layer, 127);
 }
 
 TEST_F(SceneFeedTest, InstancesShowTheirDefinitionsWhereTheyStand) {

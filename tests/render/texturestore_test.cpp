@@ -44,6 +44,19 @@ TEST(TextureStoreTest, FindsPicturesWhereTheirNamesSay) {
     EXPECT_THAT(store.takeFailures(), testing::ElementsAre("below：没有这个图片文件"));
 }
 
+TEST(TextureStoreTest, FindsPicturesWithoutRegardToCase) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder.path() / "Textures");
+    folder.write(u8"Textures/GRASS.Rgb", grey(1));
+    folder.write(u8"Roof.rgb", grey(2));
+    folder.write(u8"roof.RGB", grey(3));
+    TextureStore store;
+    store.addFolder(folder.file(""));
+    EXPECT_EQ(shade(store.find("textures\\grass.rgb")), 1u);
+    EXPECT_EQ(shade(store.find("D:/maps/ROOF.rgb")) & 2u, 2u) << "one of the two";
+    EXPECT_EQ(store.find("textures/../none.rgb"), nullptr);
+}
+
 #ifndef _WIN32
 // On this system //a/b is /a/b, so the first folder of the path stands for another computer.
 TEST(TextureStoreTest, FollowsNamesOnlyToComputersOfTheUsersOwnFolders) {
@@ -93,7 +106,7 @@ TEST(TextureStoreTest, SaysOnceWhatCannotBeShown) {
     const std::string path = folder.write(u8"text.rgb", std::vector<std::uint8_t>(600, 'x'));
     TextureStore store;
     for (int i = 0; i < 3; ++i) EXPECT_EQ(store.find(path), nullptr);
-    EXPECT_THAT(store.takeFailures(), testing::ElementsAre(path + "：不是 SGI 图片"));
+    EXPECT_THAT(store.takeFailures(), testing::ElementsAre(path + "：不是已知格式的图片"));
     EXPECT_THAT(store.takeFailures(), testing::IsEmpty());
     for (int i = 0; i < 30; ++i) store.find("missing" + std::to_string(i));
     const std::vector<std::string> many = store.takeFailures();

@@ -1,5 +1,6 @@
 #include <interchange/nodelooks.h>
 
+#include "../colors.h"
 #include "../sourcerecords.h"
 
 #include <fltkilnutil/kilnface.h>
@@ -12,6 +13,8 @@
 #include <quillon/flttexture.h>
 
 #include <algorithm>
+#include <cmath>
+#include <numbers>
 
 namespace interchange {
 
@@ -31,6 +34,59 @@ float shareOf(float value) {
 
 LightColor colorOf(const FltColor3f& color) {
     return {shareOf(color.red), shareOf(color.green), shareOf(color.blue)};
+}
+
+LightColor colorOf(COLORREF color) {
+    const auto part = [&](unsigned shift) {
+        return static_cast<float>(color >> shift & 0xFF) / 255;
+    };
+    return {part(0), part(8), part(16)};
+}
+
+/// Draw types beyond these are those of light points.
+SurfaceStyle styleOf(std::uint8_t drawType) {
+    switch (drawType) {
+        case kFltSolidOneSided:
+            return SurfaceStyle::kFrontOnly;
+        case kFltClosedOutline:
+            return SurfaceStyle::kClosedOutline;
+        case kFltOpenOutline:
+            return SurfaceStyle::kOpenOutline;
+        case kFltSolidAndOutline:
+            return SurfaceStyle::kSurfaceAndOutline;
+        default:
+            return SurfaceStyle::kBothSides;
+    }
+}
+
+Point3 pointOf(const FltPoint3d& point) {
+    return {point.x, point.y, point.z};
+}
+
+/// The local frame of a degree of freedom as a transform; none for points in one line.
+std::optional<Matrix3> frameOf(const FltDof& dof) {
+    const Point3 origin = pointOf(dof.origin);
+    const Point3 x = Normalize(pointOf(dof.pointOnXAxis) - origin);
+    const Point3 z = Normalize(CrossProd(x, pointOf(dof.pointInXyPlane) - origin));
+    const Matrix3 frame(x, CrossProd(z, x), z, origin);
+    return IsInvertible(frame) ? std::optional(frame) : std::nullopt;
+}
+
+/// How it moves what is below it; none when it does not, or by numbers that are not finite.
+std::optional<Matrix3> motionOf(const FltDof& dof) {
+    const std::optional<Matrix3> frame = frameOf(dof);
+    if (!frame) return std::nullopt;
+    const auto radians = [](double degrees) { return degrees * (std::numbers::pi / 180); };
+    const auto factor = [](double scale) { return scale == 0 ? 1 : scale; };
+    const Matrix3 motion =
+        RotAngleAxisMatrix({1, 0, 0}, radians(dof.pitchCurrent)) *
+        RotAngleAxisMatrix({0, 1, 0}, radians(dof.rollCurrent)) *
+        RotAngleAxisMatrix({0, 0, 1}, radians(dof.yawCurrent)) *
+        ScaleMatrix(
+            {factor(dof.xScaleCurrent), factor(dof.yScaleCurrent), factor(dof.zScaleCurrent)}) *
+        TransMatrix({dof.xTranslationCurrent, dof.yTranslationCurrent, dof.zTranslationCurrent});
+    if (motion.IsIdentity() || !IsInvertible(motion)) return std::nullopt;
+    return Inverse(*frame) * motion * *frame;
 }
 
 }  // namespace
@@ -65,6 +121,65 @@ bool NodeLooks::GetLook(INode* node, NodeLook& look) noexcept {
     } catch (...) {
         return false;
     }
+}
+
+bool NodeLooks::GetBranch(INode* node, NodeBranch& branch) noexcept {
+    try {
+        if (node == nullptr) return false;
+        switch (kindOf(node)) {
+            case FltNodeKind::Switch:
+                return describeSwitch(*node, branch);
+            case FltNodeKind::Dof:
+                if (!fltGetRecord(node, dof_)) return false;
+                branch.motion = motionOf(dof_);
+                return branch.motion.has_value();
+            case FltNodeKind::Lod:
+                return describeLod(*node, branch);
+            case FltNodeKind::Object:
+                return describeObject(*node, branch);
+            default:
+                return false;
+        }
+    } catch (...) {
+        branch = {};
+        return false;
+    }
+}
+
+bool NodeLooks::describeSwitch(INode& node, NodeBranch& branch) {
+    if (!fltGetRecord(&node, switch_)) return false;
+    const std::int32_t masks = switch_.maskCount();
+    if (masks < 1) return false;
+    const std::int32_t current = switch_.currentMask;
+    const std::int32_t mask = current >= 0 && current < masks ? current : 0;
+    branch.shownChildren = switch_.maskWords.data() + mask * switch_.wordsPerMask;
+    branch.shownWords = static_cast<std::size_t>(switch_.wordsPerMask);
+    return true;
+}
+
+bool NodeLooks::describeLod(INode& node, NodeBranch& branch) {
+    if (!fltGetRecord(&node, lod_)) return false;
+    if (!std::isfinite(lod_.switchInDistance) || !std::isfinite(lod_.switchOutDistance)) {
+        return false;
+    }
+    branch.range = ViewRange{lod_.switchOutDistance, lod_.switchInDistance, {}};
+    if ((static_cast<std::uint32_t>(lod_.flags) & FltLod::kFrozenCenter) != 0) {
+        branch.range->center = Point3{lod_.centerX, lod_.centerY, lod_.centerZ};
+    }
+    return true;
+}
+
+bool NodeLooks::describeObject(INode& node, NodeBranch& branch) {
+    if (!fltGetRecord(&node, object_)) return false;
+    const auto flags = static_cast<std::uint32_t>(object_.flags);
+    const bool isShadow = (flags & FltObject::kShadow) != 0;
+    branch.byDay = (flags & FltObject::kNotByDay) == 0;
+    branch.atDusk = (flags & FltObject::kNotAtDusk) == 0 && !isShadow;
+    branch.atNight = (flags & FltObject::kNotAtNight) == 0 && !isShadow;
+    branch.smooth = (flags & FltObject::kFlatShaded) == 0;
+    const auto transparency = static_cast<std::uint16_t>(object_.transparency);
+    branch.opacity = 1 - static_cast<float>(transparency) / float{kFltFullTransparency};
+    return flags != 0 || transparency != 0;
 }
 
 INode* NodeLooks::GetInstanced(INode* node) noexcept {
@@ -125,6 +240,9 @@ NodeLooks::Database& NodeLooks::databaseOf(INode& header) {
         if (entry.isOpaque) continue;
         if (entry.record.opcode() == kFltMaterial) addMaterial(entry.record, database);
         if (entry.record.opcode() == kFltTexture) addTexture(entry.record, database);
+        if (entry.record.opcode() == kFltColorPalette) {
+            database.colors.readBytes(entry.record.bytes(), kept.revision);
+        }
     }
     return database;
 }
@@ -145,6 +263,29 @@ void NodeLooks::addTexture(const FltRecordView& record, Database& database) {
     database.textures.emplace(texture.index, textOf(texture.fileName));
 }
 
+/// The alternate color of a face or a mesh: its packed one, or the one that it names in the
+/// palette. Scenes do not store packed ones, but what was read from a file is kept beside them.
+template <typename Record>
+std::optional<LightColor> NodeLooks::outlineOf(const Record& record, INode& node,
+                                               const Database* database) {
+    if ((record.flags & kFltSurfacePackedColors) != 0) {
+        FltPackedColor color = record.packedAlternateColor;
+        const SourceRecords kept = sourceRecordsOf(node);
+        if (!kept.record.empty() && kept.record.opcode() == Record::kOpcode) {
+            Record read;
+            read.readBytes(kept.record.bytes(), kept.revision);
+            color = read.packedAlternateColor;
+        }
+        if (color == FltPackedColor{}) return {};
+        return LightColor{static_cast<float>(color.red) / 255,
+                          static_cast<float>(color.green) / 255,
+                          static_cast<float>(color.blue) / 255};
+    }
+    if ((record.flags & kFltSurfaceNoAlternateColor) != 0 || database == nullptr) return {};
+    const auto color = indexedColor(record.alternateColorIndex, database->colors);
+    return color ? std::optional(colorOf(*color)) : std::nullopt;
+}
+
 /// Describes the node by its record, that of a face or a mesh.
 template <typename Record>
 void NodeLooks::describe(const Record& record, INode& node, NodeLook& look) {
@@ -160,8 +301,14 @@ void NodeLooks::describe(const Record& record, INode& node, NodeLook& look) {
     look.blended = record.billboard == kFltFixedBlended || record.billboard == kFltAxisBlended ||
                    record.billboard == kFltPointBlended;
     look.opacity = 1 - static_cast<float>(record.transparency) / float{kFltFullTransparency};
-    look.layer =
-        std::clamp(family.layer + std::max<int>(record.relativePriority, 0), 0, kMostLayers);
+    look.layer = std::clamp(family.layer + record.relativePriority, -kMostLayers, kMostLayers);
+    look.style = styleOf(record.drawType);
+    look.facing = record.billboard == kFltAxisBlended    ? SurfaceFacing::kUpright
+                  : record.billboard == kFltPointBlended ? SurfaceFacing::kEye
+                                                         : SurfaceFacing::kFixed;
+    if (look.style == SurfaceStyle::kSurfaceAndOutline) {
+        look.outline = outlineOf(record, node, family.database);
+    }
     look.picture = pictureOf(node, record.textureIndex, family.database);
     if (family.database == nullptr) return;
     const auto found = family.database->materials.find(record.materialIndex);

@@ -1,8 +1,11 @@
 // How nodes look: what plug-ins know of their materials and pictures, for the host's viewports.
 #pragma once
 
+#include <kiln/geometry.h>
 #include <kiln/platform.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 
 class INode;
@@ -14,6 +17,19 @@ struct LightColor {
     float green = 0;
     float blue = 0;
 };
+
+/// Which parts of a surface are drawn. An outline is that of its polygons, in the node's color; an
+/// open one leaves out the edge that leads back to a polygon's first vertex.
+enum class SurfaceStyle {
+    kBothSides,
+    kFrontOnly,
+    kClosedOutline,
+    kOpenOutline,
+    kSurfaceAndOutline
+};
+
+/// How a surface turns to the viewer's eye: not at all, about the vertical, or wholly.
+enum class SurfaceFacing { kFixed, kUpright, kEye };
 
 /// How one node looks beyond its object and wire color. As constructed: like one of which nobody
 /// knows more.
@@ -33,12 +49,39 @@ struct NodeLook {
     /// The picture file on the surface as its author wrote it, UTF-8; null for none. Stays the
     /// source's, until `EndLooks`.
     const char* picture = nullptr;
-    /// How many surfaces in the same place it lies upon.
+    /// Which of the surfaces in the same place lies upon the others: that of the highest layer.
     int layer = 0;
+    SurfaceStyle style = SurfaceStyle::kBothSides;
+    SurfaceFacing facing = SurfaceFacing::kFixed;
+    std::optional<LightColor> outline;  ///< with kSurfaceAndOutline; nothing for the node's color
 
     /// Of a light: whether it shines, and in which color; nothing for what its object says.
     std::optional<bool> shines;
     std::optional<LightColor> light;
+};
+
+/// From how far away something is seen: nearest < distance <= farthest, from the eye to `center`,
+/// in the node's coordinates; without one, to the middle of what is shown.
+struct ViewRange {
+    double nearest = 0;
+    double farthest = 0;
+    std::optional<Point3> center;
+};
+
+/// What one node decides for all that hangs below it. As constructed: nothing.
+struct NodeBranch {
+    /// Which of its children are shown: child i by bit i % 32 of word i / 32, beyond the words
+    /// none. Null for all of them. The words stay the source's, until the next call.
+    const std::uint32_t* shownChildren = nullptr;
+    std::size_t shownWords = 0;
+    /// Moves what hangs below it, in the node's coordinates.
+    std::optional<Matrix3> motion;
+    std::optional<ViewRange> range;
+    float opacity = 1;   ///< by which that of surfaces is multiplied
+    bool smooth = true;  ///< false: without the normals of vertices
+    bool byDay = true;   ///< whether it is to be seen by day
+    bool atDusk = true;
+    bool atNight = true;
 };
 
 /// A plug-in that knows how some nodes look. The host asks the one that was made last while there
@@ -56,6 +99,9 @@ public:
     virtual void EndLooks() noexcept = 0;
     /// Puts what is known of the node into `look`, which is as constructed; false for nothing.
     virtual bool GetLook(INode* node, NodeLook& look) noexcept = 0;
+    /// Puts what the node decides for all below it into `branch`, which is as constructed; false
+    /// for nothing.
+    virtual bool GetBranch(INode* node, NodeBranch& branch) noexcept = 0;
     /// The node whose mesh and subtree this one shows too, as if it stood in this one's place; null
     /// for a node that stands for itself alone. Following these may lead in a circle.
     virtual INode* GetInstanced(INode* node) noexcept = 0;

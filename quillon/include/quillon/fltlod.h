@@ -7,6 +7,9 @@
 /// "l%d" on output.
 class FltLod : public FltRecordOf<FltLod, FltNamedRec, kFltLod> {
 public:
+    /// In `flags`: distances are measured to the centre that the record names.
+    static constexpr std::uint32_t kFrozenCenter = 0x20000000;
+
     double switchInDistance = 100000.0;
     double switchOutDistance = 0;
     std::int16_t specialEffect1 = 0;

@@ -27,6 +27,15 @@ constexpr bool fltShowsVertexColors(std::uint8_t lightMode) noexcept {
     return lightMode == kFltVertexColors || lightMode == kFltLitVertexColors;
 }
 
+/// What is drawn of a face or a mesh. Greater draw types are those of light points.
+enum FltDrawType : std::uint8_t {
+    kFltSolidOneSided = 0,
+    kFltSolidTwoSided = 1,
+    kFltClosedOutline = 2,
+    kFltOpenOutline = 3,
+    kFltSolidAndOutline = 4,
+};
+
 /// How the picture on a face or a mesh is blended, and whether it turns to the viewer.
 enum FltTemplate : std::uint8_t {
     kFltOpaque = 0,

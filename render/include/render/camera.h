@@ -5,6 +5,7 @@
 
 #include <limits>
 #include <optional>
+#include <utility>
 
 namespace render {
 
@@ -109,6 +110,9 @@ public:
     bool clipToPicture(Vec3& a, Vec3& b) const;
     /// The place on the screen of a world point, or nothing when it is behind the viewer.
     std::optional<ScreenPoint> project(Vec3d world) const;
+    /// The rows of the picture, as numbers from the top, that points within `radius` of `centre`
+    /// can fall between; all of them when some are beside the eye.
+    std::pair<float, float> rowsOf(Vec3d centre, float radius) const;
     /// True when no point within `radius` of `centre` can be in the picture.
     bool isOutside(Vec3d centre, float radius) const;
 

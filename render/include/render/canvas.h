@@ -41,28 +41,27 @@ struct TextureCorner {
     Vec3 color;          ///< by which the texture is multiplied, 0 to 255
 };
 
-/// Rows run from top to bottom without padding, one 32-bit word per pixel (0x00RRGGBB), which is
-/// what a top-down 32-bit device-independent bitmap holds.
-class Canvas {
+/// Some rows of a picture with all that is drawn in them; what falls outside of them is left out,
+/// and no pixel depends on which rows are drawn together. Rows run from top to bottom without
+/// padding, one 32-bit word per pixel (0x00RRGGBB), which is what a top-down 32-bit
+/// device-independent bitmap holds. The memory is that of a `Canvas`.
+class CanvasRows {
 public:
-    /// Makes the picture this size; memory is only taken when it has never been so large before.
-    void resize(int width, int height);
-    /// Fills with a gradient from top to bottom, and forgets depths and items.
-    void clear(Color top, Color bottom);
+    /// Of no picture.
+    CanvasRows() = default;
 
+    /// Of the whole picture.
     int width() const { return width_; }
     int height() const { return height_; }
-    const Color* pixels() const { return colors_.data(); }
-    Color pixel(int x, int y) const { return colors_[at(x, y)]; }
+    const Color* pixels() const { return pixels_; }
+    Color pixel(int x, int y) const { return pixels_[at(x, y)]; }
     /// Larger is nearer; kFarthest where nothing was drawn.
     float depth(int x, int y) const { return depths_[at(x, y)]; }
     ItemIndex item(int x, int y) const { return items_[at(x, y)]; }
     static constexpr float kFarthest = std::numeric_limits<float>::lowest();
 
-    /// The item nearest to a pixel within `reach` pixels, or kNoItem. A pixel of its own wins over
-    /// a neighbour.
-    ItemIndex pick(int x, int y, int reach) const;
-
+    /// Fills with a gradient from top to bottom of the picture, and forgets depths and items.
+    void clear(Color top, Color bottom);
     /// Fills the pixels whose centres lie in the triangle; triangles that share an edge neither
     /// overlap nor leave a gap. Either orientation is filled. Of surfaces in the same place the one
     /// that was drawn first stays.
@@ -78,17 +77,26 @@ public:
                   const Fill& fill);
     /// Draws a smooth line one pixel wide. Off-screen parts cost nothing.
     void line(ScreenPoint a, ScreenPoint b, const Paint& paint);
+    /// The one pixel at a place.
+    void dot(const ScreenPoint& place, const Paint& paint);
     /// A shining point: a disc of `radius` pixels in a halo three times as wide, all at one depth.
     void glow(const ScreenPoint& centre, float radius, const Paint& paint);
-    /// Draws a rim of `width` pixels around the pixels of the items whose entry in `chosen` is not
-    /// 0; entries are by item number.
-    void outline(std::span<const std::uint8_t> chosen, int width, Color color);
 
-private:
+protected:
     std::size_t at(int x, int y) const {
         return static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
                static_cast<std::size_t>(x);
     }
+
+    int width_ = 0, height_ = 0;
+    int firstRow_ = 0, endRow_ = 0;
+    Color* pixels_ = nullptr;
+    float* depths_ = nullptr;
+    ItemIndex* items_ = nullptr;
+
+private:
+    friend class Canvas;
+
     /// Calls `span(y, left, right)` for each row of the triangle.
     template <typename Span>
     void scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, const Span& span);
@@ -99,11 +107,32 @@ private:
                Shader shader);
     void plot(int x, int y, float depth, const Paint& paint, float coverage);
     void plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& paint);
+};
 
-    int width_ = 0, height_ = 0;
-    std::vector<Color> colors_;
-    std::vector<float> depths_;
-    std::vector<ItemIndex> items_;
+/// A whole picture.
+class Canvas : public CanvasRows {
+public:
+    Canvas() = default;
+    Canvas(const Canvas&) = delete;
+    Canvas& operator=(const Canvas&) = delete;
+
+    /// Makes the picture this size; memory is only taken when it has never been so large before.
+    void resize(int width, int height);
+    /// The rows from `first` to before `end`, until the next `resize`. Rows that have none in
+    /// common can be drawn into at the same time.
+    CanvasRows rows(int first, int end);
+
+    /// The item nearest to a pixel within `reach` pixels, or kNoItem. A pixel of its own wins over
+    /// a neighbour.
+    ItemIndex pick(int x, int y, int reach) const;
+    /// Draws a rim of `width` pixels around the pixels of the items whose entry in `chosen` is not
+    /// 0; entries are by item number.
+    void outline(std::span<const std::uint8_t> chosen, int width, Color color);
+
+private:
+    std::vector<Color> pixelMemory_;
+    std::vector<float> depthMemory_;
+    std::vector<ItemIndex> itemMemory_;
     std::vector<std::uint8_t> rim_;  // working memory of outline
 };
 

@@ -35,6 +35,10 @@ private:
 /// memory that `kMostTexels` bounds. Throws `PictureError`.
 Picture readSgiPicture(std::span<const std::uint8_t> bytes);
 
+/// Reads a picture of any of these formats, whatever its file is called: SGI; PNG, JPEG, TGA, BMP
+/// and GIF; DDS in blocks of the kinds BC1 to BC3. Throws `PictureError`, and `std::bad_alloc`.
+Picture readPicture(std::span<const std::uint8_t> bytes);
+
 /// Pictures with more texels are refused.
 inline constexpr std::size_t kMostTexels = std::size_t{4096} * 4096;
 

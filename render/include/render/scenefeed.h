@@ -24,7 +24,8 @@ struct SceneCounts {
 class SceneFeed {
 public:
     /// Reads the whole scene. Hidden nodes are left out, and what they shine with;
-    /// their children are not, except below what only instances show. A node that shows another
+    /// their children are not, except below what only instances show. What a switch does not show
+    /// is left out with all below it. A node that shows another
     /// one's subtree shows it in its own place; what shows itself in this way is left out at the
     /// second time. Throws `std::bad_alloc`, with a part of the scene shown.
     void build(Interface& host);
@@ -55,7 +56,16 @@ private:
         INode* instancer;   ///< the node of the scene that shows it
         std::size_t above;  ///< the instance that this one is part of; 0 for none
         std::size_t depth;  ///< how many those are
-        Matrix3 shift;      ///< from the definition's place to that of the instancer
+    };
+
+    /// What nodes have from those above them.
+    struct Inherited {
+        Matrix3 move;  ///< from where the scene has them to where they are shown
+        bool isMoved = false;
+        bool smooth = true;
+        std::uint8_t hours = kAllHours;
+        float opacity = 1;
+        RangeIndex range = 0;
     };
 
     struct Visit {
@@ -64,22 +74,36 @@ private:
         ItemIndex item;            ///< kNoItem for one that is not shown
         std::size_t instance = 0;  ///< that shows it; 0 for none
         Box subtree;
-        bool elsewhere = false;  ///< in what is seen only where instances show it
+        bool elsewhere = false;       ///< in what is seen only where instances show it
+        bool isOff = false;           ///< a switch above does not show it
+        std::uint32_t inherited = 0;  ///< index in inherited_
+    };
+
+    /// A range that is measured to the middle of what hangs below a node.
+    struct Measured {
+        RangeIndex range;
+        std::size_t visit;
     };
 
     void reset();
     void readScene(Interface& host);
     void visitAll(INode* root);
     void visit(std::size_t at);
+    void visitChildren(std::size_t at);
+    std::uint32_t inheritanceOf(std::size_t at, const NodeBranch& branch);
+    void addRange(std::size_t at, const ViewRange& range, Inherited& below);
     bool isElsewhere(const Visit& visit) const;
     void visitInstanced(std::size_t at, INode& definition);
     bool mayShow(const INode& definition, std::size_t within) const;
     Matrix3 placeOf(const Visit& visit) const;
     void addNode(const Visit& visit, bool standsForAnother);
     COLORREF addLight(const Matrix3& place, const class GenLight& light, INode& node);
-    void addMesh(const Matrix3& place, const struct Mesh& mesh, INode& node);
+    void addMesh(const Matrix3& place, const struct Mesh& mesh, INode& node,
+                 const Inherited& inherited);
+    void addTriangles(const struct Mesh& mesh, const NodeLook& look, Color color, bool isTextured,
+                      bool isMirrored);
     NodeLook lookOf(INode& node);
-    Surface surfaceFor(const NodeLook& look, bool hasTexture);
+    Surface surfaceFor(const NodeLook& look, bool hasTexture, Color wireColor);
     void addFinishes(const Matrix3& place, const struct Mesh& mesh, const NodeLook& look);
     void addPoints(const Matrix3& place, const struct Mesh& mesh);
     void boundSubtrees();
@@ -90,10 +114,12 @@ private:
     std::vector<INode*> nodes_;        // by item
     std::vector<INode*> shown_;
     std::vector<Visit> visits_;
-    std::vector<Instance> instances_;  // the first stands for none
-    std::size_t instanced_ = 0;        // nodes shown by way of instances
-    std::vector<char> chosen_;         // by visit: selected, or below what is
-    std::vector<Finish> finishes_;     // working memory
+    std::vector<Instance> instances_;   // the first stands for none
+    std::vector<Inherited> inherited_;  // the first is that of the root
+    std::vector<Measured> measured_;
+    std::size_t instanced_ = 0;     // nodes shown by way of instances
+    std::vector<char> chosen_;      // by visit: selected, or below what is
+    std::vector<Finish> finishes_;  // working memory
     SceneCounts counts_;
 };
 

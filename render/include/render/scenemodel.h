@@ -19,15 +19,26 @@ enum class MarkKind : std::uint8_t { kHelper, kLight, kLightPoint };
 
 class Texture;
 
-/// How light makes colors of a surface.
+/// Which sides and edges of a surface are drawn. An outline is that of its polygons, in their
+/// color.
+enum class DrawStyle : std::uint8_t { kBothSides, kFrontOnly, kOutline, kSurfaceAndOutline };
+
+/// How a surface turns to the eye, about the middle of its box: not at all, about the world's
+/// vertical, or wholly.
+enum class Facing : std::uint8_t { kFixed, kUpright, kEye };
+
+/// How light makes colors of a surface, and which part of it is drawn.
 struct Surface {
     /// What the surface reflects of the light from everywhere and from lamps, and what it shines
     /// with itself; red, green and blue, 1 is all.
     Vec3 ambient{1, 1, 1}, diffuse{1, 1, 1}, emissive;
     float opacity = 1;
-    bool lit = true;                   ///< by the scene's lights; otherwise always about as bright
-    bool blended = false;              ///< the texture's alpha lets through what lies behind
-    std::uint8_t layer = 0;            ///< drawn over surfaces of lower layers in the same place
+    bool lit = true;        ///< by the scene's lights; otherwise always about as bright
+    bool blended = false;   ///< the texture's alpha lets through what lies behind
+    std::int8_t layer = 0;  ///< drawn over surfaces of lower layers in the same place
+    DrawStyle style = DrawStyle::kBothSides;
+    Facing facing = Facing::kFixed;
+    Color outline = 0;                 ///< with kSurfaceAndOutline
     const Texture* texture = nullptr;  ///< not owned; for triangles with texture coordinates
 
     bool isTranslucent() const { return opacity < 1 || (blended && texture); }
@@ -37,6 +48,19 @@ struct Surface {
 /// A place in a texture; 1 is one repetition.
 struct TexturePlace {
     float u = 0, v = 0;
+};
+
+/// Times of day at which an item is to be seen: bits.
+enum Hours : std::uint8_t { kDay = 1, kDusk = 2, kNight = 4, kAllHours = kDay | kDusk | kNight };
+
+/// The number of a range of distances; 0 stands for any.
+using RangeIndex = std::uint32_t;
+
+/// From how far away a level of detail is seen: nearest < distance <= farthest.
+struct Range {
+    double nearest = 0, farthest = 0;
+    Vec3d centre;           ///< from which distances are measured
+    RangeIndex within = 0;  ///< the range that has to show, too
 };
 
 /// One host node's share of the model.
@@ -52,10 +76,13 @@ struct Item {
     bool isTextured = false;
     bool selected = false;
     bool outlined = false;  ///< selected, or below something that is
-    Vec3d origin;           ///< its vertices are relative to this point of the world
-    Box box;                ///< of its own surface or mark
-    Box selectionBox;       ///< what its corner brackets enclose when it is selected
-    Vec3d sphereCentre;     ///< of the surface, for culling
+    std::uint8_t hours = kAllHours;
+    RangeIndex range = 0;
+    Vec3 front;          ///< of what turns to the eye: its first normal
+    Vec3d origin;        ///< its vertices are relative to this point of the world
+    Box box;             ///< of its own surface or mark
+    Box selectionBox;    ///< what its corner brackets enclose when it is selected
+    Vec3d sphereCentre;  ///< of the surface, for culling
     float sphereRadius = 0;
 };
 
@@ -114,6 +141,14 @@ public:
     void addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, Color color,
                      std::uint8_t edges = Triangle::kAllEdges,
                      const TexturePlace* places = nullptr);
+    /// When, and from how far away, the current item is to be seen.
+    void setHours(std::uint8_t hours) { items_.back().hours = hours; }
+    void setRange(RangeIndex range) { items_.back().range = range; }
+    /// Adds a range of distances. Its centre may be set later, when it is known.
+    RangeIndex addRange(const Range& range);
+    void setRangeCentre(RangeIndex range, Vec3d centre) { ranges_[range].centre = centre; }
+    /// Levels of detail are chosen by hiding what is below them, and not by the eye.
+    void setLevelsHidden() { levelsHidden_ = true; }
     void addMark(MarkKind kind, Vec3d world, Color color);
     /// A light that is not finite is left out.
     void addLight(const Light& light);
@@ -138,6 +173,9 @@ public:
     bool hasTranslucent() const { return hasTranslucent_; }
     std::span<const Mark> marks() const { return marks_; }
     std::span<const Light> lights() const { return lights_; }
+    /// By their numbers; a range comes behind the one that it is within.
+    std::span<const Range> ranges() const { return ranges_; }
+    bool levelsHidden() const { return levelsHidden_; }
     /// Encloses everything that shows; lights and helpers count only when there is nothing else.
     const Box& box() const { return box_.empty() ? helperBox_ : box_; }
     /// Encloses the selected items; empty without any.
@@ -162,6 +200,8 @@ private:
     bool hasTranslucent_ = false;
     std::vector<Mark> marks_;
     std::vector<Light> lights_;
+    std::vector<Range> ranges_{1};
+    bool levelsHidden_ = false;
     std::vector<SeenEdge> seenEdges_;  // working memory
     Box box_, helperBox_;
 };

@@ -222,6 +222,18 @@ void CommandTable::addViewCommands() {
             viewport.options().mode = which;
             viewport.redraw();
         };
+    for (const auto& [command, time] : {std::pair{CMD_VIEW_ANY_TIME, render::TimeOfDay::kAny},
+                                        {CMD_VIEW_DAY, render::TimeOfDay::kDay},
+                                        {CMD_VIEW_DUSK, render::TimeOfDay::kDusk},
+                                        {CMD_VIEW_NIGHT, render::TimeOfDay::kNight}})
+        actions_[command] = [&viewport, which = time] {
+            viewport.options().time = which;
+            viewport.redraw();
+        };
+    actions_[CMD_VIEW_LEVELS_BY_EYE] = [&viewport] {
+        viewport.options().levelsByEye = !viewport.options().levelsByEye;
+        viewport.redraw();
+    };
     actions_[CMD_VIEW_FRAME_RATE] = [&viewport] {
         viewport.showFrameRate(!viewport.showsFrameRate());
         viewport.redraw();

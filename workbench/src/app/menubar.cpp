@@ -76,6 +76,10 @@ void MenuBar::checkEntries() {
         menu_, CMD_VIEW_CHINESE, CMD_VIEW_ENGLISH,
         resourceLanguage() == base::Language::kEnglish ? CMD_VIEW_ENGLISH : CMD_VIEW_CHINESE,
         MF_BYCOMMAND);
+    ::CheckMenuRadioItem(menu_, CMD_VIEW_ANY_TIME, CMD_VIEW_NIGHT,
+                         CMD_VIEW_ANY_TIME + static_cast<UINT>(viewport_.options().time),
+                         MF_BYCOMMAND);
+    check(CMD_VIEW_LEVELS_BY_EYE, viewport_.options().levelsByEye);
     check(CMD_VIEW_GRID, viewport_.options().grid);
     check(CMD_VIEW_FRAME_RATE, viewport_.showsFrameRate());
 }

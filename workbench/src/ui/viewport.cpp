@@ -61,8 +61,19 @@ std::string Viewport::label() const {
     static constexpr TextId kViews[] = {TextId::kPerspective, TextId::kTop, TextId::kFront,
                                         TextId::kLeft};
     static constexpr TextId kModes[] = {TextId::kShaded, TextId::kShadedEdges, TextId::kWireframe};
-    return textOf(kViews[static_cast<int>(camera_.view())]) + "  |  " +
-           textOf(kModes[static_cast<int>(options_.mode)]);
+    static constexpr TextId kTimes[] = {TextId::kAnyTime, TextId::kDay, TextId::kDusk,
+                                        TextId::kNight};
+    std::string text = textOf(kViews[static_cast<int>(camera_.view())]) + "  |  " +
+                       textOf(kModes[static_cast<int>(options_.mode)]);
+    if (options_.time != render::TimeOfDay::kAny)
+        text += "  |  " + textOf(kTimes[static_cast<int>(options_.time)]);
+    if (options_.levelsByEye) {
+        char distance[32];
+        std::snprintf(distance, sizeof distance, "%.1f", camera_.distance());
+        text += "  |  " + textOf(TextId::kEyeDistance,
+                                 {distance, std::to_string(renderer_.trianglesDrawn())});
+    }
+    return text;
 }
 
 void Viewport::OnSize(UINT, int width, int height) {

@@ -1,0 +1,407 @@
+#include "painter.h"
+
+#include <array>
+#include <cmath>
+
+namespace render {
+namespace {
+
+constexpr Color kGridMinor = 0x8A949C, kGridMajor = 0xAEB7BE;
+constexpr Color kEdge = 0x20262B;
+constexpr Color kAxisX = 0xE0554F, kAxisY = 0x66C25A, kAxisZ = 0x5A8FF0;
+
+constexpr float kEdgeBias = 6e-4f;     // edges lie upon their own surface
+constexpr float kLayerBias = 1.5e-4f;  // each layer lies upon the one below
+constexpr float kGridBias = -2e-4f;    // ground that lies in the plane of the grid hides it
+
+Vec3 channelsOf(Color color) {
+    return {static_cast<float>(color >> 16 & 0xFF), static_cast<float>(color >> 8 & 0xFF),
+            static_cast<float>(color & 0xFF)};
+}
+
+Color colorOf(Vec3 channels) {
+    // In this order what is no number becomes 0.
+    const auto byte = [](float value) {
+        return static_cast<Color>(std::min(std::max(0.f, value), 255.f));
+    };
+    return byte(channels.x) << 16 | byte(channels.y) << 8 | byte(channels.z);
+}
+
+Vec3 product(Vec3 a, Vec3 b) {
+    return {a.x * b.x, a.y * b.y, a.z * b.z};
+}
+
+}  // namespace
+
+void Painter::begin(const SceneModel& scene, const Camera& camera, const RenderOptions& options,
+                    const Lighting& lighting, const CanvasRows& rows) {
+    scene_ = &scene;
+    camera_ = &camera;
+    options_ = &options;
+    lighting_ = lighting;
+    rows_ = rows;
+    bias_ = 0;
+}
+
+ScreenPoint Painter::screenOf(Vec3 view) const {
+    ScreenPoint point = camera_->toScreen(view);
+    point.depth +=
+        bias_ * (camera_->isParallel() ? static_cast<float>(camera_->distance()) : point.depth);
+    return point;
+}
+
+void Painter::transform(const Item& item, const Surface& surface) {
+    bias_ = kLayerBias * static_cast<float>(surface.layer);
+    view_.resize(item.vertexCount);
+    screen_.resize(item.vertexCount);
+    points_ = scene_->vertices().data() + item.firstVertex;
+    isTurned_ = surface.facing != Facing::kFixed && turnToEye(item, surface.facing);
+    if (isTurned_) {
+        const Vec3 middle = toFloat(item.sphereCentre - item.origin);
+        turned_.resize(item.vertexCount);
+        for (std::uint32_t i = 0; i < item.vertexCount; ++i)
+            turned_[i] = middle + turn_.of(points_[i] - middle);
+        points_ = turned_.data();
+    }
+    const float nearDistance = camera_->nearDistance();
+    const Vec3 offset = camera_->toView(item.origin);
+    for (std::uint32_t i = 0; i < item.vertexCount; ++i) {
+        view_[i] = offset + camera_->toView(points_[i]);
+        if (view_[i].z >= nearDistance) screen_[i] = screenOf(view_[i]);
+    }
+}
+
+// False for what has no front, or is to turn about the vertical and has none at its sides.
+bool Painter::turnToEye(const Item& item, Facing facing) {
+    Vec3 front = item.front;
+    Vec3 back = forwardTo(item.sphereCentre - camera_->eye());
+    if (facing == Facing::kUpright) front.z = back.z = 0;
+    front = normalised(front);
+    const Vec3 eye = normalised(back * -1.f);
+    if (front == Vec3{} || eye == Vec3{}) return false;
+    // What lies flat has its upper edge in the north.
+    const auto frame = [](Vec3 ahead, Vec3(&directions)[3]) {
+        const Vec3 across = cross(Vec3{0, 0, 1}, ahead);
+        directions[0] = length(across) > 1e-4f ? normalised(across) : Vec3{1, 0, 0};
+        directions[1] = cross(ahead, directions[0]);
+        directions[2] = ahead;
+    };
+    frame(front, turn_.from);
+    frame(eye, turn_.to);
+    return true;
+}
+
+std::size_t Painter::drawItem(ItemIndex index) {
+    const Item& item = scene_->items()[index];
+    const Surface& surface = scene_->surfaceOf(item);
+    drawn_ = 0;
+    if (drawDot(item, surface, index)) return 1;
+    transform(item, surface);
+    const bool wire = options_->mode == DrawMode::kWireframe;
+    const bool edges = options_->mode == DrawMode::kShadedEdges;
+    const bool filled = !wire && surface.style != DrawStyle::kOutline;
+    const Color own = scene_->triangles()[item.firstTriangle].color;
+    if (filled) fillSurface(item, surface, index);
+    if (item.outlined && (wire || edges))
+        drawEdges(item, {kSelected, 1, index, kEdgeBias * 2, true}, false);
+    else if (!filled)
+        drawEdges(item, {own, 1, index, wire ? 0 : kEdgeBias, true}, false);
+    else if (surface.style == DrawStyle::kSurfaceAndOutline)
+        drawEdges(item, {surface.outline, 1, index, kEdgeBias, true}, true);
+    else if (edges)
+        drawFadedEdges(item, surface, index);
+    bias_ = 0;
+    return wire ? item.triangleCount : drawn_;
+}
+
+// What is no larger than a pixel is one, whatever it is made of.
+bool Painter::drawDot(const Item& item, const Surface& surface, ItemIndex index) {
+    constexpr float kLargest = 0.5f;   // radius, pixels
+    constexpr std::uint32_t kFew = 4;  // triangles that are as fast
+    if (item.triangleCount < kFew || surface.isTranslucent()) return false;
+    if (!(item.sphereRadius * camera_->pixelsPerUnitAt(item.sphereCentre) < kLargest)) return false;
+    const auto place = camera_->project(item.sphereCentre);
+    if (!place) return false;
+    lighting_.setOrigin(item.origin);
+    const Triangle& triangle = scene_->triangles()[item.firstTriangle];
+    const Vec3 away = forwardTo(item.sphereCentre - camera_->eye());
+    const Vec3 normal = triangle.normal * (dot(triangle.normal, away) > 0 ? -1.f : 1.f);
+    const Vec3 light = lighting_.at(toFloat(item.sphereCentre - item.origin), normal, surface);
+    Vec3 color = channelsOf(triangle.color);
+    if (surface.texture) {
+        const Texture& texture = *surface.texture;
+        color =
+            product(color, channelsOf(texture.level(texture.levels() - 1).at(0, 0))) * (1 / 255.f);
+    }
+    Paint paint{colorOf(product(color, light) + surface.emissive * 255.f), 1, index, 0, true};
+    rows_.dot(*place, paint);
+    return true;
+}
+
+// `fromEye` is one of its corners.
+DepthPlane Painter::planeOf(Vec3 normal, Vec3d fromEye) const {
+    DepthPlane plane = camera_->depthPlane(normal, dot(Vec3d(normal), fromEye));
+    if (camera_->isParallel()) {
+        plane.start += double{bias_} * camera_->distance();
+    } else {
+        const double nearer = 1 + double{bias_};
+        plane.start *= nearer;
+        plane.perX *= nearer;
+        plane.perY *= nearer;
+    }
+    return plane;
+}
+
+void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex index) {
+    const SceneModel& scene = *scene_;
+    lighting_.setOrigin(item.origin);
+    const Vec3d eye = camera_->eye() - item.origin;
+    const Vec3* local = points_;
+    back_.assign(item.triangleCount, 0);
+    const Finish* finishes = item.hasFinish ? scene.finishes().data() + item.firstFinish : nullptr;
+    const TexturePlace* places =
+        item.isTextured ? scene.texturePlaces().data() + item.firstTexturePlace : nullptr;
+    const Triangle* triangles = scene.triangles().data() + item.firstTriangle;
+    const float nearDistance = camera_->nearDistance();
+    const Vec3 shining = surface.emissive * 255.f;
+    const bool isFlat = !finishes && !places && !lighting_.isLocal();
+    Fill fill{index, {}, surface.opacity};
+    for (std::uint32_t t = 0; t < item.triangleCount; ++t) {
+        const Triangle& triangle = triangles[t];
+        std::uint32_t corner[3];
+        for (int i = 0; i < 3; ++i) corner[i] = triangle.vertex[i] - item.firstVertex;
+        const Vec3 &a = view_[corner[0]], &b = view_[corner[1]], &c = view_[corner[2]];
+        const int inFront = (a.z >= nearDistance) + (b.z >= nearDistance) + (c.z >= nearDistance);
+        if (inFront == 0) continue;
+        const Vec3d fromEye = Vec3d(local[corner[0]]) - eye;
+        const Vec3 faceNormal = normalOf(triangle);
+        const bool isBack = dot(faceNormal, forwardTo(fromEye)) > 0;
+        if (isBack && surface.style == DrawStyle::kFrontOnly) {
+            back_[t] = 1;
+            continue;
+        }
+        ++drawn_;
+        const float side = isBack ? -1.f : 1.f;
+        const Vec3 color = channelsOf(triangle.color);
+        fill.plane = planeOf(faceNormal, fromEye);
+        if (isFlat && inFront == 3) {
+            const Vec3 light = lighting_.at(local[corner[0]], faceNormal * side, surface);
+            fill.plane.enclose(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]]);
+            rows_.triangle(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]],
+                           colorOf(product(color, light) + shining), fill);
+            continue;
+        }
+        Corner corners[3];
+        for (unsigned i = 0; i < 3; ++i) {
+            const Finish finish = finishes ? finishes[corner[i]] : Finish{};
+            const bool smooth = dot(finish.normal, finish.normal) > 0.5f;
+            Vec3 normal = faceNormal * side;
+            if (smooth) normal = (isTurned_ ? turn_.of(finish.normal) : finish.normal) * side;
+            const Vec3 light = lighting_.at(local[corner[i]], normal, surface);
+            corners[i] = {
+                view_[corner[i]],
+                product(finish.colored ? channelsOf(finish.color) : color, light) + shining,
+                places ? places[3 * t + i] : TexturePlace{}};
+        }
+        if (inFront == 3)
+            fillTriangle(corners, surface, fill);
+        else
+            fillClipped(corners, surface, fill);
+    }
+}
+
+void Painter::fillTriangle(const Corner (&corners)[3], const Surface& surface, Fill& fill) {
+    const ScreenPoint at[3] = {screenOf(corners[0].view), screenOf(corners[1].view),
+                               screenOf(corners[2].view)};
+    fill.plane.enclose(at[0], at[1], at[2]);
+    const Vec3 colors[3] = {corners[0].color, corners[1].color, corners[2].color};
+    if (!surface.texture) return rows_.gradient(at[0], at[1], at[2], colors, fill);
+    TextureCorner textured[3];
+    for (int i = 0; i < 3; ++i)
+        textured[i] = {at[i], camera_->isParallel() ? 1 : 1 / corners[i].view.z,
+                       corners[i].texture.u, corners[i].texture.v, colors[i]};
+    rows_.textured(textured, *surface.texture, surface.blended, fill);
+}
+
+// Cuts a triangle off at the near plane: three or four corners are left, or none.
+int Painter::clipNear(const Corner (&corners)[3], float nearDistance, Corner (&out)[4]) {
+    int count = 0;
+    for (int i = 0; i < 3; ++i) {
+        const Corner &a = corners[i], &b = corners[(i + 1) % 3];
+        const bool aInside = a.view.z >= nearDistance, bInside = b.view.z >= nearDistance;
+        if (aInside) out[count++] = a;
+        if (aInside == bInside) continue;
+        const float share = (nearDistance - a.view.z) / (b.view.z - a.view.z);
+        out[count++] = {a.view + (b.view - a.view) * share,
+                        a.color + (b.color - a.color) * share,
+                        {a.texture.u + (b.texture.u - a.texture.u) * share,
+                         a.texture.v + (b.texture.v - a.texture.v) * share}};
+    }
+    return count;
+}
+
+void Painter::fillClipped(const Corner (&corners)[3], const Surface& surface, Fill& fill) {
+    Corner kept[4];
+    const int count = clipNear(corners, camera_->nearDistance(), kept);
+    for (int i = 2; i < count; ++i) fillTriangle({kept[0], kept[i - 1], kept[i]}, surface, fill);
+}
+
+// The edges of what is only a few pixels large would leave nothing of its color.
+void Painter::drawFadedEdges(const Item& item, const Surface& surface, ItemIndex index) {
+    constexpr float kEdgeOpacity = 0.55f, kNoEdgesBelow = 6, kFullEdgesFrom = 28;  // radius, pixels
+    const float radius = item.sphereRadius * camera_->pixelsPerUnitAt(item.sphereCentre);
+    const float share = (radius - kNoEdgesBelow) / (kFullEdgesFrom - kNoEdgesBelow);
+    if (share <= 0) return;
+    drawEdges(item, {kEdge, kEdgeOpacity * std::min(share, 1.f), index, kEdgeBias, true},
+              surface.style == DrawStyle::kFrontOnly);
+}
+
+// With `frontOnly` not those of triangles that were left out as seen from behind.
+void Painter::drawEdges(const Item& item, const Paint& paint, bool frontOnly) {
+    const float nearDistance = camera_->nearDistance();
+    const float width = static_cast<float>(rows_.width());
+    const float height = static_cast<float>(rows_.height());
+    const auto isInPicture = [&](std::uint32_t i) {
+        const ScreenPoint& p = screen_[i];
+        return view_[i].z >= nearDistance && p.x >= 0 && p.y >= 0 && p.x <= width && p.y <= height;
+    };
+    const Triangle* triangle = scene_->triangles().data() + item.firstTriangle;
+    for (std::uint32_t i = 0; i < item.triangleCount; ++i) {
+        if (frontOnly && back_[i]) continue;
+        for (unsigned edge = 0; edge < 3; ++edge) {
+            if ((triangle[i].edges >> edge & 1) == 0) continue;
+            const std::uint32_t a = triangle[i].vertex[edge] - item.firstVertex;
+            const std::uint32_t b = triangle[i].vertex[(edge + 1) % 3] - item.firstVertex;
+            if (isInPicture(a) && isInPicture(b))
+                rows_.line(screen_[a], screen_[b], paint);
+            else
+                viewLine(view_[a], view_[b], paint);
+        }
+    }
+}
+
+void Painter::viewLine(Vec3 a, Vec3 b, const Paint& paint) {
+    if (camera_->clipToPicture(a, b)) rows_.line(screenOf(a), screenOf(b), paint);
+}
+
+void Painter::worldLine(Vec3d a, Vec3d b, const Paint& paint) {
+    viewLine(camera_->toView(a), camera_->toView(b), paint);
+}
+
+void Painter::drawMark(const Mark& mark, bool selected) {
+    const auto centre = camera_->project(mark.position);
+    if (!centre) return;
+    const float width = static_cast<float>(rows_.width());
+    const float height = static_cast<float>(rows_.height());
+    if (centre->x < -16 || centre->y < -16 || centre->x > width + 16 || centre->y > height + 16)
+        return;
+    const Paint paint{selected ? kSelected : mark.color, 1, mark.item, kEdgeBias, true};
+    if (mark.kind == MarkKind::kLightPoint)
+        return rows_.glow(*centre, 1.4f * options_->pixelScale, paint);
+    // A helper is an upright cross, a light a star.
+    const float arm = 5 * options_->pixelScale, slant = arm * 0.7f;
+    const auto stroke = [&](float dx, float dy) {
+        rows_.line({centre->x - dx, centre->y - dy, centre->depth},
+                   {centre->x + dx, centre->y + dy, centre->depth}, paint);
+    };
+    stroke(arm, 0);
+    stroke(0, arm);
+    if (mark.kind == MarkKind::kLight) {
+        stroke(slant, slant);
+        stroke(slant, -slant);
+    }
+}
+
+// The corners of a box, each drawn a quarter of the way along its three edges.
+void Painter::drawBrackets(const Box& around) {
+    // A little outside, so that it is not lost among the edges of a box.
+    const Vec3d margin = (around.max - around.min) * 0.03;
+    Box box;
+    box.add(around.min - margin);
+    box.add(around.max + margin);
+    const Paint paint{0xFFFFFF, 1, kNoItem, kEdgeBias, false};
+    const Vec3d quarter = (box.max - box.min) * 0.22;
+    for (unsigned i = 0; i < 8; ++i) {
+        const Vec3d corner = box.corner(i);
+        const double sx = i & 1 ? -1 : 1, sy = i & 2 ? -1 : 1, sz = i & 4 ? -1 : 1;
+        worldLine(corner, corner + Vec3d{quarter.x * sx, 0, 0}, paint);
+        worldLine(corner, corner + Vec3d{0, quarter.y * sy, 0}, paint);
+        worldLine(corner, corner + Vec3d{0, 0, quarter.z * sz}, paint);
+    }
+}
+
+// Lines of the ground plane around the target, their spacing a power of ten that stays readable.
+// Front and left views show the ground as a line, so there the grid stands upright.
+void Painter::drawGrid() {
+    constexpr int kReach = 50;
+    const double spacing = std::pow(10., std::ceil(std::log10(camera_->unitsPerPixel() * 14)));
+    Vec3d u{1, 0, 0}, v{0, 1, 0};
+    if (camera_->view() == View::kFront) v = {0, 0, 1};
+    if (camera_->view() == View::kLeft) u = {0, 0, 1};
+    const Vec3 normal = toFloat(cross(u, v));
+    const DepthPlane plane =
+        camera_->depthPlane(normal, dot(Vec3d(normal), Vec3d{} - camera_->eye()));
+    const Vec3d target = camera_->target();
+    const double middleU = std::round(dot(target, u) / spacing);
+    const double middleV = std::round(dot(target, v) / spacing);
+    const auto place = [&](double gridU, double gridV) {
+        return u * (gridU * spacing) + v * (gridV * spacing);
+    };
+    const auto paintOf = [&](double line, int offset) {
+        const bool major = std::fmod(line, 10) == 0;
+        const float fade = 1 - static_cast<float>(std::abs(offset)) / (kReach + 1);
+        return Paint{major ? kGridMajor : kGridMinor,
+                     (major ? 0.8f : 0.45f) * fade,
+                     kNoItem,
+                     kGridBias,
+                     true,
+                     &plane};
+    };
+    for (int i = -kReach; i <= kReach; ++i) {
+        const double lineU = middleU + i, lineV = middleV + i;
+        worldLine(place(lineU, middleV - kReach), place(lineU, middleV + kReach),
+                  paintOf(lineU, i));
+        worldLine(place(middleU - kReach, lineV), place(middleU + kReach, lineV),
+                  paintOf(lineV, i));
+    }
+}
+
+// The directions of the world's axes, in the lower left corner, each with its letter.
+void Painter::drawAxes() {
+    struct Stroke {
+        float x0, y0, x1, y1;
+    };
+    struct Axis {
+        Vec3 direction;
+        Color color;
+        std::array<Stroke, 3> letter;
+    };
+    static constexpr Axis kAxes[] = {
+        {{1, 0, 0}, kAxisX, {{{-1, -1, 1, 1}, {-1, 1, 1, -1}, {0, 0, 0, 0}}}},
+        {{0, 1, 0}, kAxisY, {{{-1, -1, 0, 0}, {1, -1, 0, 0}, {0, 0, 0, 1}}}},
+        {{0, 0, 1}, kAxisZ, {{{-1, -1, 1, -1}, {1, -1, -1, 1}, {-1, 1, 1, 1}}}},
+    };
+    const float scale = options_->pixelScale, size = 34 * scale, glyph = 3.5f * scale;
+    const ScreenPoint origin{52 * scale, static_cast<float>(rows_.height()) - 52 * scale, 0};
+    for (const Axis& axis : kAxes) {
+        const Paint paint{axis.color, 1, kNoItem, 0, false};
+        const float dx = dot(axis.direction, camera_->right());
+        const float dy = -dot(axis.direction, camera_->up());
+        if (std::abs(dx) + std::abs(dy) < 0.05f) continue;  // points at the viewer
+        // Twice, half a pixel apart, for weight.
+        for (const float shift : {-0.5f, 0.5f}) {
+            const float across = shift * scale;
+            rows_.line({origin.x + across, origin.y + across, 0},
+                       {origin.x + dx * size + across, origin.y + dy * size + across, 0}, paint);
+        }
+        const float x = origin.x + dx * size * 1.28f, y = origin.y + dy * size * 1.28f;
+        for (const Stroke& s : axis.letter) {
+            if (s.x0 == s.x1 && s.y0 == s.y1) continue;
+            for (const float across : {0.f, 0.7f})
+                rows_.line({x + s.x0 * glyph + across, y + s.y0 * glyph, 0},
+                           {x + s.x1 * glyph + across, y + s.y1 * glyph, 0}, paint);
+        }
+    }
+}
+
+}  // namespace render

@@ -1,0 +1,87 @@
+// Draws the things of a scene into some rows of a picture.
+#pragma once
+
+#include <render/lighting.h>
+#include <render/renderer.h>
+
+#include <vector>
+
+namespace render {
+
+inline constexpr Color kSelected = 0xFFC040;
+
+/// Each thread of a frame has its own; it keeps its working memory from frame to frame.
+class Painter {
+public:
+    /// Of the frame and the rows that follow are drawn. All but `rows` and `lighting` are to
+    /// outlive what is drawn of them.
+    void begin(const SceneModel& scene, const Camera& camera, const RenderOptions& options,
+               const Lighting& lighting, const CanvasRows& rows);
+    CanvasRows& rows() { return rows_; }
+
+    /// Draws the surface of an item; returns how many triangles were in front of the camera and not
+    /// culled, in these rows or not.
+    std::size_t drawItem(ItemIndex index);
+    void drawMark(const Mark& mark, bool selected);
+    /// The corners of a box.
+    void drawBrackets(const Box& around);
+    void drawGrid();
+    void drawAxes();
+
+private:
+    /// A corner of a triangle on its way to the screen.
+    struct Corner {
+        Vec3 view;
+        Vec3 color;  ///< red, green and blue, 0 to 255
+        TexturePlace texture;
+    };
+
+    /// How an item is turned to the eye: what was `from` becomes `to`, three directions each.
+    struct Turn {
+        Vec3 from[3], to[3];
+
+        Vec3 of(Vec3 v) const {
+            return to[0] * dot(v, from[0]) + to[1] * dot(v, from[1]) + to[2] * dot(v, from[2]);
+        }
+    };
+
+    void transform(const Item& item, const Surface& surface);
+    bool turnToEye(const Item& item, Facing facing);
+    bool drawDot(const Item& item, const Surface& surface, ItemIndex index);
+    void fillSurface(const Item& item, const Surface& surface, ItemIndex index);
+    DepthPlane planeOf(Vec3 normal, Vec3d fromEye) const;
+    ScreenPoint screenOf(Vec3 view) const;
+    Vec3 normalOf(const Triangle& triangle) const {
+        return isTurned_ ? turn_.of(triangle.normal) : triangle.normal;
+    }
+    Vec3 forwardTo(Vec3d fromEye) const {
+        return camera_->isParallel() ? camera_->forward() : toFloat(fromEye);
+    }
+    void fillTriangle(const Corner (&corners)[3], const Surface& surface, Fill& fill);
+    void fillClipped(const Corner (&corners)[3], const Surface& surface, Fill& fill);
+    static int clipNear(const Corner (&corners)[3], float nearDistance, Corner (&out)[4]);
+    void drawEdges(const Item& item, const Paint& paint, bool frontOnly);
+    void drawFadedEdges(const Item& item, const Surface& surface, ItemIndex index);
+    void worldLine(Vec3d a, Vec3d b, const Paint& paint);
+    void viewLine(Vec3 a, Vec3 b, const Paint& paint);
+
+    // Of the frame being drawn.
+    const SceneModel* scene_ = nullptr;
+    const Camera* camera_ = nullptr;
+    const RenderOptions* options_ = nullptr;
+    Lighting lighting_;
+    CanvasRows rows_;
+
+    // Of the item being drawn.
+    const Vec3* points_ = nullptr;     // its vertices, relative to its origin
+    std::vector<Vec3> turned_;         // the same, turned to the eye
+    std::vector<Vec3> view_;           // in view space
+    std::vector<ScreenPoint> screen_;  // and on the screen, where in front of the eye
+    std::vector<std::uint8_t> back_;   // by triangle: not filled, as it is seen from behind
+    Turn turn_;
+    bool isTurned_ = false;
+    float bias_ = 0;  // of its layer, as a share of the depth
+    std::size_t drawn_ = 0;
+};
+
+}  // namespace render

@@ -1,0 +1,334 @@
+// What a picture shows of OpenFlight nodes: each of their features changes its pixels.
+#include "fltbytes.h"
+#include "importscene.h"
+
+#include <fltkilnutil/kilnflt.h>
+#include <interchange/nodelooks.h>
+#include <kiln/kiln.h>
+#include <quillon/fltdof.h>
+#include <quillon/fltface.h>
+#include <quillon/fltlod.h>
+#include <quillon/fltobject.h>
+#include <quillon/fltswitch.h>
+#include <render/renderer.h>
+#include <render/scenefeed.h>
+
+#include <array>
+
+namespace {
+
+using render::Vec3d;
+
+class ShownTest : public ImportScene {
+protected:
+    static constexpr int kSide = 240;
+
+    ShownTest() {
+        camera.setPictureSize(kSide, kSide);
+        canvas.resize(kSide, kSide);
+        options.mode = render::DrawMode::kShaded;
+        options.grid = options.axes = options.helpers = false;
+        seeFrom({0, 0, 50});
+    }
+
+    void seeFrom(Vec3d eye) { ASSERT_TRUE(camera.lookFrom(eye, {0, 0, 0})); }
+
+    template <typename Record>
+    INode* node(FltNodeKind kind, const Record& record, INode* parent = nullptr) {
+        INode* const made = host.CreateObjectNode(new DummyObject, "node");
+        if (parent != nullptr) parent->AttachChild(made, false);
+        EXPECT_TRUE(fltPutData(made, kind, kFltRevision, record, nullptr));
+        return made;
+    }
+
+    /// A square face of 6 by 6 around a place, with its front up or, `upright`, towards -y.
+    INode* face(INode* parent, Point3 middle, COLORREF color, const FltFace& record = twoSided(),
+                bool upright = false) {
+        auto* const object = new TriObject;
+        Mesh& mesh = object->GetMesh();
+        for (const auto& [u, v] : {std::array{-3, -3}, {3, -3}, {3, 3}, {-3, 3}}) {
+            const Point3 place =
+                upright ? Point3{double(u), 0, double(v)} : Point3{double(u), double(v), 0};
+            mesh.verts.Append(middle + place);
+        }
+        const DWORD corners[] = {0, 1, 2, 3};
+        mesh.AppendPolygon(4, corners);
+        INode* const made = host.CreateObjectNode(object, "face");
+        if (parent != nullptr) parent->AttachChild(made, false);
+        made->SetWireColor(color);
+        EXPECT_TRUE(fltPutData(made, FltNodeKind::Face, kFltRevision, record, nullptr));
+        return made;
+    }
+
+    static FltFace twoSided() {
+        FltFace record;
+        record.drawType = kFltSolidTwoSided;
+        return record;
+    }
+
+    void draw() {
+        feed.build(host);
+        renderer.draw(feed.model(), camera, options, canvas);
+    }
+
+    /// The node whose pixel is at a place of the world; null for the background.
+    INode* nodeAt(Vec3d world, int reach = 0) const {
+        const auto place = camera.project(world);
+        return place ? feed.nodeOf(canvas.pick(static_cast<int>(place->x),
+                                               static_cast<int>(place->y), reach))
+                     : nullptr;
+    }
+    render::Color colorAt(Vec3d world) const {
+        const auto place = *camera.project(world);
+        return canvas.pixel(static_cast<int>(place.x), static_cast<int>(place.y));
+    }
+    static unsigned red(render::Color color) { return color >> 16 & 0xFF; }
+    static unsigned green(render::Color color) { return color >> 8 & 0xFF; }
+
+    interchange::NodeLooks source;
+    render::SceneFeed feed;
+    render::Camera camera;
+    render::Canvas canvas;
+    render::Renderer renderer;
+    render::RenderOptions options;
+};
+
+TEST_F(ShownTest, SwitchesShowTheChildrenOfTheirCurrentMask) {
+    FltSwitch record;
+    INode* const top = node(FltNodeKind::Switch, record);
+    INode* const inner = node(FltNodeKind::Group, FltObject(), top);
+    INode* const left = face(inner, {-10, 0, 0}, 0xFF);
+    INode* const right = face(top, {10, 0, 0}, 0xFF);
+    const auto shown = [&] {
+        EXPECT_TRUE(fltPutRecord(top, record));
+        draw();
+        return std::pair{nodeAt({-10, 0, 0}) == left, nodeAt({10, 0, 0}) == right};
+    };
+    EXPECT_EQ(shown(), std::pair(true, true)) << "without masks";
+    for (const std::uint32_t word : {1U, 2U, 0U}) record.maskWords.append(word);
+    EXPECT_EQ(shown(), std::pair(true, false)) << "with all below the child";
+    record.currentMask = 1;
+    EXPECT_EQ(shown(), std::pair(false, true));
+    record.currentMask = 2;
+    EXPECT_EQ(shown(), std::pair(false, false));
+    for (const int beyond : {3, -1}) {
+        record.currentMask = beyond;
+        EXPECT_EQ(shown(), std::pair(true, false)) << "the first mask for " << beyond;
+    }
+    // With two words for each mask the second begins at the third word, of which the list has one.
+    record.wordsPerMask = 2;
+    record.currentMask = 1;
+    EXPECT_EQ(shown(), std::pair(true, false));
+    EXPECT_EQ(feed.counts().nodes, 4) << "what is not shown is still there";
+}
+
+TEST_F(ShownTest, ASwitchShowsAChildBeyondTheFirstWordByItsBit) {
+    FltSwitch record;
+    record.wordsPerMask = 2;
+    record.maskWords.append(0);
+    record.maskWords.append(2);
+    INode* const top = node(FltNodeKind::Switch, record);
+    for (int i = 0; i < 33; ++i) node(FltNodeKind::Group, FltObject(), top);
+    INode* const seen = face(top, {0, 0, 0}, 0xFF);
+    face(top, {10, 0, 0}, 0xFF);
+    draw();
+    EXPECT_EQ(nodeAt({0, 0, 0}), seen);
+    EXPECT_EQ(nodeAt({10, 0, 0}), nullptr);
+    for (int i = 0; i < 40; ++i) node(FltNodeKind::Group, FltObject(), top);
+    INode* const without = face(top, {-10, 0, 0}, 0xFF);
+    draw();
+    EXPECT_NE(nodeAt({-10, 0, 0}), without) << "a child without a bit";
+}
+
+TEST_F(ShownTest, DegreesOfFreedomMoveWhatIsBelowThemInTheirFrame) {
+    FltDof record;
+    INode* const dof = node(FltNodeKind::Dof, record);
+    dof->SetNodeTM(0, TransMatrix({0, -5, 0}));
+    INode* const square = face(dof, {10, 0, 0}, 0xFF);
+    const auto at = [&](Vec3d world) {
+        EXPECT_TRUE(fltPutRecord(dof, record));
+        draw();
+        return nodeAt(world) == square;
+    };
+    EXPECT_TRUE(at({10, -5, 0})) << "as it was modelled, scales of 0 being none";
+    record.yawCurrent = 90;
+    EXPECT_TRUE(at({0, 5, 0})) << "about the node's origin";
+    EXPECT_EQ(nodeAt({10, -5, 0}), nullptr);
+    // Pitch comes first: about x it leaves the square in place, about y after yaw it would not.
+    record.pitchCurrent = 180;
+    EXPECT_TRUE(at({0, 5, 0}));
+    record.rollCurrent = 180;
+    EXPECT_TRUE(at({0, -15, 0})) << "roll about y before yaw about z";
+    record = {};
+    record.origin = {10, 0, 0};
+    record.pointOnXAxis = {10, 1, 0};
+    record.pointInXyPlane = {9, 0, 0};
+    record.xTranslationCurrent = 7;
+    EXPECT_TRUE(at({10, 2, 0})) << "along the frame's x axis, which is the world's y";
+    record.xTranslationCurrent = 0;
+    record.yScaleCurrent = 3;
+    EXPECT_TRUE(at({18, -5, 0})) << "scaled about the frame's origin";
+    EXPECT_EQ(nodeAt({10, 0, 0}), nullptr) << "along its y axis alone";
+    record.pointInXyPlane = record.pointOnXAxis;
+    EXPECT_TRUE(at({10, -5, 0})) << "three points in one line are no frame";
+    EXPECT_EQ(nodeAt({18, -5, 0}), nullptr);
+}
+
+TEST_F(ShownTest, LevelsOfDetailShowInTheirRangeOfTheEye) {
+    FltLod record;
+    record.switchOutDistance = 40;
+    record.switchInDistance = 50;
+    INode* const outer = node(FltNodeKind::Lod, record);
+    INode* const square = face(outer, {0, 0, 0}, 0xFF);
+    const auto shownFrom = [&](double height) {
+        seeFrom({0, 0, height});
+        draw();
+        return nodeAt({0, 0, 0}) == square;
+    };
+    EXPECT_TRUE(shownFrom(60)) << "all levels show where the eye does not choose";
+    options.levelsByEye = true;
+    EXPECT_FALSE(shownFrom(60));
+    EXPECT_TRUE(shownFrom(49.9));
+    EXPECT_TRUE(shownFrom(40.1));
+    EXPECT_FALSE(shownFrom(39.9));
+    record.flags = FltLod::kFrozenCenter;
+    record.centerZ = -15;
+    ASSERT_TRUE(fltPutRecord(outer, record));
+    EXPECT_TRUE(shownFrom(30)) << "to the frozen centre";
+    EXPECT_FALSE(shownFrom(50));
+    square->Hide(true);
+    INode* const other = face(node(FltNodeKind::Lod, record), {0, 0, 0}, 0xFF);
+    seeFrom({0, 0, 50});
+    draw();
+    EXPECT_EQ(nodeAt({0, 0, 0}), other) << "the preview, which hides whole levels, comes first";
+}
+
+TEST_F(ShownTest, ObjectsShowInTheirHoursAndLetThrough) {
+    FltObject record;
+    record.flags = static_cast<std::int32_t>(FltObject::kNotAtNight);
+    INode* const object = node(FltNodeKind::Object, record);
+    INode* const square = face(object, {0, 0, 0}, 0xFFFFFF);
+    const auto shownAt = [&](render::TimeOfDay time) {
+        options.time = time;
+        EXPECT_TRUE(fltPutRecord(object, record));
+        draw();
+        return nodeAt({0, 0, 0}) == square;
+    };
+    using render::TimeOfDay;
+    EXPECT_TRUE(shownAt(TimeOfDay::kAny) && shownAt(TimeOfDay::kDay) && shownAt(TimeOfDay::kDusk));
+    EXPECT_FALSE(shownAt(TimeOfDay::kNight));
+    record.flags = static_cast<std::int32_t>(FltObject::kNotByDay | FltObject::kNotAtDusk);
+    EXPECT_TRUE(shownAt(TimeOfDay::kNight));
+    EXPECT_FALSE(shownAt(TimeOfDay::kDay) || shownAt(TimeOfDay::kDusk));
+    record.flags = static_cast<std::int32_t>(FltObject::kShadow);
+    EXPECT_TRUE(shownAt(TimeOfDay::kDay)) << "a shadow of the sun";
+    EXPECT_FALSE(shownAt(TimeOfDay::kNight));
+
+    options.time = TimeOfDay::kAny;
+    record = {};
+    ASSERT_TRUE(fltPutRecord(object, record));
+    draw();
+    const render::Color solid = colorAt({0, 0, 0});
+    square->Hide(true);
+    draw();
+    const render::Color sky = colorAt({0, 0, 0});
+    square->Hide(false);
+    record.transparency = static_cast<std::int16_t>(0x8000);
+    ASSERT_TRUE(fltPutRecord(object, record));
+    draw();
+    EXPECT_NEAR(red(colorAt({0, 0, 0})), (red(solid) + red(sky)) / 2, 3);
+    record.transparency = -1;
+    ASSERT_TRUE(fltPutRecord(object, record));
+    draw();
+    EXPECT_NEAR(red(colorAt({0, 0, 0})), red(sky), 2);
+}
+
+TEST_F(ShownTest, FacesAreDrawnAsTheirDrawTypeSays) {
+    FltFace record;
+    INode* const square = face(nullptr, {0, 0, 0}, 0xFF, record);
+    const auto shown = [&](std::uint8_t drawType, Vec3d world, Vec3d eye = {0, 0, 50}) {
+        record.drawType = drawType;
+        EXPECT_TRUE(fltPutRecord(square, record));
+        seeFrom(eye);
+        draw();
+        return nodeAt(world, 1) == square;
+    };
+    const Vec3d below{0, 0, -50};
+    EXPECT_TRUE(shown(kFltSolidOneSided, {0, 0, 0}));
+    EXPECT_FALSE(shown(kFltSolidOneSided, {0, 0, 0}, below)) << "its back";
+    EXPECT_TRUE(shown(kFltSolidTwoSided, {0, 0, 0}, below));
+    square->SetNodeTM(0, ScaleMatrix({-1, 1, 1}));
+    EXPECT_TRUE(shown(kFltSolidOneSided, {0, 0, 0})) << "mirrored it keeps its front";
+    EXPECT_FALSE(shown(kFltSolidOneSided, {0, 0, 0}, below));
+    square->SetNodeTM(0, Matrix3());
+    for (const std::uint8_t outline : {kFltClosedOutline, kFltOpenOutline}) {
+        EXPECT_FALSE(shown(outline, {0, 0, 0})) << "it is hollow";
+        EXPECT_FALSE(shown(outline, {1, 1, 0})) << "without the edges between triangles";
+        EXPECT_TRUE(shown(outline, {3, 0, 0}));
+        EXPECT_EQ(shown(outline, {-3, 0, 0}), outline == kFltClosedOutline) << "the last edge";
+    }
+    EXPECT_TRUE(shown(kFltSolidTwoSided, {0, 0, 0}));
+    const render::Color plain = colorAt({2.95, 0, 0});
+    // The alternate color, which the file of the scene's database has.
+    FltBytes file("f");
+    Bytes colors;
+    colors.zeros(128).u32(0xFF00FF00).zeros(1023 * 4);
+    file.record(kFltColorPalette, colors);
+    INode* const top = import(file);
+    top->AttachChild(square);
+    record.flags = kFltSurfaceNoColor;
+    record.alternateColorIndex = 127;
+    EXPECT_TRUE(shown(kFltSolidAndOutline, {0, 0, 0}));
+    EXPECT_GT(green(colorAt({2.95, 0, 0})), green(plain) + 60);
+}
+
+TEST_F(ShownTest, TemplatesTurnFacesToTheEye) {
+    FltFace record = twoSided();
+    INode* const square = face(nullptr, {0, 0, 0}, 0xFF, record, true);
+    const auto shownFrom = [&](std::uint8_t billboard, Vec3d eye, Vec3d world) {
+        record.billboard = billboard;
+        EXPECT_TRUE(fltPutRecord(square, record));
+        seeFrom(eye);
+        draw();
+        return nodeAt(world) == square;
+    };
+    const Vec3d east{50, 0, 0}, above{0, -8, 50};
+    EXPECT_TRUE(shownFrom(kFltFixedBlended, {0, -50, 0}, {2, 0, 2})) << "from where it looks";
+    EXPECT_FALSE(shownFrom(kFltFixedBlended, east, {0, 2, 2})) << "from its edge";
+    EXPECT_TRUE(shownFrom(kFltAxisBlended, east, {0, 2, 2}));
+    EXPECT_TRUE(shownFrom(kFltPointBlended, east, {0, 2, 2}));
+    EXPECT_FALSE(shownFrom(kFltAxisBlended, above, {0, 2, 0})) << "it stays upright";
+    EXPECT_TRUE(shownFrom(kFltPointBlended, above, {0, 2, 0}));
+}
+
+TEST_F(ShownTest, OfFacesInOnePlaceTheHigherPriorityLiesAbove) {
+    INode* const first = face(nullptr, {0, 0, 0}, 0xFF);
+    INode* const second = face(nullptr, {0, 0, 0}, 0xFF00);
+    const auto above = [&](std::int16_t ofFirst, std::int16_t ofSecond) {
+        for (const auto& [square, priority] :
+             {std::pair{first, ofFirst}, std::pair{second, ofSecond}}) {
+            FltFace record = twoSided();
+            record.relativePriority = priority;
+            EXPECT_TRUE(fltPutRecord(square, record));
+        }
+        // From far and at a slant no pixel of the other shows through.
+        for (const Vec3d eye : {Vec3d{0, 0, 50}, Vec3d{300, 10, 60}, Vec3d{5, 40, 3}}) {
+            seeFrom(eye);
+            draw();
+            const INode* const seen = nodeAt({0, 0, 0});
+            for (int y = 0; y < kSide; ++y)
+                for (int x = 0; x < kSide; ++x) {
+                    const INode* const here = feed.nodeOf(canvas.item(x, y));
+                    EXPECT_TRUE(here == nullptr || here == seen) << x << ' ' << y;
+                }
+        }
+        return nodeAt({0, 0, 0});
+    };
+    EXPECT_EQ(above(0, 1), second);
+    EXPECT_EQ(above(1, 0), first);
+    EXPECT_EQ(above(0, -1), first);
+    EXPECT_EQ(above(-1, 0), second) << "a negative one lies below";
+    EXPECT_EQ(above(-2, -1), second);
+}
+
+}  // namespace
