@@ -31,6 +31,17 @@ std::optional<std::pair<std::filesystem::file_time_type, std::uintmax_t>> lookAt
     return std::pair(time, length);
 }
 
+/// Nothing when the file cannot be read.
+std::optional<std::uint64_t> contentOf(const std::string& path) {
+    const File file = openFile(pathFrom(path), false);
+    if (!file) return std::nullopt;
+    ContentHash content;
+    std::vector<char> piece(std::size_t{1} << 16);
+    while (const std::size_t count = std::fread(piece.data(), 1, piece.size(), file.get()))
+        content.add({piece.data(), count});
+    return content.value();
+}
+
 }  // namespace
 
 void ContentHash::mix(const char* blocks, std::size_t count) noexcept {
@@ -75,19 +86,21 @@ std::optional<FileStamp> FileStamp::of(const std::string& path) {
     return stamp;
 }
 
+std::optional<FileStamp> FileStamp::read(const std::string& path) {
+    std::optional<FileStamp> stamp = of(path);
+    const std::optional<std::uint64_t> content = contentOf(path);
+    if (!stamp || !content) return std::nullopt;
+    stamp->content_ = *content;
+    return stamp;
+}
+
 bool FileStamp::isOutdated(const std::string& path) const {
     const auto seen = lookAt(path);
     if (!seen) return false;
     const auto& [time, length] = *seen;
     if (length != length_) return true;
     if (time == time_) return false;
-    const File file = openFile(pathFrom(path), false);
-    if (!file) return false;
-    ContentHash content;
-    std::vector<char> piece(std::size_t{1} << 16);
-    while (const std::size_t count = std::fread(piece.data(), 1, piece.size(), file.get()))
-        content.add({piece.data(), count});
-    return content.value() != content_;
+    return contentOf(path).value_or(content_) != content_;
 }
 
 }  // namespace base

@@ -245,6 +245,10 @@ bool fltCopyData(INode* source, INode* destination) noexcept {
     return true;
 }
 
+bool fltIsData(const AppDataChunk& chunk) noexcept {
+    return isOurChunk(chunk);
+}
+
 bool fltRemoveData(INode* node) noexcept {
     bool removed = false;
     for (const ChunkId id :

@@ -36,6 +36,10 @@ bool holds(const AppDataChunk& chunk, std::span<const std::byte> bytes) noexcept
 
 }  // namespace
 
+bool isOurChunk(const AppDataChunk& chunk) noexcept {
+    return chunk.clID == kChunkClass && chunk.sclID == kChunkSuperClass;
+}
+
 bool hasChunk(INode* node, ChunkId id) noexcept {
     return hostChunk(node, id) != nullptr;
 }

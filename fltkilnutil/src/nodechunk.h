@@ -27,6 +27,9 @@ using Chunk = std::span<std::byte>;
 /// Whether the node has the chunk; false for a null node.
 bool hasChunk(INode* node, ChunkId id) noexcept;
 
+/// Whether the chunk is one of ours.
+bool isOurChunk(const AppDataChunk& chunk) noexcept;
+
 /// The chunk's bytes, valid until the chunk changes; empty when there is none.
 Chunk findChunk(INode* node, ChunkId id) noexcept;
 

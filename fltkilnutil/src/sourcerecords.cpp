@@ -29,6 +29,10 @@ bool take(FileBytes& bytes, Number& number) {
 
 }  // namespace
 
+bool isSourceChunk(const AppDataChunk& chunk) noexcept {
+    return chunk.clID == kSourceRecordsClass && chunk.sclID == SCENE_IMPORT_CLASS_ID;
+}
+
 FileBytes sourceChunk(const Animatable& thing, SourceChunk id) noexcept {
     const AppDataChunk* const chunk =
         thing.GetAppDataChunk(kSourceRecordsClass, SCENE_IMPORT_CLASS_ID, static_cast<DWORD>(id));

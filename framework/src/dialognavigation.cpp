@@ -6,6 +6,7 @@
 #include <framework/module.h>
 
 #include <algorithm>
+#include <string_view>
 #include <vector>
 
 namespace framework {
@@ -29,11 +30,21 @@ bool inMenuOrMove() noexcept {
     return ::GetGUIThreadInfo(::GetCurrentThreadId(), &info) && (info.flags & kModes);
 }
 
-// Ctrl with a letter means nothing to the navigation; where no text is edited it may be a command
-// of the application's.
+// Where text is edited: copying and pasting, undoing, and what is typed as Ctrl with a letter
+// (back, tab and line ends).
+bool meansTextIn(const MSG& message) noexcept {
+    constexpr std::string_view kOfText = "ACHIJMVXYZ";
+    return kOfText.find(static_cast<char>(message.wParam)) != kOfText.npos &&
+           isTextField(message.hwnd);
+}
+
+// Ctrl with a letter, or a function key, means nothing to the navigation; it may be a command of
+// the application's. F10 opens the menu.
 bool isCommand(const MSG& message) noexcept {
-    return message.message == WM_KEYDOWN && message.wParam >= 'A' && message.wParam <= 'Z' &&
-           ::GetKeyState(VK_CONTROL) < 0 && !isTextField(message.hwnd);
+    const WPARAM key = message.wParam;
+    if (message.message != WM_KEYDOWN || ::GetKeyState(VK_MENU) < 0) return false;
+    if (key >= VK_F1 && key <= VK_F24) return key != VK_F10;
+    return key >= 'A' && key <= 'Z' && ::GetKeyState(VK_CONTROL) < 0 && !meansTextIn(message);
 }
 
 }  // namespace

@@ -53,6 +53,17 @@ public:
         }
     }
 
+    CStr LeftOut(Interface* ip, DWORD options, INode* part) override {
+        if (ip == nullptr) return {};
+        try {
+            interchange::ExportOptions chosen = chosenBy(options);
+            chosen.database = part;
+            return CStr(interchange::leftOutOf(chosen, *ip));
+        } catch (...) {
+            return {};  // the export itself says what is wrong
+        }
+    }
+
     int DoExport(const char* path, ImpExpReport& report, Interface* ip, DWORD options,
                  INode* part) override {
         if (ip == nullptr) return IMPEXP_FAIL;

@@ -6,6 +6,7 @@
 
 namespace interchange {
 
+using fltkilnutil::isSourceChunk;
 using fltkilnutil::isVertexList;
 using fltkilnutil::sourceChunk;
 using fltkilnutil::SourceChunk;

@@ -21,9 +21,9 @@ std::string text(TextId id, std::initializer_list<std::string_view> values) {
     return base::fillText(base::tableText(kTexts, static_cast<unsigned>(id), language), values);
 }
 
-std::string counted(std::size_t count, TextId one) {
+std::string counted(std::size_t count, TextId one, std::string_view more) {
     const auto number = static_cast<unsigned>(one) + (count == 1 ? 0 : 1);
-    return text(static_cast<TextId>(number), {std::to_string(count)});
+    return text(static_cast<TextId>(number), {std::to_string(count), more});
 }
 
 void enumerate(std::string& list, const std::string& item) {

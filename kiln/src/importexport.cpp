@@ -168,6 +168,7 @@ ImportResult Core::openImported(const std::string& path, const ProgressFunction&
         impl_->sceneNotifies(NOTIFY_SCENE_NEW, nullptr);
         return former;
     };
+    Scene::File origin{path, base::FileStamp::read(path)};
     std::unique_ptr<Scene> former = show(std::make_unique<Scene>());
     ImportResult result;
     try {
@@ -179,6 +180,7 @@ ImportResult Core::openImported(const std::string& path, const ProgressFunction&
     if (!result.ok()) {
         show(std::move(former));
     } else {
+        impl_->scene->file = std::move(origin);
         impl_->scene->history().clear();
         setModified(false);
     }
@@ -215,8 +217,30 @@ ImportResult Core::exportFile(const std::string& path, const ExportChoice& choic
     } catch (...) {
         report.Error(textOf(TextId::kExporterFailed).c_str());
     }
-    if (code == IMPEXP_SUCCESS) impl_->rememberFolder(KILN_EXPORT_DIR, path);
+    if (code == IMPEXP_SUCCESS) {
+        impl_->rememberFolder(KILN_EXPORT_DIR, path);
+        Scene::File& file = impl_->scene->file;
+        if (base::sameTextIgnoringCase(file.path, path)) file.stamp = base::FileStamp::read(path);
+    }
     return resultOf(code, report, TextId::kNotExported);
+}
+
+std::string Core::leftOutOfExport(const std::string& path, const ExportChoice& choice) {
+    const auto exporter = handlerFor<SceneExport>(path, SCENE_EXPORT_CLASS_ID);
+    if (!exporter) return {};
+    const std::optional<INode*> part = partOf(exportParts(path, choice.options), choice);
+    return part ? exporter->LeftOut(impl_, choice.options, *part).str() : std::string();
+}
+
+ImportResult Core::saveExported(const std::string& path, const ExportChoice& choice,
+                                const ProgressFunction& progress) {
+    ImportResult result = exportFile(path, choice, progress);
+    if (!result.ok()) return result;
+    Scene::File& file = impl_->scene->file;
+    if (!base::sameTextIgnoringCase(file.path, path)) file = {path, base::FileStamp::read(path)};
+    setModified(false);
+    impl_->sceneNotifies(NOTIFY_SCENE_SAVED, const_cast<char*>(path.c_str()));
+    return result;
 }
 
 }  // namespace kiln

@@ -21,6 +21,12 @@ Direction directionOf(View view) {
             return {-kQuarter, kQuarter};
         case View::kLeft:
             return {2 * kQuarter, 0};
+        case View::kRight:
+            return {0, 0};
+        case View::kBack:
+            return {kQuarter, 0};
+        case View::kBottom:
+            return {-kQuarter, -kQuarter};
         default:
             return {-kQuarter, 0};
     }

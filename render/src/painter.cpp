@@ -336,8 +336,8 @@ void Painter::drawGrid() {
     constexpr int kReach = 50;
     const double spacing = std::pow(10., std::ceil(std::log10(camera_->unitsPerPixel() * 14)));
     Vec3d u{1, 0, 0}, v{0, 1, 0};
-    if (camera_->view() == View::kFront) v = {0, 0, 1};
-    if (camera_->view() == View::kLeft) u = {0, 0, 1};
+    if (camera_->view() == View::kFront || camera_->view() == View::kBack) v = {0, 0, 1};
+    if (camera_->view() == View::kLeft || camera_->view() == View::kRight) u = {0, 0, 1};
     const Vec3 normal = toFloat(cross(u, v));
     const DepthPlane plane =
         camera_->depthPlane(normal, dot(Vec3d(normal), Vec3d{} - camera_->eye()));

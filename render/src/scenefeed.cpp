@@ -5,6 +5,7 @@
 #include <kiln/texmap.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <utility>
 
@@ -83,6 +84,15 @@ Facing facingOf(SurfaceFacing facing) {
                                              : Facing::kFixed;
 }
 
+/// How many polygons that many triangles of a mesh were cut from: two triangles share each cut,
+/// which is no edge of an outline.
+std::size_t polygonCount(const Mesh& mesh, std::size_t triangles) {
+    std::size_t inner = 0;
+    for (const Face& face : mesh.faces)
+        inner += static_cast<std::size_t>(3 - std::popcount(face.flags & EDGE_ALL));
+    return triangles == 0 ? 0 : triangles - std::min(inner / 2, triangles - 1);
+}
+
 }  // namespace
 
 void SceneFeed::clear() {
@@ -109,7 +119,6 @@ void SceneFeed::build(Interface& host) {
     readScene(host);
     boundSubtrees();
     updateSelection();
-    counts_.faces = model_.triangles().size();
 }
 
 void SceneFeed::readScene(Interface& host) {
@@ -357,6 +366,7 @@ void SceneFeed::addTriangles(const Mesh& mesh, const NodeLook& look, Color color
                   "the model's edge bits are the mesh's");
     const auto textureCount = static_cast<DWORD>(mesh.tVerts.Count());
     const auto lastVertex = static_cast<DWORD>(mesh.verts.Count() - 1);
+    const std::size_t before = model_.triangles().size();
     for (int i = 0; i < mesh.faces.Count(); ++i) {
         const Face& face = mesh.faces[i];
         DWORD corners[3];
@@ -381,6 +391,7 @@ void SceneFeed::addTriangles(const Mesh& mesh, const NodeLook& look, Color color
         }
         model_.addTriangle(corners[0], corners[1], corners[2], color, edges, places);
     }
+    counts_.faces += polygonCount(mesh, model_.triangles().size() - before);
 }
 
 void SceneFeed::addFinishes(const Matrix3& place, const Mesh& mesh, const NodeLook& look) {

@@ -46,6 +46,40 @@ const std::initializer_list<std::array<double, 3>> kPoints = {
 
 }  // namespace
 
+TEST_F(ExportTest, SaysWhatAFileHasNoPlaceFor) {
+    FltBytes file("f");
+    file.push().group("g").face("p", kFltSurfaceNoColor | kFltSurfaceHidden).pop();
+    const auto leftOut = [this](const interchange::ExportOptions& options = {}) {
+        return interchange::leftOutOf(options, host);
+    };
+    INode* const first = import(file);
+    EXPECT_EQ(leftOut(), "") << "all of it was read from such a file";
+    INode* const group = first->GetChildNode(0);
+    group->Hide(true);
+    EXPECT_EQ(leftOut(), "that 1 node is hidden: g");
+    for (const char* name : {"a", "b", "c", "d"})
+        group->AttachChild(host.CreateObjectNode(new DummyObject, name));
+    host.CreateObjectNode(new BoxObject, "house")
+        ->AddAppDataChunk(Class_ID(1, 2), HELPER_CLASS_ID, 0, 0, nullptr);
+    EXPECT_EQ(leftOut(),
+              "4 nodes of no OpenFlight kind: a, b, c…\n"
+              "that 1 node is hidden: g\n"
+              "what other plug-ins keep on 1 node: house");
+    host.SelectNode(group);
+    interchange::ExportOptions selected;
+    selected.selectedOnly = true;
+    EXPECT_EQ(leftOut(selected), "that 1 node is hidden: g");
+
+    core.newScene();
+    INode* const own = import(file);
+    import(FltBytes("other"), "other");
+    interchange::ExportOptions part;
+    part.database = own;
+    EXPECT_EQ(leftOut(part), "1 other database");
+    core.newScene();
+    EXPECT_THROW(leftOut(), std::exception) << "nothing to write";
+}
+
 TEST_F(ExportTest, WritesEditsAndKeepsTheRest) {
     FltBytes file("f");
     Bytes group;

@@ -61,8 +61,13 @@ struct SampleExport : SceneExport {
         const std::string name = part->GetName();
         return name == "new" ? "" : CStr(name.substr(0, 3) + ".smp");
     }
-    int DoExport(const char*, ImpExpReport&, Interface*, DWORD, INode* part) override {
+    CStr LeftOut(Interface*, DWORD, INode* part) override {
+        return part != nullptr ? CStr(std::string("all but ") + part->GetName()) : CStr();
+    }
+    int DoExport(const char* path, ImpExpReport&, Interface*, DWORD, INode* part) override {
         written = part != nullptr ? part->GetName() : "all";
+        if (std::string(path).find("full disk") != std::string::npos) return IMPEXP_FAIL;
+        std::ofstream(path) << written;
         return IMPEXP_SUCCESS;
     }
 };
@@ -162,7 +167,8 @@ struct ExportPartTest : ImportTest {
 
     std::string exported(const kiln::ExportChoice& choice) {
         SampleExport::written = "nothing";
-        const kiln::ImportResult result = core.exportFile("a.smp", choice);
+        const TemporaryFolder folder{u8"exported"};
+        const kiln::ImportResult result = core.exportFile(folder.file("a.smp"), choice);
         EXPECT_EQ(result.ok(), SampleExport::written != "nothing");
         return result.ok() ? SampleExport::written : result.message;
     }
@@ -196,6 +202,36 @@ TEST_F(ExportPartTest, AsksWhichOfSeveralPartsAFileIsToHold) {
     EXPECT_EQ(exported({0, deleted}), other);
     child->SetName("new");
     EXPECT_EQ(exported({0, deleted}), "which one is to be exported? The scene has \"new\"");
+}
+
+// A scene that was opened from a foreign file has its home there.
+TEST_F(ExportPartTest, AForeignFileIsTheScenesFileOnceItWasOpenedOrSavedThere) {
+    const TemporaryFolder folder{u8"foreign"};
+    const std::string path = folder.file("a.smp"), other = folder.file("b.smp");
+    std::ofstream(path) << "as it was";
+    SampleImport::end = SampleImport::End::kSuccess;
+    ASSERT_TRUE(core.openImported(path).ok());
+    EXPECT_FALSE(core.fileWasChanged(path));
+    std::ofstream(path) << "another's";
+    EXPECT_TRUE(core.fileWasChanged(path)) << "somebody else has written it";
+
+    const kiln::ExportChoice all{0, host.GetINodeByName("new")};
+    EXPECT_EQ(core.leftOutOfExport(path, all), "all but new");
+    EXPECT_EQ(core.leftOutOfExport("a.xyz", all), "");
+    core.setModified(true);
+    Recorder recorder({NOTIFY_SCENE_SAVED});
+    ASSERT_TRUE(core.exportFile(path, all).ok());
+    EXPECT_FALSE(core.fileWasChanged(path)) << "it is the scene's own work";
+    EXPECT_TRUE(core.isModified()) << "an export saves nothing";
+    EXPECT_FALSE(core.saveExported(folder.file("full disk.smp"), all).ok());
+    EXPECT_TRUE(core.isModified());
+    EXPECT_TRUE(recorder.seen.empty());
+    ASSERT_TRUE(core.saveExported(other, all).ok());
+    EXPECT_FALSE(core.isModified());
+    EXPECT_THAT(recorder.seen, ElementsAre(NOTIFY_SCENE_SAVED));
+    std::ofstream(other) << "another's";
+    EXPECT_TRUE(core.fileWasChanged(other));
+    EXPECT_FALSE(core.fileWasChanged(path));
 }
 
 }  // namespace

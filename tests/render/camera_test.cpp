@@ -23,6 +23,9 @@ TEST(Camera, UsualViewsPutTheAxesWhereADrawingHasThem) {
         {View::kTop, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}},
         {View::kFront, {1, 0, 0}, {0, 0, 1}, {0, -1, 0}},
         {View::kLeft, {0, -1, 0}, {0, 0, 1}, {-1, 0, 0}},
+        {View::kRight, {0, 1, 0}, {0, 0, 1}, {1, 0, 0}},
+        {View::kBack, {-1, 0, 0}, {0, 0, 1}, {0, 1, 0}},
+        {View::kBottom, {1, 0, 0}, {0, -1, 0}, {0, 0, -1}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(static_cast<int>(c.view));

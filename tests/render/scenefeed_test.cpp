@@ -41,7 +41,7 @@ TEST_F(SceneFeedTest, ShowsSurfacesInWorldSpaceInTheirColor) {
     EXPECT_DOUBLE_EQ(item.box.max.z, 6);
     EXPECT_EQ(feed_.model().triangles()[item.firstTriangle].color, 0x332211u);
     EXPECT_EQ(feed_.counts().nodes, 2);
-    EXPECT_EQ(feed_.counts().faces, 12u);
+    EXPECT_EQ(feed_.counts().faces, 6u);
 }
 
 TEST_F(SceneFeedTest, HidesANodeButNotItsChildren) {
@@ -237,7 +237,7 @@ TEST_F(SceneFeedTest, InstancesShowTheirDefinitionsWhereTheyStand) {
     EXPECT_EQ(items[shown].box.max.x, 4);
     EXPECT_EQ(items[shown].box.min.y, 48);
     EXPECT_EQ(feed_.counts().nodes, 3);
-    EXPECT_EQ(feed_.counts().faces, 24u);
+    EXPECT_EQ(feed_.counts().faces, 12u);
     EXPECT_THAT(feed_.nodes(), testing::UnorderedElementsAre(definition, box, reference));
 
     host_.SelectNode(reference);
@@ -248,6 +248,28 @@ TEST_F(SceneFeedTest, InstancesShowTheirDefinitionsWhereTheyStand) {
     host_.SelectNode(box);
     feed_.updateSelection();
     EXPECT_FALSE(feed_.model().items()[shown].outlined);
+}
+
+// A user counts the faces that were drawn and not what they are cut into, whatever the cuts look
+// like.
+TEST_F(SceneFeedTest, CountsPolygons) {
+    auto* shape = new TriObject;
+    Mesh& mesh = shape->GetMesh();
+    for (int i = 0; i < 5; ++i) {
+        const Point3 vertex{std::cos(i * 1.2), std::sin(i * 1.2), 0};
+        mesh.verts.Append(1, &vertex);
+    }
+    const DWORD corners[] = {0, 1, 2, 3, 4};
+    ASSERT_TRUE(mesh.AppendPolygon(5, corners));
+    ASSERT_TRUE(mesh.AppendPolygon(3, corners));
+    INode* node = host_.CreateObjectNode(shape, "pentagon and triangle");
+    feed_.build(host_);
+    EXPECT_EQ(feed_.model().triangles().size(), 4u);
+    EXPECT_EQ(feed_.counts().faces, 2u);
+    for (Face& face : mesh.faces) face.flags = 0;  // a surface without any outline
+    node->InvalidateWS();
+    feed_.build(host_);
+    EXPECT_EQ(feed_.counts().faces, 1u);
 }
 
 TEST_F(SceneFeedTest, WhatOnlyInstancesShowIsNotInItsOwnPlace) {
@@ -269,7 +291,7 @@ TEST_F(SceneFeedTest, WhatOnlyInstancesShowIsNotInItsOwnPlace) {
     INode* reference = host_.CreateObjectNode(nullptr, "reference");
     source.definitions[reference] = definition;
     feed_.build(host_);
-    EXPECT_EQ(feed_.counts().faces, 24u) << "it and its part, without the one within";
+    EXPECT_EQ(feed_.counts().faces, 12u) << "it and its part, without the one within";
     EXPECT_THAT(feed_.nodes(), testing::ElementsAre(reference));
 }
 
@@ -292,7 +314,7 @@ TEST_F(SceneFeedTest, InstancesWithinThemselvesEnd) {
     INode* own = host_.CreateObjectNode(new BoxObject, "own");
     source.definitions[own] = own;
     feed_.build(host_);
-    EXPECT_EQ(feed_.counts().faces, 12u * (20 + 2)) << "itself, and itself within itself once";
+    EXPECT_EQ(feed_.counts().faces, 6u * (20 + 2)) << "itself, and itself within itself once";
 }
 
 TEST_F(SceneFeedTest, InstancesVeryDeepWithinOthersEnd) {

@@ -11,6 +11,7 @@
 
 #include <commctrl.h>
 #include <gtest/gtest.h>
+#include <richedit.h>
 
 #include <string>
 #include <tuple>
@@ -89,6 +90,95 @@ TEST_P(PanesIn, TheLanguageShowTheHeadingOfThePanelWhole) {
     const int room = scaled(panel.wantedWidth() - 14);
     EXPECT_LE(widthOf(textOf(TextId::kUtilities), true), room);
     EXPECT_LE(widthOf(textOf(TextId::kNoUtilities)), 4 * room) << "it has lines enough";
+}
+
+/// The log of a pane that is shown, and what it looks like at some place.
+class LogTest : public testing::Test {
+protected:
+    LogTest() {
+        parent_ = ::CreateWindowW(L"Static", L"", WS_OVERLAPPEDWINDOW, 0, 0, 900, 500, nullptr,
+                                  nullptr, nullptr, nullptr);
+        ::ShowWindow(parent_, SW_SHOW);
+        EXPECT_TRUE(pane_.Create(parent_, 1));
+        pane_.MoveTo({0, 0, 800, 400});
+        log_ = ::GetDlgItem(pane_.Handle(), 1);
+    }
+    ~LogTest() override { ::DestroyWindow(parent_); }
+
+    std::wstring text() const {
+        std::wstring text(4096, L'\0');
+        text.resize(static_cast<std::size_t>(::GetWindowTextW(log_, text.data(), 4096)));
+        return text;
+    }
+    CHARRANGE selection() const {
+        CHARRANGE range{};
+        ::SendMessageW(log_, EM_EXGETSEL, 0, reinterpret_cast<LPARAM>(&range));
+        return range;
+    }
+    void select(LONG from, LONG to) const {
+        CHARRANGE range{from, to};
+        ::SendMessageW(log_, EM_EXSETSEL, 0, reinterpret_cast<LPARAM>(&range));
+    }
+    /// Of the character at a place of the control, which counts a line's end as one.
+    CHARFORMAT2W formatAt(LONG at) const {
+        select(at, at + 1);
+        CHARFORMAT2W format{};
+        format.cbSize = sizeof format;
+        ::SendMessageW(log_, EM_GETCHARFORMAT, SCF_SELECTION, reinterpret_cast<LPARAM>(&format));
+        return format;
+    }
+    bool hasGlyph(const wchar_t* face, wchar_t character) const {
+        const framework::WindowDc dc(parent_);
+        const HFONT font =
+            ::CreateFontW(-12, 0, 0, 0, 0, 0, 0, 0, DEFAULT_CHARSET, 0, 0, 0, 0, face);
+        WORD glyph = 0xFFFF;
+        {
+            const framework::SelectScope selected(dc.get(), font);
+            ::GetGlyphIndicesW(dc.get(), &character, 1, &glyph, GGI_MARK_NONEXISTING_GLYPHS);
+        }
+        ::DeleteObject(font);
+        return glyph != 0xFFFF;
+    }
+    bool seesLastLine() const {
+        POINTL at{};
+        ::SendMessageW(log_, EM_POSFROMCHAR, reinterpret_cast<WPARAM>(&at),
+                       ::SendMessageW(log_, EM_LINEINDEX, 60, 0));
+        RECT area;
+        ::GetClientRect(log_, &area);
+        return at.y >= 0 && at.y < area.bottom;
+    }
+
+    HWND parent_ = nullptr, log_ = nullptr;
+    ScriptPane pane_;
+};
+
+TEST_F(LogTest, ShowsOfWhichKindALineIsInCharactersThatItsFontHas) {
+    pane_.print("plain");
+    pane_.print("警告", LogLine::kWarning);
+    pane_.print("bad", LogLine::kError);
+    EXPECT_EQ(text(), L"plain\r\n警告\r\nbad");
+    const COLORREF plain = formatAt(0).crTextColor, warning = formatAt(6).crTextColor,
+                   error = formatAt(9).crTextColor;
+    EXPECT_EQ(plain, ::GetSysColor(COLOR_WINDOWTEXT));
+    EXPECT_NE(warning, plain);
+    EXPECT_NE(error, plain);
+    EXPECT_NE(error, warning);
+    EXPECT_TRUE(hasGlyph(formatAt(6).szFaceName, L'警'));
+    EXPECT_TRUE(hasGlyph(formatAt(0).szFaceName, L'p'));
+}
+
+TEST_F(LogTest, HasTheLastLineInViewUntilTheUserSelectsSomething) {
+    for (int i = 0; i <= 60; ++i) pane_.print("line " + std::to_string(i));
+    EXPECT_TRUE(seesLastLine());
+    pane_.MoveTo({0, 0, 800, 110});
+    EXPECT_TRUE(seesLastLine()) << "after another size";
+    select(0, 6);
+    pane_.print("one more");
+    EXPECT_EQ(selection().cpMin, 0);
+    EXPECT_EQ(selection().cpMax, 6) << "what is being copied stays in hand";
+    pane_.clear();
+    pane_.print("anew");
+    EXPECT_EQ(text(), L"anew");
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -35,6 +35,8 @@ public:
     /// Of the file at `path` (UTF-8), whose content is yet to be set; nothing when there is none.
     /// To be taken before a file is read, so that a change in between is noticed.
     static std::optional<FileStamp> of(const std::string& path);
+    /// The same with the content that the file has now, for which it is read.
+    static std::optional<FileStamp> read(const std::string& path);
     void setContent(const ContentHash& content) noexcept { content_ = content.value(); }
 
     /// Whether the file at `path` has another content now. False when there is none, or when it

@@ -20,6 +20,7 @@
 
 class FltRecord;
 class INode;
+struct AppDataChunk;
 
 /// The format revision (times 100) of everything that this system creates: OpenFlight 15.8.
 inline constexpr std::uint32_t kFltRevision = 1580;
@@ -88,6 +89,9 @@ bool fltGetComment(INode* node, std::string& text) noexcept;
 /// the first thing missing: from a source with a kind block and no record the destination has by
 /// then got the kind block. The bytes are copied as they are, readable or not.
 bool fltCopyData(INode* source, INode* destination) noexcept;
+
+/// Whether the chunk is one of ours, readable or not.
+bool fltIsData(const AppDataChunk& chunk) noexcept;
 
 /// Removes all chunks of ours from the node; true when there was at least one.
 bool fltRemoveData(INode* node) noexcept;

@@ -33,6 +33,7 @@
 #include <vector>
 
 class Animatable;
+struct AppDataChunk;
 
 namespace fltkilnutil {
 
@@ -59,6 +60,9 @@ struct SourceRecords {
 };
 
 enum class SourceChunk : std::uint32_t { records = 0, corners = 1, source = 2 };
+
+/// Whether the chunk is one of the importer's.
+bool isSourceChunk(const AppDataChunk& chunk) noexcept;
 
 /// The bytes of a chunk of the importer's; empty when there is none.
 FileBytes sourceChunk(const Animatable& thing, SourceChunk id) noexcept;

@@ -31,6 +31,10 @@ std::vector<INode*> databasesOf(Interface& host, const ExportOptions& options);
 /// that was made in the scene.
 std::string sourceFileOf(const INode& database);
 
+/// What `exportFile` would leave out of the file: each thing in words for the user, in the host's
+/// language, one a line; empty for nothing. Throws where there is nothing to write.
+std::string leftOutOf(const ExportOptions& options, Interface& host);
+
 /// Writes one database of the host's scene to the file at `path` (UTF-8).
 ///
 /// The database is the node with a header record and everything below it; of several, the one that

@@ -37,6 +37,7 @@ public:
     bool GetLook(INode* node, NodeLook& look) noexcept override;
     bool GetBranch(INode* node, NodeBranch& branch) noexcept override;
     INode* GetInstanced(INode* node) noexcept override;
+    INode* GetWhole(INode* node) noexcept override;
     bool IsOnlyInstanced(INode* node) noexcept override;
 
 private:

@@ -190,6 +190,12 @@ INode* NodeLooks::GetInstanced(INode* node) noexcept {
     }
 }
 
+INode* NodeLooks::GetWhole(INode* node) noexcept {
+    for (INode* above = node; above != nullptr; above = above->GetParentNode())
+        if (kindOf(above) == FltNodeKind::Object) return above;
+    return node;
+}
+
 bool NodeLooks::IsOnlyInstanced(INode* node) noexcept {
     return kindOf(node) == FltNodeKind::InstanceDef;
 }

@@ -105,6 +105,9 @@ public:
     /// The node whose mesh and subtree this one shows too, as if it stood in this one's place; null
     /// for a node that stands for itself alone. Following these may lead in a circle.
     virtual INode* GetInstanced(INode* node) noexcept = 0;
+    /// What a user means who clicks on the node: itself, or the node above it of which it is a
+    /// piece. The same for all pieces of one node, and for that node.
+    virtual INode* GetWhole(INode* node) noexcept { return node; }
     /// Whether the node, with all below it, is seen only where others show it and not in its own
     /// place.
     virtual bool IsOnlyInstanced(INode* node) noexcept = 0;

@@ -90,6 +90,11 @@ public:
     }
     /// The name of the file that a part was read from, without its folder; empty for none.
     virtual CStr PartFileName(INode* part) { return (void)part, CStr(); }
+    /// What `DoExport` would leave out of the file: each thing in words for the user, one a line
+    /// ("3 hidden nodes"); empty when the scene comes back whole. Does not throw.
+    virtual CStr LeftOut(Interface* ip, DWORD options, INode* part) {
+        return (void)ip, (void)options, (void)part, CStr();
+    }
     /// Writes the scene, or that `part` of it, to `path` (UTF-8). `part` is one of `Parts`, or null
     /// where these are not several. After anything but success a file that was there before must be
     /// as it was.

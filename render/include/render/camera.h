@@ -9,7 +9,7 @@
 
 namespace render {
 
-enum class View { kPerspective, kTop, kFront, kLeft };
+enum class View { kPerspective, kTop, kFront, kLeft, kRight, kBack, kBottom };
 
 /// A point on the screen. `x` and `y` are pixels from the upper left corner, pixel centres at .5.
 /// `depth` grows towards the viewer and is linear across the screen in either projection.
@@ -38,8 +38,8 @@ struct DepthPlane {
     }
 };
 
-/// A camera that circles a target. The perspective view turns freely; top, front and left are
-/// parallel projections, and turning one of them makes it a perspective view again.
+/// A camera that circles a target. The perspective view turns freely; the others are parallel
+/// projections, and turning one of them makes it a perspective view again.
 class Camera {
 public:
     /// Radians; pitch is kept within this of the horizon so that "up" always exists.

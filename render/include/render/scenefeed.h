@@ -16,7 +16,7 @@ namespace render {
 struct SceneCounts {
     int nodes = 0;          ///< without the root
     int hidden = 0;         ///< nodes that are hidden themselves
-    std::size_t faces = 0;  ///< triangles shown
+    std::size_t faces = 0;  ///< polygons shown
 };
 
 /// Keeps a model and the node behind each of its items. Node pointers are those of the scene at the

@@ -4,6 +4,8 @@
 
 #define IDR_MAIN_MENU 100
 
+#define IDR_VIEW_MENU 101
+
 #define IDD_PROGRESS 110
 #define IDC_PROGRESS_TEXT 1001
 #define IDC_PROGRESS_BAR 1002
@@ -13,6 +15,13 @@
 #define IDC_HISTORY_STEPS 1004
 #define IDC_HISTORY_MEMORY 1005
 #define IDC_HISTORY_LIMIT 1006
+#define IDD_TRANSFORM 113
+#define IDC_TRANSFORM_SNAP 1010
+#define IDC_TRANSFORM_STEP 1011
+#define IDC_TRANSFORM_APPLY 1020  /* and the numbers after it, one for each line */
+#define IDC_TRANSFORM_FIELDS 1030 /* and the numbers after it, three for each line */
+#define IDD_KEYS 114
+#define IDC_KEYS_LIST 1060
 
 #define CMD_FILE_NEW 1000
 #define CMD_FILE_OPEN 1001
@@ -37,6 +46,9 @@
 #define CMD_EDIT_UNDO 1108
 #define CMD_EDIT_REDO 1109
 #define CMD_EDIT_HISTORY 1110
+#define CMD_EDIT_ISOLATE 1111
+#define CMD_EDIT_PICK_OBJECTS 1112
+#define CMD_EDIT_TRANSFORM 1113
 
 #define CMD_VIEW_ALL 1200
 #define CMD_VIEW_SELECTED 1201
@@ -44,6 +56,9 @@
 #define CMD_VIEW_TOP 1211
 #define CMD_VIEW_FRONT 1212
 #define CMD_VIEW_LEFT 1213
+#define CMD_VIEW_RIGHT 1214
+#define CMD_VIEW_BACK 1215
+#define CMD_VIEW_BOTTOM 1216
 #define CMD_VIEW_SHADED 1220
 #define CMD_VIEW_SHADED_EDGES 1221
 #define CMD_VIEW_WIREFRAME 1222
@@ -61,6 +76,8 @@
 #define CMD_SCRIPT_RUN_AGAIN 1251
 
 #define CMD_HELP_ABOUT 1300
+#define CMD_HELP_GUIDE 1400
+#define CMD_HELP_KEYS 1401
 #define CMD_HELP_ABOUT_UTILITY 1301  // and the numbers after it, one for each utility
 
 #endif

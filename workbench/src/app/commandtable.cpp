@@ -1,5 +1,6 @@
 #include "commandtable.h"
 
+#include "../ui/keysdialog.h"
 #include "../ui/viewport.h"
 #include "commands.h"
 #include "editcommands.h"
@@ -40,6 +41,8 @@ ACCEL kFileKeys[] = {
     {kCtrl, 'R', CMD_SCRIPT_RUN},
     {kCtrl | FSHIFT, 'R', CMD_SCRIPT_RUN_AGAIN},
     {kPlain, VK_F8, CMD_VIEW_FRAME_RATE},
+    {kPlain, VK_F1, CMD_HELP_GUIDE},
+    {kShift, VK_F1, CMD_HELP_KEYS},
 };
 // Keys that mean something else where text is edited.
 ACCEL kSceneKeys[] = {
@@ -50,6 +53,8 @@ ACCEL kSceneKeys[] = {
     {kCtrl | FSHIFT, 'G', CMD_EDIT_UNGROUP},
     {kPlain, 'H', CMD_EDIT_HIDE},
     {kShift, 'H', CMD_EDIT_UNHIDE_ALL},
+    {kPlain, 'I', CMD_EDIT_ISOLATE},
+    {kCtrl, 'M', CMD_EDIT_TRANSFORM},
     {kPlain, VK_DELETE, CMD_EDIT_DELETE},
     {kPlain, 'Z', CMD_VIEW_ALL},
     {kShift, 'Z', CMD_VIEW_SELECTED},
@@ -57,6 +62,9 @@ ACCEL kSceneKeys[] = {
     {kPlain, 'T', CMD_VIEW_TOP},
     {kPlain, 'F', CMD_VIEW_FRONT},
     {kPlain, 'L', CMD_VIEW_LEFT},
+    {kPlain, 'R', CMD_VIEW_RIGHT},
+    {kPlain, 'K', CMD_VIEW_BACK},
+    {kPlain, 'B', CMD_VIEW_BOTTOM},
     {kPlain, VK_F2, CMD_VIEW_SHADED},
     {kPlain, VK_F3, CMD_VIEW_SHADED_EDGES},
     {kPlain, VK_F4, CMD_VIEW_WIREFRAME},
@@ -152,10 +160,12 @@ bool CommandTable::run(int command) {
     return true;
 }
 
-bool CommandTable::runKey(MSG& message, bool isTyping) {
-    const HWND window = targets_.window.Handle();
-    return ::TranslateAcceleratorW(window, fileKeys_, &message) ||
-           (!isTyping && ::TranslateAcceleratorW(window, sceneKeys_, &message));
+bool CommandTable::runFileKey(MSG& message) {
+    return ::TranslateAcceleratorW(targets_.window.Handle(), fileKeys_, &message) != 0;
+}
+
+bool CommandTable::runSceneKey(MSG& message) {
+    return ::TranslateAcceleratorW(targets_.window.Handle(), sceneKeys_, &message) != 0;
 }
 
 bool CommandTable::runHistoryKey(MSG& message) {
@@ -174,6 +184,10 @@ void CommandTable::addFileCommands() {
     actions_[CMD_FILE_EXPORT_SELECTED] = [&files] { files.exportScene(true); };
     actions_[CMD_FILE_EXIT] = [&window] { window.Post(WM_CLOSE); };
     actions_[CMD_HELP_ABOUT] = [&window] { about(window); };
+    actions_[CMD_HELP_GUIDE] = [this] { targets_.openGuide(); };
+    actions_[CMD_HELP_KEYS] = [&window] {
+        KeysDialog(window.Handle(), ::GetMenu(window.Handle())).DoModal();
+    };
 }
 
 void CommandTable::addHistoryCommands() {
@@ -203,6 +217,12 @@ void CommandTable::addEditCommands() {
         actions_[command] = [&host, step = name, run = action] {
             asStep(step, [&] { run(host); });
         };
+    actions_[CMD_EDIT_ISOLATE] = [&host, &scene] {
+        const CWaitCursor wait;
+        asStep(TextId::kStepIsolate, [&] { isolateSelected(host, scene.nodes()); });
+    };
+    actions_[CMD_EDIT_TRANSFORM] = [this] { targets_.toggleTransform(); };
+    actions_[CMD_EDIT_PICK_OBJECTS] = [this] { targets_.togglePickWholes(); };
     actions_[CMD_EDIT_DELETE] = [this] { deleteSelected(targets_.window, targets_.core); };
 }
 
@@ -213,7 +233,10 @@ void CommandTable::addViewCommands() {
     for (const auto& [command, view] : {std::pair{CMD_VIEW_PERSPECTIVE, render::View::kPerspective},
                                         {CMD_VIEW_TOP, render::View::kTop},
                                         {CMD_VIEW_FRONT, render::View::kFront},
-                                        {CMD_VIEW_LEFT, render::View::kLeft}})
+                                        {CMD_VIEW_LEFT, render::View::kLeft},
+                                        {CMD_VIEW_RIGHT, render::View::kRight},
+                                        {CMD_VIEW_BACK, render::View::kBack},
+                                        {CMD_VIEW_BOTTOM, render::View::kBottom}})
         actions_[command] = [&viewport, which = view] { viewport.setView(which); };
     for (const auto& [command, mode] : {std::pair{CMD_VIEW_SHADED, render::DrawMode::kShaded},
                                         {CMD_VIEW_SHADED_EDGES, render::DrawMode::kShadedEdges},

@@ -26,6 +26,9 @@ struct CommandTargets {
     Viewport& viewport;
     Utilities& utilities;
     std::function<void()> toggleHistory;        ///< shows the list of steps, or hides it
+    std::function<void()> toggleTransform;      ///< shows the fields for moving, or hides them
+    std::function<void()> openGuide;            ///< at the place of the window with the keyboard
+    std::function<void()> togglePickWholes;     ///< between objects and faces, for a click
     std::function<void(base::Language)> speak;  ///< has all windows speak that language
 };
 
@@ -39,10 +42,13 @@ public:
 
     /// Runs the command with this number; false when there is none.
     bool run(int command);
-    /// Runs the command of a key; false when it has none. Keys that mean something where text is
-    /// edited count only without `isTyping`.
-    bool runKey(MSG& message, bool isTyping);
-    /// The same for the keys of the history alone, which are the host's wherever no text is edited.
+    // Each runs the command of a key; false when it has none.
+
+    /// Keys that nobody types: those of files and the like.
+    bool runFileKey(MSG& message);
+    /// Keys that mean something else where text is edited.
+    bool runSceneKey(MSG& message);
+    /// The keys of the history, which are the host's wherever no text is edited.
     bool runHistoryKey(MSG& message);
 
 private:

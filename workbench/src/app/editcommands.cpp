@@ -2,6 +2,8 @@
 
 #include <kiln/subtree.h>
 
+#include <unordered_set>
+
 namespace workbench {
 
 std::vector<INode*> selectedNodes(Interface& host) {
@@ -27,6 +29,22 @@ void invertSelection(Interface& host, std::span<INode* const> shown) {
 void hideSelected(Interface& host) {
     for (INode* node : selectedNodes(host)) node->Hide(true);
     host.ClearNodeSelection();
+}
+
+// Lights go on shining on what is left.
+void isolateSelected(Interface& host, std::span<INode* const> shown) {
+    std::unordered_set<const INode*> kept;
+    for (INode* node : selectedNodes(host)) {
+        for (const INode* above = node; above && kept.insert(above).second;)
+            above = above->GetParentNode();
+        ForEachInSubtree(node, [&](INode& below) { kept.insert(&below); });
+    }
+    if (kept.empty()) return;
+    for (INode* node : shown) {
+        const Object* const object = node->GetObjectRef();
+        const bool isLight = object && object->SuperClassID() == LIGHT_CLASS_ID;
+        if (!isLight && !kept.contains(node)) node->Hide(true);
+    }
 }
 
 void unhideAll(Interface& host) {

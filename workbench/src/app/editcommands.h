@@ -16,6 +16,8 @@ void selectAll(Interface& host, std::span<INode* const> shown);
 void invertSelection(Interface& host, std::span<INode* const> shown);
 /// Hides what is selected, and selects nothing.
 void hideSelected(Interface& host);
+/// Hides all of `shown` but lights, what is selected, and what is above and below that.
+void isolateSelected(Interface& host, std::span<INode* const> shown);
 void unhideAll(Interface& host);
 /// Makes a group of what is selected, and selects its head.
 void groupSelected(Interface& host);

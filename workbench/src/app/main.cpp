@@ -143,7 +143,8 @@ void WorkbenchApp::OnException(std::exception_ptr exception) {
         std::rethrow_exception(exception);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "workbench: %s\n", error.what());
-        if (window_) window_->print(textOf(TextId::kLogInternalError, {error.what()}));
+        if (window_)
+            window_->print(textOf(TextId::kLogInternalError, {error.what()}), LogLine::kError);
     }
 }
 
@@ -200,7 +201,7 @@ void WorkbenchApp::loadPlugins(const std::string& folder) {
     for (const kiln::ModuleInfo& module : kiln::modules())
         window_->print(textOf(TextId::kLogLoaded, {module.description, module.path}));
     for (const std::string& refusal : scan.refusals) {
-        window_->print("-- " + refusal);
+        window_->print("-- " + refusal, LogLine::kError);
         std::fprintf(stderr, "workbench: %s\n", refusal.c_str());
     }
     window_->listUtilities();
@@ -215,7 +216,7 @@ void WorkbenchApp::openAtStart(const Options& options) {
             window_->files().showFailure(TextId::kCannotOpen, path, result);
     }
     if (!options.utility.empty() && !window_->panel().pressUtility(options.utility))
-        window_->print(textOf(TextId::kLogNoUtility, {options.utility}));
+        window_->print(textOf(TextId::kLogNoUtility, {options.utility}), LogLine::kWarning);
     if (!options.script.empty()) window_->scripts().run(absolutePath(options.script));
 }
 

@@ -1,5 +1,6 @@
 #include "mainwindow.h"
 
+#include "guide.h"
 #include "userfilepath.h"
 #include "windowverbs.h"
 #include "wording.h"
@@ -62,13 +63,17 @@ MainWindow::MainWindow(kiln::Core& core, Settings& settings)
       utilities_(core, panes_.panel(), *this),
       files_(*this, core, *this, userFilePath("recent.txt")),
       recovery_(*this, core, files_, userFilePath("recovery")),
-      scripts_(*this, core.hostInterface(), [this](const std::string& line) { print(line); }),
+      scripts_(*this, core.hostInterface(),
+               [this](const std::string& line, LogLine kind) { print(line, kind); }),
       history_(core.history(),
                [this](std::size_t megabytes) {
                    settings_.set(kHistorySetting, std::to_string(megabytes));
                }),
+      transform_(core.hostInterface()),
       commands_({*this, core, files_, scripts_, view_, panes_.viewport(), utilities_,
                  [this] { toggleHistory(); },
+                 [this] { transform_.toggle(Handle(), viewport().WindowRect()); },
+                 [this] { showGuide(); }, [this] { togglePickWholes(); },
                  [this](base::Language language) { speak(language); }}),
       menu_(*this, core, panes_.viewport(), scripts_),
       hostSide_(core, *this, panes_.panel(), status_, utilities_),
@@ -77,6 +82,7 @@ MainWindow::MainWindow(kiln::Core& core, Settings& settings)
            NOTIFY_SCENE_SAVED, NOTIFY_SELECTION_CHANGED, NOTIFY_HISTORY_CHANGED},
           [this](const NotifyInfo& change) { noteChange(change); }) {
     addWindowVerbs(*this, scripts_.line());
+    view_.pickWholes(settings.value(kPickSetting) != "faces");
     if (const auto megabytes = historyLimit(settings))
         core.history().setLimit(*megabytes * kMegabyte);
 }
@@ -103,7 +109,7 @@ bool MainWindow::OnCreate(const CREATESTRUCTW&) {
     panes_.script().setEvaluator([this](const std::string& line) {
         const ScriptResult result = scripts_.line().evaluate(line);
         refreshFrame();
-        return result.text;
+        return ScriptPane::Answer{result.text, result.ok ? LogLine::kPlain : LogLine::kError};
     });
     ::SetTimer(Handle(), kModifiedTimer, kModifiedMilliseconds, nullptr);
     recovery_.start();
@@ -142,6 +148,7 @@ void MainWindow::speak(base::Language language) {
     status_.refresh(view_.scene().counts());
     panes_.script().showLanguage();
     history_.followLanguage();
+    transform_.followLanguage();
     viewport().redraw();
     ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
     if (!::GetFocus()) viewport().SetFocus();
@@ -195,12 +202,13 @@ bool MainWindow::preTranslate(MSG& message) {
     if (message.message < WM_KEYFIRST || message.message > WM_KEYLAST) return false;
     if (!::IsWindowEnabled(Handle())) return false;
     if (!isTextField(message.hwnd) && commands_.runHistoryKey(message)) return true;
+    if (commands_.runFileKey(message)) return true;
     const bool ours = ::IsChild(Handle(), message.hwnd) || message.hwnd == Handle();
     const HWND page = ours ? panel().pageOf(message.hwnd) : nullptr;
     // A plug-in that takes the keys away means them for its own windows: a key in the viewport is
     // still the host's.
-    if ((AcceleratorsEnabled() || (ours && !page)) &&
-        commands_.runKey(message, panes_.script().owns(message.hwnd)))
+    if ((AcceleratorsEnabled() || (ours && !page)) && !panes_.script().owns(message.hwnd) &&
+        commands_.runSceneKey(message))
         return true;
     if (page) return framework::CDialog::Navigate(page, message);
     return ours && message.wParam == VK_TAB && ::IsDialogMessageW(Handle(), &message);
@@ -216,7 +224,17 @@ void MainWindow::OnSetFocus(HWND) {
 }
 
 bool MainWindow::OnCommand(int id, UINT code, HWND control) {
-    return !(control && code != 0) && commands_.run(id);
+    constexpr UINT kByKey = 1;
+    if (control && code != 0) return false;
+    if (code == kByKey) finishTyping();
+    return commands_.run(id);
+}
+
+// What is being typed into a field of a plug-in belongs to the scene before a command of a key acts
+// on it: such fields take their text over when the keyboard leaves them.
+void MainWindow::finishTyping() {
+    const HWND field = ::GetFocus();
+    if (isTextField(field) && !panes_.script().owns(field)) ::SetFocus(::GetParent(field));
 }
 
 // ---------------------------------------------------------------- what the scene becomes
@@ -224,7 +242,10 @@ bool MainWindow::OnCommand(int id, UINT code, HWND control) {
 void MainWindow::noteChange(const NotifyInfo& change) {
     files_.followScene(change);
     if (change.intcode == NOTIFY_SELECTION_CHANGED) view_.scene().selectionChanged();
-    if (change.intcode == NOTIFY_SCENE_PRE_CLEAR) view_.scene().forget();
+    if (change.intcode == NOTIFY_SCENE_PRE_CLEAR) {
+        viewport().forgetHovered();
+        view_.scene().forget();
+    }
     if (change.intcode == NOTIFY_HISTORY_CHANGED) historyChanged_ = true;
     refreshFrame();
 }
@@ -235,7 +256,7 @@ void MainWindow::sceneOutdated() {
 }
 
 void MainWindow::sceneDrawn(const std::vector<std::string>& failures) {
-    for (const std::string& failure : failures) print("-- " + failure);
+    for (const std::string& failure : failures) print("-- " + failure, LogLine::kWarning);
     refreshFrame();
 }
 
@@ -257,6 +278,7 @@ LRESULT MainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             refreshPosted_ = false;
             refreshTitle();
             status_.refresh(view_.scene().counts());
+            transform_.refresh();
             // Only then: what the user looks at in the list stays in hand meanwhile.
             if (std::exchange(historyChanged_, false)) history_.refresh();
             return 0;
@@ -275,7 +297,7 @@ LRESULT MainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             if (sessionEnds_) recovery_.endSession();
             return 0;
         case WM_INITMENU:
-            menu_.refresh(files_.recent(), history_.IsVisible());
+            menu_.refresh(files_.recent(), history_.IsVisible(), view_.picksWholes());
             break;
         default:
             break;
@@ -306,6 +328,25 @@ void MainWindow::drawNow() {
     status_.refresh(view_.scene().counts());
     panes_.status().Update();
     ::MsgWaitForMultipleObjects(0, nullptr, FALSE, kMillisecondsToShow, 0);
+}
+
+void MainWindow::togglePickWholes() {
+    view_.pickWholes(!view_.picksWholes());
+    settings_.set(kPickSetting, view_.picksWholes() ? "objects" : "faces");
+}
+
+void MainWindow::viewMenuWanted(POINT screen) {
+    menu_.showForView(screen);
+}
+
+void MainWindow::showGuide() {
+    const HWND focus = ::GetFocus();
+    GuidePart part = GuidePart::kFiles;
+    if (focus == viewport().Handle()) part = GuidePart::kViewport;
+    if (panes_.script().owns(focus)) part = GuidePart::kScripts;
+    if (focus == panel().Handle() || ::IsChild(panel().Handle(), focus)) part = GuidePart::kPanel;
+    if (focus && ::GetAncestor(focus, GA_ROOT) != Handle()) part = GuidePart::kPlugin;
+    openGuide(*this, part);
 }
 
 void MainWindow::toggleHistory() {

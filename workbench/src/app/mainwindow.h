@@ -2,6 +2,7 @@
 #pragma once
 
 #include "../ui/historywindow.h"
+#include "../ui/transformdialog.h"
 #include "commandtable.h"
 #include "hostside.h"
 #include "menubar.h"
@@ -50,7 +51,9 @@ public:
     kiln::Core& core() { return core_; }
 
     // SceneFilesClient
-    void print(const std::string& line) override { panes_.script().print(line); }
+    void print(const std::string& line, LogLine kind = LogLine::kPlain) override {
+        panes_.script().print(line, kind);
+    }
 
 protected:
     bool OnCreate(const CREATESTRUCTW& create) override;
@@ -75,6 +78,7 @@ private:
     void sceneOutdated() override;
     void sceneDrawn(const std::vector<std::string>& failures) override;
     void nodeHovered(const INode* node) override { status_.showHovered(node); }
+    void viewMenuWanted(POINT screen) override;
 
     // SceneFilesClient
     void sceneReplaced() override;
@@ -91,8 +95,13 @@ private:
     void refreshFrame();
     void refreshTitle();
     void raiseOwned();
+    void finishTyping();
     /// Shows the list of steps beside the viewport, or hides it.
     void toggleHistory();
+    /// Opens the guide at the place of the window that has the keyboard.
+    void showGuide();
+    /// Has a click take objects or faces, and keeps that.
+    void togglePickWholes();
 
     kiln::Core& core_;
     Settings& settings_;
@@ -104,6 +113,7 @@ private:
     Recovery recovery_;
     ScriptFiles scripts_;
     HistoryWindow history_;
+    TransformDialog transform_;
     CommandTable commands_;
     MenuBar menu_;
     HostSide hostSide_;

@@ -22,27 +22,37 @@ void MenuBar::attach() {
     if (before) ::DestroyMenu(before);
 }
 
-void MenuBar::refresh(std::span<const std::string> recent, bool historyShown) {
-    enableEntries();
+void MenuBar::refresh(std::span<const std::string> recent, bool historyShown, bool picksWholes) {
+    enableEntries(menu_);
     nameSteps();
     checkEntries();
     check(CMD_EDIT_HISTORY, historyShown);
+    check(CMD_EDIT_PICK_OBJECTS, picksWholes);
     listRecent(recent);
 }
 
-void MenuBar::enable(UINT command, bool on) {
-    ::EnableMenuItem(menu_, command, MF_BYCOMMAND | (on ? MF_ENABLED : MF_GRAYED));
+void MenuBar::showForView(POINT screen) {
+    const HMENU menu = ::LoadMenuIndirectW(
+        base::findResource(moduleInstance(), RT_MENU, IDR_VIEW_MENU, resourceLanguage()));
+    enableEntries(menu);
+    ::TrackPopupMenu(::GetSubMenu(menu, 0), TPM_RIGHTBUTTON, screen.x, screen.y, 0,
+                     window_.Handle(), nullptr);
+    ::DestroyMenu(menu);
 }
 
 void MenuBar::check(UINT command, bool on) {
     ::CheckMenuItem(menu_, command, MF_BYCOMMAND | (on ? MF_CHECKED : MF_UNCHECKED));
 }
 
-void MenuBar::enableEntries() {
+void MenuBar::enableEntries(HMENU menu) {
+    const auto enable = [menu](UINT command, bool on) {
+        ::EnableMenuItem(menu, command, MF_BYCOMMAND | (on ? MF_ENABLED : MF_GRAYED));
+    };
     Interface& host = core_.hostInterface();
     const bool selected = host.GetSelNodeCount() > 0, any = host.GetNodeCount() > 0;
-    for (const UINT command : {CMD_EDIT_SELECT_NONE, CMD_EDIT_DELETE, CMD_EDIT_HIDE, CMD_EDIT_GROUP,
-                               CMD_EDIT_UNGROUP, CMD_VIEW_SELECTED})
+    for (const UINT command :
+         {CMD_EDIT_SELECT_NONE, CMD_EDIT_DELETE, CMD_EDIT_HIDE, CMD_EDIT_ISOLATE, CMD_EDIT_GROUP,
+          CMD_EDIT_UNGROUP, CMD_VIEW_SELECTED})
         enable(command, selected);
     enable(CMD_EDIT_SELECT_ALL, any);
     enable(CMD_EDIT_SELECT_INVERT, any);
@@ -66,7 +76,7 @@ void MenuBar::showStep(UINT command, const std::string& text, bool on) {
 }
 
 void MenuBar::checkEntries() {
-    ::CheckMenuRadioItem(menu_, CMD_VIEW_PERSPECTIVE, CMD_VIEW_LEFT,
+    ::CheckMenuRadioItem(menu_, CMD_VIEW_PERSPECTIVE, CMD_VIEW_BOTTOM,
                          CMD_VIEW_PERSPECTIVE + static_cast<UINT>(viewport_.camera().view()),
                          MF_BYCOMMAND);
     ::CheckMenuRadioItem(menu_, CMD_VIEW_SHADED, CMD_VIEW_WIREFRAME,
@@ -103,7 +113,8 @@ void MenuBar::listRecent(std::span<const std::string> recent) {
 
 void MenuBar::listAboutBoxes(std::span<ClassDesc2* const> utilities) {
     const HMENU help = ::GetSubMenu(menu_, ::GetMenuItemCount(menu_) - 1);
-    while (::GetMenuItemCount(help) > 1) ::DeleteMenu(help, 1, MF_BYPOSITION);
+    constexpr int kOwnEntries = 3;  // the program's about box, the guide and the keys
+    while (::GetMenuItemCount(help) > kOwnEntries) ::DeleteMenu(help, kOwnEntries, MF_BYPOSITION);
     UINT command = CMD_HELP_ABOUT_UTILITY;
     for (ClassDesc2* const utility : utilities) {
         const std::wstring text = base::toWide(textOf(TextId::kAbout, {utility->ClassName()}));

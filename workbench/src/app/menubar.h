@@ -23,18 +23,20 @@ public:
     /// utilities have to be listed anew.
     void attach();
     /// To be called before the menu is shown. `recent`: the files opened last.
-    /// `historyShown`: whether the list of steps is open.
-    void refresh(std::span<const std::string> recent, bool historyShown);
+    /// `historyShown`: whether the list of steps is open. `picksWholes`: whether a click takes
+    /// objects.
+    void refresh(std::span<const std::string> recent, bool historyShown, bool picksWholes);
+    /// Shows the viewport's context menu; what is chosen comes to the window as a command.
+    void showForView(POINT screen);
     /// Lists the about boxes of utilities after the program's own, in the last menu.
     void listAboutBoxes(std::span<ClassDesc2* const> utilities);
 
 private:
-    void enableEntries();
+    void enableEntries(HMENU menu);
     void nameSteps();
     void showStep(UINT command, const std::string& text, bool on);
     void checkEntries();
     void listRecent(std::span<const std::string> recent);
-    void enable(UINT command, bool on);
     void check(UINT command, bool on);
 
     framework::CWnd& window_;

@@ -80,6 +80,16 @@ std::string sentenceFor(ImpExpCause cause) {
     return "";
 }
 
+// Not one that cannot be looked for.
+bool isGone(const std::string& path) {
+    std::error_code unknown;
+    return !std::filesystem::exists(base::pathFrom(path), unknown) && !unknown;
+}
+
+bool isSceneFile(const std::string& path) {
+    return hasExtension(path, "kiln");
+}
+
 class Busy {
 public:
     explicit Busy(SceneFilesClient& client) : client_(client) { client_.setBusy(true); }
@@ -137,7 +147,9 @@ void SceneFiles::followScene(const NotifyInfo& change) {
         change.intcode == NOTIFY_SCENE_OPENED || change.intcode == NOTIFY_SCENE_SAVED;
     if (!named && change.intcode != NOTIFY_SCENE_NEW) return;
     path_ = named ? static_cast<const char*>(change.callParam) : "";
-    if (change.intcode != NOTIFY_SCENE_SAVED) sourceName_.clear();
+    if (change.intcode == NOTIFY_SCENE_SAVED) return;
+    sourceName_.clear();
+    knowsLeftOut_ = false;
 }
 
 void SceneFiles::newScene() {
@@ -180,8 +192,9 @@ void SceneFiles::open() {
 }
 
 void SceneFiles::openRecent(std::size_t position) {
-    if (position >= recent().size() || !mayLoseScene()) return;
-    openOrTell(std::string(recent()[position]));
+    if (position >= recent().size()) return;
+    const std::string path = recent()[position];
+    if (isGone(path) || mayLoseScene()) openOrTell(path);
 }
 
 void SceneFiles::openOrTell(const std::string& path) {
@@ -193,7 +206,7 @@ void SceneFiles::openOrTell(const std::string& path) {
 kiln::ImportResult SceneFiles::openFile(const std::string& path) {
     const auto start = std::chrono::steady_clock::now();
     const std::string formerPath = path_, formerSource = sourceName_;
-    const bool own = hasExtension(path, "kiln");
+    const bool own = isSceneFile(path);
     kiln::ImportResult result = run(
         textOf(TextId::kOpening, {fileName(path)}), [&](const kiln::ProgressFunction& progress) {
             return own ? core_.loadScene(path, progress) : core_.openImported(path, progress);
@@ -207,12 +220,13 @@ kiln::ImportResult SceneFiles::openFile(const std::string& path) {
         // The scene that came back is another one to those who were told of a new one.
         path_ = formerPath;
         sourceName_ = formerSource;
-        std::error_code unknown;
-        if (!std::filesystem::exists(base::pathFrom(path), unknown) && !unknown)
-            recent_.remove(path);
+        if (isGone(path)) recent_.remove(path);
         return result;
     }
-    if (!own) sourceName_ = fileName(path);
+    if (!own && isExported(path))
+        path_ = path;
+    else if (!own)
+        sourceName_ = fileName(path);
     recent_.add(path);
     printResult(path, result, start);
     client_.sceneReplaced();
@@ -264,15 +278,27 @@ void SceneFiles::import() {
     client_.sceneReplaced();
 }
 
-// Asks which part to write when a file holds less than the scene has; `name` becomes that of the
-// part's file. False when the user cancels.
+// Whether a plug-in writes files of that name.
+bool SceneFiles::isExported(const std::string& path) const {
+    for (const kiln::FileKind& kind : core_.exportKinds())
+        for (const std::string& extension : kind.extensions)
+            if (hasExtension(path, extension)) return true;
+    return false;
+}
+
 bool SceneFiles::choosePart(kiln::ExportChoice& choice, std::string& name) {
     std::vector<kiln::FilePart> parts;
     for (const kiln::FileKind& kind : core_.exportKinds()) {
         if (parts.size() > 1 || kind.extensions.empty()) continue;
         parts = core_.exportParts("file." + kind.extensions.front(), choice.options);
     }
-    if (parts.size() < 2) return true;
+    return parts.size() < 2 || askForPart(std::move(parts), choice, name);
+}
+
+// Asks which part to write when a file holds less than the scene has; `name` becomes that of the
+// part's file. False when the user cancels.
+bool SceneFiles::askForPart(std::vector<kiln::FilePart> parts, kiln::ExportChoice& choice,
+                            std::string& name) {
     // What the user has selected is likely meant.
     Interface& host = core_.hostInterface();
     const INode* above = host.GetSelNodeCount() > 0 ? host.GetSelNode(0) : nullptr;
@@ -311,11 +337,23 @@ void SceneFiles::exportScene(bool selectedOnly) {
 
 kiln::ImportResult SceneFiles::exportFile(const std::string& path,
                                           const kiln::ExportChoice& choice) {
+    const bool home = base::sameTextIgnoringCase(path, path_);
+    const bool whole = (choice.options & SCENE_EXPORT_SELECTED) == 0;
+    kiln::ImportResult result = writeForeign(path, choice, home && whole);
+    // The file that the scene came from holds less than the scene now.
+    if (result.ok() && home && !whole) core_.setModified(true);
+    return result;
+}
+
+kiln::ImportResult SceneFiles::writeForeign(const std::string& path,
+                                            const kiln::ExportChoice& choice, bool asOwn) {
     const auto start = std::chrono::steady_clock::now();
-    kiln::ImportResult result = run(textOf(TextId::kExporting, {fileName(path)}),
-                                    [&](const kiln::ProgressFunction& progress) {
-                                        return core_.exportFile(path, choice, progress);
-                                    });
+    kiln::ImportResult result =
+        run(textOf(asOwn ? TextId::kSaving : TextId::kExporting, {fileName(path)}),
+            [&](const kiln::ProgressFunction& progress) {
+                return asOwn ? core_.saveExported(path, choice, progress)
+                             : core_.exportFile(path, choice, progress);
+            });
     if (result.ok()) printResult(path, result, start);
     return result;
 }
@@ -323,7 +361,9 @@ kiln::ImportResult SceneFiles::exportFile(const std::string& path,
 // ---------------------------------------------------------------- saving
 
 bool SceneFiles::save() {
-    return path_.empty() ? saveAs() : saveTo(path_);
+    if (path_.empty()) return saveAs();
+    const std::string path = path_;  // which another one may follow meanwhile
+    return isSceneFile(path) ? saveTo(path) : saveBack(path);
 }
 
 bool SceneFiles::saveAs() {
@@ -337,6 +377,58 @@ bool SceneFiles::mayReplace(const std::string& path) {
     if (!core_.fileWasChanged(path)) return true;
     return owner_.ShowMessage(textOf(TextId::kChangedOnDisk, {fileName(path)}),
                               MB_YESNO | MB_DEFBUTTON2 | MB_ICONWARNING, kProgramName) == IDYES;
+}
+
+// The part that the file held before; the user is asked where that is not clear.
+bool SceneFiles::findOwnPart(const std::string& path, kiln::ExportChoice& choice) {
+    std::vector<kiln::FilePart> parts = core_.exportParts(path);
+    if (parts.size() < 2) return true;
+    const auto isOwn = [&](const kiln::FilePart& part) {
+        return base::sameTextIgnoringCase(part.fileName, fileName(path));
+    };
+    std::string ignored;
+    if (std::ranges::count_if(parts, isOwn) != 1)
+        return askForPart(std::move(parts), choice, ignored);
+    choice.part = std::ranges::find_if(parts, isOwn)->node;
+    return true;
+}
+
+// Asks once for each scene whether it may lose what its file has no place for.
+SceneFiles::Answer SceneFiles::askAboutLeftOut(const std::string& path,
+                                               const std::string& leftOut) {
+    if (leftOut.empty() || knowsLeftOut_) return Answer::kGoOn;
+    std::string list = "• ";
+    for (const char c : leftOut) list.append(c == '\n' ? "\n• " : std::string(1, c));
+    switch (owner_.ShowMessage(textOf(TextId::kNoPlaceInFile, {fileName(path), list}),
+                               MB_YESNOCANCEL | MB_ICONWARNING, kProgramName)) {
+        case IDYES:
+            knowsLeftOut_ = true;
+            return Answer::kGoOn;
+        case IDNO:
+            return Answer::kAsScene;
+        default:
+            return Answer::kCancel;
+    }
+}
+
+bool SceneFiles::saveBack(const std::string& path) {
+    kiln::ExportChoice choice;
+    if (!mayReplace(path) || !findOwnPart(path, choice)) return false;
+    const std::string leftOut = core_.leftOutOfExport(path, choice);
+    const Answer answer = askAboutLeftOut(path, leftOut);
+    if (answer != Answer::kGoOn) return answer == Answer::kAsScene && saveAs();
+    const kiln::ImportResult result = writeForeign(path, choice, true);
+    if (result.code == IMPEXP_CANCEL) client_.print(textOf(TextId::kLogSavingCancelled));
+    if (result.code == IMPEXP_FAIL) showFailure(TextId::kCannotSave, path, result);
+    if (!result.ok()) return false;
+    if (!leftOut.empty()) {
+        std::string list = leftOut;
+        std::ranges::replace(list, '\n', ';');
+        client_.print(textOf(TextId::kLogNoPlace, {fileName(path), list}), LogLine::kWarning);
+    }
+    recent_.add(path);
+    client_.fileChanged();
+    return true;
 }
 
 bool SceneFiles::saveTo(const std::string& path) {

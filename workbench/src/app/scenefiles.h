@@ -2,6 +2,8 @@
 // exports.
 #pragma once
 
+#include "../ui/logview.h"
+
 #include <framework/cwnd.h>
 #include <framework/filedialog.h>
 #include <kiln/host/host.h>
@@ -26,7 +28,7 @@ public:
     /// Long work has begun or ended. Meanwhile the scene is half-done, though windows may paint.
     virtual void setBusy(bool busy) = 0;
     /// A line for the log.
-    virtual void print(const std::string& line) = 0;
+    virtual void print(const std::string& line, LogLine kind = LogLine::kPlain) = 0;
 };
 
 class SceneFiles {
@@ -67,21 +69,34 @@ public:
     void open();
     /// Opens the recent file at this position.
     void openRecent(std::size_t position);
+    /// To the file that the scene came from, whichever program's format it has.
     bool save();
+    /// To a .kiln file, which holds everything.
     bool saveAs();
     void import();
     void exportScene(bool selectedOnly);
 
 private:
+    enum class Answer { kGoOn, kAsScene, kCancel };
     using Work = std::function<kiln::ImportResult(const kiln::ProgressFunction&)>;
 
     std::string lastFolder() const;
     std::string name() const;
     std::string suggestion(const std::string& name) const;
+    bool isExported(const std::string& path) const;
     bool choosePart(kiln::ExportChoice& choice, std::string& name);
+    bool askForPart(std::vector<kiln::FilePart> parts, kiln::ExportChoice& choice,
+                    std::string& name);
+    bool findOwnPart(const std::string& path, kiln::ExportChoice& choice);
     void openOrTell(const std::string& path);
     bool mayReplace(const std::string& path);
+    Answer askAboutLeftOut(const std::string& path, const std::string& leftOut);
     bool saveTo(const std::string& path);
+    /// Saves to a file of a plug-in's format, which the scene came from.
+    bool saveBack(const std::string& path);
+    /// `asOwn`: the file becomes the scene's, which counts as saved.
+    kiln::ImportResult writeForeign(const std::string& path, const kiln::ExportChoice& choice,
+                                    bool asOwn);
     /// Reads or writes a file behind a progress dialog.
     kiln::ImportResult run(const std::string& title, const Work& work);
     void printResult(const std::string& path, const kiln::ImportResult& result,
@@ -91,8 +106,9 @@ private:
     kiln::Core& core_;
     SceneFilesClient& client_;
     RecentFiles recent_;
-    std::string path_;        // of the scene file; empty for one that has none yet
-    std::string sourceName_;  // what the scene was imported from
+    std::string path_;           // of the scene's file; empty for one that has none yet
+    std::string sourceName_;     // what the scene was imported from
+    bool knowsLeftOut_ = false;  // the user was told what of the scene its file has no place for
 };
 
 }  // namespace workbench

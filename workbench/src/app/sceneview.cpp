@@ -1,5 +1,7 @@
 #include "sceneview.h"
 
+#include <kiln/nodelook.h>
+
 namespace workbench {
 
 const render::SceneModel& SceneView::sceneToDraw() {
@@ -8,14 +10,49 @@ const render::SceneModel& SceneView::sceneToDraw() {
     return model;
 }
 
+INode* SceneView::wholeOf(INode* node) const {
+    NodeLookSource* const source = picksWholes_ ? GetNodeLookSource() : nullptr;
+    return source ? source->GetWhole(node) : node;
+}
+
+// A piece of what is in hand is the piece; with another selection it stands for the whole.
+INode* SceneView::meantBy(INode* node, bool add) const {
+    INode* const whole = wholeOf(node);
+    if (whole == node || host_.GetSelNodeCount() == 0) return whole;
+    INode* const inHand = host_.GetSelNode(0);
+    const bool within = wholeOf(inHand) == whole;
+    return within && (!add || inHand != whole) ? node : whole;
+}
+
 void SceneView::onPick(render::ItemIndex item, bool add) {
     INode* node = scene_.nodeOf(item);
+    if (node) node = meantBy(node, add);
     if (node && add && node->Selected())
         host_.DeSelectNode(node);
     else if (node)
         host_.SelectNode(node, !add);
     else if (!add)
         host_.ClearNodeSelection();
+}
+
+void SceneView::onPickMany(std::span<const render::ItemIndex> items, bool add) {
+    std::vector<INode*> nodes;
+    nodes.reserve(items.size());
+    for (const render::ItemIndex item : items)
+        if (INode* const node = scene_.nodeOf(item)) nodes.push_back(wholeOf(node));
+    if (!add) host_.ClearNodeSelection();
+    for (INode* const node : nodes) host_.SelectNode(node, false);
+}
+
+void SceneView::onPickNothing() {
+    host_.ClearNodeSelection();
+}
+
+// What the menu is about is what is selected: the node under the mouse becomes that, unless it is.
+void SceneView::onMenu(render::ItemIndex item, POINT screen) {
+    INode* const node = scene_.nodeOf(item);
+    if (node && !node->Selected() && !wholeOf(node)->Selected()) onPick(item, false);
+    client_.viewMenuWanted(screen);
 }
 
 void SceneView::onHover(render::ItemIndex item) {

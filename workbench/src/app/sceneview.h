@@ -5,6 +5,7 @@
 
 #include <workbench/shownscene.h>
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,8 @@ public:
     virtual void sceneDrawn(const std::vector<std::string>& failures) = 0;
     /// The mouse has come over a node; null for none.
     virtual void nodeHovered(const INode* node) = 0;
+    /// The context menu of what is selected, or of the scene, is to be shown.
+    virtual void viewMenuWanted(POINT screen) = 0;
 };
 
 class SceneView : public ViewportClient {
@@ -31,15 +34,27 @@ public:
     /// Selects the node with the tallest surface, as a click on it would; false without one.
     bool selectTallest();
 
+    /// Whether a click takes the whole that a face is a piece of, and the face itself only within
+    /// a whole that is in hand already.
+    bool picksWholes() const { return picksWholes_; }
+    void pickWholes(bool on) { picksWholes_ = on; }
+
     // ViewportClient
     const render::SceneModel& sceneToDraw() override;
     void onPick(render::ItemIndex item, bool add) override;
+    void onPickMany(std::span<const render::ItemIndex> items, bool add) override;
+    void onPickNothing() override;
+    void onMenu(render::ItemIndex item, POINT screen) override;
     void onHover(render::ItemIndex item) override;
 
 private:
+    INode* wholeOf(INode* node) const;
+    INode* meantBy(INode* node, bool add) const;
+
     Interface& host_;
     SceneViewClient& client_;
     ShownScene scene_;
+    bool picksWholes_ = true;
 };
 
 }  // namespace workbench

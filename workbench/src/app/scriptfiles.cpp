@@ -44,17 +44,17 @@ private:
 ScriptFiles::ScriptFiles(CWnd& owner, Interface& host, Print print)
     : owner_(owner), line_(host), print_(std::move(print)) {
     line_.setStop(EscapeKey(owner));
-    line_.setPrinter(print_);
+    line_.setPrinter([this](const std::string& line) { print_(line, LogLine::kPlain); });
 }
 
 kiln::Status ScriptFiles::run(const std::string& path) {
     const CWaitCursor wait;
     path_ = path;
-    print_(textOf(TextId::kLogRunning, {fileName(path)}));
+    print_(textOf(TextId::kLogRunning, {fileName(path)}), LogLine::kPlain);
     const ScriptResult result = line_.runFile(path);
-    if (!result.text.empty()) print_(result.text);
+    if (!result.text.empty()) print_(result.text, result.ok ? LogLine::kPlain : LogLine::kError);
     if (!result.ok) return kiln::Status::failure(result.text);
-    print_(textOf(TextId::kLogScriptDone, {fileName(path)}));
+    print_(textOf(TextId::kLogScriptDone, {fileName(path)}), LogLine::kPlain);
     return {};
 }
 

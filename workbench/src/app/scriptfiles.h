@@ -1,6 +1,8 @@
 // Script files: the commands by which a user runs them.
 #pragma once
 
+#include "../ui/logview.h"
+
 #include <framework/cwnd.h>
 #include <kiln/host/status.h>
 #include <workbench/scriptline.h>
@@ -12,7 +14,7 @@ namespace workbench {
 
 class ScriptFiles {
 public:
-    using Print = std::function<void(const std::string& line)>;
+    using Print = std::function<void(const std::string& line, LogLine kind)>;
 
     /// `print` adds a line to the log; `owner` owns the dialogs.
     ScriptFiles(framework::CWnd& owner, Interface& host, Print print);

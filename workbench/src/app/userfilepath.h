@@ -12,6 +12,8 @@ namespace workbench {
 inline constexpr char kLanguageSetting[] = "language";
 /// How much memory the history may use, in MB.
 inline constexpr char kHistorySetting[] = "historyMegabytes";
+/// What a click in the viewport takes: "objects" or "faces".
+inline constexpr char kPickSetting[] = "pick";
 
 /// The path of one of the user's files of this program; empty when the user has no place for them.
 inline std::string userFilePath(const std::string& name) {

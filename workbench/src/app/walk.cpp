@@ -168,6 +168,7 @@ int Walk::run() {
     step("picture of each kind of item", [this] { return shootKinds(); });
     step("picture of the tool", [this] { return shootTool(); });
     step("picture of the about box", [this] { return shootAbout(); });
+    step("undo everything, and redo it", [this] { return undoAll(); });
     step("export, and open what was exported", [this] { return exportAndOpen(); });
     if (!script_.empty()) step("run the script", [this] { return runScript(); });
     if (!failed_) say(summary_);
@@ -383,6 +384,33 @@ kiln::Status Walk::undoAndRedo() {
     return {};
 }
 
+// Step by step to what was opened, and back to what has become of it, with a picture of each.
+kiln::Status Walk::undoAll() {
+    kiln::Core& core = window_.core();
+    kiln::History& history = core.history();
+    const std::string before = core.sceneText();
+    window_.run(CMD_EDIT_HISTORY);
+    const auto shoot = [this](const char* what, std::size_t steps) {
+        char name[32];
+        std::snprintf(name, sizeof name, "12-%s-%02u", what, static_cast<unsigned>(steps));
+        return shot(name);
+    };
+    std::size_t steps = 0;
+    while (history.canUndo()) {
+        window_.run(CMD_EDIT_UNDO);
+        if (kiln::Status status = shoot("undone", ++steps); !status.ok()) return status;
+    }
+    if (core.isModified()) return kiln::Status::failure("it is not the scene that was opened");
+    for (std::size_t redone = 0; history.canRedo();) {
+        window_.run(CMD_EDIT_REDO);
+        if (kiln::Status status = shoot("redone", ++redone); !status.ok()) return status;
+    }
+    window_.run(CMD_EDIT_HISTORY);
+    settle();
+    say("    " + std::to_string(steps) + " steps");
+    return require(core.sceneText() == before, "it is not the scene that was undone");
+}
+
 kiln::Status Walk::shootViews() {
     constexpr struct {
         int command;
@@ -390,6 +418,9 @@ kiln::Status Walk::shootViews() {
     } kViews[] = {{CMD_VIEW_TOP, "10-view-top"},
                   {CMD_VIEW_FRONT, "10-view-front"},
                   {CMD_VIEW_LEFT, "10-view-left"},
+                  {CMD_VIEW_RIGHT, "10-view-right"},
+                  {CMD_VIEW_BACK, "10-view-back"},
+                  {CMD_VIEW_BOTTOM, "10-view-bottom"},
                   {CMD_VIEW_PERSPECTIVE, "10-view-perspective"},
                   {CMD_VIEW_WIREFRAME, "10-view-wireframe"}};
     for (const auto& view : kViews) {

@@ -54,6 +54,7 @@ private:
     kiln::Status previewDetail();
     /// Puts a box beside what is selected.
     kiln::Status edit();
+    kiln::Status undoAll();
     kiln::Status undoAndRedo();
     /// Exports the scene, where a plug-in does that, and opens the file that it wrote.
     kiln::Status exportAndOpen();

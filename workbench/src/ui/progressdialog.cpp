@@ -17,6 +17,8 @@ constexpr int kRange = 1000;
 
 ProgressDialog::ProgressDialog(HWND owner, const std::string& title)
     : title_(title), owner_(owner), start_(::GetTickCount64()) {
+    focus_ = ::GetFocus();
+    active_ = ::GetActiveWindow();
     Create(IDD_PROGRESS, owner);
     ::EnumThreadWindows(::GetCurrentThreadId(), disable, reinterpret_cast<LPARAM>(this));
 }
@@ -28,6 +30,10 @@ ProgressDialog::~ProgressDialog() {
     const bool wasInFront = revealed_ && ::GetForegroundWindow() == Handle();
     DestroyWindow();
     if (wasInFront) ::SetActiveWindow(owner_);
+    // The platform takes the keyboard away from a window that is disabled.
+    if (!::GetActiveWindow()) return;
+    if (::IsWindow(active_)) ::SetActiveWindow(active_);
+    if (::IsWindow(focus_)) ::SetFocus(focus_);
 }
 
 BOOL CALLBACK ProgressDialog::disable(HWND window, LPARAM self) {

@@ -32,6 +32,7 @@ private:
     void handleMessages();
 
     std::string title_;
+    HWND focus_ = nullptr, active_ = nullptr;  // that had the keyboard, and were in front, before
     std::vector<HWND> disabled_;
     HWND owner_;
     ULONGLONG start_, lastStep_ = 0;

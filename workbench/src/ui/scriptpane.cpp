@@ -19,7 +19,6 @@ constexpr wchar_t kClassName[] = L"WorkbenchScriptPane";
 constexpr UINT kLogId = 1, kLineId = 2;
 constexpr int kPromptWidth = 52, kPromptMargin = 6;
 constexpr std::size_t kHistoryLimit = 200;
-constexpr int kLogLimit = 1 << 20;  // characters; the oldest half goes when it is full
 
 }  // namespace
 
@@ -59,39 +58,26 @@ bool ScriptPane::Create(HWND parent, UINT id) {
                   id))
         return false;
     const HFONT font = Look::of(Handle()).script();
-    log_.Create("",
-                WS_CHILD | WS_VISIBLE | WS_VSCROLL | WS_BORDER | ES_MULTILINE | ES_READONLY |
-                    ES_AUTOVSCROLL | ES_NOHIDESEL,
-                {0, 0, 10, 10}, Handle(), kLogId);
-    log_.SetFont(font);
-    log_.SetLimit(0);
+    if (!log_.Create(Handle(), kLogId)) return false;
     line_.Create("", WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_BORDER | ES_AUTOHSCROLL,
                  {0, 0, 10, 10}, Handle(), kLineId);
     line_.SetFont(font);
-    return log_.HasWindow() && line_.HasWindow();
+    return line_.HasWindow();
 }
 
-void ScriptPane::setEvaluator(std::function<std::string(const std::string&)> evaluate) {
+void ScriptPane::setEvaluator(std::function<Answer(const std::string&)> evaluate) {
     line_.onEnter = [this, evaluate = std::move(evaluate)](const std::string& entered) {
-        print("> " + entered);
+        print("> " + entered, LogLine::kEntered);
         const CWaitCursor wait;
-        const std::string result = evaluate(entered);
-        if (!result.empty()) print(result);
+        const Answer answer = evaluate(entered);
+        if (!answer.text.empty()) print(answer.text, answer.kind);
     };
-}
-
-void ScriptPane::print(const std::string& line) {
-    if (::GetWindowTextLengthW(log_.Handle()) > kLogLimit) {
-        log_.Select(0, kLogLimit / 2);
-        log_.ReplaceSelection("", false);
-    }
-    log_.Append(empty_ ? line : "\r\n" + line);
-    empty_ = false;
 }
 
 void ScriptPane::OnSize(UINT, int width, int height) {
     const int line = lineHeight(), prompt = promptWidth();
     log_.MoveTo({0, 0, width, std::max(height - line - Scaled(2), 0)});
+    log_.showEnd();
     line_.MoveTo({prompt, height - line, width, height});
     Invalidate(false);
 }
@@ -120,13 +106,6 @@ void ScriptPane::OnPaint() {
     area.top = area.bottom - lineHeight();
     ::DrawTextW(paint.dc(), base::toWide(textOf(TextId::kScriptPrompt)).c_str(), -1, &area,
                 DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
-}
-
-// A read-only field is grey by default; the log reads better on the color of paper.
-HBRUSH ScriptPane::OnCtlColor(HDC dc, HWND, UINT) {
-    ::SetTextColor(dc, ::GetSysColor(COLOR_WINDOWTEXT));
-    ::SetBkColor(dc, ::GetSysColor(COLOR_WINDOW));
-    return ::GetSysColorBrush(COLOR_WINDOW);
 }
 
 }  // namespace workbench

@@ -1,6 +1,8 @@
 // The log with the script line below it.
 #pragma once
 
+#include "logview.h"
+
 #include <framework/controls.h>
 
 #include <functional>
@@ -30,13 +32,19 @@ class ScriptPane : public framework::CWnd {
 public:
     bool Create(HWND parent, UINT id);
 
-    /// `evaluate` gets each line that the user enters and returns what to print; empty prints
-    /// nothing.
-    void setEvaluator(std::function<std::string(const std::string&)> evaluate);
+    /// What to print, and of which kind; an empty text prints nothing.
+    struct Answer {
+        std::string text;
+        LogLine kind = LogLine::kPlain;
+    };
+    /// `evaluate` gets each line that the user enters.
+    void setEvaluator(std::function<Answer(const std::string&)> evaluate);
     /// Makes room for the field's label in the present language.
     void showLanguage();
     /// Adds a line to the log.
-    void print(const std::string& line);
+    void print(const std::string& line, LogLine kind = LogLine::kPlain) { log_.add(line, kind); }
+    /// Empties the log.
+    void clear() { log_.clear(); }
     /// Whether `window` is the field where a script is typed, or the log.
     bool owns(HWND window) const { return ::IsChild(Handle(), window) != 0; }
 
@@ -44,16 +52,14 @@ protected:
     void OnSize(UINT type, int width, int height) override;
     void OnPaint() override;
     bool OnEraseBackground(HDC) override { return true; }
-    HBRUSH OnCtlColor(HDC dc, HWND control, UINT type) override;
 
 private:
     int lineHeight() const { return Scaled(22); }
     /// From the left edge to the field where a script is typed.
     int promptWidth() const;
 
-    framework::CEdit log_;
+    LogView log_;
     HistoryEdit line_;
-    bool empty_ = true;
 };
 
 }  // namespace workbench

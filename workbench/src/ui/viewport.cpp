@@ -58,8 +58,9 @@ void Viewport::setView(render::View view) {
 }
 
 std::string Viewport::label() const {
-    static constexpr TextId kViews[] = {TextId::kPerspective, TextId::kTop, TextId::kFront,
-                                        TextId::kLeft};
+    static constexpr TextId kViews[] = {TextId::kPerspective, TextId::kTop,   TextId::kFront,
+                                        TextId::kLeft,        TextId::kRight, TextId::kBack,
+                                        TextId::kBottom};
     static constexpr TextId kModes[] = {TextId::kShaded, TextId::kShadedEdges, TextId::kWireframe};
     static constexpr TextId kTimes[] = {TextId::kAnyTime, TextId::kDay, TextId::kDusk,
                                         TextId::kNight};
@@ -108,8 +109,8 @@ void Viewport::OnPaint() {
     PAINTSTRUCT paint;
     const HDC dc = ::BeginPaint(Handle(), &paint);
     const RECT area = ClientRect();
+    const bool fresh = stale_;
     if (widthOf(area) > 0 && heightOf(area) > 0 && ensureBitmap(widthOf(area), heightOf(area))) {
-        const bool fresh = stale_;
         if (stale_) draw();
         const HDC memory = ::CreateCompatibleDC(dc);
         {
@@ -117,9 +118,11 @@ void Viewport::OnPaint() {
             if (fresh) drawLabels(memory);
             ::BitBlt(dc, 0, 0, bitmap_.width, bitmap_.height, memory, 0, 0, SRCCOPY);
         }
+        if (drag_.kind == DragKind::kBand) drawBand(dc);
         ::DeleteDC(memory);
     }
     ::EndPaint(Handle(), &paint);
+    if (fresh && hovered_ != render::kNoItem) hoverAgain();
 }
 
 void Viewport::drawLabels(HDC dc) {
@@ -182,11 +185,46 @@ void Viewport::OnLButtonDown(UINT keys, POINT at) {
 }
 
 void Viewport::OnLButtonUp(UINT keys, POINT at) {
-    const bool click = drag_.kind == DragKind::kClick &&
-                       std::abs(at.x - drag_.start.x) <= Scaled(kClickTolerance) &&
-                       std::abs(at.y - drag_.start.y) <= Scaled(kClickTolerance);
+    const bool add = (keys & MK_CONTROL) != 0;
+    const DragKind kind = drag_.kind;
+    drag_.last = at;
+    if (kind == DragKind::kBand) pickInBand(add);
+    const bool click = kind == DragKind::kClick && isClick(at);
     endDrag();
-    if (click) client_.onPick(itemAt(at), (keys & MK_CONTROL) != 0);
+    if (click) client_.onPick(itemAt(at), add);
+}
+
+bool Viewport::isClick(POINT at) const {
+    return std::abs(at.x - drag_.start.x) <= Scaled(kClickTolerance) &&
+           std::abs(at.y - drag_.start.y) <= Scaled(kClickTolerance);
+}
+
+PixelArea Viewport::bandArea() const {
+    return {std::min(drag_.start.x, drag_.last.x), std::min(drag_.start.y, drag_.last.y),
+            std::max(drag_.start.x, drag_.last.x) + 1, std::max(drag_.start.y, drag_.last.y) + 1};
+}
+
+// A band to the left, which takes what it touches, has a broken line.
+void Viewport::drawBand(HDC dc) const {
+    const PixelArea area = bandArea();
+    const int style = drag_.last.x < drag_.start.x ? PS_DOT : PS_SOLID;
+    const HPEN pen = ::CreatePen(style, 1, RGB(255, 196, 64));
+    {
+        const SelectScope selectedPen(dc, pen), hollow(dc, ::GetStockObject(NULL_BRUSH));
+        ::SetBkMode(dc, OPAQUE);
+        ::SetBkColor(dc, RGB(30, 36, 42));
+        ::Rectangle(dc, area.left, area.top, area.right, area.bottom);
+    }
+    ::DeleteObject(pen);
+}
+
+void Viewport::pickInBand(bool add) {
+    if (stale_) Update();
+    if (stale_) return;
+    const bool touching = drag_.last.x < drag_.start.x;
+    client_.onPickMany(touching ? itemsTouched(canvas_, bandArea())
+                                : itemsWithin(client_.sceneToDraw(), camera_, bandArea()),
+                       add);
 }
 
 void Viewport::OnMButtonDown(UINT keys, POINT at) {
@@ -201,11 +239,21 @@ void Viewport::OnRButtonDown(UINT, POINT at) {
     startDrag(isDown(VK_MENU) ? DragKind::kZoom : DragKind::kPan, at);
 }
 
-void Viewport::OnRButtonUp(UINT, POINT) {
+void Viewport::OnRButtonUp(UINT, POINT at) {
+    const bool click = drag_.kind == DragKind::kPan && isClick(at);
     endDrag();
+    if (click) client_.onMenu(itemAt(at), ToScreen(at));
+}
+
+// From the keyboard: in the middle, for what is selected.
+void Viewport::showMenu(LPARAM place) {
+    if (place != -1) return;
+    const RECT area = ClientRect();
+    client_.onMenu(render::kNoItem, ToScreen({area.right / 2, area.bottom / 2}));
 }
 
 void Viewport::OnCaptureChanged(HWND) {
+    if (drag_.kind == DragKind::kBand) Invalidate(false);
     drag_.kind = DragKind::kNone;
 }
 
@@ -225,7 +273,11 @@ void Viewport::OnMouseMove(UINT, POINT at) {
                          static_cast<float>(drag_.start.y));
             return redraw();
         case DragKind::kClick:
-            return;
+            if (isClick(at)) return;
+            drag_.kind = DragKind::kBand;
+            [[fallthrough]];
+        case DragKind::kBand:
+            return Invalidate(false);
         case DragKind::kNone:
             break;
     }
@@ -238,6 +290,13 @@ void Viewport::hover(render::ItemIndex item) {
     if (item == hovered_) return;
     hovered_ = item;
     client_.onHover(item);
+}
+
+void Viewport::hoverAgain() {
+    POINT at;
+    ::GetCursorPos(&at);
+    hovered_ = ::WindowFromPoint(at) == Handle() ? itemAt(ToClient(at)) : render::kNoItem;
+    client_.onHover(hovered_);
 }
 
 void Viewport::OnMouseWheel(UINT, int delta, POINT screen) {
@@ -264,6 +323,9 @@ void Viewport::OnKeyDown(UINT key, UINT, UINT) {
         case VK_DOWN:
             camera_.orbit(0, kKeyOrbit);
             break;
+        case VK_ESCAPE:
+            if (drag_.kind == DragKind::kNone) return client_.onPickNothing();
+            return endDrag();
         case VK_ADD:
         case VK_OEM_PLUS:
             camera_.zoom(1, x, y);
@@ -285,6 +347,7 @@ UINT Viewport::OnGetDlgCode(const MSG*) {
 
 LRESULT Viewport::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_MOUSELEAVE) hover(render::kNoItem);
+    if (message == WM_CONTEXTMENU) return showMenu(lParam), 0;
     return CWnd::WindowProc(message, wParam, lParam);
 }
 

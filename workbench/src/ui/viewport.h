@@ -3,7 +3,9 @@
 
 #include <framework/cwnd.h>
 #include <render/renderer.h>
+#include <workbench/selectionband.h>
 
+#include <span>
 #include <string>
 
 namespace workbench {
@@ -17,14 +19,22 @@ public:
     /// A click on an item, or on nothing (render::kNoItem). `add` adds to or takes from the
     /// selection.
     virtual void onPick(render::ItemIndex item, bool add) = 0;
+    /// A rubber band was drawn around items, or over some of them.
+    virtual void onPickMany(std::span<const render::ItemIndex> items, bool add) = 0;
+    /// Escape was pressed: nothing is to be selected.
+    virtual void onPickNothing() = 0;
+    /// The context menu of an item, or of the scene (render::kNoItem), is to be shown.
+    virtual void onMenu(render::ItemIndex item, POINT screen) = 0;
     /// The mouse has come over another item, or left it (render::kNoItem).
     virtual void onHover(render::ItemIndex item) = 0;
 };
 
-/// Left click selects, with Ctrl adds. The middle button, or Alt with the left one, orbits; with
-/// Shift, and with the right button, it pans; with Ctrl it zooms. The wheel zooms towards the
-/// mouse. Each goes by what is under the mouse: that is what follows it. Arrow keys orbit, plus and
-/// minus zoom.
+/// Left click selects, with Ctrl adds. A rubber band selects what lies whole in it when it is drawn
+/// to the right, and all that is seen in it when it is drawn to the left; Escape ends it, and
+/// otherwise deselects. A right click, or the menu key, asks for the context menu. The middle
+/// button, or Alt with the left one, orbits; with Shift, and with the right button, it pans; with
+/// Ctrl it zooms. The wheel zooms towards the mouse. Each goes by what is under the mouse: that is
+/// what follows it. Arrow keys orbit, plus and minus zoom.
 class Viewport : public framework::CWnd {
 public:
     explicit Viewport(ViewportClient& client) : client_(client) {}
@@ -33,6 +43,8 @@ public:
 
     render::Camera& camera() { return camera_; }
     render::RenderOptions& options() { return options_; }
+    /// What the mouse was over is no more, or another.
+    void forgetHovered() { hover(render::kNoItem); }
     /// Draws anew at the next paint; the pixels before are not trusted any more for picking.
     void redraw();
     /// Frames the whole scene, or what is selected in it.
@@ -53,6 +65,7 @@ protected:
     bool OnEraseBackground(HDC) override { return true; }
     void OnLButtonDown(UINT keys, POINT at) override;
     void OnLButtonUp(UINT keys, POINT at) override;
+    void OnLButtonDblClk(UINT keys, POINT at) override { OnLButtonDown(keys, at); }
     void OnMButtonDown(UINT keys, POINT at) override;
     void OnMButtonUp(UINT keys, POINT at) override;
     void OnRButtonDown(UINT keys, POINT at) override;
@@ -65,7 +78,7 @@ protected:
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
 
 private:
-    enum class DragKind { kNone, kClick, kOrbit, kPan, kZoom };
+    enum class DragKind { kNone, kClick, kBand, kOrbit, kPan, kZoom };
 
     struct Drag {
         DragKind kind = DragKind::kNone;
@@ -81,6 +94,12 @@ private:
 
     void startDrag(DragKind kind, POINT at);
     void endDrag();
+    /// Whether the mouse is about where it was pressed.
+    bool isClick(POINT at) const;
+    PixelArea bandArea() const;
+    void drawBand(HDC dc) const;
+    void pickInBand(bool add);
+    void showMenu(LPARAM place);
     static DragKind dragOf(UINT keys);
     /// Makes what is drawn near a pixel the camera's measure.
     void focusUnder(POINT at);
@@ -90,6 +109,8 @@ private:
     bool ensureBitmap(int width, int height);
     render::ItemIndex itemAt(POINT at);
     void hover(render::ItemIndex item);
+    /// Tells anew what the mouse is over, after the picture has become another one.
+    void hoverAgain();
 
     ViewportClient& client_;
     render::Camera camera_;

@@ -126,7 +126,8 @@ public:
     /// anything but success everything that it did is taken back.
     ImportResult importFile(const std::string& path, const ProgressFunction& progress = {});
     /// Opens a file of a registered importer in place of the scene. After anything but success the
-    /// scene is as it was, down to its selection; it counts as unmodified after success.
+    /// scene is as it was, down to its selection; after success it counts as unmodified, and `path`
+    /// is its file.
     /// Sends `NOTIFY_SCENE_PRE_CLEAR` and `NOTIFY_SCENE_NEW` before the import, and again when the
     /// scene that was there comes back.
     ImportResult openImported(const std::string& path, const ProgressFunction& progress = {});
@@ -137,6 +138,13 @@ public:
     /// the choice is not one of them.
     ImportResult exportFile(const std::string& path, const ExportChoice& choice = {},
                             const ProgressFunction& progress = {});
+    /// What that export would leave out of the file, in the words of the exporter, one thing a
+    /// line; empty for nothing, and where the export itself would fail.
+    std::string leftOutOfExport(const std::string& path, const ExportChoice& choice = {});
+    /// The same as `exportFile`, for a scene that has its home in a foreign file: after success
+    /// `path` is the scene's file, which counts as unmodified, and `NOTIFY_SCENE_SAVED` is sent.
+    ImportResult saveExported(const std::string& path, const ExportChoice& choice = {},
+                              const ProgressFunction& progress = {});
 
     // The utility panel.
 
