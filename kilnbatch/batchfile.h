@@ -18,9 +18,6 @@ struct BatchFolders {
     std::filesystem::path scratch;  ///< of this run, on the same disk as the results
 };
 
-/// What kilnbatch keeps for itself below the folder of the results.
-inline constexpr const char* kBatchFolder = ".kilnbatch";
-
 /// Does `job` to the file `name` (UTF-8, relative) unless its result is up to date, with the scene
 /// of `core`, which must be empty. `options` is a hash of what decides beside the files; `place` is
 /// its own among the tasks that run. Gives what is reported: "result" is "done", "unchanged" or

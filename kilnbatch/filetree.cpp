@@ -139,7 +139,9 @@ std::optional<fs::path> FileTree::next() {
         const fs::path path = root_ / relative;
         const fs::file_status link = fs::symlink_status(path, ignored);
         if (fs::is_directory(link)) {
-            if (leftOut_.empty() || !fs::equivalent(path, leftOut_, ignored)) enter(relative);
+            const bool isOwn = relative.filename() == kBatchFolder;
+            if (!isOwn && (leftOut_.empty() || !fs::equivalent(path, leftOut_, ignored)))
+                enter(relative);
         } else if (isWanted(relative) && fs::is_regular_file(path, ignored)) {
             return relative;
         }

@@ -9,6 +9,9 @@
 
 namespace kilnbatch {
 
+/// What a batch keeps for itself below the folder of its results.
+inline constexpr const char* kBatchFolder = ".kilnbatch";
+
 /// Whether `path` fits `pattern`, both with "/" between folders: "*" stands for any characters of
 /// one name and "?" for one byte, "**" for any characters and folders.
 bool fitsPattern(std::string_view path, std::string_view pattern);
@@ -29,7 +32,8 @@ public:
 
     /// The next file, relative to the root, folder by folder in the order of their names; nothing
     /// after the last one. A file of a list need not be there. At any time only the names of the
-    /// folders that lead to it are kept. Links to folders are not followed.
+    /// folders that lead to it are kept. Links to folders are not followed, nor is what batches
+    /// keep for themselves.
     std::optional<std::filesystem::path> next();
 
     /// Folders that cannot be read, as far as the walk has come; a sentence for each.

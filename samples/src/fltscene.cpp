@@ -48,8 +48,10 @@ Node& Node::append(std::vector<std::unique_ptr<Node>>& nodes, std::unique_ptr<Fl
     return *nodes.back();
 }
 
-Node& Node::addFace(Polygon polygon, std::uint32_t color) {
-    Node& face = add(faceOfColor(color));
+Node& Node::addFace(Polygon polygon, std::uint32_t color, std::int16_t texture) {
+    FltFace record = faceOfColor(color);
+    record.textureIndex = texture;
+    Node& face = add(std::move(record));
     face.points_ = std::move(polygon);
     return face;
 }
@@ -78,11 +80,14 @@ Node& Node::transform(const Matrix& matrix) {
 /// Writes the records of a scene in the order that readers expect: palettes, all vertices, nodes.
 class FltSceneWriter {
 public:
-    explicit FltSceneWriter(FltStream& stream)
-        : stream_(stream), vertexLength_(fltWrittenLength(newVertex(), stream.revision())) {}
+    FltSceneWriter(const FltScene& scene, FltStream& stream)
+        : stream_(stream),
+          hasTexture_(!scene.textures.empty()),
+          vertexLength_(fltWrittenLength(newVertex(), stream.revision())) {}
 
     void write(const FltScene& scene) {
         writeColors(scene.colors);
+        for (FltTexture texture : scene.textures) texture.write(stream_);
         for (FltLightSourcePalette light : scene.lights) light.write(stream_);
         writeVertexPalette(scene.root);
         if (!scene.comment.empty()) writeComment(scene.comment);
@@ -90,7 +95,7 @@ public:
     }
 
 private:
-    static FltVertex newVertex() { return FltVertex(true); }
+    FltVertex newVertex() const { return FltVertex(true, hasTexture_); }
 
     void writeComment(const std::string& text) { FltComment(text.c_str()).write(stream_); }
 
@@ -136,6 +141,9 @@ private:
         vertex.position = point;
         vertex.normal = {static_cast<float>(normal.x), static_cast<float>(normal.y),
                          static_cast<float>(normal.z)};
+        constexpr double kTextureSide = 8;  // metres, seen from above or from a side
+        vertex.texture = {static_cast<float>((point.x + point.y) / kTextureSide),
+                          static_cast<float>((point.y + point.z) / kTextureSide)};
         if (!colors.empty()) {
             vertex.flags = 0;
             vertex.colorIndex = colorIndex(colors.front());
@@ -185,6 +193,7 @@ private:
     }
 
     FltStream& stream_;
+    bool hasTexture_;
     std::uint32_t vertexLength_;
     std::uint32_t nextVertex_ = 0;
 };
@@ -192,7 +201,7 @@ private:
 bool writeScene(const FltScene& scene, const std::string& path) {
     FltStream stream;
     if (!stream.open(path, scene.header)) return false;
-    FltSceneWriter(stream).write(scene);
+    FltSceneWriter(scene, stream).write(scene);
     return stream.close();
 }
 

@@ -6,6 +6,7 @@
 #include <quillon/fltlightsourcepalette.h>
 #include <quillon/fltrecord.h>
 #include <quillon/fltstream.h>
+#include <quillon/flttexture.h>
 
 #include <array>
 #include <cstdint>
@@ -39,8 +40,9 @@ public:
         return append(children_, std::make_unique<Record>(std::move(record)), std::move(longId));
     }
 
-    /// Adds a face over `polygon`, colored by entry `color` of the color palette.
-    Node& addFace(Polygon polygon, std::uint32_t color);
+    /// Adds a face over `polygon`, colored by entry `color` of the color palette, with entry
+    /// `texture` of the texture palette unless that is -1.
+    Node& addFace(Polygon polygon, std::uint32_t color, std::int16_t texture = -1);
 
     /// The same, lying on this face: drawn after it, without regard to depth.
     Node& addSubface(Polygon polygon, std::uint32_t color);
@@ -72,6 +74,7 @@ struct FltScene {
     FltHeader header;
     std::vector<Rgb> colors;  ///< entries of the color palette, from 0 on
     std::vector<FltLightSourcePalette> lights;
+    std::vector<FltTexture> textures;  ///< with any, all vertices have texture coordinates
     std::string comment;
     Node root{nullptr};  ///< stands for the header; only its children are written
 };

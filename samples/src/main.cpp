@@ -1,12 +1,15 @@
 // Writes the sample scenes into a folder.
 #include "airport.h"
+#include "city.h"
 
 #include <base/paths.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -21,13 +24,29 @@ bool writeSamples(const std::filesystem::path& folder) {
     return true;
 }
 
-int run(int count, const std::filesystem::path& folder) {
-    if (count != 2) {
-        std::fputs("usage: make_samples FOLDER\n", stderr);
+/// Writes the city that "--city N FOLDER" asks for.
+bool writeCityOf(const std::string& number, const std::filesystem::path& folder) {
+    constexpr unsigned long kMost = 10'000'000;
+    char* end = nullptr;
+    const unsigned long files = std::strtoul(number.c_str(), &end, 10);
+    if (number.empty() || *end != '\0' || files == 0 || files > kMost) {
+        std::fprintf(stderr, "make_samples: a city has 1 to %lu files\n", kMost);
+        return false;
+    }
+    samples::writeCity(folder, files);
+    return true;
+}
+
+int run(const std::vector<std::filesystem::path>& words) {
+    const bool isCity = words.size() == 3 && words[0] == "--city";
+    if (words.size() != 1 && !isCity) {
+        std::fputs("usage: make_samples FOLDER\n       make_samples --city N FOLDER\n", stderr);
         return 2;
     }
     try {
-        return writeSamples(folder) ? 0 : 1;
+        const bool isDone =
+            isCity ? writeCityOf(base::textOf(words[1]), words[2]) : writeSamples(words[0]);
+        return isDone ? 0 : 1;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "make_samples: %s\n", error.what());
         return 1;
@@ -38,10 +57,10 @@ int run(int count, const std::filesystem::path& folder) {
 
 #ifdef _WIN32
 int wmain(int count, wchar_t** arguments) {
-    return run(count, count == 2 ? arguments[1] : L"");
+    return run({arguments + (count > 0 ? 1 : 0), arguments + count});
 }
 #else
 int main(int count, char** arguments) {
-    return run(count, count == 2 ? arguments[1] : "");
+    return run({arguments + (count > 0 ? 1 : 0), arguments + count});
 }
 #endif

@@ -74,6 +74,7 @@ TEST_F(FileTreeTest, NamesModelsInOrder) {
 
 TEST_F(FileTreeTest, GoesRoundResultsAndLinks) {
     touch("out/a.flt");
+    touch("a/.kilnbatch/run-1/0/half.flt");
     fs::create_directory_symlink(folder_.path(), folder_.path() / "a/loop");
     fs::create_symlink(folder_.path() / "b.flt", folder_.path() / "linked.flt");
     kilnbatch::FileTree tree(folder_.file(""));
