@@ -164,6 +164,19 @@ FltAttrGroup* fltAttrLoad(INode* node, std::uint32_t parameter) noexcept {
     }
 }
 
+std::string fltAttrDefault(FltAttrGroup& group, const FltAttrDesc& row) noexcept {
+    try {
+        auto& own = static_cast<TableGroup&>(group);
+        own.resetRecord();
+        if (own.options) own.resetOptions();
+        NumberText room;
+        return std::string(printField(blockOf(group, row), row, room));
+    } catch (...) {
+        diagnostics::noteCurrentException();
+        return {};
+    }
+}
+
 bool fltAttrStore(INode* node, FltAttrGroup& group) noexcept {
     try {
         return store(node, group);

@@ -88,7 +88,11 @@ bool CGridCtrl::SetRangeText(CellId at, std::string_view text) {
 }
 
 bool CGridCtrl::Copy() const {
-    return !selection_.IsEmpty() && putOnClipboard(Handle(), RangeText(selection_));
+    return CopyRange(selection_);
+}
+
+bool CGridCtrl::CopyRange(const CellRange& range) const {
+    return !range.IsEmpty() && putOnClipboard(Handle(), RangeText(range));
 }
 
 bool CGridCtrl::Cut() {

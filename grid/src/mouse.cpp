@@ -79,6 +79,19 @@ void CGridCtrl::PressCell(CellId cell, UINT keys) {
     ::SetCapture(Handle());
 }
 
+// The owner shows a menu when the button comes up.
+void CGridCtrl::OnRButtonDown(UINT, POINT at) {
+    const HWND self = Handle();
+    EndEdit(true);
+    if (FromHandle(self) != this) return;
+    StopTracking();
+    SetFocus();
+    CellId cell = CellAt(at);
+    if (cell.IsValid()) cell.column = std::max(cell.column, fixedColumns_);
+    if (IsValid(cell) && !IsFixed(cell) && !selection_.Contains(cell)) MoveFocus(cell, false);
+    Default();
+}
+
 void CGridCtrl::OnMouseMove(UINT keys, POINT at) {
     if (tracking_ != Tracking::kNone && !(keys & MK_LBUTTON)) StopTracking();
     mousePoint_ = at;

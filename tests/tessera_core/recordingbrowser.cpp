@@ -50,6 +50,14 @@ void tessera::beep() noexcept {
     ++recordingBrowser().beeps;
 }
 
+void tessera::offerNodeCommands(const NodeCommands* commands) noexcept {
+    recordingBrowser().commands = commands;
+}
+
+void tessera::hostSelectionChanged() noexcept {
+    ++recordingBrowser().selectionChanges;
+}
+
 std::int32_t _zufltguicreate(tessera::BrowserWindow, tessera::BrowserCallback callback,
                              std::int32_t, void* clientData) {
     std::uint32_t refused = 1;

@@ -41,10 +41,12 @@ struct RecordingBrowser {
     int sceneChanges = 0;
     int refreshes = 0;
     int resets = 0;
+    int selectionChanges = 0;  ///< of the host
     int beeps = 0;  ///< of the client
     std::string title;
     tessera::BrowserCallback callback = nullptr;
     void* clientData = nullptr;
+    const tessera::NodeCommands* commands = nullptr;
     _TREEITEM top;
     tessera::BrowserItem selected = nullptr;
 

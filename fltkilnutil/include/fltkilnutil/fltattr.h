@@ -19,6 +19,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -161,6 +162,10 @@ bool fltAttrEnumValue(const FltAttrEnum* table, std::string_view text,
 /// becomes the group's. Null without kind or group, and when a chunk of the node is damaged; the
 /// node itself is never changed.
 FltAttrGroup* fltAttrLoad(INode* node, std::uint32_t parameter) noexcept;
+
+/// What a row of `group` prints for a node that has just been made. The group must be loaded again
+/// before its texts are used. Empty when memory ends.
+std::string fltAttrDefault(FltAttrGroup& group, const FltAttrDesc& row) noexcept;
 
 /// Writes the value texts of the group, last loaded from this node, back to the node, which becomes
 /// an OpenFlight node of the group's kind if it was none. A text that is still what its field

@@ -33,7 +33,8 @@ inline constexpr wchar_t kGridWindowClass[] = L"MFCGridCtrl";
 /// Mouse: a click moves the focus cell, a click on the focus cell edits it, a click on a cell with
 /// a list opens the list at once. Dragging selects a range; a heading selects its row or column,
 /// the corner everything. A divider in the heading row resizes its column; a double click on it
-/// fits the column to its contents.
+/// fits the column to its contents. The right button moves the focus cell too, unless it comes down
+/// on a selected cell; in a fixed column it means the row's first free cell.
 ///
 /// Notifications to the parent, all WM_NOTIFY:
 /// - LVN_BEGINLABELEDITW (`NMLVDISPINFOW`: iItem row, iSubItem column, lParam datum) before an
@@ -164,6 +165,7 @@ public:
     // that cannot be edited are passed over. False when there was nothing to do.
 
     bool Copy() const;
+    bool CopyRange(const CellRange& range) const;
     bool Cut();
     /// From the upper left cell of the selection on. One single text fills the whole selection.
     bool Paste();
@@ -203,6 +205,7 @@ protected:
     void OnLButtonUp(UINT keys, POINT at) override;
     void OnLButtonDblClk(UINT keys, POINT at) override;
     void OnMouseMove(UINT keys, POINT at) override;
+    void OnRButtonDown(UINT keys, POINT at) override;
     void OnMouseWheel(UINT keys, int delta, POINT screen) override;
     bool OnSetCursor(HWND under, UINT hitTest, UINT message) override;
     void OnCaptureChanged(HWND gaining) override;

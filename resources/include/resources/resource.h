@@ -45,6 +45,7 @@
 #define IDC_SUBTREE 1135
 #define IDC_SEARCH 1140  // this and the next exist once the search line has been opened
 #define IDC_SEARCH_COUNT 1141
+#define IDC_SELECTED_COUNT 1142  // in the tree's frame, once several items have been selected
 
 // Controls of the switch mask editor.
 #define IDC_MASK_INDEX 1106
@@ -62,8 +63,9 @@
 #define IDC_ABOUT_BUILD 1138
 #define IDC_ABOUT_PICTURE 1139
 
-// The command of the browser form's system menu; the system uses the lowest four bits itself.
+// The commands of the browser form's system menu; the system uses the lowest four bits itself.
 #define IDM_ABOUT 0x0010
+#define IDM_FOLLOW 0x0020
 
 // Strings.
 #define IDS_LIBRARY_DESCRIPTION 30665
@@ -103,6 +105,28 @@
 #define IDS_SCENE_ROOT 30699  // this and the next are the same in every language
 #define IDS_NO_RECORD 30700
 #define IDS_SEARCH_HINT 30701
+#define IDS_MENU_RENAME 30702
+#define IDS_MENU_CREATE_BELOW 30703
+#define IDS_MENU_CREATE_BESIDE 30704
+#define IDS_MENU_CUT 30705
+#define IDS_MENU_COPY 30706
+#define IDS_MENU_PASTE 30707
+#define IDS_MENU_DUPLICATE 30708
+#define IDS_MENU_DELETE 30709
+#define IDS_MENU_SELECT 30710
+#define IDS_MENU_SELECT_CHILDREN 30711
+#define IDS_MENU_SELECT_PARENTS 30712
+#define IDS_MENU_SELECT_SAME_KIND 30713
+#define IDS_MENU_EXPAND_TO 30714
+#define IDS_MENU_ALL_LEVELS 30715
+#define IDS_MENU_FIND 30716
+#define IDS_MENU_COPY_VALUE 30717
+#define IDS_MENU_COPY_ROW 30718
+#define IDS_MENU_RESET_VALUE 30719
+#define IDS_MENU_FOLLOW 30720
+#define IDS_SELECTED_COUNT 30721
+#define IDS_SELECTED_HIDDEN 30722
+#define IDS_FOUND_COUNT 30723
 
 // The tree's icons, 16 x 15 pixels, white is transparent.
 #define IDB_GROUP 123

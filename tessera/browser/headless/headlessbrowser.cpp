@@ -1,6 +1,10 @@
 // The hierarchy browser where there are no windows: there never is a form.
 #include <tessera/browserexports.h>
 
+void tessera::offerNodeCommands(const NodeCommands*) noexcept {}
+
+void tessera::hostSelectionChanged() noexcept {}
+
 std::int32_t _zufltguicreate(tessera::BrowserWindow, tessera::BrowserCallback, std::int32_t,
                              void*) {
     return tessera::kBrowserFormMissing;

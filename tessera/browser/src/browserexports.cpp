@@ -145,6 +145,18 @@ void browserShutDown() {
 
 using namespace tessera;
 
+void tessera::offerNodeCommands(const NodeCommands* commands) noexcept {
+    enter([&] {
+        if (form) form->offer(commands);
+    });
+}
+
+void tessera::hostSelectionChanged() noexcept {
+    enter([&] {
+        if (form) form->hostSelectionChanged();
+    });
+}
+
 std::int32_t _zufltguicreate(BrowserWindow parent, BrowserCallback callback, std::int32_t,
                              void* clientData) {
     return enter<std::int32_t>(kBrowserFormMissing, [=]() -> std::int32_t {

@@ -37,6 +37,8 @@ void Hierarchy::CGridEx::Reset() {
 void Hierarchy::CGridEx::NameColumns() {
     SetCellText(0, kCaptionColumn, loadString(IDS_GRID_ATTRIBUTE));
     SetCellText(0, kValueColumn, loadString(IDS_GRID_VALUE));
+    // As what stands below it.
+    SetCellFormat(0, kCaptionColumn, kCellFormat | DT_RIGHT);
 }
 
 void Hierarchy::CGridEx::SizeColumns() {

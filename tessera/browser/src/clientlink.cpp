@@ -9,6 +9,7 @@ namespace tessera {
 void ClientLink::bind(BrowserCallback callback, void* clientData) noexcept {
     callback_ = callback;
     clientData_ = clientData;
+    commands_ = nullptr;
 }
 
 void ClientLink::send(BrowserEvent event, BrowserItem first, BrowserItem second,
@@ -25,8 +26,24 @@ void ClientLink::sendEdit(BrowserEvent event, const TreeItem& edited, BrowserIte
         const base::ScopedValue editing(editing_, true);
         send(event, edited.handle, second, argument, argument2);
     }
+    refreshIfWanted(node);
+}
+
+bool ClientLink::edit(NodeHandle shownAfter,
+                      const std::function<bool(const NodeCommands&)>& command) {
+    if (!commands_) return false;
+    bool done = false;
+    {
+        const base::ScopedValue editing(editing_, true);
+        done = command(*commands_);
+    }
+    refreshIfWanted(shownAfter);
+    return done;
+}
+
+void ClientLink::refreshIfWanted(NodeHandle shownAfter) {
     if (std::exchange(refreshWanted_, false) && form_.HasWindow())
-        form_.Post(kRefreshAfterEdit, node);
+        form_.Post(kRefreshAfterEdit, shownAfter);
 }
 
 bool ClientLink::postponesRefresh() noexcept {

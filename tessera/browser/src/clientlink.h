@@ -7,6 +7,7 @@
 #include <tessera/browserexports.h>
 
 #include <cstdint>
+#include <functional>
 
 namespace tessera {
 
@@ -21,6 +22,11 @@ public:
 
     void bind(BrowserCallback callback, void* clientData) noexcept;
     bool isBound() const noexcept { return callback_ != nullptr; }
+    void* clientData() const noexcept { return clientData_; }
+
+    /// What the client offers beyond the events; null for nothing.
+    void offer(const NodeCommands* commands) noexcept { commands_ = commands; }
+    const NodeCommands* commands() const noexcept { return commands_; }
 
     void send(BrowserEvent event, BrowserItem first = nullptr, BrowserItem second = nullptr,
               std::uintptr_t argument = 0, std::uintptr_t argument2 = 0) const;
@@ -29,14 +35,22 @@ public:
     void sendEdit(BrowserEvent event, const TreeItem& edited, BrowserItem second,
                   std::uintptr_t argument = 0, std::uintptr_t argument2 = 0);
 
+    /// Has the client carry out one of its commands, by which it changes the scene and the tree
+    /// with it. `shownAfter` is selected after a refresh that the client asks for meanwhile.
+    /// Returns what the command does; false where there are none.
+    bool edit(NodeHandle shownAfter, const std::function<bool(const NodeCommands&)>& command);
+
     /// Whether a refresh has to wait, since an edit is being sent: form and control still use the
     /// items. The refresh is then asked for once the edit is over.
     bool postponesRefresh() noexcept;
 
 private:
+    void refreshIfWanted(NodeHandle shownAfter);
+
     const framework::CWnd& form_;
     BrowserCallback callback_ = nullptr;
     void* clientData_ = nullptr;
+    const NodeCommands* commands_ = nullptr;
     bool editing_ = false;        ///< an edit is being sent
     bool refreshWanted_ = false;  ///< by the client, meanwhile
 };

@@ -120,7 +120,12 @@ LRESULT CTreeCtrlEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         case TVM_GETCOUNT:
             if (!model_.hasWaiting()) break;
             return static_cast<LRESULT>(model_.size());
+        case TVM_EXPAND:
+        case TVM_ENSUREVISIBLE:
+            ++branchChanges_;
+            break;
         case TVM_SELECTITEM: {
+            ++branchChanges_;
             const LRESULT result = CTreeCtrl::WindowProc(message, wParam, lParam);
             selection_.caretMoved();
             return result;
@@ -350,6 +355,7 @@ void CTreeCtrlEx::OnMouseMove(UINT, POINT at) {
 }
 
 void CTreeCtrlEx::OnRButtonDown(UINT, POINT at) {
+    rightButtonHeld_ = isDown(VK_RBUTTON);
     UINT where = 0;
     const HTREEITEM item = HitTest(at, &where);
     if (item && (where & TVHT_ONITEM) != 0 && selection_.count() < 2) Select(item);

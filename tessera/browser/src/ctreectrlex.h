@@ -65,9 +65,15 @@ public:
     void ResumeRedraw();
     void InvalidateUnlessPaused() const;
 
+    /// Whether the button itself was down when its last press came, and not a message alone.
+    bool WasRightPressed() const noexcept { return rightButtonHeld_; }
+
     bool IsDragging() const noexcept { return drag_.item() != nullptr; }
     /// Ends a drag without a drop.
     void CancelDrag() { drag_.cancel(); }
+
+    /// Another number after branches may have been opened or closed by a message.
+    unsigned BranchChanges() const noexcept { return branchChanges_; }
 
     /// True while this object moves the caret, when the control's own notifications of it tell
     /// of half-done changes.
@@ -126,6 +132,8 @@ private:
     Press press_;
     bool changing_ = false;
     bool dimming_ = false;
+    bool rightButtonHeld_ = false;
+    unsigned branchChanges_ = 0;
     int paused_ = 0;
     std::optional<framework::DrawingPause> drawingPause_;
 };

@@ -8,6 +8,7 @@
 #include "usermessages.h"
 
 #include <base/utf16.h>
+#include <fltkilnutil/actions.h>
 #include <fltkilnutil/fltdefinitions.h>
 #include <fltkilnutil/kilnflt.h>
 #include <framework/cwaitcursor.h>
@@ -88,11 +89,27 @@ void EditCommands::sendMove(BrowserEvent direction, const TreeItem& item) {
 
 void EditCommands::create() {
     if (!client_.isBound() || tree_.Selection().count() != 1) return beepSimply();
-    const TreeItem* parent = tree_.Selection().first();
-    const int choice = createKind_.Selected();
-    if (!parent || choice < 0 || !mayCreate(*parent, choice)) return;
+    createBelow(createKind_.Selected());
+}
+
+void EditCommands::createBelow(int row) {
+    const TreeItem* const parent = tree_.Selection().first();
+    if (parent && row >= 0) createIn(*parent, row);
+}
+
+// The top level has no place beside it.
+void EditCommands::createBeside(int row) {
+    const TreeItem* const item = tree_.Selection().first();
+    if (!item || !item->parent || row < 0) return beepSimply();
+    createIn(*item->parent, row);
+}
+
+void EditCommands::createIn(const TreeItem& below, int row) {
+    const TreeItem* parent = &below;
+    if (!client_.isBound() || !tree_.isUsable()) return beepSimply();
+    if (!mayCreate(*parent, row)) return;
     const HTREEITEM item = parent->handle;
-    const std::uint16_t opcode = confirmedOpcode(item, choice);
+    const std::uint16_t opcode = confirmedOpcode(item, row);
     parent = tree_.Find(item);
     if (!parent) return;  // the client has changed the tree meanwhile
     const auto argument =
@@ -144,6 +161,27 @@ void EditCommands::attach(HTREEITEM draggedHandle, HTREEITEM targetHandle) {
     const NodeHandle node = dragged->node;
     client_.sendEdit(BrowserEvent::kAttach, *dragged, targetHandle);
     selectLastChild(targetHandle, node);
+}
+
+bool EditCommands::mayAttach(const std::vector<TreeItem*>& items, const TreeItem& target) const {
+    for (const TreeItem* item : items) {
+        const UINT refusal = attachRefusal(*item, target, FltShownNodes(nodeOf(item->node)));
+        if (!refusal) continue;
+        showMessage(form_, refusal);
+        return false;
+    }
+    return true;
+}
+
+void EditCommands::attachAll(const std::vector<TreeItem*>& items, HTREEITEM target) {
+    std::vector<HTREEITEM> handles;
+    for (const TreeItem* item : items) handles.push_back(item->handle);
+    const RedrawPause pause(tree_);
+    fltkilnutil::ActionScope scope(fltkilnutil::Action::kAttach);
+    for (const HTREEITEM handle : handles)
+        if (const TreeItem* const item = tree_.Find(handle); item && tree_.Find(target))
+            client_.sendEdit(BrowserEvent::kAttach, *item, target);
+    scope.Commit();
 }
 
 std::function<bool(HTREEITEM)> EditCommands::dropTest(HTREEITEM dragged) const {

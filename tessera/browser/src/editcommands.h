@@ -6,6 +6,7 @@
 #include <framework/controls.h>
 
 #include <functional>
+#include <vector>
 
 namespace tessera {
 
@@ -33,8 +34,17 @@ public:
     void move(BrowserEvent direction);
     /// Creates a node of the chosen kind below the selected item.
     void create();
+    /// Creates a node of the kind in that row of the table below the first selected item, or beside
+    /// it.
+    void createBelow(int row);
+    void createBeside(int row);
     /// Attaches the node of one item below that of another.
     void attach(HTREEITEM dragged, HTREEITEM target);
+    /// Whether all of the nodes, or copies of them, may be attached below the target's; says why
+    /// not.
+    bool mayAttach(const std::vector<TreeItem*>& items, const TreeItem& target) const;
+    /// Attaches them, as one step.
+    void attachAll(const std::vector<TreeItem*>& items, HTREEITEM target);
     /// Whether the node of an item may be attached below that of another, for a drag: ask as long
     /// as the scene does not change.
     std::function<bool(HTREEITEM target)> dropTest(HTREEITEM dragged) const;
@@ -44,6 +54,7 @@ public:
 private:
     void selectCaretOnly();
     void sendMove(BrowserEvent direction, const TreeItem& item);
+    void createIn(const TreeItem& parent, int row);
     bool mayCreate(const TreeItem& parent, int choice) const;
     std::uint16_t confirmedOpcode(HTREEITEM parent, int choice) const;
     void selectLastChild(HTREEITEM parent, NodeHandle node);

@@ -9,6 +9,7 @@ namespace tessera {
 namespace {
 
 constexpr wchar_t kKey[] = L"Software\\Tessera\\Browser";
+constexpr wchar_t kFollowsSelection[] = L"FollowsSelection";
 constexpr DWORD kLongestText = 128;  // characters
 constexpr int kFarthest = 100'000;   // pixels
 constexpr int kWhole = 1000;
@@ -62,6 +63,19 @@ void saveFormPlace(int dpi, const FormPlace& place) {
     const std::wstring text = base::toWide(formPlaceText(place));
     ::RegSetKeyValueW(HKEY_CURRENT_USER, kKey, valueName(dpi).c_str(), REG_SZ, text.c_str(),
                       static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t)));
+}
+
+bool loadFollowsSelection() {
+    DWORD value = 0;
+    DWORD bytes = sizeof value;
+    return ::RegGetValueW(HKEY_CURRENT_USER, kKey, kFollowsSelection, RRF_RT_REG_DWORD, nullptr,
+                          &value, &bytes) == ERROR_SUCCESS &&
+           value != 0;
+}
+
+void saveFollowsSelection(bool follows) {
+    const DWORD value = follows ? 1 : 0;
+    ::RegSetKeyValueW(HKEY_CURRENT_USER, kKey, kFollowsSelection, REG_DWORD, &value, sizeof value);
 }
 
 }  // namespace tessera

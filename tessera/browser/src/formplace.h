@@ -30,4 +30,8 @@ std::optional<FormPlace> parseFormPlace(std::string_view text);
 std::optional<FormPlace> loadFormPlace(int dpi);
 void saveFormPlace(int dpi, const FormPlace& place);
 
+/// Whether the selection follows the host's, kept in the same place.
+bool loadFollowsSelection();
+void saveFollowsSelection(bool follows);
+
 }  // namespace tessera

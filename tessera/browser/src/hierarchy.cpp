@@ -2,11 +2,15 @@
 
 #include "cgridex.h"
 #include "clientlink.h"
+#include "contextmenus.h"
 #include "editcommands.h"
 #include "formbusy.h"
 #include "formlayout.h"
+#include "nodeclipboard.h"
 #include "propertyside.h"
 #include "selectioncommands.h"
+#include "selectioncount.h"
+#include "selectionfollower.h"
 #include "switchside.h"
 #include "treesearch.h"
 
@@ -15,7 +19,9 @@
 #include <framework/strings.h>
 #include <resources/resource.h>
 
+#include <windowsx.h>
 #include <algorithm>
+
 #include <cstdio>
 #include <new>
 
@@ -62,6 +68,11 @@ Hierarchy::Hierarchy()
       selection_(std::make_unique<SelectionCommands>(*this, tree_, *client_, *properties_)),
       edits_(std::make_unique<EditCommands>(*this, tree_, *client_, *properties_, *selection_)),
       search_(std::make_unique<TreeSearch>(*this, tree_, *layout_, *properties_)),
+      clipboard_(std::make_unique<NodeClipboard>(*this, tree_, *client_, *edits_, *selection_)),
+      count_(std::make_unique<SelectionCount>(*this, tree_)),
+      follower_(std::make_unique<SelectionFollower>(*this, tree_, *client_, *selection_)),
+      menus_(std::make_unique<ContextMenus>(ContextMenus::Parts{
+          *this, tree_, *edits_, *selection_, *clipboard_, *properties_, *search_, *follower_})),
       quiet_(kQuiet) {}
 
 Hierarchy::~Hierarchy() = default;
@@ -88,16 +99,30 @@ bool Hierarchy::OnInitDialog() {
     }
     for (std::size_t i = 0; i < pictures_.size(); ++i)
         pictures_[i].AutoLoad(kPictures[i], Handle());
-    addAboutCommand();
+    addSystemCommands();
+    follower_->initialise();
+    selection_->onFound = [this](std::size_t count) { count_->found(count); };
     layout_->initialise();
     properties_->fit();
     return true;
 }
 
-void Hierarchy::addAboutCommand() {
+void Hierarchy::addSystemCommands() {
     const HMENU menu = ::GetSystemMenu(Handle(), FALSE);
     ::AppendMenuW(menu, MF_SEPARATOR, 0, nullptr);
-    ::AppendMenuW(menu, MF_STRING, IDM_ABOUT, base::toWide(loadString(IDS_ABOUT_COMMAND)).c_str());
+    for (const UINT command : {IDM_FOLLOW, IDM_ABOUT}) ::AppendMenuW(menu, MF_STRING, command, L"");
+    showSystemCommands();
+}
+
+void Hierarchy::showSystemCommands() const {
+    const HMENU menu = ::GetSystemMenu(Handle(), FALSE);
+    const auto show = [menu](UINT command, UINT text, UINT state) {
+        ::ModifyMenuW(menu, command, MF_BYCOMMAND | MF_STRING | state, command,
+                      base::toWide(loadString(text)).c_str());
+    };
+    show(IDM_FOLLOW, IDS_MENU_FOLLOW,
+         (follower_->isOn() ? MF_CHECKED : 0U) | (follower_->canFollow() ? 0U : MF_GRAYED));
+    show(IDM_ABOUT, IDS_ABOUT_COMMAND, 0);
 }
 
 // In place, so that tree, selection and what is open stay. Nothing of a language is left behind but
@@ -109,10 +134,11 @@ void Hierarchy::followLanguage() {
     if (base.cx == 0) return;
     layout_->renew(base);
     search_->arrange();
-    ::ModifyMenuW(::GetSystemMenu(Handle(), FALSE), IDM_ABOUT, MF_BYCOMMAND | MF_STRING, IDM_ABOUT,
-                  base::toWide(loadString(IDS_ABOUT_COMMAND)).c_str());
+    count_->renew();
+    showSystemCommands();
     edits_->nameKinds();
     search_->followLanguage();
+    count_->renew();
     properties_->followLanguage();
     switchSide_->followLanguage();
     Invalidate();
@@ -124,11 +150,20 @@ void Hierarchy::bind(BrowserCallback callback, void* clientData) noexcept {
     client_->bind(callback, clientData);
 }
 
+void Hierarchy::offer(const NodeCommands* commands) noexcept {
+    client_->offer(commands);
+}
+
+void Hierarchy::hostSelectionChanged() {
+    follower_->hostChanged();
+}
+
 void Hierarchy::show(bool shown) {
     if (!shown) {
         properties_->finishTyping();
         switchSide_->hideEditor();
         rememberPlace();
+        follower_->attend(false);
         Hide();
         return;
     }
@@ -138,6 +173,7 @@ void Hierarchy::show(bool shown) {
     tree_.endFilling();
     resetProperties(true);
     Show(SW_SHOWNORMAL);
+    follower_->attend(true);
     ::SetForegroundWindow(Handle());  // also when it was there already, behind another
 }
 
@@ -205,6 +241,7 @@ void Hierarchy::refresh() {
     if (unattended_) stale_ = true;
     properties_->show(nullptr);
     resetProperties(true);
+    follower_->hostChanged();
     diagnostics::log("OnRefresh %s\n", Text(kLongestCaption).c_str());
 }
 
@@ -230,6 +267,7 @@ bool Hierarchy::selectNodeOf(NodeHandle node) {
 // typed for one is lost. Scenes change node by node: only the first change does that.
 void Hierarchy::sceneChanged() {
     stale_ = true;
+    clipboard_->forget();
     changedAt_ = ::GetTickCount64();
     followSceneLater();
     if (!tree_.isUsable() && !properties_->current()) return;
@@ -295,10 +333,26 @@ void Hierarchy::resetProperties(bool enabled) {
 
 LRESULT Hierarchy::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
     const FormBusy busy;
+    if (message == WM_SYSCOMMAND && (wParam & 0xFFF0) == IDM_FOLLOW) {
+        follower_->turn(!follower_->isOn());
+        return 0;
+    }
+    if (message == WM_INITMENU) showSystemCommands();
+    if (message == ContextMenus::kCarryOut) {
+        menus_->carryOut(static_cast<int>(wParam));
+        return 0;
+    }
+    if (message == SelectionFollower::kSettles) {
+        follower_->settle();
+        return 0;
+    }
     if (message == WM_SYSCOMMAND && (wParam & 0xFFF0) == IDM_ABOUT) {
         qofltAboutShow();
         return 0;
     }
+    if (message == WM_CONTEXTMENU &&
+        menus_->show(reinterpret_cast<HWND>(wParam), {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}))
+        return 0;
     if (message == HierarchyTree::kFillingEnds) {
         tree_.endFilling();
         return 0;
@@ -314,6 +368,7 @@ void Hierarchy::OnSize(UINT, int width, int height) {
     Default();
     if (!layout_->follow(width, height)) return;
     search_->arrange();
+    count_->renew();
     properties_->fit();
     Invalidate();
 }
@@ -334,6 +389,7 @@ void Hierarchy::OnClose() {
     switchSide_->closeEditor();
     client_->send(BrowserEvent::kClosed);
     unattended_ = stale_ = true;
+    follower_->attend(false);
     rememberPlace();
     Hide();
 }
@@ -350,6 +406,7 @@ void Hierarchy::OnCancel() {
 
 bool Hierarchy::PreTranslateMessage(MSG& message) {
     const FormBusy busy;
+    if (menus_->onKey(message)) return true;
     if (message.message != WM_KEYDOWN) return false;
     if (message.wParam == VK_ESCAPE && tree_.IsDragging()) {
         tree_.CancelDrag();
@@ -455,6 +512,7 @@ bool Hierarchy::OnSetCursor(HWND under, UINT hitTest, UINT) {
 
 void Hierarchy::splitterMoved() {
     search_->arrange();
+    count_->renew();
     properties_->fit();
     Invalidate();
     Update();
@@ -526,8 +584,13 @@ bool Hierarchy::notifyTree(NMHDR& header, LRESULT& result) {
         }
         case NM_CUSTOMDRAW:
             search_->update();
+            count_->update();
+            follower_->marksSeen();
             result = tree_.Draw(reinterpret_cast<NMTVCUSTOMDRAW&>(header));
             return true;
+        case TVN_ITEMEXPANDEDW:
+            count_->branchToggled();
+            return false;
         case TVN_KEYDOWN:
             if (reinterpret_cast<const NMTVKEYDOWN&>(header).wVKey != VK_F2) return false;
             tree_.EditLabel(tree_.Caret());

@@ -15,10 +15,14 @@
 namespace tessera {
 
 class ClientLink;
+class ContextMenus;
 class EditCommands;
 class FormLayout;
+class NodeClipboard;
 class PropertySide;
 class SelectionCommands;
+class SelectionCount;
+class SelectionFollower;
 class SwitchSide;
 class TreeSearch;
 
@@ -39,6 +43,8 @@ public:
 
     // What the exports do; they are described there.
     void bind(BrowserCallback callback, void* clientData) noexcept;
+    void offer(const NodeCommands* commands) noexcept;
+    void hostSelectionChanged();
     void show(bool shown);
     HTREEITEM addNode(HTREEITEM parent, const char* text, NodeHandle node);
     void deleteNode(HTREEITEM item);
@@ -72,7 +78,8 @@ protected:
     bool PreTranslateMessage(MSG& message) override;
 
 private:
-    void addAboutCommand();
+    void addSystemCommands();
+    void showSystemCommands() const;
     void place();
     FormPlace placeNow() const;
     void rememberPlace();
@@ -96,6 +103,10 @@ private:
     const std::unique_ptr<SelectionCommands> selection_;
     const std::unique_ptr<EditCommands> edits_;
     const std::unique_ptr<TreeSearch> search_;
+    const std::unique_ptr<NodeClipboard> clipboard_;
+    const std::unique_ptr<SelectionCount> count_;
+    const std::unique_ptr<SelectionFollower> follower_;
+    const std::unique_ptr<ContextMenus> menus_;
     std::array<framework::CBitmapButton, 8> pictures_;
     bool stale_ = false;  ///< nodes of the tree may have been deleted
     /// Not shown since it was made or closed: a client need not tell it of the scene.

@@ -4,6 +4,7 @@
 #include "cgridex.h"
 #include "hierarchytree.h"
 #include "switchside.h"
+#include "usermessages.h"
 #include "valuetext.h"
 
 #include <fltkilnutil/actions.h>
@@ -26,6 +27,8 @@ constexpr COLORREF kGridBackground = 0xe0ffff;  // light yellow: blue, green, re
 
 // A comment keeps at most this many characters when it is edited here.
 constexpr int kLongestComment = 8096;
+
+constexpr int kValueColumn = 1;
 
 // An edit control shows only pairs of carriage return and line feed as line ends.
 std::string withLineEnds(const std::string& text) {
@@ -215,6 +218,47 @@ std::optional<int> PropertySide::focusedAttribute() const {
         focus.column > grid_->ColumnCount())
         return std::nullopt;
     return focus.row - 1;
+}
+
+bool PropertySide::hasChosenRows() const {
+    const grid::CellRange chosen = grid_->Selection();
+    return !chosen.IsEmpty() && chosen.first.row >= 1;
+}
+
+bool PropertySide::canReset() const {
+    const grid::CellRange chosen = grid_->Selection();
+    if (!hasChosenRows()) return false;
+    for (int row = chosen.first.row; row <= chosen.last.row; ++row)
+        if (grid_->CanEdit({row, kValueColumn})) return true;
+    return false;
+}
+
+void PropertySide::copyValues(bool withCaptions) const {
+    if (!hasChosenRows()) return beepSimply();
+    const grid::CellRange chosen = grid_->Selection();
+    const int firstColumn = withCaptions ? 0 : kValueColumn;
+    grid_->CopyRange({{chosen.first.row, firstColumn}, {chosen.last.row, kValueColumn}});
+}
+
+void PropertySide::resetValues() {
+    grid_->EndEdit(true);
+    if (!canReset()) return beepSimply();
+    const grid::CellRange chosen = grid_->Selection();
+    const NodeHandle node = tree_.Node(current_);
+    ActionScope scope(Action::kEditAttribute);
+    for (int row = chosen.first.row; row <= chosen.last.row; ++row) {
+        FltAttrGroup* const set = node ? loadAttributes(node) : nullptr;
+        FltAttrDesc* const attribute = set ? attributeAt(*set, row - 1) : nullptr;
+        if (attribute && grid_->CanEdit({row, kValueColumn}))
+            endEdit(row - 1, fltAttrDefault(*set, *attribute));
+    }
+    scope.Commit();
+    showAgain();
+}
+
+POINT PropertySide::belowFocusCell() const {
+    const std::optional<RECT> cell = grid_->CellRect(grid_->FocusCell());
+    return grid_->ToScreen(cell ? POINT{cell->left, cell->bottom} : POINT{});
 }
 
 bool PropertySide::onGridNotify(NMHDR& header, LRESULT& result) {

@@ -60,6 +60,19 @@ public:
     /// The attribute of the grid's focus row, if there is one.
     std::optional<int> focusedAttribute() const;
 
+    // Commands on the selected rows of the grid.
+
+    bool hasChosenRows() const;
+    /// Whether one of them can be edited.
+    bool canReset() const;
+    /// Puts their values on the clipboard, or captions and values.
+    void copyValues(bool withCaptions) const;
+    /// Gives those that can be edited the values of a new node of the kind, as one edit: of the
+    /// current node, or with Global of all selected ones. Beeps when there is none.
+    void resetValues();
+    /// Below the grid's focus cell, on the screen.
+    POINT belowFocusCell() const;
+
     /// A notification of the comment field or the grid; false for any other.
     bool onCommand(int id, UINT code);
     bool onGridNotify(NMHDR& header, LRESULT& result);

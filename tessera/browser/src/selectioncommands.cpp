@@ -8,6 +8,7 @@
 #include <framework/cwaitcursor.h>
 #include <resources/resource.h>
 
+#include <algorithm>
 #include <optional>
 #include <unordered_set>
 
@@ -83,18 +84,102 @@ void SelectionCommands::step(int step) {
     tree_.EnsureVisible(item);
 }
 
-void SelectionCommands::expandSelected(bool expand) {
-    const CWaitCursor wait;
-    const RedrawPause pause(tree_);
+// The selected items without those below another.
+std::vector<TreeItem*> SelectionCommands::selectedTops() const {
     std::vector<TreeItem*> tops;
     for (TreeItem* at = tree_.Model().first(); at;) {
         if (at->selected) tops.push_back(at);
         at = at->selected ? TreeModel::skipping(*at) : TreeModel::following(*at);
     }
+    return tops;
+}
+
+void SelectionCommands::expandSelected(bool expand) {
+    const CWaitCursor wait;
+    const RedrawPause pause(tree_);
+    const std::vector<TreeItem*> tops = selectedTops();
     if (expand)
         tree_.Branches().expandAll(tops);
     else
         tree_.Branches().collapseAll(tops);
+}
+
+void SelectionCommands::expandToLevel(int level) {
+    const CWaitCursor wait;
+    const RedrawPause pause(tree_);
+    tree_.Branches().expandToLevel(selectedTops(), level);
+}
+
+// ---------------------------------------------------------------- one selection for another
+
+void SelectionCommands::selectOnly(HTREEITEM item) {
+    tree_.endFilling();
+    tree_.Selection().click(item, false, false);
+    tree_.EnsureVisible(item);
+}
+
+void SelectionCommands::selectItems(const std::vector<TreeItem*>& items) {
+    if (items.empty() || !tree_.isUsable()) return beepSimply();
+    tree_.endFilling();
+    const HTREEITEM first = items.front()->handle;
+    {
+        const auto bulk = tree_.bulkOperation();
+        const RedrawPause pause(tree_);
+        tree_.Branches().reveal(items);
+        tree_.Selection().selectOnly(first);
+        for (TreeItem* item : items) tree_.Selection().set(*item, true);
+        tree_.EnsureVisible(first);
+    }
+    properties_.show(first);
+    countSelected();
+}
+
+std::vector<TreeItem*> SelectionCommands::firstItemsOf(const std::vector<NodeHandle>& nodes) const {
+    std::unordered_set<NodeHandle> seen;
+    std::vector<TreeItem*> items = itemsOf(nodes);
+    std::erase_if(items, [&](const TreeItem* item) { return !seen.insert(item->node).second; });
+    return items;
+}
+
+void SelectionCommands::selectNodes(const std::vector<NodeHandle>& nodes) {
+    const std::vector<TreeItem*> items = firstItemsOf(nodes);
+    if (!items.empty()) selectItems(items);
+}
+
+void SelectionCommands::selectChildren() {
+    const CWaitCursor wait;
+    std::vector<TreeItem*> items;
+    for (TreeItem* at = tree_.Model().first(); at; at = TreeModel::following(*at))
+        if (at->parent && at->parent->selected) items.push_back(at);
+    selectItems(items);
+}
+
+void SelectionCommands::selectParents() {
+    const CWaitCursor wait;
+    std::vector<TreeItem*> items;
+    for (TreeItem* at = tree_.Model().first(); at; at = TreeModel::following(*at)) {
+        const TreeItem* child = at->firstChild;
+        while (child && !child->selected) child = child->next;
+        if (child) items.push_back(at);
+    }
+    selectItems(items);
+}
+
+void SelectionCommands::selectSameKind() {
+    const CWaitCursor wait;
+    std::vector<std::optional<FltNodeKind>> kinds;
+    for (const TreeItem* item : tree_.Model().selected()) {
+        if (!item->node || !tree_.isUsable()) continue;
+        const std::optional<FltNodeKind> kind = recordKind(item->node);
+        if (std::ranges::find(kinds, kind) == kinds.end()) kinds.push_back(kind);
+    }
+    std::vector<TreeItem*> items;
+    if (!kinds.empty())
+        for (TreeItem* at = tree_.Model().first(); at; at = TreeModel::following(*at))
+            if (at->node && at->parent &&
+                std::ranges::find(kinds, recordKind(at->node)) != kinds.end())
+                items.push_back(at);
+    selectItems(items);
 }
 
 // ---------------------------------------------------------------- the host's selection
@@ -145,10 +230,22 @@ std::vector<TreeItem*> SelectionCommands::itemsOf(const std::vector<NodeHandle>&
 
 void SelectionCommands::selectFromHost() {
     const CWaitCursor wait;
+    selectInstead(hostSelection());
+}
+
+void SelectionCommands::followHost(const std::vector<NodeHandle>& nodes) {
+    std::unordered_set<NodeHandle> selected;
+    for (const TreeItem* item : tree_.Model().selected()) selected.insert(item->node);
+    if (selected == std::unordered_set<NodeHandle>(nodes.begin(), nodes.end())) return;
+    const auto keep = properties_.keepFocus();
+    selectInstead(nodes);
+}
+
+// The caret stays where it is, marked or not.
+void SelectionCommands::selectInstead(const std::vector<NodeHandle>& nodes) {
     HTREEITEM last = nullptr;
     {
         const auto bulk = tree_.bulkOperation();
-        const std::vector<NodeHandle> nodes = hostSelection();
         const RedrawPause pause(tree_);
         tree_.Selection().clear(true);
         const std::vector<TreeItem*> matches = itemsOf(nodes);
@@ -177,16 +274,17 @@ void SelectionCommands::find() {
     const auto bulk = tree_.bulkOperation();
     const RedrawPause pause(tree_);
     tree_.Select(nullptr);
-    markMatches(node, *kind, *attribute);
+    const std::size_t count = markMatches(node, *kind, *attribute);
     tree_.Selection().add(caret, true);
     countSelected();
+    if (onFound) onFound(count);
 }
 
 // Adds to the selection every node of the kind whose attribute has the value that the node has.
-void SelectionCommands::markMatches(NodeHandle node, FltNodeKind kind, int attribute) {
+std::size_t SelectionCommands::markMatches(NodeHandle node, FltNodeKind kind, int attribute) {
     const FltAttrGroup* set = loadAttributes(node);
     const FltAttrDesc* row = set ? attributeAt(*set, attribute) : nullptr;
-    if (!row) return;
+    if (!row) return 0;
     const FltAttrType type = row->type;
     const std::string value = row->value.text();
     std::vector<TreeItem*> matches;
@@ -198,6 +296,7 @@ void SelectionCommands::markMatches(NodeHandle node, FltNodeKind kind, int attri
     }
     for (TreeItem* match : matches) tree_.Selection().set(*match, true);
     tree_.Branches().reveal(matches);
+    return matches.size();
 }
 
 }  // namespace tessera

@@ -56,6 +56,32 @@ void TreeBranches::collapseAll(const std::vector<TreeItem*>& tops) const {
     change(branchesBottomUp(tops), TVE_COLLAPSE);
 }
 
+void TreeBranches::expandToLevel(const std::vector<TreeItem*>& tops, int level) const {
+    std::vector<TreeItem*> open;
+    std::vector<TreeItem*> closed;
+    for (auto top = tops.rbegin(); top != tops.rend(); ++top) {
+        std::vector<std::pair<TreeItem*, int>> branches;
+        int depth = 0;
+        for (TreeItem* at = *top; at;) {
+            if (at->firstChild) branches.emplace_back(at, depth);
+            if (at->firstChild) {
+                at = at->firstChild;
+                ++depth;
+                continue;
+            }
+            while (at != *top && !at->next) {
+                at = at->parent;
+                --depth;
+            }
+            at = at == *top ? nullptr : at->next;
+        }
+        for (auto branch = branches.rbegin(); branch != branches.rend(); ++branch)
+            (branch->second < level ? open : closed).push_back(branch->first);
+    }
+    change(closed, TVE_COLLAPSE);
+    change(open, TVE_EXPAND);
+}
+
 void TreeBranches::reveal(const std::vector<TreeItem*>& items) const {
     change(TreeModel::ancestorsBottomUp(items), TVE_EXPAND);
 }

@@ -22,6 +22,9 @@ public:
     /// has. None of the items may lie below another, and they come in the order of the tree.
     void expandAll(const std::vector<TreeItem*>& tops) const;
     void collapseAll(const std::vector<TreeItem*>& tops) const;
+    /// Opens the branches so far that `level` levels below each of the items are seen, and closes
+    /// what is deeper.
+    void expandToLevel(const std::vector<TreeItem*>& tops, int level) const;
     /// Expands everything above the items.
     void reveal(const std::vector<TreeItem*>& items) const;
 

@@ -33,7 +33,7 @@ void TreeModel::remove(TreeItem& item) {
     (item.next ? item.next->previous : above.lastChild) = item.previous;
     for (TreeItem* gone : bottomUp(item)) {
         while (gone->firstWaiting) dropWaiting(gone);
-        selected_.erase(gone);
+        if (selected_.erase(gone)) ++marks_;
         items_.erase(gone->handle);
         --size_;
     }
@@ -41,6 +41,7 @@ void TreeModel::remove(TreeItem& item) {
 
 void TreeModel::clear() {
     ++changes_;
+    ++marks_;
     selected_.clear();
     items_.clear();
     size_ = 0;
@@ -49,6 +50,7 @@ void TreeModel::clear() {
 
 void TreeModel::keepWaiting() {
     ++changes_;
+    ++marks_;
     TreeItem* const first = top_.firstChild;
     selected_.clear();
     size_ = 0;
@@ -88,6 +90,7 @@ TreeItem* TreeModel::find(BrowserItem handle) {
 }
 
 void TreeModel::setSelected(TreeItem& item, bool selected) {
+    if (item.selected != selected) ++marks_;
     item.selected = selected;
     if (selected)
         selected_.insert(&item);

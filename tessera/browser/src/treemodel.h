@@ -71,6 +71,8 @@ public:
     bool hasWaiting() const noexcept { return items_.size() > size_; }
 
     void setSelected(TreeItem& item, bool selected);
+    /// Another number after selected items have become others.
+    unsigned marks() const noexcept { return marks_; }
     std::size_t selectedCount() const noexcept { return selected_.size(); }
     /// The selected items, in no particular order.
     std::vector<TreeItem*> selected() const { return {selected_.begin(), selected_.end()}; }
@@ -100,6 +102,7 @@ private:
     std::size_t size_ = 0;  ///< without those that wait
     unsigned generation_ = 0;
     unsigned changes_ = 0;
+    unsigned marks_ = 0;
     std::unordered_set<TreeItem*> selected_;
 };
 

@@ -37,6 +37,9 @@ public:
     /// Selects everything below `item`, or unselects it, as the item is.
     void spread(HTREEITEM item);
 
+    /// Selects an item alone, and makes it the caret and the anchor. The parent is not told.
+    void selectOnly(HTREEITEM item);
+
     /// A click on an item, and a step with Shift from the caret to `next`. Both tell the parent.
     void click(HTREEITEM item, bool shift, bool control);
     void extendTo(HTREEITEM next);
@@ -57,7 +60,6 @@ private:
     void walkVisible(const std::vector<TreeItem*>& wanted, Visit visit) const;
     void selectRange(HTREEITEM item);
     void toggle(HTREEITEM item);
-    void selectOnly(HTREEITEM item);
 
     CTreeCtrlEx& tree_;
     HTREEITEM caret_ = nullptr;  ///< as last seen, to know whose mark the control removed

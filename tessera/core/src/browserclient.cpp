@@ -1,6 +1,8 @@
 #include <tessera/browserclient.h>
 
 #include "browserfill.h"
+#include "nodecommands.h"
+#include "ownedit.h"
 #include "siblingorder.h"
 #include "treenodes.h"
 
@@ -24,11 +26,6 @@ using fltkilnutil::Action, fltkilnutil::ActionScope;
 constexpr const char* kSource = "avfltpanel";
 constexpr int kClientLine = 483;
 
-/// While it is set, scene changes are our own, and the browser shows them already.
-bool sceneChangesSuppressed = false;
-/// Whether there were any.
-bool hasChangedScene = false;
-
 /// The scene changes that make the browser's tree or grid stale, in the order of registration. An
 /// undo may have changed attributes, of which nothing else tells.
 constexpr int kFollowedNotifications[] = {
@@ -42,16 +39,13 @@ void onSceneChange(void*, NotifyInfo* change) {
         forgetAllNodes();
         zufltguisettitle(nullptr);  // the file that was imported is no longer what is shown
     }
-    if (sceneChangesSuppressed)
-        hasChangedScene = true;
-    else
-        zufltguiSceneChanged();
+    if (!OwnEdit::takes()) zufltguiSceneChanged();
 }
 
 void followScene() {
     for (const int code : kFollowedNotifications)
         RegisterNotification(onSceneChange, nullptr, code);
-    sceneChangesSuppressed = false;
+    OwnEdit::reset();
 }
 
 NodeHandle handleOf(INode* node) {
@@ -200,17 +194,6 @@ void act(const Event& event) {
     }
 }
 
-bool isOfKind(INode* node, FltNodeKind kind) {
-    FltNodeKind stored;
-    return fltGetKind(node, false, stored) && stored == kind;
-}
-
-bool holdsDefinition(INode* top) {
-    return !ForEachInSubtree(top, [](INode& node) {
-        return isOfKind(&node, FltNodeKind::InstanceDef) ? WalkStep::kEnd : WalkStep::kOn;
-    });
-}
-
 /// Whether the edit concerns more items than those it is made on: nodes that references list as
 /// well, the children of a reference, which are not listed, or what references find.
 bool concernsOtherItems(const Event& event) {
@@ -218,33 +201,14 @@ bool concernsOtherItems(const Event& event) {
     const INode* const parent = event.first->GetParentNode();
     switch (event.code) {
         case BrowserEvent::kAttach:
-            return isListed(parent) || isListed(event.second) ||
-                   isOfKind(event.second, FltNodeKind::InstanceRef) || holdsDefinition(event.first);
+            return isListed(parent) || isListed(event.second) || isReference(event.second) ||
+                   holdsDefinition(event.first);
         case BrowserEvent::kCreate:
-            return isListed(event.first) || isOfKind(event.first, FltNodeKind::InstanceRef);
+            return isListed(event.first) || isReference(event.first);
         default:
             return isListed(parent);
     }
 }
-
-/// An edit of the scene by the browser, which shows it by itself. Where that is not enough, the
-/// tree is filled again when the edit is over, even if it failed half way.
-class OwnEdit {
-public:
-    explicit OwnEdit(const Event& event) : concernsOtherItems_(concernsOtherItems(event)) {
-        hasChangedScene = false;
-        sceneChangesSuppressed = true;
-    }
-    ~OwnEdit() {
-        sceneChangesSuppressed = false;
-        if (concernsOtherItems_ && hasChangedScene) zufltguirefresh();
-    }
-    OwnEdit(const OwnEdit&) = delete;
-    OwnEdit& operator=(const OwnEdit&) = delete;
-
-private:
-    const bool concernsOtherItems_;
-};
 
 }  // namespace
 
@@ -261,7 +225,7 @@ void browserClient(BrowserEvent event, BrowserItem first, BrowserItem second,
                          argument,
                          argument2};
         if (editsScene(event)) {
-            const OwnEdit ownEdit(sent);
+            const OwnEdit ownEdit(concernsOtherItems(sent));
             edit(sent);
         } else {
             act(sent);
@@ -271,12 +235,15 @@ void browserClient(BrowserEvent event, BrowserItem first, BrowserItem second,
 }
 
 std::int32_t createBrowser(Interface& host) {
-    return _zufltguicreate(host.GetKilnHWND(), browserClient, 0, &host);
+    const std::int32_t status = _zufltguicreate(host.GetKilnHWND(), browserClient, 0, &host);
+    offerNodeCommands(status == kBrowserDone ? &kNodeCommands : nullptr);
+    return status;
 }
 
 void leaveScene() noexcept {
     for (const int code : kFollowedNotifications)
         UnRegisterNotification(onSceneChange, nullptr, code);
+    leaveSelection();
     forgetAllNodes();  // what happens to them from now on is not seen
 }
 

@@ -8,6 +8,7 @@
 // them throws: what fails inside is the function's plain failure.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 // The platform's own names. NOLINTBEGIN(bugprone-reserved-identifier)
@@ -64,6 +65,30 @@ enum class BrowserEvent : std::uint32_t {
 using BrowserCallback = void (*)(BrowserEvent event, BrowserItem first, BrowserItem second,
                                  std::uintptr_t argument, std::uintptr_t argument2,
                                  void* clientData);
+
+/// What a client may offer beyond the events. `remove` and `copy` are one step each that can be
+/// undone, happen as a whole or not at all, and show in the tree what they have done. Their items
+/// have nodes and are not at the top level; none of those to delete or to copy lies below another.
+struct NodeCommands {
+    /// Deletes the items' nodes with everything below them. False when nothing was deleted.
+    bool (*remove)(const BrowserItem* items, std::size_t count, void* clientData);
+    /// Copies each item's node with everything below it, as the last child of the node of the item
+    /// in `parents` (`beside`: that is the node's own parent). `made` takes the copies' handles.
+    /// False when nothing was copied.
+    bool (*copy)(const BrowserItem* items, const BrowserItem* parents, std::size_t count,
+                 bool beside, NodeHandle* made, void* clientData);
+    /// Has the form told of changes of the host's selection (`hostSelectionChanged`), or no longer.
+    void (*watchSelection)(bool watch, void* clientData);
+    /// How many nodes are selected in the host; as many of them as there is room for go to `nodes`.
+    std::size_t (*selected)(NodeHandle* nodes, std::size_t room, void* clientData);
+};
+
+/// Has the form, if there is one, offer these commands of its client (null: none), until another
+/// client is bound. The struct is kept by address.
+void offerNodeCommands(const NodeCommands* commands) noexcept;
+
+/// The host's selection has changed.
+void hostSelectionChanged() noexcept;
 
 /// The results of `_zufltguicreate`.
 enum BrowserStatus : std::int32_t {
