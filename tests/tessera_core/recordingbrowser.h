@@ -42,7 +42,7 @@ struct RecordingBrowser {
     int refreshes = 0;
     int resets = 0;
     int selectionChanges = 0;  ///< of the host
-    int beeps = 0;  ///< of the client
+    int beeps = 0;             ///< of the client
     std::string title;
     tessera::BrowserCallback callback = nullptr;
     void* clientData = nullptr;
