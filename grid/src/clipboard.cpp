@@ -2,59 +2,10 @@
 // holds either, or a quote, stands in double quotes with its own quotes doubled.
 #include "tabbedtext.h"
 
-#include <base/utf16.h>
+#include <framework/clipboard.h>
 #include <grid/cgridctrl.h>
 
-#include <cstring>
-
 namespace grid {
-
-namespace {
-
-class OpenClipboardScope {
-public:
-    explicit OpenClipboardScope(HWND owner) noexcept : open_(::OpenClipboard(owner)) {}
-    ~OpenClipboardScope() {
-        if (open_) ::CloseClipboard();
-    }
-    OpenClipboardScope(const OpenClipboardScope&) = delete;
-    OpenClipboardScope& operator=(const OpenClipboardScope&) = delete;
-    explicit operator bool() const noexcept { return open_; }
-
-private:
-    bool open_;
-};
-
-bool putOnClipboard(HWND owner, const std::string& text) {
-    const std::wstring wide = base::toWide(text);
-    const size_t bytes = (wide.size() + 1) * sizeof(wchar_t);
-    const OpenClipboardScope clipboard(owner);
-    if (!clipboard) return false;
-    const HGLOBAL memory = ::GlobalAlloc(GMEM_MOVEABLE, bytes);
-    if (!memory) return false;
-    if (void* const place = ::GlobalLock(memory)) {
-        std::memcpy(place, wide.c_str(), bytes);
-        ::GlobalUnlock(memory);
-        ::EmptyClipboard();
-        if (::SetClipboardData(CF_UNICODETEXT, memory)) return true;
-    }
-    ::GlobalFree(memory);
-    return false;
-}
-
-std::string textFromClipboard(HWND owner) {
-    const OpenClipboardScope clipboard(owner);
-    const HANDLE memory = clipboard ? ::GetClipboardData(CF_UNICODETEXT) : nullptr;
-    const void* const place = memory ? ::GlobalLock(memory) : nullptr;
-    if (!place) return {};
-    const std::wstring_view whole(static_cast<const wchar_t*>(place),
-                                  ::GlobalSize(memory) / sizeof(wchar_t));
-    std::string text = base::toUtf8(whole.substr(0, whole.find(L'\0')));
-    ::GlobalUnlock(memory);
-    return text;
-}
-
-}  // namespace
 
 std::string CGridCtrl::RangeText(const CellRange& range) const {
     std::string text;
@@ -92,7 +43,7 @@ bool CGridCtrl::Copy() const {
 }
 
 bool CGridCtrl::CopyRange(const CellRange& range) const {
-    return !range.IsEmpty() && putOnClipboard(Handle(), RangeText(range));
+    return !range.IsEmpty() && framework::putOnClipboard(Handle(), RangeText(range));
 }
 
 bool CGridCtrl::Cut() {
@@ -101,7 +52,7 @@ bool CGridCtrl::Cut() {
 
 bool CGridCtrl::Paste() {
     if (selection_.IsEmpty() || !editable_) return false;
-    const std::string text = textFromClipboard(Handle());
+    const std::string text = framework::textFromClipboard(Handle());
     const auto rows = splitTabs(text);
     if (rows.empty()) return false;
     if (rows.size() == 1 && rows.front().size() == 1)

@@ -46,6 +46,7 @@ struct Core::Impl final : Interface, IUtil, SceneListener {
 
     TimeValue GetTime() const override { return time; }
     void RedrawViews(TimeValue t, DWORD flags, Animatable* changed) override;
+    void ZoomToSelection() override;
 
     HWND GetKilnHWND() const override;
     HWND AddRollupPage(HINSTANCE module, int dialogId, DLGPROC dialogProcedure, const char* title,

@@ -200,6 +200,10 @@ void Core::Impl::RedrawViews(TimeValue t, DWORD flags, Animatable* changed) {
     window->redrawViews(t, flags, changed);
 }
 
+void Core::Impl::ZoomToSelection() {
+    window->zoomToSelection();
+}
+
 HWND Core::Impl::GetKilnHWND() const {
     return window->mainWindow();
 }

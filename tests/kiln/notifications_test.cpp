@@ -230,6 +230,7 @@ TEST_F(NotificationsTest, AcceleratorsAreASwitch) {
     EXPECT_EQ(host.GetKilnHWND(), nullptr);
     EXPECT_EQ(host.AddRollupPage(nullptr, 1, nullptr, "page"), nullptr);
     host.RedrawViews(0);
+    host.ZoomToSelection();
 }
 
 }  // namespace

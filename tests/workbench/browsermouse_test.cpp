@@ -58,7 +58,7 @@ protected:
     }
 
     void openBrowser() {
-        const HWND utility = ::FindWindowExW(panel_, nullptr, L"Button", nullptr);
+        const HWND utility = ::FindWindowExW(panel_, nullptr, L"Button", L"Aviary (C)");
         ASSERT_NE(utility, nullptr);
         push(utility);
         ASSERT_TRUE(eventually([this] { return page() && ::IsWindowVisible(page()); }));

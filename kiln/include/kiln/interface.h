@@ -92,6 +92,9 @@ public:
     /// sees (`SceneWatch`). `changed` names what changed, null for anything.
     virtual void RedrawViews(TimeValue t, DWORD flags = REDRAW_NORMAL,
                              Animatable* changed = nullptr) = 0;
+    /// Has the active viewport show what is selected, as large as it fits; everything where nothing
+    /// with a size is selected.
+    virtual void ZoomToSelection() = 0;
 
     // Windows. All of these do nothing, and return null, in a host without windows.
 

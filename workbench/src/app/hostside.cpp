@@ -1,6 +1,7 @@
 #include "hostside.h"
 
 #include "../ui/commandpanel.h"
+#include "../ui/viewport.h"
 #include "statustexts.h"
 #include "utilities.h"
 
@@ -9,8 +10,13 @@ using framework::CWnd;
 namespace workbench {
 
 HostSide::HostSide(kiln::Core& core, CWnd& window, CommandPanel& panel, StatusTexts& status,
-                   Utilities& utilities)
-    : core_(core), window_(window), panel_(panel), status_(status), utilities_(utilities) {
+                   Utilities& utilities, Viewport& viewport)
+    : core_(core),
+      window_(window),
+      panel_(panel),
+      status_(status),
+      utilities_(utilities),
+      viewport_(viewport) {
     core_.setHostWindow(this);
 }
 
@@ -30,6 +36,10 @@ void HostSide::deleteRollupPage(HWND page) {
 
 void HostSide::rollupMouseMessage(HWND page, UINT message, WPARAM wParam, LPARAM lParam) {
     panel_.rollupMouse(page, message, wParam, lParam);
+}
+
+void HostSide::zoomToSelection() {
+    viewport_.viewSelected();
 }
 
 void HostSide::pushPrompt(const char* text) {

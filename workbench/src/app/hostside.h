@@ -9,13 +9,14 @@ namespace workbench {
 class CommandPanel;
 class StatusTexts;
 class Utilities;
+class Viewport;
 
 /// Is the core's window side while it lives.
 class HostSide : public kiln::HostWindow {
 public:
     /// All of them outlive this.
     HostSide(kiln::Core& core, framework::CWnd& window, CommandPanel& panel, StatusTexts& status,
-             Utilities& utilities);
+             Utilities& utilities, Viewport& viewport);
     ~HostSide() override;
 
     HWND mainWindow() override { return window_.Handle(); }
@@ -23,6 +24,7 @@ public:
                        LPARAM param, DWORD flags, int category) override;
     void deleteRollupPage(HWND page) override;
     void rollupMouseMessage(HWND page, UINT message, WPARAM wParam, LPARAM lParam) override;
+    void zoomToSelection() override;
     void pushPrompt(const char* text) override;
     void utilityChanged(ClassDesc* utility) override;
 
@@ -32,6 +34,7 @@ private:
     CommandPanel& panel_;
     StatusTexts& status_;
     Utilities& utilities_;
+    Viewport& viewport_;
 };
 
 }  // namespace workbench

@@ -76,7 +76,7 @@ MainWindow::MainWindow(kiln::Core& core, Settings& settings)
                  [this] { showGuide(); }, [this] { togglePickWholes(); },
                  [this](base::Language language) { speak(language); }}),
       menu_(*this, core, panes_.viewport(), scripts_),
-      hostSide_(core, *this, panes_.panel(), status_, utilities_),
+      hostSide_(core, *this, panes_.panel(), status_, utilities_, panes_.viewport()),
       notifications_(
           {NOTIFY_SCENE_PRE_CLEAR, NOTIFY_SCENE_NEW, NOTIFY_SCENE_RESET, NOTIFY_SCENE_OPENED,
            NOTIFY_SCENE_SAVED, NOTIFY_SELECTION_CHANGED, NOTIFY_HISTORY_CHANGED},

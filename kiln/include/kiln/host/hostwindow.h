@@ -32,6 +32,8 @@ public:
     virtual void redrawViews(TimeValue t, DWORD flags, Animatable* changed) {
         (void)t, (void)flags, (void)changed;
     }
+    /// The active viewport is to show what is selected.
+    virtual void zoomToSelection() {}
     /// What `node` shows has changed; a redraw follows when the caller wants one.
     virtual void nodeInvalidated(INode* node) { (void)node; }
     virtual void acceleratorsChanged(bool enabled) { (void)enabled; }
