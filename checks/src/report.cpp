@@ -6,11 +6,14 @@
 namespace checks {
 
 std::string Finding::text(base::Language language) const {
+    return filled(sentenceOf(rule, language));
+}
+
+std::string Finding::filled(std::string_view sentence) const {
     // A sentence has at most four places.
     std::array<std::string_view, 4> filling;
     for (std::size_t i = 0; i < filling.size() && i < values.size(); ++i) filling[i] = values[i];
-    return base::fillText(sentenceOf(rule, language),
-                          {filling[0], filling[1], filling[2], filling[3]});
+    return base::fillText(sentence, {filling[0], filling[1], filling[2], filling[3]});
 }
 
 std::uint64_t Report::countOf(Severity severity, const Target& checked) const noexcept {
@@ -20,9 +23,30 @@ std::uint64_t Report::countOf(Severity severity, const Target& checked) const no
     return sum;
 }
 
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// Names may be any bytes.
+std::string textOf(const Json& json) {
+    return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+}
+
+Json arrayOf(const std::vector<Damage>& damages) {
+    Json array = Json::array();
+    for (const Damage& damage : damages)
+        array.push_back({{"offset", damage.offset}, {"text", damage.text}});
+    return array;
+}
+
+}  // namespace
+
+std::string damagesToJson(const std::vector<Damage>& damages, const std::string& subject) {
+    return textOf({{"subject", subject}, {"damage", arrayOf(damages)}});
+}
+
 std::string toJson(const Report& report, const Target& target, const std::string& subject,
                    const char* placeName) {
-    using Json = nlohmann::ordered_json;
     const Statistics& figures = report.statistics;
     Json rules = Json::array();
     for (const RuleInfo& rule : catalogue()) {
@@ -61,10 +85,10 @@ std::string toJson(const Report& report, const Target& target, const std::string
                          {"materials", figures.materials},
                          {"lowest", figures.lowest},
                          {"highest", figures.highest}}},
+                       {"damage", arrayOf(report.damages)},
                        {"rules", rules},
                        {"findings", findings}};
-    // Names may be any bytes.
-    return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+    return textOf(json);
 }
 
 }  // namespace checks

@@ -13,7 +13,7 @@ _fltool() {
         local options=--help
         case $command in
         dump) options='--help --json --opcode' ;;
-        check) options='--help --target' ;;
+        check) options='--help --target --json' ;;
         convert) options='--help --revision' ;;
         esac
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")

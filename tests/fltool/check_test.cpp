@@ -1,5 +1,8 @@
 #include "files.h"
 
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
 #include <tuple>
 
 namespace {
@@ -154,6 +157,31 @@ TEST(CheckTest, AddsWhatATargetAsksFor) {
     EXPECT_EQ(refused.code, 2);
     EXPECT_EQ(refused.out, "");
     EXPECT_NE(refused.error.find("line 2"), std::string::npos) << refused.error;
+}
+
+TEST(CheckTest, PrintsOneJsonObject) {
+    using Json = nlohmann::json;
+    const Folder folder;
+    // A level that nobody closes.
+    const std::string file =
+        folder.write("open.flt", kHeader + "000A 0004 " + "0002 0020 'g1':8 00:20");
+    const Outcome plain = runTool({"check", "--json", file});
+    EXPECT_EQ(plain.code, 1);
+    const Json damage = Json::array({{{"offset", 324}, {"text", "FLT_PUSH_LEVEL: without a pop"}}});
+    EXPECT_EQ(Json::parse(plain.out), Json({{"subject", file}, {"damage", damage}}));
+
+    const Outcome whole = runTool({"check", "--json", "--target", "15.7", file});
+    EXPECT_EQ(whole.code, 1);
+    const Json report = Json::parse(whole.out);
+    EXPECT_EQ(report["damage"], damage);
+    EXPECT_EQ(report["counts"]["errors"], 1);
+    EXPECT_EQ(report["statistics"]["nodes"], 2);
+    const auto found = std::ranges::find(report["findings"], "GROUP_EMPTY",
+                                         [](const Json& finding) { return finding["code"]; });
+    ASSERT_NE(found, report["findings"].end()) << whole.out;
+    EXPECT_EQ((*found)["offset"], 328);
+    EXPECT_EQ((*found)["node"], "g1");
+    EXPECT_EQ((*found)["severity"], "hint");
 }
 
 }  // namespace

@@ -16,6 +16,8 @@
 #include <memory>
 #include <optional>
 #include <ostream>
+#include <utility>
+#include <vector>
 
 namespace fltool {
 
@@ -48,9 +50,9 @@ class Checker {
     using Step = FltLevelWalk<Level>::Step;
 
 public:
-    Checker(std::span<const std::uint8_t> bytes, std::ostream& out) : reader_(bytes), out_(out) {}
+    explicit Checker(std::span<const std::uint8_t> bytes) : reader_(bytes) {}
 
-    std::size_t run(std::size_t size) {
+    std::vector<checks::Damage> run(std::size_t size) {
         Progress progress(size, true);
         try {
             while (reader_.next()) {
@@ -61,7 +63,7 @@ public:
         } catch (const FltFileError& error) {
             report(error.offset(), error.what());
         }
-        return findings_;
+        return std::move(found_);
     }
 
 private:
@@ -185,13 +187,11 @@ private:
         report(reader_.offset(), std::string(fltRecordName(reader_.opcode())) + ": " + finding);
     }
     void report(std::size_t offset, const std::string& finding) {
-        out_ << offset << ": " << finding << '\n';
-        ++findings_;
+        found_.push_back({offset, finding});
     }
 
     FltFileReader reader_;
-    std::ostream& out_;
-    std::size_t findings_ = 0;
+    std::vector<checks::Damage> found_;
     bool first_ = true;
     std::uint16_t continued_ = 0;  ///< the latest record that is no continuation
     VertexPalette palette_;
@@ -202,28 +202,47 @@ private:
     FltToken layout_;
 };
 
-}  // namespace
-
-std::size_t check(const std::string& file, std::ostream& out) {
-    const FltFileBytes bytes = FltFileBytes::load(file);
-    return Checker(bytes.bytes(), out).run(bytes.bytes().size());
+void print(const std::vector<checks::Damage>& damages, std::ostream& out) {
+    for (const checks::Damage& damage : damages)
+        out << damage.offset << ": " << damage.text << '\n';
 }
 
-std::size_t checkFor(const std::string& file, const std::string& targetName, std::ostream& out) {
-    const checks::Target target = checks::findTarget(targetName);
-    const FltFileBytes bytes = FltFileBytes::load(file);
-    const std::size_t damages = Checker(bytes.bytes(), out).run(bytes.bytes().size());
-    checks::FileSource source(bytes.bytes(), file);
-    checks::Check check(source, target);
-    check.finish();
-    const checks::Report& report = check.report();
+void print(const checks::Report& report, std::ostream& out) {
+    print(report.damages, out);
     for (const checks::Finding& finding : report.findings) {
         out << finding.place << ": " << nameOf(finding.severity) << ' '
             << infoOf(finding.rule).code;
         if (!finding.node.empty()) out << ' ' << finding.node;
         out << ": " << finding.text(base::Language::kEnglish) << '\n';
     }
-    return damages + static_cast<std::size_t>(report.countOf(checks::Severity::kError, target));
+}
+
+}  // namespace
+
+std::size_t check(const CheckOptions& options, std::ostream& out) {
+    // A target that cannot be used is told before the file is read.
+    std::optional<checks::Target> target;
+    if (!options.target.empty()) target = checks::findTarget(options.target);
+    const FltFileBytes bytes = FltFileBytes::load(options.file);
+    std::vector<checks::Damage> damages = Checker(bytes.bytes()).run(bytes.bytes().size());
+    if (!target) {
+        if (options.json)
+            out << checks::damagesToJson(damages, options.file);
+        else
+            print(damages, out);
+        return damages.size();
+    }
+    checks::FileSource source(bytes.bytes(), options.file);
+    checks::Check check(source, *target);
+    check.finish();
+    checks::Report report = check.report();
+    report.damages = std::move(damages);
+    if (options.json)
+        out << checks::toJson(report, *target, options.file, "offset");
+    else
+        print(report, out);
+    return report.damages.size() +
+           static_cast<std::size_t>(report.countOf(checks::Severity::kError, *target));
 }
 
 }  // namespace fltool

@@ -39,7 +39,7 @@ struct CommandLine {
     std::vector<int> opcodes;
     ConvertOptions convertOptions;
     std::string file;
-    std::string target;
+    CheckOptions checkOptions;
 
     CommandLine() {
         app.require_subcommand(1);
@@ -59,10 +59,11 @@ struct CommandLine {
 
         addFile(*checkCommand, "FILE", file, "The file to check");
         checkCommand
-            ->add_option("--target", target,
+            ->add_option("--target", checkOptions.target,
                          "Also what this target asks for: \"general\", \"15.8\" or another "
                          "built-in one, or a JSON file")
             ->type_name("NAME|FILE");
+        checkCommand->add_flag("--json", checkOptions.json, "One JSON object with all findings");
         checkCommand->footer(
             "Exit code: 0 clean, 1 findings (with a target: damage or errors), 2 the file cannot "
             "be read.");
@@ -100,9 +101,8 @@ struct CommandLine {
                 dumpOptions.opcodes.insert(static_cast<std::uint16_t>(opcode));
             dump(dumpOptions, out, notes);
         } else if (checkCommand->parsed()) {
-            const std::size_t findings =
-                target.empty() ? check(file, out) : checkFor(file, target, out);
-            if (findings > 0) return kFindings;
+            checkOptions.file = file;
+            if (check(checkOptions, out) > 0) return kFindings;
         } else if (convertCommand->parsed()) {
             convert(convertOptions, out, notes);
         } else {

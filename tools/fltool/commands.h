@@ -31,14 +31,16 @@ void noteStrayBytes(std::size_t count, std::ostream& notes);
 /// read. One line on `notes` for what was left out at the file's end.
 void dump(const DumpOptions& options, std::ostream& out, std::ostream& notes);
 
-/// Prints one line per finding. Gives their number. Throws `std::system_error` for a file that
-/// cannot be read; damage is a finding.
-std::size_t check(const std::string& file, std::ostream& out);
+struct CheckOptions {
+    std::string file;
+    std::string target;  ///< its name, or a JSON file (UTF-8 path); empty for none
+    bool json = false;
+};
 
-/// The same, and what the rules of a target (its name, or a JSON file) find: one line each, with
-/// the rule's code and severity. Gives the number of findings that are errors, those of `check`
-/// being some. Throws also `checks::TargetError`.
-std::size_t checkFor(const std::string& file, const std::string& target, std::ostream& out);
+/// Prints one line per finding, or one JSON object: damage, and what the rules of the target find,
+/// with the rule's code and severity. Gives the number of findings that are errors; all damage is.
+/// Throws `std::system_error` for a file that cannot be read and `checks::TargetError`.
+std::size_t check(const CheckOptions& options, std::ostream& out);
 
 struct ConvertOptions {
     std::string input;

@@ -23,6 +23,8 @@ struct Finding {
 
     /// The rule's sentence with the values.
     std::string text(base::Language language) const;
+    /// The same with the sentence at hand (`sentenceOf`), for who words many.
+    std::string filled(std::string_view sentence) const;
 };
 
 /// Figures of what was checked.
@@ -44,8 +46,15 @@ struct Statistics {
     std::array<double, 3> highest{};
 };
 
+/// What is not as the format says, at an offset of a file.
+struct Damage {
+    std::uint64_t offset = 0;
+    std::string text;
+};
+
 struct Report {
     std::string target;
+    std::vector<Damage> damages;  ///< of a file, in its order
     std::vector<Finding>
         findings;  ///< in the order of the nodes; of a rule so many as the target says
     std::array<std::uint64_t, 256> counts{};  ///< by rule, of all that was found
@@ -62,5 +71,7 @@ struct Report {
 /// what a finding's place is called ("offset" or "handle").
 std::string toJson(const Report& report, const Target& target, const std::string& subject,
                    const char* placeName);
+/// Damages alone, where nothing else was looked for.
+std::string damagesToJson(const std::vector<Damage>& damages, const std::string& subject);
 
 }  // namespace checks

@@ -3,6 +3,7 @@
 #include <base/replacefile.h>
 #include <checks/check.h>
 #include <checks/mends.h>
+#include <checks/query.h>
 #include <checks/scenesource.h>
 #include <kiln/fptable.h>
 #include <kiln/kiln.h>
@@ -119,6 +120,35 @@ void targets(const FPParams&, FPValue& result) {
     result.SetStrings(targetNames());
 }
 
+/// What the last query has found, by their handles: nodes may go meanwhile.
+std::vector<DWORD>& lastFound() {
+    static std::vector<DWORD> handles;
+    return handles;
+}
+
+void findNodes(const FPParams& params, FPValue& result) {
+    const std::vector<INode*> nodes = Query(textOf(params[0])).find(host());
+    std::vector<DWORD> handles;
+    for (const INode* const node : nodes) handles.push_back(node->GetHandle());
+    lastFound() = std::move(handles);
+    result.SetInt(countOf(nodes.size()));
+}
+
+void foundNode(const FPParams& params, FPValue& result) {
+    const std::vector<DWORD>& found = lastFound();
+    if (params[0].i < 1 || static_cast<std::size_t>(params[0].i) > found.size())
+        throw Refusal("there is no found node " + std::to_string(params[0].i) + " of " +
+                      std::to_string(found.size()));
+    result.SetNode(host().GetINodeByHandle(found[static_cast<std::size_t>(params[0].i) - 1]));
+}
+
+void selectFound(const FPParams&, FPValue& result) {
+    host().ClearNodeSelection();
+    for (const DWORD handle : lastFound())
+        if (INode* const node = host().GetINodeByHandle(handle)) host().SelectNode(node, false);
+    result.SetInt(host().GetSelNodeCount());
+}
+
 // ---------------------------------------------------------------- publishing
 
 constexpr FPParamDesc kIndex{"index", TYPE_INT};
@@ -134,6 +164,9 @@ constexpr FPTableRow kRows[] = {
     {7, "mend", TYPE_BOOL, mendFinding, {kIndex}},
     {8, "save", TYPE_VOID, save, {{"file", TYPE_STRING}}},
     {9, "targets", TYPE_STRING_TAB, targets},
+    {10, "findNodes", TYPE_INT, findNodes, {{"query", TYPE_STRING}}},
+    {11, "foundNode", TYPE_INODE, foundNode, {kIndex}},
+    {12, "selectFound", TYPE_INT, selectFound},
 };
 
 // Published when the module is loaded.

@@ -23,6 +23,8 @@ namespace {
 
 // What buttons of plug-ins say.
 using Labels = std::initializer_list<const wchar_t*>;
+constexpr Labels kEditHierarchy = {L"Edit Hierarchy/Attributes", L"修改层次/属性"};
+constexpr Labels kCheckScene = {L"Check &scene...", L"检查场景(&S)..."};
 constexpr Labels kExpand = {L"Expand", L"展开"};
 constexpr Labels kTool = {L"Tool", L"工具"};
 constexpr Labels kMostDetail = {L"最大细节", L"Most detail"};
@@ -169,6 +171,7 @@ int Walk::run() {
     step("picture of the tool", [this] { return shootTool(); });
     step("picture of the about box", [this] { return shootAbout(); });
     step("undo everything, and redo it", [this] { return undoAll(); });
+    step("check the scene", [this] { return shootCheck(); });
     step("export, and open what was exported", [this] { return exportAndOpen(); });
     if (!script_.empty()) step("run the script", [this] { return runScript(); });
     if (!failed_) say(summary_);
@@ -219,15 +222,30 @@ kiln::Status Walk::openFile() {
 }
 
 kiln::Status Walk::openUtility() {
-    const std::vector<ClassDesc*> all = kiln::classesOf(UTILITY_CLASS_ID);
-    ClassDesc* wanted = utility_.empty() ? (all.empty() ? nullptr : all.front())
-                                         : window_.utilities().named(utility_);
+    if (utility_.empty())
+        return openUtilityWith(kEditHierarchy)
+                   ? kiln::Status()
+                   : kiln::Status::failure("no utility edits the hierarchy");
+    ClassDesc* const wanted = window_.utilities().named(utility_);
     if (!wanted) return kiln::Status::failure("there is no such utility");
-    if (!window_.panel().pressUtility(wanted->ClassName()))
+    return openUtility(*wanted);
+}
+
+kiln::Status Walk::openUtility(ClassDesc& wanted) {
+    if (!window_.panel().pressUtility(wanted.ClassName()))
         return kiln::Status::failure("the panel has no button for it");
     settle();
-    if (window_.core().openedUtility() != wanted) return kiln::Status::failure("it did not open");
+    if (window_.core().openedUtility() != &wanted) return kiln::Status::failure("it did not open");
     return require(window_.panel().firstPage() != nullptr, "it has no rollup page");
+}
+
+// The button of the first utility whose page has one that says so.
+HWND Walk::openUtilityWith(Labels labels) {
+    for (ClassDesc* const utility : kiln::classesOf(UTILITY_CLASS_ID)) {
+        if (window_.core().openedUtility() != utility && !openUtility(*utility).ok()) continue;
+        if (const HWND button = buttonSaying(window_.panel().firstPage(), labels)) return button;
+    }
+    return nullptr;
 }
 
 kiln::Status Walk::openBrowser() {
@@ -324,6 +342,26 @@ kiln::Status Walk::shootAbout() {
     ::SetActiveWindow(window_.Handle());
     window_.run(CMD_HELP_ABOUT_UTILITY);
     ::KillTimer(nullptr, timer);
+    return status;
+}
+
+// The check runs beside the messages of the host; its list has the size of what it found.
+kiln::Status Walk::shootCheck() {
+    const HWND button = openUtilityWith(kCheckScene);
+    if (!button) {
+        say("    no plug-in checks scenes");
+        return {};
+    }
+    if (kiln::Status pressed = press(button); !pressed.ok()) return pressed;
+    const HWND checks = ::GetActiveWindow();
+    const HWND list = ::FindWindowExW(checks, nullptr, WC_LISTVIEWW, nullptr);
+    if (!list) return kiln::Status::failure("no window with a list appeared");
+    const ULONGLONG start = ::GetTickCount64();
+    while (::SendMessageW(list, LVM_GETITEMCOUNT, 0, 0) == 0 &&
+           ::GetTickCount64() - start < kPatience)
+        settle();
+    kiln::Status status = shot("12-check");
+    ::SendMessageW(checks, WM_CLOSE, 0, 0);
     return status;
 }
 

@@ -6,7 +6,10 @@
 #include <workbench/texts.h>
 
 #include <functional>
+#include <initializer_list>
 #include <string>
+
+class ClassDesc;
 
 namespace workbench {
 
@@ -26,6 +29,9 @@ public:
     int run();
 
 private:
+    /// What a button of a plug-in says, in each language.
+    using Labels = std::initializer_list<const wchar_t*>;
+
     void step(const char* name, const std::function<kiln::Status()>& action);
     kiln::Status shot(const char* name);
     /// Handles messages until the windows have come to rest.
@@ -33,6 +39,8 @@ private:
 
     kiln::Status openFile();
     kiln::Status openUtility();
+    kiln::Status openUtility(ClassDesc& wanted);
+    HWND openUtilityWith(Labels labels);
     kiln::Status openBrowser();
     kiln::Status arrange();
     kiln::Status expandTree();
@@ -41,6 +49,7 @@ private:
     kiln::Status shootKinds();
     kiln::Status shootTool();
     kiln::Status shootAbout();
+    kiln::Status shootCheck();
     kiln::Status selectInViewport();
     kiln::Status closeUp();
     /// Turns the camera once around, and says how many frames a second it drew.

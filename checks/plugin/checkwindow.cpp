@@ -1,0 +1,825 @@
+#include "checkwindow.h"
+
+#include "resource.h"
+#include "texts.h"
+
+#include <base/replacefile.h>
+#include <base/utf16.h>
+#include <checks/mends.h>
+#include <fltkilnutil/actions.h>
+#include <framework/clipboard.h>
+#include <framework/cwaitcursor.h>
+#include <framework/filedialog.h>
+#include <framework/module.h>
+#include <kiln/kiln.h>
+#include <kiln/language.h>
+
+#include <algorithm>
+#include <array>
+#include <new>
+#include <utility>
+
+using framework::CDialog, framework::CWaitCursor, framework::ModuleScope, framework::heightOf,
+    framework::widthOf;
+
+namespace checks {
+
+namespace {
+
+constexpr UINT_PTR kRunTimer = 1;
+constexpr UINT kRunMilliseconds = 15;
+constexpr std::chrono::milliseconds kSlice{12};
+/// How often it is looked whether the scene is left alone again.
+constexpr UINT_PTR kQuietTimer = 2;
+constexpr UINT kQuietMilliseconds = 300;
+
+constexpr int kProgressSteps = 1000;
+/// The list has room for all; only a user's own file says how many.
+constexpr std::size_t kListed = 100'000;
+
+struct ColumnOf {
+    TextId name;
+    FindingList::Key key;
+    int width;  ///< at 100 %; 0 for what is left
+    bool isDescendingFirst;
+};
+constexpr ColumnOf kColumns[] = {
+    {TextId::kColumnSeverity, FindingList::Key::kSeverity, 76, true},
+    {TextId::kColumnCode, FindingList::Key::kCode, 140, false},
+    {TextId::kColumnNode, FindingList::Key::kNode, 110, false},
+    {TextId::kColumnText, FindingList::Key::kText, 0, false},
+    {TextId::kColumnMend, FindingList::Key::kMend, 76, false},
+};
+constexpr int kSeverityColumn = 0, kCodeColumn = 1, kNodeColumn = 2, kTextColumn = 3,
+              kMendColumn = 4;
+
+/// What a control does when the window is larger than its template.
+struct Anchor {
+    int id;
+    bool right, down, wide, high;
+};
+constexpr Anchor kAnchors[] = {
+    {IDC_PROGRESS, false, false, true, false}, {IDC_FILTER, false, false, true, false},
+    {IDC_FINDINGS, false, false, true, true},  {IDC_STATUS, false, true, true, false},
+    {IDC_FOLLOW, true, true, false, false},    {IDC_GO_TO, false, true, false, false},
+    {IDC_MEND, false, true, false, false},     {IDC_MEND_ALL, false, true, false, false},
+    {IDC_COPY, true, true, false, false},      {IDC_SAVE, true, true, false, false},
+};
+
+constexpr COLORREF kErrorColor = RGB(176, 0, 32), kWarningColor = RGB(150, 84, 0);
+
+base::Language language() {
+    return static_cast<base::Language>(GetLanguage());
+}
+
+std::string textOf(Severity severity) {
+    switch (severity) {
+        case Severity::kError:
+            return textOf(TextId::kError);
+        case Severity::kWarning:
+            return textOf(TextId::kWarning);
+        default:
+            return textOf(TextId::kHint);
+    }
+}
+
+std::string textOf(Mend mend) {
+    switch (mend) {
+        case Mend::kSafe:
+            return textOf(TextId::kMendSafe);
+        case Mend::kOnRequest:
+            return textOf(TextId::kMendOnRequest);
+        default:
+            return {};
+    }
+}
+
+bool isSame(const Finding& a, const Finding& b) {
+    return a.rule == b.rule && a.place == b.place && a.detail == b.detail && a.values == b.values;
+}
+
+bool isPressed(int key) noexcept {
+    return ::GetKeyState(key) < 0;
+}
+
+}  // namespace
+
+/// A check that is under way. The scene must not change between its slices.
+struct CheckWindow::Run {
+    Run(Interface& host, Target wanted)
+        : target(std::move(wanted)), source(host), check(source, target) {}
+
+    Target target;
+    SceneSource source;
+    Check check;
+};
+
+CheckWindow::CheckWindow() = default;
+
+CheckWindow::~CheckWindow() {
+    if (headingFont_ != nullptr) ::DeleteObject(headingFont_);
+}
+
+HWND CheckWindow::list() const noexcept {
+    return Item(IDC_FINDINGS);
+}
+
+void CheckWindow::open(Interface& host) {
+    host_ = &host;
+    if (!watch_)
+        watch_ = std::make_unique<SceneWatch>(
+            [](void* window) { static_cast<CheckWindow*>(window)->sceneChanged(); }, this);
+    if (!HasWindow() && !Create(IDD_CHECK, host.GetKilnHWND())) return;
+    Show(SW_SHOWNORMAL);
+    ::SetForegroundWindow(Handle());
+    ::SetFocus(list());
+    if (!checked_ || stale_) start();
+}
+
+bool CheckWindow::OnInitDialog() {
+    constexpr DWORD kStyle = LVS_EX_FULLROWSELECT | LVS_EX_LABELTIP | LVS_EX_DOUBLEBUFFER;
+    ::SendMessageW(list(), LVM_SETEXTENDEDLISTVIEWSTYLE, kStyle, kStyle);
+    for (int i = 0; i < static_cast<int>(std::size(kColumns)); ++i) {
+        LVCOLUMNW column{};
+        column.mask = LVCF_SUBITEM;
+        column.iSubItem = i;
+        ::SendMessageW(list(), LVM_INSERTCOLUMNW, static_cast<WPARAM>(i),
+                       reinterpret_cast<LPARAM>(&column));
+    }
+    // Nothing to see: it makes the rows as high as Chinese text needs. It goes with the control.
+    const HIMAGELIST height = ::ImageList_Create(1, Scaled(18), ILC_COLOR32, 0, 1);
+    ::SendMessageW(list(), LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(height));
+    LOGFONTW font{};
+    ::GetObjectW(Font(), sizeof font, &font);
+    font.lfWeight = FW_BOLD;
+    headingFont_ = ::CreateFontIndirectW(&font);
+    for (const int id : {IDC_ERRORS, IDC_WARNINGS, IDC_HINTS, IDC_FOLLOW}) CheckItem(id, true);
+    ::SendMessageW(Item(IDC_PROGRESS), PBM_SETRANGE32, 0, kProgressSteps);
+    ::ShowWindow(Item(IDC_PROGRESS), SW_HIDE);
+    const RECT window = WindowRect(), client = ClientRect();
+    smallest_ = {widthOf(window), heightOf(window)};
+    notePlaces({client.right, client.bottom});
+    listTargets();
+    nameColumns();
+    listRules();
+    layout();
+    refresh();
+    return true;
+}
+
+void CheckWindow::followLanguage() {
+    if (!HasWindow()) return;
+    const SIZE base = FollowLanguage();
+    if (base.cx != 0) notePlaces(base);
+    findings_.speak(language());
+    nameColumns();
+    listRules();
+    layout();
+    refresh();
+}
+
+// The window goes with the host's; another one begins with nothing.
+void CheckWindow::OnDestroy() {
+    run_.reset();
+    watch_.reset();
+    findings_ = {};
+    focused_.reset();
+    wanted_ = checked_ = stale_ = false;
+    ::DeleteObject(std::exchange(headingFont_, nullptr));
+    places_.clear();
+    Default();
+}
+
+// ---------------------------------------------------------------- running
+
+void CheckWindow::listTargets() {
+    const HWND targets = Item(IDC_TARGET);
+    ::SendMessageW(targets, CB_RESETCONTENT, 0, 0);
+    const auto add = [&](const std::string& name) {
+        ::SendMessageW(targets, CB_ADDSTRING, 0,
+                       reinterpret_cast<LPARAM>(base::toWide(name).c_str()));
+    };
+    for (const std::string& name : targetNames()) add(name);
+    for (const std::string& file : files_) add(file);
+    ::SendMessageW(targets, CB_SETCURSEL,
+                   files_.empty() ? 0 : targetNames().size() + files_.size() - 1, 0);
+}
+
+std::optional<Target> CheckWindow::chosenTarget() {
+    const std::vector<std::string> names = targetNames();
+    const auto chosen = static_cast<std::size_t>(
+        std::max<LRESULT>(::SendMessageW(Item(IDC_TARGET), CB_GETCURSEL, 0, 0), 0));
+    const bool isFile = chosen >= names.size();
+    try {
+        Target target = findTarget(isFile ? files_.at(chosen - names.size()) : names[chosen]);
+        if (!isFile) target.mostFindings = kListed;
+        return target;
+    } catch (const TargetError& error) {
+        ShowMessage(textOf(TextId::kCannotUseTarget, {error.what()}), MB_OK | MB_ICONWARNING);
+        return std::nullopt;
+    }
+}
+
+void CheckWindow::chooseOwnFile() {
+    const auto file = framework::askOpenFile(Handle(), textOf(TextId::kOwnFileTitle),
+                                             {{textOf(TextId::kTargetFiles), "*.json"}});
+    if (!file) return;
+    const auto before = ::SendMessageW(Item(IDC_TARGET), CB_GETCURSEL, 0, 0);
+    std::erase(files_, *file);
+    files_.push_back(*file);
+    listTargets();
+    if (std::optional<Target> target = chosenTarget()) return start(std::move(*target));
+    files_.pop_back();
+    listTargets();
+    ::SendMessageW(Item(IDC_TARGET), CB_SETCURSEL, static_cast<WPARAM>(before), 0);
+}
+
+void CheckWindow::start() {
+    if (std::optional<Target> target = chosenTarget()) start(std::move(*target));
+}
+
+void CheckWindow::start(Target target) {
+    run_.reset();
+    watch_->Take();
+    wanted_ = stale_ = false;
+    ::KillTimer(Handle(), kQuietTimer);
+    run_ = std::make_unique<Run>(*host_, std::move(target));
+    EnableItem(IDC_STOP, true);
+    ::SendMessageW(Item(IDC_PROGRESS), PBM_SETPOS, 0, 0);
+    ::ShowWindow(Item(IDC_PROGRESS), SW_SHOW);
+    ::SetTimer(Handle(), kRunTimer, kRunMilliseconds, nullptr);
+    say(textOf(TextId::kRunning, {"0"}));
+}
+
+void CheckWindow::OnTimer(UINT_PTR timer) {
+    if (timer == kRunTimer) advance();
+    if (timer == kQuietTimer) look();
+}
+
+void CheckWindow::advance() {
+    if (!run_) return;
+    if (watch_->HasChanged()) {  // the nodes that it is among may have gone
+        end();
+        wanted_ = true;
+        ::SetTimer(Handle(), kQuietTimer, kQuietMilliseconds, nullptr);
+        return;
+    }
+    try {
+        if (run_->check.advance(kSlice)) {
+            findings_.show(run_->check.report(), language());
+            target_ = std::move(run_->target);
+            checked_ = true;
+            end();
+            listRules();
+            return refresh();
+        }
+    } catch (const std::bad_alloc&) {
+        end();
+        return say(textOf(TextId::kFailed));
+    }
+    const double progress = run_->check.progress();
+    ::SendMessageW(Item(IDC_PROGRESS), PBM_SETPOS, static_cast<WPARAM>(progress * kProgressSteps),
+                   0);
+    say(textOf(TextId::kRunning, {std::to_string(static_cast<int>(progress * 100))}));
+}
+
+void CheckWindow::end() {
+    run_.reset();
+    ::KillTimer(Handle(), kRunTimer);
+    ::ShowWindow(Item(IDC_PROGRESS), SW_HIDE);
+    if (::GetFocus() == Item(IDC_STOP)) ::SetFocus(list());
+    EnableItem(IDC_STOP, false);
+}
+
+void CheckWindow::stop() {
+    end();
+    wanted_ = false;
+    stale_ = true;
+    say(textOf(TextId::kStopped));
+}
+
+// The change may be half made: the scene is read later.
+void CheckWindow::sceneChanged() {
+    stale_ = true;
+    if (HasWindow()) ::SetTimer(Handle(), kQuietTimer, kQuietMilliseconds, nullptr);
+}
+
+// A first look takes out what has gone; one that finds nothing new begins the check that is wanted.
+void CheckWindow::look() {
+    if (watch_->Take()) {
+        const std::vector<Finding>& found = findings_.report().findings;
+        const std::size_t gone = findings_.removeIf([&](std::size_t i) {
+            return found[i].place != 0 &&
+                   host_->GetINodeByHandle(static_cast<DWORD>(found[i].place)) == nullptr;
+        });
+        if (gone != 0) refresh();
+        if (run_) {
+            end();
+            wanted_ = true;
+        }
+        if (checked_ && IsItemChecked(IDC_FOLLOW)) wanted_ = true;
+        stale_ = true;
+        return;
+    }
+    ::KillTimer(Handle(), kQuietTimer);
+    if (!wanted_ || !IsVisible()) return;
+    start(checked_ ? target_ : chosenTarget().value_or(Target()));
+}
+
+// ---------------------------------------------------------------- the list
+
+void CheckWindow::nameColumns() {
+    for (int i = 0; i < static_cast<int>(std::size(kColumns)); ++i) {
+        const std::wstring name = base::toWide(textOf(kColumns[i].name));
+        HDITEMW heading{};
+        heading.mask = HDI_FORMAT | HDI_TEXT;
+        heading.pszText = const_cast<wchar_t*>(name.c_str());
+        heading.fmt = HDF_LEFT | HDF_STRING;
+        if (kColumns[i].key == findings_.key())
+            heading.fmt |= findings_.isDescending() ? HDF_SORTDOWN : HDF_SORTUP;
+        const auto header = reinterpret_cast<HWND>(::SendMessageW(list(), LVM_GETHEADER, 0, 0));
+        ::SendMessageW(header, HDM_SETITEMW, static_cast<WPARAM>(i),
+                       reinterpret_cast<LPARAM>(&heading));
+    }
+}
+
+// The sentences have what the others leave.
+void CheckWindow::fitColumns() {
+    RECT area;
+    ::GetClientRect(list(), &area);
+    int left = static_cast<int>(area.right);
+    for (const ColumnOf& column : kColumns) left -= Scaled(column.width);
+    for (int i = 0; i < static_cast<int>(std::size(kColumns)); ++i)
+        ::SendMessageW(
+            list(), LVM_SETCOLUMNWIDTH, static_cast<WPARAM>(i),
+            kColumns[i].width == 0 ? std::max(left, Scaled(120)) : Scaled(kColumns[i].width));
+}
+
+void CheckWindow::listRules() {
+    const HWND rules = Item(IDC_RULE);
+    ::SendMessageW(rules, CB_RESETCONTENT, 0, 0);
+    const auto add = [&](const std::string& text, LPARAM data, bool isChosen) {
+        const auto place = static_cast<WPARAM>(::SendMessageW(
+            rules, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(base::toWide(text).c_str())));
+        ::SendMessageW(rules, CB_SETITEMDATA, place, data);
+        if (isChosen) ::SendMessageW(rules, CB_SETCURSEL, place, 0);
+    };
+    add(textOf(TextId::kAllRules), -1, true);
+    bool isThere = false;
+    const std::optional<Rule> chosen = findings_.filter().rule;
+    for (const RuleInfo& rule : catalogue()) {
+        const std::uint64_t count = findings_.report().countOf(rule.rule);
+        if (count == 0) continue;
+        isThere = isThere || rule.rule == chosen;
+        add(textOf(TextId::kRuleCount, {rule.code, std::to_string(count)}),
+            static_cast<LPARAM>(rule.rule), rule.rule == chosen);
+    }
+    ::SendMessageW(rules, CB_SETDROPPEDWIDTH, static_cast<WPARAM>(Scaled(200)), 0);
+    if (chosen && !isThere) filter();
+}
+
+void CheckWindow::filter() {
+    FindingList::Filter wanted;
+    wanted.errors = IsItemChecked(IDC_ERRORS);
+    wanted.warnings = IsItemChecked(IDC_WARNINGS);
+    wanted.hints = IsItemChecked(IDC_HINTS);
+    wanted.words = ItemText(IDC_FILTER);
+    const HWND rules = Item(IDC_RULE);
+    const LRESULT chosen = ::SendMessageW(rules, CB_GETCURSEL, 0, 0);
+    if (chosen > 0)
+        wanted.rule = static_cast<Rule>(
+            ::SendMessageW(rules, CB_GETITEMDATA, static_cast<WPARAM>(chosen), 0));
+    findings_.setFilter(std::move(wanted));
+    refresh();
+}
+
+void CheckWindow::sortBy(int column) {
+    const ColumnOf& by = kColumns[column];
+    findings_.sortBy(by.key,
+                     findings_.key() == by.key ? !findings_.isDescending() : by.isDescendingFirst);
+    nameColumns();
+    refresh();
+}
+
+// The finding that has the focus keeps it; where it has gone, the next one gets it.
+void CheckWindow::refresh() {
+    if (!HasWindow()) return;
+    const auto rows = static_cast<int>(findings_.rows());
+    int row = std::min(std::max(focusedRow(), 0), rows - 1);
+    if (focused_) {
+        const std::vector<Finding>& found = findings_.report().findings;
+        const auto same = std::ranges::find_if(
+            found, [&](const Finding& finding) { return isSame(finding, *focused_); });
+        if (same != found.end())
+            if (const auto shown = findings_.rowOf(static_cast<std::size_t>(same - found.begin())))
+                row = static_cast<int>(*shown);
+    }
+    isRefreshing_ = true;
+    ::SendMessageW(list(), LVM_SETITEMCOUNT, static_cast<WPARAM>(rows), LVSICF_NOSCROLL);
+    LVITEMW state{};
+    state.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
+    ::SendMessageW(list(), LVM_SETITEMSTATE, static_cast<WPARAM>(-1),
+                   reinterpret_cast<LPARAM>(&state));
+    if (row >= 0) {
+        state.state = state.stateMask;
+        ::SendMessageW(list(), LVM_SETITEMSTATE, static_cast<WPARAM>(row),
+                       reinterpret_cast<LPARAM>(&state));
+        ::SendMessageW(list(), LVM_ENSUREVISIBLE, static_cast<WPARAM>(row), FALSE);
+    }
+    isRefreshing_ = false;
+    noteFocus();
+    fitColumns();
+    ::InvalidateRect(list(), nullptr, FALSE);
+    showCounts();
+    enableActions();
+}
+
+void CheckWindow::noteFocus() {
+    const int row = focusedRow();
+    focused_.reset();
+    if (row < 0) return;
+    if (const Finding* const finding = findings_.at(static_cast<std::size_t>(row)).finding)
+        focused_ = *finding;
+}
+
+std::string CheckWindow::countsText() const {
+    if (!checked_) return textOf(TextId::kNotChecked);
+    const auto count = [&](Severity severity) {
+        return std::to_string(findings_.report().countOf(severity, target_));
+    };
+    return textOf(TextId::kCounts,
+                  {count(Severity::kError), count(Severity::kWarning), count(Severity::kHint)});
+}
+
+void CheckWindow::showCounts() {
+    std::string text = countsText();
+    const std::size_t all = findings_.report().findings.size();
+    if (checked_ && findings_.passed() != all)
+        text =
+            textOf(TextId::kShown, {text, std::to_string(findings_.passed()), std::to_string(all)});
+    if (!run_) say(text);
+    if (onCounts) onCounts();
+}
+
+void CheckWindow::say(const std::string& text) {
+    if (ItemText(IDC_STATUS) != text) SetItemText(IDC_STATUS, text);
+}
+
+void CheckWindow::enableActions() {
+    const int row = focusedRow();
+    const bool isRow = row >= 0;
+    const bool isFinding = isRow && !selectedFindings(1).empty();
+    const bool canMendKind = isRow && canMend(findings_.at(static_cast<std::size_t>(row)).rule);
+    const HWND focus = ::GetFocus();
+    const std::pair<int, bool> wanted[] = {{IDC_GO_TO, isFinding},
+                                           {IDC_MEND, isFinding && canMendKind},
+                                           {IDC_MEND_ALL, canMendKind},
+                                           {IDC_COPY, isRow},
+                                           {IDC_SAVE, checked_}};
+    for (const auto& [id, enabled] : wanted) {
+        if (!enabled && focus == Item(id)) ::SetFocus(list());
+        EnableItem(id, enabled);
+    }
+}
+
+std::string CheckWindow::cell(const FindingList::Row& row, int column) const {
+    if (column == kCodeColumn) return infoOf(row.rule).code;
+    if (row.finding == nullptr) {
+        if (column == kSeverityColumn)
+            return (row.isFolded ? "+ " : "- ") + textOf(target_.severityOf(row.rule));
+        if (column == kNodeColumn) return textOf(TextId::kGroupCount, {std::to_string(row.count)});
+        return column == kMendColumn ? textOf(infoOf(row.rule).mend) : std::string();
+    }
+    switch (column) {
+        case kSeverityColumn:
+            return textOf(row.finding->severity);
+        case kNodeColumn:
+            return row.finding->node;
+        case kTextColumn:
+            return findings_.sentence(row.index);
+        case kMendColumn:
+            return canMend(row.rule) ? textOf(infoOf(row.rule).mend) : std::string();
+        default:
+            return {};
+    }
+}
+
+void CheckWindow::draw(NMLVCUSTOMDRAW& drawn, LRESULT& result) const {
+    result = CDRF_DODEFAULT;
+    const auto row = static_cast<std::size_t>(drawn.nmcd.dwItemSpec);
+    switch (drawn.nmcd.dwDrawStage) {
+        case CDDS_PREPAINT:
+            result = CDRF_NOTIFYITEMDRAW;
+            return;
+        case CDDS_ITEMPREPAINT:
+            result = CDRF_NOTIFYSUBITEMDRAW;
+            return;
+        case CDDS_ITEMPREPAINT | CDDS_SUBITEM: {
+            if (row >= findings_.rows()) return;
+            const FindingList::Row shown = findings_.at(row);
+            const Severity severity = target_.severityOf(shown.rule);
+            drawn.clrText = ::GetSysColor(COLOR_WINDOWTEXT);
+            if (drawn.iSubItem == kSeverityColumn && severity == Severity::kError)
+                drawn.clrText = kErrorColor;
+            if (drawn.iSubItem == kSeverityColumn && severity == Severity::kWarning)
+                drawn.clrText = kWarningColor;
+            ::SelectObject(drawn.nmcd.hdc, shown.finding == nullptr ? headingFont_ : Font());
+            result = CDRF_NEWFONT;
+            return;
+        }
+        default:
+            return;
+    }
+}
+
+int CheckWindow::focusedRow() const {
+    return static_cast<int>(
+        ::SendMessageW(list(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED));
+}
+
+std::vector<std::size_t> CheckWindow::selectedFindings(std::size_t most) const {
+    std::vector<std::size_t> indices;
+    LRESULT row = -1;
+    while (indices.size() < most &&
+           (row = ::SendMessageW(list(), LVM_GETNEXTITEM, static_cast<WPARAM>(row),
+                                 LVNI_SELECTED)) >= 0) {
+        const FindingList::Row selected = findings_.at(static_cast<std::size_t>(row));
+        if (selected.finding != nullptr) indices.push_back(selected.index);
+    }
+    return indices;
+}
+
+void CheckWindow::fold(int row, bool folded) {
+    if (row < 0) return;
+    const FindingList::Row heading = findings_.at(static_cast<std::size_t>(row));
+    if (!findings_.isGrouped() || (heading.finding != nullptr && !folded)) return;
+    findings_.fold(heading.rule, folded);
+    refresh();
+}
+
+// ---------------------------------------------------------------- what is done with findings
+
+// Several findings select all of their nodes.
+void CheckWindow::goTo() {
+    const int row = focusedRow();
+    if (row < 0) return;
+    const FindingList::Row focused = findings_.at(static_cast<std::size_t>(row));
+    if (focused.finding == nullptr) return fold(row, !focused.isFolded);
+    const CWaitCursor wait;
+    std::vector<INode*> nodes;
+    for (const std::size_t i : selectedFindings()) {
+        const auto handle = static_cast<DWORD>(findings_.report().findings[i].place);
+        if (INode* const node = host_->GetINodeByHandle(handle)) nodes.push_back(node);
+    }
+    if (nodes.empty()) {
+        ::MessageBeep(MB_OK);
+        return say(textOf(TextId::kNodeGone));
+    }
+    host_->ClearNodeSelection();
+    for (INode* const node : nodes) host_->SelectNode(node, false);
+    host_->ZoomToSelection();
+}
+
+void CheckWindow::mend(const std::vector<std::size_t>& indices) {
+    if (indices.empty()) return;
+    const CWaitCursor wait;
+    const std::vector<Finding>& found = findings_.report().findings;
+    std::vector<bool> isMended(found.size());
+    std::size_t mended = 0;
+    {
+        fltkilnutil::ActionScope step(fltkilnutil::Action::kMend);
+        for (const std::size_t i : indices) {
+            if (!checks::mend(*host_, target_, found[i])) continue;
+            isMended[i] = true;
+            ++mended;
+        }
+        step.Commit();
+    }
+    findings_.removeIf([&](std::size_t i) { return isMended[i]; });
+    listRules();
+    refresh();
+    const std::size_t left = indices.size() - mended;
+    if (left != 0) ::MessageBeep(MB_OK);
+    say(left == 0 ? textOf(TextId::kMended, {std::to_string(mended)})
+                  : textOf(TextId::kMendedSome, {std::to_string(mended), std::to_string(left)}));
+}
+
+void CheckWindow::mendSelected() {
+    mend(selectedFindings());
+}
+
+void CheckWindow::mendKind() {
+    const int row = focusedRow();
+    if (row < 0) return;
+    const Rule rule = findings_.at(static_cast<std::size_t>(row)).rule;
+    const std::vector<Finding>& found = findings_.report().findings;
+    std::vector<std::size_t> indices;
+    for (std::size_t i = 0; i < found.size(); ++i)
+        if (found[i].rule == rule) indices.push_back(i);
+    mend(indices);
+}
+
+void CheckWindow::copy() {
+    std::string text;
+    LRESULT row = -1;
+    while ((row = ::SendMessageW(list(), LVM_GETNEXTITEM, static_cast<WPARAM>(row),
+                                 LVNI_SELECTED)) >= 0) {
+        const FindingList::Row selected = findings_.at(static_cast<std::size_t>(row));
+        for (int column = kSeverityColumn; column <= kTextColumn; ++column) {
+            if (column != kSeverityColumn) text += '\t';
+            std::string words = cell(selected, column);
+            std::ranges::replace_if(
+                words, [](char c) { return c == '\t' || c == '\r' || c == '\n'; }, ' ');
+            text += words;
+        }
+        text += "\r\n";
+    }
+    if (!text.empty() && !framework::putOnClipboard(Handle(), text)) ::MessageBeep(MB_OK);
+}
+
+void CheckWindow::save() {
+    std::size_t kind = 0;
+    const auto file = framework::askSaveFile(
+        Handle(), textOf(TextId::kSaveTitle),
+        {{textOf(TextId::kJsonFiles), "*.json"}, {textOf(TextId::kCsvFiles), "*.csv"}}, "json", {},
+        &kind);
+    if (!file) return;
+    const CWaitCursor wait;
+    const Report& report = findings_.report();
+    constexpr char kUtf8Mark[] = "\xEF\xBB\xBF";  // spreadsheets look for it
+    try {
+        base::replaceFile(*file, kind == 0 ? toJson(report, target_, "scene", "handle")
+                                           : kUtf8Mark + toCsv(report, language(), "handle"));
+    } catch (const std::exception&) {
+        ShowMessage(textOf(TextId::kCannotSave, {*file}), MB_OK | MB_ICONWARNING);
+    }
+}
+
+// ---------------------------------------------------------------- keys and controls
+
+bool CheckWindow::PreTranslateMessage(MSG& message) {
+    if (message.message != WM_KEYDOWN) return false;
+    if (message.wParam == VK_F5) {
+        start();
+        return true;
+    }
+    if (!isPressed(VK_CONTROL) || isPressed(VK_MENU)) return false;
+    if (message.wParam == 'F') {
+        ::SetFocus(Item(IDC_FILTER));
+        ::SendMessageW(Item(IDC_FILTER), EM_SETSEL, 0, -1);
+        return true;
+    }
+    if (message.hwnd != list()) return false;
+    if (message.wParam == 'C') {
+        copy();
+        return true;
+    }
+    if (message.wParam == 'A') {
+        LVITEMW state{};
+        state.state = state.stateMask = LVIS_SELECTED;
+        ::SendMessageW(list(), LVM_SETITEMSTATE, static_cast<WPARAM>(-1),
+                       reinterpret_cast<LPARAM>(&state));
+        return true;
+    }
+    return false;
+}
+
+void CheckWindow::OnOK() {
+    goTo();
+}
+
+void CheckWindow::OnCancel() {
+    if (run_ || wanted_) return stop();
+    Hide();
+}
+
+bool CheckWindow::OnCommand(int id, UINT code, HWND control) {
+    switch (id) {
+        case IDC_OWN_FILE:
+            chooseOwnFile();
+            return true;
+        case IDC_RUN:
+            start();
+            return true;
+        case IDC_STOP:
+            stop();
+            return true;
+        case IDC_ERRORS:
+        case IDC_WARNINGS:
+        case IDC_HINTS:
+            filter();
+            return true;
+        case IDC_GROUPED:
+            findings_.setGrouped(IsItemChecked(IDC_GROUPED));
+            refresh();
+            return true;
+        case IDC_RULE:
+            if (code == CBN_SELCHANGE) filter();
+            return true;
+        case IDC_FILTER:
+            if (code == EN_CHANGE) filter();
+            return true;
+        case IDC_FOLLOW:
+            if (IsItemChecked(IDC_FOLLOW) && stale_ && checked_) start(target_);
+            return true;
+        case IDC_GO_TO:
+            goTo();
+            return true;
+        case IDC_MEND:
+            mendSelected();
+            return true;
+        case IDC_MEND_ALL:
+            mendKind();
+            return true;
+        case IDC_COPY:
+            copy();
+            return true;
+        case IDC_SAVE:
+            save();
+            return true;
+        default:
+            return CDialog::OnCommand(id, code, control);
+    }
+}
+
+bool CheckWindow::OnNotify(int id, NMHDR& header, LRESULT& result) {
+    if (id != IDC_FINDINGS) return false;
+    switch (header.code) {
+        case LVN_GETDISPINFOW: {
+            LVITEMW& item = reinterpret_cast<NMLVDISPINFOW&>(header).item;
+            if (!(item.mask & LVIF_TEXT) || item.cchTextMax < 1) return true;
+            const auto row = static_cast<std::size_t>(item.iItem);
+            const std::wstring text = row < findings_.rows()
+                                          ? base::toWide(cell(findings_.at(row), item.iSubItem))
+                                          : std::wstring();
+            const auto room = static_cast<std::size_t>(item.cchTextMax) - 1;
+            item.pszText[text.copy(item.pszText, room)] = 0;
+            return true;
+        }
+        case LVN_COLUMNCLICK:
+            sortBy(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem);
+            return true;
+        case LVN_ITEMCHANGED:
+        case LVN_ODSTATECHANGED:
+            if (isRefreshing_) return true;
+            noteFocus();
+            enableActions();
+            return true;
+        case LVN_KEYDOWN: {
+            const WORD key = reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey;
+            if (key == VK_LEFT || key == VK_RIGHT) fold(focusedRow(), key == VK_LEFT);
+            return true;
+        }
+        case NM_DBLCLK:
+            goTo();
+            return true;
+        case NM_CUSTOMDRAW:
+            draw(reinterpret_cast<NMLVCUSTOMDRAW&>(header), result);
+            return true;
+        default:
+            return false;
+    }
+}
+
+// ---------------------------------------------------------------- the window
+
+void CheckWindow::OnSize(UINT type, int, int) {
+    Default();
+    if (type != SIZE_MINIMIZED) layout();
+}
+
+void CheckWindow::OnMinMaxInfo(MINMAXINFO& info) {
+    if (smallest_.cx != 0) info.ptMinTrackSize = {smallest_.cx, smallest_.cy};
+}
+
+void CheckWindow::notePlaces(SIZE base) {
+    base_ = base;
+    places_.clear();
+    for (const Anchor& anchor : kAnchors) {
+        RECT area;
+        ::GetWindowRect(Item(anchor.id), &area);
+        ::MapWindowPoints(nullptr, Handle(), reinterpret_cast<POINT*>(&area), 2);
+        places_.push_back(area);
+    }
+}
+
+void CheckWindow::layout() {
+    if (places_.empty()) return;
+    const RECT area = ClientRect();
+    const int wider = static_cast<int>(area.right - base_.cx),
+              higher = static_cast<int>(area.bottom - base_.cy);
+    for (std::size_t i = 0; i < places_.size(); ++i) {
+        const Anchor& anchor = kAnchors[i];
+        const RECT& place = places_[i];
+        ::SetWindowPos(Item(anchor.id), nullptr,
+                       static_cast<int>(place.left) + (anchor.right ? wider : 0),
+                       static_cast<int>(place.top) + (anchor.down ? higher : 0),
+                       std::max(widthOf(place) + (anchor.wide ? wider : 0), 0),
+                       std::max(heightOf(place) + (anchor.high ? higher : 0), 0),
+                       SWP_NOZORDER | SWP_NOACTIVATE);
+    }
+    fitColumns();
+    Invalidate();
+}
+
+}  // namespace checks

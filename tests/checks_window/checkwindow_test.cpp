@@ -1,0 +1,379 @@
+// The window of the checks in the built plug-in, over a scene with faults.
+#include "../../checks/plugin/resource.h"
+#include "../checks/checkscene.h"
+#include "../support/messageboxes.h"
+#include "../support/spokenlanguage.h"
+
+#include <base/utf16.h>
+#include <framework/win32.h>
+#include <input.h>
+#include <kiln/host/host.h>
+#include <quillon/fltlod.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <set>
+
+using testing::ElementsAre, testing::HasSubstr, testing::IsEmpty, testing::StartsWith;
+
+namespace {
+
+/// A host window with one rollup page, which counts how often the view was to follow.
+class CheckHost : public kiln::HostWindow {
+public:
+    CheckHost()
+        : main_(CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 50, 50,
+                                300, 300, nullptr, nullptr, GetModuleHandleW(nullptr), nullptr)) {}
+    ~CheckHost() override { DestroyWindow(main_); }
+
+    HWND mainWindow() override { return main_; }
+    HWND addRollupPage(HINSTANCE module, int dialogId, DLGPROC procedure, const char*, LPARAM param,
+                       DWORD, int) override {
+        return page_ =
+                   CreateDialogParamW(module, MAKEINTRESOURCEW(dialogId), main_, procedure, param);
+    }
+    void deleteRollupPage(HWND page) override {
+        DestroyWindow(page);
+        page_ = nullptr;
+    }
+    void zoomToSelection() override { ++zooms_; }
+
+    HWND main_;
+    HWND page_ = nullptr;
+    int zooms_ = 0;
+};
+
+std::wstring modulePath() {
+    std::wstring path = L"Z:" MODULE_FILE;
+    for (wchar_t& c : path)
+        if (c == L'/') c = L'\\';
+    return path;
+}
+
+class CheckWindowTest : public testing::Test {
+protected:
+    CheckWindowTest() : core_(kiln::Core::create()) {
+        static const kiln::Status loaded = kiln::loadModule(base::toUtf8(modulePath()));
+        EXPECT_TRUE(loaded.ok()) << loaded.message();
+        core_.setHostWindow(&host_);
+        // Two groups without children, and levels of detail that are reversed.
+        first_ = scene_.add(scene_.database, FltGroup());
+        second_ = scene_.add(scene_.database, FltGroup());
+        FltLod reversed;
+        reversed.switchInDistance = 100;
+        reversed.switchOutDistance = 200;
+        lod_ = scene_.add(scene_.database, reversed);
+        scene_.addFace(scene_.add(lod_, FltObject()), square());
+        core_.history().clear();
+    }
+    ~CheckWindowTest() override {
+        core_.closeUtility();
+        core_.setHostWindow(nullptr);
+        DestroyWindow(window());
+        testinput::pump();
+    }
+
+    /// Presses the button of the page, and waits for the check.
+    void open() {
+        ASSERT_TRUE(core_.openUtility(kiln::classesOf(UTILITY_CLASS_ID).front()).ok());
+        SendMessageW(host_.page_, WM_COMMAND, IDC_CHECK_SCENE, 0);
+        ASSERT_NE(window(), nullptr);
+        ASSERT_TRUE(testinput::activate(window()));
+        ASSERT_TRUE(isChecked());
+    }
+
+    HWND window() const {
+        HWND found = nullptr;
+        EnumThreadWindows(
+            GetCurrentThreadId(),
+            [](HWND candidate, LPARAM param) {
+                if (!GetDlgItem(candidate, IDC_FINDINGS)) return TRUE;
+                *reinterpret_cast<HWND*>(param) = candidate;
+                return FALSE;
+            },
+            reinterpret_cast<LPARAM>(&found));
+        return found;
+    }
+    HWND control(int id) const { return GetDlgItem(window(), id); }
+    HWND list() const { return control(IDC_FINDINGS); }
+
+    bool isRunning() const { return IsWindowEnabled(control(IDC_STOP)) != FALSE; }
+    /// Waits for the end of the check that is running.
+    bool isChecked() const {
+        return testinput::pumpUntil([&] { return !isRunning(); }, 20000);
+    }
+
+    static std::string textOf(HWND window) {
+        wchar_t text[256] = L"";
+        GetWindowTextW(window, text, 256);
+        return base::toUtf8(text);
+    }
+    std::string status() const { return textOf(control(IDC_STATUS)); }
+
+    int rows() const { return static_cast<int>(SendMessageW(list(), LVM_GETITEMCOUNT, 0, 0)); }
+    std::string cell(int row, int column) const {
+        wchar_t text[256] = L"";
+        LVITEMW item{};
+        item.iSubItem = column;
+        item.pszText = text;
+        item.cchTextMax = 256;
+        SendMessageW(list(), LVM_GETITEMTEXTW, static_cast<WPARAM>(row),
+                     reinterpret_cast<LPARAM>(&item));
+        return base::toUtf8(text);
+    }
+    std::vector<std::string> column(int number) const {
+        std::vector<std::string> cells;
+        for (int row = 0; row < rows(); ++row) cells.push_back(cell(row, number));
+        return cells;
+    }
+    std::vector<std::string> codes() const { return column(1); }
+
+    /// Gives a row the focus, as a click does.
+    void focus(int row) const {
+        RECT area{LVIR_LABEL, 0, 0, 0};
+        SendMessageW(list(), LVM_GETITEMRECT, static_cast<WPARAM>(row),
+                     reinterpret_cast<LPARAM>(&area));
+        testinput::click(list(), {area.left + 10, (area.top + area.bottom) / 2});
+    }
+    void push(int id) const {
+        SendMessageW(control(id), BM_CLICK, 0, 0);
+        testinput::pump();
+    }
+    int rowOf(const std::string& code) const {
+        const std::vector<std::string> all = codes();
+        return static_cast<int>(std::ranges::find(all, code) - all.begin());
+    }
+
+    const SpokenLanguage english_{KILN_LANGUAGE_ENGLISH};
+    CheckScene scene_;
+    kiln::Core& core_;
+    CheckHost host_;
+    INode* first_;
+    INode* second_;
+    INode* lod_;
+};
+
+constexpr const char *kEmpty = "GROUP_EMPTY", *kReversed = "LOD_REVERSED";
+
+TEST_F(CheckWindowTest, ListsSortsFiltersAndGroupsWhatItFinds) {
+    open();
+    EXPECT_THAT(codes(), ElementsAre(kReversed, kEmpty, kEmpty)) << "errors first";
+    EXPECT_EQ(cell(0, 0), "Error");
+    EXPECT_EQ(cell(0, 2), lod_->GetName());
+    EXPECT_EQ(cell(0, 3), "the switch-in distance 100 is less than the switch-out distance 200");
+    EXPECT_EQ(cell(0, 4), "on request");
+    EXPECT_EQ(status(), "1 errors, 0 warnings, 2 hints");
+    EXPECT_EQ(textOf(GetDlgItem(host_.page_, IDC_CHECK_COUNTS)), status());
+
+    const HWND header = reinterpret_cast<HWND>(SendMessageW(list(), LVM_GETHEADER, 0, 0));
+    RECT second{};
+    SendMessageW(header, HDM_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&second));
+    testinput::click(header, {second.left + 20, 5});
+    EXPECT_THAT(codes(), ElementsAre(kEmpty, kEmpty, kReversed)) << "by code";
+    testinput::click(header, {second.left + 20, 5});
+    EXPECT_THAT(codes(), ElementsAre(kReversed, kEmpty, kEmpty)) << "the other way round";
+
+    // As one types, in the sentences, the names of nodes and the codes.
+    testinput::key('F', {VK_CONTROL});
+    EXPECT_EQ(GetFocus(), control(IDC_FILTER));
+    testinput::type(L"CHILDREN ");
+    EXPECT_THAT(codes(), ElementsAre(kEmpty, kEmpty));
+    EXPECT_THAT(status(), HasSubstr("2 of 3 shown"));
+    testinput::type(base::toWide(second_->GetName()));
+    EXPECT_THAT(column(2), ElementsAre(second_->GetName()));
+    testinput::type(L"x");
+    EXPECT_EQ(rows(), 0);
+    SetWindowTextW(control(IDC_FILTER), L"");
+
+    push(IDC_HINTS);
+    EXPECT_THAT(codes(), ElementsAre(kReversed));
+    push(IDC_HINTS);
+
+    push(IDC_GROUPED);
+    EXPECT_THAT(codes(), ElementsAre(kReversed, kReversed, kEmpty, kEmpty, kEmpty));
+    EXPECT_EQ(cell(2, 2), "2 findings");
+    focus(3);
+    testinput::key(VK_LEFT);
+    EXPECT_THAT(codes(), ElementsAre(kReversed, kReversed, kEmpty)) << "folded";
+    focus(2);
+    testinput::key(VK_RIGHT);
+    EXPECT_EQ(rows(), 5);
+    push(IDC_GROUPED);
+
+    // The list of rules names those that found something.
+    EXPECT_EQ(SendMessageW(control(IDC_RULE), CB_GETCOUNT, 0, 0), 3);
+    SetFocus(control(IDC_RULE));
+    testinput::key(VK_DOWN);
+    EXPECT_EQ(textOf(control(IDC_RULE)), "GROUP_EMPTY (2)");
+    EXPECT_THAT(codes(), ElementsAre(kEmpty, kEmpty));
+}
+
+TEST_F(CheckWindowTest, GoesToTheNodeInTheHost) {
+    open();
+    EXPECT_EQ(GetFocus(), list());
+    testinput::key(VK_DOWN);
+    const int before = host_.zooms_;
+    testinput::key(VK_RETURN);
+    ASSERT_EQ(scene_.host.GetSelNodeCount(), 1);
+    EXPECT_EQ(scene_.host.GetSelNode(0)->GetName(), cell(1, 2));
+    EXPECT_EQ(host_.zooms_, before + 1);
+    EXPECT_EQ(GetFocus(), list()) << "the next one is a key away";
+    RECT area{LVIR_LABEL, 0, 0, 0};
+    SendMessageW(list(), LVM_GETITEMRECT, 0, reinterpret_cast<LPARAM>(&area));
+    testinput::click(list(), {area.left + 10, (area.top + area.bottom) / 2}, 2);
+    ASSERT_EQ(scene_.host.GetSelNodeCount(), 1);
+    EXPECT_EQ(scene_.host.GetSelNode(0), lod_);
+    testinput::key('A', {VK_CONTROL});
+    testinput::key(VK_RETURN);
+    EXPECT_EQ(scene_.host.GetSelNodeCount(), 3);
+}
+
+TEST_F(CheckWindowTest, MendsAsOneStepAndFollowsUndoing) {
+    open();
+    const int nodes = scene_.host.GetNodeCount();
+    focus(rowOf(kEmpty));
+    push(IDC_MEND_ALL);
+    EXPECT_EQ(scene_.host.GetNodeCount(), nodes - 2);
+    EXPECT_THAT(codes(), ElementsAre(kReversed)) << "what is mended disappears at once";
+    EXPECT_EQ(status(), "2 mended");
+    ASSERT_EQ(core_.history().stepCount(), 1u);
+    core_.history().undo();
+    EXPECT_EQ(scene_.host.GetNodeCount(), nodes);
+    EXPECT_TRUE(testinput::pumpUntil([&] { return rows() == 3; })) << "it follows the scene";
+
+    // One of them: the next finding is the one at hand.
+    ASSERT_TRUE(isChecked());
+    focus(rowOf(kEmpty));
+    push(IDC_MEND);
+    EXPECT_EQ(scene_.host.GetNodeCount(), nodes - 1);
+    EXPECT_THAT(codes(), ElementsAre(kReversed, kEmpty));
+    EXPECT_EQ(SendMessageW(list(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED), 1);
+}
+
+TEST_F(CheckWindowTest, SaysWhatCannotBeMended) {
+    open();
+    // It is no longer empty when it is to be mended.
+    scene_.add(first_, FltObject());
+    push(IDC_FOLLOW);
+    focus(rowOf(kEmpty));
+    push(IDC_MEND_ALL);
+    EXPECT_EQ(status(), "1 mended, 1 could not be mended");
+    EXPECT_THAT(codes(), ElementsAre(kReversed, kEmpty));
+}
+
+TEST_F(CheckWindowTest, ForgetsFindingsWithTheirNodesAndChecksAgainWhenQuiet) {
+    open();
+    push(IDC_FOLLOW);  // off
+    scene_.host.DeleteNode(first_);
+    scene_.add(scene_.database, FltGroup());
+    EXPECT_TRUE(testinput::pumpUntil([&] { return rows() == 2; }));
+    testinput::pumpUntil([&] { return isRunning(); }, 1000);
+    EXPECT_EQ(rows(), 2) << "the new one is not looked for";
+    push(IDC_FOLLOW);
+    EXPECT_TRUE(testinput::pumpUntil([&] { return rows() == 3; }));
+    core_.newScene();
+    EXPECT_TRUE(testinput::pumpUntil([&] { return rows() == 0; }));
+}
+
+TEST_F(CheckWindowTest, StaysAliveWhileItRunsAndStopsOnEscape) {
+    for (int i = 0; i < 30000; ++i) scene_.addFace(scene_.object, square(10, 20.0 * i));
+    open();
+    SetFocus(list());
+    testinput::key(VK_F5);
+    ASSERT_TRUE(isRunning());
+    // Other windows get their messages between the slices.
+    int messages = 0;
+    const UINT_PTR timer = SetTimer(host_.main_, 9, 10, nullptr);
+    MSG message;
+    while (isRunning() && GetMessageW(&message, nullptr, 0, 0) > 0) {
+        messages += message.hwnd == host_.main_ && message.message == WM_TIMER;
+        DispatchMessageW(&message);
+    }
+    KillTimer(host_.main_, timer);
+    EXPECT_GE(messages, 2);
+
+    const int before = rows();
+    testinput::key(VK_F5);
+    ASSERT_TRUE(isRunning());
+    testinput::key(VK_ESCAPE);
+    EXPECT_FALSE(isRunning());
+    EXPECT_EQ(status(), "The check was stopped");
+    EXPECT_TRUE(IsWindowVisible(window()));
+    EXPECT_EQ(rows(), before) << "what was found before stays";
+
+    // Nodes that a check stands among may go.
+    testinput::key(VK_F5);
+    for (MSG next; isRunning() && SendMessageW(control(IDC_PROGRESS), PBM_GETPOS, 0, 0) == 0;)
+        if (PeekMessageW(&next, nullptr, 0, 0, PM_REMOVE)) DispatchMessageW(&next);
+    scene_.host.DeleteNode(scene_.group);
+    EXPECT_TRUE(testinput::pumpUntil([&] { return !isRunning(); }));
+    EXPECT_TRUE(testinput::pumpUntil([&] { return isRunning(); })) << "it begins anew";
+    EXPECT_TRUE(isChecked());
+    testinput::key(VK_ESCAPE);
+    EXPECT_FALSE(IsWindowVisible(window())) << "without a check it closes";
+}
+
+TEST_F(CheckWindowTest, CopiesTheSelectedRows) {
+    open();
+    focus(0);
+    testinput::key('C', {VK_CONTROL});
+    ASSERT_TRUE(OpenClipboard(window()));
+    const HANDLE memory = GetClipboardData(CF_UNICODETEXT);
+    const std::string text =
+        memory ? base::toUtf8(static_cast<const wchar_t*>(GlobalLock(memory))) : "";
+    if (memory) GlobalUnlock(memory);
+    CloseClipboard();
+    EXPECT_EQ(text,
+              std::string("Error\tLOD_REVERSED\t") + lod_->GetName() + "\t" + cell(0, 3) + "\r\n");
+}
+
+TEST_F(CheckWindowTest, IsReachableByKeyboardInBothLanguages) {
+    open();
+    for (const WORD language : {KILN_LANGUAGE_CHINESE, KILN_LANGUAGE_ENGLISH}) {
+        kiln::Core::setLanguage(language);
+        testinput::pump();
+        std::set<wchar_t> keys;
+        for (HWND child = GetWindow(window(), GW_CHILD); child;
+             child = GetWindow(child, GW_HWNDNEXT)) {
+            wchar_t text[64] = L"";
+            GetWindowTextW(child, text, 64);
+            const wchar_t* const mark = wcschr(text, L'&');
+            if (mark) {
+                EXPECT_TRUE(keys.insert(mark[1]).second) << base::toUtf8(text);
+            }
+        }
+        EXPECT_EQ(keys.size(), 15u);
+    }
+    EXPECT_EQ(textOf(control(IDC_RUN)), "&Check");
+    EXPECT_EQ(cell(0, 0), "Error");
+    // Once around: all that is enabled.
+    std::set<HWND> reached;
+    SetFocus(list());
+    for (int i = 0; i < 30; ++i) {
+        reached.insert(GetFocus());
+        testinput::key(VK_TAB);
+    }
+    for (const int id : {IDC_TARGET, IDC_OWN_FILE, IDC_RUN, IDC_ERRORS, IDC_RULE, IDC_FILTER,
+                         IDC_FINDINGS, IDC_FOLLOW, IDC_GO_TO, IDC_MEND, IDC_SAVE})
+        EXPECT_TRUE(reached.contains(control(id))) << id;
+}
+
+TEST_F(CheckWindowTest, ShowsManyFindingsAsItShowsFew) {
+    constexpr int kGroups = 20000;
+    for (int i = 0; i < kGroups; ++i) scene_.add(scene_.database, FltGroup());
+    open();
+    EXPECT_EQ(rows(), kGroups + 3);
+    SetFocus(list());
+    testinput::key(VK_END);
+    EXPECT_EQ(cell(kGroups + 2, 1), kEmpty);
+    const int before = core_.hostInterface().GetNodeCount();
+    core_.history().clear();
+    push(IDC_MEND_ALL);
+    EXPECT_EQ(core_.hostInterface().GetNodeCount(), before - kGroups - 2);
+    EXPECT_THAT(codes(), ElementsAre(kReversed));
+    EXPECT_EQ(core_.history().stepCount(), 1u);
+}
+
+}  // namespace
