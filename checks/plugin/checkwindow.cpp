@@ -6,6 +6,7 @@
 #include <base/replacefile.h>
 #include <base/utf16.h>
 #include <checks/mends.h>
+#include <checks/query.h>
 #include <fltkilnutil/actions.h>
 #include <framework/clipboard.h>
 #include <framework/cwaitcursor.h>
@@ -59,11 +60,13 @@ struct Anchor {
     bool right, down, wide, high;
 };
 constexpr Anchor kAnchors[] = {
-    {IDC_PROGRESS, false, false, true, false}, {IDC_FILTER, false, false, true, false},
-    {IDC_FINDINGS, false, false, true, true},  {IDC_STATUS, false, true, true, false},
-    {IDC_FOLLOW, true, true, false, false},    {IDC_GO_TO, false, true, false, false},
-    {IDC_MEND, false, true, false, false},     {IDC_MEND_ALL, false, true, false, false},
-    {IDC_COPY, true, true, false, false},      {IDC_SAVE, true, true, false, false},
+    {IDC_PROGRESS, false, false, true, false},    {IDC_FILTER, false, false, true, false},
+    {IDC_FINDINGS, false, false, true, true},     {IDC_STATUS, false, true, true, false},
+    {IDC_FOLLOW, true, true, false, false},       {IDC_GO_TO, false, true, false, false},
+    {IDC_MEND, false, true, false, false},        {IDC_MEND_ALL, false, true, false, false},
+    {IDC_QUERY, false, true, true, false},        {IDC_SELECT_FOUND, true, true, false, false},
+    {IDC_QUERY_LABEL, false, true, false, false}, {IDC_COPY, true, true, false, false},
+    {IDC_SAVE, true, true, false, false},
 };
 
 constexpr COLORREF kErrorColor = RGB(176, 0, 32), kWarningColor = RGB(150, 84, 0);
@@ -329,6 +332,8 @@ void CheckWindow::look() {
 // ---------------------------------------------------------------- the list
 
 void CheckWindow::nameColumns() {
+    ::SendMessageW(Item(IDC_QUERY), EM_SETCUEBANNER, FALSE,
+                   reinterpret_cast<LPARAM>(base::toWide(textOf(TextId::kQueryExample)).c_str()));
     for (int i = 0; i < static_cast<int>(std::size(kColumns)); ++i) {
         const std::wstring name = base::toWide(textOf(kColumns[i].name));
         HDITEMW heading{};
@@ -575,9 +580,33 @@ void CheckWindow::goTo() {
         ::MessageBeep(MB_OK);
         return say(textOf(TextId::kNodeGone));
     }
+    select(nodes);
+}
+
+void CheckWindow::select(const std::vector<INode*>& nodes) {
     host_->ClearNodeSelection();
     for (INode* const node : nodes) host_->SelectNode(node, false);
     host_->ZoomToSelection();
+}
+
+void CheckWindow::selectFound() {
+    try {
+        const CWaitCursor wait;
+        const std::vector<INode*> nodes = Query(ItemText(IDC_QUERY)).find(*host_);
+        if (nodes.empty()) {
+            ::MessageBeep(MB_OK);
+            return say(textOf(TextId::kNoNodes));
+        }
+        select(nodes);
+        say(textOf(TextId::kNodesSelected, {std::to_string(nodes.size())}));
+    } catch (const QueryError& error) {
+        ::MessageBeep(MB_OK);
+        // The field counts as it shows.
+        const auto at = base::toWide(ItemText(IDC_QUERY).substr(0, error.at)).size();
+        say(textOf(TextId::kBadQuery, {std::to_string(at + 1)}));
+        ::SetFocus(Item(IDC_QUERY));
+        ::SendMessageW(Item(IDC_QUERY), EM_SETSEL, at, static_cast<LPARAM>(at));
+    }
 }
 
 void CheckWindow::mend(const std::vector<std::size_t>& indices) {
@@ -685,6 +714,7 @@ bool CheckWindow::PreTranslateMessage(MSG& message) {
 }
 
 void CheckWindow::OnOK() {
+    if (::GetFocus() == Item(IDC_QUERY)) return selectFound();
     goTo();
 }
 
@@ -733,6 +763,9 @@ bool CheckWindow::OnCommand(int id, UINT code, HWND control) {
             return true;
         case IDC_COPY:
             copy();
+            return true;
+        case IDC_SELECT_FOUND:
+            selectFound();
             return true;
         case IDC_SAVE:
             save();

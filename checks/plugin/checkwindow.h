@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+class INode;
 class Interface;
 
 namespace checks {
@@ -91,6 +92,8 @@ private:
     void mendKind();
     void copy();
     void save();
+    void selectFound();
+    void select(const std::vector<INode*>& nodes);
 
     // The window.
     void notePlaces(SIZE base);

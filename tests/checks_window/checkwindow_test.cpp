@@ -315,6 +315,25 @@ TEST_F(CheckWindowTest, StaysAliveWhileItRunsAndStopsOnEscape) {
     EXPECT_FALSE(IsWindowVisible(window())) << "without a check it closes";
 }
 
+TEST_F(CheckWindowTest, TakesWhatAQueryFindsAsTheSelection) {
+    open();
+    SetFocus(control(IDC_QUERY));
+    testinput::type(L"kind = group or");
+    testinput::key(VK_RETURN);
+    EXPECT_EQ(status(), "The query cannot be read at character 16");
+    EXPECT_EQ(scene_.host.GetSelNodeCount(), 0);
+    testinput::type(L" kind = lod");
+    const int before = host_.zooms_;
+    testinput::key(VK_RETURN);
+    EXPECT_EQ(status(), "4 nodes are selected");
+    EXPECT_EQ(scene_.host.GetSelNodeCount(), 4);
+    EXPECT_EQ(host_.zooms_, before + 1);
+    SetWindowTextW(control(IDC_QUERY), L"nowhere");
+    push(IDC_SELECT_FOUND);
+    EXPECT_EQ(status(), "No node was found");
+    EXPECT_EQ(scene_.host.GetSelNodeCount(), 4) << "the selection stays";
+}
+
 TEST_F(CheckWindowTest, CopiesTheSelectedRows) {
     open();
     focus(0);
@@ -344,7 +363,7 @@ TEST_F(CheckWindowTest, IsReachableByKeyboardInBothLanguages) {
                 EXPECT_TRUE(keys.insert(mark[1]).second) << base::toUtf8(text);
             }
         }
-        EXPECT_EQ(keys.size(), 15u);
+        EXPECT_EQ(keys.size(), 17u);
     }
     EXPECT_EQ(textOf(control(IDC_RUN)), "&Check");
     EXPECT_EQ(cell(0, 0), "Error");

@@ -167,7 +167,7 @@ TEST(CheckTest, PrintsOneJsonObject) {
         folder.write("open.flt", kHeader + "000A 0004 " + "0002 0020 'g1':8 00:20");
     const Outcome plain = runTool({"check", "--json", file});
     EXPECT_EQ(plain.code, 1);
-    const Json damage = Json::array({{{"offset", 324}, {"text", "FLT_PUSH_LEVEL: without a pop"}}});
+    const Json damage = Json::array({{{"offset", 328}, {"text", "FLT_PUSH_LEVEL: without a pop"}}});
     EXPECT_EQ(Json::parse(plain.out), Json({{"subject", file}, {"damage", damage}}));
 
     const Outcome whole = runTool({"check", "--json", "--target", "15.7", file});
@@ -179,7 +179,7 @@ TEST(CheckTest, PrintsOneJsonObject) {
     const auto found = std::ranges::find(report["findings"], "GROUP_EMPTY",
                                          [](const Json& finding) { return finding["code"]; });
     ASSERT_NE(found, report["findings"].end()) << whole.out;
-    EXPECT_EQ((*found)["offset"], 328);
+    EXPECT_EQ((*found)["offset"], 332);
     EXPECT_EQ((*found)["node"], "g1");
     EXPECT_EQ((*found)["severity"], "hint");
 }

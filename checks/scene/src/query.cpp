@@ -214,7 +214,7 @@ private:
     }
 
     Condition compare() {
-        if (sort_ != Token::kText) fail("a condition is missing");
+        if (sort_ != Token::kText || isWord("and") || isWord("or")) fail("a condition is missing");
         Condition made;
         const std::size_t subjectAt = begin_;
         const std::string subject(token_);
