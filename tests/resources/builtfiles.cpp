@@ -134,6 +134,11 @@ HMODULE interchangeFile() {
     return file;
 }
 
+HMODULE checksFile() {
+    static const HMODULE file = loadAsData(windowsPath(L"" CHECKS_FILE));
+    return file;
+}
+
 HMODULE workbenchFile() {
     static const HMODULE file = loadAsData(windowsPath(L"" WORKBENCH_FILE));
     return file;

@@ -10,6 +10,7 @@
 HMODULE moduleFile();       // Tessera.dlu
 HMODULE captionFile();      // FltKilnUtilRes.dll
 HMODULE interchangeFile();  // FltInterchange.dli
+HMODULE checksFile();       // FltCheck.dlu
 HMODULE workbenchFile();
 HMODULE coreFile();       // kilncore.dll
 HMODULE kilnbatchFile();  // has the texts of the script library
