@@ -165,7 +165,7 @@ bool CheckWindow::OnInitDialog() {
     listTargets();
     nameColumns();
     listRules();
-    layout();
+    widen();
     refresh();
     return true;
 }
@@ -524,10 +524,12 @@ void CheckWindow::draw(NMLVCUSTOMDRAW& drawn, LRESULT& result) const {
             const FindingList::Row shown = findings_.at(row);
             const Severity severity = target_.severityOf(shown.rule);
             drawn.clrText = ::GetSysColor(COLOR_WINDOWTEXT);
+            drawn.clrTextBk = ::GetSysColor(COLOR_WINDOW);
             if (drawn.iSubItem == kSeverityColumn && severity == Severity::kError)
                 drawn.clrText = kErrorColor;
             if (drawn.iSubItem == kSeverityColumn && severity == Severity::kWarning)
                 drawn.clrText = kWarningColor;
+            if (shown.finding == nullptr) drawn.clrTextBk = ::GetSysColor(COLOR_BTNFACE);
             ::SelectObject(drawn.nmcd.hdc, shown.finding == nullptr ? headingFont_ : Font());
             result = CDRF_NEWFONT;
             return;
@@ -823,6 +825,18 @@ void CheckWindow::OnSize(UINT type, int, int) {
 
 void CheckWindow::OnMinMaxInfo(MINMAXINFO& info) {
     if (smallest_.cx != 0) info.ptMinTrackSize = {smallest_.cx, smallest_.cy};
+}
+
+// At first there is more room for the sentences than the template has, if the screen has it.
+void CheckWindow::widen() {
+    RECT work;
+    ::SystemParametersInfoW(SPI_GETWORKAREA, 0, &work, 0);
+    const RECT window = WindowRect();
+    const int width = std::min(widthOf(window) + Scaled(220), widthOf(work)),
+              height = heightOf(window);
+    const int left = static_cast<int>(work.left) + (widthOf(work) - width) / 2;
+    MoveTo({left, window.top, left + width, window.top + height});
+    layout();
 }
 
 void CheckWindow::notePlaces(SIZE base) {

@@ -98,6 +98,7 @@ private:
     // The window.
     void notePlaces(SIZE base);
     void layout();
+    void widen();
 
     Interface* host_ = nullptr;
     std::unique_ptr<SceneWatch> watch_;

@@ -67,6 +67,11 @@ void Node::setPoints(Polygon points, std::uint32_t color) {
     pointColors_.assign(1, color);
 }
 
+Node& Node::withoutNormals() {
+    hasNormals_ = false;
+    return *this;
+}
+
 Node& Node::comment(std::string text) {
     comments_.push_back(std::move(text));
     return *this;
@@ -83,19 +88,21 @@ public:
     FltSceneWriter(const FltScene& scene, FltStream& stream)
         : stream_(stream),
           hasTexture_(!scene.textures.empty()),
-          vertexLength_(fltWrittenLength(newVertex(), stream.revision())) {}
+          vertexLength_(fltWrittenLength(newVertex(), stream.revision())),
+          plainLength_(fltWrittenLength(newVertex(false), stream.revision())) {}
 
     void write(const FltScene& scene) {
         writeColors(scene.colors);
         for (FltTexture texture : scene.textures) texture.write(stream_);
+        for (const auto& entry : scene.palettes) entry->write(stream_);
         for (FltLightSourcePalette light : scene.lights) light.write(stream_);
-        writeVertexPalette(scene.root);
+        writeVertexPalette(scene);
         if (!scene.comment.empty()) writeComment(scene.comment);
         writeLevel(scene.root.children_, kFltPushLevel, kFltPopLevel);
     }
 
 private:
-    FltVertex newVertex() const { return FltVertex(true, hasTexture_); }
+    FltVertex newVertex(bool hasNormal = true) const { return FltVertex(hasNormal, hasTexture_); }
 
     void writeComment(const std::string& text) { FltComment(text.c_str()).write(stream_); }
 
@@ -107,23 +114,24 @@ private:
         palette.write(stream_);
     }
 
-    static std::uint32_t countPoints(const Node& node) {
-        auto count = static_cast<std::uint32_t>(node.points_.size());
-        for (const auto& subface : node.subfaces_) count += countPoints(*subface);
-        for (const auto& child : node.children_) count += countPoints(*child);
-        return count;
+    /// Notes where the vertices will stand, from the start of the palette.
+    void placePoints(const Node& node) {
+        for (const auto& subface : node.subfaces_) placePoints(*subface);
+        for (std::size_t n = node.points_.size(); n > 0; --n) {
+            offsets_.push_back(length_);
+            length_ += node.hasNormals_ ? vertexLength_ : plainLength_;
+        }
+        for (const auto& child : node.children_) placePoints(*child);
     }
 
-    void writeVertexPalette(const Node& root) {
+    void writeVertexPalette(const FltScene& scene) {
         FltVertexPalette palette;
-        palette.length = offsetOf(countPoints(root));
+        length_ = palette.length;
+        placePoints(scene.root);
+        palette.length = length_ + static_cast<std::uint32_t>(scene.unusedVertices) * vertexLength_;
         palette.write(stream_);
-        writeVertices(root);
-    }
-
-    /// Where a vertex stands, from the start of the palette.
-    std::uint32_t offsetOf(std::uint32_t vertex) const {
-        return FltVertexPalette().length + vertex * vertexLength_;
+        writeVertices(scene.root);
+        for (std::size_t n = scene.unusedVertices; n > 0; --n) newVertex().write(stream_);
     }
 
     /// In the order in which `writeNode` meets the nodes, so that each polygon's vertices follow
@@ -131,16 +139,19 @@ private:
     void writeVertices(const Node& node) {
         for (const auto& subface : node.subfaces_) writeVertices(*subface);
         const Point normal = normalOf(node.points_);
-        for (const Point& point : node.points_) writeVertex(point, normal, node.pointColors_);
+        for (const Point& point : node.points_)
+            writeVertex(point, node.hasNormals_ ? &normal : nullptr, node.pointColors_);
         for (const auto& child : node.children_) writeVertices(*child);
     }
 
-    void writeVertex(const Point& point, const Point& normal,
+    /// Without a normal where that is null.
+    void writeVertex(const Point& point, const Point* normal,
                      const std::vector<std::uint32_t>& colors) {
-        FltVertex vertex = newVertex();
+        FltVertex vertex = newVertex(normal != nullptr);
         vertex.position = point;
-        vertex.normal = {static_cast<float>(normal.x), static_cast<float>(normal.y),
-                         static_cast<float>(normal.z)};
+        if (normal != nullptr)
+            vertex.normal = {static_cast<float>(normal->x), static_cast<float>(normal->y),
+                             static_cast<float>(normal->z)};
         constexpr double kTextureSide = 8;  // metres, seen from above or from a side
         vertex.texture = {static_cast<float>((point.x + point.y) / kTextureSide),
                           static_cast<float>((point.y + point.z) / kTextureSide)};
@@ -177,6 +188,7 @@ private:
             record.name = node.longId_;
             record.write(stream_);
         }
+        for (const auto& record : node.attached_) record->write(stream_);
         for (const std::string& text : node.comments_) writeComment(text);
         for (const Matrix& matrix : node.matrices_) {
             FltMatrix record;
@@ -188,14 +200,17 @@ private:
 
     void writeVertexList(std::size_t count) {
         FltVertexList list;
-        for (; count > 0; --count) list.offsets.push_back(offsetOf(nextVertex_++));
+        for (; count > 0; --count) list.offsets.push_back(offsets_[nextVertex_++]);
         list.write(stream_);
     }
 
     FltStream& stream_;
     bool hasTexture_;
     std::uint32_t vertexLength_;
-    std::uint32_t nextVertex_ = 0;
+    std::uint32_t plainLength_;  ///< of one without a normal
+    std::uint32_t length_ = 0;   ///< of the palette so far
+    std::vector<std::uint32_t> offsets_;
+    std::size_t nextVertex_ = 0;
 };
 
 bool writeScene(const FltScene& scene, const std::string& path) {

@@ -50,6 +50,20 @@ public:
     /// Gives a light point its points, colored by entry `color` of the color palette.
     void setPoints(Polygon points, std::uint32_t color);
 
+    /// Has `change` change the record of a face.
+    template <typename Change>
+    Node& changeFace(Change&& change) {
+        change(static_cast<FltFace&>(*record_));
+        return *this;
+    }
+    /// Writes `record` behind the node's own.
+    template <typename Record>
+    Node& attach(Record record) {
+        attached_.push_back(std::make_unique<Record>(std::move(record)));
+        return *this;
+    }
+    /// The vertices of the polygon have none.
+    Node& withoutNormals();
     Node& comment(std::string text);
     Node& transform(const Matrix& matrix);
 
@@ -63,6 +77,8 @@ private:
     std::string longId_;
     std::vector<std::string> comments_;
     std::vector<Matrix> matrices_;  ///< none or one
+    std::vector<std::unique_ptr<FltRecord>> attached_;
+    bool hasNormals_ = true;
     Polygon points_;
     std::vector<std::uint32_t> pointColors_;  ///< none or one, for all points
     std::vector<std::unique_ptr<Node>> subfaces_;
@@ -75,8 +91,15 @@ struct FltScene {
     std::vector<Rgb> colors;  ///< entries of the color palette, from 0 on
     std::vector<FltLightSourcePalette> lights;
     std::vector<FltTexture> textures;  ///< with any, all vertices have texture coordinates
+    std::vector<std::unique_ptr<FltRecord>> palettes;  ///< entries of others
+    std::size_t unusedVertices = 0;                    ///< at the end of the vertex palette
     std::string comment;
     Node root{nullptr};  ///< stands for the header; only its children are written
+
+    template <typename Record>
+    void addPalette(Record record) {
+        palettes.push_back(std::make_unique<Record>(std::move(record)));
+    }
 };
 
 /// Writes `scene` to `path` (UTF-8), replacing a file of that name. Gives false when the file

@@ -1,6 +1,7 @@
 // Writes the sample scenes into a folder.
 #include "airport.h"
 #include "city.h"
+#include "faults.h"
 
 #include <base/paths.h>
 
@@ -21,6 +22,10 @@ bool writeSamples(const std::filesystem::path& folder) {
         return false;
     }
     std::printf("%s\n", path.c_str());
+    if (!samples::writeFaults(base::textOf(folder))) {
+        std::fprintf(stderr, "make_samples: cannot write the faulty scene\n");
+        return false;
+    }
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include "checkscene.h"
 
 #include <checks/filesource.h>
+#include <faults.h>
 #include <gtest/gtest.h>
 #include <interchange/export.h>
 #include <interchange/import.h>
@@ -202,6 +203,19 @@ TEST(FileCheck, ImportAndExportAddNothing) {
     EXPECT_EQ(listOf(after), listOf(before));
     EXPECT_EQ(listOf(scene.report()), listOf(before));
     core.newScene();
+}
+
+// The sample that shows what can be wrong.
+TEST(FileCheckTest, FindsEveryCodeInTheSampleOfFaults) {
+    const TemporaryFolder folder{u8"tessera-faults-"};
+    ASSERT_TRUE(samples::writeFaults(folder.file("")));
+    const std::string file = folder.file("faults.flt");
+    const FltFileBytes bytes = FltFileBytes::load(file);
+    const checks::Report report = checkFile(bytes.bytes(), file, checks::findTarget("15.5"));
+    std::string missing;
+    for (const checks::RuleInfo& rule : checks::catalogue())
+        if (report.countOf(rule.rule) == 0) missing += std::string(rule.code) + '\n';
+    EXPECT_EQ(missing, "");
 }
 
 }  // namespace

@@ -164,7 +164,7 @@ TEST_F(CheckWindowTest, ListsSortsFiltersAndGroupsWhatItFinds) {
     EXPECT_EQ(cell(0, 2), lod_->GetName());
     EXPECT_EQ(cell(0, 3), "the switch-in distance 100 is less than the switch-out distance 200");
     EXPECT_EQ(cell(0, 4), "on request");
-    EXPECT_EQ(status(), "1 errors, 0 warnings, 2 hints");
+    EXPECT_EQ(status(), "Errors: 1, warnings: 0, hints: 2");
     EXPECT_EQ(textOf(GetDlgItem(host_.page_, IDC_CHECK_COUNTS)), status());
 
     const HWND header = reinterpret_cast<HWND>(SendMessageW(list(), LVM_GETHEADER, 0, 0));
@@ -193,7 +193,7 @@ TEST_F(CheckWindowTest, ListsSortsFiltersAndGroupsWhatItFinds) {
 
     push(IDC_GROUPED);
     EXPECT_THAT(codes(), ElementsAre(kReversed, kReversed, kEmpty, kEmpty, kEmpty));
-    EXPECT_EQ(cell(2, 2), "2 findings");
+    EXPECT_EQ(cell(2, 2), "findings: 2");
     focus(3);
     testinput::key(VK_LEFT);
     EXPECT_THAT(codes(), ElementsAre(kReversed, kReversed, kEmpty)) << "folded";
@@ -237,7 +237,7 @@ TEST_F(CheckWindowTest, MendsAsOneStepAndFollowsUndoing) {
     push(IDC_MEND_ALL);
     EXPECT_EQ(scene_.host.GetNodeCount(), nodes - 2);
     EXPECT_THAT(codes(), ElementsAre(kReversed)) << "what is mended disappears at once";
-    EXPECT_EQ(status(), "2 mended");
+    EXPECT_EQ(status(), "Mended: 2");
     ASSERT_EQ(core_.history().stepCount(), 1u);
     core_.history().undo();
     EXPECT_EQ(scene_.host.GetNodeCount(), nodes);
@@ -259,7 +259,7 @@ TEST_F(CheckWindowTest, SaysWhatCannotBeMended) {
     push(IDC_FOLLOW);
     focus(rowOf(kEmpty));
     push(IDC_MEND_ALL);
-    EXPECT_EQ(status(), "1 mended, 1 could not be mended");
+    EXPECT_EQ(status(), "Mended: 1; could not be mended: 1");
     EXPECT_THAT(codes(), ElementsAre(kReversed, kEmpty));
 }
 
@@ -325,7 +325,7 @@ TEST_F(CheckWindowTest, TakesWhatAQueryFindsAsTheSelection) {
     testinput::type(L" kind = lod");
     const int before = host_.zooms_;
     testinput::key(VK_RETURN);
-    EXPECT_EQ(status(), "4 nodes are selected");
+    EXPECT_EQ(status(), "Nodes selected: 4");
     EXPECT_EQ(scene_.host.GetSelNodeCount(), 4);
     EXPECT_EQ(host_.zooms_, before + 1);
     SetWindowTextW(control(IDC_QUERY), L"nowhere");
