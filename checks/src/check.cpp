@@ -64,11 +64,9 @@ public:
             case 3:
                 return polygons(judgeSubface);
             case 4:
-                findDuplicates(all_);
-                return endPhase();
+                return search(searchDuplicates);
             case 5:
-                findOverlaps(all_);
-                return endPhase();
+                return search(searchOverlaps);
             case 6:
                 judgeLods(all_);
                 judgeSwitches(all_);
@@ -117,6 +115,13 @@ private:
             judge(all_, next_++);
         }
         return true;
+    }
+
+    bool search(std::unique_ptr<Coincidences> (*begin)(Gathered&)) {
+        if (!search_) search_ = begin(all_);
+        if (search_ && search_->step()) return true;
+        search_.reset();
+        return endPhase();
     }
 
     bool walkOne() {
@@ -269,6 +274,7 @@ private:
     }
 
     Gathered all_;
+    std::unique_ptr<Coincidences> search_;  ///< that is under way
     std::size_t estimate_ = 0;
     int phase_ = 0;
     std::size_t next_ = 0;

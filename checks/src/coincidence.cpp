@@ -36,18 +36,62 @@ std::uint64_t mixed(std::uint64_t hash, double value) noexcept {
     return mixed(hash, static_cast<std::uint64_t>(static_cast<std::int64_t>(bounded)));
 }
 
+/// The entries of the cell at `begin` of sorted ones; moves `begin` behind them.
+std::span<const CellEntry> nextCell(const std::vector<CellEntry>& entries, std::size_t& begin) {
+    const auto from = entries.begin() + static_cast<std::ptrdiff_t>(begin);
+    const auto end = std::find_if(from, entries.end(),
+                                  [&](const CellEntry& entry) { return entry.cell != from->cell; });
+    begin = static_cast<std::size_t>(end - entries.begin());
+    return {from, end};
+}
+
 /// Sorts the entries and gives the ones of each cell with several to `meet`.
 template <typename Meet>
 void forEachCell(std::vector<CellEntry>& entries, Meet&& meet) {
     std::ranges::sort(entries);
-    for (auto begin = entries.begin(); begin != entries.end();) {
-        const auto end = std::find_if(begin, entries.end(), [&](const CellEntry& entry) {
-            return entry.cell != begin->cell;
-        });
-        if (end - begin > 1) meet(std::span(begin, end));
-        begin = end;
+    for (std::size_t at = 0; at != entries.size();) {
+        const std::span<const CellEntry> cell = nextCell(entries, at);
+        if (cell.size() > 1) meet(cell);
     }
 }
+
+/// Enters all polygons into cells, and has those of each cell with several meet, a piece of it at a
+/// time.
+class CellSearch : public Coincidences {
+public:
+    CellSearch(Gathered& all, double tolerance, std::size_t expected)
+        : all_(all), tolerance_(tolerance) {
+        entries_.reserve(expected);
+    }
+
+    bool step() final {
+        if (next_ < all_.polygons.size()) {
+            for (std::size_t i = 0; i < kPiece && next_ < all_.polygons.size(); ++i)
+                enter(static_cast<std::uint32_t>(next_++));
+            if (next_ == all_.polygons.size()) std::ranges::sort(entries_);
+            return true;
+        }
+        for (const std::size_t begin = at_; at_ != entries_.size() && at_ - begin < kPiece;) {
+            const std::span<const CellEntry> cell = nextCell(entries_, at_);
+            if (cell.size() > 1) meet(cell);
+        }
+        return at_ != entries_.size();
+    }
+
+protected:
+    virtual void enter(std::uint32_t polygon) = 0;
+    virtual void meet(std::span<const CellEntry> cell) = 0;
+
+    Gathered& all_;
+    const double tolerance_;
+    std::vector<CellEntry> entries_;
+
+private:
+    static constexpr std::size_t kPiece = 256;
+
+    std::size_t next_ = 0;  ///< polygon
+    std::size_t at_ = 0;    ///< in the entries
+};
 
 std::uint32_t contextOf(const Gathered& all, std::size_t polygon) {
     return all.nodes[all.polygons[polygon].node].context;
@@ -98,43 +142,43 @@ void enterMiddle(const Gathered& all, std::uint32_t polygon, double tolerance,
     for (std::size_t i = 0; i < count; ++i) entries.push_back({cells[i], polygon});
 }
 
-}  // namespace
+class Duplicates final : public CellSearch {
+public:
+    Duplicates(Gathered& all, double tolerance)
+        : CellSearch(all, tolerance, all.polygons.size() * 3 / 2) {}
 
-void findDuplicates(Gathered& all) {
-    if (!all.isOn(Rule::FACE_DUPLICATE)) return;
-    const double tolerance = all.tolerance();
-    if (!(tolerance > 0)) return;
-    std::vector<CellEntry> entries;
-    entries.reserve(all.polygons.size() * 3 / 2);
-    for (std::uint32_t i = 0; i < all.polygons.size(); ++i) {
-        const std::span<const FltPoint3d> corners = all.cornersOf(i);
-        if (corners.size() >= 3 && !all.polygons[i].isHidden &&
-            (all.polygons[i].isRegular || std::ranges::all_of(corners, isFinite)))
-            enterMiddle(all, i, tolerance, entries);
+private:
+    void enter(std::uint32_t polygon) override {
+        const std::span<const FltPoint3d> corners = all_.cornersOf(polygon);
+        const KeptPolygon& kept = all_.polygons[polygon];
+        if (corners.size() >= 3 && !kept.isHidden &&
+            (kept.isRegular || std::ranges::all_of(corners, isFinite)))
+            enterMiddle(all_, polygon, tolerance_, entries_);
     }
-    std::vector<std::uint32_t> different;
-    forEachCell(entries, [&](std::span<const CellEntry> cell) {
-        different.clear();
+
+    void meet(std::span<const CellEntry> cell) override {
+        different_.clear();
         for (const CellEntry& entry : cell) {
-            KeptPolygon& polygon = all.polygons[entry.polygon];
+            KeptPolygon& polygon = all_.polygons[entry.polygon];
             if (polygon.isDuplicate) continue;
-            const auto same = std::ranges::find_if(different, [&](std::uint32_t other) {
-                return contextOf(all, other) == contextOf(all, entry.polygon) &&
-                       all.polygons[other].layer == polygon.layer &&
-                       areSame(all.cornersOf(other), all.cornersOf(entry.polygon), 2 * tolerance);
+            const auto same = std::ranges::find_if(different_, [&](std::uint32_t other) {
+                return contextOf(all_, other) == contextOf(all_, entry.polygon) &&
+                       all_.polygons[other].layer == polygon.layer &&
+                       areSame(all_.cornersOf(other), all_.cornersOf(entry.polygon),
+                               2 * tolerance_);
             });
-            if (same != different.end()) {
+            if (same != different_.end()) {
                 polygon.isDuplicate = true;
-                all.found(Rule::FACE_DUPLICATE, polygon.node,
-                          all.nameOfNode(all.polygons[*same].node));
-            } else if (different.size() < kMostOthers) {
-                different.push_back(entry.polygon);
+                all_.found(Rule::FACE_DUPLICATE, polygon.node,
+                           all_.nameOfNode(all_.polygons[*same].node));
+            } else if (different_.size() < kMostOthers) {
+                different_.push_back(entry.polygon);
             }
         }
-    });
-}
+    }
 
-namespace {
+    std::vector<std::uint32_t> different_;
+};
 
 // ---------------------------------------------------------------- overlap in one plane
 
@@ -291,20 +335,20 @@ private:
     std::vector<std::uint32_t> large_;
 };
 
-}  // namespace
+class Overlaps final : public CellSearch {
+public:
+    Overlaps(Gathered& all, double tolerance)
+        : CellSearch(all, tolerance, 2 * all.polygons.size()), plane_(all, tolerance) {}
 
-void findOverlaps(Gathered& all) {
-    if (!all.isOn(Rule::FACE_OVERLAP)) return;
-    const double tolerance = all.tolerance();
-    if (!(tolerance > 0)) return;
-    std::vector<CellEntry> groups;
-    groups.reserve(2 * all.polygons.size());
-    for (std::uint32_t i = 0; i < all.polygons.size(); ++i) {
+private:
+    void enter(std::uint32_t number) override {
         constexpr std::size_t kMostCorners = 64;
-        const KeptPolygon& polygon = all.polygons[i];
-        if (!polygon.isRegular || polygon.isHidden || polygon.isDuplicate) continue;
-        if (all.cornersOf(i).size() > kMostCorners) continue;
-        const Plane plane = planeOf(all.cornersOf(i));
+        const KeptPolygon& polygon = all_.polygons[number];
+        const std::span<const FltPoint3d> corners = all_.cornersOf(number);
+        if (!polygon.isRegular || polygon.isHidden || polygon.isDuplicate ||
+            corners.size() > kMostCorners)
+            return;
+        const Plane plane = planeOf(corners);
         FltPoint3d normal = plane.normal;
         const double largest =
             std::max({std::abs(normal.x), std::abs(normal.y), std::abs(normal.z)});
@@ -314,17 +358,34 @@ void findOverlaps(Gathered& all) {
             if (part < 0) normal = normal * -1;
             break;
         }
-        std::uint64_t group = mixed(0, std::uint64_t{contextOf(all, i)});
+        std::uint64_t group = mixed(0, std::uint64_t{contextOf(all_, number)});
         // The shifts keep common directions off the edges of a step.
         for (const double part : {normal.x, normal.y, normal.z})
             group = mixed(group, std::floor(part * 16 + 0.3819));
-        const double step = 8 * tolerance;
-        const double height = dot(normal, plane.middle - all.box.middle()) / step + 0.3819;
-        groups.push_back({mixed(mixed(group, std::floor(height)), std::uint64_t{1}), i});
-        groups.push_back({mixed(mixed(group, std::floor(height + 0.5)), std::uint64_t{2}), i});
+        const double step = 8 * tolerance_;
+        const double height = dot(normal, plane.middle - all_.box.middle()) / step + 0.3819;
+        entries_.push_back({mixed(mixed(group, std::floor(height)), std::uint64_t{1}), number});
+        entries_.push_back(
+            {mixed(mixed(group, std::floor(height + 0.5)), std::uint64_t{2}), number});
     }
-    PlaneOverlaps overlaps(all, tolerance);
-    forEachCell(groups, [&](std::span<const CellEntry> group) { overlaps.find(group); });
+
+    void meet(std::span<const CellEntry> group) override { plane_.find(group); }
+
+    PlaneOverlaps plane_;
+};
+
+}  // namespace
+
+std::unique_ptr<Coincidences> searchDuplicates(Gathered& all) {
+    const double tolerance = all.tolerance();
+    if (!all.isOn(Rule::FACE_DUPLICATE) || !(tolerance > 0)) return nullptr;
+    return std::make_unique<Duplicates>(all, tolerance);
+}
+
+std::unique_ptr<Coincidences> searchOverlaps(Gathered& all) {
+    const double tolerance = all.tolerance();
+    if (!all.isOn(Rule::FACE_OVERLAP) || !(tolerance > 0)) return nullptr;
+    return std::make_unique<Overlaps>(all, tolerance);
 }
 
 }  // namespace checks

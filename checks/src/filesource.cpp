@@ -24,6 +24,10 @@ std::string_view textOf(std::span<const std::uint8_t> bytes) {
     return fltText({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
+bool isVertexList(std::uint16_t opcode) {
+    return opcode == kFltVertexList || opcode == kFltMorphVertexList;
+}
+
 bool isSurfaceOrLight(std::uint16_t kind) {
     return kind == kFltFace || kind == kFltMesh || fltIsLightPoint(kind);
 }
@@ -52,6 +56,7 @@ public:
         startNode(node);
         // Levels opened from here on, at this depth, are the node's own.
         for (advance(); isHere_ && !isNode(); advance()) takeRecord();
+        if (kind_ == kFltFace && isHere_ && isAboveSubfaces()) takeListBehindSubfaces();
         finishNode(node);
         return true;
     }
@@ -86,6 +91,7 @@ private:
                 break;
             case FltLevelWalk<Level>::Step::kClosed:
                 latest_.pop_back();
+                if (levels_.depth() < depth_) isLeft_ = true;
                 break;
             default:
                 break;
@@ -116,6 +122,8 @@ private:
         node.parent =
             levels_.depth() == 0 ? (count_ == 0 ? kNone : 0) : levels_.innermost().level.owner;
         latest_.back() = count_++;
+        depth_ = levels_.depth();
+        isLeft_ = false;
         record_ = readRecord();
         attached_.clear();
         polygons_.clear();
@@ -155,11 +163,17 @@ private:
             return;
         }
         if (levels_.isOpaque()) return;
-        if (opcode == kFltContinuation) return takeContinuation();
+        if (opcode == kFltContinuation) {
+            isWhole_ = false;
+            if (listOpcode_ != 0) takeList(listOpcode_, reader_.body());
+            return;
+        }
         listOpcode_ = 0;
-        if (opcode == kFltVertexList || opcode == kFltMorphVertexList) {
+        if (isVertexList(opcode)) {
+            // One behind subfaces is their parent's, which has it already.
+            if (isLeft_) return;
             listOpcode_ = opcode;
-            return takeList(opcode);
+            return takeList(opcode, reader_.body());
         }
         attached_.push_back(FltRecordView::at(bytes_, reader_.offset()));
         if (opcode == kFltLongId) longIds_.try_emplace(offset_, textOf(reader_.body()));
@@ -172,14 +186,48 @@ private:
         if (kind_ == kFltMesh && opcode == kFltMeshPrimitive) takePrimitive();
     }
 
-    void takeContinuation() {
-        if (listOpcode_ != 0) takeList(listOpcode_);
-        isWhole_ = false;
+    /// Whether the node that comes next is a subface of the present one.
+    bool isAboveSubfaces() const {
+        if (levels_.depth() == 0) return false;
+        const auto& level = levels_.innermost();
+        return level.opcode == kFltPushSubface && level.level.owner == count_ - 1;
+    }
+
+    /// A face's own corners stand in the level behind that of its subfaces.
+    void takeListBehindSubfaces() {
+        FltLevelWalk<Level> levels;
+        levels.meet(kFltPushSubface);
+        bool isBehind = false;
+        std::uint16_t list = 0;
+        for (std::size_t at = reader_.offset();;) {
+            const FltRecordView record = FltRecordView::at(bytes_, at);
+            if (record.empty()) return;
+            at += record.length();
+            const std::uint16_t opcode = record.opcode();
+            const auto step = levels.meet(opcode);
+            const bool isClosed = step == FltLevelWalk<Level>::Step::kClosed;
+            if (step == FltLevelWalk<Level>::Step::kUnmatched ||
+                levels.depth() > kFltDeepestLevel || (isClosed && isBehind && levels.depth() == 0))
+                return;
+            if (isClosed && levels.depth() == 0) isBehind = true;
+            if (!isBehind || levels.isOpaque()) continue;
+            if (levels.depth() == 0) {
+                // Whatever is a node here stands beside the face.
+                const FltRecordType* const type = fltRecordType(opcode);
+                if (type != nullptr && type->place == FltRecordPlace::kNode) return;
+            } else if (levels.depth() == 1 && isVertexList(opcode)) {
+                takeList(list = opcode, record.body());
+            } else if (opcode == kFltContinuation && list != 0) {
+                takeList(list, record.body());
+            } else {
+                list = 0;
+            }
+        }
     }
 
     /// The corners that a vertex list names; of a morphing one those that are seen from nearby.
-    void takeList(std::uint16_t opcode) {
-        const FltVertexOffsets offsets(reader_.body());
+    void takeList(std::uint16_t opcode, std::span<const std::uint8_t> body) {
+        const FltVertexOffsets offsets(body);
         const std::size_t step = FltVertexOffsets::perCorner(opcode);
         for (std::size_t i = 0; i + step <= offsets.size(); ++i) {
             const std::size_t place = palette_ + offsets[i];
@@ -283,6 +331,8 @@ private:
     // Of the present node.
     std::uint16_t kind_ = 0;
     std::size_t offset_ = 0;
+    std::size_t depth_ = 0;  ///< levels around it
+    bool isLeft_ = false;    ///< the level in which it stands has been closed
     const FltRecord* record_ = nullptr;
     std::string name_;
     std::vector<FltRecordView> attached_;

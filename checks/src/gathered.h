@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <limits>
 #include <map>
+#include <memory>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -240,10 +241,20 @@ void judgeNode(Gathered& all, std::uint32_t number, const Node& node);
 void judgeAttached(Gathered& all, std::uint32_t number, const Node& node);
 /// One polygon by itself. Says also whether it is regular.
 void judgePolygon(Gathered& all, std::size_t polygon);
-/// Subfaces, then polygons that are the same or overlap.
 void judgeSubface(Gathered& all, std::size_t polygon);
-void findDuplicates(Gathered& all);
-void findOverlaps(Gathered& all);
+
+/// A search for polygons in the same place, a piece at a time.
+class Coincidences {
+public:
+    virtual ~Coincidences() = default;
+    /// A piece of the work; false when all is done.
+    virtual bool step() = 0;
+};
+/// Of polygons that are the same, and then of others that overlap; null where nobody asks. `all`
+/// must outlive the search.
+std::unique_ptr<Coincidences> searchDuplicates(Gathered& all);
+std::unique_ptr<Coincidences> searchOverlaps(Gathered& all);
+
 /// Levels of detail and switches, when all that they show is known.
 void judgeLods(Gathered& all);
 void judgeSwitches(Gathered& all);

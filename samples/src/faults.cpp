@@ -83,7 +83,7 @@ private:
 };
 
 void addNames(Field& field) {
-    field.group("g99").addFace(field.square(), 0);  // the header gives lower numbers next
+    field.group("g9999").addFace(field.square(), 0);  // the header gives lower numbers next
     field.group("hangars8").addFace(field.square(), 0);
     field.group(" blank").addFace(field.square(), 0);
     for (int i = 0; i < 2; ++i) field.group("twin").addFace(field.square(), 0);
@@ -112,7 +112,7 @@ void addHierarchy(Field& field) {
         centre.add(record).add(FltObject()).addFace(field.square(), 0);
     }
     Node& unseen = field.group("unseen");
-    field.level(field.level(unseen, 100, 0), 200, 100, 3);
+    field.level(field.level(unseen, 100, 0), 200, 100);
     field.level(field.group("toosmall"), 3, 0);
     field.level(field.group("nan"), kNotANumber, 0);
 }

@@ -4,6 +4,7 @@
 #include "../support/temporaryfolder.h"
 #include "checkscene.h"
 
+#include <airport.h>
 #include <checks/filesource.h>
 #include <faults.h>
 #include <gtest/gtest.h>
@@ -203,6 +204,19 @@ TEST(FileCheck, ImportAndExportAddNothing) {
     EXPECT_EQ(listOf(after), listOf(before));
     EXPECT_EQ(listOf(scene.report()), listOf(before));
     core.newScene();
+}
+
+// In files the corners of a face stand behind its subfaces.
+TEST(FileCheckTest, GivesAFaceTheCornersBehindItsSubfaces) {
+    const TemporaryFolder folder{u8"tessera-subfaces-"};
+    const std::string file = folder.file("airport.flt");
+    ASSERT_TRUE(samples::writeScene(samples::makeAirport(), file));
+    const FltFileBytes bytes = FltFileBytes::load(file);
+    const checks::Report report = checkFile(bytes.bytes(), file);
+    for (const Rule rule : {Rule::FACE_CORNERS, Rule::FACE_CROSSING, Rule::FACE_NONPLANAR})
+        EXPECT_EQ(report.countOf(rule), 0U) << listOf(report);
+    // The markings lie 15 cm above the pavement.
+    EXPECT_EQ(report.countOf(Rule::SUBFACE_OUTSIDE), 39U) << listOf(report);
 }
 
 // The sample that shows what can be wrong.
