@@ -169,7 +169,7 @@ void addFaces(Field& field) {
     field.group("concave").addFace(
         {field.at(0, 0), field.at(10, 0), field.at(2, 2), field.at(0, 10)}, 0);
     field.group("bowtie").addFace(
-        {field.at(0, 0), field.at(10, 10), field.at(10, 0), field.at(0, 10)}, 0);
+        {field.at(0, 0), field.at(10, 0), field.at(10, 10), field.at(5, -3)}, 0);
     Node& same = field.group("same");
     for (int i = 0; i < 2; ++i) same.addFace(field.square(), 0);
     Node& plane = field.group("plane");
