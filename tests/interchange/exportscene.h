@@ -29,7 +29,7 @@ protected:
         EXPECT_EQ(interchange::exportFile(path.c_str(), options, report, host), IMPEXP_SUCCESS)
             << report.error;
         std::ostringstream findings;
-        fltool::check(path, findings);
+        fltool::check({path, {}, false}, findings);
         EXPECT_EQ(findings.str(), knownFindings);
         return contentOf(path);
     }
