@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace kilnbatch {
@@ -15,7 +16,7 @@ constexpr auto kBetween = std::chrono::milliseconds(200);
 }  // namespace
 
 std::string clockText(double seconds) {
-    const auto all = static_cast<unsigned long long>(std::max(0.0, seconds) + 0.5);
+    const auto all = static_cast<unsigned long long>(std::llround(std::max(0.0, seconds)));
     char text[40];
     if (all < 3600)
         std::snprintf(text, sizeof text, "%llu:%02llu", all / 60, all % 60);

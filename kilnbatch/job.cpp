@@ -48,7 +48,7 @@ std::string writeFile(kiln::Core& core, const Job& job) {
 }
 
 /// A call of the published interface that checks scenes.
-FPValue callCheck(const char* function, std::vector<kiln::ScriptArgument> arguments = {}) {
+FPValue callCheck(const char* function, const std::vector<kiln::ScriptArgument>& arguments = {}) {
     FPInterfaceDesc* const check = kiln::findInterface("FltCheck");
     if (check == nullptr) throw script::Failure("no plug-in checks scenes");
     FPValue result;

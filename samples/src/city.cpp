@@ -261,14 +261,15 @@ void writeCity(const fs::path& folder, std::size_t files) {
         for (std::size_t i = d * kTilesOfDistrict; i < end; ++i) {
             const std::string tile = numbered("t%06zu.flt", i);
             write(makeTile(i, models), folder / "tiles" / name / tile);
-            district.root.add(referenceTo(name + '/' + tile))
+            district.root.add(referenceTo(std::string(name).append("/").append(tile)))
                 .transform(moved(kTile * static_cast<double>(i % 10),
                                  kTile * static_cast<double>(i / 10 % 10)));
         }
         write(district, folder / "tiles" / (name + ".flt"));
-        city.root.add(referenceTo("tiles/" + name + ".flt"))
+        const std::size_t row = d / 10;
+        city.root.add(referenceTo(numbered("tiles/d%04zu.flt", d)))
             .transform(moved(10 * kTile * static_cast<double>(d % 10),
-                             10 * kTile * static_cast<double>(d / 10)));
+                             10 * kTile * static_cast<double>(row)));
     }
     write(city, folder / "city.flt");
 }
