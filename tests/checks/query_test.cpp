@@ -31,12 +31,12 @@ protected:
         wall->SetName("wall");
         FltLod lod;
         lod.switchInDistance = 5000.25;
-        near = scene.add(scene.group, lod);
-        near->SetName("tower near");
+        nearLod = scene.add(scene.group, lod);
+        nearLod->SetName("tower near");
         lod.switchInDistance = 9000;
-        far = scene.add(scene.group, lod);
-        far->SetName("Tower far");
-        fltPutComment(far, "with its beacon");
+        farLod = scene.add(scene.group, lod);
+        farLod->SetName("Tower far");
+        fltPutComment(farLod, "with its beacon");
         scene.host.CreateObjectNode(new DummyObject, "tower of the host alone");
     }
 
@@ -47,7 +47,7 @@ protected:
     }
 
     CheckScene scene;
-    INode *wall, *near, *far;
+    INode *wall, *nearLod, *farLod;
 };
 
 TEST_F(QueryTest, FindsNodesByWhatTheyAreAndHave) {
