@@ -321,8 +321,11 @@ TEST_F(CheckWindowTest, StaysAliveWhileItRunsAndStopsOnEscape) {
     for (int i = 0; i < 2; ++i) scene_.add(scene_.database, FltGroup());
     EXPECT_TRUE(testinput::pumpUntil([&] { return rows() == 5 && !isRunning(); }))
         << "it begins anew, and finds the new groups";
-    testinput::key(VK_ESCAPE);
-    EXPECT_FALSE(IsWindowVisible(window())) << "without a check it closes";
+    // The first one may still stop a check that is about to follow the last change.
+    EXPECT_TRUE(testinput::pumpUntil([&] {
+        testinput::key(VK_ESCAPE);
+        return !IsWindowVisible(window());
+    })) << "without a check it closes";
 }
 
 TEST_F(CheckWindowTest, TakesWhatAQueryFindsAsTheSelection) {

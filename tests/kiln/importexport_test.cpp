@@ -212,7 +212,7 @@ TEST_F(ExportPartTest, AForeignFileIsTheScenesFileOnceItWasOpenedOrSavedThere) {
     SampleImport::end = SampleImport::End::kSuccess;
     ASSERT_TRUE(core.openImported(path).ok());
     EXPECT_FALSE(core.fileWasChanged(path));
-    std::ofstream(path) << "another's";
+    std::ofstream(path) << "another's, and longer";
     EXPECT_TRUE(core.fileWasChanged(path)) << "somebody else has written it";
 
     const kiln::ExportChoice all{0, host.GetINodeByName("new")};

@@ -118,7 +118,7 @@ TEST_F(AutoSaveTest, SavesInTimeThoughTheUserNeverPauses) {
 
 TEST_F(AutoSaveTest, SlicesAreOneScene) {
     AutoSave save(core_, path_);
-    fill(50'000);
+    fill(200'000);
     int slices = 0;
     while (save.step({now_, AutoSave::kPause, false}, "scene") && ++slices < 2) {
     }

@@ -173,8 +173,8 @@ TEST_F(HistoryTest, KeysReachTheHostFromTheBrowsersForm) {
     start(base::toWide(STAGED_PLUGINS));
     script("Aviary.CreateGroup()");
     ASSERT_TRUE(user::eventually(
-        [this] { return ::FindWindowExW(panel_, nullptr, L"Button", nullptr) != nullptr; }));
-    ASSERT_TRUE(user::click(::FindWindowExW(panel_, nullptr, L"Button", nullptr)));
+        [this] { return ::FindWindowExW(panel_, nullptr, L"Button", L"Aviary (C)") != nullptr; }));
+    ASSERT_TRUE(user::click(::FindWindowExW(panel_, nullptr, L"Button", L"Aviary (C)")));
     ASSERT_TRUE(user::eventually([this] { return page() && ::IsWindowVisible(page()); }));
     ASSERT_TRUE(user::click(::GetDlgItem(page(), IDC_BROWSER)));
     HWND form = nullptr;

@@ -155,7 +155,7 @@ TEST_F(SaveBackTest, SaysWhyAFileCannotBeSavedAndForgetsOneThatIsGone) {
 TEST_F(SaveBackTest, KeysOfFilesReachTheHostFromTheBrowsersForm) {
     script("$'塔楼'.name = \"tower\"");
     ASSERT_TRUE(isTitled("场景.kiln * - Workbench"));
-    ASSERT_TRUE(user::click(::FindWindowExW(panel_, nullptr, L"Button", nullptr)));
+    ASSERT_TRUE(user::click(::FindWindowExW(panel_, nullptr, L"Button", L"Aviary (C)")));
     ASSERT_TRUE(user::eventually([this] { return page() && ::IsWindowVisible(page()); }));
     ASSERT_TRUE(user::click(::GetDlgItem(page(), IDC_BROWSER)));
     HWND form = nullptr;

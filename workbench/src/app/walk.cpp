@@ -222,11 +222,12 @@ kiln::Status Walk::openFile() {
 }
 
 kiln::Status Walk::openUtility() {
-    if (utility_.empty())
-        return openUtilityWith(kEditHierarchy)
-                   ? kiln::Status()
-                   : kiln::Status::failure("no utility edits the hierarchy");
-    ClassDesc* const wanted = window_.utilities().named(utility_);
+    if (utility_.empty() && openUtilityWith(kEditHierarchy)) return {};
+    // The first one where none has the button.
+    const auto utilities = kiln::classesOf(UTILITY_CLASS_ID);
+    ClassDesc* const wanted =
+        !utility_.empty() ? window_.utilities().named(utility_)
+                          : (utilities.empty() ? nullptr : utilities.front());
     if (!wanted) return kiln::Status::failure("there is no such utility");
     return openUtility(*wanted);
 }
