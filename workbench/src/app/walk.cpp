@@ -225,15 +225,16 @@ kiln::Status Walk::openUtility() {
     if (utility_.empty() && openUtilityWith(kEditHierarchy)) return {};
     // The first one where none has the button.
     const auto utilities = kiln::classesOf(UTILITY_CLASS_ID);
-    ClassDesc* const wanted =
-        !utility_.empty() ? window_.utilities().named(utility_)
-                          : (utilities.empty() ? nullptr : utilities.front());
+    ClassDesc* const wanted = !utility_.empty() ? window_.utilities().named(utility_)
+                                                : (utilities.empty() ? nullptr : utilities.front());
     if (!wanted) return kiln::Status::failure("there is no such utility");
     return openUtility(*wanted);
 }
 
+// Another press would close one that is open.
 kiln::Status Walk::openUtility(ClassDesc& wanted) {
-    if (!window_.panel().pressUtility(wanted.ClassName()))
+    const bool isOpen = window_.core().openedUtility() == &wanted;
+    if (!isOpen && !window_.panel().pressUtility(wanted.ClassName()))
         return kiln::Status::failure("the panel has no button for it");
     settle();
     if (window_.core().openedUtility() != &wanted) return kiln::Status::failure("it did not open");
@@ -243,7 +244,7 @@ kiln::Status Walk::openUtility(ClassDesc& wanted) {
 // The button of the first utility whose page has one that says so.
 HWND Walk::openUtilityWith(Labels labels) {
     for (ClassDesc* const utility : kiln::classesOf(UTILITY_CLASS_ID)) {
-        if (window_.core().openedUtility() != utility && !openUtility(*utility).ok()) continue;
+        if (!openUtility(*utility).ok()) continue;
         if (const HWND button = buttonSaying(window_.panel().firstPage(), labels)) return button;
     }
     return nullptr;
