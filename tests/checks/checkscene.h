@@ -37,7 +37,8 @@ public:
         kiln::Core::get()->newScene();
         for (const int id : {KILN_IMPORT_DIR, KILN_SCENE_DIR, KILN_IMAGE_DIR})
             kiln::Core::get()->setDirectory(id, folder.file(""));
-        // On Windows the captions, and with them the attributes, come from the library beside the test.
+        // On Windows the captions, and with them the attributes, come from the library beside the
+        // test.
         kiln::Core::get()->setDirectory(KILN_PLUGIN_DIR, std::filesystem::current_path().string());
         database = add(nullptr, FltHeader());
         group = add(database, FltGroup());

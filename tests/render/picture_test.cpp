@@ -236,9 +236,8 @@ TEST(DdsPicture, ReadsTheKindsOfBlocks) {
     EXPECT_THAT(
         upperRow(dds("DXT5", 4, 4, joined({140, 0, 0b10001000, 0b0110, 0, 0, 0, 0}, kBlock))),
         testing::ElementsAre(0x8CFF0000, 0x000000FF, 0x78AA0055, 0x645500AA));
-    EXPECT_THAT(
-        upperRow(dds("DXT5", 4, 4, joined({0, 200, 0b10111110, 0, 0, 0, 0, 0}, kBlock))),
-        testing::ElementsAre(0x00FF0000, 0xFF0000FF, 0x28AA0055, 0x005500AA));
+    EXPECT_THAT(upperRow(dds("DXT5", 4, 4, joined({0, 200, 0b10111110, 0, 0, 0, 0, 0}, kBlock))),
+                testing::ElementsAre(0x00FF0000, 0xFF0000FF, 0x28AA0055, 0x005500AA));
     // A picture that ends within its blocks.
     const Picture small = readPicture(dds("DXT1", 2, 1, kBlock));
     EXPECT_THAT(small.texels, testing::ElementsAre(0xFFFF0000, 0xFF0000FF));
