@@ -1,6 +1,8 @@
 #include "packedpicture.h"
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <new>
@@ -19,9 +21,49 @@
 
 namespace render {
 
+namespace {
+
+constexpr std::size_t kCodeLengths = 16;
+constexpr int kMostCodes = 256;
+
+/// Whether the JPEG segment at the start of `bytes`, behind its marker, defines a Huffman table of
+/// more codes than there are bytes. The library makes room for as many, and does not count.
+bool definesOverfullTable(std::span<const std::uint8_t> bytes) {
+    if (bytes.size() < 2) return false;
+    int left = (bytes[0] << 8 | bytes[1]) - 2;
+    std::size_t at = 2;
+    while (left > 0) {
+        if (bytes.size() - at <= kCodeLengths) return false;
+        int codes = 0;
+        for (const std::uint8_t count : bytes.subspan(at + 1, kCodeLengths)) codes += count;
+        if (codes > kMostCodes) return true;
+        const std::size_t length = 1 + kCodeLengths + static_cast<std::size_t>(codes);
+        if (bytes.size() - at < length) return false;
+        at += length;
+        left -= static_cast<int>(length);
+    }
+    return false;
+}
+
+/// Wherever in the file such a segment may be taken to stand.
+bool hasOverfullTable(std::span<const std::uint8_t> bytes) {
+    constexpr std::uint8_t kDefinition[] = {0xFF, 0xC4};
+    auto at = bytes.begin();
+    while ((at = std::search(at, bytes.end(), std::begin(kDefinition), std::end(kDefinition))) !=
+           bytes.end()) {
+        at += std::size(kDefinition);
+        if (definesOverfullTable({at, bytes.end()})) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
 Picture readPackedPicture(std::span<const std::uint8_t> bytes) {
     if (bytes.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
         throw PictureError(PictureFault::kTooLarge, "too large a picture");
+    if (!bytes.empty() && bytes[0] == 0xFF && hasOverfullTable(bytes))
+        throw PictureError(PictureFault::kCutShort, "a damaged picture");
     const auto size = static_cast<int>(bytes.size());
     int width = 0, height = 0, channels = 0;
     // A kind that nothing marks is found by what it cannot be.

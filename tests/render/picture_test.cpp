@@ -153,6 +153,21 @@ Bytes gif() {
             0,   ',', 0,   0,   0,   0,   1, 0, 1, 0, 0,    2, 2, 'D', 1, 0, ';'};
 }
 
+constexpr std::uint8_t kHuffmanTables[] = {0xFF, 0xC4};
+
+// A table of more codes than there are bytes: 255 of 15 bits and 2 of 16.
+TEST(PackedPicture, RefusesATableThatIsOverfull) {
+    Bytes file = jpeg();
+    const auto table =
+        std::search(file.begin(), file.end(), std::begin(kHuffmanTables), std::end(kHuffmanTables));
+    ASSERT_NE(table, file.end());
+    ASSERT_NO_THROW(readPicture(file));
+    std::fill_n(table + 5, 14, std::uint8_t{0});
+    table[19] = 255;
+    table[20] = 2;
+    EXPECT_THROW(readPicture(file), PictureError);
+}
+
 TEST(PackedPicture, ReadsEachFormatTheRightWayUp) {
     for (const auto& [name, file] : {std::pair{"png", png()},
                                      {"jpeg", jpeg()},
