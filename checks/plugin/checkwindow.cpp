@@ -322,6 +322,7 @@ void CheckWindow::look() {
         }
         if (checked_ && IsItemChecked(IDC_FOLLOW)) wanted_ = true;
         stale_ = true;
+        if (!IsVisible()) showCounts();
         return;
     }
     ::KillTimer(Handle(), kQuietTimer);
@@ -449,6 +450,8 @@ void CheckWindow::noteFocus() {
 
 std::string CheckWindow::countsText() const {
     if (!checked_) return textOf(TextId::kNotChecked);
+    // Nothing is checked again while nobody looks.
+    if (stale_ && !IsVisible()) return textOf(TextId::kChangedSince);
     const auto count = [&](Severity severity) {
         return std::to_string(findings_.report().countOf(severity, target_));
     };

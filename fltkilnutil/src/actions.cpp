@@ -16,8 +16,7 @@ constexpr base::TextRow kNames[] = {
 }  // namespace
 
 std::string nameOf(Action action) {
-    return base::tableText(kNames, static_cast<unsigned>(action),
-                           static_cast<base::Language>(GetLanguage()));
+    return base::filledText(kNames, static_cast<unsigned>(action), GetLanguage());
 }
 
 }  // namespace fltkilnutil

@@ -1,6 +1,5 @@
 #include "texts.h"
 
-#include <base/texts.h>
 #include <base/texttable.h>
 #include <kiln/language.h>
 
@@ -17,8 +16,7 @@ constexpr base::TextRow kTexts[] = {
 }  // namespace
 
 std::string text(TextId id, std::initializer_list<std::string_view> values) {
-    const auto language = static_cast<base::Language>(GetLanguage());
-    return base::fillText(base::tableText(kTexts, static_cast<unsigned>(id), language), values);
+    return base::filledText(kTexts, static_cast<unsigned>(id), GetLanguage(), values);
 }
 
 std::string counted(std::size_t count, TextId one, std::string_view more) {

@@ -14,19 +14,14 @@ constexpr base::TextRow kTexts[] = {
 #undef TEXT_ROW
 };
 
-base::Language language() noexcept {
-    return static_cast<base::Language>(GetLanguage());
-}
-
 }  // namespace
 
 std::string textOf(TextId which, std::initializer_list<std::string_view> values) {
-    return base::fillText(base::tableText(kTexts, static_cast<unsigned>(which), language()),
-                          values);
+    return base::filledText(kTexts, static_cast<unsigned>(which), GetLanguage(), values);
 }
 
 std::string quotedText(std::string_view text) {
-    return base::quotedText(text, language());
+    return base::quotedText(text, static_cast<base::Language>(GetLanguage()));
 }
 
 }  // namespace script

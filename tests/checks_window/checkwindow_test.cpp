@@ -285,8 +285,17 @@ TEST_F(CheckWindowTest, ForgetsFindingsWithTheirNodesAndChecksAgainWhenQuiet) {
     EXPECT_EQ(rows(), 2) << "the new one is not looked for";
     push(IDC_FOLLOW);
     EXPECT_TRUE(testinput::pumpUntil([&] { return rows() == 3; }));
+
+    // Closed, it does not check again, and the page does not go on telling old counts.
+    ASSERT_TRUE(testinput::pumpUntil([&] {
+        testinput::key(VK_ESCAPE);
+        return !IsWindowVisible(window());
+    }));
     core_.newScene();
-    EXPECT_TRUE(testinput::pumpUntil([&] { return rows() == 0; }));
+    EXPECT_TRUE(testinput::pumpUntil([&] {
+        return rows() == 0 && textOf(GetDlgItem(host_.page_, IDC_CHECK_COUNTS)) ==
+                                  "The scene has changed since the check";
+    })) << textOf(GetDlgItem(host_.page_, IDC_CHECK_COUNTS));
 }
 
 TEST_F(CheckWindowTest, StaysAliveWhileItRunsAndStopsOnEscape) {

@@ -201,15 +201,17 @@ TEST(PackedPicture, PngFilesOfOursAreRead) {
                              0xFF00FF00));
 }
 
+/// Why a picture is refused; unreadable for one that is not.
+PictureFault faultOf(const Bytes& bytes) {
+    try {
+        readPicture(bytes);
+    } catch (const PictureError& error) {
+        return error.fault();
+    }
+    return PictureFault::kUnreadable;
+}
+
 TEST(PackedPicture, RefusesWhatIsDamagedOrTooLarge) {
-    const auto faultOf = [](const Bytes& bytes) {
-        try {
-            readPicture(bytes);
-        } catch (const PictureError& error) {
-            return error.fault();
-        }
-        return PictureFault::kUnreadable;
-    };
     EXPECT_EQ(faultOf({}), PictureFault::kOtherFormat);
     EXPECT_EQ(faultOf({'t', 'e', 'x', 't'}), PictureFault::kOtherFormat);
     Bytes half = png();
@@ -259,14 +261,6 @@ TEST(DdsPicture, ReadsTheKindsOfBlocks) {
 }
 
 TEST(DdsPicture, RefusesWhatIsNone) {
-    const auto faultOf = [](const Bytes& bytes) {
-        try {
-            readPicture(bytes);
-        } catch (const PictureError& error) {
-            return error.fault();
-        }
-        return PictureFault::kUnreadable;
-    };
     EXPECT_EQ(faultOf({'D', 'D', 'S', ' '}), PictureFault::kCutShort);
     EXPECT_EQ(faultOf(dds("DXT1", 5, 4, kBlock)), PictureFault::kCutShort);
     EXPECT_EQ(faultOf(dds("DXT5", 4, 4, kBlock)), PictureFault::kCutShort);

@@ -381,6 +381,8 @@ public:
         std::filesystem::create_directories(folder_);
         if (!samples::writeScene(samples::makeAirport(), (folder_ / "airport.flt").string()))
             throw std::runtime_error("no sample scene");
+        // The program's settings, and what it saves aside, are the test's own.
+        SetEnvironmentVariableW(L"APPDATA", folder_.c_str());
     }
     ~Tour() override { std::filesystem::remove_all(folder_); }
 

@@ -14,21 +14,6 @@ using testing::HasSubstr;
 
 namespace {
 
-struct Search {
-    DWORD process;
-    HWND found;
-};
-
-BOOL CALLBACK findForm(HWND window, LPARAM parameter) {
-    auto& search = *reinterpret_cast<Search*>(parameter);
-    DWORD process = 0;
-    ::GetWindowThreadProcessId(window, &process);
-    if (process != search.process || !::IsWindowVisible(window) || !::GetDlgItem(window, IDC_TREE))
-        return TRUE;
-    search.found = window;
-    return FALSE;
-}
-
 POINT middleOf(HWND window) {
     RECT area{};
     ::GetWindowRect(window, &area);
@@ -58,19 +43,9 @@ protected:
     }
 
     void openBrowser() {
-        const HWND utility = ::FindWindowExW(panel_, nullptr, L"Button", L"Aviary (C)");
-        ASSERT_NE(utility, nullptr);
-        push(utility);
-        ASSERT_TRUE(eventually([this] { return page() && ::IsWindowVisible(page()); }));
-        push(::GetDlgItem(page(), IDC_BROWSER));
-        ASSERT_TRUE(eventually([this] { return (form_ = findForm()) != nullptr; }));
+        form_ = openBrowserForm();
+        ASSERT_NE(form_, nullptr);
         tree_ = std::make_unique<RemoteTree>(::GetDlgItem(form_, IDC_TREE), process_.hProcess);
-    }
-
-    HWND findForm() const {
-        Search search{process_.dwProcessId, nullptr};
-        ::EnumWindows(::findForm, reinterpret_cast<LPARAM>(&search));
-        return search.found;
     }
 
     static std::string place(POINT at) { return std::to_string(at.x) + " " + std::to_string(at.y); }

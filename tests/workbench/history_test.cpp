@@ -172,14 +172,8 @@ TEST_F(HistoryTest, AsksBeforeADeletionThatCannotBeUndone) {
 TEST_F(HistoryTest, KeysReachTheHostFromTheBrowsersForm) {
     start(base::toWide(STAGED_PLUGINS));
     script("Aviary.CreateGroup()");
-    ASSERT_TRUE(user::eventually(
-        [this] { return ::FindWindowExW(panel_, nullptr, L"Button", L"Aviary (C)") != nullptr; }));
-    ASSERT_TRUE(user::click(::FindWindowExW(panel_, nullptr, L"Button", L"Aviary (C)")));
-    ASSERT_TRUE(user::eventually([this] { return page() && ::IsWindowVisible(page()); }));
-    ASSERT_TRUE(user::click(::GetDlgItem(page(), IDC_BROWSER)));
-    HWND form = nullptr;
-    ASSERT_TRUE(user::eventually(
-        [&] { return (form = user::windowWith(process_.dwProcessId, IDC_TREE)) != nullptr; }));
+    const HWND form = openBrowserForm();
+    ASSERT_NE(form, nullptr);
     const RemoteTree tree(::GetDlgItem(form, IDC_TREE), process_.hProcess);
     ASSERT_TRUE(user::eventually([&] { return tree.find("g001") != nullptr; }));
     ASSERT_TRUE(user::click(tree.middle("Scene Root")));

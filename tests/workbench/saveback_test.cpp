@@ -155,12 +155,8 @@ TEST_F(SaveBackTest, SaysWhyAFileCannotBeSavedAndForgetsOneThatIsGone) {
 TEST_F(SaveBackTest, KeysOfFilesReachTheHostFromTheBrowsersForm) {
     script("$'塔楼'.name = \"tower\"");
     ASSERT_TRUE(isTitled("场景.kiln * - Workbench"));
-    ASSERT_TRUE(user::click(::FindWindowExW(panel_, nullptr, L"Button", L"Aviary (C)")));
-    ASSERT_TRUE(user::eventually([this] { return page() && ::IsWindowVisible(page()); }));
-    ASSERT_TRUE(user::click(::GetDlgItem(page(), IDC_BROWSER)));
-    HWND form = nullptr;
-    ASSERT_TRUE(user::eventually(
-        [&] { return (form = user::windowWith(process_.dwProcessId, IDC_TREE)) != nullptr; }));
+    const HWND form = openBrowserForm();
+    ASSERT_NE(form, nullptr);
     const RemoteTree tree(::GetDlgItem(form, IDC_TREE), process_.hProcess);
     ASSERT_TRUE(user::eventually([&] { return tree.find("tower") != nullptr; }));
     ASSERT_TRUE(user::click(tree.middle("Scene Root")));

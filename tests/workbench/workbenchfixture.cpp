@@ -1,8 +1,11 @@
 #include "workbenchfixture.h"
 
+#include "../tour/user.h"
+
 #include <base/utf16.h>
 #include <framework/gdi.h>
 #include <kiln/host/host.h>
+#include <resources/resource.h>
 
 #include <algorithm>
 #include <fstream>
@@ -194,4 +197,16 @@ std::vector<DWORD> WorkbenchTest::middleOfViewport() const {
 HWND WorkbenchTest::page() const {
     const HWND rollup = ::FindWindowExW(panel_, nullptr, L"WorkbenchRollup", nullptr);
     return rollup ? ::GetWindow(rollup, GW_CHILD) : nullptr;
+}
+
+HWND WorkbenchTest::openBrowserForm() const {
+    HWND form = nullptr;
+    const HWND utility = ::FindWindowExW(panel_, nullptr, L"Button", L"Aviary (C)");
+    if (!utility || !user::click(utility) ||
+        !eventually([this] { return page() && ::IsWindowVisible(page()); }) ||
+        !user::click(::GetDlgItem(page(), IDC_BROWSER)))
+        return nullptr;
+    eventually(
+        [&] { return (form = user::windowWith(process_.dwProcessId, IDC_TREE)) != nullptr; });
+    return form;
 }

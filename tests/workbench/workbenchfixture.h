@@ -65,6 +65,8 @@ protected:
     std::vector<DWORD> middleOfViewport() const;
     /// The dialog of the open rollup page, or null.
     HWND page() const;
+    /// Opens the form of the built module with the mouse; null when it does not come.
+    HWND openBrowserForm() const;
 
     const TemporaryFolder temporary_;
     const std::filesystem::path& folder_ = temporary_.path();

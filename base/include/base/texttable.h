@@ -8,9 +8,13 @@
 #pragma once
 
 #include <base/language.h>
+#include <base/texts.h>
 
+#include <cstdint>
+#include <initializer_list>
 #include <span>
 #include <string>
+#include <string_view>
 
 #ifdef _WIN32
 #include <base/resources.h>
@@ -38,6 +42,13 @@ inline std::string tableText([[maybe_unused]] std::span<const TextRow> rows, uns
 #else
     return compiledText(rows, id, language);
 #endif
+}
+
+/// The same in the language with that number, as a host gives it, and with `values` where it has
+/// places for them (see `fillText`).
+inline std::string filledText(std::span<const TextRow> rows, unsigned id, std::uint16_t language,
+                              std::initializer_list<std::string_view> values = {}) {
+    return fillText(tableText(rows, id, static_cast<Language>(language)), values);
 }
 
 }  // namespace base

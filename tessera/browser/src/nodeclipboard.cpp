@@ -126,7 +126,6 @@ void NodeClipboard::remove() {
     const TreeItem* before = originals.back()->previous;
     while (before && before->selected) before = before->previous;
     next = next->next ? next->next : before ? before : originals.back()->parent;
-    while (next->parent && TreeModel::isWithin(*next, *originals.front())) next = next->parent;
     const HTREEITEM left = next->handle;
     const NodeHandle node = next->node;
     const RedrawPause pause(tree_);

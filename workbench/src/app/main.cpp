@@ -209,6 +209,7 @@ void WorkbenchApp::loadPlugins(const std::string& folder) {
 
 void WorkbenchApp::openAtStart(const Options& options) {
     const bool isRecovered = window_->recovery().offer();
+    window_->recovery().start();
     if (!options.file.empty() && !isRecovered) {
         const std::string path = absolutePath(options.file);
         const kiln::ImportResult result = window_->files().openFile(path);

@@ -112,7 +112,6 @@ bool MainWindow::OnCreate(const CREATESTRUCTW&) {
         return ScriptPane::Answer{result.text, result.ok ? LogLine::kPlain : LogLine::kError};
     });
     ::SetTimer(Handle(), kModifiedTimer, kModifiedMilliseconds, nullptr);
-    recovery_.start();
     refreshFrame();
     return true;
 }

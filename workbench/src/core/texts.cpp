@@ -1,4 +1,3 @@
-#include <base/texts.h>
 #include <base/texttable.h>
 #include <kiln/language.h>
 #include <workbench/texts.h>
@@ -16,8 +15,7 @@ constexpr base::TextRow kTexts[] = {
 }  // namespace
 
 std::string textOf(TextId which, std::initializer_list<std::string_view> values) {
-    const auto language = static_cast<base::Language>(GetLanguage());
-    return base::fillText(base::tableText(kTexts, static_cast<unsigned>(which), language), values);
+    return base::filledText(kTexts, static_cast<unsigned>(which), GetLanguage(), values);
 }
 
 }  // namespace workbench
