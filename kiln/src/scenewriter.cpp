@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <limits>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 #include <type_traits>
@@ -65,10 +66,15 @@ void putNumber(std::string& text, DWORD value) {
     putNumber(text, std::uint64_t{value});
 }
 
-/// A list of numbers, each put with `add`.
+/// A list of numbers, each put with `add`. It may be written in portions: all but the last end with
+/// `flush`, and all but the first begin as `Rest`.
 class NumberList {
 public:
-    explicit NumberList(std::string& text) : text_(text) { *at_++ = '['; }
+    enum class Rest { kNo, kYes };
+    explicit NumberList(std::string& text, Rest rest = Rest::kNo)
+        : text_(text), any_(rest == Rest::kYes) {
+        if (!any_) *at_++ = '[';
+    }
     NumberList(const NumberList&) = delete;
     NumberList& operator=(const NumberList&) = delete;
 
@@ -86,19 +92,25 @@ public:
     void add(const Point3f& point) {
         for (const float value : {point.x, point.y, point.z}) add(value);
     }
+    void add(const Face& face) {
+        for (const DWORD value : {face.v[0], face.v[1], face.v[2], face.flags, face.smGroup})
+            add(value);
+    }
+    void add(const TVFace& face) {
+        for (const DWORD value : face.t) add(value);
+    }
+    void flush() {
+        text_.append(digits_, at_);
+        at_ = digits_;
+    }
     void end() {
         flush();
         text_ += ']';
     }
 
 private:
-    void flush() {
-        text_.append(digits_, at_);
-        at_ = digits_;
-    }
-
     std::string& text_;
-    bool any_ = false;
+    bool any_;
     char digits_[2048];
     char* at_ = digits_;
 };
@@ -183,28 +195,65 @@ void putMatrix(std::string& text, const Matrix3& matrix) {
     list.end();
 }
 
-void putMesh(std::string& text, const Mesh& mesh) {
-    putName(text, "mesh");
-    text += '{';
-    putList(text, "vertices", mesh.verts);
-    putName(text, "faces");
-    NumberList faces(text);
-    for (const Face& face : mesh.faces)
-        for (const DWORD value : {face.v[0], face.v[1], face.v[2], face.flags, face.smGroup})
-            faces.add(value);
-    faces.end();
-    if (!mesh.tVerts.IsEmpty()) putList(text, "textureVertices", mesh.tVerts);
-    if (!mesh.tvFaces.IsEmpty()) {
-        putName(text, "textureFaces");
-        NumberList corners(text);
-        for (const TVFace& face : mesh.tvFaces)
-            for (const DWORD value : face.t) corners.add(value);
-        corners.end();
+/// A mesh, in portions that do not grow with it.
+class MeshText {
+public:
+    explicit MeshText(const Mesh& mesh) : mesh_(mesh) {}
+
+    /// Appends the next portion; false once it was the last.
+    bool next(std::string& text) {
+        for (int room = kPortion; room > 0 && list_ < kLists;) room -= putPortion(text, room);
+        if (list_ < kLists) return true;
+        text += '}';
+        return false;
     }
-    if (!mesh.normals.IsEmpty()) putList(text, "normals", mesh.normals);
-    if (!mesh.colors.IsEmpty()) putList(text, "colors", mesh.colors);
-    text += '}';
-}
+
+private:
+    static constexpr int kLists = 6;
+    static constexpr int kAlways = 2;      // the others may be missing
+    static constexpr int kPortion = 4096;  // elements
+
+    /// Of the present list; how many elements that were.
+    int putPortion(std::string& text, int most) {
+        switch (list_) {
+            case 0:
+                return putPortion(text, most, "{\"vertices\":", mesh_.verts);
+            case 1:
+                return putPortion(text, most, ",\"faces\":", mesh_.faces);
+            case 2:
+                return putPortion(text, most, ",\"textureVertices\":", mesh_.tVerts);
+            case 3:
+                return putPortion(text, most, ",\"textureFaces\":", mesh_.tvFaces);
+            case 4:
+                return putPortion(text, most, ",\"normals\":", mesh_.normals);
+            default:
+                return putPortion(text, most, ",\"colors\":", mesh_.colors);
+        }
+    }
+    template <typename T>
+    int putPortion(std::string& text, int most, const char* head, const Tab<T>& list) {
+        if (list.IsEmpty() && list_ >= kAlways) {
+            ++list_;
+            return 0;
+        }
+        if (at_ == 0) text += head;
+        NumberList numbers(text, at_ == 0 ? NumberList::Rest::kNo : NumberList::Rest::kYes);
+        const int first = at_;
+        const int end = first + std::min(list.Count() - first, most);
+        while (at_ < end) numbers.add(list[at_++]);
+        if (end < list.Count()) {
+            numbers.flush();
+            return end - first;
+        }
+        numbers.end();
+        ++list_;
+        at_ = 0;
+        return end - first;
+    }
+
+    const Mesh& mesh_;
+    int list_ = 0, at_ = 0;  // where the next portion begins
+};
 
 void putState(std::string& text, const ReferenceTarget& thing) {
     const std::vector<BYTE> state = thing.SaveState();
@@ -262,8 +311,6 @@ void putOwnState(std::string& text, const Object& object) {
         putMember(text, "color", light.GetColor());
         putMember(text, "intensity", light.GetIntensity());
         putMember(text, "on", light.GetUseLight());
-    } else if (id == TRIOBJ_CLASS_ID) {
-        putMesh(text, static_cast<const TriObject&>(object).GetMesh());
     } else if (id == BOXOBJ_CLASS_ID) {
         const auto& box = static_cast<const BoxObject&>(object);
         putName(text, "size");
@@ -280,17 +327,41 @@ void putOwnState(std::string& text, const Object& object) {
     }
 }
 
-void putObject(std::string& text, const Object& object) {
-    text += '{';
-    putMember(text, "super", object.SuperClassID());
-    putClass(text, object.ClassID());
-    if (isBuiltIn(object.SuperClassID(), object.ClassID()))
-        putOwnState(text, object);
-    else
-        putState(text, object);
-    putExtras(text, object);
-    text += '}';
-}
+/// An object, in portions that do not grow with its mesh.
+class ObjectText {
+public:
+    explicit ObjectText(const Object& object) : object_(object) {
+        if (isBuiltIn(object.SuperClassID(), object.ClassID()) &&
+            object.ClassID() == TRIOBJ_CLASS_ID)
+            mesh_.emplace(static_cast<const TriObject&>(object).GetMesh());
+    }
+
+    /// Appends the next portion; false once it was the last.
+    bool next(std::string& text) {
+        if (!std::exchange(begun_, true)) begin(text);
+        if (mesh_ && mesh_->next(text)) return true;
+        putExtras(text, object_);
+        text += '}';
+        return false;
+    }
+
+private:
+    void begin(std::string& text) const {
+        text += '{';
+        putMember(text, "super", object_.SuperClassID());
+        putClass(text, object_.ClassID());
+        if (mesh_)
+            putName(text, "mesh");
+        else if (isBuiltIn(object_.SuperClassID(), object_.ClassID()))
+            putOwnState(text, object_);
+        else
+            putState(text, object_);
+    }
+
+    const Object& object_;
+    std::optional<MeshText> mesh_;
+    bool begun_ = false;
+};
 
 void putTexmap(std::string& text, const Texmap& map, bool listed) {
     text += '{';
@@ -354,7 +425,8 @@ struct SceneWriter::Impl {
     std::vector<std::uint32_t> selection;
     enum class Section { kHead, kMaps, kObjects, kNodes, kSelection, kEnd };
     Section section = Section::kHead;
-    std::size_t index = 0;    // in the section
+    std::size_t index = 0;  // in the section
+    std::optional<ObjectText> unfinished;
     std::size_t written = 0;  // pieces
 };
 
@@ -439,8 +511,10 @@ bool SceneWriter::Impl::next(std::string& text) {
                    [&](const Texmap* map) { putTexmap(text, *map, index <= listed); });
             return true;
         case Section::kObjects:
-            nextOf("objects", objects.things(), text,
-                   [&](const ::Object* one) { putObject(text, *one); });
+            if (!unfinished)
+                nextOf("objects", objects.things(), text,
+                       [&](const ::Object* one) { unfinished.emplace(*one); });
+            if (unfinished && !unfinished->next(text)) unfinished.reset();
             return true;
         case Section::kNodes:
             nextOf("nodes", lines, text, [&](const Line& line) { putNode(text, line); });

@@ -1,5 +1,7 @@
 #include "fixture.h"
 
+#include <kiln/host/scenetext.h>
+
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -433,6 +435,48 @@ TEST_F(SceneFileTest, ReadsAndWritesBeyondOnePieceOfTheFile) {
     EXPECT_THAT(core.loadSceneText(bad, "a.kiln").message,
                 StartsWith("a.kiln: is damaged: parse error at line " + line +
                            ", column 3: a text has no"));
+}
+
+// Whoever writes a scene in the background writes so much at a time.
+TEST_F(SceneFileTest, WritesALargeMeshInSmallPieces) {
+    auto* const tri = new TriObject;
+    Mesh& mesh = tri->GetMesh();
+    for (int i = 0; i < 8'192; ++i) {
+        mesh.verts.Append(Point3{i / 7.0, 1.0 * i, -1.0 / (i + 1)});
+        mesh.normals.Append(Point3f(0, 0, static_cast<float>(i)));
+    }
+    for (DWORD i = 0; i < 12'289; ++i) {
+        mesh.faces.Append(Face{{i % 8'192, i % 8'191, i % 8'190}, EDGE_A, i});
+        mesh.tvFaces.Append(TVFace{{0, 0, 0}});
+    }
+    mesh.tVerts.Append(Point3f(0.5F, 1, 0));
+    INode* const node = host.CreateObjectNode(tri, "large");
+    node->AddAppDataChunk({1, 1}, 1, 1, 2, hostBlock("ok"));
+
+    std::string text;
+    kiln::SceneText pieces;
+    kiln::SceneText::Progress progress;
+    do {
+        std::string piece;
+        progress = pieces.next(piece);
+        EXPECT_LT(piece.size(), 300'000u);
+        text += piece;
+    } while (progress == kiln::SceneText::Progress::kMore);
+    ASSERT_EQ(progress, kiln::SceneText::Progress::kComplete);
+    const Mesh before = mesh;
+    ASSERT_TRUE(core.loadSceneText(text, "large.kiln"));
+    INode* const only = host.GetRootNode()->GetChildNode(0);
+    const auto* const loaded = static_cast<TriObject*>(only->GetObjectRef());
+    const auto same = [](const auto& one, const auto& other) {
+        return std::ranges::equal(one, other);
+    };
+    EXPECT_TRUE(same(loaded->GetMesh().verts, before.verts));
+    EXPECT_TRUE(same(loaded->GetMesh().faces, before.faces));
+    EXPECT_TRUE(same(loaded->GetMesh().tVerts, before.tVerts));
+    EXPECT_TRUE(same(loaded->GetMesh().tvFaces, before.tvFaces));
+    EXPECT_TRUE(same(loaded->GetMesh().normals, before.normals));
+    EXPECT_TRUE(loaded->GetMesh().colors.IsEmpty());
+    EXPECT_EQ(only->NumAppDataChunks(), 1);
 }
 
 TEST_F(SceneFileTest, SaysWhatKindOfFailureItIs) {
