@@ -96,9 +96,10 @@ private:
 };
 
 /// A hash of what decides about results beside the files that are read.
-std::string hashOfOptions(const Job& job) {
+std::string hashOfOptions(const BatchOptions& options) {
+    const Job& job = options.job;
     const Json all{TESSERA_VERSION, hashOfText(job.script), job.script.empty(), job.maxSteps,
-                   job.checkTarget, job.revision,           job.database};
+                   job.checkTarget, job.revision,           job.database,       options.exports};
     return hashOfText(all.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 
@@ -121,7 +122,9 @@ public:
                 "the same folder");
         fs::create_directories(folders_.out);
         tree_.leaveOut(folders_.out);
-        folders_.stamps = folders_.out / kBatchFolder / "stamps";
+        kept_ = folders_.out / kBatchFolder;
+        folders_.stamps = kept_ / "stamps";
+        if (!options.exports) folders_.out.clear();
         if (options.reportPath.empty()) return;
         report_ = base::openFile(base::pathFrom(options.reportPath), true);
         if (!report_)
@@ -130,7 +133,7 @@ public:
     }
 
     int run() {
-        const Scratch scratch(folders_.out / kBatchFolder);
+        const Scratch scratch(kept_);
         folders_.scratch = scratch.path();
         while (tree_.next()) ++files_;
         tree_.rewind();
@@ -150,7 +153,7 @@ private:
         Host host;
         for (const std::string& refusal : loadPlugins(""))
             std::fprintf(stderr, "kilnbatch: %s\n", refusal.c_str());
-        const std::string hash = hashOfOptions(options_.job);
+        const std::string hash = hashOfOptions(options_);
         const auto next = [&](Workers::Task& task) {
             const std::optional<fs::path> path = tree_.next();
             if (path) task.name = base::genericTextOf(*path);
@@ -247,6 +250,7 @@ private:
     const BatchOptions& options_;
     FileTree tree_;
     BatchFolders folders_;
+    fs::path kept_;  ///< what the batch keeps for itself
     base::File report_;
     bool reportIsWhole_ = true;
     BatchProgress* progress_ = nullptr;

@@ -10,10 +10,11 @@
 namespace kilnbatch {
 
 struct BatchOptions {
-    std::string in;    ///< see `FileTree`
-    std::string list;  ///< the same
-    std::string out;   ///< the folder of the results
-    Job job;           ///< done to each file; import and export are the file's
+    std::string in;       ///< see `FileTree`
+    std::string list;     ///< the same
+    std::string out;      ///< the folder of the results
+    bool exports = true;  ///< otherwise that folder gets only what the batch keeps for itself
+    Job job;              ///< done to each file; import and export are the file's
     unsigned jobs = 1;
     TaskLimits limits;
     std::string reportPath;  ///< of JSON lines; empty for none

@@ -37,6 +37,7 @@ int runBatchCommand(std::vector<std::string> words) {
     app.add_option("--check", options.job.checkTarget,
                    "check each for a built-in target such as \"general\", or that of a JSON file")
         ->type_name("TARGET");
+    app.add_flag("!--no-export", options.exports, "write no results: check, and run scripts, only");
     app.add_option("--revision", options.job.revision, "revision of the exported files")
         ->type_name("N")
         ->check(CLI::Range(0U, 0xFFFFU));

@@ -7,7 +7,9 @@
 #include <kiln/kiln.h>
 
 #include <optional>
+#include <string>
 #include <system_error>
+#include <vector>
 
 namespace kilnbatch {
 
@@ -73,12 +75,14 @@ Json failed(Json result, const std::string& reason) {
 Json doFile(kiln::Core& core, const BatchFolders& folders, const Job& job,
             const std::string& options, const std::string& name, unsigned place) {
     const fs::path relative = base::pathFrom(name);
-    const fs::path made = folders.out / relative;
+    const fs::path made = folders.out.empty() ? fs::path() : folders.out / relative;
     fs::path stampPath = folders.stamps / relative;
     stampPath += ".json";
     if (std::optional<Stamp> stamp = Stamp::read(stampPath);
         stamp && stamp->isUpToDate(options, folders.in, made)) {
         stamp->result["result"] = "unchanged";
+        Json& names = stamp->result["reads"] = Json::array();
+        for (const auto& [read, hash] : stamp->files) names.push_back(read);
         return stamp->result;
     }
     Json result{{"result", "done"}};
@@ -90,7 +94,8 @@ Json doFile(kiln::Core& core, const BatchFolders& folders, const Job& job,
         Said said;
         Job own = job;
         own.importPath = base::textOf(folders.in / relative);
-        own.exportPath = base::textOf(scratch / relative.filename());
+        const fs::path exported = made.empty() ? made : scratch / relative.filename();
+        own.exportPath = base::textOf(exported);
         own.arguments = {name};
         own.output = [&](std::string_view line) { said(line); };
         own.found = [&](const Findings& findings) { addFindings(result, findings); };
@@ -98,16 +103,21 @@ Json doFile(kiln::Core& core, const BatchFolders& folders, const Job& job,
         const std::string failure = runJob(core, own);
         said.addTo(result);
         result["nodes"] = core.hostInterface().GetNodeCount();
+        const std::vector<std::string> names = namesOf(reads, folders.in);
+        std::optional<Stamp> stamp;
+        if (failure.empty()) stamp = Stamp::of(reads, folders.in);
+        if (stamp) stamp->result = result;
+        result["reads"] = names;
         if (!failure.empty()) return failed(result, failure);
-        std::optional<Stamp> stamp = Stamp::of(reads, folders.in);
-        const std::optional<std::string> content = hashOf(base::pathFrom(own.exportPath));
-        // The file was written down to the disk; here it takes its place.
-        fs::create_directories(made.parent_path());
-        fs::rename(base::pathFrom(own.exportPath), made);
-        if (stamp && content) {
+        const std::optional<std::string> content = hashOf(exported);
+        if (!made.empty()) {
+            // The file was written down to the disk; here it takes its place.
+            fs::create_directories(made.parent_path());
+            fs::rename(exported, made);
+        }
+        if (stamp && (content || made.empty())) {
             stamp->options = options;
-            stamp->output = *content;
-            stamp->result = result;
+            stamp->output = content;
             fs::create_directories(stampPath.parent_path());
             stamp->write(stampPath);
         }

@@ -13,7 +13,7 @@ namespace kilnbatch {
 /// Where a batch reads and writes.
 struct BatchFolders {
     std::filesystem::path in;
-    std::filesystem::path out;
+    std::filesystem::path out;      ///< empty when nothing is exported
     std::filesystem::path stamps;   ///< a tree as that of the results
     std::filesystem::path scratch;  ///< of this run, on the same disk as the results
 };

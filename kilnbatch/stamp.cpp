@@ -24,6 +24,20 @@ fs::path absoluteOf(const fs::path& path) {
     return fs::absolute(path).lexically_normal();
 }
 
+std::string nameOf(const fs::path& path, const fs::path& above) {
+    const fs::path relative = path.lexically_relative(above);
+    const bool isBelow = !relative.empty() && *relative.begin() != "..";
+    return base::genericTextOf(isBelow ? relative : path);
+}
+
+Json jsonOf(const std::optional<std::string>& hash) {
+    return hash ? Json(*hash) : Json();
+}
+
+std::optional<std::string> hashIn(const Json& json) {
+    return json.is_null() ? std::nullopt : std::optional(json.get<std::string>());
+}
+
 }  // namespace
 
 std::string hashOfText(std::string_view text) {
@@ -45,6 +59,13 @@ std::optional<std::string> hashOf(const fs::path& path) {
     return textOf(hash);
 }
 
+std::vector<std::string> namesOf(const base::FileReads& reads, const fs::path& root) {
+    const fs::path above = absoluteOf(root / "");
+    std::vector<std::string> names;
+    for (const auto& [path, time] : reads.files()) names.push_back(nameOf(path, above));
+    return names;
+}
+
 std::optional<Stamp> Stamp::of(const base::FileReads& reads, const fs::path& root) {
     if (!reads.areComplete()) return std::nullopt;
     const fs::path above = absoluteOf(root / "");
@@ -55,9 +76,7 @@ std::optional<Stamp> Stamp::of(const base::FileReads& reads, const fs::path& roo
         std::error_code missing;
         const auto now = fs::last_write_time(path, missing);
         if (missing ? time.has_value() : time != now) return std::nullopt;
-        const fs::path relative = path.lexically_relative(above);
-        const bool isBelow = !relative.empty() && *relative.begin() != "..";
-        stamp.files[base::genericTextOf(isBelow ? relative : path)] = hashOf(path);
+        stamp.files[nameOf(path, above)] = hashOf(path);
     }
     return stamp;
 }
@@ -69,11 +88,9 @@ std::optional<Stamp> Stamp::read(const fs::path& path) {
         const Json json = Json::parse(text);
         Stamp stamp;
         json.at("options").get_to(stamp.options);
-        json.at("output").get_to(stamp.output);
+        stamp.output = hashIn(json.at("output"));
         stamp.result = json.at("result");
-        for (const auto& [name, hash] : json.at("files").items())
-            stamp.files[name] =
-                hash.is_null() ? std::nullopt : std::optional(hash.get<std::string>());
+        for (const auto& [name, hash] : json.at("files").items()) stamp.files[name] = hashIn(hash);
         return stamp;
     } catch (const Json::exception&) {
         return std::nullopt;
@@ -81,9 +98,9 @@ std::optional<Stamp> Stamp::read(const fs::path& path) {
 }
 
 void Stamp::write(const fs::path& path) const {
-    Json json{{"options", options}, {"output", output}, {"result", result}};
+    Json json{{"options", options}, {"output", jsonOf(output)}, {"result", result}};
     Json& entries = json["files"] = Json::object();
-    for (const auto& [name, hash] : files) entries[name] = hash ? Json(*hash) : Json();
+    for (const auto& [name, hash] : files) entries[name] = jsonOf(hash);
     const std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
     // A stamp that a stop of the machine tears is none, and its file is done again.
     base::File file = base::openFile(path, true);

@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace kilnbatch {
 
@@ -15,10 +16,13 @@ namespace kilnbatch {
 std::optional<std::string> hashOf(const std::filesystem::path& path);
 std::string hashOfText(std::string_view text);
 
+/// The files that were read or looked for: relative to `root` where they are below it.
+std::vector<std::string> namesOf(const base::FileReads& reads, const std::filesystem::path& root);
+
 /// What one result was made of and with, as a small JSON file says it.
 struct Stamp {
-    std::string options;  ///< a hash of all that decides beside the files
-    std::string output;   ///< of the result's content
+    std::string options;                ///< a hash of all that decides beside the files
+    std::optional<std::string> output;  ///< of the result's content; none when nothing is exported
     /// The files that were read or looked for, with the hash of each, none for one that was not
     /// there. Those below the folder of the batch are relative to it, so that it may move.
     std::map<std::string, std::optional<std::string>> files;
@@ -34,7 +38,7 @@ struct Stamp {
     void write(const std::filesystem::path& path) const;
 
     /// Whether the same would come of it again: nothing that it was made of has changed, and the
-    /// result at `made` is what was made.
+    /// result at `made` is what was made. `made` is empty when nothing is exported.
     bool isUpToDate(const std::string& optionsNow, const std::filesystem::path& root,
                     const std::filesystem::path& made) const;
 };

@@ -166,6 +166,23 @@ TEST_F(BatchTest, LeavesAloneWhatIsUpToDate) {
     EXPECT_EQ(resultsOf(run({})), done);
 }
 
+TEST_F(BatchTest, ChecksWithoutResults) {
+    model("a.flt");
+    const std::vector<std::string> words{"--check", "general", "--no-export"};
+    const auto first = run(words);
+    EXPECT_EQ(first.at("a.flt")["errors"], 1);
+    EXPECT_TRUE(contentsOf("out").empty());
+    // What is referred to is named whether it is there or not.
+    const Json reads = first.at("a.flt")["reads"];
+    EXPECT_THAT(reads.get<std::vector<std::string>>(),
+                testing::IsSupersetOf({"a.flt", "aircraft/airliner.flt"}));
+    const auto second = run(words);
+    EXPECT_EQ(second.at("a.flt")["result"], "unchanged");
+    EXPECT_EQ(second.at("a.flt")["reads"], reads);
+    EXPECT_EQ(run({"--check", "general"}).at("a.flt")["result"], "done");
+    EXPECT_EQ(contentsOf("out").size(), 1u);
+}
+
 TEST_F(BatchTest, LosesOneFileToWhateverAScriptDoes) {
     for (const char* name : {"a.flt", "crash.flt", "error.flt", "grow.flt", "z.flt"}) model(name);
     file("in/damaged.flt", textOf("in/a.flt").substr(0, 5000));
