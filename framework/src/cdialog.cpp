@@ -5,6 +5,7 @@
 #include <base/resources.h>
 #include <base/scopedvalue.h>
 #include <framework/cdialog.h>
+#include <framework/centredtext.h>
 #include <framework/module.h>
 
 #include <charconv>
@@ -60,6 +61,14 @@ void showOwnersIcon(HWND dialog) {
     if (!owner) return;
     for (const WPARAM size : {ICON_SMALL, ICON_BIG})
         ::SendMessageW(dialog, WM_SETICON, size, ::SendMessageW(owner, WM_GETICON, size, 0));
+}
+
+void centreTexts(HWND dialog) {
+    for (HWND control = ::GetWindow(dialog, GW_CHILD); control;
+         control = ::GetWindow(control, GW_HWNDNEXT)) {
+        const bool oneLine = !(::GetWindowLongW(control, GWL_STYLE) & ES_MULTILINE);
+        if (oneLine && classOf(control) == WC_EDITW) centreText(control);
+    }
 }
 
 bool isPushButton(HWND control) {
@@ -237,7 +246,9 @@ int CDialog::ToolTipControlId(const NMHDR& request) noexcept {
 }
 
 void CDialog::TellToolTips(const MSG& mouse) const noexcept {
-    if (!toolTips_) return;
+    // None comes up while something is being dragged.
+    constexpr WPARAM kButtons = MK_LBUTTON | MK_MBUTTON | MK_RBUTTON;
+    if (!toolTips_ || (mouse.message == WM_MOUSEMOVE && (mouse.wParam & kButtons))) return;
     MSG copy = mouse;
     ::SendMessageW(toolTips_, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&copy));
 }
@@ -255,6 +266,7 @@ INT_PTR CDialog::Initialise(HWND dialog) noexcept {
         if (WindowRouter::connect(*this, dialog)) {
             WindowRouter::own(*this);
             if (!modal_) DialogNavigation::add(*this);
+            centreTexts(dialog);
             return OnInitDialog();
         }
     } catch (...) {

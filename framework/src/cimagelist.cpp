@@ -36,12 +36,19 @@ int CImageList::Add(HBITMAP bitmap, COLORREF mask) const {
 }
 
 int CImageList::AddResource(UINT bitmapId, COLORREF mask) const {
+    return AddResource(MAKEINTRESOURCEW(bitmapId), 1, mask);
+}
+
+int CImageList::AddStrip(const wchar_t* name, int count, COLORREF mask) const {
+    return AddResource(name, count, mask);
+}
+
+int CImageList::AddResource(const wchar_t* name, int count, COLORREF mask) const {
     int width = 0;
     int height = 0;
     if (!list_ || !::ImageList_GetIconSize(list_, &width, &height)) return -1;
-    const GdiBitmap bitmap(
-        static_cast<HBITMAP>(::LoadImageW(resourceInstance(), MAKEINTRESOURCEW(bitmapId),
-                                          IMAGE_BITMAP, width, height, LR_CREATEDIBSECTION)));
+    const GdiBitmap bitmap(static_cast<HBITMAP>(::LoadImageW(
+        resourceInstance(), name, IMAGE_BITMAP, count * width, height, LR_CREATEDIBSECTION)));
     return bitmap ? Add(bitmap.get(), mask) : -1;
 }
 

@@ -1,5 +1,8 @@
 #include <base/utf16.h>
 #include <framework/ctreectrl.h>
+#include <framework/gdi.h>
+
+#include <algorithm>
 
 namespace framework {
 
@@ -178,8 +181,46 @@ HIMAGELIST CTreeCtrl::SetImageList(HIMAGELIST list, int kind) const {
 }
 
 CImageList CTreeCtrl::CreateDragImage(HTREEITEM item) const {
-    if (!item) return {};
-    return CImageList(reinterpret_cast<HIMAGELIST>(Send(TVM_CREATEDRAGIMAGE, 0, pointerTo(item))));
+    RECT label{};
+    int image = 0;
+    int selectedImage = 0;
+    if (!item || !ItemRect(item, label, true) || !ItemImages(item, image, selectedImage)) return {};
+    const auto icons = reinterpret_cast<HIMAGELIST>(Send(TVM_GETIMAGELIST, TVSIL_NORMAL));
+    int iconWidth = 0;
+    int iconHeight = 0;
+    if (icons) ::ImageList_GetIconSize(icons, &iconWidth, &iconHeight);
+
+    // Beside and below the pointer's tip, which is at the picture's corner.
+    const int left = Scaled(12), top = Scaled(10), air = Scaled(3);
+    const int height = std::max(iconHeight, heightOf(label)) + 2 * air;
+    const RECT box{left, top, left + iconWidth + widthOf(label) + 3 * air, top + height};
+    std::uint32_t* pixels = nullptr;
+    const GdiBitmap bitmap = makePixelBitmap(box.right, box.bottom, pixels);
+    const HDC dc = bitmap ? ::CreateCompatibleDC(nullptr) : nullptr;
+    if (!dc) return {};
+    constexpr COLORREF kSeeThrough = RGB(255, 0, 255);
+    {
+        const SelectScope drawing(dc, bitmap.get());
+        const SelectScope font(dc, Font());
+        const RECT whole{0, 0, box.right, box.bottom};
+        ::SetBkColor(dc, kSeeThrough);
+        ::ExtTextOutW(dc, 0, 0, ETO_OPAQUE, &whole, nullptr, 0, nullptr);
+        ::FillRect(dc, &box, ::GetSysColorBrush(COLOR_WINDOW));
+        ::FrameRect(dc, &box, ::GetSysColorBrush(COLOR_HIGHLIGHT));
+        if (icons)
+            ::ImageList_Draw(icons, image, dc, box.left + air, top + (height - iconHeight) / 2,
+                             ILD_TRANSPARENT);
+        RECT text{box.left + iconWidth + 2 * air, box.top, box.right, box.bottom};
+        ::SetBkMode(dc, TRANSPARENT);
+        ::SetTextColor(dc, ::GetSysColor(COLOR_WINDOWTEXT));
+        ::DrawTextW(dc, base::toWide(ItemText(item)).c_str(), -1, &text,
+                    DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
+    }
+    ::DeleteDC(dc);
+    CImageList picture;
+    picture.Create(box.right, box.bottom, ILC_COLOR24 | ILC_MASK, 1, 1);
+    picture.Add(bitmap.get(), kSeeThrough);
+    return picture;
 }
 
 void CTreeCtrl::SetBackground(COLORREF color) const {

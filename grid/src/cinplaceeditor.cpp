@@ -1,6 +1,7 @@
 #include "keys.h"
 
 #include <base/utf16.h>
+#include <framework/centredtext.h>
 #include <grid/cgridctrl.h>
 #include <grid/cinplaceeditor.h>
 
@@ -59,47 +60,19 @@ bool CInPlaceEdit::Open(const RECT& area, std::string_view text, wchar_t firstKe
     return true;
 }
 
-// Where the field has its text, from the window's corner.
-POINT CInPlaceEdit::TextOrigin() const {
+// Where the field has its text, from the window's left edge.
+int CInPlaceEdit::TextLeft() const {
     RECT text{};
     Send(EM_GETRECT, 0, reinterpret_cast<LPARAM>(&text));
-    const POINT screen = ToScreen({text.left, text.top});
-    const RECT window = WindowRect();
-    return {screen.x - window.left, screen.y - window.top};
+    return static_cast<int>(ToScreen({text.left, text.top}).x - WindowRect().left);
 }
 
-// Lets the text stay where it is in the cell: there it is centred, but in an edit field it stands
-// at the upper edge. So the field's client area begins lower down.
+// Lets the text stay where it is in the cell.
 void CInPlaceEdit::AlignWithCell() {
     Send(EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, 0);
-    const int margin = std::max(owner_.TextMargin() - static_cast<int>(TextOrigin().x), 0);
+    const int margin = std::max(owner_.TextMargin() - TextLeft(), 0);
     Send(EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, MAKELPARAM(margin, margin));
-    const int wanted = (heightOf(cell_) - textHeight(*this)) / 2;
-    strip_ = std::max(wanted - static_cast<int>(TextOrigin().y), 0);
-    ::SetWindowPos(Handle(), nullptr, 0, 0, 0, 0,
-                   SWP_FRAMECHANGED | SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
-}
-
-LRESULT CInPlaceEdit::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
-    const LRESULT result = CEdit::WindowProc(message, wParam, lParam);
-    // The rectangle comes first in both structures that the message may have.
-    if (message == WM_NCCALCSIZE) reinterpret_cast<RECT*>(lParam)->top += strip_;
-    if (message == WM_NCPAINT) PaintStrip();
-    // A click above the text is one on its first line.
-    if (message == WM_NCHITTEST && result != HTTRANSPARENT) return HTCLIENT;
-    return result;
-}
-
-void CInPlaceEdit::PaintStrip() {
-    const RECT window = WindowRect();
-    const POINT client = ToScreen({0, 0});
-    const int left = static_cast<int>(client.x - window.left);
-    const int bottom = static_cast<int>(client.y - window.top);
-    const RECT strip{left, bottom - strip_, left + widthOf(ClientRect()), bottom};
-    const HDC dc = ::GetWindowDC(Handle());
-    if (!dc) return;
-    ::FillRect(dc, &strip, ::GetSysColorBrush(COLOR_WINDOW));
-    ::ReleaseDC(Handle(), dc);
+    framework::centreText(Handle(), heightOf(cell_));
 }
 
 void CInPlaceEdit::HandleNotification(UINT code) {

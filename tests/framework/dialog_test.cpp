@@ -245,6 +245,55 @@ TEST_F(ShownForm, AsksForTheTipOfTheControlUnderTheMouse) {
     EXPECT_EQ(form.tipRequests.front(), IDC_APPLY);
 }
 
+TEST_F(ShownForm, ShowsNoTipWhileAButtonIsHeld) {
+    const HWND control = form.Item(IDC_PICTURE);
+    ASSERT_TRUE(testinput::hover(control, {10, 5}));
+    ASSERT_TRUE(testinput::pumpUntil([&] { return !form.tipRequests.empty(); }));
+    ::PostMessageW(control, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(10, 5));
+    testinput::pump();
+    form.tipRequests.clear();
+    // Away from the control and back, as something is dragged.
+    ::PostMessageW(form.Handle(), WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(1, 1));
+    ::PostMessageW(control, WM_MOUSEMOVE, MK_LBUTTON, MAKELPARAM(11, 5));
+    EXPECT_FALSE(testinput::pumpUntil([&] { return !form.tipRequests.empty(); }, 900));
+    ::PostMessageW(control, WM_LBUTTONUP, 0, MAKELPARAM(11, 5));
+    testinput::pump();
+}
+
+TEST_F(ShownForm, TextStandsInTheMiddleOfAnEditFieldOfAnyHeight) {
+    const HWND name = form.Item(IDC_NAME);
+    constexpr LONG kHeight = 41, kBorder = 3;
+    ::SetWindowTextW(name, L"HHHH");
+    ::SetWindowPos(name, nullptr, 0, 0, 120, kHeight, SWP_NOMOVE | SWP_NOZORDER);
+    ::SetFocus(form.Item(IDC_APPLY));
+    testinput::pump();
+    POINT corner{};
+    RECT window;
+    ::GetWindowRect(name, &window);
+    corner = {window.left, window.top};
+    ::ScreenToClient(form.Handle(), &corner);
+    const auto colorAt = [&](LONG x, LONG y) {
+        return testinput::pixel(form.Handle(), {corner.x + x, corner.y + y});
+    };
+    LONG first = -1, last = -1;
+    for (LONG y = kBorder; y < kHeight - kBorder; ++y)
+        for (LONG x = kBorder; x < 60; ++x)
+            if (GetRValue(colorAt(x, y)) < 128) {
+                if (first < 0) first = y;
+                last = y;
+            }
+    ASSERT_GE(first, 0);
+    EXPECT_NEAR(first, kHeight - 1 - last, 3);
+    // What is above the text belongs to the field: it has its color and takes its clicks.
+    EXPECT_EQ(colorAt(100, kBorder + 1), colorAt(100, kHeight / 2));
+    ::EnableWindow(name, FALSE);
+    testinput::pump();
+    EXPECT_EQ(colorAt(100, kBorder + 1), ::GetSysColor(COLOR_BTNFACE));
+    ::EnableWindow(name, TRUE);
+    testinput::click(form.Handle(), {corner.x + 20, corner.y + kBorder + 1});
+    EXPECT_EQ(focusedId(), IDC_NAME);
+}
+
 // The listener's procedure and ours must not each take the other for what was there before it.
 TEST(ModelessDialog, EndsWithAControlOfOurClassThatAnotherListenedToFirst) {
     FormWithLateControl form;

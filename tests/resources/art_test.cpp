@@ -117,6 +117,48 @@ TEST(Art, TreeIconsDifferByShape) {
     }
 }
 
+// The larger icons are the same ones in the same order: brought down to the small size each is more
+// like its own than like any other.
+TEST(Art, LargerTreeIconsAreTheSame) {
+    constexpr const char* kOrder[] = {"group",
+                                      "object",
+                                      "lod",
+                                      "switch",
+                                      "dof",
+                                      "xref",
+                                      "bsp",
+                                      "clip",
+                                      "light_point",
+                                      "light_source",
+                                      "header",
+                                      "scene_root",
+                                      "omni_light",
+                                      "spot_light",
+                                      "face",
+                                      "instance_definition",
+                                      "instance_reference",
+                                      "plain",
+                                      "overlay"};
+    for (const auto& [height, width] : {std::pair{19, 20}, {23, 24}, {30, 32}}) {
+        const auto strips = bitmapsOfHeight(height);
+        ASSERT_EQ(strips.size(), 1U);
+        const Bitmap& strip = strips.begin()->second;
+        ASSERT_EQ(strip.width, 19 * width);
+        for (int i = 0; i < 19; ++i) {
+            Bitmap small{16, 15, {}};
+            for (int y = 0; y < 15; ++y)
+                for (int x = 0; x < 16; ++x)
+                    small.pixels.push_back(
+                        strip.at(i * width + (2 * x + 1) * width / 32, (2 * y + 1) * width / 32));
+            const auto nearest =
+                std::min_element(treeIcons().begin(), treeIcons().end(), [&](auto& a, auto& b) {
+                    return difference(small, a.second) < difference(small, b.second);
+                });
+            EXPECT_EQ(nearest->first, std::string(kOrder[i]) + ".bmp") << width;
+        }
+    }
+}
+
 // The user must see at a glance whether a button can be pressed, is pressed or has the keyboard.
 TEST(Art, ButtonStatesDifferAndLeaveTheFaceClear) {
     const auto symbols = bitmapsOfHeight(16);

@@ -33,7 +33,7 @@ TEST(BuiltModule, NeedsNothingButTheSystemAndTheHost) {
 
 TEST(BuiltModule, HoldsItsResourcesAndNoOthers) {
     EXPECT_EQ(resourceNames(moduleFile(), RT_DIALOG), (Names{"#101", "#116", "#200", "#202"}));
-    EXPECT_EQ(resourceNames(moduleFile(), RT_BITMAP).size(), 19u + 9u * 4u);
+    EXPECT_EQ(resourceNames(moduleFile(), RT_BITMAP).size(), 19u + 3u + 9u * 4u);
     EXPECT_EQ(resourceNames(moduleFile(), RT_VERSION), Names{"#1"});
     std::set<unsigned> ids;
     for (unsigned id = 30665; id <= 30700; ++id)

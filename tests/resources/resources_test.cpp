@@ -71,6 +71,13 @@ TEST(Resources, HoldEveryTreeIcon) {
         EXPECT_EQ(size.cx, 16) << id;
         EXPECT_EQ(size.cy, 15) << id;
     }
+    for (const auto& [name, width, height] : {std::tuple{L"TREEICONS125", 20, 19},
+                                              {L"TREEICONS150", 24, 23},
+                                              {L"TREEICONS200", 32, 30}}) {
+        const SIZE size = bitmapSize(name);
+        EXPECT_EQ(size.cx, 19 * width);
+        EXPECT_EQ(size.cy, height);
+    }
 }
 
 TEST(Resources, HoldFourImagesForEveryPictureButton) {

@@ -519,6 +519,18 @@ TEST_F(BrowserCommands, FindAddsTheNodesOfTheSameValue) {
     EXPECT_FALSE(isSelected(a));
     EXPECT_TRUE(isSelected(otherKind)) << "a search adds to the selection";
     EXPECT_EQ(caret(), sought);
+
+    // The first of the others can be seen, though the caret stays.
+    const BrowserItem lone = group("lone", root, 9);
+    for (int i = 0; i < 100; ++i) add(root, "between", kFltObject);
+    const BrowserItem distant = group("distant", root, 9);
+    browser().selectNode(lone);
+    push(IDC_FIND);
+    EXPECT_EQ(caret(), lone);
+    RECT tree{}, label{};
+    GetClientRect(BrowserTest::tree(), &tree);
+    EXPECT_TRUE(TreeView_GetItemRect(BrowserTest::tree(), distant, &label, TRUE) &&
+                label.top >= 0 && label.bottom <= tree.bottom);
 }
 
 // A client whose edit makes more of the tree stale than it follows. While it is told, the form and

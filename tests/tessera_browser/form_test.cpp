@@ -393,6 +393,79 @@ TEST_F(BrowserForm, IsMadeAnewAfterItsOwnerIsGone) {
     EXPECT_TRUE(IsWindowVisible(form()));
 }
 
+namespace {
+
+/// Counts the items of the tree that the control tells its parent it has deleted.
+class DeletedItems {
+public:
+    explicit DeletedItems(HWND form) {
+        count = 0;
+        former_ = reinterpret_cast<WNDPROC>(
+            SetWindowLongPtrW(form, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&procedure)));
+    }
+    static inline int count = 0;
+
+private:
+    static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        if (message == WM_NOTIFY && wParam == IDC_TREE) {
+            const UINT code = reinterpret_cast<const NMHDR*>(lParam)->code;
+            count += code == TVN_DELETEITEMW || code == TVN_DELETEITEMA;
+        }
+        return CallWindowProcW(former_, window, message, wParam, lParam);
+    }
+
+    static inline WNDPROC former_ = nullptr;
+};
+
+}  // namespace
+
+// Deleting the items of a large tree takes Wine's control a minute.
+TEST_F(BrowserForm, ATreeThatIsEmptiedAndFilledAgainKeepsItsItems) {
+    open();
+    INode* const scene = node(0);
+    std::vector<INode*> nodes;
+    for (int i = 0; i < 20; ++i) nodes.push_back(node(2));
+    BrowserItem root = nullptr;
+    std::vector<BrowserItem> items;
+    const auto fill = [&] {
+        items.clear();
+        browser().delNode(nullptr);
+        root = add(nullptr, "Scene Root", scene);
+        for (INode* const made : nodes) items.push_back(add(root, "node", made));
+    };
+    fill();
+    testinput::pump();
+    const std::vector<BrowserItem> before = items;
+    const DeletedItems deleted(form());
+    SendMessageW(form(), WM_CLOSE, 0, 0);
+    fill();  // as the panel's button does
+    EXPECT_TRUE(browser().show(1));
+    EXPECT_EQ(items, before);
+    EXPECT_EQ(deleted.count, 0);
+    EXPECT_EQ(TreeView_GetCount(tree()), 21u);
+    nodes.resize(5);
+    fill();
+    testinput::pump();
+    EXPECT_EQ(deleted.count, 15) << "what was not added again";
+    EXPECT_EQ(TreeView_GetCount(tree()), 6u);
+}
+
+TEST_F(BrowserForm, ThatGoesWithItsOwnerLeavesTheItemsToTheProcess) {
+    for (const bool withOwner : {true, false}) {
+        const HWND owner = CreateWindowExW(0, L"STATIC", L"owner", WS_OVERLAPPEDWINDOW, 0, 0, 50,
+                                           50, nullptr, nullptr, nullptr, nullptr);
+        ASSERT_EQ(browser().create(owner, Client::callback, 0, &client), 0);
+        const BrowserItem root = add(nullptr, "root");
+        for (int i = 0; i < 20; ++i) add(root, "node");
+        testinput::pump();
+        const DeletedItems deleted(form());
+        if (!withOwner) browser().destroy();
+        DestroyWindow(owner);
+        EXPECT_EQ(deleted.count > 0, !withOwner);
+        browser().destroy();
+    }
+}
+
 TEST_F(BrowserForm, SharesItsGrowthOut) {
     open();
     struct Expectation {

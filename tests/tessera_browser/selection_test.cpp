@@ -383,6 +383,32 @@ TEST_F(BrowserSelection, ADropTargetIsFramedAndAForbiddenOneShowsASign) {
     EXPECT_NE(GetCursor(), no) << "it is over";
 }
 
+TEST_F(BrowserSelection, APictureOfWhatIsDraggedGoesWithTheMouse) {
+    const POINT from = middle(items[0], true);
+    RECT area{};
+    GetClientRect(tree(), &area);
+    const POINT empty{area.right - 60, area.bottom - 60};
+    const auto besideThePointer = [&](LONG x, LONG y) {
+        return testinput::pixel(tree(), {empty.x + x, empty.y + y});
+    };
+    browser().selectNode(root);
+    mouse(WM_LBUTTONDOWN, from);
+    mouse(WM_MOUSEMOVE, {from.x + 20, from.y});
+    mouse(WM_MOUSEMOVE, empty);
+    // The platform lets a little of what is below shine through.
+    const COLORREF frame = besideThePointer(12, 10);
+    EXPECT_GT(GetBValue(frame), GetRValue(frame) + 64);
+    EXPECT_GT(GetRValue(besideThePointer(13, 11)), 0xf0);
+    EXPECT_EQ(besideThePointer(5, 5), 0xe1e1e1u) << "what is under the pointer can be seen";
+    bool hasText = false;
+    for (LONG x = 36; x < 60; ++x)
+        for (LONG y = 10; y < 30; ++y) hasText |= GetRValue(besideThePointer(x, y)) < 64;
+    EXPECT_TRUE(hasText);
+    mouse(WM_LBUTTONUP, empty);
+    testinput::pump();
+    EXPECT_EQ(besideThePointer(13, 11), 0xe1e1e1u);
+}
+
 // What is selected can be told by its color, with and without the focus.
 TEST_F(BrowserSelection, SelectedItemsAreColored) {
     click(1);

@@ -24,6 +24,8 @@ public:
     int Add(HBITMAP bitmap, COLORREF mask) const;
     /// The same for a bitmap resource of the module, which is stretched to the list's images.
     int AddResource(UINT bitmapId, COLORREF mask) const;
+    /// The same for a bitmap resource with `count` images side by side.
+    int AddStrip(const wchar_t* name, int count, COLORREF mask) const;
 
     /// Makes an image the overlay number `overlay` (from 1). The function is looked up in the
     /// loaded common controls by name; false when they do not have it.
@@ -41,6 +43,8 @@ public:
     static void EndDrag();
 
 private:
+    int AddResource(const wchar_t* name, int count, COLORREF mask) const;
+
     HIMAGELIST list_ = nullptr;
 };
 

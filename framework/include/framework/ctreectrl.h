@@ -64,7 +64,9 @@ public:
 
     /// The list is not owned; the result is the former one. `kind` is TVSIL_NORMAL or TVSIL_STATE.
     HIMAGELIST SetImageList(HIMAGELIST list, int kind = TVSIL_NORMAL) const;
-    /// An image list of its own that shows the item, for a drag.
+    /// An image list of its own with one picture of the item (its icon and text, a little below and
+    /// beside the corner), for a drag. The platform's own is empty in versions that make the
+    /// picture narrower than the list. Without an image for an item that is not visible.
     CImageList CreateDragImage(HTREEITEM item) const;
     void SetBackground(COLORREF color) const;
     COLORREF Background() const;

@@ -27,23 +27,20 @@ public:
     void HandleNotification(UINT code);
 
 protected:
-    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
     UINT OnGetDlgCode(const MSG*) override { return DLGC_WANTALLKEYS; }
     void OnKeyDown(UINT key, UINT repeat, UINT flags) override;
     void OnChar(UINT utf16, UINT repeat, UINT flags) override;
     void OnKillFocus(HWND next) override;
 
 private:
-    POINT TextOrigin() const;
+    int TextLeft() const;
     void AlignWithCell();
-    void PaintStrip();
     void GrowWithLines();
 
     CGridCtrl& owner_;
     bool multiLine_;
     bool arrowsEnd_;
     RECT cell_{};
-    int strip_ = 0;  ///< pixels kept free above the text
 };
 
 /// A list of choices over a cell, dropped down from the start. Typing searches the entry that

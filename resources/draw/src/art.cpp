@@ -7,7 +7,7 @@ namespace draw {
 
 std::vector<ArtFile> drawAll() {
     std::vector<ArtFile> files;
-    for (const auto& pictures : {treeIcons(), buttons(), aboutButton()}) {
+    for (const auto& pictures : {treeIcons(), treeIconStrips(), buttons(), aboutButton()}) {
         for (const Picture& picture : pictures) {
             files.push_back({picture.name + ".bmp", bitmapFile(picture.canvas)});
         }

@@ -11,9 +11,11 @@ namespace draw {
 // A picture under work: straight colors with coverage, row by row from the top, clear at first.
 class Canvas {
 public:
-    Canvas(int width, int height)
+    // `scale` is how many pixels, in each direction, one pixel of the shapes takes here.
+    Canvas(int width, int height, double scale = 1)
         : width_(width),
           height_(height),
+          scale_(scale),
           pixels_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height),
                   Color{0, 0, 0, 0}) {}
 
@@ -68,11 +70,12 @@ private:
     }
 
     template <typename Shape>
-    static double coverage(const Shape& shape, int x, int y) {
+    double coverage(const Shape& shape, int x, int y) const {
         int hits = 0;
         for (int j = 0; j < kSamples; ++j) {
             for (int i = 0; i < kSamples; ++i) {
-                hits += shape.contains({x + (i + 0.5) / kSamples, y + (j + 0.5) / kSamples});
+                hits += shape.contains(
+                    {(x + (i + 0.5) / kSamples) / scale_, (y + (j + 0.5) / kSamples) / scale_});
             }
         }
         return static_cast<double>(hits) / (kSamples * kSamples);
@@ -89,6 +92,7 @@ private:
 
     int width_;
     int height_;
+    double scale_;
     std::vector<Color> pixels_;
 };
 

@@ -15,6 +15,10 @@ struct Picture {
 // The icons of the browser's tree, 16 x 15 pixels, clear pixels already white.
 std::vector<Picture> treeIcons();
 
+// The same icons side by side, a picture for each larger scaling of the display: 20 x 19, 24 x 23
+// and 32 x 30 pixels each.
+std::vector<Picture> treeIconStrips();
+
 // The symbols of the form's picture buttons, 16 x 16 pixels, four states each, magenta where clear.
 std::vector<Picture> buttons();
 

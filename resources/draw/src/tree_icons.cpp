@@ -1,4 +1,7 @@
 #include <array>
+#include <cmath>
+#include <iterator>
+#include <string>
 
 #include "pictures.h"
 
@@ -205,40 +208,59 @@ void paintOverlay(Canvas& c) {
 constexpr Color kClear = rgb(0xFFFFFF);
 constexpr Color kTreeBackground = rgb(0xE1E1E1);
 
+struct Icon {
+    const char* name;
+    void (*paint)(Canvas&);
+};
+constexpr Icon kIcons[] = {
+    {"group", paintGroup},
+    {"object", paintObject},
+    {"lod", paintLod},
+    {"switch", paintSwitch},
+    {"dof", paintDof},
+    {"xref", paintXref},
+    {"bsp", paintBsp},
+    {"clip", paintClip},
+    {"light_point", paintLightPoint},
+    {"light_source", paintLightSource},
+    {"header", paintHeader},
+    {"scene_root", paintSceneRoot},
+    {"omni_light", paintOmniLight},
+    {"spot_light", paintSpotLight},
+    {"face", paintFace},
+    {"instance_definition", paintInstanceDefinition},
+    {"instance_reference", paintInstanceReference},
+    {"plain", paintPlain},
+    {"overlay", paintOverlay},
+};
+
+Canvas painted(const Icon& icon, double scale) {
+    Canvas canvas(static_cast<int>(std::ceil(kWidth * scale)),
+                  static_cast<int>(std::ceil(kHeight * scale)), scale);
+    icon.paint(canvas);
+    cutOut(canvas, kTreeBackground, kClear);
+    return canvas;
+}
+
 }  // namespace
 
 std::vector<Picture> treeIcons() {
-    struct Entry {
-        const char* name;
-        void (*paint)(Canvas&);
-    };
-    constexpr Entry kEntries[] = {
-        {"group", paintGroup},
-        {"object", paintObject},
-        {"lod", paintLod},
-        {"switch", paintSwitch},
-        {"dof", paintDof},
-        {"xref", paintXref},
-        {"bsp", paintBsp},
-        {"clip", paintClip},
-        {"light_point", paintLightPoint},
-        {"light_source", paintLightSource},
-        {"header", paintHeader},
-        {"scene_root", paintSceneRoot},
-        {"omni_light", paintOmniLight},
-        {"spot_light", paintSpotLight},
-        {"face", paintFace},
-        {"instance_definition", paintInstanceDefinition},
-        {"instance_reference", paintInstanceReference},
-        {"plain", paintPlain},
-        {"overlay", paintOverlay},
-    };
     std::vector<Picture> pictures;
-    for (const Entry& entry : kEntries) {
-        Canvas canvas(kWidth, kHeight);
-        entry.paint(canvas);
-        cutOut(canvas, kTreeBackground, kClear);
-        pictures.push_back({entry.name, canvas});
+    for (const Icon& icon : kIcons) pictures.push_back({icon.name, painted(icon, 1)});
+    return pictures;
+}
+
+std::vector<Picture> treeIconStrips() {
+    std::vector<Picture> pictures;
+    for (const int percent : {125, 150, 200}) {
+        const Canvas first = painted(kIcons[0], percent / 100.0);
+        Canvas strip(static_cast<int>(std::size(kIcons)) * first.width(), first.height());
+        int left = 0;
+        for (const Icon& icon : kIcons) {
+            strip.overlay(painted(icon, percent / 100.0), left, 0);
+            left += first.width();
+        }
+        pictures.push_back({"tree_icons_" + std::to_string(percent), strip});
     }
     return pictures;
 }

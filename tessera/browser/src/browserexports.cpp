@@ -34,7 +34,7 @@ std::vector<std::unique_ptr<Hierarchy>> retired;
 void destroyForm() {
     if (!form) return;
     retired.push_back(std::move(form));
-    retired.back()->DestroyWindow();
+    retired.back()->destroy();
 }
 
 // What every exported function creates first.

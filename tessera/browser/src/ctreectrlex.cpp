@@ -117,9 +117,16 @@ LRESULT CTreeCtrlEx::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             return GetThrough(message, wParam, lParam);
         case TVM_GETITEMSTATE:
             return GetStateThrough(message, wParam, lParam);
+        case WM_DESTROY:
+            if (leavesItems_) return 0;
+            break;
         case TVM_GETCOUNT:
             if (!model_.hasWaiting()) break;
             return static_cast<LRESULT>(model_.size());
+        case TVM_GETNEXTITEM:
+            // While items wait to be added again, they are still the control's.
+            if (wParam != TVGN_ROOT || !model_.hasWaiting()) break;
+            return reinterpret_cast<LRESULT>(model_.first() ? model_.first()->handle : nullptr);
         case TVM_EXPAND:
         case TVM_ENSUREVISIBLE:
             ++branchChanges_;
@@ -265,6 +272,13 @@ LRESULT CTreeCtrlEx::DrawDropTarget(NMTVCUSTOMDRAW& draw) const {
         ::InflateRect(&frame, -1, -1);
     }
     return CDRF_DODEFAULT;
+}
+
+// The picture of a drag lies over what is painted.
+void CTreeCtrlEx::OnPaint() {
+    if (IsDragging()) framework::CImageList::DragShow(false);
+    Default();
+    if (IsDragging()) framework::CImageList::DragShow(true);
 }
 
 void CTreeCtrlEx::DimOthers(bool on) {

@@ -51,6 +51,10 @@ public:
     /// Deletes everything below an item; a caret there moves to the item.
     void DeleteChildren(HTREEITEM item);
 
+    /// Lets the control be destroyed without its items, whose memory it then never frees: it takes
+    /// time that grows with the square of their number in some versions. For the process's end.
+    void LeaveItems() noexcept { leavesItems_ = true; }
+
     /// Scrolls the item to the top.
     void ScrollTo(HTREEITEM item) const;
 
@@ -93,6 +97,7 @@ public:
 protected:
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
     HTREEITEM InsertItem(const TVINSERTSTRUCTW& insertion) override;
+    void OnPaint() override;
     void OnLButtonDown(UINT keys, POINT at) override;
     void OnLButtonUp(UINT keys, POINT at) override;
     void OnMouseMove(UINT keys, POINT at) override;
@@ -133,6 +138,7 @@ private:
     bool changing_ = false;
     bool dimming_ = false;
     bool rightButtonHeld_ = false;
+    bool leavesItems_ = false;
     unsigned branchChanges_ = 0;
     int paused_ = 0;
     std::optional<framework::DrawingPause> drawingPause_;

@@ -231,10 +231,7 @@ void Hierarchy::refresh() {
         const CWaitCursor wait;
         const RedrawPause pause(tree_);
         const auto arrangement = tree_.Branches().remember(nullptr);
-        {
-            const TreeRefill::Scope refill(tree_.Refill());
-            client_->send(BrowserEvent::kRebuild);
-        }
+        client_->send(BrowserEvent::kRebuild);
         tree_.endFilling();
         tree_.Branches().restore(arrangement, nullptr);
     }
@@ -394,8 +391,15 @@ void Hierarchy::OnClose() {
     Hide();
 }
 
+void Hierarchy::destroy() {
+    const base::ScopedValue destroying(destroyed_, true);
+    DestroyWindow();
+}
+
+// A form that goes with its owner, the host's window, goes because the host ends.
 void Hierarchy::OnDestroy() {
     rememberPlace();
+    if (!destroyed_) tree_.LeaveItems();
     Default();
 }
 

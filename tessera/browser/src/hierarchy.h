@@ -40,6 +40,8 @@ public:
 
     /// Creates the dialog, hidden. False when the platform refuses.
     bool create(HWND parent);
+    /// Destroys its window.
+    void destroy();
 
     // What the exports do; they are described there.
     void bind(BrowserCallback callback, void* clientData) noexcept;
@@ -108,7 +110,8 @@ private:
     const std::unique_ptr<SelectionFollower> follower_;
     const std::unique_ptr<ContextMenus> menus_;
     std::array<framework::CBitmapButton, 8> pictures_;
-    bool stale_ = false;  ///< nodes of the tree may have been deleted
+    bool destroyed_ = false;  ///< by the client, and not with its owner
+    bool stale_ = false;      ///< nodes of the tree may have been deleted
     /// Not shown since it was made or closed: a client need not tell it of the scene.
     bool unattended_ = true;
 

@@ -41,11 +41,13 @@ public:
 
 private:
     /// Lives from when the tree was emptied until it is shown or an item of it selected, or else
-    /// until messages are handled again: meanwhile the client fills it.
+    /// until messages are handled again: meanwhile the client fills it, most often with much the
+    /// same.
     struct Filling {
-        explicit Filling(CTreeCtrlEx& tree) : pause(tree) {}
+        explicit Filling(CTreeCtrlEx& tree) : pause(tree), refill(tree.Refill()) {}
         framework::CWaitCursor wait;
         RedrawPause pause;
+        TreeRefill::Scope refill;
     };
 
     framework::CImageList images_;

@@ -274,17 +274,21 @@ void SelectionCommands::find() {
     const auto bulk = tree_.bulkOperation();
     const RedrawPause pause(tree_);
     tree_.Select(nullptr);
-    const std::size_t count = markMatches(node, *kind, *attribute);
+    const std::vector<TreeItem*> found = markMatches(node, *kind, *attribute);
     tree_.Selection().add(caret, true);
     countSelected();
-    if (onFound) onFound(count);
+    const auto first = std::ranges::find_if(
+        found, [caret](const TreeItem* match) { return match->handle != caret; });
+    if (first != found.end()) tree_.EnsureVisible((*first)->handle);
+    if (onFound) onFound(found.size());
 }
 
 // Adds to the selection every node of the kind whose attribute has the value that the node has.
-std::size_t SelectionCommands::markMatches(NodeHandle node, FltNodeKind kind, int attribute) {
+std::vector<TreeItem*> SelectionCommands::markMatches(NodeHandle node, FltNodeKind kind,
+                                                      int attribute) {
     const FltAttrGroup* set = loadAttributes(node);
     const FltAttrDesc* row = set ? attributeAt(*set, attribute) : nullptr;
-    if (!row) return 0;
+    if (!row) return {};
     const FltAttrType type = row->type;
     const std::string value = row->value.text();
     std::vector<TreeItem*> matches;
@@ -296,7 +300,7 @@ std::size_t SelectionCommands::markMatches(NodeHandle node, FltNodeKind kind, in
     }
     for (TreeItem* match : matches) tree_.Selection().set(*match, true);
     tree_.Branches().reveal(matches);
-    return matches.size();
+    return matches;
 }
 
 }  // namespace tessera

@@ -59,7 +59,7 @@ public:
     /// stays where it is.
     void followHost(const std::vector<NodeHandle>& nodes);
     /// Selects every node of the current kind whose attribute in the grid's focus row has the value
-    /// that the caret's node has.
+    /// that the caret's node has, and brings the first of the others into view.
     void find();
     /// Called by `find` with how many items it has found.
     std::function<void(std::size_t)> onFound;
@@ -73,7 +73,7 @@ private:
     std::vector<NodeHandle> hostSelection() const;
     std::vector<TreeItem*> itemsOf(const std::vector<NodeHandle>& nodes) const;
     void selectInstead(const std::vector<NodeHandle>& nodes);
-    std::size_t markMatches(NodeHandle node, FltNodeKind kind, int attribute);
+    std::vector<TreeItem*> markMatches(NodeHandle node, FltNodeKind kind, int attribute);
 
     const framework::CWnd& form_;
     HierarchyTree& tree_;

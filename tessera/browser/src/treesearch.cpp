@@ -6,6 +6,7 @@
 #include "usermessages.h"
 
 #include <base/utf16.h>
+#include <framework/centredtext.h>
 #include <framework/cwaitcursor.h>
 #include <framework/strings.h>
 #include <resources/resource.h>
@@ -50,6 +51,7 @@ void TreeSearch::create() {
                     IDC_SEARCH_COUNT);
     field_.SetFont(form_.Font());
     count_.SetFont(form_.Font());
+    framework::centreText(field_.Handle());
     field_.SetLimit(kLongestText);
     followLanguage();
     const HWND before = ::GetWindow(tree_.Handle(), GW_HWNDPREV);

@@ -3,6 +3,7 @@
 #include "look.h"
 
 #include <base/utf16.h>
+#include <framework/centredtext.h>
 #include <framework/cwaitcursor.h>
 #include <workbench/texts.h>
 
@@ -62,6 +63,7 @@ bool ScriptPane::Create(HWND parent, UINT id) {
     line_.Create("", WS_CHILD | WS_VISIBLE | WS_TABSTOP | WS_BORDER | ES_AUTOHSCROLL,
                  {0, 0, 10, 10}, Handle(), kLineId);
     line_.SetFont(font);
+    framework::centreText(line_.Handle());
     return line_.HasWindow();
 }
 
