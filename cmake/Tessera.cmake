@@ -62,13 +62,14 @@ function(tessera_file_properties target english chinese)
 endfunction()
 
 # Most of what a compiler reads is headers of the standard library and of GoogleTest: they are read
-# once for all. Libraries only where they are built for nothing else: elsewhere each source must name what
-# it needs, and the cross compiler warns of overlaps that are not there.
+# once for all. Not so for the libraries where they are cross-compiled, optimised natively or linted:
+# there each source must name what it needs, and the cross compiler warns of overlaps that are not
+# there.
 set(_common <algorithm> <array> <charconv> <cmath> <cstdint> <cstring> <functional> <map> <memory>
     <optional> <set> <span> <string> <string_view> <tuple> <unordered_map> <unordered_set> <utility>
     <variant> <vector>)
 file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/precompiled.cpp CONTENT "")
-if(TESSERA_PACKAGE OR TESSERA_FUZZ)
+if(TESSERA_PACKAGE OR TESSERA_FUZZ OR TESSERA_SANITIZE)
     add_library(tessera_precompiled OBJECT ${CMAKE_BINARY_DIR}/precompiled.cpp)
     set_target_properties(tessera_precompiled PROPERTIES POSITION_INDEPENDENT_CODE ON)
     target_link_libraries(tessera_precompiled PRIVATE tessera_settings)

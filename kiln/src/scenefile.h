@@ -44,7 +44,7 @@ public:
     SceneWriter(const SceneWriter&) = delete;
     SceneWriter& operator=(const SceneWriter&) = delete;
 
-    /// Appends the next piece, a line of the file or less, to `text`; false once it was the last.
+    /// Appends the next piece, at most a line of the file, to `text`; false once it was the last.
     /// Throws `std::length_error` for attributes that are too deep.
     bool next(std::string& text);
     /// How much of it is written, 0 to 1.

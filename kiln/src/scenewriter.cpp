@@ -410,6 +410,9 @@ struct SceneWriter::Impl {
     explicit Impl(const Scene& shown);
 
     bool next(std::string& text);
+    /// Some more of the nodes, with what they refer to.
+    void collect();
+    void collectLater(const Node* parent, std::uint32_t line);
     /// The next of a section's things, with what stands before it, or else the section's end.
     template <typename List, typename Put>
     void nextOf(const char* name, const List& list, std::string& text, Put&& put);
@@ -422,9 +425,12 @@ struct SceneWriter::Impl {
     Shared<Texmap> maps;
     Shared<::Object> objects;
     std::vector<Line> lines;  // parents before children, siblings in order; without the root
-    std::vector<std::uint32_t> selection;
-    enum class Section { kHead, kMaps, kObjects, kNodes, kSelection, kEnd };
-    Section section = Section::kHead;
+    std::vector<std::pair<const Node*, std::uint32_t>>
+        pending;                                            // with the parent's line, last first
+    std::vector<std::uint32_t> selection;                   // lines
+    std::unordered_map<const Node*, std::size_t> selected;  // places in `selection`
+    enum class Section { kCollecting, kHead, kMaps, kObjects, kNodes, kSelection, kEnd };
+    Section section = Section::kCollecting;
     std::size_t index = 0;  // in the section
     std::optional<ObjectText> unfinished;
     std::size_t written = 0;  // pieces
@@ -432,26 +438,32 @@ struct SceneWriter::Impl {
 
 SceneWriter::Impl::Impl(const Scene& shown) : scene(shown), listed(shown.texmaps().size()) {
     for (Texmap* const map : scene.texmaps()) maps.add(map);
-    std::unordered_map<const Node*, std::uint32_t> selected;
+    scene.selection().forEach([&](const Node* node) { selected.emplace(node, selected.size()); });
+    selection.resize(selected.size());
     lines.reserve(scene.nodeCount());
-    std::vector<std::pair<const Node*, std::uint32_t>> pending;
-    const auto addChildren = [&](const Node* parent, std::uint32_t line) {
-        const auto first = static_cast<std::ptrdiff_t>(pending.size());
-        parent->children().forEach([&](const Node* child) { pending.emplace_back(child, line); });
-        std::reverse(pending.begin() + first, pending.end());
-    };
-    addChildren(scene.root(), kNone);
-    while (!pending.empty()) {
+    collectLater(scene.root(), kNone);
+}
+
+void SceneWriter::Impl::collectLater(const Node* parent, std::uint32_t line) {
+    const auto first = static_cast<std::ptrdiff_t>(pending.size());
+    parent->children().forEach([&](const Node* child) { pending.emplace_back(child, line); });
+    std::reverse(pending.begin() + first, pending.end());
+}
+
+void SceneWriter::Impl::collect() {
+    constexpr std::size_t kPortion = 4096;
+    for (std::size_t i = 0; i < kPortion && !pending.empty(); ++i) {
         const auto [node, parent] = pending.back();
         pending.pop_back();
         const auto own = static_cast<std::uint32_t>(lines.size());
         if (own == kNone) throw std::length_error("there are too many nodes");
         const std::uint32_t object = objects.add(node->GetObjectRef());
         lines.push_back({node, parent, object, maps.add(node->GetTexmap())});
-        if (node->Selected()) selected.emplace(node, own);
-        addChildren(node, own);
+        if (!selected.empty())
+            if (const auto place = selected.find(node); place != selected.end())
+                selection[place->second] = own;
+        collectLater(node, own);
     }
-    scene.selection().forEach([&](const Node* node) { selection.push_back(selected.at(node)); });
 }
 
 void SceneWriter::Impl::putNode(std::string& text, const Line& line) const {
@@ -502,6 +514,10 @@ void SceneWriter::Impl::nextOf(const char* name, const List& list, std::string& 
 
 bool SceneWriter::Impl::next(std::string& text) {
     switch (section) {
+        case Section::kCollecting:
+            collect();
+            if (pending.empty()) section = Section::kHead;
+            return true;
         case Section::kHead:
             putHead(text);
             section = Section::kMaps;

@@ -160,7 +160,8 @@ bool AutoSave::writePieces() {
             return false;
         }
         if (file_->pending() > kMostPending) break;
-        while (progress == Progress::kMore && piece.size() < kPiece) progress = text_->next(piece);
+        while (progress == Progress::kMore && piece.size() < kPiece && Clock::now() < end)
+            progress = text_->next(piece);
         file_->write(std::exchange(piece, {}));
     }
     if (progress == Progress::kMore) return true;

@@ -26,7 +26,7 @@ public:
         kComplete,
         kOutdated,  ///< the scene has changed, or cannot be written; there will be no more
     };
-    /// Appends the next piece, a line of the file or less, to `text`. Throws `std::bad_alloc`.
+    /// Appends the next piece, at most a line of the file, to `text`. Throws `std::bad_alloc`.
     Progress next(std::string& text);
     /// The changes that are in it, as `sceneChanges` counts them.
     std::uint64_t changes() const noexcept { return changes_; }
