@@ -105,4 +105,5 @@ def main(names):
     plan.write_lines("report/summary.txt", text_of(summaries))
 
 
-main(sys.argv[1:])
+if __name__ == "__main__":
+    main(sys.argv[1:])

@@ -5,6 +5,7 @@ set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "snakemake, slurm-client")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -37,10 +38,12 @@ set(_build ${CMAKE_CURRENT_BINARY_DIR})
 set(_documents share/doc/${CPACK_PACKAGE_NAME})
 install(FILES ${_build}/fltool.1.gz ${_build}/kilnbatch.1.gz DESTINATION share/man/man1)
 install(FILES ${_build}/changelog.gz linux/copyright ${PROJECT_SOURCE_DIR}/docs/fltool.md
-              ${PROJECT_SOURCE_DIR}/docs/checks.md
+              ${PROJECT_SOURCE_DIR}/docs/checks.md ${PROJECT_SOURCE_DIR}/docs/cluster.md
               ${PROJECT_SOURCE_DIR}/docs/scripting.md DESTINATION ${_documents})
 install(FILES ${PROJECT_SOURCE_DIR}/samples/lodpreview.ks DESTINATION ${_documents}/examples)
 package_licences("${_licences}" ${_documents} Unspecified)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/cluster DESTINATION share/${CPACK_PACKAGE_NAME}
+        USE_SOURCE_PERMISSIONS PATTERN __pycache__ EXCLUDE)
 foreach(_program fltool kilnbatch)
     install(FILES linux/${_program}.bash DESTINATION share/bash-completion/completions
             RENAME ${_program})

@@ -103,12 +103,12 @@ kilnbatch: $kilnbatch
 CONFIG
 }
 # In place of this shell. What Snakemake did goes into RUN.log. A shell has what it begins in the
-# background ignore interruptions.
+# background ignore interruptions; with CI set, Snakemake asks for jobs each second, otherwise each tenth.
 become_snake() { # RUN PROFILE OPTION...
     local run=$1 profile=$2
     shift 2
     cd "$place/$run" || exit 1
-    exec env --default-signal=INT snakemake --snakefile "$workflow/Snakefile" \
+    exec env --default-signal=INT CI=true snakemake --snakefile "$workflow/Snakefile" \
         --profile "$workflow/$profile" --nocolor "$@" >>"$place/$run.log" 2>&1
 }
 snake() { (become_snake "$@"); }
