@@ -160,6 +160,17 @@ consteval GroupRow groupRow(std::uint16_t caption, std::span<const AttrRow> rows
     return group;
 }
 
+/// Rows beside those of the table, of one kind: for scripts and queries alone, so that they have no
+/// captions.
+struct FurtherRows {
+    GroupRow own;
+    /// A group of the table whose rows over records are there too; null for none.
+    const GroupRow* also = nullptr;
+    /// Whether the record is the one that is kept of the node's file; otherwise the scene's.
+    bool isOfFile = false;
+};
+std::span<const FurtherRows> furtherRows() noexcept;
+
 extern const GroupRow kBspGroup;
 extern const GroupRow kClipRegionGroup;
 extern const GroupRow kDofGroup;

@@ -51,25 +51,35 @@ AttrTable::AttrTable(const CaptionReader& captions) : captions_(captions) {
         groups_[i] = buildGroup(*kGroupRows[i]);
         list_[i] = groups_[i].get();
     }
+    for (const FurtherRows& rows : furtherRows()) {
+        further_.push_back(buildGroup(rows.own, rows.also));
+        further_.back()->isOfFile = rows.isOfFile;
+    }
 }
 
-std::unique_ptr<TableGroup> AttrTable::buildGroup(const GroupRow& row) {
+std::unique_ptr<TableGroup> AttrTable::buildGroup(const GroupRow& row, const GroupRow* also) {
     auto group = std::make_unique<TableGroup>(row);
     group->caption = captions_.text(row.caption);
     group->kind = row.kind;
     group->record = row.makeRecord();
     if (row.makeOptions != nullptr) group->options = row.makeOptions();
-    group->rows.reserve(row.rows.size() + 1);
-    for (const AttrRow& attribute : row.rows) {
-        group->rows.emplace_back(captions_.text(attribute.caption), attribute.field.target,
-                                 attribute.key, attribute.type, attribute.declaredDefault,
-                                 attribute.field.field, attribute.width, attribute.mask,
-                                 buildEnumeration(attribute.choices), attribute.controlling);
-        fillChoices(group->rows.back());
-    }
+    if (also != nullptr) addRows(*group, also->rows);
+    addRows(*group, row.rows);
     group->rows.emplace_back();
     group->descriptors = group->rows.data();
     return group;
+}
+
+/// Those whose block the group has.
+void AttrTable::addRows(TableGroup& group, std::span<const AttrRow> rows) {
+    for (const AttrRow& attribute : rows) {
+        if (attribute.field.target == FltAttrTarget::Options && !group.options) continue;
+        group.rows.emplace_back(captions_.text(attribute.caption), attribute.field.target,
+                                attribute.key, attribute.type, attribute.declaredDefault,
+                                attribute.field.field, attribute.width, attribute.mask,
+                                buildEnumeration(attribute.choices), attribute.controlling);
+        fillChoices(group.rows.back());
+    }
 }
 
 FltAttrEnum AttrTable::entry(const EnumRow& choice) const noexcept {

@@ -20,6 +20,7 @@ struct TableGroup : FltAttrGroup {
     void resetOptions() { row.resetOptions(*options); }
 
     const GroupRow& row;
+    bool isOfFile = false;          ///< the record is the one that is kept of the node's file
     std::vector<FltAttrDesc> rows;  ///< the terminator included
 };
 
@@ -40,8 +41,12 @@ public:
     /// All groups, ended by null.
     FltAttrGroup* const* list() const noexcept { return list_.data(); }
 
+    /// The groups of the rows beside the table, of which a kind may have several.
+    std::span<const std::unique_ptr<TableGroup>> further() const noexcept { return further_; }
+
 private:
-    std::unique_ptr<TableGroup> buildGroup(const GroupRow& row);
+    std::unique_ptr<TableGroup> buildGroup(const GroupRow& row, const GroupRow* also = nullptr);
+    void addRows(TableGroup& group, std::span<const AttrRow> rows);
     FltAttrEnum entry(const EnumRow& choice) const noexcept;
     const FltAttrEnum* buildEnumeration(std::span<const EnumRow> choices);
 
@@ -49,7 +54,15 @@ private:
     std::vector<std::unique_ptr<FltAttrEnum[]>> enumerations_;
     std::array<std::unique_ptr<TableGroup>, kGroups> groups_;
     std::array<FltAttrGroup*, kGroups + 1> list_{};
+    std::vector<std::unique_ptr<TableGroup>> further_;
 };
+
+/// Reads the node's record and options into the blocks of the group, which is of its kind.
+/// `parameter` is as for `fltAttrLoad`. False for damaged ones.
+bool readBlocks(INode* node, TableGroup& group, std::uint32_t parameter);
+
+/// Fills the group's value texts from its blocks.
+void printValues(FltAttrGroup& group);
 
 /// No and yes, the enumeration of every boolean row.
 extern FltAttrEnum yesNoTable[3];

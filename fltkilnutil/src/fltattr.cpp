@@ -42,20 +42,28 @@ void printValue(FltAttrGroup& group, FltAttrDesc& row) {
     text.copy(row.value.text(), text.size());
 }
 
+}  // namespace
+
+namespace fltkilnutil {
+
 void printValues(FltAttrGroup& group) {
     for (FltAttrDesc* row = group.descriptors; !row->isTerminator(); ++row) printValue(group, *row);
     showModeParameter(group);
 }
+
+bool readBlocks(INode* node, TableGroup& group, std::uint32_t parameter) {
+    return readRecord(node, group, parameter) && readOptions(node, group);
+}
+
+}  // namespace fltkilnutil
+
+namespace {
 
 TableGroup* groupOf(INode* node) {
     FltNodeKind kind{};
     if (!fltGetKind(node, true, kind)) return nullptr;
     const AttrTable* const table = AttrTable::instance();
     return table != nullptr ? table->find(kind) : nullptr;
-}
-
-bool readBlocks(INode* node, TableGroup& group, std::uint32_t parameter) {
-    return readRecord(node, group, parameter) && readOptions(node, group);
 }
 
 FltAttrGroup* load(INode* node, std::uint32_t parameter) {

@@ -158,6 +158,24 @@ void SourceRecordsWriter::append(FileBytes bytes) {
     bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
 }
 
+void changeSourceRecords(Animatable& node, const SourceRecords& kept, std::uint32_t revision,
+                         FileBytes record, std::span<const SourceRecordChange> changes) {
+    SourceRecordsWriter writer;
+    writer.begin(kept.revision != 0 ? kept.revision : revision);
+    if (!record.empty()) writer.nodeRecord(record);
+    if (!kept.givenName.empty()) writer.givenName(kept.givenName);
+    for (std::size_t i = 0; i <= kept.attached.size(); ++i) {
+        bool isReplaced = false;
+        for (; !changes.empty() && changes.front().at == i; changes = changes.subspan(1)) {
+            writer.record(changes.front().bytes);
+            isReplaced = isReplaced || changes.front().replaces;
+        }
+        if (i < kept.attached.size() && !isReplaced) writer.record(kept.attached[i].record.bytes());
+    }
+    storeSourceChunk(node, SourceChunk::records, writer.bytes());
+    node.NotifyAppDataChanged();
+}
+
 bool isVertexList(std::uint16_t opcode) noexcept {
     return opcode == kFltVertexList || opcode == kFltMorphVertexList;
 }

@@ -1,6 +1,6 @@
 #include "fltlayout.h"
 
-#include <quillon/fltgroup.h>
+#include <quillon/fltfilebeads.h>
 
 template <>
 struct quillon::Layout<FltGroup> {
@@ -19,3 +19,14 @@ struct quillon::Layout<FltGroup> {
     }
 };
 template class FltRecordOf<FltGroup, FltNamedRec, kFltGroup>;
+
+template <>
+struct quillon::Layout<FltFileGroup> {
+    static void fields(auto& codec, auto& record) {
+        Layout<FltGroup>::fields(codec, record);
+        codec.field("loopCount", record.loopCount);
+        codec.field("loopDuration", record.loopDuration);
+        codec.field("lastFrameDuration", record.lastFrameDuration);
+    }
+};
+template class FltRecordOf<FltFileGroup, FltGroup, kFltGroup>;

@@ -1,6 +1,6 @@
 #include "fltlayout.h"
 
-#include <quillon/fltlod.h>
+#include <quillon/fltfilebeads.h>
 
 template <>
 struct quillon::Layout<FltLod> {
@@ -21,3 +21,12 @@ struct quillon::Layout<FltLod> {
     }
 };
 template class FltRecordOf<FltLod, FltNamedRec, kFltLod>;
+
+template <>
+struct quillon::Layout<FltFileLod> {
+    static void fields(auto& codec, auto& record) {
+        Layout<FltLod>::fields(codec, record);
+        codec.field("significantSize", record.significantSize);
+    }
+};
+template class FltRecordOf<FltFileLod, FltLod, kFltLod>;

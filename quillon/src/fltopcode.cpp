@@ -9,6 +9,7 @@
 #include <quillon/fltface.h>
 #include <quillon/fltfileheader.h>
 #include <quillon/fltgroup.h>
+#include <quillon/fltindexedstring.h>
 #include <quillon/fltinstance.h>
 #include <quillon/fltlightpoint.h>
 #include <quillon/fltlightpointpalettes.h>
@@ -185,7 +186,8 @@ constexpr FltRecordType kTypes[] = {
      make<FltIndexedLightPoint>, kPublished},
     {kFltLightPointSystem, "FLT_LIGHT_POINT_SYSTEM", kPrimary, kNode, kStays,
      make<FltLightPointSystem>, kPublished},
-    {kFltIndexedString, "FLT_INDEXED_STRING", kAncillary, kPart, kStays, nullptr, kPublished},
+    {kFltIndexedString, "FLT_INDEXED_STRING", kAncillary, kPart, kStays, make<FltIndexedString>,
+     kPublished},
     {kFltShaderPalette, "FLT_SHADER_PALETTE", kPalette, kFile, kStays, nullptr, kPublished},
     {kFltExtendedMaterialHeader, "FLT_EXTENDED_MATERIAL_HEADER", kPalette, kFile, kStays, nullptr,
      kPublished},

@@ -3,6 +3,7 @@
 #include "support.h"
 
 #include <quillon/fltcolorpalette.h>
+#include <quillon/fltfilebeads.h>
 #include <quillon/fltmaterial.h>
 #include <quillon/fltmesh.h>
 #include <quillon/fltmultitexture.h>
@@ -121,6 +122,7 @@ TEST(PublishedTest, RecordsShowTheirBytesAndGiveThemBack) {
         {"006D 0020 00:4 3FF0:8 4000:8 4008:8", "yaw=1 pitch=2 roll=3"},
         {"0021 0018 'control' 20 'tower' 00:7", "name=control tower"},
         {"003C 0008 0003 0000", "copies=3"},
+        {"0084 0010 00000002 'wreck' 00:3", "index=2 text=wreck"},
         {"0034 0018 A0000000 0001 0002 0003 0004 0005 0006 0007 0008",
          "mask=2684354560 textureIndices=1,5 effects=2,6 mappingIndices=3,7 data=4,8"},
         {"0035 0018 80000000 3F000000 3E800000 3F800000 40000000",
@@ -179,6 +181,20 @@ TEST(PublishedTest, RecordsShowTheirBytesAndGiveThemBack) {
         EXPECT_EQ(shown(*record), fields);
         EXPECT_EQ(toHex(encode(*record)), toHex(bytes));
     }
+}
+
+// Only files have these fields, behind what scenes keep of the record.
+TEST(PublishedTest, BeadsOfFilesGoOnBehindThoseOfScenes) {
+    FltFileGroup group;
+    decode(group, hex("0002 0030 'g1':8 0005 0000 40000000 00:12 00000003 3F800000 3F000000 00:4"));
+    EXPECT_EQ(shown(group),
+              "id=g1 relativePriority=5 flags=1073741824 specialEffect1=0 specialEffect2=0 "
+              "significance=0 layerCode=0 loopCount=3 loopDuration=1 lastFrameDuration=0.5");
+    FltFileLod lod;
+    decode(lod, hex("0049 0050 'l1':8 00:60 4004:8"));
+    EXPECT_EQ(lod.significantSize, 2.5);
+    decode(lod, hex("0049 0048 'l1':8 00:60"));
+    EXPECT_EQ(lod.significantSize, 0);
 }
 
 TEST(PublishedTest, ListsHoldWhatIsThereAndNoMoreThanIsStated) {

@@ -114,6 +114,19 @@ private:
     std::vector<std::uint8_t> bytes_;
 };
 
+/// A change of the attached records of a node.
+struct SourceRecordChange {
+    std::size_t at = 0;               ///< the attached record, or their number for behind the last
+    bool replaces = false;            ///< the bytes come in its place, otherwise in front of it
+    std::vector<std::uint8_t> bytes;  ///< whole records; none takes the record out
+};
+
+/// Stores what is kept on `node` with `record` as the node's record (empty for none) and with
+/// `changes`, in the order of their places. `kept` is what is kept now; where that is nothing,
+/// records are those of `revision`. All of it in one change of the scene. Throws `std::bad_alloc`.
+void changeSourceRecords(Animatable& node, const SourceRecords& kept, std::uint32_t revision,
+                         FileBytes record, std::span<const SourceRecordChange> changes);
+
 /// Whether `opcode` is that of a vertex list of either kind.
 bool isVertexList(std::uint16_t opcode) noexcept;
 

@@ -2,6 +2,7 @@
 
 #include "attributetext.h"
 
+#include <fltkilnutil/fltfields.h>
 #include <fltkilnutil/kilnflt.h>
 #include <kiln/fptable.h>
 #include <kiln/kiln.h>
@@ -15,21 +16,34 @@ namespace {
 
 constexpr Interface_ID kAttributeVerbsId(0x6A3C1F07, 0x2E9D0006);
 
-/// The group of the node's kind, filled with the node's values.
-FltAttrGroup& loaded(INode* node) {
+/// The node, if it is one of ours.
+INode* ours(INode* node) {
     if (node == nullptr) throw Refusal("a node is needed");
     FltNodeKind kind{};
     if (!fltGetKind(node, true, kind))
         throw Refusal(quoted(node->GetName()) + " is no OpenFlight node");
-    if (FltAttrGroup* const group = fltAttrLoad(node, kFltRevision)) return *group;
+    return node;
+}
+
+[[noreturn]] void refuseToRead(INode* node) {
     throw Refusal("the attributes of " + quoted(node->GetName()) + " cannot be read");
 }
 
-FltAttrDesc& rowOf(const FltAttrGroup& group, const char* key) {
+std::vector<std::string> keysOf(INode* node) {
+    std::vector<std::string> keys = fltFieldKeys(ours(node));
+    if (keys.empty() && fltAttrLoad(node, kFltRevision) == nullptr) refuseToRead(node);
+    return keys;
+}
+
+/// The field of that key, filled with the node's value.
+FltField loaded(INode* node, const char* key) {
     const std::string_view wanted = key != nullptr ? key : "";
-    if (FltAttrDesc* const row = fltAttrFindRow(group.kind, wanted)) return *row;
-    throw Refusal("a node of this kind has no attribute " + quoted(wanted) +
-                  "; attrKeys lists those that it has");
+    const FltField field = fltFieldFind(ours(node), wanted);
+    if (!field && !keysOf(node).empty())
+        throw Refusal("a node of this kind has no attribute " + quoted(wanted) +
+                      "; attrKeys lists those that it has");
+    if (!fltFieldLoad(node, field, kFltRevision)) refuseToRead(node);
+    return field;
 }
 
 void loadText(FPValue& result, const FltAttrDesc& row) {
@@ -39,12 +53,11 @@ void loadText(FPValue& result, const FltAttrDesc& row) {
 
 /// The value as the node stores it: a number for all but texts.
 void loadRaw(FPValue& result, FltAttrGroup& group, const FltAttrDesc& row) {
+    if (row.width == FltAttrWidth::Text) return loadText(result, row);
     const FltAttrBlock block = row.target == FltAttrTarget::Options ? FltAttrBlock(*group.options)
                                                                     : FltAttrBlock(*group.record);
     const void* const field = row.field.address(block.base());
     switch (row.width) {
-        case FltAttrWidth::Text:
-            return loadText(result, row);
         case FltAttrWidth::Float32:
             return result.SetDouble(double{*static_cast<const float*>(field)});
         case FltAttrWidth::Float64:
@@ -57,30 +70,25 @@ void loadRaw(FPValue& result, FltAttrGroup& group, const FltAttrDesc& row) {
 // ---------------------------------------------------------------- the verbs
 
 void getAttr(const FPParams& params, FPValue& result) {
-    FltAttrGroup& group = loaded(params[0].n);
-    const FltAttrDesc& row = rowOf(group, params[1].s);
+    const FltField field = loaded(params[0].n, params[1].s);
     const FPValue& raw = params[2];
     if (raw.type == TYPE_BOOL && raw.i != 0)
-        loadRaw(result, group, row);
+        loadRaw(result, *field.group, *field.row);
     else
-        loadText(result, row);
+        loadText(result, *field.row);
 }
 
 void setAttr(const FPParams& params, FPValue&) {
     INode* const node = params[0].n;
-    FltAttrGroup& group = loaded(node);
-    FltAttrDesc& row = rowOf(group, params[1].s);
+    const FltField field = loaded(node, params[1].s);
+    const FltAttrDesc& row = *field.row;
     if (row.visible == 0) throw Refusal(quoted(row.key) + " cannot be set for this node");
     const std::string text = attributeText(row, params[2]);
-    if (!fltAttrStoreRow(node, group, row, text.c_str()))
-        throw Refusal("the attribute cannot be stored");
+    if (!fltFieldStore(node, field, text.c_str())) throw Refusal("the attribute cannot be stored");
 }
 
 void attrKeys(const FPParams& params, FPValue& result) {
-    std::vector<std::string> keys;
-    for (const FltAttrDesc* row = loaded(params[0].n).descriptors; !row->isTerminator(); ++row)
-        if (*row->key) keys.emplace_back(row->key);
-    result.SetStrings(keys);
+    result.SetStrings(keysOf(params[0].n));
 }
 
 /// The opcode's name without its prefix; null for what is no OpenFlight node.
