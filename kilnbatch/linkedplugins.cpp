@@ -1,6 +1,7 @@
 #include "plugins.h"
 
 #include <checks/checkfunctions.h>
+#include <checks/geometryfunctions.h>
 #include <kiln/host/host.h>
 #include <tessera/attributeverbs.h>
 #include <tessera/aviaryutil.h>
@@ -17,6 +18,7 @@ std::vector<std::string> loadPlugins(const std::string&) {
     tessera::aviaryUtil();
     tessera::attributeVerbs();
     checks::checkFunctions();
+    checks::geometryFunctions();
     const kiln::Status status = kiln::registerModule(
         "OpenFlight interchange", {LibDescription, LibNumberClasses, LibClassDesc, LibVersion});
     if (status.ok()) return {};

@@ -8,6 +8,7 @@
 #include <quillon/fltmesh.h>
 #include <quillon/fltopcode.h>
 #include <quillon/fltrecord.h>
+#include <quillon/fltunits.h>
 #include <quillon/fltvertexlist.h>
 
 #include <algorithm>
@@ -15,26 +16,6 @@
 #include <numeric>
 
 namespace checks {
-
-namespace {
-
-/// Metres in a database unit.
-double metresIn(std::uint8_t units) noexcept {
-    switch (units) {
-        case 1:
-            return 1000;
-        case 4:
-            return 0.3048;
-        case 5:
-            return 0.0254;
-        case 8:
-            return 1852;
-        default:
-            return 1;
-    }
-}
-
-}  // namespace
 
 class Check::Work {
 public:
@@ -235,8 +216,9 @@ private:
         // A float has 24 bits: from here on its steps are more than a millimetre.
         constexpr double kCoarse = 16384;
         if (farthest < kCoarse / 1852) return;
-        const double metres =
-            farthest * metresIn(all_.databaseOf(number).header.vertexCoordinateUnits);
+        const FltUnits* const units =
+            fltUnits(all_.databaseOf(number).header.vertexCoordinateUnits);
+        const double metres = units != nullptr ? farthest * units->metres : farthest;
         Bead& bead = all_.beads[all_.nodes[number].bead];
         if (metres < kCoarse || bead.isFar) return;
         bead.isFar = true;

@@ -1,13 +1,13 @@
 #include <checks/mends.h>
 
-#include "meshoutline.h"
-
 #include <base/file.h>
 #include <base/paths.h>
 #include <base/text.h>
 #include <checks/counters.h>
 #include <fltkilnutil/actions.h>
 #include <fltkilnutil/kilnflt.h>
+#include <fltkilnutil/meshgeometry.h>
+#include <fltkilnutil/scenegeometry.h>
 #include <fltkilnutil/sourcerecords.h>
 #include <kiln/kiln.h>
 #include <quillon/fltdof.h>
@@ -56,15 +56,6 @@ bool edit(INode& node, Change&& change) {
     Record record;
     return fltGetKind(&node, false, kind) && static_cast<std::uint16_t>(kind) == Record::kOpcode &&
            fltGetRecord(&node, record) && change(record) && fltPutRecord(&node, record);
-}
-
-/// Whether the node's parent is a switch, where nodes that a file does not have are passed over.
-bool isStateOfSwitch(INode& node) {
-    for (INode* above = node.GetParentNode(); above != nullptr; above = above->GetParentNode()) {
-        FltNodeKind kind{};
-        if (fltGetKind(above, true, kind)) return kind == FltNodeKind::Switch;
-    }
-    return false;
 }
 
 // ---------------------------------------------------------------- header and names
@@ -146,7 +137,7 @@ bool mendNameChars(const Patient& at) {
 
 /// A node that holds others is not deleted, nor one that is a state of a switch.
 bool mendByDeleting(const Patient& at) {
-    if (at.node.NumberOfChildren() != 0 || isStateOfSwitch(at.node)) return false;
+    if (at.node.NumberOfChildren() != 0 || fltkilnutil::isStateOfSwitch(at.node)) return false;
     at.host.DeleteNode(&at.node);
     return true;
 }
@@ -172,51 +163,9 @@ bool mendLodSize(const Patient& at) {
     });
 }
 
-/// The box around all meshes at or below `top`, in the space of its parent.
-Box3 boxOf(INode& top) {
-    Box3 box;
-    const Matrix3 above = Inverse(top.GetParentNode()->GetNodeTM(0));
-    ForEachInSubtree(&top, [&](INode& node) {
-        Object* const object = node.EvalWorldState(0).obj;
-        if (object == nullptr || object->ClassID() != TRIOBJ_CLASS_ID) return;
-        const Matrix3 place = node.GetNodeTM(0) * above;
-        for (const Point3& vertex : static_cast<TriObject*>(object)->GetMesh().verts) {
-            const Point3 point = place.PointTransform(vertex);
-            if (std::isfinite(point.x + point.y + point.z)) box += point;
-        }
-    });
-    return box;
-}
-
-/// All levels with that centre below the same node move together: they take each other's place.
 bool mendCenter(const Patient& at) {
-    FltLod wanted;
-    if (!fltGetRecord(&at.node, wanted)) return false;
-    const auto isSame = [&](const FltLod& lod) {
-        return lod.centerX == wanted.centerX && lod.centerY == wanted.centerY &&
-               lod.centerZ == wanted.centerZ;
-    };
-    INode* const parent = at.node.GetParentNode();
-    Box3 box;
-    std::vector<std::pair<INode*, FltLod>> set;
-    for (int i = 0; i < parent->NumberOfChildren(); ++i) {
-        INode* const sibling = parent->GetChildNode(i);
-        FltNodeKind kind{};
-        FltLod lod;
-        if (!fltGetKind(sibling, false, kind) || kind != FltNodeKind::Lod ||
-            !fltGetRecord(sibling, lod) || !isSame(lod))
-            continue;
-        box += boxOf(*sibling);
-        set.emplace_back(sibling, lod);
-    }
-    if (box.IsEmpty()) return false;
-    for (auto& [sibling, lod] : set) {
-        lod.centerX = box.Center().x;
-        lod.centerY = box.Center().y;
-        lod.centerZ = box.Center().z;
-        if (!fltPutRecord(sibling, lod)) return false;
-    }
-    return true;
+    INode* const level[] = {&at.node};
+    return fltkilnutil::centerLevels(level) != 0;
 }
 
 // ---------------------------------------------------------------- switches and motions
@@ -471,17 +420,13 @@ bool editMesh(const Patient& at, Change&& change) {
 /// Deletes a face that is one polygon, or none.
 bool mendFaceByDeleting(const Patient& at) {
     const Mesh* const mesh = ownMesh(at);
-    if (mesh == nullptr || (!mesh->faces.IsEmpty() && !isOnePolygon(*mesh))) return false;
+    if (mesh == nullptr || (!mesh->faces.IsEmpty() && !fltkilnutil::isOnePolygon(*mesh)))
+        return false;
     return mendByDeleting(at);
 }
 
 bool mendBySplitting(const Patient& at) {
-    return editMesh(at, [](Mesh& mesh) {
-        const bool isWhole = std::ranges::any_of(
-            mesh.faces, [](const Face& face) { return (face.flags & EDGE_ALL) != EDGE_ALL; });
-        for (Face& face : mesh.faces) face.flags |= EDGE_ALL;
-        return isWhole;
-    });
+    return editMesh(at, fltkilnutil::splitIntoTriangles);
 }
 
 /// Every vertex gets the direction of the polygons around it.
@@ -503,48 +448,70 @@ bool mendNormals(const Patient& at) {
     });
 }
 
-/// Takes the vertices out that no face has; false when there are none.
-bool removeUnused(Mesh& mesh) {
-    std::vector<bool> isUsed(static_cast<std::size_t>(mesh.verts.Count()), false);
-    for (const Face& face : mesh.faces)
-        for (const DWORD corner : face.v) isUsed[corner] = true;
-    const bool hasTexture =
-        mesh.tVerts.Count() == mesh.verts.Count() &&
-        std::ranges::equal(mesh.tvFaces, mesh.faces, [](const TVFace& t, const Face& f) {
-            return std::ranges::equal(t.t, f.v);
-        });
-    std::vector<DWORD> becomes(isUsed.size());
-    int kept = 0;
-    for (int i = 0; i < mesh.verts.Count(); ++i) {
-        if (!isUsed[static_cast<std::size_t>(i)]) continue;
-        becomes[static_cast<std::size_t>(i)] = static_cast<DWORD>(kept);
-        mesh.verts[kept] = mesh.verts[i];
-        if (!mesh.normals.IsEmpty()) mesh.normals[kept] = mesh.normals[i];
-        if (!mesh.colors.IsEmpty()) mesh.colors[kept] = mesh.colors[i];
-        if (hasTexture) mesh.tVerts[kept] = mesh.tVerts[i];
-        ++kept;
-    }
-    if (kept == mesh.verts.Count()) return false;
-    mesh.verts.SetCount(kept);
-    if (!mesh.normals.IsEmpty()) mesh.normals.SetCount(kept);
-    if (!mesh.colors.IsEmpty()) mesh.colors.SetCount(kept);
-    for (Face& face : mesh.faces)
-        for (DWORD& corner : face.v) corner = becomes[corner];
-    if (!hasTexture) return true;
-    mesh.tVerts.SetCount(kept);
-    for (TVFace& face : mesh.tvFaces)
-        for (DWORD& corner : face.t) corner = becomes[corner];
-    return true;
+/// Takes the vertices out that no face has, with what is kept of them; false when there are none.
+bool removeUnused(const Patient& at, bool isAllowed) {
+    fltkilnutil::VertexOrder order;
+    const bool done = isAllowed && editMesh(at, [&](Mesh& mesh) {
+                          const auto before = static_cast<std::size_t>(mesh.verts.Count());
+                          order = fltkilnutil::removeUnusedVertices(mesh);
+                          return order.size() != before;
+                      });
+    if (done) fltkilnutil::takeCorners(at.node, order);
+    return done;
 }
 
 bool mendUnusedVertices(const Patient& at) {
-    return editMesh(at, [](Mesh& mesh) { return !mesh.faces.IsEmpty() && removeUnused(mesh); });
+    const Mesh* const mesh = ownMesh(at);
+    return removeUnused(at, mesh != nullptr && !mesh->faces.IsEmpty());
 }
 
 /// Of corners in one place the first stays. Only a polygon whose cut into triangles passes the
 /// others over is mended: nothing else is cut anew.
 bool mendDuplicateVertices(const Patient& at) {
-    return editMesh(at, [](Mesh& mesh) { return isOnePolygon(mesh) && removeUnused(mesh); });
+    const Mesh* const mesh = ownMesh(at);
+    return removeUnused(at, mesh != nullptr && fltkilnutil::isOnePolygon(*mesh));
+}
+
+/// The node gets a place of its own in the middle of its faces, whose vertices are near that then.
+/// Only where faces are all that is below it, and none of them is moved: nothing else there is in
+/// its coordinates.
+bool mendFar(const Patient& at) {
+    FltNodeKind kind{};
+    if (!fltGetKind(&at.node, false, kind) ||
+        (kind != FltNodeKind::Object && kind != FltNodeKind::Group))
+        return false;
+    std::vector<Patient> faces;
+    Box3 box;
+    const bool areFaces = ForEachInSubtree(&at.node, [&](INode& node) {
+        if (&node == &at.node) return WalkStep::kOn;
+        const Patient face{at.host, at.target, at.finding, node};
+        FltNodeKind below{};
+        const Mesh* const mesh = ownMesh(face);
+        if (mesh == nullptr || !fltGetKind(&node, true, below) || below != FltNodeKind::Face ||
+            !node.GetLocalTM(0).IsIdentity())
+            return WalkStep::kEnd;
+        box += mesh->BoundingBox();
+        faces.push_back(face);
+        return WalkStep::kOn;
+    });
+    const Point3 middle = box.Center();
+    if (!areFaces || !std::isfinite(middle.x + middle.y + middle.z)) return false;
+    const Point3 offset{std::round(middle.x), std::round(middle.y), std::round(middle.z)};
+    const auto farthest = [](const Point3& a, const Point3& b) {
+        return std::max({std::abs(a.x), std::abs(a.y), std::abs(a.z), std::abs(b.x), std::abs(b.y),
+                         std::abs(b.z)});
+    };
+    // It must bring them nearer.
+    if (2 * farthest(box.Min() - offset, box.Max() - offset) >= farthest(box.Min(), box.Max()))
+        return false;
+    for (const Patient& face : faces)
+        if (!editMesh(face, [&](Mesh& mesh) {
+                for (Point3& vertex : mesh.verts) vertex = vertex - offset;
+                return true;
+            }))
+            return false;
+    at.node.SetLocalTM(0, TransMatrix(offset) * at.node.GetLocalTM(0));
+    return true;
 }
 
 bool mendPixelSizes(const Patient& at) {
@@ -591,6 +558,7 @@ constexpr MendRow kMends[] = {
     {Rule::NORMAL_MISSING, mendNormals},
     {Rule::VERTEX_UNUSED, mendUnusedVertices},
     {Rule::VERTEX_DUPLICATE, mendDuplicateVertices},
+    {Rule::VERTEX_FAR, mendFar},
     {Rule::LP_SIZE, mendPixelSizes},
     {Rule::PALETTE_UNUSED, mendUnusedEntry},
 };

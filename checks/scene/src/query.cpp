@@ -1,7 +1,7 @@
 #include <checks/query.h>
 
 #include <diagnostics/assertion.h>
-#include <fltkilnutil/fltattr.h>
+#include <fltkilnutil/fltfields.h>
 #include <fltkilnutil/kilnflt.h>
 #include <fltkilnutil/sourcerecords.h>
 #include <kiln/kiln.h>
@@ -91,16 +91,6 @@ bool holds(Comparison comparison, double a, double b) noexcept {
             return a >= b;
     }
     return false;
-}
-
-/// The key of an attribute of any kind, as the table has it; null for none.
-const char* attributeKey(std::string_view wanted) noexcept {
-    FltAttrGroup* const* const groups = fltAttrGroups();
-    if (groups == nullptr || wanted.empty()) return nullptr;
-    for (FltAttrGroup* const* group = groups; *group != nullptr; ++group)
-        for (const FltAttrDesc* row = (*group)->descriptors; !row->isTerminator(); ++row)
-            if (isSame(row->key, wanted)) return row->key;
-    return nullptr;
 }
 
 }  // namespace
@@ -236,7 +226,7 @@ private:
             made.subject = known->second;
         } else {
             made.subject = Subject::kAttribute;
-            made.key = attributeKey(subject);
+            made.key = fltFieldKey(subject);
             if (made.key == nullptr) fail("there is no attribute \"" + subject + '"');
         }
         begin_ = valueAt;
@@ -290,14 +280,8 @@ private:
         switch (condition.subject) {
             case Subject::kName:
                 return isText(node.GetName(), condition);
-            case Subject::kKind: {
-                FltNodeKind kind{};
-                fltGetKind(&node, true, kind);
-                std::string_view name = fltOpcodeName(static_cast<std::uint16_t>(kind));
-                constexpr std::string_view kPrefix = "FLT_";
-                if (name.starts_with(kPrefix)) name.remove_prefix(kPrefix.size());
-                return isText(name, condition);
-            }
+            case Subject::kKind:
+                return isText(kindNameOf(node), condition);
             case Subject::kComment: {
                 std::string comment;
                 fltGetComment(&node, comment);
@@ -387,11 +371,10 @@ private:
     }
 
     static bool compareAttribute(INode& node, const Condition& condition) {
-        FltNodeKind kind{};
-        if (!fltGetKind(&node, true, kind)) return false;
-        const FltAttrDesc* const row = fltAttrFindRow(kind, condition.key);
-        FltAttrGroup* const group = row == nullptr ? nullptr : fltAttrLoad(&node, kFltRevision);
-        if (group == nullptr) return false;
+        const FltField field = fltFieldFind(&node, condition.key);
+        if (!field || !fltFieldLoad(&node, field, kFltRevision)) return false;
+        const FltAttrGroup* const group = field.group;
+        const FltAttrDesc* const row = field.row;
         if (condition.number && row->width != FltAttrWidth::Text)
             return holds(condition.comparison, numberIn(*group, *row), *condition.number);
         if (condition.comparison != Comparison::kEqual &&
@@ -421,6 +404,15 @@ private:
 };
 
 }  // namespace
+
+std::string kindNameOf(INode& node) {
+    FltNodeKind kind{};
+    fltGetKind(&node, true, kind);
+    std::string_view name = fltOpcodeName(static_cast<std::uint16_t>(kind));
+    constexpr std::string_view kPrefix = "FLT_";
+    if (name.starts_with(kPrefix)) name.remove_prefix(kPrefix.size());
+    return std::string(name);
+}
 
 Query::Query(std::string_view text)
     : condition_(std::make_unique<Condition>(Parser(text).parse())) {}

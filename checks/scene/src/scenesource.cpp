@@ -1,9 +1,8 @@
 #include <checks/scenesource.h>
 
-#include "meshoutline.h"
-
 #include <diagnostics/assertion.h>
 #include <fltkilnutil/kilnflt.h>
+#include <fltkilnutil/meshgeometry.h>
 #include <fltkilnutil/sourcerecords.h>
 #include <kiln/kiln.h>
 #include <quillon/fltfactory.h>
@@ -152,7 +151,7 @@ private:
             for (const Point3& vertex : mesh->verts) polygons_.corners.push_back(pointOf(vertex));
             return;
         }
-        if (isOnePolygon(*mesh)) {
+        if (fltkilnutil::isOnePolygon(*mesh)) {
             for (const Point3& vertex : mesh->verts) polygons_.corners.push_back(pointOf(vertex));
             endPolygon();
             return;

@@ -50,4 +50,7 @@ private:
     std::unique_ptr<Condition> condition_;
 };
 
+/// The name of the node's kind, as scripts and queries have it: "LOD".
+std::string kindNameOf(INode& node);
+
 }  // namespace checks

@@ -1,0 +1,227 @@
+#include "scenemeshes.h"
+
+#include <fltkilnutil/kilnflt.h>
+#include <fltkilnutil/sourcerecords.h>
+#include <quillon/fltbounds.h>
+#include <quillon/fltgroup.h>
+#include <quillon/fltlod.h>
+#include <quillon/flttoken.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <tuple>
+
+namespace fltkilnutil {
+
+namespace {
+
+FltPoint3d pointOf(const Point3& p) noexcept {
+    return {p.x, p.y, p.z};
+}
+
+/// The boxes around what nodes show, each in the space of its node's parent.
+class SubtreeBoxes {
+public:
+    /// Of all nodes at and below `tops`.
+    explicit SubtreeBoxes(std::span<INode* const> tops) {
+        const std::vector<INode*> nodes = nodesIn(tops);
+        for (const INode* const node : nodes) boxes_.try_emplace(node);
+        // Children stand behind their parents.
+        for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
+            Box3& box = boxes_[*node];
+            box = moved(box, **node);
+            addMesh(**node, box);
+            const auto above = boxes_.find((*node)->GetParentNode());
+            if (above != boxes_.end()) above->second += box;
+        }
+    }
+
+    Box3 at(const INode* node) const {
+        const auto found = boxes_.find(node);
+        return found == boxes_.end() ? Box3() : found->second;
+    }
+
+private:
+    static void add(Box3& box, const Point3& point) {
+        if (std::isfinite(point.x + point.y + point.z)) box += point;
+    }
+
+    /// Of the children's boxes, which are in the node's own space.
+    static Box3 moved(const Box3& box, INode& node) {
+        const Matrix3 place = node.GetLocalTM(0);
+        if (box.IsEmpty() || place.IsIdentity()) return box;
+        Box3 result;
+        for (unsigned corner = 0; corner < 8; ++corner)
+            add(result, place.PointTransform({corner & 1 ? box.Max().x : box.Min().x,
+                                              corner & 2 ? box.Max().y : box.Min().y,
+                                              corner & 4 ? box.Max().z : box.Min().z}));
+        return result;
+    }
+
+    static void addMesh(INode& node, Box3& box) {
+        const Object* const object = node.EvalWorldState(0).obj;
+        if (object == nullptr || !object->CanConvertToType(TRIOBJ_CLASS_ID)) return;
+        const Matrix3 place = node.GetLocalTM(0);
+        if (object->ClassID() == TRIOBJ_CLASS_ID) {
+            for (const Point3& vertex : static_cast<const TriObject*>(object)->GetMesh().verts)
+                add(box, place.PointTransform(vertex));
+        } else {
+            box += moved(object->GetLocalBoundBox(0), node);
+        }
+    }
+
+    std::unordered_map<const INode*, Box3> boxes_;
+};
+
+bool isLod(INode* node, FltLod& lod) {
+    FltNodeKind kind{};
+    return fltGetKind(node, false, kind) && kind == FltNodeKind::Lod && fltGetRecord(node, lod);
+}
+
+std::vector<std::uint8_t> bytesOf(const FltRecord& record, std::uint32_t revision) {
+    FltToken token;
+    record.writeToken(token, revision);
+    token.finish();
+    return {token.data(), token.data() + token.length()};
+}
+
+bool isFrozen(INode& node) {
+    constexpr std::uint32_t kFrozenVolume = 0x08000000;
+    FltNodeKind kind{};
+    FltGroup group;
+    return fltGetKind(&node, false, kind) && kind == FltNodeKind::Group &&
+           fltGetRecord(&node, group) &&
+           (static_cast<std::uint32_t>(group.flags) & kFrozenVolume) != 0;
+}
+
+/// The volume of the class `Volume` around the box; whose center stands in a record of its own when
+/// that is `apart`.
+FltBoundingBox fitted(FltBoundingBox volume, const Box3& box, bool) {
+    volume.lowest = pointOf(box.Min());
+    volume.highest = pointOf(box.Max());
+    return volume;
+}
+FltBoundingSphere fitted(FltBoundingSphere volume, const Box3& box, bool apart) {
+    volume.radius = Length(box.Max() - box.Min()) / 2;
+    if (!apart || !volume.center.empty()) volume.center = {pointOf(box.Center())};
+    return volume;
+}
+FltBoundingCylinder fitted(FltBoundingCylinder volume, const Box3& box, bool apart) {
+    const Point3 size = box.Max() - box.Min();
+    volume.radius = std::hypot(size.x, size.y) / 2;
+    volume.height = size.z;
+    if (!apart || !volume.center.empty()) volume.center = {pointOf(box.Center())};
+    return volume;
+}
+FltBoundingCenter fitted(FltBoundingCenter volume, const Box3& box, bool) {
+    volume.center = pointOf(box.Center());
+    return volume;
+}
+FltBoundingOrientation fitted(FltBoundingOrientation, const Box3&, bool) {
+    return {};
+}
+
+template <typename Volume>
+void fit(const SourceRecords& kept, std::size_t at, const Box3& box, bool apart,
+         std::vector<SourceRecordChange>& changes) {
+    const SourceRecord& entry = kept.attached[at];
+    if (entry.isOpaque || entry.record.opcode() != Volume::kOpcode) return;
+    Volume volume;
+    volume.readBytes(entry.record.bytes(), kept.revision);
+    const std::vector<std::uint8_t> before = bytesOf(volume, kept.revision);
+    std::vector<std::uint8_t> after = bytesOf(fitted(volume, box, apart), kept.revision);
+    if (after != before) changes.push_back({at, true, std::move(after)});
+}
+
+bool fitVolumes(INode& node, const SourceRecords& kept, const Box3& box) {
+    const bool apart = std::ranges::any_of(kept.attached, [](const SourceRecord& entry) {
+        return !entry.isOpaque && entry.record.opcode() == kFltBoundingCenter;
+    });
+    std::vector<SourceRecordChange> changes;
+    for (std::size_t i = 0; i < kept.attached.size(); ++i) {
+        fit<FltBoundingBox>(kept, i, box, apart, changes);
+        fit<FltBoundingSphere>(kept, i, box, apart, changes);
+        fit<FltBoundingCylinder>(kept, i, box, apart, changes);
+        fit<FltBoundingCenter>(kept, i, box, apart, changes);
+        fit<FltBoundingOrientation>(kept, i, box, apart, changes);
+    }
+    if (changes.empty()) return false;
+    changeSourceRecords(node, kept, kept.revision,
+                        kept.record.empty() ? FileBytes() : kept.record.bytes(), changes);
+    return true;
+}
+
+/// Levels below one node with one center, by that.
+using Sets =
+    std::map<std::tuple<INode*, double, double, double>, std::vector<std::pair<INode*, FltLod>>>;
+
+/// The sets in which `levels` are.
+Sets setsOf(std::span<INode* const> levels) {
+    std::unordered_set<const INode*> parents;
+    Sets all;
+    for (INode* const level : levels) {
+        INode* const parent = level->GetParentNode();
+        if (!parents.insert(parent).second) continue;
+        for (int i = 0; i < parent->NumberOfChildren(); ++i) {
+            INode* const child = parent->GetChildNode(i);
+            if (FltLod lod; isLod(child, lod))
+                all[{parent, lod.centerX, lod.centerY, lod.centerZ}].emplace_back(child, lod);
+        }
+    }
+    Sets wanted;
+    for (INode* const level : levels)
+        if (FltLod lod; isLod(level, lod)) {
+            const auto found =
+                all.find({level->GetParentNode(), lod.centerX, lod.centerY, lod.centerZ});
+            if (found != all.end()) wanted.insert(*found);
+        }
+    return wanted;
+}
+
+}  // namespace
+
+std::uint32_t centerLevels(std::span<INode* const> levels) {
+    const Sets sets = setsOf(levels);
+    std::vector<INode*> members;
+    for (const auto& [key, set] : sets)
+        for (const auto& [level, lod] : set) members.push_back(level);
+    const SubtreeBoxes boxes(members);
+    std::uint32_t changed = 0;
+    for (const auto& [key, set] : sets) {
+        Box3 box;
+        for (const auto& [level, lod] : set) box += boxes.at(level);
+        if (box.IsEmpty()) continue;
+        const Point3 center = box.Center();
+        for (auto [level, lod] : set) {
+            if (Point3{lod.centerX, lod.centerY, lod.centerZ} == center) continue;
+            lod.centerX = center.x;
+            lod.centerY = center.y;
+            lod.centerZ = center.z;
+            if (fltPutRecord(level, lod)) ++changed;
+        }
+    }
+    return changed;
+}
+
+GeometryResult fitBounds(std::span<INode* const> tops) {
+    GeometryResult result;
+    std::vector<INode*> levels;
+    const std::vector<INode*> nodes = nodesIn(tops);
+    const SubtreeBoxes boxes(tops);
+    SourceRecordsReader reader;
+    for (INode* const node : nodes) {
+        if (FltLod lod; isLod(node, lod) &&
+                        (static_cast<std::uint32_t>(lod.flags) & FltLod::kFrozenCenter) == 0)
+            levels.push_back(node);
+        const SourceRecords& kept = reader.read(*node);
+        const Box3 box = boxes.at(node);
+        if (!kept.attached.empty() && !box.IsEmpty() && !isFrozen(*node) &&
+            fitVolumes(*node, kept, box))
+            ++result.changed;
+    }
+    result.changed += centerLevels(levels);
+    return result;
+}
+
+}  // namespace fltkilnutil
