@@ -108,23 +108,25 @@ function(tessera_library name)
     tessera_precompile(${name})
 endfunction()
 
-# tessera_texts(NAME FILE)
-# The texts for users of the library NAME, in the form that base/texttable.h describes. Natively the
-# library includes FILE itself. For Windows this makes string tables of it, one for each language,
-# for the program or DLL that the library ends up in, or that it is.
+# tessera_texts(NAME FILE [SUFFIX])
+# The texts for users of the library NAME, in the form that base/texttable.h describes; further ones of
+# the same library have a SUFFIX. Natively the library includes FILE itself. For Windows this makes
+# string tables of it, one for each language, for the program or DLL that the library ends up in, or
+# that it is.
 function(tessera_texts name file)
+    set(_texts ${name}${ARGN}_texts)
     if(NOT WIN32)
         return()
     endif()
     set(TESSERA_TEXTS ${CMAKE_CURRENT_SOURCE_DIR}/${file})
-    set(_script ${CMAKE_CURRENT_BINARY_DIR}/${name}_texts.rc)
+    set(_script ${CMAKE_CURRENT_BINARY_DIR}/${_texts}.rc)
     configure_file(${PROJECT_SOURCE_DIR}/cmake/texts.rc.in ${_script} @ONLY)
     set_source_files_properties(${_script} PROPERTIES OBJECT_DEPENDS ${TESSERA_TEXTS})
     get_target_property(_type ${name} TYPE)
     if(_type STREQUAL "STATIC_LIBRARY")
         # The linker would drop them from the library itself.
-        add_library(${name}_texts OBJECT ${_script})
-        target_link_libraries(${name} INTERFACE $<TARGET_OBJECTS:${name}_texts>)
+        add_library(${_texts} OBJECT ${_script})
+        target_link_libraries(${name} INTERFACE $<TARGET_OBJECTS:${_texts}>)
     else()
         target_sources(${name} PRIVATE ${_script})
     endif()

@@ -22,8 +22,8 @@ constexpr RuleInfo kRules[] = {
     {HDR_UNITS, kError, kAsk},
     {HDR_STORAGE, kWarning, kSafe},
     {HDR_ORIGIN, kHint, kNoMend},
-    {HDR_PROJECTION, kWarning, kNoMend},
-    {HDR_ELLIPSOID, kWarning, kNoMend},
+    {HDR_PROJECTION, kWarning, kNoMend, 0},
+    {HDR_ELLIPSOID, kWarning, kNoMend, 0},
     {COUNTER_BEHIND, kWarning, kSafe},
     {NAME_LONG, kHint, kSafe},
     {NAME_DUPLICATE, kHint, kAsk},
@@ -35,17 +35,17 @@ constexpr RuleInfo kRules[] = {
     {LOD_GAP, kWarning, kAsk},
     {LOD_OVERLAP, kWarning, kAsk},
     {LOD_CENTER, kWarning, kSafe},
-    {LOD_UNREACHABLE, kWarning, kNoMend},
+    {LOD_UNREACHABLE, kWarning, kNoMend, 0},
     {LOD_SIZE, kWarning, kAsk},
     {SWITCH_MASK_SHORT, kError, kSafe},
     {SWITCH_CURRENT, kError, kAsk},
     {SWITCH_STRAY_BITS, kHint, kSafe},
     {SWITCH_NEVER, kHint, kNoMend},
-    {SWITCH_EMPTY, kWarning, kAsk},
-    {DOF_LIMITS, kWarning, kAsk},
-    {DOF_CURRENT, kWarning, kAsk},
+    {SWITCH_EMPTY, kWarning, kAsk, 0},
+    {DOF_LIMITS, kWarning, kAsk, 0},
+    {DOF_CURRENT, kWarning, kAsk, 0},
     {DOF_FRAME, kError, kNoMend},
-    {DOF_SCALE_ZERO, kWarning, kSafe},
+    {DOF_SCALE_ZERO, kWarning, kSafe, 0},
     {MATRIX_SINGULAR, kError, kNoMend},
     {XREF_MISSING, kError, kNoMend},
     {XREF_CYCLE, kError, kNoMend},
@@ -60,24 +60,24 @@ constexpr RuleInfo kRules[] = {
     {FACE_DUPLICATE, kWarning, kAsk},
     {FACE_OVERLAP, kWarning, kNoMend},
     {SUBFACE_OUTSIDE, kWarning, kNoMend},
-    {INDEX_RANGE, kError, kAsk},
+    {INDEX_RANGE, kError, kAsk, 0},
     {DRAW_LINE_AREA, kHint, kNoMend},
-    {BILLBOARD, kWarning, kNoMend},
+    {BILLBOARD, kWarning, kNoMend, 1},
     {UV_MISSING, kWarning, kNoMend},
     {NORMAL_MISSING, kWarning, kSafe},
     {VERTEX_NONFINITE, kError, kNoMend},
     {VERTEX_UNUSED, kHint, kSafe},
     {VERTEX_DUPLICATE, kHint, kSafe},
-    {VERTEX_FAR, kWarning, kNoMend},
-    {LP_DARK, kWarning, kNoMend},
-    {LP_DIRECTION, kWarning, kNoMend},
+    {VERTEX_FAR, kWarning, kAsk},
+    {LP_DARK, kWarning, kNoMend, 0},
+    {LP_DIRECTION, kWarning, kNoMend, 0},
     {LP_SIZE, kWarning, kAsk},
-    {LP_INDEX, kError, kNoMend},
+    {LP_INDEX, kError, kNoMend, 0},
     {TEX_MISSING, kError, kNoMend},
     {TEX_SIZE, kWarning, kNoMend},
-    {PALETTE_UNUSED, kHint, kSafe},
+    {PALETTE_UNUSED, kHint, kSafe, 0},
     {MAT_ALPHA_ZERO, kWarning, kNoMend},
-    {BUDGET, kWarning, kNoMend},
+    {BUDGET, kWarning, kNoMend, 0},
     {NOT_JUDGED, kHint, kNoMend},
 };
 
@@ -102,7 +102,9 @@ constexpr auto makeCatalogue() {
     std::array<RuleInfo, std::size(kRules)> all{};
     for (std::size_t i = 0; i < all.size(); ++i) {
         if (kRules[i].rule != static_cast<Rule>(i)) throw "the rows are in another order";
-        all[i] = {kRules[i].rule, kRules[i].severity, kRules[i].mend, kNames[i].code, kNames[i].id};
+        all[i] = kRules[i];
+        all[i].code = kNames[i].code;
+        all[i].textId = kNames[i].id;
     }
     return all;
 }
@@ -117,6 +119,8 @@ std::span<const RuleInfo> catalogue() noexcept {
 }
 
 const RuleInfo& infoOf(Rule rule) noexcept {
+    static constexpr RuleInfo kFound{kQueryFound, kHint, kNoMend, -1, "", 0};
+    if (rule == kQueryFound) return kFound;
     return kCatalogue[static_cast<std::size_t>(rule)];
 }
 
@@ -137,6 +141,7 @@ std::optional<Severity> severityOf(std::string_view name) noexcept {
 }
 
 std::string sentenceOf(Rule rule, base::Language language) {
+    if (rule == kQueryFound) return "{0}";
     return base::tableText(kTexts, infoOf(rule).textId, language);
 }
 

@@ -98,7 +98,8 @@ std::optional<std::size_t> FindingList::rowOf(std::size_t index) const {
 
 std::string FindingList::sentence(std::size_t index) const {
     const Finding& finding = report_.findings[index];
-    return finding.filled(templates_[static_cast<std::size_t>(finding.rule)]);
+    if (finding.rule == kQueryFound) return finding.values.empty() ? "" : finding.values.front();
+    return finding.filled(templates_[static_cast<std::size_t>(finding.rule)], language_);
 }
 
 std::size_t FindingList::removeIf(const std::function<bool(std::size_t)>& isGone) {
@@ -126,10 +127,12 @@ std::size_t FindingList::removeIf(const std::function<bool(std::size_t)>& isGone
 
 bool FindingList::passes(std::uint32_t index, const std::vector<std::string>& words) {
     const Finding& finding = report_.findings[index];
-    if (filter_.rule && finding.rule != *filter_.rule) return false;
-    if (finding.severity == Severity::kError     ? !filter_.errors
-        : finding.severity == Severity::kWarning ? !filter_.warnings
-                                                 : !filter_.hints)
+    // What a query has found is of no severity.
+    const bool isJudged = finding.rule != kQueryFound;
+    if (isJudged && filter_.rule && finding.rule != *filter_.rule) return false;
+    if (isJudged && (finding.severity == Severity::kError     ? !filter_.errors
+                     : finding.severity == Severity::kWarning ? !filter_.warnings
+                                                              : !filter_.hints))
         return false;
     return std::ranges::all_of(words, [&](const std::string& word) {
         return sought(index).find(word) != std::string::npos;

@@ -1,18 +1,24 @@
 #include <checks/report.h>
 
+#include "texts.h"
+
 #include <base/texts.h>
 #include <nlohmann/json.hpp>
 
 namespace checks {
 
 std::string Finding::text(base::Language language) const {
-    return filled(sentenceOf(rule, language));
+    return filled(sentenceOf(rule, language), language);
 }
 
-std::string Finding::filled(std::string_view sentence) const {
+std::string Finding::filled(std::string_view sentence, base::Language language) const {
     // A sentence has at most four places.
     std::array<std::string_view, 4> filling;
     for (std::size_t i = 0; i < filling.size() && i < values.size(); ++i) filling[i] = values[i];
+    std::string word;
+    if (const int at = infoOf(rule).word; at >= 0 && static_cast<std::size_t>(at) < values.size())
+        filling[static_cast<std::size_t>(at)] = word =
+            wordOf(values[static_cast<std::size_t>(at)], language);
     return base::fillText(sentence, {filling[0], filling[1], filling[2], filling[3]});
 }
 

@@ -1,7 +1,10 @@
 #include <checks/target.h>
 
+#include "texts.h"
+
 #include <base/file.h>
 #include <quillon/fltrevision.h>
+#include <quillon/fltunits.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -13,6 +16,12 @@ namespace checks {
 namespace {
 
 using Json = nlohmann::json;
+
+/// The error that `wording` says in a language.
+template <typename Wording>
+TargetError errorOf(Wording&& wording) {
+    return {wording(base::Language::kEnglish), wording(base::Language::kChinese)};
+}
 
 struct Limit {
     const char* name;
@@ -26,9 +35,6 @@ constexpr Limit kLimits[] = {
     {"lightPoints", &Limits::lightPoints},
     {"lightSources", &Limits::lightSources},
 };
-
-constexpr std::pair<const char*, std::uint8_t> kUnits[] = {
-    {"metres", 0}, {"kilometres", 1}, {"feet", 4}, {"inches", 5}, {"nautical miles", 8}};
 
 /// The revisions that a header may state.
 constexpr std::uint32_t kRevisions[] = {1420, 1500, 1510, 1520, 1540, 1550, 1551, 1560, 1570,
@@ -87,11 +93,11 @@ public:
 
     Target read() {
         const Json json = parse();
-        if (!json.is_object()) complain(1, "a target must be an object");
+        if (!json.is_object()) complain(1, TextNumber::kNoObject);
         Target target;
         if (const auto base = json.find("base"); base != json.end()) {
-            const auto found = builtIn(textOf("base", *base));
-            if (!found) complain("base", "names no built-in target");
+            const auto found = builtIn(stringOf("base", *base));
+            if (!found) complain("base", TextNumber::kNoBuiltIn);
             target = *found;
         }
         for (const auto& [key, value] : json.items()) take(target, key, value);
@@ -104,7 +110,7 @@ private:
         JsonMaker maker(made);
         if (!Json::sax_parse(text_, &maker)) {
             const std::size_t byte = std::min(maker.errorByte, text_.size());
-            complain(lineAt(byte == 0 ? 0 : byte - 1), "this is no JSON");
+            complain(lineAt(byte == 0 ? 0 : byte - 1), TextNumber::kNoJson);
         }
         return made;
     }
@@ -112,11 +118,10 @@ private:
     void take(Target& target, const std::string& key, const Json& value) {
         if (key == "base") return;
         if (key == "name") {
-            target.name = textOf(key, value);
+            target.name = stringOf(key, value);
         } else if (key == "revision") {
             target.revision = numberOf(key, value);
-            if (!fltIsWritable(*target.revision))
-                complain(key, "must be 1420 to 1580 or 1600 to 1660");
+            if (!fltIsWritable(*target.revision)) complain(key, TextNumber::kBadRevision);
         } else if (key == "units") {
             target.units = unitsOf(value);
         } else if (key == "findings") {
@@ -127,45 +132,45 @@ private:
             for (const auto& [code, severity] : membersOf(key, value))
                 takeRule(target, code, severity);
         } else {
-            complain(key, "is nothing that a target has");
+            complain(key, TextNumber::kNoMember);
         }
     }
 
     void takeLimit(Target& target, const std::string& name, const Json& value) {
         const auto* const found = std::ranges::find(
             kLimits, name, [](const Limit& limit) { return std::string_view(limit.name); });
-        if (found == std::end(kLimits)) complain(name, "is no limit");
+        if (found == std::end(kLimits)) complain(name, TextNumber::kNoLimit);
         target.limits.*(found->value) = numberOf(name, value);
     }
 
     void takeRule(Target& target, const std::string& code, const Json& value) {
         const std::optional<Rule> rule = ruleOf(code);
-        if (!rule) complain(code, "is no rule");
-        const std::optional<Severity> severity = severityOf(textOf(code, value));
-        if (!severity) complain(code, "must be \"error\", \"warning\", \"hint\" or \"off\"");
+        if (!rule) complain(code, TextNumber::kNoRule);
+        const std::optional<Severity> severity = severityOf(stringOf(code, value));
+        if (!severity) complain(code, TextNumber::kNoSeverity);
         target.severities[static_cast<std::size_t>(*rule)] = *severity;
     }
 
     std::uint8_t unitsOf(const Json& value) {
-        const std::string name = textOf("units", value);
-        for (const auto& [known, number] : kUnits)
-            if (name == known) return number;
-        complain("units", "must be metres, kilometres, feet, inches or nautical miles");
+        const std::string name = stringOf("units", value);
+        for (const FltUnits& units : kFltUnits)
+            if (name == units.name) return units.value;
+        complain("units", TextNumber::kNoUnits);
     }
 
     std::uint32_t numberOf(const std::string& key, const Json& value) {
         constexpr std::uint32_t kMost = 1'000'000'000;
         if (!value.is_number_unsigned() || value.get<std::uint64_t>() > kMost)
-            complain(key, "must be a whole number from 0 to 1000000000");
+            complain(key, TextNumber::kNoNumber);
         return value.get<std::uint32_t>();
     }
-    std::string textOf(const std::string& key, const Json& value) {
-        if (!value.is_string()) complain(key, "must be a text");
+    std::string stringOf(const std::string& key, const Json& value) {
+        if (!value.is_string()) complain(key, TextNumber::kNoText);
         return value.get<std::string>();
     }
     nlohmann::detail::iteration_proxy<Json::const_iterator> membersOf(const std::string& key,
                                                                       const Json& value) {
-        if (!value.is_object()) complain(key, "must be an object");
+        if (!value.is_object()) complain(key, TextNumber::kNotMembers);
         return value.items();
     }
 
@@ -182,11 +187,16 @@ private:
         }
         return 1;
     }
-    [[noreturn]] void complain(std::size_t line, const std::string& what) const {
-        throw TargetError(file_ + ", line " + std::to_string(line) + ": " + what);
+    [[noreturn]] void complain(std::size_t line, TextNumber what, std::string_view key = {}) const {
+        const std::string quoted = '"' + std::string(key) + '"', number = std::to_string(line);
+        throw errorOf([&](base::Language language) {
+            const std::string sentence =
+                textOf(what, language, {quoted, "\"error\"", "\"warning\"", "\"hint\"", "\"off\""});
+            return textOf(TextNumber::kTargetLine, language, {file_, number, sentence});
+        });
     }
-    [[noreturn]] void complain(const std::string& key, const std::string& what) const {
-        complain(lineOf(key), "\"" + key + "\" " + what);
+    [[noreturn]] void complain(const std::string& key, TextNumber what) const {
+        complain(lineOf(key), what, key);
     }
 
     std::string_view text_;
@@ -217,8 +227,9 @@ Target findTarget(const std::string& nameOrFile) {
     if (const std::optional<Target> target = builtIn(nameOrFile)) return *target;
     std::string text;
     if (const std::error_code error = base::readFile(nameOrFile, text))
-        throw TargetError(nameOrFile + " is no built-in target, and no file that can be read: " +
-                          error.message());
+        throw errorOf([&](base::Language language) {
+            return textOf(TextNumber::kNoFile, language, {nameOrFile, error.message()});
+        });
     return readTarget(text, nameOrFile);
 }
 

@@ -532,7 +532,8 @@ const Case kCases[] = {
      [](CheckScene& s, bool faulty, Target&) {
          header(s, [](FltHeader& h) { h.vertexCoordinateUnits = 1; });  // kilometres
          replaceFace(s, square(1, faulty ? 17 : 15));
-     }},
+     },
+     true},
     // ------------------------------------------------------------ lights
     {Rule::LP_DARK,
      [](CheckScene& s, bool faulty, Target&) {
@@ -640,6 +641,13 @@ TEST_P(RuleTest, FindsTheFaultAndNothingElse) {
         for (const auto language : {base::Language::kEnglish, base::Language::kChinese}) {
             const std::string text = finding.text(language);
             EXPECT_EQ(text.find_first_of("{}"), std::string::npos) << text;
+            // Words of ours stand in it in its language.
+            if (const int word = checks::infoOf(finding.rule).word; word >= 0) {
+                const std::string& value = finding.values.at(static_cast<std::size_t>(word));
+                EXPECT_EQ(text.find(value) == std::string::npos,
+                          language == base::Language::kChinese)
+                    << text;
+            }
         }
     }
 }
@@ -782,6 +790,30 @@ TEST(Rules, SayOnceOfAGroupOfFacesThatItIsFarAway) {
     const checks::Report report = scene.check();
     EXPECT_EQ(report.countOf(Rule::VERTEX_FAR), 2U) << listOf(report);
     EXPECT_EQ(report.findings.front().node, scene.object->GetName());
+}
+
+TEST(Mend, BringsFarVerticesNearWithoutMovingThem) {
+    CheckScene scene;
+    INode* const far1 = scene.addFace(scene.object, square(10, 1e6, -2e6));
+    scene.addFace(far1, square(5, 1e6, -2e6));
+    scene.host.DeleteNode(scene.face);
+    scene.object->SetNodeTM(0, RotAngleAxisMatrix({0, 0, 1}, 1));
+    const auto worldOf = [&](INode* face) {
+        return face->GetNodeTM(0).PointTransform(scene.meshOf(face).verts[2]);
+    };
+    const Point3 before = worldOf(far1), beforeBelow = worldOf(far1->GetChildNode(0));
+    const checks::Report report = scene.check();
+    ASSERT_EQ(report.findings.front().rule, Rule::VERTEX_FAR) << listOf(report);
+    // What hangs there and is no face would have to move along.
+    INode* const other = scene.add(scene.object, FltGroup());
+    EXPECT_FALSE(checks::mend(scene.host, {}, report.findings.front()));
+    EXPECT_EQ(worldOf(far1), before);
+    scene.host.DeleteNode(other);
+    ASSERT_TRUE(checks::mend(scene.host, {}, report.findings.front()));
+    EXPECT_EQ(scene.meshOf(far1).verts[2], (Point3{5, 5, 0}));
+    EXPECT_LT(Length(worldOf(far1) - before), 1e-8);
+    EXPECT_LT(Length(worldOf(far1->GetChildNode(0)) - beforeBelow), 1e-8);
+    EXPECT_EQ(scene.check().countOf(Rule::VERTEX_FAR), 0U);
 }
 
 TEST(Mend, RefusesANodeThatHasGone) {

@@ -59,6 +59,25 @@ TEST(Target, RefusesABrokenFileWithItsLine) {
         EXPECT_NE(refusalOf(text), "") << text;
 }
 
+TEST(Target, SaysWhatIsWrongInBothLanguages) {
+    const auto chineseOf = [](auto&& read) -> std::string {
+        try {
+            read();
+            return "";
+        } catch (const checks::TargetError& error) {
+            EXPECT_EQ(error.text(base::Language::kEnglish), error.what());
+            return error.text(base::Language::kChinese);
+        }
+    };
+    EXPECT_EQ(chineseOf([] { checks::readTarget("{\n\"units\": 1}", "ours.json"); }),
+              "ours.json，第 2 行：\"units\" 必须是文本");
+    EXPECT_EQ(
+        chineseOf([] { checks::readTarget("{\"rules\": {\"LOD_GAP\": \"loud\"}}", "ours.json"); }),
+        "ours.json，第 1 行：\"LOD_GAP\" 必须是 \"error\"、\"warning\"、\"hint\" 或 \"off\"");
+    EXPECT_NE(chineseOf([] { checks::findTarget("17.0"); }).find("不是内置的检查目标"),
+              std::string::npos);
+}
+
 TEST(Target, KnowsTheBuiltInOnesByName) {
     for (const std::string& name : checks::targetNames())
         EXPECT_EQ(checks::findTarget(name).name, name);

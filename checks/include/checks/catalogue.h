@@ -30,9 +30,14 @@ struct RuleInfo {
     Rule rule;
     Severity severity;  ///< unless a target says otherwise
     Mend mend;
+    int word = -1;               ///< which value of the sentence is a word of ours; -1 for none
     const char* code = nullptr;  ///< "FACE_CONCAVE"
     unsigned textId = 0;         ///< of its sentence
 };
+
+/// What a query finds stands in the list of findings under this one, which is none of the
+/// catalogue: its sentence is its first value.
+inline constexpr Rule kQueryFound{0xFF};
 
 /// The catalogue, in the order of `Rule`.
 std::span<const RuleInfo> catalogue() noexcept;

@@ -17,14 +17,14 @@ struct Finding {
     /// record.
     std::uint64_t place = 0;
     std::string node;                 ///< its name, UTF-8; may be empty
-    std::vector<std::string> values;  ///< of the rule's sentence
+    std::vector<std::string> values;  ///< of the rule's sentence; words of ours in English
     /// What a mend needs beside place and values: an index, or the bits of a double.
     std::int64_t detail = 0;
 
     /// The rule's sentence with the values.
     std::string text(base::Language language) const;
-    /// The same with the sentence at hand (`sentenceOf`), for who words many.
-    std::string filled(std::string_view sentence) const;
+    /// The same with the sentence at hand (`sentenceOf`, in that language), for who words many.
+    std::string filled(std::string_view sentence, base::Language language) const;
 };
 
 /// Figures of what was checked.

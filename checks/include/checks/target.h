@@ -17,7 +17,16 @@ namespace checks {
 /// A target that cannot be used. The message names the file and, for its content, the line.
 class TargetError : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    TargetError(const std::string& english, std::string chinese)
+        : std::runtime_error(english), chinese_(std::move(chinese)) {}
+
+    /// What is wrong, with the file's line; `what` says it in English.
+    std::string text(base::Language language) const {
+        return language == base::Language::kEnglish ? what() : chinese_;
+    }
+
+private:
+    std::string chinese_;
 };
 
 struct Limits {
