@@ -12,6 +12,7 @@
 #include <framework/cwaitcursor.h>
 #include <framework/filedialog.h>
 #include <framework/module.h>
+#include <framework/windowplace.h>
 #include <kiln/kiln.h>
 #include <kiln/language.h>
 
@@ -60,14 +61,16 @@ struct Anchor {
     bool right, down, wide, high;
 };
 constexpr Anchor kAnchors[] = {
-    {IDC_PROGRESS, false, false, true, false},    {IDC_FILTER, false, false, true, false},
-    {IDC_FINDINGS, false, false, true, true},     {IDC_STATUS, false, true, true, false},
-    {IDC_FOLLOW, true, true, false, false},       {IDC_GO_TO, false, true, false, false},
-    {IDC_MEND, false, true, false, false},        {IDC_MEND_ALL, false, true, false, false},
-    {IDC_QUERY, false, true, true, false},        {IDC_SELECT_FOUND, true, true, false, false},
-    {IDC_QUERY_LABEL, false, true, false, false}, {IDC_COPY, true, true, false, false},
-    {IDC_SAVE, true, true, false, false},
+    {IDC_PROGRESS, false, false, true, false}, {IDC_FILTER, false, false, true, false},
+    {IDC_FINDINGS, false, false, true, true},  {IDC_STATUS, false, true, true, false},
+    {IDC_FOLLOW, true, true, false, false},    {IDC_GO_TO, false, true, false, false},
+    {IDC_MEND, false, true, false, false},     {IDC_MEND_ALL, false, true, false, false},
+    {IDC_QUERY, false, true, true, false},     {IDC_SELECT_FOUND, true, true, false, false},
+    {IDC_FIND, true, true, false, false},      {IDC_QUERY_LABEL, false, true, false, false},
+    {IDC_COPY, true, true, false, false},      {IDC_SAVE, true, true, false, false},
 };
+
+constexpr wchar_t kPlaceName[] = L"FltCheck";
 
 constexpr COLORREF kErrorColor = RGB(176, 0, 32), kWarningColor = RGB(150, 84, 0);
 
@@ -99,6 +102,19 @@ std::string textOf(Mend mend) {
 
 bool isSame(const Finding& a, const Finding& b) {
     return a.rule == b.rule && a.place == b.place && a.detail == b.detail && a.values == b.values;
+}
+
+/// The names of some nodes above, the nearest last.
+std::string whereIs(INode& node) {
+    constexpr int kMost = 4;
+    std::string path;
+    int count = 0;
+    for (INode* above = node.GetParentNode(); above != nullptr && !above->IsRootNode();
+         above = above->GetParentNode()) {
+        if (++count > kMost) return "... / " + path;
+        path = path.empty() ? above->GetName() : std::string(above->GetName()) + " / " + path;
+    }
+    return path;
 }
 
 bool isPressed(int key) noexcept {
@@ -165,7 +181,8 @@ bool CheckWindow::OnInitDialog() {
     listTargets();
     nameColumns();
     listRules();
-    widen();
+    if (!framework::restoreWindowPlace(Handle(), kPlaceName)) widen();
+    layout();
     refresh();
     return true;
 }
@@ -181,11 +198,13 @@ void CheckWindow::followLanguage() {
     refresh();
 }
 
-// The window goes with the host's; another one begins with nothing.
+// The window goes with the host's; another one begins with nothing but its place.
 void CheckWindow::OnDestroy() {
+    framework::keepWindowPlace(Handle(), kPlaceName);
     run_.reset();
     watch_.reset();
     findings_ = {};
+    aside_.reset();
     focused_.reset();
     wanted_ = checked_ = stale_ = false;
     ::DeleteObject(std::exchange(headingFont_, nullptr));
@@ -218,7 +237,8 @@ std::optional<Target> CheckWindow::chosenTarget() {
         if (!isFile) target.mostFindings = kListed;
         return target;
     } catch (const TargetError& error) {
-        ShowMessage(textOf(TextId::kCannotUseTarget, {error.what()}), MB_OK | MB_ICONWARNING);
+        ShowMessage(textOf(TextId::kCannotUseTarget, {error.text(language())}),
+                    MB_OK | MB_ICONWARNING);
         return std::nullopt;
     }
 }
@@ -238,6 +258,7 @@ void CheckWindow::chooseOwnFile() {
 }
 
 void CheckWindow::start() {
+    backToFindings();
     if (std::optional<Target> target = chosenTarget()) start(std::move(*target));
 }
 
@@ -269,12 +290,15 @@ void CheckWindow::advance() {
     }
     try {
         if (run_->check.advance(kSlice)) {
-            findings_.show(run_->check.report(), language());
             target_ = std::move(run_->target);
             checked_ = true;
+            Report report = run_->check.report();
             end();
-            listRules();
-            return refresh();
+            if (aside_) {  // what a query has found stays until the user goes back
+                aside_ = std::move(report);
+                return showCounts();
+            }
+            return showReport(std::move(report));
         }
     } catch (const std::bad_alloc&) {
         end();
@@ -284,6 +308,19 @@ void CheckWindow::advance() {
     ::SendMessageW(Item(IDC_PROGRESS), PBM_SETPOS, static_cast<WPARAM>(progress * kProgressSteps),
                    0);
     say(textOf(TextId::kRunning, {std::to_string(static_cast<int>(progress * 100))}));
+}
+
+void CheckWindow::showReport(Report report) {
+    findings_.show(std::move(report), language());
+    listRules();
+    refresh();
+}
+
+void CheckWindow::backToFindings() {
+    if (!aside_) return;
+    Report report = std::move(*aside_);
+    aside_.reset();
+    showReport(std::move(report));
 }
 
 void CheckWindow::end() {
@@ -452,17 +489,20 @@ std::string CheckWindow::countsText() const {
     if (!checked_) return textOf(TextId::kNotChecked);
     // Nothing is checked again while nobody looks.
     if (stale_ && !IsVisible()) return textOf(TextId::kChangedSince);
+    const Report& report = aside_ ? *aside_ : findings_.report();
     const auto count = [&](Severity severity) {
-        return std::to_string(findings_.report().countOf(severity, target_));
+        return std::to_string(report.countOf(severity, target_));
     };
     return textOf(TextId::kCounts,
                   {count(Severity::kError), count(Severity::kWarning), count(Severity::kHint)});
 }
 
 void CheckWindow::showCounts() {
-    std::string text = countsText();
+    std::string text =
+        aside_ ? textOf(TextId::kNodesFound, {std::to_string(findings_.report().findings.size())})
+               : countsText();
     const std::size_t all = findings_.report().findings.size();
-    if (checked_ && findings_.passed() != all)
+    if ((checked_ || aside_) && findings_.passed() != all)
         text =
             textOf(TextId::kShown, {text, std::to_string(findings_.passed()), std::to_string(all)});
     if (!run_) say(text);
@@ -483,7 +523,7 @@ void CheckWindow::enableActions() {
                                            {IDC_MEND, isFinding && canMendKind},
                                            {IDC_MEND_ALL, canMendKind},
                                            {IDC_COPY, isRow},
-                                           {IDC_SAVE, checked_}};
+                                           {IDC_SAVE, checked_ && !aside_}};
     for (const auto& [id, enabled] : wanted) {
         if (!enabled && focus == Item(id)) ::SetFocus(list());
         EnableItem(id, enabled);
@@ -491,10 +531,17 @@ void CheckWindow::enableActions() {
 }
 
 std::string CheckWindow::cell(const FindingList::Row& row, int column) const {
+    if (row.rule == kQueryFound && row.finding != nullptr && column != kNodeColumn &&
+        column != kTextColumn) {
+        if (column == kCodeColumn) return row.finding->values.back();
+        return column == kSeverityColumn ? textOf(TextId::kFoundRow) : std::string();
+    }
     if (column == kCodeColumn) return infoOf(row.rule).code;
     if (row.finding == nullptr) {
         if (column == kSeverityColumn)
-            return (row.isFolded ? "+ " : "- ") + textOf(target_.severityOf(row.rule));
+            return (row.isFolded ? "+ " : "- ") + (row.rule == kQueryFound
+                                                       ? textOf(TextId::kFoundRow)
+                                                       : textOf(target_.severityOf(row.rule)));
         if (column == kNodeColumn) return textOf(TextId::kGroupCount, {std::to_string(row.count)});
         return column == kMendColumn ? textOf(infoOf(row.rule).mend) : std::string();
     }
@@ -525,7 +572,8 @@ void CheckWindow::draw(NMLVCUSTOMDRAW& drawn, LRESULT& result) const {
         case CDDS_ITEMPREPAINT | CDDS_SUBITEM: {
             if (row >= findings_.rows()) return;
             const FindingList::Row shown = findings_.at(row);
-            const Severity severity = target_.severityOf(shown.rule);
+            const Severity severity =
+                shown.rule == kQueryFound ? Severity::kHint : target_.severityOf(shown.rule);
             drawn.clrText = ::GetSysColor(COLOR_WINDOWTEXT);
             drawn.clrTextBk = ::GetSysColor(COLOR_WINDOW);
             if (drawn.iSubItem == kSeverityColumn && severity == Severity::kError)
@@ -594,16 +642,14 @@ void CheckWindow::select(const std::vector<INode*>& nodes) {
     host_->ZoomToSelection();
 }
 
-void CheckWindow::selectFound() {
+/// What the query finds; nothing where it cannot be read or finds none, which is said.
+std::optional<std::vector<INode*>> CheckWindow::askQuery() {
     try {
         const CWaitCursor wait;
-        const std::vector<INode*> nodes = Query(ItemText(IDC_QUERY)).find(*host_);
-        if (nodes.empty()) {
-            ::MessageBeep(MB_OK);
-            return say(textOf(TextId::kNoNodes));
-        }
-        select(nodes);
-        say(textOf(TextId::kNodesSelected, {std::to_string(nodes.size())}));
+        std::vector<INode*> nodes = Query(ItemText(IDC_QUERY)).find(*host_);
+        if (!nodes.empty()) return nodes;
+        ::MessageBeep(MB_OK);
+        say(textOf(TextId::kNoNodes));
     } catch (const QueryError& error) {
         ::MessageBeep(MB_OK);
         // The field counts as it shows.
@@ -612,6 +658,34 @@ void CheckWindow::selectFound() {
         ::SetFocus(Item(IDC_QUERY));
         ::SendMessageW(Item(IDC_QUERY), EM_SETSEL, at, static_cast<LPARAM>(at));
     }
+    return std::nullopt;
+}
+
+void CheckWindow::selectFound() {
+    const auto nodes = askQuery();
+    if (!nodes) return;
+    select(*nodes);
+    say(textOf(TextId::kNodesSelected, {std::to_string(nodes->size())}));
+}
+
+// The list has the nodes in place of the findings, which come back with F5.
+void CheckWindow::listFound() {
+    const auto nodes = askQuery();
+    if (!nodes) return;
+    const CWaitCursor wait;
+    Report found;
+    for (INode* const node : *nodes) {
+        Finding& finding = found.findings.emplace_back();
+        finding.rule = kQueryFound;
+        finding.severity = Severity::kHint;
+        finding.place = node->GetHandle();
+        finding.node = node->GetName();
+        finding.values = {whereIs(*node), kindNameOf(*node)};
+    }
+    found.counts[static_cast<std::size_t>(kQueryFound)] = found.findings.size();
+    if (!aside_) aside_ = findings_.report();
+    showReport(std::move(found));
+    ::SetFocus(list());
 }
 
 void CheckWindow::mend(const std::vector<std::size_t>& indices) {
@@ -768,6 +842,9 @@ bool CheckWindow::OnCommand(int id, UINT code, HWND control) {
             return true;
         case IDC_COPY:
             copy();
+            return true;
+        case IDC_FIND:
+            listFound();
             return true;
         case IDC_SELECT_FOUND:
             selectFound();

@@ -93,6 +93,10 @@ private:
     void copy();
     void save();
     void selectFound();
+    void listFound();
+    std::optional<std::vector<INode*>> askQuery();
+    void showReport(Report report);
+    void backToFindings();
     void select(const std::vector<INode*>& nodes);
 
     // The window.
@@ -109,6 +113,7 @@ private:
     Target target_;                   ///< of what is listed
     std::vector<std::string> files_;  ///< targets of the user's own
     FindingList findings_;
+    std::optional<Report> aside_;     ///< of the check, while the list has what a query has found
     std::optional<Finding> focused_;  ///< the one that has the focus, if that is no heading
     bool isRefreshing_ = false;
     SIZE base_{};               ///< of the client area that the places are meant for

@@ -13,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <set>
@@ -356,6 +357,96 @@ TEST_F(CheckWindowTest, TakesWhatAQueryFindsAsTheSelection) {
     EXPECT_EQ(scene_.host.GetSelNodeCount(), 4) << "the selection stays";
 }
 
+TEST_F(CheckWindowTest, ListsWhatAQueryFindsUntilTheFindingsComeBack) {
+    open();
+    const std::vector<std::string> findings = codes();
+    SetWindowTextW(control(IDC_QUERY), L"kind = group or kind = lod");
+    push(IDC_FIND);
+    EXPECT_EQ(status(), "Nodes found: 4; F5 goes back to the findings");
+    EXPECT_EQ(GetFocus(), list());
+    EXPECT_THAT(codes(), ElementsAre("GROUP", "GROUP", "GROUP", "LOD"));
+    EXPECT_EQ(cell(3, 2), lod_->GetName());
+    EXPECT_EQ(cell(3, 3), scene_.database->GetName());
+    EXPECT_FALSE(IsWindowEnabled(control(IDC_MEND)));
+    EXPECT_FALSE(IsWindowEnabled(control(IDC_SAVE)));
+    // They are filtered by words alone, sorted, and selected as findings are.
+    push(IDC_HINTS);
+    EXPECT_EQ(rows(), 4);
+    push(IDC_HINTS);
+    testinput::key(VK_END);
+    testinput::key(VK_RETURN);
+    EXPECT_EQ(scene_.host.GetSelNodeCount(), 1);
+    EXPECT_TRUE(lod_->Selected());
+    // A node that goes leaves the list; a check that begins anew meanwhile does not replace it.
+    scene_.host.DeleteNode(second_);
+    ASSERT_TRUE(testinput::pumpUntil([&] { return rows() == 3; }, 20000));
+    ASSERT_TRUE(testinput::pumpUntil([&] { return isRunning(); }, 20000));
+    ASSERT_TRUE(isChecked());
+    EXPECT_THAT(codes(), ElementsAre("GROUP", "GROUP", "LOD"));
+    SetWindowTextW(control(IDC_QUERY), L"nowhere");
+    push(IDC_FIND);
+    EXPECT_EQ(status(), "No node was found");
+    EXPECT_EQ(rows(), 3);
+    SetFocus(list());
+    testinput::key(VK_F5);
+    ASSERT_TRUE(isChecked());
+    EXPECT_EQ(rows(), static_cast<int>(findings.size()) - 1);
+    EXPECT_EQ(codes().front(), kReversed);
+}
+
+TEST_F(CheckWindowTest, OpensWhereTheUserLeftIt) {
+    open();
+    SetWindowPos(window(), nullptr, 30, 40, 900, 640, SWP_NOZORDER | SWP_NOACTIVATE);
+    core_.closeUtility();
+    DestroyWindow(window());
+    testinput::pump();
+    open();
+    RECT place;
+    GetWindowRect(window(), &place);
+    EXPECT_THAT((std::array{place.left, place.top, place.right, place.bottom}),
+                ElementsAre(30, 40, 930, 680));
+    RECT rows;
+    GetWindowRect(list(), &rows);
+    EXPECT_GT(rows.bottom, place.bottom - 200) << "the controls follow";
+    // A place that no screen shows is none.
+    SetWindowPos(window(), nullptr, 90000, 40, 900, 640, SWP_NOZORDER | SWP_NOACTIVATE);
+    core_.closeUtility();
+    DestroyWindow(window());
+    open();
+    GetWindowRect(window(), &place);
+    EXPECT_LT(place.left, 10000);
+}
+
+TEST_F(CheckWindowTest, CarriesActionsOnGeometryOut) {
+    ASSERT_TRUE(core_.openUtility(kiln::classesOf(UTILITY_CLASS_ID).back()).ok());
+    const auto press = [&](int id) {
+        SendMessageW(GetDlgItem(host_.page_, id), BM_CLICK, 0, 0);
+        return textOf(GetDlgItem(host_.page_, IDC_OUTCOME));
+    };
+    EXPECT_EQ(press(IDC_FLIP), "No node is selected");
+    EXPECT_EQ(core_.history().stepCount(), 0u);
+    scene_.host.SelectNode(scene_.database, true);
+    EXPECT_EQ(press(IDC_FLIP), "Nodes changed: 2");
+    EXPECT_EQ(press(IDC_NORMALS), "Nodes changed: 2");
+    SetDlgItemTextW(host_.page_, IDC_NORMALS_ANGLE, L"steep");
+    EXPECT_EQ(press(IDC_NORMALS), "The angle must be from 0 to 180 degrees");
+    EXPECT_EQ(GetFocus(), GetDlgItem(host_.page_, IDC_NORMALS_ANGLE));
+    EXPECT_EQ(press(IDC_WELD), "Nodes changed: 0");
+    SetDlgItemTextW(host_.page_, IDC_WELD_DISTANCE, L"-1");
+    EXPECT_EQ(press(IDC_WELD), "The distance must be a number from 0 on");
+    EXPECT_EQ(press(IDC_TRIANGULATE), "Nodes changed: 2");
+    EXPECT_EQ(press(IDC_DROP_DEGENERATE), "Nodes changed: 0");
+    EXPECT_EQ(press(IDC_FIT_BOUNDS), "Nodes changed: 1");
+    SendDlgItemMessageW(host_.page_, IDC_UNITS, CB_SETCURSEL, 2, 0);
+    EXPECT_THAT(press(IDC_CHANGE_UNITS), StartsWith("Nodes changed: "));
+    FltHeader header;
+    ASSERT_TRUE(fltGetRecord(scene_.database, header));
+    EXPECT_EQ(header.vertexCoordinateUnits, 4);
+    // An action that changes nothing is no step.
+    EXPECT_EQ(core_.history().stepCount(), 5u);
+    EXPECT_EQ(core_.history().stepName(4), "Change Units");
+}
+
 TEST_F(CheckWindowTest, CopiesTheSelectedRows) {
     open();
     focus(0);
@@ -385,7 +476,7 @@ TEST_F(CheckWindowTest, IsReachableByKeyboardInBothLanguages) {
                 EXPECT_TRUE(keys.insert(mark[1]).second) << base::toUtf8(text);
             }
         }
-        EXPECT_EQ(keys.size(), 17u);
+        EXPECT_EQ(keys.size(), 18u);
     }
     EXPECT_EQ(textOf(control(IDC_RUN)), "&Check");
     EXPECT_EQ(cell(0, 0), "Error");
