@@ -458,6 +458,10 @@ void CheckWindow::refresh() {
                 row = static_cast<int>(*shown);
     }
     isRefreshing_ = true;
+    // Without rows none is selected: the control may take them out one by one otherwise.
+    constexpr LRESULT kMany = 256;
+    if (::SendMessageW(list(), LVM_GETSELECTEDCOUNT, 0, 0) > kMany)
+        ::SendMessageW(list(), LVM_SETITEMCOUNT, 0, LVSICF_NOSCROLL);
     ::SendMessageW(list(), LVM_SETITEMCOUNT, static_cast<WPARAM>(rows), LVSICF_NOSCROLL);
     LVITEMW state{};
     state.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
@@ -728,6 +732,7 @@ void CheckWindow::mendKind() {
 }
 
 void CheckWindow::copy() {
+    const CWaitCursor wait;
     std::string text;
     LRESULT row = -1;
     while ((row = ::SendMessageW(list(), LVM_GETNEXTITEM, static_cast<WPARAM>(row),
@@ -783,10 +788,16 @@ bool CheckWindow::PreTranslateMessage(MSG& message) {
         return true;
     }
     if (message.wParam == 'A') {
+        const CWaitCursor wait;
         LVITEMW state{};
         state.state = state.stateMask = LVIS_SELECTED;
+        // The control may tell of each row.
+        isRefreshing_ = true;
         ::SendMessageW(list(), LVM_SETITEMSTATE, static_cast<WPARAM>(-1),
                        reinterpret_cast<LPARAM>(&state));
+        isRefreshing_ = false;
+        noteFocus();
+        enableActions();
         return true;
     }
     return false;

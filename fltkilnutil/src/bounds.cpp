@@ -74,9 +74,11 @@ private:
     std::unordered_map<const INode*, Box3> boxes_;
 };
 
+/// One whose center is somewhere.
 bool isLod(INode* node, FltLod& lod) {
     FltNodeKind kind{};
-    return fltGetKind(node, false, kind) && kind == FltNodeKind::Lod && fltGetRecord(node, lod);
+    return fltGetKind(node, false, kind) && kind == FltNodeKind::Lod && fltGetRecord(node, lod) &&
+           std::isfinite(lod.centerX + lod.centerY + lod.centerZ);
 }
 
 std::vector<std::uint8_t> bytesOf(const FltRecord& record, std::uint32_t revision) {
@@ -87,16 +89,14 @@ std::vector<std::uint8_t> bytesOf(const FltRecord& record, std::uint32_t revisio
 }
 
 bool isFrozen(INode& node) {
-    constexpr std::uint32_t kFrozenVolume = 0x08000000;
     FltNodeKind kind{};
     FltGroup group;
     return fltGetKind(&node, false, kind) && kind == FltNodeKind::Group &&
            fltGetRecord(&node, group) &&
-           (static_cast<std::uint32_t>(group.flags) & kFrozenVolume) != 0;
+           (static_cast<std::uint32_t>(group.flags) & FltGroup::kFrozenVolume) != 0;
 }
 
-/// The volume of the class `Volume` around the box; whose center stands in a record of its own when
-/// that is `apart`.
+// The volumes around a box. Their center stands in a record of its own when that is `apart`.
 FltBoundingBox fitted(FltBoundingBox volume, const Box3& box, bool) {
     volume.lowest = pointOf(box.Min());
     volume.highest = pointOf(box.Max());

@@ -2,7 +2,6 @@
 
 #include <fltkilnutil/kilnflt.h>
 #include <fltkilnutil/sourcerecords.h>
-
 #include <quillon/fltopcode.h>
 #include <quillon/fltrecordbytes.h>
 #include <quillon/fltvertexlist.h>

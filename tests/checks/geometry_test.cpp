@@ -247,7 +247,7 @@ TEST_F(GeometryTest, VolumesAndCentersFitWhatIsShown) {
     scene.keep(scene.group, {&box, &sphere, &center});
     INode* const frozen = scene.add(scene.database, [] {
         FltGroup group;
-        group.flags = 0x08000000;
+        group.flags = FltGroup::kFrozenVolume;
         return group;
     }());
     scene.keep(frozen, {&box});

@@ -373,6 +373,7 @@ TEST_F(CheckWindowTest, ListsWhatAQueryFindsUntilTheFindingsComeBack) {
     push(IDC_HINTS);
     EXPECT_EQ(rows(), 4);
     push(IDC_HINTS);
+    SetFocus(list());
     testinput::key(VK_END);
     testinput::key(VK_RETURN);
     EXPECT_EQ(scene_.host.GetSelNodeCount(), 1);
