@@ -233,8 +233,10 @@ bool scaleNode(INode& node, const Scale& to) {
     return (!kept.attached.empty() && scaleAttached(node, kept, to)) || changed;
 }
 
-/// Meshes, points and other objects with points of their own; each once.
-void scaleObjects(Interface& host, const std::vector<INode*>& nodes, const Scale& to) {
+/// Meshes, points and other objects with points of their own; each once. Notes which nodes show
+/// them.
+void scaleObjects(Interface& host, const std::vector<INode*>& nodes, const Scale& to,
+                  std::unordered_set<const INode*>& changed) {
     std::unordered_map<Object*, int> uses;
     bool isShared = false;
     for (INode* const node : nodes)
@@ -257,6 +259,7 @@ void scaleObjects(Interface& host, const std::vector<INode*>& nodes, const Scale
         if (object->ClassID() == BOXOBJ_CLASS_ID) {
             auto& box = static_cast<BoxObject&>(*object);
             box.SetSize(to.of(box.GetLength()), to.of(box.GetWidth()), to.of(box.GetHeight()));
+            changed.insert(node);
             continue;
         }
         const bool isMesh = object->ClassID() == TRIOBJ_CLASS_ID;
@@ -266,6 +269,7 @@ void scaleObjects(Interface& host, const std::vector<INode*>& nodes, const Scale
         if (points.IsEmpty()) continue;
         if (!object->AboutToChange()) throw std::bad_alloc();
         for (Point3& point : points) point = to.of(point);
+        changed.insert(node);
         node->InvalidateWS();
     }
 }
@@ -300,10 +304,11 @@ GeometryResult changeUnits(Interface& host, INode& header, std::uint8_t units,
         scale(record, to);
         record.vertexCoordinateUnits = units;
         if (!fltPutRecord(&header, record)) throw Refused("the header cannot be stored");
-        scaleObjects(host, nodes, to);
+        std::unordered_set<const INode*> changed{&header};
+        scaleObjects(host, nodes, to, changed);
         for (INode* const node : nodes)
-            if (scaleNode(*node, to)) ++result.changed;
-        ++result.changed;
+            if (scaleNode(*node, to)) changed.insert(node);
+        result.changed = static_cast<std::uint32_t>(changed.size());
         scope.Commit();
     } catch (const Refused& reason) {
         refusal = reason.what();

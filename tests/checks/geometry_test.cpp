@@ -95,6 +95,11 @@ TEST_F(GeometryTest, WeldingKeepsWhatElseTellsVerticesApart) {
     EXPECT_EQ(mesh.faces[1], (Face{{0, 3, 4}}));
     EXPECT_EQ(mesh.verts[3], mesh.verts[2]);
     EXPECT_EQ(mesh.colors[3], 0xFFU);
+    // The nearest one may lie on either side of a place where the space is divided.
+    INode* const left = scene.addFace(scene.object, square(5, -0.001, 60));
+    INode* const right = scene.addFace(scene.object, square(5, 0.001, 60));
+    EXPECT_EQ(run(GeometryAction::kWeld, 0.01).changed, 1U);
+    EXPECT_EQ(scene.meshOf(right).verts, scene.meshOf(left).verts);
     // A polygon that would lose its area keeps its corners.
     INode* const small = scene.addFace(scene.object, square(0.001, 50));
     run(GeometryAction::kWeld, 0.01, small);
@@ -339,7 +344,8 @@ TEST_F(GeometryTest, UnitsChangeEverythingThatIsALengthTogether) {
     INode* const foreign = scene.addFace(scene.host.GetRootNode(), square());
     const std::string before = sceneText();
 
-    EXPECT_GT(checks::changeUnits(scene.host, scene.database, 1).changed, 5U);
+    // The database, its face, the four nodes with records of lengths, and the mesh record.
+    EXPECT_EQ(checks::changeUnits(scene.host, scene.database, 1).changed, 7U);
     FltHeader header;
     ASSERT_TRUE(fltGetRecord(scene.database, header));
     EXPECT_EQ(header.vertexCoordinateUnits, 1);
