@@ -1,6 +1,7 @@
 // How long the viewport takes to draw a frame of 1280 by 800 pixels while the camera turns: a small
 // airfield, and terrains of 100,000 and 500,000 faces, one node for each 100; plain and with a
-// texture, by two threads against one.
+// texture, by two threads against one; and what is outside of the picture, or far away: 5,000
+// places of one model of 500 faces, seen from among them and from above.
 #include <render/renderer.h>
 
 #include <cmath>
@@ -83,6 +84,57 @@ void textured(benchmark::State& state, int faces, unsigned threads) {
     turn(state, scene, DrawMode::kShaded, threads);
 }
 
+/// A model of 500 faces of two triangles, each an item as files have them: a house of cards.
+std::shared_ptr<const SceneModel> house() {
+    const auto model = std::make_shared<SceneModel>();
+    for (int i = 0; i < 500; ++i) {
+        const double x = i % 10, y = i / 10 % 10, z = i / 100 * 2;
+        model->beginItem();
+        for (const Vec3d corner : {Vec3d{0, 0, 0}, Vec3d{1, 0, 0}, Vec3d{1, 0, 2}, Vec3d{0, 0, 2}})
+            model->addVertex(corner + Vec3d{x, y, z});
+        model->setSurface({});
+        model->addTriangle(0, 1, 2, 0x806040, 3);
+        model->addTriangle(0, 2, 3, 0x806040, 6);
+        model->endItem();
+    }
+    return model;
+}
+
+/// From among them, at the height of eyes, or from above, where all are in the picture.
+void references(benchmark::State& state, bool fromAbove, unsigned threads) {
+    SceneModel scene;
+    const auto model = house();
+    for (int i = 0; i < 5000; ++i) {
+        scene.beginItem();
+        const double turn = i * 0.7;
+        scene.setPlacement(
+            {model, Place({std::cos(turn), std::sin(turn), 0}, {-std::sin(turn), std::cos(turn), 0},
+                          {0, 0, 1}, {i % 71 * 60., i / 71 * 60., 0})});
+        scene.endItem();
+    }
+    scene.addLight({LightKind::kDirectional, {}, {0.48f, 0.36f, -0.8f}, {1, 1, 0.95f}});
+    Camera camera;
+    Canvas canvas;
+    Renderer renderer;
+    camera.setPictureSize(kWidth, kHeight);
+    canvas.resize(kWidth, kHeight);
+    const Vec3d middle = scene.box().centre();
+    if (fromAbove)
+        camera.frame(scene.box());
+    else
+        camera.lookFrom(middle + Vec3d{-30, -30, 2}, middle + Vec3d{20, 40, 2});
+    RenderOptions options{DrawMode::kShaded, true, true, 1};
+    options.threads = threads;
+    std::size_t drawn = 0;
+    for (auto _ : state) {
+        camera.orbit(1, 0);
+        renderer.draw(scene, camera, options, canvas);
+        drawn += renderer.trianglesDrawn();
+    }
+    state.counters["triangles"] =
+        static_cast<double>(drawn) / static_cast<double>(state.iterations());
+}
+
 /// Wall time, since threads share the work.
 void add(const std::string& name, const std::function<void(benchmark::State&)>& run) {
     benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -102,6 +154,10 @@ void registerBenches() {
             add(name + "textured" + by,
                 [=](benchmark::State& state) { textured(state, faces, threads); });
         }
+        for (const bool fromAbove : {false, true})
+            add(std::string("5,000 times 500 faces, from ") + (fromAbove ? "above" : "among them") +
+                    by,
+                [=](benchmark::State& state) { references(state, fromAbove, threads); });
     }
 }
 
@@ -114,7 +170,8 @@ int main(int count, char** arguments) {
     runs.run(count, arguments);
     // Of a small scene most of the time is that of the picture's memory.
     runs.print(table, [](const std::string& name) {
-        return name.starts_with("1000 ") ? bench::kNoBound : 1 / 1.8;
+        const bool isSmall = name.starts_with("1000 ") || name.starts_with("5,000 ");
+        return isSmall ? bench::kNoBound : 1 / 1.8;
     });
     return table.status();
 }

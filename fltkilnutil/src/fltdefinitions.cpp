@@ -32,19 +32,20 @@ bool isOfKind(INode* node, FltNodeKind kind) {
 
 INode* FltDefinitions::of(INode* node) {
     if (!isOfKind(node, FltNodeKind::InstanceRef)) return nullptr;
-    if (!hasRead_) {
-        INode* root = node;
-        while (INode* const parent = root->GetParentNode()) root = parent;
-        read(root);
-        hasRead_ = true;
-    }
     const auto found = found_.find(node);
-    return found == found_.end() ? nullptr : found->second;
+    if (found != found_.end()) return found->second;
+    INode* root = node;
+    while (INode* const parent = root->GetParentNode()) root = parent;
+    if (read_.contains(root)) return nullptr;
+    read(root);
+    read_.insert(root);
+    const auto now = found_.find(node);
+    return now == found_.end() ? nullptr : now->second;
 }
 
 void FltDefinitions::clear() noexcept {
     found_.clear();
-    hasRead_ = false;
+    read_.clear();
 }
 
 void FltDefinitions::read(INode* root) {

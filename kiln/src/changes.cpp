@@ -44,10 +44,20 @@ namespace kiln {
 namespace {
 
 std::uint64_t changeCount = 0;
+int aside = 0;
 
 }  // namespace
 
+ChangesAside::ChangesAside() noexcept {
+    ++aside;
+}
+
+ChangesAside::~ChangesAside() {
+    --aside;
+}
+
 void noteSceneChanged() noexcept {
+    if (aside > 0) return;
     ++changeCount;
     if (SceneHistory* const history = SceneHistory::current()) history->noteChange();
     SceneWatches::tell();
@@ -63,7 +73,7 @@ std::uint64_t sceneChangeCount() noexcept {
 }
 
 void noteLookChanged() noexcept {
-    SceneWatches::tell();
+    if (aside == 0) SceneWatches::tell();
 }
 
 }  // namespace kiln

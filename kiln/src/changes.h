@@ -14,4 +14,13 @@ std::uint64_t sceneChangeCount() noexcept;
 /// The scene looks different, though nothing that is saved has changed.
 void noteLookChanged() noexcept;
 
+/// While it lives, what changes is a scene that is not shown: none of these is told.
+class ChangesAside {
+public:
+    ChangesAside() noexcept;
+    ~ChangesAside();
+    ChangesAside(const ChangesAside&) = delete;
+    ChangesAside& operator=(const ChangesAside&) = delete;
+};
+
 }  // namespace kiln

@@ -54,6 +54,7 @@ void Core::destroy() {
     if (!theCore) return;
     theCore->closeUtility();
     theCore->newScene();
+    theCore->impl_->fileScenes.clear();
     // Modules still see the host while they go.
     unloadModules();
     delete theCore;

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 
+#include "filescenes.h"
 #include "names.h"
 #include "scene.h"
 #include "scenefile.h"
@@ -74,6 +75,8 @@ struct Core::Impl final : Interface, IUtil, SceneListener {
     std::shared_ptr<MakerRegistry> makers;
     SceneNameMaker nodeNames;  // of nodes that nobody has named
     std::unique_ptr<Scene> scene;
+    FileScenes fileScenes;
+    bool isAside = false;  // `scene` is that of a file, which nobody hears of
     HostWindow noWindow;
     HostWindow* window = &noWindow;
     TimeValue time = 0;

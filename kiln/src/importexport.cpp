@@ -19,7 +19,7 @@ namespace kiln {
 
 namespace {
 
-class Report final : public ImpExpReport {
+class Report : public ImpExpReport {
 public:
     explicit Report(const ProgressFunction& progress) : progress_(progress) {}
 
@@ -40,6 +40,12 @@ public:
 private:
     const ProgressFunction& progress_;
     bool cancelled_ = false;
+};
+
+class ReferenceReport final : public Report {
+public:
+    using Report::Report;
+    bool IsReference() const override { return true; }
 };
 
 template <typename T>
@@ -129,6 +135,36 @@ ImportResult resultOf(int code, const Report& report, TextId failure) {
 
 }  // namespace
 
+/// While it lives, the core's scene is one that nobody hears of.
+class SceneAside {
+public:
+    SceneAside(Core::Impl& core, std::unique_ptr<Scene>& scene)
+        : core_(core), scene_(scene), former_(SceneHistory::current()) {
+        makers_->sceneReplaced(&scene->names());
+        exchange();
+        SceneHistory::setCurrent(&core.scene->history());
+    }
+    ~SceneAside() {
+        SceneHistory::setCurrent(former_);
+        exchange();
+    }
+    SceneAside(const SceneAside&) = delete;
+    SceneAside& operator=(const SceneAside&) = delete;
+
+private:
+    void exchange() noexcept {
+        core_.scene.swap(scene_);
+        core_.makers.swap(makers_);
+        core_.isAside = !core_.isAside;
+    }
+
+    const ChangesAside untold_;
+    Core::Impl& core_;
+    std::unique_ptr<Scene>& scene_;
+    SceneHistory* const former_;
+    std::shared_ptr<MakerRegistry> makers_ = std::make_shared<MakerRegistry>();
+};
+
 std::vector<FileKind> Core::importKinds() const {
     return kindsOf<SceneImport>(SCENE_IMPORT_CLASS_ID);
 }
@@ -185,6 +221,58 @@ ImportResult Core::openImported(const std::string& path, const ProgressFunction&
         setModified(false);
     }
     return result;
+}
+
+FileScene Core::readFileScene(const std::string& path) {
+    if (impl_->scene->isBusy())
+        return {nullptr, {IMPEXP_FAIL, textOf(TextId::kSceneIsChanging), ImpExpCause::kOther}};
+    FileScenes& known = impl_->fileScenes;
+    if (const FileScene* const found = fileScene(path)) return *found;
+    FileScenes::Entry entry;
+    ImportResult& result = entry.seen.result;
+    const auto importer = handlerFor<SceneImport>(path, SCENE_IMPORT_CLASS_ID);
+    if (!importer) {
+        result.message = textOf(TextId::kNoImporter, {path, quotedText(extensionOf(path))});
+    } else if (known.all.size() >= kMostFileScenes || known.nodes >= kMostFileNodes) {
+        result.message = textOf(TextId::kTooManyFiles, {path});
+    } else {
+        const ProgressFunction none;
+        ReferenceReport report(none);
+        entry.scene = std::make_unique<Scene>();
+        int code = IMPEXP_FAIL;
+        try {
+            const SceneAside aside(*impl_, entry.scene);
+            code = importer->DoImport(path.c_str(), report, impl_);
+        } catch (...) {
+            report.Error(textOf(TextId::kImporterFailed).c_str());
+        }
+        entry.scene->history().clear();
+        result = resultOf(code, report, TextId::kNotImported);
+        if (result.ok())
+            entry.seen.root = entry.scene->root();
+        else
+            entry.scene.reset();
+    }
+    if (entry.scene) known.nodes += entry.scene->nodeCount();
+    ++known.changes;
+    return known.all.emplace(path, std::move(entry)).first->second.seen;
+}
+
+const FileScene* Core::fileScene(const std::string& path) const {
+    const auto found = impl_->fileScenes.all.find(path);
+    return found == impl_->fileScenes.all.end() ? nullptr : &found->second.seen;
+}
+
+void Core::forgetFileScenes() noexcept {
+    impl_->fileScenes.clear();
+}
+
+std::uint64_t Core::fileSceneChanges() const noexcept {
+    return impl_->fileScenes.changes;
+}
+
+std::size_t Core::fileSceneNodes() const noexcept {
+    return impl_->fileScenes.nodes;
 }
 
 std::vector<FilePart> Core::exportParts(const std::string& path, DWORD options) {

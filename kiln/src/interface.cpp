@@ -57,6 +57,7 @@ Core::Impl::~Impl() {
 std::unique_ptr<Scene> Core::Impl::replaceScene(std::unique_ptr<Scene> next) {
     next->show(*this, *makers);
     scene.swap(next);
+    fileScenes.clear();
     noteSceneReplaced();
     return next;
 }
@@ -231,6 +232,7 @@ const char* Core::Impl::GetDir(int id) const {
 }
 
 void Core::Impl::sceneNotifies(int code, void* parameter) {
+    if (isAside) return;
     BroadcastNotification(code, parameter);
     if (code != NOTIFY_SELECTION_CHANGED || !utility) return;
     try {

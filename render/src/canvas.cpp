@@ -241,7 +241,8 @@ struct GradientShader {
 
 // Texture coordinates over the distance grow evenly over the screen. They are divided out every few
 // pixels; between these, an even step is close enough.
-template <bool kAlpha>
+// With `kUsed` the texture says how it is used; otherwise it repeats and is multiplied.
+template <bool kAlpha, bool kUsed>
 class TextureShader {
 public:
     static constexpr bool kHasAlpha = kAlpha;
@@ -265,8 +266,10 @@ public:
     std::uint32_t at(int k) {
         if (k / kBlock != block_) beginBlock(k / kBlock);
         const int i = k % kBlock;
-        const std::uint32_t texel = level_.at(startU_ + stepU_ * i, startV_ + stepV_ * i);
+        const std::int32_t u = startU_ + stepU_ * i, v = startV_ + stepV_ * i;
         const Vec3 light = colors_.at(k);
+        if constexpr (kUsed) return used(level_.at(u, v, texture_->use()), light);
+        const std::uint32_t texel = level_.at(u, v);
         const auto lit = [&](unsigned shift, float share) {
             // One more, so that white leaves a color as it is.
             return ((texel >> shift & 0xFF) * (channel(share) + 1) >> 8) << shift;
@@ -276,6 +279,24 @@ public:
 
 private:
     static constexpr int kBlock = 16;
+
+    std::uint32_t used(std::uint32_t texel, Vec3 light) const {
+        using How = TextureUse::Color;
+        const How how = texture_->use().color;
+        const auto channelOf = [&](unsigned shift, float own) {
+            const std::uint32_t color = texel >> shift & 0xFF, below = channel(own);
+            const std::uint32_t alpha = texel >> 24;
+            const std::uint32_t mixed = how == How::kReplace ? color
+                                        : how == How::kDecal
+                                            ? (color * alpha + below * (255 - alpha)) / 255
+                                        : how == How::kAdd ? std::min(color + below, 255U)
+                                                           : color * (below + 1) >> 8;
+            return mixed << shift;
+        };
+        // Where a decal lets through, the surface is seen, and no hole.
+        return (how == How::kDecal ? kOpaque : texel & kOpaque) | channelOf(16, light.x) |
+               channelOf(8, light.y) | channelOf(0, light.z);
+    }
 
     struct Place {
         double u, v, nearness;
@@ -304,8 +325,10 @@ private:
         const double width = 256 << level_.widthBits, height = 256 << level_.heightBits;
         const double perStep = steps > 0 ? 1. / steps : 0;
         // Half a texel less: a texel's color is that of its middle.
-        startU_ = fixed((a.u - std::floor(a.u)) * width) - 128;
-        startV_ = fixed((a.v - std::floor(a.v)) * height) - 128;
+        const bool clampU = kUsed && texture_->use().clampU;
+        const bool clampV = kUsed && texture_->use().clampV;
+        startU_ = fixed((clampU ? a.u : a.u - std::floor(a.u)) * width) - 128;
+        startV_ = fixed((clampV ? a.v : a.v - std::floor(a.v)) * height) - 128;
         stepU_ = fixed((b.u - a.u) * perStep * width);
         stepV_ = fixed((b.v - a.v) * perStep * height);
     }
@@ -368,12 +391,20 @@ void CanvasRows::textured(const TextureCorner (&corners)[3], const Texture& text
     const ScreenPoint &a = corners[0].place, &b = corners[1].place, &c = corners[2].place;
     const PlaneFinder planes(a, b, c);
     if (planes.isFlat()) return;
-    if (blended || fill.opacity < 1)
-        shade<true>(a, b, c, fill, TextureShader<true>(planes, corners, texture));
-    else if (texture.hasAlpha())
-        shade<false>(a, b, c, fill, TextureShader<true>(planes, corners, texture));
-    else
-        shade<false>(a, b, c, fill, TextureShader<false>(planes, corners, texture));
+    const bool isBlended = blended || fill.opacity < 1;
+    if (!texture.use().isPlain()) {
+        const TextureShader<true, true> shader(planes, corners, texture);
+        if (isBlended)
+            shade<true>(a, b, c, fill, shader);
+        else
+            shade<false>(a, b, c, fill, shader);
+    } else if (isBlended) {
+        shade<true>(a, b, c, fill, TextureShader<true, false>(planes, corners, texture));
+    } else if (texture.hasAlpha()) {
+        shade<false>(a, b, c, fill, TextureShader<true, false>(planes, corners, texture));
+    } else {
+        shade<false>(a, b, c, fill, TextureShader<false, false>(planes, corners, texture));
+    }
 }
 
 inline void CanvasRows::plot(int x, int y, float depth, const Paint& paint, float coverage) {

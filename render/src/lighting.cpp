@@ -22,6 +22,7 @@ float limited(float brightness) {
 
 void Lighting::beginFrame(std::span<const Light> lights, const Camera& camera) {
     viewer_ = normalised(camera.up() * 0.45f - camera.right() * 0.3f - camera.forward());
+    camera_ = &camera;
     lamps_.clear();
     local_ = false;
     for (const Light& light : lights) {
@@ -40,6 +41,23 @@ void Lighting::beginFrame(std::span<const Light> lights, const Camera& camera) {
 
 void Lighting::setOrigin(Vec3d origin) {
     for (Lamp& lamp : lamps_) lamp.position = toFloat(lamp.light->position - origin);
+    eye_ = toFloat(camera_->eye() - origin);
+}
+
+Vec3 Lighting::towards(const Lamp& lamp, Vec3 point) {
+    return lamp.light->kind == LightKind::kDirectional ? lamp.towards
+                                                       : normalised(lamp.position - point);
+}
+
+Vec3 Lighting::glintAt(Vec3 point, Vec3 normal, const Surface& surface) const {
+    const Vec3 eye = camera_->isParallel() ? camera_->forward() * -1.f : normalised(eye_ - point);
+    Vec3 sum;
+    for (const Lamp& lamp : lamps_) {
+        const float cosine = dot(normal, normalised(towards(lamp, point) + eye));
+        if (cosine > 0)
+            sum = sum + shine(lamp, point, normal) * std::pow(cosine, surface.shininess);
+    }
+    return {sum.x * surface.specular.x, sum.y * surface.specular.y, sum.z * surface.specular.z};
 }
 
 Vec3 Lighting::shine(const Lamp& lamp, Vec3 point, Vec3 normal) {

@@ -1,5 +1,7 @@
 #include "painter.h"
 
+#include "lightpoints.h"
+
 #include <array>
 #include <cmath>
 
@@ -33,9 +35,8 @@ Vec3 product(Vec3 a, Vec3 b) {
 
 }  // namespace
 
-void Painter::begin(const SceneModel& scene, const Camera& camera, const RenderOptions& options,
-                    const Lighting& lighting, const CanvasRows& rows) {
-    scene_ = &scene;
+void Painter::begin(const Camera& camera, const RenderOptions& options, const Lighting& lighting,
+                    const CanvasRows& rows) {
     camera_ = &camera;
     options_ = &options;
     lighting_ = lighting;
@@ -55,16 +56,22 @@ void Painter::transform(const Item& item, const Surface& surface) {
     view_.resize(item.vertexCount);
     screen_.resize(item.vertexCount);
     points_ = scene_->vertices().data() + item.firstVertex;
+    if (appearance_->isPlaced) {
+        turned_.resize(item.vertexCount);
+        for (std::uint32_t i = 0; i < item.vertexCount; ++i)
+            turned_[i] = appearance_->place.offset(points_[i]);
+        points_ = turned_.data();
+    }
     isTurned_ = surface.facing != Facing::kFixed && turnToEye(item, surface.facing);
     if (isTurned_) {
-        const Vec3 middle = toFloat(item.sphereCentre - item.origin);
+        const Vec3 middle = toFloat(centre_ - origin_);
         turned_.resize(item.vertexCount);
         for (std::uint32_t i = 0; i < item.vertexCount; ++i)
             turned_[i] = middle + turn_.of(points_[i] - middle);
         points_ = turned_.data();
     }
     const float nearDistance = camera_->nearDistance();
-    const Vec3 offset = camera_->toView(item.origin);
+    const Vec3 offset = camera_->toView(origin_);
     for (std::uint32_t i = 0; i < item.vertexCount; ++i) {
         view_[i] = offset + camera_->toView(points_[i]);
         if (view_[i].z >= nearDistance) screen_[i] = screenOf(view_[i]);
@@ -73,8 +80,8 @@ void Painter::transform(const Item& item, const Surface& surface) {
 
 // False for what has no front, or is to turn about the vertical and has none at its sides.
 bool Painter::turnToEye(const Item& item, Facing facing) {
-    Vec3 front = item.front;
-    Vec3 back = forwardTo(item.sphereCentre - camera_->eye());
+    Vec3 front = appearance_->isPlaced ? appearance_->place.normal(item.front) : item.front;
+    Vec3 back = forwardTo(centre_ - camera_->eye());
     if (facing == Facing::kUpright) front.z = back.z = 0;
     front = normalised(front);
     const Vec3 eye = normalised(back * -1.f);
@@ -91,18 +98,29 @@ bool Painter::turnToEye(const Item& item, Facing facing) {
     return true;
 }
 
-std::size_t Painter::drawItem(ItemIndex index) {
-    const Item& item = scene_->items()[index];
+std::size_t Painter::drawItem(const Appearance& appearance, ItemIndex number, bool asDot) {
+    appearance_ = &appearance;
+    scene_ = appearance.model;
+    const Item& item = scene_->items()[number];
     const Surface& surface = scene_->surfaceOf(item);
+    const ItemIndex index = appearance.isPlaced ? appearance.item : number;
+    const bool isOutlined = appearance.isPlaced ? appearance.isOutlined : item.outlined;
+    origin_ = appearance.point(item.origin);
+    centre_ = appearance.point(item.sphereCentre);
+    radius_ = appearance.length(item.sphereRadius);
+    isTurned_ = false;
     drawn_ = 0;
-    if (drawDot(item, surface, index)) return 1;
+    if (asDot || isDot(item, surface)) {
+        drawDot(item, surface, index);
+        return 1;
+    }
     transform(item, surface);
     const bool wire = options_->mode == DrawMode::kWireframe;
     const bool edges = options_->mode == DrawMode::kShadedEdges;
     const bool filled = !wire && surface.style != DrawStyle::kOutline;
     const Color own = scene_->triangles()[item.firstTriangle].color;
     if (filled) fillSurface(item, surface, index);
-    if (item.outlined && (wire || edges))
+    if (isOutlined && (wire || edges))
         drawEdges(item, {kSelected, 1, index, kEdgeBias * 2, true}, false);
     else if (!filled)
         drawEdges(item, {own, 1, index, wire ? 0 : kEdgeBias, true}, false);
@@ -115,18 +133,22 @@ std::size_t Painter::drawItem(ItemIndex index) {
 }
 
 // What is no larger than a pixel is one, whatever it is made of.
-bool Painter::drawDot(const Item& item, const Surface& surface, ItemIndex index) {
+bool Painter::isDot(const Item& item, const Surface& surface) const {
     constexpr float kLargest = 0.5f;   // radius, pixels
     constexpr std::uint32_t kFew = 4;  // triangles that are as fast
-    if (item.triangleCount < kFew || surface.isTranslucent()) return false;
-    if (!(item.sphereRadius * camera_->pixelsPerUnitAt(item.sphereCentre) < kLargest)) return false;
-    const auto place = camera_->project(item.sphereCentre);
-    if (!place) return false;
-    lighting_.setOrigin(item.origin);
+    return item.triangleCount >= kFew && appearance_->opacity >= 1 && !surface.isTranslucent() &&
+           radius_ * camera_->pixelsPerUnitAt(centre_) < kLargest && camera_->project(centre_);
+}
+
+void Painter::drawDot(const Item& item, const Surface& surface, ItemIndex index) {
+    const auto place = camera_->project(centre_);
+    if (!place) return;
+    lighting_.setOrigin(origin_);
     const Triangle& triangle = scene_->triangles()[item.firstTriangle];
-    const Vec3 away = forwardTo(item.sphereCentre - camera_->eye());
-    const Vec3 normal = triangle.normal * (dot(triangle.normal, away) > 0 ? -1.f : 1.f);
-    const Vec3 light = lighting_.at(toFloat(item.sphereCentre - item.origin), normal, surface);
+    const Vec3 away = forwardTo(centre_ - camera_->eye());
+    Vec3 normal = turned(triangle.normal);
+    if (dot(normal, away) > 0) normal = normal * -1.f;
+    const Vec3 light = lighting_.at(toFloat(centre_ - origin_), normal, surface);
     Vec3 color = channelsOf(triangle.color);
     if (surface.texture) {
         const Texture& texture = *surface.texture;
@@ -135,7 +157,6 @@ bool Painter::drawDot(const Item& item, const Surface& surface, ItemIndex index)
     }
     Paint paint{colorOf(product(color, light) + surface.emissive * 255.f), 1, index, 0, true};
     rows_.dot(*place, paint);
-    return true;
 }
 
 // `fromEye` is one of its corners.
@@ -154,8 +175,8 @@ DepthPlane Painter::planeOf(Vec3 normal, Vec3d fromEye) const {
 
 void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex index) {
     const SceneModel& scene = *scene_;
-    lighting_.setOrigin(item.origin);
-    const Vec3d eye = camera_->eye() - item.origin;
+    lighting_.setOrigin(origin_);
+    const Vec3d eye = camera_->eye() - origin_;
     const Vec3* local = points_;
     back_.assign(item.triangleCount, 0);
     const Finish* finishes = item.hasFinish ? scene.finishes().data() + item.firstFinish : nullptr;
@@ -164,8 +185,9 @@ void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex in
     const Triangle* triangles = scene.triangles().data() + item.firstTriangle;
     const float nearDistance = camera_->nearDistance();
     const Vec3 shining = surface.emissive * 255.f;
-    const bool isFlat = !finishes && !places && !lighting_.isLocal();
-    Fill fill{index, {}, surface.opacity};
+    const bool glints = surface.lit && surface.specular != Vec3{};
+    const bool isFlat = !finishes && !places && !lighting_.isLocal() && !glints;
+    Fill fill{index, {}, surface.opacity * appearance_->opacity};
     for (std::uint32_t t = 0; t < item.triangleCount; ++t) {
         const Triangle& triangle = triangles[t];
         std::uint32_t corner[3];
@@ -174,7 +196,7 @@ void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex in
         const int inFront = (a.z >= nearDistance) + (b.z >= nearDistance) + (c.z >= nearDistance);
         if (inFront == 0) continue;
         const Vec3d fromEye = Vec3d(local[corner[0]]) - eye;
-        const Vec3 faceNormal = normalOf(triangle);
+        const Vec3 faceNormal = turned(triangle.normal);
         const bool isBack = dot(faceNormal, forwardTo(fromEye)) > 0;
         if (isBack && surface.style == DrawStyle::kFrontOnly) {
             back_[t] = 1;
@@ -196,12 +218,15 @@ void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex in
             const Finish finish = finishes ? finishes[corner[i]] : Finish{};
             const bool smooth = dot(finish.normal, finish.normal) > 0.5f;
             Vec3 normal = faceNormal * side;
-            if (smooth) normal = (isTurned_ ? turn_.of(finish.normal) : finish.normal) * side;
+            if (smooth) normal = turned(finish.normal) * side;
             const Vec3 light = lighting_.at(local[corner[i]], normal, surface);
             corners[i] = {
                 view_[corner[i]],
                 product(finish.colored ? channelsOf(finish.color) : color, light) + shining,
                 places ? places[3 * t + i] : TexturePlace{}};
+            if (glints)
+                corners[i].color =
+                    corners[i].color + lighting_.glintAt(local[corner[i]], normal, surface) * 255.f;
         }
         if (inFront == 3)
             fillTriangle(corners, surface, fill);
@@ -249,7 +274,7 @@ void Painter::fillClipped(const Corner (&corners)[3], const Surface& surface, Fi
 // The edges of what is only a few pixels large would leave nothing of its color.
 void Painter::drawFadedEdges(const Item& item, const Surface& surface, ItemIndex index) {
     constexpr float kEdgeOpacity = 0.55f, kNoEdgesBelow = 6, kFullEdgesFrom = 28;  // radius, pixels
-    const float radius = item.sphereRadius * camera_->pixelsPerUnitAt(item.sphereCentre);
+    const float radius = radius_ * camera_->pixelsPerUnitAt(centre_);
     const float share = (radius - kNoEdgesBelow) / (kFullEdgesFrom - kNoEdgesBelow);
     if (share <= 0) return;
     drawEdges(item, {kEdge, kEdgeOpacity * std::min(share, 1.f), index, kEdgeBias, true},
@@ -288,7 +313,19 @@ void Painter::worldLine(Vec3d a, Vec3d b, const Paint& paint) {
     viewLine(camera_->toView(a), camera_->toView(b), paint);
 }
 
-void Painter::drawMark(const Mark& mark, bool selected) {
+void Painter::drawLightPoint(const Mark& mark, const LightPointLook& look,
+                             const ScreenPoint& centre, Paint paint) {
+    const Vec3 towardsEye = normalised(forwardTo(mark.position - camera_->eye())) * -1.f;
+    const LightSide side = sideSeen(look, mark.normal, towardsEye, options_->seconds);
+    if (side == LightSide::kNone) return;
+    if (side == LightSide::kBack && look.back && paint.color == mark.color)
+        paint.color = colorOf(Vec3{look.back->red, look.back->green, look.back->blue} * 255.f);
+    const float radius =
+        radiusOf(look, camera_->pixelsPerUnitAt(mark.position), 1.4f * options_->pixelScale);
+    rows_.glow(centre, radius, paint);
+}
+
+void Painter::drawMark(const Mark& mark, const LightPointLook& look, bool selected) {
     const auto centre = camera_->project(mark.position);
     if (!centre) return;
     const float width = static_cast<float>(rows_.width());
@@ -296,14 +333,22 @@ void Painter::drawMark(const Mark& mark, bool selected) {
     if (centre->x < -16 || centre->y < -16 || centre->x > width + 16 || centre->y > height + 16)
         return;
     const Paint paint{selected ? kSelected : mark.color, 1, mark.item, kEdgeBias, true};
-    if (mark.kind == MarkKind::kLightPoint)
-        return rows_.glow(*centre, 1.4f * options_->pixelScale, paint);
-    // A helper is an upright cross, a light a star.
+    if (mark.kind == MarkKind::kLightPoint) return drawLightPoint(mark, look, *centre, paint);
+    // A helper is an upright cross, a light a star, what is missing a crossed box.
     const float arm = 5 * options_->pixelScale, slant = arm * 0.7f;
-    const auto stroke = [&](float dx, float dy) {
-        rows_.line({centre->x - dx, centre->y - dy, centre->depth},
-                   {centre->x + dx, centre->y + dy, centre->depth}, paint);
+    const auto stroke = [&](float dx, float dy, float x = 0, float y = 0) {
+        rows_.line({centre->x + x - dx, centre->y + y - dy, centre->depth},
+                   {centre->x + x + dx, centre->y + y + dy, centre->depth}, paint);
     };
+    if (mark.kind == MarkKind::kMissing) {
+        const float side = arm * 1.6f;
+        for (const float to : {-side, side}) {
+            stroke(side, 0, 0, to);
+            stroke(0, side, to, 0);
+            stroke(side, to);
+        }
+        return;
+    }
     stroke(arm, 0);
     stroke(0, arm);
     if (mark.kind == MarkKind::kLight) {

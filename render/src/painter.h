@@ -10,19 +10,33 @@ namespace render {
 
 inline constexpr Color kSelected = 0xFFC040;
 
+/// A model as it appears in the picture: itself, or where another one shows it.
+struct Appearance {
+    const SceneModel* model = nullptr;
+    bool isPlaced = false;
+    bool isOutlined = false;   ///< when placed: with all that is in it
+    ItemIndex item = kNoItem;  ///< when placed: what picking finds there
+    float opacity = 1;
+    std::size_t firstRange = 0;
+    Place place = {};
+
+    Vec3d point(Vec3d p) const { return isPlaced ? place.point(p) : p; }
+    float length(float l) const { return isPlaced ? l * place.growth() : l; }
+};
+
 /// Each thread of a frame has its own; it keeps its working memory from frame to frame.
 class Painter {
 public:
     /// Of the frame and the rows that follow are drawn. All but `rows` and `lighting` are to
     /// outlive what is drawn of them.
-    void begin(const SceneModel& scene, const Camera& camera, const RenderOptions& options,
-               const Lighting& lighting, const CanvasRows& rows);
+    void begin(const Camera& camera, const RenderOptions& options, const Lighting& lighting,
+               const CanvasRows& rows);
     CanvasRows& rows() { return rows_; }
 
-    /// Draws the surface of an item; returns how many triangles were in front of the camera and not
-    /// culled, in these rows or not.
-    std::size_t drawItem(ItemIndex index);
-    void drawMark(const Mark& mark, bool selected);
+    /// Draws the surface of an item, or a dot for it; returns how many triangles were in front of
+    /// the camera and not culled, in these rows or not.
+    std::size_t drawItem(const Appearance& appearance, ItemIndex index, bool asDot);
+    void drawMark(const Mark& mark, const LightPointLook& look, bool selected);
     /// The corners of a box.
     void drawBrackets(const Box& around);
     void drawGrid();
@@ -47,12 +61,17 @@ private:
 
     void transform(const Item& item, const Surface& surface);
     bool turnToEye(const Item& item, Facing facing);
-    bool drawDot(const Item& item, const Surface& surface, ItemIndex index);
+    void drawLightPoint(const Mark& mark, const LightPointLook& look, const ScreenPoint& centre,
+                        Paint paint);
+    bool isDot(const Item& item, const Surface& surface) const;
+    void drawDot(const Item& item, const Surface& surface, ItemIndex index);
     void fillSurface(const Item& item, const Surface& surface, ItemIndex index);
     DepthPlane planeOf(Vec3 normal, Vec3d fromEye) const;
     ScreenPoint screenOf(Vec3 view) const;
-    Vec3 normalOf(const Triangle& triangle) const {
-        return isTurned_ ? turn_.of(triangle.normal) : triangle.normal;
+    /// What becomes of a normal of the model.
+    Vec3 turned(Vec3 normal) const {
+        if (appearance_->isPlaced) normal = appearance_->place.normal(normal);
+        return isTurned_ ? turn_.of(normal) : normal;
     }
     Vec3 forwardTo(Vec3d fromEye) const {
         return camera_->isParallel() ? camera_->forward() : toFloat(fromEye);
@@ -66,15 +85,18 @@ private:
     void viewLine(Vec3 a, Vec3 b, const Paint& paint);
 
     // Of the frame being drawn.
-    const SceneModel* scene_ = nullptr;
     const Camera* camera_ = nullptr;
     const RenderOptions* options_ = nullptr;
     Lighting lighting_;
     CanvasRows rows_;
 
     // Of the item being drawn.
+    const SceneModel* scene_ = nullptr;
+    const Appearance* appearance_ = nullptr;
+    Vec3d origin_, centre_;  // of the item and its sphere, in the world
+    float radius_ = 0;
     const Vec3* points_ = nullptr;     // its vertices, relative to its origin
-    std::vector<Vec3> turned_;         // the same, turned to the eye
+    std::vector<Vec3> turned_;         // the same, in their place and turned to the eye
     std::vector<Vec3> view_;           // in view space
     std::vector<ScreenPoint> screen_;  // and on the screen, where in front of the eye
     std::vector<std::uint8_t> back_;   // by triangle: not filled, as it is seen from behind

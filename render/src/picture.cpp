@@ -2,6 +2,7 @@
 
 #include "ddspicture.h"
 #include "packedpicture.h"
+#include "tiffpicture.h"
 
 #include <algorithm>
 
@@ -138,6 +139,7 @@ Picture readSgiPicture(std::span<const std::uint8_t> bytes) {
 Picture readPicture(std::span<const std::uint8_t> bytes) {
     if (bytes.size() >= 2 && (bytes[0] << 8 | bytes[1]) == kMagic) return readSgiPicture(bytes);
     if (isDdsPicture(bytes)) return readDdsPicture(bytes);
+    if (isTiffPicture(bytes)) return readTiffPicture(bytes);
     return readPackedPicture(bytes);
 }
 

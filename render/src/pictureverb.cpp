@@ -16,8 +16,9 @@ namespace {
 
 constexpr int kLargestSide = 8192;
 
-enum Parameter { kPath, kWidth, kHeight, kView, kMode, kEye, kTarget, kTime, kLevels };
-constexpr const char* kParameters = "path width? height? view? mode? eye? target? time? levels?";
+enum Parameter { kPath, kWidth, kHeight, kView, kMode, kEye, kTarget, kTime, kLevels, kSeconds };
+constexpr const char* kParameters =
+    "path width? height? view? mode? eye? target? time? levels? seconds?";
 
 template <typename T, std::size_t kCount>
 using Choices = std::array<std::pair<std::string_view, T>, kCount>;
@@ -72,7 +73,8 @@ void aim(Camera& camera, const Box& scene, const script::Arguments& arguments) {
         throw script::Failure("the eye is at the target, or beyond all measure");
 }
 
-script::Value drawPicture(const script::Arguments& arguments, const std::string& path) {
+script::Value drawPicture(script::Engine& engine, const script::Arguments& arguments,
+                          const std::string& path) {
     kiln::Core* const core = kiln::Core::get();
     if (!core) throw script::Failure("there is no scene");
     const int width = sideOf(arguments, kWidth, 1280), height = sideOf(arguments, kHeight, 800);
@@ -80,9 +82,12 @@ script::Value drawPicture(const script::Arguments& arguments, const std::string&
     options.mode = chosen(arguments, kMode, kModes);
     options.time = chosen(arguments, kTime, kTimes);
     options.levelsByEye = chosen(arguments, kLevels, kLevelChoices);
+    options.seconds = arguments.number(kSeconds, 0);
     options.grid = options.axes = options.helpers = false;
     SceneFeed feed;
     feed.build(core->hostInterface());
+    feed.readFiles(core->hostInterface(), [](const std::string&) { return true; });
+    for (const std::string& failure : feed.takeFailures()) engine.print("-- " + failure);
     Camera camera;
     Canvas canvas;
     Renderer renderer;
@@ -104,11 +109,18 @@ script::Value drawPicture(const script::Arguments& arguments, const std::string&
 void addPictureVerb(script::Engine& engine,
                     std::function<std::string(const std::string& path)> placed) {
     engine.addVerb("picture", kParameters,
-                   [placed = std::move(placed)](const script::Arguments& arguments) {
+                   [&engine, placed = std::move(placed)](const script::Arguments& arguments) {
                        const std::string& path = arguments.text(kPath);
                        if (path.empty()) throw script::Failure("a picture needs a name");
-                       return drawPicture(arguments, placed ? placed(path) : path);
+                       return drawPicture(engine, arguments, placed ? placed(path) : path);
                    });
+    engine.addVerb("reloadReferences", "", [](const script::Arguments&) {
+        kiln::Core* const core = kiln::Core::get();
+        if (!core) throw script::Failure("there is no scene");
+        core->forgetFileScenes();
+        core->hostInterface().RedrawViews(core->hostInterface().GetTime());
+        return script::Value(script::Done{});
+    });
 }
 
 }  // namespace render

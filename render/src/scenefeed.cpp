@@ -13,6 +13,7 @@ namespace render {
 namespace {
 
 constexpr Color kHelperColor = 0x6FD0A8;
+constexpr Color kMissingColor = 0xE0483C;
 constexpr COLORREF kUnknownLightColor = 0xA0F0FF;
 
 // The host has blue in the highest byte, the screen red.
@@ -84,6 +85,13 @@ Facing facingOf(SurfaceFacing facing) {
                                              : Facing::kFixed;
 }
 
+/// A normal where the inverse of a transform is this. It stays at right angles to its surface after
+/// a transform that scales unevenly, too.
+Vec3 turnedNormal(const Matrix3& inverse, const Point3& n) {
+    return toVec3(Normalize({DotProd(inverse.GetRow(0), n), DotProd(inverse.GetRow(1), n),
+                             DotProd(inverse.GetRow(2), n)}));
+}
+
 /// How many polygons that many triangles of a mesh were cut from: two triangles share each cut,
 /// which is no edge of an outline.
 std::size_t polygonCount(const Mesh& mesh, std::size_t triangles) {
@@ -97,6 +105,8 @@ std::size_t polygonCount(const Mesh& mesh, std::size_t triangles) {
 
 void SceneFeed::clear() {
     reset();
+    referenced_.clear();
+    references_.clear();
     textures_.clear();
 }
 
@@ -105,63 +115,98 @@ void SceneFeed::reset() {
     nodes_.clear();
     shown_.clear();
     visits_.clear();
-    instances_.assign(1, {});
-    inherited_.assign(1, {});
-    measured_.clear();
-    instanced_ = 0;
+    instanced_.clear();
+    nodesInstanced_ = cut_ = 0;
     counts_ = {};
+}
+
+std::vector<std::string> SceneFeed::takeFailures() {
+    std::vector<std::string> failures = references_.takeFailures();
+    for (std::string& picture : textures_.takeFailures()) failures.push_back(std::move(picture));
+    return failures;
 }
 
 void SceneFeed::build(Interface& host) {
     reset();
     for (const int folder : {KILN_IMAGE_DIR, KILN_SCENE_DIR, KILN_IMPORT_DIR})
         textures_.addFolder(host.GetDir(folder));
+    references_.begin();
+    mostInstanced_ = kMostInstanced + kTimesRead * references_.nodesRead();
+    if (std::exchange(filesRead_, references_.filesRead()) != references_.filesRead())
+        referenced_.clear();
     readScene(host);
-    boundSubtrees();
     updateSelection();
 }
 
 void SceneFeed::readScene(Interface& host) {
     const LooksInUse looks(looks_, host);
-    if (INode* root = host.GetRootNode()) visitAll(root);
+    INode* const root = host.GetRootNode();
+    if (!root) return;
+    static const std::string kNoFolder;
+    Reading scene{model_, nullptr, root, &kNoFolder};
+    scene.visits = std::move(visits_);
+    scene.inherited.emplace_back();
+    visitAll(scene);
+    counts_.faces = scene.faces;
+    visits_ = std::move(scene.visits);
+}
+
+bool SceneFeed::noticeChanges() {
+    const bool ofPictures = textures_.noticeChanges();
+    const bool ofFiles = references_.noticeChanges();
+    if (ofPictures || ofFiles) referenced_.clear();
+    return ofPictures || ofFiles;
+}
+
+bool SceneFeed::readFiles(Interface& host,
+                          const std::function<bool(const std::string& path)>& mayGoOn) {
+    while (!unread().empty()) {
+        for (const std::string& path : unread()) {
+            if (!mayGoOn(path)) return false;
+            if (!references_.read(path)) return false;
+        }
+        build(host);
+    }
+    return true;
 }
 
 // Parents come before their children; however deep the scene is, the call stack is not.
-void SceneFeed::visitAll(INode* root) {
-    visits_.push_back({root, 0, kNoItem, 0, {}});
-    for (std::size_t at = 0; at < visits_.size(); ++at) {
-        INode& node = *visits_[at].node;
-        if (!node.IsRootNode()) visit(at);
-        visitChildren(at);
+void SceneFeed::visitAll(Reading& reading) {
+    reading.visits.push_back({reading.top, 0});
+    for (std::size_t at = 0; at < reading.visits.size(); ++at) {
+        if (!reading.visits[at].node->IsRootNode()) visit(reading, at);
+        visitChildren(reading, at);
     }
+    boundSubtrees(reading);
 }
 
-void SceneFeed::visitChildren(std::size_t at) {
-    const Visit parent = visits_[at];
+void SceneFeed::visitChildren(Reading& reading, std::size_t at) {
+    const Visit parent = reading.visits[at];
     INode& node = *parent.node;
     const int children = node.NumberOfChildren();
     if (children == 0) return;
-    if (parent.instance != 0 && (instanced_ += static_cast<std::size_t>(children)) > kMostInstanced)
+    if (reading.within && (nodesInstanced_ += static_cast<std::size_t>(children)) > mostInstanced_)
         return;
     NodeBranch branch;
     const bool decides = looks_ && !node.IsRootNode() && looks_->GetBranch(&node, branch);
-    const std::uint32_t inherited = decides ? inheritanceOf(at, branch) : parent.inherited;
+    const std::uint32_t inherited = decides ? inheritanceOf(reading, at, branch) : parent.inherited;
     const auto isShown = [&](std::size_t child) {
         if (!branch.shownChildren) return true;
         return child / 32 < branch.shownWords &&
                (branch.shownChildren[child / 32] >> child % 32 & 1) != 0;
     };
     for (int i = 0; i < children; ++i) {
-        const bool isOff = parent.isOff || !isShown(static_cast<std::size_t>(i));
-        visits_.push_back(
-            {node.GetChildNode(i), at, kNoItem, parent.instance, {}, false, isOff, inherited});
+        Visit child{node.GetChildNode(i), at};
+        child.isOff = parent.isOff || !isShown(static_cast<std::size_t>(i));
+        child.inherited = inherited;
+        reading.visits.push_back(child);
     }
 }
 
 /// What the children of a node have from above when it decides something.
-std::uint32_t SceneFeed::inheritanceOf(std::size_t at, const NodeBranch& branch) {
-    const Visit& visit = visits_[at];
-    Inherited below = inherited_[visit.inherited];
+std::uint32_t SceneFeed::inheritanceOf(Reading& reading, std::size_t at, const NodeBranch& branch) {
+    const Visit& visit = reading.visits[at];
+    Inherited below = reading.inherited[visit.inherited];
     if (branch.motion) {
         const Matrix3 place = visit.node->GetNodeTM(0);
         below.move = Inverse(place) * *branch.motion * place * below.move;
@@ -172,17 +217,18 @@ std::uint32_t SceneFeed::inheritanceOf(std::size_t at, const NodeBranch& branch)
     const int hours =
         (branch.byDay ? kDay : 0) | (branch.atDusk ? kDusk : 0) | (branch.atNight ? kNight : 0);
     below.hours = static_cast<std::uint8_t>(below.hours & hours);
-    if (branch.range) addRange(at, *branch.range, below);
-    inherited_.push_back(below);
-    return static_cast<std::uint32_t>(inherited_.size() - 1);
+    if (branch.range) addRange(reading, at, *branch.range, below);
+    reading.inherited.push_back(below);
+    return static_cast<std::uint32_t>(reading.inherited.size() - 1);
 }
 
-void SceneFeed::addRange(std::size_t at, const ViewRange& range, Inherited& below) {
-    const Visit& visit = visits_[at];
+void SceneFeed::addRange(Reading& reading, std::size_t at, const ViewRange& range,
+                         Inherited& below) {
+    const Visit& visit = reading.visits[at];
     Range added{range.nearest, range.farthest, {}, below.range};
-    if (range.center) added.centre = toVec3d(placeOf(visit).PointTransform(*range.center));
-    below.range = model_.addRange(added);
-    if (!range.center) measured_.push_back({below.range, at});
+    if (range.center) added.centre = toVec3d(placeOf(reading, at).PointTransform(*range.center));
+    below.range = reading.model.addRange(added);
+    if (!range.center) reading.measured.push_back({below.range, at});
     // A level of which nothing is left to see was hidden, as a preview of levels does it.
     const int children = visit.node->NumberOfChildren();
     int hidden = 0;
@@ -190,111 +236,172 @@ void SceneFeed::addRange(std::size_t at, const ViewRange& range, Inherited& belo
     if (hidden == children) model_.setLevelsHidden();
 }
 
-void SceneFeed::visit(std::size_t at) {
-    INode& node = *visits_[at].node;
-    const bool isInstanced = visits_[at].instance != 0;
-    if (!isInstanced) ++counts_.nodes;
-    visits_[at].elsewhere = isElsewhere(visits_[at]);
+void SceneFeed::visit(Reading& reading, std::size_t at) {
+    INode& node = *reading.visits[at].node;
+    const bool isOfScene = !reading.within;
+    if (isOfScene) ++counts_.nodes;
+    reading.visits[at].elsewhere = isElsewhere(reading, at);
     if (node.IsHidden()) {
-        if (!isInstanced) ++counts_.hidden;
+        if (isOfScene) ++counts_.hidden;
         return;
     }
-    if (visits_[at].elsewhere || visits_[at].isOff) return;
-    visits_[at].item = model_.beginItem();
-    model_.setHours(inherited_[visits_[at].inherited].hours);
-    model_.setRange(inherited_[visits_[at].inherited].range);
-    nodes_.push_back(isInstanced ? instances_[visits_[at].instance].instancer : &node);
-    if (!isInstanced) shown_.push_back(&node);
+    if (reading.visits[at].elsewhere || reading.visits[at].isOff) return;
+    const Inherited inherited = reading.inherited[reading.visits[at].inherited];
+    reading.visits[at].item = reading.model.beginItem();
+    reading.model.setHours(inherited.hours);
+    reading.model.setRange(inherited.range);
+    if (isOfScene) {
+        nodes_.push_back(&node);
+        shown_.push_back(&node);
+    }
     INode* const definition = looks_ ? looks_->GetInstanced(&node) : nullptr;
-    addNode(visits_[at], isInstanced || definition);
-    model_.endItem();
-    if (model_.items().back().triangleCount > 0) visits_[at].subtree = model_.items().back().box;
-    if (definition) visitInstanced(at, *definition);
+    NodeReference reference;
+    const bool refers = looks_ && looks_->GetReference(&node, reference);
+    addNode(reading, at, !isOfScene || definition || refers);
+    reading.model.endItem();
+    if (reading.model.items().back().triangleCount > 0)
+        reading.visits[at].subtree = reading.model.items().back().box;
+    if (definition) showInstanced(reading, at, *definition);
+    if (refers) showReference(reading, at, reference);
 }
 
-bool SceneFeed::isElsewhere(const Visit& visit) const {
-    if (visits_[visit.parent].elsewhere) return true;
-    const bool isShown = visit.instance != 0 && instances_[visit.instance].definition == visit.node;
+bool SceneFeed::isElsewhere(const Reading& reading, std::size_t at) const {
+    const Visit& visit = reading.visits[at];
+    if (reading.visits[visit.parent].elsewhere) return true;
+    const bool isShown = reading.within && visit.node == reading.top;
     return !isShown && looks_ && looks_->IsOnlyInstanced(visit.node);
 }
 
-void SceneFeed::visitInstanced(std::size_t at, INode& definition) {
-    const Visit instancer = visits_[at];
-    if (!mayShow(definition, instancer.instance) || ++instanced_ > kMostInstanced) return;
-    INode* const node =
-        instancer.instance == 0 ? instancer.node : instances_[instancer.instance].instancer;
-    instances_.push_back(
-        {&definition, node, instancer.instance, instances_[instancer.instance].depth + 1});
-    Inherited below = inherited_[instancer.inherited];
-    below.move = Inverse(definition.GetNodeTM(0)) * placeOf(instancer);
-    below.isMoved = true;
-    inherited_.push_back(below);
-    visits_.push_back({&definition,
-                       at,
-                       kNoItem,
-                       instances_.size() - 1,
-                       {},
-                       false,
-                       false,
-                       static_cast<std::uint32_t>(inherited_.size() - 1)});
+/// The definition's own place is that of the node that shows it.
+void SceneFeed::showInstanced(Reading& reading, std::size_t at, INode& definition) {
+    const Matrix3 move = Inverse(definition.GetNodeTM(0));
+    place(reading, at, sharedOf(reading, definition, at, move, *reading.folder));
 }
 
-bool SceneFeed::mayShow(const INode& definition, std::size_t within) const {
-    if (instances_[within].depth >= kDeepestInstance) return false;
-    for (; within != 0; within = instances_[within].above)
-        if (instances_[within].definition == &definition) return false;
-    return true;
+/// What is shown of a file stands as it does in there.
+void SceneFeed::showReference(Reading& reading, std::size_t at, const NodeReference& reference) {
+    const References::Target target = references_.find(*reading.folder, reference);
+    if (target.node)
+        place(reading, at, sharedOf(reading, *target.node, at, {}, *target.folder));
+    else if (target.isMissing)
+        showMissing(reading, at);
 }
 
-Matrix3 SceneFeed::placeOf(const Visit& visit) const {
+void SceneFeed::showMissing(Reading& reading, std::size_t at) {
+    const Vec3d origin = toVec3d(placeOf(reading, at).GetTrans());
+    const ItemIndex item = reading.visits[at].item;
+    reading.model.addMark(MarkKind::kMissing, origin, kMissingColor, item);
+}
+
+/// As an item of its own, behind that of the node.
+void SceneFeed::place(Reading& reading, std::size_t at, const Shared& shared) {
+    if (!shared.model) return;
+    const SceneModel& model = *shared.model;
+    Visit& visit = reading.visits[at];
+    const Inherited& inherited = reading.inherited[visit.inherited];
+    const Matrix3 where = placeOf(reading, at);
+    const auto row = [&](int i) { return toVec3d(where.GetRow(i)); };
+    const Place place(row(0), row(1), row(2), row(3));
+    for (const Light& light : model.lights())
+        if (reading.model.lights().size() < kMostLights && place.isFinite())
+            reading.model.addLight({light.kind, place.point(light.position),
+                                    normalised(place.offset(light.direction)), light.strength});
+    if (model.weight() > kMostShown || reading.model.weight() > kMostShown - model.weight()) return;
+    visit.placed = reading.model.beginItem();
+    reading.model.setHours(inherited.hours);
+    reading.model.setRange(inherited.range);
+    reading.model.setPlacement({shared.model, place, inherited.opacity});
+    reading.model.endItem();
+    visit.subtree.include(reading.model.items().back().box);
+    reading.faces += shared.faces;
+    if (!reading.within) nodes_.push_back(visit.node);
+}
+
+/// Made once for all that show it, unless some of it is left out because of what shows it.
+SceneFeed::Shared SceneFeed::sharedOf(Reading& reading, INode& top, std::size_t at,
+                                      const Matrix3& move, const std::string& folder) {
+    const bool smooth = reading.inherited[reading.visits[at].inherited].smooth;
+    const bool isOfFile = !folder.empty();
+    std::map<SharedKey, Shared>& known = isOfFile ? referenced_ : instanced_;
+    const SharedKey key{&top, smooth, !move.IsIdentity()};
+    if (const auto found = known.find(key); found != known.end()) return found->second;
+    if (!mayRead(reading, top)) return {};
+    if (++nodesInstanced_ > mostInstanced_) return {};
+    const auto model = std::make_shared<SceneModel>();
+    Reading inner{*model, &reading, &top, &folder, reading.depth + 1};
+    Inherited first;
+    first.move = move;
+    first.isMoved = true;
+    first.smooth = smooth;
+    inner.inherited.push_back(first);
+    visitAll(inner);
+    const Shared shared{model, inner.faces};
+    if (!inner.isCut || ++cut_ > kMostCut) known.emplace(key, shared);
+    return shared;
+}
+
+/// Not what it is within; what is between the two then lacks it, and only here.
+bool SceneFeed::mayRead(Reading& reading, const INode& top) const {
+    const bool isTooDeep = reading.depth >= kDeepestInstance;
+    const Reading* cause = &reading;
+    while (cause && cause->top != &top) cause = cause->within;
+    if (!isTooDeep && (!cause || !cause->within)) return true;
+    for (Reading* above = &reading; above && (isTooDeep || above != cause); above = above->within)
+        above->isCut = true;
+    return false;
+}
+
+Matrix3 SceneFeed::placeOf(const Reading& reading, std::size_t at) {
+    const Visit& visit = reading.visits[at];
     const Matrix3 own = visit.node->GetNodeTM(0);
-    const Inherited& inherited = inherited_[visit.inherited];
+    const Inherited& inherited = reading.inherited[visit.inherited];
     return inherited.isMoved ? own * inherited.move : own;
 }
 
 // A selected group is bracketed with all that hangs below it. The place of a helper counts only
 // when nothing does: most stay at the origin, far from what they hold.
-void SceneFeed::boundSubtrees() {
-    for (std::size_t at = visits_.size(); at-- > 1;) {
-        Visit& visit = visits_[at];
+void SceneFeed::boundSubtrees(Reading& reading) {
+    for (std::size_t at = reading.visits.size(); at-- > 0;) {
+        Visit& visit = reading.visits[at];
         if (visit.subtree.empty() && visit.item != kNoItem)
-            visit.subtree = model_.items()[visit.item].box;
-        visits_[visit.parent].subtree.include(visit.subtree);
-        if (visit.item != kNoItem) model_.setSelectionBox(visit.item, visit.subtree);
+            visit.subtree = reading.model.items()[visit.item].box;
+        if (at > 0) reading.visits[visit.parent].subtree.include(visit.subtree);
+        if (visit.item != kNoItem) reading.model.setSelectionBox(visit.item, visit.subtree);
     }
-    for (const Measured& measured : measured_) {
-        const Box& box = visits_[measured.visit].subtree;
-        if (!box.empty()) model_.setRangeCentre(measured.range, box.centre());
+    for (const Measured& measured : reading.measured) {
+        const Box& box = reading.visits[measured.visit].subtree;
+        if (!box.empty()) reading.model.setRangeCentre(measured.range, box.centre());
     }
 }
 
 // What stands for another needs no helper to be seen.
-void SceneFeed::addNode(const Visit& visit, bool standsForAnother) {
-    INode& node = *visit.node;
-    const Matrix3 place = placeOf(visit);
+void SceneFeed::addNode(Reading& reading, std::size_t at, bool standsForAnother) {
+    INode& node = *reading.visits[at].node;
+    const Matrix3 place = placeOf(reading, at);
     const Vec3d origin = toVec3d(place.GetTrans());
     Object* object = node.EvalWorldState(0).obj;
     const auto addHelper = [&] {
-        if (!standsForAnother) model_.addMark(MarkKind::kHelper, origin, kHelperColor);
+        if (!standsForAnother) reading.model.addMark(MarkKind::kHelper, origin, kHelperColor);
     };
     if (!object) return addHelper();
     if (object->SuperClassID() == LIGHT_CLASS_ID) {
         const auto* light = dynamic_cast<const GenLight*>(object);
-        const COLORREF color = light ? addLight(place, *light, node) : kUnknownLightColor;
-        return model_.addMark(MarkKind::kLight, origin, screenColor(color));
+        const COLORREF color = light ? addLight(reading, place, *light, node) : kUnknownLightColor;
+        return reading.model.addMark(MarkKind::kLight, origin, screenColor(color));
     }
     const ConvertedObject converted(object, 0, TRIOBJ_CLASS_ID);
     if (const auto* const surface = static_cast<const TriObject*>(converted.get())) {
         const Mesh& mesh = surface->GetMesh();
-        addMesh(place, mesh, node, inherited_[visit.inherited]);
+        addMesh(reading, place, mesh, node, reading.inherited[reading.visits[at].inherited]);
         if (mesh.faces.Count() > 0) return;
-        if (mesh.verts.Count() > 0) return addPoints(place, mesh);
+        if (mesh.verts.Count() > 0) return addPoints(reading, place, mesh, node);
     }
     addHelper();
 }
 
 /// Returns the light's color, whether it shines or not.
-COLORREF SceneFeed::addLight(const Matrix3& place, const GenLight& light, INode& node) {
+COLORREF SceneFeed::addLight(Reading& reading, const Matrix3& place, const GenLight& light,
+                             INode& node) {
     NodeLook look;
     if (looks_) looks_->GetLook(&node, look);
     const COLORREF color = look.light ? hostColor(*look.light) : light.GetColor();
@@ -310,7 +417,7 @@ COLORREF SceneFeed::addLight(const Matrix3& place, const GenLight& light, INode&
         return static_cast<float>(light.GetIntensity() * (color >> shift & 0xFF) / 255);
     };
     lamp.strength = {strength(0), strength(8), strength(16)};
-    model_.addLight(lamp);
+    reading.model.addLight(lamp);
     return color;
 }
 
@@ -324,11 +431,14 @@ NodeLook SceneFeed::lookOf(INode& node) {
     return look;
 }
 
-Surface SceneFeed::surfaceFor(const NodeLook& look, bool hasTexture, Color wireColor) {
+Surface SceneFeed::surfaceFor(const Reading& reading, const NodeLook& look, bool hasTexture,
+                              Color wireColor) {
     Surface surface;
     surface.ambient = toVec3(look.ambient);
     surface.diffuse = toVec3(look.diffuse);
     surface.emissive = toVec3(look.emissive);
+    surface.specular = toVec3(look.specular);
+    surface.shininess = std::min(std::max(0.f, look.shininess), 128.f);
     surface.opacity = share(look.opacity);
     surface.lit = look.lit;
     surface.blended = look.blended;
@@ -337,36 +447,37 @@ Surface SceneFeed::surfaceFor(const NodeLook& look, bool hasTexture, Color wireC
     surface.facing = facingOf(look.facing);
     if (surface.style == DrawStyle::kSurfaceAndOutline)
         surface.outline = look.outline ? screenColor(hostColor(*look.outline)) : wireColor;
-    if (hasTexture && look.picture) surface.texture = textures_.find(look.picture);
+    if (hasTexture && look.picture) surface.texture = textures_.find(look.picture, *reading.folder);
     return surface;
 }
 
-void SceneFeed::addMesh(const Matrix3& place, const Mesh& mesh, INode& node,
+void SceneFeed::addMesh(Reading& reading, const Matrix3& place, const Mesh& mesh, INode& node,
                         const Inherited& inherited) {
-    for (const Point3& vertex : mesh.verts) model_.addVertex(toVec3d(place.PointTransform(vertex)));
+    for (const Point3& vertex : mesh.verts)
+        reading.model.addVertex(toVec3d(place.PointTransform(vertex)));
     if (mesh.faces.IsEmpty()) return;
     NodeLook look = lookOf(node);
     look.opacity *= inherited.opacity;
     look.vertexNormals = look.vertexNormals && inherited.smooth;
     const bool hasTexture = mesh.tvFaces.Count() == mesh.faces.Count() && !mesh.tVerts.IsEmpty();
     const Color wireColor = screenColor(node.GetWireColor());
-    const Surface surface = surfaceFor(look, hasTexture, wireColor);
-    model_.setSurface(surface);
-    addFinishes(place, mesh, look);
+    const Surface surface = surfaceFor(reading, look, hasTexture, wireColor);
+    reading.model.setSurface(surface);
+    addFinishes(reading, place, mesh, look);
     const bool isWhite = look.white && surface.texture;
     // Where a place mirrors, what was the front would be the back.
     const bool isMirrored = surface.style == DrawStyle::kFrontOnly && place.Determinant() < 0;
-    addTriangles(mesh, look, isWhite ? 0xFFFFFF : wireColor, surface.texture != nullptr,
+    addTriangles(reading, mesh, look, isWhite ? 0xFFFFFF : wireColor, surface.texture != nullptr,
                  isMirrored);
 }
 
-void SceneFeed::addTriangles(const Mesh& mesh, const NodeLook& look, Color color, bool isTextured,
-                             bool isMirrored) {
+void SceneFeed::addTriangles(Reading& reading, const Mesh& mesh, const NodeLook& look, Color color,
+                             bool isTextured, bool isMirrored) {
     static_assert(EDGE_A == 1 && EDGE_B == 2 && EDGE_C == 4,
                   "the model's edge bits are the mesh's");
     const auto textureCount = static_cast<DWORD>(mesh.tVerts.Count());
     const auto lastVertex = static_cast<DWORD>(mesh.verts.Count() - 1);
-    const std::size_t before = model_.triangles().size();
+    const std::size_t before = reading.model.triangles().size();
     for (int i = 0; i < mesh.faces.Count(); ++i) {
         const Face& face = mesh.faces[i];
         DWORD corners[3];
@@ -389,18 +500,18 @@ void SceneFeed::addTriangles(const Mesh& mesh, const NodeLook& look, Color color
             if (ends.first == 0 && ends.second == lastVertex)
                 edges = static_cast<std::uint8_t>(edges & ~(1U << k));
         }
-        model_.addTriangle(corners[0], corners[1], corners[2], color, edges, places);
+        reading.model.addTriangle(corners[0], corners[1], corners[2], color, edges, places);
     }
-    counts_.faces += polygonCount(mesh, model_.triangles().size() - before);
+    reading.faces += polygonCount(mesh, reading.model.triangles().size() - before);
 }
 
-void SceneFeed::addFinishes(const Matrix3& place, const Mesh& mesh, const NodeLook& look) {
+void SceneFeed::addFinishes(Reading& reading, const Matrix3& place, const Mesh& mesh,
+                            const NodeLook& look) {
     const int count = mesh.verts.Count();
     const bool colored = look.vertexColors && !look.white && mesh.colors.Count() == count;
     const bool smooth = look.vertexNormals && mesh.normals.Count() == count;
     if (count == 0 || (!colored && !smooth)) return;
     finishes_.assign(static_cast<std::size_t>(count), {});
-    // Normals are at right angles to the surface after a transform that scales unevenly, too.
     const Matrix3 inverse = Inverse(place);
     for (int i = 0; i < count; ++i) {
         Finish& finish = finishes_[static_cast<std::size_t>(i)];
@@ -409,20 +520,23 @@ void SceneFeed::addFinishes(const Matrix3& place, const Mesh& mesh, const NodeLo
             finish.color = screenColor(mesh.colors[i]);
         }
         if (!smooth) continue;
-        const Point3& n = mesh.normals[i];
-        const Vec3 world =
-            toVec3(Normalize({DotProd(inverse.GetRow(0), n), DotProd(inverse.GetRow(1), n),
-                              DotProd(inverse.GetRow(2), n)}));
+        const Vec3 world = turnedNormal(inverse, mesh.normals[i]);
         if (isFinite(world)) finish.normal = world;
     }
-    model_.setFinishes(finishes_);
+    reading.model.setFinishes(finishes_);
 }
 
 // A mesh of nothing but vertices is how light points stand in a scene.
-void SceneFeed::addPoints(const Matrix3& place, const Mesh& mesh) {
+void SceneFeed::addPoints(Reading& reading, const Matrix3& place, const Mesh& mesh, INode& node) {
+    const NodeLook look = lookOf(node);
+    const std::uint32_t own = look.points ? reading.model.addLightLook(*look.points) : 0;
+    const Matrix3 inverse = Inverse(place);
     for (int i = 0; i < mesh.verts.Count(); ++i) {
-        const Color own = i < mesh.colors.Count() ? screenColor(mesh.colors[i]) : 0xFFFFFF;
-        model_.addMark(MarkKind::kLightPoint, toVec3d(place.PointTransform(mesh.verts[i])), own);
+        const Color color = i < mesh.colors.Count() ? screenColor(mesh.colors[i]) : 0xFFFFFF;
+        Vec3 normal;
+        if (i < mesh.normals.Count()) normal = turnedNormal(inverse, mesh.normals[i]);
+        reading.model.addLightPoint(toVec3d(place.PointTransform(mesh.verts[i])), color, own,
+                                    normal);
     }
 }
 
@@ -430,9 +544,10 @@ void SceneFeed::updateSelection() {
     chosen_.assign(visits_.size(), 0);
     for (std::size_t at = 1; at < visits_.size(); ++at) {
         const Visit& visit = visits_[at];
-        const bool selected = visit.instance == 0 && visit.node->Selected();
+        const bool selected = visit.node->Selected();
         chosen_[at] = selected || chosen_[visit.parent];
         if (visit.item != kNoItem) model_.setSelected(visit.item, selected, chosen_[at] != 0);
+        if (visit.placed != kNoItem) model_.setSelected(visit.placed, false, chosen_[at] != 0);
     }
 }
 

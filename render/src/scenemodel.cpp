@@ -1,6 +1,8 @@
 #include <render/scenemodel.h>
 
 #include <algorithm>
+#include <limits>
+#include <utility>
 
 namespace render {
 
@@ -13,8 +15,15 @@ void SceneModel::clear() {
     texturePlaces_.clear();
     hasTranslucent_ = false;
     marks_.clear();
+    lightLooks_.assign(1, {});
+    changes_ = false;
     lights_.clear();
     ranges_.assign(1, {});
+    placements_.clear();
+    levels_.clear();
+    sample_ = kNoItem;
+    isPlain_ = true;
+    weight_ = 0;
     levelsHidden_ = false;
     box_ = helperBox_ = {};
 }
@@ -74,16 +83,45 @@ RangeIndex SceneModel::addRange(const Range& range) {
     return static_cast<RangeIndex>(ranges_.size() - 1);
 }
 
-void SceneModel::addMark(MarkKind kind, Vec3d world, Color color) {
+void SceneModel::addMark(MarkKind kind, Vec3d world, Color color, ItemIndex item) {
     if (!isFinite(world)) return;
-    marks_.push_back({world, color, static_cast<ItemIndex>(items_.size() - 1), kind});
-    items_.back().box.add(world);
-    (kind == MarkKind::kLightPoint ? box_ : helperBox_).add(world);
+    marks_.push_back({world, color, item, kind, 0, {}});
+    items_[item].box.add(world);
+    (isShownAlways(kind) ? box_ : helperBox_).add(world);
+    if (isShownAlways(kind)) isPlain_ = false;
+}
+
+std::uint32_t SceneModel::addLightLook(const LightPointLook& look) {
+    changes_ = changes_ || look.changes();
+    lightLooks_.push_back(look);
+    return static_cast<std::uint32_t>(lightLooks_.size() - 1);
+}
+
+void SceneModel::addLightPoint(Vec3d world, Color color, std::uint32_t look, Vec3 normal) {
+    const std::size_t before = marks_.size();
+    addMark(MarkKind::kLightPoint, world, color);
+    if (marks_.size() == before) return;
+    marks_.back().look = look;
+    if (isFinite(normal)) marks_.back().normal = normalised(normal);
 }
 
 void SceneModel::addLight(const Light& light) {
     if (isFinite(light.position) && isFinite(light.direction) && isFinite(light.strength))
         lights_.push_back(light);
+}
+
+void SceneModel::setPlacement(Placement placement) {
+    const SceneModel& model = *placement.model;
+    if (model.box_.empty() || !placement.place.isFinite()) return;
+    Item& item = items_.back();
+    const Box around = placement.place.box(model.box_);
+    if (!isFinite(around.min) || !isFinite(around.max)) return;
+    item.box = around;
+    item.placement = static_cast<PlacementIndex>(placements_.size());
+    weight_ += std::min(model.weight_, std::numeric_limits<std::uint64_t>::max() - 1 - weight_);
+    changes_ = changes_ || model.changes_;
+    hasTranslucent_ = hasTranslucent_ || model.hasTranslucent_ || placement.opacity < 1;
+    placements_.push_back(std::move(placement));
 }
 
 // An edge that two triangles share is drawn once.
@@ -110,11 +148,57 @@ void SceneModel::endItem() {
     Item& item = items_.back();
     if (item.triangleCount > 1) dropDoubleEdges(item);
     item.selectionBox = item.box;
-    if (item.box.empty()) return;
-    item.sphereCentre = item.box.centre();
-    if (item.triangleCount > 0) item.front = triangles_[item.firstTriangle].normal;
-    item.sphereRadius = static_cast<float>(length(item.box.max - item.sphereCentre));
-    if (item.triangleCount > 0) box_.include(item.box);
+    if (!item.box.empty()) {
+        item.sphereCentre = item.box.centre();
+        if (item.triangleCount > 0) item.front = triangles_[item.firstTriangle].normal;
+        item.sphereRadius = static_cast<float>(length(item.box.max - item.sphereCentre));
+    }
+    if (item.hasSurface()) {
+        box_.include(item.box);
+        if (sample_ == kNoItem) sample_ = static_cast<ItemIndex>(items_.size() - 1);
+        isPlain_ = isPlain_ && blockOf(static_cast<ItemIndex>(items_.size() - 1)).isPlain;
+    }
+    if (weight_ < std::numeric_limits<std::uint64_t>::max()) ++weight_;
+    addBlocks();
+}
+
+/// Of one item.
+Block SceneModel::blockOf(ItemIndex index) const {
+    const Item& item = items_[index];
+    Block block;
+    if (!item.hasSurface()) return block;
+    block.box = item.box;
+    block.sample = index;
+    block.isPlain = item.hours == kAllHours && item.range == 0;
+    if (item.placement == kNoPlacement)
+        block.isPlain = block.isPlain && !surfaceOf(item).isTranslucent();
+    else
+        block.isPlain = block.isPlain && placements_[item.placement].model->isPlain_ &&
+                        placements_[item.placement].opacity >= 1;
+    return block;
+}
+
+/// Adds the blocks that the last item completes.
+void SceneModel::addBlocks() {
+    std::size_t count = items_.size();
+    for (std::size_t level = 0; count % kInBlock == 0; ++level) {
+        Block all;
+        for (std::size_t i = count - kInBlock; i < count; ++i) {
+            const Block part =
+                level == 0 ? blockOf(static_cast<ItemIndex>(i)) : levels_[level - 1][i];
+            if (part.sample == kNoItem) continue;
+            all.box.include(part.box);
+            if (all.sample == kNoItem) all.sample = part.sample;
+            all.isPlain = all.isPlain && part.isPlain;
+        }
+        if (all.sample != kNoItem) {
+            all.centre = all.box.centre();
+            all.radius = static_cast<float>(length(all.box.max - all.centre));
+        }
+        if (level == levels_.size()) levels_.emplace_back();
+        levels_[level].push_back(all);
+        count = levels_[level].size();
+    }
 }
 
 Box SceneModel::selectedBox() const {

@@ -38,7 +38,42 @@ int bitsFor(int side, int most) {
 
 }  // namespace
 
-Texture::Texture(const Picture& picture, int mostBits) : hasAlpha_(picture.hasAlpha()) {
+TextureUse readTextureUse(std::span<const std::uint8_t> bytes) {
+    // Words of 32 bits, the highest byte first.
+    constexpr std::size_t kMagnification = 8, kWrap = 9, kWrapU = 10, kWrapV = 11, kColor = 15;
+    constexpr std::uint32_t kRepeat = 0, kClamp = 1, kPointed = 0, kNothing = ~0U;
+    const auto word = [&](std::size_t index) {
+        if (bytes.size() / 4 <= index) return kNothing;
+        std::uint32_t value = 0;
+        for (std::size_t i = 0; i < 4; ++i) value = value << 8 | bytes[4 * index + i];
+        return value;
+    };
+    TextureUse use;
+    // A direction that says neither does as both do.
+    const auto isClamped = [&](std::uint32_t own) {
+        return (own == kRepeat || own == kClamp ? own : word(kWrap)) == kClamp;
+    };
+    use.clampU = isClamped(word(kWrapU));
+    use.clampV = isClamped(word(kWrapV));
+    use.isPointed = word(kMagnification) == kPointed;
+    switch (word(kColor)) {
+        case 2:
+            use.color = TextureUse::Color::kDecal;
+            break;
+        case 3:
+            use.color = TextureUse::Color::kReplace;
+            break;
+        case 4:
+            use.color = TextureUse::Color::kAdd;
+            break;
+        default:
+            break;
+    }
+    return use;
+}
+
+Texture::Texture(const Picture& picture, int mostBits, const TextureUse& use)
+    : hasAlpha_(picture.hasAlpha()), use_(use) {
     const int most = std::clamp(mostBits, 0, kMostBits);
     addLevel(bitsFor(picture.width, most), bitsFor(picture.height, most));
     fit(picture);

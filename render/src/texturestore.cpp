@@ -59,6 +59,28 @@ std::vector<std::uint8_t> contentOf(const fs::path& path) {
     return bytes;
 }
 
+std::optional<fs::file_time_type> timeOf(const std::string& path) {
+    std::error_code error;
+    const fs::file_time_type time = fs::last_write_time(base::pathFrom(path), error);
+    return error ? std::nullopt : std::optional(time);
+}
+
+std::string pathOfUse(const std::string& picture) {
+    return picture + ".attr";
+}
+
+/// How the picture is used, as the file beside it says.
+TextureUse useBeside(const std::string& picture) {
+    constexpr std::size_t kMost = 4096;  // more than is read
+    const fs::path path = base::pathFrom(pathOfUse(picture));
+    if (!isFile(path)) return {};
+    std::vector<std::uint8_t> bytes(kMost);
+    std::ifstream file(path, std::ios::binary);
+    file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(kMost));
+    bytes.resize(static_cast<std::size_t>(std::max<std::streamsize>(file.gcount(), 0)));
+    return readTextureUse(bytes);
+}
+
 TextId sentenceFor(PictureFault fault) {
     switch (fault) {
         case PictureFault::kUnreadable:
@@ -88,37 +110,42 @@ void TextureStore::addFolder(std::string_view folder) {
         std::rotate(known, known + 1, folders_.end());
 }
 
-const Texture* TextureStore::find(const std::string& name) {
+const Texture* TextureStore::find(const std::string& name, const std::string& folder) {
     if (name.empty()) return nullptr;
-    Entry& entry = entries_[name];
+    Entry& entry = entries_[folder.empty() ? name : folder + '\0' + name];
     if (!entry.texture && !entry.isDamaged &&
         (entry.foldersTried == 0 || entry.foldersTried <= folders_.size()))
-        load(name, entry);
+        load(name, folder, entry);
     return entry.texture.get();
 }
 
-/// The file that `name` means, if there is one. To ask another computer for a file tells it who
-/// asks, so the name, which comes from a file, is followed only to one that the folders name too.
-std::optional<fs::path> TextureStore::locate(const std::string& name) {
+/// To ask another computer for a file tells it who asks, so the name, which comes from a file, is
+/// followed only to one that the folders name too.
+std::optional<std::string> TextureStore::locate(const std::string& name,
+                                                const std::string& folder) {
     const std::string usual = withSlashes(name);
     const fs::path given = base::pathFrom(usual).make_preferred(), last = given.filename();
     const bool isElsewhere = leavesDrives(usual);
     if (isElsewhere) {
         const std::string host = hostOf(usual);
-        const bool isKnown =
-            !host.empty() && std::ranges::any_of(folders_, [&](const auto& folder) {
-                return hostOf(withSlashes(folder)) == host;
-            });
-        if (isKnown && isFile(given)) return given;
+        const bool isKnown = !host.empty() && std::ranges::any_of(folders_, [&](const auto& known) {
+            return hostOf(withSlashes(known)) == host;
+        });
+        if (isKnown && isFile(given)) return base::textOf(given);
     } else if (given.is_absolute() && isFile(given)) {
-        return given;
+        return base::textOf(given);
     }
-    for (auto folder = folders_.rbegin(); folder != folders_.rend(); ++folder) {
-        const fs::path from = base::pathFrom(*folder);
-        if (!isElsewhere && given.is_relative())
-            if (const auto found = fileIn(from, given)) return found;
-        if (const auto found = fileIn(from, last)) return found;
-    }
+    const auto within = [&](const std::string& known) {
+        const fs::path from = base::pathFrom(known);
+        std::optional<fs::path> found;
+        if (!isElsewhere && given.is_relative()) found = fileIn(from, given);
+        if (!found) found = fileIn(from, last);
+        return found;
+    };
+    if (!folder.empty())
+        if (const auto found = within(folder)) return base::textOf(*found);
+    for (auto known = folders_.rbegin(); known != folders_.rend(); ++known)
+        if (const auto found = within(*known)) return base::textOf(*found);
     return std::nullopt;
 }
 
@@ -153,19 +180,25 @@ const TextureStore::Listing& TextureStore::listingOf(const fs::path& folder) {
     return entry->second;
 }
 
-void TextureStore::load(const std::string& name, Entry& entry) {
-    const bool isFirst = entry.foldersTried == 0;
+void TextureStore::load(const std::string& name, const std::string& folder, Entry& entry) {
     entry.foldersTried = folders_.size() + 1;
     try {
-        const std::optional<fs::path> path = locate(name);
+        const std::optional<std::string> path = locate(name, folder);
         if (!path) {
-            if (isFirst) failures_.push_back(textOf(TextId::kNoSuchPicture, {name}));
+            if (!std::exchange(entry.isMissed, true))
+                failures_.push_back(textOf(TextId::kNoSuchPicture, {name}));
             return;
         }
-        const Picture picture = readPicture(contentOf(*path));
-        const int most = texels_ > kManyTexels ? kSmallBits : Texture::kMostBits;
-        entry.texture = std::make_unique<Texture>(picture, most);
-        texels_ += entry.texture->size();
+        entry.path = *path;
+        Loaded& loaded = textures_[*path];
+        loaded.times = FileTimes::of(*path);
+        if (!loaded.texture) {
+            const Picture picture = readPicture(contentOf(base::pathFrom(*path)));
+            const int most = texels_ > kManyTexels ? kSmallBits : Texture::kMostBits;
+            loaded.texture = std::make_shared<const Texture>(picture, most, useBeside(*path));
+            texels_ += loaded.texture->size();
+        }
+        entry.texture = loaded.texture;
     } catch (const std::bad_alloc&) {
         entry.isDamaged = true;
         failures_.push_back(textOf(TextId::kPictureOutOfMemory, {name}));
@@ -187,8 +220,40 @@ std::vector<std::string> TextureStore::takeFailures() {
     return std::exchange(failures_, {});
 }
 
+FileTimes FileTimes::of(const std::string& path) {
+    return {timeOf(path), timeOf(pathOfUse(path))};
+}
+
+bool TextureStore::noticeChanges() {
+    former_.clear();
+    bool anyChanged = false;
+    std::erase_if(textures_, [&](const auto& known) {
+        const auto& [path, loaded] = known;
+        if (loaded.times == FileTimes::of(path)) return false;
+        if (loaded.texture) texels_ -= loaded.texture->size();
+        former_.push_back(loaded.texture);
+        return anyChanged = true;
+    });
+    listings_.clear();
+    for (auto& [key, entry] : entries_) {
+        if (!entry.path.empty() && textures_.contains(entry.path)) continue;
+        const std::size_t end = key.find('\0');
+        const bool hasFolder = end != std::string::npos;
+        anyChanged = anyChanged || !entry.path.empty() ||
+                     locate(hasFolder ? key.substr(end + 1) : key,
+                            hasFolder ? key.substr(0, end) : std::string());
+        entry.texture = nullptr;
+        entry.path.clear();
+        entry.isDamaged = false;
+        entry.foldersTried = 0;
+    }
+    return anyChanged;
+}
+
 void TextureStore::clear() {
+    former_.clear();
     entries_.clear();
+    textures_.clear();
     listings_.clear();
     failures_.clear();
     texels_ = 0;

@@ -468,4 +468,16 @@ FltScene makeAirport() {
     return scene;
 }
 
+FltScene makeAirliner() {
+    FltScene scene;
+    fltSetText(scene.header.asciiId, "airliner");
+    fltSetText(scene.header.dateTime, "2026-01-01 12:00:00");
+    scene.colors = kColors;
+    constexpr float kLarger = 2.6F;
+    Node& shape = scene.root.add(named<FltGroup>("airliner"));
+    shape.transform({{{kLarger, 0, 0, 0}, {0, kLarger, 0, 0}, {0, 0, kLarger, 0}, {0, 0, 0, 1}}});
+    addAircraftShape(shape);
+    return scene;
+}
+
 }  // namespace samples

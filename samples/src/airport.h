@@ -11,4 +11,7 @@ namespace samples {
 /// among them.
 FltScene makeAirport();
 
+/// What that refers to as "aircraft/airliner.flt".
+FltScene makeAirliner();
+
 }  // namespace samples

@@ -72,6 +72,16 @@ Node& Node::withoutNormals() {
     return *this;
 }
 
+Node& Node::directed(const Point& direction) {
+    directions_.assign(1, direction);
+    return *this;
+}
+
+Node& Node::stretched() {
+    isStretched_ = true;
+    return *this;
+}
+
 Node& Node::comment(std::string text) {
     comments_.push_back(std::move(text));
     return *this;
@@ -138,15 +148,22 @@ private:
     /// the last one's.
     void writeVertices(const Node& node) {
         for (const auto& subface : node.subfaces_) writeVertices(*subface);
-        const Point normal = normalOf(node.points_);
-        for (const Point& point : node.points_)
-            writeVertex(point, node.hasNormals_ ? &normal : nullptr, node.pointColors_);
+        const Point normal =
+            node.directions_.empty() ? normalOf(node.points_) : node.directions_.front();
+        for (std::size_t i = 0; i < node.points_.size(); ++i) {
+            FltVertex vertex =
+                vertexAt(node.points_[i], node.hasNormals_ ? &normal : nullptr, node.pointColors_);
+            // Around the picture.
+            if (node.isStretched_)
+                vertex.texture = {i == 1 || i == 2 ? 1.F : 0.F, i > 1 ? 1.F : 0.F};
+            vertex.write(stream_);
+        }
         for (const auto& child : node.children_) writeVertices(*child);
     }
 
     /// Without a normal where that is null.
-    void writeVertex(const Point& point, const Point* normal,
-                     const std::vector<std::uint32_t>& colors) {
+    FltVertex vertexAt(const Point& point, const Point* normal,
+                       const std::vector<std::uint32_t>& colors) {
         FltVertex vertex = newVertex(normal != nullptr);
         vertex.position = point;
         if (normal != nullptr)
@@ -159,7 +176,7 @@ private:
             vertex.flags = 0;
             vertex.colorIndex = colorIndex(colors.front());
         }
-        vertex.write(stream_);
+        return vertex;
     }
 
     void writeLevel(const std::vector<std::unique_ptr<Node>>& nodes, std::uint16_t push,

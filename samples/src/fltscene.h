@@ -64,6 +64,10 @@ public:
     }
     /// The vertices of the polygon have none.
     Node& withoutNormals();
+    /// Of light points: where they shine to.
+    Node& directed(const Point& direction);
+    /// The whole picture covers the polygon of four corners, from the first on.
+    Node& stretched();
     Node& comment(std::string text);
     Node& transform(const Matrix& matrix);
 
@@ -79,6 +83,8 @@ private:
     std::vector<Matrix> matrices_;  ///< none or one
     std::vector<std::unique_ptr<FltRecord>> attached_;
     bool hasNormals_ = true;
+    std::vector<Point> directions_;  ///< none or one, for all points
+    bool isStretched_ = false;
     Polygon points_;
     std::vector<std::uint32_t> pointColors_;  ///< none or one, for all points
     std::vector<std::unique_ptr<Node>> subfaces_;

@@ -2,6 +2,7 @@
 #include "airport.h"
 #include "city.h"
 #include "faults.h"
+#include "harbour.h"
 
 #include <base/paths.h>
 
@@ -22,10 +23,17 @@ bool writeSamples(const std::filesystem::path& folder) {
         return false;
     }
     std::printf("%s\n", path.c_str());
+    std::filesystem::create_directories(folder / "aircraft");
+    const std::string airliner = base::textOf(folder / "aircraft/airliner.flt");
+    if (!samples::writeScene(samples::makeAirliner(), airliner)) {
+        std::fprintf(stderr, "make_samples: cannot write %s\n", airliner.c_str());
+        return false;
+    }
     if (!samples::writeFaults(base::textOf(folder))) {
         std::fprintf(stderr, "make_samples: cannot write the faulty scene\n");
         return false;
     }
+    samples::writeHarbour(folder / "harbour");
     return true;
 }
 

@@ -68,6 +68,10 @@ void Engine::addNodeProperty(const std::string& name, PropertyReader read, Prope
     state_->nodeProperties[base::smallLetters(name)] = {std::move(read), std::move(write)};
 }
 
+void Engine::print(std::string_view line) const {
+    if (state_->output) state_->output(line);
+}
+
 void Engine::setOutput(std::function<void(std::string_view)> output) {
     state_->output = std::move(output);
 }

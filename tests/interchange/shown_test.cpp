@@ -7,6 +7,7 @@
 #include <kiln/kiln.h>
 #include <quillon/fltdof.h>
 #include <quillon/fltface.h>
+#include <quillon/fltlightpoint.h>
 #include <quillon/fltlod.h>
 #include <quillon/fltobject.h>
 #include <quillon/fltswitch.h>
@@ -329,6 +330,85 @@ TEST_F(ShownTest, OfFacesInOnePlaceTheHigherPriorityLiesAbove) {
     EXPECT_EQ(above(0, -1), first);
     EXPECT_EQ(above(-1, 0), second) << "a negative one lies below";
     EXPECT_EQ(above(-2, -1), second);
+}
+
+TEST_F(ShownTest, LightPointsShineWhereTheirLobesReach) {
+    FltLightPoint record;
+    INode* const point = node(FltNodeKind::LightPoint, record);
+    auto* const object = new TriObject;
+    object->GetMesh().verts.Append(Point3{0, 0, 0});
+    object->GetMesh().colors.Append(0x0000FF);
+    object->GetMesh().normals.Append(Point3f{0, -1, 0});
+    point->SetObjectRef(object);
+    const auto shownFrom = [&](Vec3d eye) {
+        EXPECT_TRUE(fltPutRecord(point, record));
+        seeFrom(eye);
+        draw();
+        return nodeAt({0, 0, 0}, 1) == point;
+    };
+    const Vec3d ahead{0, -50, 1}, behind{0, 50, 1}, aside{-20, -50, 1}, above{0, -50, 20};
+    EXPECT_TRUE(shownFrom(ahead) && shownFrom(behind)) << "in all directions";
+    record.directionalType = 1;
+    record.horizontalLobeAngle = 50;
+    record.verticalLobeAngle = 20;
+    EXPECT_TRUE(shownFrom(ahead) && shownFrom(aside));
+    EXPECT_FALSE(shownFrom(behind));
+    EXPECT_FALSE(shownFrom(above));
+    record.lobeRollAngle = 90;
+    EXPECT_TRUE(shownFrom(above));
+    EXPECT_FALSE(shownFrom(aside));
+    record.directionalType = 2;
+    record.backColor = 0xFF00FF00;
+    EXPECT_TRUE(shownFrom(behind));
+    EXPECT_GT(green(colorAt({0, 0, 0})), red(colorAt({0, 0, 0})));
+    EXPECT_TRUE(shownFrom(ahead));
+    EXPECT_GT(red(colorAt({0, 0, 0})), green(colorAt({0, 0, 0})));
+    object->GetMesh().normals.ZeroCount();
+    EXPECT_TRUE(shownFrom(above)) << "without a direction";
+
+    EXPECT_EQ(nodeAt({5, 0, 0}), nullptr);
+    record.actualPixelSize = 12;
+    EXPECT_TRUE(shownFrom(ahead));
+    EXPECT_EQ(nodeAt({5, 0, 0}), point) << "a size in the world";
+    record.maxPixelSize = 5;
+    EXPECT_TRUE(shownFrom(ahead));
+    EXPECT_EQ(nodeAt({5, 0, 0}), nullptr) << "limited on the screen";
+    record.animationPeriod = 2;
+    record.animationEnabledPeriod = 0.5;
+    record.animationPhaseDelay = 1;
+    EXPECT_FALSE(shownFrom(ahead));
+    options.seconds = 5.25;
+    EXPECT_TRUE(shownFrom(ahead));
+    EXPECT_TRUE(feed.model().changes());
+}
+
+TEST_F(ShownTest, MaterialsThrowLightBackLikeMirrors) {
+    FltBytes file("f");
+    const auto material = [&](std::uint32_t index, float specular) {
+        Bytes body;
+        body.u32(index).zeros(16);
+        for (const float value : {0.3F, 0.3F, 0.3F, 0.3F, 0.3F, 0.3F, specular, specular, specular,
+                                  0.F, 0.F, 0.F, 40.F, 1.F})
+            body.f32(value);
+        file.record(kFltMaterial, body.zeros(4));
+    };
+    material(0, 0);
+    material(1, 1);
+    INode* const top = import(file);
+    FltFace record = twoSided();
+    INode* const square = face(top, {0, 0, 0}, 0xFFFFFF);
+    auto* const sun = new GenLight(OMNI_LIGHT_CLASS_ID);
+    host.CreateObjectNode(sun, "sun")->SetNodeTM(0, TransMatrix({30, 0, 30}));
+    const auto brightness = [&](std::int16_t of, Vec3d eye) {
+        record.lightMode = 2;
+        record.materialIndex = of;
+        EXPECT_TRUE(fltPutRecord(square, record));
+        seeFrom(eye);
+        draw();
+        return red(colorAt({0, 0, 0}));
+    };
+    EXPECT_GT(brightness(1, {-30, 0, 30}), brightness(0, {-30, 0, 30}) + 60);
+    EXPECT_NEAR(brightness(1, {30, 0, 9}), brightness(0, {30, 0, 9}), 4) << "beside the mirror";
 }
 
 }  // namespace

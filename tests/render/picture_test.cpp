@@ -271,4 +271,124 @@ TEST(DdsPicture, RefusesWhatIsNone) {
     EXPECT_EQ(faultOf(huge), PictureFault::kTooLarge);
 }
 
+/// A TIFF file of one strip: its fields (tag, value), words of 16 bits, and what stands behind
+/// them.
+Bytes tiff(bool isBig, std::vector<std::pair<unsigned, unsigned>> fields, const Bytes& strip) {
+    Bytes bytes;
+    const auto number = [&](unsigned value, unsigned size) {
+        for (unsigned i = 0; i < size; ++i)
+            bytes.push_back(static_cast<std::uint8_t>(value >> 8 * (isBig ? size - 1 - i : i)));
+    };
+    bytes = isBig ? Bytes{'M', 'M'} : Bytes{'I', 'I'};
+    number(42, 2), number(8, 4);
+    fields.emplace_back(279, static_cast<unsigned>(strip.size()));
+    fields.emplace_back(273, static_cast<unsigned>(8 + 2 + 12 * (fields.size() + 1) + 4));
+    number(static_cast<unsigned>(fields.size()), 2);
+    for (const auto& [tag, value] : fields) {
+        number(tag, 2), number(3, 2), number(1, 4);
+        number(value, 2), number(0, 2);
+    }
+    number(0, 4);
+    return joined(bytes, strip);
+}
+
+using Fields = std::vector<std::pair<unsigned, unsigned>>;
+
+TEST(TiffPicture, ReadsColorsAndGreyInEitherByteOrder) {
+    const Fields color = {{256, 2}, {257, 2}, {258, 8}, {262, 2}, {277, 3}};
+    for (const bool isBig : {false, true})
+        EXPECT_THAT(
+            readPicture(tiff(isBig, color, {255, 0, 0, 0, 255, 0, 0, 0, 255, 9, 8, 7})).texels,
+            testing::ElementsAre(0xFF0000FF, 0xFF090807, 0xFFFF0000, 0xFF00FF00));
+    EXPECT_THAT(
+        readPicture(tiff(false, {{256, 1}, {257, 1}, {258, 8}, {262, 2}, {277, 4}}, {1, 2, 3, 4}))
+            .texels,
+        testing::ElementsAre(0x04010203));
+    EXPECT_THAT(readPicture(tiff(false, {{256, 3}, {257, 1}, {262, 0}}, {0b10100000})).texels,
+                testing::ElementsAre(0xFF000000, 0xFFFFFFFF, 0xFF000000));
+    EXPECT_THAT(readPicture(tiff(true, color, {255, 0, 0, 0, 255, 0})).texels,
+                testing::ElementsAre(0xFF000000, 0xFF000000, 0xFFFF0000, 0xFF00FF00))
+        << "what is missing is black";
+}
+
+TEST(TiffPicture, ReadsWhatIsPacked) {
+    const Fields grey = {{256, 9}, {257, 1}, {258, 8}, {262, 1}};
+    const auto values = [](const Picture& picture) {
+        std::vector<unsigned> all;
+        for (const std::uint32_t texel : picture.texels) all.push_back(texel & 0xFF);
+        return all;
+    };
+    const auto with = [](Fields fields, std::pair<unsigned, unsigned> more) {
+        fields.push_back(more);
+        return fields;
+    };
+    EXPECT_THAT(values(readPicture(
+                    tiff(false, with(grey, {259, 32773}), {0xFD, 5, 0x80, 1, 6, 7, 0xFE, 8}))),
+                testing::ElementsAre(5, 5, 5, 5, 6, 7, 8, 8, 8));
+    const Bytes codes = {0x80, 0x01, 0xE0, 0x40, 0x80, 0x44, 0x08, 0x0C, 0x06, 0x80, 0x80};
+    EXPECT_THAT(values(readPicture(tiff(true, with(grey, {259, 5}), codes))),
+                testing::ElementsAre(7, 7, 7, 8, 8, 7, 7, 6, 6));
+    EXPECT_THAT(values(readPicture(tiff(true, with(with(grey, {259, 5}), {317, 2}), codes))),
+                testing::ElementsAre(7, 14, 21, 29, 37, 44, 51, 57, 63))
+        << "differences";
+    // Codes get longer as soon as the next text would need it: here behind 254 of them.
+    Bytes longer;
+    unsigned held = 0, bits = 0;
+    const auto put = [&](unsigned code, unsigned width) {
+        held = held << width | code;
+        for (bits += width; bits >= 8; bits -= 8)
+            longer.push_back(static_cast<std::uint8_t>(held >> (bits - 8)));
+    };
+    put(256, 9);
+    std::vector<unsigned> expected;
+    for (unsigned i = 0; i < 300; ++i) {
+        expected.push_back(i * 7 % 256);
+        put(expected.back(), i < 254 ? 9 : 10);
+    }
+    put(257, 10), put(0, 8);
+    EXPECT_EQ(values(readPicture(tiff(false, {{256, 300}, {257, 1}, {258, 8}, {259, 5}}, longer))),
+              expected);
+}
+
+TEST(TiffPicture, RefusesWhatItCannotShow) {
+    const Fields one = {{256, 1}, {257, 1}, {258, 8}};
+    EXPECT_EQ(faultOf({'I', 'I', 42, 0, 8, 0, 0, 0}), PictureFault::kCutShort);
+    EXPECT_EQ(faultOf(tiff(false, {{257, 1}}, {})), PictureFault::kEmpty);
+    EXPECT_EQ(faultOf(tiff(false, {{256, 65535}, {257, 65535}}, {})), PictureFault::kTooLarge);
+    for (const auto& [tag, value] : Fields{{259, 7}, {262, 5}, {284, 2}, {322, 16}, {258, 16}}) {
+        Fields fields = one;
+        std::erase_if(fields, [&](const auto& field) { return field.first == tag; });
+        fields.emplace_back(tag, value);
+        EXPECT_EQ(faultOf(tiff(true, fields, {1, 2, 3})), PictureFault::kUnknownKind) << tag;
+    }
+}
+
+TEST(TextureUseTest, IsWhatTheFileBesideAPictureSays) {
+    const auto file = [](std::initializer_list<std::pair<std::size_t, std::uint8_t>> words) {
+        Bytes bytes(64);
+        bytes[8 * 4 + 3] = 1;  // smooth from near
+        for (const auto& [index, value] : words) bytes[index * 4 + 3] = value;
+        return bytes;
+    };
+    EXPECT_TRUE(readTextureUse({}).isPlain());
+    EXPECT_TRUE(readTextureUse(file({})).isPlain());
+    EXPECT_TRUE(readTextureUse(file({{8, 0}})).isPointed);
+    const TextureUse both = readTextureUse(file({{9, 1}, {10, 3}, {11, 0}}));
+    EXPECT_TRUE(both.clampU) << "as both do";
+    EXPECT_FALSE(both.clampV) << "as it says itself";
+    EXPECT_EQ(readTextureUse(file({{15, 2}})).color, TextureUse::Color::kDecal);
+
+    const Picture picture{4, 1, {0xFF000000, 0xFF404040, 0xFF808080, 0xFFC0C0C0}};
+    TextureUse use;
+    use.clampU = true;
+    const Texture texture(picture);
+    const Texture::Level level = texture.level(0);
+    EXPECT_EQ(level.at(-300, 0, use), 0xFF000000);
+    EXPECT_EQ(level.at(9 * 256, 0, use), 0xFFC0C0C0);
+    EXPECT_EQ(level.at(5 * 256, 0, {}), 0xFF404040);
+    use.isPointed = true;
+    EXPECT_EQ(level.at(256 + 120, 0, use), 0xFF404040);
+    EXPECT_EQ(level.at(256 + 130, 0, use), 0xFF808080);
+}
+
 }  // namespace

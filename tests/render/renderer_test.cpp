@@ -518,6 +518,104 @@ TEST_F(RendererTest, ARangeEndsWithItsFarthestDistanceAndBeginsBehindItsNearest)
     EXPECT_FALSE(drawn(0, distance, true)) << "within one that does not show";
 }
 
+// What is placed looks as if its vertices had been there.
+TEST_F(RendererTest, APlacedModelLooksLikeOneThatStandsThere) {
+    Picture picture{8, 8, {}};
+    for (std::uint32_t i = 0; i < 64; ++i) picture.texels.push_back(0xFF000000 | i * 0x030507);
+    const Texture texture(picture);
+    // Turned, mirrored, and stretched; in the other one each vertex is where that puts it.
+    const Vec3d x{0, 2, 0}, y{1, 0, 0}, z{0, 0, 3}, origin{5, -3, 2};
+    const auto fill = [&](SceneModel& scene, const auto& placed) {
+        for (int i = 0; i < 40; ++i) {
+            scene.beginItem();
+            for (const Vec3d corner : {Vec3d{0, 0, 0}, Vec3d{5, 0, 1}, Vec3d{0, 4, 3}})
+                scene.addVertex(placed(corner + Vec3d{i % 5 * 6., i / 5 * 5., i * 0.25}));
+            Surface surface;
+            surface.texture = i % 2 == 0 ? &texture : nullptr;
+            surface.opacity = i % 7 == 0 ? 0.5f : 1;
+            surface.facing = i % 5 == 0 ? Facing::kUpright : Facing::kFixed;
+            scene.setSurface(surface);
+            const TexturePlace places[] = {{0, 0}, {2, 0}, {0, 2}};
+            // The place mirrors.
+            if (&scene == &scene_)
+                scene.addTriangle(0, 2, 1, kGrey + static_cast<Color>(i) * 5, 7,
+                                  std::array{places[0], places[2], places[1]}.data());
+            else
+                scene.addTriangle(0, 1, 2, kGrey + static_cast<Color>(i) * 5, 7, places);
+            scene.endItem();
+        }
+    };
+    const auto model = std::make_shared<SceneModel>();
+    fill(*model, [](Vec3d p) { return p; });
+    SceneModel placing;
+    for (int i = 0; i < 3; ++i) {
+        placing.beginItem();
+        if (i == 1) placing.setPlacement({model, Place(x, y, z, origin)});
+        placing.endItem();
+    }
+    placing.setSelected(1, false, true);
+    fill(scene_, [&](Vec3d p) { return origin + x * p.x + y * p.y + z * p.z; });
+    EXPECT_EQ(placing.box().min, scene_.box().min);
+    scene_.addLight({LightKind::kPoint, {20, 20, 60}, {}, {1, 1, 1}});
+    placing.addLight(scene_.lights()[0]);
+    Canvas other;
+    other.resize(kWidth, kHeight);
+    for (const double distance : {60., 400.}) {
+        ASSERT_TRUE(camera_.lookFrom(scene_.box().centre() + Vec3d{-0.5, -0.7, 0.6} * distance,
+                                     scene_.box().centre()));
+        RenderOptions options;
+        options.mode = DrawMode::kShaded;
+        renderer_.draw(scene_, camera_, options, canvas_);
+        const std::size_t triangles = renderer_.trianglesDrawn();
+        placing.setSelected(1, false, false);
+        renderer_.draw(placing, camera_, options, other);
+        EXPECT_NEAR(double(renderer_.trianglesDrawn()), double(triangles), 2);
+        int different = 0, covered = 0;
+        for (int row = 0; row < kHeight; ++row)
+            for (int column = 0; column < kWidth; ++column) {
+                const Color a = canvas_.pixel(column, row), b = other.pixel(column, row);
+                int apart = 0;
+                for (const unsigned shift : {0u, 8u, 16u})
+                    apart = std::max(apart, std::abs(static_cast<int>(a >> shift & 0xFF) -
+                                                     static_cast<int>(b >> shift & 0xFF)));
+                different += apart > 6;
+                if (canvas_.item(column, row) == kNoItem) continue;
+                ++covered;
+                EXPECT_EQ(other.item(column, row) == kNoItem ? 1u : other.item(column, row), 1u);
+            }
+        EXPECT_GT(covered, distance < 100 ? 2000 : 50);
+        EXPECT_LT(different, 10 + covered / 200) << "but for pixels at the rims";
+        placing.setSelected(1, false, true);
+        renderer_.draw(placing, camera_, options, other);
+        EXPECT_TRUE(std::find(other.pixels(), other.pixels() + kWidth * kHeight, 0xFFC040u) !=
+                    other.pixels() + kWidth * kHeight)
+            << "it is outlined as a whole";
+    }
+}
+
+// Blocks of items are left out, or shown, as their items would be.
+TEST_F(RendererTest, WhatIsOutsideOrFarAwayCostsNothing) {
+    for (int i = 0; i < 1000; ++i) addCube(scene_, {i % 32 * 20., i / 32 * 20., 0}, 8);
+    const auto drawn = [&](Vec3d eye, Vec3d target) {
+        EXPECT_TRUE(camera_.lookFrom(eye, target));
+        draw();
+        return renderer_.trianglesDrawn();
+    };
+    const std::size_t all = drawn({310, -500, 900}, {310, 310, 0});
+    EXPECT_EQ(all, 12000u);
+    // Each cube that is in the picture is drawn, whatever its block.
+    for (const int i : {0, 15, 16, 511, 999}) {
+        const Vec3d at{i % 32 * 20., i / 32 * 20., 0};
+        EXPECT_LT(drawn(at + Vec3d{0, -30, 30}, at), 12000u);
+        EXPECT_EQ(itemAt(at + Vec3d{0, 0, 4}), static_cast<ItemIndex>(i));
+    }
+    EXPECT_EQ(drawn({310, -500, 900}, {310, -5000, 9000}), 0u);
+    EXPECT_LT(drawn({310, -600000, 400000}, {310, 310, 0}), 40u) << "a dot for many";
+    const auto place = camera_.project({310, 310, 0});
+    ASSERT_TRUE(place);
+    EXPECT_NE(canvas_.pick(static_cast<int>(place->x), static_cast<int>(place->y), 1), kNoItem);
+}
+
 TEST_F(RendererTest, WhatIsSmallerThanAPixelIsOne) {
     const ItemIndex cube = addCube(scene_, {}, 1);
     camera_.lookFrom({0, -2000, 100}, {});

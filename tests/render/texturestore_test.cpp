@@ -2,9 +2,11 @@
 
 #include "../support/temporaryfolder.h"
 
+#include <base/paths.h>
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 
 using namespace render;
@@ -116,6 +118,40 @@ TEST(TextureStoreTest, SaysOnceWhatCannotBeShown) {
     store.clear();
     folder.write(u8"text.rgb", grey(9));
     EXPECT_EQ(shade(store.find(path)), 9u) << "a new scene looks again";
+}
+
+TEST(TextureStoreTest, NoticesWhatHasChangedOnDisk) {
+    const TemporaryFolder folder;
+    TextureStore store;
+    store.addFolder(folder.file(""));
+    const std::string wall = folder.write(u8"wall.rgb", grey(1));
+    folder.write(u8"roof.rgb", grey(2));
+    EXPECT_EQ(shade(store.find("wall.rgb")), 1u);
+    const Texture* const roof = store.find("roof.rgb");
+    EXPECT_EQ(store.find("door.rgb"), nullptr);
+    EXPECT_EQ(store.takeFailures().size(), 1u);
+    EXPECT_FALSE(store.noticeChanges());
+    const auto later = [&](const char8_t* name, int hours) {
+        const auto path = folder.path() / name;
+        std::filesystem::last_write_time(
+            path, std::filesystem::last_write_time(path) + std::chrono::hours(hours));
+    };
+    folder.write(u8"wall.rgb", grey(3));
+    later(u8"wall.rgb", 1);
+    EXPECT_TRUE(store.noticeChanges());
+    EXPECT_EQ(shade(store.find("wall.rgb")), 3u);
+    EXPECT_EQ(store.find("roof.rgb"), roof) << "what has not changed stays";
+    folder.write(u8"door.rgb", grey(4));
+    EXPECT_TRUE(store.noticeChanges()) << "one that was missing";
+    EXPECT_EQ(shade(store.find("door.rgb")), 4u);
+    folder.write(u8"roof.rgb.attr", std::vector<std::uint8_t>(64));
+    EXPECT_TRUE(store.noticeChanges()) << "how it is used";
+    EXPECT_TRUE(store.find("roof.rgb")->use().isPointed);
+    std::filesystem::remove(base::pathFrom(wall));
+    EXPECT_TRUE(store.noticeChanges());
+    EXPECT_EQ(store.find("wall.rgb"), nullptr);
+    EXPECT_EQ(store.takeFailures().size(), 1u);
+    EXPECT_FALSE(store.noticeChanges());
 }
 
 }  // namespace

@@ -12,8 +12,8 @@ class INode;
 /// definition of its number in its own database, the one below the nearest header above it, and
 /// where that has none for the first in the scene, in the order of its nodes.
 ///
-/// The scene is read when the first reference is asked for, and what was found is kept: make a new
-/// one, or call `clear`, when the scene may have changed.
+/// A scene is read when the first reference in it is asked for, and what was found is kept: make a
+/// new one, or call `clear`, when one may have changed.
 class FltDefinitions {
 public:
     /// The definition that `node` (may be null) stands for; null when there is none, and for a node
@@ -26,7 +26,7 @@ private:
     void read(INode* root);
 
     std::unordered_map<const INode*, INode*> found_;
-    bool hasRead_ = false;
+    std::unordered_set<const INode*> read_;  // the roots
 };
 
 /// What a node shows: itself, all below it, the definitions that references among them stand for,

@@ -2,10 +2,13 @@
 #pragma once
 
 #include <fltkilnutil/fltdefinitions.h>
+#include <interchange/filereference.h>
 #include <kiln/nodelook.h>
 #include <quillon/fltcolorpalette.h>
 #include <quillon/fltdof.h>
 #include <quillon/fltface.h>
+#include <quillon/fltlightpoint.h>
+#include <quillon/fltlightpointpalettes.h>
 #include <quillon/fltlod.h>
 #include <quillon/fltmesh.h>
 #include <quillon/fltobject.h>
@@ -39,10 +42,12 @@ public:
     INode* GetInstanced(INode* node) noexcept override;
     INode* GetWhole(INode* node) noexcept override;
     bool IsOnlyInstanced(INode* node) noexcept override;
+    bool GetReference(INode* node, NodeReference& reference) noexcept override;
 
 private:
     struct Material {
-        LightColor ambient, diffuse, emissive;
+        LightColor ambient, diffuse, emissive, specular;
+        float shininess = 0;
         float alpha = 1;
     };
 
@@ -50,6 +55,8 @@ private:
     struct Database {
         std::map<std::int32_t, Material> materials;
         std::map<std::int32_t, std::string> textures;
+        std::map<std::int32_t, LightPointLook> appearances;
+        std::map<std::int32_t, FltLightPointAnimation> animations;
         FltColorPalette colors;
     };
 
@@ -65,6 +72,7 @@ private:
     static void addMaterial(const FltRecordView& record, Database& database);
     static void addTexture(const FltRecordView& record, Database& database);
     static bool describeLight(INode& node, NodeLook& look);
+    bool describeIndexedPoint(INode& node, NodeLook& look);
     bool readMesh(INode& node);
     bool describeSwitch(INode& node, NodeBranch& branch);
     bool describeLod(INode& node, NodeBranch& branch);
@@ -85,6 +93,8 @@ private:
     FltLod lod_;
     FltObject object_;
     FltMesh mesh_;
+    FltLightPoint lightPoint_;
+    FileReference reference_;  ///< that was asked for last
 };
 
 }  // namespace interchange

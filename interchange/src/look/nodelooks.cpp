@@ -8,9 +8,11 @@
 #include <fltkilnutil/kilnlight.h>
 #include <interchange/textencoding.h>
 #include <kiln/kiln.h>
+#include <quillon/fltlightpointsystem.h>
 #include <quillon/fltlightsource.h>
 #include <quillon/fltmaterial.h>
 #include <quillon/flttexture.h>
+#include <quillon/fltxref.h>
 
 #include <algorithm>
 #include <cmath>
@@ -89,6 +91,50 @@ std::optional<Matrix3> motionOf(const FltDof& dof) {
     return Inverse(*frame) * motion * *frame;
 }
 
+/// Of the record or the palette entry of light points; both say it in the same words.
+template <typename Record>
+LightPointLook pointsOf(const Record& record) {
+    using Shines = LightPointLook::Shines;
+    LightPointLook look;
+    look.shines = record.directionalType == 1   ? Shines::kAhead
+                  : record.directionalType == 2 ? Shines::kAheadAndBack
+                                                : Shines::kEverywhere;
+    look.across = record.horizontalLobeAngle;
+    look.along = record.verticalLobeAngle;
+    look.roll = record.lobeRollAngle;
+    if (look.shines == Shines::kAheadAndBack) {
+        const auto part = [&](unsigned shift) {
+            return static_cast<float>(record.backColor >> shift & 0xFF) / 255;
+        };
+        look.back = LightColor{part(0), part(8), part(16)};
+    }
+    look.size = record.actualPixelSize;
+    look.leastPixels = record.minPixelSize;
+    look.mostPixels = record.maxPixelSize;
+    return look;
+}
+
+/// Adds how light points change by an entry of the animation palette: a sequence is on for as long
+/// as all of its steps that are, of which the first begins the period.
+void animate(LightPointLook& look, const FltLightPointAnimation& animation) {
+    constexpr std::int32_t kSequence = 0, kRotating = 1, kStrobe = 2;
+    constexpr std::uint32_t kOff = 1;
+    if (animation.type == kRotating) {
+        look.turn = animation.period;
+        look.axis = Point3{animation.axis.x, animation.axis.y, animation.axis.z};
+    } else if (animation.type == kStrobe) {
+        look.period = animation.period;
+        look.delay = animation.phaseDelay;
+        look.onTime = animation.enabledPeriod;
+    } else if (animation.type == kSequence) {
+        look.delay = animation.phaseDelay;
+        for (const FltLightPointStep& step : animation.steps) {
+            look.period += step.duration;
+            if (step.state != kOff) look.onTime += step.duration;
+        }
+    }
+}
+
 }  // namespace
 
 void NodeLooks::BeginLooks(Interface*) noexcept {
@@ -111,6 +157,15 @@ bool NodeLooks::GetLook(INode* node, NodeLook& look) noexcept {
                 return true;
             case kFltLightSource:
                 return describeLight(*node, look);
+            case kFltLightPoint:
+                if (!fltGetRecord(node, lightPoint_)) return false;
+                look.points = pointsOf(lightPoint_);
+                look.points->period = lightPoint_.animationPeriod;
+                look.points->delay = lightPoint_.animationPhaseDelay;
+                look.points->onTime = lightPoint_.animationEnabledPeriod;
+                return true;
+            case kFltIndexedLightPoint:
+                return describeIndexedPoint(*node, look);
             case kFltMesh:
                 if (!readMesh(*node)) return false;
                 describe(mesh_, *node, look);
@@ -190,6 +245,21 @@ INode* NodeLooks::GetInstanced(INode* node) noexcept {
     }
 }
 
+bool NodeLooks::GetReference(INode* node, NodeReference& reference) noexcept {
+    try {
+        FltXRef record;
+        if (node == nullptr || kindOf(node) != FltNodeKind::XRef) return false;
+        if (!fltGetRecord(node, record)) return false;
+        reference_ = parsedReference(textOf(record.fileName));
+        if (reference_.file.empty()) return false;
+        reference.file = reference_.file.c_str();
+        reference.part = reference_.part.empty() ? nullptr : reference_.part.c_str();
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
 INode* NodeLooks::GetWhole(INode* node) noexcept {
     for (INode* above = node; above != nullptr; above = above->GetParentNode())
         if (kindOf(above) == FltNodeKind::Object) return above;
@@ -212,6 +282,23 @@ bool NodeLooks::describeLight(INode& node, NodeLook& look) {
         look.light = {{palette.diffuseRed, palette.diffuseGreen, palette.diffuseBlue}};
     }
     return look.shines || look.light;
+}
+
+/// The record of such a node is kept as it was read.
+bool NodeLooks::describeIndexedPoint(INode& node, NodeLook& look) {
+    const SourceRecords kept = sourceRecordsOf(node);
+    const Database* const database = familyOf(node).database;
+    if (kept.record.empty() || kept.record.opcode() != kFltIndexedLightPoint || !database) {
+        return false;
+    }
+    FltIndexedLightPoint record;
+    record.readBytes(kept.record.bytes(), kept.revision);
+    const auto appearance = database->appearances.find(record.appearanceIndex);
+    if (appearance == database->appearances.end()) return false;
+    look.points = appearance->second;
+    const auto animation = database->animations.find(record.animationIndex);
+    if (animation != database->animations.end()) animate(*look.points, animation->second);
+    return true;
 }
 
 /// The record of a mesh, which is kept as it was read, to `mesh_`.
@@ -246,6 +333,16 @@ NodeLooks::Database& NodeLooks::databaseOf(INode& header) {
         if (entry.isOpaque) continue;
         if (entry.record.opcode() == kFltMaterial) addMaterial(entry.record, database);
         if (entry.record.opcode() == kFltTexture) addTexture(entry.record, database);
+        if (entry.record.opcode() == kFltLightPointAppearance) {
+            FltLightPointAppearance appearance;
+            appearance.readBytes(entry.record.bytes(), kept.revision);
+            database.appearances.emplace(appearance.index, pointsOf(appearance));
+        }
+        if (entry.record.opcode() == kFltLightPointAnimation) {
+            FltLightPointAnimation animation;
+            animation.readBytes(entry.record.bytes(), kept.revision);
+            database.animations.emplace(animation.index, std::move(animation));
+        }
         if (entry.record.opcode() == kFltColorPalette) {
             database.colors.readBytes(entry.record.bytes(), kept.revision);
         }
@@ -257,9 +354,10 @@ void NodeLooks::addMaterial(const FltRecordView& record, Database& database) {
     FltMaterial material;
     if (record.length() < material.lengthThrough(&material.alpha)) return;
     material.readBytes(record.bytes(), 0);
-    database.materials.emplace(material.index,
-                               Material{colorOf(material.ambient), colorOf(material.diffuse),
-                                        colorOf(material.emissive), shareOf(material.alpha)});
+    database.materials.emplace(
+        material.index,
+        Material{colorOf(material.ambient), colorOf(material.diffuse), colorOf(material.emissive),
+                 colorOf(material.specular), material.shininess, shareOf(material.alpha)});
 }
 
 void NodeLooks::addTexture(const FltRecordView& record, Database& database) {
@@ -325,6 +423,8 @@ void NodeLooks::describe(const Record& record, INode& node, NodeLook& look) {
     look.ambient = material.ambient;
     look.diffuse = material.diffuse;
     look.emissive = material.emissive;
+    look.specular = material.specular;
+    look.shininess = material.shininess;
 }
 
 /// The record says which picture a face has, unless its picture was made in the scene.

@@ -49,7 +49,7 @@ void readInto(std::string_view path, ImpExpReport& report, Interface& host) {
     }
     report.Progress(1, text(TextId::kBuildingScene).c_str());
     report.Summary(summaryOf(index).c_str());
-    tellAviary(fileName);
+    if (!report.IsReference()) tellAviary(fileName);
 }
 
 /// Tells what went wrong, as far as it knows; the report is the host's and may throw.

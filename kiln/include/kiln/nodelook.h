@@ -31,6 +31,30 @@ enum class SurfaceStyle {
 /// How a surface turns to the viewer's eye: not at all, about the vertical, or wholly.
 enum class SurfaceFacing { kFixed, kUpright, kEye };
 
+/// How light points look, and how they change with time. As constructed: small, always on, and seen
+/// from everywhere.
+struct LightPointLook {
+    enum class Shines { kEverywhere, kAhead, kAheadAndBack };
+
+    /// Ahead is the direction of a point's normal; one without a normal shines everywhere.
+    Shines shines = Shines::kEverywhere;
+    /// How far the light spreads across and along, in degrees from rim to rim; 0 as 180.
+    float across = 0, along = 0;
+    float roll = 0;                  ///< of both about the direction, in degrees
+    std::optional<LightColor> back;  ///< the color in the opposite direction; nothing for the same
+    float size = 0;                  ///< diameter in the node's units; 0 for a few pixels
+    float leastPixels = 0, mostPixels = 0;  ///< of the diameter; 0 for no limit
+
+    /// On for `onTime` seconds of every `period`, of which the first begins `delay` seconds late;
+    /// always where one of them is not above 0.
+    float period = 0, delay = 0, onTime = 0;
+    /// The direction goes round this axis in `turn` seconds; not without these.
+    float turn = 0;
+    Point3 axis;
+
+    bool changes() const { return period > 0 || turn > 0; }
+};
+
 /// How one node looks beyond its object and wire color. As constructed: like one of which nobody
 /// knows more.
 struct NodeLook {
@@ -54,6 +78,11 @@ struct NodeLook {
     SurfaceStyle style = SurfaceStyle::kBothSides;
     SurfaceFacing facing = SurfaceFacing::kFixed;
     std::optional<LightColor> outline;  ///< with kSurfaceAndOutline; nothing for the node's color
+
+    LightColor specular;  ///< which light is thrown back like by a mirror
+    float shininess = 0;  ///< how small its spots are, from 0 to 128
+
+    std::optional<LightPointLook> points;  ///< of light points; nothing for the usual
 
     /// Of a light: whether it shines, and in which color; nothing for what its object says.
     std::optional<bool> shines;
@@ -84,6 +113,13 @@ struct NodeBranch {
     bool atNight = true;
 };
 
+/// What a node shows of another file. Both texts are UTF-8 and stay the source's, until `EndLooks`
+/// or the next question.
+struct NodeReference {
+    const char* file = nullptr;  ///< as its author wrote it
+    const char* part = nullptr;  ///< the name of the node in it that is shown; null for all of it
+};
+
 /// A plug-in that knows how some nodes look. The host asks the one that was made last while there
 /// is one; the object takes itself back when it goes. Nothing here throws.
 class KILNAPI NodeLookSource {
@@ -111,6 +147,11 @@ public:
     /// Whether the node, with all below it, is seen only where others show it and not in its own
     /// place.
     virtual bool IsOnlyInstanced(INode* node) noexcept = 0;
+    /// Puts into `reference` what the node shows of another file, in its own place; false for
+    /// nothing.
+    virtual bool GetReference(INode* node, NodeReference& reference) noexcept {
+        return (void)node, (void)reference, false;
+    }
 };
 
 /// The source to be asked, or null.

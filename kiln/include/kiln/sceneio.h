@@ -41,6 +41,9 @@ public:
     virtual bool Progress(double fraction, const char* what) = 0;
     /// Whether the user wants to cancel.
     virtual bool Cancelled() const = 0;
+    /// Whether what is read is only looked at by way of a reference to it: then it is not what the
+    /// user imported last.
+    virtual bool IsReference() const { return false; }
 };
 
 /// An importer, of super class `SCENE_IMPORT_CLASS_ID`.

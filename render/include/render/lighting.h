@@ -25,6 +25,8 @@ public:
     /// By how much to multiply the red, green and blue of a place on such a surface. `normal` has
     /// unit length and is on the viewer's side; zero for a surface without one.
     Vec3 at(Vec3 point, Vec3 normal, const Surface& surface) const;
+    /// What such a surface throws back like a mirror there: red, green and blue, 1 is full.
+    Vec3 glintAt(Vec3 point, Vec3 normal, const Surface& surface) const;
 
 private:
     struct Lamp {
@@ -33,11 +35,14 @@ private:
         Vec3 position;  ///< of the others, relative to the origin
     };
 
+    static Vec3 towards(const Lamp& lamp, Vec3 point);
     static Vec3 shine(const Lamp& lamp, Vec3 point, Vec3 normal);
 
     std::vector<Lamp> lamps_;
     bool local_ = false;
     Vec3 viewer_;  ///< towards the lamp over the viewer's shoulder
+    const Camera* camera_ = nullptr;
+    Vec3 eye_;  ///< relative to the origin
 };
 
 }  // namespace render

@@ -36,7 +36,8 @@ private:
 Picture readSgiPicture(std::span<const std::uint8_t> bytes);
 
 /// Reads a picture of any of these formats, whatever its file is called: SGI; PNG, JPEG, TGA, BMP
-/// and GIF; DDS in blocks of the kinds BC1 to BC3. Throws `PictureError`, and `std::bad_alloc`.
+/// and GIF; DDS in blocks of the kinds BC1 to BC3; TIFF, in strips of 8 bits a channel or 1. Throws
+/// `PictureError`, and `std::bad_alloc`.
 Picture readPicture(std::span<const std::uint8_t> bytes);
 
 /// Pictures with more texels are refused.

@@ -8,9 +8,10 @@
 
 namespace render {
 
-/// Offers `picture path width? height? view? mode? eye? target? time? levels?`, which draws the
-/// host's scene into a PNG file and gives its path. `placed` makes of the path that a script names
-/// the one to write; null for the same.
+/// Offers `picture path width? height? view? mode? eye? target? time? levels? seconds?`, which draws
+/// the host's scene into a PNG file and gives its path, and prints what could not be shown.
+/// `placed` makes of the path that a script names the one to write; null for the same. Also
+/// `reloadReferences`, which has the files that the scene refers to read anew.
 void addPictureVerb(script::Engine& engine,
                     std::function<std::string(const std::string& path)> placed = {});
 

@@ -21,6 +21,7 @@ struct RenderOptions {
     float pixelScale = 1;
     bool helpers = true;  ///< marks of helpers and lights
     TimeOfDay time = TimeOfDay::kAny;
+    double seconds = 0;  ///< since light points began to flash and turn
     /// Each level of detail shows in its range of distances from the eye, unless levels are chosen
     /// by hiding; otherwise all of them show.
     bool levelsByEye = false;

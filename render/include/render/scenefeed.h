@@ -1,13 +1,19 @@
 // Turns the host's scene into what the viewport draws.
 #pragma once
 
+#include <render/references.h>
 #include <render/scenemodel.h>
 #include <render/texturestore.h>
 
 #include <kiln/interface.h>
 #include <kiln/nodelook.h>
 
+#include <functional>
+#include <map>
 #include <span>
+#include <string>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 namespace render {
@@ -21,42 +27,56 @@ struct SceneCounts {
 
 /// Keeps a model and the node behind each of its items. Node pointers are those of the scene at the
 /// last `build`.
+///
+/// What instances and references to other files show is a model of its own, which is made once and
+/// placed as often as it is shown.
 class SceneFeed {
 public:
     /// Reads the whole scene. Hidden nodes are left out, and what they shine with;
     /// their children are not, except below what only instances show. What a switch does not show
     /// is left out with all below it. A node that shows another
     /// one's subtree shows it in its own place; what shows itself in this way is left out at the
-    /// second time. Throws `std::bad_alloc`, with a part of the scene shown.
+    /// second time. Of files that are referred to those are shown that have been read. Throws
+    /// `std::bad_alloc`, with a part of the scene shown.
     void build(Interface& host);
     /// Takes over which nodes are selected, when nothing else has changed since `build`.
     void updateSelection();
+    /// Whether pictures or files that are referred to have changed on disk since they were read:
+    /// `build` then reads them anew.
+    bool noticeChanges();
     /// Forgets the scene, whose nodes are about to go.
     void clear();
 
     const SceneModel& model() const { return model_; }
-    /// Null for kNoItem. What an instance shows is the node that shows it.
+    /// Null for kNoItem. What an instance or a reference shows is the node that shows it.
     INode* nodeOf(ItemIndex item) const;
     /// The nodes that are shown in their own place, each once.
     std::span<INode* const> nodes() const { return shown_; }
-    /// Pictures that could not be shown since this was asked last, one sentence each.
-    std::vector<std::string> takeFailures() { return textures_.takeFailures(); }
+    /// Pictures and files that could not be shown since this was asked last, one sentence each.
+    std::vector<std::string> takeFailures();
     const SceneCounts& counts() const { return counts_; }
 
-private:
-    /// That many nodes are shown by way of instances; a file of nested ones could ask for more than
-    /// any memory holds.
-    static constexpr std::size_t kMostInstanced = 200'000;
-    /// Instances within one another; each is compared with all that it is part of.
-    static constexpr std::size_t kDeepestInstance = 512;
+    /// The files that the scene refers to and that have not been read, in the order in which they
+    /// were found: once they have been (`kiln::FileScenes`), `build` shows them, and may find more.
+    const std::vector<std::string>& unread() const { return references_.unread(); }
+    /// Has `unread` and read, until there is nothing more to read or `mayGoOn`, asked before each
+    /// file, says no. Returns whether all files are read and shown.
+    bool readFiles(Interface& host, const std::function<bool(const std::string& path)>& mayGoOn);
 
-    /// Where the subtree of a node stands that is shown by way of another.
-    struct Instance {
-        INode* definition;
-        INode* instancer;   ///< the node of the scene that shows it
-        std::size_t above;  ///< the instance that this one is part of; 0 for none
-        std::size_t depth;  ///< how many those are
-    };
+private:
+    /// That many nodes of the scene are read to be shown by way of instances; a file of nested
+    /// ones could ask for more than any memory holds.
+    static constexpr std::size_t kMostInstanced = 200'000;
+    /// And each node of a file so often, on an average.
+    static constexpr std::size_t kTimesRead = 4;
+    /// Models within one another.
+    static constexpr std::size_t kDeepestInstance = 512;
+    /// Models that lack something because of what they are within, and are made anew elsewhere; of
+    /// any more the first one is shown everywhere.
+    static constexpr std::size_t kMostCut = 1000;
+    /// Items that are shown, those of placed models at each of their places.
+    static constexpr std::uint64_t kMostShown = 20'000'000;
+    static constexpr std::size_t kMostLights = 4096;
 
     /// What nodes have from those above them.
     struct Inherited {
@@ -70,13 +90,13 @@ private:
 
     struct Visit {
         INode* node;
-        std::size_t parent;        ///< position in visits_
-        ItemIndex item;            ///< kNoItem for one that is not shown
-        std::size_t instance = 0;  ///< that shows it; 0 for none
-        Box subtree;
+        std::size_t parent;          ///< position among the visits
+        ItemIndex item = kNoItem;    ///< kNoItem for one that is not shown
+        ItemIndex placed = kNoItem;  ///< that shows a model of others, if it does
+        Box subtree = {};
         bool elsewhere = false;       ///< in what is seen only where instances show it
         bool isOff = false;           ///< a switch above does not show it
-        std::uint32_t inherited = 0;  ///< index in inherited_
+        std::uint32_t inherited = 0;  ///< index among what is inherited
     };
 
     /// A range that is measured to the middle of what hangs below a node.
@@ -85,39 +105,70 @@ private:
         std::size_t visit;
     };
 
+    /// What is read into one model: the scene, or what instances and references show of it.
+    struct Reading {
+        SceneModel& model;
+        Reading* within = nullptr;  ///< null for the scene
+        INode* top = nullptr;       ///< what is read
+        const std::string* folder;  ///< of the file that it is in; empty for the scene's own
+        std::size_t depth = 0;
+        bool isCut = false;  ///< something is left out because of what it is within
+        std::size_t faces = 0;
+        std::vector<Visit> visits = {};
+        std::vector<Inherited> inherited = {};  // the first is that of the top
+        std::vector<Measured> measured = {};
+    };
+
+    /// What instances and references show.
+    struct Shared {
+        std::shared_ptr<const SceneModel> model;
+        std::size_t faces = 0;
+    };
+    /// By what it is of, whether its vertices' normals count, and whether it is moved.
+    using SharedKey = std::tuple<INode*, bool, bool>;
+
     void reset();
     void readScene(Interface& host);
-    void visitAll(INode* root);
-    void visit(std::size_t at);
-    void visitChildren(std::size_t at);
-    std::uint32_t inheritanceOf(std::size_t at, const NodeBranch& branch);
-    void addRange(std::size_t at, const ViewRange& range, Inherited& below);
-    bool isElsewhere(const Visit& visit) const;
-    void visitInstanced(std::size_t at, INode& definition);
-    bool mayShow(const INode& definition, std::size_t within) const;
-    Matrix3 placeOf(const Visit& visit) const;
-    void addNode(const Visit& visit, bool standsForAnother);
-    COLORREF addLight(const Matrix3& place, const class GenLight& light, INode& node);
-    void addMesh(const Matrix3& place, const struct Mesh& mesh, INode& node,
+    void visitAll(Reading& reading);
+    void visit(Reading& reading, std::size_t at);
+    void visitChildren(Reading& reading, std::size_t at);
+    std::uint32_t inheritanceOf(Reading& reading, std::size_t at, const NodeBranch& branch);
+    void addRange(Reading& reading, std::size_t at, const ViewRange& range, Inherited& below);
+    bool isElsewhere(const Reading& reading, std::size_t at) const;
+    void showInstanced(Reading& reading, std::size_t at, INode& definition);
+    void showReference(Reading& reading, std::size_t at, const NodeReference& reference);
+    void showMissing(Reading& reading, std::size_t at);
+    void place(Reading& reading, std::size_t at, const Shared& shared);
+    Shared sharedOf(Reading& reading, INode& top, std::size_t at, const Matrix3& move,
+                    const std::string& folder);
+    bool mayRead(Reading& reading, const INode& top) const;
+    static Matrix3 placeOf(const Reading& reading, std::size_t at);
+    void addNode(Reading& reading, std::size_t at, bool standsForAnother);
+    COLORREF addLight(Reading& reading, const Matrix3& place, const class GenLight& light,
+                      INode& node);
+    void addMesh(Reading& reading, const Matrix3& place, const struct Mesh& mesh, INode& node,
                  const Inherited& inherited);
-    void addTriangles(const struct Mesh& mesh, const NodeLook& look, Color color, bool isTextured,
-                      bool isMirrored);
+    void addTriangles(Reading& reading, const struct Mesh& mesh, const NodeLook& look, Color color,
+                      bool isTextured, bool isMirrored);
     NodeLook lookOf(INode& node);
-    Surface surfaceFor(const NodeLook& look, bool hasTexture, Color wireColor);
-    void addFinishes(const Matrix3& place, const struct Mesh& mesh, const NodeLook& look);
-    void addPoints(const Matrix3& place, const struct Mesh& mesh);
-    void boundSubtrees();
+    Surface surfaceFor(const Reading& reading, const NodeLook& look, bool hasTexture,
+                       Color wireColor);
+    void addFinishes(Reading& reading, const Matrix3& place, const struct Mesh& mesh,
+                     const NodeLook& look);
+    void addPoints(Reading& reading, const Matrix3& place, const struct Mesh& mesh, INode& node);
+    static void boundSubtrees(Reading& reading);
 
     SceneModel model_;
     TextureStore textures_;
+    References references_{textures_};
     NodeLookSource* looks_ = nullptr;  // while the scene is being read
     std::vector<INode*> nodes_;        // by item
     std::vector<INode*> shown_;
-    std::vector<Visit> visits_;
-    std::vector<Instance> instances_;   // the first stands for none
-    std::vector<Inherited> inherited_;  // the first is that of the root
-    std::vector<Measured> measured_;
-    std::size_t instanced_ = 0;     // nodes shown by way of instances
+    std::vector<Visit> visits_;               // of the scene itself
+    std::map<SharedKey, Shared> instanced_;   // of the scene, as it is
+    std::map<SharedKey, Shared> referenced_;  // of files, as long as none is read
+    std::uint64_t filesRead_ = 0;             // when `referenced_` was made
+    std::size_t nodesInstanced_ = 0, mostInstanced_ = 0, cut_ = 0;
     std::vector<char> chosen_;      // by visit: selected, or below what is
     std::vector<Finish> finishes_;  // working memory
     SceneCounts counts_;

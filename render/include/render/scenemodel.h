@@ -2,9 +2,13 @@
 #pragma once
 
 #include <render/geometry.h>
+#include <render/place.h>
+
+#include <kiln/nodelook.h>
 
 #include <compare>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -15,7 +19,13 @@ using ItemIndex = std::uint32_t;
 constexpr ItemIndex kNoItem = 0xFFFFFFFFu;
 
 /// Things without a surface are shown as a mark of constant size on the screen.
-enum class MarkKind : std::uint8_t { kHelper, kLight, kLightPoint };
+/// One that is missing stands for what could not be read.
+enum class MarkKind : std::uint8_t { kHelper, kLight, kLightPoint, kMissing };
+
+/// Whether marks of this kind belong to what a scene shows, and not to the ways of working with it.
+constexpr bool isShownAlways(MarkKind kind) {
+    return kind == MarkKind::kLightPoint || kind == MarkKind::kMissing;
+}
 
 class Texture;
 
@@ -32,6 +42,8 @@ struct Surface {
     /// What the surface reflects of the light from everywhere and from lamps, and what it shines
     /// with itself; red, green and blue, 1 is all.
     Vec3 ambient{1, 1, 1}, diffuse{1, 1, 1}, emissive;
+    Vec3 specular;  ///< what it throws back like a mirror, in spots that `shininess` makes smaller
+    float shininess = 0;
     float opacity = 1;
     bool lit = true;        ///< by the scene's lights; otherwise always about as bright
     bool blended = false;   ///< the texture's alpha lets through what lies behind
@@ -63,6 +75,10 @@ struct Range {
     RangeIndex within = 0;  ///< the range that has to show, too
 };
 
+/// The number of a model that stands within another one.
+using PlacementIndex = std::uint32_t;
+constexpr PlacementIndex kNoPlacement = 0xFFFFFFFFu;
+
 /// One host node's share of the model.
 struct Item {
     std::uint32_t firstVertex = 0, vertexCount = 0;
@@ -78,12 +94,15 @@ struct Item {
     bool outlined = false;  ///< selected, or below something that is
     std::uint8_t hours = kAllHours;
     RangeIndex range = 0;
-    Vec3 front;          ///< of what turns to the eye: its first normal
+    PlacementIndex placement = kNoPlacement;  ///< instead of a surface of its own
+    Vec3 front;                               ///< of what turns to the eye: its first normal
     Vec3d origin;        ///< its vertices are relative to this point of the world
     Box box;             ///< of its own surface or mark
     Box selectionBox;    ///< what its corner brackets enclose when it is selected
     Vec3d sphereCentre;  ///< of the surface, for culling
     float sphereRadius = 0;
+
+    bool hasSurface() const { return triangleCount > 0 || placement != kNoPlacement; }
 };
 
 /// Three vertices in counter-clockwise order, seen from the front.
@@ -108,6 +127,8 @@ struct Mark {
     Color color;
     ItemIndex item;
     MarkKind kind;
+    std::uint32_t look = 0;  ///< of a light point: its number in the model; 0 for the usual
+    Vec3 normal = {};        ///< of a light point: its direction, if it has one
 };
 
 enum class LightKind : std::uint8_t { kDirectional, kPoint, kSpot };
@@ -120,10 +141,31 @@ struct Light {
     Vec3 strength;   ///< red, green and blue; 1 is full
 };
 
+class SceneModel;
+
+/// A model that stands within another one. Any number of them may show the same.
+struct Placement {
+    std::shared_ptr<const SceneModel> model;
+    Place place;
+    float opacity = 1;
+};
+
+/// Items that follow one another, or blocks of these: what is seen of none of them costs nothing.
+struct Block {
+    Box box;  ///< of their surfaces
+    Vec3d centre;
+    float radius = -1;           ///< below 0 without surfaces
+    ItemIndex sample = kNoItem;  ///< one of those that have a surface
+    bool isPlain = true;         ///< opaque, at any time and from any distance
+};
+
 /// Built anew whenever the scene has changed; the vectors keep their room from one time to the
 /// next. Turning the camera reads it only.
 class SceneModel {
 public:
+    /// Items or blocks in a block.
+    static constexpr std::size_t kInBlock = 16;
+
     void clear();
 
     /// Starts the next item; the surface and marks added next belong to it.
@@ -149,9 +191,19 @@ public:
     void setRangeCentre(RangeIndex range, Vec3d centre) { ranges_[range].centre = centre; }
     /// Levels of detail are chosen by hiding what is below them, and not by the eye.
     void setLevelsHidden() { levelsHidden_ = true; }
-    void addMark(MarkKind kind, Vec3d world, Color color);
+    void addMark(MarkKind kind, Vec3d world, Color color) {
+        addMark(kind, world, color, static_cast<ItemIndex>(items_.size() - 1));
+    }
+    /// The same, of an item that may be closed.
+    void addMark(MarkKind kind, Vec3d world, Color color, ItemIndex item);
+    /// A look of light points; the ones added next have it.
+    std::uint32_t addLightLook(const LightPointLook& look);
+    void addLightPoint(Vec3d world, Color color, std::uint32_t look, Vec3 normal);
     /// A light that is not finite is left out.
     void addLight(const Light& light);
+    /// Has the current item, which has nothing else, show another model. One that is placed beyond
+    /// all measure, or shows nothing, is left out.
+    void setPlacement(Placement placement);
     /// Closes the current item. Its selection box is its own box until setSelectionBox.
     void endItem();
 
@@ -172,10 +224,35 @@ public:
     /// Whether some surface lets through what lies behind it.
     bool hasTranslucent() const { return hasTranslucent_; }
     std::span<const Mark> marks() const { return marks_; }
+    std::span<const LightPointLook> lightLooks() const { return lightLooks_; }
+    /// Whether some light point, of models within too, changes with time.
+    bool changes() const { return changes_; }
     std::span<const Light> lights() const { return lights_; }
     /// By their numbers; a range comes behind the one that it is within.
     std::span<const Range> ranges() const { return ranges_; }
     bool levelsHidden() const { return levelsHidden_; }
+    std::span<const Placement> placements() const { return placements_; }
+    /// An item with a surface; kNoItem without any.
+    ItemIndex sample() const { return sample_; }
+    /// Whether nothing is lost when a dot stands for all of it from afar.
+    bool isPlain() const { return isPlain_; }
+    /// How many items there are, with those of the models within; the largest number for more.
+    std::uint64_t weight() const { return weight_; }
+
+    /// Calls `enter` with blocks, and within those for which it returns true `see` with the
+    /// numbers of items, all in the order of the items. The last few belong to no block.
+    template <typename Enter, typename See>
+    void walk(const Enter& enter, const See& see) const {
+        std::size_t next = 0, span = 1;
+        for (std::size_t i = 0; i < levels_.size(); ++i) span *= kInBlock;
+        for (std::size_t level = levels_.size(); level-- > 0; span /= kInBlock) {
+            for (std::size_t block = next / span; block < levels_[level].size(); ++block)
+                walkBlock(level, block, enter, see);
+            next = levels_[level].size() * span;
+        }
+        for (; next < items_.size(); ++next) see(static_cast<ItemIndex>(next));
+    }
+
     /// Encloses everything that shows; lights and helpers count only when there is nothing else.
     const Box& box() const { return box_.empty() ? helperBox_ : box_; }
     /// Encloses the selected items; empty without any.
@@ -190,6 +267,19 @@ private:
     };
 
     void dropDoubleEdges(const Item& item);
+    void addBlocks();
+    Block blockOf(ItemIndex index) const;
+
+    template <typename Enter, typename See>
+    void walkBlock(std::size_t level, std::size_t block, const Enter& enter, const See& see) const {
+        if (!enter(levels_[level][block])) return;
+        const std::size_t first = block * kInBlock;
+        for (std::size_t i = first; i < first + kInBlock; ++i)
+            if (level == 0)
+                see(static_cast<ItemIndex>(i));
+            else
+                walkBlock(level - 1, i, enter, see);
+    }
 
     std::vector<Item> items_;
     std::vector<Vec3> vertices_;
@@ -199,8 +289,16 @@ private:
     std::vector<TexturePlace> texturePlaces_;
     bool hasTranslucent_ = false;
     std::vector<Mark> marks_;
+    std::vector<LightPointLook> lightLooks_{1};
+    bool changes_ = false;
     std::vector<Light> lights_;
     std::vector<Range> ranges_{1};
+    std::vector<Placement> placements_;
+    /// Blocks of items, blocks of these, and so on, without those that are not full.
+    std::vector<std::vector<Block>> levels_;
+    ItemIndex sample_ = kNoItem;
+    bool isPlain_ = true;
+    std::uint64_t weight_ = 0;
     bool levelsHidden_ = false;
     std::vector<SeenEdge> seenEdges_;  // working memory
     Box box_, helperBox_;

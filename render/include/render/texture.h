@@ -3,9 +3,25 @@
 
 #include <render/picture.h>
 
+#include <algorithm>
 #include <array>
 
 namespace render {
+
+/// How a surface uses a picture, as the file beside it says.
+struct TextureUse {
+    enum class Color { kModulate, kDecal, kReplace, kAdd };
+
+    bool clampU = false, clampV = false;  ///< the rim goes on outside, instead of repetitions
+    bool isPointed = false;               ///< each texel has one color, instead of smooth ones
+    Color color = Color::kModulate;       ///< what becomes of the surface's own color
+
+    bool isPlain() const { return *this == TextureUse{}; }
+    bool operator==(const TextureUse&) const = default;
+};
+
+/// From the attribute file of a picture; what such a file does not say, or cannot mean, is plain.
+TextureUse readTextureUse(std::span<const std::uint8_t> bytes);
 
 /// The picture and smaller ones of it, each with half the sides of the one before. Sides are powers
 /// of two, and so smaller or a little larger than the picture's own.
@@ -32,6 +48,25 @@ public:
                          static_cast<std::uint32_t>(v & 0xFF));
         }
 
+        /// The same for one that is used in its own way.
+        std::uint32_t at(std::int32_t u, std::int32_t v, const TextureUse& use) const {
+            const std::int32_t width = 1 << widthBits, height = 1 << heightBits;
+            if (use.isPointed) u += 128, v += 128;
+            const auto place = [](std::int32_t at, std::int32_t size, bool clamped) {
+                return clamped ? std::clamp(at, 0, size - 1) : at & (size - 1);
+            };
+            const auto texel = [&](std::int32_t x, std::int32_t y) {
+                return texels[(place(y, height, use.clampV) << widthBits) +
+                              place(x, width, use.clampU)];
+            };
+            const std::int32_t x = u >> 8, y = v >> 8;
+            if (use.isPointed) return texel(x, y);
+            const auto shareU = static_cast<std::uint32_t>(u & 0xFF);
+            return mixed(mixed(texel(x, y), texel(x + 1, y), shareU),
+                         mixed(texel(x, y + 1), texel(x + 1, y + 1), shareU),
+                         static_cast<std::uint32_t>(v & 0xFF));
+        }
+
     private:
         /// Two channels at a time.
         static std::uint32_t mixed(std::uint32_t a, std::uint32_t b, std::uint32_t share) {
@@ -43,7 +78,9 @@ public:
     };
 
     /// `mostBits` limits the sides further. The picture must not be empty.
-    explicit Texture(const Picture& picture, int mostBits = kMostBits);
+    explicit Texture(const Picture& picture, int mostBits = kMostBits, const TextureUse& use = {});
+
+    const TextureUse& use() const { return use_; }
 
     /// Whether some of it can be seen through.
     bool hasAlpha() const { return hasAlpha_; }
@@ -70,6 +107,7 @@ private:
     std::array<Place, kMostBits + 1> levels_{};
     int levelCount_ = 0;
     bool hasAlpha_ = false;
+    TextureUse use_;
 };
 
 }  // namespace render

@@ -81,6 +81,8 @@ public:
 
     /// Where `print` writes, a whole line at a time without its end. Nowhere at first.
     void setOutput(std::function<void(std::string_view)> output);
+    /// Writes a line there, as `print` does.
+    void print(std::string_view line) const;
     void setLimits(const Limits& limits);
     const Limits& limits() const noexcept;
     /// Asked every few steps; true ends the script with an error. Null for never.

@@ -25,6 +25,15 @@ public:
     /// Of the last model.
     const render::SceneCounts& counts() const { return feed_.counts(); }
     std::vector<std::string> takeFailures() { return feed_.takeFailures(); }
+    /// The files that the last model refers to and that are still to be read.
+    const std::vector<std::string>& unreadFiles() const { return feed_.unread(); }
+    /// Reads some of them: before each, `mayGoOn` is asked. What was read is shown once all of a
+    /// model's are.
+    void readFiles(const std::function<bool(const std::string& path)>& mayGoOn);
+    /// Reads anew what has changed on disk.
+    void noticeFiles();
+    /// Whether what the last model shows changes with time.
+    bool changes() const { return feed_.model().changes(); }
 
     /// To be told when the set of selected nodes has changed.
     void selectionChanged();

@@ -5,6 +5,7 @@
 #include "windowverbs.h"
 #include "wording.h"
 
+#include <base/paths.h>
 #include <base/utf16.h>
 #include <framework/cdialog.h>
 #include <framework/controls.h>
@@ -26,6 +27,11 @@ constexpr UINT kRefreshMessage = WM_APP + 1, kRaiseMessage = WM_APP + 2,
                kAskAtEndMessage = WM_APP + 3;
 constexpr UINT_PTR kModifiedTimer = 1;
 constexpr UINT kModifiedMilliseconds = 500;
+constexpr UINT_PTR kReadTimer = 3;
+constexpr UINT kMillisecondsBetweenReads = 10;
+constexpr UINT_PTR kFlashTimer = 4;
+constexpr UINT kMillisecondsOfFlash = 100;
+constexpr ULONGLONG kMillisecondsOfReading = 60;
 constexpr std::size_t kMegabyte = std::size_t{1} << 20;
 
 // The program's icon in a size of the system's. Shared: it stays the program's.
@@ -215,7 +221,9 @@ bool MainWindow::preTranslate(MSG& message) {
 
 void MainWindow::OnActivate(UINT state, HWND, bool) {
     Default();
-    if (state != WA_INACTIVE) Post(kRaiseMessage);
+    if (state == WA_INACTIVE) return;
+    Post(kRaiseMessage);
+    view_.scene().noticeFiles();
 }
 
 void MainWindow::OnSetFocus(HWND) {
@@ -256,7 +264,35 @@ void MainWindow::sceneOutdated() {
 
 void MainWindow::sceneDrawn(const std::vector<std::string>& failures) {
     for (const std::string& failure : failures) print("-- " + failure, LogLine::kWarning);
+    if (!view_.scene().unreadFiles().empty())
+        ::SetTimer(Handle(), kReadTimer, kMillisecondsBetweenReads, nullptr);
+    if (view_.scene().changes()) ::SetTimer(Handle(), kFlashTimer, kMillisecondsOfFlash, nullptr);
     refreshFrame();
+}
+
+// Files that the scene refers to are read between messages, the timer's being the last of these.
+void MainWindow::readSomeFiles() {
+    ::KillTimer(Handle(), kReadTimer);
+    const ULONGLONG begun = ::GetTickCount64();
+    bool isFirst = true;
+    std::size_t number = 0;
+    const auto mayGoOn = [&](const std::string& path) {
+        ++number;
+        if (core_.fileScene(path)) return true;
+        const bool hasTime = ::GetTickCount64() - begun <= kMillisecondsOfReading;
+        if (!std::exchange(isFirst, false) && !hasTime) return false;
+        const std::string name = base::textOf(base::pathFrom(path).filename());
+        const std::string all = std::to_string(view_.scene().unreadFiles().size());
+        status_.setPrompt(
+            textOf(TextId::kReadingFile, {name, std::to_string(number), all}).c_str());
+        panes_.status().Update();
+        return true;
+    };
+    view_.scene().readFiles(mayGoOn);
+    if (view_.scene().unreadFiles().empty())
+        status_.setPrompt(nullptr);
+    else
+        ::SetTimer(Handle(), kReadTimer, kMillisecondsBetweenReads, nullptr);
 }
 
 void MainWindow::sceneReplaced() {
@@ -307,6 +343,11 @@ LRESULT MainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
 void MainWindow::OnTimer(UINT_PTR id) {
     if (recovery_.onTimer(id)) return;
     if (id == kModifiedTimer) refreshTitle();
+    if (id == kReadTimer) readSomeFiles();
+    if (id == kFlashTimer) {
+        ::KillTimer(Handle(), kFlashTimer);
+        viewport().redraw();
+    }
 }
 
 void MainWindow::refreshTitle() {

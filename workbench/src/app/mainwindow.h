@@ -102,6 +102,7 @@ private:
     void showGuide();
     /// Has a click take objects or faces, and keeps that.
     void togglePickWholes();
+    void readSomeFiles();
 
     kiln::Core& core_;
     Settings& settings_;

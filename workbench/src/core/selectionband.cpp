@@ -18,7 +18,14 @@ std::vector<render::ItemIndex> itemsWithin(const render::SceneModel& scene,
     std::vector<render::ItemIndex> within;
     for (render::ItemIndex i = 0; i < items.size(); ++i) {
         const render::Item& item = items[i];
-        if (item.triangleCount == 0) continue;
+        if (!item.hasSurface()) continue;
+        if (item.placement != render::kNoPlacement) {
+            bool all = true;
+            for (unsigned corner = 0; corner < 8; ++corner)
+                all = all && isWithin(item.box.corner(corner), camera, area);
+            if (all) within.push_back(i);
+            continue;
+        }
         const auto vertices = scene.vertices().subspan(item.firstVertex, item.vertexCount);
         if (std::ranges::all_of(vertices, [&](const render::Vec3& vertex) {
                 return isWithin(item.origin + render::Vec3d{vertex.x, vertex.y, vertex.z}, camera,

@@ -37,6 +37,19 @@ void ShownScene::selectionChanged() {
     if (!std::exchange(selectionChanged_, true) && isCurrent()) onOutdated_();
 }
 
+void ShownScene::readFiles(const std::function<bool(const std::string& path)>& mayGoOn) {
+    if (held_) return;
+    model();
+    feed_.readFiles(host_, mayGoOn);
+    if (feed_.unread().empty()) onOutdated_();
+}
+
+void ShownScene::noticeFiles() {
+    if (held_ || !isRead_ || !feed_.noticeChanges()) return;
+    isRead_ = false;
+    onOutdated_();
+}
+
 void ShownScene::hold(bool held) {
     held_ = held;
     if (!held && (selectionChanged_ || !isCurrent())) onOutdated_();

@@ -94,6 +94,7 @@ bool Viewport::ensureBitmap(int width, int height) {
 void Viewport::draw() {
     const auto start = std::chrono::steady_clock::now();
     options_.pixelScale = static_cast<float>(windowDpi(Handle())) / 96;
+    options_.seconds = static_cast<double>(::GetTickCount64()) / 1000;
     canvas_.resize(bitmap_.width, bitmap_.height);
     renderer_.draw(client_.sceneToDraw(), camera_, options_, canvas_);
     ::GdiFlush();

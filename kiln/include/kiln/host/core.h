@@ -9,6 +9,8 @@
 #include <kiln/sceneio.h>
 #include <kiln/timevalue.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -54,6 +56,12 @@ struct ExportChoice {
     INode* part = nullptr;  ///< one of `Core::exportParts`; null where there are not several
     /// Instead of `part`: the name of its node or of its file, which must be no other's.
     std::string partName = {};
+};
+
+/// What a file holds that the scene refers to.
+struct FileScene {
+    INode* root = nullptr;  ///< of a scene of its own; null when it could not be read
+    ImportResult result;
 };
 
 /// The core, of which there is at most one. `GetCOREInterface()` is null before `create` and after
@@ -146,6 +154,23 @@ public:
     ImportResult saveExported(const std::string& path, const ExportChoice& choice = {},
                               const ProgressFunction& progress = {});
 
+    // Files that the scene refers to.
+
+    /// That many of them are read, with so many nodes together; what is beyond is refused.
+    static constexpr std::size_t kMostFileScenes = 4096;
+    static constexpr std::size_t kMostFileNodes = 3'000'000;
+    /// Reads a file by its importer into a scene of its own, beside the one that is shown: nobody
+    /// hears of it, nothing is recorded, and the nodes are only to be looked at. A file is read
+    /// once; the answer stays until `forgetFileScenes`, which another scene leads to. Refused, and
+    /// not remembered, while the scene is being changed by an undo or a deletion.
+    FileScene readFileScene(const std::string& path);
+    /// The file that was read, or null. Valid until the next one is read or forgotten.
+    const FileScene* fileScene(const std::string& path) const;
+    void forgetFileScenes() noexcept;
+    /// Another number after each file that is read or forgotten.
+    std::uint64_t fileSceneChanges() const noexcept;
+    std::size_t fileSceneNodes() const noexcept;
+
     // The utility panel.
 
     /// Opens the utility that `utility` describes, closing the one that is open. Refused when it is
@@ -156,6 +181,7 @@ public:
     ClassDesc* openedUtility() const noexcept;
 
 private:
+    friend class SceneAside;
     friend class SceneText;
     Core();
     ~Core();

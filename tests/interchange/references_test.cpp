@@ -1,0 +1,173 @@
+// What a scene shows of the files that it refers to.
+#include "../support/temporaryfolder.h"
+#include "fltbytes.h"
+#include "importscene.h"
+
+#include <gmock/gmock.h>
+#include <interchange/filereference.h>
+#include <render/renderer.h>
+#include <render/scenefeed.h>
+#include <tessera/aviaryutil.h>
+
+#include <algorithm>
+
+KILN_PLUGIN_EXPORT const char* LibDescription();
+KILN_PLUGIN_EXPORT int LibNumberClasses();
+KILN_PLUGIN_EXPORT ClassDesc* LibClassDesc(int index);
+KILN_PLUGIN_EXPORT DWORD LibVersion();
+
+namespace {
+
+/// A square of 4 by 4 about (`x`, 0, 0), below a group.
+void addSquare(FltBytes& file, std::string_view group, std::initializer_list<std::uint32_t> list) {
+    file.group(group).push().polygon("p", list).pop();
+}
+
+FltBytes model(std::initializer_list<std::string_view> references, double x = 0) {
+    FltBytes file;
+    file.palette({{x - 2, -2, 0},
+                  {x + 2, -2, 0},
+                  {x + 2, 2, 0},
+                  {x - 2, 2, 0},
+                  {x + 18, -2, 0},
+                  {x + 22, -2, 0},
+                  {x + 22, 2, 0},
+                  {x + 18, 2, 0}});
+    file.push();
+    addSquare(file, "here", {0, 1, 2, 3});
+    addSquare(file, "there", {4, 5, 6, 7});
+    for (const std::string_view name : references)
+        file.record(kFltExternalRef, Bytes().field(name, 200).zeros(12));
+    return file.pop(), file;
+}
+
+class ReferencesTest : public ImportScene {
+protected:
+    ReferencesTest() {
+        static const kiln::Status registered = kiln::registerModule(
+            "FltInterchange", {&LibDescription, &LibNumberClasses, &LibClassDesc, &LibVersion});
+        EXPECT_TRUE(registered.ok()) << registered.message();
+        camera.setPictureSize(kSide, kSide);
+        canvas.resize(kSide, kSide);
+        options.mode = render::DrawMode::kShaded;
+        options.grid = options.axes = options.helpers = false;
+        EXPECT_TRUE(camera.lookFrom({10, 0, 80}, {10, 0.01, 0}));
+    }
+
+    /// Imports a file with these references, each moved 10 along y from the one before.
+    INode* open(std::initializer_list<std::string_view> references) {
+        FltBytes file;
+        file.push();
+        float y = 0;
+        for (const std::string_view name : references) {
+            file.record(kFltExternalRef, Bytes().field(name, 200).zeros(12));
+            file.matrix(0, y, 0);
+            y += 10;
+        }
+        file.pop();
+        EXPECT_TRUE(core.importFile(folder.write(u8"main.flt", file)).ok());
+        return host.GetRootNode()->GetChildNode(0);
+    }
+    void draw() {
+        feed.build(host);
+        feed.readFiles(host, [](const std::string&) { return true; });
+        renderer.draw(feed.model(), camera, options, canvas);
+    }
+    INode* nodeAt(double x, double y) const {
+        const auto place = camera.project({x, y, 0});
+        return place ? feed.nodeOf(
+                           canvas.item(static_cast<int>(place->x), static_cast<int>(place->y)))
+                     : nullptr;
+    }
+
+    static constexpr int kSide = 240;
+    const TemporaryFolder folder;
+    render::SceneFeed feed;
+    render::Camera camera;
+    render::Canvas canvas;
+    render::Renderer renderer;
+    render::RenderOptions options;
+};
+
+TEST_F(ReferencesTest, FilesAreShownWhereTheReferenceStandsAndSelectedAsAWhole) {
+    std::filesystem::create_directory(folder.path() / "Models");
+    folder.write(u8"Models/House.FLT", model({"inner.flt"}));
+    folder.write(u8"Models/inner.flt", model({}, 40));
+    INode* const top = open({"models\\house.flt", "MODELS/house.flt<there>"});
+    INode* const first = top->GetChildNode(0);
+    INode* const second = top->GetChildNode(1);
+    tessera::aviaryUtil().SetLastImport("before");
+    const int nodes = host.GetNodeCount();
+    const std::size_t steps = core.history().stepCount();
+    core.setModified(false);
+    draw();
+    EXPECT_EQ(nodeAt(0, 0), first);
+    EXPECT_EQ(nodeAt(20, 0), first);
+    EXPECT_EQ(nodeAt(40, 0), first) << "a file in a file, found beside it";
+    EXPECT_EQ(nodeAt(20, 10), second) << "the part that is named, where its file has it";
+    EXPECT_EQ(nodeAt(0, 10), nullptr) << "without the rest of the file";
+    EXPECT_EQ(nodeAt(10, 0), nullptr);
+    EXPECT_EQ(feed.counts().faces, 5u);
+    EXPECT_EQ(feed.counts().nodes, nodes);
+    EXPECT_THAT(feed.takeFailures(), testing::IsEmpty());
+    // Looking at files leaves the scene as it is.
+    EXPECT_EQ(host.GetNodeCount(), nodes);
+    EXPECT_EQ(core.history().stepCount(), steps);
+    EXPECT_FALSE(core.isModified());
+    EXPECT_STREQ(tessera::aviaryUtil().GetLastImport(), "before");
+    // What changes of a reference shows; the files are not read again.
+    first->SetNodeTM(0, TransMatrix({0, -10, 0}));
+    feed.build(host);
+    EXPECT_THAT(feed.unread(), testing::IsEmpty());
+    renderer.draw(feed.model(), camera, options, canvas);
+    EXPECT_EQ(nodeAt(0, -10), first);
+    EXPECT_EQ(nodeAt(0, 0), nullptr);
+    core.newScene();
+    draw();
+    EXPECT_TRUE(feed.model().box().empty());
+}
+
+TEST_F(ReferencesTest, WhatIsMissingOrDamagedIsMarkedAndSaidOnce) {
+    folder.write(u8"damaged.flt", Bytes().text("no such file"));
+    folder.write(u8"good.flt", model({}));
+    INode* const top = open({"none.flt", "damaged.flt", "good.flt<nowhere>", "picture.rgb"});
+    folder.write(u8"picture.rgb", Bytes().u8(1));
+    draw();
+    std::vector<std::string> failures = feed.takeFailures();
+    EXPECT_THAT(failures, testing::UnorderedElementsAre(
+                              testing::HasSubstr("none.flt"), testing::HasSubstr("damaged.flt"),
+                              testing::HasSubstr("nowhere"), testing::HasSubstr("picture.rgb")));
+    // Crossed boxes, which picking finds.
+    EXPECT_EQ(
+        std::ranges::count(feed.model().marks(), render::MarkKind::kMissing, &render::Mark::kind),
+        4);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(nodeAt(0, 10. * i), top->GetChildNode(i));
+    draw();
+    EXPECT_THAT(feed.takeFailures(), testing::IsEmpty());
+}
+
+TEST_F(ReferencesTest, FilesThatShowEachOtherEnd) {
+    folder.write(u8"a.flt", model({"b.flt", "a.flt"}));
+    folder.write(u8"b.flt", model({"a.flt"}, 40));
+    INode* const top = open({"a.flt", "b.flt"});
+    draw();
+    EXPECT_EQ(nodeAt(0, 0), top->GetChildNode(0));
+    EXPECT_EQ(nodeAt(40, 0), top->GetChildNode(0));
+    EXPECT_EQ(nodeAt(0, 10), top->GetChildNode(1)) << "each is shown within the other";
+    // The first without what it is in itself; the second with the first as that was made.
+    EXPECT_EQ(feed.counts().faces, (2u + 2) + (2u + 4));
+}
+
+TEST(FileReferenceTest, TakesTheNameOfANodeFromTheEnd) {
+    using interchange::parsedReference;
+    for (const auto& [name, file, part] : {std::tuple{"a/b.flt", "a/b.flt", ""},
+                                           {"b.flt<oak 1>", "b.flt", "oak 1"},
+                                           {"b.flt <oak", "b.flt", "oak"},
+                                           {"b.flt<>", "b.flt", ""},
+                                           {"<oak>", "", "oak"}}) {
+        EXPECT_EQ(parsedReference(name).file, file) << name;
+        EXPECT_EQ(parsedReference(name).part, part) << name;
+    }
+}
+
+}  // namespace
