@@ -197,6 +197,7 @@ bool Core::Impl::UngroupNode(INode* head) {
 }
 
 void Core::Impl::RedrawViews(TimeValue t, DWORD flags, Animatable* changed) {
+    if (isAside) return;
     noteLookChanged();
     window->redrawViews(t, flags, changed);
 }
