@@ -20,7 +20,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <stdexcept>
 
 namespace samples {
 
@@ -72,19 +71,8 @@ FltScene sceneOf(const std::string& id, const std::string& textures) {
     fltSetText(scene.header.dateTime, "2026-01-01 12:00:00");
     scene.colors = kColors;
     if (textures.empty()) return scene;
-    for (const char* name : kPictureNames) {
-        FltTexture texture;
-        fltSetText(texture.fileName, textures + name);
-        texture.index = static_cast<std::int32_t>(scene.textures.size());
-        scene.textures.push_back(texture);
-    }
+    for (const char* name : kPictureNames) scene.addTexture(textures + name);
     return scene;
-}
-
-void write(const FltScene& scene, const fs::path& path) {
-    fs::create_directories(path.parent_path());
-    if (!writeScene(scene, base::textOf(path)))
-        throw std::runtime_error("cannot write " + base::textOf(path));
 }
 
 /// A picture in the format of SGI, 64 by 64 texels with courses of stones.
@@ -250,9 +238,9 @@ void writeCity(const fs::path& folder, std::size_t files) {
     FltScene door = sceneOf("door", {});
     door.root.add(named<FltObject>("door"))
         .addFace({{0, -1, 0}, {0, 1, 0}, {0, 1, 2}, {0, -1, 2}}, kRoof);
-    write(door, folder / "models/door.flt");
+    writeSceneFile(door, folder / "models/door.flt");
     for (std::size_t i = 0; i < models; ++i)
-        write(makeModel(i), folder / "models" / numbered("m%02zu.flt", i));
+        writeSceneFile(makeModel(i), folder / "models" / numbered("m%02zu.flt", i));
     FltScene city = sceneOf("city", {});
     for (std::size_t d = 0; d < districts; ++d) {
         const std::string name = numbered("d%04zu", d);
@@ -260,18 +248,18 @@ void writeCity(const fs::path& folder, std::size_t files) {
         const std::size_t end = std::min(tiles, (d + 1) * kTilesOfDistrict);
         for (std::size_t i = d * kTilesOfDistrict; i < end; ++i) {
             const std::string tile = numbered("t%06zu.flt", i);
-            write(makeTile(i, models), folder / "tiles" / name / tile);
+            writeSceneFile(makeTile(i, models), folder / "tiles" / name / tile);
             district.root.add(referenceTo(std::string(name).append("/").append(tile)))
                 .transform(moved(kTile * static_cast<double>(i % 10),
                                  kTile * static_cast<double>(i / 10 % 10)));
         }
-        write(district, folder / "tiles" / (name + ".flt"));
+        writeSceneFile(district, folder / "tiles" / (name + ".flt"));
         const std::size_t row = d / 10;
         city.root.add(referenceTo(numbered("tiles/d%04zu.flt", d)))
             .transform(moved(10 * kTile * static_cast<double>(d % 10),
                              10 * kTile * static_cast<double>(row)));
     }
-    write(city, folder / "city.flt");
+    writeSceneFile(city, folder / "city.flt");
 }
 
 }  // namespace samples

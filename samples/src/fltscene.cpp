@@ -1,5 +1,6 @@
 #include "fltscene.h"
 
+#include <base/paths.h>
 #include <quillon/fltcolorpalette.h>
 #include <quillon/fltcomment.h>
 #include <quillon/fltlongid.h>
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 
 namespace samples {
 
@@ -229,6 +231,19 @@ private:
     std::vector<std::uint32_t> offsets_;
     std::size_t nextVertex_ = 0;
 };
+
+void FltScene::addTexture(const std::string& fileName) {
+    FltTexture texture;
+    fltSetText(texture.fileName, fileName);
+    texture.index = static_cast<std::int32_t>(textures.size());
+    textures.push_back(texture);
+}
+
+void writeSceneFile(const FltScene& scene, const std::filesystem::path& path) {
+    std::filesystem::create_directories(path.parent_path());
+    if (!writeScene(scene, base::textOf(path)))
+        throw std::runtime_error("cannot write " + base::textOf(path));
+}
 
 bool writeScene(const FltScene& scene, const std::string& path) {
     FltStream stream;

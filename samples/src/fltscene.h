@@ -10,6 +10,7 @@
 
 #include <array>
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <utility>
@@ -102,6 +103,9 @@ struct FltScene {
     std::string comment;
     Node root{nullptr};  ///< stands for the header; only its children are written
 
+    /// Adds a texture of that file name to the end of the palette.
+    void addTexture(const std::string& fileName);
+
     template <typename Record>
     void addPalette(Record record) {
         palettes.push_back(std::make_unique<Record>(std::move(record)));
@@ -111,5 +115,7 @@ struct FltScene {
 /// Writes `scene` to `path` (UTF-8), replacing a file of that name. Gives false when the file
 /// cannot be created or written whole.
 [[nodiscard]] bool writeScene(const FltScene& scene, const std::string& path);
+/// The same, with the folders that are missing; throws `std::runtime_error` when it cannot.
+void writeSceneFile(const FltScene& scene, const std::filesystem::path& path);
 
 }  // namespace samples

@@ -17,8 +17,8 @@
 
 #include <cmath>
 #include <functional>
+#include <iterator>
 #include <numbers>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -73,19 +73,9 @@ FltScene sceneOf(std::string_view id, const std::string& textures) {
     scene.colors = kColors;
     // As people write them who do not look at large and small letters.
     for (const char* name :
-         {"waves.TIF", "bricks.bmp", "tiles.rgb", "Planks.tga", "oak.tga", "pine.tga"}) {
-        FltTexture texture;
-        fltSetText(texture.fileName, textures + name);
-        texture.index = static_cast<std::int32_t>(scene.textures.size());
-        scene.textures.push_back(texture);
-    }
+         {"waves.TIF", "bricks.bmp", "tiles.rgb", "Planks.tga", "oak.tga", "pine.tga"})
+        scene.addTexture(textures + name);
     return scene;
-}
-
-void write(const FltScene& scene, const fs::path& path) {
-    fs::create_directories(path.parent_path());
-    if (!writeScene(scene, base::textOf(path)))
-        throw std::runtime_error("cannot write " + base::textOf(path));
 }
 
 void refer(Node& parent, std::string_view file, const Matrix& place) {
@@ -414,13 +404,13 @@ FltScene town() {
 
 void writeHarbour(const fs::path& folder) {
     writePictures(folder / "pictures");
-    write(trees(), folder / "town/trees.flt");
-    write(door(), folder / "town/parts/door.flt");
-    write(house(), folder / "town/house.flt");
-    write(crane(), folder / "town/crane.flt");
-    write(lamp(), folder / "town/lamp.flt");
-    write(lighthouse(), folder / "town/lighthouse.flt");
-    write(town(), folder / "harbour.flt");
+    writeSceneFile(trees(), folder / "town/trees.flt");
+    writeSceneFile(door(), folder / "town/parts/door.flt");
+    writeSceneFile(house(), folder / "town/house.flt");
+    writeSceneFile(crane(), folder / "town/crane.flt");
+    writeSceneFile(lamp(), folder / "town/lamp.flt");
+    writeSceneFile(lighthouse(), folder / "town/lighthouse.flt");
+    writeSceneFile(town(), folder / "harbour.flt");
 }
 
 }  // namespace samples

@@ -23,12 +23,7 @@ bool writeSamples(const std::filesystem::path& folder) {
         return false;
     }
     std::printf("%s\n", path.c_str());
-    std::filesystem::create_directories(folder / "aircraft");
-    const std::string airliner = base::textOf(folder / "aircraft/airliner.flt");
-    if (!samples::writeScene(samples::makeAirliner(), airliner)) {
-        std::fprintf(stderr, "make_samples: cannot write %s\n", airliner.c_str());
-        return false;
-    }
+    samples::writeSceneFile(samples::makeAirliner(), folder / "aircraft/airliner.flt");
     if (!samples::writeFaults(base::textOf(folder))) {
         std::fprintf(stderr, "make_samples: cannot write the faulty scene\n");
         return false;
