@@ -107,8 +107,8 @@ TEST(Canvas, DrawsPartsOfWhatLeavesThePictureAndSurvivesNonsense) {
     fill(canvas, {3, 3, 0}, {3, 3, 0}, {3, 3, 0}, kBlue, 0);
     // An edge that is infinitely flat, from the very centre of a row.
     const float below = std::nextafter(0.5f, 1.f), furtherBelow = std::nextafter(below, 1.f);
-    for (const float far : {-1e32f, 1e32f})
-        fill(canvas, {0, 0.5f, 0}, {1, below, 0}, {far, furtherBelow, 0}, kBlue, 0);
+    for (const float distant : {-1e32f, 1e32f})
+        fill(canvas, {0, 0.5f, 0}, {1, below, 0}, {distant, furtherBelow, 0}, kBlue, 0);
     canvas.line({none, 0, 0}, {5, 5, 0}, {kBlue});
     canvas.line({-huge, -huge, 0}, {huge, huge, 0}, {kBlue});
     canvas.gradient({huge, huge, 0}, {-huge, huge, 0}, {0, -huge, huge}, {}, {});

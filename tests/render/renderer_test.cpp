@@ -113,9 +113,9 @@ TEST_F(RendererTest, SelectionIsMarkedWithoutTakingOtherThingsPixels) {
 // Standing inside a floor that reaches behind the viewer, the part in front is drawn.
 TEST_F(RendererTest, ClipsWhatReachesBehindTheViewer) {
     scene_.beginItem();
-    const float far = 1e5f;
-    for (const Vec3 p :
-         {Vec3{-far, -far, 0}, Vec3{far, -far, 0}, Vec3{far, far, 0}, Vec3{-far, far, 0}})
+    const float distant = 1e5f;
+    for (const Vec3 p : {Vec3{-distant, -distant, 0}, Vec3{distant, -distant, 0},
+                         Vec3{distant, distant, 0}, Vec3{-distant, distant, 0}})
         scene_.addVertex(p);
     scene_.addTriangle(0, 1, 2, kGrey, 3);
     scene_.addTriangle(0, 2, 3, kGrey, 6);
