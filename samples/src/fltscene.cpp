@@ -4,6 +4,7 @@
 #include <quillon/fltcolorpalette.h>
 #include <quillon/fltcomment.h>
 #include <quillon/fltlongid.h>
+#include <quillon/flttext.h>
 #include <quillon/flttransform.h>
 #include <quillon/fltvertex.h>
 #include <quillon/fltvertexlist.h>
