@@ -13,6 +13,7 @@
 #include <quillon/fltmaterial.h>
 #include <quillon/fltobject.h>
 #include <quillon/fltswitch.h>
+#include <quillon/flttext.h>
 #include <quillon/fltxref.h>
 
 #include <cmath>
@@ -208,7 +209,7 @@ void writePictures(const fs::path& folder) {
                                           (y % 16 < 2 ? 0.5 : 1));
     });
     writeTga(folder / "planks.tga", [](std::size_t x, std::size_t y) {
-        return shaded(0x8A6A48, x % 16 == 0 ? 0.5 : 0.85 + 0.15 * (y * 5 % 7) / 7.);
+        return shaded(0x8A6A48, x % 16 == 0 ? 0.5 : 0.85 + 0.02 * static_cast<double>(y * 5 % 7));
     });
     for (const bool isPointed : {false, true})
         writeTga(folder / (isPointed ? "pine.tga" : "oak.tga"),
@@ -374,10 +375,7 @@ FltScene town() {
     FltScene scene = sceneOf("harbour", "pictures/");
     Node& ground = scene.root.add(named<FltObject>("ground"));
     ground.addFace(rectangle(-120, -120, 120, -30, -1.5), kWater, kWaves);
-    ground.addFace(rectangle(-120, -30, 120, 120, 0), kGreen)
-        .changeFace([](FltFace& face) {
-            face.packedColor = {255, 88, 140, 110};
-        })
+    ground.addFace(rectangle(-120, -30, 120, 120, 0), kGrass)
         .addSubface(rectangle(-120, -30, 120, -12, 0), kStone);
     for (const Polygon& wall :
          walls(rectangle(-120, -30, 120, -29.9, -1.5), rectangle(-120, -30, 120, -29.9, 0)))
