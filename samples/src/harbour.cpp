@@ -152,7 +152,7 @@ void writeBmp(const fs::path& path, const Painting& paint) {
     constexpr std::size_t kHead = 54;
     put(path, "BM" + little(kHead + kSide * kSide * 3, 4) + little(0, 4) + little(kHead, 4) +
                   little(40, 4) + little(kSide, 4) + little(kSide, 4) + little(1, 2) +
-                  little(24, 2) + little(0, 24) + texels(paint, false));
+                  little(24, 2) + std::string(24, '\0') + texels(paint, false));
 }
 
 void writeTiff(const fs::path& path, const Painting& paint) {
