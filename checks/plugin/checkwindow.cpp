@@ -599,12 +599,22 @@ int CheckWindow::focusedRow() const {
         ::SendMessageW(list(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED));
 }
 
+/// -1 behind the last one. Where all are selected, the control is not asked row by row.
+int CheckWindow::selectedBehind(int row, bool areAll) const {
+    if (areAll) return row + 1 < static_cast<int>(findings_.rows()) ? row + 1 : -1;
+    return static_cast<int>(
+        ::SendMessageW(list(), LVM_GETNEXTITEM, static_cast<WPARAM>(row), LVNI_SELECTED));
+}
+
+bool CheckWindow::areAllSelected() const {
+    return ::SendMessageW(list(), LVM_GETSELECTEDCOUNT, 0, 0) ==
+           static_cast<LRESULT>(findings_.rows());
+}
+
 std::vector<std::size_t> CheckWindow::selectedFindings(std::size_t most) const {
     std::vector<std::size_t> indices;
-    LRESULT row = -1;
-    while (indices.size() < most &&
-           (row = ::SendMessageW(list(), LVM_GETNEXTITEM, static_cast<WPARAM>(row),
-                                 LVNI_SELECTED)) >= 0) {
+    const bool areAll = areAllSelected();
+    for (int row = -1; indices.size() < most && (row = selectedBehind(row, areAll)) >= 0;) {
         const FindingList::Row selected = findings_.at(static_cast<std::size_t>(row));
         if (selected.finding != nullptr) indices.push_back(selected.index);
     }
@@ -734,9 +744,8 @@ void CheckWindow::mendKind() {
 void CheckWindow::copy() {
     const CWaitCursor wait;
     std::string text;
-    LRESULT row = -1;
-    while ((row = ::SendMessageW(list(), LVM_GETNEXTITEM, static_cast<WPARAM>(row),
-                                 LVNI_SELECTED)) >= 0) {
+    const bool areAll = areAllSelected();
+    for (int row = -1; (row = selectedBehind(row, areAll)) >= 0;) {
         const FindingList::Row selected = findings_.at(static_cast<std::size_t>(row));
         for (int column = kSeverityColumn; column <= kTextColumn; ++column) {
             if (column != kSeverityColumn) text += '\t';

@@ -82,6 +82,9 @@ private:
     int focusedRow() const;
     /// The findings of the rows that are selected, so many at most.
     std::vector<std::size_t> selectedFindings(std::size_t most = SIZE_MAX) const;
+    bool areAllSelected() const;
+    /// The next selected row behind `row`; `areAll` is what `areAllSelected` says.
+    int selectedBehind(int row, bool areAll) const;
     void noteFocus();
     void fold(int row, bool folded);
 
