@@ -3,6 +3,7 @@
 #include <checks/checkfunctions.h>
 #include <checks/geometryfunctions.h>
 #include <kiln/host/host.h>
+#include <palettes/palettefunctions.h>
 #include <tessera/attributeverbs.h>
 #include <tessera/aviaryutil.h>
 
@@ -19,6 +20,7 @@ std::vector<std::string> loadPlugins(const std::string&) {
     tessera::attributeVerbs();
     checks::checkFunctions();
     checks::geometryFunctions();
+    palettes::paletteFunctions();
     const kiln::Status status = kiln::registerModule(
         "OpenFlight interchange", {LibDescription, LibNumberClasses, LibClassDesc, LibVersion});
     if (status.ok()) return {};

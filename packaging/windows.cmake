@@ -26,13 +26,14 @@ page(user-guide.zh-CN zh-CN)
 page(scripting en)
 page(fltool en)
 page(checks en)
+page(palettes en)
 add_custom_target(package_contents ALL DEPENDS stage ${_pages})
 
 # Part of the compiler's runtime is within Windows programs.
 list(APPEND _licences /usr/share/doc/gcc-mingw-w64-x86-64-posix-runtime/copyright
                       /usr/share/doc/mingw-w64-x86-64-dev/copyright)
 
-set(_modules Tessera FltCheck FltInterchange FltKilnUtilRes)
+set(_modules Tessera FltCheck FltInterchange FltPalettes FltKilnUtilRes)
 
 # package_texts(COMPONENT FOLDER README): what there is to read, with the line ends of the platform.
 function(package_texts component folder readme)

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace fltkilnutil {
 
@@ -174,6 +175,44 @@ void changeSourceRecords(Animatable& node, const SourceRecords& kept, std::uint3
     }
     storeSourceChunk(node, SourceChunk::records, writer.bytes());
     node.NotifyAppDataChanged();
+}
+
+SourceRecordsEdit::SourceRecordsEdit(Animatable& node)
+    : node_(node), chunk_(sourceChunk(node, SourceChunk::records)), kept_(sourceRecordsOf(node)) {}
+
+void SourceRecordsEdit::change(const FltRecordView& record, std::size_t length, FileBytes by) {
+    const auto place = static_cast<std::size_t>(record.bytes().data() - chunk_.data());
+    changes_.push_back({place, length, {by.begin(), by.end()}});
+}
+
+void SourceRecordsEdit::append(FileBytes added) {
+    changes_.push_back({chunk_.size(), 0, {added.begin(), added.end()}});
+}
+
+void SourceRecordsEdit::store(std::uint32_t revision) {
+    if (changes_.empty()) return;
+    // What is put in front of a record comes before what becomes of the record itself.
+    std::ranges::stable_sort(
+        changes_, {}, [](const Change& change) { return std::pair(change.place, change.length); });
+    SourceRecordsWriter anew;
+    std::vector<std::uint8_t> bytes;
+    std::size_t done = 0;
+    if (kept_.revision == 0) {
+        anew.begin(revision);
+        bytes.assign(anew.bytes().begin(), anew.bytes().end());
+        done = chunk_.size();
+    }
+    const auto take = [&](FileBytes taken) {
+        bytes.insert(bytes.end(), taken.begin(), taken.end());
+    };
+    for (const Change& change : changes_) {
+        take(chunk_.subspan(done, change.place - done));
+        take(change.by);
+        done = change.place + change.length;
+    }
+    take(chunk_.subspan(done));
+    storeSourceChunk(node_, SourceChunk::records, bytes);
+    node_.NotifyAppDataChanged();
 }
 
 bool isVertexList(std::uint16_t opcode) noexcept {

@@ -5,33 +5,9 @@
 
 namespace interchange {
 
-namespace {
-
-constexpr COLORREF colorRef(std::uint32_t red, std::uint32_t green, std::uint32_t blue) {
-    return static_cast<COLORREF>(red | green << 8 | blue << 16);
-}
-
-COLORREF colorRef(const FltPackedColor& color) {
-    return colorRef(color.red, color.green, color.blue);
-}
-
-}  // namespace
-
-std::optional<COLORREF> indexedColor(std::uint32_t index, const FltColorPalette& palette) {
-    constexpr std::uint32_t kFull = FltColorPalette::kFullIntensity;
-    const std::uint32_t entry = index >> FltColorPalette::kIntensityBits;
-    if (entry >= FltColorPalette::kEntries) return std::nullopt;
-    if (palette.colors.size() < FltColorPalette::kEntries) return std::nullopt;
-    const FltPackedColor& color = palette.colors[entry];
-    const std::uint32_t intensity = index & kFull;
-    const auto shade = [&](std::uint32_t component) {
-        return (component * intensity + kFull / 2) / kFull;
-    };
-    return colorRef(shade(color.red), shade(color.green), shade(color.blue));
-}
-
 std::optional<COLORREF> colorOf(const FltFace& face, const FltColorPalette& palette) {
-    if (face.flags & kFltSurfacePackedColors) return colorRef(face.packedPrimaryColor);
+    if (face.flags & kFltSurfacePackedColors)
+        return fltkilnutil::colorRefOf(face.packedPrimaryColor);
     if (face.flags & kFltSurfaceNoColor) return std::nullopt;
     return indexedColor(face.primaryColorIndex, palette);
 }
@@ -39,7 +15,7 @@ std::optional<COLORREF> colorOf(const FltFace& face, const FltColorPalette& pale
 std::optional<COLORREF> vertexColor(const FltVertexView& vertex, const FltColorPalette& palette) {
     const std::uint16_t flags = vertex.flags();
     if (!vertex.hasPackedColor() || flags & kFltVertexNoColor) return std::nullopt;
-    if (flags & kFltVertexPackedColor) return colorRef(vertex.packedColor());
+    if (flags & kFltVertexPackedColor) return fltkilnutil::colorRefOf(vertex.packedColor());
     if (!vertex.hasColorIndex()) return std::nullopt;
     return indexedColor(vertex.colorIndex(), palette);
 }

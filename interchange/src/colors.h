@@ -1,6 +1,7 @@
 // The colors that faces and vertices show.
 #pragma once
 
+#include <fltkilnutil/indexedcolor.h>
 #include <interchange/fileindex.h>
 
 #include <kiln/platform.h>
@@ -13,13 +14,11 @@
 
 namespace interchange {
 
+using fltkilnutil::indexedColor;
+
 /// The face's primary color: its packed one, or the one that it names in the color palette by
 /// entry and intensity. None when the face has no color, or names one that is not there.
 std::optional<COLORREF> colorOf(const FltFace& face, const FltColorPalette& palette);
-
-/// The color that an index names in the palette. One that is not whole, as in older formats,
-/// counts as none.
-std::optional<COLORREF> indexedColor(std::uint32_t index, const FltColorPalette& palette);
 
 /// The same for a vertex.
 std::optional<COLORREF> vertexColor(const FltVertexView& vertex, const FltColorPalette& palette);

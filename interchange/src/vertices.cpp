@@ -3,6 +3,7 @@
 
 #include "colors.h"
 
+#include <fltkilnutil/vertextails.h>
 #include <kiln/mesh.h>
 #include <quillon/fltrecordbytes.h>
 #include <quillon/flttoken.h>
@@ -12,25 +13,11 @@
 #include <algorithm>
 #include <stdexcept>
 
+using fltkilnutil::vertexTailAt, fltkilnutil::vertexTailColorPlace, fltkilnutil::vertexTailHeadSize;
+
 namespace interchange {
 
 namespace {
-
-/// An entry begins with what stands in a record before its position, which is the same for all
-/// kinds; what stands from the color on follows.
-std::size_t headSize() noexcept {
-    return FltVertexView::layoutOf(kFltVertexWithColor).position.begin;
-}
-
-std::size_t colorPlace(std::uint16_t opcode) noexcept {
-    return FltVertexView::layoutOf(opcode).packedColor.begin;
-}
-
-/// The size of an entry for a record that begins so.
-std::size_t entrySize(const FltRecordHead& head) noexcept {
-    const std::size_t color = colorPlace(head.opcode);
-    return headSize() + (head.length > color ? head.length - color : 0);
-}
 
 bool has(const FltVertexView::Layout::Place& place, std::size_t length) noexcept {
     return place.begin != place.end && length >= place.end;
@@ -51,8 +38,9 @@ void VertexTails::appendTail(FileBytes vertex) {
     const FileBytes kept = vertex.first(std::min(vertex.size(), kLongestVertex));
     record_.assign(kept.begin(), kept.end());
     fltStateLength(record_);
-    const std::size_t color = std::min(colorPlace(fltRecordHead(vertex).opcode), record_.size());
-    const auto head = FileBytes(record_).first(headSize());
+    const std::size_t color =
+        std::min(vertexTailColorPlace(fltRecordHead(vertex).opcode), record_.size());
+    const auto head = FileBytes(record_).first(vertexTailHeadSize());
     const auto rest = FileBytes(record_).subspan(color);
     bytes_.insert(bytes_.end(), head.begin(), head.end());
     bytes_.insert(bytes_.end(), rest.begin(), rest.end());
@@ -76,14 +64,15 @@ FileBytes VertexTails::bytesFor(const Mesh& mesh, bool lit, std::span<const File
 bool VertexTails::isMade(const Mesh& mesh, bool lit, std::span<const FileBytes> vertices) {
     recordOf_ = kNone;
     const FileBytes made = ownVertex(lit || !mesh.normals.IsEmpty(), !mesh.tVerts.IsEmpty());
-    const std::size_t color = colorPlace(fltRecordHead(made).opcode);
+    const std::size_t color = vertexTailColorPlace(fltRecordHead(made).opcode);
     for (std::size_t i = 0; i < vertices.size(); ++i) {
         const FileBytes read = vertices[i];
         if (read.size() != made.size()) return false;
         record_.assign(made.begin(), made.end());
         if (!mesh.colors.IsEmpty()) setVertexColor(record_, mesh.colors[static_cast<int>(i)]);
         const FileBytes expected = record_;
-        if (!std::ranges::equal(read.first(headSize()), expected.first(headSize())) ||
+        if (!std::ranges::equal(read.first(vertexTailHeadSize()),
+                                expected.first(vertexTailHeadSize())) ||
             !std::ranges::equal(read.subspan(color), expected.subspan(color))) {
             return false;
         }
@@ -95,14 +84,11 @@ void VertexTails::read(FileBytes bytes, const Mesh& mesh) {
     clear();
     bytes_.assign(bytes.begin(), bytes.end());
     std::size_t at = 0;
-    while (bytes.size() - at >= headSize()) {
-        const FltRecordHead head = fltRecordHead(bytes.subspan(at));
-        if (!FltVertex::isVertex(head.opcode) || head.length < FltVertexView::kShortest ||
-            entrySize(head) > bytes.size() - at) {
-            break;
-        }
+    for (;;) {
+        const FileBytes entry = vertexTailAt(bytes.subspan(at));
+        if (entry.empty()) break;
         starts_.push_back(static_cast<std::uint32_t>(at));
-        at += entrySize(head);
+        at += entry.size();
     }
     if (at != bytes.size() || !fits(mesh)) clear();
 }
@@ -142,10 +128,11 @@ FileBytes VertexTails::keptVertex(std::size_t index) {
     if (recordOf_ == index) return record_;
     const FileBytes entry = tail(index);
     const FltRecordHead head = fltRecordHead(entry);
-    record_.assign(std::max<std::size_t>(head.length, colorPlace(head.opcode)), 0);
-    std::ranges::copy(entry.first(headSize()), record_.begin());
-    std::ranges::copy(entry.subspan(headSize()),
-                      record_.begin() + static_cast<std::ptrdiff_t>(colorPlace(head.opcode)));
+    record_.assign(std::max<std::size_t>(head.length, vertexTailColorPlace(head.opcode)), 0);
+    std::ranges::copy(entry.first(vertexTailHeadSize()), record_.begin());
+    std::ranges::copy(
+        entry.subspan(vertexTailHeadSize()),
+        record_.begin() + static_cast<std::ptrdiff_t>(vertexTailColorPlace(head.opcode)));
     recordOf_ = index;
     return record_;
 }

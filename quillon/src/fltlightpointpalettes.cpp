@@ -1,3 +1,4 @@
+#include "fieldassign.h"
 #include "lightpointlayout.h"
 
 #include <quillon/fltlightpointpalettes.h>
@@ -25,6 +26,8 @@ struct quillon::Layout<FltLightPointAppearance> {
 };
 template class FltRecordOf<FltLightPointAppearance, FltLightPointLook<FltPaletteRec>,
                            kFltLightPointAppearance>;
+template FltFieldSet quillon::assignField(FltLightPointAppearance&, std::string_view,
+                                          std::string_view);
 
 template <>
 struct quillon::Layout<FltLightPointAnimation> {
@@ -54,3 +57,5 @@ struct quillon::Layout<FltLightPointAnimation> {
     }
 };
 template class FltRecordOf<FltLightPointAnimation, FltPaletteRec, kFltLightPointAnimation>;
+template FltFieldSet quillon::assignField(FltLightPointAnimation&, std::string_view,
+                                          std::string_view);

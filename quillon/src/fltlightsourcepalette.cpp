@@ -1,4 +1,4 @@
-#include "fltlayout.h"
+#include "fieldassign.h"
 
 #include <quillon/fltlightsourcepalette.h>
 
@@ -36,3 +36,5 @@ struct quillon::Layout<FltLightSourcePalette> {
     }
 };
 template class FltRecordOf<FltLightSourcePalette, FltPaletteRec, kFltLightSourcePalette>;
+template FltFieldSet quillon::assignField(FltLightSourcePalette&, std::string_view,
+                                          std::string_view);

@@ -1,4 +1,4 @@
-#include "fltlayout.h"
+#include "fieldassign.h"
 
 #include <quillon/fltmaterial.h>
 
@@ -26,6 +26,7 @@ struct quillon::Layout<FltMaterial> {
     }
 };
 template class FltRecordOf<FltMaterial, FltPaletteRec, kFltMaterial>;
+template FltFieldSet quillon::assignField(FltMaterial&, std::string_view, std::string_view);
 
 template <>
 struct quillon::Layout<FltMaterialTable> {

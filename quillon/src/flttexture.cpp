@@ -1,4 +1,4 @@
-#include "fltlayout.h"
+#include "fieldassign.h"
 
 #include <quillon/flttexture.h>
 
@@ -12,6 +12,7 @@ struct quillon::Layout<FltTexture> {
     }
 };
 template class FltRecordOf<FltTexture, FltPaletteRec, kFltTexture>;
+template FltFieldSet quillon::assignField(FltTexture&, std::string_view, std::string_view);
 
 template <>
 struct quillon::Layout<FltTextureMapping> {
@@ -25,3 +26,4 @@ struct quillon::Layout<FltTextureMapping> {
     }
 };
 template class FltRecordOf<FltTextureMapping, FltPaletteRec, kFltTextureMappingPalette>;
+template FltFieldSet quillon::assignField(FltTextureMapping&, std::string_view, std::string_view);

@@ -34,7 +34,7 @@ mv plugins came-with
 mkdir plugins
 works "unpacking the modules" cmake -E chdir plugins cmake -E tar xf "$plugins"
 same "what is at the top of the modules' archive" "$(ls plugins | tr '\n' ' ')" \
-    "FltCheck.dlu FltInterchange.dli FltKilnUtilRes.dll Tessera Tessera.dlu "
+    "FltCheck.dlu FltInterchange.dli FltKilnUtilRes.dll FltPalettes.dlu Tessera Tessera.dlu "
 for module in came-with/*; do
     works "both archives have the same modules" cmp "$module" "plugins/${module##*/}"
 done

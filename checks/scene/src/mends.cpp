@@ -294,13 +294,12 @@ std::string relativePath(Interface& host, std::string name) {
     return {};
 }
 
-/// Gives the chunk of what is kept on a node, and the bytes of the palette record of `opcode` with
-/// that index within it, to `change`; stores what comes of it unless that is false.
+/// Gives the palette record of that index on the database's node to `change`, with the edit that it
+/// is to note what becomes of it in; makes the edit unless the result is false.
 template <typename Record, typename Index, typename Change>
 bool editPalette(INode& node, std::int64_t index, Index Record::*indexField, Change&& change) {
-    using fltkilnutil::SourceChunk;
-    const fltkilnutil::FileBytes chunk = fltkilnutil::sourceChunk(node, SourceChunk::records);
-    const fltkilnutil::SourceRecords kept = fltkilnutil::sourceRecordsOf(node);
+    fltkilnutil::SourceRecordsEdit edit(node);
+    const fltkilnutil::SourceRecords& kept = edit.kept();
     for (const fltkilnutil::SourceRecord& entry : kept.attached) {
         if (entry.isOpaque || entry.record.opcode() != Record::kOpcode) continue;
         Record record;
@@ -308,11 +307,8 @@ bool editPalette(INode& node, std::int64_t index, Index Record::*indexField, Cha
         if (entry.record.length() < record.lengthThrough(&(record.*indexField))) continue;
         record.readBytes(entry.record.bytes(), kept.revision);
         if (record.*indexField != index) continue;
-        std::vector<std::uint8_t> bytes(chunk.begin(), chunk.end());
-        const auto place = static_cast<std::size_t>(entry.record.bytes().data() - chunk.data());
-        if (!change(bytes, place, entry.record.length())) return false;
-        fltkilnutil::storeSourceChunk(node, SourceChunk::records, bytes);
-        node.NotifyAppDataChanged();
+        if (!change(edit, entry.record)) return false;
+        edit.store(kept.revision);
         return true;
     }
     return false;
@@ -335,23 +331,23 @@ bool mendPath(const Patient& at) {
             fltSetText(record.fileName, relative + rest);
             return true;
         });
-    return editPalette(at.node, at.finding.detail, &FltTexture::index,
-                       [&](std::vector<std::uint8_t>& bytes, std::size_t place, std::size_t) {
-                           // The name is the first field.
-                           char* const field =
-                               reinterpret_cast<char*>(&bytes[place + FltRecordView::kHeaderSize]);
-                           const std::span name(field, sizeof FltTexture::fileName);
-                           if (fltText(name) != valueOf(at, 0)) return false;
-                           fltSetText(name, relative);
-                           return true;
-                       });
+    return editPalette(
+        at.node, at.finding.detail, &FltTexture::index,
+        [&](fltkilnutil::SourceRecordsEdit& palette, const FltRecordView& record) {
+            std::vector<std::uint8_t> bytes(record.bytes().begin(), record.bytes().end());
+            // The name is the first field.
+            char* const field = reinterpret_cast<char*>(&bytes[FltRecordView::kHeaderSize]);
+            const std::span name(field, sizeof FltTexture::fileName);
+            if (fltText(name) != valueOf(at, 0)) return false;
+            fltSetText(name, relative);
+            palette.replace(record, bytes);
+            return true;
+        });
 }
 
 bool mendUnusedEntry(const Patient& at) {
-    const auto remove = [](std::vector<std::uint8_t>& bytes, std::size_t place,
-                           std::size_t length) {
-        const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(place);
-        bytes.erase(begin, begin + static_cast<std::ptrdiff_t>(length));
+    const auto remove = [](fltkilnutil::SourceRecordsEdit& edit, const FltRecordView& record) {
+        edit.remove(record);
         return true;
     };
     const std::int64_t index = at.finding.detail;

@@ -8,8 +8,7 @@
 //             [the node's record as it was read]
 //             [the name that the importer made up: 16-bit length, UTF-8]
 //             the node's attached records in file order
-//   chunk 1   what the vertices of its polygon hold beside coordinates, in a form
-//             that import and export alone know
+//   chunk 1   what the vertices of its polygon hold beside coordinates (fltkilnutil/vertextails.h)
 //   chunk 2   on the node of a database: the name of its file, UTF-8
 //
 // Outside extension and attribute levels some attached records stand for something that lives
@@ -126,6 +125,44 @@ struct SourceRecordChange {
 /// records are those of `revision`. All of it in one change of the scene. Throws `std::bad_alloc`.
 void changeSourceRecords(Animatable& node, const SourceRecords& kept, std::uint32_t revision,
                          FileBytes record, std::span<const SourceRecordChange> changes);
+
+/// Changes of what is kept on a node, put together and then made at once.
+class SourceRecordsEdit {
+public:
+    /// Throws `std::bad_alloc`.
+    explicit SourceRecordsEdit(Animatable& node);
+
+    /// What is kept now; valid until the changes are made.
+    const SourceRecords& kept() const noexcept { return kept_; }
+
+    /// Whether what is kept cannot be read; it is lost when a change is made.
+    bool isDamaged() const noexcept { return !chunk_.empty() && kept_.revision == 0; }
+
+    // `record` is one of `kept`, and is changed at most once.
+    void replace(const FltRecordView& record, FileBytes by) { change(record, record.length(), by); }
+    void remove(const FltRecordView& record) { change(record, record.length(), {}); }
+    void insertBefore(const FltRecordView& record, FileBytes added) { change(record, 0, added); }
+    /// Adds records behind all others.
+    void append(FileBytes added);
+
+    /// Makes the changes and tells the host. A node on which nothing is kept, or what cannot be
+    /// read, then keeps what was appended, as of a file of `revision`. Throws `std::bad_alloc`, and
+    /// nothing is changed then.
+    void store(std::uint32_t revision);
+
+private:
+    struct Change {
+        std::size_t place;   ///< in the chunk
+        std::size_t length;  ///< of what goes
+        std::vector<std::uint8_t> by;
+    };
+    void change(const FltRecordView& record, std::size_t length, FileBytes by);
+
+    Animatable& node_;
+    FileBytes chunk_;
+    SourceRecords kept_;
+    std::vector<Change> changes_;
+};
 
 /// Whether `opcode` is that of a vertex list of either kind.
 bool isVertexList(std::uint16_t opcode) noexcept;

@@ -1,10 +1,7 @@
 #include "scenepalettes.h"
 
-#include "../sourcerecords.h"
-
+#include <fltkilnutil/texturemaps.h>
 #include <interchange/textencoding.h>
-#include <kiln/ownedptr.h>
-#include <quillon/fltbyteorder.h>
 #include <quillon/flttexture.h>
 
 namespace interchange {
@@ -33,13 +30,7 @@ void ScenePalettes::makeTexture(const FltRecordView& record) {
     if (record.length() < entry.lengthThrough(&entry.index)) return;
     entry.readBytes(record.bytes(), file_.revision);
     if (textures_.contains(entry.index)) return;
-    const std::string file = textOf(entry.fileName);
-    OwnedPtr<BitmapTex> map(new BitmapTex);
-    map->SetMapName(file.c_str());
-    map->SetName(file.substr(file.find_last_of("/\\") + 1).c_str());
-    std::uint8_t index[sizeof entry.index];
-    fltStoreBigEndian(index, entry.index);
-    storeSourceChunk(*map, SourceChunk::records, index);
+    OwnedPtr<BitmapTex> map = fltkilnutil::makeTextureMap(textOf(entry.fileName), entry.index);
     const auto place = textures_.emplace(entry.index, map.get()).first;
     host_.AddTexmap(map.get());
     place->second = map.release();

@@ -1,5 +1,5 @@
 #include <base/text.h>
-#include <interchange/textencoding.h>
+#include <fltkilnutil/textencoding.h>
 
 #include <algorithm>
 #include <string_view>
@@ -11,7 +11,7 @@
 #include <iconv.h>
 #endif
 
-namespace interchange {
+namespace fltkilnutil {
 
 namespace {
 
@@ -119,4 +119,4 @@ std::string textOf(std::span<const std::uint8_t> field) {
     return text;
 }
 
-}  // namespace interchange
+}  // namespace fltkilnutil

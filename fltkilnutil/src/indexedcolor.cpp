@@ -1,0 +1,20 @@
+#include <fltkilnutil/indexedcolor.h>
+
+namespace fltkilnutil {
+
+COLORREF shadeOf(const FltPackedColor& color, std::uint32_t intensity) noexcept {
+    constexpr std::uint32_t kFull = FltColorPalette::kFullIntensity;
+    const auto shade = [&](std::uint32_t component) {
+        return static_cast<std::uint8_t>((component * intensity + kFull / 2) / kFull);
+    };
+    return colorRefOf({0, shade(color.blue), shade(color.green), shade(color.red)});
+}
+
+std::optional<COLORREF> indexedColor(std::uint32_t index, const FltColorPalette& palette) {
+    const std::uint32_t entry = index >> FltColorPalette::kIntensityBits;
+    if (entry >= FltColorPalette::kEntries) return std::nullopt;
+    if (palette.colors.size() < FltColorPalette::kEntries) return std::nullopt;
+    return shadeOf(palette.colors[entry], index & FltColorPalette::kFullIntensity);
+}
+
+}  // namespace fltkilnutil

@@ -1,0 +1,633 @@
+#include <palettes/edits.h>
+
+#include <palettes/references.h>
+
+#include "classes.h"
+#include "recordpatch.h"
+
+#include <diagnostics/assertion.h>
+#include <fltkilnutil/indexedcolor.h>
+#include <fltkilnutil/kilnflt.h>
+#include <fltkilnutil/kilnlight.h>
+#include <fltkilnutil/textencoding.h>
+#include <fltkilnutil/texturemaps.h>
+#include <fltkilnutil/vertextails.h>
+#include <kiln/kiln.h>
+#include <kiln/undo.h>
+#include <quillon/fltface.h>
+#include <quillon/fltfieldedit.h>
+#include <quillon/fltfilereader.h>
+#include <quillon/fltlightpointsystem.h>
+#include <quillon/fltlightsource.h>
+#include <quillon/fltmesh.h>
+#include <quillon/fltrecordtype.h>
+#include <quillon/flttext.h>
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <unordered_set>
+
+namespace palettes {
+
+namespace {
+
+using fltkilnutil::FileBytes, fltkilnutil::SourceChunk, fltkilnutil::SourceRecord,
+    fltkilnutil::SourceRecords, fltkilnutil::SourceRecordsEdit;
+using Bytes = std::vector<std::uint8_t>;
+
+/// A step of the history that is kept once `Commit` is called.
+class Step : public UndoScope {
+public:
+    explicit Step(CoreText name) : UndoScope(coreText(name).c_str()) {}
+};
+
+void refuseColors(Palette palette) {
+    if (palette == Palette::kColor) throw Refusal(CoreText::kColorsStay);
+}
+
+// ---------------------------------------------------------------- records
+
+/// A record as it stands in a file.
+Bytes bytesOf(const FltRecord& record, std::uint32_t revision) {
+    FltToken token;
+    record.writeToken(token, revision);
+    token.finish();
+    return {token.data(), token.data() + token.length()};
+}
+
+/// Puts a record among those that are kept: behind the last of its kind and what belongs to that;
+/// the first of its kind in front of the vertices and the hierarchy.
+void insert(SourceRecordsEdit& edit, FileBytes record) {
+    const std::vector<SourceRecord>& attached = edit.kept().attached;
+    const std::uint16_t opcode = fltRecordHead(record).opcode;
+    auto place = attached.end();
+    for (auto i = attached.begin(); i != attached.end(); ++i)
+        if (!i->isOpaque && i->record.opcode() == opcode) place = i;
+    if (place != attached.end()) {
+        ++place;
+        while (place != attached.end() && place->isOpaque) ++place;
+    } else {
+        place = std::ranges::find_if(attached, [](const SourceRecord& one) {
+            return !one.isOpaque && (one.record.opcode() == kFltVertexPalette ||
+                                     one.record.opcode() == kFltPushLevel);
+        });
+    }
+    if (place == attached.end()) {
+        edit.append(record);
+    } else {
+        edit.insertBefore(place->record, record);
+    }
+}
+
+/// An entry of before an edit of the palettes is none any more.
+void checkEntry(const Database& database, const Entry& entry) {
+    const std::vector<SourceRecord>& attached = database.kept().attached;
+    if (entry.place >= attached.size() ||
+        attached[entry.place].record.bytes().data() != entry.record.bytes().data())
+        throw Refusal(CoreText::kNoEntry, {std::to_string(entry.index)});
+}
+
+/// The record of `entry` as `edit` has it.
+const FltRecordView& recordIn(const SourceRecordsEdit& edit, const Entry& entry) {
+    return edit.kept().attached.at(entry.place).record;
+}
+
+Bytes withIndex(const FltRecordView& view, Palette palette, std::uint32_t revision,
+                std::int32_t index) {
+    return withClass(palette, [&](auto its) {
+        using Its = decltype(its);
+        typename Its::Record before;
+        before.readBytes(view.bytes(), revision);
+        auto after = before;
+        after.*Its::kIndex = index;
+        return patched(view, before, after, revision);
+    });
+}
+
+void store(SourceRecordsEdit& edit, const Database& database) {
+    edit.store(database.revision());
+}
+
+// ---------------------------------------------------------------- what follows an entry
+
+void forEachUser(INode& database, Palette palette, std::int32_t index, auto&& visit) {
+    for (INode* const node : usersOf(database, palette, index)) visit(*node);
+}
+
+/// The maps of the faces that use a texture show another picture.
+void setPictures(INode& database, std::int32_t index, const std::string& before,
+                 const std::string& after) {
+    forEachUser(database, Palette::kTexture, index, [&](INode& node) {
+        BitmapTex* const map = fltkilnutil::textureMapOf(node.GetTexmap());
+        if (map != nullptr && before == map->GetMapName()) fltkilnutil::setPicture(*map, after);
+    });
+}
+
+bool isSame(FltLightSourcePalette a, const FltLightSourcePalette& b) {
+    a.paletteIndex = b.paletteIndex;
+    return bytesOf(a, kFltRevision) == bytesOf(b, kFltRevision);
+}
+
+/// The lights that look like the entry become what it is now.
+void setLights(INode& database, const FltLightSourcePalette& before,
+               const FltLightSourcePalette& after) {
+    forEachUser(database, Palette::kLightSource, before.paletteIndex, [&](INode& node) {
+        KilnLight options;
+        if (!fltGetOptions(&node, options) || !isSame(options.palette, before)) return;
+        const std::int32_t index = options.palette.paletteIndex;
+        options.palette = after;
+        options.palette.paletteIndex = index;
+        if (!fltPutOptions(&node, options)) throw std::bad_alloc();
+    });
+}
+
+/// Faces and vertices that show an entry of the colors show what it is now.
+void showColor(INode& database, std::int32_t entry, const FltPackedColor& before,
+               const FltPackedColor& after) {
+    const auto shade = [&](std::uint32_t index, const FltPackedColor& color) {
+        return fltkilnutil::shadeOf(color, index & FltColorPalette::kFullIntensity);
+    };
+    const auto isIts = [&](std::uint32_t index) {
+        return index >> FltColorPalette::kIntensityBits == static_cast<std::uint32_t>(entry);
+    };
+    forEachUser(database, Palette::kColor, entry, [&](INode& node) {
+        FltFace face;
+        FltNodeKind kind{};
+        if (fltGetKind(&node, false, kind) && kind == FltNodeKind::Face &&
+            fltGetRecord(&node, face) && isIts(face.primaryColorIndex) &&
+            node.GetWireColor() == shade(face.primaryColorIndex, before))
+            node.SetWireColor(shade(face.primaryColorIndex, after));
+        Object* const object = node.GetObjectRef();
+        if (object == nullptr || object->ClassID() != TRIOBJ_CLASS_ID) return;
+        Mesh& mesh = static_cast<TriObject*>(object)->GetMesh();
+        if (mesh.colors.IsEmpty()) return;
+        FileBytes tails = fltkilnutil::sourceChunk(node, SourceChunk::corners);
+        const FileBytes first = fltkilnutil::vertexTailAt(tails);
+        const bool isForAll = !first.empty() && first.size() == tails.size();
+        bool isAnnounced = false;
+        for (int i = 0; i < mesh.colors.Count(); ++i) {
+            const FileBytes tail = isForAll ? first : fltkilnutil::vertexTailAt(tails);
+            if (tail.empty()) break;
+            if (!isForAll) tails = tails.subspan(tail.size());
+            const auto index = fltkilnutil::vertexTailColorIndex(tail);
+            if (!index || !isIts(*index) || mesh.colors[i] != shade(*index, before)) continue;
+            if (!isAnnounced && !object->AboutToChange()) throw std::bad_alloc();
+            isAnnounced = true;
+            mesh.colors[i] = shade(*index, after);
+        }
+        if (isAnnounced) node.InvalidateWS();
+    });
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------- entries
+
+std::int32_t addEntry(INode& node, Palette palette, std::string_view name) {
+    refuseColors(palette);
+    const Database database(node);
+    const std::int32_t index = database.freeIndex(palette);
+    Step step(CoreText::kAddStep);
+    SourceRecordsEdit edit(node);
+    withClass(palette, [&](auto its) {
+        using Its = decltype(its);
+        typename Its::Record record;
+        if (name.size() >= sizeof(record.*Its::kName) || name.find('\0') != name.npos)
+            throw Refusal(CoreText::kNoValue, {"name", name});
+        fltSetText(record.*Its::kName, name);
+        record.*Its::kIndex = index;
+        insert(edit, bytesOf(record, database.revision()));
+    });
+    store(edit, database);
+    step.Commit();
+    return index;
+}
+
+std::int32_t copyEntry(INode& node, Palette palette, const Entry& entry) {
+    const Database database(node);
+    checkEntry(database, entry);
+    if (!entry.isReadable) throw Refusal(CoreText::kRefusedRecord);
+    const std::int32_t index = database.freeIndex(palette);
+    Step step(CoreText::kAddStep);
+    SourceRecordsEdit edit(node);
+    insert(edit, withIndex(recordIn(edit, entry), palette, database.revision(), index));
+    store(edit, database);
+    step.Commit();
+    return index;
+}
+
+void setField(INode& node, Palette palette, const Entry& entry, std::string_view field,
+              std::string_view value) {
+    const Database database(node);
+    checkEntry(database, entry);
+    const std::unique_ptr<FltRecord> before = readEntry(entry, database.revision());
+    const std::unique_ptr<FltRecord> after = readEntry(entry, database.revision());
+    if (before == nullptr) throw Refusal(CoreText::kRefusedRecord);
+    if (field == "index" || field == "paletteIndex") throw Refusal(CoreText::kNoField, {field});
+    switch (fltSetField(*after, field, value)) {
+        case FltFieldSet::kDone:
+            break;
+        case FltFieldSet::kNoField:
+            throw Refusal(CoreText::kNoField, {field});
+        case FltFieldSet::kRefused:
+            throw Refusal(CoreText::kNoValue, {field, value});
+    }
+    if (palette == Palette::kAnimation) {
+        // The count of the steps makes them and takes them away.
+        auto& animation = static_cast<FltLightPointAnimation&>(*after);
+        constexpr std::uint32_t kMostSteps = 5000;
+        if (field == "stepCount" && animation.stepCount > kMostSteps)
+            throw Refusal(CoreText::kNoValue, {field, value});
+        if (field == "stepCount") animation.steps.resize(animation.stepCount);
+    }
+    Step step(CoreText::kEditStep);
+    SourceRecordsEdit edit(node);
+    const FltRecordView& view = recordIn(edit, entry);
+    const Bytes bytes = patched(view, *before, *after, database.revision());
+    if (std::ranges::equal(bytes, view.bytes())) return;
+    edit.replace(view, bytes);
+    store(edit, database);
+    if (palette == Palette::kTexture && entry.counts()) {
+        const std::string name =
+            fltkilnutil::textOf(static_cast<const FltTexture&>(*after).fileName);
+        if (name != entry.name) setPictures(node, entry.index, entry.name, name);
+    }
+    if (palette == Palette::kLightSource && entry.counts())
+        setLights(node, static_cast<const FltLightSourcePalette&>(*before),
+                  static_cast<const FltLightSourcePalette&>(*after));
+    step.Commit();
+}
+
+void deleteEntry(INode& node, Palette palette, const Entry& entry) {
+    const Database database(node);
+    checkEntry(database, entry);
+    Step step(CoreText::kDeleteStep);
+    SourceRecordsEdit edit(node);
+    const std::vector<SourceRecord>& attached = edit.kept().attached;
+    edit.remove(attached.at(entry.place).record);
+    for (std::size_t i = entry.place + 1; i < attached.size() && attached[i].isOpaque; ++i)
+        edit.remove(attached[i].record);
+    store(edit, database);
+    if (palette == Palette::kTexture && entry.counts())
+        forEachUser(node, palette, entry.index, [](INode& user) {
+            if (fltkilnutil::textureMapOf(user.GetTexmap()) != nullptr) user.SetTexmap(nullptr);
+        });
+    step.Commit();
+}
+
+std::size_t compact(INode& node, Palette palette) {
+    refuseColors(palette);
+    const Database database(node);
+    const Usage usage = usageOf(node);
+    if (usage.unseen[palette]) throw Refusal(CoreText::kUsedUnseen);
+    std::vector<const Entry*> ordered;
+    for (const Entry& entry : database.entries(palette))
+        if (entry.hasIndex) ordered.push_back(&entry);
+    std::ranges::stable_sort(
+        ordered, {}, [](const Entry* entry) { return std::pair(!entry->counts(), entry->index); });
+    std::map<std::int32_t, std::int32_t> becomes;
+    std::int32_t next = 0;
+    std::size_t changed = 0;
+    SourceRecordsEdit edit(node);
+    for (const Entry* entry : ordered) {
+        if (entry->counts()) becomes.emplace(entry->index, next);
+        if (entry->index != next) {
+            edit.replace(recordIn(edit, *entry),
+                         withIndex(recordIn(edit, *entry), palette, database.revision(), next));
+            ++changed;
+        }
+        ++next;
+    }
+    // What names no entry must not come to name one.
+    std::set<std::int32_t> dangling;
+    for (const auto& [index, count] : usage.counts[palette])
+        if (!becomes.contains(index)) dangling.insert(index);
+    if (changed == 0) return 0;
+    for (const std::int32_t index : dangling) becomes.emplace(index, std::max(index, next++));
+    const std::int32_t most = withClass(palette, [](auto its) { return its.kMost; });
+    if (next - 1 > most) throw Refusal(CoreText::kFull, {std::to_string(most)});
+    Step step(CoreText::kCompactStep);
+    store(edit, database);
+    std::unordered_set<const BitmapTex*> marked;
+    ForEachInSubtree(&node, [&](INode& user) {
+        if (&user != &node && databaseOf(&user) == &user) return WalkStep::kPastThis;
+        const bool isDone = renumberReferences(user, [&](Palette used, std::int32_t index) {
+            const auto found = used == palette ? becomes.find(index) : becomes.end();
+            return found == becomes.end() ? index : found->second;
+        });
+        if (!isDone) throw std::bad_alloc();
+        if (palette != Palette::kTexture) return WalkStep::kOn;
+        BitmapTex* const map = fltkilnutil::textureMapOf(user.GetTexmap());
+        const std::int32_t index = map != nullptr ? indexUsedBy(user, palette) : -1;
+        if (index >= 0 && marked.insert(map).second) fltkilnutil::markTextureMap(*map, index);
+        return WalkStep::kOn;
+    });
+    step.Commit();
+    return changed;
+}
+
+// ---------------------------------------------------------------- colors
+
+namespace {
+
+/// Changes the record of the colors, which is made where there is none.
+void editColors(INode& node, auto&& change) {
+    const Database database(node);
+    if (!database.hasColors() && !database.colorRecord().empty())
+        throw Refusal(CoreText::kOldColors);
+    Step step(CoreText::kEditStep);
+    SourceRecordsEdit edit(node);
+    FltColorPalette before = database.colors();
+    constexpr FltPackedColor kWhite{0xFF, 0xFF, 0xFF, 0xFF};
+    if (!database.hasColors()) before.colors.assign(FltColorPalette::kEntries, kWhite);
+    FltColorPalette after = before;
+    change(database, before, after);
+    try {
+        if (!database.hasColors()) {
+            insert(edit, bytesOf(after, database.revision()));
+        } else {
+            const auto place =
+                std::ranges::find_if(edit.kept().attached, [&](const SourceRecord& one) {
+                    return one.record.bytes().data() == database.colorRecord().bytes().data();
+                });
+            const Bytes bytes = patched(place->record, before, after, database.revision());
+            if (std::ranges::equal(bytes, place->record.bytes())) return;
+            edit.replace(place->record, bytes);
+        }
+    } catch (const diagnostics::AviaryAssertion&) {
+        throw Refusal(CoreText::kTooLong);
+    }
+    store(edit, database);
+    step.Commit();
+}
+
+void checkColor(std::int32_t entry) {
+    if (entry < 0 || entry >= static_cast<std::int32_t>(FltColorPalette::kEntries))
+        throw Refusal(CoreText::kNoEntry, {std::to_string(entry)});
+}
+
+Rgb rgbOf(const FltPackedColor& color) {
+    return {color.red, color.green, color.blue};
+}
+
+}  // namespace
+
+Rgb colorAt(const Database& database, std::int32_t entry) {
+    checkColor(entry);
+    if (!database.hasColors()) throw Refusal(CoreText::kNoEntry, {std::to_string(entry)});
+    return rgbOf(database.colors().colors[static_cast<std::size_t>(entry)]);
+}
+
+void setColor(INode& node, std::int32_t entry, Rgb color) {
+    checkColor(entry);
+    Step step(CoreText::kEditStep);
+    FltPackedColor old, now;
+    editColors(node, [&](const Database&, const FltColorPalette& before, FltColorPalette& after) {
+        FltPackedColor& place = after.colors[static_cast<std::size_t>(entry)];
+        old = before.colors[static_cast<std::size_t>(entry)];
+        place.red = color.red;
+        place.green = color.green;
+        place.blue = color.blue;
+        now = place;
+    });
+    if (old != now) showColor(node, entry, old, now);
+    step.Commit();
+}
+
+void setColorName(INode& node, std::int32_t entry, std::string_view name) {
+    checkColor(entry);
+    constexpr std::size_t kLongest = 79;  // with its terminator 80 bytes
+    if (name.size() > kLongest || name.find('\0') != name.npos)
+        throw Refusal(CoreText::kNoValue, {"name", name});
+    editColors(node, [&](const Database& database, const FltColorPalette&, FltColorPalette& after) {
+        if (!database.hasReadableColorNames()) throw Refusal(CoreText::kCutNames);
+        after.nameTable = ColorNames::with(after.nameTable, entry, std::string(name));
+    });
+}
+
+std::int32_t findOrAddColor(INode& node, Rgb color) {
+    const Database database(node);
+    const auto indexOf = [](std::size_t entry) {
+        return static_cast<std::int32_t>(entry << FltColorPalette::kIntensityBits |
+                                         FltColorPalette::kFullIntensity);
+    };
+    if (!database.hasColors()) {
+        setColor(node, 0, color);  // the first of the palette that this makes
+        return indexOf(0);
+    }
+    const std::vector<FltPackedColor>& colors = database.colors().colors;
+    const auto same = std::ranges::find(colors, color, rgbOf);
+    if (same != colors.end()) return indexOf(static_cast<std::size_t>(same - colors.begin()));
+    const Usage usage = usageOf(node);
+    if (usage.unseen[Palette::kColor]) throw Refusal(CoreText::kUsedUnseen);
+    std::map<std::uint32_t, int> counts;
+    const auto keyOf = [](const FltPackedColor& one) { return fltkilnutil::colorRefOf(one); };
+    for (const FltPackedColor& one : colors) ++counts[keyOf(one)];
+    std::int32_t last = -1, doubled = -1;
+    for (std::int32_t i = 0; i < static_cast<std::int32_t>(colors.size()); ++i) {
+        if (usage.of(Palette::kColor, i) != 0 || !database.colorName(i).empty()) continue;
+        last = i;
+        if (counts[keyOf(colors[static_cast<std::size_t>(i)])] > 1) doubled = i;
+    }
+    const std::int32_t chosen = doubled >= 0 ? doubled : last;
+    if (chosen < 0) throw Refusal(CoreText::kNoColorPlaces);
+    setColor(node, chosen, color);
+    return indexOf(static_cast<std::size_t>(chosen));
+}
+
+// ---------------------------------------------------------------- users
+
+namespace {
+
+/// Has nodes use one entry. One object serves many nodes.
+class Assigner {
+public:
+    Assigner(const Database& database, Palette palette, std::int32_t index)
+        : palette_(palette), index_(index) {
+        if (palette == Palette::kColor) {
+            const auto color =
+                fltkilnutil::indexedColor(static_cast<std::uint32_t>(index), database.colors());
+            if (index < 0 || !color) throw Refusal(CoreText::kNoEntry, {std::to_string(index)});
+            shade_ = *color;
+            return;
+        }
+        if (index == -1) return;
+        const Entry* const entry = database.find(palette, index);
+        if (entry == nullptr || !entry->counts())
+            throw Refusal(CoreText::kNoEntry, {std::to_string(index)});
+        if (palette == Palette::kTexture) map_ = mapOf(*entry);
+        if (palette == Palette::kLightSource)
+            light_.readBytes(entry->record.bytes(), database.revision());
+    }
+
+    /// False when the node cannot use such an entry.
+    bool assign(INode& node) {
+        FltNodeKind kind{};
+        if (!fltGetKind(&node, false, kind)) return false;
+        switch (palette_) {
+            case Palette::kColor:
+            case Palette::kMaterial:
+            case Palette::kTexture:
+            case Palette::kMapping:
+                if (kind == FltNodeKind::Face) return assignFace(node);
+                return static_cast<std::uint16_t>(kind) == kFltMesh &&
+                       assignKept<FltMesh>(node, [this](FltMesh& mesh) { change(mesh); });
+            case Palette::kLightSource:
+                return kind == FltNodeKind::LightSource && assignLight(node);
+            case Palette::kAppearance:
+            case Palette::kAnimation:
+                return static_cast<std::uint16_t>(kind) == kFltIndexedLightPoint &&
+                       assignKept<FltIndexedLightPoint>(node, [this](FltIndexedLightPoint& light) {
+                           (palette_ == Palette::kAppearance ? light.appearanceIndex
+                                                             : light.animationIndex) = index_;
+                       });
+        }
+        return false;
+    }
+
+private:
+    /// The scene's map for a picture that is an entry.
+    static Texmap* mapOf(const Entry& entry) {
+        Interface& host = *GetCOREInterface();
+        for (int i = 0; i < host.GetTexmapCount(); ++i) {
+            BitmapTex* const map = fltkilnutil::textureMapOf(host.GetTexmap(i));
+            if (map != nullptr && entry.name == map->GetMapName()) return map;
+        }
+        OwnedPtr<BitmapTex> map = fltkilnutil::makeTextureMap(entry.name, entry.index);
+        host.AddTexmap(map.get());
+        return map.release();
+    }
+
+    void change(FltPolygonRec& surface) const {
+        switch (palette_) {
+            case Palette::kColor:
+                surface.primaryColorIndex = static_cast<std::uint32_t>(index_);
+                surface.flags &= ~(kFltSurfaceNoColor | kFltSurfacePackedColors);
+                break;
+            case Palette::kMaterial:
+                surface.materialIndex = static_cast<std::int16_t>(index_);
+                break;
+            case Palette::kTexture:
+                surface.textureIndex = static_cast<std::int16_t>(index_);
+                break;
+            default:
+                surface.textureMappingIndex = static_cast<std::int16_t>(index_);
+                break;
+        }
+    }
+
+    bool assignFace(INode& node) {
+        if (!fltGetRecord(&node, face_)) return false;
+        change(face_);
+        if (!fltPutRecord(&node, face_)) throw std::bad_alloc();
+        if (palette_ == Palette::kTexture) node.SetTexmap(map_);
+        if (palette_ == Palette::kColor) node.SetWireColor(shade_);
+        return true;
+    }
+
+    template <typename Record>
+    bool assignKept(INode& node, auto&& edit) {
+        SourceRecordsEdit kept(node);
+        const FltRecordView& view = kept.kept().record;
+        if (view.empty() || view.opcode() != Record::kOpcode) return false;
+        Record before;
+        before.readBytes(view.bytes(), kept.kept().revision);
+        Record after = before;
+        edit(after);
+        kept.replace(view, patched(view, before, after, kept.kept().revision));
+        kept.store(kept.kept().revision);
+        return true;
+    }
+
+    bool assignLight(INode& node) {
+        FltLightSource record;
+        if (!fltGetRecord(&node, record)) return false;
+        record.paletteIndex = index_;
+        KilnLight options;
+        options.palette = light_;
+        options.palette.paletteIndex = index_;
+        if (!fltPutRecord(&node, record) || (index_ >= 0 && !fltPutOptions(&node, options)))
+            throw std::bad_alloc();
+        return true;
+    }
+
+    Palette palette_;
+    std::int32_t index_;
+    COLORREF shade_ = 0;
+    Texmap* map_ = nullptr;
+    FltLightSourcePalette light_;
+    FltFace face_;
+};
+
+}  // namespace
+
+std::size_t assign(INode& database, std::span<INode* const> nodes, Palette palette,
+                   std::int32_t index) {
+    Step step(CoreText::kAssignStep);
+    Assigner assigner(Database(database), palette, index);
+    std::size_t count = 0;
+    std::unordered_set<const INode*> done;
+    for (INode* const top : nodes) {
+        if (databaseOf(top) != &database) continue;
+        ForEachInSubtree(top, [&](INode& node) {
+            if (!done.insert(&node).second) return WalkStep::kPastThis;
+            if (!assigner.assign(node)) return WalkStep::kOn;
+            ++count;
+            return WalkStep::kPastThis;
+        });
+    }
+    if (count == 0) throw Refusal(CoreText::kNoTarget);
+    step.Commit();
+    return count;
+}
+
+// ---------------------------------------------------------------- other files
+
+std::size_t importEntries(INode& node, Palette palette, const std::string& file) {
+    refuseColors(palette);
+    const FltFileBytes loaded = FltFileBytes::load(file);
+    FltFileReader reader(loaded.bytes());
+    const Database database(node);
+    const auto keyOf = [&](const FltRecordView& view) {
+        const Bytes bytes = withIndex(view, palette, database.revision(), 0);
+        return std::string(bytes.begin(), bytes.end());
+    };
+    std::set<std::string> known;
+    std::set<std::int32_t> taken;
+    for (const Entry& entry : database.entries(palette)) {
+        if (!entry.isReadable) continue;
+        known.insert(keyOf(entry.record));
+        if (entry.hasIndex) taken.insert(entry.index);
+    }
+    const std::uint16_t opcode =
+        withClass(palette, [](auto its) { return decltype(its)::Record::kOpcode; });
+    const std::int32_t most = withClass(palette, [](auto its) { return its.kMost; });
+    Step step(CoreText::kAddStep);
+    SourceRecordsEdit edit(node);
+    Bytes added;
+    std::size_t count = 0;
+    std::int32_t next = 0;
+    while (reader.next()) {
+        if (reader.opcode() != opcode) continue;
+        const FltRecordView view =
+            FltRecordView::at(std::span(reader.token().data(), reader.token().length()), 0);
+        try {
+            if (!known.insert(keyOf(view)).second) continue;
+            while (taken.contains(next)) ++next;
+            if (next > most) throw Refusal(CoreText::kFull, {std::to_string(most)});
+            const Bytes bytes = withIndex(view, palette, database.revision(), next++);
+            added.insert(added.end(), bytes.begin(), bytes.end());
+            ++count;
+        } catch (const diagnostics::AviaryAssertion&) {
+            continue;  // it states counts that cannot be right
+        }
+    }
+    if (count == 0) return 0;
+    insert(edit, added);
+    store(edit, database);
+    step.Commit();
+    return count;
+}
+
+}  // namespace palettes

@@ -1,0 +1,274 @@
+// Edits of palettes, by the bytes that a file has afterwards.
+#include "palettescene.h"
+
+#include <fltkilnutil/kilnlight.h>
+#include <fltkilnutil/texturemaps.h>
+#include <kiln/mesh.h>
+#include <quillon/fltlightsource.h>
+
+namespace {
+
+using Edits = PaletteScene;
+
+constexpr std::uint32_t kNegative = 0xFFFFFFFE;
+
+/// Light source palette entry.
+Bytes lightEntry(std::string_view name, std::uint32_t index, float red) {
+    Bytes body;
+    body.u32(index).zeros(8).field(name, 20).zeros(4);
+    for (int i = 0; i < 4; ++i) body.f32(0);
+    body.f32(red).f32(0.5F).f32(0.5F).f32(1);
+    for (int i = 0; i < 4; ++i) body.f32(1);
+    body.u32(1).zeros(40);
+    for (const float value : {0.F, 90.F, 0.F, 0.F, 1.F, 0.F, 0.F}) body.f32(value);
+    return body.u32(1).zeros(76);
+}
+
+Bytes lightSource(std::string_view id, std::uint32_t index) {
+    return Bytes().field(id, 8).u32(0).u32(index).zeros(4).u32(0x80000000).zeros(44);
+}
+
+}  // namespace
+
+// What is wrong with entries is told, and an edit beside them changes none of their bytes.
+TEST_F(Edits, KeepWhatIsWrongBesideThem) {
+    const Bytes cut = Bytes().field("no index", 200), short_ = Bytes().field("short", 200).u32(3);
+    const std::vector<Bytes> all = {textureEntry("a.rgb", 1),
+                                    textureEntry("b.rgb", 1),
+                                    textureEntry("minus", kNegative),
+                                    textureEntry("huge", 40000),
+                                    cut,
+                                    short_,
+                                    textureEntry("\xE4.rgb", 2)};
+    FltBytes file;
+    for (const Bytes& body : all) file.record(kFltTexture, body);
+    read(file.push().group("g").pop());
+
+    const palettes::Database palettes(*database);
+    std::string shown;
+    for (const palettes::Entry& entry : palettes.entries(Palette::kTexture)) {
+        shown += entry.name + (entry.hasIndex ? " " + std::to_string(entry.index) : " -");
+        for (const auto& [is, mark] : {std::pair(entry.isDoubled, " doubled"),
+                                       {entry.isBeyond, " beyond"},
+                                       {entry.isCut, " cut"},
+                                       {!entry.isText, " no text"}})
+            if (is) shown += mark;
+        shown += '\n';
+    }
+    EXPECT_EQ(shown,
+              "a.rgb 1\nb.rgb 1 doubled\nminus -2 beyond\nhuge 40000 beyond\nno index - cut\n"
+              "short 3 cut\n\xC3\xA4.rgb 2 no text\n");
+    EXPECT_EQ(palettes.find(Palette::kTexture, 1)->name, "a.rgb");
+    EXPECT_EQ(palettes.freeIndex(Palette::kTexture), 0);
+
+    const std::string before = core.sceneText();
+    set(Palette::kTexture, 1, "paletteX", "258");
+    expectUndoTo(before);
+    EXPECT_EQ(exportedRecords(kFltTexture),
+              records(kFltTexture, {all[0], textureEntry("b.rgb", 1, 258), all[2], all[3], all[4],
+                                    all[5], all[6]}));
+    // A field behind the end of a record makes it long enough.
+    set(Palette::kTexture, 5, "paletteX", "1");
+    palettes::deleteEntry(*database, Palette::kTexture, entry(Palette::kTexture, 4));
+    EXPECT_EQ(palettes::addEntry(*database, Palette::kTexture, "new.rgb"), 0);
+    EXPECT_EQ(palettes::copyEntry(*database, Palette::kTexture, entry(Palette::kTexture, 0)), 4);
+    EXPECT_EQ(exportedRecords(kFltTexture),
+              records(kFltTexture, {all[0], textureEntry("b.rgb", 1, 258), all[2], all[3],
+                                    textureEntry("short", 3, 1), all[6], textureEntry("new.rgb", 0),
+                                    textureEntry("a.rgb", 4)}));
+}
+
+// Reserved bytes and what stands behind the fields stay; what a field cannot hold is refused.
+TEST_F(Edits, ChangeTheFieldAlone) {
+    const Bytes longer = materialEntry("steel", 3).u32(0x01020304);
+    read(FltBytes().record(kFltMaterial, longer).push().group("g").pop());
+    set(Palette::kMaterial, 0, "diffuse", "1 0.5 0");
+    set(Palette::kMaterial, 0, "name", "steel plate");
+    Bytes expected = longer;
+    const Bytes diffuse = Bytes().f32(1).f32(0.5F).f32(0), name = Bytes().field("steel plate", 12);
+    std::ranges::copy(name.operator std::span<const std::uint8_t>(), &expected.vector()[4]);
+    std::ranges::copy(diffuse.operator std::span<const std::uint8_t>(), &expected.vector()[32]);
+    EXPECT_EQ(exportedRecords(kFltMaterial), records(kFltMaterial, {expected}));
+
+    const auto refused = [&](const char* field, const char* value) {
+        return refusal([&] { set(Palette::kMaterial, 0, field, value); });
+    };
+    EXPECT_EQ(refused("diffuse", "1 0.5"), "the field diffuse cannot be 1 0.5");
+    EXPECT_EQ(refused("diffuse", "1 0.5 0 1"), "the field diffuse cannot be 1 0.5 0 1");
+    EXPECT_EQ(refused("alpha", "nan"), "the field alpha cannot be nan");
+    EXPECT_EQ(refused("flags", "4294967296"), "the field flags cannot be 4294967296");
+    EXPECT_EQ(refused("name", "twelve chars"), "the field name cannot be twelve chars");
+    EXPECT_EQ(refused("index", "1"), "there is no field index");
+    EXPECT_EQ(refused("gloss", "1"), "there is no field gloss");
+    // An entry that was read before an edit is none any more.
+    const palettes::Entry old = entry(Palette::kMaterial, 0);
+    palettes::addEntry(*database, Palette::kMaterial, "other");
+    EXPECT_EQ(refusal([&] { palettes::deleteEntry(*database, Palette::kMaterial, old); }),
+              "there is no entry 3");
+}
+
+// The first entry of a palette stands in front of vertices and hierarchy, also where nothing is
+// kept.
+TEST_F(Edits, MakePalettesThatAreNotThere) {
+    read(
+        FltBytes().palette({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}}).push().polygon("f", {0, 1, 2}).pop());
+    palettes::addEntry(*database, Palette::kMaterial, "steel");
+    palettes::addEntry(*database, Palette::kAnimation, "blink");
+    EXPECT_EQ(palettes::findOrAddColor(*database, {1, 2, 3}), 127);
+    const std::vector<std::uint8_t> file = exported();
+    std::vector<int> opcodes;
+    for (const FltRecordView record : FltRecordRange(file)) opcodes.push_back(record.opcode());
+    EXPECT_EQ(opcodes, (std::vector<int>{1, 113, 129, 32, 67, 68, 68, 68, 10, 5, 10, 72, 11, 11}));
+    INode* const own = host.CreateObjectNode(new DummyObject, "own");
+    fltEnsureKind(own, FltNodeKind::Header, kFltRevision);
+    EXPECT_EQ(palettes::addEntry(*own, Palette::kTexture, "x.rgb"), 0);
+    EXPECT_EQ(palettes::Database(*own).find(Palette::kTexture, 0)->name, "x.rgb");
+}
+
+// Faces and vertices by index follow a color; packed ones, and those of other entries, do not.
+TEST_F(Edits, ColorsReachWhatShowsThem) {
+    constexpr std::uint32_t kTen = 10 << 7 | 127, kTenDark = 10 << 7 | 64, kEleven = 11 << 7 | 127;
+    FltBytes file;
+    file.record(kFltColorPalette, grays());
+    file.record(kFltVertexPalette, Bytes().u32(8 + 4 * 40));
+    const auto vertex = [&](double x, double y, unsigned flags, std::uint32_t color) {
+        file.record(kFltVertexWithColor,
+                    Bytes().u16(0).u16(flags).f64(x).f64(y).f64(0).u32(0xFF0A0A0A).u32(color));
+    };
+    vertex(0, 0, 0, kTen);
+    vertex(1, 0, 0, kEleven);
+    vertex(1, 1, 0x1000, kTen);
+    vertex(0, 1, 0, kTenDark);
+    file.push();
+    for (const auto& [name, color] :
+         {std::pair("ten", kTen), {"dark", kTenDark}, {"eleven", kEleven}})
+        file.record(kFltFace, FaceOf{.color = color}.body(name)).push().list({0, 1, 2, 3}).pop();
+    read(file.pop());
+    ASSERT_EQ(exportedRecords(kFltColorPalette), records(kFltColorPalette, {grays()}));
+    const std::vector<std::uint8_t> vertices = exportedRecords(kFltVertexWithColor);
+
+    const std::string before = core.sceneText();
+    palettes::setColor(*database, 10, {200, 100, 0});
+    expectUndoTo(before);
+    EXPECT_EQ(node("ten").GetWireColor(), 0x0064C8U);
+    EXPECT_EQ(node("dark").GetWireColor(), 0x003265U);
+    EXPECT_EQ(node("eleven").GetWireColor(), 0x0B0B0BU);
+    const Mesh& mesh = static_cast<TriObject*>(node("eleven").GetObjectRef())->GetMesh();
+    ASSERT_EQ(mesh.colors.Count(), 4);
+    EXPECT_EQ(mesh.colors[0], 0x0064C8U);
+    EXPECT_EQ(mesh.colors[1], 0x0B0B0BU);
+    EXPECT_EQ(mesh.colors[2], 0x0A0A0AU);
+    EXPECT_EQ(mesh.colors[3], 0x003265U);
+    // They are still named by index in a file.
+    EXPECT_EQ(exportedRecords(kFltVertexWithColor), vertices);
+    Bytes changed = grays();
+    changed.vector()[128 + 40 + 1] = 0;
+    changed.vector()[128 + 40 + 2] = 100;
+    changed.vector()[128 + 40 + 3] = 200;
+    EXPECT_EQ(exportedRecords(kFltColorPalette), records(kFltColorPalette, {changed}));
+}
+
+TEST_F(Edits, ColorsHaveNames) {
+    const Bytes sky = Bytes().u16(12).u16(5).u16(20).u16(6).text("sky").u8(0),
+                sea = Bytes().u16(14).u16(7).u16(21).u16(0).text("sea").zeros(3);
+    const Bytes names = Bytes().u32(2).append(sky).append(sea);
+    read(FltBytes().record(kFltColorPalette, grays(names)).push().group("g").pop());
+    EXPECT_EQ(palettes::Database(*database).colorName(20), "sky");
+    palettes::setColorName(*database, 20, "");
+    palettes::setColorName(*database, 1023, "ice");
+    const Bytes ice = Bytes().u16(12).u16(0).u16(1023).u16(0).text("ice").u8(0);
+    EXPECT_EQ(exportedRecords(kFltColorPalette),
+              records(kFltColorPalette, {grays(Bytes().u32(2).append(sea).append(ice))}));
+    EXPECT_EQ(palettes::Database(*database).colorName(1023), "ice");
+
+    // A table that ends too soon stays as it is, and the colors can be edited.
+    const Bytes cut = Bytes().u32(3).append(sky);
+    read(FltBytes().record(kFltColorPalette, grays(cut)).push().group("g").pop());
+    EXPECT_EQ(refusal([&] { palettes::setColorName(*database, 1, "x"); }),
+              "the names of the colors cannot be read");
+    palettes::setColor(*database, 0, {0, 0, 1});
+    Bytes changed = grays(cut);
+    changed.vector()[128 + 1] = 1;
+    EXPECT_EQ(exportedRecords(kFltColorPalette), records(kFltColorPalette, {changed}));
+}
+
+// A color that is there is found; a new one takes the place of one that nobody shows or has named.
+TEST_F(Edits, FindOrAddColors) {
+    const Bytes names = Bytes().u32(1).u16(10).u16(0).u16(1023).u16(0).text("x").u8(0);
+    FltBytes file;
+    file.record(kFltColorPalette, grays(names)).push();
+    file.record(kFltFace, FaceOf{.color = 1022 << 7}.body("f"));
+    read(file.pop());
+    EXPECT_EQ(palettes::findOrAddColor(*database, {5, 5, 5}), 5 << 7 | 127);
+    EXPECT_EQ(palettes::findOrAddColor(*database, {5, 6, 7}), 1021 << 7 | 127);
+    EXPECT_EQ(palettes::findOrAddColor(*database, {5, 6, 7}), 1021 << 7 | 127);
+    EXPECT_EQ(palettes::findOrAddColor(*database, {5, 6, 8}), 1020 << 7 | 127);
+    EXPECT_EQ(refusal([&] { palettes::addEntry(*database, Palette::kColor, "x"); }),
+              "there are always 1024 colors; none is added, deleted or renumbered");
+    // The colors of older files stay as they are.
+    read(FltBytes("old", 1420).record(kFltColorPalette, grays()).push().group("g").pop());
+    EXPECT_EQ(refusal([&] {
+                  palettes::setColor(*database, 0, {1, 2, 3});
+              }),
+              "color palettes of this format are not edited");
+}
+
+// The picture of faces, and the look of lights, are those of their entries.
+TEST_F(Edits, TheSceneFollowsEntries) {
+    FltBytes file;
+    file.record(kFltTexture, textureEntry("a.rgb", 0))
+        .record(kFltTexture, textureEntry("b.rgb", 1));
+    file.record(kFltLightSourcePalette, lightEntry("sun", 0, 1)).push();
+    file.record(kFltFace, FaceOf{.texture = 0}.body("fa"))
+        .record(kFltFace, FaceOf{.texture = 1}.body("fb"));
+    file.record(kFltLightSource, lightSource("l1", 0))
+        .record(kFltLightSource, lightSource("l2", 0));
+    read(file.pop());
+    const auto picture = [&](const char* name) {
+        const BitmapTex* const map = fltkilnutil::textureMapOf(node(name).GetTexmap());
+        return std::string(map == nullptr ? "none" : map->GetMapName());
+    };
+    std::string before = core.sceneText();
+    set(Palette::kTexture, 0, "fileName", "dir/c.rgb");
+    expectUndoTo(before);
+    EXPECT_EQ(picture("fa") + " " + picture("fb"), "dir/c.rgb b.rgb");
+
+    KilnLight own;
+    ASSERT_TRUE(fltGetOptions(&node("l2"), own));
+    own.palette.diffuseGreen = 0.125F;
+    fltPutOptions(&node("l2"), own);
+    core.history().endCommand();
+    before = core.sceneText();
+    set(Palette::kLightSource, 0, "diffuseRed", "0.25");
+    expectUndoTo(before);
+    KilnLight first, second;
+    ASSERT_TRUE(fltGetOptions(&node("l1"), first) && fltGetOptions(&node("l2"), second));
+    EXPECT_EQ(first.palette.diffuseRed, 0.25F);
+    EXPECT_EQ(second.palette.diffuseRed, 1.F);
+
+    before = core.sceneText();
+    palettes::deleteEntry(*database, Palette::kTexture, entry(Palette::kTexture, 1));
+    expectUndoTo(before);
+    EXPECT_EQ(picture("fb"), "none");
+    EXPECT_EQ(faceOf("fb").textureIndex, 1);
+    EXPECT_EQ(exportedRecords(kFltTexture), records(kFltTexture, {textureEntry("dir/c.rgb", 0)}));
+}
+
+// Entries of another file that are not there yet come with indices of their own.
+TEST_F(Edits, EntriesComeFromOtherFiles) {
+    FltBytes other("other");
+    other.record(kFltTexture, textureEntry("a.rgb", 7))
+        .record(kFltTexture, textureEntry("b.rgb", 1));
+    other.record(kFltTexture, textureEntry("b.rgb", 9)).push().group("g").pop();
+    const std::string path = folder.file("other.flt");
+    const std::span<const std::uint8_t> bytes = other;
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+    read(FltBytes().record(kFltTexture, textureEntry("a.rgb", 1)).push().group("g").pop());
+    EXPECT_EQ(palettes::importEntries(*database, Palette::kTexture, path), 1U);
+    EXPECT_EQ(palettes::importEntries(*database, Palette::kTexture, path), 0U);
+    EXPECT_EQ(exportedRecords(kFltTexture),
+              records(kFltTexture, {textureEntry("a.rgb", 1), textureEntry("b.rgb", 0)}));
+    EXPECT_EQ(palettes::importEntries(*database, Palette::kMaterial, path), 0U);
+}
