@@ -24,6 +24,7 @@
 #include <quillon/flttext.h>
 
 #include <algorithm>
+#include <charconv>
 #include <map>
 #include <set>
 #include <unordered_set>
@@ -404,6 +405,33 @@ void setColorName(INode& node, std::int32_t entry, std::string_view name) {
         if (!database.hasReadableColorNames()) throw Refusal(CoreText::kCutNames);
         after.nameTable = ColorNames::with(after.nameTable, entry, std::string(name));
     });
+}
+
+std::string textOfColor(Rgb color) {
+    return std::to_string(color.red) + ' ' + std::to_string(color.green) + ' ' +
+           std::to_string(color.blue);
+}
+
+void setColorField(INode& node, std::int32_t entry, std::string_view field,
+                   std::string_view value) {
+    if (field == kNameField) return setColorName(node, entry, value);
+    if (field != kColorField) throw Refusal(CoreText::kNoField, {field});
+    const Refusal refusal(CoreText::kNoValue, {field, value});
+    Rgb color;
+    std::string_view left = value;
+    const auto skipBlanks = [&] {
+        left.remove_prefix(std::min(left.find_first_not_of(' '), left.size()));
+    };
+    for (std::uint8_t* const part : {&color.red, &color.green, &color.blue}) {
+        skipBlanks();
+        const auto [behind, error] = std::from_chars(left.data(), left.data() + left.size(), *part);
+        if (error != std::errc()) throw refusal;
+        left.remove_prefix(static_cast<std::size_t>(behind - left.data()));
+        if (!left.empty() && left.front() != ' ') throw refusal;
+    }
+    skipBlanks();
+    if (!left.empty()) throw refusal;
+    setColor(node, entry, color);
 }
 
 std::int32_t findOrAddColor(INode& node, Rgb color) {

@@ -9,9 +9,7 @@
 #include <kiln/kiln.h>
 
 #include <algorithm>
-#include <charconv>
 #include <memory>
-#include <optional>
 #include <utility>
 
 namespace palettes {
@@ -19,7 +17,6 @@ namespace palettes {
 namespace {
 
 constexpr Interface_ID kPalettesId(0x51D8A2C4, 0x7B30E61D);
-constexpr char kColorField[] = "color", kNameField[] = "name";
 
 std::string textOf(const FPValue& value) {
     return value.s != nullptr ? value.s : "";
@@ -73,33 +70,10 @@ int countOf(std::size_t number) {
     return static_cast<int>(std::min<std::size_t>(number, 0x7FFFFFFF));
 }
 
-std::uint8_t componentOf(std::int64_t value) {
-    if (value < 0 || value > 0xFF)
-        throw Refusal(CoreText::kNoValue, {kColorField, std::to_string(value)});
-    return static_cast<std::uint8_t>(value);
-}
-
-/// "255 128 0".
-Rgb colorFrom(const std::string& text) {
-    Rgb color;
-    const char* place = text.data();
-    const char* const end = place + text.size();
-    for (std::uint8_t* const part : {&color.red, &color.green, &color.blue}) {
-        place = std::find_if(place, end, [](char c) { return c != ' '; });
-        std::int64_t value = -1;
-        const auto [behind, error] = std::from_chars(place, end, value);
-        if (error != std::errc()) throw Refusal(CoreText::kNoValue, {kColorField, text});
-        *part = componentOf(value);
-        place = behind;
-    }
-    if (std::any_of(place, end, [](char c) { return c != ' '; }))
-        throw Refusal(CoreText::kNoValue, {kColorField, text});
-    return color;
-}
-
-std::string textOf(const Rgb& color) {
-    return std::to_string(color.red) + ' ' + std::to_string(color.green) + ' ' +
-           std::to_string(color.blue);
+std::uint8_t componentOf(const FPValue& value) {
+    if (value.i < 0 || value.i > 0xFF)
+        throw Refusal(CoreText::kNoValue, {kColorField, std::to_string(value.i)});
+    return static_cast<std::uint8_t>(value.i);
 }
 
 // ---------------------------------------------------------------- the functions
@@ -129,7 +103,7 @@ void entry(const FPParams& params, FPValue& result) {
     const std::string wanted = textOf(params[3]);
     if (palette == Palette::kColor) {
         const Rgb color = colorAt(database, params[2].i);
-        if (wanted == kColorField) return loadText(result, textOf(color));
+        if (wanted == kColorField) return loadText(result, textOfColor(color));
         if (wanted == kNameField) return loadText(result, database.colorName(params[2].i));
         throw Refusal(CoreText::kNoField, {wanted});
     }
@@ -173,9 +147,7 @@ void set(const FPParams& params, FPValue&) {
         const Database database(node);
         return setField(node, palette, entryIn(database, palette, params[2]), field, value);
     }
-    if (field == kColorField) return setColor(node, params[2].i, colorFrom(value));
-    if (field == kNameField) return setColorName(node, params[2].i, value);
-    throw Refusal(CoreText::kNoField, {field});
+    setColorField(node, params[2].i, field, value);
 }
 
 void remove(const FPParams& params, FPValue&) {
@@ -226,9 +198,9 @@ void compactPalette(const FPParams& params, FPValue& result) {
 }
 
 void findColor(const FPParams& params, FPValue& result) {
-    result.SetInt(findOrAddColor(
-        databaseNode(params[0]),
-        {componentOf(params[1].i), componentOf(params[2].i), componentOf(params[3].i)}));
+    result.SetInt(
+        findOrAddColor(databaseNode(params[0]),
+                       {componentOf(params[1]), componentOf(params[2]), componentOf(params[3])}));
 }
 
 void importFrom(const FPParams& params, FPValue& result) {

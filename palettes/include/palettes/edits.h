@@ -58,6 +58,13 @@ void setColor(INode& database, std::int32_t entry, Rgb color);
 /// Names it, or takes its name away.
 void setColorName(INode& database, std::int32_t entry, std::string_view name);
 
+/// The fields of a color, as scripts and the window name them: "color" is "red green blue".
+inline constexpr char kColorField[] = "color", kNameField[] = "name";
+std::string textOfColor(Rgb color);
+/// Sets one of them.
+void setColorField(INode& database, std::int32_t entry, std::string_view field,
+                   std::string_view value);
+
 /// The index of that color at full intensity. Without one an entry becomes it that is not used and
 /// has no name: one whose color another entry has too, or the last.
 std::int32_t findOrAddColor(INode& database, Rgb color);

@@ -1,0 +1,122 @@
+// The window of the palettes.
+#pragma once
+
+#include "resource.h"
+#include "swatches.h"
+#include "thumbnails.h"
+
+#include <framework/cdialog.h>
+#include <grid/cgridctrl.h>
+#include <kiln/scenewatch.h>
+#include <palettes/edits.h>
+#include <palettes/references.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+class INode;
+class Interface;
+
+namespace palettes {
+
+/// A modeless window beside the host's: the palettes of one database, a tab for each, and the
+/// fields of the entry that has the focus. It follows the scene, whoever changes it.
+class PaletteWindow : public framework::CDialog {
+public:
+    PaletteWindow();
+    ~PaletteWindow() override;
+
+    /// Shows the window in front, for the database of the selection.
+    void open(Interface& host);
+    /// Speaks the host's language of now.
+    void followLanguage();
+
+protected:
+    bool OnInitDialog() override;
+    bool PreTranslateMessage(MSG& message) override;
+    void OnSize(UINT type, int width, int height) override;
+    void OnMinMaxInfo(MINMAXINFO& info) override;
+    void OnTimer(UINT_PTR timer) override;
+    void OnDestroy() override;
+    void OnOK() override;
+    void OnClose() override { Hide(); }
+    bool OnCommand(int id, UINT code, HWND control) override;
+    bool OnNotify(int id, NMHDR& header, LRESULT& result) override;
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+
+private:
+    enum class Column : std::uint8_t { kLook, kIndex, kName, kUsers, kNote };
+
+    // What is shown.
+    INode* database() const;
+    void listDatabases();
+    void read();
+    void refresh();
+    void filter();
+    void sceneChanged();
+    Palette palette() const noexcept { return palette_; }
+    bool showsColors() const noexcept { return palette_ == Palette::kColor; }
+    void showPalette(Palette palette);
+    void showFields();
+    void showStatus();
+    void say(const std::string& text);
+    void enableActions();
+
+    // The list.
+    HWND list() const noexcept { return Item(IDC_ENTRIES); }
+    std::string cell(const Entry& entry, Column column);
+    std::string noteOf(const Entry& entry);
+    std::uint32_t usersOf(const Entry& entry) const;
+    void draw(NMLVCUSTOMDRAW& drawn, LRESULT& result);
+    void drawLook(HDC dc, const RECT& area, const Entry& entry);
+    void sortBy(int column);
+    void fitColumns();
+    void nameColumns();
+    const Entry* focused() const;
+    /// Of an entry, or the entry of the color that is chosen; -1 for none.
+    std::int32_t focusedIndex() const;
+    void focus(std::size_t place);
+    void focusIndex(std::int32_t index);
+
+    // Edits.
+    /// Carries an edit out, tells why it is not made, and shows what has become of it.
+    bool attempt(const std::function<void()>& edit);
+    bool setValue(const std::string& field, const std::string& value);
+    void add();
+    void copy();
+    void remove();
+    void choose();
+    void compactAll();
+    void importFile();
+    void selectUsers();
+    void assignToSelection();
+    void pick();
+
+    // The window.
+    void notePlaces(SIZE base);
+    void layout();
+
+    Interface* host_ = nullptr;
+    std::unique_ptr<SceneWatch> watch_;
+    std::vector<DWORD> databases_;  ///< handles, as the choice lists them
+    DWORD chosen_ = 0;              ///< one of them
+    std::unique_ptr<Database> data_;
+    Usage usage_;
+    Palette palette_ = Palette::kColor;
+    std::vector<std::uint32_t> rows_;  ///< entries that are shown
+    int sortColumn_ = -1;              ///< the order of the file
+    bool isDescending_ = false;
+    bool isRefreshing_ = false;
+    Swatches swatches_, intensity_;
+    grid::CGridCtrl fields_;
+    std::vector<Field> shownFields_;
+    std::unique_ptr<Thumbnails> thumbnails_;
+    SIZE base_{};
+    SIZE smallest_{};
+    std::vector<RECT> places_;
+};
+
+}  // namespace palettes
