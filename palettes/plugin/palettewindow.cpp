@@ -148,8 +148,9 @@ bool PaletteWindow::OnInitDialog() {
     fields_.SubclassDlgItem(IDC_FIELDS, Handle());
     intensity_.show(kIntensities, kIntensities);
     intensity_.choose(kIntensities - 1);
-    swatches_.colorOf = [this](int i) {
-        return fltkilnutil::colorRefOf(data_->colors().colors[static_cast<std::size_t>(i)]);
+    swatches_.colorOf = [this](int i) -> COLORREF {
+        if (!data() || !data()->hasColors()) return ::GetSysColor(COLOR_BTNFACE);
+        return fltkilnutil::colorRefOf(data()->colors().colors[static_cast<std::size_t>(i)]);
     };
     swatches_.isMarked = [this](int i) { return usage_.of(Palette::kColor, i) != 0; };
     swatches_.onChosen = [this] {
@@ -159,8 +160,8 @@ bool PaletteWindow::OnInitDialog() {
     };
     swatches_.onActivated = [this] { choose(); };
     intensity_.colorOf = [this](int i) {
-        if (!data_ || !data_->hasColors()) return COLORREF{0};
-        const auto& color = data_->colors().colors[static_cast<std::size_t>(swatches_.chosen())];
+        if (!data() || !data()->hasColors()) return COLORREF{0};
+        const auto& color = data()->colors().colors[static_cast<std::size_t>(swatches_.chosen())];
         return fltkilnutil::shadeOf(color, static_cast<std::uint32_t>(i));
     };
     intensity_.onChosen = [this] { showStatus(); };
@@ -224,6 +225,11 @@ void PaletteWindow::OnDestroy() {
 
 // ---------------------------------------------------------------- what is shown
 
+// What was read refers to the node's bytes, which may have gone with a change of the scene.
+const Database* PaletteWindow::data() const {
+    return watch_ && !watch_->HasChanged() ? data_.get() : nullptr;
+}
+
 INode* PaletteWindow::database() const {
     return host_->GetINodeByHandle(chosen_);
 }
@@ -278,7 +284,7 @@ void PaletteWindow::showPalette(Palette palette) {
     ::ShowWindow(list(), colors ? SW_HIDE : SW_SHOW);
     swatches_.Show(colors ? SW_SHOW : SW_HIDE);
     intensity_.Show(colors ? SW_SHOW : SW_HIDE);
-    swatches_.show(data_ && data_->hasColors() ? static_cast<int>(FltColorPalette::kEntries) : 0,
+    swatches_.show(data() && data()->hasColors() ? static_cast<int>(FltColorPalette::kEntries) : 0,
                    kColorColumns);
     intensity_.Invalidate();
     filter();
@@ -289,8 +295,8 @@ void PaletteWindow::filter() {
     const Entry* const before = focused();
     const std::size_t place = before != nullptr ? before->place : SIZE_MAX;
     rows_.clear();
-    if (data_ && !showsColors()) {
-        const std::vector<Entry>& entries = data_->entries(palette_);
+    if (data() && !showsColors()) {
+        const std::vector<Entry>& entries = data()->entries(palette_);
         const std::string wanted = base::smallLetters(ItemText(IDC_SEARCH));
         const bool onlyUnused = IsItemChecked(IDC_UNUSED);
         for (std::size_t i = 0; i < entries.size(); ++i) {
@@ -332,10 +338,10 @@ void PaletteWindow::filter() {
 }
 
 void PaletteWindow::focus(std::size_t place) {
-    if (rows_.empty()) return;
+    if (rows_.empty() || !data()) return;
     std::size_t row = 0;
     for (std::size_t i = 0; i < rows_.size(); ++i)
-        if (data_->entries(palette_)[rows_[i]].place == place) row = i;
+        if (data()->entries(palette_)[rows_[i]].place == place) row = i;
     isRefreshing_ = true;
     LVITEMW item{};
     item.stateMask = LVIS_FOCUSED | LVIS_SELECTED;
@@ -348,7 +354,7 @@ void PaletteWindow::focus(std::size_t place) {
 }
 
 void PaletteWindow::focusIndex(std::int32_t index) {
-    const Entry* const entry = data_ ? data_->find(palette_, index) : nullptr;
+    const Entry* const entry = data() ? data()->find(palette_, index) : nullptr;
     if (entry == nullptr) return;
     focus(entry->place);
     showFields();
@@ -356,17 +362,17 @@ void PaletteWindow::focusIndex(std::int32_t index) {
 }
 
 const Entry* PaletteWindow::focused() const {
-    if (!data_ || showsColors()) return nullptr;
+    if (!data() || showsColors()) return nullptr;
     const LRESULT row =
         ::SendMessageW(list(), LVM_GETNEXTITEM, static_cast<WPARAM>(-1), LVNI_FOCUSED);
     if (row < 0 || static_cast<std::size_t>(row) >= rows_.size()) return nullptr;
-    const std::vector<Entry>& entries = data_->entries(palette_);
+    const std::vector<Entry>& entries = data()->entries(palette_);
     const std::size_t i = rows_[static_cast<std::size_t>(row)];
     return i < entries.size() ? &entries[i] : nullptr;
 }
 
 std::int32_t PaletteWindow::focusedIndex() const {
-    if (showsColors()) return data_ && data_->hasColors() ? swatches_.chosen() : -1;
+    if (showsColors()) return data() && data()->hasColors() ? swatches_.chosen() : -1;
     const Entry* const entry = focused();
     return entry != nullptr && entry->counts() ? entry->index : -1;
 }
@@ -395,11 +401,11 @@ LRESULT PaletteWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
 
 void PaletteWindow::showFields() {
     shownFields_.clear();
-    if (showsColors() && data_ && data_->hasColors()) {
-        shownFields_.push_back({kColorField, textOfColor(colorAt(*data_, swatches_.chosen()))});
-        shownFields_.push_back({kNameField, data_->colorName(swatches_.chosen())});
+    if (showsColors() && data() && data()->hasColors()) {
+        shownFields_.push_back({kColorField, textOfColor(colorAt(*data(), swatches_.chosen()))});
+        shownFields_.push_back({kNameField, data()->colorName(swatches_.chosen())});
     } else if (const Entry* const entry = focused()) {
-        if (const auto record = readEntry(*entry, data_->revision()))
+        if (const auto record = readEntry(*entry, data()->revision()))
             shownFields_ = fieldsOf(*record);
     }
     const grid::CGridCtrl::UpdateScope update(fields_);
@@ -419,15 +425,13 @@ void PaletteWindow::showFields() {
 }
 
 bool PaletteWindow::setValue(const std::string& field, const std::string& value) {
-    INode* const node = database();
-    if (node == nullptr || !data_) return false;
-    return attempt([&] {
+    return attempt([&](INode& node) {
         if (!showsColors()) {
             if (const Entry* const entry = focused())
-                setField(*node, palette_, *entry, field, value);
+                setField(node, palette_, *entry, field, value);
             return;
         }
-        setColorField(*node, swatches_.chosen(), field, value);
+        setColorField(node, swatches_.chosen(), field, value);
     });
 }
 
@@ -481,7 +485,7 @@ std::string PaletteWindow::cell(const Entry& entry, Column column) {
 void PaletteWindow::drawLook(HDC dc, const RECT& area, const Entry& entry) {
     std::vector<std::uint32_t> pixels;
     COLORREF color = CLR_INVALID;
-    const auto record = readEntry(entry, data_->revision());
+    const auto record = readEntry(entry, data()->revision());
     if (palette_ == Palette::kTexture) {
         pixels = thumbnails_->of(entry.name).pixels;
     } else if (record != nullptr && palette_ == Palette::kMaterial) {
@@ -514,13 +518,13 @@ void PaletteWindow::draw(NMLVCUSTOMDRAW& drawn, LRESULT& result) {
     result = CDRF_DODEFAULT;
     if (drawn.nmcd.dwDrawStage == CDDS_PREPAINT) result = CDRF_NOTIFYITEMDRAW;
     if (drawn.nmcd.dwDrawStage == CDDS_ITEMPREPAINT) result = CDRF_NOTIFYPOSTPAINT;
-    if (drawn.nmcd.dwDrawStage != CDDS_ITEMPOSTPAINT || !data_) return;
+    if (drawn.nmcd.dwDrawStage != CDDS_ITEMPOSTPAINT || !data()) return;
     const auto row = static_cast<std::size_t>(drawn.nmcd.dwItemSpec);
     if (row >= rows_.size()) return;
     RECT area{LVIR_BOUNDS, 0, 0, 0};
     ::SendMessageW(list(), LVM_GETITEMRECT, row, reinterpret_cast<LPARAM>(&area));
     area.right = area.left + static_cast<int>(::SendMessageW(list(), LVM_GETCOLUMNWIDTH, 0, 0));
-    drawLook(drawn.nmcd.hdc, area, data_->entries(palette_)[rows_[row]]);
+    drawLook(drawn.nmcd.hdc, area, data()->entries(palette_)[rows_[row]]);
 }
 
 void PaletteWindow::sortBy(int column) {
@@ -547,25 +551,25 @@ void PaletteWindow::say(const std::string& text) {
 
 void PaletteWindow::showStatus() {
     enableActions();
-    if (!data_) {
+    if (!data()) {
         if (database() == nullptr) say(textOf(TextId::kNoDatabase));
         return;
     }
     std::string text;
-    if (showsColors() && data_->hasColors()) {
+    if (showsColors() && data()->hasColors()) {
         const int entry = swatches_.chosen(), intensity = intensity_.chosen();
         text = textOf(TextId::kColorShown, {std::to_string(entry), std::to_string(intensity),
                                             std::to_string(entry * kIntensities + intensity),
                                             std::to_string(usage_.of(Palette::kColor, entry))});
     } else {
-        const std::size_t all = showsColors() ? 0 : data_->entries(palette_).size();
+        const std::size_t all = showsColors() ? 0 : data()->entries(palette_).size();
         text = textOf(TextId::kShown, {std::to_string(all), std::to_string(rows_.size())});
     }
     say(usage_.unseen[palette_] ? textOf(TextId::kMayBeUsed, {text}) : text);
 }
 
 void PaletteWindow::enableActions() {
-    const bool isThere = data_ != nullptr, colors = showsColors();
+    const bool isThere = data() != nullptr, colors = showsColors();
     const bool isEntry = focused() != nullptr, counts = focusedIndex() >= 0;
     const HWND focus = ::GetFocus();
     const std::pair<int, bool> wanted[] = {
@@ -586,11 +590,13 @@ void PaletteWindow::enableActions() {
 
 // ---------------------------------------------------------------- edits
 
-bool PaletteWindow::attempt(const std::function<void()>& edit) {
+bool PaletteWindow::attempt(const std::function<void(INode&)>& edit) {
     const CWaitCursor wait;
     std::string reason;
     try {
-        edit();
+        INode* const node = database();
+        if (node == nullptr) throw Refusal(CoreText::kNoDatabase);
+        edit(*node);
     } catch (const Refusal& refusal) {
         reason = refusal.text();
     } catch (const std::system_error& error) {
@@ -607,20 +613,22 @@ bool PaletteWindow::attempt(const std::function<void()>& edit) {
 
 void PaletteWindow::add() {
     std::int32_t index = -1;
-    if (attempt([&] { index = addEntry(*database(), palette_, textOf(TextId::kNewName)); }))
+    if (attempt([&](INode& node) { index = addEntry(node, palette_, textOf(TextId::kNewName)); }))
         focusIndex(index);
 }
 
 void PaletteWindow::copy() {
-    const Entry* const entry = focused();
-    if (entry == nullptr) return;
+    if (focused() == nullptr) return;
     std::int32_t index = -1;
-    if (attempt([&] { index = copyEntry(*database(), palette_, *entry); })) focusIndex(index);
+    if (attempt([&](INode& node) { index = copyEntry(node, palette_, *focused()); }))
+        focusIndex(index);
 }
 
 void PaletteWindow::remove() {
     const Entry* const entry = focused();
     if (entry == nullptr) return;
+    const std::size_t place = entry->place;
+    const std::int32_t index = entry->index;
     if (usersOf(*entry) != 0) {
         constexpr std::size_t kNamed = 12;
         const std::vector<INode*> users = palettes::usersOf(*database(), palette_, entry->index);
@@ -632,7 +640,10 @@ void PaletteWindow::remove() {
             textOf(TextId::kAskDelete, {std::to_string(users.size()), names});
         if (ShowMessage(question, MB_YESNO | MB_ICONQUESTION | MB_DEFBUTTON2) != IDYES) return;
     }
-    attempt([&] { deleteEntry(*database(), palette_, *entry); });
+    // The scene may have changed while the user was asked.
+    const Entry* const still = focused();
+    if (still == nullptr || still->place != place || still->index != index) return;
+    attempt([&](INode& node) { deleteEntry(node, palette_, *still); });
 }
 
 // Another color, or another picture.
@@ -640,7 +651,7 @@ void PaletteWindow::choose() {
     if (showsColors()) {
         if (focusedIndex() < 0) return;
         static COLORREF own[16];
-        const Rgb now = colorAt(*data_, swatches_.chosen());
+        const Rgb now = colorAt(*data(), swatches_.chosen());
         CHOOSECOLORW asked{};
         asked.lStructSize = sizeof asked;
         asked.hwndOwner = Handle();
@@ -648,8 +659,8 @@ void PaletteWindow::choose() {
         asked.lpCustColors = own;
         asked.Flags = CC_RGBINIT | CC_FULLOPEN;
         if (!::ChooseColorW(&asked)) return;
-        attempt([&] {
-            setColor(*database(), swatches_.chosen(),
+        attempt([&](INode& node) {
+            setColor(node, swatches_.chosen(),
                      {GetRValue(asked.rgbResult), GetGValue(asked.rgbResult),
                       GetBValue(asked.rgbResult)});
         });
@@ -671,7 +682,7 @@ void PaletteWindow::choose() {
 
 void PaletteWindow::compactAll() {
     std::size_t changed = 0;
-    if (attempt([&] { changed = compact(*database(), palette_); }))
+    if (attempt([&](INode& node) { changed = compact(node, palette_); }))
         say(textOf(TextId::kCompacted, {std::to_string(changed)}));
 }
 
@@ -682,7 +693,7 @@ void PaletteWindow::importFile() {
         host_->GetDir(KILN_IMPORT_DIR));
     if (!file) return;
     std::size_t added = 0;
-    if (attempt([&] { added = importEntries(*database(), palette_, *file); }))
+    if (attempt([&](INode& node) { added = importEntries(node, palette_, *file); }))
         say(textOf(TextId::kImported, {std::to_string(added)}));
 }
 
@@ -711,7 +722,7 @@ void PaletteWindow::assignToSelection() {
     const std::int32_t index =
         showsColors() ? focusedIndex() * kIntensities + intensity_.chosen() : focusedIndex();
     std::size_t count = 0;
-    if (attempt([&] { count = assign(*database(), nodes, palette_, index); }))
+    if (attempt([&](INode& node) { count = assign(node, nodes, palette_, index); }))
         say(textOf(TextId::kAssigned, {std::to_string(count)}));
 }
 
@@ -773,7 +784,7 @@ bool PaletteWindow::OnCommand(int id, UINT code, HWND control) {
             return true;
         }
         case IDC_SEARCH:
-            if (code == EN_CHANGE && data_) filter();
+            if (code == EN_CHANGE && data()) filter();
             return true;
         case IDC_UNUSED:
             filter();
@@ -830,9 +841,9 @@ bool PaletteWindow::OnNotify(int id, NMHDR& header, LRESULT& result) {
             if (!(item.mask & LVIF_TEXT) || item.cchTextMax < 1) return true;
             const auto row = static_cast<std::size_t>(item.iItem);
             std::wstring text;
-            if (data_ && row < rows_.size())
-                text = base::toWide(
-                    cell(data_->entries(palette_)[rows_[row]], static_cast<Column>(item.iSubItem)));
+            if (data() && row < rows_.size())
+                text = base::toWide(cell(data()->entries(palette_)[rows_[row]],
+                                         static_cast<Column>(item.iSubItem)));
             const auto room = static_cast<std::size_t>(item.cchTextMax) - 1;
             item.pszText[text.copy(item.pszText, room)] = 0;
             return true;

@@ -52,6 +52,8 @@ private:
 
     // What is shown.
     INode* database() const;
+    /// Null while there is none, and once the scene has changed since it was read.
+    const Database* data() const;
     void listDatabases();
     void read();
     void refresh();
@@ -83,7 +85,7 @@ private:
 
     // Edits.
     /// Carries an edit out, tells why it is not made, and shows what has become of it.
-    bool attempt(const std::function<void()>& edit);
+    bool attempt(const std::function<void(INode&)>& edit);
     bool setValue(const std::string& field, const std::string& value);
     void add();
     void copy();

@@ -200,7 +200,8 @@ TEST_F(PaletteWindowTest, EditsAreShownAndUndone) {
     testinput::key(VK_RETURN);
     ASSERT_EQ(GetFocus(), control(IDC_FIELDS));
     testinput::key(VK_DOWN);
-    testinput::type(L"iron\r");
+    testinput::type(L"iron");
+    testinput::key(VK_RETURN);
     EXPECT_THAT(column(2), ElementsAre("iron", "brick", "twice"));
     undo();
     EXPECT_THAT(column(2), ElementsAre("steel", "brick", "twice"));
@@ -249,10 +250,12 @@ TEST_F(PaletteWindowTest, UsersAreSelectedAndGetEntries) {
     EXPECT_EQ(status(), "Assigned to nodes: 1");
     SetFocus(control(IDC_FIELDS));
     testinput::key(VK_HOME, {VK_CONTROL});
-    testinput::type(L"10 20 300\r");
+    testinput::type(L"10 20 300");
+    testinput::key(VK_RETURN);
     EXPECT_THAT(status(), testing::StartsWith("Not done: the field color cannot be"));
     testinput::key(VK_HOME, {VK_CONTROL});
-    testinput::type(L"10 20 30\r");
+    testinput::type(L"10 20 30");
+    testinput::key(VK_RETURN);
     EXPECT_EQ(palettes::textOfColor(palettes::colorAt(palettes::Database(*scene_.database), 33)),
               "10 20 30");
     EXPECT_EQ(scene_.face->GetWireColor(), 0x1E140AU);
