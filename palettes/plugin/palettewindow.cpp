@@ -214,7 +214,12 @@ void PaletteWindow::followLanguage() {
     refresh();
 }
 
+// The window goes with the host's; another one begins anew.
 void PaletteWindow::OnDestroy() {
+    palette_ = Palette::kColor;
+    sortColumn_ = -1;
+    isDescending_ = false;
+    chosen_ = 0;
     thumbnails_.reset();
     watch_.reset();
     data_.reset();
