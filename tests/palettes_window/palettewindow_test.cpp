@@ -229,6 +229,7 @@ TEST_F(PaletteWindowTest, UsersAreSelectedAndGetEntries) {
     push(IDC_ASSIGN);
     EXPECT_EQ(status(), "Assigned to nodes: 1");
     EXPECT_THAT(column(3), ElementsAre("0", "1", "0"));
+    SetFocus(list());
     testinput::key(VK_HOME);
     push(IDC_SELECT_USERS);
     EXPECT_EQ(status(), "No node uses this entry");
