@@ -457,6 +457,7 @@ void SceneFeed::addMesh(Reading& reading, const Matrix3& place, const Mesh& mesh
         reading.model.addVertex(toVec3d(place.PointTransform(vertex)));
     if (mesh.faces.IsEmpty()) return;
     NodeLook look = lookOf(node);
+    if (look.hidden) return;
     look.opacity *= inherited.opacity;
     look.vertexNormals = look.vertexNormals && inherited.smooth;
     const bool hasTexture = mesh.tvFaces.Count() == mesh.faces.Count() && !mesh.tVerts.IsEmpty();

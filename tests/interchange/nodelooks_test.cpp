@@ -59,6 +59,7 @@ TEST_F(NodeLooksTest, FacesFollowTheirRecordsAndPalettes) {
     EXPECT_FALSE(look(face).lit);
     EXPECT_TRUE(look(face).vertexColors);
     EXPECT_EQ(look(face).picture, nullptr);
+    EXPECT_FALSE(look(face).hidden);
     EXPECT_EQ(look(face).opacity, 1);
 
     edit(face, [](FltFace& record) {

@@ -441,6 +441,9 @@ TEST_F(BrowserProperties, SelectedCellsDoNotOutliveTheNode) {
     SetFocus(grid());
     EXPECT_NE(colors()[1], white) << "the focus cell is where it was";
     EXPECT_EQ(colors()[0], white);
+    browser().selectNode(items[0]);  // with the keyboard in the grid
+    testinput::pump();
+    EXPECT_EQ(colors(), std::vector<COLORREF>(3, white));
 }
 
 TEST_F(BrowserProperties, TheFirstAttributeOfALightPointDecidesAboutTheSecond) {

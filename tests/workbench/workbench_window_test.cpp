@@ -147,6 +147,31 @@ TEST_F(WorkbenchTest, TheViewportFollowsAnAttribute) {
     EXPECT_TRUE(eventually([&] { return middleOfViewport() != unlit; }));
     script("$'塔楼'.hidden = false");
     EXPECT_TRUE(eventually([&] { return middleOfViewport() == unlit; }));
+
+    // Each of these is seen at once, and is gone at once when it is taken back.
+    script("createDummy name:\"top\"");
+    script("select $top");
+    for (const char* create : {"CreateObject", "CreateDOF", "CreateLOD"})
+        script("select $top; Aviary." + std::string(create) + "()");
+    script("link $d001 $o001; link $l001 $d001; link $'塔楼' $l001; clearSelection()");
+    constexpr int kDay = 1234, kByEye = 1232;  // commands
+    ::SendMessageW(window_, WM_COMMAND, kDay, 0);
+    ::SendMessageW(window_, WM_COMMAND, kByEye, 0);
+    ASSERT_TRUE(eventually([&] { return middleOfViewport() == unlit; }));
+    for (const auto& [node, key, value] : {std::tuple{"$'塔楼'", "FltHidden", "1"},
+                                           {"$'塔楼'", "FltDrawType", "2"},
+                                           {"$o001", "FltObjTransparency", "30000"},
+                                           {"$o001", "FltObjNoDay", "1"},
+                                           {"$d001", "FltDofTxCurr", "500"},
+                                           {"$l001", "FltLodMin", "1"}}) {
+        const std::string was = "was = getAttr " + std::string(node) + " \"" + key + "\" raw:true";
+        const std::string set = "setAttr " + std::string(node) + " \"" + key + "\" ";
+        script(was);
+        script(set + value);
+        EXPECT_TRUE(eventually([&] { return middleOfViewport() != unlit; })) << key;
+        script(set + "was");
+        EXPECT_TRUE(eventually([&] { return middleOfViewport() == unlit; })) << key;
+    }
 }
 
 TEST_F(WorkbenchTest, RunsScriptFilesFromTheMenuAndTheLine) {

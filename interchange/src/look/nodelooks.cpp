@@ -394,6 +394,7 @@ std::optional<LightColor> NodeLooks::outlineOf(const Record& record, INode& node
 template <typename Record>
 void NodeLooks::describe(const Record& record, INode& node, NodeLook& look) {
     const Family& family = familyOf(node);
+    look.hidden = (record.flags & kFltSurfaceHidden) != 0;
     look.lit = fltIsLit(record.lightMode);
     const bool hasColor =
         (record.flags & kFltSurfacePackedColors) != 0 || (record.flags & kFltSurfaceNoColor) == 0;

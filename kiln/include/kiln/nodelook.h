@@ -64,6 +64,7 @@ struct NodeLook {
     LightColor emissive;  ///< what it shines with itself
     float opacity = 1;    ///< 1 for a surface that nothing shines through
 
+    bool hidden = false;       ///< whether its surface is left out, whatever else it has
     bool lit = true;           ///< whether lights change its color
     bool vertexColors = true;  ///< whether the mesh's colors, if any, stand for the wire color
     bool vertexNormals = true;

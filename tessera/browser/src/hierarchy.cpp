@@ -64,7 +64,7 @@ Hierarchy::Hierarchy()
       layout_(std::make_unique<FormLayout>(*this)),
       switchSide_(std::make_unique<SwitchSide>(*this, tree_, *client_,
                                                [this] { properties_->showAgain(); })),
-      properties_(std::make_unique<PropertySide>(*this, tree_, *switchSide_)),
+      properties_(std::make_unique<PropertySide>(*this, tree_, *client_, *switchSide_)),
       selection_(std::make_unique<SelectionCommands>(*this, tree_, *client_, *properties_)),
       edits_(std::make_unique<EditCommands>(*this, tree_, *client_, *properties_, *selection_)),
       search_(std::make_unique<TreeSearch>(*this, tree_, *layout_, *properties_)),

@@ -2,6 +2,7 @@
 
 #include "attributestore.h"
 #include "cgridex.h"
+#include "clientlink.h"
 #include "hierarchytree.h"
 #include "switchside.h"
 #include "usermessages.h"
@@ -47,9 +48,11 @@ bool isReadOnly(const FltAttrGroup& set) {
 
 }  // namespace
 
-PropertySide::PropertySide(const CWnd& form, HierarchyTree& tree, SwitchSide& switchSide)
+PropertySide::PropertySide(const CWnd& form, HierarchyTree& tree, const ClientLink& client,
+                           SwitchSide& switchSide)
     : form_(form),
       tree_(tree),
+      client_(client),
       switchSide_(switchSide),
       grid_(std::make_unique<Hierarchy::CGridEx>()) {}
 PropertySide::~PropertySide() = default;
@@ -112,14 +115,20 @@ void PropertySide::show(HTREEITEM item) {
     const TreeItem* const found = tree_.Find(item);
     current_ = found ? item : nullptr;
     const NodeHandle node = found ? found->node : 0;
-    if (node != std::exchange(shownNode_, node)) grid_->Deselect();
+    const bool isOther = node != std::exchange(shownNode_, node);
+    showNode(node);
+    // Only once the keyboard is where it goes: with it in the grid the focus cell stays selected.
+    if (isOther) grid_->Deselect();
+}
+
+void PropertySide::showNode(NodeHandle node) {
     if (!node) return showNone("");
     const bool hasRecord = recordKind(node).has_value();
     const FltAttrGroup* const set = hasRecord ? loadAttributes(node) : nullptr;
     if (!set) return showNone(loadString(IDS_NO_RECORD));
     showSet(*set);
     focusTree();
-    switchSide_.edit(set->kind == FltNodeKind::Switch ? item : nullptr);
+    switchSide_.edit(set->kind == FltNodeKind::Switch ? current_ : nullptr);
 }
 
 // The set holds the current node's values.
@@ -283,6 +292,8 @@ bool PropertySide::endEdit(int attribute, const std::string& entered) {
         editSelected(*set, *row, value);
     else
         loaded = storeAttribute(node, *set, *row, value);
+    if (set->kind == FltNodeKind::Lod && client_.commands())
+        client_.commands()->levelEdited(client_.clientData());
     scope.Commit();
     if (!loaded && loadAttributes(node) != set) {
         showAgain();  // it is no longer a node of the kind

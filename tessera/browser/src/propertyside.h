@@ -12,13 +12,15 @@
 
 namespace tessera {
 
+class ClientLink;
 class SwitchSide;
 
 /// Shows the node of the current item and takes the user's edits of it. "Current" is the item whose
 /// node is shown; it need not be the tree's caret item.
 class PropertySide {
 public:
-    PropertySide(const framework::CWnd& form, HierarchyTree& tree, SwitchSide& switchSide);
+    PropertySide(const framework::CWnd& form, HierarchyTree& tree, const ClientLink& client,
+                 SwitchSide& switchSide);
     ~PropertySide();
 
     /// Connects the controls of the form. Throws `std::bad_alloc`.
@@ -78,6 +80,7 @@ public:
     bool onGridNotify(NMHDR& header, LRESULT& result);
 
 private:
+    void showNode(NodeHandle node);
     void showSet(const FltAttrGroup& set);
     void showNone(const std::string& name);
     void showName(const FltAttrGroup& set);
@@ -91,6 +94,7 @@ private:
 
     const framework::CWnd& form_;
     HierarchyTree& tree_;
+    const ClientLink& client_;
     SwitchSide& switchSide_;
     const std::unique_ptr<Hierarchy::CGridEx> grid_;
     framework::CButton global_;

@@ -9,6 +9,7 @@
 #include <fltkilnutil/actions.h>
 #include <kiln/kiln.h>
 #include <tessera/browserclient.h>
+#include <tessera/lodviewer.h>
 
 #include <algorithm>
 #include <span>
@@ -120,9 +121,16 @@ std::size_t selected(NodeHandle* nodes, std::size_t room, void* clientData) {
     return count;
 }
 
+void levelEdited(void* clientData) {
+    diagnostics::guarded(kSource, kLine, false, [&] {
+        LodViewer(*static_cast<Interface*>(clientData)).Refresh();
+        return true;
+    });
+}
+
 }  // namespace
 
-const NodeCommands kNodeCommands{remove, copy, watchSelection, selected};
+const NodeCommands kNodeCommands{remove, copy, watchSelection, selected, levelEdited};
 
 void leaveSelection() noexcept {
     watchSelection(false, nullptr);

@@ -22,6 +22,12 @@
 #define IDC_TRANSFORM_FIELDS 1030 /* and the numbers after it, three for each line */
 #define IDD_KEYS 114
 #define IDC_KEYS_LIST 1060
+#define IDD_LEVELS 115
+#define IDC_LEVELS_DISTANCE 1070
+#define IDC_LEVELS_STRIP 1071
+#define IDC_LEVELS_NEARER 1072
+#define IDC_LEVELS_FARTHER 1073
+#define IDC_LEVELS_ALL 1074
 
 #define CMD_FILE_NEW 1000
 #define CMD_FILE_OPEN 1001
@@ -69,8 +75,14 @@
 #define CMD_VIEW_DAY 1234
 #define CMD_VIEW_DUSK 1235
 #define CMD_VIEW_NIGHT 1236
+#define CMD_VIEW_LEVELS 1237
 #define CMD_VIEW_CHINESE 1240
 #define CMD_VIEW_ENGLISH 1241
+
+#define CMD_VIEW_SAVE 1260 /* and the numbers up to CMD_VIEW_SAVE_LAST */
+#define CMD_VIEW_SAVE_LAST 1263
+#define CMD_VIEW_RECALL 1270 /* and the numbers up to CMD_VIEW_RECALL_LAST */
+#define CMD_VIEW_RECALL_LAST 1273
 
 #define CMD_SCRIPT_RUN 1250
 #define CMD_SCRIPT_RUN_AGAIN 1251

@@ -69,6 +69,15 @@ ACCEL kSceneKeys[] = {
     {kPlain, VK_F3, CMD_VIEW_SHADED_EDGES},
     {kPlain, VK_F4, CMD_VIEW_WIREFRAME},
     {kPlain, 'G', CMD_VIEW_GRID},
+    {kCtrl, 'L', CMD_VIEW_LEVELS},
+    {kPlain, '1', CMD_VIEW_RECALL},
+    {kPlain, '2', CMD_VIEW_RECALL + 1},
+    {kPlain, '3', CMD_VIEW_RECALL + 2},
+    {kPlain, '4', CMD_VIEW_RECALL + 3},
+    {kCtrl, '1', CMD_VIEW_SAVE},
+    {kCtrl, '2', CMD_VIEW_SAVE + 1},
+    {kCtrl, '3', CMD_VIEW_SAVE + 2},
+    {kCtrl, '4', CMD_VIEW_SAVE + 3},
 };
 ACCEL kHistoryKeys[] = {
     {kCtrl, 'Z', CMD_EDIT_UNDO},
@@ -238,6 +247,11 @@ void CommandTable::addViewCommands() {
                                         {CMD_VIEW_BACK, render::View::kBack},
                                         {CMD_VIEW_BOTTOM, render::View::kBottom}})
         actions_[command] = [&viewport, which = view] { viewport.setView(which); };
+    for (int place = 0; place < Viewport::kSavedViews; ++place) {
+        actions_[CMD_VIEW_SAVE + place] = [&viewport, place] { viewport.saveView(place); };
+        actions_[CMD_VIEW_RECALL + place] = [&viewport, place] { viewport.recallView(place); };
+    }
+    actions_[CMD_VIEW_LEVELS] = [this] { targets_.toggleLevels(); };
     for (const auto& [command, mode] : {std::pair{CMD_VIEW_SHADED, render::DrawMode::kShaded},
                                         {CMD_VIEW_SHADED_EDGES, render::DrawMode::kShadedEdges},
                                         {CMD_VIEW_WIREFRAME, render::DrawMode::kWireframe}})

@@ -1,5 +1,6 @@
 #include "mainwindow.h"
 
+#include "commands.h"
 #include "guide.h"
 #include "userfilepath.h"
 #include "windowverbs.h"
@@ -76,9 +77,12 @@ MainWindow::MainWindow(kiln::Core& core, Settings& settings)
                    settings_.set(kHistorySetting, std::to_string(megabytes));
                }),
       transform_(core.hostInterface()),
+      levels_(core.hostInterface(), panes_.viewport(),
+              [this] { commands_.run(CMD_EDIT_UNHIDE_ALL); }),
       commands_({*this, core, files_, scripts_, view_, panes_.viewport(), utilities_,
                  [this] { toggleHistory(); },
                  [this] { transform_.toggle(Handle(), viewport().WindowRect()); },
+                 [this] { levels_.toggle(Handle(), viewport().WindowRect()); },
                  [this] { showGuide(); }, [this] { togglePickWholes(); },
                  [this](base::Language language) { speak(language); }}),
       menu_(*this, core, panes_.viewport(), scripts_),
@@ -154,6 +158,7 @@ void MainWindow::speak(base::Language language) {
     panes_.script().showLanguage();
     history_.followLanguage();
     transform_.followLanguage();
+    levels_.followLanguage();
     viewport().redraw();
     ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
     if (!::GetFocus()) viewport().SetFocus();
@@ -258,6 +263,7 @@ void MainWindow::noteChange(const NotifyInfo& change) {
 }
 
 void MainWindow::sceneOutdated() {
+    levels_.sceneChanged();
     viewport().redraw();
     refreshFrame();
 }
@@ -314,6 +320,7 @@ LRESULT MainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             refreshTitle();
             status_.refresh(view_.scene().counts());
             transform_.refresh();
+            levels_.refresh();
             // Only then: what the user looks at in the list stays in hand meanwhile.
             if (std::exchange(historyChanged_, false)) history_.refresh();
             return 0;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "../ui/historywindow.h"
+#include "../ui/levelswindow.h"
 #include "../ui/transformdialog.h"
 #include "commandtable.h"
 #include "hostside.h"
@@ -115,6 +116,7 @@ private:
     ScriptFiles scripts_;
     HistoryWindow history_;
     TransformDialog transform_;
+    LevelsWindow levels_;
     CommandTable commands_;
     MenuBar menu_;
     HostSide hostSide_;

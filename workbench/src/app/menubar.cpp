@@ -89,6 +89,9 @@ void MenuBar::checkEntries() {
     ::CheckMenuRadioItem(menu_, CMD_VIEW_ANY_TIME, CMD_VIEW_NIGHT,
                          CMD_VIEW_ANY_TIME + static_cast<UINT>(viewport_.options().time),
                          MF_BYCOMMAND);
+    for (int place = 0; place < Viewport::kSavedViews; ++place)
+        ::EnableMenuItem(menu_, static_cast<UINT>(CMD_VIEW_RECALL + place),
+                         MF_BYCOMMAND | (viewport_.hasSavedView(place) ? MF_ENABLED : MF_GRAYED));
     check(CMD_VIEW_LEVELS_BY_EYE, viewport_.options().levelsByEye);
     check(CMD_VIEW_GRID, viewport_.options().grid);
     check(CMD_VIEW_FRAME_RATE, viewport_.showsFrameRate());

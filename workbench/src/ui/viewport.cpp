@@ -57,6 +57,16 @@ void Viewport::setView(render::View view) {
     redraw();
 }
 
+void Viewport::recallView(int place) {
+    if (!hasSavedView(place)) {
+        ::MessageBeep(MB_OK);
+        return;
+    }
+    camera_ = *saved_[static_cast<std::size_t>(place)];
+    camera_.setPictureSize(bitmap_.width, bitmap_.height);  // may be another one by now
+    redraw();
+}
+
 std::string Viewport::label() const {
     static constexpr TextId kViews[] = {TextId::kPerspective, TextId::kTop,   TextId::kFront,
                                         TextId::kLeft,        TextId::kRight, TextId::kBack,

@@ -5,6 +5,8 @@
 #include <render/renderer.h>
 #include <workbench/selectionband.h>
 
+#include <array>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -51,6 +53,14 @@ public:
     void viewAll();
     void viewSelected();
     void setView(render::View view);
+    /// Places where a view can be kept while the program runs.
+    static constexpr int kSavedViews = 4;
+    void saveView(int place) { saved_[static_cast<std::size_t>(place)] = camera_; }
+    bool hasSavedView(int place) const {
+        return saved_[static_cast<std::size_t>(place)].has_value();
+    }
+    /// Shows a view again; nothing when none was saved there.
+    void recallView(int place);
     /// The text in the upper left corner, for example "透视  |  着色".
     std::string label() const;
     /// Shows, in the upper right corner, how long frames take to draw.
@@ -114,6 +124,7 @@ private:
 
     ViewportClient& client_;
     render::Camera camera_;
+    std::array<std::optional<render::Camera>, kSavedViews> saved_;
     render::Canvas canvas_;
     render::Renderer renderer_;
     render::RenderOptions options_;

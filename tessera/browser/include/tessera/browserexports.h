@@ -81,6 +81,9 @@ struct NodeCommands {
     void (*watchSelection)(bool watch, void* clientData);
     /// How many nodes are selected in the host; as many of them as there is room for go to `nodes`.
     std::size_t (*selected)(NodeHandle* nodes, std::size_t room, void* clientData);
+    /// The distances of a level of detail were edited: a preview of the levels follows, within the
+    /// step that is open.
+    void (*levelEdited)(void* clientData);
 };
 
 /// Has the form, if there is one, offer these commands of its client (null: none), until another
