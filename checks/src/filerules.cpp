@@ -1,10 +1,8 @@
 // Files that databases name: other databases and pictures.
 #include "gathered.h"
 
-#include "picturesize.h"
-
-#include <base/file.h>
 #include <base/paths.h>
+#include <checks/namedfile.h>
 #include <quillon/fltfilereader.h>
 #include <quillon/flttext.h>
 #include <quillon/fltxref.h>
@@ -19,39 +17,6 @@ namespace checks {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// A reference may name a node within the file, behind it.
-std::string withoutNode(const std::string& name) {
-    return name.substr(0, name.find('<'));
-}
-
-/// Names of other computers and of devices are not followed: to ask for them tells who is asking.
-bool isElsewhere(std::string_view name) {
-    const auto isSlash = [](char character) { return character == '/' || character == '\\'; };
-    return name.size() > 1 && isSlash(name[0]) && isSlash(name[1]);
-}
-
-bool isAbsolute(std::string_view name) {
-    if (name.empty()) return false;
-    return name[0] == '/' || name[0] == '\\' || (name.size() > 1 && name[1] == ':');
-}
-
-/// The file that `name` means, where it is found; empty otherwise.
-fs::path find(std::string name, const std::vector<std::string>& folders) {
-    std::ranges::replace(name, '\\', '/');
-    const fs::path path = base::pathFrom(name);
-    if (isAbsolute(name)) {
-        if (base::isFile(path)) return path;
-    }
-    for (const std::string& folder : folders) {
-        const fs::path beside = base::pathFrom(folder) / path.relative_path();
-        if (base::isFile(beside)) return beside;
-        // As other programs do: by its name alone.
-        const fs::path byName = base::pathFrom(folder) / path.filename();
-        if (base::isFile(byName)) return byName;
-    }
-    return {};
-}
 
 fs::path wholePath(const fs::path& path) {
     std::error_code ignored;
@@ -71,7 +36,7 @@ std::vector<std::string> namesIn(const fs::path& path) {
         while (reader.next()) {
             if (reader.opcode() != kFltExternalRef) continue;
             record.readFromFile(&reader.token());
-            names.push_back(withoutNode(std::string(fltText(record.fileName))));
+            names.push_back(fileOfReference(fltText(record.fileName)));
         }
     } catch (const std::exception&) {
         // What was read up to the damage counts.
@@ -103,8 +68,7 @@ private:
         if (!isNew) return entry->second;
         const std::vector<std::string> folders{base::textOf(path.parent_path())};
         for (const std::string& name : namesIn(path)) {
-            if (isElsewhere(name)) continue;
-            if (const fs::path next = find(name, folders); !next.empty())
+            if (const fs::path next = findNamedFile(name, folders); !next.empty())
                 entry->second.insert(wholePath(next));
         }
         return entry->second;
@@ -116,10 +80,10 @@ private:
 void judgeReferences(Gathered& all, const std::vector<std::string>& folders) {
     FileReferences references;
     for (const KeptReference& reference : all.references) {
-        const std::string name = withoutNode(reference.file);
-        if (isAbsolute(name)) all.found(Rule::PATH_ABSOLUTE, reference.node, name);
-        if (folders.empty() || isElsewhere(name)) continue;
-        const fs::path path = find(name, folders);
+        const std::string name = fileOfReference(reference.file);
+        if (isAbsoluteName(name)) all.found(Rule::PATH_ABSOLUTE, reference.node, name);
+        if (folders.empty() || isOnOtherComputer(name)) continue;
+        const fs::path path = findNamedFile(name, folders);
         if (path.empty()) {
             all.found(Rule::XREF_MISSING, reference.node, name);
             continue;
@@ -136,10 +100,10 @@ void judgeReferences(Gathered& all, const std::vector<std::string>& folders) {
 
 void judgeTexture(Gathered& all, std::int32_t index, const PaletteEntry& texture,
                   const std::vector<std::string>& folders) {
-    if (isAbsolute(texture.name))
+    if (isAbsoluteName(texture.name))
         all.foundDetail(Rule::PATH_ABSOLUTE, texture.node, index, texture.name);
-    if (folders.empty() || isElsewhere(texture.name) || texture.name.empty()) return;
-    const fs::path path = find(texture.name, folders);
+    if (folders.empty() || isOnOtherComputer(texture.name) || texture.name.empty()) return;
+    const fs::path path = findNamedFile(texture.name, folders);
     if (path.empty()) return all.found(Rule::TEX_MISSING, texture.node, texture.name);
     const std::optional<PictureSize> size = pictureSizeOf(path);
     if (!size) return;

@@ -1,11 +1,13 @@
 #include <checks/report.h>
+#include <checks/reportjson.h>
 
 #include "texts.h"
 
 #include <base/texts.h>
-#include <nlohmann/json.hpp>
 
 namespace checks {
+
+using Json = nlohmann::ordered_json;
 
 std::string Finding::text(base::Language language) const {
     return filled(sentenceOf(rule, language), language);
@@ -31,29 +33,49 @@ std::uint64_t Report::countOf(Severity severity, const Target& checked) const no
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 // Names may be any bytes.
 std::string textOf(const Json& json) {
     return json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
-Json arrayOf(const std::vector<Damage>& damages) {
+}  // namespace
+
+Json jsonOf(const std::vector<Damage>& damages) {
     Json array = Json::array();
     for (const Damage& damage : damages)
         array.push_back({{"offset", damage.offset}, {"text", damage.text}});
     return array;
 }
 
-}  // namespace
-
 std::string damagesToJson(const std::vector<Damage>& damages, const std::string& subject) {
-    return textOf({{"subject", subject}, {"damage", arrayOf(damages)}});
+    return textOf({{"subject", subject}, {"damage", jsonOf(damages)}});
 }
 
-std::string toJson(const Report& report, const Target& target, const std::string& subject,
-                   const char* placeName) {
-    const Statistics& figures = report.statistics;
+Json jsonOf(const Statistics& figures) {
+    return {{"nodes", figures.nodes},
+            {"depth", figures.depth},
+            {"polygons", figures.polygons},
+            {"corners", figures.corners},
+            {"levelsOfDetail", figures.lods},
+            {"switches", figures.switches},
+            {"degreesOfFreedom", figures.dofs},
+            {"lightPoints", figures.lightPoints},
+            {"lightSources", figures.lightSources},
+            {"externalReferences", figures.references},
+            {"textures", figures.textures},
+            {"textureBytes", figures.textureBytes},
+            {"materials", figures.materials},
+            {"lowest", figures.lowest},
+            {"highest", figures.highest}};
+}
+
+Json countsJson(const Report& report, const Target& target) {
+    return {{"errors", report.countOf(Severity::kError, target)},
+            {"warnings", report.countOf(Severity::kWarning, target)},
+            {"hints", report.countOf(Severity::kHint, target)}};
+}
+
+Json rulesJson(const Report& report, const Target& target) {
     Json rules = Json::array();
     for (const RuleInfo& rule : catalogue()) {
         if (const std::uint64_t count = report.countOf(rule.rule))
@@ -61,6 +83,11 @@ std::string toJson(const Report& report, const Target& target, const std::string
                              {"severity", nameOf(target.severityOf(rule.rule))},
                              {"count", count}});
     }
+    return rules;
+}
+
+std::string toJson(const Report& report, const Target& target, const std::string& subject,
+                   const char* placeName) {
     Json findings = Json::array();
     for (const Finding& finding : report.findings) {
         findings.push_back({{"code", infoOf(finding.rule).code},
@@ -71,28 +98,10 @@ std::string toJson(const Report& report, const Target& target, const std::string
     }
     const Json json = {{"subject", subject},
                        {"target", report.target},
-                       {"counts",
-                        {{"errors", report.countOf(Severity::kError, target)},
-                         {"warnings", report.countOf(Severity::kWarning, target)},
-                         {"hints", report.countOf(Severity::kHint, target)}}},
-                       {"statistics",
-                        {{"nodes", figures.nodes},
-                         {"depth", figures.depth},
-                         {"polygons", figures.polygons},
-                         {"corners", figures.corners},
-                         {"levelsOfDetail", figures.lods},
-                         {"switches", figures.switches},
-                         {"degreesOfFreedom", figures.dofs},
-                         {"lightPoints", figures.lightPoints},
-                         {"lightSources", figures.lightSources},
-                         {"externalReferences", figures.references},
-                         {"textures", figures.textures},
-                         {"textureBytes", figures.textureBytes},
-                         {"materials", figures.materials},
-                         {"lowest", figures.lowest},
-                         {"highest", figures.highest}}},
-                       {"damage", arrayOf(report.damages)},
-                       {"rules", rules},
+                       {"counts", countsJson(report, target)},
+                       {"statistics", jsonOf(report.statistics)},
+                       {"damage", jsonOf(report.damages)},
+                       {"rules", rulesJson(report, target)},
                        {"findings", findings}};
     return textOf(json);
 }

@@ -1,3 +1,4 @@
+#include <base/file.h>
 #include <base/replacefile.h>
 #include <base/text.h>
 #include <kiln/host/core.h>
@@ -5,16 +6,22 @@
 #include <render/pngfile.h>
 #include <render/renderer.h>
 #include <render/scenefeed.h>
+#include <render/texture.h>
 
+#include <algorithm>
 #include <array>
+#include <bit>
+#include <span>
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace render {
 namespace {
 
 constexpr int kLargestSide = 8192;
+constexpr int kThumbnailSide = 64;
 
 enum Parameter { kPath, kWidth, kHeight, kView, kMode, kEye, kTarget, kTime, kLevels, kSeconds };
 constexpr const char* kParameters =
@@ -49,7 +56,7 @@ T chosen(const script::Arguments& arguments, Parameter which, const Choices<T, k
     throw script::Failure("\"" + arguments.text(which) + "\" is none of " + known);
 }
 
-int sideOf(const script::Arguments& arguments, Parameter which, int otherwise) {
+int sideOf(const script::Arguments& arguments, std::size_t which, int otherwise) {
     const int side = arguments.has(which) ? arguments.integer(which) : otherwise;
     if (side < 1 || side > kLargestSide)
         throw script::Failure("a picture has sides of 1 to " + std::to_string(kLargestSide));
@@ -59,6 +66,14 @@ int sideOf(const script::Arguments& arguments, Parameter which, int otherwise) {
 Vec3d placeOf(const script::Arguments& arguments, Parameter which) {
     const Point3 point = arguments.point(which);
     return {point.x, point.y, point.z};
+}
+
+void writePng(const std::string& path, int width, int height, std::span<const Color> pixels) {
+    try {
+        base::replaceFile(path, encodedPng(width, height, pixels));
+    } catch (const std::system_error& error) {
+        throw script::Failure(error.what());
+    }
 }
 
 /// As the view that the script names, of the whole scene, or from where it says.
@@ -81,7 +96,10 @@ script::Value drawPicture(script::Engine& engine, const script::Arguments& argum
     RenderOptions options;
     options.mode = chosen(arguments, kMode, kModes);
     options.time = chosen(arguments, kTime, kTimes);
-    options.levelsByEye = chosen(arguments, kLevels, kLevelChoices);
+    if (arguments.has(kLevels) && arguments[kLevels].isNumber())
+        options.levelDistance = arguments.number(kLevels);
+    else
+        options.levelsByEye = chosen(arguments, kLevels, kLevelChoices);
     options.seconds = arguments.number(kSeconds, 0);
     options.grid = options.axes = options.helpers = false;
     SceneFeed feed;
@@ -96,24 +114,47 @@ script::Value drawPicture(script::Engine& engine, const script::Arguments& argum
     canvas.resize(width, height);
     renderer.draw(feed.model(), camera, options, canvas);
     const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    try {
-        base::replaceFile(path, encodedPng(width, height, {canvas.pixels(), count}));
-    } catch (const std::system_error& error) {
-        throw script::Failure(error.what());
-    }
+    writePng(path, width, height, {canvas.pixels(), count});
     return script::Value(path);
+}
+
+/// Undefined where the file is no picture, since a script does not want to end at one of many.
+script::Value drawThumbnail(const script::Arguments& arguments, const std::string& path) {
+    std::string bytes;
+    if (base::readFile(arguments.text(0), bytes)) return {};
+    const int side = sideOf(arguments, 2, kThumbnailSide);
+    try {
+        const Picture picture =
+            readPicture({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+        if (picture.texels.empty()) return {};
+        const int bits = std::bit_width(static_cast<unsigned>(side)) - 1;
+        const Texture texture(picture, std::min(bits, Texture::kMostBits));
+        const Texture::Level small = texture.level(0);
+        const int width = 1 << small.widthBits, height = 1 << small.heightBits;
+        std::vector<std::uint32_t> rows;  // from top to bottom
+        for (int row = height; row-- > 0;)
+            rows.insert(rows.end(), small.texels + row * width, small.texels + (row + 1) * width);
+        writePng(path, width, height, rows);
+        return script::Value::ofArray({picture.width, picture.height});
+    } catch (const PictureError&) {
+        return {};
+    }
 }
 
 }  // namespace
 
 void addPictureVerb(script::Engine& engine,
                     std::function<std::string(const std::string& path)> placed) {
-    engine.addVerb("picture", kParameters,
-                   [&engine, placed = std::move(placed)](const script::Arguments& arguments) {
-                       const std::string& path = arguments.text(kPath);
-                       if (path.empty()) throw script::Failure("a picture needs a name");
-                       return drawPicture(engine, arguments, placed ? placed(path) : path);
-                   });
+    const auto target = [placed = std::move(placed)](const std::string& path) {
+        if (path.empty()) throw script::Failure("a picture needs a name");
+        return placed ? placed(path) : path;
+    };
+    engine.addVerb("picture", kParameters, [&engine, target](const script::Arguments& arguments) {
+        return drawPicture(engine, arguments, target(arguments.text(kPath)));
+    });
+    engine.addVerb("thumbnail", "file path side?", [target](const script::Arguments& arguments) {
+        return drawThumbnail(arguments, target(arguments.text(1)));
+    });
     engine.addVerb("reloadReferences", "", [](const script::Arguments&) {
         kiln::Core* const core = kiln::Core::get();
         if (!core) throw script::Failure("there is no scene");

@@ -123,11 +123,14 @@ void Renderer::draw(const SceneModel& scene, const Camera& camera, const RenderO
 }
 
 void Renderer::Frame::chooseRanges(Appearance& appearance) {
-    if (!options->levelsByEye || scene->levelsHidden()) return;
+    const bool isFixed = options->levelDistance >= 0;
+    if ((!options->levelsByEye && !isFixed) || scene->levelsHidden()) return;
     appearance.firstRange = shown.size();
     shown.push_back(1);
     for (const Range& range : appearance.model->ranges().subspan(1)) {
-        const double distance = length(appearance.point(range.centre) - camera->eye());
+        const double distance = isFixed
+                                    ? options->levelDistance
+                                    : length(appearance.point(range.centre) - camera->eye());
         shown.push_back(shown[appearance.firstRange + range.within] && distance > range.nearest &&
                         distance <= range.farthest);
     }

@@ -41,6 +41,7 @@ TEST(CommandLineTest, HelpsAndRefusesInOneLine) {
                                                {"dump", "--help"},
                                                {"check", "-h"},
                                                {"convert", "--help"},
+                                               {"report", "--help"},
                                                {"stats", "--help"}}) {
         const Outcome outcome = runTool(arguments);
         EXPECT_EQ(outcome.code, 0);

@@ -39,6 +39,10 @@ grep -q 'packed tower' after.txt || wrong "the export has no new name"
 grep -q '1570' after.txt || wrong "the export has no revision 15.7"
 works "the packaged example's language" "$bin/kilnbatch" -e 'Aviary.CreateGroup(); print $g001'
 
+works "a report" "$bin/fltool" report out.flt -o report.html
+grep -q 'data:image/png' report.html || wrong "the report has no pictures"
+rm -f report.html
+
 mkdir -p many/in && cp "$sample" many/in/a.flt
 works "a batch" "$bin/kilnbatch" batch many/in many/out --revision 1570
 works "check of what a batch exported" "$bin/fltool" check many/out/a.flt
@@ -57,9 +61,9 @@ for program in fltool kilnbatch; do
 
     # The manual and the completion know every option and command that the program does.
     man=$root/usr/share/man/man1/$program.1.gz
-    words=$("$bin/$program" --help | grep -oE -- '^  +(-[a-z-]+|dump|check|convert|stats)' | tr -d ' ')
+    words=$("$bin/$program" --help | grep -oE -- '^  +(-[a-z-]+|dump|check|convert|stats|report)' | tr -d ' ')
     [ "$program" = kilnbatch ] ||
-        for command in dump check convert stats; do
+        for command in dump check convert stats report; do
             words+=" $("$bin/fltool" "$command" --help | grep -oE -- '^  --[a-z-]+' | tr -d ' ')"
         done
     [ "$program" = fltool ] ||

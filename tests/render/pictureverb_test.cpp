@@ -64,4 +64,21 @@ TEST_F(PictureVerbTest, RefusesWhatCannotBeDrawnOrWrittenAndLeavesTheFile) {
     EXPECT_THAT(bad("picture \"" + path(u8"") + "\""), testing::HasSubstr("cannot write"));
 }
 
+TEST_F(PictureVerbTest, MakesThumbnailsOfPicturesAndOfNothingElse) {
+    good("createBox length:40");
+    picture("width:320 height:200");
+    const std::string file = path(u8"图 picture.png"), thumbnail = path(u8"small.png");
+    const auto small = [&](const std::string& from, const std::string& side) {
+        return good("thumbnail \"" + from + "\" \"" + thumbnail + "\" " + side);
+    };
+    EXPECT_EQ(small(file, "20"), "#(320, 200)");
+    EXPECT_EQ(bytesOf(thumbnail).substr(16, 8), std::string("\0\0\0\x10\0\0\0\x10", 8));
+    EXPECT_EQ(small(file, ""), "#(320, 200)");
+    const std::string before = bytesOf(thumbnail);
+    folder_.write(u8"no.rgb", std::vector<std::uint8_t>{1, 2});
+    EXPECT_EQ(small(path(u8"no.rgb"), ""), "undefined");
+    EXPECT_EQ(small(path(u8"missing.rgb"), ""), "undefined");
+    EXPECT_EQ(bytesOf(thumbnail), before);
+}
+
 }  // namespace

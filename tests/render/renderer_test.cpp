@@ -497,6 +497,7 @@ TEST_F(RendererTest, ThePictureIsTheSameByAnyNumberOfThreads) {
 }
 
 TEST_F(RendererTest, ARangeEndsWithItsFarthestDistanceAndBeginsBehindItsNearest) {
+    double fixed = -1;
     const auto drawn = [&](double nearest, double farthest, bool within) {
         scene_.clear();
         RangeIndex outer = 0;
@@ -506,7 +507,8 @@ TEST_F(RendererTest, ARangeEndsWithItsFarthestDistanceAndBeginsBehindItsNearest)
         EXPECT_EQ(cube, 0u);
         scene_.setRange(range);
         RenderOptions options;
-        options.levelsByEye = true;
+        options.levelsByEye = fixed < 0;
+        options.levelDistance = fixed;
         renderer_.draw(scene_, camera_, options, canvas_);
         return renderer_.trianglesDrawn() > 0;
     };
@@ -516,6 +518,9 @@ TEST_F(RendererTest, ARangeEndsWithItsFarthestDistanceAndBeginsBehindItsNearest)
     EXPECT_FALSE(drawn(distance, 2 * distance, false));
     EXPECT_FALSE(drawn(0, 0.999 * distance, false));
     EXPECT_FALSE(drawn(0, distance, true)) << "within one that does not show";
+    fixed = 0.5;  // wherever the eye is
+    EXPECT_TRUE(drawn(0, 0.6, true));
+    EXPECT_FALSE(drawn(0.5, distance, false));
 }
 
 // What is placed looks as if its vertices had been there.

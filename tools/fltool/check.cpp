@@ -219,12 +219,16 @@ void print(const checks::Report& report, std::ostream& out) {
 
 }  // namespace
 
+std::vector<checks::Damage> damagesIn(std::span<const std::uint8_t> bytes) {
+    return Checker(bytes).run(bytes.size());
+}
+
 std::size_t check(const CheckOptions& options, std::ostream& out) {
     // A target that cannot be used is told before the file is read.
     std::optional<checks::Target> target;
     if (!options.target.empty()) target = checks::findTarget(options.target);
     const FltFileBytes bytes = FltFileBytes::load(options.file);
-    std::vector<checks::Damage> damages = Checker(bytes.bytes()).run(bytes.bytes().size());
+    std::vector<checks::Damage> damages = damagesIn(bytes.bytes());
     if (!target) {
         if (options.json)
             out << checks::damagesToJson(damages, options.file);

@@ -1,6 +1,7 @@
 #include "commandline.h"
 
 #include "commands.h"
+#include "report/report.h"
 
 #include <quillon/fltfilereader.h>
 #include <quillon/fltrevision.h>
@@ -35,11 +36,16 @@ struct CommandLine {
     CLI::App* convertCommand = app.add_subcommand("convert", "Write a file at another revision");
     CLI::App* statsCommand = app.add_subcommand("stats", "Count records, bytes and depth");
 
+    CLI::App* reportCommand =
+        app.add_subcommand("report", "Show what is in models, on a page for the browser");
+
     DumpOptions dumpOptions;
     std::vector<int> opcodes;
     ConvertOptions convertOptions;
     std::string file;
     CheckOptions checkOptions;
+    ReportOptions reportOptions;
+    std::string language = "en";
 
     CommandLine() {
         app.require_subcommand(1);
@@ -47,7 +53,8 @@ struct CommandLine {
         app.get_formatter()->column_width(24);
 
         // A path may begin with a slash on Windows too.
-        for (CLI::App* command : {dumpCommand, checkCommand, convertCommand, statsCommand})
+        for (CLI::App* command :
+             {dumpCommand, checkCommand, convertCommand, statsCommand, reportCommand})
             command->allow_windows_style_options(false);
 
         addFile(*dumpCommand, "FILE", file, "The file to show");
@@ -78,6 +85,30 @@ struct CommandLine {
                     CLI::Range(kFltOldest16Revision, kFltNewestRevision));
 
         addFile(*statsCommand, "FILE", file, "The file to count");
+        addReport();
+    }
+
+    void addReport() {
+        reportCommand->add_option("PATH", reportOptions.paths, "Files, and folders of them")
+            ->required();
+        reportCommand->add_option("-o,--output", reportOptions.output, "The page to write")
+            ->type_name("FILE");
+        reportCommand
+            ->add_option("--lang", language, "The language in which the page opens: en or zh")
+            ->type_name("LANG")
+            ->check(CLI::IsMember({"en", "zh"}));
+        reportCommand
+            ->add_option("--target", reportOptions.target,
+                         "What to check for: \"general\" when not given, \"15.8\" or another "
+                         "built-in one, or a JSON file")
+            ->type_name("NAME|FILE");
+        reportCommand->add_flag("--json", reportOptions.json,
+                                "The facts as one JSON object, to the standard output without -o");
+        reportCommand->add_flag("!--no-pictures", reportOptions.pictures, "Draw no pictures");
+        reportCommand
+            ->add_option("--kilnbatch", reportOptions.kilnbatch,
+                         "The program that draws; the one beside this when not given")
+            ->type_name("FILE");
     }
 
     void parse(std::vector<std::string> arguments) {
@@ -105,6 +136,9 @@ struct CommandLine {
             if (check(checkOptions, out) > 0) return kFindings;
         } else if (convertCommand->parsed()) {
             convert(convertOptions, out, notes);
+        } else if (reportCommand->parsed()) {
+            if (language == "zh") reportOptions.language = base::Language::kChinese;
+            report(reportOptions, out, notes);
         } else {
             stats(file, out, notes);
         }

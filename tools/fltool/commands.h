@@ -4,8 +4,14 @@
 #include <cstdint>
 #include <iosfwd>
 #include <set>
+#include <span>
 #include <stdexcept>
 #include <string>
+#include <vector>
+
+namespace checks {
+struct Damage;
+}
 
 namespace fltool {
 
@@ -41,6 +47,9 @@ struct CheckOptions {
 /// with the rule's code and severity. Gives the number of findings that are errors; all damage is.
 /// Throws `std::system_error` for a file that cannot be read and `checks::TargetError`.
 std::size_t check(const CheckOptions& options, std::ostream& out);
+
+/// What is not as the format says in the bytes of a file, in their order.
+std::vector<checks::Damage> damagesIn(std::span<const std::uint8_t> bytes);
 
 struct ConvertOptions {
     std::string input;

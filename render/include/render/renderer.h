@@ -25,6 +25,8 @@ struct RenderOptions {
     /// Each level of detail shows in its range of distances from the eye, unless levels are chosen
     /// by hiding; otherwise all of them show.
     bool levelsByEye = false;
+    /// The same as if the eye were so far from each of them, wherever it is; none below 0.
+    double levelDistance = -1;
     /// That draw at once; 0 for as many as there are processors. The picture is the same.
     unsigned threads = 0;
 };

@@ -1,12 +1,46 @@
-#include "picturesize.h"
+#include <checks/namedfile.h>
 
 #include <base/file.h>
+#include <base/paths.h>
 #include <quillon/fltbyteorder.h>
 
+#include <algorithm>
 #include <array>
-#include <cstring>
 
 namespace checks {
+
+namespace fs = std::filesystem;
+
+std::string fileOfReference(std::string_view name) {
+    return std::string(name.substr(0, name.find('<')));
+}
+
+bool isOnOtherComputer(std::string_view name) noexcept {
+    const auto isSlash = [](char character) { return character == '/' || character == '\\'; };
+    return name.size() > 1 && isSlash(name[0]) && isSlash(name[1]);
+}
+
+bool isAbsoluteName(std::string_view name) noexcept {
+    if (name.empty()) return false;
+    return name[0] == '/' || name[0] == '\\' || (name.size() > 1 && name[1] == ':');
+}
+
+fs::path findNamedFile(std::string name, const std::vector<std::string>& folders) {
+    if (name.empty() || isOnOtherComputer(name)) return {};
+    std::ranges::replace(name, '\\', '/');
+    const fs::path path = base::pathFrom(name);
+    if (isAbsoluteName(name)) {
+        if (base::isFile(path)) return path;
+    }
+    for (const std::string& folder : folders) {
+        const fs::path beside = base::pathFrom(folder) / path.relative_path();
+        if (base::isFile(beside)) return beside;
+        // As other programs do: by its name alone.
+        const fs::path byName = base::pathFrom(folder) / path.filename();
+        if (base::isFile(byName)) return byName;
+    }
+    return {};
+}
 
 std::optional<PictureSize> pictureSizeOf(const std::filesystem::path& path) {
     const base::File file = base::openFile(path, false);
