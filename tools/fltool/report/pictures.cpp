@@ -1,6 +1,6 @@
 #include "pictures.h"
 
-#include "process.h"
+#include "childprocess.h"
 
 #include <base/file.h>
 #include <base/paths.h>

@@ -1,4 +1,4 @@
-#include "process.h"
+#include "childprocess.h"
 
 #ifdef _WIN32
 #include <windows.h>
