@@ -96,10 +96,12 @@ script::Value drawPicture(script::Engine& engine, const script::Arguments& argum
     RenderOptions options;
     options.mode = chosen(arguments, kMode, kModes);
     options.time = chosen(arguments, kTime, kTimes);
-    if (arguments.has(kLevels) && arguments[kLevels].isNumber())
+    if (arguments.has(kLevels) && arguments[kLevels].isNumber()) {
         options.levelDistance = arguments.number(kLevels);
-    else
+        if (options.levelDistance < 0) throw script::Failure("no distance is below 0");
+    } else {
         options.levelsByEye = chosen(arguments, kLevels, kLevelChoices);
+    }
     options.seconds = arguments.number(kSeconds, 0);
     options.grid = options.axes = options.helpers = false;
     SceneFeed feed;

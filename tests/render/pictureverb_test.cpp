@@ -56,6 +56,7 @@ TEST_F(PictureVerbTest, RefusesWhatCannotBeDrawnOrWrittenAndLeavesTheFile) {
           {"view:\"below\"", "\"perspective\", \"top\", \"front\", \"left\""},
           {"mode:\"x\"", "none of"},
           {"time:\"noon\"", "\"any\", \"day\", \"dusk\", \"night\""},
+          {"levels:-1", "no distance"},
           {"target:[0, 0, 0]", "needs an eye"},
           {"eye:[1, 2, 3] target:[1, 2, 3]", "the eye is at the target"}})
         EXPECT_THAT(bad(call + arguments), testing::HasSubstr(reason));
