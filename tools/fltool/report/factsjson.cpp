@@ -128,6 +128,10 @@ Json findingsOf(const Facts& facts, bool sentences) {
                     {"offset", finding.place},
                     {"node", finding.node},
                     {"values", finding.values}};
+        // A word of ours within the sentence is another one in the other language.
+        if (infoOf(finding.rule).word >= 0)
+            row["texts"] = {finding.text(base::Language::kChinese),
+                            finding.text(base::Language::kEnglish)};
         if (sentences) row["text"] = finding.text(base::Language::kEnglish);
         rows.push_back(std::move(row));
     }

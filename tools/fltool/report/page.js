@@ -356,7 +356,7 @@ function pairs(list) { return el('dl', {}, list.filter(([, value]) => value !== 
 const severityOf = value => el('span', {class: value}, t(value));
 const kinds = {key: 'kind', value: row => kindName(row.kind)};
 const yesNo = {key: 'found', value: row => t(row.found ? 'yes' : 'no'), show: row => el('span', {class: row.found ? null : 'error'}, t(row.found ? 'yes' : 'no'))};
-const sentence = row => fill((data.sentences[row.code] || ['', ''])[state.language], row.values.map(visible));
+const sentence = row => row.texts ? row.texts[state.language] : fill((data.sentences[row.code] || ['', ''])[state.language], row.values.map(visible));
 const target = i => (rows[i].references || []);
 
 function modelView(i, facts) {
