@@ -128,9 +128,8 @@ void Renderer::Frame::chooseRanges(Appearance& appearance) {
     appearance.firstRange = shown.size();
     shown.push_back(1);
     for (const Range& range : appearance.model->ranges().subspan(1)) {
-        const double distance = isFixed
-                                    ? options->levelDistance
-                                    : length(appearance.point(range.centre) - camera->eye());
+        const double distance = isFixed ? options->levelDistance
+                                        : length(appearance.point(range.centre) - camera->eye());
         shown.push_back(shown[appearance.firstRange + range.within] && distance > range.nearest &&
                         distance <= range.farthest);
     }
