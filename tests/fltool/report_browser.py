@@ -196,6 +196,8 @@ def main():
     try:
         models = place / "models"
         run(make_samples, models)
+        for folder in [entry for entry in models.iterdir() if entry.is_dir()]:  # a few models are enough
+            shutil.rmtree(folder)
         (models / "it's <b>&\"x\".flt").write_bytes(hostile())
         run(fltool, "report", models, "-o", place / "few.html", "--kilnbatch", kilnbatch)
         run(make_samples, "--city", 30, place / "city")
