@@ -71,7 +71,7 @@ std::optional<Stamp> Stamp::of(const base::FileReads& reads, const fs::path& roo
     const fs::path above = absoluteOf(root / "");
     Stamp stamp;
     // Hashing reads the files too, and what is listened to is not to change meanwhile.
-    const auto files = reads.files();
+    const std::vector files(reads.files().begin(), reads.files().end());
     for (const auto& [path, time] : files) {
         std::error_code missing;
         const auto now = fs::last_write_time(path, missing);

@@ -20,6 +20,8 @@ std::string hashOfText(std::string_view text);
 std::vector<std::string> namesOf(const base::FileReads& reads, const std::filesystem::path& root);
 
 /// What one result was made of and with, as a small JSON file says it.
+// The JSON object moves without exceptions; what might throw in it are its own assertions.
+// NOLINTNEXTLINE(bugprone-exception-escape)
 struct Stamp {
     std::string options;                ///< a hash of all that decides beside the files
     std::optional<std::string> output;  ///< of the result's content; none when nothing is exported

@@ -26,8 +26,8 @@ inline constexpr std::size_t kLongestVertex = 128;
 /// length, color name, flags, color, and whatever follows within the first `kLongestVertex`
 /// bytes.
 ///
-/// Their form as bytes is that of `fltkilnutil/vertextails.h`. Nothing at all stands for vertices as
-/// the exporter makes them from the mesh alone, those of lit faces with normals.
+/// Their form as bytes is that of `fltkilnutil/vertextails.h`. Nothing at all stands for vertices
+/// as the exporter makes them from the mesh alone, those of lit faces with normals.
 class VertexTails {
 public:
     /// The bytes for a mesh made of `vertices`, of which one will do when they are alike, of a face

@@ -129,7 +129,7 @@ script::Value drawThumbnail(const script::Arguments& arguments, const std::strin
         const Picture picture =
             readPicture({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
         if (picture.texels.empty()) return {};
-        const int bits = std::bit_width(static_cast<unsigned>(side)) - 1;
+        const int bits = static_cast<int>(std::bit_width(static_cast<unsigned>(side))) - 1;
         const Texture texture(picture, std::min(bits, Texture::kMostBits));
         const Texture::Level small = texture.level(0);
         const int width = 1 << small.widthBits, height = 1 << small.heightBits;

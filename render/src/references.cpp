@@ -51,11 +51,12 @@ References::File& References::fileOf(const std::string& folder, const std::strin
 
 INode* References::partOf(INode* root, const char* name) {
     const auto [known, isNew] = parts_.try_emplace({root, name}, nullptr);
+    INode*& part = known->second;
     if (isNew)
         ForEachInSubtree(root, [&](INode& node) {
-            if (!known->second && std::string_view(node.GetName()) == name) known->second = &node;
+            if (!part && std::string_view(node.GetName()) == name) part = &node;
         });
-    return known->second;
+    return part;
 }
 
 References::Target References::find(const std::string& folder, const NodeReference& reference) {

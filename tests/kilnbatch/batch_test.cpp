@@ -223,7 +223,7 @@ TEST_F(BatchTest, LosesOneFileToWhateverAScriptDoes) {
 
 TEST_F(BatchTest, RefusesWhatCannotBeBegun) {
     model("a.flt");
-    const auto refusal = [&](std::vector<std::string> words) {
+    const auto refusal = [&](const std::vector<std::string>& words) {
         testing::internal::CaptureStderr();
         testing::internal::CaptureStdout();
         const int status = kilnbatch::runBatchCommand(words);

@@ -11,8 +11,8 @@ namespace framework {
 /// cannot be written nothing is kept.
 void keepWindowPlace(HWND window, const std::wstring& name) noexcept;
 
-/// Gives the window the place and size that are kept under `name`. False, with nothing changed, when
-/// there are none or no screen would show them.
+/// Gives the window the place and size that are kept under `name`. False, with nothing changed,
+/// when there are none or no screen would show them.
 bool restoreWindowPlace(HWND window, const std::wstring& name) noexcept;
 
 }  // namespace framework

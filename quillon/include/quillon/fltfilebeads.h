@@ -7,6 +7,14 @@
 #include <quillon/fltgroup.h>
 #include <quillon/fltlod.h>
 
+// Made in fltgroup.cpp and fltlod.cpp, and nowhere else.
+class FltFileGroup;
+class FltFileLod;
+extern template class FltRecordOf<FltGroup, FltNamedRec, kFltGroup>;
+extern template class FltRecordOf<FltLod, FltNamedRec, kFltLod>;
+extern template class FltRecordOf<FltFileGroup, FltGroup, kFltGroup>;
+extern template class FltRecordOf<FltFileLod, FltLod, kFltLod>;
+
 /// A group as it stands in files.
 class FltFileGroup final : public FltRecordOf<FltFileGroup, FltGroup, kFltGroup> {
 public:
