@@ -106,6 +106,8 @@ std::vector<std::string> nodesOf(Interface& host) {
     return all;
 }
 
+constexpr int kMostLayers = 8;
+
 /// Every node can be asked how it looks.
 void lookAtAll(Interface& host) {
     interchange::NodeLooks looks;
@@ -117,7 +119,7 @@ void lookAtAll(Interface& host) {
         NodeLook look;
         if (looks.GetLook(node, look)) {
             expect(look.opacity >= 0 && look.opacity <= 1, "an opacity is a share");
-            expect(look.layer >= 0, "layers are counted from 0");
+            expect(std::abs(look.layer) <= kMostLayers, "there are so many layers");
         }
         INode* const shown = looks.GetInstanced(node);
         static_cast<void>(looks.IsOnlyInstanced(node));

@@ -33,9 +33,11 @@ bool definesOverfullTable(std::span<const std::uint8_t> bytes) {
     int left = (bytes[0] << 8 | bytes[1]) - 2;
     std::size_t at = 2;
     while (left > 0) {
-        if (bytes.size() - at <= kCodeLengths) return false;
+        if (bytes.size() <= at) return false;
+        // What a cut table lacks the library takes for zeros.
+        const std::size_t lengths = std::min(bytes.size() - at - 1, kCodeLengths);
         int codes = 0;
-        for (const std::uint8_t count : bytes.subspan(at + 1, kCodeLengths)) codes += count;
+        for (const std::uint8_t count : bytes.subspan(at + 1, lengths)) codes += count;
         if (codes > kMostCodes) return true;
         const std::size_t length = 1 + kCodeLengths + static_cast<std::size_t>(codes);
         if (bytes.size() - at < length) return false;
