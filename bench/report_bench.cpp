@@ -35,7 +35,7 @@ public:
     Nowhere() : std::ostream(nullptr) {}
 };
 
-Measures checks(const fs::path& city) {
+Measures checking(const fs::path& city) {
     return inOwnProcess([&] {
         Nowhere nowhere;
         fltool::CheckOptions options;
@@ -85,7 +85,7 @@ int main(int count, char** arguments) {
         samples::writeCity(folder / "few", kFewFiles);
         return Measures();
     });
-    const bench::Measure checked = checks(folder / "city")[0];
+    const bench::Measure checked = checking(folder / "city")[0];
     const bench::Measure all = report(folder / "city", folder / "city.html")[0];
     const bench::Measure few = report(folder / "few", folder / "few.html")[0];
     const double seconds = openingTime(folder / "city.html");
