@@ -123,33 +123,32 @@ FltBoundingOrientation fitted(FltBoundingOrientation, const Box3&, bool) {
 }
 
 template <typename Volume>
-void fit(const SourceRecords& kept, std::size_t at, const Box3& box, bool apart,
-         std::vector<SourceRecordChange>& changes) {
-    const SourceRecord& entry = kept.attached[at];
-    if (entry.isOpaque || entry.record.opcode() != Volume::kOpcode) return;
+bool fit(const SourceRecord& entry, const Box3& box, bool apart, SourceRecordsEdit& edit) {
+    if (entry.isOpaque || entry.record.opcode() != Volume::kOpcode) return false;
+    const std::uint32_t revision = edit.kept().revision;
     Volume volume;
-    volume.readBytes(entry.record.bytes(), kept.revision);
-    const std::vector<std::uint8_t> before = bytesOf(volume, kept.revision);
-    std::vector<std::uint8_t> after = bytesOf(fitted(volume, box, apart), kept.revision);
-    if (after != before) changes.push_back({at, true, std::move(after)});
+    volume.readBytes(entry.record.bytes(), revision);
+    const std::vector<std::uint8_t> before = bytesOf(volume, revision);
+    const std::vector<std::uint8_t> after = bytesOf(fitted(volume, box, apart), revision);
+    if (after != before) edit.replace(entry.record, after);
+    return after != before;
 }
 
-bool fitVolumes(INode& node, const SourceRecords& kept, const Box3& box) {
-    const bool apart = std::ranges::any_of(kept.attached, [](const SourceRecord& entry) {
+bool fitVolumes(INode& node, const Box3& box) {
+    SourceRecordsEdit edit(node);
+    const std::vector<SourceRecord>& attached = edit.kept().attached;
+    const bool apart = std::ranges::any_of(attached, [](const SourceRecord& entry) {
         return !entry.isOpaque && entry.record.opcode() == kFltBoundingCenter;
     });
-    std::vector<SourceRecordChange> changes;
-    for (std::size_t i = 0; i < kept.attached.size(); ++i) {
-        fit<FltBoundingBox>(kept, i, box, apart, changes);
-        fit<FltBoundingSphere>(kept, i, box, apart, changes);
-        fit<FltBoundingCylinder>(kept, i, box, apart, changes);
-        fit<FltBoundingCenter>(kept, i, box, apart, changes);
-        fit<FltBoundingOrientation>(kept, i, box, apart, changes);
-    }
-    if (changes.empty()) return false;
-    changeSourceRecords(node, kept, kept.revision,
-                        kept.record.empty() ? FileBytes() : kept.record.bytes(), changes);
-    return true;
+    bool isChanged = false;
+    for (const SourceRecord& entry : attached)
+        isChanged |= fit<FltBoundingBox>(entry, box, apart, edit) ||
+                     fit<FltBoundingSphere>(entry, box, apart, edit) ||
+                     fit<FltBoundingCylinder>(entry, box, apart, edit) ||
+                     fit<FltBoundingCenter>(entry, box, apart, edit) ||
+                     fit<FltBoundingOrientation>(entry, box, apart, edit);
+    edit.store(edit.kept().revision);
+    return isChanged;
 }
 
 /// Levels below one node with one center, by that.
@@ -209,16 +208,12 @@ GeometryResult fitBounds(std::span<INode* const> tops) {
     std::vector<INode*> levels;
     const std::vector<INode*> nodes = nodesIn(tops);
     const SubtreeBoxes boxes(tops);
-    SourceRecordsReader reader;
     for (INode* const node : nodes) {
         if (FltLod lod; isLod(node, lod) &&
                         (static_cast<std::uint32_t>(lod.flags) & FltLod::kFrozenCenter) == 0)
             levels.push_back(node);
-        const SourceRecords& kept = reader.read(*node);
         const Box3 box = boxes.at(node);
-        if (!kept.attached.empty() && !box.IsEmpty() && !isFrozen(*node) &&
-            fitVolumes(*node, kept, box))
-            ++result.changed;
+        if (!box.IsEmpty() && !isFrozen(*node) && fitVolumes(*node, box)) ++result.changed;
     }
     result.changed += centerLevels(levels);
     return result;

@@ -91,7 +91,8 @@ bool loadFromFile(INode* node, TableGroup& group) {
 
 /// Of the kept record only the bytes change that are others in its class's form.
 bool storeInFile(INode* node, TableGroup& group, FltAttrDesc& row, const char* text) {
-    const SourceRecords kept = sourceRecordsOf(*node);
+    SourceRecordsEdit edit(*node);
+    const SourceRecords& kept = edit.kept();
     FltRecord& record = *group.record;
     std::uint32_t revision = kept.revision;
     Bytes bytes;
@@ -116,7 +117,8 @@ bool storeInFile(INode* node, TableGroup& group, FltAttrDesc& row, const char* t
     for (std::size_t i = FltRecordView::kHeaderSize; i < std::min(bytes.size(), after.size()); ++i)
         if (after[i] != before[i]) bytes[i] = after[i];
     fltStateLength(bytes);
-    changeSourceRecords(*node, kept, revision, bytes, {});
+    edit.setNodeRecord(bytes);
+    edit.store(revision);
     return true;
 }
 
@@ -170,24 +172,27 @@ public:
     bool store(INode* node, const FltAttrDesc& row, const char* text) {
         std::uint32_t revision = 0;
         if (!fltGetParameter(node, revision)) return false;
-        const SourceRecords kept = sourceRecordsOf(*node);
+        SourceRecordsEdit edit(*node);
+        const std::vector<SourceRecord>& attached = edit.kept().attached;
         FltIndexedString name;
         const std::string_view number = std::string_view(row.key).substr(kMaskName.size());
         std::from_chars(number.data(), number.data() + number.size(), name.index);
         name.text = text;
-        SourceRecordChange change;
-        const auto entry = entries_.find(name.index);
-        change.replaces = entry != entries_.end();
-        change.at = change.replaces ? entry->second : behindRecord(kept);
+        Bytes bytes;
         if (!name.text.empty()) {
-            change.bytes = fileBytes(name, revision);
-            change.bytes.resize(fltPaddedLength(change.bytes.size()));
-            fltStateLength(change.bytes);
+            bytes = fileBytes(name, revision);
+            bytes.resize(fltPaddedLength(bytes.size()));
+            fltStateLength(bytes);
         }
-        if (change.bytes.empty() && !change.replaces) return true;
-        changeSourceRecords(*node, kept, revision,
-                            kept.record.empty() ? FileBytes() : kept.record.bytes(),
-                            std::span(&change, 1));
+        if (const auto entry = entries_.find(name.index); entry != entries_.end())
+            edit.replace(attached.at(entry->second).record, bytes);
+        else if (const std::size_t at = behindRecord(edit.kept()); bytes.empty())
+            return true;
+        else if (at < attached.size())
+            edit.insertBefore(attached[at].record, bytes);
+        else
+            edit.append(bytes);
+        edit.store(revision);
         return true;
     }
 

@@ -159,24 +159,6 @@ void SourceRecordsWriter::append(FileBytes bytes) {
     bytes_.insert(bytes_.end(), bytes.begin(), bytes.end());
 }
 
-void changeSourceRecords(Animatable& node, const SourceRecords& kept, std::uint32_t revision,
-                         FileBytes record, std::span<const SourceRecordChange> changes) {
-    SourceRecordsWriter writer;
-    writer.begin(kept.revision != 0 ? kept.revision : revision);
-    if (!record.empty()) writer.nodeRecord(record);
-    if (!kept.givenName.empty()) writer.givenName(kept.givenName);
-    for (std::size_t i = 0; i <= kept.attached.size(); ++i) {
-        bool isReplaced = false;
-        for (; !changes.empty() && changes.front().at == i; changes = changes.subspan(1)) {
-            writer.record(changes.front().bytes);
-            isReplaced = isReplaced || changes.front().replaces;
-        }
-        if (i < kept.attached.size() && !isReplaced) writer.record(kept.attached[i].record.bytes());
-    }
-    storeSourceChunk(node, SourceChunk::records, writer.bytes());
-    node.NotifyAppDataChanged();
-}
-
 SourceRecordsEdit::SourceRecordsEdit(Animatable& node)
     : node_(node), chunk_(sourceChunk(node, SourceChunk::records)), kept_(sourceRecordsOf(node)) {}
 
@@ -189,29 +171,33 @@ void SourceRecordsEdit::append(FileBytes added) {
     changes_.push_back({chunk_.size(), 0, {added.begin(), added.end()}});
 }
 
+/// Where the attached records begin in the chunk.
+std::size_t SourceRecordsEdit::attachedPlace() const noexcept {
+    if (kept_.attached.empty()) return chunk_.size();
+    return static_cast<std::size_t>(kept_.attached.front().record.bytes().data() - chunk_.data());
+}
+
 void SourceRecordsEdit::store(std::uint32_t revision) {
-    if (changes_.empty()) return;
+    if (changes_.empty() && nodeRecord_.empty()) return;
     // What is put in front of a record comes before what becomes of the record itself.
     std::ranges::stable_sort(
         changes_, {}, [](const Change& change) { return std::pair(change.place, change.length); });
     SourceRecordsWriter anew;
-    std::vector<std::uint8_t> bytes;
-    std::size_t done = 0;
-    if (kept_.revision == 0) {
-        anew.begin(revision);
-        bytes.assign(anew.bytes().begin(), anew.bytes().end());
-        done = chunk_.size();
+    std::size_t done = 0;  // of the chunk
+    const bool isKept = kept_.revision != 0;
+    if (!isKept || !nodeRecord_.empty()) {
+        anew.begin(isKept ? kept_.revision : revision);
+        if (!nodeRecord_.empty()) anew.nodeRecord(nodeRecord_);
+        if (!kept_.givenName.empty()) anew.givenName(kept_.givenName);
+        done = isKept ? attachedPlace() : chunk_.size();
     }
-    const auto take = [&](FileBytes taken) {
-        bytes.insert(bytes.end(), taken.begin(), taken.end());
-    };
     for (const Change& change : changes_) {
-        take(chunk_.subspan(done, change.place - done));
-        take(change.by);
+        anew.record(chunk_.subspan(done, change.place - done));
+        anew.record(change.by);
         done = change.place + change.length;
     }
-    take(chunk_.subspan(done));
-    storeSourceChunk(node_, SourceChunk::records, bytes);
+    anew.record(chunk_.subspan(done));
+    storeSourceChunk(node_, SourceChunk::records, anew.bytes());
     node_.NotifyAppDataChanged();
 }
 

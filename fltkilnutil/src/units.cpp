@@ -164,11 +164,13 @@ bool scalePool(std::vector<std::vector<std::uint8_t>>& records, std::size_t firs
 
 /// What is kept on the node beside its record: vertices without a mesh, those of mesh records, and
 /// bounding volumes.
-bool scaleAttached(INode& node, const SourceRecords& kept, const Scale& to) {
+bool scaleAttached(INode& node, const Scale& to) {
+    SourceRecordsEdit edit(node);
+    const SourceRecords& kept = edit.kept();
     std::vector<std::vector<std::uint8_t>> records;
     for (const SourceRecord& entry : kept.attached)
         records.emplace_back(entry.record.bytes().begin(), entry.record.bytes().end());
-    std::vector<SourceRecordChange> changes;
+    bool isAnyChanged = false;
     const auto opcodeOf = [&](std::size_t i) { return kept.attached[i].record.opcode(); };
     for (std::size_t i = 0; i < records.size(); ++i) {
         if (kept.attached[i].isOpaque) continue;
@@ -186,13 +188,12 @@ bool scaleAttached(INode& node, const SourceRecords& kept, const Scale& to) {
                         scaleKept<FltBoundingCenter>(bytes, kept.revision, to);
         }
         for (std::size_t at = i; isChanged && at < end; ++at)
-            changes.push_back({at, true, std::move(records[at])});
+            edit.replace(kept.attached[at].record, records[at]);
+        isAnyChanged = isAnyChanged || isChanged;
         i = end - 1;
     }
-    if (changes.empty()) return false;
-    changeSourceRecords(node, kept, kept.revision,
-                        kept.record.empty() ? FileBytes() : kept.record.bytes(), changes);
-    return true;
+    edit.store(kept.revision);
+    return isAnyChanged;
 }
 
 /// The significant size stands in the file's record alone.
@@ -229,8 +230,7 @@ bool scaleNode(INode& node, const Scale& to) {
                           scaleRecord<FltLightSource>(node, kind, to, changed);
     if (!isStored) throw Refused("a record cannot be stored");
     if (kind == FltNodeKind::Lod && scaleSize(node, to)) changed = true;
-    const SourceRecords kept = sourceRecordsOf(node);
-    return (!kept.attached.empty() && scaleAttached(node, kept, to)) || changed;
+    return scaleAttached(node, to) || changed;
 }
 
 /// Meshes, points and other objects with points of their own; each once. Notes which nodes show

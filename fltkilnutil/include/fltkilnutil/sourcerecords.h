@@ -113,19 +113,6 @@ private:
     std::vector<std::uint8_t> bytes_;
 };
 
-/// A change of the attached records of a node.
-struct SourceRecordChange {
-    std::size_t at = 0;               ///< the attached record, or their number for behind the last
-    bool replaces = false;            ///< the bytes come in its place, otherwise in front of it
-    std::vector<std::uint8_t> bytes;  ///< whole records; none takes the record out
-};
-
-/// Stores what is kept on `node` with `record` as the node's record (empty for none) and with
-/// `changes`, in the order of their places. `kept` is what is kept now; where that is nothing,
-/// records are those of `revision`. All of it in one change of the scene. Throws `std::bad_alloc`.
-void changeSourceRecords(Animatable& node, const SourceRecords& kept, std::uint32_t revision,
-                         FileBytes record, std::span<const SourceRecordChange> changes);
-
 /// Changes of what is kept on a node, put together and then made at once.
 class SourceRecordsEdit {
 public:
@@ -135,8 +122,8 @@ public:
     /// What is kept now; valid until the changes are made.
     const SourceRecords& kept() const noexcept { return kept_; }
 
-    /// Whether what is kept cannot be read; it is lost when a change is made.
-    bool isDamaged() const noexcept { return !chunk_.empty() && kept_.revision == 0; }
+    /// The node's record, in place of the one that is kept, if any.
+    void setNodeRecord(FileBytes record) { nodeRecord_.assign(record.begin(), record.end()); }
 
     // `record` is one of `kept`, and is changed at most once.
     void replace(const FltRecordView& record, FileBytes by) { change(record, record.length(), by); }
@@ -146,8 +133,8 @@ public:
     void append(FileBytes added);
 
     /// Makes the changes and tells the host. A node on which nothing is kept, or what cannot be
-    /// read, then keeps what was appended, as of a file of `revision`. Throws `std::bad_alloc`, and
-    /// nothing is changed then.
+    /// read, then keeps what was set and appended, as of a file of `revision`. Throws
+    /// `std::bad_alloc`, and nothing is changed then.
     void store(std::uint32_t revision);
 
 private:
@@ -157,10 +144,12 @@ private:
         std::vector<std::uint8_t> by;
     };
     void change(const FltRecordView& record, std::size_t length, FileBytes by);
+    std::size_t attachedPlace() const noexcept;
 
     Animatable& node_;
     FileBytes chunk_;
     SourceRecords kept_;
+    std::vector<std::uint8_t> nodeRecord_;
     std::vector<Change> changes_;
 };
 
