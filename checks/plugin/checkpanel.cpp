@@ -3,13 +3,6 @@
 #include "resource.h"
 #include "texts.h"
 
-#include <base/utf16.h>
-#include <framework/module.h>
-
-#include <utility>
-
-using framework::ModuleScope, framework::moduleInstance;
-
 namespace checks {
 
 namespace {
@@ -23,59 +16,21 @@ CheckPanel& CheckPanel::instance() {
     return panel;
 }
 
-void CheckPanel::BeginEditParams(Interface* host, IUtil* utility) {
-    const ModuleScope scope;
-    host_ = host;
-    utility_ = utility;
-    try {
-        window_.onCounts = [this] { showCounts(); };
-        page_ = host->AddRollupPage(moduleInstance(), IDD_CHECK_PANEL, handleMessage,
-                                    textOf(TextId::kUtility).c_str(), 0, 0, kRollupCategory);
-        showCounts();
-    } catch (...) {
-        page_ = nullptr;  // no page until the utility is opened again
-    }
+CheckPanel::CheckPanel() : UtilityPage(IDD_CHECK_PANEL, kRollupCategory) {
+    window_.onCounts = [this] { setText(IDC_CHECK_COUNTS, window_.countsText()); };
 }
 
-void CheckPanel::EndEditParams(Interface* host, IUtil*) {
-    const ModuleScope scope;
-    utility_ = nullptr;
-    try {
-        host->DeleteRollupPage(std::exchange(page_, nullptr));
-    } catch (...) {
-        // The host failed to delete its own page; there is nothing to do about it here.
-    }
+std::string CheckPanel::title() const {
+    return textOf(TextId::kUtility);
 }
 
-INT_PTR CALLBACK CheckPanel::handleMessage(HWND page, UINT message, WPARAM wParam, LPARAM lParam) {
-    const ModuleScope scope;
-    CheckPanel& panel = instance();
-    try {
-        switch (message) {
-            case WM_INITDIALOG:
-                return TRUE;
-            case WM_MOUSEMOVE:
-            case WM_LBUTTONDOWN:
-            case WM_LBUTTONUP:
-                panel.host_->RollupMouseMessage(page, message, wParam, lParam);
-                return TRUE;
-            case WM_COMMAND:
-                if (LOWORD(wParam) == IDC_CHECK_SCENE) panel.window_.open(*panel.host_);
-                if (LOWORD(wParam) == IDOK && panel.utility_ != nullptr)
-                    panel.utility_->CloseUtility();
-                return TRUE;
-            default:
-                return FALSE;
-        }
-    } catch (...) {
-        ::MessageBeep(MB_ICONWARNING);
-        return FALSE;
-    }
+void CheckPanel::onShown() {
+    window_.onCounts();
 }
 
-void CheckPanel::showCounts() const {
-    if (page_ != nullptr)
-        ::SetDlgItemTextW(page_, IDC_CHECK_COUNTS, base::toWide(window_.countsText()).c_str());
+void CheckPanel::onCommand(int id, UINT) {
+    if (id == IDC_CHECK_SCENE) window_.open(host());
+    if (id == IDOK) close();
 }
 
 }  // namespace checks

@@ -3,28 +3,24 @@
 
 #include "checkwindow.h"
 
-#include <kiln/kiln.h>
+#include <plugin/utilitypage.h>
 
 namespace checks {
 
-/// One static object. The window that its button opens stays when the page goes.
-class CheckPanel final : public UtilityObj {
+/// The window that its button opens stays when the page goes.
+class CheckPanel final : public plugin::UtilityPage {
 public:
     static CheckPanel& instance();
-
-    void BeginEditParams(Interface* host, IUtil* utility) override;
-    void EndEditParams(Interface* host, IUtil* utility) override;
-    void DeleteThis() override {}
 
     CheckWindow& window() noexcept { return window_; }
 
 private:
-    static INT_PTR CALLBACK handleMessage(HWND page, UINT message, WPARAM wParam, LPARAM lParam);
-    void showCounts() const;
+    CheckPanel();
 
-    Interface* host_ = nullptr;
-    IUtil* utility_ = nullptr;
-    HWND page_ = nullptr;
+    std::string title() const override;
+    void onShown() override;
+    void onCommand(int id, UINT code) override;
+
     CheckWindow window_;
 };
 

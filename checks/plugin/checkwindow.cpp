@@ -55,19 +55,12 @@ constexpr ColumnOf kColumns[] = {
 constexpr int kSeverityColumn = 0, kCodeColumn = 1, kNodeColumn = 2, kTextColumn = 3,
               kMendColumn = 4;
 
-/// What a control does when the window is larger than its template.
-struct Anchor {
-    int id;
-    bool right, down, wide, high;
-};
-constexpr Anchor kAnchors[] = {
-    {IDC_PROGRESS, false, false, true, false}, {IDC_FILTER, false, false, true, false},
-    {IDC_FINDINGS, false, false, true, true},  {IDC_STATUS, false, true, true, false},
-    {IDC_FOLLOW, true, true, false, false},    {IDC_GO_TO, false, true, false, false},
-    {IDC_MEND, false, true, false, false},     {IDC_MEND_ALL, false, true, false, false},
-    {IDC_QUERY, false, true, true, false},     {IDC_SELECT_FOUND, true, true, false, false},
-    {IDC_FIND, true, true, false, false},      {IDC_QUERY_LABEL, false, true, false, false},
-    {IDC_COPY, true, true, false, false},      {IDC_SAVE, true, true, false, false},
+constexpr framework::Anchor kAnchors[] = {
+    {IDC_PROGRESS, 0, 1},           {IDC_FILTER, 0, 1},         {IDC_FINDINGS, 0, 1, false, true},
+    {IDC_STATUS, 0, 1, true},       {IDC_FOLLOW, 1, 0, true},   {IDC_GO_TO, 0, 0, true},
+    {IDC_MEND, 0, 0, true},         {IDC_MEND_ALL, 0, 0, true}, {IDC_QUERY, 0, 1, true},
+    {IDC_SELECT_FOUND, 1, 0, true}, {IDC_FIND, 1, 0, true},     {IDC_QUERY_LABEL, 0, 0, true},
+    {IDC_COPY, 1, 0, true},         {IDC_SAVE, 1, 0, true},
 };
 
 constexpr wchar_t kPlaceName[] = L"FltCheck";
@@ -133,7 +126,7 @@ struct CheckWindow::Run {
     Check check;
 };
 
-CheckWindow::CheckWindow() = default;
+CheckWindow::CheckWindow() : controls_(kAnchors) {}
 
 CheckWindow::~CheckWindow() {
     if (headingFont_ != nullptr) ::DeleteObject(headingFont_);
@@ -177,7 +170,7 @@ bool CheckWindow::OnInitDialog() {
     ::ShowWindow(Item(IDC_PROGRESS), SW_HIDE);
     const RECT window = WindowRect(), client = ClientRect();
     smallest_ = {widthOf(window), heightOf(window)};
-    notePlaces({client.right, client.bottom});
+    controls_.note(Handle(), {client.right, client.bottom});
     listTargets();
     nameColumns();
     listRules();
@@ -190,7 +183,7 @@ bool CheckWindow::OnInitDialog() {
 void CheckWindow::followLanguage() {
     if (!HasWindow()) return;
     const SIZE base = FollowLanguage();
-    if (base.cx != 0) notePlaces(base);
+    if (base.cx != 0) controls_.note(Handle(), base);
     findings_.speak(language());
     nameColumns();
     listRules();
@@ -208,7 +201,7 @@ void CheckWindow::OnDestroy() {
     focused_.reset();
     wanted_ = checked_ = stale_ = false;
     ::DeleteObject(std::exchange(headingFont_, nullptr));
-    places_.clear();
+    controls_.forget();
     Default();
 }
 
@@ -939,32 +932,8 @@ void CheckWindow::widen() {
     layout();
 }
 
-void CheckWindow::notePlaces(SIZE base) {
-    base_ = base;
-    places_.clear();
-    for (const Anchor& anchor : kAnchors) {
-        RECT area;
-        ::GetWindowRect(Item(anchor.id), &area);
-        ::MapWindowPoints(nullptr, Handle(), reinterpret_cast<POINT*>(&area), 2);
-        places_.push_back(area);
-    }
-}
-
 void CheckWindow::layout() {
-    if (places_.empty()) return;
-    const RECT area = ClientRect();
-    const int wider = static_cast<int>(area.right - base_.cx),
-              higher = static_cast<int>(area.bottom - base_.cy);
-    for (std::size_t i = 0; i < places_.size(); ++i) {
-        const Anchor& anchor = kAnchors[i];
-        const RECT& place = places_[i];
-        ::SetWindowPos(Item(anchor.id), nullptr,
-                       static_cast<int>(place.left) + (anchor.right ? wider : 0),
-                       static_cast<int>(place.top) + (anchor.down ? higher : 0),
-                       std::max(widthOf(place) + (anchor.wide ? wider : 0), 0),
-                       std::max(heightOf(place) + (anchor.high ? higher : 0), 0),
-                       SWP_NOZORDER | SWP_NOACTIVATE);
-    }
+    if (!controls_.place()) return;
     fitColumns();
     Invalidate();
 }

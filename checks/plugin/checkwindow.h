@@ -4,6 +4,7 @@
 #include <checks/check.h>
 #include <checks/findinglist.h>
 #include <checks/scenesource.h>
+#include <framework/anchoredcontrols.h>
 #include <framework/cdialog.h>
 #include <kiln/scenewatch.h>
 
@@ -103,7 +104,6 @@ private:
     void select(const std::vector<INode*>& nodes);
 
     // The window.
-    void notePlaces(SIZE base);
     void layout();
     void widen();
 
@@ -119,9 +119,8 @@ private:
     std::optional<Report> aside_;     ///< of the check, while the list has what a query has found
     std::optional<Finding> focused_;  ///< the one that has the focus, if that is no heading
     bool isRefreshing_ = false;
-    SIZE base_{};               ///< of the client area that the places are meant for
-    SIZE smallest_{};           ///< of the window
-    std::vector<RECT> places_;  ///< of the controls that follow the window's size
+    SIZE smallest_{};  ///< of the window
+    framework::AnchoredControls controls_;
     HFONT headingFont_ = nullptr;
 };
 

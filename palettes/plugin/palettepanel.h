@@ -3,27 +3,23 @@
 
 #include "palettewindow.h"
 
-#include <kiln/kiln.h>
+#include <plugin/utilitypage.h>
 
 namespace palettes {
 
-/// One static object. The window that its button opens stays when the page goes.
-class PalettePanel final : public UtilityObj {
+/// The window that its button opens stays when the page goes.
+class PalettePanel final : public plugin::UtilityPage {
 public:
     static PalettePanel& instance();
-
-    void BeginEditParams(Interface* host, IUtil* utility) override;
-    void EndEditParams(Interface* host, IUtil* utility) override;
-    void DeleteThis() override {}
 
     PaletteWindow& window() noexcept { return window_; }
 
 private:
-    static INT_PTR CALLBACK handleMessage(HWND page, UINT message, WPARAM wParam, LPARAM lParam);
+    PalettePanel();
 
-    Interface* host_ = nullptr;
-    IUtil* utility_ = nullptr;
-    HWND page_ = nullptr;
+    std::string title() const override;
+    void onCommand(int id, UINT code) override;
+
     PaletteWindow window_;
 };
 

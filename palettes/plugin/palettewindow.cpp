@@ -40,21 +40,24 @@ constexpr TextId kColumns[] = {TextId::kColumnLook, TextId::kColumnIndex, TextId
                                TextId::kColumnUsers, TextId::kColumnNote};
 constexpr int kWidths[] = {44, 50, 0, 50, 150};  // at 100 %; 0 for what is left
 
-/// What a control does when the window is larger than its template. Entries and fields share the
-/// width: three fifths and two.
-struct Anchor {
-    int id;
-    bool right, down, wide, high;
-};
-constexpr Anchor kAnchors[] = {
-    {IDC_TABS, false, false, true, false},    {IDC_ENTRIES, false, false, true, true},
-    {IDC_SWATCHES, false, false, true, true}, {IDC_INTENSITY, false, true, true, false},
-    {IDC_FIELDS, true, false, true, true},    {IDC_STATUS, false, true, true, false},
-    {IDC_ADD, false, true, false, false},     {IDC_COPY, false, true, false, false},
-    {IDC_DELETE, false, true, false, false},  {IDC_CHOOSE, false, true, false, false},
-    {IDC_COMPACT, false, true, false, false}, {IDC_IMPORT, false, true, false, false},
-    {IDC_ASSIGN, false, true, false, false},  {IDC_SELECT_USERS, false, true, false, false},
-    {IDC_PICK, false, true, false, false},
+/// Entries and fields share the width: three fifths and two.
+constexpr double kEntries = 0.6, kFields = 1 - kEntries;
+constexpr framework::Anchor kAnchors[] = {
+    {IDC_TABS, 0, 1},
+    {IDC_ENTRIES, 0, kEntries, false, true},
+    {IDC_SWATCHES, 0, kEntries, false, true},
+    {IDC_INTENSITY, 0, kEntries, true},
+    {IDC_FIELDS, kEntries, kFields, false, true},
+    {IDC_STATUS, 0, 1, true},
+    {IDC_ADD, 0, 0, true},
+    {IDC_COPY, 0, 0, true},
+    {IDC_DELETE, 0, 0, true},
+    {IDC_CHOOSE, 0, 0, true},
+    {IDC_COMPACT, 0, 0, true},
+    {IDC_IMPORT, 0, 0, true},
+    {IDC_ASSIGN, 0, 0, true},
+    {IDC_SELECT_USERS, 0, 0, true},
+    {IDC_PICK, 0, 0, true},
 };
 
 std::uint8_t byteOf(float share) {
@@ -110,7 +113,7 @@ std::vector<std::uint32_t> sphereOf(const FltMaterial& material) {
 
 }  // namespace
 
-PaletteWindow::PaletteWindow() = default;
+PaletteWindow::PaletteWindow() : controls_(kAnchors) {}
 PaletteWindow::~PaletteWindow() = default;
 
 void PaletteWindow::open(Interface& host) {
@@ -173,7 +176,7 @@ bool PaletteWindow::OnInitDialog() {
     thumbnails_ = std::make_unique<Thumbnails>(Handle(), kThumbnailMade);
     const RECT window = WindowRect(), client = ClientRect();
     smallest_ = {widthOf(window), heightOf(window)};
-    notePlaces({client.right, client.bottom});
+    controls_.note(Handle(), {client.right, client.bottom});
     for (std::size_t i = 0; i < kPaletteCount; ++i) {
         TCITEMW tab{};
         tab.mask = TCIF_TEXT;
@@ -208,7 +211,7 @@ void PaletteWindow::nameColumns() {
 void PaletteWindow::followLanguage() {
     if (!HasWindow()) return;
     const SIZE base = FollowLanguage();
-    if (base.cx != 0) notePlaces(base);
+    if (base.cx != 0) controls_.note(Handle(), base);
     nameColumns();
     layout();
     refresh();
@@ -224,7 +227,7 @@ void PaletteWindow::OnDestroy() {
     watch_.reset();
     data_.reset();
     rows_.clear();
-    places_.clear();
+    controls_.forget();
     Default();
 }
 
@@ -886,35 +889,8 @@ void PaletteWindow::OnMinMaxInfo(MINMAXINFO& info) {
     if (smallest_.cx != 0) info.ptMinTrackSize = {smallest_.cx, smallest_.cy};
 }
 
-void PaletteWindow::notePlaces(SIZE base) {
-    base_ = base;
-    places_.clear();
-    for (const Anchor& anchor : kAnchors) {
-        RECT area;
-        ::GetWindowRect(Item(anchor.id), &area);
-        ::MapWindowPoints(nullptr, Handle(), reinterpret_cast<POINT*>(&area), 2);
-        places_.push_back(area);
-    }
-}
-
 void PaletteWindow::layout() {
-    if (places_.empty()) return;
-    const RECT area = ClientRect();
-    const int wider = static_cast<int>(area.right - base_.cx),
-              higher = static_cast<int>(area.bottom - base_.cy);
-    const int left = wider * 3 / 5;
-    for (std::size_t i = 0; i < places_.size(); ++i) {
-        const Anchor& anchor = kAnchors[i];
-        const RECT& place = places_[i];
-        const bool isWhole = anchor.id == IDC_TABS || anchor.id == IDC_STATUS;
-        const int share = isWhole ? wider : anchor.right ? wider - left : left;
-        ::SetWindowPos(Item(anchor.id), nullptr,
-                       static_cast<int>(place.left) + (anchor.right ? left : 0),
-                       static_cast<int>(place.top) + (anchor.down ? higher : 0),
-                       std::max(widthOf(place) + (anchor.wide ? share : 0), 0),
-                       std::max(heightOf(place) + (anchor.high ? higher : 0), 0),
-                       SWP_NOZORDER | SWP_NOACTIVATE);
-    }
+    if (!controls_.place()) return;
     fitColumns();
     fields_.ExpandColumnsToFit();
     Invalidate();

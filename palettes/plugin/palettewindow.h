@@ -5,6 +5,7 @@
 #include "swatches.h"
 #include "thumbnails.h"
 
+#include <framework/anchoredcontrols.h>
 #include <framework/cdialog.h>
 #include <grid/cgridctrl.h>
 #include <kiln/scenewatch.h>
@@ -98,7 +99,6 @@ private:
     void pick();
 
     // The window.
-    void notePlaces(SIZE base);
     void layout();
 
     Interface* host_ = nullptr;
@@ -116,9 +116,8 @@ private:
     grid::CGridCtrl fields_;
     std::vector<Field> shownFields_;
     std::unique_ptr<Thumbnails> thumbnails_;
-    SIZE base_{};
     SIZE smallest_{};
-    std::vector<RECT> places_;
+    framework::AnchoredControls controls_;
 };
 
 }  // namespace palettes

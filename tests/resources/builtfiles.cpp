@@ -139,6 +139,11 @@ HMODULE checksFile() {
     return file;
 }
 
+HMODULE palettesFile() {
+    static const HMODULE file = loadAsData(windowsPath(L"" PALETTES_FILE));
+    return file;
+}
+
 HMODULE workbenchFile() {
     static const HMODULE file = loadAsData(windowsPath(L"" WORKBENCH_FILE));
     return file;

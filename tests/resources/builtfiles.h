@@ -11,6 +11,7 @@ HMODULE moduleFile();       // Tessera.dlu
 HMODULE captionFile();      // FltKilnUtilRes.dll
 HMODULE interchangeFile();  // FltInterchange.dli
 HMODULE checksFile();       // FltCheck.dlu
+HMODULE palettesFile();     // FltPalettes.dlu
 HMODULE workbenchFile();
 HMODULE coreFile();       // kilncore.dll
 HMODULE kilnbatchFile();  // has the texts of the script library

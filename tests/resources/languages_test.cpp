@@ -38,8 +38,8 @@ INSTANTIATE_TEST_SUITE_P(
     All, Texts,
     testing::Values(BuiltFile{"module", moduleFile}, BuiltFile{"captions", captionFile},
                     BuiltFile{"interchange", interchangeFile}, BuiltFile{"checks", checksFile},
-                    BuiltFile{"workbench", workbenchFile}, BuiltFile{"core", coreFile},
-                    BuiltFile{"kilnbatch", kilnbatchFile}),
+                    BuiltFile{"palettes", palettesFile}, BuiltFile{"workbench", workbenchFile},
+                    BuiltFile{"core", coreFile}, BuiltFile{"kilnbatch", kilnbatchFile}),
     [](const auto& instance) { return instance.param.name; });
 
 }  // namespace
