@@ -199,6 +199,7 @@ TEST_P(ShownDialog, TabReachesEveryControl) {
                              GetDlgCtrlID(child) == IDC_ABOUT_PICTURE;
         if (passive) continue;
         EnableWindow(child, TRUE);
+        ShowWindow(child, SW_SHOWNA);
         wanted.push_back(child);
     }
     ShowWindow(dialog.window(), SW_SHOWNA);
