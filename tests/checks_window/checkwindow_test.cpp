@@ -1,13 +1,8 @@
 // The window of the checks in the built plug-in, over a scene with faults.
 #include "../../checks/plugin/resource.h"
-#include "../checks/checkscene.h"
 #include "../support/messageboxes.h"
-#include "../support/spokenlanguage.h"
+#include "../support/pluginwindowtest.h"
 
-#include <base/utf16.h>
-#include <framework/win32.h>
-#include <input.h>
-#include <kiln/host/host.h>
 #include <quillon/fltlod.h>
 
 #include <gmock/gmock.h>
@@ -22,44 +17,9 @@ using testing::ElementsAre, testing::HasSubstr, testing::IsEmpty, testing::Start
 
 namespace {
 
-/// A host window with one rollup page, which counts how often the view was to follow.
-class CheckHost : public kiln::HostWindow {
-public:
-    CheckHost()
-        : main_(CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 50, 50,
-                                300, 300, nullptr, nullptr, GetModuleHandleW(nullptr), nullptr)) {}
-    ~CheckHost() override { DestroyWindow(main_); }
-
-    HWND mainWindow() override { return main_; }
-    HWND addRollupPage(HINSTANCE module, int dialogId, DLGPROC procedure, const char*, LPARAM param,
-                       DWORD, int) override {
-        return page_ =
-                   CreateDialogParamW(module, MAKEINTRESOURCEW(dialogId), main_, procedure, param);
-    }
-    void deleteRollupPage(HWND page) override {
-        DestroyWindow(page);
-        page_ = nullptr;
-    }
-    void zoomToSelection() override { ++zooms_; }
-
-    HWND main_;
-    HWND page_ = nullptr;
-    int zooms_ = 0;
-};
-
-std::wstring modulePath() {
-    std::wstring path = L"Z:" MODULE_FILE;
-    for (wchar_t& c : path)
-        if (c == L'/') c = L'\\';
-    return path;
-}
-
-class CheckWindowTest : public testing::Test {
+class CheckWindowTest : public PluginWindowTest {
 protected:
-    CheckWindowTest() : core_(kiln::Core::create()) {
-        static const kiln::Status loaded = kiln::loadModule(base::toUtf8(modulePath()));
-        EXPECT_TRUE(loaded.ok()) << loaded.message();
-        core_.setHostWindow(&host_);
+    CheckWindowTest() : PluginWindowTest(IDC_FINDINGS) {
         // Two groups without children, and levels of detail that are reversed.
         first_ = scene_.add(scene_.database, FltGroup());
         second_ = scene_.add(scene_.database, FltGroup());
@@ -70,66 +30,20 @@ protected:
         scene_.addFace(scene_.add(lod_, FltObject()), square());
         core_.history().clear();
     }
-    ~CheckWindowTest() override {
-        core_.closeUtility();
-        core_.setHostWindow(nullptr);
-        DestroyWindow(window());
-        testinput::pump();
-    }
 
     /// Presses the button of the page, and waits for the check.
     void open() {
-        ASSERT_TRUE(core_.openUtility(kiln::classesOf(UTILITY_CLASS_ID).front()).ok());
-        SendMessageW(host_.page_, WM_COMMAND, IDC_CHECK_SCENE, 0);
-        ASSERT_NE(window(), nullptr);
-        ASSERT_TRUE(testinput::activate(window()));
+        ASSERT_NO_FATAL_FAILURE(openBy(IDC_CHECK_SCENE));
         ASSERT_TRUE(isChecked());
     }
-
-    HWND window() const {
-        HWND found = nullptr;
-        EnumThreadWindows(
-            GetCurrentThreadId(),
-            [](HWND candidate, LPARAM param) {
-                if (!GetDlgItem(candidate, IDC_FINDINGS)) return TRUE;
-                *reinterpret_cast<HWND*>(param) = candidate;
-                return FALSE;
-            },
-            reinterpret_cast<LPARAM>(&found));
-        return found;
-    }
-    HWND control(int id) const { return GetDlgItem(window(), id); }
-    HWND list() const { return control(IDC_FINDINGS); }
-
     bool isRunning() const { return IsWindowEnabled(control(IDC_STOP)) != FALSE; }
     /// Waits for the end of the check that is running.
     bool isChecked() const {
         return testinput::pumpUntil([&] { return !isRunning(); }, 20000);
     }
 
-    static std::string textOf(HWND window) {
-        wchar_t text[256] = L"";
-        GetWindowTextW(window, text, 256);
-        return base::toUtf8(text);
-    }
     std::string status() const { return textOf(control(IDC_STATUS)); }
 
-    int rows() const { return static_cast<int>(SendMessageW(list(), LVM_GETITEMCOUNT, 0, 0)); }
-    std::string cell(int row, int column) const {
-        wchar_t text[256] = L"";
-        LVITEMW item{};
-        item.iSubItem = column;
-        item.pszText = text;
-        item.cchTextMax = 256;
-        SendMessageW(list(), LVM_GETITEMTEXTW, static_cast<WPARAM>(row),
-                     reinterpret_cast<LPARAM>(&item));
-        return base::toUtf8(text);
-    }
-    std::vector<std::string> column(int number) const {
-        std::vector<std::string> cells;
-        for (int row = 0; row < rows(); ++row) cells.push_back(cell(row, number));
-        return cells;
-    }
     std::vector<std::string> codes() const { return column(1); }
 
     /// Gives a row the focus, as a click does.
@@ -138,10 +52,6 @@ protected:
         SendMessageW(list(), LVM_GETITEMRECT, static_cast<WPARAM>(row),
                      reinterpret_cast<LPARAM>(&area));
         testinput::click(list(), {area.left + 10, (area.top + area.bottom) / 2});
-    }
-    void push(int id) const {
-        SendMessageW(control(id), BM_CLICK, 0, 0);
-        testinput::pump();
     }
     /// Presses a key in the list and handles messages one by one until `condition` holds: while a
     /// check runs on a busy machine, there may always be another one.
@@ -159,10 +69,6 @@ protected:
         return static_cast<int>(std::ranges::find(all, code) - all.begin());
     }
 
-    const SpokenLanguage english_{KILN_LANGUAGE_ENGLISH};
-    CheckScene scene_;
-    kiln::Core& core_;
-    CheckHost host_;
     INode* first_;
     INode* second_;
     INode* lod_;
@@ -180,12 +86,9 @@ TEST_F(CheckWindowTest, ListsSortsFiltersAndGroupsWhatItFinds) {
     EXPECT_EQ(status(), "Errors: 1, warnings: 0, hints: 2");
     EXPECT_EQ(textOf(GetDlgItem(host_.page_, IDC_CHECK_COUNTS)), status());
 
-    const HWND header = reinterpret_cast<HWND>(SendMessageW(list(), LVM_GETHEADER, 0, 0));
-    RECT second{};
-    SendMessageW(header, HDM_GETITEMRECT, 1, reinterpret_cast<LPARAM>(&second));
-    testinput::click(header, {second.left + 20, 5});
+    clickHeading(1);
     EXPECT_THAT(codes(), ElementsAre(kEmpty, kEmpty, kReversed)) << "by code";
-    testinput::click(header, {second.left + 20, 5});
+    clickHeading(1);
     EXPECT_THAT(codes(), ElementsAre(kReversed, kEmpty, kEmpty)) << "the other way round";
 
     // As one types, in the sentences, the names of nodes and the codes.

@@ -1,12 +1,7 @@
 // The window of the palettes in the built plug-in, by keys, clicks and what its controls show.
 #include "../../palettes/plugin/resource.h"
-#include "../checks/checkscene.h"
-#include "../support/spokenlanguage.h"
+#include "../support/pluginwindowtest.h"
 
-#include <base/utf16.h>
-#include <framework/win32.h>
-#include <input.h>
-#include <kiln/host/host.h>
 #include <palettes/edits.h>
 #include <quillon/fltcolorpalette.h>
 #include <quillon/fltmaterial.h>
@@ -23,33 +18,6 @@ using testing::ElementsAre;
 
 namespace {
 
-/// A host window with one rollup page.
-class PaletteHost : public kiln::HostWindow {
-public:
-    PaletteHost()
-        : main_(CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 50, 50,
-                                300, 300, nullptr, nullptr, GetModuleHandleW(nullptr), nullptr)) {}
-    ~PaletteHost() override { DestroyWindow(main_); }
-
-    HWND mainWindow() override { return main_; }
-    HWND addRollupPage(HINSTANCE module, int dialogId, DLGPROC procedure, const char*, LPARAM param,
-                       DWORD, int) override {
-        return page_ =
-                   CreateDialogParamW(module, MAKEINTRESOURCEW(dialogId), main_, procedure, param);
-    }
-    void deleteRollupPage(HWND page) override { DestroyWindow(page); }
-
-    HWND main_;
-    HWND page_ = nullptr;
-};
-
-std::wstring modulePath() {
-    std::wstring path = L"Z:" MODULE_FILE;
-    for (wchar_t& c : path)
-        if (c == L'/') c = L'\\';
-    return path;
-}
-
 FltMaterial material(std::int32_t index, const char* name, FltColor3f diffuse) {
     FltMaterial made;
     made.index = index;
@@ -60,12 +28,9 @@ FltMaterial material(std::int32_t index, const char* name, FltColor3f diffuse) {
     return made;
 }
 
-class PaletteWindowTest : public testing::Test {
+class PaletteWindowTest : public PluginWindowTest {
 protected:
-    PaletteWindowTest() : core_(kiln::Core::create()) {
-        static const kiln::Status loaded = kiln::loadModule(base::toUtf8(modulePath()));
-        EXPECT_TRUE(loaded.ok()) << loaded.message();
-        core_.setHostWindow(&host_);
+    PaletteWindowTest() : PluginWindowTest(IDC_ENTRIES) {
         FltColorPalette colors;
         for (unsigned i = 0; i < FltColorPalette::kEntries; ++i) {
             const unsigned level = i / 32 * 8, hue = i % 32 * 8;
@@ -83,19 +48,8 @@ protected:
         fltPutRecord(scene_.face, face);
         core_.history().clear();
     }
-    ~PaletteWindowTest() override {
-        core_.closeUtility();
-        core_.setHostWindow(nullptr);
-        DestroyWindow(window());
-        testinput::pump();
-    }
 
-    void open() {
-        ASSERT_TRUE(core_.openUtility(kiln::classesOf(UTILITY_CLASS_ID).front()).ok());
-        SendMessageW(host_.page_, WM_COMMAND, IDC_OPEN_PALETTES, 0);
-        ASSERT_NE(window(), nullptr);
-        ASSERT_TRUE(testinput::activate(window()));
-    }
+    void open() { openBy(IDC_OPEN_PALETTES); }
     /// Goes to a palette by the keyboard.
     void show(Palette palette) {
         for (int i = 0; i < 7; ++i) {
@@ -107,54 +61,12 @@ protected:
         FAIL() << "no such tab";
     }
 
-    static HWND window() {
-        HWND found = nullptr;
-        EnumThreadWindows(
-            GetCurrentThreadId(),
-            [](HWND candidate, LPARAM param) {
-                if (!GetDlgItem(candidate, IDC_SWATCHES)) return TRUE;
-                *reinterpret_cast<HWND*>(param) = candidate;
-                return FALSE;
-            },
-            reinterpret_cast<LPARAM>(&found));
-        return found;
-    }
-    HWND control(int id) const { return GetDlgItem(window(), id); }
-    HWND list() const { return control(IDC_ENTRIES); }
-    std::string status() const {
-        wchar_t text[256] = L"";
-        GetWindowTextW(control(IDC_STATUS), text, 256);
-        return base::toUtf8(text);
-    }
-    std::vector<std::string> column(int number) const {
-        std::vector<std::string> cells;
-        const auto rows = static_cast<int>(SendMessageW(list(), LVM_GETITEMCOUNT, 0, 0));
-        for (int row = 0; row < rows; ++row) {
-            wchar_t text[256] = L"";
-            LVITEMW item{};
-            item.iSubItem = number;
-            item.pszText = text;
-            item.cchTextMax = 256;
-            SendMessageW(list(), LVM_GETITEMTEXTW, static_cast<WPARAM>(row),
-                         reinterpret_cast<LPARAM>(&item));
-            cells.push_back(base::toUtf8(text));
-        }
-        return cells;
-    }
-    void push(int id) const {
-        SendMessageW(control(id), BM_CLICK, 0, 0);
-        testinput::pump();
-    }
-    /// What the host does after each message: what was done becomes a step.
-    void undo() {
+    std::string status() const { return textOf(control(IDC_STATUS)); }
+    /// Takes the last step back; the list then shows entries of these names.
+    void undo(const std::vector<std::string>& names) {
         ASSERT_TRUE(core_.history().undo());
-        ASSERT_TRUE(testinput::pumpUntil([] { return false; }, 400) == false);
+        EXPECT_TRUE(testinput::pumpUntil([&] { return column(2) == names; }));
     }
-
-    const SpokenLanguage english_{KILN_LANGUAGE_ENGLISH};
-    CheckScene scene_;
-    kiln::Core& core_;
-    PaletteHost host_;
 };
 
 }  // namespace
@@ -167,10 +79,7 @@ TEST_F(PaletteWindowTest, ListsSortsAndFiltersEntries) {
     EXPECT_THAT(column(2), ElementsAre("steel", "brick", "twice"));
     EXPECT_THAT(column(3), ElementsAre("1", "0", "0"));
     EXPECT_THAT(column(4), ElementsAre("", "", "doubled index"));
-    const HWND header = reinterpret_cast<HWND>(SendMessageW(list(), LVM_GETHEADER, 0, 0));
-    RECT name{};
-    SendMessageW(header, HDM_GETITEMRECT, 2, reinterpret_cast<LPARAM>(&name));
-    testinput::click(header, {name.left + 20, 5});
+    clickHeading(2);
     EXPECT_THAT(column(2), ElementsAre("brick", "steel", "twice"));
     push(IDC_UNUSED);
     EXPECT_THAT(column(2), ElementsAre("brick", "twice"));
@@ -192,8 +101,7 @@ TEST_F(PaletteWindowTest, EditsAreShownAndUndone) {
     push(IDC_ADD);
     EXPECT_THAT(column(2), ElementsAre("steel", "brick", "twice", "new"));
     EXPECT_THAT(column(1), ElementsAre("4", "2", "2", "0"));
-    undo();
-    EXPECT_THAT(column(2), ElementsAre("steel", "brick", "twice"));
+    undo({"steel", "brick", "twice"});
     // The name is the second field of the first entry.
     SetFocus(list());
     testinput::key(VK_HOME);
@@ -203,14 +111,13 @@ TEST_F(PaletteWindowTest, EditsAreShownAndUndone) {
     testinput::type(L"iron");
     testinput::key(VK_RETURN);
     EXPECT_THAT(column(2), ElementsAre("iron", "brick", "twice"));
-    undo();
-    EXPECT_THAT(column(2), ElementsAre("steel", "brick", "twice"));
+    undo({"steel", "brick", "twice"});
     // What is not used goes without a question.
     SetFocus(list());
     testinput::key(VK_DOWN);
     testinput::key(VK_DELETE);
     EXPECT_THAT(column(2), ElementsAre("steel", "twice"));
-    undo();
+    undo({"steel", "brick", "twice"});
     push(IDC_COMPACT);
     EXPECT_THAT(column(1), ElementsAre("1", "0", "2"));
     EXPECT_EQ(status(), "Indices changed: 2");
