@@ -16,10 +16,10 @@ endif()
 if(TESSERA_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1)
     add_link_options(-fsanitize=address,undefined)
-endif()
-if(TESSERA_FUZZ)
-    add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all)
-    add_link_options(-fsanitize=address,undefined)
+    if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+        # The same libraries serve the fuzz targets.
+        add_compile_options(-fsanitize=fuzzer-no-link)
+    endif()
 endif()
 
 # Header-only Debian packages, staged so that the cross build sees these headers and no others.
@@ -61,23 +61,36 @@ function(tessera_file_properties target english chinese)
     target_sources(${target} PRIVATE ${_script})
 endfunction()
 
-# Most of what a compiler reads is headers of the standard library and of GoogleTest: they are read
-# once for all. Not so for the libraries where they are cross-compiled, optimised natively or linted:
-# there each source must name what it needs, and the cross compiler warns of overlaps that are not
-# there.
+# Most of what a compiler reads is headers of the standard library, of Windows and of GoogleTest: they
+# are read once for all. Not so where sources are linted, and each must name what it needs; nor where
+# they are optimised for measuring.
 set(_common <algorithm> <array> <charconv> <cmath> <cstdint> <cstring> <functional> <map> <memory>
     <optional> <set> <span> <string> <string_view> <tuple> <unordered_map> <unordered_set> <utility>
     <variant> <vector>)
 file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/precompiled.cpp CONTENT "")
-if(TESSERA_PACKAGE OR TESSERA_FUZZ OR TESSERA_SANITIZE)
-    add_library(tessera_precompiled OBJECT ${CMAKE_BINARY_DIR}/precompiled.cpp)
-    set_target_properties(tessera_precompiled PROPERTIES POSITION_INDEPENDENT_CODE ON)
-    target_link_libraries(tessera_precompiled PRIVATE tessera_settings)
-    target_precompile_headers(tessera_precompiled PRIVATE ${_common})
+if(WIN32 OR TESSERA_PACKAGE OR TESSERA_SANITIZE)
+    foreach(_kind precompiled precompiled_windows)
+        add_library(tessera_${_kind} OBJECT EXCLUDE_FROM_ALL ${CMAKE_BINARY_DIR}/precompiled.cpp)
+        set_target_properties(tessera_${_kind} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+        target_link_libraries(tessera_${_kind} PRIVATE tessera_settings)
+        target_precompile_headers(tessera_${_kind} PRIVATE ${_common})
+    endforeach()
+    if(WIN32)
+        # Not <windowsx.h>, whose macros have the names of functions of ours.
+        target_precompile_headers(tessera_precompiled_windows PRIVATE <windows.h> <commctrl.h>)
+    endif()
 endif()
+# tessera_precompile(TARGET [_windows])
+# With _windows, for what consists of windows.
 function(tessera_precompile target)
     if(TARGET tessera_precompiled)
-        target_precompile_headers(${target} REUSE_FROM tessera_precompiled)
+        target_precompile_headers(${target} REUSE_FROM tessera_precompiled${ARGN})
+        if(MINGW)
+            # Precompiled, the library's own headers are no longer those of the system, of which
+            # nothing is said; and this GCC takes copies of short texts for too long.
+            target_compile_options(${target} PRIVATE -Wno-array-bounds -Wno-restrict
+                                                     -Wno-stringop-overflow -Wno-stringop-overread)
+        endif()
     endif()
 endfunction()
 
@@ -95,17 +108,22 @@ target_link_libraries(tessera_test_precompiled PRIVATE tessera_test_settings)
 target_precompile_headers(tessera_test_precompiled PRIVATE ${_common} <filesystem> <fstream>
     <gmock/gmock.h> <gtest/gtest.h>)
 
-# tessera_library(NAME SOURCES file... [USES target...] [PRIVATE_USES target...])
-# A static library whose public headers live in include/ beside its CMakeLists.txt.
+# tessera_library(NAME [WINDOWS] SOURCES file... [USES target...] [PRIVATE_USES target...])
+# A static library whose public headers live in include/ beside its CMakeLists.txt. WINDOWS says that
+# it consists of windows.
 function(tessera_library name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;USES;PRIVATE_USES" ${ARGN})
+    cmake_parse_arguments(ARG "WINDOWS" "" "SOURCES;USES;PRIVATE_USES" ${ARGN})
     add_library(${name} STATIC ${ARG_SOURCES})
     set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
     target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include
                                        PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
     target_link_libraries(${name} PUBLIC ${ARG_USES} PRIVATE tessera_settings ${ARG_PRIVATE_USES})
     target_compile_features(${name} PUBLIC cxx_std_20)
-    tessera_precompile(${name})
+    if(ARG_WINDOWS)
+        tessera_precompile(${name} _windows)
+    else()
+        tessera_precompile(${name})
+    endif()
 endfunction()
 
 # tessera_texts(NAME FILE [SUFFIX])
