@@ -130,7 +130,7 @@ TEST_F(ReplaceFileTest, KeepsThePermissions) {
     const mode_t before = ::umask(022);
     base::replaceFile(path_, "old");
     EXPECT_EQ(modeOf(path_), 0644U) << "what any new file has";
-    for (const mode_t mode : {0600, 0664, 0750}) {
+    for (const mode_t mode : {0600U, 0664U, 0750U}) {
         ASSERT_EQ(::chmod(path_.c_str(), mode), 0);
         base::FileReplacement given(path_);
         EXPECT_EQ(modeOf(given.name()) & 077, 0U) << "nobody else reads what is not finished";
