@@ -1,6 +1,11 @@
 #include "polygonlayout.h"
 
+#include <quillon/fltbyteorder.h>
 #include <quillon/fltmesh.h>
+#include <quillon/fltrecordrange.h>
+#include <quillon/flttoken.h>
+
+#include <utility>
 
 template <>
 struct quillon::Layout<FltMesh> {
@@ -40,6 +45,30 @@ struct quillon::Layout<FltLocalVertexPool> {
     }
 };
 template class FltRecordOf<FltLocalVertexPool, FltAncillaryRec, kFltLocalVertexPool>;
+
+bool fltChangePositions(std::span<std::uint8_t> poolBody,
+                        const std::function<FltPoint3d(const FltPoint3d&)>& change) {
+    FltLocalVertexPool pool;
+    pool.readBody(poolBody);
+    if ((pool.mask & kFltPoolPosition) == 0 || pool.vertices.empty()) return false;
+    const auto lengthWith = [&](std::size_t count) {
+        pool.vertices.resize(count);
+        FltToken token;
+        pool.writeToken(token, 0);
+        return std::size_t{token.length()};
+    };
+    const std::vector<FltPoolVertex> vertices = std::exchange(pool.vertices, {});
+    const std::size_t head = lengthWith(0), stride = lengthWith(1) - head;
+    std::uint8_t* place = poolBody.data() + head - FltRecordView::kHeaderSize;
+    for (const FltPoolVertex& vertex : vertices) {
+        const FltPoint3d position = change(vertex.position);  // the first of its fields
+        fltStoreBigEndian(place, position.x);
+        fltStoreBigEndian(place + sizeof(double), position.y);
+        fltStoreBigEndian(place + 2 * sizeof(double), position.z);
+        place += stride;
+    }
+    return true;
+}
 
 template <>
 struct quillon::Layout<FltMeshPrimitive> {

@@ -16,6 +16,7 @@
 #include <quillon/fltlightpointsystem.h>
 #include <quillon/fltlightsource.h>
 #include <quillon/fltlightsourcepalette.h>
+#include <quillon/fltlinestyle.h>
 #include <quillon/fltlistof.h>
 #include <quillon/fltlod.h>
 #include <quillon/fltlongid.h>
@@ -137,7 +138,8 @@ constexpr FltRecordType kTypes[] = {
      kScenes},
     {kFltText, "FLT_TEXT", kPrimary, kNode, kStays, nullptr, kScenes},
     {kFltSwitch, "FLT_SWITCH", kPrimary, kNode, kStays, make<FltSwitch>, kStored},
-    {kFltLineStylePalette, "FLT_LINE_STYLE_PALETTE", kPalette, kFile, kStays, nullptr, kScenes},
+    {kFltLineStylePalette, "FLT_LINE_STYLE_PALETTE", kPalette, kFile, kStays, make<FltLineStyle>,
+     kScenes},
     {kFltClipRegion, "FLT_CLIP_REGION", kPrimary, kNode, kStays, make<FltClipRegion>, kStored},
     {kFltExtensionAttr, "FLT_EXTENSION_ATTR", kAncillary, kPart, kStays, make<FltExtension>,
      kScenes},

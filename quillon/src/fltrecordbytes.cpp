@@ -37,6 +37,25 @@ void fltStateLength(std::span<std::uint8_t> record) {
     fltStoreBigEndian(record.data() + kLengthOffset, static_cast<std::uint16_t>(record.size()));
 }
 
+std::vector<std::uint8_t> fltPatchedRecord(std::span<const std::uint8_t> read,
+                                           std::span<const std::uint8_t> before,
+                                           std::span<const std::uint8_t> after) {
+    std::vector<std::uint8_t> patched(after.begin(), after.end());
+    const std::size_t common = std::min({after.size(), before.size(), read.size()});
+    for (std::size_t i = kHeaderSize; i < common; ++i)
+        if (after[i] == before[i]) patched[i] = read[i];
+    if (read.size() > before.size()) {
+        const auto tail = read.subspan(before.size());
+        patched.insert(patched.end(), tail.begin(), tail.end());
+    }
+    // What was not there and does not differ stays away.
+    if (read.size() < before.size() && after.size() == before.size() &&
+        std::ranges::equal(after.subspan(read.size()), before.subspan(read.size())))
+        patched.resize(read.size());
+    fltStateLength(patched);
+    return patched;
+}
+
 void fltAppendVertexList(std::vector<std::uint8_t>& bytes, std::uint16_t opcode,
                          std::span<const std::uint32_t> offsets) {
     constexpr std::size_t kMost =

@@ -45,6 +45,8 @@ struct FltLightPointStep {
 class FltLightPointAnimation
     : public FltRecordOf<FltLightPointAnimation, FltPaletteRec, kFltLightPointAnimation> {
 public:
+    enum Type : std::int32_t { kFlashingSequence, kRotating, kStrobe, kMorseCode };
+
     char name[256] = {};  ///< NUL-padded
     std::int32_t index = 0;
     float period = 0;
@@ -52,7 +54,7 @@ public:
     float enabledPeriod = 0;
     FltPoint3f axis;  ///< of rotation
     std::uint32_t flags = 0;
-    std::int32_t type = 0;  ///< 0 flashing sequence, 1 rotating, 2 strobe, 3 morse code
+    std::int32_t type = kFlashingSequence;
     std::int32_t morseTiming = 0;
     std::int32_t wordRate = 0;
     std::int32_t characterRate = 0;

@@ -16,7 +16,10 @@ public:
 class FltLightPointSystem
     : public FltRecordOf<FltLightPointSystem, FltNamedRec, kFltLightPointSystem> {
 public:
+    enum AnimationState : std::int32_t { kOn, kOff, kRandom };
+    static constexpr std::uint32_t kEnabled = 0x80000000;  ///< of the flags
+
     float intensity = 0;
-    std::int32_t animationState = 0;  ///< 0 on, 1 off, 2 random
-    std::uint32_t flags = 0;          ///< 0x80000000: enabled
+    std::int32_t animationState = kOn;
+    std::uint32_t flags = 0;
 };

@@ -6,6 +6,8 @@
 #include <quillon/fltrecordof.h>
 #include <quillon/fltsurface.h>
 
+#include <functional>
+#include <span>
 #include <vector>
 
 /// Mesh: what `FltFace` says of one polygon, for all primitives below it.
@@ -38,6 +40,11 @@ public:
     std::uint32_t mask = 0;         ///< of `FltPoolAttribute`
     std::vector<FltPoolVertex> vertices;
 };
+
+/// Puts `change(position)` in the place of each position in the body of a pool, whose continuations
+/// have been joined to it. False when its vertices have no positions, or there are none.
+bool fltChangePositions(std::span<std::uint8_t> poolBody,
+                        const std::function<FltPoint3d(const FltPoint3d&)>& change);
 
 enum class FltPrimitiveType : std::int16_t {
     kTriangleStrip = 1,

@@ -10,6 +10,8 @@
 
 /// One texture layer of a face or mesh.
 struct FltTextureLayer {
+    static constexpr std::uint16_t kNone = 0xFFFF;  ///< an index that names nothing
+
     std::uint16_t textureIndex = 0;
     std::uint16_t effect = 0;
     std::uint16_t mappingIndex = 0;

@@ -33,6 +33,13 @@ FltRecordHead fltRecordHead(std::span<const std::uint8_t> bytes) noexcept;
 /// that is none that a record can have.
 void fltStateLength(std::span<std::uint8_t> record);
 
+/// A record as it was read, with what `after` says otherwise than `before`: the record as its class
+/// writes it with what was read, and with other values. Reserved bytes and longer tails stay; a
+/// record that ends before what differs gets as long as `after`.
+std::vector<std::uint8_t> fltPatchedRecord(std::span<const std::uint8_t> read,
+                                           std::span<const std::uint8_t> before,
+                                           std::span<const std::uint8_t> after);
+
 /// Appends the vertex list of `opcode` (plain, morphing or continued) that names `offsets` to
 /// `bytes`: one record, and continuations with what it cannot hold. Pairs stay together.
 void fltAppendVertexList(std::vector<std::uint8_t>& bytes, std::uint16_t opcode,
