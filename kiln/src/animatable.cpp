@@ -230,7 +230,7 @@ AppDataChunk* Animatable::AddAppDataChunk(const Class_ID& cid, SClass_ID sid, DW
         if (held && held->chunk.data == data) kiln::deallocateCounted(held, sizeof *held);
         return nullptr;
     }
-    kiln::noteSceneChanged();
+    kiln::noteSceneChanged(*this);
     return &held->chunk;
 }
 
@@ -256,7 +256,7 @@ bool Animatable::RemoveAppDataChunk(const Class_ID& cid, SClass_ID sid, DWORD su
     } else {
         removeAt(before ? before->next : chunks_);
     }
-    kiln::noteSceneChanged();
+    kiln::noteSceneChanged(*this);
     return true;
 }
 
@@ -279,7 +279,7 @@ void Animatable::NotifyAppDataChanged() noexcept {
         if (history->announced != this) history->noteUnrecorded();
         history->announced = nullptr;
     }
-    kiln::noteSceneChanged();
+    kiln::noteSceneChanged(*this);
 }
 
 void Animatable::ClearAllAppData() noexcept try {

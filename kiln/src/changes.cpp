@@ -1,5 +1,6 @@
 #include "changes.h"
 
+#include <kiln/inode.h>
 #include <kiln/scenewatch.h>
 
 #include "scenehistory.h"
@@ -7,16 +8,39 @@
 /// The watches there are.
 struct SceneWatches {
     static inline SceneWatch* first = nullptr;
-    static inline bool allTold = true;  // as at most of very many changes in a row
+    /// All have been told, and of changes that nothing can be added to, as at most of very many
+    /// changes in a row.
+    static inline bool allTold = true;
 
-    static void tell() noexcept {
+    /// Of this node, or of what no node stands for.
+    static void tell(INode* node) noexcept {
         if (allTold) return;
         allTold = true;
         for (SceneWatch* watch = first; watch; watch = watch->next_) {
-            if (watch->changed_) continue;
-            watch->changed_ = true;
-            watch->told_(watch->param_);
+            add(*watch, node);
+            allTold = allTold && watch->changedOtherwise_;
+            tellOf(*watch);
         }
+    }
+    static void tellOfNothing() noexcept {
+        for (SceneWatch* watch = first; watch; watch = watch->next_) tellOf(*watch);
+    }
+
+private:
+    static void add(SceneWatch& watch, INode* node) noexcept {
+        if (watch.changedOtherwise_) return;
+        std::size_t& count = watch.nodeCount_;
+        if (node && count > 0 && watch.nodes_[count - 1] == node) return;
+        watch.changedOtherwise_ = !node || count == SceneWatch::kMostNodes;
+        if (watch.changedOtherwise_)
+            count = 0;
+        else
+            watch.nodes_[count++] = node;
+    }
+    static void tellOf(SceneWatch& watch) noexcept {
+        if (watch.changed_) return;
+        watch.changed_ = true;
+        watch.told_(watch.param_);
     }
 };
 
@@ -34,7 +58,8 @@ SceneWatch::~SceneWatch() {
 
 bool SceneWatch::Take() noexcept {
     const bool changed = changed_;
-    changed_ = false;
+    changed_ = changedOtherwise_ = false;
+    nodeCount_ = 0;
     SceneWatches::allTold = false;
     return changed;
 }
@@ -45,6 +70,14 @@ namespace {
 
 std::uint64_t changeCount = 0;
 int aside = 0;
+
+/// Of this node, or of what no node stands for.
+void noteChangeOf(INode* node) noexcept {
+    if (aside > 0) return;
+    ++changeCount;
+    if (SceneHistory* const history = SceneHistory::current()) history->noteChange();
+    SceneWatches::tell(node);
+}
 
 }  // namespace
 
@@ -57,23 +90,28 @@ ChangesAside::~ChangesAside() {
 }
 
 void noteSceneChanged() noexcept {
-    if (aside > 0) return;
-    ++changeCount;
-    if (SceneHistory* const history = SceneHistory::current()) history->noteChange();
-    SceneWatches::tell();
+    noteChangeOf(nullptr);
+}
+
+void noteSceneChanged(Animatable& thing) noexcept {
+    noteChangeOf(thing.SuperClassID() == NODE_CLASS_ID ? static_cast<INode*>(&thing) : nullptr);
 }
 
 void noteSceneReplaced() noexcept {
     ++changeCount;
-    SceneWatches::tell();
+    SceneWatches::tell(nullptr);
 }
 
 std::uint64_t sceneChangeCount() noexcept {
     return changeCount;
 }
 
-void noteLookChanged() noexcept {
-    if (aside == 0) SceneWatches::tell();
+void noteLookChanged(INode& node) noexcept {
+    if (aside == 0) SceneWatches::tell(&node);
+}
+
+void noteRedraw() noexcept {
+    if (aside == 0) SceneWatches::tellOfNothing();
 }
 
 }  // namespace kiln

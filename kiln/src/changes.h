@@ -3,16 +3,23 @@
 
 #include <cstdint>
 
+class Animatable;
+class INode;
+
 namespace kiln {
 
 /// Something of the scene has changed: whoever watches it is told.
 void noteSceneChanged() noexcept;
+/// The same, of this one thing alone.
+void noteSceneChanged(Animatable& thing) noexcept;
 /// Another scene is shown now, which has not been changed.
 void noteSceneReplaced() noexcept;
 /// How often either was, in scenes that are read too.
 std::uint64_t sceneChangeCount() noexcept;
-/// The scene looks different, though nothing that is saved has changed.
-void noteLookChanged() noexcept;
+/// The node looks different, though nothing that is saved has changed.
+void noteLookChanged(INode& node) noexcept;
+/// The views are to be drawn anew, of a scene that has not changed.
+void noteRedraw() noexcept;
 
 /// While it lives, what changes is a scene that is not shown: none of these is told.
 class ChangesAside {

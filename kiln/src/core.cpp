@@ -50,13 +50,17 @@ Core* Core::get() noexcept {
     return theCore;
 }
 
-void Core::destroy() {
-    if (!theCore) return;
-    theCore->closeUtility();
-    theCore->newScene();
-    theCore->impl_->fileScenes.clear();
+void Core::close() {
+    closeUtility();
+    newScene();
+    impl_->fileScenes.clear();
     // Modules still see the host while they go.
     unloadModules();
+}
+
+void Core::destroy() {
+    if (!theCore) return;
+    theCore->close();
     delete theCore;
     theCore = nullptr;
 }
@@ -87,7 +91,8 @@ void Core::Impl::rememberFolder(int id, const std::string& path) noexcept {
 }
 
 bool Core::setDirectory(int id, const std::string& path) {
-    if (id < 0 || id >= KILN_DIR_COUNT) return false;
+    const bool isSearched = id >= KILN_SEARCH_DIR && id < KILN_SEARCH_DIR + KILN_SEARCH_DIR_COUNT;
+    if (!isSearched && (id < 0 || id >= KILN_DIR_COUNT)) return false;
     std::string directory = path;
     // A root keeps its separator: without it, it would be another directory.
     while (directory.size() > 1 && (directory.back() == '/' || directory.back() == '\\') &&

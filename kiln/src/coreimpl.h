@@ -3,6 +3,7 @@
 
 #include <kiln/fp.h>
 #include <kiln/host/core.h>
+#include <kiln/searchfolders.h>
 #include <kiln/utility.h>
 
 #include <array>
@@ -80,7 +81,7 @@ struct Core::Impl final : Interface, IUtil, SceneListener {
     HostWindow noWindow;
     HostWindow* window = &noWindow;
     TimeValue time = 0;
-    std::array<std::string, KILN_DIR_COUNT> directories;
+    std::array<std::string, KILN_SEARCH_DIR + KILN_SEARCH_DIR_COUNT> directories;
     ClassDesc* utilityClass = nullptr;
     UtilityObj* utility = nullptr;
 };

@@ -198,7 +198,7 @@ bool Core::Impl::UngroupNode(INode* head) {
 
 void Core::Impl::RedrawViews(TimeValue t, DWORD flags, Animatable* changed) {
     if (isAside) return;
-    noteLookChanged();
+    noteRedraw();
     window->redrawViews(t, flags, changed);
 }
 
@@ -228,7 +228,7 @@ void Core::Impl::PushPrompt(const char* text) {
 }
 
 const char* Core::Impl::GetDir(int id) const {
-    if (id < 0 || id >= KILN_DIR_COUNT) return "";
+    if (id < 0 || static_cast<std::size_t>(id) >= directories.size()) return "";
     return directories[static_cast<std::size_t>(id)].c_str();
 }
 
@@ -244,7 +244,7 @@ void Core::Impl::sceneNotifies(int code, void* parameter) {
 }
 
 void Core::Impl::sceneNodeInvalidated(Node* node) {
-    noteLookChanged();
+    noteLookChanged(*node);
     window->nodeInvalidated(node);
 }
 

@@ -122,11 +122,12 @@ BlockHeader* headerOf(void* block) noexcept {
 }
 
 /// The size of a block with its header, in steps that keep the header aligned; 0 when there is no
-/// such size.
+/// such size. A block of no bytes has a step too: a pointer to the end of the memory would belong
+/// to what lies behind it, and the sanitizer would take the memory for leaked.
 std::size_t wholeSize(std::size_t size) noexcept {
     constexpr std::size_t kStep = sizeof(BlockHeader);
     if (size > kiln::kUnlimited - 2 * kStep) return 0;
-    return (size + kStep - 1) / kStep * kStep + kStep;
+    return (std::max(size, std::size_t{1}) + kStep - 1) / kStep * kStep + kStep;
 }
 
 }  // namespace

@@ -78,12 +78,12 @@ private:
 };
 
 template <typename T>
-void changeReference(const Node& node, T*& member, T* other) {
+void changeReference(Node& node, T*& member, T* other) {
     if (SceneHistory* const history = historyFor(node))
         history->add<ReferenceChange<T>>(0, 0, member, other).turn();
     else
         ReferenceChange<T>(member, other).turn();
-    noteSceneChanged();
+    noteSceneChanged(node);
 }
 
 }  // namespace
@@ -236,13 +236,13 @@ const Matrix3& Node::world() const {
 void Node::SetLocalTM(TimeValue, const Matrix3& tm) {
     if (IsRootNode()) return;
     setLocal(tm);
-    noteSceneChanged();
+    noteSceneChanged(*this);
 }
 
 void Node::SetNodeTM(TimeValue, const Matrix3& tm) {
     if (IsRootNode()) return;
     setWorld(tm);
-    noteSceneChanged();
+    noteSceneChanged(*this);
 }
 
 /// Records the transform before it changes. Throws `std::bad_alloc`.

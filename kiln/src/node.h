@@ -49,16 +49,24 @@ public:
     Texmap* GetTexmap() const override { return texmap_; }
     void SetTexmap(Texmap* map) override;
 
-    void Hide(bool hidden) override { change(hidden_, hidden); }
+    void Hide(bool hidden) override {
+        if (change(hidden_, hidden)) noteSceneChanged();
+    }
     bool IsHidden() const override { return hidden_; }
     bool Selected() const override { return selectionBlock != nullptr; }
     COLORREF GetWireColor() const override { return wireColor_; }
-    void SetWireColor(COLORREF color) override { change(wireColor_, color); }
+    void SetWireColor(COLORREF color) override {
+        if (change(wireColor_, color)) noteSceneChanged(*this);
+    }
 
     bool IsGroupHead() const override { return groupHead_; }
     bool IsGroupMember() const override { return groupMember_; }
-    void SetGroupHead(bool head) override { change(groupHead_, head); }
-    void SetGroupMember(bool member) override { change(groupMember_, member); }
+    void SetGroupHead(bool head) override {
+        if (change(groupHead_, head)) noteSceneChanged();
+    }
+    void SetGroupMember(bool member) override {
+        if (change(groupMember_, member)) noteSceneChanged();
+    }
 
     void InvalidateWS() override;
 
@@ -97,10 +105,10 @@ public:
 
 private:
     template <typename T>
-    void change(T& member, T value) {
-        if (member == value) return;
+    bool change(T& member, T value) {
+        if (member == value) return false;
         changeMember(*this, member, value);
-        noteSceneChanged();
+        return true;
     }
     bool canAdopt(const Node* child) const noexcept;
     void relink(Node* newParent, bool keepPos);

@@ -91,12 +91,7 @@ void Engine::setStop(std::function<bool()> stop) {
 Value runScript(Engine::State& state, std::string_view text, const std::string& file) {
     if (text.size() > state.limits.textBytes) throw Error(file, {}, "this script is too long");
     const Running running(state.running);
-    NodePointer script;
-    try {
-        script = parsed(text, file);
-    } catch (const std::bad_alloc&) {
-        throw Error(file, {}, textOf(TextId::kOutOfMemory));
-    }
+    const NodePointer script = parsed(text, file);
     return Evaluator(state, std::make_shared<const std::string>(file)).run(*script);
 }
 
@@ -104,8 +99,12 @@ Value Engine::run(std::string_view text, const std::string& file) {
     if (state_->running > 0) throw Error(file, {}, textOf(TextId::kScriptRuns));
     state_->steps = 0;
     state_->stack = static_cast<const char*>(__builtin_frame_address(0));
-    const ScriptSteps::Whole whole(state_->script, file.substr(file.find_last_of("/\\") + 1));
-    return runScript(*state_, text, file);
+    try {
+        const ScriptSteps::Whole whole(state_->script, file.substr(file.find_last_of("/\\") + 1));
+        return runScript(*state_, text, file);
+    } catch (const std::bad_alloc&) {
+        throw Error(file, {}, textOf(TextId::kOutOfMemory));
+    }
 }
 
 Value Engine::runFile(const std::string& path) {

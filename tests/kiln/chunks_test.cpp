@@ -1,5 +1,9 @@
 #include "fixture.h"
 
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#endif
+
 namespace {
 
 constexpr Class_ID kOwner(0x6A3C1F07, 0x2E9D0001);
@@ -53,6 +57,15 @@ TEST_F(ChunksTest, FailureLeavesTheBlockWithTheCaller) {
     EXPECT_NE(node->AddAppDataChunk(kOwner, kSuper, 0, 3, block), nullptr);
     EXPECT_EQ(KILN_malloc(SIZE_MAX - 4), nullptr);
 }
+
+#if defined(__SANITIZE_ADDRESS__)
+TEST(HostAllocatorTest, BlocksOfNoBytesAreNoLeaks) {
+    static void* blocks[8];
+    for (void*& block : blocks) block = KILN_malloc(0);
+    EXPECT_EQ(__lsan_do_recoverable_leak_check(), 0);
+    for (void* const block : blocks) KILN_free(block);
+}
+#endif
 
 #ifndef _WIN32
 TEST(HostAllocatorDeathTest, NoticesBlocksThatAreNotItsOwn) {

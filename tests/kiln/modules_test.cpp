@@ -102,8 +102,13 @@ TEST_F(ModulesTest, UtilityOpensAndCloses) {
     EXPECT_EQ(core.openedUtility(), nullptr);
     host.ClearNodeSelection();
     ASSERT_TRUE(core.openUtility(&utilityDescription));
-    kiln::Core::destroy();
+    core.close();
     EXPECT_EQ(theUtility.log, "begin 1 end begin end ");
+    EXPECT_TRUE(kiln::modules().empty());
+    EXPECT_EQ(host.GetRootNode()->NumberOfChildren(), 0);
+    EXPECT_EQ(kiln::Core::get(), &core) << "for windows that still tell it that they go";
+    kiln::Core::destroy();
+    EXPECT_EQ(theUtility.log, "begin 1 end begin end ") << "once";
 }
 
 TEST_F(ModulesTest, DirectoriesLoseTheirLastSeparator) {

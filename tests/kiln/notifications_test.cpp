@@ -184,6 +184,77 @@ TEST_F(NotificationsTest, AWatchHearsOfEveryKindOfChangeOnce) {
     EXPECT_EQ(other.told, 1) << "it never asked, so it was told once";
 }
 
+// So that who shows the scene need not read all of it.
+TEST_F(NotificationsTest, AWatchNamesTheNodesThatHaveChangedInThemselves) {
+    INode* const node = addNode("a");
+    INode* const other = addNode("b");
+    BitmapTex* const map = new BitmapTex;
+    CountingWatch watch;
+    const auto named = [&] {
+        const auto nodes = watch.watch.ChangedNodes();
+        return std::vector<INode*>(nodes.begin(), nodes.end());
+    };
+    for (const NamedChange& change :
+         std::vector<NamedChange>{{"transform",
+                                   [&] {
+                                       node->SetNodeTM(0, TransMatrix({1, 0, 0}));
+                                   }},
+                                  {"local transform",
+                                   [&] {
+                                       node->SetLocalTM(0, TransMatrix({2, 0, 0}));
+                                   }},
+                                  {"object", [&] { node->SetObjectRef(new BoxObject); }},
+                                  {"texture map", [&] { node->SetTexmap(map); }},
+                                  {"wire color", [&] { node->SetWireColor(1); }},
+                                  {"new chunk",
+                                   [&] {
+                                       node->AddAppDataChunk({1, 1}, 1, 1, 0, nullptr);
+                                   }},
+                                  {"chunk in place", [&] { node->NotifyAppDataChanged(); }},
+                                  {"chunk gone",
+                                   [&] {
+                                       node->RemoveAppDataChunk({1, 1}, 1, 1);
+                                   }},
+                                  {"what the host cannot see", [&] { node->InvalidateWS(); }}}) {
+        change.make();
+        EXPECT_THAT(named(), ElementsAre(node)) << change.name;
+        other->SetWireColor(other->GetWireColor() + 1);
+        EXPECT_THAT(named(), ElementsAre(node, other)) << change.name;
+        EXPECT_FALSE(watch.watch.HasChangedOtherwise()) << change.name;
+        watch.watch.Take();
+        EXPECT_TRUE(named().empty()) << change.name;
+    }
+    host.RedrawViews(0);
+    EXPECT_TRUE(named().empty());
+    EXPECT_FALSE(watch.watch.HasChangedOtherwise()) << "drawing anew changes nothing";
+    watch.watch.Take();
+    for (const NamedChange& change : std::vector<NamedChange>{
+             {"visibility", [&] { node->Hide(true); }},
+             {"place", [&] { other->AttachChild(node); }},
+             {"name", [&] { node->SetName("c"); }},
+             {"picture", [&] { map->SetMapName("a.rgb"); }},
+             {"chunk of an object",
+              [&] {
+                  node->GetObjectRef()->AddAppDataChunk({1, 1}, 1, 1, 0, nullptr);
+              }},
+             {"creation", [&] { addNode("c"); }},
+             {"deletion", [&] { host.DeleteNode(node); }},
+             {"too many", [&] {
+                  std::vector<INode*> many;
+                  for (int i = 0; i < 300; ++i) many.push_back(addNode("n"));
+                  watch.watch.Take();
+                  for (INode* const one : many) one->SetWireColor(1);
+              }}}) {
+        other->SetWireColor(other->GetWireColor() + 1);
+        change.make();
+        EXPECT_TRUE(named().empty()) << change.name;
+        EXPECT_TRUE(watch.watch.HasChangedOtherwise()) << change.name;
+        other->SetWireColor(other->GetWireColor() + 1);
+        EXPECT_TRUE(named().empty()) << change.name;
+        watch.watch.Take();
+    }
+}
+
 TEST_F(NotificationsTest, AWatchHearsNothingWhereNothingChanges) {
     INode* const node = addNode("a");
     CountingWatch watch;

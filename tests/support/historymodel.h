@@ -26,6 +26,8 @@ public:
 
 class HistoryModel {
 public:
+    static constexpr int kMostNodes = 40;  // at which no more are made
+
     /// `choose` returns a number below its argument.
     HistoryModel(kiln::Core& core, std::function<unsigned(unsigned)> choose)
         : core_(core), host_(core.hostInterface()), choose_(std::move(choose)) {
@@ -33,6 +35,10 @@ public:
     }
 
     std::size_t changes = 0, undone = 0, rolledBack = 0, outOfMemory = 0;
+
+    /// Further changes for every third one within a scope; what is wrong with one, or an empty
+    /// text.
+    std::function<std::string()> further;
 
     /// Does one thing; what is wrong afterwards, or an empty text.
     std::string step() {
@@ -63,7 +69,6 @@ private:
     struct Step {
         std::string before, after;
     };
-    static constexpr unsigned kMostNodes = 40;
 
     std::size_t position() { return core_.history().doneCount(); }
 
@@ -85,6 +90,7 @@ private:
     }
 
     std::string check(const char* what, const std::string& expected) {
+        if (!wrong_.empty()) return wrong_;
         if (state() != expected)
             return std::string(what) + ": the scene differs\n" + state() + "\ninstead of\n" +
                    expected;
@@ -151,7 +157,7 @@ private:
     std::string outsideOfScopes() {
         const std::size_t at = position();
         const std::string before = state();
-        changeSeveral();
+        changeSeveral(false);
         core_.history().endCommand();
         return made(at, before);
     }
@@ -191,8 +197,13 @@ private:
 
     // ------------------------------------------------------------ changes
 
-    void changeSeveral() {
-        for (unsigned count = 1 + choose_(4); count > 0; --count) changeOne();
+    void changeSeveral(bool inScope = true) {
+        for (unsigned count = 1 + choose_(4); count > 0; --count) {
+            if (!inScope || !further || choose_(3) != 0)
+                changeOne();
+            else if (std::string wrong = further(); wrong_.empty())
+                wrong_ = std::move(wrong);
+        }
     }
 
     INode& anyNode() {
@@ -244,7 +255,7 @@ private:
     }
 
     void create() {
-        if (host_.GetNodeCount() >= static_cast<int>(kMostNodes)) return;
+        if (host_.GetNodeCount() >= kMostNodes) return;
         OwnedPtr<Object> object = anyObject();
         INode* const node = choose_(3) == 0 ? host_.CreateObjectNode(object.get(), anyName())
                                             : host_.CreateObjectNode(object.get());
@@ -423,5 +434,6 @@ private:
     Interface& host_;
     std::function<unsigned(unsigned)> choose_;
     std::vector<Step> steps_;
-    long saved_ = 0;  // how many steps were done when it was saved; -1: that cannot be again
+    std::string wrong_;  // with a further change
+    long saved_ = 0;     // how many steps were done when it was saved; -1: that cannot be again
 };

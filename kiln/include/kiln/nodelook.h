@@ -55,6 +55,17 @@ struct LightPointLook {
     bool changes() const { return period > 0 || turn > 0; }
 };
 
+/// A further picture on a surface, over what lies below it. What becomes of the color below, its
+/// attribute file says.
+struct PictureLayer {
+    /// As `NodeLook::picture`; null leaves the layer out.
+    const char* picture = nullptr;
+    /// u and v for each vertex of the mesh, of which there are `placeCount`; for another number of
+    /// vertices the mesh's own count. Stays the source's, until the next question.
+    const float* places = nullptr;
+    std::size_t placeCount = 0;
+};
+
 /// How one node looks beyond its object and wire color. As constructed: like one of which nobody
 /// knows more.
 struct NodeLook {
@@ -68,16 +79,26 @@ struct NodeLook {
     bool lit = true;           ///< whether lights change its color
     bool vertexColors = true;  ///< whether the mesh's colors, if any, stand for the wire color
     bool vertexNormals = true;
+    /// Of the surface, in place of the node's wire color; nothing for that.
+    std::optional<LightColor> color;
     bool white = false;    ///< neither of them colors it: what is seen is the picture alone
     bool blended = false;  ///< the picture's alpha lets through what lies behind
 
     /// The picture file on the surface as its author wrote it, UTF-8; null for none. Stays the
     /// source's, until `EndLooks`.
     const char* picture = nullptr;
+    /// The layers above the picture, the lowest first: at most `kMostLayers`, of which there are
+    /// `layerCount`. The array stays the source's, until the next question.
+    static constexpr std::size_t kMostLayers = 7;
+    const PictureLayer* layers = nullptr;
+    std::size_t layerCount = 0;
+    /// A picture that shows in between the texels of the one above from close by; null for none.
+    const char* detail = nullptr;
     /// Which of the surfaces in the same place lies upon the others: that of the highest layer.
     int layer = 0;
     SurfaceStyle style = SurfaceStyle::kBothSides;
     SurfaceFacing facing = SurfaceFacing::kFixed;
+    float lineWidth = 1;                ///< of outlines, in pixels
     std::optional<LightColor> outline;  ///< with kSurfaceAndOutline; nothing for the node's color
 
     LightColor specular;  ///< which light is thrown back like by a mirror
@@ -98,6 +119,10 @@ struct ViewRange {
     std::optional<Point3> center;
 };
 
+/// How light points below a node change with time: by their own looks, not at all, or by these, but
+/// each node's beginning at a time of its own.
+enum class LightChange : std::uint8_t { kAsTheySay, kNever, kAtRandom };
+
 /// What one node decides for all that hangs below it. As constructed: nothing.
 struct NodeBranch {
     /// Which of its children are shown: child i by bit i % 32 of word i / 32, beyond the words
@@ -109,7 +134,10 @@ struct NodeBranch {
     std::optional<ViewRange> range;
     float opacity = 1;   ///< by which that of surfaces is multiplied
     bool smooth = true;  ///< false: without the normals of vertices
-    bool byDay = true;   ///< whether it is to be seen by day
+    /// By how much the color of light points is multiplied; 0 leaves them out.
+    float lightStrength = 1;
+    LightChange lightChange = LightChange::kAsTheySay;
+    bool byDay = true;  ///< whether it is to be seen by day
     bool atDusk = true;
     bool atNight = true;
 };
@@ -153,6 +181,12 @@ public:
     virtual bool GetReference(INode* node, NodeReference& reference) noexcept {
         return (void)node, (void)reference, false;
     }
+    /// Until `LeaveReference`, the nodes asked about are those that `node`, a reference, shows: its
+    /// own file may have a say in how they look. The same number, until `EndLooks`, for references
+    /// by which a node looks the same; 0 for how it looks by itself. They may be within one
+    /// another.
+    virtual std::uint32_t EnterReference(INode* node) noexcept { return (void)node, 0; }
+    virtual void LeaveReference() noexcept {}
 };
 
 /// The source to be asked, or null.
