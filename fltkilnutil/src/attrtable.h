@@ -63,6 +63,8 @@ bool readBlocks(INode* node, TableGroup& group, std::uint32_t parameter);
 
 /// Fills the group's value texts from its blocks.
 void printValues(FltAttrGroup& group);
+/// Fills that of one of its rows.
+void printValue(FltAttrGroup& group, FltAttrDesc& row);
 
 /// No and yes, the enumeration of every boolean row.
 extern FltAttrEnum yesNoTable[3];

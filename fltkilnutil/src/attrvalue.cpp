@@ -6,6 +6,7 @@
 #include <quillon/flttext.h>
 
 #include <cstring>
+#include <limits>
 
 namespace fltkilnutil {
 
@@ -125,6 +126,29 @@ void storeField(const FltAttrBlock& block, const FltAttrDesc& descriptor) {
 }  // namespace fltkilnutil
 
 using namespace fltkilnutil;
+
+FltAttrRange fltAttrRange(FltAttrWidth width) noexcept {
+    const auto rangeOf = []<typename Number>(Number) -> FltAttrRange {
+        return {double{std::numeric_limits<Number>::lowest()},
+                double{std::numeric_limits<Number>::max()}};
+    };
+    switch (width) {
+        case FltAttrWidth::Int8:
+            return rangeOf(std::int8_t{});
+        case FltAttrWidth::Uint8:
+            return rangeOf(std::uint8_t{});
+        case FltAttrWidth::Int16:
+            return rangeOf(std::int16_t{});
+        case FltAttrWidth::Uint16:
+            return rangeOf(std::uint16_t{});
+        case FltAttrWidth::Float32:
+            return rangeOf(float{});
+        case FltAttrWidth::Float64:
+            return rangeOf(double{});
+        default:
+            return rangeOf(std::int32_t{});
+    }
+}
 
 std::uint32_t fltAttrGetField(FltAttrBlock block, const FltAttrDesc& descriptor) noexcept {
     if (block.target() != descriptor.target || descriptor.field.address == nullptr) return 0;

@@ -35,6 +35,10 @@ bool readOptions(INode* node, TableGroup& group) {
     return !fltHasOptions(node) || fltGetOptions(node, *group.options);
 }
 
+}  // namespace
+
+namespace fltkilnutil {
+
 void printValue(FltAttrGroup& group, FltAttrDesc& row) {
     NumberText room;
     const std::string_view text = printField(blockOf(group, row), row, room);
@@ -42,17 +46,14 @@ void printValue(FltAttrGroup& group, FltAttrDesc& row) {
     text.copy(row.value.text(), text.size());
 }
 
-}  // namespace
-
-namespace fltkilnutil {
-
 void printValues(FltAttrGroup& group) {
     for (FltAttrDesc* row = group.descriptors; !row->isTerminator(); ++row) printValue(group, *row);
-    showModeParameter(group);
 }
 
 bool readBlocks(INode* node, TableGroup& group, std::uint32_t parameter) {
-    return readRecord(node, group, parameter) && readOptions(node, group);
+    if (!readRecord(node, group, parameter) || !readOptions(node, group)) return false;
+    showModeParameter(group);
+    return true;
 }
 
 }  // namespace fltkilnutil

@@ -17,4 +17,10 @@ std::optional<COLORREF> indexedColor(std::uint32_t index, const FltColorPalette&
     return shadeOf(palette.colors[entry], index & FltColorPalette::kFullIntensity);
 }
 
+std::optional<COLORREF> surfaceColor(const FltPolygonRec& surface, const FltColorPalette& palette) {
+    if (surface.flags & kFltSurfacePackedColors) return colorRefOf(surface.packedPrimaryColor);
+    if (surface.flags & kFltSurfaceNoColor) return std::nullopt;
+    return indexedColor(surface.primaryColorIndex, palette);
+}
+
 }  // namespace fltkilnutil

@@ -5,6 +5,8 @@
 #include <kiln/inode.h>
 #include <quillon/fltcomment.h>
 #include <quillon/fltrecord.h>
+#include <quillon/fltrecordbytes.h>
+#include <quillon/fltrecordrange.h>
 #include <quillon/flttoken.h>
 
 #include <array>
@@ -36,10 +38,10 @@ Chunk kindBlock(INode* node) noexcept {
 /// The length that the record in `chunk` states. The bytes are a user's: a length that goes beyond
 /// them, or is less than a record header, means a damaged chunk.
 std::int32_t recordLength(Chunk chunk) {
-    constexpr std::size_t kHeaderSize = 4;
+    constexpr std::size_t kHeaderSize = FltRecordView::kHeaderSize;
     diagnostics::check(chunk.size() >= kHeaderSize, "kilnflt", 204);
     const std::size_t length =
-        std::to_integer<std::size_t>(chunk[2]) << 8 | std::to_integer<std::size_t>(chunk[3]);
+        fltRecordHead({reinterpret_cast<const std::uint8_t*>(chunk.data()), chunk.size()}).length;
     diagnostics::check(length >= kHeaderSize && length <= chunk.size(), "kilnflt", 207);
     return static_cast<std::int32_t>(length);
 }
@@ -186,6 +188,10 @@ bool fltGetRecord(INode* node, FltRecord& record) noexcept {
 
 bool fltHasRecord(INode* node) noexcept {
     return hasChunk(node, ChunkId::Record);
+}
+
+bool fltRemoveRecord(INode* node) noexcept {
+    return removeChunk(node, ChunkId::Record);
 }
 
 bool fltPutOptions(INode* node, const FltNodeOptions& options) noexcept {

@@ -165,7 +165,6 @@ void takeCorners(INode& node, const VertexOrder& order) {
     }
     if (std::ranges::equal(taken, bytes)) return;
     storeSourceChunk(node, SourceChunk::corners, taken);
-    node.NotifyAppDataChanged();
 }
 
 std::uint32_t PointGrid::findIn(std::uint64_t cell, const Point3& point) const {

@@ -198,7 +198,6 @@ void SourceRecordsEdit::store(std::uint32_t revision) {
     }
     anew.record(chunk_.subspan(done));
     storeSourceChunk(node_, SourceChunk::records, anew.bytes());
-    node_.NotifyAppDataChanged();
 }
 
 bool isVertexList(std::uint16_t opcode) noexcept {

@@ -23,6 +23,13 @@ void markTextureMap(BitmapTex& map, std::int32_t index) {
     storeSourceChunk(map, SourceChunk::records, mark);
 }
 
+std::int32_t markedIndex(const BitmapTex& map) noexcept {
+    const FileBytes mark = sourceChunk(map, SourceChunk::records);
+    std::int32_t index = -1;
+    if (mark.size() >= sizeof index) fltLoadBigEndian(mark.data(), index);
+    return index;
+}
+
 BitmapTex* textureMapOf(Texmap* map) noexcept {
     if (map == nullptr || map->ClassID() != BMTEX_CLASS_ID ||
         sourceChunk(*map, SourceChunk::records).empty())

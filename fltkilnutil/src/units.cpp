@@ -123,36 +123,16 @@ bool scaleVertex(std::vector<std::uint8_t>& bytes, const Scale& to) {
     return true;
 }
 
-/// The bytes that one more vertex takes in the pool.
-std::size_t strideOf(FltLocalVertexPool pool) {
-    const auto lengthWith = [&](std::size_t count) {
-        pool.vertices.resize(count);
-        FltToken token;
-        pool.writeToken(token, 0);
-        return std::size_t{token.length()};
-    };
-    return lengthWith(1) - lengthWith(0);
-}
-
 /// The vertices of a mesh, whose records from `first` to below `last` go on in one another. A
 /// number may stand in two of them.
 bool scalePool(std::vector<std::vector<std::uint8_t>>& records, std::size_t first, std::size_t last,
                const Scale& to) {
-    constexpr std::size_t kHeader = FltRecordView::kHeaderSize, kHead = 8;
+    constexpr std::size_t kHeader = FltRecordView::kHeaderSize;
     std::vector<std::uint8_t> body;
     for (std::size_t i = first; i < last; ++i)
         body.insert(body.end(), records[i].begin() + kHeader, records[i].end());
-    FltLocalVertexPool pool;
-    pool.readBody(body);
-    if ((pool.mask & kFltPoolPosition) == 0 || pool.vertices.empty()) return false;
-    const std::size_t stride = strideOf(pool);
-    for (std::size_t i = 0; i < pool.vertices.size(); ++i) {
-        const FltPoint3d position = to.of(pool.vertices[i].position);
-        std::uint8_t* const place = &body[kHead + i * stride];
-        fltStoreBigEndian(place, position.x);
-        fltStoreBigEndian(place + sizeof(double), position.y);
-        fltStoreBigEndian(place + 2 * sizeof(double), position.z);
-    }
+    if (!fltChangePositions(body, [&](const FltPoint3d& position) { return to.of(position); }))
+        return false;
     auto next = body.begin();
     for (std::size_t i = first; i < last; ++i) {
         const auto size = static_cast<std::ptrdiff_t>(records[i].size() - kHeader);

@@ -145,7 +145,8 @@ Rows lightSourceRows() {
                  bit(254, "", 24, 0x10000000)};
     // Cutoff, dropoff, attenuations; then diffuse, ambient and specular red, green, blue.
     int caption = 255;
-    for (const std::size_t offset : {136, 132, 148, 152, 156, 56, 60, 64, 40, 44, 48, 72, 76, 80}) {
+    for (const std::size_t offset :
+         {136U, 132U, 148U, 152U, 156U, 56U, 60U, 64U, 40U, 44U, 48U, 72U, 76U, 80U}) {
         rows.push_back(inOptions(number(caption++, "", float32, offset)));
     }
     return rows;

@@ -1,5 +1,6 @@
-// Every row of every group, one after the other: what it shows at first, another value, and that no
-// other row changes with it.
+// Every row of every group, one after the other: what it shows at first, another value, that
+// whoever shows the scene is told of it, and that no other row changes with it.
+#include "../support/scenechanges.h"
 #include "attrscene.h"
 
 #include <fltkilnutil/attrtext.h>
@@ -39,6 +40,7 @@ bool isDoubleOverFloat(const FltAttrDesc& row) {
 }
 
 TEST_F(AttrWalk, EachRowChangesItselfAndNothingElse) {
+    SceneChanges changes;
     for (FltAttrGroup* const* g = fltAttrGroups(); *g != nullptr; ++g) {
         FltAttrGroup& group = **g;
         const std::size_t count = fltAttrCount(group);
@@ -52,7 +54,9 @@ TEST_F(AttrWalk, EachRowChangesItselfAndNothingElse) {
             const std::string text = distinctText(row, static_cast<int>(i));
             ASSERT_NE(text, fresh[i]);
             row.value.setText(text.c_str());
+            changes.takeRedraws();
             ASSERT_TRUE(fltAttrStore(node, group));
+            EXPECT_EQ(changes.takeRedraws(), 1) << "a viewport follows at once";
             ASSERT_EQ(fltAttrLoad(kindNode(group.kind), 1580), &group) << "another one in between";
             ASSERT_EQ(values(group), fresh);
 

@@ -83,7 +83,8 @@ Bytes polygon(std::uint16_t opcode, std::uint8_t packed) {
     RecordBytes record(opcode, static_cast<std::uint16_t>(80 + shift));
     for (std::size_t i = 12 + shift; i < 80 + shift; ++i) record.int8(i, 0x11);
     for (std::size_t i = 56 + shift; i < 64 + shift; ++i) record.int8(i, packed);
-    for (const std::size_t i : {24, 49, 50, 51, 52, 53, 54, 55, 66, 67, 76, 77, 78, 79})
+    for (const std::size_t i :
+         {24U, 49U, 50U, 51U, 52U, 53U, 54U, 55U, 66U, 67U, 76U, 77U, 78U, 79U})
         record.int8(i + shift, 0);
     record.int32(44 + shift, 0x93000000);
     return record;
@@ -207,6 +208,45 @@ TEST_F(FieldsTest, MasksHaveNamesByTheirIndex) {
     EXPECT_EQ(attached(node).size(), 4U);
     EXPECT_FALSE(set(node, "FltSwitchMaskName0", std::string(70'000, 'x').c_str()));
     EXPECT_EQ(get(node, "FltSwitchMaskName0"), "whole");
+}
+
+TEST_F(FieldsTest, LayersAreThoseOfTheirRecord) {
+    INode* const face = recordNode(FltNodeKind::Face, polygon(kFltFace, 0));
+    const std::size_t keys = fltFieldKeys(face).size();
+    EXPECT_FALSE(set(face, "FltLayer1Texture", "1"));
+    // Layers 2 and 4, and bytes that nobody knows.
+    RecordBytes layers = RecordBytes(kFltMultiTexture, 28).int32(4, 0x50000000).int16(8, 3);
+    layers.int16(12, 0xFFFF).int16(16, 9).int16(18, 65534).int16(22, 5).int32(24, 0x1234);
+    const Bytes other = RecordBytes(31, 8).text(4, "abc");
+    keep(face, {}, {other, layers});
+    EXPECT_EQ(fltFieldKeys(face).size(), keys + 8);
+    EXPECT_EQ(get(face, "FltLayer2Texture") + get(face, "FltLayer2Mapping"), "3-1");
+    EXPECT_EQ(get(face, "FltLayer4Effect") + " " + get(face, "FltLayer4Data"), "65534 5");
+    EXPECT_EQ(get(face, "FltLayer3Texture"), "none");
+    ASSERT_TRUE(set(face, "FltLayer4Mapping", "258"));
+    ASSERT_TRUE(fltFieldSet(face, "FltLayer2Texture", "-1"));
+    EXPECT_EQ(attached(face), (std::vector<Bytes>{other, layers.int16(20, 258).int16(8, 0xFFFF)}));
+    EXPECT_FALSE(fltFieldSet(face, "FltLayer1Texture", "1"));
+    EXPECT_STREQ(fltFieldKey("fltlayer7data"), "FltLayer7Data");
+    // One that is cut has the layers that it has, and takes nothing else away.
+    keep(face, {}, {RecordBytes(kFltMultiTexture, 18).int32(4, 0x50000000).int16(8, 3)});
+    EXPECT_GE(fltFieldKeys(face).size(), keys);
+    EXPECT_EQ(get(face, "FltTransparency"), "4369");
+}
+
+TEST_F(FieldsTest, ManyNodesAreReadAtOnce) {
+    INode* const face = recordNode(FltNodeKind::Face, polygon(kFltFace, 0));
+    INode* const plain = kindNode(FltNodeKind::Face);
+    INode* const damaged = recordNode(FltNodeKind::Group, {0, 99, 0, 8, 0, 0, 0, 0});
+    INode* const nodes[] = {face, nullptr, plain, damaged, kindNode(FltNodeKind::Group), dummy()};
+    const std::string keys[] = {"FltTexture", "FltGrpLayer", "FltColorRed"};
+    std::string shown;
+    fltFieldsRead(nodes, keys, [&](INode&, std::span<const FltFieldValue> values) {
+        for (const FltFieldValue& value : values)
+            shown += (value.isThere ? value.text + (value.canSet ? "" : "!") : "-") + " ";
+        shown += "| ";
+    });
+    EXPECT_EQ(shown, "4369 - 255 | -1 - 255! | - - - | - 0 - | - - - | ");
 }
 
 }  // namespace

@@ -152,6 +152,13 @@ std::uint32_t fltAttrGetField(FltAttrBlock block, const FltAttrDesc& descriptor)
 void fltAttrSetField(FltAttrBlock block, const FltAttrDesc& descriptor,
                      std::uint32_t value) noexcept;
 
+/// What a field of a width that is no text can hold.
+struct FltAttrRange {
+    double least;
+    double most;
+};
+FltAttrRange fltAttrRange(FltAttrWidth width) noexcept;
+
 /// Finds the first entry whose text is exactly `text`, else the first whose text in the other
 /// language is; `value` is untouched when there is none.
 bool fltAttrEnumValue(const FltAttrEnum* table, std::string_view text,

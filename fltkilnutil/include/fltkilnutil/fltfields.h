@@ -2,14 +2,17 @@
 // names.
 //
 // What faces and meshes look like, what only records of files hold (a group's loop, the significant
-// size of a level of detail) and the names of a switch's masks have rows of the same form as the
-// attributes, in a table beside theirs. No grid shows them, and no key stands in both.
+// size of a level of detail), texture layers above the first and the names of a switch's masks have
+// rows of the same form as the attributes, in a table beside theirs. The attribute grid does not
+// show them, and no key stands in both.
 //
-// One caller at a time, as in `fltattr.h`. No function throws.
+// One caller at a time, as in `fltattr.h`. No function throws but where it says so.
 #pragma once
 
 #include <fltkilnutil/fltattr.h>
 
+#include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,11 +37,29 @@ std::vector<std::string> fltFieldKeys(INode* node) noexcept;
 /// null for none. Names of masks are not among them.
 const char* fltFieldKey(std::string_view key) noexcept;
 
-/// Fills the field's group with the node's values; `parameter` is as for `fltAttrLoad`. False when
-/// the node's data is damaged. A field that cannot be set on this node is not `visible` afterwards.
+/// Fills the field's row with the node's value; `parameter` is as for `fltAttrLoad`. False when the
+/// node's data is damaged. A field that cannot be set on this node is not `visible` afterwards.
 bool fltFieldLoad(INode* node, const FltField& field, std::uint32_t parameter) noexcept;
 
 /// Sets a field that was last loaded from this node to what `text` says, and changes no byte that
 /// does not belong to it. The name of a mask is taken out by an empty text. False, with nothing
 /// changed, where that fails.
 bool fltFieldStore(INode* node, const FltField& field, const char* text) noexcept;
+
+/// Looks a field up, and loads and stores it, for the same edit of many nodes: in less time than
+/// one by one. False, with nothing changed, where one of them fails.
+bool fltFieldSet(INode* node, std::string_view key, const char* text) noexcept;
+
+/// The value of a field of one node.
+struct FltFieldValue {
+    std::string text;
+    bool isThere = false;  ///< the node has the field, and its data can be read; else the rest
+                           ///< means nothing
+    bool canSet = false;
+};
+
+/// Calls `look` for each node, with the values that its fields of those keys have, in the order of
+/// the keys, in less time than loading field by field. Throws what `look` throws, and
+/// `std::bad_alloc`.
+void fltFieldsRead(std::span<INode* const> nodes, std::span<const std::string> keys,
+                   const std::function<void(INode&, std::span<const FltFieldValue>)>& look);

@@ -3,6 +3,7 @@
 
 #include <kiln/platform.h>
 #include <quillon/fltcolorpalette.h>
+#include <quillon/fltpolygon.h>
 
 #include <cstdint>
 #include <optional>
@@ -21,5 +22,9 @@ COLORREF shadeOf(const FltPackedColor& color, std::uint32_t intensity) noexcept;
 /// The color that an index names in the palette. One that is not whole, as in older formats,
 /// counts as none.
 std::optional<COLORREF> indexedColor(std::uint32_t index, const FltColorPalette& palette);
+
+/// The primary color of a face or mesh: its packed one, or the one that it names in the palette by
+/// entry and intensity. None when it has no color, or names one that is not there.
+std::optional<COLORREF> surfaceColor(const FltPolygonRec& surface, const FltColorPalette& palette);
 
 }  // namespace fltkilnutil

@@ -60,6 +60,9 @@ bool fltGetRecord(INode* node, FltRecord& record) noexcept;
 /// Whether the node has a record chunk, readable or not.
 bool fltHasRecord(INode* node) noexcept;
 
+/// Takes the record away from the node; false when there is none.
+bool fltRemoveRecord(INode* node) noexcept;
+
 /// Stores the options block of a node; needs no kind block.
 bool fltPutOptions(INode* node, const FltNodeOptions& options) noexcept;
 

@@ -132,9 +132,9 @@ public:
     /// Adds records behind all others.
     void append(FileBytes added);
 
-    /// Makes the changes and tells the host. A node on which nothing is kept, or what cannot be
-    /// read, then keeps what was set and appended, as of a file of `revision`. Throws
-    /// `std::bad_alloc`, and nothing is changed then.
+    /// Makes the changes and tells the host; without any it does nothing. A node on which nothing
+    /// is kept, or what cannot be read, then keeps what was set and appended, as of a file of
+    /// `revision`. Throws `std::bad_alloc`, and nothing is changed then.
     void store(std::uint32_t revision);
 
 private:

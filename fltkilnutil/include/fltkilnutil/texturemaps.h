@@ -16,6 +16,9 @@ OwnedPtr<BitmapTex> makeTextureMap(const std::string& file, std::int32_t index);
 /// Marks the map as the entry of that index.
 void markTextureMap(BitmapTex& map, std::int32_t index);
 
+/// The index with which it is marked; -1 without a mark.
+std::int32_t markedIndex(const BitmapTex& map) noexcept;
+
 /// The map as one that stands for an entry; null when it does not.
 BitmapTex* textureMapOf(Texmap* map) noexcept;
 

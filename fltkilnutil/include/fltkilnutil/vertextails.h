@@ -31,4 +31,7 @@ FileBytes vertexTailAt(FileBytes bytes) noexcept;
 /// there is none.
 std::optional<std::uint32_t> vertexTailColorIndex(FileBytes tail) noexcept;
 
+/// Gives the vertex of an entry that has such an index another one.
+void setVertexTailColorIndex(std::span<std::uint8_t> tail, std::uint32_t index) noexcept;
+
 }  // namespace fltkilnutil
