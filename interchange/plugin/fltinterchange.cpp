@@ -6,6 +6,7 @@
 #include <interchange/textureattr.h>
 
 #include <kiln/kiln.h>
+#include <xref/xreffunctions.h>
 
 #include <iterator>
 #include <new>
@@ -131,6 +132,8 @@ const interchange::NodeLooks nodeLooks;
 }  // namespace
 
 KILN_PLUGIN_EXPORT const char* LibDescription() {
+    // Keeps the published functions in the module.
+    xref::xrefFunctions();
     return "OpenFlight interchange";
 }
 

@@ -5,13 +5,6 @@
 
 namespace interchange {
 
-std::optional<COLORREF> colorOf(const FltFace& face, const FltColorPalette& palette) {
-    if (face.flags & kFltSurfacePackedColors)
-        return fltkilnutil::colorRefOf(face.packedPrimaryColor);
-    if (face.flags & kFltSurfaceNoColor) return std::nullopt;
-    return indexedColor(face.primaryColorIndex, palette);
-}
-
 std::optional<COLORREF> vertexColor(const FltVertexView& vertex, const FltColorPalette& palette) {
     const std::uint16_t flags = vertex.flags();
     if (!vertex.hasPackedColor() || flags & kFltVertexNoColor) return std::nullopt;

@@ -1,4 +1,4 @@
-// The colors that faces and vertices show.
+// The colors that vertices show.
 #pragma once
 
 #include <fltkilnutil/indexedcolor.h>
@@ -6,7 +6,6 @@
 
 #include <kiln/platform.h>
 #include <quillon/fltcolorpalette.h>
-#include <quillon/fltface.h>
 #include <quillon/fltvertexview.h>
 
 #include <optional>
@@ -16,11 +15,8 @@ namespace interchange {
 
 using fltkilnutil::indexedColor;
 
-/// The face's primary color: its packed one, or the one that it names in the color palette by
-/// entry and intensity. None when the face has no color, or names one that is not there.
-std::optional<COLORREF> colorOf(const FltFace& face, const FltColorPalette& palette);
-
-/// The same for a vertex.
+/// The color of a vertex: its packed one, or the one that it names in the palette. None when it has
+/// no color, or names one that is not there.
 std::optional<COLORREF> vertexColor(const FltVertexView& vertex, const FltColorPalette& palette);
 
 /// Puts that packed color into a vertex record, as far as the record is long enough to hold it.

@@ -5,8 +5,9 @@ namespace {
 
 constexpr float kRadiansPerPixel = 0.008f;
 constexpr float kZoomPerStep = 0.85f;
-constexpr double kMinDistance = 1e-3;
-constexpr double kMaxDistance = 1e9;
+// From a millimetre in kilometres to a thousand kilometres in millimetres, and some room.
+constexpr double kMinDistance = 1e-7;
+constexpr double kMaxDistance = 1e11;
 constexpr double kFrameMargin = 1.06;
 
 struct Direction {
@@ -112,6 +113,20 @@ bool Camera::lookFrom(Vec3d eye, Vec3d target) {
     return true;
 }
 
+bool Camera::setStand(const CameraStand& stand) {
+    const bool isOf = stand.distance >= kMinDistance && stand.distance <= kMaxDistance;
+    if (!isOf || !isFinite(stand.target) || !std::isfinite(stand.yaw) ||
+        !std::isfinite(stand.pitch))
+        return false;
+    view_ = stand.view;
+    target_ = stand.target;
+    distance_ = stand.distance;
+    yaw_ = stand.yaw;
+    pitch_ = std::clamp(stand.pitch, -kMaxPitch, kMaxPitch);
+    update();
+    return true;
+}
+
 // The distance from the target at which every corner is in the picture.
 double Camera::distanceToFit(const Box& box) const {
     double needed = kMinDistance;
@@ -122,7 +137,8 @@ double Camera::distanceToFit(const Box& box) const {
         const double along = std::abs(dot(d, Vec3d(up_))) / heightSlope_;
         needed = std::max(needed, std::max(across, along) + depth);
     }
-    if (needed <= kMinDistance) needed = 10;  // a single point: some room around it
+    // A single point: some room around it.
+    if (length(box.max - box.min) <= kMinDistance) needed = 10;
     return std::clamp(needed * kFrameMargin, kMinDistance, kMaxDistance);
 }
 
@@ -138,6 +154,14 @@ void Camera::centreOn(const Box& box) {
 
 float Camera::unitsPerPixel() const {
     return static_cast<float>(2 * kHalfFieldTangent * distance_ / height_);
+}
+
+Ray Camera::rayAt(float x, float y) const {
+    const double unit = unitsPerPixel();
+    const Vec3d through = target_ + Vec3d(right_) * (double{x - centreX_} * unit) +
+                          Vec3d(up_) * (double{centreY_ - y} * unit);
+    if (isParallel()) return {through, Vec3d(forward_)};
+    return {eye_, normalised(through - eye_)};
 }
 
 float Camera::pixelsPerUnitAt(Vec3d world) const {
@@ -216,6 +240,17 @@ bool Camera::isOutside(Vec3d centre, float radius) const {
     const float height =
         (std::abs(v.y) - v.z * heightSlope_) / std::sqrt(1 + heightSlope_ * heightSlope_);
     return side > radius || height > radius;
+}
+
+bool Camera::isWithinBounds(Vec3d centre, float radius) const {
+    const Vec3d view = toView(centre);
+    for (int bound = 0; bound < kBounds; ++bound) {
+        // The bounds beside the picture are not square to where they are measured.
+        const double slope = kBeside * double{bound <= 2 ? sideSlope_ : heightSlope_};
+        const double lean = bound == 0 || isParallel() ? 1 : std::sqrt(1 + slope * slope);
+        if (roomWithin(bound, view) < lean * double{radius}) return false;
+    }
+    return true;
 }
 
 void Camera::update() {

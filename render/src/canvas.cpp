@@ -1,5 +1,7 @@
 #include <render/canvas.h>
 
+#include <array>
+#include <optional>
 #include <utility>
 
 namespace render {
@@ -228,36 +230,70 @@ std::uint32_t channel(float value) {
     return static_cast<std::uint32_t>(std::min(std::max(0.f, value), 255.f));
 }
 
+/// Opaque.
+std::uint32_t colorOf(Vec3 color) {
+    return kOpaque | channel(color.x) << 16 | channel(color.y) << 8 | channel(color.z);
+}
+
 struct GradientShader {
     static constexpr bool kHasAlpha = false;
     ColorPlanes planes;
 
     void begin(int row, int left, int) { planes.begin(row, left); }
-    std::uint32_t at(int k) const {
-        const Vec3 color = planes.at(k);
-        return kOpaque | channel(color.x) << 16 | channel(color.y) << 8 | channel(color.z);
-    }
+    std::uint32_t at(int k) const { return colorOf(planes.at(k)); }
 };
 
-// Texture coordinates over the distance grow evenly over the screen. They are divided out every few
-// pixels; between these, an even step is close enough.
-// With `kUsed` the texture says how it is used; otherwise it repeats and is multiplied.
-template <bool kAlpha, bool kUsed>
-class TextureShader {
-public:
-    static constexpr bool kHasAlpha = kAlpha;
+/// What becomes of the color below, 0xAARRGGBB both, under a texel.
+std::uint32_t applied(TextureUse::Color how, std::uint32_t texel, std::uint32_t below) {
+    using How = TextureUse::Color;
+    const std::uint32_t alpha = texel >> 24;
+    const auto channelOf = [&](unsigned shift) {
+        const std::uint32_t color = texel >> shift & 0xFF, own = below >> shift & 0xFF;
+        switch (how) {
+            case How::kReplace:
+                return color << shift;
+            case How::kDecal:
+                return (color * alpha + own * (255 - alpha)) / 255 << shift;
+            case How::kAdd:
+                return std::min(color + own, 255U) << shift;
+            case How::kBlend:
+                return own * (255 - color) / 255 << shift;
+            case How::kModulate:
+                break;
+        }
+        return (color * (own + 1) >> 8) << shift;  // one more, so that white leaves a color
+    };
+    // Where a decal lets through, the surface is seen, and no hole.
+    const std::uint32_t seen = how == How::kDecal     ? below >> 24
+                               : how == How::kReplace ? alpha
+                                                      : alpha * ((below >> 24) + 1) >> 8;
+    return seen << 24 | channelOf(16) | channelOf(8) | channelOf(0);
+}
 
-    TextureShader(const PlaneFinder& planes, const TextureCorner (&corners)[3],
-                  const Texture& texture)
+/// How often a texture is there in each direction where another one is once.
+struct Repeats {
+    double u = 1, v = 1;
+};
+
+// The texels of a texture along the rows of a triangle. Texture coordinates over the distance grow
+// evenly over the screen. They are divided out every few pixels; between these, an even step is
+// close enough.
+// With `kUsed` the texture says how it is used; otherwise it repeats.
+template <bool kUsed>
+class Sampler {
+public:
+    /// Of a texture whose coordinates are `repeats` times those of the corners.
+    Sampler(const PlaneFinder& planes, const TextureCorner (&corners)[3], const Texture& texture,
+            Repeats repeats = {})
         : texture_(&texture),
-          colors_(planes, corners[0].color, corners[1].color, corners[2].color),
-          u_(overDistance(planes, corners, &TextureCorner::u)),
-          v_(overDistance(planes, corners, &TextureCorner::v)),
+          u_(overDistance(planes, corners, &TextureCorner::u, repeats.u)),
+          v_(overDistance(planes, corners, &TextureCorner::v, repeats.v)),
           nearness_(planes.through(corners[0].nearness, corners[1].nearness, corners[2].nearness)) {
     }
 
+    const Texture& texture() const { return *texture_; }
+
     void begin(int row, int left, int count) {
-        colors_.begin(row, left);
         x_ = left + 0.5;
         y_ = row + 0.5;
         count_ = count;
@@ -267,45 +303,23 @@ public:
         if (k / kBlock != block_) beginBlock(k / kBlock);
         const int i = k % kBlock;
         const std::int32_t u = startU_ + stepU_ * i, v = startV_ + stepV_ * i;
-        const Vec3 light = colors_.at(k);
-        if constexpr (kUsed) return used(level_.at(u, v, texture_->use()), light);
-        const std::uint32_t texel = level_.at(u, v);
-        const auto lit = [&](unsigned shift, float share) {
-            // One more, so that white leaves a color as it is.
-            return ((texel >> shift & 0xFF) * (channel(share) + 1) >> 8) << shift;
-        };
-        return (texel & kOpaque) | lit(16, light.x) | lit(8, light.y) | lit(0, light.z);
+        if constexpr (kUsed) return level_.at(u, v, texture_->use());
+        return level_.at(u, v);
     }
+    /// Near the pixel asked for last: the square of the texels of the largest level in a pixel.
+    double texels() const { return texels_; }
 
 private:
     static constexpr int kBlock = 16;
-
-    std::uint32_t used(std::uint32_t texel, Vec3 light) const {
-        using How = TextureUse::Color;
-        const How how = texture_->use().color;
-        const auto channelOf = [&](unsigned shift, float own) {
-            const std::uint32_t color = texel >> shift & 0xFF, below = channel(own);
-            const std::uint32_t alpha = texel >> 24;
-            const std::uint32_t mixed = how == How::kReplace ? color
-                                        : how == How::kDecal
-                                            ? (color * alpha + below * (255 - alpha)) / 255
-                                        : how == How::kAdd ? std::min(color + below, 255U)
-                                                           : color * (below + 1) >> 8;
-            return mixed << shift;
-        };
-        // Where a decal lets through, the surface is seen, and no hole.
-        return (how == How::kDecal ? kOpaque : texel & kOpaque) | channelOf(16, light.x) |
-               channelOf(8, light.y) | channelOf(0, light.z);
-    }
 
     struct Place {
         double u, v, nearness;
     };
 
     static ScreenPlane overDistance(const PlaneFinder& planes, const TextureCorner (&corners)[3],
-                                    float TextureCorner::*coordinate) {
+                                    float TextureCorner::*coordinate, double repeats) {
         const auto value = [&](const TextureCorner& corner) {
-            return double{corner.*coordinate} * double{corner.nearness};
+            return double{corner.*coordinate} * double{corner.nearness} * repeats;
         };
         return planes.through(value(corners[0]), value(corners[1]), value(corners[2]));
     }
@@ -334,7 +348,7 @@ private:
     }
 
     /// The level of which a pixel covers about one texel.
-    int levelFor(const Place& place) const {
+    int levelFor(const Place& place) {
         const Texture::Level largest = texture_->level(0);
         const double width = 1 << largest.widthBits, height = 1 << largest.heightBits;
         const auto squared = [&](double ofU, double ofV, double ofNearness) {
@@ -345,9 +359,9 @@ private:
         const double across = squared(u_.perX, v_.perX, nearness_.perX);
         const double along = squared(u_.perY, v_.perY, nearness_.perY);
         // Of a surface seen at a slant, between what would blur one way and flicker the other.
-        const double texels = std::max(across, along) * 0.6 + std::min(across, along) * 0.4;
-        if (!(texels > 1)) return 0;
-        return std::clamp(std::ilogb(texels) / 2, 0, texture_->levels() - 1);
+        texels_ = std::max(across, along) * 0.6 + std::min(across, along) * 0.4;
+        if (!(texels_ > 1)) return 0;
+        return std::clamp(std::ilogb(texels_) / 2, 0, texture_->levels() - 1);
     }
 
     /// In a range that a block's steps cannot leave.
@@ -357,12 +371,119 @@ private:
     }
 
     const Texture* texture_;
-    ColorPlanes colors_;
     ScreenPlane u_, v_, nearness_;
     Texture::Level level_{};
-    double x_ = 0, y_ = 0;
+    double x_ = 0, y_ = 0, texels_ = 0;
     int count_ = 0, block_ = -1;
     std::int32_t startU_ = 0, startV_ = 0, stepU_ = 0, stepV_ = 0;
+};
+
+// With `kUsed` the texture says how it is used; otherwise it repeats and is multiplied.
+template <bool kAlpha, bool kUsed>
+class TextureShader {
+public:
+    static constexpr bool kHasAlpha = kAlpha;
+
+    TextureShader(const PlaneFinder& planes, const TextureCorner (&corners)[3],
+                  const Texture& texture)
+        : sampler_(planes, corners, texture),
+          colors_(planes, corners[0].color, corners[1].color, corners[2].color) {}
+
+    void begin(int row, int left, int count) {
+        colors_.begin(row, left);
+        sampler_.begin(row, left, count);
+    }
+    std::uint32_t at(int k) {
+        const std::uint32_t texel = sampler_.at(k);
+        const Vec3 light = colors_.at(k);
+        if constexpr (kUsed) {
+            const TextureUse::Color how = sampler_.texture().use().color;
+            return applied(how == TextureUse::Color::kBlend ? TextureUse::Color::kModulate : how,
+                           texel, colorOf(light));
+        }
+        const auto lit = [&](unsigned shift, float share) {
+            // One more, so that white leaves a color as it is.
+            return ((texel >> shift & 0xFF) * (channel(share) + 1) >> 8) << shift;
+        };
+        return (texel & kOpaque) | lit(16, light.x) | lit(8, light.y) | lit(0, light.z);
+    }
+
+private:
+    Sampler<kUsed> sampler_;
+    ColorPlanes colors_;
+};
+
+// The texture, what shows in between its texels, and then each layer over what lies below it.
+class LayerShader {
+public:
+    static constexpr bool kHasAlpha = true;
+
+    LayerShader(const PlaneFinder& planes, const TextureCorner (&corners)[3],
+                const Texture* texture, std::span<const CornerLayer> layers, const Texture* detail)
+        : colors_(planes, corners[0].color, corners[1].color, corners[2].color) {
+        if (texture) texture_.emplace(planes, corners, *texture);
+        if (texture && detail)
+            detail_.emplace(planes, corners, *detail, repeatsOf(*texture, *detail));
+        for (const CornerLayer& layer : layers.first(std::min(layers.size(), layers_.size()))) {
+            TextureCorner own[3] = {corners[0], corners[1], corners[2]};
+            for (int i = 0; i < 3; ++i) own[i].u = layer.u[i], own[i].v = layer.v[i];
+            layers_[count_++].emplace(planes, own, *layer.texture);
+        }
+    }
+
+    void begin(int row, int left, int count) {
+        colors_.begin(row, left);
+        if (texture_) texture_->begin(row, left, count);
+        if (detail_) detail_->begin(row, left, count);
+        for (std::size_t i = 0; i < count_; ++i) layers_[i]->begin(row, left, count);
+    }
+    std::uint32_t at(int k) {
+        std::uint32_t color = colorOf(colors_.at(k));
+        if (texture_) {
+            std::uint32_t texel = texture_->at(k);
+            if (detail_) texel = detailed(texel, k);
+            const How how = texture_->texture().use().color;
+            color = applied(how == How::kBlend ? How::kModulate : how, texel, color);
+        }
+        for (std::size_t i = 0; i < count_; ++i)
+            color = applied(layers_[i]->texture().use().color, layers_[i]->at(k), color);
+        return color;
+    }
+
+private:
+    using How = TextureUse::Color;
+    using UsedSampler = Sampler<true>;
+
+    /// A texel of the one is as large as 16 of the other.
+    static constexpr int kDetailBits = 4;
+
+    static Repeats repeatsOf(const Texture& texture, const Texture& detail) {
+        const Texture::Level one = texture.level(0), other = detail.level(0);
+        return {std::ldexp(1., one.widthBits + kDetailBits - other.widthBits),
+                std::ldexp(1., one.heightBits + kDetailBits - other.heightBits)};
+    }
+
+    /// Middle grey leaves a texel as it is. Nothing shows until a texel is larger than a pixel, and
+    /// all of it once a texel of the detail is.
+    std::uint32_t detailed(std::uint32_t texel, int k) {
+        const double texels = texture_->texels();
+        if (!(texels < 1)) return texel;
+        const double larger = std::log2(std::max(texels, 1e-9)) / -2;
+        const auto share = static_cast<int>(std::min(larger / kDetailBits, 1.) * 256);
+        const std::uint32_t own = detail_->at(k);
+        const auto channelOf = [&](unsigned shift) {
+            const int color = static_cast<int>(texel >> shift & 0xFF);
+            const int difference = 2 * static_cast<int>(own >> shift & 0xFF) - 255;
+            const int changed = color + color * difference / 255 * share / 256;
+            return static_cast<std::uint32_t>(std::clamp(changed, 0, 255)) << shift;
+        };
+        return (texel & kOpaque) | channelOf(16) | channelOf(8) | channelOf(0);
+    }
+
+    ColorPlanes colors_;
+    std::optional<UsedSampler> texture_, detail_;
+    std::array<std::optional<UsedSampler>, TextureLayers::kMost> layers_;
+    std::size_t count_ = 0;
 };
 
 }  // namespace
@@ -405,6 +526,19 @@ void CanvasRows::textured(const TextureCorner (&corners)[3], const Texture& text
     } else {
         shade<false>(a, b, c, fill, TextureShader<false, false>(planes, corners, texture));
     }
+}
+
+void CanvasRows::layered(const TextureCorner (&corners)[3], const Texture* texture,
+                         std::span<const CornerLayer> layers, const Texture* detail, bool blended,
+                         const Fill& fill) {
+    const ScreenPoint &a = corners[0].place, &b = corners[1].place, &c = corners[2].place;
+    const PlaneFinder planes(a, b, c);
+    if (planes.isFlat()) return;
+    LayerShader shader(planes, corners, texture, layers, detail);
+    if (blended || fill.opacity < 1)
+        shade<true>(a, b, c, fill, std::move(shader));
+    else
+        shade<false>(a, b, c, fill, std::move(shader));
 }
 
 inline void CanvasRows::plot(int x, int y, float depth, const Paint& paint, float coverage) {

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cmath>
+#include <utility>
 
 namespace render {
 namespace {
@@ -115,11 +116,15 @@ std::size_t Painter::drawItem(const Appearance& appearance, ItemIndex number, bo
         return 1;
     }
     transform(item, surface);
+    isWhole_ = camera_->isWithinBounds(centre_, radius_);
     const bool wire = options_->mode == DrawMode::kWireframe;
     const bool edges = options_->mode == DrawMode::kShadedEdges;
     const bool filled = !wire && surface.style != DrawStyle::kOutline;
     const Color own = scene_->triangles()[item.firstTriangle].color;
     if (filled) fillSurface(item, surface, index);
+    const bool isOutline =
+        surface.style == DrawStyle::kOutline || surface.style == DrawStyle::kSurfaceAndOutline;
+    lineWidth_ = isOutline && !wire && !isOutlined ? surface.lineWidth : 1;
     if (isOutlined && (wire || edges))
         drawEdges(item, {kSelected, 1, index, kEdgeBias * 2, true}, false);
     else if (!filled)
@@ -129,6 +134,7 @@ std::size_t Painter::drawItem(const Appearance& appearance, ItemIndex number, bo
     else if (edges)
         drawFadedEdges(item, surface, index);
     bias_ = 0;
+    lineWidth_ = 1;
     return wire ? item.triangleCount : drawn_;
 }
 
@@ -182,6 +188,7 @@ void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex in
     const Finish* finishes = item.hasFinish ? scene.finishes().data() + item.firstFinish : nullptr;
     const TexturePlace* places =
         item.isTextured ? scene.texturePlaces().data() + item.firstTexturePlace : nullptr;
+    const std::size_t eachPlaces = item.placesOfTriangle();
     const Triangle* triangles = scene.triangles().data() + item.firstTriangle;
     const float nearDistance = camera_->nearDistance();
     const Vec3 shining = surface.emissive * 255.f;
@@ -206,13 +213,14 @@ void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex in
         const float side = isBack ? -1.f : 1.f;
         const Vec3 color = channelsOf(triangle.color);
         fill.plane = planeOf(faceNormal, fromEye);
-        if (isFlat && inFront == 3) {
+        if (isFlat && isWhole_) {
             const Vec3 light = lighting_.at(local[corner[0]], faceNormal * side, surface);
             fill.plane.enclose(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]]);
             rows_.triangle(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]],
                            colorOf(product(color, light) + shining), fill);
             continue;
         }
+        if (places) places_ = places + eachPlaces * t;
         Corner corners[3];
         for (unsigned i = 0; i < 3; ++i) {
             const Finish finish = finishes ? finishes[corner[i]] : Finish{};
@@ -223,15 +231,18 @@ void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex in
             corners[i] = {
                 view_[corner[i]],
                 product(finish.colored ? channelsOf(finish.color) : color, light) + shining,
-                places ? places[3 * t + i] : TexturePlace{}};
+                places ? places[eachPlaces * t + i] : TexturePlace{},
+                {}};
+            corners[i].shares = {i == 0 ? 1.f : 0.f, i == 1 ? 1.f : 0.f, i == 2 ? 1.f : 0.f};
             if (glints)
                 corners[i].color =
                     corners[i].color + lighting_.glintAt(local[corner[i]], normal, surface) * 255.f;
         }
-        if (inFront == 3)
+        if (isWhole_)
             fillTriangle(corners, surface, fill);
         else
-            fillClipped(corners, surface, fill);
+            fillClipped(corners, {local[corner[0]], local[corner[1]], local[corner[2]]}, surface,
+                        fill);
     }
 }
 
@@ -240,35 +251,71 @@ void Painter::fillTriangle(const Corner (&corners)[3], const Surface& surface, F
                                screenOf(corners[2].view)};
     fill.plane.enclose(at[0], at[1], at[2]);
     const Vec3 colors[3] = {corners[0].color, corners[1].color, corners[2].color};
-    if (!surface.texture) return rows_.gradient(at[0], at[1], at[2], colors, fill);
+    if (!surface.texture && surface.layers == 0)
+        return rows_.gradient(at[0], at[1], at[2], colors, fill);
     TextureCorner textured[3];
     for (int i = 0; i < 3; ++i)
         textured[i] = {at[i], camera_->isParallel() ? 1 : 1 / corners[i].view.z,
                        corners[i].texture.u, corners[i].texture.v, colors[i]};
-    rows_.textured(textured, *surface.texture, surface.blended, fill);
-}
-
-// Cuts a triangle off at the near plane: three or four corners are left, or none.
-int Painter::clipNear(const Corner (&corners)[3], float nearDistance, Corner (&out)[4]) {
-    int count = 0;
-    for (int i = 0; i < 3; ++i) {
-        const Corner &a = corners[i], &b = corners[(i + 1) % 3];
-        const bool aInside = a.view.z >= nearDistance, bInside = b.view.z >= nearDistance;
-        if (aInside) out[count++] = a;
-        if (aInside == bInside) continue;
-        const float share = (nearDistance - a.view.z) / (b.view.z - a.view.z);
-        out[count++] = {a.view + (b.view - a.view) * share,
-                        a.color + (b.color - a.color) * share,
-                        {a.texture.u + (b.texture.u - a.texture.u) * share,
-                         a.texture.v + (b.texture.v - a.texture.v) * share}};
+    if (surface.layers == 0)
+        return rows_.textured(textured, *surface.texture, surface.blended, fill);
+    const TextureLayers& layers = scene_->layersOf(surface);
+    CornerLayer over[TextureLayers::kMost];
+    for (std::size_t layer = 0; layer < layers.count; ++layer) {
+        const TexturePlace* const of = places_ + 3 * (layer + 1);
+        over[layer].texture = layers.textures[layer];
+        for (int i = 0; i < 3; ++i) {
+            over[layer].u[i] = dot(corners[i].shares, {of[0].u, of[1].u, of[2].u});
+            over[layer].v[i] = dot(corners[i].shares, {of[0].v, of[1].v, of[2].v});
+        }
     }
-    return count;
+    rows_.layered(textured, surface.texture, std::span(over, layers.count), layers.detail,
+                  surface.blended, fill);
 }
 
-void Painter::fillClipped(const Corner (&corners)[3], const Surface& surface, Fill& fill) {
-    Corner kept[4];
-    const int count = clipNear(corners, camera_->nearDistance(), kept);
-    for (int i = 2; i < count; ++i) fillTriangle({kept[0], kept[i - 1], kept[i]}, surface, fill);
+Painter::Corner Painter::between(const Corner& a, const Corner& b, float share) {
+    return {a.view + (b.view - a.view) * share,
+            a.color + (b.color - a.color) * share,
+            {a.texture.u + (b.texture.u - a.texture.u) * share,
+             a.texture.v + (b.texture.v - a.texture.v) * share},
+            a.shares + (b.shares - a.shares) * share};
+}
+
+// Cuts a triangle off at the camera's bounds: up to eight corners are left, or none. What reaches
+// from before the eye to the horizon takes more than single precision.
+// `points` are the corners relative to the item's origin.
+void Painter::fillClipped(const Corner (&corners)[3], const Vec3 (&points)[3],
+                          const Surface& surface, Fill& fill) {
+    constexpr std::size_t kMost = 16;  // rounding may make a few more than the eight
+    struct Kept {
+        Vec3d view;
+        Corner corner;
+    };
+    const Vec3d right = camera_->right(), up = camera_->up(), forward = camera_->forward();
+    const Vec3d origin = origin_ - camera_->eye();
+    std::array<Kept, kMost> kept, former;
+    std::size_t count = 3;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const Vec3d fromEye = origin + Vec3d(points[i]);
+        kept[i] = {{dot(fromEye, right), dot(fromEye, up), dot(fromEye, forward)}, corners[i]};
+    }
+    for (int bound = 0; bound < Camera::kBounds; ++bound) {
+        former = kept;
+        const std::size_t before = std::exchange(count, 0);
+        for (std::size_t i = 0; i < before && count + 2 <= kMost; ++i) {
+            const Kept &a = former[i], &b = former[(i + 1) % before];
+            const double roomA = camera_->roomWithin(bound, a.view);
+            const double roomB = camera_->roomWithin(bound, b.view);
+            if (roomA >= 0) kept[count++] = a;
+            if ((roomA >= 0) == (roomB >= 0)) continue;
+            const double share = roomA / (roomA - roomB);
+            kept[count++] = {a.view + (b.view - a.view) * share,
+                             between(a.corner, b.corner, static_cast<float>(share))};
+        }
+    }
+    for (std::size_t i = 0; i < count; ++i) kept[i].corner.view = toFloat(kept[i].view);
+    for (std::size_t i = 2; i < count; ++i)
+        fillTriangle({kept[0].corner, kept[i - 1].corner, kept[i].corner}, surface, fill);
 }
 
 // The edges of what is only a few pixels large would leave nothing of its color.
@@ -298,7 +345,7 @@ void Painter::drawEdges(const Item& item, const Paint& paint, bool frontOnly) {
             const std::uint32_t a = triangle[i].vertex[edge] - item.firstVertex;
             const std::uint32_t b = triangle[i].vertex[(edge + 1) % 3] - item.firstVertex;
             if (isInPicture(a) && isInPicture(b))
-                rows_.line(screen_[a], screen_[b], paint);
+                screenLine(screen_[a], screen_[b], paint);
             else
                 viewLine(view_[a], view_[b], paint);
         }
@@ -306,7 +353,22 @@ void Painter::drawEdges(const Item& item, const Paint& paint, bool frontOnly) {
 }
 
 void Painter::viewLine(Vec3 a, Vec3 b, const Paint& paint) {
-    if (camera_->clipToPicture(a, b)) rows_.line(screenOf(a), screenOf(b), paint);
+    if (camera_->clipToPicture(a, b)) screenLine(screenOf(a), screenOf(b), paint);
+}
+
+// A wide one is several beside one another.
+void Painter::screenLine(ScreenPoint a, ScreenPoint b, const Paint& paint) {
+    if (lineWidth_ == 1) return rows_.line(a, b, paint);
+    const bool steep = std::abs(b.y - a.y) > std::abs(b.x - a.x);
+    float ScreenPoint::*const across = steep ? &ScreenPoint::x : &ScreenPoint::y;
+    const float shift = static_cast<float>(lineWidth_ - 1) / 2;
+    a.*across -= shift;
+    b.*across -= shift;
+    for (int i = 0; i < lineWidth_; ++i) {
+        rows_.line(a, b, paint);
+        a.*across += 1;
+        b.*across += 1;
+    }
 }
 
 void Painter::worldLine(Vec3d a, Vec3d b, const Paint& paint) {

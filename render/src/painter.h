@@ -48,6 +48,7 @@ private:
         Vec3 view;
         Vec3 color;  ///< red, green and blue, 0 to 255
         TexturePlace texture;
+        Vec3 shares;  ///< on a surface with layers: of the corners of the triangle before clipping
     };
 
     /// How an item is turned to the eye: what was `from` becomes `to`, three directions each.
@@ -77,12 +78,14 @@ private:
         return camera_->isParallel() ? camera_->forward() : toFloat(fromEye);
     }
     void fillTriangle(const Corner (&corners)[3], const Surface& surface, Fill& fill);
-    void fillClipped(const Corner (&corners)[3], const Surface& surface, Fill& fill);
-    static int clipNear(const Corner (&corners)[3], float nearDistance, Corner (&out)[4]);
+    static Corner between(const Corner& a, const Corner& b, float share);
+    void fillClipped(const Corner (&corners)[3], const Vec3 (&points)[3], const Surface& surface,
+                     Fill& fill);
     void drawEdges(const Item& item, const Paint& paint, bool frontOnly);
     void drawFadedEdges(const Item& item, const Surface& surface, ItemIndex index);
     void worldLine(Vec3d a, Vec3d b, const Paint& paint);
     void viewLine(Vec3 a, Vec3 b, const Paint& paint);
+    void screenLine(ScreenPoint a, ScreenPoint b, const Paint& paint);
 
     // Of the frame being drawn.
     const Camera* camera_ = nullptr;
@@ -100,9 +103,12 @@ private:
     std::vector<Vec3> view_;           // in view space
     std::vector<ScreenPoint> screen_;  // and on the screen, where in front of the eye
     std::vector<std::uint8_t> back_;   // by triangle: not filled, as it is seen from behind
+    bool isWhole_ = false;             // within the camera's bounds
     Turn turn_;
+    const TexturePlace* places_ = nullptr;  // of the corners of the triangle, and of its layers
     bool isTurned_ = false;
-    float bias_ = 0;  // of its layer, as a share of the depth
+    float bias_ = 0;     // of its layer, as a share of the depth
+    int lineWidth_ = 1;  // pixels
     std::size_t drawn_ = 0;
 };
 

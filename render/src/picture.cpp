@@ -132,6 +132,31 @@ private:
 
 }  // namespace
 
+std::string encodedSgi(const Picture& picture, int channels) {
+    const auto width = static_cast<unsigned>(picture.width),
+               height = static_cast<unsigned>(picture.height),
+               planes = static_cast<unsigned>(channels);
+    std::string bytes(kHeader, '\0');
+    const auto put = [&](std::size_t at, unsigned value) {
+        bytes[at] = static_cast<char>(value >> 8);
+        bytes[at + 1] = static_cast<char>(value);
+    };
+    constexpr unsigned kPlainBytes = 1, kBrightest = 255;
+    put(0, kMagic);
+    put(2, kPlainBytes);
+    put(4, planes == 1 ? 2 : 3);
+    put(6, width);
+    put(8, height);
+    put(10, planes);
+    put(18, kBrightest);
+    for (unsigned channel = 0; channel < planes; ++channel) {
+        const bool isAlpha = channel == 3 || (planes == 2 && channel == 1);
+        const unsigned shift = isAlpha ? 24 : 16 - 8 * channel;
+        for (const std::uint32_t texel : picture.texels) bytes += static_cast<char>(texel >> shift);
+    }
+    return bytes;
+}
+
 Picture readSgiPicture(std::span<const std::uint8_t> bytes) {
     return SgiReader(bytes).read();
 }

@@ -11,7 +11,10 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <memory>
+#include <set>
 #include <span>
+#include <string>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -88,8 +91,14 @@ void aim(Camera& camera, const Box& scene, const script::Arguments& arguments) {
         throw script::Failure("the eye is at the target, or beyond all measure");
 }
 
+/// What was missing in the pictures of a scene: said once of each scene.
+struct Said {
+    const INode* scene = nullptr;
+    std::set<std::string> sentences;
+};
+
 script::Value drawPicture(script::Engine& engine, const script::Arguments& arguments,
-                          const std::string& path) {
+                          const std::string& path, Said& said) {
     kiln::Core* const core = kiln::Core::get();
     if (!core) throw script::Failure("there is no scene");
     const int width = sideOf(arguments, kWidth, 1280), height = sideOf(arguments, kHeight, 800);
@@ -107,7 +116,10 @@ script::Value drawPicture(script::Engine& engine, const script::Arguments& argum
     SceneFeed feed;
     feed.build(core->hostInterface());
     feed.readFiles(core->hostInterface(), [](const std::string&) { return true; });
-    for (const std::string& failure : feed.takeFailures()) engine.print("-- " + failure);
+    if (const INode* const root = core->hostInterface().GetRootNode(); root != said.scene)
+        said = {root, {}};
+    for (const std::string& failure : feed.takeFailures())
+        if (said.sentences.insert(failure).second) engine.print("-- " + failure);
     Camera camera;
     Canvas canvas;
     Renderer renderer;
@@ -151,9 +163,11 @@ void addPictureVerb(script::Engine& engine,
         if (path.empty()) throw script::Failure("a picture needs a name");
         return placed ? placed(path) : path;
     };
-    engine.addVerb("picture", kParameters, [&engine, target](const script::Arguments& arguments) {
-        return drawPicture(engine, arguments, target(arguments.text(kPath)));
-    });
+    engine.addVerb(
+        "picture", kParameters,
+        [&engine, target, said = std::make_shared<Said>()](const script::Arguments& arguments) {
+            return drawPicture(engine, arguments, target(arguments.text(kPath)), *said);
+        });
     engine.addVerb("thumbnail", "file path side?", [target](const script::Arguments& arguments) {
         return drawThumbnail(arguments, target(arguments.text(1)));
     });

@@ -1,10 +1,10 @@
 #include "texts.h"
 
+#include <base/filefinder.h>
 #include <base/paths.h>
 #include <kiln/host/core.h>
 #include <kiln/subtree.h>
 #include <render/references.h>
-#include <render/texturestore.h>
 
 #include <filesystem>
 #include <string_view>
@@ -30,15 +30,20 @@ void References::begin() {
     asked_.clear();
     const kiln::Core* const core = kiln::Core::get();
     const std::uint64_t changes = core ? core->fileSceneChanges() : 0;
-    if (changes != changes_) parts_.clear();
+    // What files name is looked for again when one has been read, what the scene names each time.
+    const bool isAnew = changes != changes_;
+    if (isAnew) parts_.clear();
+    std::erase_if(missing_, [&](const auto& one) { return isAnew || one.first.empty(); });
     changes_ = changes;
+    if (folderChanges_ != files_.folderChanges()) found_.clear();
+    folderChanges_ = files_.folderChanges();
 }
 
 /// One that is not there is looked for again when another folder is known.
 References::File& References::fileOf(const std::string& folder, const std::string& name) {
     File& file = found_[{folder, name}];
-    if (file.path.empty() && file.foldersTried <= files_.folderCount()) {
-        file.foldersTried = files_.folderCount() + 1;
+    if (file.path.empty() && file.tried != files_.folderChanges() + 1) {
+        file.tried = files_.folderChanges() + 1;
         if (auto path = files_.locate(name, folder)) {
             const std::filesystem::path exact =
                 std::filesystem::absolute(base::pathFrom(*path)).lexically_normal();
@@ -66,7 +71,7 @@ References::Target References::find(const std::string& folder, const NodeReferen
     target.isMissing = true;
     const File& file = fileOf(folder, reference.file);
     if (file.path.empty()) {
-        fail(textOf(TextId::kNoSuchFile, {reference.file}));
+        fail(folder, textOf(TextId::kNoSuchFile, {reference.file}));
         return target;
     }
     const kiln::FileScene* const scene = core->fileScene(file.path);
@@ -76,19 +81,25 @@ References::Target References::find(const std::string& folder, const NodeReferen
         return target;
     }
     if (!scene->root) {
-        fail(textOf(TextId::kFileFailed, {reference.file, scene->result.message}));
+        fail(folder, textOf(TextId::kFileFailed, {reference.file, scene->result.message}));
         return target;
     }
     target.folder = &file.folder;
     target.node = reference.part ? partOf(scene->root, reference.part) : scene->root;
     target.isMissing = !target.node;
-    if (target.isMissing) fail(textOf(TextId::kNoSuchPart, {reference.file, reference.part}));
+    if (target.isMissing)
+        fail(folder, textOf(TextId::kNoSuchPart, {reference.file, reference.part}));
     return target;
 }
 
 std::size_t References::nodesRead() {
     const kiln::Core* const core = kiln::Core::get();
     return core ? core->fileSceneNodes() : 0;
+}
+
+bool References::isCurrent() const {
+    const kiln::Core* const core = kiln::Core::get();
+    return !core || core->fileSceneChanges() == changes_;
 }
 
 bool References::read(const std::string& path) {
@@ -104,7 +115,7 @@ bool References::noticeChanges() {
     for (const auto& [path, time] : times_) anyChanged = anyChanged || timeOf(path) != time;
     for (auto& [key, file] : found_) {
         if (!file.path.empty()) continue;
-        file.foldersTried = 0;
+        file.tried = 0;
         anyChanged = anyChanged || files_.locate(key.second, key.first);
     }
     kiln::Core* const core = kiln::Core::get();
@@ -113,8 +124,15 @@ bool References::noticeChanges() {
     return anyChanged;
 }
 
-void References::fail(std::string sentence) {
+void References::fail(const std::string& folder, std::string sentence) {
+    if (missing_.size() < kMostFailures) missing_.emplace(folder, sentence);
     if (said_.size() < kMostFailures) said_.try_emplace(std::move(sentence), false);
+}
+
+std::vector<std::string> References::missing() const {
+    std::vector<std::string> sentences;
+    for (const auto& [folder, sentence] : missing_) sentences.push_back(sentence);
+    return sentences;
 }
 
 std::vector<std::string> References::takeFailures() {
@@ -127,6 +145,7 @@ std::vector<std::string> References::takeFailures() {
 void References::clear() {
     found_.clear();
     parts_.clear();
+    missing_.clear();
     unread_.clear();
     asked_.clear();
     times_.clear();

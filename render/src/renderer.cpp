@@ -226,7 +226,7 @@ void Renderer::Frame::add(std::uint32_t which, ItemIndex index, Vec3d centre, fl
     const Appearance& appearance = appearances[which];
     const Item& item = appearance.model->items()[index];
     const float lowest = static_cast<float>(canvas->height());
-    const float margin = 2 + options->pixelScale;  // of lines
+    const float margin = 2 + options->pixelScale + appearance.model->surfaceOf(item).lineWidth;
     const auto [top, bottom] = camera->rowsOf(centre, radius);
     // In this order what is no number gives all rows.
     Seen seen{index, which, static_cast<int>(std::min(std::max(0.f, top - margin), lowest)),

@@ -2,6 +2,7 @@
 
 #include <kiln/mesh.h>
 #include <kiln/ownedptr.h>
+#include <kiln/searchfolders.h>
 #include <kiln/texmap.h>
 
 #include <algorithm>
@@ -15,6 +16,8 @@ namespace {
 constexpr Color kHelperColor = 0x6FD0A8;
 constexpr Color kMissingColor = 0xE0483C;
 constexpr COLORREF kUnknownLightColor = 0xA0F0FF;
+constexpr float kWidestLine = 64;
+const std::string kNoFolder;
 
 // The host has blue in the highest byte, the screen red.
 Color screenColor(COLORREF color) {
@@ -115,7 +118,12 @@ void SceneFeed::reset() {
     nodes_.clear();
     shown_.clear();
     visits_.clear();
+    inherited_.clear();
+    byNode_.clear();
+    severalHave_.clear();
+    isIndexed_ = false;
     instanced_.clear();
+    tops_.clear();
     nodesInstanced_ = cut_ = 0;
     counts_ = {};
 }
@@ -129,7 +137,8 @@ std::vector<std::string> SceneFeed::takeFailures() {
 void SceneFeed::build(Interface& host) {
     reset();
     for (const int folder : {KILN_IMAGE_DIR, KILN_SCENE_DIR, KILN_IMPORT_DIR})
-        textures_.addFolder(host.GetDir(folder));
+        textures_.files().addFolder(host.GetDir(folder));
+    textures_.files().setLastFolders(UserSearchFolders(host));
     references_.begin();
     mostInstanced_ = kMostInstanced + kTimesRead * references_.nodesRead();
     if (std::exchange(filesRead_, references_.filesRead()) != references_.filesRead())
@@ -140,15 +149,113 @@ void SceneFeed::build(Interface& host) {
 
 void SceneFeed::readScene(Interface& host) {
     const LooksInUse looks(looks_, host);
+    askedLast_ = looks_;
     INode* const root = host.GetRootNode();
     if (!root) return;
-    static const std::string kNoFolder;
     Reading scene{model_, nullptr, root, &kNoFolder};
     scene.visits = std::move(visits_);
+    scene.inherited = std::move(inherited_);
     scene.inherited.emplace_back();
     visitAll(scene);
     counts_.faces = scene.faces;
     visits_ = std::move(scene.visits);
+    inherited_ = std::move(scene.inherited);
+}
+
+bool SceneFeed::follow(Interface& host, std::span<INode* const> changed) {
+    if (visits_.empty() || !references_.isCurrent() || GetNodeLookSource() != askedLast_)
+        return false;
+    if (changed.empty()) return true;
+    if (!isIndexed_) indexVisits();
+    std::vector<std::size_t> again;
+    for (const INode* const node : changed) {
+        again.push_back(visitOf(node));
+        if (again.back() == 0) return false;
+    }
+    std::ranges::sort(again);
+    again.erase(std::unique(again.begin(), again.end()), again.end());
+    const LooksInUse looks(looks_, host);
+    Reading scene{model_, nullptr, visits_.front().node, &kNoFolder};
+    scene.faces = counts_.faces;
+    scene.isFollowing = true;
+    scene.visits = std::move(visits_);
+    scene.inherited = std::move(inherited_);
+    // Of many, reading everything is as fast.
+    std::size_t allowed = scene.visits.size() / 4 + 16;
+    for (const std::size_t at : again)
+        if (!followNode(scene, at, allowed)) return false;
+    if (!model_.endReopening()) return false;
+    counts_.faces = scene.faces;
+    visits_ = std::move(scene.visits);
+    inherited_ = std::move(scene.inherited);
+    return true;
+}
+
+/// Which visit is of which node, and which objects nodes share: found out when it is first asked.
+void SceneFeed::indexVisits() {
+    byNode_.resize(visits_.size());
+    std::vector<const Object*> objects;
+    for (std::size_t at = 0; at < visits_.size(); ++at) {
+        byNode_[at] = at;
+        if (visits_[at].object) objects.push_back(visits_[at].object);
+    }
+    std::ranges::sort(byNode_, std::less(), [this](std::size_t at) { return visits_[at].node; });
+    std::ranges::sort(objects);
+    for (std::size_t i = 1; i < objects.size(); ++i)
+        if (objects[i] == objects[i - 1]) severalHave_.push_back(objects[i]);
+    isIndexed_ = true;
+}
+
+/// 0, which is the root's, for a node that was not there.
+std::size_t SceneFeed::visitOf(const INode* node) const {
+    const auto nodeOf = [this](std::size_t at) -> const INode* { return visits_[at].node; };
+    const auto found = std::ranges::lower_bound(byNode_, node, std::less(), nodeOf);
+    return found != byNode_.end() && nodeOf(*found) == node ? *found : 0;
+}
+
+/// The node and all below it, if these are no more than are allowed; fewer are then.
+bool SceneFeed::followNode(Reading& scene, std::size_t top, std::size_t& allowed) {
+    std::vector<std::size_t> below{top};
+    for (const INode* above = scene.visits[top].node; above; above = above->GetParentNode())
+        if (tops_.contains(above)) return false;
+    for (std::size_t i = 0; i < below.size(); ++i) {
+        const Visit& visit = scene.visits[below[i]];
+        if (below.size() + visit.childCount > allowed) return false;
+        for (std::uint32_t k = 0; k < visit.childCount; ++k) below.push_back(visit.firstChild + k);
+    }
+    allowed -= std::min(allowed, below.size());
+    for (const std::size_t at : below)
+        if (!revisit(scene, at)) return false;
+    const Box before = scene.visits[top].subtree;
+    for (std::size_t i = below.size(); i-- > 0;)
+        setBounds(scene, below[i], boundsOf(scene, below[i]));
+    boundAbove(scene, top, before);
+    return true;
+}
+
+/// False when there are other items than before, or lights.
+bool SceneFeed::revisit(Reading& scene, std::size_t at) {
+    const Visit before = scene.visits[at];
+    const Object* const object = before.node->GetObjectRef();
+    if (before.elsewhere || before.hasLights || tops_.contains(before.node)) return false;
+    if (object != before.object || std::ranges::binary_search(severalHave_, object)) return false;
+    if (isElsewhere(scene, at)) return false;
+    scene.faces -= before.faces;
+    if (before.item != kNoItem) {
+        if (!model_.reopenItem(before.item)) return false;
+        scene.placedBefore = before.placed;
+        scene.visits[at].placed = kNoItem;
+        show(scene, at);
+    }
+    const Visit& now = scene.visits[at];
+    if (now.placed != before.placed || now.hasLights) return false;
+    std::vector<bool> wereOff;
+    for (std::uint32_t k = 0; k < before.childCount; ++k)
+        wereOff.push_back(scene.visits[before.firstChild + k].isOff);
+    decide(scene, at);
+    for (std::uint32_t k = 0; k < before.childCount; ++k)
+        if (scene.visits[before.firstChild + k].isOff != wereOff[k]) return false;
+    return (scene.visits[at].range == 0) == (before.range == 0);
 }
 
 bool SceneFeed::noticeChanges() {
@@ -181,12 +288,22 @@ void SceneFeed::visitAll(Reading& reading) {
 }
 
 void SceneFeed::visitChildren(Reading& reading, std::size_t at) {
-    const Visit parent = reading.visits[at];
-    INode& node = *parent.node;
+    INode& node = *reading.visits[at].node;
     const int children = node.NumberOfChildren();
     if (children == 0) return;
     if (reading.within && (nodesInstanced_ += static_cast<std::size_t>(children)) > mostInstanced_)
         return;
+    reading.visits[at].firstChild = static_cast<std::uint32_t>(reading.visits.size());
+    reading.visits[at].childCount = static_cast<std::uint32_t>(children);
+    for (int i = 0; i < children; ++i) reading.visits.push_back({node.GetChildNode(i), at});
+    decide(reading, at);
+}
+
+/// What the node decides for its children.
+void SceneFeed::decide(Reading& reading, std::size_t at) {
+    const Visit parent = reading.visits[at];
+    INode& node = *parent.node;
+    if (parent.childCount == 0) return;
     NodeBranch branch;
     const bool decides = looks_ && !node.IsRootNode() && looks_->GetBranch(&node, branch);
     const std::uint32_t inherited = decides ? inheritanceOf(reading, at, branch) : parent.inherited;
@@ -195,11 +312,11 @@ void SceneFeed::visitChildren(Reading& reading, std::size_t at) {
         return child / 32 < branch.shownWords &&
                (branch.shownChildren[child / 32] >> child % 32 & 1) != 0;
     };
-    for (int i = 0; i < children; ++i) {
-        Visit child{node.GetChildNode(i), at};
-        child.isOff = parent.isOff || !isShown(static_cast<std::size_t>(i));
+    if (!branch.range) reading.visits[at].range = 0;
+    for (std::uint32_t i = 0; i < parent.childCount; ++i) {
+        Visit& child = reading.visits[parent.firstChild + i];
+        child.isOff = parent.isOff || !isShown(i);
         child.inherited = inherited;
-        reading.visits.push_back(child);
     }
 }
 
@@ -214,21 +331,32 @@ std::uint32_t SceneFeed::inheritanceOf(Reading& reading, std::size_t at, const N
     }
     below.smooth = below.smooth && branch.smooth;
     below.opacity *= share(branch.opacity);
+    below.lightStrength *= share(branch.lightStrength);
+    if (branch.lightChange != LightChange::kAsTheySay) below.lightChange = branch.lightChange;
     const int hours =
         (branch.byDay ? kDay : 0) | (branch.atDusk ? kDusk : 0) | (branch.atNight ? kNight : 0);
     below.hours = static_cast<std::uint8_t>(below.hours & hours);
     if (branch.range) addRange(reading, at, *branch.range, below);
-    reading.inherited.push_back(below);
-    return static_cast<std::uint32_t>(reading.inherited.size() - 1);
+    std::uint32_t& index = reading.visits[at].below;
+    if (index == 0) {
+        index = static_cast<std::uint32_t>(reading.inherited.size());
+        reading.inherited.emplace_back();
+    }
+    reading.inherited[index] = below;
+    return index;
 }
 
 void SceneFeed::addRange(Reading& reading, std::size_t at, const ViewRange& range,
                          Inherited& below) {
-    const Visit& visit = reading.visits[at];
+    Visit& visit = reading.visits[at];
     Range added{range.nearest, range.farthest, {}, below.range};
     if (range.center) added.centre = toVec3d(placeOf(reading, at).PointTransform(*range.center));
-    below.range = reading.model.addRange(added);
-    if (!range.center) reading.measured.push_back({below.range, at});
+    visit.isMeasured = !range.center;
+    if (visit.range == 0)
+        visit.range = reading.model.addRange(added);
+    else
+        reading.model.changeRange(visit.range, added);
+    below.range = visit.range;
     // A level of which nothing is left to see was hidden, as a preview of levels does it.
     const int children = visit.node->NumberOfChildren();
     int hidden = 0;
@@ -240,29 +368,38 @@ void SceneFeed::visit(Reading& reading, std::size_t at) {
     INode& node = *reading.visits[at].node;
     const bool isOfScene = !reading.within;
     if (isOfScene) ++counts_.nodes;
+    reading.visits[at].object = node.GetObjectRef();
     reading.visits[at].elsewhere = isElsewhere(reading, at);
     if (node.IsHidden()) {
         if (isOfScene) ++counts_.hidden;
         return;
     }
     if (reading.visits[at].elsewhere || reading.visits[at].isOff) return;
-    const Inherited inherited = reading.inherited[reading.visits[at].inherited];
     reading.visits[at].item = reading.model.beginItem();
-    reading.model.setHours(inherited.hours);
-    reading.model.setRange(inherited.range);
     if (isOfScene) {
         nodes_.push_back(&node);
         shown_.push_back(&node);
     }
+    show(reading, at);
+}
+
+/// Fills the node's item, which is open, and makes that of what it shows of others.
+void SceneFeed::show(Reading& reading, std::size_t at) {
+    INode& node = *reading.visits[at].node;
+    const bool isOfScene = !reading.within;
+    const Inherited inherited = reading.inherited[reading.visits[at].inherited];
+    const std::size_t faces = reading.faces, lights = reading.model.lights().size();
+    reading.model.setHours(inherited.hours);
+    reading.model.setRange(inherited.range);
     INode* const definition = looks_ ? looks_->GetInstanced(&node) : nullptr;
     NodeReference reference;
     const bool refers = looks_ && looks_->GetReference(&node, reference);
     addNode(reading, at, !isOfScene || definition || refers);
     reading.model.endItem();
-    if (reading.model.items().back().triangleCount > 0)
-        reading.visits[at].subtree = reading.model.items().back().box;
     if (definition) showInstanced(reading, at, *definition);
     if (refers) showReference(reading, at, reference);
+    reading.visits[at].faces = reading.faces - faces;
+    reading.visits[at].hasLights = reading.model.lights().size() != lights;
 }
 
 bool SceneFeed::isElsewhere(const Reading& reading, std::size_t at) const {
@@ -275,16 +412,19 @@ bool SceneFeed::isElsewhere(const Reading& reading, std::size_t at) const {
 /// The definition's own place is that of the node that shows it.
 void SceneFeed::showInstanced(Reading& reading, std::size_t at, INode& definition) {
     const Matrix3 move = Inverse(definition.GetNodeTM(0));
-    place(reading, at, sharedOf(reading, definition, at, move, *reading.folder));
+    place(reading, at, sharedOf(reading, definition, at, move, *reading.folder, reading.looksBy));
 }
 
 /// What is shown of a file stands as it does in there.
 void SceneFeed::showReference(Reading& reading, std::size_t at, const NodeReference& reference) {
     const References::Target target = references_.find(*reading.folder, reference);
-    if (target.node)
-        place(reading, at, sharedOf(reading, *target.node, at, {}, *target.folder));
-    else if (target.isMissing)
-        showMissing(reading, at);
+    if (target.isMissing) return showMissing(reading, at);
+    if (!target.node) return;
+    const std::uint32_t looksBy = looks_->EnterReference(reading.visits[at].node);
+    // Numbers of one time are not those of another.
+    if (!reading.isFollowing || looksBy == 0)
+        place(reading, at, sharedOf(reading, *target.node, at, {}, *target.folder, looksBy));
+    looks_->LeaveReference();
 }
 
 void SceneFeed::showMissing(Reading& reading, std::size_t at) {
@@ -307,28 +447,37 @@ void SceneFeed::place(Reading& reading, std::size_t at, const Shared& shared) {
             reading.model.addLight({light.kind, place.point(light.position),
                                     normalised(place.offset(light.direction)), light.strength});
     if (model.weight() > kMostShown || reading.model.weight() > kMostShown - model.weight()) return;
-    visit.placed = reading.model.beginItem();
+    visit.placed = openPlaced(reading);
+    if (visit.placed == kNoItem) return;
     reading.model.setHours(inherited.hours);
     reading.model.setRange(inherited.range);
     reading.model.setPlacement({shared.model, place, inherited.opacity});
     reading.model.endItem();
-    visit.subtree.include(reading.model.items().back().box);
     reading.faces += shared.faces;
-    if (!reading.within) nodes_.push_back(visit.node);
+    if (!reading.within && !reading.isFollowing) nodes_.push_back(visit.node);
+}
+
+/// The item of what a node shows of others: a new one, or that which it had.
+ItemIndex SceneFeed::openPlaced(Reading& reading) {
+    if (!reading.isFollowing) return reading.model.beginItem();
+    const ItemIndex before = std::exchange(reading.placedBefore, kNoItem);
+    return before != kNoItem && reading.model.reopenItem(before) ? before : kNoItem;
 }
 
 /// Made once for all that show it, unless some of it is left out because of what shows it.
 SceneFeed::Shared SceneFeed::sharedOf(Reading& reading, INode& top, std::size_t at,
-                                      const Matrix3& move, const std::string& folder) {
+                                      const Matrix3& move, const std::string& folder,
+                                      std::uint32_t looksBy) {
     const bool smooth = reading.inherited[reading.visits[at].inherited].smooth;
     const bool isOfFile = !folder.empty();
-    std::map<SharedKey, Shared>& known = isOfFile ? referenced_ : instanced_;
-    const SharedKey key{&top, smooth, !move.IsIdentity()};
+    std::map<SharedKey, Shared>& known = isOfFile && looksBy == 0 ? referenced_ : instanced_;
+    const SharedKey key{&top, smooth, !move.IsIdentity(), looksBy};
     if (const auto found = known.find(key); found != known.end()) return found->second;
+    if (!isOfFile) tops_.insert(&top);
     if (!mayRead(reading, top)) return {};
     if (++nodesInstanced_ > mostInstanced_) return {};
     const auto model = std::make_shared<SceneModel>();
-    Reading inner{*model, &reading, &top, &folder, reading.depth + 1};
+    Reading inner{*model, &reading, &top, &folder, reading.depth + 1, looksBy};
     Inherited first;
     first.move = move;
     first.isMoved = true;
@@ -361,16 +510,46 @@ Matrix3 SceneFeed::placeOf(const Reading& reading, std::size_t at) {
 // A selected group is bracketed with all that hangs below it. The place of a helper counts only
 // when nothing does: most stay at the origin, far from what they hold.
 void SceneFeed::boundSubtrees(Reading& reading) {
-    for (std::size_t at = reading.visits.size(); at-- > 0;) {
-        Visit& visit = reading.visits[at];
-        if (visit.subtree.empty() && visit.item != kNoItem)
-            visit.subtree = reading.model.items()[visit.item].box;
-        if (at > 0) reading.visits[visit.parent].subtree.include(visit.subtree);
-        if (visit.item != kNoItem) reading.model.setSelectionBox(visit.item, visit.subtree);
-    }
-    for (const Measured& measured : reading.measured) {
-        const Box& box = reading.visits[measured.visit].subtree;
-        if (!box.empty()) reading.model.setRangeCentre(measured.range, box.centre());
+    for (std::size_t at = reading.visits.size(); at-- > 0;)
+        setBounds(reading, at, boundsOf(reading, at));
+}
+
+Box SceneFeed::boundsOf(const Reading& reading, std::size_t at) {
+    const auto items = reading.model.items();
+    const Visit& visit = reading.visits[at];
+    Box box;
+    if (visit.item != kNoItem && items[visit.item].triangleCount > 0) box = items[visit.item].box;
+    if (visit.placed != kNoItem) box.include(items[visit.placed].box);
+    for (std::uint32_t i = 0; i < visit.childCount; ++i)
+        box.include(reading.visits[visit.firstChild + i].subtree);
+    if (box.empty() && visit.item != kNoItem) box = items[visit.item].box;
+    return box;
+}
+
+void SceneFeed::setBounds(Reading& reading, std::size_t at, const Box& box) {
+    Visit& visit = reading.visits[at];
+    visit.subtree = box;
+    if (visit.item != kNoItem) reading.model.setSelectionBox(visit.item, box);
+    if (visit.range != 0 && visit.isMeasured && !box.empty())
+        reading.model.setRangeCentre(visit.range, box.centre());
+}
+
+/// Brings the boxes above up to date with a node's, which was another one before. Its siblings are
+/// looked at only where the old one was what the box above ended with.
+void SceneFeed::boundAbove(Reading& scene, std::size_t at, Box before) {
+    while (at != 0) {
+        const Box& now = scene.visits[at].subtree;
+        if (now == before) return;
+        const std::size_t above = scene.visits[at].parent;
+        const Box was = scene.visits[above].subtree;
+        Box box = was;
+        if (before.empty() || (was.isAtRim(before) && !now.contains(before)))
+            box = boundsOf(scene, above);
+        else
+            box.include(now);
+        setBounds(scene, above, box);
+        before = was;
+        at = above;
     }
 }
 
@@ -392,9 +571,10 @@ void SceneFeed::addNode(Reading& reading, std::size_t at, bool standsForAnother)
     const ConvertedObject converted(object, 0, TRIOBJ_CLASS_ID);
     if (const auto* const surface = static_cast<const TriObject*>(converted.get())) {
         const Mesh& mesh = surface->GetMesh();
-        addMesh(reading, place, mesh, node, reading.inherited[reading.visits[at].inherited]);
+        const Inherited& inherited = reading.inherited[reading.visits[at].inherited];
+        addMesh(reading, place, mesh, node, inherited);
         if (mesh.faces.Count() > 0) return;
-        if (mesh.verts.Count() > 0) return addPoints(reading, place, mesh, node);
+        if (mesh.verts.Count() > 0) return addPoints(reading, place, mesh, node, inherited);
     }
     addHelper();
 }
@@ -445,10 +625,34 @@ Surface SceneFeed::surfaceFor(const Reading& reading, const NodeLook& look, bool
     surface.layer = static_cast<std::int8_t>(std::clamp(look.layer, -127, 127));
     surface.style = styleOf(look.style);
     surface.facing = facingOf(look.facing);
+    surface.lineWidth =
+        static_cast<std::uint8_t>(std::min(std::max(1.f, look.lineWidth), kWidestLine));
     if (surface.style == DrawStyle::kSurfaceAndOutline)
         surface.outline = look.outline ? screenColor(hostColor(*look.outline)) : wireColor;
     if (hasTexture && look.picture) surface.texture = textures_.find(look.picture, *reading.folder);
     return surface;
+}
+
+/// Adds to the surface what lies over its texture, and gives the layers of which there are
+/// pictures.
+std::vector<const PictureLayer*> SceneFeed::layersFor(const Reading& reading, const NodeLook& look,
+                                                      const Mesh& mesh, bool hasTexture,
+                                                      Surface& surface) {
+    std::vector<const PictureLayer*> shown;
+    TextureLayers layers;
+    const auto vertices = static_cast<std::size_t>(mesh.verts.Count());
+    for (std::size_t i = 0; i < std::min(look.layerCount, TextureLayers::kMost); ++i) {
+        const PictureLayer& layer = look.layers[i];
+        if (!layer.picture || (layer.placeCount != vertices && !hasTexture)) continue;
+        const Texture* const texture = textures_.find(layer.picture, *reading.folder);
+        if (!texture) continue;
+        layers.textures[layers.count++] = texture;
+        shown.push_back(&layer);
+    }
+    if (look.detail && surface.texture)
+        layers.detail = textures_.find(look.detail, *reading.folder);
+    surface.layers = reading.model.addLayers(layers);
+    return shown;
 }
 
 void SceneFeed::addMesh(Reading& reading, const Matrix3& place, const Mesh& mesh, INode& node,
@@ -461,40 +665,51 @@ void SceneFeed::addMesh(Reading& reading, const Matrix3& place, const Mesh& mesh
     look.opacity *= inherited.opacity;
     look.vertexNormals = look.vertexNormals && inherited.smooth;
     const bool hasTexture = mesh.tvFaces.Count() == mesh.faces.Count() && !mesh.tVerts.IsEmpty();
-    const Color wireColor = screenColor(node.GetWireColor());
-    const Surface surface = surfaceFor(reading, look, hasTexture, wireColor);
+    const Color wireColor = screenColor(look.color ? hostColor(*look.color) : node.GetWireColor());
+    Surface surface = surfaceFor(reading, look, hasTexture, wireColor);
+    const std::vector<const PictureLayer*> layers =
+        layersFor(reading, look, mesh, hasTexture, surface);
     reading.model.setSurface(surface);
     addFinishes(reading, place, mesh, look);
     const bool isWhite = look.white && surface.texture;
     // Where a place mirrors, what was the front would be the back.
     const bool isMirrored = surface.style == DrawStyle::kFrontOnly && place.Determinant() < 0;
-    addTriangles(reading, mesh, look, isWhite ? 0xFFFFFF : wireColor, surface.texture != nullptr,
-                 isMirrored);
+    addTriangles(reading, mesh, look, isWhite ? 0xFFFFFF : wireColor, layers, isMirrored);
 }
 
 void SceneFeed::addTriangles(Reading& reading, const Mesh& mesh, const NodeLook& look, Color color,
-                             bool isTextured, bool isMirrored) {
+                             std::span<const PictureLayer* const> layers, bool isMirrored) {
     static_assert(EDGE_A == 1 && EDGE_B == 2 && EDGE_C == 4,
                   "the model's edge bits are the mesh's");
     const auto textureCount = static_cast<DWORD>(mesh.tVerts.Count());
+    const bool hasPlaces = mesh.tvFaces.Count() == mesh.faces.Count();
+    const auto finite = [](float u, float v) {
+        return std::isfinite(u) && std::isfinite(v) ? TexturePlace{u, v} : TexturePlace{};
+    };
     const auto lastVertex = static_cast<DWORD>(mesh.verts.Count() - 1);
     const std::size_t before = reading.model.triangles().size();
     for (int i = 0; i < mesh.faces.Count(); ++i) {
         const Face& face = mesh.faces[i];
         DWORD corners[3];
-        TexturePlace places[3];
+        TexturePlace places[3 * (1 + TextureLayers::kMost)];
         std::uint8_t edges = 0;
         for (unsigned k = 0; k < 3; ++k) {
             const unsigned from = isMirrored ? (3 - k) % 3 : k;
             const unsigned edge = isMirrored ? 2 - k : k;  // behind that corner
             corners[k] = face.v[from];
             if ((face.flags >> edge & 1) != 0) edges = static_cast<std::uint8_t>(edges | 1U << k);
-            if (!isTextured) continue;
-            const DWORD index = mesh.tvFaces[i].t[from];
-            if (index >= textureCount) continue;
-            const Point3f& texture = mesh.tVerts[static_cast<int>(index)];
-            if (std::isfinite(texture.x) && std::isfinite(texture.y))
-                places[k] = {texture.x, texture.y};
+            const DWORD index = hasPlaces ? mesh.tvFaces[i].t[from] : textureCount;
+            if (index < textureCount) {
+                const Point3f& texture = mesh.tVerts[static_cast<int>(index)];
+                places[k] = finite(texture.x, texture.y);
+            }
+            for (std::size_t layer = 0; layer < layers.size(); ++layer) {
+                const PictureLayer& own = *layers[layer];
+                TexturePlace& there = places[3 * (layer + 1) + k];
+                there = places[k];
+                if (own.placeCount == lastVertex + 1 && corners[k] <= lastVertex)
+                    there = finite(own.places[2 * corners[k]], own.places[2 * corners[k] + 1]);
+            }
         }
         for (unsigned k = 0; k < 3 && look.style == SurfaceStyle::kOpenOutline; ++k) {
             const auto ends = std::minmax(corners[k], corners[(k + 1) % 3]);
@@ -528,12 +743,34 @@ void SceneFeed::addFinishes(Reading& reading, const Matrix3& place, const Mesh& 
 }
 
 // A mesh of nothing but vertices is how light points stand in a scene.
-void SceneFeed::addPoints(Reading& reading, const Matrix3& place, const Mesh& mesh, INode& node) {
-    const NodeLook look = lookOf(node);
+void SceneFeed::addPoints(Reading& reading, const Matrix3& place, const Mesh& mesh, INode& node,
+                          const Inherited& inherited) {
+    if (inherited.lightStrength <= 0) return;
+    NodeLook look = lookOf(node);
+    if (look.points && inherited.lightChange == LightChange::kNever)
+        look.points->period = look.points->turn = 0;
+    if (look.points && inherited.lightChange == LightChange::kAtRandom) {
+        // The golden ratio keeps neighbours apart; a node keeps its time when it is read again.
+        const double number = node.GetHandle() * 0.618034;
+        look.points->delay += static_cast<float>(number - std::floor(number)) * look.points->period;
+    }
+    if (look.points && look.points->back)
+        for (float* part :
+             {&look.points->back->red, &look.points->back->green, &look.points->back->blue})
+            *part *= inherited.lightStrength;
     const std::uint32_t own = look.points ? reading.model.addLightLook(*look.points) : 0;
     const Matrix3 inverse = Inverse(place);
+    const auto weakened = [&](Color color) {
+        Color all = 0;
+        for (const unsigned shift : {0U, 8U, 16U})
+            all |= static_cast<Color>(static_cast<float>(color >> shift & 0xFF) *
+                                      inherited.lightStrength)
+                   << shift;
+        return all;
+    };
     for (int i = 0; i < mesh.verts.Count(); ++i) {
-        const Color color = i < mesh.colors.Count() ? screenColor(mesh.colors[i]) : 0xFFFFFF;
+        const Color color =
+            weakened(i < mesh.colors.Count() ? screenColor(mesh.colors[i]) : 0xFFFFFF);
         Vec3 normal;
         if (i < mesh.normals.Count()) normal = turnedNormal(inverse, mesh.normals[i]);
         reading.model.addLightPoint(toVec3d(place.PointTransform(mesh.verts[i])), color, own,

@@ -12,8 +12,8 @@ void SceneModel::clear() {
     finishes_.clear();
     triangles_.clear();
     surfaces_.assign(1, {});
+    layers_.assign(1, {});
     texturePlaces_.clear();
-    hasTranslucent_ = false;
     marks_.clear();
     lightLooks_.assign(1, {});
     changes_ = false;
@@ -25,7 +25,11 @@ void SceneModel::clear() {
     isPlain_ = true;
     weight_ = 0;
     levelsHidden_ = false;
-    box_ = helperBox_ = {};
+    open_ = kNoItem;
+    reopened_.reset();
+    fits_ = true;
+    waste_ = 0;
+    box_ = shownMarkBox_ = helperBox_ = {};
 }
 
 ItemIndex SceneModel::beginItem() {
@@ -33,38 +37,74 @@ ItemIndex SceneModel::beginItem() {
     item.firstVertex = static_cast<std::uint32_t>(vertices_.size());
     item.firstTriangle = static_cast<std::uint32_t>(triangles_.size());
     items_.push_back(item);
-    return static_cast<ItemIndex>(items_.size() - 1);
+    reopened_.reset();
+    return open_ = static_cast<ItemIndex>(items_.size() - 1);
+}
+
+bool SceneModel::reopenItem(ItemIndex index) {
+    Item& item = items_[index];
+    // Marks are in the order of their items.
+    const auto first = std::ranges::lower_bound(marks_, index, {}, &Mark::item);
+    const bool hasMark = first != marks_.end() && first->item == index;
+    if (hasMark && first->kind == MarkKind::kLightPoint) return false;
+    const SceneModel* const placed =
+        item.placement == kNoPlacement ? nullptr : placements_[item.placement].model.get();
+    if (placed && placed->changes_) return false;
+    fits_ = fits_ && !(reopened_ && reopened_->hasMark);
+    --weight_;
+    if (placed) weight_ -= placed->weight_;
+    reopened_ = {item, static_cast<std::size_t>(first - marks_.begin()), hasMark};
+    open_ = index;
+    Item emptied;
+    emptied.firstVertex = static_cast<std::uint32_t>(vertices_.size());
+    emptied.firstTriangle = static_cast<std::uint32_t>(triangles_.size());
+    emptied.selected = item.selected;
+    emptied.outlined = item.outlined;
+    item = emptied;
+    return true;
 }
 
 // The first vertex is the item's origin: the others are near it, however far away the world's is.
 std::uint32_t SceneModel::addVertex(Vec3d world) {
-    Item& item = items_.back();
+    Item& item = items_[open_];
     if (item.vertexCount == 0 && isFinite(world)) item.origin = world;
     vertices_.push_back(toFloat(world - item.origin));
     return item.vertexCount++;
 }
 
 void SceneModel::setFinishes(std::span<const Finish> finishes) {
-    Item& item = items_.back();
+    Item& item = items_[open_];
     if (finishes.size() != item.vertexCount) return;
     item.hasFinish = true;
     item.firstFinish = static_cast<std::uint32_t>(finishes_.size());
     finishes_.insert(finishes_.end(), finishes.begin(), finishes.end());
 }
 
+// As with surfaces.
+std::uint32_t SceneModel::addLayers(const TextureLayers& layers) {
+    if (layers.empty()) return 0;
+    if (layers != layers_.back()) layers_.push_back(layers);
+    return static_cast<std::uint32_t>(layers_.size() - 1);
+}
+
 // Neighbours often look alike; of far more surfaces than that nobody has a use.
 void SceneModel::setSurface(const Surface& surface) {
-    if (surface != surfaces_.back()) surfaces_.push_back(surface);
-    Item& item = items_.back();
-    item.surface = static_cast<std::uint32_t>(surfaces_.size() - 1);
-    item.isTextured = surface.texture != nullptr;
+    Item& item = items_[open_];
+    if (reopened_ && surface == surfaces_[reopened_->item.surface]) {
+        item.surface = reopened_->item.surface;
+    } else {
+        if (surface != surfaces_.back()) surfaces_.push_back(surface);
+        item.surface = static_cast<std::uint32_t>(surfaces_.size() - 1);
+        if (reopened_) ++waste_;
+    }
+    item.isTextured = surface.texture || surface.layers != 0;
+    item.layerCount = static_cast<std::uint8_t>(layersOf(surface).count);
     item.firstTexturePlace = static_cast<std::uint32_t>(texturePlaces_.size());
-    hasTranslucent_ = hasTranslucent_ || surface.isTranslucent();
 }
 
 void SceneModel::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, Color color,
                              std::uint8_t edges, const TexturePlace* places) {
-    Item& item = items_.back();
+    Item& item = items_[open_];
     if (std::max({a, b, c}) >= item.vertexCount) return;
     const std::uint32_t base = item.firstVertex;
     const Vec3 p = vertices_[base + a], q = vertices_[base + b], r = vertices_[base + c];
@@ -72,9 +112,8 @@ void SceneModel::addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, 
     const Vec3 normal = normalised(cross(q - p, r - p));
     triangles_.push_back({{base + a, base + b, base + c}, color, normal, edges});
     ++item.triangleCount;
-    if (item.isTextured) {
-        for (int i = 0; i < 3; ++i) texturePlaces_.push_back(places ? places[i] : TexturePlace{});
-    }
+    for (std::size_t i = 0; i < item.placesOfTriangle(); ++i)
+        texturePlaces_.push_back(places ? places[i] : TexturePlace{});
     for (const Vec3 corner : {p, q, r}) item.box.add(item.origin + corner);
 }
 
@@ -85,10 +124,35 @@ RangeIndex SceneModel::addRange(const Range& range) {
 
 void SceneModel::addMark(MarkKind kind, Vec3d world, Color color, ItemIndex item) {
     if (!isFinite(world)) return;
-    marks_.push_back({world, color, item, kind, 0, {}});
+    const Mark mark{world, color, item, kind, 0, {}};
     items_[item].box.add(world);
-    (isShownAlways(kind) ? box_ : helperBox_).add(world);
-    if (isShownAlways(kind)) isPlain_ = false;
+    if (reopened_) return replaceMark(mark);
+    marks_.push_back(mark);
+    (isShownAlways(kind) ? shownMarkBox_ : helperBox_).add(world);
+    if (!isShownAlways(kind)) return;
+    box_.add(world);
+    isPlain_ = false;
+}
+
+/// An item that had no mark, or has another number of them now, does not fit in.
+void SceneModel::replaceMark(const Mark& mark) {
+    Mark* const old = reopened_->hasMark ? &marks_[reopened_->mark] : nullptr;
+    fits_ = fits_ && old && isShownAlways(old->kind) == isShownAlways(mark.kind);
+    if (!fits_) return;
+    reopened_->hasMark = false;
+    const bool shownAlways = isShownAlways(mark.kind);
+    Box& around = shownAlways ? shownMarkBox_ : helperBox_;
+    const bool wasAtRim = around.isAtRim(old->position);
+    *old = mark;
+    around.add(mark.position);
+    if (wasAtRim) around = boxOfMarks(shownAlways);
+}
+
+Box SceneModel::boxOfMarks(bool shownAlways) const {
+    Box box;
+    for (const Mark& mark : marks_)
+        if (isShownAlways(mark.kind) == shownAlways) box.add(mark.position);
+    return box;
 }
 
 std::uint32_t SceneModel::addLightLook(const LightPointLook& look) {
@@ -98,6 +162,7 @@ std::uint32_t SceneModel::addLightLook(const LightPointLook& look) {
 }
 
 void SceneModel::addLightPoint(Vec3d world, Color color, std::uint32_t look, Vec3 normal) {
+    if (reopened_) fits_ = false;
     const std::size_t before = marks_.size();
     addMark(MarkKind::kLightPoint, world, color);
     if (marks_.size() == before) return;
@@ -113,14 +178,18 @@ void SceneModel::addLight(const Light& light) {
 void SceneModel::setPlacement(Placement placement) {
     const SceneModel& model = *placement.model;
     if (model.box_.empty() || !placement.place.isFinite()) return;
-    Item& item = items_.back();
+    Item& item = items_[open_];
     const Box around = placement.place.box(model.box_);
     if (!isFinite(around.min) || !isFinite(around.max)) return;
     item.box = around;
-    item.placement = static_cast<PlacementIndex>(placements_.size());
     weight_ += std::min(model.weight_, std::numeric_limits<std::uint64_t>::max() - 1 - weight_);
     changes_ = changes_ || model.changes_;
-    hasTranslucent_ = hasTranslucent_ || model.hasTranslucent_ || placement.opacity < 1;
+    if (reopened_ && reopened_->item.placement != kNoPlacement) {
+        item.placement = reopened_->item.placement;
+        placements_[item.placement] = std::move(placement);
+        return;
+    }
+    item.placement = static_cast<PlacementIndex>(placements_.size());
     placements_.push_back(std::move(placement));
 }
 
@@ -144,22 +213,81 @@ void SceneModel::dropDoubleEdges(const Item& item) {
     }
 }
 
+/// Puts what the item has where it was before, if it is not more; otherwise that is left behind.
+void SceneModel::takeOldPlace(Item& item) {
+    const Item& old = reopened_->item;
+    const auto placesOf = [](const Item& one) {
+        return one.placesOfTriangle() * one.triangleCount;
+    };
+    const auto finishesOf = [](const Item& one) { return one.hasFinish ? one.vertexCount : 0; };
+    if (item.vertexCount > old.vertexCount || item.triangleCount > old.triangleCount ||
+        placesOf(item) > placesOf(old) || finishesOf(item) > finishesOf(old)) {
+        waste_ += old.vertexCount + old.triangleCount;
+        return;
+    }
+    const auto move = [](auto& all, std::size_t from, std::size_t count, std::uint32_t& first,
+                         std::uint32_t to) {
+        if (count > 0)
+            std::copy_n(all.begin() + static_cast<std::ptrdiff_t>(from), count,
+                        all.begin() + static_cast<std::ptrdiff_t>(to));
+        all.resize(from);
+        first = to;
+    };
+    for (Triangle& triangle : std::span(triangles_).subspan(item.firstTriangle))
+        for (std::uint32_t& vertex : triangle.vertex)
+            vertex = vertex - item.firstVertex + old.firstVertex;
+    move(vertices_, item.firstVertex, item.vertexCount, item.firstVertex, old.firstVertex);
+    move(triangles_, item.firstTriangle, item.triangleCount, item.firstTriangle, old.firstTriangle);
+    if (item.hasFinish)
+        move(finishes_, item.firstFinish, finishesOf(item), item.firstFinish, old.firstFinish);
+    if (item.isTextured)
+        move(texturePlaces_, item.firstTexturePlace, placesOf(item), item.firstTexturePlace,
+             old.firstTexturePlace);
+}
+
 void SceneModel::endItem() {
-    Item& item = items_.back();
+    Item& item = items_[open_];
     if (item.triangleCount > 1) dropDoubleEdges(item);
+    if (reopened_) takeOldPlace(item);
     item.selectionBox = item.box;
     if (!item.box.empty()) {
         item.sphereCentre = item.box.centre();
         if (item.triangleCount > 0) item.front = triangles_[item.firstTriangle].normal;
         item.sphereRadius = static_cast<float>(length(item.box.max - item.sphereCentre));
     }
+    if (weight_ < std::numeric_limits<std::uint64_t>::max()) ++weight_;
+    if (reopened_) {
+        std::size_t block = open_;
+        for (std::size_t level = 0; level < levels_.size(); ++level) {
+            block /= kInBlock;
+            if (block < levels_[level].size()) levels_[level][block] = blockAt(level, block);
+        }
+        return;
+    }
     if (item.hasSurface()) {
         box_.include(item.box);
-        if (sample_ == kNoItem) sample_ = static_cast<ItemIndex>(items_.size() - 1);
-        isPlain_ = isPlain_ && blockOf(static_cast<ItemIndex>(items_.size() - 1)).isPlain;
+        if (sample_ == kNoItem) sample_ = open_;
+        isPlain_ = isPlain_ && blockOf(open_).isPlain;
     }
-    if (weight_ < std::numeric_limits<std::uint64_t>::max()) ++weight_;
     addBlocks();
+}
+
+bool SceneModel::endReopening() {
+    if (reopened_) fits_ = fits_ && !reopened_->hasMark;
+    reopened_.reset();
+    box_ = shownMarkBox_;
+    sample_ = kNoItem;
+    isPlain_ = shownMarkBox_.empty();
+    const auto add = [this](const Block& part) {
+        if (part.sample == kNoItem) return false;
+        box_.include(part.box);
+        if (sample_ == kNoItem) sample_ = part.sample;
+        isPlain_ = isPlain_ && part.isPlain;
+        return false;
+    };
+    walk(add, [&](ItemIndex index) { add(blockOf(index)); });
+    const std::size_t allowed = (vertices_.size() + triangles_.size()) / 2;
+    return fits_ && waste_ <= std::max<std::size_t>(allowed, 10'000);
 }
 
 /// Of one item.
@@ -178,25 +306,29 @@ Block SceneModel::blockOf(ItemIndex index) const {
     return block;
 }
 
+/// Of the items, or of the blocks of the level below, that the block consists of.
+Block SceneModel::blockAt(std::size_t level, std::size_t index) const {
+    Block all;
+    for (std::size_t i = index * kInBlock; i < (index + 1) * kInBlock; ++i) {
+        const Block part = level == 0 ? blockOf(static_cast<ItemIndex>(i)) : levels_[level - 1][i];
+        if (part.sample == kNoItem) continue;
+        all.box.include(part.box);
+        if (all.sample == kNoItem) all.sample = part.sample;
+        all.isPlain = all.isPlain && part.isPlain;
+    }
+    if (all.sample != kNoItem) {
+        all.centre = all.box.centre();
+        all.radius = static_cast<float>(length(all.box.max - all.centre));
+    }
+    return all;
+}
+
 /// Adds the blocks that the last item completes.
 void SceneModel::addBlocks() {
     std::size_t count = items_.size();
     for (std::size_t level = 0; count % kInBlock == 0; ++level) {
-        Block all;
-        for (std::size_t i = count - kInBlock; i < count; ++i) {
-            const Block part =
-                level == 0 ? blockOf(static_cast<ItemIndex>(i)) : levels_[level - 1][i];
-            if (part.sample == kNoItem) continue;
-            all.box.include(part.box);
-            if (all.sample == kNoItem) all.sample = part.sample;
-            all.isPlain = all.isPlain && part.isPlain;
-        }
-        if (all.sample != kNoItem) {
-            all.centre = all.box.centre();
-            all.radius = static_cast<float>(length(all.box.max - all.centre));
-        }
         if (level == levels_.size()) levels_.emplace_back();
-        levels_[level].push_back(all);
+        levels_[level].push_back(blockAt(level, count / kInBlock - 1));
         count = levels_[level].size();
     }
 }

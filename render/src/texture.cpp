@@ -16,6 +16,7 @@ public:
         alpha_ += alpha;
         ++count_;
     }
+    bool canBeSeen() const { return alpha_ != 0; }
     std::uint32_t texel() const {
         if (alpha_ == 0) return 0;
         const auto shade = [&](std::uint64_t sum) {
@@ -38,6 +39,38 @@ int bitsFor(int side, int most) {
 
 }  // namespace
 
+Picture resized(const Picture& picture, int width, int height) {
+    Picture made{width, height, {}};
+    made.texels.reserve(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+    const auto first = [](int index, int sides, int side) {
+        return static_cast<int>(std::int64_t{index} * side / sides);
+    };
+    for (int y = 0; y < height; ++y) {
+        const int low = first(y, height, picture.height);
+        const int high = std::max(first(y + 1, height, picture.height), low + 1);
+        for (int x = 0; x < width; ++x) {
+            const int left = first(x, width, picture.width);
+            const int right = std::max(first(x + 1, width, picture.width), left + 1);
+            const auto meanOf = [&](std::uint32_t also) {
+                Mean mean;
+                for (int v = low; v < high; ++v)
+                    for (int u = left; u < right; ++u)
+                        mean.add(picture.texels[static_cast<std::size_t>(v) *
+                                                    static_cast<std::size_t>(picture.width) +
+                                                static_cast<std::size_t>(u)] |
+                                 also);
+                return mean;
+            };
+            constexpr std::uint32_t kOpaque = 0xFF000000;
+            const Mean mean = meanOf(0);
+            // A color that cannot be seen is what the texels around it are mixed with.
+            made.texels.push_back(mean.canBeSeen() ? mean.texel()
+                                                   : meanOf(kOpaque).texel() & ~kOpaque);
+        }
+    }
+    return made;
+}
+
 TextureUse readTextureUse(std::span<const std::uint8_t> bytes) {
     // Words of 32 bits, the highest byte first.
     constexpr std::size_t kMagnification = 8, kWrap = 9, kWrapU = 10, kWrapV = 11, kColor = 15;
@@ -57,6 +90,9 @@ TextureUse readTextureUse(std::span<const std::uint8_t> bytes) {
     use.clampV = isClamped(word(kWrapV));
     use.isPointed = word(kMagnification) == kPointed;
     switch (word(kColor)) {
+        case 1:
+            use.color = TextureUse::Color::kBlend;
+            break;
         case 2:
             use.color = TextureUse::Color::kDecal;
             break;
@@ -91,28 +127,11 @@ void Texture::addLevel(int widthBits, int heightBits) {
     levels_[static_cast<unsigned>(levelCount_++)] = {start, widthBits, heightBits};
 }
 
-// Each texel is the mean of the picture's that it covers, or the one that it lies in.
 void Texture::fit(const Picture& picture) {
     const Place& place = levels_.front();
-    const auto first = [](int index, int bits, int side) {
-        return static_cast<int>(std::int64_t{index} * side >> bits);
-    };
-    for (int y = 0; y < 1 << place.heightBits; ++y) {
-        const int low = first(y, place.heightBits, picture.height);
-        const int high = std::max(first(y + 1, place.heightBits, picture.height), low + 1);
-        for (int x = 0; x < 1 << place.widthBits; ++x) {
-            const int left = first(x, place.widthBits, picture.width);
-            const int right = std::max(first(x + 1, place.widthBits, picture.width), left + 1);
-            Mean mean;
-            for (int v = low; v < high; ++v)
-                for (int u = left; u < right; ++u)
-                    mean.add(picture.texels[static_cast<std::size_t>(v) *
-                                                static_cast<std::size_t>(picture.width) +
-                                            static_cast<std::size_t>(u)]);
-            texels_[static_cast<std::size_t>(y) << place.widthBits | static_cast<std::size_t>(x)] =
-                mean.texel();
-        }
-    }
+    texels_ = resized(picture, 1 << place.widthBits, 1 << place.heightBits).texels;
+    for (std::uint32_t& texel : texels_)
+        if (texel >> 24 == 0) texel = 0;
 }
 
 void Texture::halve(const Place& from) {

@@ -274,7 +274,7 @@ TEST(FileIndex, TakesALateVertexPalette) {
 }
 
 TEST(FileIndex, AcceptsTheZerosBehindTheLastRecord) {
-    for (const std::size_t zeros : {1, 3, 4, 500}) {
+    for (const std::size_t zeros : {1U, 3U, 4U, 500U}) {
         FltBytes file = FltBytes().group("a");
         file.zeros(zeros);
         EXPECT_EQ(treeOf(readFileIndex(file)), "1(2)") << zeros;

@@ -3,13 +3,20 @@
 #include "fltbytes.h"
 #include "importscene.h"
 
+#include <base/paths.h>
 #include <gmock/gmock.h>
 #include <interchange/filereference.h>
+#include <kiln/host/searchfolders.h>
+#include <quillon/fltsurface.h>
+#include <quillon/fltxref.h>
 #include <render/renderer.h>
 #include <render/scenefeed.h>
 #include <tessera/aviaryutil.h>
 
 #include <algorithm>
+#include <array>
+#include <chrono>
+#include <filesystem>
 
 KILN_PLUGIN_EXPORT const char* LibDescription();
 KILN_PLUGIN_EXPORT int LibNumberClasses();
@@ -127,6 +134,109 @@ TEST_F(ReferencesTest, FilesAreShownWhereTheReferenceStandsAndSelectedAsAWhole) 
     EXPECT_TRUE(feed.model().box().empty());
 }
 
+TEST_F(ReferencesTest, FilesThatChangeOnDiskAreReadAgain) {
+    const auto write = [&](double x, int hours) {
+        const std::string path = folder.write(u8"model.flt", model({}, x));
+        const auto file = base::pathFrom(path);
+        std::filesystem::last_write_time(
+            file, std::filesystem::last_write_time(file) + std::chrono::hours(hours));
+    };
+    write(0, 0);
+    INode* const node = open({"model.flt", "later.flt"})->GetChildNode(0);
+    draw();
+    EXPECT_EQ(nodeAt(0, 0), node);
+    EXPECT_FALSE(feed.noticeChanges());
+    write(4, 1);
+    draw();
+    EXPECT_EQ(nodeAt(0, 0), node) << "nobody has looked";
+    EXPECT_TRUE(feed.noticeChanges());
+    draw();
+    EXPECT_EQ(nodeAt(0, 0), nullptr);
+    EXPECT_EQ(nodeAt(4, 0), node);
+    folder.write(u8"later.flt", model({}));
+    EXPECT_TRUE(feed.noticeChanges()) << "one that was missing";
+    // A user who has all of them read again need not wait for another time of a file.
+    draw();
+    write(8, 1);
+    EXPECT_TRUE(feed.follow(host, {}));
+    core.forgetFileScenes();
+    EXPECT_FALSE(feed.follow(host, {})) << "what it shows of files is gone";
+    draw();
+    EXPECT_EQ(nodeAt(8, 0), node);
+}
+
+// A file with red as its color 1 and a scene with blue, each with a material that shines.
+TEST_F(ReferencesTest, FlagsOfAReferenceSayWhosePalettesCount) {
+    const auto palettes = [](FltBytes& to, std::uint32_t color, std::array<float, 3> shine) {
+        Bytes colors;
+        colors.zeros(128).u32(0xFF000000).u32(color).zeros(4 * 1022);
+        to.record(kFltColorPalette, colors);
+        Bytes material;
+        material.u32(0).zeros(16);
+        for (int i = 0; i < 9; ++i) material.f32(0);
+        for (const float part : shine) material.f32(part);
+        to.record(kFltMaterial, material.f32(0).f32(1).zeros(4));
+    };
+    const auto square = [](FltBytes& to, std::uint32_t first, std::uint8_t lightMode,
+                           unsigned material) {
+        Bytes body;
+        body.field("f", 8).zeros(14).u16(0xFFFF).u16(0xFFFF).u16(material).zeros(12);
+        body.u32(kFltSurfaceNoAlternateColor).u8(lightMode).zeros(15).u16(0xFFFF).zeros(2);
+        body.u32(127 + 128).zeros(8);
+        to.record(kFltFace, body).push().list({first, first + 1, first + 2, first + 3}).pop();
+    };
+    const auto points = [](FltBytes& to) {
+        to.palette({{-2, -2, 0},
+                    {2, -2, 0},
+                    {2, 2, 0},
+                    {-2, 2, 0},
+                    {18, -2, 0},
+                    {22, -2, 0},
+                    {22, 2, 0},
+                    {18, 2, 0}});
+    };
+    FltBytes inner;
+    palettes(inner, 0xFF0000FF, {1, 0, 0});
+    points(inner);
+    inner.push();
+    square(inner, 0, 0, 0xFFFF);
+    square(inner, 4, 2, 0);
+    folder.write(u8"inner.flt", inner.pop());
+    FltBytes outer;
+    palettes(outer, 0xFF00FF00, {0, 1, 0});
+    outer.push();
+    outer.record(kFltExternalRef, Bytes().field("inner.flt", 200).zeros(12));
+    folder.write(u8"outer.flt", outer.pop());
+    FltBytes file;
+    palettes(file, 0xFFFF0000, {0, 0, 1});
+    file.push();
+    float y = 0;
+    for (const auto& [name, flags] : {std::pair{"inner.flt", 0U},
+                                      {"inner.flt", 0U + kFltOverrideColors},
+                                      {"inner.flt", 0U + kFltOverrideMaterials},
+                                      {"outer.flt", 0U + kFltOverrideColors}}) {
+        file.record(kFltExternalRef, Bytes().field(name, 200).zeros(4).u32(flags).zeros(4));
+        file.matrix(0, y, 0);
+        y += 10;
+    }
+    EXPECT_TRUE(core.importFile(folder.write(u8"main.flt", file.pop())).ok());
+    draw();
+    const auto strongest = [&](double x, double row) {
+        const auto place = *camera.project({x, 10 * row, 0});
+        const render::Color color =
+            canvas.pixel(static_cast<int>(place.x), static_cast<int>(place.y));
+        const std::array parts = {color >> 16 & 0xFF, color >> 8 & 0xFF, color & 0xFF};
+        return "rgb"[std::ranges::max_element(parts) - parts.begin()];
+    };
+    EXPECT_EQ(strongest(0, 0), 'r') << "its own";
+    EXPECT_EQ(strongest(20, 0), 'r');
+    EXPECT_EQ(strongest(0, 1), 'b') << "the scene's colors";
+    EXPECT_EQ(strongest(20, 1), 'r') << "and its own material";
+    EXPECT_EQ(strongest(0, 2), 'r');
+    EXPECT_EQ(strongest(20, 2), 'b') << "the scene's material";
+    EXPECT_EQ(strongest(0, 3), 'r') << "a reference within that says nothing has it as it is";
+}
+
 TEST_F(ReferencesTest, WhatIsMissingOrDamagedIsMarkedAndSaidOnce) {
     folder.write(u8"damaged.flt", Bytes().text("no such file"));
     folder.write(u8"good.flt", model({}));
@@ -144,6 +254,30 @@ TEST_F(ReferencesTest, WhatIsMissingOrDamagedIsMarkedAndSaidOnce) {
     for (int i = 0; i < 4; ++i) EXPECT_EQ(nodeAt(0, 10. * i), top->GetChildNode(i));
     draw();
     EXPECT_THAT(feed.takeFailures(), testing::IsEmpty());
+}
+
+TEST_F(ReferencesTest, TheUsersFoldersAreSearchedBehindThatOfTheFile) {
+    for (const char* const name : {"library", "Other"})
+        std::filesystem::create_directory(folder.path() / name);
+    folder.write(u8"library/HOUSE.flt", model({}, 40));
+    folder.write(u8"Other/house.flt", model({}, 60));
+    INode* const house = open({"house.flt"})->GetChildNode(0);
+    draw();
+    EXPECT_THAT(feed.takeFailures(), testing::SizeIs(1)) << "it is in no folder that is searched";
+    kiln::setSearchFolders(core, {"", folder.file("library"), folder.file("Other")});
+    draw();
+    EXPECT_EQ(nodeAt(40, 0), house) << "the first of them, whatever the case of the letters";
+    // Another order, and one that is beside the file that names it.
+    kiln::setSearchFolders(core, {folder.file("Other"), folder.file("library")});
+    feed.clear();
+    draw();
+    EXPECT_EQ(nodeAt(40, 0), nullptr);
+    folder.write(u8"house.flt", model({}));
+    feed.clear();
+    draw();
+    EXPECT_EQ(nodeAt(0, 0), house);
+    kiln::setSearchFolders(core, {});
+    EXPECT_THAT(SearchFolders(host), testing::ElementsAre(folder.file("")));
 }
 
 TEST_F(ReferencesTest, FilesThatShowEachOtherEnd) {

@@ -308,7 +308,8 @@ TEST_F(RoundTrip, KeepsVerticesOfEveryKind) {
             offsets.push_back(static_cast<std::uint32_t>(file.size()) - palette);
             Bytes vertex;
             vertex.u16(7).u16(i == 0 ? 0x1000 : 0x2000).f64(corner).f64(corner * corner).f64(0);
-            for (std::size_t at = 32; at < length; at += 4) vertex.f32(static_cast<float>(at + i));
+            for (std::size_t at = 32; at < length; at += 4)
+                vertex.f32(static_cast<float>(at) + static_cast<float>(i));
             file.record(opcode, vertex);
         }
     }

@@ -1,4 +1,6 @@
 // What a picture shows of OpenFlight nodes: each of their features changes its pixels.
+#include "../support/scenechanges.h"
+#include "../support/temporaryfolder.h"
 #include "fltbytes.h"
 #include "importscene.h"
 
@@ -8,6 +10,7 @@
 #include <quillon/fltdof.h>
 #include <quillon/fltface.h>
 #include <quillon/fltlightpoint.h>
+#include <quillon/fltlightsource.h>
 #include <quillon/fltlod.h>
 #include <quillon/fltobject.h>
 #include <quillon/fltswitch.h>
@@ -204,6 +207,34 @@ TEST_F(ShownTest, LevelsOfDetailShowInTheirRangeOfTheEye) {
     EXPECT_EQ(nodeAt({0, 0, 0}), other) << "the preview, which hides whole levels, comes first";
 }
 
+// Disabled in its record, it is dark where nothing else shines; the last light is not replaced by
+// the viewer's lamp while another one is on.
+TEST_F(ShownTest, ADisabledSunIsDarkAtOnce) {
+    FltFace lit = twoSided();
+    lit.lightMode = 2;  // by lights, with the color of the face
+    face(nullptr, {0, 0, 0}, 0xFFFFFF, lit);
+    const auto lightFrom = [&](const Matrix3& place) {
+        INode* const light = host.CreateObjectNode(new GenLight(DIR_LIGHT_CLASS_ID), "sun");
+        light->SetNodeTM(0, place);
+        return light;
+    };
+    INode* const sun = lightFrom(TransMatrix({0, 0, 100}));
+    ASSERT_TRUE(fltEnsureKind(sun, FltNodeKind::LightSource, kFltRevision));
+    lightFrom(RotAngleAxisMatrix({1, 0, 0}, 3.14159265) * TransMatrix({0, 0, -100}));
+    FltLightSource record;
+    const auto brightness = [&](bool enabled) {
+        record.flags = enabled ? static_cast<std::int32_t>(FltLightSource::kEnabled) : 0;
+        SceneChanges changes;
+        EXPECT_TRUE(fltPutRecord(sun, record));
+        EXPECT_EQ(changes.takeRedraws(), 1);
+        draw();
+        return red(colorAt({0, 0, 0}));
+    };
+    const unsigned shining = brightness(true);
+    EXPECT_GT(shining, brightness(false) + 60);
+    EXPECT_EQ(brightness(true), shining);
+}
+
 TEST_F(ShownTest, ObjectsShowInTheirHoursAndLetThrough) {
     FltObject record;
     record.flags = static_cast<std::int32_t>(FltObject::kNotAtNight);
@@ -380,6 +411,182 @@ TEST_F(ShownTest, LightPointsShineWhereTheirLobesReach) {
     options.seconds = 5.25;
     EXPECT_TRUE(shownFrom(ahead));
     EXPECT_TRUE(feed.model().changes());
+}
+
+/// A picture with one texel of each color, from left to right.
+std::vector<std::uint8_t> pictureOf(std::initializer_list<std::uint32_t> colors) {
+    std::vector<std::uint8_t> bytes = {0x01, 0xDA, 0, 1, 0, 3, 0, 0, 0, 1, 0, 3};
+    bytes[7] = static_cast<std::uint8_t>(colors.size());
+    bytes.resize(512);
+    for (const unsigned shift : {16U, 8U, 0U})
+        for (const std::uint32_t color : colors)
+            bytes.push_back(static_cast<std::uint8_t>(color >> shift));
+    return bytes;
+}
+
+/// Files of faces of 6 by 6 about (0, 0), (10, 0) and so on, with texture layers.
+class LayersTest : public ShownTest {
+protected:
+    /// One texel red, one white, over what is below in that way.
+    void addPicture(const std::string& name, std::uint8_t environment) {
+        std::vector<std::uint8_t> use(64);
+        use[15 * 4 + 3] = environment;  // texels without smooth colors in between
+        const std::string path = folder.write(std::u8string(name.begin(), name.end()).c_str(),
+                                              pictureOf({0xFF0000, 0xFFFFFF}));
+        folder.write(std::u8string(name.begin(), name.end()).append(u8".attr").c_str(), use);
+        file.record(kFltTexture, Bytes().field(path, 200).u32(count++).zeros(8));
+    }
+    /// Behind the pictures. `layers` are those of the mask, by their textures. The picture is once
+    /// on the face for each bit of `coordinates`, mirrored for those of `mirrored`.
+    void addFace(std::uint32_t mask, std::initializer_list<unsigned> layers,
+                 std::uint32_t coordinates, std::uint32_t mirrored = 0) {
+        if (placed == 0) addVertices();
+        Bytes multi;
+        multi.u32(mask);
+        for (const unsigned texture : layers) multi.u16(texture).zeros(6);
+        file.face("f", 0x10000000, 0xFF808080).record(kFltMultiTexture, multi).push();
+        file.list({4 * placed, 4 * placed + 1, 4 * placed + 2, 4 * placed + 3});
+        Bytes list;
+        list.u32(coordinates);
+        for (int corner = 0; corner < 4; ++corner)
+            for (std::uint32_t bit = 0x80000000; bit != 0; bit >>= 1) {
+                if ((coordinates & bit) == 0) continue;
+                const bool isRight = corner == 1 || corner == 2;
+                list.f32(isRight != ((mirrored & bit) != 0) ? 1.F : 0.F);
+                list.f32(corner > 1 ? 1.F : 0.F);
+            }
+        if (coordinates != 0) file.record(kFltUvList, list);
+        file.pop();
+        ++placed;
+    }
+    void open() {
+        file.pop();
+        import(file);
+        ASSERT_TRUE(camera.lookFrom({35, 0, 120}, {35, 0.01, 0}));
+        draw();
+    }
+    /// In the middle of the left and of the right texel.
+    std::pair<render::Color, render::Color> at(int face) const {
+        return {colorAt({10. * face - 1.5, 0, 0}), colorAt({10. * face + 1.5, 0, 0})};
+    }
+
+    const TemporaryFolder folder;
+    FltBytes file{"f"};
+
+private:
+    void addVertices() {
+        constexpr std::uint32_t kMost = 8;
+        file.record(kFltVertexPalette, Bytes().u32(8 + 40 * 4 * kMost));
+        for (std::uint32_t i = 0; i < kMost; ++i)
+            for (const auto& [x, y] : {std::pair{-3, -3}, {3, -3}, {3, 3}, {-3, 3}})
+                file.record(kFltVertexWithColor,
+                            Bytes().zeros(4).f64(x + 10. * i).f64(y).f64(0).zeros(8));
+        file.push();
+    }
+
+    std::uint32_t count = 0, placed = 0;
+};
+
+TEST_F(LayersTest, LieOverWhatIsBelowAsTheirPicturesSay) {
+    constexpr std::uint32_t kFirst = 0x80000000, kThird = 0x20000000;
+    enum : unsigned { kModulate, kBlend, kDecal, kReplace, kAdd };
+    for (const unsigned how : {kModulate, kBlend, kDecal, kReplace, kAdd})
+        addPicture("picture" + std::to_string(how), static_cast<std::uint8_t>(how));
+    addFace(kFirst, {99}, kFirst);
+    for (const unsigned how : {kModulate, kBlend, kDecal, kAdd}) addFace(kFirst, {how}, kFirst);
+    addFace(kFirst, {kModulate}, kFirst, kFirst);
+    addFace(kFirst | kThird, {kModulate, kAdd}, kFirst | kThird, kThird);
+    addFace(kFirst, {kModulate}, 0);
+    open();
+    const auto [plain, right] = at(0);
+    EXPECT_EQ(plain, right) << "there is no such texture";
+    const render::Color grey = plain & 0xFF, white = 0xFFFFFF;
+    EXPECT_GT(grey, 60U);
+    EXPECT_LT(grey, 200U);
+    EXPECT_EQ(at(1), std::pair(grey << 16, plain));
+    EXPECT_EQ(at(2), std::pair(grey << 8 | grey, render::Color{0})) << "it lets the rest through";
+    EXPECT_EQ(at(3), std::pair(render::Color{0xFF0000}, white));
+    EXPECT_EQ(at(4), std::pair(0xFF0000 | grey << 8 | grey, white));
+    EXPECT_EQ(at(5), std::pair(plain, grey << 16)) << "by coordinates of its own";
+    EXPECT_EQ(at(6), std::pair(white, 0xFF0000 | grey << 8 | grey)) << "the third over the first";
+    EXPECT_EQ(at(7), std::pair(plain, plain)) << "without coordinates there is nowhere to be";
+}
+
+TEST_F(ShownTest, LightPointSystemsSwitchWeakenAndSteadyWhatIsBelow) {
+    FltBytes file("f");
+    file.push();
+    const auto addSystem = [&](float intensity, std::uint32_t state, std::uint32_t flags) {
+        file.record(kFltLightPointSystem,
+                    Bytes().field("s", 8).f32(intensity).u32(state).u32(flags));
+    };
+    constexpr std::uint32_t kOn = 0, kOff = 1, kRandom = 2, kEnabled = 0x80000000;
+    addSystem(1, kOn, kEnabled);
+    addSystem(0.5, kOff, kEnabled);
+    addSystem(1, kOn, 0);
+    addSystem(1, kRandom, kEnabled);
+    file.pop();
+    INode* const top = import(file);
+    FltLightPoint record;
+    record.animationPeriod = 2;
+    record.animationEnabledPeriod = 1;
+    const auto addPoint = [&](int system, double x, double y) {
+        INode* const point = node(FltNodeKind::LightPoint, record, top->GetChildNode(system));
+        auto* const object = new TriObject;
+        object->GetMesh().verts.Append(Point3{x, y, 0});
+        object->GetMesh().colors.Append(0x0000FF);
+        point->SetObjectRef(object);
+        return point;
+    };
+    INode* const plain = addPoint(0, -10, 0);
+    INode* const steady = addPoint(1, 0, 0);
+    addPoint(2, 10, 0);
+    draw();
+    EXPECT_EQ(nodeAt({-10, 0, 0}, 1), plain);
+    EXPECT_EQ(nodeAt({0, 0, 0}, 1), steady);
+    EXPECT_EQ(nodeAt({10, 0, 0}, 1), nullptr) << "not enabled";
+    EXPECT_NEAR(red(colorAt({0, 0, 0})), red(colorAt({-10, 0, 0})) / 2., 24);
+    EXPECT_LT(red(colorAt({0, 0, 0})), 160U);
+    options.seconds = 1.5;
+    draw();
+    EXPECT_EQ(nodeAt({-10, 0, 0}, 1), nullptr);
+    EXPECT_EQ(nodeAt({0, 0, 0}, 1), steady) << "it does not flash";
+    options.seconds = 0;
+    for (int i = 0; i < 12; ++i) addPoint(3, -11 + 2. * i, 10);
+    const auto seen = [&] {
+        draw();
+        std::vector<INode*> nodes;
+        for (int i = 0; i < 12; ++i)
+            if (INode* const point = nodeAt({-11 + 2. * i, 10, 0})) nodes.push_back(point);
+        return nodes;
+    };
+    const std::vector<INode*> lit = seen();
+    EXPECT_GT(lit.size(), 2U);
+    EXPECT_LT(lit.size(), 10U) << "each at a time of its own";
+    host.DeleteNode(plain);
+    EXPECT_EQ(seen(), lit) << "whatever else comes and goes";
+}
+
+TEST_F(ShownTest, OutlinesAreAsWideAsTheirLineStyleSays) {
+    FltBytes file("f");
+    for (const unsigned width : {1U, 7U})
+        file.record(kFltLineStylePalette, Bytes().u16(width).u16(0xFFFF).u32(width));
+    INode* const top = import(file);
+    FltFace record = twoSided();
+    record.drawType = kFltClosedOutline;
+    INode* const square = face(top, {0, 0, 0}, 0xFFFFFF, record);
+    const auto covered = [&](std::uint8_t style) {
+        record.lineStyleIndex = style;
+        EXPECT_TRUE(fltPutRecord(square, record));
+        draw();
+        int count = 0;
+        for (int y = 0; y < kSide; ++y) count += feed.nodeOf(canvas.item(kSide / 2, y)) == square;
+        return count;
+    };
+    const int thin = covered(1);
+    EXPECT_GE(thin, 2) << "two edges";
+    EXPECT_LE(thin, 4);
+    EXPECT_EQ(covered(9), thin) << "a style that there is not";
+    EXPECT_NEAR(covered(7), thin + 12, 2);
 }
 
 TEST_F(ShownTest, MaterialsThrowLightBackLikeMirrors) {

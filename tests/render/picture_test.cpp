@@ -355,11 +355,12 @@ TEST(TiffPicture, RefusesWhatItCannotShow) {
     EXPECT_EQ(faultOf({'I', 'I', 42, 0, 8, 0, 0, 0}), PictureFault::kCutShort);
     EXPECT_EQ(faultOf(tiff(false, {{257, 1}}, {})), PictureFault::kEmpty);
     EXPECT_EQ(faultOf(tiff(false, {{256, 65535}, {257, 65535}}, {})), PictureFault::kTooLarge);
-    for (const auto& [tag, value] : Fields{{259, 7}, {262, 5}, {284, 2}, {322, 16}, {258, 16}}) {
+    for (const auto& other : Fields{{259, 7}, {262, 5}, {284, 2}, {322, 16}, {258, 16}}) {
         Fields fields = one;
-        std::erase_if(fields, [&](const auto& field) { return field.first == tag; });
-        fields.emplace_back(tag, value);
-        EXPECT_EQ(faultOf(tiff(true, fields, {1, 2, 3})), PictureFault::kUnknownKind) << tag;
+        std::erase_if(fields, [&](const auto& field) { return field.first == other.first; });
+        fields.push_back(other);
+        EXPECT_EQ(faultOf(tiff(true, fields, {1, 2, 3})), PictureFault::kUnknownKind)
+            << other.first;
     }
 }
 

@@ -46,6 +46,44 @@ TEST_F(PictureVerbTest, DrawsTheSceneInTheSizeAndFromTheSideThatAreAskedFor) {
     EXPECT_NE(picture("width:320 height:200"), picture1) << "of the scene as it is now";
 }
 
+/// Shows one picture that is not there on every node with texture coordinates.
+class MissingPicture final : public NodeLookSource {
+public:
+    void BeginLooks(Interface*) noexcept override {}
+    void EndLooks() noexcept override {}
+    bool GetLook(INode*, NodeLook& look) noexcept override {
+        look.picture = "none.rgb";
+        return true;
+    }
+    bool GetBranch(INode*, NodeBranch&) noexcept override { return false; }
+    INode* GetInstanced(INode*) noexcept override { return nullptr; }
+    bool IsOnlyInstanced(INode*) noexcept override { return false; }
+};
+
+TEST_F(PictureVerbTest, SaysOnceOfASceneWhatIsMissing) {
+    const MissingPicture source;
+    const auto addSurface = [&] {
+        auto* const object = new TriObject;
+        Mesh& mesh = object->GetMesh();
+        for (const Point3& p : {Point3{0, 0, 0}, Point3{9, 0, 0}, Point3{0, 9, 0}}) {
+            mesh.verts.Append(p);
+            mesh.tVerts.Append(Point3f{0, 0, 0});
+        }
+        const DWORD corners[] = {0, 1, 2};
+        mesh.AppendPolygon(3, corners);
+        mesh.tvFaces.Append(TVFace{{0, 1, 2}});
+        host.CreateObjectNode(object, "surface");
+    };
+    const std::string line = "-- none.rgb: no such picture\n";
+    addSurface();
+    for (int i = 0; i < 3; ++i) picture("width:64 height:40");
+    EXPECT_EQ(printed, line);
+    core.newScene();
+    addSurface();
+    picture("width:64 height:40");
+    EXPECT_EQ(printed, line + line);
+}
+
 TEST_F(PictureVerbTest, RefusesWhatCannotBeDrawnOrWrittenAndLeavesTheFile) {
     const std::string file = path(u8"old.png");
     folder_.write(u8"old.png", std::vector<std::uint8_t>{1, 2});

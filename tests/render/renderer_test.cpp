@@ -58,6 +58,57 @@ TEST_F(RendererTest, PicksTheFrontmostThing) {
     EXPECT_EQ(canvas_.pick(2, 2, 1), kNoItem);
 }
 
+// From a hundred thousandth to a thousand million units: the same picture, to the pixel.
+TEST_F(RendererTest, ModelsOfAnySizeLookTheSame) {
+    const auto pictureOf = [&](View view, double size) {
+        scene_.clear();
+        addCube(scene_, {0, 0, 0}, 100 * size);
+        addCube(scene_, {200 * size, 70 * size, 0}, 3 * size);
+        addCube(scene_, {-80 * size, -60 * size, 50 * size}, 0.7 * size);
+        camera_.setView(view);
+        camera_.frame(scene_.box());
+        draw();
+        return std::vector<Color>(canvas_.pixels(), canvas_.pixels() + kWidth * kHeight);
+    };
+    for (const View view : {View::kPerspective, View::kTop}) {
+        const std::vector<Color> usual = pictureOf(view, 1);
+        for (const int power : {-24, -17, 13, 24})
+            EXPECT_EQ(pictureOf(view, std::ldexp(1., power)), usual) << power;
+    }
+}
+
+// A stone before the eye, the ground to the horizon and a mountain far away, of which the
+// user has clicked the mountain: nothing is cut off, before the eye or far away.
+TEST_F(RendererTest, TheNearAndTheFarAreWholeInOnePicture) {
+    for (const double reach : {1e3, 1e6}) {
+        SCOPED_TRACE(reach);
+        scene_.clear();
+        addCube(scene_, {0, 0, -reach}, 2 * reach);  // its top is the ground
+        const ItemIndex stone = addCube(scene_, {0, 1.5, 0.1}, 0.2);
+        const ItemIndex mountain = addCube(scene_, {0, 0.9 * reach, 0}, 0.1 * reach);
+        ASSERT_TRUE(camera_.lookFrom({0, 0, 1}, {0, 1, 0.75}));
+        camera_.focusAt(static_cast<float>(0.9 * reach));
+        ASSERT_NEAR(camera_.distance(), 0.9 * reach, 1);
+        draw();
+        EXPECT_EQ(itemAt({0, 1.5, 0.2}), stone);
+        EXPECT_EQ(itemAt({0.05, 1.4, 0.15}), stone);
+        EXPECT_EQ(itemAt({0, 0.85 * reach, 0.01 * reach}), mountain);
+        // Where the ground ends: from there down to the lower edge there is no gap.
+        const double slope = 1 / reach;
+        for (const double side : {-0.5, 0.0, 0.4}) {
+            const auto horizon = camera_.project({side, 1, 1 - slope});
+            ASSERT_TRUE(horizon);
+            const int x = static_cast<int>(horizon->x);
+            for (int y = static_cast<int>(horizon->y) + 2; y < kHeight; ++y)
+                ASSERT_NE(canvas_.item(x, y), kNoItem) << x << ' ' << y;
+            if (side != 0) {
+                for (int y = 0; y < static_cast<int>(horizon->y) - 2; ++y)
+                    ASSERT_EQ(canvas_.item(x, y), kNoItem) << x << ' ' << y;
+            }
+        }
+    }
+}
+
 TEST_F(RendererTest, SidesOfACubeDifferInBrightness) {
     addCube(scene_, {}, 10);
     camera_.frame(scene_.box());

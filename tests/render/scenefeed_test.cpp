@@ -1,9 +1,11 @@
+#include <render/renderer.h>
 #include <render/scenefeed.h>
 
 #include <kiln/host/host.h>
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <limits>
 #include <map>
 #include <set>
@@ -138,6 +140,7 @@ public:
     void EndLooks() noexcept override { --open; }
     bool GetLook(INode* node, NodeLook& look) noexcept override {
         EXPECT_EQ(open, 1);
+        ++asked;
         const auto found = looks.find(node);
         if (found == looks.end()) return false;
         look = found->second;
@@ -156,6 +159,7 @@ public:
     }
 
     int open = 0;
+    int asked = 0;  // for looks
     std::map<INode*, NodeLook> looks;
     std::map<INode*, NodeBranch> branches;
     std::map<INode*, INode*> definitions;
@@ -183,7 +187,6 @@ TEST_F(SceneFeedTest, SurfacesLookAsTheSourceSays) {
     EXPECT_EQ(surface.opacity, 0.5F);
     EXPECT_FALSE(surface.lit);
     EXPECT_EQ(surface.layer, 3);
-    EXPECT_TRUE(feed_.model().hasTranslucent());
     EXPECT_THAT(feed_.takeFailures(), testing::IsEmpty()) << "a box has no texture coordinates";
 }
 
@@ -331,6 +334,187 @@ TEST_F(SceneFeedTest, InstancesVeryDeepWithinOthersEnd) {
     for (const SceneModel* model = &feed_.model(); !model->placements().empty(); ++within)
         model = model->placements().front().model.get();
     EXPECT_EQ(within, 512u) << "models within one another";
+}
+
+/// A scene of many nodes, of which single ones change.
+class FollowingTest : public SceneFeedTest {
+protected:
+    FollowingTest() {
+        for (int i = 0; i < 30; ++i) {
+            INode* const group = host_.CreateObjectNode(new DummyObject, "group");
+            groups_.push_back(group);
+            for (int k = 0; k < 30; ++k) {
+                INode* const box = host_.CreateObjectNode(new BoxObject(1, 1, 1), "box");
+                box->SetNodeTM(0, TransMatrix({4. * k, 4. * i, 0}));
+                group->AttachChild(box);
+                boxes_.push_back(box);
+            }
+        }
+        branch(29).range = ViewRange{0, 300, {}};
+        INode* const definition = add(new BoxObject(3, 3, 3));
+        instance_ = add(nullptr);
+        instance_->SetNodeTM(0, TransMatrix({-20, 0, 0}));
+        source_.definitions[instance_] = definition;
+        host_.SelectNode(groups_[3]);
+        feed_.build(host_);
+        host_.SelectNode(groups_[29], false);
+        feed_.updateSelection();
+    }
+
+    INode* add(Object* object) { return host_.CreateObjectNode(object, "node"); }
+    NodeBranch& branch(std::size_t group) { return source_.branches[groups_[group]]; }
+    bool follow(std::vector<INode*> nodes) {
+        source_.asked = 0;
+        return feed_.follow(host_, nodes);
+    }
+
+    /// All that a picture and picking take from the model.
+    static std::vector<double> readOut(const SceneModel& model) {
+        std::vector<double> all;
+        const auto add = [&](const Box& box) {
+            for (const Vec3d p : {box.min, box.max}) all.insert(all.end(), {p.x, p.y, p.z});
+        };
+        add(model.box());
+        add(model.selectedBox());
+        all.insert(all.end(), {double(model.isPlain()), double(model.sample())});
+        for (const Item& item : model.items()) {
+            add(item.box);
+            add(item.selectionBox);
+            all.insert(all.end(), {double(item.outlined), double(item.hours), double(item.range),
+                                   model.surfaceOf(item).opacity, double(item.triangleCount)});
+            for (const Triangle& t :
+                 model.triangles().subspan(item.firstTriangle, item.triangleCount))
+                for (const std::uint32_t v : t.vertex)
+                    all.insert(all.end(), {double(t.color), model.vertices()[v].x, t.normal.y,
+                                           item.origin.x, double(t.edges)});
+        }
+        for (const Range& range : model.ranges())
+            all.insert(all.end(), {range.centre.x, range.centre.z, range.farthest});
+        for (const Mark& mark : model.marks()) all.insert(all.end(), {mark.position.x});
+        for (const Placement& placement : model.placements()) add(placement.place.box(model.box()));
+        model.walk([&](const Block& block) { return add(block.box), true; }, [](ItemIndex) {});
+        return all;
+    }
+    void expectAsReadAnew(const char* what) {
+        SceneFeed fresh;
+        fresh.build(host_);
+        EXPECT_EQ(readOut(feed_.model()), readOut(fresh.model())) << what;
+        EXPECT_EQ(feed_.counts().faces, fresh.counts().faces) << what;
+    }
+
+    Looks source_;
+    std::vector<INode*> groups_, boxes_;
+    INode* instance_;
+};
+
+TEST_F(FollowingTest, AnEditOfANodeIsReadWithoutTheScene) {
+    const auto meshOf = [&](INode* node) -> Mesh& {
+        return static_cast<TriObject*>(node->GetObjectRef())->GetMesh();
+    };
+    INode* const rim = boxes_.back();
+    const DWORD corners[] = {0, 1, 2, 3};
+    auto* const shape = new TriObject;
+    for (const Point3& p : {Point3{0, 0, 0}, Point3{9, 0, 0}, Point3{9, 9, 0}, Point3{0, 9, 0}})
+        shape->GetMesh().verts.Append(p);
+    shape->GetMesh().AppendPolygon(4, corners);
+    INode* const own = add(shape);
+    feed_.build(host_);
+
+    const struct {
+        const char* name;
+        INode* node;
+        int asked;
+        std::function<void()> make;
+    } edits[] = {
+        {"color", boxes_[7], 1, [&] { boxes_[7]->SetWireColor(0x123456); }},
+        {"look", boxes_[7], 1, [&] { source_.looks[boxes_[7]].opacity = 0.5F; }},
+        {"plain again", boxes_[7], 1, [&] { source_.looks.clear(); }},
+        {"beyond all others", rim, 1,
+         [&] {
+             rim->SetNodeTM(0, TransMatrix({900, 0, -70}));
+         }},
+        {"and back", rim, 1,
+         [&] {
+             rim->SetNodeTM(0, TransMatrix({3, 3, 3}));
+         }},
+        {"size", boxes_[1], 1,
+         [&] { static_cast<BoxObject*>(boxes_[1]->GetObjectRef())->SetSize(2, 2, 99); }},
+        {"a group", groups_[2], 30,
+         [&] {
+             groups_[2]->SetNodeTM(0, TransMatrix({0, 0, 50}));
+         }},
+        {"what moves all below", groups_[4], 30,
+         [&] {
+             branch(4).motion = TransMatrix({7, 7, 7});
+         }},
+        {"hours of all below", groups_[4], 30, [&] { branch(4).byDay = false; }},
+        {"range of all below", groups_[29], 30, [&] { branch(29).range->farthest = 20; }},
+        {"the middle of a range", boxes_[29 * 30], 1,
+         [&] {
+             boxes_[29 * 30]->SetNodeTM(0, TransMatrix({0, 0, -400}));
+         }},
+        {"an instance", instance_, 0,
+         [&] {
+             instance_->SetNodeTM(0, TransMatrix({-90, 0, 0}));
+         }},
+        {"more vertices in place", own, 1,
+         [&] {
+             meshOf(own).verts.Append(Point3{4, 4, 8});
+             meshOf(own).AppendPolygon(3, std::data({DWORD{0}, DWORD{1}, DWORD{4}}));
+         }},
+        {"fewer", own, 1, [&] { meshOf(own).faces.Delete(1, 2); }},
+    };
+    for (const auto& edit : edits) {
+        edit.make();
+        ASSERT_TRUE(follow({edit.node, edit.node})) << edit.name;
+        EXPECT_EQ(source_.asked, edit.asked) << edit.name;
+        expectAsReadAnew(edit.name);
+    }
+}
+
+// Whoever asks is told, and reads everything.
+TEST_F(FollowingTest, WhatChangesMoreThanItselfIsNotFollowed) {
+    EXPECT_FALSE(follow({host_.GetRootNode()}));
+    feed_.build(host_);
+    EXPECT_TRUE(follow({}));
+    EXPECT_FALSE(follow({source_.definitions[instance_]})) << "its instance shows it, too";
+    feed_.build(host_);
+    const std::uint32_t first = 1;
+    branch(8).shownChildren = &first;
+    branch(8).shownWords = 1;
+    EXPECT_FALSE(follow({groups_[8]})) << "a switch has other children now";
+    feed_.build(host_);
+    boxes_[0]->SetObjectRef(boxes_[1]->GetObjectRef());
+    EXPECT_FALSE(follow({boxes_[0]}));
+    feed_.build(host_);
+    EXPECT_FALSE(follow({boxes_[1]})) << "another node has the same object";
+    INode* const lamp = add(new GenLight(OMNI_LIGHT_CLASS_ID));
+    EXPECT_FALSE(follow({lamp})) << "nobody has read it";
+    feed_.build(host_);
+    EXPECT_FALSE(follow({lamp})) << "it lights all others";
+    EXPECT_FALSE(follow({boxes_[5]})) << "what was begun has to be ended by reading everything";
+    feed_.build(host_);
+    expectAsReadAnew("in the end");
+    const Looks other;
+    EXPECT_FALSE(follow({boxes_[5]})) << "who is asked knows other things";
+}
+
+// However often that is: what is left behind of shapes that have grown is bounded.
+TEST_F(FollowingTest, GrowingForEverDoesNotFillTheMemory) {
+    auto* const shape = new TriObject;
+    Mesh& mesh = shape->GetMesh();
+    for (int i = 0; i < 2; ++i) mesh.verts.Append(Point3{0, 1. * i, 0});
+    INode* const own = add(shape);
+    std::size_t most = 0;
+    for (DWORD i = 2; i < 300; ++i) {
+        mesh.verts.Append(Point3{1. * i, 0, 0});
+        const DWORD corners[] = {0, 1, i};
+        mesh.AppendPolygon(3, corners);
+        if (!follow({own})) feed_.build(host_);
+        most = std::max(most, feed_.model().vertices().size());
+    }
+    EXPECT_LT(most, 8 * 900u + 30'000);
+    expectAsReadAnew("after all");
 }
 
 TEST_F(SceneFeedTest, KeepsBadMeshesAndDeepScenesFromDoingHarm) {

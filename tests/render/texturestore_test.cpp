@@ -36,8 +36,8 @@ TEST(TextureStoreTest, FindsPicturesWhereTheirNamesSay) {
     EXPECT_EQ(shade(store.find(whole)), 1u) << "by its path";
     EXPECT_EQ(store.find("roof.rgb"), nullptr);
     EXPECT_THAT(store.takeFailures(), testing::ElementsAre("roof.rgb：没有这个图片文件"));
-    store.addFolder("");
-    store.addFolder(folder.file(""));
+    store.files().addFolder("");
+    store.files().addFolder(folder.file(""));
     EXPECT_EQ(shade(store.find("roof.rgb")), 3u) << "a folder that became known";
     EXPECT_EQ(shade(store.find("below\\wall.rgb")), 2u);
     EXPECT_EQ(shade(store.find("C:/of/another/computer/roof.rgb")), 3u);
@@ -53,7 +53,7 @@ TEST(TextureStoreTest, FindsPicturesWithoutRegardToCase) {
     folder.write(u8"Roof.rgb", grey(2));
     folder.write(u8"roof.RGB", grey(3));
     TextureStore store;
-    store.addFolder(folder.file(""));
+    store.files().addFolder(folder.file(""));
     EXPECT_EQ(shade(store.find("textures\\grass.rgb")), 1u);
     EXPECT_EQ(shade(store.find("D:/maps/ROOF.rgb")) & 2u, 2u) << "one of the two";
     EXPECT_EQ(store.find("textures/../none.rgb"), nullptr);
@@ -70,20 +70,20 @@ TEST(TextureStoreTest, FollowsNamesOnlyToComputersOfTheUsersOwnFolders) {
     std::ranges::replace(backslashes, '/', '\\');
     for (const char* const known : {"", "//other/share", "//./", "\\\\?\\UNC\\elsewhere"}) {
         TextureStore store;
-        store.addFolder(known);
+        store.files().addFolder(known);
         EXPECT_EQ(store.find(wall), nullptr) << known;
         EXPECT_EQ(store.find(backslashes), nullptr) << known;
         EXPECT_EQ(store.find("//./" + wall.substr(2)), nullptr) << known;
         EXPECT_EQ(store.find("/" + wall), nullptr) << known;
     }
     TextureStore store;
-    store.addFolder("\\\\" + host + "\\share");
+    store.files().addFolder("\\\\" + host + "\\share");
     EXPECT_EQ(shade(store.find(backslashes)), 1u);
     EXPECT_EQ(shade(store.find(wall)), 1u);
     EXPECT_EQ(store.find("//./" + wall.substr(2)), nullptr);
     EXPECT_EQ(store.find("//" + host + "@80" + rest), nullptr);
     TextureStore beside;
-    beside.addFolder(folder.file(""));
+    beside.files().addFolder(folder.file(""));
     EXPECT_EQ(shade(beside.find("\\\\elsewhere\\share\\wall.rgb")), 1u) << "beside the file";
 }
 #endif
@@ -98,7 +98,7 @@ TEST(TextureStoreTest, LooksFirstInTheFolderThatWasNamedLast) {
     TextureStore store;
     for (const std::uint32_t import : {1u, 2u, 1u, 1u, 2u}) {
         store.clear();
-        store.addFolder(folder.file(std::to_string(import).c_str()));
+        store.files().addFolder(folder.file(std::to_string(import).c_str()));
         EXPECT_EQ(shade(store.find("roof.rgb")), import);
     }
 }
@@ -110,7 +110,9 @@ TEST(TextureStoreTest, SaysOnceWhatCannotBeShown) {
     for (int i = 0; i < 3; ++i) EXPECT_EQ(store.find(path), nullptr);
     EXPECT_THAT(store.takeFailures(), testing::ElementsAre(path + "：不是已知格式的图片"));
     EXPECT_THAT(store.takeFailures(), testing::IsEmpty());
-    for (int i = 0; i < 30; ++i) store.find("missing" + std::to_string(i));
+    // From files in several folders.
+    for (const char* const from : {"", "a", "b"})
+        for (int i = 0; i < 30; ++i) store.find("missing" + std::to_string(i), from);
     const std::vector<std::string> many = store.takeFailures();
     EXPECT_EQ(many.size(), 10u);
     EXPECT_EQ(many[8], "missing8：没有这个图片文件");
@@ -123,7 +125,7 @@ TEST(TextureStoreTest, SaysOnceWhatCannotBeShown) {
 TEST(TextureStoreTest, NoticesWhatHasChangedOnDisk) {
     const TemporaryFolder folder;
     TextureStore store;
-    store.addFolder(folder.file(""));
+    store.files().addFolder(folder.file(""));
     const std::string wall = folder.write(u8"wall.rgb", grey(1));
     folder.write(u8"roof.rgb", grey(2));
     EXPECT_EQ(shade(store.find("wall.rgb")), 1u);

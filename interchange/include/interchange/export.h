@@ -20,6 +20,10 @@ struct ExportOptions {
     bool selectedOnly = false;
     /// One of `databasesOf`, as anything else is refused; null where there are not several.
     INode* database = nullptr;
+    /// Only this node with what lies below it, directly below the header of its database, and the
+    /// instance definitions that it refers to; null for the whole database. What is selected and
+    /// `database` do not matter then.
+    INode* top = nullptr;
 };
 
 /// The databases that an export may mean, in the scene's order: nodes with a header record that are

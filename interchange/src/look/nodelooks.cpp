@@ -10,11 +10,13 @@
 #include <kiln/kiln.h>
 #include <quillon/fltlightpointsystem.h>
 #include <quillon/fltlightsource.h>
+#include <quillon/fltlinestyle.h>
 #include <quillon/fltmaterial.h>
 #include <quillon/flttexture.h>
 #include <quillon/fltxref.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <numbers>
 
@@ -117,16 +119,15 @@ LightPointLook pointsOf(const Record& record) {
 /// Adds how light points change by an entry of the animation palette: a sequence is on for as long
 /// as all of its steps that are, of which the first begins the period.
 void animate(LightPointLook& look, const FltLightPointAnimation& animation) {
-    constexpr std::int32_t kSequence = 0, kRotating = 1, kStrobe = 2;
     constexpr std::uint32_t kOff = 1;
-    if (animation.type == kRotating) {
+    if (animation.type == FltLightPointAnimation::kRotating) {
         look.turn = animation.period;
         look.axis = Point3{animation.axis.x, animation.axis.y, animation.axis.z};
-    } else if (animation.type == kStrobe) {
+    } else if (animation.type == FltLightPointAnimation::kStrobe) {
         look.period = animation.period;
         look.delay = animation.phaseDelay;
         look.onTime = animation.enabledPeriod;
-    } else if (animation.type == kSequence) {
+    } else if (animation.type == FltLightPointAnimation::kFlashingSequence) {
         look.delay = animation.phaseDelay;
         for (const FltLightPointStep& step : animation.steps) {
             look.period += step.duration;
@@ -144,6 +145,8 @@ void NodeLooks::BeginLooks(Interface*) noexcept {
 void NodeLooks::EndLooks() noexcept {
     databases_.clear();
     definitions_.clear();
+    overrides_.clear();
+    overrideNumbers_.clear();
     family_ = {};
 }
 
@@ -181,7 +184,11 @@ bool NodeLooks::GetLook(INode* node, NodeLook& look) noexcept {
 bool NodeLooks::GetBranch(INode* node, NodeBranch& branch) noexcept {
     try {
         if (node == nullptr) return false;
-        switch (kindOf(node)) {
+        const FltNodeKind kind = kindOf(node);
+        if (static_cast<std::uint16_t>(kind) == kFltLightPointSystem) {
+            return describeLightSystem(*node, branch);
+        }
+        switch (kind) {
             case FltNodeKind::Switch:
                 return describeSwitch(*node, branch);
             case FltNodeKind::Dof:
@@ -237,6 +244,65 @@ bool NodeLooks::describeObject(INode& node, NodeBranch& branch) {
     return flags != 0 || transparency != 0;
 }
 
+/// The record of such a node is kept as it was read.
+bool NodeLooks::describeLightSystem(INode& node, NodeBranch& branch) {
+    const SourceRecords& kept = kept_.read(node);
+    if (kept.record.empty() || kept.record.opcode() != kFltLightPointSystem) return false;
+    FltLightPointSystem system;
+    system.readBytes(kept.record.bytes(), kept.revision);
+    branch.lightStrength =
+        (system.flags & FltLightPointSystem::kEnabled) != 0 ? shareOf(system.intensity) : 0;
+    branch.lightChange = system.animationState == FltLightPointSystem::kOff ? LightChange::kNever
+                         : system.animationState == FltLightPointSystem::kRandom
+                             ? LightChange::kAtRandom
+                             : LightChange::kAsTheySay;
+    return true;
+}
+
+/// The layers above the texture, with their coordinates where the file has them for each corner.
+void NodeLooks::describeLayers(INode& node, const Database& database, NodeLook& look) {
+    if (sourceChunk(node, SourceChunk::records).empty()) return;
+    const SourceRecords& kept = kept_.read(node);
+    const auto attached = [&](std::uint16_t opcode) {
+        return std::ranges::find_if(kept.attached, [&](const SourceRecord& entry) {
+            return !entry.isOpaque && entry.record.opcode() == opcode;
+        });
+    };
+    const auto layers = attached(kFltMultiTexture), coordinates = attached(kFltUvList);
+    if (layers == kept.attached.end()) return;
+    multiTexture_.readBytes(layers->record.bytes(), kept.revision);
+    uvList_.mask = 0;
+    uvList_.coordinates.clear();
+    if (coordinates != kept.attached.end())
+        uvList_.readBytes(coordinates->record.bytes(), kept.revision);
+    const auto* const object = dynamic_cast<const TriObject*>(node.GetObjectRef());
+    const auto corners = static_cast<std::size_t>(object ? object->GetMesh().verts.Count() : 0);
+    const auto step = static_cast<std::size_t>(std::popcount(uvList_.mask));
+    // Of morphing vertices those at 0 % count.
+    const std::size_t each = corners > 0 ? uvList_.coordinates.size() / corners : 0;
+    const bool fits = step > 0 && (each == step || each == 2 * step) &&
+                      uvList_.coordinates.size() == corners * each;
+    std::size_t ofLayers = 0, ofCoordinates = 0;
+    for (std::size_t i = 0; i < NodeLook::kMostLayers; ++i) {
+        const std::uint32_t bit = 0x80000000U >> i;
+        const std::size_t place = ofCoordinates;
+        if ((uvList_.mask & bit) != 0) ++ofCoordinates;
+        if ((multiTexture_.mask & bit) == 0) continue;
+        const FltTextureLayer& layer = multiTexture_.layers[ofLayers++];
+        const auto texture = database.textures.find(layer.textureIndex);
+        if (texture == database.textures.end()) continue;
+        PictureLayer& added = layers_[look.layerCount];
+        std::vector<float>& places = places_[look.layerCount++];
+        places.clear();
+        for (std::size_t k = 0; fits && (uvList_.mask & bit) != 0 && k < corners; ++k) {
+            const FltTextureCoordinates& uv = uvList_.coordinates[k * each + place * (each / step)];
+            places.insert(places.end(), {uv.u, uv.v});
+        }
+        added = {texture->second.c_str(), places.data(), places.size() / 2};
+    }
+    look.layers = layers_.data();
+}
+
 INode* NodeLooks::GetInstanced(INode* node) noexcept {
     try {
         return definitions_.of(node);
@@ -258,6 +324,41 @@ bool NodeLooks::GetReference(INode* node, NodeReference& reference) noexcept {
     } catch (...) {
         return false;
     }
+}
+
+std::uint32_t NodeLooks::EnterReference(INode* node) noexcept {
+    try {
+        const Overrides overrides = node == nullptr ? Overrides{} : overridesBy(*node);
+        overrides_.push_back(overrides);
+        if (overrides == Overrides{}) return 0;
+        const auto number = static_cast<std::uint32_t>(overrideNumbers_.size() + 1);
+        return overrideNumbers_.try_emplace(overrides, number).first->second;
+    } catch (...) {
+        return 0;
+    }
+}
+
+void NodeLooks::LeaveReference() noexcept {
+    if (!overrides_.empty()) overrides_.pop_back();
+}
+
+/// Of those that already count where the reference stands.
+NodeLooks::Overrides NodeLooks::overridesBy(INode& reference) {
+    FltXRef record;
+    if (!fltGetRecord(&reference, record)) return {};
+    const Database* const own = familyOf(reference).database;
+    Overrides overrides;
+    const auto take = [&](FltOverrideFlag flag, const Database* Overrides::*palette) {
+        if ((static_cast<std::uint32_t>(record.flags) & flag) != 0) {
+            overrides.*palette = databaseFor(palette, own);
+        }
+    };
+    take(kFltOverrideColors, &Overrides::colors);
+    take(kFltOverrideMaterials, &Overrides::materials);
+    take(kFltOverrideTextures, &Overrides::textures);
+    take(kFltOverrideLineStyles, &Overrides::lineStyles);
+    take(kFltOverrideLightPoints, &Overrides::lightPoints);
+    return overrides;
 }
 
 INode* NodeLooks::GetWhole(INode* node) noexcept {
@@ -287,7 +388,7 @@ bool NodeLooks::describeLight(INode& node, NodeLook& look) {
 /// The record of such a node is kept as it was read.
 bool NodeLooks::describeIndexedPoint(INode& node, NodeLook& look) {
     const SourceRecords kept = sourceRecordsOf(node);
-    const Database* const database = familyOf(node).database;
+    const Database* const database = databaseFor(&Overrides::lightPoints, familyOf(node).database);
     if (kept.record.empty() || kept.record.opcode() != kFltIndexedLightPoint || !database) {
         return false;
     }
@@ -343,6 +444,7 @@ NodeLooks::Database& NodeLooks::databaseOf(INode& header) {
             animation.readBytes(entry.record.bytes(), kept.revision);
             database.animations.emplace(animation.index, std::move(animation));
         }
+        if (entry.record.opcode() == kFltLineStylePalette) addLineStyle(entry.record, database);
         if (entry.record.opcode() == kFltColorPalette) {
             database.colors.readBytes(entry.record.bytes(), kept.revision);
         }
@@ -365,6 +467,13 @@ void NodeLooks::addTexture(const FltRecordView& record, Database& database) {
     if (record.length() < texture.lengthThrough(&texture.index)) return;
     texture.readBytes(record.bytes(), 0);
     database.textures.emplace(texture.index, textOf(texture.fileName));
+}
+
+void NodeLooks::addLineStyle(const FltRecordView& record, Database& database) {
+    FltLineStyle style;
+    if (record.length() < style.lengthThrough(&style.width)) return;
+    style.readBytes(record.bytes(), 0);
+    database.lineWidths.emplace(style.index, style.width);
 }
 
 /// The alternate color of a face or a mesh: its packed one, or the one that it names in the
@@ -412,12 +521,22 @@ void NodeLooks::describe(const Record& record, INode& node, NodeLook& look) {
                   : record.billboard == kFltPointBlended ? SurfaceFacing::kEye
                                                          : SurfaceFacing::kFixed;
     if (look.style == SurfaceStyle::kSurfaceAndOutline) {
-        look.outline = outlineOf(record, node, family.database);
+        look.outline = outlineOf(record, node, databaseFor(&Overrides::colors, family.database));
     }
-    look.picture = pictureOf(node, record.textureIndex, family.database);
-    if (family.database == nullptr) return;
-    const auto found = family.database->materials.find(record.materialIndex);
-    if (found == family.database->materials.end()) return;
+    describeTextures(record, node, look);
+    if (!overrides_.empty() && overrides_.back().colors != nullptr &&
+        (record.flags & (kFltSurfacePackedColors | kFltSurfaceNoColor)) == 0) {
+        const auto color = indexedColor(record.primaryColorIndex, overrides_.back().colors->colors);
+        if (color) look.color = colorOf(*color);
+    }
+    if (const Database* const lines = databaseFor(&Overrides::lineStyles, family.database)) {
+        const auto line = lines->lineWidths.find(record.lineStyleIndex);
+        if (line != lines->lineWidths.end()) look.lineWidth = static_cast<float>(line->second);
+    }
+    const Database* const materials = databaseFor(&Overrides::materials, family.database);
+    if (materials == nullptr) return;
+    const auto found = materials->materials.find(record.materialIndex);
+    if (found == materials->materials.end()) return;
     const Material& material = found->second;
     look.opacity *= material.alpha;
     if (!look.lit) return;
@@ -428,10 +547,22 @@ void NodeLooks::describe(const Record& record, INode& node, NodeLook& look) {
     look.shininess = material.shininess;
 }
 
+template <typename Record>
+void NodeLooks::describeTextures(const Record& record, INode& node, NodeLook& look) {
+    const Database* const own = familyOf(node).database;
+    const Database* const database = databaseFor(&Overrides::textures, own);
+    look.picture = pictureOf(node, record.textureIndex, database, database != own);
+    if (database == nullptr) return;
+    describeLayers(node, *database, look);
+    const auto detail = database->textures.find(record.detailTextureIndex);
+    if (detail != database->textures.end()) look.detail = detail->second.c_str();
+}
+
 /// The record says which picture a face has, unless its picture was made in the scene.
-const char* NodeLooks::pictureOf(INode& node, std::int32_t textureIndex, const Database* database) {
+const char* NodeLooks::pictureOf(INode& node, std::int32_t textureIndex, const Database* database,
+                                 bool isOverridden) {
     Texmap* const map = node.GetTexmap();
-    if (map != nullptr && map->ClassID() == BMTEX_CLASS_ID &&
+    if (map != nullptr && !isOverridden && map->ClassID() == BMTEX_CLASS_ID &&
         sourceChunk(*map, SourceChunk::records).empty()) {
         return static_cast<const BitmapTex*>(map)->GetMapName();
     }

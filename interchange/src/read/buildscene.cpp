@@ -175,7 +175,8 @@ private:
     }
 
     void showFace(INode& node, const FltFace& face) const {
-        if (const auto color = colorOf(face, palettes_.colors())) node.SetWireColor(*color);
+        if (const auto color = fltkilnutil::surfaceColor(face, palettes_.colors()))
+            node.SetWireColor(*color);
         if (face.flags & kFltSurfaceHidden) node.Hide(true);
         BitmapTex* const texture = palettes_.texture(face.textureIndex);
         if (texture != nullptr) node.SetTexmap(texture);

@@ -57,7 +57,7 @@ bool isWritable(INode& node, FltNodeKind kind) {
 class Planner {
 public:
     Planner(const ExportOptions& options, Interface& host)
-        : host_(host), selectedOnly_(options.selectedOnly) {
+        : host_(host), top_(options.top), selectedOnly_(top_ != nullptr || options.selectedOnly) {
         collectSelected();
         database_ = findDatabase(options);
     }
@@ -81,7 +81,7 @@ public:
         }
         plan_.nodes.front().end = static_cast<std::uint32_t>(plan_.nodes.size());
         const std::size_t databases = databasesIn(host_).size();
-        plan_.otherDatabases = databases == 0 ? 0 : databases - 1;
+        plan_.otherDatabases = databases == 0 || top_ != nullptr ? 0 : databases - 1;
         if (database_ == nullptr && plan_.nodes.size() == 1) {
             throw ExportError(text(TextId::kNoNodes));
         }
@@ -90,6 +90,7 @@ public:
 
 private:
     void collectSelected() {
+        if (top_ != nullptr) return select(top_);
         for (int i = 0; i < host_.GetSelNodeCount(); ++i) {
             select(host_.GetSelNode(i));
         }
@@ -150,6 +151,7 @@ private:
     }
 
     INode* findDatabase(const ExportOptions& options) const {
+        if (top_ != nullptr) return databaseAbove(top_);
         const std::vector<INode*> databases = databasesOf(host_, options);
         if (options.database == nullptr && databases.size() < 2) {
             return databases.empty() ? nullptr : databases.front();
@@ -162,6 +164,7 @@ private:
 
     /// A header cannot be moved in a file, except as it was when it was read; its children can.
     Matrix3 databasePlace() const {
+        if (top_ != nullptr) return {};
         const Matrix3 place = database_->GetLocalTM(host_.GetTime());
         return place == keptPlace(sourceRecordsOf(*database_)) ? Matrix3() : place;
     }
@@ -206,7 +209,9 @@ private:
         if (isHeader(&node) || (!selected && !leading_.contains(&node))) return;
         FltNodeKind kind{};
         Matrix3 above;
-        if (fltGetKind(&node, true, kind) && isWritable(node, kind)) {
+        if (top_ != nullptr && !selected) {
+            // It only leads to the top, or to what that refers to.
+        } else if (fltGetKind(&node, true, kind) && isWritable(node, kind)) {
             addToPlan(node, kind, next.above);
         } else {
             above = node.GetLocalTM(host_.GetTime()) * next.above;
@@ -234,6 +239,7 @@ private:
     }
 
     Interface& host_;
+    INode* top_;
     bool selectedOnly_;
     Plan plan_;
     INode* database_ = nullptr;

@@ -82,31 +82,22 @@ FileBytes RecordMerger::put(const FltRecord& record, std::uint32_t revision,
     merged_.assign(now.begin(), now.end());
     if (base != nullptr) {
         layOut(*base, then_, readRevision);
-        merge(read.bytes(), record.opcode() == kFltHeader, then_.length() == now_.length());
+        const FileBytes then = bytesOf(then_), stood = read.bytes();
+        const std::size_t length = std::min(stood.size(), then.size());
+        if (then.size() == now.size()) {
+            merged_ = fltPatchedRecord(stood, then, now);
+        } else if (record.opcode() == kFltHeader) {
+            // It has the same fields at each revision, as far as it goes; what stands behind those
+            // of one revision are fields of another.
+            merged_ = fltPatchedRecord(stood.first(length), then, now);
+        } else {
+            // The fields have other places.
+            const FileBytes tail = stood.subspan(length);
+            merged_.insert(merged_.end(), tail.begin(), tail.end());
+        }
     }
     fltStateLength(merged_);
     return merged_;
-}
-
-/// Works on whole records; their opcode is the same, and the length is put right afterwards.
-void RecordMerger::merge(FileBytes read, bool isHeader, bool sameLayout) {
-    const FileBytes then = bytesOf(then_);
-    // A header has the same fields at each revision, as far as it goes.
-    if (sameLayout || isHeader) {
-        const std::size_t common = std::min({merged_.size(), then.size(), read.size()});
-        for (std::size_t i = 0; i < common; ++i) {
-            if (merged_[i] == then[i]) merged_[i] = read[i];
-        }
-    }
-    // Where a header of another revision ends, this one has other fields.
-    if (read.size() > then.size() && (sameLayout || !isHeader)) {
-        const FileBytes tail = read.subspan(then.size());
-        merged_.insert(merged_.end(), tail.begin(), tail.end());
-    }
-    if (sameLayout && read.size() < then.size() &&
-        std::ranges::equal(FileBytes(merged_).subspan(read.size()), then.subspan(read.size()))) {
-        merged_.resize(read.size());
-    }
 }
 
 }  // namespace interchange

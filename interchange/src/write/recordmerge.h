@@ -37,8 +37,6 @@ public:
                   std::uint32_t readRevision);
 
 private:
-    void merge(FileBytes read, bool isHeader, bool sameLayout);
-
     RecordCache bases_{fltCreateFileRecord};
     FltToken token_;
     FltToken then_;

@@ -17,6 +17,20 @@ struct ScreenPoint {
     float x = 0, y = 0, depth = 0;
 };
 
+/// What a pixel shows lies on a line: from `start` along `way`, which is of unit length.
+struct Ray {
+    Vec3d start, way;
+};
+
+/// How a camera stands, whatever the size of the picture. `yaw` and `pitch`, in radians, are those
+/// of the perspective view, which another view keeps for later.
+struct CameraStand {
+    View view = View::kPerspective;
+    Vec3d target{};
+    double distance = 0;
+    float yaw = 0, pitch = 0;
+};
+
 /// How near the points of a flat surface are, over the screen. Found from the surface itself and
 /// not from corners on the screen, it is exact however far outside of the picture those are:
 /// surfaces in one plane have the same depths, and those a little apart keep their order far away.
@@ -67,6 +81,11 @@ public:
     /// there is no direction, or where one of them is not finite.
     bool lookFrom(Vec3d eye, Vec3d target);
 
+    CameraStand stand() const { return {view_, target_, distance_, yaw_, pitch_}; }
+    /// False, and nothing changes, where a number is not finite or the distance not of the
+    /// camera's.
+    bool setStand(const CameraStand& stand);
+
     Vec3d eye() const { return eye_; }
     Vec3d target() const { return target_; }
     double distance() const { return distance_; }
@@ -76,8 +95,22 @@ public:
     bool isParallel() const { return view_ != View::kPerspective; }
     /// Nothing nearer to the eye than this is drawn, in world units along the view direction.
     float nearDistance() const {
-        return isParallel() ? kParallelNear : static_cast<float>(distance_ * 1e-3);
+        return isParallel() ? kParallelNear : static_cast<float>(distance_ * kNearShare);
     }
+    /// The bounds beyond which nothing is drawn: the near one, and one on each side some widths of
+    /// the picture beside it, within which places on the screen are exact.
+    static constexpr int kBounds = 5;
+    /// How far within a bound a point in view space is; less than 0 beyond it.
+    double roomWithin(int bound, Vec3d view) const {
+        if (bound == 0) return view.z - double{nearDistance()};
+        const bool isAcross = bound <= 2;
+        const double slope = kBeside * double{isAcross ? sideSlope_ : heightSlope_};
+        const double reach = slope * (isParallel() ? distance_ : view.z);
+        const double out = isAcross ? view.x : view.y;
+        return reach - (bound % 2 == 0 ? out : -out);
+    }
+    /// Whether all points within `radius` of `centre` are within the bounds.
+    bool isWithinBounds(Vec3d centre, float radius) const;
     /// World units that one pixel covers at the target.
     float unitsPerPixel() const;
 
@@ -91,6 +124,8 @@ public:
     /// orbit, pan and zoom then go by what is there.
     void focusAt(float distance);
 
+    /// What the pixel at (`x`, `y`) shows.
+    Ray rayAt(float x, float y) const;
     /// A world point seen from the eye: x to the right, y up, z away from the viewer.
     Vec3 toView(Vec3d world) const { return toView(toFloat(world - eye_)); }
     /// The same for a point, or an offset, relative to the eye.
@@ -118,6 +153,10 @@ public:
 
 private:
     static constexpr float kParallelNear = -1e30f;
+    /// Of the distance of the target, which may be on the horizon while something stands before the
+    /// eye. Depths, being reciprocal, are as fine for all that.
+    static constexpr double kNearShare = 1e-7;
+    static constexpr double kBeside = 8;                     // times the picture
     static constexpr float kHalfFieldTangent = 0.41421356f;  // 45 degrees from top to bottom
 
     void update();

@@ -41,6 +41,12 @@ struct TextureCorner {
     Vec3 color;          ///< by which the texture is multiplied, 0 to 255
 };
 
+/// A further picture on a triangle: where its corners are on it.
+struct CornerLayer {
+    const Texture* texture = nullptr;
+    float u[3] = {}, v[3] = {};
+};
+
 /// Some rows of a picture with all that is drawn in them; what falls outside of them is left out,
 /// and no pixel depends on which rows are drawn together. Rows run from top to bottom without
 /// padding, one 32-bit word per pixel (0x00RRGGBB), which is what a top-down 32-bit
@@ -75,6 +81,11 @@ public:
     /// with `blended` it lets through what was drawn there before.
     void textured(const TextureCorner (&corners)[3], const Texture& texture, bool blended,
                   const Fill& fill);
+    /// The same with further pictures over the texture, which may be null, the lowest first, and
+    /// one that shows in between the texture's texels, which may be null.
+    void layered(const TextureCorner (&corners)[3], const Texture* texture,
+                 std::span<const CornerLayer> layers, const Texture* detail, bool blended,
+                 const Fill& fill);
     /// Draws a smooth line one pixel wide. Off-screen parts cost nothing.
     void line(ScreenPoint a, ScreenPoint b, const Paint& paint);
     /// The one pixel at a place.

@@ -60,6 +60,7 @@ struct Box {
     Vec3d min{kMost, kMost, kMost};
     Vec3d max{-kMost, -kMost, -kMost};
 
+    bool operator==(const Box&) const = default;
     bool empty() const { return min.x > max.x; }
 
     void add(Vec3d p) {
@@ -72,6 +73,17 @@ struct Box {
         add(other.min);
         add(other.max);
     }
+
+    bool contains(const Box& other) const {
+        return min.x <= other.min.x && min.y <= other.min.y && min.z <= other.min.z &&
+               max.x >= other.max.x && max.y >= other.max.y && max.z >= other.max.z;
+    }
+    /// Whether a point, or another box, that lies within may be what it ends with somewhere.
+    bool isAtRim(Vec3d p) const {
+        return p.x <= min.x || p.y <= min.y || p.z <= min.z || p.x >= max.x || p.y >= max.y ||
+               p.z >= max.z;
+    }
+    bool isAtRim(const Box& other) const { return isAtRim(other.min) || isAtRim(other.max); }
 
     Vec3d centre() const { return min * 0.5 + max * 0.5; }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace render {
@@ -39,6 +40,14 @@ Picture readSgiPicture(std::span<const std::uint8_t> bytes);
 /// and GIF; DDS in blocks of the kinds BC1 to BC3; TIFF, in strips of 8 bits a channel or 1. Throws
 /// `PictureError`, and `std::bad_alloc`.
 Picture readPicture(std::span<const std::uint8_t> bytes);
+
+/// The bytes of a plain SGI picture with 8 bits a channel: of one channel the red of each texel, of
+/// two also its alpha, of three its color, of four both. Sides are 1 to 65,535.
+std::string encodedSgi(const Picture& picture, int channels);
+
+/// The picture with other sides, at least 1: each texel is the mean of those that it covers, or the
+/// one that it lies in. What cannot be seen has no say in the color of what can.
+Picture resized(const Picture& picture, int width, int height);
 
 /// Pictures with more texels are refused.
 inline constexpr std::size_t kMostTexels = std::size_t{4096} * 4096;

@@ -1,11 +1,13 @@
 // The files that a scene refers to.
 #pragma once
 
+#include <base/filefinder.h>
 #include <kiln/nodelook.h>
 
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
 #include <unordered_set>
 #include <utility>
@@ -13,15 +15,13 @@
 
 namespace render {
 
-class TextureStore;
-
 /// Which nodes of other files the references of a scene show. Files are found as pictures are: in
-/// the folder of the file that names them, and then in those that the store knows. What has been
+/// the folder of the file that names them, and then in those that are searched. What has been
 /// read of them belongs to the core (`kiln::Core::readFileScene`).
 class References {
 public:
     /// `files` finds the files, and must outlive this.
-    explicit References(TextureStore& files) : files_(files) {}
+    explicit References(base::FileFinder& files) : files_(files) {}
 
     /// The scene is about to be read anew, with the references that it has then.
     void begin();
@@ -44,6 +44,11 @@ public:
     static std::size_t nodesRead();
     /// Another number after each file that is read, as of `begin`.
     std::uint64_t filesRead() const { return changes_; }
+    /// Whether the files that have been read are those of `begin`.
+    bool isCurrent() const;
+    /// What is missing, one sentence each.
+    std::vector<std::string> missing() const;
+    std::size_t missingCount() const { return missing_.size(); }
     /// What is missing and was not said before, one sentence each.
     std::vector<std::string> takeFailures();
     void clear();
@@ -51,21 +56,23 @@ public:
 private:
     struct File {
         std::string path = {}, folder = {};  ///< an empty path: not found
-        std::size_t foldersTried = 0;
+        std::size_t tried = 0;  ///< one more than `folderChanges` when it was looked for
     };
     using Part = std::pair<INode*, std::string>;
 
     File& fileOf(const std::string& folder, const std::string& name);
     INode* partOf(INode* root, const char* name);
-    void fail(std::string sentence);
+    void fail(const std::string& folder, std::string sentence);
 
-    TextureStore& files_;
+    base::FileFinder& files_;
     std::map<std::pair<std::string, std::string>, File> found_;  // by folder and name
     std::map<Part, INode*> parts_;                               // of files, null for none
     std::uint64_t changes_ = 0;                                  // when these were found
     std::vector<std::string> unread_;
     std::unordered_set<std::string> asked_;                         // the same
     std::map<std::string, std::filesystem::file_time_type> times_;  // of the files that were read
+    std::set<std::pair<std::string, std::string>> missing_;         // by folder; sentences
+    std::size_t folderChanges_ = 0;                                 // when files were found
     std::map<std::string, bool> said_;  // the sentences, and whether they were taken
 };
 

@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <span>
 #include <string>
 #include <tuple>
@@ -39,6 +40,10 @@ public:
     /// second time. Of files that are referred to those are shown that have been read. Throws
     /// `std::bad_alloc`, with a part of the scene shown.
     void build(Interface& host);
+    /// Takes over that these nodes have changed, and nothing else since `build`, reading them and
+    /// what is below them alone. False when that is not enough, or would be no faster: the model is
+    /// then good for nothing until the next `build`. Throws `std::bad_alloc`, and then likewise.
+    bool follow(Interface& host, std::span<INode* const> changed);
     /// Takes over which nodes are selected, when nothing else has changed since `build`.
     void updateSelection();
     /// Whether pictures or files that are referred to have changed on disk since they were read:
@@ -56,6 +61,9 @@ public:
     std::vector<std::string> takeFailures();
     const SceneCounts& counts() const { return counts_; }
 
+    /// What references do not find now, one sentence each.
+    std::vector<std::string> missing() const { return references_.missing(); }
+    std::size_t missingCount() const { return references_.missingCount(); }
     /// The files that the scene refers to and that have not been read, in the order in which they
     /// were found: once they have been (`kiln::FileScenes`), `build` shows them, and may find more.
     const std::vector<std::string>& unread() const { return references_.unread(); }
@@ -86,6 +94,8 @@ private:
         std::uint8_t hours = kAllHours;
         float opacity = 1;
         RangeIndex range = 0;
+        float lightStrength = 1;
+        LightChange lightChange = LightChange::kAsTheySay;
     };
 
     struct Visit {
@@ -96,13 +106,14 @@ private:
         Box subtree = {};
         bool elsewhere = false;       ///< in what is seen only where instances show it
         bool isOff = false;           ///< a switch above does not show it
+        bool hasLights = false;       ///< itself, or in what it shows
+        bool isMeasured = false;      ///< its range counts from the middle of its subtree
         std::uint32_t inherited = 0;  ///< index among what is inherited
-    };
-
-    /// A range that is measured to the middle of what hangs below a node.
-    struct Measured {
-        RangeIndex range;
-        std::size_t visit;
+        std::uint32_t below = 0;      ///< the same of what its children have from it; 0: nothing
+        RangeIndex range = 0;         ///< in which its children are seen; 0: in any
+        std::uint32_t firstChild = 0, childCount = 0;  ///< positions among the visits
+        std::size_t faces = 0;
+        const Object* object = nullptr;
     };
 
     /// What is read into one model: the scene, or what instances and references show of it.
@@ -112,11 +123,13 @@ private:
         INode* top = nullptr;       ///< what is read
         const std::string* folder;  ///< of the file that it is in; empty for the scene's own
         std::size_t depth = 0;
-        bool isCut = false;  ///< something is left out because of what it is within
+        std::uint32_t looksBy = 0;  ///< as what refers to it has it, or 0
+        bool isCut = false;         ///< something is left out because of what it is within
         std::size_t faces = 0;
         std::vector<Visit> visits = {};
         std::vector<Inherited> inherited = {};  // the first is that of the top
-        std::vector<Measured> measured = {};
+        bool isFollowing = false;               ///< visits are made again
+        ItemIndex placedBefore = kNoItem;       ///< by the one that is being made again
     };
 
     /// What instances and references show.
@@ -124,14 +137,24 @@ private:
         std::shared_ptr<const SceneModel> model;
         std::size_t faces = 0;
     };
-    /// By what it is of, whether its vertices' normals count, and whether it is moved.
-    using SharedKey = std::tuple<INode*, bool, bool>;
+    /// By what it is of, whether its vertices' normals count, whether it is moved, and how what
+    /// refers to it has it look.
+    using SharedKey = std::tuple<INode*, bool, bool, std::uint32_t>;
 
     void reset();
     void readScene(Interface& host);
     void visitAll(Reading& reading);
     void visit(Reading& reading, std::size_t at);
     void visitChildren(Reading& reading, std::size_t at);
+    void decide(Reading& reading, std::size_t at);
+    void show(Reading& reading, std::size_t at);
+    ItemIndex openPlaced(Reading& reading);
+    bool followNode(Reading& scene, std::size_t top, std::size_t& allowed);
+    bool mayFollow(std::size_t at) const;
+    bool revisit(Reading& scene, std::size_t at);
+    void boundAbove(Reading& scene, std::size_t at, Box before);
+    void indexVisits();
+    std::size_t visitOf(const INode* node) const;
     std::uint32_t inheritanceOf(Reading& reading, std::size_t at, const NodeBranch& branch);
     void addRange(Reading& reading, std::size_t at, const ViewRange& range, Inherited& below);
     bool isElsewhere(const Reading& reading, std::size_t at) const;
@@ -140,7 +163,7 @@ private:
     void showMissing(Reading& reading, std::size_t at);
     void place(Reading& reading, std::size_t at, const Shared& shared);
     Shared sharedOf(Reading& reading, INode& top, std::size_t at, const Matrix3& move,
-                    const std::string& folder);
+                    const std::string& folder, std::uint32_t looksBy);
     bool mayRead(Reading& reading, const INode& top) const;
     static Matrix3 placeOf(const Reading& reading, std::size_t at);
     void addNode(Reading& reading, std::size_t at, bool standsForAnother);
@@ -149,23 +172,35 @@ private:
     void addMesh(Reading& reading, const Matrix3& place, const struct Mesh& mesh, INode& node,
                  const Inherited& inherited);
     void addTriangles(Reading& reading, const struct Mesh& mesh, const NodeLook& look, Color color,
-                      bool isTextured, bool isMirrored);
+                      std::span<const PictureLayer* const> layers, bool isMirrored);
     NodeLook lookOf(INode& node);
     Surface surfaceFor(const Reading& reading, const NodeLook& look, bool hasTexture,
                        Color wireColor);
+    std::vector<const PictureLayer*> layersFor(const Reading& reading, const NodeLook& look,
+                                               const struct Mesh& mesh, bool hasTexture,
+                                               Surface& surface);
     void addFinishes(Reading& reading, const Matrix3& place, const struct Mesh& mesh,
                      const NodeLook& look);
-    void addPoints(Reading& reading, const Matrix3& place, const struct Mesh& mesh, INode& node);
+    void addPoints(Reading& reading, const Matrix3& place, const struct Mesh& mesh, INode& node,
+                   const Inherited& inherited);
     static void boundSubtrees(Reading& reading);
+    static Box boundsOf(const Reading& reading, std::size_t at);
+    static void setBounds(Reading& reading, std::size_t at, const Box& box);
 
     SceneModel model_;
     TextureStore textures_;
-    References references_{textures_};
+    References references_{textures_.files()};
     NodeLookSource* looks_ = nullptr;  // while the scene is being read
-    std::vector<INode*> nodes_;        // by item
+    const NodeLookSource* askedLast_ = nullptr;
+    std::vector<INode*> nodes_;  // by item
     std::vector<INode*> shown_;
     std::vector<Visit> visits_;               // of the scene itself
-    std::map<SharedKey, Shared> instanced_;   // of the scene, as it is
+    std::vector<Inherited> inherited_;        // the same
+    std::vector<std::size_t> byNode_;         // visits by the addresses of their nodes
+    std::vector<const Object*> severalHave_;  // objects of more than one node, by their addresses
+    std::set<const INode*> tops_;             // what instances in the scene show
+    bool isIndexed_ = false;
+    std::map<SharedKey, Shared> instanced_;   // of the scene, as it is, or as it has files look
     std::map<SharedKey, Shared> referenced_;  // of files, as long as none is read
     std::uint64_t filesRead_ = 0;             // when `referenced_` was made
     std::size_t nodesInstanced_ = 0, mostInstanced_ = 0, cut_ = 0;

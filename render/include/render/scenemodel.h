@@ -6,9 +6,11 @@
 
 #include <kiln/nodelook.h>
 
+#include <array>
 #include <compare>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -37,6 +39,18 @@ enum class DrawStyle : std::uint8_t { kBothSides, kFrontOnly, kOutline, kSurface
 /// vertical, or wholly.
 enum class Facing : std::uint8_t { kFixed, kUpright, kEye };
 
+/// The pictures on a surface beside its own texture.
+struct TextureLayers {
+    static constexpr std::size_t kMost = NodeLook::kMostLayers;
+
+    std::array<const Texture*, kMost> textures{};  ///< not owned; the lowest first
+    std::size_t count = 0;
+    const Texture* detail = nullptr;  ///< not owned; in between the texels of the texture, or null
+
+    bool empty() const { return count == 0 && !detail; }
+    bool operator==(const TextureLayers&) const = default;
+};
+
 /// How light makes colors of a surface, and which part of it is drawn.
 struct Surface {
     /// What the surface reflects of the light from everywhere and from lamps, and what it shines
@@ -50,8 +64,10 @@ struct Surface {
     std::int8_t layer = 0;  ///< drawn over surfaces of lower layers in the same place
     DrawStyle style = DrawStyle::kBothSides;
     Facing facing = Facing::kFixed;
+    std::uint8_t lineWidth = 1;        ///< of an outline, in pixels
     Color outline = 0;                 ///< with kSurfaceAndOutline
     const Texture* texture = nullptr;  ///< not owned; for triangles with texture coordinates
+    std::uint32_t layers = 0;          ///< their number in the model; 0 for none
 
     bool isTranslucent() const { return opacity < 1 || (blended && texture); }
     bool operator==(const Surface&) const = default;
@@ -90,6 +106,7 @@ struct Item {
     /// Of the texture coordinates of its triangles' corners, when it has them.
     std::uint32_t firstTexturePlace = 0;
     bool isTextured = false;
+    std::uint8_t layerCount = 0;  ///< each with texture coordinates of its own
     bool selected = false;
     bool outlined = false;  ///< selected, or below something that is
     std::uint8_t hours = kAllHours;
@@ -103,6 +120,10 @@ struct Item {
     float sphereRadius = 0;
 
     bool hasSurface() const { return triangleCount > 0 || placement != kNoPlacement; }
+    /// Of each triangle: three of the texture, and then of each layer.
+    std::size_t placesOfTriangle() const {
+        return isTextured ? 3 * (1 + std::size_t{layerCount}) : 0;
+    }
 };
 
 /// Three vertices in counter-clockwise order, seen from the front.
@@ -159,8 +180,8 @@ struct Block {
     bool isPlain = true;         ///< opaque, at any time and from any distance
 };
 
-/// Built anew whenever the scene has changed; the vectors keep their room from one time to the
-/// next. Turning the camera reads it only.
+/// Built anew when the scene has changed, the vectors keeping their room from one time to the next,
+/// or item by item (`reopenItem`). Turning the camera reads it only.
 class SceneModel {
 public:
     /// Items or blocks in a block.
@@ -170,30 +191,39 @@ public:
 
     /// Starts the next item; the surface and marks added next belong to it.
     ItemIndex beginItem();
+    /// Empties an item that was closed: what is added next belongs to it, as after `beginItem`,
+    /// until `endItem`. Its place among the items stays, and whether it is selected. False, and
+    /// nothing happens, for one that the model cannot take back: with light points, or placed light
+    /// points that change.
+    bool reopenItem(ItemIndex item);
+    /// Brings up to date what the model says of all its items, after some of them were reopened.
+    /// False when they do not fit in: the model then has to be built anew.
+    bool endReopening();
     /// Adds a vertex of the current item, in world space; returns its index within the item.
     std::uint32_t addVertex(Vec3d world);
     /// Sets the finishes of the current item's vertices, one for each in their order. Called once
     /// all of them have been added.
     void setFinishes(std::span<const Finish> finishes);
+    /// A number for these, for surfaces.
+    std::uint32_t addLayers(const TextureLayers& layers);
     /// Sets for the current item a surface other than the plain one, before its triangles.
     void setSurface(const Surface& surface);
     /// Adds a triangle by the indices that addVertex returned. An index that does not exist, or a
-    /// vertex that is not a finite point, leaves the triangle out. On a surface with a texture
-    /// `places` are those of its corners; null for none.
+    /// vertex that is not a finite point, leaves the triangle out. On a surface with a texture or
+    /// layers `places` are those of its corners, and then for each layer; null for none.
     void addTriangle(std::uint32_t a, std::uint32_t b, std::uint32_t c, Color color,
                      std::uint8_t edges = Triangle::kAllEdges,
                      const TexturePlace* places = nullptr);
     /// When, and from how far away, the current item is to be seen.
-    void setHours(std::uint8_t hours) { items_.back().hours = hours; }
-    void setRange(RangeIndex range) { items_.back().range = range; }
+    void setHours(std::uint8_t hours) { items_[open_].hours = hours; }
+    void setRange(RangeIndex range) { items_[open_].range = range; }
     /// Adds a range of distances. Its centre may be set later, when it is known.
     RangeIndex addRange(const Range& range);
+    void changeRange(RangeIndex index, const Range& range) { ranges_[index] = range; }
     void setRangeCentre(RangeIndex range, Vec3d centre) { ranges_[range].centre = centre; }
     /// Levels of detail are chosen by hiding what is below them, and not by the eye.
     void setLevelsHidden() { levelsHidden_ = true; }
-    void addMark(MarkKind kind, Vec3d world, Color color) {
-        addMark(kind, world, color, static_cast<ItemIndex>(items_.size() - 1));
-    }
+    void addMark(MarkKind kind, Vec3d world, Color color) { addMark(kind, world, color, open_); }
     /// The same, of an item that may be closed.
     void addMark(MarkKind kind, Vec3d world, Color color, ItemIndex item);
     /// A look of light points; the ones added next have it.
@@ -219,10 +249,9 @@ public:
     std::span<const Finish> finishes() const { return finishes_; }
     std::span<const Triangle> triangles() const { return triangles_; }
     const Surface& surfaceOf(const Item& item) const { return surfaces_[item.surface]; }
-    /// Three for each triangle of a textured item.
+    const TextureLayers& layersOf(const Surface& surface) const { return layers_[surface.layers]; }
+    /// As many for each triangle as its item says.
     std::span<const TexturePlace> texturePlaces() const { return texturePlaces_; }
-    /// Whether some surface lets through what lies behind it.
-    bool hasTranslucent() const { return hasTranslucent_; }
     std::span<const Mark> marks() const { return marks_; }
     std::span<const LightPointLook> lightLooks() const { return lightLooks_; }
     /// Whether some light point, of models within too, changes with time.
@@ -266,9 +295,20 @@ private:
         auto operator<=>(const SeenEdge&) const = default;
     };
 
+    /// What an item had before it was reopened.
+    struct Reopened {
+        Item item;
+        std::size_t mark = 0;  ///< the number of its mark
+        bool hasMark = false;  ///< that nothing has taken the place of
+    };
+
     void dropDoubleEdges(const Item& item);
+    void takeOldPlace(Item& item);
+    void replaceMark(const Mark& mark);
+    Box boxOfMarks(bool shownAlways) const;
     void addBlocks();
     Block blockOf(ItemIndex index) const;
+    Block blockAt(std::size_t level, std::size_t index) const;
 
     template <typename Enter, typename See>
     void walkBlock(std::size_t level, std::size_t block, const Enter& enter, const See& see) const {
@@ -286,8 +326,8 @@ private:
     std::vector<Finish> finishes_;
     std::vector<Triangle> triangles_;
     std::vector<Surface> surfaces_{1};
+    std::vector<TextureLayers> layers_{1};
     std::vector<TexturePlace> texturePlaces_;
-    bool hasTranslucent_ = false;
     std::vector<Mark> marks_;
     std::vector<LightPointLook> lightLooks_{1};
     bool changes_ = false;
@@ -300,8 +340,13 @@ private:
     bool isPlain_ = true;
     std::uint64_t weight_ = 0;
     bool levelsHidden_ = false;
+    ItemIndex open_ = kNoItem;
+    std::optional<Reopened> reopened_;
+    bool fits_ = true;                 // all that was reopened
+    std::size_t waste_ = 0;            // what no item has any more
     std::vector<SeenEdge> seenEdges_;  // working memory
-    Box box_, helperBox_;
+    Box box_;                          // of surfaces and shownMarkBox_
+    Box shownMarkBox_, helperBox_;
 };
 
 }  // namespace render

@@ -10,11 +10,12 @@ namespace render {
 
 /// How a surface uses a picture, as the file beside it says.
 struct TextureUse {
-    enum class Color { kModulate, kDecal, kReplace, kAdd };
+    enum class Color { kModulate, kBlend, kDecal, kReplace, kAdd };
 
     bool clampU = false, clampV = false;  ///< the rim goes on outside, instead of repetitions
     bool isPointed = false;               ///< each texel has one color, instead of smooth ones
-    Color color = Color::kModulate;       ///< what becomes of the surface's own color
+    /// What becomes of the color below. To blend is for layers; elsewhere it is to modulate.
+    Color color = Color::kModulate;
 
     bool isPlain() const { return *this == TextureUse{}; }
     bool operator==(const TextureUse&) const = default;
