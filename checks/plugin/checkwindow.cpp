@@ -793,10 +793,13 @@ bool CheckWindow::PreTranslateMessage(MSG& message) {
         const CWaitCursor wait;
         LVITEMW state{};
         state.state = state.stateMask = LVIS_SELECTED;
-        // The control may tell of each row.
+        // The control may tell of each row, and ask for each to be drawn.
         isRefreshing_ = true;
+        ::SendMessageW(list(), WM_SETREDRAW, FALSE, 0);
         ::SendMessageW(list(), LVM_SETITEMSTATE, static_cast<WPARAM>(-1),
                        reinterpret_cast<LPARAM>(&state));
+        ::SendMessageW(list(), WM_SETREDRAW, TRUE, 0);
+        ::InvalidateRect(list(), nullptr, TRUE);
         isRefreshing_ = false;
         noteFocus();
         enableActions();

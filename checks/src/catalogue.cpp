@@ -16,36 +16,39 @@ constexpr Mend kNoMend = Mend::kNone;
 constexpr Mend kSafe = Mend::kSafe;
 constexpr Mend kAsk = Mend::kOnRequest;
 
+/// Where a sentence has words of ours.
+constexpr unsigned kFirst = 1, kSecond = 2;
+
 constexpr RuleInfo kRules[] = {
     {HDR_REVISION, kError, kAsk},
-    {RECORD_TOO_NEW, kWarning, kNoMend},
+    {RECORD_TOO_NEW, kWarning, kNoMend, kFirst},
     {HDR_UNITS, kError, kAsk},
     {HDR_STORAGE, kWarning, kSafe},
     {HDR_ORIGIN, kHint, kNoMend},
-    {HDR_PROJECTION, kWarning, kNoMend, 0},
-    {HDR_ELLIPSOID, kWarning, kNoMend, 0},
+    {HDR_PROJECTION, kWarning, kNoMend, kFirst},
+    {HDR_ELLIPSOID, kWarning, kNoMend, kFirst},
     {COUNTER_BEHIND, kWarning, kSafe},
     {NAME_LONG, kHint, kSafe},
     {NAME_DUPLICATE, kHint, kAsk},
     {NAME_CHARS, kHint, kAsk},
     {GROUP_EMPTY, kHint, kAsk},
     {DEPTH_EXCESS, kError, kNoMend},
-    {CHILD_KIND, kError, kNoMend},
+    {CHILD_KIND, kError, kNoMend, kFirst | kSecond},
     {LOD_REVERSED, kError, kAsk},
     {LOD_GAP, kWarning, kAsk},
     {LOD_OVERLAP, kWarning, kAsk},
     {LOD_CENTER, kWarning, kSafe},
-    {LOD_UNREACHABLE, kWarning, kNoMend, 0},
+    {LOD_UNREACHABLE, kWarning, kNoMend, kFirst},
     {LOD_SIZE, kWarning, kAsk},
     {SWITCH_MASK_SHORT, kError, kSafe},
     {SWITCH_CURRENT, kError, kAsk},
     {SWITCH_STRAY_BITS, kHint, kSafe},
     {SWITCH_NEVER, kHint, kNoMend},
-    {SWITCH_EMPTY, kWarning, kAsk, 0},
-    {DOF_LIMITS, kWarning, kAsk, 0},
-    {DOF_CURRENT, kWarning, kAsk, 0},
+    {SWITCH_EMPTY, kWarning, kAsk, kFirst},
+    {DOF_LIMITS, kWarning, kAsk, kFirst},
+    {DOF_CURRENT, kWarning, kAsk, kFirst},
     {DOF_FRAME, kError, kNoMend},
-    {DOF_SCALE_ZERO, kWarning, kSafe, 0},
+    {DOF_SCALE_ZERO, kWarning, kSafe, kFirst},
     {MATRIX_SINGULAR, kError, kNoMend},
     {XREF_MISSING, kError, kNoMend},
     {XREF_CYCLE, kError, kNoMend},
@@ -60,24 +63,24 @@ constexpr RuleInfo kRules[] = {
     {FACE_DUPLICATE, kWarning, kAsk},
     {FACE_OVERLAP, kWarning, kNoMend},
     {SUBFACE_OUTSIDE, kWarning, kNoMend},
-    {INDEX_RANGE, kError, kAsk, 0},
+    {INDEX_RANGE, kError, kAsk, kFirst},
     {DRAW_LINE_AREA, kHint, kNoMend},
-    {BILLBOARD, kWarning, kNoMend, 1},
+    {BILLBOARD, kWarning, kNoMend, kSecond},
     {UV_MISSING, kWarning, kNoMend},
     {NORMAL_MISSING, kWarning, kSafe},
     {VERTEX_NONFINITE, kError, kNoMend},
     {VERTEX_UNUSED, kHint, kSafe},
     {VERTEX_DUPLICATE, kHint, kSafe},
     {VERTEX_FAR, kWarning, kAsk},
-    {LP_DARK, kWarning, kNoMend, 0},
-    {LP_DIRECTION, kWarning, kNoMend, 0},
+    {LP_DARK, kWarning, kNoMend, kFirst},
+    {LP_DIRECTION, kWarning, kNoMend, kFirst},
     {LP_SIZE, kWarning, kAsk},
-    {LP_INDEX, kError, kNoMend, 0},
+    {LP_INDEX, kError, kNoMend, kFirst},
     {TEX_MISSING, kError, kNoMend},
-    {TEX_SIZE, kWarning, kNoMend},
-    {PALETTE_UNUSED, kHint, kSafe, 0},
+    {TEX_SIZE, kWarning, kAsk},
+    {PALETTE_UNUSED, kHint, kSafe, kFirst},
     {MAT_ALPHA_ZERO, kWarning, kNoMend},
-    {BUDGET, kWarning, kNoMend, 0},
+    {BUDGET, kWarning, kNoMend, kFirst},
     {NOT_JUDGED, kHint, kNoMend},
 };
 
@@ -119,7 +122,7 @@ std::span<const RuleInfo> catalogue() noexcept {
 }
 
 const RuleInfo& infoOf(Rule rule) noexcept {
-    static constexpr RuleInfo kFound{kQueryFound, kHint, kNoMend, -1, "", 0};
+    static constexpr RuleInfo kFound{kQueryFound, kHint, kNoMend, 0, "", 0};
     if (rule == kQueryFound) return kFound;
     return kCatalogue[static_cast<std::size_t>(rule)];
 }

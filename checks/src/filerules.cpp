@@ -47,6 +47,16 @@ std::vector<std::string> namesIn(const fs::path& path) {
 /// Which files refer to which. Each is read once, however many refer to it.
 class FileReferences {
 public:
+    /// One path for all names of a file. The way to a folder of many files is followed once.
+    fs::path whole(const fs::path& path) {
+        std::error_code unknown;
+        if (fs::is_symlink(path, unknown)) return wholePath(path);
+        const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
+        const auto [entry, isNew] = folders_.try_emplace(folder);
+        if (isNew) entry->second = wholePath(folder);
+        return entry->second / path.filename();
+    }
+
     /// Whether the file at `start`, or one that it refers to, refers to `home`.
     bool leadsTo(const fs::path& start, const fs::path& home) {
         constexpr std::size_t kMostFiles = 200;
@@ -69,12 +79,13 @@ private:
         const std::vector<std::string> folders{base::textOf(path.parent_path())};
         for (const std::string& name : namesIn(path)) {
             if (const fs::path next = findNamedFile(name, folders); !next.empty())
-                entry->second.insert(wholePath(next));
+                entry->second.insert(whole(next));
         }
         return entry->second;
     }
 
     std::map<fs::path, std::set<fs::path>> known_;
+    std::map<fs::path, fs::path> folders_;
 };
 
 void judgeReferences(Gathered& all, const std::vector<std::string>& folders) {
@@ -93,7 +104,7 @@ void judgeReferences(Gathered& all, const std::vector<std::string>& folders) {
         if (database.node == kNone) continue;
         const std::string home = all.source.fileOf(all.nodes[database.node].place);
         if (home.empty()) continue;
-        if (references.leadsTo(wholePath(path), wholePath(base::pathFrom(home))))
+        if (references.leadsTo(references.whole(path), references.whole(base::pathFrom(home))))
             all.found(Rule::XREF_CYCLE, reference.node, name);
     }
 }
@@ -112,7 +123,8 @@ void judgeTexture(Gathered& all, std::int32_t index, const PaletteEntry& texture
     const std::uint32_t most = all.target.limits.textureSide;
     if (!std::has_single_bit(size->width) || !std::has_single_bit(size->height) ||
         std::max(size->width, size->height) > most)
-        all.found(Rule::TEX_SIZE, texture.node, texture.name, size->width, size->height);
+        all.foundDetail(Rule::TEX_SIZE, texture.node, index, texture.name, size->width,
+                        size->height);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // What a node's record says by itself.
 #include "gathered.h"
+#include "texts.h"
 
 #include <quillon/fltdof.h>
 #include <quillon/fltface.h>
@@ -292,7 +293,7 @@ void judgePlace(Gathered& all, std::uint32_t number, const Node& node) {
     if (kept.parent != kNone) {
         const std::uint16_t parent = all.nodes[kept.parent].kind;
         if (!mayStandBelow(kept.kind, parent))
-            all.found(Rule::CHILD_KIND, number, fltRecordName(kept.kind), fltRecordName(parent));
+            all.found(Rule::CHILD_KIND, number, recordWord(kept.kind), recordWord(parent));
     }
     if (node.hasTransform) {
         const bool isFinite = node.transform.isFinite();

@@ -1,5 +1,6 @@
 // What the records that belong to a node say.
 #include "gathered.h"
+#include "texts.h"
 
 #include <diagnostics/assertion.h>
 #include <quillon/fltlightpointpalettes.h>
@@ -35,10 +36,10 @@ bool read(Record& record, const FltRecordView& view, std::uint32_t revision,
 
 void useLayers(Gathered& all, std::uint32_t number, const FltMultiTexture& record) {
     Database& database = all.databaseOf(number);
-    constexpr std::uint16_t kNoIndex = 0xFFFF;
     for (const FltTextureLayer& layer : record.layers) {
         database.use(Palette::kMapping, layer.mappingIndex);
-        if (layer.textureIndex != kNoIndex && !database.use(Palette::kTexture, layer.textureIndex))
+        if (layer.textureIndex != FltTextureLayer::kNone &&
+            !database.use(Palette::kTexture, layer.textureIndex))
             all.foundDetail(Rule::INDEX_RANGE, number, layer.textureIndex, "texture of a layer",
                             std::int32_t{layer.textureIndex});
     }
@@ -118,8 +119,8 @@ void judgeAge(Gathered& all, std::uint32_t number, std::uint16_t opcode) {
     if (!all.target.revision) return;
     const FltNewerRecord* const newer = fltNewerRecord(opcode);
     if (newer != nullptr && newer->revision > *all.target.revision)
-        all.found(Rule::RECORD_TOO_NEW, number, fltRecordName(opcode),
-                  revisionText(newer->revision), revisionText(*all.target.revision));
+        all.found(Rule::RECORD_TOO_NEW, number, recordWord(opcode), revisionText(newer->revision),
+                  revisionText(*all.target.revision));
 }
 
 }  // namespace

@@ -17,10 +17,9 @@ std::string Finding::filled(std::string_view sentence, base::Language language) 
     // A sentence has at most four places.
     std::array<std::string_view, 4> filling;
     for (std::size_t i = 0; i < filling.size() && i < values.size(); ++i) filling[i] = values[i];
-    std::string word;
-    if (const int at = infoOf(rule).word; at >= 0 && static_cast<std::size_t>(at) < values.size())
-        filling[static_cast<std::size_t>(at)] = word =
-            wordOf(values[static_cast<std::size_t>(at)], language);
+    std::array<std::string, 4> words;
+    for (std::size_t i = 0; i < filling.size() && i < values.size(); ++i)
+        if (infoOf(rule).words >> i & 1) filling[i] = words[i] = wordOf(values[i], language);
     return base::fillText(sentence, {filling[0], filling[1], filling[2], filling[3]});
 }
 

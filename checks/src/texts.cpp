@@ -1,9 +1,11 @@
 #include "texts.h"
 
 #include <base/texttable.h>
+#include <quillon/fltrecordtype.h>
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <optional>
 
 namespace checks {
@@ -13,6 +15,16 @@ namespace {
 constexpr base::TextRow kTexts[] = {
 #define TEXT_ROW(name, id, chinese, english) {id, chinese, english},
 #include "texts.inc"
+#undef TEXT_ROW
+};
+
+struct RecordWord {
+    std::string_view record;
+    base::TextRow text;
+};
+constexpr RecordWord kRecordWords[] = {
+#define TEXT_ROW(name, id, chinese, english) {#name, {id, chinese, english}},
+#include <checks/recordwords.inc>
 #undef TEXT_ROW
 };
 
@@ -47,8 +59,17 @@ std::string textOf(TextNumber text, base::Language language,
                             static_cast<std::uint16_t>(language), values);
 }
 
+std::string recordWord(std::uint16_t opcode) {
+    const std::string_view name = fltRecordName(opcode);
+    const auto* const found = std::ranges::find(kRecordWords, name, &RecordWord::record);
+    return std::string(found == std::end(kRecordWords) ? name : found->text.english);
+}
+
 std::string wordOf(const std::string& english, base::Language language) {
     if (language == base::Language::kEnglish) return english;
+    for (const RecordWord& word : kRecordWords)
+        if (english == word.text.english)
+            return base::tableText({&word.text, 1}, word.text.id, language);
     for (const base::TextRow& row : kTexts) {
         if (row.id >= static_cast<unsigned>(TextNumber::kTargetLine)) break;
         if (const auto values = matched(english, row.english))

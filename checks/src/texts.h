@@ -3,6 +3,7 @@
 
 #include <base/language.h>
 
+#include <cstdint>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -17,6 +18,9 @@ enum class TextNumber : unsigned {
 
 std::string textOf(TextNumber text, base::Language language,
                    std::initializer_list<std::string_view> values = {});
+
+/// What a record is called in a sentence, in English; its name where there is no word for it.
+std::string recordWord(std::uint16_t opcode);
 
 /// A word that findings hold in English, in `language`, with the numbers in it; itself where it is
 /// none.

@@ -2,7 +2,10 @@
 // mend: it removes what was found, and adds nothing.
 #include "checkscene.h"
 
+#include <base/file.h>
+#include <base/paths.h>
 #include <fltkilnutil/actions.h>
+#include <fltkilnutil/texturemaps.h>
 #include <gtest/gtest.h>
 #include <quillon/fltdof.h>
 #include <quillon/fltinstance.h>
@@ -55,6 +58,7 @@ std::string picture(unsigned width, unsigned height) {
     bytes[0] = 1, bytes[1] = static_cast<char>(0xDA), bytes[3] = 1, bytes[5] = 3;
     bytes[6] = static_cast<char>(width >> 8), bytes[7] = static_cast<char>(width);
     bytes[8] = static_cast<char>(height >> 8), bytes[9] = static_cast<char>(height);
+    bytes[11] = 3;
     return bytes;
 }
 
@@ -435,7 +439,7 @@ const Case kCases[] = {
     {Rule::FACE_DUPLICATE,
      [](CheckScene& s, bool faulty, Target&) {
          Corners again = square(10, faulty ? 0 : 20);
-         std::ranges::rotate(again, again.begin() + 1);
+         std::rotate(again.begin(), again.begin() + 1, again.end());
          s.addFace(s.object, again);
      },
      true},
@@ -569,7 +573,8 @@ const Case kCases[] = {
          const FltTexture record = texture(0, "a.rgb");
          s.keep(s.database, {&record});
          textured(s);
-     }},
+     },
+     true},
     {Rule::PALETTE_UNUSED,
      [](CheckScene& s, bool faulty, Target&) {
          FltMaterial used, unused;
@@ -642,9 +647,9 @@ TEST_P(RuleTest, FindsTheFaultAndNothingElse) {
             const std::string text = finding.text(language);
             EXPECT_EQ(text.find_first_of("{}"), std::string::npos) << text;
             // Words of ours stand in it in its language.
-            if (const int word = checks::infoOf(finding.rule).word; word >= 0) {
-                const std::string& value = finding.values.at(static_cast<std::size_t>(word));
-                EXPECT_EQ(text.find(value) == std::string::npos,
+            for (std::size_t i = 0; i < finding.values.size(); ++i) {
+                if ((checks::infoOf(finding.rule).words >> i & 1) == 0) continue;
+                EXPECT_EQ(text.find(finding.values[i]) == std::string::npos,
                           language == base::Language::kChinese)
                     << text;
             }
@@ -739,6 +744,77 @@ TEST(Mend, ChangesAMeshThatTheHistoryKeepsButNoneThatIsShownElsewhere) {
     for (const Finding& finding : report.findings)
         EXPECT_TRUE(checks::mend(scene.host, {}, finding));
     EXPECT_EQ(listOf(scene.check()), "");
+}
+
+TEST(Mend, MakesASmallerPictureBesideTheOneThatIsTooLarge) {
+    CheckScene scene;
+    std::string large = picture(6, 3);
+    for (unsigned channel = 0; channel < 3; ++channel)
+        for (const char* const row :
+             {"\x0A\x14\x1E\x28\x32\x3C", "\x46\x50\x5A\x64\x6E\x78", "\1\1\1\1\1\1"})
+            large += row;
+    const std::string attributes("\0\0\0\6\0\0\0\3rest", 12);
+    std::filesystem::create_directory(base::pathFrom(scene.folder.file("pictures")));
+    writeFile(scene.folder.file("pictures/bark.rgb"), large);
+    writeFile(scene.folder.file("pictures/bark.rgb.attr"), attributes);
+    writeFile(scene.folder.file("pictures/bark_4x2.rgb"), "another one's");
+    const FltTexture record = texture(0, "pictures/bark.rgb");
+    scene.keep(scene.database, {&record});
+    OwnedPtr<BitmapTex> map = fltkilnutil::makeTextureMap("pictures/bark.rgb", 0);
+    BitmapTex& shown = *map;
+    textured(scene)->SetTexmap(map.release());
+    const checks::Report report = scene.check();
+    ASSERT_EQ(listOf(report), "TEX_SIZE n1: the texture pictures/bark.rgb is 6 by 3\n");
+    const std::string name = "pictures/bark_4x2_2.rgb";
+    kiln::Core::get()->history().endCommand();
+    ASSERT_TRUE(checks::mend(scene.host, {}, report.findings.front()));
+    EXPECT_EQ(listOf(scene.check()), "");
+    EXPECT_STREQ(shown.GetMapName(), name.c_str());
+    const auto read = [&](const std::string& file) {
+        std::string bytes;
+        EXPECT_FALSE(base::readFile(scene.folder.file(file.c_str()), bytes)) << file;
+        return bytes;
+    };
+    // The first row covers one row of the other, the second one two; the columns one, two, one,
+    // two.
+    const std::string plane = "\x0A\x19\x28\x37\x24\x2B\x33\x3A";
+    EXPECT_EQ(read(name).substr(0, 12), std::string("\1\xDA\0\1\0\3\0\4\0\2\0\3", 12));
+    EXPECT_EQ(read(name).substr(512), plane + plane + plane);
+    EXPECT_EQ(read(name + ".attr"), std::string("\0\0\0\4\0\0\0\2rest", 12));
+    // What was there is as it was.
+    EXPECT_EQ(read("pictures/bark.rgb"), large);
+    EXPECT_EQ(read("pictures/bark.rgb.attr"), attributes);
+    EXPECT_EQ(read("pictures/bark_4x2.rgb"), "another one's");
+    kiln::Core::get()->history().endCommand();
+    kiln::Core::get()->history().goTo(kiln::Core::get()->history().stepCount() - 1);
+    EXPECT_STREQ(shown.GetMapName(), "pictures/bark.rgb");
+    // A picture that was made before serves.
+    ASSERT_TRUE(checks::mend(scene.host, {}, report.findings.front()));
+    EXPECT_STREQ(shown.GetMapName(), name.c_str());
+}
+
+TEST(Mend, LeavesTheSceneAndTheFolderWhereAPictureCannotBeMadeSmaller) {
+    CheckScene scene;
+    writeFile(scene.folder.file("bark.rgb"), picture(6, 3));
+    // As long as a name may be: there is no room for another one.
+    std::string longest = "bark.rgb";
+    while (longest.size() + 2 < sizeof FltTexture::fileName) longest.insert(0, "./");
+    for (const std::string& name : {longest, std::string("bark.rgb")}) {
+        const FltTexture record = texture(0, name);
+        scene.keep(scene.database, {&record});
+        textured(scene);
+        const checks::Report report = scene.check();
+        ASSERT_EQ(report.countOf(Rule::TEX_SIZE), 1U) << listOf(report);
+        const std::string before = kiln::Core::get()->sceneText();
+        Target target;
+        if (name != longest) target.limits.textureSide = 0;
+        EXPECT_FALSE(checks::mend(scene.host, target, report.findings.front()));
+        EXPECT_EQ(kiln::Core::get()->sceneText(), before);
+        EXPECT_EQ(
+            std::distance(
+                std::filesystem::directory_iterator(base::pathFrom(scene.folder.file(""))), {}),
+            1);
+    }
 }
 
 TEST(Mend, LooksForPaletteEntriesInWholeRecordsOnly) {

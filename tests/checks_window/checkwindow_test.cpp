@@ -380,7 +380,7 @@ TEST_F(CheckWindowTest, IsReachableByKeyboardInBothLanguages) {
                 EXPECT_TRUE(keys.insert(mark[1]).second) << base::toUtf8(text);
             }
         }
-        EXPECT_EQ(keys.size(), 18u);
+        EXPECT_EQ(keys.size(), 19u);
     }
     EXPECT_EQ(textOf(control(IDC_RUN)), "&Check");
     EXPECT_EQ(cell(0, 0), "Error");

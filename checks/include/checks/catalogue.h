@@ -30,7 +30,7 @@ struct RuleInfo {
     Rule rule;
     Severity severity;  ///< unless a target says otherwise
     Mend mend;
-    int word = -1;               ///< which value of the sentence is a word of ours; -1 for none
+    unsigned words = 0;          ///< which values of the sentence are words of ours: bit i for {i}
     const char* code = nullptr;  ///< "FACE_CONCAVE"
     unsigned textId = 0;         ///< of its sentence
 };

@@ -1,15 +1,21 @@
 #include <checks/mends.h>
 
+#include "smallerpicture.h"
+
 #include <base/file.h>
 #include <base/paths.h>
 #include <base/text.h>
 #include <checks/counters.h>
+#include <checks/namedfile.h>
+#include <checks/scenesource.h>
 #include <fltkilnutil/actions.h>
 #include <fltkilnutil/kilnflt.h>
 #include <fltkilnutil/meshgeometry.h>
 #include <fltkilnutil/scenegeometry.h>
 #include <fltkilnutil/sourcerecords.h>
 #include <kiln/kiln.h>
+#include <kiln/searchfolders.h>
+#include <palettes/edits.h>
 #include <quillon/fltdof.h>
 #include <quillon/fltface.h>
 #include <quillon/fltfactory.h>
@@ -30,6 +36,7 @@
 #include <filesystem>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace checks {
@@ -282,9 +289,7 @@ std::string relativePath(Interface& host, std::string name) {
     namespace fs = std::filesystem;
     std::ranges::replace(name, '\\', '/');
     const fs::path path = base::pathFrom(name);
-    for (const int id : {KILN_IMPORT_DIR, KILN_SCENE_DIR, KILN_IMAGE_DIR}) {
-        const std::string folderName = host.GetDir(id);
-        if (folderName.empty()) continue;
+    for (const std::string& folderName : SearchFolders(host)) {
         const fs::path folder = base::pathFrom(folderName);
         const fs::path relative = path.lexically_relative(folder);
         if (!relative.empty() && *relative.begin() != ".." && base::isFile(path))
@@ -343,6 +348,29 @@ bool mendPath(const Patient& at) {
             palette.replace(record, bytes);
             return true;
         });
+}
+
+/// The entry names a smaller picture, which is made beside the one that it named. That one stays,
+/// and so does the smaller one when the step is undone.
+bool mendTextureSize(const Patient& at) {
+    const palettes::Database database(at.node);
+    const auto index = static_cast<std::int32_t>(at.finding.detail);
+    const palettes::Entry* const entry = database.find(palettes::Palette::kTexture, index);
+    const std::string name(valueOf(at, 0));
+    if (entry == nullptr || entry->name != name) return false;
+    const std::vector<std::string> folders = SceneSource(at.host).folders();
+    const std::optional<SmallerPicture> smaller =
+        smallerPicture(findNamedFile(name, folders), at.target.limits.textureSide);
+    if (!smaller) return false;
+    const std::size_t slash = name.find_last_of("/\\:");
+    const std::string named = name.substr(0, slash == std::string::npos ? 0 : slash + 1) +
+                              base::textOf(smaller->path.filename());
+    // A file of that name in another of the folders would be taken for it.
+    const std::filesystem::path found = findNamedFile(named, folders);
+    if (!found.empty() && found != smaller->path) return false;
+    palettes::setField(at.node, palettes::Palette::kTexture, *entry, "fileName", named);
+    smaller->write();
+    return true;
 }
 
 bool mendUnusedEntry(const Patient& at) {
@@ -556,6 +584,7 @@ constexpr MendRow kMends[] = {
     {Rule::VERTEX_DUPLICATE, mendDuplicateVertices},
     {Rule::VERTEX_FAR, mendFar},
     {Rule::LP_SIZE, mendPixelSizes},
+    {Rule::TEX_SIZE, mendTextureSize},
     {Rule::PALETTE_UNUSED, mendUnusedEntry},
 };
 

@@ -5,6 +5,7 @@
 #include <fltkilnutil/meshgeometry.h>
 #include <fltkilnutil/sourcerecords.h>
 #include <kiln/kiln.h>
+#include <kiln/searchfolders.h>
 #include <quillon/fltfactory.h>
 #include <quillon/fltrecordtype.h>
 #include <quillon/fltvertexlist.h>
@@ -234,11 +235,7 @@ std::string SceneSource::nameAt(std::uint64_t place) const {
 }
 
 std::vector<std::string> SceneSource::folders() const {
-    std::vector<std::string> folders;
-    for (const int id : {KILN_IMPORT_DIR, KILN_SCENE_DIR, KILN_IMAGE_DIR})
-        if (const char* const folder = walk_->host().GetDir(id); *folder != 0)
-            folders.emplace_back(folder);
-    return folders;
+    return SearchFolders(walk_->host());
 }
 
 std::string SceneSource::fileOf(std::uint64_t place) const {
