@@ -9,6 +9,7 @@
 #include <framework/filedialog.h>
 #include <framework/gdi.h>
 #include <kiln/kiln.h>
+#include <kiln/searchfolders.h>
 #include <quillon/fltfilereader.h>
 #include <quillon/fltlightpointpalettes.h>
 #include <quillon/fltlightsourcepalette.h>
@@ -31,7 +32,7 @@ namespace {
 constexpr UINT_PTR kQuietTimer = 1;
 constexpr UINT kQuietMilliseconds = 200;
 constexpr UINT kThumbnailMade = WM_APP + 21;
-constexpr int kColorColumns = 32, kIntensities = 128;
+constexpr int kColorColumns = 32, kIntensities = 1 << FltColorPalette::kIntensityBits;
 
 constexpr TextId kTabs[kPaletteCount] = {
     TextId::kColors,       TextId::kMaterials,   TextId::kTextures,  TextId::kMappings,
@@ -275,11 +276,7 @@ void PaletteWindow::read() {
 void PaletteWindow::refresh() {
     const CWaitCursor wait;
     watch_->Take();
-    std::vector<std::string> folders;
-    for (const int id : {KILN_IMPORT_DIR, KILN_SCENE_DIR, KILN_IMAGE_DIR})
-        if (const char* const folder = host_->GetDir(id); *folder != 0)
-            folders.emplace_back(folder);
-    thumbnails_->setFolders(std::move(folders));
+    thumbnails_->setFolders(SearchFolders(*host_));
     listDatabases();
     read();
     showPalette(palette_);
@@ -418,7 +415,7 @@ void PaletteWindow::showFields() {
     }
     const grid::CGridCtrl::UpdateScope update(fields_);
     fields_.EndEdit(false);
-    const int top = fields_.TopRow();
+    const int top = fields_.TopLine();
     fields_.SetRowCount(static_cast<int>(shownFields_.size()) + 1);
     for (std::size_t i = 0; i < shownFields_.size(); ++i) {
         const int row = static_cast<int>(i) + 1;
@@ -428,7 +425,7 @@ void PaletteWindow::showFields() {
         const bool isFixed = field.name == "index" || field.name == "paletteIndex";
         fields_.SetCellEditor(row, 1, isFixed ? grid::EditorKind::kNone : grid::EditorKind::kEdit);
     }
-    fields_.SetTopRow(top);
+    fields_.SetTopLine(top);
     fields_.ExpandColumnsToFit();
 }
 

@@ -1,31 +1,15 @@
 #include "thumbnails.h"
 
 #include <base/file.h>
-#include <base/paths.h>
+#include <base/filefinder.h>
 #include <render/picture.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <span>
 
 namespace palettes {
 
 namespace {
-
-namespace fs = std::filesystem;
-
-/// Where the picture is: as it is named, below one of the folders, or beside what is there.
-std::string findPicture(std::string name, const std::vector<std::string>& folders) {
-    std::ranges::replace(name, '\\', '/');
-    const fs::path path = base::pathFrom(name);
-    if (path.is_absolute() && base::isFile(path)) return base::genericTextOf(path);
-    for (const std::string& folder : folders)
-        for (const fs::path& below : {path, path.filename()})
-            if (const fs::path whole = base::pathFrom(folder) / below;
-                !below.empty() && !below.is_absolute() && base::isFile(whole))
-                return base::genericTextOf(whole);
-    return {};
-}
 
 /// Each small pixel is the mean of those that it stands for, over a light ground.
 std::vector<std::uint32_t> madeSmall(const render::Picture& picture) {
@@ -68,7 +52,9 @@ Thumbnail read(const std::string& file, const std::vector<std::string>& folders)
     Thumbnail made;
     made.state = Thumbnail::State::kMissing;
     try {
-        made.path = findPicture(file, folders);
+        base::FileFinder files;
+        files.setLastFolders(folders);
+        made.path = files.locate(file).value_or(std::string());
         if (made.path.empty()) return made;
         made.state = Thumbnail::State::kUnreadable;
         std::string bytes;

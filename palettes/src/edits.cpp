@@ -2,8 +2,9 @@
 
 #include <palettes/references.h>
 
-#include "classes.h"
-#include "recordpatch.h"
+#include "entryrecords.h"
+#include "showing.h"
+#include "step.h"
 
 #include <diagnostics/assertion.h>
 #include <fltkilnutil/indexedcolor.h>
@@ -13,7 +14,6 @@
 #include <fltkilnutil/texturemaps.h>
 #include <fltkilnutil/vertextails.h>
 #include <kiln/kiln.h>
-#include <kiln/undo.h>
 #include <quillon/fltface.h>
 #include <quillon/fltfieldedit.h>
 #include <quillon/fltfilereader.h>
@@ -34,52 +34,13 @@ namespace palettes {
 namespace {
 
 using fltkilnutil::FileBytes, fltkilnutil::SourceChunk, fltkilnutil::SourceRecord,
-    fltkilnutil::SourceRecords, fltkilnutil::SourceRecordsEdit;
-using Bytes = std::vector<std::uint8_t>;
-
-/// A step of the history that is kept once `Commit` is called.
-class Step : public UndoScope {
-public:
-    explicit Step(CoreText name) : UndoScope(coreText(name).c_str()) {}
-};
+    fltkilnutil::SourceRecordsEdit;
 
 void refuseColors(Palette palette) {
     if (palette == Palette::kColor) throw Refusal(CoreText::kColorsStay);
 }
 
 // ---------------------------------------------------------------- records
-
-/// A record as it stands in a file.
-Bytes bytesOf(const FltRecord& record, std::uint32_t revision) {
-    FltToken token;
-    record.writeToken(token, revision);
-    token.finish();
-    return {token.data(), token.data() + token.length()};
-}
-
-/// Puts a record among those that are kept: behind the last of its kind and what belongs to that;
-/// the first of its kind in front of the vertices and the hierarchy.
-void insert(SourceRecordsEdit& edit, FileBytes record) {
-    const std::vector<SourceRecord>& attached = edit.kept().attached;
-    const std::uint16_t opcode = fltRecordHead(record).opcode;
-    auto place = attached.end();
-    for (auto i = attached.begin(); i != attached.end(); ++i)
-        if (!i->isOpaque && i->record.opcode() == opcode) place = i;
-    if (place != attached.end()) {
-        ++place;
-        while (place != attached.end() && place->isOpaque) ++place;
-    } else {
-        place = std::ranges::find_if(attached, [](const SourceRecord& one) {
-            return !one.isOpaque && (one.record.opcode() == kFltVertexPalette ||
-                                     one.record.opcode() == kFltPushLevel);
-        });
-    }
-    if (place == attached.end()) {
-        edit.append(record);
-    } else {
-        edit.insertBefore(place->record, record);
-    }
-}
 
 /// An entry of before an edit of the palettes is none any more.
 void checkEntry(const Database& database, const Entry& entry) {
@@ -92,18 +53,6 @@ void checkEntry(const Database& database, const Entry& entry) {
 /// The record of `entry` as `edit` has it.
 const FltRecordView& recordIn(const SourceRecordsEdit& edit, const Entry& entry) {
     return edit.kept().attached.at(entry.place).record;
-}
-
-Bytes withIndex(const FltRecordView& view, Palette palette, std::uint32_t revision,
-                std::int32_t index) {
-    return withClass(palette, [&](auto its) {
-        using Its = decltype(its);
-        typename Its::Record before;
-        before.readBytes(view.bytes(), revision);
-        auto after = before;
-        after.*Its::kIndex = index;
-        return patched(view, before, after, revision);
-    });
 }
 
 void store(SourceRecordsEdit& edit, const Database& database) {
@@ -127,7 +76,7 @@ void setPictures(INode& database, std::int32_t index, const std::string& before,
 
 bool isSame(FltLightSourcePalette a, const FltLightSourcePalette& b) {
     a.paletteIndex = b.paletteIndex;
-    return bytesOf(a, kFltRevision) == bytesOf(b, kFltRevision);
+    return recordBytes(a, kFltRevision) == recordBytes(b, kFltRevision);
 }
 
 /// The lights that look like the entry become what it is now.
@@ -152,33 +101,11 @@ void showColor(INode& database, std::int32_t entry, const FltPackedColor& before
     const auto isIts = [&](std::uint32_t index) {
         return index >> FltColorPalette::kIntensityBits == static_cast<std::uint32_t>(entry);
     };
-    forEachUser(database, Palette::kColor, entry, [&](INode& node) {
-        FltFace face;
-        FltNodeKind kind{};
-        if (fltGetKind(&node, false, kind) && kind == FltNodeKind::Face &&
-            fltGetRecord(&node, face) && isIts(face.primaryColorIndex) &&
-            node.GetWireColor() == shade(face.primaryColorIndex, before))
-            node.SetWireColor(shade(face.primaryColorIndex, after));
-        Object* const object = node.GetObjectRef();
-        if (object == nullptr || object->ClassID() != TRIOBJ_CLASS_ID) return;
-        Mesh& mesh = static_cast<TriObject*>(object)->GetMesh();
-        if (mesh.colors.IsEmpty()) return;
-        FileBytes tails = fltkilnutil::sourceChunk(node, SourceChunk::corners);
-        const FileBytes first = fltkilnutil::vertexTailAt(tails);
-        const bool isForAll = !first.empty() && first.size() == tails.size();
-        bool isAnnounced = false;
-        for (int i = 0; i < mesh.colors.Count(); ++i) {
-            const FileBytes tail = isForAll ? first : fltkilnutil::vertexTailAt(tails);
-            if (tail.empty()) break;
-            if (!isForAll) tails = tails.subspan(tail.size());
-            const auto index = fltkilnutil::vertexTailColorIndex(tail);
-            if (!index || !isIts(*index) || mesh.colors[i] != shade(*index, before)) continue;
-            if (!isAnnounced && !object->AboutToChange()) throw std::bad_alloc();
-            isAnnounced = true;
-            mesh.colors[i] = shade(*index, after);
-        }
-        if (isAnnounced) node.InvalidateWS();
-    });
+    const auto colors = [&](std::uint32_t index) {
+        return isIts(index) ? std::pair(shade(index, before), shade(index, after))
+                            : std::pair(COLORREF{}, COLORREF{});
+    };
+    forEachUser(database, Palette::kColor, entry, [&](INode& node) { recolor(node, colors); });
 }
 
 }  // namespace
@@ -198,7 +125,7 @@ std::int32_t addEntry(INode& node, Palette palette, std::string_view name) {
             throw Refusal(CoreText::kNoValue, {"name", name});
         fltSetText(record.*Its::kName, name);
         record.*Its::kIndex = index;
-        insert(edit, bytesOf(record, database.revision()));
+        insertRecord(edit, recordBytes(record, database.revision()));
     });
     store(edit, database);
     step.Commit();
@@ -212,7 +139,7 @@ std::int32_t copyEntry(INode& node, Palette palette, const Entry& entry) {
     const std::int32_t index = database.freeIndex(palette);
     Step step(CoreText::kAddStep);
     SourceRecordsEdit edit(node);
-    insert(edit, withIndex(recordIn(edit, entry), palette, database.revision(), index));
+    insertRecord(edit, withIndex(recordIn(edit, entry), palette, database.revision(), index));
     store(edit, database);
     step.Commit();
     return index;
@@ -346,7 +273,7 @@ void editColors(INode& node, auto&& change) {
     change(database, before, after);
     try {
         if (!database.hasColors()) {
-            insert(edit, bytesOf(after, database.revision()));
+            insertRecord(edit, recordBytes(after, database.revision()));
         } else {
             const auto place =
                 std::ranges::find_if(edit.kept().attached, [&](const SourceRecord& one) {
@@ -398,12 +325,11 @@ void setColor(INode& node, std::int32_t entry, Rgb color) {
 
 void setColorName(INode& node, std::int32_t entry, std::string_view name) {
     checkColor(entry);
-    constexpr std::size_t kLongest = 79;  // with its terminator 80 bytes
-    if (name.size() > kLongest || name.find('\0') != name.npos)
+    if (name.size() > FltColorNames::kLongest || name.find('\0') != name.npos)
         throw Refusal(CoreText::kNoValue, {"name", name});
     editColors(node, [&](const Database& database, const FltColorPalette&, FltColorPalette& after) {
         if (!database.hasReadableColorNames()) throw Refusal(CoreText::kCutNames);
-        after.nameTable = ColorNames::with(after.nameTable, entry, std::string(name));
+        after.nameTable = FltColorNames::with(after.nameTable, entry, std::string(name));
     });
 }
 
@@ -472,19 +398,17 @@ namespace {
 class Assigner {
 public:
     Assigner(const Database& database, Palette palette, std::int32_t index)
-        : palette_(palette), index_(index) {
+        : showing_(database), palette_(palette), index_(index) {
         if (palette == Palette::kColor) {
-            const auto color =
-                fltkilnutil::indexedColor(static_cast<std::uint32_t>(index), database.colors());
-            if (index < 0 || !color) throw Refusal(CoreText::kNoEntry, {std::to_string(index)});
-            shade_ = *color;
+            if (index < 0 ||
+                !fltkilnutil::indexedColor(static_cast<std::uint32_t>(index), database.colors()))
+                throw Refusal(CoreText::kNoEntry, {std::to_string(index)});
             return;
         }
         if (index == -1) return;
         const Entry* const entry = database.find(palette, index);
         if (entry == nullptr || !entry->counts())
             throw Refusal(CoreText::kNoEntry, {std::to_string(index)});
-        if (palette == Palette::kTexture) map_ = mapOf(*entry);
         if (palette == Palette::kLightSource)
             light_.readBytes(entry->record.bytes(), database.revision());
     }
@@ -515,18 +439,6 @@ public:
     }
 
 private:
-    /// The scene's map for a picture that is an entry.
-    static Texmap* mapOf(const Entry& entry) {
-        Interface& host = *GetCOREInterface();
-        for (int i = 0; i < host.GetTexmapCount(); ++i) {
-            BitmapTex* const map = fltkilnutil::textureMapOf(host.GetTexmap(i));
-            if (map != nullptr && entry.name == map->GetMapName()) return map;
-        }
-        OwnedPtr<BitmapTex> map = fltkilnutil::makeTextureMap(entry.name, entry.index);
-        host.AddTexmap(map.get());
-        return map.release();
-    }
-
     void change(FltPolygonRec& surface) const {
         switch (palette_) {
             case Palette::kColor:
@@ -549,8 +461,8 @@ private:
         if (!fltGetRecord(&node, face_)) return false;
         change(face_);
         if (!fltPutRecord(&node, face_)) throw std::bad_alloc();
-        if (palette_ == Palette::kTexture) node.SetTexmap(map_);
-        if (palette_ == Palette::kColor) node.SetWireColor(shade_);
+        if (palette_ == Palette::kTexture) showing_.showTexture(node, face_);
+        if (palette_ == Palette::kColor) showing_.showColor(node, face_);
         return true;
     }
 
@@ -580,10 +492,9 @@ private:
         return true;
     }
 
+    Showing showing_;
     Palette palette_;
     std::int32_t index_;
-    COLORREF shade_ = 0;
-    Texmap* map_ = nullptr;
     FltLightSourcePalette light_;
     FltFace face_;
 };
@@ -592,8 +503,9 @@ private:
 
 std::size_t assign(INode& database, std::span<INode* const> nodes, Palette palette,
                    std::int32_t index) {
+    const Database read(database);
     Step step(CoreText::kAssignStep);
-    Assigner assigner(Database(database), palette, index);
+    Assigner assigner(read, palette, index);
     std::size_t count = 0;
     std::unordered_set<const INode*> done;
     for (INode* const top : nodes) {
@@ -652,7 +564,7 @@ std::size_t importEntries(INode& node, Palette palette, const std::string& file)
         }
     }
     if (count == 0) return 0;
-    insert(edit, added);
+    insertRecord(edit, added);
     store(edit, database);
     step.Commit();
     return count;

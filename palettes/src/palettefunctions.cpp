@@ -1,6 +1,7 @@
 #include <palettes/palettefunctions.h>
 
 #include <palettes/edits.h>
+#include <palettes/lightpoints.h>
 #include <palettes/references.h>
 
 #include "classes.h"
@@ -16,7 +17,7 @@ namespace palettes {
 
 namespace {
 
-constexpr Interface_ID kPalettesId(0x51D8A2C4, 0x7B30E61D);
+constexpr Interface_ID kPalettesId(0x51D8A2C4, 0x7B30E61E);
 
 std::string textOf(const FPValue& value) {
     return value.s != nullptr ? value.s : "";
@@ -208,6 +209,16 @@ void importFrom(const FPParams& params, FPValue& result) {
         countOf(importEntries(databaseNode(params[0]), paletteIn(params[1]), textOf(params[2]))));
 }
 
+void indexLights(const FPParams& params, FPValue& result) {
+    databaseNode(params[0]);
+    result.SetInt(countOf(indexLightPoints({&params[0].n, 1}).done));
+}
+
+void inlineLights(const FPParams& params, FPValue& result) {
+    databaseNode(params[0]);
+    result.SetInt(countOf(inlineLightPoints({&params[0].n, 1}).done));
+}
+
 // ---------------------------------------------------------------- publishing
 
 constexpr FPParamDesc kNode{"node", TYPE_INODE}, kPalette{"palette", TYPE_STRING},
@@ -233,6 +244,8 @@ constexpr FPTableRow kRows[] = {
      {kNode, {"red", TYPE_INT}, {"green", TYPE_INT}, {"blue", TYPE_INT}}},
     {13, "copy", TYPE_INT, copy, {kNode, kPalette, kIndex}},
     {14, "import", TYPE_INT, importFrom, {kNode, kPalette, {"file", TYPE_STRING}}},
+    {15, "indexLightPoints", TYPE_INT, indexLights, {kNode}},
+    {16, "inlineLightPoints", TYPE_INT, inlineLights, {kNode}},
 };
 
 // Published when the module is loaded.

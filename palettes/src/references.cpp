@@ -47,10 +47,11 @@ void visitFields(FltLightSource& light, auto&& visit) {
 }
 
 void visitFields(FltMultiTexture& layers, auto&& visit) {
-    constexpr std::uint16_t kNone = 0xFFFF;
     for (FltTextureLayer& layer : layers.layers) {
-        if (layer.textureIndex != kNone) visit(Palette::kTexture, layer.textureIndex);
-        if (layer.mappingIndex != kNone) visit(Palette::kMapping, layer.mappingIndex);
+        if (layer.textureIndex != FltTextureLayer::kNone)
+            visit(Palette::kTexture, layer.textureIndex);
+        if (layer.mappingIndex != FltTextureLayer::kNone)
+            visit(Palette::kMapping, layer.mappingIndex);
     }
 }
 
@@ -59,7 +60,7 @@ void visitFields(FltLightPointAppearance& look, auto&& visit) {
 }
 
 /// Of faces and meshes: the color indices that count.
-void visitColors(const FltPolygonRec& surface, auto&& visit) {
+void visitColors(auto& surface, auto&& visit) {
     if (surface.flags & kFltSurfacePackedColors) return;
     if (!(surface.flags & kFltSurfaceNoColor)) visit(surface.primaryColorIndex);
     if (!(surface.flags & kFltSurfaceNoAlternateColor)) visit(surface.alternateColorIndex);
@@ -145,14 +146,9 @@ public:
 private:
     /// The palettes that a file is shown with instead of its own.
     void findTakenOver(auto&& unseen) {
-        constexpr std::pair<std::uint32_t, Palette> kBits[] = {
-            {0x80000000, Palette::kColor},       {0x40000000, Palette::kMaterial},
-            {0x20000000, Palette::kTexture},     {0x20000000, Palette::kMapping},
-            {0x04000000, Palette::kLightSource}, {0x02000000, Palette::kAppearance},
-            {0x02000000, Palette::kAnimation},
-        };
-        for (const auto& [bit, palette] : kBits)
-            if (static_cast<std::uint32_t>(all_.xref.flags) & bit) unseen(palette);
+        const ForEachPalette<bool> isTaken = takenOver(all_.xref.flags);
+        for (std::size_t i = 0; i < kPaletteCount; ++i)
+            if (isTaken[static_cast<Palette>(i)]) unseen(static_cast<Palette>(i));
     }
 
     void findAttached(const SourceRecords& kept, auto&& visit, auto&& visitColor,
@@ -214,29 +210,34 @@ std::vector<std::uint8_t> renumbered(const FltRecordView& view, std::uint32_t re
     return patched(view, before, record, revision);
 }
 
+/// Has an edit of what is kept on a node replace records: `change(kept, replace)` calls
+/// `replace(record, by)`, which leaves the record for empty bytes.
+void replaceKept(INode& node, auto&& change) {
+    fltkilnutil::SourceRecordsEdit edit(node);
+    change(edit.kept(), [&](const FltRecordView& record, const std::vector<std::uint8_t>& by) {
+        if (!by.empty()) edit.replace(record, by);
+    });
+    edit.store(edit.kept().revision);
+}
+
 /// Renumbers what is kept on a node as it was read.
 void renumberKept(INode& node, std::uint16_t kind, const auto& change) {
-    fltkilnutil::SourceRecordsEdit edit(node);
-    const SourceRecords& kept = edit.kept();
-    bool isChanged = false;
-    const auto replace = [&](const FltRecordView& view, const std::vector<std::uint8_t>& by) {
-        if (by.empty()) return;
-        edit.replace(view, by);
-        isChanged = true;
-    };
-    if (kind == kFltMesh)
-        replace(kept.record, renumbered<FltMesh>(kept.record, kept.revision, change));
-    if (kind == kFltIndexedLightPoint)
-        replace(kept.record, renumbered<FltIndexedLightPoint>(kept.record, kept.revision, change));
-    for (const SourceRecord& entry : kept.attached) {
-        if (entry.isOpaque) continue;
-        if (entry.record.opcode() == kFltMultiTexture)
-            replace(entry.record, renumbered<FltMultiTexture>(entry.record, kept.revision, change));
-        if (entry.record.opcode() == kFltLightPointAppearance)
-            replace(entry.record,
-                    renumbered<FltLightPointAppearance>(entry.record, kept.revision, change));
-    }
-    if (isChanged) edit.store(kept.revision);
+    replaceKept(node, [&](const SourceRecords& kept, auto&& replace) {
+        if (kind == kFltMesh)
+            replace(kept.record, renumbered<FltMesh>(kept.record, kept.revision, change));
+        if (kind == kFltIndexedLightPoint)
+            replace(kept.record,
+                    renumbered<FltIndexedLightPoint>(kept.record, kept.revision, change));
+        for (const SourceRecord& entry : kept.attached) {
+            if (entry.isOpaque) continue;
+            if (entry.record.opcode() == kFltMultiTexture)
+                replace(entry.record,
+                        renumbered<FltMultiTexture>(entry.record, kept.revision, change));
+            if (entry.record.opcode() == kFltLightPointAppearance)
+                replace(entry.record,
+                        renumbered<FltLightPointAppearance>(entry.record, kept.revision, change));
+        }
+    });
 }
 
 /// Renumbers the record that a scene stores; false when it cannot be stored.
@@ -249,7 +250,80 @@ bool renumberStored(INode& node, const auto& change) {
     return !isChanged || fltPutRecord(&node, record);
 }
 
+/// The record of a kept vertex with another color; empty when it stays.
+std::vector<std::uint8_t> recoloredVertex(const FltRecordView& record, const auto& change) {
+    const FltVertexView vertex(record);
+    if (!vertex.hasColorIndex() ||
+        (vertex.flags() & (kFltVertexPackedColor | kFltVertexNoColor)) != 0)
+        return {};
+    std::uint32_t index = vertex.colorIndex();
+    if (!change(index)) return {};
+    std::vector<std::uint8_t> bytes(record.bytes().begin(), record.bytes().end());
+    fltStoreBigEndian(&bytes[FltVertexView::layoutOf(record.opcode()).colorIndex.begin], index);
+    return bytes;
+}
+
+/// A pool of vertices with other colors; empty when they stay.
+std::vector<std::uint8_t> recoloredPool(const FltRecordView& record, const auto& change) {
+    FltLocalVertexPool pool;
+    if (!read(pool, record, 0) || !(pool.mask & kFltPoolColorIndex)) return {};
+    const FltLocalVertexPool before = pool;
+    bool isChanged = false;
+    for (FltPoolVertex& vertex : pool.vertices) isChanged |= change(vertex.color);
+    return isChanged ? patched(record, before, pool, 0) : std::vector<std::uint8_t>();
+}
+
+void recolorKept(INode& node, const auto& change) {
+    replaceKept(node, [&](const SourceRecords& kept, auto&& replace) {
+        FltMesh mesh;
+        if (read(mesh, kept.record, kept.revision)) {
+            const FltMesh before = mesh;
+            bool isOther = false;
+            visitColors(mesh, [&](std::uint32_t& index) { isOther |= change(index); });
+            if (isOther) replace(kept.record, patched(kept.record, before, mesh, kept.revision));
+        }
+        for (const SourceRecord& entry : kept.attached) {
+            if (entry.isOpaque) continue;
+            if (entry.record.opcode() == kFltLocalVertexPool)
+                replace(entry.record, recoloredPool(entry.record, change));
+            else if (FltVertexView::isViewable(entry.record))
+                replace(entry.record, recoloredVertex(entry.record, change));
+        }
+    });
+}
+
+void recolorTails(INode& node, const auto& change) {
+    const FileBytes kept = fltkilnutil::sourceChunk(node, SourceChunk::corners);
+    std::vector<std::uint8_t> tails(kept.begin(), kept.end());
+    bool isChanged = false;
+    std::size_t place = 0;
+    for (FileBytes tail; !(tail = fltkilnutil::vertexTailAt(kept.subspan(place))).empty();
+         place += tail.size()) {
+        auto index = fltkilnutil::vertexTailColorIndex(tail);
+        if (!index || !change(*index)) continue;
+        fltkilnutil::setVertexTailColorIndex(std::span(tails).subspan(place, tail.size()), *index);
+        isChanged = true;
+    }
+    if (isChanged) fltkilnutil::storeSourceChunk(node, SourceChunk::corners, tails);
+}
+
 }  // namespace
+
+ForEachPalette<bool> takenOver(std::int32_t flags) noexcept {
+    constexpr std::pair<std::uint32_t, Palette> kBits[] = {
+        {kFltOverrideColors, Palette::kColor},
+        {kFltOverrideMaterials, Palette::kMaterial},
+        {kFltOverrideTextures, Palette::kTexture},
+        {kFltOverrideTextures, Palette::kMapping},
+        {kFltOverrideLightSources, Palette::kLightSource},
+        {kFltOverrideLightPoints, Palette::kAppearance},
+        {kFltOverrideLightPoints, Palette::kAnimation},
+    };
+    ForEachPalette<bool> taken;
+    for (const auto& [bit, palette] : kBits)
+        taken[palette] = (static_cast<std::uint32_t>(flags) & bit) != 0;
+    return taken;
+}
 
 Usage usageOf(INode& database) {
     Usage usage;
@@ -311,6 +385,28 @@ bool renumberReferences(INode& node, const Renumber& renumber) {
         !fltPutOptions(&node, options))
         return false;
     return renumberStored<FltLightSource>(node, change);
+}
+
+bool renumberColors(INode& node, const std::function<std::int32_t(std::int32_t)>& renumber) {
+    constexpr unsigned kBits = FltColorPalette::kIntensityBits;
+    const auto change = [&](std::uint32_t& index) {
+        if (index >> kBits >= FltColorPalette::kEntries) return false;
+        const auto entry = static_cast<std::int32_t>(index >> kBits);
+        const std::int32_t becomes = renumber(entry);
+        if (becomes == entry) return false;
+        index = static_cast<std::uint32_t>(becomes) << kBits |
+                (index & FltColorPalette::kFullIntensity);
+        return true;
+    };
+    recolorKept(node, change);
+    recolorTails(node, change);
+    FltNodeKind kind{};
+    FltFace face;
+    if (!fltGetKind(&node, false, kind) || kind != FltNodeKind::Face || !fltGetRecord(&node, face))
+        return true;
+    bool isChanged = false;
+    visitColors(face, [&](std::uint32_t& index) { isChanged |= change(index); });
+    return !isChanged || fltPutRecord(&node, face);
 }
 
 }  // namespace palettes

@@ -14,6 +14,7 @@
 #include <quillon/fltrecordrange.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <initializer_list>
@@ -60,6 +61,9 @@ struct FaceOf {
 
 class PaletteScene : public ImportScene {
 protected:
+    // On Windows the captions, and with them the fields, come from the library beside the test.
+    PaletteScene() { core.setDirectory(KILN_PLUGIN_DIR, std::filesystem::current_path().string()); }
+
     /// Imports the file with `palettes` and `hierarchy`, and remembers the database's node.
     INode& read(const FltBytes& file) {
         core.newScene();

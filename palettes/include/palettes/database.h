@@ -1,10 +1,10 @@
 // What the palettes of a database hold.
 #pragma once
 
-#include <palettes/colornames.h>
 #include <palettes/palette.h>
 
 #include <fltkilnutil/sourcerecords.h>
+#include <quillon/fltcolornames.h>
 #include <quillon/fltcolorpalette.h>
 
 #include <memory>
@@ -74,7 +74,7 @@ private:
     ForEachPalette<std::vector<std::pair<std::int32_t, std::uint32_t>>> byIndex_;  ///< sorted
     FltRecordView colorRecord_;
     FltColorPalette colors_;
-    ColorNames colorNames_;
+    FltColorNames colorNames_;
     bool hasReadableNames_ = true;
 };
 

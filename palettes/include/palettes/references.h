@@ -41,4 +41,12 @@ std::int32_t indexUsedBy(INode& node, Palette palette);
 using Renumber = std::function<std::int32_t(Palette, std::int32_t)>;
 bool renumberReferences(INode& node, const Renumber& renumber);
 
+/// Gives each color index of a node the entry that `renumber` says for it; the intensity stays.
+/// Throws as above, and is false for the same.
+bool renumberColors(INode& node, const std::function<std::int32_t(std::int32_t entry)>& renumber);
+
+/// Which palettes the file that an external reference shows has from where the reference stands,
+/// by the flags of its record.
+ForEachPalette<bool> takenOver(std::int32_t flags) noexcept;
+
 }  // namespace palettes
