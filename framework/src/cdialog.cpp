@@ -4,6 +4,7 @@
 
 #include <base/resources.h>
 #include <base/scopedvalue.h>
+#include <base/utf16.h>
 #include <framework/cdialog.h>
 #include <framework/centredtext.h>
 #include <framework/module.h>
@@ -223,18 +224,30 @@ bool CDialog::EnableToolTips(bool on) {
                                   moduleInstance(), nullptr);
     if (!toolTips_) return false;
     ::SetLayeredWindowAttributes(toolTips_, 0, 255, LWA_ALPHA);
+    for (HWND child = ::GetWindow(Handle(), GW_CHILD); child;
+         child = ::GetWindow(child, GW_HWNDNEXT))
+        AddToolTip(child);
+    return true;
+}
+
+// A tip that was there already is begun again.
+void CDialog::AddToolTip(HWND control) const noexcept {
     TTTOOLINFOW tool{};
     // The size that every version of the common controls takes.
     tool.cbSize = TTTOOLINFOW_V2_SIZE;
     tool.uFlags = TTF_IDISHWND | TTF_TRANSPARENT;
     tool.hwnd = Handle();
+    tool.uId = reinterpret_cast<UINT_PTR>(control);
     tool.lpszText = LPSTR_TEXTCALLBACKW;
-    for (HWND child = ::GetWindow(Handle(), GW_CHILD); child;
-         child = ::GetWindow(child, GW_HWNDNEXT)) {
-        tool.uId = reinterpret_cast<UINT_PTR>(child);
-        ::SendMessageW(toolTips_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
-    }
-    return true;
+    ::SendMessageW(toolTips_, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+    ::SendMessageW(toolTips_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+}
+
+void CDialog::SetToolTipTitle(std::string_view title) const {
+    constexpr std::size_t kLongest = 99;
+    if (!toolTips_) return;
+    const std::wstring wide = base::toWide(title).substr(0, kLongest);
+    ::SendMessageW(toolTips_, TTM_SETTITLEW, TTI_NONE, reinterpret_cast<LPARAM>(wide.c_str()));
 }
 
 int CDialog::ToolTipControlId(const NMHDR& request) noexcept {
@@ -245,10 +258,13 @@ int CDialog::ToolTipControlId(const NMHDR& request) noexcept {
     return ::GetDlgCtrlID(reinterpret_cast<HWND>(request.idFrom));
 }
 
-void CDialog::TellToolTips(const MSG& mouse) const noexcept {
+void CDialog::TellToolTips(const MSG& mouse) noexcept {
     // None comes up while something is being dragged.
     constexpr WPARAM kButtons = MK_LBUTTON | MK_MBUTTON | MK_RBUTTON;
     if (!toolTips_ || (mouse.message == WM_MOUSEMOVE && (mouse.wParam & kButtons))) return;
+    const int part =
+        mouse.message == WM_MOUSEMOVE ? ToolTipPart(mouse.hwnd, mouse.pt) : toolTipPart_;
+    if (part != std::exchange(toolTipPart_, part) && part != 0) AddToolTip(mouse.hwnd);
     MSG copy = mouse;
     ::SendMessageW(toolTips_, TTM_RELAYEVENT, 0, reinterpret_cast<LPARAM>(&copy));
 }

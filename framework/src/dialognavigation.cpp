@@ -64,7 +64,7 @@ LRESULT CALLBACK DialogNavigation::messageHook(int code, WPARAM wParam, LPARAM l
     if (code == HC_ACTION && wParam == PM_REMOVE) {
         MSG& message = *reinterpret_cast<MSG*>(lParam);
         if (message.message >= WM_MOUSEFIRST && message.message <= WM_MOUSELAST) {
-            if (const CDialog* const dialog = dialogOf(message.hwnd)) dialog->TellToolTips(message);
+            if (CDialog* const dialog = dialogOf(message.hwnd)) dialog->TellToolTips(message);
         } else if (translate(message)) {
             message.message = WM_NULL;
             message.wParam = 0;

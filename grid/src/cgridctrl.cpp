@@ -1,4 +1,6 @@
 // The contents of the grid: extent, cells, focus and selection.
+#include "gridaccessible.h"
+
 #include <grid/cgridctrl.h>
 
 #include <utility>
@@ -15,7 +17,9 @@ size_t cellCount(int rows, int columns) {
 
 CGridCtrl::CGridCtrl() = default;
 
-CGridCtrl::~CGridCtrl() = default;
+CGridCtrl::~CGridCtrl() {
+    LeaveAccessible();
+}
 
 bool CGridCtrl::RegisterGridClass() {
     return RegisterWindowClass(kGridWindowClass);
@@ -84,6 +88,7 @@ void CGridCtrl::DeleteRow(int row) {
 
 void CGridCtrl::ExtentChanged() {
     StopTracking();
+    lines_.Limit(rowCount_);
     if (!IsValid(focus_)) {
         focus_ = {};
         anchor_ = {};
@@ -125,6 +130,9 @@ void CGridCtrl::SetCellText(int row, int column, std::string_view text) {
     if (!cell || cell->Text() == text) return;
     cell->SetText(text);
     InvalidateCell({row, column});
+    if (HasWindow() && updating_ == 0)
+        ::NotifyWinEvent(EVENT_OBJECT_VALUECHANGE, Handle(), OBJID_CLIENT,
+                         GridAccessible::IdOf(*this, {row, column}));
 }
 
 UINT CGridCtrl::CellFormat(int row, int column) const noexcept {
@@ -161,7 +169,8 @@ void CGridCtrl::SetCellEditor(int row, int column, EditorKind kind) {
 }
 
 bool CGridCtrl::CanEdit(CellId cell) const noexcept {
-    return editable_ && !IsFixed(cell) && CellEditor(cell.row, cell.column) != EditorKind::kNone;
+    return editable_ && !IsFixed(cell) && !lines_.IsHidden(cell.row) &&
+           CellEditor(cell.row, cell.column) != EditorKind::kNone;
 }
 
 // Focus and selection
@@ -184,10 +193,11 @@ void CGridCtrl::MoveFocus(CellId cell, bool extend) {
     EndEdit(true);
     // Keeping the edit may have changed the grid.
     if (cell.IsValid() && !IsValid(cell)) return;
-    focus_ = cell;
+    focus_ = cell = Shown(cell);
     if (!extend || !IsValid(anchor_)) anchor_ = cell;
-    selection_ = cell.IsValid() ? CellRange::Between(anchor_, cell) : CellRange{};
+    selection_ = cell.IsValid() ? WholeSections(CellRange::Between(anchor_, cell)) : CellRange{};
     EnsureVisible(cell);
+    TellFocus();
     InvalidateAll();
 }
 
@@ -196,14 +206,30 @@ void CGridCtrl::SelectRange(const CellRange& range) {
     EndEdit(true);
     selection_ = CellRange::Between(range.first, range.last);
     anchor_ = selection_.first;
-    if (!selection_.Contains(focus_)) focus_ = selection_.first;
+    if (!selection_.Contains(focus_)) focus_ = Shown(selection_.first);
     InvalidateAll();
 }
 
 void CGridCtrl::Deselect() {
     anchor_ = focus_;
-    selection_ = focused_ && IsValid(focus_) ? CellRange{focus_, focus_} : CellRange{};
+    selection_ =
+        focused_ && IsValid(focus_) ? WholeSections(CellRange{focus_, focus_}) : CellRange{};
     InvalidateAll();
+}
+
+// Assistive programs
+
+void CGridCtrl::TellFocus() const {
+    if (!HasWindow() || !focused_) return;
+    const long child = GridAccessible::FocusOf(*this);
+    for (const DWORD event : {EVENT_OBJECT_FOCUS, EVENT_OBJECT_SELECTION})
+        ::NotifyWinEvent(event, Handle(), OBJID_CLIENT, child);
+}
+
+void CGridCtrl::LeaveAccessible() noexcept {
+    if (!accessible_) return;
+    accessible_->Leave();
+    std::exchange(accessible_, nullptr)->Release();
 }
 
 // Switches

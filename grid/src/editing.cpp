@@ -172,6 +172,7 @@ void CGridCtrl::OnDestroy() {
     // The cells outlive the window, its editors do not.
     editor_.reset();
     retiredEditors_.clear();
+    LeaveAccessible();
     StopTracking();
     Default();
 }

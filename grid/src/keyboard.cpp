@@ -29,10 +29,10 @@ std::optional<CellId> CGridCtrl::TargetOf(UINT key, bool control) const {
     CellId cell = focus_;
     switch (isRightToLeft(Handle()) ? mirrored(key) : key) {
         case VK_UP:
-            cell.row = control ? first.row : cell.row - 1;
+            cell.row = control ? first.row : Step(cell.row, -1);
             break;
         case VK_DOWN:
-            cell.row = control ? last.row : cell.row + 1;
+            cell.row = control ? last.row : Step(cell.row, 1);
             break;
         case VK_LEFT:
             cell.column = control ? first.column : cell.column - 1;
@@ -41,10 +41,10 @@ std::optional<CellId> CGridCtrl::TargetOf(UINT key, bool control) const {
             cell.column = control ? last.column : cell.column + 1;
             break;
         case VK_PRIOR:
-            cell.row -= PageRows();
+            cell.row = Step(cell.row, -PageRows());
             break;
         case VK_NEXT:
-            cell.row += PageRows();
+            cell.row = Step(cell.row, PageRows());
             break;
         case VK_HOME:
             cell = control ? first : CellId{cell.row, first.column};
@@ -74,9 +74,10 @@ CellId CGridCtrl::TabTarget(bool backwards) const noexcept {
     if (!IsValid(focus_) || IsFixed(focus_)) return backwards ? last : first;
     CellId cell = focus_;
     cell.column += backwards ? -1 : 1;
-    if (cell.column > last.column) cell = {cell.row + 1, first.column};
-    if (cell.column < first.column) cell = {cell.row - 1, last.column};
-    return cell.row >= first.row && cell.row <= last.row ? cell : CellId{};
+    if (cell.column >= first.column && cell.column <= last.column) return cell;
+    const int row = Step(cell.row, backwards ? -1 : 1);
+    if (row == cell.row) return {};
+    return {row, backwards ? last.column : first.column};
 }
 
 void CGridCtrl::LeaveByTab(bool backwards) {
@@ -92,7 +93,7 @@ UINT CGridCtrl::OnGetDlgCode(const MSG* message) {
             wanted = !isControlDown() && TabTarget(isDown(VK_SHIFT)).IsValid();
             break;
         case VK_RETURN:
-            wanted = CanEdit(focus_);
+            wanted = CanEdit(focus_) || FocusedHeading();
             break;
         case VK_ESCAPE:
             wanted = tracking_ != Tracking::kNone;
@@ -161,6 +162,7 @@ void CGridCtrl::OnKeyDown(UINT key, UINT, UINT) {
         }
         return;
     }
+    if (FoldByKey(isRightToLeft(Handle()) ? mirrored(key) : key)) return;
     const bool control = isControlDown();
     const bool handled = control ? HandleControlShortcut(key) : HandleShortcut(key);
     if (!handled && !MoveByKey(key, control, isDown(VK_SHIFT))) Default();
@@ -170,6 +172,10 @@ void CGridCtrl::OnChar(UINT utf16, UINT repeat, UINT flags) {
     // The character of the Enter that has just opened the editor is among them.
     constexpr UINT kDeleteCharacter = 127;
     if (utf16 < L' ' || utf16 == kDeleteCharacter) return;
+    if (FocusedHeading()) {
+        if (utf16 == L' ') FoldByKey(VK_RETURN);
+        return;
+    }
     // A character typed before the editor has taken the keyboard is for the editor.
     if (const HWND editor = Editor())
         ::SendMessageW(editor, WM_CHAR, utf16, MAKELPARAM(repeat, flags));
@@ -191,6 +197,7 @@ void CGridCtrl::OnSetFocus(HWND) {
     if (!IsValid(focus_) && FirstFreeCell().IsValid() && !isDown(VK_LBUTTON))
         MoveFocus(FirstFreeCell(), false);
     if (selection_.IsEmpty()) Deselect();
+    TellFocus();
     InvalidateAll();
 }
 

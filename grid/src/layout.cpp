@@ -179,15 +179,15 @@ int CGridCtrl::DividerAt(POINT at) const {
     return -1;
 }
 
-int CGridCtrl::RowTop(int row) const {
-    return row < fixedRows_ ? row * RowHeight() : FixedHeight() + (row - topRow_) * RowHeight();
+int CGridCtrl::LineTop(int line) const {
+    return line < fixedRows_ ? line * RowHeight() : FixedHeight() + (line - topLine_) * RowHeight();
 }
 
-int CGridCtrl::RowAt(int y) const {
+int CGridCtrl::LineAt(int y) const {
     if (y < 0) return -1;
-    const int row =
-        y < FixedHeight() ? y / RowHeight() : topRow_ + (y - FixedHeight()) / RowHeight();
-    return row < rowCount_ ? row : -1;
+    const int line =
+        y < FixedHeight() ? y / RowHeight() : topLine_ + (y - FixedHeight()) / RowHeight();
+    return line < LineCount() ? line : -1;
 }
 
 int CGridCtrl::PageRows() const {
@@ -195,14 +195,17 @@ int CGridCtrl::PageRows() const {
 }
 
 CellId CGridCtrl::CellAt(POINT at) const noexcept {
-    const CellId cell{RowAt(at.y), ColumnAt(at.x)};
+    const int line = LineAt(at.y);
+    if (line < 0) return {};
+    const RowLines::Line found = lines_.At(line);
+    const CellId cell{found.heading ? -1 : found.row, ColumnAt(at.x)};
     return cell.IsValid() ? cell : CellId{};
 }
 
 std::optional<RECT> CGridCtrl::CellRect(CellId cell) const {
-    if (!IsValid(cell)) return std::nullopt;
+    if (!IsValid(cell) || lines_.IsHidden(cell.row)) return std::nullopt;
     const int left = ColumnLeft(cell.column);
-    const int top = RowTop(cell.row);
+    const int top = LineTop(lines_.LineOf(cell.row));
     const RECT whole{left, top, left + ColumnWidth(cell.column), top + RowHeight()};
     RECT pane = ClientRect();
     if (cell.column >= fixedColumns_) pane.left = FixedWidth();
@@ -229,8 +232,8 @@ CGridCtrl::UpdateScope::~UpdateScope() {
 
 // Scrolling
 
-int CGridCtrl::MaxTopRow() const {
-    return std::max(fixedRows_, rowCount_ - PageRows());
+int CGridCtrl::MaxTopLine() const {
+    return std::max(fixedRows_, LineCount() - PageRows());
 }
 
 int CGridCtrl::MaxScrollX() const {
@@ -254,13 +257,13 @@ bool CGridCtrl::SetScrollBar(int bar, DWORD style, const SCROLLINFO& wanted) con
 }
 
 bool CGridCtrl::UpdateVerticalBar() {
-    topRow_ = std::clamp(topRow_, fixedRows_, MaxTopRow());
+    topLine_ = std::clamp(topLine_, fixedRows_, MaxTopLine());
     SCROLLINFO rows{};
     rows.cbSize = sizeof rows;
     rows.fMask = SIF_PAGE | SIF_POS | SIF_RANGE;
-    rows.nMax = std::max(rowCount_ - fixedRows_ - 1, 0);
+    rows.nMax = std::max(LineCount() - fixedRows_ - 1, 0);
     rows.nPage = static_cast<UINT>(PageRows());
-    rows.nPos = topRow_ - fixedRows_;
+    rows.nPos = topLine_ - fixedRows_;
     return SetScrollBar(SB_VERT, WS_VSCROLL, rows);
 }
 
@@ -299,27 +302,30 @@ void CGridCtrl::UpdateScrollBars() {
         ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_NOCHILDREN);
 }
 
-void CGridCtrl::ScrollTo(int topRow, int scrollX) {
+void CGridCtrl::ScrollTo(int topLine, int scrollX) {
     EndEdit(true);
-    topRow = std::clamp(topRow, fixedRows_, MaxTopRow());
+    topLine = std::clamp(topLine, fixedRows_, MaxTopLine());
     scrollX = std::clamp(scrollX, 0, MaxScrollX());
-    if (topRow == topRow_ && scrollX == scrollX_) return;
-    topRow_ = topRow;
+    if (topLine == topLine_ && scrollX == scrollX_) return;
+    topLine_ = topLine;
     scrollX_ = scrollX;
     UpdateScrollBars();
     InvalidateAll();
 }
 
-void CGridCtrl::SetTopRow(int row) {
-    ScrollTo(row, scrollX_);
+void CGridCtrl::SetTopLine(int line) {
+    ScrollTo(line, scrollX_);
 }
 
 void CGridCtrl::EnsureVisible(CellId cell) {
     if (!IsValid(cell) || !HasWindow()) return;
-    int topRow = topRow_;
+    int topLine = topLine_;
     if (cell.row >= fixedRows_) {
-        topRow = std::min(topRow, cell.row);
-        topRow = std::max(topRow, cell.row - PageRows() + 1);
+        const int line = lines_.LineOf(cell.row);
+        // With its heading, where it is the first row below one.
+        const bool below = line > fixedRows_ && lines_.At(line - 1).heading;
+        topLine = std::min(topLine, below ? line - 1 : line);
+        topLine = std::max(topLine, line - PageRows() + 1);
     }
     int scrollX = scrollX_;
     if (cell.column >= fixedColumns_) {
@@ -328,7 +334,7 @@ void CGridCtrl::EnsureVisible(CellId cell) {
         scrollX = std::max(scrollX, right - static_cast<int>(ClientRect().right));
         scrollX = std::min(scrollX, left - FixedWidth());
     }
-    if (topRow != topRow_ || scrollX != scrollX_) ScrollTo(topRow, scrollX);
+    if (topLine != topLine_ || scrollX != scrollX_) ScrollTo(topLine, scrollX);
 }
 
 int CGridCtrl::ScrolledPosition(int bar, UINT code, int step) const {
@@ -363,7 +369,7 @@ void CGridCtrl::OnVScroll(UINT code, int, HWND) {
 }
 
 void CGridCtrl::OnHScroll(UINT code, int, HWND) {
-    ScrollTo(topRow_, ScrolledPosition(SB_HORZ, code, Scaled(kHorizontalStep)));
+    ScrollTo(topLine_, ScrolledPosition(SB_HORZ, code, Scaled(kHorizontalStep)));
 }
 
 void CGridCtrl::OnMouseWheel(UINT keys, int delta, POINT) {
@@ -376,9 +382,9 @@ void CGridCtrl::OnMouseWheel(UINT keys, int delta, POINT) {
     const int steps = wheel_ / WHEEL_DELTA;
     wheel_ %= WHEEL_DELTA;
     if (keys & MK_SHIFT) {
-        ScrollTo(topRow_, scrollX_ - steps * Scaled(kHorizontalStep));
+        ScrollTo(topLine_, scrollX_ - steps * Scaled(kHorizontalStep));
     } else {
-        ScrollTo(topRow_ - steps, scrollX_);
+        ScrollTo(topLine_ - steps, scrollX_);
     }
 }
 

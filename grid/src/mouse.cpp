@@ -32,6 +32,10 @@ void CGridCtrl::OnLButtonDown(UINT keys, POINT at) {
         ::SetCapture(Handle());
         return;
     }
+    if (const auto section = HeadingAt(at)) {
+        UserFolds(*section, !Sections()[*section].folded);
+        return;
+    }
     const CellId cell = CellAt(at);
     if (!cell.IsValid()) return;
     if (IsFixed(cell)) {
@@ -61,7 +65,7 @@ void CGridCtrl::PressHeading(CellId cell) {
     CellRange range = FreeCells();
     if (cell.row >= fixedRows_) range.first.row = range.last.row = cell.row;
     if (cell.column >= fixedColumns_) range.first.column = range.last.column = cell.column;
-    focus_ = range.first;
+    focus_ = Shown(range.first);
     SelectRange(range);
 }
 
@@ -87,6 +91,7 @@ void CGridCtrl::OnRButtonDown(UINT, POINT at) {
     StopTracking();
     SetFocus();
     CellId cell = CellAt(at);
+    if (const auto section = HeadingAt(at)) cell = {Sections()[*section].first, fixedColumns_};
     if (cell.IsValid()) cell.column = std::max(cell.column, fixedColumns_);
     if (IsValid(cell) && !IsFixed(cell) && !selection_.Contains(cell)) MoveFocus(cell, false);
     Default();
@@ -142,7 +147,7 @@ void CGridCtrl::OnTimer(UINT_PTR id) {
     const int rows = at.y < FixedHeight() ? -1 : at.y >= client.bottom ? 1 : 0;
     const int columns = at.x < FixedWidth() ? -1 : at.x >= client.right ? 1 : 0;
     if (rows == 0 && columns == 0) return;
-    ScrollTo(topRow_ + rows, scrollX_ + columns * RowHeight());
+    ScrollTo(topLine_ + rows, scrollX_ + columns * RowHeight());
     TrackTo(at);
 }
 

@@ -94,16 +94,16 @@ TEST_F(GridLayout, AutoSizeShowsTheWidestText) {
 TEST_F(GridLayout, ScrollsByWheelAndBarWithinItsRows) {
     host.Fill(1000);
     testinput::wheel(grid().Handle(), middleOf(3, 1), -WHEEL_DELTA);
-    EXPECT_EQ(grid().TopRow(), 4);
+    EXPECT_EQ(grid().TopLine(), 4);
     EXPECT_FALSE(grid().CellRect({1, 1}));
     EXPECT_TRUE(grid().CellRect({0, 1})) << "the heading stays";
     testinput::wheel(grid().Handle(), middleOf(5, 1), -WHEEL_DELTA / 3);
-    EXPECT_EQ(grid().TopRow(), 5) << "a fine wheel turns by parts of a notch";
+    EXPECT_EQ(grid().TopLine(), 5) << "a fine wheel turns by parts of a notch";
     testinput::wheel(grid().Handle(), middleOf(5, 1), 50 * WHEEL_DELTA);
-    EXPECT_EQ(grid().TopRow(), 1);
+    EXPECT_EQ(grid().TopLine(), 1);
     grid().Send(WM_VSCROLL, SB_BOTTOM);
     EXPECT_TRUE(grid().CellRect({1000, 1}));
-    grid().SetTopRow(100000);
+    grid().SetTopLine(100000);
     EXPECT_TRUE(grid().CellRect({1000, 1})) << "there is nothing below the last row";
     const auto last = grid().CellRect({1000, 1});
     EXPECT_LE(last->bottom, grid().ClientRect().bottom);
@@ -111,7 +111,7 @@ TEST_F(GridLayout, ScrollsByWheelAndBarWithinItsRows) {
 
 TEST_F(GridLayout, DrawsOnlyWhatIsShown) {
     host.Fill(100000);
-    grid().SetTopRow(54321);
+    grid().SetTopLine(54321);
     const auto texts = gridtest::drawnTexts([this](HDC recorder) {
         grid().Send(WM_PRINTCLIENT, reinterpret_cast<WPARAM>(recorder), PRF_CLIENT);
     });
@@ -181,7 +181,7 @@ TEST_F(GridLayout, LooksTheSameInPartsAsInOnePiece) {
         area.right = area.left + width;
         grid().MoveTo(area);
         testinput::pump();
-        grid().SetTopRow(grid().TopRow() + 3);
+        grid().SetTopLine(grid().TopLine() + 3);
         grid().Update();
         const RECT client = grid().ClientRect();
         const LONG middle = client.right / 2;

@@ -41,14 +41,37 @@ TEST_F(GridMouse, DraggingOutsideScrollsAndSelectsOn) {
     EXPECT_EQ(grid().Selection(), (CellRange{{2, 1}, {60, 1}}));
     EXPECT_TRUE(grid().CellRect({60, 1}));
     send(WM_MOUSEMOVE, MK_LBUTTON, {from.x, -30});
-    EXPECT_TRUE(testinput::pumpUntil([&] { return grid().TopRow() == 1; }));
+    EXPECT_TRUE(testinput::pumpUntil([&] { return grid().TopLine() == 1; }));
     EXPECT_EQ(grid().Selection(), (CellRange{{1, 1}, {2, 1}})) << "and turns with the mouse";
     send(WM_MOUSEMOVE, MK_LBUTTON, {from.x, client.bottom + 30});
     send(WM_LBUTTONUP, 0, {from.x, client.bottom + 30});
-    const int top = grid().TopRow();
-    EXPECT_FALSE(testinput::pumpUntil([&] { return grid().TopRow() != top; }, 300))
+    const int top = grid().TopLine();
+    EXPECT_FALSE(testinput::pumpUntil([&] { return grid().TopLine() != top; }, 300))
         << "a released mouse scrolls nothing";
     EXPECT_EQ(grid().Editor(), nullptr);
+}
+
+// A press on a row that is partly shown scrolls it under the mouse; nothing has been dragged then.
+TEST_F(GridMouse, ClicksAtTheEdgesOfRowsSelectOneEach) {
+    host.Fill(60);
+    const auto click = [this](POINT at) {
+        for (const UINT message : {WM_LBUTTONDOWN, WM_MOUSEMOVE}) {
+            grid().Send(message, MK_LBUTTON, MAKELPARAM(at.x, at.y));
+            testinput::pumpUntil([] { return false; }, 150);  // it is held for a while
+        }
+        grid().Send(WM_LBUTTONUP, 0, MAKELPARAM(at.x, at.y));
+    };
+    const LONG x = middleOf(1, 1).x;
+    const LONG upper = grid().CellRect({3, 1})->top;
+    for (const LONG y : {grid().ClientRect().bottom - 2, upper, upper + 1}) {
+        click({x, y});
+        EXPECT_EQ(grid().Selection(), (CellRange{focus(), focus()})) << y;
+        click({x, y});
+        const CellId next{grid().CellAt({x, upper}).row + 1, 1};
+        click(middleOf(next.row, 1));
+        EXPECT_EQ(grid().Selection(), (CellRange{next, next})) << y;
+    }
+    EXPECT_TRUE(host.edits.empty());
 }
 
 TEST_F(GridMouse, HeadingsSelectRowColumnAndAll) {

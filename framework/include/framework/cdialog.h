@@ -72,6 +72,9 @@ public:
     /// dialogs: the hook on their thread passes mouse messages to the tips. The platform's own way,
     /// to subclass every control, would slow down each message to them.
     bool EnableToolTips(bool on = true);
+    /// The line above the text of the tip that is asked for, in bold type; an empty one takes it
+    /// away. To be set whenever a text is asked for. Cut to the platform's 99 characters.
+    void SetToolTipTitle(std::string_view title) const;
     /// The control id that a TTN_NEEDTEXTW or TTN_NEEDTEXTA request is about.
     static int ToolTipControlId(const NMHDR& request) noexcept;
 
@@ -88,6 +91,9 @@ protected:
     /// is hidden, so that it can be shown again.
     virtual void OnCancel();
 
+    /// Tells apart places within a control that have tips of their own.
+    virtual int ToolTipPart(HWND /*control*/, POINT /*screen*/) const { return 0; }
+
     /// Sees the keys meant for a modeless dialog before the navigation does; true takes the
     /// message.
     virtual bool PreTranslateMessage(MSG&) { return false; }
@@ -99,11 +105,13 @@ private:
 
     static INT_PTR CALLBACK DialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
     INT_PTR Initialise(HWND dialog) noexcept;
-    void TellToolTips(const MSG& mouse) const noexcept;
+    void TellToolTips(const MSG& mouse) noexcept;
+    void AddToolTip(HWND control) const noexcept;
 
     UINT templateId_ = 0;
     HWND parent_ = nullptr;
     HWND toolTips_ = nullptr;
+    int toolTipPart_ = 0;  ///< the last one under the pointer
     bool modal_ = false;
     bool failed_ = false;
 };

@@ -4,6 +4,7 @@
 #include <framework/cwnd.h>
 #include <grid/cell.h>
 #include <grid/cinplaceeditor.h>
+#include <grid/rowlines.h>
 
 #include <memory>
 #include <optional>
@@ -12,6 +13,8 @@
 #include <vector>
 
 namespace grid {
+
+class GridAccessible;
 
 /// The window class that a dialog template names to contain a grid. `CGridCtrl::RegisterGridClass`
 /// must have been called before the dialog is created.
@@ -28,13 +31,15 @@ inline constexpr wchar_t kGridWindowClass[] = L"MFCGridCtrl";
 /// fixed. Tab and Shift+Tab go through the cells and leave the grid at its ends, with Ctrl at once.
 /// F2, Enter, typing or composing with an input method edits; Ctrl+C, X and V are the clipboard, as
 /// are Ctrl+Insert, Shift+Delete and Shift+Insert; Delete clears; Ctrl+P prints. In a right-to-left
-/// window the left and right arrows follow what is seen.
+/// window the left and right arrows follow what is seen. In the first free column Left folds the
+/// section of the focus cell; a folded one is unfolded by Right, Enter, F2 or the space bar.
 ///
 /// Mouse: a click moves the focus cell, a click on the focus cell edits it, a click on a cell with
 /// a list opens the list at once. Dragging selects a range; a heading selects its row or column,
 /// the corner everything. A divider in the heading row resizes its column; a double click on it
 /// fits the column to its contents. The right button moves the focus cell too, unless it comes down
-/// on a selected cell; in a fixed column it means the row's first free cell.
+/// on a selected cell; in a fixed column it means the row's first free cell. A click on the heading
+/// of a section folds or unfolds it.
 ///
 /// Notifications to the parent, all WM_NOTIFY:
 /// - LVN_BEGINLABELEDITW (`NMLVDISPINFOW`: iItem row, iSubItem column, lParam datum) before an
@@ -101,9 +106,25 @@ public:
     void SetCellData(int row, int column, LPARAM data);
     EditorKind CellEditor(int row, int column) const noexcept;
     void SetCellEditor(int row, int column, EditorKind kind);
-    /// Whether the user may change the cell now: the grid is editable, the cell is not fixed and
-    /// has an editor.
+    /// Whether the user may change the cell now: the grid is editable, the cell is shown and not
+    /// fixed, and has an editor.
     bool CanEdit(CellId cell) const noexcept;
+
+    // Sections of rows below headings that fold them away. Hidden cells are copied and printed, but
+    // not edited. When the focus cell is hidden it is the first one of its section, whose heading
+    // then stands for all its rows. Changing the extent drops the sections that no longer fit.
+
+    const std::vector<Section>& Sections() const noexcept { return lines_.Sections(); }
+    /// Fixed rows are in none.
+    void SetSections(std::vector<Section> sections);
+    void FoldSection(std::size_t section, bool folded);
+    /// The same as the user does it: the focus cell stays in view, and `OnSectionsFolded` hears of
+    /// it.
+    void UserFolds(std::size_t section, bool folded);
+    void UserFoldsAll(bool folded);
+    std::optional<std::size_t> SectionOf(int row) const noexcept { return lines_.SectionOf(row); }
+    /// Where a section's heading is, in client coordinates; nothing when it is not shown.
+    std::optional<RECT> SectionRect(std::size_t section) const;
 
     // Focus and selection.
 
@@ -118,9 +139,10 @@ public:
     /// Leaves no more selected than the focus cell, and that only while the grid has the keyboard.
     void Deselect();
     void EnsureVisible(CellId cell);
-    /// The first row below the fixed ones that is shown, to keep and restore a scroll position.
-    int TopRow() const noexcept { return topRow_; }
-    void SetTopRow(int row);
+    /// The first line below the fixed rows that is shown, to keep and restore a scroll position.
+    /// Without sections the lines are the rows.
+    int TopLine() const noexcept { return topLine_; }
+    void SetTopLine(int line);
 
     // Columns, in pixels.
 
@@ -186,6 +208,18 @@ protected:
     /// Asked when no entry of the list begins with `typed`: the position of the entry that it
     /// means; -1 for none.
     virtual int FindChoice(int /*row*/, int /*column*/, std::string_view /*typed*/) { return -1; }
+    /// What a cell shows beside its text, asked for when it is painted.
+    struct Look {
+        std::optional<COLORREF> swatch;  ///< a patch of that color at the cell's right end
+        bool differs = false;            ///< a mark that the text is not that of all it stands for
+    };
+    virtual Look LookOf(CellId /*cell*/) const { return {}; }
+    /// What assistive programs are told: the grid's name, by default the window's text, and what a
+    /// cell's value means.
+    virtual std::string AccessibleName() const { return Text(); }
+    virtual std::string DescriptionOf(CellId /*cell*/) const { return {}; }
+    /// The user has folded sections, or unfolded them.
+    virtual void OnSectionsFolded() {}
     /// Ctrl+P. The default asks for a printer and prints the grid under the caption of the window
     /// that it stands in.
     virtual void OnPrint();
@@ -217,6 +251,7 @@ protected:
 private:
     friend class CInPlaceEdit;
     friend class CInPlaceList;
+    friend class GridAccessible;
 
     enum class Tracking { kNone, kPressed, kSelecting, kResizing, kDragging };
 
@@ -246,25 +281,43 @@ private:
     int ColumnLeft(int column) const noexcept;
     int ColumnAt(int x) const noexcept;
     int DividerAt(POINT at) const;
-    int RowTop(int row) const;
-    int RowAt(int y) const;
+    int LineTop(int line) const;
+    int LineAt(int y) const;
+    int LineCount() const noexcept { return lines_.Count(rowCount_); }
+    int Step(int row, int lines) const noexcept;
+    CellId Shown(CellId cell) const noexcept;
+    CellRange WholeSections(CellRange range) const noexcept;
+    RECT LineRect(int line) const;
     int PageRows() const;
     void InvalidateCell(CellId cell) const;
     void InvalidateAll() const;
     bool SetScrollBar(int bar, DWORD style, const SCROLLINFO& wanted) const;
     bool UpdateVerticalBar();
     bool UpdateHorizontalBar();
-    int MaxTopRow() const;
+    int MaxTopLine() const;
     int MaxScrollX() const;
     void UpdateScrollBars();
-    void ScrollTo(int topRow, int scrollX);
+    void ScrollTo(int topLine, int scrollX);
     int ScrolledPosition(int bar, UINT code, int step) const;
 
     // Painting
     void PaintGrid(HDC dc, const RECT& dirty) const;
-    void PaintPane(HDC dc, const RECT& dirty, const CellRange& cells, const RECT& pane) const;
+    void PaintPane(HDC dc, const RECT& dirty, int firstLine, int endLine, int firstColumn,
+                   int endColumn, const RECT& pane) const;
     void PaintCell(HDC dc, CellId id, const RECT& area) const;
+    int PaintLook(HDC dc, CellId id, const RECT& area, COLORREF textColor) const;
+    void PaintHeading(HDC dc, std::size_t section) const;
     void PaintDropTarget(HDC dc) const;
+
+    // Accessibility
+    void TellFocus() const;
+    void LeaveAccessible() noexcept;
+
+    // Sections
+    std::optional<std::size_t> HeadingAt(POINT at) const noexcept;
+    std::optional<std::size_t> FocusedHeading() const noexcept;
+    bool FoldByKey(UINT key);
+    void SectionsChanged();
 
     // Keyboard
     std::optional<CellId> TargetOf(UINT key, bool control) const;
@@ -300,6 +353,7 @@ private:
     int columnCount_ = 0;
     int fixedRows_ = 0;
     int fixedColumns_ = 0;
+    RowLines lines_;
     std::vector<int> widths_;
     // Each column's part of the client width; empty when the columns need not fill it.
     std::vector<double> shares_;
@@ -313,7 +367,7 @@ private:
     HFONT font_ = nullptr;
     // 0 until it has been measured.
     mutable int rowHeight_ = 0;
-    int topRow_ = 0;
+    int topLine_ = 0;
     int scrollX_ = 0;
     int wheel_ = 0;
     framework::PaintBuffer buffer_;
@@ -335,6 +389,8 @@ private:
     int resizedColumn_ = -1;
     int resizedWidth_ = 0;
     CellId dropCell_;
+
+    GridAccessible* accessible_ = nullptr;  ///< made when it is asked for; one reference
 
     std::unique_ptr<framework::CWnd> editor_;
     CellId editedCell_;

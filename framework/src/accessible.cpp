@@ -1,0 +1,198 @@
+#include <base/utf16.h>
+#include <framework/accessible.h>
+
+#include <memory>
+#include <utility>
+
+namespace framework {
+
+Accessible::Accessible(HWND window) noexcept {
+    ::CreateStdAccessibleObject(window, OBJID_CLIENT, __uuidof(IAccessible),
+                                reinterpret_cast<void**>(&standard_));
+}
+
+Accessible::~Accessible() {
+    Detach();
+}
+
+void Accessible::Detach() noexcept {
+    if (IAccessible* const standard = std::exchange(standard_, nullptr)) standard->Release();
+}
+
+LRESULT Accessible::Answer(WPARAM wParam) noexcept {
+    return ::LresultFromObject(__uuidof(IAccessible), wParam, this);
+}
+
+HRESULT Accessible::Give(std::string_view utf8, BSTR* text) noexcept {
+    if (!text) return E_POINTER;
+    *text = nullptr;
+    if (utf8.empty()) return S_FALSE;
+    try {
+        *text = ::SysAllocString(base::toWide(utf8).c_str());
+    } catch (...) {
+    }
+    return *text ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT Accessible::Give(long number, VARIANT* value) noexcept {
+    if (!value) return E_POINTER;
+    value->vt = VT_I4;
+    value->lVal = number;
+    return S_OK;
+}
+
+// ---------------------------------------------------------------- IUnknown and IDispatch
+
+STDMETHODIMP Accessible::QueryInterface(REFIID id, void** object) {
+    if (!object) return E_POINTER;
+    *object = nullptr;
+    if (id != IID_IUnknown && id != IID_IDispatch && id != __uuidof(IAccessible))
+        return E_NOINTERFACE;
+    *object = static_cast<IAccessible*>(this);
+    AddRef();
+    return S_OK;
+}
+
+STDMETHODIMP_(ULONG) Accessible::AddRef() {
+    return static_cast<ULONG>(::InterlockedIncrement(&references_));
+}
+
+STDMETHODIMP_(ULONG) Accessible::Release() {
+    const LONG left = ::InterlockedDecrement(&references_);
+    if (left == 0) delete this;
+    return static_cast<ULONG>(left);
+}
+
+STDMETHODIMP Accessible::GetTypeInfoCount(UINT* count) {
+    if (!count) return E_POINTER;
+    *count = 0;
+    return S_OK;
+}
+
+// ---------------------------------------------------------------- as the platform's object
+
+template <typename Operation, typename... Arguments>
+HRESULT Accessible::Ask(Operation operation, Arguments... arguments) {
+    return standard_ ? (standard_->*operation)(arguments...) : CO_E_OBJNOTCONNECTED;
+}
+
+STDMETHODIMP Accessible::get_accParent(IDispatch** parent) {
+    return Ask(&IAccessible::get_accParent, parent);
+}
+STDMETHODIMP Accessible::get_accChildCount(long* count) {
+    return Ask(&IAccessible::get_accChildCount, count);
+}
+STDMETHODIMP Accessible::get_accChild(VARIANT child, IDispatch** object) {
+    return Ask(&IAccessible::get_accChild, child, object);
+}
+STDMETHODIMP Accessible::get_accName(VARIANT child, BSTR* name) {
+    return Ask(&IAccessible::get_accName, child, name);
+}
+STDMETHODIMP Accessible::get_accValue(VARIANT child, BSTR* value) {
+    return Ask(&IAccessible::get_accValue, child, value);
+}
+STDMETHODIMP Accessible::get_accDescription(VARIANT child, BSTR* description) {
+    return Ask(&IAccessible::get_accDescription, child, description);
+}
+STDMETHODIMP Accessible::get_accRole(VARIANT child, VARIANT* role) {
+    return Ask(&IAccessible::get_accRole, child, role);
+}
+STDMETHODIMP Accessible::get_accState(VARIANT child, VARIANT* state) {
+    return Ask(&IAccessible::get_accState, child, state);
+}
+STDMETHODIMP Accessible::get_accHelp(VARIANT child, BSTR* help) {
+    return Ask(&IAccessible::get_accHelp, child, help);
+}
+STDMETHODIMP Accessible::get_accHelpTopic(BSTR* file, VARIANT child, long* topic) {
+    return Ask(&IAccessible::get_accHelpTopic, file, child, topic);
+}
+STDMETHODIMP Accessible::get_accKeyboardShortcut(VARIANT child, BSTR* shortcut) {
+    return Ask(&IAccessible::get_accKeyboardShortcut, child, shortcut);
+}
+STDMETHODIMP Accessible::get_accFocus(VARIANT* child) {
+    return Ask(&IAccessible::get_accFocus, child);
+}
+STDMETHODIMP Accessible::get_accSelection(VARIANT* children) {
+    return Ask(&IAccessible::get_accSelection, children);
+}
+STDMETHODIMP Accessible::get_accDefaultAction(VARIANT child, BSTR* action) {
+    return Ask(&IAccessible::get_accDefaultAction, child, action);
+}
+STDMETHODIMP Accessible::accSelect(long flags, VARIANT child) {
+    return Ask(&IAccessible::accSelect, flags, child);
+}
+STDMETHODIMP Accessible::accLocation(long* left, long* top, long* width, long* height,
+                                     VARIANT child) {
+    return Ask(&IAccessible::accLocation, left, top, width, height, child);
+}
+STDMETHODIMP Accessible::accNavigate(long direction, VARIANT start, VARIANT* end) {
+    return Ask(&IAccessible::accNavigate, direction, start, end);
+}
+STDMETHODIMP Accessible::accHitTest(long left, long top, VARIANT* child) {
+    return Ask(&IAccessible::accHitTest, left, top, child);
+}
+STDMETHODIMP Accessible::accDoDefaultAction(VARIANT child) {
+    return Ask(&IAccessible::accDoDefaultAction, child);
+}
+STDMETHODIMP Accessible::put_accName(VARIANT child, BSTR name) {
+    return Ask(&IAccessible::put_accName, child, name);
+}
+STDMETHODIMP Accessible::put_accValue(VARIANT child, BSTR value) {
+    return Ask(&IAccessible::put_accValue, child, value);
+}
+
+// ---------------------------------------------------------------- texts of a control
+
+namespace {
+
+class DescribedControl final : public Accessible {
+public:
+    using Accessible::Accessible;
+
+    ControlTexts texts;
+
+    STDMETHODIMP get_accName(VARIANT child, BSTR* name) override {
+        return IsSelf(child) ? Give(texts.name, name) : Accessible::get_accName(child, name);
+    }
+    STDMETHODIMP get_accKeyboardShortcut(VARIANT child, BSTR* shortcut) override {
+        return IsSelf(child) && !texts.shortcut.empty()
+                   ? Give(texts.shortcut, shortcut)
+                   : Accessible::get_accKeyboardShortcut(child, shortcut);
+    }
+};
+
+constexpr UINT_PTR kSubclass = 2;
+constexpr wchar_t kProperty[] = L"TesseraDescribedControl";
+
+LRESULT CALLBACK tellTexts(HWND control, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
+                           DWORD_PTR data) {
+    auto* const described = reinterpret_cast<DescribedControl*>(data);
+    if (message == WM_GETOBJECT && Accessible::IsAskedFor(lParam)) return described->Answer(wParam);
+    if (message == WM_NCDESTROY) {
+        ::RemovePropW(control, kProperty);
+        ::RemoveWindowSubclass(control, tellTexts, id);
+        described->Detach();
+        described->Release();
+    }
+    return ::DefSubclassProc(control, message, wParam, lParam);
+}
+
+}  // namespace
+
+void describeControl(HWND control, ControlTexts texts) {
+    if (const HANDLE known = ::GetPropW(control, kProperty)) {
+        static_cast<DescribedControl*>(known)->texts = std::move(texts);
+        return;
+    }
+    auto* const described = new DescribedControl(control);
+    described->texts = std::move(texts);
+    const bool kept = ::SetPropW(control, kProperty, described) != FALSE;
+    if (kept &&
+        ::SetWindowSubclass(control, tellTexts, kSubclass, reinterpret_cast<DWORD_PTR>(described)))
+        return;
+    ::RemovePropW(control, kProperty);
+    described->Detach();
+    described->Release();
+}
+
+}  // namespace framework
