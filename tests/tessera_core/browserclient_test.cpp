@@ -104,7 +104,7 @@ TEST_F(BrowserClientTest, ItsOwnEditsDoNotMakeTheTreeStale) {
     INode* const group = add(nullptr, "group");
     INode* const child = add(nullptr, "child");
     Matrix3 moved;
-    moved.SetTrans(Point3(1, 2, 3));
+    moved.SetTrans({1, 2, 3});
     group->SetNodeTM(0, moved);
     open();
     send(BrowserEvent::kRename, "child", nullptr, reinterpret_cast<std::uintptr_t>("塔楼"));
@@ -334,7 +334,7 @@ TEST_F(BrowserClientTest, AnswersWhatTheBrowserAsks) {
     EnableAccelerators();
     browser.send(BrowserEvent::kActivated);
     EXPECT_FALSE(AcceleratorsEnabled());
-    for (const std::uintptr_t index : {0, 1, 2}) {
+    for (const std::uintptr_t index : {0U, 1U, 2U}) {
         auto handle = tessera::NodeHandle{1};
         browser.send(BrowserEvent::kGetSelected, nullptr, nullptr, index,
                      reinterpret_cast<std::uintptr_t>(&handle));

@@ -64,6 +64,26 @@ TEST_F(LodViewerTest, LooksThatFollowOneAnotherAreOneStep) {
     EXPECT_EQ(shown(), after);
 }
 
+TEST_F(LodViewerTest, AnEditedDistanceIsFollowedAtOnce) {
+    buildBands();
+    aviary.Browser();
+    aviary.SetLodDistance(300);
+    ASSERT_EQ(shown(), "-m-");
+    INode* const level = nearMesh->GetParentNode()->GetParentNode();
+    FltLod record;
+    ASSERT_TRUE(fltGetRecord(level, record));
+    const auto edit = [&](double farthest) {
+        record.switchInDistance = farthest;
+        ASSERT_TRUE(fltPutRecord(level, record));
+        recordingBrowser().commands->levelEdited(&host);
+    };
+    edit(400);
+    EXPECT_EQ(shown(), "nm-");
+    edit(299);
+    EXPECT_EQ(shown(), "-m-");
+    EXPECT_EQ(aviary.GetLodDistance(), 300);
+}
+
 TEST_F(LodViewerTest, AShowsFromSwitchOutExclusiveToSwitchInInclusive) {
     buildBands();
     const std::map<double, const char*> kShown = {{0, "---"},   {50, "n--"},  {100, "n--"},

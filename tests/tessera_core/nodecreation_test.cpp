@@ -66,7 +66,7 @@ TEST_F(NodeCreationTest, NamesFollowTheSceneThatIsShown) {
 TEST_F(NodeCreationTest, OneSelectedNodeIsTheParentAndTheOriginIsTheWorlds) {
     INode* const parent = add(nullptr, "parent");
     Matrix3 moved;
-    moved.SetTrans(Point3(5, 6, 7));
+    moved.SetTrans({5, 6, 7});
     parent->SetNodeTM(0, moved);
     INode* const other = add(nullptr, "other");
     host.SelectNode(parent);

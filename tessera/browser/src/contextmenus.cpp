@@ -12,6 +12,7 @@
 #include <framework/strings.h>
 #include <resources/resource.h>
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -38,6 +39,10 @@ enum Command : int {
     kCopyRow,
     kResetValue,
     kFollow,
+    kFold,
+    kUnfold,
+    kFoldAll,
+    kUnfoldAll,
     kLevels = 0x100,       ///< and the number of levels; without one, all
     kCreateBelow = 0x200,  ///< and the row of the kind, as in the next
     kCreateBeside = 0x300,
@@ -159,6 +164,14 @@ void ContextMenus::showGridMenu(POINT at) {
     menu.add(kCopyRow, IDS_MENU_COPY_ROW, properties.hasChosenRows());
     menu.separate();
     menu.add(kResetValue, IDS_MENU_RESET_VALUE, properties.canReset());
+    if (properties.hasSections()) {
+        const std::optional<bool> folded = properties.isSectionFolded();
+        menu.separate();
+        menu.add(folded.value_or(false) ? kUnfold : kFold,
+                 folded.value_or(false) ? IDS_MENU_UNFOLD : IDS_MENU_FOLD, folded.has_value());
+        menu.add(kFoldAll, IDS_MENU_FOLD_ALL);
+        menu.add(kUnfoldAll, IDS_MENU_UNFOLD_ALL);
+    }
     carryOut(menu.track(parts_.form.Handle(), keyboard ? properties.belowFocusCell() : at));
 }
 
@@ -204,6 +217,12 @@ void ContextMenus::carryOut(int command) {
             return parts_.properties.copyValues(true);
         case kResetValue:
             return parts_.properties.resetValues();
+        case kFold:
+        case kUnfold:
+            return parts_.properties.foldSection(command == kFold);
+        case kFoldAll:
+        case kUnfoldAll:
+            return parts_.properties.foldAllSections(command == kFoldAll);
         default:
             return;
     }

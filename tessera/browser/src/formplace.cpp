@@ -20,6 +20,25 @@ std::wstring valueName(int dpi) {
     return name;
 }
 
+std::wstring foldedName(FltNodeKind kind) {
+    std::wstring name = L"Folded";
+    name += std::to_wstring(static_cast<int>(kind));
+    return name;
+}
+
+/// 0 when there is none.
+DWORD loadNumber(const std::wstring& name) {
+    DWORD value = 0;
+    DWORD bytes = sizeof value;
+    const LSTATUS read = ::RegGetValueW(HKEY_CURRENT_USER, kKey, name.c_str(), RRF_RT_REG_DWORD,
+                                        nullptr, &value, &bytes);
+    return read == ERROR_SUCCESS ? value : 0;
+}
+
+void saveNumber(const std::wstring& name, DWORD value) {
+    ::RegSetKeyValueW(HKEY_CURRENT_USER, kKey, name.c_str(), REG_DWORD, &value, sizeof value);
+}
+
 }  // namespace
 
 std::string formPlaceText(const FormPlace& place) {
@@ -66,16 +85,19 @@ void saveFormPlace(int dpi, const FormPlace& place) {
 }
 
 bool loadFollowsSelection() {
-    DWORD value = 0;
-    DWORD bytes = sizeof value;
-    return ::RegGetValueW(HKEY_CURRENT_USER, kKey, kFollowsSelection, RRF_RT_REG_DWORD, nullptr,
-                          &value, &bytes) == ERROR_SUCCESS &&
-           value != 0;
+    return loadNumber(kFollowsSelection) != 0;
 }
 
 void saveFollowsSelection(bool follows) {
-    const DWORD value = follows ? 1 : 0;
-    ::RegSetKeyValueW(HKEY_CURRENT_USER, kKey, kFollowsSelection, REG_DWORD, &value, sizeof value);
+    saveNumber(kFollowsSelection, follows ? 1 : 0);
+}
+
+std::uint32_t loadFoldedSections(FltNodeKind kind) {
+    return loadNumber(foldedName(kind));
+}
+
+void saveFoldedSections(FltNodeKind kind, std::uint32_t folded) {
+    saveNumber(foldedName(kind), folded);
 }
 
 }  // namespace tessera

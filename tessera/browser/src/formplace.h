@@ -1,8 +1,10 @@
 // What is remembered of the form's place from one session to the next.
 #pragma once
 
+#include <fltkilnutil/nodekind.h>
 #include <framework/win32.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,5 +35,10 @@ void saveFormPlace(int dpi, const FormPlace& place);
 /// Whether the selection follows the host's, kept in the same place.
 bool loadFollowsSelection();
 void saveFollowsSelection(bool follows);
+
+/// Which sections of a kind's attributes are folded, a bit for each from the lowest on; kept there
+/// too.
+std::uint32_t loadFoldedSections(FltNodeKind kind);
+void saveFoldedSections(FltNodeKind kind, std::uint32_t folded);
 
 }  // namespace tessera

@@ -3,6 +3,7 @@
 #include "cgridex.h"
 #include "clientlink.h"
 #include "contextmenus.h"
+#include "controlhelp.h"
 #include "editcommands.h"
 #include "formbusy.h"
 #include "formlayout.h"
@@ -13,6 +14,7 @@
 #include "selectionfollower.h"
 #include "switchside.h"
 #include "treesearch.h"
+#include "usermessages.h"
 
 #include <base/utf16.h>
 #include <diagnostics/log.h>
@@ -83,6 +85,8 @@ bool Hierarchy::create(HWND parent) {
 }
 
 bool Hierarchy::OnInitDialog() {
+    // First, so that the controls' own objects come in front of it.
+    describeControls(*this);
     EnableToolTips();
     try {
         tree_.initialise(*this);
@@ -141,6 +145,7 @@ void Hierarchy::followLanguage() {
     count_->renew();
     properties_->followLanguage();
     switchSide_->followLanguage();
+    describeControls(*this);
     Invalidate();
 }
 
@@ -288,6 +293,11 @@ bool Hierarchy::isSceneQuiet() const {
 }
 
 void Hierarchy::OnTimer(UINT_PTR id) {
+    if (id == PropertySide::kCompareTimer) {
+        const bool more = !stale_ && IsVisible() && properties_->compareSome();
+        if (!more) ::KillTimer(Handle(), id);
+        return;
+    }
     if (id != kFollowTimer) return CDialog::OnTimer(id);
     const bool needed = stale_ && IsVisible();
     if (needed && !isSceneQuiet()) return;
@@ -410,7 +420,7 @@ void Hierarchy::OnCancel() {
 
 bool Hierarchy::PreTranslateMessage(MSG& message) {
     const FormBusy busy;
-    if (menus_->onKey(message)) return true;
+    if (menus_->onKey(message) || accessKey(message)) return true;
     if (message.message != WM_KEYDOWN) return false;
     if (message.wParam == VK_ESCAPE && tree_.IsDragging()) {
         tree_.CancelDrag();
@@ -430,6 +440,26 @@ bool Hierarchy::PreTranslateMessage(MSG& message) {
         default:
             return false;
     }
+}
+
+// Each value in the grid has a tip of its own.
+int Hierarchy::ToolTipPart(HWND control, POINT screen) const {
+    return control == Item(IDC_GRID) ? properties_->rowAt(screen) : 0;
+}
+
+// Alt and a letter. A command is carried out, any other control gets the keyboard.
+bool Hierarchy::accessKey(const MSG& message) {
+    if (message.message != WM_SYSCHAR) return false;
+    const int id = controlOfKey(static_cast<wchar_t>(message.wParam));
+    const HWND control = id != 0 ? Item(id) : nullptr;
+    if (!control) return false;
+    if (!::IsWindowEnabled(control))
+        beepSimply();
+    else if (::SendMessageW(control, WM_GETDLGCODE, 0, 0) & DLGC_BUTTON)
+        ::SendMessageW(control, BM_CLICK, 0, 0);
+    else
+        ::SetFocus(control);
+    return true;
 }
 
 // ---------------------------------------------------------------- its place and its splitter
@@ -590,6 +620,7 @@ bool Hierarchy::notifyTree(NMHDR& header, LRESULT& result) {
             search_->update();
             count_->update();
             follower_->marksSeen();
+            if (properties_->wantsComparison()) properties_->compareSoon();
             result = tree_.Draw(reinterpret_cast<NMTVCUSTOMDRAW&>(header));
             return true;
         case TVN_ITEMEXPANDEDW:
@@ -607,10 +638,15 @@ bool Hierarchy::notifyTree(NMHDR& header, LRESULT& result) {
     }
 }
 
-// The tip is the control's number.
+// The tip is the control's number. What it is for, or what the value under the pointer means, is
+// the tip's title.
 bool Hierarchy::answerToolTip(NMHDR& header) {
     diagnostics::log("TTN\n");
     const int id = ToolTipControlId(header);
+    POINT pointer{};
+    ::GetCursorPos(&pointer);
+    const std::string meaning = id == IDC_GRID ? properties_->meaningAt(pointer) : "";
+    SetToolTipTitle(meaning.empty() ? controlHelp(id) : meaning);
     if (header.code == TTN_NEEDTEXTA) {
         auto& text = reinterpret_cast<NMTTDISPINFOA&>(header).szText;
         std::snprintf(text, std::size(text), "Control ID = %d", id);

@@ -78,6 +78,7 @@ protected:
     bool OnCommand(int id, UINT code, HWND control) override;
     bool OnNotify(int id, NMHDR& header, LRESULT& result) override;
     bool PreTranslateMessage(MSG& message) override;
+    int ToolTipPart(HWND control, POINT screen) const override;
 
 private:
     void addSystemCommands();
@@ -96,6 +97,7 @@ private:
     bool pushed(int id);
     bool notifyTree(NMHDR& header, LRESULT& result);
     bool answerToolTip(NMHDR& header);
+    bool accessKey(const MSG& message);
 
     HierarchyTree tree_;
     const std::unique_ptr<ClientLink> client_;

@@ -14,6 +14,7 @@
 #include <framework/strings.h>
 #include <resources/resource.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -54,7 +55,10 @@ PropertySide::PropertySide(const CWnd& form, HierarchyTree& tree, const ClientLi
       tree_(tree),
       client_(client),
       switchSide_(switchSide),
-      grid_(std::make_unique<Hierarchy::CGridEx>()) {}
+      grid_(std::make_unique<Hierarchy::CGridEx>()),
+      comparison_(tree) {
+    grid_->lengthUnit = [this] { return lengthUnit(); };
+}
 PropertySide::~PropertySide() = default;
 
 void PropertySide::initialise() {
@@ -133,13 +137,16 @@ void PropertySide::showNode(NodeHandle node) {
 
 // The set holds the current node's values.
 void PropertySide::showSet(const FltAttrGroup& set) {
+    comparedSet_ = &set;
     showName(set);
+    valuesChanged();
     grid_->ShowAttributes(set, isReadOnly(set));
     comment_.Enable();
     showComment(tree_.Node(current_));
 }
 
 void PropertySide::showNone(const std::string& name) {
+    comparedSet_ = nullptr;
     setName(name);
     showComment(0);
     grid_->Reset();
@@ -148,6 +155,7 @@ void PropertySide::showNone(const std::string& name) {
 }
 
 void PropertySide::clear() {
+    comparedSet_ = nullptr;
     switchSide_.edit(nullptr);
     setName("");
     showComment(0);
@@ -184,6 +192,73 @@ void PropertySide::setName(std::string name) {
 // Moves the keyboard to the tree, but not away from another window while the form is hidden.
 void PropertySide::focusTree() {
     if (form_.IsVisible() && !keepFocus_) tree_.SetFocus();
+}
+
+// ---------------------------------------------------------------- what the values mean
+
+bool PropertySide::wantsComparison() const {
+    return comparedSet_ && current_ && (shownAnew_ || comparison_.isStale());
+}
+
+void PropertySide::compareSoon() const {
+    constexpr UINT kInterval = 30;  // milliseconds
+    ::SetTimer(form_.Handle(), kCompareTimer, kInterval, nullptr);
+}
+
+bool PropertySide::compareSome() {
+    const NodeHandle node = tree_.Node(current_);
+    if (!comparedSet_ || !node) return false;
+    if (wantsComparison()) {
+        shownAnew_ = false;
+        comparison_.begin(node, loadAttributes(node) == comparedSet_ ? comparedSet_ : nullptr);
+        grid_->MarkDiffering({});
+    }
+    if (comparison_.step()) grid_->MarkDiffering(comparison_.differing());
+    return !comparison_.isDone();
+}
+
+void PropertySide::valuesChanged() {
+    shownAnew_ = true;
+    if (tree_.Selection().count() >= 2) compareSoon();
+}
+
+// The choice that the header above the node has made.
+std::string PropertySide::lengthUnit() const {
+    constexpr int kUnits = 1;
+    for (const TreeItem* item = tree_.Find(current_); item; item = item->parent) {
+        if (!item->node || !isOfKind(item->node, FltNodeKind::Header)) continue;
+        const FltAttrGroup* const header = loadAttributes(item->node);
+        const FltAttrDesc* const units = header ? attributeAt(*header, kUnits) : nullptr;
+        if (units && *units->value.text()) return units->value.text();
+    }
+    return loadString(IDS_UNIT_DATABASE);
+}
+
+int PropertySide::rowAt(POINT screen) const {
+    return std::max(grid_->CellAt(grid_->ToClient(screen)).row, 0);
+}
+
+std::string PropertySide::meaningAt(POINT screen) const {
+    return grid_->Describe(rowAt(screen));
+}
+
+std::optional<bool> PropertySide::isSectionFolded() const {
+    const auto section = grid_->SectionOf(grid_->FocusCell().row);
+    if (!section) return std::nullopt;
+    return grid_->Sections()[*section].folded;
+}
+
+bool PropertySide::hasSections() const {
+    return !grid_->Sections().empty();
+}
+
+void PropertySide::foldSection(bool folded) {
+    if (const auto section = grid_->SectionOf(grid_->FocusCell().row))
+        grid_->UserFolds(*section, folded);
+}
+
+void PropertySide::foldAllSections(bool folded) {
+    grid_->UserFoldsAll(folded);
 }
 
 // ---------------------------------------------------------------- the comment
@@ -266,7 +341,10 @@ void PropertySide::resetValues() {
 }
 
 POINT PropertySide::belowFocusCell() const {
-    const std::optional<RECT> cell = grid_->CellRect(grid_->FocusCell());
+    const grid::CellId focus = grid_->FocusCell();
+    const auto section = grid_->SectionOf(focus.row);
+    std::optional<RECT> cell = grid_->CellRect(focus);
+    if (!cell && section) cell = grid_->SectionRect(*section);
     return grid_->ToScreen(cell ? POINT{cell->left, cell->bottom} : POINT{});
 }
 
@@ -302,6 +380,7 @@ bool PropertySide::endEdit(int attribute, const std::string& entered) {
     // A normalised value is always shown again; a text or choice only when the node holds another
     // one than was entered, since the cell shows that already.
     const bool asEntered = row->value.text() == entered;
+    valuesChanged();
     if (row->controlling != 0 && asEntered)
         renewDependent(*set);
     else if (isNormalised(*row) || !asEntered)

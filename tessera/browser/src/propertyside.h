@@ -2,6 +2,7 @@
 #pragma once
 
 #include "hierarchy.h"
+#include "valuecomparison.h"
 
 #include <fltkilnutil/fltattr.h>
 #include <framework/controls.h>
@@ -59,6 +60,21 @@ public:
     /// The same for the comment alone; false when that has not got the keyboard.
     bool cancelComment();
 
+    /// Whether the values must be compared with those of other selected nodes again; once the
+    /// selection has changed, or the node is shown anew.
+    bool wantsComparison() const;
+    /// Sets the form's timer of that number, which is then to call `compareSome` until that is
+    /// done.
+    void compareSoon() const;
+    static constexpr UINT_PTR kCompareTimer = 2;
+    /// Compares for a short time; false when it is done.
+    bool compareSome();
+
+    /// What the value under a point of the screen means, and which row that is; empty and 0 when
+    /// there is none.
+    std::string meaningAt(POINT screen) const;
+    int rowAt(POINT screen) const;
+
     /// The attribute of the grid's focus row, if there is one.
     std::optional<int> focusedAttribute() const;
 
@@ -72,6 +88,15 @@ public:
     /// Gives those that can be edited the values of a new node of the kind, as one edit: of the
     /// current node, or with Global of all selected ones. Beeps when there is none.
     void resetValues();
+
+    // Sections of the grid: that of the focus cell, or all.
+
+    /// Nothing where the focus cell is in none.
+    std::optional<bool> isSectionFolded() const;
+    bool hasSections() const;
+    void foldSection(bool folded);
+    void foldAllSections(bool folded);
+
     /// Below the grid's focus cell, on the screen.
     POINT belowFocusCell() const;
 
@@ -91,6 +116,8 @@ private:
     void editSelected(FltAttrGroup& set, FltAttrDesc& attribute, const std::string& value);
     void renewDependent(const FltAttrGroup& set);
     void focusTree();
+    std::string lengthUnit() const;
+    void valuesChanged();
 
     const framework::CWnd& form_;
     HierarchyTree& tree_;
@@ -105,6 +132,9 @@ private:
     bool keepFocus_ = false;    ///< showing a node must not move the keyboard to the tree
     std::string shownName_;
     std::string shownComment_;
+    ValueComparison comparison_;
+    const FltAttrGroup* comparedSet_ = nullptr;  ///< of the node that is shown; null for none
+    bool shownAnew_ = false;                     ///< since the comparison began
 };
 
 }  // namespace tessera

@@ -3,7 +3,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <optional>
 
 namespace tessera {
@@ -49,37 +48,6 @@ std::optional<double> numberIn(const std::string& text, bool whole) {
     return isNumber ? std::optional(value) : std::nullopt;
 }
 
-/// What a row's field can hold.
-struct Range {
-    double least;
-    double most;
-};
-
-template <typename Number>
-constexpr Range rangeOf() {
-    return {double{std::numeric_limits<Number>::lowest()},
-            double{std::numeric_limits<Number>::max()}};
-}
-
-Range rangeOf(FltAttrWidth width) {
-    switch (width) {
-        case FltAttrWidth::Int8:
-            return rangeOf<std::int8_t>();
-        case FltAttrWidth::Uint8:
-            return rangeOf<std::uint8_t>();
-        case FltAttrWidth::Int16:
-            return rangeOf<std::int16_t>();
-        case FltAttrWidth::Uint16:
-            return rangeOf<std::uint16_t>();
-        case FltAttrWidth::Float32:
-            return rangeOf<float>();
-        case FltAttrWidth::Float64:
-            return rangeOf<double>();
-        default:
-            return rangeOf<std::int32_t>();
-    }
-}
-
 std::string numberFor(const FltAttrDesc& row, std::string text) {
     const bool whole = row.type == FltAttrType::Integer;
     const std::optional<double> number = numberIn(text, whole);
@@ -87,7 +55,7 @@ std::string numberFor(const FltAttrDesc& row, std::string text) {
         throw Refusal(quoted(row.key) +
                       (whole ? " takes an integer, not " : " takes a number, not ") + quoted(text));
     }
-    const Range range = rangeOf(row.width);
+    const FltAttrRange range = fltAttrRange(row.width);
     if (*number < range.least || *number > range.most) {
         throw Refusal(quoted(row.key) + " takes numbers from " + printed(range.least) + " to " +
                       printed(range.most) + ", not " + text);
