@@ -89,6 +89,7 @@ TEST(Art, TreeIconsHaveClearSurroundingsWithoutAFringe) {
     EXPECT_EQ(treeIcons().size(), 19U);
     for (const auto& [name, icon] : treeIcons()) {
         SCOPED_TRACE(name);
+        const auto& drawn = icon;  // clang captures no structured binding
         EXPECT_GT(std::count(icon.pixels.begin(), icon.pixels.end(), kWhite), 20);
         for (int y = 0; y < icon.height; ++y) {
             for (int x = 0; x < icon.width; ++x) {
@@ -98,7 +99,7 @@ TEST(Art, TreeIconsHaveClearSurroundingsWithoutAFringe) {
                     std::any_of(std::begin(kBesides), std::end(kBesides), [&](const auto& step) {
                         const int nearX = x + step[0];
                         const int nearY = y + step[1];
-                        return icon.contains(nearX, nearY) && icon.at(nearX, nearY) == kWhite;
+                        return drawn.contains(nearX, nearY) && drawn.at(nearX, nearY) == kWhite;
                     });
                 if (!atTheCut) continue;
                 EXPECT_LT(icon.at(x, y).lightness(), 0xE1) << x << ", " << y;

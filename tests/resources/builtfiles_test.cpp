@@ -25,10 +25,11 @@ TEST(BuiltModule, ExportsExactlyWhatOthersCall) {
 
 // A user copies the module into the host's plug-in folder, and nothing else.
 TEST(BuiltModule, NeedsNothingButTheSystemAndTheHost) {
-    EXPECT_THAT(readProgramFile(modulePath()).imports,
-                IsSubsetOf({"advapi32.dll", "comctl32.dll", "comdlg32.dll", "gdi32.dll",
-                            "kernel32.dll", "kilncore.dll", "msimg32.dll", "msvcrt.dll",
-                            "ole32.dll", "user32.dll", "uxtheme.dll"}));
+    EXPECT_THAT(
+        readProgramFile(modulePath()).imports,
+        IsSubsetOf({"advapi32.dll", "comctl32.dll", "comdlg32.dll", "gdi32.dll", "kernel32.dll",
+                    "kilncore.dll", "msimg32.dll", "msvcrt.dll", "ole32.dll", "oleacc.dll",
+                    "oleaut32.dll", "user32.dll", "uxtheme.dll"}));
 }
 
 TEST(BuiltModule, HoldsItsResourcesAndNoOthers) {

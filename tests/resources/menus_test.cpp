@@ -38,7 +38,9 @@ void forEachMenu(HMENU menu, const std::function<void(const std::vector<Entry>&)
 // The key that an ampersand marks, as a small letter; 0 without one.
 wchar_t keyOf(const std::wstring& text) {
     const std::size_t mark = text.find(L'&');
-    return mark + 1 < text.size() ? static_cast<wchar_t>(std::towlower(text[mark + 1])) : L'\0';
+    return mark != text.npos && mark + 1 < text.size()
+               ? static_cast<wchar_t>(std::towlower(text[mark + 1]))
+               : L'\0';
 }
 
 class MainMenu {

@@ -8,7 +8,10 @@
 #include <base/utf16.h>
 #include <grid/cgridctrl.h>
 #include <resources/resource.h>
+#include <cwctype>
+#include <set>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "../../workbench/src/app/commands.h"
@@ -186,6 +189,39 @@ TEST_P(ShownDialog, KeepsItsControlsApart) {
             EXPECT_FALSE(IntersectRect(&both, &a, &b))
                 << GetDlgCtrlID(controls[i]) << " and " << GetDlgCtrlID(controls[j]) << " share "
                 << both.right - both.left << " x " << both.bottom - both.top;
+        }
+    }
+}
+
+// The key that an ampersand marks, as a small letter; 0 without one.
+wchar_t keyIn(const std::wstring& text) {
+    const std::size_t mark = text.find(L'&');
+    return mark != text.npos && mark + 1 < text.size()
+               ? static_cast<wchar_t>(std::towlower(text[mark + 1]))
+               : L'\0';
+}
+
+// Enter and Esc are the keys of the usual buttons. The module's own dialogs have the texts that
+// their users know.
+TEST_P(ShownDialog, HasAKeyForEachControlWithALabel) {
+    if (std::get<0>(GetParam()).file == moduleFile) GTEST_SKIP();
+    std::set<wchar_t> keys;
+    HWND before = nullptr;
+    for (const HWND control : dialog.controls()) {
+        const HWND label = std::exchange(before, control);
+        const std::wstring text = labelOf(control);
+        const LONG_PTR type = buttonType(control);
+        const int id = GetDlgCtrlID(control);
+        if (keyIn(text) != 0) {
+            EXPECT_TRUE(keys.insert(keyIn(text)).second) << utf8(text);
+        }
+        if (type >= 0 && type != BS_GROUPBOX && !text.empty() && id != IDOK && id != IDCANCEL) {
+            EXPECT_NE(keyIn(text), 0) << utf8(text);
+        }
+        const bool isField = isClass(control, L"Edit") || isClass(control, L"ComboBox") ||
+                             isClass(control, L"ListBox");
+        if (isField && label && isClass(label, L"Static") && !labelOf(label).empty()) {
+            EXPECT_NE(keyIn(labelOf(label)), 0) << utf8(labelOf(label));
         }
     }
 }

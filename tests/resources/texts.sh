@@ -4,6 +4,6 @@
 cd "$1" || exit 2
 export LC_ALL=C.UTF-8
 found=$(grep -rnP --include='*.cpp' --include='*.h' --exclude=walk.cpp '"[^"]*[\x{4e00}-\x{9fff}]' \
-    base checks diagnostics fltkilnutil framework grid interchange kiln kilnbatch quillon script \
-    tessera tools workbench | grep -vP '^[^:]*:\d+: *//')
+    base checks diagnostics fltkilnutil framework grid interchange kiln kilnbatch palettes plugin quillon \
+    render script tessera tools workbench | grep -vP '^[^:]*:\d+: *//')
 [ -z "$found" ] || { printf '%s\n' "$found"; exit 1; }

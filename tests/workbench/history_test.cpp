@@ -98,6 +98,11 @@ TEST_F(HistoryTest, TheListFollowsAndJumpsToAnyStep) {
     EXPECT_THAT(list.texts(), ElementsAre("（开始时）", "成组", "隐藏", "全部取消隐藏"));
     EXPECT_EQ(list.selected(), 3);
     const user::Picture bright = user::look(list.area(3));
+    const user::Picture line = user::look(list.area(1));
+    ASSERT_TRUE(user::click(viewport_));
+    ASSERT_TRUE(user::eventually([&] { return ::GetForegroundWindow() == window_; }));
+    EXPECT_TRUE(user::eventually([&] { return user::look(list.area(1)) == line; }))
+        << "it stays in front of the window that was clicked";
 
     // Shown anew it has the keyboard, and no click on the main window has come in front of it.
     const auto isShown = [&] { return ::IsWindowVisible(window) != FALSE; };

@@ -58,6 +58,7 @@ TEST_P(PanesIn, TheLanguageShowFiguresAndSelectionWhole) {
     } shown[] = {
         {StatusBar::kNodes, textOf(TextId::kNodesHidden, {nodes, "10,000,000"})},
         {StatusBar::kFaces, textOf(TextId::kFaces, {"100,000,000"})},
+        {StatusBar::kMissing, textOf(TextId::kMissing, {"200"})},
         {StatusBar::kSelection, textOf(TextId::kSelected, {"10,000,000"})},
         {StatusBar::kTime, textOf(TextId::kTime, {"-2147483648"})},
         {StatusBar::kSelection, textOf(TextId::kNothingSelected)},

@@ -72,6 +72,24 @@ TEST_F(ShownSceneTest, TakesOverTheSelectionWithoutReadingTheScene) {
     EXPECT_FALSE(scene_.model().items().front().selected);
 }
 
+// One of the two is followed, the other is taken over: neither may be forgotten for the other.
+TEST_F(ShownSceneTest, AnEditAndASelectionAreShownTogether) {
+    INode* const box = add("box");
+    INode* const other = add("other");
+    scene_.model();
+    box->SetWireColor(0x0000FF);
+    host_.SelectNode(other);
+    scene_.selectionChanged();
+    EXPECT_EQ(firstColor(), 0xFF0000u);
+    EXPECT_TRUE(scene_.model().items().back().selected);
+    // Drawing anew reads nothing, and what has changed before it is still read.
+    box->SetWireColor(0x00FF00);
+    host_.RedrawViews(0);
+    EXPECT_EQ(firstColor(), 0x00FF00u);
+    EXPECT_TRUE(scene_.model().items().back().selected);
+    EXPECT_EQ(scene_.nodes().size(), 2u);
+}
+
 TEST_F(ShownSceneTest, ShowsWhatItHasWhileTheSceneIsHalfDone) {
     scene_.hold(true);
     INode* const box = add("box");

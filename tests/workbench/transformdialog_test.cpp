@@ -114,4 +114,24 @@ TEST_F(TransformDialogTest, TheEndOfTheSessionWaitsForTheAnswer) {
     EXPECT_TRUE(isAt("0", "1", "0")) << "saved before the end";
 }
 
+// A session that ends without an answer: the work is saved aside before, and offered next time.
+TEST_F(TransformDialogTest, WhatIsUnsavedOutlivesTheSession) {
+    const std::filesystem::path aside = folder_ / "Workbench" / "recovery";
+    enter(kMoveRow, 1, L"1");
+    ASSERT_TRUE(isAt("0", "1", "0"));
+    EXPECT_EQ(::SendMessageW(window_, WM_QUERYENDSESSION, 0, 0), FALSE);
+    answerMessage(IDCANCEL);
+    enter(kMoveRow, 0, L"2");
+    ASSERT_TRUE(isAt("2", "2", "0"));
+    ::SendMessageW(window_, WM_ENDSESSION, FALSE, 0);
+    EXPECT_TRUE(isAt("2", "2", "0")) << "it does not end after all";
+    ::SendMessageW(window_, WM_ENDSESSION, TRUE, 0);
+    ::TerminateProcess(process_.hProcess, 1);  // as the system does then
+    ASSERT_EQ(exitCode(), 1u);
+    ASSERT_TRUE(std::filesystem::exists(aside));
+    start((folder_ / "plugins").wstring(), L" ");
+    EXPECT_THAT(answerMessage(IDYES), HasSubstr("“场景.kiln”有未保存的更改"));
+    EXPECT_TRUE(isAt("2", "2", "0")) << "as it was at the end";
+}
+
 }  // namespace

@@ -10,7 +10,8 @@
 
 namespace workbench {
 
-/// Reads the scene anew when somebody looks at it and it has changed since, whoever changed it.
+/// Reads the scene anew when somebody looks at it and it has changed since, whoever changed it: all
+/// of it, or what has changed.
 class ShownScene {
 public:
     /// `onOutdated` is called when what was read is out of date, once until it is read again.
@@ -25,6 +26,9 @@ public:
     /// Of the last model.
     const render::SceneCounts& counts() const { return feed_.counts(); }
     std::vector<std::string> takeFailures() { return feed_.takeFailures(); }
+    /// What the references of the last model do not find, one sentence each.
+    std::vector<std::string> missing() const { return feed_.missing(); }
+    std::size_t missingCount() const { return feed_.missingCount(); }
     /// The files that the last model refers to and that are still to be read.
     const std::vector<std::string>& unreadFiles() const { return feed_.unread(); }
     /// Reads some of them: before each, `mayGoOn` is asked. What was read is shown once all of a
@@ -32,6 +36,8 @@ public:
     void readFiles(const std::function<bool(const std::string& path)>& mayGoOn);
     /// Reads anew what has changed on disk.
     void noticeFiles();
+    /// Reads the scene and its files anew, also where nothing of the scene has changed.
+    void readAgain();
     /// Whether what the last model shows changes with time.
     bool changes() const { return feed_.model().changes(); }
 

@@ -5,6 +5,7 @@
 #include "commands.h"
 #include "editcommands.h"
 #include "filenames.h"
+#include "referencecommands.h"
 #include "scenefiles.h"
 #include "sceneview.h"
 #include "scriptfiles.h"
@@ -15,6 +16,7 @@
 #include <kiln/subtree.h>
 #include <kiln/undo.h>
 #include <tessera_version.h>
+#include <workbench/savedviews.h>
 
 #include <iterator>
 #include <string>
@@ -40,6 +42,8 @@ ACCEL kFileKeys[] = {
     {kCtrl | FSHIFT, 'E', CMD_FILE_EXPORT_SELECTED},
     {kCtrl, 'R', CMD_SCRIPT_RUN},
     {kCtrl | FSHIFT, 'R', CMD_SCRIPT_RUN_AGAIN},
+    {kPlain, VK_F5, CMD_REFERENCE_RELOAD},
+    {kShift, VK_F5, CMD_REFERENCE_MISSING},
     {kPlain, VK_F8, CMD_VIEW_FRAME_RATE},
     {kPlain, VK_F1, CMD_HELP_GUIDE},
     {kShift, VK_F1, CMD_HELP_KEYS},
@@ -55,6 +59,11 @@ ACCEL kSceneKeys[] = {
     {kShift, 'H', CMD_EDIT_UNHIDE_ALL},
     {kPlain, 'I', CMD_EDIT_ISOLATE},
     {kCtrl, 'M', CMD_EDIT_TRANSFORM},
+    {kPlain, 'Q', CMD_EDIT_HANDLES_NONE},
+    {kPlain, 'W', CMD_EDIT_HANDLES_MOVE},
+    {kPlain, 'E', CMD_EDIT_HANDLES_ROTATE},
+    {kPlain, 'S', CMD_EDIT_HANDLES_SCALE},
+    {kShift, 'G', CMD_EDIT_SNAP},
     {kPlain, VK_DELETE, CMD_EDIT_DELETE},
     {kPlain, 'Z', CMD_VIEW_ALL},
     {kShift, 'Z', CMD_VIEW_SELECTED},
@@ -137,6 +146,7 @@ CommandTable::CommandTable(const CommandTargets& targets) : targets_(targets) {
     addFileCommands();
     addHistoryCommands();
     addEditCommands();
+    addReferenceCommands();
     addViewCommands();
     addLanguageCommands();
     addScriptCommands();
@@ -231,8 +241,24 @@ void CommandTable::addEditCommands() {
         asStep(TextId::kStepIsolate, [&] { isolateSelected(host, scene.nodes()); });
     };
     actions_[CMD_EDIT_TRANSFORM] = [this] { targets_.toggleTransform(); };
+    for (const auto& [command, mode] : {std::pair{CMD_EDIT_HANDLES_NONE, HandleMode::kNone},
+                                        {CMD_EDIT_HANDLES_MOVE, HandleMode::kMove},
+                                        {CMD_EDIT_HANDLES_ROTATE, HandleMode::kRotate},
+                                        {CMD_EDIT_HANDLES_SCALE, HandleMode::kScale}})
+        actions_[command] = [this, which = mode] { targets_.viewport.showHandles(which); };
+    actions_[CMD_EDIT_SNAP] = [this] { targets_.toggleSnap(); };
     actions_[CMD_EDIT_PICK_OBJECTS] = [this] { targets_.togglePickWholes(); };
     actions_[CMD_EDIT_DELETE] = [this] { deleteSelected(targets_.window, targets_.core); };
+}
+
+void CommandTable::addReferenceCommands() {
+    ReferenceCommands& references = targets_.references;
+    actions_[CMD_REFERENCE_OPEN] = [&references] { references.open(); };
+    actions_[CMD_REFERENCE_RELOAD] = [&references] { references.reload(); };
+    actions_[CMD_REFERENCE_LOCAL] = [&references] { references.makeLocal(); };
+    actions_[CMD_REFERENCE_COLLAPSE] = [&references] { references.collapse(); };
+    actions_[CMD_REFERENCE_MISSING] = [&references] { references.listMissing(); };
+    actions_[CMD_REFERENCE_FOLDERS] = [&references] { references.editSearchFolders(); };
 }
 
 void CommandTable::addViewCommands() {
@@ -247,9 +273,15 @@ void CommandTable::addViewCommands() {
                                         {CMD_VIEW_BACK, render::View::kBack},
                                         {CMD_VIEW_BOTTOM, render::View::kBottom}})
         actions_[command] = [&viewport, which = view] { viewport.setView(which); };
-    for (int place = 0; place < Viewport::kSavedViews; ++place) {
-        actions_[CMD_VIEW_SAVE + place] = [&viewport, place] { viewport.saveView(place); };
-        actions_[CMD_VIEW_RECALL + place] = [&viewport, place] { viewport.recallView(place); };
+    SavedViews& views = targets_.views;
+    for (std::size_t place = 0; place < SavedViews::kPlaces; ++place) {
+        const int number = static_cast<int>(place);
+        actions_[CMD_VIEW_SAVE + number] = [&viewport, &views, place] {
+            views.save(place, viewport.camera().stand());
+        };
+        actions_[CMD_VIEW_RECALL + number] = [&viewport, &views, place] {
+            viewport.showView(views.at(place));
+        };
     }
     actions_[CMD_VIEW_LEVELS] = [this] { targets_.toggleLevels(); };
     for (const auto& [command, mode] : {std::pair{CMD_VIEW_SHADED, render::DrawMode::kShaded},

@@ -10,10 +10,12 @@
 
 namespace workbench {
 
+class ReferenceCommands;
 class SceneFiles;
 class SceneView;
 class ScriptFiles;
 class Utilities;
+class SavedViews;
 class Viewport;
 
 /// What commands act upon.
@@ -25,6 +27,9 @@ struct CommandTargets {
     SceneView& scene;
     Viewport& viewport;
     Utilities& utilities;
+    SavedViews& views;
+    ReferenceCommands& references;
+    std::function<void()> toggleSnap;           ///< brings what handles move to the grid, or not
     std::function<void()> toggleHistory;        ///< shows the list of steps, or hides it
     std::function<void()> toggleTransform;      ///< shows the fields for moving, or hides them
     std::function<void()> toggleLevels;         ///< shows the levels of detail, or hides them
@@ -56,6 +61,7 @@ private:
     void addFileCommands();
     void addHistoryCommands();
     void addEditCommands();
+    void addReferenceCommands();
     void addViewCommands();
     void addLanguageCommands();
     void addScriptCommands();

@@ -225,8 +225,9 @@ int WorkbenchApp::ExitInstance() {
     const int code = CWinApp::ExitInstance();
     walk_.reset();
     // The modules go while the window is still there to take their pages from.
-    kiln::Core::destroy();
+    if (kiln::Core* const core = kiln::Core::get()) core->close();
     window_.reset();
+    kiln::Core::destroy();
     return code;
 }
 

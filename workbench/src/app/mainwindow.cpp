@@ -64,11 +64,14 @@ bool isPress(UINT message) {
 MainWindow::MainWindow(kiln::Core& core, Settings& settings)
     : core_(core),
       settings_(settings),
-      view_(core.hostInterface(), *this),
+      views_(userFilePath("views.txt")),
+      view_(core.hostInterface(), *this, snap_),
       panes_(*this, view_),
       status_(core.hostInterface(), panes_.status()),
       utilities_(core, panes_.panel(), *this),
       files_(*this, core, *this, userFilePath("recent.txt")),
+      references_(*this, core, files_, view_, settings,
+                  [this](const std::string& line, LogLine kind) { print(line, kind); }),
       recovery_(*this, core, files_, userFilePath("recovery")),
       scripts_(*this, core.hostInterface(),
                [this](const std::string& line, LogLine kind) { print(line, kind); }),
@@ -76,16 +79,16 @@ MainWindow::MainWindow(kiln::Core& core, Settings& settings)
                [this](std::size_t megabytes) {
                    settings_.set(kHistorySetting, std::to_string(megabytes));
                }),
-      transform_(core.hostInterface()),
+      transform_(core.hostInterface(), snap_),
       levels_(core.hostInterface(), panes_.viewport(),
               [this] { commands_.run(CMD_EDIT_UNHIDE_ALL); }),
-      commands_({*this, core, files_, scripts_, view_, panes_.viewport(), utilities_,
-                 [this] { toggleHistory(); },
+      commands_({*this, core, files_, scripts_, view_, panes_.viewport(), utilities_, views_,
+                 references_, [this] { toggleSnap(); }, [this] { toggleHistory(); },
                  [this] { transform_.toggle(Handle(), viewport().WindowRect()); },
                  [this] { levels_.toggle(Handle(), viewport().WindowRect()); },
                  [this] { showGuide(); }, [this] { togglePickWholes(); },
                  [this](base::Language language) { speak(language); }}),
-      menu_(*this, core, panes_.viewport(), scripts_),
+      menu_(*this, core, panes_.viewport(), scripts_, views_, references_),
       hostSide_(core, *this, panes_.panel(), status_, utilities_, panes_.viewport()),
       notifications_(
           {NOTIFY_SCENE_PRE_CLEAR, NOTIFY_SCENE_NEW, NOTIFY_SCENE_RESET, NOTIFY_SCENE_OPENED,
@@ -154,7 +157,7 @@ void MainWindow::speak(base::Language language) {
     listUtilities();
     if (open) utilities_.open(open);
     refreshTitle();
-    status_.refresh(view_.scene().counts());
+    refreshStatus();
     panes_.script().showLanguage();
     history_.followLanguage();
     transform_.followLanguage();
@@ -210,7 +213,7 @@ bool MainWindow::preTranslate(MSG& message) {
     recovery_.noteMessage(message);
     if (isPress(message.message)) Post(kRaiseMessage);
     if (message.message < WM_KEYFIRST || message.message > WM_KEYLAST) return false;
-    if (!::IsWindowEnabled(Handle())) return false;
+    if (!::IsWindowEnabled(Handle()) || viewport().isHandleHeld()) return false;
     if (!isTextField(message.hwnd) && commands_.runHistoryKey(message)) return true;
     if (commands_.runFileKey(message)) return true;
     const bool ours = ::IsChild(Handle(), message.hwnd) || message.hwnd == Handle();
@@ -242,6 +245,15 @@ bool MainWindow::OnCommand(int id, UINT code, HWND control) {
     return commands_.run(id);
 }
 
+bool MainWindow::OnNotify(int, NMHDR& header, LRESULT&) {
+    if (header.hwndFrom != panes_.status().Handle() || header.code != NM_CLICK) return false;
+    POINT at;
+    ::GetCursorPos(&at);
+    if (!panes_.status().isOver(StatusBar::kMissing, at)) return false;
+    references_.listMissing();
+    return true;
+}
+
 // What is being typed into a field of a plug-in belongs to the scene before a command of a key acts
 // on it: such fields take their text over when the keyboard leaves them.
 void MainWindow::finishTyping() {
@@ -255,6 +267,8 @@ void MainWindow::noteChange(const NotifyInfo& change) {
     files_.followScene(change);
     if (change.intcode == NOTIFY_SELECTION_CHANGED) view_.scene().selectionChanged();
     if (change.intcode == NOTIFY_SCENE_PRE_CLEAR) {
+        viewport().endDrag();
+        sceneIsOther_ = true;
         viewport().forgetHovered();
         view_.scene().forget();
     }
@@ -318,9 +332,10 @@ LRESULT MainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         case kRefreshMessage:
             refreshPosted_ = false;
             refreshTitle();
-            status_.refresh(view_.scene().counts());
+            refreshStatus();
             transform_.refresh();
             levels_.refresh();
+            followViews();
             // Only then: what the user looks at in the list stays in hand meanwhile.
             if (std::exchange(historyChanged_, false)) history_.refresh();
             return 0;
@@ -339,7 +354,7 @@ LRESULT MainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             if (sessionEnds_) recovery_.endSession();
             return 0;
         case WM_INITMENU:
-            menu_.refresh(files_.recent(), history_.IsVisible(), view_.picksWholes());
+            menu_.refresh(files_.recent(), history_.IsVisible(), view_.picksWholes(), snap_.isOn);
             break;
         default:
             break;
@@ -362,6 +377,14 @@ void MainWindow::refreshTitle() {
     if (Text() != title) SetText(title);
 }
 
+void MainWindow::followViews() {
+    if (!busy_) views_.setScene(files_.path(), !std::exchange(sceneIsOther_, false));
+}
+
+void MainWindow::refreshStatus() {
+    status_.refresh(view_.scene().counts(), view_.scene().missingCount());
+}
+
 void MainWindow::drawNow() {
     constexpr DWORD kMillisecondsToShow = 200;  // until what is drawn is on the screen
     viewport().redraw();
@@ -372,7 +395,7 @@ void MainWindow::drawNow() {
             return ::RedrawWindow(window, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
         },
         0);
-    status_.refresh(view_.scene().counts());
+    refreshStatus();
     panes_.status().Update();
     ::MsgWaitForMultipleObjects(0, nullptr, FALSE, kMillisecondsToShow, 0);
 }
@@ -380,6 +403,11 @@ void MainWindow::drawNow() {
 void MainWindow::togglePickWholes() {
     view_.pickWholes(!view_.picksWholes());
     settings_.set(kPickSetting, view_.picksWholes() ? "objects" : "faces");
+}
+
+void MainWindow::toggleSnap() {
+    snap_.isOn = !snap_.isOn;
+    transform_.refresh();
 }
 
 void MainWindow::viewMenuWanted(POINT screen) {

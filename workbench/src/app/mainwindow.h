@@ -10,6 +10,7 @@
 #include "notifications.h"
 #include "panes.h"
 #include "recovery.h"
+#include "referencecommands.h"
 #include "scenefiles.h"
 #include "sceneview.h"
 #include "scriptfiles.h"
@@ -17,6 +18,7 @@
 #include "utilities.h"
 
 #include <kiln/host/host.h>
+#include <workbench/savedviews.h>
 #include <workbench/settings.h>
 
 #include <string>
@@ -67,6 +69,7 @@ protected:
     void OnActivate(UINT state, HWND other, bool minimised) override;
     void OnSetFocus(HWND former) override;
     bool OnCommand(int id, UINT code, HWND control) override;
+    bool OnNotify(int id, NMHDR& header, LRESULT& result) override;
     void OnTimer(UINT_PTR id) override;
     void OnLButtonDown(UINT keys, POINT at) override;
     void OnLButtonUp(UINT keys, POINT at) override;
@@ -87,6 +90,7 @@ private:
     void setBusy(bool busy) override {
         view_.scene().hold(busy);
         recovery_.setBusy(busy);
+        busy_ = busy;
     }
 
     /// Keeps the language, and shows everything that is open in it.
@@ -95,6 +99,9 @@ private:
     /// Has title and status bar brought up to date once the present message is done.
     void refreshFrame();
     void refreshTitle();
+    /// Looks for the views of the scene's file, unless it is about to be another one.
+    void followViews();
+    void refreshStatus();
     void raiseOwned();
     void finishTyping();
     /// Shows the list of steps beside the viewport, or hides it.
@@ -104,14 +111,19 @@ private:
     /// Has a click take objects or faces, and keeps that.
     void togglePickWholes();
     void readSomeFiles();
+    /// Has handles keep to the grid, or not.
+    void toggleSnap();
 
     kiln::Core& core_;
     Settings& settings_;
+    GridSnap snap_;
+    SavedViews views_;
     SceneView view_;
     Panes panes_;
     StatusTexts status_;
     Utilities utilities_;
     SceneFiles files_;
+    ReferenceCommands references_;
     Recovery recovery_;
     ScriptFiles scripts_;
     HistoryWindow history_;
@@ -124,6 +136,8 @@ private:
     bool refreshPosted_ = false;
     bool historyChanged_ = false;  // since it was last listed
     bool sessionEnds_ = false;
+    bool busy_ = false;
+    bool sceneIsOther_ = false;  // than when its views were looked for
 };
 
 }  // namespace workbench

@@ -2,12 +2,14 @@
 
 #include "../ui/viewport.h"
 #include "commands.h"
+#include "referencecommands.h"
 #include "scriptfiles.h"
 
 #include <base/resources.h>
 #include <base/utf16.h>
 #include <framework/module.h>
 #include <workbench/historytexts.h>
+#include <workbench/savedviews.h>
 #include <workbench/texts.h>
 
 using framework::moduleInstance, framework::resourceLanguage;
@@ -22,12 +24,14 @@ void MenuBar::attach() {
     if (before) ::DestroyMenu(before);
 }
 
-void MenuBar::refresh(std::span<const std::string> recent, bool historyShown, bool picksWholes) {
+void MenuBar::refresh(std::span<const std::string> recent, bool historyShown, bool picksWholes,
+                      bool snaps) {
     enableEntries(menu_);
     nameSteps();
     checkEntries();
     check(CMD_EDIT_HISTORY, historyShown);
     check(CMD_EDIT_PICK_OBJECTS, picksWholes);
+    check(CMD_EDIT_SNAP, snaps);
     listRecent(recent);
 }
 
@@ -56,6 +60,10 @@ void MenuBar::enableEntries(HMENU menu) {
         enable(command, selected);
     enable(CMD_EDIT_SELECT_ALL, any);
     enable(CMD_EDIT_SELECT_INVERT, any);
+    const bool refers = references_.hasReference();
+    enable(CMD_REFERENCE_OPEN, refers);
+    enable(CMD_REFERENCE_LOCAL, refers);
+    enable(CMD_REFERENCE_COLLAPSE, references_.canCollapse());
     enable(CMD_FILE_IMPORT, !core_.importKinds().empty());
     enable(CMD_SCRIPT_RUN_AGAIN, scripts_.hasRun());
     const bool exports = any && !core_.exportKinds().empty();
@@ -89,9 +97,12 @@ void MenuBar::checkEntries() {
     ::CheckMenuRadioItem(menu_, CMD_VIEW_ANY_TIME, CMD_VIEW_NIGHT,
                          CMD_VIEW_ANY_TIME + static_cast<UINT>(viewport_.options().time),
                          MF_BYCOMMAND);
-    for (int place = 0; place < Viewport::kSavedViews; ++place)
-        ::EnableMenuItem(menu_, static_cast<UINT>(CMD_VIEW_RECALL + place),
-                         MF_BYCOMMAND | (viewport_.hasSavedView(place) ? MF_ENABLED : MF_GRAYED));
+    ::CheckMenuRadioItem(menu_, CMD_EDIT_HANDLES_NONE, CMD_EDIT_HANDLES_SCALE,
+                         CMD_EDIT_HANDLES_NONE + static_cast<UINT>(viewport_.handleMode()),
+                         MF_BYCOMMAND);
+    for (std::size_t place = 0; place < SavedViews::kPlaces; ++place)
+        ::EnableMenuItem(menu_, CMD_VIEW_RECALL + static_cast<UINT>(place),
+                         MF_BYCOMMAND | (views_.at(place) ? MF_ENABLED : MF_GRAYED));
     check(CMD_VIEW_LEVELS_BY_EYE, viewport_.options().levelsByEye);
     check(CMD_VIEW_GRID, viewport_.options().grid);
     check(CMD_VIEW_FRAME_RATE, viewport_.showsFrameRate());

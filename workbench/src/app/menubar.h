@@ -10,22 +10,31 @@
 
 namespace workbench {
 
+class ReferenceCommands;
 class ScriptFiles;
+class SavedViews;
 class Viewport;
 
 class MenuBar {
 public:
     /// All of them outlive this.
-    MenuBar(framework::CWnd& window, kiln::Core& core, Viewport& viewport, ScriptFiles& scripts)
-        : window_(window), core_(core), viewport_(viewport), scripts_(scripts) {}
+    MenuBar(framework::CWnd& window, kiln::Core& core, Viewport& viewport, ScriptFiles& scripts,
+            const SavedViews& views, const ReferenceCommands& references)
+        : window_(window),
+          core_(core),
+          viewport_(viewport),
+          scripts_(scripts),
+          views_(views),
+          references_(references) {}
 
     /// Loads the menu in the present language and sets it as the window's. The about boxes of
     /// utilities have to be listed anew.
     void attach();
     /// To be called before the menu is shown. `recent`: the files opened last.
     /// `historyShown`: whether the list of steps is open. `picksWholes`: whether a click takes
-    /// objects.
-    void refresh(std::span<const std::string> recent, bool historyShown, bool picksWholes);
+    /// objects. `snaps`: whether handles keep to the grid.
+    void refresh(std::span<const std::string> recent, bool historyShown, bool picksWholes,
+                 bool snaps);
     /// Shows the viewport's context menu; what is chosen comes to the window as a command.
     void showForView(POINT screen);
     /// Lists the about boxes of utilities after the program's own, in the last menu.
@@ -43,6 +52,8 @@ private:
     kiln::Core& core_;
     Viewport& viewport_;
     ScriptFiles& scripts_;
+    const SavedViews& views_;
+    const ReferenceCommands& references_;
     HMENU menu_ = nullptr;
 };
 

@@ -192,8 +192,10 @@ void SceneFiles::open() {
 }
 
 void SceneFiles::openRecent(std::size_t position) {
-    if (position >= recent().size()) return;
-    const std::string path = recent()[position];
+    if (position < recent().size()) openPath(std::string(recent()[position]));
+}
+
+void SceneFiles::openPath(const std::string& path) {
     if (isGone(path) || mayLoseScene()) openOrTell(path);
 }
 

@@ -43,6 +43,8 @@ public:
     /// What the user calls the scene: its file's name, or that of the one it was imported from;
     /// empty for none.
     std::string sceneName() const;
+    /// The scene's file; empty for one that has none yet.
+    const std::string& path() const { return path_; }
     /// The files that were opened, imported or saved last, newest first.
     const std::vector<std::string>& recent() const { return recent_.paths(); }
 
@@ -55,6 +57,8 @@ public:
     /// Exports behind a progress dialog. After anything but success a file that was there is as it
     /// was.
     kiln::ImportResult exportFile(const std::string& path, const kiln::ExportChoice& choice);
+    /// Where a file of that name would be saved.
+    std::string suggestion(const std::string& name) const;
     /// False when the user would rather keep the scene that has changed.
     bool mayLoseScene();
     /// Tells the user about a failure, in a message box.
@@ -67,6 +71,8 @@ public:
 
     void newScene();
     void open();
+    /// Opens this file, or tells why not, unless the user would rather keep what has changed.
+    void openPath(const std::string& path);
     /// Opens the recent file at this position.
     void openRecent(std::size_t position);
     /// To the file that the scene came from, whichever program's format it has.
@@ -82,7 +88,6 @@ private:
 
     std::string lastFolder() const;
     std::string name() const;
-    std::string suggestion(const std::string& name) const;
     bool isExported(const std::string& path) const;
     bool choosePart(kiln::ExportChoice& choice, std::string& name);
     bool askForPart(std::vector<kiln::FilePart> parts, kiln::ExportChoice& choice,

@@ -1,6 +1,7 @@
 #include "sceneview.h"
 
 #include <kiln/nodelook.h>
+#include <workbench/texts.h>
 
 namespace workbench {
 
@@ -57,6 +58,38 @@ void SceneView::onMenu(render::ItemIndex item, POINT screen) {
 
 void SceneView::onHover(render::ItemIndex item) {
     client_.nodeHovered(scene_.nodeOf(item));
+}
+
+// In the middle of what is seen of the selection: a node's own place may be far from it.
+std::optional<Matrix3> SceneView::handleFrame(HandleMode mode) {
+    INode* const node = firstMovedNode(host_);
+    if (!node) return std::nullopt;
+    const Matrix3 world = node->GetNodeTM(host_.GetTime());
+    const render::Box box = scene_.model().selectedBox();
+    const render::Vec3d centre = box.centre();
+    const Point3 place = box.empty() ? world.GetTrans() : Point3{centre.x, centre.y, centre.z};
+    return mode == HandleMode::kScale ? axesAt(world, place) : TransMatrix(place);
+}
+
+void SceneView::onHandleTaken(HandleMode mode) {
+    const TextId name = mode == HandleMode::kMove     ? TextId::kStepMove
+                        : mode == HandleMode::kRotate ? TextId::kStepRotate
+                                                      : TextId::kStepScale;
+    drag_.emplace(host_, textOf(name));
+    dragStart_ = selectedPlace(host_).value_or(Point3{});
+}
+
+HandleGrid SceneView::handleGrid(bool otherWay) {
+    return {snap_.isOn != otherWay ? snap_.step : 0, dragStart_};
+}
+
+void SceneView::onHandleDrag(const Matrix3& change) {
+    if (drag_) drag_->show(change);
+}
+
+void SceneView::onHandleLeft(bool keep) {
+    if (drag_ && keep) drag_->keep();
+    drag_.reset();
 }
 
 bool SceneView::selectTallest() {

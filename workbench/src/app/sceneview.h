@@ -4,7 +4,9 @@
 #include "../ui/viewport.h"
 
 #include <workbench/shownscene.h>
+#include <workbench/transforms.h>
 
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -27,8 +29,12 @@ public:
 
 class SceneView : public ViewportClient {
 public:
-    SceneView(Interface& host, SceneViewClient& client)
-        : host_(host), client_(client), scene_(host, [&client] { client.sceneOutdated(); }) {}
+    /// `snap`, which outlives this, is the grid that handles keep to.
+    SceneView(Interface& host, SceneViewClient& client, const GridSnap& snap)
+        : host_(host),
+          client_(client),
+          snap_(snap),
+          scene_(host, [&client] { client.sceneOutdated(); }) {}
 
     ShownScene& scene() { return scene_; }
     /// Selects the node with the tallest surface, as a click on it would; false without one.
@@ -46,6 +52,11 @@ public:
     void onPickNothing() override;
     void onMenu(render::ItemIndex item, POINT screen) override;
     void onHover(render::ItemIndex item) override;
+    std::optional<Matrix3> handleFrame(HandleMode mode) override;
+    void onHandleTaken(HandleMode mode) override;
+    HandleGrid handleGrid(bool otherWay) override;
+    void onHandleDrag(const Matrix3& change) override;
+    void onHandleLeft(bool keep) override;
 
 private:
     INode* wholeOf(INode* node) const;
@@ -53,8 +64,11 @@ private:
 
     Interface& host_;
     SceneViewClient& client_;
+    const GridSnap& snap_;
     ShownScene scene_;
     bool picksWholes_ = true;
+    std::optional<TransformDrag> drag_;
+    Point3 dragStart_;
 };
 
 }  // namespace workbench

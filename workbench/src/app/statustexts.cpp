@@ -13,7 +13,10 @@ void StatusTexts::showHovered(const INode* node) {
     bar_.setText(StatusBar::kMessage, node ? node->GetName() : prompt_);
 }
 
-void StatusTexts::refresh(const render::SceneCounts& counts) {
+void StatusTexts::refresh(const render::SceneCounts& counts, std::size_t missing) {
+    bar_.setText(
+        StatusBar::kMissing,
+        missing == 0 ? std::string() : counted(missing, TextId::kOneMissing, TextId::kMissing));
     std::string nodes =
         counted(static_cast<std::size_t>(counts.nodes), TextId::kOneNode, TextId::kNodes);
     if (counts.hidden > 0)

@@ -19,7 +19,8 @@ public:
     /// The node under the mouse; null shows the prompt again.
     void showHovered(const INode* node);
     /// The figures, of the scene as it was drawn last.
-    void refresh(const render::SceneCounts& counts);
+    /// `missing`: how many references find nothing.
+    void refresh(const render::SceneCounts& counts, std::size_t missing);
 
 private:
     std::string selection() const;

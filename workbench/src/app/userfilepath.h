@@ -12,6 +12,8 @@ namespace workbench {
 inline constexpr char kLanguageSetting[] = "language";
 /// How much memory the history may use, in MB.
 inline constexpr char kHistorySetting[] = "historyMegabytes";
+/// The folders in which files are looked for, with "|" between them.
+inline constexpr char kSearchSetting[] = "searchFolders";
 /// What a click in the viewport takes: "objects" or "faces".
 inline constexpr char kPickSetting[] = "pick";
 

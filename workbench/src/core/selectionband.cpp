@@ -52,8 +52,7 @@ std::vector<render::ItemIndex> itemsTouched(const render::Canvas& canvas, const 
         }
     }
     std::ranges::sort(touched);
-    const auto doubles = std::ranges::unique(touched);
-    touched.erase(doubles.begin(), doubles.end());
+    touched.erase(std::unique(touched.begin(), touched.end()), touched.end());
     return touched;
 }
 

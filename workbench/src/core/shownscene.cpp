@@ -1,6 +1,7 @@
 #include <workbench/shownscene.h>
 
 #include <utility>
+#include <vector>
 
 namespace workbench {
 
@@ -12,10 +13,16 @@ ShownScene::ShownScene(Interface& host, std::function<void()> onOutdated)
 const render::SceneModel& ShownScene::model() {
     if (held_) return feed_.model();
     if (!isCurrent()) {
+        const auto named = watch_.ChangedNodes();
+        const std::vector<INode*> changed(named.begin(), named.end());
+        const bool mayFollow = isRead_ && !watch_.HasChangedOtherwise();
         // Before it is read, so that a change meanwhile is told.
         watch_.Take();
         isRead_ = false;
-        feed_.build(host_);
+        if (!mayFollow || !feed_.follow(host_, changed))
+            feed_.build(host_);
+        else if (selectionChanged_)
+            feed_.updateSelection();
         isRead_ = true;
     } else if (selectionChanged_) {
         feed_.updateSelection();
@@ -45,9 +52,12 @@ void ShownScene::readFiles(const std::function<bool(const std::string& path)>& m
 }
 
 void ShownScene::noticeFiles() {
-    if (held_ || !isRead_ || !feed_.noticeChanges()) return;
+    if (!held_ && isRead_ && feed_.noticeChanges()) readAgain();
+}
+
+void ShownScene::readAgain() {
     isRead_ = false;
-    onOutdated_();
+    if (!held_) onOutdated_();
 }
 
 void ShownScene::hold(bool held) {

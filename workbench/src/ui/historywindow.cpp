@@ -1,6 +1,7 @@
 #include "historywindow.h"
 
 #include "../app/commands.h"
+#include "tooltips.h"
 
 #include <base/utf16.h>
 #include <framework/cwaitcursor.h>
@@ -44,6 +45,7 @@ bool HistoryWindow::OnInitDialog() {
     ::SendMessageW(list, LVM_SETIMAGELIST, LVSIL_SMALL, reinterpret_cast<LPARAM>(height));
     listLimits();
     layout();
+    EnableToolTips();
     return true;
 }
 
@@ -86,6 +88,11 @@ void HistoryWindow::OnOK() {
 }
 
 bool HistoryWindow::OnNotify(int id, NMHDR& header, LRESULT& result) {
+    if (answerToolTip(header, [](int control) {
+            if (control == IDC_HISTORY_STEPS) return textOf(TextId::kTipSteps);
+            return control == IDC_HISTORY_LIMIT ? textOf(TextId::kTipMemory) : std::string();
+        }))
+        return true;
     if (id != IDC_HISTORY_STEPS) return false;
     switch (header.code) {
         case LVN_GETDISPINFOW: {

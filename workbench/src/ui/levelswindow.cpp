@@ -1,6 +1,7 @@
 #include "levelswindow.h"
 
 #include "../app/commands.h"
+#include "tooltips.h"
 #include "viewport.h"
 
 #include <base/utf16.h>
@@ -41,6 +42,7 @@ void LevelsWindow::toggle(HWND owner, const RECT& area) {
 
 bool LevelsWindow::OnInitDialog() {
     shown_.clear();
+    EnableToolTips();
     return true;
 }
 
@@ -148,6 +150,23 @@ bool LevelsWindow::OnCommand(int id, UINT code, HWND control) {
         default:
             return CDialog::OnCommand(id, code, control);
     }
+}
+
+bool LevelsWindow::OnNotify(int, NMHDR& header, LRESULT&) {
+    return answerToolTip(header, [](int id) {
+        switch (id) {
+            case IDC_LEVELS_NEARER:
+                return textOf(TextId::kTipNearer);
+            case IDC_LEVELS_FARTHER:
+                return textOf(TextId::kTipFarther);
+            case IDC_LEVELS_ALL:
+                return textOf(TextId::kTipAllLevels);
+            case IDC_LEVELS_STRIP:
+                return textOf(TextId::kTipStrip);
+            default:
+                return std::string();
+        }
+    });
 }
 
 void LevelsWindow::step(int bands) {

@@ -36,6 +36,7 @@ protected:
     bool OnInitDialog() override;
     void OnClose() override { Hide(); }
     bool OnCommand(int id, UINT code, HWND control) override;
+    bool OnNotify(int id, NMHDR& header, LRESULT& result) override;
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
 
 private:

@@ -10,7 +10,8 @@ namespace workbench {
 
 class StatusBar : public framework::CWnd {
 public:
-    enum Part { kMessage, kNodes, kFaces, kSelection, kTime, kPartCount };
+    /// The one of what is missing is there with its sign while it has a text.
+    enum Part { kMessage, kMissing, kNodes, kFaces, kSelection, kTime, kPartCount };
 
     bool Create(HWND parent, UINT id);
     /// Its own height, in pixels.
@@ -19,6 +20,8 @@ public:
     /// have the room that their texts need; a long name of what is selected is cut.
     void place(int width);
     void setText(Part part, const std::string& text);
+    /// Whether a place of the screen is over that part.
+    bool isOver(Part part, POINT screen) const;
 
 private:
     int widthOfText(Part part) const;

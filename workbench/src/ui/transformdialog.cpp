@@ -1,6 +1,7 @@
 #include "transformdialog.h"
 
 #include "../app/commands.h"
+#include "tooltips.h"
 
 #include <framework/cwaitcursor.h>
 #include <kiln/undo.h>
@@ -52,7 +53,8 @@ bool TransformDialog::OnInitDialog() {
     setRow(kMove, {});
     setRow(kRotate, {});
     setRow(kScale, {1, 1, 1});
-    SetItemText(IDC_TRANSFORM_STEP, "1");
+    SetItemText(IDC_TRANSFORM_STEP, shortest(snap_.step));
+    EnableToolTips();
     return true;
 }
 
@@ -64,6 +66,7 @@ void TransformDialog::setRow(int row, const Point3& point) {
 // What is being typed stays, unless the node has moved.
 void TransformDialog::refresh() {
     if (!IsVisible()) return;
+    CheckItem(IDC_TRANSFORM_SNAP, snap_.isOn);
     const std::optional<Point3> place = selectedPlace(host_);
     for (int row = 0; row < kRowCount; ++row) {
         EnableItem(IDC_TRANSFORM_APPLY + row, place.has_value());
@@ -77,7 +80,7 @@ void TransformDialog::followLanguage() {
     if (HasWindow()) FollowLanguage();
 }
 
-std::optional<double> TransformDialog::numberIn(int id) {
+std::optional<double> TransformDialog::readNumber(int id) const {
     const std::string text = ItemText(id);
     const char* first = text.data();
     const char* const last = first + text.size();
@@ -86,7 +89,12 @@ std::optional<double> TransformDialog::numberIn(int id) {
     double value = 0;
     const auto [rest, error] = std::from_chars(first, last, value);
     const bool ends = std::string(rest, last).find_first_not_of(' ') == std::string::npos;
-    if (error == std::errc() && ends && std::isfinite(value)) return value;
+    return error == std::errc() && ends && std::isfinite(value) ? std::optional(value)
+                                                                : std::nullopt;
+}
+
+std::optional<double> TransformDialog::numberIn(int id) {
+    if (const std::optional<double> value = readNumber(id)) return value;
     ::MessageBeep(MB_ICONWARNING);
     ::SetFocus(Item(id));
     ::SendMessageW(Item(id), EM_SETSEL, 0, -1);
@@ -112,12 +120,8 @@ void TransformDialog::apply(int row) {
                                         TextId::kStepScale};
     const std::optional<Point3> point = pointIn(row);
     if (!point || host_.GetSelNodeCount() == 0) return;
-    double step = 0;
-    if (IsItemChecked(IDC_TRANSFORM_SNAP)) {
-        const std::optional<double> typed = numberIn(IDC_TRANSFORM_STEP);
-        if (!typed) return;
-        step = *typed;
-    }
+    if (snap_.isOn && !numberIn(IDC_TRANSFORM_STEP)) return;
+    const double step = snap_.isOn ? snap_.step : 0;
     const CWaitCursor wait;
     UndoScope scope(textOf(kSteps[row]).c_str());
     if (row == kPlace) moveSelectedTo(host_, onGrid(*point, step));
@@ -135,12 +139,35 @@ void TransformDialog::OnOK() {
     if (id >= IDC_TRANSFORM_FIELDS && row < kRowCount) apply(row);
 }
 
+bool TransformDialog::takeGrid(int id, UINT code) {
+    if (id == IDC_TRANSFORM_SNAP && code == BN_CLICKED) {
+        snap_.isOn = IsItemChecked(IDC_TRANSFORM_SNAP);
+        return true;
+    }
+    if (id != IDC_TRANSFORM_STEP || code != EN_CHANGE) return false;
+    if (const std::optional<double> step = readNumber(id); step && *step > 0) snap_.step = *step;
+    return true;
+}
+
 bool TransformDialog::OnCommand(int id, UINT code, HWND control) {
+    if (takeGrid(id, code)) return true;
     const int row = id - IDC_TRANSFORM_APPLY;
     if (row < 0 || row >= kRowCount || code != BN_CLICKED)
         return CDialog::OnCommand(id, code, control);
     apply(row);
     return true;
+}
+
+bool TransformDialog::OnNotify(int, NMHDR& header, LRESULT&) {
+    static constexpr TextId kRowTips[] = {TextId::kTipPlace, TextId::kTipMove, TextId::kTipRotate,
+                                          TextId::kTipScale};
+    return answerToolTip(header, [](int id) {
+        const int field = id - IDC_TRANSFORM_FIELDS, button = id - IDC_TRANSFORM_APPLY;
+        if (field >= 0 && field < 3 * kRowCount) return textOf(kRowTips[field / 3]);
+        if (button >= 0 && button < kRowCount) return textOf(kRowTips[button]);
+        const bool isGrid = id == IDC_TRANSFORM_SNAP || id == IDC_TRANSFORM_STEP;
+        return isGrid ? textOf(TextId::kTipGrid) : std::string();
+    });
 }
 
 }  // namespace workbench

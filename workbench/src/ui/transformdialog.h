@@ -4,6 +4,7 @@
 #include <framework/cdialog.h>
 #include <kiln/geometry.h>
 #include <kiln/interface.h>
+#include <workbench/transforms.h>
 
 #include <optional>
 
@@ -14,12 +15,13 @@ namespace workbench {
 /// history; a number that cannot be read or used is marked instead, and nothing happens.
 class TransformDialog : public framework::CDialog {
 public:
-    explicit TransformDialog(Interface& host) : host_(host) {}
+    /// `snap` is what the user sets here, too; it outlives this.
+    TransformDialog(Interface& host, GridSnap& snap) : host_(host), snap_(snap) {}
 
     /// Shows the window in the lower right corner of `area` of the screen, the first time, or hides
     /// it when it is shown.
     void toggle(HWND owner, const RECT& area);
-    /// Shows where what is selected is now; nothing while the window is not shown.
+    /// Shows where what is selected is now, and the grid; nothing while the window is not shown.
     void refresh();
     /// Speaks the language of now.
     void followLanguage();
@@ -29,14 +31,20 @@ protected:
     void OnClose() override { Hide(); }
     void OnOK() override;
     bool OnCommand(int id, UINT code, HWND control) override;
+    bool OnNotify(int id, NMHDR& header, LRESULT& result) override;
 
 private:
     void apply(int row);
     std::optional<Point3> pointIn(int row);
+    /// The number in a field; nothing where there is none.
+    std::optional<double> readNumber(int id) const;
+    /// The same; where there is none the field is marked.
     std::optional<double> numberIn(int id);
+    bool takeGrid(int id, UINT code);
     void setRow(int row, const Point3& point);
 
     Interface& host_;
+    GridSnap& snap_;
     std::optional<Point3> shown_;  // the place in the first line
 };
 

@@ -7,9 +7,13 @@
 #include <workbench/texts.h>
 
 #include <windowsx.h>
+#include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <utility>
+#include <vector>
 
 using framework::CWnd, framework::SelectScope, framework::heightOf, framework::makePixelBitmap,
     framework::widthOf, framework::windowDpi;
@@ -22,6 +26,25 @@ constexpr int kPickReach = 4;       // pixels at 100 %
 constexpr int kClickTolerance = 3;  // a click may tremble this much
 constexpr float kZoomPerPixel = 0.05f;
 constexpr float kKeyOrbit = 16;  // pixels of mouse movement that an arrow key stands for
+constexpr int kHandleReach = 7;  // pixels at 100 %
+constexpr int kArm = 80;         // of handles, pixels at 100 %
+
+render::ScreenPoint pixelOf(POINT at) {
+    return {static_cast<float>(at.x), static_cast<float>(at.y)};
+}
+
+COLORREF colorOf(HandlePart part) {
+    switch (part) {
+        case HandlePart::kX:
+            return RGB(235, 80, 70);
+        case HandlePart::kY:
+            return RGB(120, 205, 70);
+        case HandlePart::kZ:
+            return RGB(90, 150, 255);
+        default:
+            return RGB(235, 235, 235);
+    }
+}
 
 bool isDown(int key) {
     return ::GetKeyState(key) < 0;
@@ -57,14 +80,17 @@ void Viewport::setView(render::View view) {
     redraw();
 }
 
-void Viewport::recallView(int place) {
-    if (!hasSavedView(place)) {
+void Viewport::showView(const std::optional<render::CameraStand>& view) {
+    if (view && camera_.setStand(*view))
+        redraw();
+    else
         ::MessageBeep(MB_OK);
-        return;
-    }
-    camera_ = *saved_[static_cast<std::size_t>(place)];
-    camera_.setPictureSize(bitmap_.width, bitmap_.height);  // may be another one by now
-    redraw();
+}
+
+void Viewport::showHandles(HandleMode mode) {
+    endDrag();
+    handleMode_ = mode;
+    recompose();
 }
 
 std::string Viewport::label() const {
@@ -107,13 +133,26 @@ void Viewport::draw() {
     options_.seconds = static_cast<double>(::GetTickCount64()) / 1000;
     canvas_.resize(bitmap_.width, bitmap_.height);
     renderer_.draw(client_.sceneToDraw(), camera_, options_, canvas_);
+    composed_ = false;
+    frameMilliseconds_ =
+        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+    stale_ = false;
+}
+
+void Viewport::compose(HDC dc) {
     ::GdiFlush();
     std::memcpy(bitmap_.bits, canvas_.pixels(),
                 sizeof(render::Color) * static_cast<std::size_t>(bitmap_.width) *
                     static_cast<std::size_t>(bitmap_.height));
-    frameMilliseconds_ =
-        std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-    stale_ = false;
+    placeHandles();
+    drawHandles(dc);
+    drawLabels(dc);
+    composed_ = true;
+}
+
+void Viewport::recompose() {
+    composed_ = false;
+    Invalidate(false);
 }
 
 void Viewport::OnPaint() {
@@ -126,7 +165,7 @@ void Viewport::OnPaint() {
         const HDC memory = ::CreateCompatibleDC(dc);
         {
             const SelectScope selected(memory, bitmap_.handle.get());
-            if (fresh) drawLabels(memory);
+            if (!composed_) compose(memory);
             ::BitBlt(dc, 0, 0, bitmap_.width, bitmap_.height, memory, 0, 0, SRCCOPY);
         }
         if (drag_.kind == DragKind::kBand) drawBand(dc);
@@ -160,6 +199,98 @@ void Viewport::drawLabel(HDC dc, const std::string& text, bool right) {
     put(RGB(232, 236, 240), 0);
 }
 
+// ---------------------------------------------------------------- handles
+
+// While one is held they go where it has brought them, whatever becomes of the selection's box.
+void Viewport::placeHandles() {
+    if (isHandleHeld()) {
+        handles_ = held_->moved(change_);
+        return;
+    }
+    handles_.reset();
+    if (handleMode_ == HandleMode::kNone) return;
+    if (const std::optional<Matrix3> frame = client_.handleFrame(handleMode_))
+        handles_.emplace(handleMode_, *frame, static_cast<float>(Scaled(kArm)));
+}
+
+// Each has a dark rim, so that it is seen before any surface.
+void Viewport::drawHandles(HDC dc) {
+    if (!handles_) return;
+    constexpr COLORREF kPointedAt = RGB(255, 225, 60), kRim = RGB(30, 36, 42);
+    const HandlePart inHand = isHandleHeld() ? drag_.part : pointedAt_;
+    const auto pixel = [](float place) {
+        constexpr float kFarthest = 30'000;  // that the platform draws to
+        return std::lround(std::clamp(place, -kFarthest, kFarthest));
+    };
+    const auto put = [&](const HandleLine& line, COLORREF color, int width) {
+        std::vector<POINT> points;
+        for (const render::ScreenPoint& point : line.points)
+            points.push_back({pixel(point.x), pixel(point.y)});
+        const HPEN pen = ::CreatePen(PS_SOLID, width, color);
+        const HBRUSH brush = ::CreateSolidBrush(color);
+        {
+            const SelectScope selectedPen(dc, pen), selectedBrush(dc, brush);
+            const int count = static_cast<int>(points.size());
+            if (line.isFilled)
+                ::Polygon(dc, points.data(), count);
+            else
+                ::Polyline(dc, points.data(), count);
+        }
+        ::DeleteObject(pen);
+        ::DeleteObject(brush);
+    };
+    const std::vector<HandleLine> lines = handles_->lines(camera_);
+    for (const HandleLine& line : lines) put(line, kRim, Scaled(line.isFilled ? 3 : 4));
+    for (const HandleLine& line : lines)
+        put(line, line.part == inHand ? kPointedAt : colorOf(line.part),
+            line.isFilled ? 1 : Scaled(2));
+    if (!isHandleHeld()) return;
+    const SelectScope font(dc, Look::of(Handle()).bold());
+    ::SetBkMode(dc, OPAQUE);
+    ::SetBkColor(dc, kRim);
+    ::SetTextColor(dc, kPointedAt);
+    const std::wstring amount = base::toWide(change_.text);
+    ::TextOutW(dc, drag_.last.x + Scaled(16), drag_.last.y + Scaled(16), amount.c_str(),
+               static_cast<int>(amount.size()));
+}
+
+HandlePart Viewport::handleAt(POINT at) const {
+    if (!handles_ || stale_) return HandlePart::kNone;
+    const render::ScreenPoint pixel = pixelOf(at);
+    return handles_->partAt(camera_, pixel.x, pixel.y, static_cast<float>(Scaled(kHandleReach)));
+}
+
+void Viewport::pointAtHandle(HandlePart part) {
+    if (part == pointedAt_) return;
+    pointedAt_ = part;
+    recompose();
+}
+
+void Viewport::takeHandle() {
+    drag_.kind = DragKind::kHandle;
+    held_ = handles_;
+    change_ = {};
+    client_.onHandleTaken(handleMode_);
+}
+
+void Viewport::dragHandle(bool otherWay) {
+    change_ = held_->dragged(camera_, drag_.part, pixelOf(drag_.start), pixelOf(drag_.last),
+                             client_.handleGrid(otherWay));
+    client_.onHandleDrag(change_.matrix);
+    redraw();
+    // At once: where a change takes long, the mouse would move on before there is time to paint.
+    Update();
+}
+
+bool Viewport::OnSetCursor(HWND under, UINT hitTest, UINT message) {
+    if (pointedAt_ == HandlePart::kNone || hitTest != HTCLIENT)
+        return CWnd::OnSetCursor(under, hitTest, message);
+    ::SetCursor(::LoadCursorW(nullptr, IDC_SIZEALL));
+    return true;
+}
+
+// ---------------------------------------------------------------- the mouse
+
 render::ItemIndex Viewport::itemAt(POINT at) {
     // What is on the screen may be older than the scene: its item numbers mean nothing then.
     if (stale_ || canvas_.width() != bitmap_.width) Update();
@@ -185,6 +316,9 @@ void Viewport::startDrag(DragKind kind, POINT at) {
     if (kind != DragKind::kClick) focusUnder(at);
     drag_ = {kind, at, at};
     ::SetCapture(Handle());
+    if (kind != DragKind::kClick || handleMode_ == HandleMode::kNone) return;
+    if (stale_ || !composed_) Update();
+    drag_.part = handleAt(at);
 }
 
 void Viewport::endDrag() {
@@ -192,6 +326,7 @@ void Viewport::endDrag() {
 }
 
 void Viewport::OnLButtonDown(UINT keys, POINT at) {
+    if (isHandleHeld()) return;
     startDrag(isDown(VK_MENU) ? dragOf(keys) : DragKind::kClick, at);
 }
 
@@ -199,6 +334,7 @@ void Viewport::OnLButtonUp(UINT keys, POINT at) {
     const bool add = (keys & MK_CONTROL) != 0;
     const DragKind kind = drag_.kind;
     drag_.last = at;
+    drag_.isDone = true;
     if (kind == DragKind::kBand) pickInBand(add);
     const bool click = kind == DragKind::kClick && isClick(at);
     endDrag();
@@ -239,14 +375,16 @@ void Viewport::pickInBand(bool add) {
 }
 
 void Viewport::OnMButtonDown(UINT keys, POINT at) {
-    startDrag(dragOf(keys), at);
+    if (!isHandleHeld()) startDrag(dragOf(keys), at);
 }
 
 void Viewport::OnMButtonUp(UINT, POINT) {
-    endDrag();
+    if (!isHandleHeld()) endDrag();
 }
 
+// With a handle in hand it gives up, as Escape does.
 void Viewport::OnRButtonDown(UINT, POINT at) {
+    if (isHandleHeld()) return endDrag();
     startDrag(isDown(VK_MENU) ? DragKind::kZoom : DragKind::kPan, at);
 }
 
@@ -264,11 +402,15 @@ void Viewport::showMenu(LPARAM place) {
 }
 
 void Viewport::OnCaptureChanged(HWND) {
-    if (drag_.kind == DragKind::kBand) Invalidate(false);
-    drag_.kind = DragKind::kNone;
+    const Drag ended = std::exchange(drag_, {});
+    if (ended.kind == DragKind::kBand) Invalidate(false);
+    if (ended.kind != DragKind::kHandle) return;
+    client_.onHandleLeft(ended.isDone);
+    pointedAt_ = HandlePart::kNone;
+    recompose();
 }
 
-void Viewport::OnMouseMove(UINT, POINT at) {
+void Viewport::OnMouseMove(UINT keys, POINT at) {
     const float dx = static_cast<float>(at.x - drag_.last.x);
     const float dy = static_cast<float>(at.y - drag_.last.y);
     drag_.last = at;
@@ -285,16 +427,24 @@ void Viewport::OnMouseMove(UINT, POINT at) {
             return redraw();
         case DragKind::kClick:
             if (isClick(at)) return;
+            if (drag_.part != HandlePart::kNone && handles_) {
+                takeHandle();
+                return dragHandle((keys & MK_CONTROL) != 0);
+            }
             drag_.kind = DragKind::kBand;
             [[fallthrough]];
         case DragKind::kBand:
             return Invalidate(false);
+        case DragKind::kHandle:
+            return dragHandle((keys & MK_CONTROL) != 0);
         case DragKind::kNone:
             break;
     }
     TRACKMOUSEEVENT leave{sizeof leave, TME_LEAVE, Handle(), 0};
     ::TrackMouseEvent(&leave);
-    if (!stale_) hover(itemAt(at));
+    if (stale_) return;
+    pointAtHandle(handleAt(at));
+    hover(itemAt(at));
 }
 
 void Viewport::hover(render::ItemIndex item) {
@@ -311,6 +461,7 @@ void Viewport::hoverAgain() {
 }
 
 void Viewport::OnMouseWheel(UINT, int delta, POINT screen) {
+    if (isHandleHeld()) return;
     const POINT at = ToClient(screen);
     focusUnder(at);
     camera_.zoom(static_cast<float>(delta) / WHEEL_DELTA, static_cast<float>(at.x),
@@ -319,6 +470,7 @@ void Viewport::OnMouseWheel(UINT, int delta, POINT screen) {
 }
 
 void Viewport::OnKeyDown(UINT key, UINT, UINT) {
+    if (isHandleHeld() && key != VK_ESCAPE) return;
     const float x = static_cast<float>(bitmap_.width) / 2,
                 y = static_cast<float>(bitmap_.height) / 2;
     switch (key) {
@@ -357,7 +509,10 @@ UINT Viewport::OnGetDlgCode(const MSG*) {
 }
 
 LRESULT Viewport::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_MOUSELEAVE) hover(render::kNoItem);
+    if (message == WM_MOUSELEAVE) {
+        hover(render::kNoItem);
+        if (!isHandleHeld()) pointAtHandle(HandlePart::kNone);
+    }
     if (message == WM_CONTEXTMENU) return showMenu(lParam), 0;
     return CWnd::WindowProc(message, wParam, lParam);
 }

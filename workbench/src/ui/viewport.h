@@ -4,8 +4,8 @@
 #include <framework/cwnd.h>
 #include <render/renderer.h>
 #include <workbench/selectionband.h>
+#include <workbench/transformhandles.h>
 
-#include <array>
 #include <optional>
 #include <span>
 #include <string>
@@ -29,6 +29,18 @@ public:
     virtual void onMenu(render::ItemIndex item, POINT screen) = 0;
     /// The mouse has come over another item, or left it (render::kNoItem).
     virtual void onHover(render::ItemIndex item) = 0;
+
+    /// Where handles for what is selected stand, as `TransformHandles` takes it; nothing without a
+    /// selection.
+    virtual std::optional<Matrix3> handleFrame(HandleMode mode) = 0;
+    /// The mouse has taken hold of a handle.
+    virtual void onHandleTaken(HandleMode mode) = 0;
+    /// The grid that it keeps to as the user has set, or with `otherWay` as the user has not.
+    virtual HandleGrid handleGrid(bool otherWay) = 0;
+    /// The scene is to go through `change`, instead of the one before.
+    virtual void onHandleDrag(const Matrix3& change) = 0;
+    /// The mouse has let go, and what was done stays, or it is to be taken back.
+    virtual void onHandleLeft(bool keep) = 0;
 };
 
 /// Left click selects, with Ctrl adds. A rubber band selects what lies whole in it when it is drawn
@@ -36,7 +48,9 @@ public:
 /// otherwise deselects. A right click, or the menu key, asks for the context menu. The middle
 /// button, or Alt with the left one, orbits; with Shift, and with the right button, it pans; with
 /// Ctrl it zooms. The wheel zooms towards the mouse. Each goes by what is under the mouse: that is
-/// what follows it. Arrow keys orbit, plus and minus zoom.
+/// what follows it. Arrow keys orbit, plus and minus zoom. With handles shown, dragging one of them
+/// with the left button changes what is selected, with Ctrl on the grid or free of it; Escape takes
+/// that back.
 class Viewport : public framework::CWnd {
 public:
     explicit Viewport(ViewportClient& client) : client_(client) {}
@@ -53,14 +67,15 @@ public:
     void viewAll();
     void viewSelected();
     void setView(render::View view);
-    /// Places where a view can be kept while the program runs.
-    static constexpr int kSavedViews = 4;
-    void saveView(int place) { saved_[static_cast<std::size_t>(place)] = camera_; }
-    bool hasSavedView(int place) const {
-        return saved_[static_cast<std::size_t>(place)].has_value();
-    }
-    /// Shows a view again; nothing when none was saved there.
-    void recallView(int place);
+    /// Shows a view that was saved; a beep when there is none.
+    void showView(const std::optional<render::CameraStand>& view);
+    /// Which handles are shown at what is selected.
+    HandleMode handleMode() const { return handleMode_; }
+    void showHandles(HandleMode mode);
+    /// Whether the mouse has hold of one: keys are then the viewport's.
+    bool isHandleHeld() const { return drag_.kind == DragKind::kHandle; }
+    /// Lets go of whatever the mouse has hold of, and takes back what it has changed.
+    void endDrag();
     /// The text in the upper left corner, for example "透视  |  着色".
     std::string label() const;
     /// Shows, in the upper right corner, how long frames take to draw.
@@ -73,6 +88,7 @@ protected:
     void OnSize(UINT type, int width, int height) override;
     void OnPaint() override;
     bool OnEraseBackground(HDC) override { return true; }
+    bool OnSetCursor(HWND under, UINT hitTest, UINT message) override;
     void OnLButtonDown(UINT keys, POINT at) override;
     void OnLButtonUp(UINT keys, POINT at) override;
     void OnLButtonDblClk(UINT keys, POINT at) override { OnLButtonDown(keys, at); }
@@ -88,11 +104,13 @@ protected:
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
 
 private:
-    enum class DragKind { kNone, kClick, kBand, kOrbit, kPan, kZoom };
+    enum class DragKind { kNone, kClick, kBand, kOrbit, kPan, kZoom, kHandle };
 
     struct Drag {
         DragKind kind = DragKind::kNone;
         POINT start{}, last{};
+        HandlePart part = HandlePart::kNone;  // what a click has taken, or is held
+        bool isDone = false;                  // by the button, and not given up
     };
 
     /// What was drawn, as the platform takes it.
@@ -103,7 +121,6 @@ private:
     };
 
     void startDrag(DragKind kind, POINT at);
-    void endDrag();
     /// Whether the mouse is about where it was pressed.
     bool isClick(POINT at) const;
     PixelArea bandArea() const;
@@ -114,6 +131,15 @@ private:
     /// Makes what is drawn near a pixel the camera's measure.
     void focusUnder(POINT at);
     void draw();
+    /// Puts together what is seen: what was drawn, and the labels and handles over it.
+    void compose(HDC dc);
+    void recompose();
+    void placeHandles();
+    void drawHandles(HDC dc);
+    HandlePart handleAt(POINT at) const;
+    void pointAtHandle(HandlePart part);
+    void takeHandle();
+    void dragHandle(bool otherWay);
     void drawLabels(HDC dc);
     void drawLabel(HDC dc, const std::string& text, bool right);
     bool ensureBitmap(int width, int height);
@@ -124,16 +150,21 @@ private:
 
     ViewportClient& client_;
     render::Camera camera_;
-    std::array<std::optional<render::Camera>, kSavedViews> saved_;
     render::Canvas canvas_;
     render::Renderer renderer_;
     render::RenderOptions options_;
     Bitmap bitmap_;
     bool stale_ = true;
+    bool composed_ = false;  // what was drawn last is in the bitmap
     double frameMilliseconds_ = 0;
     bool frameRateShown_ = false;
     Drag drag_;
     render::ItemIndex hovered_ = render::kNoItem;
+    HandleMode handleMode_ = HandleMode::kNone;
+    std::optional<TransformHandles> handles_;  // as they are shown
+    std::optional<TransformHandles> held_;     // as they were when the mouse took hold
+    HandlePart pointedAt_ = HandlePart::kNone;
+    HandleChange change_;  // since then
 };
 
 }  // namespace workbench
