@@ -1,10 +1,10 @@
 // kilnbatch over a city of many files: what a file costs beyond the bare work, what a second
 // processor gains, and what the batch itself has in memory.
+#include "cities.h"
 #include "ownprocess.h"
 #include "table.h"
 
 #include <batch.h>
-#include <city.h>
 #include <plugins.h>
 
 #include <base/paths.h>
@@ -15,9 +15,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -28,8 +26,6 @@ namespace fs = std::filesystem;
 using bench::inOwnProcess;
 using bench::Measures;
 
-constexpr std::size_t kFiles = 10000;
-constexpr std::size_t kFewFiles = 500;
 constexpr double kMostBeyond = 5;          // milliseconds a file
 constexpr double kLeastGain = 1.8;         // of two jobs
 constexpr double kMostMemoryGrowth = 1.1;  // of the batch itself, however many files there are
@@ -76,24 +72,24 @@ Measures batch(const fs::path& city, const fs::path& out, unsigned jobs) {
 }
 
 /// Importing each file, running an empty script and exporting, in one process.
-Measures bare(const fs::path& city, const fs::path& out) {
+Measures bare(const bench::Cities& cities, const fs::path& out) {
     return inOwnProcess([&] {
-        std::vector<fs::path> files;
-        for (const auto& entry : fs::recursive_directory_iterator(city))
-            if (entry.path().extension() == ".flt")
-                files.push_back(entry.path().lexically_relative(city));
-        std::ranges::sort(files);
-        for (const fs::path& file : files) fs::create_directories((out / file).parent_path());
+        const std::vector<fs::path> files = cities.databases();
+        const auto resultOf = [&](const fs::path& file) {
+            return out / file.lexically_relative(cities.many());
+        };
+        for (const fs::path& file : files) fs::create_directories(resultOf(file).parent_path());
         const double begun = seconds();
         kilnbatch::Host host;
         if (!kilnbatch::loadPlugins("").empty()) bench::fail("plug-ins are missing");
         for (const fs::path& file : files) {
             host.core.newScene();
-            if (!host.core.importFile(base::textOf(city / file))) bench::fail("an import failed");
+            if (!host.core.importFile(base::textOf(file))) bench::fail("an import failed");
             script::Engine engine;
             script::addHostVerbs(engine);
             engine.run("", "empty");
-            if (!host.core.exportFile(base::textOf(out / file))) bench::fail("an export failed");
+            if (!host.core.exportFile(base::textOf(resultOf(file))))
+                bench::fail("an export failed");
         }
         return measured(begun);
     });
@@ -104,23 +100,15 @@ Measures bare(const fs::path& city, const fs::path& out) {
 /// "batch_bench [--json] [FILES]"
 int main(int count, char** arguments) {
     bench::Table table("batch_bench", count, arguments);
-    const std::size_t files = count > 1 ? std::strtoul(arguments[1], nullptr, 10) : kFiles;
-    const fs::path folder =
-        fs::temp_directory_path() / ("batch_bench-" + std::to_string(::getpid()));
-    inOwnProcess([&] {
-        samples::writeCity(folder / "city", files);
-        samples::writeCity(folder / "few", kFewFiles);
-        return Measures();
-    });
-    const double plain = bare(folder / "city", folder / "bare")[1].seconds;
-    const Measures alone = batch(folder / "city", folder / "one", 1);
+    const bench::Cities cities("batch_bench", count, arguments);
+    const double plain = bare(cities, cities / "bare")[1].seconds;
+    const Measures alone = batch(cities.many(), cities / "one", 1);
     const bench::Measure one = alone[0];
-    const bench::Measure two = batch(folder / "city", folder / "two", 2)[0];
-    const bench::Measure again = batch(folder / "city", folder / "two", 2)[1];
-    const bench::Measure few = batch(folder / "few", folder / "out", 2)[0];
-    fs::remove_all(folder);
-    const std::string what = std::to_string(files) + " files: ";
-    const double all = static_cast<double>(files);
+    const bench::Measure two = batch(cities.many(), cities / "two", 2)[0];
+    const bench::Measure again = batch(cities.many(), cities / "two", 2)[1];
+    const bench::Measure few = batch(cities.few(), cities / "out", 2)[0];
+    const std::string what = cities.named("files");
+    const double all = static_cast<double>(cities.files());
     table.value(what + "bare work a file", plain / all * kMilliseconds, "ms");
     table.value(what + "beyond the bare work a file",
                 (alone[1].seconds - plain) / all * kMilliseconds, "ms", kMostBeyond);

@@ -97,7 +97,7 @@ double millisecondsPerScroll(GridWindow& grid) {
         const int row =
             1 + static_cast<int>(static_cast<long long>(step) * grid.RowCount() / kSteps);
         // Every step must have something to paint.
-        grid.SetTopRow(step % 2 == 0 ? row : 1);
+        grid.SetTopLine(step % 2 == 0 ? row : 1);
         grid.Invalidate(false);
         times.push_back(millisecondsOf([&] {
             grid.Update();

@@ -1,15 +1,13 @@
 // `fltool report` over a city of many files: against checking them, what it has in memory, and how
 // long its page takes to open.
+#include "cities.h"
 #include "ownprocess.h"
 #include "table.h"
 
-#include <city.h>
 #include <commands.h>
 #include <report/report.h>
 
 #include <base/paths.h>
-
-#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -23,8 +21,6 @@ namespace fs = std::filesystem;
 using bench::inOwnProcess;
 using bench::Measures;
 
-constexpr std::size_t kFiles = 10000;
-constexpr std::size_t kFewFiles = 500;
 constexpr double kMostBeyondChecks = 2;
 constexpr double kMostOfAModel = 2048;  // bytes in memory, of each model more
 constexpr double kMostToOpen = 2;       // seconds
@@ -35,15 +31,14 @@ public:
     Nowhere() : std::ostream(nullptr) {}
 };
 
-Measures checking(const fs::path& city) {
+Measures checking(const bench::Cities& cities) {
     return inOwnProcess([&] {
         Nowhere nowhere;
         fltool::CheckOptions options;
         options.target = "general";
         const bench::Clock clock;
-        for (const auto& entry : fs::recursive_directory_iterator(city)) {
-            if (entry.path().extension() != ".flt") continue;
-            options.file = base::textOf(entry.path());
+        for (const fs::path& file : cities.databases()) {
+            options.file = base::textOf(file);
             fltool::check(options, nowhere);
         }
         return Measures{clock.measured()};
@@ -77,26 +72,19 @@ double openingTime(const fs::path& page) {
 /// "report_bench [--json] [FILES]"
 int main(int count, char** arguments) {
     bench::Table table("report_bench", count, arguments);
-    const std::size_t files = count > 1 ? std::strtoul(arguments[1], nullptr, 10) : kFiles;
-    const fs::path folder =
-        fs::temp_directory_path() / ("report_bench-" + std::to_string(::getpid()));
-    inOwnProcess([&] {
-        samples::writeCity(folder / "city", files);
-        samples::writeCity(folder / "few", kFewFiles);
-        return Measures();
-    });
-    const bench::Measure checked = checking(folder / "city")[0];
-    const bench::Measure all = report(folder / "city", folder / "city.html")[0];
-    const bench::Measure few = report(folder / "few", folder / "few.html")[0];
-    const double seconds = openingTime(folder / "city.html");
-    fs::remove_all(folder);
-    const std::string what = std::to_string(files) + " models: ";
+    const bench::Cities cities("report_bench", count, arguments);
+    const bench::Measure checked = checking(cities)[0];
+    const bench::Measure all = report(cities.many(), cities / "city.html")[0];
+    const bench::Measure few = report(cities.few(), cities / "few.html")[0];
+    const double seconds = openingTime(cities / "city.html");
+    const std::string what = cities.named("models");
     table.ratio(what + "report : checking them", all.seconds, checked.seconds, "s",
                 kMostBeyondChecks);
-    if (files > kFewFiles)
-        table.value(what + "memory of each beyond 500",
-                    (all.peak - few.peak) / static_cast<double>(files - kFewFiles), "bytes",
-                    kMostOfAModel);
+    if (cities.files() > bench::Cities::kFewFiles)
+        table.value(
+            what + "memory of each beyond 500",
+            (all.peak - few.peak) / static_cast<double>(cities.files() - bench::Cities::kFewFiles),
+            "bytes", kMostOfAModel);
     table.value(what + "opening the page", seconds, "s", kMostToOpen);
     return table.status();
 }

@@ -1,8 +1,11 @@
 // How long the viewport takes to draw a frame of 1280 by 800 pixels while the camera turns: a small
 // airfield, and terrains of 100,000 and 500,000 faces, one node for each 100; plain and with a
 // texture, by two threads against one; and what is outside of the picture, or far away: 5,000
-// places of one model of 500 faces, seen from among them and from above.
+// places of one model of 500 faces, seen from among them and from above. And how long it takes to
+// follow an edit of one node of 100,000, against reading them all.
+#include <kiln/host/host.h>
 #include <render/renderer.h>
+#include <render/scenefeed.h>
 
 #include <cmath>
 #include <functional>
@@ -135,12 +138,39 @@ void references(benchmark::State& state, bool fromAbove, unsigned threads) {
         static_cast<double>(drawn) / static_cast<double>(state.iterations());
 }
 
+/// Of a scene of boxes, 100 in a group, one of which gets another color.
+void edit(benchmark::State& state, bool isFollowed) {
+    Interface& host = kiln::Core::create().hostInterface();
+    INode* node = nullptr;
+    for (int i = 0; i < 1000; ++i) {
+        INode* const group = host.CreateObjectNode(new DummyObject, "group");
+        for (int k = 0; k < 100; ++k) {
+            node = host.CreateObjectNode(new BoxObject(1, 1, 1), "box");
+            node->SetNodeTM(0, TransMatrix({2. * k, 2. * i, 0}));
+            group->AttachChild(node);
+        }
+    }
+    SceneFeed feed;
+    feed.build(host);
+    for (auto _ : state) {
+        node->SetWireColor(node->GetWireColor() ^ 1);
+        if (!isFollowed)
+            feed.build(host);
+        else if (!feed.follow(host, {&node, 1}))
+            state.SkipWithError("the edit is not followed");
+        benchmark::DoNotOptimize(feed.model().triangles().data());
+    }
+    kiln::Core::destroy();
+}
+
 /// Wall time, since threads share the work.
 void add(const std::string& name, const std::function<void(benchmark::State&)>& run) {
     benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond)->UseRealTime();
 }
 
 void registerBenches() {
+    add("an edit of one of 100,000 nodes/library", [](auto& state) { edit(state, true); });
+    add("an edit of one of 100,000 nodes/all read", [](auto& state) { edit(state, false); });
     for (const unsigned threads : {1u, 2u}) {
         const std::string by = threads == 1 ? "/one thread" : "/library";
         for (const int faces : {1'000, 100'000, 500'000}) {
@@ -171,7 +201,8 @@ int main(int count, char** arguments) {
     // Of a small scene most of the time is that of the picture's memory.
     runs.print(table, [](const std::string& name) {
         const bool isSmall = name.starts_with("1000 ") || name.starts_with("5,000 ");
-        return isSmall ? bench::kNoBound : 1 / 1.8;
+        const bool isEdit = name.starts_with("an edit");
+        return isSmall ? bench::kNoBound : isEdit ? 0.05 : 1 / 1.8;
     });
     return table.status();
 }

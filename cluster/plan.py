@@ -125,12 +125,14 @@ def make(folder, config):
         elif not os.path.exists(state):
             write_lines(state, ["new"])
     write_if_changed(f"{folder}/program", [version_of(config["kilnbatch"])])
+    if config.get("page", "none") != "none":
+        write_if_changed(f"{folder}/page-program", [version_of(config["fltool"])])
     left = len(states) - len(files)
     return [f"{left} files with line breaks in their names are left out"] if left else []
 
 
 def version_of(program):
-    """What tells one kilnbatch from another. A run needs it on the machine that begins it too."""
+    """What tells a program from another one. A run needs it on the machine that begins it too."""
     path = shutil.which(program)
     if path is None:
         raise SystemExit(f"cluster: there is no program {program}")

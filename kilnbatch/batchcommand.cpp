@@ -41,6 +41,10 @@ int runBatchCommand(std::vector<std::string> words) {
     app.add_option("--revision", options.job.revision, "revision of the exported files")
         ->type_name("N")
         ->check(CLI::Range(0U, 0xFFFFU));
+    app.add_option("--search", options.job.searchFolders,
+                   "look for pictures and referenced files in this folder too; may be repeated")
+        ->type_name("FOLDER")
+        ->allow_extra_args(false);
     app.add_option("--max-steps", options.job.maxSteps, "stop a script that takes more steps")
         ->type_name("N");
     options.jobs = std::max(1U, std::thread::hardware_concurrency());

@@ -1,6 +1,7 @@
 #include "job.h"
 
 #include <kiln/host/host.h>
+#include <kiln/host/searchfolders.h>
 #include <kiln/language.h>
 #include <render/pictureverb.h>
 #include <script/engine.h>
@@ -116,6 +117,7 @@ void prepare(script::Engine& engine, const Job& job) {
 }
 
 std::string runJob(kiln::Core& core, const Job& job) {
+    kiln::setSearchFolders(core, job.searchFolders);
     if (std::string failure = openFiles(core, job); !failure.empty()) return failure;
     try {
         runScript(job);

@@ -32,6 +32,8 @@ struct Findings {
 
 /// Paths are UTF-8; what is empty is left out. Done in the order of the members.
 struct Job {
+    /// Where files are looked for that the scene names, behind their own folders.
+    std::vector<std::string> searchFolders;
     std::string scene;
     std::string importPath;
     std::string scriptName;  ///< in messages

@@ -6,6 +6,7 @@
 #include <palettes/palettefunctions.h>
 #include <tessera/attributeverbs.h>
 #include <tessera/aviaryutil.h>
+#include <xref/xreffunctions.h>
 
 KILN_PLUGIN_EXPORT const char* LibDescription();
 KILN_PLUGIN_EXPORT int LibNumberClasses();
@@ -21,6 +22,7 @@ std::vector<std::string> loadPlugins(const std::string&) {
     checks::checkFunctions();
     checks::geometryFunctions();
     palettes::paletteFunctions();
+    xref::xrefFunctions();
     const kiln::Status status = kiln::registerModule(
         "OpenFlight interchange", {LibDescription, LibNumberClasses, LibClassDesc, LibVersion});
     if (status.ok()) return {};

@@ -124,6 +124,10 @@ int runProgram(std::vector<std::string> words) {
     app.add_option("--report", options.job.reportPath, "write what was found to this JSON file")
         ->type_name("FILE")
         ->needs(check);
+    app.add_option("--search", options.job.searchFolders,
+                   "look for pictures and referenced files in this folder too; may be repeated")
+        ->type_name("FOLDER")
+        ->allow_extra_args(false);
     app.add_option("--plugins", options.plugins,
                    "load plug-ins from here instead of the folder \"plugins\" beside the program")
         ->type_name("FOLDER");

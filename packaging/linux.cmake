@@ -39,7 +39,8 @@ set(_documents share/doc/${CPACK_PACKAGE_NAME})
 install(FILES ${_build}/fltool.1.gz ${_build}/kilnbatch.1.gz DESTINATION share/man/man1)
 install(FILES ${_build}/changelog.gz linux/copyright ${PROJECT_SOURCE_DIR}/docs/fltool.md
               ${PROJECT_SOURCE_DIR}/docs/checks.md ${PROJECT_SOURCE_DIR}/docs/cluster.md
-              ${PROJECT_SOURCE_DIR}/docs/scripting.md DESTINATION ${_documents})
+              ${PROJECT_SOURCE_DIR}/docs/palettes.md ${PROJECT_SOURCE_DIR}/docs/scripting.md
+        DESTINATION ${_documents})
 install(FILES ${PROJECT_SOURCE_DIR}/samples/lodpreview.ks DESTINATION ${_documents}/examples)
 package_licences("${_licences}" ${_documents} Unspecified)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/cluster DESTINATION share/${CPACK_PACKAGE_NAME}

@@ -328,7 +328,7 @@ void addVisitor(Node& root) {
     Node& place = root.add(named<FltGroup>("visitor"), "来访飞机 visitor");
     FltXRef reference;
     fltSetText(reference.fileName, "aircraft/airliner.flt");
-    reference.flags = static_cast<std::int32_t>(0x80000000);
+    reference.flags = static_cast<std::int32_t>(kFltOverrideColors);
     place.add(reference, "外部引用 airliner").comment("aircraft/airliner.flt, own colors");
 }
 

@@ -4,6 +4,7 @@
 #include <quillon/fltcolorpalette.h>
 #include <quillon/fltcomment.h>
 #include <quillon/fltlongid.h>
+#include <quillon/fltmultitexture.h>
 #include <quillon/flttext.h>
 #include <quillon/flttransform.h>
 #include <quillon/fltvertex.h>
@@ -29,6 +30,8 @@ Point normalOf(const Polygon& polygon) {
     const double length = std::hypot(sum.x, sum.y, sum.z);
     return length > 0 ? Point{sum.x / length, sum.y / length, sum.z / length} : Point{0, 0, 1};
 }
+
+constexpr std::uint32_t kFirstLayer = 0x80000000;
 
 std::uint32_t colorIndex(std::uint32_t color) {
     return color << FltColorPalette::kIntensityBits | FltColorPalette::kFullIntensity;
@@ -83,6 +86,15 @@ Node& Node::directed(const Point& direction) {
 Node& Node::stretched() {
     isStretched_ = true;
     return *this;
+}
+
+Node& Node::layered(std::uint16_t texture, float scale) {
+    FltMultiTexture layers;
+    layers.mask = kFirstLayer;
+    layers.layers.resize(1);
+    layers.layers.front().textureIndex = texture;
+    layerScale_ = scale;
+    return attach(layers);
 }
 
 Node& Node::comment(std::string text) {
@@ -156,12 +168,19 @@ private:
         for (std::size_t i = 0; i < node.points_.size(); ++i) {
             FltVertex vertex =
                 vertexAt(node.points_[i], node.hasNormals_ ? &normal : nullptr, node.pointColors_);
-            // Around the picture.
-            if (node.isStretched_)
-                vertex.texture = {i == 1 || i == 2 ? 1.F : 0.F, i > 1 ? 1.F : 0.F};
+            vertex.texture = textureAt(node, i);
             vertex.write(stream_);
         }
         for (const auto& child : node.children_) writeVertices(*child);
+    }
+
+    static FltTextureCoordinates textureAt(const Node& node, std::size_t i) {
+        // Around the picture.
+        if (node.isStretched_) return {i == 1 || i == 2 ? 1.F : 0.F, i > 1 ? 1.F : 0.F};
+        constexpr double kTextureSide = 8;  // metres, seen from above or from a side
+        const Point& point = node.points_[i];
+        return {static_cast<float>((point.x + point.y) / kTextureSide),
+                static_cast<float>((point.y + point.z) / kTextureSide)};
     }
 
     /// Without a normal where that is null.
@@ -172,9 +191,6 @@ private:
         if (normal != nullptr)
             vertex.normal = {static_cast<float>(normal->x), static_cast<float>(normal->y),
                              static_cast<float>(normal->z)};
-        constexpr double kTextureSide = 8;  // metres, seen from above or from a side
-        vertex.texture = {static_cast<float>((point.x + point.y) / kTextureSide),
-                          static_cast<float>((point.y + point.z) / kTextureSide)};
         if (!colors.empty()) {
             vertex.flags = 0;
             vertex.colorIndex = colorIndex(colors.front());
@@ -197,6 +213,7 @@ private:
         if (!node.points_.empty()) {
             stream_.writeControl(kFltPushLevel);
             writeVertexList(node.points_.size());
+            if (node.layerScale_ > 0) writeLayer(node);
             stream_.writeControl(kFltPopLevel);
         }
         writeLevel(node.children_, kFltPushLevel, kFltPopLevel);
@@ -216,6 +233,16 @@ private:
                 std::ranges::copy(matrix[row], record.rows[row]);
             record.write(stream_);
         }
+    }
+
+    void writeLayer(const Node& node) {
+        FltUvList list;
+        list.mask = kFirstLayer;
+        for (std::size_t i = 0; i < node.points_.size(); ++i) {
+            const FltTextureCoordinates own = textureAt(node, i);
+            list.coordinates.push_back({own.u * node.layerScale_, own.v * node.layerScale_});
+        }
+        list.write(stream_);
     }
 
     void writeVertexList(std::size_t count) {

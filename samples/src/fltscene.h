@@ -69,6 +69,8 @@ public:
     Node& directed(const Point& direction);
     /// The whole picture covers the polygon of four corners, from the first on.
     Node& stretched();
+    /// Entry `texture` of the palette lies over the face's own, as often as that times `scale`.
+    Node& layered(std::uint16_t texture, float scale);
     Node& comment(std::string text);
     Node& transform(const Matrix& matrix);
 
@@ -86,6 +88,7 @@ private:
     bool hasNormals_ = true;
     std::vector<Point> directions_;  ///< none or one, for all points
     bool isStretched_ = false;
+    float layerScale_ = 0;  ///< 0 without a layer
     Polygon points_;
     std::vector<std::uint32_t> pointColors_;  ///< none or one, for all points
     std::vector<std::unique_ptr<Node>> subfaces_;

@@ -9,6 +9,7 @@
 #include <quillon/fltlightpoint.h>
 #include <quillon/fltlightpointpalettes.h>
 #include <quillon/fltlightpointsystem.h>
+#include <quillon/fltlinestyle.h>
 #include <quillon/fltlod.h>
 #include <quillon/fltmaterial.h>
 #include <quillon/fltobject.h>
@@ -48,7 +49,17 @@ const std::vector<Rgb> kColors = {{240, 240, 236}, {150, 148, 140}, {222, 206, 1
                                   {196, 52, 44},   {236, 190, 60},  {70, 110, 140},
                                   {255, 244, 200}, {80, 240, 120},  {104, 142, 78}};
 
-enum Texture : std::int16_t { kNone = -1, kWaves, kBricks, kTiles, kPlanks, kOak, kPine };
+enum Texture : std::int16_t {
+    kNone = -1,
+    kWaves,
+    kBricks,
+    kTiles,
+    kPlanks,
+    kOak,
+    kPine,
+    kGrain,
+    kMoss
+};
 
 template <typename Record>
 Record named(std::string_view id) {
@@ -73,8 +84,8 @@ FltScene sceneOf(std::string_view id, const std::string& textures) {
     fltSetText(scene.header.dateTime, "2026-01-01 12:00:00");
     scene.colors = kColors;
     // As people write them who do not look at large and small letters.
-    for (const char* name :
-         {"waves.TIF", "bricks.bmp", "tiles.rgb", "Planks.tga", "oak.tga", "pine.tga"})
+    for (const char* name : {"waves.TIF", "bricks.bmp", "tiles.rgb", "Planks.tga", "oak.tga",
+                             "pine.tga", "grain.tga", "moss.tga"})
         scene.addTexture(textures + name);
     return scene;
 }
@@ -188,10 +199,10 @@ std::uint32_t shaded(std::uint32_t color, double share) {
 /// A tree before nothing: round, or pointed.
 std::uint32_t treeTexel(std::size_t x, std::size_t y, bool isPointed) {
     const double u = static_cast<double>(x) / kSide - 0.5, v = static_cast<double>(y) / kSide;
-    if (v < 0.25) return std::abs(u) < 0.05 ? 0xFF5A4630 : 0x005A4630;
     const double grain = 0.75 + 0.25 * std::sin(static_cast<double>(x * 7 + y * 13));
-    const bool isLeaf =
-        isPointed ? std::abs(u) < 0.36 * (1 - v) : std::hypot(u, (v - 0.62) * 1.2) < 0.42;
+    const bool isLeaf = isPointed ? v > 0.2 && std::abs(u) < 0.36 * (1 - v)
+                                  : std::hypot(u, (v - 0.62) * 1.2) < 0.42;
+    if (!isLeaf && v < 0.4) return std::abs(u) < 0.05 ? 0xFF5A4630 : 0x005A4630;
     return (isLeaf ? 0xFF000000 : 0) | (shaded(isPointed ? 0x2E5A3C : 0x4A7A38, grain) & 0xFFFFFF);
 }
 
@@ -214,10 +225,27 @@ void writePictures(const fs::path& folder) {
     for (const bool isPointed : {false, true})
         writeTga(folder / (isPointed ? "pine.tga" : "oak.tga"),
                  [=](std::size_t x, std::size_t y) { return treeTexel(x, y, isPointed); });
+    writeTga(folder / "grain.tga", [](std::size_t x, std::size_t y) {
+        const std::size_t mixed = (x * 7919 + y * 104729) ^ (x * y * 31);
+        return shaded(0xFFFFFF, 0.3 + 0.4 * static_cast<double>(mixed % 64) / 63);
+    });
+    // Patches before nothing, more of them near the ground.
+    writeTga(folder / "moss.tga", [](std::size_t x, std::size_t y) {
+        const double turn = 2 * std::numbers::pi / kSide;
+        const double patch = std::sin(turn * static_cast<double>(2 * x)) +
+                             std::sin(turn * static_cast<double>(3 * x + 5)) +
+                             1.4 * std::cos(turn * static_cast<double>(y));
+        return patch > 0.6 ? shaded(0x50784A, 0.8 + 0.2 * static_cast<double>((x ^ y) % 3) / 2)
+                           : 0x0050784AU;
+    });
     // Beside the trees: their rims do not repeat.
     std::string use(64, '\0');
     use[8 * 4 + 3] = use[9 * 4 + 3] = use[10 * 4 + 3] = use[11 * 4 + 3] = 1;
     for (const char* const name : {"pine.tga.attr", "oak.tga.attr"}) put(folder / name, use);
+    // Moss lies on a wall and does not color it.
+    use[9 * 4 + 3] = use[10 * 4 + 3] = use[11 * 4 + 3] = 0;
+    use[15 * 4 + 3] = 2;
+    put(folder / "moss.tga.attr", use);
 }
 
 // ---------------------------------------------------------------- models
@@ -303,6 +331,10 @@ FltScene house() {
 
 FltScene crane() {
     FltScene scene = sceneOf("crane", "../pictures/");
+    FltLineStyle thick;
+    thick.index = 1;
+    thick.width = 3;
+    scene.addPalette(thick);
     Node& foot = scene.root.add(named<FltObject>("foot"));
     addBlock(foot, ring(0, 0, 0, 2, 8), 14, kYellow, kNone, kYellow, kNone);
     Node& arm = scene.root.add(hinge("arm", {0, 0, 14}, -120, 120, 35));
@@ -311,6 +343,7 @@ FltScene crane() {
     Node& rope = arm.add(named<FltObject>("rope"));
     rope.addFace({{20, 0, 14}, {20, 0.1, 5}, {20, -0.1, 5}}, kSteel).changeFace([](FltFace& face) {
         face.drawType = kFltClosedOutline;
+        face.lineStyleIndex = 1;
     });
     addBlock(rope, rectangle(18.5, -1.2, 21.5, 1.2, 3), 2, kRed, kNone, kRed, kNone);
     return scene;
@@ -371,6 +404,22 @@ FltScene lighthouse() {
     return scene;
 }
 
+/// Along the edge of the quay, switched together: each flashes at a time of its own.
+void addQuayLights(Node& parent) {
+    auto system = named<FltLightPointSystem>("quay");
+    system.intensity = 0.8F;
+    system.animationState = 2;
+    system.flags = 0x80000000;
+    Node& lights = parent.add(system);
+    for (int i = 0; i < 12; ++i) {
+        auto record = named<FltLightPoint>("light");
+        record.minPixelSize = 3;
+        record.animationPeriod = 3;
+        record.animationEnabledPeriod = 2;
+        lights.add(record).setPoints({{-99.0 + 18 * i, -29.5, 0.4}}, i % 2 == 0 ? kRed : kGreen);
+    }
+}
+
 FltScene town() {
     FltScene scene = sceneOf("harbour", "pictures/");
     Node& ground = scene.root.add(named<FltObject>("ground"));
@@ -379,9 +428,16 @@ FltScene town() {
         .addSubface(rectangle(-120, -30, 120, -12, 0), kStone);
     for (const Polygon& wall :
          walls(rectangle(-120, -30, 120, -29.9, -1.5), rectangle(-120, -30, 120, -29.9, 0)))
-        ground.addFace(wall, kStone, kBricks);
+        ground.addFace(wall, kStone, kBricks).layered(kMoss, 1);
     Node& jetty = scene.root.add(named<FltObject>("jetty"));
-    addBlock(jetty, rectangle(-4, -80, 4, -30, -1), 1, kWood, kPlanks, kWood, kPlanks);
+    const Polygon deck = rectangle(-4, -80, 4, -30, -1);
+    for (const Polygon& side : walls(deck, raised(deck, 1)))
+        jetty.addFace(side, kWood, kPlanks).layered(kMoss, 2);
+    // From close by the planks show their grain.
+    jetty.addFace(raised(deck, 1), kWood, kPlanks).changeFace([](FltFace& face) {
+        face.detailTextureIndex = kGrain;
+    });
+    addQuayLights(scene.root);
     Node& places = scene.root.add(named<FltGroup>("places"));
     for (int row = 0; row < 3; ++row)
         for (int i = 0; i < 7; ++i) {

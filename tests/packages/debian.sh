@@ -48,6 +48,11 @@ works "a batch" "$bin/kilnbatch" batch many/in many/out --revision 1570
 works "check of what a batch exported" "$bin/fltool" check many/out/a.flt
 rm -r many
 
+documents=$root/usr/share/doc/tessera-tools
+for linked in $(cat "$documents"/*.md | grep -oP '\]\(\K[\w.-]+\.md' | sort -u); do
+    [ -f "$documents/$linked" ] || wrong "a document leads to $linked, which is not there"
+done
+
 for program in fltool kilnbatch; do
     ! readelf -S -W "$bin/$program" | grep -q ' \.\(symtab\|debug_info\) ' ||
         wrong "$program is not stripped"

@@ -14,6 +14,7 @@ mkdir -p "$place"
 
 # A prefix of its own, as Wine makes it; only the windows stand on a desktop, as in the project's.
 export WINEPREFIX=$place/prefix
+unset TESSERA_WINE_SEATS
 leave() {
     /usr/lib/wine/wineserver64 -k 2>/dev/null
     rm -rf "$WINEPREFIX"
@@ -53,6 +54,10 @@ works "check of what was exported" run fltool.exe check out.flt
 run fltool.exe dump out.flt >after.txt || wrong "dump of what was exported"
 grep -q 'packed tower' after.txt || wrong "the export has no new name"
 grep -q '1570' after.txt || wrong "the export has no revision 15.7"
+# Pictures are drawn by the program beside it.
+works "a report" run fltool.exe report out.flt -o report.html
+grep -q 'data:image/png' report.html || wrong "the report has no pictures"
+rm -f report.html
 same "an attribute" "$(run kilnbatch.exe -e \
     'Aviary.CreateLOD(); setAttr $l001 "FltLodMin" 250; print (getAttr $l001 "FltLodMin")' |
     tr -d '\r')" 250
@@ -66,7 +71,7 @@ for picture in 01-viewport 03-browser 12-about; do
 done
 
 # Whatever is not within the archive is a part of every Windows.
-system='ADVAPI32 COMCTL32 COMDLG32 GDI32 KERNEL32 MSIMG32 MSVCRT OLE32 SHELL32 USER32 UXTHEME'
+system='ADVAPI32 COMCTL32 COMDLG32 GDI32 KERNEL32 MSIMG32 MSVCRT OLE32 OLEACC OLEAUT32 SHELL32 USER32 UXTHEME'
 while read -r file; do
     for needed in $("$objdump" -p "$file" | sed -n 's/^\tDLL Name: //p'); do
         upper=$(tr a-z A-Z <<<"${needed%.*}")

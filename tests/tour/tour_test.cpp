@@ -287,6 +287,10 @@ public:
         return {tree.left + bar->left - 10, tree.top + (bar->top + bar->bottom) / 2};
     }
 
+    /// Presses a key more often than there are steps, while the keyboard is in the tree.
+    void undoAll() { pressOften('Z'); }
+    void redoAll() { pressOften('Y'); }
+
     // ------------------------------------------------------------ the mask editor
 
     void openMasks() {
@@ -342,6 +346,11 @@ private:
     }
     void goToMain() { goTo(main_); }
     void goToForm() { goTo(form_); }
+
+    void pressOften(WORD key) {
+        goToTree();
+        for (int i = 0; i < 30; ++i) user::key(key, {VK_CONTROL});
+    }
 
     void goToTree() {
         goToForm();
@@ -475,6 +484,20 @@ public:
         bench_->closeMasks();
     }
 
+    void undoEverything() {
+        nodes_ = bench_->script(kCountNodes);
+        bench_->undoAll();
+        mustCome([&] { return bench_->title().find(L'*') == std::wstring::npos; }, "no star");
+        EXPECT_EQ(bench_->script(kCountNodes), L"0");
+    }
+
+    void redoEverything() {
+        bench_->redoAll();
+        mustCome([&] { return bench_->title().find(L'*') != std::wstring::npos; }, "the star");
+        EXPECT_EQ(bench_->script(kCountNodes), nodes_);
+        EXPECT_EQ(bench_->script(kReadDistances), L"$机库 hangar 700 10");
+    }
+
     void save() {
         bench_->answerFileDialog('S', L"另存为", path("tour.kiln"));
         mustCome([&] { return bench_->title() == L"tour.kiln - Workbench"; }, "the saved scene");
@@ -512,10 +535,13 @@ private:
     static constexpr const wchar_t* kReadDistances =
         L"print $l001.parent (getAttr $l001 \"FltLodMin\") (getAttr $l001 \"FltLodMax\")";
 
+    static constexpr const wchar_t* kCountNodes = L"print objects.count";
+
     std::wstring path(const char* name) const { return (folder_ / name).wstring(); }
 
     std::filesystem::path folder_;
     std::optional<Workbench> bench_;
+    std::wstring nodes_;  // how many there were before all was undone
 };
 
 TEST_F(Tour, WhatIsDoneToAnAirfieldIsFoundAgain) {
@@ -530,6 +556,8 @@ TEST_F(Tour, WhatIsDoneToAnAirfieldIsFoundAgain) {
         {"comment on the doors", &Tour::commentOnTheDoors},
         {"edit a mask", &Tour::editAMask},
         {"add a mask", &Tour::addAMask},
+        {"undo all of it", &Tour::undoEverything},
+        {"redo all of it", &Tour::redoEverything},
         {"save", &Tour::save},
         {"leave", &Tour::leave},
         {"open what was saved", &Tour::openWhatWasSaved},

@@ -242,10 +242,10 @@ private:
                 return enter(EntryKind::kAnimation, entry.index, fltText(entry.name));
             }
             case kFltMultiTexture: {
-                constexpr std::uint16_t kNoIndex = 0xFFFF;
                 for (const FltTextureLayer& layer : read(FltMultiTexture()).layers) {
-                    if (layer.textureIndex != kNoIndex) use(textureUsers_, layer.textureIndex);
-                    if (layer.mappingIndex != kNoIndex)
+                    if (layer.textureIndex != FltTextureLayer::kNone)
+                        use(textureUsers_, layer.textureIndex);
+                    if (layer.mappingIndex != FltTextureLayer::kNone)
                         use(EntryKind::kMapping, layer.mappingIndex);
                 }
                 return;

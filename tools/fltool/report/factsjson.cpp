@@ -129,7 +129,7 @@ Json findingsOf(const Facts& facts, bool sentences) {
                     {"node", finding.node},
                     {"values", finding.values}};
         // A word of ours within the sentence is another one in the other language.
-        if (infoOf(finding.rule).word >= 0)
+        if (infoOf(finding.rule).words != 0)
             row["texts"] = {finding.text(base::Language::kChinese),
                             finding.text(base::Language::kEnglish)};
         if (sentences) row["text"] = finding.text(base::Language::kEnglish);

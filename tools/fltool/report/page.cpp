@@ -19,6 +19,7 @@ struct NamedText {
 constexpr NamedText kTexts[] = {
 #define TEXT_ROW(name, id, chinese, english) {#name, chinese, english},
 #include "texts.inc"
+#include <checks/recordwords.inc>
 #undef TEXT_ROW
 };
 

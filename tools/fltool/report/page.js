@@ -13,6 +13,8 @@ let updaters = [];  // what follows the search
 const fill = (text, values) => text.replace(/\{(\d)\}/g, (place, i) => i < values.length ? values[i] : place);
 const t = (name, ...values) => fill((data.texts[name] || [name, name])[state.language], values);
 const has = name => Object.hasOwn(data.texts, name);
+/** A word with its value behind it, as the language has it. */
+const labelled = (name, value) => t('labelled', t(name), value);
 const locale = () => state.language === 0 ? 'zh-CN' : 'en';
 const number = value => typeof value === 'number' ? value.toLocaleString(locale(), {maximumFractionDigits: 3}) : '';
 function size(bytes) {
@@ -83,10 +85,11 @@ const kRows = 25;
 function table(id, columns, list, sortBy) {
   const kept = state.tables[id] ||= {sort: sortBy ? sortBy.replace('-', '') : '', down: !!sortBy && sortBy[0] === '-', filter: '', shown: kRows};
   const valueOf = (column, row) => column.value ? column.value(row) : row[column.key];
-  const searchable = list.map(row => columns.map(column => {
-    const value = valueOf(column, row);
-    return value === undefined || value === null ? '' : column.text ? column.text(row) : visible(value);
-  }).join('\n').toLowerCase());
+  const searchable = [];  // of each row, once something is searched for
+  const textOf = i => searchable[i] ??= columns.map(column => {
+    const value = valueOf(column, list[i]);
+    return value === undefined || value === null ? '' : column.text ? column.text(list[i]) : visible(value);
+  }).join('\n').toLowerCase();
   const body = el('tbody'), count = el('span', {class: 'faint', role: 'status'});
   const more = el('button', {onclick: () => { kept.shown += 40 * kRows; update(); }}, t('showMore'));
   const heads = columns.map(column => el('th', {class: column.number || column.size ? 'number' : null, scope: 'col'},
@@ -105,7 +108,7 @@ function table(id, columns, list, sortBy) {
   function update() {
     const words = wordsOf(state.search + ' ' + kept.filter);
     const order = [];
-    for (let i = 0; i < list.length; ++i) if (matches(searchable[i], words)) order.push(i);
+    for (let i = 0; i < list.length; ++i) if (!words.length || matches(textOf(i), words)) order.push(i);
     const column = columns.find(each => each.key === kept.sort);
     if (column) {
       const keys = list.map(row => { const value = valueOf(column, row); return value === undefined || value === null ? '' : value; });
@@ -143,9 +146,10 @@ function icicle(id, hierarchy) {
   const picture = svg('svg', {class: 'icicle', role: 'tree', 'aria-label': t('hierarchy')});
   const path = el('div', {class: 'tools', 'data-path': ''});
   let groups = {};
-  const describe = i => `${oneLine(nodes[i][kName]) || t('none')} (${kindName(nodes[i][kKind])})\n` +
-    `${t('faces')}: ${number(nodes[i][kAllFaces])} (${t('ownFaces')} ${number(nodes[i][kFaces])})\n` +
-    `${t('bytes')}: ${size(nodes[i][kAllBytes])} (${t('ownFaces')} ${size(nodes[i][kBytes])})\n${t('offset')}: ${nodes[i][3]}`;
+  const withOwn = (all, own) => t('aside', all, t('ownFaces') + ' ' + own);
+  const describe = i => [t('aside', oneLine(nodes[i][kName]) || t('none'), kindName(nodes[i][kKind])),
+    labelled('faces', withOwn(number(nodes[i][kAllFaces]), number(nodes[i][kFaces]))),
+    labelled('bytes', withOwn(size(nodes[i][kAllBytes]), size(nodes[i][kBytes]))), labelled('offset', nodes[i][3])].join('\n');
   const parentOf = i => nodes[i][kParent];
   function zoom(i) {
     state.zoom[id] = i;
@@ -239,7 +243,8 @@ function stepChart(steps) {
   let free = -Infinity;
   steps.forEach((step, i) => {
     const from = x(step.distance), to = x(i + 1 < steps.length ? steps[i + 1].distance : end);
-    const text = `${t('from')} ${number(step.distance)}${i + 1 < steps.length ? ` ${t('to')} ${number(steps[i + 1].distance)}` : ''}: ${number(step.faces)} ${t('faces')}`;
+    const range = `${t('from')} ${number(step.distance)}${i + 1 < steps.length ? ` ${t('to')} ${number(steps[i + 1].distance)}` : ''}`;
+    const text = t('labelled', range, `${number(step.faces)} ${t('faces')}`);
     parts.push(svg('rect', {class: 'step', x: from, y: y(step.faces), width: Math.max(to - from - .5, .5), height: Math.max(kHeight - kBottom - y(step.faces), 0), tabindex: 0, 'aria-label': text,
       onfocus: event => showTip(text, event.currentTarget.getBoundingClientRect()), onblur: hideTip,
       onmousemove: event => showTip(text, {left: event.clientX, top: event.clientY, bottom: event.clientY + 12}), onmouseleave: hideTip}));
@@ -311,7 +316,7 @@ function graph() {
     svg('circle', {cx: place.get(i)[0], cy: place.get(i)[1], r: 3 + Math.min(5, Math.sqrt(into[i]))}), svg('text', {x: place.get(i)[0] + 11, y: place.get(i)[1] + 4}, ending(nameOf(i), 28)),
     svg('title', {}, `${nameOf(i)}\n${number(rows[i].faces || 0)} ${t('faces')}`)));
   const width = filled.length * kColumn;
-  return el('div', {}, el('p', {class: 'faint'}, t('graphHint'), shown.length < linked.length ? '; ' + t('graphPart', number(shown.length), number(linked.length)) : '', '.'),
+  return el('div', {}, el('p', {class: 'faint'}, t('ended', shown.length < linked.length ? t('joined', t('graphHint'), t('graphPart', number(shown.length), number(linked.length))) : t('graphHint'))),
     el('div', {class: 'graph', id: 'graph', tabindex: 0}, svg('svg', {width, height, viewBox: `0 0 ${width} ${height}`}, lines, dots)));
 }
 
@@ -332,9 +337,10 @@ function overview() {
   const heavy = readable.slice().sort((a, b) => b.faces - a.faces || b.bytes - a.bytes).slice(0, 12);
   const faulty = models.filter(row => faults(row) || row.warnings).sort((a, b) => faults(b) - faults(a) || (b.warnings || 0) - (a.warnings || 0)).slice(0, 12);
   const rules = (data.totals.rules || []).slice().sort((a, b) => b.count - a.count).slice(0, 14);
-  const columns = [{key: 'path', title: 'path', value: row => row.path.slice(folder.length), show: row => link(row.number)}, {key: 'bytes', title: 'size', size: true}, {key: 'revision', show: row => revision(row.revision)},
+  const columns = [{key: 'path', kind: 'path', value: row => row.path.slice(folder.length), show: row => link(row.number)}, {key: 'bytes', title: 'size', size: true}, {key: 'revision', show: row => revision(row.revision)},
     ...['nodes', 'faces', 'depth', 'levels', 'textures'].map(key => ({key, number: true})), {key: 'textureBytes', title: 'textureMemory', size: true},
-    ...['lightPoints', 'errors', 'warnings', 'hints', 'damage', 'missing'].map(key => ({key, number: true}))];
+    ...['lightPoints', 'errors', 'warnings', 'hints'].map(key => ({key, number: true})),
+    ...['damage', 'missing'].filter(key => data.totals[key]).map(key => ({key, number: true}))];
   if (models.some(row => row.failure)) columns.push({key: 'failure', title: 'unreadable'});
   return [el('h1', {}, el('bdi', {}, visible(folder) || t('models'))), el('p', {class: 'faint'}, t('madeBy', data.version, visible(data.target))), cards(data.totals, true),
     section('distributions', t('distributions'), el('div', {class: 'columns'},
@@ -345,7 +351,7 @@ function overview() {
     el('div', {class: 'columns'},
       section('heaviest', t('heaviest'), bars(heavy.map(row => [ending(nameOf(row.number), 21), row.faces, number(row.faces), '#m' + row.number]), t('heaviest'))),
       section('faulty', t('faulty'), faulty.length ? el('ul', {}, faulty.map(row => el('li', {}, link(row.number), ' ', row.failure ? el('span', {class: 'error'}, t('unreadable')) :
-        el('span', {class: 'faint'}, `${t('errors')}: ${number(row.errors)}, ${row.damage ? `${t('damage')}: ${number(row.damage)}, ` : ''}${t('warnings')}: ${number(row.warnings)}`)))) : el('p', {class: 'faint'}, t('noFaults')))),
+        el('span', {class: 'faint'}, ['errors', 'damage', 'warnings'].filter(key => key !== 'damage' || row.damage).map(key => labelled(key, number(row[key]))).reduce((a, b) => t('listed', a, b)))))) : el('p', {class: 'faint'}, t('noFaults')))),
     section('graph-section', t('graph'), graph()), section('models', t('allModels'), table('models', columns, models))];
 }
 
@@ -392,7 +398,7 @@ function modelView(i, facts) {
     [t('units'), has('unit' + header.units) ? t('unit' + header.units) : number(header.units)], [t('vertexStorage'), number(header.vertexStorage)], [t('origin'), number(header.origin)], [t('projection'), number(header.projection)], [t('ellipsoid'), number(header.ellipsoid)],
     [t('southWest'), place(header.southWest)], [t('northEast'), place(header.northEast)], [t('originPlace'), place(header.originPlace)], [t('lowest'), place(statistics.lowest)], [t('highest'), place(statistics.highest)]]));
   const users = rows.length > 1 ? rows.map((each, j) => j).filter(j => target(j).includes(i)) : [];
-  return [heading(i), cards(row, false), users.length > 0 && el('p', {class: 'faint'}, t('users') + ': ', users.slice(0, 20).map(j => [link(j), ' ']), users.length > 20 ? '\u2026' : ''),
+  return [heading(i), cards(row, false), users.length > 0 && el('p', {class: 'faint'}, labelled('usedBy', ''), users.slice(0, 20).map(j => [link(j), ' ']), users.length > 20 ? '\u2026' : ''),
     el('nav', {class: 'contents', 'aria-label': t('contents')}, parts.map(([id, title]) => el('a', {href: '#m' + i + '/' + id}, title))), parts.map(([, , made]) => made)];
 }
 function swatch(color) {
@@ -443,7 +449,7 @@ function bar() {
   const input = el('input', {id: 'search', type: 'search', placeholder: t('searchHint'), 'aria-label': t('search'), value: state.search, oninput: event => search(event.target.value),
     onkeydown: event => { if (event.key === 'Enter' && finder) finder.find(); if (event.key === 'Escape') { event.target.value = ''; search(''); } }});
   document.getElementById('bar').replaceChildren(el('strong', {}, t('title')), el('span', {class: 'grow'}, input, searchCount),
-    el('button', {id: 'theme', onclick: () => { state.theme = themes[(themes.indexOf(state.theme) + 1) % 3]; applyTheme(); bar(); document.getElementById('theme').focus(); }}, `${t('theme')}: ${t(names[state.theme])}`),
+    el('button', {id: 'theme', onclick: () => { state.theme = themes[(themes.indexOf(state.theme) + 1) % 3]; applyTheme(); bar(); document.getElementById('theme').focus(); }}, labelled('theme', t(names[state.theme]))),
     el('span', {role: 'group', 'aria-label': t('languageSwitch')}, ['zh', 'en'].map((each, i) => el('button', {id: 'language-' + each, lang: each, 'aria-pressed': state.language === i ? 'true' : 'false',
       onclick: () => { state.language = i; bar(); show(); document.getElementById('language-' + each).focus(); }}, i ? 'English' : '\u4e2d\u6587'))),
     el('button', {onclick: () => print()}, t('print')));

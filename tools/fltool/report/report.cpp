@@ -30,25 +30,25 @@ bool isDatabase(const fs::path& path) {
     return base::smallLetters(base::textOf(path.extension())) == ".flt";
 }
 
-/// The files that the paths name, each folder's in the order of their names.
-std::vector<fs::path> filesOf(const std::vector<std::string>& paths) {
-    std::vector<fs::path> files;
+/// The files that the paths name, each folder's in the order of their names. Texts, which take a
+/// fraction of what paths do.
+std::vector<std::string> filesOf(const std::vector<std::string>& paths) {
+    std::vector<std::string> files;
     for (const std::string& named : paths) {
         const fs::path path = base::pathFrom(named);
         std::error_code failure;
         const fs::file_status status = fs::status(path, failure);
         if (!fs::exists(status)) throw CommandError("no such file or folder: " + named);
         if (!fs::is_directory(status)) {
-            files.push_back(path);
+            files.push_back(base::genericTextOf(path));
             continue;
         }
-        std::vector<fs::path> found;
+        const auto begin = static_cast<std::ptrdiff_t>(files.size());
         constexpr auto kSkip = fs::directory_options::skip_permission_denied;
         for (const auto& entry : fs::recursive_directory_iterator(path, kSkip))
             if (isDatabase(entry.path()) && entry.is_regular_file(failure))
-                found.push_back(entry.path());
-        std::ranges::sort(found);
-        files.insert(files.end(), found.begin(), found.end());
+                files.push_back(base::genericTextOf(entry.path()));
+        std::sort(files.begin() + begin, files.end());
     }
     return files;
 }
@@ -71,7 +71,7 @@ public:
           target_(checks::findTarget(options.target)),
           files_(filesOf(options.paths)) {
         for (std::size_t i = 0; i < files_.size(); ++i)
-            numbers_.try_emplace(keyOf(files_[i]), static_cast<std::uint32_t>(i));
+            numbers_.try_emplace(keyOf(base::pathFrom(files_[i])), static_cast<std::uint32_t>(i));
         if (options.pictures && !areMany()) kilnbatch_ = findKilnbatch(options.kilnbatch);
     }
 
@@ -79,7 +79,7 @@ public:
         write("{\"program\": \"fltool " TESSERA_VERSION "\", \"target\": " +
               forPrograms(target_.name) + ", \"models\": [");
         const char* before = "\n";
-        for (const fs::path& file : files_) {
+        for (const std::string& file : files_) {
             const Facts facts = gather(file);
             Json model = rowOf(facts, target_);
             model.update(detailsOf(facts, target_, true));
@@ -119,9 +119,8 @@ public:
     bool areMany() const noexcept { return files_.size() > kMostInPage; }
 
 private:
-    Facts gather(const fs::path& file) {
-        Facts facts = gatherFacts(base::genericTextOf(file), target_,
-                                  areMany() ? kLimitsOfMany : FactLimits());
+    Facts gather(const std::string& file) {
+        Facts facts = gatherFacts(file, target_, areMany() ? kLimitsOfMany : FactLimits());
         totals_.add(facts, target_);
         if (!options_.pictures || areMany() || !facts.failure.empty()) return facts;
         const std::string failure =
@@ -164,7 +163,7 @@ private:
     const ReportOptions& options_;
     std::ostream& notes_;
     checks::Target target_;
-    std::vector<fs::path> files_;
+    std::vector<std::string> files_;
     std::unordered_map<std::string, std::uint32_t> numbers_;  ///< by key
     fs::path kilnbatch_;
     Totals totals_;
