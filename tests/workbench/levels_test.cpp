@@ -14,8 +14,7 @@ protected:
     void SetUp() override {
         WorkbenchTest::SetUp();
         start(base::toWide(STAGED_PLUGINS), L"--language en");
-        ASSERT_TRUE(
-            user::eventually([this] { return textOf(window_) == "场景.kiln - Workbench"; }));
+        ASSERT_TRUE(showsItsScene());
     }
     void addLevel(const char* name, const char* nearest, const char* farthest, const char* size) {
         script("clearSelection()");

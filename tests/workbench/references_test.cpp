@@ -19,6 +19,7 @@ protected:
     void SetUp() override {
         WorkbenchTest::SetUp();
         start(base::toWide(STAGED_PLUGINS), L"--language en");
+        ASSERT_TRUE(showsItsScene());
         std::filesystem::create_directory(folder_ / "models");
         const std::string main = base::genericTextOf(folder_ / "main.flt");
         script("newScene(); createBox name:\"tower\"");

@@ -135,10 +135,10 @@ TEST_F(WorkbenchTest, RunsTheSampleScriptOverTheRealPlugins) {
 // What an attribute says of a surface is seen at once: nothing else asks for the picture here.
 TEST_F(WorkbenchTest, TheViewportFollowsAnAttribute) {
     start(base::toWide(STAGED_PLUGINS));
-    const std::vector<DWORD> lit = middleOfViewport();
+    const std::vector<DWORD> lit = middleAtRest();
     script("Aviary.SetKeepTriangles $'塔楼' true");  // now it is a face, which no light reaches
     ASSERT_TRUE(eventually([&] { return middleOfViewport() != lit; }));
-    const std::vector<DWORD> unlit = middleOfViewport();
+    const std::vector<DWORD> unlit = middleAtRest();
     script("setAttr $'塔楼' \"FltLightMode\" 2");
     EXPECT_TRUE(eventually([&] { return middleOfViewport() == lit; }));
     script("setAttr $'塔楼' \"FltLightMode\" 0");

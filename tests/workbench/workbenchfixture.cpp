@@ -103,8 +103,11 @@ void WorkbenchTest::start(const std::wstring& plugins, const std::wstring& more)
     line_ = ::GetDlgItem(pane, 2);
     ASSERT_TRUE(viewport_ && panel_ && log_ && line_);
     if (!more.empty()) return;
-    ASSERT_TRUE(eventually([this] { return textOf(window_) == "场景.kiln - Workbench"; }))
-        << textOf(window_);
+    ASSERT_TRUE(showsItsScene()) << textOf(window_);
+}
+
+bool WorkbenchTest::showsItsScene() const {
+    return eventually([this] { return textOf(window_) == "场景.kiln - Workbench"; });
 }
 
 DWORD WorkbenchTest::exitCode() {
@@ -192,6 +195,17 @@ std::vector<DWORD> WorkbenchTest::middleOfViewport() const {
     std::vector<DWORD> pixels(std::size_t{kEdge} * kEdge);
     ::GetDIBits(screen.get(), memory.bitmap(), 0, kEdge, pixels.data(), &info, DIB_RGB_COLORS);
     return pixels;
+}
+
+std::vector<DWORD> WorkbenchTest::middleAtRest() const {
+    std::vector<DWORD> last;
+    EXPECT_TRUE(eventually([&] {
+        std::vector<DWORD> next = middleOfViewport();
+        const bool isShown = std::ranges::any_of(next, [&](DWORD p) { return p != next[0]; });
+        ::Sleep(250);
+        return std::exchange(last, std::move(next)) == last && isShown;
+    }));
+    return last;
 }
 
 HWND WorkbenchTest::page() const {

@@ -61,8 +61,12 @@ protected:
     static bool answerFileDialog(const wchar_t* title, const std::string& path);
     /// Clicks a point of the viewport.
     void click(int x, int y) const;
+    /// True once the title names the scene: scripts that are typed before it meet another one.
+    bool showsItsScene() const;
     /// What the screen shows around the middle of the viewport, where the box is.
     std::vector<DWORD> middleOfViewport() const;
+    /// The same, once it shows more than a background and does not change any more.
+    std::vector<DWORD> middleAtRest() const;
     /// The dialog of the open rollup page, or null.
     HWND page() const;
     /// Opens the form of the built module with the mouse; null when it does not come.
