@@ -18,8 +18,8 @@ struct NamedText {
 // The page holds both languages, so that nothing looks them up here.
 constexpr NamedText kTexts[] = {
 #define TEXT_ROW(name, id, chinese, english) {#name, chinese, english},
-#include "texts.inc"
 #include <checks/recordwords.inc>
+#include "texts.inc"
 #undef TEXT_ROW
 };
 

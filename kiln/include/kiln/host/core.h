@@ -72,8 +72,8 @@ public:
     static Core& create();
     /// The core, or null.
     static Core* get() noexcept;
-    /// Closes the core and ends it. Does nothing without one. Published interfaces, notifications of
-    /// linked code and name makers outlive it.
+    /// Closes the core and ends it. Does nothing without one. Published interfaces, notifications
+    /// of linked code and name makers outlive it.
     static void destroy();
     /// Closes the utility, empties the scene, forgets those of files and unloads the modules: what
     /// has to go while the host's windows are there, which in turn go before the core.
