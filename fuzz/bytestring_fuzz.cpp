@@ -18,7 +18,7 @@ std::string contents(const FltBytestring& bytes) {
             static_cast<std::size_t>(bytes.size())};
 }
 
-/// Runs `edit`, which must be refused exactly when `allowed` is false. Gives `allowed`.
+/// Runs `edit`, which must be refused exactly when `allowed` is false. Returns `allowed`.
 template <typename Edit>
 bool attempt(bool allowed, Edit&& edit) {
     bool refused = false;

@@ -20,7 +20,7 @@ struct BatchFolders {
 
 /// Does `job` to the file `name` (UTF-8, relative) unless its result is up to date, with the scene
 /// of `core`, which must be empty. `options` is a hash of what decides beside the files; `place` is
-/// its own among the tasks that run. Gives what is reported: "result" is "done", "unchanged" or
+/// its own among the tasks that run. Returns what is reported: "result" is "done", "unchanged" or
 /// "failed".
 nlohmann::json doFile(kiln::Core& core, const BatchFolders& folders, const Job& job,
                       const std::string& options, const std::string& name, unsigned place);

@@ -6,7 +6,7 @@
 
 namespace kilnbatch {
 
-/// Does what the words behind "batch" ask for; gives the program's exit status.
+/// Does what the words behind "batch" ask for; returns the program's exit status.
 int runBatchCommand(std::vector<std::string> words);
 
 }  // namespace kilnbatch

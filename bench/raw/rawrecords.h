@@ -28,8 +28,8 @@
 namespace raw {
 
 // `write` puts the whole record as it stands in a file at revision 1580, padding included, to
-// `out` and gives its length, or 0 when that is more than the `room` there. `read` takes it from
-// the `size` bytes at `in` and gives its length, or 0 for another record or one that is too short
+// `out` and returns its length, or 0 when that is more than the `room` there. `read` takes it from
+// the `size` bytes at `in` and returns its length, or 0 for another record or one that is too short
 // or leads beyond the bytes.
 std::size_t write(std::uint8_t* out, std::size_t room, const FltHeader& r);
 std::size_t read(const std::uint8_t* in, std::size_t size, FltHeader& r);

@@ -41,23 +41,23 @@ public:
                 addUpBeads();
                 return endPhase();
             case 2:
-                return polygons(judgePolygon);
+                return polygons(checkPolygon);
             case 3:
-                return polygons(judgeSubface);
+                return polygons(checkSubface);
             case 4:
                 return search(searchDuplicates);
             case 5:
                 return search(searchOverlaps);
             case 6:
-                judgeLods(all_);
-                judgeSwitches(all_);
+                checkLods(all_);
+                checkSwitches(all_);
                 return endPhase();
             case 7:
-                judgeNames(all_);
-                judgeDatabases(all_);
+                checkNames(all_);
+                checkDatabases(all_);
                 return endPhase();
             case 8:
-                judgeFiles(all_);
+                checkFiles(all_);
                 return endPhase();
             case 9:
                 sortFindings();
@@ -90,10 +90,10 @@ private:
         return ++phase_ <= 9;
     }
 
-    bool polygons(void (*judge)(Gathered&, std::size_t)) {
+    bool polygons(void (*check)(Gathered&, std::size_t)) {
         for (int i = 0; i < kPiece; ++i) {
             if (next_ >= all_.polygons.size()) return endPhase();
-            judge(all_, next_++);
+            check(all_, next_++);
         }
         return true;
     }
@@ -110,8 +110,8 @@ private:
         if (!all_.source.next(node)) return false;
         const auto number = static_cast<std::uint32_t>(all_.nodes.size());
         all_.nodes.push_back(keep(node, number));
-        judgeNode(all_, number, node);
-        judgeAttached(all_, number, node);
+        checkNode(all_, number, node);
+        checkAttached(all_, number, node);
         if (node.polygons != nullptr) keepPolygons(node, number);
         return true;
     }
@@ -157,7 +157,7 @@ private:
 
     void keepPolygons(const Node& node, std::uint32_t number) {
         const Polygons& shown = *node.polygons;
-        judgeCorners(node, number);
+        checkCorners(node, number);
         if (fltIsLightPoint(node.kind)) {
             all_.report.statistics.lightPoints += shown.corners.size();
             const Transform& world = all_.beads[all_.nodes[number].bead].world;
@@ -197,7 +197,7 @@ private:
     }
 
     /// What the vertices of a node say before they are placed in the world.
-    void judgeCorners(const Node& node, std::uint32_t number) {
+    void checkCorners(const Node& node, std::uint32_t number) {
         const Polygons& shown = *node.polygons;
         if (shown.unused != 0) all_.found(Rule::VERTEX_UNUSED, number, shown.unused);
         if (shown.badIndex >= 0)

@@ -11,7 +11,7 @@ namespace checks {
 
 namespace {
 
-void judgeCounters(Gathered& all, const Database& database) {
+void checkCounters(Gathered& all, const Database& database) {
     for (const auto& [prefix, used] : database.greatest) {
         const std::int32_t next = database.header.*counterOf(prefix);
         if (next <= used)
@@ -19,7 +19,7 @@ void judgeCounters(Gathered& all, const Database& database) {
     }
 }
 
-void judgePalettes(Gathered& all, Database& database) {
+void checkPalettes(Gathered& all, Database& database) {
     for (const OpenIndex& open : database.openIndices) {
         if (!database.use(open.palette, open.index) && open.node != kNone)
             all.foundDetail(Rule::INDEX_RANGE, open.node, open.index, nameOf(open.palette),
@@ -47,7 +47,7 @@ class InstanceUses {
 public:
     InstanceUses(Gathered& all, Database& database) : all_(all), database_(database) {}
 
-    void judge() {
+    void check() {
         for (const auto& [number, node] : database_.references) {
             if (!database_.definitions.contains(number)) {
                 all_.found(Rule::INSTANCE_UNDEFINED, node, std::int32_t{number});
@@ -148,7 +148,7 @@ std::int16_t FltHeader::*counterOf(std::string_view prefix) noexcept {
     return nullptr;
 }
 
-void judgeNames(Gathered& all) {
+void checkNames(Gathered& all) {
     const auto key = [](const NameEntry& entry) {
         return std::tuple(entry.database, entry.hash, entry.node);
     };
@@ -162,11 +162,11 @@ void judgeNames(Gathered& all) {
     }
 }
 
-void judgeDatabases(Gathered& all) {
+void checkDatabases(Gathered& all) {
     for (Database& database : all.databases) {
-        if (database.hasHeader) judgeCounters(all, database);
-        judgePalettes(all, database);
-        InstanceUses(all, database).judge();
+        if (database.hasHeader) checkCounters(all, database);
+        checkPalettes(all, database);
+        InstanceUses(all, database).check();
     }
     if (all.source.unusedVertices() != 0 && !all.nodes.empty())
         all.found(Rule::VERTEX_UNUSED, 0, all.source.unusedVertices());

@@ -88,7 +88,7 @@ private:
     std::map<fs::path, fs::path> folders_;
 };
 
-void judgeReferences(Gathered& all, const std::vector<std::string>& folders) {
+void checkReferences(Gathered& all, const std::vector<std::string>& folders) {
     FileReferences references;
     for (const KeptReference& reference : all.references) {
         const std::string name = fileOfReference(reference.file);
@@ -109,7 +109,7 @@ void judgeReferences(Gathered& all, const std::vector<std::string>& folders) {
     }
 }
 
-void judgeTexture(Gathered& all, std::int32_t index, const PaletteEntry& texture,
+void checkTexture(Gathered& all, std::int32_t index, const PaletteEntry& texture,
                   const std::vector<std::string>& folders) {
     if (isAbsoluteName(texture.name))
         all.foundDetail(Rule::PATH_ABSOLUTE, texture.node, index, texture.name);
@@ -129,13 +129,13 @@ void judgeTexture(Gathered& all, std::int32_t index, const PaletteEntry& texture
 
 }  // namespace
 
-void judgeFiles(Gathered& all) {
+void checkFiles(Gathered& all) {
     const std::vector<std::string> folders = all.source.folders();
-    judgeReferences(all, folders);
+    checkReferences(all, folders);
     for (const Database& database : all.databases)
         for (const auto& [index, texture] :
              database.palettes[static_cast<std::size_t>(Palette::kTexture)])
-            judgeTexture(all, index, texture, folders);
+            checkTexture(all, index, texture, folders);
     constexpr std::uint64_t kMegabyte = 1 << 20;
     const std::uint64_t bytes = all.report.statistics.textureBytes;
     if (bytes > all.target.limits.textureMegabytes * kMegabyte)

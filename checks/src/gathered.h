@@ -236,12 +236,12 @@ private:
 // The rules, by what they look at. `node` is the number of a node that has just been walked.
 
 /// What a node's record and place say by themselves.
-void judgeNode(Gathered& all, std::uint32_t number, const Node& node);
+void checkNode(Gathered& all, std::uint32_t number, const Node& node);
 /// What the records that belong to a node say: palettes, layers, newer records.
-void judgeAttached(Gathered& all, std::uint32_t number, const Node& node);
+void checkAttached(Gathered& all, std::uint32_t number, const Node& node);
 /// One polygon by itself. Says also whether it is regular.
-void judgePolygon(Gathered& all, std::size_t polygon);
-void judgeSubface(Gathered& all, std::size_t polygon);
+void checkPolygon(Gathered& all, std::size_t polygon);
+void checkSubface(Gathered& all, std::size_t polygon);
 
 /// A search for polygons in the same place, a piece at a time.
 class Coincidences {
@@ -256,12 +256,12 @@ std::unique_ptr<Coincidences> searchDuplicates(Gathered& all);
 std::unique_ptr<Coincidences> searchOverlaps(Gathered& all);
 
 /// Levels of detail and switches, when all that they show is known.
-void judgeLods(Gathered& all);
-void judgeSwitches(Gathered& all);
+void checkLods(Gathered& all);
+void checkSwitches(Gathered& all);
 /// What databases have as a whole: names, counters, palettes, instances, budgets.
-void judgeDatabases(Gathered& all);
-void judgeNames(Gathered& all);
+void checkDatabases(Gathered& all);
+void checkNames(Gathered& all);
 /// Files that databases name.
-void judgeFiles(Gathered& all);
+void checkFiles(Gathered& all);
 
 }  // namespace checks

@@ -16,7 +16,7 @@ class LodSets {
 public:
     explicit LodSets(Gathered& all) : all_(all) {}
 
-    void judge() {
+    void check() {
         // By parent; within one, by what is shown the nearest.
         std::vector<std::uint32_t> order(all_.lods.size());
         for (std::uint32_t i = 0; i < order.size(); ++i) order[i] = i;
@@ -29,7 +29,7 @@ public:
             while (end < order.size() && parentOf(order[end]) == parentOf(order[begin]) &&
                    length(lod(order[end]).center - lod(order[begin]).center) <= all_.tolerance())
                 ++end;
-            judgeSet(std::span(order).subspan(begin, end - begin));
+            checkSet(std::span(order).subspan(begin, end - begin));
             begin = end;
         }
     }
@@ -43,7 +43,7 @@ private:
         return a.y != b.y ? a.y < b.y : a.z < b.z;
     }
 
-    void judgeSet(std::span<std::uint32_t> set) {
+    void checkSet(std::span<std::uint32_t> set) {
         Box box;
         bool isOpen = false;
         double farthest = 0;
@@ -65,11 +65,11 @@ private:
                                  std::bit_cast<std::int64_t>(radius), farthest, radius);
             }
         }
-        judgeRanges(set);
+        checkRanges(set);
     }
 
     /// From the nearest range to the farthest; equal ones are parts of one level.
-    void judgeRanges(std::span<std::uint32_t> set) {
+    void checkRanges(std::span<std::uint32_t> set) {
         std::ranges::stable_sort(set, [&](std::uint32_t a, std::uint32_t b) {
             return lod(a).out != lod(b).out ? lod(a).out < lod(b).out : lod(a).in < lod(b).in;
         });
@@ -99,7 +99,7 @@ private:
 };
 
 /// A level that its own range, or a level above it, never lets show.
-void judgeReach(Gathered& all, const std::vector<std::uint32_t>& lodOf, const KeptLod& lod) {
+void checkReach(Gathered& all, const std::vector<std::uint32_t>& lodOf, const KeptLod& lod) {
     if (lod.in == lod.out)
         return all.found(Rule::LOD_UNREACHABLE, lod.node, "both distances are the same");
     for (std::uint32_t above = all.nodes[lod.node].parent; above != kNone;
@@ -117,7 +117,7 @@ void judgeReach(Gathered& all, const std::vector<std::uint32_t>& lodOf, const Ke
     }
 }
 
-void judgeSwitch(Gathered& all, const KeptSwitch& kept) {
+void checkSwitch(Gathered& all, const KeptSwitch& kept) {
     const std::uint32_t children = all.nodes[kept.node].children;
     if (kept.words.empty()) return all.found(Rule::SWITCH_EMPTY, kept.node, "masks");
     if (children == 0) return all.found(Rule::SWITCH_EMPTY, kept.node, "children");
@@ -143,20 +143,20 @@ void judgeSwitch(Gathered& all, const KeptSwitch& kept) {
 
 }  // namespace
 
-void judgeLods(Gathered& all) {
-    LodSets(all).judge();
+void checkLods(Gathered& all) {
+    LodSets(all).check();
     std::vector<std::uint32_t> lodOf;  // ascending, as they were walked
     for (const KeptLod& lod : all.lods) lodOf.push_back(lod.node);
     for (const KeptLod& lod : all.lods) {
-        judgeReach(all, lodOf, lod);
+        checkReach(all, lodOf, lod);
         const std::uint64_t polygons = all.beads[all.nodes[lod.node].bead].polygons;
         if (polygons > all.target.limits.lodFaces)
             all.found(Rule::BUDGET, lod.node, "polygons", polygons, all.target.limits.lodFaces);
     }
 }
 
-void judgeSwitches(Gathered& all) {
-    for (const KeptSwitch& kept : all.switches) judgeSwitch(all, kept);
+void checkSwitches(Gathered& all) {
+    for (const KeptSwitch& kept : all.switches) checkSwitch(all, kept);
     for (std::uint32_t i = 0; i < all.nodes.size(); ++i) {
         const KeptNode& node = all.nodes[i];
         // A child of a switch that shows nothing is a state of it.

@@ -34,7 +34,7 @@ bool isOneOf(Number value, std::initializer_list<Number> known) {
     return std::ranges::find(known, value) != known.end();
 }
 
-void judgeProjection(Gathered& all, std::uint32_t number, const FltHeader& header) {
+void checkProjection(Gathered& all, std::uint32_t number, const FltHeader& header) {
     if (!isOneOf(header.projectionType, {0, 1, 2, 3, 4, 5, 6}))
         return all.found(Rule::HDR_PROJECTION, number,
                          "type " + std::to_string(header.projectionType));
@@ -56,7 +56,7 @@ void judgeProjection(Gathered& all, std::uint32_t number, const FltHeader& heade
         all.found(Rule::HDR_PROJECTION, number, "zone " + std::to_string(header.utmZone));
 }
 
-void judgeHeader(Gathered& all, std::uint32_t number, const FltHeader& header) {
+void checkHeader(Gathered& all, std::uint32_t number, const FltHeader& header) {
     Database& database = all.databaseOf(number);
     database.header = header;
     database.hasHeader = true;
@@ -73,7 +73,7 @@ void judgeHeader(Gathered& all, std::uint32_t number, const FltHeader& header) {
         all.found(Rule::HDR_STORAGE, number, std::int32_t{header.vertexStorageType});
     if (!isOneOf(header.databaseOrigin, {100, 200, 300, 400, 500, 510, 550, 560, 600, 700, 800}))
         all.found(Rule::HDR_ORIGIN, number, header.databaseOrigin);
-    judgeProjection(all, number, header);
+    checkProjection(all, number, header);
     constexpr std::int32_t kOwnEllipsoid = -1;
     if (!isOneOf(header.earthEllipsoidModel, {kOwnEllipsoid, 0, 1, 2, 3, 4})) {
         all.found(Rule::HDR_ELLIPSOID, number,
@@ -88,7 +88,7 @@ void judgeHeader(Gathered& all, std::uint32_t number, const FltHeader& header) {
 
 // ---------------------------------------------------------------- switch, degree of freedom
 
-void judgeDof(Gathered& all, std::uint32_t number, const FltDof& dof) {
+void checkDof(Gathered& all, std::uint32_t number, const FltDof& dof) {
     for (const FltDofMotion& motion : kFltDofMotions) {
         const double least = dof.*motion.least, greatest = dof.*motion.greatest,
                      current = dof.*motion.current;
@@ -143,7 +143,7 @@ void useIndex(Gathered& all, std::uint32_t number, Palette palette, std::int32_t
         database.openIndices.push_back({number, palette, index});
 }
 
-void judgeSurface(Gathered& all, std::uint32_t number, const FltPolygonRec& surface,
+void checkSurface(Gathered& all, std::uint32_t number, const FltPolygonRec& surface,
                   const Polygons* polygons) {
     useIndex(all, number, Palette::kTexture, surface.textureIndex);
     useIndex(all, number, Palette::kTexture, surface.detailTextureIndex);
@@ -170,7 +170,7 @@ void judgeSurface(Gathered& all, std::uint32_t number, const FltPolygonRec& surf
 
 constexpr std::int32_t kOmnidirectional = 0, kBidirectional = 2;
 
-void judgeLook(Gathered& all, std::uint32_t number, const FltLightPoint& look) {
+void checkLook(Gathered& all, std::uint32_t number, const FltLightPoint& look) {
     if (!all.canJudge(Rule::LP_DARK, number,
                       {look.intensity, look.backIntensity, look.minPixelSize, look.maxPixelSize,
                        look.horizontalLobeAngle, look.verticalLobeAngle}))
@@ -185,9 +185,9 @@ void judgeLook(Gathered& all, std::uint32_t number, const FltLightPoint& look) {
         all.found(Rule::LP_DIRECTION, number, "its lobe has no width");
 }
 
-void judgeLightPoint(Gathered& all, std::uint32_t number, const FltLightPoint& light,
+void checkLightPoint(Gathered& all, std::uint32_t number, const FltLightPoint& light,
                      const Polygons* points) {
-    judgeLook(all, number, light);
+    checkLook(all, number, light);
     if (points == nullptr || points->corners.empty())
         return all.found(Rule::LP_DARK, number, "it has no points");
     if (light.directionalType != kOmnidirectional && !points->hasNormals)
@@ -233,7 +233,7 @@ const char* prefixOf(std::uint16_t kind) noexcept {
     }
 }
 
-void judgeId(Gathered& all, std::uint32_t number, const Node& node) {
+void checkId(Gathered& all, std::uint32_t number, const Node& node) {
     // The records hand out their ID for reading and writing alike.
     const char* const field = const_cast<FltRecord*>(node.record)->id();
     if (field == nullptr || *field == 0) return;
@@ -258,7 +258,7 @@ void judgeId(Gathered& all, std::uint32_t number, const Node& node) {
     entry->second = std::max(entry->second, used);
 }
 
-void judgeName(Gathered& all, std::uint32_t number, std::string_view name) {
+void checkName(Gathered& all, std::uint32_t number, std::string_view name) {
     if (name.empty()) return;
     const bool isPlain = std::ranges::all_of(
         name, [](char character) { return character >= ' ' && character <= '~'; });
@@ -286,7 +286,7 @@ bool mayStandBelow(std::uint16_t kind, std::uint16_t parent) noexcept {
                  kFltInstanceRef, kFltText});
 }
 
-void judgePlace(Gathered& all, std::uint32_t number, const Node& node) {
+void checkPlace(Gathered& all, std::uint32_t number, const Node& node) {
     const KeptNode& kept = all.nodes[number];
     if (kept.depth == all.target.limits.depth)
         all.found(Rule::DEPTH_EXCESS, number, kept.depth + 1, all.target.limits.depth);
@@ -304,16 +304,16 @@ void judgePlace(Gathered& all, std::uint32_t number, const Node& node) {
 
 }  // namespace
 
-void judgeNode(Gathered& all, std::uint32_t number, const Node& node) {
-    judgePlace(all, number, node);
-    judgeName(all, number, node.name);
+void checkNode(Gathered& all, std::uint32_t number, const Node& node) {
+    checkPlace(all, number, node);
+    checkName(all, number, node.name);
     Statistics& figures = all.report.statistics;
     Database& database = all.databaseOf(number);
-    if (node.record != nullptr) judgeId(all, number, node);
+    if (node.record != nullptr) checkId(all, number, node);
     switch (node.kind) {
         case kFltHeader:
             if (node.record != nullptr)
-                judgeHeader(all, number, static_cast<const FltHeader&>(*node.record));
+                checkHeader(all, number, static_cast<const FltHeader&>(*node.record));
             return;
         case kFltLod:
             ++figures.lods;
@@ -346,13 +346,13 @@ void judgeNode(Gathered& all, std::uint32_t number, const Node& node) {
         case kFltSwitch:
             return keepSwitch(all, number, static_cast<const FltSwitch&>(record));
         case kFltDof:
-            return judgeDof(all, number, static_cast<const FltDof&>(record));
+            return checkDof(all, number, static_cast<const FltDof&>(record));
         case kFltFace:
         case kFltMesh:
-            return judgeSurface(all, number, static_cast<const FltPolygonRec&>(record),
+            return checkSurface(all, number, static_cast<const FltPolygonRec&>(record),
                                 node.polygons);
         case kFltLightPoint:
-            return judgeLightPoint(all, number, static_cast<const FltLightPoint&>(record),
+            return checkLightPoint(all, number, static_cast<const FltLightPoint&>(record),
                                    node.polygons);
         case kFltIndexedLightPoint:
             return useLightIndex(all, number, static_cast<const FltIndexedLightPoint&>(record));

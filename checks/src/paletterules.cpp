@@ -115,7 +115,7 @@ void take(Gathered& all, std::uint32_t number, const FltRecordView& view, std::u
 }
 
 /// Once for each node and kind of record.
-void judgeAge(Gathered& all, std::uint32_t number, std::uint16_t opcode) {
+void checkAge(Gathered& all, std::uint32_t number, std::uint16_t opcode) {
     if (!all.target.revision) return;
     const FltNewerRecord* const newer = fltNewerRecord(opcode);
     if (newer != nullptr && newer->revision > *all.target.revision)
@@ -125,11 +125,11 @@ void judgeAge(Gathered& all, std::uint32_t number, std::uint16_t opcode) {
 
 }  // namespace
 
-void judgeAttached(Gathered& all, std::uint32_t number, const Node& node) {
-    judgeAge(all, number, node.kind);
+void checkAttached(Gathered& all, std::uint32_t number, const Node& node) {
+    checkAge(all, number, node.kind);
     std::uint16_t before = node.kind;
     for (const FltRecordView& view : node.attached) {
-        if (view.opcode() != before) judgeAge(all, number, before = view.opcode());
+        if (view.opcode() != before) checkAge(all, number, before = view.opcode());
         try {
             take(all, number, view, node.revision);
         } catch (const diagnostics::AviaryAssertion&) {

@@ -88,7 +88,7 @@ std::uint32_t takeApart(std::span<const FltPoint3d> corners, double tolerance,
 
 }  // namespace
 
-void judgePolygon(Gathered& all, std::size_t number) {
+void checkPolygon(Gathered& all, std::size_t number) {
     KeptPolygon& polygon = all.polygons[number];
     const std::span<const FltPoint3d> corners = all.cornersOf(number);
     constexpr std::uint8_t kClosedLines = 2, kLines = 3;
@@ -128,7 +128,7 @@ void judgePolygon(Gathered& all, std::size_t number) {
     all.found(crossesItself(flat) ? Rule::FACE_CROSSING : Rule::FACE_CONCAVE, polygon.node);
 }
 
-void judgeSubface(Gathered& all, std::size_t number) {
+void checkSubface(Gathered& all, std::size_t number) {
     const KeptPolygon& polygon = all.polygons[number];
     const std::uint32_t parent = all.nodes[polygon.node].parent;
     if (parent == kNone || all.nodes[parent].kind != kFltFace || !polygon.isRegular) return;

@@ -158,7 +158,7 @@ void CGridCtrl::PaintCell(HDC dc, CellId id, const RECT& area) const {
     }
 }
 
-// At the right end of the cell, so that the text does not move when its editor opens. Gives where
+// At the right end of the cell, so that the text does not move when its editor opens. Returns where
 // the room for the text ends.
 int CGridCtrl::PaintLook(HDC dc, CellId id, const RECT& area, COLORREF textColor) const {
     const Look look = LookOf(id);

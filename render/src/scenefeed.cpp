@@ -633,7 +633,7 @@ Surface SceneFeed::surfaceFor(const Reading& reading, const NodeLook& look, bool
     return surface;
 }
 
-/// Adds to the surface what lies over its texture, and gives the layers of which there are
+/// Adds to the surface what lies over its texture, and returns the layers of which there are
 /// pictures.
 std::vector<const PictureLayer*> SceneFeed::layersFor(const Reading& reading, const NodeLook& look,
                                                       const Mesh& mesh, bool hasTexture,

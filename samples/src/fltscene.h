@@ -35,7 +35,7 @@ class Node {
 public:
     explicit Node(std::unique_ptr<FltRecord> record) : record_(std::move(record)) {}
 
-    /// Adds a child that carries `record`, and gives it; valid as long as this node.
+    /// Adds a child that carries `record`, and returns it; valid as long as this node.
     template <typename Record>
     Node& add(Record record, std::string longId = {}) {
         return append(children_, std::make_unique<Record>(std::move(record)), std::move(longId));
@@ -115,7 +115,7 @@ struct FltScene {
     }
 };
 
-/// Writes `scene` to `path` (UTF-8), replacing a file of that name. Gives false when the file
+/// Writes `scene` to `path` (UTF-8), replacing a file of that name. Returns false when the file
 /// cannot be created or written whole.
 [[nodiscard]] bool writeScene(const FltScene& scene, const std::string& path);
 /// The same, with the folders that are missing; throws `std::runtime_error` when it cannot.

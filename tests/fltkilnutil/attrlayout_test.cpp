@@ -245,7 +245,7 @@ protected:
         return texts;
     }
 
-    /// Puts what the row is to show into the bytes, and gives its text.
+    /// Puts what the row is to show into the bytes, and returns its text.
     std::string put(const Row& row, RecordBytes& bytes) const {
         switch (row.form) {
             case int8:

@@ -33,7 +33,7 @@ protected:
     ImportScene() : core(kiln::Core::create()), host(core.hostInterface()) { core.newScene(); }
     ~ImportScene() override { core.newScene(); }
 
-    /// Imports a file; gives the node of the database.
+    /// Imports a file; returns the node of the database.
     INode* import(std::span<const std::uint8_t> file, const char* name = "airfield") {
         report.progress = 0;
         return interchange::buildScene(interchange::readFileIndex(file), name, report, host);

@@ -120,7 +120,7 @@ protected:
         EXPECT_TRUE(core.sceneText() == after);
     }
 
-    /// Refused, with nothing changed and no step made; gives the reason.
+    /// Refused, with nothing changed and no step made; returns the reason.
     std::string refusal(const std::function<void()>& edit) {
         const std::string before = core.sceneText();
         const std::size_t steps = core.history().doneCount();

@@ -9,5 +9,5 @@ std::size_t heapAllocations();
 /// Lets the next `count` allocations with `new` succeed and the one after them fail.
 void failAllocationAfter(std::size_t count);
 
-/// Takes that back; gives whether it has failed by now.
+/// Takes that back; returns whether it has failed by now.
 bool endAllocationFailure();

@@ -41,7 +41,7 @@ public:
         return file(std::u8string(name, name + std::char_traits<char>::length(name)).c_str());
     }
 
-    /// Writes the bytes to a file and gives its path in UTF-8.
+    /// Writes the bytes to a file and returns its path in UTF-8.
     template <class Name>
     std::string write(const Name* name, std::span<const std::uint8_t> bytes) const {
         std::ofstream(path_ / name, std::ios::binary)

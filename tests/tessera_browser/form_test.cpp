@@ -41,7 +41,7 @@ protected:
                   areaInForm(form(), control(IDC_ITEM_SPIN)).left);
     }
 
-    /// Pulls the splitter with the mouse; gives how much wider the tree has become.
+    /// Pulls the splitter with the mouse; returns how much wider the tree has become.
     static int pullSplitter(int distance) {
         const RECT left = areaInForm(form(), control(IDC_TREE_GROUP));
         const RECT right = areaInForm(form(), control(IDC_PROPERTY_GROUP));

@@ -107,7 +107,7 @@ public:
     std::wstring title() const { return user::text(main_); }
     std::wstring log() const { return user::text(log_); }
 
-    /// Enters a line into the script field and gives what it answered.
+    /// Enters a line into the script field and returns what it answered.
     std::wstring script(const std::wstring& entered) {
         goToMain();
         const std::wstring echo = L"\r\n> " + entered + L"\r\n";

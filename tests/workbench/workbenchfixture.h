@@ -47,11 +47,11 @@ protected:
     /// The program's exit code, once it has ended by itself.
     DWORD exitCode();
 
-    /// Types a line into the script field and gives what was added to the log.
+    /// Types a line into the script field and returns what was added to the log.
     std::string script(const std::string& line);
-    /// Writes a script and gives its path, as a script would write it.
+    /// Writes a script and returns its path, as a script would write it.
     std::string scriptFile(const std::string& text);
-    // Presses a button of the message box that appears, and gives what the box said.
+    // Presses a button of the message box that appears, and returns what the box said.
     std::string answerMessage(int button);
     // A file of the sample plug-in, which says how its import ends.
     std::string sampleFile(const char* name, const char* text) const;

@@ -79,7 +79,7 @@ protected:
         return std::string(map->GetMapName()) + ' ' +
                std::to_string(fltkilnutil::markedIndex(*map));
     }
-    /// Refused, with nothing changed and no step made; gives the reason.
+    /// Refused, with nothing changed and no step made; returns the reason.
     std::string refused(const std::function<void()>& action) {
         return refusal([&] {
                    try {

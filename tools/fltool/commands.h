@@ -44,8 +44,8 @@ struct CheckOptions {
 };
 
 /// Prints one line per finding, or one JSON object: damage, and what the rules of the target find,
-/// with the rule's code and severity. Gives the number of findings that are errors; all damage is.
-/// Throws `std::system_error` for a file that cannot be read and `checks::TargetError`.
+/// with the rule's code and severity. Returns the number of findings that are errors; all damage
+/// is. Throws `std::system_error` for a file that cannot be read and `checks::TargetError`.
 std::size_t check(const CheckOptions& options, std::ostream& out);
 
 /// What is not as the format says in the bytes of a file, in their order.

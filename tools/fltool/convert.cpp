@@ -87,8 +87,8 @@ private:
         }
     }
 
-    /// Puts the current record into `token` as the new revision lays it out. Gives false when that
-    /// is no other way, for one without a class, and for one that its class refuses.
+    /// Puts the current record into `token` as the new revision lays it out. Returns false when
+    /// that is no other way, for one without a class, and for one that its class refuses.
     bool recode(FltToken& token) {
         const std::uint16_t opcode = reader_.opcode();
         std::unique_ptr<FltRecord>& record = records_[opcode];

@@ -14,7 +14,7 @@ namespace fltool {
 class VertexPalette {
 public:
     /// Takes notice of the reader's current record; every record of the file is shown once, in
-    /// order. Gives what is wrong with it as a vertex or palette record, or nothing.
+    /// order. Returns what is wrong with it as a vertex or palette record, or nothing.
     std::string meet(FltFileReader& reader);
 
     /// What is wrong with the palette now that the file has ended, or nothing.

@@ -22,7 +22,7 @@ File openFile(const std::filesystem::path& path, bool forWriting) noexcept;
 /// Whether there is a file at `path`; false where nobody can tell.
 bool isFile(const std::filesystem::path& path) noexcept;
 
-/// Reads the whole file at `path` (UTF-8) into `bytes`; gives why it could not.
+/// Reads the whole file at `path` (UTF-8) into `bytes`; returns why it could not.
 std::error_code readFile(const std::string& path, std::string& bytes);
 
 }  // namespace base

@@ -68,7 +68,7 @@ public:
     const std::vector<std::uint32_t>& order() const noexcept { return order_; }
 
     /// Takes the findings out for whose index `isGone` says so; the report counts them no longer.
-    /// Gives their number.
+    /// Returns their number.
     std::size_t removeIf(const std::function<bool(std::size_t)>& isGone);
 
 private:

@@ -8,7 +8,7 @@
 
 namespace diagnostics {
 
-/// Appends printf-style text to the log and gives the number of characters written.
+/// Appends printf-style text to the log and returns the number of characters written.
 ///
 /// The log is "\Aviary.log" on the drive named by the environment variable "SystemDrive" (the root
 /// of the current drive when it is not set). It is opened for appending and closed again on every
@@ -52,9 +52,9 @@ private:
     std::exception_ptr noted_;
 };
 
-/// Runs `body` and gives its result. When it throws, or when a failure below it was noted, logs one
-/// line and gives `failure` instead; nothing leaves this function by exception. `logsItself` is for
-/// a step within an entry point that has a line of its own.
+/// Runs `body` and returns its result. When it throws, or when a failure below it was noted, logs
+/// one line and returns `failure` instead; nothing leaves this function by exception. `logsItself`
+/// is for a step within an entry point that has a line of its own.
 template <typename Body, typename Result>
 Result guarded(const char* sourceFile, int guardLine, Result failure, Body&& body,
                bool logsItself = false) noexcept {

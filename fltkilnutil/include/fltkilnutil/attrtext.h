@@ -8,10 +8,10 @@
 /// Room for any text that the formatting functions produce, terminator included.
 inline constexpr std::size_t kFltNumberTextSize = 32;
 
-/// Writes `value` to `text`, NUL-terminated, as "%d" would; gives the number of characters.
+/// Writes `value` to `text`, NUL-terminated, as "%d" would; returns the number of characters.
 std::size_t fltFormatInteger(std::int32_t value, char (&text)[kFltNumberTextSize]) noexcept;
 
-/// Writes `value` to `text`, NUL-terminated, as "%g" would in the "C" locale; gives the number of
+/// Writes `value` to `text`, NUL-terminated, as "%g" would in the "C" locale; returns the number of
 /// characters.
 std::size_t fltFormatReal(double value, char (&text)[kFltNumberTextSize]) noexcept;
 

@@ -165,7 +165,7 @@ bool fltAttrEnumValue(const FltAttrEnum* table, std::string_view text,
                       std::int32_t& value) noexcept;
 
 /// Fills the group of the node's kind, derived from the host object where nothing is stored, with
-/// the node's values and gives it. A node without a record gets a fresh one, and `parameter`
+/// the node's values and returns it. A node without a record gets a fresh one, and `parameter`
 /// becomes the group's. Null without kind or group, and when a chunk of the node is damaged; the
 /// node itself is never changed.
 FltAttrGroup* fltAttrLoad(INode* node, std::uint32_t parameter) noexcept;

@@ -25,14 +25,14 @@ void takeVertices(Mesh& mesh, const VertexOrder& order);
 /// Cuts the polygon through all vertices anew. False, with nothing changed, for one without area.
 bool recut(Mesh& mesh);
 
-/// Takes the vertices out that no face has, and gives the order of those that stay. The mesh must
+/// Takes the vertices out that no face has, and returns the order of those that stay. The mesh must
 /// be consistent.
 VertexOrder removeUnusedVertices(Mesh& mesh);
 
 /// Makes each triangle a polygon of its own; false when they are already.
 bool splitIntoTriangles(Mesh& mesh);
 
-/// Turns all polygons over, normals included, and gives the order of the vertices. What is done
+/// Turns all polygons over, normals included, and returns the order of the vertices. What is done
 /// twice leads back.
 VertexOrder flip(Mesh& mesh);
 

@@ -46,7 +46,7 @@ GeometryResult computeNormals(Interface& host, std::span<INode* const> tops, dou
 // Levels of detail, bounding volumes and units.
 
 /// Puts the centers of `levels` into the middle of what they show. Levels below one node with one
-/// center, which take each other's place, keep one center for all. Gives the number of nodes that
+/// center, which take each other's place, keep one center for all. Returns the number of nodes that
 /// changed; levels that show no polygons stay.
 std::uint32_t centerLevels(std::span<INode* const> levels);
 /// The same for the levels among `tops` and all nodes below them whose centers are not frozen, and

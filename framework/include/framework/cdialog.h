@@ -62,8 +62,8 @@ public:
     /// Gives a modeless dialog, which its template does not show, the places and texts that its
     /// template has in the language of now, as if it were opened anew: the caption, and those of
     /// buttons and static texts. What was entered stays, and so does the size of a window that the
-    /// user can size. Gives the size of the client area that the places are meant for; 0 by 0, with
-    /// nothing changed, where the template cannot be had.
+    /// user can size. Returns the size of the client area that the places are meant for; 0 by 0,
+    /// with nothing changed, where the template cannot be had.
     SIZE FollowLanguage();
 
     /// Adds a tool tip for every child control that exists now, or removes the tips. For each tip

@@ -121,7 +121,7 @@ public:
     void CheckItem(int id, bool checked) const;
 
     /// A message box owned by this window (or its top-level window). Without a caption it has the
-    /// owner's. Gives the platform's IDOK...; `style` is the platform's MB_ flags.
+    /// owner's. Returns the platform's IDOK...; `style` is the platform's MB_ flags.
     int ShowMessage(std::string_view text, UINT style = MB_OK, std::string_view caption = {}) const;
 
     /// Pixels at this window's display scaling for pixels at 100 %.

@@ -69,7 +69,7 @@ bool SceneWriter::hasFacesOfItsOwn(const NodeSource& source) const {
            !content_.lookOf(source.index).isSuperFace && source.kept.revision == 0;
 }
 
-/// The record that stands for the node; gives what it calls the node.
+/// The record that stands for the node; returns what it calls the node.
 std::string SceneWriter::writeRecord(const NodeSource& source) {
     const SourceRecords& kept = source.kept;
     if (source.record == nullptr) {

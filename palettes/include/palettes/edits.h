@@ -21,7 +21,7 @@ class INode;
 namespace palettes {
 
 /// Adds an entry with the defaults of its class and that name (UTF-8), behind the others of the
-/// palette; gives its index, the smallest that no entry has.
+/// palette; returns its index, the smallest that no entry has.
 std::int32_t addEntry(INode& database, Palette palette, std::string_view name);
 
 /// Adds a copy of an entry, with an index of its own.
@@ -38,7 +38,7 @@ void deleteEntry(INode& database, Palette palette, const Entry& entry);
 
 /// Gives the entries indices without gaps, in the order of those that they have, and their users
 /// the same; those with doubled indices, and with ones that no node can name, get the next ones.
-/// An index that names no entry names none afterwards. Gives how many indices of entries have
+/// An index that names no entry names none afterwards. Returns how many indices of entries have
 /// changed. Refused while something may use the palette in ways that are not known.
 std::size_t compact(INode& database, Palette palette);
 
@@ -70,12 +70,12 @@ void setColorField(INode& database, std::int32_t entry, std::string_view field,
 std::int32_t findOrAddColor(INode& database, Rgb color);
 
 /// Has nodes of the database use an entry; of the colors one by its color index. A node that can
-/// use none stands for all below it that can. Gives how many nodes there are.
+/// use none stands for all below it that can. Returns how many nodes there are.
 std::size_t assign(INode& database, std::span<INode* const> nodes, Palette palette,
                    std::int32_t index);
 
 /// Adds those entries of the palette in another file (UTF-8) that the database does not have with
-/// another index; gives how many. Throws `FltFileError` and `std::system_error` too.
+/// another index; returns how many. Throws `FltFileError` and `std::system_error` too.
 std::size_t importEntries(INode& database, Palette palette, const std::string& file);
 
 }  // namespace palettes

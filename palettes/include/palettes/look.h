@@ -72,13 +72,13 @@ private:
 std::vector<INode*> lookNodes(std::span<INode* const> selected, bool below);
 
 /// Sets what a row shows on all nodes that have it, as one step; every other byte of them stays.
-/// What their faces show in the scene follows: their color and their picture. Gives how many nodes
-/// have the value now. Throws `Refusal`, with nothing changed, for a value that the field cannot
-/// hold and where no node has it.
+/// What their faces show in the scene follows: their color and their picture. Returns how many
+/// nodes have the value now. Throws `Refusal`, with nothing changed, for a value that the field
+/// cannot hold and where no node has it.
 std::size_t setLook(std::span<INode* const> nodes, const LookRow& row, std::string_view value);
 
 /// Gives faces and meshes that color, as one step: a packed one where packed ones count, else one
-/// of their palette, which gets it if it is not there, and has it count. Gives how many they are.
+/// of their palette, which gets it if it is not there, and has it count. Returns how many they are.
 /// Throws `Refusal`.
 std::size_t setLookColor(std::span<INode* const> nodes, bool isAlternate, Rgb color);
 

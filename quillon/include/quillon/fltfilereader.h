@@ -70,7 +70,7 @@ public:
     FltFileReader(const FltFileReader&) = delete;
     FltFileReader& operator=(const FltFileReader&) = delete;
 
-    /// Moves to the next record; the first call to the first one. Gives false at the end, and
+    /// Moves to the next record; the first call to the first one. Returns false at the end, and
     /// ahead of stray bytes (see there). Throws `FltFileError` when a record's length is below 4 or
     /// leads beyond the end; every further call throws the same.
     bool next();

@@ -14,9 +14,9 @@ constexpr std::uint64_t fltPaddedLength(std::uint64_t length) noexcept {
     return (length + kFltAlignment - 1) / kFltAlignment * kFltAlignment;
 }
 
-/// Appends a record of `opcode` with a body of `size` zeros to `bytes`, and gives the body to fill
-/// in, valid until `bytes` changes. Unlike what a token makes, the record is not padded. Throws
-/// `AviaryAssertion` when it would exceed 65,535 bytes.
+/// Appends a record of `opcode` with a body of `size` zeros to `bytes`, and returns the body to
+/// fill in, valid until `bytes` changes. Unlike what a token makes, the record is not padded.
+/// Throws `AviaryAssertion` when it would exceed 65,535 bytes.
 std::span<std::uint8_t> fltAppendRecord(std::vector<std::uint8_t>& bytes, std::uint16_t opcode,
                                         std::size_t size);
 

@@ -46,7 +46,7 @@ public:
     ~FltStream();
 
     /// Creates the file (replacing one that exists) and writes `header` as its first record; the
-    /// stream's revision is the header's. Gives false when the file cannot be created, true
+    /// stream's revision is the header's. Returns false when the file cannot be created, true
     /// otherwise. The path is UTF-8. `form` (not owned, must outlive the file; null for that of
     /// `FltFileHeader`) lays the header out, here and at the end. Throws `AviaryAssertion` when a
     /// file is open already.
@@ -59,7 +59,7 @@ public:
                 FltStreamMode mode = FltStreamMode::kWrite);
 
     /// Writes what is pending, brings the header at the file's start up to date with the counters
-    /// (for a file that `open` created), and lets go of the file. Gives false when any byte since
+    /// (for a file that `open` created), and lets go of the file. Returns false when any byte since
     /// the file was opened could not be written, and when the header's form has changed its mind on
     /// the length; true also when no file is open. What a pending writer throws passes through and
     /// leaves the file open.

@@ -86,7 +86,8 @@ public:
             target < words_[kLength] ? static_cast<std::uint16_t>(target) : words_[kLength];
     }
 
-    /// Copies up to `n` bytes to `destination`, fills the rest with zeros, gives the number copied.
+    /// Copies up to `n` bytes to `destination`, fills the rest with zeros, returns the number
+    /// copied.
     std::uint32_t readBytes(std::uint32_t n, void* destination) noexcept;
 
     /// Writes `n` bytes at the cursor.
@@ -134,7 +135,7 @@ public:
     void writeDouble(double value) { writeNumber(value); }
 
     /// Passes `n` reserved bytes, in both directions: moves the cursor over those that exist and
-    /// appends zeros for the rest. Gives `n`.
+    /// appends zeros for the rest. Returns `n`.
     std::uint32_t skip(std::uint32_t n);
 
     /// Makes the length `newLength`, enlarging the block where needed: 32 bytes at first, doubled
@@ -160,7 +161,7 @@ public:
     /// the file's own error indicator.
     void writeTo(std::FILE* file);
 
-    /// Moves the cursor over `n` bytes to be written and gives their place; they are not cleared.
+    /// Moves the cursor over `n` bytes to be written and returns their place; they are not cleared.
     std::uint8_t* claim(std::uint32_t n) {
         const std::uint64_t end = std::uint64_t{words_[kPosition]} + n;
         if (lacksRoomFor(end)) [[unlikely]]
@@ -173,7 +174,7 @@ public:
     }
 
     /// Moves the cursor over `n` bytes to be read, of which at least `n` must be left
-    /// (`remaining()`), and gives their place.
+    /// (`remaining()`), and returns their place.
     const std::uint8_t* take(std::uint32_t n) noexcept {
         const std::uint8_t* place = buffer_ + words_[kPosition];
         words_[kPosition] = static_cast<std::uint16_t>(words_[kPosition] + n);

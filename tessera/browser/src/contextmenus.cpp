@@ -79,7 +79,7 @@ public:
     }
     void separate() { ::AppendMenuW(menu_, MF_SEPARATOR, 0, nullptr); }
 
-    /// Shows it; gives what was chosen.
+    /// Shows it; returns what was chosen.
     int track(HWND owner, POINT at) const {
         return ::TrackPopupMenu(menu_, TPM_RETURNCMD | TPM_RIGHTBUTTON, at.x, at.y, 0, owner,
                                 nullptr);

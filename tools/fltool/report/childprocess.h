@@ -12,7 +12,7 @@ namespace fltool {
 std::filesystem::path ownFolder();
 
 /// Runs `program` with `arguments` and waits for its end. What it prints goes into the file at
-/// `output`. Gives its exit code; -1 when it did not start, crashed, or was ended after `most`.
+/// `output`. Returns its exit code; -1 when it did not start, crashed, or was ended after `most`.
 /// An argument must not have quotation marks.
 int runProgram(const std::filesystem::path& program,
                const std::vector<std::filesystem::path>& arguments,

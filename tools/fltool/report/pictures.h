@@ -13,7 +13,7 @@ namespace fltool {
 std::filesystem::path findKilnbatch(const std::string& named);
 
 /// Has `kilnbatch` draw the model from four sides and at its levels of detail, and its textures
-/// small. What cannot be drawn is left out; gives why, in English, or nothing.
+/// small. What cannot be drawn is left out; returns why, in English, or nothing.
 std::string drawPictures(Facts& facts, const std::filesystem::path& kilnbatch);
 
 }  // namespace fltool
