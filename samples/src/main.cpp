@@ -5,6 +5,7 @@
 #include "harbour.h"
 
 #include <base/paths.h>
+#include <tessera_version.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -46,9 +47,16 @@ bool writeCityOf(const std::string& number, const std::filesystem::path& folder)
 }
 
 int run(const std::vector<std::filesystem::path>& words) {
+    if (words.size() == 1 && words[0] == "--version") {
+        std::puts("make_samples " TESSERA_VERSION);
+        return 0;
+    }
     const bool isCity = words.size() == 3 && words[0] == "--city";
     if (words.size() != 1 && !isCity) {
-        std::fputs("usage: make_samples FOLDER\n       make_samples --city N FOLDER\n", stderr);
+        std::fputs(
+            "usage: make_samples FOLDER\n       make_samples --city N FOLDER\n"
+            "       make_samples --version\n",
+            stderr);
         return 2;
     }
     try {
