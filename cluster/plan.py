@@ -115,11 +115,13 @@ def make(folder, config):
     for name in firsts.keys() - divided.keys():
         os.remove(f"{folder}/{name}.list")
         os.remove(f"{folder}/{name}.state")
+    # The stage that reads the sources.
+    stage = "edit" if "script" in config else "check"
     for name, those in divided.items():
         write_if_changed(f"{folder}/{name}.list", those)
         state = f"{folder}/{name}.state"
-        reads = glob.glob(f"stages/*/{name}.reads")
-        if any(is_stale(lines_of(path), root, states) for path in reads):
+        reads = f"stages/{stage}/{name}.reads"
+        if os.path.exists(reads) and is_stale(lines_of(reads), root, states):
             # A new time would not do: small files are known by their content.
             write_lines(state, [str(time.time_ns())])
         elif not os.path.exists(state):

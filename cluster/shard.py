@@ -1,7 +1,8 @@
 """Does one shard in a job: shard.py STAGE SHARD --list FILE --attempt N --attempts M -- KILNBATCH...
 
 Leaves in stages/STAGE what each file has become (SHARD.jsonl) and, where sources are read, what was
-read meanwhile with its state (SHARD.reads), and the files to go on with (SHARD.done). A file that is faulty
+read meanwhile with its state (SHARD.reads), and the files to go on with (SHARD.done). The stage edit
+leaves in stages/check too what the files were before. A file that is faulty
 or has errors is a result and no failure. One that its process did not survive, or for which it had
 too little time or memory, has the job fail, until the last attempt.
 """
@@ -46,6 +47,31 @@ def reads_of(lines, source, begun):
         yield f"{path}\t{state}"
 
 
+def write_report(path, lines):
+    """What a stage tells of its files."""
+    plan.write_lines(
+        path,
+        (
+            json.dumps(
+                {
+                    "failed": line["result"] == "failed",
+                    **{key: value for key, value in line.items() if key not in OF_THE_RUN},
+                },
+                ensure_ascii=False,
+                sort_keys=True,
+            )
+            for line in lines
+        ),
+    )
+
+
+def of_sources(lines):
+    """What was found before the script ran; one that did not come to it failed before."""
+    for line in lines:
+        source = line.pop("source", None)
+        yield line if source is None else {"file": line["file"], "result": "done", **source}
+
+
 def main():
     options = argparse.ArgumentParser(description=__doc__)
     options.add_argument("stage")
@@ -69,20 +95,10 @@ def main():
         plan.write_lines(made + ".reads", reads_of(lines, given.command[2], begun))
         done = (line["file"] for line in lines if line["result"] != "failed")
         plan.write_lines(made + ".done", done)
-    plan.write_lines(
-        made + ".jsonl",
-        (
-            json.dumps(
-                {
-                    "failed": line["result"] == "failed",
-                    **{key: value for key, value in line.items() if key not in OF_THE_RUN},
-                },
-                ensure_ascii=False,
-                sort_keys=True,
-            )
-            for line in lines
-        ),
-    )
+    if given.stage == "edit":
+        # The sources are checked by the job that edits them: what they refer to is read once.
+        write_report(f"stages/check/{given.shard}.jsonl", list(of_sources(lines)))
+    write_report(made + ".jsonl", lines)
 
 
 if __name__ == "__main__":

@@ -98,9 +98,9 @@ private:
 /// A hash of what decides about results beside the files that are read.
 std::string hashOfOptions(const BatchOptions& options) {
     const Job& job = options.job;
-    const Json all{TESSERA_VERSION, hashOfText(job.script), job.script.empty(),
-                   job.maxSteps,    job.checkTarget,        job.revision,
-                   job.database,    options.exports,        job.searchFolders};
+    const Json all{TESSERA_VERSION, hashOfText(job.script), job.script.empty(), job.maxSteps,
+                   job.checkTarget, job.checksSource,       job.revision,       job.database,
+                   options.exports, job.searchFolders};
     return hashOfText(all.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 

@@ -34,9 +34,15 @@ int runBatchCommand(std::vector<std::string> words) {
     app.add_option("--script", scriptPath,
                    "run this script over each; its \"arguments\" are the file's path below IN")
         ->type_name("FILE");
-    app.add_option("--check", options.job.checkTarget,
-                   "check each for a built-in target such as \"general\", or that of a JSON file")
-        ->type_name("TARGET");
+    CLI::Option* const check =
+        app.add_option(
+               "--check", options.job.checkTarget,
+               "check each for a built-in target such as \"general\", or that of a JSON file")
+            ->type_name("TARGET");
+    app.add_flag("--check-source", options.job.checksSource,
+                 "check each before the script runs, too; what is found then is reported as its "
+                 "\"source\"")
+        ->needs(check);
     app.add_flag("!--no-export", options.exports, "write no results: check, and run scripts, only");
     app.add_option("--revision", options.job.revision, "revision of the exported files")
         ->type_name("N")

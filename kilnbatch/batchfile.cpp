@@ -99,6 +99,10 @@ Json doFile(kiln::Core& core, const BatchFolders& folders, const Job& job,
         own.arguments = {name};
         own.output = [&](std::string_view line) { said(line); };
         own.found = [&](const Findings& findings) { addFindings(result, findings); };
+        own.foundInSource = [&](const Findings& findings) {
+            result["source"]["nodes"] = core.hostInterface().GetNodeCount();
+            addFindings(result["source"], findings);
+        };
         const base::FileReads reads;
         const std::string failure = runJob(core, own);
         said.addTo(result);

@@ -120,6 +120,7 @@ std::string runJob(kiln::Core& core, const Job& job) {
     kiln::setSearchFolders(core, job.searchFolders);
     if (std::string failure = openFiles(core, job); !failure.empty()) return failure;
     try {
+        if (job.checksSource) job.foundInSource(checkScene(job));
         runScript(job);
         if (!job.checkTarget.empty()) job.found(checkScene(job));
     } catch (const script::Error& error) {

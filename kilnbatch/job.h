@@ -41,14 +41,16 @@ struct Job {
     std::vector<std::string> arguments;
     std::uint64_t maxSteps = 0;
     std::string checkTarget;
-    std::string reportPath;  ///< of the check
+    bool checksSource = false;  ///< before the script too
+    std::string reportPath;     ///< of the check
     std::string exportPath;
     std::uint32_t revision = 0;  ///< of the exported file, x 100
     std::string database;
 
-    bool printsValue = false;                                ///< of the script's last expression
-    std::function<void(std::string_view line)> output = {};  ///< what plug-ins and the script say
-    std::function<void(const Findings&)> found = {};         ///< called after a check
+    bool printsValue = false;                                 ///< of the script's last expression
+    std::function<void(std::string_view line)> output = {};   ///< what plug-ins and the script say
+    std::function<void(const Findings&)> foundInSource = {};  ///< called before the script
+    std::function<void(const Findings&)> found = {};          ///< called after a check
 };
 
 /// Ends the core after everything that refers to its scene.

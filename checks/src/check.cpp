@@ -19,7 +19,8 @@ namespace checks {
 
 class Check::Work {
 public:
-    Work(Source& source, const Target& target) : all_(target, source) {
+    Work(Source& source, const Target& target, KnownReferences* known)
+        : all_(target, source, known != nullptr ? *known : own_) {
         all_.report.target = target.name;
         estimate_ = source.estimate();
         // Room that is not used costs nothing, and growing costs half as much again.
@@ -255,6 +256,7 @@ private:
         all_.report.findings = std::move(sorted);
     }
 
+    KnownReferences own_;
     Gathered all_;
     std::unique_ptr<Coincidences> search_;  ///< that is under way
     std::size_t estimate_ = 0;
@@ -262,8 +264,8 @@ private:
     std::size_t next_ = 0;
 };
 
-Check::Check(Source& source, const Target& target)
-    : work_(std::make_unique<Work>(source, target)) {}
+Check::Check(Source& source, const Target& target, KnownReferences* known)
+    : work_(std::make_unique<Work>(source, target, known)) {}
 
 Check::~Check() = default;
 

@@ -10,7 +10,10 @@
 #include <algorithm>
 #include <bit>
 #include <filesystem>
+#include <map>
+#include <optional>
 #include <set>
+#include <unordered_map>
 
 namespace checks {
 
@@ -24,19 +27,19 @@ fs::path wholePath(const fs::path& path) {
     return found.empty() ? path : found;
 }
 
-/// The names of files that the database at `path` refers to; none when it cannot be read.
-std::vector<std::string> namesIn(const fs::path& path) {
+/// As `KnownReferences` keeps them.
+std::string readNamesIn(const std::string& path) {
     constexpr std::uintmax_t kLargest = std::uintmax_t{256} << 20;
-    std::vector<std::string> names;
+    std::string names;
     try {
-        if (fs::file_size(path) > kLargest) return names;
-        const FltFileBytes file = FltFileBytes::load(base::textOf(path));
+        if (fs::file_size(base::pathFrom(path)) > kLargest) return names;
+        const FltFileBytes file = FltFileBytes::load(path);
         FltFileReader reader(file.bytes());
         FltXRef record;
         while (reader.next()) {
             if (reader.opcode() != kFltExternalRef) continue;
             record.readFromFile(&reader.token());
-            names.push_back(fileOfReference(fltText(record.fileName)));
+            names.append(fileOfReference(fltText(record.fileName))).push_back('\0');
         }
     } catch (const std::exception&) {
         // What was read up to the damage counts.
@@ -44,10 +47,44 @@ std::vector<std::string> namesIn(const fs::path& path) {
     return names;
 }
 
-/// Which files refer to which. Each is read once, however many refer to it.
+/// Which files refer to which. Each is read once, however many refer to it, and has a number: the
+/// root of a database leads to all of its files.
 class FileReferences {
 public:
-    /// One path for all names of a file. The way to a folder of many files is followed once.
+    using Number = std::uint32_t;
+
+    explicit FileReferences(KnownReferences& names) : names_(names) {}
+
+    /// One number for all names of a file.
+    Number numberOf(const fs::path& path) {
+        const auto [entry, isNew] =
+            numbers_.try_emplace(base::textOf(whole(path)), static_cast<Number>(files_.size()));
+        if (isNew) files_.push_back({&entry->first, {}});
+        return entry->second;
+    }
+
+    /// Whether the file `start`, or one that it refers to, refers to `home`.
+    bool leadsTo(Number start, Number home) {
+        constexpr std::size_t kMostFiles = 200;
+        std::set<Number> seen{start};
+        std::vector<Number> pending{start};
+        while (!pending.empty() && seen.size() < kMostFiles) {
+            const Number file = pending.back();
+            pending.pop_back();
+            if (file == home) return true;
+            for (const Number next : referencesOf(file))
+                if (seen.insert(next).second) pending.push_back(next);
+        }
+        return seen.contains(home);
+    }
+
+private:
+    struct File {
+        const std::string* path;
+        std::optional<std::vector<Number>> references;  // once somebody has asked
+    };
+
+    /// The way to a folder of many files is followed once.
     fs::path whole(const fs::path& path) {
         std::error_code unknown;
         if (fs::is_symlink(path, unknown)) return wholePath(path);
@@ -57,39 +94,28 @@ public:
         return entry->second / path.filename();
     }
 
-    /// Whether the file at `start`, or one that it refers to, refers to `home`.
-    bool leadsTo(const fs::path& start, const fs::path& home) {
-        constexpr std::size_t kMostFiles = 200;
-        std::set<fs::path> seen{start};
-        std::vector<fs::path> pending{start};
-        while (!pending.empty() && seen.size() < kMostFiles) {
-            const fs::path path = pending.back();
-            pending.pop_back();
-            if (path == home) return true;
-            for (const fs::path& next : referencesOf(path))
-                if (seen.insert(next).second) pending.push_back(next);
+    const std::vector<Number>& referencesOf(Number file) {
+        if (!files_[file].references) {
+            const std::string& path = *files_[file].path;
+            const std::vector<std::string> folders{
+                base::textOf(base::pathFrom(path).parent_path())};
+            std::vector<Number> found;
+            for (const std::string& name : names_.namesIn(path))
+                if (const fs::path next = findNamedFile(name, folders); !next.empty())
+                    found.push_back(numberOf(next));
+            files_[file].references = std::move(found);
         }
-        return seen.contains(home);
+        return *files_[file].references;
     }
 
-private:
-    const std::set<fs::path>& referencesOf(const fs::path& path) {
-        const auto [entry, isNew] = known_.try_emplace(path);
-        if (!isNew) return entry->second;
-        const std::vector<std::string> folders{base::textOf(path.parent_path())};
-        for (const std::string& name : namesIn(path)) {
-            if (const fs::path next = findNamedFile(name, folders); !next.empty())
-                entry->second.insert(whole(next));
-        }
-        return entry->second;
-    }
-
-    std::map<fs::path, std::set<fs::path>> known_;
+    KnownReferences& names_;
+    std::unordered_map<std::string, Number> numbers_;  // by path
+    std::vector<File> files_;
     std::map<fs::path, fs::path> folders_;
 };
 
 void checkReferences(Gathered& all, const std::vector<std::string>& folders) {
-    FileReferences references;
+    FileReferences references(all.known);
     for (const KeptReference& reference : all.references) {
         const std::string name = fileOfReference(reference.file);
         if (isAbsoluteName(name)) all.found(Rule::PATH_ABSOLUTE, reference.node, name);
@@ -104,7 +130,8 @@ void checkReferences(Gathered& all, const std::vector<std::string>& folders) {
         if (database.node == kNone) continue;
         const std::string home = all.source.fileOf(all.nodes[database.node].place);
         if (home.empty()) continue;
-        if (references.leadsTo(references.whole(path), references.whole(base::pathFrom(home))))
+        if (references.leadsTo(references.numberOf(path),
+                               references.numberOf(base::pathFrom(home))))
             all.found(Rule::XREF_CYCLE, reference.node, name);
     }
 }
@@ -128,6 +155,20 @@ void checkTexture(Gathered& all, std::int32_t index, const PaletteEntry& texture
 }
 
 }  // namespace
+
+std::vector<std::string> KnownReferences::namesIn(const std::string& path) {
+    const auto [entry, isNew] = files_.try_emplace(path);
+    Known& known = entry->second;
+    if (isNew || !known.stamp || known.stamp->isOutdated(path)) {
+        known.stamp = base::FileStamp::of(path);
+        known.names = readNamesIn(path);
+    }
+    std::vector<std::string> names;
+    for (const char* at = known.names.data(); at != known.names.data() + known.names.size();
+         at += names.back().size() + 1)
+        names.emplace_back(at);
+    return names;
+}
 
 void checkFiles(Gathered& all) {
     const std::vector<std::string> folders = all.source.folders();

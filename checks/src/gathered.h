@@ -1,6 +1,7 @@
 // What is kept of the nodes while they are walked, for the rules that compare them.
 #pragma once
 
+#include <checks/knownreferences.h>
 #include <checks/report.h>
 #include <checks/source.h>
 #include <quillon/fltheader.h>
@@ -172,10 +173,12 @@ struct NameEntry {
 
 /// Everything that was walked.
 struct Gathered {
-    Gathered(const Target& checked, Source& from) : target(checked), source(from) {}
+    Gathered(const Target& checked, Source& from, KnownReferences& knownBefore)
+        : target(checked), source(from), known(knownBefore) {}
 
     const Target& target;
     Source& source;
+    KnownReferences& known;
     Report report;
 
     std::vector<KeptNode> nodes;

@@ -6,7 +6,7 @@ _kilnbatch() {
     local revisions='1420 1500 1510 1520 1530 1540 1550 1560 1570 1580 1600 1610 1620 1630 1640 1650 1660'
     COMPREPLY=()
     if [ "${COMP_WORDS[1]}" = batch ] && [ "$COMP_CWORD" -gt 1 ]; then
-        options='--script --check --no-export --revision --search --max-steps --list --jobs --time-limit --memory-limit --report --help'
+        options='--script --check --check-source --no-export --revision --search --max-steps --list --jobs --time-limit --memory-limit --report --help'
         pattern='!*.[fF][lL][tT]'
     fi
     case $before in

@@ -5,7 +5,9 @@
 #include "checkscene.h"
 
 #include <airport.h>
+#include <base/paths.h>
 #include <checks/filesource.h>
+#include <checks/knownreferences.h>
 #include <faults.h>
 #include <gtest/gtest.h>
 #include <interchange/export.h>
@@ -16,8 +18,10 @@
 #include <quillon/fltlightpointsystem.h>
 #include <quillon/fltmaterial.h>
 #include <quillon/fltrecordbytes.h>
+#include <quillon/fltstream.h>
 #include <quillon/flttext.h>
 #include <quillon/flttexture.h>
+#include <quillon/fltxref.h>
 
 namespace {
 
@@ -230,6 +234,30 @@ TEST(FileCheckTest, FindsEveryCodeInTheSampleOfFaults) {
     for (const checks::RuleInfo& rule : checks::catalogue())
         if (report.countOf(rule.rule) == 0) missing += std::string(rule.code) + '\n';
     EXPECT_EQ(missing, "");
+}
+
+TEST(KnownReferences, ReadAFileAgainOnlyWhenItWasWritten) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("tree.flt");
+    const auto refer = [&](const char* name, std::filesystem::file_time_type time) {
+        FltXRef record;
+        fltSetText(record.fileName, name);
+        FltStream stream;
+        ASSERT_TRUE(stream.open(path));
+        record.write(stream);
+        ASSERT_TRUE(stream.close());
+        std::filesystem::last_write_time(base::pathFrom(path), time);
+    };
+    using Names = std::vector<std::string>;
+    checks::KnownReferences known;
+    EXPECT_EQ(known.namesIn(path), Names());
+    const auto time = std::filesystem::file_time_type::clock::now();
+    refer("oak.flt<1>", time);
+    EXPECT_EQ(known.namesIn(path), Names{"oak.flt"});
+    refer("elm.flt<1>", time);  // which nothing tells
+    EXPECT_EQ(known.namesIn(path), Names{"oak.flt"});
+    refer("elm.flt<1>", time + std::chrono::seconds(1));
+    EXPECT_EQ(known.namesIn(path), Names{"elm.flt"});
 }
 
 }  // namespace

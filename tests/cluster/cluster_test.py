@@ -37,8 +37,8 @@ class InFolder(unittest.TestCase):
 
 
 class Plan(InFolder):
-    def make(self, size=2):
-        config = {"source": "db", "results": "db/out", "shard_files": size}
+    def make(self, size=2, **more):
+        config = {"source": "db", "results": "db/out", "shard_files": size, **more}
         self.assertEqual(plan.make("plan", {**config, "kilnbatch": "./program"}), [])
         return {name: plan.lines_of(f"plan/{name}.list") for name in plan.shards("plan")}
 
@@ -80,7 +80,8 @@ class Plan(InFolder):
         reads = ["a.flt", "c.flt", "none.flt", absolute]
         rows = [f"{path}\t{plan.state_of(os.path.join('db', path))}" for path in reads]
         plan.write_lines("stages/check/00000.reads", rows)
-        plan.write_lines("stages/edit/00001.reads", [f"b.flt\t{plan.state_of('db/b.flt')}"])
+        # Of runs with a script.
+        plan.write_lines("stages/edit/00001.reads", ["b.flt\tanother"])
         before = self.state("00000")
         self.make(1)
         self.assertEqual(self.state("00000"), before)
@@ -92,6 +93,8 @@ class Plan(InFolder):
             before = self.state("00000")
             rows = [f"{path}\t{plan.state_of(os.path.join('db', path))}" for path in reads]
         self.assertEqual(self.state("00001"), ["new"])
+        self.make(1, script="edit.ks")
+        self.assertNotEqual(self.state("00001"), ["new"])
 
 
 class Shard(InFolder):
@@ -118,6 +121,28 @@ class Shard(InFolder):
             unlucky = {**faulty, "cause": cause}
             self.assertNotEqual(self.run_shard([good, unlucky], 1), 0)
             self.assertEqual(self.run_shard([good, unlucky], 1, attempt=2), 0)
+
+    def test_edits_tell_what_the_sources_were(self):
+        finding = {"severity": "error", "code": "X", "node": "n", "text": "t"}
+        source = {"nodes": 3, "errors": 1, "findings": [finding]}
+        mended = {"file": "0.flt", "result": "done", "nodes": 4, "errors": 0, "source": source}
+        refused = {"file": "1.flt", "result": "failed", "cause": "error", "reason": "r"}
+        self.assertEqual(self.run_shard([mended, {**refused, "source": source}], 1, stage="edit"), 0)
+
+        def told(stage):
+            return [json.loads(line) for line in plan.lines_of(f"stages/{stage}/00000.jsonl")]
+
+        of_source = {"failed": False, **source}
+        self.assertEqual(
+            told("check"), [{"file": "0.flt", **of_source}, {"file": "1.flt", **of_source}]
+        )
+        self.assertEqual(
+            told("edit")[0], {"failed": False, "file": "0.flt", "nodes": 4, "errors": 0}
+        )
+        self.assertEqual([line["failed"] for line in told("edit")], [False, True])
+        # One that could not be read has failed in both.
+        self.assertEqual(self.run_shard([mended, refused], 1, stage="edit"), 0)
+        self.assertEqual([line["failed"] for line in told("check")], [False, True])
 
     def test_does_not_trust_what_was_written_meanwhile(self):
         self.write("db/0.flt")

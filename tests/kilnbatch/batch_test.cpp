@@ -183,6 +183,26 @@ TEST_F(BatchTest, ChecksWithoutResults) {
     EXPECT_EQ(contentsOf("out").size(), 1u);
 }
 
+TEST_F(BatchTest, ChecksSourcesBeforeTheScript) {
+    for (const char* name : {"a.flt", "b.flt"}) model(name);
+    // The reference to a file that is missing goes.
+    const std::string script =
+        file("mend.ks",
+             "if arguments[1] == \"b.flt\" then 1 / \"x\"\n"
+             "delete (for o in objects where o.kind == \"EXTERNAL_REF\" collect o)");
+    const auto lines = run({"--script", script, "--check", "general", "--check-source"});
+    const Json& mended = lines.at("a.flt");
+    EXPECT_EQ(mended["source"]["errors"], 1);
+    EXPECT_EQ(mended["source"]["findings"].size(), mended["findings"].size() + 1);
+    EXPECT_EQ(mended["errors"], 0);
+    EXPECT_GT(mended["source"]["nodes"], mended["nodes"]);
+    EXPECT_EQ(lines.at("b.flt")["result"], "failed");
+    EXPECT_EQ(lines.at("b.flt")["source"]["errors"], 1);
+    EXPECT_FALSE(lines.at("b.flt").contains("errors"));
+    // It is another result.
+    EXPECT_EQ(run({"--script", script, "--check", "general"}).at("a.flt")["result"], "done");
+}
+
 TEST_F(BatchTest, LosesOneFileToWhateverAScriptDoes) {
     for (const char* name : {"a.flt", "crash.flt", "error.flt", "grow.flt", "z.flt"}) model(name);
     file("in/damaged.flt", textOf("in/a.flt").substr(0, 5000));

@@ -1,6 +1,7 @@
 // Runs the rules over a scene or a file.
 #pragma once
 
+#include <checks/knownreferences.h>
 #include <checks/report.h>
 #include <checks/source.h>
 
@@ -13,8 +14,9 @@ namespace checks {
 /// checked must stay as it is until it is done, or the check given up by deleting it.
 class Check {
 public:
-    /// `source` and `target` must outlive the check.
-    Check(Source& source, const Target& target);
+    /// `source`, `target` and `known` must outlive the check. What the check reads of further files
+    /// stays in `known` for the next one, where there is such.
+    Check(Source& source, const Target& target, KnownReferences* known = nullptr);
     ~Check();
     Check(const Check&) = delete;
     Check& operator=(const Check&) = delete;

@@ -68,7 +68,9 @@ void run(const FPParams& params, FPValue& result) {
     LastRun found;
     found.target = findTarget(textOf(params[0]));
     SceneSource source(host());
-    Check check(source, found.target);
+    // A batch checks before and after its script.
+    static KnownReferences references;
+    Check check(source, found.target, &references);
     check.finish();
     found.report = check.report();
     last() = std::move(found);
