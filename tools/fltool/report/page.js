@@ -16,11 +16,14 @@ const has = name => Object.hasOwn(data.texts, name);
 /** A word with its value behind it, as the language has it. */
 const labelled = (name, value) => t('labelled', t(name), value);
 const locale = () => state.language === 0 ? 'zh-CN' : 'en';
-const number = value => typeof value === 'number' ? value.toLocaleString(locale(), {maximumFractionDigits: 3}) : '';
+// A format takes a browser as long as some hundred numbers.
+const formats = {};
+const formatted = (value, digits) => (formats[locale() + digits] ||= new Intl.NumberFormat(locale(), {maximumFractionDigits: digits})).format(value);
+const number = value => typeof value === 'number' ? formatted(value, 3) : '';
 function size(bytes) {
   let unit = 0;
   while (bytes >= 1024 && unit < 4) { bytes /= 1024; ++unit; }
-  return bytes.toLocaleString(locale(), {maximumFractionDigits: unit && bytes < 100 ? 1 : 0}) + ' ' + ['B', 'KB', 'MB', 'GB', 'TB'][unit];
+  return formatted(bytes, unit && bytes < 100 ? 1 : 0) + ' ' + ['B', 'KB', 'MB', 'GB', 'TB'][unit];
 }
 const kindName = kind => has(kind) ? t(kind) : kind.replace(/^FLT_/, '').toLowerCase().replace(/_/g, ' ');
 const revision = value => value ? (value / 100).toFixed(value % 10 ? 2 : 1) : '';
@@ -294,7 +297,7 @@ function graph() {
   for (const row of rows) for (const to of row.references || []) ++into[to];
   const linked = rows.map((row, i) => i).filter(i => into[i] || (rows[i].references || []).length);
   if (!linked.length) return el('p', {class: 'faint'}, t('graphNone'));
-  const degree = i => into[i] + (rows[i].references || []).length;
+  const degrees = rows.map((row, i) => into[i] + (row.references || []).length), degree = i => degrees[i];
   const shown = linked.slice().sort((a, b) => degree(b) - degree(a) || (rows[b].faces || 0) - (rows[a].faces || 0)).slice(0, kInGraph).sort((a, b) => a - b);
   const isShown = new Set(shown), edges = shown.flatMap(i => [...new Set(rows[i].references)].filter(to => isShown.has(to) && to !== i).map(to => [i, to]));
   // The longest way from what nothing refers to; what refers back to itself ends at its number of models.
@@ -435,10 +438,11 @@ function current() {
   return {model: rows.length === 1 ? 0 : -1};
 }
 const searchCount = el('span', {class: 'faint', role: 'status', id: 'matches'});
+const countMatches = () => { searchCount.textContent = finder && wordsOf(state.search).length ? t('matches', number(finder.count())) : ''; };
 function search(text) {
   state.search = text;
   for (const update of updaters) update();
-  searchCount.textContent = finder && wordsOf(text).length ? t('matches', number(finder.count())) : '';
+  countMatches();
 }
 function applyTheme() {
   const dark = state.theme === 'dark' || (state.theme === 'auto' && matchMedia('(prefers-color-scheme: dark)').matches);
@@ -463,7 +467,7 @@ function show() {
   document.documentElement.lang = state.language ? 'en' : 'zh-CN';
   document.title = (which < 0 ? visible(folder) : visible(rows[which].path.replace(/.*\//, ''))) + ' \u2013 ' + t('title');
   document.getElementById('main').replaceChildren(...(which < 0 ? overview() : model(which)).flat(4).filter(Boolean));
-  search(state.search);
+  countMatches();
   if (part) document.getElementById(part)?.scrollIntoView();
   else if (shownModel !== null && shownModel !== which) { scrollTo(0, 0); document.getElementById('main').focus({preventScroll: true}); }
   shownModel = which;
