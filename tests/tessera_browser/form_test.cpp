@@ -559,6 +559,35 @@ TEST_F(BrowserForm, OpensWhereItWasLeftInThatScaling) {
     expectWhole();
 }
 
+TEST_F(BrowserForm, CaptionsAndValuesShareAWideFormUnlessTheUserHasSharedItOut) {
+    open();
+    const auto captionPercent = [] {
+        RECT area{};
+        GetClientRect(grid(), &area);
+        return 100 * dividerAt() / static_cast<int>(area.right);
+    };
+    const auto widen = [](int by) {
+        SetWindowPos(form(), nullptr, 0, 0, sizeOf(form()).cx + by, sizeOf(form()).cy, SWP_NOMOVE);
+    };
+    const int first = captionPercent();
+    ASSERT_GT(first, 50);
+    widen(80);
+    EXPECT_NEAR(captionPercent(), first, 1) << "it is not wide yet";
+    widen(420);
+    EXPECT_NEAR(captionPercent(), 45, 1);
+    browser().destroy();
+    open();
+    EXPECT_NEAR(captionPercent(), 45, 1) << "nor is what was remembered the user's";
+    widen(-500);
+    EXPECT_NEAR(captionPercent(), first, 1);
+    const int divider = dividerAt();
+    testinput::drag(grid(), {divider, 5}, {divider - 100, 5});
+    const int chosen = captionPercent();
+    EXPECT_LT(chosen, first - 10);
+    widen(500);
+    EXPECT_NEAR(captionPercent(), chosen, 1);
+}
+
 // Whatever somebody or something has written there.
 TEST_F(BrowserForm, IgnoresAPlaceThatIsNone) {
     open();

@@ -19,7 +19,7 @@
 #include <utility>
 
 using fltkilnutil::Action, fltkilnutil::ActionScope;
-using framework::CWaitCursor, framework::CWnd, framework::loadString;
+using framework::CWaitCursor, framework::CWnd, framework::loadString, framework::widthOf;
 using grid::CGridCtrl;
 
 namespace tessera {
@@ -31,6 +31,11 @@ constexpr COLORREF kGridBackground = 0xe0ffff;  // light yellow: blue, green, re
 constexpr int kLongestComment = 8096;
 
 constexpr int kValueColumn = 1;
+
+// A grid of so many pixels at 100 % is wide. Captions and values then share it like that, in
+// thousandths: what the headings have as a share would leave long captions in empty space.
+constexpr int kWideGrid = 560;
+constexpr int kWideCaptionShare = 450;
 
 // An edit control shows only pairs of carriage return and line feed as line ends.
 std::string withLineEnds(const std::string& text) {
@@ -73,10 +78,17 @@ void PropertySide::initialise() {
     grid_->SetBackground(kGridBackground);
     grid_->Reset();
     grid_->SizeColumns();
+    firstShare_ = ownShare_ = captionShare();
 }
 
 void PropertySide::fit() {
     comment_.FitScrollBar();
+    const bool isWide = widthOf(grid_->ClientRect()) >= grid_->Scaled(kWideGrid);
+    const int wanted = isWide ? kWideCaptionShare : firstShare_;
+    if (captionShare() == ownShare_ && wanted != ownShare_) {
+        shareOut(wanted);
+        ownShare_ = wanted;
+    }
     grid_->ExpandColumnsToFit();
 }
 
@@ -85,6 +97,12 @@ int PropertySide::captionShare() const {
 }
 
 void PropertySide::setCaptionShare(int thousandths) {
+    if (thousandths == kWideCaptionShare || thousandths == firstShare_) ownShare_ = thousandths;
+    shareOut(thousandths);
+    fit();
+}
+
+void PropertySide::shareOut(int thousandths) {
     grid_->SetColumnWidth(0, thousandths);
     grid_->SetColumnWidth(1, 1000 - thousandths);
     grid_->ExpandColumnsToFit();

@@ -26,7 +26,8 @@ public:
 
     /// Connects the controls of the form. Throws `std::bad_alloc`.
     void initialise();
-    /// Fits scroll bar and columns to the controls' sizes.
+    /// Fits scroll bar and columns to the controls' sizes. The columns keep the shares that the
+    /// user gave them; those of their own become nearly equal while the grid is wide.
     void fit();
 
     /// The part of the grid's width that its captions take, in thousandths.
@@ -105,6 +106,7 @@ public:
     bool onGridNotify(NMHDR& header, LRESULT& result);
 
 private:
+    void shareOut(int thousandths);
     void showNode(NodeHandle node);
     void showSet(const FltAttrGroup& set);
     void showNone(const std::string& name);
@@ -127,6 +129,8 @@ private:
     framework::CButton global_;
     framework::CEdit name_;
     framework::CEdit comment_;
+    int firstShare_ = 0;  ///< of the captions, as they were at first
+    int ownShare_ = 0;    ///< the last that the form chose; another one is the user's
     HTREEITEM current_ = nullptr;
     NodeHandle shownNode_ = 0;  ///< whose cells may be selected in the grid
     bool keepFocus_ = false;    ///< showing a node must not move the keyboard to the tree
