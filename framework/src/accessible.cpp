@@ -19,7 +19,11 @@ void Accessible::Detach() noexcept {
     if (IAccessible* const standard = std::exchange(standard_, nullptr)) standard->Release();
 }
 
+// The object goes to its asker by COM, which neither a host nor its plug-ins need have begun on
+// this thread. It stays until the thread ends, as what was given away does.
 LRESULT Accessible::Answer(WPARAM wParam) noexcept {
+    thread_local const HRESULT begun = ::CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    if (FAILED(begun) && begun != RPC_E_CHANGED_MODE) return 0;
     return ::LresultFromObject(__uuidof(IAccessible), wParam, this);
 }
 
@@ -178,6 +182,27 @@ LRESULT CALLBACK tellTexts(HWND control, UINT message, WPARAM wParam, LPARAM lPa
 }
 
 }  // namespace
+
+ControlTexts textsOfLabel(std::string_view label) {
+    ControlTexts texts;
+    for (const std::string_view colon : {":", "\uFF1A"})
+        if (label.ends_with(colon)) label.remove_suffix(colon.size());
+    for (std::size_t i = 0; i < label.size(); ++i) {
+        if (label[i] != '&') {
+            texts.name += label[i];
+            continue;
+        }
+        if (++i == label.size()) break;
+        texts.shortcut = {'A', 'l', 't', '+', static_cast<char>(label[i] & ~0x20)};
+        const bool isAppended = texts.name.ends_with('(') && label.substr(i + 1) == ")";
+        if (isAppended) {
+            texts.name.pop_back();
+            break;
+        }
+        texts.name += label[i];
+    }
+    return texts;
+}
 
 void describeControl(HWND control, ControlTexts texts) {
     if (const HANDLE known = ::GetPropW(control, kProperty)) {

@@ -1,63 +1,13 @@
 // What stands beside the values of the grid (sections, colors, units, marks), and the form by
 // keyboard alone and as assistive programs see it.
+#include "../support/seen.h"
 #include "../support/spokenlanguage.h"
 #include "browserfixture.h"
 
 #include <fltkilnutil/fltattr.h>
 #include <quillon/fltopcode.h>
 
-#include <objbase.h>
-#include <oleacc.h>
-
 namespace {
-
-/// The accessible object of a control, as oleacc gives it.
-class Seen {
-public:
-    explicit Seen(HWND window) {
-        ::AccessibleObjectFromWindow(window, static_cast<DWORD>(OBJID_CLIENT),
-                                     __uuidof(IAccessible), reinterpret_cast<void**>(&object_));
-        EXPECT_TRUE(object_);
-    }
-    ~Seen() {
-        if (object_) object_->Release();
-    }
-    Seen(const Seen&) = delete;
-    Seen& operator=(const Seen&) = delete;
-
-    std::wstring name(long id = 0) const { return text(&IAccessible::get_accName, id); }
-    std::wstring description(long id) const { return text(&IAccessible::get_accDescription, id); }
-    std::wstring keys() const { return text(&IAccessible::get_accKeyboardShortcut, 0); }
-    long state(long id) const { return number(&IAccessible::get_accState, id); }
-    long children() const {
-        long count = 0;
-        object_->get_accChildCount(&count);
-        return count;
-    }
-    bool act(long id) const { return object_->accDoDefaultAction(child(id)) == S_OK; }
-
-private:
-    static VARIANT child(long id) {
-        VARIANT value{};
-        value.vt = VT_I4;
-        value.lVal = id;
-        return value;
-    }
-    std::wstring text(HRESULT (STDMETHODCALLTYPE IAccessible::*what)(VARIANT, BSTR*),
-                      long id) const {
-        BSTR given = nullptr;
-        (object_->*what)(child(id), &given);
-        const std::wstring answer = given ? given : L"";
-        ::SysFreeString(given);
-        return answer;
-    }
-    long number(HRESULT (STDMETHODCALLTYPE IAccessible::*what)(VARIANT, VARIANT*), long id) const {
-        VARIANT answer{};
-        return SUCCEEDED((object_->*what)(child(id), &answer)) ? answer.lVal : -1;
-    }
-
-    IAccessible* object_ = nullptr;
-};
 
 /// The number of an attribute's value among the grid's children.
 long valueId(int attribute) {
@@ -226,11 +176,7 @@ TEST_F(BrowserMeaning, ControlsHaveNamesInTheUsersLanguage) {
         const SpokenLanguage chinese(KILN_LANGUAGE_CHINESE);
         EXPECT_EQ(up.name(), L"在同级节点中上移") << "it follows";
     }
-    // None is left without a name but what only frames others.
-    for (HWND child = GetWindow(form(), GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT))
-        if (GetWindowLongW(child, GWL_STYLE) & WS_TABSTOP) {
-            EXPECT_NE(Seen(child).name(), L"") << GetDlgCtrlID(child);
-        }
+    EXPECT_TRUE(nameless(form()).empty());
 }
 
 TEST_F(BrowserMeaning, EverythingIsDoneByKeyboardAlone) {

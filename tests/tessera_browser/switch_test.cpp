@@ -1,6 +1,8 @@
 // The switch mask editor.
 #include "../support/beeps.h"
 #include "../support/scenechanges.h"
+#include "../support/seen.h"
+#include "../support/spokenlanguage.h"
 #include "browserfixture.h"
 
 #include <quillon/fltopcode.h>
@@ -105,6 +107,19 @@ TEST_F(BrowserSwitch, ShowsAndChangesTheCurrentMask) {
     spin(1);
     EXPECT_EQ(index(), L"0");
     EXPECT_EQ(Beeps::take(), kRefusal);
+}
+
+TEST_F(BrowserSwitch, TellsAssistiveProgramsWhatItsFieldsAre) {
+    show({5, 0});
+    push(IDC_TOOL);
+    ASSERT_TRUE(IsWindowVisible(editor()));
+    const Seen shown(GetDlgItem(editor(), IDC_MASK));
+    EXPECT_TRUE(shown.name().starts_with(L"遮罩：")) << "and not as the label of the index says";
+    const SpokenLanguage english(KILN_LANGUAGE_ENGLISH);
+    EXPECT_TRUE(shown.name().starts_with(L"Mask: ")) << "it follows";
+    EXPECT_EQ(Seen(GetDlgItem(editor(), IDC_MASK_SPIN)).name(), L"Next or previous mask");
+    EXPECT_TRUE(nameless(editor()).empty());
+    EXPECT_EQ(shown.role(), ROLE_SYSTEM_TEXT);
 }
 
 TEST_F(BrowserSwitch, AddsAndDeletesMasks) {

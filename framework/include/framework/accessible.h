@@ -89,6 +89,9 @@ struct ControlTexts {
     std::string shortcut;  ///< as in "Alt+R"; may be empty
 };
 
+/// Those of a control whose label reads like that: "Sc&ript:", or as behind Chinese words "(&R)".
+ControlTexts textsOfLabel(std::string_view label);
+
 /// Tells assistive programs the texts of a control; later texts replace earlier ones.
 void describeControl(HWND control, ControlTexts texts);
 

@@ -180,6 +180,9 @@
 #define IDS_MENU_UNFOLD 30774
 #define IDS_MENU_FOLD_ALL 30775
 #define IDS_MENU_UNFOLD_ALL 30776
+#define IDS_HELP_MASK 30777
+#define IDS_HELP_MASK_INDEX 30778
+#define IDS_HELP_MASK_SPIN 30779
 
 // The tree's icons, 16 x 15 pixels, white is transparent.
 #define IDB_GROUP 123

@@ -3,6 +3,8 @@
 #include "formbusy.h"
 #include "usermessages.h"
 
+#include <framework/accessible.h>
+#include <framework/strings.h>
 #include <resources/resource.h>
 
 #include <algorithm>
@@ -37,8 +39,17 @@ bool CSwitch::OnInitDialog() {
     mask_.SetLimit(kLongestMaskText);
     index_.Attach(Item(IDC_MASK_INDEX));
     CheckItem(IDC_SHOW_MASK, showInViewport_);
+    NameControls();
     Display();
     return true;
+}
+
+// The label stands before one field of three.
+void CSwitch::NameControls() const {
+    for (const auto& [id, text] : {std::pair{IDC_MASK, IDS_HELP_MASK},
+                                   {IDC_MASK_INDEX, IDS_HELP_MASK_INDEX},
+                                   {IDC_MASK_SPIN, IDS_HELP_MASK_SPIN}})
+        framework::describeControl(Item(id), {framework::loadString(text), {}});
 }
 
 void CSwitch::EnableControls(bool enabled) {

@@ -41,6 +41,9 @@ public:
     /// Takes what has been typed into the mask field, if anything has.
     void FinishTyping();
 
+    /// Its texts are those of the present language.
+    void NameControls() const;
+
     /// Enables or disables everything in it.
     void EnableControls(bool enabled);
 

@@ -69,7 +69,9 @@ void SwitchSide::finishTyping() {
 }
 
 void SwitchSide::followLanguage() {
-    if (editor_) editor_->FollowLanguage();
+    if (!editor_) return;
+    editor_->FollowLanguage();
+    editor_->NameControls();
 }
 
 void SwitchSide::hideEditor() {
