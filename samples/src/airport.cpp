@@ -53,10 +53,11 @@ const std::vector<Rgb> kColors = {
     {112, 86, 60},  {255, 250, 220}, {70, 255, 120},  {255, 70, 60},
 };
 
-// Layers of things that lie on the ground, far enough apart for every depth buffer.
+// Layers of things that lie on the ground, far enough apart for every depth buffer. Markings are
+// subfaces, which lie in the plane of their face.
 constexpr double kGround = 0;
 constexpr double kPavement = 0.15;
-constexpr double kMarking = 0.3;
+constexpr double kMarking = kPavement;
 constexpr double kLamp = 0.6;
 
 template <typename Record>
@@ -235,10 +236,7 @@ void addWindsock(Node& root) {
     Node& mast = group.add(named<FltObject>("mast"));
     addBlock(mast, ring(kX, kY, 0, 0.4, 6), 9, kPaint, kPaint);
 
-    auto record = named<FltDof>("sock");
-    record.origin = {kX, kY, 8.5};
-    record.pointOnXAxis = {kX + 1, kY, 8.5};
-    record.pointInXyPlane = {kX, kY + 1, 8.5};
+    FltDof record = dofAt("sock", {kX, kY, 8.5});
     record.yawMin = -180;
     record.yawMax = 180;
     record.yawCurrent = 20;

@@ -127,10 +127,7 @@ void addSwitch(Node& root) {
 }
 
 void addWindmill(Node& root) {
-    auto record = named<FltDof>("sails");
-    record.origin = {-60, 60, 12};
-    record.pointOnXAxis = {-59, 60, 12};
-    record.pointInXyPlane = {-60, 61, 12};
+    FltDof record = dofAt("sails", {-60, 60, 12});
     record.rollMin = -180;
     record.rollMax = 180;
     Node& sails = root.add(record, "风车 windmill").add(named<FltObject>("sail"));

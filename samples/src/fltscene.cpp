@@ -273,6 +273,16 @@ void writeSceneFile(const FltScene& scene, const std::filesystem::path& path) {
         throw std::runtime_error("cannot write " + base::textOf(path));
 }
 
+FltDof dofAt(std::string_view id, const Point& origin) {
+    FltDof dof;
+    fltSetText(dof.asciiId, id);
+    dof.origin = origin;
+    dof.pointOnXAxis = {origin.x + 1, origin.y, origin.z};
+    dof.pointInXyPlane = {origin.x, origin.y + 1, origin.z};
+    dof.xScaleCurrent = dof.yScaleCurrent = dof.zScaleCurrent = 1;
+    return dof;
+}
+
 bool writeScene(const FltScene& scene, const std::string& path) {
     FltStream stream;
     if (!stream.open(path, scene.header)) return false;

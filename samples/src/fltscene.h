@@ -1,6 +1,7 @@
 // A scene to be written as a .flt file: a tree of records with their geometry.
 #pragma once
 
+#include <quillon/fltdof.h>
 #include <quillon/fltface.h>
 #include <quillon/fltgeometry.h>
 #include <quillon/fltlightsourcepalette.h>
@@ -13,6 +14,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -114,6 +116,9 @@ struct FltScene {
         palettes.push_back(std::make_unique<Record>(std::move(record)));
     }
 };
+
+/// A degree of freedom about `origin` whose axes are those of the database, at its full size.
+FltDof dofAt(std::string_view id, const Point& origin);
 
 /// Writes `scene` to `path` (UTF-8), replacing a file of that name. Returns false when the file
 /// cannot be created or written whole.

@@ -106,10 +106,7 @@ void addBlock(Node& parent, const Polygon& base, double height, Color side, Text
 
 /// What turns about a vertical, or along `x`, from `least` to `most` degrees.
 FltDof hinge(std::string_view id, const Point& origin, double least, double most, double now) {
-    auto dof = named<FltDof>(id);
-    dof.origin = origin;
-    dof.pointOnXAxis = {origin.x + 1, origin.y, origin.z};
-    dof.pointInXyPlane = {origin.x, origin.y + 1, origin.z};
+    FltDof dof = dofAt(id, origin);
     dof.yawMin = least;
     dof.yawMax = most;
     dof.yawCurrent = now;
