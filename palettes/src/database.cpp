@@ -1,6 +1,7 @@
 #include <palettes/database.h>
 
-#include "classes.h"
+#include "materialtable.h"
+#include "recordpatch.h"
 
 #include <base/text.h>
 #include <diagnostics/assertion.h>
@@ -73,6 +74,8 @@ Database::Database(INode& node) : node_(node), kept_(fltkilnutil::sourceRecordsO
         if (kept.isOpaque) continue;
         if (const auto palette = paletteOf(kept.record.opcode())) {
             add(*palette, i, kept.record);
+        } else if (kept.record.opcode() == kFltMaterialTable) {
+            addTable(i, kept.record);
         } else if (kept.record.opcode() == kFltColorPalette && colorRecord_.empty()) {
             colorRecord_ = kept.record;
             if (kept_.revision >= kOldestColors)
@@ -93,10 +96,29 @@ Database::Database(INode& node) : node_(node), kept_(fltkilnutil::sourceRecordsO
     }
 }
 
-void Database::add(Palette palette, std::size_t place, const FltRecordView& record) {
+void Database::addTable(std::size_t place, const FltRecordView& record) {
+    FltMaterialTable table;
+    try {
+        table.readBytes(record.bytes(), kept_.revision);
+    } catch (const diagnostics::AviaryAssertion&) {
+        return;  // it states what cannot be right: there is no material then
+    }
+    for (std::size_t i = 0; i < table.materials.size(); ++i) {
+        const auto row = static_cast<std::int32_t>(i);
+        FltMaterial material;
+        material.index = row;
+        copyMaterial(table.materials[i], material);
+        tableRecords_.push_back(recordBytes(material, kFltRevision));
+        add(Palette::kMaterial, place, FltRecordView::at(tableRecords_.back(), 0), row);
+    }
+}
+
+void Database::add(Palette palette, std::size_t place, const FltRecordView& record,
+                   std::int32_t row) {
     Entry entry;
     entry.place = place;
     entry.record = record;
+    entry.row = row;
     withClass(palette, [&](auto its) {
         using Its = decltype(its);
         typename Its::Record read;

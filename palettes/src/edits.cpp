@@ -3,6 +3,7 @@
 #include <palettes/references.h>
 
 #include "entryrecords.h"
+#include "materialtable.h"
 #include "showing.h"
 #include "step.h"
 
@@ -40,11 +41,23 @@ void refuseColors(Palette palette) {
     if (palette == Palette::kColor) throw Refusal(CoreText::kColorsStay);
 }
 
+void refuseTable(const Database& database, Palette palette) {
+    if (palette == Palette::kMaterial && database.hasMaterialTable())
+        throw Refusal(CoreText::kTableStays);
+}
+
 // ---------------------------------------------------------------- records
 
 /// An entry of before an edit of the palettes is none any more.
 void checkEntry(const Database& database, const Entry& entry) {
     const std::vector<SourceRecord>& attached = database.kept().attached;
+    if (entry.row >= 0) {
+        const Entry* const now = database.find(Palette::kMaterial, entry.index);
+        if (now != nullptr && now->place == entry.place && now->row == entry.row &&
+            std::ranges::equal(now->record.bytes(), entry.record.bytes()))
+            return;
+        throw Refusal(CoreText::kNoEntry, {std::to_string(entry.index)});
+    }
     if (entry.place >= attached.size() ||
         attached[entry.place].record.bytes().data() != entry.record.bytes().data())
         throw Refusal(CoreText::kNoEntry, {std::to_string(entry.index)});
@@ -53,6 +66,16 @@ void checkEntry(const Database& database, const Entry& entry) {
 /// The record of `entry` as `edit` has it.
 const FltRecordView& recordIn(const SourceRecordsEdit& edit, const Entry& entry) {
     return edit.kept().attached.at(entry.place).record;
+}
+
+/// A table of materials in which one is another.
+Bytes withRow(const FltRecordView& table, std::size_t row, const FltMaterial& material,
+              std::uint32_t revision) {
+    FltMaterialTable before;
+    before.readBytes(table.bytes(), revision);
+    FltMaterialTable after = before;
+    copyMaterial(material, after.materials.at(row));
+    return patched(table, before, after, revision);
 }
 
 void store(SourceRecordsEdit& edit, const Database& database) {
@@ -115,6 +138,7 @@ void showColor(INode& database, std::int32_t entry, const FltPackedColor& before
 std::int32_t addEntry(INode& node, Palette palette, std::string_view name) {
     refuseColors(palette);
     const Database database(node);
+    refuseTable(database, palette);
     const std::int32_t index = database.freeIndex(palette);
     Step step(CoreText::kAddStep);
     SourceRecordsEdit edit(node);
@@ -135,6 +159,7 @@ std::int32_t addEntry(INode& node, Palette palette, std::string_view name) {
 std::int32_t copyEntry(INode& node, Palette palette, const Entry& entry) {
     const Database database(node);
     checkEntry(database, entry);
+    refuseTable(database, palette);
     if (!entry.isReadable) throw Refusal(CoreText::kRefusedRecord);
     const std::int32_t index = database.freeIndex(palette);
     Step step(CoreText::kAddStep);
@@ -172,7 +197,10 @@ void setField(INode& node, Palette palette, const Entry& entry, std::string_view
     Step step(CoreText::kEditStep);
     SourceRecordsEdit edit(node);
     const FltRecordView& view = recordIn(edit, entry);
-    const Bytes bytes = patched(view, *before, *after, database.revision());
+    const Bytes bytes = entry.row < 0
+                            ? patched(view, *before, *after, database.revision())
+                            : withRow(view, static_cast<std::size_t>(entry.row),
+                                      static_cast<const FltMaterial&>(*after), database.revision());
     if (std::ranges::equal(bytes, view.bytes())) return;
     edit.replace(view, bytes);
     store(edit, database);
@@ -190,6 +218,7 @@ void setField(INode& node, Palette palette, const Entry& entry, std::string_view
 void deleteEntry(INode& node, Palette palette, const Entry& entry) {
     const Database database(node);
     checkEntry(database, entry);
+    refuseTable(database, palette);
     Step step(CoreText::kDeleteStep);
     SourceRecordsEdit edit(node);
     const std::vector<SourceRecord>& attached = edit.kept().attached;
@@ -207,6 +236,7 @@ void deleteEntry(INode& node, Palette palette, const Entry& entry) {
 std::size_t compact(INode& node, Palette palette) {
     refuseColors(palette);
     const Database database(node);
+    refuseTable(database, palette);
     const Usage usage = usageOf(node);
     if (usage.unseen[palette]) throw Refusal(CoreText::kUsedUnseen);
     std::vector<const Entry*> ordered;
@@ -338,26 +368,30 @@ std::string textOfColor(Rgb color) {
            std::to_string(color.blue);
 }
 
+std::optional<Rgb> colorIn(std::string_view text) noexcept {
+    Rgb color;
+    const auto skipBlanks = [&] {
+        text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+    };
+    for (std::uint8_t* const part : {&color.red, &color.green, &color.blue}) {
+        skipBlanks();
+        const auto [behind, error] = std::from_chars(text.data(), text.data() + text.size(), *part);
+        if (error != std::errc()) return std::nullopt;
+        text.remove_prefix(static_cast<std::size_t>(behind - text.data()));
+        if (!text.empty() && text.front() != ' ') return std::nullopt;
+    }
+    skipBlanks();
+    if (!text.empty()) return std::nullopt;
+    return color;
+}
+
 void setColorField(INode& node, std::int32_t entry, std::string_view field,
                    std::string_view value) {
     if (field == kNameField) return setColorName(node, entry, value);
     if (field != kColorField) throw Refusal(CoreText::kNoField, {field});
-    const Refusal refusal(CoreText::kNoValue, {field, value});
-    Rgb color;
-    std::string_view left = value;
-    const auto skipBlanks = [&] {
-        left.remove_prefix(std::min(left.find_first_not_of(' '), left.size()));
-    };
-    for (std::uint8_t* const part : {&color.red, &color.green, &color.blue}) {
-        skipBlanks();
-        const auto [behind, error] = std::from_chars(left.data(), left.data() + left.size(), *part);
-        if (error != std::errc()) throw refusal;
-        left.remove_prefix(static_cast<std::size_t>(behind - left.data()));
-        if (!left.empty() && left.front() != ' ') throw refusal;
-    }
-    skipBlanks();
-    if (!left.empty()) throw refusal;
-    setColor(node, entry, color);
+    const std::optional<Rgb> color = colorIn(value);
+    if (!color) throw Refusal(CoreText::kNoValue, {field, value});
+    setColor(node, entry, *color);
 }
 
 std::int32_t findOrAddColor(INode& node, Rgb color) {
@@ -529,6 +563,7 @@ std::size_t importEntries(INode& node, Palette palette, const std::string& file)
     const FltFileBytes loaded = FltFileBytes::load(file);
     FltFileReader reader(loaded.bytes());
     const Database database(node);
+    refuseTable(database, palette);
     const auto keyOf = [&](const FltRecordView& view) {
         const Bytes bytes = withIndex(view, palette, database.revision(), 0);
         return std::string(bytes.begin(), bytes.end());

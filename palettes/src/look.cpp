@@ -161,15 +161,6 @@ bool isYes(const LookRow* row) {
            row->value == row->choices[1];
 }
 
-/// Three numbers from 0 to 255; none for anything else.
-std::optional<Rgb> rgbIn(std::string_view text) {
-    std::vector<std::uint8_t> parts;
-    for (const std::string& word : wordsOf(text))
-        if (const auto part = numberIn<std::uint8_t>(word)) parts.push_back(*part);
-    if (parts.size() != 3) return std::nullopt;
-    return Rgb{parts[0], parts[1], parts[2]};
-}
-
 // ---------------------------------------------------------------- values that are entered
 
 /// Whether a field of that row can hold what `text` says.
@@ -343,13 +334,13 @@ LookColor Look::color(const Database& database, bool isAlternate) const {
     if (isYes(packedCounts)) {
         const LookRow* const packed = row(isAlternate ? "FltAltColorRed" : "FltColorRed");
         if (packed == nullptr) return {};
-        return {rgbIn(packed->value), packed->isMixed};
+        return {colorIn(packed->value), packed->isMixed};
     }
     const char* const key = isAlternate ? kAltColorKey : kColorKey;
     const LookRow *const entry = row(key, LookPart::kEntry), *const intensity =
                                                                  row(key, LookPart::kIntensity);
-    if (none->isMixed || entry->isMixed || intensity->isMixed) return {{}, true};
     if (isYes(none)) return {};
+    if (none->isMixed || entry->isMixed || intensity->isMixed) return {{}, true};
     const auto shown = fltkilnutil::indexedColor(
         colorIndexIn(withPart(LookPart::kEntry, intensity->value, entry->value)),
         database.colors());

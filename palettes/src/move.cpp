@@ -152,7 +152,10 @@ private:
                 added.insert(added.end(), record.begin(), record.end());
             }
         }
-        if (!added.empty()) insertRecord(edit_, added);
+        if (added.empty()) return;
+        if (palette == Palette::kMaterial && into_.hasMaterialTable())
+            throw Refusal(CoreText::kTableStays);
+        insertRecord(edit_, added);
     }
 
     void findColors() {

@@ -213,6 +213,44 @@ TEST_F(Edits, FindOrAddColors) {
               "color palettes of this format are not edited");
 }
 
+// The materials of older files are a table: one of them changes in it, and it keeps its places.
+TEST_F(Edits, TablesOfMaterialsAreEditedInPlace) {
+    const auto row = [](std::string_view name, float green) {
+        Bytes body;
+        for (int i = 0; i < 12; ++i) body.f32(i == 4 ? green : 0.5F);
+        body.f32(20).f32(1).u32(3).field(name, 12);
+        for (int i = 0; i < 28; ++i) body.u32(7);  // reserved, and not 0
+        return body;
+    };
+    Bytes table = row("steel", 0.25F);
+    table.append(row("brick", 0.5F)).u16(9);
+    FltBytes file("old", 1420);
+    read(file.record(kFltMaterialTable, table).push().group("g").pop());
+    EXPECT_EQ(entry(Palette::kMaterial, 1).name, "brick");
+    EXPECT_EQ(entry(Palette::kMaterial, 1).index, 1);
+    const std::string before = core.sceneText();
+    set(Palette::kMaterial, 0, "diffuse", "0.5 1 0.5");
+    expectUndoTo(before);
+    set(Palette::kMaterial, 1, "name", "wall");
+    Bytes expected = row("steel", 1);
+    expected.append(row("wall", 0.5F)).u16(9);
+    EXPECT_EQ(exportedRecords(kFltMaterialTable), records(kFltMaterialTable, {expected}));
+    EXPECT_TRUE(exportedRecords(kFltMaterial).empty());
+    const std::string reason =
+        "the materials of this database are a table: they are edited, and none is added, deleted "
+        "or renumbered";
+    EXPECT_EQ(refusal([&] { palettes::addEntry(*database, Palette::kMaterial, "x"); }), reason);
+    const palettes::Database now(*database);
+    const palettes::Entry& steel = now.entries(Palette::kMaterial).front();
+    EXPECT_EQ(refusal([&] { palettes::deleteEntry(*database, Palette::kMaterial, steel); }),
+              reason);
+    EXPECT_EQ(refusal([&] { palettes::compact(*database, Palette::kMaterial); }), reason);
+    set(Palette::kMaterial, 0, "alpha", "0.5");
+    EXPECT_EQ(
+        refusal([&] { palettes::setField(*database, Palette::kMaterial, steel, "alpha", "1"); }),
+        "there is no entry 0");
+}
+
 // The picture of faces, and the look of lights, are those of their entries.
 TEST_F(Edits, TheSceneFollowsEntries) {
     FltBytes file;

@@ -16,6 +16,7 @@ TEST_F(Hostile, AnyBytesAreRefusedOrEditedAsOneStep) {
     FltBytes file;
     file.record(kFltColorPalette,
                 grays(Bytes().u32(1).u16(12).u16(0).u16(3).u16(0).text("sky").u8(0)));
+    file.record(kFltMaterialTable, Bytes().zeros(2 * 188 + 3));
     file.record(kFltTexture, textureEntry("a.rgb", 0)).record(kFltMaterial, materialEntry("m", 3));
     file.record(kFltLightPointAnimation,
                 Bytes().zeros(4).field("blink", 256).u32(0).zeros(48 + 1024).u32(1).zeros(12));

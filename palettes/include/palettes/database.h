@@ -21,6 +21,9 @@ namespace palettes {
 struct Entry {
     std::size_t place = 0;  ///< among the records that are kept for the database
     FltRecordView record;
+    /// Which one it is of a table of materials, as files before revision 1500 have it: `record` is
+    /// then made of it, and what is kept is the table. -1 for a record of its own.
+    std::int32_t row = -1;
     bool hasIndex = false;  ///< it does not end before its index
     std::int32_t index = 0;
     std::string name;        ///< UTF-8, as far as that can be told
@@ -44,6 +47,8 @@ class Database {
 public:
     /// Throws `Refusal` when what is kept on the node cannot be read, and `std::bad_alloc`.
     explicit Database(INode& node);
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
 
     INode& node() const noexcept { return node_; }
     std::uint32_t revision() const noexcept { return kept_.revision; }
@@ -63,10 +68,14 @@ public:
     const FltColorPalette& colors() const noexcept { return colors_; }
     /// The name of a color, UTF-8; empty for none.
     std::string colorName(std::int32_t entry) const;
+    /// The materials are those of a table, which has its places: none is added or taken away.
+    bool hasMaterialTable() const noexcept { return !tableRecords_.empty(); }
     bool hasReadableColorNames() const noexcept { return hasReadableNames_; }
 
 private:
-    void add(Palette palette, std::size_t place, const FltRecordView& record);
+    void add(Palette palette, std::size_t place, const FltRecordView& record,
+             std::int32_t row = -1);
+    void addTable(std::size_t place, const FltRecordView& record);
 
     INode& node_;
     fltkilnutil::SourceRecords kept_;
@@ -76,6 +85,8 @@ private:
     FltColorPalette colors_;
     FltColorNames colorNames_;
     bool hasReadableNames_ = true;
+    /// A record for each material of tables.
+    std::vector<std::vector<std::uint8_t>> tableRecords_;
 };
 
 /// The record of an entry as its class has it; null for bytes that the class refuses.

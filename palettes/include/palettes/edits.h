@@ -11,6 +11,7 @@
 #include <kiln/platform.h>
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -61,6 +62,8 @@ void setColorName(INode& database, std::int32_t entry, std::string_view name);
 /// The fields of a color, as scripts and the window name them: "color" is "red green blue".
 inline constexpr char kColorField[] = "color", kNameField[] = "name";
 std::string textOfColor(Rgb color);
+/// The color that such a text says; none for any other text.
+std::optional<Rgb> colorIn(std::string_view text) noexcept;
 /// Sets one of them.
 void setColorField(INode& database, std::int32_t entry, std::string_view field,
                    std::string_view value);
