@@ -94,8 +94,7 @@ std::optional<RECT> CGridCtrl::EditorArea(CellId cell) const {
 bool CGridCtrl::OpenEdit(CellId cell, bool typing, wchar_t firstKey) {
     const std::optional<RECT> area = EditorArea(cell);
     if (!area) return false;
-    // The last row takes texts of several lines, except in the first column.
-    const bool multiLine = cell.row == rowCount_ - 1 && cell.column > 0;
+    const bool multiLine = lastRowLines_ && cell.row == rowCount_ - 1 && cell.column > 0;
     auto editor = std::make_unique<CInPlaceEdit>(*this, multiLine, typing);
     CInPlaceEdit& opened = *editor;
     editor_ = std::move(editor);

@@ -140,15 +140,25 @@ void CGridCtrl::PaintCell(HDC dc, CellId id, const RECT& area) const {
     fill(dc, area, back);
     drawEdges(dc, area, fixed ? ::GetSysColor(COLOR_BTNSHADOW) : kLine);
 
-    const int right = fixed ? static_cast<int>(area.right) : PaintLook(dc, id, area, textColor);
+    const Look look = fixed ? Look() : LookOf(id);
+    const int right = PaintLook(dc, look, area, textColor);
+    RECT place{area.left + TextMargin(), area.top, right - TextMargin() - 1, area.bottom - 1};
+    const LONG style = ::GetWindowLongW(Handle(), GWL_EXSTYLE);
+    const UINT reading = style & WS_EX_RTLREADING ? UINT{DT_RTLREADING} : 0u;
+    ::SetBkMode(dc, TRANSPARENT);
     if (const std::wstring text = drawnText(cell); !text.empty()) {
-        RECT place{area.left + TextMargin(), area.top, right - TextMargin() - 1, area.bottom - 1};
-        const LONG style = ::GetWindowLongW(Handle(), GWL_EXSTYLE);
-        const UINT reading = style & WS_EX_RTLREADING ? UINT{DT_RTLREADING} : 0u;
-        ::SetBkMode(dc, TRANSPARENT);
         ::SetTextColor(dc, textColor);
         ::DrawTextW(dc, text.c_str(), static_cast<int>(text.size()), &place,
                     (cell.format & ~UINT{DT_MODIFYSTRING}) | DT_NOPREFIX | reading);
+        SIZE extent{};
+        ::GetTextExtentPoint32W(dc, text.c_str(), static_cast<int>(text.size()), &extent);
+        place.left += extent.cx + 3 * TextMargin();
+    }
+    if (!look.note.empty() && place.left < place.right) {
+        const std::wstring note = base::toWide(base::clipUtf8(look.note, kMostDrawn));
+        ::SetTextColor(dc, active ? textColor : ::GetSysColor(COLOR_GRAYTEXT));
+        ::DrawTextW(dc, note.c_str(), static_cast<int>(note.size()), &place,
+                    DT_SINGLELINE | DT_VCENTER | DT_END_ELLIPSIS | DT_NOPREFIX | reading);
     }
     if (id == focus_ && focused_) {
         const RECT inner{area.left, area.top, area.right - 1, area.bottom - 1};
@@ -160,8 +170,7 @@ void CGridCtrl::PaintCell(HDC dc, CellId id, const RECT& area) const {
 
 // At the right end of the cell, so that the text does not move when its editor opens. Returns where
 // the room for the text ends.
-int CGridCtrl::PaintLook(HDC dc, CellId id, const RECT& area, COLORREF textColor) const {
-    const Look look = LookOf(id);
+int CGridCtrl::PaintLook(HDC dc, const Look& look, const RECT& area, COLORREF textColor) const {
     const int margin = TextMargin();
     const int side = heightOf(area) - margin - 1;
     int right = static_cast<int>(area.right) - 1;

@@ -16,8 +16,8 @@ plugin::UtilityClass theClass{[]() -> UtilityObj& { return PalettePanel::instanc
                               [] { return palettes::textOf(TextId::kUtility); }, "FltPalettesUtil"};
 
 class PaletteApp final : public plugin::PluginApp {
-    void followLanguage() override { PalettePanel::instance().window().followLanguage(); }
-    void destroyWindow() override { PalettePanel::instance().window().DestroyWindow(); }
+    void followLanguage() override { PalettePanel::instance().followLanguage(); }
+    void destroyWindow() override { PalettePanel::instance().destroyWindows(); }
 };
 
 PaletteApp theApp;

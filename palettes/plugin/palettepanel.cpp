@@ -22,8 +22,19 @@ std::string PalettePanel::title() const {
     return textOf(TextId::kUtility);
 }
 
+void PalettePanel::followLanguage() {
+    palettes_.followLanguage();
+    look_.followLanguage();
+}
+
+void PalettePanel::destroyWindows() {
+    palettes_.DestroyWindow();
+    look_.DestroyWindow();
+}
+
 void PalettePanel::onCommand(int id, UINT) {
-    if (id == IDC_OPEN_PALETTES) window_.open(host());
+    if (id == IDC_OPEN_PALETTES) palettes_.open(host());
+    if (id == IDC_OPEN_LOOK) look_.open(host());
     if (id == IDOK) close();
 }
 

@@ -1,18 +1,20 @@
 // The utility: its page in the host's panel.
 #pragma once
 
+#include "lookwindow.h"
 #include "palettewindow.h"
 
 #include <plugin/utilitypage.h>
 
 namespace palettes {
 
-/// The window that its button opens stays when the page goes.
+/// The windows that its buttons open stay when the page goes.
 class PalettePanel final : public plugin::UtilityPage {
 public:
     static PalettePanel& instance();
 
-    PaletteWindow& window() noexcept { return window_; }
+    void followLanguage();
+    void destroyWindows();
 
 private:
     PalettePanel();
@@ -20,7 +22,8 @@ private:
     std::string title() const override;
     void onCommand(int id, UINT code) override;
 
-    PaletteWindow window_;
+    PaletteWindow palettes_;
+    LookWindow look_;
 };
 
 }  // namespace palettes

@@ -10,17 +10,13 @@
 #include <framework/gdi.h>
 #include <kiln/kiln.h>
 #include <kiln/searchfolders.h>
-#include <quillon/fltfilereader.h>
 #include <quillon/fltlightpointpalettes.h>
 #include <quillon/fltlightsourcepalette.h>
 #include <quillon/fltmaterial.h>
 
-#include <commdlg.h>
-
 #include <algorithm>
 #include <cmath>
 #include <numeric>
-#include <system_error>
 #include <utility>
 
 using framework::CWaitCursor, framework::heightOf, framework::widthOf;
@@ -29,8 +25,6 @@ namespace palettes {
 
 namespace {
 
-constexpr UINT_PTR kQuietTimer = 1;
-constexpr UINT kQuietMilliseconds = 200;
 constexpr UINT kThumbnailMade = WM_APP + 21;
 constexpr int kColorColumns = 32, kIntensities = 1 << FltColorPalette::kIntensityBits;
 
@@ -114,22 +108,15 @@ std::vector<std::uint32_t> sphereOf(const FltMaterial& material) {
 
 }  // namespace
 
-PaletteWindow::PaletteWindow() : controls_(kAnchors) {}
+PaletteWindow::PaletteWindow() : SceneWindow(kAnchors, IDC_STATUS) {}
 PaletteWindow::~PaletteWindow() = default;
 
 void PaletteWindow::open(Interface& host) {
-    host_ = &host;
-    if (!watch_)
-        watch_ = std::make_unique<SceneWatch>(
-            [](void* window) { static_cast<PaletteWindow*>(window)->sceneChanged(); }, this);
     Swatches::RegisterWindowClass(kSwatchesClass);
     grid::CGridCtrl::RegisterGridClass();
-    if (!HasWindow() && !Create(IDD_PALETTES, host.GetKilnHWND())) return;
+    if (!create(IDD_PALETTES, host)) return;
     if (INode* const node = databaseOf(host.GetSelNode(0))) chosen_ = node->GetHandle();
-    refresh();
-    Show(SW_SHOWNORMAL);
-    ::SetForegroundWindow(Handle());
-    ::SetFocus(showsColors() ? swatches_.Handle() : list());
+    present(showsColors() ? swatches_.Handle() : list());
 }
 
 bool PaletteWindow::OnInitDialog() {
@@ -169,15 +156,11 @@ bool PaletteWindow::OnInitDialog() {
         return fltkilnutil::shadeOf(color, static_cast<std::uint32_t>(i));
     };
     intensity_.onChosen = [this] { showStatus(); };
-    fields_.SetColumnCount(2);
-    fields_.SetRowCount(1);
-    fields_.SetFixedRowCount(1);
-    fields_.SetFixedColumnCount(1);
-    fields_.SetEditable(true);
+    fields_.begin();
+    fields_.choicesOf = [this](int row) {
+        return pictureFields_[static_cast<std::size_t>(row) - shownFields_.size()].choices;
+    };
     thumbnails_ = std::make_unique<Thumbnails>(Handle(), kThumbnailMade);
-    const RECT window = WindowRect(), client = ClientRect();
-    smallest_ = {widthOf(window), heightOf(window)};
-    controls_.note(Handle(), {client.right, client.bottom});
     for (std::size_t i = 0; i < kPaletteCount; ++i) {
         TCITEMW tab{};
         tab.mask = TCIF_TEXT;
@@ -185,12 +168,12 @@ bool PaletteWindow::OnInitDialog() {
         tab.pszText = empty;
         ::SendMessageW(Item(IDC_TABS), TCM_INSERTITEMW, i, reinterpret_cast<LPARAM>(&tab));
     }
-    nameColumns();
+    SceneWindow::OnInitDialog();
     showPalette(palette_);
     return true;
 }
 
-void PaletteWindow::nameColumns() {
+void PaletteWindow::nameTexts() {
     for (std::size_t i = 0; i < std::size(kColumns); ++i) {
         std::wstring text = base::toWide(textOf(kColumns[i]));
         LVCOLUMNW column{};
@@ -205,47 +188,34 @@ void PaletteWindow::nameColumns() {
         tab.pszText = text.data();
         ::SendMessageW(Item(IDC_TABS), TCM_SETITEMW, i, reinterpret_cast<LPARAM>(&tab));
     }
-    fields_.SetCellText(0, 0, textOf(TextId::kColumnField));
-    fields_.SetCellText(0, 1, textOf(TextId::kColumnValue));
+    fields_.nameColumns(TextId::kColumnField);
 }
 
-void PaletteWindow::followLanguage() {
-    if (!HasWindow()) return;
-    const SIZE base = FollowLanguage();
-    if (base.cx != 0) controls_.note(Handle(), base);
-    nameColumns();
-    layout();
-    refresh();
-}
-
-// The window goes with the host's; another one begins anew.
 void PaletteWindow::OnDestroy() {
     palette_ = Palette::kColor;
     sortColumn_ = -1;
     isDescending_ = false;
     chosen_ = 0;
     thumbnails_.reset();
-    watch_.reset();
     data_.reset();
     rows_.clear();
-    controls_.forget();
-    Default();
+    SceneWindow::OnDestroy();
 }
 
 // ---------------------------------------------------------------- what is shown
 
 // What was read refers to the node's bytes, which may have gone with a change of the scene.
 const Database* PaletteWindow::data() const {
-    return watch_ && !watch_->HasChanged() ? data_.get() : nullptr;
+    return isRead() ? data_.get() : nullptr;
 }
 
 INode* PaletteWindow::database() const {
-    return host_->GetINodeByHandle(chosen_);
+    return host().GetINodeByHandle(chosen_);
 }
 
 void PaletteWindow::listDatabases() {
     const HWND choice = Item(IDC_DATABASE);
-    const std::vector<INode*> found = databasesIn(*host_->GetRootNode());
+    const std::vector<INode*> found = databasesIn(*host().GetRootNode());
     ::SendMessageW(choice, CB_RESETCONTENT, 0, 0);
     databases_.clear();
     std::size_t selected = 0;
@@ -273,10 +243,8 @@ void PaletteWindow::read() {
     }
 }
 
-void PaletteWindow::refresh() {
-    const CWaitCursor wait;
-    watch_->Take();
-    thumbnails_->setFolders(SearchFolders(*host_));
+void PaletteWindow::readScene() {
+    thumbnails_->setFolders(SearchFolders(host()));
     listDatabases();
     read();
     showPalette(palette_);
@@ -382,23 +350,13 @@ std::int32_t PaletteWindow::focusedIndex() const {
     return entry != nullptr && entry->counts() ? entry->index : -1;
 }
 
-// The change may be half made: the scene is read later.
-void PaletteWindow::sceneChanged() {
-    if (HasWindow()) ::SetTimer(Handle(), kQuietTimer, kQuietMilliseconds, nullptr);
-}
-
-void PaletteWindow::OnTimer(UINT_PTR timer) {
-    if (timer != kQuietTimer) return;
-    if (fields_.Editor() != nullptr) return;  // what is being typed is not lost
-    ::KillTimer(Handle(), kQuietTimer);
-    if (watch_ && watch_->HasChanged()) refresh();
-}
-
 LRESULT PaletteWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message != kThumbnailMade) return CDialog::WindowProc(message, wParam, lParam);
-    if (palette_ == Palette::kTexture) {
-        ::InvalidateRect(list(), nullptr, FALSE);
-    }
+    if (message != kThumbnailMade) return SceneWindow::WindowProc(message, wParam, lParam);
+    if (palette_ != Palette::kTexture) return 0;
+    ::InvalidateRect(list(), nullptr, FALSE);
+    const Entry* const entry = focused();
+    if (entry != nullptr && !isEditing() && thumbnails_->of(entry->name).path != picture_)
+        showFields();
     return 0;
 }
 
@@ -413,20 +371,29 @@ void PaletteWindow::showFields() {
         if (const auto record = readEntry(*entry, data()->revision()))
             shownFields_ = fieldsOf(*record);
     }
-    const grid::CGridCtrl::UpdateScope update(fields_);
-    fields_.EndEdit(false);
-    const int top = fields_.TopLine();
-    fields_.SetRowCount(static_cast<int>(shownFields_.size()) + 1);
-    for (std::size_t i = 0; i < shownFields_.size(); ++i) {
-        const int row = static_cast<int>(i) + 1;
-        const Field& field = shownFields_[i];
-        fields_.SetCellText(row, 0, field.name);
-        fields_.SetCellText(row, 1, field.value);
+    std::vector<FieldRow> rows;
+    for (const Field& field : shownFields_) {
         const bool isFixed = field.name == "index" || field.name == "paletteIndex";
-        fields_.SetCellEditor(row, 1, isFixed ? grid::EditorKind::kNone : grid::EditorKind::kEdit);
+        rows.push_back({field.name,
+                        field.value,
+                        {},
+                        {},
+                        false,
+                        isFixed ? grid::EditorKind::kNone : grid::EditorKind::kEdit});
     }
-    fields_.SetTopLine(top);
-    fields_.ExpandColumnsToFit();
+    pictureFields_.clear();
+    picture_.clear();
+    const Entry* const entry = palette_ == Palette::kTexture ? focused() : nullptr;
+    if (entry != nullptr) {
+        const Thumbnail found = thumbnails_->of(entry->name);
+        picture_ = found.path;
+        sides_ = {found.width, found.height};
+    }
+    if (!picture_.empty()) pictureFields_ = pictureFields(picture_);
+    for (const PictureField& field : pictureFields_)
+        rows.push_back(
+            {".attr " + field.name, field.value, {}, {}, false, grid::EditorKind::kList});
+    fields_.show(std::move(rows));
 }
 
 bool PaletteWindow::setValue(const std::string& field, const std::string& value) {
@@ -438,6 +405,13 @@ bool PaletteWindow::setValue(const std::string& field, const std::string& value)
         }
         setColorField(node, swatches_.chosen(), field, value);
     });
+}
+
+bool PaletteWindow::setOfPicture(const std::string& field, const std::string& value) {
+    const std::string picture = picture_;
+    const bool isSet = attempt([&](INode&) { setPictureField(picture, sides_, field, value); });
+    if (isSet) say(textOf(TextId::kAttributesWritten, {picture}));
+    return isSet;
 }
 
 // ---------------------------------------------------------------- the list
@@ -550,10 +524,6 @@ void PaletteWindow::fitColumns() {
 
 // ---------------------------------------------------------------- the status
 
-void PaletteWindow::say(const std::string& text) {
-    if (ItemText(IDC_STATUS) != text) SetItemText(IDC_STATUS, text);
-}
-
 void PaletteWindow::showStatus() {
     enableActions();
     if (!data()) {
@@ -561,6 +531,8 @@ void PaletteWindow::showStatus() {
         return;
     }
     std::string text;
+    if (showsColors() && !data()->hasColors() && !data()->colorRecord().empty())
+        return say(textOf(TextId::kOtherColors));
     if (showsColors() && data()->hasColors()) {
         const int entry = swatches_.chosen(), intensity = intensity_.chosen();
         text = textOf(TextId::kColorShown, {std::to_string(entry), std::to_string(intensity),
@@ -596,24 +568,11 @@ void PaletteWindow::enableActions() {
 // ---------------------------------------------------------------- edits
 
 bool PaletteWindow::attempt(const std::function<void(INode&)>& edit) {
-    const CWaitCursor wait;
-    std::string reason;
-    try {
+    return SceneWindow::attempt([&] {
         INode* const node = database();
         if (node == nullptr) throw Refusal(CoreText::kNoDatabase);
         edit(*node);
-    } catch (const Refusal& refusal) {
-        reason = refusal.text();
-    } catch (const std::system_error& error) {
-        reason = error.what();
-    } catch (const FltFileError& error) {
-        reason = error.what();
-    }
-    refresh();
-    if (reason.empty()) return true;
-    ::MessageBeep(MB_OK);
-    say(textOf(TextId::kRefused, {reason}));
-    return false;
+    });
 }
 
 void PaletteWindow::add() {
@@ -655,20 +614,8 @@ void PaletteWindow::remove() {
 void PaletteWindow::choose() {
     if (showsColors()) {
         if (focusedIndex() < 0) return;
-        static COLORREF own[16];
-        const Rgb now = colorAt(*data(), swatches_.chosen());
-        CHOOSECOLORW asked{};
-        asked.lStructSize = sizeof asked;
-        asked.hwndOwner = Handle();
-        asked.rgbResult = RGB(now.red, now.green, now.blue);
-        asked.lpCustColors = own;
-        asked.Flags = CC_RGBINIT | CC_FULLOPEN;
-        if (!::ChooseColorW(&asked)) return;
-        attempt([&](INode& node) {
-            setColor(node, swatches_.chosen(),
-                     {GetRValue(asked.rgbResult), GetGValue(asked.rgbResult),
-                      GetBValue(asked.rgbResult)});
-        });
+        const auto color = askColor(colorAt(*data(), swatches_.chosen()));
+        if (color) attempt([&](INode& node) { setColor(node, swatches_.chosen(), *color); });
         return;
     }
     const Entry* const entry = focused();
@@ -679,7 +626,7 @@ void PaletteWindow::choose() {
         {{textOf(TextId::kPictures),
           "*.rgb;*.rgba;*.sgi;*.int;*.inta;*.bw;*.png;*.jpg;*.jpeg;*.tga;*.bmp;*.gif;*.dds"},
          {textOf(TextId::kAllFiles), "*.*"}},
-        host_->GetDir(KILN_IMPORT_DIR));
+        host().GetDir(KILN_IMPORT_DIR));
     if (!file) return;
     focus(place);
     setValue("fileName", *file);
@@ -695,7 +642,7 @@ void PaletteWindow::importFile() {
     const auto file = framework::askOpenFile(
         Handle(), textOf(TextId::kImportTitle),
         {{textOf(TextId::kOpenFlight), "*.flt"}, {textOf(TextId::kAllFiles), "*.*"}},
-        host_->GetDir(KILN_IMPORT_DIR));
+        host().GetDir(KILN_IMPORT_DIR));
     if (!file) return;
     std::size_t added = 0;
     if (attempt([&](INode& node) { added = importEntries(node, palette_, *file); }))
@@ -711,15 +658,15 @@ void PaletteWindow::selectUsers() {
         ::MessageBeep(MB_OK);
         return say(textOf(TextId::kNobody));
     }
-    host_->ClearNodeSelection();
-    for (INode* const node : users) host_->SelectNode(node, false);
-    host_->ZoomToSelection();
+    host().ClearNodeSelection();
+    for (INode* const node : users) host().SelectNode(node, false);
+    host().ZoomToSelection();
     say(textOf(TextId::kUsersSelected, {std::to_string(users.size())}));
 }
 
 void PaletteWindow::assignToSelection() {
     std::vector<INode*> nodes;
-    for (int i = 0; i < host_->GetSelNodeCount(); ++i) nodes.push_back(host_->GetSelNode(i));
+    for (int i = 0; i < host().GetSelNodeCount(); ++i) nodes.push_back(host().GetSelNode(i));
     if (nodes.empty()) {
         ::MessageBeep(MB_OK);
         return say(textOf(TextId::kNothingSelected));
@@ -735,8 +682,8 @@ void PaletteWindow::assignToSelection() {
 void PaletteWindow::pick() {
     const CWaitCursor wait;
     std::int32_t index = -1;
-    for (int i = 0; index < 0 && i < host_->GetSelNodeCount(); ++i) {
-        INode* const top = host_->GetSelNode(i);
+    for (int i = 0; index < 0 && i < host().GetSelNodeCount(); ++i) {
+        INode* const top = host().GetSelNode(i);
         if (databaseOf(top) != database()) continue;
         ForEachInSubtree(top, [&](INode& node) {
             index = indexUsedBy(node, palette_);
@@ -822,7 +769,7 @@ bool PaletteWindow::OnCommand(int id, UINT code, HWND control) {
             pick();
             return true;
         default:
-            return CDialog::OnCommand(id, code, control);
+            return SceneWindow::OnCommand(id, code, control);
     }
 }
 
@@ -833,10 +780,16 @@ bool PaletteWindow::OnNotify(int id, NMHDR& header, LRESULT& result) {
     }
     if (id == IDC_FIELDS && header.code == LVN_ENDLABELEDITW) {
         const auto row = static_cast<std::size_t>(grid::CGridCtrl::EditedCell(header).row) - 1;
-        if (row >= shownFields_.size()) return false;
-        const Field field = shownFields_[row];
         const std::string value = grid::CGridCtrl::EditedText(header);
-        result = value == field.value || setValue(field.name, value) ? 0 : -1;
+        bool isSet = false;
+        if (row < shownFields_.size()) {
+            const Field field = shownFields_[row];
+            isSet = value == field.value || setValue(field.name, value);
+        } else if (row - shownFields_.size() < pictureFields_.size()) {
+            const PictureField field = pictureFields_[row - shownFields_.size()];
+            isSet = value == field.value || setOfPicture(field.name, value);
+        }
+        result = isSet ? 0 : -1;
         return true;
     }
     if (id != IDC_ENTRIES) return false;
@@ -875,22 +828,9 @@ bool PaletteWindow::OnNotify(int id, NMHDR& header, LRESULT& result) {
     }
 }
 
-// ---------------------------------------------------------------- the window
-
-void PaletteWindow::OnSize(UINT type, int, int) {
-    Default();
-    if (type != SIZE_MINIMIZED) layout();
-}
-
-void PaletteWindow::OnMinMaxInfo(MINMAXINFO& info) {
-    if (smallest_.cx != 0) info.ptMinTrackSize = {smallest_.cx, smallest_.cy};
-}
-
-void PaletteWindow::layout() {
-    if (!controls_.place()) return;
+void PaletteWindow::arranged() {
     fitColumns();
     fields_.ExpandColumnsToFit();
-    Invalidate();
 }
 
 }  // namespace palettes

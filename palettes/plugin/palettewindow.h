@@ -1,15 +1,13 @@
 // The window of the palettes.
 #pragma once
 
+#include "fieldgrid.h"
 #include "resource.h"
+#include "scenewindow.h"
 #include "swatches.h"
 #include "thumbnails.h"
 
-#include <framework/anchoredcontrols.h>
-#include <framework/cdialog.h>
-#include <grid/cgridctrl.h>
-#include <kiln/scenewatch.h>
-#include <palettes/edits.h>
+#include <palettes/picturefields.h>
 #include <palettes/references.h>
 
 #include <functional>
@@ -19,31 +17,24 @@
 #include <vector>
 
 class INode;
-class Interface;
 
 namespace palettes {
 
 /// A modeless window beside the host's: the palettes of one database, a tab for each, and the
-/// fields of the entry that has the focus. It follows the scene, whoever changes it.
-class PaletteWindow : public framework::CDialog {
+/// fields of the entry that has the focus.
+class PaletteWindow : public SceneWindow {
 public:
     PaletteWindow();
     ~PaletteWindow() override;
 
     /// Shows the window in front, for the database of the selection.
     void open(Interface& host);
-    /// Speaks the host's language of now.
-    void followLanguage();
 
 protected:
     bool OnInitDialog() override;
     bool PreTranslateMessage(MSG& message) override;
-    void OnSize(UINT type, int width, int height) override;
-    void OnMinMaxInfo(MINMAXINFO& info) override;
-    void OnTimer(UINT_PTR timer) override;
     void OnDestroy() override;
     void OnOK() override;
-    void OnClose() override { Hide(); }
     bool OnCommand(int id, UINT code, HWND control) override;
     bool OnNotify(int id, NMHDR& header, LRESULT& result) override;
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
@@ -57,15 +48,16 @@ private:
     const Database* data() const;
     void listDatabases();
     void read();
-    void refresh();
+    void readScene() override;
+    void nameTexts() override;
+    void arranged() override;
+    bool isEditing() const override { return fields_.Editor() != nullptr; }
     void filter();
-    void sceneChanged();
     Palette palette() const noexcept { return palette_; }
     bool showsColors() const noexcept { return palette_ == Palette::kColor; }
     void showPalette(Palette palette);
     void showFields();
     void showStatus();
-    void say(const std::string& text);
     void enableActions();
 
     // The list.
@@ -77,7 +69,6 @@ private:
     void drawLook(HDC dc, const RECT& area, const Entry& entry);
     void sortBy(int column);
     void fitColumns();
-    void nameColumns();
     const Entry* focused() const;
     /// Of an entry, or the entry of the color that is chosen; -1 for none.
     std::int32_t focusedIndex() const;
@@ -85,9 +76,10 @@ private:
     void focusIndex(std::int32_t index);
 
     // Edits.
-    /// Carries an edit out, tells why it is not made, and shows what has become of it.
+    /// The same for one of the database.
     bool attempt(const std::function<void(INode&)>& edit);
     bool setValue(const std::string& field, const std::string& value);
+    bool setOfPicture(const std::string& field, const std::string& value);
     void add();
     void copy();
     void remove();
@@ -98,11 +90,6 @@ private:
     void assignToSelection();
     void pick();
 
-    // The window.
-    void layout();
-
-    Interface* host_ = nullptr;
-    std::unique_ptr<SceneWatch> watch_;
     std::vector<DWORD> databases_;  ///< handles, as the choice lists them
     DWORD chosen_ = 0;              ///< one of them
     std::unique_ptr<Database> data_;
@@ -113,11 +100,13 @@ private:
     bool isDescending_ = false;
     bool isRefreshing_ = false;
     Swatches swatches_, intensity_;
-    grid::CGridCtrl fields_;
+    FieldGrid fields_;
     std::vector<Field> shownFields_;
+    /// Of the picture of the texture that has the focus, behind its own; empty until it is found.
+    std::vector<PictureField> pictureFields_;
+    std::string picture_;  ///< where it was found
+    Sides sides_;
     std::unique_ptr<Thumbnails> thumbnails_;
-    SIZE smallest_{};
-    framework::AnchoredControls controls_;
 };
 
 }  // namespace palettes

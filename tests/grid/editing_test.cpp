@@ -231,6 +231,11 @@ TEST_F(GridEditing, SeveralLinesGetRoomWithinTheGrid) {
     testinput::type(L"one line");
     key(VK_RETURN);
     EXPECT_FALSE(editing()) << "the first column has no texts of several lines";
+    grid().SetLastRowLines(false);
+    grid().SetFocusCell({100, 1});
+    testinput::type(L"one line");
+    key(VK_RETURN);
+    EXPECT_FALSE(editing()) << "the owner wants none";
 }
 
 TEST_F(GridEditing, OwnerHasTheLastWordOnTheText) {

@@ -1,7 +1,10 @@
 // The window of the palettes in the built plug-in, by keys, clicks and what its controls show.
 #include "../../palettes/plugin/resource.h"
 #include "../support/pluginwindowtest.h"
+#include "../support/seen.h"
 
+#include <base/file.h>
+#include <base/paths.h>
 #include <palettes/edits.h>
 #include <quillon/fltcolorpalette.h>
 #include <quillon/fltmaterial.h>
@@ -12,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <fstream>
 
 using palettes::Palette;
 using testing::ElementsAre;
@@ -167,4 +171,38 @@ TEST_F(PaletteWindowTest, UsersAreSelectedAndGetEntries) {
     EXPECT_EQ(palettes::textOfColor(palettes::colorAt(palettes::Database(*scene_.database), 33)),
               "10 20 30");
     EXPECT_EQ(scene_.face->GetWireColor(), 0x1E140AU);
+}
+
+// The file beside the picture is written, and nothing of the scene.
+TEST_F(PaletteWindowTest, AttributesOfPicturesAreEdited) {
+    std::string picture("\1\xDA\0\1\0\3\0\2\0\1\0\1", 12);
+    picture.resize(512 + 2, '\x40');
+    const std::string attributes = std::string(64, '\0') + "rest";
+    const auto write = [&](const char* name, const std::string& bytes) {
+        std::ofstream(base::pathFrom(scene_.folder.file(name)), std::ios::binary) << bytes;
+    };
+    write("picture.rgb", picture);
+    write("picture.rgb.attr", attributes);
+    open();
+    show(Palette::kTexture);
+    const auto valueOf = [this](std::wstring_view field) {
+        const Seen seen(control(IDC_FIELDS));
+        for (long id = 3; id < seen.children(); id += 2)
+            if (seen.name(id) == field) return base::toUtf8(seen.value(id + 1));
+        return std::string("none");
+    };
+    ASSERT_TRUE(testinput::pumpUntil([&] { return valueOf(L".attr wrap") == "0: repeat"; }));
+    EXPECT_EQ(valueOf(L".attr minFilter"), "0: point");
+    SetFocus(control(IDC_FIELDS));
+    testinput::key(VK_END, {VK_CONTROL});
+    testinput::key(VK_RETURN);
+    testinput::type(L"dec");
+    testinput::key(VK_RETURN);
+    EXPECT_EQ(valueOf(L".attr environment"), "2: decal");
+    EXPECT_THAT(status(), testing::EndsWith("is written; this is not undone"));
+    std::string expected = attributes, written;
+    expected[63] = 2;
+    EXPECT_FALSE(base::readFile(scene_.folder.file("picture.rgb.attr"), written));
+    EXPECT_EQ(written, expected);
+    EXPECT_EQ(core_.history().doneCount(), 0U);
 }

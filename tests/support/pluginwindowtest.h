@@ -58,15 +58,18 @@ protected:
     }
 
     /// Presses the button of the page that opens the window.
-    void openBy(int button) {
+    void openBy(int button) { openBy(button, list_); }
+    /// The same of another window, which has that control.
+    void openBy(int button, int control) {
         ASSERT_TRUE(core_.openUtility(kiln::classesOf(UTILITY_CLASS_ID).front()).ok());
         SendMessageW(host_.page_, WM_COMMAND, static_cast<WPARAM>(button), 0);
-        ASSERT_NE(window(), nullptr);
-        ASSERT_TRUE(testinput::activate(window()));
+        ASSERT_NE(windowWith(control), nullptr);
+        ASSERT_TRUE(testinput::activate(windowWith(control)));
     }
 
-    HWND window() const {
-        Sought sought{list_, nullptr};
+    HWND window() const { return windowWith(list_); }
+    static HWND windowWith(int control) {
+        Sought sought{control, nullptr};
         EnumThreadWindows(
             GetCurrentThreadId(),
             [](HWND candidate, LPARAM param) {

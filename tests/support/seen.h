@@ -27,6 +27,7 @@ public:
     Seen& operator=(const Seen&) = delete;
 
     std::wstring name(long id = 0) const { return text(&IAccessible::get_accName, id); }
+    std::wstring value(long id) const { return text(&IAccessible::get_accValue, id); }
     std::wstring description(long id) const { return text(&IAccessible::get_accDescription, id); }
     std::wstring keys() const { return text(&IAccessible::get_accKeyboardShortcut, 0); }
     long role(long id = 0) const { return number(&IAccessible::get_accRole, id); }

@@ -170,6 +170,8 @@ public:
     void SetDragAndDrop(bool on) { dragAndDrop_ = on; }
     /// On at first.
     void SetColumnResizing(bool on) { columnResizing_ = on; }
+    /// The last row takes texts of several lines, except in the first column. On at first.
+    void SetLastRowLines(bool on) { lastRowLines_ = on; }
 
     // Editing.
 
@@ -212,6 +214,7 @@ protected:
     struct Look {
         std::optional<COLORREF> swatch;  ///< a patch of that color at the cell's right end
         bool differs = false;            ///< a mark that the text is not that of all it stands for
+        std::string note = {};           ///< pale, behind the text, as far as there is room
     };
     virtual Look LookOf(CellId /*cell*/) const { return {}; }
     /// What assistive programs are told: the grid's name, by default the window's text, and what a
@@ -305,7 +308,7 @@ private:
     void PaintPane(HDC dc, const RECT& dirty, int firstLine, int endLine, int firstColumn,
                    int endColumn, const RECT& pane) const;
     void PaintCell(HDC dc, CellId id, const RECT& area) const;
-    int PaintLook(HDC dc, CellId id, const RECT& area, COLORREF textColor) const;
+    int PaintLook(HDC dc, const Look& look, const RECT& area, COLORREF textColor) const;
     void PaintHeading(HDC dc, std::size_t section) const;
     void PaintDropTarget(HDC dc) const;
 
@@ -378,6 +381,7 @@ private:
     bool editable_ = false;
     bool dragAndDrop_ = false;
     bool columnResizing_ = true;
+    bool lastRowLines_ = true;
 
     Tracking tracking_ = Tracking::kNone;
     POINT pressPoint_{};
