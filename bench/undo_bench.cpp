@@ -19,6 +19,8 @@
 
 namespace {
 
+using bench::Fastest;
+
 constexpr int kNodes = 10'000;
 constexpr int kRuns = 15;
 constexpr double kMostOfNoHistory = 1.15;
@@ -28,18 +30,6 @@ constexpr double kMostOfChanged = 3;
 void require(bool holds) {
     if (!holds) std::abort();
 }
-
-/// The fastest runs of what takes turns, in milliseconds.
-struct Fastest {
-    double milliseconds = 1e9;
-
-    template <typename Work>
-    void run(Work&& work) {
-        const bench::Clock clock;
-        work();
-        milliseconds = std::min(milliseconds, 1000 * clock.measured().seconds);
-    }
-};
 
 struct Costs {
     Fastest with, without, undo, redo;
