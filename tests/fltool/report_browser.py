@@ -202,6 +202,8 @@ def main():
         run(fltool, "report", models, "-o", place / "few.html", "--kilnbatch", kilnbatch)
         run(make_samples, "--city", 30, place / "city")
         run(fltool, "report", place / "city", "-o", place / "city.html", "--lang", "zh")
+        run(make_samples, "--city", 300, place / "large")
+        run(fltool, "report", place / "large", "-o", place / "large.html")
         browser = Browser(chromium, place / "profile")
         all_of = lambda selector: f"document.querySelectorAll({json.dumps(selector)})"
         texts = lambda selector: browser.js(f"[...{all_of(selector)}].map(each => each.textContent)")
@@ -294,6 +296,11 @@ def main():
         shot("hostile")
 
         # Many models have their details beside the page.
+        # The part of a large graph that is shown hangs together.
+        browser.open(place / "large.html")
+        same("a part of the graph", count("#graph circle"), 80)
+        true("with what joins it", count("#graph path") >= 79)
+        shot("large-en-light", False)
         browser.open(place / "city.html")
         same("opens in Chinese", browser.js("document.documentElement.lang"), "zh-CN")
         true("a graph", count("#graph circle") >= 20 and count("#graph path") >= 20)

@@ -292,13 +292,48 @@ const models = rows.map((row, i) => ({...row, number: i}));
 const faults = row => (row.errors || 0) + (row.damage || 0) + (row.failure ? 1e9 : 0);
 
 const kInGraph = 80;
+/**
+ * The models that the graph shows, where they are too many: of each level below those that nothing
+ * refers to about as many, first what a model refers to that is shown, then what has most references.
+ */
+function pickLinked(linked, into, degree) {
+  if (linked.length <= kInGraph) return linked;
+  const below = rows.map(() => -1), levels = [];
+  const walk = starts => {
+    for (const start of starts) below[start] = 0;
+    for (let level = starts; level.length;) {
+      const next = [];
+      for (const i of level) for (const to of rows[i].references || []) if (below[to] < 0) { below[to] = below[i] + 1; next.push(to); }
+      level = next;
+    }
+  };
+  walk(linked.filter(i => !into[i]));
+  walk(linked.filter(i => below[i] < 0));  // rings
+  for (const i of linked) (levels[below[i]] ||= []).push(i);
+  // Small levels are shown whole, and leave their room to the others.
+  const room = [];
+  let left = kInGraph;
+  levels.map((level, at) => at).sort((a, b) => levels[a].length - levels[b].length).forEach((at, done) => {
+    room[at] = Math.min(levels[at].length, Math.ceil(left / (levels.length - done)));
+    left -= room[at];
+  });
+  const isReferred = rows.map(() => false), shown = [];
+  levels.forEach((level, at) => {
+    level.sort((a, b) => isReferred[b] - isReferred[a] || degree(b) - degree(a) || (rows[b].faces || 0) - (rows[a].faces || 0) || a - b);
+    for (const i of level.slice(0, room[at])) {
+      shown.push(i);
+      for (const to of rows[i].references || []) isReferred[to] = true;
+    }
+  });
+  return shown.sort((a, b) => a - b);
+}
 function graph() {
   const into = rows.map(() => 0);
   for (const row of rows) for (const to of row.references || []) ++into[to];
   const linked = rows.map((row, i) => i).filter(i => into[i] || (rows[i].references || []).length);
   if (!linked.length) return el('p', {class: 'faint'}, t('graphNone'));
   const degrees = rows.map((row, i) => into[i] + (row.references || []).length), degree = i => degrees[i];
-  const shown = linked.slice().sort((a, b) => degree(b) - degree(a) || (rows[b].faces || 0) - (rows[a].faces || 0)).slice(0, kInGraph).sort((a, b) => a - b);
+  const shown = pickLinked(linked, into, degree);
   const isShown = new Set(shown), edges = shown.flatMap(i => [...new Set(rows[i].references)].filter(to => isShown.has(to) && to !== i).map(to => [i, to]));
   // The longest way from what nothing refers to; what refers back to itself ends at its number of models.
   const level = new Map(shown.map(i => [i, 0]));
