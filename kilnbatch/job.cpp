@@ -1,6 +1,7 @@
 #include "job.h"
 
 #include <kiln/host/host.h>
+#include <kiln/host/largesteps.h>
 #include <kiln/host/searchfolders.h>
 #include <kiln/language.h>
 #include <render/pictureverb.h>
@@ -80,8 +81,23 @@ Findings checkScene(const Job& job) {
     return findings;
 }
 
+/// Says of steps that are too large to be undone, while it lives.
+class LargeStepNotes {
+public:
+    explicit LargeStepNotes(const Job& job) {
+        kiln::setLargeStepQuestion([&job](const std::string& step) {
+            if (!job.mustBeUndoable) job.output("too large to be undone: " + step);
+            return !job.mustBeUndoable;
+        });
+    }
+    ~LargeStepNotes() { kiln::setLargeStepQuestion({}); }
+    LargeStepNotes(const LargeStepNotes&) = delete;
+    LargeStepNotes& operator=(const LargeStepNotes&) = delete;
+};
+
 void runScript(const Job& job) {
     if (job.script.empty()) return;
+    const LargeStepNotes notes(job);
     script::Engine engine;
     prepare(engine, job);
     const script::Value value = engine.run(job.script, job.scriptName);

@@ -40,6 +40,7 @@ struct Job {
     std::string script;      ///< the text
     std::vector<std::string> arguments;
     std::uint64_t maxSteps = 0;
+    bool mustBeUndoable = false;  ///< the script ends with an error where a step would not be
     std::string checkTarget;
     bool checksSource = false;  ///< before the script too
     std::string reportPath;     ///< of the check

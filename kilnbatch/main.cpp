@@ -133,6 +133,9 @@ int runProgram(std::vector<std::string> words) {
         ->type_name("FOLDER");
     app.add_option("--max-steps", options.job.maxSteps, "stop a script that takes more steps")
         ->type_name("N");
+    app.add_flag("--undoable", options.job.mustBeUndoable,
+                 "end a script with an error where a step would be too large to be undone; it is "
+                 "only said otherwise");
     app.add_flag("--verbs", options.listVerbs, "list the verbs that scripts can call");
     app.add_option("script", options.words,
                    "a script (.ks), \"-\" for standard input; what follows is its \"arguments\"")

@@ -7,12 +7,16 @@
 
 namespace kiln {
 
-void ChangeLog::addPage(std::size_t size) {
+std::size_t ChangeLog::pageSizeFor(std::size_t size) const noexcept {
     // Most steps consist of a change or two.
     constexpr std::size_t kFirst = 256;
     constexpr std::size_t kLargest = std::size_t{1} << 16;
     const std::size_t usual = page_ ? std::min(2 * page_->size, kLargest) : kFirst;
-    const std::size_t whole = std::max(usual, sizeof(Page) + size);
+    return std::max(usual, sizeof(Page) + size);
+}
+
+void ChangeLog::addPage(std::size_t size) {
+    const std::size_t whole = pageSizeFor(size);
     void* const memory = allocateCounted(whole);
     if (!memory) throw std::bad_alloc();
     page_ = new (memory) Page{page_, whole, sizeof(Page)};

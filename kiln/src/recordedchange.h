@@ -86,6 +86,15 @@ public:
     RecordedChange* last() const noexcept { return last_; }
     /// What the changes take, with what they keep elsewhere.
     std::size_t bytes() const noexcept { return pageBytes_ + held_; }
+    /// Whether these would be more than `most` with one more change of `size` bytes that keeps
+    /// `held` bytes elsewhere.
+    bool wouldExceed(std::size_t most, std::size_t size, std::size_t held) const noexcept {
+        const std::size_t needed = roomFor(size);
+        const bool fits = hasRoom(needed);
+        // The usual answer is cheap: they stay as they are.
+        if (fits && held == 0) return false;
+        return bytes() + held + (fits ? 0 : pageSizeFor(needed)) > most;
+    }
     Mark mark() const noexcept { return {last_, held_, pageCount_, page_ ? page_->used : 0}; }
 
     /// Adds a change that keeps `held` bytes elsewhere and has `tail` bytes behind it. Throws
@@ -141,10 +150,14 @@ private:
     static std::size_t roomFor(std::size_t size) noexcept {
         return (size + kAlignment - 1) & ~(kAlignment - 1);
     }
+    bool hasRoom(std::size_t size) const noexcept {
+        return page_ && page_->size - page_->used >= size;
+    }
     void* room(std::size_t size) {
-        if (!page_ || page_->size - page_->used < size) addPage(size);
+        if (!hasRoom(size)) addPage(size);
         return reinterpret_cast<std::byte*>(page_) + page_->used;
     }
+    std::size_t pageSizeFor(std::size_t size) const noexcept;
     void addPage(std::size_t size);
     void dropPage() noexcept;
     bool copyFrom(const ChangeLog& other, std::unordered_set<const void*>& kept);

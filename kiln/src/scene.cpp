@@ -200,6 +200,9 @@ void Scene::deleteNode(INode* which) {
     if (!which || which == root_ || deleting_ || !contains(which)) return;
     auto* const node = static_cast<Node*>(which);
     std::vector<Node*> doomed = subtreeOf(node);
+    const bool isRecorded = SceneHistory::recording() == &history_;
+    const std::size_t bytes = isRecorded ? bytesOfAll(doomed) : 0;
+    if (isRecorded) history_.expect(bytes);
     const auto setState = [&](Node::State state) {
         for (Node* const one : doomed) one->setState(state);
     };
@@ -210,8 +213,8 @@ void Scene::deleteNode(INode* which) {
     setState(Node::State::kInScene);
 
     const std::size_t selected = selection_.size();
-    if (SceneHistory::recording() == &history_)
-        history_.add<Deletion>(bytesOfAll(doomed), 0, *this, std::move(doomed)).turn();
+    if (isRecorded)
+        history_.add<Deletion>(bytes, 0, *this, std::move(doomed)).turn();
     else
         Deletion(*this, std::move(doomed)).turn();
     noteSceneChanged();

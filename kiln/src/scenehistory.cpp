@@ -22,6 +22,7 @@ std::size_t bytesOf(const SelectionList& list) noexcept {
 SceneHistory* SceneHistory::current_ = nullptr;
 std::size_t SceneHistory::limit_ = std::size_t{256} << 20;
 std::uint64_t SceneHistory::lastNumber_ = 0;
+LargeStepQuestion SceneHistory::question_;
 
 std::size_t HistoryStep::bytes() const noexcept {
     return sizeof *this + name.capacity() + log.bytes() + bytesOf(before) +
@@ -59,6 +60,38 @@ void SceneHistory::beginStep(const char* name, DWORD join) {
     creations_ = nullptr;
     savedWithin_ = false;
     announced = nullptr;
+    answer_ = Answer::kNotAsked;
+    measureRoom();
+}
+
+void SceneHistory::measureRoom() noexcept {
+    const std::size_t other = step() ? step()->bytes() - step()->log.bytes() : 0;
+    // Without a history nothing is lost.
+    roomForStep_ = limit_ == 0 ? ~std::size_t{0} : limit_ - std::min(limit_, other);
+}
+
+void SceneHistory::setLargeStepQuestion(LargeStepQuestion question) {
+    question_ = std::move(question);
+}
+
+void SceneHistory::askAboutSize() {
+    if (answer_ == Answer::kNotAsked) {
+        // Whoever deletes a node cannot be kept from it any more.
+        if (scene_.isBusy()) return;
+        const std::string name = step()->name;
+        // A scope, so that the step does not end when somebody looks at the history meanwhile.
+        const std::size_t depth = scopes_.size();
+        beginScope(nullptr, 0);
+        Answer answer = Answer::kRefused;
+        try {
+            if (!question_ || question_(name)) answer = Answer::kGoOn;
+        } catch (...) {
+            // Nobody has agreed.
+        }
+        if (step()) answer_ = answer;
+        commit(depth);
+    }
+    if (!step() || answer_ == Answer::kRefused) throw StepRefused();
 }
 
 void SceneHistory::beginScope(const char* name, DWORD join) {
@@ -121,6 +154,14 @@ void SceneHistory::endStep() noexcept {
     oldBefore_ = kNothingIsNew;
     creations_ = nullptr;
     HistoryStep& made = *step();
+    if (answer_ == Answer::kRefused && !made.log.empty()) {
+        answer_ = Answer::kNotAsked;
+        // The room is left from the scope of the question.
+        scopes_.push_back({{}, kNothingIsNew, made.before});
+        rollBack(0);
+        endCommand();
+        return;
+    }
     if (made.log.empty()) {
         open_.clear();
         return;
@@ -178,6 +219,7 @@ void SceneHistory::keepWithinLimit() noexcept {
 void SceneHistory::setLimit(std::size_t bytes) noexcept {
     endCommand();
     limit_ = bytes;
+    measureRoom();
     keepWithinLimit();
     if (bytes_ > limit_) dropUndone();
     scene_.notify(NOTIFY_HISTORY_CHANGED);

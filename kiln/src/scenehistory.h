@@ -1,6 +1,7 @@
 // The history of a scene: what is recorded while it changes, and the steps that come of it.
 #pragma once
 
+#include <kiln/host/largesteps.h>
 #include <kiln/platform.h>
 
 #include <cstdint>
@@ -75,7 +76,7 @@ public:
     /// Whether the node with that handle was made within the innermost scope.
     bool isNew(DWORD handle) const noexcept { return handle > oldBefore_; }
 
-    // Recording. Each throws `std::bad_alloc`, and then nothing has happened.
+    // Recording. Each throws `std::bad_alloc`, or `StepRefused`, and then nothing has happened.
 
     /// Begins the step of what happens outside of scopes, if need be.
     void prepare() {
@@ -85,9 +86,17 @@ public:
     template <typename Change, typename... Arguments>
     Change& add(std::size_t held, std::size_t tail, Arguments&&... arguments) {
         prepare();
+        if (step()->log.wouldExceed(roomForStep_, sizeof(Change) + tail, held)) [[unlikely]]
+            askAboutSize();
         Change& change = step()->log.add<Change>(held, tail, std::forward<Arguments>(arguments)...);
         creations_ = nullptr;
         return change;
+    }
+    /// Asks whether a change may be made that keeps so many bytes elsewhere, where it is too large
+    /// for the history: before anybody is told of the change. Throws like `add`.
+    void expect(std::size_t held) {
+        prepare();
+        if (step()->log.wouldExceed(roomForStep_, 0, held)) askAboutSize();
     }
     void dropLast() noexcept { step()->log.dropLast(); }
     /// Whether the change that was made last within the innermost scope keeps `what`.
@@ -129,6 +138,7 @@ public:
     std::size_t bytes() const noexcept { return bytes_; }
     static std::size_t limit() noexcept { return limit_; }
     void setLimit(std::size_t bytes) noexcept;
+    static void setLargeStepQuestion(LargeStepQuestion question);
     /// Whether notifications of an undo or a rollback are being sent.
     bool telling() const noexcept { return telling_ > 0; }
 
@@ -153,6 +163,9 @@ private:
         SelectionList selection;
     };
 
+    /// What is to become of the open step, which is too large.
+    enum class Answer : std::uint8_t { kNotAsked, kGoOn, kRefused };
+
     static constexpr std::uint64_t kNever = ~std::uint64_t{0};
     static constexpr DWORD kNothingIsNew = ~DWORD{0};
 
@@ -162,6 +175,8 @@ private:
         return scopes_.empty() ? nullptr : scopes_.back().mark.last;
     }
     void beginStep(const char* name, DWORD join);
+    void askAboutSize();
+    void measureRoom() noexcept;
     void endStep() noexcept;
     void dropUndone() noexcept;
     void dropOldest() noexcept;
@@ -174,12 +189,15 @@ private:
     static SceneHistory* current_;
     static std::size_t limit_;
     static std::uint64_t lastNumber_;
+    static LargeStepQuestion question_;
 
     Scene& scene_;
     const std::uint64_t number_;
     std::list<HistoryStep> done_, undone_;  // oldest first
     std::list<HistoryStep> open_;           // the step that is being recorded, or none
     bool isOfCommand_ = false;              // that one collects what happens outside of scopes
+    std::size_t roomForStep_ = 0;           // how much the log of that one may take
+    Answer answer_ = Answer::kNotAsked;     // about that one
     std::list<HistoryStep> dropped_;        // until their notifications have been sent
     std::vector<ScopeStart> scopes_;
     Creations* creations_ = nullptr;  // the last change of the innermost scope, if it is one

@@ -48,6 +48,10 @@ std::size_t UndoBytesOfDeleting(INode* node) {
 
 namespace kiln {
 
+void setLargeStepQuestion(LargeStepQuestion question) {
+    SceneHistory::setLargeStepQuestion(std::move(question));
+}
+
 namespace {
 
 const HistoryStep& stepAt(const SceneHistory& history, std::size_t index) {

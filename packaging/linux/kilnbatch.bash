@@ -1,7 +1,7 @@
 # bash completion for kilnbatch
 _kilnbatch() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} pattern='!*.ks'
-    local options='-e --scene --import --export --revision --database --check --report --search --plugins --max-steps --verbs
+    local options='-e --scene --import --export --revision --database --check --report --search --plugins --max-steps --undoable --verbs
                    --help --version'
     local revisions='1420 1500 1510 1520 1530 1540 1550 1560 1570 1580 1600 1610 1620 1630 1640 1650 1660'
     COMPREPLY=()

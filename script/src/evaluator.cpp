@@ -6,6 +6,7 @@
 
 #include <base/text.h>
 #include <kiln/fp.h>
+#include <kiln/host/largesteps.h>
 #include <kiln/host/script.h>
 #include <kiln/interface.h>
 
@@ -76,6 +77,8 @@ Value Evaluator::run(const Node& script) {
     try {
         Value value = evaluate(script);
         return value;
+    } catch (const kiln::StepRefused&) {
+        throw Error(*file_, position_, textOf(TextId::kTooLargeToUndo));
     } catch (const std::bad_alloc&) {
         throw Error(*file_, position_, textOf(TextId::kOutOfMemory));
     } catch (const std::length_error&) {

@@ -1,6 +1,7 @@
 #include "../support/historymodel.h"
 #include "fixture.h"
 
+#include <kiln/host/largesteps.h>
 #include <kiln/scenewatch.h>
 
 #include <algorithm>
@@ -241,6 +242,103 @@ TEST_F(UndoTest, TheOldestStepsGoFirst) {
         node->SetName("d");
     }
     EXPECT_STREQ(node->GetName(), "c");
+}
+
+/// Answers the question about large steps.
+struct Answers {
+    explicit Answers(bool agrees) {
+        kiln::setLargeStepQuestion([this, agrees](const std::string& name) {
+            asked.push_back(name);
+            // As a list of steps does that is painted meanwhile.
+            kiln::Core::get()->history().stepCount();
+            return agrees;
+        });
+    }
+    ~Answers() { kiln::setLargeStepQuestion({}); }
+
+    std::vector<std::string> asked;
+};
+
+TEST_F(UndoTest, RefusingALargeStepLeavesEverythingAsItWas) {
+    INode* const a = addNode("a");
+    INode* const b = addNode("b");
+    host.SelectNode(a);
+    history.endCommand();
+    history.setLimit(100'000);
+    const std::string before = core.sceneText();
+    const auto large = [](int i) { return std::string(30'000, 'x') + std::to_string(i); };
+    const auto hasOneStep = [&] {
+        return core.sceneText() == before && history.doneCount() == 1 && host.GetSelNode(0) == a;
+    };
+    Answers answers(false);
+    {
+        UndoScope scope("renames");
+        const auto renameALot = [&] {
+            for (int i = 0; i < 9; ++i) {
+                host.SelectNode(b);
+                b->SetName(large(i).c_str());
+                a->SetName(large(i).c_str());
+            }
+        };
+        EXPECT_THROW(renameALot(), kiln::StepRefused);
+    }
+    EXPECT_THAT(answers.asked, ElementsAre("renames"));
+    EXPECT_TRUE(hasOneStep());
+
+    // Who goes on all the same is not asked again and has done nothing.
+    const auto renameInAnyCase = [&] {
+        for (int i = 0; i < 9; ++i) {
+            try {
+                a->SetName(large(i).c_str());
+                b->SetName(large(i).c_str());
+            } catch (const std::bad_alloc&) {
+            }
+        }
+        addNode("c");
+    };
+    answers.asked.clear();
+    EXPECT_TRUE(RunUndoable("goes on", [&] {
+        renameInAnyCase();
+        return true;
+    }));
+    EXPECT_THAT(answers.asked, ElementsAre("goes on"));
+    EXPECT_TRUE(hasOneStep());
+    renameInAnyCase();  // outside of scopes
+    history.endCommand();
+    EXPECT_THAT(answers.asked, ElementsAre("goes on", ""));
+    EXPECT_TRUE(hasOneStep());
+
+    // Nobody is told of a deletion that does not come.
+    b->AddAppDataChunk({1, 1}, 1, 1, 200'000, hostBlock(std::string(200'000, 'x')));
+    history.endCommand();
+    const std::string withChunk = core.sceneText();
+    const Recorder deletions({NOTIFY_NODE_DELETED});
+    EXPECT_THROW(RunUndoable("delete", [&] { return host.DeleteNode(b), true; }),
+                 kiln::StepRefused);
+    EXPECT_TRUE(deletions.seen.empty());
+    EXPECT_EQ(core.sceneText(), withChunk);
+    EXPECT_TRUE(history.undo());
+    EXPECT_EQ(core.sceneText(), before);
+}
+
+TEST_F(UndoTest, ALargeStepIsCarriedOutWhenTheUserAgrees) {
+    INode* const node = addNode("a");
+    history.endCommand();
+    history.setLimit(100'000);
+    Answers answers(true);
+    UndoScope scope("renames");
+    for (int i = 0; i < 9; ++i) {
+        node->SetName(std::string(30'000, static_cast<char>('a' + i)).c_str());
+        addNode("other")->SetName("another");
+    }
+    scope.Commit();
+    EXPECT_THAT(answers.asked, ElementsAre("renames"));
+    EXPECT_EQ(history.stepCount(), 0u);
+    EXPECT_EQ(node->GetName(), std::string(30'000, 'i'));
+    // Without a history there is nothing to ask about.
+    history.setLimit(0);
+    rename(node, std::string(200'000, 'y').c_str());
+    EXPECT_EQ(answers.asked.size(), 1u);
 }
 
 TEST_F(UndoTest, DeletedNodesCountWithAllTheyHave) {

@@ -1,6 +1,8 @@
 #include "../support/temporaryfolder.h"
 #include "enginefixture.h"
 
+#include <kiln/host/largesteps.h>
+
 using testing::HasSubstr;
 
 namespace {
@@ -81,6 +83,19 @@ TEST_F(HostVerbsTest, AScriptIsOneStepAndItsBlocksAreSteps) {
     EXPECT_THAT(bad("undo \"block\" (undo())"), HasSubstr("within an \"undo\" block"));
     EXPECT_EQ(good("fn f = (undo \"g\" (return 3)); f()"), "3");
     EXPECT_EQ(good("createBox(); undo(); objects.count"), "2");
+    const std::size_t limit = history.limit();
+    history.setLimit(100'000);
+    kiln::setLargeStepQuestion([](const std::string&) { return false; });
+    const std::string large =
+        "t = \"0123456789\"; for i = 1 to 12 do t = t + t; for i = 1 to 9 do b.name = t + (i as "
+        "string)";
+    EXPECT_THAT(bad(large), HasSubstr("too large to be undone"));
+    EXPECT_EQ(good("#(b.name, objects.count)"), "#(\"c\", 2)");
+    EXPECT_THAT(bad("createBox(); undo \"renames\" (" + large + ")"), HasSubstr("too large"));
+    EXPECT_EQ(good("#(b.name, objects.count)"), "#(\"c\", 3)");
+    kiln::setLargeStepQuestion({});
+    history.setLimit(limit);
+    EXPECT_EQ(good("undo(); objects.count"), "2");
     good("createBox(); newScene(); createBox()");
     EXPECT_EQ(good("undo(); objects.count"), "0");
 }

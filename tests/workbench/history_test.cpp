@@ -173,6 +173,29 @@ TEST_F(HistoryTest, AsksBeforeADeletionThatCannotBeUndone) {
     }));
 }
 
+TEST_F(HistoryTest, AsksInTheMiddleOfAStepThatIsTooLarge) {
+    std::filesystem::create_directories(folder_ / "Workbench");
+    std::ofstream(folder_ / "Workbench" / "settings.txt") << "historyMegabytes=1\n";
+    startPlain();
+    const wchar_t* const line =
+        L"t = \"0123456789\"; for i = 1 to 12 do t = t + t; for i = 1 to 40 do "
+        L"objects[1].name = t + (i as string)";
+    const auto typeLine = [&] {
+        ASSERT_TRUE(user::click(line_));
+        user::type(line);
+        user::key(VK_RETURN);
+    };
+    typeLine();
+    EXPECT_THAT(answerMessage(IDCANCEL), HasSubstr("需要的内存超过历史记录的上限"));
+    EXPECT_TRUE(becomes("objects[1].name", "\"塔楼\""));
+    EXPECT_TRUE(isTitled(kSaved));
+    ::SendMessageW(window_, WM_COMMAND, kSpeakEnglish, 0);
+    typeLine();
+    EXPECT_THAT(answerMessage(IDOK), HasSubstr("needs more memory than the history may use"));
+    EXPECT_TRUE(becomes("findString objects[1].name \"40\"", "40961"));
+    EXPECT_TRUE(becomes("undo()", "false"));
+}
+
 // In a window of the module: the keys reach the host from its tree.
 TEST_F(HistoryTest, KeysReachTheHostFromTheBrowsersForm) {
     start(base::toWide(STAGED_PLUGINS));

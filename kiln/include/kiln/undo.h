@@ -57,8 +57,8 @@ bool RunUndoable(const char* name, Action&& action) {
     return done;
 }
 
-/// Whether a step that keeps so many bytes could be undone afterwards; a larger one is carried out
-/// all the same, and the history is empty then. True while history is switched off altogether.
+/// Whether a step that keeps so many bytes could be undone afterwards. About a larger one the user
+/// is asked in the middle; carried out, it empties the history. True while history is switched off.
 KILNAPI bool IsUndoable(std::size_t bytes) noexcept;
 /// About how many bytes a step keeps that deletes the node and all below it. Throws
 /// `std::bad_alloc`.

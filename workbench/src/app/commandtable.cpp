@@ -103,25 +103,12 @@ void asStep(TextId name, const Action& action) {
     step.Commit();
 }
 
-// What the step of deleting all that is selected keeps; what hangs below another counts once.
-std::size_t undoBytesOfSelected(Interface& host) {
-    std::size_t bytes = 0;
-    ForEachInSubtree(host.GetRootNode(), [&](INode& node) {
-        if (!node.Selected()) return WalkStep::kOn;
-        bytes += UndoBytesOfDeleting(&node);
-        return WalkStep::kPastThis;
-    });
-    return bytes;
-}
-
-// Asked only about what cannot be undone.
+// Asked only while there is no history; about what is too large for it the core asks.
 bool mayDelete(CWnd& window, kiln::Core& core, const std::vector<INode*>& nodes) {
-    const bool fits = IsUndoable(undoBytesOfSelected(core.hostInterface()));
-    if (fits && core.history().limit() > 0) return true;
-    std::string question = nodes.size() == 1
-                               ? textOf(TextId::kDeleteNode, {nodes.front()->GetName()})
-                               : textOf(TextId::kDeleteNodes, {grouped(nodes.size())});
-    if (!fits) question.append("\n\n").append(textOf(TextId::kTooLargeToUndo));
+    if (core.history().limit() > 0) return true;
+    const std::string question = nodes.size() == 1
+                                     ? textOf(TextId::kDeleteNode, {nodes.front()->GetName()})
+                                     : textOf(TextId::kDeleteNodes, {grouped(nodes.size())});
     return window.ShowMessage(question, MB_OKCANCEL | MB_ICONWARNING, kProgramName) == IDOK;
 }
 

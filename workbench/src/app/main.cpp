@@ -6,6 +6,7 @@
 #include <base/utf16.h>
 #include <framework/cwinapp.h>
 #include <framework/module.h>
+#include <kiln/host/largesteps.h>
 #include <kiln/language.h>
 #include <tessera_version.h>
 #include <workbench/settings.h>
@@ -141,6 +142,8 @@ private:
 void WorkbenchApp::OnException(std::exception_ptr exception) {
     try {
         std::rethrow_exception(exception);
+    } catch (const kiln::StepRefused&) {
+        // As the user wanted it.
     } catch (const std::exception& error) {
         std::fprintf(stderr, "workbench: %s\n", error.what());
         if (window_)

@@ -11,6 +11,7 @@
 #include <framework/cdialog.h>
 #include <framework/controls.h>
 #include <framework/module.h>
+#include <kiln/host/largesteps.h>
 
 #include <algorithm>
 #include <charconv>
@@ -52,6 +53,15 @@ std::optional<std::size_t> historyLimit(const Settings& settings) {
     const auto [rest, error] = std::from_chars(text.data(), end, megabytes);
     if (text.empty() || error != std::errc() || rest != end || megabytes > kMost) return {};
     return megabytes;
+}
+
+/// Asked in the middle of an action, so that no window may be used meanwhile.
+bool mayGoOn(const std::string& step) {
+    const std::string what =
+        step.empty() ? textOf(TextId::kThisStep) : textOf(TextId::kNamedStep, {step});
+    return CWnd().ShowMessage(textOf(TextId::kTooLargeToUndo, {what}),
+                              MB_OKCANCEL | MB_ICONWARNING | MB_DEFBUTTON2 | MB_TASKMODAL,
+                              kProgramName) == IDOK;
 }
 
 bool isPress(UINT message) {
@@ -98,6 +108,11 @@ MainWindow::MainWindow(kiln::Core& core, Settings& settings)
     view_.pickWholes(settings.value(kPickSetting) != "faces");
     if (const auto megabytes = historyLimit(settings))
         core.history().setLimit(*megabytes * kMegabyte);
+    kiln::setLargeStepQuestion(mayGoOn);
+}
+
+MainWindow::~MainWindow() {
+    kiln::setLargeStepQuestion({});
 }
 
 bool MainWindow::Create() {

@@ -31,6 +31,7 @@ class MainWindow : public framework::CWnd, public SceneViewClient, public SceneF
 public:
     /// Keeps the language in `settings`, which outlive this.
     MainWindow(kiln::Core& core, Settings& settings);
+    ~MainWindow() override;
 
     /// Creates the window, hidden, about 1280 by 900 pixels at 100 %.
     bool Create();
