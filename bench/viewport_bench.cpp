@@ -2,7 +2,7 @@
 // airfield, and terrains of 100,000 and 500,000 faces, one node for each 100; plain and with a
 // texture, by two threads against one; and what is outside of the picture, or far away: 5,000
 // places of one model of 500 faces, seen from among them and from above. And how long it takes to
-// follow an edit of one node of 100,000, against reading them all.
+// follow an edit of one node of 100,000, or 1,000 joints that play, against reading them all.
 #include <kiln/host/host.h>
 #include <render/renderer.h>
 #include <render/scenefeed.h>
@@ -138,9 +138,8 @@ void references(benchmark::State& state, bool fromAbove, unsigned threads) {
         static_cast<double>(drawn) / static_cast<double>(state.iterations());
 }
 
-/// Of a scene of boxes, 100 in a group, one of which gets another color.
-void edit(benchmark::State& state, bool isFollowed) {
-    Interface& host = kiln::Core::create().hostInterface();
+/// 100,000, of which 100 are in a group; the last one.
+INode* addBoxes(Interface& host) {
     INode* node = nullptr;
     for (int i = 0; i < 1000; ++i) {
         INode* const group = host.CreateObjectNode(new DummyObject, "group");
@@ -150,6 +149,13 @@ void edit(benchmark::State& state, bool isFollowed) {
             group->AttachChild(node);
         }
     }
+    return node;
+}
+
+/// Of a scene of boxes one gets another color.
+void edit(benchmark::State& state, bool isFollowed) {
+    Interface& host = kiln::Core::create().hostInterface();
+    INode* const node = addBoxes(host);
     SceneFeed feed;
     feed.build(host);
     for (auto _ : state) {
@@ -163,6 +169,42 @@ void edit(benchmark::State& state, bool isFollowed) {
     kiln::Core::destroy();
 }
 
+/// Says of all dummies that they are joints that turn.
+class Joints final : public NodeLookSource {
+public:
+    void BeginLooks(Interface*) noexcept override {}
+    void EndLooks() noexcept override {}
+    bool GetLook(INode*, NodeLook&) noexcept override { return false; }
+    bool GetBranch(INode*, NodeBranch&) noexcept override { return false; }
+    INode* GetInstanced(INode*) noexcept override { return nullptr; }
+    bool IsOnlyInstanced(INode*) noexcept override { return false; }
+    std::optional<Matrix3> GetMotion(INode*, const NodeJoint::Values& values) noexcept override {
+        return RotAngleAxisMatrix({0, 0, 1}, values[5]);
+    }
+};
+
+/// The next moment of 1,000 joints that play, each with 100 boxes below it.
+void play(benchmark::State& state, bool isFollowed) {
+    Interface& host = kiln::Core::create().hostInterface();
+    const Joints joints;
+    addBoxes(host);
+    Poses poses;
+    for (int i = 0; i < host.GetRootNode()->NumberOfChildren(); ++i)
+        poses[host.GetRootNode()->GetChildNode(i)->GetHandle()] = {};
+    SceneFeed feed;
+    feed.build(host);
+    for (auto _ : state) {
+        for (auto& [node, values] : poses) values[5] += 0.1;
+        feed.setPoses(poses);
+        if (!isFollowed)
+            feed.build(host);
+        else if (!feed.followPoses(host))
+            state.SkipWithError("the joints are not followed");
+        benchmark::DoNotOptimize(feed.model().vertices().data());
+    }
+    kiln::Core::destroy();
+}
+
 /// Wall time, since threads share the work.
 void add(const std::string& name, const std::function<void(benchmark::State&)>& run) {
     benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond)->UseRealTime();
@@ -171,6 +213,9 @@ void add(const std::string& name, const std::function<void(benchmark::State&)>& 
 void registerBenches() {
     add("an edit of one of 100,000 nodes/library", [](auto& state) { edit(state, true); });
     add("an edit of one of 100,000 nodes/all read", [](auto& state) { edit(state, false); });
+    add("1,000 joints of 100,000 nodes that play/library", [](auto& state) { play(state, true); });
+    add("1,000 joints of 100,000 nodes that play/all read",
+        [](auto& state) { play(state, false); });
     for (const unsigned threads : {1u, 2u}) {
         const std::string by = threads == 1 ? "/one thread" : "/library";
         for (const int faces : {1'000, 100'000, 500'000}) {
@@ -202,7 +247,8 @@ int main(int count, char** arguments) {
     runs.print(table, [](const std::string& name) {
         const bool isSmall = name.starts_with("1000 ") || name.starts_with("5,000 ");
         const bool isEdit = name.starts_with("an edit");
-        return isSmall ? bench::kNoBound : isEdit ? 0.05 : 1 / 1.8;
+        const bool isPlay = name.starts_with("1,000 joints");
+        return isSmall ? bench::kNoBound : isEdit ? 0.05 : isPlay ? 0.5 : 1 / 1.8;
     });
     return table.status();
 }

@@ -124,7 +124,9 @@ std::size_t Painter::drawItem(const Appearance& appearance, ItemIndex number, bo
     if (filled) fillSurface(item, surface, index);
     const bool isOutline =
         surface.style == DrawStyle::kOutline || surface.style == DrawStyle::kSurfaceAndOutline;
-    lineWidth_ = isOutline && !wire && !isOutlined ? surface.lineWidth : 1;
+    const bool isStyled = isOutline && !wire && !isOutlined;
+    lineWidth_ = isStyled ? surface.lineWidth : 1;
+    linePattern_ = isStyled ? surface.linePattern : std::uint16_t{0xFFFF};
     if (isOutlined && (wire || edges))
         drawEdges(item, {kSelected, 1, index, kEdgeBias * 2, true}, false);
     else if (!filled)
@@ -135,6 +137,7 @@ std::size_t Painter::drawItem(const Appearance& appearance, ItemIndex number, bo
         drawFadedEdges(item, surface, index);
     bias_ = 0;
     lineWidth_ = 1;
+    linePattern_ = 0xFFFF;
     return wire ? item.triangleCount : drawn_;
 }
 
@@ -356,8 +359,28 @@ void Painter::viewLine(Vec3 a, Vec3 b, const Paint& paint) {
     if (camera_->clipToPicture(a, b)) screenLine(screenOf(a), screenOf(b), paint);
 }
 
-// A wide one is several beside one another.
+// One with a pattern is drawn in pieces, one for each run of bits.
 void Painter::screenLine(ScreenPoint a, ScreenPoint b, const Paint& paint) {
+    if (linePattern_ == 0xFFFF) return wideLine(a, b, paint);
+    constexpr int kBits = 16;
+    const float length = std::max(std::abs(b.x - a.x), std::abs(b.y - a.y));
+    const auto isSet = [&](int pixel) { return (linePattern_ >> pixel % kBits & 1) != 0; };
+    const auto at = [&](float along) {
+        const float share = std::min(along / length, 1.f);
+        return ScreenPoint{std::lerp(a.x, b.x, share), std::lerp(a.y, b.y, share),
+                           std::lerp(a.depth, b.depth, share)};
+    };
+    for (int pixel = 0, end = 0; static_cast<float>(pixel) < length; pixel = end) {
+        end = pixel + 1;
+        while (isSet(end) == isSet(pixel) && end - pixel < kBits) ++end;
+        // A line covers the pixels of both its ends.
+        const auto last = static_cast<float>(end - 1);
+        if (isSet(pixel)) wideLine(at(static_cast<float>(pixel)), at(last + 0.001f), paint);
+    }
+}
+
+// A wide one is several beside one another.
+void Painter::wideLine(ScreenPoint a, ScreenPoint b, const Paint& paint) {
     if (lineWidth_ == 1) return rows_.line(a, b, paint);
     const bool steep = std::abs(b.y - a.y) > std::abs(b.x - a.x);
     float ScreenPoint::*const across = steep ? &ScreenPoint::x : &ScreenPoint::y;

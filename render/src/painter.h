@@ -86,6 +86,7 @@ private:
     void worldLine(Vec3d a, Vec3d b, const Paint& paint);
     void viewLine(Vec3 a, Vec3 b, const Paint& paint);
     void screenLine(ScreenPoint a, ScreenPoint b, const Paint& paint);
+    void wideLine(ScreenPoint a, ScreenPoint b, const Paint& paint);
 
     // Of the frame being drawn.
     const Camera* camera_ = nullptr;
@@ -109,6 +110,7 @@ private:
     bool isTurned_ = false;
     float bias_ = 0;     // of its layer, as a share of the depth
     int lineWidth_ = 1;  // pixels
+    std::uint16_t linePattern_ = 0xFFFF;
     std::size_t drawn_ = 0;
 };
 

@@ -29,6 +29,16 @@ Vec3d toVec3d(const Point3& p) {
     return {p.x, p.y, p.z};
 }
 
+Place toPlace(const Matrix3& matrix) {
+    const auto row = [&](int i) { return toVec3d(matrix.GetRow(i)); };
+    return {row(0), row(1), row(2), row(3)};
+}
+
+Light movedLight(const Light& light, const Place& place) {
+    return {light.kind, place.point(light.position), normalised(place.offset(light.direction)),
+            light.strength};
+}
+
 Vec3 toVec3(const Point3& p) {
     return toFloat(toVec3d(p));
 }
@@ -111,6 +121,7 @@ void SceneFeed::clear() {
     referenced_.clear();
     references_.clear();
     textures_.clear();
+    poses_.clear();
 }
 
 void SceneFeed::reset() {
@@ -125,6 +136,7 @@ void SceneFeed::reset() {
     instanced_.clear();
     tops_.clear();
     nodesInstanced_ = cut_ = 0;
+    newlyPosed_.clear();
     counts_ = {};
 }
 
@@ -237,7 +249,7 @@ bool SceneFeed::followNode(Reading& scene, std::size_t top, std::size_t& allowed
 bool SceneFeed::revisit(Reading& scene, std::size_t at) {
     const Visit before = scene.visits[at];
     const Object* const object = before.node->GetObjectRef();
-    if (before.elsewhere || before.hasLights || tops_.contains(before.node)) return false;
+    if (before.elsewhere || before.lightCount > 0 || tops_.contains(before.node)) return false;
     if (object != before.object || std::ranges::binary_search(severalHave_, object)) return false;
     if (isElsewhere(scene, at)) return false;
     scene.faces -= before.faces;
@@ -248,7 +260,7 @@ bool SceneFeed::revisit(Reading& scene, std::size_t at) {
         show(scene, at);
     }
     const Visit& now = scene.visits[at];
-    if (now.placed != before.placed || now.hasLights) return false;
+    if (now.placed != before.placed || now.lightCount > 0) return false;
     std::vector<bool> wereOff;
     for (std::uint32_t k = 0; k < before.childCount; ++k)
         wereOff.push_back(scene.visits[before.firstChild + k].isOff);
@@ -256,6 +268,135 @@ bool SceneFeed::revisit(Reading& scene, std::size_t at) {
     for (std::uint32_t k = 0; k < before.childCount; ++k)
         if (scene.visits[before.firstChild + k].isOff != wereOff[k]) return false;
     return (scene.visits[at].range == 0) == (before.range == 0);
+}
+
+void SceneFeed::setPoses(Poses poses) {
+    for (const auto& [node, values] : poses) {
+        const auto before = poses_.find(node);
+        if (before == poses_.end() || before->second != values) newlyPosed_.push_back(node);
+    }
+    for (const auto& [node, values] : poses_)
+        if (!poses.contains(node)) newlyPosed_.push_back(node);
+    poses_ = std::move(poses);
+}
+
+/// Handles are those of the scene's own nodes.
+const NodeJoint::Values* SceneFeed::poseOf(const Reading& reading, INode& node) const {
+    if (poses_.empty() || !looks_ || !reading.folder->empty() || node.IsRootNode()) return nullptr;
+    const auto found = poses_.find(node.GetHandle());
+    return found == poses_.end() ? nullptr : &found->second;
+}
+
+namespace {
+
+/// What becomes of a visit: whether its joint has another pose, whether it is moved by one above,
+/// and whether its box is another one.
+constexpr std::uint8_t kPosed = 1, kMoved = 2, kBoxed = 4;
+
+}  // namespace
+
+// One pass down over all visits, and one up: joints may be within one another.
+bool SceneFeed::followPoses(Interface& host) {
+    if (newlyPosed_.empty()) return true;
+    if (visits_.empty() || GetNodeLookSource() != askedLast_) return false;
+    if (!isIndexed_) indexVisits();
+    std::vector<std::uint8_t> marks(visits_.size());
+    for (const DWORD handle : std::exchange(newlyPosed_, {})) {
+        const INode* const node = host.GetINodeByHandle(handle);
+        const std::size_t at = node ? visitOf(node) : 0;
+        if (at == 0) continue;
+        if (visits_[at].elsewhere) return false;
+        for (std::size_t above = at; above != 0 && !tops_.empty(); above = visits_[above].parent)
+            if (tops_.contains(visits_[above].node)) return false;
+        marks[at] = kPosed;
+    }
+    const LooksInUse looks(looks_, host);
+    Reading scene{model_, nullptr, visits_.front().node, &kNoFolder};
+    scene.isFollowing = true;
+    scene.visits = std::move(visits_);
+    scene.inherited = std::move(inherited_);
+    for (std::size_t at = 1; at < marks.size(); ++at) {
+        if ((marks[scene.visits[at].parent] & (kPosed | kMoved)) != 0) marks[at] |= kMoved;
+        if (marks[at] == 0) continue;
+        if (!passDown(scene, at, (marks[at] & kPosed) != 0)) return false;
+        if ((marks[at] & kMoved) != 0 && !moveVisit(scene, at)) return false;
+    }
+    model_.endMoving();
+    for (std::size_t at = marks.size(); at-- > 0;) {
+        if ((marks[at] & (kMoved | kBoxed)) == 0) continue;
+        setBounds(scene, at, boundsOf(scene, at));
+        marks[scene.visits[at].parent] |= kBoxed;
+    }
+    visits_ = std::move(scene.visits);
+    inherited_ = std::move(scene.inherited);
+    return true;
+}
+
+/// Gives the children what they have from above. False where fronts become backs.
+bool SceneFeed::passDown(Reading& scene, std::size_t at, bool isPosed) {
+    const Visit visit = scene.visits[at];
+    if (visit.childCount == 0) return true;
+    const auto isMirrored = [&] {
+        const Visit& child = scene.visits[visit.firstChild];
+        return scene.inherited[child.inherited].move.Determinant() < 0;
+    };
+    const bool wasMirrored = isMirrored();
+    if (visit.below != 0 || isPosed) {
+        decide(scene, at);
+        return isMirrored() == wasMirrored;
+    }
+    for (std::uint32_t i = 0; i < visit.childCount; ++i)
+        scene.visits[visit.firstChild + i].inherited = visit.inherited;
+    return true;
+}
+
+bool SceneFeed::moveVisit(Reading& scene, std::size_t at) {
+    const Visit& visit = scene.visits[at];
+    if (visit.item == kNoItem) return true;
+    const Matrix3 place = placeOf(scene, at);
+    if (visit.placed != kNoItem && !model_.movePlacement(visit.placed, toPlace(place)))
+        return false;
+    return moveLights(visit, place) && moveNode(scene, visit, place);
+}
+
+/// The mesh of the node, or the mark that stands for it.
+bool SceneFeed::moveNode(const Reading& scene, const Visit& visit, const Matrix3& place) {
+    places_.clear();
+    normals_.clear();
+    Object* const object = visit.node->EvalWorldState(0).obj;
+    const bool isLight = object && object->SuperClassID() == LIGHT_CLASS_ID;
+    const ConvertedObject converted(isLight ? nullptr : object, 0, TRIOBJ_CLASS_ID);
+    bool ofPoints = false;
+    if (const auto* const surface = static_cast<const TriObject*>(converted.get())) {
+        const Mesh& mesh = surface->GetMesh();
+        for (const Point3& vertex : mesh.verts)
+            places_.push_back(toVec3d(place.PointTransform(vertex)));
+        const Matrix3 inverse = Inverse(place);
+        for (int i = 0; i < mesh.normals.Count() && mesh.normals.Count() == mesh.verts.Count(); ++i)
+            normals_.push_back(turnedNormal(inverse, mesh.normals[i]));
+        ofPoints = mesh.faces.IsEmpty() && !mesh.verts.IsEmpty();
+        if (ofPoints && scene.inherited[visit.inherited].lightStrength <= 0) ofPoints = false;
+    }
+    if (!model_.moveItem(visit.item, places_, normals_)) return false;
+    if (ofPoints) return model_.moveMarks(visit.item, places_, normals_);
+    places_.assign(model_.markCount(visit.item), toVec3d(place.GetTrans()));
+    return model_.moveMarks(visit.item, places_, {});
+}
+
+bool SceneFeed::moveLights(const Visit& visit, const Matrix3& place) {
+    if (visit.lightCount == 0) return true;
+    if (visit.placed == kNoItem)
+        return visit.lightCount == 1 &&
+               model_.moveLight(visit.firstLight, toVec3d(place.GetTrans()),
+                                toVec3(-Normalize(place.GetRow(2))));
+    const PlacementIndex placement = model_.items()[visit.placed].placement;
+    const auto lights = model_.placements()[placement].model->lights();
+    if (lights.size() != visit.lightCount) return false;
+    for (std::size_t i = 0; i < lights.size(); ++i) {
+        const Light moved = movedLight(lights[i], toPlace(place));
+        if (!model_.moveLight(visit.firstLight + i, moved.position, moved.direction)) return false;
+    }
+    return true;
 }
 
 bool SceneFeed::noticeChanges() {
@@ -305,7 +446,11 @@ void SceneFeed::decide(Reading& reading, std::size_t at) {
     INode& node = *parent.node;
     if (parent.childCount == 0) return;
     NodeBranch branch;
-    const bool decides = looks_ && !node.IsRootNode() && looks_->GetBranch(&node, branch);
+    bool decides = looks_ && !node.IsRootNode() && looks_->GetBranch(&node, branch);
+    if (const NodeJoint::Values* const pose = poseOf(reading, node)) {
+        branch.motion = looks_->GetMotion(&node, *pose);
+        decides = true;
+    }
     const std::uint32_t inherited = decides ? inheritanceOf(reading, at, branch) : parent.inherited;
     const auto isShown = [&](std::size_t child) {
         if (!branch.shownChildren) return true;
@@ -399,7 +544,9 @@ void SceneFeed::show(Reading& reading, std::size_t at) {
     if (definition) showInstanced(reading, at, *definition);
     if (refers) showReference(reading, at, reference);
     reading.visits[at].faces = reading.faces - faces;
-    reading.visits[at].hasLights = reading.model.lights().size() != lights;
+    reading.visits[at].firstLight = static_cast<std::uint32_t>(lights);
+    reading.visits[at].lightCount =
+        static_cast<std::uint32_t>(reading.model.lights().size() - lights);
 }
 
 bool SceneFeed::isElsewhere(const Reading& reading, std::size_t at) const {
@@ -440,12 +587,10 @@ void SceneFeed::place(Reading& reading, std::size_t at, const Shared& shared) {
     Visit& visit = reading.visits[at];
     const Inherited& inherited = reading.inherited[visit.inherited];
     const Matrix3 where = placeOf(reading, at);
-    const auto row = [&](int i) { return toVec3d(where.GetRow(i)); };
-    const Place place(row(0), row(1), row(2), row(3));
+    const Place place = toPlace(where);
     for (const Light& light : model.lights())
         if (reading.model.lights().size() < kMostLights && place.isFinite())
-            reading.model.addLight({light.kind, place.point(light.position),
-                                    normalised(place.offset(light.direction)), light.strength});
+            reading.model.addLight(movedLight(light, place));
     if (model.weight() > kMostShown || reading.model.weight() > kMostShown - model.weight()) return;
     visit.placed = openPlaced(reading);
     if (visit.placed == kNoItem) return;
@@ -625,6 +770,7 @@ Surface SceneFeed::surfaceFor(const Reading& reading, const NodeLook& look, bool
     surface.layer = static_cast<std::int8_t>(std::clamp(look.layer, -127, 127));
     surface.style = styleOf(look.style);
     surface.facing = facingOf(look.facing);
+    surface.linePattern = look.linePattern;
     surface.lineWidth =
         static_cast<std::uint8_t>(std::min(std::max(1.f, look.lineWidth), kWidestLine));
     if (surface.style == DrawStyle::kSurfaceAndOutline)

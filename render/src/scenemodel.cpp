@@ -18,6 +18,8 @@ void SceneModel::clear() {
     lightLooks_.assign(1, {});
     changes_ = false;
     lights_.clear();
+    moved_.clear();
+    marksMoved_ = false;
     ranges_.assign(1, {});
     placements_.clear();
     levels_.clear();
@@ -245,16 +247,20 @@ void SceneModel::takeOldPlace(Item& item) {
              old.firstTexturePlace);
 }
 
+/// What is known from the item's triangles and its box.
+void SceneModel::measure(Item& item) const {
+    if (item.box.empty()) return;
+    item.sphereCentre = item.box.centre();
+    if (item.triangleCount > 0) item.front = triangles_[item.firstTriangle].normal;
+    item.sphereRadius = static_cast<float>(length(item.box.max - item.sphereCentre));
+}
+
 void SceneModel::endItem() {
     Item& item = items_[open_];
     if (item.triangleCount > 1) dropDoubleEdges(item);
     if (reopened_) takeOldPlace(item);
     item.selectionBox = item.box;
-    if (!item.box.empty()) {
-        item.sphereCentre = item.box.centre();
-        if (item.triangleCount > 0) item.front = triangles_[item.firstTriangle].normal;
-        item.sphereRadius = static_cast<float>(length(item.box.max - item.sphereCentre));
-    }
+    measure(item);
     if (weight_ < std::numeric_limits<std::uint64_t>::max()) ++weight_;
     if (reopened_) {
         std::size_t block = open_;
@@ -275,6 +281,13 @@ void SceneModel::endItem() {
 bool SceneModel::endReopening() {
     if (reopened_) fits_ = fits_ && !reopened_->hasMark;
     reopened_.reset();
+    addUpBlocks();
+    const std::size_t allowed = (vertices_.size() + triangles_.size()) / 2;
+    return fits_ && waste_ <= std::max<std::size_t>(allowed, 10'000);
+}
+
+/// What the model says of all its items.
+void SceneModel::addUpBlocks() {
     box_ = shownMarkBox_;
     sample_ = kNoItem;
     isPlain_ = shownMarkBox_.empty();
@@ -286,8 +299,96 @@ bool SceneModel::endReopening() {
         return false;
     };
     walk(add, [&](ItemIndex index) { add(blockOf(index)); });
-    const std::size_t allowed = (vertices_.size() + triangles_.size()) / 2;
-    return fits_ && waste_ <= std::max<std::size_t>(allowed, 10'000);
+}
+
+// ---------------------------------------------------------------- moving
+
+bool SceneModel::moveItem(ItemIndex index, std::span<const Vec3d> vertices,
+                          std::span<const Vec3> normals) {
+    Item& item = items_[index];
+    if (vertices.size() != item.vertexCount) return false;
+    for (const Vec3d& vertex : vertices)
+        if (!isFinite(vertex)) return false;
+    moved_.push_back(index);
+    item.box = {};
+    if (vertices.empty()) return true;
+    item.origin = vertices.front();
+    for (std::size_t i = 0; i < vertices.size(); ++i)
+        vertices_[item.firstVertex + i] = toFloat(vertices[i] - item.origin);
+    for (Triangle& triangle :
+         std::span(triangles_).subspan(item.firstTriangle, item.triangleCount)) {
+        const auto [a, b, c] = triangle.vertex;
+        const Vec3 p = vertices_[a], q = vertices_[b], r = vertices_[c];
+        triangle.normal = normalised(cross(q - p, r - p));
+        for (const Vec3 corner : {p, q, r}) item.box.add(item.origin + corner);
+    }
+    if (!item.hasFinish || normals.size() != vertices.size()) return true;
+    for (std::size_t i = 0; i < normals.size(); ++i) {
+        Vec3& normal = finishes_[item.firstFinish + i].normal;
+        if (dot(normal, normal) > 0 && isFinite(normals[i])) normal = normals[i];
+    }
+    return true;
+}
+
+/// They are in the order of their items.
+std::span<const Mark> SceneModel::marksOf(ItemIndex item) const {
+    const auto first = std::ranges::lower_bound(marks_, item, {}, &Mark::item);
+    const auto end = std::ranges::upper_bound(marks_, item, {}, &Mark::item);
+    return {marks_.data() + (first - marks_.begin()), static_cast<std::size_t>(end - first)};
+}
+
+bool SceneModel::moveMarks(ItemIndex item, std::span<const Vec3d> places,
+                           std::span<const Vec3> normals) {
+    const std::span<const Mark> old = marksOf(item);
+    if (places.size() != old.size() || (!normals.empty() && normals.size() != places.size()))
+        return false;
+    if (places.empty()) return true;
+    marksMoved_ = true;
+    Mark* mark = marks_.data() + (old.data() - marks_.data());
+    for (std::size_t i = 0; i < places.size(); ++i, ++mark) {
+        if (!isFinite(places[i])) return false;
+        mark->position = places[i];
+        items_[item].box.add(places[i]);
+        if (!normals.empty() && isFinite(normals[i])) mark->normal = normalised(normals[i]);
+    }
+    return true;
+}
+
+bool SceneModel::movePlacement(ItemIndex index, const Place& place) {
+    Item& item = items_[index];
+    if (item.placement == kNoPlacement || !place.isFinite()) return false;
+    Placement& placement = placements_[item.placement];
+    const Box around = place.box(placement.model->box_);
+    if (!isFinite(around.min) || !isFinite(around.max)) return false;
+    placement.place = place;
+    item.box = item.selectionBox = around;
+    moved_.push_back(index);
+    return true;
+}
+
+bool SceneModel::moveLight(std::size_t light, Vec3d position, Vec3 direction) {
+    if (light >= lights_.size() || !isFinite(position) || !isFinite(direction)) return false;
+    lights_[light].position = position;
+    lights_[light].direction = direction;
+    return true;
+}
+
+// Each block is added up once, however many of its items have moved.
+void SceneModel::endMoving() {
+    for (const std::size_t index : moved_) measure(items_[index]);
+    std::ranges::sort(moved_);
+    for (std::size_t level = 0; level < levels_.size(); ++level) {
+        for (std::size_t& index : moved_) index /= kInBlock;
+        moved_.erase(std::unique(moved_.begin(), moved_.end()), moved_.end());
+        while (!moved_.empty() && moved_.back() >= levels_[level].size()) moved_.pop_back();
+        for (const std::size_t block : moved_) levels_[level][block] = blockAt(level, block);
+    }
+    moved_.clear();
+    if (std::exchange(marksMoved_, false)) {
+        shownMarkBox_ = boxOfMarks(true);
+        helperBox_ = boxOfMarks(false);
+    }
+    addUpBlocks();
 }
 
 /// Of one item.

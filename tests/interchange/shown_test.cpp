@@ -6,7 +6,9 @@
 
 #include <fltkilnutil/kilnflt.h>
 #include <interchange/nodelooks.h>
+#include <kiln/host/history.h>
 #include <kiln/kiln.h>
+#include <kiln/undo.h>
 #include <quillon/fltdof.h>
 #include <quillon/fltface.h>
 #include <quillon/fltlightpoint.h>
@@ -18,6 +20,7 @@
 #include <render/scenefeed.h>
 
 #include <array>
+#include <limits>
 
 namespace {
 
@@ -176,6 +179,56 @@ TEST_F(ShownTest, DegreesOfFreedomMoveWhatIsBelowThemInTheirFrame) {
     record.pointInXyPlane = record.pointOnXAxis;
     EXPECT_TRUE(at({10, -5, 0})) << "three points in one line are no frame";
     EXPECT_EQ(nodeAt({18, -5, 0}), nullptr);
+}
+
+TEST_F(ShownTest, DegreesOfFreedomAreMovedWithoutTheirRecordsAndSetAsAStep) {
+    FltDof record;
+    record.flags = static_cast<std::int32_t>(0x84000000);
+    record.xTranslationMax = 12;
+    record.yawMin = -5;
+    record.yawIncrement = 0.5;
+    record.yScaleCurrent = 1.5;
+    INode* const dof = node(FltNodeKind::Dof, record);
+    INode* const square = face(dof, {10, 0, 0}, 0xFF);
+    NodeJoint joint;
+    ASSERT_TRUE(source.GetJoint(dof, joint));
+    EXPECT_EQ(joint.values, (NodeJoint::Values{0, 0, 0, 0, 0, 0, 1, 1.5, 1}));
+    EXPECT_TRUE(joint.motions[0].isLimited && joint.motions[5].isLimited);
+    EXPECT_FALSE(joint.motions[1].isLimited || joint.motions[4].isLimited);
+    EXPECT_EQ(joint.motions[0].greatest, 12);
+    EXPECT_EQ(joint.motions[5].least, -5);
+    EXPECT_EQ(joint.motions[5].step, 0.5);
+    EXPECT_FALSE(source.GetJoint(square, joint) || source.GetJoint(nullptr, joint));
+
+    NodeJoint::Values values = joint.values;
+    values[5] = 90;
+    feed.setPoses({{dof->GetHandle(), values}});
+    draw();
+    EXPECT_EQ(nodeAt({0, 15, 0}), square);
+    const auto read = [&] {
+        FltDof now;
+        EXPECT_TRUE(fltGetRecord(dof, now));
+        return now;
+    };
+    EXPECT_EQ(read().yawCurrent, 0) << "the record says what it said";
+    values[1] = std::numeric_limits<double>::infinity();
+    EXPECT_FALSE(source.SetJoint(dof, values));
+    values[1] = 0;
+    EXPECT_FALSE(source.SetJoint(square, values) || source.SetJoint(nullptr, values));
+    core.history().endCommand();
+    {
+        UndoScope step("set");
+        ASSERT_TRUE(source.SetJoint(dof, values));
+        step.Commit();
+    }
+    EXPECT_EQ(read().yawCurrent, 90);
+    EXPECT_EQ(read().yScaleCurrent, 1.5);
+    EXPECT_EQ(read().xScaleCurrent, 0) << "what says nothing goes on doing so";
+    feed.setPoses({});
+    draw();
+    EXPECT_EQ(nodeAt({0, 15, 0}), square);
+    core.history().undo();
+    EXPECT_EQ(read().yawCurrent, 0);
 }
 
 TEST_F(ShownTest, LevelsOfDetailShowInTheirRangeOfTheEye) {
@@ -512,6 +565,56 @@ TEST_F(LayersTest, LieOverWhatIsBelowAsTheirPicturesSay) {
     EXPECT_EQ(at(7), std::pair(plain, plain)) << "without coordinates there is nowhere to be";
 }
 
+TEST_F(LayersTest, OfMeshesGoByTheCoordinatesOfTheirVertices) {
+    addPicture("red", 3);
+    file.push();
+    Bytes mesh, multi, pool, rest, primitive;
+    mesh.field("mesh", 8).zeros(4 + 8).u16(0xFFFF).u16(0xFFFF).zeros(2).u16(0xFFFF);
+    mesh.u16(0xFFFF).u16(0xFFFF).zeros(2 + 2 + 4).u16(0).zeros(2).u32(0).u8(0).zeros(31);
+    multi.u32(0x20000000).u16(0).zeros(6);
+    // Positions and coordinates of the third layer; the last vertex goes on in another record.
+    pool.u32(4).u32(0x81000000);
+    for (int corner = 0; corner < 4; ++corner) {
+        const bool isRight = corner == 1 || corner == 2;
+        (corner < 3 ? pool : rest).f64(isRight ? 3 : -3).f64(corner > 1 ? 3 : -3).f64(0);
+        (corner < 3 ? pool : rest).f32(isRight ? 1.F : 0.F).f32(corner > 1 ? 1.F : 0.F);
+    }
+    primitive.u16(4).u16(1).u32(4).u8(0).u8(1).u8(2).u8(3);
+    file.record(kFltMesh, mesh).record(kFltMultiTexture, multi);
+    file.record(kFltLocalVertexPool, pool).record(kFltContinuation, rest).push();
+    file.record(kFltMeshPrimitive, primitive).pop();
+    open();
+    EXPECT_EQ(at(0).first & 0xFF, 0U) << std::hex << at(0).first;
+    EXPECT_GT(at(0).second & 0xFF, 60U);
+}
+
+TEST_F(LayersTest, ADetailShowsInBetweenTheTexelsFromCloseBy) {
+    addPicture("base", 0);
+    addPicture("detail", 0);
+    INode* const top = import(file);
+    FltFace record = twoSided();
+    record.textureIndex = 0;
+    record.textureWhite = 1;
+    INode* const square = face(top, {0, 0, 0}, 0xFFFFFF, record);
+    Mesh& mesh = static_cast<TriObject*>(square->GetObjectRef())->GetMesh();
+    for (const auto& [u, v] : {std::pair{0, 0}, {1, 0}, {1, 1}, {0, 1}})
+        mesh.tVerts.Append(Point3f(static_cast<float>(u), static_cast<float>(v), 0));
+    for (const Face& one : mesh.faces) mesh.tvFaces.Append({{one.v[0], one.v[1], one.v[2]}});
+    const auto changesOfColor = [&](std::int16_t detail, double distance) {
+        record.detailTextureIndex = detail;
+        EXPECT_TRUE(fltPutRecord(square, record));
+        seeFrom({0, 0, distance});
+        draw();
+        int count = 0;
+        for (int x = 1; x < kSide; ++x)
+            count += canvas.pixel(x, kSide / 2) != canvas.pixel(x - 1, kSide / 2);
+        return count;
+    };
+    const int plain = changesOfColor(-1, 5);
+    EXPECT_EQ(changesOfColor(7, 5), plain) << "there is no such texture";
+    EXPECT_GT(changesOfColor(1, 5), plain + 4);
+}
+
 TEST_F(ShownTest, LightPointSystemsSwitchWeakenAndSteadyWhatIsBelow) {
     FltBytes file("f");
     file.push();
@@ -570,6 +673,8 @@ TEST_F(ShownTest, OutlinesAreAsWideAsTheirLineStyleSays) {
     FltBytes file("f");
     for (const unsigned width : {1U, 7U})
         file.record(kFltLineStylePalette, Bytes().u16(width).u16(0xFFFF).u32(width));
+    file.record(kFltLineStylePalette, Bytes().u16(20).u16(0x000F).u32(1));
+    file.record(kFltLineStylePalette, Bytes().u16(21).u16(0).u32(1));
     INode* const top = import(file);
     FltFace record = twoSided();
     record.drawType = kFltClosedOutline;
@@ -587,6 +692,17 @@ TEST_F(ShownTest, OutlinesAreAsWideAsTheirLineStyleSays) {
     EXPECT_LE(thin, 4);
     EXPECT_EQ(covered(9), thin) << "a style that there is not";
     EXPECT_NEAR(covered(7), thin + 12, 2);
+    const auto allCovered = [&](std::uint8_t style) {
+        covered(style);
+        int count = 0;
+        for (int y = 0; y < kSide; ++y)
+            for (int x = 0; x < kSide; ++x) count += feed.nodeOf(canvas.item(x, y)) == square;
+        return count;
+    };
+    const int whole = allCovered(1);
+    EXPECT_GT(whole, 100);
+    EXPECT_NEAR(allCovered(20), whole / 4, whole / 8) << "four pixels of sixteen";
+    EXPECT_EQ(allCovered(21), 0) << "none";
 }
 
 TEST_F(ShownTest, MaterialsThrowLightBackLikeMirrors) {

@@ -158,8 +158,17 @@ public:
         return found == definitions.end() ? nullptr : found->second;
     }
 
+    std::optional<Matrix3> GetMotion(INode* node,
+                                     const NodeJoint::Values& values) noexcept override {
+        EXPECT_EQ(open, 1);
+        if (!joints.contains(node)) return std::nullopt;
+        return RotAngleAxisMatrix({0, 0, 1}, values[5]) * ScaleMatrix({values[6], 1, 1}) *
+               TransMatrix({values[0], 0, 0});
+    }
+
     int open = 0;
     int asked = 0;  // for looks
+    std::set<INode*> joints;
     std::map<INode*, NodeLook> looks;
     std::map<INode*, NodeBranch> branches;
     std::map<INode*, INode*> definitions;
@@ -470,6 +479,71 @@ TEST_F(FollowingTest, AnEditOfANodeIsReadWithoutTheScene) {
         EXPECT_EQ(source_.asked, edit.asked) << edit.name;
         expectAsReadAnew(edit.name);
     }
+}
+
+// Surfaces, marks, lights and what stands in place of others; one joint hangs below another.
+TEST_F(FollowingTest, AJointMovesWhatHangsBelowItAndNothingIsReadOfIt) {
+    INode* const arm = groups_[4];
+    INode* const hand = add(nullptr);
+    auto* const points = new TriObject;
+    for (const double x : {1., 2.}) {
+        points->GetMesh().verts.Append(Point3{x, 0, 0});
+        points->GetMesh().normals.Append(Point3f{1, 0, 0});
+    }
+    auto* const smooth = new TriObject;
+    for (const Point3& p : {Point3{0, 0, 0}, Point3{9, 0, 0}, Point3{9, 9, 0}}) {
+        smooth->GetMesh().verts.Append(p);
+        smooth->GetMesh().normals.Append(Point3f{1, 0, 0});
+    }
+    smooth->GetMesh().AppendPolygon(3, std::data({DWORD{0}, DWORD{1}, DWORD{2}}));
+    INode* const shape = add(smooth);
+    arm->AttachChild(hand);
+    for (INode* const node : {add(points), shape, add(new GenLight(FSPOT_LIGHT_CLASS_ID)),
+                              add(nullptr), instance_, boxes_[5 * 30]})
+        hand->AttachChild(node);
+    source_.joints = {arm, hand};
+    feed_.build(host_);
+    SceneFeed fresh;
+    const auto posed = [&](const Poses& poses, const char* what) {
+        source_.asked = 0;
+        feed_.setPoses(poses);
+        EXPECT_TRUE(feed_.followPoses(host_)) << what;
+        EXPECT_EQ(source_.asked, 0) << what;
+        fresh.clear();
+        fresh.setPoses(poses);
+        fresh.build(host_);
+        EXPECT_EQ(readOut(feed_.model()), readOut(fresh.model())) << what;
+        const SceneModel &ours = feed_.model(), &theirs = fresh.model();
+        ASSERT_EQ(ours.lights().size(), 1u);
+        EXPECT_EQ(ours.lights()[0].position.x, theirs.lights()[0].position.x) << what;
+        EXPECT_EQ(ours.lights()[0].direction.y, theirs.lights()[0].direction.y) << what;
+        for (std::size_t i = 0; i < ours.marks().size(); ++i)
+            EXPECT_EQ(ours.marks()[i].normal.y, theirs.marks()[i].normal.y) << what;
+        for (std::size_t i = 0; i < ours.finishes().size(); ++i)
+            EXPECT_EQ(ours.finishes()[i].normal.y, theirs.finishes()[i].normal.y) << what;
+    };
+    const std::vector<double> atRest = readOut(feed_.model());
+    const auto values = [](double x, double yaw, double scale) {
+        return NodeJoint::Values{x, 0, 0, 0, 0, yaw, scale, 1, 1};
+    };
+    const DWORD upper = arm->GetHandle(), lower = hand->GetHandle();
+    posed({{lower, values(5, 1, 2)}}, "the lower one");
+    EXPECT_NE(readOut(feed_.model()), atRest);
+    posed({{lower, values(5, 1, 2)}, {upper, values(-900, 0.5, 1)}}, "both");
+    feed_.setPoses({{upper, values(7, 2, 1)}});
+    shape->SetWireColor(0x123456);
+    ASSERT_TRUE(follow({shape})) << "an edit meanwhile";
+    posed({{upper, values(7, 2, 1)}}, "the upper one");
+    feed_.setPoses({});
+    feed_.setPoses({{upper, values(7, 2, 1)}, {upper + 10'000, values(1, 1, 1)}});
+    posed({{upper, values(7, 2, 1)}}, "there and back");
+    feed_.setPoses({{upper, values(7, 2, -1)}});
+    EXPECT_FALSE(feed_.followPoses(host_)) << "fronts become backs";
+    feed_.build(host_);
+    feed_.setPoses({});
+    EXPECT_FALSE(feed_.followPoses(host_));
+    feed_.build(host_);
+    posed({}, "none");
 }
 
 // Whoever asks is told, and reads everything.

@@ -51,6 +51,10 @@ public:
     void EndLooks() noexcept override;
     bool GetLook(INode* node, NodeLook& look) noexcept override;
     bool GetBranch(INode* node, NodeBranch& branch) noexcept override;
+    bool GetJoint(INode* node, NodeJoint& joint) noexcept override;
+    std::optional<Matrix3> GetMotion(INode* node,
+                                     const NodeJoint::Values& values) noexcept override;
+    bool SetJoint(INode* node, const NodeJoint::Values& values) noexcept override;
     INode* GetInstanced(INode* node) noexcept override;
     INode* GetWhole(INode* node) noexcept override;
     bool IsOnlyInstanced(INode* node) noexcept override;
@@ -65,11 +69,16 @@ private:
         float alpha = 1;
     };
 
+    struct LineStyle {
+        std::int32_t width = 1;
+        std::uint16_t pattern = 0xFFFF;
+    };
+
     /// What the nodes of one database share.
     struct Database {
         std::map<std::int32_t, Material> materials;
         std::map<std::int32_t, std::string> textures;
-        std::map<std::int32_t, std::int32_t> lineWidths;
+        std::map<std::int32_t, LineStyle> lineStyles;
         std::map<std::int32_t, LightPointLook> appearances;
         std::map<std::int32_t, FltLightPointAnimation> animations;
         FltColorPalette colors;
@@ -107,6 +116,7 @@ private:
     static bool describeLight(INode& node, NodeLook& look);
     bool describeIndexedPoint(INode& node, NodeLook& look);
     bool readMesh(INode& node);
+    void readPool(const fltkilnutil::SourceRecords& kept);
     bool describeSwitch(INode& node, NodeBranch& branch);
     bool describeLod(INode& node, NodeBranch& branch);
     bool describeObject(INode& node, NodeBranch& branch);
@@ -133,6 +143,8 @@ private:
     FltLod lod_;
     FltObject object_;
     FltMesh mesh_;
+    FltLocalVertexPool pool_;  ///< of the node asked for last
+    std::vector<std::uint8_t> poolBody_;
     FltLightPoint lightPoint_;
     FltMultiTexture multiTexture_;
     FltUvList uvList_;

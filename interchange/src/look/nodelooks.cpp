@@ -76,19 +76,31 @@ std::optional<Matrix3> frameOf(const FltDof& dof) {
     return IsInvertible(frame) ? std::optional(frame) : std::nullopt;
 }
 
-/// How it moves what is below it; none when it does not, or by numbers that are not finite.
-std::optional<Matrix3> motionOf(const FltDof& dof) {
+static_assert(std::size(kFltDofMotions) == NodeJoint::kMotions);
+
+/// A scale of 0 is none.
+double shownValue(const FltDofMotion& motion, double value) {
+    return motion.isScale && value == 0 ? 1 : value;
+}
+
+NodeJoint::Values valuesOf(const FltDof& dof) {
+    NodeJoint::Values values{};
+    for (std::size_t i = 0; i < values.size(); ++i)
+        values[i] = shownValue(kFltDofMotions[i], dof.*kFltDofMotions[i].current);
+    return values;
+}
+
+/// How it moves what is below it by these values; none when it does not, or by numbers that are not
+/// finite.
+std::optional<Matrix3> motionOf(const FltDof& dof, const NodeJoint::Values& values) {
     const std::optional<Matrix3> frame = frameOf(dof);
     if (!frame) return std::nullopt;
     const auto radians = [](double degrees) { return degrees * (std::numbers::pi / 180); };
-    const auto factor = [](double scale) { return scale == 0 ? 1 : scale; };
-    const Matrix3 motion =
-        RotAngleAxisMatrix({1, 0, 0}, radians(dof.pitchCurrent)) *
-        RotAngleAxisMatrix({0, 1, 0}, radians(dof.rollCurrent)) *
-        RotAngleAxisMatrix({0, 0, 1}, radians(dof.yawCurrent)) *
-        ScaleMatrix(
-            {factor(dof.xScaleCurrent), factor(dof.yScaleCurrent), factor(dof.zScaleCurrent)}) *
-        TransMatrix({dof.xTranslationCurrent, dof.yTranslationCurrent, dof.zTranslationCurrent});
+    const Matrix3 motion = RotAngleAxisMatrix({1, 0, 0}, radians(values[3])) *
+                           RotAngleAxisMatrix({0, 1, 0}, radians(values[4])) *
+                           RotAngleAxisMatrix({0, 0, 1}, radians(values[5])) *
+                           ScaleMatrix({values[6], values[7], values[8]}) *
+                           TransMatrix({values[0], values[1], values[2]});
     if (motion.IsIdentity() || !IsInvertible(motion)) return std::nullopt;
     return Inverse(*frame) * motion * *frame;
 }
@@ -193,7 +205,7 @@ bool NodeLooks::GetBranch(INode* node, NodeBranch& branch) noexcept {
                 return describeSwitch(*node, branch);
             case FltNodeKind::Dof:
                 if (!fltGetRecord(node, dof_)) return false;
-                branch.motion = motionOf(dof_);
+                branch.motion = motionOf(dof_, valuesOf(dof_));
                 return branch.motion.has_value();
             case FltNodeKind::Lod:
                 return describeLod(*node, branch);
@@ -204,6 +216,53 @@ bool NodeLooks::GetBranch(INode* node, NodeBranch& branch) noexcept {
         }
     } catch (...) {
         branch = {};
+        return false;
+    }
+}
+
+bool NodeLooks::GetJoint(INode* node, NodeJoint& joint) noexcept {
+    try {
+        if (node == nullptr || kindOf(node) != FltNodeKind::Dof || !fltGetRecord(node, dof_))
+            return false;
+        joint.values = valuesOf(dof_);
+        for (std::size_t i = 0; i < joint.motions.size(); ++i) {
+            const FltDofMotion& motion = kFltDofMotions[i];
+            joint.motions[i] = {motion.isLimited(dof_), dof_.*motion.least, dof_.*motion.greatest,
+                                dof_.*motion.increment};
+        }
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+std::optional<Matrix3> NodeLooks::GetMotion(INode* node, const NodeJoint::Values& values) noexcept {
+    try {
+        if (node == nullptr || kindOf(node) != FltNodeKind::Dof || !fltGetRecord(node, dof_))
+            return std::nullopt;
+        NodeJoint::Values shown = values;
+        for (std::size_t i = 0; i < shown.size(); ++i)
+            shown[i] = shownValue(kFltDofMotions[i], shown[i]);
+        return motionOf(dof_, shown);
+    } catch (...) {
+        return std::nullopt;
+    }
+}
+
+/// What already shows so stays as it is.
+bool NodeLooks::SetJoint(INode* node, const NodeJoint::Values& values) noexcept {
+    try {
+        FltDof dof;
+        if (node == nullptr || kindOf(node) != FltNodeKind::Dof || !fltGetRecord(node, dof))
+            return false;
+        if (!std::ranges::all_of(values, [](double value) { return std::isfinite(value); }))
+            return false;
+        const NodeJoint::Values before = valuesOf(dof);
+        if (values == before) return true;
+        for (std::size_t i = 0; i < values.size(); ++i)
+            if (values[i] != before[i]) dof.*kFltDofMotions[i].current = values[i];
+        return fltPutRecord(node, dof);
+    } catch (...) {
         return false;
     }
 }
@@ -259,6 +318,22 @@ bool NodeLooks::describeLightSystem(INode& node, NodeBranch& branch) {
     return true;
 }
 
+/// The vertices of a mesh to `pool_`, the records that go on with them included.
+void NodeLooks::readPool(const SourceRecords& kept) {
+    pool_.mask = 0;
+    pool_.vertices.clear();
+    if (kept.record.empty() || kept.record.opcode() != kFltMesh) return;
+    const auto isPool = [](const SourceRecord& entry) {
+        return !entry.isOpaque && entry.record.opcode() == kFltLocalVertexPool;
+    };
+    auto entry = std::ranges::find_if(kept.attached, isPool);
+    if (entry == kept.attached.end()) return;
+    poolBody_.assign(entry->record.body().begin(), entry->record.body().end());
+    while (++entry != kept.attached.end() && entry->record.opcode() == kFltContinuation)
+        poolBody_.insert(poolBody_.end(), entry->record.body().begin(), entry->record.body().end());
+    pool_.readBody(poolBody_);
+}
+
 /// The layers above the texture, with their coordinates where the file has them for each corner.
 void NodeLooks::describeLayers(INode& node, const Database& database, NodeLook& look) {
     if (sourceChunk(node, SourceChunk::records).empty()) return;
@@ -282,6 +357,7 @@ void NodeLooks::describeLayers(INode& node, const Database& database, NodeLook& 
     const std::size_t each = corners > 0 ? uvList_.coordinates.size() / corners : 0;
     const bool fits = step > 0 && (each == step || each == 2 * step) &&
                       uvList_.coordinates.size() == corners * each;
+    readPool(kept);
     std::size_t ofLayers = 0, ofCoordinates = 0;
     for (std::size_t i = 0; i < NodeLook::kMostLayers; ++i) {
         const std::uint32_t bit = 0x80000000U >> i;
@@ -297,6 +373,10 @@ void NodeLooks::describeLayers(INode& node, const Database& database, NodeLook& 
         for (std::size_t k = 0; fits && (uvList_.mask & bit) != 0 && k < corners; ++k) {
             const FltTextureCoordinates& uv = uvList_.coordinates[k * each + place * (each / step)];
             places.insert(places.end(), {uv.u, uv.v});
+        }
+        if ((pool_.mask & (kFltPoolBaseTexture >> (i + 1))) != 0) {
+            for (const FltPoolVertex& vertex : pool_.vertices)
+                places.insert(places.end(), {vertex.texture[i + 1].u, vertex.texture[i + 1].v});
         }
         added = {texture->second.c_str(), places.data(), places.size() / 2};
     }
@@ -473,7 +553,7 @@ void NodeLooks::addLineStyle(const FltRecordView& record, Database& database) {
     FltLineStyle style;
     if (record.length() < style.lengthThrough(&style.width)) return;
     style.readBytes(record.bytes(), 0);
-    database.lineWidths.emplace(style.index, style.width);
+    database.lineStyles.emplace(style.index, LineStyle{style.width, style.pattern});
 }
 
 /// The alternate color of a face or a mesh: its packed one, or the one that it names in the
@@ -530,8 +610,11 @@ void NodeLooks::describe(const Record& record, INode& node, NodeLook& look) {
         if (color) look.color = colorOf(*color);
     }
     if (const Database* const lines = databaseFor(&Overrides::lineStyles, family.database)) {
-        const auto line = lines->lineWidths.find(record.lineStyleIndex);
-        if (line != lines->lineWidths.end()) look.lineWidth = static_cast<float>(line->second);
+        const auto line = lines->lineStyles.find(record.lineStyleIndex);
+        if (line != lines->lineStyles.end()) {
+            look.lineWidth = static_cast<float>(line->second.width);
+            look.linePattern = line->second.pattern;
+        }
     }
     const Database* const materials = databaseFor(&Overrides::materials, family.database);
     if (materials == nullptr) return;

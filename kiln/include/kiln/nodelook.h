@@ -4,6 +4,7 @@
 #include <kiln/geometry.h>
 #include <kiln/platform.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -98,7 +99,9 @@ struct NodeLook {
     int layer = 0;
     SurfaceStyle style = SurfaceStyle::kBothSides;
     SurfaceFacing facing = SurfaceFacing::kFixed;
-    float lineWidth = 1;                ///< of outlines, in pixels
+    float lineWidth = 1;  ///< of outlines, in pixels
+    /// Of outlines: a bit for each pixel along a line, the lowest first, again and again.
+    std::uint16_t linePattern = 0xFFFF;
     std::optional<LightColor> outline;  ///< with kSurfaceAndOutline; nothing for the node's color
 
     LightColor specular;  ///< which light is thrown back like by a mirror
@@ -142,6 +145,23 @@ struct NodeBranch {
     bool atNight = true;
 };
 
+/// How a node may move what hangs below it, in a frame of its own. There are nine motions: along
+/// the frame's axes, in the node's units; about them, in degrees (pitch about x, roll about y, yaw
+/// about z); and by factors along them. Of each three x comes before y before z.
+struct NodeJoint {
+    static constexpr std::size_t kMotions = 9, kFirstAngle = 3, kFirstScale = 6;
+    using Values = std::array<double, kMotions>;
+
+    struct Motion {
+        bool isLimited = false;
+        double least = 0, greatest = 0;  ///< where it is limited; as its author has them
+        double step = 0;                 ///< by which its author would move it; 0 for none
+    };
+
+    Values values{};  ///< those of now; a factor of 1 leaves things as they are
+    std::array<Motion, kMotions> motions;
+};
+
 /// What a node shows of another file. Both texts are UTF-8 and stay the source's, until `EndLooks`
 /// or the next question.
 struct NodeReference {
@@ -167,6 +187,21 @@ public:
     /// Puts what the node decides for all below it into `branch`, which is as constructed; false
     /// for nothing.
     virtual bool GetBranch(INode* node, NodeBranch& branch) noexcept = 0;
+    /// Puts how the node may move what hangs below it into `joint`, which is as constructed; false
+    /// for a node that moves nothing. To be asked at any time.
+    virtual bool GetJoint(INode* node, NodeJoint& joint) noexcept {
+        return (void)node, (void)joint, false;
+    }
+    /// `NodeBranch::motion` as it would be with these values. To be asked at any time.
+    virtual std::optional<Matrix3> GetMotion(INode* node,
+                                             const NodeJoint::Values& values) noexcept {
+        return (void)node, (void)values, std::nullopt;
+    }
+    /// Makes the values those of now, as a change of the scene. False, and nothing has changed, for
+    /// a node without a joint, values that are not finite, or without memory.
+    virtual bool SetJoint(INode* node, const NodeJoint::Values& values) noexcept {
+        return (void)node, (void)values, false;
+    }
     /// The node whose mesh and subtree this one shows too, as if it stood in this one's place; null
     /// for a node that stands for itself alone. Following these may lead in a circle.
     virtual INode* GetInstanced(INode* node) noexcept = 0;

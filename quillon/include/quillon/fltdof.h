@@ -75,6 +75,7 @@ struct FltDofMotion {
     double FltDof::*least;
     double FltDof::*greatest;
     double FltDof::*current;
+    double FltDof::*increment;
     bool isScale = false;
 
     bool isLimited(const FltDof& dof) const noexcept {
@@ -84,15 +85,21 @@ struct FltDofMotion {
 
 inline constexpr FltDofMotion kFltDofMotions[] = {
     {"x", 0x80000000, &FltDof::xTranslationMin, &FltDof::xTranslationMax,
-     &FltDof::xTranslationCurrent},
+     &FltDof::xTranslationCurrent, &FltDof::xTranslationIncrement},
     {"y", 0x40000000, &FltDof::yTranslationMin, &FltDof::yTranslationMax,
-     &FltDof::yTranslationCurrent},
+     &FltDof::yTranslationCurrent, &FltDof::yTranslationIncrement},
     {"z", 0x20000000, &FltDof::zTranslationMin, &FltDof::zTranslationMax,
-     &FltDof::zTranslationCurrent},
-    {"pitch", 0x10000000, &FltDof::pitchMin, &FltDof::pitchMax, &FltDof::pitchCurrent},
-    {"roll", 0x08000000, &FltDof::rollMin, &FltDof::rollMax, &FltDof::rollCurrent},
-    {"yaw", 0x04000000, &FltDof::yawMin, &FltDof::yawMax, &FltDof::yawCurrent},
-    {"x scale", 0x02000000, &FltDof::xScaleMin, &FltDof::xScaleMax, &FltDof::xScaleCurrent, true},
-    {"y scale", 0x01000000, &FltDof::yScaleMin, &FltDof::yScaleMax, &FltDof::yScaleCurrent, true},
-    {"z scale", 0x00800000, &FltDof::zScaleMin, &FltDof::zScaleMax, &FltDof::zScaleCurrent, true},
+     &FltDof::zTranslationCurrent, &FltDof::zTranslationIncrement},
+    {"pitch", 0x10000000, &FltDof::pitchMin, &FltDof::pitchMax, &FltDof::pitchCurrent,
+     &FltDof::pitchIncrement},
+    {"roll", 0x08000000, &FltDof::rollMin, &FltDof::rollMax, &FltDof::rollCurrent,
+     &FltDof::rollIncrement},
+    {"yaw", 0x04000000, &FltDof::yawMin, &FltDof::yawMax, &FltDof::yawCurrent,
+     &FltDof::yawIncrement},
+    {"x scale", 0x02000000, &FltDof::xScaleMin, &FltDof::xScaleMax, &FltDof::xScaleCurrent,
+     &FltDof::xScaleIncrement, true},
+    {"y scale", 0x01000000, &FltDof::yScaleMin, &FltDof::yScaleMax, &FltDof::yScaleCurrent,
+     &FltDof::yScaleIncrement, true},
+    {"z scale", 0x00800000, &FltDof::zScaleMin, &FltDof::zScaleMax, &FltDof::zScaleCurrent,
+     &FltDof::zScaleIncrement, true},
 };

@@ -14,6 +14,7 @@
 #include <span>
 #include <string>
 #include <tuple>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -25,6 +26,9 @@ struct SceneCounts {
     int hidden = 0;         ///< nodes that are hidden themselves
     std::size_t faces = 0;  ///< polygons shown
 };
+
+/// Where joints are shown in place of what the scene says of them, by the handles of their nodes.
+using Poses = std::unordered_map<DWORD, NodeJoint::Values>;
 
 /// Keeps a model and the node behind each of its items. Node pointers are those of the scene at the
 /// last `build`.
@@ -44,6 +48,14 @@ public:
     /// what is below them alone. False when that is not enough, or would be no faster: the model is
     /// then good for nothing until the next `build`. Throws `std::bad_alloc`, and then likewise.
     bool follow(Interface& host, std::span<INode* const> changed);
+    /// Has joints of the scene shown in these poses, and the others as the scene says, from the
+    /// next `build` or `followPoses` on.
+    void setPoses(Poses poses);
+    /// Takes over the poses since the last `build`: what they move is moved, and nothing is read of
+    /// it but its mesh. False when that is not enough, as where instances show what is moved; the
+    /// model is then good for nothing until the next `build`. Throws `std::bad_alloc`, and then
+    /// likewise.
+    bool followPoses(Interface& host);
     /// Takes over which nodes are selected, when nothing else has changed since `build`.
     void updateSelection();
     /// Whether pictures or files that are referred to have changed on disk since they were read:
@@ -106,7 +118,6 @@ private:
         Box subtree = {};
         bool elsewhere = false;       ///< in what is seen only where instances show it
         bool isOff = false;           ///< a switch above does not show it
-        bool hasLights = false;       ///< itself, or in what it shows
         bool isMeasured = false;      ///< its range counts from the middle of its subtree
         std::uint32_t inherited = 0;  ///< index among what is inherited
         std::uint32_t below = 0;      ///< the same of what its children have from it; 0: nothing
@@ -114,6 +125,7 @@ private:
         std::uint32_t firstChild = 0, childCount = 0;  ///< positions among the visits
         std::size_t faces = 0;
         const Object* object = nullptr;
+        std::uint32_t firstLight = 0, lightCount = 0;  ///< its own, and those of what it shows
     };
 
     /// What is read into one model: the scene, or what instances and references show of it.
@@ -155,6 +167,11 @@ private:
     void boundAbove(Reading& scene, std::size_t at, Box before);
     void indexVisits();
     std::size_t visitOf(const INode* node) const;
+    const NodeJoint::Values* poseOf(const Reading& reading, INode& node) const;
+    bool passDown(Reading& scene, std::size_t at, bool isPosed);
+    bool moveVisit(Reading& scene, std::size_t at);
+    bool moveNode(const Reading& scene, const Visit& visit, const Matrix3& place);
+    bool moveLights(const Visit& visit, const Matrix3& place);
     std::uint32_t inheritanceOf(Reading& reading, std::size_t at, const NodeBranch& branch);
     void addRange(Reading& reading, std::size_t at, const ViewRange& range, Inherited& below);
     bool isElsewhere(const Reading& reading, std::size_t at) const;
@@ -204,8 +221,12 @@ private:
     std::map<SharedKey, Shared> referenced_;  // of files, as long as none is read
     std::uint64_t filesRead_ = 0;             // when `referenced_` was made
     std::size_t nodesInstanced_ = 0, mostInstanced_ = 0, cut_ = 0;
-    std::vector<char> chosen_;      // by visit: selected, or below what is
-    std::vector<Finish> finishes_;  // working memory
+    Poses poses_;
+    std::vector<DWORD> newlyPosed_;  // or no more, since what is shown was read
+    std::vector<Vec3d> places_;      // working memory
+    std::vector<Vec3> normals_;      // the same
+    std::vector<char> chosen_;       // by visit: selected, or below what is
+    std::vector<Finish> finishes_;   // working memory
     SceneCounts counts_;
 };
 

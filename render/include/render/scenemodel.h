@@ -64,7 +64,9 @@ struct Surface {
     std::int8_t layer = 0;  ///< drawn over surfaces of lower layers in the same place
     DrawStyle style = DrawStyle::kBothSides;
     Facing facing = Facing::kFixed;
-    std::uint8_t lineWidth = 1;        ///< of an outline, in pixels
+    std::uint8_t lineWidth = 1;  ///< of an outline, in pixels
+    /// Which pixels of an outline are drawn: a bit for each, the lowest first, again and again.
+    std::uint16_t linePattern = 0xFFFF;
     Color outline = 0;                 ///< with kSurfaceAndOutline
     const Texture* texture = nullptr;  ///< not owned; for triangles with texture coordinates
     std::uint32_t layers = 0;          ///< their number in the model; 0 for none
@@ -199,6 +201,18 @@ public:
     /// Brings up to date what the model says of all its items, after some of them were reopened.
     /// False when they do not fit in: the model then has to be built anew.
     bool endReopening();
+    /// Moves items that are closed, until `endMoving`; nothing but `move...` is called meanwhile.
+    /// Each is false where there is another number of things than the item has, or one that is not
+    /// finite: the model then has to be built anew.
+    ///
+    /// The item's vertices, and their normals where they have some.
+    bool moveItem(ItemIndex item, std::span<const Vec3d> vertices, std::span<const Vec3> normals);
+    /// Afterwards, the item's marks. No normals, or one for each.
+    bool moveMarks(ItemIndex item, std::span<const Vec3d> places, std::span<const Vec3> normals);
+    std::size_t markCount(ItemIndex item) const { return marksOf(item).size(); }
+    bool movePlacement(ItemIndex item, const Place& place);
+    bool moveLight(std::size_t light, Vec3d position, Vec3 direction);
+    void endMoving();
     /// Adds a vertex of the current item, in world space; returns its index within the item.
     std::uint32_t addVertex(Vec3d world);
     /// Sets the finishes of the current item's vertices, one for each in their order. Called once
@@ -302,6 +316,9 @@ private:
         bool hasMark = false;  ///< that nothing has taken the place of
     };
 
+    std::span<const Mark> marksOf(ItemIndex item) const;
+    void measure(Item& item) const;
+    void addUpBlocks();
     void dropDoubleEdges(const Item& item);
     void takeOldPlace(Item& item);
     void replaceMark(const Mark& mark);
@@ -345,7 +362,9 @@ private:
     bool fits_ = true;                 // all that was reopened
     std::size_t waste_ = 0;            // what no item has any more
     std::vector<SeenEdge> seenEdges_;  // working memory
-    Box box_;                          // of surfaces and shownMarkBox_
+    std::vector<std::size_t> moved_;   // items, and then their blocks
+    bool marksMoved_ = false;
+    Box box_;  // of surfaces and shownMarkBox_
     Box shownMarkBox_, helperBox_;
 };
 

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <span>
+#include <utility>
 
 namespace workbench {
 
@@ -41,12 +42,18 @@ public:
     /// Whether what the last model shows changes with time.
     bool changes() const { return feed_.model().changes(); }
 
+    /// Shows joints in these poses, and the others as the scene says; who looks then draws anew.
+    void pose(render::Poses poses) { feed_.setPoses(std::move(poses)); }
+    /// The box of what is selected, and below it, in the last model; empty without any.
+    render::Box selectedBox() const { return feed_.model().selectedBox(); }
+
     /// To be told when the set of selected nodes has changed.
     void selectionChanged();
     /// Forgets the nodes, which are about to go.
     void forget() { feed_.clear(); }
     /// While the scene is half-done what was read last is shown.
     void hold(bool held);
+    bool isHeld() const { return held_; }
 
 private:
     bool isCurrent() const { return isRead_ && !watch_.HasChanged(); }

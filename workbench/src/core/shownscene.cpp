@@ -28,6 +28,9 @@ const render::SceneModel& ShownScene::model() {
         feed_.updateSelection();
     }
     selectionChanged_ = false;
+    isRead_ = false;
+    if (!feed_.followPoses(host_)) feed_.build(host_);
+    isRead_ = true;
     return feed_.model();
 }
 
