@@ -28,6 +28,15 @@
 #define IDC_LEVELS_NEARER 1072
 #define IDC_LEVELS_FARTHER 1073
 #define IDC_LEVELS_ALL 1074
+#define IDD_JOINTS 117
+#define IDC_JOINTS_TITLE 1090
+#define IDC_JOINTS_KEEP 1091
+#define IDC_JOINTS_BACK 1092
+#define IDC_JOINTS_PLAY 1093
+#define IDC_JOINTS_LABELS 1100  /* and the numbers after it, one for each motion */
+#define IDC_JOINTS_SLIDERS 1110 /* the same */
+#define IDC_JOINTS_FIELDS 1120  /* the same */
+#define IDC_JOINTS_LIMITS 1130  /* the same */
 #define IDD_SEARCH_FOLDERS 116
 #define IDC_SEARCH_LIST 1080
 #define IDC_SEARCH_FOLDER 1081
@@ -95,6 +104,7 @@
 #define CMD_VIEW_DUSK 1235
 #define CMD_VIEW_NIGHT 1236
 #define CMD_VIEW_LEVELS 1237
+#define CMD_VIEW_JOINTS 1238
 #define CMD_VIEW_CHINESE 1240
 #define CMD_VIEW_ENGLISH 1241
 

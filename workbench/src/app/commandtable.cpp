@@ -79,6 +79,7 @@ ACCEL kSceneKeys[] = {
     {kPlain, VK_F4, CMD_VIEW_WIREFRAME},
     {kPlain, 'G', CMD_VIEW_GRID},
     {kCtrl, 'L', CMD_VIEW_LEVELS},
+    {kCtrl, 'J', CMD_VIEW_JOINTS},
     {kPlain, '1', CMD_VIEW_RECALL},
     {kPlain, '2', CMD_VIEW_RECALL + 1},
     {kPlain, '3', CMD_VIEW_RECALL + 2},
@@ -271,6 +272,7 @@ void CommandTable::addViewCommands() {
         };
     }
     actions_[CMD_VIEW_LEVELS] = [this] { targets_.toggleLevels(); };
+    actions_[CMD_VIEW_JOINTS] = [this] { targets_.toggleJoints(); };
     for (const auto& [command, mode] : {std::pair{CMD_VIEW_SHADED, render::DrawMode::kShaded},
                                         {CMD_VIEW_SHADED_EDGES, render::DrawMode::kShadedEdges},
                                         {CMD_VIEW_WIREFRAME, render::DrawMode::kWireframe}})

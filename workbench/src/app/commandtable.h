@@ -33,6 +33,7 @@ struct CommandTargets {
     std::function<void()> toggleHistory;        ///< shows the list of steps, or hides it
     std::function<void()> toggleTransform;      ///< shows the fields for moving, or hides them
     std::function<void()> toggleLevels;         ///< shows the levels of detail, or hides them
+    std::function<void()> toggleJoints;         ///< shows the degrees of freedom, or hides them
     std::function<void()> openGuide;            ///< at the place of the window with the keyboard
     std::function<void()> togglePickWholes;     ///< between objects and faces, for a click
     std::function<void(base::Language)> speak;  ///< has all windows speak that language

@@ -92,10 +92,12 @@ MainWindow::MainWindow(kiln::Core& core, Settings& settings)
       transform_(core.hostInterface(), snap_),
       levels_(core.hostInterface(), panes_.viewport(),
               [this] { commands_.run(CMD_EDIT_UNHIDE_ALL); }),
+      joints_(core.hostInterface(), view_.scene(), panes_.viewport()),
       commands_({*this, core, files_, scripts_, view_, panes_.viewport(), utilities_, views_,
                  references_, [this] { toggleSnap(); }, [this] { toggleHistory(); },
                  [this] { transform_.toggle(Handle(), viewport().WindowRect()); },
                  [this] { levels_.toggle(Handle(), viewport().WindowRect()); },
+                 [this] { joints_.toggle(Handle(), viewport().WindowRect()); },
                  [this] { showGuide(); }, [this] { togglePickWholes(); },
                  [this](base::Language language) { speak(language); }}),
       menu_(*this, core, panes_.viewport(), scripts_, views_, references_),
@@ -177,6 +179,7 @@ void MainWindow::speak(base::Language language) {
     history_.followLanguage();
     transform_.followLanguage();
     levels_.followLanguage();
+    joints_.followLanguage();
     viewport().redraw();
     ::RedrawWindow(Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
     if (!::GetFocus()) viewport().SetFocus();
@@ -280,12 +283,16 @@ void MainWindow::finishTyping() {
 
 void MainWindow::noteChange(const NotifyInfo& change) {
     files_.followScene(change);
-    if (change.intcode == NOTIFY_SELECTION_CHANGED) view_.scene().selectionChanged();
+    if (change.intcode == NOTIFY_SELECTION_CHANGED) {
+        view_.scene().selectionChanged();
+        joints_.selectionChanged();
+    }
     if (change.intcode == NOTIFY_SCENE_PRE_CLEAR) {
         viewport().endDrag();
         sceneIsOther_ = true;
         viewport().forgetHovered();
         view_.scene().forget();
+        joints_.forget();
     }
     if (change.intcode == NOTIFY_HISTORY_CHANGED) historyChanged_ = true;
     refreshFrame();
@@ -350,6 +357,7 @@ LRESULT MainWindow::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             refreshStatus();
             transform_.refresh();
             levels_.refresh();
+            joints_.refresh();
             followViews();
             // Only then: what the user looks at in the list stays in hand meanwhile.
             if (std::exchange(historyChanged_, false)) history_.refresh();

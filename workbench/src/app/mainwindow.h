@@ -2,6 +2,7 @@
 #pragma once
 
 #include "../ui/historywindow.h"
+#include "../ui/jointswindow.h"
 #include "../ui/levelswindow.h"
 #include "../ui/transformdialog.h"
 #include "commandtable.h"
@@ -130,6 +131,7 @@ private:
     HistoryWindow history_;
     TransformDialog transform_;
     LevelsWindow levels_;
+    JointsWindow joints_;
     CommandTable commands_;
     MenuBar menu_;
     HostSide hostSide_;

@@ -5,12 +5,10 @@
 
 #include <framework/cwaitcursor.h>
 #include <kiln/undo.h>
+#include <workbench/numbers.h>
 #include <workbench/texts.h>
 #include <workbench/transforms.h>
 
-#include <charconv>
-#include <cmath>
-#include <cstdio>
 #include <string>
 #include <utility>
 
@@ -24,12 +22,6 @@ enum Row { kPlace, kMove, kRotate, kScale, kRowCount };
 
 constexpr int fieldOf(int row, int axis) {
     return IDC_TRANSFORM_FIELDS + row * 3 + axis;
-}
-
-std::string shortest(double value) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.7g", value + 0.0);
-    return text;
 }
 
 }  // namespace
@@ -53,14 +45,14 @@ bool TransformDialog::OnInitDialog() {
     setRow(kMove, {});
     setRow(kRotate, {});
     setRow(kScale, {1, 1, 1});
-    SetItemText(IDC_TRANSFORM_STEP, shortest(snap_.step));
+    SetItemText(IDC_TRANSFORM_STEP, shortNumber(snap_.step));
     EnableToolTips();
     return true;
 }
 
 void TransformDialog::setRow(int row, const Point3& point) {
     const double values[] = {point.x, point.y, point.z};
-    for (int axis = 0; axis < 3; ++axis) SetItemText(fieldOf(row, axis), shortest(values[axis]));
+    for (int axis = 0; axis < 3; ++axis) SetItemText(fieldOf(row, axis), shortNumber(values[axis]));
 }
 
 // What is being typed stays, unless the node has moved.
@@ -80,21 +72,8 @@ void TransformDialog::followLanguage() {
     if (HasWindow()) FollowLanguage();
 }
 
-std::optional<double> TransformDialog::readNumber(int id) const {
-    const std::string text = ItemText(id);
-    const char* first = text.data();
-    const char* const last = first + text.size();
-    while (first != last && *first == ' ') ++first;
-    if (first != last && *first == '+') ++first;
-    double value = 0;
-    const auto [rest, error] = std::from_chars(first, last, value);
-    const bool ends = std::string(rest, last).find_first_not_of(' ') == std::string::npos;
-    return error == std::errc() && ends && std::isfinite(value) ? std::optional(value)
-                                                                : std::nullopt;
-}
-
 std::optional<double> TransformDialog::numberIn(int id) {
-    if (const std::optional<double> value = readNumber(id)) return value;
+    if (const std::optional<double> value = numberOf(ItemText(id))) return value;
     ::MessageBeep(MB_ICONWARNING);
     ::SetFocus(Item(id));
     ::SendMessageW(Item(id), EM_SETSEL, 0, -1);
@@ -145,7 +124,8 @@ bool TransformDialog::takeGrid(int id, UINT code) {
         return true;
     }
     if (id != IDC_TRANSFORM_STEP || code != EN_CHANGE) return false;
-    if (const std::optional<double> step = readNumber(id); step && *step > 0) snap_.step = *step;
+    if (const std::optional<double> step = numberOf(ItemText(id)); step && *step > 0)
+        snap_.step = *step;
     return true;
 }
 

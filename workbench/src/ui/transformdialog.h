@@ -36,9 +36,7 @@ protected:
 private:
     void apply(int row);
     std::optional<Point3> pointIn(int row);
-    /// The number in a field; nothing where there is none.
-    std::optional<double> readNumber(int id) const;
-    /// The same; where there is none the field is marked.
+    /// The number in a field; where there is none the field is marked.
     std::optional<double> numberIn(int id);
     bool takeGrid(int id, UINT code);
     void setRow(int row, const Point3& point);
