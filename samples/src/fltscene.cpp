@@ -177,10 +177,14 @@ private:
     static FltTextureCoordinates textureAt(const Node& node, std::size_t i) {
         // Around the picture.
         if (node.isStretched_) return {i == 1 || i == 2 ? 1.F : 0.F, i > 1 ? 1.F : 0.F};
-        constexpr double kTextureSide = 8;  // metres, seen from above or from a side
+        // Seen from above, or from the side that the face looks to.
+        constexpr double kTextureSide = 8;  // metres
         const Point& point = node.points_[i];
-        return {static_cast<float>((point.x + point.y) / kTextureSide),
-                static_cast<float>((point.y + point.z) / kTextureSide)};
+        const Point normal = normalOf(node.points_);
+        const double x = std::abs(normal.x), y = std::abs(normal.y), z = std::abs(normal.z);
+        const bool isWall = z < std::max(x, y);
+        return {static_cast<float>((isWall && x > y ? point.y : point.x) / kTextureSide),
+                static_cast<float>((isWall ? point.z : point.y) / kTextureSide)};
     }
 
     /// Without a normal where that is null.

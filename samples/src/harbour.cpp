@@ -42,12 +42,13 @@ enum Color : std::uint32_t {
     kWater,
     kLamp,
     kGreen,
-    kGrass
+    kGrass,
+    kDark
 };
-const std::vector<Rgb> kColors = {{240, 240, 236}, {150, 148, 140}, {222, 206, 180},
-                                  {172, 84, 66},   {120, 92, 62},   {120, 132, 142},
-                                  {196, 52, 44},   {236, 190, 60},  {70, 110, 140},
-                                  {255, 244, 200}, {80, 240, 120},  {104, 142, 78}};
+const std::vector<Rgb> kColors = {{240, 240, 236}, {150, 148, 140}, {222, 206, 180}, {172, 84, 66},
+                                  {120, 92, 62},   {120, 132, 142}, {196, 52, 44},   {236, 190, 60},
+                                  {70, 110, 140},  {255, 244, 200}, {80, 240, 120},  {104, 142, 78},
+                                  {34, 30, 28}};
 
 enum Texture : std::int16_t {
     kNone = -1,
@@ -90,8 +91,9 @@ FltScene sceneOf(std::string_view id, const std::string& textures) {
     return scene;
 }
 
-void refer(Node& parent, std::string_view file, const Matrix& place) {
+void refer(Node& parent, std::string_view file, const Matrix& place, std::uint32_t overrides = 0) {
     FltXRef reference;
+    reference.flags = static_cast<std::int32_t>(overrides);
     fltSetText(reference.fileName, file);
     parent.add(reference).transform(place);
 }
@@ -266,8 +268,8 @@ FltScene trees() {
 FltScene door() {
     FltScene scene = sceneOf("door", "../../pictures/");
     Node& leaf =
-        scene.root.add(hinge("hinge", {-0.6, 0, 0}, 0, 110, 50)).add(named<FltObject>("leaf"));
-    addBlock(leaf, rectangle(-0.6, -0.05, 0.6, 0.05, 0), 2.1, kWood, kPlanks, kWood, kNone);
+        scene.root.add(hinge("hinge", {-0.6, 0, 0}, -110, 0, -50)).add(named<FltObject>("leaf"));
+    addBlock(leaf, rectangle(-0.6, -0.05, 0.6, 0.05, 0), 2.1, kWhite, kPlanks, kWood, kNone);
     return scene;
 }
 
@@ -302,9 +304,9 @@ FltScene house() {
         Node& level = scene.root.add(lod);
         Node& shape = level.add(named<FltObject>("shape"));
         addBlock(shape, rectangle(-6, -4, 6, 4, 0), 6, kWall, kBricks, kRoof, kNone);
-        shape.addFace({{-6.4, -4.4, 5.8}, {6.4, -4.4, 5.8}, {6.4, 0, 9}, {-6.4, 0, 9}}, kRoof,
+        shape.addFace({{-6.4, -4.4, 5.8}, {6.4, -4.4, 5.8}, {6.4, 0, 9}, {-6.4, 0, 9}}, kWhite,
                       kTiles);
-        shape.addFace({{6.4, 4.4, 5.8}, {-6.4, 4.4, 5.8}, {-6.4, 0, 9}, {6.4, 0, 9}}, kRoof,
+        shape.addFace({{6.4, 4.4, 5.8}, {-6.4, 4.4, 5.8}, {-6.4, 0, 9}, {6.4, 0, 9}}, kWhite,
                       kTiles);
         for (const double x : {-6., 6.})
             shape.addFace({{x, -4, 6}, {x, 4, 6}, {x, 0, 8.8}}, kWall, kBricks)
@@ -312,6 +314,9 @@ FltScene house() {
         if (!isNear) continue;
         for (const double x : {-4.6, -2.4, 2.4}) addWindow(level, x, 3.6);
         addWindow(level, 2.4, 1);
+        // It is dark behind the door.
+        shape.addFace({{-0.6, -4.03, 0}, {0.6, -4.03, 0}, {0.6, -4.03, 2.1}, {-0.6, -4.03, 2.1}},
+                      kDark);
         refer(level, "parts/door.flt", turnedAndMoved(0, 0, -4.06));
         // What the sign says is one of two things.
         auto sign = named<FltSwitch>("sign");
@@ -344,6 +349,35 @@ FltScene crane() {
     });
     addBlock(rope, rectangle(18.5, -1.2, 21.5, 1.2, 3), 2, kRed, kNone, kRed, kNone);
     return scene;
+}
+
+/// Its palette has another red than the harbour's.
+FltScene boat() {
+    FltScene scene = sceneOf("boat", "../pictures/");
+    scene.colors[kRed] = {40, 84, 160};
+    Node& hull = scene.root.add(named<FltObject>("hull"));
+    const Polygon keel = {{-5, -1, -2}, {4, -1, -2}, {6, 0, -2}, {4, 1, -2}, {-5, 1, -2}};
+    const Polygon rail = {{-6, -2, 0.4}, {4, -2, 0.4}, {8, 0, 0.4}, {4, 2, 0.4}, {-6, 2, 0.4}};
+    for (const Polygon& side : walls(keel, rail)) hull.addFace(side, kRed);
+    hull.addFace(rail, kWhite, kPlanks);
+    addBlock(hull, rectangle(-4.5, -1.2, -1, 1.2, 0.4), 1.8, kWhite, kNone, kRed, kNone);
+    return scene;
+}
+
+/// A bar across the quay, which lifts.
+void addBarrier(Node& parent) {
+    addBlock(parent.add(named<FltObject>("post")), rectangle(14.6, -21.4, 15.4, -20.6, 0), 1.2,
+             kSteel, kNone, kSteel, kNone);
+    auto lift = hinge("barrier", {15, -21, 1}, 0, 0, 0);
+    // About an axis along the quay, so that the bar goes up.
+    lift.pitchMax = 80;
+    lift.pitchCurrent = 25;
+    lift.pitchIncrement = 5;
+    lift.flags = 0x14000000;
+    Node& bar = parent.add(lift).add(named<FltObject>("bar"));
+    for (int i = 0; i < 5; ++i)
+        addBlock(bar, rectangle(14.85, -21 + 1.6 * i, 15.15, -19.4 + 1.6 * i, 0.9), 0.25,
+                 i % 2 == 0 ? kRed : kWhite, kNone, i % 2 == 0 ? kRed : kWhite, kNone);
 }
 
 FltScene lamp() {
@@ -388,6 +422,10 @@ FltScene lighthouse() {
     }
     addBlock(tower, ring(0, 0, 20, 2.4, 16), 0.4, kStone, kNone, kStone, kNone);
     Node& top = scene.root.add(named<FltObject>("top"));
+    for (int i = 0; i < 4; ++i) {
+        const double x = i % 2 == 0 ? 1.3 : -1.3, y = i < 2 ? 0.8 : -0.8;
+        addBlock(top, ring(x, y, 20.4, 0.1, 6), 2.2, kSteel, kNone, kSteel, kNone);
+    }
     addBlock(top, ring(0, 0, 22.6, 1.6, 12), 0.8, kRed, kNone, kRed, kNone);
     auto light = named<FltIndexedLightPoint>("beam");
     light.appearanceIndex = light.animationIndex = 0;
@@ -420,7 +458,7 @@ void addQuayLights(Node& parent) {
 FltScene town() {
     FltScene scene = sceneOf("harbour", "pictures/");
     Node& ground = scene.root.add(named<FltObject>("ground"));
-    ground.addFace(rectangle(-120, -120, 120, -30, -1.5), kWater, kWaves);
+    ground.addFace(rectangle(-120, -120, 120, -30, -1.5), kWhite, kWaves);
     ground.addFace(rectangle(-120, -30, 120, 120, 0), kGrass)
         .addSubface(rectangle(-120, -30, 120, -12, 0), kStone);
     for (const Polygon& wall :
@@ -429,9 +467,9 @@ FltScene town() {
     Node& jetty = scene.root.add(named<FltObject>("jetty"));
     const Polygon deck = rectangle(-4, -80, 4, -30, -1);
     for (const Polygon& side : walls(deck, raised(deck, 1)))
-        jetty.addFace(side, kWood, kPlanks).layered(kMoss, 2);
+        jetty.addFace(side, kWhite, kPlanks).layered(kMoss, 2);
     // From close by the planks show their grain.
-    jetty.addFace(raised(deck, 1), kWood, kPlanks).changeFace([](FltFace& face) {
+    jetty.addFace(raised(deck, 1), kWhite, kPlanks).changeFace([](FltFace& face) {
         face.detailTextureIndex = kGrain;
     });
     addQuayLights(scene.root);
@@ -447,6 +485,10 @@ FltScene town() {
         refer(places, "town\\lamp.flt", turnedAndMoved(0, -100 + 25 * i, -14));
     refer(places, "town/crane.flt", turnedAndMoved(-90, 40, -24));
     refer(places, "town/lighthouse.flt", turnedAndMoved(0, 0, -76));
+    // One as its own file has it, the other in the harbour's colors.
+    refer(places, "town/boat.flt", turnedAndMoved(90, 10, -52, -0.6));
+    refer(places, "town/boat.flt", turnedAndMoved(90, 18, -52, -0.6), kFltOverrideColors);
+    addBarrier(scene.root);
     refer(places, "ships/lost.flt", turnedAndMoved(0, -40, -60));
     return scene;
 }
@@ -459,6 +501,7 @@ void writeHarbour(const fs::path& folder) {
     writeSceneFile(door(), folder / "town/parts/door.flt");
     writeSceneFile(house(), folder / "town/house.flt");
     writeSceneFile(crane(), folder / "town/crane.flt");
+    writeSceneFile(boat(), folder / "town/boat.flt");
     writeSceneFile(lamp(), folder / "town/lamp.flt");
     writeSceneFile(lighthouse(), folder / "town/lighthouse.flt");
     writeSceneFile(town(), folder / "harbour.flt");
