@@ -1,6 +1,7 @@
 #include "scene.h"
 
 #include <algorithm>
+#include <span>
 
 #include "changes.h"
 #include "nodebytes.h"
@@ -39,7 +40,7 @@ DWORD Scene::lastHandle() noexcept {
 namespace {
 
 std::size_t bytesOfAll(const std::vector<Node*>& nodes) noexcept {
-    std::size_t bytes = nodes.size() * sizeof(Node*);
+    std::size_t bytes = std::span(nodes).size_bytes();
     for (const Node* const node : nodes) bytes += bytesOf(*node);
     return bytes;
 }

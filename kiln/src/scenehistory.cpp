@@ -5,6 +5,7 @@
 #include <kiln/undo.h>
 
 #include <algorithm>
+#include <span>
 
 #include "changes.h"
 #include "scene.h"
@@ -14,7 +15,7 @@ namespace kiln {
 namespace {
 
 std::size_t bytesOf(const SelectionList& list) noexcept {
-    return list ? list->size() * sizeof(Node*) : 0;
+    return list ? std::span(*list).size_bytes() : 0;
 }
 
 }  // namespace
