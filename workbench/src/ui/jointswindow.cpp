@@ -20,7 +20,8 @@ using framework::CDialog, framework::CWaitCursor, framework::heightOf, framework
 namespace workbench {
 namespace {
 
-constexpr int kSteps = 10'000;  // of a slider
+constexpr int kSteps = 10'000;    // of a slider
+constexpr int kThumbLength = 18;  // in pixels at 100 %
 constexpr UINT_PTR kPlayTimer = 1;
 constexpr UINT kMillisecondsOfPlay = 25;
 
@@ -61,6 +62,7 @@ bool JointsWindow::OnInitDialog() {
         ::SendMessageW(slider, TBM_SETRANGEMIN, FALSE, 0);
         ::SendMessageW(slider, TBM_SETRANGEMAX, FALSE, kSteps);
         ::SendMessageW(slider, TBM_SETPAGESIZE, 0, kSteps / 10);
+        ::SendMessageW(slider, TBM_SETTHUMBLENGTH, static_cast<WPARAM>(Scaled(kThumbLength)), 0);
     }
     EnableToolTips();
     return true;
