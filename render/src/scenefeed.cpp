@@ -371,9 +371,11 @@ bool SceneFeed::moveNode(const Reading& scene, const Visit& visit, const Matrix3
         const Mesh& mesh = surface->GetMesh();
         for (const Point3& vertex : mesh.verts)
             places_.push_back(toVec3d(place.PointTransform(vertex)));
-        const Matrix3 inverse = Inverse(place);
-        for (int i = 0; i < mesh.normals.Count() && mesh.normals.Count() == mesh.verts.Count(); ++i)
-            normals_.push_back(turnedNormal(inverse, mesh.normals[i]));
+        if (!mesh.normals.IsEmpty() && mesh.normals.Count() == mesh.verts.Count()) {
+            const Matrix3 inverse = Inverse(place);
+            for (const Point3f& normal : mesh.normals)
+                normals_.push_back(turnedNormal(inverse, normal));
+        }
         ofPoints = mesh.faces.IsEmpty() && !mesh.verts.IsEmpty();
         if (ofPoints && scene.inherited[visit.inherited].lightStrength <= 0) ofPoints = false;
     }
