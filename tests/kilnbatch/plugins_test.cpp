@@ -1,6 +1,7 @@
 // What the plug-ins publish and do, all of them in one process.
 #include <base/paths.h>
 #include <gtest/gtest.h>
+#include <job.h>
 #include <kiln/host/diagnostics.h>
 #include <kiln/host/script.h>
 #include <plugins.h>
@@ -23,6 +24,27 @@ protected:
 TEST_F(PluginsTest, PublishUnderIdsOfTheirOwn) {
     for (FPInterfaceDesc* const one : kiln::publishedInterfaces())
         EXPECT_EQ(GetCOREInterface(one->GetID()), one) << one->Name();
+}
+
+TEST_F(PluginsTest, AScriptIsToldOfAStepThatIsTooLargeToBeUndone) {
+    kiln::History& history = core_.history();
+    const std::size_t limit = history.limit();
+    history.setLimit(100'000);
+    std::string said;
+    kilnbatch::Job job;
+    job.scriptName = "big.ks";
+    job.script =
+        "a = createBox name:\"a\"; undo \"names\" (\n"
+        "t = \"0123456789\"; for i = 1 to 12 do t = t + t\n"
+        "for i = 1 to 9 do a.name = t + (i as string))";
+    job.output = [&](std::string_view line) { said += line; };
+    EXPECT_EQ(kilnbatch::runJob(core_, job), "");
+    EXPECT_EQ(said, "too large to be undone: names");
+    core_.newScene();
+    job.mustBeUndoable = true;
+    EXPECT_TRUE(kilnbatch::runJob(core_, job).starts_with("big.ks:3:"));
+    EXPECT_NE(core_.hostInterface().GetINodeByName("a"), nullptr);
+    history.setLimit(limit);
 }
 
 TEST_F(PluginsTest, WhateverTheyDoLeadsBackAndForth) {
