@@ -499,7 +499,7 @@ TEST_F(FollowingTest, AJointMovesWhatHangsBelowItAndNothingIsReadOfIt) {
     INode* const shape = add(smooth);
     arm->AttachChild(hand);
     for (INode* const node : {add(points), shape, add(new GenLight(FSPOT_LIGHT_CLASS_ID)),
-                              add(nullptr), instance_, boxes_[5 * 30]})
+                              add(nullptr), instance_, groups_[6], boxes_[5 * 30]})
         hand->AttachChild(node);
     source_.joints = {arm, hand};
     feed_.build(host_);
