@@ -15,6 +15,8 @@
 #include <string>
 
 using user::eventually;
+using user::must;
+using user::mustCome;
 using user::Picture;
 
 namespace {
@@ -23,15 +25,6 @@ namespace {
 constexpr int kScriptLog = 1, kScriptLine = 2;
 /// What the browser's name line says of the scene's root.
 constexpr wchar_t kRootLine[] = L"Non-OpenFlight Selection";
-
-/// The tour ends where the user could not go on.
-void must(bool holds, const std::string& what) {
-    if (!holds) throw std::runtime_error("waited in vain: " + what);
-}
-
-void mustCome(const std::function<bool()>& condition, const std::string& what) {
-    must(eventually(condition), what);
-}
 
 void clickOn(HWND window) {
     must(user::click(window), base::toUtf8(user::text(window)) + " under the mouse");
@@ -49,13 +42,8 @@ std::wstring stagePath(const wchar_t* file) {
 class Workbench {
 public:
     Workbench() {
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        std::wstring line = L"\"" + stagePath(L"workbench.exe") + L"\"";
-        must(CreateProcessW(nullptr, line.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                            &startup, &process_) != FALSE,
-             "the program");
-        mustCome([this] { return (main_ = mainWindow()) != nullptr; }, "the main window");
+        mustCome([this] { return (main_ = program_.window(L"WorkbenchMain")) != nullptr; },
+                 "the main window");
         viewport_ = FindWindowExW(main_, nullptr, L"WorkbenchViewport", nullptr);
         panel_ = FindWindowExW(main_, nullptr, L"WorkbenchCommandPanel", nullptr);
         const HWND script = FindWindowExW(main_, nullptr, L"WorkbenchScriptPane", nullptr);
@@ -68,24 +56,13 @@ public:
                  "the whole screen");
     }
 
-    ~Workbench() {
-        if (WaitForSingleObject(process_.hProcess, 0) != WAIT_OBJECT_0)
-            TerminateProcess(process_.hProcess, 1);
-        CloseHandle(process_.hProcess);
-        CloseHandle(process_.hThread);
-    }
-    Workbench(const Workbench&) = delete;
-    Workbench& operator=(const Workbench&) = delete;
-
     // ------------------------------------------------------------ the workbench
 
     /// Leaves the program; true when it ends by itself, without a question.
     bool close() {
         goToMain();
         user::key(VK_F4, {VK_MENU});
-        DWORD code = STILL_ACTIVE;
-        return WaitForSingleObject(process_.hProcess, 60000) == WAIT_OBJECT_0 &&
-               GetExitCodeProcess(process_.hProcess, &code) && code == 0;
+        return program_.ends();
     }
 
     /// Gives a file's name to the dialog that the key opens.
@@ -95,7 +72,7 @@ public:
         HWND dialog = nullptr;
         mustCome(
             [&] {
-                return (dialog = user::dialogNamed(process_.dwProcessId, caption)) &&
+                return (dialog = user::dialogNamed(program_.id(), caption)) &&
                        GetForegroundWindow() == dialog;
             },
             "a file dialog");
@@ -159,7 +136,7 @@ public:
         pressOnPage(IDC_BROWSER);
         mustCome(
             [this] {
-                return (form_ = user::windowWith(process_.dwProcessId, IDC_TREE)) &&
+                return (form_ = user::windowWith(program_.id(), IDC_TREE)) &&
                        GetForegroundWindow() == form_;
             },
             "the browser");
@@ -297,7 +274,7 @@ public:
         press(IDC_TOOL);
         mustCome(
             [this] {
-                return (masks_ = user::windowWith(process_.dwProcessId, IDC_MASK)) &&
+                return (masks_ = user::windowWith(program_.id(), IDC_MASK)) &&
                        GetForegroundWindow() == masks_;
             },
             "the mask editor");
@@ -318,17 +295,10 @@ public:
     }
 
 private:
-    HWND mainWindow() const {
-        const HWND window = FindWindowW(L"WorkbenchMain", nullptr);
-        DWORD process = 0;
-        GetWindowThreadProcessId(window, &process);
-        return process == process_.dwProcessId && IsWindowVisible(window) ? window : nullptr;
-    }
-
     // The dialog of the open rollup page, or null.
     HWND page() const {
         const HWND rollup = FindWindowExW(panel_, nullptr, L"WorkbenchRollup", nullptr);
-        return rollup ? GetWindow(rollup, GW_CHILD) : nullptr;
+        return rollup ? FindWindowExW(rollup, nullptr, L"#32770", nullptr) : nullptr;
     }
 
     HWND control(int id) const { return GetDlgItem(form_, id); }
@@ -354,22 +324,15 @@ private:
 
     void goToTree() {
         goToForm();
-        GUITHREADINFO info{};
-        info.cbSize = sizeof info;
-        GetGUIThreadInfo(GetWindowThreadProcessId(form_, nullptr), &info);
-        if (info.hwndFocus == control(IDC_TREE)) return;
+        if (user::Program::focusBeside(form_) == control(IDC_TREE)) return;
         // The tree's lower end is empty or belongs to some item; F6 is not for it, a click is.
         const RECT place = user::area(control(IDC_TREE));
         user::click({place.right - 30, place.bottom - 30});
-        mustCome(
-            [&] {
-                GetGUIThreadInfo(GetWindowThreadProcessId(form_, nullptr), &info);
-                return info.hwndFocus == control(IDC_TREE);
-            },
-            "the keyboard in the tree");
+        mustCome([&] { return user::Program::focusBeside(form_) == control(IDC_TREE); },
+                 "the keyboard in the tree");
     }
 
-    PROCESS_INFORMATION process_{};
+    user::Program program_{L"\"" + stagePath(L"workbench.exe") + L"\""};
     HWND main_ = nullptr, viewport_ = nullptr, panel_ = nullptr, log_ = nullptr, line_ = nullptr;
     HWND form_ = nullptr;
     HWND masks_ = nullptr;

@@ -3,6 +3,8 @@
 #include <framework/gdi.h>
 
 #include <algorithm>
+#include <stdexcept>
+#include <utility>
 
 using framework::MemoryDc, framework::WindowDc, framework::pixelFormat;
 
@@ -81,6 +83,49 @@ bool eventually(const std::function<bool()>& condition, int seconds) {
         Sleep(20);
     }
     return true;
+}
+
+void must(bool holds, const std::string& what) {
+    if (!holds) throw std::runtime_error("waited in vain: " + what);
+}
+
+void mustCome(const std::function<bool()>& condition, const std::string& what) {
+    must(eventually(condition), what);
+}
+
+Program::Program(std::wstring commandLine) {
+    STARTUPINFOW startup{};
+    startup.cb = sizeof startup;
+    must(CreateProcessW(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                        &startup, &process_) != FALSE,
+         "the program");
+}
+
+Program::~Program() {
+    if (WaitForSingleObject(process_.hProcess, 0) != WAIT_OBJECT_0)
+        TerminateProcess(process_.hProcess, 1);
+    CloseHandle(process_.hProcess);
+    CloseHandle(process_.hThread);
+}
+
+bool Program::ends() const {
+    DWORD code = STILL_ACTIVE;
+    return WaitForSingleObject(process_.hProcess, 60000) == WAIT_OBJECT_0 &&
+           GetExitCodeProcess(process_.hProcess, &code) && code == 0;
+}
+
+HWND Program::window(const wchar_t* className) const {
+    const HWND window = FindWindowW(className, nullptr);
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    return process == id() && IsWindowVisible(window) ? window : nullptr;
+}
+
+HWND Program::focusBeside(HWND window) {
+    GUITHREADINFO info{};
+    info.cbSize = sizeof info;
+    GetGUIThreadInfo(GetWindowThreadProcessId(window, nullptr), &info);
+    return info.hwndFocus;
 }
 
 void key(WORD virtualKey, std::initializer_list<WORD> modifiers) {

@@ -17,6 +17,30 @@ namespace user {
 /// Nothing here waits for a fixed time, since nobody knows how busy the machine is.
 bool eventually(const std::function<bool()>& condition, int seconds = 40);
 
+/// The user cannot go on: throws what was waited for unless `holds`.
+void must(bool holds, const std::string& what);
+void mustCome(const std::function<bool()>& condition, const std::string& what);
+
+/// A program in a process of its own, which goes with this object.
+class Program {
+public:
+    explicit Program(std::wstring commandLine);
+    ~Program();
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    DWORD id() const { return process_.dwProcessId; }
+    /// Whether it ends by itself, and well.
+    bool ends() const;
+    /// Its window of a class, once that can be seen; else null.
+    HWND window(const wchar_t* className) const;
+    /// The window with the keyboard in the thread of one of its windows.
+    static HWND focusBeside(HWND window);
+
+private:
+    PROCESS_INFORMATION process_{};
+};
+
 // Input. It goes where the platform sends it: keys to the foreground window, the mouse to what lies
 // under it.
 void key(WORD virtualKey, std::initializer_list<WORD> modifiers = {});

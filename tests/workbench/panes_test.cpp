@@ -4,6 +4,7 @@
 #include "../../workbench/src/ui/look.h"
 #include "../../workbench/src/ui/scriptpane.h"
 #include "../../workbench/src/ui/statusbar.h"
+#include "../support/seen.h"
 #include "../support/spokenlanguage.h"
 
 #include <base/utf16.h>
@@ -37,10 +38,9 @@ protected:
         const Look look(kDots * percent() / 100);
         const framework::WindowDc dc(parent_);
         const framework::SelectScope font(dc.get(), isBold ? look.bold() : look.normal());
-        const std::wstring wide = base::toWide(text);
-        SIZE size;
-        ::GetTextExtentPoint32W(dc.get(), wide.c_str(), static_cast<int>(wide.size()), &size);
-        return static_cast<int>(size.cx);
+        RECT area{};
+        ::DrawTextW(dc.get(), base::toWide(text).c_str(), -1, &area, DT_SINGLELINE | DT_CALCRECT);
+        return static_cast<int>(area.right);
     }
 
     const SpokenLanguage spoken_{std::get<0>(GetParam())};
@@ -91,6 +91,32 @@ TEST_P(PanesIn, TheLanguageShowTheHeadingOfThePanelWhole) {
     const int room = scaled(panel.wantedWidth() - 14);
     EXPECT_LE(widthOf(textOf(TextId::kUtilities), true), room);
     EXPECT_LE(widthOf(textOf(TextId::kNoUtilities)), 4 * room) << "it has lines enough";
+}
+
+TEST(Panes, TellAssistiveProgramsTheirNamesAndKeys) {
+    const HWND parent = ::CreateWindowW(L"Static", L"", WS_OVERLAPPEDWINDOW, 0, 0, 900, 500,
+                                        nullptr, nullptr, nullptr, nullptr);
+    {
+        ScriptPane pane;
+        CommandPanel panel;
+        ASSERT_TRUE(pane.Create(parent, 1) && panel.Create(parent, 2));
+        pane.showLanguage();
+        panel.showLanguage();
+        const Seen line(pane.line()), log(::GetDlgItem(pane.Handle(), 1)),
+            utilities(panel.Handle());
+        for (const WORD language : {KILN_LANGUAGE_CHINESE, KILN_LANGUAGE_ENGLISH}) {
+            const SpokenLanguage spoken(language);
+            pane.showLanguage();
+            panel.showLanguage();
+            const bool english = language == KILN_LANGUAGE_ENGLISH;
+            EXPECT_EQ(line.name(), english ? L"Script" : L"脚本");
+            EXPECT_EQ(line.keys(), L"Alt+R");
+            EXPECT_EQ(log.name(), english ? L"Script log" : L"脚本日志");
+            EXPECT_EQ(utilities.name(), english ? L"Utilities" : L"实用程序");
+            EXPECT_EQ(utilities.keys(), L"Alt+U");
+        }
+    }
+    ::DestroyWindow(parent);
 }
 
 /// The log of a pane that is shown, and what it looks like at some place.

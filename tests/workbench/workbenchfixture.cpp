@@ -210,7 +210,7 @@ std::vector<DWORD> WorkbenchTest::middleAtRest() const {
 
 HWND WorkbenchTest::page() const {
     const HWND rollup = ::FindWindowExW(panel_, nullptr, L"WorkbenchRollup", nullptr);
-    return rollup ? ::GetWindow(rollup, GW_CHILD) : nullptr;
+    return rollup ? ::FindWindowExW(rollup, nullptr, L"#32770", nullptr) : nullptr;
 }
 
 HWND WorkbenchTest::openBrowserForm() const {

@@ -5,6 +5,7 @@
 #include "commands.h"
 #include "editcommands.h"
 #include "filenames.h"
+#include "panefocus.h"
 #include "referencecommands.h"
 #include "scenefiles.h"
 #include "sceneview.h"
@@ -29,7 +30,8 @@ using framework::CWaitCursor, framework::CWnd;
 namespace workbench {
 namespace {
 
-constexpr BYTE kPlain = FVIRTKEY, kCtrl = FVIRTKEY | FCONTROL, kShift = FVIRTKEY | FSHIFT;
+constexpr BYTE kPlain = FVIRTKEY, kCtrl = FVIRTKEY | FCONTROL, kShift = FVIRTKEY | FSHIFT,
+               kAlt = FVIRTKEY | FALT;
 
 // Keys that nobody types into a field; they work wherever the focus is.
 ACCEL kFileKeys[] = {
@@ -44,6 +46,8 @@ ACCEL kFileKeys[] = {
     {kCtrl | FSHIFT, 'R', CMD_SCRIPT_RUN_AGAIN},
     {kPlain, VK_F5, CMD_REFERENCE_RELOAD},
     {kShift, VK_F5, CMD_REFERENCE_MISSING},
+    {kPlain, VK_F6, CMD_VIEW_NEXT_PANE},
+    {kShift, VK_F6, CMD_VIEW_PREVIOUS_PANE},
     {kPlain, VK_F8, CMD_VIEW_FRAME_RATE},
     {kPlain, VK_F1, CMD_HELP_GUIDE},
     {kShift, VK_F1, CMD_HELP_KEYS},
@@ -88,6 +92,11 @@ ACCEL kSceneKeys[] = {
     {kCtrl, '2', CMD_VIEW_SAVE + 1},
     {kCtrl, '3', CMD_VIEW_SAVE + 2},
     {kCtrl, '4', CMD_VIEW_SAVE + 3},
+};
+// Keys of the main window's own panes; windows of plug-ins use the same letters.
+ACCEL kPaneKeys[] = {
+    {kAlt, 'U', CMD_VIEW_UTILITIES},
+    {kAlt, 'R', CMD_VIEW_SCRIPT_LINE},
 };
 ACCEL kHistoryKeys[] = {
     {kCtrl, 'Z', CMD_EDIT_UNDO},
@@ -140,6 +149,7 @@ CommandTable::CommandTable(const CommandTargets& targets) : targets_(targets) {
     addScriptCommands();
     fileKeys_ = ::CreateAcceleratorTableW(kFileKeys, static_cast<int>(std::size(kFileKeys)));
     sceneKeys_ = ::CreateAcceleratorTableW(kSceneKeys, static_cast<int>(std::size(kSceneKeys)));
+    paneKeys_ = ::CreateAcceleratorTableW(kPaneKeys, static_cast<int>(std::size(kPaneKeys)));
     historyKeys_ =
         ::CreateAcceleratorTableW(kHistoryKeys, static_cast<int>(std::size(kHistoryKeys)));
 }
@@ -147,6 +157,7 @@ CommandTable::CommandTable(const CommandTargets& targets) : targets_(targets) {
 CommandTable::~CommandTable() {
     ::DestroyAcceleratorTable(fileKeys_);
     ::DestroyAcceleratorTable(sceneKeys_);
+    ::DestroyAcceleratorTable(paneKeys_);
     ::DestroyAcceleratorTable(historyKeys_);
 }
 
@@ -173,6 +184,10 @@ bool CommandTable::runFileKey(MSG& message) {
 
 bool CommandTable::runSceneKey(MSG& message) {
     return ::TranslateAcceleratorW(targets_.window.Handle(), sceneKeys_, &message) != 0;
+}
+
+bool CommandTable::runPaneKey(MSG& message) {
+    return ::TranslateAcceleratorW(targets_.window.Handle(), paneKeys_, &message) != 0;
 }
 
 bool CommandTable::runHistoryKey(MSG& message) {
@@ -271,6 +286,10 @@ void CommandTable::addViewCommands() {
             viewport.showView(views.at(place));
         };
     }
+    actions_[CMD_VIEW_NEXT_PANE] = [this] { targets_.panes.step(1); };
+    actions_[CMD_VIEW_PREVIOUS_PANE] = [this] { targets_.panes.step(-1); };
+    actions_[CMD_VIEW_UTILITIES] = [this] { targets_.panes.goToUtilities(); };
+    actions_[CMD_VIEW_SCRIPT_LINE] = [this] { targets_.panes.goToScriptLine(); };
     actions_[CMD_VIEW_LEVELS] = [this] { targets_.toggleLevels(); };
     actions_[CMD_VIEW_JOINTS] = [this] { targets_.toggleJoints(); };
     for (const auto& [command, mode] : {std::pair{CMD_VIEW_SHADED, render::DrawMode::kShaded},

@@ -10,6 +10,7 @@
 
 namespace workbench {
 
+class PaneFocus;
 class ReferenceCommands;
 class SceneFiles;
 class SceneView;
@@ -29,6 +30,7 @@ struct CommandTargets {
     Utilities& utilities;
     SavedViews& views;
     ReferenceCommands& references;
+    PaneFocus& panes;
     std::function<void()> toggleSnap;           ///< brings what handles move to the grid, or not
     std::function<void()> toggleHistory;        ///< shows the list of steps, or hides it
     std::function<void()> toggleTransform;      ///< shows the fields for moving, or hides them
@@ -55,6 +57,8 @@ public:
     bool runFileKey(MSG& message);
     /// Keys that mean something else where text is edited.
     bool runSceneKey(MSG& message);
+    /// The access keys of the main window's panes.
+    bool runPaneKey(MSG& message);
     /// The keys of the history, which are the host's wherever no text is edited.
     bool runHistoryKey(MSG& message);
 
@@ -69,7 +73,7 @@ private:
 
     const CommandTargets targets_;
     std::unordered_map<int, std::function<void()>> actions_;
-    HACCEL fileKeys_ = nullptr, sceneKeys_ = nullptr, historyKeys_ = nullptr;
+    HACCEL fileKeys_ = nullptr, sceneKeys_ = nullptr, paneKeys_ = nullptr, historyKeys_ = nullptr;
 };
 
 }  // namespace workbench

@@ -77,6 +77,7 @@ MainWindow::MainWindow(kiln::Core& core, Settings& settings)
       views_(userFilePath("views.txt")),
       view_(core.hostInterface(), *this, snap_),
       panes_(*this, view_),
+      paneFocus_(*this, panes_),
       status_(core.hostInterface(), panes_.status()),
       utilities_(core, panes_.panel(), *this),
       files_(*this, core, *this, userFilePath("recent.txt")),
@@ -94,7 +95,7 @@ MainWindow::MainWindow(kiln::Core& core, Settings& settings)
               [this] { commands_.run(CMD_EDIT_UNHIDE_ALL); }),
       joints_(core.hostInterface(), view_.scene(), panes_.viewport()),
       commands_({*this, core, files_, scripts_, view_, panes_.viewport(), utilities_, views_,
-                 references_, [this] { toggleSnap(); }, [this] { toggleHistory(); },
+                 references_, paneFocus_, [this] { toggleSnap(); }, [this] { toggleHistory(); },
                  [this] { transform_.toggle(Handle(), viewport().WindowRect()); },
                  [this] { levels_.toggle(Handle(), viewport().WindowRect()); },
                  [this] { joints_.toggle(Handle(), viewport().WindowRect()); },
@@ -175,7 +176,7 @@ void MainWindow::speak(base::Language language) {
     if (open) utilities_.open(open);
     refreshTitle();
     refreshStatus();
-    panes_.script().showLanguage();
+    panes_.showLanguage();
     history_.followLanguage();
     transform_.followLanguage();
     levels_.followLanguage();
@@ -241,8 +242,13 @@ bool MainWindow::preTranslate(MSG& message) {
     if ((AcceleratorsEnabled() || (ours && !page)) && !panes_.script().owns(message.hwnd) &&
         commands_.runSceneKey(message))
         return true;
-    if (page) return framework::CDialog::Navigate(page, message);
-    return ours && message.wParam == VK_TAB && ::IsDialogMessageW(Handle(), &message);
+    if (ours && !page && commands_.runPaneKey(message)) return true;
+    const bool used =
+        page ? framework::CDialog::Navigate(page, message)
+             : ours && (panel().pressByEnter(message) ||
+                        (message.wParam == VK_TAB && ::IsDialogMessageW(Handle(), &message)));
+    if (used) panel().reveal(::GetFocus());
+    return used;
 }
 
 void MainWindow::OnActivate(UINT state, HWND, bool) {
@@ -259,7 +265,9 @@ void MainWindow::OnSetFocus(HWND) {
 bool MainWindow::OnCommand(int id, UINT code, HWND control) {
     constexpr UINT kByKey = 1;
     if (control && code != 0) return false;
-    if (code == kByKey) finishTyping();
+    // One that moves the keyboard takes it from the field by itself, and finds it there later.
+    const bool movesKeyboard = id >= CMD_VIEW_NEXT_PANE && id <= CMD_VIEW_SCRIPT_LINE;
+    if (code == kByKey && !movesKeyboard) finishTyping();
     return commands_.run(id);
 }
 

@@ -9,6 +9,7 @@
 #include "hostside.h"
 #include "menubar.h"
 #include "notifications.h"
+#include "panefocus.h"
 #include "panes.h"
 #include "recovery.h"
 #include "referencecommands.h"
@@ -122,6 +123,7 @@ private:
     SavedViews views_;
     SceneView view_;
     Panes panes_;
+    PaneFocus paneFocus_;
     StatusTexts status_;
     Utilities utilities_;
     SceneFiles files_;

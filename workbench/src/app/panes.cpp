@@ -1,5 +1,8 @@
 #include "panes.h"
 
+#include <framework/accessible.h>
+#include <workbench/texts.h>
+
 #include <algorithm>
 
 using framework::heightOf, framework::widthOf;
@@ -16,8 +19,16 @@ constexpr int kSplitter = 5;  // pixels at 100 %, as the others
 bool Panes::create() {
     const HWND parent = parent_.Handle();
     scriptHeight_ = parent_.Scaled(kScriptHeight);
-    return viewport_.Create(parent, kViewportId) && panel_.Create(parent, kPanelId) &&
-           script_.Create(parent, kScriptId) && status_.Create(parent, kStatusId);
+    const bool made = viewport_.Create(parent, kViewportId) && panel_.Create(parent, kPanelId) &&
+                      script_.Create(parent, kScriptId) && status_.Create(parent, kStatusId);
+    if (made) showLanguage();
+    return made;
+}
+
+void Panes::showLanguage() {
+    framework::describeControl(viewport_.Handle(), {textOf(TextId::kViewportName), {}});
+    panel_.showLanguage();
+    script_.showLanguage();
 }
 
 void Panes::layout() {

@@ -19,6 +19,9 @@ public:
     /// Positions everything in the parent's client area.
     void layout();
 
+    /// Texts and names follow the present language.
+    void showLanguage();
+
     bool isOverSplitter(POINT at) const;
     /// To be told of the mouse over the parent itself.
     void beginDrag(POINT at);

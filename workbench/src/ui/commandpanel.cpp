@@ -3,6 +3,7 @@
 #include "look.h"
 
 #include <base/utf16.h>
+#include <framework/accessible.h>
 #include <workbench/texts.h>
 
 #include <windowsx.h>
@@ -125,6 +126,43 @@ void CommandPanel::rollupMouse(HWND page, UINT message, WPARAM wParam, LPARAM lP
     }
 }
 
+HWND CommandPanel::firstUtility() const {
+    return buttons_.empty() ? nullptr : buttons_.front()->Handle();
+}
+
+HWND CommandPanel::firstStop() const {
+    for (const auto& rollup : rollups_)
+        if (const HWND stop = rollup->firstStop()) return stop;
+    return firstUtility();
+}
+
+void CommandPanel::reveal(HWND control) {
+    if (!control || !::IsChild(Handle(), control)) return;
+    RECT area;
+    ::GetWindowRect(control, &area);
+    ::MapWindowPoints(nullptr, Handle(), reinterpret_cast<POINT*>(&area), 2);
+    const int gap = Scaled(4), height = heightOf(ClientRect());
+    const int above = static_cast<int>(area.top) - gap,
+              below = static_cast<int>(area.bottom) + gap - height;
+    if (above < 0)
+        scrollTo(scroll_ + above);
+    else if (below > 0)
+        scrollTo(scroll_ + std::min(below, above));
+}
+
+bool CommandPanel::pressByEnter(const MSG& message) const {
+    constexpr LPARAM kHeldDown = LPARAM{1} << 30;
+    const bool isEnter = message.message == WM_KEYDOWN && message.wParam == VK_RETURN;
+    if (!isEnter || !::IsChild(Handle(), message.hwnd)) return false;
+    if (!(message.lParam & kHeldDown)) ::SendMessageW(message.hwnd, BM_CLICK, 0, 0);
+    return true;
+}
+
+void CommandPanel::showLanguage() {
+    framework::describeControl(Handle(), framework::textsOfLabel(textOf(TextId::kUtilities)));
+    Invalidate(false);
+}
+
 int CommandPanel::contentHeight() const {
     const int gap = Scaled(4);
     int height = headingHeight() + static_cast<int>(buttons_.size()) * (Scaled(24) + gap) + gap;
@@ -221,7 +259,7 @@ void CommandPanel::OnPaint() {
     ::SetTextColor(dc, ::GetSysColor(COLOR_BTNTEXT));
     RECT heading{Scaled(7), -scroll_, area.right, headingHeight() - scroll_};
     ::DrawTextW(dc, base::toWide(textOf(TextId::kUtilities)).c_str(), -1, &heading,
-                DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
+                DT_SINGLELINE | DT_VCENTER);
     if (!buttons_.empty()) return;
     const SelectScope normal(dc, Look::of(Handle()).normal());
     ::SetTextColor(dc, ::GetSysColor(COLOR_GRAYTEXT));

@@ -42,6 +42,16 @@ public:
     void rollupMouse(HWND page, UINT message, WPARAM wParam, LPARAM lParam);
     /// The page that `window` is or lies in, or null.
     HWND pageOf(HWND window) const;
+    /// The button of the first utility; null when there is none.
+    HWND firstUtility() const;
+    /// The first control of the pages that takes the keyboard, or else of the panel; null for none.
+    HWND firstStop() const;
+    /// Scrolls until a control of the panel or of a page is in sight.
+    void reveal(HWND control);
+    /// Enter presses the panel's own buttons: true when the message was that.
+    bool pressByEnter(const MSG& message) const;
+    /// The heading and the panel's name follow the present language.
+    void showLanguage();
     /// Positions everything anew, after a page was rolled up or down.
     void layout();
 

@@ -1,7 +1,7 @@
 // One rollup page: a title bar that folds it, and the plug-in's dialog below.
 #pragma once
 
-#include <framework/cwnd.h>
+#include <framework/controls.h>
 
 #include <functional>
 #include <string>
@@ -18,6 +18,8 @@ public:
 
     /// The plug-in's dialog.
     HWND page() const { return page_; }
+    /// Its first control that takes the keyboard; null when it is folded, or has none.
+    HWND firstStop() const;
     int category() const { return category_; }
     /// Title bar and, while unfolded, the dialog, in pixels.
     int height() const;
@@ -26,7 +28,8 @@ protected:
     void OnPaint() override;
     bool OnEraseBackground(HDC) override { return true; }
     void OnSize(UINT type, int width, int height) override;
-    void OnLButtonDown(UINT keys, POINT at) override;
+    bool OnCommand(int id, UINT code, HWND control) override;
+    bool OnDrawItem(int id, const DRAWITEMSTRUCT& item) override;
     bool OnSetCursor(HWND under, UINT hitTest, UINT message) override;
 
 private:
@@ -37,6 +40,7 @@ private:
     bool closed_;
     int category_;
     std::function<void()> onFolded_;
+    framework::CButton bar_;  // the title: pressing it folds the page
     HWND page_ = nullptr;
     int pageHeight_ = 0;
 };

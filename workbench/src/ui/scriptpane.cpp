@@ -3,6 +3,7 @@
 #include "look.h"
 
 #include <base/utf16.h>
+#include <framework/accessible.h>
 #include <framework/centredtext.h>
 #include <framework/cwaitcursor.h>
 #include <workbench/texts.h>
@@ -87,13 +88,16 @@ void ScriptPane::OnSize(UINT, int width, int height) {
 int ScriptPane::promptWidth() const {
     const WindowDc dc(Handle());
     const SelectScope font(dc.get(), Look::of(Handle()).normal());
-    const std::wstring prompt = base::toWide(textOf(TextId::kScriptPrompt));
-    SIZE size;
-    ::GetTextExtentPoint32W(dc.get(), prompt.c_str(), static_cast<int>(prompt.size()), &size);
-    return std::max(Scaled(kPromptWidth), static_cast<int>(size.cx) + 2 * Scaled(kPromptMargin));
+    RECT text{};
+    ::DrawTextW(dc.get(), base::toWide(textOf(TextId::kScriptPrompt)).c_str(), -1, &text,
+                DT_SINGLELINE | DT_CALCRECT);
+    return std::max(Scaled(kPromptWidth), widthOf(text) + 2 * Scaled(kPromptMargin));
 }
 
 void ScriptPane::showLanguage() {
+    framework::describeControl(log_.Handle(), {textOf(TextId::kScriptLog), {}});
+    framework::describeControl(line_.Handle(),
+                               framework::textsOfLabel(textOf(TextId::kScriptPrompt)));
     const RECT area = ClientRect();
     OnSize(SIZE_RESTORED, widthOf(area), heightOf(area));
 }
@@ -107,7 +111,7 @@ void ScriptPane::OnPaint() {
     area.left = Scaled(kPromptMargin);
     area.top = area.bottom - lineHeight();
     ::DrawTextW(paint.dc(), base::toWide(textOf(TextId::kScriptPrompt)).c_str(), -1, &area,
-                DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
+                DT_SINGLELINE | DT_VCENTER);
 }
 
 }  // namespace workbench

@@ -45,6 +45,8 @@ public:
     void print(const std::string& line, LogLine kind = LogLine::kPlain) { log_.add(line, kind); }
     /// Empties the log.
     void clear() { log_.clear(); }
+    /// The field where a script is typed.
+    HWND line() const { return line_.Handle(); }
     /// Whether `window` is the field where a script is typed, or the log.
     bool owns(HWND window) const { return ::IsChild(Handle(), window) != 0; }
 

@@ -473,18 +473,24 @@ void Viewport::OnKeyDown(UINT key, UINT, UINT) {
     if (isHandleHeld() && key != VK_ESCAPE) return;
     const float x = static_cast<float>(bitmap_.width) / 2,
                 y = static_cast<float>(bitmap_.height) / 2;
+    const auto turn = [this](float dx, float dy) {
+        if (::GetKeyState(VK_CONTROL) < 0)
+            camera_.pan(-dx, -dy);
+        else
+            camera_.orbit(dx, dy);
+    };
     switch (key) {
         case VK_LEFT:
-            camera_.orbit(-kKeyOrbit, 0);
+            turn(-kKeyOrbit, 0);
             break;
         case VK_RIGHT:
-            camera_.orbit(kKeyOrbit, 0);
+            turn(kKeyOrbit, 0);
             break;
         case VK_UP:
-            camera_.orbit(0, -kKeyOrbit);
+            turn(0, -kKeyOrbit);
             break;
         case VK_DOWN:
-            camera_.orbit(0, kKeyOrbit);
+            turn(0, kKeyOrbit);
             break;
         case VK_ESCAPE:
             if (drag_.kind == DragKind::kNone) return client_.onPickNothing();

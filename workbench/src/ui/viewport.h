@@ -48,9 +48,9 @@ public:
 /// otherwise deselects. A right click, or the menu key, asks for the context menu. The middle
 /// button, or Alt with the left one, orbits; with Shift, and with the right button, it pans; with
 /// Ctrl it zooms. The wheel zooms towards the mouse. Each goes by what is under the mouse: that is
-/// what follows it. Arrow keys orbit, plus and minus zoom. With handles shown, dragging one of them
-/// with the left button changes what is selected, with Ctrl on the grid or free of it; Escape takes
-/// that back.
+/// what follows it. Arrow keys orbit, with Ctrl they pan, plus and minus zoom. With handles shown,
+/// dragging one of them with the left button changes what is selected, with Ctrl on the grid or
+/// free of it; Escape takes that back.
 class Viewport : public framework::CWnd {
 public:
     explicit Viewport(ViewportClient& client) : client_(client) {}
