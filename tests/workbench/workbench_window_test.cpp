@@ -63,9 +63,9 @@ TEST_F(WorkbenchTest, HostsTheRollupPageOfAUtility) {
 
     // The title bar folds the page and unfolds it.
     const HWND rollup = ::GetParent(page());
-    ::SendMessageW(rollup, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(20, 5));
+    ::SendMessageW(::FindWindowExW(rollup, nullptr, L"Button", nullptr), BM_CLICK, 0, 0);
     EXPECT_FALSE(::IsWindowVisible(page()));
-    ::SendMessageW(rollup, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(20, 5));
+    ::SendMessageW(::FindWindowExW(rollup, nullptr, L"Button", nullptr), BM_CLICK, 0, 0);
     EXPECT_TRUE(::IsWindowVisible(page()));
 
     // The page's own button closes the utility while it handles the press.
