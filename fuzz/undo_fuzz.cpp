@@ -18,7 +18,7 @@ kiln::Core& preparedCore() {
 }
 
 std::string writtenFile(const TemporaryFolder& folder) {
-    const std::string file = folder.file("change.flt");
+    std::string file = folder.file("change.flt");
     expect(samples::writeScene(databaseToChange(), file), "a file can be written");
     return file;
 }

@@ -4,6 +4,7 @@
 
 #include <base/utf16.h>
 #include <framework/cwaitcursor.h>
+#include <kiln/selection.h>
 #include <quillon/fltunits.h>
 
 #include <charconv>
@@ -116,8 +117,7 @@ void GeometryPanel::refuse(TextId why, int field) const {
 }
 
 void GeometryPanel::carryOut(GeometryAction action, double value) {
-    std::vector<INode*> tops;
-    for (int i = 0; i < host().GetSelNodeCount(); ++i) tops.push_back(host().GetSelNode(i));
+    const std::vector<INode*> tops = SelectedNodes(host());
     if (tops.empty()) return refuse(TextId::kNothingSelected);
     const CWaitCursor wait;
     say(checks::carryOut(host(), action, tops, value));

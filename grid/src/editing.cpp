@@ -6,8 +6,6 @@
 
 #include <utility>
 
-using framework::CWnd;
-
 namespace grid {
 
 // Notifications to the parent

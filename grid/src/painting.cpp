@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-using framework::BufferedPaint, framework::CWnd, framework::heightOf, framework::SelectScope;
+using framework::BufferedPaint, framework::heightOf, framework::SelectScope;
 
 namespace grid {
 

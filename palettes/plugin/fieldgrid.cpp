@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-using grid::CellId, grid::EditorKind;
+using grid::CellId;
 
 namespace palettes {
 

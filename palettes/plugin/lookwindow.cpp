@@ -5,6 +5,7 @@
 
 #include <fltkilnutil/attrtext.h>
 #include <kiln/kiln.h>
+#include <kiln/selection.h>
 
 #include <algorithm>
 #include <utility>
@@ -132,8 +133,7 @@ FieldRow LookWindow::shownRow(const Look& look, const Database* database, Row& r
 }
 
 void LookWindow::readScene() {
-    std::vector<INode*> selected;
-    for (int i = 0; i < host().GetSelNodeCount(); ++i) selected.push_back(host().GetSelNode(i));
+    const std::vector<INode*> selected = SelectedNodes(host());
     const std::vector<INode*> found = lookNodes(selected, IsItemChecked(IDC_LOOK_BELOW));
     nodes_.clear();
     for (INode* const node : found) nodes_.push_back(node->GetHandle());

@@ -10,6 +10,7 @@
 #include <framework/gdi.h>
 #include <kiln/kiln.h>
 #include <kiln/searchfolders.h>
+#include <kiln/selection.h>
 #include <quillon/fltlightpointpalettes.h>
 #include <quillon/fltlightsourcepalette.h>
 #include <quillon/fltmaterial.h>
@@ -665,8 +666,7 @@ void PaletteWindow::selectUsers() {
 }
 
 void PaletteWindow::assignToSelection() {
-    std::vector<INode*> nodes;
-    for (int i = 0; i < host().GetSelNodeCount(); ++i) nodes.push_back(host().GetSelNode(i));
+    const std::vector<INode*> nodes = SelectedNodes(host());
     if (nodes.empty()) {
         ::MessageBeep(MB_OK);
         return say(textOf(TextId::kNothingSelected));

@@ -34,8 +34,7 @@ namespace palettes {
 
 namespace {
 
-using fltkilnutil::FileBytes, fltkilnutil::SourceChunk, fltkilnutil::SourceRecord,
-    fltkilnutil::SourceRecordsEdit;
+using fltkilnutil::FileBytes, fltkilnutil::SourceRecord, fltkilnutil::SourceRecordsEdit;
 
 void refuseColors(Palette palette) {
     if (palette == Palette::kColor) throw Refusal(CoreText::kColorsStay);

@@ -39,8 +39,8 @@ public:
 
     /// Adds a child that carries `record`, and returns it; valid as long as this node.
     template <typename Record>
-    Node& add(Record record, std::string longId = {}) {
-        return append(children_, std::make_unique<Record>(std::move(record)), std::move(longId));
+    Node& add(Record record, const std::string& longId = {}) {
+        return append(children_, std::make_unique<Record>(std::move(record)), longId);
     }
 
     /// Adds a face over `polygon`, colored by entry `color` of the color palette, with entry

@@ -549,6 +549,7 @@ TEST_F(UndoTest, AStateThatCannotBeSavedStays) {
 
 TEST_F(UndoTest, PlacesAmongManySiblingsAreKept) {
     std::vector<INode*> nodes;
+    nodes.reserve(2000);
     for (int i = 0; i < 2000; ++i) nodes.push_back(addNode(("n" + std::to_string(i)).c_str()));
     history.endCommand();
     std::mt19937 random(3);

@@ -106,6 +106,7 @@ protected:
     }
     std::vector<std::string> column(int number) const {
         std::vector<std::string> cells;
+        cells.reserve(static_cast<std::size_t>(rows()));
         for (int row = 0; row < rows(); ++row) cells.push_back(cell(row, number));
         return cells;
     }

@@ -50,7 +50,7 @@ private:
                       long id) const {
         BSTR given = nullptr;
         (object_->*what)(child(id), &given);
-        const std::wstring answer = given ? given : L"";
+        std::wstring answer = given ? given : L"";
         ::SysFreeString(given);
         return answer;
     }

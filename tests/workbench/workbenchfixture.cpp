@@ -198,12 +198,19 @@ std::vector<DWORD> WorkbenchTest::middleOfViewport() const {
 }
 
 std::vector<DWORD> WorkbenchTest::middleAtRest() const {
+    const auto isBoxShown = [this] {
+        RECT area;
+        ::GetWindowRect(viewport_, &area);
+        const WindowDc screen(nullptr);
+        const int y = (area.top + area.bottom) / 2;
+        return ::GetPixel(screen.get(), (area.left + area.right) / 2, y) !=
+               ::GetPixel(screen.get(), area.left + 4, y);
+    };
     std::vector<DWORD> last;
     EXPECT_TRUE(eventually([&] {
         std::vector<DWORD> next = middleOfViewport();
-        const bool isShown = std::ranges::any_of(next, [&](DWORD p) { return p != next[0]; });
         ::Sleep(250);
-        return std::exchange(last, std::move(next)) == last && isShown;
+        return std::exchange(last, std::move(next)) == last && isBoxShown();
     }));
     return last;
 }

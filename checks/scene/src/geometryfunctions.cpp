@@ -3,6 +3,7 @@
 #include <checks/geometry.h>
 #include <kiln/fptable.h>
 #include <kiln/kiln.h>
+#include <kiln/selection.h>
 #include <quillon/fltunits.h>
 
 #include <algorithm>
@@ -28,8 +29,7 @@ std::vector<INode*> topsOf(const FPValue& node) {
         if (node.n == nullptr) throw std::runtime_error("there is no such node");
         return {node.n};
     }
-    std::vector<INode*> tops;
-    for (int i = 0; i < host().GetSelNodeCount(); ++i) tops.push_back(host().GetSelNode(i));
+    std::vector<INode*> tops = SelectedNodes(host());
     if (tops.empty()) throw std::runtime_error("no node is selected");
     return tops;
 }

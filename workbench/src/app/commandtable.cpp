@@ -14,6 +14,7 @@
 #include "wording.h"
 
 #include <framework/cwaitcursor.h>
+#include <kiln/selection.h>
 #include <kiln/subtree.h>
 #include <kiln/undo.h>
 #include <tessera_version.h>
@@ -124,7 +125,7 @@ bool mayDelete(CWnd& window, kiln::Core& core, const std::vector<INode*>& nodes)
 
 void deleteSelected(CWnd& window, kiln::Core& core) {
     Interface& host = core.hostInterface();
-    const std::vector<INode*> nodes = selectedNodes(host);
+    const std::vector<INode*> nodes = SelectedNodes(host);
     if (nodes.empty() || !mayDelete(window, core, nodes)) return;
     asStep(TextId::kStepDelete, [&] { deleteNodes(host, nodes); });
 }

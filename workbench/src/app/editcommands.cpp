@@ -1,17 +1,11 @@
 #include "editcommands.h"
 
+#include <kiln/selection.h>
 #include <kiln/subtree.h>
 
 #include <unordered_set>
 
 namespace workbench {
-
-std::vector<INode*> selectedNodes(Interface& host) {
-    std::vector<INode*> nodes;
-    nodes.reserve(static_cast<std::size_t>(host.GetSelNodeCount()));
-    for (int i = 0; i < host.GetSelNodeCount(); ++i) nodes.push_back(host.GetSelNode(i));
-    return nodes;
-}
 
 void selectAll(Interface& host, std::span<INode* const> shown) {
     for (INode* node : shown) host.SelectNode(node, false);
@@ -27,14 +21,14 @@ void invertSelection(Interface& host, std::span<INode* const> shown) {
 }
 
 void hideSelected(Interface& host) {
-    for (INode* node : selectedNodes(host)) node->Hide(true);
+    for (INode* node : SelectedNodes(host)) node->Hide(true);
     host.ClearNodeSelection();
 }
 
 // Lights go on shining on what is left.
 void isolateSelected(Interface& host, std::span<INode* const> shown) {
     std::unordered_set<const INode*> kept;
-    for (INode* node : selectedNodes(host)) {
+    for (INode* node : SelectedNodes(host)) {
         for (const INode* above = node; above && kept.insert(above).second;)
             above = above->GetParentNode();
         ForEachInSubtree(node, [&](INode& below) { kept.insert(&below); });
@@ -53,12 +47,12 @@ void unhideAll(Interface& host) {
 
 void groupSelected(Interface& host) {
     Tab<INode*> nodes;
-    for (INode* node : selectedNodes(host)) nodes.Append(1, &node);
+    for (INode* node : SelectedNodes(host)) nodes.Append(1, &node);
     if (INode* head = host.GroupNodes(nodes)) host.SelectNode(head);
 }
 
 void ungroupSelected(Interface& host) {
-    for (INode* node : selectedNodes(host))
+    for (INode* node : SelectedNodes(host))
         if (host.IsNodeInScene(node) && node->IsGroupHead()) host.UngroupNode(node);
 }
 

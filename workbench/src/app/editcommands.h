@@ -4,12 +4,9 @@
 #include <kiln/interface.h>
 
 #include <span>
-#include <vector>
 
 namespace workbench {
 
-/// The selected nodes, in the order of selection.
-std::vector<INode*> selectedNodes(Interface& host);
 /// Adds all of `shown` to the selection.
 void selectAll(Interface& host, std::span<INode* const> shown);
 /// Selects those of `shown` that are not selected, and the other way round.
