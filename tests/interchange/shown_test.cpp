@@ -605,10 +605,10 @@ TEST_F(LayersTest, ADetailShowsInBetweenTheTexelsFromCloseBy) {
         EXPECT_TRUE(fltPutRecord(square, record));
         seeFrom({0, 0, distance});
         draw();
-        int count = 0;
+        int changes = 0;
         for (int x = 1; x < kSide; ++x)
-            count += canvas.pixel(x, kSide / 2) != canvas.pixel(x - 1, kSide / 2);
-        return count;
+            changes += canvas.pixel(x, kSide / 2) != canvas.pixel(x - 1, kSide / 2);
+        return changes;
     };
     const int plain = changesOfColor(-1, 5);
     EXPECT_EQ(changesOfColor(7, 5), plain) << "there is no such texture";
