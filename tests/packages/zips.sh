@@ -42,7 +42,7 @@ done
 
 # run PROGRAM [ARGUMENT]...
 run() { timeout 120 "$wine" "$@" 2>errors.txt; }
-for program in fltool kilnbatch workbench make_samples; do
+for program in fltool kilnbatch workbench; do
     same "version" "$(run "$program.exe" --version | tr -d '\r')" "$program $version"
 done
 
