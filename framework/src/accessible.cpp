@@ -2,6 +2,7 @@
 #include <framework/accessible.h>
 
 #include <memory>
+#include <unordered_map>
 #include <utility>
 
 namespace framework {
@@ -165,20 +166,31 @@ public:
     }
 };
 
-constexpr UINT_PTR kSubclass = 2;
-constexpr wchar_t kProperty[] = L"TesseraDescribedControl";
+struct Description {
+    DescribedControl* object;
+    WNDPROC former;
+};
 
-LRESULT CALLBACK tellTexts(HWND control, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
-                           DWORD_PTR data) {
-    auto* const described = reinterpret_cast<DescribedControl*>(data);
-    if (message == WM_GETOBJECT && Accessible::IsAskedFor(lParam)) return described->Answer(wParam);
+// A map of our own: the platform's ways to keep something with a window cost a call of its server
+// for each message, which a tree of 100,000 items gets many of. Never destroyed: windows of static
+// objects are destroyed while static objects are.
+std::unordered_map<HWND, Description>& descriptions() {
+    static auto* const map = new std::unordered_map<HWND, Description>;
+    return *map;
+}
+
+LRESULT CALLBACK tellTexts(HWND control, UINT message, WPARAM wParam, LPARAM lParam) {
+    const auto found = descriptions().find(control);
+    if (found == descriptions().end()) return ::DefWindowProcW(control, message, wParam, lParam);
+    const Description description = found->second;
+    if (message == WM_GETOBJECT && Accessible::IsAskedFor(lParam))
+        return description.object->Answer(wParam);
     if (message == WM_NCDESTROY) {
-        ::RemovePropW(control, kProperty);
-        ::RemoveWindowSubclass(control, tellTexts, id);
-        described->Detach();
-        described->Release();
+        descriptions().erase(found);
+        description.object->Detach();
+        description.object->Release();
     }
-    return ::DefSubclassProc(control, message, wParam, lParam);
+    return ::CallWindowProcW(description.former, control, message, wParam, lParam);
 }
 
 }  // namespace
@@ -205,19 +217,20 @@ ControlTexts textsOfLabel(std::string_view label) {
 }
 
 void describeControl(HWND control, ControlTexts texts) {
-    if (const HANDLE known = ::GetPropW(control, kProperty)) {
-        static_cast<DescribedControl*>(known)->texts = std::move(texts);
-        return;
+    if (!::IsWindow(control)) return;
+    const auto [place, isNew] = descriptions().try_emplace(control);
+    Description& description = place->second;
+    if (isNew) {
+        try {
+            description.object = new DescribedControl(control);
+        } catch (...) {
+            descriptions().erase(place);
+            throw;
+        }
+        description.former = reinterpret_cast<WNDPROC>(::GetWindowLongPtrW(control, GWLP_WNDPROC));
+        ::SetWindowLongPtrW(control, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&tellTexts));
     }
-    auto* const described = new DescribedControl(control);
-    described->texts = std::move(texts);
-    const bool kept = ::SetPropW(control, kProperty, described) != FALSE;
-    if (kept &&
-        ::SetWindowSubclass(control, tellTexts, kSubclass, reinterpret_cast<DWORD_PTR>(described)))
-        return;
-    ::RemovePropW(control, kProperty);
-    described->Detach();
-    described->Release();
+    description.object->texts = std::move(texts);
 }
 
 }  // namespace framework
