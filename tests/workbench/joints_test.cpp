@@ -104,10 +104,10 @@ TEST_F(JointsTest, GoBetweenTheirLimitsOrAsFarAsMakesSense) {
     EXPECT_EQ(rangeOf(joint, kX, 37), (MotionRange{-50, 50}));
     EXPECT_EQ(rangeOf(joint, kX, 0), (MotionRange{-1, 1}));
     joint.values = {700, 0, 0, -200, 0, 0, 8, 1, 1};
-    const auto small = rangeOf(joint, kX, 0.03);
-    ASSERT_TRUE(small);
-    EXPECT_DOUBLE_EQ(small->least, -0.05);  // a power of ten differs in its last bit by library
-    EXPECT_EQ(small->greatest, 700);
+    const auto narrow = rangeOf(joint, kX, 0.03);
+    ASSERT_TRUE(narrow);
+    EXPECT_DOUBLE_EQ(narrow->least, -0.05);  // a power of ten differs in its last bit by library
+    EXPECT_EQ(narrow->greatest, 700);
     EXPECT_EQ(rangeOf(joint, kPitch, 1), (MotionRange{-200, 180}));
     EXPECT_EQ(rangeOf(joint, kScaleX, 1), (MotionRange{0.1, 8}));
     joint.values[kX] = kInfinity;
