@@ -4,14 +4,16 @@
 #include <vector>
 
 #include "counted.h"
+#include "smallheap.h"
 
 namespace kiln {
 
 std::size_t ChangeLog::pageSizeFor(std::size_t size) const noexcept {
     // Most steps consist of a change or two.
     constexpr std::size_t kFirst = 256;
-    constexpr std::size_t kLargest = std::size_t{1} << 16;
-    const std::size_t usual = page_ ? std::min(2 * page_->size, kLargest) : kFirst;
+    // From the heap of the scene's pieces: the memory of a step that has gone is there for the next
+    // one, and the system need not clear new memory while 10,000 nodes are edited.
+    const std::size_t usual = page_ ? std::min(2 * page_->size, SmallHeap::kLargest) : kFirst;
     return std::max(usual, sizeof(Page) + size);
 }
 
