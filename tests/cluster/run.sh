@@ -144,7 +144,7 @@ grep -qx "check: $files files, 1 failed, .*" "$place/local-run/report/summary.tx
 grep -qx "edit: $files files, 2 failed, .*" "$place/local-run/report/summary.txt" || fail "the report's edits"
 grep -q "tiles/d0001.flt: .*not this one" "$place/local-run/report/summary.txt" || fail "the report's reasons"
 [ "$(wc -l <"$place/local-run/report/files.jsonl")" -eq "$files" ] || fail "the report's files"
-[ "$(find "$place/local-run/report/page.files" -name '*.js' | wc -l)" -eq "$files" ] || fail "the page's files"
+[ "$(cat "$place/local-run/report/page.files"/*.js | grep -c '^fltoolDetails(')" -eq "$files" ] || fail "the page's files"
 
 say "A cluster: a run that is interrupted"
 start_slurm

@@ -309,12 +309,24 @@ def main():
         browser.wait("document.querySelector('#icicle')")
         browser.js("location.hash = '#m5'")
         browser.wait("document.querySelector('#icicle') && document.querySelector('h1').textContent.endsWith('.flt')")
-        fourth = place / "city.files" / "4.js"
-        fourth.write_text(fourth.read_text().replace('fltoolDetails(4, "', 'fltoolDetails(4, "another/', 1))
+        browser.open(place / "large.html", "#m290")
+        browser.wait("document.querySelector('#icicle')")
+        name = texts("h1")[0]
+        browser.js("location.hash = '#m289'")
+        browser.wait(f"document.querySelector('#icicle') && document.querySelector('h1').textContent !== '{name}'")
+        same("the file of both is loaded", count("script[src]:not([src$='/0.js'])"), 1)
+        same("and no other", count("script[src]"), 1)
+        first = place / "large.files" / "0.js"
+        first.write_text(first.read_text().replace('fltoolDetails(4, "', 'fltoolDetails(4, "another/', 1))
         browser.js("location.hash = '#m4'")
         browser.wait("document.querySelector('p.error')")
         true("another report's details are not shown", count("#icicle") == 0)
         wrongs += browser.wrongs
+        first.unlink()
+        browser.open(place / "large.html", "#m4")
+        browser.wait("document.querySelector('p.error')")
+        true("what is not there", "0.js" in texts("p.error")[0] and count("#icicle") == 0)
+        wrongs += [wrong for wrong in browser.wrongs if not wrong.endswith("/large.files/0.js")]
     except Exception as error:
         wrongs.append(f"{type(error).__name__}: {error}")
         if browser:

@@ -404,14 +404,15 @@ private:
 }  // namespace
 
 Facts factsOf(std::span<const std::uint8_t> bytes, const std::string& path,
-              const checks::Target& target, const FactLimits& limits) {
+              const checks::Target& target, const FactLimits& limits,
+              checks::KnownReferences* known) {
     Facts facts;
     facts.path = path;
     facts.bytes = bytes.size();
     checks::Target bounded = target;
     bounded.mostFindings = std::min(target.mostFindings, limits.findings);
     Observer observer(bytes, facts, limits);
-    checks::Check check(observer, bounded);
+    checks::Check check(observer, bounded, known);
     check.finish();
     facts.report = check.report();
     facts.report.damages = damagesIn(bytes);
@@ -419,9 +420,10 @@ Facts factsOf(std::span<const std::uint8_t> bytes, const std::string& path,
     return facts;
 }
 
-Facts gatherFacts(const std::string& path, const checks::Target& target, const FactLimits& limits) {
+Facts gatherFacts(const std::string& path, const checks::Target& target, const FactLimits& limits,
+                  checks::KnownReferences* known) {
     try {
-        return factsOf(FltFileBytes::load(path).bytes(), path, target, limits);
+        return factsOf(FltFileBytes::load(path).bytes(), path, target, limits, known);
     } catch (const std::system_error& error) {
         Facts facts;
         facts.path = path;

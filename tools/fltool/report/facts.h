@@ -1,6 +1,7 @@
 // What a report says of one model.
 #pragma once
 
+#include <checks/knownreferences.h>
 #include <checks/report.h>
 #include <quillon/fltheader.h>
 
@@ -121,12 +122,15 @@ struct Facts {
     std::vector<Picture> pictures;
 };
 
-/// What the bytes of the file at `path` say, in one walk that checks them too.
+/// What the bytes of the file at `path` say, in one walk that checks them too. What is read of the
+/// files that it refers to stays in `known`, where there is such, for the next one.
 Facts factsOf(std::span<const std::uint8_t> bytes, const std::string& path,
-              const checks::Target& target, const FactLimits& limits);
+              const checks::Target& target, const FactLimits& limits,
+              checks::KnownReferences* known = nullptr);
 
 /// Reads, walks and checks the file at `path` (UTF-8) once. What is damaged is in the report; a
 /// file that cannot be read has a failure. Throws `std::bad_alloc`.
-Facts gatherFacts(const std::string& path, const checks::Target& target, const FactLimits& limits);
+Facts gatherFacts(const std::string& path, const checks::Target& target, const FactLimits& limits,
+                  checks::KnownReferences* known = nullptr);
 
 }  // namespace fltool

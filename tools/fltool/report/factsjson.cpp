@@ -229,21 +229,26 @@ Json detailsOf(const Facts& facts, const checks::Target& target, bool sentences)
         pictures.push_back({{"view", picture.view},
                             {"distance", picture.distance},
                             {"picture", dataUri(picture.png)}});
-    return {{"header", headerOf(facts)},
-            {"statistics", checks::jsonOf(facts.report.statistics)},
-            {"kinds", std::move(kinds)},
-            {"hierarchy", hierarchyOf(facts)},
-            {"levelsOfDetail", std::move(levels)},
-            {"steps", std::move(steps)},
-            {"textureTable", texturesOf(facts)},
-            {"palettes", palettesOf(facts)},
-            {"lightPointTable", lightPointsOf(facts)},
-            {"comments", {{"leftOut", facts.commentsLeftOut}, {"rows", std::move(comments)}}},
-            {"references", std::move(references)},
-            {"damageList", checks::jsonOf(facts.report.damages)},
-            {"rules", checks::rulesJson(facts.report, target)},
-            {"findings", findingsOf(facts, sentences)},
-            {"pictures", std::move(pictures)}};
+    Json details = Json::object();
+    constexpr std::size_t kParts = 15;
+    // An object that grows copies all that is in it, to its last text.
+    details.get_ref<Json::object_t&>().reserve(kParts);
+    details["header"] = headerOf(facts);
+    details["statistics"] = checks::jsonOf(facts.report.statistics);
+    details["kinds"] = std::move(kinds);
+    details["hierarchy"] = hierarchyOf(facts);
+    details["levelsOfDetail"] = std::move(levels);
+    details["steps"] = std::move(steps);
+    details["textureTable"] = texturesOf(facts);
+    details["palettes"] = palettesOf(facts);
+    details["lightPointTable"] = lightPointsOf(facts);
+    details["comments"] = {{"leftOut", facts.commentsLeftOut}, {"rows", std::move(comments)}};
+    details["references"] = std::move(references);
+    details["damageList"] = checks::jsonOf(facts.report.damages);
+    details["rules"] = checks::rulesJson(facts.report, target);
+    details["findings"] = findingsOf(facts, sentences);
+    details["pictures"] = std::move(pictures);
+    return details;
 }
 
 std::string forPage(const Json& json) {

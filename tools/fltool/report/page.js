@@ -445,15 +445,23 @@ function swatch(color) {
 }
 const heading = i => [rows.length > 1 && el('p', {}, el('a', {href: '#'}, '\u2190 ' + t('allModels'))), el('h1', {}, el('bdi', {}, visible(rows[i].path.slice(folder.length)))), el('p', {class: 'faint'}, t('madeBy', data.version, visible(data.target)))];
 
-// Of many models the details are scripts beside the page, since a page from a disk may load nothing else.
-window.fltoolDetails = (i, path, facts) => { details[i] = {path, facts}; };
+// Of many models the details are scripts beside the page, some models in each, since a page from a disk
+// may load nothing else.
+const partOf = i => data.parts.findLastIndex(first => first <= i);
+const fileOf = part => '/' + part + '.js';
+window.fltoolDetails = (i, path, facts) => {
+  details[i] = path === rows[i]?.path ? {facts} : {problem: t('otherReport', data.folder + fileOf(partOf(i)))};
+};
 function load(i) {
-  if (waiting[i]) return;
-  const file = data.folder + '/' + i + '.js';
-  waiting[i] = true;
-  const done = problem => { if (problem) details[i] = {problem}; delete waiting[i]; if (current().model === i) show(); };
-  document.head.append(el('script', {src: encodeURIComponent(data.folder) + '/' + i + '.js', onerror: () => done(t('noDetails', file)),
-    onload: () => done(!details[i] ? t('noDetails', file) : details[i].path !== rows[i].path ? t('otherReport', file) : '')}));
+  const part = partOf(i);
+  if (waiting[part]) return;
+  waiting[part] = true;
+  const done = () => {
+    delete waiting[part];
+    details[i] ||= {problem: t('noDetails', data.folder + fileOf(part))};
+    if (partOf(current().model) === part) show();
+  };
+  document.head.append(el('script', {src: encodeURIComponent(data.folder) + fileOf(part), onerror: done, onload: done}));
 }
 function model(i) {
   if (rows[i].failure) return [heading(i), el('p', {class: 'error'}, t('failure', visible(rows[i].failure)))];

@@ -13,9 +13,11 @@
 #include <algorithm>
 #include <fstream>
 #include <functional>
+#include <optional>
 #include <ostream>
 #include <system_error>
 #include <unordered_map>
+#include <utility>
 
 namespace fltool {
 
@@ -62,6 +64,45 @@ std::string keyOf(const fs::path& path) {
 
 using Sink = std::function<void(std::string_view)>;
 
+/// The details of many models in files beside the page, some models in each: to make a file takes
+/// longer than what is in it. They are scripts, since a page from a disk may load nothing else, and
+/// name their models, so that a page can tell when they are those of another report.
+class DetailFiles {
+public:
+    explicit DetailFiles(fs::path folder) : folder_(std::move(folder)) {
+        std::error_code ignored;  // the first file tells
+        fs::create_directories(folder_, ignored);
+    }
+
+    void add(std::size_t model, const std::string& path, const std::string& details) {
+        constexpr std::size_t kLargest = std::size_t{128} << 10;
+        if (!text_.empty() && text_.size() + details.size() > kLargest) write();
+        if (text_.empty()) firsts_.push_back(model);
+        text_ += "fltoolDetails(" + std::to_string(model) + ", " + forPage(path) + ", ";
+        text_ += details;
+        text_ += ");\n";
+    }
+
+    /// Which model is the first of each file.
+    const Json& finish() {
+        if (!text_.empty()) write();
+        return firsts_;
+    }
+
+private:
+    void write() {
+        const fs::path path = folder_ / (std::to_string(firsts_.size() - 1) + ".js");
+        std::ofstream file(path, std::ios::binary | std::ios::trunc);
+        file << text_;
+        if (!file.flush()) throw CommandError("cannot write " + base::textOf(path));
+        text_.clear();
+    }
+
+    const fs::path folder_;
+    std::string text_;  ///< of the file that is not written yet
+    Json firsts_ = Json::array();
+};
+
 /// Goes through the models and hands on what is known of each.
 class Reporter {
 public:
@@ -100,19 +141,22 @@ public:
               ", \"sentences\": " + forPage(ruleSentences()) + ", \"folder\": " +
               (areMany() ? forPage(base::genericTextOf(detailFolder().filename())) : "null") +
               ", \"rows\": [");
+        std::optional<DetailFiles> beside;
+        if (areMany()) beside.emplace(detailFolder());
         for (std::size_t i = 0; i < files_.size(); ++i) {
             Facts facts = gather(files_[i]);
             Json row = rowOf(facts, target_);
             row["references"] = referencesOf(facts);
             write((i == 0 ? "\n" : ",\n") + forPage(row));
             const std::string text = forPage(detailsOf(facts, target_, false));
-            if (areMany())
-                writeDetails(i, facts, text);
+            if (beside)
+                beside->add(i, facts.path, text);
             else
                 details += (i == 0 ? "\n" : ",\n") + text;
         }
         write("\n], \"details\": [" + details +
-              "\n], \"totals\": " + forPage(jsonOf(totals_, target_)) + "}\n");
+              "\n], \"parts\": " + (beside ? forPage(beside->finish()) : "[]") +
+              ", \"totals\": " + forPage(jsonOf(totals_, target_)) + "}\n");
         write(parts.behindData);
     }
 
@@ -120,7 +164,7 @@ public:
 
 private:
     Facts gather(const std::string& file) {
-        Facts facts = gatherFacts(file, target_, areMany() ? kLimitsOfMany : FactLimits());
+        Facts facts = gatherFacts(file, target_, areMany() ? kLimitsOfMany : FactLimits(), &known_);
         totals_.add(facts, target_);
         if (!options_.pictures || areMany() || !facts.failure.empty()) return facts;
         const std::string failure =
@@ -147,25 +191,13 @@ private:
         return folder;
     }
 
-    /// A script, since a page from a disk may load no other kind of file. It names its model, so
-    /// that a page can tell when it is that of another report.
-    void writeDetails(std::size_t number, const Facts& facts, const std::string& details) const {
-        const fs::path folder = detailFolder();
-        std::error_code failure;
-        fs::create_directories(folder, failure);
-        const fs::path path = folder / (std::to_string(number) + ".js");
-        std::ofstream file(path, std::ios::binary | std::ios::trunc);
-        file << "fltoolDetails(" << number << ", " << forPage(facts.path) << ", " << details
-             << ");\n";
-        if (!file.flush()) throw CommandError("cannot write " + base::textOf(path));
-    }
-
     const ReportOptions& options_;
     std::ostream& notes_;
     checks::Target target_;
     std::vector<std::string> files_;
     std::unordered_map<std::string, std::uint32_t> numbers_;  ///< by key
     fs::path kilnbatch_;
+    checks::KnownReferences known_;
     Totals totals_;
 };
 
