@@ -165,7 +165,6 @@ private:
                 .dump(-1, ' ', false, Json::error_handler_t::replace);
         };
         const auto report = [&](const Workers::Task& task, const Ended& ended) {
-            clearScratch(folders_, task.place);
             note(task.name, ended);
         };
         const auto pause = [&] {

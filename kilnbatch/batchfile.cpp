@@ -22,8 +22,12 @@ using Json = nlohmann::json;
 constexpr std::size_t kMostOutput = std::size_t{1} << 16;
 constexpr std::size_t kMostFindings = std::size_t{1} << 20;
 
+/// The folder of a place, without what a file left that its process did not live to finish.
 fs::path scratchOf(const BatchFolders& folders, unsigned place) {
-    return folders.scratch / std::to_string(place);
+    fs::path scratch = folders.scratch / std::to_string(place);
+    if (fs::create_directories(scratch)) return scratch;
+    for (const auto& left : fs::directory_iterator(scratch)) fs::remove_all(left.path());
+    return scratch;
 }
 
 /// What is said, up to a limit.
@@ -90,7 +94,6 @@ Json doFile(kiln::Core& core, const BatchFolders& folders, const Job& job,
         std::error_code ignored;
         fs::remove(stampPath, ignored);
         const fs::path scratch = scratchOf(folders, place);
-        fs::create_directories(scratch);
         Said said;
         Job own = job;
         own.importPath = base::textOf(folders.in / relative);
@@ -131,11 +134,6 @@ Json doFile(kiln::Core& core, const BatchFolders& folders, const Job& job,
     } catch (const std::exception& error) {
         return failed(result, error.what());
     }
-}
-
-void clearScratch(const BatchFolders& folders, unsigned place) {
-    std::error_code ignored;
-    fs::remove_all(scratchOf(folders, place), ignored);
 }
 
 }  // namespace kilnbatch

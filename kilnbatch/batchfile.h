@@ -25,7 +25,4 @@ struct BatchFolders {
 nlohmann::json doFile(kiln::Core& core, const BatchFolders& folders, const Job& job,
                       const std::string& options, const std::string& name, unsigned place);
 
-/// Removes what an ended task with that place left in the scratch folder.
-void clearScratch(const BatchFolders& folders, unsigned place);
-
 }  // namespace kilnbatch

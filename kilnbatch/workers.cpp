@@ -152,6 +152,7 @@ void Workers::stop() {
 
 void Workers::run(const Next& next, const Work& work, const Report& report, const Pause& pause) {
     bool isMore = true;
+    std::vector<Running> ended;
     std::vector<pollfd> waiting;
     while (true) {
         if (pause()) stop();
@@ -163,6 +164,9 @@ void Workers::run(const Next& next, const Work& work, const Report& report, cons
             if (!start(task, work))
                 throw std::system_error(errno, std::generic_category(), "no process can be made");
         }
+        // While the next ones work already.
+        for (const Running& done : ended) report(done.task, done.ended);
+        ended.clear();
         if (running_.empty()) return;
         waiting.clear();
         for (const Running& running : running_) waiting.push_back({running.answer, POLLIN, 0});
@@ -172,10 +176,9 @@ void Workers::run(const Next& next, const Work& work, const Report& report, cons
             Running& running = running_[i];
             enforceLimits(running);
             if (waiting[i].revents == 0 || !readOn(running)) continue;
-            Running done = std::move(running);
+            ended.push_back(std::move(running));
             running_.erase(running_.begin() + static_cast<std::ptrdiff_t>(i));
-            finish(done);
-            report(done.task, done.ended);
+            finish(ended.back());
         }
     }
 }
