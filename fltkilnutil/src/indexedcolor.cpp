@@ -11,10 +11,12 @@ COLORREF shadeOf(const FltPackedColor& color, std::uint32_t intensity) noexcept 
 }
 
 std::optional<COLORREF> indexedColor(std::uint32_t index, const FltColorPalette& palette) {
-    const std::uint32_t entry = index >> FltColorPalette::kIntensityBits;
-    if (entry >= FltColorPalette::kEntries) return std::nullopt;
-    if (palette.colors.size() < FltColorPalette::kEntries) return std::nullopt;
-    return shadeOf(palette.colors[entry], index & FltColorPalette::kFullIntensity);
+    if (!palette.isWhole()) return std::nullopt;
+    const auto entry = palette.entryOf(index);
+    if (!entry) return std::nullopt;
+    const FltPackedColor& color = palette.entry(*entry);
+    return palette.hasIntensities(*entry) ? shadeOf(color, index & FltColorPalette::kFullIntensity)
+                                          : colorRefOf(color);
 }
 
 std::optional<COLORREF> surfaceColor(const FltPolygonRec& surface, const FltColorPalette& palette) {

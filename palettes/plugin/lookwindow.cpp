@@ -38,7 +38,7 @@ std::optional<Rgb> colorOf(const LookRow& row, const Database* database) {
     if (row.part != LookPart::kEntry || database == nullptr || !database->hasColors())
         return std::nullopt;
     const std::int32_t entry = fltParseInteger(row.value);
-    if (entry < 0 || entry >= static_cast<std::int32_t>(FltColorPalette::kEntries))
+    if (entry < 0 || static_cast<std::size_t>(entry) >= database->colors().colors.size())
         return std::nullopt;
     return colorAt(*database, entry);
 }

@@ -54,6 +54,9 @@ constexpr framework::Anchor kAnchors[] = {
     {IDC_ASSIGN, 0, 0, true},
     {IDC_SELECT_USERS, 0, 0, true},
     {IDC_PICK, 0, 0, true},
+    {IDC_LIGHTS_LABEL, 0, 0, true},
+    {IDC_INDEX_LIGHTS, 0, 0, true},
+    {IDC_INLINE_LIGHTS, 0, 0, true},
 };
 
 std::uint8_t byteOf(float share) {
@@ -142,18 +145,18 @@ bool PaletteWindow::OnInitDialog() {
     intensity_.choose(kIntensities - 1);
     swatches_.colorOf = [this](int i) -> COLORREF {
         if (!data() || !data()->hasColors()) return ::GetSysColor(COLOR_BTNFACE);
-        return fltkilnutil::colorRefOf(data()->colors().colors[static_cast<std::size_t>(i)]);
+        return fltkilnutil::colorRefOf(data()->colors().entry(static_cast<std::size_t>(i)));
     };
     swatches_.isMarked = [this](int i) { return usage_.of(Palette::kColor, i) != 0; };
     swatches_.onChosen = [this] {
-        intensity_.Invalidate();
+        showIntensities();
         showFields();
         showStatus();
     };
     swatches_.onActivated = [this] { choose(); };
     intensity_.colorOf = [this](int i) {
         if (!data() || !data()->hasColors()) return COLORREF{0};
-        const auto& color = data()->colors().colors[static_cast<std::size_t>(swatches_.chosen())];
+        const auto& color = data()->colors().entry(static_cast<std::size_t>(swatches_.chosen()));
         return fltkilnutil::shadeOf(color, static_cast<std::uint32_t>(i));
     };
     intensity_.onChosen = [this] { showStatus(); };
@@ -258,10 +261,25 @@ void PaletteWindow::showPalette(Palette palette) {
     ::ShowWindow(list(), colors ? SW_HIDE : SW_SHOW);
     swatches_.Show(colors ? SW_SHOW : SW_HIDE);
     intensity_.Show(colors ? SW_SHOW : SW_HIDE);
-    swatches_.show(data() && data()->hasColors() ? static_cast<int>(FltColorPalette::kEntries) : 0,
-                   kColorColumns);
-    intensity_.Invalidate();
+    swatches_.show(data() ? static_cast<int>(data()->colorCount()) : 0, kColorColumns);
+    showIntensities();
     filter();
+}
+
+// Those of the color that is chosen; some colors of older files have one alone.
+void PaletteWindow::showIntensities() {
+    const bool hasSome =
+        !data() || !data()->hasColors() ||
+        data()->colors().hasIntensities(static_cast<std::size_t>(swatches_.chosen()));
+    const bool hadSome = intensity_.count() != 0;
+    intensity_.show(hasSome ? kIntensities : 0, kIntensities);
+    if (hasSome && !hadSome) intensity_.choose(kIntensities - 1);
+}
+
+std::int32_t PaletteWindow::chosenColor() const {
+    return static_cast<std::int32_t>(
+        data()->colors().indexOf(static_cast<std::uint32_t>(swatches_.chosen()),
+                                 static_cast<std::uint32_t>(intensity_.chosen())));
 }
 
 // The entry that has the focus keeps it, where it is still shown.
@@ -367,7 +385,8 @@ void PaletteWindow::showFields() {
     shownFields_.clear();
     if (showsColors() && data() && data()->hasColors()) {
         shownFields_.push_back({kColorField, textOfColor(colorAt(*data(), swatches_.chosen()))});
-        shownFields_.push_back({kNameField, data()->colorName(swatches_.chosen())});
+        if (!data()->hasOldColors())
+            shownFields_.push_back({kNameField, data()->colorName(swatches_.chosen())});
     } else if (const Entry* const entry = focused()) {
         if (const auto record = readEntry(*entry, data()->revision()))
             shownFields_ = fieldsOf(*record);
@@ -535,10 +554,13 @@ void PaletteWindow::showStatus() {
     if (showsColors() && !data()->hasColors() && !data()->colorRecord().empty())
         return say(textOf(TextId::kOtherColors));
     if (showsColors() && data()->hasColors()) {
-        const int entry = swatches_.chosen(), intensity = intensity_.chosen();
-        text = textOf(TextId::kColorShown, {std::to_string(entry), std::to_string(intensity),
-                                            std::to_string(entry * kIntensities + intensity),
-                                            std::to_string(usage_.of(Palette::kColor, entry))});
+        const int entry = swatches_.chosen();
+        const std::string number = std::to_string(entry), index = std::to_string(chosenColor()),
+                          users = std::to_string(usage_.of(Palette::kColor, entry));
+        text = data()->colors().hasIntensities(static_cast<std::size_t>(entry))
+                   ? textOf(TextId::kColorShown,
+                            {number, std::to_string(intensity_.chosen()), index, users})
+                   : textOf(TextId::kFixedColorShown, {number, index, users});
     } else {
         const std::size_t all = showsColors() ? 0 : data()->entries(palette_).size();
         text = textOf(TextId::kShown, {std::to_string(all), std::to_string(rows_.size())});
@@ -559,7 +581,9 @@ void PaletteWindow::enableActions() {
         {IDC_IMPORT, isThere && !colors},
         {IDC_SELECT_USERS, counts},
         {IDC_ASSIGN, counts},
-        {IDC_PICK, isThere}};
+        {IDC_PICK, isThere},
+        {IDC_INDEX_LIGHTS, isThere},
+        {IDC_INLINE_LIGHTS, isThere}};
     for (const auto& [id, enabled] : wanted) {
         if (!enabled && focus == Item(id)) ::SetFocus(colors ? swatches_.Handle() : list());
         EnableItem(id, enabled);
@@ -672,7 +696,7 @@ void PaletteWindow::assignToSelection() {
         return say(textOf(TextId::kNothingSelected));
     }
     const std::int32_t index =
-        showsColors() ? focusedIndex() * kIntensities + intensity_.chosen() : focusedIndex();
+        showsColors() && focusedIndex() >= 0 ? chosenColor() : focusedIndex();
     std::size_t count = 0;
     if (attempt([&](INode& node) { count = assign(node, nodes, palette_, index); }))
         say(textOf(TextId::kAssigned, {std::to_string(count)}));
@@ -700,10 +724,27 @@ void PaletteWindow::pick() {
         filter();
         return focusIndex(index);
     }
-    swatches_.choose(index / kIntensities);
+    const auto entry = data()->colors().entryOf(static_cast<std::uint32_t>(index));
+    if (!entry) return;
+    swatches_.choose(static_cast<int>(*entry));
+    showIntensities();
     intensity_.choose(index % kIntensities);
     showFields();
     showStatus();
+}
+
+void PaletteWindow::convertLights(ConvertedLightPoints (*convert)(std::span<INode* const>)) {
+    const std::vector<INode*> nodes = SelectedNodes(host());
+    if (nodes.empty()) {
+        ::MessageBeep(MB_OK);
+        return say(textOf(TextId::kNothingSelected));
+    }
+    ConvertedLightPoints converted;
+    if (!attempt([&](INode&) { converted = convert(nodes); })) return;
+    const std::string done = std::to_string(converted.done);
+    say(converted.passedOver == 0
+            ? textOf(TextId::kLightsConverted, {done})
+            : textOf(TextId::kLightsPassedOver, {done, std::to_string(converted.passedOver)}));
 }
 
 // ---------------------------------------------------------------- commands
@@ -767,6 +808,12 @@ bool PaletteWindow::OnCommand(int id, UINT code, HWND control) {
             return true;
         case IDC_PICK:
             pick();
+            return true;
+        case IDC_INDEX_LIGHTS:
+            convertLights(indexLightPoints);
+            return true;
+        case IDC_INLINE_LIGHTS:
+            convertLights(inlineLightPoints);
             return true;
         default:
             return SceneWindow::OnCommand(id, code, control);

@@ -7,12 +7,14 @@
 #include "swatches.h"
 #include "thumbnails.h"
 
+#include <palettes/lightpoints.h>
 #include <palettes/picturefields.h>
 #include <palettes/references.h>
 
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -56,6 +58,9 @@ private:
     Palette palette() const noexcept { return palette_; }
     bool showsColors() const noexcept { return palette_ == Palette::kColor; }
     void showPalette(Palette palette);
+    void showIntensities();
+    /// Its color index, at the intensity that is chosen; there are colors.
+    std::int32_t chosenColor() const;
     void showFields();
     void showStatus();
     void enableActions();
@@ -89,6 +94,8 @@ private:
     void selectUsers();
     void assignToSelection();
     void pick();
+    /// Converts the light points of the selection: see palettes/lightpoints.h.
+    void convertLights(ConvertedLightPoints (*convert)(std::span<INode* const>));
 
     std::vector<DWORD> databases_;  ///< handles, as the choice lists them
     DWORD chosen_ = 0;              ///< one of them

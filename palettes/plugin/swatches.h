@@ -16,6 +16,7 @@ inline constexpr wchar_t kSwatchesClass[] = L"FltSwatches";
 class Swatches : public framework::CWnd {
 public:
     void show(int count, int columns);
+    int count() const noexcept { return count_; }
     int chosen() const noexcept { return chosen_; }
     /// Without a notification.
     void choose(int swatch);

@@ -68,7 +68,6 @@ Database::Database(INode& node) : node_(node), kept_(fltkilnutil::sourceRecordsO
         kept_.revision = kFltRevision;
         fltGetParameter(&node, kept_.revision);
     }
-    constexpr std::uint32_t kOldestColors = 1500;
     for (std::size_t i = 0; i < kept_.attached.size(); ++i) {
         const fltkilnutil::SourceRecord& kept = kept_.attached[i];
         if (kept.isOpaque) continue;
@@ -78,11 +77,10 @@ Database::Database(INode& node) : node_(node), kept_(fltkilnutil::sourceRecordsO
             addTable(i, kept.record);
         } else if (kept.record.opcode() == kFltColorPalette && colorRecord_.empty()) {
             colorRecord_ = kept.record;
-            if (kept_.revision >= kOldestColors)
-                colors_.readBytes(kept.record.bytes(), kept_.revision);
+            colors_.readBytes(kept.record.bytes(), colorRevision());
         }
     }
-    hasReadableNames_ = colorNames_.read(colors_.nameTable);
+    if (!colors_.isOld()) hasReadableNames_ = colorNames_.read(colors_.nameTable);
     for (std::size_t p = 0; p < kPaletteCount; ++p) {
         const auto palette = static_cast<Palette>(p);
         auto& byIndex = byIndex_[palette];
@@ -97,19 +95,16 @@ Database::Database(INode& node) : node_(node), kept_(fltkilnutil::sourceRecordsO
 }
 
 void Database::addTable(std::size_t place, const FltRecordView& record) {
-    FltMaterialTable table;
+    std::vector<std::vector<std::uint8_t>> records;
     try {
-        table.readBytes(record.bytes(), kept_.revision);
+        records = recordsOfTable(record, kept_.revision);
     } catch (const diagnostics::AviaryAssertion&) {
         return;  // it states what cannot be right: there is no material then
     }
-    for (std::size_t i = 0; i < table.materials.size(); ++i) {
-        const auto row = static_cast<std::int32_t>(i);
-        FltMaterial material;
-        material.index = row;
-        copyMaterial(table.materials[i], material);
-        tableRecords_.push_back(recordBytes(material, kFltRevision));
-        add(Palette::kMaterial, place, FltRecordView::at(tableRecords_.back(), 0), row);
+    std::int32_t row = 0;
+    for (std::vector<std::uint8_t>& one : records) {
+        tableRecords_.push_back(std::move(one));
+        add(Palette::kMaterial, place, FltRecordView::at(tableRecords_.back(), 0), row++);
     }
 }
 

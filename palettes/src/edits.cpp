@@ -115,17 +115,13 @@ void setLights(INode& database, const FltLightSourcePalette& before,
 }
 
 /// Faces and vertices that show an entry of the colors show what it is now.
-void showColor(INode& database, std::int32_t entry, const FltPackedColor& before,
-               const FltPackedColor& after) {
-    const auto shade = [&](std::uint32_t index, const FltPackedColor& color) {
-        return fltkilnutil::shadeOf(color, index & FltColorPalette::kFullIntensity);
-    };
-    const auto isIts = [&](std::uint32_t index) {
-        return index >> FltColorPalette::kIntensityBits == static_cast<std::uint32_t>(entry);
-    };
+void showColor(INode& database, std::int32_t entry, const FltColorPalette& before,
+               const FltColorPalette& after) {
     const auto colors = [&](std::uint32_t index) {
-        return isIts(index) ? std::pair(shade(index, before), shade(index, after))
-                            : std::pair(COLORREF{}, COLORREF{});
+        if (before.entryOf(index) != static_cast<std::uint32_t>(entry))
+            return std::pair(COLORREF{}, COLORREF{});
+        return std::pair(*fltkilnutil::indexedColor(index, before),
+                         *fltkilnutil::indexedColor(index, after));
     };
     forEachUser(database, Palette::kColor, entry, [&](INode& node) { recolor(node, colors); });
 }
@@ -288,6 +284,15 @@ std::size_t compact(INode& node, Palette palette) {
 
 namespace {
 
+FltColorPalette whiteColors(std::uint32_t revision) {
+    constexpr FltPackedColor kWhite{0xFF, 0xFF, 0xFF, 0xFF};
+    const bool isOld = revision < FltColorPalette::kChangedIn;
+    FltColorPalette palette;
+    palette.colors.assign(isOld ? FltColorPalette::kOldEntries : FltColorPalette::kEntries, kWhite);
+    if (isOld) palette.fixedColors.assign(FltColorPalette::kFixedColors, kWhite);
+    return palette;
+}
+
 /// Changes the record of the colors, which is made where there is none.
 void editColors(INode& node, auto&& change) {
     const Database database(node);
@@ -295,20 +300,19 @@ void editColors(INode& node, auto&& change) {
         throw Refusal(CoreText::kOldColors);
     Step step(CoreText::kEditStep);
     SourceRecordsEdit edit(node);
-    FltColorPalette before = database.colors();
-    constexpr FltPackedColor kWhite{0xFF, 0xFF, 0xFF, 0xFF};
-    if (!database.hasColors()) before.colors.assign(FltColorPalette::kEntries, kWhite);
+    const std::uint32_t revision = database.colorRevision();
+    const FltColorPalette before = database.hasColors() ? database.colors() : whiteColors(revision);
     FltColorPalette after = before;
     change(database, before, after);
     try {
         if (!database.hasColors()) {
-            insertRecord(edit, recordBytes(after, database.revision()));
+            insertRecord(edit, recordBytes(after, revision));
         } else {
             const auto place =
                 std::ranges::find_if(edit.kept().attached, [&](const SourceRecord& one) {
                     return one.record.bytes().data() == database.colorRecord().bytes().data();
                 });
-            const Bytes bytes = patched(place->record, before, after, database.revision());
+            const Bytes bytes = patched(place->record, before, after, revision);
             if (std::ranges::equal(bytes, place->record.bytes())) return;
             edit.replace(place->record, bytes);
         }
@@ -319,8 +323,8 @@ void editColors(INode& node, auto&& change) {
     step.Commit();
 }
 
-void checkColor(std::int32_t entry) {
-    if (entry < 0 || entry >= static_cast<std::int32_t>(FltColorPalette::kEntries))
+void checkColor(std::int32_t entry, const FltColorPalette& colors) {
+    if (entry < 0 || static_cast<std::size_t>(entry) >= colors.entryCount())
         throw Refusal(CoreText::kNoEntry, {std::to_string(entry)});
 }
 
@@ -331,32 +335,34 @@ Rgb rgbOf(const FltPackedColor& color) {
 }  // namespace
 
 Rgb colorAt(const Database& database, std::int32_t entry) {
-    checkColor(entry);
     if (!database.hasColors()) throw Refusal(CoreText::kNoEntry, {std::to_string(entry)});
-    return rgbOf(database.colors().colors[static_cast<std::size_t>(entry)]);
+    checkColor(entry, database.colors());
+    return rgbOf(database.colors().entry(static_cast<std::size_t>(entry)));
 }
 
 void setColor(INode& node, std::int32_t entry, Rgb color) {
-    checkColor(entry);
     Step step(CoreText::kEditStep);
-    FltPackedColor old, now;
+    FltColorPalette old, now;
     editColors(node, [&](const Database&, const FltColorPalette& before, FltColorPalette& after) {
-        FltPackedColor& place = after.colors[static_cast<std::size_t>(entry)];
-        old = before.colors[static_cast<std::size_t>(entry)];
+        checkColor(entry, before);
+        FltPackedColor& place = after.entry(static_cast<std::size_t>(entry));
         place.red = color.red;
         place.green = color.green;
         place.blue = color.blue;
-        now = place;
+        old = before;
+        now = after;
     });
-    if (old != now) showColor(node, entry, old, now);
+    const auto place = static_cast<std::size_t>(entry);
+    if (old.entry(place) != now.entry(place)) showColor(node, entry, old, now);
     step.Commit();
 }
 
 void setColorName(INode& node, std::int32_t entry, std::string_view name) {
-    checkColor(entry);
     if (name.size() > FltColorNames::kLongest || name.find('\0') != name.npos)
         throw Refusal(CoreText::kNoValue, {"name", name});
     editColors(node, [&](const Database& database, const FltColorPalette&, FltColorPalette& after) {
+        checkColor(entry, after);
+        if (after.isOld()) throw Refusal(CoreText::kNoColorNames);
         if (!database.hasReadableColorNames()) throw Refusal(CoreText::kCutNames);
         after.nameTable = FltColorNames::with(after.nameTable, entry, std::string(name));
     });
@@ -395,15 +401,17 @@ void setColorField(INode& node, std::int32_t entry, std::string_view field,
 
 std::int32_t findOrAddColor(INode& node, Rgb color) {
     const Database database(node);
-    const auto indexOf = [](std::size_t entry) {
-        return static_cast<std::int32_t>(entry << FltColorPalette::kIntensityBits |
-                                         FltColorPalette::kFullIntensity);
-    };
     if (!database.hasColors()) {
         setColor(node, 0, color);  // the first of the palette that this makes
-        return indexOf(0);
+        return FltColorPalette::kFullIntensity;
     }
-    const std::vector<FltPackedColor>& colors = database.colors().colors;
+    const FltColorPalette& palette = database.colors();
+    const auto indexOf = [&](std::size_t entry) {
+        return static_cast<std::int32_t>(
+            palette.indexOf(static_cast<std::uint32_t>(entry), FltColorPalette::kFullIntensity));
+    };
+    std::vector<FltPackedColor> colors = palette.colors;
+    colors.insert(colors.end(), palette.fixedColors.begin(), palette.fixedColors.end());
     const auto same = std::ranges::find(colors, color, rgbOf);
     if (same != colors.end()) return indexOf(static_cast<std::size_t>(same - colors.begin()));
     const Usage usage = usageOf(node);
@@ -563,9 +571,12 @@ std::size_t importEntries(INode& node, Palette palette, const std::string& file)
     FltFileReader reader(loaded.bytes());
     const Database database(node);
     refuseTable(database, palette);
+    // The body without the zeros that it may be padded with.
     const auto keyOf = [&](const FltRecordView& view) {
         const Bytes bytes = withIndex(view, palette, database.revision(), 0);
-        return std::string(bytes.begin(), bytes.end());
+        std::string key(bytes.begin() + FltRecordView::kHeaderSize, bytes.end());
+        key.resize(key.find_last_not_of('\0') + 1);
+        return key;
     };
     std::set<std::string> known;
     std::set<std::int32_t> taken;
@@ -582,17 +593,24 @@ std::size_t importEntries(INode& node, Palette palette, const std::string& file)
     Bytes added;
     std::size_t count = 0;
     std::int32_t next = 0;
+    const auto take = [&](const FltRecordView& view) {
+        if (!known.insert(keyOf(view)).second) return;
+        while (taken.contains(next)) ++next;
+        if (next > most) throw Refusal(CoreText::kFull, {std::to_string(most)});
+        const Bytes bytes = withIndex(view, palette, database.revision(), next++);
+        added.insert(added.end(), bytes.begin(), bytes.end());
+        ++count;
+    };
     while (reader.next()) {
-        if (reader.opcode() != opcode) continue;
         const FltRecordView view =
             FltRecordView::at(std::span(reader.token().data(), reader.token().length()), 0);
+        const bool isTable = palette == Palette::kMaterial && reader.opcode() == kFltMaterialTable;
         try {
-            if (!known.insert(keyOf(view)).second) continue;
-            while (taken.contains(next)) ++next;
-            if (next > most) throw Refusal(CoreText::kFull, {std::to_string(most)});
-            const Bytes bytes = withIndex(view, palette, database.revision(), next++);
-            added.insert(added.end(), bytes.begin(), bytes.end());
-            ++count;
+            if (isTable)
+                for (const Bytes& material : recordsOfTable(view, database.revision()))
+                    take(FltRecordView::at(material, 0));
+            else if (reader.opcode() == opcode)
+                take(view);
         } catch (const diagnostics::AviaryAssertion&) {
             continue;  // it states counts that cannot be right
         }

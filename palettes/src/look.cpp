@@ -368,7 +368,13 @@ std::string Look::meaning(const Database& database, const LookRow& of) const {
     const std::int32_t index = fltParseInteger(of.value);
     if (index < 0) return {};
     if (*of.palette == Palette::kColor) {
-        if (!database.hasColors() || index >= static_cast<std::int32_t>(FltColorPalette::kEntries))
+        if (database.hasOldColors() &&
+            index >= static_cast<std::int32_t>(FltColorPalette::kOldEntries)) {
+            // Only entry and intensity together name one of the fixed colors.
+            const auto shown = color(database, of.isAlternate).color;
+            return shown ? textOfColor(*shown) : coreText(CoreText::kMissingEntry);
+        }
+        if (static_cast<std::size_t>(index) >= database.colorCount())
             return coreText(CoreText::kMissingEntry);
         const std::string name = database.colorName(index);
         return textOfColor(colorAt(database, index)) + (name.empty() ? "" : " " + name);

@@ -161,12 +161,12 @@ private:
     void findColors() {
         const auto& used = usage_.counts[Palette::kColor];
         if (used.empty() || from_.colorRecord().empty()) return;
-        if (!from_.hasColors()) throw Refusal(CoreText::kOldColors);
+        if (!from_.hasColors() || from_.hasOldColors()) throw Refusal(CoreText::kOldColors);
         if (into_.colorRecord().empty()) {
             insertRecord(edit_, from_.colorRecord().bytes());
             return;
         }
-        if (!into_.hasColors()) throw Refusal(CoreText::kOldColors);
+        if (!into_.hasColors() || into_.hasOldColors()) throw Refusal(CoreText::kOldColors);
         const std::vector<FltPackedColor>& ours = into_.colors().colors;
         FltColorPalette after = into_.colors();
         std::set<std::int32_t> wanting, named;
@@ -204,7 +204,7 @@ private:
                 return one.record.bytes().data() == into_.colorRecord().bytes().data();
             });
         edit_.replace(record->record,
-                      patched(record->record, into_.colors(), after, into_.revision()));
+                      patched(record->record, into_.colors(), after, into_.colorRevision()));
     }
 
     FltPackedColor colorOf(std::int32_t entry) const {

@@ -82,15 +82,15 @@ std::uint8_t componentOf(const FPValue& value) {
 void count(const FPParams& params, FPValue& result) {
     const Database& database = databaseIn(params[0]);
     const Palette palette = paletteIn(params[1]);
-    result.SetInt(countOf(palette == Palette::kColor ? database.colors().colors.size()
+    result.SetInt(countOf(palette == Palette::kColor ? database.colorCount()
                                                      : database.entries(palette).size()));
 }
 
 void index(const FPParams& params, FPValue& result) {
     const Database& database = databaseIn(params[0]);
     const Palette palette = paletteIn(params[1]);
-    const std::size_t all = palette == Palette::kColor ? database.colors().colors.size()
-                                                       : database.entries(palette).size();
+    const std::size_t all =
+        palette == Palette::kColor ? database.colorCount() : database.entries(palette).size();
     if (params[2].i < 1 || static_cast<std::size_t>(params[2].i) > all)
         throw Refusal(CoreText::kNoEntry, {std::to_string(params[2].i)});
     const auto place = static_cast<std::size_t>(params[2].i) - 1;

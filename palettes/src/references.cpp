@@ -19,6 +19,7 @@
 #include <quillon/fltxref.h>
 
 #include <memory>
+#include <optional>
 
 namespace palettes {
 
@@ -193,9 +194,28 @@ void forEachNode(INode& database, auto&& visit) {
     });
 }
 
-std::int32_t entryOf(Palette palette, std::int32_t index) noexcept {
-    return palette == Palette::kColor ? index >> FltColorPalette::kIntensityBits : index;
-}
+/// The entries that indices name in a database.
+class EntriesOf {
+public:
+    explicit EntriesOf(INode& database) {
+        try {
+            const Database read(database);
+            if (read.hasOldColors()) oldColors_ = read.colors();
+        } catch (const Refusal&) {
+            // What cannot be read is of the present form, if it is any.
+        }
+    }
+
+    std::int32_t operator()(Palette palette, std::int32_t index) const noexcept {
+        if (palette != Palette::kColor) return index;
+        const auto color = static_cast<std::uint32_t>(index);
+        if (!oldColors_) return static_cast<std::int32_t>(color >> FltColorPalette::kIntensityBits);
+        return static_cast<std::int32_t>(oldColors_->entryOf(color).value_or(0xFFFFFFFF));
+    }
+
+private:
+    std::optional<FltColorPalette> oldColors_;
+};
 
 /// The record with other indices; empty when they stay.
 template <typename Record>
@@ -327,6 +347,7 @@ ForEachPalette<bool> takenOver(std::int32_t flags) noexcept {
 
 Usage usageOf(INode& database) {
     Usage usage;
+    const EntriesOf entryOf(database);
     Finder finder;
     forEachNode(database, [&](INode& node) {
         finder.find(
@@ -341,6 +362,7 @@ Usage usageOf(INode& database) {
 
 std::vector<INode*> usersOf(INode& database, Palette palette, std::int32_t index) {
     std::vector<INode*> users;
+    const EntriesOf entryOf(database);
     Finder finder;
     forEachNode(database, [&](INode& node) {
         bool uses = false;

@@ -204,13 +204,80 @@ TEST_F(Edits, FindOrAddColors) {
     EXPECT_EQ(palettes::findOrAddColor(*database, {5, 6, 7}), 1021 << 7 | 127);
     EXPECT_EQ(palettes::findOrAddColor(*database, {5, 6, 8}), 1020 << 7 | 127);
     EXPECT_EQ(refusal([&] { palettes::addEntry(*database, Palette::kColor, "x"); }),
-              "there are always 1024 colors; none is added, deleted or renumbered");
-    // The colors of older files stay as they are.
-    read(FltBytes("old", 1420).record(kFltColorPalette, grays()).push().group("g").pop());
-    EXPECT_EQ(refusal([&] {
-                  palettes::setColor(*database, 0, {1, 2, 3});
-              }),
-              "color palettes of this format are not edited");
+              "the number of colors is fixed; none is added, deleted or renumbered");
+}
+
+// The 32 colors of older files have intensities, the 56 behind them have one each.
+TEST_F(Edits, ColorsOfOlderFilesAreEditedInTheirForm) {
+    Bytes colors;
+    colors.zeros(124).u32(9);  // reserved, and not 0
+    for (unsigned i = 0; i < 88; ++i) colors.u16(i).u16(2 * i).u16(200);
+    const auto face = [](std::string_view id, unsigned color) {
+        Bytes body = FaceOf{}.body(id);
+        body.vector()[16] = static_cast<std::uint8_t>(color >> 8);
+        body.vector()[17] = static_cast<std::uint8_t>(color);
+        return body;
+    };
+    constexpr unsigned kFixed = 32 << 7;
+    FltBytes file("old", 1420);
+    file.record(kFltColorPalette, colors).push();
+    file.record(kFltFace, face("full", 5 << 7 | 127)).record(kFltFace, face("dark", 5 << 7));
+    file.record(kFltFace, face("fixed", kFixed + 3)).record(kFltFace, face("none", kFixed + 56));
+    read(file.pop());
+    EXPECT_EQ(node("full").GetWireColor(), 0xC80A05U);
+    EXPECT_EQ(node("dark").GetWireColor(), 0U);
+    EXPECT_EQ(node("fixed").GetWireColor(), 0xC84623U);
+    EXPECT_EQ(palettes::Database(*database).colorCount(), 88U);
+    const palettes::Usage usage = palettes::usageOf(*database);
+    EXPECT_EQ(usage.of(Palette::kColor, 5), 2U);
+    EXPECT_EQ(usage.of(Palette::kColor, 35), 1U);
+    EXPECT_EQ(usage.of(Palette::kColor, 32), 0U);
+
+    const std::string before = core.sceneText();
+    palettes::setColor(*database, 35, {1, 2, 3});
+    expectUndoTo(before);
+    EXPECT_EQ(node("fixed").GetWireColor(), 0x030201U);
+    palettes::setColor(*database, 5, {127, 0, 0});
+    EXPECT_EQ(node("full").GetWireColor(), 0x00007FU);
+    EXPECT_EQ(palettes::findOrAddColor(*database, {40, 80, 200}), static_cast<int>(kFixed) + 8);
+    INode* const faces[] = {&node("dark")};
+    palettes::assign(*database, faces, Palette::kColor, static_cast<int>(kFixed) + 8);
+    EXPECT_EQ(node("dark").GetWireColor(), 0xC85028U);
+    Bytes changed = colors;
+    const auto set = [&](std::size_t entry, std::initializer_list<std::uint8_t> rgb) {
+        std::size_t place = 128 + 6 * entry + 1;
+        for (const std::uint8_t value : rgb) {
+            changed.vector()[place] = value;
+            place += 2;
+        }
+    };
+    set(35, {1, 2, 3});
+    set(5, {127, 0, 0});
+    EXPECT_EQ(exportedRecords(kFltColorPalette), records(kFltColorPalette, {changed}));
+    EXPECT_EQ(refusal([&] { palettes::setColorName(*database, 5, "x"); }),
+              "the colors of this format have no names");
+    EXPECT_EQ(refusal([&] { palettes::setColor(*database, 88, {}); }), "there is no entry 88");
+    EXPECT_EQ(refusal([&] { palettes::assign(*database, faces, Palette::kColor, kFixed + 56); }),
+              "there is no entry 4152");
+
+    // What does not fit is neither shown nor edited.
+    const Bytes cut = Bytes().append(colors).zeros(8);
+    Bytes wide = colors;
+    wide.vector()[128 + 6 * 87] = 1;
+    for (const Bytes& other : {cut, wide}) {
+        FltBytes odd("odd", 1420);
+        odd.record(kFltColorPalette, other).push().record(kFltFace, face("f", kFixed));
+        read(odd.pop());
+        EXPECT_EQ(node("f").GetWireColor(), DEFAULT_WIRE_COLOR);
+        EXPECT_EQ(refusal([&] { palettes::setColor(*database, 0, {}); }),
+                  "color palettes of this format are not edited");
+        EXPECT_EQ(exportedRecords(kFltColorPalette), records(kFltColorPalette, {other}));
+    }
+    // Where there is none one of that form is made.
+    read(FltBytes("none", 1420).push().group("g").pop());
+    palettes::setColor(*database, 87, {4, 5, 6});
+    EXPECT_EQ(palettes::textOfColor(palettes::colorAt(palettes::Database(*database), 87)), "4 5 6");
+    EXPECT_EQ(palettes::Database(*database).colorCount(), 88U);
 }
 
 // The materials of older files are a table: one of them changes in it, and it keeps its places.
@@ -309,4 +376,35 @@ TEST_F(Edits, EntriesComeFromOtherFiles) {
     EXPECT_EQ(exportedRecords(kFltTexture),
               records(kFltTexture, {textureEntry("a.rgb", 1), textureEntry("b.rgb", 0)}));
     EXPECT_EQ(palettes::importEntries(*database, Palette::kMaterial, path), 0U);
+}
+
+// The materials of a table become records, but for those that are there.
+TEST_F(Edits, MaterialsComeFromTables) {
+    const auto row = [](std::string_view name, float shininess) {
+        Bytes body;
+        for (int i = 0; i < 12; ++i) body.f32(0.25F);
+        return body.f32(shininess).f32(1).u32(0x80000000).field(name, 12).zeros(112);
+    };
+    FltBytes other("other", 1420);
+    other.record(kFltMaterialTable, row("steel", 12).append(row("brick", 3)).append(row("tin", 4)));
+    const std::string path = folder.file("table.flt");
+    const std::span<const std::uint8_t> bytes = other.push().group("g").pop();
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+    const auto material = [](std::string_view name, std::uint32_t index, float shininess) {
+        Bytes body = materialEntry(name, index);
+        const Bytes value = Bytes().f32(shininess).f32(1).u32(0);
+        std::ranges::copy(value.operator std::span<const std::uint8_t>(), body.vector().end() - 12);
+        return body;
+    };
+    const Bytes steel = material("steel", 1, 12);
+    read(FltBytes().record(kFltMaterial, steel).push().group("g").pop());
+    const std::string before = core.sceneText();
+    EXPECT_EQ(palettes::importEntries(*database, Palette::kMaterial, path), 2U);
+    expectUndoTo(before);
+    EXPECT_EQ(palettes::importEntries(*database, Palette::kMaterial, path), 0U);
+    EXPECT_EQ(exportedRecords(kFltMaterial),
+              records(kFltMaterial,
+                      {steel, material("brick", 0, 3).zeros(4), material("tin", 2, 4).zeros(4)}));
 }

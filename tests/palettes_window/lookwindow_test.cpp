@@ -1,9 +1,12 @@
 // The window of what nodes look like in the built plug-in, by keys and what its grid shows.
+#include "../support/colordialog.h"
 #include "lookrows.h"
 
+#include <fltkilnutil/fltfields.h>
 #include <fltkilnutil/texturemaps.h>
 #include <quillon/fltcolorpalette.h>
 #include <quillon/fltlod.h>
+#include <quillon/fltswitch.h>
 #include <quillon/flttext.h>
 #include <quillon/flttexture.h>
 
@@ -108,6 +111,81 @@ TEST_F(LookWindowTest, ChoosesColorsAndEntries) {
     ASSERT_NE(map, nullptr);
     EXPECT_STREQ(map->GetMapName(), "roof.rgb");
     EXPECT_EQ(core_.history().doneCount(), 2U);
+}
+
+// By its button, by a click on the patch, and given up: nothing has changed then.
+TEST_F(LookWindowTest, AsksForColors) {
+    scene_.edit<FltFace>(other_, [](FltFace& face) {
+        face.flags &= ~(kFltSurfaceNoColor | kFltSurfacePackedColors);
+    });
+    core_.history().clear();
+    scene_.host.SelectNode(other_);
+    open();
+    ASSERT_EQ(value("Color"), "20 20 20");
+    goTo("Color");
+    {
+        const ColorDialog dialog({{200, 30, 10}});
+        testinput::key('H', {VK_MENU});
+        ASSERT_TRUE(dialog.offered());
+        EXPECT_EQ(dialog.offered()->green, 20);
+    }
+    EXPECT_EQ(value("Color"), "200 30 10");
+    EXPECT_EQ(other_->GetWireColor(), 0x0A1EC8U);
+    const RECT cell = Seen(grid()).place(valueId("Color"));
+    POINT patch{cell.right - (cell.bottom - cell.top) / 2, (cell.top + cell.bottom) / 2};
+    ScreenToClient(grid(), &patch);
+    for (const bool isAnswered : {false, true}) {
+        using Color = ColorDialog::Color;
+        const ColorDialog dialog(isAnswered ? std::optional<Color>({1, 2, 3}) : std::nullopt);
+        testinput::click(grid(), patch);
+        ASSERT_TRUE(dialog.offered());
+        EXPECT_EQ(dialog.offered()->red, 200);
+        EXPECT_EQ(value("Color"), isAnswered ? "1 2 3" : "200 30 10");
+        EXPECT_EQ(core_.history().doneCount(), isAnswered ? 2U : 1U);
+    }
+}
+
+// What only files hold of groups, levels of detail and switches.
+TEST_F(LookWindowTest, HasRowsForWhatIsNoFace) {
+    const auto fieldOf = [](INode* node, const char* key) {
+        const FltField field = fltFieldFind(node, key);
+        return field && fltFieldLoad(node, field, kFltRevision)
+                   ? std::string(field.row->value.text())
+                   : "none";
+    };
+    open();
+    scene_.host.SelectNode(scene_.group);
+    ASSERT_TRUE(testinput::pumpUntil([&] { return value("Loop count") == "0"; }));
+    enter("Loop count", L"7");
+    enter("Loop duration (s)", L"2.5");
+    enter("Last frame duration (s)", L"0.5");
+    EXPECT_EQ(fieldOf(scene_.group, "FltGrpLoopCount"), "7");
+    EXPECT_EQ(fieldOf(scene_.group, "FltGrpLoopDuration"), "2.5");
+    EXPECT_EQ(fieldOf(scene_.group, "FltGrpLastFrame"), "0.5");
+    enter("Loop count", L"often");
+    EXPECT_EQ(status(), "Not done: Loop count cannot be often");
+    EXPECT_EQ(value("Significant size"), "none");
+    EXPECT_EQ(core_.history().doneCount(), 3U);
+
+    INode* const level = scene_.add(scene_.group, FltLod());
+    scene_.host.SelectNode(level);
+    ASSERT_TRUE(testinput::pumpUntil([&] { return value("Significant size") == "0"; }));
+    enter("Significant size", L"12.25");
+    EXPECT_EQ(fieldOf(level, "FltLodSize"), "12.25");
+    EXPECT_EQ(value("Significant size"), "12.25");
+
+    FltSwitch record;
+    record.maskWords.append(1);
+    record.maskWords.append(2);
+    INode* const choice = scene_.add(scene_.group, record);
+    scene_.host.SelectNode(choice);
+    ASSERT_TRUE(testinput::pumpUntil([&] { return value("Name of mask 1").empty(); }));
+    EXPECT_EQ(value("Name of mask 2"), "none");
+    enter("Name of mask 1", L"wreck");
+    EXPECT_EQ(fieldOf(choice, "FltSwitchMaskName1"), "wreck");
+    EXPECT_EQ(fieldOf(choice, "FltSwitchMaskName0"), "");
+    ASSERT_TRUE(core_.history().undo());
+    EXPECT_TRUE(testinput::pumpUntil([&] { return value("Name of mask 1").empty(); }));
 }
 
 TEST_F(LookWindowTest, FollowsTheSelectionAndTheLanguage) {

@@ -1,5 +1,6 @@
 // The window of the palettes in the built plug-in, by keys, clicks and what its controls show.
 #include "../../palettes/plugin/resource.h"
+#include "../support/colordialog.h"
 #include "../support/pluginwindowtest.h"
 #include "../support/seen.h"
 
@@ -7,6 +8,7 @@
 #include <base/paths.h>
 #include <palettes/edits.h>
 #include <quillon/fltcolorpalette.h>
+#include <quillon/fltlightpoint.h>
 #include <quillon/fltmaterial.h>
 #include <quillon/flttext.h>
 #include <quillon/flttexture.h>
@@ -171,6 +173,89 @@ TEST_F(PaletteWindowTest, UsersAreSelectedAndGetEntries) {
     EXPECT_EQ(palettes::textOfColor(palettes::colorAt(palettes::Database(*scene_.database), 33)),
               "10 20 30");
     EXPECT_EQ(scene_.face->GetWireColor(), 0x1E140AU);
+}
+
+// All light points below the selection become users of palettes, and say all themselves again.
+TEST_F(PaletteWindowTest, LightPointsGoIntoPalettesAndBack) {
+    const auto kindOf = [](INode* node) {
+        FltNodeKind kind{};
+        fltGetKind(node, false, kind);
+        return static_cast<int>(kind);
+    };
+    FltLightPoint record;
+    record.directionalAmbientIntensity = 0.5F;
+    INode* const light = scene_.add(scene_.group, record);
+    scene_.add(scene_.group, record);
+    core_.history().clear();
+    open();
+    show(Palette::kAppearance);
+    testinput::key('I', {VK_MENU});
+    EXPECT_EQ(status(), "No node is selected");
+    scene_.host.SelectNode(scene_.face);
+    testinput::key('I', {VK_MENU});
+    EXPECT_EQ(status(), "Not done: there are no light points that can be converted");
+    EXPECT_EQ(core_.history().doneCount(), 0U);
+    scene_.host.SelectNode(scene_.group);
+    testinput::key('I', {VK_MENU});
+    EXPECT_EQ(status(), "Light points converted: 2");
+    EXPECT_EQ(kindOf(light), kFltIndexedLightPoint);
+    EXPECT_THAT(column(3), ElementsAre("2"));
+    EXPECT_EQ(core_.history().doneCount(), 1U);
+    testinput::key('I', {VK_MENU});
+    EXPECT_EQ(status(), "Not done: there are no light points that can be converted");
+    testinput::click(control(IDC_INLINE_LIGHTS), {10, 5});
+    EXPECT_EQ(status(), "Light points converted: 2");
+    EXPECT_EQ(kindOf(light), kFltLightPoint);
+    FltLightPoint back;
+    ASSERT_TRUE(fltGetRecord(light, back));
+    EXPECT_EQ(back.directionalAmbientIntensity, 0.5F);
+    EXPECT_THAT(column(3), ElementsAre("0"));
+    ASSERT_TRUE(core_.history().undo());
+    ASSERT_TRUE(core_.history().undo());
+    EXPECT_TRUE(testinput::pumpUntil([&] { return rows() == 0; }));
+    EXPECT_EQ(kindOf(light), kFltLightPoint);
+}
+
+// 32 colors with intensities, and 56 that have one alone.
+TEST_F(PaletteWindowTest, ColorsOfOlderFilesAreEdited) {
+    fltkilnutil::SourceRecordsWriter kept;
+    constexpr std::uint32_t kOld = 1420;
+    FltColorPalette colors;
+    colors.colors.assign(FltColorPalette::kOldEntries, {0, 30, 20, 10});
+    colors.fixedColors.assign(FltColorPalette::kFixedColors, {0, 60, 50, 40});
+    FltToken token;
+    colors.writeToken(token, kOld);
+    token.finish();
+    kept.begin(kOld);
+    kept.record({token.data(), token.length()});
+    fltkilnutil::storeSourceChunk(*scene_.database, fltkilnutil::SourceChunk::records,
+                                  kept.bytes());
+    core_.history().clear();
+    open();
+    EXPECT_EQ(status(), "Color 0 at intensity 127: color index 127, users: 0");
+    SetFocus(control(IDC_SWATCHES));
+    testinput::key(VK_END);
+    EXPECT_EQ(status(), "Color 87 of one intensity: color index 4151, users: 0");
+    {
+        const ColorDialog dialog({{7, 8, 9}});
+        testinput::key(VK_RETURN);
+        ASSERT_TRUE(dialog.offered());
+        EXPECT_EQ(dialog.offered()->blue, 60);
+    }
+    scene_.host.SelectNode(scene_.face);
+    push(IDC_ASSIGN);
+    FltFace face;
+    fltGetRecord(scene_.face, face);
+    EXPECT_EQ(face.primaryColorIndex, 4151U);
+    EXPECT_EQ(scene_.face->GetWireColor(), 0x090807U);
+    SetFocus(control(IDC_SWATCHES));
+    testinput::key(VK_HOME);
+    SetFocus(control(IDC_INTENSITY));
+    testinput::key(VK_LEFT);
+    EXPECT_EQ(status(), "Color 0 at intensity 126: color index 126, users: 0");
+    push(IDC_PICK);
+    EXPECT_EQ(status(), "Color 87 of one intensity: color index 4151, users: 1");
+    EXPECT_EQ(core_.history().doneCount(), 2U);
 }
 
 // The file beside the picture is written, and nothing of the scene.

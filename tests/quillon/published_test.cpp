@@ -247,6 +247,27 @@ TEST(PublishedTest, AColorPaletteHoldsItsColorsBehindReservedBytes) {
     EXPECT_EQ(toHex(encode(palette)), toHex(bytes));
 }
 
+TEST(PublishedTest, AnOlderColorPaletteHasNumbersOf16Bits) {
+    Bytes bytes = hex("0020 0294 00:128 0001 0002 0003 00:186 00FE 0005 0006");
+    bytes.resize(0x294);
+    FltColorPalette palette;
+    EXPECT_EQ(FltColorPalette::layoutRevision(bytes, 1420), 1420U);
+    EXPECT_GE(FltColorPalette::layoutRevision(bytes, 1500), 1500U);
+    palette.readBytes(bytes, 1420);
+    EXPECT_TRUE(palette.isOld());
+    EXPECT_EQ(palette.colors[0], FltPackedColor::fromComponents(1, 2, 3, 0));
+    EXPECT_EQ(palette.fixedColors[0], FltPackedColor::fromComponents(254, 5, 6, 0));
+    EXPECT_EQ(palette.entryOf(31 << 7 | 5), 31U);
+    EXPECT_EQ(palette.entryOf(4096 + 55), 87U);
+    EXPECT_EQ(palette.entryOf(4096 + 56), std::nullopt);
+    EXPECT_EQ(palette.indexOf(31, 5), 31U << 7 | 5);
+    EXPECT_EQ(palette.indexOf(87, 5), 4096U + 55);
+    // One of another length, or with a number beyond a byte, is not read so.
+    bytes[4 + 128 + 6] = 1;
+    EXPECT_GE(FltColorPalette::layoutRevision(bytes, 1420), 1500U);
+    EXPECT_GE(FltColorPalette::layoutRevision(Bytes(0x293), 1420), 1500U);
+}
+
 TEST(PublishedTest, AVertexTakesItsKindFromWhatItReads) {
     FltVertex vertex;
     EXPECT_EQ(toHex(encode(vertex)), toHex(hex("0044 0028 FFFF 2000 00:24 FFFFFFFF FFFFFFFF")));

@@ -37,6 +37,12 @@ public:
         object_->get_accChildCount(&count);
         return count;
     }
+    /// Where a child is on the screen.
+    RECT place(long id) const {
+        long left = 0, top = 0, width = 0, height = 0;
+        EXPECT_EQ(object_->accLocation(&left, &top, &width, &height, child(id)), S_OK);
+        return {left, top, left + width, top + height};
+    }
     bool act(long id) const { return object_->accDoDefaultAction(child(id)) == S_OK; }
 
 private:

@@ -19,8 +19,7 @@ constexpr COLORREF colorRefOf(const FltPackedColor& color) noexcept {
 /// `color` at an intensity from 0 to 127, which is full.
 COLORREF shadeOf(const FltPackedColor& color, std::uint32_t intensity) noexcept;
 
-/// The color that an index names in the palette. One that is not whole, as in older formats,
-/// counts as none.
+/// The color that an index names in the palette. One that is not whole counts as none.
 std::optional<COLORREF> indexedColor(std::uint32_t index, const FltColorPalette& palette);
 
 /// The primary color of a face or mesh: its packed one, or the one that it names in the palette by

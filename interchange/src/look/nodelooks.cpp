@@ -526,7 +526,9 @@ NodeLooks::Database& NodeLooks::databaseOf(INode& header) {
         }
         if (entry.record.opcode() == kFltLineStylePalette) addLineStyle(entry.record, database);
         if (entry.record.opcode() == kFltColorPalette) {
-            database.colors.readBytes(entry.record.bytes(), kept.revision);
+            database.colors.readBytes(
+                entry.record.bytes(),
+                FltColorPalette::layoutRevision(entry.record.bytes(), kept.revision));
         }
     }
     return database;

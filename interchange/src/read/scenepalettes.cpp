@@ -8,7 +8,8 @@ namespace interchange {
 
 ScenePalettes::ScenePalettes(const FileIndex& file, Interface& host) : file_(file), host_(host) {
     if (file.colorPalette != 0) {
-        colors_.readBytes(file.recordAt(file.colorPalette).bytes(), file.revision);
+        const auto bytes = file.recordAt(file.colorPalette).bytes();
+        colors_.readBytes(bytes, FltColorPalette::layoutRevision(bytes, file.revision));
     }
     readLights();
 }

@@ -61,11 +61,21 @@ public:
     /// The smallest index that no entry has.
     std::int32_t freeIndex(Palette palette) const;
 
-    /// Whether there are colors that can be shown and edited: all 1,024.
-    bool hasColors() const noexcept { return colors_.colors.size() == FltColorPalette::kEntries; }
+    /// Whether there are colors that can be shown and edited: all 1,024, or all of the older form.
+    bool hasColors() const noexcept { return colors_.isWhole(); }
+    /// Those of files before revision 1500, which have no names.
+    bool hasOldColors() const noexcept { return colors_.isOld(); }
+    /// How many entries they are.
+    std::size_t colorCount() const noexcept { return hasColors() ? colors_.entryCount() : 0; }
     /// The record that counts; empty without one.
     const FltRecordView& colorRecord() const noexcept { return colorRecord_; }
     const FltColorPalette& colors() const noexcept { return colors_; }
+    /// By whose layout their record is read and written.
+    std::uint32_t colorRevision() const noexcept {
+        return colorRecord_.empty()
+                   ? revision()
+                   : FltColorPalette::layoutRevision(colorRecord_.bytes(), revision());
+    }
     /// The name of a color, UTF-8; empty for none.
     std::string colorName(std::int32_t entry) const;
     /// The materials are those of a table, which has its places: none is added or taken away.

@@ -251,7 +251,7 @@ private:
                 return;
             }
             case kFltColorPalette:
-                facts_.colors = read(FltColorPalette()).colors.size();
+                facts_.colors = read(FltColorPalette()).entryCount();
                 return;
             default:
                 return;
