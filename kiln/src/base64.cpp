@@ -19,6 +19,11 @@ constexpr std::array<std::uint8_t, 256> kValues = [] {
     return values;
 }();
 
+/// For the lowest six bits.
+char digitOf(unsigned bits) noexcept {
+    return kAlphabet.data()[bits & 63];
+}
+
 unsigned valueOf(char c) noexcept {
     return kValues[static_cast<unsigned char>(c)];
 }
@@ -33,15 +38,21 @@ std::size_t paddingOf(std::string_view text) noexcept {
 }  // namespace
 
 void appendBase64(const BYTE* bytes, std::size_t length, std::string& text) {
-    std::size_t at = text.size();
+    const std::size_t at = text.size();
     text.resize(at + (length + 2) / 3 * 4, '=');
-    for (; length >= 3; bytes += 3, length -= 3) {
+    char* to = text.data() + at;
+    for (; length >= 3; bytes += 3, length -= 3, to += 4) {
         const unsigned group = unsigned{bytes[0]} << 16 | unsigned{bytes[1]} << 8 | bytes[2];
-        for (int shift = 18; shift >= 0; shift -= 6) text[at++] = kAlphabet[group >> shift & 63];
+        to[0] = digitOf(group >> 18);
+        to[1] = digitOf(group >> 12);
+        to[2] = digitOf(group >> 6);
+        to[3] = digitOf(group);
     }
     if (length == 0) return;
     const unsigned group = unsigned{bytes[0]} << 16 | (length == 2 ? unsigned{bytes[1]} << 8 : 0);
-    for (std::size_t i = 0; i <= length; ++i) text[at + i] = kAlphabet[group >> (18 - 6 * i) & 63];
+    to[0] = digitOf(group >> 18);
+    to[1] = digitOf(group >> 12);
+    if (length == 2) to[2] = digitOf(group >> 6);
 }
 
 std::string toBase64(const BYTE* bytes, std::size_t length) {
