@@ -4,10 +4,13 @@
 #include "../../workbench/src/ui/look.h"
 #include "../../workbench/src/ui/scriptpane.h"
 #include "../../workbench/src/ui/statusbar.h"
+#include "../support/menukeys.h"
 #include "../support/seen.h"
 #include "../support/spokenlanguage.h"
 
 #include <base/utf16.h>
+#include <framework/clipboard.h>
+#include <input.h>
 #include <workbench/texts.h>
 
 #include <commctrl.h>
@@ -16,6 +19,8 @@
 
 #include <string>
 #include <tuple>
+#include <utility>
+#include <vector>
 
 using namespace workbench;
 
@@ -206,6 +211,44 @@ TEST_F(LogTest, HasTheLastLineInViewUntilTheUserSelectsSomething) {
     pane_.clear();
     pane_.print("anew");
     EXPECT_EQ(text(), L"anew");
+}
+
+TEST_F(LogTest, IsCopiedAndClearedByKeyAndByMenu) {
+    const auto fill = [this] {
+        pane_.clear();
+        pane_.print("one");
+        pane_.print("两");
+        framework::putOnClipboard(log_, "something else");
+    };
+    const auto choose = [this](std::vector<WORD> keys) {
+        const MenuKeys pressed(std::move(keys));
+        testinput::key(VK_F10, {VK_SHIFT});
+        EXPECT_TRUE(testinput::pumpUntil([] { return MenuKeys::opened(); }));
+    };
+    const auto copied = [this] { return framework::textFromClipboard(log_); };
+    ASSERT_TRUE(testinput::activate(parent_));
+    ::SetFocus(log_);
+    fill();
+    testinput::key('A', {VK_CONTROL});
+    testinput::key('C', {VK_CONTROL});
+    EXPECT_EQ(copied(), "one\r\n两");
+    testinput::key('L', {VK_CONTROL});
+    EXPECT_EQ(text(), L"");
+
+    const SpokenLanguage english(KILN_LANGUAGE_ENGLISH);
+    choose({});
+    EXPECT_EQ(MenuKeys::texts(),
+              (std::vector<std::wstring>{L"(&Copy\tCtrl+C)", L"(Select &All\tCtrl+A)",
+                                         L"(C&lear\tCtrl+L)"}))
+        << "there is nothing in it";
+    fill();
+    choose({'A'});
+    choose({'C'});
+    EXPECT_EQ(copied(), "one\r\n两");
+    const SpokenLanguage chinese(KILN_LANGUAGE_CHINESE);
+    choose({'L'});
+    EXPECT_EQ(MenuKeys::texts().back(), L"清空(&L)\tCtrl+L");
+    EXPECT_EQ(text(), L"");
 }
 
 INSTANTIATE_TEST_SUITE_P(
