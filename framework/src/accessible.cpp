@@ -150,11 +150,54 @@ STDMETHODIMP Accessible::put_accValue(VARIANT child, BSTR value) {
 
 namespace {
 
+/// What a control of the platform is, by its class and type; 0 for another one.
+long roleOf(HWND control) {
+    wchar_t name[32] = L"";
+    ::GetClassNameW(control, name, 32);
+    if (::lstrcmpiW(name, WC_BUTTONW) == 0) {
+        switch (::GetWindowLongW(control, GWL_STYLE) & BS_TYPEMASK) {
+            case BS_CHECKBOX:
+            case BS_AUTOCHECKBOX:
+            case BS_3STATE:
+            case BS_AUTO3STATE:
+                return ROLE_SYSTEM_CHECKBUTTON;
+            case BS_RADIOBUTTON:
+            case BS_AUTORADIOBUTTON:
+                return ROLE_SYSTEM_RADIOBUTTON;
+            case BS_GROUPBOX:
+                return ROLE_SYSTEM_GROUPING;
+            default:
+                return ROLE_SYSTEM_PUSHBUTTON;
+        }
+    }
+    struct Row {
+        const wchar_t* name;
+        long role;
+    };
+    constexpr Row kRows[] = {
+        {WC_TREEVIEWW, ROLE_SYSTEM_OUTLINE},    {WC_EDITW, ROLE_SYSTEM_TEXT},
+        {WC_COMBOBOXW, ROLE_SYSTEM_COMBOBOX},   {WC_LISTBOXW, ROLE_SYSTEM_LIST},
+        {WC_LISTVIEWW, ROLE_SYSTEM_LIST},       {TRACKBAR_CLASSW, ROLE_SYSTEM_SLIDER},
+        {UPDOWN_CLASSW, ROLE_SYSTEM_SPINBUTTON}};
+    for (const Row& row : kRows)
+        if (::lstrcmpiW(name, row.name) == 0) return row.role;
+    return 0;
+}
+
 class DescribedControl final : public Accessible {
 public:
-    using Accessible::Accessible;
+    explicit DescribedControl(HWND control) noexcept
+        : Accessible(control), role_(roleOf(control)) {}
 
     ControlTexts texts;
+
+    // Not every version knows more of its own controls than that they are windows.
+    STDMETHODIMP get_accRole(VARIANT child, VARIANT* role) override {
+        const HRESULT result = Accessible::get_accRole(child, role);
+        const bool isPlain = FAILED(result) || role->vt != VT_I4 ||
+                             role->lVal == ROLE_SYSTEM_CLIENT || role->lVal == ROLE_SYSTEM_WINDOW;
+        return IsSelf(child) && role_ && isPlain ? Give(role_, role) : result;
+    }
 
     STDMETHODIMP get_accName(VARIANT child, BSTR* name) override {
         return IsSelf(child) ? Give(texts.name, name) : Accessible::get_accName(child, name);
@@ -164,6 +207,9 @@ public:
                    ? Give(texts.shortcut, shortcut)
                    : Accessible::get_accKeyboardShortcut(child, shortcut);
     }
+
+private:
+    const long role_;
 };
 
 struct Description {

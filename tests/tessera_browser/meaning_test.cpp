@@ -179,6 +179,20 @@ TEST_F(BrowserMeaning, ControlsHaveNamesInTheUsersLanguage) {
     EXPECT_TRUE(nameless(form()).empty());
 }
 
+TEST_F(BrowserMeaning, ControlsSayWhatTheyAre) {
+    struct Row {
+        int id;
+        long role;
+    };
+    for (const Row& row :
+         {Row{IDC_TREE, ROLE_SYSTEM_OUTLINE}, Row{IDC_GRID, ROLE_SYSTEM_TABLE},
+          Row{IDC_UP, ROLE_SYSTEM_PUSHBUTTON}, Row{IDC_GLOBAL, ROLE_SYSTEM_CHECKBUTTON},
+          Row{IDC_SUBTREE, ROLE_SYSTEM_CHECKBUTTON}, Row{IDC_CREATE_KIND, ROLE_SYSTEM_COMBOBOX},
+          Row{IDC_ITEM_SPIN, ROLE_SYSTEM_SPINBUTTON}, Row{IDC_COMMENT, ROLE_SYSTEM_TEXT},
+          Row{IDC_NAME, ROLE_SYSTEM_TEXT}})
+        EXPECT_EQ(Seen(control(row.id)).role(), row.role) << row.id;
+}
+
 TEST_F(BrowserMeaning, EverythingIsDoneByKeyboardAlone) {
     const auto alt = [](WORD letter) { testinput::key(letter, {VK_MENU}); };
     INode* const dof = node(kFltDof);
