@@ -5,6 +5,7 @@
 #include "windowbench.h"
 
 #include <framework/win32.h>
+#include <input.h>
 #include <moduleexports.h>
 #include <resources/resource.h>
 
@@ -30,11 +31,13 @@ constexpr double kBareLimit = 1.5;
 constexpr double kGrowthLimit = 12;  // from kSmall to kLarge
 constexpr double kMostRepaints = 3;
 constexpr double kRefreshLimit = 2;  // times the first filling
+constexpr double kReplaceLimit = 2;  // the same
 
 // Few repetitions, since each of them begins with filling the tree.
 constexpr int kBranches = 10'000;
 constexpr int kLeaves = 9;
 constexpr int kFillings = 2;
+constexpr int kPauses = 50;
 // Many nodes, but no more branches than a control that looks each parent up takes well.
 constexpr int kHugeBranches = 1'000;
 constexpr int kHugeLeaves = 486;
@@ -61,6 +64,10 @@ public:
     void showRoot(bool open);
     /// Refreshes what is shown, with the node after the root and the branches or without it.
     Cost refresh(bool allNodes);
+    /// Refreshes while `nodes` have taken the place of what is shown.
+    Cost replace(const SampleTree& nodes);
+    /// The longest of the times that it takes a little now and then to delete what was replaced.
+    double longestPause();
     /// Subtree on, the root selected.
     Cost spread();
     Cost selectSet();
@@ -156,6 +163,20 @@ Cost Tree::refresh(bool allNodes) {
     require(TreeView_GetCount(window()) == nodes_->size() - (allNodes ? 0 : 1), "refreshing");
     leftOut_ = -1;
     return cost;
+}
+
+Cost Tree::replace(const SampleTree& nodes) {
+    nodes_ = &nodes;
+    return fill();
+}
+
+double Tree::longestPause() {
+    std::vector<double> times;
+    for (int i = 0; i < kPauses; ++i) {
+        ::MsgWaitForMultipleObjects(0, nullptr, FALSE, INFINITE, QS_ALLINPUT);
+        times.push_back(millisecondsOf([] { testinput::pump(); }));
+    }
+    return *std::ranges::max_element(times);
 }
 
 void Tree::showRoot(bool open) {
@@ -393,6 +414,19 @@ void compareRefresh(Tree& bench, const SampleTree& nodes) {
     printRatio(kRefreshLimit, "the same without one node : first fill", changed, fill);
 }
 
+void compareReplacing(const std::string& name, const std::function<SampleTree()>& make) {
+    Tree bench;
+    const SampleTree one = make();
+    const SampleTree other = make();
+    bench.use(one);
+    const Cost fill = bench.fill();
+    Cost replacing;
+    for (int i = 0; i < kFillings; ++i) replacing.keepBest(bench.replace(i % 2 == 0 ? other : one));
+    printRatio(kReplaceLimit, "another scene of " + name + " : first fill", replacing, fill);
+    report("another scene of " + name + ": longest pause while the former one goes",
+           bench.longestPause(), "ms");
+}
+
 }  // namespace
 
 void browserTree() {
@@ -413,6 +447,11 @@ void browserBranches() {
 void browserRefresh() {
     Tree bench;
     compareRefresh(bench, makeBranches(kHugeBranches, kHugeLeaves));
+}
+
+void browserReplacing() {
+    compareReplacing("100,000", [] { return makeSampleTree(kLarge, kBranching); });
+    compareReplacing("487,000", [] { return makeBranches(kHugeBranches, kHugeLeaves); });
 }
 
 }  // namespace bench

@@ -60,6 +60,8 @@ void browserTree();
 void browserBranches();
 /// Refreshing it with 487,000 nodes, against filling it.
 void browserRefresh();
+/// Showing another scene in it, against filling it.
+void browserReplacing();
 /// The property grid of the form: an edit of many nodes, showing a node.
 void propertyGrid();
 /// The grid control by itself, with 100,000 rows.

@@ -232,14 +232,19 @@ bool CDialog::EnableToolTips(bool on) {
 
 // A tip that was there already is begun again.
 void CDialog::AddToolTip(HWND control) const noexcept {
+    MoveToolTip(control, control);
+}
+
+void CDialog::MoveToolTip(HWND former, HWND now) const noexcept {
     TTTOOLINFOW tool{};
     // The size that every version of the common controls takes.
     tool.cbSize = TTTOOLINFOW_V2_SIZE;
     tool.uFlags = TTF_IDISHWND | TTF_TRANSPARENT;
     tool.hwnd = Handle();
-    tool.uId = reinterpret_cast<UINT_PTR>(control);
+    tool.uId = reinterpret_cast<UINT_PTR>(former);
     tool.lpszText = LPSTR_TEXTCALLBACKW;
     ::SendMessageW(toolTips_, TTM_DELTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+    tool.uId = reinterpret_cast<UINT_PTR>(now);
     ::SendMessageW(toolTips_, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
 }
 

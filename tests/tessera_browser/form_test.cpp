@@ -450,6 +450,68 @@ TEST_F(BrowserForm, ATreeThatIsEmptiedAndFilledAgainKeepsItsItems) {
     EXPECT_EQ(TreeView_GetCount(tree()), 6u);
 }
 
+// Another control takes its place.
+TEST_F(BrowserForm, ALargeTreeGivesWayToAnotherSceneAtOnce) {
+    constexpr int kMany = 66'000;
+    open();
+    INode* const root = node(0);
+    INode* nodes[] = {node(2), node(4)};
+    int shown = 0;
+    int count = kMany;
+    BrowserItem last = nullptr;
+    client.onEvent = [&](const Sent& sent) {
+        if (sent.event != BrowserEvent::kRebuild) return;
+        browser().delNode(nullptr);
+        const BrowserItem top = add(nullptr, "Scene Root", root);
+        for (int i = 0; i < count; ++i) last = add(top, "node", nodes[shown]);
+    };
+    push(IDC_REFRESH);
+    const HWND before = tree();
+    push(IDC_REFRESH);
+    ASSERT_EQ(tree(), before) << "the same scene keeps its items";
+
+    const auto looks = [&] {
+        std::vector<LRESULT> now;
+        for (const UINT message : {WM_GETFONT, TVM_GETIMAGELIST, TVM_GETITEMHEIGHT, TVM_GETBKCOLOR})
+            now.push_back(SendMessageW(tree(), message, 0, 0));
+        for (const int index : {GWL_STYLE, GWL_EXSTYLE})
+            now.push_back(GetWindowLongW(tree(), index));
+        RECT place{};
+        GetWindowRect(tree(), &place);
+        now.insert(now.end(), {place.left, place.top, place.right, place.bottom});
+        now.push_back(reinterpret_cast<LRESULT>(GetNextDlgTabItem(form(), tree(), FALSE)));
+        return now;
+    };
+    SetFocus(tree());
+    const std::vector<LRESULT> looked = looks();
+    const LONG below = sizeOf(tree()).cy - sizeOf(grid()).cy;
+    const DeletedItems deleted(form());
+    shown = 1;
+    count = 10;
+    push(IDC_REFRESH);
+    ASSERT_NE(tree(), before);
+    EXPECT_EQ(looks(), looked);
+    EXPECT_EQ(GetFocus(), tree());
+    EXPECT_EQ(TreeView_GetCount(tree()), 11u);
+    EXPECT_FALSE(IsWindowVisible(before));
+    EXPECT_EQ(browser().nodeOf(last), reinterpret_cast<NodeHandle>(nodes[1]));
+    browser().selectNode(last);
+    EXPECT_EQ(caret(), last);
+    EXPECT_NE(text(control(IDC_NAME)), L"") << "the form hears the new control";
+    SetWindowPos(form(), nullptr, 0, 0, 900, 700, SWP_NOMOVE);
+    EXPECT_EQ(sizeOf(tree()).cy - sizeOf(grid()).cy, below) << "and lays it out";
+
+    // The former one is emptied little by little.
+    const auto left = [&] { return TreeView_GetCount(before); };
+    const UINT first = left();
+    EXPECT_GT(first, 0u);
+    EXPECT_TRUE(testinput::pumpUntil([&] { return left() < first; }));
+    EXPECT_GT(left(), 0u);
+    browser().destroy();
+    EXPECT_FALSE(IsWindow(before));
+    EXPECT_EQ(deleted.count, 11) << "what is left goes with the process";
+}
+
 TEST_F(BrowserForm, ThatGoesWithItsOwnerLeavesTheItemsToTheProcess) {
     for (const bool withOwner : {true, false}) {
         const HWND owner = CreateWindowExW(0, L"STATIC", L"owner", WS_OVERLAPPEDWINDOW, 0, 0, 50,

@@ -72,6 +72,8 @@ public:
     /// dialogs: the hook on their thread passes mouse messages to the tips. The platform's own way,
     /// to subclass every control, would slow down each message to them.
     bool EnableToolTips(bool on = true);
+    /// The control that had a tip has another window now.
+    void MoveToolTip(HWND former, HWND now) const noexcept;
     /// The line above the text of the tip that is asked for, in bold type; an empty one takes it
     /// away. To be set whenever a text is asked for. Cut to the platform's 99 characters.
     void SetToolTipTitle(std::string_view title) const;

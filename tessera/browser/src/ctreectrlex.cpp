@@ -2,6 +2,7 @@
 
 #include "formbusy.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
@@ -49,6 +50,7 @@ HTREEITEM CTreeCtrlEx::Add(HTREEITEM parent, std::string_view text, NodeHandle n
     if (model_.hasWaiting()) {
         TreeItem* const above = Find(parent);
         if (const TreeItem* item = refill_.takeBack(above, text, node, shown)) return item->handle;
+        if (refill_.isBeingGivenUp()) return nullptr;
         if (const TreeItem* last = model_.last(above); model_.firstWaiting(above))
             after = last ? last->handle : TVI_FIRST;
     }
@@ -92,6 +94,90 @@ void CTreeCtrlEx::ForgetDeleted() {
 
 void CTreeCtrlEx::ScrollTo(HTREEITEM item) const {
     Send(TVM_SELECTITEM, TVGN_FIRSTVISIBLE, reinterpret_cast<LPARAM>(item));
+}
+
+// ---------------------------------------------------------------- another control
+
+namespace {
+
+/// An empty control beside `model`, hidden, that looks and behaves like it. It has no id yet.
+HWND makeLike(HWND model) {
+    RECT area{};
+    ::GetWindowRect(model, &area);
+    const HWND parent = ::GetParent(model);
+    ::MapWindowPoints(nullptr, parent, reinterpret_cast<POINT*>(&area), 2);
+    const auto style = static_cast<DWORD>(::GetWindowLongW(model, GWL_STYLE));
+    const HWND made = ::CreateWindowExW(
+        static_cast<DWORD>(::GetWindowLongW(model, GWL_EXSTYLE)), WC_TREEVIEWW, nullptr,
+        style & ~static_cast<DWORD>(WS_VISIBLE), area.left, area.top, framework::widthOf(area),
+        framework::heightOf(area), parent, nullptr,
+        reinterpret_cast<HINSTANCE>(::GetWindowLongPtrW(model, GWLP_HINSTANCE)), nullptr);
+    if (!made) return nullptr;
+    struct Property {
+        UINT get;
+        UINT set;
+        WPARAM which = 0;
+        bool inLParam = true;  ///< what is set, beside the same `which`
+    };
+    constexpr Property kProperties[] = {{WM_GETFONT, WM_SETFONT, 0, false},
+                                        {TVM_GETIMAGELIST, TVM_SETIMAGELIST, TVSIL_NORMAL},
+                                        {TVM_GETIMAGELIST, TVM_SETIMAGELIST, TVSIL_STATE},
+                                        {TVM_GETITEMHEIGHT, TVM_SETITEMHEIGHT, 0, false},
+                                        {TVM_GETINDENT, TVM_SETINDENT, 0, false},
+                                        {TVM_GETBKCOLOR, TVM_SETBKCOLOR},
+                                        {TVM_GETTEXTCOLOR, TVM_SETTEXTCOLOR}};
+    for (const Property& property : kProperties) {
+        const LRESULT value = ::SendMessageW(model, property.get, property.which, 0);
+        ::SendMessageW(made, property.set,
+                       property.inLParam ? property.which : static_cast<WPARAM>(value),
+                       property.inLParam ? value : 0);
+    }
+    return made;
+}
+
+}  // namespace
+
+bool CTreeCtrlEx::ChangeControl(const std::function<void(HWND former, HWND made)>& prepare) {
+    const HWND former = Handle();
+    const HWND made = makeLike(former);
+    if (!made) return false;
+    std::erase_if(retired_, [](const auto& tree) { return !tree->HasWindow(); });
+    auto retired = std::make_unique<RetiredTree>();
+    retired_.reserve(retired_.size() + 1);
+
+    const bool focus = HasFocus();
+    CancelDrag();
+    std::vector<HTREEITEM> items = model_.release();
+    ForgetDeleted();
+    ++branchChanges_;
+    drawingPause_.reset();  // which hides a window that is shown
+    const bool shown = (Style() & WS_VISIBLE) != 0;
+
+    constexpr LONG_PTR kNoId = -1;
+    ::SetWindowLongPtrW(made, GWLP_ID, Id());
+    ::SetWindowLongPtrW(former, GWLP_ID, kNoId);
+    ::SetWindowPos(made, former, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOACTIVATE);
+    prepare(former, made);
+    Detach();
+    SubclassWindow(made);
+    if (shown) Show(SW_SHOWNA);
+    if (focus) SetFocus();
+    if (paused_ > 0) {
+        drawingPause_.emplace(made);
+        SetRedraw(false);
+    }
+    retired->Retire(former, std::move(items));
+    retired->onGone = [this] { DeleteNextRetired(); };
+    retired_.push_back(std::move(retired));
+    if (retired_.size() == 1) DeleteNextRetired();
+    return true;
+}
+
+// One after the other.
+void CTreeCtrlEx::DeleteNextRetired() {
+    const auto next =
+        std::ranges::find_if(retired_, [](const auto& tree) { return tree->HasWindow(); });
+    if (next != retired_.end()) (*next)->BeginDeleting();
 }
 
 // ---------------------------------------------------------------- messages past the model

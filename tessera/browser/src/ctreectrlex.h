@@ -1,6 +1,7 @@
 // The tree of the browser: a tree view with several selected items and drag and drop.
 #pragma once
 
+#include "retiredtree.h"
 #include "treebranches.h"
 #include "treedrag.h"
 #include "treemodel.h"
@@ -11,8 +12,10 @@
 #include <framework/ctreectrl.h>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace tessera {
 
@@ -50,6 +53,13 @@ public:
 
     /// Deletes everything below an item; a caret there moves to the item.
     void DeleteChildren(HTREEITEM item);
+
+    /// Puts another control of the same kind in the place of this one, empty and with the same id,
+    /// looks and state. Between the two it calls `prepare`, for whoever else knows the window: both
+    /// exist then, and the id is that of the new one. The old one is hidden, and goes once its
+    /// items have been deleted, a few at a time. False, and nothing has changed, when the platform
+    /// refuses.
+    bool ChangeControl(const std::function<void(HWND former, HWND made)>& prepare);
 
     /// Lets the control be destroyed without its items, whose memory it then never frees: it takes
     /// time that grows with the square of their number in some versions. For the process's end.
@@ -118,6 +128,7 @@ private:
         bool pending = false;  ///< the selection changes when the button comes up
     };
 
+    void DeleteNextRetired();
     HTREEITEM InsertThrough(UINT message, const TVINSERTSTRUCTW& insertion);
     LRESULT DeleteThrough(UINT message, WPARAM wParam, LPARAM lParam);
     LRESULT SetThrough(UINT message, WPARAM wParam, LPARAM lParam);
@@ -142,6 +153,7 @@ private:
     unsigned branchChanges_ = 0;
     int paused_ = 0;
     std::optional<framework::DrawingPause> drawingPause_;
+    std::vector<std::unique_ptr<RetiredTree>> retired_;
 };
 
 /// Keeps a tree from drawing while it lives; the outermost one then repaints it once.

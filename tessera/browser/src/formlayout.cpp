@@ -93,6 +93,11 @@ void FormLayout::noteControls() {
     }
 }
 
+void FormLayout::replaced(HWND former, HWND made) {
+    for (Placed& placed : controls_)
+        if (placed.control == former) placed.control = made;
+}
+
 FormLayout::Rule FormLayout::ruleOf(const CWnd& control) const {
     switch (control.Id()) {
         case IDC_TREE:
@@ -210,8 +215,13 @@ void FormLayout::beginPull(POINT at) {
 }
 
 bool FormLayout::pull(POINT at) {
+    return moveSplitter(static_cast<int>(at.x) - pulledFrom_ -
+                        splitterFor(static_cast<int>(size_.cx)));
+}
+
+bool FormLayout::moveSplitter(int by) {
     const int before = splitterFor(static_cast<int>(size_.cx));
-    splitter_ = static_cast<int>(at.x) - pulledFrom_;
+    splitter_ = before + by;
     splitter_ = splitterFor(static_cast<int>(size_.cx));
     if (splitter_ == before) return false;
     arrange();

@@ -24,6 +24,9 @@ public:
     /// is minimised, or not set up yet.
     bool follow(int width, int height);
 
+    /// A control has another window now, in the same place.
+    void replaced(HWND former, HWND made);
+
     /// Limits how small the user can make the window: everything in it stays whole.
     void limit(MINMAXINFO& info) const;
 
@@ -46,6 +49,9 @@ public:
     void setSearchLine(bool shown);
     /// Where that room is.
     RECT searchLine() const;
+
+    /// Moves it as far as there is room; true when it has moved.
+    bool moveSplitter(int by);
 
     // Pulling the splitter with the mouse, in client coordinates.
 

@@ -94,6 +94,7 @@ bool Hierarchy::OnInitDialog() {
             edits_->attach(dragged, target);
         };
         tree_.onDrag = [this](HTREEITEM dragged) { return edits_->dropTest(dragged); };
+        tree_.onGivenUp = [this] { changeTree(); };
         selection_->initialise();
         edits_->initialise();
         properties_->initialise();
@@ -109,6 +110,17 @@ bool Hierarchy::OnInitDialog() {
     layout_->initialise();
     properties_->fit();
     return true;
+}
+
+// An empty control and one more filling, where deleting what is in this one would take longer.
+void Hierarchy::changeTree() {
+    tree_.ChangeControl([this](HWND former, HWND made) {
+        layout_->replaced(former, made);
+        MoveToolTip(former, made);
+        describeControls(*this);
+    });
+    tree_.Refill().beginAnew();
+    client_->send(BrowserEvent::kRebuild);
 }
 
 void Hierarchy::addSystemCommands() {
@@ -420,7 +432,7 @@ void Hierarchy::OnCancel() {
 
 bool Hierarchy::PreTranslateMessage(MSG& message) {
     const FormBusy busy;
-    if (menus_->onKey(message) || accessKey(message)) return true;
+    if (menus_->onKey(message) || accessKey(message) || movesDivision(message)) return true;
     if (message.message != WM_KEYDOWN) return false;
     if (message.wParam == VK_ESCAPE && tree_.IsDragging()) {
         tree_.CancelDrag();
@@ -541,6 +553,29 @@ bool Hierarchy::OnSetCursor(HWND under, UINT hitTest, UINT) {
     if (under != Handle() || hitTest != HTCLIENT || !layout_->isOverSplitter(ToClient(at)))
         return Default() != 0;
     ::SetCursor(::LoadCursorW(nullptr, IDC_SIZEWE));
+    return true;
+}
+
+// Alt and an arrow: the splitter; with Shift the line between captions and values. Alt+Home puts
+// the splitter back.
+bool Hierarchy::movesDivision(const MSG& message) {
+    constexpr int kStep = 8;        // pixels at 100 % scaling
+    constexpr int kShareStep = 20;  // thousandths
+    if (message.message != WM_SYSKEYDOWN || ::GetKeyState(VK_CONTROL) < 0) return false;
+    const bool columns = ::GetKeyState(VK_SHIFT) < 0;
+    const bool home = message.wParam == VK_HOME && !columns;
+    if (!home && message.wParam != VK_LEFT && message.wParam != VK_RIGHT) return false;
+    // Otherwise letting go of Alt would open the system menu.
+    ::DefWindowProcW(message.hwnd, message.message, message.wParam, message.lParam);
+    const int way = message.wParam == VK_RIGHT ? 1 : -1;
+    if (home) {
+        layout_->setSplitter(0);
+        splitterMoved();
+    } else if (columns) {
+        properties_->moveColumns(way * kShareStep);
+    } else if (layout_->moveSplitter(way * Scaled(kStep))) {
+        splitterMoved();
+    }
     return true;
 }
 

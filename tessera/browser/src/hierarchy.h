@@ -81,12 +81,14 @@ protected:
     int ToolTipPart(HWND control, POINT screen) const override;
 
 private:
+    void changeTree();
     void addSystemCommands();
     void showSystemCommands() const;
     void place();
     FormPlace placeNow() const;
     void rememberPlace();
     void splitterMoved();
+    bool movesDivision(const MSG& message);
     void resetProperties(bool enabled);
     void refreshAfterEdit(NodeHandle edited);
     bool selectNodeOf(NodeHandle node);

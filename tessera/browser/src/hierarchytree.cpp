@@ -77,6 +77,14 @@ NodeHandle HierarchyTree::nodeOf(HTREEITEM item) {
     return clearing_ ? 0 : Node(item);
 }
 
+void HierarchyTree::endFilling() {
+    if (filling_ && onGivenUp && Refill().isGivenUp()) {
+        onGivenUp();
+        Refill().beginAnew();
+    }
+    filling_.reset();
+}
+
 void HierarchyTree::clear(const CWnd& form) {
     if (!filling_) {
         filling_.emplace(*this);

@@ -5,6 +5,7 @@
 
 #include <framework/cwaitcursor.h>
 
+#include <functional>
 #include <optional>
 
 namespace tessera {
@@ -28,7 +29,10 @@ public:
     void clear(const framework::CWnd& form);
     bool isClearing() const noexcept { return clearing_; }
     /// Shows what has been added since the tree was cleared.
-    void endFilling() noexcept { filling_.reset(); }
+    void endFilling();
+    /// Called at the end of a filling that would take another control: the tree is to get one, if
+    /// it can, and to be filled anew.
+    std::function<void()> onGivenUp;
 
     /// While the result lives, the form changes the selection itself, and takes no notice of what
     /// the control tells of it.

@@ -102,6 +102,15 @@ void PropertySide::setCaptionShare(int thousandths) {
     fit();
 }
 
+void PropertySide::moveColumns(int thousandths) {
+    constexpr int kLeast = 100;
+    const int now = captionShare();
+    const int wanted = std::clamp(now + thousandths, kLeast, 1000 - kLeast);
+    if (wanted == now) return;
+    grid_->EndEdit(true);
+    shareOut(wanted);
+}
+
 void PropertySide::shareOut(int thousandths) {
     grid_->SetColumnWidth(0, thousandths);
     grid_->SetColumnWidth(1, 1000 - thousandths);

@@ -33,6 +33,8 @@ public:
     /// The part of the grid's width that its captions take, in thousandths.
     int captionShare() const;
     void setCaptionShare(int thousandths);
+    /// Gives so many thousandths more to the captions, as long as either column keeps a tenth.
+    void moveColumns(int thousandths);
 
     HTREEITEM current() const noexcept { return current_; }
     /// Makes the item current and shows its node; null shows none. Every change of the current item

@@ -83,6 +83,22 @@ void TreeModel::dropWaiting(TreeItem* parent) noexcept {
     }
 }
 
+std::vector<BrowserItem> TreeModel::release() {
+    std::vector<BrowserItem> handles;
+    handles.reserve(items_.size());
+    std::vector<const TreeItem*> open{&top_};
+    while (!open.empty()) {
+        const TreeItem* const item = open.back();
+        open.pop_back();
+        if (item != &top_) handles.push_back(item->handle);
+        for (const TreeItem* const first : {item->firstWaiting, item->firstChild})
+            for (const TreeItem* at = first; at; at = at->next) open.push_back(at);
+    }
+    std::ranges::reverse(handles);
+    clear();
+    return handles;
+}
+
 TreeItem* TreeModel::find(BrowserItem handle) {
     const auto found = items_.find(handle);
     return found == items_.end() || found->second.generation != generation_ ? nullptr
@@ -106,6 +122,12 @@ TreeItem* TreeModel::skipping(const TreeItem& item, const TreeItem* below) {
     for (const TreeItem* at = &item; at && at != below; at = at->parent)
         if (at->next) return at->next;
     return nullptr;
+}
+
+std::size_t TreeModel::sizeOf(const TreeItem& item) {
+    std::size_t count = 0;
+    for (const TreeItem* at = &item; at; at = following(*at, &item)) ++count;
+    return count;
 }
 
 std::vector<TreeItem*> TreeModel::bottomUp(TreeItem& item) {

@@ -69,6 +69,12 @@ public:
     unsigned changes() const noexcept { return changes_; }
     void noteChange() noexcept { ++changes_; }
     bool hasWaiting() const noexcept { return items_.size() > size_; }
+    /// How many items wait, and how many there are with those that do.
+    std::size_t waiting() const noexcept { return items_.size() - size_; }
+    std::size_t allItems() const noexcept { return items_.size(); }
+    /// All items, also those that wait, children before their parents. The model is empty
+    /// afterwards.
+    std::vector<BrowserItem> release();
 
     void setSelected(TreeItem& item, bool selected);
     /// Another number after selected items have become others.
@@ -83,6 +89,9 @@ public:
 
     /// The same, leaving out what is below `item`.
     static TreeItem* skipping(const TreeItem& item, const TreeItem* below = nullptr);
+
+    /// How many items `item` and everything below it are.
+    static std::size_t sizeOf(const TreeItem& item);
 
     /// `item` and everything below it, children before their parents.
     static std::vector<TreeItem*> bottomUp(TreeItem& item);

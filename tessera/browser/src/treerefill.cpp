@@ -12,6 +12,9 @@ namespace {
 constexpr int kMostGone = 64;
 // After this many differences the items are taken over by their places, whatever they showed.
 constexpr int kMostDifferences = 1000;
+// Items to delete times items that there are: with more of that, another control is filled. A
+// control that goes through a list of all items for each takes about half a second.
+constexpr double kMostDeleting = 4e9;
 
 }  // namespace
 
@@ -21,7 +24,7 @@ TreeRefill::Scope::Scope(TreeRefill& refill) noexcept : refill_(refill) {
 
 TreeRefill::Scope::~Scope() {
     if (--refill_.scopes_ > 0) return;
-    refill_.expected_ = false;
+    refill_.expected_ = refill_.givenUp_ = false;
     if (!refill_.tree_.HasWindow()) return;
     refill_.deleteWaiting();
     refill_.tree_.ForgetDeleted();
@@ -33,6 +36,7 @@ TreeRefill::Scope::~Scope() {
 bool TreeRefill::emptied() {
     if (!std::exchange(expected_, false)) return false;
     differences_ = 0;
+    deleted_ = 0;
     recognised_ = false;
     TreeModel& model = tree_.Model();
     tree_.EndEditLabel(true);
@@ -42,6 +46,24 @@ bool TreeRefill::emptied() {
     model.keepWaiting();
     tree_.ForgetDeleted();
     return true;
+}
+
+bool TreeRefill::givesUp(std::size_t deleting) {
+    const TreeModel& model = tree_.Model();
+    deleted_ += deleting;
+    if (scopes_ > 0 && model.hasWaiting() &&
+        static_cast<double>(deleted_) * static_cast<double>(model.allItems()) > kMostDeleting)
+        givenUp_ = true;
+    return givenUp_;
+}
+
+bool TreeRefill::isGivenUp() {
+    return givenUp_ || givesUp(tree_.Model().waiting());
+}
+
+void TreeRefill::beginAnew() noexcept {
+    givenUp_ = false;
+    deleted_ = 0;
 }
 
 // The node's item among those that wait below `parent`, null when there is none. Items in front of
@@ -54,6 +76,10 @@ TreeItem* TreeRefill::matching(TreeItem* parent, NodeHandle node) {
         ++gone;
     }
     if (!same || same->node != node) return nullptr;
+    std::size_t deleting = 0;
+    for (TreeItem* at = tree_.Model().firstWaiting(parent); at != same; at = at->next)
+        deleting += TreeModel::sizeOf(*at);
+    if (givesUp(deleting)) return nullptr;
     differences_ += gone;
     for (; gone > 0; --gone) deleteFirstWaiting(parent);
     return tree_.Model().firstWaiting(parent);
@@ -61,10 +87,11 @@ TreeItem* TreeRefill::matching(TreeItem* parent, NodeHandle node) {
 
 TreeItem* TreeRefill::takeBack(TreeItem* parent, std::string_view text, NodeHandle node,
                                int image) {
-    if (!tree_.Model().firstWaiting(parent)) return nullptr;
+    if (givenUp_ || !tree_.Model().firstWaiting(parent)) return nullptr;
     const bool found = matching(parent, node) != nullptr;
-    if (parent && !std::exchange(recognised_, true) && !found) {
-        deleteWaiting();  // another scene
+    if (givenUp_) return nullptr;
+    if (parent && !std::exchange(recognised_, true) && !found) {  // another scene
+        if (!givesUp(tree_.Model().waiting())) deleteWaiting();
         return nullptr;
     }
     if (!found && parent && ++differences_ < kMostDifferences) return nullptr;

@@ -37,7 +37,16 @@ public:
     /// latter is new.
     TreeItem* takeBack(TreeItem* parent, std::string_view text, NodeHandle node, int image);
 
+    /// So much of what was there is not added again that deleting it would take longer than filling
+    /// another control: from then on nothing is added or deleted, and the tree is to get one.
+    bool isGivenUp();
+    /// The same, without counting what still waits.
+    bool isBeingGivenUp() const noexcept { return givenUp_; }
+    /// It has got one, or cannot: what is added now is inserted.
+    void beginAnew() noexcept;
+
 private:
+    bool givesUp(std::size_t deleting);
     TreeItem* matching(TreeItem* parent, NodeHandle node);
     void showAnew(TreeItem& item, std::string_view text, NodeHandle node, int image);
     void deleteFirstWaiting(TreeItem* parent);
@@ -48,6 +57,8 @@ private:
     bool expected_ = false;    ///< the next emptying is that of a refill
     bool recognised_ = false;  ///< the scene is the one that was shown
     int differences_ = 0;      ///< between what was there and what is added
+    bool givenUp_ = false;
+    std::size_t deleted_ = 0;  ///< of the items that were there
 };
 
 }  // namespace tessera

@@ -121,7 +121,8 @@ bool _zufltguishow(std::uint8_t show);
 void _zufltguidestroy();
 
 /// Adds an item with `text` as the last child of `parent`, or as the last top-level item when that
-/// is null, with the icon of the node's kind. Returns the item, null without a form.
+/// is null, with the icon of the node's kind. Returns the item, null without a form; also null when
+/// so much of a large tree was not added again that the form will ask for all of it anew.
 tessera::BrowserItem _zufltguiaddnode(tessera::BrowserItem parent, const char* text,
                                       tessera::NodeHandle node);
 
