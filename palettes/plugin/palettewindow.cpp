@@ -147,6 +147,10 @@ bool PaletteWindow::OnInitDialog() {
         if (!data() || !data()->hasColors()) return ::GetSysColor(COLOR_BTNFACE);
         return fltkilnutil::colorRefOf(data()->colors().entry(static_cast<std::size_t>(i)));
     };
+    swatches_.isShown = [this](int i) {
+        return static_cast<std::size_t>(i) < foundColors_.size() &&
+               foundColors_[static_cast<std::size_t>(i)];
+    };
     swatches_.isMarked = [this](int i) { return usage_.of(Palette::kColor, i) != 0; };
     swatches_.onChosen = [this] {
         showIntensities();
@@ -287,6 +291,7 @@ void PaletteWindow::filter() {
     const Entry* const before = focused();
     const std::size_t place = before != nullptr ? before->place : SIZE_MAX;
     rows_.clear();
+    filterColors();
     if (data() && !showsColors()) {
         const std::vector<Entry>& entries = data()->entries(palette_);
         const std::string wanted = base::smallLetters(ItemText(IDC_SEARCH));
@@ -327,6 +332,23 @@ void PaletteWindow::filter() {
     fitColumns();
     showFields();
     showStatus();
+}
+
+void PaletteWindow::filterColors() {
+    foundColors_.clear();
+    if (!data() || !showsColors()) return;
+    const std::string wanted = base::smallLetters(ItemText(IDC_SEARCH));
+    const bool onlyUnused = IsItemChecked(IDC_UNUSED);
+    for (std::int32_t i = 0; i < static_cast<std::int32_t>(data()->colorCount()); ++i) {
+        const bool isIt = wanted.empty() || std::to_string(i) == wanted ||
+                          base::smallLetters(data()->colorName(i)).find(wanted) != wanted.npos;
+        foundColors_.push_back(isIt && !(onlyUnused && usage_.of(Palette::kColor, i) != 0));
+    }
+    const auto first = std::ranges::find(foundColors_, true);
+    if (first != foundColors_.end() && !swatches_.isShown(swatches_.chosen()))
+        swatches_.choose(static_cast<int>(first - foundColors_.begin()));
+    showIntensities();
+    swatches_.Invalidate();
 }
 
 void PaletteWindow::focus(std::size_t place) {

@@ -55,6 +55,8 @@ private:
     void arranged() override;
     bool isEditing() const override { return fields_.Editor() != nullptr; }
     void filter();
+    /// Finds the colors that are looked for, and goes to the first if the chosen one is none.
+    void filterColors();
     Palette palette() const noexcept { return palette_; }
     bool showsColors() const noexcept { return palette_ == Palette::kColor; }
     void showPalette(Palette palette);
@@ -103,7 +105,8 @@ private:
     Usage usage_;
     Palette palette_ = Palette::kColor;
     std::vector<std::uint32_t> rows_;  ///< entries that are shown
-    int sortColumn_ = -1;              ///< the order of the file
+    std::vector<bool> foundColors_;
+    int sortColumn_ = -1;  ///< the order of the file
     bool isDescending_ = false;
     bool isRefreshing_ = false;
     Swatches swatches_, intensity_;

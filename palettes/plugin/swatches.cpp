@@ -51,6 +51,7 @@ void Swatches::OnPaint() {
         const RECT area = areaOf(i);
         RECT overlap;
         if (!::IntersectRect(&overlap, &area, &paint.area())) continue;
+        if (isShown && !isShown(i)) continue;
         const COLORREF color = colorOf ? colorOf(i) : 0;
         const framework::GdiBrush brush(::CreateSolidBrush(color));
         ::FillRect(dc, &area, brush.get());

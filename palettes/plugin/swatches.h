@@ -22,6 +22,7 @@ public:
     void choose(int swatch);
 
     std::function<COLORREF(int)> colorOf;
+    std::function<bool(int)> isShown;   ///< others leave their place empty; unset: all are
     std::function<bool(int)> isMarked;  ///< drawn with a dot, such as one that is in use
     std::function<void()> onChosen;     ///< by the user
     std::function<void()> onActivated;  ///< by Enter or a double click

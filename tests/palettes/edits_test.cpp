@@ -78,6 +78,22 @@ TEST_F(Edits, KeepWhatIsWrongBesideThem) {
                                     textureEntry("a.rgb", 4)}));
 }
 
+// With an entry go the extensions that belong to it, and no others.
+TEST_F(Edits, DeleteEntriesWithTheirExtensions) {
+    const auto extension = [](unsigned value) { return Bytes().zeros(18).u16(value); };
+    FltBytes file;
+    for (const unsigned i : {1U, 2U}) {
+        file.record(kFltTexture, textureEntry("t", i)).record(kFltPushExtension, extension(i));
+        file.record(700, Bytes().u32(i).zeros(16));
+        file.record(kFltPopExtension, extension(i));
+    }
+    read(file.push().group("g").pop());
+    palettes::deleteEntry(*database, Palette::kTexture, entry(Palette::kTexture, 0));
+    EXPECT_EQ(exportedRecords(kFltTexture), records(kFltTexture, {textureEntry("t", 2)}));
+    EXPECT_EQ(exportedRecords(kFltPushExtension), records(kFltPushExtension, {extension(2)}));
+    EXPECT_EQ(exportedRecords(700), records(700, {Bytes().u32(2).zeros(16)}));
+}
+
 // Reserved bytes and what stands behind the fields stay; what a field cannot hold is refused.
 TEST_F(Edits, ChangeTheFieldAlone) {
     const Bytes longer = materialEntry("steel", 3).u32(0x01020304);

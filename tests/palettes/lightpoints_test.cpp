@@ -73,6 +73,7 @@ TEST_F(LightPoints, GoIntoPalettesAndBack) {
     EXPECT_EQ(converted.done, 3U);
     EXPECT_EQ(converted.passedOver, 1U) << "what stands behind its fields would be lost";
     expectUndoTo(before);
+    EXPECT_FALSE(fltHasRecord(&node("a"))) << "of a light point";
     EXPECT_EQ(
         exportedRecords(kFltIndexedLightPoint),
         padded(kFltIndexedLightPoint, {indexed("a", 0, 0, 0x3F80001E),

@@ -34,7 +34,7 @@ protected:
         all.record(kFltMaterial, materialEntry("m", 4));
         all.record(kFltLightPointAppearance, appearance(8, 300)).push();
         all.record(kFltFace, FaceOf{.texture = 5, .material = 4, .detail = 2}.body("fa"));
-        all.record(kFltMultiTexture, layers(300, 0xFFFF));
+        all.record(kFltMultiTexture, layers(300, 7));
         all.record(kFltFace, FaceOf{.texture = 1, .material = 9}.body("fb"));  // not there
         all.record(kFltMesh, mesh("mesh", 300, 4));
         all.record(kFltIndexedLightPoint, indexedLight("lp", 8, 0xFFFFFFFF)).group("g").push();
@@ -66,8 +66,23 @@ TEST_F(Users, AreAllThatNameAnEntry) {
     EXPECT_EQ(usersOf(Palette::kTexture, 2), "fa fc ");
     EXPECT_EQ(usersOf(Palette::kMaterial, 4), "fa mesh ");
     EXPECT_EQ(usersOf(Palette::kAppearance, 8), "lp ");
+    EXPECT_EQ(usersOf(Palette::kMapping, 7), "fa ") << "by a layer";
     EXPECT_EQ(palettes::indexUsedBy(node("fa"), Palette::kTexture), 5);
     EXPECT_EQ(palettes::indexUsedBy(node("g"), Palette::kTexture), -1);
+}
+
+// Of colors: those of faces by index, packed ones not, and of vertices in the pool of a mesh.
+TEST_F(Users, OfColorsNameTheirIndex) {
+    FltBytes all;
+    all.record(kFltColorPalette, grays()).push();
+    all.record(kFltFace, FaceOf{.color = 30 << 7}.body("index"));
+    all.record(kFltFace, FaceOf{.color = 31 << 7, .flags = 0x30000000}.body("packed"));
+    all.record(kFltMesh, mesh("mesh", 0xFFFF, 0xFFFF));
+    all.record(kFltLocalVertexPool, Bytes().u32(1).u32(0xC0000000).zeros(24).u32(70 << 7 | 5));
+    read(all.pop());
+    EXPECT_EQ(usersOf(Palette::kColor, 30), "index ");
+    EXPECT_EQ(usersOf(Palette::kColor, 31), "");
+    EXPECT_EQ(usersOf(Palette::kColor, 70), "mesh ");
 }
 
 // Users keep what they show: also those that are kept as they were read. What shows nothing goes on
@@ -87,7 +102,7 @@ TEST_F(Users, AreRenumberedWithTheEntries) {
     EXPECT_EQ(texturesOf("fb"), "5 -1");
     EXPECT_EQ(texturesOf("fc"), "0 -1");
     EXPECT_EQ(usersOf(Palette::kTexture, 2), "airfield fa mesh ");
-    EXPECT_EQ(exportedRecords(kFltMultiTexture), records(kFltMultiTexture, {layers(2, 0xFFFF)}));
+    EXPECT_EQ(exportedRecords(kFltMultiTexture), records(kFltMultiTexture, {layers(2, 7)}));
     EXPECT_EQ(exportedRecords(kFltLightPointAppearance),
               records(kFltLightPointAppearance, {appearance(8, 2)}));
     EXPECT_EQ(exportedRecords(kFltMesh), records(kFltMesh, {mesh("mesh", 2, 4)}));
@@ -113,6 +128,12 @@ TEST_F(Users, ThatAreNotSeenHoldTheNumbers) {
     EXPECT_EQ(palettes::compact(*database, Palette::kMaterial), 1U);
     read(file().record(kFltExternalRef, Bytes().field("x.flt", 200).zeros(4).u32(0)).pop());
     EXPECT_EQ(palettes::compact(*database, Palette::kTexture), 5U);
+    FltBytes colors;
+    colors.record(kFltColorPalette, grays()).push();
+    colors.record(kFltExternalRef, Bytes().field("x.flt", 200).zeros(4).u32(0x80000000));
+    read(colors.pop());
+    EXPECT_EQ(palettes::findOrAddColor(*database, {5, 5, 5}), 5 << 7 | 127);
+    EXPECT_EQ(refusal([&] { palettes::findOrAddColor(*database, {5, 5, 6}); }), reason);
     FltBytes shaders;
     shaders.record(kFltTexture, textureEntry("a", 3)).record(kFltShaderPalette, Bytes().zeros(12));
     read(shaders.push().group("g").pop());

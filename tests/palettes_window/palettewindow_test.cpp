@@ -80,6 +80,24 @@ protected:
 TEST_F(PaletteWindowTest, ListsSortsAndFiltersEntries) {
     open();
     EXPECT_EQ(status(), "Color 0 at intensity 127: color index 127, users: 0");
+    // Of the colors the one of that number, or those with that in the name, go on being there.
+    palettes::setColorName(*scene_.database, 40, "Sea");
+    const auto swatch = [this](int entry) {
+        RECT area{};
+        GetClientRect(control(IDC_SWATCHES), &area);
+        return testinput::pixel(control(IDC_SWATCHES), {area.right * (entry % 32 * 2 + 1) / 64,
+                                                        area.bottom * (entry / 32 * 2 + 1) / 64});
+    };
+    for (const wchar_t* const wanted : {L"sea", L"40"}) {
+        SetWindowTextW(control(IDC_SEARCH), wanted);
+        EXPECT_TRUE(testinput::pumpUntil(
+            [&] { return status() == "Color 40 at intensity 127: color index 5247, users: 0"; }));
+        EXPECT_EQ(swatch(41), GetSysColor(COLOR_BTNFACE));
+        EXPECT_EQ(swatch(40), RGB(64, 8, 191));
+    }
+    SetWindowTextW(control(IDC_SEARCH), L"");
+    testinput::pump();
+    EXPECT_EQ(swatch(41), RGB(72, 8, 183));
     show(Palette::kMaterial);
     EXPECT_THAT(column(1), ElementsAre("4", "2", "2"));
     EXPECT_THAT(column(2), ElementsAre("steel", "brick", "twice"));
