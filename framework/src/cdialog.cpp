@@ -202,6 +202,13 @@ LRESULT CDialog::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
             }
             return 0;
         }
+        case WM_NOTIFY: {
+            // Some versions leave a text below a title too little room, though their window has it.
+            auto& header = *reinterpret_cast<NMHDR*>(lParam);
+            if (!toolTips_ || header.hwndFrom != toolTips_ || header.code != NM_CUSTOMDRAW) break;
+            reinterpret_cast<NMTTCUSTOMDRAW&>(header).uDrawFlags |= DT_NOCLIP;
+            return CDRF_DODEFAULT;
+        }
         case WM_NCDESTROY:
             DialogNavigation::remove(*this);
             toolTips_ = nullptr;  // gone before the window that owns it

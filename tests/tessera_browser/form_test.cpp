@@ -395,7 +395,7 @@ TEST_F(BrowserForm, IsMadeAnewAfterItsOwnerIsGone) {
 
 namespace {
 
-/// Counts the items of the tree that the control tells its parent it has deleted.
+/// Counts the items that tree controls tell their parent they have deleted.
 class DeletedItems {
 public:
     explicit DeletedItems(HWND form) {
@@ -407,7 +407,7 @@ public:
 
 private:
     static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-        if (message == WM_NOTIFY && wParam == IDC_TREE) {
+        if (message == WM_NOTIFY) {
             const UINT code = reinterpret_cast<const NMHDR*>(lParam)->code;
             count += code == TVN_DELETEITEMW || code == TVN_DELETEITEMA;
         }
@@ -507,9 +507,10 @@ TEST_F(BrowserForm, ALargeTreeGivesWayToAnotherSceneAtOnce) {
     EXPECT_GT(first, 0u);
     EXPECT_TRUE(testinput::pumpUntil([&] { return left() < first; }));
     EXPECT_GT(left(), 0u);
+    const int soFar = deleted.count;
     browser().destroy();
     EXPECT_FALSE(IsWindow(before));
-    EXPECT_EQ(deleted.count, 11) << "what is left goes with the process";
+    EXPECT_EQ(deleted.count, soFar + 11) << "what is left goes with the process";
 }
 
 TEST_F(BrowserForm, ThatGoesWithItsOwnerLeavesTheItemsToTheProcess) {
@@ -594,6 +595,38 @@ TEST_F(BrowserForm, ASplitterDividesItsWidth) {
     SetWindowPos(form(), nullptr, 0, 0, whole.cx, whole.cy, SWP_NOMOVE);
     EXPECT_EQ(sizeOf(tree()).cx, widest) << "and what it loses, the tree does where it must";
     expectWhole();
+}
+
+TEST_F(BrowserForm, TheKeyboardMovesTheSplitterAndTheColumns) {
+    open();
+    browser().selectNode(add(add(nullptr, "root", 0), "group", kFltGroup));
+    const auto treeWidth = [] { return static_cast<int>(sizeOf(tree()).cx); };
+    const int width = treeWidth();
+    const int divider = dividerAt();
+    for (const int id : {IDC_TREE, IDC_GRID, IDC_COMMENT}) {
+        SetFocus(control(id));
+        const int before = treeWidth();
+        testinput::key(VK_RIGHT, {VK_MENU});
+        EXPECT_EQ(treeWidth(), before + 8) << id;
+        EXPECT_EQ(GetFocus(), control(id));
+        expectWhole();
+    }
+    for (int i = 0; i < 40; ++i) testinput::key(VK_LEFT, {VK_MENU});
+    EXPECT_GT(treeWidth(), 40) << "it stops as with the mouse";
+    testinput::key(VK_RIGHT, {VK_MENU});
+    expectWhole();
+    testinput::key(VK_HOME, {VK_MENU});
+    EXPECT_EQ(treeWidth(), width);
+
+    for (int i = 0; i < 3; ++i) testinput::key(VK_RIGHT, {VK_MENU, VK_SHIFT});
+    const int wider = dividerAt();
+    EXPECT_GT(wider, divider + 6);
+    EXPECT_EQ(treeWidth(), width);
+    for (int i = 0; i < 60; ++i) testinput::key(VK_LEFT, {VK_MENU, VK_SHIFT});
+    RECT area{};
+    GetClientRect(grid(), &area);
+    EXPECT_GE(dividerAt(), area.right / 12) << "neither column vanishes";
+    EXPECT_LT(dividerAt(), divider);
 }
 
 TEST_F(BrowserForm, OpensWhereItWasLeftInThatScaling) {
