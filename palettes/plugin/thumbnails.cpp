@@ -5,7 +5,9 @@
 #include <render/picture.h>
 
 #include <algorithm>
+#include <new>
 #include <span>
+#include <utility>
 
 namespace palettes {
 
@@ -74,15 +76,23 @@ Thumbnail read(const std::string& file, const std::vector<std::string>& folders)
 }  // namespace
 
 Thumbnails::Thumbnails(HWND window, UINT message)
-    : window_(window), message_(message), worker_([this] { work(); }) {}
+    : window_(window),
+      message_(message),
+      work_(::CreateThreadpoolWork([](PTP_CALLBACK_INSTANCE, void* self,
+                                      PTP_WORK) { static_cast<Thumbnails*>(self)->work(); },
+                                   this, nullptr)) {
+    if (work_ == nullptr) throw std::bad_alloc();
+}
 
+// Not a thread of its own that would have to end first: where the plug-in is unloaded no thread
+// can.
 Thumbnails::~Thumbnails() {
     {
         const std::lock_guard lock(mutex_);
         ends_ = true;
     }
-    wake_.notify_one();
-    worker_.join();
+    ::WaitForThreadpoolWorkCallbacks(work_, TRUE);
+    ::CloseThreadpoolWork(work_);
 }
 
 void Thumbnails::setFolders(std::vector<std::string> folders) {
@@ -98,16 +108,14 @@ Thumbnail Thumbnails::of(const std::string& file) {
     const auto [known, isNew] = known_.try_emplace(file);
     if (isNew) {
         wanted_.push_front(file);
-        wake_.notify_one();
+        if (!std::exchange(isWorking_, true)) ::SubmitThreadpoolWork(work_);
     }
     return known->second;
 }
 
-void Thumbnails::work() {
+void Thumbnails::work() noexcept {
     std::unique_lock lock(mutex_);
-    for (;;) {
-        wake_.wait(lock, [this] { return ends_ || !wanted_.empty(); });
-        if (ends_) return;
+    while (!ends_ && !wanted_.empty()) {
         const std::string file = wanted_.front();
         wanted_.pop_front();
         const std::vector<std::string> folders = folders_;
@@ -119,6 +127,7 @@ void Thumbnails::work() {
             ::PostMessageW(window_, message_, 0, 0);
         }
     }
+    isWorking_ = false;
 }
 
 }  // namespace palettes

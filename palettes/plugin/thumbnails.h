@@ -3,13 +3,11 @@
 
 #include <framework/win32.h>
 
-#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <map>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace palettes {
@@ -26,7 +24,7 @@ struct Thumbnail {
     std::vector<std::uint32_t> pixels;
 };
 
-/// Reads pictures on a thread of its own, each once, and keeps them small. The window gets
+/// Reads pictures on a thread beside the caller's, each once, and keeps them small. The window gets
 /// `message` when there is a new one.
 class Thumbnails {
 public:
@@ -41,17 +39,17 @@ public:
     Thumbnail of(const std::string& file);
 
 private:
-    void work();
+    void work() noexcept;
 
     HWND window_;
     UINT message_;
     std::mutex mutex_;
-    std::condition_variable wake_;
     bool ends_ = false;
+    bool isWorking_ = false;  ///< or is going to
     std::vector<std::string> folders_;
     std::map<std::string, Thumbnail> known_;
     std::deque<std::string> wanted_;
-    std::thread worker_;
+    PTP_WORK work_;
 };
 
 }  // namespace palettes
