@@ -25,6 +25,8 @@ namespace {
 using Labels = std::initializer_list<const wchar_t*>;
 constexpr Labels kEditHierarchy = {L"Edit Hierarchy/Attributes", L"修改层次/属性"};
 constexpr Labels kCheckScene = {L"Check &scene...", L"检查场景(&S)..."};
+constexpr Labels kPalettes = {L"&Palettes...", L"调色板(&P)..."};
+constexpr Labels kLook = {L"&Look...", L"外观(&L)..."};
 constexpr Labels kExpand = {L"Expand", L"展开"};
 constexpr Labels kTool = {L"Tool", L"工具"};
 constexpr Labels kMostDetail = {L"最大细节", L"Most detail"};
@@ -172,6 +174,8 @@ int Walk::run() {
     step("picture of the about box", [this] { return shootAbout(); });
     step("undo everything, and redo it", [this] { return undoAll(); });
     step("check the scene", [this] { return shootCheck(); });
+    step("the palettes, and the look of what is selected", [this] { return shootPalettes(); });
+    step("the joints", [this] { return shootJoints(); });
     step("export, and open what was exported", [this] { return exportAndOpen(); });
     if (!script_.empty()) step("run the script", [this] { return runScript(); });
     if (!failed_) say(summary_);
@@ -364,6 +368,40 @@ kiln::Status Walk::shootCheck() {
         settle();
     kiln::Status status = shot("12-check");
     ::SendMessageW(checks, WM_CLOSE, 0, 0);
+    return status;
+}
+
+kiln::Status Walk::shootPalettes() {
+    if (kiln::Status status = selectInViewport(); !status.ok()) return status;
+    const HWND button = openUtilityWith(kPalettes);
+    if (!button) {
+        say("    no plug-in shows palettes");
+        return {};
+    }
+    const HWND look = buttonSaying(::GetParent(button), kLook);
+    if (kiln::Status pressed = press(button); !pressed.ok()) return pressed;
+    const HWND palettes = ::GetActiveWindow();
+    const HWND tabs = ::FindWindowExW(palettes, nullptr, WC_TABCONTROLW, nullptr);
+    if (!tabs) return kiln::Status::failure("no window with tabs appeared");
+    const auto count = static_cast<int>(::SendMessageW(tabs, TCM_GETITEMCOUNT, 0, 0));
+    for (int i = 0; i < count; ++i) {
+        ::SendMessageW(tabs, TCM_SETCURFOCUS, static_cast<WPARAM>(i), 0);
+        char name[32];
+        std::snprintf(name, sizeof name, "12-palette-%d", i + 1);
+        if (kiln::Status status = shot(name); !status.ok()) return status;
+    }
+    ::SendMessageW(palettes, WM_CLOSE, 0, 0);
+    if (kiln::Status pressed = press(look); !pressed.ok()) return pressed;
+    kiln::Status status = shot("12-look");
+    ::SendMessageW(::GetActiveWindow(), WM_CLOSE, 0, 0);
+    return status;
+}
+
+// The command opens the window, and closes it again.
+kiln::Status Walk::shootJoints() {
+    window_.run(CMD_VIEW_JOINTS);
+    kiln::Status status = shot("12-joints");
+    window_.run(CMD_VIEW_JOINTS);
     return status;
 }
 

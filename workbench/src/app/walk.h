@@ -50,6 +50,9 @@ private:
     kiln::Status shootTool();
     kiln::Status shootAbout();
     kiln::Status shootCheck();
+    /// The palettes, a picture for each tab, and the look of what is selected.
+    kiln::Status shootPalettes();
+    kiln::Status shootJoints();
     kiln::Status selectInViewport();
     kiln::Status closeUp();
     /// Turns the camera once around, and says how many frames a second it drew.
