@@ -101,6 +101,7 @@ std::shared_ptr<const SceneModel> house() {
         model->addTriangle(0, 2, 3, 0x806040, 6);
         model->endItem();
     }
+    model->prepareStandIn();
     return model;
 }
 

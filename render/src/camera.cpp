@@ -164,24 +164,6 @@ Ray Camera::rayAt(float x, float y) const {
     return {eye_, normalised(through - eye_)};
 }
 
-float Camera::pixelsPerUnitAt(Vec3d world) const {
-    if (isParallel()) return scale_;
-    return scale_ / std::max(toView(world).z, nearDistance());
-}
-
-DepthPlane Camera::depthPlane(Vec3 normal, double distance) const {
-    const double right = double{dot(normal, right_)} / double{scale_};
-    const double up = double{dot(normal, up_)} / double{scale_};
-    const double ahead = dot(normal, forward_);
-    DepthPlane plane;
-    const double divisor = 1 / (isParallel() ? ahead : distance);
-    plane.perX = right * divisor;
-    plane.perY = -up * divisor;
-    plane.start = (isParallel() ? -distance : ahead) * divisor - double{centreX_} * plane.perX -
-                  double{centreY_} * plane.perY;
-    return plane;
-}
-
 bool Camera::clipToPicture(Vec3& a, Vec3& b) const {
     constexpr float kMargin = 4;  // pixels
     const float margin = kMargin / scale_;
@@ -215,40 +197,22 @@ std::optional<ScreenPoint> Camera::project(Vec3d world) const {
     return toScreen(view);
 }
 
-std::pair<float, float> Camera::rowsOf(Vec3d centre, float radius) const {
-    const Vec3 v = toView(centre);
-    if (isParallel())
-        return {centreY_ - (v.y + radius) * scale_, centreY_ - (v.y - radius) * scale_};
-    const float ahead = v.z * v.z - radius * radius;
-    if (!(v.z > radius && v.z - radius > nearDistance() && ahead > 0))
-        return {0, static_cast<float>(height_)};
+// The pixels across or down, of which `middle` is in the middle of the picture.
+std::pair<float, float> Camera::reachOf(float out, float ahead, float radius, float middle) const {
+    if (isParallel()) return {middle + (out - radius) * scale_, middle + (out + radius) * scale_};
+    const float square = ahead * ahead - radius * radius;
+    if (!(ahead > radius && ahead - radius > nearDistance() && square > 0)) return {0, 2 * middle};
     // The slopes of the two planes through the eye that touch the sphere.
-    const float reach = radius * std::sqrt(v.y * v.y + ahead);
-    return {centreY_ - scale_ * (v.y * v.z + reach) / ahead,
-            centreY_ - scale_ * (v.y * v.z - reach) / ahead};
+    const float reach = radius * std::sqrt(out * out + square), perSquare = scale_ / square;
+    return {middle + (out * ahead - reach) * perSquare, middle + (out * ahead + reach) * perSquare};
 }
 
-bool Camera::isOutside(Vec3d centre, float radius) const {
-    const Vec3 v = toView(centre);
-    if (isParallel()) {
-        const float halfWidth = centreX_ / scale_, halfHeight = centreY_ / scale_;
-        return std::abs(v.x) > halfWidth + radius || std::abs(v.y) > halfHeight + radius;
-    }
-    if (v.z + radius < nearDistance()) return true;
-    // The distance from a side plane of the picture's pyramid, by its slope.
-    const float side = (std::abs(v.x) - v.z * sideSlope_) / std::sqrt(1 + sideSlope_ * sideSlope_);
-    const float height =
-        (std::abs(v.y) - v.z * heightSlope_) / std::sqrt(1 + heightSlope_ * heightSlope_);
-    return side > radius || height > radius;
-}
-
-bool Camera::isWithinBounds(Vec3d centre, float radius) const {
-    const Vec3d view = toView(centre);
+bool Camera::isWithinBounds(Vec3 centre, float radius) const {
     for (int bound = 0; bound < kBounds; ++bound) {
         // The bounds beside the picture are not square to where they are measured.
         const double slope = kBeside * double{bound <= 2 ? sideSlope_ : heightSlope_};
         const double lean = bound == 0 || isParallel() ? 1 : std::sqrt(1 + slope * slope);
-        if (roomWithin(bound, view) < lean * double{radius}) return false;
+        if (roomWithin(bound, centre) < lean * double{radius}) return false;
     }
     return true;
 }
@@ -268,6 +232,9 @@ void Camera::update() {
     scale_ = isParallel() ? static_cast<float>(perspective / distance_) : perspective;
     sideSlope_ = centreX_ / perspective;
     heightSlope_ = centreY_ / perspective;
+    sideCosine_ = 1 / std::sqrt(1 + sideSlope_ * sideSlope_);
+    heightCosine_ = 1 / std::sqrt(1 + heightSlope_ * heightSlope_);
+    perScale_ = 1 / double{scale_};
 }
 
 }  // namespace render

@@ -1,7 +1,9 @@
 #include <render/canvas.h>
 
 #include <array>
+#include <bit>
 #include <optional>
+#include <type_traits>
 #include <utility>
 
 namespace render {
@@ -43,7 +45,9 @@ bool clipToPicture(ScreenPoint& a, ScreenPoint& b, float width, float height) {
 // is no number, as an infinite slope gives, is `low`.
 int firstCentre(float coordinate, int low, int high) {
     const float least = std::max(static_cast<float>(low), coordinate - 0.5f);
-    return static_cast<int>(std::ceil(std::min(least, static_cast<float>(high))));
+    const float most = std::min(least, static_cast<float>(high));
+    const int whole = static_cast<int>(most);
+    return whole + (static_cast<float>(whole) < most ? 1 : 0);
 }
 
 }  // namespace
@@ -126,6 +130,20 @@ void CanvasRows::scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPo
     }
 }
 
+namespace {
+
+constexpr std::uint32_t kOpaque = 0xFF000000;
+
+struct FlatShader {
+    static constexpr bool kHasAlpha = false;
+    Color color;
+
+    void begin(int, int, int) {}
+    std::uint32_t at(int) const { return color | kOpaque; }
+};
+
+}  // namespace
+
 template <bool kBlended, typename Shader>
 void CanvasRows::shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
                        const Fill& fill, Shader shader) {
@@ -133,17 +151,51 @@ void CanvasRows::shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenP
     constexpr float kSamePlace = 1e-5f;
     constexpr std::uint32_t kHalf = 128, kSolid = 250, kFaint = 8;
     [[maybe_unused]] const auto opacity = static_cast<std::uint32_t>(fill.opacity * 256);
+    const float least = fill.plane.least, most = fill.plane.most;
+    const auto step = static_cast<float>(fill.plane.perX);
+    constexpr bool kIsFlat = std::is_same_v<Shader, FlatShader>;
+    // The same as for single pixels, of four that have one color.
+    [[maybe_unused]] const auto fillFour = [&](std::size_t i, float first, float k) {
+        if constexpr (kIsFlat) {
+            const __m128 along = _mm_add_ps(_mm_set1_ps(k), _mm_setr_ps(0, 1, 2, 3));
+            const __m128 grown =
+                _mm_add_ps(_mm_set1_ps(first), _mm_mul_ps(_mm_set1_ps(step), along));
+            const __m128 own = _mm_max_ps(_mm_min_ps(grown, _mm_set1_ps(most)), _mm_set1_ps(least));
+            const __m128 old = _mm_loadu_ps(depths_ + i);
+            const __m128 size = _mm_andnot_ps(_mm_set1_ps(-0.f), old);
+            const __m128 isNearer =
+                _mm_cmpgt_ps(own, _mm_add_ps(old, _mm_mul_ps(size, _mm_set1_ps(kSamePlace))));
+            if (_mm_movemask_ps(isNearer) == 0) return;
+            const __m128i mask = _mm_castps_si128(isNearer);
+            const auto put = [&](auto* memory, int value) {
+                auto* const place = reinterpret_cast<__m128i*>(memory + i);
+                _mm_storeu_si128(place,
+                                 _mm_or_si128(_mm_and_si128(mask, _mm_set1_epi32(value)),
+                                              _mm_andnot_si128(mask, _mm_loadu_si128(place))));
+            };
+            put(pixels_, static_cast<int>(shader.color));
+            put(items_, static_cast<int>(fill.item));
+            _mm_storeu_ps(depths_ + i,
+                          _mm_or_ps(_mm_and_ps(isNearer, own), _mm_andnot_ps(isNearer, old)));
+        }
+    };
     scan(a, b, c, [&](int row, int left, int right) {
         const int count = right - left;
-        const float y = static_cast<float>(row) + 0.5f;
-        const float first = fill.plane.at(static_cast<float>(left) + 0.5f, y);
-        const float last = fill.plane.at(static_cast<float>(right) - 0.5f, y);
-        const float step = count > 1 ? (last - first) / static_cast<float>(count - 1) : 0;
+        const double y = row + 0.5;
+        const auto first = static_cast<float>(fill.plane.start + (left + 0.5) * fill.plane.perX +
+                                              y * fill.plane.perY);
         shader.begin(row, left, count);
         const std::size_t start = at(left, row);
-        for (int k = 0; k < count; ++k) {
+        int k = 0;
+        if constexpr (kIsFlat && !kBlended) {
+            for (; k + 4 <= count; k += 4)
+                fillFour(start + static_cast<std::size_t>(k), first, static_cast<float>(k));
+        }
+        for (; k < count; ++k) {
             const std::size_t i = start + static_cast<std::size_t>(k);
-            const float depth = first + step * static_cast<float>(k);
+            // In this order what is no number becomes the most.
+            const float depth =
+                std::max(least, std::min(most, first + step * static_cast<float>(k)));
             if (!(depth > depths_[i] + std::abs(depths_[i]) * kSamePlace)) continue;
             const std::uint32_t color = shader.at(k);
             if constexpr (kBlended) {
@@ -165,16 +217,6 @@ void CanvasRows::shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenP
 }
 
 namespace {
-
-constexpr std::uint32_t kOpaque = 0xFF000000;
-
-struct FlatShader {
-    static constexpr bool kHasAlpha = false;
-    Color color;
-
-    void begin(int, int, int) {}
-    std::uint32_t at(int) const { return color | kOpaque; }
-};
 
 // What grows evenly over the screen.
 struct ScreenPlane {
@@ -202,37 +244,40 @@ private:
     double x_, y_, abX_, abY_, acX_, acY_, perArea_;
 };
 
-// Three planes of red, green and blue.
+// Three planes of red, green and blue, each in a lane of its own: blue is the lowest.
 class ColorPlanes {
 public:
     ColorPlanes(const PlaneFinder& planes, const Vec3& a, const Vec3& b, const Vec3& c)
         : red_(planes.through(a.x, b.x, c.x)),
           green_(planes.through(a.y, b.y, c.y)),
           blue_(planes.through(a.z, b.z, c.z)),
-          step_{static_cast<float>(red_.perX), static_cast<float>(green_.perX),
-                static_cast<float>(blue_.perX)} {}
+          step_(lanes(blue_.perX, green_.perX, red_.perX, 0)) {}
 
     void begin(int row, int left) {
         const double x = left + 0.5, y = row + 0.5;
-        row_ = {static_cast<float>(red_.at(x, y)), static_cast<float>(green_.at(x, y)),
-                static_cast<float>(blue_.at(x, y))};
+        row_ = lanes(blue_.at(x, y), green_.at(x, y), red_.at(x, y), 255);
     }
-    /// Pixel `k` of the row.
-    Vec3 at(int k) const { return row_ + step_ * static_cast<float>(k); }
+    /// Pixel `k` of the row, opaque: each channel, 0 to 255, in 16 bits. What is no number is 0.
+    __m128i at(int k) const {
+        const __m128 color =
+            _mm_add_ps(row_, _mm_mul_ps(step_, _mm_set1_ps(static_cast<float>(k))));
+        const __m128 kept = _mm_min_ps(_mm_max_ps(color, _mm_setzero_ps()), _mm_set1_ps(255));
+        return _mm_packs_epi32(_mm_cvttps_epi32(kept), _mm_setzero_si128());
+    }
 
 private:
+    static __m128 lanes(double blue, double green, double red, double alpha) {
+        return _mm_setr_ps(static_cast<float>(blue), static_cast<float>(green),
+                           static_cast<float>(red), static_cast<float>(alpha));
+    }
+
     ScreenPlane red_, green_, blue_;
-    Vec3 step_, row_;
+    __m128 step_, row_{};
 };
 
-// In this order what is no number becomes 0.
-std::uint32_t channel(float value) {
-    return static_cast<std::uint32_t>(std::min(std::max(0.f, value), 255.f));
-}
-
-/// Opaque.
-std::uint32_t colorOf(Vec3 color) {
-    return kOpaque | channel(color.x) << 16 | channel(color.y) << 8 | channel(color.z);
+/// 0xAARRGGBB, of 16 bits for each channel.
+std::uint32_t packed(__m128i channels) {
+    return static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_packus_epi16(channels, channels)));
 }
 
 struct GradientShader {
@@ -240,7 +285,7 @@ struct GradientShader {
     ColorPlanes planes;
 
     void begin(int row, int left, int) { planes.begin(row, left); }
-    std::uint32_t at(int k) const { return colorOf(planes.at(k)); }
+    std::uint32_t at(int k) const { return packed(planes.at(k)); }
 };
 
 /// What becomes of the color below, 0xAARRGGBB both, under a texel.
@@ -311,10 +356,24 @@ public:
 
 private:
     static constexpr int kBlock = 16;
+    static constexpr auto kPerStep = [] {
+        std::array<double, kBlock> shares{};
+        for (int i = 1; i < kBlock; ++i) shares[static_cast<std::size_t>(i)] = 1. / i;
+        return shares;
+    }();
 
     struct Place {
-        double u, v, nearness;
+        double u, v;
+        double away;  // one over the nearness
     };
+
+    /// What is left of a number that a whole one is taken from; 0 beyond all measure.
+    static double fraction(double value) {
+        constexpr double kMost = 1e15;
+        if (!(value > -kMost && value < kMost)) return 0;
+        const auto whole = static_cast<double>(static_cast<std::int64_t>(value));
+        return value - (whole > value ? whole - 1 : whole);
+    }
 
     static ScreenPlane overDistance(const PlaneFinder& planes, const TextureCorner (&corners)[3],
                                     float TextureCorner::*coordinate, double repeats) {
@@ -325,8 +384,8 @@ private:
     }
 
     Place placeAt(double x) const {
-        const double nearness = nearness_.at(x, y_);
-        return {u_.at(x, y_) / nearness, v_.at(x, y_) / nearness, nearness};
+        const double away = 1 / nearness_.at(x, y_);
+        return {u_.at(x, y_) * away, v_.at(x, y_) * away, away};
     }
 
     void beginBlock(int block) {
@@ -337,12 +396,12 @@ private:
         const Place b = steps > 0 ? placeAt(first + steps) : a;
         level_ = texture_->level(levelFor(a));
         const double width = 256 << level_.widthBits, height = 256 << level_.heightBits;
-        const double perStep = steps > 0 ? 1. / steps : 0;
+        const double perStep = kPerStep[static_cast<std::size_t>(steps)];
         // Half a texel less: a texel's color is that of its middle.
         const bool clampU = kUsed && texture_->use().clampU;
         const bool clampV = kUsed && texture_->use().clampV;
-        startU_ = fixed((clampU ? a.u : a.u - std::floor(a.u)) * width) - 128;
-        startV_ = fixed((clampV ? a.v : a.v - std::floor(a.v)) * height) - 128;
+        startU_ = fixed((clampU ? a.u : fraction(a.u)) * width) - 128;
+        startV_ = fixed((clampV ? a.v : fraction(a.v)) * height) - 128;
         stepU_ = fixed((b.u - a.u) * perStep * width);
         stepV_ = fixed((b.v - a.v) * perStep * height);
     }
@@ -352,8 +411,8 @@ private:
         const Texture::Level largest = texture_->level(0);
         const double width = 1 << largest.widthBits, height = 1 << largest.heightBits;
         const auto squared = [&](double ofU, double ofV, double ofNearness) {
-            const double u = (ofU - place.u * ofNearness) / place.nearness * width;
-            const double v = (ofV - place.v * ofNearness) / place.nearness * height;
+            const double u = (ofU - place.u * ofNearness) * place.away * width;
+            const double v = (ofV - place.v * ofNearness) * place.away * height;
             return u * u + v * v;
         };
         const double across = squared(u_.perX, v_.perX, nearness_.perX);
@@ -361,7 +420,8 @@ private:
         // Of a surface seen at a slant, between what would blur one way and flicker the other.
         texels_ = std::max(across, along) * 0.6 + std::min(across, along) * 0.4;
         if (!(texels_ > 1)) return 0;
-        return std::clamp(std::ilogb(texels_) / 2, 0, texture_->levels() - 1);
+        const int power = static_cast<int>(std::bit_cast<std::uint64_t>(texels_) >> 52) - 1023;
+        return std::clamp(power / 2, 0, texture_->levels() - 1);
     }
 
     /// In a range that a block's steps cannot leave.
@@ -395,17 +455,15 @@ public:
     }
     std::uint32_t at(int k) {
         const std::uint32_t texel = sampler_.at(k);
-        const Vec3 light = colors_.at(k);
+        const __m128i light = colors_.at(k);
         if constexpr (kUsed) {
             const TextureUse::Color how = sampler_.texture().use().color;
             return applied(how == TextureUse::Color::kBlend ? TextureUse::Color::kModulate : how,
-                           texel, colorOf(light));
+                           texel, packed(light));
         }
-        const auto lit = [&](unsigned shift, float share) {
-            // One more, so that white leaves a color as it is.
-            return ((texel >> shift & 0xFF) * (channel(share) + 1) >> 8) << shift;
-        };
-        return (texel & kOpaque) | lit(16, light.x) | lit(8, light.y) | lit(0, light.z);
+        // One more, so that white leaves a color as it is.
+        const __m128i share = _mm_add_epi16(light, _mm_set1_epi16(1));
+        return packed(_mm_srli_epi16(_mm_mullo_epi16(Texture::spread(texel), share), 8));
     }
 
 private:
@@ -438,7 +496,7 @@ public:
         for (std::size_t i = 0; i < count_; ++i) layers_[i]->begin(row, left, count);
     }
     std::uint32_t at(int k) {
-        std::uint32_t color = colorOf(colors_.at(k));
+        std::uint32_t color = packed(colors_.at(k));
         if (texture_) {
             std::uint32_t texel = texture_->at(k);
             if (detail_) texel = detailed(texel, k);
@@ -559,6 +617,9 @@ inline void CanvasRows::plot(int x, int y, float depth, const Paint& paint, floa
 
 void CanvasRows::line(ScreenPoint a, ScreenPoint b, const Paint& paint) {
     if (!std::isfinite(a.x + a.y + b.x + b.y)) return;
+    if (std::max(a.y, b.y) < static_cast<float>(firstRow_ - 2) ||
+        std::min(a.y, b.y) > static_cast<float>(endRow_ + 2))
+        return;
     if (clipToPicture(a, b, static_cast<float>(width_), static_cast<float>(height_)))
         plotLine(a, b, paint);
 }

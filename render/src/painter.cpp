@@ -34,6 +34,12 @@ Vec3 product(Vec3 a, Vec3 b) {
     return {a.x * b.x, a.y * b.y, a.z * b.z};
 }
 
+/// What is in there already has no meaning.
+template <typename T>
+void makeRoom(std::vector<T>& memory, std::size_t size) {
+    if (memory.size() < size) memory.resize(size);
+}
+
 }  // namespace
 
 void Painter::begin(const Camera& camera, const RenderOptions& options, const Lighting& lighting,
@@ -54,11 +60,11 @@ ScreenPoint Painter::screenOf(Vec3 view) const {
 
 void Painter::transform(const Item& item, const Surface& surface) {
     bias_ = kLayerBias * static_cast<float>(surface.layer);
-    view_.resize(item.vertexCount);
-    screen_.resize(item.vertexCount);
+    makeRoom(view_, item.vertexCount);
+    makeRoom(screen_, item.vertexCount);
     points_ = scene_->vertices().data() + item.firstVertex;
     if (appearance_->isPlaced) {
-        turned_.resize(item.vertexCount);
+        makeRoom(turned_, item.vertexCount);
         for (std::uint32_t i = 0; i < item.vertexCount; ++i)
             turned_[i] = appearance_->place.offset(points_[i]);
         points_ = turned_.data();
@@ -66,7 +72,7 @@ void Painter::transform(const Item& item, const Surface& surface) {
     isTurned_ = surface.facing != Facing::kFixed && turnToEye(item, surface.facing);
     if (isTurned_) {
         const Vec3 middle = toFloat(centre_ - origin_);
-        turned_.resize(item.vertexCount);
+        makeRoom(turned_, item.vertexCount);
         for (std::uint32_t i = 0; i < item.vertexCount; ++i)
             turned_[i] = middle + turn_.of(points_[i] - middle);
         points_ = turned_.data();
@@ -108,6 +114,7 @@ std::size_t Painter::drawItem(const Appearance& appearance, ItemIndex number, bo
     const bool isOutlined = appearance.isPlaced ? appearance.isOutlined : item.outlined;
     origin_ = appearance.point(item.origin);
     centre_ = appearance.point(item.sphereCentre);
+    centreView_ = camera_->toView(centre_);
     radius_ = appearance.length(item.sphereRadius);
     isTurned_ = false;
     drawn_ = 0;
@@ -116,7 +123,7 @@ std::size_t Painter::drawItem(const Appearance& appearance, ItemIndex number, bo
         return 1;
     }
     transform(item, surface);
-    isWhole_ = camera_->isWithinBounds(centre_, radius_);
+    isWhole_ = camera_->isWithinBounds(centreView_, radius_);
     const bool wire = options_->mode == DrawMode::kWireframe;
     const bool edges = options_->mode == DrawMode::kShadedEdges;
     const bool filled = !wire && surface.style != DrawStyle::kOutline;
@@ -146,12 +153,12 @@ bool Painter::isDot(const Item& item, const Surface& surface) const {
     constexpr float kLargest = 0.5f;   // radius, pixels
     constexpr std::uint32_t kFew = 4;  // triangles that are as fast
     return item.triangleCount >= kFew && appearance_->opacity >= 1 && !surface.isTranslucent() &&
-           radius_ * camera_->pixelsPerUnitAt(centre_) < kLargest && camera_->project(centre_);
+           radius_ * camera_->pixelsPerUnitInView(centreView_) < kLargest &&
+           centreView_.z >= camera_->nearDistance();
 }
 
 void Painter::drawDot(const Item& item, const Surface& surface, ItemIndex index) {
-    const auto place = camera_->project(centre_);
-    if (!place) return;
+    if (centreView_.z < camera_->nearDistance()) return;
     lighting_.setOrigin(origin_);
     const Triangle& triangle = scene_->triangles()[item.firstTriangle];
     const Vec3 away = forwardTo(centre_ - camera_->eye());
@@ -165,7 +172,55 @@ void Painter::drawDot(const Item& item, const Surface& surface, ItemIndex index)
             product(color, channelsOf(texture.level(texture.levels() - 1).at(0, 0))) * (1 / 255.f);
     }
     Paint paint{colorOf(product(color, light) + surface.emissive * 255.f), 1, index, 0, true};
-    rows_.dot(*place, paint);
+    rows_.dot(camera_->toScreen(centreView_), paint);
+}
+
+// Light and the direction of the eye are about the same all over what is so small.
+std::size_t Painter::drawStandIn(const Appearance& appearance, int level) {
+    struct Seen {
+        std::size_t side;
+        float share;  // of an area, that is seen
+        Vec3 light;
+    };
+    const StandIn& standIn = *appearance.model->standIn();
+    const Vec3d centre = appearance.point(standIn.centre());
+    const Vec3 middle = camera_->toView(centre);
+    const Vec3 towardsEye = normalised(forwardTo(centre - camera_->eye())) * -1.f;
+    const bool isWire = options_->mode == DrawMode::kWireframe;
+    lighting_.setOrigin(centre);
+    std::array<Seen, 6> seen;
+    std::size_t count = 0;
+    for (std::size_t side = 0; side < 6; ++side) {
+        const std::size_t axis = side % 3;
+        const float sign = side < 3 ? 1.f : -1.f;
+        const Vec3 normal = appearance.place.normal(
+            {axis == 0 ? sign : 0, axis == 1 ? sign : 0, axis == 2 ? sign : 0});
+        const float share = dot(normal, towardsEye);
+        if (share > 0)
+            seen[count++] = {side, share,
+                             isWire ? Vec3{1, 1, 1} : lighting_.at({}, normal, Surface{})};
+    }
+    // The axes of the model in view space.
+    const Vec3 axes[3] = {camera_->toView(appearance.place.offset({1, 0, 0})),
+                          camera_->toView(appearance.place.offset({0, 1, 0})),
+                          camera_->toView(appearance.place.offset({0, 0, 1}))};
+    Paint paint{0, 1, appearance.item, 0, true};
+    const auto points = standIn.points(level);
+    for (const StandIn::Point& point : points) {
+        Vec3 color;
+        float area = 0;
+        for (std::size_t i = 0; i < count; ++i) {
+            const StandIn::Side& side = point.sides[seen[i].side];
+            color = color + (product(side.lit, seen[i].light) + side.own) * seen[i].share;
+            area += side.area * seen[i].share;
+        }
+        const Vec3 view =
+            middle + axes[0] * point.place.x + axes[1] * point.place.y + axes[2] * point.place.z;
+        if (!(area > 0) || view.z < camera_->nearDistance()) continue;
+        paint.color = colorOf(color * (1 / area));
+        rows_.dot(camera_->toScreen(view), paint);
+    }
+    return points.size();
 }
 
 // `fromEye` is one of its corners.
@@ -196,7 +251,9 @@ void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex in
     const float nearDistance = camera_->nearDistance();
     const Vec3 shining = surface.emissive * 255.f;
     const bool glints = surface.lit && surface.specular != Vec3{};
-    const bool isFlat = !finishes && !places && !lighting_.isLocal() && !glints;
+    const bool isEven = !finishes && !lighting_.isLocal() && !glints;  // lit so all over
+    const bool isFlat = isEven && !places;
+    const bool isOneSided = surface.style == DrawStyle::kFrontOnly;
     Fill fill{index, {}, surface.opacity * appearance_->opacity};
     for (std::uint32_t t = 0; t < item.triangleCount; ++t) {
         const Triangle& triangle = triangles[t];
@@ -205,61 +262,72 @@ void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex in
         const Vec3 &a = view_[corner[0]], &b = view_[corner[1]], &c = view_[corner[2]];
         const int inFront = (a.z >= nearDistance) + (b.z >= nearDistance) + (c.z >= nearDistance);
         if (inFront == 0) continue;
+        const bool isElsewhere =
+            isWhole_ && !rows_.mayCover(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]]);
+        if (isElsewhere && !isOneSided) {
+            ++drawn_;
+            continue;
+        }
         const Vec3d fromEye = Vec3d(local[corner[0]]) - eye;
         const Vec3 faceNormal = turned(triangle.normal);
         const bool isBack = dot(faceNormal, forwardTo(fromEye)) > 0;
-        if (isBack && surface.style == DrawStyle::kFrontOnly) {
+        if (isBack && isOneSided) {
             back_[t] = 1;
             continue;
         }
         ++drawn_;
+        if (isElsewhere) continue;
         const float side = isBack ? -1.f : 1.f;
         const Vec3 color = channelsOf(triangle.color);
         fill.plane = planeOf(faceNormal, fromEye);
-        if (isFlat && isWhole_) {
+        Vec3 colors[3];
+        if (isEven) {
             const Vec3 light = lighting_.at(local[corner[0]], faceNormal * side, surface);
+            colors[0] = colors[1] = colors[2] = product(color, light) + shining;
+        }
+        if (isFlat && isWhole_) {
             fill.plane.enclose(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]]);
             rows_.triangle(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]],
-                           colorOf(product(color, light) + shining), fill);
+                           colorOf(colors[0]), fill);
             continue;
         }
-        if (places) places_ = places + eachPlaces * t;
-        Corner corners[3];
-        for (unsigned i = 0; i < 3; ++i) {
+        for (unsigned i = 0; i < 3 && !isEven; ++i) {
             const Finish finish = finishes ? finishes[corner[i]] : Finish{};
             const bool smooth = dot(finish.normal, finish.normal) > 0.5f;
             Vec3 normal = faceNormal * side;
             if (smooth) normal = turned(finish.normal) * side;
             const Vec3 light = lighting_.at(local[corner[i]], normal, surface);
-            corners[i] = {
-                view_[corner[i]],
-                product(finish.colored ? channelsOf(finish.color) : color, light) + shining,
-                places ? places[eachPlaces * t + i] : TexturePlace{},
-                {}};
-            corners[i].shares = {i == 0 ? 1.f : 0.f, i == 1 ? 1.f : 0.f, i == 2 ? 1.f : 0.f};
+            colors[i] = product(finish.colored ? channelsOf(finish.color) : color, light) + shining;
             if (glints)
-                corners[i].color =
-                    corners[i].color + lighting_.glintAt(local[corner[i]], normal, surface) * 255.f;
+                colors[i] =
+                    colors[i] + lighting_.glintAt(local[corner[i]], normal, surface) * 255.f;
+        }
+        if (places) places_ = places + eachPlaces * t;
+        Corner corners[3];
+        for (unsigned i = 0; i < 3; ++i) {
+            corners[i] = {view_[corner[i]], colors[i], places ? places_[i] : TexturePlace{}, {}};
+            corners[i].shares = {i == 0 ? 1.f : 0.f, i == 1 ? 1.f : 0.f, i == 2 ? 1.f : 0.f};
         }
         if (isWhole_)
-            fillTriangle(corners, surface, fill);
+            fillTriangle(corners, {screen_[corner[0]], screen_[corner[1]], screen_[corner[2]]},
+                         surface, fill);
         else
             fillClipped(corners, {local[corner[0]], local[corner[1]], local[corner[2]]}, surface,
                         fill);
     }
 }
 
-void Painter::fillTriangle(const Corner (&corners)[3], const Surface& surface, Fill& fill) {
-    const ScreenPoint at[3] = {screenOf(corners[0].view), screenOf(corners[1].view),
-                               screenOf(corners[2].view)};
+// `at` are the places of its corners on the screen.
+void Painter::fillTriangle(const Corner (&corners)[3], const ScreenPoint (&at)[3],
+                           const Surface& surface, Fill& fill) {
     fill.plane.enclose(at[0], at[1], at[2]);
     const Vec3 colors[3] = {corners[0].color, corners[1].color, corners[2].color};
     if (!surface.texture && surface.layers == 0)
         return rows_.gradient(at[0], at[1], at[2], colors, fill);
     TextureCorner textured[3];
     for (int i = 0; i < 3; ++i)
-        textured[i] = {at[i], camera_->isParallel() ? 1 : 1 / corners[i].view.z,
-                       corners[i].texture.u, corners[i].texture.v, colors[i]};
+        textured[i] = {at[i], camera_->isParallel() ? 1 : at[i].depth, corners[i].texture.u,
+                       corners[i].texture.v, colors[i]};
     if (surface.layers == 0)
         return rows_.textured(textured, *surface.texture, surface.blended, fill);
     const TextureLayers& layers = scene_->layersOf(surface);
@@ -318,13 +386,16 @@ void Painter::fillClipped(const Corner (&corners)[3], const Vec3 (&points)[3],
     }
     for (std::size_t i = 0; i < count; ++i) kept[i].corner.view = toFloat(kept[i].view);
     for (std::size_t i = 2; i < count; ++i)
-        fillTriangle({kept[0].corner, kept[i - 1].corner, kept[i].corner}, surface, fill);
+        fillTriangle({kept[0].corner, kept[i - 1].corner, kept[i].corner},
+                     {screenOf(kept[0].corner.view), screenOf(kept[i - 1].corner.view),
+                      screenOf(kept[i].corner.view)},
+                     surface, fill);
 }
 
 // The edges of what is only a few pixels large would leave nothing of its color.
 void Painter::drawFadedEdges(const Item& item, const Surface& surface, ItemIndex index) {
     constexpr float kEdgeOpacity = 0.55f, kNoEdgesBelow = 6, kFullEdgesFrom = 28;  // radius, pixels
-    const float radius = radius_ * camera_->pixelsPerUnitAt(centre_);
+    const float radius = radius_ * camera_->pixelsPerUnitInView(centreView_);
     const float share = (radius - kNoEdgesBelow) / (kFullEdgesFrom - kNoEdgesBelow);
     if (share <= 0) return;
     drawEdges(item, {kEdge, kEdgeOpacity * std::min(share, 1.f), index, kEdgeBias, true},

@@ -36,6 +36,8 @@ public:
     /// Draws the surface of an item, or a dot for it; returns how many triangles were in front of
     /// the camera and not culled, in these rows or not.
     std::size_t drawItem(const Appearance& appearance, ItemIndex index, bool asDot);
+    /// Draws a grid of the points that stand for a model; returns how many there are.
+    std::size_t drawStandIn(const Appearance& appearance, int level);
     void drawMark(const Mark& mark, const LightPointLook& look, bool selected);
     /// The corners of a box.
     void drawBrackets(const Box& around);
@@ -77,7 +79,8 @@ private:
     Vec3 forwardTo(Vec3d fromEye) const {
         return camera_->isParallel() ? camera_->forward() : toFloat(fromEye);
     }
-    void fillTriangle(const Corner (&corners)[3], const Surface& surface, Fill& fill);
+    void fillTriangle(const Corner (&corners)[3], const ScreenPoint (&at)[3],
+                      const Surface& surface, Fill& fill);
     static Corner between(const Corner& a, const Corner& b, float share);
     void fillClipped(const Corner (&corners)[3], const Vec3 (&points)[3], const Surface& surface,
                      Fill& fill);
@@ -98,6 +101,7 @@ private:
     const SceneModel* scene_ = nullptr;
     const Appearance* appearance_ = nullptr;
     Vec3d origin_, centre_;  // of the item and its sphere, in the world
+    Vec3 centreView_;        // that of the sphere, in view space
     float radius_ = 0;
     const Vec3* points_ = nullptr;     // its vertices, relative to its origin
     std::vector<Vec3> turned_;         // the same, in their place and turned to the eye

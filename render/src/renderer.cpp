@@ -19,6 +19,9 @@ constexpr float kTiny = 0.5f;
 /// Parts of the picture for each thread, so that one that is done early takes over from another.
 constexpr std::size_t kBandsPerThread = 3;
 
+/// Parts of the scene that threads choose from.
+constexpr std::size_t kMostParts = 64;
+
 std::uint8_t hoursOf(TimeOfDay time) {
     switch (time) {
         case TimeOfDay::kDay:
@@ -46,31 +49,60 @@ struct Renderer::Frame {
 
     /// What is drawn of the scene, and the rows that it touches.
     struct Seen {
-        ItemIndex item;
+        static constexpr int kWhole = -1;  ///< no level: of the item
+
+        ItemIndex item;  ///< of no meaning for what stands for all of a model
         std::uint32_t appearance;
         int top, bottom;
         float distance = 0;
         bool isDot = false;
+        int level = kWhole;  ///< of what stands for the model
     };
 
-    void choose();
-    void chooseOf(std::uint32_t appearance);
-    void see(std::uint32_t appearance, ItemIndex index, bool isDot);
-    void seePlacement(std::uint32_t appearance, ItemIndex index, bool isDot);
-    void add(std::uint32_t appearance, ItemIndex index, Vec3d centre, float radius, bool isDot);
-    void addMarks(const Appearance& appearance);
-    bool isTiny(Vec3d centre, float radius) const {
-        return radius * camera->pixelsPerUnitAt(centre) < kTiny;
+    /// What is seen of some of the scene's items, in their order.
+    struct Part {
+        std::size_t first = 0, end = 0;            ///< of the items
+        std::vector<Appearance> appearances = {};  ///< the first is that of the scene itself
+        std::vector<Seen> solid = {}, translucent = {};
+        std::vector<SeenMark> marks = {};      ///< items are those of the scene
+        std::vector<std::uint8_t> shown = {};  ///< by range of each placed appearance
+        std::vector<double> load =
+            {};  ///< by row: how much more there is to do than in the one above
+
+        void clear();
+    };
+
+    /// One of those of a part.
+    struct Ordered {
+        std::uint32_t part, index;
+    };
+
+    void beginParts();
+    void choose(std::size_t threads);
+    void choosePart(Part& part) const;
+    void chooseOf(Part& part, std::uint32_t appearance) const;
+    bool enter(Part& part, std::uint32_t appearance, const Block& block) const;
+    void see(Part& part, std::uint32_t appearance, ItemIndex index, bool isDot) const;
+    void seePlacement(Part& part, std::uint32_t appearance, ItemIndex index, bool isDot) const;
+    bool seeStandIn(Part& part, std::uint32_t appearance, Vec3 centre, float radius) const;
+    Seen seenAt(std::uint32_t appearance, Vec3 centre, float radius, float margin) const;
+    void add(Part& part, std::uint32_t appearance, ItemIndex index, Vec3 centre, float radius,
+             bool isDot) const;
+    void addMarks(Part& part, const Appearance& appearance) const;
+    bool isTiny(Vec3 centre, float radius) const {
+        return radius * camera->pixelsPerUnitInView(centre) < kTiny;
     }
-    bool isShown(const Appearance& appearance, const Item& item) const {
+    bool isShown(const Part& part, const Appearance& appearance, const Item& item) const {
+        const std::vector<std::uint8_t>& ranges = appearance.isPlaced ? part.shown : sceneShown;
         return (hours == 0 || (item.hours & hours) != 0) &&
-               (shown.empty() || shown[appearance.firstRange + item.range]);
+               (ranges.empty() || ranges[appearance.firstRange + item.range]);
     }
-    void chooseRanges(Appearance& appearance);
-    void addLoad(const Seen& seen, const Item& item);
+    void chooseRanges(Appearance& appearance, std::vector<std::uint8_t>& ranges) const;
+    void addLoad(Part& part, const Seen& seen, double work) const;
+    void orderTranslucent();
     void shareOut(std::size_t bands);
     void drawBand(std::size_t band);
-    std::size_t drawItems(Painter& painter, const std::vector<Seen>& items, int first, int end);
+    std::size_t drawSeen(Painter& painter, const Part& part, const Seen& seen, int first, int end);
     void drawOutline();
 
     const SceneModel* scene = nullptr;
@@ -83,14 +115,12 @@ struct Renderer::Frame {
     std::vector<Painter> painters;   // by band
     std::vector<std::size_t> drawn;  // triangles, by band
     std::vector<int> borders;        // first rows of the bands, and the end of the last
-    std::vector<double> load;        // by row: how much more there is to do than in the one above
-    std::vector<Seen> solid;         // in the order of the scene
-    std::vector<Seen> translucent;   // the farthest first
-    std::vector<Appearance> appearances;  // the first is that of the scene itself
-    std::vector<SeenMark> marks;          // items are those of the scene
-    std::vector<std::uint8_t> shown;      // by range of each appearance; none when all of them show
-    std::vector<std::uint8_t> chosen;     // by item: whether it is outlined
-    std::uint8_t hours = 0;               // one of them, or 0 for any
+    std::vector<Part> parts;         // as many as `partCount` says are of this frame
+    std::size_t partCount = 0;
+    std::vector<Ordered> translucent;      // the farthest first
+    std::vector<std::uint8_t> sceneShown;  // by range of the scene; none when all of them show
+    std::vector<std::uint8_t> chosen;      // by item: whether it is outlined
+    std::uint8_t hours = 0;                // one of them, or 0 for any
 };
 
 Renderer::Renderer() : frame_(std::make_unique<Frame>()) {}
@@ -104,9 +134,9 @@ void Renderer::draw(const SceneModel& scene, const Camera& camera, const RenderO
     frame.options = &options;
     frame.canvas = &canvas;
     frame.lighting.beginFrame(scene.lights(), camera);
-    frame.choose();
     const std::size_t threads =
         options.threads != 0 ? options.threads : std::max(std::thread::hardware_concurrency(), 1U);
+    frame.choose(threads);
     frame.shareOut(threads == 1 ? 1 : threads * kBandsPerThread);
     const std::size_t bands = frame.painters.size();
     frame.workers.run(threads, bands, [&frame](std::size_t band) { frame.drawBand(band); });
@@ -116,94 +146,133 @@ void Renderer::draw(const SceneModel& scene, const Camera& camera, const RenderO
     if (options.mode != DrawMode::kWireframe) frame.drawOutline();
     Painter& painter = frame.painters.front();
     painter.begin(camera, options, frame.lighting, canvas);
-    for (const Item& item : scene.items()) {
+    for (const Item& item : scene.hasChosen() ? scene.items() : std::span<const Item>()) {
         if (item.selected && !item.selectionBox.empty()) painter.drawBrackets(item.selectionBox);
     }
     if (options.axes) painter.drawAxes();
 }
 
-void Renderer::Frame::chooseRanges(Appearance& appearance) {
+void Renderer::Frame::Part::clear() {
+    appearances.clear();
+    solid.clear();
+    translucent.clear();
+    marks.clear();
+    shown.clear();
+}
+
+void Renderer::Frame::chooseRanges(Appearance& appearance,
+                                   std::vector<std::uint8_t>& ranges) const {
     const bool isFixed = options->levelDistance >= 0;
     if ((!options->levelsByEye && !isFixed) || scene->levelsHidden()) return;
-    appearance.firstRange = shown.size();
-    shown.push_back(1);
+    appearance.firstRange = ranges.size();
+    ranges.push_back(1);
     for (const Range& range : appearance.model->ranges().subspan(1)) {
         const double distance = isFixed ? options->levelDistance
                                         : length(appearance.point(range.centre) - camera->eye());
-        shown.push_back(shown[appearance.firstRange + range.within] && distance > range.nearest &&
-                        distance <= range.farthest);
+        ranges.push_back(ranges[appearance.firstRange + range.within] && distance > range.nearest &&
+                         distance <= range.farthest);
     }
 }
 
-void Renderer::Frame::choose() {
-    hours = hoursOf(options->time);
-    shown.clear();
-    solid.clear();
-    translucent.clear();
-    appearances.clear();
-    marks.clear();
-    load.assign(static_cast<std::size_t>(canvas->height()) + 1, 0);
-    appearances.push_back({scene});
-    chooseRanges(appearances.back());
-    addMarks(appearances.back());
-    chooseOf(0);
-    // What lets light through comes last, from back to front; in layers, the lower ones first.
-    const auto layer = [&](const Seen& seen) {
-        const SceneModel& model = *appearances[seen.appearance].model;
-        return model.surfaceOf(model.items()[seen.item]).layer;
-    };
-    std::sort(translucent.begin(), translucent.end(), [&](const Seen& a, const Seen& b) {
-        return std::tuple(layer(a), -a.distance, a.appearance, a.item) <
-               std::tuple(layer(b), -b.distance, b.appearance, b.item);
-    });
+/// The same ones whatever the number of threads.
+void Renderer::Frame::beginParts() {
+    const std::size_t items = scene->items().size();
+    const std::size_t units = (items + SceneModel::kPart - 1) / SceneModel::kPart;
+    const std::size_t size = (units + kMostParts - 1) / kMostParts * SceneModel::kPart;
+    partCount = 0;
+    for (std::size_t first = 0; first < items || partCount == 0; first += size) {
+        if (parts.size() == partCount) parts.emplace_back();
+        Part& part = parts[partCount++];
+        part.clear();
+        part.first = first;
+        part.end = std::min(first + size, items);
+        part.load.assign(static_cast<std::size_t>(canvas->height()) + 1, 0);
+    }
 }
 
-void Renderer::Frame::addMarks(const Appearance& appearance) {
+void Renderer::Frame::choose(std::size_t threads) {
+    hours = hoursOf(options->time);
+    sceneShown.clear();
+    Appearance whole{scene};
+    chooseRanges(whole, sceneShown);
+    beginParts();
+    for (std::size_t i = 0; i < partCount; ++i) parts[i].appearances.push_back(whole);
+    addMarks(parts.front(), whole);
+    workers.run(threads, partCount, [this](std::size_t part) { choosePart(parts[part]); });
+    orderTranslucent();
+}
+
+/// What lets light through comes last, from back to front; in layers, the lower ones first.
+void Renderer::Frame::orderTranslucent() {
+    translucent.clear();
+    for (std::uint32_t part = 0; part < partCount; ++part)
+        for (std::uint32_t i = 0; i < parts[part].translucent.size(); ++i)
+            translucent.push_back({part, i});
+    const auto key = [&](const Ordered& ordered) {
+        const Part& part = parts[ordered.part];
+        const Seen& seen = part.translucent[ordered.index];
+        const SceneModel& model = *part.appearances[seen.appearance].model;
+        return std::tuple(model.surfaceOf(model.items()[seen.item]).layer, -seen.distance,
+                          ordered.part, seen.appearance, seen.item);
+    };
+    std::ranges::sort(translucent, {}, key);
+}
+
+void Renderer::Frame::addMarks(Part& part, const Appearance& appearance) const {
     const auto items = appearance.model->items();
     for (Mark mark : appearance.model->marks()) {
-        if (!isShown(appearance, items[mark.item])) continue;
+        if (!isShown(part, appearance, items[mark.item])) continue;
         if (!isShownAlways(mark.kind) && (!options->helpers || appearance.isPlaced)) continue;
         if (appearance.isPlaced) {
             mark.position = appearance.place.point(mark.position);
             mark.normal = appearance.place.normal(mark.normal);
             mark.item = appearance.item;
         }
-        marks.push_back({mark, &appearance.model->lightLooks()[mark.look]});
+        part.marks.push_back({mark, &appearance.model->lightLooks()[mark.look]});
     }
 }
 
+void Renderer::Frame::choosePart(Part& part) const {
+    scene->walkPart(
+        part.first, part.end, [&](const Block& block) { return enter(part, 0, block); },
+        [&](ItemIndex index) { see(part, 0, index, false); });
+}
+
+void Renderer::Frame::chooseOf(Part& part, std::uint32_t which) const {
+    part.appearances[which].model->walk(
+        [&](const Block& block) { return enter(part, which, block); },
+        [&](ItemIndex index) { see(part, which, index, false); });
+}
+
 /// Of what is outside of the picture, or smaller than a pixel, nothing within is looked at.
-void Renderer::Frame::chooseOf(std::uint32_t which) {
-    const Appearance appearance = appearances[which];
-    appearance.model->walk(
-        [&](const Block& block) {
-            if (block.sample == kNoItem) return false;
-            const Vec3d centre = appearance.point(block.centre);
-            const float radius = appearance.length(block.radius);
-            if (camera->isOutside(centre, radius)) return false;
-            if (!block.isPlain || !isTiny(centre, radius)) return true;
-            see(which, block.sample, true);
-            return false;
-        },
-        [&](ItemIndex index) { see(which, index, false); });
+bool Renderer::Frame::enter(Part& part, std::uint32_t which, const Block& block) const {
+    if (block.sample == kNoItem) return false;
+    const Appearance& appearance = part.appearances[which];
+    const Vec3 centre = camera->toView(appearance.point(block.centre));
+    const float radius = appearance.length(block.radius);
+    if (camera->isOutside(centre, radius)) return false;
+    if (!block.isPlain || !isTiny(centre, radius)) return true;
+    see(part, which, block.sample, true);
+    return false;
 }
 
 /// `isDot`: it stands for others, all of them in one pixel.
-void Renderer::Frame::see(std::uint32_t which, ItemIndex index, bool isDot) {
-    const Appearance& appearance = appearances[which];
+void Renderer::Frame::see(Part& part, std::uint32_t which, ItemIndex index, bool isDot) const {
+    const Appearance& appearance = part.appearances[which];
     const Item& item = appearance.model->items()[index];
-    if (!item.hasSurface() || !isShown(appearance, item)) return;
-    if (item.placement != kNoPlacement) return seePlacement(which, index, isDot);
-    const Vec3d centre = appearance.point(item.sphereCentre);
+    if (!item.hasSurface() || !isShown(part, appearance, item)) return;
+    if (item.placement != kNoPlacement) return seePlacement(part, which, index, isDot);
+    const Vec3 centre = camera->toView(appearance.point(item.sphereCentre));
     const float radius = appearance.length(item.sphereRadius);
-    if (!camera->isOutside(centre, radius)) add(which, index, centre, radius, isDot);
+    if (!camera->isOutside(centre, radius)) add(part, which, index, centre, radius, isDot);
 }
 
-void Renderer::Frame::seePlacement(std::uint32_t which, ItemIndex index, bool isDot) {
-    const Appearance& outer = appearances[which];
+void Renderer::Frame::seePlacement(Part& part, std::uint32_t which, ItemIndex index,
+                                   bool isDot) const {
+    const Appearance& outer = part.appearances[which];
     const Item& item = outer.model->items()[index];
     const Placement& placement = outer.model->placements()[item.placement];
-    const Vec3d centre = outer.point(item.sphereCentre);
+    const Vec3 centre = camera->toView(outer.point(item.sphereCentre));
     const float radius = outer.length(item.sphereRadius);
     if (camera->isOutside(centre, radius)) return;
     Appearance inner{placement.model.get()};
@@ -212,45 +281,70 @@ void Renderer::Frame::seePlacement(std::uint32_t which, ItemIndex index, bool is
     inner.opacity = outer.opacity * placement.opacity;
     inner.item = outer.isPlaced ? outer.item : index;
     inner.isOutlined = outer.isPlaced ? outer.isOutlined : item.outlined;
-    chooseRanges(inner);
-    const auto number = static_cast<std::uint32_t>(appearances.size());
-    appearances.push_back(inner);
+    chooseRanges(inner, part.shown);
+    const auto number = static_cast<std::uint32_t>(part.appearances.size());
+    part.appearances.push_back(inner);
     if (isDot || (inner.opacity >= 1 && inner.model->isPlain() && isTiny(centre, radius)))
-        return see(number, inner.model->sample(), true);
-    addMarks(inner);
-    chooseOf(number);
+        return see(part, number, inner.model->sample(), true);
+    if (seeStandIn(part, number, centre, radius)) return;
+    addMarks(part, inner);
+    chooseOf(part, number);
 }
 
-void Renderer::Frame::add(std::uint32_t which, ItemIndex index, Vec3d centre, float radius,
-                          bool isDot) {
-    const Appearance& appearance = appearances[which];
-    const Item& item = appearance.model->items()[index];
+/// A few points instead of a placed model that is only a few pixels large.
+bool Renderer::Frame::seeStandIn(Part& part, std::uint32_t which, Vec3 centre, float radius) const {
+    constexpr float kLargest = 6;  // radius, pixels
+    const Appearance& appearance = part.appearances[which];
+    const StandIn* const standIn = appearance.model->standIn();
+    const float pixels = camera->pixelsPerUnitInView(centre);
+    if (!standIn || appearance.opacity < 1 || !(radius * pixels < kLargest)) return false;
+    const float extent = appearance.length(static_cast<float>(standIn->extent()));
+    const int level = StandIn::levelFor(extent * pixels);
+    if (level > StandIn::kFinest) return false;
+    const std::size_t points = standIn->points(level).size();
+    if (points > appearance.model->weight()) return false;
+    Seen seen = seenAt(which, centre, radius, 2);
+    seen.level = level;
+    part.solid.push_back(seen);
+    addLoad(part, seen, 1 + static_cast<double>(points) / 8);
+    return true;
+}
+
+Renderer::Frame::Seen Renderer::Frame::seenAt(std::uint32_t which, Vec3 centre, float radius,
+                                              float margin) const {
     const float lowest = static_cast<float>(canvas->height());
-    const float margin = 2 + options->pixelScale + appearance.model->surfaceOf(item).lineWidth;
     const auto [top, bottom] = camera->rowsOf(centre, radius);
     // In this order what is no number gives all rows.
-    Seen seen{index, which, static_cast<int>(std::min(std::max(0.f, top - margin), lowest)),
-              static_cast<int>(std::max(std::min(lowest, bottom + margin), 0.f))};
-    seen.isDot = isDot;
-    if (isDot || (appearance.opacity >= 1 && !appearance.model->surfaceOf(item).isTranslucent())) {
-        solid.push_back(seen);
-    } else {
-        // Beyond all measure there is no order, and nothing to be seen.
-        seen.distance = camera->toView(centre).z;
-        if (!std::isfinite(seen.distance)) return;
-        translucent.push_back(seen);
-    }
-    addLoad(seen, item);
+    return {kNoItem, which, static_cast<int>(std::min(std::max(0.f, top - margin), lowest)),
+            static_cast<int>(std::max(std::min(lowest, bottom + margin), 0.f))};
 }
 
-void Renderer::Frame::addLoad(const Seen& seen, const Item& item) {
+void Renderer::Frame::add(Part& part, std::uint32_t which, ItemIndex index, Vec3 centre,
+                          float radius, bool isDot) const {
+    const Appearance& appearance = part.appearances[which];
+    const Item& item = appearance.model->items()[index];
+    const Surface& surface = appearance.model->surfaceOf(item);
+    Seen seen = seenAt(which, centre, radius, 2 + options->pixelScale + surface.lineWidth);
+    seen.item = index;
+    seen.isDot = isDot;
+    if (isDot || (appearance.opacity >= 1 && !surface.isTranslucent())) {
+        part.solid.push_back(seen);
+    } else {
+        // Beyond all measure there is no order, and nothing to be seen.
+        seen.distance = centre.z;
+        if (!std::isfinite(seen.distance)) return;
+        part.translucent.push_back(seen);
+    }
+    addLoad(part, seen, 8. + (isDot ? 1 : item.triangleCount));
+}
+
+void Renderer::Frame::addLoad(Part& part, const Seen& seen, double work) const {
     const auto first = static_cast<std::size_t>(std::min(seen.top, canvas->height() - 1));
     const auto end = static_cast<std::size_t>(std::clamp(seen.bottom, 0, canvas->height()));
     if (end <= first) return;
-    const double each =
-        (8. + (seen.isDot ? 1 : item.triangleCount)) / static_cast<double>(end - first);
-    load[first] += each;
-    load[end] -= each;
+    const double each = work / static_cast<double>(end - first);
+    part.load[first] += each;
+    part.load[end] -= each;
 }
 
 /// Makes bands that have about as much to do as each other.
@@ -259,6 +353,9 @@ void Renderer::Frame::shareOut(std::size_t bands) {
     bands = std::min(bands, rows);
     // Filling a row takes its time, too.
     const double perRow = canvas->width() / 16.;
+    std::vector<double>& load = parts.front().load;
+    for (std::size_t i = 1; i < partCount; ++i)
+        for (std::size_t row = 0; row < rows; ++row) load[row] += parts[i].load[row];
     double all = 0, here = 0;
     for (std::size_t row = 0; row < rows; ++row) all += (here += load[row]) + perRow;
     borders.assign(1, 0);
@@ -278,28 +375,33 @@ void Renderer::Frame::drawBand(std::size_t band) {
     Painter& painter = painters[band];
     painter.begin(*camera, *options, lighting, canvas->rows(first, end));
     painter.rows().clear(kSkyTop, kSkyBottom);
-    drawn[band] = drawItems(painter, solid, first, end);
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < partCount; ++i)
+        for (const Seen& seen : parts[i].solid)
+            count += drawSeen(painter, parts[i], seen, first, end);
     if (options->grid) painter.drawGrid();
-    drawn[band] += drawItems(painter, translucent, first, end);
-    for (const auto& [mark, look] : marks)
-        painter.drawMark(mark, *look, scene->items()[mark.item].selected);
+    for (const auto& [part, index] : translucent)
+        count += drawSeen(painter, parts[part], parts[part].translucent[index], first, end);
+    for (std::size_t i = 0; i < partCount; ++i)
+        for (const auto& [mark, look] : parts[i].marks)
+            painter.drawMark(mark, *look, scene->items()[mark.item].selected);
+    drawn[band] = count;
 }
 
-/// Returns the triangles of those that begin in these rows.
-std::size_t Renderer::Frame::drawItems(Painter& painter, const std::vector<Seen>& items, int first,
-                                       int end) {
-    std::size_t sum = 0;
-    for (const Seen& seen : items) {
-        const int top = std::min(seen.top, canvas->height() - 1);
-        if (top >= end || std::max(seen.bottom, top) < first) continue;
-        const std::size_t count =
-            painter.drawItem(appearances[seen.appearance], seen.item, seen.isDot);
-        if (top >= first) sum += count;
-    }
-    return sum;
+/// Returns its triangles, if it begins in these rows.
+std::size_t Renderer::Frame::drawSeen(Painter& painter, const Part& part, const Seen& seen,
+                                      int first, int end) {
+    const int top = std::min(seen.top, canvas->height() - 1);
+    if (top >= end || std::max(seen.bottom, top) < first) return 0;
+    const Appearance& appearance = part.appearances[seen.appearance];
+    const std::size_t count = seen.level != Seen::kWhole
+                                  ? painter.drawStandIn(appearance, seen.level)
+                                  : painter.drawItem(appearance, seen.item, seen.isDot);
+    return top >= first ? count : 0;
 }
 
 void Renderer::Frame::drawOutline() {
+    if (!scene->hasChosen()) return;
     const auto items = scene->items();
     chosen.resize(items.size());
     bool any = false;

@@ -631,6 +631,7 @@ SceneFeed::Shared SceneFeed::sharedOf(Reading& reading, INode& top, std::size_t 
     first.smooth = smooth;
     inner.inherited.push_back(first);
     visitAll(inner);
+    model->prepareStandIn();
     const Shared shared{model, inner.faces};
     if (!inner.isCut || ++cut_ > kMostCut) known.emplace(key, shared);
     return shared;

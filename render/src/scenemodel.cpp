@@ -27,6 +27,8 @@ void SceneModel::clear() {
     isPlain_ = true;
     weight_ = 0;
     levelsHidden_ = false;
+    chosen_ = 0;
+    standIn_.reset();
     open_ = kNoItem;
     reopened_.reset();
     fits_ = true;
@@ -40,6 +42,7 @@ ItemIndex SceneModel::beginItem() {
     item.firstTriangle = static_cast<std::uint32_t>(triangles_.size());
     items_.push_back(item);
     reopened_.reset();
+    standIn_.reset();
     return open_ = static_cast<ItemIndex>(items_.size() - 1);
 }
 
@@ -56,6 +59,7 @@ bool SceneModel::reopenItem(ItemIndex index) {
     --weight_;
     if (placed) weight_ -= placed->weight_;
     reopened_ = {item, static_cast<std::size_t>(first - marks_.begin()), hasMark};
+    standIn_.reset();
     open_ = index;
     Item emptied;
     emptied.firstVertex = static_cast<std::uint32_t>(vertices_.size());
@@ -375,6 +379,7 @@ bool SceneModel::moveLight(std::size_t light, Vec3d position, Vec3 direction) {
 
 // Each block is added up once, however many of its items have moved.
 void SceneModel::endMoving() {
+    standIn_.reset();
     for (const std::size_t index : moved_) measure(items_[index]);
     std::ranges::sort(moved_);
     for (std::size_t level = 0; level < levels_.size(); ++level) {

@@ -126,10 +126,11 @@ TEST(Camera, FocusingOnAPointChangesOnlyWhatTheMouseMoves) {
 
 TEST(Camera, CullsWhatCannotBeSeenOnly) {
     const Camera camera = cameraAt(View::kPerspective);
-    EXPECT_FALSE(camera.isOutside(camera.target(), 1));
-    EXPECT_TRUE(camera.isOutside(camera.eye() - camera.forward() * 50, 10));
-    EXPECT_FALSE(camera.isOutside(camera.eye() - camera.forward() * 50, 60));
-    const Vec3d aside = camera.target() + camera.right() * 100;
+    EXPECT_FALSE(camera.isOutside(camera.toView(camera.target()), 1));
+    const Vec3 behind{0, 0, -50};
+    EXPECT_TRUE(camera.isOutside(behind, 10));
+    EXPECT_FALSE(camera.isOutside(behind, 60));
+    const Vec3 aside = camera.toView(camera.target() + camera.right() * 100);
     EXPECT_TRUE(camera.isOutside(aside, 10));
     EXPECT_FALSE(camera.isOutside(aside, 90));
 }

@@ -672,6 +672,118 @@ TEST_F(RendererTest, WhatIsOutsideOrFarAwayCostsNothing) {
     EXPECT_NE(canvas_.pick(static_cast<int>(place->x), static_cast<int>(place->y), 1), kNoItem);
 }
 
+/// A red tower with a green roof over a grey yard, of 600 items.
+std::shared_ptr<SceneModel> tower() {
+    const auto model = std::make_shared<SceneModel>();
+    const auto addCard = [&](Vec3d at, Vec3d along, Vec3d up, Color color) {
+        model->beginItem();
+        for (const Vec3d corner : {at, at + along, at + along + up, at + up})
+            model->addVertex(corner);
+        model->addTriangle(0, 1, 2, color, 3);
+        model->addTriangle(0, 2, 3, color, 6);
+        model->endItem();
+    };
+    for (int i = 0; i < 10; ++i)
+        for (int k = 0; k < 10; ++k) {
+            for (const double side : {3., 7.}) {
+                addCard({3 + i * 0.4, side, k * 2.}, {0.4, 0, 0}, {0, 0, 2}, 0xD02010);
+                addCard({side, 3 + i * 0.4, k * 2.}, {0, 0.4, 0}, {0, 0, 2}, 0xD02010);
+            }
+            addCard({3 + i * 0.4, 3 + k * 0.4, 20}, {0.4, 0, 0}, {0, 0.4, 0}, 0x20C030);
+            addCard({i * 1., k * 1., 0}, {1, 0, 0}, {0, 1, 0}, 0x909090);
+        }
+    return model;
+}
+
+// What stands for a model of a few pixels has its colors, its outline and its holes.
+TEST_F(RendererTest, AModelOfAFewPixelsLooksAsIfAllOfItWereDrawn) {
+    const auto model = tower();
+    const auto placing = [&](SceneModel& scene) {
+        for (int i = 0; i < 400; ++i) {
+            scene.beginItem();
+            const double c = std::cos(i * 0.7), s = std::sin(i * 0.7);
+            scene.setPlacement(
+                {model, Place({c, s, 0}, {-s, c, 0}, {0, 0, 1}, {i % 20 * 24., i / 20 * 24., 0})});
+            scene.endItem();
+        }
+        scene.addLight({LightKind::kDirectional, {}, {0.48f, 0.36f, -0.8f}, {1, 1, 1}});
+    };
+    SceneModel whole;
+    placing(whole);
+    model->prepareStandIn();
+    ASSERT_TRUE(model->standIn());
+    placing(scene_);
+    Canvas other;
+    other.resize(kWidth, kHeight);
+    const Vec3d middle = scene_.box().centre();
+    for (const Vec3d eye : {Vec3d{0, -30, 900}, Vec3d{-500, -600, 300}, Vec3d{100, -900, 60}}) {
+        ASSERT_TRUE(camera_.lookFrom(middle + eye, middle));
+        draw();
+        const std::size_t triangles = renderer_.trianglesDrawn();
+        renderer_.draw(whole, camera_, {DrawMode::kShaded, false, false, 1}, other);
+        EXPECT_LT(triangles * 5, renderer_.trianglesDrawn());
+        // Colors of squares of pixels, as far as an eye would take them apart.
+        constexpr int kSquare = 8;
+        int covered = 0, coveredWhole = 0;
+        double apart = 0, worst = 0;
+        for (int top = 0; top < kHeight; top += kSquare)
+            for (int left = 0; left < kWidth; left += kSquare) {
+                double sums[3] = {};
+                for (int y = top; y < top + kSquare; ++y)
+                    for (int x = left; x < left + kSquare; ++x) {
+                        covered += canvas_.item(x, y) != kNoItem;
+                        coveredWhole += other.item(x, y) != kNoItem;
+                        for (unsigned i = 0; i < 3; ++i)
+                            sums[i] += static_cast<double>(canvas_.pixel(x, y) >> i * 8 & 0xFF) -
+                                       static_cast<double>(other.pixel(x, y) >> i * 8 & 0xFF);
+                    }
+                for (const double sum : sums) {
+                    const double mean = std::abs(sum) / (kSquare * kSquare);
+                    apart += mean / 3;
+                    worst = std::max(worst, mean);
+                }
+            }
+        apart /= kWidth * kHeight / (kSquare * kSquare);
+        EXPECT_GT(coveredWhole, 2000);
+        EXPECT_NEAR(covered, coveredWhole, coveredWhole * 0.25);
+        EXPECT_LT(apart, 3) << "of 255, on an average";
+        EXPECT_LT(worst, 30);
+    }
+}
+
+// What cannot be added up is drawn itself.
+TEST_F(RendererTest, WhatPointsCannotStandForIsDrawn) {
+    const auto isStoodFor = [](const auto& change) {
+        SceneModel model;
+        addCube(model, {}, 10);
+        model.beginItem();
+        for (const Vec3d corner : {Vec3d{0, 0, 0}, Vec3d{30, 0, 3}, Vec3d{0, 40, 9}})
+            model.addVertex(corner);
+        Surface surface;
+        change(model, surface);
+        model.setSurface(surface);
+        model.addTriangle(0, 1, 2, kGrey);
+        model.endItem();
+        model.prepareStandIn();
+        return model.standIn() != nullptr;
+    };
+    EXPECT_TRUE(isStoodFor([](SceneModel&, Surface&) {}));
+    EXPECT_FALSE(isStoodFor([](SceneModel& model, Surface&) { model.setHours(kNight); }));
+    EXPECT_FALSE(isStoodFor([](SceneModel&, Surface& surface) { surface.opacity = 0.5f; }));
+    EXPECT_FALSE(
+        isStoodFor([](SceneModel&, Surface& surface) { surface.style = DrawStyle::kOutline; }));
+    EXPECT_FALSE(
+        isStoodFor([](SceneModel& model, Surface&) { model.addLightPoint({}, kGrey, 0, {}); }));
+    SceneModel changed;
+    addCube(changed, {}, 10);
+    changed.prepareStandIn();
+    addCube(changed, {}, 20);
+    EXPECT_FALSE(changed.standIn()) << "it is not that model any more";
+    SceneModel nothing;
+    nothing.prepareStandIn();
+    EXPECT_FALSE(nothing.standIn());
+}
+
 TEST_F(RendererTest, WhatIsSmallerThanAPixelIsOne) {
     const ItemIndex cube = addCube(scene_, {}, 1);
     camera_.lookFrom({0, -2000, 100}, {});

@@ -109,15 +109,30 @@ public:
         const double out = isAcross ? view.x : view.y;
         return reach - (bound % 2 == 0 ? out : -out);
     }
-    /// Whether all points within `radius` of `centre` are within the bounds.
-    bool isWithinBounds(Vec3d centre, float radius) const;
+    /// Whether all points within `radius` of `centre`, in view space, are within the bounds.
+    bool isWithinBounds(Vec3 centre, float radius) const;
     /// World units that one pixel covers at the target.
     float unitsPerPixel() const;
 
     /// Pixels that one world unit covers at a world point in front of the eye.
-    float pixelsPerUnitAt(Vec3d world) const;
+    float pixelsPerUnitAt(Vec3d world) const { return pixelsPerUnitInView(toView(world)); }
+    /// The same at a point in view space.
+    float pixelsPerUnitInView(Vec3 view) const {
+        return isParallel() ? scale_ : scale_ / std::max(view.z, nearDistance());
+    }
     /// The depths of the plane with this normal at this distance from the eye, along the normal.
-    DepthPlane depthPlane(Vec3 normal, double distance) const;
+    DepthPlane depthPlane(Vec3 normal, double distance) const {
+        const double right = double{dot(normal, right_)} * perScale_;
+        const double up = double{dot(normal, up_)} * perScale_;
+        const double ahead = dot(normal, forward_);
+        DepthPlane plane;
+        const double divisor = 1 / (isParallel() ? ahead : distance);
+        plane.perX = right * divisor;
+        plane.perY = -up * divisor;
+        plane.start = (isParallel() ? -distance : ahead) * divisor - double{centreX_} * plane.perX -
+                      double{centreY_} * plane.perY;
+        return plane;
+    }
     /// How far in front of the eye what has this depth on the screen is, along the view direction.
     float distanceOf(float depth) const { return isParallel() ? -depth : 1 / depth; }
     /// Moves the target along the view direction to this distance from the eye. The picture stays;
@@ -145,11 +160,25 @@ public:
     bool clipToPicture(Vec3& a, Vec3& b) const;
     /// The place on the screen of a world point, or nothing when it is behind the viewer.
     std::optional<ScreenPoint> project(Vec3d world) const;
-    /// The rows of the picture, as numbers from the top, that points within `radius` of `centre`
-    /// can fall between; all of them when some are beside the eye.
-    std::pair<float, float> rowsOf(Vec3d centre, float radius) const;
-    /// True when no point within `radius` of `centre` can be in the picture.
-    bool isOutside(Vec3d centre, float radius) const;
+    /// The rows of the picture, as numbers from the top, that points within `radius` of `centre`,
+    /// in view space, can fall between; all of them when some are beside the eye.
+    std::pair<float, float> rowsOf(Vec3 centre, float radius) const {
+        return reachOf(-centre.y, centre.z, radius, centreY_);
+    }
+    /// The columns, likewise.
+    std::pair<float, float> columnsOf(Vec3 centre, float radius) const {
+        return reachOf(centre.x, centre.z, radius, centreX_);
+    }
+    /// True when no point within `radius` of `centre`, in view space, can be in the picture.
+    bool isOutside(Vec3 centre, float radius) const {
+        if (isParallel())
+            return std::abs(centre.x) > centreX_ / scale_ + radius ||
+                   std::abs(centre.y) > centreY_ / scale_ + radius;
+        // The distance from a side plane of the picture's pyramid, by its slope.
+        return centre.z + radius < nearDistance() ||
+               (std::abs(centre.x) - centre.z * sideSlope_) * sideCosine_ > radius ||
+               (std::abs(centre.y) - centre.z * heightSlope_) * heightCosine_ > radius;
+    }
 
 private:
     static constexpr float kParallelNear = -1e30f;
@@ -159,6 +188,7 @@ private:
     static constexpr double kBeside = 8;                     // times the picture
     static constexpr float kHalfFieldTangent = 0.41421356f;  // 45 degrees from top to bottom
 
+    std::pair<float, float> reachOf(float out, float ahead, float radius, float middle) const;
     void update();
     void shiftTarget(double right, double up);
     double distanceToFit(const Box& box) const;
@@ -174,7 +204,9 @@ private:
     Vec3d eye_{};
     Vec3 right_{1, 0, 0}, up_{0, 0, 1}, forward_{0, 1, 0};
     float centreX_ = 0.5f, centreY_ = 0.5f, scale_ = 1;
+    double perScale_ = 1;                    // one over scale
     float sideSlope_ = 1, heightSlope_ = 1;  // half picture size over scale
+    float sideCosine_ = 1, heightCosine_ = 1;
 };
 
 }  // namespace render

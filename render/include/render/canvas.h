@@ -35,7 +35,8 @@ struct Fill {
 /// A corner of a textured triangle.
 struct TextureCorner {
     ScreenPoint place;
-    /// One over the distance from the eye along the view direction, or 1 in a parallel view.
+    /// One over the distance from the eye along the view direction, or 1 in a parallel view; or
+    /// in proportion to that.
     float nearness = 1;
     float u = 0, v = 0;  ///< 1 is one repetition of the texture
     Vec3 color;          ///< by which the texture is multiplied, 0 to 255
@@ -68,6 +69,8 @@ public:
 
     /// Fills with a gradient from top to bottom of the picture, and forgets depths and items.
     void clear(Color top, Color bottom);
+    /// False when a triangle is known to hold no pixel's centre in these rows.
+    bool mayCover(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c) const;
     /// Fills the pixels whose centres lie in the triangle; triangles that share an edge neither
     /// overlap nor leave a gap. Either orientation is filled. Of surfaces in the same place the one
     /// that was drawn first stays.
@@ -146,5 +149,20 @@ private:
     std::vector<ItemIndex> itemMemory_;
     std::vector<std::uint8_t> rim_;  // working memory of outline
 };
+
+inline bool CanvasRows::mayCover(const ScreenPoint& a, const ScreenPoint& b,
+                                 const ScreenPoint& c) const {
+    // Pixels, by which rounding may move an edge within the picture.
+    constexpr float kSlack = 1 / 64.f;
+    const auto holdsCentre = [](float p, float q, float r, int first, int end) {
+        const float low = std::min({p, q, r}) - 0.5f - kSlack;
+        const float high = std::max({p, q, r}) - 0.5f + kSlack;
+        // In this order what is no number may.
+        if (low >= static_cast<float>(end) || high < static_cast<float>(first)) return false;
+        if (!(low > 0 && high - low < 1)) return true;
+        return static_cast<int>(low) != static_cast<int>(high);
+    };
+    return holdsCentre(a.y, b.y, c.y, firstRow_, endRow_) && holdsCentre(a.x, b.x, c.x, 0, width_);
+}
 
 }  // namespace render

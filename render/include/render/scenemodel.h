@@ -3,9 +3,11 @@
 
 #include <render/geometry.h>
 #include <render/place.h>
+#include <render/standin.h>
 
 #include <kiln/nodelook.h>
 
+#include <algorithm>
 #include <array>
 #include <compare>
 #include <cstdint>
@@ -253,9 +255,15 @@ public:
 
     /// `outlined`: whether the item or something above it is selected.
     void setSelected(ItemIndex item, bool selected, bool outlined) {
-        items_[item].selected = selected;
-        items_[item].outlined = outlined;
+        Item& changed = items_[item];
+        chosen_ -= changed.selected || changed.outlined;
+        changed.selected = selected;
+        changed.outlined = outlined;
+        chosen_ += selected || outlined;
     }
+    /// Has `standIn` show the model as it is now, until it changes. For one that is placed in
+    /// others.
+    void prepareStandIn() { standIn_ = std::make_shared<const StandIn>(*this); }
     void setSelectionBox(ItemIndex item, const Box& box) { items_[item].selectionBox = box; }
 
     std::span<const Item> items() const { return items_; }
@@ -279,6 +287,12 @@ public:
     ItemIndex sample() const { return sample_; }
     /// Whether nothing is lost when a dot stands for all of it from afar.
     bool isPlain() const { return isPlain_; }
+    /// Whether an item is selected or outlined.
+    bool hasChosen() const { return chosen_ > 0; }
+    /// What is drawn of it where it takes up a few pixels, or null.
+    const StandIn* standIn() const {
+        return standIn_ && !standIn_->empty() ? standIn_.get() : nullptr;
+    }
     /// How many items there are, with those of the models within; the largest number for more.
     std::uint64_t weight() const { return weight_; }
 
@@ -286,15 +300,15 @@ public:
     /// numbers of items, all in the order of the items. The last few belong to no block.
     template <typename Enter, typename See>
     void walk(const Enter& enter, const See& see) const {
-        std::size_t next = 0, span = 1;
-        for (std::size_t i = 0; i < levels_.size(); ++i) span *= kInBlock;
-        for (std::size_t level = levels_.size(); level-- > 0; span /= kInBlock) {
-            for (std::size_t block = next / span; block < levels_[level].size(); ++block)
-                walkBlock(level, block, enter, see);
-            next = levels_[level].size() * span;
-        }
-        for (; next < items_.size(); ++next) see(static_cast<ItemIndex>(next));
+        walk(0, items_.size(), levels_.size(), enter, see);
     }
+    /// The same for the items from `first`, a multiple of `kPart`, to before `end`, another one or
+    /// how many items there are.
+    template <typename Enter, typename See>
+    void walkPart(std::size_t first, std::size_t end, const Enter& enter, const See& see) const {
+        walk(first, end, std::min(levels_.size(), kPartLevels), enter, see);
+    }
+    static constexpr std::size_t kPart = kInBlock * kInBlock;
 
     /// Encloses everything that shows; lights and helpers count only when there is nothing else.
     const Box& box() const { return box_.empty() ? helperBox_ : box_; }
@@ -327,6 +341,18 @@ private:
     Block blockOf(ItemIndex index) const;
     Block blockAt(std::size_t level, std::size_t index) const;
 
+    static constexpr std::size_t kPartLevels = 2;
+
+    template <typename Enter, typename See>
+    void walk(std::size_t next, std::size_t end, std::size_t level, const Enter& enter,
+              const See& see) const {
+        std::size_t span = 1;
+        for (std::size_t i = 0; i < level; ++i) span *= kInBlock;
+        for (; level-- > 0; span /= kInBlock)
+            for (; next + span <= end; next += span) walkBlock(level, next / span, enter, see);
+        for (; next < end; ++next) see(static_cast<ItemIndex>(next));
+    }
+
     template <typename Enter, typename See>
     void walkBlock(std::size_t level, std::size_t block, const Enter& enter, const See& see) const {
         if (!enter(levels_[level][block])) return;
@@ -357,6 +383,8 @@ private:
     bool isPlain_ = true;
     std::uint64_t weight_ = 0;
     bool levelsHidden_ = false;
+    std::size_t chosen_ = 0;  // items that are selected or outlined
+    std::shared_ptr<const StandIn> standIn_;
     ItemIndex open_ = kNoItem;
     std::optional<Reopened> reopened_;
     bool fits_ = true;                 // all that was reopened

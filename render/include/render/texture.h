@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 
+#include <emmintrin.h>
+
 namespace render {
 
 /// How a surface uses a picture, as the file beside it says.
@@ -30,6 +32,11 @@ class Texture {
 public:
     static constexpr int kMostBits = 10;  ///< sides of at most 1024
 
+    /// The four bytes of a texel, each in 16 bits.
+    static __m128i spread(std::uint32_t texel) {
+        return _mm_unpacklo_epi8(_mm_cvtsi32_si128(static_cast<int>(texel)), _mm_setzero_si128());
+    }
+
     struct Level {
         const std::uint32_t* texels;  ///< 0xAARRGGBB, rows from bottom to top
         int widthBits, heightBits;
@@ -43,10 +50,7 @@ public:
             const std::uint32_t* const row = texels + (low << widthBits);
             const std::uint32_t* const above = texels + (((low + 1) & maskV) << widthBits);
             const std::uint32_t right = (left + 1) & maskU;
-            const auto shareU = static_cast<std::uint32_t>(u & 0xFF);
-            return mixed(mixed(row[left], row[right], shareU),
-                         mixed(above[left], above[right], shareU),
-                         static_cast<std::uint32_t>(v & 0xFF));
+            return mixed(row[left], row[right], above[left], above[right], u & 0xFF, v & 0xFF);
         }
 
         /// The same for one that is used in its own way.
@@ -62,19 +66,29 @@ public:
             };
             const std::int32_t x = u >> 8, y = v >> 8;
             if (use.isPointed) return texel(x, y);
-            const auto shareU = static_cast<std::uint32_t>(u & 0xFF);
-            return mixed(mixed(texel(x, y), texel(x + 1, y), shareU),
-                         mixed(texel(x, y + 1), texel(x + 1, y + 1), shareU),
-                         static_cast<std::uint32_t>(v & 0xFF));
+            return mixed(texel(x, y), texel(x + 1, y), texel(x, y + 1), texel(x + 1, y + 1),
+                         u & 0xFF, v & 0xFF);
         }
 
     private:
-        /// Two channels at a time.
-        static std::uint32_t mixed(std::uint32_t a, std::uint32_t b, std::uint32_t share) {
-            constexpr std::uint32_t kOdd = 0x00FF00FF;
-            const std::uint32_t rest = 256 - share;
-            return (((a & kOdd) * rest + (b & kOdd) * share) >> 8 & kOdd) |
-                   (((a >> 8 & kOdd) * rest + (b >> 8 & kOdd) * share) & ~kOdd);
+        /// The lower two by one share of 256, as the upper two, and both of these by the other.
+        static std::uint32_t mixed(std::uint32_t left, std::uint32_t right, std::uint32_t aboveLeft,
+                                   std::uint32_t aboveRight, std::int32_t shareU,
+                                   std::int32_t shareV) {
+            const auto both = [](std::uint32_t a, std::uint32_t b) {
+                return _mm_unpacklo_epi64(spread(a), spread(b));
+            };
+            const auto share = [](int value) {
+                return _mm_set1_epi16(static_cast<std::int16_t>(value));
+            };
+            const __m128i columns = _mm_srli_epi16(
+                _mm_add_epi16(_mm_mullo_epi16(both(left, right), share(256 - shareV)),
+                              _mm_mullo_epi16(both(aboveLeft, aboveRight), share(shareV))),
+                8);
+            const __m128i shares = _mm_unpacklo_epi64(share(256 - shareU), share(shareU));
+            const __m128i parts = _mm_mullo_epi16(columns, shares);
+            const __m128i mean = _mm_srli_epi16(_mm_add_epi16(parts, _mm_srli_si128(parts, 8)), 8);
+            return static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_packus_epi16(mean, mean)));
         }
     };
 

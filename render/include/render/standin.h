@@ -1,0 +1,59 @@
+// What is drawn of a model that takes up a few pixels: points in the colors of what is around them.
+#pragma once
+
+#include <render/geometry.h>
+
+#include <array>
+#include <span>
+#include <vector>
+
+namespace render {
+
+class Lighting;
+class Place;
+class SceneModel;
+
+/// The surfaces of a model, added up in the cells of grids, a coarse one for few pixels and finer
+/// ones for more. Of each cell that has some it keeps how much of them looks to each side of the
+/// model, and in which color, so that the points are lit, and seen, as the surfaces would be.
+class StandIn {
+public:
+    /// The finest grid has that many cells to a side, as a power of two.
+    static constexpr int kFinest = 4;
+
+    /// What looks to one side: its color where full light falls on it, and that with which it
+    /// shines in the dark, 0 to 255, both by its area.
+    struct Side {
+        Vec3 lit, own;
+        float area = 0;
+    };
+    /// Towards x, y and z, and away from each.
+    using Sides = std::array<Side, 6>;
+
+    struct Point {
+        Vec3 place;  ///< relative to `centre()`
+        Sides sides;
+    };
+
+    /// Of a model that is complete. It is empty where points would not do: for what is seen at
+    /// times, lets light through, is drawn as lines, or is too much to be added up.
+    explicit StandIn(const SceneModel& model);
+
+    bool empty() const { return levels_[0].empty(); }
+    Vec3d centre() const { return centre_; }
+    /// The longest side of the model's box.
+    double extent() const { return extent_; }
+    /// The coarsest grid whose points leave no gaps where the longest side is that many pixels
+    /// long; above `kFinest` where none does.
+    static int levelFor(float pixels);
+    std::span<const Point> points(int level) const {
+        return levels_[static_cast<std::size_t>(level)];
+    }
+
+private:
+    std::array<std::vector<Point>, kFinest + 1> levels_;
+    Vec3d centre_;
+    double extent_ = 0;
+};
+
+}  // namespace render
