@@ -176,12 +176,6 @@ void edit(benchmark::State& state, bool isFollowed) {
 /// Says of all dummies that they are joints that turn.
 class Joints final : public NodeLookSource {
 public:
-    void BeginLooks(Interface*) noexcept override {}
-    void EndLooks() noexcept override {}
-    bool GetLook(INode*, NodeLook&) noexcept override { return false; }
-    bool GetBranch(INode*, NodeBranch&) noexcept override { return false; }
-    INode* GetInstanced(INode*) noexcept override { return nullptr; }
-    bool IsOnlyInstanced(INode*) noexcept override { return false; }
     std::optional<Matrix3> GetMotion(INode*, const NodeJoint::Values& values) noexcept override {
         return RotAngleAxisMatrix({0, 0, 1}, values[5]);
     }

@@ -122,6 +122,7 @@ void SceneFeed::clear() {
     references_.clear();
     textures_.clear();
     poses_.clear();
+    filePoses_.clear();
 }
 
 void SceneFeed::reset() {
@@ -137,6 +138,8 @@ void SceneFeed::reset() {
     tops_.clear();
     nodesInstanced_ = cut_ = 0;
     newlyPosed_.clear();
+    if (!newlyPosedInFiles_.empty()) referenced_.clear();
+    newlyPosedInFiles_.clear();
     counts_ = {};
 }
 
@@ -270,19 +273,44 @@ bool SceneFeed::revisit(Reading& scene, std::size_t at) {
     return (scene.visits[at].range == 0) == (before.range == 0);
 }
 
-void SceneFeed::setPoses(Poses poses) {
-    for (const auto& [node, values] : poses) {
-        const auto before = poses_.find(node);
-        if (before == poses_.end() || before->second != values) newlyPosed_.push_back(node);
+namespace {
+
+/// Adds those whose pose is another one, or there no more.
+template <typename All, typename Names>
+void addChanged(const All& before, const All& now, Names& changed) {
+    for (const auto& [node, values] : now) {
+        const auto former = before.find(node);
+        if (former == before.end() || former->second != values) changed.push_back(node);
     }
-    for (const auto& [node, values] : poses_)
-        if (!poses.contains(node)) newlyPosed_.push_back(node);
+    for (const auto& [node, values] : before)
+        if (!now.contains(node)) changed.push_back(node);
+}
+
+}  // namespace
+
+void SceneFeed::setPoses(Poses poses, FilePoses inFiles) {
+    addChanged(poses_, poses, newlyPosed_);
+    addChanged(filePoses_, inFiles, newlyPosedInFiles_);
     poses_ = std::move(poses);
+    filePoses_ = std::move(inFiles);
+}
+
+std::vector<INode*> SceneFeed::fileTops() const {
+    std::set<INode*> tops;
+    for (const auto* const all : {&referenced_, &instanced_})
+        for (const auto& [key, shared] : *all)
+            if (!tops_.contains(std::get<INode*>(key))) tops.insert(std::get<INode*>(key));
+    return {tops.begin(), tops.end()};
 }
 
 /// Handles are those of the scene's own nodes.
 const NodeJoint::Values* SceneFeed::poseOf(const Reading& reading, INode& node) const {
-    if (poses_.empty() || !looks_ || !reading.folder->empty() || node.IsRootNode()) return nullptr;
+    if (!looks_ || node.IsRootNode()) return nullptr;
+    if (!reading.folder->empty()) {
+        const auto found = filePoses_.find(&node);
+        return found == filePoses_.end() ? nullptr : &found->second;
+    }
+    if (poses_.empty()) return nullptr;
     const auto found = poses_.find(node.GetHandle());
     return found == poses_.end() ? nullptr : &found->second;
 }
@@ -296,8 +324,25 @@ constexpr std::uint8_t kPosed = 1, kMoved = 2, kBoxed = 4;
 }  // namespace
 
 // One pass down over all visits, and one up: joints may be within one another.
+bool SceneFeed::movePosed(Reading& reading, std::vector<std::uint8_t>& marks) {
+    if ((marks[0] & kPosed) != 0 && !passDown(reading, 0, true)) return false;
+    for (std::size_t at = 1; at < marks.size(); ++at) {
+        if ((marks[reading.visits[at].parent] & (kPosed | kMoved)) != 0) marks[at] |= kMoved;
+        if ((marks[at] & (kPosed | kMoved)) == 0) continue;
+        if (!passDown(reading, at, (marks[at] & kPosed) != 0)) return false;
+        if ((marks[at] & kMoved) != 0 && !moveVisit(reading, at)) return false;
+    }
+    reading.model.endMoving();
+    for (std::size_t at = marks.size(); at-- > 0;) {
+        if ((marks[at] & (kMoved | kBoxed)) == 0) continue;
+        setBounds(reading, at, boundsOf(reading, at));
+        marks[reading.visits[at].parent] |= kBoxed;
+    }
+    return true;
+}
+
 bool SceneFeed::followPoses(Interface& host) {
-    if (newlyPosed_.empty()) return true;
+    if (newlyPosed_.empty() && newlyPosedInFiles_.empty()) return true;
     if (visits_.empty() || GetNodeLookSource() != askedLast_) return false;
     if (!isIndexed_) indexVisits();
     std::vector<std::uint8_t> marks(visits_.size());
@@ -311,24 +356,90 @@ bool SceneFeed::followPoses(Interface& host) {
         marks[at] = kPosed;
     }
     const LooksInUse looks(looks_, host);
+    MovedModels moved;
+    if (!followFilePoses(moved) || !movePlacements(model_, moved)) {
+        referenced_.clear();
+        return false;
+    }
+    for (std::size_t at = 1; at < marks.size() && !moved.empty(); ++at) {
+        const ItemIndex placed = visits_[at].placed;
+        if (placed == kNoItem) continue;
+        const PlacementIndex placement = model_.items()[placed].placement;
+        if (placement != kNoPlacement && moved.contains(model_.placements()[placement].model.get()))
+            marks[at] |= kBoxed;
+    }
     Reading scene{model_, nullptr, visits_.front().node, &kNoFolder};
     scene.isFollowing = true;
     scene.visits = std::move(visits_);
     scene.inherited = std::move(inherited_);
-    for (std::size_t at = 1; at < marks.size(); ++at) {
-        if ((marks[scene.visits[at].parent] & (kPosed | kMoved)) != 0) marks[at] |= kMoved;
-        if (marks[at] == 0) continue;
-        if (!passDown(scene, at, (marks[at] & kPosed) != 0)) return false;
-        if ((marks[at] & kMoved) != 0 && !moveVisit(scene, at)) return false;
-    }
-    model_.endMoving();
-    for (std::size_t at = marks.size(); at-- > 0;) {
-        if ((marks[at] & (kMoved | kBoxed)) == 0) continue;
-        setBounds(scene, at, boundsOf(scene, at));
-        marks[scene.visits[at].parent] |= kBoxed;
-    }
+    if (!movePosed(scene, marks)) return false;
     visits_ = std::move(scene.visits);
     inherited_ = std::move(scene.inherited);
+    return true;
+}
+
+/// Moves the models of files, those within others first. False where one has to be made anew.
+/// Where files were read or forgotten since, that is done by the next `build`.
+bool SceneFeed::followFilePoses(MovedModels& moved) {
+    if (newlyPosedInFiles_.empty() || !references_.isCurrent()) return true;
+    const std::set<const INode*> posed(newlyPosedInFiles_.begin(), newlyPosedInFiles_.end());
+    std::vector<Shared*> inOrder;
+    for (auto* const all : {&referenced_, &instanced_})
+        for (auto& [key, shared] : *all) inOrder.push_back(&shared);
+    std::ranges::sort(inOrder, {}, &Shared::number);
+    for (Shared* const shared : inOrder)
+        if (!moveShared(*shared, posed, moved)) return false;
+    newlyPosedInFiles_.clear();
+    return true;
+}
+
+bool SceneFeed::moveShared(Shared& shared, const std::set<const INode*>& posed,
+                           MovedModels& moved) {
+    const std::size_t before = moved.size();
+    if (!movePlacements(*shared.model, moved)) return false;
+    if (shared.kept) {
+        Kept& kept = *shared.kept;
+        std::vector<std::uint8_t> marks(kept.visits.size());
+        bool any = false;
+        for (std::size_t at = 0; at < marks.size(); ++at)
+            if (posed.contains(kept.visits[at].node)) {
+                marks[at] = kPosed;
+                any = true;
+            }
+        if (any) {
+            Reading reading{*shared.model, nullptr, kept.top, &kept.folder};
+            reading.isFollowing = true;
+            reading.visits = std::move(kept.visits);
+            reading.inherited = std::move(kept.inherited);
+            if (!movePosed(reading, marks)) return false;
+            kept.visits = std::move(reading.visits);
+            kept.inherited = std::move(reading.inherited);
+            moved.insert(shared.model.get());
+        }
+    }
+    const auto placements = shared.model->placements();
+    if (std::ranges::any_of(placements, [&](const Placement& placement) {
+            return moved.contains(placement.model.get());
+        }))
+        moved.insert(shared.model.get());
+    // At rest they may be seen as points again.
+    if (moved.size() != before && filePoses_.empty()) shared.model->prepareStandIn();
+    return true;
+}
+
+/// Has the boxes of what shows moved models follow these.
+bool SceneFeed::movePlacements(SceneModel& model, const MovedModels& moved) {
+    if (moved.empty()) return true;
+    bool any = false;
+    for (ItemIndex item = 0; item < model.items().size(); ++item) {
+        const PlacementIndex index = model.items()[item].placement;
+        if (index == kNoPlacement) continue;
+        const Placement& placement = model.placements()[index];
+        if (!moved.contains(placement.model.get())) continue;
+        if (!model.movePlacement(item, Place(placement.place))) return false;
+        any = true;
+    }
+    if (any) model.endMoving();
     return true;
 }
 
@@ -354,9 +465,9 @@ bool SceneFeed::moveVisit(Reading& scene, std::size_t at) {
     const Visit& visit = scene.visits[at];
     if (visit.item == kNoItem) return true;
     const Matrix3 place = placeOf(scene, at);
-    if (visit.placed != kNoItem && !model_.movePlacement(visit.placed, toPlace(place)))
+    if (visit.placed != kNoItem && !scene.model.movePlacement(visit.placed, toPlace(place)))
         return false;
-    return moveLights(visit, place) && moveNode(scene, visit, place);
+    return moveLights(scene, visit, place) && moveNode(scene, visit, place);
 }
 
 /// The mesh of the node, or the mark that stands for it.
@@ -379,24 +490,24 @@ bool SceneFeed::moveNode(const Reading& scene, const Visit& visit, const Matrix3
         ofPoints = mesh.faces.IsEmpty() && !mesh.verts.IsEmpty();
         if (ofPoints && scene.inherited[visit.inherited].lightStrength <= 0) ofPoints = false;
     }
-    if (!model_.moveItem(visit.item, places_, normals_)) return false;
-    if (ofPoints) return model_.moveMarks(visit.item, places_, normals_);
-    places_.assign(model_.markCount(visit.item), toVec3d(place.GetTrans()));
-    return model_.moveMarks(visit.item, places_, {});
+    if (!scene.model.moveItem(visit.item, places_, normals_)) return false;
+    if (ofPoints) return scene.model.moveMarks(visit.item, places_, normals_);
+    places_.assign(scene.model.markCount(visit.item), toVec3d(place.GetTrans()));
+    return scene.model.moveMarks(visit.item, places_, {});
 }
 
-bool SceneFeed::moveLights(const Visit& visit, const Matrix3& place) {
+bool SceneFeed::moveLights(const Reading& scene, const Visit& visit, const Matrix3& place) {
     if (visit.lightCount == 0) return true;
+    SceneModel& model = scene.model;
     if (visit.placed == kNoItem)
-        return visit.lightCount == 1 &&
-               model_.moveLight(visit.firstLight, toVec3d(place.GetTrans()),
-                                toVec3(-Normalize(place.GetRow(2))));
-    const PlacementIndex placement = model_.items()[visit.placed].placement;
-    const auto lights = model_.placements()[placement].model->lights();
+        return visit.lightCount == 1 && model.moveLight(visit.firstLight, toVec3d(place.GetTrans()),
+                                                        toVec3(-Normalize(place.GetRow(2))));
+    const PlacementIndex placement = model.items()[visit.placed].placement;
+    const auto lights = model.placements()[placement].model->lights();
     if (lights.size() != visit.lightCount) return false;
     for (std::size_t i = 0; i < lights.size(); ++i) {
         const Light moved = movedLight(lights[i], toPlace(place));
-        if (!model_.moveLight(visit.firstLight + i, moved.position, moved.direction)) return false;
+        if (!model.moveLight(visit.firstLight + i, moved.position, moved.direction)) return false;
     }
     return true;
 }
@@ -405,6 +516,7 @@ bool SceneFeed::noticeChanges() {
     const bool ofPictures = textures_.noticeChanges();
     const bool ofFiles = references_.noticeChanges();
     if (ofPictures || ofFiles) referenced_.clear();
+    if (ofFiles) filePoses_.clear();
     return ofPictures || ofFiles;
 }
 
@@ -449,6 +561,9 @@ void SceneFeed::decide(Reading& reading, std::size_t at) {
     if (parent.childCount == 0) return;
     NodeBranch branch;
     bool decides = looks_ && !node.IsRootNode() && looks_->GetBranch(&node, branch);
+    NodeJoint joint;
+    if (!reading.hasJoints && !reading.folder->empty() && !node.IsRootNode() && looks_)
+        reading.hasJoints = looks_->GetJoint(&node, joint);
     if (const NodeJoint::Values* const pose = poseOf(reading, node)) {
         branch.motion = looks_->GetMotion(&node, *pose);
         decides = true;
@@ -632,7 +747,10 @@ SceneFeed::Shared SceneFeed::sharedOf(Reading& reading, INode& top, std::size_t 
     inner.inherited.push_back(first);
     visitAll(inner);
     model->prepareStandIn();
-    const Shared shared{model, inner.faces};
+    Shared shared{model, inner.faces, {}, ++sharedMade_};
+    if (inner.hasJoints)
+        shared.kept = std::make_shared<Kept>(
+            Kept{&top, folder, std::move(inner.visits), std::move(inner.inherited)});
     if (!inner.isCut || ++cut_ > kMostCut) known.emplace(key, shared);
     return shared;
 }

@@ -72,6 +72,11 @@ public:
             if (kept.empty() || areas_[i] >= full * (chance / double{1 << 24}))
                 kept.push_back(points_[i]);
         }
+        // Of any size of a model the numbers are small.
+        const auto perFull = static_cast<float>(1 / full);
+        for (StandIn::Point& point : kept)
+            for (StandIn::Side& side : point.sides)
+                side = {side.lit * perFull, side.own * perFull, side.area * perFull};
         return kept;
     }
 
@@ -92,17 +97,56 @@ public:
     /// False for a model that points cannot stand for.
     bool add(const SceneModel& model, const Place& place) {
         for (const Item& item : model.items()) {
-            if (item.placement != kNoPlacement) {
-                const Placement& inner = model.placements()[item.placement];
-                if (!add(*inner.model, inner.place.within(place))) return false;
-            } else if (item.triangleCount > 0 && !addItem(model, item, place)) {
-                return false;
-            }
+            if (++samples_ > kMostSamples) return false;
+            const bool isPlaced = item.placement != kNoPlacement;
+            if (isPlaced && !addPlaced(model.placements()[item.placement], place)) return false;
+            if (item.triangleCount > 0 && !addItem(model, item, place)) return false;
         }
         return true;
     }
 
 private:
+    /// By the points that stand for it, where these are close together.
+    bool addPlaced(const Placement& placement, const Place& outer) {
+        const Place place = placement.place.within(outer);
+        const StandIn* const points = placement.model->standIn();
+        if (!points) return false;
+        const double size = points->extent() * double{place.growth()};
+        int level = 0;
+        while (level <= StandIn::kFinest && size / (1 << level) > spacing_) ++level;
+        if (level > StandIn::kFinest) return add(*placement.model, place);
+        const double cell = size / (1 << level);
+        const auto scale = static_cast<float>(cell * cell);
+        samples_ += points->points(level).size();
+        for (const StandIn::Point& point : points->points(level)) {
+            StandIn::Sides turned;
+            float all = 0;
+            for (std::size_t i = 0; i < point.sides.size(); ++i) {
+                const float sign = i < 3 ? 1.f : -1.f;
+                const Vec3 normal = place.normal(
+                    {i % 3 == 0 ? sign : 0, i % 3 == 1 ? sign : 0, i % 3 == 2 ? sign : 0});
+                addTurned(turned, point.sides[i], normal, scale);
+                all += point.sides[i].area * scale;
+            }
+            // Most surfaces look to two sides.
+            grid_.add(place.point(points->centre() + Vec3d(point.place)), turned, all / 2);
+        }
+        return samples_ <= kMostSamples;
+    }
+
+    static void addTurned(StandIn::Sides& sides, const StandIn::Side& side, Vec3 normal,
+                          float scale) {
+        const float along[] = {normal.x, normal.y, normal.z};
+        for (std::size_t i = 0; i < sides.size(); ++i) {
+            const float toSide = i < 3 ? along[i] : -along[i - 3];
+            if (!(toSide > 0)) continue;
+            const float share = toSide * toSide * scale;
+            sides[i].area += side.area * share;
+            sides[i].lit = sides[i].lit + side.lit * share;
+            sides[i].own = sides[i].own + side.own * share;
+        }
+    }
+
     bool addItem(const SceneModel& model, const Item& item, const Place& place) {
         const Surface& surface = model.surfaceOf(item);
         if (surface.style == DrawStyle::kOutline || surface.layers != 0) return false;

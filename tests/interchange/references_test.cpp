@@ -7,6 +7,8 @@
 #include <gmock/gmock.h>
 #include <interchange/filereference.h>
 #include <kiln/host/searchfolders.h>
+#include <kiln/subtree.h>
+#include <quillon/fltopcode.h>
 #include <quillon/fltsurface.h>
 #include <quillon/fltxref.h>
 #include <render/renderer.h>
@@ -17,6 +19,7 @@
 #include <array>
 #include <chrono>
 #include <filesystem>
+#include <set>
 
 KILN_PLUGIN_EXPORT const char* LibDescription();
 KILN_PLUGIN_EXPORT int LibNumberClasses();
@@ -132,6 +135,61 @@ TEST_F(ReferencesTest, FilesAreShownWhereTheReferenceStandsAndSelectedAsAWhole) 
     core.newScene();
     draw();
     EXPECT_TRUE(feed.model().box().empty());
+}
+
+/// A square of 4 by 4 about (10, 0, 0), below a joint at the origin.
+FltBytes arm() {
+    FltBytes file = FltBytes().palette({{8, -2, 0}, {12, -2, 0}, {12, 2, 0}, {8, 2, 0}});
+    Bytes joint;
+    joint.field("joint", 8).zeros(4);
+    for (const double value : {0., 0., 0., 1., 0., 0., 0., 1., 0.}) joint.f64(value);
+    file.push().record(kFltDof, joint.zeros(288 + 8));
+    return file.push().polygon("p", {0, 1, 2, 3}).pop().pop(), file;
+}
+
+// A file is there once, however often it is shown: all of its places move together.
+TEST_F(ReferencesTest, JointsInFilesMoveWhereverTheFileIsShown) {
+    folder.write(u8"arm.flt", arm());
+    folder.write(u8"hall.flt", model({"arm.flt"}, 60));
+    INode* const top = open({"arm.flt", "arm.flt", "hall.flt"});
+    draw();
+    std::set<INode*> joints;
+    for (INode* const root : feed.fileTops())
+        ForEachInSubtree(root, [&](INode& node) {
+            NodeJoint joint;
+            if (GetNodeLookSource()->GetJoint(&node, joint)) joints.insert(&node);
+        });
+    ASSERT_EQ(joints.size(), 1u);
+    const auto pixels = [&] {
+        renderer.draw(feed.model(), camera, options, canvas);
+        return std::vector<render::Color>(canvas.pixels(), canvas.pixels() + kSide * kSide);
+    };
+    const auto atRest = pixels();
+    const render::Box box = feed.model().box();
+    const render::FilePoses turned{{*joints.begin(), {0, 0, 0, 0, 0, 90, 1, 1, 1}}};
+    feed.setPoses({}, turned);
+    ASSERT_TRUE(feed.followPoses(host));
+    const auto moved = pixels();
+    EXPECT_EQ(nodeAt(10, 0), nullptr);
+    EXPECT_EQ(nodeAt(0, 10), top->GetChildNode(0));
+    EXPECT_EQ(nodeAt(0, 20), top->GetChildNode(1));
+    EXPECT_EQ(nodeAt(0, 30), top->GetChildNode(2)) << "a file in a file";
+    EXPECT_GT(feed.model().box().max.y, box.max.y + 8) << "or it would be left out at the rim";
+    feed.build(host);
+    EXPECT_TRUE(pixels() == moved) << "nor does reading the scene put them back";
+    render::SceneFeed fresh;
+    fresh.setPoses({}, turned);
+    fresh.build(host);
+    EXPECT_EQ(fresh.model().box(), feed.model().box());
+    renderer.draw(fresh.model(), camera, options, canvas);
+    EXPECT_TRUE(std::equal(moved.begin(), moved.end(), canvas.pixels())) << "as read so";
+    feed.setPoses({});
+    ASSERT_TRUE(feed.followPoses(host));
+    EXPECT_TRUE(pixels() == atRest);
+    feed.setPoses({}, turned);
+    feed.build(host);
+    EXPECT_TRUE(pixels() == moved);
+    EXPECT_EQ(feed.model().box(), fresh.model().box());
 }
 
 TEST_F(ReferencesTest, FilesThatChangeOnDiskAreReadAgain) {

@@ -49,15 +49,10 @@ TEST_F(PictureVerbTest, DrawsTheSceneInTheSizeAndFromTheSideThatAreAskedFor) {
 /// Shows one picture that is not there on every node with texture coordinates.
 class MissingPicture final : public NodeLookSource {
 public:
-    void BeginLooks(Interface*) noexcept override {}
-    void EndLooks() noexcept override {}
     bool GetLook(INode*, NodeLook& look) noexcept override {
         look.picture = "none.rgb";
         return true;
     }
-    bool GetBranch(INode*, NodeBranch&) noexcept override { return false; }
-    INode* GetInstanced(INode*) noexcept override { return nullptr; }
-    bool IsOnlyInstanced(INode*) noexcept override { return false; }
 };
 
 TEST_F(PictureVerbTest, SaysOnceOfASceneWhatIsMissing) {

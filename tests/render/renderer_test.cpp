@@ -698,21 +698,21 @@ std::shared_ptr<SceneModel> tower() {
 // What stands for a model of a few pixels has its colors, its outline and its holes.
 TEST_F(RendererTest, AModelOfAFewPixelsLooksAsIfAllOfItWereDrawn) {
     const auto model = tower();
-    const auto placing = [&](SceneModel& scene) {
+    const auto placing = [&](SceneModel& scene, const std::shared_ptr<SceneModel>& placed) {
         for (int i = 0; i < 400; ++i) {
             scene.beginItem();
             const double c = std::cos(i * 0.7), s = std::sin(i * 0.7);
             scene.setPlacement(
-                {model, Place({c, s, 0}, {-s, c, 0}, {0, 0, 1}, {i % 20 * 24., i / 20 * 24., 0})});
+                {placed, Place({c, s, 0}, {-s, c, 0}, {0, 0, 1}, {i % 20 * 24., i / 20 * 24., 0})});
             scene.endItem();
         }
         scene.addLight({LightKind::kDirectional, {}, {0.48f, 0.36f, -0.8f}, {1, 1, 1}});
     };
     SceneModel whole;
-    placing(whole);
+    placing(whole, tower());
     model->prepareStandIn();
     ASSERT_TRUE(model->standIn());
-    placing(scene_);
+    placing(scene_, model);
     Canvas other;
     other.resize(kWidth, kHeight);
     const Vec3d middle = scene_.box().centre();

@@ -21,12 +21,6 @@ constexpr std::size_t kX = 0, kPitch = 3, kYaw = 5, kScaleX = 6;
 
 class Joints final : public NodeLookSource {
 public:
-    void BeginLooks(Interface*) noexcept override {}
-    void EndLooks() noexcept override {}
-    bool GetLook(INode*, NodeLook&) noexcept override { return false; }
-    bool GetBranch(INode*, NodeBranch&) noexcept override { return false; }
-    INode* GetInstanced(INode*) noexcept override { return nullptr; }
-    bool IsOnlyInstanced(INode*) noexcept override { return false; }
     bool GetJoint(INode* node, NodeJoint& joint) noexcept override {
         ++asked;
         const auto found = of.find(node);
@@ -141,6 +135,24 @@ TEST_F(JointsTest, PlayFromWhereTheyStandToBothEndsAndBack) {
     EXPECT_NEAR(least, 10, 0.01);
     EXPECT_NEAR(greatest, 90, 0.01);
     EXPECT_EQ(source.of[door].values[kYaw], 30) << "nothing of the scene has changed";
+}
+
+// A file may be shown whole and in part; a node of it may have the handle of one of the scene.
+TEST_F(JointsTest, ThoseInFilesPlayTooEachOnce) {
+    INode* const door = add(nullptr, "door");
+    INode *const file = add(nullptr, "file"), *const wheel = add(file, "wheel");
+    makeJoint(door).motions[kYaw] = makeJoint(wheel).motions[kYaw] = {true, 10, 90, 0};
+    source.of[door].values[kYaw] = source.of[wheel].values[kYaw] = 30;
+    INode* const tops[] = {file, wheel};
+    const std::vector<KnownJoint> joints = allJoints(host, tops);
+    ASSERT_EQ(joints.size(), 3u) << "as the scene has it, and as a file";
+    NodeJoint::Values moved = source.of[wheel].values;
+    moved[kYaw] = 70;
+    const JointPlay play(joints, {{wheel->GetHandle(), moved}}, 1);
+    EXPECT_EQ(play.at(0).size(), 2u);
+    ASSERT_EQ(play.inFilesAt(0).size(), 1u);
+    EXPECT_NEAR(play.inFilesAt(0).at(wheel)[kYaw], 30, 1e-9) << "the pose is the scene's node's";
+    EXPECT_NE(play.inFilesAt(1).at(wheel)[kYaw], play.inFilesAt(0).at(wheel)[kYaw]);
 }
 
 TEST_F(JointsTest, AreKeptAllOrRefused) {

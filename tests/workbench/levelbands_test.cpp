@@ -16,17 +16,12 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 class Ranges final : public NodeLookSource {
 public:
-    void BeginLooks(Interface*) noexcept override {}
-    void EndLooks() noexcept override {}
-    bool GetLook(INode*, NodeLook&) noexcept override { return false; }
     bool GetBranch(INode* node, NodeBranch& branch) noexcept override {
         const auto found = of.find(node);
         if (found == of.end()) return false;
         branch.range = found->second;
         return true;
     }
-    INode* GetInstanced(INode*) noexcept override { return nullptr; }
-    bool IsOnlyInstanced(INode*) noexcept override { return false; }
 
     std::map<INode*, ViewRange> of;
 };

@@ -170,7 +170,8 @@ struct NodeReference {
 };
 
 /// A plug-in that knows how some nodes look. The host asks the one that was made last while there
-/// is one; the object takes itself back when it goes. Nothing here throws.
+/// is one; the object takes itself back when it goes. Nothing here throws. What is not overridden
+/// knows nothing.
 class KILNAPI NodeLookSource {
 public:
     NodeLookSource() noexcept;
@@ -180,13 +181,17 @@ public:
 
     /// The host is about to ask for the looks of many nodes; until `EndLooks` the scene stays as it
     /// is. Children of one parent are best asked for one after the other.
-    virtual void BeginLooks(Interface* ip) noexcept = 0;
-    virtual void EndLooks() noexcept = 0;
+    virtual void BeginLooks(Interface* ip) noexcept { (void)ip; }
+    virtual void EndLooks() noexcept {}
     /// Puts what is known of the node into `look`, which is as constructed; false for nothing.
-    virtual bool GetLook(INode* node, NodeLook& look) noexcept = 0;
+    virtual bool GetLook(INode* node, NodeLook& look) noexcept {
+        return (void)node, (void)look, false;
+    }
     /// Puts what the node decides for all below it into `branch`, which is as constructed; false
     /// for nothing.
-    virtual bool GetBranch(INode* node, NodeBranch& branch) noexcept = 0;
+    virtual bool GetBranch(INode* node, NodeBranch& branch) noexcept {
+        return (void)node, (void)branch, false;
+    }
     /// Puts how the node may move what hangs below it into `joint`, which is as constructed; false
     /// for a node that moves nothing. To be asked at any time.
     virtual bool GetJoint(INode* node, NodeJoint& joint) noexcept {
@@ -204,13 +209,13 @@ public:
     }
     /// The node whose mesh and subtree this one shows too, as if it stood in this one's place; null
     /// for a node that stands for itself alone. Following these may lead in a circle.
-    virtual INode* GetInstanced(INode* node) noexcept = 0;
+    virtual INode* GetInstanced(INode* node) noexcept { return (void)node, nullptr; }
     /// What a user means who clicks on the node: itself, or the node above it of which it is a
     /// piece. The same for all pieces of one node, and for that node.
     virtual INode* GetWhole(INode* node) noexcept { return node; }
     /// Whether the node, with all below it, is seen only where others show it and not in its own
     /// place.
-    virtual bool IsOnlyInstanced(INode* node) noexcept = 0;
+    virtual bool IsOnlyInstanced(INode* node) noexcept { return (void)node, false; }
     /// Puts into `reference` what the node shows of another file, in its own place; false for
     /// nothing.
     virtual bool GetReference(INode* node, NodeReference& reference) noexcept {

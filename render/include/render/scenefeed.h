@@ -29,6 +29,8 @@ struct SceneCounts {
 
 /// Where joints are shown in place of what the scene says of them, by the handles of their nodes.
 using Poses = std::unordered_map<DWORD, NodeJoint::Values>;
+/// The same of nodes in files that the scene refers to. They are looked up, and never followed.
+using FilePoses = std::unordered_map<const INode*, NodeJoint::Values>;
 
 /// Keeps a model and the node behind each of its items. Node pointers are those of the scene at the
 /// last `build`.
@@ -49,8 +51,12 @@ public:
     /// then good for nothing until the next `build`. Throws `std::bad_alloc`, and then likewise.
     bool follow(Interface& host, std::span<INode* const> changed);
     /// Has joints of the scene shown in these poses, and the others as the scene says, from the
-    /// next `build` or `followPoses` on.
-    void setPoses(Poses poses);
+    /// next `build` or `followPoses` on. A file that is shown in several places moves in all of
+    /// them.
+    void setPoses(Poses poses, FilePoses inFiles = {});
+    /// The nodes of other files that are shown, with all below them, each once; until files are
+    /// read anew (`noticeChanges`).
+    std::vector<INode*> fileTops() const;
     /// Takes over the poses since the last `build`: what they move is moved, and nothing is read of
     /// it but its mesh. False when that is not enough, as where instances show what is moved; the
     /// model is then good for nothing until the next `build`. Throws `std::bad_alloc`, and then
@@ -142,13 +148,25 @@ private:
         std::vector<Inherited> inherited = {};  // the first is that of the top
         bool isFollowing = false;               ///< visits are made again
         ItemIndex placedBefore = kNoItem;       ///< by the one that is being made again
+        bool hasJoints = false;                 ///< in a file
+    };
+
+    /// How a model with joints was read, for moving them.
+    struct Kept {
+        INode* top;
+        std::string folder;
+        std::vector<Visit> visits;
+        std::vector<Inherited> inherited;
     };
 
     /// What instances and references show.
     struct Shared {
-        std::shared_ptr<const SceneModel> model;
+        std::shared_ptr<SceneModel> model = {};
         std::size_t faces = 0;
+        std::shared_ptr<Kept> kept = {};  ///< of a file, where it has joints
+        std::size_t number = 0;           ///< greater than those of models within
     };
+    using MovedModels = std::set<const SceneModel*>;
     /// By what it is of, whether its vertices' normals count, whether it is moved, and how what
     /// refers to it has it look.
     using SharedKey = std::tuple<INode*, bool, bool, std::uint32_t>;
@@ -168,10 +186,14 @@ private:
     void indexVisits();
     std::size_t visitOf(const INode* node) const;
     const NodeJoint::Values* poseOf(const Reading& reading, INode& node) const;
+    bool movePosed(Reading& reading, std::vector<std::uint8_t>& marks);
+    bool followFilePoses(MovedModels& moved);
+    bool moveShared(Shared& shared, const std::set<const INode*>& posed, MovedModels& moved);
+    static bool movePlacements(SceneModel& model, const MovedModels& moved);
     bool passDown(Reading& scene, std::size_t at, bool isPosed);
     bool moveVisit(Reading& scene, std::size_t at);
     bool moveNode(const Reading& scene, const Visit& visit, const Matrix3& place);
-    bool moveLights(const Visit& visit, const Matrix3& place);
+    static bool moveLights(const Reading& scene, const Visit& visit, const Matrix3& place);
     std::uint32_t inheritanceOf(Reading& reading, std::size_t at, const NodeBranch& branch);
     void addRange(Reading& reading, std::size_t at, const ViewRange& range, Inherited& below);
     bool isElsewhere(const Reading& reading, std::size_t at) const;
@@ -221,12 +243,15 @@ private:
     std::map<SharedKey, Shared> referenced_;  // of files, as long as none is read
     std::uint64_t filesRead_ = 0;             // when `referenced_` was made
     std::size_t nodesInstanced_ = 0, mostInstanced_ = 0, cut_ = 0;
+    std::size_t sharedMade_ = 0;
     Poses poses_;
-    std::vector<DWORD> newlyPosed_;  // or no more, since what is shown was read
-    std::vector<Vec3d> places_;      // working memory
-    std::vector<Vec3> normals_;      // the same
-    std::vector<char> chosen_;       // by visit: selected, or below what is
-    std::vector<Finish> finishes_;   // working memory
+    FilePoses filePoses_;
+    std::vector<DWORD> newlyPosed_;                // or no more, since what is shown was read
+    std::vector<const INode*> newlyPosedInFiles_;  // the same
+    std::vector<Vec3d> places_;                    // working memory
+    std::vector<Vec3> normals_;                    // the same
+    std::vector<char> chosen_;                     // by visit: selected, or below what is
+    std::vector<Finish> finishes_;                 // working memory
     SceneCounts counts_;
 };
 

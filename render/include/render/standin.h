@@ -21,8 +21,8 @@ public:
     /// The finest grid has that many cells to a side, as a power of two.
     static constexpr int kFinest = 4;
 
-    /// What looks to one side: its color where full light falls on it, and that with which it
-    /// shines in the dark, 0 to 255, both by its area.
+    /// What looks to one side: its area, as a share of that of a cell's side; and by this, its
+    /// color where full light falls on it and that with which it shines in the dark, 0 to 255.
     struct Side {
         Vec3 lit, own;
         float area = 0;

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -17,13 +18,15 @@ struct KnownJoint {
     DWORD node = 0;  ///< its handle
     std::string name;
     NodeJoint joint;
+    const INode* inFile = nullptr;  ///< itself, where it is in a file that the scene refers to
 };
 
 /// The selected nodes that are joints, and of the others the nearest joint above; each once, in the
 /// order of selection.
 std::vector<KnownJoint> selectedJoints(Interface& host);
-/// All of the scene, parents before children.
-std::vector<KnownJoint> allJoints(Interface& host);
+/// All of the scene, parents before children, and then those of files that it refers to: what hangs
+/// below `fileTops`, each once.
+std::vector<KnownJoint> allJoints(Interface& host, std::span<INode* const> fileTops = {});
 
 /// Between which values a motion goes.
 struct MotionRange {
@@ -51,8 +54,9 @@ public:
     /// `rangeOf`.
     JointPlay(const std::vector<KnownJoint>& joints, const render::Poses& poses, double reach);
 
-    /// Where they are so many seconds after the beginning.
+    /// Where they are so many seconds after the beginning: those of the scene, and of files.
     render::Poses at(double seconds) const;
+    render::FilePoses inFilesAt(double seconds) const;
 
 private:
     struct Swing {
@@ -62,8 +66,11 @@ private:
     };
     struct Player {
         DWORD node;
+        const INode* inFile;
         NodeJoint::Values start;
         std::vector<Swing> swings;
+
+        NodeJoint::Values at(double seconds) const;
     };
     std::vector<Player> players_;
 };

@@ -8,6 +8,7 @@
 #include <functional>
 #include <span>
 #include <utility>
+#include <vector>
 
 namespace workbench {
 
@@ -43,7 +44,11 @@ public:
     bool changes() const { return feed_.model().changes(); }
 
     /// Shows joints in these poses, and the others as the scene says; who looks then draws anew.
-    void pose(render::Poses poses) { feed_.setPoses(std::move(poses)); }
+    void pose(render::Poses poses, render::FilePoses inFiles = {}) {
+        feed_.setPoses(std::move(poses), std::move(inFiles));
+    }
+    /// The nodes of files that the last model shows by way of references, with all below them.
+    std::vector<INode*> fileTops() const { return feed_.fileTops(); }
     /// The box of what is selected, and below it, in the last model; empty without any.
     render::Box selectedBox() const { return feed_.model().selectedBox(); }
 

@@ -75,7 +75,7 @@ std::vector<KnownJoint> selectedJoints(Interface& host) {
     return joints;
 }
 
-std::vector<KnownJoint> allJoints(Interface& host) {
+std::vector<KnownJoint> allJoints(Interface& host, std::span<INode* const> fileTops) {
     std::vector<KnownJoint> joints;
     NodeLookSource* const source = GetNodeLookSource();
     if (!source) return joints;
@@ -83,6 +83,15 @@ std::vector<KnownJoint> allJoints(Interface& host) {
         if (std::optional<KnownJoint> joint = jointOf(*source, node))
             joints.push_back(std::move(*joint));
     });
+    // A file may be shown as a whole and in part.
+    std::unordered_set<const INode*> seen;
+    for (INode* const top : fileTops)
+        ForEachInSubtree(top, [&](INode& node) {
+            std::optional<KnownJoint> joint = jointOf(*source, node);
+            if (!joint || !seen.insert(&node).second) return;
+            joint->inFile = &node;
+            joints.push_back(std::move(*joint));
+        });
     return joints;
 }
 
@@ -107,8 +116,9 @@ std::optional<MotionRange> rangeOf(const NodeJoint& joint, std::size_t motion, d
 JointPlay::JointPlay(const std::vector<KnownJoint>& joints, const render::Poses& poses,
                      double reach) {
     for (const KnownJoint& known : joints) {
-        const auto pose = poses.find(known.node);
-        Player player{known.node, pose == poses.end() ? known.joint.values : pose->second, {}};
+        const auto pose = known.inFile ? poses.end() : poses.find(known.node);
+        Player player{
+            known.node, known.inFile, pose == poses.end() ? known.joint.values : pose->second, {}};
         for (const std::size_t motion : motionsThatPlay(known.joint, reach)) {
             const MotionRange range = *rangeOf(known.joint, motion, reach);
             const double half = (range.greatest - range.least) / 2;
@@ -119,18 +129,27 @@ JointPlay::JointPlay(const std::vector<KnownJoint>& joints, const render::Poses&
     }
 }
 
+NodeJoint::Values JointPlay::Player::at(double seconds) const {
+    NodeJoint::Values values = start;
+    const double angle = 2 * std::numbers::pi * seconds / kPeriod;
+    for (const Swing& swing : swings) {
+        const double share = (1 + std::sin(angle + swing.phase)) / 2;
+        values[swing.motion] = std::lerp(swing.range.least, swing.range.greatest, share);
+    }
+    return values;
+}
+
 render::Poses JointPlay::at(double seconds) const {
     render::Poses poses;
-    poses.reserve(players_.size());
-    const double angle = 2 * std::numbers::pi * seconds / kPeriod;
-    for (const Player& player : players_) {
-        NodeJoint::Values values = player.start;
-        for (const Swing& swing : player.swings) {
-            const double share = (1 + std::sin(angle + swing.phase)) / 2;
-            values[swing.motion] = std::lerp(swing.range.least, swing.range.greatest, share);
-        }
-        poses.emplace(player.node, values);
-    }
+    for (const Player& player : players_)
+        if (!player.inFile) poses.emplace(player.node, player.at(seconds));
+    return poses;
+}
+
+render::FilePoses JointPlay::inFilesAt(double seconds) const {
+    render::FilePoses poses;
+    for (const Player& player : players_)
+        if (player.inFile) poses.emplace(player.inFile, player.at(seconds));
     return poses;
 }
 

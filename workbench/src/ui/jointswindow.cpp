@@ -186,8 +186,8 @@ void JointsWindow::showButtons() {
 
 // ---------------------------------------------------------------- moving
 
-void JointsWindow::show(render::Poses poses) {
-    scene_.pose(std::move(poses));
+void JointsWindow::show(render::Poses poses, render::FilePoses inFiles) {
+    scene_.pose(std::move(poses), std::move(inFiles));
     viewport_.redraw();
 }
 
@@ -276,7 +276,8 @@ void JointsWindow::beginPlay() {
     const render::Box box = scene_.model().box();
     constexpr double kShareOfScene = 0.1;
     const double ofScene = box.empty() ? 1 : length(box.max - box.min) * kShareOfScene;
-    play_.emplace(allJoints(host_), poses_, ofScene);
+    filesPlayed_ = scene_.fileTops();
+    play_.emplace(allJoints(host_, filesPlayed_), poses_, ofScene);
     begun_ = ::GetTickCount64();
     ::SetTimer(Handle(), kPlayTimer, kMillisecondsOfPlay, nullptr);
     OnTimer(kPlayTimer);
@@ -289,19 +290,21 @@ void JointsWindow::endPlay() {
     refresh();
 }
 
-// Joints that come, go or get other limits meanwhile are looked for again.
+// Joints that come, go or get other limits meanwhile are looked for again, and so are those of
+// files that have been read.
 void JointsWindow::OnTimer(UINT_PTR id) {
     if (id != kPlayTimer) return;
     if (!isPlaying()) return void(::KillTimer(Handle(), kPlayTimer));
     if (scene_.isHeld()) return;
-    if (watch_.HasChanged()) {
+    if (watch_.HasChanged() || scene_.fileTops() != filesPlayed_) {
         const ULONGLONG begun = begun_;
         beginPlay();
         begun_ = begun;
         return;
     }
-    played_ = play_->at(static_cast<double>(::GetTickCount64() - begun_) / 1000);
-    show(played_);
+    const double seconds = static_cast<double>(::GetTickCount64() - begun_) / 1000;
+    played_ = play_->at(seconds);
+    show(played_, play_->inFilesAt(seconds));
     refresh();
 }
 

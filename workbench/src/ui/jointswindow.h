@@ -63,7 +63,7 @@ private:
     void endPlay();
     void keep();
     void goBack();
-    void show(render::Poses poses);
+    void show(render::Poses poses, render::FilePoses inFiles = {});
     const render::Poses& shownPoses() const { return isPlaying() ? played_ : poses_; }
     double reach() const;
     void findJoints();
@@ -86,8 +86,9 @@ private:
     render::Poses poses_;                            // by hand
     render::Poses played_;
     std::optional<JointPlay> play_;
-    ULONGLONG begun_ = 0;  // in milliseconds
-    double reach_ = 1;     // of the joints, along an axis
+    std::vector<INode*> filesPlayed_;  // whose joints play, too
+    ULONGLONG begun_ = 0;              // in milliseconds
+    double reach_ = 1;                 // of the joints, along an axis
 };
 
 }  // namespace workbench
