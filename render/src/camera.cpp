@@ -208,10 +208,10 @@ std::pair<float, float> Camera::reachOf(float out, float ahead, float radius, fl
 }
 
 bool Camera::isWithinBounds(Vec3 centre, float radius) const {
+    const bool isParallelView = isParallel();
     for (int bound = 0; bound < kBounds; ++bound) {
         // The bounds beside the picture are not square to where they are measured.
-        const double slope = kBeside * double{bound <= 2 ? sideSlope_ : heightSlope_};
-        const double lean = bound == 0 || isParallel() ? 1 : std::sqrt(1 + slope * slope);
+        const double lean = bound == 0 || isParallelView ? 1 : bound <= 2 ? sideLean_ : heightLean_;
         if (roomWithin(bound, centre) < lean * double{radius}) return false;
     }
     return true;
@@ -235,6 +235,8 @@ void Camera::update() {
     sideCosine_ = 1 / std::sqrt(1 + sideSlope_ * sideSlope_);
     heightCosine_ = 1 / std::sqrt(1 + heightSlope_ * heightSlope_);
     perScale_ = 1 / double{scale_};
+    sideLean_ = std::hypot(1, kBeside * double{sideSlope_});
+    heightLean_ = std::hypot(1, kBeside * double{heightSlope_});
 }
 
 }  // namespace render

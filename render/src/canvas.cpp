@@ -288,19 +288,20 @@ struct GradientShader {
     std::uint32_t at(int k) const { return packed(planes.at(k)); }
 };
 
-/// What becomes of the color below, 0xAARRGGBB both, under a texel.
-std::uint32_t applied(TextureUse::Color how, std::uint32_t texel, std::uint32_t below) {
+/// What becomes of the color below, 0xAARRGGBB both, under a texel. `hour` is as of a fill.
+std::uint32_t applied(TextureUse::Color how, std::uint32_t texel, std::uint32_t below, Color hour) {
     using How = TextureUse::Color;
     const std::uint32_t alpha = texel >> 24;
     const auto channelOf = [&](unsigned shift) {
         const std::uint32_t color = texel >> shift & 0xFF, own = below >> shift & 0xFF;
+        const std::uint32_t seen = color * ((hour >> shift & 0xFF) + 1) >> 8;
         switch (how) {
             case How::kReplace:
-                return color << shift;
+                return seen << shift;
             case How::kDecal:
-                return (color * alpha + own * (255 - alpha)) / 255 << shift;
+                return (seen * alpha + own * (255 - alpha)) / 255 << shift;
             case How::kAdd:
-                return std::min(color + own, 255U) << shift;
+                return std::min(seen + own, 255U) << shift;
             case How::kBlend:
                 return own * (255 - color) / 255 << shift;
             case How::kModulate:
@@ -445,9 +446,10 @@ public:
     static constexpr bool kHasAlpha = kAlpha;
 
     TextureShader(const PlaneFinder& planes, const TextureCorner (&corners)[3],
-                  const Texture& texture)
+                  const Texture& texture, Color hour)
         : sampler_(planes, corners, texture),
-          colors_(planes, corners[0].color, corners[1].color, corners[2].color) {}
+          colors_(planes, corners[0].color, corners[1].color, corners[2].color),
+          hour_(hour) {}
 
     void begin(int row, int left, int count) {
         colors_.begin(row, left);
@@ -459,7 +461,7 @@ public:
         if constexpr (kUsed) {
             const TextureUse::Color how = sampler_.texture().use().color;
             return applied(how == TextureUse::Color::kBlend ? TextureUse::Color::kModulate : how,
-                           texel, packed(light));
+                           texel, packed(light), hour_);
         }
         // One more, so that white leaves a color as it is.
         const __m128i share = _mm_add_epi16(light, _mm_set1_epi16(1));
@@ -469,6 +471,7 @@ public:
 private:
     Sampler<kUsed> sampler_;
     ColorPlanes colors_;
+    Color hour_;
 };
 
 // The texture, what shows in between its texels, and then each layer over what lies below it.
@@ -477,8 +480,9 @@ public:
     static constexpr bool kHasAlpha = true;
 
     LayerShader(const PlaneFinder& planes, const TextureCorner (&corners)[3],
-                const Texture* texture, std::span<const CornerLayer> layers, const Texture* detail)
-        : colors_(planes, corners[0].color, corners[1].color, corners[2].color) {
+                const Texture* texture, std::span<const CornerLayer> layers, const Texture* detail,
+                Color hour)
+        : colors_(planes, corners[0].color, corners[1].color, corners[2].color), hour_(hour) {
         if (texture) texture_.emplace(planes, corners, *texture);
         if (texture && detail)
             detail_.emplace(planes, corners, *detail, repeatsOf(*texture, *detail));
@@ -501,10 +505,10 @@ public:
             std::uint32_t texel = texture_->at(k);
             if (detail_) texel = detailed(texel, k);
             const How how = texture_->texture().use().color;
-            color = applied(how == How::kBlend ? How::kModulate : how, texel, color);
+            color = applied(how == How::kBlend ? How::kModulate : how, texel, color, hour_);
         }
         for (std::size_t i = 0; i < count_; ++i)
-            color = applied(layers_[i]->texture().use().color, layers_[i]->at(k), color);
+            color = applied(layers_[i]->texture().use().color, layers_[i]->at(k), color, hour_);
         return color;
     }
 
@@ -542,6 +546,7 @@ private:
     std::optional<UsedSampler> texture_, detail_;
     std::array<std::optional<UsedSampler>, TextureLayers::kMost> layers_;
     std::size_t count_ = 0;
+    Color hour_;
 };
 
 }  // namespace
@@ -572,17 +577,19 @@ void CanvasRows::textured(const TextureCorner (&corners)[3], const Texture& text
     if (planes.isFlat()) return;
     const bool isBlended = blended || fill.opacity < 1;
     if (!texture.use().isPlain()) {
-        const TextureShader<true, true> shader(planes, corners, texture);
+        const TextureShader<true, true> shader(planes, corners, texture, fill.hour);
         if (isBlended)
             shade<true>(a, b, c, fill, shader);
         else
             shade<false>(a, b, c, fill, shader);
     } else if (isBlended) {
-        shade<true>(a, b, c, fill, TextureShader<true, false>(planes, corners, texture));
+        shade<true>(a, b, c, fill, TextureShader<true, false>(planes, corners, texture, fill.hour));
     } else if (texture.hasAlpha()) {
-        shade<false>(a, b, c, fill, TextureShader<true, false>(planes, corners, texture));
+        shade<false>(a, b, c, fill,
+                     TextureShader<true, false>(planes, corners, texture, fill.hour));
     } else {
-        shade<false>(a, b, c, fill, TextureShader<false, false>(planes, corners, texture));
+        shade<false>(a, b, c, fill,
+                     TextureShader<false, false>(planes, corners, texture, fill.hour));
     }
 }
 
@@ -592,7 +599,7 @@ void CanvasRows::layered(const TextureCorner (&corners)[3], const Texture* textu
     const ScreenPoint &a = corners[0].place, &b = corners[1].place, &c = corners[2].place;
     const PlaneFinder planes(a, b, c);
     if (planes.isFlat()) return;
-    LayerShader shader(planes, corners, texture, layers, detail);
+    LayerShader shader(planes, corners, texture, layers, detail, fill.hour);
     if (blended || fill.opacity < 1)
         shade<true>(a, b, c, fill, std::move(shader));
     else

@@ -2,13 +2,18 @@
 
 namespace render {
 
-void Lighting::beginFrame(std::span<const Light> lights, const Camera& camera) {
+void Lighting::beginFrame(std::span<const Light> lights, const Camera& camera, Vec3 hour) {
+    hour_ = hour;
     viewer_ = normalised(camera.up() * 0.45f - camera.right() * 0.3f - camera.forward());
     camera_ = &camera;
     lamps_.clear();
     local_ = false;
     for (const Light& light : lights) {
-        lamps_.push_back({&light, light.direction * -1.f, {}});
+        const bool isSun = light.kind == LightKind::kDirectional;
+        lamps_.push_back({&light,
+                          isSun ? product(light.strength, hour) : light.strength,
+                          light.direction * -1.f,
+                          {}});
         local_ = local_ || light.kind != LightKind::kDirectional;
     }
     if (lamps_.size() <= kMost) return;
@@ -34,7 +39,7 @@ Vec3 Lighting::glintAt(Vec3 point, Vec3 normal, const Surface& surface) const {
         if (cosine > 0)
             sum = sum + shine(lamp, point, normal) * std::pow(cosine, surface.shininess);
     }
-    return {sum.x * surface.specular.x, sum.y * surface.specular.y, sum.z * surface.specular.z};
+    return product(sum, surface.specular);
 }
 
 }  // namespace render

@@ -30,10 +30,6 @@ Color colorOf(Vec3 channels) {
     return byte(channels.x) << 16 | byte(channels.y) << 8 | byte(channels.z);
 }
 
-Vec3 product(Vec3 a, Vec3 b) {
-    return {a.x * b.x, a.y * b.y, a.z * b.z};
-}
-
 /// What is in there already has no meaning.
 template <typename T>
 void makeRoom(std::vector<T>& memory, std::size_t size) {
@@ -180,7 +176,7 @@ std::size_t Painter::drawStandIn(const Appearance& appearance, int level) {
     struct Seen {
         std::size_t side;
         float share;  // of an area, that is seen
-        Vec3 light;
+        Vec3 light, ofUnlit;
     };
     const StandIn& standIn = *appearance.model->standIn();
     const Vec3d centre = appearance.point(standIn.centre());
@@ -190,6 +186,8 @@ std::size_t Painter::drawStandIn(const Appearance& appearance, int level) {
     lighting_.setOrigin(centre);
     std::array<Seen, 6> seen;
     std::size_t count = 0;
+    Surface unlit;
+    unlit.lit = false;
     for (std::size_t side = 0; side < 6; ++side) {
         const std::size_t axis = side % 3;
         const float sign = side < 3 ? 1.f : -1.f;
@@ -198,12 +196,21 @@ std::size_t Painter::drawStandIn(const Appearance& appearance, int level) {
         const float share = dot(normal, towardsEye);
         if (share > 0)
             seen[count++] = {side, share,
-                             isWire ? Vec3{1, 1, 1} : lighting_.at({}, normal, Surface{})};
+                             isWire ? Vec3{1, 1, 1} : lighting_.at({}, normal, Surface{}),
+                             isWire ? Vec3{1, 1, 1} : lighting_.at({}, normal, unlit)};
     }
     // The axes of the model in view space.
     const Vec3 axes[3] = {camera_->toView(appearance.place.offset({1, 0, 0})),
                           camera_->toView(appearance.place.offset({0, 1, 0})),
                           camera_->toView(appearance.place.offset({0, 0, 1}))};
+    // A point stands for a cell of the grid: a pixel is its if its middle is, as with surfaces.
+    const float cell = static_cast<float>(standIn.extent()) / static_cast<float>(1 << level);
+    const float half = cell / 2 * camera_->pixelsPerUnitInView(middle);
+    const float beside = half * (std::abs(axes[0].x) + std::abs(axes[1].x) + std::abs(axes[2].x));
+    const float above = half * (std::abs(axes[0].y) + std::abs(axes[1].y) + std::abs(axes[2].y));
+    const auto holdsMiddle = [](float place, float reach) {
+        return std::abs(place - std::floor(place) - 0.5f) <= reach;
+    };
     Paint paint{0, 1, appearance.item, 0, true};
     const auto points = standIn.points(level);
     for (const StandIn::Point& point : points) {
@@ -211,14 +218,18 @@ std::size_t Painter::drawStandIn(const Appearance& appearance, int level) {
         float area = 0;
         for (std::size_t i = 0; i < count; ++i) {
             const StandIn::Side& side = point.sides[seen[i].side];
-            color = color + (product(side.lit, seen[i].light) + side.own) * seen[i].share;
+            color = color + (product(side.lit, seen[i].light) +
+                             product(side.unlit, seen[i].ofUnlit) + side.shine) *
+                                seen[i].share;
             area += side.area * seen[i].share;
         }
         const Vec3 view =
             middle + axes[0] * point.place.x + axes[1] * point.place.y + axes[2] * point.place.z;
         if (!(area > 0) || view.z < camera_->nearDistance()) continue;
+        const ScreenPoint place = camera_->toScreen(view);
+        if (level > 0 && !(holdsMiddle(place.x, beside) && holdsMiddle(place.y, above))) continue;
         paint.color = colorOf(color * (1 / area));
-        rows_.dot(camera_->toScreen(view), paint);
+        rows_.dot(place, paint);
     }
     return points.size();
 }
@@ -254,7 +265,7 @@ void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex in
     const bool isEven = !finishes && !lighting_.isLocal() && !glints;  // lit so all over
     const bool isFlat = isEven && !places;
     const bool isOneSided = surface.style == DrawStyle::kFrontOnly;
-    Fill fill{index, {}, surface.opacity * appearance_->opacity};
+    Fill fill{index, {}, surface.opacity * appearance_->opacity, colorOf(lighting_.hour() * 255.f)};
     for (std::uint32_t t = 0; t < item.triangleCount; ++t) {
         const Triangle& triangle = triangles[t];
         std::uint32_t corner[3];

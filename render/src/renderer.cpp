@@ -5,16 +5,24 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <span>
 #include <thread>
 #include <tuple>
 
 namespace render {
 namespace {
 
-constexpr Color kSkyTop = 0x4A5560, kSkyBottom = 0x7A858F;
+constexpr Vec3 kSkyTop{0x4A, 0x55, 0x60}, kSkyBottom{0x7A, 0x85, 0x8F};
 
 /// What is smaller has no more than a dot; a radius, in pixels.
 constexpr float kTiny = 0.5f;
+
+/// What is smaller is shown by points that stand for it; a radius, in pixels.
+constexpr float kLargestStandIn = 6;
+
+/// Pixels to a side, of which it is known what hides all that is behind it.
+constexpr int kTile = 8;
 
 /// Parts of the picture for each thread, so that one that is done early takes over from another.
 constexpr std::size_t kBandsPerThread = 3;
@@ -34,6 +42,24 @@ std::uint8_t hoursOf(TimeOfDay time) {
             break;
     }
     return 0;
+}
+
+/// The light of that time, to that of any.
+Vec3 lightOf(TimeOfDay time) {
+    switch (time) {
+        case TimeOfDay::kDusk:
+            return {0.66f, 0.55f, 0.5f};
+        case TimeOfDay::kNight:
+            return {0.2f, 0.23f, 0.32f};
+        default:
+            return {1, 1, 1};
+    }
+}
+
+Color skyOf(Vec3 color, TimeOfDay time) {
+    const Vec3 seen = product(color, lightOf(time));
+    return static_cast<Color>(seen.x) << 16 | static_cast<Color>(seen.y) << 8 |
+           static_cast<Color>(seen.z);
 }
 
 }  // namespace
@@ -59,11 +85,19 @@ struct Renderer::Frame {
         int level = kWhole;  ///< of what stands for the model
     };
 
+    /// A model that stands in the scene, and how large it is in the picture.
+    struct Placed {
+        float pixels;  ///< radius
+        ItemIndex item;
+        std::uint64_t weight;
+    };
+
     /// What is seen of some of the scene's items, in their order.
     struct Part {
         std::size_t first = 0, end = 0;            ///< of the items
         std::vector<Appearance> appearances = {};  ///< the first is that of the scene itself
         std::vector<Seen> solid = {}, translucent = {};
+        std::vector<Placed> placed = {};       ///< what may hide others, in no order
         std::vector<SeenMark> marks = {};      ///< items are those of the scene
         std::vector<std::uint8_t> shown = {};  ///< by range of each placed appearance
         std::vector<double> load =
@@ -79,6 +113,11 @@ struct Renderer::Frame {
 
     void beginParts();
     void choose(std::size_t threads);
+    void findHidden(std::size_t threads, const Appearance& whole);
+    void findPlaced(Part& part) const;
+    void drawHiders(std::size_t threads, const std::vector<Placed>& placed,
+                    const Appearance& whole);
+    bool isHidden(Vec3 centre, float radius) const;
     void choosePart(Part& part) const;
     void chooseOf(Part& part, std::uint32_t appearance) const;
     bool enter(Part& part, std::uint32_t appearance, const Block& block) const;
@@ -100,7 +139,7 @@ struct Renderer::Frame {
     void chooseRanges(Appearance& appearance, std::vector<std::uint8_t>& ranges) const;
     void addLoad(Part& part, const Seen& seen, double work) const;
     void orderTranslucent();
-    void shareOut(std::size_t bands);
+    void shareOut(std::span<Part> all, std::size_t bands);
     void drawBand(std::size_t band);
     std::size_t drawSeen(Painter& painter, const Part& part, const Seen& seen, int first, int end);
     void drawOutline();
@@ -115,7 +154,10 @@ struct Renderer::Frame {
     std::vector<Painter> painters;   // by band
     std::vector<std::size_t> drawn;  // triangles, by band
     std::vector<int> borders;        // first rows of the bands, and the end of the last
-    std::vector<Part> parts;         // as many as `partCount` says are of this frame
+    Part hiders;                     // the largest of what is placed in the scene
+    std::vector<float> tiles;        // by tile of the picture: the depth of what hides, or none
+    int tilesAcross = 0;
+    std::vector<Part> parts;  // as many as `partCount` says are of this frame
     std::size_t partCount = 0;
     std::vector<Ordered> translucent;      // the farthest first
     std::vector<std::uint8_t> sceneShown;  // by range of the scene; none when all of them show
@@ -133,11 +175,12 @@ void Renderer::draw(const SceneModel& scene, const Camera& camera, const RenderO
     frame.camera = &camera;
     frame.options = &options;
     frame.canvas = &canvas;
-    frame.lighting.beginFrame(scene.lights(), camera);
+    frame.lighting.beginFrame(scene.lights(), camera, lightOf(options.time));
     const std::size_t threads =
         options.threads != 0 ? options.threads : std::max(std::thread::hardware_concurrency(), 1U);
     frame.choose(threads);
-    frame.shareOut(threads == 1 ? 1 : threads * kBandsPerThread);
+    frame.shareOut(std::span(frame.parts).first(frame.partCount),
+                   threads == 1 ? 1 : threads * kBandsPerThread);
     const std::size_t bands = frame.painters.size();
     frame.workers.run(threads, bands, [&frame](std::size_t band) { frame.drawBand(band); });
     trianglesDrawn_ = 0;
@@ -156,6 +199,7 @@ void Renderer::Frame::Part::clear() {
     appearances.clear();
     solid.clear();
     translucent.clear();
+    placed.clear();
     marks.clear();
     shown.clear();
 }
@@ -198,8 +242,111 @@ void Renderer::Frame::choose(std::size_t threads) {
     beginParts();
     for (std::size_t i = 0; i < partCount; ++i) parts[i].appearances.push_back(whole);
     addMarks(parts.front(), whole);
+    tiles.clear();
+    if (options->cullsHidden) findHidden(threads, whole);
     workers.run(threads, partCount, [this](std::size_t part) { choosePart(parts[part]); });
     orderTranslucent();
+}
+
+/// Where there is much in models that are placed in the scene, the largest are drawn beforehand:
+/// what is behind them all over needs not be looked at. The picture stays the same.
+void Renderer::Frame::findHidden(std::size_t threads, const Appearance& whole) {
+    constexpr std::uint64_t kWorthIt = 50'000, kMostHiding = 25'000;  // items
+    if (options->mode == DrawMode::kWireframe || scene->placements().empty()) return;
+    workers.run(threads, partCount, [this](std::size_t part) { findPlaced(parts[part]); });
+    std::vector<Placed> all;
+    std::uint64_t weight = 0;
+    for (std::size_t i = 0; i < partCount; ++i)
+        for (const Placed& placed : parts[i].placed) {
+            all.push_back(placed);
+            weight += std::min(placed.weight, kWorthIt);
+        }
+    if (weight < kWorthIt) return;
+    std::ranges::sort(all, {},
+                      [](const Placed& placed) { return std::pair(-placed.pixels, placed.item); });
+    std::size_t count = 0;
+    for (weight = 0; count < all.size() && weight < kMostHiding; ++count)
+        weight += std::min(all[count].weight, kMostHiding);
+    all.resize(count);
+    drawHiders(threads, all, whole);
+}
+
+void Renderer::Frame::findPlaced(Part& part) const {
+    const Appearance& whole = part.appearances.front();
+    scene->walkPart(
+        part.first, part.end,
+        [&](const Block& block) {
+            const Vec3 centre = camera->toView(block.centre);
+            return block.sample != kNoItem && !camera->isOutside(centre, block.radius) &&
+                   !isTiny(centre, block.radius);
+        },
+        [&](ItemIndex index) {
+            const Item& item = scene->items()[index];
+            if (item.placement == kNoPlacement || !isShown(part, whole, item)) return;
+            const Vec3 centre = camera->toView(item.sphereCentre);
+            const float pixels = item.sphereRadius * camera->pixelsPerUnitInView(centre);
+            if (camera->isOutside(centre, item.sphereRadius) || !(pixels >= kLargestStandIn))
+                return;
+            part.placed.push_back(
+                {pixels, index, scene->placements()[item.placement].model->weight()});
+        });
+}
+
+void Renderer::Frame::drawHiders(std::size_t threads, const std::vector<Placed>& placed,
+                                 const Appearance& whole) {
+    hiders.clear();
+    hiders.load.assign(static_cast<std::size_t>(canvas->height()) + 1, 0);
+    hiders.appearances.push_back(whole);
+    for (const Placed& one : placed) see(hiders, 0, one.item, false);
+    RenderOptions plain = *options;
+    plain.mode = DrawMode::kShaded;
+    shareOut({&hiders, 1}, threads == 1 ? 1 : threads * kBandsPerThread);
+    workers.run(threads, painters.size(), [&](std::size_t band) {
+        const int first = borders[band], end = borders[band + 1];
+        painters[band].begin(*camera, plain, lighting, canvas->rows(first, end));
+        painters[band].rows().clear(0, 0);
+        for (const Seen& seen : hiders.solid) drawSeen(painters[band], hiders, seen, first, end);
+    });
+    const int width = canvas->width(), height = canvas->height();
+    tilesAcross = (width + kTile - 1) / kTile;
+    const int down = (height + kTile - 1) / kTile;
+    tiles.assign(static_cast<std::size_t>(tilesAcross) * static_cast<std::size_t>(down), 0);
+    workers.run(threads, static_cast<std::size_t>(down), [&](std::size_t row) {
+        float* const own = tiles.data() + row * static_cast<std::size_t>(tilesAcross);
+        std::fill_n(own, tilesAcross, std::numeric_limits<float>::max());
+        const int top = static_cast<int>(row) * kTile;
+        for (int y = top; y < std::min(top + kTile, height); ++y)
+            for (int x = 0; x < width; ++x)
+                own[x / kTile] = std::min(own[x / kTile], canvas->depth(x, y));
+    });
+}
+
+/// All of what is within `radius` of a place in view space, with its edges: behind what is nearer.
+bool Renderer::Frame::isHidden(Vec3 centre, float radius) const {
+    if (tiles.empty()) return false;
+    constexpr float kMostBias = 0.03f;  // more than that of the uppermost layer and its edges
+    const float nearest = centre.z - radius;
+    float depth = -nearest + kMostBias * static_cast<float>(camera->distance()) +
+                  kMostBias * std::abs(nearest);
+    if (!camera->isParallel()) {
+        if (!(nearest > camera->nearDistance() && nearest > 0)) return false;
+        depth = (1 + kMostBias) / nearest;
+    }
+    const float margin = 2 + options->pixelScale + SceneModel::kThinLine;
+    const auto [top, bottom] = camera->rowsOf(centre, radius);
+    const auto [left, right] = camera->columnsOf(centre, radius);
+    const auto tileOf = [](float pixel, int pixels) {
+        const float kept = std::min(std::max(0.f, pixel), static_cast<float>(pixels - 1));
+        return static_cast<int>(kept) / kTile;
+    };
+    const int first = tileOf(left - margin, canvas->width());
+    const int last = tileOf(right + margin, canvas->width());
+    const int end = tileOf(bottom + margin, canvas->height());
+    for (int row = tileOf(top - margin, canvas->height()); row <= end; ++row)
+        for (int column = first; column <= last; ++column)
+            if (!(tiles[static_cast<std::size_t>(row * tilesAcross + column)] > depth))
+                return false;
+    return true;
 }
 
 /// What lets light through comes last, from back to front; in layers, the lower ones first.
@@ -251,7 +398,9 @@ bool Renderer::Frame::enter(Part& part, std::uint32_t which, const Block& block)
     const Vec3 centre = camera->toView(appearance.point(block.centre));
     const float radius = appearance.length(block.radius);
     if (camera->isOutside(centre, radius)) return false;
-    if (!block.isPlain || !isTiny(centre, radius)) return true;
+    if (!block.isPlain) return true;
+    if (isHidden(centre, radius)) return false;
+    if (!isTiny(centre, radius)) return true;
     see(part, which, block.sample, true);
     return false;
 }
@@ -275,6 +424,7 @@ void Renderer::Frame::seePlacement(Part& part, std::uint32_t which, ItemIndex in
     const Vec3 centre = camera->toView(outer.point(item.sphereCentre));
     const float radius = outer.length(item.sphereRadius);
     if (camera->isOutside(centre, radius)) return;
+    if (placement.model->isPlain() && isHidden(centre, radius)) return;
     Appearance inner{placement.model.get()};
     inner.place = outer.isPlaced ? placement.place.within(outer.place) : placement.place;
     inner.isPlaced = true;
@@ -293,11 +443,10 @@ void Renderer::Frame::seePlacement(Part& part, std::uint32_t which, ItemIndex in
 
 /// A few points instead of a placed model that is only a few pixels large.
 bool Renderer::Frame::seeStandIn(Part& part, std::uint32_t which, Vec3 centre, float radius) const {
-    constexpr float kLargest = 6;  // radius, pixels
     const Appearance& appearance = part.appearances[which];
     const StandIn* const standIn = appearance.model->standIn();
     const float pixels = camera->pixelsPerUnitInView(centre);
-    if (!standIn || appearance.opacity < 1 || !(radius * pixels < kLargest)) return false;
+    if (!standIn || appearance.opacity < 1 || !(radius * pixels < kLargestStandIn)) return false;
     const float extent = appearance.length(static_cast<float>(standIn->extent()));
     const int level = StandIn::levelFor(extent * pixels);
     if (level > StandIn::kFinest) return false;
@@ -348,21 +497,21 @@ void Renderer::Frame::addLoad(Part& part, const Seen& seen, double work) const {
 }
 
 /// Makes bands that have about as much to do as each other.
-void Renderer::Frame::shareOut(std::size_t bands) {
+void Renderer::Frame::shareOut(std::span<Part> all, std::size_t bands) {
     const auto rows = static_cast<std::size_t>(canvas->height());
     bands = std::min(bands, rows);
     // Filling a row takes its time, too.
     const double perRow = canvas->width() / 16.;
-    std::vector<double>& load = parts.front().load;
-    for (std::size_t i = 1; i < partCount; ++i)
-        for (std::size_t row = 0; row < rows; ++row) load[row] += parts[i].load[row];
-    double all = 0, here = 0;
-    for (std::size_t row = 0; row < rows; ++row) all += (here += load[row]) + perRow;
+    std::vector<double>& load = all.front().load;
+    for (const Part& part : all.subspan(1))
+        for (std::size_t row = 0; row < rows; ++row) load[row] += part.load[row];
+    double sum = 0, here = 0;
+    for (std::size_t row = 0; row < rows; ++row) sum += (here += load[row]) + perRow;
     borders.assign(1, 0);
     double done = here = 0;
     for (std::size_t row = 0; row < rows && borders.size() < bands; ++row) {
         done += (here += load[row]) + perRow;
-        if (done * static_cast<double>(bands) >= all * static_cast<double>(borders.size()))
+        if (done * static_cast<double>(bands) >= sum * static_cast<double>(borders.size()))
             borders.push_back(static_cast<int>(row) + 1);
     }
     borders.push_back(canvas->height());
@@ -374,7 +523,7 @@ void Renderer::Frame::drawBand(std::size_t band) {
     const int first = borders[band], end = borders[band + 1];
     Painter& painter = painters[band];
     painter.begin(*camera, *options, lighting, canvas->rows(first, end));
-    painter.rows().clear(kSkyTop, kSkyBottom);
+    painter.rows().clear(skyOf(kSkyTop, options->time), skyOf(kSkyBottom, options->time));
     std::size_t count = 0;
     for (std::size_t i = 0; i < partCount; ++i)
         for (const Seen& seen : parts[i].solid)

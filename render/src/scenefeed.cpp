@@ -423,7 +423,8 @@ bool SceneFeed::moveShared(Shared& shared, const std::set<const INode*>& posed,
         }))
         moved.insert(shared.model.get());
     // At rest they may be seen as points again.
-    if (moved.size() != before && filePoses_.empty()) shared.model->prepareStandIn();
+    if (moved.size() != before && filePoses_.empty() && shared.hadStandIn)
+        shared.model->prepareStandIn();
     return true;
 }
 
@@ -746,8 +747,8 @@ SceneFeed::Shared SceneFeed::sharedOf(Reading& reading, INode& top, std::size_t 
     first.smooth = smooth;
     inner.inherited.push_back(first);
     visitAll(inner);
-    model->prepareStandIn();
-    Shared shared{model, inner.faces, {}, ++sharedMade_};
+    if (inner.depth <= kDeepestStandIn) model->prepareStandIn();
+    Shared shared{model, inner.faces, {}, ++sharedMade_, model->standIn() != nullptr};
     if (inner.hasJoints)
         shared.kept = std::make_shared<Kept>(
             Kept{&top, folder, std::move(inner.visits), std::move(inner.inherited)});
@@ -896,7 +897,10 @@ Surface SceneFeed::surfaceFor(const Reading& reading, const NodeLook& look, bool
         static_cast<std::uint8_t>(std::min(std::max(1.f, look.lineWidth), kWidestLine));
     if (surface.style == DrawStyle::kSurfaceAndOutline)
         surface.outline = look.outline ? screenColor(hostColor(*look.outline)) : wireColor;
-    if (hasTexture && look.picture) surface.texture = textures_.find(look.picture, *reading.folder);
+    if (hasTexture && look.picture) {
+        surface.texture = textures_.find(look.picture, *reading.folder);
+        if (!surface.texture && *look.picture) surface.texture = &TextureStore::missing();
+    }
     return surface;
 }
 

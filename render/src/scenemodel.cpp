@@ -319,12 +319,22 @@ bool SceneModel::moveItem(ItemIndex index, std::span<const Vec3d> vertices,
     item.origin = vertices.front();
     for (std::size_t i = 0; i < vertices.size(); ++i)
         vertices_[item.firstVertex + i] = toFloat(vertices[i] - item.origin);
+    constexpr float kMost = std::numeric_limits<float>::max();
+    Vec3 low{kMost, kMost, kMost}, high = low * -1.f;
     for (Triangle& triangle :
          std::span(triangles_).subspan(item.firstTriangle, item.triangleCount)) {
         const auto [a, b, c] = triangle.vertex;
         const Vec3 p = vertices_[a], q = vertices_[b], r = vertices_[c];
         triangle.normal = normalised(cross(q - p, r - p));
-        for (const Vec3 corner : {p, q, r}) item.box.add(item.origin + corner);
+        for (const Vec3 corner : {p, q, r}) {
+            low = {std::min(low.x, corner.x), std::min(low.y, corner.y), std::min(low.z, corner.z)};
+            high = {std::max(high.x, corner.x), std::max(high.y, corner.y),
+                    std::max(high.z, corner.z)};
+        }
+    }
+    if (item.triangleCount > 0) {
+        item.box.add(item.origin + low);
+        item.box.add(item.origin + high);
     }
     if (!item.hasFinish || normals.size() != vertices.size()) return true;
     for (std::size_t i = 0; i < normals.size(); ++i) {
@@ -405,7 +415,8 @@ Block SceneModel::blockOf(ItemIndex index) const {
     block.sample = index;
     block.isPlain = item.hours == kAllHours && item.range == 0;
     if (item.placement == kNoPlacement)
-        block.isPlain = block.isPlain && !surfaceOf(item).isTranslucent();
+        block.isPlain = block.isPlain && !surfaceOf(item).isTranslucent() &&
+                        surfaceOf(item).lineWidth <= kThinLine;
     else
         block.isPlain = block.isPlain && placements_[item.placement].model->isPlain_ &&
                         placements_[item.placement].opacity >= 1;

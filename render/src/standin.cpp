@@ -3,23 +3,20 @@
 #include <render/scenemodel.h>
 #include <render/texture.h>
 
+#include <utility>
+
 namespace render {
 namespace {
 
 /// Of what stands for a model, in all its grids.
-constexpr std::size_t kMostSamples = 300'000;
+constexpr std::size_t kMostSamples = 200'000;
 constexpr std::uint64_t kMostItems = 100'000;
-
-/// Unlit surfaces are as bright as they are seen on an average.
-constexpr float kUnlit = 0.89f;
+/// Fewer are drawn as fast as points.
+constexpr std::uint64_t kFewestItems = 64;
 
 Vec3 channelsOf(Color color) {
     return {static_cast<float>(color >> 16 & 0xFF), static_cast<float>(color >> 8 & 0xFF),
             static_cast<float>(color & 0xFF)};
-}
-
-Vec3 product(Vec3 a, Vec3 b) {
-    return {a.x * b.x, a.y * b.y, a.z * b.z};
 }
 
 /// One grid over the model's box.
@@ -49,12 +46,7 @@ public:
             index = static_cast<std::uint32_t>(points_.size());
         }
         areas_[index - 1] += area;
-        for (std::size_t i = 0; i < sides.size(); ++i) {
-            StandIn::Side& side = points_[index - 1].sides[i];
-            side.lit = side.lit + sides[i].lit;
-            side.own = side.own + sides[i].own;
-            side.area += sides[i].area;
-        }
+        for (std::size_t i = 0; i < sides.size(); ++i) points_[index - 1].sides[i].add(sides[i], 1);
     }
     /// `middle` is that of the box.
     void add(const Grid& finer, Vec3d middle) {
@@ -75,8 +67,10 @@ public:
         // Of any size of a model the numbers are small.
         const auto perFull = static_cast<float>(1 / full);
         for (StandIn::Point& point : kept)
-            for (StandIn::Side& side : point.sides)
-                side = {side.lit * perFull, side.own * perFull, side.area * perFull};
+            for (StandIn::Side& side : point.sides) {
+                const StandIn::Side all = std::exchange(side, {});
+                side.add(all, perFull);
+            }
         return kept;
     }
 
@@ -110,7 +104,7 @@ private:
     bool addPlaced(const Placement& placement, const Place& outer) {
         const Place place = placement.place.within(outer);
         const StandIn* const points = placement.model->standIn();
-        if (!points) return false;
+        if (!points) return add(*placement.model, place);
         const double size = points->extent() * double{place.growth()};
         int level = 0;
         while (level <= StandIn::kFinest && size / (1 << level) > spacing_) ++level;
@@ -140,10 +134,7 @@ private:
         for (std::size_t i = 0; i < sides.size(); ++i) {
             const float toSide = i < 3 ? along[i] : -along[i - 3];
             if (!(toSide > 0)) continue;
-            const float share = toSide * toSide * scale;
-            sides[i].area += side.area * share;
-            sides[i].lit = sides[i].lit + side.lit * share;
-            sides[i].own = sides[i].own + side.own * share;
+            sides[i].add(side, toSide * toSide * scale);
         }
     }
 
@@ -164,11 +155,9 @@ private:
             for (int i = 0; i < 3; ++i)
                 corners[i] = place.point(item.origin + Vec3d(model.vertices()[triangle.vertex[i]]));
             const Vec3 color = product(colorOf(model, item, triangle), tint);
-            const Vec3 glow = surface.emissive * 255.f;
-            const Vec3 lit = surface.lit ? color : Vec3{};
-            const Vec3 own = surface.lit ? glow : color * kUnlit + glow;
-            if (!addTriangle(corners, sidesOf(surface, place.normal(triangle.normal)), lit, own,
-                             solid))
+            const StandIn::Side look{surface.lit ? color : Vec3{}, surface.lit ? Vec3{} : color,
+                                     surface.emissive * 255.f, 1};
+            if (!addTriangle(corners, sidesOf(surface, place.normal(triangle.normal)), look, solid))
                 return false;
         }
         return true;
@@ -199,8 +188,8 @@ private:
         return shares;
     }
 
-    bool addTriangle(const Vec3d (&corners)[3], const std::array<float, 6>& shares, Vec3 lit,
-                     Vec3 own, float solid) {
+    bool addTriangle(const Vec3d (&corners)[3], const std::array<float, 6>& shares,
+                     const StandIn::Side& look, float solid) {
         const Vec3d ab = corners[1] - corners[0], ac = corners[2] - corners[0];
         const double longest = std::max({length(ab), length(ac), length(ac - ab)});
         const auto pieces = static_cast<std::size_t>(
@@ -211,11 +200,7 @@ private:
         const auto area =
             static_cast<float>(length(cross(ab, ac)) / 2 * each * each * double{solid});
         StandIn::Sides sides;
-        for (std::size_t i = 0; i < sides.size(); ++i) {
-            sides[i].area = shares[i] * area;
-            sides[i].lit = lit * sides[i].area;
-            sides[i].own = own * sides[i].area;
-        }
+        for (std::size_t i = 0; i < sides.size(); ++i) sides[i].add(look, shares[i] * area);
         const auto addAt = [&](double along, double aside) {
             grid_.add(corners[0] + ab * (along * each) + ac * (aside * each), sides, area);
         };
@@ -237,7 +222,8 @@ private:
 
 StandIn::StandIn(const SceneModel& model) {
     const Box& box = model.box();
-    if (model.sample() == kNoItem || !model.isPlain() || model.weight() > kMostItems) return;
+    if (model.sample() == kNoItem || !model.isPlain()) return;
+    if (model.weight() < kFewestItems || model.weight() > kMostItems) return;
     const Vec3d size = box.max - box.min;
     extent_ = std::max({size.x, size.y, size.z});
     centre_ = box.centre();

@@ -84,6 +84,19 @@ const Texture* TextureStore::find(const std::string& name, const std::string& fo
     return entry.texture.get();
 }
 
+const Texture& TextureStore::missing() {
+    static const Texture board = [] {
+        constexpr int kCells = 8, kCell = 4, kSide = kCells * kCell;
+        constexpr std::uint32_t kLight = 0xFFE8E0E6, kDark = 0xFFA85C92;
+        Picture picture{kSide, kSide, {}};
+        for (int y = 0; y < kSide; ++y)
+            for (int x = 0; x < kSide; ++x)
+                picture.texels.push_back((x / kCell + y / kCell) % 2 == 0 ? kDark : kLight);
+        return Texture(picture);
+    }();
+    return board;
+}
+
 void TextureStore::load(const std::string& name, const std::string& folder, Entry& entry) {
     entry.tried = files_.folderChanges() + 1;
     try {

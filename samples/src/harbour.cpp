@@ -385,6 +385,7 @@ FltScene lamp() {
     addBlock(scene.root.add(named<FltObject>("post")), ring(0, 0, 0, 0.12, 6), 5, kSteel, kNone,
              kSteel, kNone);
     auto record = named<FltLightPoint>("bulb");
+    record.intensity = 1;
     record.actualPixelSize = 0.5F;
     record.minPixelSize = 2;
     record.maxPixelSize = 12;
@@ -402,8 +403,10 @@ FltScene lighthouse() {
     beam.horizontalLobeAngle = 60;
     beam.verticalLobeAngle = 90;
     beam.backColor = 0xFF78F050;
+    beam.intensity = beam.backIntensity = 1;
     beam.actualPixelSize = 3;
     beam.minPixelSize = 6;
+    beam.maxPixelSize = 40;
     scene.addPalette(beam);
     FltLightPointAnimation round;
     fltSetText(round.name, "round");
@@ -432,7 +435,9 @@ FltScene lighthouse() {
     Node& bulb = scene.root.add(light).directed({0, -1, 0});
     bulb.setPoints({{0, 0, 21.6}}, kLamp);
     auto flash = named<FltLightPoint>("flash");
+    flash.intensity = 1;
     flash.minPixelSize = 4;
+    flash.maxPixelSize = 10;
     flash.animationPeriod = 2;
     flash.animationEnabledPeriod = 1;
     scene.root.add(flash).setPoints({{0, 0, 23.8}}, kRed);
@@ -448,7 +453,9 @@ void addQuayLights(Node& parent) {
     Node& lights = parent.add(system);
     for (int i = 0; i < 12; ++i) {
         auto record = named<FltLightPoint>("light");
+        record.intensity = 1;
         record.minPixelSize = 3;
+        record.maxPixelSize = 8;
         record.animationPeriod = 3;
         record.animationEnabledPeriod = 2;
         lights.add(record).setPoints({{-99.0 + 18 * i, -29.5, 0.4}}, i % 2 == 0 ? kRed : kGreen);

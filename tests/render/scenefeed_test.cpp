@@ -199,6 +199,33 @@ TEST_F(SceneFeedTest, SurfacesLookAsTheSourceSays) {
     EXPECT_THAT(feed_.takeFailures(), testing::IsEmpty()) << "a box has no texture coordinates";
 }
 
+TEST_F(SceneFeedTest, APictureThatIsMissingIsACheckerboard) {
+    Looks source;
+    auto* const object = new TriObject;
+    Mesh& mesh = object->GetMesh();
+    for (const Point3& p : {Point3{0, 0, 0}, Point3{9, 0, 0}, Point3{9, 9, 0}}) {
+        mesh.verts.Append(p);
+        mesh.tVerts.Append(Point3f{static_cast<float>(p.x), static_cast<float>(p.y), 0});
+    }
+    mesh.AppendPolygon(3, std::data({DWORD{0}, DWORD{1}, DWORD{2}}));
+    mesh.tvFaces.Append(TVFace{{0, 1, 2}});
+    INode* const node = host_.CreateObjectNode(object, "wall");
+    const auto textureFor = [&](const char* picture) {
+        source.looks[node].picture = picture;
+        feed_.build(host_);
+        return feed_.model().surfaceOf(feed_.model().items()[itemOf(node)]).texture;
+    };
+    const Texture* const texture = textureFor("missing.rgb");
+    ASSERT_TRUE(texture);
+    EXPECT_EQ(feed_.takeFailures().size(), 1u);
+    const Texture::Level level = texture->level(0);
+    const int cell = 256 << level.widthBits >> 3;
+    EXPECT_NE(level.at(cell / 2, cell / 2), level.at(cell * 3 / 2, cell / 2));
+    EXPECT_EQ(level.at(cell / 2, cell / 2), level.at(cell * 3 / 2, cell * 3 / 2));
+    EXPECT_EQ(textureFor(nullptr), nullptr) << "none is not missing";
+    EXPECT_EQ(textureFor(""), nullptr);
+}
+
 TEST_F(SceneFeedTest, LightsShineAsTheSourceSays) {
     Looks source;
     INode* const off = host_.CreateObjectNode(new GenLight(OMNI_LIGHT_CLASS_ID), "off");

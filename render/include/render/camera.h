@@ -207,6 +207,7 @@ private:
     double perScale_ = 1;                    // one over scale
     float sideSlope_ = 1, heightSlope_ = 1;  // half picture size over scale
     float sideCosine_ = 1, heightCosine_ = 1;
+    double sideLean_ = 1, heightLean_ = 1;  // how bounds beside the picture lean
 };
 
 }  // namespace render

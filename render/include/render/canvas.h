@@ -30,6 +30,8 @@ struct Fill {
     ItemIndex item = kNoItem;  ///< what picking finds there
     DepthPlane plane;
     float opacity = 1;  ///< what is below 1 lets through what was drawn there before
+    /// By which pictures that take the place of lit colors are multiplied; white is full light.
+    Color hour = 0xFFFFFF;
 };
 
 /// A corner of a textured triangle.

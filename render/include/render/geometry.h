@@ -26,6 +26,8 @@ struct BasicVec3 {
 
     bool operator==(const BasicVec3&) const = default;
 
+    /// Coordinate by coordinate, as light and colors are multiplied.
+    friend BasicVec3 product(BasicVec3 a, BasicVec3 b) { return {a.x * b.x, a.y * b.y, a.z * b.z}; }
     friend T dot(BasicVec3 a, BasicVec3 b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
     friend BasicVec3 cross(BasicVec3 a, BasicVec3 b) {
         return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};

@@ -18,7 +18,11 @@ public:
     /// nearest to what the camera looks at.
     static constexpr std::size_t kMost = 8;
 
-    void beginFrame(std::span<const Light> lights, const Camera& camera);
+    /// `hour`: by how much the light from everywhere, of the viewer and of lights that shine
+    /// everywhere is multiplied; lamps are as bright as ever.
+    void beginFrame(std::span<const Light> lights, const Camera& camera, Vec3 hour = {1, 1, 1});
+    /// As in `beginFrame`.
+    Vec3 hour() const { return hour_; }
     /// Whether it differs from place to place on a flat surface.
     bool isLocal() const { return local_; }
     /// The points asked for next are relative to this one.
@@ -32,6 +36,7 @@ public:
 private:
     struct Lamp {
         const Light* light;
+        Vec3 strength;
         Vec3 towards;   ///< of a directional light
         Vec3 position;  ///< of the others, relative to the origin
     };
@@ -53,6 +58,7 @@ private:
 
     std::vector<Lamp> lamps_;
     bool local_ = false;
+    Vec3 hour_{1, 1, 1};
     Vec3 viewer_;  ///< towards the lamp over the viewer's shoulder
     const Camera* camera_ = nullptr;
     Vec3 eye_;  ///< relative to the origin
@@ -68,7 +74,7 @@ inline float Lighting::limited(float brightness) {
 
 inline Vec3 Lighting::shine(const Lamp& lamp, Vec3 point, Vec3 normal) {
     if (lamp.light->kind == LightKind::kDirectional)
-        return lamp.light->strength * std::max(0.f, dot(normal, lamp.towards));
+        return lamp.strength * std::max(0.f, dot(normal, lamp.towards));
     const Vec3 towards = normalised(lamp.position - point);
     float share = std::max(0.f, dot(normal, towards));
     if (lamp.light->kind == LightKind::kSpot) {
@@ -76,25 +82,26 @@ inline Vec3 Lighting::shine(const Lamp& lamp, Vec3 point, Vec3 normal) {
         share *=
             std::clamp((cosine - kSpotRimCosine) / (kSpotCoreCosine - kSpotRimCosine), 0.f, 1.f);
     }
-    return lamp.light->strength * share;
+    return lamp.strength * share;
 }
 
 inline Vec3 Lighting::at(Vec3 point, Vec3 normal, const Surface& surface) const {
     const float fromViewer = std::max(0.f, dot(normal, viewer_));
     if (!surface.lit) {
         const float all = kUnlit + (1 - kUnlit) * fromViewer;
-        return {all, all, all};
+        return hour_ * all;
     }
     // The light from everywhere stands for what other surfaces throw back, too.
     const Vec3 both = surface.ambient + surface.diffuse;
     const Vec3 everywhere{std::min(both.x, 1.f), std::min(both.y, 1.f), std::min(both.z, 1.f)};
     if (lamps_.empty())
-        return everywhere * kAloneAmbient + surface.diffuse * (kAloneViewer * fromViewer);
+        return product(hour_,
+                       everywhere * kAloneAmbient + surface.diffuse * (kAloneViewer * fromViewer));
     Vec3 sum;
     for (const Lamp& lamp : lamps_) sum = sum + shine(lamp, point, normal);
     const auto channel = [&](float Vec3::*c) {
-        return limited(everywhere.*c * kAmbient +
-                       surface.diffuse.*c * (kViewer * fromViewer + kScene * sum.*c));
+        return limited(everywhere.*c * kAmbient * hour_.*c +
+                       surface.diffuse.*c * (kViewer * fromViewer * hour_.*c + kScene * sum.*c));
     };
     return {channel(&Vec3::x), channel(&Vec3::y), channel(&Vec3::z)};
 }

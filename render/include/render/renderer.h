@@ -10,7 +10,9 @@ namespace render {
 
 enum class DrawMode { kShaded, kShadedEdges, kWireframe };
 
-/// Whose hour it is: what is not to be seen then is left out. At any hour all of it is shown.
+/// Whose hour it is: what is not to be seen then is left out, and it is darker at dusk and by
+/// night, but for lamps, light points and what shines. At any hour all of it is shown, as bright as
+/// by day.
 enum class TimeOfDay { kAny, kDay, kDusk, kNight };
 
 struct RenderOptions {
@@ -27,6 +29,8 @@ struct RenderOptions {
     bool levelsByEye = false;
     /// The same as if the eye were so far from each of them, wherever it is; none below 0.
     double levelDistance = -1;
+    /// Leaves out early what is behind placed models. The picture is the same.
+    bool cullsHidden = true;
     /// That draw at once; 0 for as many as there are processors. The picture is the same.
     unsigned threads = 0;
 };

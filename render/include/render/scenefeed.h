@@ -97,6 +97,8 @@ private:
     static constexpr std::size_t kTimesRead = 4;
     /// Models within one another.
     static constexpr std::size_t kDeepestInstance = 512;
+    /// And of how many points are made to stand for them.
+    static constexpr std::size_t kDeepestStandIn = 8;
     /// Models that lack something because of what they are within, and are made anew elsewhere; of
     /// any more the first one is shown everywhere.
     static constexpr std::size_t kMostCut = 1000;
@@ -165,6 +167,7 @@ private:
         std::size_t faces = 0;
         std::shared_ptr<Kept> kept = {};  ///< of a file, where it has joints
         std::size_t number = 0;           ///< greater than those of models within
+        bool hadStandIn = false;          ///< before it was moved
     };
     using MovedModels = std::set<const SceneModel*>;
     /// By what it is of, whether its vertices' normals count, whether it is moved, and how what

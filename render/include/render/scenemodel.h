@@ -190,6 +190,8 @@ class SceneModel {
 public:
     /// Items or blocks in a block.
     static constexpr std::size_t kInBlock = 16;
+    /// Wider lines, in pixels, reach too far out of what they belong to for it to be plain.
+    static constexpr float kThinLine = 4;
 
     void clear();
 

@@ -21,11 +21,20 @@ public:
     /// The finest grid has that many cells to a side, as a power of two.
     static constexpr int kFinest = 4;
 
-    /// What looks to one side: its area, as a share of that of a cell's side; and by this, its
-    /// color where full light falls on it and that with which it shines in the dark, 0 to 255.
+    /// What looks to one side: its area, as a share of that of a cell's side; and by this, the
+    /// color of what the scene's lights fall on, of what they do not, and that with which it
+    /// shines, 0 to 255.
     struct Side {
-        Vec3 lit, own;
+        Vec3 lit, unlit, shine;
         float area = 0;
+
+        /// Both together; the second one by an area.
+        void add(const Side& other, float by) {
+            lit = lit + other.lit * by;
+            unlit = unlit + other.unlit * by;
+            shine = shine + other.shine * by;
+            area += other.area * by;
+        }
     };
     /// Towards x, y and z, and away from each.
     using Sides = std::array<Side, 6>;
@@ -36,7 +45,7 @@ public:
     };
 
     /// Of a model that is complete. It is empty where points would not do: for what is seen at
-    /// times, lets light through, is drawn as lines, or is too much to be added up.
+    /// times, lets light through, is drawn as lines, or is too little or too much to be added up.
     explicit StandIn(const SceneModel& model);
 
     bool empty() const { return levels_[0].empty(); }

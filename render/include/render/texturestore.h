@@ -33,6 +33,8 @@ public:
     /// The texture of that file name (UTF-8), or null. Valid until `clear`.
     /// With a `folder` (UTF-8), that of the file that names it, there first of all.
     const Texture* find(const std::string& name, const std::string& folder = {});
+    /// What is shown in place of a picture that is missing or damaged: a checkerboard of 8 by 8.
+    static const Texture& missing();
     /// What could not be shown since this was asked last, one sentence each; where it is much, the
     /// last one counts the others.
     std::vector<std::string> takeFailures();
