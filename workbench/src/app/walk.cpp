@@ -7,6 +7,8 @@
 #include "screenshot.h"
 
 #include <base/utf16.h>
+#include <kiln/undo.h>
+#include <workbench/transforms.h>
 
 #include <algorithm>
 #include <chrono>
@@ -462,10 +464,44 @@ kiln::Status Walk::undoAndRedo() {
     return {};
 }
 
+kiln::Status Walk::changeInSteps() {
+    Interface& host = window_.core().hostInterface();
+    window_.run(CMD_VIEW_PERSPECTIVE);
+    window_.run(CMD_VIEW_ALL);
+    if (kiln::Status status = selectInViewport(); !status.ok()) return status;
+    const auto transform = [&](TextId name, const auto& by) {
+        UndoScope scope(textOf(name).c_str());
+        by();
+        scope.Commit();
+    };
+    constexpr double kUp = 20, kTurn = 40, kWider = 1.5;
+    const std::size_t before = window_.core().history().doneCount();
+    INode* const node = host.GetSelNode(0);
+    window_.run(CMD_EDIT_GROUP);
+    INode* const group = host.GetSelNode(0);
+    transform(TextId::kStepMove,
+              [&] { moveSelectedTo(host, *selectedPlace(host) + Point3(0, 0, kUp)); });
+    transform(TextId::kStepRotate, [&] { rotateSelected(host, {0, 0, kTurn}); });
+    transform(TextId::kStepScale, [&] { scaleSelected(host, {kWider, kWider, kWider}); });
+    window_.run(CMD_EDIT_HIDE);
+    window_.run(CMD_EDIT_UNHIDE_ALL);
+    host.SelectNode(group);
+    window_.run(CMD_EDIT_UNGROUP);
+    host.SelectNode(node);
+    window_.run(CMD_EDIT_DELETE);
+    constexpr std::size_t kSteps = 8;
+    const std::size_t steps = window_.core().history().doneCount() - before;
+    if (steps == kSteps) return {};
+    return kiln::Status::failure(std::to_string(steps) + " steps for as many changes as " +
+                                 std::to_string(kSteps));
+}
+
 // Step by step to what was opened, and back to what has become of it, with a picture of each.
 kiln::Status Walk::undoAll() {
     kiln::Core& core = window_.core();
     kiln::History& history = core.history();
+    const std::size_t edited = history.doneCount();
+    if (kiln::Status status = changeInSteps(); !status.ok()) return status;
     const std::string before = core.sceneText();
     window_.run(CMD_EDIT_HISTORY);
     const auto shoot = [this](const char* what, std::size_t steps) {
@@ -486,7 +522,9 @@ kiln::Status Walk::undoAll() {
     window_.run(CMD_EDIT_HISTORY);
     settle();
     say("    " + std::to_string(steps) + " steps");
-    return require(core.sceneText() == before, "it is not the scene that was undone");
+    if (core.sceneText() != before)
+        return kiln::Status::failure("it is not the scene that was undone");
+    return require(history.goTo(edited), "the changes cannot be left out again");
 }
 
 kiln::Status Walk::shootViews() {

@@ -66,6 +66,8 @@ private:
     kiln::Status previewDetail();
     /// Puts a box beside what is selected.
     kiln::Status edit();
+    /// Steps of many kinds on the tallest node, each by its command.
+    kiln::Status changeInSteps();
     kiln::Status undoAll();
     kiln::Status undoAndRedo();
     /// Exports the scene, where a plug-in does that, and opens the file that it wrote.
