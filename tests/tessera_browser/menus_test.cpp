@@ -96,6 +96,10 @@ TEST_F(BrowserMenus, SelectRelativesByKeyAndByMenu) {
     EXPECT_EQ(selected(), (std::vector{group}));
     menu({'S', 'K'});
     EXPECT_EQ(selected(), (std::vector{group, second}));
+    testinput::click(tree(), middle(group, true));
+    ASSERT_EQ(selected(), (std::vector{group}));
+    testinput::key('K', {VK_CONTROL, VK_SHIFT});
+    EXPECT_EQ(selected(), (std::vector{group, second})) << "and by its key";
     select({deep});
     testinput::key('C', {VK_CONTROL, VK_SHIFT});
     EXPECT_TRUE(isSelected(deep)) << "it has none";
