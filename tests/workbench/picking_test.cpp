@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <commctrl.h>
+
 #include <fstream>
 #include <iterator>
 
@@ -118,6 +120,32 @@ TEST_F(PickingTest, TheContextMenuActsOnWhatIsUnderTheMouse) {
     EXPECT_TRUE(user::eventually([&] { return script("objects.count") == count; }));
     user::key('I');
     EXPECT_TRUE(becomes("$block.hidden", "true")) << "the key does the same";
+}
+
+TEST_F(WorkbenchTest, TheNameUnderTheMouseGoesWithItsScene) {
+    start(base::toWide(SAMPLE_PLUGINS));
+    ASSERT_TRUE(eventually([this] { return showsItsScene(); }));
+    const HWND bar = ::FindWindowExW(window_, nullptr, L"msctls_statusbar32", nullptr);
+    const auto says = [bar](bool name) {
+        // Each text begins with a space.
+        return user::eventually(
+            [&] { return (LOWORD(::SendMessageW(bar, SB_GETTEXTLENGTHW, 0, 0)) > 1) == name; });
+    };
+    const POINT middle = user::middle(viewport_);
+    middleAtRest();
+    ASSERT_TRUE(user::click(middle));
+    EXPECT_TRUE(says(true));
+    user::key('N', {VK_CONTROL});
+    EXPECT_TRUE(says(false)) << "after New";
+
+    const std::string empty = base::toUtf8((folder_ / "empty.kiln").generic_wstring());
+    script("saveScene \"" + empty + "\"");
+    script("openScene \"" + base::toUtf8(std::filesystem::path(scene_).generic_wstring()) + "\"");
+    middleAtRest();
+    ASSERT_TRUE(user::click({middle.x + 9, middle.y + 9}));
+    EXPECT_TRUE(says(true));
+    script("openScene \"" + empty + "\"");
+    EXPECT_TRUE(says(false)) << "after a file that shows nothing there";
 }
 
 }  // namespace

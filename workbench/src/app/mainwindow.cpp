@@ -298,7 +298,6 @@ void MainWindow::noteChange(const NotifyInfo& change) {
     if (change.intcode == NOTIFY_SCENE_PRE_CLEAR) {
         viewport().endDrag();
         sceneIsOther_ = true;
-        viewport().forgetHovered();
         view_.scene().forget();
         joints_.forget();
     }

@@ -59,8 +59,6 @@ public:
 
     render::Camera& camera() { return camera_; }
     render::RenderOptions& options() { return options_; }
-    /// What the mouse was over is no more, or another.
-    void forgetHovered() { hover(render::kNoItem); }
     /// Draws anew at the next paint; the pixels before are not trusted any more for picking.
     void redraw();
     /// Frames the whole scene, or what is selected in it.
