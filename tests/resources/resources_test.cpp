@@ -57,7 +57,7 @@ TEST(Resources, HoldEveryTextUnderItsNumber) {
         {30693, "实例参考"},
         {30695, "没有被选定父节点。"},
         {30696, "不能编辑： 开关无子对象"},
-        {30697, "不能编辑： 遮罩超出开关记录的最大长度"},
+        {30697, "不能编辑： 遮罩超出切换记录的最大长度"},
         {30698, "关于 Tessera(&A)..."},
     };
     for (const auto& [id, text] : kTexts)

@@ -228,7 +228,7 @@ TEST_F(BrowserSwitch, ShowsAMaskThatIsThere) {
 }
 
 TEST_F(BrowserSwitch, RefusesWhatNoRecordCanHold) {
-    const std::wstring refusal = L"不能编辑： 遮罩超出开关记录的最大长度";
+    const std::wstring refusal = L"不能编辑： 遮罩超出切换记录的最大长度";
     FltSwitch record;
     record.maskWords.resize(FltSwitch::kMaxWrittenMaskWords);
     for (std::int32_t i = 0; i < FltSwitch::kMaxWrittenMaskWords; ++i) *record.maskWords.at(i) = 5;
