@@ -97,7 +97,7 @@ const std::vector<std::uint8_t>& largeFile() {
 void readLibrary(benchmark::State& state) {
     const auto& bytes = largeFile();
     std::array<std::unique_ptr<FltRecord>, 128> classes;
-    for (std::uint16_t opcode = 0; opcode < classes.size(); ++opcode)
+    for (std::uint16_t opcode = 0; std::size_t{opcode} < classes.size(); ++opcode)
         classes[opcode] = fltCreateRecord(opcode);
     for (auto _ : state) {
         FltFileReader reader(bytes);

@@ -153,6 +153,7 @@ void findGroup(benchmark::State& state, FltNodeKind kind) {
 /// One row of ten thousand nodes, as an edit of a whole selection does.
 void editTenThousandNodes(benchmark::State& state) {
     std::vector<INode*> nodes;
+    nodes.reserve(10'000);
     for (int i = 0; i < 10'000; ++i) nodes.push_back(storedNode(FltNodeKind::Object));
     FltAttrDesc* const row = fltAttrFindRow(FltNodeKind::Object, "FltObjSignificance");
     int turn = 0;

@@ -65,7 +65,7 @@ public:
 template <typename Visit>
 void readRecords(std::span<const std::uint8_t> bytes, Visit&& visit) {
     std::array<std::unique_ptr<FltRecord>, 256> records;
-    for (std::uint16_t i = 0; i < records.size(); ++i) records[i] = fltCreateRecord(i);
+    for (std::uint16_t i = 0; std::size_t{i} < records.size(); ++i) records[i] = fltCreateRecord(i);
     FltFileReader reader(bytes);
     while (reader.next()) {
         FltRecord* const record =

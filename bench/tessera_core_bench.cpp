@@ -2,6 +2,7 @@
 // same scene, what the preview keeps in memory, and creation by script.
 #include <fltkilnutil/kilnflt.h>
 #include <kiln/host/core.h>
+#include <kiln/host/diagnostics.h>
 #include <kiln/kiln.h>
 #include <quillon/fltlod.h>
 #include <quillon/fltswitch.h>
@@ -87,8 +88,10 @@ void walkBare(INode* node, std::size_t& found) {
         walkBare(node->GetChildNode(i), found);
 }
 
-/// What a viewer takes from the heap at most, while it collects and applies.
+/// What a viewer takes from the heap at most, while it collects and applies. The history, which
+/// grows with what was hidden, is no part of it.
 std::size_t viewerBytes(Interface& host, double distance) {
+    const kiln::WithoutHistory without;
     const HeapMeter meter;
     LodViewer viewer(host);
     viewer.Collect(host.GetRootNode());

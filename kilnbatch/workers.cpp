@@ -127,12 +127,11 @@ void Workers::finish(Running& running) {
 void Workers::enforceLimits(Running& running) const {
     Ended& ended = running.ended;
     if (ended.how != Ended::How::kAnswered) return;
-    if (limits_.seconds > 0 && secondsSince(running.begun) > limits_.seconds)
+    if ((limits_.seconds > 0 && secondsSince(running.begun) > limits_.seconds) ||
+        (isStopping_ && secondsSince(stopped_) > kPatience))
         ended.how = Ended::How::kTookTime;
     else if (limits_.bytes > 0 && memoryOf(running.process) > limits_.bytes)
         ended.how = Ended::How::kTookMemory;
-    else if (isStopping_ && secondsSince(stopped_) > kPatience)
-        ended.how = Ended::How::kTookTime;
     if (ended.how != Ended::How::kAnswered) ::kill(running.process, SIGKILL);
 }
 

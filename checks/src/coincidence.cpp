@@ -250,14 +250,15 @@ private:
             const Flat& box = boxes_[i];
             const double left = std::floor(box.left / cell), right = std::floor(box.right / cell);
             const double bottom = std::floor(box.bottom / cell), top = std::floor(box.top / cell);
-            if ((right - left + 1) * (top - bottom + 1) > kMostCells) {
+            const double columns = right - left + 1, rows = top - bottom + 1;
+            if (!(columns * rows <= kMostCells)) {
                 // Those are few, or the cells would be larger.
                 if (large_.size() < kMostOthers) large_.push_back(i);
                 continue;
             }
-            for (double column = left; column <= right; ++column)
-                for (double row = bottom; row <= top; ++row)
-                    entries_.push_back({cellAt(column, row), i});
+            for (int column = 0; column < columns; ++column)
+                for (int row = 0; row < rows; ++row)
+                    entries_.push_back({cellAt(left + column, bottom + row), i});
         }
     }
 

@@ -28,15 +28,15 @@ bool isAbsoluteName(std::string_view name) noexcept {
 fs::path findNamedFile(std::string name, const std::vector<std::string>& folders) {
     if (name.empty() || isOnOtherComputer(name)) return {};
     std::ranges::replace(name, '\\', '/');
-    const fs::path path = base::pathFrom(name);
+    fs::path path = base::pathFrom(name);
     if (isAbsoluteName(name)) {
         if (base::isFile(path)) return path;
     }
     for (const std::string& folder : folders) {
-        const fs::path beside = base::pathFrom(folder) / path.relative_path();
+        fs::path beside = base::pathFrom(folder) / path.relative_path();
         if (base::isFile(beside)) return beside;
         // As other programs do: by its name alone.
-        const fs::path byName = base::pathFrom(folder) / path.filename();
+        fs::path byName = base::pathFrom(folder) / path.filename();
         if (base::isFile(byName)) return byName;
     }
     return {};

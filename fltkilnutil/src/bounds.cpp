@@ -118,7 +118,7 @@ FltBoundingCenter fitted(FltBoundingCenter volume, const Box3& box, bool) {
     volume.center = pointOf(box.Center());
     return volume;
 }
-FltBoundingOrientation fitted(FltBoundingOrientation, const Box3&, bool) {
+FltBoundingOrientation fitted(const FltBoundingOrientation&, const Box3&, bool) {
     return {};
 }
 

@@ -132,7 +132,7 @@ ImportResult Core::loadScene(const std::string& path, const ProgressFunction& pr
     std::error_code ignored;
     source.size = static_cast<double>(std::filesystem::file_size(file, ignored));
     source.progress = progress;
-    const ImportResult result = impl_->openScene(source, path, [&](Scene& next) {
+    ImportResult result = impl_->openScene(source, path, [&](Scene& next) {
         if (origin.stamp) origin.stamp->setContent(content);
         next.file = std::move(origin);
     });

@@ -169,7 +169,7 @@ Status invoked(FPInterfaceDesc& target, FunctionID id, FPValue& result, FPParams
     if (status == FPS_NO_SUCH_FUNCTION) return Status::failure(call + ": is not implemented");
     if (status >= FPS_OK) return {};
     const bool hasReason = result.type == TYPE_STRING && result.s && *result.s;
-    const Status failed = Status::failure(hasReason ? result.s : call + ": failed");
+    Status failed = Status::failure(hasReason ? result.s : call + ": failed");
     result.Clear();
     return failed;
 }

@@ -97,7 +97,7 @@ void writeRecord(const Record& record, FltToken& token, std::uint32_t revision) 
 template <typename Record, typename Family, std::uint16_t code>
 void FltRecordOf<Record, Family, code>::write(FltStream& stream) {
     nameFor(stream);
-    FltRecord::write(stream);
+    Family::write(stream);
 }
 
 template <typename Record, typename Family, std::uint16_t code>

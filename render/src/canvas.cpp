@@ -601,9 +601,9 @@ void CanvasRows::layered(const TextureCorner (&corners)[3], const Texture* textu
     if (planes.isFlat()) return;
     LayerShader shader(planes, corners, texture, layers, detail, fill.hour);
     if (blended || fill.opacity < 1)
-        shade<true>(a, b, c, fill, std::move(shader));
+        shade<true>(a, b, c, fill, shader);
     else
-        shade<false>(a, b, c, fill, std::move(shader));
+        shade<false>(a, b, c, fill, shader);
 }
 
 inline void CanvasRows::plot(int x, int y, float depth, const Paint& paint, float coverage) {

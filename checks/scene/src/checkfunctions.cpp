@@ -131,6 +131,7 @@ std::vector<DWORD>& lastFound() {
 void findNodes(const FPParams& params, FPValue& result) {
     const std::vector<INode*> nodes = Query(textOf(params[0])).find(host());
     std::vector<DWORD> handles;
+    handles.reserve(nodes.size());
     for (const INode* const node : nodes) handles.push_back(node->GetHandle());
     lastFound() = std::move(handles);
     result.SetInt(countOf(nodes.size()));

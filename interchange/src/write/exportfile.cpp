@@ -49,7 +49,7 @@ void writeTo(const std::string& path, const std::string& temporary, DatabaseHead
 std::string summaryOf(const Plan& plan) {
     KindCounts counts;
     for (const PlanNode& node : plan.nodes) ++counts[static_cast<std::uint16_t>(node.kind)];
-    const std::string summary = text(TextId::kExported, {textOf(counts)});
+    std::string summary = text(TextId::kExported, {textOf(counts)});
     if (plan.otherDatabases == 0) return summary;
     return text(TextId::kLeftOut, {summary, counted(plan.otherDatabases, TextId::kOtherDatabase)});
 }

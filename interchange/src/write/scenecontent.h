@@ -43,7 +43,7 @@ private:
 
 /// What was collected. Nodes are known by their indices in the plan.
 struct SceneContent {
-    SceneContent(std::size_t nodes, Losses lost) : polygons(nodes), losses(lost) {}
+    SceneContent(std::size_t nodes, Losses lost) : polygons(nodes), losses(std::move(lost)) {}
 
     /// The index that the node's record is to have instead of its own; nothing where it stays.
     std::optional<std::int32_t> lightOf(std::uint32_t node) const { return at(lights, node); }

@@ -30,7 +30,7 @@ bool addTextureAttr(Texmap* texmap) {
     OwnedPtr<CustAttrib> mark(
         static_cast<CustAttrib*>(CreateInstance(CUST_ATTRIB_CLASS_ID, kTextureAttrClassId)));
     if (!mark || !attributes->InsertCustAttrib(0, mark.get())) return false;
-    mark.release();
+    static_cast<void>(mark.release());  // the container's now
     return true;
 }
 

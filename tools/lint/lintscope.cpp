@@ -1,0 +1,50 @@
+// Loaded into clang-tidy by cmake/lint.
+//
+// clang-tidy matches its checks against everything that a source includes, and drops what it found
+// in system headers: most of its time. Here it is told to look at the declarations of ours alone.
+// What a source was made of is written to the file that LINT_FILES names, one path a line.
+#include <clang/AST/ASTConsumer.h>
+#include <clang/AST/ASTContext.h>
+#include <clang/Frontend/FrontendPluginRegistry.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+class OwnDeclarations : public clang::ASTConsumer {
+    void HandleTranslationUnit(clang::ASTContext& context) override {
+        const clang::SourceManager& sources = context.getSourceManager();
+        std::vector<clang::Decl*> own;
+        for (clang::Decl* declaration : context.getTranslationUnitDecl()->decls())
+            if (!sources.isInSystemHeader(sources.getExpansionLoc(declaration->getLocation())))
+                own.push_back(declaration);
+        context.setTraversalScope(own);
+
+        if (const char* path = std::getenv("LINT_FILES")) {
+            std::ofstream files(path);
+            for (auto file = sources.fileinfo_begin(); file != sources.fileinfo_end(); ++file)
+                if (const llvm::StringRef name = file->first->tryGetRealPathName(); !name.empty())
+                    files << name.str() << '\n';
+        }
+    }
+};
+
+class LintScope : public clang::PluginASTAction {
+    ActionType getActionType() override { return AddBeforeMainAction; }
+    bool ParseArgs(const clang::CompilerInstance&, const std::vector<std::string>&) override {
+        return true;
+    }
+    std::unique_ptr<clang::ASTConsumer> CreateASTConsumer(clang::CompilerInstance&,
+                                                          llvm::StringRef) override {
+        return std::make_unique<OwnDeclarations>();
+    }
+};
+
+const clang::FrontendPluginRegistry::Add<LintScope> added("lint-scope",
+                                                          "declarations of ours alone");
+
+}  // namespace
