@@ -150,6 +150,19 @@ function(tessera_texts name file)
     endif()
 endfunction()
 
+# tessera_host_texts(NAME NAMESPACE FILE)
+# The same, for one that speaks the host's language. The header `texts.h` beside FILE declares
+# NAMESPACE's function `textOf`, which this defines.
+function(tessera_host_texts name namespace file)
+    set(TESSERA_TEXTS ${CMAKE_CURRENT_SOURCE_DIR}/${file})
+    string(REPLACE .inc .h TESSERA_TEXTS_HEADER ${TESSERA_TEXTS})
+    set(TESSERA_TEXTS_NAMESPACE ${namespace})
+    set(_source ${CMAKE_CURRENT_BINARY_DIR}/${name}_texts.cpp)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/texts.cpp.in ${_source} @ONLY)
+    target_sources(${name} PRIVATE ${_source})
+    tessera_texts(${name} ${file})
+endfunction()
+
 # tessera_test(NAME SOURCES file... USES target... [TIMEOUT seconds])
 # A GoogleTest program. Natively every test is its own CTest entry; under Wine, where starting a
 # process is slow, the program is one entry. Both have a time limit.

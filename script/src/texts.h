@@ -2,6 +2,9 @@
 // says of scripts themselves is English, as their language is.
 #pragma once
 
+#include <base/texts.h>
+#include <kiln/language.h>
+
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -18,6 +21,8 @@ enum class TextId : unsigned {
 std::string textOf(TextId which, std::initializer_list<std::string_view> values = {});
 
 /// A name or value between the quotation marks of the language.
-std::string quotedText(std::string_view text);
+inline std::string quotedText(std::string_view text) {
+    return base::quotedText(text, static_cast<base::Language>(GetLanguage()));
+}
 
 }  // namespace script

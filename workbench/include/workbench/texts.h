@@ -9,7 +9,7 @@ namespace workbench {
 
 enum class TextId : unsigned {
 #define TEXT_ROW(name, id, chinese, english) name = id,
-#include "../../src/core/texts.inc"
+#include "texts.inc"
 #undef TEXT_ROW
 };
 
