@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 using checks::Query, checks::QueryError;
-using testing::ElementsAre, testing::IsEmpty;
 
 namespace {
 

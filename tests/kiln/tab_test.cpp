@@ -60,7 +60,7 @@ TEST(TabTest, HoldsWhatAVectorHolds) {
     EXPECT_FALSE(copy == tab);
     const Tab<int> moved = std::move(tab);
     EXPECT_EQ(moved.Count(), copy.Count());
-    EXPECT_TRUE(tab.IsEmpty());
+    EXPECT_TRUE(tab.IsEmpty());  // NOLINT(bugprone-use-after-move)
 }
 
 }  // namespace

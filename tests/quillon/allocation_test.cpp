@@ -46,7 +46,7 @@ TEST(AllocationTest, AWarmReaderReadsWithoutAllocating) {
     for (int i = 0; i < 50; ++i) bytes.insert(bytes.end(), once.begin(), once.end());
 
     std::array<std::unique_ptr<FltRecord>, 128> records;
-    for (std::uint16_t opcode = 0; opcode < records.size(); ++opcode)
+    for (std::uint16_t opcode = 0; std::size_t{opcode} < records.size(); ++opcode)
         records[opcode] = fltCreateRecord(opcode);
     FltFileReader reader(bytes);
     std::size_t before = 0;

@@ -1,7 +1,6 @@
 #include "enginefixture.h"
 
 using testing::HasSubstr;
-using testing::StartsWith;
 
 namespace {
 

@@ -4,7 +4,10 @@
 #include <quillon/fltopcode.h>
 #include <tessera/browserclient.h>
 
+#include <array>
+#include <bit>
 #include <cmath>
+#include <cstddef>
 #include <cstring>
 #include <functional>
 #include <map>
@@ -231,7 +234,8 @@ TEST_F(BrowserClientTest, EachEditIsOneStepAndEachRefusalNone) {
 }
 
 bool sameBits(const Matrix3& a, const Matrix3& b) {
-    return std::memcmp(&a, &b, sizeof a) == 0;
+    using Bits = std::array<std::byte, sizeof a>;
+    return std::bit_cast<Bits>(a) == std::bit_cast<Bits>(b);
 }
 
 Matrix3 rotated() {
