@@ -114,7 +114,8 @@ void globalEdit(const Edited& edited) {
     for (const auto& [first, second] : kValues) {
         bare.push_back(bareLoop(nodes, row, first));
         typed.push_back(editByKeyboard(form, second));
-        require(fltAttrLoad(nodes.back(), kFltRevision) && row.value.text()[0] == second[0],
+        require(fltAttrLoad(nodes.back(), kFltRevision) &&
+                    static_cast<unsigned char>(row.value.text()[0]) == second[0],
                 "the edit did not reach the last node");
         alone.push_back(editLoop(nodes, edited.kind, row, first));
     }

@@ -1,6 +1,6 @@
 #include <base/resources.h>
 
-extern "C" IMAGE_DOS_HEADER __ImageBase;
+extern "C" IMAGE_DOS_HEADER __ImageBase;  // NOLINT(bugprone-reserved-identifier): the linker's
 
 namespace base {
 

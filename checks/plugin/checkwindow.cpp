@@ -21,8 +21,7 @@
 #include <new>
 #include <utility>
 
-using framework::CDialog, framework::CWaitCursor, framework::ModuleScope, framework::heightOf,
-    framework::widthOf;
+using framework::CWaitCursor, framework::heightOf, framework::widthOf;
 
 namespace checks {
 

@@ -50,6 +50,7 @@ HINSTANCE CWinApp::Instance() const noexcept {
     return moduleInstance();
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): as it is described.
 void CWinApp::OnException(std::exception_ptr exception) {
     ::OutputDebugStringW(
         base::toWide("Exception in a window procedure: " + describe(exception) + "\n").c_str());

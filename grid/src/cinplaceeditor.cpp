@@ -7,8 +7,7 @@
 
 #include <algorithm>
 
-using framework::CComboBox, framework::CEdit, framework::CWnd, framework::SelectScope,
-    framework::WindowDc, framework::heightOf, framework::widthOf;
+using framework::CWnd, framework::SelectScope, framework::WindowDc, framework::heightOf;
 
 namespace grid {
 

@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <numeric>
 
-using framework::CWaitCursor, framework::CWnd, framework::GdiBrush, framework::GdiFont,
-    framework::SelectScope, framework::heightOf, framework::widthOf, framework::windowDpi;
+using framework::CWaitCursor, framework::GdiBrush, framework::GdiFont, framework::SelectScope,
+    framework::heightOf, framework::widthOf, framework::windowDpi;
 
 namespace grid {
 

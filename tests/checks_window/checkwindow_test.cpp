@@ -13,7 +13,7 @@
 #include <memory>
 #include <set>
 
-using testing::ElementsAre, testing::HasSubstr, testing::IsEmpty, testing::StartsWith;
+using testing::ElementsAre, testing::HasSubstr, testing::StartsWith;
 
 namespace {
 

@@ -246,5 +246,5 @@ TEST(ImageList, AddsMaskedImagesAndDeclaresAnOverlay) {
     EXPECT_TRUE(list.SetOverlayImage(0, 1));
     CImageList taken = std::move(list);
     EXPECT_EQ(taken.Count(), 1);
-    EXPECT_EQ(list.Handle(), nullptr);
+    EXPECT_EQ(list.Handle(), nullptr);  // NOLINT(bugprone-use-after-move)
 }

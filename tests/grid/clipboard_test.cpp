@@ -1,7 +1,6 @@
 #include "gridhost.h"
 
 using grid::CellId;
-using grid::CellRange;
 using gridtest::Edited;
 using testinput::key;
 

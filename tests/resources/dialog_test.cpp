@@ -36,11 +36,13 @@ struct Expected {
 };
 
 void expectControls(const DialogTemplate& actual, std::span<const Expected> expected) {
-    for (const auto& [id, className, caption] : expected) {
+    for (const Expected& wanted : expected) {
+        const auto& [id, className, caption] = wanted;
         SCOPED_TRACE(id);
         const auto found = std::find_if(
-            actual.controls.begin(), actual.controls.end(),
-            [&](const Control& control) { return control.id == id && control.caption == caption; });
+            actual.controls.begin(), actual.controls.end(), [&wanted](const Control& control) {
+                return control.id == wanted.id && control.caption == wanted.caption;
+            });
         ASSERT_NE(found, actual.controls.end()) << caption;
         // The resource compiler writes capitals; the system does not tell them apart.
         EXPECT_STRCASEEQ(found->className.c_str(), className);

@@ -34,7 +34,7 @@ fs::path folderOf(INode& database, const Interface& host) {
     const std::string name = interchange::sourceFileOf(database);
     fs::path first;
     for (const int id : {KILN_IMPORT_DIR, KILN_SCENE_DIR}) {
-        const fs::path folder = wholePath(base::pathFrom(host.GetDir(id)));
+        fs::path folder = wholePath(base::pathFrom(host.GetDir(id)));
         if (folder.empty()) continue;
         if (!name.empty() && base::isFile(folder / base::pathFrom(name))) return folder;
         if (first.empty()) first = folder;
@@ -48,7 +48,7 @@ std::string nameFrom(const fs::path& folder, const fs::path& path) {
     return base::genericTextOf(relative.empty() ? whole : relative);
 }
 
-FolderChange::FolderChange(fs::path from, fs::path to)
+FolderChange::FolderChange(const fs::path& from, const fs::path& to)
     : from_(wholePath(from)), to_(wholePath(to)) {}
 
 std::string FolderChange::operator()(const std::string& name) {

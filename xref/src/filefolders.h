@@ -22,7 +22,7 @@ std::string nameFrom(const std::filesystem::path& folder, const std::filesystem:
 /// Names that a file of one folder has for others, as one of another folder has them.
 class FolderChange {
 public:
-    FolderChange(std::filesystem::path from, std::filesystem::path to);
+    FolderChange(const std::filesystem::path& from, const std::filesystem::path& to);
 
     /// A name (UTF-8) that leads nowhere from the first folder stays as it is, as does an absolute
     /// one.

@@ -14,7 +14,7 @@
 #include <utility>
 
 using framework::loadString;
-using grid::CGridCtrl, grid::CInPlaceList;
+using grid::CInPlaceList;
 
 namespace tessera {
 namespace {

@@ -10,8 +10,6 @@
 #include <algorithm>
 #include <utility>
 
-using framework::CDialog;
-
 namespace tessera {
 namespace {
 

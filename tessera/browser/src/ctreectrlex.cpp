@@ -7,8 +7,6 @@
 #include <cstring>
 #include <utility>
 
-using framework::CTreeCtrl;
-
 namespace tessera {
 namespace {
 

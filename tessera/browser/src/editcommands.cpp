@@ -175,6 +175,7 @@ bool EditCommands::mayAttach(const std::vector<TreeItem*>& items, const TreeItem
 
 void EditCommands::attachAll(const std::vector<TreeItem*>& items, HTREEITEM target) {
     std::vector<HTREEITEM> handles;
+    handles.reserve(items.size());
     for (const TreeItem* item : items) handles.push_back(item->handle);
     const RedrawPause pause(tree_);
     fltkilnutil::ActionScope scope(fltkilnutil::Action::kAttach);

@@ -27,7 +27,7 @@
 #include <cstdio>
 #include <new>
 
-using framework::CDialog, framework::CWaitCursor, framework::loadString;
+using framework::CWaitCursor, framework::loadString;
 using grid::CGridCtrl;
 
 namespace tessera {

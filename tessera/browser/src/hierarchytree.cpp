@@ -8,7 +8,7 @@
 
 #include <cstdlib>
 
-using framework::CWnd, framework::loadString;
+using framework::loadString;
 
 namespace tessera {
 namespace {

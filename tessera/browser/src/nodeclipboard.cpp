@@ -18,7 +18,7 @@ namespace tessera {
 std::vector<TreeItem*> NodeClipboard::chosen() const {
     std::vector<TreeItem*> items;
     if (!tree_.isUsable()) return items;
-    const std::vector<TreeItem*> selected = tree_.Model().selected();
+    std::vector<TreeItem*> selected = tree_.Model().selected();
     if (selected.empty()) return items;
     // Looking at a path for each is quicker than a walk over everything, as long as there are few.
     const auto above = [](const TreeItem* item) {
@@ -120,6 +120,7 @@ void NodeClipboard::remove() {
     const CWaitCursor wait;
     std::vector<HTREEITEM> items;
     const std::vector<TreeItem*> originals = chosen();
+    items.reserve(originals.size());
     for (const TreeItem* item : originals) items.push_back(item->handle);
     const TreeItem* next = originals.back();
     while (next->next && next->next->selected) next = next->next;

@@ -15,7 +15,7 @@
 #include <array>
 #include <string>
 
-using framework::heightOf, framework::widthOf, framework::loadString;
+using framework::loadString;
 
 namespace tessera {
 namespace {

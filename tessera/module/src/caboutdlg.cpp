@@ -4,7 +4,7 @@
 #include <resources/resource.h>
 #include <tessera/browserexports.h>
 
-using framework::CDialog, framework::ModuleScope;
+using framework::ModuleScope;
 
 CAboutDlg::CAboutDlg(HWND parent) : CDialog(IDD_ABOUT, parent) {}
 
