@@ -203,13 +203,25 @@ std::size_t Painter::drawStandIn(const Appearance& appearance, int level) {
     const Vec3 axes[3] = {camera_->toView(appearance.place.offset({1, 0, 0})),
                           camera_->toView(appearance.place.offset({0, 1, 0})),
                           camera_->toView(appearance.place.offset({0, 0, 1}))};
-    // A point stands for a cell of the grid: a pixel is its if its middle is, as with surfaces.
+    // A point stands for a cell of the grid: the pixels are its whose middles are, as with
+    // surfaces.
     const float cell = static_cast<float>(standIn.extent()) / static_cast<float>(1 << level);
     const float half = cell / 2 * camera_->pixelsPerUnitInView(middle);
-    const float beside = half * (std::abs(axes[0].x) + std::abs(axes[1].x) + std::abs(axes[2].x));
-    const float above = half * (std::abs(axes[0].y) + std::abs(axes[1].y) + std::abs(axes[2].y));
+    // Where it is turned it must not make the model larger.
+    const float most = std::max(half * 1.25f, 0.5f);
+    const auto reachOf = [&](float Vec3::*along) {
+        const float sides =
+            std::abs(axes[0].*along) + std::abs(axes[1].*along) + std::abs(axes[2].*along);
+        return std::min(half * sides, most);
+    };
+    const float beside = reachOf(&Vec3::x), above = reachOf(&Vec3::y);
+    const bool isDot = level == 0 || (beside <= 0.5f && above <= 0.5f);
     const auto holdsMiddle = [](float place, float reach) {
         return std::abs(place - std::floor(place) - 0.5f) <= reach;
+    };
+    const auto isNear = [](float place, int pixels) {
+        constexpr float kBeside = 16;
+        return place > -kBeside && place < static_cast<float>(pixels) + kBeside;
     };
     Paint paint{0, 1, appearance.item, 0, true};
     const auto points = standIn.points(level);
@@ -227,9 +239,18 @@ std::size_t Painter::drawStandIn(const Appearance& appearance, int level) {
             middle + axes[0] * point.place.x + axes[1] * point.place.y + axes[2] * point.place.z;
         if (!(area > 0) || view.z < camera_->nearDistance()) continue;
         const ScreenPoint place = camera_->toScreen(view);
-        if (level > 0 && !(holdsMiddle(place.x, beside) && holdsMiddle(place.y, above))) continue;
         paint.color = colorOf(color * (1 / area));
-        rows_.dot(place, paint);
+        if (isDot) {
+            const bool isOwn =
+                level == 0 || (holdsMiddle(place.x, beside) && holdsMiddle(place.y, above));
+            if (isOwn) rows_.dot(place, paint);
+            continue;
+        }
+        if (!isNear(place.x, rows_.width()) || !isNear(place.y, rows_.height())) continue;
+        const float right = place.x + beside, bottom = place.y + above;
+        for (float y = std::ceil(place.y - above - 0.5f) + 0.5f; y <= bottom; y += 1)
+            for (float x = std::ceil(place.x - beside - 0.5f) + 0.5f; x <= right; x += 1)
+                rows_.dot({x, y, place.depth}, paint);
     }
     return points.size();
 }

@@ -19,7 +19,7 @@ constexpr Vec3 kSkyTop{0x4A, 0x55, 0x60}, kSkyBottom{0x7A, 0x85, 0x8F};
 constexpr float kTiny = 0.5f;
 
 /// What is smaller is shown by points that stand for it; a radius, in pixels.
-constexpr float kLargestStandIn = 6;
+constexpr float kLargestStandIn = 9;
 
 /// Pixels to a side, of which it is known what hides all that is behind it.
 constexpr int kTile = 8;
@@ -251,7 +251,7 @@ void Renderer::Frame::choose(std::size_t threads) {
 /// Where there is much in models that are placed in the scene, the largest are drawn beforehand:
 /// what is behind them all over needs not be looked at. The picture stays the same.
 void Renderer::Frame::findHidden(std::size_t threads, const Appearance& whole) {
-    constexpr std::uint64_t kWorthIt = 50'000, kMostHiding = 25'000;  // items
+    constexpr std::uint64_t kWorthIt = 50'000, kMostHiding = 5'000;  // items
     if (options->mode == DrawMode::kWireframe || scene->placements().empty()) return;
     workers.run(threads, partCount, [this](std::size_t part) { findPlaced(parts[part]); });
     std::vector<Placed> all;
@@ -448,10 +448,15 @@ bool Renderer::Frame::seeStandIn(Part& part, std::uint32_t which, Vec3 centre, f
     const float pixels = camera->pixelsPerUnitInView(centre);
     if (!standIn || appearance.opacity < 1 || !(radius * pixels < kLargestStandIn)) return false;
     const float extent = appearance.length(static_cast<float>(standIn->extent()));
-    const int level = StandIn::levelFor(extent * pixels);
-    if (level > StandIn::kFinest) return false;
+    int level = StandIn::levelFor(extent * pixels);
+    const auto isTooMuch = [&] {
+        return level > StandIn::kFinest ||
+               standIn->points(level).size() > appearance.model->weight();
+    };
+    // Of half as many to a side each is a square of a few pixels.
+    if (level > 0 && isTooMuch()) --level;
+    if (isTooMuch()) return false;
     const std::size_t points = standIn->points(level).size();
-    if (points > appearance.model->weight()) return false;
     Seen seen = seenAt(which, centre, radius, 2);
     seen.level = level;
     part.solid.push_back(seen);

@@ -771,7 +771,8 @@ TEST_F(RendererTest, AModelOfAFewPixelsLooksAsIfAllOfItWereDrawn) {
     Canvas other;
     other.resize(kWidth, kHeight);
     const Vec3d middle = scene_.box().centre();
-    for (const Vec3d eye : {Vec3d{0, -30, 900}, Vec3d{-500, -600, 300}, Vec3d{100, -900, 60}}) {
+    for (const Vec3d eye :
+         {Vec3d{0, -30, 900}, Vec3d{0, -30, 600}, Vec3d{-500, -600, 300}, Vec3d{100, -900, 60}}) {
         ASSERT_TRUE(camera_.lookFrom(middle + eye, middle));
         draw();
         const std::size_t triangles = renderer_.trianglesDrawn();
