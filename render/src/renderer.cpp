@@ -102,6 +102,7 @@ struct Renderer::Frame {
         std::vector<std::uint8_t> shown = {};  ///< by range of each placed appearance
         std::vector<double> load =
             {};  ///< by row: how much more there is to do than in the one above
+        double work = 0, workByRows = 0;  ///< of all, and that of each times its rows
 
         void clear();
     };
@@ -139,7 +140,7 @@ struct Renderer::Frame {
     void chooseRanges(Appearance& appearance, std::vector<std::uint8_t>& ranges) const;
     void addLoad(Part& part, const Seen& seen, double work) const;
     void orderTranslucent();
-    void shareOut(std::span<Part> all, std::size_t bands);
+    void shareOut(std::span<Part> all, std::size_t threads);
     void drawBand(std::size_t band);
     std::size_t drawSeen(Painter& painter, const Part& part, const Seen& seen, int first, int end);
     void drawOutline();
@@ -179,8 +180,7 @@ void Renderer::draw(const SceneModel& scene, const Camera& camera, const RenderO
     const std::size_t threads =
         options.threads != 0 ? options.threads : std::max(std::thread::hardware_concurrency(), 1U);
     frame.choose(threads);
-    frame.shareOut(std::span(frame.parts).first(frame.partCount),
-                   threads == 1 ? 1 : threads * kBandsPerThread);
+    frame.shareOut(std::span(frame.parts).first(frame.partCount), threads);
     const std::size_t bands = frame.painters.size();
     frame.workers.run(threads, bands, [&frame](std::size_t band) { frame.drawBand(band); });
     trianglesDrawn_ = 0;
@@ -202,6 +202,7 @@ void Renderer::Frame::Part::clear() {
     placed.clear();
     marks.clear();
     shown.clear();
+    work = workByRows = 0;
 }
 
 void Renderer::Frame::chooseRanges(Appearance& appearance,
@@ -300,7 +301,7 @@ void Renderer::Frame::drawHiders(std::size_t threads, const std::vector<Placed>&
     for (const Placed& one : placed) see(hiders, 0, one.item, false);
     RenderOptions plain = *options;
     plain.mode = DrawMode::kShaded;
-    shareOut({&hiders, 1}, threads == 1 ? 1 : threads * kBandsPerThread);
+    shareOut({&hiders, 1}, threads);
     workers.run(threads, painters.size(), [&](std::size_t band) {
         const int first = borders[band], end = borders[band + 1];
         painters[band].begin(*camera, plain, lighting, canvas->rows(first, end));
@@ -497,21 +498,35 @@ void Renderer::Frame::addLoad(Part& part, const Seen& seen, double work) const {
     const auto end = static_cast<std::size_t>(std::clamp(seen.bottom, 0, canvas->height()));
     if (end <= first) return;
     const double each = work / static_cast<double>(end - first);
+    part.work += work;
+    part.workByRows += work * static_cast<double>(end - first);
     part.load[first] += each;
     part.load[end] -= each;
 }
 
 /// Makes bands that have about as much to do as each other.
-void Renderer::Frame::shareOut(std::span<Part> all, std::size_t bands) {
+void Renderer::Frame::shareOut(std::span<Part> all, std::size_t threads) {
     const auto rows = static_cast<std::size_t>(canvas->height());
-    bands = std::min(bands, rows);
     // Filling a row takes its time, too.
     const double perRow = canvas->width() / 16.;
     std::vector<double>& load = all.front().load;
-    for (const Part& part : all.subspan(1))
+    double work = all.front().work, workByRows = all.front().workByRows;
+    for (const Part& part : all.subspan(1)) {
         for (std::size_t row = 0; row < rows; ++row) load[row] += part.load[row];
-    double sum = 0, here = 0;
-    for (std::size_t row = 0; row < rows; ++row) sum += (here += load[row]) + perRow;
+        work += part.work;
+        workByRows += part.workByRows;
+    }
+    double sum = 0, squares = 0, here = 0;
+    for (std::size_t row = 0; row < rows; ++row) {
+        sum += (here += load[row]) + perRow;
+        squares += here * here;
+    }
+    // What reaches across borders is worked out on both sides: few, where most would.
+    constexpr double kMostTwice = 0.25;
+    std::size_t bands = threads == 1 ? 1 : threads * kBandsPerThread;
+    const double twice = static_cast<double>(bands - 1) * workByRows * squares;
+    if (twice > kMostTwice * work * work * work) bands = threads;
+    bands = std::min(bands, rows);
     borders.assign(1, 0);
     double done = here = 0;
     for (std::size_t row = 0; row < rows && borders.size() < bands; ++row) {
