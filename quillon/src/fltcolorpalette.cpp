@@ -35,6 +35,11 @@ struct quillon::Layout<FltColorPalette> {
             const auto layout = [](auto& each, auto& color) { layoutOldColor(each, color); };
             codec.items(record.colors, layout, FltColorPalette::kOldEntries);
             codec.items(record.fixedColors, layout, FltColorPalette::kFixedColors);
+            // Behind fewer colors stand no names: with the padding they would be one color more.
+            if (record.fixedColors.size() < FltColorPalette::kFixedColors) {
+                if constexpr (requires { record.nameTable.clear(); }) record.nameTable.clear();
+                return;
+            }
         }
         codec.rest("nameTable", record.nameTable);
     }
