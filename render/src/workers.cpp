@@ -6,7 +6,10 @@
 namespace render {
 
 Workers::~Workers() {
-    for (std::jthread& thread : threads_) thread.request_stop();
+    {
+        const std::lock_guard lock(mutex_);
+        isEnding_ = true;
+    }
     begun_.notify_all();
 }
 
@@ -14,7 +17,7 @@ void Workers::run(std::size_t threads, std::size_t jobs,
                   const std::function<void(std::size_t)>& job) {
     try {
         while (threads_.size() + 1 < threads && threads_.size() + 1 < jobs)
-            threads_.emplace_back([this](const std::stop_token& stop) { work(stop); });
+            threads_.emplace_back([this] { work(); });
     } catch (const std::system_error&) {
         // The system gives no more.
     }
@@ -31,15 +34,17 @@ void Workers::run(std::size_t threads, std::size_t jobs,
     if (failure_) std::rethrow_exception(std::exchange(failure_, nullptr));
 }
 
-void Workers::work(const std::stop_token& stop) {
+void Workers::work() {
     std::unique_lock lock(mutex_);
-    while (begun_.wait(lock, stop, [&] { return wanted_ > 0 && next_ < jobs_; })) {
+    for (;;) {
+        begun_.wait(lock, [&] { return isEnding_ || (wanted_ > 0 && next_ < jobs_); });
+        if (isEnding_) return;
         --wanted_;
         takeJobs(lock);
     }
 }
 
-void Workers::takeJobs(std::unique_lock<std::mutex>& lock) {
+void Workers::takeJobs(std::unique_lock<Mutex>& lock) {
     while (next_ < jobs_) {
         const std::size_t mine = next_++;
         lock.unlock();
