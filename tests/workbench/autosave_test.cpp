@@ -141,6 +141,9 @@ TEST_F(AutoSaveTest, SlicesAreOneScene) {
 }
 
 TEST_F(AutoSaveTest, OffersWhatAProgramLeftAndNothingElse) {
+    const std::string imports = base::textOf(folder_.path() / u8"导入"), sceneFolder = path_;
+    core_.setDirectory(KILN_IMPORT_DIR, imports);
+    core_.setDirectory(KILN_SCENE_DIR, sceneFolder);
     std::string text;
     {
         AutoSave save(core_, path_);
@@ -151,7 +154,9 @@ TEST_F(AutoSaveTest, OffersWhatAProgramLeftAndNothingElse) {
     }  // as after a crash
     std::vector<AsidePlace> left = AsidePlace::left(path_);
     ASSERT_EQ(left.size(), 1u);
-    EXPECT_EQ(left[0].name(), "scene");
+    EXPECT_EQ(left[0].origin().name, "scene");
+    EXPECT_EQ(left[0].origin().importFolder, imports);
+    EXPECT_EQ(left[0].origin().sceneFolder, sceneFolder);
     EXPECT_EQ(contentOf(left[0].scene()), text);
     const auto age = std::chrono::system_clock::now() - left[0].time();
     EXPECT_GE(age, -2s);

@@ -16,6 +16,14 @@
 
 namespace workbench {
 
+/// What a scene file itself does not say of its scene.
+struct AsideOrigin {
+    std::string name;  ///< what the user calls it; empty for none
+    /// Where its references and pictures are looked for, as `KILN_IMPORT_DIR` and `KILN_SCENE_DIR`
+    /// were; empty where that is not known.
+    std::string importFolder, sceneFolder;
+};
+
 /// A place for one scene in the folder of scenes saved aside. It is one program's: a lock file that
 /// the program holds says so, and no longer than it runs.
 class AsidePlace {
@@ -31,9 +39,8 @@ public:
     bool hasScene() const;
     /// When the scene was saved aside.
     std::chrono::system_clock::time_point time() const;
-    /// What the user calls the scene.
-    std::string name() const;
-    void setName(const std::string& name) const;
+    AsideOrigin origin() const;
+    void setOrigin(const AsideOrigin& origin) const;
     /// Deletes the scene.
     void clear() const;
     /// Deletes all there is, and ends the lock.

@@ -40,15 +40,15 @@ void Recovery::start() {
 bool Recovery::offer() {
     if (folder_.empty()) return false;
     for (AsidePlace& place : AsidePlace::left(folder_)) {
-        const std::string name = place.name();
-        const std::string question =
-            textOf(TextId::kRecover,
-                   {name.empty() ? textOf(TextId::kUntitled) : name, textOf(place.time())});
+        const AsideOrigin origin = place.origin();
+        const std::string question = textOf(
+            TextId::kRecover,
+            {origin.name.empty() ? textOf(TextId::kUntitled) : origin.name, textOf(place.time())});
         const int answer =
             window_.ShowMessage(question, MB_YESNOCANCEL | MB_ICONQUESTION, kProgramName);
         if (answer == IDCANCEL) return false;
         if (answer == IDNO) place.remove();
-        if (answer == IDYES && files_.recover(place.scene(), name)) {
+        if (answer == IDYES && files_.recover(place.scene(), origin)) {
             save_.adopt(std::move(place));
             return true;
         }

@@ -235,16 +235,18 @@ kiln::ImportResult SceneFiles::openFile(const std::string& path) {
     return result;
 }
 
-bool SceneFiles::recover(const std::string& aside, const std::string& name) {
+bool SceneFiles::recover(const std::string& aside, const AsideOrigin& origin) {
     const std::string formerFolder = core_.hostInterface().GetDir(KILN_SCENE_DIR);
     const kiln::ImportResult result = run(
-        textOf(TextId::kOpening, {name}),
+        textOf(TextId::kOpening, {origin.name}),
         [&](const kiln::ProgressFunction& progress) { return core_.loadScene(aside, progress); });
     if (result.code == IMPEXP_FAIL) showFailure(TextId::kCannotOpen, aside, result);
     if (!result.ok()) return false;
-    core_.setDirectory(KILN_SCENE_DIR, formerFolder);
+    core_.setDirectory(KILN_SCENE_DIR,
+                       origin.sceneFolder.empty() ? formerFolder : origin.sceneFolder);
+    if (!origin.importFolder.empty()) core_.setDirectory(KILN_IMPORT_DIR, origin.importFolder);
     path_.clear();
-    sourceName_ = name;
+    sourceName_ = origin.name;
     core_.setModified(true);
     client_.sceneReplaced();
     return true;

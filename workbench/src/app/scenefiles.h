@@ -7,6 +7,7 @@
 #include <framework/cwnd.h>
 #include <framework/filedialog.h>
 #include <kiln/host/host.h>
+#include <workbench/autosave.h>
 #include <workbench/recentfiles.h>
 #include <workbench/texts.h>
 
@@ -51,9 +52,10 @@ public:
     /// Opens a .kiln scene, or any other file that a plug-in imports, in place of the scene. The
     /// message is then a summary. After a failure the scene is as it was.
     kiln::ImportResult openFile(const std::string& path);
-    /// Opens a scene that was saved aside, of which the user calls it `name`. It is one that has no
-    /// file yet and has changes. False, and the user was told, when it cannot be opened.
-    bool recover(const std::string& aside, const std::string& name);
+    /// Opens a scene that was saved aside. It is one that has no file yet and has changes; what it
+    /// refers to is looked for where it came from. False, and the user was told, when it cannot be
+    /// opened.
+    bool recover(const std::string& aside, const AsideOrigin& origin);
     /// Exports behind a progress dialog. After anything but success a file that was there is as it
     /// was.
     kiln::ImportResult exportFile(const std::string& path, const kiln::ExportChoice& choice);

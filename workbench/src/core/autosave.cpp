@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <exception>
 #include <random>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -15,6 +16,9 @@ namespace {
 
 constexpr std::size_t kPiece = std::size_t{1} << 14;
 constexpr std::size_t kMostPending = std::size_t{64} << 20;
+
+// What these lines begin with; that of the name is any other.
+constexpr std::string_view kImportFolder = "import folder: ", kSceneFolder = "scene folder: ";
 
 std::string newStem(const std::string& folder) {
     std::random_device random;
@@ -80,13 +84,22 @@ std::chrono::system_clock::time_point AsidePlace::time() const {
            std::chrono::duration_cast<std::chrono::system_clock::duration>(ago);
 }
 
-std::string AsidePlace::name() const {
-    const std::vector<std::string> lines = readUserFile(stem_ + ".txt");
-    return lines.empty() ? std::string() : lines.front();
+AsideOrigin AsidePlace::origin() const {
+    AsideOrigin origin;
+    for (const std::string& line : readUserFile(stem_ + ".txt")) {
+        if (line.starts_with(kImportFolder))
+            origin.importFolder = line.substr(kImportFolder.size());
+        else if (line.starts_with(kSceneFolder))
+            origin.sceneFolder = line.substr(kSceneFolder.size());
+        else
+            origin.name = line;
+    }
+    return origin;
 }
 
-void AsidePlace::setName(const std::string& name) const {
-    writeUserFile(stem_ + ".txt", {name});
+void AsidePlace::setOrigin(const AsideOrigin& origin) const {
+    writeUserFile(stem_ + ".txt", {origin.name, std::string(kImportFolder) + origin.importFolder,
+                                   std::string(kSceneFolder) + origin.sceneFolder});
 }
 
 void AsidePlace::clear() const {
@@ -130,7 +143,8 @@ void AutoSave::begin(const std::string& name) {
     if (!place_) place_ = AsidePlace::make(folder_);
     if (!place_) return;
     auto text = std::make_unique<kiln::SceneText>();
-    place_->setName(name);
+    Interface& host = core_.hostInterface();
+    place_->setOrigin({name, host.GetDir(KILN_IMPORT_DIR), host.GetDir(KILN_SCENE_DIR)});
     file_ = std::make_unique<BackgroundFile>(place_->scene());
     writing_ = text->changes();
     text_ = std::move(text);
