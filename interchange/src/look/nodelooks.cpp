@@ -526,9 +526,7 @@ NodeLooks::Database& NodeLooks::databaseOf(INode& header) {
         }
         if (entry.record.opcode() == kFltLineStylePalette) addLineStyle(entry.record, database);
         if (entry.record.opcode() == kFltColorPalette) {
-            database.colors.readBytes(
-                entry.record.bytes(),
-                FltColorPalette::layoutRevision(entry.record.bytes(), kept.revision));
+            database.colors.readOfFile(entry.record.bytes(), kept.revision);
         }
     }
     return database;

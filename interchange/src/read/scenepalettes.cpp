@@ -8,8 +8,7 @@ namespace interchange {
 
 ScenePalettes::ScenePalettes(const FileIndex& file, Interface& host) : file_(file), host_(host) {
     if (file.colorPalette != 0) {
-        const auto bytes = file.recordAt(file.colorPalette).bytes();
-        colors_.readBytes(bytes, FltColorPalette::layoutRevision(bytes, file.revision));
+        colors_.readOfFile(file.recordAt(file.colorPalette).bytes(), file.revision);
     }
     readLights();
 }

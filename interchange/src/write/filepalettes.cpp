@@ -69,7 +69,7 @@ void FilePalettes::read(const SourceRecords& kept) {
 /// Of several color palettes the first is the one that counts.
 void FilePalettes::readColors(const FltRecordView& record) {
     if (std::exchange(hasColors_, true)) return;
-    colors_.readBytes(record.bytes(), FltColorPalette::layoutRevision(record.bytes(), revision_));
+    colors_.readOfFile(record.bytes(), revision_);
 }
 
 void FilePalettes::readLight(const FltRecordView& record) {

@@ -32,6 +32,11 @@ public:
     static std::uint32_t layoutRevision(std::span<const std::uint8_t> record,
                                         std::uint32_t revision) noexcept;
 
+    /// Reads a record, header included, of a file of `revision` by that layout.
+    void readOfFile(std::span<const std::uint8_t> record, std::uint32_t revision) {
+        readBytes(record, layoutRevision(record, revision));
+    }
+
     /// All colors of the present form are there, or all of the older one.
     bool isWhole() const noexcept { return colors.size() == kEntries || isOld(); }
     bool isOld() const noexcept {
