@@ -50,7 +50,7 @@ HINSTANCE CWinApp::Instance() const noexcept {
     return moduleInstance();
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): as it is described.
+// NOLINTNEXTLINE(performance-unnecessary-value-param): overridden so.
 void CWinApp::OnException(std::exception_ptr exception) {
     ::OutputDebugStringW(
         base::toWide("Exception in a window procedure: " + describe(exception) + "\n").c_str());

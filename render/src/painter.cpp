@@ -17,11 +17,6 @@ constexpr float kEdgeBias = 6e-4f;     // edges lie upon their own surface
 constexpr float kLayerBias = 1.5e-4f;  // each layer lies upon the one below
 constexpr float kGridBias = -2e-4f;    // ground that lies in the plane of the grid hides it
 
-Vec3 channelsOf(Color color) {
-    return {static_cast<float>(color >> 16 & 0xFF), static_cast<float>(color >> 8 & 0xFF),
-            static_cast<float>(color & 0xFF)};
-}
-
 Color colorOf(Vec3 channels) {
     // In this order what is no number becomes 0.
     const auto byte = [](float value) {
@@ -161,11 +156,10 @@ void Painter::drawDot(const Item& item, const Surface& surface, ItemIndex index)
     Vec3 normal = turned(triangle.normal);
     if (dot(normal, away) > 0) normal = normal * -1.f;
     const Vec3 light = lighting_.at(toFloat(centre_ - origin_), normal, surface);
-    Vec3 color = channelsOf(triangle.color);
+    Vec3 color = vec3Of(triangle.color);
     if (surface.texture) {
         const Texture& texture = *surface.texture;
-        color =
-            product(color, channelsOf(texture.level(texture.levels() - 1).at(0, 0))) * (1 / 255.f);
+        color = product(color, vec3Of(texture.level(texture.levels() - 1).at(0, 0))) * (1 / 255.f);
     }
     Paint paint{colorOf(product(color, light) + surface.emissive * 255.f), 1, index, 0, true};
     rows_.dot(camera_->toScreen(centreView_), paint);
@@ -189,10 +183,7 @@ std::size_t Painter::drawStandIn(const Appearance& appearance, int level) {
     Surface unlit;
     unlit.lit = false;
     for (std::size_t side = 0; side < 6; ++side) {
-        const std::size_t axis = side % 3;
-        const float sign = side < 3 ? 1.f : -1.f;
-        const Vec3 normal = appearance.place.normal(
-            {axis == 0 ? sign : 0, axis == 1 ? sign : 0, axis == 2 ? sign : 0});
+        const Vec3 normal = appearance.place.normal(StandIn::outOf(side));
         const float share = dot(normal, towardsEye);
         if (share > 0)
             seen[count++] = {side, share,
@@ -310,7 +301,7 @@ void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex in
         ++drawn_;
         if (isElsewhere) continue;
         const float side = isBack ? -1.f : 1.f;
-        const Vec3 color = channelsOf(triangle.color);
+        const Vec3 color = vec3Of(triangle.color);
         fill.plane = planeOf(faceNormal, fromEye);
         Vec3 colors[3];
         if (isEven) {
@@ -329,7 +320,7 @@ void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex in
             Vec3 normal = faceNormal * side;
             if (smooth) normal = turned(finish.normal) * side;
             const Vec3 light = lighting_.at(local[corner[i]], normal, surface);
-            colors[i] = product(finish.colored ? channelsOf(finish.color) : color, light) + shining;
+            colors[i] = product(finish.colored ? vec3Of(finish.color) : color, light) + shining;
             if (glints)
                 colors[i] =
                     colors[i] + lighting_.glintAt(local[corner[i]], normal, surface) * 255.f;

@@ -14,11 +14,6 @@ constexpr std::uint64_t kMostItems = 100'000;
 /// Fewer are drawn as fast as points.
 constexpr std::uint64_t kFewestItems = 64;
 
-Vec3 channelsOf(Color color) {
-    return {static_cast<float>(color >> 16 & 0xFF), static_cast<float>(color >> 8 & 0xFF),
-            static_cast<float>(color & 0xFF)};
-}
-
 /// One grid over the model's box.
 class Grid {
 public:
@@ -116,10 +111,7 @@ private:
             StandIn::Sides turned;
             float all = 0;
             for (std::size_t i = 0; i < point.sides.size(); ++i) {
-                const float sign = i < 3 ? 1.f : -1.f;
-                const Vec3 normal = place.normal(
-                    {i % 3 == 0 ? sign : 0, i % 3 == 1 ? sign : 0, i % 3 == 2 ? sign : 0});
-                addTurned(turned, point.sides[i], normal, scale);
+                addTurned(turned, point.sides[i], place.normal(StandIn::outOf(i)), scale);
                 all += point.sides[i].area * scale;
             }
             // Most surfaces look to two sides.
@@ -130,9 +122,8 @@ private:
 
     static void addTurned(StandIn::Sides& sides, const StandIn::Side& side, Vec3 normal,
                           float scale) {
-        const float along[] = {normal.x, normal.y, normal.z};
         for (std::size_t i = 0; i < sides.size(); ++i) {
-            const float toSide = i < 3 ? along[i] : -along[i - 3];
+            const float toSide = dot(normal, StandIn::outOf(i));
             if (!(toSide > 0)) continue;
             sides[i].add(side, toSide * toSide * scale);
         }
@@ -146,7 +137,7 @@ private:
         if (surface.texture) {
             const Texture& texture = *surface.texture;
             const std::uint32_t mean = texture.level(texture.levels() - 1).at(0, 0);
-            tint = product(tint, channelsOf(mean)) * (1 / 255.f);
+            tint = product(tint, vec3Of(mean)) * (1 / 255.f);
             solid = static_cast<float>(mean >> 24) / 255;
         }
         for (const Triangle& triangle :
@@ -164,11 +155,11 @@ private:
     }
 
     static Vec3 colorOf(const SceneModel& model, const Item& item, const Triangle& triangle) {
-        if (!item.hasFinish) return channelsOf(triangle.color);
+        if (!item.hasFinish) return vec3Of(triangle.color);
         Vec3 sum;
         for (const std::uint32_t vertex : triangle.vertex) {
             const Finish& finish = model.finishes()[item.firstFinish + vertex - item.firstVertex];
-            sum = sum + channelsOf(finish.colored ? finish.color : triangle.color);
+            sum = sum + vec3Of(finish.colored ? finish.color : triangle.color);
         }
         return sum * (1 / 3.f);
     }
@@ -176,10 +167,9 @@ private:
     /// Shares of a surface by where it looks.
     static std::array<float, 6> sidesOf(const Surface& surface, Vec3 normal) {
         std::array<float, 6> shares{};
-        const float along[] = {normal.x, normal.y, normal.z};
         const bool both = surface.style != DrawStyle::kFrontOnly;
         for (std::size_t i = 0; i < shares.size(); ++i) {
-            const float toSide = i < 3 ? along[i] : -along[i - 3];
+            const float toSide = dot(normal, StandIn::outOf(i));
             if (surface.facing != Facing::kFixed)
                 shares[i] = 1;
             else if (both || toSide > 0)

@@ -807,6 +807,62 @@ TEST_F(RendererTest, AModelOfAFewPixelsLooksAsIfAllOfItWereDrawn) {
     }
 }
 
+// One whose finest points would be more than its items: the coarser ones fill what is between them.
+TEST_F(RendererTest, FewPointsOfAModelLeaveNoGaps) {
+    const auto cube = [] {
+        const auto model = std::make_shared<SceneModel>();
+        const Vec3d axes[] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+        for (std::size_t side = 0; side < 6; ++side)
+            for (int card = 0; card < 64; ++card) {
+                const Vec3d along = axes[(side + 1) % 3], up = axes[(side + 2) % 3];
+                const Vec3d at =
+                    axes[side % 3] * (side < 3 ? 8. : 0.) + along * (card % 8) + up * (card / 8);
+                model->beginItem();
+                for (const Vec3d corner : {at, at + along, at + along + up, at + up})
+                    model->addVertex(corner);
+                model->addTriangle(0, 1, 2, 0xD02010, 3);
+                model->addTriangle(0, 2, 3, 0xD02010, 6);
+                model->endItem();
+            }
+        return model;
+    };
+    const auto placing = [](SceneModel& scene, const std::shared_ptr<SceneModel>& placed) {
+        for (int i = 0; i < 100; ++i) {
+            scene.beginItem();
+            scene.setPlacement(
+                {placed, Place({1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {i % 10 * 16., i / 10 * 16., 0})});
+            scene.endItem();
+        }
+    };
+    const auto model = cube();
+    model->prepareStandIn();
+    ASSERT_TRUE(model->standIn());
+    ASSERT_GT(model->standIn()->points(StandIn::kFinest).size(), model->weight());
+    ASSERT_LT(model->standIn()->points(StandIn::kFinest - 1).size(), model->weight());
+    placing(scene_, model);
+    SceneModel whole;
+    placing(whole, cube());
+    Canvas other;
+    other.resize(kWidth, kHeight);
+    const Vec3d middle = scene_.box().centre();
+    for (const double height : {230., 250.}) {
+        ASSERT_TRUE(camera_.lookFrom(middle + Vec3d{0, -30, height}, middle));
+        draw();
+        const std::size_t drawn = renderer_.trianglesDrawn();
+        renderer_.draw(whole, camera_, {DrawMode::kShaded, false, false, 1}, other);
+        EXPECT_LT(drawn, renderer_.trianglesDrawn()) << height;
+        int gaps = 0, covered = 0;
+        for (int y = 0; y < kHeight; ++y)
+            for (int x = 0; x < kWidth; ++x) {
+                if (other.item(x, y) == kNoItem) continue;
+                ++covered;
+                gaps += canvas_.item(x, y) == kNoItem;
+            }
+        EXPECT_GT(covered, 5000) << height;
+        EXPECT_LT(gaps, covered / 8) << height;
+    }
+}
+
 // Walls before towers: what they hide is not drawn, and no pixel tells.
 TEST_F(RendererTest, WhatIsHiddenCostsNothingAndThePictureIsTheSame) {
     const auto model = tower();

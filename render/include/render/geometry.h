@@ -56,6 +56,12 @@ inline Vec3 toFloat(Vec3d a) {
     return {static_cast<float>(a.x), static_cast<float>(a.y), static_cast<float>(a.z)};
 }
 
+/// Red, green and blue, 0 to 255.
+inline Vec3 vec3Of(Color color) {
+    return {static_cast<float>(color >> 16 & 0xFF), static_cast<float>(color >> 8 & 0xFF),
+            static_cast<float>(color & 0xFF)};
+}
+
 /// An axis-aligned box; empty until a point is added.
 struct Box {
     static constexpr double kMost = std::numeric_limits<double>::max();

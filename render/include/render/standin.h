@@ -4,6 +4,7 @@
 #include <render/geometry.h>
 
 #include <array>
+#include <cstddef>
 #include <span>
 #include <vector>
 
@@ -38,6 +39,11 @@ public:
     };
     /// Towards x, y and z, and away from each.
     using Sides = std::array<Side, 6>;
+    /// Where one of them looks to, in the model.
+    static Vec3 outOf(std::size_t side) {
+        const float sign = side < 3 ? 1.f : -1.f;
+        return {side % 3 == 0 ? sign : 0, side % 3 == 1 ? sign : 0, side % 3 == 2 ? sign : 0};
+    }
 
     struct Point {
         Vec3 place;  ///< relative to `centre()`
