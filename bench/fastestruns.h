@@ -21,7 +21,7 @@ public:
     void run(int count, char** arguments);
 
     /// For every pair "X/library" and "X/MEASURE" that was run, a row with their ratio and the
-    /// bound that `boundOf` gives for X; then a row for each figure that stands alone.
+    /// bound that `boundOf` returns for X; then a row for each figure that stands alone.
     void print(Table& table, double (*boundOf)(const std::string& name)) const;
 
     bool ReportContext(const Context&) override { return true; }

@@ -44,11 +44,11 @@ public:
 
     /// The next task; false when there is none.
     using Next = std::function<bool(Task&)>;
-    /// Does a task, in the copy; what it gives is the answer.
+    /// Does a task, in the copy; what it returns is the answer.
     using Work = std::function<std::string(const Task&)>;
     /// Hears in this process what became of a task.
     using Report = std::function<void(const Task&, const Ended&)>;
-    /// Asked several times a second; true has no task begin any more and gives those that run the
+    /// Asked several times a second; true has no task begin any more and sends those that run the
     /// signal SIGINT, and after some seconds an end.
     using Pause = std::function<bool()>;
 

@@ -45,7 +45,7 @@ std::span<const CellEntry> nextCell(const std::vector<CellEntry>& entries, std::
     return {from, end};
 }
 
-/// Sorts the entries and gives the ones of each cell with several to `meet`.
+/// Sorts the entries, and calls `meet` with those of each cell that has several.
 template <typename Meet>
 void forEachCell(std::vector<CellEntry>& entries, Meet&& meet) {
     std::ranges::sort(entries);

@@ -16,8 +16,8 @@ public:
     /// texts. Chinese is shown.
     explicit CaptionStore(const CaptionReader& reader);
 
-    /// Puts the captions of `language` into the cells that `text` gives, and the others into those
-    /// of `otherText`.
+    /// Puts the captions of `language` into the cells that `text` returns, and the others into
+    /// those of `otherText`.
     void show(base::Language language) noexcept;
 
     /// The caption with `id` in the language that is shown, or an empty text; never null.

@@ -361,7 +361,7 @@ NodeRows* nodeRowsIn(const FltAttrGroup& group) {
 
 // ---------------------------------------------------------------- all fields of a node
 
-/// Calls `look(group)` for the groups of the node's kind in their order, until one gives true.
+/// Calls `look(group)` for the groups of the node's kind in their order, until one returns true.
 template <typename Look>
 void forEachGroup(INode* node, Look&& look) {
     FltNodeKind kind{};

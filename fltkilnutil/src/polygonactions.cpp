@@ -12,7 +12,7 @@ namespace fltkilnutil {
 
 namespace {
 
-/// Has `change` change a copy of each mesh, and takes those that are others then. `change` gives
+/// Has `change` change a copy of each mesh, and takes those that are others then. `change` returns
 /// the order of the vertices, an empty one for the same.
 template <typename Change>
 GeometryResult forEachMesh(Interface& host, std::span<INode* const> tops, bool turnsCorners,

@@ -195,7 +195,8 @@ struct Growing {
 
 // ---------------------------------------------------------------- nodes
 
-/// Calls `convert(node, database)` for the nodes of that kind, each once; it gives whether it did.
+/// Calls `convert(node, database)`, which returns whether it did, for the nodes of that kind, each
+/// once.
 ConvertedLightPoints forEachLight(std::span<INode* const> nodes, std::uint16_t kind,
                                   auto&& convert) {
     ConvertedLightPoints converted;

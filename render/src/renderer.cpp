@@ -469,7 +469,7 @@ Renderer::Frame::Seen Renderer::Frame::seenAt(std::uint32_t which, Vec3 centre, 
                                               float margin) const {
     const float lowest = static_cast<float>(canvas->height());
     const auto [top, bottom] = camera->rowsOf(centre, radius);
-    // In this order what is no number gives all rows.
+    // In this order what is no number becomes all rows.
     return {kNoItem, which, static_cast<int>(std::min(std::max(0.f, top - margin), lowest)),
             static_cast<int>(std::max(std::min(lowest, bottom + margin), 0.f))};
 }

@@ -19,7 +19,7 @@ void Workers::run(std::size_t threads, std::size_t jobs,
         while (threads_.size() + 1 < threads && threads_.size() + 1 < jobs)
             threads_.emplace_back([this] { work(); });
     } catch (const std::system_error&) {
-        // The system gives no more.
+        // The system has no more threads.
     }
     std::unique_lock lock(mutex_);
     job_ = &job;

@@ -15,7 +15,7 @@ enum class Language : std::uint16_t {
 
 /// "zh" or "en".
 const char* codeOf(Language language) noexcept;
-/// The language of a code as `codeOf` gives it; none for any other.
+/// The language of a code as `codeOf` returns it; none for any other.
 std::optional<Language> languageOf(std::string_view code) noexcept;
 
 }  // namespace base

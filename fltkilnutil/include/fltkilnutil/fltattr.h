@@ -143,7 +143,7 @@ FltAttrDesc* fltAttrFindRow(FltNodeKind kind, std::string_view key) noexcept;
 
 /// The field's value, for the integer widths (1, 3, 5, 6, 7, 8, 9); 0 for the others and for a
 /// block of the wrong target. `block` must be of the class that the descriptor was declared for.
-/// Signed fields are extended. A masked field gives 1 or 0, but a masked enumeration its bits in
+/// Signed fields are extended. A masked field reads as 1 or 0, but a masked enumeration its bits in
 /// place, not shifted.
 std::uint32_t fltAttrGetField(FltAttrBlock block, const FltAttrDesc& descriptor) noexcept;
 

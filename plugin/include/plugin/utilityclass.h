@@ -10,8 +10,8 @@ namespace plugin {
 /// Of a utility of which there is one static object.
 class UtilityClass final : public ClassDesc2 {
 public:
-    /// `name` gives the name in the language that the host speaks, UTF-8. The internal name is not
-    /// copied.
+    /// `name` returns the name in the language that the host speaks, UTF-8. The internal name is
+    /// not copied.
     UtilityClass(UtilityObj& (*utility)(), const Class_ID& id, std::string (*name)(),
                  const char* internalName)
         : utility_(utility), id_(id), nameOf_(name), internalName_(internalName) {}

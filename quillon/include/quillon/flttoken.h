@@ -14,7 +14,7 @@
 /// The buffer of one record: 16-bit opcode, 16-bit length (header included), body.
 ///
 /// A token is made to be reused: its block only grows, so a warm token allocates nothing. Numbers
-/// are big-endian in the bytes and in host order outside. Reading past the record's end gives
+/// are big-endian in the bytes and in host order outside. Reading past the record's end returns
 /// zeros. A record cannot exceed 65,535 bytes; growing past that throws `AviaryAssertion`.
 class FltToken {
 public:
@@ -53,7 +53,7 @@ public:
     }
 
     /// Starts a new record with a body of `size` bytes, which the caller fills in at the place
-    /// that this gives; the cursor is behind them. For writers that know their layout: the
+    /// that this returns; the cursor is behind them. For writers that know their layout: the
     /// header's length and the padding stand at once, so that finishing has nothing left to do
     /// when nothing else is written.
     std::uint8_t* begin(std::uint16_t opcode, std::uint32_t size) {
@@ -246,7 +246,7 @@ private:
         kOpcode,
         kLength,
         kPosition,
-        kComplete,  ///< length that finishing gives when nothing else is left of it to do, or 0
+        kComplete,  ///< length when finishing has nothing else left to do, or 0
         kWords
     };
     std::uint16_t words_[kWords] = {};

@@ -18,7 +18,7 @@ constexpr Color rgb(std::uint32_t value, double alpha = 1) {
             alpha};
 }
 
-// `share` 0 gives `from`, 1 gives `to`.
+// `share` 0 is `from`, 1 is `to`.
 constexpr Color mix(Color from, Color to, double share) {
     const auto part = [share](double a, double b) { return a + (b - a) * share; };
     return {part(from.red, to.red), part(from.green, to.green), part(from.blue, to.blue),

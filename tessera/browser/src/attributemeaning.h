@@ -26,7 +26,7 @@ std::string valueMeaning(const FltAttrGroup& set, int attribute, std::string_vie
 bool isLength(FltNodeKind kind, int attribute) noexcept;
 
 /// The color that an attribute stands for, alone or with those next to it that have the same
-/// color's other parts. `valueOf` gives the text of an attribute of the set.
+/// color's other parts. `valueOf` returns the text of an attribute of the set.
 std::optional<COLORREF> colorOf(FltNodeKind kind, int attribute,
                                 const std::function<std::string(int)>& valueOf);
 

@@ -25,7 +25,7 @@ struct FormPlace {
 
 /// As it is kept: the six numbers with a blank between them.
 std::string formPlaceText(const FormPlace& place);
-/// Nothing for a text that `formPlaceText` does not give, or one with numbers that no place has.
+/// Nothing for a text that `formPlaceText` does not write, or one with numbers that no place has.
 std::optional<FormPlace> parseFormPlace(std::string_view text);
 
 /// Reads and keeps the place for a display scaling (in dots per inch) in the user's registry.

@@ -8,7 +8,7 @@
 
 namespace workbench {
 
-/// The name under which the settings have the language, as `base::codeOf` gives it.
+/// The name under which the settings have the language, as `base::codeOf` returns it.
 inline constexpr char kLanguageSetting[] = "language";
 /// How much memory the history may use, in MB.
 inline constexpr char kHistorySetting[] = "historyMegabytes";
