@@ -8,6 +8,7 @@
 
 #include <base/utf16.h>
 #include <kiln/undo.h>
+#include <workbench/joints.h>
 #include <workbench/transforms.h>
 
 #include <algorithm>
@@ -17,6 +18,7 @@
 #include <initializer_list>
 #include <map>
 #include <utility>
+#include <vector>
 
 using framework::CWnd, framework::heightOf, framework::widthOf;
 
@@ -399,8 +401,11 @@ kiln::Status Walk::shootPalettes() {
     return status;
 }
 
-// The command opens the window, and closes it again.
+// Of the scene's first joint, where it has one. The command opens the window, and closes it again.
 kiln::Status Walk::shootJoints() {
+    Interface& host = window_.core().hostInterface();
+    const std::vector<KnownJoint> joints = allJoints(host);
+    if (!joints.empty()) host.SelectNode(host.GetINodeByHandle(joints.front().node));
     window_.run(CMD_VIEW_JOINTS);
     kiln::Status status = shot("12-joints");
     window_.run(CMD_VIEW_JOINTS);
