@@ -119,7 +119,9 @@ TEST_F(FieldsTest, EachFieldOfALookIsItsBytesAlone) {
 
 TEST_F(FieldsTest, NoKeyIsThereTwiceAndNoneInTheTable) {
     std::size_t further = 0;
-    for (const int kind : {1, 2, 4, 5, 14, 55, 61, 62, 63, 73, 84, 96, 98, 101, 111}) {
+    for (const int kind : {kFltHeader, kFltGroup, kFltObject, kFltFace, kFltDof, kFltBsp,
+                           kFltInstanceRef, kFltInstanceDef, kFltExternalRef, kFltLod, kFltMesh,
+                           kFltSwitch, kFltClipRegion, kFltLightSource, kFltLightPoint}) {
         SCOPED_TRACE(kind);
         const auto of = static_cast<FltNodeKind>(kind);
         const std::vector<std::string> keys = fltFieldKeys(kindNode(of));

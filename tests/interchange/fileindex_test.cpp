@@ -139,7 +139,10 @@ TEST(FileIndex, TellsWhichNodeARecordIsAbout) {
         }
     }
     EXPECT_EQ(opcodes, (std::vector<std::vector<int>>{
-                           {31, 10, 11}, {300, 31, 33, 21, 31, 2, 22, 10, 11, 31}, {31}}));
+                           {kFltComment, kFltPushLevel, kFltPopLevel},
+                           {300, kFltComment, kFltLongId, kFltPushExtension, kFltComment, kFltGroup,
+                            kFltPopExtension, kFltPushLevel, kFltPopLevel, kFltComment},
+                           {kFltComment}}));
     EXPECT_NE(index.nodes[1].longId, 0U);
     EXPECT_EQ(index.nodes[2].longId, 0U);
 }

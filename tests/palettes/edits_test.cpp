@@ -5,6 +5,7 @@
 #include <fltkilnutil/texturemaps.h>
 #include <kiln/mesh.h>
 #include <quillon/fltlightsource.h>
+#include <quillon/fltopcode.h>
 
 namespace {
 
@@ -134,7 +135,11 @@ TEST_F(Edits, MakePalettesThatAreNotThere) {
     const std::vector<std::uint8_t> file = exported();
     std::vector<int> opcodes;
     for (const FltRecordView record : FltRecordRange(file)) opcodes.push_back(record.opcode());
-    EXPECT_EQ(opcodes, (std::vector<int>{1, 113, 129, 32, 67, 68, 68, 68, 10, 5, 10, 72, 11, 11}));
+    EXPECT_EQ(opcodes,
+              (std::vector<int>{kFltHeader, kFltMaterial, kFltLightPointAnimation, kFltColorPalette,
+                                kFltVertexPalette, kFltVertexWithColor, kFltVertexWithColor,
+                                kFltVertexWithColor, kFltPushLevel, kFltFace, kFltPushLevel,
+                                kFltVertexList, kFltPopLevel, kFltPopLevel}));
     INode* const own = host.CreateObjectNode(new DummyObject, "own");
     fltEnsureKind(own, FltNodeKind::Header, kFltRevision);
     EXPECT_EQ(palettes::addEntry(*own, Palette::kTexture, "x.rgb"), 0);

@@ -3,19 +3,25 @@
 #include "support.h"
 
 #include <quillon/fltfilereader.h>
+#include <quillon/fltopcode.h>
 #include <quillon/fltstream.h>
 
 #include <array>
 
 namespace {
 
+constexpr FltOpcode kWritten[] = {
+    kFltHeader,    kFltGroup,  kFltObject,      kFltFace,        kFltDof,
+    kFltComment,   kFltBsp,    kFltInstanceRef, kFltInstanceDef, kFltExternalRef,
+    kFltLod,       kFltSwitch, kFltClipRegion,  kFltLightSource, kFltLightSourcePalette,
+    kFltLightPoint};
+
 TEST(AllocationTest, AWarmStreamWritesWithoutAllocating) {
     std::FILE* file = std::tmpfile();
     FltStream stream;
     stream.attach(file, 1580);
     std::vector<std::unique_ptr<FltRecord>> records;
-    for (const int opcode : {1, 2, 4, 5, 14, 31, 55, 61, 62, 63, 73, 96, 98, 101, 102, 111})
-        records.push_back(fltCreateRecord(static_cast<std::uint16_t>(opcode)));
+    for (const FltOpcode opcode : kWritten) records.push_back(fltCreateRecord(opcode));
     const auto writeAll = [&] {
         for (const auto& record : records) record->write(stream);
     };
@@ -32,8 +38,8 @@ TEST(AllocationTest, AWarmReaderReadsWithoutAllocating) {
     // Each class as it is written, longer, and shorter, which is completed in the token's own
     // block; a switch and a comment of some size, which have blocks of theirs.
     Bytes once = hex("001F 0018 'comment':20 0060 0034 00:12 00000001 00000003 00000002 00:24");
-    for (const int opcode : {1, 2, 4, 5, 14, 31, 55, 61, 62, 63, 73, 96, 98, 101, 102, 111}) {
-        const Bytes whole = encode(*fltCreateRecord(static_cast<std::uint16_t>(opcode)));
+    for (const FltOpcode opcode : kWritten) {
+        const Bytes whole = encode(*fltCreateRecord(opcode));
         for (const std::size_t length : {whole.size(), whole.size() + 12, whole.size() / 2 + 2}) {
             Bytes record = whole;
             record.resize(length);

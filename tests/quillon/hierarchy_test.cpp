@@ -169,24 +169,35 @@ TEST(SwitchTest, LaysOutMasks) {
 }
 
 TEST(SwitchTest, SizesItsMasks) {
-    // words before, current mask, bits -> words per mask, masks, words, current mask
-    const std::tuple<int, int, int, int, int, int, int> cases[] = {
-        {0, 0, 3, 1, 1, 1, 0},     {0, 5, 33, 2, 1, 2, 0},  {0, 0, 64, 2, 1, 2, 0},
-        {3, 2, 32, 1, 3, 3, 2},    {3, 1, 40, 2, 1, 3, 0},  {3, 1, 0, 0, 0, 3, 0},
-        {3, -1, -40, 0, 0, 3, -1}, {1, 0, 100, 4, 0, 1, 0},
+    struct Masks {
+        int words, current;
     };
-    for (const auto& [words, current, bits, perMask, masks, wordsAfter, currentAfter] : cases) {
-        SCOPED_TRACE(std::to_string(words) + " words, " + std::to_string(bits) + " bits");
+    const struct {
+        Masks before;
+        int bits, wordsPerMask, masks;
+        Masks after;
+    } cases[] = {
+        {{.words = 0, .current = 0}, 3, 1, 1, {.words = 1, .current = 0}},
+        {{.words = 0, .current = 5}, 33, 2, 1, {.words = 2, .current = 0}},
+        {{.words = 0, .current = 0}, 64, 2, 1, {.words = 2, .current = 0}},
+        {{.words = 3, .current = 2}, 32, 1, 3, {.words = 3, .current = 2}},
+        {{.words = 3, .current = 1}, 40, 2, 1, {.words = 3, .current = 0}},
+        {{.words = 3, .current = 1}, 0, 0, 0, {.words = 3, .current = 0}},
+        {{.words = 3, .current = -1}, -40, 0, 0, {.words = 3, .current = -1}},
+        {{.words = 1, .current = 0}, 100, 4, 0, {.words = 1, .current = 0}},
+    };
+    for (const auto& [before, bits, wordsPerMask, masks, after] : cases) {
+        SCOPED_TRACE(std::to_string(before.words) + " words, " + std::to_string(bits) + " bits");
         FltSwitch record;
-        for (int i = 0; i < words; ++i) record.maskWords.append(0x55);
-        record.currentMask = current;
+        for (int i = 0; i < before.words; ++i) record.maskWords.append(0x55);
+        record.currentMask = before.current;
         record.setMaskBits(bits);
-        EXPECT_EQ(record.wordsPerMask, perMask);
+        EXPECT_EQ(record.wordsPerMask, wordsPerMask);
         EXPECT_EQ(record.maskCount(), masks);
-        EXPECT_EQ(record.maskWords.count(), wordsAfter);
-        EXPECT_EQ(record.currentMask, currentAfter);
-        for (int i = 0; i < wordsAfter; ++i)
-            EXPECT_EQ(*record.maskWords.at(i), words == 0 ? 0xFFFFFFFF : 0x55);
+        EXPECT_EQ(record.maskWords.count(), after.words);
+        EXPECT_EQ(record.currentMask, after.current);
+        for (int i = 0; i < after.words; ++i)
+            EXPECT_EQ(*record.maskWords.at(i), before.words == 0 ? 0xFFFFFFFF : 0x55);
     }
     FltSwitch record;
     expectAssertion("fltswitch", 88, [&] { record.setMaskBits(0x7FFFFFFF); });

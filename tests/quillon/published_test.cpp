@@ -272,11 +272,11 @@ TEST(PublishedTest, AVertexTakesItsKindFromWhatItReads) {
     FltVertex vertex;
     EXPECT_EQ(toHex(encode(vertex)), toHex(hex("0044 0028 FFFF 2000 00:24 FFFFFFFF FFFFFFFF")));
     decode(vertex, hex("0045 0034 FFFF 0000 00:24 3F800000 00:8 FFFFFFFF 00000085"));  // unpadded
-    EXPECT_EQ(vertex.opcode(), 69);
+    EXPECT_EQ(vertex.opcode(), kFltVertexWithNormal);
     EXPECT_EQ(vertex.normal.x, 1);
     EXPECT_EQ(vertex.colorIndex, 0x85U);
     decode(vertex, hex("0047 0020 FFFF 0000 3FF0:8 00:16"));  // ends behind its position
-    EXPECT_EQ(vertex.opcode(), 71);
+    EXPECT_EQ(vertex.opcode(), kFltVertexWithTexture);
     EXPECT_EQ(vertex.position.x, 1);
     EXPECT_EQ(vertex.colorIndex, 0U);
     expectAssertion("fltvertex", 48, [&] { decode(vertex, hex("0048 0008 00:4")); });

@@ -25,7 +25,7 @@ TEST(RecordRangeTest, EndsWhereNoWholeRecordFollows) {
         EXPECT_EQ(offsets, expected) << tail;
     }
     const FltRecordView list = FltRecordView::at(records, 4);
-    EXPECT_EQ(list.opcode(), 72);
+    EXPECT_EQ(list.opcode(), kFltVertexList);
     EXPECT_EQ(list.length(), 6);
     EXPECT_EQ(Bytes(list.body().begin(), list.body().end()), hex("0102"));
     EXPECT_TRUE(FltRecordView::at(records, 99).empty());

@@ -184,7 +184,9 @@ TEST_F(LodViewerTest, StepsAreNotCaughtByDistancesThatAreNotFinite) {
 TEST_F(LodViewerTest, ShowsWhatIsNoStructure) {
     INode* const lod = addLod(nullptr, "l", 0, 100);
     std::map<int, INode*> nodes;
-    for (const int kind : {1, 2, 4, 5, 14, 55, 61, 62, 63, 73, 96, 98, 101, 111})
+    for (const int kind : {kFltHeader, kFltGroup, kFltObject, kFltFace, kFltDof, kFltBsp,
+                           kFltInstanceRef, kFltInstanceDef, kFltExternalRef, kFltLod, kFltSwitch,
+                           kFltClipRegion, kFltLightSource, kFltLightPoint})
         nodes[kind] = add(lod, "stored", kind);
     INode* const mesh = addMesh(lod, "derived face");
     INode* const light = host.CreateObjectNode(new GenLight(OMNI_LIGHT_CLASS_ID), "light");
