@@ -238,10 +238,12 @@ std::size_t Painter::drawStandIn(const Appearance& appearance, int level) {
             continue;
         }
         if (!isNear(place.x, rows_.width()) || !isNear(place.y, rows_.height())) continue;
+        const auto middleOf = [](int pixel) { return static_cast<float>(pixel) + 0.5f; };
+        const auto firstFrom = [](float edge) { return static_cast<int>(std::ceil(edge - 0.5f)); };
         const float right = place.x + beside, bottom = place.y + above;
-        for (float y = std::ceil(place.y - above - 0.5f) + 0.5f; y <= bottom; y += 1)
-            for (float x = std::ceil(place.x - beside - 0.5f) + 0.5f; x <= right; x += 1)
-                rows_.dot({x, y, place.depth}, paint);
+        for (int y = firstFrom(place.y - above); middleOf(y) <= bottom; ++y)
+            for (int x = firstFrom(place.x - beside); middleOf(x) <= right; ++x)
+                rows_.dot({middleOf(x), middleOf(y), place.depth}, paint);
     }
     return points.size();
 }
