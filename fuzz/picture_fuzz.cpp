@@ -23,7 +23,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         expect(last.widthBits == 0 && last.heightBits == 0, "the smallest is one texel");
         static_cast<void>(texture.level(0).at(INT32_MIN, INT32_MAX));
         constexpr std::int32_t kFar = 1 << 30;
-        static_cast<void>(texture.level(0).at(-kFar, kFar, render::readTextureUse(block)));
+        const render::TextureUse use = render::readTextureUse(block);
+        const render::Texture used(picture, render::Texture::kMostBits, use);
+        static_cast<void>(used.level(0).at(-kFar, kFar, use, size % 2 == 0));
     } catch (const render::PictureError& error) {
         expect(*error.what() != 0, "a refusal has a reason");
     }

@@ -32,8 +32,8 @@ constexpr Choice kMagFilters[] = {{0, kPointFilter},    {1, kBilinear},        {
                                   {3, kBicubic},        {4, kSharpen},         {5, kAddDetail},
                                   {6, kModulateDetail}, {7, kBilinearGreater}, {8, kBilinearLess},
                                   {9, kBicubicGreater}, {10, kBicubicLess}};
-constexpr Choice kWraps[] = {{0, kRepeat}, {1, kClamp}};
-constexpr Choice kOwnWraps[] = {{0, kRepeat}, {1, kClamp}, {3, kAsBoth}};
+constexpr Choice kWraps[] = {{0, kRepeat}, {1, kClamp}, {4, kMirror}};
+constexpr Choice kOwnWraps[] = {{0, kRepeat}, {1, kClamp}, {3, kAsBoth}, {4, kMirror}};
 constexpr Choice kEnvironments[] = {
     {0, kModulate}, {1, kBlend}, {2, kDecal}, {3, kReplace}, {4, kAdd}};
 

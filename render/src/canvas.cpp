@@ -349,8 +349,9 @@ public:
         if (k / kBlock != block_) beginBlock(k / kBlock);
         const int i = k % kBlock;
         const std::int32_t u = startU_ + stepU_ * i, v = startV_ + stepV_ * i;
-        if constexpr (kUsed) return level_.at(u, v, texture_->use());
-        return level_.at(u, v);
+        if (share_ == 0) [[likely]]
+            return texelOf(level_, u, v);
+        return mixedAt(u, v);
     }
     /// Near the pixel asked for last: the square of the texels of the largest level in a pixel.
     double texels() const { return texels_; }
@@ -376,6 +377,21 @@ private:
         return value - (whole > value ? whole - 1 : whole);
     }
 
+    /// Of two levels: the same place is at half of its coordinates in the one of half the sides,
+    /// where half a texel is 128 too.
+    [[gnu::noinline]] std::uint32_t mixedAt(std::int32_t u, std::int32_t v) const {
+        const int across = level_.widthBits - smaller_.widthBits;
+        const int up = level_.heightBits - smaller_.heightBits;
+        const std::uint32_t other =
+            texelOf(smaller_, ((u + 128) >> across) - 128, ((v + 128) >> up) - 128);
+        return Texture::between(texelOf(level_, u, v), other, share_);
+    }
+
+    std::uint32_t texelOf(const Texture::Level& level, std::int32_t u, std::int32_t v) const {
+        if constexpr (kUsed) return level.at(u, v, texture_->use(), isPointed_);
+        return level.at(u, v);
+    }
+
     static ScreenPlane overDistance(const PlaneFinder& planes, const TextureCorner (&corners)[3],
                                     float TextureCorner::*coordinate, double repeats) {
         const auto value = [&](const TextureCorner& corner) {
@@ -395,20 +411,48 @@ private:
         const int steps = std::min(kBlock, count_ - block * kBlock) - 1;
         const Place a = placeAt(first);
         const Place b = steps > 0 ? placeAt(first + steps) : a;
-        level_ = texture_->level(levelFor(a));
+        chooseLevel(a);
         const double width = 256 << level_.widthBits, height = 256 << level_.heightBits;
         const double perStep = kPerStep[static_cast<std::size_t>(steps)];
         // Half a texel less: a texel's color is that of its middle.
-        const bool clampU = kUsed && texture_->use().clampU;
-        const bool clampV = kUsed && texture_->use().clampV;
-        startU_ = fixed((clampU ? a.u : fraction(a.u)) * width) - 128;
-        startV_ = fixed((clampV ? a.v : fraction(a.v)) * height) - 128;
+        startU_ = fixed(withinWrap(a.u, texture_->use().wrapU) * width) - 128;
+        startV_ = fixed(withinWrap(a.v, texture_->use().wrapV) * height) - 128;
         stepU_ = fixed((b.u - a.u) * perStep * width);
         stepV_ = fixed((b.v - a.v) * perStep * height);
     }
 
-    /// The level of which a pixel covers about one texel.
-    int levelFor(const Place& place) {
+    /// Without what the texture's repetitions do not tell apart.
+    static double withinWrap(double value, TextureUse::Wrap wrap) {
+        if constexpr (kUsed) {
+            if (wrap == TextureUse::Wrap::kClamp) return value;
+            if (wrap == TextureUse::Wrap::kMirror) return 2 * fraction(value / 2);
+        }
+        return fraction(value);
+    }
+
+    /// The level of which a pixel covers about one texel; near the next one, that one too.
+    void chooseLevel(const Place& place) {
+        using Sizes = TextureUse::Sizes;
+        constexpr double kMixedFrom = 0.8;  // of the way to the next level
+        const double level = levelOf(place);
+        const TextureUse& use = texture_->use();
+        const int last = texture_->levels() - 1;
+        int chosen = level > 0 ? std::min(static_cast<int>(level), last) : 0;
+        share_ = 0;
+        if constexpr (kUsed) {
+            isPointed_ = texels_ > 1 ? use.isPointedFar : use.isPointedNear;
+            if (use.sizes == Sizes::kLargest) chosen = 0;
+        }
+        level_ = texture_->level(chosen);
+        const double beyond = level - chosen;
+        if (beyond <= kMixedFrom || chosen == last || (kUsed && use.sizes != Sizes::kMixed)) return;
+        smaller_ = texture_->level(chosen + 1);
+        share_ = static_cast<int>((beyond - kMixedFrom) * (256 / (1 - kMixedFrom)));
+    }
+
+    /// 0 where a pixel covers a texel of the largest level, or less of one; half of it is 1, a
+    /// quarter 2, and so on.
+    double levelOf(const Place& place) {
         const Texture::Level largest = texture_->level(0);
         const double width = 1 << largest.widthBits, height = 1 << largest.heightBits;
         const auto squared = [&](double ofU, double ofV, double ofNearness) {
@@ -421,19 +465,22 @@ private:
         // Of a surface seen at a slant, between what would blur one way and flicker the other.
         texels_ = std::max(across, along) * 0.6 + std::min(across, along) * 0.4;
         if (!(texels_ > 1)) return 0;
-        const int power = static_cast<int>(std::bit_cast<std::uint64_t>(texels_) >> 52) - 1023;
-        return std::clamp(power / 2, 0, texture_->levels() - 1);
+        // The binary logarithm, as if even between powers of two.
+        constexpr double kPower = 1. / (std::uint64_t{1} << 52);
+        return (static_cast<double>(std::bit_cast<std::int64_t>(texels_)) * kPower - 1023) / 2;
     }
 
-    /// In a range that a block's steps cannot leave.
+    /// In a range that a block's steps cannot leave; what is no number is its least.
     static std::int32_t fixed(double value) {
         constexpr double kMost = 1 << 26;
-        return value > -kMost && value < kMost ? static_cast<std::int32_t>(value) : 0;
+        return static_cast<std::int32_t>(std::max(-kMost, std::min(value, kMost)));
     }
 
     const Texture* texture_;
     ScreenPlane u_, v_, nearness_;
-    Texture::Level level_{};
+    Texture::Level level_{}, smaller_{};
+    int share_ = 0;  // of the smaller one, in 256ths
+    bool isPointed_ = false;
     double x_ = 0, y_ = 0, texels_ = 0;
     int count_ = 0, block_ = -1;
     std::int32_t startU_ = 0, startV_ = 0, stepU_ = 0, stepV_ = 0;

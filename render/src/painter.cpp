@@ -122,15 +122,20 @@ std::size_t Painter::drawItem(const Appearance& appearance, ItemIndex number, bo
     if (filled) fillSurface(item, surface, index);
     const bool isOutline =
         surface.style == DrawStyle::kOutline || surface.style == DrawStyle::kSurfaceAndOutline;
+    const auto atThisHour = [&](Color color) {
+        return colorOf(product(vec3Of(color), lighting_.hour()));
+    };
     const bool isStyled = isOutline && !wire && !isOutlined;
     lineWidth_ = isStyled ? surface.lineWidth : 1;
     linePattern_ = isStyled ? surface.linePattern : std::uint16_t{0xFFFF};
     if (isOutlined && (wire || edges))
         drawEdges(item, {kSelected, 1, index, kEdgeBias * 2, true}, false);
+    else if (wire)
+        drawEdges(item, {own, 1, index, 0, true}, false);
     else if (!filled)
-        drawEdges(item, {own, 1, index, wire ? 0 : kEdgeBias, true}, false);
+        drawEdges(item, {atThisHour(own), 1, index, kEdgeBias, true}, false);
     else if (surface.style == DrawStyle::kSurfaceAndOutline)
-        drawEdges(item, {surface.outline, 1, index, kEdgeBias, true}, true);
+        drawEdges(item, {atThisHour(surface.outline), 1, index, kEdgeBias, true}, true);
     else if (edges)
         drawFadedEdges(item, surface, index);
     bias_ = 0;

@@ -1,9 +1,12 @@
 #include <render/texture.h>
 
 #include <algorithm>
+#include <optional>
 
 namespace render {
 namespace {
+
+constexpr std::uint32_t kOpaque = 0xFF000000;
 
 // The mean of several texels. What cannot be seen has no say in the color.
 class Mean {
@@ -37,6 +40,16 @@ int bitsFor(int side, int most) {
     return bits;
 }
 
+bool isOpaqueGrey(std::uint32_t texel) {
+    return texel == (kOpaque | (texel & 0xFF) * 0x010101);
+}
+
+/// White, as far as the grey picture is bright.
+Picture stencilOf(Picture picture) {
+    for (std::uint32_t& texel : picture.texels) texel = texel << 24 | 0xFFFFFF;
+    return picture;
+}
+
 }  // namespace
 
 Picture resized(const Picture& picture, int width, int height) {
@@ -61,7 +74,6 @@ Picture resized(const Picture& picture, int width, int height) {
                                  also);
                 return mean;
             };
-            constexpr std::uint32_t kOpaque = 0xFF000000;
             const Mean mean = meanOf(0);
             // A color that cannot be seen is what the texels around it are mixed with.
             made.texels.push_back(mean.canBeSeen() ? mean.texel()
@@ -73,8 +85,11 @@ Picture resized(const Picture& picture, int width, int height) {
 
 TextureUse readTextureUse(std::span<const std::uint8_t> bytes) {
     // Words of 32 bits, the highest byte first.
-    constexpr std::size_t kMagnification = 8, kWrap = 9, kWrapU = 10, kWrapV = 11, kColor = 15;
-    constexpr std::uint32_t kRepeat = 0, kClamp = 1, kPointed = 0, kNothing = ~0U;
+    constexpr std::size_t kMinification = 7, kMagnification = 8, kWrap = 9, kWrapU = 10,
+                          kWrapV = 11, kColor = 15, kStencil = 16;
+    constexpr std::uint32_t kNothing = ~0U, kPointed = 0, kOneSize = 1, kPointedSizes = 3,
+                            kPointedMixed = 4, kSmoothSizes = 5, kFurtherOneSize = 8,
+                            kLastFilter = 12;
     const auto word = [&](std::size_t index) {
         if (bytes.size() / 4 <= index) return kNothing;
         std::uint32_t value = 0;
@@ -82,13 +97,30 @@ TextureUse readTextureUse(std::span<const std::uint8_t> bytes) {
         return value;
     };
     TextureUse use;
-    // A direction that says neither does as both do.
-    const auto isClamped = [&](std::uint32_t own) {
-        return (own == kRepeat || own == kClamp ? own : word(kWrap)) == kClamp;
+    const auto wrapOf = [](std::uint32_t value) -> std::optional<TextureUse::Wrap> {
+        switch (value) {
+            case 0:
+                return TextureUse::Wrap::kRepeat;
+            case 1:
+                return TextureUse::Wrap::kClamp;
+            case 4:
+                return TextureUse::Wrap::kMirror;
+            default:
+                return {};
+        }
     };
-    use.clampU = isClamped(word(kWrapU));
-    use.clampV = isClamped(word(kWrapV));
-    use.isPointed = word(kMagnification) == kPointed;
+    // A direction that says nothing does as both do.
+    const TextureUse::Wrap both = wrapOf(word(kWrap)).value_or(TextureUse::Wrap::kRepeat);
+    use.wrapU = wrapOf(word(kWrapU)).value_or(both);
+    use.wrapV = wrapOf(word(kWrapV)).value_or(both);
+    use.isPointedNear = word(kMagnification) == kPointed;
+    const std::uint32_t far = word(kMinification);
+    use.isPointedFar = far == kPointed || far == kPointedSizes || far == kPointedMixed;
+    if (far == kPointed || far == kOneSize || (far >= kFurtherOneSize && far <= kLastFilter))
+        use.sizes = TextureUse::Sizes::kLargest;
+    else if (far == kPointedSizes || far == kSmoothSizes)
+        use.sizes = TextureUse::Sizes::kNearest;
+    use.isStencil = word(kStencil) == 1;
     switch (word(kColor)) {
         case 1:
             use.color = TextureUse::Color::kBlend;
@@ -108,11 +140,15 @@ TextureUse readTextureUse(std::span<const std::uint8_t> bytes) {
     return use;
 }
 
-Texture::Texture(const Picture& picture, int mostBits, const TextureUse& use)
-    : hasAlpha_(picture.hasAlpha()), use_(use) {
+Texture::Texture(const Picture& picture, int mostBits, const TextureUse& use) : use_(use) {
     const int most = std::clamp(mostBits, 0, kMostBits);
     addLevel(bitsFor(picture.width, most), bitsFor(picture.height, most));
-    fit(picture);
+    const bool isStencil = use.isStencil && std::ranges::all_of(picture.texels, isOpaqueGrey);
+    hasAlpha_ = isStencil || picture.hasAlpha();
+    if (isStencil)
+        fit(stencilOf(picture));
+    else
+        fit(picture);
     while (levels_[static_cast<unsigned>(levelCount_ - 1)].widthBits > 0 ||
            levels_[static_cast<unsigned>(levelCount_ - 1)].heightBits > 0) {
         const Place last = levels_[static_cast<unsigned>(levelCount_ - 1)];
@@ -130,8 +166,27 @@ void Texture::addLevel(int widthBits, int heightBits) {
 void Texture::fit(const Picture& picture) {
     const Place& place = levels_.front();
     texels_ = resized(picture, 1 << place.widthBits, 1 << place.heightBits).texels;
-    for (std::uint32_t& texel : texels_)
-        if (texel >> 24 == 0) texel = 0;
+    colorWhatIsClear(place);
+}
+
+/// What cannot be seen is mixed with what can be where the two meet: it takes on the color of that.
+void Texture::colorWhatIsClear(const Place& place) {
+    if (!hasAlpha_) return;
+    const int width = 1 << place.widthBits, height = 1 << place.heightBits;
+    const auto texelAt = [&](int x, int y) -> std::uint32_t& {
+        return texels_[place.start +
+                       (static_cast<std::size_t>(y & (height - 1)) << place.widthBits) +
+                       static_cast<std::size_t>(x & (width - 1))];
+    };
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            std::uint32_t& texel = texelAt(x, y);
+            if (texel >> 24 != 0) continue;
+            Mean around;
+            for (int v = y - 1; v <= y + 1; ++v)
+                for (int u = x - 1; u <= x + 1; ++u) around.add(texelAt(u, v));
+            texel = around.texel() & ~kOpaque;
+        }
 }
 
 void Texture::halve(const Place& from) {
@@ -147,6 +202,7 @@ void Texture::halve(const Place& from) {
             texels_[to.start + (y << to.widthBits | x)] = mean.texel();
         }
     }
+    colorWhatIsClear(to);
 }
 
 }  // namespace render

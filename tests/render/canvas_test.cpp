@@ -184,6 +184,63 @@ TEST(Canvas, OutlineRunsAroundWhatIsChosenAndNeverOverIt) {
     EXPECT_EQ(canvas.item(15, 9), kNoItem) << "a rim is not picked";
 }
 
+/// The greatest difference along a row of stripes a texel wide, of which a pixel covers so many.
+int contrast(float texels, const TextureUse& use) {
+    constexpr int kStripes = 256;
+    Picture picture{kStripes, kStripes, {}};
+    for (int i = 0; i < kStripes * kStripes; ++i)
+        picture.texels.push_back(i % 2 == 0 ? 0xFFFFFFFF : 0xFF000000);
+    const Texture texture(picture, Texture::kMostBits, use);
+    constexpr float kSide = 64;
+    const float end = texels * 2 * kSide / kStripes;
+    const Vec3 white{255, 255, 255};
+    const ScreenPoint a{0, 0, 1}, b{2 * kSide, 0, 1}, c{0, 2 * kSide, 1};
+    Blank canvas(64, 64);
+    canvas.textured({{a, 1, 0, 0, white}, {b, 1, end, 0, white}, {c, 1, 0, end, white}}, texture,
+                    false, over(a, b, c, 1));
+    Color least = 255, most = 0;
+    for (int x = 0; x < 64; ++x) {
+        least = std::min(least, canvas.pixel(x, 20) & 0xFF);
+        most = std::max(most, canvas.pixel(x, 20) & 0xFF);
+    }
+    return static_cast<int>(most - least);
+}
+
+TEST(Canvas, ATextureGoesOverFromOneOfItsSizesToTheNextUnlessToldOtherwise) {
+    EXPECT_GT(contrast(1.5f, {}), 100);
+    for (float before = 1.78f; before < 1.96f; before += 0.03f) {
+        const int here = contrast(before, {}), next = contrast(before + 0.03f, {});
+        EXPECT_GT(here, next) << before;
+        EXPECT_LT(here - next, 80) << before;
+    }
+    EXPECT_LT(contrast(2.1f, {}), 4);
+    TextureUse use;
+    use.sizes = TextureUse::Sizes::kNearest;
+    EXPECT_GT(contrast(1.95f, use), 240);
+    EXPECT_LT(contrast(2.1f, use), 4);
+    use.sizes = TextureUse::Sizes::kLargest;
+    EXPECT_GT(contrast(2.7f, use), 200);
+    EXPECT_LT(contrast(0.1f, {}) - contrast(0.1f, use), 4);
+    use = {};
+    use.wrapU = TextureUse::Wrap::kMirror;
+    EXPECT_LT(contrast(2.1f, use), 4);
+}
+
+// On a rim that goes on for ever, the end of the picture is as far away as anything.
+TEST(Canvas, TheRimOfAClampedTextureGoesOnWhateverTheDistance) {
+    TextureUse use;
+    use.wrapU = TextureUse::Wrap::kClamp;
+    const Texture texture({2, 1, {0xFF000000 | kRed, 0xFF000000 | kBlue}}, 1, use);
+    const Vec3 white{255, 255, 255};
+    const ScreenPoint a{0, 0, 1}, b{40, 0, 1}, c{0, 40, 1};
+    for (const float away : {1.f, 1e4f, 1e9f}) {
+        Blank canvas(20, 20);
+        canvas.textured({{a, 1, away, 0, white}, {b, 1, away, 0, white}, {c, 1, away, 0, white}},
+                        texture, false, over(a, b, c, 1));
+        for (int x = 0; x < 20; ++x) EXPECT_EQ(canvas.pixel(x, 3), kBlue) << away << ' ' << x;
+    }
+}
+
 // A point as large as what it stands for, drawn as a light is.
 void dot(Canvas& canvas, float x, float y, Color color, ItemIndex item) {
     canvas.glow({x, y, 0}, 1, {color, 1, item});

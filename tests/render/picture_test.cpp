@@ -365,31 +365,78 @@ TEST(TiffPicture, RefusesWhatItCannotShow) {
 }
 
 TEST(TextureUseTest, IsWhatTheFileBesideAPictureSays) {
+    using Wrap = TextureUse::Wrap;
+    using Sizes = TextureUse::Sizes;
     const auto file = [](std::initializer_list<std::pair<std::size_t, std::uint8_t>> words) {
         Bytes bytes(64);
-        bytes[8 * 4 + 3] = 1;  // smooth from near
+        bytes[7 * 4 + 3] = 6;  // smooth from afar and from near
+        bytes[8 * 4 + 3] = 1;
         for (const auto& [index, value] : words) bytes[index * 4 + 3] = value;
         return bytes;
     };
     EXPECT_TRUE(readTextureUse({}).isPlain());
     EXPECT_TRUE(readTextureUse(file({})).isPlain());
-    EXPECT_TRUE(readTextureUse(file({{8, 0}})).isPointed);
-    const TextureUse both = readTextureUse(file({{9, 1}, {10, 3}, {11, 0}}));
-    EXPECT_TRUE(both.clampU) << "as both do";
-    EXPECT_FALSE(both.clampV) << "as it says itself";
+    EXPECT_TRUE(readTextureUse(file({{8, 0}})).isPointedNear);
+    const TextureUse both = readTextureUse(file({{9, 1}, {10, 3}, {11, 4}}));
+    EXPECT_EQ(both.wrapU, Wrap::kClamp) << "as both do";
+    EXPECT_EQ(both.wrapV, Wrap::kMirror) << "as it says itself";
+    const auto fromAfar = [&](std::uint8_t filter) {
+        const TextureUse use = readTextureUse(file({{7, filter}}));
+        return std::pair(use.sizes, use.isPointedFar);
+    };
+    EXPECT_EQ(fromAfar(0), std::pair(Sizes::kLargest, true));
+    EXPECT_EQ(fromAfar(1), std::pair(Sizes::kLargest, false));
+    EXPECT_EQ(fromAfar(3), std::pair(Sizes::kNearest, true));
+    EXPECT_EQ(fromAfar(4), std::pair(Sizes::kMixed, true));
+    EXPECT_EQ(fromAfar(5), std::pair(Sizes::kNearest, false));
+    EXPECT_EQ(fromAfar(6), std::pair(Sizes::kMixed, false));
+    EXPECT_EQ(fromAfar(9), std::pair(Sizes::kLargest, false));
     EXPECT_EQ(readTextureUse(file({{15, 2}})).color, TextureUse::Color::kDecal);
 
     const Picture picture{4, 1, {0xFF000000, 0xFF404040, 0xFF808080, 0xFFC0C0C0}};
     TextureUse use;
-    use.clampU = true;
     const Texture texture(picture);
     const Texture::Level level = texture.level(0);
-    EXPECT_EQ(level.at(-300, 0, use), 0xFF000000);
-    EXPECT_EQ(level.at(9 * 256, 0, use), 0xFFC0C0C0);
-    EXPECT_EQ(level.at(5 * 256, 0, {}), 0xFF404040);
-    use.isPointed = true;
-    EXPECT_EQ(level.at(256 + 120, 0, use), 0xFF404040);
-    EXPECT_EQ(level.at(256 + 130, 0, use), 0xFF808080);
+    EXPECT_EQ(level.at(5 * 256, 0, use, false), 0xFF404040);
+    use.wrapU = Wrap::kClamp;
+    EXPECT_EQ(level.at(-300, 0, use, false), 0xFF000000);
+    EXPECT_EQ(level.at(9 * 256, 0, use, false), 0xFFC0C0C0);
+    EXPECT_EQ(level.at(256 + 120, 0, use, true), 0xFF404040);
+    EXPECT_EQ(level.at(256 + 130, 0, use, true), 0xFF808080);
+    use.wrapU = Wrap::kMirror;
+    for (const auto& [place, expected] : {std::pair{0, 0xFF000000U},
+                                          {3, 0xFFC0C0C0},
+                                          {4, 0xFFC0C0C0},
+                                          {6, 0xFF404040},
+                                          {7, 0xFF000000},
+                                          {8, 0xFF000000},
+                                          {-1, 0xFF000000},
+                                          {-3, 0xFF808080}})
+        EXPECT_EQ(level.at(place * 256, 0, use, true), expected) << place;
+    use.isStencil = true;
+    const Texture stencil(picture, Texture::kMostBits, use);
+    EXPECT_TRUE(stencil.hasAlpha());
+    EXPECT_EQ(stencil.level(0).at(2 * 256, 0), 0x80FFFFFF);
+    const Picture colored{1, 1, {0xFF102030}};
+    EXPECT_EQ(Texture(colored, Texture::kMostBits, use).level(0).at(0, 0), 0xFF102030)
+        << "grey only";
+}
+
+// White leaves before what a painter left black there, or white before what is red.
+TEST(TextureTest, WhatCannotBeSeenDoesNotColorTheRimOfWhatCan) {
+    for (const std::uint32_t clear : {0x00000000U, 0x00FF0000U}) {
+        Picture picture{8, 8, {}};
+        for (int i = 0; i < 64; ++i)
+            picture.texels.push_back(i % 8 < 3 && i / 8 < 5 ? 0xFFFFFFFF : clear);
+        const Texture texture(picture);
+        for (int level = 0; level < 3; ++level)
+            for (int y = 0; y < 8 * 256; y += 96)
+                for (int x = 0; x < 8 * 256; x += 96) {
+                    const std::uint32_t seen = texture.level(level).at(x >> level, y >> level);
+                    if (seen >> 24 > 4)
+                        ASSERT_GE(seen & 0xFF, 0xFCU) << level << ": " << x << ", " << y;
+                }
+    }
 }
 
 }  // namespace

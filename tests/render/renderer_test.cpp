@@ -258,9 +258,10 @@ TEST_F(RendererTest, ByNightItIsDarkButForWhatShines) {
     TextureUse use;
     use.color = TextureUse::Color::kReplace;
     const Texture picture({1, 1, {0xFFC0C0C0}}, Texture::kMostBits, use);
-    Surface pictured;
+    Surface pictured, outlined;
     pictured.texture = &picture;
-    const Vec3d places[] = {{-20, 0, 0}, {0, 0, 0}, {8, 0, 0}, {16, 0, 0}, {24, 0, 0}};
+    outlined.style = DrawStyle::kOutline;
+    const Vec3d places[] = {{-20, 0, 0}, {0, 0, 0}, {8, 0, 0}, {16, 0, 0}, {24, 0, 0}, {32, 0, 0}};
     for (const Vec3d place : places) {
         scene_.beginItem();
         for (const Vec3d corner : {Vec3d{-3, -3, 0}, Vec3d{3, -3, 0}, Vec3d{0, 3, 0}})
@@ -268,6 +269,7 @@ TEST_F(RendererTest, ByNightItIsDarkButForWhatShines) {
         if (place.x == 8) scene_.setSurface(unlit);
         if (place.x == 16) scene_.setSurface(shining);
         if (place.x == 24) scene_.setSurface(pictured);
+        if (place.x == 32) scene_.setSurface(outlined);
         scene_.addTriangle(0, 1, 2, kGrey);
         scene_.endItem();
     }
@@ -281,8 +283,8 @@ TEST_F(RendererTest, ByNightItIsDarkButForWhatShines) {
         options.time = time;
         renderer_.draw(scene_, camera_, options, canvas_);
         std::vector<int> seen;
-        for (const Vec3d place :
-             {places[0], places[1], places[2], places[3], Vec3d{0, 12, 0}, places[4]}) {
+        for (const Vec3d place : {places[0], places[1], places[2], places[3], Vec3d{0, 12, 0},
+                                  places[4], places[5] - Vec3d{0, 3, 0}}) {
             const auto at = *camera_.project(place);
             seen.push_back(static_cast<int>(
                 canvas_.pixel(static_cast<int>(at.x), static_cast<int>(at.y)) >> 8 & 0xFF));
@@ -293,7 +295,7 @@ TEST_F(RendererTest, ByNightItIsDarkButForWhatShines) {
     const std::vector<int> any = brightness(TimeOfDay::kAny), dusk = brightness(TimeOfDay::kDusk),
                            night = brightness(TimeOfDay::kNight);
     EXPECT_EQ(brightness(TimeOfDay::kDay), any);
-    for (const std::size_t dark : {1U, 2U, 5U, 6U}) {
+    for (const std::size_t dark : {1U, 2U, 5U, 6U, 7U}) {
         EXPECT_LT(night[dark] * 3, any[dark]) << dark;
         EXPECT_GT(dusk[dark], night[dark]) << dark;
         EXPECT_LT(dusk[dark], any[dark]) << dark;

@@ -148,7 +148,7 @@ TEST(TextureStoreTest, NoticesWhatHasChangedOnDisk) {
     EXPECT_EQ(shade(store.find("door.rgb")), 4u);
     folder.write(u8"roof.rgb.attr", std::vector<std::uint8_t>(64));
     EXPECT_TRUE(store.noticeChanges()) << "how it is used";
-    EXPECT_TRUE(store.find("roof.rgb")->use().isPointed);
+    EXPECT_TRUE(store.find("roof.rgb")->use().isPointedNear);
     std::filesystem::remove(base::pathFrom(wall));
     EXPECT_TRUE(store.noticeChanges());
     EXPECT_EQ(store.find("wall.rgb"), nullptr);

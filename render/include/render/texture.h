@@ -13,9 +13,19 @@ namespace render {
 /// How a surface uses a picture, as the file beside it says.
 struct TextureUse {
     enum class Color { kModulate, kBlend, kDecal, kReplace, kAdd };
+    /// What is outside of the picture: it again, its rim, or it again, every other time mirrored.
+    enum class Wrap { kRepeat, kClamp, kMirror };
+    /// Which of its sizes are seen from afar: two of them mixed, one of them, or always the
+    /// largest.
+    enum class Sizes { kMixed, kNearest, kLargest };
 
-    bool clampU = false, clampV = false;  ///< the rim goes on outside, instead of repetitions
-    bool isPointed = false;               ///< each texel has one color, instead of smooth ones
+    Wrap wrapU = Wrap::kRepeat, wrapV = Wrap::kRepeat;
+    /// Each texel has one color, instead of smooth ones: where it is larger than a pixel, and where
+    /// it is smaller.
+    bool isPointedNear = false, isPointedFar = false;
+    Sizes sizes = Sizes::kMixed;
+    /// A grey picture is white, and its brightness says how much of that can be seen.
+    bool isStencil = false;
     /// What becomes of the color below. To blend is for layers; elsewhere it is to modulate.
     Color color = Color::kModulate;
 
@@ -37,6 +47,16 @@ public:
         return _mm_unpacklo_epi8(_mm_cvtsi32_si128(static_cast<int>(texel)), _mm_setzero_si128());
     }
 
+    /// The one by a share of 256, as the other.
+    static std::uint32_t between(std::uint32_t one, std::uint32_t other, std::int32_t share) {
+        const auto part = [](std::uint32_t texel, std::int32_t of) {
+            return _mm_mullo_epi16(spread(texel), _mm_set1_epi16(static_cast<std::int16_t>(of)));
+        };
+        const __m128i sum = _mm_add_epi16(part(one, 256 - share), part(other, share));
+        const __m128i mean = _mm_srli_epi16(sum, 8);
+        return static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_packus_epi16(mean, mean)));
+    }
+
     struct Level {
         const std::uint32_t* texels;  ///< 0xAARRGGBB, rows from bottom to top
         int widthBits, heightBits;
@@ -53,19 +73,23 @@ public:
             return mixed(row[left], row[right], above[left], above[right], u & 0xFF, v & 0xFF);
         }
 
-        /// The same for one that is used in its own way.
-        std::uint32_t at(std::int32_t u, std::int32_t v, const TextureUse& use) const {
+        /// The same for one that is used in its own way, smooth or not.
+        std::uint32_t at(std::int32_t u, std::int32_t v, const TextureUse& use,
+                         bool isPointed) const {
+            using Wrap = TextureUse::Wrap;
             const std::int32_t width = 1 << widthBits, height = 1 << heightBits;
-            if (use.isPointed) u += 128, v += 128;
-            const auto place = [](std::int32_t at, std::int32_t size, bool clamped) {
-                return clamped ? std::clamp(at, 0, size - 1) : at & (size - 1);
+            if (isPointed) u += 128, v += 128;
+            const auto place = [](std::int32_t at, std::int32_t size, Wrap wrap) {
+                if (wrap == Wrap::kClamp) return std::clamp(at, 0, size - 1);
+                const std::int32_t within = at & (size - 1);
+                return wrap == Wrap::kMirror && (at & size) != 0 ? size - 1 - within : within;
             };
             const auto texel = [&](std::int32_t x, std::int32_t y) {
-                return texels[(place(y, height, use.clampV) << widthBits) +
-                              place(x, width, use.clampU)];
+                return texels[(place(y, height, use.wrapV) << widthBits) +
+                              place(x, width, use.wrapU)];
             };
             const std::int32_t x = u >> 8, y = v >> 8;
-            if (use.isPointed) return texel(x, y);
+            if (isPointed) return texel(x, y);
             return mixed(texel(x, y), texel(x + 1, y), texel(x, y + 1), texel(x + 1, y + 1),
                          u & 0xFF, v & 0xFF);
         }
@@ -117,6 +141,7 @@ private:
     void addLevel(int widthBits, int heightBits);
     void fit(const Picture& picture);
     void halve(const Place& from);
+    void colorWhatIsClear(const Place& place);
 
     std::vector<std::uint32_t> texels_;
     std::array<Place, kMostBits + 1> levels_{};
