@@ -1,5 +1,6 @@
 #include "harbour.h"
 
+#include "picturefiles.h"
 #include "shapes.h"
 
 #include <base/paths.h>
@@ -17,9 +18,8 @@
 #include <quillon/flttext.h>
 #include <quillon/fltxref.h>
 
+#include <algorithm>
 #include <cmath>
-#include <functional>
-#include <iterator>
 #include <numbers>
 #include <string>
 #include <string_view>
@@ -59,7 +59,16 @@ enum Texture : std::int16_t {
     kOak,
     kPine,
     kGrain,
-    kMoss
+    kMoss,
+    kTurf,
+    kAsphalt,
+    kFence,
+    kPuddle,
+    kSmoke,
+    kFlag,
+    kPlaster,
+    kLattice,
+    kNet
 };
 
 template <typename Record>
@@ -85,8 +94,10 @@ FltScene sceneOf(std::string_view id, const std::string& textures) {
     fltSetText(scene.header.dateTime, "2026-01-01 12:00:00");
     scene.colors = kColors;
     // As people write them who do not look at large and small letters.
-    for (const char* name : {"waves.TIF", "bricks.bmp", "tiles.rgb", "Planks.tga", "oak.tga",
-                             "pine.tga", "grain.tga", "moss.tga"})
+    for (const char* name :
+         {"waves.TIF", "bricks.bmp", "tiles.rgb", "Planks.tga", "oak.tga", "pine.tga", "grain.tga",
+          "moss.tga", "turf.jpg", "Asphalt.DDS", "fence.dds", "puddle.dds", "smoke.PNG", "flag.gif",
+          "plaster.int", "lattice.rgba", "net.inta"})
         scene.addTexture(textures + name);
     return scene;
 }
@@ -119,72 +130,11 @@ FltDof hinge(std::string_view id, const Point& origin, double least, double most
 
 // ---------------------------------------------------------------- pictures
 
-constexpr std::size_t kSide = 64;
-
-/// Red, green, blue and alpha of a texel, its row counted from below.
-using Painting = std::function<std::uint32_t(std::size_t x, std::size_t y)>;
+constexpr std::size_t kSide = kPictureSide;
 
 void put(const fs::path& path, const std::string& bytes) {
     fs::create_directories(path.parent_path());
     base::replaceFile(base::textOf(path), bytes);
-}
-
-std::string little(std::size_t value, int size) {
-    std::string bytes;
-    for (int i = 0; i < size; ++i) bytes += static_cast<char>(value >> 8 * i);
-    return bytes;
-}
-
-/// Blue, green and red of all rows from below, with alpha or without.
-std::string texels(const Painting& paint, bool withAlpha, bool fromBelow = true,
-                   bool redFirst = false) {
-    std::string bytes;
-    for (std::size_t row = 0; row < kSide; ++row)
-        for (std::size_t x = 0; x < kSide; ++x) {
-            const std::uint32_t color = paint(x, fromBelow ? row : kSide - 1 - row);
-            for (const unsigned shift : {0U, 8U, 16U})
-                bytes += static_cast<char>(color >> (redFirst ? 16 - shift : shift));
-            if (withAlpha) bytes += static_cast<char>(color >> 24);
-        }
-    return bytes;
-}
-
-void writeTga(const fs::path& path, const Painting& paint) {
-    std::string head(18, '\0');
-    head[2] = 2;
-    head[12] = head[14] = static_cast<char>(kSide);
-    head[16] = 32;
-    head[17] = 8;
-    put(path, head + texels(paint, true));
-}
-
-void writeBmp(const fs::path& path, const Painting& paint) {
-    constexpr std::size_t kHead = 54;
-    put(path, "BM" + little(kHead + kSide * kSide * 3, 4) + little(0, 4) + little(kHead, 4) +
-                  little(40, 4) + little(kSide, 4) + little(kSide, 4) + little(1, 2) +
-                  little(24, 2) + std::string(24, '\0') + texels(paint, false));
-}
-
-void writeTiff(const fs::path& path, const Painting& paint) {
-    const std::pair<std::size_t, std::size_t> fields[] = {
-        {256, kSide}, {257, kSide}, {258, 8},
-        {259, 1},     {262, 2},     {273, 122},
-        {277, 3},     {278, kSide}, {279, kSide * kSide * 3}};
-    std::string bytes = "II" + little(42, 2) + little(8, 4) + little(std::size(fields), 2);
-    for (const auto& [tag, value] : fields)
-        bytes += little(tag, 2) + little(4, 2) + little(1, 4) + little(value, 4);
-    put(path, bytes + little(0, 4) + texels(paint, false, false, true));
-}
-
-void writeSgi(const fs::path& path, const Painting& paint) {
-    constexpr unsigned char kStart[] = {0x01, 0xDA, 0, 1, 0, 3, 0, kSide, 0, kSide, 0, 3};
-    std::string bytes(512, '\0');
-    std::copy(std::begin(kStart), std::end(kStart), bytes.begin());
-    for (const unsigned shift : {16U, 8U, 0U})
-        for (std::size_t y = 0; y < kSide; ++y)
-            for (std::size_t x = 0; x < kSide; ++x)
-                bytes += static_cast<char>(paint(x, y) >> shift);
-    put(path, bytes);
 }
 
 /// `color` made darker.
@@ -205,41 +155,109 @@ std::uint32_t treeTexel(std::size_t x, std::size_t y, bool isPointed) {
     return (isLeaf ? 0xFF000000 : 0) | (shaded(isPointed ? 0x2E5A3C : 0x4A7A38, grain) & 0xFFFFFF);
 }
 
+/// From -1 to 1, and the same again behind a picture's side.
+double waveOf(double place) {
+    return std::sin(2 * std::numbers::pi / kSide * place);
+}
+
+/// From 0 to 1, without any order.
+double mixed(std::size_t x, std::size_t y) {
+    const std::size_t number = (x * 7919 + y * 104729) ^ (x * y * 31);
+    return static_cast<double>(number % 64) / 63;
+}
+
+/// `color` as far as `alpha`, 0 to 1, lets see of it.
+std::uint32_t seen(std::uint32_t color, double alpha) {
+    return (color & 0xFFFFFF) | static_cast<std::uint32_t>(alpha * 255) << 24;
+}
+
 void writePictures(const fs::path& folder) {
-    writeTiff(folder / "waves.tif", [](std::size_t x, std::size_t y) {
-        const double turn = 2 * std::numbers::pi / kSide;
-        return shaded(0x5090B8, 0.8 + 0.1 * std::sin(turn * static_cast<double>(x + 2 * y)) +
-                                    0.1 * std::sin(turn * static_cast<double>(3 * x - y)));
-    });
-    writeBmp(folder / "Bricks.BMP", [](std::size_t x, std::size_t y) {
-        return shaded(0xB87860, y % 8 == 0 || (x + y / 8 * 5) % 16 == 0 ? 0.6 : 1);
-    });
-    writeSgi(folder / "tiles.rgb", [](std::size_t x, std::size_t y) {
-        return shaded(0xB05440, 0.7 + 0.3 * std::abs(std::sin(static_cast<double>(x) * 0.4)) *
-                                          (y % 16 < 2 ? 0.5 : 1));
-    });
-    writeTga(folder / "planks.tga", [](std::size_t x, std::size_t y) {
-        return shaded(0x8A6A48, x % 16 == 0 ? 0.5 : 0.85 + 0.02 * static_cast<double>(y * 5 % 7));
-    });
+    put(folder / "waves.tif", tiffPicture([](std::size_t x, std::size_t y) {
+            const auto u = static_cast<double>(x), v = static_cast<double>(y);
+            return shaded(0x5090B8, 0.8 + 0.1 * waveOf(u + 2 * v) + 0.1 * waveOf(3 * u - v));
+        }));
+    put(folder / "Bricks.BMP", bmpPicture([](std::size_t x, std::size_t y) {
+            return shaded(0xB87860, y % 8 == 0 || (x + y / 8 * 5) % 16 == 0 ? 0.6 : 1);
+        }));
+    put(folder / "tiles.rgb", sgiPicture(
+                                  [](std::size_t x, std::size_t y) {
+                                      const double wave = waveOf(4 * static_cast<double>(x));
+                                      return shaded(0xB05440,
+                                                    (0.85 + 0.15 * wave) * (y % 16 < 2 ? 0.6 : 1));
+                                  },
+                                  3));
+    put(folder / "planks.tga", tgaPicture([](std::size_t x, std::size_t y) {
+            return shaded(0x8A6A48,
+                          x % 16 == 0 ? 0.5 : 0.85 + 0.02 * static_cast<double>(y * 5 % 7));
+        }));
     for (const bool isPointed : {false, true})
-        writeTga(folder / (isPointed ? "pine.tga" : "oak.tga"),
-                 [=](std::size_t x, std::size_t y) { return treeTexel(x, y, isPointed); });
-    writeTga(folder / "grain.tga", [](std::size_t x, std::size_t y) {
-        const std::size_t mixed = (x * 7919 + y * 104729) ^ (x * y * 31);
-        return shaded(0xFFFFFF, 0.3 + 0.4 * static_cast<double>(mixed % 64) / 63);
-    });
+        put(folder / (isPointed ? "pine.tga" : "oak.tga"),
+            tgaPicture([=](std::size_t x, std::size_t y) { return treeTexel(x, y, isPointed); }));
+    put(folder / "grain.tga", tgaPicture([](std::size_t x, std::size_t y) {
+            return shaded(0xFFFFFF, 0.3 + 0.4 * mixed(x, y));
+        }));
     // Patches before nothing, more of them near the ground.
-    writeTga(folder / "moss.tga", [](std::size_t x, std::size_t y) {
-        const double turn = 2 * std::numbers::pi / kSide;
-        const double patch = std::sin(turn * static_cast<double>(2 * x)) +
-                             std::sin(turn * static_cast<double>(3 * x + 5)) +
-                             1.4 * std::cos(turn * static_cast<double>(y));
-        return patch > 0.6 ? shaded(0x50784A, 0.8 + 0.2 * static_cast<double>((x ^ y) % 3) / 2)
-                           : 0x0050784AU;
-    });
-    // Beside the trees: their rims do not repeat.
+    put(folder / "moss.tga", tgaPicture([](std::size_t x, std::size_t y) {
+            const auto u = static_cast<double>(x), v = static_cast<double>(y);
+            const double patch = waveOf(2 * u) + waveOf(3 * u + 9) + 1.4 * waveOf(v + kSide / 4.);
+            return patch > 0.6 ? shaded(0x50784A, 0.8 + 0.2 * mixed(x, y)) : 0x0050784AU;
+        }));
+    put(folder / "turf.jpg", jpegPicture([](std::size_t x, std::size_t y) {
+            const auto u = static_cast<double>(x), v = static_cast<double>(y);
+            return shaded(0x709650,
+                          0.78 + 0.1 * waveOf(u + v) * waveOf(2 * v - u) + 0.1 * mixed(x, y));
+        }));
+    put(folder / "asphalt.dds",
+        ddsPicture(
+            [](std::size_t x, std::size_t y) { return shaded(0x8C8A84, 0.75 + 0.2 * mixed(x, y)); },
+            Blocks::kOpaque));
+    // Bars, and what holds them together.
+    put(folder / "fence.dds", ddsPicture(
+                                  [](std::size_t x, std::size_t y) {
+                                      const bool isRail = y % 32 < 4 || y > 58;
+                                      return seen(0x3C4650, isRail || x % 8 < 3 ? 1 : 0);
+                                  },
+                                  Blocks::kSharpAlpha));
+    put(folder / "puddle.dds", ddsPicture(
+                                   [](std::size_t x, std::size_t y) {
+                                       const double u = static_cast<double>(x) - kSide / 2.,
+                                                    v = static_cast<double>(y) - kSide / 2.;
+                                       const double rim = 26 + 4 * std::sin(3 * std::atan2(v, u));
+                                       const double depth = (rim - std::hypot(u, v)) / 10;
+                                       return seen(0x28343C, std::clamp(depth, 0., 0.8));
+                                   },
+                                   Blocks::kSmoothAlpha));
+    put(folder / "smoke.png", pngPicture([](std::size_t x, std::size_t y) {
+            const double u = static_cast<double>(x) - kSide / 2.,
+                         v = static_cast<double>(y) - kSide / 2.;
+            const double puff = 1 - std::hypot(u, v) / (24 + 6 * std::sin(3 * std::atan2(v, u)));
+            return seen(shaded(0xE0E0E4, 0.9 + 0.1 * mixed(x, y)), std::clamp(puff, 0., 0.7));
+        }));
+    put(folder / "flag.gif", gifPicture([](std::size_t x, std::size_t y) {
+            const bool isCross = (x >= 16 && x < 28) || (y >= 26 && y < 38);
+            return isCross ? 0xFFFFFFFFU : 0xFF204080U;
+        }));
+    put(folder / "plaster.int",
+        sgiPicture([](std::size_t x,
+                      std::size_t y) { return shaded(0xFFFFFF, 0.84 + 0.16 * mixed(x, y)); },
+                   1));
+    put(folder / "lattice.rgba", sgiPicture(
+                                     [](std::size_t x, std::size_t y) {
+                                         const bool isBar =
+                                             (x + y) % 32 < 5 || (x + kSide - y) % 32 < 5;
+                                         return seen(0xD8A838, isBar || x < 4 || x > 59 ? 1 : 0);
+                                     },
+                                     4));
+    put(folder / "net.inta",
+        sgiPicture([](std::size_t x,
+                      std::size_t y) { return seen(0x707070, x % 8 == 0 || y % 8 == 0 ? 1 : 0); },
+                   2));
+    // Smooth from near and from afar.
     std::string use(64, '\0');
-    use[8 * 4 + 3] = use[9 * 4 + 3] = use[10 * 4 + 3] = use[11 * 4 + 3] = 1;
+    use[7 * 4 + 3] = 6;
+    use[8 * 4 + 3] = 1;
+    // Beside the trees: their rims do not repeat.
+    use[9 * 4 + 3] = use[10 * 4 + 3] = use[11 * 4 + 3] = 1;
     for (const char* const name : {"pine.tga.attr", "oak.tga.attr"}) put(folder / name, use);
     // Moss lies on a wall and does not color it.
     use[9 * 4 + 3] = use[10 * 4 + 3] = use[11 * 4 + 3] = 0;
@@ -285,7 +303,26 @@ void addWindow(Node& parent, double x, double z) {
     });
     auto byNight = named<FltObject>("lit");
     byNight.flags = static_cast<std::int32_t>(FltObject::kNotByDay | FltObject::kNotAtDusk);
-    parent.add(byNight).addFace(pane, kLamp);
+    parent.add(byNight).addFace(pane, kLamp).changeFace([](FltFace& face) {
+        face.materialIndex = 1;
+        face.lightMode = 2;
+    });
+}
+
+/// Turned to the eye.
+void addSmoke(Node& parent, const Point& at, double side) {
+    const double half = side / 2;
+    parent
+        .addFace({{at.x - half, at.y, at.z - half},
+                  {at.x + half, at.y, at.z - half},
+                  {at.x + half, at.y, at.z + half},
+                  {at.x - half, at.y, at.z + half}},
+                 kWhite, kSmoke)
+        .stretched()
+        .changeFace([](FltFace& face) {
+            face.billboard = kFltPointBlended;
+            face.textureWhite = 1;
+        });
 }
 
 FltScene house() {
@@ -296,6 +333,12 @@ FltScene house() {
     glass.specular = {0.9F, 0.9F, 0.9F};
     glass.shininess = 30;
     scene.addPalette(glass);
+    FltMaterial lit;
+    fltSetText(lit.name, "lit");
+    lit.index = 1;
+    lit.ambient = lit.diffuse = {0.1F, 0.1F, 0.1F};
+    lit.emissive = {0.9F, 0.78F, 0.45F};
+    scene.addPalette(lit);
     for (const bool isNear : {true, false}) {
         auto lod = named<FltLod>(isNear ? "near" : "far");
         lod.switchInDistance = isNear ? 300 : 5000;
@@ -311,7 +354,11 @@ FltScene house() {
         for (const double x : {-6., 6.})
             shape.addFace({{x, -4, 6}, {x, 4, 6}, {x, 0, 8.8}}, kWall, kBricks)
                 .changeFace([](FltFace& face) { face.drawType = kFltSolidTwoSided; });
+        addBlock(shape, rectangle(3, 0.6, 4, 1.6, 7), 3, kWall, kBricks, kDark, kNone);
         if (!isNear) continue;
+        Node& smoke = level.add(named<FltObject>("smoke"));
+        for (int puff = 0; puff < 3; ++puff)
+            addSmoke(smoke, {3.5 + 0.7 * puff, 1.1, 10.8 + 1.5 * puff}, 1.8 + 0.8 * puff);
         for (const double x : {-4.6, -2.4, 2.4}) addWindow(level, x, 3.6);
         addWindow(level, 2.4, 1);
         // It is dark behind the door.
@@ -331,6 +378,12 @@ FltScene house() {
     return scene;
 }
 
+/// What is seen of its picture is seen from both sides.
+void asCutOut(FltFace& face) {
+    face.drawType = kFltSolidTwoSided;
+    face.textureWhite = 1;
+}
+
 FltScene crane() {
     FltScene scene = sceneOf("crane", "../pictures/");
     FltLineStyle thick;
@@ -341,7 +394,14 @@ FltScene crane() {
     addBlock(foot, ring(0, 0, 0, 2, 8), 14, kYellow, kNone, kYellow, kNone);
     Node& arm = scene.root.add(hinge("arm", {0, 0, 14}, -120, 120, 35));
     Node& beam = arm.add(named<FltObject>("beam"));
-    addBlock(beam, rectangle(-6, -0.8, 22, 0.8, 14), 1.6, kYellow, kNone, kRed, kNone);
+    addBlock(beam, rectangle(-6, -0.8, 2, 0.8, 14), 1.6, kYellow, kNone, kRed, kNone);
+    for (int part = 0; part < 8; ++part) {
+        const double from = 2 + 2.5 * part;
+        const Polygon below = rectangle(from, -0.8, from + 2.5, 0.8, 14);
+        for (const Polygon& side : walls(below, raised(below, 1.6)))
+            beam.addFace(side, kWhite, kLattice).stretched().changeFace(asCutOut);
+    }
+    addBlock(beam, rectangle(19, -0.8, 21, 0.8, 14), 0.2, kRed, kNone, kRed, kNone);
     Node& rope = arm.add(named<FltObject>("rope"));
     rope.addFace({{20, 0, 14}, {20, 0.1, 5}, {20, -0.1, 5}}, kSteel).changeFace([](FltFace& face) {
         face.drawType = kFltClosedOutline;
@@ -361,6 +421,42 @@ FltScene boat() {
     for (const Polygon& side : walls(keel, rail)) hull.addFace(side, kRed);
     hull.addFace(rail, kWhite, kPlanks);
     addBlock(hull, rectangle(-4.5, -1.2, -1, 1.2, 0.4), 1.8, kWhite, kNone, kRed, kNone);
+    return scene;
+}
+
+/// A wheel that rolls about an axle along y.
+void addWheel(Node& parent, double x, double y) {
+    constexpr double kRadius = 0.5, kWidth = 0.3;
+    constexpr int kCorners = 12;
+    FltDof turns = dofAt("wheel", {x, y, kRadius});
+    turns.rollCurrent = 20;
+    turns.rollIncrement = 5;
+    Node& wheel = parent.add(turns).add(named<FltObject>("tyre"));
+    // Lying, and then put up.
+    const auto upright = [&](Polygon polygon) {
+        for (Point& point : polygon) point = {point.x + x, y - point.z, point.y + kRadius};
+        return polygon;
+    };
+    const Polygon low = ring(0, 0, -kWidth / 2, kRadius, kCorners), high = raised(low, kWidth);
+    for (const Polygon& tread : walls(low, high)) wheel.addFace(upright(tread), kDark);
+    for (int i = 0; i < kCorners; ++i) {
+        const auto next = static_cast<std::size_t>((i + 1) % kCorners);
+        const auto own = static_cast<std::size_t>(i);
+        const Color color = i % 3 == 0 ? kWhite : kSteel;
+        wheel.addFace(upright({{0, 0, kWidth / 2}, high[own], high[next]}), color);
+        wheel.addFace(upright({{0, 0, -kWidth / 2}, low[next], low[own]}), color);
+    }
+}
+
+FltScene lorry() {
+    FltScene scene = sceneOf("lorry", "../pictures/");
+    Node& body = scene.root.add(named<FltObject>("body"));
+    addBlock(body, rectangle(-3.2, -1, 2.9, 1, 0.6), 0.3, kDark, kNone, kSteel, kNone);
+    addBlock(body, rectangle(1.1, -1.1, 2.9, 1.1, 0.9), 1.7, kRed, kNone, kRed, kNone);
+    addBlock(body, rectangle(-3.2, -1.1, 0.9, 1.1, 0.9), 0.9, kWhite, kPlanks, kWood, kNone);
+    body.addFace({{2.91, -0.9, 1.6}, {2.91, 0.9, 1.6}, {2.91, 0.9, 2.4}, {2.91, -0.9, 2.4}}, kDark);
+    for (const double x : {-2.2, 2.})
+        for (const double y : {-1.05, 1.05}) addWheel(scene.root, x, y);
     return scene;
 }
 
@@ -421,7 +517,7 @@ FltScene lighthouse() {
         const Color color = band % 2 == 0 ? kWhite : kRed;
         for (const Polygon& wall : walls(ring(0, 0, low, 3 - 0.25 * band, 16),
                                          ring(0, 0, low + 4, 2.75 - 0.25 * band, 16)))
-            tower.addFace(wall, color);
+            tower.addFace(wall, color, kPlaster);
     }
     addBlock(tower, ring(0, 0, 20, 2.4, 16), 0.4, kStone, kNone, kStone, kNone);
     Node& top = scene.root.add(named<FltObject>("top"));
@@ -466,8 +562,18 @@ FltScene town() {
     FltScene scene = sceneOf("harbour", "pictures/");
     Node& ground = scene.root.add(named<FltObject>("ground"));
     ground.addFace(rectangle(-120, -120, 120, -30, -1.5), kWhite, kWaves);
-    ground.addFace(rectangle(-120, -30, 120, 120, 0), kGrass)
-        .addSubface(rectangle(-120, -30, 120, -12, 0), kStone);
+    Node& land = ground.addFace(rectangle(-120, -30, 120, 120, 0), kWhite, kTurf);
+    land.addSubface(rectangle(-120, -30, 120, -12, 0), kWhite).changeFace([](FltFace& face) {
+        face.textureIndex = kAsphalt;
+    });
+    for (int i = 0; i < 5; ++i)
+        land.addSubface(rectangle(-70 + 31 * i, -26, -65 + 31 * i, -22, 0), kWhite)
+            .stretched()
+            .changeFace([](FltFace& face) {
+                face.textureIndex = kPuddle;
+                face.billboard = kFltFixedBlended;
+                face.relativePriority = 1;
+            });
     for (const Polygon& wall :
          walls(rectangle(-120, -30, 120, -29.9, -1.5), rectangle(-120, -30, 120, -29.9, 0)))
         ground.addFace(wall, kStone, kBricks).layered(kMoss, 1);
@@ -479,6 +585,24 @@ FltScene town() {
     jetty.addFace(raised(deck, 1), kWhite, kPlanks).changeFace([](FltFace& face) {
         face.detailTextureIndex = kGrain;
     });
+    Node& railing = scene.root.add(named<FltObject>("railing"));
+    const auto addUpright = [&](const Point& from, const Point& to, double height,
+                                Texture picture) {
+        return &railing
+                    .addFace(
+                        {from, to, {to.x, to.y, to.z + height}, {from.x, from.y, from.z + height}},
+                        kWhite, picture)
+                    .changeFace(asCutOut);
+    };
+    for (int i = 0; i < 12; ++i) {
+        const double x = -118 + 16 * i;
+        if (x < -7 || x > 7) addUpright({x, -12.4, 0}, {x + 8, -12.4, 0}, 1.4, kFence)->stretched();
+    }
+    // Hung up to dry.
+    for (const double y : {-44., -56.})
+        addUpright({-3.6, y - 4, 0}, {-3.6, y + 4, 0}, 2, kNet)->stretched();
+    addBlock(railing, ring(3.4, -72, 0, 0.08, 6), 7, kSteel, kNone, kSteel, kNone);
+    addUpright({3.5, -72, 5}, {6.5, -72, 5}, 2, kFlag)->stretched();
     addQuayLights(scene.root);
     Node& places = scene.root.add(named<FltGroup>("places"));
     for (int row = 0; row < 3; ++row)
@@ -490,6 +614,8 @@ FltScene town() {
         }
     for (int i = 0; i < 9; ++i)
         refer(places, "town\\lamp.flt", turnedAndMoved(0, -100 + 25 * i, -14));
+    refer(places, "town/lorry.flt", turnedAndMoved(0, -14, -21));
+    refer(places, "town/lorry.flt", turnedAndMoved(180, 62, -17));
     refer(places, "town/crane.flt", turnedAndMoved(-90, 40, -24));
     refer(places, "town/lighthouse.flt", turnedAndMoved(0, 0, -76));
     // One as its own file has it, the other in the harbour's colors.
@@ -508,6 +634,7 @@ void writeHarbour(const fs::path& folder) {
     writeSceneFile(door(), folder / "town/parts/door.flt");
     writeSceneFile(house(), folder / "town/house.flt");
     writeSceneFile(crane(), folder / "town/crane.flt");
+    writeSceneFile(lorry(), folder / "town/lorry.flt");
     writeSceneFile(boat(), folder / "town/boat.flt");
     writeSceneFile(lamp(), folder / "town/lamp.flt");
     writeSceneFile(lighthouse(), folder / "town/lighthouse.flt");
