@@ -1,13 +1,50 @@
 #include "packedpicture.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <limits>
 #include <memory>
 #include <new>
 #include <string_view>
+#include <vector>
 
+namespace render {
+
+namespace {
+
+/// Memory that a file may ask for at once: one that grows without end when it is unpacked is no
+/// reason to run out of it.
+class Allowance {
+public:
+    explicit Allowance(std::size_t most) { most_ = most; }
+    ~Allowance() { most_ = 0; }
+    Allowance(const Allowance&) = delete;
+    Allowance& operator=(const Allowance&) = delete;
+
+    bool isExceeded() const { return most_ == kExceeded; }
+
+    static bool covers(std::size_t size) {
+        if (most_ == kExceeded || size > most_) most_ = kExceeded;
+        return most_ != kExceeded;
+    }
+
+private:
+    static constexpr std::size_t kExceeded = ~std::size_t{0};
+    static thread_local std::size_t most_;
+};
+
+thread_local std::size_t Allowance::most_ = 0;
+
+}  // namespace
+
+}  // namespace render
+
+#define STBI_MALLOC(size) (render::Allowance::covers(size) ? std::malloc(size) : nullptr)
+#define STBI_REALLOC(block, size) \
+    (render::Allowance::covers(size) ? std::realloc(block, size) : nullptr)
+#define STBI_FREE(block) std::free(block)
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_STATIC
 #define STBI_NO_STDIO
@@ -62,29 +99,52 @@ bool hasOverfullTable(std::span<const std::uint8_t> bytes) {
 }  // namespace
 
 Picture readPackedPicture(std::span<const std::uint8_t> bytes) {
-    if (bytes.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+    if (bytes.size() > static_cast<std::size_t>(std::numeric_limits<int>::max() / 2))
         throw PictureError(PictureFault::kTooLarge, "too large a picture");
     if (!bytes.empty() && bytes[0] == 0xFF && hasOverfullTable(bytes))
         throw PictureError(PictureFault::kCutShort, "a damaged picture");
-    const auto size = static_cast<int>(bytes.size());
+    // What the file lacks is read as zeros, with which the library fills pictures up: so it is seen
+    // how far it has read. It takes a row at once from some.
+    constexpr std::size_t kLongestRow = std::size_t{STBI_MAX_DIMENSIONS} * 4;
+    std::vector<stbi_uc> file(bytes.begin(), bytes.end());
+    file.resize(bytes.size() + kLongestRow);
+    constexpr std::size_t kWorkingRoom = 4 << 20, kMostOfTexel = 8;
+    std::size_t most = 2 * file.size() + kWorkingRoom;
+    stbi__context context;
+    const auto open = [&] {
+        stbi__start_mem(&context, file.data(), static_cast<int>(file.size()));
+    };
     int width = 0, height = 0, channels = 0;
-    // A kind that nothing marks is found by what it cannot be.
-    if (!stbi_info_from_memory(bytes.data(), size, &width, &height, &channels))
-        throw PictureError(PictureFault::kOtherFormat, "no picture of a known format");
+    {
+        const Allowance allowance(most);
+        open();
+        // A kind that nothing marks is found by what it cannot be.
+        if (!stbi__info_main(&context, &width, &height, &channels))
+            throw PictureError(PictureFault::kOtherFormat, "no picture of a known format");
+    }
     if (width < 1 || height < 1) throw PictureError(PictureFault::kEmpty, "an empty picture");
     const auto across = static_cast<std::size_t>(width), down = static_cast<std::size_t>(height);
     if (across * down > kMostTexels)
         throw PictureError(PictureFault::kTooLarge, "too large a picture");
+    most += kMostOfTexel * across * down;
+    const Allowance allowance(most);
+    open();
     int readWidth = 0, readHeight = 0;
     const std::unique_ptr<stbi_uc, void (*)(void*)> values(
-        stbi_load_from_memory(bytes.data(), size, &readWidth, &readHeight, &channels, 4),
+        stbi__load_and_postprocess_8bit(&context, &readWidth, &readHeight, &channels, 4),
         stbi_image_free);
     if (!values) {
+        if (allowance.isExceeded())
+            throw PictureError(PictureFault::kTooLarge, "unpacked, too large a picture");
         const char* const reason = stbi_failure_reason();
         if (reason && std::string_view(reason) == "outofmem") throw std::bad_alloc();
         throw PictureError(PictureFault::kCutShort, "a damaged picture");
     }
-    if (readWidth != width || readHeight != height)
+    // The last row of some may lack what fills it up to four bytes.
+    constexpr std::ptrdiff_t kPadding = 3;
+    const auto size = static_cast<std::ptrdiff_t>(bytes.size());
+    if (readWidth != width || readHeight != height ||
+        context.img_buffer - file.data() > size + kPadding)
         throw PictureError(PictureFault::kCutShort, "a damaged picture");
     Picture picture{width, height, {}};
     picture.texels.reserve(across * down);

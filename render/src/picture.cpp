@@ -38,8 +38,9 @@ public:
         if (std::size_t{width_} * height_ > kMostTexels)
             throw PictureError(PictureFault::kTooLarge, "too large a picture");
         // Each row of each channel has its place and its length, one table behind the other.
-        if (encoded_ && (bytes.size() - kHeader) / 8 < std::size_t{height_} * channels_)
-            throw PictureError(PictureFault::kCutShort, "cut short");
+        const std::size_t rows = std::size_t{height_} * channels_;
+        const std::size_t row = encoded_ ? 8 : std::size_t{width_} * (wide_ ? 2 : 1);
+        if ((bytes.size() - kHeader) / row < rows) refuse();
     }
 
     Picture read() {
@@ -59,27 +60,28 @@ public:
     }
 
 private:
+    [[noreturn]] static void refuse() { throw PictureError(PictureFault::kCutShort, "cut short"); }
+
     std::uint32_t number(std::size_t at, std::size_t size) const {
         std::uint32_t value = 0;
         for (std::size_t i = 0; i < size; ++i) value = value << 8 | bytes_[at + i];
         return value;
     }
 
-    /// A row's values to `row_`; what the file lacks stays 0.
+    /// A row's values to `row_`; what a packed one lacks stays 0.
     void readRow(std::uint32_t channel, std::uint32_t y) {
         std::fill(row_.begin(), row_.end(), std::uint8_t{0});
         const std::size_t index = std::size_t{channel} * height_ + y;
         const std::size_t size = wide_ ? 2 : 1;
         if (!encoded_) {
-            const std::size_t start = kHeader + index * width_ * size;
-            if (start < bytes_.size()) copy(bytes_.subspan(start), 0, width_);
+            copy(bytes_.subspan(kHeader + index * width_ * size), 0, width_);
             return;
         }
         const std::size_t tables = kHeader, rows = std::size_t{height_} * channels_;
         const std::size_t start = number(tables + 4 * index, 4);
         const std::size_t length = number(tables + 4 * (rows + index), 4);
-        if (start >= bytes_.size()) return;
-        unpack(bytes_.subspan(start, std::min(length, bytes_.size() - start)));
+        if (start > bytes_.size() || length > bytes_.size() - start) refuse();
+        unpack(bytes_.subspan(start, length));
     }
 
     // Each run begins with a count: with its high bit as many values follow, otherwise one, which

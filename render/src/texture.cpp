@@ -114,11 +114,12 @@ TextureUse readTextureUse(std::span<const std::uint8_t> bytes) {
     use.wrapU = wrapOf(word(kWrapU)).value_or(both);
     use.wrapV = wrapOf(word(kWrapV)).value_or(both);
     use.isPointedNear = word(kMagnification) == kPointed;
-    const std::uint32_t far = word(kMinification);
-    use.isPointedFar = far == kPointed || far == kPointedSizes || far == kPointedMixed;
-    if (far == kPointed || far == kOneSize || (far >= kFurtherOneSize && far <= kLastFilter))
+    const std::uint32_t smaller = word(kMinification);
+    use.isPointedFar = smaller == kPointed || smaller == kPointedSizes || smaller == kPointedMixed;
+    if (smaller == kPointed || smaller == kOneSize ||
+        (smaller >= kFurtherOneSize && smaller <= kLastFilter))
         use.sizes = TextureUse::Sizes::kLargest;
-    else if (far == kPointedSizes || far == kSmoothSizes)
+    else if (smaller == kPointedSizes || smaller == kSmoothSizes)
         use.sizes = TextureUse::Sizes::kNearest;
     use.isStencil = word(kStencil) == 1;
     switch (word(kColor)) {

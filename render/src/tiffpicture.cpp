@@ -126,6 +126,7 @@ private:
             default:
                 refuse(PictureFault::kUnknownKind, "an unknown kind of TIFF picture");
         }
+        if (strip.size() < size) refuse(PictureFault::kCutShort, "cut short");
         strip.resize(size);
         if (value(kPredictor, 0, 1) == 2 && bits_ == 8)
             for (std::size_t row = 0; row < size; row += rowBytes_)
