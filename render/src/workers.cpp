@@ -44,7 +44,7 @@ void Workers::work() {
     }
 }
 
-void Workers::takeJobs(std::unique_lock<Mutex>& lock) {
+void Workers::takeJobs(std::unique_lock<base::Mutex>& lock) {
     while (next_ < jobs_) {
         const std::size_t mine = next_++;
         lock.unlock();

@@ -78,6 +78,8 @@ public:
     /// To be called a few times each second, and again soon after it has returned true. `name` is
     /// what the user calls the scene.
     bool step(const Moment& moment, const std::string& name);
+    /// Whether a scene is on its way to the disk; `step` notes when it is there.
+    bool isWriting() const { return file_ != nullptr; }
     /// Saves aside what is not saved, now and all of it.
     void finish(const std::string& name);
     /// Goes on with a place whose scene has been opened: it stays until that scene is saved.

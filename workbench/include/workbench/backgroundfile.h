@@ -1,10 +1,10 @@
 // A file that is written by a thread of its own.
 #pragma once
 
-#include <condition_variable>
+#include <base/waiting.h>
+
 #include <cstddef>
 #include <deque>
-#include <mutex>
 #include <string>
 #include <thread>
 
@@ -38,8 +38,8 @@ private:
     void writeAll();
 
     const std::string path_;
-    mutable std::mutex mutex_;
-    std::condition_variable changed_;
+    mutable base::Mutex mutex_;
+    base::Condition changed_;
     std::deque<std::string> pieces_;
     std::size_t pending_ = 0;
     bool ended_ = false, abandoned_ = false;

@@ -2,6 +2,7 @@
 #include <workbench/backgroundfile.h>
 
 #include <exception>
+#include <mutex>
 #include <utility>
 
 namespace workbench {
