@@ -41,9 +41,12 @@ protected:
     void fill(int count) {
         for (int i = 0; i < count; ++i) change();
     }
-    /// Steps as often as it wants to be called, and waits for the disk.
+    /// Steps as often as it wants to be called, a few times more, and until the disk has what it
+    /// has begun.
     void steps(AutoSave& save, AutoSave::Time now, AutoSave::Time sinceInput, bool engaged) {
-        for (int i = 0; i < 60; ++i) {
+        const auto end = std::chrono::steady_clock::now() + 60s;
+        for (int i = 0; i < 5 || (save.isWriting() && std::chrono::steady_clock::now() < end);
+             ++i) {
             while (save.step({now, sinceInput, engaged}, "scene")) {
             }
             std::this_thread::sleep_for(1ms);
