@@ -59,9 +59,10 @@ void FastestRuns::print(Table& table, double (*boundOf)(const std::string& name)
              ++other) {
             const std::string measure = other->first.substr(base.size() + 1);
             if (other->first == name || measure.find('/') != measure.npos) continue;
-            table.ratio(base + " : " + measure, inUnit(ours.nanoseconds, ours.unit),
+            const std::string row = base + " : " + measure;
+            table.ratio(row, inUnit(ours.nanoseconds, ours.unit),
                         inUnit(other->second.nanoseconds, ours.unit),
-                        benchmark::GetTimeUnitString(ours.unit), boundOf(base));
+                        benchmark::GetTimeUnitString(ours.unit), boundOf(row));
             paired.insert({name, other->first});
         }
     }

@@ -20,9 +20,10 @@ public:
     /// where the command line is not understood or a benchmark gives up.
     void run(int count, char** arguments);
 
-    /// For every pair "X/library" and "X/MEASURE" that was run, a row with their ratio and the
-    /// bound that `boundOf` returns for X; then a row for each figure that stands alone.
-    void print(Table& table, double (*boundOf)(const std::string& name)) const;
+    /// For every pair "X/library" and "X/MEASURE" that was run, a row "X : MEASURE" with their
+    /// ratio and the bound that `boundOf` returns for the row; then a row for each figure that
+    /// stands alone.
+    void print(Table& table, double (*boundOf)(const std::string& row)) const;
 
     bool ReportContext(const Context&) override { return true; }
     void ReportRuns(const std::vector<Run>& runs) override;

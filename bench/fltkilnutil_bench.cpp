@@ -192,8 +192,8 @@ int main(int count, char** arguments) {
     registerBenches();
     bench::FastestRuns runs;
     runs.run(count, arguments);
-    runs.print(table, [](const std::string& name) {
-        return name == kStoreDof ? kStoreDofBound : bench::kNoBound;
+    runs.print(table, [](const std::string& row) {
+        return row.starts_with(kStoreDof) ? kStoreDofBound : bench::kNoBound;
     });
     kiln::Core::destroy();
     return table.status();

@@ -9,8 +9,8 @@
 namespace render {
 namespace {
 
-Color mix(Color below, Color above, float opacity) {
-    const auto share = static_cast<std::uint32_t>(opacity * 256 + 0.5f);
+inline Color mix(Color below, Color above, float opacity) {
+    const auto share = static_cast<std::uint32_t>(static_cast<int>(opacity * 256 + 0.5f));
     if (share >= 256) return above;
     const std::uint32_t rest = 256 - share;
     const std::uint32_t redBlue =
@@ -21,6 +21,10 @@ Color mix(Color below, Color above, float opacity) {
 
 // The part of the line from a to b inside the rectangle, widened by one pixel for smoothing.
 bool clipToPicture(ScreenPoint& a, ScreenPoint& b, float width, float height) {
+    const auto isWithin = [&](const ScreenPoint& p) {
+        return p.x >= -1 && p.y >= -1 && p.x <= width + 1 && p.y <= height + 1;
+    };
+    if (isWithin(a) && isWithin(b)) return true;
     const float dx = b.x - a.x, dy = b.y - a.y, dz = b.depth - a.depth;
     float enter = 0, leave = 1;
     const auto clip = [&](float direction, float room) {
@@ -39,6 +43,12 @@ bool clipToPicture(ScreenPoint& a, ScreenPoint& b, float width, float height) {
     a = {start.x + dx * enter, start.y + dy * enter, start.depth + dz * enter};
     b = {start.x + dx * leave, start.y + dy * leave, start.depth + dz * leave};
     return true;
+}
+
+/// Of a number that an int can hold.
+int wholeBelow(float number) {
+    const int whole = static_cast<int>(number);
+    return whole - (static_cast<float>(whole) > number ? 1 : 0);
 }
 
 // First pixel whose centre is at or beyond a coordinate, kept in a range that cannot overflow; what
@@ -62,23 +72,33 @@ void Canvas::resize(int width, int height) {
     pixels_ = pixelMemory_.data();
     depths_ = depthMemory_.data();
     items_ = itemMemory_.data();
-    firstRow_ = 0;
+    firstRow_ = firstColumn_ = 0;
     endRow_ = height_;
+    endColumn_ = width_;
 }
 
-CanvasRows Canvas::rows(int first, int end) {
-    CanvasRows some = *this;
+CanvasPart Canvas::rows(int first, int end) {
+    CanvasPart some = *this;
     some.firstRow_ = std::clamp(first, 0, height_);
     some.endRow_ = std::clamp(end, some.firstRow_, height_);
     return some;
 }
 
-void CanvasRows::clear(Color top, Color bottom) {
+CanvasPart Canvas::columns(int first, int end) {
+    CanvasPart some = *this;
+    some.firstColumn_ = std::clamp(first, 0, width_);
+    some.endColumn_ = std::clamp(end, some.firstColumn_, width_);
+    return some;
+}
+
+void CanvasPart::clear(Color top, Color bottom) {
     for (int y = firstRow_; y < endRow_; ++y) {
         const Color color = mix(top, bottom, static_cast<float>(y) / static_cast<float>(height_));
-        std::fill_n(pixels_ + at(0, y), width_, color);
-        std::fill_n(depths_ + at(0, y), width_, kFarthest);
-        std::fill_n(items_ + at(0, y), width_, kNoItem);
+        const std::size_t start = at(firstColumn_, y);
+        const int count = endColumn_ - firstColumn_;
+        std::fill_n(pixels_ + start, count, color);
+        std::fill_n(depths_ + start, count, kFarthest);
+        std::fill_n(items_ + start, count, kNoItem);
     }
 }
 
@@ -98,7 +118,7 @@ ItemIndex Canvas::pick(int x, int y, int reach) const {
 }
 
 template <typename Span>
-void CanvasRows::scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+void CanvasPart::scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
                       const Span& span) {
     const ScreenPoint *top = &a, *middle = &b, *bottom = &c;
     if (middle->y < top->y) std::swap(top, middle);
@@ -145,7 +165,7 @@ struct FlatShader {
 }  // namespace
 
 template <bool kBlended, typename Shader>
-void CanvasRows::shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+void CanvasPart::shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
                        const Fill& fill, Shader shader) {
     // What lies in the same place differs by less than this, as a share of the depth.
     constexpr float kSamePlace = 1e-5f;
@@ -180,18 +200,21 @@ void CanvasRows::shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenP
         }
     };
     scan(a, b, c, [&](int row, int left, int right) {
-        const int count = right - left;
+        // Pixels count from the left end of the triangle's own row: where this part begins must
+        // not round them differently.
+        int k = std::max(firstColumn_ - left, 0);
+        const int end = std::min(right, endColumn_) - left;
+        if (k >= end) return;
         const double y = row + 0.5;
         const auto first = static_cast<float>(fill.plane.start + (left + 0.5) * fill.plane.perX +
                                               y * fill.plane.perY);
-        shader.begin(row, left, count);
+        shader.begin(row, left, right - left);
         const std::size_t start = at(left, row);
-        int k = 0;
         if constexpr (kIsFlat && !kBlended) {
-            for (; k + 4 <= count; k += 4)
+            for (; k + 4 <= end; k += 4)
                 fillFour(start + static_cast<std::size_t>(k), first, static_cast<float>(k));
         }
-        for (; k < count; ++k) {
+        for (; k < end; ++k) {
             const std::size_t i = start + static_cast<std::size_t>(k);
             // In this order what is no number becomes the most.
             const float depth =
@@ -598,7 +621,7 @@ private:
 
 }  // namespace
 
-void CanvasRows::triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+void CanvasPart::triangle(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
                           Color color, const Fill& fill) {
     if (fill.opacity < 1)
         shade<true>(a, b, c, fill, FlatShader{color});
@@ -606,7 +629,7 @@ void CanvasRows::triangle(const ScreenPoint& a, const ScreenPoint& b, const Scre
         shade<false>(a, b, c, fill, FlatShader{color});
 }
 
-void CanvasRows::gradient(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
+void CanvasPart::gradient(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
                           const Vec3 (&colors)[3], const Fill& fill) {
     const PlaneFinder planes(a, b, c);
     if (planes.isFlat()) return;
@@ -617,7 +640,7 @@ void CanvasRows::gradient(const ScreenPoint& a, const ScreenPoint& b, const Scre
         shade<false>(a, b, c, fill, shader);
 }
 
-void CanvasRows::textured(const TextureCorner (&corners)[3], const Texture& texture, bool blended,
+void CanvasPart::textured(const TextureCorner (&corners)[3], const Texture& texture, bool blended,
                           const Fill& fill) {
     const ScreenPoint &a = corners[0].place, &b = corners[1].place, &c = corners[2].place;
     const PlaneFinder planes(a, b, c);
@@ -640,7 +663,7 @@ void CanvasRows::textured(const TextureCorner (&corners)[3], const Texture& text
     }
 }
 
-void CanvasRows::layered(const TextureCorner (&corners)[3], const Texture* texture,
+void CanvasPart::layered(const TextureCorner (&corners)[3], const Texture* texture,
                          std::span<const CornerLayer> layers, const Texture* detail, bool blended,
                          const Fill& fill) {
     const ScreenPoint &a = corners[0].place, &b = corners[1].place, &c = corners[2].place;
@@ -653,9 +676,8 @@ void CanvasRows::layered(const TextureCorner (&corners)[3], const Texture* textu
         shade<false>(a, b, c, fill, shader);
 }
 
-inline void CanvasRows::plot(int x, int y, float depth, const Paint& paint, float coverage) {
-    if (static_cast<unsigned>(x) >= static_cast<unsigned>(width_) || y < firstRow_ || y >= endRow_)
-        return;
+inline void CanvasPart::plot(int x, int y, float depth, const Paint& paint, float coverage) {
+    if (x < firstColumn_ || x >= endColumn_ || y < firstRow_ || y >= endRow_) return;
     const std::size_t i = at(x, y);
     if (paint.plane)
         depth = paint.plane->at(static_cast<float>(x) + 0.5f, static_cast<float>(y) + 0.5f);
@@ -669,26 +691,28 @@ inline void CanvasRows::plot(int x, int y, float depth, const Paint& paint, floa
     if (paint.item != kNoItem && coverage > 0.25f) items_[i] = paint.item;
 }
 
-void CanvasRows::line(ScreenPoint a, ScreenPoint b, const Paint& paint) {
+void CanvasPart::line(ScreenPoint a, ScreenPoint b, const Paint& paint) {
     if (!std::isfinite(a.x + a.y + b.x + b.y)) return;
-    if (std::max(a.y, b.y) < static_cast<float>(firstRow_ - 2) ||
-        std::min(a.y, b.y) > static_cast<float>(endRow_ + 2))
+    const auto isBeside = [](float p, float q, int first, int end) {
+        return std::max(p, q) < static_cast<float>(first - 2) ||
+               std::min(p, q) > static_cast<float>(end + 2);
+    };
+    if (isBeside(a.y, b.y, firstRow_, endRow_) || isBeside(a.x, b.x, firstColumn_, endColumn_))
         return;
     if (clipToPicture(a, b, static_cast<float>(width_), static_cast<float>(height_)))
         plotLine(a, b, paint);
 }
 
-void CanvasRows::dot(const ScreenPoint& place, const Paint& paint) {
+void CanvasPart::dot(const ScreenPoint& place, const Paint& paint) {
     if (!(place.x >= 0 && place.y >= 0 && place.x < static_cast<float>(width_) &&
           place.y < static_cast<float>(height_)))
         return;
     plot(static_cast<int>(place.x), static_cast<int>(place.y), place.depth, paint, 1);
 }
 
-// The rows that a line is drawn in are those of the whole line: which of them are here must not
-// move it. Walks along the longer direction and shares each step's ink between two neighbouring
-// pixels.
-void CanvasRows::plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& paint) {
+// The pixels of a line are those of the whole line: which of them are here must not move it. Walks
+// along the longer direction and shares each step's ink between two neighbouring pixels.
+void CanvasPart::plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& paint) {
     const bool steep = std::abs(b.y - a.y) > std::abs(b.x - a.x);
     float u0 = steep ? a.y : a.x, v0 = steep ? a.x : a.y, z0 = a.depth;
     float u1 = steep ? b.y : b.x, v1 = steep ? b.x : b.y, z1 = b.depth;
@@ -699,14 +723,27 @@ void CanvasRows::plotLine(const ScreenPoint& a, const ScreenPoint& b, const Pain
     }
     const float run = std::max(u1 - u0, 1e-6f);
     const float slope = (v1 - v0) / run, depthSlope = (z1 - z0) / run;
-    int first = static_cast<int>(std::floor(u0)), last = static_cast<int>(std::floor(u1));
-    if (steep) {
-        first = std::max(first, firstRow_);
-        last = std::min(last, endRow_ - 1);
-    } else if (std::max(v0, v1) < static_cast<float>(firstRow_ - 1) ||
-               std::min(v0, v1) > static_cast<float>(endRow_ + 1)) {
+    int first = wholeBelow(u0), last = wholeBelow(u1);
+    first = std::max(first, steep ? firstRow_ : firstColumn_);
+    last = std::min(last, (steep ? endRow_ : endColumn_) - 1);
+    const int firstBeside = steep ? firstColumn_ : firstRow_;
+    const int endBeside = steep ? endColumn_ : endRow_;
+    if (std::max(v0, v1) < static_cast<float>(firstBeside - 1) ||
+        std::min(v0, v1) > static_cast<float>(endBeside + 1))
         return;
-    }
+    const std::ptrdiff_t along = steep ? width_ : 1, beside = steep ? 1 : width_;
+    const bool isPlain = paint.testDepth && !paint.plane && paint.item != kNoItem;
+    // What `plot` does, of a pixel that is here. With copies of what else would be read again after
+    // each pixel.
+    const auto plotPlain = [pixels = pixels_, depths = depths_, items = items_, color = paint.color,
+                            item = paint.item, opacity = paint.opacity](
+                               std::ptrdiff_t i, float depth, float compared, float coverage) {
+        if (compared < depths[i]) return;
+        if (opacity == 1 && coverage > 0.5f) depths[i] = std::max(depths[i], depth);
+        pixels[i] = mix(pixels[i], color, coverage * opacity);
+        items[i] = coverage > 0.25f ? item : items[i];
+    };
+    const float bias = paint.depthBias;
     for (int step = first; step <= last; ++step) {
         const float centre = std::clamp(static_cast<float>(step) + 0.5f, u0, u1);
         // The line is clipped to one pixel around the picture, so that one more keeps it positive
@@ -715,7 +752,13 @@ void CanvasRows::plotLine(const ScreenPoint& a, const ScreenPoint& b, const Pain
         const float depth = z0 + (centre - u0) * depthSlope;
         const int low = static_cast<int>(v) - 2;
         const float share = v - static_cast<float>(low + 2);
-        if (steep) {
+        if (isPlain) {
+            const float compared = depth + std::abs(depth) * bias;
+            const std::ptrdiff_t i = step * along + low * beside;
+            if (low >= firstBeside && low < endBeside) plotPlain(i, depth, compared, 1 - share);
+            if (low + 1 >= firstBeside && low + 1 < endBeside)
+                plotPlain(i + beside, depth, compared, share);
+        } else if (steep) {
             plot(low, step, depth, paint, 1 - share);
             plot(low + 1, step, depth, paint, share);
         } else {
@@ -725,13 +768,13 @@ void CanvasRows::plotLine(const ScreenPoint& a, const ScreenPoint& b, const Pain
     }
 }
 
-void CanvasRows::glow(const ScreenPoint& centre, float radius, const Paint& paint) {
+void CanvasPart::glow(const ScreenPoint& centre, float radius, const Paint& paint) {
     const float reach = radius * 3;
     if (!(centre.x > -reach && centre.y > -reach && centre.x < static_cast<float>(width_) + reach &&
           centre.y < static_cast<float>(height_) + reach))
         return;
-    const int left = static_cast<int>(std::floor(centre.x - reach));
-    const int right = static_cast<int>(std::ceil(centre.x + reach));
+    const int left = std::max(firstColumn_, static_cast<int>(std::floor(centre.x - reach)));
+    const int right = std::min(endColumn_, static_cast<int>(std::ceil(centre.x + reach)));
     const int top = std::max(firstRow_, static_cast<int>(std::floor(centre.y - reach)));
     const int bottom = std::min(endRow_, static_cast<int>(std::ceil(centre.y + reach)));
     Paint halo = paint;

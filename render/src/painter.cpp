@@ -34,11 +34,11 @@ void makeRoom(std::vector<T>& memory, std::size_t size) {
 }  // namespace
 
 void Painter::begin(const Camera& camera, const RenderOptions& options, const Lighting& lighting,
-                    const CanvasRows& rows) {
+                    const CanvasPart& part) {
     camera_ = &camera;
     options_ = &options;
     lighting_ = lighting;
-    rows_ = rows;
+    part_ = part;
     bias_ = 0;
 }
 
@@ -167,7 +167,7 @@ void Painter::drawDot(const Item& item, const Surface& surface, ItemIndex index)
         color = product(color, vec3Of(texture.level(texture.levels() - 1).at(0, 0))) * (1 / 255.f);
     }
     Paint paint{colorOf(product(color, light) + surface.emissive * 255.f), 1, index, 0, true};
-    rows_.dot(camera_->toScreen(centreView_), paint);
+    part_.dot(camera_->toScreen(centreView_), paint);
 }
 
 // Light and the direction of the eye are about the same all over what is so small.
@@ -239,16 +239,16 @@ std::size_t Painter::drawStandIn(const Appearance& appearance, int level) {
         if (isDot) {
             const bool isOwn =
                 level == 0 || (holdsMiddle(place.x, beside) && holdsMiddle(place.y, above));
-            if (isOwn) rows_.dot(place, paint);
+            if (isOwn) part_.dot(place, paint);
             continue;
         }
-        if (!isNear(place.x, rows_.width()) || !isNear(place.y, rows_.height())) continue;
+        if (!isNear(place.x, part_.width()) || !isNear(place.y, part_.height())) continue;
         const auto middleOf = [](int pixel) { return static_cast<float>(pixel) + 0.5f; };
         const auto firstFrom = [](float edge) { return static_cast<int>(std::ceil(edge - 0.5f)); };
         const float right = place.x + beside, bottom = place.y + above;
         for (int y = firstFrom(place.y - above); middleOf(y) <= bottom; ++y)
             for (int x = firstFrom(place.x - beside); middleOf(x) <= right; ++x)
-                rows_.dot({middleOf(x), middleOf(y), place.depth}, paint);
+                part_.dot({middleOf(x), middleOf(y), place.depth}, paint);
     }
     return points.size();
 }
@@ -293,7 +293,7 @@ void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex in
         const int inFront = (a.z >= nearDistance) + (b.z >= nearDistance) + (c.z >= nearDistance);
         if (inFront == 0) continue;
         const bool isElsewhere =
-            isWhole_ && !rows_.mayCover(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]]);
+            isWhole_ && !part_.mayCover(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]]);
         if (isElsewhere && !isOneSided) {
             ++drawn_;
             continue;
@@ -317,7 +317,7 @@ void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex in
         }
         if (isFlat && isWhole_) {
             fill.plane.enclose(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]]);
-            rows_.triangle(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]],
+            part_.triangle(screen_[corner[0]], screen_[corner[1]], screen_[corner[2]],
                            colorOf(colors[0]), fill);
             continue;
         }
@@ -353,13 +353,13 @@ void Painter::fillTriangle(const Corner (&corners)[3], const ScreenPoint (&at)[3
     fill.plane.enclose(at[0], at[1], at[2]);
     const Vec3 colors[3] = {corners[0].color, corners[1].color, corners[2].color};
     if (!surface.texture && surface.layers == 0)
-        return rows_.gradient(at[0], at[1], at[2], colors, fill);
+        return part_.gradient(at[0], at[1], at[2], colors, fill);
     TextureCorner textured[3];
     for (int i = 0; i < 3; ++i)
         textured[i] = {at[i], camera_->isParallel() ? 1 : at[i].depth, corners[i].texture.u,
                        corners[i].texture.v, colors[i]};
     if (surface.layers == 0)
-        return rows_.textured(textured, *surface.texture, surface.blended, fill);
+        return part_.textured(textured, *surface.texture, surface.blended, fill);
     const TextureLayers& layers = scene_->layersOf(surface);
     CornerLayer over[TextureLayers::kMost];
     for (std::size_t layer = 0; layer < layers.count; ++layer) {
@@ -370,7 +370,7 @@ void Painter::fillTriangle(const Corner (&corners)[3], const ScreenPoint (&at)[3
             over[layer].v[i] = dot(corners[i].shares, {of[0].v, of[1].v, of[2].v});
         }
     }
-    rows_.layered(textured, surface.texture, std::span(over, layers.count), layers.detail,
+    part_.layered(textured, surface.texture, std::span(over, layers.count), layers.detail,
                   surface.blended, fill);
 }
 
@@ -435,8 +435,8 @@ void Painter::drawFadedEdges(const Item& item, const Surface& surface, ItemIndex
 // With `frontOnly` not those of triangles that were left out as seen from behind.
 void Painter::drawEdges(const Item& item, const Paint& paint, bool frontOnly) {
     const float nearDistance = camera_->nearDistance();
-    const float width = static_cast<float>(rows_.width());
-    const float height = static_cast<float>(rows_.height());
+    const float width = static_cast<float>(part_.width());
+    const float height = static_cast<float>(part_.height());
     const auto isInPicture = [&](std::uint32_t i) {
         const ScreenPoint& p = screen_[i];
         return view_[i].z >= nearDistance && p.x >= 0 && p.y >= 0 && p.x <= width && p.y <= height;
@@ -482,14 +482,14 @@ void Painter::screenLine(ScreenPoint a, ScreenPoint b, const Paint& paint) {
 
 // A wide one is several beside one another.
 void Painter::wideLine(ScreenPoint a, ScreenPoint b, const Paint& paint) {
-    if (lineWidth_ == 1) return rows_.line(a, b, paint);
+    if (lineWidth_ == 1) return part_.line(a, b, paint);
     const bool steep = std::abs(b.y - a.y) > std::abs(b.x - a.x);
     float ScreenPoint::*const across = steep ? &ScreenPoint::x : &ScreenPoint::y;
     const float shift = static_cast<float>(lineWidth_ - 1) / 2;
     a.*across -= shift;
     b.*across -= shift;
     for (int i = 0; i < lineWidth_; ++i) {
-        rows_.line(a, b, paint);
+        part_.line(a, b, paint);
         a.*across += 1;
         b.*across += 1;
     }
@@ -508,14 +508,14 @@ void Painter::drawLightPoint(const Mark& mark, const LightPointLook& look,
         paint.color = colorOf(Vec3{look.back->red, look.back->green, look.back->blue} * 255.f);
     const float radius =
         radiusOf(look, camera_->pixelsPerUnitAt(mark.position), 1.4f * options_->pixelScale);
-    rows_.glow(centre, radius, paint);
+    part_.glow(centre, radius, paint);
 }
 
 void Painter::drawMark(const Mark& mark, const LightPointLook& look, bool selected) {
     const auto centre = camera_->project(mark.position);
     if (!centre) return;
-    const float width = static_cast<float>(rows_.width());
-    const float height = static_cast<float>(rows_.height());
+    const float width = static_cast<float>(part_.width());
+    const float height = static_cast<float>(part_.height());
     if (centre->x < -16 || centre->y < -16 || centre->x > width + 16 || centre->y > height + 16)
         return;
     const Paint paint{selected ? kSelected : mark.color, 1, mark.item, kEdgeBias, true};
@@ -523,7 +523,7 @@ void Painter::drawMark(const Mark& mark, const LightPointLook& look, bool select
     // A helper is an upright cross, a light a star, what is missing a crossed box.
     const float arm = 5 * options_->pixelScale, slant = arm * 0.7f;
     const auto stroke = [&](float dx, float dy, float x = 0, float y = 0) {
-        rows_.line({centre->x + x - dx, centre->y + y - dy, centre->depth},
+        part_.line({centre->x + x - dx, centre->y + y - dy, centre->depth},
                    {centre->x + x + dx, centre->y + y + dy, centre->depth}, paint);
     };
     if (mark.kind == MarkKind::kMissing) {
@@ -613,7 +613,7 @@ void Painter::drawAxes() {
         {{0, 0, 1}, kAxisZ, {{{-1, -1, 1, -1}, {1, -1, -1, 1}, {-1, 1, 1, 1}}}},
     };
     const float scale = options_->pixelScale, size = 34 * scale, glyph = 3.5f * scale;
-    const ScreenPoint origin{52 * scale, static_cast<float>(rows_.height()) - 52 * scale, 0};
+    const ScreenPoint origin{52 * scale, static_cast<float>(part_.height()) - 52 * scale, 0};
     for (const Axis& axis : kAxes) {
         const Paint paint{axis.color, 1, kNoItem, 0, false};
         const float dx = dot(axis.direction, camera_->right());
@@ -622,14 +622,14 @@ void Painter::drawAxes() {
         // Twice, half a pixel apart, for weight.
         for (const float shift : {-0.5f, 0.5f}) {
             const float across = shift * scale;
-            rows_.line({origin.x + across, origin.y + across, 0},
+            part_.line({origin.x + across, origin.y + across, 0},
                        {origin.x + dx * size + across, origin.y + dy * size + across, 0}, paint);
         }
         const float x = origin.x + dx * size * 1.28f, y = origin.y + dy * size * 1.28f;
         for (const Stroke& s : axis.letter) {
             if (s.x0 == s.x1 && s.y0 == s.y1) continue;
             for (const float across : {0.f, 0.7f})
-                rows_.line({x + s.x0 * glyph + across, y + s.y0 * glyph, 0},
+                part_.line({x + s.x0 * glyph + across, y + s.y0 * glyph, 0},
                            {x + s.x1 * glyph + across, y + s.y1 * glyph, 0}, paint);
         }
     }

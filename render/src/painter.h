@@ -1,4 +1,4 @@
-// Draws the things of a scene into some rows of a picture.
+// Draws the things of a scene into a part of a picture.
 #pragma once
 
 #include <render/lighting.h>
@@ -27,14 +27,14 @@ struct Appearance {
 /// Each thread of a frame has its own; it keeps its working memory from frame to frame.
 class Painter {
 public:
-    /// Of the frame and the rows that follow are drawn. All but `rows` and `lighting` are to
-    /// outlive what is drawn of them.
+    /// Of the frame and the part of its picture what follows is drawn. All but `part` and
+    /// `lighting` are to outlive what is drawn of them.
     void begin(const Camera& camera, const RenderOptions& options, const Lighting& lighting,
-               const CanvasRows& rows);
-    CanvasRows& rows() { return rows_; }
+               const CanvasPart& part);
+    CanvasPart& part() { return part_; }
 
     /// Draws the surface of an item, or a dot for it; returns how many triangles were in front of
-    /// the camera and not culled, in these rows or not.
+    /// the camera and not culled, in this part or not.
     std::size_t drawItem(const Appearance& appearance, ItemIndex index, bool asDot);
     /// Draws a grid of the points that stand for a model; returns how many there are.
     std::size_t drawStandIn(const Appearance& appearance, int level);
@@ -95,7 +95,7 @@ private:
     const Camera* camera_ = nullptr;
     const RenderOptions* options_ = nullptr;
     Lighting lighting_;
-    CanvasRows rows_;
+    CanvasPart part_;
 
     // Of the item being drawn.
     const SceneModel* scene_ = nullptr;

@@ -4,6 +4,7 @@
 #include "workers.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <span>
@@ -24,8 +25,9 @@ constexpr float kLargestStandIn = 9;
 /// Pixels to a side, of which it is known what hides all that is behind it.
 constexpr int kTile = 8;
 
-/// Parts of the picture for each thread, so that one that is done early takes over from another.
-constexpr std::size_t kBandsPerThread = 3;
+/// How much of the picture is shared out at a time, a band for each thread: what is left at last is
+/// little, so that no thread waits long for another that has more to do than was expected.
+constexpr std::array kRounds{0.7, 0.2, 0.1};
 
 /// Parts of the scene that threads choose from.
 constexpr std::size_t kMostParts = 64;
@@ -64,22 +66,31 @@ Color skyOf(Vec3 color, TimeOfDay time) {
 
 }  // namespace
 
-/// One picture in the making. Its rows are shared out among threads, each of which goes through
-/// what touches its rows in the one order of all, so that no pixel depends on how they are shared
-/// out.
+/// One picture in the making. Its rows, or its columns, are shared out among threads, each of which
+/// goes through what touches its own in the one order of all, so that no pixel depends on how they
+/// are shared out.
 struct Renderer::Frame {
     struct SeenMark {
         Mark mark;
         const LightPointLook* look;
     };
 
-    /// What is drawn of the scene, and the rows that it touches.
+    /// The two ways to share out a picture; indices.
+    enum Direction : std::size_t { kRows, kColumns };
+    static constexpr Direction kDirections[] = {kRows, kColumns};
+
+    /// Rows or columns.
+    struct Extent {
+        int first, end;
+    };
+
+    /// What is drawn of the scene, and what it touches in each direction.
     struct Seen {
         static constexpr int kWhole = -1;  ///< no level: of the item
 
         ItemIndex item;  ///< of no meaning for what stands for all of a model
         std::uint32_t appearance;
-        int top, bottom;
+        Extent touched[2];
         float distance = 0;
         bool isDot = false;
         int level = kWhole;  ///< of what stands for the model
@@ -92,6 +103,17 @@ struct Renderer::Frame {
         std::uint64_t weight;
     };
 
+    /// What there is to do.
+    struct Load {
+        /// By row or column: how much more than in the one before.
+        std::vector<double> steps = {};
+        double workByLength = 0;  ///< of each what there is to do for it times its rows or columns
+
+        void clear(int pixels);
+        void add(const Extent& touched, double work);
+        void add(const Load& other);
+    };
+
     /// What is seen of some of the scene's items, in their order.
     struct Part {
         std::size_t first = 0, end = 0;            ///< of the items
@@ -100,11 +122,10 @@ struct Renderer::Frame {
         std::vector<Placed> placed = {};       ///< what may hide others, in no order
         std::vector<SeenMark> marks = {};      ///< items are those of the scene
         std::vector<std::uint8_t> shown = {};  ///< by range of each placed appearance
-        std::vector<double> load =
-            {};  ///< by row: how much more there is to do than in the one above
-        double work = 0, workByRows = 0;  ///< of all, and that of each times its rows
+        Load load[2] = {};                     ///< by direction
+        double work = 0;                       ///< of all
 
-        void clear();
+        void clear(const Canvas& picture);
     };
 
     /// One of those of a part.
@@ -138,11 +159,15 @@ struct Renderer::Frame {
                (ranges.empty() || ranges[appearance.firstRange + item.range]);
     }
     void chooseRanges(Appearance& appearance, std::vector<std::uint8_t>& ranges) const;
-    void addLoad(Part& part, const Seen& seen, double work) const;
+    static void addLoad(Part& part, const Seen& seen, double work);
     void orderTranslucent();
     void shareOut(std::span<Part> all, std::size_t threads);
+    int pixelsAlong(Direction which) const {
+        return which == kRows ? canvas->height() : canvas->width();
+    }
+    Painter& beginBand(std::size_t band, const RenderOptions& how);
     void drawBand(std::size_t band);
-    std::size_t drawSeen(Painter& painter, const Part& part, const Seen& seen, int first, int end);
+    std::size_t drawSeen(std::size_t band, const Part& part, const Seen& seen);
     void drawOutline();
 
     const SceneModel* scene = nullptr;
@@ -154,7 +179,8 @@ struct Renderer::Frame {
     Lighting lighting;
     std::vector<Painter> painters;   // by band
     std::vector<std::size_t> drawn;  // triangles, by band
-    std::vector<int> borders;        // first rows of the bands, and the end of the last
+    Direction direction = kRows;     // of which the bands consist
+    std::vector<int> borders;        // where the bands begin, and the end of the last
     Part hiders;                     // the largest of what is placed in the scene
     std::vector<float> tiles;        // by tile of the picture: the depth of what hides, or none
     int tilesAcross = 0;
@@ -195,14 +221,36 @@ void Renderer::draw(const SceneModel& scene, const Camera& camera, const RenderO
     if (options.axes) painter.drawAxes();
 }
 
-void Renderer::Frame::Part::clear() {
+void Renderer::Frame::Load::clear(int pixels) {
+    steps.assign(static_cast<std::size_t>(pixels) + 1, 0);
+    workByLength = 0;
+}
+
+void Renderer::Frame::Load::add(const Extent& touched, double work) {
+    const int pixels = static_cast<int>(steps.size()) - 1;
+    const int first = std::clamp(touched.first, 0, pixels - 1);
+    const int end = std::clamp(touched.end, first + 1, pixels);
+    const double each = work / (end - first);
+    workByLength += work * (end - first);
+    steps[static_cast<std::size_t>(first)] += each;
+    steps[static_cast<std::size_t>(end)] -= each;
+}
+
+void Renderer::Frame::Load::add(const Load& other) {
+    for (std::size_t i = 0; i < steps.size(); ++i) steps[i] += other.steps[i];
+    workByLength += other.workByLength;
+}
+
+void Renderer::Frame::Part::clear(const Canvas& picture) {
+    load[kRows].clear(picture.height());
+    load[kColumns].clear(picture.width());
     appearances.clear();
     solid.clear();
     translucent.clear();
     placed.clear();
     marks.clear();
     shown.clear();
-    work = workByRows = 0;
+    work = 0;
 }
 
 void Renderer::Frame::chooseRanges(Appearance& appearance,
@@ -228,10 +276,9 @@ void Renderer::Frame::beginParts() {
     for (std::size_t first = 0; first < items || partCount == 0; first += size) {
         if (parts.size() == partCount) parts.emplace_back();
         Part& part = parts[partCount++];
-        part.clear();
+        part.clear(*canvas);
         part.first = first;
         part.end = std::min(first + size, items);
-        part.load.assign(static_cast<std::size_t>(canvas->height()) + 1, 0);
     }
 }
 
@@ -295,18 +342,15 @@ void Renderer::Frame::findPlaced(Part& part) const {
 
 void Renderer::Frame::drawHiders(std::size_t threads, const std::vector<Placed>& placed,
                                  const Appearance& whole) {
-    hiders.clear();
-    hiders.load.assign(static_cast<std::size_t>(canvas->height()) + 1, 0);
+    hiders.clear(*canvas);
     hiders.appearances.push_back(whole);
     for (const Placed& one : placed) see(hiders, 0, one.item, false);
     RenderOptions plain = *options;
     plain.mode = DrawMode::kShaded;
     shareOut({&hiders, 1}, threads);
     workers.run(threads, painters.size(), [&](std::size_t band) {
-        const int first = borders[band], end = borders[band + 1];
-        painters[band].begin(*camera, plain, lighting, canvas->rows(first, end));
-        painters[band].rows().clear(0, 0);
-        for (const Seen& seen : hiders.solid) drawSeen(painters[band], hiders, seen, first, end);
+        beginBand(band, plain).part().clear(0, 0);
+        for (const Seen& seen : hiders.solid) drawSeen(band, hiders, seen);
     });
     const int width = canvas->width(), height = canvas->height();
     tilesAcross = (width + kTile - 1) / kTile;
@@ -467,11 +511,17 @@ bool Renderer::Frame::seeStandIn(Part& part, std::uint32_t which, Vec3 centre, f
 
 Renderer::Frame::Seen Renderer::Frame::seenAt(std::uint32_t which, Vec3 centre, float radius,
                                               float margin) const {
-    const float lowest = static_cast<float>(canvas->height());
-    const auto [top, bottom] = camera->rowsOf(centre, radius);
-    // In this order what is no number becomes all rows.
-    return {kNoItem, which, static_cast<int>(std::min(std::max(0.f, top - margin), lowest)),
-            static_cast<int>(std::max(std::min(lowest, bottom + margin), 0.f))};
+    const auto within = [margin](std::pair<float, float> ends, int pixels) {
+        const auto most = static_cast<float>(pixels);
+        // In this order what is no number becomes all.
+        const auto first = static_cast<int>(std::min(std::max(0.f, ends.first - margin), most));
+        const auto end = static_cast<int>(std::max(std::min(most, ends.second + margin), 0.f));
+        return Extent{std::min(first, pixels - 1), std::max(end, first)};
+    };
+    return {kNoItem,
+            which,
+            {within(camera->rowsOf(centre, radius), canvas->height()),
+             within(camera->columnsOf(centre, radius), canvas->width())}};
 }
 
 void Renderer::Frame::add(Part& part, std::uint32_t which, ItemIndex index, Vec3 centre,
@@ -493,80 +543,92 @@ void Renderer::Frame::add(Part& part, std::uint32_t which, ItemIndex index, Vec3
     addLoad(part, seen, 8. + (isDot ? 1 : item.triangleCount));
 }
 
-void Renderer::Frame::addLoad(Part& part, const Seen& seen, double work) const {
-    const auto first = static_cast<std::size_t>(std::min(seen.top, canvas->height() - 1));
-    const auto end = static_cast<std::size_t>(std::clamp(seen.bottom, 0, canvas->height()));
-    if (end <= first) return;
-    const double each = work / static_cast<double>(end - first);
+void Renderer::Frame::addLoad(Part& part, const Seen& seen, double work) {
     part.work += work;
-    part.workByRows += work * static_cast<double>(end - first);
-    part.load[first] += each;
-    part.load[end] -= each;
+    for (const Direction which : kDirections) part.load[which].add(seen.touched[which], work);
 }
 
-/// Makes bands that have about as much to do as each other.
+/// Makes bands, the first of which have about as much to do as each other.
 void Renderer::Frame::shareOut(std::span<Part> all, std::size_t threads) {
-    const auto rows = static_cast<std::size_t>(canvas->height());
-    // Filling a row takes its time, too.
-    const double perRow = canvas->width() / 16.;
-    std::vector<double>& load = all.front().load;
-    double work = all.front().work, workByRows = all.front().workByRows;
+    Part& sum = all.front();
     for (const Part& part : all.subspan(1)) {
-        for (std::size_t row = 0; row < rows; ++row) load[row] += part.load[row];
-        work += part.work;
-        workByRows += part.workByRows;
+        sum.work += part.work;
+        for (const Direction which : kDirections) sum.load[which].add(part.load[which]);
     }
-    double sum = 0, squares = 0, here = 0;
-    for (std::size_t row = 0; row < rows; ++row) {
-        sum += (here += load[row]) + perRow;
-        squares += here * here;
-    }
-    // What reaches across borders is worked out on both sides: few, where most would.
-    constexpr double kMostTwice = 0.25;
-    std::size_t bands = threads == 1 ? 1 : threads * kBandsPerThread;
-    const double twice = static_cast<double>(bands - 1) * workByRows * squares;
-    if (twice > kMostTwice * work * work * work) bands = threads;
-    bands = std::min(bands, rows);
+    // What reaches across a border is worked out on both sides: how much that is at one border.
+    const auto workedOutTwice = [&](const Load& load) {
+        double here = 0, squares = 0;
+        for (const double step : load.steps) {
+            here += step;
+            squares += here * here;
+        }
+        return sum.work > 0 ? load.workByLength * squares / (sum.work * sum.work) : 0;
+    };
+    const double byRows = workedOutTwice(sum.load[kRows]);
+    const double byColumns = workedOutTwice(sum.load[kColumns]);
+    // A triangle is cut by rows in two, by columns in each of its rows.
+    constexpr double kCutColumns = 4;
+    direction = byColumns * kCutColumns < byRows ? kColumns : kRows;
+    const double twice = direction == kRows ? byRows : byColumns;
+    // Filling the pixels takes its time, too.
+    const int pixels = pixelsAlong(direction);
+    const double each = pixelsAlong(direction == kRows ? kColumns : kRows) / 16.;
+    const double total = sum.work + each * pixels;
+
+    constexpr double kMostTwice = 0.75;
+    const auto further = static_cast<double>(threads * (kRounds.size() - 1));
+    const std::size_t rounds = twice * further > total * kMostTwice ? 1 : kRounds.size();
+    std::vector<double> shares;  // of all that there is to do, by band
+    for (std::size_t round = 0; round < rounds && threads > 1; ++round)
+        shares.insert(shares.end(), threads,
+                      (rounds == 1 ? 1 : kRounds[round]) / static_cast<double>(threads));
+    const std::vector<double>& steps = sum.load[direction].steps;
     borders.assign(1, 0);
-    double done = here = 0;
-    for (std::size_t row = 0; row < rows && borders.size() < bands; ++row) {
-        done += (here += load[row]) + perRow;
-        if (done * static_cast<double>(bands) >= sum * static_cast<double>(borders.size()))
-            borders.push_back(static_cast<int>(row) + 1);
+    double done = 0, here = 0, wanted = shares.empty() ? 1 : shares.front();
+    for (int i = 0; i < pixels - 1 && borders.size() < shares.size(); ++i) {
+        done += (here += steps[static_cast<std::size_t>(i)]) + each;
+        if (done < total * wanted) continue;
+        wanted += shares[borders.size()];
+        borders.push_back(i + 1);
     }
-    borders.push_back(canvas->height());
+    borders.push_back(pixels);
     painters.resize(borders.size() - 1);
     drawn.assign(painters.size(), 0);
 }
 
-void Renderer::Frame::drawBand(std::size_t band) {
+Painter& Renderer::Frame::beginBand(std::size_t band, const RenderOptions& how) {
     const int first = borders[band], end = borders[band + 1];
-    Painter& painter = painters[band];
-    painter.begin(*camera, *options, lighting, canvas->rows(first, end));
-    painter.rows().clear(skyOf(kSkyTop, options->time), skyOf(kSkyBottom, options->time));
+    painters[band].begin(
+        *camera, how, lighting,
+        direction == kRows ? canvas->rows(first, end) : canvas->columns(first, end));
+    return painters[band];
+}
+
+void Renderer::Frame::drawBand(std::size_t band) {
+    Painter& painter = beginBand(band, *options);
+    painter.part().clear(skyOf(kSkyTop, options->time), skyOf(kSkyBottom, options->time));
     std::size_t count = 0;
     for (std::size_t i = 0; i < partCount; ++i)
-        for (const Seen& seen : parts[i].solid)
-            count += drawSeen(painter, parts[i], seen, first, end);
+        for (const Seen& seen : parts[i].solid) count += drawSeen(band, parts[i], seen);
     if (options->grid) painter.drawGrid();
     for (const auto& [part, index] : translucent)
-        count += drawSeen(painter, parts[part], parts[part].translucent[index], first, end);
+        count += drawSeen(band, parts[part], parts[part].translucent[index]);
     for (std::size_t i = 0; i < partCount; ++i)
         for (const auto& [mark, look] : parts[i].marks)
             painter.drawMark(mark, *look, scene->items()[mark.item].selected);
     drawn[band] = count;
 }
 
-/// Returns its triangles, if it begins in these rows.
-std::size_t Renderer::Frame::drawSeen(Painter& painter, const Part& part, const Seen& seen,
-                                      int first, int end) {
-    const int top = std::min(seen.top, canvas->height() - 1);
-    if (top >= end || std::max(seen.bottom, top) < first) return 0;
+/// Returns its triangles, if it begins in this band.
+std::size_t Renderer::Frame::drawSeen(std::size_t band, const Part& part, const Seen& seen) {
+    const Extent& touched = seen.touched[direction];
+    if (touched.first >= borders[band + 1] || touched.end < borders[band]) return 0;
     const Appearance& appearance = part.appearances[seen.appearance];
+    Painter& painter = painters[band];
     const std::size_t count = seen.level != Seen::kWhole
                                   ? painter.drawStandIn(appearance, seen.level)
                                   : painter.drawItem(appearance, seen.item, seen.isDot);
-    return top >= first ? count : 0;
+    return touched.first >= borders[band] ? count : 0;
 }
 
 void Renderer::Frame::drawOutline() {

@@ -562,30 +562,45 @@ TEST_F(RendererTest, ThePictureIsTheSameByAnyNumberOfThreads) {
     Picture picture{8, 8, {}};
     for (std::uint32_t i = 0; i < 64; ++i) picture.texels.push_back(0xFF000000 | i * 0x030507);
     const Texture texture(picture);
-    for (int i = 0; i < 40; ++i) {
-        const ItemIndex cube = addCube(scene_, {i % 7 * 9., i / 7 * 11., i % 3 * 8.}, 4 + i % 5);
-        if (i == 20) scene_.setSelected(cube, true, true);
-        scene_.beginItem();
-        Surface surface;
-        surface.opacity = i % 2 == 0 ? 0.5f : 1;
-        surface.texture = &texture;
-        surface.style = DrawStyle::kSurfaceAndOutline;
-        surface.facing = i % 3 == 0 ? Facing::kEye : Facing::kFixed;
-        for (const Vec3d corner : {Vec3d{0, 0, 0}, Vec3d{30, 0, 3}, Vec3d{0, 40, 9}})
-            scene_.addVertex(corner + Vec3d{i * 2., i * 1., i * 0.5});
-        scene_.setSurface(surface);
-        const TexturePlace places[] = {{0, 0}, {5, 0}, {0, 5}};
-        scene_.addTriangle(0, 1, 2, kGrey, Triangle::kAllEdges, places);
-        scene_.addMark(MarkKind::kLightPoint, {i * 2., 3, 9}, 0xFFFF00);
-        scene_.endItem();
-    }
-    scene_.addLight({LightKind::kPoint, {20, 20, 30}, {}, {1, 1, 1}});
-    camera_.frame(scene_.box());
-    camera_.zoom(4, kWidth / 2.f, kHeight / 2.f);
-    for (const DrawMode mode : {DrawMode::kShadedEdges, DrawMode::kWireframe}) {
+    Camera fromAbove = camera_, fromTheGround = camera_;
+    const auto addThings = [&](double spread) {
+        scene_.clear();
+        for (int i = 0; i < 40; ++i) {
+            const ItemIndex cube =
+                addCube(scene_, {i % 7 * 9. * spread, i / 7 * 11., i % 3 * 8.}, 4 + i % 5);
+            if (i == 20) scene_.setSelected(cube, true, true);
+            scene_.beginItem();
+            Surface surface;
+            surface.opacity = i % 2 == 0 ? 0.5f : 1;
+            surface.texture = &texture;
+            surface.style = DrawStyle::kSurfaceAndOutline;
+            surface.facing = i % 3 == 0 ? Facing::kEye : Facing::kFixed;
+            for (const Vec3d corner : {Vec3d{0, 0, 0}, Vec3d{30, 0, 3}, Vec3d{0, 40, 9}})
+                scene_.addVertex(corner + Vec3d{i * 2. * spread, i * 1., i * 0.5});
+            scene_.setSurface(surface);
+            const TexturePlace places[] = {{0, 0}, {5, 0}, {0, 5}};
+            scene_.addTriangle(0, 1, 2, kGrey, Triangle::kAllEdges, places);
+            scene_.addMark(MarkKind::kLightPoint, {i * 2. * spread, 3, 9}, 0xFFFF00);
+            scene_.endItem();
+        }
+        scene_.addLight({LightKind::kPoint, {20, 20, 30}, {}, {1, 1, 1}});
+    };
+    addThings(1);
+    fromAbove.frame(scene_.box());
+    fromAbove.zoom(4, kWidth / 2.f, kHeight / 2.f);
+    ASSERT_TRUE(fromTheGround.lookFrom({270, -270, 9}, {270, 0, 9}));
+    struct Case {
+        const Camera& camera;
+        DrawMode mode;
+        double spread;  ///< of things that stand side by side, which are shared out by columns
+    };
+    for (const auto& [camera, mode, spread] :
+         {Case{fromAbove, DrawMode::kShadedEdges, 1}, Case{fromAbove, DrawMode::kWireframe, 1},
+          Case{fromTheGround, DrawMode::kShadedEdges, 6}}) {
+        addThings(spread);
         RenderOptions options{mode, true, true, 1};
         options.threads = 1;
-        renderer_.draw(scene_, camera_, options, canvas_);
+        renderer_.draw(scene_, camera, options, canvas_);
         const std::size_t size = std::size_t{kWidth} * kHeight;
         const std::vector<Color> alone(canvas_.pixels(), canvas_.pixels() + size);
         const std::size_t triangles = renderer_.trianglesDrawn();
@@ -593,7 +608,7 @@ TEST_F(RendererTest, ThePictureIsTheSameByAnyNumberOfThreads) {
             options.threads = threads;
             Canvas shared;
             shared.resize(kWidth, kHeight);
-            renderer_.draw(scene_, camera_, options, shared);
+            renderer_.draw(scene_, camera, options, shared);
             EXPECT_TRUE(std::equal(alone.begin(), alone.end(), shared.pixels())) << threads;
             EXPECT_EQ(renderer_.trianglesDrawn(), triangles) << threads;
             for (int y = 0; y < kHeight; ++y)

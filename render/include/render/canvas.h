@@ -50,14 +50,14 @@ struct CornerLayer {
     float u[3] = {}, v[3] = {};
 };
 
-/// Some rows of a picture with all that is drawn in them; what falls outside of them is left out,
-/// and no pixel depends on which rows are drawn together. Rows run from top to bottom without
-/// padding, one 32-bit word per pixel (0x00RRGGBB), which is what a top-down 32-bit
+/// Some rows and columns of a picture with all that is drawn in them; what falls outside of them is
+/// left out, and no pixel depends on which of them are drawn together. Rows run from top to bottom
+/// without padding, one 32-bit word per pixel (0x00RRGGBB), which is what a top-down 32-bit
 /// device-independent bitmap holds. The memory is that of a `Canvas`.
-class CanvasRows {
+class CanvasPart {
 public:
     /// Of no picture.
-    CanvasRows() = default;
+    CanvasPart() = default;
 
     /// Of the whole picture.
     int width() const { return width_; }
@@ -71,7 +71,7 @@ public:
 
     /// Fills with a gradient from top to bottom of the picture, and forgets depths and items.
     void clear(Color top, Color bottom);
-    /// False when a triangle is known to hold no pixel's centre in these rows.
+    /// False when a triangle is known to hold no pixel's centre in this part.
     bool mayCover(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c) const;
     /// Fills the pixels whose centres lie in the triangle; triangles that share an edge neither
     /// overlap nor leave a gap. Either orientation is filled. Of surfaces in the same place the one
@@ -106,6 +106,7 @@ protected:
 
     int width_ = 0, height_ = 0;
     int firstRow_ = 0, endRow_ = 0;
+    int firstColumn_ = 0, endColumn_ = 0;
     Color* pixels_ = nullptr;
     float* depths_ = nullptr;
     ItemIndex* items_ = nullptr;
@@ -113,7 +114,7 @@ protected:
 private:
     friend class Canvas;
 
-    /// Calls `span(y, left, right)` for each row of the triangle.
+    /// Calls `span(y, left, right)` for each row of the triangle, with all its columns.
     template <typename Span>
     void scan(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, const Span& span);
     /// Fills a triangle with what `shader` returns for each pixel: `begin(y, left, count)`, then
@@ -126,7 +127,7 @@ private:
 };
 
 /// A whole picture.
-class Canvas : public CanvasRows {
+class Canvas : public CanvasPart {
 public:
     Canvas() = default;
     Canvas(const Canvas&) = delete;
@@ -134,9 +135,10 @@ public:
 
     /// Makes the picture this size; memory is only taken when it has never been so large before.
     void resize(int width, int height);
-    /// The rows from `first` to before `end`, until the next `resize`. Rows that have none in
-    /// common can be drawn into at the same time.
-    CanvasRows rows(int first, int end);
+    /// The rows or columns from `first` to before `end`, until the next `resize`. Parts that have
+    /// no pixel in common can be drawn into at the same time.
+    CanvasPart rows(int first, int end);
+    CanvasPart columns(int first, int end);
 
     /// The item nearest to a pixel within `reach` pixels, or kNoItem. A pixel of its own wins over
     /// a neighbour.
@@ -152,7 +154,7 @@ private:
     std::vector<std::uint8_t> rim_;  // working memory of outline
 };
 
-inline bool CanvasRows::mayCover(const ScreenPoint& a, const ScreenPoint& b,
+inline bool CanvasPart::mayCover(const ScreenPoint& a, const ScreenPoint& b,
                                  const ScreenPoint& c) const {
     // Pixels, by which rounding may move an edge within the picture.
     constexpr float kSlack = 1 / 64.f;
@@ -164,7 +166,8 @@ inline bool CanvasRows::mayCover(const ScreenPoint& a, const ScreenPoint& b,
         if (!(low > 0 && high - low < 1)) return true;
         return static_cast<int>(low) != static_cast<int>(high);
     };
-    return holdsCentre(a.y, b.y, c.y, firstRow_, endRow_) && holdsCentre(a.x, b.x, c.x, 0, width_);
+    return holdsCentre(a.y, b.y, c.y, firstRow_, endRow_) &&
+           holdsCentre(a.x, b.x, c.x, firstColumn_, endColumn_);
 }
 
 }  // namespace render
