@@ -611,7 +611,7 @@ TEST_F(BrowserProperties, DamagedNodesAreShownAsPlain) {
         EXPECT_EQ(name != L"Non-OpenFlight Selection", damage.readable)
             << testing::PrintToString(name);
         EXPECT_EQ(isEnabled(IDC_COMMENT), damage.readable);
-        EXPECT_EQ(gridValues() != L"", damage.readable);
+        EXPECT_EQ(!gridValues().empty(), damage.readable);
         EXPECT_EQ(text(control(IDC_COMMENT)), L"");
     }
 }

@@ -5,11 +5,7 @@
 
 #include <base/utf16.h>
 
-#include <gmock/gmock.h>
-
 #include <utility>
-
-using testing::HasSubstr;
 
 namespace {
 

@@ -220,7 +220,7 @@ TEST_F(LogTest, IsCopiedAndClearedByKeyAndByMenu) {
         pane_.print("两");
         framework::putOnClipboard(log_, "something else");
     };
-    const auto choose = [this](std::vector<WORD> keys) {
+    const auto choose = [](std::vector<WORD> keys) {
         const MenuKeys pressed(std::move(keys));
         testinput::key(VK_F10, {VK_SHIFT});
         EXPECT_TRUE(testinput::pumpUntil([] { return MenuKeys::opened(); }));

@@ -91,7 +91,7 @@ RECT RemoteTree::labelArea(const std::string& wanted) const {
     // The message takes the item in the place of the answer.
     const HTREEITEM item = find(wanted);
     RECT area{};
-    ::WriteProcessMemory(process_, memory_, &item, sizeof item, nullptr);
+    ::WriteProcessMemory(process_, memory_, &item, sizeof(HTREEITEM), nullptr);
     if (!item || !send(TVM_GETITEMRECT, TRUE, memory_)) return {};
     ::ReadProcessMemory(process_, memory_, &area, sizeof area, nullptr);
     return area;

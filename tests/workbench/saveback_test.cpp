@@ -12,7 +12,7 @@
 #include <fstream>
 #include <iterator>
 
-using testing::EndsWith, testing::HasSubstr, testing::Not;
+using testing::HasSubstr, testing::Not;
 
 namespace {
 

@@ -103,7 +103,7 @@ std::string collapse(INode& node, const std::string& path, bool replaces) {
         throw Refusal(textOf(TextId::kNoFlt, {path}));
     Interface& host = *GetCOREInterface();
     const fs::path home = folderOf(*database, host), folder = fs::absolute(file).parent_path();
-    const std::string name = nameFrom(home, file);
+    std::string name = nameFrom(home, file);
     FltXRef record;
     if (name.size() > sizeof record.fileName) throw Refusal(textOf(TextId::kLongName, {name}));
     fltSetText(record.fileName, name);

@@ -83,6 +83,7 @@ int runProgram(const fs::path& program, const std::vector<fs::path>& arguments,
     std::vector<std::string> words{program.native()};
     for (const fs::path& argument : arguments) words.push_back(argument.native());
     std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
     for (std::string& word : words) pointers.push_back(word.data());
     pointers.push_back(nullptr);
     constexpr mode_t kForOwner = 0600;

@@ -29,7 +29,8 @@ std::string textOf(std::chrono::system_clock::time_point time) {
 
 }  // namespace
 
-Recovery::Recovery(framework::CWnd& window, kiln::Core& core, SceneFiles& files, std::string folder)
+Recovery::Recovery(framework::CWnd& window, kiln::Core& core, SceneFiles& files,
+                   const std::string& folder)
     : window_(window), core_(core), files_(files), folder_(folder), save_(core, folder) {}
 
 void Recovery::start() {

@@ -14,7 +14,8 @@ class SceneFiles;
 class Recovery {
 public:
     /// `folder` is where scenes are saved aside; empty for nowhere. All outlive this.
-    Recovery(framework::CWnd& window, kiln::Core& core, SceneFiles& files, std::string folder);
+    Recovery(framework::CWnd& window, kiln::Core& core, SceneFiles& files,
+             const std::string& folder);
 
     /// Begins, once the window is there.
     void start();

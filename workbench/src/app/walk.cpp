@@ -484,8 +484,9 @@ kiln::Status Walk::changeInSteps() {
     INode* const node = host.GetSelNode(0);
     window_.run(CMD_EDIT_GROUP);
     INode* const group = host.GetSelNode(0);
-    transform(TextId::kStepMove,
-              [&] { moveSelectedTo(host, *selectedPlace(host) + Point3(0, 0, kUp)); });
+    transform(TextId::kStepMove, [&] {
+        moveSelectedTo(host, *selectedPlace(host) + Point3{0, 0, kUp});
+    });
     transform(TextId::kStepRotate, [&] { rotateSelected(host, {0, 0, kTurn}); });
     transform(TextId::kStepScale, [&] { scaleSelected(host, {kWider, kWider, kWider}); });
     window_.run(CMD_EDIT_HIDE);

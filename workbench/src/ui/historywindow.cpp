@@ -12,7 +12,7 @@
 #include <iterator>
 #include <string>
 
-using framework::CDialog, framework::CWaitCursor, framework::heightOf, framework::widthOf;
+using framework::CWaitCursor, framework::heightOf, framework::widthOf;
 
 namespace workbench {
 namespace {

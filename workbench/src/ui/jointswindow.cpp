@@ -15,7 +15,7 @@
 #include <cmath>
 #include <utility>
 
-using framework::CDialog, framework::CWaitCursor, framework::heightOf, framework::widthOf;
+using framework::CWaitCursor, framework::heightOf, framework::widthOf;
 
 namespace workbench {
 namespace {

@@ -6,7 +6,7 @@
 
 #include <commctrl.h>
 
-using framework::CDialog, framework::widthOf;
+using framework::widthOf;
 
 namespace workbench {
 namespace {

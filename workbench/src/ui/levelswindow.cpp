@@ -13,8 +13,7 @@
 #include <cstdio>
 #include <utility>
 
-using framework::CDialog, framework::CWaitCursor, framework::SelectScope, framework::heightOf,
-    framework::widthOf;
+using framework::CWaitCursor, framework::SelectScope, framework::heightOf, framework::widthOf;
 
 namespace workbench {
 namespace {

@@ -7,8 +7,6 @@
 
 #include <utility>
 
-using framework::CDialog;
-
 namespace workbench {
 
 PartDialog::PartDialog(HWND owner, std::vector<kiln::FilePart> parts, std::size_t chosen)

@@ -8,7 +8,7 @@
 
 #include <utility>
 
-using framework::BufferedPaint, framework::CWnd, framework::SelectScope, framework::heightOf,
+using framework::BufferedPaint, framework::SelectScope, framework::heightOf,
     framework::resourceLanguage, framework::widthOf;
 
 namespace workbench {

@@ -11,8 +11,8 @@
 #include <algorithm>
 #include <utility>
 
-using framework::BufferedPaint, framework::CEdit, framework::CWaitCursor, framework::SelectScope,
-    framework::WindowDc, framework::heightOf, framework::widthOf;
+using framework::BufferedPaint, framework::CWaitCursor, framework::SelectScope, framework::WindowDc,
+    framework::heightOf, framework::widthOf;
 
 namespace workbench {
 namespace {

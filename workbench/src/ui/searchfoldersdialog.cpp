@@ -11,8 +11,6 @@
 #include <algorithm>
 #include <utility>
 
-using framework::CDialog;
-
 namespace workbench {
 
 SearchFoldersDialog::SearchFoldersDialog(HWND owner, std::vector<std::string> folders)

@@ -15,8 +15,8 @@
 #include <utility>
 #include <vector>
 
-using framework::CWnd, framework::SelectScope, framework::heightOf, framework::makePixelBitmap,
-    framework::widthOf, framework::windowDpi;
+using framework::SelectScope, framework::heightOf, framework::makePixelBitmap, framework::widthOf,
+    framework::windowDpi;
 
 namespace workbench {
 namespace {
