@@ -2,7 +2,10 @@
 //
 // clang-tidy matches its checks against everything that a source includes, and drops what it found
 // in system headers: most of its time. Here it is told to look at the declarations of ours alone.
-// What a source was made of is written to the file that LINT_FILES names, one path a line.
+// They are collected as they are parsed: to ask the translation unit for them would read all of a
+// precompiled header.
+// What a source was made of, beside what is precompiled, is written to the file that LINT_FILES
+// names, one path a line.
 #include <clang/AST/ASTConsumer.h>
 #include <clang/AST/ASTContext.h>
 #include <clang/Frontend/FrontendPluginRegistry.h>
@@ -16,10 +19,19 @@
 namespace {
 
 class OwnDeclarations : public clang::ASTConsumer {
+    bool HandleTopLevelDecl(clang::DeclGroupRef group) override {
+        // Instances of templates come too, and are reached from their templates.
+        for (clang::Decl* declaration : group)
+            if (!declaration->isFromASTFile() &&
+                declaration->getLexicalDeclContext()->isTranslationUnit())
+                parsed_.push_back(declaration);
+        return true;
+    }
+
     void HandleTranslationUnit(clang::ASTContext& context) override {
         const clang::SourceManager& sources = context.getSourceManager();
         std::vector<clang::Decl*> own;
-        for (clang::Decl* declaration : context.getTranslationUnitDecl()->decls())
+        for (clang::Decl* declaration : parsed_)
             if (!sources.isInSystemHeader(sources.getExpansionLoc(declaration->getLocation())))
                 own.push_back(declaration);
         context.setTraversalScope(own);
@@ -31,6 +43,8 @@ class OwnDeclarations : public clang::ASTConsumer {
                     files << name.str() << '\n';
         }
     }
+
+    std::vector<clang::Decl*> parsed_;
 };
 
 class LintScope : public clang::PluginASTAction {
