@@ -167,6 +167,45 @@ void edit(benchmark::State& state, bool isFollowed) {
     kiln::Core::destroy();
 }
 
+/// How what the viewport shows follows a drag of all boxes: their vertices are where the transforms
+/// of the nodes have them now.
+enum class Dragged { kFollowed, kReadAnew, kBare };
+
+void drag(benchmark::State& state, Dragged how) {
+    Interface& host = kiln::Core::create().hostInterface();
+    addBoxes(host);
+    std::vector<INode*> boxes;
+    const INode* const root = host.GetRootNode();
+    for (int i = 0; i < root->NumberOfChildren(); ++i)
+        for (int k = 0; k < root->GetChildNode(i)->NumberOfChildren(); ++k)
+            boxes.push_back(root->GetChildNode(i)->GetChildNode(k));
+    SceneFeed feed;
+    feed.build(host);
+    std::vector<Point3> bare;
+    for (auto _ : state) {
+        state.PauseTiming();
+        for (INode* const box : boxes)
+            box->SetNodeTM(0, box->GetNodeTM(0) * TransMatrix({0.1, 0.2, 0.3}));
+        state.ResumeTiming();
+        if (how == Dragged::kReadAnew) {
+            feed.build(host);
+        } else if (how == Dragged::kFollowed) {
+            if (!feed.follow(host, {}, boxes)) state.SkipWithError("the drag is not followed");
+        } else {
+            bare.clear();
+            for (INode* const box : boxes) {
+                const Matrix3 place = box->GetNodeTM(0);
+                const auto& shape = static_cast<const TriObject&>(*box->EvalWorldState(0).obj);
+                for (const Point3& vertex : shape.GetMesh().verts)
+                    bare.push_back(place.PointTransform(vertex));
+            }
+            benchmark::DoNotOptimize(bare.data());
+        }
+        benchmark::DoNotOptimize(feed.model().vertices().data());
+    }
+    kiln::Core::destroy();
+}
+
 /// Says of all dummies that they are joints that turn.
 class Joints final : public NodeLookSource {
 public:
@@ -218,6 +257,10 @@ void addFrames(const std::string& name, const std::shared_ptr<const SceneModel>&
 void registerBenches() {
     add("an edit of one of 100,000 nodes/library", [](auto& state) { edit(state, true); });
     add("an edit of one of 100,000 nodes/all read", [](auto& state) { edit(state, false); });
+    const std::string dragged = "100,000 nodes dragged/";
+    add(dragged + "library", [](auto& state) { drag(state, Dragged::kFollowed); });
+    add(dragged + "all read", [](auto& state) { drag(state, Dragged::kReadAnew); });
+    add(dragged + "their vertices moved", [](auto& state) { drag(state, Dragged::kBare); });
     add("1,000 joints of 100,000 nodes that play/library", [](auto& state) { play(state, true); });
     add("1,000 joints of 100,000 nodes that play/all read",
         [](auto& state) { play(state, false); });
@@ -249,6 +292,7 @@ int main(int count, char** arguments) {
     runs.print(table, [](const std::string& row) {
         if (row.starts_with("an edit")) return 0.05;
         if (row.starts_with("1,000 joints")) return 1.0;
+        if (row.starts_with("100,000 nodes")) return row.ends_with("all read") ? 0.5 : 5.0;
         // Of a small scene most of the time is that of the picture's memory.
         if (row.starts_with("1000 ") || row.starts_with("5,000 ")) return bench::kNoBound;
         return row.ends_with(kAtOnce) ? 1.1 : 1 / 1.8;

@@ -3,6 +3,8 @@
 #include <kiln/inode.h>
 #include <kiln/scenewatch.h>
 
+#include <new>
+
 #include "scenehistory.h"
 
 /// The watches there are.
@@ -12,12 +14,15 @@ struct SceneWatches {
     /// changes in a row.
     static inline bool allTold = true;
 
-    /// Of this node, or of what no node stands for.
-    static void tell(INode* node) noexcept {
+    /// Of this node, or of what no node stands for. `isMoved`: of its transform alone.
+    static void tell(INode* node, bool isMoved = false) noexcept {
         if (allTold) return;
         allTold = true;
         for (SceneWatch* watch = first; watch; watch = watch->next_) {
-            add(*watch, node);
+            if (isMoved)
+                addMoved(*watch, node);
+            else
+                add(*watch, node);
             allTold = allTold && watch->changedOtherwise_;
             tellOf(*watch);
         }
@@ -31,11 +36,23 @@ private:
         if (watch.changedOtherwise_) return;
         std::size_t& count = watch.nodeCount_;
         if (node && count > 0 && watch.nodes_[count - 1] == node) return;
-        watch.changedOtherwise_ = !node || count == SceneWatch::kMostNodes;
-        if (watch.changedOtherwise_)
-            count = 0;
-        else
-            watch.nodes_[count++] = node;
+        if (!node || count == SceneWatch::kMostNodes) return nameNothing(watch);
+        watch.nodes_[count++] = node;
+    }
+    static void addMoved(SceneWatch& watch, INode* node) noexcept {
+        std::vector<INode*>& moved = watch.moved_;
+        if (watch.changedOtherwise_ || (!moved.empty() && moved.back() == node)) return;
+        if (moved.size() == SceneWatch::kMostMoved) return nameNothing(watch);
+        try {
+            moved.push_back(node);
+        } catch (const std::bad_alloc&) {
+            nameNothing(watch);
+        }
+    }
+    static void nameNothing(SceneWatch& watch) noexcept {
+        watch.changedOtherwise_ = true;
+        watch.nodeCount_ = 0;
+        watch.moved_.clear();
     }
     static void tellOf(SceneWatch& watch) noexcept {
         if (watch.changed_) return;
@@ -60,6 +77,7 @@ bool SceneWatch::Take() noexcept {
     const bool changed = changed_;
     changed_ = changedOtherwise_ = false;
     nodeCount_ = 0;
+    moved_.clear();
     SceneWatches::allTold = false;
     return changed;
 }
@@ -71,12 +89,12 @@ namespace {
 std::uint64_t changeCount = 0;
 int aside = 0;
 
-/// Of this node, or of what no node stands for.
-void noteChangeOf(INode* node) noexcept {
+/// Of this node, or of what no node stands for. `isMoved`: of its transform alone.
+void noteChangeOf(INode* node, bool isMoved = false) noexcept {
     if (aside > 0) return;
     ++changeCount;
     if (SceneHistory* const history = SceneHistory::current()) history->noteChange();
-    SceneWatches::tell(node);
+    SceneWatches::tell(node, isMoved);
 }
 
 }  // namespace
@@ -95,6 +113,10 @@ void noteSceneChanged() noexcept {
 
 void noteSceneChanged(Animatable& thing) noexcept {
     noteChangeOf(thing.SuperClassID() == NODE_CLASS_ID ? static_cast<INode*>(&thing) : nullptr);
+}
+
+void noteMoved(INode& node) noexcept {
+    noteChangeOf(&node, true);
 }
 
 void noteSceneReplaced() noexcept {

@@ -12,6 +12,8 @@ namespace kiln {
 void noteSceneChanged() noexcept;
 /// The same, of this one thing alone.
 void noteSceneChanged(Animatable& thing) noexcept;
+/// The same, of where this node is alone.
+void noteMoved(INode& node) noexcept;
 /// Another scene is shown now, which has not been changed.
 void noteSceneReplaced() noexcept;
 /// How often either was, in scenes that are read too.

@@ -51,6 +51,7 @@ public:
         : node_(node), what_(what), local_(local) {}
 
     void turn() noexcept override { node_.exchangeLocal(local_); }
+    void note() const noexcept override { noteMoved(node_); }
     const void* what() const noexcept override { return what_; }
 
 private:
@@ -236,13 +237,13 @@ const Matrix3& Node::world() const {
 void Node::SetLocalTM(TimeValue, const Matrix3& tm) {
     if (IsRootNode()) return;
     setLocal(tm);
-    noteSceneChanged(*this);
+    noteMoved(*this);
 }
 
 void Node::SetNodeTM(TimeValue, const Matrix3& tm) {
     if (IsRootNode()) return;
     setWorld(tm);
-    noteSceneChanged(*this);
+    noteMoved(*this);
 }
 
 /// Records the transform before it changes. Throws `std::bad_alloc`.

@@ -56,8 +56,9 @@ void ChangeLog::turnAll() noexcept {
     done_ = !done_;
 }
 
-void ChangeLog::tellAll() const {
-    for (const RecordedChange* change = last_; change; change = change->next_) change->tell();
+void ChangeLog::tellAll(const RecordedChange* first) {
+    for (const RecordedChange* change = first; change; change = change->next_) change->note();
+    for (const RecordedChange* change = first; change; change = change->next_) change->tell();
 }
 
 /// Takes the changes behind `mark` back and out of the log; the newest is the first of the result.

@@ -9,6 +9,8 @@
 #include <unordered_set>
 #include <utility>
 
+#include "changes.h"
+
 namespace kiln {
 
 class ChangeLog;
@@ -25,6 +27,8 @@ public:
     /// Exchanges what is kept with what is there. Called in the order the changes were made, or in
     /// the reverse order, so that everything else is as it was then.
     virtual void turn() noexcept = 0;
+    /// Says what of the scene the last turn has changed.
+    virtual void note() const noexcept { noteSceneChanged(); }
     /// Sends the notifications that follow from the last turn.
     virtual void tell() const {}
     /// The one thing whose former state it keeps, so that a change of it that comes next need not
@@ -116,18 +120,16 @@ public:
 
     /// Takes all changes back, newest first, or makes all again, oldest first.
     void turnAll() noexcept;
-    /// Sends the notifications of the last turn.
-    void tellAll() const;
+    /// Says what the last turn has changed, and sends its notifications.
+    void tellAll() const { tellAll(last_); }
 
-    /// Takes the changes behind `mark` back, sends their notifications, and drops them.
+    /// Takes the changes behind `mark` back, says so, sends their notifications, and drops them.
     template <typename Tell>
     void rollBack(const Mark& mark, Tell&& telling) noexcept {
         RecordedChange* const undone = cut(mark);
         if (!undone) return;
         const Mark before = this->mark();
-        telling([&] {
-            for (RecordedChange* change = undone; change; change = change->next_) change->tell();
-        });
+        telling([&] { tellAll(undone); });
         destroy(undone);
         if (before.last == last_ && before.pageCount == pageCount_ &&
             before.pageUsed == page_->used)
@@ -166,6 +168,7 @@ private:
     void rewind(const Mark& mark) noexcept;
     static RecordedChange* reversed(RecordedChange* change) noexcept;
     static void destroy(RecordedChange* change) noexcept;
+    static void tellAll(const RecordedChange* first);
 
     // Done: the newest, from which the others follow back to the oldest. Undone: the oldest, from
     // which they follow to the newest.

@@ -134,7 +134,6 @@ void SceneHistory::rollBack(std::size_t depth) noexcept {
     step()->log.rollBack(start.mark, [&](auto&& tell) {
         turning_ = false;
         if (savedAfter_ != step()->log.last()) savedWithin_ = false;
-        noteSceneChanged();
         tell();
         restoreSelection();
         turning_ = true;
@@ -263,7 +262,6 @@ void SceneHistory::turn(HistoryStep& step, const SelectionList& selection,
     step.log.turnAll();
     turning_ = false;
     scene_.restoreSelection(selection);
-    noteSceneChanged();
     step.log.tellAll();
     if (scene_.selectionChanges() != selectionBefore) scene_.notify(NOTIFY_SELECTION_CHANGED);
     scene_.notify(notification);

@@ -177,33 +177,85 @@ void SceneFeed::readScene(Interface& host) {
     inherited_ = std::move(scene.inherited);
 }
 
-bool SceneFeed::follow(Interface& host, std::span<INode* const> changed) {
+bool SceneFeed::follow(Interface& host, std::span<INode* const> changed,
+                       std::span<INode* const> moved) {
     if (visits_.empty() || !references_.isCurrent() || GetNodeLookSource() != askedLast_)
         return false;
-    if (changed.empty()) return true;
+    if (changed.empty() && moved.empty()) return true;
     if (!isIndexed_) indexVisits();
-    std::vector<std::size_t> again;
-    for (const INode* const node : changed) {
-        again.push_back(visitOf(node));
-        if (again.back() == 0) return false;
-    }
-    std::ranges::sort(again);
-    again.erase(std::unique(again.begin(), again.end()), again.end());
+    const auto visitsOf = [this](std::span<INode* const> nodes) {
+        std::vector<std::size_t> found;
+        for (const INode* const node : nodes) found.push_back(visitOf(node));
+        std::ranges::sort(found);
+        found.erase(std::unique(found.begin(), found.end()), found.end());
+        return found;
+    };
+    const std::vector<std::size_t> again = visitsOf(changed);
+    std::vector<std::size_t> tops = visitsOf(moved);
+    if ((!again.empty() && again.front() == 0) || (!tops.empty() && tops.front() == 0))
+        return false;
+    std::erase_if(tops, [&](std::size_t at) { return std::ranges::binary_search(again, at); });
     const LooksInUse looks(looks_, host);
     Reading scene{model_, nullptr, visits_.front().node, &kNoFolder};
     scene.faces = counts_.faces;
     scene.isFollowing = true;
     scene.visits = std::move(visits_);
     scene.inherited = std::move(inherited_);
+    if (!tops.empty() && !followMoves(scene, tops)) return false;
     // Of many, reading everything is as fast.
     std::size_t allowed = scene.visits.size() / 4 + 16;
     for (const std::size_t at : again)
         if (!followNode(scene, at, allowed)) return false;
-    if (!model_.endReopening()) return false;
+    if (!again.empty() && !model_.endReopening()) return false;
     counts_.faces = scene.faces;
     visits_ = std::move(scene.visits);
     inherited_ = std::move(scene.inherited);
     return true;
+}
+
+/// Moves the nodes, which are in the order of their visits, with all below them.
+bool SceneFeed::followMoves(Reading& scene, std::span<const std::size_t> tops) {
+    std::vector<std::uint8_t> isBelow(scene.visits.size());
+    std::vector<std::size_t> below;
+    for (const std::size_t top : tops) {
+        if (isBelow[top] != 0) continue;
+        if (isOfInstances(scene.visits, top)) return false;
+        below.push_back(top);
+        for (std::size_t i = below.size() - 1; i < below.size(); ++i) {
+            const Visit& visit = scene.visits[below[i]];
+            if (visit.elsewhere || tops_.contains(visit.node)) return false;
+            isBelow[below[i]] = 1;
+            for (std::uint32_t k = 0; k < visit.childCount; ++k)
+                below.push_back(visit.firstChild + k);
+        }
+    }
+    for (const std::size_t at : below) {
+        passDown(scene, at, false);
+        if (!moveVisit(scene, at)) return false;
+    }
+    model_.endMoving();
+    std::set<std::size_t> above;
+    for (std::size_t i = below.size(); i-- > 0;) {
+        setBounds(scene, below[i], boundsOf(scene, below[i]));
+        const std::size_t parent = scene.visits[below[i]].parent;
+        if (isBelow[parent] == 0) above.insert(parent);
+    }
+    // What is above comes earlier among the visits.
+    while (!above.empty()) {
+        const std::size_t at = above.extract(std::prev(above.end())).value();
+        const Box box = boundsOf(scene, at);
+        if (at != 0 && box != scene.visits[at].subtree) above.insert(scene.visits[at].parent);
+        setBounds(scene, at, box);
+    }
+    return true;
+}
+
+/// Whether instances show the node by way of what is above it.
+bool SceneFeed::isOfInstances(std::span<const Visit> visits, std::size_t at) const {
+    if (tops_.empty()) return false;
+    for (; at != 0; at = visits[at].parent)
+        if (tops_.contains(visits[at].node)) return true;
+    return false;
 }
 
 /// Which visit is of which node, and which objects nodes share: found out when it is first asked.
@@ -231,8 +283,7 @@ std::size_t SceneFeed::visitOf(const INode* node) const {
 /// The node and all below it, if these are no more than are allowed; fewer are then.
 bool SceneFeed::followNode(Reading& scene, std::size_t top, std::size_t& allowed) {
     std::vector<std::size_t> below{top};
-    for (const INode* above = scene.visits[top].node; above; above = above->GetParentNode())
-        if (tops_.contains(above)) return false;
+    if (isOfInstances(scene.visits, top)) return false;
     for (std::size_t i = 0; i < below.size(); ++i) {
         const Visit& visit = scene.visits[below[i]];
         if (below.size() + visit.childCount > allowed) return false;
@@ -325,11 +376,11 @@ constexpr std::uint8_t kPosed = 1, kMoved = 2, kBoxed = 4;
 
 // One pass down over all visits, and one up: joints may be within one another.
 bool SceneFeed::movePosed(Reading& reading, std::vector<std::uint8_t>& marks) {
-    if ((marks[0] & kPosed) != 0 && !passDown(reading, 0, true)) return false;
+    if ((marks[0] & kPosed) != 0) passDown(reading, 0, true);
     for (std::size_t at = 1; at < marks.size(); ++at) {
         if ((marks[reading.visits[at].parent] & (kPosed | kMoved)) != 0) marks[at] |= kMoved;
         if ((marks[at] & (kPosed | kMoved)) == 0) continue;
-        if (!passDown(reading, at, (marks[at] & kPosed) != 0)) return false;
+        passDown(reading, at, (marks[at] & kPosed) != 0);
         if ((marks[at] & kMoved) != 0 && !moveVisit(reading, at)) return false;
     }
     reading.model.endMoving();
@@ -351,8 +402,7 @@ bool SceneFeed::followPoses(Interface& host) {
         const std::size_t at = node ? visitOf(node) : 0;
         if (at == 0) continue;
         if (visits_[at].elsewhere) return false;
-        for (std::size_t above = at; above != 0 && !tops_.empty(); above = visits_[above].parent)
-            if (tops_.contains(visits_[above].node)) return false;
+        if (isOfInstances(visits_, at)) return false;
         marks[at] = kPosed;
     }
     const LooksInUse looks(looks_, host);
@@ -444,28 +494,21 @@ bool SceneFeed::movePlacements(SceneModel& model, const MovedModels& moved) {
     return true;
 }
 
-/// Gives the children what they have from above. False where fronts become backs.
-bool SceneFeed::passDown(Reading& scene, std::size_t at, bool isPosed) {
+/// Gives the children what they have from above.
+void SceneFeed::passDown(Reading& scene, std::size_t at, bool isPosed) {
     const Visit visit = scene.visits[at];
-    if (visit.childCount == 0) return true;
-    const auto isMirrored = [&] {
-        const Visit& child = scene.visits[visit.firstChild];
-        return scene.inherited[child.inherited].move.Determinant() < 0;
-    };
-    const bool wasMirrored = isMirrored();
-    if (visit.below != 0 || isPosed) {
-        decide(scene, at);
-        return isMirrored() == wasMirrored;
-    }
+    if (visit.below != 0 || isPosed) return decide(scene, at);
     for (std::uint32_t i = 0; i < visit.childCount; ++i)
         scene.visits[visit.firstChild + i].inherited = visit.inherited;
-    return true;
 }
 
+/// False where it cannot be moved, or fronts become backs.
 bool SceneFeed::moveVisit(Reading& scene, std::size_t at) {
     const Visit& visit = scene.visits[at];
     if (visit.item == kNoItem) return true;
     const Matrix3 place = placeOf(scene, at);
+    const Handedness handedness = handednessOf(place);
+    if (handedness == Handedness::kNone || handedness != visit.handedness) return false;
     if (visit.placed != kNoItem && !scene.model.movePlacement(visit.placed, toPlace(place)))
         return false;
     return moveLights(scene, visit, place) && moveNode(scene, visit, place);
@@ -481,6 +524,8 @@ bool SceneFeed::moveNode(const Reading& scene, const Visit& visit, const Matrix3
     bool ofPoints = false;
     if (const auto* const surface = static_cast<const TriObject*>(converted.get())) {
         const Mesh& mesh = surface->GetMesh();
+        const auto shown = scene.model.items()[visit.item].triangleCount;
+        if (shown != 0 && shown != static_cast<std::uint32_t>(mesh.faces.Count())) return false;
         for (const Point3& vertex : mesh.verts)
             places_.push_back(toVec3d(place.PointTransform(vertex)));
         if (!mesh.normals.IsEmpty() && mesh.normals.Count() == mesh.verts.Count()) {
@@ -774,6 +819,13 @@ Matrix3 SceneFeed::placeOf(const Reading& reading, std::size_t at) {
     return inherited.isMoved ? own * inherited.move : own;
 }
 
+SceneFeed::Handedness SceneFeed::handednessOf(const Matrix3& place) {
+    const double determinant = place.Determinant();
+    const Point3& origin = place.GetTrans();
+    if (!std::isfinite(determinant + origin.x + origin.y + origin.z)) return Handedness::kNone;
+    return determinant < 0 ? Handedness::kMirrored : Handedness::kKept;
+}
+
 // A selected group is bracketed with all that hangs below it. The place of a helper counts only
 // when nothing does: most stay at the origin, far from what they hold.
 void SceneFeed::boundSubtrees(Reading& reading) {
@@ -824,6 +876,7 @@ void SceneFeed::boundAbove(Reading& scene, std::size_t at, Box before) {
 void SceneFeed::addNode(Reading& reading, std::size_t at, bool standsForAnother) {
     INode& node = *reading.visits[at].node;
     const Matrix3 place = placeOf(reading, at);
+    reading.visits[at].handedness = handednessOf(place);
     const Vec3d origin = toVec3d(place.GetTrans());
     Object* object = node.EvalWorldState(0).obj;
     const auto addHelper = [&] {

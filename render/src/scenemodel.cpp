@@ -314,15 +314,26 @@ bool SceneModel::moveItem(ItemIndex index, std::span<const Vec3d> vertices,
     for (const Vec3d& vertex : vertices)
         if (!isFinite(vertex)) return false;
     moved_.push_back(index);
-    item.box = {};
+    const Box before = std::exchange(item.box, {});
     if (vertices.empty()) return true;
-    item.origin = vertices.front();
-    for (std::size_t i = 0; i < vertices.size(); ++i)
-        vertices_[item.firstVertex + i] = toFloat(vertices[i] - item.origin);
+    const Vec3d origin = std::exchange(item.origin, vertices.front());
+    bool isShifted = true;
+    for (std::size_t i = 0; i < vertices.size(); ++i) {
+        Vec3& vertex = vertices_[item.firstVertex + i];
+        const Vec3 moved = toFloat(vertices[i] - item.origin);
+        isShifted = isShifted && vertex == moved;
+        vertex = moved;
+    }
     constexpr float kMost = std::numeric_limits<float>::max();
     Vec3 low{kMost, kMost, kMost}, high = low * -1.f;
-    for (Triangle& triangle :
-         std::span(triangles_).subspan(item.firstTriangle, item.triangleCount)) {
+    std::span<Triangle> turned =
+        std::span(triangles_).subspan(item.firstTriangle, item.triangleCount);
+    if (isShifted && !before.empty() && marksOf(index).empty()) {
+        low = toFloat(before.min - origin);
+        high = toFloat(before.max - origin);
+        turned = {};
+    }
+    for (Triangle& triangle : turned) {
         const auto [a, b, c] = triangle.vertex;
         const Vec3 p = vertices_[a], q = vertices_[b], r = vertices_[c];
         triangle.normal = normalised(cross(q - p, r - p));

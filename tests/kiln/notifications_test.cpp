@@ -1,6 +1,9 @@
 #include "fixture.h"
 
 #include <kiln/language.h>
+#include <kiln/undo.h>
+
+#include <set>
 
 namespace {
 
@@ -195,15 +198,7 @@ TEST_F(NotificationsTest, AWatchNamesTheNodesThatHaveChangedInThemselves) {
         return std::vector<INode*>(nodes.begin(), nodes.end());
     };
     for (const NamedChange& change :
-         std::vector<NamedChange>{{"transform",
-                                   [&] {
-                                       node->SetNodeTM(0, TransMatrix({1, 0, 0}));
-                                   }},
-                                  {"local transform",
-                                   [&] {
-                                       node->SetLocalTM(0, TransMatrix({2, 0, 0}));
-                                   }},
-                                  {"object", [&] { node->SetObjectRef(new BoxObject); }},
+         std::vector<NamedChange>{{"object", [&] { node->SetObjectRef(new BoxObject); }},
                                   {"texture map", [&] { node->SetTexmap(map); }},
                                   {"wire color", [&] { node->SetWireColor(1); }},
                                   {"new chunk",
@@ -253,6 +248,64 @@ TEST_F(NotificationsTest, AWatchNamesTheNodesThatHaveChangedInThemselves) {
         EXPECT_TRUE(named().empty()) << change.name;
         watch.watch.Take();
     }
+}
+
+// As many as a hand drags at once, also when the drag is taken back.
+TEST_F(NotificationsTest, AWatchNamesTheNodesThatHaveMoved) {
+    std::vector<INode*> many;
+    for (int i = 0; i < 300; ++i) many.push_back(addNode("n"));
+    CountingWatch watch;
+    const auto moved = [&] {
+        const auto nodes = watch.watch.MovedNodes();
+        return std::set<INode*>(nodes.begin(), nodes.end());
+    };
+    const std::set<INode*> all(many.begin(), many.end());
+    const auto expectAll = [&](const char* what) {
+        EXPECT_EQ(moved(), all) << what;
+        EXPECT_TRUE(watch.watch.ChangedNodes().empty()) << what;
+        EXPECT_FALSE(watch.watch.HasChangedOtherwise()) << what;
+        EXPECT_TRUE(watch.watch.Take()) << what;
+        EXPECT_TRUE(moved().empty()) << what;
+    };
+    const auto moveAll = [&](double x) {
+        for (std::size_t i = 0; i < many.size(); ++i)
+            if (i % 2 == 0)
+                many[i]->SetNodeTM(0, TransMatrix({x, 0, 0}));
+            else
+                many[i]->SetLocalTM(0, TransMatrix({x, 0, 0}));
+    };
+    moveAll(1);
+    expectAll("moved");
+    {
+        const UndoScope scope("drag");
+        moveAll(2);
+        watch.watch.Take();
+    }
+    expectAll("rolled back");
+    {
+        UndoScope scope("drag");
+        moveAll(3);
+        scope.Commit();
+    }
+    watch.watch.Take();
+    core.history().undo();
+    expectAll("undone");
+    core.history().redo();
+    expectAll("redone");
+    {
+        const UndoScope scope("drag and more");
+        moveAll(4);
+        many[0]->Hide(true);
+        watch.watch.Take();
+    }
+    EXPECT_TRUE(watch.watch.HasChangedOtherwise());
+    watch.watch.Take();
+    moveAll(5);
+    many[0]->SetWireColor(7);
+    EXPECT_EQ(moved(), all);
+    EXPECT_THAT(watch.watch.ChangedNodes(), ElementsAre(many[0]));
+    host.DeleteNode(many[1]);
+    EXPECT_TRUE(moved().empty()) << "one of them may be gone";
 }
 
 TEST_F(NotificationsTest, AWatchHearsNothingWhereNothingChanges) {

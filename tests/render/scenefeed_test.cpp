@@ -573,6 +573,77 @@ TEST_F(FollowingTest, AJointMovesWhatHangsBelowItAndNothingIsReadOfIt) {
     posed({}, "none");
 }
 
+// As a drag moves many: what hangs below them, too.
+TEST_F(FollowingTest, MovedNodesAreShownWhereTheyAreAndNothingIsReadOfThem) {
+    auto* const points = new TriObject;
+    points->GetMesh().verts.Append(Point3{1, 0, 0});
+    points->GetMesh().normals.Append(Point3f{1, 0, 0});
+    INode* const lamp = add(new GenLight(FSPOT_LIGHT_CLASS_ID));
+    INode* const hidden = add(new BoxObject(2, 2, 2));
+    INode* const smooth = add(new TriObject);
+    Mesh& mesh = static_cast<TriObject*>(smooth->GetObjectRef())->GetMesh();
+    for (const Point3& p : {Point3{0, 0, 0}, Point3{9, 0, 0}, Point3{9, 9, 0}}) {
+        mesh.verts.Append(p);
+        mesh.normals.Append(Point3f{1, 0, 0});
+    }
+    mesh.AppendPolygon(3, std::data({DWORD{0}, DWORD{1}, DWORD{2}}));
+    hidden->Hide(true);
+    for (INode* const node : {lamp, hidden, smooth, instance_, add(points)})
+        groups_[1]->AttachChild(node);
+    groups_[2]->AttachChild(groups_[1]);
+    branch(3).motion = TransMatrix({7, 7, 7});
+    branch(4).range = ViewRange{0, 300, Point3{1, 2, 3}};
+    feed_.build(host_);
+
+    std::vector<INode*> all = boxes_;
+    all.insert(all.end(), groups_.rbegin(), groups_.rend());
+    const Matrix3 turn = RotAngleAxisMatrix({0, 0, 1}, 0.5);
+    const struct {
+        const char* name;
+        std::vector<INode*> nodes;
+        Matrix3 change;
+        std::vector<INode*> changed = {};
+    } moves[] = {
+        {"one", {boxes_[7]}, TransMatrix({0.3, 900, 0.7})},
+        {"with all below", {groups_[2]}, TransMatrix({5, 6, 7})},
+        {"what moves itself when it turns", {groups_[3]}, turn},
+        {"all", all, TransMatrix({-0.1, 3, 1e6})},
+        {"turned", all, turn},
+        {"larger", boxes_, ScaleMatrix({3, 2, 2})},
+        {"twice", {groups_[1], groups_[2], groups_[1]}, TransMatrix({1, 0, 0})},
+        {"and edited", {boxes_[31], boxes_[32]}, turn, {boxes_[31]}},
+    };
+    for (const auto& move : moves) {
+        for (INode* const node : move.nodes)
+            node->SetLocalTM(
+                0, node->GetNodeTM(0) * Inverse(node->GetParentNode()->GetNodeTM(0)) * move.change);
+        for (INode* const node : move.changed)
+            static_cast<BoxObject*>(node->GetObjectRef())->SetSize(5, 1, 1);
+        source_.asked = 0;
+        ASSERT_TRUE(feed_.follow(host_, move.changed, move.nodes)) << move.name;
+        EXPECT_EQ(source_.asked, static_cast<int>(move.changed.size())) << move.name;
+        expectAsReadAnew(move.name);
+        SceneFeed fresh;
+        fresh.build(host_);
+        ASSERT_EQ(feed_.model().lights().size(), 1u);
+        EXPECT_EQ(feed_.model().lights()[0].position, fresh.model().lights()[0].position);
+        EXPECT_EQ(feed_.model().finishes()[0].normal, fresh.model().finishes()[0].normal);
+        EXPECT_EQ(feed_.model().marks().back().normal, fresh.model().marks().back().normal);
+    }
+    const auto isFollowed = [&](INode* node, const Matrix3& place) {
+        node->SetNodeTM(0, place);
+        const bool followed = feed_.follow(host_, {}, {{node}});
+        feed_.build(host_);
+        return followed;
+    };
+    EXPECT_FALSE(isFollowed(boxes_[3], ScaleMatrix({1, 1, -1}))) << "fronts become backs";
+    EXPECT_FALSE(isFollowed(boxes_[3], Matrix3())) << "and fronts again";
+    EXPECT_FALSE(isFollowed(source_.definitions[instance_], TransMatrix({1, 0, 0})));
+    EXPECT_TRUE(isFollowed(hidden, TransMatrix({1, 0, 0})));
+    EXPECT_FALSE(isFollowed(boxes_[3], TransMatrix({0, 1e308 * 10, 0}))) << "nowhere";
+    EXPECT_FALSE(isFollowed(boxes_[3], Matrix3())) << "and back";
+}
+
 // Whoever asks is told, and reads everything.
 TEST_F(FollowingTest, WhatChangesMoreThanItselfIsNotFollowed) {
     EXPECT_FALSE(follow({host_.GetRootNode()}));

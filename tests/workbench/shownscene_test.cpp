@@ -1,6 +1,7 @@
 #include <workbench/shownscene.h>
 
 #include <kiln/host/host.h>
+#include <kiln/undo.h>
 
 #include <gtest/gtest.h>
 
@@ -88,6 +89,25 @@ TEST_F(ShownSceneTest, AnEditAndASelectionAreShownTogether) {
     EXPECT_EQ(firstColor(), 0x00FF00u);
     EXPECT_TRUE(scene_.model().items().back().selected);
     EXPECT_EQ(scene_.nodes().size(), 2u);
+}
+
+TEST_F(ShownSceneTest, ShowsADragAndItsUndo) {
+    std::vector<INode*> boxes;
+    for (int i = 0; i < 400; ++i) boxes.push_back(add("box"));
+    kiln::Core::get()->history().endCommand();
+    scene_.model();
+    const auto moveAll = [&](double x) {
+        UndoScope scope("drag");
+        for (INode* const box : boxes) box->SetNodeTM(0, TransMatrix({x, 0, 0}));
+        if (x < 900) scope.Commit();
+    };
+    const auto middle = [&] { return scene_.model().box().centre().x; };
+    moveAll(100);
+    EXPECT_EQ(middle(), 100);
+    moveAll(950);
+    EXPECT_EQ(middle(), 100) << "rolled back";
+    kiln::Core::get()->history().undo();
+    EXPECT_EQ(middle(), 0);
 }
 
 TEST_F(ShownSceneTest, ShowsWhatItHasWhileTheSceneIsHalfDone) {

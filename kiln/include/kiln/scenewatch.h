@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <span>
+#include <vector>
 
 class INode;
 
@@ -30,11 +31,14 @@ public:
     bool HasChanged() const noexcept { return changed_; }
 
     /// So many nodes are named one by one.
-    static constexpr std::size_t kMostNodes = 256;
-    /// The nodes that `Take` has not told of yet and of which the transform, the object, the
-    /// texture map, the wire color or a chunk have changed, or what the host cannot see of them;
-    /// some of them more than once. Names nothing while there were other changes.
+    static constexpr std::size_t kMostNodes = 256, kMostMoved = 1'000'000;
+    /// The nodes that `Take` has not told of yet and of which the object, the texture map, the wire
+    /// color or a chunk have changed, or what the host cannot see of them; some of them more than
+    /// once. Names nothing while there were other changes.
     std::span<INode* const> ChangedNodes() const noexcept { return {nodes_.data(), nodeCount_}; }
+    /// The same of nodes of which the transform has changed, at most `kMostMoved`. What hangs below
+    /// them has moved with them and is not named.
+    std::span<INode* const> MovedNodes() const noexcept { return moved_; }
     /// Whether anything else may have changed: what there is, where it hangs, what is hidden,
     /// things that are no nodes, or more nodes than are named.
     bool HasChangedOtherwise() const noexcept { return changedOtherwise_; }
@@ -48,5 +52,6 @@ private:
     bool changedOtherwise_ = false;
     std::array<INode*, kMostNodes> nodes_{};
     std::size_t nodeCount_ = 0;
+    std::vector<INode*> moved_;
     SceneWatch* next_;
 };

@@ -46,10 +46,13 @@ public:
     /// second time. Of files that are referred to those are shown that have been read. Throws
     /// `std::bad_alloc`, with a part of the scene shown.
     void build(Interface& host);
-    /// Takes over that these nodes have changed, and nothing else since `build`, reading them and
-    /// what is below them alone. False when that is not enough, or would be no faster: the model is
-    /// then good for nothing until the next `build`. Throws `std::bad_alloc`, and then likewise.
-    bool follow(Interface& host, std::span<INode* const> changed);
+    /// Takes over that these nodes have changed, that the transforms of others have, and nothing
+    /// else since `build`. Of those that have changed these and what is below them are read, of the
+    /// others nothing but their meshes. False when that is not enough, or would be no faster: the
+    /// model is then good for nothing until the next `build`. Throws `std::bad_alloc`, and then
+    /// likewise.
+    bool follow(Interface& host, std::span<INode* const> changed,
+                std::span<INode* const> moved = {});
     /// Has joints of the scene shown in these poses, and the others as the scene says, from the
     /// next `build` or `followPoses` on. A file that is shown in several places moves in all of
     /// them.
@@ -106,6 +109,9 @@ private:
     static constexpr std::uint64_t kMostShown = 20'000'000;
     static constexpr std::size_t kMostLights = 4096;
 
+    /// Whether a place turns fronts into backs, and whether it is one at all.
+    enum class Handedness : std::uint8_t { kNone, kKept, kMirrored };
+
     /// What nodes have from those above them.
     struct Inherited {
         Matrix3 move;  ///< from where the scene has them to where they are shown
@@ -124,12 +130,13 @@ private:
         ItemIndex item = kNoItem;    ///< kNoItem for one that is not shown
         ItemIndex placed = kNoItem;  ///< that shows a model of others, if it does
         Box subtree = {};
-        bool elsewhere = false;       ///< in what is seen only where instances show it
-        bool isOff = false;           ///< a switch above does not show it
-        bool isMeasured = false;      ///< its range counts from the middle of its subtree
-        std::uint32_t inherited = 0;  ///< index among what is inherited
-        std::uint32_t below = 0;      ///< the same of what its children have from it; 0: nothing
-        RangeIndex range = 0;         ///< in which its children are seen; 0: in any
+        bool elsewhere = false;   ///< in what is seen only where instances show it
+        bool isOff = false;       ///< a switch above does not show it
+        bool isMeasured = false;  ///< its range counts from the middle of its subtree
+        Handedness handedness = Handedness::kNone;  ///< of its place, where it is shown
+        std::uint32_t inherited = 0;                ///< index among what is inherited
+        std::uint32_t below = 0;  ///< the same of what its children have from it; 0: nothing
+        RangeIndex range = 0;     ///< in which its children are seen; 0: in any
         std::uint32_t firstChild = 0, childCount = 0;  ///< positions among the visits
         std::size_t faces = 0;
         const Object* object = nullptr;
@@ -182,8 +189,9 @@ private:
     void decide(Reading& reading, std::size_t at);
     void show(Reading& reading, std::size_t at);
     ItemIndex openPlaced(Reading& reading);
+    bool followMoves(Reading& scene, std::span<const std::size_t> tops);
+    bool isOfInstances(std::span<const Visit> visits, std::size_t at) const;
     bool followNode(Reading& scene, std::size_t top, std::size_t& allowed);
-    bool mayFollow(std::size_t at) const;
     bool revisit(Reading& scene, std::size_t at);
     void boundAbove(Reading& scene, std::size_t at, Box before);
     void indexVisits();
@@ -193,7 +201,7 @@ private:
     bool followFilePoses(MovedModels& moved);
     bool moveShared(Shared& shared, const std::set<const INode*>& posed, MovedModels& moved);
     static bool movePlacements(SceneModel& model, const MovedModels& moved);
-    bool passDown(Reading& scene, std::size_t at, bool isPosed);
+    void passDown(Reading& scene, std::size_t at, bool isPosed);
     bool moveVisit(Reading& scene, std::size_t at);
     bool moveNode(const Reading& scene, const Visit& visit, const Matrix3& place);
     static bool moveLights(const Reading& scene, const Visit& visit, const Matrix3& place);
@@ -208,6 +216,7 @@ private:
                     const std::string& folder, std::uint32_t looksBy);
     bool mayRead(Reading& reading, const INode& top) const;
     static Matrix3 placeOf(const Reading& reading, std::size_t at);
+    static Handedness handednessOf(const Matrix3& place);
     void addNode(Reading& reading, std::size_t at, bool standsForAnother);
     COLORREF addLight(Reading& reading, const Matrix3& place, const class GenLight& light,
                       INode& node);

@@ -13,13 +13,16 @@ ShownScene::ShownScene(Interface& host, std::function<void()> onOutdated)
 const render::SceneModel& ShownScene::model() {
     if (held_) return feed_.model();
     if (!isCurrent()) {
-        const auto named = watch_.ChangedNodes();
-        const std::vector<INode*> changed(named.begin(), named.end());
+        const auto copyOf = [](std::span<INode* const> nodes) {
+            return std::vector<INode*>(nodes.begin(), nodes.end());
+        };
+        const std::vector<INode*> changed = copyOf(watch_.ChangedNodes());
+        const std::vector<INode*> moved = copyOf(watch_.MovedNodes());
         const bool mayFollow = isRead_ && !watch_.HasChangedOtherwise();
         // Before it is read, so that a change meanwhile is told.
         watch_.Take();
         isRead_ = false;
-        if (!mayFollow || !feed_.follow(host_, changed))
+        if (!mayFollow || !feed_.follow(host_, changed, moved))
             feed_.build(host_);
         else if (selectionChanged_)
             feed_.updateSelection();
