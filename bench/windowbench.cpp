@@ -30,8 +30,9 @@ struct Bench {
 };
 
 constexpr Bench kBenches[] = {
-    {"tree", browserTree},           {"branches", browserBranches},  {"refresh", browserRefresh},
-    {"replacing", browserReplacing}, {"propertygrid", propertyGrid}, {"grid", gridControl},
+    {"tree", browserTree},           {"branches", browserBranches}, {"refresh", browserRefresh},
+    {"replacing", browserReplacing}, {"branch", browserBranch},     {"propertygrid", propertyGrid},
+    {"grid", gridControl},
 };
 
 std::optional<Table> table;

@@ -62,6 +62,8 @@ void browserBranches();
 void browserRefresh();
 /// Showing another scene in it, against filling it.
 void browserReplacing();
+/// Commands on one very large branch of it, against filling it.
+void browserBranch();
 /// The property grid of the form: an edit of many nodes, showing a node.
 void propertyGrid();
 /// The grid control by itself, with 100,000 rows.

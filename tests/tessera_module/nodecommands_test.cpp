@@ -205,6 +205,119 @@ TEST_F(NodeCommandsTest, CutAndPasteAttachesAsOneStep) {
     EXPECT_EQ(scene(), "group,other(face)");
 }
 
+// The form fills another tree rather than to delete tens of thousands of items in the one it has,
+// which nobody is to see.
+class LargeBranchTest : public NodeCommandsTest {
+protected:
+    /// What there is to see after each of a row of commands on a branch with that many leaves.
+    std::vector<std::string> commandsOnBranch(int leaves);
+
+    INode* addBranch(int leaves) {
+        INode* const made = add(nullptr, "branch", kFltGroup);
+        INode* const first = add(made, "first", kFltGroup);
+        for (const char* name : {"leaf", "second leaf"}) add(first, name, kFltFace);
+        INode* const second = add(made, "second", kFltGroup);
+        for (int i = 0; i < leaves; ++i) add(second, "face", kFltFace);
+        return made;
+    }
+    void openBranches(std::initializer_list<std::string_view> names) const {
+        for (const std::string_view name : names) TreeView_Expand(tree(), item(name), TVE_EXPAND);
+    }
+    POINT label(std::string_view name) const {
+        RECT area{};
+        TreeView_GetItemRect(tree(), item(name), &area, TRUE);
+        return {(area.left + area.right) / 2, (area.top + area.bottom) / 2};
+    }
+    /// The rows: first of those in view in brackets, "+" open, "*" selected, "<" the caret.
+    std::string seen() const {
+        std::string all;
+        for (HTREEITEM at = TreeView_GetRoot(tree()); at;
+             at = TreeView_GetNextVisible(tree(), at)) {
+            const UINT state = TreeView_GetItemState(tree(), at, 0xFFU);
+            const bool top = at == TreeView_GetFirstVisible(tree());
+            all += (top ? "[" : "") + textOf(at) + (top ? "]" : "");
+            if (state & TVIS_EXPANDED) all += '+';
+            if (state & TVIS_SELECTED) all += '*';
+            if (at == TreeView_GetSelection(tree())) all += '<';
+            all += ' ';
+        }
+        if (GetFocus() == tree()) all += "focus ";
+        if (IsWindowEnabled(GetDlgItem(form(), IDC_CREATE))) all += "create ";
+        wchar_t name[64] = L"";
+        GetDlgItemTextW(form(), IDC_NAME, name, 64);
+        for (const wchar_t c : std::wstring_view(name)) all += c < 128 ? static_cast<char>(c) : '?';
+        return all;
+    }
+    std::string seenAfterUndo(bool redo = false) {
+        core.history().endCommand();
+        EXPECT_TRUE(redo ? core.history().redo() : core.history().undo());
+        const auto enabled = [this] { return IsWindowEnabled(GetDlgItem(form(), IDC_UP)); };
+        EXPECT_FALSE(enabled());
+        EXPECT_TRUE(testinput::pumpUntil(enabled));
+        return seen();
+    }
+};
+
+std::vector<std::string> LargeBranchTest::commandsOnBranch(int leaves) {
+    const auto refresh = [this] { SendMessageW(GetDlgItem(form(), IDC_REFRESH), BM_CLICK, 0, 0); };
+    core.newScene();
+    refresh();
+    for (int i = 0; i < 30; ++i) add(nullptr, ("before" + std::to_string(i)).c_str(), kFltGroup);
+    add(host().GetINodeByName("before9"), "below", kFltGroup);
+    INode* const branch = addBranch(leaves);
+    for (int i = 0; i < 30; ++i) add(nullptr, ("behind" + std::to_string(i)).c_str(), kFltGroup);
+    core.history().endCommand();
+    refresh();
+    openBranches({textOf(TreeView_GetRoot(tree())), "before9", "branch", "first"});
+
+    std::vector<std::string> all;
+    TreeView_Select(tree(), item("before25"), TVGN_FIRSTVISIBLE);
+    select({"branch"});
+    testinput::key(VK_DELETE);
+    EXPECT_FALSE(host().GetINodeByName("leaf"));
+    all.push_back(seen());
+    all.push_back(seenAfterUndo());
+    EXPECT_EQ(branch->NumberOfChildren(), 2);
+    all.push_back(seenAfterUndo(true));
+    all.push_back(seenAfterUndo());
+    openBranches({"branch", "first"});
+
+    select({"branch"});
+    SendMessageW(GetDlgItem(form(), IDC_UP), BM_CLICK, 0, 0);
+    testinput::pump();
+    EXPECT_EQ(branch->GetParentNode()->GetChildNode(29), branch);
+    all.push_back(seen());
+    SendMessageW(GetDlgItem(form(), IDC_DOWN), BM_CLICK, 0, 0);
+    testinput::pump();
+    all.push_back(seen());
+
+    TreeView_SetItemState(tree(), item("behind3"), TVIS_SELECTED, TVIS_SELECTED);
+    testinput::key('X', {VK_CONTROL});
+    select({"before28"});
+    testinput::key('V', {VK_CONTROL});
+    EXPECT_EQ(branch->GetParentNode(), host().GetINodeByName("before28"));
+    all.push_back(seen());
+    all.push_back(seenAfterUndo());
+
+    TreeView_Select(tree(), item("before25"), TVGN_FIRSTVISIBLE);
+    select({"behind5"});
+    testinput::drag(tree(), label("branch"), label("behind1"));
+    EXPECT_EQ(branch->GetParentNode(), host().GetINodeByName("behind1"));
+    all.push_back(seen());
+    return all;
+}
+
+TEST_F(LargeBranchTest, IsDeletedMovedAndAttachedLikeASmallOne) {
+    const HWND first = tree();
+    const std::vector<std::string> small = commandsOnBranch(3);
+    EXPECT_EQ(tree(), first);
+    constexpr int kLeaves = 60'000;
+    const std::vector<std::string> large = commandsOnBranch(kLeaves);
+    EXPECT_NE(tree(), first) << "as it would without what is tested here";
+    ASSERT_EQ(small.size(), large.size());
+    for (std::size_t i = 0; i < small.size(); ++i) EXPECT_EQ(small[i], large[i]) << "command " << i;
+}
+
 // ---------------------------------------------------------------- the host's selection
 
 class FollowingTest : public NodeCommandsTest {

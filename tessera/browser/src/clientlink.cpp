@@ -1,8 +1,6 @@
 #include "clientlink.h"
 
-#include <base/scopedvalue.h>
-
-#include <utility>
+#include "treerefill.h"
 
 namespace tessera {
 
@@ -17,38 +15,57 @@ void ClientLink::send(BrowserEvent event, BrowserItem first, BrowserItem second,
     if (callback_) callback_(event, first, second, argument, argument2, clientData_);
 }
 
-// The refresh is posted: the control itself may have begun the edit and must end it first. A posted
-// message still comes before the tree is painted.
 void ClientLink::sendEdit(BrowserEvent event, const TreeItem& edited, BrowserItem second,
                           std::uintptr_t argument, std::uintptr_t argument2) {
-    const NodeHandle node = edited.node;
-    {
-        const base::ScopedValue editing(editing_, true);
-        send(event, edited.handle, second, argument, argument2);
-    }
-    refreshIfWanted(node);
+    sendTogether({edited.node}, [&] { send(event, edited.handle, second, argument, argument2); });
 }
 
-bool ClientLink::edit(NodeHandle shownAfter,
+bool ClientLink::edit(const std::vector<NodeHandle>& shownAfter,
                       const std::function<bool(const NodeCommands&)>& command) {
     if (!commands_) return false;
     bool done = false;
-    {
-        const base::ScopedValue editing(editing_, true);
-        done = command(*commands_);
-    }
-    refreshIfWanted(shownAfter);
+    sendTogether(shownAfter, [&] { done = command(*commands_); });
     return done;
 }
 
-void ClientLink::refreshIfWanted(NodeHandle shownAfter) {
-    if (std::exchange(refreshWanted_, false) && form_.HasWindow())
-        form_.Post(kRefreshAfterEdit, shownAfter);
+// The refresh is posted: the control itself may have begun the edit and must end it first. A posted
+// message still comes before the tree is painted.
+void ClientLink::sendTogether(const std::vector<NodeHandle>& shownAfter,
+                              const std::function<void()>& sendEdits) {
+    if (editing_) return sendEdits();
+    struct Editing {
+        ClientLink& link;
+        const std::vector<NodeHandle>& shownAfter;
+        ~Editing() { link.endEdits(shownAfter); }
+    };
+    const Editing editing{*this, shownAfter};
+    editing_ = true;
+    effort_ = 0;
+    sendEdits();
+}
+
+void ClientLink::endEdits(const std::vector<NodeHandle>& shownAfter) noexcept {
+    editing_ = false;
+    if (!std::exchange(refreshWanted_, false) || !form_.HasWindow()) return;
+    try {
+        shownAfter_ = shownAfter;
+    } catch (...) {
+        shownAfter_.clear();
+    }
+    form_.Post(kRefreshAfterEdit);
 }
 
 bool ClientLink::postponesRefresh() noexcept {
     if (editing_) refreshWanted_ = true;
     return editing_;
+}
+
+bool ClientLink::refreshesInstead(double effort) noexcept {
+    if (treeLeft_ || !editing_) return treeLeft_;
+    effort_ += effort;
+    treeLeft_ = TreeRefill::isTooMuch(effort_);
+    if (treeLeft_) refreshWanted_ = true;
+    return treeLeft_;
 }
 
 }  // namespace tessera

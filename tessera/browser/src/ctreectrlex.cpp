@@ -45,10 +45,10 @@ bool CTreeCtrlEx::IsExpanded(const TreeItem& item) const {
 HTREEITEM CTreeCtrlEx::Add(HTREEITEM parent, std::string_view text, NodeHandle node, int image) {
     const int shown = image < 0 ? 0 : image;
     HTREEITEM after = TVI_LAST;
-    if (model_.hasWaiting()) {
+    if (refill_.isUnderWay()) {
         TreeItem* const above = Find(parent);
         if (const TreeItem* item = refill_.takeBack(above, text, node, shown)) return item->handle;
-        if (refill_.isBeingGivenUp()) return nullptr;
+        if (refill_.isGivenUpAdding(above)) return nullptr;
         if (const TreeItem* last = model_.last(above); model_.firstWaiting(above))
             after = last ? last->handle : TVI_FIRST;
     }

@@ -148,7 +148,7 @@ std::uint16_t EditCommands::confirmedOpcode(HTREEITEM parent, int choice) const 
 // ---------------------------------------------------------------- attach
 
 void EditCommands::attach(HTREEITEM draggedHandle, HTREEITEM targetHandle) {
-    const TreeItem* const dragged = tree_.Find(draggedHandle);
+    TreeItem* const dragged = tree_.Find(draggedHandle);
     const TreeItem* const target = tree_.Find(targetHandle);
     if (!dragged || !target) return;
     if (const UINT refusal =
@@ -159,7 +159,7 @@ void EditCommands::attach(HTREEITEM draggedHandle, HTREEITEM targetHandle) {
     const CWaitCursor wait;
     const RedrawPause pause(tree_);
     const NodeHandle node = dragged->node;
-    client_.sendEdit(BrowserEvent::kAttach, *dragged, targetHandle);
+    sendAttach(*dragged, targetHandle);
     selectLastChild(targetHandle, node);
 }
 
@@ -175,14 +175,30 @@ bool EditCommands::mayAttach(const std::vector<TreeItem*>& items, const TreeItem
 
 void EditCommands::attachAll(const std::vector<TreeItem*>& items, HTREEITEM target) {
     std::vector<HTREEITEM> handles;
-    handles.reserve(items.size());
-    for (const TreeItem* item : items) handles.push_back(item->handle);
+    std::vector<NodeHandle> nodes;
+    for (const TreeItem* item : items) {
+        handles.push_back(item->handle);
+        nodes.push_back(item->node);
+    }
     const RedrawPause pause(tree_);
-    fltkilnutil::ActionScope scope(fltkilnutil::Action::kAttach);
-    for (const HTREEITEM handle : handles)
-        if (const TreeItem* const item = tree_.Find(handle); item && tree_.Find(target))
-            client_.sendEdit(BrowserEvent::kAttach, *item, target);
-    scope.Commit();
+    client_.sendTogether(nodes, [&] {
+        fltkilnutil::ActionScope scope(fltkilnutil::Action::kAttach);
+        for (const HTREEITEM handle : handles)
+            if (TreeItem* const item = tree_.Find(handle); item && tree_.Find(target))
+                sendAttach(*item, target);
+        scope.Commit();
+    });
+}
+
+// The client adds the branch again behind the other children. What was open in it stays open.
+void EditCommands::sendAttach(TreeItem& dragged, HTREEITEM target) {
+    const NodeHandle node = dragged.node;
+    TreeBranches::Arrangement arrangement = tree_.Branches().remember(&dragged);
+    arrangement.firstShown = 0;
+    client_.sendEdit(BrowserEvent::kAttach, dragged, target);
+    const TreeItem* const now = tree_.Find(target);
+    if (!arrangement.open.empty() && now && now->lastChild && now->lastChild->node == node)
+        tree_.Branches().restore(arrangement, now->lastChild);
 }
 
 std::function<bool(HTREEITEM)> EditCommands::dropTest(HTREEITEM dragged) const {

@@ -53,6 +53,7 @@ public:
 
 private:
     void selectCaretOnly();
+    void sendAttach(TreeItem& dragged, HTREEITEM target);
     void sendMove(BrowserEvent direction, const TreeItem& item);
     void createIn(const TreeItem& parent, int row);
     bool mayCreate(const TreeItem& parent, int choice) const;

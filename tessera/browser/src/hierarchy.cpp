@@ -195,6 +195,7 @@ void Hierarchy::show(bool shown) {
 }
 
 HTREEITEM Hierarchy::addNode(HTREEITEM parent, const char* text, NodeHandle node) {
+    if (leavesTree(TreeRefill::effortOfAdding(tree_.Find(parent)))) return nullptr;
     return tree_.addNode(parent, text, node);
 }
 
@@ -204,7 +205,8 @@ NodeHandle Hierarchy::nodeOfItem(HTREEITEM item) {
 
 void Hierarchy::deleteNode(HTREEITEM item) {
     if (!item) return clear();
-    if (!tree_.Find(item)) return;
+    const TreeItem* const found = tree_.Find(item);
+    if (!found || leavesTree(tree_.Refill().effortOfDeleting(*found, true))) return;
     {
         const auto bulk = tree_.bulkOperation();
         tree_.DeleteItem(item);
@@ -213,7 +215,20 @@ void Hierarchy::deleteNode(HTREEITEM item) {
     selection_->countSelected();
 }
 
+// Whether the tree stays as it is until a refresh that follows, since the change takes longer.
+bool Hierarchy::leavesTree(double effort) {
+    const bool before = client_->isTreeLeft();
+    const bool left = client_->refreshesInstead(effort);
+    if (left && !before) {
+        stale_ = true;
+        properties_->forget();  // its node may have gone
+        properties_->show(nullptr);
+    }
+    return left;
+}
+
 void Hierarchy::clear() {
+    client_->treeEmptied();
     properties_->finishTyping();
     properties_->forget();
     tree_.clear(*this);
@@ -223,7 +238,8 @@ void Hierarchy::clear() {
 }
 
 void Hierarchy::deleteChildren(HTREEITEM item) {
-    if (!tree_.Find(item)) return;
+    const TreeItem* const found = tree_.Find(item);
+    if (!found || leavesTree(tree_.Refill().effortOfDeleting(*found, false))) return;
     {
         const auto bulk = tree_.bulkOperation();
         tree_.DeleteChildren(item);
@@ -244,14 +260,15 @@ void Hierarchy::resetPosition() {
 void Hierarchy::refresh() {
     if (client_->postponesRefresh()) return;
     properties_->finishTyping();
+    const CWaitCursor wait;
+    const auto arrangement = tree_.Branches().remember(nullptr);
     {
-        const CWaitCursor wait;
         const RedrawPause pause(tree_);
-        const auto arrangement = tree_.Branches().remember(nullptr);
         client_->send(BrowserEvent::kRebuild);
         tree_.endFilling();
         tree_.Branches().restore(arrangement, nullptr);
     }
+    tree_.Branches().scrollBack(arrangement);  // without drawing the control may not scroll so far
     if (unattended_) stale_ = true;
     properties_->show(nullptr);
     resetProperties(true);
@@ -259,10 +276,14 @@ void Hierarchy::refresh() {
     diagnostics::log("OnRefresh %s\n", Text(kLongestCaption).c_str());
 }
 
-// The edited node is selected again, at its own place.
-void Hierarchy::refreshAfterEdit(NodeHandle edited) {
+// The edited nodes are selected again, each at its own place.
+void Hierarchy::refreshAfterEdit() {
+    const std::vector<NodeHandle> edited = client_->takeShownAfter();
     refresh();
-    selectNodeOf(edited);
+    if (edited.size() == 1)
+        selectNodeOf(edited.front());
+    else
+        selection_->selectNodes(edited);
 }
 
 // Selects the first item of a node; false when there is none.
@@ -323,13 +344,15 @@ void Hierarchy::OnTimer(UINT_PTR id) {
 void Hierarchy::followScene() {
     const ULONGLONG start = ::GetTickCount64();
     const HWND focus = focusBefore_;
+    const bool treeFocus = focus == tree_.Handle();
     {
         const auto keep = properties_->keepFocus();
         refresh();
         const HTREEITEM top = tree_.FirstVisible();
         if (!stale_ && selectNodeOf(std::exchange(shownBefore_, 0)) && top) tree_.ScrollTo(top);
     }
-    if (focus && ::GetFocus() == Item(IDC_REFRESH)) ::SetFocus(focus);
+    if (focus && ::GetFocus() == Item(IDC_REFRESH))
+        ::SetFocus(treeFocus ? tree_.Handle() : focus);  // another control may show the tree now
     quiet_ = std::clamp(2 * (::GetTickCount64() - start), kQuiet, kLongestQuiet);
 }
 
@@ -377,7 +400,7 @@ LRESULT Hierarchy::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     }
     if (message == ClientLink::kRefreshAfterEdit) {
-        refreshAfterEdit(wParam);
+        refreshAfterEdit();
         return 0;
     }
     return CDialog::WindowProc(message, wParam, lParam);

@@ -90,7 +90,8 @@ private:
     void splitterMoved();
     bool movesDivision(const MSG& message);
     void resetProperties(bool enabled);
-    void refreshAfterEdit(NodeHandle edited);
+    void refreshAfterEdit();
+    bool leavesTree(double effort);
     bool selectNodeOf(NodeHandle node);
     void followSceneLater();
     bool isSceneQuiet() const;

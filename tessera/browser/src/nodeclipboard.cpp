@@ -102,7 +102,7 @@ bool NodeClipboard::makeCopies(const std::vector<TreeItem*>& originals, const Tr
     }
     std::vector<NodeHandle> made(items.size());
     const RedrawPause pause(tree_);
-    const bool done = client_.edit(originals.front()->node, [&](const NodeCommands& commands) {
+    const bool done = client_.edit(made, [&](const NodeCommands& commands) {
         return commands.copy(items.data(), parents.data(), items.size(), !target, made.data(),
                              client_.clientData());
     });
@@ -130,7 +130,7 @@ void NodeClipboard::remove() {
     const HTREEITEM left = next->handle;
     const NodeHandle node = next->node;
     const RedrawPause pause(tree_);
-    const bool done = client_.edit(node, [&](const NodeCommands& commands) {
+    const bool done = client_.edit({node}, [&](const NodeCommands& commands) {
         return commands.remove(items.data(), items.size(), client_.clientData());
     });
     if (!done) return beepSimply();

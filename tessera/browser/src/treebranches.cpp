@@ -148,7 +148,12 @@ void TreeBranches::restore(const Arrangement& arrangement, TreeItem* top) const 
     std::erase_if(branches,
                   [&](const TreeItem* at) { return !arrangement.open.contains(at->node); });
     change(branches, TVE_EXPAND);
-    if (!arrangement.firstShown) return;
+    scrollBack(arrangement);
+}
+
+void TreeBranches::scrollBack(const Arrangement& arrangement) const {
+    if (!arrangement.firstShown || tree_.Node(tree_.FirstVisible()) == arrangement.firstShown)
+        return;
     const TreeItem* at = tree_.Model().first();
     while (at && at->node != arrangement.firstShown) at = TreeModel::following(*at);
     if (at) tree_.ScrollTo(at->handle);

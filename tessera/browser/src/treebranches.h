@@ -37,6 +37,8 @@ public:
     Arrangement remember(TreeItem* top) const;
     /// Arranges items that have been put in again.
     void restore(const Arrangement& arrangement, TreeItem* top) const;
+    /// The scroll place alone.
+    void scrollBack(const Arrangement& arrangement) const;
 
 private:
     void change(const std::vector<TreeItem*>& branches, UINT code) const;

@@ -7,7 +7,9 @@ namespace tessera {
 
 TreeItem& TreeModel::insert(BrowserItem handle, TreeItem* parent, TreeItem* after, bool first,
                             NodeHandle node) {
+    const std::size_t before = items_.size();
     TreeItem& item = items_[handle];
+    item.madeBehind = before;
     item.handle = handle;
     item.node = node;
     link(item, parent, after || first ? after : orTop(parent)->lastChild);

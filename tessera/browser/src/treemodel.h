@@ -26,6 +26,7 @@ struct TreeItem {
     /// The first of the children that it had before the tree was emptied and that still wait.
     TreeItem* firstWaiting = nullptr;
     unsigned generation = 0;
+    std::size_t madeBehind = 0;  ///< how many items there were when it was inserted
 
     static constexpr int kUnknownImage = -1;
 };

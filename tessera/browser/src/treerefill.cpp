@@ -3,6 +3,8 @@
 #include "ctreectrlex.h"
 
 #include <base/utf16.h>
+
+#include <algorithm>
 #include <utility>
 
 namespace tessera {
@@ -12,9 +14,12 @@ namespace {
 constexpr int kMostGone = 64;
 // After this many differences the items are taken over by their places, whatever they showed.
 constexpr int kMostDifferences = 1000;
-// Items to delete times items that there are: with more of that, another control is filled. A
-// control that goes through a list of all items for each takes about half a second.
-constexpr double kMostDeleting = 4e9;
+// Items that a control goes through in about a fifth of a second; with more, another one is filled.
+constexpr double kMostEffort = 5e8;
+// A list that shrinks while its items are deleted is soon gone through.
+constexpr double kEffortOfDeleting = 0.25;
+// After deleting one that is shown the control counts all that are, which are scattered in memory.
+constexpr double kEffortOfCounting = 5;
 
 }  // namespace
 
@@ -24,7 +29,7 @@ TreeRefill::Scope::Scope(TreeRefill& refill) noexcept : refill_(refill) {
 
 TreeRefill::Scope::~Scope() {
     if (--refill_.scopes_ > 0) return;
-    refill_.expected_ = refill_.givenUp_ = false;
+    refill_.expected_ = refill_.underWay_ = refill_.givenUp_ = false;
     if (!refill_.tree_.HasWindow()) return;
     refill_.deleteWaiting();
     refill_.tree_.ForgetDeleted();
@@ -35,10 +40,12 @@ TreeRefill::Scope::~Scope() {
 // deleting items below a closed branch also takes it less time.
 bool TreeRefill::emptied() {
     if (!std::exchange(expected_, false)) return false;
+    underWay_ = true;
     differences_ = 0;
-    deleted_ = 0;
+    effort_ = 0;
     recognised_ = false;
     TreeModel& model = tree_.Model();
+    before_ = static_cast<double>(model.allItems());
     tree_.EndEditLabel(true);
     tree_.Selection().moveCaret(nullptr);
     for (const TreeItem* top = model.first(); top; top = top->next)
@@ -48,22 +55,45 @@ bool TreeRefill::emptied() {
     return true;
 }
 
-bool TreeRefill::givesUp(std::size_t deleting) {
-    const TreeModel& model = tree_.Model();
-    deleted_ += deleting;
-    if (scopes_ > 0 && model.hasWaiting() &&
-        static_cast<double>(deleted_) * static_cast<double>(model.allItems()) > kMostDeleting)
-        givenUp_ = true;
+double TreeRefill::effortOfDeleting(std::size_t count) const noexcept {
+    return kEffortOfDeleting * static_cast<double>(count) *
+           static_cast<double>(tree_.Model().allItems());
+}
+
+double TreeRefill::effortOfDeleting(const TreeItem& top, bool itself) const {
+    const TreeItem* above = itself ? top.parent : &top;
+    while (above && tree_.IsExpanded(*above)) above = above->parent;
+    const double effort = effortOfDeleting(TreeModel::sizeOf(top) - (itself ? 0 : 1));
+    return above ? effort
+                 : effort + kEffortOfCounting * static_cast<double>(tree_.Model().allItems());
+}
+
+double TreeRefill::effortOfAdding(const TreeItem* parent) noexcept {
+    return parent ? static_cast<double>(parent->madeBehind) : 0;
+}
+
+bool TreeRefill::isTooMuch(double effort) noexcept {
+    return effort > kMostEffort;
+}
+
+bool TreeRefill::givesUp(double effort) {
+    effort_ += effort;
+    if (underWay_ && isTooMuch(effort_)) givenUp_ = true;
     return givenUp_;
 }
 
 bool TreeRefill::isGivenUp() {
-    return givenUp_ || givesUp(tree_.Model().waiting());
+    return givenUp_ || givesUp(effortOfDeleting(tree_.Model().waiting()));
+}
+
+bool TreeRefill::isGivenUpAdding(const TreeItem* parent) {
+    // The others would be gone through in another control as well.
+    return givenUp_ || givesUp(std::min(effortOfAdding(parent), before_));
 }
 
 void TreeRefill::beginAnew() noexcept {
-    givenUp_ = false;
-    deleted_ = 0;
+    underWay_ = givenUp_ = false;
+    effort_ = 0;
 }
 
 // The node's item among those that wait below `parent`, null when there is none. Items in front of
@@ -79,7 +109,7 @@ TreeItem* TreeRefill::matching(TreeItem* parent, NodeHandle node) {
     std::size_t deleting = 0;
     for (TreeItem* at = tree_.Model().firstWaiting(parent); at != same; at = at->next)
         deleting += TreeModel::sizeOf(*at);
-    if (givesUp(deleting)) return nullptr;
+    if (givesUp(effortOfDeleting(deleting))) return nullptr;
     differences_ += gone;
     for (; gone > 0; --gone) deleteFirstWaiting(parent);
     return tree_.Model().firstWaiting(parent);
@@ -91,7 +121,7 @@ TreeItem* TreeRefill::takeBack(TreeItem* parent, std::string_view text, NodeHand
     const bool found = matching(parent, node) != nullptr;
     if (givenUp_) return nullptr;
     if (parent && !std::exchange(recognised_, true) && !found) {  // another scene
-        if (!givesUp(tree_.Model().waiting())) deleteWaiting();
+        if (!isGivenUp()) deleteWaiting();
         return nullptr;
     }
     if (!found && parent && ++differences_ < kMostDifferences) return nullptr;

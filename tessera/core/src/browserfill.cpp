@@ -12,6 +12,12 @@ namespace {
 /// further reference lists only its own children.
 constexpr int kMaxExpandedItems = 200'000;
 
+bool hasGrandchildren(INode& node) {
+    for (int i = 0; i < node.NumberOfChildren(); ++i)
+        if (node.GetChildNode(i)->NumberOfChildren() > 0) return true;
+    return false;
+}
+
 }  // namespace
 
 BrowserItem BrowserFill::add(BrowserItem parentItem, INode* node) {
@@ -21,23 +27,28 @@ BrowserItem BrowserFill::add(BrowserItem parentItem, INode* node) {
     return first;
 }
 
-/// Adds the nodes level by level, so that branches get their items before the many leaves: tree
-/// controls find an item sooner that was added early, and most calls are about branches.
+/// Adds the nodes level by level, and children that have none themselves after all others, so that
+/// branches get their items before the many leaves: tree controls find an item sooner that was
+/// added early, and most calls are about branches.
 BrowserItem BrowserFill::addScene(const Pending& top) {
-    BrowserItem first = nullptr;
-    std::vector<Pending> nodes{top};
-    for (std::size_t i = 0; i < nodes.size(); ++i) {
-        INode* const node = nodes[i].node;
-        const BrowserItem item = addItemOf(node, nodes[i].parentItem);
-        if (i == 0) first = item;
-        if (!item) continue;
-        if (INode* const definition = definitions_.of(node)) {
-            references_.push_back({item, node, definition});
-        } else {
-            for (int child = 0; child < node->NumberOfChildren(); ++child)
-                nodes.push_back({item, node->GetChildNode(child)});
+    std::vector<Pending> branches;  // whose children wait, with their own items
+    std::vector<Pending> lowest;
+    const auto addOne = [&](const Pending& one) {
+        const BrowserItem item = addItemOf(one.node, one.parentItem);
+        if (!item) return item;
+        if (INode* const definition = definitions_.of(one.node))
+            references_.push_back({item, one.node, definition});
+        else
+            (hasGrandchildren(*one.node) ? branches : lowest).push_back({item, one.node});
+        return item;
+    };
+    const BrowserItem first = addOne(top);
+    for (const std::vector<Pending>* const list : {&branches, &lowest})
+        for (std::size_t i = 0; i < list->size(); ++i) {
+            const Pending parent = (*list)[i];
+            for (int child = 0; child < parent.node->NumberOfChildren(); ++child)
+                addOne({parent.parentItem, parent.node->GetChildNode(child)});
         }
-    }
     return first;
 }
 

@@ -127,10 +127,12 @@ tessera::BrowserItem _zufltguiaddnode(tessera::BrowserItem parent, const char* t
                                       tessera::NodeHandle node);
 
 /// Deletes `item` with everything below it; null clears the whole tree. Returns whether a form
-/// exists.
+/// exists. Within an edit that the form has sent, deleting or adding a large part of a large tree
+/// leaves it as it is instead, and the form asks for all of it anew when the edit is over.
 bool _zufltguidelnode(tessera::BrowserItem item);
 
-/// Deletes everything below `item`. Returns whether a form exists and the item is not null.
+/// Deletes everything below `item`, as `_zufltguidelnode` does. Returns whether a form exists and
+/// the item is not null.
 bool _zufltguidelchildren(tessera::BrowserItem item);
 
 /// The handle with which `item` was added; 0 for "Scene Root", for null, without a form, and while
