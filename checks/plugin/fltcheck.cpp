@@ -39,7 +39,7 @@ KILN_PLUGIN_EXPORT const char* LibDescription() {
     // Keeps the published functions in the module.
     checks::checkFunctions();
     checks::geometryFunctions();
-    return "OpenFlight checks";
+    return theClasses[0].ClassName();
 }
 
 KILN_PLUGIN_EXPORT int LibNumberClasses() {

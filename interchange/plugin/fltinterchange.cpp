@@ -1,5 +1,7 @@
 // The exports of FltInterchange.dli, through which the host finds the importer, the exporter and
 // the mark of textures; and what tells it how OpenFlight nodes look.
+#include "texts.h"
+
 #include <interchange/export.h>
 #include <interchange/import.h>
 #include <interchange/nodelooks.h>
@@ -10,6 +12,7 @@
 
 #include <iterator>
 #include <new>
+#include <string>
 
 namespace {
 
@@ -134,7 +137,13 @@ const interchange::NodeLooks nodeLooks;
 KILN_PLUGIN_EXPORT const char* LibDescription() {
     // Keeps the published functions in the module.
     xref::xrefFunctions();
-    return "OpenFlight interchange";
+    static std::string description;
+    try {
+        description = interchange::text(interchange::TextId::kDescription);
+    } catch (...) {
+        description.clear();
+    }
+    return description.c_str();
 }
 
 KILN_PLUGIN_EXPORT int LibNumberClasses() {

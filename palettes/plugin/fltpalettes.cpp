@@ -31,7 +31,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
 KILN_PLUGIN_EXPORT const char* LibDescription() {
     // Keeps the published functions in the module.
     palettes::paletteFunctions();
-    return "OpenFlight palettes";
+    return theClass.ClassName();
 }
 
 KILN_PLUGIN_EXPORT int LibNumberClasses() {
