@@ -146,6 +146,8 @@ TEST_F(WorkbenchTest, TheNameUnderTheMouseGoesWithItsScene) {
     EXPECT_TRUE(says(true));
     script("openScene \"" + empty + "\"");
     EXPECT_TRUE(says(false)) << "after a file that shows nothing there";
+    script("openScene \"" + base::toUtf8(std::filesystem::path(scene_).generic_wstring()) + "\"");
+    EXPECT_TRUE(says(true)) << "and again, under a mouse that rests";
 }
 
 }  // namespace

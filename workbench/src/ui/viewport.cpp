@@ -172,7 +172,7 @@ void Viewport::OnPaint() {
         ::DeleteDC(memory);
     }
     ::EndPaint(Handle(), &paint);
-    if (fresh && hovered_ != render::kNoItem) hoverAgain();
+    if (fresh) hoverAgain();
 }
 
 void Viewport::drawLabels(HDC dc) {
@@ -453,11 +453,13 @@ void Viewport::hover(render::ItemIndex item) {
     client_.onHover(item);
 }
 
+// An item of the same number may be another one now.
 void Viewport::hoverAgain() {
     POINT at;
     ::GetCursorPos(&at);
+    const render::ItemIndex former = hovered_;
     hovered_ = ::WindowFromPoint(at) == Handle() ? itemAt(ToClient(at)) : render::kNoItem;
-    client_.onHover(hovered_);
+    if (hovered_ != render::kNoItem || former != render::kNoItem) client_.onHover(hovered_);
 }
 
 void Viewport::OnMouseWheel(UINT, int delta, POINT screen) {
