@@ -212,7 +212,7 @@ void addDoors(Node& doors, std::string_view id, const std::string& longId, doubl
 void addHangar(Node& root) {
     constexpr double kX = -60, kFront = 80, kBack = 140;
     Node& hangar = root.add(named<FltGroup>("hangar"), "机库 hangar");
-    hangar.comment("机库门由开关节点控制：关闭、半开、全开");
+    hangar.comment("机库门由切换节点控制：关闭、半开、全开");
     addHangarShell(hangar, kX, kFront, kBack);
 
     auto record = named<FltSwitch>("doors");
@@ -310,7 +310,7 @@ void addAircraft(Node& root) {
     FltInstanceDef definition;
     definition.instanceNumber = kAircraft;
     Node& shape = root.add(definition, "轻型飞机 light aircraft");
-    shape.comment("定义一次，三次引用").transform(turnedAndMoved(-30, -95, 30));
+    shape.comment("定义一次，三个实例参考").transform(turnedAndMoved(-30, -95, 30));
     addAircraftShape(shape);
 
     Node& stands = root.add(named<FltGroup>("stands"), "停机位 stands");
@@ -327,7 +327,7 @@ void addVisitor(Node& root) {
     FltXRef reference;
     fltSetText(reference.fileName, "aircraft/airliner.flt");
     reference.flags = static_cast<std::int32_t>(kFltOverrideColors);
-    place.add(reference, "外部引用 airliner").comment("aircraft/airliner.flt, own colors");
+    place.add(reference, "外部参照 airliner").comment("aircraft/airliner.flt, own colors");
 }
 
 // ---------------------------------------------------------------- surroundings and lights
