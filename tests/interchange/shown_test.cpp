@@ -445,6 +445,10 @@ TEST_F(ShownTest, LightPointsShineWhereTheirLobesReach) {
     record.backColor = 0xFF00FF00;
     EXPECT_TRUE(shownFrom(behind));
     EXPECT_GT(green(colorAt({0, 0, 0})), red(colorAt({0, 0, 0})));
+    record.flags = FltLightPoint::kNoBackColor;
+    EXPECT_TRUE(shownFrom(behind));
+    EXPECT_GT(red(colorAt({0, 0, 0})), green(colorAt({0, 0, 0}))) << "the front's";
+    record.flags = 0;
     EXPECT_TRUE(shownFrom(ahead));
     EXPECT_GT(red(colorAt({0, 0, 0})), green(colorAt({0, 0, 0})));
     object->GetMesh().normals.ZeroCount();

@@ -116,7 +116,7 @@ LightPointLook pointsOf(const Record& record) {
     look.across = record.horizontalLobeAngle;
     look.along = record.verticalLobeAngle;
     look.roll = record.lobeRollAngle;
-    if (look.shines == Shines::kAheadAndBack) {
+    if (look.shines == Shines::kAheadAndBack && (record.flags & Record::kNoBackColor) == 0) {
         const auto part = [&](unsigned shift) {
             return static_cast<float>(record.backColor >> shift & 0xFF) / 255;
         };

@@ -7,6 +7,8 @@
 template <typename Family>
 class FltLightPointLook : public Family {
 public:
+    static constexpr std::uint32_t kNoBackColor = 0x40000000;  ///< of the flags
+
     std::int16_t surfaceMaterialCode = 0;
     std::int16_t featureId = 0;
     std::uint32_t backColor = 0;  ///< packed
