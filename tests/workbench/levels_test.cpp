@@ -59,8 +59,15 @@ TEST_F(LevelsTest, AStripShowsWhereTheEyeIsAndAClickBringsItThere) {
     }));
     ASSERT_TRUE(user::click(::GetDlgItem(dialog, IDC_LEVELS_FARTHER)));
     EXPECT_TRUE(says("levels at 100 – 1000"));
+    const HWND nearer = ::GetDlgItem(dialog, IDC_LEVELS_NEARER);
+    ASSERT_TRUE(user::click(nearer));
+    EXPECT_TRUE(says("levels at 0 – 100"));
+    EXPECT_FALSE(::IsWindowEnabled(nearer)) << "nothing is nearer";
+    ASSERT_TRUE(user::click(::GetDlgItem(dialog, IDC_LEVELS_FARTHER)));
+    script("$near.hidden = true");
     ASSERT_TRUE(user::click(::GetDlgItem(dialog, IDC_LEVELS_ALL)));
     EXPECT_TRUE(says("Distance 550  |  all levels are shown"));
+    EXPECT_TRUE(user::eventually([this] { return script("$near.hidden").ends_with("false"); }));
     ::SendMessageW(window_, WM_COMMAND, CMD_VIEW_CHINESE, 0);
     EXPECT_EQ(user::text(dialog), L"细节级别");
     EXPECT_TRUE(says("视距 550"));

@@ -12,8 +12,8 @@ using testing::Contains, testing::HasSubstr;
 
 namespace {
 
-constexpr int kFields = 1030, kSnap = 1010, kKeysList = 1060;  // controls
-constexpr int kMoveRow = 1, kScaleRow = 3;
+constexpr int kFields = 1030, kSnap = 1010, kStep = 1011, kKeysList = 1060;  // controls
+constexpr int kMoveRow = 1, kRotateRow = 2, kScaleRow = 3;
 constexpr int kSpeakEnglish = 1241;
 
 class TransformDialogTest : public WorkbenchTest {
@@ -31,13 +31,17 @@ protected:
     }
 
     HWND field(int row, int axis) const { return ::GetDlgItem(dialog_, kFields + row * 3 + axis); }
-    /// Replaces a field's text and presses Enter there.
-    void enter(int row, int axis, const wchar_t* text) {
-        ASSERT_TRUE(user::click(field(row, axis)));
+    /// Replaces a field's text.
+    static void type(HWND field, const wchar_t* text) {
+        ASSERT_TRUE(user::click(field));
         user::key(VK_HOME);
         user::key(VK_END, {VK_SHIFT});
         user::type(text);
-        ASSERT_TRUE(user::eventually([&] { return user::text(field(row, axis)) == text; }));
+        ASSERT_TRUE(user::eventually([&] { return user::text(field) == text; }));
+    }
+    /// The same, and presses Enter there.
+    void enter(int row, int axis, const wchar_t* text) {
+        type(field(row, axis), text);
         user::key(VK_RETURN);
     }
     bool becomes(const std::string& line, const std::string& value) {
@@ -76,6 +80,23 @@ TEST_F(TransformDialogTest, TypedValuesAreStepsThatCanBeUndone) {
         << "nothing is selected";
     ::SendMessageW(window_, WM_COMMAND, kSpeakEnglish, 0);
     EXPECT_EQ(user::text(dialog_), L"Move, Rotate, Scale");
+}
+
+TEST_F(TransformDialogTest, TurnsScalesAndKeepsToTheUsersGrid) {
+    script("createDummy name:\"tip\" parent:$'塔楼' position:[2, 0, 0]");
+    script("select $'塔楼'");
+    enter(kRotateRow, 2, L"90");
+    EXPECT_TRUE(becomes("$tip.position.y > 1.9", "true"));
+    enter(kScaleRow, 0, L"3");
+    EXPECT_TRUE(becomes("$tip.position.y > 5.9", "true")) << "along the node's own axes";
+    enter(0, 2, L"1.25");
+    EXPECT_TRUE(isAt("0", "0", "1.25"));
+    type(::GetDlgItem(dialog_, kStep), L"4");
+    ASSERT_TRUE(user::click(::GetDlgItem(dialog_, kSnap)));
+    enter(kMoveRow, 0, L"5");
+    EXPECT_TRUE(isAt("4", "0", "0"));
+    enter(0, 1, L"7");
+    EXPECT_TRUE(isAt("4", "8", "0"));
 }
 
 TEST_F(TransformDialogTest, KeysAreListedAndHelpIsSought) {
