@@ -209,7 +209,7 @@ void browserBranch() {
     print("deleting it", erase);
     print("undo of that deletion", eraseUndone);
     print("deleting the 600 groups in it", eraseGroups);
-    print("undo of that deletion", eraseGroupsUndone);
+    print("undo of deleting them", eraseGroupsUndone);
 }
 
 }  // namespace bench
