@@ -4,9 +4,14 @@
 #include <render/lighting.h>
 #include <render/renderer.h>
 
+#include <cstddef>
 #include <vector>
 
 namespace render {
+
+/// Bytes between what different threads write to: two lines of the cache, which processors fetch
+/// together.
+inline constexpr std::size_t kApart = 128;
 
 inline constexpr Color kSelected = 0xFFC040;
 
@@ -25,7 +30,7 @@ struct Appearance {
 };
 
 /// Each thread of a frame has its own; it keeps its working memory from frame to frame.
-class Painter {
+class alignas(kApart) Painter {
 public:
     /// Of the frame and the part of its picture what follows is drawn. All but `part` and
     /// `lighting` are to outlive what is drawn of them.

@@ -115,7 +115,7 @@ struct Renderer::Frame {
     };
 
     /// What is seen of some of the scene's items, in their order.
-    struct Part {
+    struct alignas(kApart) Part {
         std::size_t first = 0, end = 0;            ///< of the items
         std::vector<Appearance> appearances = {};  ///< the first is that of the scene itself
         std::vector<Seen> solid = {}, translucent = {};
