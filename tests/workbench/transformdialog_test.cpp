@@ -97,6 +97,10 @@ TEST_F(TransformDialogTest, TurnsScalesAndKeepsToTheUsersGrid) {
     EXPECT_TRUE(isAt("4", "0", "0"));
     enter(0, 1, L"7");
     EXPECT_TRUE(isAt("4", "8", "0"));
+    type(field(0, 2), L"9");
+    script("createDummy()");
+    EXPECT_TRUE(becomes("selection.count", "1"));
+    EXPECT_EQ(user::text(field(0, 2)), L"9") << "what is being typed stays while the scene changes";
 }
 
 TEST_F(TransformDialogTest, KeysAreListedAndHelpIsSought) {

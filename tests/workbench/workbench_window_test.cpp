@@ -122,6 +122,9 @@ TEST_F(WorkbenchTest, RunsTheSampleScriptOverTheRealPlugins) {
         const std::string log = textOf(log_);
         return log.find("lodpreview.ks：完成") != log.npos || log.find("错误") != log.npos;
     }));
+    for (const char* module :
+         {"Aviary (C)", "OpenFlight 检查", "OpenFlight 调色板", "OpenFlight 导入与导出"})
+        EXPECT_THAT(textOf(log_), HasSubstr(std::string("-- 已加载 ") + module + "（"));
     EXPECT_THAT(textOf(log_), HasSubstr("\r\n-- lodpreview.ks：完成"));
     EXPECT_THAT(textOf(log_), HasSubstr("22-lod-less-detail 300.0 #(\"middle shaft\")"));
     EXPECT_EQ(textOf(window_), "未命名 * - Workbench") << "its scene is not the file's";
