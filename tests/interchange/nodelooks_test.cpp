@@ -9,6 +9,7 @@
 #include <fltkilnutil/kilnlight.h>
 #include <interchange/nodelooks.h>
 #include <quillon/fltface.h>
+#include <quillon/fltlightpoint.h>
 #include <quillon/fltlightsource.h>
 #include <quillon/fltopcode.h>
 #include <tessera/aviaryutil.h>
@@ -114,6 +115,23 @@ TEST_F(NodeLooksTest, LightsShineAsTheirRecordsAndPaletteEntriesSay) {
     ASSERT_TRUE(look(lamp).light);
     EXPECT_EQ(look(lamp).light->red, 1);
     EXPECT_EQ(look(lamp).light->green, 0.25F);
+}
+
+TEST_F(NodeLooksTest, LightPointsFlashOrTurnAsTheirRecordsSay) {
+    INode* const point = host.CreateObjectNode(new DummyObject, "point");
+    ASSERT_TRUE(fltEnsureKind(point, FltNodeKind::LightPoint, kFltRevision));
+    FltLightPoint record;
+    record.animationPeriod = 2;
+    record.animationEnabledPeriod = 0.5;
+    record.axisZ = 1;
+    ASSERT_TRUE(fltPutRecord(point, record));
+    EXPECT_EQ(look(point).points->period, 2);
+    EXPECT_EQ(look(point).points->turn, 0);
+    record.flags = FltLightPoint::kRotates;
+    ASSERT_TRUE(fltPutRecord(point, record));
+    EXPECT_EQ(look(point).points->period, 0);
+    EXPECT_EQ(look(point).points->turn, 2);
+    EXPECT_EQ(look(point).points->axis, (Point3{0, 0, 1}));
 }
 
 TEST_F(NodeLooksTest, SubfacesAndPrioritiesLieInLayers) {

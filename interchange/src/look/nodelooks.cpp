@@ -128,8 +128,20 @@ LightPointLook pointsOf(const Record& record) {
     return look;
 }
 
-/// Adds how light points change by an entry of the animation palette: a sequence is on for as long
-/// as all of its steps that are, of which the first begins the period.
+/// Adds how light points change by their own record.
+void animate(LightPointLook& look, const FltLightPoint& light) {
+    if ((light.flags & FltLightPoint::kRotates) != 0) {
+        look.turn = light.animationPeriod;
+        look.axis = Point3{light.axisX, light.axisY, light.axisZ};
+        return;
+    }
+    look.period = light.animationPeriod;
+    look.delay = light.animationPhaseDelay;
+    look.onTime = light.animationEnabledPeriod;
+}
+
+/// The same by an entry of the animation palette: a sequence is on for as long as all of its steps
+/// that are, of which the first begins the period.
 void animate(LightPointLook& look, const FltLightPointAnimation& animation) {
     constexpr std::uint32_t kOff = 1;
     if (animation.type == FltLightPointAnimation::kRotating) {
@@ -175,9 +187,7 @@ bool NodeLooks::GetLook(INode* node, NodeLook& look) noexcept {
             case kFltLightPoint:
                 if (!fltGetRecord(node, lightPoint_)) return false;
                 look.points = pointsOf(lightPoint_);
-                look.points->period = lightPoint_.animationPeriod;
-                look.points->delay = lightPoint_.animationPhaseDelay;
-                look.points->onTime = lightPoint_.animationEnabledPeriod;
+                animate(*look.points, lightPoint_);
                 return true;
             case kFltIndexedLightPoint:
                 return describeIndexedPoint(*node, look);
