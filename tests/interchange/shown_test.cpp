@@ -3,6 +3,7 @@
 #include "../support/temporaryfolder.h"
 #include "fltbytes.h"
 #include "importscene.h"
+#include "picturefiles.h"
 
 #include <fltkilnutil/kilnflt.h>
 #include <interchange/nodelooks.h>
@@ -20,7 +21,11 @@
 #include <render/scenefeed.h>
 
 #include <array>
+#include <filesystem>
 #include <limits>
+#include <set>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -496,11 +501,11 @@ protected:
     /// Behind the pictures. `layers` are those of the mask, by their textures. The picture is once
     /// on the face for each bit of `coordinates`, mirrored for those of `mirrored`.
     void addFace(std::uint32_t mask, std::initializer_list<unsigned> layers,
-                 std::uint32_t coordinates, std::uint32_t mirrored = 0) {
+                 std::uint32_t coordinates, std::uint32_t mirrored = 0, unsigned effect = 0) {
         if (placed == 0) addVertices();
         Bytes multi;
         multi.u32(mask);
-        for (const unsigned texture : layers) multi.u16(texture).zeros(6);
+        for (const unsigned texture : layers) multi.u16(texture).u16(effect).zeros(4);
         file.face("f", 0x10000000, 0xFF808080).record(kFltMultiTexture, multi).push();
         file.list({4 * placed, 4 * placed + 1, 4 * placed + 2, 4 * placed + 3});
         Bytes list;
@@ -569,6 +574,16 @@ TEST_F(LayersTest, LieOverWhatIsBelowAsTheirPicturesSay) {
     EXPECT_EQ(at(7), std::pair(plain, plain)) << "without coordinates there is nowhere to be";
 }
 
+TEST_F(LayersTest, ThatAreBumpMapsColorNothing) {
+    constexpr std::uint32_t kFirst = 0x80000000;
+    addPicture("bumps", 3);
+    for (const unsigned effect : {0U, 1U, 101U}) addFace(kFirst, {0}, kFirst, 0, effect);
+    open();
+    EXPECT_EQ(at(0).first, 0xFF0000U);
+    EXPECT_NE(at(1).first, 0xFF0000U);
+    EXPECT_EQ(at(2).first, 0xFF0000U) << "one of a user's own";
+}
+
 TEST_F(LayersTest, OfMeshesGoByTheCoordinatesOfTheirVertices) {
     addPicture("red", 3);
     file.push();
@@ -617,6 +632,143 @@ TEST_F(LayersTest, ADetailShowsInBetweenTheTexelsFromCloseBy) {
     const int plain = changesOfColor(-1, 5);
     EXPECT_EQ(changesOfColor(7, 5), plain) << "there is no such texture";
     EXPECT_GT(changesOfColor(1, 5), plain + 4);
+}
+
+/// A face of 6 by 6 about the origin, with a texture of the database that can be chosen.
+class PicturesTest : public ShownTest {
+protected:
+    /// Red and green above, blue and, where it can be seen through, nothing below.
+    static std::uint32_t quarters(std::size_t x, std::size_t y) {
+        constexpr std::size_t kHalf = samples::kPictureSide / 2;
+        if (y >= kHalf) return x < kHalf ? 0xFFFF0000 : 0xFF00FF00;
+        return x < kHalf ? 0xFF0000FF : 0x00FFFFFF;
+    }
+    static std::vector<std::pair<std::string, std::string>> filesOfEachFormat() {
+        using samples::Blocks;
+        return {{"a.int", samples::sgiPicture(quarters, 1)},
+                {"a.inta", samples::sgiPicture(quarters, 2)},
+                {"a.rgb", samples::sgiPicture(quarters, 3)},
+                {"a.rgba", samples::sgiPicture(quarters, 4)},
+                {"a.tga", samples::tgaPicture(quarters)},
+                {"a.bmp", samples::bmpPicture(quarters)},
+                {"a.tif", samples::tiffPicture(quarters)},
+                {"a.png", samples::pngPicture(quarters)},
+                {"a.jpg", samples::jpegPicture(quarters)},
+                {"a.gif", samples::gifPicture(quarters)},
+                {"1.dds", samples::ddsPicture(quarters, Blocks::kOpaque)},
+                {"3.dds", samples::ddsPicture(quarters, Blocks::kSharpAlpha)},
+                {"5.dds", samples::ddsPicture(quarters, Blocks::kSmoothAlpha)}};
+    }
+    void write(const std::string& name, const std::string& bytes) const {
+        folder.write(std::u8string(name.begin(), name.end()).c_str(),
+                     std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
+    }
+    /// With these names in its palette.
+    void open(const std::vector<std::string>& names) {
+        FltBytes file("f");
+        unsigned index = 0;
+        for (const std::string& name : names)
+            file.record(kFltTexture,
+                        Bytes().field(folder.file(name.c_str()), 200).u32(index++).zeros(8));
+        square = face(import(file), {0, 0, 0}, 0xFFFFFF);
+        Mesh& mesh = static_cast<TriObject*>(square->GetObjectRef())->GetMesh();
+        for (const auto& [u, v] : {std::pair{0, 0}, {1, 0}, {1, 1}, {0, 1}})
+            mesh.tVerts.Append(Point3f(static_cast<float>(u), static_cast<float>(v), 0));
+        for (const Face& one : mesh.faces) mesh.tvFaces.Append({{one.v[0], one.v[1], one.v[2]}});
+        seeFrom({0, -0.01, 12});
+    }
+    void show(std::size_t texture) {
+        FltFace record = twoSided();
+        record.textureIndex = static_cast<std::int16_t>(texture);
+        record.textureWhite = 1;
+        EXPECT_TRUE(fltPutRecord(square, record));
+        draw();
+    }
+    /// What is in the upper left, upper right, lower left and lower right: the channels that are
+    /// strong, "-" where nothing of the face is.
+    std::string seen() const {
+        std::string all;
+        for (const Vec3d& place :
+             {Vec3d{-1.5, 1.5, 0}, Vec3d{1.5, 1.5, 0}, Vec3d{-1.5, -1.5, 0}, Vec3d{1.5, -1.5, 0}}) {
+            const render::Color color = colorAt(place);
+            if (nodeAt(place) != square) all += '-';
+            for (const auto& [shift, letter] : {std::pair{16U, 'r'}, {8U, 'g'}, {0U, 'b'}})
+                if (nodeAt(place) == square && (color >> shift & 0xFF) > 128) all += letter;
+            all += ' ';
+        }
+        return all;
+    }
+    /// Whether the face has the squares of two colors that stand for a picture.
+    bool showsStandIn() const {
+        std::set<render::Color> colors;
+        for (int i = -24; i < 24; ++i) colors.insert(colorAt({i * 0.1 + 0.05, 0.3, 0}));
+        return nodeAt({0.3, 0.3, 0}) == square && colors.size() >= 2 &&
+               seen().find("r g b") == std::string::npos;
+    }
+
+    const TemporaryFolder folder;
+    INode* square = nullptr;
+};
+
+TEST_F(PicturesTest, OfEachFormatLieOnTheirFacesTheRightWayUp) {
+    const auto files = filesOfEachFormat();
+    std::vector<std::string> names;
+    for (const auto& [name, bytes] : files) {
+        write(name, bytes);
+        names.push_back(name);
+    }
+    open(names);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        show(i);
+        // Grey ones have of each texel its blue.
+        const char* const expected = names[i] == "a.int"    ? "  rgb rgb "
+                                     : names[i] == "a.inta" ? "  rgb - "
+                                     : names[i] == "a.rgba" || names[i] == "a.tga" ||
+                                             names[i] == "a.png" || names[i] == "3.dds" ||
+                                             names[i] == "5.dds"
+                                         ? "r g b - "
+                                         : "r g b rgb ";
+        EXPECT_EQ(seen(), expected) << names[i];
+        EXPECT_FALSE(showsStandIn()) << names[i];
+        std::filesystem::remove(folder.path() / names[i]);
+        ASSERT_TRUE(feed.noticeChanges()) << names[i];
+        show(i);
+        EXPECT_TRUE(showsStandIn()) << names[i] << " is gone";
+        EXPECT_EQ(feed.takeFailures().size(), 1U) << names[i];
+    }
+}
+
+// Cut short, with sides beyond all measure, and with nothing in it.
+TEST_F(PicturesTest, ThatAreDamagedAreAStandInAndALine) {
+    std::vector<std::string> names;
+    const auto add = [&](const std::string& name, const std::string& bytes) {
+        names.push_back(name);
+        write(name, bytes);
+    };
+    for (const auto& [name, bytes] : filesOfEachFormat()) {
+        add("empty " + name, {});
+        add("short " + name, bytes.substr(0, 15));
+        add("half " + name, bytes.substr(0, bytes.size() / 2));
+    }
+    const auto huge = [&](std::size_t which, std::initializer_list<std::size_t> bytesOfSides) {
+        auto [name, bytes] = filesOfEachFormat()[which];
+        for (const std::size_t at : bytesOfSides) bytes[at] = '\x7F';
+        add("huge " + name, bytes);
+    };
+    huge(2, {6, 8});
+    huge(4, {13, 15});
+    huge(5, {20, 24});
+    huge(7, {18, 22});
+    huge(9, {7, 9});
+    huge(10, {14, 18});
+    open(names);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        show(i);
+        EXPECT_TRUE(showsStandIn()) << names[i];
+        const std::vector<std::string> lines = feed.takeFailures();
+        ASSERT_EQ(lines.size(), 1U) << names[i];
+        EXPECT_NE(lines[0].find(names[i]), std::string::npos) << lines[0];
+    }
 }
 
 TEST_F(ShownTest, LightPointSystemsSwitchWeakenAndSteadyWhatIsBelow) {

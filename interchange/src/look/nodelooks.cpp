@@ -376,7 +376,8 @@ void NodeLooks::describeLayers(INode& node, const Database& database, NodeLook& 
         if ((multiTexture_.mask & bit) == 0) continue;
         const FltTextureLayer& layer = multiTexture_.layers[ofLayers++];
         const auto texture = database.textures.find(layer.textureIndex);
-        if (texture == database.textures.end()) continue;
+        if (texture == database.textures.end() || layer.effect == FltTextureLayer::kBumpMap)
+            continue;
         PictureLayer& added = layers_[look.layerCount];
         std::vector<float>& places = places_[look.layerCount++];
         places.clear();

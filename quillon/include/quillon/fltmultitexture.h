@@ -11,6 +11,7 @@
 /// One texture layer of a face or mesh.
 struct FltTextureLayer {
     static constexpr std::uint16_t kNone = 0xFFFF;  ///< an index that names nothing
+    static constexpr std::uint16_t kBumpMap = 1;    ///< an effect; 0 is that of the texture
 
     std::uint16_t textureIndex = 0;
     std::uint16_t effect = 0;
