@@ -18,6 +18,7 @@ double phaseOf(double seconds, float period) {
 }
 
 bool isOn(const LightPointLook& look, double seconds) {
+    if (const LightPointStep* const step = stepAt(look, seconds)) return step->isOn;
     if (!(look.period > 0) || !(look.onTime > 0)) return true;
     return phaseOf(seconds - double{look.delay}, look.period) * double{look.period} <
            double{look.onTime};
@@ -45,6 +46,17 @@ bool isWithinLobe(const LightPointLook& look, Vec3 ahead, Vec3 towardsEye) {
 }
 
 }  // namespace
+
+const LightPointStep* stepAt(const LightPointLook& look, double seconds) {
+    if (!(look.period > 0) || look.stepCount == 0) return nullptr;
+    double left = phaseOf(seconds - double{look.delay}, look.period) * double{look.period};
+    const LightPointStep* step = look.steps;
+    for (const LightPointStep* const last = step + look.stepCount - 1; step != last; ++step) {
+        if (left < double{step->seconds}) break;
+        left -= double{step->seconds};
+    }
+    return step;
+}
 
 LightSide sideSeen(const LightPointLook& look, Vec3 normal, Vec3 towardsEye, double seconds) {
     if (!isOn(look, seconds)) return LightSide::kNone;

@@ -7,6 +7,9 @@ namespace render {
 
 enum class LightSide { kNone, kFront, kBack };
 
+/// What it shows at this time in seconds, where it goes through steps; null where it does not.
+const LightPointStep* stepAt(const LightPointLook& look, double seconds);
+
 /// Which of its lights meets the eye, at this time in seconds. `normal` is the point's direction
 /// and `towardsEye` that to the eye, of unit length; a zero normal is none.
 LightSide sideSeen(const LightPointLook& look, Vec3 normal, Vec3 towardsEye, double seconds);

@@ -504,8 +504,16 @@ void Painter::drawLightPoint(const Mark& mark, const LightPointLook& look,
     const Vec3 towardsEye = normalised(forwardTo(mark.position - camera_->eye())) * -1.f;
     const LightSide side = sideSeen(look, mark.normal, towardsEye, options_->seconds);
     if (side == LightSide::kNone) return;
-    if (side == LightSide::kBack && look.back && paint.color == mark.color)
-        paint.color = colorOf(Vec3{look.back->red, look.back->green, look.back->blue} * 255.f);
+    const auto show = [&](const LightColor& color) {
+        // A selected one keeps the color that says so.
+        if (paint.color == mark.color)
+            paint.color = colorOf(Vec3{color.red, color.green, color.blue} * 255.f);
+    };
+    const LightPointStep* const step = stepAt(look, options_->seconds);
+    if (step && step->color)
+        show(*step->color);
+    else if (side == LightSide::kBack && look.back)
+        show(*look.back);
     const float radius =
         radiusOf(look, camera_->pixelsPerUnitAt(mark.position), 1.4f * options_->pixelScale);
     part_.glow(centre, radius, paint);

@@ -1072,16 +1072,24 @@ void SceneFeed::addPoints(Reading& reading, const Matrix3& place, const Mesh& me
     if (inherited.lightStrength <= 0) return;
     NodeLook look = lookOf(node);
     if (look.points && inherited.lightChange == LightChange::kNever)
-        look.points->period = look.points->turn = 0;
+        look.points->period = look.points->turn = 0, look.points->stepCount = 0;
     if (look.points && inherited.lightChange == LightChange::kAtRandom) {
         // The golden ratio keeps neighbours apart; a node keeps its time when it is read again.
         const double number = node.GetHandle() * 0.618034;
         look.points->delay += static_cast<float>(number - std::floor(number)) * look.points->period;
     }
-    if (look.points && look.points->back)
-        for (float* part :
-             {&look.points->back->red, &look.points->back->green, &look.points->back->blue})
-            *part *= inherited.lightStrength;
+    std::vector<LightPointStep> steps;
+    if (look.points && inherited.lightStrength < 1) {
+        const auto weaken = [&](std::optional<LightColor>& color) {
+            if (!color) return;
+            for (float* const part : {&color->red, &color->green, &color->blue})
+                *part *= inherited.lightStrength;
+        };
+        weaken(look.points->back);
+        steps.assign(look.points->steps, look.points->steps + look.points->stepCount);
+        for (LightPointStep& step : steps) weaken(step.color);
+        look.points->steps = steps.data();
+    }
     const std::uint32_t own = look.points ? reading.model.addLightLook(*look.points) : 0;
     const Matrix3 inverse = Inverse(place);
     const auto weakened = [&](Color color) {

@@ -16,6 +16,7 @@ void SceneModel::clear() {
     texturePlaces_.clear();
     marks_.clear();
     lightLooks_.assign(1, {});
+    lightSteps_.clear();
     changes_ = false;
     lights_.clear();
     moved_.clear();
@@ -164,6 +165,12 @@ Box SceneModel::boxOfMarks(bool shownAlways) const {
 std::uint32_t SceneModel::addLightLook(const LightPointLook& look) {
     changes_ = changes_ || look.changes();
     lightLooks_.push_back(look);
+    if (const std::span steps(look.steps, look.stepCount); !steps.empty()) {
+        if (lightSteps_.empty() || !std::ranges::equal(*lightSteps_.back(), steps))
+            lightSteps_.push_back(
+                std::make_shared<const std::vector<LightPointStep>>(steps.begin(), steps.end()));
+        lightLooks_.back().steps = lightSteps_.back()->data();
+    }
     return static_cast<std::uint32_t>(lightLooks_.size() - 1);
 }
 

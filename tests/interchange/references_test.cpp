@@ -1,15 +1,22 @@
 // What a scene shows of the files that it refers to.
 #include "../support/temporaryfolder.h"
 #include "fltbytes.h"
+#include "fltscene.h"
 #include "importscene.h"
+#include "picturefiles.h"
 
 #include <base/paths.h>
 #include <gmock/gmock.h>
 #include <interchange/filereference.h>
 #include <kiln/host/searchfolders.h>
 #include <kiln/subtree.h>
+#include <quillon/fltlightpointpalettes.h>
+#include <quillon/fltlightpointsystem.h>
+#include <quillon/fltlinestyle.h>
+#include <quillon/fltobject.h>
 #include <quillon/fltopcode.h>
 #include <quillon/fltsurface.h>
+#include <quillon/flttext.h>
 #include <quillon/fltxref.h>
 #include <render/renderer.h>
 #include <render/scenefeed.h>
@@ -293,6 +300,67 @@ TEST_F(ReferencesTest, FlagsOfAReferenceSayWhosePalettesCount) {
     EXPECT_EQ(strongest(0, 2), 'r');
     EXPECT_EQ(strongest(20, 2), 'b') << "the scene's material";
     EXPECT_EQ(strongest(0, 3), 'r') << "a reference within that says nothing has it as it is";
+}
+
+// The file's own: a red picture, thin lines and a light for all sides; the scene's: a blue picture,
+// wide lines and a light that shines downwards.
+TEST_F(ReferencesTest, FlagsCountForPicturesLinesAndLightPointsEach) {
+    const auto palettes = [&](bool isInner) {
+        const char* const picture = isInner ? "red.rgb" : "blue.rgb";
+        const std::string bytes = samples::sgiPicture(
+            [&](std::size_t, std::size_t) { return isInner ? 0xFFFF0000U : 0xFF0000FFU; }, 3);
+        folder.write(isInner ? u8"red.rgb" : u8"blue.rgb",
+                     std::vector<std::uint8_t>(bytes.begin(), bytes.end()));
+        samples::FltScene scene;
+        scene.colors = {{255, 255, 255}};
+        scene.addTexture(picture);
+        FltLineStyle line;
+        line.index = 1;
+        line.width = isInner ? 1 : 17;
+        scene.addPalette(line);
+        FltLightPointAppearance light;
+        light.intensity = 1;
+        light.minPixelSize = 8;
+        light.directionalType = isInner ? 0 : 1;
+        scene.addPalette(light);
+        return scene;
+    };
+    samples::FltScene inner = palettes(true);
+    samples::Node& object = inner.root.add(FltObject());
+    object.addFace({{-2, -2, 0}, {2, -2, 0}, {2, 2, 0}, {-2, 2, 0}}, 0, 0);
+    object.addFace({{18, -2, 0}, {22, -2, 0}, {22, 2, 0}, {18, 2, 0}}, 0)
+        .changeFace([](FltFace& face) {
+            face.drawType = kFltClosedOutline;
+            face.lineStyleIndex = 1;
+        });
+    FltIndexedLightPoint light;
+    light.appearanceIndex = 0;
+    light.animationIndex = -1;
+    inner.root.add(light).directed({0, 0, -1}).setPoints({{10, 0, 0}}, 0);
+    samples::writeSceneFile(inner, folder.path() / "inner.flt");
+    samples::FltScene outer = palettes(false);
+    float y = 0;
+    for (const std::uint32_t flags : {0U, 0U + kFltOverrideTextures, 0U + kFltOverrideLineStyles,
+                                      0U + kFltOverrideLightPoints}) {
+        FltXRef reference;
+        fltSetText(reference.fileName, "inner.flt");
+        reference.flags = static_cast<std::int32_t>(flags);
+        outer.root.add(reference).transform(
+            {{{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}, {0, y, 0, 1}}});
+        y += 10;
+    }
+    samples::writeSceneFile(outer, folder.path() / "main.flt");
+    ASSERT_TRUE(core.importFile(folder.file("main.flt")).ok());
+    draw();
+    EXPECT_THAT(feed.takeFailures(), testing::IsEmpty());
+    for (int row = 0; row < 4; ++row) {
+        const auto place = *camera.project({0, 10. * row, 0});
+        const render::Color color =
+            canvas.pixel(static_cast<int>(place.x), static_cast<int>(place.y));
+        EXPECT_EQ((color & 0xFF) > (color >> 16), row == 1) << row;
+        EXPECT_EQ(nodeAt(16.8, 10. * row) != nullptr, row == 2) << row;
+        EXPECT_EQ(nodeAt(10, 10. * row) == nullptr, row == 3) << row;
+    }
 }
 
 TEST_F(ReferencesTest, WhatIsMissingOrDamagedIsMarkedAndSaidOnce) {

@@ -2,6 +2,7 @@
 #include "../support/scenechanges.h"
 #include "../support/temporaryfolder.h"
 #include "fltbytes.h"
+#include "fltscene.h"
 #include "importscene.h"
 #include "picturefiles.h"
 
@@ -12,7 +13,9 @@
 #include <kiln/undo.h>
 #include <quillon/fltdof.h>
 #include <quillon/fltface.h>
+#include <quillon/fltfilereader.h>
 #include <quillon/fltlightpoint.h>
+#include <quillon/fltlightpointpalettes.h>
 #include <quillon/fltlightsource.h>
 #include <quillon/fltlod.h>
 #include <quillon/fltobject.h>
@@ -137,8 +140,8 @@ TEST_F(ShownTest, SwitchesShowTheChildrenOfTheirCurrentMask) {
 TEST_F(ShownTest, ASwitchShowsAChildBeyondTheFirstWordByItsBit) {
     FltSwitch record;
     record.wordsPerMask = 2;
-    record.maskWords.append(0);
-    record.maskWords.append(2);
+    for (const std::uint32_t word : {0U, 0U, 0U, 2U}) record.maskWords.append(word);
+    record.currentMask = 1;
     INode* const top = node(FltNodeKind::Switch, record);
     for (int i = 0; i < 33; ++i) node(FltNodeKind::Group, FltObject(), top);
     INode* const seen = face(top, {0, 0, 0}, 0xFF);
@@ -171,6 +174,11 @@ TEST_F(ShownTest, DegreesOfFreedomMoveWhatIsBelowThemInTheirFrame) {
     EXPECT_TRUE(at({0, 5, 0}));
     record.rollCurrent = 180;
     EXPECT_TRUE(at({0, -15, 0})) << "roll about y before yaw about z";
+    record = {};
+    record.pitchCurrent = record.rollCurrent = 90;
+    seeFrom({0, -60, 0});
+    EXPECT_TRUE(at({0, -5, -10})) << "roll behind pitch";
+    seeFrom({0, 0, 50});
     record = {};
     record.origin = {10, 0, 0};
     record.pointOnXAxis = {10, 1, 0};
@@ -473,6 +481,101 @@ TEST_F(ShownTest, LightPointsShineWhereTheirLobesReach) {
     options.seconds = 5.25;
     EXPECT_TRUE(shownFrom(ahead));
     EXPECT_TRUE(feed.model().changes());
+}
+
+/// A red light point that shines to -y, of two entries of the palettes.
+class IndexedPointsTest : public ShownTest {
+protected:
+    void open(FltLightPointAppearance appearance, FltLightPointAnimation animation) {
+        samples::FltScene scene;
+        scene.colors = {{255, 0, 0}};
+        scene.addPalette(appearance);
+        scene.addPalette(animation);
+        FltIndexedLightPoint record;
+        record.appearanceIndex = record.animationIndex = 0;
+        scene.root.add(record).directed({0, -1, 0}).setPoints({{0, 0, 0}}, 0);
+        const std::string path = folder.file("points.flt");
+        ASSERT_TRUE(samples::writeScene(scene, path));
+        core.newScene();
+        point = import(FltFileBytes::load(path).bytes())->GetChildNode(0);
+    }
+    /// The color that is seen then: "red", "green", "blue", or "none".
+    const char* seenAt(double seconds, Vec3d eye = {0, -50, 1}) {
+        options.seconds = seconds;
+        seeFrom(eye);
+        draw();
+        if (nodeAt({0, 0, 0}, 1) != point) return "none";
+        const render::Color color = colorAt({0, 0, 0});
+        if (red(color) > 128) return "red";
+        return green(color) > 128 ? "green" : "blue";
+    }
+
+    const TemporaryFolder folder;
+    INode* point = nullptr;
+};
+
+TEST_F(IndexedPointsTest, LookAsTheirAppearanceSays) {
+    FltLightPointAppearance appearance;
+    appearance.intensity = 1;
+    appearance.minPixelSize = 3;
+    open(appearance, {});
+    EXPECT_STREQ(seenAt(0), "red");
+    EXPECT_STREQ(seenAt(0, {0, 50, 1}), "red");
+    const Vec3d beside{1.5, 0, 0};
+    EXPECT_NE(nodeAt(beside), point);
+    appearance.minPixelSize = 30;
+    appearance.directionalType = 2;
+    appearance.horizontalLobeAngle = appearance.verticalLobeAngle = 60;
+    appearance.backColor = 0xFFFF0000;
+    open(appearance, {});
+    EXPECT_STREQ(seenAt(0, {50, 0, 1}), "none");
+    EXPECT_STREQ(seenAt(0, {0, 50, 1}), "blue");
+    EXPECT_STREQ(seenAt(0), "red");
+    EXPECT_EQ(nodeAt(beside), point) << "no smaller than that";
+}
+
+TEST_F(IndexedPointsTest, ChangeAsTheirAnimationSays) {
+    FltLightPointAppearance appearance;
+    appearance.intensity = 1;
+    appearance.minPixelSize = 8;
+    FltLightPointAnimation animation;
+    animation.type = FltLightPointAnimation::kFlashingSequence;
+    animation.phaseDelay = 0.25F;
+    const float endless = std::numeric_limits<float>::infinity();
+    animation.steps = {{0, 1, 0},       {1, 1, 0}, {2, 1, 0xFF00FF00}, {0, -1, 0},
+                       {1, endless, 0}, {0, 1, 0}, {1, 2, 0}};
+    animation.stepCount = 7;
+    open(appearance, animation);
+    for (const double period : {0., 6., 600.}) {
+        EXPECT_STREQ(seenAt(period + 1), "red");
+        EXPECT_STREQ(seenAt(period + 2), "none");
+        EXPECT_STREQ(seenAt(period + 3), "green");
+        EXPECT_STREQ(seenAt(period + 4), "red");
+        EXPECT_STREQ(seenAt(period + 5), "none");
+        EXPECT_STREQ(seenAt(period + 6), "none");
+    }
+
+    animation = {};
+    animation.type = FltLightPointAnimation::kStrobe;
+    animation.period = 4;
+    animation.enabledPeriod = 1;
+    animation.phaseDelay = 2;
+    open(appearance, animation);
+    EXPECT_STREQ(seenAt(2.5), "red");
+    EXPECT_STREQ(seenAt(3.5), "none");
+    EXPECT_STREQ(seenAt(6.5), "red");
+
+    appearance.directionalType = 1;
+    appearance.horizontalLobeAngle = appearance.verticalLobeAngle = 60;
+    animation.type = FltLightPointAnimation::kRotating;
+    animation.period = 8;
+    animation.axis = {0, 0, 1};
+    open(appearance, animation);
+    EXPECT_STREQ(seenAt(0), "red");
+    EXPECT_STREQ(seenAt(4), "none");
+    EXPECT_STREQ(seenAt(0, {50, 0, 1}), "none");
+    EXPECT_STREQ(seenAt(2, {50, 0, 1}), "red");
+    EXPECT_STREQ(seenAt(16), "red");
 }
 
 /// A picture with one texel of each color, from left to right.

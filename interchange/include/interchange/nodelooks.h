@@ -146,6 +146,7 @@ private:
     FltLocalVertexPool pool_;  ///< of the node asked for last
     std::vector<std::uint8_t> poolBody_;
     FltLightPoint lightPoint_;
+    std::vector<LightPointStep> steps_;  ///< of the node asked for last
     FltMultiTexture multiTexture_;
     FltUvList uvList_;
     fltkilnutil::SourceRecordsReader kept_;

@@ -105,6 +105,11 @@ std::optional<Matrix3> motionOf(const FltDof& dof, const NodeJoint::Values& valu
     return Inverse(*frame) * motion * *frame;
 }
 
+/// Of a color as light points have it, red in the lowest byte.
+LightColor colorOfPacked(std::uint32_t color) {
+    return colorOf(static_cast<COLORREF>(color));
+}
+
 /// Of the record or the palette entry of light points; both say it in the same words.
 template <typename Record>
 LightPointLook pointsOf(const Record& record) {
@@ -116,12 +121,8 @@ LightPointLook pointsOf(const Record& record) {
     look.across = record.horizontalLobeAngle;
     look.along = record.verticalLobeAngle;
     look.roll = record.lobeRollAngle;
-    if (look.shines == Shines::kAheadAndBack && (record.flags & Record::kNoBackColor) == 0) {
-        const auto part = [&](unsigned shift) {
-            return static_cast<float>(record.backColor >> shift & 0xFF) / 255;
-        };
-        look.back = LightColor{part(0), part(8), part(16)};
-    }
+    if (look.shines == Shines::kAheadAndBack && (record.flags & Record::kNoBackColor) == 0)
+        look.back = colorOfPacked(record.backColor);
     look.size = record.actualPixelSize;
     look.leastPixels = record.minPixelSize;
     look.mostPixels = record.maxPixelSize;
@@ -140,10 +141,11 @@ void animate(LightPointLook& look, const FltLightPoint& light) {
     look.onTime = light.animationEnabledPeriod;
 }
 
-/// The same by an entry of the animation palette: a sequence is on for as long as all of its steps
-/// that are, of which the first begins the period.
-void animate(LightPointLook& look, const FltLightPointAnimation& animation) {
-    constexpr std::uint32_t kOff = 1;
+/// The same by an entry of the animation palette. `steps` is where those of a sequence are put.
+void animate(LightPointLook& look, const FltLightPointAnimation& animation,
+             std::vector<LightPointStep>& steps) {
+    constexpr std::uint32_t kOff = 1, kChanging = 2;
+    constexpr std::size_t kMostSteps = 256;
     if (animation.type == FltLightPointAnimation::kRotating) {
         look.turn = animation.period;
         look.axis = Point3{animation.axis.x, animation.axis.y, animation.axis.z};
@@ -153,10 +155,16 @@ void animate(LightPointLook& look, const FltLightPointAnimation& animation) {
         look.onTime = animation.enabledPeriod;
     } else if (animation.type == FltLightPointAnimation::kFlashingSequence) {
         look.delay = animation.phaseDelay;
+        steps.clear();
         for (const FltLightPointStep& step : animation.steps) {
+            if (!(step.duration > 0) || !std::isfinite(step.duration)) continue;
+            if (steps.size() == kMostSteps) break;
+            steps.push_back({step.duration, step.state != kOff, {}});
+            if (step.state == kChanging) steps.back().color = colorOfPacked(step.color);
             look.period += step.duration;
-            if (step.state != kOff) look.onTime += step.duration;
         }
+        look.steps = steps.data();
+        look.stepCount = steps.size();
     }
 }
 
@@ -489,7 +497,7 @@ bool NodeLooks::describeIndexedPoint(INode& node, NodeLook& look) {
     if (appearance == database->appearances.end()) return false;
     look.points = appearance->second;
     const auto animation = database->animations.find(record.animationIndex);
-    if (animation != database->animations.end()) animate(*look.points, animation->second);
+    if (animation != database->animations.end()) animate(*look.points, animation->second, steps_);
     return true;
 }
 

@@ -17,6 +17,7 @@ struct LightColor {
     float red = 0;
     float green = 0;
     float blue = 0;
+    bool operator==(const LightColor&) const = default;
 };
 
 /// Which parts of a surface are drawn. An outline is that of its polygons, in the node's color; an
@@ -31,6 +32,14 @@ enum class SurfaceStyle {
 
 /// How a surface turns to the viewer's eye: not at all, about the vertical, or wholly.
 enum class SurfaceFacing { kFixed, kUpright, kEye };
+
+/// What light points show for some of their time.
+struct LightPointStep {
+    float seconds = 0;  ///< above 0
+    bool isOn = true;
+    std::optional<LightColor> color;  ///< in place of the point's own
+    bool operator==(const LightPointStep&) const = default;
+};
 
 /// How light points look, and how they change with time. As constructed: small, always on, and seen
 /// from everywhere.
@@ -49,6 +58,10 @@ struct LightPointLook {
     /// On for `onTime` seconds of every `period`, of which the first begins `delay` seconds late;
     /// always where one of them is not above 0.
     float period = 0, delay = 0, onTime = 0;
+    /// What a period has one after another, in place of `onTime`, unless there is none. They stay
+    /// the source's, until the next question.
+    const LightPointStep* steps = nullptr;
+    std::size_t stepCount = 0;
     /// The direction goes round this axis in `turn` seconds; not without these.
     float turn = 0;
     Point3 axis;
