@@ -610,6 +610,7 @@ TEST_F(FollowingTest, MovedNodesAreShownWhereTheyAreAndNothingIsReadOfThem) {
         {"all", all, TransMatrix({-0.1, 3, 1e6})},
         {"turned", all, turn},
         {"larger", boxes_, ScaleMatrix({3, 2, 2})},
+        {"far below another", {boxes_[40]}, TransMatrix({0, 0, 5e6})},
         {"twice", {groups_[1], groups_[2], groups_[1]}, TransMatrix({1, 0, 0})},
         {"and edited", {boxes_[31], boxes_[32]}, turn, {boxes_[31]}},
     };
