@@ -9,14 +9,20 @@
 namespace render {
 namespace {
 
-inline Color mix(Color below, Color above, float opacity) {
-    const auto share = static_cast<std::uint32_t>(static_cast<int>(opacity * 256 + 0.5f));
+/// `opacity` is 0 to 256.
+inline Color mixed(Color below, Color above, float opacity) {
+    const auto share = static_cast<std::uint32_t>(static_cast<int>(opacity + 0.5f));
     if (share >= 256) return above;
     const std::uint32_t rest = 256 - share;
     const std::uint32_t redBlue =
         ((below & 0xFF00FF) * rest + (above & 0xFF00FF) * share) >> 8 & 0xFF00FF;
     const std::uint32_t green = ((below & 0x00FF00) * rest + (above & 0x00FF00) * share) >> 8;
     return redBlue | (green & 0x00FF00);
+}
+
+/// `opacity` is 0 to 1.
+inline Color mix(Color below, Color above, float opacity) {
+    return mixed(below, above, opacity * 256);
 }
 
 // The part of the line from a to b inside the rectangle, widened by one pixel for smoothing.
@@ -166,14 +172,15 @@ struct FlatShader {
 
 template <bool kBlended, typename Shader>
 void CanvasPart::shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c,
-                       const Fill& fill, Shader shader) {
+                       const Fill& fill, Shader&& shader) {
+    using Kind = std::remove_reference_t<Shader>;
     // What lies in the same place differs by less than this, as a share of the depth.
     constexpr float kSamePlace = 1e-5f;
     constexpr std::uint32_t kHalf = 128, kSolid = 250, kFaint = 8;
     [[maybe_unused]] const auto opacity = static_cast<std::uint32_t>(fill.opacity * 256);
     const float least = fill.plane.least, most = fill.plane.most;
     const auto step = static_cast<float>(fill.plane.perX);
-    constexpr bool kIsFlat = std::is_same_v<Shader, FlatShader>;
+    constexpr bool kIsFlat = std::is_same_v<Kind, FlatShader>;
     // The same as for single pixels, of four that have one color.
     [[maybe_unused]] const auto fillFour = [&](std::size_t i, float first, float k) {
         if constexpr (kIsFlat) {
@@ -228,7 +235,7 @@ void CanvasPart::shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenP
                 if (alpha >= kHalf || fill.opacity < 1) items_[i] = fill.item;
                 if (alpha >= kSolid) depths_[i] = depth;
             } else {
-                if constexpr (Shader::kHasAlpha) {
+                if constexpr (Kind::kHasAlpha) {
                     if (color >> 24 < kHalf) continue;
                 }
                 pixels_[i] = color & 0xFFFFFF;
@@ -633,7 +640,7 @@ void CanvasPart::gradient(const ScreenPoint& a, const ScreenPoint& b, const Scre
                           const Vec3 (&colors)[3], const Fill& fill) {
     const PlaneFinder planes(a, b, c);
     if (planes.isFlat()) return;
-    const GradientShader shader{ColorPlanes(planes, colors[0], colors[1], colors[2])};
+    GradientShader shader{ColorPlanes(planes, colors[0], colors[1], colors[2])};
     if (fill.opacity < 1)
         shade<true>(a, b, c, fill, shader);
     else
@@ -647,7 +654,7 @@ void CanvasPart::textured(const TextureCorner (&corners)[3], const Texture& text
     if (planes.isFlat()) return;
     const bool isBlended = blended || fill.opacity < 1;
     if (!texture.use().isPlain()) {
-        const TextureShader<true, true> shader(planes, corners, texture, fill.hour);
+        TextureShader<true, true> shader(planes, corners, texture, fill.hour);
         if (isBlended)
             shade<true>(a, b, c, fill, shader);
         else
@@ -692,13 +699,7 @@ inline void CanvasPart::plot(int x, int y, float depth, const Paint& paint, floa
 }
 
 void CanvasPart::line(ScreenPoint a, ScreenPoint b, const Paint& paint) {
-    if (!std::isfinite(a.x + a.y + b.x + b.y)) return;
-    const auto isBeside = [](float p, float q, int first, int end) {
-        return std::max(p, q) < static_cast<float>(first - 2) ||
-               std::min(p, q) > static_cast<float>(end + 2);
-    };
-    if (isBeside(a.y, b.y, firstRow_, endRow_) || isBeside(a.x, b.x, firstColumn_, endColumn_))
-        return;
+    if (!std::isfinite(a.x + a.y + b.x + b.y) || !mayCross(a, b)) return;
     if (clipToPicture(a, b, static_cast<float>(width_), static_cast<float>(height_)))
         plotLine(a, b, paint);
 }
@@ -732,40 +733,42 @@ void CanvasPart::plotLine(const ScreenPoint& a, const ScreenPoint& b, const Pain
         std::min(v0, v1) > static_cast<float>(endBeside + 1))
         return;
     const std::ptrdiff_t along = steep ? width_ : 1, beside = steep ? 1 : width_;
-    const bool isPlain = paint.testDepth && !paint.plane && paint.item != kNoItem;
-    // What `plot` does, of a pixel that is here. With copies of what else would be read again after
-    // each pixel.
-    const auto plotPlain = [pixels = pixels_, depths = depths_, items = items_, color = paint.color,
-                            item = paint.item, opacity = paint.opacity](
-                               std::ptrdiff_t i, float depth, float compared, float coverage) {
-        if (compared < depths[i]) return;
-        if (opacity == 1 && coverage > 0.5f) depths[i] = std::max(depths[i], depth);
-        pixels[i] = mix(pixels[i], color, coverage * opacity);
-        items[i] = coverage > 0.25f ? item : items[i];
-    };
-    const float bias = paint.depthBias;
-    for (int step = first; step <= last; ++step) {
-        const float centre = std::clamp(static_cast<float>(step) + 0.5f, u0, u1);
-        // The line is clipped to one pixel around the picture, so that one more keeps it positive
-        // and a cast rounds down.
-        const float v = v0 + (centre - u0) * slope + 1.5f;
-        const float depth = z0 + (centre - u0) * depthSlope;
-        const int low = static_cast<int>(v) - 2;
-        const float share = v - static_cast<float>(low + 2);
-        if (isPlain) {
-            const float compared = depth + std::abs(depth) * bias;
-            const std::ptrdiff_t i = step * along + low * beside;
-            if (low >= firstBeside && low < endBeside) plotPlain(i, depth, compared, 1 - share);
-            if (low + 1 >= firstBeside && low + 1 < endBeside)
-                plotPlain(i + beside, depth, compared, share);
-        } else if (steep) {
-            plot(low, step, depth, paint, 1 - share);
-            plot(low + 1, step, depth, paint, share);
-        } else {
-            plot(step, low, depth, paint, 1 - share);
-            plot(step, low + 1, depth, paint, share);
+    const auto walk = [&](auto&& putTwo) {
+        for (int step = first; step <= last; ++step) {
+            const float centre = std::clamp(static_cast<float>(step) + 0.5f, u0, u1);
+            // The line is clipped to one pixel around the picture, so that one more keeps it
+            // positive and a cast rounds down.
+            const float v = v0 + (centre - u0) * slope + 1.5f;
+            const float depth = z0 + (centre - u0) * depthSlope;
+            const int low = static_cast<int>(v) - 2;
+            putTwo(step, low, depth, v - static_cast<float>(low + 2));
         }
+    };
+    if (!paint.testDepth || paint.plane || paint.item == kNoItem) {
+        walk([&](int step, int low, float depth, float share) {
+            const int x = steep ? low : step, y = steep ? step : low;
+            plot(x, y, depth, paint, 1 - share);
+            plot(x + (steep ? 1 : 0), y + (steep ? 0 : 1), depth, paint, share);
+        });
+        return;
     }
+    // What `plot` does, of pixels that are here. With copies of what else would be read again after
+    // each pixel.
+    const auto room = static_cast<unsigned>(endBeside - firstBeside);
+    walk([=, pixels = pixels_, depths = depths_, items = items_, color = paint.color,
+          item = paint.item, bias = paint.depthBias, isSolid = paint.opacity == 1,
+          ink = paint.opacity * 256](int step, int low, float depth, float share) {
+        const float compared = depth + std::abs(depth) * bias;
+        const auto put = [&](int place, std::ptrdiff_t i, float coverage) {
+            if (static_cast<unsigned>(place - firstBeside) >= room || compared < depths[i]) return;
+            if (isSolid && coverage > 0.5f) depths[i] = std::max(depths[i], depth);
+            pixels[i] = mixed(pixels[i], color, coverage * ink);
+            if (coverage > 0.25f) items[i] = item;
+        };
+        const std::ptrdiff_t i = step * along + low * beside;
+        put(low, i, 1 - share);
+        put(low + 1, i + beside, share);
+    });
 }
 
 void CanvasPart::glow(const ScreenPoint& centre, float radius, const Paint& paint) {

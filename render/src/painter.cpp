@@ -25,6 +25,20 @@ Color colorOf(Vec3 channels) {
     return byte(channels.x) << 16 | byte(channels.y) << 8 | byte(channels.z);
 }
 
+/// That of a triangle, of which `fromEye` is one of the corners. `bias` is that of its layer.
+DepthPlane planeOf(const Camera& camera, float bias, Vec3 normal, Vec3d fromEye) {
+    DepthPlane plane = camera.depthPlane(normal, dot(Vec3d(normal), fromEye));
+    if (camera.isParallel()) {
+        plane.start += double{bias} * camera.distance();
+    } else {
+        const double nearer = 1 + double{bias};
+        plane.start *= nearer;
+        plane.perX *= nearer;
+        plane.perY *= nearer;
+    }
+    return plane;
+}
+
 /// What is in there already has no meaning.
 template <typename T>
 void makeRoom(std::vector<T>& memory, std::size_t size) {
@@ -253,20 +267,6 @@ std::size_t Painter::drawStandIn(const Appearance& appearance, int level) {
     return points.size();
 }
 
-// `fromEye` is one of its corners.
-DepthPlane Painter::planeOf(Vec3 normal, Vec3d fromEye) const {
-    DepthPlane plane = camera_->depthPlane(normal, dot(Vec3d(normal), fromEye));
-    if (camera_->isParallel()) {
-        plane.start += double{bias_} * camera_->distance();
-    } else {
-        const double nearer = 1 + double{bias_};
-        plane.start *= nearer;
-        plane.perX *= nearer;
-        plane.perY *= nearer;
-    }
-    return plane;
-}
-
 void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex index) {
     const SceneModel& scene = *scene_;
     lighting_.setOrigin(origin_);
@@ -309,7 +309,7 @@ void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex in
         if (isElsewhere) continue;
         const float side = isBack ? -1.f : 1.f;
         const Vec3 color = vec3Of(triangle.color);
-        fill.plane = planeOf(faceNormal, fromEye);
+        fill.plane = planeOf(*camera_, bias_, faceNormal, fromEye);
         Vec3 colors[3];
         if (isEven) {
             const Vec3 light = lighting_.at(local[corner[0]], faceNormal * side, surface);
@@ -333,11 +333,13 @@ void Painter::fillSurface(const Item& item, const Surface& surface, ItemIndex in
                     colors[i] + lighting_.glintAt(local[corner[i]], normal, surface) * 255.f;
         }
         if (places) places_ = places + eachPlaces * t;
-        Corner corners[3];
-        for (unsigned i = 0; i < 3; ++i) {
-            corners[i] = {view_[corner[i]], colors[i], places ? places_[i] : TexturePlace{}, {}};
-            corners[i].shares = {i == 0 ? 1.f : 0.f, i == 1 ? 1.f : 0.f, i == 2 ? 1.f : 0.f};
-        }
+        const auto cornerOf = [&](unsigned i) {
+            return Corner{view_[corner[i]],
+                          colors[i],
+                          places ? places_[i] : TexturePlace{},
+                          {i == 0 ? 1.f : 0.f, i == 1 ? 1.f : 0.f, i == 2 ? 1.f : 0.f}};
+        };
+        const Corner corners[] = {cornerOf(0), cornerOf(1), cornerOf(2)};
         if (isWhole_)
             fillTriangle(corners, {screen_[corner[0]], screen_[corner[1]], screen_[corner[2]]},
                          surface, fill);
@@ -434,13 +436,8 @@ void Painter::drawFadedEdges(const Item& item, const Surface& surface, ItemIndex
 
 // With `frontOnly` not those of triangles that were left out as seen from behind.
 void Painter::drawEdges(const Item& item, const Paint& paint, bool frontOnly) {
-    const float nearDistance = camera_->nearDistance();
-    const float width = static_cast<float>(part_.width());
-    const float height = static_cast<float>(part_.height());
-    const auto isInPicture = [&](std::uint32_t i) {
-        const ScreenPoint& p = screen_[i];
-        return view_[i].z >= nearDistance && p.x >= 0 && p.y >= 0 && p.x <= width && p.y <= height;
-    };
+    const bool isThin = lineWidth_ == 1 && linePattern_ == 0xFFFF;
+    findInPicture(item);
     const Triangle* triangle = scene_->triangles().data() + item.firstTriangle;
     for (std::uint32_t i = 0; i < item.triangleCount; ++i) {
         if (frontOnly && back_[i]) continue;
@@ -448,11 +445,26 @@ void Painter::drawEdges(const Item& item, const Paint& paint, bool frontOnly) {
             if ((triangle[i].edges >> edge & 1) == 0) continue;
             const std::uint32_t a = triangle[i].vertex[edge] - item.firstVertex;
             const std::uint32_t b = triangle[i].vertex[(edge + 1) % 3] - item.firstVertex;
-            if (isInPicture(a) && isInPicture(b))
-                screenLine(screen_[a], screen_[b], paint);
-            else
+            if (!inPicture_[a] || !inPicture_[b])
                 viewLine(view_[a], view_[b], paint);
+            else if (isThin)
+                part_.lineWithin(screen_[a], screen_[b], paint);
+            else
+                screenLine(screen_[a], screen_[b], paint);
         }
+    }
+}
+
+// Once for each vertex: most are the ends of several edges.
+void Painter::findInPicture(const Item& item) {
+    makeRoom(inPicture_, item.vertexCount);
+    const float nearDistance = camera_->nearDistance();
+    const float width = static_cast<float>(part_.width());
+    const float height = static_cast<float>(part_.height());
+    for (std::uint32_t i = 0; i < item.vertexCount; ++i) {
+        const ScreenPoint& p = screen_[i];
+        inPicture_[i] =
+            view_[i].z >= nearDistance && p.x >= 0 && p.y >= 0 && p.x <= width && p.y <= height;
     }
 }
 

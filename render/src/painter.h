@@ -74,7 +74,6 @@ private:
     bool isDot(const Item& item, const Surface& surface) const;
     void drawDot(const Item& item, const Surface& surface, ItemIndex index);
     void fillSurface(const Item& item, const Surface& surface, ItemIndex index);
-    DepthPlane planeOf(Vec3 normal, Vec3d fromEye) const;
     ScreenPoint screenOf(Vec3 view) const;
     /// What becomes of a normal of the model.
     Vec3 turned(Vec3 normal) const {
@@ -90,6 +89,7 @@ private:
     void fillClipped(const Corner (&corners)[3], const Vec3 (&points)[3], const Surface& surface,
                      Fill& fill);
     void drawEdges(const Item& item, const Paint& paint, bool frontOnly);
+    void findInPicture(const Item& item);
     void drawFadedEdges(const Item& item, const Surface& surface, ItemIndex index);
     void worldLine(Vec3d a, Vec3d b, const Paint& paint);
     void viewLine(Vec3 a, Vec3 b, const Paint& paint);
@@ -108,12 +108,13 @@ private:
     Vec3d origin_, centre_;  // of the item and its sphere, in the world
     Vec3 centreView_;        // that of the sphere, in view space
     float radius_ = 0;
-    const Vec3* points_ = nullptr;     // its vertices, relative to its origin
-    std::vector<Vec3> turned_;         // the same, in their place and turned to the eye
-    std::vector<Vec3> view_;           // in view space
-    std::vector<ScreenPoint> screen_;  // and on the screen, where in front of the eye
-    std::vector<std::uint8_t> back_;   // by triangle: not filled, as it is seen from behind
-    bool isWhole_ = false;             // within the camera's bounds
+    const Vec3* points_ = nullptr;         // its vertices, relative to its origin
+    std::vector<Vec3> turned_;             // the same, in their place and turned to the eye
+    std::vector<Vec3> view_;               // in view space
+    std::vector<ScreenPoint> screen_;      // and on the screen, where in front of the eye
+    std::vector<std::uint8_t> back_;       // by triangle: not filled, as it is seen from behind
+    std::vector<std::uint8_t> inPicture_;  // by vertex, of an item whose edges are drawn
+    bool isWhole_ = false;                 // within the camera's bounds
     Turn turn_;
     const TexturePlace* places_ = nullptr;  // of the corners of the triangle, and of its layers
     bool isTurned_ = false;

@@ -93,6 +93,10 @@ public:
                  const Fill& fill);
     /// Draws a smooth line one pixel wide. Off-screen parts cost nothing.
     void line(ScreenPoint a, ScreenPoint b, const Paint& paint);
+    /// The same of one whose ends lie in the picture.
+    void lineWithin(const ScreenPoint& a, const ScreenPoint& b, const Paint& paint) {
+        if (mayCross(a, b)) plotLine(a, b, paint);
+    }
     /// The one pixel at a place.
     void dot(const ScreenPoint& place, const Paint& paint);
     /// A shining point: a disc of `radius` pixels in a halo three times as wide, all at one depth.
@@ -121,8 +125,9 @@ private:
     /// `at(i)` for some of them, 0xAARRGGBB.
     template <bool kBlended, typename Shader>
     void shade(const ScreenPoint& a, const ScreenPoint& b, const ScreenPoint& c, const Fill& fill,
-               Shader shader);
+               Shader&& shader);
     void plot(int x, int y, float depth, const Paint& paint, float coverage);
+    bool mayCross(const ScreenPoint& a, const ScreenPoint& b) const;
     void plotLine(const ScreenPoint& a, const ScreenPoint& b, const Paint& paint);
 };
 
@@ -153,6 +158,15 @@ private:
     std::vector<ItemIndex> itemMemory_;
     std::vector<std::uint8_t> rim_;  // working memory of outline
 };
+
+/// Whether a line may have pixels here.
+inline bool CanvasPart::mayCross(const ScreenPoint& a, const ScreenPoint& b) const {
+    const auto isBeside = [](float p, float q, int first, int end) {
+        return std::max(p, q) < static_cast<float>(first - 2) ||
+               std::min(p, q) > static_cast<float>(end + 2);
+    };
+    return !isBeside(a.y, b.y, firstRow_, endRow_) && !isBeside(a.x, b.x, firstColumn_, endColumn_);
+}
 
 inline bool CanvasPart::mayCover(const ScreenPoint& a, const ScreenPoint& b,
                                  const ScreenPoint& c) const {
