@@ -36,6 +36,7 @@ constexpr Labels kTool = {L"Tool", L"工具"};
 constexpr Labels kMostDetail = {L"最大细节", L"Most detail"};
 
 constexpr DWORD kRestMilliseconds = 200;
+constexpr DWORD kRestOfFlashes = 50;  // a scene whose lights flash rests for twice that at most
 constexpr DWORD kPatience = 20000;
 constexpr UINT kBoxMilliseconds = 500;  // a box has been painted by then
 constexpr UINT_PTR kWatchdog = 77;
@@ -200,7 +201,10 @@ void Walk::step(const char* name, const std::function<kiln::Status()>& action) {
 void Walk::settle() {
     const ULONGLONG start = ::GetTickCount64();
     ULONGLONG lastWork = start;
-    for (ULONGLONG now = start; now - lastWork < kRestMilliseconds && now - start < kPatience;
+    const auto rest = [this] {
+        return window_.view().scene().changes() ? kRestOfFlashes : kRestMilliseconds;
+    };
+    for (ULONGLONG now = start; now - lastWork < rest() && now - start < kPatience;
          now = ::GetTickCount64()) {
         MSG message;
         while (::PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
