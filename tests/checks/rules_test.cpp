@@ -569,7 +569,9 @@ const Case kCases[] = {
      }},
     {Rule::TEX_SIZE,
      [](CheckScene& s, bool faulty, Target&) {
-         writeFile(s.folder.file("a.rgb"), picture(64, faulty ? 65 : 32));
+         const unsigned height = faulty ? 65 : 32;
+         writeFile(s.folder.file("a.rgb"),
+                   picture(64, height) + std::string(std::size_t{3} * 64 * height, '\0'));
          const FltTexture record = texture(0, "a.rgb");
          s.keep(s.database, {&record});
          textured(s);
