@@ -57,7 +57,14 @@ public:
         for (int i = 0; i < kMost && !wanted(focus()); ++i) {
             const HWND before = focus();
             user::key(key);
-            mustCome([&] { return focus() != before; }, "the way on to " + where);
+            // From one window to another it is nowhere for a moment, or passes through a third.
+            mustCome(
+                [&] {
+                    const HWND now = focus();
+                    Sleep(now && now != before ? 30 : 0);
+                    return now && now != before && focus() == now;
+                },
+                "the way on to " + where);
         }
         wchar_t kind[64] = L"";
         GetClassNameW(focus(), kind, 64);
