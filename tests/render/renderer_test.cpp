@@ -180,6 +180,35 @@ TEST_F(RendererTest, ClipsWhatReachesBehindTheViewer) {
     }
 }
 
+// Of edges that reach behind the viewer, or far beside the picture, what is in it stays where it
+// is.
+TEST_F(RendererTest, EdgesGoOnStraightOutOfThePicture) {
+    const Vec3d corners[] = {{-1, 4, 0}, {1, 4, 0}, {0.5, -50, 0}, {9000, 60, 0}};
+    ASSERT_TRUE(camera_.lookFrom({0, 0, 1}, {0, 1, 0.75}));
+    scene_.beginItem();
+    for (const Vec3d& corner : corners) scene_.addVertex(corner);
+    scene_.addTriangle(0, 1, 2, kGrey);
+    scene_.addTriangle(1, 0, 3, kGrey);
+    scene_.endItem();
+    draw(DrawMode::kWireframe);
+    const auto isDrawn = [&](std::size_t from, std::size_t to, double share) {
+        const Vec3d at = corners[from] + (corners[to] - corners[from]) * share;
+        const auto place = camera_.project(at);
+        EXPECT_TRUE(place);
+        return place &&
+               canvas_.pick(static_cast<int>(place->x), static_cast<int>(place->y), 1) == 0;
+    };
+    for (const double share : {0.002, 0.01, 0.02, 0.03, 0.04}) {
+        EXPECT_TRUE(isDrawn(0, 2, share)) << share;
+        EXPECT_TRUE(isDrawn(1, 2, share)) << share;
+    }
+    for (const double share : {0.00002, 0.00005, 0.0001}) {
+        EXPECT_TRUE(isDrawn(0, 3, share)) << share;
+        EXPECT_TRUE(isDrawn(1, 3, share)) << share;
+    }
+    EXPECT_EQ(canvas_.pick(2, 2, 1), kNoItem) << "nothing goes elsewhere";
+}
+
 TEST_F(RendererTest, MarksArePickedAndCulledSurfacesCostNothing) {
     const ItemIndex helper = scene_.beginItem();
     scene_.addMark(MarkKind::kHelper, {0, 0, 0}, kGrey);
