@@ -434,17 +434,23 @@ void Painter::drawFadedEdges(const Item& item, const Surface& surface, ItemIndex
               surface.style == DrawStyle::kFrontOnly);
 }
 
-// With `frontOnly` not those of triangles that were left out as seen from behind.
+// With `frontOnly` not those of triangles that were left out as seen from behind. What these were
+// to draw for others, which are seen, is drawn by the others.
 void Painter::drawEdges(const Item& item, const Paint& paint, bool frontOnly) {
     const bool isThin = lineWidth_ == 1 && linePattern_ == 0xFFFF;
     findInPicture(item);
+    leftOut_.clear();
+    if (frontOnly) findLeftOut(item);
     const Triangle* triangle = scene_->triangles().data() + item.firstTriangle;
     for (std::uint32_t i = 0; i < item.triangleCount; ++i) {
         if (frontOnly && back_[i]) continue;
+        const unsigned shared = leftOut_.empty() ? 0 : triangle[i].edges >> Triangle::kSharedShift;
         for (unsigned edge = 0; edge < 3; ++edge) {
-            if ((triangle[i].edges >> edge & 1) == 0) continue;
+            const bool isOwn = (triangle[i].edges >> edge & 1) != 0;
+            if (!isOwn && (shared >> edge & 1) == 0) continue;
             const std::uint32_t a = triangle[i].vertex[edge] - item.firstVertex;
             const std::uint32_t b = triangle[i].vertex[(edge + 1) % 3] - item.firstVertex;
+            if (!isOwn && !std::ranges::binary_search(leftOut_, endsOf(a, b))) continue;
             if (!inPicture_[a] || !inPicture_[b])
                 viewLine(view_[a], view_[b], paint);
             else if (isThin)
@@ -466,6 +472,32 @@ void Painter::findInPicture(const Item& item) {
         inPicture_[i] =
             view_[i].z >= nearDistance && p.x >= 0 && p.y >= 0 && p.x <= width && p.y <= height;
     }
+}
+
+// Of triangles that are left out, the edges whose ends are those of triangles that are seen, too:
+// few of a large surface.
+void Painter::findLeftOut(const Item& item) {
+    constexpr std::uint8_t kBySeen = 1, kByLeftOut = 2;
+    const std::span triangles = scene_->triangles().subspan(item.firstTriangle, item.triangleCount);
+    touched_.assign(item.vertexCount, 0);
+    std::uint8_t all = 0;
+    for (std::size_t i = 0; i < triangles.size(); ++i) {
+        const std::uint8_t by = back_[i] ? kByLeftOut : kBySeen;
+        all |= by;
+        for (const std::uint32_t vertex : triangles[i].vertex)
+            touched_[vertex - item.firstVertex] |= by;
+    }
+    if (all != (kBySeen | kByLeftOut)) return;
+    for (std::size_t i = 0; i < triangles.size(); ++i) {
+        if (!back_[i]) continue;
+        for (unsigned edge = 0; edge < 3; ++edge) {
+            if ((triangles[i].edges >> edge & 1) == 0) continue;
+            const std::uint32_t a = triangles[i].vertex[edge] - item.firstVertex;
+            const std::uint32_t b = triangles[i].vertex[(edge + 1) % 3] - item.firstVertex;
+            if ((touched_[a] & touched_[b] & kBySeen) != 0) leftOut_.push_back(endsOf(a, b));
+        }
+    }
+    std::ranges::sort(leftOut_);
 }
 
 void Painter::viewLine(Vec3 a, Vec3 b, const Paint& paint) {

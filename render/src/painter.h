@@ -90,6 +90,7 @@ private:
                      Fill& fill);
     void drawEdges(const Item& item, const Paint& paint, bool frontOnly);
     void findInPicture(const Item& item);
+    void findLeftOut(const Item& item);
     void drawFadedEdges(const Item& item, const Surface& surface, ItemIndex index);
     void worldLine(Vec3d a, Vec3d b, const Paint& paint);
     void viewLine(Vec3 a, Vec3 b, const Paint& paint);
@@ -114,6 +115,8 @@ private:
     std::vector<ScreenPoint> screen_;      // and on the screen, where in front of the eye
     std::vector<std::uint8_t> back_;       // by triangle: not filled, as it is seen from behind
     std::vector<std::uint8_t> inPicture_;  // by vertex, of an item whose edges are drawn
+    std::vector<std::uint8_t> touched_;    // by vertex: of what the other side of an edge may be
+    std::vector<std::uint64_t> leftOut_;   // ends of edges whose triangle is not filled, in order
     bool isWhole_ = false;                 // within the camera's bounds
     Turn turn_;
     const TexturePlace* places_ = nullptr;  // of the corners of the triangle, and of its layers

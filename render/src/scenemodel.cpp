@@ -212,9 +212,9 @@ void SceneModel::dropDoubleEdges(const Item& item) {
     for (std::uint32_t t = item.firstTriangle; t < item.firstTriangle + item.triangleCount; ++t) {
         for (unsigned edge = 0; edge < 3; ++edge) {
             if ((triangles_[t].edges >> edge & 1) == 0) continue;
-            const std::uint64_t a = triangles_[t].vertex[edge];
-            const std::uint64_t b = triangles_[t].vertex[(edge + 1) % 3];
-            seenEdges_.push_back({std::min(a, b) << 32 | std::max(a, b), t, edge});
+            const std::uint32_t a = triangles_[t].vertex[edge];
+            const std::uint32_t b = triangles_[t].vertex[(edge + 1) % 3];
+            seenEdges_.push_back({endsOf(a, b), t, edge});
         }
     }
     std::sort(seenEdges_.begin(), seenEdges_.end());
@@ -222,7 +222,8 @@ void SceneModel::dropDoubleEdges(const Item& item) {
         const SeenEdge& edge = seenEdges_[i];
         if (edge.ends != seenEdges_[i - 1].ends) continue;
         std::uint8_t& edges = triangles_[edge.triangle].edges;
-        edges = static_cast<std::uint8_t>(edges & ~(1u << edge.edge));
+        edges = static_cast<std::uint8_t>((edges & ~(1u << edge.edge)) |
+                                          1u << (edge.edge + Triangle::kSharedShift));
     }
 }
 

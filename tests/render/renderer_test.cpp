@@ -8,8 +8,9 @@ namespace {
 
 constexpr Color kGrey = 0xC0C0C0;
 
-ItemIndex addCube(SceneModel& scene, Vec3d centre, double size) {
+ItemIndex addCube(SceneModel& scene, Vec3d centre, double size, const Surface& surface = {}) {
     const ItemIndex item = scene.beginItem();
+    scene.setSurface(surface);
     Box box;
     box.add(centre - Vec3d{size, size, size} * 0.5);
     box.add(centre + Vec3d{size, size, size} * 0.5);
@@ -207,6 +208,43 @@ TEST_F(RendererTest, EdgesGoOnStraightOutOfThePicture) {
         EXPECT_TRUE(isDrawn(1, 3, share)) << share;
     }
     EXPECT_EQ(canvas_.pick(2, 2, 1), kNoItem) << "nothing goes elsewhere";
+}
+
+// Whichever of its two sides is left out, or comes first.
+TEST_F(RendererTest, WhatIsSeenFromOneSideHasAllEdgesOfTheSidesThatAreSeen) {
+    Surface surface;
+    surface.style = DrawStyle::kFrontOnly;
+    addCube(scene_, {}, 10, surface);
+    camera_.frame(scene_.box());
+    int seen = 0, atRim = 0;
+    for (int turn = 0; turn < 12; ++turn) {
+        camera_.orbit(100, turn == 6 ? 200 : 0);
+        draw();
+        const std::vector<Color> plain(canvas_.pixels(), canvas_.pixels() + kWidth * kHeight);
+        draw(DrawMode::kShadedEdges);
+        const auto isFront = [&](Vec3d normal) { return dot(normal, camera_.eye()) > 5.2; };
+        for (int axis = 0; axis < 3; ++axis)
+            for (int i = 0; i < 4; ++i) {
+                double Vec3d::*const along[] = {&Vec3d::x, &Vec3d::y, &Vec3d::z};
+                Vec3d one, other;
+                one.*along[(axis + 1) % 3] = i & 1 ? 1 : -1;
+                other.*along[(axis + 2) % 3] = i & 2 ? 1 : -1;
+                if (!isFront(one) && !isFront(other)) continue;
+                const ScreenPoint middle = *camera_.project((one + other) * 5);
+                bool isDrawn = false;
+                for (int y = static_cast<int>(middle.y) - 1; y <= static_cast<int>(middle.y) + 1;
+                     ++y)
+                    for (int x = static_cast<int>(middle.x) - 1;
+                         x <= static_cast<int>(middle.x) + 1; ++x)
+                        isDrawn = isDrawn || plain[static_cast<std::size_t>(y * kWidth + x)] !=
+                                                 canvas_.pixel(x, y);
+                EXPECT_TRUE(isDrawn) << turn << ": " << axis << ", " << i;
+                ++seen;
+                atRim += isFront(one) != isFront(other);
+            }
+    }
+    EXPECT_GT(atRim, 40);
+    EXPECT_GT(seen, atRim);
 }
 
 TEST_F(RendererTest, MarksArePickedAndCulledSurfacesCostNothing) {

@@ -133,12 +133,20 @@ struct Item {
 /// Three vertices in counter-clockwise order, seen from the front.
 struct Triangle {
     static constexpr std::uint8_t kAllEdges = 7;
+    static constexpr unsigned kSharedShift = 3;
 
     std::uint32_t vertex[3];
     Color color;
-    Vec3 normal;         ///< unit length, or zero for a degenerate triangle
-    std::uint8_t edges;  ///< bit i: the edge from vertex i to the next is a polygon's edge
+    Vec3 normal;  ///< unit length, or zero for a degenerate triangle
+    /// Bit i: the edge from vertex i to the next is a polygon's edge; bit i + kSharedShift: it is
+    /// one that an earlier triangle of the item draws.
+    std::uint8_t edges;
 };
+
+/// The same for an edge in both directions: the lower of its vertices is in the upper half.
+constexpr std::uint64_t endsOf(std::uint32_t a, std::uint32_t b) {
+    return std::uint64_t{a < b ? a : b} << 32 | (a < b ? b : a);
+}
 
 /// What a vertex has of its own beside its place.
 struct Finish {
@@ -319,7 +327,7 @@ public:
 
 private:
     struct SeenEdge {
-        std::uint64_t ends;  // the lower vertex in the upper half
+        std::uint64_t ends;
         std::uint32_t triangle;
         std::uint32_t edge;
         auto operator<=>(const SeenEdge&) const = default;
