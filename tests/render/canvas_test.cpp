@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <random>
 
 using namespace render;
@@ -184,60 +185,278 @@ TEST(Canvas, OutlineRunsAroundWhatIsChosenAndNeverOverIt) {
     EXPECT_EQ(canvas.item(15, 9), kNoItem) << "a rim is not picked";
 }
 
-/// The greatest difference along a row of stripes a texel wide, of which a pixel covers so many.
-int contrast(float texels, const TextureUse& use) {
-    constexpr int kStripes = 256;
-    Picture picture{kStripes, kStripes, {}};
-    for (int i = 0; i < kStripes * kStripes; ++i)
-        picture.texels.push_back(i % 2 == 0 ? 0xFFFFFFFF : 0xFF000000);
-    const Texture texture(picture, Texture::kMostBits, use);
-    constexpr float kSide = 64;
-    const float end = texels * 2 * kSide / kStripes;
-    const Vec3 white{255, 255, 255};
-    const ScreenPoint a{0, 0, 1}, b{2 * kSide, 0, 1}, c{0, 2 * kSide, 1};
-    Blank canvas(64, 64);
-    canvas.textured({{a, 1, 0, 0, white}, {b, 1, end, 0, white}, {c, 1, 0, end, white}}, texture,
-                    false, over(a, b, c, 1));
-    Color least = 255, most = 0;
-    for (int x = 0; x < 64; ++x) {
-        least = std::min(least, canvas.pixel(x, 20) & 0xFF);
-        most = std::max(most, canvas.pixel(x, 20) & 0xFF);
+constexpr int kTexels = 256;
+
+/// As many texels to a side, grey.
+Picture greyPicture(const std::function<int(int x, int y)>& brightness) {
+    Picture picture{kTexels, kTexels, {}};
+    for (int y = 0; y < kTexels; ++y)
+        for (int x = 0; x < kTexels; ++x)
+            picture.texels.push_back(0xFF000000 | static_cast<Color>(brightness(x, y)) * 0x010101U);
+    return picture;
+}
+
+/// A picture full of a texture, of which a pixel covers so many texels in each direction.
+struct Textured : Blank {
+    Textured(const Texture& texture, float texelsU, float texelsV, float from = 0)
+        : Blank(kSide, kSide) {
+        const float u = from + texelsU * 2 * kSide / kTexels;
+        const float v = from + texelsV * 2 * kSide / kTexels;
+        const ScreenPoint a{0, 0, 1}, b{2 * kSide, 0, 1}, c{0, 2 * kSide, 1};
+        const Vec3 white{255, 255, 255};
+        textured({{a, 1, from, from, white}, {b, 1, u, from, white}, {c, 1, from, v, white}},
+                 texture, false, over(a, b, c, 1));
     }
-    return static_cast<int>(most - least);
+    int grey(int x, int y) const { return static_cast<int>(pixel(x, y) & 0xFF); }
+    /// The greatest difference.
+    int contrast() const {
+        int least = 255, most = 0;
+        for (int y = 0; y < kSide; ++y)
+            for (int x = 0; x < kSide; ++x) {
+                least = std::min(least, grey(x, y));
+                most = std::max(most, grey(x, y));
+            }
+        return most - least;
+    }
+
+    static constexpr int kSide = 64;
+};
+
+/// The greatest difference of stripes a texel wide, of which a pixel covers so many.
+int contrast(float texels, const TextureUse& use) {
+    const Texture texture(greyPicture([](int x, int) { return x % 2 == 0 ? 255 : 0; }),
+                          Texture::kMostBits, use);
+    return Textured(texture, texels, texels).contrast();
+}
+
+TextureUse ofSizes(TextureUse::Sizes sizes) {
+    TextureUse use;
+    use.sizes = sizes;
+    return use;
 }
 
 TEST(Canvas, ATextureGoesOverFromOneOfItsSizesToTheNextUnlessToldOtherwise) {
+    const TextureUse nearest = ofSizes(TextureUse::Sizes::kNearest);
+    const TextureUse largest = ofSizes(TextureUse::Sizes::kLargest);
     EXPECT_GT(contrast(1.5f, {}), 100);
+    for (const float texels : {1.2f, 1.5f, 1.75f})
+        EXPECT_EQ(contrast(texels, {}), contrast(texels, largest)) << texels;
     for (float before = 1.78f; before < 1.96f; before += 0.03f) {
         const int here = contrast(before, {}), next = contrast(before + 0.03f, {});
         EXPECT_GT(here, next) << before;
         EXPECT_LT(here - next, 80) << before;
     }
     EXPECT_LT(contrast(2.1f, {}), 4);
-    TextureUse use;
-    use.sizes = TextureUse::Sizes::kNearest;
-    EXPECT_GT(contrast(1.95f, use), 240);
-    EXPECT_LT(contrast(2.1f, use), 4);
-    use.sizes = TextureUse::Sizes::kLargest;
-    EXPECT_GT(contrast(2.7f, use), 200);
-    EXPECT_LT(contrast(0.1f, {}) - contrast(0.1f, use), 4);
-    use = {};
-    use.wrapU = TextureUse::Wrap::kMirror;
-    EXPECT_LT(contrast(2.1f, use), 4);
+    EXPECT_GT(contrast(1.95f, nearest), 240);
+    EXPECT_LT(contrast(2.1f, nearest), 4);
+    EXPECT_GT(contrast(2.7f, largest), 200);
+    EXPECT_LT(contrast(0.1f, {}) - contrast(0.1f, largest), 4);
+    TextureUse mirrored;
+    mirrored.wrapU = TextureUse::Wrap::kMirror;
+    EXPECT_LT(contrast(2.1f, mirrored), 4);
 }
 
-// On a rim that goes on for ever, the end of the picture is as far away as anything.
-TEST(Canvas, TheRimOfAClampedTextureGoesOnWhateverTheDistance) {
-    TextureUse use;
-    use.wrapU = TextureUse::Wrap::kClamp;
-    const Texture texture({2, 1, {0xFF000000 | kRed, 0xFF000000 | kBlue}}, 1, use);
-    const Vec3 white{255, 255, 255};
-    const ScreenPoint a{0, 0, 1}, b{40, 0, 1}, c{0, 40, 1};
-    for (const float away : {1.f, 1e4f, 1e9f}) {
-        Blank canvas(20, 20);
-        canvas.textured({{a, 1, away, 0, white}, {b, 1, away, 0, white}, {c, 1, away, 0, white}},
+// A slope looks the same in each of them, so nothing moves on the way.
+TEST(Canvas, TheSizesOfATextureLieOverOneAnother) {
+    for (const bool isUpright : {false, true}) {
+        const Picture slope = greyPicture([isUpright](int x, int y) {
+            return std::clamp(((isUpright ? y : x) - 96) * 16, 0, 255);
+        });
+        const Texture mixed(slope);
+        const Texture exact(slope, Texture::kMostBits, ofSizes(TextureUse::Sizes::kLargest));
+        const Textured seen(mixed, 1.95f, 1.95f, 0.25f), expected(exact, 1.95f, 1.95f, 0.25f);
+        for (int i = 0; i < Textured::kSide; ++i) {
+            const int x = isUpright ? 20 : i, y = isUpright ? i : 20;
+            EXPECT_NEAR(seen.grey(x, y), expected.grey(x, y), 5) << isUpright << ' ' << i;
+        }
+    }
+}
+
+TEST(Canvas, FromVeryFarATextureIsItsMean) {
+    const Texture halves(greyPicture([](int x, int) { return x < kTexels / 2 ? 255 : 0; }));
+    for (const float texels : {256.f, 700.f, 1e6f}) {
+        const Textured seen(halves, texels, texels);
+        EXPECT_EQ(seen.contrast(), 0) << texels;
+        EXPECT_NEAR(seen.grey(20, 20), 128, 1) << texels;
+    }
+}
+
+// Stripes four texels wide stay apart where they are seen as wide as they are, and narrow ones do
+// not flicker along the way.
+TEST(Canvas, ATextureSeenAtASlantIsNeitherBlurredNorFlickers) {
+    const auto stripes = [](int width, bool isUpright) {
+        return Texture(greyPicture(
+            [=](int x, int y) { return (isUpright ? x : y) / width % 2 == 0 ? 255 : 0; }));
+    };
+    EXPECT_GT(Textured(stripes(4, true), 0.5f, 8).contrast(), 200);
+    EXPECT_LT(Textured(stripes(1, false), 0.5f, 7).contrast(), 4);
+    EXPECT_GT(Textured(stripes(4, false), 8, 0.5f).contrast(), 200);
+    EXPECT_LT(Textured(stripes(1, true), 7, 0.5f).contrast(), 4);
+}
+
+// A ground that goes from afar, where two sizes are mixed, to the eye.
+TEST(Canvas, WhatIsNearIsNotMixedWithWhatWasSeenFarther) {
+    const Picture stripes = greyPicture([](int x, int) { return x % 2 == 0 ? 255 : 0; });
+    const auto drawn = [&](Canvas& canvas, const TextureUse& use) {
+        const Texture texture(stripes, Texture::kMostBits, use);
+        const ScreenPoint a{0, 0, 1}, b{128, 0, 1}, c{0, 128, 1};
+        const Vec3 white{255, 255, 255};
+        constexpr float kFar = 0.05f, kNear = kFar + 128 * 0.002f, kAcross = 3.f / kTexels * kFar;
+        canvas.textured({{a, kFar, 0, kAcross / kFar, white},
+                         {b, kFar, 128 * kAcross / kFar, kAcross / kFar, white},
+                         {c, kNear, 0, kAcross / kNear, white}},
                         texture, false, over(a, b, c, 1));
-        for (int x = 0; x < 20; ++x) EXPECT_EQ(canvas.pixel(x, 3), kBlue) << away << ' ' << x;
+    };
+    Blank seen(64, 64), exact(64, 64);
+    drawn(seen, {});
+    drawn(exact, ofSizes(TextureUse::Sizes::kLargest));
+    int different = 0;
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 64; ++x)
+            if (seen.pixel(x, y) != exact.pixel(x, y)) {
+                ++different;
+                EXPECT_LT(y, 30) << x;
+            }
+    EXPECT_GT(different, 200);
+}
+
+TEST(Canvas, TexelsAreSmoothOrNotFromNearAndFromFar) {
+    const auto isSmooth = [](float texels, bool isPointedNear, bool isPointedFar) {
+        TextureUse use = ofSizes(TextureUse::Sizes::kLargest);
+        use.isPointedNear = isPointedNear;
+        use.isPointedFar = isPointedFar;
+        const Texture texture(greyPicture([](int x, int) { return x % 2 == 0 ? 255 : 0; }),
+                              Texture::kMostBits, use);
+        const Textured seen(texture, texels, texels);
+        int between = 0;
+        for (int x = 0; x < Textured::kSide; ++x)
+            between += seen.grey(x, 20) > 10 && seen.grey(x, 20) < 245;
+        return between > 10;
+    };
+    constexpr float kNear = 0.1f, kFar = 1.3f;
+    for (const bool isPointed : {false, true}) {
+        EXPECT_EQ(isSmooth(kNear, isPointed, !isPointed), !isPointed);
+        EXPECT_EQ(isSmooth(kFar, !isPointed, isPointed), !isPointed);
+    }
+}
+
+/// The color of a triangle that is all in one place of a texture, over white.
+struct OnePlace {
+    float u = 0.5f, v = 0.5f;
+    Vec3 color{255, 255, 255};
+    Color hour = 0xFFFFFF;
+    bool blended = false;
+
+    Color of(const Texture* texture, const Texture* layer = nullptr) const {
+        Canvas canvas;
+        canvas.resize(20, 20);
+        canvas.clear(0xFFFFFF, 0xFFFFFF);
+        const ScreenPoint a{0, 0, 1}, b{40, 0, 1}, c{0, 40, 1};
+        const TextureCorner corners[3] = {
+            {a, 1, u, v, color}, {b, 1, u, v, color}, {c, 1, u, v, color}};
+        Fill fill = over(a, b, c, 1);
+        fill.hour = hour;
+        CornerLayer above;
+        above.texture = layer;
+        if (texture && !layer)
+            canvas.textured(corners, *texture, blended, fill);
+        else
+            canvas.layered(corners, texture, std::span(&above, layer ? 1 : 0), nullptr, blended,
+                           fill);
+        return canvas.pixel(10, 10);
+    }
+};
+
+// On a rim that goes on for ever, the end of the picture is as far away as anything.
+TEST(Canvas, APlaceOutsideOfATextureIsThatWhichItsUseSays) {
+    using Wrap = TextureUse::Wrap;
+    struct Case {
+        Wrap wrap;
+        float place;
+        Color expected;
+    };
+    for (const bool isUpright : {false, true})
+        for (const auto& [wrap, place, expected] :
+             {Case{Wrap::kRepeat, 0.25f, kRed}, Case{Wrap::kRepeat, 0.75f, kBlue},
+              Case{Wrap::kRepeat, 1.25f, kRed}, Case{Wrap::kRepeat, -0.25f, kBlue},
+              Case{Wrap::kMirror, 0.25f, kRed}, Case{Wrap::kMirror, 1.25f, kBlue},
+              Case{Wrap::kMirror, 1.75f, kRed}, Case{Wrap::kMirror, 3.25f, kBlue},
+              Case{Wrap::kMirror, -0.25f, kRed}, Case{Wrap::kClamp, 1, kBlue},
+              Case{Wrap::kClamp, 1e4f, kBlue}, Case{Wrap::kClamp, 1e9f, kBlue},
+              Case{Wrap::kClamp, -1e9f, kRed}}) {
+            const std::vector<std::uint32_t> texels{0xFF000000 | kRed, 0xFF000000 | kBlue};
+            TextureUse use;
+            (isUpright ? use.wrapV : use.wrapU) = wrap;
+            const Texture texture(isUpright ? Picture{1, 2, texels} : Picture{2, 1, texels}, 1,
+                                  use);
+            OnePlace at;
+            (isUpright ? at.v : at.u) = place;
+            EXPECT_EQ(at.of(&texture), expected)
+                << isUpright << ": " << static_cast<int>(wrap) << ' ' << place;
+        }
+}
+
+Texture oneTexel(std::uint32_t texel, TextureUse::Color how) {
+    TextureUse use;
+    use.color = how;
+    return Texture({1, 1, {texel}}, 1, use);
+}
+
+// What is lit has the light of the hour already; what takes its place gets it.
+TEST(Canvas, PicturesThatReplaceTheLightGetThatOfTheHour) {
+    using How = TextureUse::Color;
+    struct Case {
+        How how;
+        float below;
+        Color asTexture, asLayer;
+    };
+    for (const auto& [how, below, asTexture, asLayer] :
+         {Case{How::kModulate, 255, 0xFFFFFF, 0xFFFFFF}, Case{How::kBlend, 255, 0xFFFFFF, 0},
+          Case{How::kDecal, 255, 0x7F7F7F, 0x7F7F7F}, Case{How::kReplace, 255, 0x7F7F7F, 0x7F7F7F},
+          Case{How::kAdd, 0, 0x7F7F7F, 0x7F7F7F}}) {
+        const Texture white = oneTexel(0xFFFFFFFF, how), plain = oneTexel(0xFFFFFFFF, {});
+        OnePlace at;
+        at.color = {below, below, below};
+        at.hour = 0x7F7F7F;
+        EXPECT_EQ(at.of(&white), asTexture) << static_cast<int>(how);
+        EXPECT_EQ(at.of(nullptr, &white), asLayer) << static_cast<int>(how);
+        at.color = {255, 255, 255};
+        if (how != How::kAdd) EXPECT_EQ(at.of(&white, &plain), asTexture) << static_cast<int>(how);
+    }
+}
+
+// A texel of the one is as large as 16 of the other, however many there are of each.
+TEST(Canvas, ADetailIsRepeatedByTheTexelsOfBothPictures) {
+    const Texture white({1, 4, std::vector<std::uint32_t>(4, 0xFFFFFFFF)});
+    const Texture stripes({1, 2, {0xFF000000, 0xFFFFFFFF}});
+    const ScreenPoint a{0, 0, 1}, b{128, 0, 1}, c{0, 128, 1};
+    const Vec3 light{255, 255, 255};
+    Blank canvas(64, 64);
+    canvas.layered({{a, 1, 0, 0, light}, {b, 1, 0, 0, light}, {c, 1, 0, 0.25f, light}}, &white, {},
+                   &stripes, false, over(a, b, c, 1));
+    int changes = 0;
+    for (int y = 1; y < 64; ++y)
+        changes += (canvas.pixel(20, y) & 0xFF) / 128 != (canvas.pixel(20, y - 1) & 0xFF) / 128;
+    EXPECT_NEAR(changes, 8, 1) << "half a texel has eight of the detail";
+}
+
+// Black of two pictures, over white.
+TEST(Canvas, LayersLetThroughWhatTheyAndThePicturesBelowDo) {
+    using How = TextureUse::Color;
+    struct Case {
+        How how;
+        std::uint32_t below, above;  ///< alpha
+        int expected;
+    };
+    for (const auto& [how, below, above, expected] :
+         {Case{How::kModulate, 0x80, 0x80, 191}, Case{How::kModulate, 0xFF, 0x80, 127},
+          Case{How::kDecal, 0xFF, 0, 0}, Case{How::kDecal, 0x80, 0xFF, 127},
+          Case{How::kReplace, 0x80, 0xFF, 0}, Case{How::kReplace, 0xFF, 0x80, 127}}) {
+        const Texture texture = oneTexel(below << 24, {}), layer = oneTexel(above << 24, how);
+        OnePlace at;
+        at.blended = true;
+        EXPECT_NEAR(static_cast<int>(at.of(&texture, &layer) & 0xFF), expected, 2)
+            << static_cast<int>(how) << ' ' << below << ' ' << above;
     }
 }
 

@@ -113,7 +113,7 @@ TEST(TextureTest, RepeatsAndIsSmoothFromNearAndFar) {
     EXPECT_EQ(close.at(-512 + 256, 4 * 512), 0xFFFFFFFF) << "repetitions of the same";
     EXPECT_NEAR(close.at(128, 0) & 0xFF, 127, 1) << "between the two";
     EXPECT_EQ(texture.levels(), 2);
-    EXPECT_NEAR(texture.level(1).at(0, 0) & 0xFF, 128, 1) << "both from afar";
+    EXPECT_EQ(texture.level(1).at(0, 0), 0xFF808080) << "both from afar, rounded";
 
     const Texture uneven({3, 1, {0xFF112233, 0x00FFFFFF, 0xFF112233}});
     EXPECT_EQ(uneven.level(0).widthBits, 2);
@@ -122,6 +122,7 @@ TEST(TextureTest, RepeatsAndIsSmoothFromNearAndFar) {
     EXPECT_TRUE(uneven.hasAlpha());
     EXPECT_EQ(uneven.level(2).at(0, 0) & 0xFFFFFF, 0x112233u)
         << "what cannot be seen has no say in the color";
+    EXPECT_EQ(Texture({2, 1, {0xFF000000, 0}}).level(1).at(0, 0), 0x80000000);
     Picture large{2000, 1, {}};
     large.texels.assign(2000, 0xFF808080);
     EXPECT_EQ(Texture(large).level(0).widthBits, Texture::kMostBits);
@@ -130,19 +131,20 @@ TEST(TextureTest, RepeatsAndIsSmoothFromNearAndFar) {
 
 using Writer = int (*)(stbi_write_func*, void*, int, int, int, const void*);
 
-/// A file of 16 by 8 texels: the upper left quarter red, the upper right green, all below blue.
-Bytes written(Writer write) {
+/// A file in which the upper left quarter is red, the upper right green, all below blue.
+Bytes written(Writer write, int width = 16, int height = 8) {
+    const int middle = width / 2, half = height / 2;
     Bytes channels;
-    for (int y = 0; y < 8; ++y)
-        for (int x = 0; x < 16; ++x)
-            for (const bool on : {y < 4 && x < 8, y < 4 && x >= 8, y >= 4})
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            for (const bool on : {y < half && x < middle, y < half && x >= middle, y >= half})
                 channels.push_back(on ? 255 : 0);
     Bytes file;
     const auto append = [](void* to, void* data, int size) {
         const auto* const from = static_cast<const std::uint8_t*>(data);
         static_cast<Bytes*>(to)->insert(static_cast<Bytes*>(to)->end(), from, from + size);
     };
-    EXPECT_TRUE(write(append, &file, 16, 8, 3, channels.data()));
+    EXPECT_TRUE(write(append, &file, width, height, 3, channels.data()));
     return file;
 }
 
@@ -174,17 +176,32 @@ Bytes gif() {
 
 constexpr std::uint8_t kHuffmanTables[] = {0xFF, 0xC4};
 
-// A table of more codes than there are bytes: 255 of 15 bits and 2 of 16.
+/// A table that nothing in a file names: so many codes of 15 bits, and of 16.
+Bytes unusedTable(std::uint8_t shorter, std::uint8_t longer) {
+    Bytes table = {0x13};
+    table.resize(1 + 14);
+    table.insert(table.end(), {shorter, longer});
+    table.resize(table.size() + shorter + longer);
+    return table;
+}
+
+// A table has room for 256 codes, one for each byte.
 TEST(PackedPicture, RefusesATableThatIsOverfull) {
-    Bytes file = jpeg();
-    const auto table =
+    const Bytes file = jpeg();
+    const auto place =
         std::search(file.begin(), file.end(), std::begin(kHuffmanTables), std::end(kHuffmanTables));
-    ASSERT_NE(table, file.end());
-    ASSERT_NO_THROW(readPicture(file));
-    std::fill_n(table + 5, 14, std::uint8_t{0});
-    table[19] = 255;
-    table[20] = 2;
-    EXPECT_THROW(readPicture(file), PictureError);
+    ASSERT_NE(place, file.end());
+    const auto with = [&](const Bytes& tables) {
+        const std::size_t size = tables.size() + 2;
+        Bytes segment = {0xFF, 0xC4, static_cast<std::uint8_t>(size >> 8),
+                         static_cast<std::uint8_t>(size)};
+        segment = joined(joined(Bytes(file.begin(), place), segment), tables);
+        return joined(segment, Bytes(place, file.end()));
+    };
+    EXPECT_NO_THROW(readPicture(with(unusedTable(255, 1))));
+    EXPECT_EQ(faultOf(with(unusedTable(255, 2))), PictureFault::kCutShort);
+    EXPECT_EQ(faultOf(with(joined(unusedTable(3, 0), unusedTable(255, 2)))),
+              PictureFault::kCutShort);
 }
 
 TEST(PackedPicture, ReadsEachFormatTheRightWayUp) {
@@ -206,6 +223,12 @@ TEST(PackedPicture, ReadsEachFormatTheRightWayUp) {
     }
     EXPECT_THAT(readPicture(gif()).texels, testing::ElementsAre(0xFFFF0000));
     EXPECT_EQ(readPicture(joined(header(false, 1, 2, 1, 1), {0x12, 0x34})).width, 2);
+    // The last row may lack what fills it up to four bytes.
+    Bytes narrow = written(stbi_write_bmp_to_func, 1, 1);
+    narrow.pop_back();
+    EXPECT_THAT(readPicture(narrow).texels, testing::ElementsAre(0xFF0000FF));
+    narrow.resize(narrow.size() - 3);
+    EXPECT_EQ(faultOf(narrow), PictureFault::kCutShort);
 }
 
 TEST(PackedPicture, PngFilesOfOursAreRead) {
@@ -229,10 +252,14 @@ TEST(PackedPicture, RefusesWhatIsDamagedOrTooLarge) {
     Bytes wide = png();
     wide[18] = wide[22] = 0x20;  // 8208 by 8200
     EXPECT_EQ(faultOf(wide), PictureFault::kTooLarge);
+    wide[18] = wide[22] = 0x10;
+    wide[19] = wide[23] = 0;
+    EXPECT_EQ(faultOf(wide), PictureFault::kCutShort) << "4096 by 4096 are not too many";
 }
 
-// One texel, and behind it fifteen million bytes that are all the same.
-TEST(PackedPicture, RefusesWhatGrowsWhenItIsUnpacked) {
+/// So many of them, packed.
+Bytes packedZeros(int count) {
+    constexpr int kRun = 258;
     Bytes packed = {0x78, 0x01};
     unsigned bits = 0, held = 0;
     const auto put = [&](unsigned value, unsigned width) {
@@ -243,10 +270,16 @@ TEST(PackedPicture, RefusesWhatGrowsWhenItIsUnpacked) {
             bits = held = 0;
         }
     };
-    put(0b011, 3);       // the last block, by the codes that are known
-    put(0b00001100, 8);  // a zero, its first bit first; then 258 times the byte before
-    for (int i = 0; i < 60000; ++i) put(0b10100011, 8), put(0, 5);
-    put(0, 7 + 8);
+    put(0b011, 3);  // the last block, by the codes that are known
+    // A zero, its first bit first; then the byte before in runs.
+    for (; count % kRun != 0; --count) put(0b00001100, 8);
+    for (; count > 0; count -= kRun) put(0b10100011, 8), put(0, 5);
+    put(0, 7 + 7), put(0, 32);  // the end, and a sum that nobody checks
+    return packed;
+}
+
+/// A PNG file. `kind` is 0 for grey, 6 for colors and alpha.
+Bytes pngOf(std::uint16_t side, std::uint8_t bits, std::uint8_t kind, const Bytes& packed) {
     Bytes file = {0x89, 'P', 'N', 'G', 13, 10, 26, 10};
     const auto chunk = [&](const char* type, const Bytes& content) {
         for (const unsigned shift : {24U, 16U, 8U, 0U})
@@ -254,10 +287,23 @@ TEST(PackedPicture, RefusesWhatGrowsWhenItIsUnpacked) {
         file.insert(file.end(), type, type + 4);
         file = joined(joined(std::move(file), content), Bytes(4));
     };
-    chunk("IHDR", {0, 0, 0, 1, 0, 0, 0, 1, 8, 0, 0, 0, 0});
+    const auto high = static_cast<std::uint8_t>(side >> 8), low = static_cast<std::uint8_t>(side);
+    chunk("IHDR", {0, 0, high, low, 0, 0, high, low, bits, kind, 0, 0, 0});
     chunk("IDAT", packed);
     chunk("IEND", {});
-    EXPECT_EQ(faultOf(file), PictureFault::kTooLarge);
+    return file;
+}
+
+// What a picture of its size and a file of its size need is not too much: 16 bits a channel, and
+// much that nobody asks for behind the texels. Fifteen million bytes for one texel are.
+TEST(PackedPicture, RefusesWhatGrowsWhenItIsUnpacked) {
+    constexpr std::uint16_t kSide = 800;
+    const Picture wide = readPicture(pngOf(kSide, 16, 6, packedZeros(kSide * (8 * kSide + 1))));
+    EXPECT_EQ(wide.width, kSide);
+    EXPECT_EQ(wide.texels.back(), 0U);
+    EXPECT_THAT(readPicture(pngOf(1, 8, 0, joined(packedZeros(2), Bytes(5 << 20)))).texels,
+                testing::ElementsAre(0xFF000000));
+    EXPECT_EQ(faultOf(pngOf(1, 8, 0, packedZeros(15'000'001))), PictureFault::kTooLarge);
 }
 
 /// A DDS header of a format, and its blocks.
@@ -293,6 +339,25 @@ TEST(DdsPicture, ReadsTheKindsOfBlocks) {
         testing::ElementsAre(0x8CFF0000, 0x000000FF, 0x78AA0055, 0x645500AA));
     EXPECT_THAT(upperRow(dds("DXT5", 4, 4, joined({0, 200, 0b10111110, 0, 0, 0, 0, 0}, kBlock))),
                 testing::ElementsAre(0x00FF0000, 0xFF0000FF, 0x28AA0055, 0x005500AA));
+    const Bytes equal = {0x00, 0xF8, 0x00, 0xF8, 0b11100100, 0, 0, 0};
+    EXPECT_THAT(upperRow(dds("DXT1", 4, 4, equal)),
+                testing::ElementsAre(0xFFFF0000, 0xFFFF0000, 0xFFFF0000, 0));
+    EXPECT_THAT(upperRow(dds("DXT5", 4, 4, joined({9, 9, 0b00111110, 0, 0, 0, 0, 0}, equal))),
+                testing::ElementsAre(0x00FF0000, 0xFFFF0000, 0x09FF0000, 0x09FF0000));
+    const Picture last = readPicture(dds("DXT5", 4, 4, joined({7, 8, 0, 0, 0, 0, 0, 0x20}, equal)));
+    EXPECT_EQ(last.texels[2] >> 24, 7U);
+    EXPECT_EQ(last.texels[3] >> 24, 8U) << "the last texel of the lowest row";
+    // The same kinds by their numbers.
+    const Bytes blocks = joined({0x10, 0xF2, 0, 0, 0, 0, 0, 0}, kReversed);
+    for (unsigned number = 70; number < 79; ++number) {
+        const Bytes block = number < 73 ? kReversed : blocks;
+        Bytes extension(20);
+        extension[0] = static_cast<std::uint8_t>(number);
+        const char(&name)[5] = number < 73 ? "DXT1" : number < 76 ? "DXT3" : "DXT5";
+        EXPECT_EQ(upperRow(dds("DX10", 4, 4, joined(extension, block))),
+                  upperRow(dds(name, 4, 4, block)))
+            << number;
+    }
     // A picture that ends within its blocks.
     const Picture small = readPicture(dds("DXT1", 2, 1, kBlock));
     EXPECT_THAT(small.texels, testing::ElementsAre(0xFFFF0000, 0xFF0000FF));
@@ -304,33 +369,51 @@ TEST(DdsPicture, RefusesWhatIsNone) {
     EXPECT_EQ(faultOf(dds("DXT5", 4, 4, kBlock)), PictureFault::kCutShort);
     EXPECT_EQ(faultOf(dds("DXT1", 0, 4, kBlock)), PictureFault::kEmpty);
     EXPECT_EQ(faultOf(dds("ATI2", 4, 4, kBlock)), PictureFault::kUnknownKind);
+    for (const std::uint8_t number : Bytes{69, 79})
+        EXPECT_EQ(faultOf(dds("DX10", 4, 4, joined({number}, Bytes(40)))),
+                  PictureFault::kUnknownKind);
+    EXPECT_EQ(faultOf(dds("DX10", 4, 4, {})), PictureFault::kUnknownKind) << "without its number";
+    EXPECT_EQ(faultOf(dds("DX10", 4, 4, joined({70}, Bytes(26)))), PictureFault::kCutShort);
     Bytes huge = dds("DXT1", 4, 4, kBlock);
     huge[15] = huge[19] = 0xFF;
     EXPECT_EQ(faultOf(huge), PictureFault::kTooLarge);
 }
 
-/// A TIFF file of one strip: its fields (tag, value), words of 16 bits, and what stands behind
-/// them.
-Bytes tiff(bool isBig, std::vector<std::pair<unsigned, unsigned>> fields, const Bytes& strip) {
+/// A field of a TIFF file. Of several values `value` is the place, or what stands there if they
+/// fit into four bytes. Type 1 is a byte, 3 a word of 16 bits, 4 one of 32.
+struct Field {
+    unsigned tag, value, type = 3, count = 1;
+};
+using Fields = std::vector<Field>;
+
+/// Where what follows so many fields begins.
+constexpr unsigned behind(unsigned fields) {
+    return 8 + 2 + 12 * fields + 4;
+}
+
+/// A TIFF file of one strip, unless the fields say otherwise, and what stands behind them.
+Bytes tiff(bool isBig, Fields fields, const Bytes& strip) {
     Bytes bytes;
     const auto number = [&](unsigned value, unsigned size) {
         for (unsigned i = 0; i < size; ++i)
             bytes.push_back(static_cast<std::uint8_t>(value >> 8 * (isBig ? size - 1 - i : i)));
     };
+    const auto isGiven = [&](unsigned tag) {
+        return std::ranges::find(fields, tag, &Field::tag) != fields.end();
+    };
     bytes = isBig ? Bytes{'M', 'M'} : Bytes{'I', 'I'};
     number(42, 2), number(8, 4);
-    fields.emplace_back(279, static_cast<unsigned>(strip.size()));
-    fields.emplace_back(273, static_cast<unsigned>(8 + 2 + 12 * (fields.size() + 1) + 4));
+    if (!isGiven(279)) fields.push_back({279, static_cast<unsigned>(strip.size())});
+    if (!isGiven(273)) fields.push_back({273, behind(static_cast<unsigned>(fields.size()) + 1)});
     number(static_cast<unsigned>(fields.size()), 2);
-    for (const auto& [tag, value] : fields) {
-        number(tag, 2), number(3, 2), number(1, 4);
-        number(value, 2), number(0, 2);
+    for (const auto& [tag, value, type, count] : fields) {
+        const unsigned size = count != 1 || type == 4 ? 4 : type == 3 ? 2 : 1;
+        number(tag, 2), number(type, 2), number(count, 4);
+        number(value, size), number(0, 4 - size);
     }
     number(0, 4);
     return joined(bytes, strip);
 }
-
-using Fields = std::vector<std::pair<unsigned, unsigned>>;
 
 TEST(TiffPicture, ReadsColorsAndGreyInEitherByteOrder) {
     const Fields color = {{256, 2}, {257, 2}, {258, 8}, {262, 2}, {277, 3}};
@@ -345,6 +428,30 @@ TEST(TiffPicture, ReadsColorsAndGreyInEitherByteOrder) {
     EXPECT_THAT(readPicture(tiff(false, {{256, 3}, {257, 1}, {262, 0}}, {0b10100000})).texels,
                 testing::ElementsAre(0xFF000000, 0xFFFFFFFF, 0xFF000000));
     EXPECT_EQ(faultOf(tiff(true, color, {255, 0, 0, 0, 255, 0})), PictureFault::kCutShort);
+    // Two values that fit into the field, and a kind that is a byte.
+    EXPECT_THAT(
+        readPicture(tiff(true, {{256, 1}, {257, 1}, {258, 0x80008, 3, 2}, {262, 1, 1}, {277, 2}},
+                         {0x12, 0x34}))
+            .texels,
+        testing::ElementsAre(0x34121212));
+    // Three strips, of which the last has one row, and of which nobody says how long they are.
+    const Fields strips = {
+        {256, 1}, {257, 5}, {258, 8}, {262, 1}, {278, 2}, {279, 0, 3, 0}, {273, behind(7), 3, 3}};
+    const std::uint8_t first = behind(7) + 6;
+    EXPECT_THAT(
+        readPicture(tiff(false, strips, {first, 0, first + 3, 0, first + 5, 0, 1, 2, 9, 3, 4, 5}))
+            .texels,
+        testing::ElementsAre(0xFF050505, 0xFF040404, 0xFF030303, 0xFF020202, 0xFF010101));
+}
+
+// All red ones, all green ones, all blue ones; words of which the upper bytes are seen.
+TEST(TiffPicture, ReadsPalettes) {
+    const Fields fields = {{256, 3}, {257, 1}, {258, 8}, {262, 3}, {320, behind(7) + 3, 3, 768}};
+    Bytes strip = {1, 255, 0};
+    for (unsigned i = 0; i < 768; ++i)
+        strip.insert(strip.end(), {0x77, static_cast<std::uint8_t>(i + i / 256 * 0x20)});
+    EXPECT_THAT(readPicture(tiff(false, fields, strip)).texels,
+                testing::ElementsAre(0xFF012141, 0xFFFF1F3F, 0xFF002040));
 }
 
 TEST(TiffPicture, ReadsWhatIsPacked) {
@@ -354,7 +461,7 @@ TEST(TiffPicture, ReadsWhatIsPacked) {
         for (const std::uint32_t texel : picture.texels) all.push_back(texel & 0xFF);
         return all;
     };
-    const auto with = [](Fields fields, std::pair<unsigned, unsigned> more) {
+    const auto with = [](Fields fields, Field more) {
         fields.push_back(more);
         return fields;
     };
@@ -367,6 +474,16 @@ TEST(TiffPicture, ReadsWhatIsPacked) {
     EXPECT_THAT(values(readPicture(tiff(true, with(with(grey, {259, 5}), {317, 2}), codes))),
                 testing::ElementsAre(7, 14, 21, 29, 37, 44, 51, 57, 63))
         << "differences";
+    EXPECT_THAT(
+        readPicture(tiff(false, {{256, 2}, {257, 2}, {258, 8}, {262, 2}, {277, 3}, {317, 2}},
+                         {1, 2, 3, 10, 20, 30, 4, 5, 6, 1, 1, 1}))
+            .texels,
+        testing::ElementsAre(0xFF040506, 0xFF050607, 0xFF010203, 0xFF0B1621))
+        << "of each channel and row";
+    EXPECT_THAT(
+        values(readPicture(tiff(false, {{256, 9}, {257, 1}, {262, 1}, {317, 2}}, {0x80, 0}))),
+        testing::ElementsAre(255, 0, 0, 0, 0, 0, 0, 0, 0))
+        << "there are none of single bits";
     // Codes get longer as soon as the next text would need it: here behind 254 of them.
     Bytes longer;
     unsigned held = 0, bits = 0;
@@ -381,8 +498,10 @@ TEST(TiffPicture, ReadsWhatIsPacked) {
         expected.push_back(i * 7 % 256);
         put(expected.back(), i < 254 ? 9 : 10);
     }
-    put(257, 10), put(0, 8);
-    EXPECT_EQ(values(readPicture(tiff(false, {{256, 300}, {257, 1}, {258, 8}, {259, 5}}, longer))),
+    put(256, 10);
+    for (const unsigned value : {1U, 2U, 3U}) put(value, 9), expected.push_back(value);
+    put(257, 9), put(0, 8);
+    EXPECT_EQ(values(readPicture(tiff(false, {{256, 303}, {257, 1}, {258, 8}, {259, 5}}, longer))),
               expected);
 }
 
@@ -391,20 +510,24 @@ TEST(TiffPicture, RefusesWhatItCannotShow) {
     EXPECT_EQ(faultOf({'I', 'I', 42, 0, 8, 0, 0, 0}), PictureFault::kCutShort);
     EXPECT_EQ(faultOf(tiff(false, {{257, 1}}, {})), PictureFault::kEmpty);
     EXPECT_EQ(faultOf(tiff(false, {{256, 65535}, {257, 65535}}, {})), PictureFault::kTooLarge);
-    for (const auto& other : Fields{{259, 7}, {262, 5}, {284, 2}, {322, 16}, {258, 16}}) {
+    for (const Field& other :
+         Fields{{259, 7}, {262, 5}, {284, 2}, {322, 16}, {258, 16}, {277, 9}}) {
         Fields fields = one;
-        std::erase_if(fields, [&](const auto& field) { return field.first == other.first; });
+        std::erase_if(fields, [&](const Field& field) { return field.tag == other.tag; });
         fields.push_back(other);
-        EXPECT_EQ(faultOf(tiff(true, fields, {1, 2, 3})), PictureFault::kUnknownKind)
-            << other.first;
+        EXPECT_EQ(faultOf(tiff(true, fields, {1, 2, 3})), PictureFault::kUnknownKind) << other.tag;
     }
+    for (const Field& ofBits : Fields{{262, 3}, {277, 2}})
+        EXPECT_EQ(faultOf(tiff(true, {{256, 1}, {257, 1}, ofBits}, {1, 2, 3})),
+                  PictureFault::kUnknownKind)
+            << "with single bits: " << ofBits.tag;
 }
 
 TEST(TextureUseTest, IsWhatTheFileBesideAPictureSays) {
     using Wrap = TextureUse::Wrap;
     using Sizes = TextureUse::Sizes;
     const auto file = [](std::initializer_list<std::pair<std::size_t, std::uint8_t>> words) {
-        Bytes bytes(64);
+        Bytes bytes(4 * 18);
         bytes[7 * 4 + 3] = 6;  // smooth from afar and from near
         bytes[8 * 4 + 3] = 1;
         for (const auto& [index, value] : words) bytes[index * 4 + 3] = value;
@@ -413,9 +536,11 @@ TEST(TextureUseTest, IsWhatTheFileBesideAPictureSays) {
     EXPECT_TRUE(readTextureUse({}).isPlain());
     EXPECT_TRUE(readTextureUse(file({})).isPlain());
     EXPECT_TRUE(readTextureUse(file({{8, 0}})).isPointedNear);
-    const TextureUse both = readTextureUse(file({{9, 1}, {10, 3}, {11, 4}}));
-    EXPECT_EQ(both.wrapU, Wrap::kClamp) << "as both do";
-    EXPECT_EQ(both.wrapV, Wrap::kMirror) << "as it says itself";
+    const TextureUse both = readTextureUse(file({{9, 4}, {10, 3}, {11, 1}}));
+    EXPECT_EQ(both.wrapU, Wrap::kMirror) << "as both do";
+    EXPECT_EQ(both.wrapV, Wrap::kClamp) << "as it says itself";
+    EXPECT_EQ(readTextureUse(file({{9, 1}, {10, 4}})).wrapU, Wrap::kMirror);
+    EXPECT_TRUE(readTextureUse(file({{16, 1}})).isStencil);
     const auto fromAfar = [&](std::uint8_t filter) {
         const TextureUse use = readTextureUse(file({{7, filter}}));
         return std::pair(use.sizes, use.isPointedFar);
@@ -426,7 +551,10 @@ TEST(TextureUseTest, IsWhatTheFileBesideAPictureSays) {
     EXPECT_EQ(fromAfar(4), std::pair(Sizes::kMixed, true));
     EXPECT_EQ(fromAfar(5), std::pair(Sizes::kNearest, false));
     EXPECT_EQ(fromAfar(6), std::pair(Sizes::kMixed, false));
-    EXPECT_EQ(fromAfar(9), std::pair(Sizes::kLargest, false));
+    EXPECT_EQ(fromAfar(7), std::pair(Sizes::kMixed, false));
+    EXPECT_EQ(fromAfar(8), std::pair(Sizes::kLargest, false));
+    EXPECT_EQ(fromAfar(12), std::pair(Sizes::kLargest, false));
+    EXPECT_EQ(fromAfar(13), std::pair(Sizes::kMixed, false));
     EXPECT_EQ(readTextureUse(file({{15, 2}})).color, TextureUse::Color::kDecal);
 
     const Picture picture{4, 1, {0xFF000000, 0xFF404040, 0xFF808080, 0xFFC0C0C0}};
@@ -434,6 +562,16 @@ TEST(TextureUseTest, IsWhatTheFileBesideAPictureSays) {
     const Texture texture(picture);
     const Texture::Level level = texture.level(0);
     EXPECT_EQ(level.at(5 * 256, 0, use, false), 0xFF404040);
+    const Texture uneven({2,
+                          4,
+                          {0xFF000001, 0xFF000032, 0xFF000064, 0xFF000096, 0xFF0000C8, 0xFF0000FA,
+                           0xFF000046, 0xFF000014}});
+    for (int v = -300; v < 1300; v += 70)
+        for (int u = -300; u < 900; u += 70) {
+            const std::uint32_t smooth = uneven.level(0).at(u, v);
+            EXPECT_EQ(smooth, uneven.level(0).at(u, v, use, false)) << u << ' ' << v;
+            EXPECT_EQ(smooth, uneven.level(0).at(u + 512, v - 1024)) << u << ' ' << v;
+        }
     use.wrapU = Wrap::kClamp;
     EXPECT_EQ(level.at(-300, 0, use, false), 0xFF000000);
     EXPECT_EQ(level.at(9 * 256, 0, use, false), 0xFFC0C0C0);
