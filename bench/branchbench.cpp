@@ -19,9 +19,15 @@
 namespace bench {
 namespace {
 
-constexpr int kLeaves = 249;
+constexpr int kLeavesOfGroup = 249;
 constexpr int kBranchGroups = 600;  // 150,000 items with their leaves
 constexpr int kOtherGroups = 200;
+
+/// Of a branch of that many groups.
+constexpr double itemsOf(int groups) {
+    return 1. + groups * (1. + kLeavesOfGroup);
+}
+
 constexpr int kRepetitions = 2;
 constexpr double kFillLimit = 2;  // times the first filling
 
@@ -56,8 +62,11 @@ public:
 
     /// How long it took the form to open, with all of the scene.
     double filling() const noexcept { return filling_; }
-    /// A key with the large branch selected, or all groups in it; the tree then shows the scene.
-    double press(WORD key, bool groups);
+    enum class Chosen { kBranch, kGroups, kLeaves };
+
+    /// A key with the large branch selected, or all groups or leaves in it; the tree then shows the
+    /// scene.
+    double press(WORD key, Chosen what, std::initializer_list<WORD> held = {});
     double push(int button);
     /// The large branch is cut and pasted below the other one.
     double cutAndPaste();
@@ -68,7 +77,7 @@ private:
     INode* addBranch(int groups);
     HWND tree() const { return GetDlgItem(form_, IDC_TREE); }
     HTREEITEM item(INode* node) const;
-    void select(bool groups) const;
+    void select(Chosen what) const;
     double measure(const std::function<void()>& work) const;
 
     kiln::Core& core_;
@@ -118,7 +127,7 @@ LargeBranch::~LargeBranch() {
 }
 
 INode* LargeBranch::addBranch(int groups) {
-    const SampleTree nodes = makeBranches(groups, kLeaves);
+    const SampleTree nodes = makeBranches(groups, kLeavesOfGroup);
     for (const SampleNode& node : nodes)
         if (node.parent >= 0)
             nodes[static_cast<std::size_t>(node.parent)].node->AttachChild(node.node, false);
@@ -146,30 +155,47 @@ double LargeBranch::measure(const std::function<void()>& work) const {
     return time;
 }
 
-void LargeBranch::select(bool groups) const {
+void LargeBranch::select(Chosen what) const {
     SetFocus(tree());
     const HTREEITEM branch = item(large_);
     TreeView_Expand(tree(), TreeView_GetRoot(tree()), TVE_EXPAND);
-    if (groups) TreeView_Expand(tree(), branch, TVE_EXPAND);
-    HTREEITEM at = groups ? TreeView_GetChild(tree(), branch) : branch;
-    browser().selectNode(at);
-    for (; groups && at; at = TreeView_GetNextSibling(tree(), at))
-        TreeView_SetItemState(tree(), at, TVIS_SELECTED, TVIS_SELECTED);
+    const auto selectBelow = [this](HTREEITEM parent) {
+        for (HTREEITEM at = TreeView_GetChild(tree(), parent); at;
+             at = TreeView_GetNextSibling(tree(), at))
+            TreeView_SetItemState(tree(), at, TVIS_SELECTED, TVIS_SELECTED);
+    };
+    if (what == Chosen::kBranch) {
+        browser().selectNode(branch);
+    } else {
+        TreeView_Expand(tree(), branch, TVE_EXPAND);
+        const HTREEITEM first = TreeView_GetChild(tree(), branch);
+        if (what == Chosen::kGroups) {
+            browser().selectNode(first);
+            selectBelow(branch);
+        } else {
+            TreeView_Expand(tree(), first, TVE_EXPAND);
+            browser().selectNode(TreeView_GetChild(tree(), first));
+            for (HTREEITEM group = first; group; group = TreeView_GetNextSibling(tree(), group)) {
+                TreeView_Expand(tree(), group, TVE_EXPAND);
+                selectBelow(group);
+            }
+        }
+    }
     testinput::pump();
 }
 
-double LargeBranch::press(WORD key, bool groups) {
-    select(groups);
-    return measure([key] { testinput::key(key); });
+double LargeBranch::press(WORD key, Chosen what, std::initializer_list<WORD> held) {
+    select(what);
+    return measure([&] { testinput::key(key, held); });
 }
 
 double LargeBranch::push(int button) {
-    select(false);
+    select(Chosen::kBranch);
     return measure([&] { SendDlgItemMessageW(form_, button, BM_CLICK, 0, 0); });
 }
 
 double LargeBranch::cutAndPaste() {
-    select(false);
+    select(Chosen::kBranch);
     testinput::key('X', {VK_CONTROL});
     browser().selectNode(item(other_));
     return measure([] { testinput::key('V', {VK_CONTROL}); });
@@ -187,17 +213,21 @@ double LargeBranch::undo() const {
 
 void browserBranch() {
     LargeBranch bench;
-    std::vector<double> down, erase, eraseUndone, eraseGroups, eraseGroupsUndone, paste,
-        pasteUndone;
+    std::vector<double> down, erase, eraseUndone, eraseGroups, eraseGroupsUndone, eraseLeaves,
+        eraseLeavesUndone, duplicate, duplicateUndone, paste, pasteUndone;
     for (int i = 0; i < kRepetitions; ++i) {
         down.push_back(bench.push(IDC_DOWN));
         bench.push(IDC_UP);
         paste.push_back(bench.cutAndPaste());
         pasteUndone.push_back(bench.undo());
-        erase.push_back(bench.press(VK_DELETE, false));
+        duplicate.push_back(bench.press('D', LargeBranch::Chosen::kBranch, {VK_CONTROL}));
+        duplicateUndone.push_back(bench.undo());
+        erase.push_back(bench.press(VK_DELETE, LargeBranch::Chosen::kBranch));
         eraseUndone.push_back(bench.undo());
-        eraseGroups.push_back(bench.press(VK_DELETE, true));
+        eraseGroups.push_back(bench.press(VK_DELETE, LargeBranch::Chosen::kGroups));
         eraseGroupsUndone.push_back(bench.undo());
+        eraseLeaves.push_back(bench.press(VK_DELETE, LargeBranch::Chosen::kLeaves));
+        eraseLeavesUndone.push_back(bench.undo());
     }
     const auto print = [&](const char* what, const std::vector<double>& times) {
         reportRatio(kFillLimit, std::string(what) + " : first fill", fastest(times),
@@ -206,10 +236,16 @@ void browserBranch() {
     print("moving a branch of 150,000 down", down);
     print("cutting and pasting it", paste);
     print("undo of that", pasteUndone);
+    const double all = 1 + itemsOf(kBranchGroups) + itemsOf(kOtherGroups);
+    reportRatio(kFillLimit, "duplicating it : first fill of as many items", fastest(duplicate),
+                bench.filling() * (all + itemsOf(kBranchGroups)) / all);
+    print("undo of that copying", duplicateUndone);
     print("deleting it", erase);
     print("undo of that deletion", eraseUndone);
     print("deleting the 600 groups in it", eraseGroups);
     print("undo of deleting them", eraseGroupsUndone);
+    print("deleting the 149,400 leaves in it", eraseLeaves);
+    print("undo of deleting those", eraseLeavesUndone);
 }
 
 }  // namespace bench

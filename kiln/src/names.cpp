@@ -153,8 +153,8 @@ SceneNameMaker::~SceneNameMaker() {
 }
 
 bool SceneNameMaker::taken(std::string_view name) const noexcept {
-    if (added_.contains(name) || given_.contains(name)) return true;
-    return registry_ && registry_->sceneNames && registry_->sceneNames->contains(name);
+    if (registry_ && registry_->sceneNames && registry_->sceneNames->contains(name)) return true;
+    return added_.contains(name) || given_.contains(name);
 }
 
 std::string SceneNameMaker::numbered(const std::string& base) {

@@ -20,17 +20,17 @@ void ClientLink::sendEdit(BrowserEvent event, const TreeItem& edited, BrowserIte
     sendTogether({edited.node}, [&] { send(event, edited.handle, second, argument, argument2); });
 }
 
-bool ClientLink::edit(const std::vector<NodeHandle>& shownAfter,
+bool ClientLink::edit(const std::vector<NodeHandle>& shownAfter, double effort,
                       const std::function<bool(const NodeCommands&)>& command) {
     if (!commands_) return false;
     bool done = false;
-    sendTogether(shownAfter, [&] { done = command(*commands_); });
+    sendTogether(shownAfter, effort, [&] { done = command(*commands_); });
     return done;
 }
 
 // The refresh is posted: the control itself may have begun the edit and must end it first. A posted
 // message still comes before the tree is painted.
-void ClientLink::sendTogether(const std::vector<NodeHandle>& shownAfter,
+void ClientLink::sendTogether(const std::vector<NodeHandle>& shownAfter, double effort,
                               const std::function<void()>& sendEdits) {
     if (editing_) return sendEdits();
     struct Editing {
@@ -40,7 +40,7 @@ void ClientLink::sendTogether(const std::vector<NodeHandle>& shownAfter,
     };
     const Editing editing{*this, shownAfter};
     editing_ = true;
-    effort_ = 0;
+    effort_ = effort;
     sendEdits();
 }
 

@@ -37,14 +37,17 @@ public:
                   std::uintptr_t argument = 0, std::uintptr_t argument2 = 0);
 
     /// Has the client carry out one of its commands, by which it changes the scene and the tree
-    /// with it. `shownAfter`, as it is then, is selected after a refresh that comes of it. Returns
-    /// what the command does; false where there are none.
-    bool edit(const std::vector<NodeHandle>& shownAfter,
+    /// with it. `shownAfter`, as it is then, is selected after a refresh that comes of it; `effort`
+    /// is that of the control, as far as it is known beforehand. Returns what the command does;
+    /// false where there are none.
+    bool edit(const std::vector<NodeHandle>& shownAfter, double effort,
               const std::function<bool(const NodeCommands&)>& command);
 
     /// Sends several edits: a refresh that comes of them comes once, after the last.
     void sendTogether(const std::vector<NodeHandle>& shownAfter,
-                      const std::function<void()>& sendEdits);
+                      const std::function<void()>& sendEdits) {
+        sendTogether(shownAfter, 0, sendEdits);
+    }
 
     /// The nodes to select after the refresh that has been posted.
     std::vector<NodeHandle> takeShownAfter() noexcept { return std::exchange(shownAfter_, {}); }
@@ -62,6 +65,8 @@ public:
     void treeEmptied() noexcept { treeLeft_ = false; }
 
 private:
+    void sendTogether(const std::vector<NodeHandle>& shownAfter, double effort,
+                      const std::function<void()>& sendEdits);
     void endEdits(const std::vector<NodeHandle>& shownAfter) noexcept;
 
     const framework::CWnd& form_;

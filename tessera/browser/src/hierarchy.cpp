@@ -205,6 +205,7 @@ NodeHandle Hierarchy::nodeOfItem(HTREEITEM item) {
 
 void Hierarchy::deleteNode(HTREEITEM item) {
     if (!item) return clear();
+    if (client_->isTreeLeft()) return;
     const TreeItem* const found = tree_.Find(item);
     if (!found || leavesTree(tree_.Refill().effortOfDeleting(*found, true))) return;
     {

@@ -96,13 +96,16 @@ void NodeClipboard::duplicate() {
 bool NodeClipboard::makeCopies(const std::vector<TreeItem*>& originals, const TreeItem* target) {
     std::vector<HTREEITEM> items;
     std::vector<HTREEITEM> parents;
+    double effort = 0;
     for (const TreeItem* item : originals) {
+        const TreeItem& parent = target ? *target : *item->parent;
         items.push_back(item->handle);
-        parents.push_back(target ? target->handle : item->parent->handle);
+        parents.push_back(parent.handle);
+        effort += tree_.Refill().effortOfAddingLike(*item, parent);
     }
     std::vector<NodeHandle> made(items.size());
     const RedrawPause pause(tree_);
-    const bool done = client_.edit(made, [&](const NodeCommands& commands) {
+    const bool done = client_.edit(made, effort, [&](const NodeCommands& commands) {
         return commands.copy(items.data(), parents.data(), items.size(), !target, made.data(),
                              client_.clientData());
     });
@@ -121,7 +124,11 @@ void NodeClipboard::remove() {
     std::vector<HTREEITEM> items;
     const std::vector<TreeItem*> originals = chosen();
     items.reserve(originals.size());
-    for (const TreeItem* item : originals) items.push_back(item->handle);
+    double effort = 0;
+    for (const TreeItem* item : originals) {
+        items.push_back(item->handle);
+        effort += tree_.Refill().effortOfDeleting(*item, true);
+    }
     const TreeItem* next = originals.back();
     while (next->next && next->next->selected) next = next->next;
     const TreeItem* before = originals.back()->previous;
@@ -130,7 +137,7 @@ void NodeClipboard::remove() {
     const HTREEITEM left = next->handle;
     const NodeHandle node = next->node;
     const RedrawPause pause(tree_);
-    const bool done = client_.edit({node}, [&](const NodeCommands& commands) {
+    const bool done = client_.edit({node}, effort, [&](const NodeCommands& commands) {
         return commands.remove(items.data(), items.size(), client_.clientData());
     });
     if (!done) return beepSimply();

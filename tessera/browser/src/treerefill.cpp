@@ -72,6 +72,11 @@ double TreeRefill::effortOfAdding(const TreeItem* parent) noexcept {
     return parent ? static_cast<double>(parent->madeBehind) : 0;
 }
 
+double TreeRefill::effortOfAddingLike(const TreeItem& top, const TreeItem& parent) const {
+    const auto below = static_cast<double>(TreeModel::sizeOf(top) - 1);
+    return effortOfAdding(&parent) + below * static_cast<double>(tree_.Model().allItems());
+}
+
 bool TreeRefill::isTooMuch(double effort) noexcept {
     return effort > kMostEffort;
 }

@@ -35,6 +35,9 @@ public:
     /// them, in the order in which they were made, to find one.
     double effortOfDeleting(const TreeItem& top, bool itself) const;
     static double effortOfAdding(const TreeItem* parent) noexcept;
+    /// That of adding as many items as `top` is and has below it, one of them below `parent` and
+    /// the others below that one.
+    double effortOfAddingLike(const TreeItem& top, const TreeItem& parent) const;
     /// Whether that takes so long that another control is filled sooner.
     static bool isTooMuch(double effort) noexcept;
 

@@ -7,7 +7,6 @@
 
 #include <cstring>
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
 namespace tessera {
@@ -93,18 +92,23 @@ INode* copySubtree(Interface& host, INode& top, INode& parent) {
     ForEachInSubtree(&top, [&](INode& node) { originals.push_back(&node); });
     const std::unique_ptr<NameMaker> names(host.NewNameMaker(true));
     if (!names) throw std::bad_alloc();
-    const TimeValue now = host.GetTime();
-    std::unordered_map<const INode*, INode*> copies;
+    struct Copied {
+        const INode* original;
+        INode* copy;
+    };
+    std::vector<Copied> way;  // from the top to the node copied last
     for (INode* original : originals) {
+        while (!way.empty() && way.back().original != original->GetParentNode()) way.pop_back();
         CStr name(original->GetName());
         names->MakeUniqueName(name);
         INode* const copy = newNode(host, *original, name);
-        INode* const above = original == &top ? &parent : copies[original->GetParentNode()];
+        INode* const above = way.empty() ? &parent : way.back().copy;
         if (!copy || !above->AttachChild(copy, false)) return nullptr;
         copyState(host, *original, *copy);
-        copies[original] = copy;
+        way.push_back({original, copy});
     }
-    INode* const copy = copies[&top];
+    const TimeValue now = host.GetTime();
+    INode* const copy = way.front().copy;
     if (top.GetParentNode() != &parent) copy->SetNodeTM(now, top.GetNodeTM(now));
     copy->SetGroupMember(parent.IsGroupHead());
     return copy;
