@@ -272,6 +272,12 @@ TEST_F(ReferencesTest, FlagsOfAReferenceSayWhosePalettesCount) {
     outer.push();
     outer.record(kFltExternalRef, Bytes().field("inner.flt", 200).zeros(12));
     folder.write(u8"outer.flt", outer.pop());
+    FltBytes passing;
+    palettes(passing, 0xFF00FF00, {0, 1, 0});
+    passing.push().record(
+        kFltExternalRef, Bytes().field("inner.flt", 200).zeros(4).u32(kFltOverrideColors).zeros(4));
+    folder.write(u8"passing.flt", passing.pop());
+    folder.write(u8"again.flt", inner);
     FltBytes file;
     palettes(file, 0xFFFF0000, {0, 0, 1});
     file.push();
@@ -279,7 +285,9 @@ TEST_F(ReferencesTest, FlagsOfAReferenceSayWhosePalettesCount) {
     for (const auto& [name, flags] : {std::pair{"inner.flt", 0U},
                                       {"inner.flt", 0U + kFltOverrideColors},
                                       {"inner.flt", 0U + kFltOverrideMaterials},
-                                      {"outer.flt", 0U + kFltOverrideColors}}) {
+                                      {"outer.flt", 0U + kFltOverrideColors},
+                                      {"passing.flt", 0U + kFltOverrideColors},
+                                      {"again.flt", 0U}}) {
         file.record(kFltExternalRef, Bytes().field(name, 200).zeros(4).u32(flags).zeros(4));
         file.matrix(0, y, 0);
         y += 10;
@@ -300,6 +308,10 @@ TEST_F(ReferencesTest, FlagsOfAReferenceSayWhosePalettesCount) {
     EXPECT_EQ(strongest(0, 2), 'r');
     EXPECT_EQ(strongest(20, 2), 'b') << "the scene's material";
     EXPECT_EQ(strongest(0, 3), 'r') << "a reference within that says nothing has it as it is";
+    camera.lookFrom({10, 30, 80}, {10, 30.01, 0});
+    draw();
+    EXPECT_EQ(strongest(0, 4), 'b') << "one that says so passes on what it was given";
+    EXPECT_EQ(strongest(0, 5), 'r') << "and what comes behind has its own again";
 }
 
 // The file's own: a red picture, thin lines and a light for all sides; the scene's: a blue picture,

@@ -4,6 +4,7 @@
 #include <base/paths.h>
 #include <fltkilnutil/sourcerecords.h>
 #include <fltkilnutil/texturemaps.h>
+#include <kiln/host/searchfolders.h>
 #include <quillon/fltfilereader.h>
 #include <quillon/fltinstance.h>
 #include <quillon/flttext.h>
@@ -181,12 +182,15 @@ TEST_F(XRefTest, EntriesAreFoundOrAddedUnlessTheReferenceHasTakenThePaletteOver)
     }
 }
 
+// It needs 7, which needs 0. Of the scene there is another 7.
 TEST_F(XRefTest, APartBringsTheInstancesThatItNeedsUnderNumbersOfTheirOwn) {
     FltBytes model;
-    model.push().record(kFltInstanceDef, instance(7)).push().group("seen").pop();
+    model.push().record(kFltInstanceDef, instance(7)).push().group("seen").push();
+    model.record(kFltInstanceRef, instance(0)).pop().pop();
     model.record(kFltInstanceDef, instance(8)).push().group("unseen").pop();
-    model.group("here").group("there").matrix(0, 0, 4).push();
-    model.record(kFltInstanceRef, instance(7)).pop().pop();
+    model.record(kFltInstanceDef, instance(0)).push().group("far").pop();
+    model.group("here").matrix(1, 0, 0).push().group("there").matrix(0, 0, 4).push();
+    model.record(kFltInstanceRef, instance(7)).pop().pop().pop();
     folder.write("m.flt", model);
     FltBytes file;
     file.push().record(kFltInstanceDef, instance(7)).push().group("ours").pop();
@@ -194,23 +198,71 @@ TEST_F(XRefTest, APartBringsTheInstancesThatItNeedsUnderNumbersOfTheirOwn) {
     read(file.pop());
     INode& group = *database->GetChildNode(1);
     xref::makeLocal(group);
-    ASSERT_EQ(group.NumberOfChildren(), 2);
-    INode &definition = *group.GetChildNode(0), &there = *group.GetChildNode(1);
+    EXPECT_EQ(kindOf(group), FltNodeKind::Group);
+    ASSERT_EQ(group.NumberOfChildren(), 3);
+    INode &definition = *group.GetChildNode(0), &inner = *group.GetChildNode(1),
+          &there = *group.GetChildNode(2);
     EXPECT_EQ(std::string(there.GetName()), "there");
-    EXPECT_EQ(there.GetNodeTM(0).GetTrans(), (Point3{0, 0, 4}));
+    EXPECT_EQ(there.GetNodeTM(0).GetTrans(), (Point3{1, 0, 4})) << "as far as from its origin";
     EXPECT_EQ(std::string(definition.GetChildNode(0)->GetName()), "seen");
-    EXPECT_EQ(numberOf(definition), 0);
-    EXPECT_EQ(numberOf(*there.GetChildNode(0)), 0);
+    EXPECT_EQ(std::string(inner.GetChildNode(0)->GetName()), "far");
+    EXPECT_EQ(numberOf(inner), 0) << "which is free";
+    EXPECT_EQ(numberOf(definition), 1) << "7 and 0 are taken";
+    EXPECT_EQ(numberOf(*there.GetChildNode(0)), 1);
+    EXPECT_EQ(numberOf(*definition.GetChildNode(0)->GetChildNode(0)), 0);
     EXPECT_EQ(numberOf(*database->GetChildNode(0)), 7);
     EXPECT_EQ(host.GetINodeByName("unseen"), nullptr);
 }
 
+TEST_F(XRefTest, AReferenceBecomesWhatItsNodesCanHangBelow) {
+    FltBytes model = square(FltBytes(), "g", {});
+    model.record(kFltLightSource, Bytes().field("sun", 8).zeros(52));
+    model.record(kFltInstanceRef, instance(3)).record(kFltInstanceDef, instance(3)).push();
+    model.group("seen").pop().group("own").push().record(kFltInstanceDef, instance(4)).push();
+    model.group("in").pop().record(kFltInstanceRef, instance(4)).pop();
+    folder.write("m.flt", model.pop());
+    folder.write("nothing.flt", FltBytes());
+    FltBytes file;
+    file.push();
+    for (const char* const name : {"m.flt<fa>", "m.flt<sun>", "nothing.flt", "m.flt<own>", "m.flt"})
+        file.record(kFltExternalRef, reference(name));
+    read(file.pop());
+    for (const auto& [kind, children] : {std::pair{FltNodeKind::Object, 1},
+                                         {FltNodeKind::Group, 1},
+                                         {FltNodeKind::Group, 0},
+                                         {FltNodeKind::Group, 1},
+                                         {FltNodeKind::Group, 5}}) {
+        INode& next = *database->GetChildNode(0);
+        xref::makeLocal(next);
+        EXPECT_EQ(kindOf(next), kind) << next.GetName();
+        EXPECT_EQ(next.NumberOfChildren(), children) << next.GetName();
+        if (database->NumberOfChildren() > 1) host.DeleteNode(&next);
+    }
+    INode& whole = *database->GetChildNode(0);
+    ASSERT_EQ(whole.NumberOfChildren(), 5);
+    EXPECT_EQ(kindOf(*whole.GetChildNode(2)), FltNodeKind::InstanceRef) << "in the file's order";
+    EXPECT_EQ(kindOf(*whole.GetChildNode(3)), FltNodeKind::InstanceDef);
+}
+
+TEST_F(XRefTest, FilesAreLookedForInTheUsersFoldersToo) {
+    folder.write("models/elsewhere.flt", FltBytes());
+    FltBytes file;
+    read(file.push().record(kFltExternalRef, reference("elsewhere.flt")).pop());
+    INode& node = *database->GetChildNode(0);
+    EXPECT_EQ(xref::fileOf(node), std::nullopt);
+    kiln::setSearchFolders(core, {folder.file("models")});
+    EXPECT_TRUE(std::filesystem::equivalent(fileOf(node), folder.file("models/elsewhere.flt")));
+    kiln::setSearchFolders(core, {});
+}
+
 TEST_F(XRefTest, WhatCannotBeMadeLocalStaysAsItIs) {
     folder.write("damaged.flt", Bytes().text("no such file"));
+    folder.write("solo.flt", FltBytes("solo"));
     folder.write("good.flt", square(FltBytes(), "g", {}).pop());
     FltBytes file;
     file.push().group("g");
-    for (const char* const name : {"none.flt", "damaged.flt", "good.flt<nowhere>", "<part>"})
+    for (const char* const name :
+         {"none.flt", "damaged.flt", "good.flt<nowhere>", "<part>", "solo.flt<solo>"})
         file.record(kFltExternalRef, reference(name));
     read(file.pop());
     const auto reason = [&](int child) {
@@ -221,6 +273,7 @@ TEST_F(XRefTest, WhatCannotBeMadeLocalStaysAsItIs) {
     EXPECT_THAT(reason(2), testing::HasSubstr("damaged.flt"));
     EXPECT_THAT(reason(3), testing::HasSubstr("nowhere"));
     EXPECT_THAT(reason(4), testing::HasSubstr("names no file"));
+    EXPECT_THAT(reason(5), testing::HasSubstr("solo")) << "a file is no part of itself";
     EXPECT_THAT(refused([&] { xref::makeLocal(*host.GetRootNode()); }),
                 testing::HasSubstr("no reference"));
     INode& loose = *database->GetChildNode(3);
@@ -246,17 +299,24 @@ TEST_F(XRefTest, ANodeIsWrittenAboutItsOriginAndAReferenceStandsInItsPlace) {
         .push()
         .group("before")
         .group("m")
-        .matrix(0, 5, 0);
+        .matrix(0, 5, 0)
+        .record(kFltReplicate, Bytes().u16(1).u16(0));
     file.push().record(kFltFace, FaceOf{.texture = 0}.body("fa")).push().list({0, 1, 2}).pop();
-    file.record(kFltExternalRef, reference("other.flt")).pop().group("after");
+    const std::string absolute = folder.file("other.flt");
+    file.record(kFltExternalRef, reference("other.flt"));
+    file.record(kFltExternalRef, reference(absolute)).pop().group("after");
     read(file.pop());
     INode& model = node("m");
     fltPutComment(&model, "of the model");
     const std::string before = core.sceneText(), path = folder.file("models/m.flt");
+    EXPECT_FALSE(fltkilnutil::sourceRecordsOf(model).attached.empty());
     EXPECT_EQ(xref::collapse(model, path, false), "models/m.flt");
     EXPECT_EQ(tree(), "airfield(before,m,after)");
     EXPECT_EQ(kindOf(model), FltNodeKind::XRef);
     EXPECT_EQ(fileNamedBy(model), "models/m.flt");
+    EXPECT_TRUE(fltkilnutil::sourceRecordsOf(model).attached.empty()) << "that is in the file";
+    std::string comment;
+    EXPECT_FALSE(fltGetComment(&model, comment) && !comment.empty()) << "as is this";
     EXPECT_EQ(model.GetNodeTM(0).GetTrans(), (Point3{0, 5, 0}));
     EXPECT_THAT(pictures(), testing::ElementsAre("wood.rgb", "b.rgb")) << "the scene's stay";
     expectUndoTo(before);
@@ -275,10 +335,24 @@ TEST_F(XRefTest, ANodeIsWrittenAboutItsOriginAndAReferenceStandsInItsPlace) {
     EXPECT_EQ(cornerOf("fa"), (Point3{2, 0, 0}));
     EXPECT_THAT(pictures(), testing::ElementsAre("../wood.rgb", "b.rgb"));
     EXPECT_EQ(fileNamedBy(node("x001")), "../other.flt");
-    std::string comment;
+    EXPECT_EQ(fileNamedBy(node("x002")), absolute);
     EXPECT_TRUE(fltGetComment(database->GetChildNode(0), comment) && comment == "of the model");
     // An older file gives way when it may.
     EXPECT_EQ(xref::collapse(*database->GetChildNode(0), path, true), "m.flt");
+    // What only it shows itself goes with it.
+    read(FltBytes()
+             .push()
+             .group("g")
+             .push()
+             .record(kFltInstanceDef, instance(1))
+             .push()
+             .group("seen")
+             .pop()
+             .record(kFltInstanceRef, instance(1))
+             .pop()
+             .pop());
+    EXPECT_EQ(xref::collapse(*database->GetChildNode(0), folder.file("OWN.FLT"), false),
+              "../OWN.FLT");
 }
 
 TEST_F(XRefTest, WhatCannotBecomeAReferenceStaysAsItIs) {
@@ -292,13 +366,14 @@ TEST_F(XRefTest, WhatCannotBecomeAReferenceStaysAsItIs) {
         return refused([&] { xref::collapse(node, folder.file(name.c_str()), false); });
     };
     const std::size_t files = folder.fileCount();
-    for (INode* const wrong : {&node("fa"), database, database->GetChildNode(1),
-                               database->GetChildNode(2), host.GetRootNode()})
+    for (INode* const wrong :
+         {&node("fa"), database, node("g").GetChildNode(0), database->GetChildNode(1),
+          database->GetChildNode(2), host.GetRootNode()})
         EXPECT_THAT(reason(*wrong, "m.flt"), testing::HasSubstr("cannot stand for"));
     EXPECT_THAT(reason(node("g"), "m.flt"), testing::HasSubstr("instances elsewhere"));
     EXPECT_THAT(reason(node("o"), "m.txt"), testing::HasSubstr(".flt"));
     EXPECT_THAT(reason(node("o"), "none/m.flt"), testing::HasSubstr("cannot write"));
-    EXPECT_THAT(reason(node("o"), std::string(210, 'm') + ".flt"), testing::HasSubstr("too long"));
+    EXPECT_THAT(reason(node("o"), std::string(197, 'm') + ".flt"), testing::HasSubstr("too long"));
     EXPECT_EQ(folder.fileCount(), files);
 }
 
