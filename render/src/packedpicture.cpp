@@ -159,4 +159,13 @@ Picture readPackedPicture(std::span<const std::uint8_t> bytes) {
     return picture;
 }
 
+std::size_t inflate(std::span<const std::uint8_t> from, std::span<std::uint8_t> to) {
+    constexpr std::size_t kMost = std::numeric_limits<int>::max();
+    if (from.size() > kMost || to.size() > kMost) return 0;
+    const int filled = stbi_zlib_decode_buffer(
+        reinterpret_cast<char*>(to.data()), static_cast<int>(to.size()),
+        reinterpret_cast<const char*>(from.data()), static_cast<int>(from.size()));
+    return static_cast<std::size_t>(std::max(filled, 0));
+}
+
 }  // namespace render

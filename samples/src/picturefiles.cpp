@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <iterator>
+#include <memory>
+#include <new>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -52,6 +53,17 @@ std::string written(const Write& write) {
     };
     if (write(append, &bytes) == 0) throw std::runtime_error("cannot write a picture");
     return bytes;
+}
+
+std::string deflated(std::string plain) {
+    constexpr int kQuality = 8;
+    int size = 0;
+    const std::unique_ptr<unsigned char, void (*)(void*)> packed(
+        stbi_zlib_compress(reinterpret_cast<unsigned char*>(plain.data()),
+                           static_cast<int>(plain.size()), &size, kQuality),
+        std::free);
+    if (!packed) throw std::bad_alloc();
+    return {packed.get(), packed.get() + size};
 }
 
 using Block = std::array<std::uint32_t, 16>;  // texels, from the upper left on
@@ -168,14 +180,30 @@ std::string bmpPicture(const Painting& paint) {
 }
 
 std::string tiffPicture(const Painting& paint) {
-    const std::pair<std::size_t, std::size_t> fields[] = {
-        {256, kSide}, {257, kSide}, {258, 8},
-        {259, 1},     {262, 2},     {273, 122},
-        {277, 3},     {278, kSide}, {279, kSide * kSide * 3}};
-    std::string bytes = "II" + little(42, 2) + little(8, 4) + little(std::size(fields), 2);
-    for (const auto& [tag, value] : fields)
-        bytes += little(tag, 2) + little(4, 2) + little(1, 4) + little(value, 4);
-    return bytes + little(0, 4) + texels(paint, false, false, true);
+    constexpr std::size_t kTile = 48, kTiles = 4, kFields = 10, kHead = 8 + 2 + kFields * 12 + 4;
+    const std::string rows = texels(paint, false, false, true);
+    std::string places, lengths, tiles;
+    for (std::size_t i = 0; i < kTiles; ++i) {
+        const std::size_t left = i % 2 * kTile, top = i / 2 * kTile;
+        std::string tile(kTile * kTile * 3, '\0');
+        for (std::size_t y = 0; y < std::min(kTile, kSide - top); ++y)
+            rows.copy(&tile[y * kTile * 3], std::min(kTile, kSide - left) * 3,
+                      ((top + y) * kSide + left) * 3);
+        const std::string packed = deflated(tile);
+        places += little(kHead + 2 * kTiles * 4 + tiles.size(), 4);
+        lengths += little(packed.size(), 4);
+        tiles += packed;
+    }
+    const std::array<std::size_t, 3> fields[kFields] = {
+        {256, 1, kSide},      {257, 1, kSide},
+        {258, 1, 8},          {259, 1, 8},
+        {262, 1, 2},          {277, 1, 3},
+        {322, 1, kTile},      {323, 1, kTile},
+        {324, kTiles, kHead}, {325, kTiles, kHead + kTiles * 4}};
+    std::string bytes = "II" + little(42, 2) + little(8, 4) + little(kFields, 2);
+    for (const auto& [tag, count, value] : fields)
+        bytes += little(tag, 2) + little(4, 2) + little(count, 4) + little(value, 4);
+    return bytes + little(0, 4) + places + lengths + tiles;
 }
 
 std::string pngPicture(const Painting& paint) {

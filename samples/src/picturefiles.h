@@ -18,6 +18,7 @@ using Painting = std::function<std::uint32_t(std::size_t x, std::size_t y)>;
 std::string sgiPicture(const Painting& paint, unsigned channels);
 std::string tgaPicture(const Painting& paint);
 std::string bmpPicture(const Painting& paint);
+/// In deflated tiles, which reach beyond it.
 std::string tiffPicture(const Painting& paint);
 std::string pngPicture(const Painting& paint);
 std::string jpegPicture(const Painting& paint);

@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+#include <memory>
+
 #include <render/pngfile.h>
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #define STB_IMAGE_WRITE_STATIC
@@ -511,16 +514,196 @@ TEST(TiffPicture, RefusesWhatItCannotShow) {
     EXPECT_EQ(faultOf(tiff(false, {{257, 1}}, {})), PictureFault::kEmpty);
     EXPECT_EQ(faultOf(tiff(false, {{256, 65535}, {257, 65535}}, {})), PictureFault::kTooLarge);
     for (const Field& other :
-         Fields{{259, 7}, {262, 5}, {284, 2}, {322, 16}, {258, 16}, {277, 9}}) {
+         Fields{{259, 7}, {262, 5}, {284, 3}, {258, 32}, {277, 9}, {317, 3}, {339, 3}}) {
         Fields fields = one;
         std::erase_if(fields, [&](const Field& field) { return field.tag == other.tag; });
         fields.push_back(other);
         EXPECT_EQ(faultOf(tiff(true, fields, {1, 2, 3})), PictureFault::kUnknownKind) << other.tag;
     }
-    for (const Field& ofBits : Fields{{262, 3}, {277, 2}})
-        EXPECT_EQ(faultOf(tiff(true, {{256, 1}, {257, 1}, ofBits}, {1, 2, 3})),
-                  PictureFault::kUnknownKind)
-            << "with single bits: " << ofBits.tag;
+    EXPECT_EQ(faultOf(tiff(true, {{256, 1}, {257, 1}, {277, 2}}, {1, 2, 3})),
+              PictureFault::kUnknownKind)
+        << "with single bits";
+    const auto tiles = [](unsigned width, unsigned height) {
+        return faultOf(
+            tiff(true, {{256, 1}, {257, 1}, {258, 8}, {322, width}, {323, height}}, {1, 2, 3}));
+    };
+    EXPECT_EQ(tiles(16, 0), PictureFault::kEmpty);
+    EXPECT_EQ(tiles(0, 16), PictureFault::kEmpty);
+    EXPECT_EQ(tiles(65535, 65535), PictureFault::kTooLarge);
+    EXPECT_EQ(tiles(4096, 4112), PictureFault::kTooLarge) << "larger than the largest picture";
+    EXPECT_EQ(tiles(16, 16), PictureFault::kCutShort) << "there are none";
+    const Fields many = {{256, 4096}, {257, 4096}, {258, 8}, {322, 8}, {323, 8}};
+    EXPECT_EQ(faultOf(tiff(true, many, {})), PictureFault::kTooLarge);
+}
+
+/// How a picture of three columns and five rows is stored.
+struct TiffForm {
+    bool isBig = false, isTiled = true;
+    unsigned bits = 8, photometric = 2, samples = 3, planes = 1, compression = 1, predictor = 1;
+    unsigned width = 2, height = 2;  ///< of its blocks
+};
+
+constexpr unsigned kColumns = 3, kRows = 5;
+
+/// What a channel has, rows counted from above. Where tiles reach beyond the picture it goes on.
+unsigned channelAt(unsigned x, unsigned y, unsigned channel, unsigned bits) {
+    return (x * 53 + y * 31 + channel * 97 + 5) & ((1U << bits) - 1);
+}
+
+Bytes deflated(Bytes plain) {
+    int size = 0;
+    const std::unique_ptr<unsigned char, void (*)(void*)> packed(
+        stbi_zlib_compress(plain.data(), static_cast<int>(plain.size()), &size, 8), std::free);
+    return {packed.get(), packed.get() + size};
+}
+
+/// How many fields such a file has.
+constexpr unsigned fieldsOf(const TiffForm& form) {
+    return form.isTiled ? 15 : 12;
+}
+
+/// Behind its fields are the places of its blocks, their lengths, the palette and the blocks.
+Bytes tiffOf(const TiffForm& form) {
+    const auto put = [&](Bytes& to, unsigned value, unsigned size) {
+        for (unsigned i = 0; i < size; ++i)
+            to.push_back(std::uint8_t(value >> 8 * (form.isBig ? size - 1 - i : i)));
+    };
+    std::vector<Bytes> blocks;
+    const unsigned together = form.planes == 1 ? form.samples : 1;
+    const unsigned width = form.isTiled ? form.width : kColumns;
+    for (unsigned plane = 0; plane < form.samples / together; ++plane)
+        for (unsigned top = 0; top < kRows; top += form.height)
+            for (unsigned left = 0; left < kColumns; left += width) {
+                const unsigned rows =
+                    form.isTiled ? form.height : std::min(form.height, kRows - top);
+                Bytes plain;
+                for (unsigned y = top; y < top + rows; ++y) {
+                    unsigned held = 0, count = 0;
+                    for (unsigned i = 0; i < width * together; ++i) {
+                        const auto at = [&](unsigned x, unsigned channel) {
+                            return channelAt(x, y, channel, form.bits);
+                        };
+                        const unsigned x = left + i / together, channel = plane + i % together;
+                        unsigned value = at(x, channel);
+                        if (form.predictor == 2 && x > left) value -= at(x - 1, channel);
+                        if (form.bits >= 8) {
+                            put(plain, value, form.bits / 8);
+                            continue;
+                        }
+                        held |= value << (8 - form.bits - count);
+                        count += form.bits;
+                        if (count < 8 && i + 1 < width) continue;
+                        plain.push_back(std::uint8_t(held));
+                        held = count = 0;
+                    }
+                }
+                blocks.push_back(form.compression == 1 ? plain : deflated(plain));
+            }
+    const unsigned count = static_cast<unsigned>(blocks.size());
+    const unsigned colors = form.photometric == 3 ? 3U << form.bits : 0;
+    const unsigned places = behind(fieldsOf(form)), lengths = places + 4 * count;
+    const unsigned palette = lengths + 4 * count;
+    Fields fields = {
+        {256, kColumns},          {257, kRows},        {258, form.bits},   {259, form.compression},
+        {262, form.photometric},  {277, form.samples}, {284, form.planes}, {317, form.predictor},
+        {320, palette, 3, colors}};
+    if (form.isTiled)
+        fields.insert(
+            fields.end(),
+            {{322, width}, {323, form.height}, {324, places, 4, count}, {325, lengths, 4, count}});
+    else
+        fields.insert(fields.end(),
+                      {{278, form.height}, {273, places, 4, count}, {279, lengths, 4, count}});
+    Bytes body;
+    unsigned place = palette + 2 * colors;
+    for (const Bytes& block : blocks)
+        put(body, place, 4), place += static_cast<unsigned>(block.size());
+    for (const Bytes& block : blocks) put(body, static_cast<unsigned>(block.size()), 4);
+    // A palette of inverted grey, a bit greener and bluer.
+    for (unsigned i = 0; i < colors; ++i)
+        put(body, (255 - i % (colors / 3)) << 8 ^ (i / (colors / 3) << 8), 2);
+    for (const Bytes& block : blocks) body = joined(body, block);
+    return tiff(form.isBig, fields, body);
+}
+
+std::vector<std::uint32_t> texelsOf(const TiffForm& form) {
+    std::vector<std::uint32_t> texels;
+    for (unsigned y = kRows; y-- > 0;)
+        for (unsigned x = 0; x < kColumns; ++x) {
+            const auto at = [&](unsigned channel) -> std::uint32_t {
+                const unsigned value = channelAt(x, y, channel, form.bits);
+                return form.bits == 16 ? value >> 8 : value;
+            };
+            const unsigned colors = form.photometric == 2 ? 3 : 1;
+            const std::uint32_t alpha = form.samples > colors ? at(colors) : 255;
+            std::uint32_t color = at(0) << 16 | at(1) << 8 | at(2);
+            if (colors == 1)
+                color = at(0) * (form.bits < 8 ? 255 / ((1U << form.bits) - 1) : 1) * 0x010101;
+            if (form.photometric == 3)
+                color = (255 - at(0)) << 16 | ((255 - at(0)) ^ 1) << 8 | ((255 - at(0)) ^ 2);
+            texels.push_back(alpha << 24 | color);
+        }
+    return texels;
+}
+
+TEST(TiffPicture, ReadsTilesPlanesAndWhatIsDeflated) {
+    std::vector<TiffForm> forms;
+    for (const bool isBig : {false, true})
+        for (const bool isTiled : {false, true})
+            for (const unsigned planes : {1U, 2U})
+                for (const unsigned bits : {8U, 16U})
+                    for (const unsigned samples : {3U, 4U})
+                        for (const unsigned predictor : {1U, 2U})
+                            forms.push_back({.isBig = isBig,
+                                             .isTiled = isTiled,
+                                             .bits = bits,
+                                             .samples = samples,
+                                             .planes = planes,
+                                             .compression = 8,
+                                             .predictor = predictor});
+    for (const unsigned bits : {1U, 2U, 4U, 8U})
+        for (const unsigned photometric : {1U, 3U})
+            forms.push_back(
+                {.bits = bits, .photometric = photometric, .samples = 1, .compression = 32946});
+    forms.push_back({.photometric = 1, .samples = 2});
+    forms.push_back({.width = 16, .height = 4});
+    for (const TiffForm& form : forms) {
+        SCOPED_TRACE(testing::Message()
+                     << form.isBig << form.isTiled << " bits " << form.bits << " photometric "
+                     << form.photometric << " samples " << form.samples << " planes " << form.planes
+                     << " compression " << form.compression << " predictor " << form.predictor);
+        const Bytes bytes = tiffOf(form);
+        EXPECT_EQ(readPicture(bytes).texels, texelsOf(form));
+        // Of what is deflated the end mark and the sum may be missing.
+        const std::size_t behind = form.compression == 1 ? 0 : 5;
+        for (std::size_t length = 8; length + behind < bytes.size(); ++length)
+            EXPECT_EQ(faultOf(Bytes(bytes.begin(), bytes.begin() + std::ptrdiff_t(length))),
+                      PictureFault::kCutShort)
+                << length;
+    }
+}
+
+TEST(TiffPicture, RefusesBlocksThatShareTooMuch) {
+    for (const unsigned planes : {1U, 2U}) {
+        const TiffForm form{
+            .isTiled = false, .samples = 4, .planes = planes, .compression = 32773, .height = 1};
+        Bytes bytes = tiffOf(form);
+        // Each of the five or twenty is all of the file, whose first byte begins many others.
+        const auto places = bytes.begin() + behind(fieldsOf(form));
+        const std::ptrdiff_t size = 4 * 5 * (planes == 1 ? 1 : 4);
+        std::fill(places, places + size, std::uint8_t{0});
+        std::fill(places + size, places + 2 * size, std::uint8_t{255});
+        EXPECT_EQ(faultOf(bytes),
+                  planes == 1 ? PictureFault::kUnreadable : PictureFault::kTooLarge);
+    }
+}
+
+TEST(TiffPicture, RefusesDeflatedTilesOfAnotherSize) {
+    const Fields one = {{256, 2}, {257, 2}, {258, 8}, {259, 8}};
+    EXPECT_EQ(readPicture(tiff(false, one, deflated({1, 2, 3, 4}))).texels.size(), 4U);
+    EXPECT_EQ(faultOf(tiff(false, one, deflated({1, 2, 3}))), PictureFault::kCutShort);
+    EXPECT_EQ(faultOf(tiff(false, one, deflated({1, 2, 3, 4, 5}))), PictureFault::kCutShort);
+    EXPECT_EQ(faultOf(tiff(false, one, {9, 9, 9, 9, 9, 9, 9, 9})), PictureFault::kCutShort);
 }
 
 TEST(TextureUseTest, IsWhatTheFileBesideAPictureSays) {

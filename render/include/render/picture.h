@@ -37,9 +37,9 @@ private:
 Picture readSgiPicture(std::span<const std::uint8_t> bytes);
 
 /// Reads a picture of any of these formats, whatever its file is called: SGI; PNG, JPEG, TGA, BMP
-/// and GIF; DDS in blocks of the kinds BC1 to BC3; TIFF, in strips of 8 bits a channel or 1. A file
-/// that ends before its picture is refused, and so is one that would take much more memory than
-/// what it shows. Throws `PictureError`, and `std::bad_alloc`.
+/// and GIF; DDS in blocks of the kinds BC1 to BC3; TIFF, of 16 bits a channel at most. A file that
+/// ends before its picture is refused, and so is one that would take much more memory than what it
+/// shows. Throws `PictureError`, and `std::bad_alloc`.
 Picture readPicture(std::span<const std::uint8_t> bytes);
 
 /// The bytes of a plain SGI picture with 8 bits a channel: of one channel the red of each texel, of
