@@ -88,8 +88,11 @@ PaletteForm paletteFormOf(const FltLightPoint& light) {
     const bool isStill =
         recordBytes(animation, kFltRevision) == recordBytes(FltLightPointAnimation(), kFltRevision);
     if (isStill) return form;
+    // A sequence without steps does nothing, and keeps the values as the light point does.
     animation.type = light.flags & FltLightPoint::kRotates ? FltLightPointAnimation::kRotating
-                                                           : FltLightPointAnimation::kStrobe;
+                     : light.flags & FltLightPoint::kFlashes
+                         ? FltLightPointAnimation::kStrobe
+                         : FltLightPointAnimation::kFlashingSequence;
     form.animation = animation;
     return form;
 }

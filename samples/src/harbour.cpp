@@ -534,6 +534,7 @@ FltScene lighthouse() {
     flash.intensity = 1;
     flash.minPixelSize = 4;
     flash.maxPixelSize = 10;
+    flash.flags = FltLightPoint::kFlashes;
     flash.animationPeriod = 2;
     flash.animationEnabledPeriod = 1;
     scene.root.add(flash).setPoints({{0, 0, 23.8}}, kRed);
@@ -552,6 +553,7 @@ void addQuayLights(Node& parent) {
         record.intensity = 1;
         record.minPixelSize = 3;
         record.maxPixelSize = 8;
+        record.flags = FltLightPoint::kFlashes;
         record.animationPeriod = 3;
         record.animationEnabledPeriod = 2;
         lights.add(record).setPoints({{-99.0 + 18 * i, -29.5, 0.4}}, i % 2 == 0 ? kRed : kGreen);

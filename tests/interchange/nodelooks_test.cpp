@@ -125,6 +125,9 @@ TEST_F(NodeLooksTest, LightPointsFlashOrTurnAsTheirRecordsSay) {
     record.animationEnabledPeriod = 0.5;
     record.axisZ = 1;
     ASSERT_TRUE(fltPutRecord(point, record));
+    EXPECT_FALSE(look(point).points->changes());
+    record.flags = FltLightPoint::kFlashes;
+    ASSERT_TRUE(fltPutRecord(point, record));
     EXPECT_EQ(look(point).points->period, 2);
     EXPECT_EQ(look(point).points->turn, 0);
     record.flags = FltLightPoint::kRotates;

@@ -477,6 +477,8 @@ TEST_F(ShownTest, LightPointsShineWhereTheirLobesReach) {
     record.animationPeriod = 2;
     record.animationEnabledPeriod = 0.5;
     record.animationPhaseDelay = 1;
+    EXPECT_TRUE(shownFrom(ahead)) << "the flag says whether it flashes";
+    record.flags = FltLightPoint::kFlashes;
     EXPECT_FALSE(shownFrom(ahead));
     options.seconds = 5.25;
     EXPECT_TRUE(shownFrom(ahead));
@@ -889,6 +891,7 @@ TEST_F(ShownTest, LightPointSystemsSwitchWeakenAndSteadyWhatIsBelow) {
     file.pop();
     INode* const top = import(file);
     FltLightPoint record;
+    record.flags = FltLightPoint::kFlashes;
     record.animationPeriod = 2;
     record.animationEnabledPeriod = 1;
     const auto addPoint = [&](int system, double x, double y) {

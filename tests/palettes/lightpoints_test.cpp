@@ -49,7 +49,7 @@ std::vector<std::uint8_t> padded(std::uint16_t opcode, std::vector<Bytes> bodies
 }
 
 using LightPoints = PaletteScene;
-constexpr std::uint32_t kFlags = 0x50818000, kRotates = 0x50A18000;
+constexpr std::uint32_t kFlags = 0x50C18000, kRotates = 0x50A18000, kStill = 0x50818000;
 
 }  // namespace
 
@@ -57,7 +57,7 @@ TEST_F(LightPoints, GoIntoPalettesAndBack) {
     auto other = words(kRotates), same = words(kFlags);
     same[30] = 7;  // the draw order is the light point's own
     const std::vector<Bytes> points = {lightPoint("a", words(kFlags)), lightPoint("b", other),
-                                       lightPoint("c", same)};
+                                       lightPoint("c", same), lightPoint("e", words(kStill))};
     const Bytes longer = lightPoint("d", words(kFlags)).zeros(8).u32(5);
     FltBytes file;
     file.palette({{0, 0, 0}, {1, 0, 0}}).push().group("g").push();
@@ -65,34 +65,37 @@ TEST_F(LightPoints, GoIntoPalettesAndBack) {
     file.record(kFltLightPoint, longer);
     read(file.pop().pop());
     const std::vector<std::uint8_t> original = exportedRecords(kFltLightPoint);
-    ASSERT_EQ(original, padded(kFltLightPoint, {points[0], points[1], points[2], longer}));
+    ASSERT_EQ(original,
+              padded(kFltLightPoint, {points[0], points[1], points[2], points[3], longer}));
     const std::string before = core.sceneText();
 
     INode* const group[] = {&node("g")};
     palettes::ConvertedLightPoints converted = palettes::indexLightPoints(group);
-    EXPECT_EQ(converted.done, 3U);
+    EXPECT_EQ(converted.done, 4U);
     EXPECT_EQ(converted.passedOver, 1U) << "what stands behind its fields would be lost";
     expectUndoTo(before);
     EXPECT_FALSE(fltHasRecord(&node("a"))) << "of a light point";
-    EXPECT_EQ(
-        exportedRecords(kFltIndexedLightPoint),
-        padded(kFltIndexedLightPoint, {indexed("a", 0, 0, 0x3F80001E),
-                                       indexed("b", 1, 1, 0x3F80001E), indexed("c", 0, 0, 7)}));
+    EXPECT_EQ(exportedRecords(kFltIndexedLightPoint),
+              padded(kFltIndexedLightPoint,
+                     {indexed("a", 0, 0, 0x3F80001E), indexed("b", 1, 1, 0x3F80001E),
+                      indexed("c", 0, 0, 7), indexed("e", 2, 2, 0x3F80001E)}));
     EXPECT_EQ(exportedRecords(kFltLightPointAppearance),
               padded(kFltLightPointAppearance,
-                     {appearance("a", 0, words(kFlags)), appearance("b", 1, other)}));
+                     {appearance("a", 0, words(kFlags)), appearance("b", 1, other),
+                      appearance("e", 2, words(kStill))}));
     EXPECT_EQ(exportedRecords(kFltLightPointAnimation),
               padded(kFltLightPointAnimation,
-                     {animation("a", 0, words(kFlags), 2), animation("b", 1, other, 1)}));
+                     {animation("a", 0, words(kFlags), 2), animation("b", 1, other, 1),
+                      animation("e", 2, words(kStill), 0)}));
     EXPECT_EQ(palettes::usageOf(*database).of(Palette::kAppearance, 0), 2U);
-    EXPECT_EQ(exportedRecords(kFltVertexList).size(), 3U * 12);
+    EXPECT_EQ(exportedRecords(kFltVertexList).size(), 4U * 12);
 
     converted = palettes::inlineLightPoints(group);
-    EXPECT_EQ(converted.done, 3U);
+    EXPECT_EQ(converted.done, 4U);
     EXPECT_EQ(exportedRecords(kFltLightPoint), original);
     // And again, with the entries that are there.
-    EXPECT_EQ(palettes::indexLightPoints(group).done, 3U);
-    EXPECT_EQ(exportedRecords(kFltLightPointAppearance).size(), 2U * 416);
+    EXPECT_EQ(palettes::indexLightPoints(group).done, 4U);
+    EXPECT_EQ(exportedRecords(kFltLightPointAppearance).size(), 3U * 416);
 }
 
 // What a light point's own record has no place for stays with the palettes.

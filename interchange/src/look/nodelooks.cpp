@@ -136,6 +136,7 @@ void animate(LightPointLook& look, const FltLightPoint& light) {
         look.axis = Point3{light.axisX, light.axisY, light.axisZ};
         return;
     }
+    if ((light.flags & FltLightPoint::kFlashes) == 0) return;
     look.period = light.animationPeriod;
     look.delay = light.animationPhaseDelay;
     look.onTime = light.animationEnabledPeriod;

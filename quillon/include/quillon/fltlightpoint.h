@@ -8,7 +8,8 @@
 class FltLightPoint
     : public FltRecordOf<FltLightPoint, FltLightPointLook<FltNamedRec>, kFltLightPoint> {
 public:
-    static constexpr std::uint32_t kRotates = 0x200000;  ///< of the flags
+    static constexpr std::uint32_t kFlashes = 0x400000;  ///< of the flags
+    static constexpr std::uint32_t kRotates = 0x200000;
 
     // The rest of 32 words of 32 bits, which begin with `backColor`.
     float reserved = 0;  ///< kept and written back as read
