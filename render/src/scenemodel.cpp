@@ -17,6 +17,7 @@ void SceneModel::clear() {
     marks_.clear();
     lightLooks_.assign(1, {});
     lightSteps_.clear();
+    lightStepCount_ = 0;
     changes_ = false;
     lights_.clear();
     moved_.clear();
@@ -163,14 +164,32 @@ Box SceneModel::boxOfMarks(bool shownAlways) const {
 }
 
 std::uint32_t SceneModel::addLightLook(const LightPointLook& look) {
-    changes_ = changes_ || look.changes();
-    lightLooks_.push_back(look);
+    // Memory for a few hundred of the longest, or for ten thousands as they are.
+    constexpr std::size_t kMostSteps = 4'000'000;
+    // Neighbours change in a few ways, by turns.
+    constexpr std::ptrdiff_t kFew = 16;
+    LightPointLook added = look;
     if (const std::span steps(look.steps, look.stepCount); !steps.empty()) {
-        if (lightSteps_.empty() || !std::ranges::equal(*lightSteps_.back(), steps))
+        const auto end = lightSteps_.rend();
+        const auto few = lightSteps_.rbegin() + std::min(kFew, end - lightSteps_.rbegin());
+        const auto known = std::find_if(lightSteps_.rbegin(), few, [&](const auto& one) {
+            return std::ranges::equal(*one, steps);
+        });
+        if (known != few) {
+            added.steps = (*known)->data();
+        } else if (steps.size() <= kMostSteps - lightStepCount_) {
+            lightStepCount_ += steps.size();
             lightSteps_.push_back(
                 std::make_shared<const std::vector<LightPointStep>>(steps.begin(), steps.end()));
-        lightLooks_.back().steps = lightSteps_.back()->data();
+            added.steps = lightSteps_.back()->data();
+        } else {
+            added.steps = nullptr;
+            added.stepCount = 0;
+            added.period = 0;
+        }
     }
+    changes_ = changes_ || added.changes();
+    lightLooks_.push_back(added);
     return static_cast<std::uint32_t>(lightLooks_.size() - 1);
 }
 

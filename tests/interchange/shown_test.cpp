@@ -23,7 +23,9 @@
 #include <render/renderer.h>
 #include <render/scenefeed.h>
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <filesystem>
 #include <limits>
 #include <set>
@@ -578,6 +580,86 @@ TEST_F(IndexedPointsTest, ChangeAsTheirAnimationSays) {
     EXPECT_STREQ(seenAt(0, {50, 0, 1}), "none");
     EXPECT_STREQ(seenAt(2, {50, 0, 1}), "red");
     EXPECT_STREQ(seenAt(16), "red");
+}
+
+/// Points that send a text, and what their look has of it.
+class MorsePointsTest : public IndexedPointsTest {
+protected:
+    MorsePointsTest() {
+        appearance.intensity = 1;
+        appearance.minPixelSize = 8;
+        animation.type = FltLightPointAnimation::kMorseCode;
+    }
+    std::vector<LightPointStep> stepsOf(std::string_view text) {
+        std::ranges::fill(animation.morseText, '\0');
+        std::ranges::copy(text, animation.morseText);
+        open(appearance, animation);
+        NodeLook look;
+        source.BeginLooks(&host);
+        EXPECT_TRUE(source.GetLook(point, look));
+        period = look.points->period;
+        return {look.points->steps, look.points->steps + look.points->stepCount};
+    }
+    /// A sign for each dot of time: "=" where it is on.
+    std::string signsOf(std::string_view text, double dot) {
+        std::string signs;
+        for (const LightPointStep& step : stepsOf(text)) {
+            const double dots = double{step.seconds} / dot;
+            EXPECT_NEAR(dots, std::round(dots), 1e-4);
+            signs.append(static_cast<std::size_t>(std::lround(dots)), step.isOn ? '=' : '.');
+        }
+        EXPECT_NEAR(double{period}, static_cast<double>(signs.size()) * dot, 1e-4);
+        return signs;
+    }
+
+    FltLightPointAppearance appearance;
+    FltLightPointAnimation animation;
+    float period = 0;
+};
+
+TEST_F(MorsePointsTest, SendDotsAndDashesWithPausesOfOneThreeAndSevenDots) {
+    animation.wordRate = 12;
+    animation.characterRate = 24;  // of no account without Farnsworth timing
+    animation.phaseDelay = 1;
+    const std::string word = "=.===.===.=...=.===...=.===.=...=.=...=.=.=.......";
+    ASSERT_EQ(word.size(), 50U);
+    EXPECT_EQ(signsOf("SOS Paris", 0.1), "=.=.=...===.===.===...=.=.=......." + word);
+    for (const double time : {0., period * 1., period * 100.}) {
+        EXPECT_STREQ(seenAt(time + 1.05), "red");
+        EXPECT_STREQ(seenAt(time + 1.15), "none");
+        EXPECT_STREQ(seenAt(time + 1.65), "none") << "between letters";
+        EXPECT_STREQ(seenAt(time + 1.85), "red");
+        EXPECT_STREQ(seenAt(time + 2.05), "red") << "a dash";
+        EXPECT_STREQ(seenAt(time + 2.15), "none");
+    }
+    // What the code does not have parts words, however much of it there is.
+    EXPECT_EQ(signsOf(" e* \xC3\xA9\t#T", 0.1), "=.......===.......");
+    EXPECT_EQ(signsOf("5/@?", 0.1),
+              "=.=.=.=.=...===.=.=.===.=...=.===.===.=.===.=...=.=.===.===.=.=.......");
+    EXPECT_TRUE(stepsOf(" *").empty());
+    EXPECT_STREQ(seenAt(5), "red") << "without a text it stays on";
+}
+
+TEST_F(MorsePointsTest, SendAtTheRatesOfTheirRecord) {
+    EXPECT_EQ(signsOf("e", 0.15), "=.......") << "without any, as beacons do";
+    animation.characterRate = 24;
+    EXPECT_EQ(signsOf("e", 0.05), "=.......");
+    animation.wordRate = 12;
+    EXPECT_EQ(signsOf("e", 0.1), "=.......");
+    animation.morseTiming = FltLightPointAnimation::kFarnsworth;
+    const std::vector<LightPointStep> steps = stepsOf("paris");
+    EXPECT_NEAR(period, 5, 1e-4) << "twelve words a minute";
+    ASSERT_EQ(steps.size(), 28U);
+    EXPECT_NEAR(steps[1].seconds, 0.05, 1e-5) << "within a letter";
+    EXPECT_NEAR(steps[2].seconds, 0.15, 1e-5);
+    EXPECT_NEAR(steps[7].seconds, 3 * 3.45 / 19, 1e-5) << "between letters";
+    EXPECT_NEAR(steps[27].seconds, 7 * 3.45 / 19, 1e-5) << "between words";
+    animation.characterRate = 6;
+    EXPECT_EQ(signsOf("e", 0.1), "=.......") << "pauses are no shorter than usual";
+    animation.wordRate = -12;
+    EXPECT_EQ(signsOf("e", 0.2), "=.......");
+    // A text as long as its field, which has no end.
+    EXPECT_EQ(stepsOf(std::string(1024, '0')).size(), 1024U * 10);
 }
 
 /// A picture with one texel of each color, from left to right.

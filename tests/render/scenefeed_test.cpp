@@ -710,4 +710,26 @@ TEST_F(SceneFeedTest, KeepsBadMeshesAndDeepScenesFromDoingHarm) {
     EXPECT_EQ(feed_.counts().faces, 0u);
 }
 
+TEST(LightLooks, ShareTheirStepsAndStayOnBeyondAllMeasure) {
+    SceneModel model;
+    const std::vector<LightPointStep> one(3, {1, true, {}}), other(2, {1, false, {}});
+    const std::vector<LightPointStep> most(4'000'000 - 5, {1, true, {}}), few(4, {2, true, {}});
+    const auto look = [&](const std::vector<LightPointStep>& steps) {
+        LightPointLook added;
+        added.period = 3;
+        added.steps = steps.data();
+        added.stepCount = steps.size();
+        const std::uint32_t index = model.addLightLook(added);
+        return model.lightLooks()[index];
+    };
+    const LightPointStep* const first = look(one).steps;
+    EXPECT_NE(first, one.data()) << "a copy";
+    EXPECT_NE(look(other).steps, first);
+    EXPECT_EQ(look(one).steps, first);
+    EXPECT_EQ(look(most).stepCount, most.size());
+    EXPECT_FALSE(look(few).changes());
+    EXPECT_EQ(look(few).stepCount, 0U);
+    EXPECT_EQ(look(one).steps, first);
+}
+
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "../colors.h"
 #include "../sourcerecords.h"
+#include "morse.h"
 
 #include <fltkilnutil/kilnface.h>
 #include <fltkilnutil/kilnflt.h>
@@ -142,7 +143,8 @@ void animate(LightPointLook& look, const FltLightPoint& light) {
     look.onTime = light.animationEnabledPeriod;
 }
 
-/// The same by an entry of the animation palette. `steps` is where those of a sequence are put.
+/// The same by an entry of the animation palette. `steps` is where those of a sequence, or of a
+/// Morse code, are put.
 void animate(LightPointLook& look, const FltLightPointAnimation& animation,
              std::vector<LightPointStep>& steps) {
     constexpr std::uint32_t kOff = 1, kChanging = 2;
@@ -154,16 +156,21 @@ void animate(LightPointLook& look, const FltLightPointAnimation& animation,
         look.period = animation.period;
         look.delay = animation.phaseDelay;
         look.onTime = animation.enabledPeriod;
-    } else if (animation.type == FltLightPointAnimation::kFlashingSequence) {
-        look.delay = animation.phaseDelay;
+    } else {
         steps.clear();
-        for (const FltLightPointStep& step : animation.steps) {
-            if (!(step.duration > 0) || !std::isfinite(step.duration)) continue;
-            if (steps.size() == kMostSteps) break;
-            steps.push_back({step.duration, step.state != kOff, {}});
-            if (step.state == kChanging) steps.back().color = colorOfPacked(step.color);
-            look.period += step.duration;
+        if (animation.type == FltLightPointAnimation::kMorseCode) steps = morseStepsOf(animation);
+        if (animation.type == FltLightPointAnimation::kFlashingSequence) {
+            for (const FltLightPointStep& step : animation.steps) {
+                if (!(step.duration > 0) || !std::isfinite(step.duration)) continue;
+                if (steps.size() == kMostSteps) break;
+                steps.push_back({step.duration, step.state != kOff, {}});
+                if (step.state == kChanging) steps.back().color = colorOfPacked(step.color);
+            }
         }
+        double period = 0;
+        for (const LightPointStep& step : steps) period += double{step.seconds};
+        look.period = static_cast<float>(period);
+        look.delay = animation.phaseDelay;
         look.steps = steps.data();
         look.stepCount = steps.size();
     }

@@ -46,6 +46,8 @@ class FltLightPointAnimation
     : public FltRecordOf<FltLightPointAnimation, FltPaletteRec, kFltLightPointAnimation> {
 public:
     enum Type : std::int32_t { kFlashingSequence, kRotating, kStrobe, kMorseCode };
+    /// With Farnsworth timing characters are sent faster than words.
+    enum MorseTiming : std::int32_t { kStandard, kFarnsworth };
 
     char name[256] = {};  ///< NUL-padded
     std::int32_t index = 0;
@@ -55,10 +57,10 @@ public:
     FltPoint3f axis;  ///< of rotation
     std::uint32_t flags = 0;
     std::int32_t type = kFlashingSequence;
-    std::int32_t morseTiming = 0;
-    std::int32_t wordRate = 0;
-    std::int32_t characterRate = 0;
-    char morseText[1024] = {};    ///< NUL-padded
-    std::uint32_t stepCount = 0;  ///< as the record states it
+    std::int32_t morseTiming = kStandard;
+    std::int32_t wordRate = 0;       ///< words a minute, with the pauses between them
+    std::int32_t characterRate = 0;  ///< the same of characters, in words a minute too
+    char morseText[1024] = {};       ///< NUL-padded
+    std::uint32_t stepCount = 0;     ///< as the record states it
     std::vector<FltLightPointStep> steps;
 };

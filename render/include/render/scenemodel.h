@@ -252,7 +252,8 @@ public:
     void addMark(MarkKind kind, Vec3d world, Color color) { addMark(kind, world, color, open_); }
     /// The same, of an item that may be closed.
     void addMark(MarkKind kind, Vec3d world, Color color, ItemIndex item);
-    /// A look of light points; the ones added next have it. Its steps are copied.
+    /// A look of light points; the ones added next have it. Its steps are copied; where there are
+    /// millions in all, it has none and does not change.
     std::uint32_t addLightLook(const LightPointLook& look);
     void addLightPoint(Vec3d world, Color color, std::uint32_t look, Vec3 normal);
     /// A light that is not finite is left out.
@@ -383,8 +384,9 @@ private:
     std::vector<TexturePlace> texturePlaces_;
     std::vector<Mark> marks_;
     std::vector<LightPointLook> lightLooks_{1};
-    /// Where those of the looks are; of looks that follow one another with the same ones, once.
+    /// Where those of the looks are; of looks near one another with the same ones, once.
     std::vector<std::shared_ptr<const std::vector<LightPointStep>>> lightSteps_;
+    std::size_t lightStepCount_ = 0;
     bool changes_ = false;
     std::vector<Light> lights_;
     std::vector<Range> ranges_{1};
