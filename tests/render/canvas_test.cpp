@@ -421,7 +421,9 @@ TEST(Canvas, PicturesThatReplaceTheLightGetThatOfTheHour) {
         EXPECT_EQ(at.of(&white), asTexture) << static_cast<int>(how);
         EXPECT_EQ(at.of(nullptr, &white), asLayer) << static_cast<int>(how);
         at.color = {255, 255, 255};
-        if (how != How::kAdd) EXPECT_EQ(at.of(&white, &plain), asTexture) << static_cast<int>(how);
+        if (how != How::kAdd) {
+            EXPECT_EQ(at.of(&white, &plain), asTexture) << static_cast<int>(how);
+        }
     }
 }
 
