@@ -1,6 +1,7 @@
 // The form as a window: creation, handshake, title, layout, closing.
 #include "../support/overwrittenmemory.h"
 #include "../support/ownlog.h"
+#include "../support/seen.h"
 #include "browserfixture.h"
 
 #include <quillon/fltswitch.h>
@@ -180,14 +181,21 @@ TEST_F(BrowserForm, ASceneChangeLeavesOnlyRefresh) {
         added = add(nullptr, "root", 0);
         add(added, "child");
     };
-    const BrowserItem stale = add(nullptr, "stale");
+    INode* const node = BrowserTest::node(2);
+    fltPutComment(node, "of its own");
+    const BrowserItem stale = add(nullptr, "stale", node);
+    const long ofNone = Seen(grid()).children();
     browser().selectNode(stale);
+    EXPECT_GT(Seen(grid()).children(), ofNone);
+    EXPECT_EQ(text(control(IDC_COMMENT)), L"of its own");
     browser().sceneChanged();
     for (const int id : {IDC_TREE, IDC_UP, IDC_DOWN, IDC_SELECT_SET, IDC_SELECT_GET, IDC_EXPAND,
                          IDC_COLLAPSE, IDC_FIND, IDC_CREATE})
         EXPECT_FALSE(isEnabled(id)) << id;
     EXPECT_TRUE(isEnabled(IDC_REFRESH));
     EXPECT_EQ(text(control(IDC_NAME)), L"");
+    EXPECT_EQ(text(control(IDC_COMMENT)), L"");
+    EXPECT_EQ(Seen(grid()).children(), ofNone) << "no row of a node that may have gone";
     EXPECT_EQ(label(stale), L"stale") << "the tree stays until it is refreshed";
 
     push(IDC_REFRESH);
@@ -221,7 +229,8 @@ protected:
         root = add(nullptr, "root", rootNode);
         group = add(root, "group", groupNode);
         inside = add(group, "inside", insideNode);
-        for (int i = 0; i < 60; ++i) add(root, "further");
+        while (furtherNodes.size() < 60) furtherNodes.push_back(node(2));
+        for (INode* const further : furtherNodes) add(root, "further", further);
     }
     static bool follows(int milliseconds = 5000) {
         return testinput::pumpUntil([] { return isEnabled(IDC_UP); }, milliseconds);
@@ -231,6 +240,7 @@ protected:
     INode* const rootNode = node(2);
     INode* const groupNode = node(2);
     INode* const insideNode = node(2);
+    std::vector<INode*> furtherNodes;
     BrowserItem root = nullptr, group = nullptr, inside = nullptr;
     int rebuilt = 0;
 };
@@ -253,6 +263,15 @@ TEST_F(BrowserFollowing, ComesOnceAndKeepsBranchesPlaceNodeAndKeyboard) {
     EXPECT_EQ(GetFocus(), tree());
     testinput::pumpUntil([] { return false; }, 400);
     EXPECT_EQ(rebuilt, 1);
+    // And the next time, with the node far out of sight.
+    SendMessageW(tree(), WM_VSCROLL, SB_BOTTOM, 0);
+    const int scrolled = GetScrollPos(tree(), SB_VERT);
+    EXPECT_GT(scrolled, 0);
+    browser().sceneChanged();
+    EXPECT_TRUE(follows());
+    EXPECT_EQ(rebuilt, 2);
+    EXPECT_EQ(caret(), inside);
+    EXPECT_EQ(GetScrollPos(tree(), SB_VERT), scrolled);
 }
 
 TEST_F(BrowserFollowing, GivesTheCommentTheKeyboardBack) {
@@ -272,6 +291,9 @@ TEST_F(BrowserFollowing, LeavesTheKeyboardWithTheHostAndWaitsForIt) {
     browser().sceneChanged();
     EXPECT_FALSE(follows(500));
     EnableWindow(owner, TRUE);
+    EnableWindow(form(), FALSE);
+    EXPECT_FALSE(follows(300)) << "it asks something itself";
+    EnableWindow(form(), TRUE);
     SetCapture(owner);
     EXPECT_FALSE(follows(300)) << "the mouse is still held";
     ReleaseCapture();
@@ -500,6 +522,7 @@ TEST_F(BrowserForm, ALargeTreeGivesWayToAnotherSceneAtOnce) {
     EXPECT_NE(text(control(IDC_NAME)), L"") << "the form hears the new control";
     SetWindowPos(form(), nullptr, 0, 0, 900, 700, SWP_NOMOVE);
     EXPECT_EQ(sizeOf(tree()).cy - sizeOf(grid()).cy, below) << "and lays it out";
+    EXPECT_TRUE(nameless(form()).empty()) << "and names it";
 
     // The former one is emptied little by little.
     const auto left = [&] { return TreeView_GetCount(before); };
@@ -627,6 +650,9 @@ TEST_F(BrowserForm, TheKeyboardMovesTheSplitterAndTheColumns) {
     GetClientRect(grid(), &area);
     EXPECT_GE(dividerAt(), area.right / 12) << "neither column vanishes";
     EXPECT_LT(dividerAt(), divider);
+    for (int i = 0; i < 60; ++i) testinput::key(VK_RIGHT, {VK_MENU, VK_SHIFT});
+    EXPECT_LE(dividerAt(), area.right * 11 / 12);
+    EXPECT_GT(dividerAt(), divider);
 }
 
 TEST_F(BrowserForm, OpensWhereItWasLeftInThatScaling) {
@@ -668,6 +694,10 @@ TEST_F(BrowserForm, CaptionsAndValuesShareAWideFormUnlessTheUserHasSharedItOut) 
     ASSERT_GT(first, 50);
     widen(80);
     EXPECT_NEAR(captionPercent(), first, 1) << "it is not wide yet";
+    widen(420);
+    EXPECT_NEAR(captionPercent(), 45, 1);
+    widen(-420);
+    EXPECT_NEAR(captionPercent(), first, 1);
     widen(420);
     EXPECT_NEAR(captionPercent(), 45, 1);
     browser().destroy();

@@ -250,6 +250,19 @@ TEST_F(BrowserProperties, WhatTheNodeDidNotTakeIsShownAtOnce) {
     EXPECT_EQ(cell(), kept);
 }
 
+// Programs fill a form that nobody sees yet.
+TEST_F(BrowserProperties, AHiddenFormLeavesTheKeyboardWhereItIs) {
+    const HWND other = CreateWindowExW(0, L"STATIC", L"", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 900,
+                                       600, 300, 200, nullptr, nullptr, nullptr, nullptr);
+    browser().show(0);
+    ASSERT_TRUE(testinput::activate(other));
+    SetFocus(other);
+    browser().selectNode(add(root, "group", node(2)));
+    EXPECT_NE(text(control(IDC_NAME)), L"");
+    EXPECT_EQ(GetFocus(), other);
+    DestroyWindow(other);
+}
+
 TEST_F(BrowserProperties, ASwitchIsShownButNotEdited) {
     INode* const chosen = node(96);
     browser().selectNode(add(root, "switch", chosen));
@@ -435,6 +448,9 @@ TEST_F(BrowserProperties, SelectedCellsDoNotOutliveTheNode) {
     EXPECT_EQ(before[0], before[1]);
     EXPECT_NE(before[0], GetSysColor(COLOR_BTNFACE)) << "that would look like a heading";
     EXPECT_EQ(before[2], white);
+    browser().selectNode(items[0]);
+    testinput::pump();
+    EXPECT_EQ(colors(), before) << "it is still the same node";
     browser().selectNode(items[1]);
     testinput::pump();
     EXPECT_EQ(colors(), std::vector<COLORREF>(3, white));
