@@ -600,7 +600,7 @@ void PaletteWindow::enableActions() {
         {IDC_DELETE, isEntry},
         {IDC_CHOOSE, (colors && counts) || (isEntry && palette_ == Palette::kTexture)},
         {IDC_COMPACT, isThere && !colors},
-        {IDC_IMPORT, isThere && !colors},
+        {IDC_IMPORT, isThere},
         {IDC_SELECT_USERS, counts},
         {IDC_ASSIGN, counts},
         {IDC_PICK, isThere},

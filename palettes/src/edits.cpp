@@ -565,10 +565,114 @@ std::size_t assign(INode& database, std::span<INode* const> nodes, Palette palet
 
 // ---------------------------------------------------------------- other files
 
+namespace {
+
+/// Which entries of the database become colors of another palette.
+class ColorPlaces {
+public:
+    /// The database's colors, and all of the others, may be of either form.
+    ColorPlaces(const Database& database, const FltColorPalette& ours,
+                const FltColorPalette& theirs)
+        : database_(database), usage_(usageOf(database.node())) {
+        if (usage_.unseen[Palette::kColor]) throw Refusal(CoreText::kUsedUnseen);
+        for (std::size_t i = 0; i < ours.entryCount(); ++i) {
+            own_.push_back(keyOf(ours.entry(i)));
+            ++counts_[own_.back()];
+        }
+        std::vector<std::size_t> wanting;
+        for (std::size_t i = 0; i < theirs.entryCount(); ++i) {
+            if (!wanted_.insert(keyOf(theirs.entry(i))).second) continue;
+            if (!counts_.contains(keyOf(theirs.entry(i)))) wanting.push_back(i);
+        }
+        std::erase_if(wanting, [this](std::size_t entry) {
+            return isFree(entry) && (take(entry, entry), true);
+        });
+        // Then those that are not missed.
+        const auto takeAll = [&](bool onlyDoubled) {
+            auto next = wanting.begin();
+            for (std::size_t place = 0; place < own_.size() && next != wanting.end(); ++place)
+                if (isFree(place) && (!onlyDoubled || counts_[own_[place]] > 1))
+                    take(place, *next++);
+            wanting.erase(wanting.begin(), next);
+        };
+        takeAll(true);
+        takeAll(false);
+        if (!wanting.empty()) throw Refusal(CoreText::kNoColorPlaces);
+    }
+
+    /// By the place in the database, the entry of the others.
+    const std::map<std::size_t, std::size_t>& taken() const noexcept { return taken_; }
+
+private:
+    static COLORREF keyOf(const FltPackedColor& color) { return fltkilnutil::colorRefOf(color); }
+
+    /// Nobody uses the entry or has named it, and what is to be there does not go with it.
+    bool isFree(std::size_t place) const {
+        if (place >= own_.size() || taken_.contains(place)) return false;
+        const COLORREF color = own_[place];
+        const auto entry = static_cast<std::int32_t>(place);
+        return (!wanted_.contains(color) || counts_.at(color) > 1) &&
+               usage_.of(Palette::kColor, entry) == 0 && database_.colorName(entry).empty();
+    }
+    void take(std::size_t place, std::size_t entry) {
+        --counts_[own_[place]];
+        taken_.emplace(place, entry);
+    }
+
+    const Database& database_;
+    const Usage usage_;
+    std::vector<COLORREF> own_;
+    std::map<COLORREF, int> counts_;  // of those that are still there
+    std::set<COLORREF> wanted_;
+    std::map<std::size_t, std::size_t> taken_;
+};
+
+/// The colors of a file; none where it has none.
+FltColorPalette colorsOf(FltFileReader& reader) {
+    FltColorPalette colors;
+    while (reader.next())
+        if (reader.opcode() == kFltColorPalette) {
+            colors.readOfFile(reader.bytes(), reader.revision());
+            if (!colors.isWhole()) throw Refusal(CoreText::kOldColors);
+            break;
+        }
+    return colors;
+}
+
+std::size_t importColors(INode& node, FltFileReader& reader) {
+    const FltColorPalette theirs = colorsOf(reader);
+    if (theirs.entryCount() == 0) return 0;
+    FltColorNames names;
+    if (!theirs.isOld()) names.read(theirs.nameTable);
+    std::size_t count = 0;
+    Step step(CoreText::kAddStep);
+    editColors(
+        node, [&](const Database& database, const FltColorPalette& ours, FltColorPalette& after) {
+            const ColorPlaces places(database, ours, theirs);
+            count = places.taken().size();
+            for (const auto& [place, entry] : places.taken()) {
+                FltPackedColor& color = after.entry(place);
+                const FltPackedColor& taken = theirs.entry(entry);
+                color.red = taken.red;
+                color.green = taken.green;
+                color.blue = taken.blue;
+                const std::string name = names.of(static_cast<std::int32_t>(entry));
+                if (name.empty() || after.isOld()) continue;
+                if (!database.hasReadableColorNames()) throw Refusal(CoreText::kCutNames);
+                after.nameTable =
+                    FltColorNames::with(after.nameTable, static_cast<std::int32_t>(place), name);
+            }
+        });
+    if (count > 0) step.Commit();
+    return count;
+}
+
+}  // namespace
+
 std::size_t importEntries(INode& node, Palette palette, const std::string& file) {
-    refuseColors(palette);
     const FltFileBytes loaded = FltFileBytes::load(file);
     FltFileReader reader(loaded.bytes());
+    if (palette == Palette::kColor) return importColors(node, reader);
     const Database database(node);
     refuseTable(database, palette);
     // The body without the zeros that it may be padded with.

@@ -380,23 +380,98 @@ TEST_F(Edits, TheSceneFollowsEntries) {
     EXPECT_EQ(exportedRecords(kFltTexture), records(kFltTexture, {textureEntry("dir/c.rgb", 0)}));
 }
 
+/// The file on disk, in `folder`.
+std::string saved(const TemporaryFolder& folder, FltBytes file) {
+    std::string path = folder.file("other.flt");
+    const std::span<const std::uint8_t> bytes = file.push().group("g").pop();
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+    return path;
+}
+
 // Entries of another file that are not there yet come with indices of their own.
 TEST_F(Edits, EntriesComeFromOtherFiles) {
     FltBytes other("other");
     other.record(kFltTexture, textureEntry("a.rgb", 7))
         .record(kFltTexture, textureEntry("b.rgb", 1));
-    other.record(kFltTexture, textureEntry("b.rgb", 9)).push().group("g").pop();
-    const std::string path = folder.file("other.flt");
-    const std::span<const std::uint8_t> bytes = other;
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
+    const std::string path = saved(folder, other.record(kFltTexture, textureEntry("b.rgb", 9)));
     read(FltBytes().record(kFltTexture, textureEntry("a.rgb", 1)).push().group("g").pop());
     EXPECT_EQ(palettes::importEntries(*database, Palette::kTexture, path), 1U);
     EXPECT_EQ(palettes::importEntries(*database, Palette::kTexture, path), 0U);
     EXPECT_EQ(exportedRecords(kFltTexture),
               records(kFltTexture, {textureEntry("a.rgb", 1), textureEntry("b.rgb", 0)}));
     EXPECT_EQ(palettes::importEntries(*database, Palette::kMaterial, path), 0U);
+}
+
+Bytes withColor(Bytes palette, std::size_t entry, std::initializer_list<std::uint8_t> bgr) {
+    std::ranges::copy(bgr, palette.vector().begin() + static_cast<std::ptrdiff_t>(129 + 4 * entry));
+    return palette;
+}
+
+Bytes nameOfColor(unsigned entry, std::string_view name) {
+    const auto length = static_cast<unsigned>(9 + name.size());
+    return Bytes().u16(length).u16(0).u16(entry).u16(0).text(name).u8(0);
+}
+
+// In their places where those are free; what is used or named stays, and what is there already is
+// not taken twice.
+TEST_F(Edits, ColorsComeFromOtherFiles) {
+    Bytes theirs = grays(Bytes().u32(2).append(nameOfColor(3, "rust")).append(nameOfColor(9, "x")));
+    theirs = withColor(withColor(theirs, 3, {3, 2, 1}), 700, {9, 8, 7});
+    theirs = withColor(withColor(theirs, 5, {6, 5, 4}), 701, {6, 5, 4});
+    theirs = withColor(withColor(theirs, 702, {20, 21, 22}), 800, {30, 31, 32});
+    const std::string path = saved(folder, FltBytes().record(kFltColorPalette, theirs));
+    Bytes ours = grays(Bytes().u32(1).append(nameOfColor(3, "mine")));
+    // Colors that nothing else has, of which the other file has one.
+    ours = withColor(withColor(ours, 0, {1, 0, 0}), 800, {20, 21, 22});
+    FltBytes file;
+    file.record(kFltColorPalette, ours).push();
+    file.record(kFltFace, FaceOf{.color = 5 << 7}.body("f"));
+    read(file.record(kFltFace, FaceOf{.color = 1 << 7}.body("g")).pop());
+    const std::string before = core.sceneText();
+    EXPECT_EQ(palettes::importEntries(*database, Palette::kColor, path), 4U);
+    expectUndoTo(before);
+    EXPECT_EQ(palettes::importEntries(*database, Palette::kColor, path), 0U);
+    Bytes after =
+        grays(Bytes().u32(2).append(nameOfColor(3, "mine")).append(nameOfColor(2, "rust")));
+    after = withColor(withColor(after, 0, {1, 0, 0}), 700, {9, 8, 7});
+    after = withColor(withColor(after, 2, {3, 2, 1}), 4, {6, 5, 4});
+    after = withColor(withColor(after, 6, {30, 31, 32}), 800, {20, 21, 22});
+    EXPECT_EQ(exportedRecords(kFltColorPalette), records(kFltColorPalette, {after}));
+}
+
+TEST_F(Edits, AllColorsComeWhereThereAreNone) {
+    const Bytes theirs = grays(Bytes().u32(1).append(nameOfColor(200, "fog")));
+    const std::string path = saved(folder, FltBytes().record(kFltColorPalette, theirs));
+    read(FltBytes().push().group("g").pop());
+    EXPECT_EQ(palettes::importEntries(*database, Palette::kColor, path), 255U) << "and white";
+    const palettes::Database now(*database);
+    for (const std::int32_t entry : {0, 7, 200, 254})
+        EXPECT_EQ(palettes::colorAt(now, entry).green, entry);
+    EXPECT_EQ(now.colorName(200), "fog");
+    EXPECT_EQ(palettes::colorAt(now, 1023), (palettes::Rgb{255, 255, 255}));
+}
+
+TEST_F(Edits, ColorsThatDoNotFitStayWhereTheyAre) {
+    Bytes theirs = grays();
+    for (unsigned i = 0; i < 1024; ++i)
+        theirs = withColor(theirs, i,
+                           {static_cast<std::uint8_t>(i), 77, static_cast<std::uint8_t>(i >> 8)});
+    FltBytes file;
+    file.record(kFltColorPalette, grays()).push();
+    read(file.record(kFltFace, FaceOf{.color = 5 << 7}.body("f")).pop());
+    const std::string before = core.sceneText();
+    const auto refused = [&](const Bytes& record) {
+        const std::string path = saved(folder, FltBytes().record(kFltColorPalette, record));
+        return refusal([&] { palettes::importEntries(*database, Palette::kColor, path); });
+    };
+    EXPECT_EQ(refused(theirs), "all colors are in use");
+    EXPECT_EQ(refused(Bytes().zeros(128 + 4 * 100)),
+              "color palettes of this format are not edited");
+    const std::string none = saved(folder, FltBytes());
+    EXPECT_EQ(palettes::importEntries(*database, Palette::kColor, none), 0U);
+    EXPECT_EQ(core.sceneText(), before);
 }
 
 // The materials of a table become records, but for those that are there.
@@ -408,11 +483,7 @@ TEST_F(Edits, MaterialsComeFromTables) {
     };
     FltBytes other("other", 1420);
     other.record(kFltMaterialTable, row("steel", 12).append(row("brick", 3)).append(row("tin", 4)));
-    const std::string path = folder.file("table.flt");
-    const std::span<const std::uint8_t> bytes = other.push().group("g").pop();
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
+    const std::string path = saved(folder, other);
     const auto material = [](std::string_view name, std::uint32_t index, float shininess) {
         Bytes body = materialEntry(name, index);
         const Bytes value = Bytes().f32(shininess).f32(1).u32(0);

@@ -78,7 +78,9 @@ std::size_t assign(INode& database, std::span<INode* const> nodes, Palette palet
                    std::int32_t index);
 
 /// Adds those entries of the palette in another file (UTF-8) that the database does not have with
-/// another index; returns how many. Throws `FltFileError` and `std::system_error` too.
+/// another index; returns how many. A color takes the place that it has there, with its name, where
+/// nobody uses or has named what is in it; otherwise that of another such entry, first of one whose
+/// color another one has too. Throws `FltFileError` and `std::system_error` too.
 std::size_t importEntries(INode& database, Palette palette, const std::string& file);
 
 }  // namespace palettes
