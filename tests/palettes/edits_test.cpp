@@ -4,8 +4,11 @@
 #include <fltkilnutil/kilnlight.h>
 #include <fltkilnutil/texturemaps.h>
 #include <kiln/mesh.h>
+#include <quillon/fltlightpointpalettes.h>
 #include <quillon/fltlightsource.h>
 #include <quillon/fltopcode.h>
+
+#include <array>
 
 namespace {
 
@@ -131,6 +134,21 @@ TEST_F(Edits, MakePalettesThatAreNotThere) {
         FltBytes().palette({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}}).push().polygon("f", {0, 1, 2}).pop());
     palettes::addEntry(*database, Palette::kMaterial, "steel");
     palettes::addEntry(*database, Palette::kAnimation, "blink");
+    const std::initializer_list<std::array<const char*, 2>> morse = {{"type", "3"},
+                                                                     {"morseTiming", "1"},
+                                                                     {"wordRate", "12"},
+                                                                     {"characterRate", "18"},
+                                                                     {"morseText", "SOS PARIS"}};
+    for (const auto& [field, value] : morse) set(Palette::kAnimation, 0, field, value);
+    EXPECT_EQ(refusal([&] { set(Palette::kAnimation, 0, "wordRate", "fast"); }),
+              "the field wordRate cannot be fast");
+    FltLightPointAnimation blink;
+    blink.readBytes(exportedRecords(kFltLightPointAnimation), kFltRevision);
+    EXPECT_EQ(blink.type, FltLightPointAnimation::kMorseCode);
+    EXPECT_EQ(blink.morseTiming, FltLightPointAnimation::kFarnsworth);
+    EXPECT_EQ(blink.wordRate, 12);
+    EXPECT_EQ(blink.characterRate, 18);
+    EXPECT_STREQ(blink.morseText, "SOS PARIS");
     EXPECT_EQ(palettes::findOrAddColor(*database, {1, 2, 3}), 127);
     const std::vector<std::uint8_t> file = exported();
     std::vector<int> opcodes;
