@@ -325,10 +325,13 @@ TEST_F(RendererTest, ByNightItIsDarkButForWhatShines) {
     TextureUse use;
     use.color = TextureUse::Color::kReplace;
     const Texture picture({1, 1, {0xFFC0C0C0}}, Texture::kMostBits, use);
-    Surface pictured, outlined;
+    Surface pictured, outlined, edged;
     pictured.texture = &picture;
     outlined.style = DrawStyle::kOutline;
-    const Vec3d places[] = {{-20, 0, 0}, {0, 0, 0}, {8, 0, 0}, {16, 0, 0}, {24, 0, 0}, {32, 0, 0}};
+    edged.style = DrawStyle::kSurfaceAndOutline;
+    edged.outline = 0xFFFFFF;
+    const Vec3d places[] = {{-20, 0, 0}, {0, 0, 0},  {8, 0, 0}, {16, 0, 0},
+                            {24, 0, 0},  {32, 0, 0}, {40, 0, 0}};
     for (const Vec3d place : places) {
         scene_.beginItem();
         for (const Vec3d corner : {Vec3d{-3, -3, 0}, Vec3d{3, -3, 0}, Vec3d{0, 3, 0}})
@@ -337,6 +340,7 @@ TEST_F(RendererTest, ByNightItIsDarkButForWhatShines) {
         if (place.x == 16) scene_.setSurface(shining);
         if (place.x == 24) scene_.setSurface(pictured);
         if (place.x == 32) scene_.setSurface(outlined);
+        if (place.x == 40) scene_.setSurface(edged);
         scene_.addTriangle(0, 1, 2, kGrey);
         scene_.endItem();
     }
@@ -350,8 +354,9 @@ TEST_F(RendererTest, ByNightItIsDarkButForWhatShines) {
         options.time = time;
         renderer_.draw(scene_, camera_, options, canvas_);
         std::vector<int> seen;
-        for (const Vec3d place : {places[0], places[1], places[2], places[3], Vec3d{0, 12, 0},
-                                  places[4], places[5] - Vec3d{0, 3, 0}}) {
+        for (const Vec3d place :
+             {places[0], places[1], places[2], places[3], Vec3d{0, 12, 0}, places[4],
+              places[5] - Vec3d{0, 3, 0}, places[6] - Vec3d{0, 3, 0}}) {
             const auto at = *camera_.project(place);
             seen.push_back(static_cast<int>(
                 canvas_.pixel(static_cast<int>(at.x), static_cast<int>(at.y)) >> 8 & 0xFF));
@@ -362,7 +367,7 @@ TEST_F(RendererTest, ByNightItIsDarkButForWhatShines) {
     const std::vector<int> any = brightness(TimeOfDay::kAny), dusk = brightness(TimeOfDay::kDusk),
                            night = brightness(TimeOfDay::kNight);
     EXPECT_EQ(brightness(TimeOfDay::kDay), any);
-    for (const std::size_t dark : {1U, 2U, 5U, 6U, 7U}) {
+    for (const std::size_t dark : {1U, 2U, 5U, 6U, 7U, 8U}) {
         EXPECT_LT(night[dark] * 3, any[dark]) << dark;
         EXPECT_GT(dusk[dark], night[dark]) << dark;
         EXPECT_LT(dusk[dark], any[dark]) << dark;
@@ -577,6 +582,49 @@ TEST_F(RendererTest, WhatIsTransparentLetsThroughWhatIsBehind) {
     EXPECT_EQ(canvas_.item(wireX, wireY), 2u);
 }
 
+// What lies on a pane is seen through it from both sides, where the farther one would come first.
+TEST_F(RendererTest, TransparentLayersLieOnWhatIsBelowThem) {
+    Surface pane, marking;
+    pane.opacity = marking.opacity = 0.5f;
+    marking.layer = 1;
+    addFloor(scene_, 10, 0, 0xFF0000, pane);
+    addFloor(scene_, 40, 0, 0x0000FF, marking);
+    addFloor(scene_, 5, 6, 0x00FF00, pane);
+    for (const double side : {-60., 60.}) {
+        ASSERT_TRUE(camera_.lookFrom({side, 1, 30}, {}));
+        draw();
+        const ScreenPoint at = *camera_.project({-8, 0, 0});
+        const Color seen = canvas_.pixel(static_cast<int>(at.x), static_cast<int>(at.y));
+        EXPECT_GT(seen & 0xFF, (seen >> 16) + 30) << side;
+    }
+    camera_.setView(View::kTop);
+    camera_.frame(scene_.items().front().box);
+    draw();
+    const ScreenPoint at = *camera_.project({1, 0, 6});
+    const Color seen = canvas_.pixel(static_cast<int>(at.x), static_cast<int>(at.y));
+    EXPECT_GT(seen & 0xFF, seen >> 8 & 0xFF) << "the layer comes before the distance";
+}
+
+TEST_F(RendererTest, OutlinesAreAsWideAsTheyAreToldWhereSurfacesAreShown) {
+    ASSERT_TRUE(camera_.lookFrom({20, -30, 9}, {1, 0, 0}));
+    const auto covered = [&](DrawMode mode, std::uint8_t width) {
+        scene_.clear();
+        Surface outline;
+        outline.style = DrawStyle::kOutline;
+        outline.lineWidth = width;
+        addFloor(scene_, 10, 0, 0x00FF00, outline);
+        draw(mode);
+        int count = 0;
+        for (int y = 0; y < kHeight; ++y)
+            for (int x = 0; x < kWidth; ++x) count += canvas_.item(x, y) == 0;
+        return count;
+    };
+    const int thin = covered(DrawMode::kShaded, 1);
+    EXPECT_GT(thin, 300);
+    EXPECT_GT(covered(DrawMode::kShaded, 9), 3 * thin);
+    EXPECT_EQ(covered(DrawMode::kWireframe, 9), covered(DrawMode::kWireframe, 1));
+}
+
 // Places that a file may hold, at which no distance is a number.
 TEST_F(RendererTest, WhatIsBeyondAllMeasureLeavesTheOrderOfTheOthers) {
     constexpr int kFloors = 40, kTop = kFloors - 1;
@@ -640,13 +688,14 @@ TEST_F(RendererTest, ThePictureIsTheSameByAnyNumberOfThreads) {
             Surface surface;
             surface.opacity = i % 2 == 0 ? 0.5f : 1;
             surface.texture = &texture;
-            surface.style = DrawStyle::kSurfaceAndOutline;
+            surface.style = i % 4 == 1 ? DrawStyle::kFrontOnly : DrawStyle::kSurfaceAndOutline;
             surface.facing = i % 3 == 0 ? Facing::kEye : Facing::kFixed;
             for (const Vec3d corner : {Vec3d{0, 0, 0}, Vec3d{30, 0, 3}, Vec3d{0, 40, 9}})
                 scene_.addVertex(corner + Vec3d{i * 2. * spread, i * 1., i * 0.5});
             scene_.setSurface(surface);
             const TexturePlace places[] = {{0, 0}, {5, 0}, {0, 5}};
-            scene_.addTriangle(0, 1, 2, kGrey, Triangle::kAllEdges, places);
+            const std::uint32_t turned = i % 8 == 1 ? 1 : 0;  // its front looks elsewhere
+            scene_.addTriangle(0, 1 + turned, 2 - turned, kGrey, Triangle::kAllEdges, places);
             scene_.addMark(MarkKind::kLightPoint, {i * 2. * spread, 3, 9}, 0xFFFF00);
             scene_.endItem();
         }
@@ -1037,6 +1086,34 @@ TEST_F(RendererTest, WhatIsSmallerThanAPixelIsOne) {
     camera_.lookFrom({0, -20, 1}, {});
     draw();
     EXPECT_EQ(renderer_.trianglesDrawn(), 12u);
+}
+
+// It lets through what is behind, and its back is lit as its front.
+TEST_F(RendererTest, WhatIsSmallerThanAPixelLooksLikeWhatIsLarger) {
+    scene_.addLight({LightKind::kDirectional, {}, {0, 0, 1}, {1, 1, 1}});
+    const auto colorOf = [&](float opacity, double distance) {
+        SceneModel scene;
+        scene.addLight(scene_.lights()[0]);
+        scene.beginItem();
+        for (const Vec3d corner :
+             {Vec3d{-1, -1, 0}, Vec3d{1, -1, 0}, Vec3d{1, 1, 0}, Vec3d{-1, 1, 0}})
+            scene.addVertex(corner);
+        Surface surface;
+        surface.opacity = opacity;
+        scene.setSurface(surface);
+        for (const std::uint32_t i : {0U, 1U}) {
+            scene.addTriangle(0, 1 + i, 2 + i, 0xC00000);
+            scene.addTriangle(0, 1 + i, 2 + i, 0xC00000);
+        }
+        scene.endItem();
+        camera_.lookFrom({0, 0.01, -distance}, {});
+        renderer_.draw(scene, camera_, {DrawMode::kShaded, false, false, 1}, canvas_);
+        const ScreenPoint at = *camera_.project({});
+        return static_cast<int>(canvas_.pixel(static_cast<int>(at.x), static_cast<int>(at.y)) >>
+                                16);
+    };
+    EXPECT_NEAR(colorOf(1, 4000), colorOf(1, 10), 2);
+    EXPECT_LT(colorOf(0.5f, 4000), colorOf(1, 4000) - 20);
 }
 
 }  // namespace
