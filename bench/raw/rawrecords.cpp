@@ -1,6 +1,8 @@
 #include "rawrecords.h"
 
+#include <cmath>
 #include <cstring>
+#include <limits>
 
 namespace raw {
 
@@ -63,6 +65,14 @@ std::size_t lengthOf(const std::uint8_t* in, std::size_t size, std::uint16_t opc
     if (size < 4 || get<std::uint16_t>(in) != opcode) return 0;
     const std::size_t length = get<std::uint16_t>(in + 2);
     return length >= need && length <= size ? length : 0;
+}
+
+// A finite double as a finite float.
+void putNarrowed(std::uint8_t* out, double value) {
+    constexpr float kLargest = std::numeric_limits<float>::max();
+    if (std::fabs(value) > double{kLargest} && !std::isinf(value))
+        return put(out, value < 0 ? -kLargest : kLargest);
+    put(out, static_cast<float>(value));
 }
 
 void setIfUnset(FltPoint3d& point, const FltPoint3d& value) {
@@ -752,9 +762,9 @@ std::size_t write(std::uint8_t* out, std::size_t room, const FltLightPoint& r) {
     put(out + 132, r.significance);
     put(out + 136, r.calligraphicDrawOrder);
     put(out + 140, r.flags);
-    put(out + 144, static_cast<float>(r.axisX));
-    put(out + 148, static_cast<float>(r.axisY));
-    put(out + 152, static_cast<float>(r.axisZ));
+    putNarrowed(out + 144, r.axisX);
+    putNarrowed(out + 148, r.axisY);
+    putNarrowed(out + 152, r.axisZ);
     std::memset(out + 156, 0, 4);
     return 160;
 }

@@ -94,12 +94,13 @@ struct ByteCodec {
         self().number(color.green);
         self().number(color.blue);
     }
+    /// A packed color, which has the byte order of the file in memory, moved as one number.
     constexpr void field(const char*, auto& color) requires requires { color.alpha, color.red; }
     {
-        self().number(color.alpha);
-        self().number(color.blue);
-        self().number(color.green);
-        self().number(color.red);
+        auto packed = fltSwapToBigEndian(std::bit_cast<std::uint32_t>(color));
+        self().number(packed);
+        if constexpr (Codec::kReads)
+            color = std::bit_cast<FltPackedColor>(fltSwapToBigEndian(packed));
     }
     void numbers(auto& list) {
         auto* each = list.data();
@@ -400,9 +401,10 @@ struct ShowCodec {
 
 }  // namespace
 
-// The common case of writing and reading is straight-line code without a call. What is rare stands
-// in functions of its own, which are left to as the last step, so that the common case has nothing
-// to keep for them.
+// The common case of writing and reading is straight-line code without a call, in one function
+// ("flatten") whatever the compiler thinks of its size: a codec that is passed to a function keeps
+// its place in memory, which takes twice as long. What is rare stands in functions of its own,
+// which are left to as the last step, so that the common case has nothing to keep for them.
 
 template <typename Store, typename Layout>
 [[gnu::noinline]] void writeFieldsInNewRoom(Layout layout, FltToken& token, std::uint16_t opcode,
@@ -414,7 +416,7 @@ template <typename Store, typename Layout>
 /// Puts a record of `opcode` with the fields that `layout`, called with a codec, names into
 /// `token`.
 template <typename Store = StoreCodec, typename Layout>
-inline void writeFields(FltToken& token, std::uint16_t opcode, Layout layout) {
+[[gnu::flatten]] inline void writeFields(FltToken& token, std::uint16_t opcode, Layout layout) {
     MeasureCodec measure;
     layout(measure);
     if (token.lacksRoomForBody(opcode, measure.size)) [[unlikely]]
@@ -433,7 +435,7 @@ template <typename Layout>
 /// Reads the fields that `layout` names from the body's byte `offset` on, wherever the cursor is.
 /// The record may be short. The cursor is of no use afterwards.
 template <typename Layout>
-inline void readBody(FltToken& token, Layout layout, std::uint16_t offset = 0) {
+[[gnu::flatten]] inline void readBody(FltToken& token, Layout layout, std::uint16_t offset = 0) {
     FixedSizeCodec measure;
     layout(measure);
     const std::uint8_t* place = token.body(measure.size, offset);

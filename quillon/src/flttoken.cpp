@@ -24,6 +24,7 @@ void FltToken::reset() noexcept {
 // Bytes that end before the record does, perhaps even before its header does.
 void FltToken::attachCut(const void* bytes, std::int32_t size) noexcept {
     buffer_ = static_cast<const std::uint8_t*>(bytes);
+    room_ = 0;
     words_[kOpcode] = 0;
     if (size >= 2) fltLoadBigEndian(buffer_, words_[kOpcode]);
     words_[kLength] = size < kHeaderSize ? std::uint16_t{0} : static_cast<std::uint16_t>(size);

@@ -8,15 +8,18 @@
 namespace {
 
 template <bool withNormal, bool withTexture>
-struct Kind {};
+struct Kind {
+    static constexpr FltOpcode kOpcode =
+        withTexture ? (withNormal ? kFltVertexWithTextureAndNormal : kFltVertexWithTexture)
+                    : (withNormal ? kFltVertexWithNormal : kFltVertexWithColor);
+};
 
-/// Calls `action` with the kind of the vertex, so that each kind gets code of its own.
+/// What `action` returns for the kind of the vertex; each kind gets code of its own.
 template <typename Action>
-void byKind(const FltVertex& vertex, Action&& action) {
+auto byKind(const FltVertex& vertex, Action&& action) {
     if (vertex.hasNormal)
-        vertex.hasTexture ? action(Kind<true, true>()) : action(Kind<true, false>());
-    else
-        vertex.hasTexture ? action(Kind<false, true>()) : action(Kind<false, false>());
+        return vertex.hasTexture ? action(Kind<true, true>()) : action(Kind<true, false>());
+    return vertex.hasTexture ? action(Kind<false, true>()) : action(Kind<false, false>());
 }
 
 template <bool withNormal, bool withTexture>
@@ -65,13 +68,12 @@ constinit const FltVertexView::Layout FltVertexView::kLayouts[] = {
 static_assert(placesOf<true, true>().position.end == FltVertexView::kShortest);
 
 std::uint16_t FltVertex::opcode() const {
-    if (hasTexture) return hasNormal ? kFltVertexWithTextureAndNormal : kFltVertexWithTexture;
-    return hasNormal ? kFltVertexWithNormal : kFltVertexWithColor;
+    return byKind(*this, [](auto kind) { return kind.kOpcode; });
 }
 
 void FltVertex::writeToken(FltToken& token, std::uint32_t) const {
     byKind(*this, [&](auto kind) {
-        quillon::writeFields(token, opcode(), [&](auto& codec) { layout(kind, codec, *this); });
+        quillon::writeFields(token, kind.kOpcode, [&](auto& codec) { layout(kind, codec, *this); });
     });
 }
 

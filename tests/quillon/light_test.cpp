@@ -72,13 +72,16 @@ TEST(LightPointTest, NarrowsItsAxis) {
     EXPECT_EQ(point.axisX, 0.100000001490116119384765625);
     EXPECT_EQ(point.axisZ, 1);
 
-    // Only what is infinite is stored as infinite.
+    // Only what is infinite is stored as infinite, and what is no number stays none.
     point.axisX = 1e300;
     point.axisY = -1e39;
     point.axisZ = -std::numeric_limits<double>::infinity();
     const Bytes large = encode(point);
     EXPECT_EQ(toHex({large.begin() + 144, large.begin() + 156}),
               toHex(hex("7F7FFFFF FF7FFFFF FF800000")));
+    point.axisX = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_EQ(encode(point)[144], 0x7F);
+    EXPECT_EQ(encode(point)[145], 0xC0);
 }
 
 TEST(LightPointTest, MovesItsWordsBitForBit) {

@@ -120,6 +120,27 @@ TEST(TokenTest, NeverWritesIntoAttachedBytes) {
     EXPECT_EQ(toHex(bytesOf(other)), toHex(hex("0002 0048 FF 00:59 12345678 'end!'")));
 }
 
+TEST(TokenTest, ReturnsFromAttachedBytesToItsOwnBlock) {
+    // Whole, cut within the record, cut within its header: none is room for what is written next.
+    const Bytes whole = hex("0002 0008 12345678");
+    for (const std::int32_t size : {8, 6, 3}) {
+        Bytes attached(whole.begin(), whole.begin() + size);
+        const Bytes bytes = attached;
+        FltToken token;
+        token.begin(2, 60);
+        token.attach(attached.data(), size);
+        std::memcpy(token.begin(3, 4), "abcd", 4);
+        token.finish();
+        EXPECT_EQ(toHex(bytesOf(token)), toHex(hex("0003 0008 'abcd'"))) << size;
+        token.attach(attached.data(), size);
+        token.grow(8);
+        token.rewind();
+        token.writeBytes(4, "efgh");
+        EXPECT_EQ(toHex({token.data() + 4, token.data() + 8}), toHex(hex("'efgh'"))) << size;
+        EXPECT_EQ(attached, bytes) << size;
+    }
+}
+
 TEST(TokenTest, BoundsTheLengthOfAttachedBytes) {
     const std::tuple<const char*, int, int> cases[] = {{"0002 FFFF 11", 2, 5},
                                                        {"0002 0002 11", 2, 2},

@@ -33,6 +33,7 @@ public:
         if (size < kHeaderSize) [[unlikely]]
             return attachCut(bytes, size);
         buffer_ = static_cast<const std::uint8_t*>(bytes);
+        room_ = 0;
         std::uint32_t head = 0;
         fltLoadBigEndian(buffer_, head);
         if (static_cast<std::uint16_t>(head) > size) [[unlikely]]
@@ -218,10 +219,7 @@ private:
         return opcode == kFltVertexList ? n : fltPaddedLength(n);
     }
     /// Whether a record of `size` bytes needs another block than the token has at hand.
-    bool lacksRoomFor(std::uint64_t size) const noexcept {
-        // One branch for both, so that the common case takes none.
-        return static_cast<bool>(static_cast<int>(size > room_) | static_cast<int>(!ownsBuffer()));
-    }
+    bool lacksRoomFor(std::uint64_t size) const noexcept { return size > room_; }
 
     template <FltNumber T>
     void readNumber(T& destination) noexcept {
@@ -253,5 +251,7 @@ private:
     const std::uint8_t* buffer_ = nullptr;   ///< the own block or the attached bytes
     std::unique_ptr<std::uint8_t[]> block_;  ///< kept through attachments, to be reused
     std::int32_t blockCapacity_ = 0;         ///< without the word of padding behind it
-    std::uint32_t room_ = 0;                 ///< the longest record that the block can hold
+    /// The longest record that the block can hold; 0 while it is not in use, so that room and
+    /// ownership are one condition.
+    std::uint32_t room_ = 0;
 };
