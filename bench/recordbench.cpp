@@ -11,7 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <list>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -24,25 +24,31 @@ constexpr std::uint32_t kRoom = 512;
 using Buffer = std::array<std::uint8_t, kRoom>;
 
 /// Memory of a page. Both sides of a comparison use the same bytes and the same record, which
-/// `Placed` puts into the second half of one, and no bytes beyond the first half of theirs: a store
-/// over the end of a page takes longer than a short record, and a load at the same place of its
-/// page as a recent store waits for that one. Where the heap and the stack happen to begin would
-/// otherwise make a ratio of 1 one of 3, or of a third.
+/// `Placed` puts into the second half of the page, as the token is; bytes are in the first half of
+/// this page or another. A store over the end of a page takes longer than a short record, and a
+/// load at the same place of its page as a recent store waits for that one. Where the heap and the
+/// stack happen to begin would otherwise make a ratio of 1 one of 3, or of a third.
 struct alignas(4096) Page {
     std::array<std::uint8_t, 2048> bytes{};
-    std::array<std::byte, 2048> object{};
+    std::array<std::byte, 1024> object{};
+    FltToken token;
 };
 Page page;
 
-/// A token with a block for `kRoom` bytes in the first half of a page, for all that is encoded.
+/// The token, with a block for `kRoom` bytes in the first half of a page.
 FltToken& token() {
-    static std::list<FltToken> tokens;
-    const auto isPlaced = [](const FltToken& tried) {
-        const auto place = reinterpret_cast<std::uintptr_t>(tried.data()) % sizeof(Page);
-        return place + kRoom <= page.bytes.size();
+    static std::vector<std::unique_ptr<std::uint8_t[]>> passedOver;
+    const auto isPlaced = [] {
+        const auto place = reinterpret_cast<std::uintptr_t>(page.token.data()) % sizeof(Page);
+        return page.token.data() != nullptr && place + kRoom <= page.bytes.size();
     };
-    while (tokens.empty() || !isPlaced(tokens.back())) tokens.emplace_back().grow(kRoom);
-    return tokens.back();
+    page.token.begin(kFltComment);  // in its own block, if bytes were attached
+    while (!isPlaced()) {
+        page.token.reset();
+        passedOver.push_back(std::make_unique<std::uint8_t[]>(kRoom));
+        page.token.grow(kRoom);
+    }
+    return page.token;
 }
 
 /// Its block, for what is encoded by hand.
@@ -193,7 +199,7 @@ template <typename Record, bool framed>
 void decodeLibrary(benchmark::State& state) {
     raw::write(page.bytes.data(), kRoom, sample<Record>());
     Placed<Record> record{Record()};
-    FltToken from;
+    FltToken& from = token();
     const auto frame = [&] { from.attach(page.bytes.data(), kRoom); };
     frame();
     for (auto _ : state) {
@@ -287,7 +293,7 @@ std::span<const std::uint8_t> mixBytes() {
 void decodeMixLibrary(benchmark::State& state) {
     const std::span<const std::uint8_t> bytes = mixBytes();
     Placed<Mix> mix{Mix()};
-    FltToken from;
+    FltToken& from = token();
     for (auto _ : state) {
         const std::uint8_t* place = bytes.data();
         forMix(*mix, [&](auto& record) {
