@@ -1,6 +1,7 @@
 // The window of the palettes in the built plug-in, by keys, clicks and what its controls show.
 #include "../../palettes/plugin/resource.h"
 #include "../support/colordialog.h"
+#include "../support/filedialog.h"
 #include "../support/pluginwindowtest.h"
 #include "../support/seen.h"
 
@@ -10,6 +11,7 @@
 #include <quillon/fltcolorpalette.h>
 #include <quillon/fltlightpoint.h>
 #include <quillon/fltmaterial.h>
+#include <quillon/fltstream.h>
 #include <quillon/flttext.h>
 #include <quillon/flttexture.h>
 
@@ -17,6 +19,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 
 using palettes::Palette;
@@ -274,6 +277,41 @@ TEST_F(PaletteWindowTest, ColorsOfOlderFilesAreEdited) {
     push(IDC_PICK);
     EXPECT_EQ(status(), "Color 87 of one intensity: color index 4151, users: 1");
     EXPECT_EQ(core_.history().doneCount(), 2U);
+}
+
+// A file without colors of its own, then one with a new one where there was one that nobody uses.
+TEST_F(PaletteWindowTest, ColorsComeFromAFile) {
+    FltColorPalette colors;
+    colors.readOfFile(palettes::Database(*scene_.database).colorRecord().bytes(), kFltRevision);
+    const std::filesystem::path path = std::filesystem::temp_directory_path() / L"颜色.flt";
+    const auto write = [&] {
+        FltStream stream;
+        ASSERT_TRUE(stream.open(base::toUtf8(path.wstring()), FltHeader()));
+        colors.writeToken(stream.token(), stream.revision());
+        stream.writeToken(stream.token());
+        ASSERT_TRUE(stream.close());
+    };
+    open();
+    show(Palette::kColor);
+    const auto import = [&] {
+        const FileDialog dialog(path.wstring());
+        SetFocus(control(IDC_SWATCHES));
+        testinput::key('F', {VK_MENU});
+        testinput::pump();
+        EXPECT_TRUE(dialog.wasShown());
+    };
+    write();
+    import();
+    EXPECT_EQ(status(), "Entries imported: 0");
+    EXPECT_EQ(core_.history().doneCount(), 0U);
+    colors.colors[900] = {255, 3, 2, 1};
+    write();
+    import();
+    EXPECT_EQ(status(), "Entries imported: 1");
+    EXPECT_EQ(palettes::colorAt(palettes::Database(*scene_.database), 900),
+              (palettes::Rgb{1, 2, 3}));
+    EXPECT_EQ(core_.history().doneCount(), 1U);
+    std::filesystem::remove(path);
 }
 
 // The file beside the picture is written, and nothing of the scene.
