@@ -752,22 +752,40 @@ TEST_F(BrowserForm, IgnoresAPlaceThatIsNone) {
 }
 
 TEST_F(BrowserForm, OpensBesideTheDialogThatHasTheKeyboard) {
-    const HWND host = CreateWindowExW(0, L"STATIC", L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 100,
-                                      50, 1400, 800, nullptr, nullptr, nullptr, nullptr);
-    const HWND page = CreateWindowExW(WS_EX_CONTROLPARENT, L"STATIC", L"", WS_CHILD | WS_VISIBLE,
-                                      900, 100, 200, 400, host, nullptr, nullptr, nullptr);
-    const HWND button = CreateWindowExW(0, L"BUTTON", L"", WS_CHILD | WS_VISIBLE, 10, 10, 80, 20,
-                                        page, nullptr, nullptr, nullptr);
-    ASSERT_TRUE(testinput::activate(host));
-    ASSERT_EQ(browser().create(host, Client::callback, 0, &client), tessera::kBrowserDone);
-    SetFocus(button);
-    browser().show(1);
-    RECT used{}, common{};
-    GetWindowRect(page, &used);
-    const RECT opened = place();
-    EXPECT_FALSE(IntersectRect(&common, &opened, &used));
-    EXPECT_GE(opened.left, 0);
-    browser().destroy();
+    const int width = GetSystemMetrics(SM_CXSCREEN), height = GetSystemMetrics(SM_CYSCREEN);
+    const HWND host = CreateWindowExW(0, L"STATIC", L"host", WS_POPUP | WS_VISIBLE, 0, 0, width,
+                                      height, nullptr, nullptr, nullptr, nullptr);
+    const auto opensBeside = [&](const RECT& used) {
+        const HWND page = CreateWindowExW(
+            WS_EX_CONTROLPARENT, L"STATIC", L"", WS_CHILD | WS_VISIBLE, used.left, used.top,
+            used.right - used.left, used.bottom - used.top, host, nullptr, nullptr, nullptr);
+        const HWND button = CreateWindowExW(0, L"BUTTON", L"", WS_CHILD | WS_VISIBLE, 0, 0, 80, 20,
+                                            page, nullptr, nullptr, nullptr);
+        EXPECT_TRUE(testinput::activate(host));
+        EXPECT_EQ(browser().create(host, Client::callback, 0, &client), tessera::kBrowserDone);
+        SetFocus(button);
+        browser().show(1);
+        const RECT opened = place();
+        browser().destroy();
+        DestroyWindow(page);
+        return opened;
+    };
+    const RECT usual = opensBeside({});
+    constexpr int kOver = 10;
+    ASSERT_GE(
+        std::min({static_cast<int>(usual.left), static_cast<int>(usual.top),
+                  width - static_cast<int>(usual.right), height - static_cast<int>(usual.bottom)}),
+        2 * kOver);
+    const RECT elsewhere = opensBeside({0, 0, 5, 5});
+    EXPECT_TRUE(EqualRect(&elsewhere, &usual)) << "it is not in the way";
+    for (const RECT& used :
+         {RECT{usual.right - kOver, 0, width, height}, RECT{0, 0, usual.left + kOver, height},
+          RECT{0, usual.bottom - kOver, width, height}, RECT{0, 0, width, usual.top + kOver}}) {
+        const RECT opened = opensBeside(used), screen{0, 0, width, height};
+        RECT common{};
+        EXPECT_FALSE(IntersectRect(&common, &opened, &used)) << used.left << ' ' << used.top;
+        EXPECT_TRUE(IntersectRect(&common, &opened, &screen) && EqualRect(&common, &opened));
+    }
     DestroyWindow(host);
 }
 

@@ -97,6 +97,7 @@ TEST_F(BrowserMenus, SelectRelativesByKeyAndByMenu) {
     menu({'S', 'K'});
     EXPECT_EQ(selected(), (std::vector{group, second}));
     testinput::click(tree(), middle(group, true));
+    testinput::key('K', {VK_SHIFT});
     ASSERT_EQ(selected(), (std::vector{group}));
     testinput::key('K', {VK_CONTROL, VK_SHIFT});
     EXPECT_EQ(selected(), (std::vector{group, second})) << "and by its key";

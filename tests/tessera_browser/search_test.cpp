@@ -47,6 +47,7 @@ TEST_F(BrowserSearch, IsThereWhenItIsCalledAndGivesTheTreeItsPlaceBack) {
     call();
     ASSERT_TRUE(isOpen());
     EXPECT_EQ(GetFocus(), line());
+    EXPECT_FALSE(isDimmed(bridge)) << "nothing is looked for yet";
     const RECT less = areaOf(IDC_TREE);
     EXPECT_EQ(less.bottom, before.bottom);
     EXPECT_EQ(areaOf(IDC_SEARCH).top, before.top);

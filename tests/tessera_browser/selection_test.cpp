@@ -370,6 +370,7 @@ TEST_F(BrowserSelection, ADropTargetIsFramedAndAForbiddenOneShowsASign) {
     mouse(WM_MOUSEMOVE, {from.x + 20, from.y});
     mouse(WM_MOUSEMOVE, middle(items[3]));
     EXPECT_EQ(pixelOf(items[3], 0), GetSysColor(COLOR_HIGHLIGHT));
+    EXPECT_EQ(pixelOf(items[3], 1), GetSysColor(COLOR_HIGHLIGHT));
     EXPECT_NE(pixelOf(items[3], 3), GetSysColor(COLOR_HIGHLIGHT))
         << "only what is selected is filled";
     EXPECT_NE(GetCursor(), no);
