@@ -93,6 +93,9 @@ PaletteForm paletteFormOf(const FltLightPoint& light) {
                      : light.flags & FltLightPoint::kFlashes
                          ? FltLightPointAnimation::kStrobe
                          : FltLightPointAnimation::kFlashingSequence;
+    if (animation.type == FltLightPointAnimation::kRotating &&
+        (light.flags & FltLightPoint::kRotatesCounterClockwise) != 0)
+        animation.flags = FltLightPointAnimation::kRotatesCounterClockwise;
     form.animation = animation;
     return form;
 }

@@ -65,7 +65,7 @@ LightSide sideSeen(const LightPointLook& look, Vec3 normal, Vec3 towardsEye, dou
     const Vec3 axis =
         normalised(Vec3{static_cast<float>(look.axis.x), static_cast<float>(look.axis.y),
                         static_cast<float>(look.axis.z)});
-    if (look.turn > 0 && isFinite(axis))
+    if (look.turns() && isFinite(axis))
         normal = rotated(normal, axis, static_cast<float>(phaseOf(seconds, look.turn)) * 2 * kPi);
     if (isWithinLobe(look, normal, towardsEye)) return LightSide::kFront;
     if (look.shines == LightPointLook::Shines::kAheadAndBack &&

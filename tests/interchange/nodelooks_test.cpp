@@ -133,6 +133,9 @@ TEST_F(NodeLooksTest, LightPointsFlashOrTurnAsTheirRecordsSay) {
     record.flags = FltLightPoint::kRotates;
     ASSERT_TRUE(fltPutRecord(point, record));
     EXPECT_EQ(look(point).points->period, 0);
+    EXPECT_EQ(look(point).points->turn, -2);
+    record.flags |= FltLightPoint::kRotatesCounterClockwise;
+    ASSERT_TRUE(fltPutRecord(point, record));
     EXPECT_EQ(look(point).points->turn, 2);
     EXPECT_EQ(look(point).points->axis, (Point3{0, 0, 1}));
 }

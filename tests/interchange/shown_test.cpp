@@ -578,8 +578,13 @@ TEST_F(IndexedPointsTest, ChangeAsTheirAnimationSays) {
     EXPECT_STREQ(seenAt(0), "red");
     EXPECT_STREQ(seenAt(4), "none");
     EXPECT_STREQ(seenAt(0, {50, 0, 1}), "none");
-    EXPECT_STREQ(seenAt(2, {50, 0, 1}), "red");
+    EXPECT_STREQ(seenAt(2, {50, 0, 1}), "none");
+    EXPECT_STREQ(seenAt(6, {50, 0, 1}), "red") << "clockwise, seen from above";
     EXPECT_STREQ(seenAt(16), "red");
+    animation.flags = FltLightPointAnimation::kRotatesCounterClockwise;
+    open(appearance, animation);
+    EXPECT_STREQ(seenAt(2, {50, 0, 1}), "red");
+    EXPECT_STREQ(seenAt(6, {50, 0, 1}), "none");
 }
 
 /// Points that send a text, and what their look has of it.

@@ -34,7 +34,8 @@ Bytes animation(std::string_view name, std::uint32_t index,
                 const std::array<std::uint32_t, 32>& all, std::uint32_t type) {
     Bytes body;
     body.zeros(4).field(name, 256).u32(index).u32(all[26]).u32(all[27]).u32(all[28]);
-    body.f32(0.5F).f32(0.25F).f32(0.125F).u32(0).u32(type);
+    const std::uint32_t flags = type == 1 ? 0x80000000 : 0;  // counter-clockwise
+    body.f32(0.5F).f32(0.25F).f32(0.125F).u32(flags).u32(type);
     return body.zeros(12 + 1024 + 4);
 }
 
@@ -49,7 +50,7 @@ std::vector<std::uint8_t> padded(std::uint16_t opcode, std::vector<Bytes> bodies
 }
 
 using LightPoints = PaletteScene;
-constexpr std::uint32_t kFlags = 0x50C18000, kRotates = 0x50A18000, kStill = 0x50818000;
+constexpr std::uint32_t kFlags = 0x50C18000, kRotates = 0x50B18000, kStill = 0x50818000;
 
 }  // namespace
 

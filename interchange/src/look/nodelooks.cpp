@@ -130,10 +130,16 @@ LightPointLook pointsOf(const Record& record) {
     return look;
 }
 
+float turnOf(float period, std::uint32_t counterClockwise) {
+    if (!(period > 0)) return 0;
+    return counterClockwise != 0 ? period : -period;
+}
+
 /// Adds how light points change by their own record.
 void animate(LightPointLook& look, const FltLightPoint& light) {
     if ((light.flags & FltLightPoint::kRotates) != 0) {
-        look.turn = light.animationPeriod;
+        look.turn =
+            turnOf(light.animationPeriod, light.flags & FltLightPoint::kRotatesCounterClockwise);
         look.axis = Point3{light.axisX, light.axisY, light.axisZ};
         return;
     }
@@ -150,7 +156,8 @@ void animate(LightPointLook& look, const FltLightPointAnimation& animation,
     constexpr std::uint32_t kOff = 1, kChanging = 2;
     constexpr std::size_t kMostSteps = 256;
     if (animation.type == FltLightPointAnimation::kRotating) {
-        look.turn = animation.period;
+        look.turn = turnOf(animation.period,
+                           animation.flags & FltLightPointAnimation::kRotatesCounterClockwise);
         look.axis = Point3{animation.axis.x, animation.axis.y, animation.axis.z};
     } else if (animation.type == FltLightPointAnimation::kStrobe) {
         look.period = animation.period;

@@ -62,11 +62,13 @@ struct LightPointLook {
     /// the source's, until the next question.
     const LightPointStep* steps = nullptr;
     std::size_t stepCount = 0;
-    /// The direction goes round this axis in `turn` seconds; not without these.
+    /// The direction goes round this axis in `turn` seconds, counter-clockwise for who sees the axis
+    /// point at them, and clockwise where they are below 0; not without these.
     float turn = 0;
     Point3 axis;
 
-    bool changes() const { return period > 0 || turn > 0; }
+    bool turns() const { return turn > 0 || turn < 0; }
+    bool changes() const { return period > 0 || turns(); }
 };
 
 /// A further picture on a surface, over what lies below it. What becomes of the color below, its

@@ -10,6 +10,7 @@ class FltLightPoint
 public:
     static constexpr std::uint32_t kFlashes = 0x400000;  ///< of the flags
     static constexpr std::uint32_t kRotates = 0x200000;
+    static constexpr std::uint32_t kRotatesCounterClockwise = 0x100000;
 
     // The rest of 32 words of 32 bits, which begin with `backColor`.
     float reserved = 0;  ///< kept and written back as read

@@ -46,6 +46,7 @@ class FltLightPointAnimation
     : public FltRecordOf<FltLightPointAnimation, FltPaletteRec, kFltLightPointAnimation> {
 public:
     enum Type : std::int32_t { kFlashingSequence, kRotating, kStrobe, kMorseCode };
+    static constexpr std::uint32_t kRotatesCounterClockwise = 0x80000000;
     /// With Farnsworth timing characters are sent faster than words.
     enum MorseTiming : std::int32_t { kStandard, kFarnsworth };
 
@@ -55,7 +56,7 @@ public:
     float phaseDelay = 0;
     float enabledPeriod = 0;
     FltPoint3f axis;  ///< of rotation
-    std::uint32_t flags = 0;
+    std::uint32_t flags = 0;  ///< the highest bit: `kRotatesCounterClockwise`
     std::int32_t type = kFlashingSequence;
     std::int32_t morseTiming = kStandard;
     std::int32_t wordRate = 0;       ///< words a minute, with the pauses between them
