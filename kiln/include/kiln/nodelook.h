@@ -62,8 +62,8 @@ struct LightPointLook {
     /// the source's, until the next question.
     const LightPointStep* steps = nullptr;
     std::size_t stepCount = 0;
-    /// The direction goes round this axis in `turn` seconds, counter-clockwise for who sees the axis
-    /// point at them, and clockwise where they are below 0; not without these.
+    /// The direction goes round this axis in `turn` seconds, counter-clockwise for who sees the
+    /// axis point at them, and clockwise where they are below 0; not without these.
     float turn = 0;
     Point3 axis;
 

@@ -55,7 +55,7 @@ public:
     float period = 0;
     float phaseDelay = 0;
     float enabledPeriod = 0;
-    FltPoint3f axis;  ///< of rotation
+    FltPoint3f axis;          ///< of rotation
     std::uint32_t flags = 0;  ///< the highest bit: `kRotatesCounterClockwise`
     std::int32_t type = kFlashingSequence;
     std::int32_t morseTiming = kStandard;
