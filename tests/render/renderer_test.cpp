@@ -1043,6 +1043,40 @@ TEST_F(RendererTest, WhatIsHiddenCostsNothingAndThePictureIsTheSame) {
     }
 }
 
+// Whether a model stands in the scene, or in one that does: as clear, and as chosen.
+TEST_F(RendererTest, ModelsWithinModelsLookLikeTheOuterOnes) {
+    const auto cube = std::make_shared<SceneModel>();
+    addCube(*cube, {0, 0, 20}, 30);
+    const auto outer = std::make_shared<SceneModel>();
+    outer->beginItem();
+    outer->setPlacement({cube, Place({1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {}), 1});
+    outer->endItem();
+    const auto pictureOf = [&](const std::shared_ptr<const SceneModel>& model, float opacity,
+                               bool isChosen) {
+        scene_.clear();
+        const ItemIndex placed = scene_.beginItem();
+        scene_.setPlacement({model, Place({1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {}), opacity});
+        scene_.endItem();
+        addFloor(scene_, 100, 0, 0x00FF00);
+        scene_.setSelected(placed, isChosen, isChosen);
+        draw(DrawMode::kShadedEdges);
+        return std::vector<Color>(canvas_.pixels(), canvas_.pixels() + kWidth * kHeight);
+    };
+    addFloor(scene_, 100, 0, 0x00FF00);
+    camera_.setView(View::kTop);
+    camera_.frame(scene_.box());
+    draw();
+    const auto middle = static_cast<std::size_t>(kHeight / 2 * kWidth + kWidth / 2 + 5);
+    const Color floor = canvas_.pixels()[middle];
+    const std::vector<Color> clear = pictureOf(cube, 0.5f, false);
+    EXPECT_NE(clear[middle], floor);
+    EXPECT_GT(clear[middle] >> 8 & 0xFF, (clear[middle] >> 16 & 0xFF) + 20) << "the floor is seen";
+    EXPECT_EQ(pictureOf(outer, 0.5f, false), clear);
+    const std::vector<Color> chosen = pictureOf(cube, 1, true);
+    EXPECT_NE(chosen, pictureOf(cube, 1, false));
+    EXPECT_EQ(pictureOf(outer, 1, true), chosen);
+}
+
 // What cannot be added up is drawn itself.
 TEST_F(RendererTest, WhatPointsCannotStandForIsDrawn) {
     const auto isStoodFor = [](const auto& change) {
