@@ -579,14 +579,17 @@ public:
             own_.push_back(keyOf(ours.entry(i)));
             ++counts_[own_.back()];
         }
-        std::vector<std::size_t> wanting;
+        std::vector<std::size_t> missing, wanting;
         for (std::size_t i = 0; i < theirs.entryCount(); ++i) {
             if (!wanted_.insert(keyOf(theirs.entry(i))).second) continue;
-            if (!counts_.contains(keyOf(theirs.entry(i)))) wanting.push_back(i);
+            if (!counts_.contains(keyOf(theirs.entry(i)))) missing.push_back(i);
         }
-        std::erase_if(wanting, [this](std::size_t entry) {
-            return isFree(entry) && (take(entry, entry), true);
-        });
+        for (const std::size_t entry : missing) {
+            if (isFree(entry))
+                take(entry, entry);
+            else
+                wanting.push_back(entry);
+        }
         // Then those that are not missed.
         const auto takeAll = [&](bool onlyDoubled) {
             auto next = wanting.begin();

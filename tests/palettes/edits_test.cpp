@@ -459,6 +459,31 @@ TEST_F(Edits, ColorsComeFromOtherFiles) {
     EXPECT_EQ(exportedRecords(kFltColorPalette), records(kFltColorPalette, {after}));
 }
 
+// The older form has no names.
+TEST_F(Edits, ColorsComeIntoThoseOfOlderFiles) {
+    const Bytes theirs =
+        withColor(grays(Bytes().u32(1).append(nameOfColor(40, "fog"))), 40, {3, 2, 1});
+    const std::string path = saved(folder, FltBytes().record(kFltColorPalette, theirs));
+    Bytes ours;
+    ours.zeros(128);
+    for (unsigned i = 0; i < 88; ++i) ours.u16(i < 44 ? 7 : 9).u16(0).u16(0);
+    FltBytes file("old", 1420);
+    read(file.record(kFltColorPalette, ours).push().group("g").pop());
+    EXPECT_EQ(refusal([&] { palettes::importEntries(*database, Palette::kColor, path); }),
+              "all colors are in use")
+        << "for 256";
+    Bytes few;
+    few.zeros(128);
+    for (unsigned i = 0; i < 1024; ++i) few.u32(i == 40 ? 0xFF030201 : 0xFF000007);
+    few.append(Bytes().u32(1).append(nameOfColor(40, "fog")));
+    const std::string other = saved(folder, FltBytes().record(kFltColorPalette, few));
+    EXPECT_EQ(palettes::importEntries(*database, Palette::kColor, other), 1U);
+    const palettes::Database now(*database);
+    EXPECT_EQ(palettes::colorAt(now, 40), (palettes::Rgb{1, 2, 3}));
+    EXPECT_EQ(palettes::colorAt(now, 41), (palettes::Rgb{7, 0, 0}));
+    EXPECT_EQ(now.colorName(40), "");
+}
+
 TEST_F(Edits, AllColorsComeWhereThereAreNone) {
     const Bytes theirs = grays(Bytes().u32(1).append(nameOfColor(200, "fog")));
     const std::string path = saved(folder, FltBytes().record(kFltColorPalette, theirs));

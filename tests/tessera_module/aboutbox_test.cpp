@@ -1,42 +1,25 @@
 // The about box, by every way that leads to it.
+#include "../support/modaldialog.h"
 #include "panelfixture.h"
 
 #include <tessera/browserexports.h>
 
 namespace {
 
-/// Waits, while a modal dialog runs, for the about box; notes what it shows and closes it by a key.
-class AboutBox {
+/// Waits for the about box, notes what it shows and closes it by a key.
+class AboutBox final : public ModalDialog {
 public:
-    explicit AboutBox(WORD closingKey) : closingKey_(closingKey) {
-        current_ = this;
-        timer_ = SetTimer(nullptr, 0, 20, look);
-    }
-    ~AboutBox() {
-        KillTimer(nullptr, timer_);
-        current_ = nullptr;
-    }
-    AboutBox(const AboutBox&) = delete;
-    AboutBox& operator=(const AboutBox&) = delete;
+    explicit AboutBox(WORD closingKey) : ModalDialog(IDC_ABOUT_BUILD), closingKey_(closingKey) {}
 
     std::wstring version_, build_;
     bool ownerDisabled_ = false;
 
 private:
-    static BOOL CALLBACK find(HWND window, LPARAM found) {
-        if (!GetDlgItem(window, IDC_ABOUT_BUILD) || !IsWindowVisible(window)) return TRUE;
-        *reinterpret_cast<HWND*>(found) = window;
-        return FALSE;
-    }
-
-    static void CALLBACK look(HWND, UINT, UINT_PTR, DWORD) {
-        HWND box = nullptr;
-        EnumThreadWindows(GetCurrentThreadId(), find, reinterpret_cast<LPARAM>(&box));
-        if (!box) return;
-        current_->version_ = textOf(GetDlgItem(box, IDC_ABOUT_VERSION));
-        current_->build_ = textOf(GetDlgItem(box, IDC_ABOUT_BUILD));
-        current_->ownerDisabled_ = !IsWindowEnabled(GetWindow(box, GW_OWNER));
-        PostMessageW(GetDlgItem(box, IDOK), WM_KEYDOWN, current_->closingKey_, 0);
+    void answer(HWND box) override {
+        version_ = textOf(GetDlgItem(box, IDC_ABOUT_VERSION));
+        build_ = textOf(GetDlgItem(box, IDC_ABOUT_BUILD));
+        ownerDisabled_ = !IsWindowEnabled(GetWindow(box, GW_OWNER));
+        PostMessageW(GetDlgItem(box, IDOK), WM_KEYDOWN, closingKey_, 0);
     }
 
     static std::wstring textOf(HWND window) {
@@ -45,9 +28,7 @@ private:
         return text;
     }
 
-    static inline AboutBox* current_ = nullptr;
     WORD closingKey_;
-    UINT_PTR timer_;
 };
 
 class AboutTest : public PanelTest {};
