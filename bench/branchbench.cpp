@@ -22,14 +22,13 @@ namespace {
 constexpr int kLeavesOfGroup = 249;
 constexpr int kBranchGroups = 600;  // 150,000 items with their leaves
 constexpr int kOtherGroups = 200;
+constexpr int kRepetitions = 2;
+constexpr double kFillLimit = 2;  // times the first filling
 
 /// Of a branch of that many groups.
 constexpr double itemsOf(int groups) {
     return 1. + groups * (1. + kLeavesOfGroup);
 }
-
-constexpr int kRepetitions = 2;
-constexpr double kFillLimit = 2;  // times the first filling
 
 /// The host's window with one page in it, which is the utility's.
 class Host : public kiln::HostWindow {

@@ -40,7 +40,8 @@ void ClientLink::sendTogether(const std::vector<NodeHandle>& shownAfter, double 
     };
     const Editing editing{*this, shownAfter};
     editing_ = true;
-    effort_ = effort;
+    // Less than too much is counted as it comes, and not twice.
+    effort_ = TreeRefill::isTooMuch(effort) ? effort : 0;
     sendEdits();
 }
 
